@@ -1,0 +1,34 @@
+# Settings that hold for every target of the project.
+
+set(CMAKE_CXX_STANDARD 17)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/lib")
+set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/lib")
+
+# Programs find the project's libraries beside them, wherever the build folder is moved.
+set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
+set(CMAKE_INSTALL_RPATH "$ORIGIN/../lib")
+
+if(NOT CMAKE_BUILD_TYPE)
+  set(CMAKE_BUILD_TYPE Release CACHE STRING "" FORCE)
+endif()
+
+find_program(TOPO_CCACHE ccache)
+if(TOPO_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+  set(CMAKE_CXX_COMPILER_LAUNCHER "${TOPO_CCACHE}")
+endif()
+
+if(TOPO_SANITIZE)
+  add_compile_options("-fsanitize=${TOPO_SANITIZE}" -fno-omit-frame-pointer
+                      -fno-sanitize-recover=all)
+  add_link_options("-fsanitize=${TOPO_SANITIZE}")
+endif()
+
+if(TOPO_TIDY)
+  find_program(TOPO_CLANG_TIDY clang-tidy REQUIRED)
+endif()

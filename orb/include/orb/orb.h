@@ -1,0 +1,123 @@
+// Everything in which ORBs differ, behind one interface. The rest of the source is written to the
+// OMG C++ mapping alone.
+
+#ifndef ORB_ORB_H
+#define ORB_ORB_H
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <stdexcept>
+#include <string>
+
+#include "orb/corba.h"
+
+namespace orb {
+
+// 256 MiB, about a million nodes in one message at 250 bytes a node.
+constexpr std::size_t kDefaultMaxMessageBytes = std::size_t{256} * 1024 * 1024;
+constexpr std::size_t kMinMaxMessageBytes = 8192;        // the least that the ORB accepts
+constexpr std::size_t kMaxMaxMessageBytes = 0x7fffffff;  // lengths in GIOP are 32-bit
+
+struct Options {
+  std::size_t maxMessageBytes = kDefaultMaxMessageBytes;  // largest GIOP message, both directions
+  std::chrono::milliseconds callTimeout{10000};           // of every outgoing call; 0: none
+  // Of every incoming call, from its first byte to the last byte of its reply; 0: none. A client
+  // that stops reading in the middle of a reply holds a thread no longer than this.
+  std::chrono::milliseconds serveTimeout{60000};
+};
+
+struct Endpoint {
+  std::string host;
+  std::uint16_t port = 0;  // 0: any free one
+};
+
+// "HOST:PORT", an IPv6 address in brackets.
+std::string format(const Endpoint& endpoint);
+
+// The endpoint cannot be listened on.
+class EndpointError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+// Receives the ORB's own diagnostics, one line a call, from any thread.
+using LogFunction = std::function<void(const std::string&)>;
+
+// A started ORB, ended by the destructor. One at a time in a process. Texts are UTF-8 on both
+// sides.
+class Orb {
+ public:
+  virtual ~Orb() = default;
+  Orb(const Orb&) = delete;
+  Orb& operator=(const Orb&) = delete;
+
+  virtual CORBA::ORB_ptr get() = 0;  // borrowed
+
+ protected:
+  Orb() = default;
+};
+
+// An ORB that only calls out.
+std::unique_ptr<Orb> startClient(const Options& options);
+
+// An object at a key of its own choosing: HOST:PORT and the key are all that its references hold,
+// so they stay valid over restarts on the same endpoint, and corbaloc::HOST:PORT/KEY reaches it.
+//
+// Thread-safety: publish and retire from one thread at a time, never from within a request.
+class WellKnownObject {
+ public:
+  virtual ~WellKnownObject() = default;
+  WellKnownObject(const WellKnownObject&) = delete;
+  WellKnownObject& operator=(const WellKnownObject&) = delete;
+
+  // Serves the servant, whose references stay the caller's; a new reference to the object for the
+  // caller. REQUIRES: nothing is published at present.
+  virtual CORBA::Object_ptr publish(PortableServer::ServantBase* servant) = 0;
+
+  // Refuses new requests (the client sees TRANSIENT), waits until the running ones have ended and
+  // forgets the servant. Does nothing when nothing is published.
+  virtual void retire() = 0;
+
+ protected:
+  WellKnownObject() = default;
+};
+
+// An ORB that also serves.
+class Server : public Orb {
+ public:
+  virtual PortableServer::POA_ptr rootPoa() = 0;  // borrowed
+
+  // The endpoint that references of this server carry: the port is the one that was found for port
+  // 0.
+  virtual Endpoint endpoint() = 0;
+
+  virtual std::unique_ptr<WellKnownObject> wellKnownObject(const std::string& key) = 0;
+};
+
+// Starts to listen at the endpoint; requests are served as POA managers are activated. Throws
+// EndpointError.
+std::unique_ptr<Server> startServer(const Options& options, const Endpoint& endpoint,
+                                    const LogFunction& log);
+
+// Whether a POA is the ORB's own implementation, not some stand-in.
+bool isOrbsOwnPoa(PortableServer::POA_ptr poa);
+
+// Whether a POA is being, or has been, taken down. REQUIRES: isOrbsOwnPoa.
+bool isCleanupInProgress(PortableServer::POA_ptr poa);
+
+// "TRANSIENT (connection refused)": the exception's name and what the ORB knows about its cause.
+std::string describe(const CORBA::SystemException& failure);
+
+// Whether a call failed because a message was over the size limit of this process or of the peer.
+bool isMessageTooLarge(const CORBA::SystemException& failure);
+
+// Whether a call failed because nobody answers at the reference: no connection, none in time, or no
+// such object there.
+bool isUnreachable(const CORBA::SystemException& failure);
+
+}  // namespace orb
+
+#endif

@@ -1,0 +1,244 @@
+#include "orb/orb.h"
+
+#include <omniORB4/minorCode.h>
+#include <omniORB4/omniIOR.h>
+#include <omniORB4/omniORB.h>
+
+#include <mutex>
+#include <utility>
+#include <vector>
+
+namespace orb {
+namespace {
+
+// The ORB's log function is a plain function without context, so its receiver is of the process.
+std::mutex logMutex;
+LogFunction logReceiver;  // guarded by logMutex
+
+void forwardLog(const char* message) {
+  std::string line = message;
+  while (!line.empty() && (line.back() == '\n' || line.back() == '\r')) {
+    line.pop_back();
+  }
+  const std::lock_guard<std::mutex> lock(logMutex);
+  if (logReceiver) {
+    logReceiver(line);
+  }
+}
+
+void setLogReceiver(LogFunction log) {
+  const std::lock_guard<std::mutex> lock(logMutex);
+  logReceiver = std::move(log);
+}
+
+}  // namespace
+
+std::string format(const Endpoint& endpoint) {
+  const bool ipv6 = endpoint.host.find(':') != std::string::npos;
+  const std::string host = ipv6 ? "[" + endpoint.host + "]" : endpoint.host;
+  return host + ":" + std::to_string(endpoint.port);
+}
+
+namespace {
+
+// The ORB takes its settings as an array of name and value, ended by a null pair.
+CORBA::ORB_ptr initWithSettings(const std::vector<std::pair<std::string, std::string>>& settings) {
+  const auto table = std::make_unique<const char*[][2]>(settings.size() + 1);
+  for (std::size_t i = 0; i < settings.size(); ++i) {
+    table[i][0] = settings[i].first.c_str();
+    table[i][1] = settings[i].second.c_str();
+  }
+  omniORB::setLogFunction(forwardLog);
+  int argc = 0;
+  char* argv[] = {nullptr};
+  return CORBA::ORB_init(argc, argv, "omniORB4", table.get());
+}
+
+CORBA::ORB_ptr initOrb(const Options& options, const std::string& listenAt) {
+  const std::string maxMessage = std::to_string(options.maxMessageBytes);
+  const std::string callTimeout = std::to_string(options.callTimeout.count());
+  const std::string serveTimeout = std::to_string(options.serveTimeout.count());
+  std::vector<std::pair<std::string, std::string>> settings = {
+      {"giopMaxMsgSize", maxMessage},
+      {"clientCallTimeOutPeriod", callTimeout},
+      {"clientConnectTimeOutPeriod", callTimeout},
+      {"serverCallTimeOutPeriod", serveTimeout},
+      {"nativeCharCodeSet", "UTF-8"},
+      // Towards a peer that names none, as the object of a corbaloc does.
+      {"defaultCharCodeSet", "UTF-8"},
+      // A client listens too, but only if something of it is ever served.
+      {"endPoint", "giop:tcp:" + (listenAt.empty() ? std::string("127.0.0.1:") : listenAt)},
+  };
+  return initWithSettings(settings);
+}
+
+class RunningOrb {
+ public:
+  RunningOrb(const Options& options, const std::string& listenAt)
+      : orb_(initOrb(options, listenAt)) {}
+
+  ~RunningOrb() {
+    orb_->destroy();
+    setLogReceiver(nullptr);
+  }
+
+  RunningOrb(const RunningOrb&) = delete;
+  RunningOrb& operator=(const RunningOrb&) = delete;
+
+  CORBA::ORB_ptr get() { return orb_.in(); }
+
+ private:
+  CORBA::ORB_var orb_;
+};
+
+class ClientOrb final : public Orb {
+ public:
+  explicit ClientOrb(const Options& options) : orb_(options, "") {}
+
+  CORBA::ORB_ptr get() override { return orb_.get(); }
+
+ private:
+  RunningOrb orb_;
+};
+
+// The POA whose object keys are the bare object ids, as corbaloc references have them.
+class InsObject final : public WellKnownObject {
+ public:
+  InsObject(CORBA::ORB_ptr orb, const std::string& key)
+      : id_(PortableServer::string_to_ObjectId(key.c_str())) {
+    const CORBA::Object_var object = orb->resolve_initial_references("omniINSPOA");
+    poa_ = PortableServer::POA::_narrow(object);
+    manager_ = poa_->the_POAManager();
+  }
+
+  ~InsObject() override {
+    try {
+      retire();
+    } catch (const CORBA::Exception&) {
+      // The ORB is going down already and has forgotten the object with its POA.
+    }
+  }
+
+  CORBA::Object_ptr publish(PortableServer::ServantBase* servant) override {
+    poa_->activate_object_with_id(id_.in(), servant);
+    published_ = true;
+    manager_->activate();
+    return poa_->id_to_reference(id_.in());
+  }
+
+  void retire() override {
+    if (!published_) {
+      return;
+    }
+    manager_->discard_requests(true);
+    poa_->deactivate_object(id_.in());
+    published_ = false;
+  }
+
+ private:
+  const PortableServer::ObjectId_var id_;
+  PortableServer::POA_var poa_;
+  PortableServer::POAManager_var manager_;
+  bool published_ = false;
+};
+
+// What the ORB publishes in its references: "giop:tcp:HOST:PORT".
+std::string publishedAddress(CORBA::Object_ptr reference) {
+  omniIOR* ior = reference->_PR_getobj()->_getIOR();
+  std::string address;
+  omni::giopAddressList& addresses = ior->getIORInfo()->addresses();
+  if (!addresses.empty()) {
+    address = addresses.front()->address();
+  }
+  ior->release();
+  return address;
+}
+
+Endpoint parseAddress(const std::string& address) {
+  const std::size_t host = std::string("giop:tcp:").size();
+  const std::size_t colon = address.rfind(':');
+  std::string name = address.substr(host, colon - host);
+  if (name.size() > 2 && name.front() == '[') {
+    name = name.substr(1, name.size() - 2);
+  }
+  return {name, static_cast<std::uint16_t>(std::stoul(address.substr(colon + 1)))};
+}
+
+class ListeningOrb final : public Server {
+ public:
+  ListeningOrb(const Options& options, const Endpoint& endpoint) : orb_(options, format(endpoint)) {
+    const CORBA::Object_var object = orb_.get()->resolve_initial_references("RootPOA");
+    root_ = PortableServer::POA::_narrow(object);
+    const CORBA::Object_var probe = root_->create_reference("IDL:omg.org/CORBA/Object:1.0");
+    endpoint_ = parseAddress(publishedAddress(probe));
+  }
+
+  CORBA::ORB_ptr get() override { return orb_.get(); }
+
+  PortableServer::POA_ptr rootPoa() override { return root_.in(); }
+
+  Endpoint endpoint() override { return endpoint_; }
+
+  std::unique_ptr<WellKnownObject> wellKnownObject(const std::string& key) override {
+    return std::make_unique<InsObject>(orb_.get(), key);
+  }
+
+ private:
+  RunningOrb orb_;
+  Endpoint endpoint_;
+  PortableServer::POA_var root_;
+};
+
+}  // namespace
+
+std::unique_ptr<Orb> startClient(const Options& options) {
+  return std::make_unique<ClientOrb>(options);
+}
+
+std::unique_ptr<Server> startServer(const Options& options, const Endpoint& endpoint,
+                                    const LogFunction& log) {
+  setLogReceiver(log);
+  try {
+    return std::make_unique<ListeningOrb>(options, endpoint);
+  } catch (const CORBA::SystemException&) {
+    // The ORB starts to listen with its root POA; nothing else in the start can fail this way.
+    setLogReceiver(nullptr);
+    throw EndpointError("cannot listen on " + format(endpoint));
+  }
+}
+
+std::string describe(const CORBA::SystemException& failure) {
+  const char* cause = failure.NP_minorString();
+  std::string text = failure._name();
+  if (cause != nullptr) {
+    text += std::string(" (") + cause + ")";
+  }
+  return text;
+}
+
+bool isMessageTooLarge(const CORBA::SystemException& failure) {
+  if (CORBA::MARSHAL::_downcast(&failure) == nullptr) {
+    return false;
+  }
+  switch (failure.minor()) {
+    case omni::MARSHAL_MessageSizeExceedLimit:
+    case omni::MARSHAL_MessageSizeExceedLimitOnClient:
+    case omni::MARSHAL_MessageSizeExceedLimitOnServer:
+    case omni::MARSHAL_MessageTooLong:
+    // In a message of several fragments the limit is met while its parts are read.
+    case omni::MARSHAL_SequenceIsTooLong:
+    case omni::MARSHAL_StringIsTooLong:
+      return true;
+    default:
+      return false;
+  }
+}
+
+bool isUnreachable(const CORBA::SystemException& failure) {
+  return CORBA::TRANSIENT::_downcast(&failure) != nullptr ||
+         CORBA::COMM_FAILURE::_downcast(&failure) != nullptr ||
+         CORBA::TIMEOUT::_downcast(&failure) != nullptr ||
+         CORBA::OBJECT_NOT_EXIST::_downcast(&failure) != nullptr;
+}
+
+}  // namespace orb
