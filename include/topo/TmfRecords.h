@@ -1,0 +1,77 @@
+// Building TMF records, the same on every ORB.
+//
+// Strings and lists put into a record are owned by it. Lists are only sized with setLength, so that
+// an element nobody has written yet is always a fresh record.
+
+#ifndef TOPO_TMFRECORDS_H
+#define TOPO_TMFRECORDS_H
+
+#include <string>
+#include <type_traits>
+
+#include "orb/idl/TopoManagementManager.h"
+#include "orb/idl/globaldefs.h"
+#include "orb/idl/notifications.h"
+#include "orb/idl/topologicalLink.h"
+
+namespace topo {
+
+// The mapping leaves numbers of a new record undefined; fresh records have zeros.
+inline void clearNumbers(globaldefs::NameAndStringValue_T&) {}
+inline void clearNumbers(notifications::NameAndAnyValue_T&) {}
+
+inline void clearNumbers(TopoManagementManager::Node_T& node) {
+  node.nodeType = 0;
+  node.nodeParam1 = 0;
+  node.nodeParam2 = 0;
+}
+
+inline void clearNumbers(topologicalLink::TopologicalLink_T& link) {
+  link.direction = globaldefs::CD_UNI;
+  link.rate = 0;
+}
+
+// A record with empty texts, empty lists and zeros.
+template <typename Record>
+Record freshRecord() {
+  Record record;
+  clearNumbers(record);
+  return record;
+}
+
+// The element at an index; CORBA::BAD_PARAM when the list is not that long.
+template <typename List>
+auto& at(List& list, CORBA::ULong index) {
+  if (index >= list.length()) {
+    throw CORBA::BAD_PARAM(0, CORBA::COMPLETED_NO);
+  }
+  return list[index];
+}
+
+// Sizes a list: elements that stay are kept, elements that come are fresh, and elements that are
+// cut off do not come back when the list grows again. Some ORBs keep the contents of cut-off
+// elements in the buffer, hence the resetting. When memory is short the list stays as it was.
+template <typename List>
+void setLength(List& list, CORBA::ULong length) {
+  using Record = std::remove_reference_t<decltype(list[0])>;
+  const CORBA::ULong old = list.length();
+  for (CORBA::ULong i = length; i < old; ++i) {
+    list[i] = freshRecord<Record>();
+  }
+  list.length(length);
+  for (CORBA::ULong i = old; i < length; ++i) {
+    clearNumbers(list[i]);
+  }
+}
+
+// Writes the pair at an index; CORBA::BAD_PARAM when the list is not that long.
+inline void setPair(globaldefs::NVSList_T& list, CORBA::ULong index, const char* name,
+                    const std::string& value) {
+  globaldefs::NameAndStringValue_T& pair = at(list, index);
+  pair.name = CORBA::string_dup(name);
+  pair.value = CORBA::string_dup(value.c_str());
+}
+
+}  // namespace topo
+
+#endif

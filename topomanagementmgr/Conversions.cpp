@@ -1,0 +1,141 @@
+// From domain records to TMF names and nodes.
+
+#include <map>
+
+#include "platform/agent/AgentConfig.h"
+#include "platform/util/UtilCommon.h"
+#include "topo/Codes.h"
+#include "topo/Log.h"
+#include "topo/Lookup.h"
+#include "topo/TmfRecords.h"
+#include "topomanagementmgr/TopoManagementMgr.h"
+#include "topomanagementmgr/Vendor.h"
+
+namespace {
+
+using NS_CORBA::CorbaUtilInterface;
+using NS_CORBA::DomainObjectKey;
+using Parts = std::map<std::string, std::string>;
+
+constexpr const char* kFile = "topomanagementmgr";
+constexpr const char* kNameFailed = "Failed to covert domain to tmf obj name!";
+constexpr const char* kTypeFailed = "Failed to covert domain to tmf type of topo!";
+constexpr const char* kIdIsZero = "Object ID cannot be 0!";
+
+CORBA::ULong conversionFailed(std::int32_t line, const char* text) {
+  topo::logFormat({kFile, line}, NS_CORBA::kLogTrace, text);
+  return topo::ERR_TOPO_CONVERSION;
+}
+
+// The number that the part of a class has; number as it is when there is no such part.
+int partNumber(const Parts& parts, const std::string& className, int number) {
+  NS_UTIL::UtilCommon::Instance()->GetIntegerValueByName(parts, className, number);
+  return number;
+}
+
+// An id without any part is a bare object number.
+int elementNumber(const Parts& parts, const std::string& className, const std::string& id) {
+  return parts.empty() ? NS_UTIL::Str2Int(id) : partNumber(parts, className, -1);
+}
+
+// The classes differ on purpose in what a missing number becomes: -1 for elements, 0 for the
+// others.
+CORBA::ULong convertFdn(globaldefs::NVSList_T& name, const std::string& fdn) {
+  Parts parts;
+  NS_UTIL::UtilCommon::Instance()->GetSpliteFDNData(parts, fdn, ",");
+  const std::string className = NS_UTIL::UtilCommon::Instance()->GetMoc(fdn);
+  auto* util = topo::lookup<CorbaUtilInterface>();
+  if (className == "NE") {
+    DomainObjectKey key{0, partNumber(parts, className, -1)};
+    return util->ConvertNEIndexToName(name, key);
+  }
+  if (className == "ONE") {
+    DomainObjectKey key{0, partNumber(parts, className, 0)};
+    return util->ConvertONEIndexToName(name, key);
+  }
+  if (className == "OS") {
+    std::int32_t number = partNumber(parts, className, 0);
+    return util->ConvertOSIndexToName(name, number);
+  }
+  DomainObjectKey key{0, elementNumber(parts, className, fdn)};
+  return util->ConvertNEIndexToName(name, key);
+}
+
+bool convertNodeType(CORBA::ULong& nodeType, std::uint32_t domainType) {
+  switch (domainType) {
+    case NS_DOMAIN::kTopoElement:
+      nodeType = 0;
+      return true;
+    case NS_DOMAIN::kTopoSubnetwork:
+      nodeType = 1;
+      return true;
+    default:
+      return false;
+  }
+}
+
+bool hasParent(const NS_DOMAIN::TopoNode_T& domainNode) {
+  return domainNode.parentId != "0" && !domainNode.parentId.empty();
+}
+
+void markVendor(globaldefs::NVSList_T& additionalInfo) {
+  topo::setLength(additionalInfo, 1);
+  topo::setPair(additionalInfo, 0, topo::kVendorName, topo::kVendorValue);
+}
+
+}  // namespace
+
+CORBA::ULong TopoManagementMgr::convertDomainToTmfObjName(globaldefs::NVSList_T& name,
+                                                          std::uint32_t domainType,
+                                                          const std::string& id) {
+  switch (domainType) {
+    case NS_DOMAIN::kTopoElement:
+      return convertFdn(name, id);
+    case NS_DOMAIN::kTopoSubnetwork:
+      return topo::lookup<CorbaUtilInterface>()->ConvertTopoNodeIdToName(name, id);
+    default:
+      return conversionFailed(__LINE__, kNameFailed);
+  }
+}
+
+CORBA::ULong TopoManagementMgr::convertDomainNodeToTmf(TopoManagementManager::Node_T& node,
+                                                       const NS_DOMAIN::TopoNode_T& domainNode) {
+  if (!convertNodeType(node.nodeType, domainNode.nodeType)) {
+    return conversionFailed(__LINE__, kTypeFailed);
+  }
+  if (domainNode.nodeId == "0") {
+    return conversionFailed(__LINE__, kIdIsZero);
+  }
+  CORBA::ULong code = convertDomainToTmfObjName(node.name, domainNode.nodeType, domainNode.nodeId);
+  if (code != 0) {
+    return code;
+  }
+  if (hasParent(domainNode)) {
+    code = convertDomainToTmfObjName(node.relatedName, domainNode.parentType, domainNode.parentId);
+    if (code != 0) {
+      return code;
+    }
+  }
+  node.nativeEMSName = CORBA::string_dup(domainNode.nativeName.c_str());
+  node.nodeParam1 = domainNode.attribute3;
+  node.nodeParam2 = domainNode.attribute4;
+  if (NS_CORBA::CorbaAgentConfig::Instance()->GetTestSwitch()) {
+    markVendor(node.additionalInfo);
+  }
+  return 0;
+}
+
+CORBA::ULong TopoManagementMgr::convertDomainNodesToTmf(
+    TopoManagementManager::NodeList_T& nodes,
+    const std::vector<NS_DOMAIN::TopoNode_T>& domainNodes) {
+  topo::setLength(nodes, static_cast<CORBA::ULong>(domainNodes.size()));
+  CORBA::ULong converted = 0;
+  for (const NS_DOMAIN::TopoNode_T& domainNode : domainNodes) {
+    // A failed node's element is not cleared: the next one is written over it.
+    if (convertDomainNodeToTmf(topo::at(nodes, converted), domainNode) == 0) {
+      ++converted;
+    }
+  }
+  topo::setLength(nodes, converted);
+  return 0;
+}

@@ -1,0 +1,206 @@
+// The topo subnetwork view: which domain nodes it shows, and what subnetworks carry in test mode.
+
+#include <memory>
+#include <mutex>
+#include <unordered_set>
+
+#include "platform/agent/AgentConfig.h"
+#include "topo/Holder.h"
+#include "topo/Log.h"
+#include "topo/Lookup.h"
+#include "topo/TmfRecords.h"
+#include "topomanagementmgr/TopoManagementMgr.h"
+#include "topomanagementmgr/UserlabelMap.h"
+#include "topomanagementmgr/Vendor.h"
+
+namespace {
+
+using NS_DOMAIN::DomainFacet;
+using NS_DOMAIN::NE_T;
+using NS_DOMAIN::NEIndex;
+using NS_DOMAIN::TopoNode_T;
+using NS_DOMAIN::TopoNodeHolder;
+
+constexpr const char* kFile = "topomanagementmgr";
+
+// The topo subnetwork view logs under the protect view's name, and operators' filters rely on it.
+constexpr const char* kViewFailed =
+    "[TopoManagementMgr::getProtectSubnetworkViewInfo]: catch processException! errorCode = %d";
+constexpr const char* kBaseInfoFailed =
+    "[TopoManagementMgr::getTopoSubnetworkViewBaseInfo]: catch processException! errorCode = %d";
+
+constexpr CORBA::ULong kSubnetworkNode = 1;      // Node_T::nodeType of a subnetwork
+constexpr std::int32_t kElementParameter = 100;  // both parameters of a network element's node
+
+bool testSwitch() {
+  return NS_CORBA::CorbaAgentConfig::Instance()->GetTestSwitch();
+}
+
+// Runs a domain query; a ProcessException is logged and its code is the result.
+template <typename Query>
+CORBA::ULong runQuery(const Query& query, std::int32_t line, const char* failureText) {
+  try {
+    query();
+    return 0;
+  } catch (ProcessException& failure) {
+    topo::logFormat({kFile, line}, NS_CORBA::kLogError, failureText, failure.errorCode);
+    return static_cast<CORBA::ULong>(failure.errorCode);
+  }
+}
+
+// The network elements that the topology itself does not show.
+std::vector<NEIndex> queryIndexesNotShown(DomainFacet* domain) {
+  topo::Holder<std::vector<NEIndex>> all;
+  topo::Holder<std::vector<NEIndex>> shown;
+  NS_DOMAIN::NEData* elements = domain->GetNEData();
+  elements->GetNEIndexList(all.get(), false);
+  elements->GetNEIndexList(shown.get(), true);
+  return TopoManagementMgr::indexesNotShown(*all, *shown);
+}
+
+TopoNode_T elementNode(const NE_T& element) {
+  TopoNode_T node;
+  node.nodeId = std::to_string(element.number);
+  node.nodeType = NS_DOMAIN::kTopoElement;
+  node.attribute3 = kElementParameter;
+  node.attribute4 = kElementParameter;
+  node.nativeName = element.name;
+  return node;
+}
+
+void appendElements(DomainFacet* domain, const std::vector<NEIndex>& indexes,
+                    std::vector<TopoNode_T>& nodes) {
+  topo::Holder<std::vector<NE_T>> elements;
+  domain->GetNEData()->GetNEList(elements.get(), indexes);
+  for (const NE_T& element : *elements) {
+    nodes.push_back(elementNode(element));
+  }
+}
+
+void collectNodes(TopoNodeHolder& nodes) {
+  DomainFacet* domain = topo::GetCorbaDomain();
+  domain->GetTopoData()->GetAllTopoNodes(&nodes);
+  if (testSwitch()) {
+    return;
+  }
+  const std::vector<NEIndex> remaining = queryIndexesNotShown(domain);
+  if (!remaining.empty()) {
+    appendElements(domain, remaining, nodes.Value());
+  }
+}
+
+// As collectNodes, but the domain is asked for the index lists in test mode too.
+void collectBaseNodes(TopoNodeHolder& nodes) {
+  DomainFacet* domain = topo::GetCorbaDomain();
+  domain->GetTopoData()->GetAllTopoNodes(&nodes);
+  const std::vector<NEIndex> remaining = queryIndexesNotShown(domain);
+  if (!remaining.empty() && !testSwitch()) {
+    appendElements(domain, remaining, nodes.Value());
+  }
+}
+
+// --- Descriptive pairs of subnetwork nodes.
+
+std::mutex userLabelMutex;
+// Made by the first lookup, with no file behind it. Guarded by userLabelMutex.
+std::unique_ptr<UserlabelMap<TopoNode_T>> userLabelMap;
+
+// The value of a node's attribute in the user label map; "" when there is none.
+std::string labelOf(const std::string& keyBase, const char* attribute) {
+  std::string value;
+  const std::string key = keyBase + attribute;
+  const std::lock_guard<std::mutex> lock(userLabelMutex);
+  if (!userLabelMap) {
+    userLabelMap = std::make_unique<UserlabelMap<TopoNode_T>>("");
+  }
+  userLabelMap->GetValue(value, key);
+  return value;
+}
+
+const char* topologyTypeName(const std::string& code) {
+  static constexpr const char* kNames[] = {"Net",          "Tree",        "Star", "Ring",
+                                           "SingleDevice", "Point2Point", "Line", "Hybrid"};
+  if (code.size() == 1 && code[0] >= '0' && code[0] <= '7') {
+    return kNames[code[0] - '0'];
+  }
+  return "Unknown";
+}
+
+struct Placement {
+  std::string location;
+  std::string topologyType;
+};
+
+// A domain node's first extended attribute reads LOCATION or LOCATION||CODE.
+Placement placementOf(const TopoNode_T& domainNode) {
+  if (domainNode.extendedAttributes.empty()) {
+    return {};
+  }
+  const std::string& text = domainNode.extendedAttributes.front().second;
+  const std::size_t separator = text.find("||");
+  if (separator == std::string::npos) {
+    return {text, ""};
+  }
+  return {text.substr(0, separator), topologyTypeName(text.substr(separator + 2))};
+}
+
+void addAttributes(TopoManagementManager::Node_T& node, const Placement& placement) {
+  globaldefs::NVSList_T& info = node.additionalInfo;
+  const CORBA::ULong n = info.length();
+  topo::setLength(info, n + 6);
+  // A node without a name has no last value: index -1 is out of range.
+  const std::string keyBase = topo::at(node.name, node.name.length() - 1).value.in();
+  topo::setPair(info, n, "userLabel", labelOf(keyBase, "userLabel"));
+  topo::setPair(info, n + 1, "Location", placement.location);
+  topo::setPair(info, n + 2, "TopoType", placement.topologyType);
+  topo::setPair(info, n + 3, topo::kVendorName, topo::kVendorValue);
+  topo::setPair(info, n + 4, "SubnetworkBandWidth", labelOf(keyBase, "SubnetworkBandWidth"));
+  topo::setPair(info, n + 5, "layerRate", labelOf(keyBase, "layerRate"));
+}
+
+}  // namespace
+
+std::vector<NEIndex> TopoManagementMgr::indexesNotShown(const std::vector<NEIndex>& all,
+                                                        const std::vector<NEIndex>& shown) {
+  std::unordered_set<std::int32_t> shownNumbers;
+  shownNumbers.reserve(shown.size());
+  for (const NEIndex& index : shown) {
+    shownNumbers.insert(index.number);
+  }
+  std::vector<NEIndex> remaining;
+  for (const NEIndex& index : all) {
+    if (shownNumbers.count(index.number) == 0) {
+      remaining.push_back(index);
+    }
+  }
+  return remaining;
+}
+
+void TopoManagementMgr::addNodeAttributes(TopoManagementManager::NodeList_T& nodes,
+                                          const std::vector<TopoNode_T>& domainNodes) {
+  for (CORBA::ULong i = 0; i < nodes.length(); ++i) {
+    TopoManagementManager::Node_T& node = topo::at(nodes, i);
+    if (node.nodeType == kSubnetworkNode) {
+      addAttributes(node, i < domainNodes.size() ? placementOf(domainNodes[i]) : Placement{});
+    }
+  }
+}
+
+CORBA::ULong TopoManagementMgr::getTopoSubnetworkViewInfo(
+    TopoManagementManager::NodeList_T& nodes) {
+  topo::Holder<std::vector<TopoNode_T>> domainNodes;
+  CORBA::ULong code = runQuery([&] { collectNodes(*domainNodes.get()); }, __LINE__, kViewFailed);
+  if (code != 0) {
+    return code;
+  }
+  const bool withAttributes = testSwitch();
+  code = convertDomainNodesToTmf(nodes, *domainNodes);
+  if (code == 0 && withAttributes) {
+    addNodeAttributes(nodes, *domainNodes);
+  }
+  return code;
+}
+
+CORBA::ULong TopoManagementMgr::getTopoSubnetworkViewBaseInfo(TopoNodeHolder& nodes) {
+  return runQuery([&] { collectBaseNodes(nodes); }, __LINE__, kBaseInfoFailed);
+}
