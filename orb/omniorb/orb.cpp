@@ -4,6 +4,7 @@
 #include <omniORB4/omniIOR.h>
 #include <omniORB4/omniORB.h>
 
+#include <algorithm>
 #include <mutex>
 #include <utility>
 #include <vector>
@@ -63,6 +64,9 @@ CORBA::ORB_ptr initOrb(const Options& options, const std::string& listenAt) {
       {"clientCallTimeOutPeriod", callTimeout},
       {"clientConnectTimeOutPeriod", callTimeout},
       {"serverCallTimeOutPeriod", serveTimeout},
+      {"traceTime", "0"},      // whoever receives the log knows the time
+      {"traceThreadId", "0"},  // and the thread
+
       {"nativeCharCodeSet", "UTF-8"},
       // Towards a peer that names none, as the object of a corbaloc does.
       {"defaultCharCodeSet", "UTF-8"},
@@ -164,6 +168,12 @@ Endpoint parseAddress(const std::string& address) {
   return {name, static_cast<std::uint16_t>(std::stoul(address.substr(colon + 1)))};
 }
 
+// The ORB's lines begin with its name.
+std::string withoutPrefix(const std::string& line) {
+  const std::string prefix = "omniORB: ";
+  return line.compare(0, prefix.size(), prefix) == 0 ? line.substr(prefix.size()) : line;
+}
+
 class ListeningOrb final : public Server {
  public:
   ListeningOrb(const Options& options, const Endpoint& endpoint) : orb_(options, format(endpoint)) {
@@ -197,13 +207,22 @@ std::unique_ptr<Orb> startClient(const Options& options) {
 
 std::unique_ptr<Server> startServer(const Options& options, const Endpoint& endpoint,
                                     const LogFunction& log) {
-  setLogReceiver(log);
+  // What the ORB says of a start that fails is the reason of the exception, not a matter for the
+  // log.
+  std::vector<std::string> said;
+  setLogReceiver([&said](const std::string& line) { said.push_back(line); });
   try {
-    return std::make_unique<ListeningOrb>(options, endpoint);
+    auto server = std::make_unique<ListeningOrb>(options, endpoint);
+    setLogReceiver(log);
+    if (log) {
+      std::for_each(said.begin(), said.end(), log);
+    }
+    return server;
   } catch (const CORBA::SystemException&) {
     // The ORB starts to listen with its root POA; nothing else in the start can fail this way.
     setLogReceiver(nullptr);
-    throw EndpointError("cannot listen on " + format(endpoint));
+    throw EndpointError("cannot listen on " + format(endpoint) +
+                        (said.empty() ? "" : ": " + withoutPrefix(said.front())));
   }
 }
 
@@ -225,7 +244,8 @@ bool isMessageTooLarge(const CORBA::SystemException& failure) {
     case omni::MARSHAL_MessageSizeExceedLimitOnClient:
     case omni::MARSHAL_MessageSizeExceedLimitOnServer:
     case omni::MARSHAL_MessageTooLong:
-    // In a message of several fragments the limit is met while its parts are read.
+    // In a message of several fragments the limit is met while a part of it is read.
+    case omni::MARSHAL_PassEndOfMessage:
     case omni::MARSHAL_SequenceIsTooLong:
     case omni::MARSHAL_StringIsTooLong:
       return true;
@@ -234,7 +254,15 @@ bool isMessageTooLarge(const CORBA::SystemException& failure) {
   }
 }
 
+bool isBrokenOff(const CORBA::SystemException& failure) {
+  return CORBA::COMM_FAILURE::_downcast(&failure) != nullptr &&
+         failure.minor() == omni::COMM_FAILURE_UnMarshalResults;
+}
+
 bool isUnreachable(const CORBA::SystemException& failure) {
+  if (isBrokenOff(failure)) {
+    return false;
+  }
   return CORBA::TRANSIENT::_downcast(&failure) != nullptr ||
          CORBA::COMM_FAILURE::_downcast(&failure) != nullptr ||
          CORBA::TIMEOUT::_downcast(&failure) != nullptr ||

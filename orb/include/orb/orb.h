@@ -114,6 +114,10 @@ std::string describe(const CORBA::SystemException& failure);
 // Whether a call failed because a message was over the size limit of this process or of the peer.
 bool isMessageTooLarge(const CORBA::SystemException& failure);
 
+// Whether the connection ended within the answer: so a peer whose answer is over its own size limit
+// ends one that it has begun to send, and so it ends when the peer dies. Not unreachable.
+bool isBrokenOff(const CORBA::SystemException& failure);
+
 // Whether a call failed because nobody answers at the reference: no connection, none in time, or no
 // such object there.
 bool isUnreachable(const CORBA::SystemException& failure);

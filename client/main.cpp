@@ -1,0 +1,17 @@
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <iostream>
+
+#include "client/App.h"
+#include "client/Output.h"
+
+int main(int argc, char* argv[]) {
+  topoctl::occupyStandardDescriptors();
+  std::signal(SIGPIPE, SIG_IGN);  // a reader that went away is reported as a failed write
+  topoctl::Output out(STDOUT_FILENO);
+  const char* const agent = std::getenv("TOPO_AGENT");
+  return topoctl::run({argv + 1, argv + argc}, agent == nullptr ? "" : agent,
+                      {out, std::cerr, isatty(STDERR_FILENO) == 1});
+}
