@@ -6,6 +6,7 @@
 #ifndef TOPO_TMFRECORDS_H
 #define TOPO_TMFRECORDS_H
 
+#include <memory>
 #include <string>
 #include <type_traits>
 
@@ -48,19 +49,42 @@ auto& at(List& list, CORBA::ULong index) {
   return list[index];
 }
 
+// Moves a list into a longer buffer of its own. An ORB's own growth may take more room than is
+// asked for, and may lose the new buffer when a record cannot be copied into it.
+template <typename List>
+void enlarge(List& list, CORBA::ULong length) {
+  using Record = std::remove_reference_t<decltype(list[0])>;
+  struct Free {
+    void operator()(Record* buffer) const { List::freebuf(buffer); }
+  };
+  std::unique_ptr<Record[], Free> buffer(List::allocbuf(length));
+  const CORBA::ULong old = list.length();
+  for (CORBA::ULong i = 0; i < old; ++i) {
+    buffer[i] = list[i];
+  }
+  for (CORBA::ULong i = old; i < length; ++i) {
+    clearNumbers(buffer[i]);
+  }
+  list.replace(length, length, buffer.release(), true);
+}
+
 // Sizes a list: elements that stay are kept, elements that come are fresh, and elements that are
 // cut off do not come back when the list grows again. Some ORBs keep the contents of cut-off
 // elements in the buffer, hence the resetting. When memory is short the list stays as it was.
 template <typename List>
 void setLength(List& list, CORBA::ULong length) {
   using Record = std::remove_reference_t<decltype(list[0])>;
+  if (length > list.maximum()) {
+    enlarge(list, length);
+    return;
+  }
   const CORBA::ULong old = list.length();
   for (CORBA::ULong i = length; i < old; ++i) {
     list[i] = freshRecord<Record>();
   }
   list.length(length);
   for (CORBA::ULong i = old; i < length; ++i) {
-    clearNumbers(list[i]);
+    list[i] = freshRecord<Record>();
   }
 }
 

@@ -1,0 +1,119 @@
+#include "agent/Options.h"
+
+#include <CLI/CLI.hpp>
+#include <charconv>
+#include <iostream>
+#include <system_error>
+
+namespace agent {
+namespace {
+
+// The module of this build: beside the executable, or in the lib folder beside the executable's.
+std::filesystem::path defaultModule() {
+  const char* const file = "libzu_corba_topo.so";
+  std::error_code status;
+  const std::filesystem::path bin =
+      std::filesystem::read_symlink("/proc/self/exe", status).parent_path();
+  const std::filesystem::path beside = bin / file;
+  return std::filesystem::exists(beside, status) ? beside : bin.parent_path() / "lib" / file;
+}
+
+std::optional<std::uint16_t> parsePort(const std::string& text) {
+  std::uint16_t port = 0;
+  const char* const end = text.data() + text.size();
+  const std::from_chars_result result = std::from_chars(text.data(), end, port);
+  if (text.empty() || result.ec != std::errc() || result.ptr != end) {
+    return std::nullopt;
+  }
+  return port;
+}
+
+// HOST:PORT, or [HOST]:PORT for an IPv6 address.
+std::optional<orb::Endpoint> parseEndpoint(const std::string& text) {
+  const std::size_t colon = text.rfind(':');
+  if (colon == std::string::npos || colon == 0) {
+    return std::nullopt;
+  }
+  std::string host = text.substr(0, colon);
+  const std::optional<std::uint16_t> port = parsePort(text.substr(colon + 1));
+  if (host.size() > 2 && host.front() == '[' && host.back() == ']') {
+    host = host.substr(1, host.size() - 2);
+  } else if (host.find(':') != std::string::npos) {
+    return std::nullopt;
+  }
+  if (!port) {
+    return std::nullopt;
+  }
+  return orb::Endpoint{host, *port};
+}
+
+std::string checkEndpoint(const std::string& text) {
+  return parseEndpoint(text) ? "" : "'" + text + "' is not HOST:PORT";
+}
+
+std::string oneLine(std::string text) {
+  for (char& c : text) {
+    if (static_cast<unsigned char>(c) < ' ') {
+      c = ' ';
+    }
+  }
+  return text;
+}
+
+void declareOptions(CLI::App& app, Options& options, std::string& endpoint) {
+  app.set_version_flag("--version", std::string("topo-agentd ") + TOPO_VERSION);
+  app.set_config("--config", "", "read options from this file (name = value, one a line)");
+  app.add_option("--network", options.network, "load this network into the store when it is new")
+      ->type_name("FILE");
+  app.add_option("--store", options.store, "SQLite file, or :memory:")
+      ->type_name("PATH")
+      ->capture_default_str();
+  app.add_option("--endpoint", endpoint, "where to listen; port 0 is any free one")
+      ->type_name("HOST:PORT")
+      ->capture_default_str()
+      ->check(checkEndpoint);
+  app.add_option("--ior-file", options.iorFile, "write the manager's IOR here when ready to serve")
+      ->type_name("PATH");
+  app.add_option("--ems-name", options.emsName,
+                 "name of the managing system (default: the network's own)")
+      ->type_name("NAME");
+  app.add_flag("--test-switch", options.testSwitch, "start with the test switch on");
+  app.add_option("--module", options.module,
+                 "the module to load (default: the one beside topo-agentd)")
+      ->type_name("PATH");
+  app.add_option("--naming", options.naming,
+                 "also bind TopoManagement in this CosNaming service (an object reference)")
+      ->type_name("REF");
+  app.add_option("--log-level", options.logLevel, "1 errors, 2 events, 3 traces")
+      ->type_name("N")
+      ->capture_default_str()
+      ->check(CLI::Range(1, 3));
+  app.add_option("--max-message", options.maxMessageBytes, "largest GIOP message")
+      ->type_name("BYTES")
+      ->capture_default_str()
+      ->check(CLI::Range(orb::kMinMaxMessageBytes, orb::kMaxMaxMessageBytes));
+}
+
+}  // namespace
+
+std::optional<Options> parseOptions(int argc, const char* const argv[]) {
+  CLI::App app("topo-agentd: serves a network's topology over CORBA", "topo-agentd");
+  Options options;
+  std::string endpoint = orb::format(options.endpoint);
+  declareOptions(app, options, endpoint);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::Success& answered) {
+    app.exit(answered, std::cout, std::cerr);
+    return std::nullopt;
+  } catch (const CLI::Error& failure) {
+    throw UsageError(oneLine(failure.what()) + " (see topo-agentd --help)");
+  }
+  options.endpoint = *parseEndpoint(endpoint);
+  if (options.module.empty()) {
+    options.module = defaultModule();
+  }
+  return options;
+}
+
+}  // namespace agent

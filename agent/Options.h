@@ -1,0 +1,41 @@
+// The command line of topo-agentd.
+
+#ifndef AGENT_OPTIONS_H
+#define AGENT_OPTIONS_H
+
+#include <cstddef>
+#include <filesystem>
+#include <optional>
+#include <stdexcept>
+#include <string>
+
+#include "orb/orb.h"
+
+namespace agent {
+
+struct Options {
+  std::filesystem::path network;  // empty: none
+  std::string store = "./topo-agentd.db";
+  orb::Endpoint endpoint{"127.0.0.1", 2810};
+  std::filesystem::path iorFile;  // empty: none
+  std::string emsName;            // empty: the network's own
+  bool testSwitch = false;
+  std::filesystem::path module;
+  std::string naming;  // empty: none
+  int logLevel = 1;
+  std::size_t maxMessageBytes = orb::kDefaultMaxMessageBytes;
+};
+
+// The command line or the configuration file cannot be used. One line.
+class UsageError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+// Parses a command line; no value means that what was asked for (help, version) has been printed.
+// Throws UsageError.
+std::optional<Options> parseOptions(int argc, const char* const argv[]);
+
+}  // namespace agent
+
+#endif

@@ -1,0 +1,20 @@
+// Networks in GraphML, as network collections publish them (docs/formats.md). Part of the network
+// reader.
+
+#ifndef AGENT_DOMAIN_GRAPHMLNETWORK_H
+#define AGENT_DOMAIN_GRAPHMLNETWORK_H
+
+#include <string>
+#include <string_view>
+
+#include "agent/domain/Network.h"
+
+namespace agent {
+
+// The network that a GraphML text describes; baseName names a graph without a label. Throws
+// Refusal. REQUIRES: the text is valid UTF-8 without NUL.
+Network readGraphmlNetwork(std::string_view text, const std::string& baseName);
+
+}  // namespace agent
+
+#endif

@@ -1,0 +1,67 @@
+// TMF names of the agent's objects, both ways. Published as "CorbaUtilInterface".
+//
+// A name is two pairs: ("EMS", name of the managing system), then the object's class and value:
+//   ("ManagedElement", number)  a network element             domain id NE=number
+//   ("ONE", number)             an optical network element    domain id ONE=number
+//   ("OS", number)              a management system           domain id OS=number
+//   ("TopoSubnetwork", id)      a topology subnetwork         domain id id
+// Numbers are decimal, from 0 to 2147483647, without sign and leading zeros; ids are not empty.
+// Names and domain ids map one to one.
+
+#ifndef AGENT_DOMAIN_NAMING_H
+#define AGENT_DOMAIN_NAMING_H
+
+#include <cstdint>
+#include <string>
+
+#include "agent/domain/NetworkModel.h"
+#include "platform/agent/CorbaUtilInterface.h"
+
+namespace agent {
+
+// What GetObjectType says, beside CorbaUtilInterface::kTopoSubnetworkType.
+constexpr int kNoObjectType =
+    0;  // no name of this agent, or of a topology subnetwork that is not there
+constexpr int kManagedElementType = 1;
+constexpr int kOpticalElementType = 2;
+constexpr int kManagementSystemType = 3;
+
+// Every operation is total: any name, however long or malformed, is answered, with kInvalidName
+// where it has no meaning. Only topology subnetworks are looked up in the model; that an element or
+// a management system exists is not asked.
+//
+// Borrows the model, which must outlive it. Thread-safety: any thread.
+class NamingService final : public NS_CORBA::CorbaUtilInterface {
+ public:
+  // ems: the value of the "EMS" pair of every name, which need not be the network's own.
+  NamingService(std::string ems, const NetworkModel& model);
+
+  int GetObjectType(const globaldefs::NVSList_T& name) override;
+
+  // The name is empty after a failure.
+  CORBA::ULong ConvertNEIndexToName(globaldefs::NVSList_T& name,
+                                    NS_CORBA::DomainObjectKey& key) override;
+  CORBA::ULong ConvertONEIndexToName(globaldefs::NVSList_T& name,
+                                     NS_CORBA::DomainObjectKey& key) override;
+  CORBA::ULong ConvertOSIndexToName(globaldefs::NVSList_T& name, std::int32_t& number) override;
+  CORBA::ULong ConvertTopoNodeIdToName(globaldefs::NVSList_T& name, const std::string& id) override;
+
+  // The id is left alone after a failure.
+  CORBA::ULong Name2Index(std::string& id, const globaldefs::NVSList_T& name) override;
+
+  CORBA::ULong GetObjectLabelInfo(NS_CORBA::ObjectLabelInfo& info, const std::string& id,
+                                  int type) override;
+
+ private:
+  CORBA::ULong setName(globaldefs::NVSList_T& name, const char* objectClass,
+                       const std::string& value) const;
+  CORBA::ULong setNumberedName(globaldefs::NVSList_T& name, const char* objectClass,
+                               std::int32_t number) const;
+
+  const std::string ems_;
+  const NetworkModel& model_;
+};
+
+}  // namespace agent
+
+#endif

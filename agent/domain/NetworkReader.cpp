@@ -1,0 +1,95 @@
+#include "agent/domain/NetworkReader.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <memory>
+#include <new>
+#include <string>
+#include <string_view>
+#include <system_error>
+
+#include "agent/domain/GraphmlNetwork.h"
+#include "agent/domain/JsonNetwork.h"
+#include "agent/domain/Text.h"
+
+namespace agent {
+namespace {
+
+constexpr std::string_view kByteOrderMark = "\xef\xbb\xbf";
+constexpr std::string_view kBlanks = " \t\r\n";
+
+[[noreturn]] void refuseFile(const std::string& reason) {
+  throw Refusal{"file", reason};
+}
+
+[[noreturn]] void refuseFile(int systemError) {
+  refuseFile(std::generic_category().message(systemError));
+}
+
+// Devices and pipes may never end, so only files are read.
+void requireRegularFile(const std::filesystem::path& file) {
+  std::error_code error;
+  const auto status = std::filesystem::status(file, error);
+  if (std::filesystem::is_directory(status)) {
+    refuseFile(EISDIR);
+  }
+  if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
+    refuseFile("is not a regular file");
+  }
+}
+
+struct CloseFile {
+  void operator()(std::FILE* file) const { std::fclose(file); }
+};
+
+std::string contentOf(const std::filesystem::path& file) {
+  requireRegularFile(file);
+  const std::unique_ptr<std::FILE, CloseFile> stream(std::fopen(file.c_str(), "rbe"));
+  if (!stream) {
+    refuseFile(errno);
+  }
+  std::string content;
+  char block[65536];
+  while (const std::size_t count = std::fread(block, 1, sizeof block, stream.get())) {
+    content.append(block, count);
+  }
+  if (std::ferror(stream.get()) != 0) {
+    refuseFile(errno);
+  }
+  return content;
+}
+
+void requireText(std::string_view content) {
+  if (const auto invalid = findInvalidUtf8(content)) {
+    throw Refusal{linePlace(content, *invalid), "is not UTF-8 here"};
+  }
+  if (const std::size_t nul = content.find('\0'); nul != std::string_view::npos) {
+    throw Refusal{linePlace(content, nul), "holds a NUL character"};
+  }
+}
+
+Network parse(std::string_view content, const std::string& baseName) {
+  if (content.substr(0, kByteOrderMark.size()) == kByteOrderMark) {
+    content.remove_prefix(kByteOrderMark.size());
+  }
+  const std::size_t first = content.find_first_not_of(kBlanks);
+  if (first == std::string_view::npos) {
+    refuseFile("is empty");
+  }
+  requireText(content);
+  return content[first] == '<' ? readGraphmlNetwork(content, baseName) : readJsonNetwork(content);
+}
+
+}  // namespace
+
+Network readNetworkFile(const std::filesystem::path& file) {
+  try {
+    return parse(contentOf(file), file.stem().string());
+  } catch (const Refusal& refusal) {
+    throw NetworkError(file.string(), refusal.place, refusal.reason);
+  } catch (const std::bad_alloc&) {
+    throw NetworkError(file.string(), "file", "is too large for the memory there is");
+  }
+}
+
+}  // namespace agent

@@ -1,0 +1,64 @@
+// The managed network on disk: one SQLite database, held by one agent at a time.
+//
+// A change is durable when the call that made it has returned, and has left nothing behind when the
+// process is killed before. Databases of others are recognised and never changed.
+//
+// Thread-safety: none; the owner serialises calls.
+
+#ifndef AGENT_DOMAIN_NETWORKSTORE_H
+#define AGENT_DOMAIN_NETWORKSTORE_H
+
+#include <memory>
+#include <stdexcept>
+#include <string>
+
+#include "agent/domain/Network.h"
+
+namespace SQLite {
+class Database;
+}
+
+namespace agent {
+
+// The store cannot be used. what() is one line, "PATH: REASON".
+class StoreError : public std::runtime_error {
+ public:
+  StoreError(const std::string& path, const std::string& reason);
+};
+
+class NetworkStore {
+ public:
+  // The path of a store that lives as long as its object and is never on disk.
+  static constexpr const char* kInMemory = ":memory:";
+
+  // Whether a store opened at this path would be new. Creates nothing, so that whoever then finds
+  // the network to be bad leaves nothing behind. Throws StoreError, as the constructor. REQUIRES:
+  // this process does not have the store open.
+  static bool needsNetwork(const std::string& path);
+
+  // Opens the store, or makes an empty one where there is no file or an empty file. From here to
+  // the destructor nobody else can open it. Throws StoreError at once when somebody has it open,
+  // when it is no database, that of another program or of a later version, or not writable.
+  explicit NetworkStore(const std::string& path);
+  ~NetworkStore();
+  NetworkStore(const NetworkStore&) = delete;
+  NetworkStore& operator=(const NetworkStore&) = delete;
+
+  // No network was ever loaded.
+  bool isNew();
+
+  // Stores a network, all of it or nothing, and ends being new. Throws StoreError when a network
+  // was loaded before, when two objects of the network have the same id, or when the disk fails.
+  void load(const Network& network);
+
+  // The stored network; an empty one when the store is new. Throws StoreError.
+  Network read();
+
+ private:
+  const std::string path_;  // as given, for messages
+  const std::unique_ptr<SQLite::Database> database_;
+};
+
+}  // namespace agent
+
+#endif

@@ -1,0 +1,94 @@
+#include "agent/domain/Text.h"
+
+#include <utf8.h>
+
+#include <algorithm>
+#include <charconv>
+
+namespace agent {
+namespace {
+
+constexpr std::size_t kMostQuoted = 80;
+
+// Controls (C0, DEL, C1) move cursors and end lines; so do the two separators of Unicode.
+bool isHarmless(std::uint32_t character) {
+  const bool control = character < 0x20 || (character >= 0x7f && character < 0xa0);
+  return !control && character != 0x2028 && character != 0x2029;
+}
+
+// The length of the harmless character at the start of a text, 0 when there is none.
+std::size_t harmlessLength(std::string_view text) {
+  auto next = text.begin();
+  try {
+    const std::uint32_t character = utf8::next(next, text.end());
+    return isHarmless(character) ? static_cast<std::size_t>(next - text.begin()) : 0;
+  } catch (const utf8::exception&) {
+    return 0;
+  }
+}
+
+void appendEscaped(std::string& out, char byte) {
+  constexpr char kDigits[] = "0123456789abcdef";
+  const auto value = static_cast<unsigned char>(byte);
+  out += "\\x";
+  out += kDigits[value >> 4];
+  out += kDigits[value & 0xf];
+}
+
+bool startsCharacter(char byte) {
+  return (static_cast<unsigned char>(byte) & 0xc0) != 0x80;
+}
+
+}  // namespace
+
+std::string printable(std::string_view text, std::size_t mostBytes) {
+  std::string out;
+  while (!text.empty() && out.size() < mostBytes) {
+    const std::size_t length = harmlessLength(text);
+    if (length == 0) {
+      appendEscaped(out, text.front());
+    } else {
+      out += text.substr(0, length);
+    }
+    text.remove_prefix(std::max<std::size_t>(length, 1));
+  }
+  if (!text.empty()) {
+    out += "...";
+  }
+  return out;
+}
+
+std::string inQuotes(std::string_view text) {
+  return '"' + printable(text, kMostQuoted) + '"';
+}
+
+std::optional<std::size_t> findInvalidUtf8(std::string_view text) {
+  const auto invalid = utf8::find_invalid(text.begin(), text.end());
+  if (invalid == text.end()) {
+    return std::nullopt;
+  }
+  return static_cast<std::size_t>(invalid - text.begin());
+}
+
+std::optional<std::int32_t> canonicalNumber(std::string_view text) {
+  const bool startsWell = !text.empty() && text.front() >= '0' && text.front() <= '9';
+  if (!startsWell || (text.front() == '0' && text.size() > 1)) {
+    return std::nullopt;
+  }
+  std::int32_t number = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (error != std::errc() || end != text.data() + text.size()) {
+    return std::nullopt;
+  }
+  return number;
+}
+
+std::string linePlace(std::string_view text, std::size_t offset) {
+  const std::string_view before = text.substr(0, std::min(offset, text.size()));
+  const auto line = std::count(before.begin(), before.end(), '\n') + 1;
+  const std::string_view inLine = before.substr(before.rfind('\n') + 1);
+  const auto column = std::count_if(inLine.begin(), inLine.end(), startsCharacter) + 1;
+  return std::to_string(line) + ':' + std::to_string(column);
+}
+
+}  // namespace agent

@@ -1,0 +1,33 @@
+// Texts: fit for messages, and numbers in them. Stateless, any thread.
+
+#ifndef AGENT_DOMAIN_TEXT_H
+#define AGENT_DOMAIN_TEXT_H
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace agent {
+
+// A text fit for one line of a message, whoever wrote it: control characters, line separators and
+// bytes that are no UTF-8 become \xNN, and a text of more than mostBytes is cut and ends in "...".
+std::string printable(std::string_view text, std::size_t mostBytes = 400);
+
+// The same between double quotes, and short: for quoting input.
+std::string inQuotes(std::string_view text);
+
+// The offset of the first byte that is no UTF-8; nothing when all of it is.
+std::optional<std::size_t> findInvalidUtf8(std::string_view text);
+
+// The number that a text writes in the one canonical way: decimal digits without sign and without
+// leading zeros, within a signed 32-bit integer. Nothing for any other text.
+std::optional<std::int32_t> canonicalNumber(std::string_view text);
+
+// "line:column" of a byte offset, both from 1; columns count characters.
+std::string linePlace(std::string_view text, std::size_t offset);
+
+}  // namespace agent
+
+#endif

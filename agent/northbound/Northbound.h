@@ -1,0 +1,53 @@
+// The northbound side of the agent: what the module's contracts act on.
+
+#ifndef AGENT_NORTHBOUND_NORTHBOUND_H
+#define AGENT_NORTHBOUND_NORTHBOUND_H
+
+#include <atomic>
+#include <string>
+
+#include "agent/northbound/IteratorRegistry.h"
+#include "agent/northbound/ManagerRegistry.h"
+#include "orb/orb.h"
+
+namespace agent {
+
+// The functions and singletons of the contracts have no context of their own, so they act on the
+// one instance that exists while a module is loaded.
+class Northbound {
+ public:
+  // The server outlives this object. The ems name is the value of the "EMS" pair of every TMF name.
+  Northbound(orb::Server& server, std::string emsName, bool testSwitch);
+  ~Northbound();
+
+  Northbound(const Northbound&) = delete;
+  Northbound& operator=(const Northbound&) = delete;
+
+  // REQUIRES: there is one.
+  static Northbound& instance();
+
+  // Gets ready for a module: iterators have their POA.
+  void open();
+
+  // Stops serving everything that the module made and waits until nothing of it is in use, so that
+  // it can be unloaded. Not from within a request.
+  void retire();
+
+  const std::string& emsName() const { return emsName_; }
+
+  bool testSwitch() const { return testSwitch_.load(std::memory_order_relaxed); }
+  void setTestSwitch(bool on) { testSwitch_.store(on, std::memory_order_relaxed); }
+
+  ManagerRegistry& managers() { return managers_; }
+  IteratorRegistry& iterators() { return iterators_; }
+
+ private:
+  const std::string emsName_;
+  std::atomic<bool> testSwitch_;
+  ManagerRegistry managers_;
+  IteratorRegistry iterators_;
+};
+
+}  // namespace agent
+
+#endif

@@ -1,0 +1,127 @@
+#!/usr/bin/env python3
+"""Checks what the compiler does not: who may include whom, ORB names, line ends.
+
+The arrows are those of docs/architecture.md: a folder may include itself and what is listed for it.
+"""
+
+import pathlib
+import re
+import subprocess
+import sys
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+
+# Folder -> the folders whose headers it may include. idl stands for the generated headers, which are
+# only ever reached through orb.
+ALLOWED = {
+    "orb": {"idl"},
+    "include/platform": {"orb"},
+    "include/topo": {"include/platform", "orb"},
+    "topomanagementmgr": {"include/topo", "include/platform", "orb"},
+    "topomanagementmgrimpl": {"topomanagementmgr", "include/topo", "include/platform", "orb"},
+    "topoevent": {"topomanagementmgr", "include/topo", "include/platform", "orb"},
+    "toposvc": {"topoevent", "topomanagementmgrimpl", "topomanagementmgr", "include/topo",
+                "include/platform", "orb"},
+    "agent/domain": {"include/platform", "orb"},
+    "agent/bundle": {"include/platform", "orb"},
+    "agent/events": {"agent/domain", "include/platform", "orb"},
+    "agent/northbound": {"agent/domain", "agent/events", "include/platform", "orb"},
+    "agent/console": {"agent/northbound", "agent/domain", "agent/events", "agent/bundle",
+                      "include/platform", "orb"},
+    "agent": {"agent/console", "agent/northbound", "agent/domain", "agent/events", "agent/bundle",
+              "include/platform", "orb"},
+    "client": {"orb"},
+}
+
+# How an include path begins -> the folder it leads to.
+PREFIXES = [
+    ("platform/", "include/platform"),
+    ("topo/", "include/topo"),
+    ("orb/", "orb"),
+    ("topomanagementmgr/", "topomanagementmgr"),
+    ("topomanagementmgrimpl/", "topomanagementmgrimpl"),
+    ("topoevent/", "topoevent"),
+    ("toposvc/", "toposvc"),
+    ("agent/domain/", "agent/domain"),
+    ("agent/bundle/", "agent/bundle"),
+    ("agent/events/", "agent/events"),
+    ("agent/northbound/", "agent/northbound"),
+    ("agent/console/", "agent/console"),
+    ("agent/", "agent"),
+    ("client/", "client"),
+]
+
+ORB_NAME = re.compile(r"\bTAO_|\bomni", re.IGNORECASE)
+ORB_NAMES_ALLOWED = ("orb/", "cmake/", "docs/", "scripts/", "README.md", "CMakeLists.txt",
+                     "CMakePresets.json", "tests/CMakeLists.txt")
+TEXT = {".h", ".cpp", ".idl", ".py", ".sh", ".md", ".json", ".cmake", ".txt", ".map", ".hh", ""}
+
+
+def tracked():
+    listing = subprocess.run(
+        ["git", "ls-files", "--cached", "--others", "--exclude-standard"],
+        cwd=ROOT, capture_output=True, text=True, check=True).stdout
+    return [name for name in listing.splitlines() if (ROOT / name).is_file()]
+
+
+def folder_of(name):
+    """The most specific folder with a rule, or None."""
+    matches = [folder for folder in ALLOWED if name.startswith(folder + "/")]
+    return max(matches, key=len) if matches else None
+
+
+def target_of(include):
+    for prefix, folder in PREFIXES:
+        if include.startswith(prefix):
+            return folder
+    return None
+
+
+def include_problems(name, text):
+    folder = folder_of(name)
+    if folder is None:
+        return
+    for number, line in enumerate(text.splitlines(), 1):
+        match = re.match(r'\s*#\s*include\s+"([^"]+)"', line)
+        target = target_of(match.group(1)) if match else None
+        if target and target != folder and target not in ALLOWED[folder]:
+            yield f"{name}:{number}: {folder} may not include {target}"
+
+
+def orb_name_problems(name, text):
+    if name.startswith(ORB_NAMES_ALLOWED):
+        return
+    for number, line in enumerate(text.splitlines(), 1):
+        if ORB_NAME.search(line) and "omniEvents" not in line and "omniNames" not in line:
+            yield f"{name}:{number}: an ORB's name outside orb/, cmake/ and docs/"
+
+
+def line_end_problems(name, text):
+    if text and not text.endswith("\n"):
+        yield f"{name}: does not end with a newline"
+    if "\r" in text:
+        yield f"{name}: has carriage returns"
+
+
+def problems():
+    for name in tracked():
+        path = ROOT / name
+        if path.suffix not in TEXT:
+            continue
+        text = path.read_text(encoding="utf-8")
+        yield from line_end_problems(name, text)
+        if path.suffix in {".h", ".cpp"}:
+            yield from include_problems(name, text)
+        if path.suffix in {".h", ".cpp", ".idl", ".hh"}:
+            yield from orb_name_problems(name, text)
+
+
+def main():
+    found = list(problems())
+    for problem in found:
+        print(problem, file=sys.stderr)
+    return 1 if found else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,0 +1,289 @@
+// How the agent starts, stops, comes back, and refuses to start.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <csignal>
+#include <filesystem>
+
+#include "orb/idl/TopoManagementManager.h"
+#include "orb/naming.h"
+#include "orb/orb.h"
+#include "tests/integration/Programs.h"
+
+namespace integration {
+namespace {
+
+using nlohmann::json;
+using support::Ended;
+using support::TemporaryDirectory;
+using testing::AllOf;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::MatchesRegex;
+using testing::SizeIs;
+using testing::StartsWith;
+
+const std::string kBackbone = std::string(TOPO_NETWORKS) + "/backbone.json";
+
+// A loopback port that somebody listens on.
+class TakenPort {
+ public:
+  TakenPort() : socket_(socket(AF_INET, SOCK_STREAM, 0)) {
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    auto* raw = reinterpret_cast<sockaddr*>(&address);
+    socklen_t size = sizeof address;
+    bind(socket_, raw, size);
+    listen(socket_, 1);
+    getsockname(socket_, raw, &size);
+    port_ = ntohs(address.sin_port);
+  }
+  ~TakenPort() { close(socket_); }
+
+  TakenPort(const TakenPort&) = delete;
+  TakenPort& operator=(const TakenPort&) = delete;
+
+  std::string endpoint() const { return "127.0.0.1:" + std::to_string(port_); }
+
+ private:
+  const int socket_;
+  int port_ = 0;
+};
+
+// omniNames on a free loopback port.
+class NamingService {
+ public:
+  NamingService()
+      : process_("/bin/sh", {"-c", "exec omniNames -start 1 -nohostname -datadir " +
+                                       directory_.path().string() +
+                                       " -ORBendPoint giop:tcp:127.0.0.1:0 2>&1"}) {
+    const std::string before = "Root context is ";
+    std::string line = process_.readLine();
+    while (!line.empty() && line.find(before) == std::string::npos) {
+      line = process_.readLine();
+    }
+    reference_ = line.substr(line.find(before) + before.size());
+    reference_ = reference_.substr(0, reference_.find_last_not_of(". ") + 1);
+  }
+
+  const std::string& reference() const { return reference_; }
+
+ private:
+  TemporaryDirectory directory_;
+  support::Process process_;
+  std::string reference_;
+};
+
+class AgentLife : public testing::Test {
+ protected:
+  // Runs the agent where it must refuse, and returns its one line.
+  std::string refusal(const std::vector<std::string>& arguments) {
+    const Ended ended = runAgent(arguments);
+    EXPECT_EQ(1, ended.status);
+    EXPECT_EQ("", ended.out);
+    EXPECT_EQ(1, std::count(ended.err.begin(), ended.err.end(), '\n')) << ended.err;
+    EXPECT_THAT(ended.err, StartsWith("topo-agentd: "));
+    return ended.err;
+  }
+
+  std::vector<std::string> onStore(const std::vector<std::string>& more) const {
+    std::vector<std::string> all = {"--endpoint", "127.0.0.1:0", "--store", store()};
+    all.insert(all.end(), more.begin(), more.end());
+    return all;
+  }
+
+  std::string store() const { return directory_.file("network.db"); }
+
+  TemporaryDirectory directory_;
+};
+
+TEST_F(AgentLife, PrintsOneLineWithEndpointReferenceAndNumberOfNodesWhenReady) {
+  RunningAgent agent({"--network", kBackbone});
+  EXPECT_THAT(agent.readyLine(),
+              MatchesRegex("topo-agentd ready: endpoint 127.0.0.1:[0-9]+, reference "
+                           "corbaloc:iiop:1.2@127.0.0.1:[0-9]+/TopoManagement, [0-9]+ nodes"));
+  EXPECT_EQ("", agent.stop(SIGTERM).out);
+}
+
+TEST_F(AgentLife, EndsCleanlyOnSigterm) {
+  RunningAgent agent({"--network", kBackbone});
+  const Ended ended = agent.stop(SIGTERM);
+  EXPECT_EQ(0, ended.status);
+  EXPECT_EQ("", ended.err);
+}
+
+TEST_F(AgentLife, EndsCleanlyOnSigint) {
+  RunningAgent agent({"--network", kBackbone});
+  EXPECT_EQ(0, agent.stop(SIGINT).status);
+}
+
+TEST_F(AgentLife, EndsCleanlyWithIteratorsLeftOpen) {
+  RunningAgent agent({"--network", kBackbone});
+  const auto client = orb::startClient({});
+  const CORBA::Object_var object = client->get()->string_to_object(agent.corbaloc().c_str());
+  const auto manager =
+      TopoManagementManager::TopoMgr_I_var(TopoManagementManager::TopoMgr_I::_narrow(object));
+  TopoManagementManager::NodeList_T_var nodes;
+  TopoManagementManager::NodeIterator_I_var iterator;
+  manager->getTopoSubnetworkViewInfo(1, nodes.out(), iterator.out());
+  EXPECT_EQ(0, agent.stop(SIGTERM).status);
+}
+
+TEST_F(AgentLife, TracesTheServantsLifeAtLogLevelThree) {
+  RunningAgent agent({"--log-level", "3"});
+  const std::string log = agent.stop(SIGTERM).err;
+  EXPECT_THAT(log, HasSubstr("toposvc:33 [ RefCount]  ref_count!"));
+  EXPECT_THAT(log,
+              HasSubstr("toposvc:39 [ ~RefCount]  Reference count associated object destroyed!"));
+}
+
+TEST_F(AgentLife, ComesBackAfterAKillWithTheSameNetworkAndTheSameReference) {
+  std::string reference;
+  std::string endpoint;
+  std::string view;
+  {
+    RunningAgent agent({"--network", kBackbone}, store());
+    reference = agent.reference();
+    endpoint = agent.endpoint();
+    view = records(agent, {"topo"}).dump();
+    EXPECT_EQ(SIGKILL, agent.stop(SIGKILL).signal);
+  }
+  const RunningAgent agent({}, store(), endpoint);
+  EXPECT_EQ(reference, agent.reference());
+  const Ended ended = runTopoctl({"--agent", reference, "--format", "json", "topo"});
+  EXPECT_EQ(0, ended.status) << ended.err;
+  EXPECT_EQ(view, json::parse(ended.out).dump());
+}
+
+TEST_F(AgentLife, LoadsANetworkOnlyIntoANewStore) {
+  {
+    RunningAgent agent({"--network", kBackbone}, store());
+    agent.stop(SIGTERM);
+  }
+  const std::string other =
+      directory_.write("other.json", R"({"format":"topo-network/1","topoNodes":[{"id":"x"}]})");
+  const RunningAgent agent({"--network", other}, store());
+  EXPECT_LT(1U, records(agent, {"topo"}).size());
+}
+
+TEST_F(AgentLife, TakesEveryOptionFromAConfigurationFile) {
+  const std::string config =
+      directory_.write("agent.conf", "network = \"" + kBackbone +
+                                         "\"\nems-name = \"from the file\"\ntest-switch = true\n");
+  const RunningAgent agent({"--config", config});
+  const json view = records(agent, {"topo"});
+  EXPECT_EQ("from the file", view[0]["name"][0]["value"]);
+  EXPECT_FALSE(view[0]["additionalInfo"].empty());
+}
+
+TEST_F(AgentLife, IsFoundThroughTheNamingServiceUntilItStops) {
+  const NamingService naming;
+  RunningAgent agent({"--network", kBackbone, "--naming", naming.reference()});
+  // A corbaname needs host and port: the naming service's reference as an IOR is resolved by hand.
+  const auto client = orb::startClient({});
+  const CORBA::Object_var root = client->get()->string_to_object(naming.reference().c_str());
+  const CosNaming::NamingContext_var context = CosNaming::NamingContext::_narrow(root);
+  CosNaming::Name name;
+  name.length(1);
+  name[0].id = CORBA::string_dup("TopoManagement");
+  const CORBA::Object_var bound = context->resolve(name);
+  const CORBA::String_var text = client->get()->object_to_string(bound);
+  const Ended ended = runTopoctl({"--agent", text.in(), "--format", "csv", "topo"});
+  EXPECT_EQ(0, ended.status) << ended.err;
+  EXPECT_EQ(0, agent.stop(SIGTERM).status);
+  EXPECT_THROW(context->resolve(name), CosNaming::NamingContext::NotFound);
+}
+
+// --- What ends with status 1 and one line.
+
+TEST_F(AgentLife, RefusesANetworkFileThatIsNotThere) {
+  EXPECT_THAT(refusal(onStore({"--network", directory_.file("none.json")})),
+              HasSubstr(directory_.file("none.json") + ": "));
+  EXPECT_FALSE(std::filesystem::exists(store()));
+}
+
+TEST_F(AgentLife, RefusesABadNetworkFileAndMakesNoStore) {
+  const std::string bad = directory_.write(
+      "bad.json", R"({"format":"topo-network/1","topoNodes":[{"id":"a","parent":"b"}]})");
+  EXPECT_THAT(refusal(onStore({"--network", bad})), HasSubstr(bad + ": topoNodes[0].parent: "));
+  EXPECT_FALSE(std::filesystem::exists(store()));
+}
+
+TEST_F(AgentLife, RefusesAPortInUse) {
+  const TakenPort port;
+  EXPECT_THAT(refusal({"--store", ":memory:", "--endpoint", port.endpoint()}),
+              AllOf(StartsWith("topo-agentd: cannot listen on " + port.endpoint() + ": "),
+                    HasSubstr("Address in use")));
+}
+
+TEST_F(AgentLife, RefusesAModuleThatIsNotThere) {
+  EXPECT_EQ("topo-agentd: module /nowhere/module.so: no such file\n",
+            refusal(onStore({"--module", "/nowhere/module.so"})));
+}
+
+TEST_F(AgentLife, RefusesAModuleThatIsNoLibrary) {
+  const std::string text = directory_.write("text.so", "not a library");
+  EXPECT_THAT(refusal(onStore({"--module", text})), HasSubstr("module " + text + ": "));
+}
+
+TEST_F(AgentLife, RefusesALibraryThatIsNoModule) {
+  EXPECT_THAT(refusal(onStore({"--module", TOPO_IDL})),
+              EndsWith(": it has no _make_zu_corba_topo\n"));
+}
+
+TEST_F(AgentLife, RefusesAStoreInAFolderThatIsNotThere) {
+  const std::string path = directory_.file("none/network.db");
+  EXPECT_THAT(refusal({"--endpoint", "127.0.0.1:0", "--store", path}), HasSubstr(path + ": "));
+}
+
+TEST_F(AgentLife, RefusesAStoreThatIsNoDatabase) {
+  const std::string path = directory_.write("text.db", std::string(5000, 'x'));
+  EXPECT_THAT(refusal({"--endpoint", "127.0.0.1:0", "--store", path}), HasSubstr(path + ": "));
+  EXPECT_EQ(std::string(5000, 'x'), support::readFile(path));
+}
+
+TEST_F(AgentLife, RefusesAStoreThatAnotherAgentHasOpen) {
+  const RunningAgent first({"--network", kBackbone}, store());
+  EXPECT_THAT(refusal(onStore({})), HasSubstr(store() + ": "));
+  EXPECT_FALSE(records(first, {"topo"}).empty());
+}
+
+TEST_F(AgentLife, RefusesANamingServiceThatIsNotThere) {
+  std::string nobody;
+  {
+    const TakenPort port;
+    nobody = "corbaloc::" + port.endpoint() + "/NameService";
+  }
+  EXPECT_THAT(refusal(onStore({"--naming", nobody})), HasSubstr("naming service " + nobody + ": "));
+}
+
+TEST_F(AgentLife, RefusesANamingReferenceThatIsNone) {
+  EXPECT_THAT(refusal(onStore({"--naming", "nonsense"})), HasSubstr("naming service nonsense: "));
+}
+
+TEST_F(AgentLife, RefusesAnIorFileThatCannotBeWritten) {
+  const std::string path = directory_.file("none/manager.ior");
+  EXPECT_EQ("topo-agentd: IOR file " + path + ": cannot be written\n",
+            refusal(onStore({"--ior-file", path})));
+}
+
+TEST_F(AgentLife, RefusesAConfigurationFileThatIsNotThere) {
+  EXPECT_THAT(refusal({"--config", directory_.file("none.conf")}), HasSubstr("none.conf"));
+}
+
+TEST_F(AgentLife, RefusesUnknownAndMalformedOptions) {
+  EXPECT_THAT(refusal({"--nonsense"}), HasSubstr("--nonsense"));
+  EXPECT_THAT(refusal({"--endpoint", "localhost"}), HasSubstr("'localhost' is not HOST:PORT"));
+  EXPECT_THAT(refusal({"--endpoint", "localhost:70000"}), HasSubstr("is not HOST:PORT"));
+  EXPECT_THAT(refusal({"--log-level", "4"}), HasSubstr("--log-level"));
+  EXPECT_THAT(refusal({"--max-message", "1"}), HasSubstr("--max-message"));
+}
+
+}  // namespace
+}  // namespace integration

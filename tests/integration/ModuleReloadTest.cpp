@@ -1,0 +1,107 @@
+// The module comes into the process and leaves it without a trace.
+
+#include <gtest/gtest.h>
+
+#include "agent/Agent.h"
+#include "agent/bundle/ModuleLoader.h"
+#include "agent/northbound/Northbound.h"
+#include "orb/idl/TopoManagementManager.h"
+#include "platform/bundlemgr/ServiceInterface.h"
+#include "tests/support/TemporaryDirectory.h"
+
+namespace {
+
+using TopoManagementManager::TopoMgr_I;
+using TopoManagementManager::TopoMgr_I_var;
+
+constexpr int kReloads = 50;
+
+bool mapped() {
+  const std::string maps = support::readFile("/proc/self/maps");
+  return maps.find("libzu_corba_topo") != std::string::npos;
+}
+
+// A host with nothing in it but what the module needs to start.
+class ModuleHost {
+ public:
+  ModuleHost() : server_(orb::startServer({}, {"127.0.0.1", 0}, nullptr)) {}
+
+  orb::Server& server() { return *server_; }
+  agent::Northbound& northbound() { return northbound_; }
+
+  std::size_t capabilities() {
+    const CORBA::Object_var object = northbound_.managers().reference("TopoManagement");
+    const TopoMgr_I_var manager = TopoMgr_I::_narrow(object);
+    common::CapabilityList_T_var list;
+    manager->getCapabilities(list.out());
+    return list->length();
+  }
+
+ private:
+  std::unique_ptr<orb::Server> server_;
+  agent::Northbound northbound_{*server_, "E", false};
+};
+
+TEST(ModuleReload, LeavesTheProcessFiftyTimesAndServesInBetween) {
+  ModuleHost host;
+  agent::ModuleLoader loader(TOPO_MODULE);
+  for (int i = 0; i < kReloads; ++i) {
+    ASSERT_FALSE(mapped()) << "before load " << i;
+    host.northbound().open();
+    loader.load();
+    ASSERT_TRUE(mapped());
+    ASSERT_TRUE(host.northbound().managers().serving("TopoManagement"));
+    ASSERT_EQ(7U, host.capabilities());
+    host.northbound().retire();
+    loader.unload();
+    ASSERT_FALSE(host.northbound().managers().serving("TopoManagement"));
+  }
+  EXPECT_FALSE(mapped());
+}
+
+TEST(ModuleReload, WithdrawsThePlaceholderInterface) {
+  ModuleHost host;
+  agent::ModuleLoader loader(TOPO_MODULE);
+  host.northbound().open();
+  loader.load();
+  NS_BUNDLEMGR1::InterfaceBuffer* buffer = NS_BUNDLEMGR1::CheckIFBuf("NULLServiceInterface");
+  ASSERT_NE(nullptr, buffer);
+  EXPECT_NE(nullptr, buffer->First());
+  host.northbound().retire();
+  loader.unload();
+  EXPECT_EQ(nullptr, buffer->First());
+}
+
+TEST(ModuleReload, KeepsTheReferenceAndEndsIterators) {
+  agent::Options options;
+  options.store = ":memory:";
+  options.endpoint.port = 0;
+  options.network = std::string(TOPO_NETWORKS) + "/backbone.json";
+  options.module = TOPO_MODULE;
+  agent::Agent agent(options);
+  agent.start();
+  const std::string reference = agent.managerReference();
+  const auto resolve = [&] {
+    // In the agent's own process: the ORB is the one it runs.
+    int argc = 0;
+    const CORBA::ORB_var orb = CORBA::ORB_init(argc, nullptr);
+    const CORBA::Object_var object = orb->string_to_object(reference.c_str());
+    return TopoMgr_I::_narrow(object);
+  };
+  const TopoMgr_I_var manager = resolve();
+  TopoManagementManager::NodeList_T_var nodes;
+  TopoManagementManager::NodeIterator_I_var iterator;
+  for (int i = 0; i < 5; ++i) {
+    manager->getTopoSubnetworkViewInfo(1, nodes.out(), iterator.out());
+    ASSERT_FALSE(CORBA::is_nil(iterator));
+    agent.reloadModule();
+    EXPECT_EQ(reference, agent.managerReference());
+    EXPECT_THROW(iterator->getLength(), CORBA::OBJECT_NOT_EXIST);
+  }
+  manager->getTopoSubnetworkViewInfo(100000, nodes.out(), iterator.out());
+  EXPECT_LT(1U, nodes->length());
+  agent.stop();
+  EXPECT_FALSE(mapped());
+}
+
+}  // namespace

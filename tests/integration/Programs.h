@@ -1,0 +1,51 @@
+// The agent and the client as users run them.
+
+#ifndef TESTS_INTEGRATION_PROGRAMS_H
+#define TESTS_INTEGRATION_PROGRAMS_H
+
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "tests/support/Process.h"
+#include "tests/support/TemporaryDirectory.h"
+
+namespace integration {
+
+// A running topo-agentd on a free loopback port. What it keeps lies in a directory of the test's.
+class RunningAgent {
+ public:
+  // Starts it and waits until it is ready; an exception with its error text when it does not get
+  // there. Arguments come on top of the endpoint, the IOR file and an in-memory store.
+  explicit RunningAgent(const std::vector<std::string>& arguments,
+                        const std::string& store = ":memory:",
+                        const std::string& endpoint = "127.0.0.1:0");
+
+  const std::string& readyLine() const { return readyLine_; }
+  std::string iorFile() const { return directory_.file("manager.ior"); }
+  std::string endpoint() const;   // HOST:PORT
+  std::string corbaloc() const;   // its reference by name
+  std::string reference() const;  // its IOR
+
+  support::Process& process() { return process_; }
+
+  // Ends it with a signal.
+  support::Ended stop(int signal);
+
+ private:
+  support::TemporaryDirectory directory_;
+  support::Process process_;
+  std::string readyLine_;
+};
+
+// Runs topo-agentd where it is expected to refuse.
+support::Ended runAgent(const std::vector<std::string>& arguments);
+
+support::Ended runTopoctl(const std::vector<std::string>& arguments);
+
+// The records that a topoctl command prints as JSON; fails with an exception unless it ends with 0.
+nlohmann::json records(const RunningAgent& agent, const std::vector<std::string>& arguments);
+
+}  // namespace integration
+
+#endif

@@ -1,0 +1,345 @@
+// The store: what is kept, what is refused, and what a killed process leaves.
+
+#include "agent/domain/NetworkStore.h"
+
+#include <SQLiteCpp/SQLiteCpp.h>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <csignal>
+#include <functional>
+
+#include "agent/domain/NetworkModel.h"
+#include "tests/support/TemporaryDirectory.h"
+#include "tests/unit/agent_domain/NetworkFiles.h"
+#include "tests/unit/agent_domain/Unprivileged.h"
+
+namespace {
+
+using agent::NetworkStore;
+using agent::StoreError;
+
+// What opening a store says; empty when it opens.
+std::string refusalOfStore(const std::string& path) {
+  try {
+    const NetworkStore store(path);
+  } catch (const StoreError& error) {
+    return error.what();
+  }
+  return {};
+}
+
+std::string refusalOfQuestion(const std::string& path) {
+  try {
+    NetworkStore::needsNetwork(path);
+  } catch (const StoreError& error) {
+    return error.what();
+  }
+  return {};
+}
+
+void makeDatabase(const std::string& path, const std::string& statements) {
+  SQLite::Database database(path, SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
+  database.exec(statements);
+}
+
+// Runs work in a process of its own and says how that ended.
+int statusOfChild(const std::function<void()>& work) {
+  const pid_t child = fork();
+  if (child == 0) {
+    work();
+    _exit(0);
+  }
+  int status = -1;
+  waitpid(child, &status, 0);
+  return status;
+}
+
+bool wasKilledBy(int status, int signal) {
+  return WIFSIGNALED(status) && WTERMSIG(status) == signal;
+}
+
+// Asks from a process that has no locks of its own.
+bool isLockedForOthers(const std::string& path) {
+  const int status = statusOfChild([&] {
+    struct flock lock {};
+    lock.l_type = F_WRLCK;  // of the whole file
+    const int file = open(path.c_str(), O_RDWR | O_CLOEXEC);
+    _exit(file >= 0 && fcntl(file, F_GETLK, &lock) == 0 && lock.l_type != F_UNLCK ? 1 : 0);
+  });
+  return WIFEXITED(status) && WEXITSTATUS(status) == 1;
+}
+
+std::size_t filesIn(const support::TemporaryDirectory& directory) {
+  const std::filesystem::directory_iterator files(directory.path());
+  return static_cast<std::size_t>(std::distance(begin(files), end(files)));
+}
+
+class NetworkStoreTest : public testing::Test {
+ protected:
+  // The place is refused, for opening and for asking, and nothing in its directory has changed.
+  void expectRefused(const std::string& path, const std::string& reason) {
+    const std::size_t before = filesIn(directory_);
+    EXPECT_EQ(path + ": " + reason, refusalOfStore(path));
+    EXPECT_EQ(path + ": " + reason, refusalOfQuestion(path));
+    EXPECT_EQ(before, filesIn(directory_));
+  }
+
+  void expectRefusedUntouched(const std::string& path, const std::string& reason) {
+    const std::string before = support::readFile(path);
+    expectRefused(path, reason);
+    EXPECT_EQ(before, support::readFile(path));
+  }
+
+  const support::TemporaryDirectory directory_;
+  const std::string path_ = directory_.file("store.db");
+};
+
+TEST_F(NetworkStoreTest, IsNewUntilANetworkIsLoaded) {
+  NetworkStore store(path_);
+  EXPECT_TRUE(store.isNew());
+  EXPECT_EQ("ems \n", describe(store.read()));
+  store.load(sampleNetwork());
+  EXPECT_FALSE(store.isNew());
+}
+
+TEST_F(NetworkStoreTest, IsNoLongerNewAfterAnEmptyNetwork) {
+  NetworkStore store(path_);
+  store.load(agent::Network());
+  EXPECT_FALSE(store.isNew());
+}
+
+TEST_F(NetworkStoreTest, KeepsEveryFieldAndOrder) {
+  { NetworkStore(path_).load(sampleNetwork()); }
+  NetworkStore store(path_);
+  EXPECT_FALSE(store.isNew());
+  EXPECT_EQ(describe(sampleNetwork()), describe(store.read()));
+}
+
+TEST_F(NetworkStoreTest, KeepsTheSameInMemory) {
+  NetworkStore store(NetworkStore::kInMemory);
+  EXPECT_TRUE(store.isNew());
+  store.load(sampleNetwork());
+  EXPECT_EQ(describe(sampleNetwork()), describe(store.read()));
+  EXPECT_TRUE(NetworkStore(":memory:").isNew());
+  EXPECT_TRUE(NetworkStore::needsNetwork(":memory:"));
+}
+
+TEST_F(NetworkStoreTest, StartsOnAnEmptyFile) {
+  directory_.write("store.db", "");
+  EXPECT_TRUE(NetworkStore::needsNetwork(path_));
+  EXPECT_TRUE(NetworkStore(path_).isNew());
+}
+
+TEST_F(NetworkStoreTest, TakesThePathAsItIs) {
+  for (const char* name : {"file:a?mode=memory", "b%20c#d", ":memory:"}) {
+    const std::string path = directory_.file(name);
+    { NetworkStore(path).load(sampleNetwork()); }
+    EXPECT_TRUE(std::filesystem::exists(path)) << name;
+    EXPECT_FALSE(NetworkStore::needsNetwork(path)) << name;
+  }
+}
+
+TEST_F(NetworkStoreTest, SaysThatAMissingFileNeedsANetworkAndMakesNone) {
+  EXPECT_TRUE(NetworkStore::needsNetwork(path_));
+  EXPECT_EQ(0U, filesIn(directory_));
+}
+
+TEST_F(NetworkStoreTest, SaysWhetherAnExistingStoreNeedsANetwork) {
+  { NetworkStore store(path_); }
+  EXPECT_TRUE(NetworkStore::needsNetwork(path_));
+  { NetworkStore(path_).load(sampleNetwork()); }
+  EXPECT_FALSE(NetworkStore::needsNetwork(path_));
+}
+
+TEST_F(NetworkStoreTest, RefusesToLoadASecondNetwork) {
+  NetworkStore store(path_);
+  store.load(sampleNetwork());
+  try {
+    store.load(wideNetwork(2));
+    ADD_FAILURE() << "loaded twice";
+  } catch (const StoreError& error) {
+    EXPECT_EQ(path_ + ": holds a network already", error.what());
+  }
+  EXPECT_EQ(describe(sampleNetwork()), describe(store.read()));
+}
+
+TEST_F(NetworkStoreTest, StaysNewWhenALoadFails) {
+  agent::Network network = wideNetwork(3);
+  network.topoNodes.push_back(network.topoNodes.front());
+  NetworkStore store(path_);
+  try {
+    store.load(network);
+    ADD_FAILURE() << "stored a duplicate id";
+  } catch (const StoreError& error) {
+    EXPECT_EQ(path_ + ": UNIQUE constraint failed: topo_node.id", error.what());
+  }
+  EXPECT_TRUE(store.isNew());
+  EXPECT_EQ("ems \n", describe(store.read()));
+  store.load(sampleNetwork());
+  EXPECT_EQ(describe(sampleNetwork()), describe(store.read()));
+}
+
+// The kernel ends the process when the log of the transaction outgrows a limit: in the middle of
+// it.
+TEST_F(NetworkStoreTest, StaysNewWhenTheProcessIsKilledInTheMiddleOfALoad) {
+  const int status = statusOfChild([&] {
+    NetworkStore store(path_);
+    const rlimit none{0, 0};
+    const rlimit smallFiles{262144, 262144};
+    setrlimit(RLIMIT_CORE, &none);
+    setrlimit(RLIMIT_FSIZE, &smallFiles);
+    store.load(wideNetwork(20000));
+  });
+  ASSERT_TRUE(wasKilledBy(status, SIGXFSZ));
+  ASSERT_TRUE(std::filesystem::exists(path_ + "-wal"));
+  EXPECT_TRUE(NetworkStore::needsNetwork(path_));
+  NetworkStore store(path_);
+  EXPECT_EQ("ems \n", describe(store.read()));
+  store.load(sampleNetwork());
+  EXPECT_EQ(describe(sampleNetwork()), describe(store.read()));
+}
+
+TEST_F(NetworkStoreTest, LosesNothingWhenTheProcessIsKilledAfterALoad) {
+  const int status = statusOfChild([&] {
+    NetworkStore store(path_);
+    store.load(sampleNetwork());
+    raise(SIGKILL);
+  });
+  ASSERT_TRUE(wasKilledBy(status, SIGKILL));
+  ASSERT_NE(0U, std::filesystem::file_size(path_ + "-wal"));
+  EXPECT_FALSE(NetworkStore::needsNetwork(path_));
+  EXPECT_EQ(describe(sampleNetwork()), describe(NetworkStore(path_).read()));
+}
+
+TEST_F(NetworkStoreTest, IsOneFileAfterItWasClosed) {
+  { NetworkStore(path_).load(sampleNetwork()); }
+  EXPECT_EQ(1U, filesIn(directory_));
+}
+
+TEST_F(NetworkStoreTest, IsRefusedWhileAnotherProcessHasIt) {
+  std::array<int, 2> opened{};
+  std::array<int, 2> finish{};
+  ASSERT_EQ(0, pipe(opened.data()));
+  ASSERT_EQ(0, pipe(finish.data()));
+  const pid_t child = fork();
+  if (child == 0) {
+    close(finish[1]);
+    const NetworkStore store(path_);
+    char byte = 'x';
+    const bool told = write(opened[1], &byte, 1) == 1;
+    _exit(told && read(finish[0], &byte, 1) == 0 ? 0 : 1);
+  }
+  close(opened[1]);
+  close(finish[0]);
+  char byte = 0;
+  EXPECT_EQ(1, read(opened[0], &byte, 1));
+  expectRefused(path_, "is in use by another process");
+  close(finish[1]);
+  int status = -1;
+  waitpid(child, &status, 0);
+  EXPECT_EQ(0, status);
+  EXPECT_EQ("", refusalOfStore(path_));
+}
+
+TEST_F(NetworkStoreTest, IsRefusedWhileThisProcessHasItAndStaysLocked) {
+  NetworkStore store(path_);
+  expectRefused(path_, "is in use by another process");
+  EXPECT_TRUE(isLockedForOthers(path_));
+  store.load(sampleNetwork());
+  EXPECT_EQ(describe(sampleNetwork()), describe(store.read()));
+}
+
+TEST_F(NetworkStoreTest, RefusesADatabaseOfAnotherProgram) {
+  makeDatabase(path_, "CREATE TABLE music (title); INSERT INTO music VALUES ('Largo')");
+  expectRefusedUntouched(path_, "is a database of another program");
+  makeDatabase(path_, "PRAGMA application_id = 42");
+  expectRefusedUntouched(path_, "is a database of another program");
+}
+
+TEST_F(NetworkStoreTest, LeavesTheLogOfAnotherProgramAlone) {
+  const int status = statusOfChild([&] {
+    SQLite::Database database(path_, SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
+    database.exec("PRAGMA journal_mode = WAL; CREATE TABLE music (title)");
+    raise(SIGKILL);
+  });
+  ASSERT_TRUE(wasKilledBy(status, SIGKILL));
+  const std::string log = support::readFile(path_ + "-wal");
+  ASSERT_NE("", log);
+  expectRefusedUntouched(path_, "is a database of another program");
+  EXPECT_EQ(log, support::readFile(path_ + "-wal"));
+}
+
+TEST_F(NetworkStoreTest, RefusesALaterVersionOfItsSchema) {
+  { NetworkStore(path_).load(sampleNetwork()); }
+  makeDatabase(path_, "PRAGMA journal_mode = DELETE; PRAGMA user_version = 2");
+  expectRefusedUntouched(path_, "has the schema version 2, this program reads version 1");
+}
+
+TEST_F(NetworkStoreTest, RefusesAFileThatIsNoDatabase) {
+  directory_.write("store.db", std::string(10000, 'x'));
+  expectRefusedUntouched(path_, "is not a database");
+  directory_.write("store.db", "hello");
+  expectRefusedUntouched(path_, "is not a database");
+}
+
+TEST_F(NetworkStoreTest, RefusesADirectory) {
+  expectRefused(directory_.path(), "Is a directory");
+}
+
+TEST_F(NetworkStoreTest, RefusesAMissingFolder) {
+  expectRefused(directory_.file("none/store.db"), "its folder does not exist");
+}
+
+TEST_F(NetworkStoreTest, RefusesADevice) {
+  expectRefused("/dev/null", "is not a regular file");
+}
+
+TEST_F(NetworkStoreTest, RefusesAnEmptyPath) {
+  EXPECT_EQ("store: its file name is empty", refusalOfStore(""));
+}
+
+TEST_F(NetworkStoreTest, RefusesAFileThatMayOnlyBeRead) {
+  { NetworkStore(path_).load(sampleNetwork()); }
+  ASSERT_EQ(0, chmod(path_.c_str(), 0444));
+  const Unprivileged unprivileged(directory_.path());
+  if (!unprivileged.isInForce()) {
+    GTEST_SKIP() << "cannot give up the privileges of root here";
+  }
+  expectRefusedUntouched(path_, "Permission denied");
+}
+
+TEST_F(NetworkStoreTest, RefusesAFolderThatMayOnlyBeRead) {
+  const std::string folder = directory_.file("folder");
+  ASSERT_EQ(0, mkdir(folder.c_str(), 0555));
+  const Unprivileged unprivileged(directory_.path());
+  if (!unprivileged.isInForce()) {
+    GTEST_SKIP() << "cannot give up the privileges of root here";
+  }
+  EXPECT_EQ(folder + "/store.db: unable to open database file",
+            refusalOfStore(folder + "/store.db"));
+}
+
+TEST_F(NetworkStoreTest, RefusesAStoreWhoseTablesAreGone) {
+  { NetworkStore(path_).load(sampleNetwork()); }
+  makeDatabase(path_, "DROP TABLE network");
+  EXPECT_EQ(path_ + ": no such table: network", refusalOfQuestion(path_));
+}
+
+TEST_F(NetworkStoreTest, KeepsEachRefusalOnOneLine) {
+  EXPECT_EQ(directory_.path().string() + "/a\\x0ab/c: its folder does not exist",
+            refusalOfStore(directory_.file("a\nb/c")));
+}
+
+TEST_F(NetworkStoreTest, KeepsAWriteAheadLog) {
+  { NetworkStore store(path_); }
+  SQLite::Database database(path_, SQLite::OPEN_READONLY);
+  EXPECT_EQ("wal", database.execAndGet("PRAGMA journal_mode").getString());
+}
+
+}  // namespace
