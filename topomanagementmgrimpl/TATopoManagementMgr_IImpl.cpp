@@ -22,8 +22,8 @@ using NodeIteratorTrait =
 
 // Runs a view of the business class and splits what it found.
 template <typename View>
-void answerView(const View& view, CORBA::ULong how_many, NodeList_T_out nodeList,
-                NodeIterator_I_out nodeIt) {
+void answerView(const View& view, CORBA::ULong how_many, const NodeList_T_out& nodeList,
+                const NodeIterator_I_out& nodeIt) {
   auto nodes = std::make_unique<NodeList_T>();
   const CORBA::ULong code = view(*nodes);
   if (code != 0) {
