@@ -44,21 +44,20 @@ CORBA::ULong convertFdn(globaldefs::NVSList_T& name, const std::string& fdn) {
   Parts parts;
   NS_UTIL::UtilCommon::Instance()->GetSpliteFDNData(parts, fdn, ",");
   const std::string className = NS_UTIL::UtilCommon::Instance()->GetMoc(fdn);
-  auto* util = topo::lookup<CorbaUtilInterface>();
   if (className == "NE") {
     DomainObjectKey key{0, partNumber(parts, className, -1)};
-    return util->ConvertNEIndexToName(name, key);
+    return topo::lookup<CorbaUtilInterface>()->ConvertNEIndexToName(name, key);
   }
   if (className == "ONE") {
     DomainObjectKey key{0, partNumber(parts, className, 0)};
-    return util->ConvertONEIndexToName(name, key);
+    return topo::lookup<CorbaUtilInterface>()->ConvertONEIndexToName(name, key);
   }
   if (className == "OS") {
     std::int32_t number = partNumber(parts, className, 0);
-    return util->ConvertOSIndexToName(name, number);
+    return topo::lookup<CorbaUtilInterface>()->ConvertOSIndexToName(name, number);
   }
   DomainObjectKey key{0, elementNumber(parts, className, fdn)};
-  return util->ConvertNEIndexToName(name, key);
+  return topo::lookup<CorbaUtilInterface>()->ConvertNEIndexToName(name, key);
 }
 
 bool convertNodeType(CORBA::ULong& nodeType, std::uint32_t domainType) {

@@ -10,6 +10,7 @@
 #define TOPOMANAGEMENTMGR_TOPOMANAGEMENTMGR_H
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -47,10 +48,15 @@ class TopoManagementMgr {
       TopoManagementManager::NodeList_T& nodes,
       const std::vector<NS_DOMAIN::TopoNode_T>& domainNodes);
 
+  // The value that the user label map has for a key, "" when it has none.
+  using LabelLookup = std::function<std::string(const std::string& key)>;
+
   // Appends the six descriptive pairs to every subnetwork node. A node's location and topology type
-  // come from the domain node at the same position, whichever that is.
+  // come from the domain node at the same position, whichever that is; three values are looked up
+  // under the last value of the node's name followed by the name of the pair.
   static void addNodeAttributes(TopoManagementManager::NodeList_T& nodes,
-                                const std::vector<NS_DOMAIN::TopoNode_T>& domainNodes);
+                                const std::vector<NS_DOMAIN::TopoNode_T>& domainNodes,
+                                const LabelLookup& labelOf);
 
   // The entries of all whose number is the number of no entry of shown, in order, duplicates kept.
   static std::vector<NS_DOMAIN::NEIndex> indexesNotShown(

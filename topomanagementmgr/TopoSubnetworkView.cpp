@@ -102,13 +102,12 @@ void collectBaseNodes(TopoNodeHolder& nodes) {
 // --- Descriptive pairs of subnetwork nodes.
 
 std::mutex userLabelMutex;
-// Made by the first lookup, with no file behind it. Guarded by userLabelMutex.
+// Made by the first lookup, with no file behind it; lives until the module is unloaded. Guarded by
+// userLabelMutex.
 std::unique_ptr<UserlabelMap<TopoNode_T>> userLabelMap;
 
-// The value of a node's attribute in the user label map; "" when there is none.
-std::string labelOf(const std::string& keyBase, const char* attribute) {
+std::string labelOf(const std::string& key) {
   std::string value;
-  const std::string key = keyBase + attribute;
   const std::lock_guard<std::mutex> lock(userLabelMutex);
   if (!userLabelMap) {
     userLabelMap = std::make_unique<UserlabelMap<TopoNode_T>>("");
@@ -144,18 +143,19 @@ Placement placementOf(const TopoNode_T& domainNode) {
   return {text.substr(0, separator), topologyTypeName(text.substr(separator + 2))};
 }
 
-void addAttributes(TopoManagementManager::Node_T& node, const Placement& placement) {
+void addAttributes(TopoManagementManager::Node_T& node, const Placement& placement,
+                   const TopoManagementMgr::LabelLookup& lookup) {
   globaldefs::NVSList_T& info = node.additionalInfo;
   const CORBA::ULong n = info.length();
   topo::setLength(info, n + 6);
   // A node without a name has no last value: index -1 is out of range.
   const std::string keyBase = topo::at(node.name, node.name.length() - 1).value.in();
-  topo::setPair(info, n, "userLabel", labelOf(keyBase, "userLabel"));
+  topo::setPair(info, n, "userLabel", lookup(keyBase + "userLabel"));
   topo::setPair(info, n + 1, "Location", placement.location);
   topo::setPair(info, n + 2, "TopoType", placement.topologyType);
   topo::setPair(info, n + 3, topo::kVendorName, topo::kVendorValue);
-  topo::setPair(info, n + 4, "SubnetworkBandWidth", labelOf(keyBase, "SubnetworkBandWidth"));
-  topo::setPair(info, n + 5, "layerRate", labelOf(keyBase, "layerRate"));
+  topo::setPair(info, n + 4, "SubnetworkBandWidth", lookup(keyBase + "SubnetworkBandWidth"));
+  topo::setPair(info, n + 5, "layerRate", lookup(keyBase + "layerRate"));
 }
 
 }  // namespace
@@ -177,11 +177,13 @@ std::vector<NEIndex> TopoManagementMgr::indexesNotShown(const std::vector<NEInde
 }
 
 void TopoManagementMgr::addNodeAttributes(TopoManagementManager::NodeList_T& nodes,
-                                          const std::vector<TopoNode_T>& domainNodes) {
+                                          const std::vector<TopoNode_T>& domainNodes,
+                                          const LabelLookup& lookup) {
   for (CORBA::ULong i = 0; i < nodes.length(); ++i) {
     TopoManagementManager::Node_T& node = topo::at(nodes, i);
     if (node.nodeType == kSubnetworkNode) {
-      addAttributes(node, i < domainNodes.size() ? placementOf(domainNodes[i]) : Placement{});
+      addAttributes(node, i < domainNodes.size() ? placementOf(domainNodes[i]) : Placement{},
+                    lookup);
     }
   }
 }
@@ -196,7 +198,7 @@ CORBA::ULong TopoManagementMgr::getTopoSubnetworkViewInfo(
   const bool withAttributes = testSwitch();
   code = convertDomainNodesToTmf(nodes, *domainNodes);
   if (code == 0 && withAttributes) {
-    addNodeAttributes(nodes, *domainNodes);
+    addNodeAttributes(nodes, *domainNodes, labelOf);
   }
   return code;
 }

@@ -5,7 +5,7 @@
 // included. Later lines win.
 //
 // The file is read again before every lookup. Entries are never forgotten: a key that leaves the
-// file keeps its last value until the process ends.
+// file keeps its last value for as long as the map lives.
 //
 // Thread-safety: none; the caller serialises lookups.
 

@@ -116,7 +116,9 @@ class TAIterator
   }
 
   // The length of the list less the first batch, however much has been fetched since.
-  CORBA::ULong getLength() override { return this->remaining; }
+  CORBA::ULong getLength() override {
+    return topo::atCorbaEdge([&] { return this->remaining; });
+  }
 
   void destroy() override {
     topo::atCorbaEdge([&] {
@@ -193,8 +195,12 @@ struct TAIT {
 
    private:
     static Servant* makeServant(std::unique_ptr<List> list, PortableServer::POA_ptr poa);
-    static Servant* registered(Servant* servant, bool more);
+    static bool deliverFirst(Servant& servant, CORBA::ULong how_many, OutList records);
+    static void hand(PortableServer::ServantBase_var& owner, Servant& servant);
     static void checkPoa(PortableServer::POA_ptr poa);
+
+    template <typename OutIterator>
+    static void activate(Servant& servant, OutIterator iterator);
   };
 };
 
@@ -213,6 +219,7 @@ void TAIT<IteratorSkeleton, RecordList, RecordOutList>::Trait::createIterator(
   }
   const PortableServer::POA_var poa = TAIteratorHelper::getIteratorPoa();
   if (CORBA::is_nil(poa)) {
+    list.reset();
     result_iterator::refuse(result_iterator::kNoPoaSite, result_iterator::kNoPoa);
     return;
   }
@@ -220,12 +227,15 @@ void TAIT<IteratorSkeleton, RecordList, RecordOutList>::Trait::createIterator(
   if (servant == nullptr) {
     return;
   }
-  const bool more = servant->next_n(how_many, records);
-  servant->remaining -= how_many;
-  servant = registered(servant, more);
+  PortableServer::ServantBase_var owner = servant;  // the creation reference
+  if (deliverFirst(*servant, how_many, records)) {
+    hand(owner, *servant);
+  } else {
+    servant = nullptr;
+  }
   checkPoa(poa.in());
   if (servant != nullptr) {
-    iterator = servant->_this();
+    activate(*servant, iterator);
   }
 }
 
@@ -236,6 +246,7 @@ auto TAIT<IteratorSkeleton, RecordList, RecordOutList>::Trait::makeServant(
   auto* servant = new (std::nothrow) Servant(list.get(), poa);
   if (servant == nullptr) {
     errno = ENOMEM;
+    list.reset();
     result_iterator::refuse(result_iterator::kNoServantSite, result_iterator::kNoServant);
     return nullptr;
   }
@@ -243,23 +254,27 @@ auto TAIT<IteratorSkeleton, RecordList, RecordOutList>::Trait::makeServant(
   return servant;
 }
 
-// Hands the creation reference to the agent's housekeeping; null when there is nothing to hand
-// over.
+// Whether more remains than the first batch.
 template <typename IteratorSkeleton, typename RecordList, typename RecordOutList>
-auto TAIT<IteratorSkeleton, RecordList, RecordOutList>::Trait::registered(Servant* servant,
-                                                                          bool more) -> Servant* {
-  if (!more) {
-    servant->_remove_ref();
-    return nullptr;
-  }
-  servant->activated = true;
-  const CORBA::ULong code = TAIteratorHelper::add_Iterator(servant);
+bool TAIT<IteratorSkeleton, RecordList, RecordOutList>::Trait::deliverFirst(Servant& servant,
+                                                                            CORBA::ULong how_many,
+                                                                            OutList records) {
+  const bool more = servant.next_n(how_many, records);
+  servant.remaining -= how_many;
+  return more;
+}
+
+// Hands the creation reference to the agent's housekeeping.
+template <typename IteratorSkeleton, typename RecordList, typename RecordOutList>
+void TAIT<IteratorSkeleton, RecordList, RecordOutList>::Trait::hand(
+    PortableServer::ServantBase_var& owner, Servant& servant) {
+  servant.activated = true;
+  const CORBA::ULong code = TAIteratorHelper::add_Iterator(&servant);
   if (code != 0) {
-    servant->_remove_ref();
+    owner = nullptr;
     ThrowException(code);
-    return nullptr;
   }
-  return servant;
+  static_cast<void>(owner._retn());
 }
 
 template <typename IteratorSkeleton, typename RecordList, typename RecordOutList>
@@ -268,6 +283,18 @@ void TAIT<IteratorSkeleton, RecordList, RecordOutList>::Trait::checkPoa(
   if (!orb::isOrbsOwnPoa(poa)) {
     result_iterator::refuse(result_iterator::kForeignPoaSite, result_iterator::kForeignPoa);
   } else if (orb::isCleanupInProgress(poa)) {
+    result_iterator::refuse(result_iterator::kCleanupSite, result_iterator::kCleanup);
+  }
+}
+
+// Not every ORB says that a clean-up has begun, but none activates an object on such a POA.
+template <typename IteratorSkeleton, typename RecordList, typename RecordOutList>
+template <typename OutIterator>
+void TAIT<IteratorSkeleton, RecordList, RecordOutList>::Trait::activate(Servant& servant,
+                                                                        OutIterator iterator) {
+  try {
+    iterator = servant._this();
+  } catch (const CORBA::OBJECT_NOT_EXIST&) {
     result_iterator::refuse(result_iterator::kCleanupSite, result_iterator::kCleanup);
   }
 }

@@ -34,9 +34,11 @@ void answerView(const View& view, CORBA::ULong how_many, const NodeList_T_out& n
   NodeIteratorTrait::createIterator(nodes.release(), how_many, nodeList, nodeIt);
 }
 
-[[noreturn]] void refuseNotImplemented(const char* operation) {
-  throw globaldefs::ProcessingFailureException(
-      globaldefs::EXCPT_NOT_IMPLEMENTED, (std::string(operation) + " is not implemented").c_str());
+void refuseNotImplemented(const char* operation) {
+  topo::atCorbaEdge([&] {
+    const std::string reason = std::string(operation) + " is not implemented";
+    throw globaldefs::ProcessingFailureException(globaldefs::EXCPT_NOT_IMPLEMENTED, reason.c_str());
+  });
 }
 
 }  // namespace

@@ -1,7 +1,7 @@
 // Log sites of the module.
 //
 // The agent reports a message at the calling thread's log position, so every site first says where
-// it is. Function names are never given: the position's function is always "unknown".
+// it is.
 
 #ifndef TOPO_LOG_H
 #define TOPO_LOG_H
@@ -11,6 +11,9 @@
 #include "platform/agent/Logging.h"
 
 namespace topo {
+
+// Function names are never told.
+constexpr const char* kUnknownFunction = "unknown";
 
 // Where a message comes from. Operators' filters know some of these numbers, so where a number is
 // fixed it is a constant beside its text and does not follow the source.
@@ -22,7 +25,7 @@ struct LogSite {
 inline void setLogPosition(const LogSite& site) {
   NS_CORBA::LogPosition* position = NS_CORBA::GetTss();
   position->file = site.file;
-  position->function = "unknown";
+  position->function = kUnknownFunction;
   position->line = site.line;
 }
 

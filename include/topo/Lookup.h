@@ -38,7 +38,7 @@ struct ServiceName<NS_SECURITY_SERVICE1::SecurityIF> {
 };
 
 // Null until the first lookup of the interface, then a placeholder for as long as the module is
-// loaded.
+// loaded: the framework's mark that this module uses the interface.
 template <typename Interface>
 inline std::atomic<NS_BUNDLEMGR1::NULLServiceInterface*> placeholderSlot{nullptr};
 

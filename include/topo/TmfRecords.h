@@ -70,7 +70,8 @@ void enlarge(List& list, CORBA::ULong length) {
 
 // Sizes a list: elements that stay are kept, elements that come are fresh, and elements that are
 // cut off do not come back when the list grows again. Some ORBs keep the contents of cut-off
-// elements in the buffer, hence the resetting. When memory is short the list stays as it was.
+// elements in the buffer, hence the resetting. Records that the list only borrows are left alone.
+// When memory is short the list stays as it was.
 template <typename List>
 void setLength(List& list, CORBA::ULong length) {
   using Record = std::remove_reference_t<decltype(list[0])>;
@@ -79,11 +80,12 @@ void setLength(List& list, CORBA::ULong length) {
     return;
   }
   const CORBA::ULong old = list.length();
-  for (CORBA::ULong i = length; i < old; ++i) {
+  const bool owned = list.release();
+  for (CORBA::ULong i = length; owned && i < old; ++i) {
     list[i] = freshRecord<Record>();
   }
   list.length(length);
-  for (CORBA::ULong i = old; i < length; ++i) {
+  for (CORBA::ULong i = old; owned && i < length; ++i) {
     list[i] = freshRecord<Record>();
   }
 }

@@ -28,8 +28,9 @@ class PLATFORM_API CorbaBaseAgentConfig {
  public:
   static CorbaBaseAgentConfig* Instance();
 
-  // Makes a manager known. The factory stays owned by the caller and must live until UnregisterMgr;
-  // the agent never deletes it. Throws ProcessException when the name is taken.
+  // Makes a manager known. The factory stays owned by the caller, who keeps it until UnregisterMgr
+  // or until its own init fails: after a failed init the agent must not call it any more. The agent
+  // never deletes it. Throws ProcessException when the name is taken.
   void RegisterMgr(const char* name, MgrFactory* factory);
 
   // Forgets a manager. Throws ProcessException when there is none of that name.
@@ -43,8 +44,8 @@ class PLATFORM_API CorbaAgentConfig {
  public:
   static CorbaAgentConfig* Instance();
 
-  // Hands over a manager's servant; the agent owns its creation reference from here and serves it.
-  // Throws ProcessException when the servant is null or cannot be served.
+  // Hands over a manager's servant; the agent owns its creation reference from here, whatever comes
+  // of it, and serves it. Throws ProcessException when the servant is null or cannot be served.
   void RegisterServant(const char* name, POA_common::Common_I* servant);
 
   // Whether the agent runs in test mode, as of now: it may change at any time.

@@ -32,7 +32,8 @@ class PLATFORM_API ServiceObjectBase : public ACE_Service_Object {
   // Puts the object into the bundle manager's list.
   virtual void RegistSvc();
 
-  // The published interface, null before CreateInterface. Stays owned by the object.
+  // The published interface, null before CreateInterface. Stays owned by the object. Called with
+  // _g_actualmutex held.
   virtual ServiceInterface* GetInterface();
 
   // Makes the interface that this object publishes and keeps it; the object owns it.
@@ -60,8 +61,8 @@ class PLATFORM_API BundleMgr {
   // The service object with a service name, or null.
   ServiceObjectBase* GetServiceObject(const std::string& serviceName);
 
-  // All service objects, in the order in which they were registered. The pointers are good while
-  // _g_actualmutex is held or nothing is unloaded.
+  // All service objects, in the order in which they were registered. _g_actualmutex is not held by
+  // the caller, here and above. The pointers are good while nothing is unloaded.
   std::vector<ServiceObjectBase*> GetServiceObjects();
 };
 

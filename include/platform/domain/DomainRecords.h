@@ -20,7 +20,7 @@ constexpr std::uint32_t kTopoSubnetwork = 2;
 
 // One topology node: a subnetwork, or an element placed in one.
 struct TopoNode_T {
-  std::string nodeId;      // an FDN for an element, a free text for a subnetwork; "0" is invalid
+  std::string nodeId;      // an FDN or a bare number for an element, free for a subnetwork; not "0"
   std::string parentId;    // "" or "0": no parent
   std::string nativeName;  // the label as the management system shows it
   std::string text4;       // carried only

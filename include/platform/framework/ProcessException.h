@@ -22,8 +22,8 @@ class PLATFORM_API ProcessException : public std::exception {
  public:
   ProcessException() = default;
 
-  // Copies the code, the line and the text of every stream. Streams can only be read through a
-  // non-const reference in older framework code, hence the parameter.
+  // Copies the code, the line and the text of every stream. The framework's signature: an exception
+  // is copied from one that is being handled, never from a constant.
   ProcessException(ProcessException& other)
       : std::exception(other),
         errorCode(other.errorCode),

@@ -105,7 +105,8 @@ std::unique_ptr<Server> startServer(const Options& options, const Endpoint& endp
 // Whether a POA is the ORB's own implementation, not some stand-in.
 bool isOrbsOwnPoa(PortableServer::POA_ptr poa);
 
-// Whether a POA is being, or has been, taken down. REQUIRES: isOrbsOwnPoa.
+// Whether a POA is known to be going or gone. Not every ORB tells before the last request on it has
+// ended; until then activating an object on it raises OBJECT_NOT_EXIST. REQUIRES: isOrbsOwnPoa.
 bool isCleanupInProgress(PortableServer::POA_ptr poa);
 
 // "TRANSIENT (connection refused)": the exception's name and what the ORB knows about its cause.

@@ -1,0 +1,72 @@
+// The agent's side of the fakes: what it answers, and what it was handed.
+
+#ifndef FAKES_AGENT_H
+#define FAKES_AGENT_H
+
+#include <atomic>
+#include <deque>
+#include <string>
+#include <vector>
+
+#include "orb/idl/common.h"
+#include "orb/idl/notifications.h"
+#include "orb/orb.h"
+#include "platform/agent/AgentConfig.h"
+
+namespace fakes {
+
+// What the agent answers. Set by the test before calls are made, read by the fakes.
+struct Agent {
+  std::atomic<bool> testSwitch{false};
+  std::deque<bool> testSwitchAnswers;  // of the next calls, one thread only; then testSwitch
+  std::string emsName = "EMS-1";
+
+  std::string attributeErrorText;              // what onSetAdditionalInfo reports
+  globaldefs::NVSList_T storedAdditionalInfo;  // what it gives back, when not empty
+  bool returnStoredAdditionalInfo = false;
+};
+
+Agent& agent();
+
+// --- Managers and servants. The fake agent owns servants from RegisterServant on, also when that
+// --- raises something.
+
+// The factory registered under a name, or null.
+NS_CORBA::MgrFactory* registeredFactory(const std::string& name);
+
+// The servants in the order of their registration; borrowed.
+std::vector<POA_common::Common_I*> registeredServants();
+
+// Drops the agent's references to servants.
+void releaseServants();
+
+// --- Iterators. The fake agent owns an iterator servant from a successful add_Iterator on.
+
+// The POA that getIteratorPoa gives, nil at first.
+void useIteratorPoa(PortableServer::POA_ptr poa);
+
+// The servants that are registered now, oldest first; each with a reference of its own.
+std::vector<PortableServer::ServantBase_var> registeredIterators();
+
+// Ends every registered iterator as the agent's idle time-out does.
+void endIterators();
+
+// --- Notifications.
+
+struct Notification {
+  std::string kind;  // "created", "deleted", "changed"
+  globaldefs::NVSList_T objectName;
+  CORBA::Any object;
+  notifications::NVList_T attributes;
+  bool edgePointRelated = false;
+  CORBA::Any additional;
+  bool hasAdditional = false;
+};
+
+std::vector<Notification> notificationsSent();
+
+void resetAgent();
+
+}  // namespace fakes
+
+#endif

@@ -1,0 +1,31 @@
+// Makes operator new fail, and counts the blocks that live.
+//
+// Linking the object library topo_failing_new replaces operator new and delete of the process.
+// Switch and count are per thread.
+
+#ifndef FAKES_FAILINGNEW_H
+#define FAKES_FAILINGNEW_H
+
+#include <cstddef>
+
+namespace fakes {
+
+// While one lives, this thread's allocations fail with std::bad_alloc after the first `spared` ones
+// of at least `size` bytes.
+class FailingNew {
+ public:
+  explicit FailingNew(int spared, std::size_t size = 0);
+  ~FailingNew();
+  FailingNew(const FailingNew&) = delete;
+  FailingNew& operator=(const FailingNew&) = delete;
+
+  // How many allocations have failed.
+  static int failures();
+};
+
+// Blocks allocated less blocks freed by this thread since it began.
+long liveBlocks();
+
+}  // namespace fakes
+
+#endif

@@ -1,0 +1,34 @@
+// Base of test fixtures that use the fakes.
+
+#ifndef FAKES_FIXTURE_H
+#define FAKES_FIXTURE_H
+
+#include <gtest/gtest.h>
+
+#include "fakes/Agent.h"
+#include "fakes/Bundles.h"
+#include "fakes/Domain.h"
+#include "fakes/Journal.h"
+#include "fakes/Naming.h"
+
+namespace fakes {
+
+// Puts every fake into its initial state: nothing published, an empty network, no plans.
+void resetAll();
+
+// Nothing of a test is left for the next one.
+class Fixture : public ::testing::Test {
+ protected:
+  Fixture() { resetAll(); }
+  ~Fixture() override { resetAll(); }
+};
+
+// The same with the three platform interfaces published.
+class PlatformFixture : public Fixture {
+ protected:
+  PlatformFixture() { publishPlatform(); }
+};
+
+}  // namespace fakes
+
+#endif

@@ -1,0 +1,35 @@
+// The CORBA utility interface of the fakes: naming of managed objects.
+
+#ifndef FAKES_NAMING_H
+#define FAKES_NAMING_H
+
+#include <string>
+
+#include "platform/agent/CorbaUtilInterface.h"
+
+namespace fakes {
+
+// What the interface answers. Set by the test before calls are made, read by the fakes.
+struct Naming {
+  int objectType = NS_CORBA::CorbaUtilInterface::kTopoSubnetworkType;
+  bool emptyTopoNodeNames = false;  // topology nodes are named by an empty list
+  std::string idOfName;             // what Name2Index finds; empty: the last value of the name
+  NS_CORBA::ObjectLabelInfo labels;
+};
+
+Naming& naming();
+
+// The names that the conversions give, "[EMS=EMS-1, ManagedElement=5]" and so on. A conversion that
+// is planned to fail has written the EMS pair alone.
+globaldefs::NVSList_T nameOf(const std::string& className, const std::string& value);
+
+NS_CORBA::CorbaUtilInterface& corbaUtil();
+
+// One more interface like it, for lookups among several; owned by the caller.
+NS_CORBA::CorbaUtilInterface* makeCorbaUtil();
+
+void resetNaming();
+
+}  // namespace fakes
+
+#endif

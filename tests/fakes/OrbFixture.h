@@ -1,0 +1,47 @@
+// A running ORB with a POA for iterators, for tests of servants.
+
+#ifndef FAKES_ORBFIXTURE_H
+#define FAKES_ORBFIXTURE_H
+
+#include <memory>
+
+#include "fakes/Fixture.h"
+#include "orb/orb.h"
+
+namespace fakes {
+
+// A server ORB on a free port, and below its root POA one for iterators: transient, unique system
+// ids, implicit activation. Ended by the destructor.
+class RunningOrb {
+ public:
+  RunningOrb();
+  ~RunningOrb();
+  RunningOrb(const RunningOrb&) = delete;
+  RunningOrb& operator=(const RunningOrb&) = delete;
+
+  PortableServer::POA_ptr iteratorPoa() { return iteratorPoa_.in(); }  // borrowed
+  CORBA::ORB_ptr get() { return server_->get(); }                      // borrowed
+
+ private:
+  std::unique_ptr<orb::Server> server_;
+  PortableServer::POA_var iteratorPoa_;
+};
+
+// The fake agent's iterators live on that POA.
+class OrbFixture : public PlatformFixture {
+ protected:
+  OrbFixture() {
+    ::testing::FLAGS_gtest_death_test_style = "threadsafe";
+    useIteratorPoa(orb_.iteratorPoa());
+  }
+  ~OrbFixture() override { resetAll(); }
+
+  RunningOrb& orb() { return orb_; }
+
+ private:
+  RunningOrb orb_;
+};
+
+}  // namespace fakes
+
+#endif

@@ -1,0 +1,17 @@
+// The security interface of the fakes.
+
+#ifndef FAKES_SECURITY_H
+#define FAKES_SECURITY_H
+
+#include "platform/security/SecurityIF.h"
+
+namespace fakes {
+
+// What isEventAccessAllowed answers, true at first.
+void allowEventAccess(bool allowed);
+
+NS_SECURITY_SERVICE1::SecurityIF& security();
+
+}  // namespace fakes
+
+#endif

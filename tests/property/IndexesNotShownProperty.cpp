@@ -1,0 +1,75 @@
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <utility>
+#include <vector>
+
+#include "Random.h"
+#include "topomanagementmgr/TopoManagementMgr.h"
+
+namespace {
+
+using NS_DOMAIN::NEIndex;
+using Pairs = std::vector<std::pair<std::int32_t, std::int32_t>>;
+
+// The plain nested loop.
+std::vector<NEIndex> oracle(const std::vector<NEIndex>& all, const std::vector<NEIndex>& shown) {
+  std::vector<NEIndex> remaining;
+  for (const NEIndex& each : all) {
+    bool isShown = false;
+    for (const NEIndex& other : shown) {
+      isShown = isShown || other.number == each.number;
+    }
+    if (!isShown) {
+      remaining.push_back(each);
+    }
+  }
+  return remaining;
+}
+
+Pairs pairsOf(const std::vector<NEIndex>& indexes) {
+  Pairs pairs;
+  for (const NEIndex& each : indexes) {
+    pairs.emplace_back(each.first, each.number);
+  }
+  return pairs;
+}
+
+std::vector<NEIndex> randomIndexes(Random& random, int longest, int spread) {
+  std::vector<NEIndex> indexes(static_cast<std::size_t>(random.number(0, longest)));
+  for (NEIndex& each : indexes) {
+    each.first = random.number(0, 3);
+    each.number = random.number(-spread, spread);
+  }
+  return indexes;
+}
+
+TEST(TopoIndexesNotShownProperty, EqualsTheNestedLoop) {
+  Random random;
+  for (int round = 0; round < 5000; ++round) {
+    const int spread = random.number(0, 30);
+    const auto all = randomIndexes(random, 40, spread);
+    const auto shown = randomIndexes(random, 40, spread);
+    ASSERT_EQ(pairsOf(TopoManagementMgr::indexesNotShown(all, shown)), pairsOf(oracle(all, shown)))
+        << "round " << round << " of seed " << random.seed();
+  }
+}
+
+TEST(TopoIndexesNotShownProperty, EqualsTheNestedLoopForExtremeNumbers) {
+  Random random;
+  const std::vector<std::int32_t> extremes = {std::numeric_limits<std::int32_t>::min(), -1, 0, 1,
+                                              std::numeric_limits<std::int32_t>::max()};
+  for (int round = 0; round < 2000; ++round) {
+    auto all = randomIndexes(random, 10, 2);
+    auto shown = randomIndexes(random, 3, 2);
+    for (auto* list : {&all, &shown}) {
+      for (NEIndex& each : *list) {
+        each.number = extremes[static_cast<std::size_t>(each.number + 2)];
+      }
+    }
+    ASSERT_EQ(pairsOf(TopoManagementMgr::indexesNotShown(all, shown)), pairsOf(oracle(all, shown)))
+        << "round " << round << " of seed " << random.seed();
+  }
+}
+
+}  // namespace

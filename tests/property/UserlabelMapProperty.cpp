@@ -1,0 +1,91 @@
+#include "topomanagementmgr/UserlabelMap.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "Random.h"
+#include "fakes/TempDir.h"
+#include "platform/domain/DomainRecords.h"
+
+namespace {
+
+using Map = UserlabelMap<NS_DOMAIN::TopoNode_T>;
+
+constexpr const char* kAbsent = "(absent)";
+
+// Reads a file byte by byte and keeps every entry ever read, the last one of a key at the end.
+class Oracle {
+ public:
+  void read(const std::string& content) {
+    std::string line;
+    for (const char byte : content) {
+      if (byte == '\n') {
+        add(line);
+        line.clear();
+      } else {
+        line += byte;
+      }
+    }
+    if (!line.empty()) {
+      add(line);
+    }
+  }
+
+  std::string find(const std::string& key) const {
+    std::string value = kAbsent;
+    for (const auto& entry : entries_) {
+      if (entry.first == key) {
+        value = entry.second;
+      }
+    }
+    return value;
+  }
+
+ private:
+  void add(const std::string& line) {
+    std::string key;
+    std::string value;
+    bool separated = false;
+    for (const char byte : line) {
+      if (byte == ';' && !separated) {
+        separated = true;
+      } else {
+        (separated ? value : key) += byte;
+      }
+    }
+    if (separated && key.empty()) {
+      return;
+    }
+    entries_.emplace_back(key, separated ? value : key);
+  }
+
+  std::vector<std::pair<std::string, std::string>> entries_;
+};
+
+TEST(TopoUserlabelMapProperty, ReadsWhatThePlainReaderReads) {
+  Random random;
+  const fakes::TempDir dir;
+  for (int round = 0; round < 1500; ++round) {
+    SCOPED_TRACE("round " + std::to_string(round) + " of seed " + std::to_string(random.seed()));
+    const std::string fileName = dir.file("labels-" + std::to_string(round));
+    Map map(fileName);
+    Oracle oracle;
+    for (int edit = random.number(1, 3); edit > 0; --edit) {
+      const std::string content = random.text(";;\n\nab \r", 30);
+      fakes::writeFile(fileName, content);
+      oracle.read(content);
+      for (int lookup = 0; lookup < 8; ++lookup) {
+        const std::string key = random.text("ab \r;", 2);
+        std::string value = kAbsent;
+        map.GetValue(value, key);
+        ASSERT_EQ(value, oracle.find(key)) << "key '" << key << "' in:\n" << content;
+      }
+    }
+    std::filesystem::remove(fileName);
+  }
+}
+
+}  // namespace

@@ -1,0 +1,119 @@
+#include <functional>
+#include <new>
+#include <stdexcept>
+#include <string>
+
+#include "fakes/FailingNew.h"
+#include "fakes/Fixture.h"
+#include "platform/framework/ProcessException.h"
+#include "topo/Holder.h"
+#include "topomanagementmgr/TopoManagementMgr.h"
+
+namespace {
+
+using NS_DOMAIN::TopoNode_T;
+using TopoManagementManager::NodeList_T;
+
+constexpr int kMany = 1000;
+constexpr std::size_t kLarge = 7000;  // bytes; blocks for many records are larger, others are not
+
+class TopoViewAllocation : public fakes::PlatformFixture {
+ protected:
+  TopoViewAllocation() {
+    for (int i = 0; i < kMany; ++i) {
+      fakes::network().nodes.push_back(fakes::subnetwork("a topology node with a long id"));
+      fakes::network().indexes.push_back(fakes::index(i));
+    }
+    fakes::network().shownIndexes = {fakes::index(0)};
+  }
+
+  static void view() {
+    NodeList_T nodes;
+    TopoManagementMgr::getTopoSubnetworkViewInfo(nodes);
+  }
+
+  static void base() {
+    topo::Holder<std::vector<TopoNode_T>> nodes;
+    TopoManagementMgr::getTopoSubnetworkViewBaseInfo(*nodes.get());
+  }
+
+  // How many blocks a path leaves behind.
+  static long leftBehind(const std::function<void()>& path) {
+    fakes::resetJournal();
+    const long before = fakes::liveBlocks();
+    path();
+    fakes::resetJournal();
+    return fakes::liveBlocks() - before;
+  }
+
+  // The same for a view with a step planned for one query.
+  static long leftBehind(const std::function<void()>& view, const std::string& query, int nth,
+                         const fakes::Step& step) {
+    return leftBehind([&] {
+      fakes::onCall(query, nth, step);
+      try {
+        view();
+      } catch (const std::exception&) {
+        // Passed on, as it should be.
+      } catch (const CORBA::Exception&) {
+        // The same.
+      }
+    });
+  }
+};
+
+TEST_F(TopoViewAllocation, LeavesNothingBehind) {
+  leftBehind(view);  // once for what is made on first use
+  EXPECT_EQ(leftBehind(view), 0);
+  EXPECT_EQ(leftBehind(base), 0);
+  fakes::agent().testSwitch = true;
+  leftBehind(view);
+  EXPECT_EQ(leftBehind(view), 0);
+  EXPECT_EQ(leftBehind(base), 0);
+}
+
+TEST_F(TopoViewAllocation, LeavesNothingBehindWhenAQueryFails) {
+  leftBehind(view);
+  leftBehind(view, "GetAllTopoNodes", 1, fakes::raiseProcessException(7));
+  for (const auto& build : {view, base}) {
+    for (const char* query : {"GetFacet", "GetTopoData", "GetAllTopoNodes", "GetAllTopoNodes late",
+                              "GetNEData", "GetNEIndexList", "GetNEIndexList late", "GetNEList",
+                              "GetNEList late", "ConvertTopoNodeIdToName"}) {
+      for (const int nth : {1, 2}) {
+        EXPECT_EQ(leftBehind(build, query, nth, fakes::raiseProcessException(7)), 0) << query;
+        EXPECT_EQ(leftBehind(build, query, nth, fakes::raiseRuntimeError("broken")), 0) << query;
+        EXPECT_EQ(leftBehind(build, query, nth, fakes::raiseBadAlloc()), 0) << query;
+        EXPECT_EQ(leftBehind(build, query, nth, fakes::raiseTransient()), 0) << query;
+      }
+    }
+  }
+}
+
+TEST_F(TopoViewAllocation, LeavesNothingBehindWhenTheUtilityIsMissing) {
+  leftBehind(view);
+  fakes::openBuffer("CorbaUtilInterface").Remove(&fakes::corbaUtil());
+  const auto missing = [] { EXPECT_THROW(view(), InterfaceNotExistException); };
+  leftBehind(missing);
+  EXPECT_EQ(leftBehind(missing), 0);
+}
+
+TEST_F(TopoViewAllocation, PassesOnThatMemoryIsShortAndLeavesNothingBehind) {
+  leftBehind(view);
+  // Every large block of the view is refused once.
+  int refusals = 0;
+  for (bool refused = true; refused; ++refusals) {
+    const int spared = refusals;
+    const auto shortOfMemory = [&] {
+      const fakes::FailingNew failing(spared, kLarge);
+      try {
+        view();
+      } catch (const std::bad_alloc&) {
+      }
+      refused = fakes::FailingNew::failures() != 0;
+    };
+    EXPECT_EQ(leftBehind(shortOfMemory), 0) << spared;
+  }
+  EXPECT_GT(refusals, 5);
+}
+
+}  // namespace

@@ -1,0 +1,172 @@
+// The module as it is shipped: loaded at run time, with the fakes as its host.
+
+#include <dlfcn.h>
+
+#include <fstream>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "fakes/Fixture.h"
+#include "fakes/OrbFixture.h"
+#include "orb/idl/TopoManagementManager.h"
+
+namespace {
+
+using fakes::Journal;
+
+constexpr const char* kModule = TOPO_MODULE;
+constexpr const char* kManager = "TopoManagement";
+
+using Make = ACE_Service_Object* (*)(ACE_Service_Object_Exterminator*);
+
+bool isMapped() {
+  const std::string file = std::string(kModule).substr(std::string(kModule).rfind('/'));
+  std::ifstream maps("/proc/self/maps");
+  std::string line;
+  while (std::getline(maps, line)) {
+    if (line.find(file) != std::string::npos) {
+      return true;
+    }
+  }
+  return false;
+}
+
+// The module in memory, with its service object while one is wanted.
+class LoadedModule {
+ public:
+  LoadedModule() : library_(dlopen(kModule, RTLD_NOW | RTLD_LOCAL)) {
+    if (library_ == nullptr) {
+      ADD_FAILURE() << dlerror();
+      return;
+    }
+    const auto make = reinterpret_cast<Make>(dlsym(library_, "_make_zu_corba_topo"));
+    object_ = make(&destroy_);
+  }
+
+  ~LoadedModule() { unload(); }
+
+  LoadedModule(const LoadedModule&) = delete;
+  LoadedModule& operator=(const LoadedModule&) = delete;
+
+  ACE_Service_Object& object() { return *object_; }
+
+  void unload() {
+    if (library_ != nullptr) {
+      destroy_(object_);
+      dlclose(library_);
+      library_ = nullptr;
+    }
+  }
+
+ private:
+  void* library_;
+  ACE_Service_Object_Exterminator destroy_ = nullptr;
+  ACE_Service_Object* object_ = nullptr;
+};
+
+POA_TopoManagementManager::TopoMgr_I& registeredManager() {
+  return dynamic_cast<POA_TopoManagementManager::TopoMgr_I&>(*fakes::registeredServants().at(0));
+}
+
+class TopoPlugin : public fakes::PlatformFixture {};
+
+TEST_F(TopoPlugin, IsReallyUnmappedAfterItsLife) {
+  ASSERT_FALSE(isMapped());
+  LoadedModule module;
+  EXPECT_TRUE(isMapped());
+  EXPECT_EQ(module.object().init(0, nullptr), 0);
+  EXPECT_NE(fakes::registeredFactory(kManager), nullptr);
+  EXPECT_EQ(module.object().fini(), 0);
+  EXPECT_EQ(fakes::registeredFactory(kManager), nullptr);
+  fakes::releaseServants();
+  module.unload();
+  EXPECT_FALSE(isMapped());
+}
+
+TEST_F(TopoPlugin, IsReallyUnmappedAfterItHasServedAView) {
+  fakes::network().nodes = {fakes::subnetwork("a", "A")};
+  fakes::agent().testSwitch = true;
+  LoadedModule module;
+  module.object().init(0, nullptr);
+  {
+    TopoManagementManager::NodeList_T_var nodes;
+    TopoManagementManager::NodeIterator_I_var iterator;
+    registeredManager().getTopoSubnetworkViewInfo(9, nodes.out(), iterator.out());
+    EXPECT_EQ(nodes->length(), 1U);
+    EXPECT_EQ(nodes[0].additionalInfo.length(), 7U);
+  }
+  module.object().fini();
+  fakes::releaseServants();
+  module.unload();
+  EXPECT_FALSE(isMapped());
+}
+
+TEST_F(TopoPlugin, MayBeLoadedAgainAndAgain) {
+  for (int i = 0; i < 5; ++i) {
+    LoadedModule module;
+    EXPECT_EQ(module.object().init(0, nullptr), 0);
+    EXPECT_EQ(module.object().fini(), 0);
+    fakes::releaseServants();
+    module.unload();
+    EXPECT_FALSE(isMapped());
+  }
+}
+
+TEST_F(TopoPlugin, MayBeLoadedAgainWhenItWentWithoutFini) {
+  {
+    LoadedModule module;
+    module.object().init(0, nullptr);
+    fakes::releaseServants();
+  }
+  ASSERT_NE(fakes::registeredFactory(kManager), nullptr);  // dangling, never to be called
+  LoadedModule module;
+  EXPECT_EQ(module.object().init(0, nullptr), 0);
+  EXPECT_EQ(module.object().fini(), 0);
+  fakes::releaseServants();
+}
+
+TEST_F(TopoPlugin, WithdrawsItsPlaceholderWhenItGoes) {
+  LoadedModule module;
+  EXPECT_NE(fakes::openBuffer("NULLServiceInterface").First(), nullptr);
+  module.unload();
+  EXPECT_EQ(fakes::openBuffer("NULLServiceInterface").First(), nullptr);
+}
+
+TEST_F(TopoPlugin, CatchesWhatTheHostThrows) {
+  fakes::onCall("GetAllTopoNodes", 1, fakes::raiseProcessException(77));
+  LoadedModule module;
+  module.object().init(0, nullptr);
+  try {
+    TopoManagementManager::NodeList_T_var nodes;
+    TopoManagementManager::NodeIterator_I_var iterator;
+    registeredManager().getTopoSubnetworkViewInfo(9, nodes.out(), iterator.out());
+    ADD_FAILURE() << "nothing was raised";
+  } catch (const globaldefs::ProcessingFailureException& failure) {
+    EXPECT_STREQ(failure.errorReason.in(), "constructed from 77");
+  }
+  module.object().fini();
+  fakes::releaseServants();
+}
+
+class TopoPluginWithOrb : public fakes::OrbFixture {};
+
+TEST_F(TopoPluginWithOrb, IsReallyUnmappedAfterItHadAnIterator) {
+  fakes::network().nodes = {fakes::subnetwork("a"), fakes::subnetwork("b")};
+  LoadedModule module;
+  module.object().init(0, nullptr);
+  {
+    TopoManagementManager::NodeList_T_var nodes;
+    TopoManagementManager::NodeIterator_I_var iterator;
+    registeredManager().getTopoSubnetworkViewInfo(1, nodes.out(), iterator.out());
+    TopoManagementManager::NodeList_T_var rest;
+    EXPECT_FALSE(iterator->next_n(1, rest.out()));
+    EXPECT_EQ(rest->length(), 1U);
+  }
+  module.object().fini();
+  fakes::releaseServants();
+  module.unload();
+  EXPECT_FALSE(isMapped());
+}
+
+}  // namespace

@@ -1,0 +1,472 @@
+#include "topo/Lookup.h"
+
+#include <atomic>
+#include <chrono>
+#include <future>
+#include <memory>
+#include <set>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "fakes/Fixture.h"
+#include "fakes/Security.h"
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+using fakes::Bundle;
+using NS_BUNDLEMGR1::_g_actualmutex;
+using NS_BUNDLEMGR1::NULLServiceInterface;
+using NS_CORBA::CorbaUtilInterface;
+using NS_DOMAIN::DomainInterface;
+using NS_SECURITY_SERVICE1::SecurityIF;
+
+template <typename Interface>
+NULLServiceInterface* placeholder() {
+  return topo::placeholderSlot<Interface>.load();
+}
+
+template <typename Interface>
+void emptySlot() {
+  topo::placeholderSlot<Interface>.store(nullptr);
+}
+
+// As the slots are before any code of the module runs.
+const bool slotsWereEmptyAtLoad = placeholder<DomainInterface>() == nullptr &&
+                                  placeholder<CorbaUtilInterface>() == nullptr &&
+                                  placeholder<SecurityIF>() == nullptr;
+
+// Whether the shared mutex is held by anybody, the caller included.
+bool mutexIsTaken() {
+  if (pthread_mutex_trylock(&_g_actualmutex) != 0) {
+    return true;
+  }
+  pthread_mutex_unlock(&_g_actualmutex);
+  return false;
+}
+
+template <typename Interface>
+bool isMissing() {
+  try {
+    topo::lookup<Interface>();
+    return false;
+  } catch (const InterfaceNotExistException&) {
+    return true;
+  }
+}
+
+class TopoLookup : public fakes::Fixture {
+ protected:
+  TopoLookup() {
+    emptySlot<DomainInterface>();
+    emptySlot<CorbaUtilInterface>();
+    emptySlot<SecurityIF>();
+  }
+
+  // A service object that the bundle manager lists; null offers nothing.
+  Bundle& load(const std::string& name, NS_BUNDLEMGR1::ServiceInterface* offered) {
+    bundles_.push_back(std::make_unique<Bundle>(name, offered));
+    bundles_.back()->RegistSvc();
+    return *bundles_.back();
+  }
+
+ private:
+  std::vector<std::unique_ptr<Bundle>> bundles_;
+};
+
+using TopoLookupDeathTest = TopoLookup;
+
+// Which exception it was, the runtime says or not, as the optimiser likes.
+constexpr const char* kTerminated = "terminate called";
+
+// --- Names.
+
+TEST_F(TopoLookup, AsksForTheDomainInterfaceByItsName) {
+  fakes::publishPlatform();
+  EXPECT_EQ(topo::lookup<DomainInterface>(), &fakes::domainInterface());
+  EXPECT_EQ(fakes::Journal::lines(), Lines{"CheckIFBuf(\"DomainInterface\")"});
+}
+
+TEST_F(TopoLookup, AsksForTheCorbaUtilityInterfaceByItsName) {
+  fakes::publishPlatform();
+  EXPECT_EQ(topo::lookup<CorbaUtilInterface>(), &fakes::corbaUtil());
+  EXPECT_EQ(fakes::Journal::lines(), Lines{"CheckIFBuf(\"CorbaUtilInterface\")"});
+}
+
+TEST_F(TopoLookup, AsksForTheSecurityInterfaceByItsName) {
+  fakes::publishPlatform();
+  EXPECT_EQ(topo::lookup<SecurityIF>(), &fakes::security());
+  EXPECT_EQ(fakes::Journal::lines(), Lines{"CheckIFBuf(\"SecurityIF\")"});
+}
+
+// --- Placeholders.
+
+TEST_F(TopoLookup, HasNoPlaceholdersAtLoad) {
+  EXPECT_TRUE(slotsWereEmptyAtLoad);
+}
+
+TEST_F(TopoLookup, FillsAPlaceholderWithTheFirstLookup) {
+  fakes::publishPlatform();
+  topo::lookup<CorbaUtilInterface>();
+  ASSERT_NE(placeholder<CorbaUtilInterface>(), nullptr);
+  EXPECT_STREQ(placeholder<CorbaUtilInterface>()->GetDescription(), "NULLServiceInterface!");
+}
+
+TEST_F(TopoLookup, FillsThePlaceholderOfTheWantedInterfaceOnly) {
+  fakes::publishPlatform();
+  topo::lookup<CorbaUtilInterface>();
+  EXPECT_EQ(placeholder<DomainInterface>(), nullptr);
+  EXPECT_EQ(placeholder<SecurityIF>(), nullptr);
+}
+
+TEST_F(TopoLookup, HasAPlaceholderForEachInterface) {
+  fakes::publishPlatform();
+  topo::lookup<DomainInterface>();
+  topo::lookup<CorbaUtilInterface>();
+  topo::lookup<SecurityIF>();
+  const std::set<NULLServiceInterface*> placeholders = {
+      placeholder<DomainInterface>(), placeholder<CorbaUtilInterface>(), placeholder<SecurityIF>()};
+  EXPECT_EQ(placeholders.size(), 3U);
+  EXPECT_EQ(placeholders.count(nullptr), 0U);
+}
+
+TEST_F(TopoLookup, FillsThePlaceholderWhenTheInterfaceIsMissing) {
+  EXPECT_TRUE(isMissing<CorbaUtilInterface>());
+  EXPECT_NE(placeholder<CorbaUtilInterface>(), nullptr);
+}
+
+TEST_F(TopoLookup, NeverAnswersWithThePlaceholder) {
+  EXPECT_TRUE(isMissing<CorbaUtilInterface>());
+  EXPECT_TRUE(isMissing<CorbaUtilInterface>());
+}
+
+TEST_F(TopoLookup, KeepsOnePlaceholderOverManyLookups) {
+  fakes::publishPlatform();
+  topo::lookup<DomainInterface>();
+  NULLServiceInterface* const first = placeholder<DomainInterface>();
+  for (int i = 0; i < 100; ++i) {
+    topo::lookup<DomainInterface>();
+    EXPECT_EQ(placeholder<DomainInterface>(), first);
+  }
+}
+
+TEST_F(TopoLookup, KeepsOnePlaceholderWhateverIsPublishedLater) {
+  EXPECT_TRUE(isMissing<DomainInterface>());
+  NULLServiceInterface* const first = placeholder<DomainInterface>();
+  fakes::publishPlatform();
+  topo::lookup<DomainInterface>();
+  EXPECT_EQ(placeholder<DomainInterface>(), first);
+  EXPECT_EQ(fakes::Journal::count("~NULLServiceInterface"), 0);
+}
+
+TEST_F(TopoLookup, MakesOnePlaceholderForAnyNumberOfThreads) {
+  fakes::publishPlatform();
+  constexpr int kThreads = 8;
+  std::atomic<int> waiting{kThreads};
+  std::vector<NULLServiceInterface*> seen(kThreads);
+  std::vector<std::thread> threads;
+  for (int i = 0; i < kThreads; ++i) {
+    threads.emplace_back([&, i] {
+      --waiting;
+      while (waiting != 0) {
+        std::this_thread::yield();
+      }
+      for (int round = 0; round < 200; ++round) {
+        EXPECT_EQ(topo::lookup<CorbaUtilInterface>(), &fakes::corbaUtil());
+      }
+      seen[static_cast<std::size_t>(i)] = placeholder<CorbaUtilInterface>();
+    });
+  }
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
+  EXPECT_EQ(std::set<NULLServiceInterface*>(seen.begin(), seen.end()).size(), 1U);
+  EXPECT_NE(seen.front(), nullptr);
+}
+
+TEST_F(TopoLookup, FillsThePlaceholderWithoutAMutexThatCannotBeTaken) {
+  fakes::publishPlatform();
+  fakes::makeSharedMutexFail();
+  EXPECT_EQ(topo::lookup<CorbaUtilInterface>(), &fakes::corbaUtil());
+  EXPECT_NE(placeholder<CorbaUtilInterface>(), nullptr);
+}
+
+TEST_F(TopoLookup, LeavesAMutexThatItCouldNotTakeAsItIs) {
+  fakes::publishPlatform();
+  fakes::makeSharedMutexFail();
+  topo::lookup<CorbaUtilInterface>();
+  EXPECT_FALSE(isMissing<CorbaUtilInterface>());
+  EXPECT_TRUE(fakes::sharedMutexIsHeld());
+}
+
+TEST_F(TopoLookup, GivesTheMutexBackAfterFillingThePlaceholder) {
+  fakes::publishPlatform();
+  topo::lookup<CorbaUtilInterface>();
+  EXPECT_FALSE(mutexIsTaken());
+}
+
+// --- The published buffer.
+
+TEST_F(TopoLookup, AnswersWithTheFirstEntryOfTheBuffer) {
+  const std::unique_ptr<CorbaUtilInterface> second(fakes::makeCorbaUtil());
+  fakes::publish("CorbaUtilInterface", &fakes::corbaUtil());
+  fakes::publish("CorbaUtilInterface", second.get());
+  EXPECT_EQ(topo::lookup<CorbaUtilInterface>(), &fakes::corbaUtil());
+}
+
+TEST_F(TopoLookup, PrefersTheBufferToAServiceObjectThatMatches) {
+  load("service", fakes::makeCorbaUtil());
+  fakes::publishPlatform();
+  fakes::Journal::clear();
+  EXPECT_EQ(topo::lookup<CorbaUtilInterface>(), &fakes::corbaUtil());
+  EXPECT_EQ(fakes::Journal::lines(), Lines{"CheckIFBuf(\"CorbaUtilInterface\")"});
+}
+
+TEST_F(TopoLookup, TakesNoLockWhenTheBufferHasAnEntry) {
+  fakes::publishPlatform();
+  topo::lookup<CorbaUtilInterface>();  // the placeholder is made under the mutex
+  std::promise<void> release;
+  std::promise<void> taken;
+  std::thread holder([&] {
+    ACE_OS::mutex_lock(&_g_actualmutex);
+    taken.set_value();
+    release.get_future().wait();
+    ACE_OS::mutex_unlock(&_g_actualmutex);
+  });
+  taken.get_future().wait();
+  auto found = std::async(std::launch::async, [] { return topo::lookup<CorbaUtilInterface>(); });
+  EXPECT_EQ(found.wait_for(std::chrono::seconds(20)), std::future_status::ready);
+  release.set_value();
+  holder.join();
+  EXPECT_EQ(found.get(), &fakes::corbaUtil());
+}
+
+TEST_F(TopoLookup, AnswersFromTheBufferThoughTheMutexCannotBeTaken) {
+  fakes::publishPlatform();
+  fakes::makeSharedMutexFail();
+  EXPECT_EQ(topo::lookup<DomainInterface>(), &fakes::domainInterface());
+}
+
+TEST_F(TopoLookup, LooksIntoTheBufferAfreshEveryTime) {
+  EXPECT_TRUE(isMissing<CorbaUtilInterface>());
+  fakes::publish("CorbaUtilInterface", &fakes::corbaUtil());
+  EXPECT_EQ(topo::lookup<CorbaUtilInterface>(), &fakes::corbaUtil());
+  fakes::openBuffer("CorbaUtilInterface").Remove(&fakes::corbaUtil());
+  EXPECT_TRUE(isMissing<CorbaUtilInterface>());
+}
+
+// --- The walk over the service objects.
+
+TEST_F(TopoLookup, FindsTheInterfaceOfAServiceObject) {
+  CorbaUtilInterface* const offered = fakes::makeCorbaUtil();
+  load("service", offered);
+  EXPECT_EQ(topo::lookup<CorbaUtilInterface>(), offered);
+}
+
+TEST_F(TopoLookup, GoesThroughTheServiceObjectsInTheirOrder) {
+  CorbaUtilInterface* const first = fakes::makeCorbaUtil();
+  load("nothing", nullptr);
+  load("other", fakes::makeDomainInterface());
+  load("first", first);
+  load("second", fakes::makeCorbaUtil());
+  fakes::Journal::clear();
+  EXPECT_EQ(topo::lookup<CorbaUtilInterface>(), first);
+  EXPECT_EQ(fakes::Journal::lines(), (Lines{"CheckIFBuf(\"CorbaUtilInterface\")",
+                                            "GetServiceObjects()", "GetInterface(\"nothing\")",
+                                            "GetInterface(\"other\")", "GetInterface(\"first\")"}));
+}
+
+TEST_F(TopoLookup, LetsTheServiceObjectListedFirstWin) {
+  CorbaUtilInterface* const one = fakes::makeCorbaUtil();
+  CorbaUtilInterface* const other = fakes::makeCorbaUtil();
+  Bundle& bundle = load("one", one);
+  load("other", other);
+  EXPECT_EQ(topo::lookup<CorbaUtilInterface>(), one);
+  bundle.UnRegistSvc();
+  EXPECT_EQ(topo::lookup<CorbaUtilInterface>(), other);
+  bundle.RegistSvc();  // now behind the other
+  EXPECT_EQ(topo::lookup<CorbaUtilInterface>(), other);
+}
+
+TEST_F(TopoLookup, HoldsTheMutexDuringTheWalk) {
+  load("nothing", nullptr);
+  load("service", fakes::makeCorbaUtil());
+  std::vector<bool> taken;
+  fakes::onEveryCall("GetInterface", [&]() -> CORBA::ULong {
+    taken.push_back(mutexIsTaken());
+    return 0;
+  });
+  topo::lookup<CorbaUtilInterface>();
+  EXPECT_EQ(taken, (std::vector<bool>{true, true}));
+}
+
+TEST_F(TopoLookup, GathersTheCandidatesBeforeItTakesTheMutex) {
+  load("service", fakes::makeCorbaUtil());
+  bool taken = true;
+  fakes::onCall("GetServiceObjects", 1, [&]() -> CORBA::ULong {
+    taken = mutexIsTaken();
+    return 0;
+  });
+  topo::lookup<CorbaUtilInterface>();
+  EXPECT_FALSE(taken);
+}
+
+TEST_F(TopoLookup, GivesTheMutexBackAfterTheWalk) {
+  EXPECT_TRUE(isMissing<CorbaUtilInterface>());
+  EXPECT_FALSE(mutexIsTaken());
+  load("service", fakes::makeCorbaUtil());
+  topo::lookup<CorbaUtilInterface>();
+  EXPECT_FALSE(mutexIsTaken());
+}
+
+TEST_F(TopoLookup, SkipsTheWalkWhenTheMutexCannotBeTaken) {
+  load("service", fakes::makeCorbaUtil());
+  fakes::makeSharedMutexFail();
+  fakes::Journal::clear();
+  EXPECT_TRUE(isMissing<CorbaUtilInterface>());
+  EXPECT_EQ(fakes::Journal::count("GetServiceObjects"), 1);
+  EXPECT_EQ(fakes::Journal::count("GetInterface"), 0);
+  EXPECT_TRUE(fakes::sharedMutexIsHeld());
+}
+
+TEST_F(TopoLookup, AppendsWhatItFoundToAnEmptyBuffer) {
+  CorbaUtilInterface* const offered = fakes::makeCorbaUtil();
+  load("service", offered);
+  NS_BUNDLEMGR1::InterfaceBuffer& buffer = fakes::openBuffer("CorbaUtilInterface");
+  EXPECT_EQ(topo::lookup<CorbaUtilInterface>(), offered);
+  EXPECT_EQ(buffer.First(), offered);
+}
+
+TEST_F(TopoLookup, FindsItInTheBufferTheNextTime) {
+  CorbaUtilInterface* const offered = fakes::makeCorbaUtil();
+  load("service", offered);
+  fakes::openBuffer("CorbaUtilInterface");
+  topo::lookup<CorbaUtilInterface>();
+  fakes::Journal::clear();
+  EXPECT_EQ(topo::lookup<CorbaUtilInterface>(), offered);
+  EXPECT_EQ(fakes::Journal::lines(), Lines{"CheckIFBuf(\"CorbaUtilInterface\")"});
+}
+
+TEST_F(TopoLookup, WalksEveryTimeWhenThereIsNoBuffer) {
+  load("service", fakes::makeCorbaUtil());
+  topo::lookup<CorbaUtilInterface>();
+  topo::lookup<CorbaUtilInterface>();
+  EXPECT_EQ(fakes::Journal::count("GetServiceObjects"), 2);
+  EXPECT_EQ(NS_BUNDLEMGR1::CheckIFBuf("CorbaUtilInterface"), nullptr);
+}
+
+TEST_F(TopoLookup, LeavesABufferAloneThatWasFilledDuringTheLookup) {
+  CorbaUtilInterface* const offered = fakes::makeCorbaUtil();
+  load("service", offered);
+  NS_BUNDLEMGR1::InterfaceBuffer& buffer = fakes::openBuffer("CorbaUtilInterface");
+  fakes::onCall("GetServiceObjects", 1, []() -> CORBA::ULong {
+    fakes::publish("CorbaUtilInterface", &fakes::corbaUtil());
+    return 0;
+  });
+  EXPECT_EQ(topo::lookup<CorbaUtilInterface>(), offered);
+  EXPECT_EQ(buffer.First(), &fakes::corbaUtil());
+  buffer.Remove(&fakes::corbaUtil());
+  EXPECT_EQ(buffer.First(), nullptr);
+}
+
+TEST_F(TopoLookup, LeavesAnEmptyBufferEmptyWhenNothingMatches) {
+  load("other", fakes::makeDomainInterface());
+  NS_BUNDLEMGR1::InterfaceBuffer& buffer = fakes::openBuffer("CorbaUtilInterface");
+  EXPECT_TRUE(isMissing<CorbaUtilInterface>());
+  EXPECT_EQ(buffer.First(), nullptr);
+}
+
+TEST_F(TopoLookup, GivesEveryThreadTheSameInterface) {
+  CorbaUtilInterface* const offered = fakes::makeCorbaUtil();
+  load("service", offered);
+  fakes::openBuffer("CorbaUtilInterface");
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 8; ++i) {
+    threads.emplace_back([offered] {
+      for (int round = 0; round < 200; ++round) {
+        EXPECT_EQ(topo::lookup<CorbaUtilInterface>(), offered);
+      }
+    });
+  }
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
+}
+
+// --- Failures.
+
+TEST_F(TopoLookup, ReportsAMissingInterfaceByItsCodeAlone) {
+  try {
+    topo::lookup<CorbaUtilInterface>();
+    FAIL() << "nothing is published";
+  } catch (InterfaceNotExistException& failure) {
+    EXPECT_EQ(failure.errorCode, 0x41180004);
+    EXPECT_EQ(failure.line, 0);
+    EXPECT_EQ(
+        failure.file.str() + failure.function.str() + failure.context.str() + failure.detail.str(),
+        "");
+  }
+}
+
+TEST_F(TopoLookup, ReportsEachMissingInterface) {
+  EXPECT_TRUE(isMissing<DomainInterface>());
+  EXPECT_TRUE(isMissing<CorbaUtilInterface>());
+  EXPECT_TRUE(isMissing<SecurityIF>());
+}
+
+TEST_F(TopoLookup, NeverLogs) {
+  EXPECT_TRUE(isMissing<CorbaUtilInterface>());
+  load("service", fakes::makeCorbaUtil());
+  topo::lookup<CorbaUtilInterface>();
+  EXPECT_EQ(fakes::Journal::linesOf({"TaDebug", "TaDebugWithPara", "NbiException"}), Lines{});
+}
+
+TEST_F(TopoLookupDeathTest, EndsTheProcessWhenTheBufferCannotBeAskedFor) {
+  fakes::onCall("CheckIFBuf", 1, fakes::raiseRuntimeError("no buffers today"));
+  EXPECT_DEATH(topo::lookup<CorbaUtilInterface>(), kTerminated);
+}
+
+TEST_F(TopoLookupDeathTest, EndsTheProcessWhenTheServiceObjectsCannotBeListed) {
+  fakes::onCall("GetServiceObjects", 1, fakes::raiseRuntimeError("no list today"));
+  EXPECT_DEATH(topo::lookup<CorbaUtilInterface>(), kTerminated);
+}
+
+TEST_F(TopoLookupDeathTest, EndsTheProcessWhenAServiceObjectThrows) {
+  load("service", nullptr);
+  fakes::onCall("GetInterface", 1, fakes::raiseRuntimeError("no interface today"));
+  EXPECT_DEATH(topo::lookup<CorbaUtilInterface>(), kTerminated);
+}
+
+TEST_F(TopoLookupDeathTest, EndsTheProcessWhenMemoryIsShort) {
+  fakes::onCall("GetServiceObjects", 1, fakes::raiseBadAlloc());
+  EXPECT_DEATH(topo::lookup<CorbaUtilInterface>(), kTerminated);
+}
+
+TEST_F(TopoLookupDeathTest, EndsTheProcessEvenForTheFrameworksOwnException) {
+  fakes::onCall("GetServiceObjects", 1, fakes::raiseProcessException(7));
+  EXPECT_DEATH(topo::lookup<CorbaUtilInterface>(), kTerminated);
+}
+
+// --- The domain facet.
+
+TEST_F(TopoLookup, GetsTheFacetOfTheCorbaNorthbound) {
+  fakes::publishPlatform();
+  EXPECT_EQ(topo::GetCorbaDomain(), &fakes::domainFacet());
+  EXPECT_EQ(fakes::Journal::lines(),
+            (Lines{"CheckIFBuf(\"DomainInterface\")", "GetFacet(\"CORBA\")"}));
+}
+
+TEST_F(TopoLookup, PassesOnThatTheDomainIsMissing) {
+  EXPECT_THROW(topo::GetCorbaDomain(), InterfaceNotExistException);
+  EXPECT_EQ(fakes::Journal::count("GetFacet"), 0);
+}
+
+TEST_F(TopoLookup, PassesOnWhatTheFacetOperationRaises) {
+  fakes::publishPlatform();
+  fakes::onCall("GetFacet", 1, fakes::raiseProcessException(5));
+  EXPECT_THROW(topo::GetCorbaDomain(), ProcessException);
+}
+
+}  // namespace

@@ -1,0 +1,224 @@
+#include "topomanagementmgr/UserlabelMap.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <string>
+
+#include "fakes/TempDir.h"
+#include "platform/domain/DomainRecords.h"
+
+namespace {
+
+using Map = UserlabelMap<NS_DOMAIN::TopoNode_T>;
+
+constexpr const char* kAbsent = "(absent)";
+
+class TopoUserlabelMap : public ::testing::Test {
+ protected:
+  void write(const std::string& content) { fakes::writeFile(fileName_, content); }
+
+  // What a map finds under a key.
+  static std::string find(Map& map, const std::string& key) {
+    std::string value = kAbsent;
+    map.GetValue(value, key);
+    return value;
+  }
+
+  std::string find(const std::string& key) { return find(map_, key); }
+
+  fakes::TempDir dir_;
+  const std::string fileName_ = dir_.file("labels.txt");
+  Map map_{fileName_};
+};
+
+TEST_F(TopoUserlabelMap, ReadsKeysAndValuesAndSkipsIgnoredLines) {
+  write("N1userLabel;Main ring\n;ignored\nplain\n");
+  EXPECT_EQ(find("N1userLabel"), "Main ring");
+  EXPECT_EQ(find("plain"), "plain");
+  EXPECT_EQ(find("ignored"), kAbsent);
+  EXPECT_EQ(find(""), kAbsent);
+  EXPECT_EQ(find(";ignored"), kAbsent);
+}
+
+TEST_F(TopoUserlabelMap, SeparatesAtTheFirstSemicolonOnly) {
+  write("a;b;c\nd;;\n");
+  EXPECT_EQ(find("a"), "b;c");
+  EXPECT_EQ(find("d"), ";");
+}
+
+TEST_F(TopoUserlabelMap, KeepsCarriageReturns) {
+  write("a;b\r\nplain\r\n");
+  EXPECT_EQ(find("a"), "b\r");
+  EXPECT_EQ(find("plain\r"), "plain\r");
+  EXPECT_EQ(find("plain"), kAbsent);
+}
+
+TEST_F(TopoUserlabelMap, TrimsNothing) {
+  write(" a ; b \n#c;d\n\\;e\n");
+  EXPECT_EQ(find(" a "), " b ");
+  EXPECT_EQ(find("a"), kAbsent);
+  EXPECT_EQ(find("#c"), "d");
+  EXPECT_EQ(find("\\"), "e");
+}
+
+TEST_F(TopoUserlabelMap, StoresAnEmptyLineUnderTheEmptyKey) {
+  write("a;b\n\nc;d\n");
+  EXPECT_EQ(find(""), "");
+}
+
+TEST_F(TopoUserlabelMap, StoresAnEmptyValue) {
+  write("a;\n");
+  EXPECT_EQ(find("a"), "");
+}
+
+TEST_F(TopoUserlabelMap, ReadsALastLineWithoutALineFeed) {
+  write("a;b\nc;d");
+  EXPECT_EQ(find("c"), "d");
+}
+
+TEST_F(TopoUserlabelMap, HasNoEmptyKeyForALineFeedAtTheEnd) {
+  write("a;b\n");
+  EXPECT_EQ(find(""), kAbsent);
+}
+
+TEST_F(TopoUserlabelMap, LetsLaterLinesWin) {
+  write("a;1\nb;2\na;3\n");
+  EXPECT_EQ(find("a"), "3");
+}
+
+TEST_F(TopoUserlabelMap, ComparesKeysByteByByte) {
+  write("a;small\nA;big\n\xC3\xA4;umlaut\n");
+  EXPECT_EQ(find("a"), "small");
+  EXPECT_EQ(find("A"), "big");
+  EXPECT_EQ(find("\xC3\xA4"), "umlaut");
+}
+
+TEST_F(TopoUserlabelMap, ReadsLongLines) {
+  const std::string value(100000, 'x');
+  write("a;" + value + "\n");
+  EXPECT_EQ(find("a"), value);
+}
+
+TEST_F(TopoUserlabelMap, LeavesTheTextAloneWhenTheKeyIsAbsent) {
+  write("a;b\n");
+  std::string value = "before";
+  map_.GetValue(value, "x");
+  EXPECT_EQ(value, "before");
+}
+
+TEST_F(TopoUserlabelMap, ReadsTheFileAgainForEveryLookup) {
+  write("a;1\n");
+  EXPECT_EQ(find("a"), "1");
+  write("a;2\nb;3\n");
+  EXPECT_EQ(find("a"), "2");
+  EXPECT_EQ(find("b"), "3");
+}
+
+TEST_F(TopoUserlabelMap, KeepsTheLastValueOfAKeyThatLeftTheFile) {
+  write("a;1\nb;2\n");
+  EXPECT_EQ(find("a"), "1");
+  write("b;2\n");
+  EXPECT_EQ(find("a"), "1");
+}
+
+TEST_F(TopoUserlabelMap, KeepsItsEntriesWhenTheFileIsGone) {
+  write("a;1\n");
+  EXPECT_EQ(find("a"), "1");
+  std::filesystem::remove(fileName_);
+  EXPECT_EQ(find("a"), "1");
+}
+
+TEST_F(TopoUserlabelMap, MakesAMissingFileEmptyAndFindsNothing) {
+  EXPECT_EQ(find("a"), kAbsent);
+  ASSERT_TRUE(std::filesystem::exists(fileName_));
+  EXPECT_EQ(std::filesystem::file_size(fileName_), 0U);
+}
+
+TEST_F(TopoUserlabelMap, ReadsAFileThatItMadeItselfOnceItIsFilled) {
+  EXPECT_EQ(find("a"), kAbsent);
+  write("a;1\n");
+  EXPECT_EQ(find("a"), "1");
+}
+
+TEST_F(TopoUserlabelMap, NeverChangesTheFile) {
+  const std::string content = "a;1\n;x\nplain\r\nlast";
+  write(content);
+  find("a");
+  find("b");
+  EXPECT_EQ(fakes::readFile(fileName_), content);
+}
+
+TEST_F(TopoUserlabelMap, FindsNothingInAnEmptyFile) {
+  write("");
+  EXPECT_EQ(find("a"), kAbsent);
+  EXPECT_EQ(find(""), kAbsent);
+}
+
+TEST_F(TopoUserlabelMap, FindsNothingAndMakesNothingWithoutAFileName) {
+  const std::filesystem::path before = std::filesystem::current_path();
+  std::filesystem::current_path(dir_.path());
+  Map map("");
+  EXPECT_EQ(find(map, "a"), kAbsent);
+  EXPECT_EQ(find(map, ""), kAbsent);
+  std::filesystem::current_path(before);
+  EXPECT_TRUE(dir_.empty());
+}
+
+TEST_F(TopoUserlabelMap, FindsNothingWhereNoFileCanBeMade) {
+  Map map(dir_.file("missing/labels.txt"));
+  EXPECT_EQ(find(map, "a"), kAbsent);
+  EXPECT_TRUE(dir_.empty());
+}
+
+TEST_F(TopoUserlabelMap, FindsNothingInADirectory) {
+  Map map(dir_.path().string());
+  EXPECT_EQ(find(map, "a"), kAbsent);
+}
+
+TEST_F(TopoUserlabelMap, LoadsWithoutALookupToo) {
+  write("a;1\n");
+  map_.LoadFile();
+  std::filesystem::remove(fileName_);
+  EXPECT_EQ(find("a"), "1");
+}
+
+TEST_F(TopoUserlabelMap, IsDestroyedThroughItsDestructorAndHasNoOtherVirtualOperation) {
+  static_assert(std::has_virtual_destructor_v<Map>);
+}
+
+// Runs a check as a user without special rights; true when it held.
+template <typename Check>
+bool holdsForAnOrdinaryUser(const Check& check) {
+  constexpr uid_t kNobody = 65534;
+  const pid_t child = fork();
+  if (child == 0) {
+    const bool ready = getuid() != 0 || setuid(kNobody) == 0;
+    _exit(ready && check() ? 0 : 1);
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+  return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+TEST_F(TopoUserlabelMap, NeverReadsAFileThatMayNotBeWritten) {
+  write("a;1\n");
+  ASSERT_EQ(chmod(dir_.path().c_str(), 0755), 0);
+  ASSERT_EQ(chmod(fileName_.c_str(), 0444), 0);
+  EXPECT_TRUE(holdsForAnOrdinaryUser(
+      [this] { return fakes::readFile(fileName_) == "a;1\n" && find("a") == kAbsent; }));
+}
+
+TEST_F(TopoUserlabelMap, KeepsItsEntriesWhenTheFileMayNoLongerBeWritten) {
+  write("a;1\n");
+  EXPECT_EQ(find("a"), "1");
+  write("a;2\n");
+  ASSERT_EQ(chmod(dir_.path().c_str(), 0755), 0);
+  ASSERT_EQ(chmod(fileName_.c_str(), 0444), 0);
+  EXPECT_TRUE(holdsForAnOrdinaryUser([this] { return find("a") == "1"; }));
+}
+
+}  // namespace

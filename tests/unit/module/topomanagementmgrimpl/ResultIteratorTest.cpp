@@ -1,0 +1,599 @@
+#include "topomanagementmgrimpl/ResultIterator.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <memory>
+#include <mutex>
+#include <random>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "fakes/FailingNothrowNew.h"
+#include "fakes/OrbFixture.h"
+#include "fakes/PoaStandIn.h"
+
+// The two kinds of results. Their records have a native name, by which the tests know them apart.
+namespace kinds {
+
+struct Nodes {
+  using Skeleton = POA_TopoManagementManager::NodeIterator_I;
+  using List = TopoManagementManager::NodeList_T;
+  using List_var = TopoManagementManager::NodeList_T_var;
+  using List_out = TopoManagementManager::NodeList_T_out;
+  using Iterator_var = TopoManagementManager::NodeIterator_I_var;
+  using Iterator_out = TopoManagementManager::NodeIterator_I_out;
+};
+
+struct Links {
+  using Skeleton = POA_topologicalLink::TopologicalLinkIterator_I;
+  using List = topologicalLink::TopologicalLinkList_T;
+  using List_var = topologicalLink::TopologicalLinkList_T_var;
+  using List_out = topologicalLink::TopologicalLinkList_T_out;
+  using Iterator_var = topologicalLink::TopologicalLinkIterator_I_var;
+  using Iterator_out = topologicalLink::TopologicalLinkIterator_I_out;
+};
+
+}  // namespace kinds
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+using fakes::Journal;
+using globaldefs::ProcessingFailureException;
+
+const char* const kHolderMade =
+    "TaDebug(3, \"[ RefCount_TwoParameter]  ref_count!\") at topomanagementmgrimpl:96 unknown";
+const char* const kHolderDestroyed =
+    "TaDebug(3, \"[ ~RefCount_TwoParameter]  Reference count associated object destroyed!\") at "
+    "topomanagementmgrimpl:101 unknown";
+const char* const kNoPoa =
+    "TaDebug(1, \"[Trait:createIterator]poa is null.\") at topomanagementmgrimpl:213 unknown";
+const char* const kNoServant =
+    "TaDebug(1, \"[Trait:createIterator]pTAIterator is null.\") at topomanagementmgrimpl:222 "
+    "unknown";
+const char* const kForeignPoa =
+    "TaDebug(1, \"[Trait::createIterator]poa_impl is null.\") at topomanagementmgrimpl:251 unknown";
+const char* const kCleanup =
+    "TaDebug(1, \"[Trait::createIterator]cleanup_in_progress is true.\") at "
+    "topomanagementmgrimpl:257 unknown";
+const char* const kConversionThrown = "ThrowException(1092092090)";
+
+template <typename List>
+Lines recordsOf(const List& list) {
+  Lines result;
+  for (CORBA::ULong i = 0; i < list.length(); ++i) {
+    result.emplace_back(list[i].nativeEMSName.in());
+  }
+  return result;
+}
+
+Lines numbers(int first, int behind) {
+  Lines result;
+  for (int i = first; i < behind; ++i) {
+    result.push_back(std::to_string(i));
+  }
+  return result;
+}
+
+template <typename Kind>
+class TopoResultIterator : public fakes::OrbFixture {
+ protected:
+  using List = typename Kind::List;
+  using List_var = typename Kind::List_var;
+  using List_out = typename Kind::List_out;
+  using Iterator_var = typename Kind::Iterator_var;
+  using Iterator_out = typename Kind::Iterator_out;
+  using Skeleton = typename Kind::Skeleton;
+  using Trait = typename NS_CORBA::TAIT<Skeleton, List, List_out>::Trait;
+  using Skeleton_var = PortableServer::Servant_var<Skeleton>;
+
+  // A list of records "0", "1", ...; owned by the caller.
+  static List* makeList(CORBA::ULong length) {
+    auto list = std::make_unique<List>();
+    topo::setLength(*list, length);
+    for (CORBA::ULong i = 0; i < length; ++i) {
+      (*list)[i].nativeEMSName = CORBA::string_dup(std::to_string(i).c_str());
+      topo::setLength((*list)[i].name, 1);
+      topo::setPair((*list)[i].name, 0, "Record", std::to_string(i));
+    }
+    return list.release();
+  }
+
+  void create(CORBA::ULong length, CORBA::ULong howMany) {
+    Trait::createIterator(makeList(length), howMany, List_out(first_), Iterator_out(iterator_));
+  }
+
+  // The code that the creation was refused with; 0 when it was not.
+  std::string refusal(CORBA::ULong length, CORBA::ULong howMany) {
+    try {
+      create(length, howMany);
+      return "none";
+    } catch (const ProcessingFailureException& failure) {
+      return failure.errorReason.in();
+    }
+  }
+
+  // The servant behind the iterator, with a reference of the test's own.
+  static Skeleton_var servant() {
+    const auto iterators = fakes::registeredIterators();
+    auto* found = dynamic_cast<Skeleton*>(iterators.at(0).in());
+    found->_add_ref();
+    return found;
+  }
+
+  static bool next(const Iterator_var& iterator, CORBA::ULong howMany, Lines& records) {
+    List_var batch;
+    const bool more = iterator->next_n(howMany, List_out(batch));
+    records = recordsOf(batch.in());
+    return more;
+  }
+
+  static bool next(const Skeleton_var& iterator, CORBA::ULong howMany, Lines& records) {
+    List_var batch;
+    const bool more = iterator->next_n(howMany, List_out(batch));
+    records = recordsOf(batch.in());
+    return more;
+  }
+
+  Lines first() { return recordsOf(first_.in()); }
+
+  List_var first_;
+  Iterator_var iterator_;
+};
+
+using Kinds = ::testing::Types<kinds::Nodes, kinds::Links>;
+TYPED_TEST_SUITE(TopoResultIterator, Kinds);
+
+template <typename Kind>
+using TopoResultIteratorDeathTest = TopoResultIterator<Kind>;
+TYPED_TEST_SUITE(TopoResultIteratorDeathTest, Kinds);
+
+// --- Results that need no iterator.
+
+TYPED_TEST(TopoResultIterator, GivesNeitherListNorIteratorForANullList) {
+  typename TestFixture::List stale;
+  typename TestFixture::List* records = &stale;
+  TestFixture::Trait::createIterator(nullptr, 3, records,
+                                     typename TestFixture::Iterator_out(this->iterator_));
+  EXPECT_EQ(records, nullptr);
+  EXPECT_TRUE(CORBA::is_nil(this->iterator_));
+  EXPECT_EQ(Journal::lines(), Lines{});
+}
+
+TYPED_TEST(TopoResultIterator, GivesAnEmptyListForAnEmptyResult) {
+  for (const CORBA::ULong howMany : {0U, 1U, 0xFFFFFFFFU}) {
+    this->create(0, howMany);
+    EXPECT_EQ(this->first_->length(), 0U);
+    EXPECT_TRUE(CORBA::is_nil(this->iterator_));
+  }
+  EXPECT_EQ(Journal::lines(), Lines{});
+}
+
+TYPED_TEST(TopoResultIterator, HandsTheWholeListOutWhenTheBatchSizeIsItsLength) {
+  typename TestFixture::List* const list = this->makeList(5);
+  typename TestFixture::List* records = nullptr;
+  TestFixture::Trait::createIterator(list, 5, records,
+                                     typename TestFixture::Iterator_out(this->iterator_));
+  const std::unique_ptr<typename TestFixture::List> owner(records);
+  EXPECT_EQ(records, list);
+  EXPECT_EQ(recordsOf(*records), numbers(0, 5));
+  EXPECT_TRUE(CORBA::is_nil(this->iterator_));
+  EXPECT_EQ(Journal::lines(), Lines{});
+}
+
+TYPED_TEST(TopoResultIterator, HandsTheWholeListOutWhenTheBatchIsLarger) {
+  this->create(5, 6);
+  EXPECT_EQ(this->first(), numbers(0, 5));
+  EXPECT_TRUE(CORBA::is_nil(this->iterator_));
+}
+
+// --- Creation.
+
+TYPED_TEST(TopoResultIterator, HoldsOneRecordWhenTheBatchIsOneSmaller) {
+  this->create(5, 4);
+  EXPECT_EQ(this->first(), numbers(0, 4));
+  ASSERT_FALSE(CORBA::is_nil(this->iterator_));
+  EXPECT_EQ(this->iterator_->getLength(), 1U);
+  Lines records;
+  EXPECT_FALSE(this->next(this->iterator_, 1, records));
+  EXPECT_EQ(records, numbers(4, 5));
+}
+
+TYPED_TEST(TopoResultIterator, HoldsEverythingForABatchSizeOfZero) {
+  this->create(3, 0);
+  EXPECT_EQ(this->first(), Lines{});
+  ASSERT_FALSE(CORBA::is_nil(this->iterator_));
+  EXPECT_EQ(this->iterator_->getLength(), 3U);
+}
+
+TYPED_TEST(TopoResultIterator, CallsThePlatformInThisOrder) {
+  this->create(5, 2);
+  EXPECT_EQ(Journal::lines(), (Lines{"getIteratorPoa()", kHolderMade, "add_Iterator()"}));
+}
+
+TYPED_TEST(TopoResultIterator, DeliversTheFirstBatchBeforeTheServantIsRegistered) {
+  Lines delivered;
+  fakes::onCall("add_Iterator", 1, [&]() -> CORBA::ULong {
+    delivered = this->first();
+    return 0;
+  });
+  this->create(5, 2);
+  EXPECT_EQ(delivered, numbers(0, 2));
+}
+
+TYPED_TEST(TopoResultIterator, IsActivatedOnTheIteratorPoa) {
+  this->create(5, 2);
+  const PortableServer::ObjectId_var id =
+      this->orb().iteratorPoa()->reference_to_id(this->iterator_.in());
+  PortableServer::ServantBase_var active = this->orb().iteratorPoa()->id_to_servant(id.in());
+  EXPECT_EQ(active.in(), fakes::registeredIterators().at(0).in());
+}
+
+TYPED_TEST(TopoResultIterator, HasTheIteratorPoaForItsDefault) {
+  this->create(5, 2);
+  const PortableServer::POA_var poa = this->servant()->_default_POA();
+  const CORBA::String_var name = poa->the_name();
+  EXPECT_STREQ(name.in(), "iterators");
+}
+
+TYPED_TEST(TopoResultIterator, IsHeldByTheAgentAndThePoaAlone) {
+  this->create(5, 2);
+  EXPECT_EQ(this->servant()->_refcount_value(), 3U);  // the third is this test's
+}
+
+// --- Batches.
+
+TYPED_TEST(TopoResultIterator, DeliversBatchAfterBatch) {
+  this->create(10, 3);
+  Lines records;
+  EXPECT_TRUE(this->next(this->iterator_, 2, records));
+  EXPECT_EQ(records, numbers(3, 5));
+  EXPECT_TRUE(this->next(this->iterator_, 1, records));
+  EXPECT_EQ(records, numbers(5, 6));
+  EXPECT_TRUE(this->next(this->iterator_, 3, records));
+  EXPECT_EQ(records, numbers(6, 9));
+  EXPECT_FALSE(this->next(this->iterator_, 3, records));
+  EXPECT_EQ(records, numbers(9, 10));
+}
+
+TYPED_TEST(TopoResultIterator, DeliversWholeRecords) {
+  this->create(3, 1);
+  typename TestFixture::List_var batch;
+  this->iterator_->next_n(2, typename TestFixture::List_out(batch));
+  EXPECT_EQ(fakes::printed(batch[0].name), "[Record=1]");
+  EXPECT_EQ(fakes::printed(batch[1].name), "[Record=2]");
+}
+
+TYPED_TEST(TopoResultIterator, DeliversCopiesThatOutliveIt) {
+  this->create(3, 1);
+  typename TestFixture::List_var batch;
+  EXPECT_FALSE(this->iterator_->next_n(2, typename TestFixture::List_out(batch)));
+  EXPECT_EQ(Journal::lines().back(), kHolderDestroyed);
+  EXPECT_EQ(recordsOf(batch.in()), numbers(1, 3));
+}
+
+TYPED_TEST(TopoResultIterator, EndsWithABatchOfExactlyTheRest) {
+  this->create(5, 2);
+  Lines records;
+  EXPECT_FALSE(this->next(this->iterator_, 3, records));
+  EXPECT_EQ(records, numbers(2, 5));
+  EXPECT_EQ(Journal::count("deactive_object"), 1);
+  EXPECT_TRUE(fakes::registeredIterators().empty());
+  EXPECT_THROW(this->iterator_->getLength(), CORBA::OBJECT_NOT_EXIST);
+}
+
+TYPED_TEST(TopoResultIterator, EndsWithABatchOfMoreThanTheRest) {
+  this->create(5, 2);
+  Lines records;
+  EXPECT_FALSE(this->next(this->iterator_, 0xFFFFFFFF, records));
+  EXPECT_EQ(records, numbers(2, 5));
+  EXPECT_EQ(Journal::count("deactive_object"), 1);
+}
+
+TYPED_TEST(TopoResultIterator, GoesOnAfterABatchOfOneLessThanTheRest) {
+  this->create(5, 2);
+  Lines records;
+  EXPECT_TRUE(this->next(this->iterator_, 2, records));
+  EXPECT_EQ(Journal::count("deactive_object"), 0);
+  EXPECT_FALSE(this->next(this->iterator_, 1, records));
+}
+
+TYPED_TEST(TopoResultIterator, NeverEndsWithABatchOfZero) {
+  this->create(5, 2);
+  Lines records;
+  for (int i = 0; i < 3; ++i) {
+    EXPECT_TRUE(this->next(this->iterator_, 0, records));
+    EXPECT_EQ(records, Lines{});
+  }
+  EXPECT_FALSE(this->next(this->iterator_, 3, records));
+  EXPECT_EQ(records, numbers(2, 5));
+}
+
+TYPED_TEST(TopoResultIterator, SaysTrueToABatchOfZeroWhenNothingRemains) {
+  this->create(5, 2);
+  const auto servant = this->servant();
+  Lines records;
+  EXPECT_FALSE(this->next(servant, 3, records));
+  EXPECT_TRUE(this->next(servant, 0, records));
+  EXPECT_EQ(records, Lines{});
+}
+
+TYPED_TEST(TopoResultIterator, DoesNotExistBehindItsLastBatch) {
+  this->create(5, 2);
+  const auto servant = this->servant();
+  Lines records;
+  EXPECT_FALSE(this->next(servant, 3, records));
+  EXPECT_THROW(this->next(servant, 1, records), CORBA::OBJECT_NOT_EXIST);
+  EXPECT_THROW(this->next(this->iterator_, 1, records), CORBA::OBJECT_NOT_EXIST);
+  EXPECT_EQ(Journal::count("deactive_object"), 1);
+}
+
+TYPED_TEST(TopoResultIterator, NeverDeliversARecordTwiceNorLosesOneWhenManyThreadsAsk) {
+  constexpr CORBA::ULong kLength = 4000;
+  this->create(kLength, 10);
+  Lines all = this->first();
+  const auto servant = this->servant();
+  std::mutex mutex;
+  const auto fetch = [&](unsigned seed, const auto& iterator) {
+    std::mt19937 random(seed);
+    std::uniform_int_distribution<CORBA::ULong> size(0, 20);
+    Lines mine;
+    try {
+      for (bool more = true; more;) {
+        Lines records;
+        more = this->next(iterator, size(random), records);
+        mine.insert(mine.end(), records.begin(), records.end());
+      }
+    } catch (const CORBA::OBJECT_NOT_EXIST&) {
+      // Another thread has fetched the last batch.
+    }
+    const std::lock_guard<std::mutex> lock(mutex);
+    all.insert(all.end(), mine.begin(), mine.end());
+  };
+  std::vector<std::thread> threads;
+  for (unsigned i = 0; i < 2; ++i) {
+    threads.emplace_back([&, i] { fetch(i, servant); });
+    threads.emplace_back([&, i] { fetch(i + 100, this->iterator_); });
+  }
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
+  Lines expected = numbers(0, kLength);
+  std::sort(all.begin(), all.end());
+  std::sort(expected.begin(), expected.end());
+  EXPECT_EQ(all, expected);
+}
+
+// --- The length.
+
+TYPED_TEST(TopoResultIterator, TellsTheRestBehindTheFirstBatch) {
+  this->create(10, 3);
+  EXPECT_EQ(this->iterator_->getLength(), 7U);
+}
+
+TYPED_TEST(TopoResultIterator, NeverChangesItsLength) {
+  this->create(10, 3);
+  const auto servant = this->servant();
+  Lines records;
+  for (const CORBA::ULong howMany : {0U, 2U, 1U, 4U}) {
+    this->next(servant, howMany, records);
+    EXPECT_EQ(servant->getLength(), 7U);
+  }
+  servant->destroy();
+  EXPECT_EQ(servant->getLength(), 7U);
+}
+
+// --- The end.
+
+TYPED_TEST(TopoResultIterator, IsDeactivatedWhenItIsDestroyed) {
+  this->create(5, 2);
+  this->iterator_->destroy();
+  EXPECT_EQ(Journal::lines(), (Lines{"getIteratorPoa()", kHolderMade, "add_Iterator()",
+                                     "deactive_object()", kHolderDestroyed}));
+  EXPECT_THROW(this->iterator_->getLength(), CORBA::OBJECT_NOT_EXIST);
+}
+
+TYPED_TEST(TopoResultIterator, AsksForDeactivationAgainWhenItIsDestroyedTwice) {
+  this->create(5, 2);
+  const auto servant = this->servant();
+  servant->destroy();
+  servant->destroy();
+  EXPECT_EQ(Journal::count("deactive_object"), 2);
+}
+
+TYPED_TEST(TopoResultIterator, AsksForDeactivationAgainWhenItIsDestroyedAfterItsLastBatch) {
+  this->create(5, 2);
+  const auto servant = this->servant();
+  Lines records;
+  this->next(servant, 3, records);
+  servant->destroy();
+  EXPECT_EQ(Journal::count("deactive_object"), 2);
+}
+
+TYPED_TEST(TopoResultIterator, EndsWhenTheAgentGivesItUp) {
+  this->create(5, 2);
+  fakes::endIterators();
+  EXPECT_EQ(Journal::lines().back(), kHolderDestroyed);
+  EXPECT_THROW(this->iterator_->getLength(), CORBA::OBJECT_NOT_EXIST);
+}
+
+TYPED_TEST(TopoResultIterator, LivesAsLongAsSomebodyHoldsAReference) {
+  this->create(5, 2);
+  {
+    const auto servant = this->servant();
+    this->iterator_->destroy();
+    EXPECT_EQ(Journal::lines().back(), "deactive_object()");
+  }
+  EXPECT_EQ(Journal::lines().back(), kHolderDestroyed);
+}
+
+TYPED_TEST(TopoResultIterator, IsDestroyedThoughTheLogFails) {
+  this->create(5, 2);
+  fakes::onCall("TaDebug", 2, fakes::raiseRuntimeError("disk full"));
+  this->iterator_->destroy();
+  EXPECT_EQ(Journal::lines().back(), kHolderDestroyed);
+}
+
+// --- Creation fails.
+
+TYPED_TEST(TopoResultIterator, IsRefusedWithoutAnIteratorPoa) {
+  fakes::useIteratorPoa(PortableServer::POA::_nil());
+  EXPECT_EQ(this->refusal(5, 2), "thrown for 1092092090");
+  EXPECT_EQ(Journal::lines(), (Lines{"getIteratorPoa()", kNoPoa, kConversionThrown}));
+  EXPECT_TRUE(CORBA::is_nil(this->iterator_));
+}
+
+TYPED_TEST(TopoResultIterator, GivesNoListWithoutAnIteratorPoa) {
+  fakes::useIteratorPoa(PortableServer::POA::_nil());
+  typename TestFixture::List stale;
+  typename TestFixture::List* records = &stale;
+  EXPECT_THROW(
+      TestFixture::Trait::createIterator(this->makeList(5), 2, records,
+                                         typename TestFixture::Iterator_out(this->iterator_)),
+      ProcessingFailureException);
+  EXPECT_EQ(records, nullptr);
+}
+
+TYPED_TEST(TopoResultIterator, NeedsNoIteratorPoaWhenEverythingFits) {
+  fakes::useIteratorPoa(PortableServer::POA::_nil());
+  EXPECT_EQ(this->refusal(5, 5), "none");
+}
+
+TYPED_TEST(TopoResultIterator, IsRefusedWhenMemoryIsShort) {
+  constexpr std::size_t kServantSize = sizeof(typename TestFixture::Trait::Servant);
+  int error = 0;
+  fakes::onCall("TaDebug", 1, [&]() -> CORBA::ULong {
+    error = errno;
+    return 0;
+  });
+  errno = 0;
+  {
+    const fakes::FailingNothrowNew failing(kServantSize, kServantSize);
+    EXPECT_EQ(this->refusal(5, 2), "thrown for 1092092090");
+    EXPECT_EQ(fakes::FailingNothrowNew::failures(), 1);
+  }
+  EXPECT_EQ(error, ENOMEM);
+  EXPECT_EQ(Journal::lines(), (Lines{"getIteratorPoa()", kNoServant, kConversionThrown}));
+  EXPECT_TRUE(CORBA::is_nil(this->iterator_));
+}
+
+TYPED_TEST(TopoResultIterator, IsDestroyedWhenTheAgentRefusesIt) {
+  fakes::onCall("add_Iterator", 1, fakes::giveCode(99));
+  EXPECT_EQ(this->refusal(5, 2), "thrown for 99");
+  EXPECT_EQ(Journal::lines(), (Lines{"getIteratorPoa()", kHolderMade, "add_Iterator()",
+                                     kHolderDestroyed, "ThrowException(99)"}));
+  EXPECT_TRUE(CORBA::is_nil(this->iterator_));
+}
+
+TYPED_TEST(TopoResultIterator, IsRefusedOnAPoaThatIsNotTheOrbsOwn) {
+  fakes::PoaStandIn poa;
+  fakes::useIteratorPoa(poa.get());
+  EXPECT_EQ(this->refusal(5, 2), "thrown for 1092092090");
+  EXPECT_EQ(Journal::lines(), (Lines{"getIteratorPoa()", kHolderMade, "add_Iterator()", kForeignPoa,
+                                     kConversionThrown}));
+  EXPECT_TRUE(CORBA::is_nil(this->iterator_));
+  fakes::resetAgent();
+}
+
+TYPED_TEST(TopoResultIterator, KeepsListAndRegistrationOnAPoaThatIsNotTheOrbsOwn) {
+  fakes::PoaStandIn poa;
+  fakes::useIteratorPoa(poa.get());
+  this->refusal(5, 2);
+  EXPECT_EQ(this->first(), numbers(0, 2));
+  EXPECT_EQ(fakes::registeredIterators().size(), 1U);
+  EXPECT_EQ(Journal::count("deactive_object"), 0);
+  fakes::resetAgent();
+}
+
+TYPED_TEST(TopoResultIterator, IsRefusedOnAPoaThatIsBeingTakenDown) {
+  fakes::onCall("add_Iterator", 1, [this]() -> CORBA::ULong {
+    this->orb().iteratorPoa()->destroy(false, true);
+    return 0;
+  });
+  EXPECT_EQ(this->refusal(5, 2), "thrown for 1092092090");
+  EXPECT_EQ(Journal::lines(), (Lines{"getIteratorPoa()", kHolderMade, "add_Iterator()", kCleanup,
+                                     kConversionThrown}));
+  EXPECT_TRUE(CORBA::is_nil(this->iterator_));
+  EXPECT_EQ(this->first(), numbers(0, 2));
+  EXPECT_EQ(fakes::registeredIterators().size(), 1U);
+}
+
+// --- Ownership of the POA reference.
+
+template <typename Kind>
+class TopoResultIteratorPoaReference : public TopoResultIterator<Kind> {
+ protected:
+  TopoResultIteratorPoaReference() { fakes::useIteratorPoa(poa_.get()); }
+  ~TopoResultIteratorPoaReference() override { fakes::resetAgent(); }
+
+  // References to the POA beyond the fake agent's own.
+  int references() const { return poa_.references() - 1; }
+
+  fakes::PoaStandIn poa_;
+};
+
+TYPED_TEST_SUITE(TopoResultIteratorPoaReference, Kinds);
+
+TYPED_TEST(TopoResultIteratorPoaReference, IsNotTakenWhenEverythingFits) {
+  this->create(5, 5);
+  EXPECT_EQ(this->references(), 0);
+}
+
+TYPED_TEST(TopoResultIteratorPoaReference, IsTheServantsAlone) {
+  this->refusal(5, 2);
+  EXPECT_EQ(this->references(), 1);
+}
+
+TYPED_TEST(TopoResultIteratorPoaReference, IsReleasedWithTheServant) {
+  this->refusal(5, 2);
+  fakes::endIterators();
+  EXPECT_EQ(Journal::lines().back(), kHolderDestroyed);
+  EXPECT_EQ(this->references(), 0);
+}
+
+TYPED_TEST(TopoResultIteratorPoaReference, IsReleasedWhenTheAgentRefusesTheServant) {
+  fakes::onCall("add_Iterator", 1, fakes::giveCode(99));
+  this->refusal(5, 2);
+  EXPECT_EQ(this->references(), 0);
+}
+
+TYPED_TEST(TopoResultIteratorPoaReference, IsReleasedWhenMemoryIsShort) {
+  constexpr std::size_t kServantSize = sizeof(typename TestFixture::Trait::Servant);
+  const fakes::FailingNothrowNew failing(kServantSize, kServantSize);
+  this->refusal(5, 2);
+  EXPECT_EQ(this->references(), 0);
+}
+
+TYPED_TEST(TopoResultIteratorPoaReference, IsReleasedWhenTheLogOfTheConstructionFails) {
+  fakes::onCall("TaDebug", 1, fakes::raiseRuntimeError("disk full"));
+  EXPECT_THROW(this->create(5, 2), std::runtime_error);
+  EXPECT_EQ(this->references(), 0);
+}
+
+// --- The iterator's edge.
+
+TYPED_TEST(TopoResultIterator, LetsSystemExceptionsOfTheDeactivationPass) {
+  this->create(5, 2);
+  const auto servant = this->servant();
+  fakes::onEveryCall("deactive_object", fakes::raiseTransient());
+  Lines records;
+  EXPECT_THROW(servant->destroy(), CORBA::TRANSIENT);
+  EXPECT_THROW(this->next(servant, 3, records), CORBA::TRANSIENT);
+}
+
+TYPED_TEST(TopoResultIteratorDeathTest, EndsTheProcessForAForeignExceptionInDestroy) {
+  this->create(5, 2);
+  fakes::onCall("deactive_object", 1, fakes::raiseRuntimeError("housekeeping is broken"));
+  EXPECT_DEATH(this->servant()->destroy(), "housekeeping is broken");
+}
+
+TYPED_TEST(TopoResultIteratorDeathTest, EndsTheProcessForAForeignExceptionInTheLastBatch) {
+  this->create(5, 2);
+  fakes::onCall("deactive_object", 1, fakes::raiseProcessException(7));
+  Lines records;
+  EXPECT_DEATH(this->next(this->servant(), 3, records), "ProcessException");
+}
+
+}  // namespace

@@ -1,0 +1,12 @@
+// The servant as a test holds it.
+
+#ifndef TESTS_SERVANTUNDERTEST_H
+#define TESTS_SERVANTUNDERTEST_H
+
+#include "topomanagementmgrimpl/TATopoManagementMgr_IImpl.h"
+
+class ServantUnderTest final : public NS_CORBA::TATopoManagementMgr_IImpl {};
+
+using Servant_var = PortableServer::Servant_var<ServantUnderTest>;
+
+#endif

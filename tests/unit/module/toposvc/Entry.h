@@ -1,0 +1,10 @@
+// The module's entry point, as a loader declares it.
+
+#ifndef TESTS_ENTRY_H
+#define TESTS_ENTRY_H
+
+#include "ace/Service_Object.h"
+
+extern "C" ACE_Service_Object* _make_zu_corba_topo(ACE_Service_Object_Exterminator* gobbler);
+
+#endif

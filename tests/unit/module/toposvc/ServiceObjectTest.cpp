@@ -1,0 +1,282 @@
+#include <cerrno>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "fakes/FailingNothrowNew.h"
+#include "fakes/Fixture.h"
+#include "platform/framework/ProcessException.h"
+#include "topomanagementmgrimpl/TATopoManagementMgr_IImpl.h"
+#include "toposvc/RefCount.h"
+#include "toposvc/TopoService.h"
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+using fakes::Journal;
+
+constexpr const char* kManager = "TopoManagement";
+
+const char* const kMade = "TaDebug(3, \"[ RefCount]  ref_count!\") at toposvc:33 unknown";
+
+// What init does, in its order.
+const Lines kInit = {"UnregisterMgr(\"TopoManagement\")", "RegisterMgr(\"TopoManagement\")", kMade,
+                     "RegisterServant(\"TopoManagement\", servant)"};
+
+class TopoServiceObject : public fakes::Fixture {
+ protected:
+  TopoServiceObject() : service_(std::make_unique<zu_corba_topo>()) { Journal::clear(); }
+
+  // The registration is the module's, not the object's: it must not reach the next test.
+  ~TopoServiceObject() override {
+    fakes::resetJournal();
+    service_->fini();
+  }
+
+  int init() { return asAceSeesIt().init(0, nullptr); }
+  int fini() { return asAceSeesIt().fini(); }
+
+  // Through ACE's own view of the object.
+  ACE_Shared_Object& asAceSeesIt() { return *service_; }
+
+  static Lines registrations() {
+    return Journal::linesOf({"UnregisterMgr", "RegisterMgr", "RegisterServant"});
+  }
+
+  std::unique_ptr<zu_corba_topo> service_;
+};
+
+// --- The object.
+
+TEST_F(TopoServiceObject, HasTheNameOfTheService) {
+  EXPECT_EQ(service_->GetName(), "zu_corba_topo");
+}
+
+TEST_F(TopoServiceObject, DoesNothingToRegisterItself) {
+  service_->RegistSvc();
+  EXPECT_EQ(Journal::lines(), Lines{});
+  EXPECT_TRUE(NS_BUNDLEMGR1::BundleMgr::Instance()->GetServiceObjects().empty());
+}
+
+TEST_F(TopoServiceObject, OffersNothingAtFirst) {
+  EXPECT_EQ(service_->GetInterface(), nullptr);
+}
+
+TEST_F(TopoServiceObject, MakesAPlaceholderAndKeepsIt) {
+  NS_BUNDLEMGR1::ServiceInterface* const made = service_->CreateInterface();
+  ASSERT_NE(made, nullptr);
+  EXPECT_NE(dynamic_cast<NS_BUNDLEMGR1::NULLServiceInterface*>(made), nullptr);
+  EXPECT_EQ(service_->GetInterface(), made);
+}
+
+TEST_F(TopoServiceObject, DoesNotReleaseAnEarlierPlaceholder) {
+  const std::unique_ptr<NS_BUNDLEMGR1::ServiceInterface> first(service_->CreateInterface());
+  NS_BUNDLEMGR1::ServiceInterface* const second = service_->CreateInterface();
+  EXPECT_NE(second, first.get());
+  EXPECT_EQ(service_->GetInterface(), second);
+  EXPECT_EQ(Journal::count("~NULLServiceInterface"), 0);
+}
+
+TEST_F(TopoServiceObject, ReleasesItsPlaceholderWhenItIsRemoved) {
+  service_->CreateInterface();
+  service_->RemoveInterface();
+  EXPECT_EQ(service_->GetInterface(), nullptr);
+  EXPECT_EQ(Journal::count("~NULLServiceInterface"), 1);
+}
+
+TEST_F(TopoServiceObject, AddsNoDataToItsBase) {
+  static_assert(sizeof(zu_corba_topo) == sizeof(NS_BUNDLEMGR1::ServiceObjectBase));
+}
+
+// --- init.
+
+TEST_F(TopoServiceObject, RegistersManagerAndServantInThisOrder) {
+  EXPECT_EQ(init(), 0);
+  EXPECT_EQ(Journal::linesOf({"UnregisterMgr", "RegisterMgr", "TaDebug", "RegisterServant"}),
+            kInit);
+}
+
+TEST_F(TopoServiceObject, LooksAtNoArgument) {
+  EXPECT_EQ(service_->init(3, nullptr), 0);
+}
+
+TEST_F(TopoServiceObject, RegistersAFactoryThatMakesServants) {
+  init();
+  NS_CORBA::MgrFactory* const factory = fakes::registeredFactory(kManager);
+  ASSERT_NE(factory, nullptr);
+  POA_common::Common_I* const servant = factory->create();
+  EXPECT_NE(dynamic_cast<NS_CORBA::TATopoManagementMgr_IImpl*>(servant), nullptr);
+  EXPECT_NE(servant, fakes::registeredServants().at(0));
+  servant->_remove_ref();
+}
+
+TEST_F(TopoServiceObject, HandsOverAServantWithOneReference) {
+  init();
+  ASSERT_EQ(fakes::registeredServants().size(), 1U);
+  POA_common::Common_I* const servant = fakes::registeredServants().at(0);
+  EXPECT_EQ(servant->_refcount_value(), 1U);
+  EXPECT_NE(dynamic_cast<NS_CORBA::RefCount<NS_CORBA::TATopoManagementMgr_IImpl>*>(servant),
+            nullptr);
+}
+
+TEST_F(TopoServiceObject, NeverTouchesTheDomainOutsideTestMode) {
+  fakes::publishPlatform();
+  init();
+  EXPECT_EQ(Journal::linesOf({"CheckIFBuf", "GetServiceObjects", "GetFacet"}), Lines{});
+}
+
+TEST_F(TopoServiceObject, ReplacesAManagerLeftBehindByAnEarlierLoad) {
+  init();
+  auto* const stale = fakes::registeredFactory(kManager);
+  Journal::clear();
+  EXPECT_EQ(init(), 0);
+  EXPECT_NE(fakes::registeredFactory(kManager), nullptr);
+  EXPECT_NE(fakes::registeredFactory(kManager), stale);
+  EXPECT_EQ(registrations(),
+            (Lines{"UnregisterMgr(\"TopoManagement\")", "RegisterMgr(\"TopoManagement\")",
+                   "RegisterServant(\"TopoManagement\", servant)"}));
+}
+
+TEST_F(TopoServiceObject, IgnoresThatThereIsNoStaleManager) {
+  // The agent refuses to forget a manager that it does not know.
+  EXPECT_THROW(NS_CORBA::CorbaBaseAgentConfig::Instance()->UnregisterMgr(kManager),
+               ProcessException);
+  EXPECT_EQ(init(), 0);
+}
+
+TEST_F(TopoServiceObject, IgnoresWhateverUnregisteringRaises) {
+  for (const fakes::Step& step : {fakes::raiseRuntimeError("broken"), fakes::raiseBadAlloc(),
+                                  fakes::raiseProcessException(7), fakes::raiseTransient()}) {
+    fakes::resetAgent();
+    fakes::resetJournal();
+    fakes::onCall("UnregisterMgr", 1, step);
+    EXPECT_EQ(init(), 0);
+    EXPECT_EQ(Journal::linesOf({"TaDebug", "TaDebugWithPara"}), Lines{kMade});
+  }
+}
+
+TEST_F(TopoServiceObject, PassesOnThatTheManagerIsRefused) {
+  fakes::onCall("RegisterMgr", 1, fakes::raiseProcessException(7));
+  EXPECT_THROW(init(), ProcessException);
+  EXPECT_EQ(Journal::lines(),
+            (Lines{"UnregisterMgr(\"TopoManagement\")", "RegisterMgr(\"TopoManagement\")"}));
+  EXPECT_TRUE(fakes::registeredServants().empty());
+}
+
+TEST_F(TopoServiceObject, PassesOnAnyExceptionOfTheRegistration) {
+  fakes::onCall("RegisterMgr", 1, fakes::raiseRuntimeError("broken"));
+  EXPECT_THROW(init(), std::runtime_error);
+}
+
+TEST_F(TopoServiceObject, PassesOnThatTheServantIsRefusedAndUndoesNothing) {
+  fakes::onCall("RegisterServant", 1, fakes::raiseProcessException(7));
+  EXPECT_THROW(init(), ProcessException);
+  EXPECT_EQ(registrations(),
+            (Lines{"UnregisterMgr(\"TopoManagement\")", "RegisterMgr(\"TopoManagement\")",
+                   "RegisterServant(\"TopoManagement\", servant)"}));
+}
+
+TEST_F(TopoServiceObject, IsNotRegisteredAfterAFailedInit) {
+  for (const char* call : {"RegisterMgr", "RegisterServant"}) {
+    fakes::resetAgent();
+    fakes::resetJournal();
+    fakes::onCall(call, 1, fakes::raiseProcessException(7));
+    EXPECT_THROW(init(), ProcessException);
+    Journal::clear();
+    EXPECT_EQ(fini(), 0);
+    EXPECT_EQ(Journal::lines(), Lines{"ServiceObjectBase::fini()"}) << call;
+  }
+}
+
+TEST_F(TopoServiceObject, MayBeInitialisedAfterAFailedInit) {
+  fakes::onCall("RegisterServant", 1, fakes::raiseProcessException(7));
+  EXPECT_THROW(init(), ProcessException);
+  EXPECT_EQ(init(), 0);
+  EXPECT_NE(fakes::registeredFactory(kManager), nullptr);
+}
+
+TEST_F(TopoServiceObject, HandsANullServantOverWhenMemoryIsShort) {
+  constexpr std::size_t kServantSize =
+      sizeof(NS_CORBA::RefCount<NS_CORBA::TATopoManagementMgr_IImpl>);
+  int error = 0;
+  fakes::onCall("RegisterServant", 1, [&]() -> CORBA::ULong {
+    error = errno;
+    return 0;
+  });
+  errno = 0;
+  {
+    const fakes::FailingNothrowNew failing(kServantSize, kServantSize);
+    EXPECT_THROW(init(), ProcessException);  // the agent refuses a null servant
+    EXPECT_EQ(fakes::FailingNothrowNew::failures(), 1);
+  }
+  EXPECT_EQ(error, ENOMEM);
+  EXPECT_EQ(Journal::lines(),
+            (Lines{"UnregisterMgr(\"TopoManagement\")", "RegisterMgr(\"TopoManagement\")",
+                   "RegisterServant(\"TopoManagement\", null)"}));
+}
+
+// --- fini.
+
+TEST_F(TopoServiceObject, FinishesTheBaseFirstAndThenWithdrawsTheManager) {
+  init();
+  Journal::clear();
+  EXPECT_EQ(fini(), 0);
+  EXPECT_EQ(Journal::linesOf({"ServiceObjectBase::fini", "UnregisterMgr"}),
+            (Lines{"ServiceObjectBase::fini()", "UnregisterMgr(\"TopoManagement\")"}));
+  EXPECT_EQ(fakes::registeredFactory(kManager), nullptr);
+}
+
+TEST_F(TopoServiceObject, FinishesWithoutAnInit) {
+  EXPECT_EQ(fini(), 0);
+  EXPECT_EQ(registrations(), Lines{});
+  EXPECT_EQ(Journal::count("ServiceObjectBase::fini"), 1);
+}
+
+TEST_F(TopoServiceObject, LeavesTheServantToTheAgent) {
+  init();
+  fini();
+  ASSERT_EQ(fakes::registeredServants().size(), 1U);
+  EXPECT_EQ(fakes::registeredServants().at(0)->_refcount_value(), 1U);
+}
+
+TEST_F(TopoServiceObject, IgnoresWhateverUnregisteringRaisesAtTheEnd) {
+  for (const fakes::Step& step : {fakes::raiseRuntimeError("broken"), fakes::raiseBadAlloc(),
+                                  fakes::raiseProcessException(7), fakes::raiseTransient()}) {
+    fakes::resetAgent();
+    fakes::resetJournal();
+    init();
+    Journal::clear();
+    fakes::onCall("UnregisterMgr", 2, step);
+    EXPECT_EQ(fini(), 0);
+    EXPECT_EQ(Journal::linesOf({"TaDebug", "TaDebugWithPara"}), Lines{});
+  }
+}
+
+TEST_F(TopoServiceObject, WithdrawsTheManagerOnlyOnce) {
+  init();
+  fini();
+  Journal::clear();
+  EXPECT_EQ(fini(), 0);
+  EXPECT_EQ(registrations(), Lines{});
+}
+
+TEST_F(TopoServiceObject, MayBeInitialisedAgain) {
+  init();
+  fini();
+  Journal::clear();
+  EXPECT_EQ(init(), 0);
+  EXPECT_EQ(Journal::linesOf({"UnregisterMgr", "RegisterMgr", "TaDebug", "RegisterServant"}),
+            kInit);
+  EXPECT_NE(fakes::registeredFactory(kManager), nullptr);
+}
+
+TEST_F(TopoServiceObject, KeepsItsPlaceholderOverInitAndFini) {
+  NS_BUNDLEMGR1::ServiceInterface* const made = service_->CreateInterface();
+  init();
+  fini();
+  EXPECT_EQ(service_->GetInterface(), made);
+}
+
+}  // namespace
