@@ -58,6 +58,10 @@ Network openNetwork(const Options& options, std::unique_ptr<NetworkStore>& store
   }
   store = std::make_unique<NetworkStore>(options.store);
   if (!load) {
+    if (!options.network.empty()) {
+      log(kLogErrors, "store " + options.store + " holds a network already, " +
+                          options.network.string() + " is not loaded");
+    }
     return store->read();
   }
   store->load(network);

@@ -21,13 +21,19 @@ std::string symbolName() {
   return std::string("_make_") + kService;
 }
 
+// The linker's lines begin with the file, if they name it at all.
+std::string dlerrorAbout(const std::string& file) {
+  const std::string text = dlerror();
+  return text.compare(0, file.size(), file) == 0 ? text : file + ": " + text;
+}
+
 // Opens the file for a look: what the dynamic linker says of it is the clearest reason there is.
 // The configurator would only print it.
 void checkFile(const std::string& file) {
   const std::unique_ptr<void, int (*)(void*)> library(dlopen(file.c_str(), RTLD_LAZY | RTLD_LOCAL),
                                                       dlclose);
   if (!library) {
-    throw ModuleError("module " + file + ": " + dlerror());
+    throw ModuleError("module " + dlerrorAbout(file));
   }
   if (dlsym(library.get(), symbolName().c_str()) == nullptr) {
     throw ModuleError("module " + file + ": it has no " + symbolName());

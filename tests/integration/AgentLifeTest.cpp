@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <csignal>
 #include <filesystem>
+#include <stdexcept>
 
 #include "orb/idl/TopoManagementManager.h"
 #include "orb/naming.h"
@@ -55,6 +56,27 @@ class TakenPort {
   const int socket_;
   int port_ = 0;
 };
+
+// A loopback endpoint that stays free while nobody of this test uses it: the system gives none
+// below 32768 to those who ask for any port. The process id keeps tests that run at once apart.
+std::string quietEndpoint() {
+  constexpr int kFirst = 20000;
+  constexpr int kCount = 12000;
+  for (int i = 0; i < kCount; ++i) {
+    const int port = kFirst + (getpid() + i) % kCount;
+    const int probe = socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    address.sin_port = htons(static_cast<std::uint16_t>(port));
+    const bool free = bind(probe, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
+    close(probe);
+    if (free) {
+      return "127.0.0.1:" + std::to_string(port);
+    }
+  }
+  throw std::runtime_error("no free port");
+}
 
 // omniNames on a free loopback port.
 class NamingService {
@@ -144,13 +166,12 @@ TEST_F(AgentLife, TracesTheServantsLifeAtLogLevelThree) {
 }
 
 TEST_F(AgentLife, ComesBackAfterAKillWithTheSameNetworkAndTheSameReference) {
+  const std::string endpoint = quietEndpoint();
   std::string reference;
-  std::string endpoint;
   std::string view;
   {
-    RunningAgent agent({"--network", kBackbone}, store());
+    RunningAgent agent({"--network", kBackbone}, store(), endpoint);
     reference = agent.reference();
-    endpoint = agent.endpoint();
     view = records(agent, {"topo"}).dump();
     EXPECT_EQ(SIGKILL, agent.stop(SIGKILL).signal);
   }
@@ -168,8 +189,10 @@ TEST_F(AgentLife, LoadsANetworkOnlyIntoANewStore) {
   }
   const std::string other =
       directory_.write("other.json", R"({"format":"topo-network/1","topoNodes":[{"id":"x"}]})");
-  const RunningAgent agent({"--network", other}, store());
+  RunningAgent agent({"--network", other}, store());
   EXPECT_LT(1U, records(agent, {"topo"}).size());
+  EXPECT_THAT(agent.stop(SIGTERM).err,
+              HasSubstr("store " + store() + " holds a network already, " + other));
 }
 
 TEST_F(AgentLife, TakesEveryOptionFromAConfigurationFile) {
