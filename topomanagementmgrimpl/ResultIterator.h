@@ -264,17 +264,21 @@ bool TAIT<IteratorSkeleton, RecordList, RecordOutList>::Trait::deliverFirst(Serv
   return more;
 }
 
-// Hands the creation reference to the agent's housekeeping.
+// Hands the creation reference to the agent's housekeeping, which may drop it at once. The owner's
+// keeps the servant for the rest of its creation.
 template <typename IteratorSkeleton, typename RecordList, typename RecordOutList>
 void TAIT<IteratorSkeleton, RecordList, RecordOutList>::Trait::hand(
     PortableServer::ServantBase_var& owner, Servant& servant) {
   servant.activated = true;
+  servant._add_ref();
+  PortableServer::ServantBase_var handed = &servant;
   const CORBA::ULong code = TAIteratorHelper::add_Iterator(&servant);
   if (code != 0) {
+    handed = nullptr;
     owner = nullptr;
     ThrowException(code);
   }
-  static_cast<void>(owner._retn());
+  static_cast<void>(handed._retn());
 }
 
 template <typename IteratorSkeleton, typename RecordList, typename RecordOutList>

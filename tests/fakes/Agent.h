@@ -15,7 +15,8 @@
 
 namespace fakes {
 
-// What the agent answers. Set by the test before calls are made, read by the fakes.
+// What the agent answers. Set by the test before calls are made, read by the fakes. Steps of
+// "CorbaBaseAgentConfig::Instance" run without a line in the journal.
 struct Agent {
   std::atomic<bool> testSwitch{false};
   std::deque<bool> testSwitchAnswers;  // of the next calls, one thread only; then testSwitch
@@ -40,13 +41,17 @@ std::vector<POA_common::Common_I*> registeredServants();
 // Drops the agent's references to servants.
 void releaseServants();
 
-// --- Iterators. The fake agent owns an iterator servant from a successful add_Iterator on.
+// --- Iterators. The fake agent owns an iterator servant from a successful add_Iterator on. Steps
+// planned for "add_Iterator late" run when the servant is registered.
 
 // The POA that getIteratorPoa gives, nil at first.
 void useIteratorPoa(PortableServer::POA_ptr poa);
 
 // The servants that are registered now, oldest first; each with a reference of its own.
 std::vector<PortableServer::ServantBase_var> registeredIterators();
+
+// The servant that add_Iterator was last called with, for steps of that call; borrowed.
+PortableServer::ServantBase* offeredIterator();
 
 // Ends every registered iterator as the agent's idle time-out does.
 void endIterators();

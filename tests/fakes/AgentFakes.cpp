@@ -22,6 +22,7 @@ struct State {
   std::vector<POA_common::Common_I*> servants;
   PortableServer::POA_var iteratorPoa;
   std::vector<PortableServer::ServantBase*> iterators;
+  PortableServer::ServantBase* offeredIterator = nullptr;
   std::vector<Notification> notifications;
 };
 
@@ -152,6 +153,11 @@ std::vector<PortableServer::ServantBase_var> registeredIterators() {
   return result;
 }
 
+PortableServer::ServantBase* offeredIterator() {
+  const std::lock_guard<std::mutex> lock(mutex);
+  return state.offeredIterator;
+}
+
 void endIterators() {
   for (const PortableServer::ServantBase_var& servant : registeredIterators()) {
     endIterator(servant.in());
@@ -172,6 +178,7 @@ void resetAgent() {
   const std::lock_guard<std::mutex> lock(mutex);
   state.factories.clear();
   state.iteratorPoa = PortableServer::POA::_nil();
+  state.offeredIterator = nullptr;
   state.notifications.clear();
   answers.testSwitch = false;
   answers.testSwitchAnswers.clear();
@@ -238,10 +245,13 @@ void ThrowException(CORBA::ULong code, const std::string& text) {
 
 // --- Configuration.
 
-MgrFactory::~MgrFactory() = default;
+MgrFactory::~MgrFactory() {
+  called("~MgrFactory", "");
+}
 
 CorbaBaseAgentConfig* CorbaBaseAgentConfig::Instance() {
   static CorbaBaseAgentConfig config;
+  calledSilently("CorbaBaseAgentConfig::Instance");
   return &config;
 }
 
@@ -295,12 +305,19 @@ PortableServer::POA_ptr TAIteratorHelper::getIteratorPoa() {
 }
 
 CORBA::ULong TAIteratorHelper::add_Iterator(PortableServer::ServantBase* servant) {
+  {
+    const std::lock_guard<std::mutex> lock(fakes::mutex);
+    fakes::state.offeredIterator = servant;
+  }
   const CORBA::ULong code = called("add_Iterator", "");
-  if (code == 0) {
+  if (code != 0) {
+    return code;
+  }
+  {
     const std::lock_guard<std::mutex> lock(fakes::mutex);
     fakes::state.iterators.push_back(servant);
   }
-  return code;
+  return calledSilently("add_Iterator late");
 }
 
 void TAIteratorHelper::deactive_object(PortableServer::ServantBase* servant) {

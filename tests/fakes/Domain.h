@@ -3,6 +3,7 @@
 #ifndef FAKES_DOMAIN_H
 #define FAKES_DOMAIN_H
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -15,14 +16,17 @@ struct Network {
   std::vector<NS_DOMAIN::TopoNode_T> nodes;
   std::vector<NS_DOMAIN::NEIndex> indexes;       // what GetNEIndexList answers for false
   std::vector<NS_DOMAIN::NEIndex> shownIndexes;  // and for true
+  // What GetNEList answers whatever it is asked for; without it, one record an index.
+  std::optional<std::vector<NS_DOMAIN::NE_T>> elements;
   std::vector<NS_DOMAIN::ClockPositionInfo_T> clockPositions;
   std::vector<NS_DOMAIN::ClockTopoLinkInfo_T> clockLinks;
 };
 
 Network& network();
 
-// An element's index and the record that GetNEList makes of it: named "NE-" and the number.
+// An element's index, and the record that GetNEList makes of it: named "NE-" and the number.
 NS_DOMAIN::NEIndex index(std::int32_t number, std::int32_t first = 0);
+NS_DOMAIN::NE_T elementRecord(const NS_DOMAIN::NEIndex& of);
 std::vector<NS_DOMAIN::NEIndex> indexes(const std::vector<std::int32_t>& numbers);
 
 NS_DOMAIN::TopoNode_T subnetwork(const std::string& id, const std::string& label = "");

@@ -31,12 +31,11 @@ void append(NS_UTIL::REF_Impl<std::vector<Record>>* holder, const std::vector<Re
   holder->Value().insert(holder->Value().end(), records.begin(), records.end());
 }
 
-NE_T record(const NEIndex& of) {
-  NE_T result;
-  result.first = of.first;
-  result.number = of.number;
-  result.texts.fill("carried");
-  result.name = "NE-" + std::to_string(of.number);
+std::vector<NE_T> elementRecords(const std::vector<NEIndex>& wanted) {
+  std::vector<NE_T> result;
+  for (const NEIndex& each : wanted) {
+    result.push_back(elementRecord(each));
+  }
   return result;
 }
 
@@ -75,9 +74,7 @@ class FakeNEData final : public NEData {
 
   void GetNEList(NEHolder* elements, const std::vector<NEIndex>& wanted) override {
     fakes::called("GetNEList", printed(wanted));
-    for (const NEIndex& each : wanted) {
-      elements->Value().push_back(record(each));
-    }
+    append(elements, held.elements ? *held.elements : elementRecords(wanted));
     calledSilently("GetNEList late");
   }
 };
@@ -117,6 +114,15 @@ NEIndex index(std::int32_t number, std::int32_t first) {
   NEIndex result;
   result.first = first;
   result.number = number;
+  return result;
+}
+
+NE_T elementRecord(const NEIndex& of) {
+  NE_T result;
+  result.first = of.first;
+  result.number = of.number;
+  result.texts.fill("carried");
+  result.name = "NE-" + std::to_string(of.number);
   return result;
 }
 

@@ -1,4 +1,4 @@
-// The CORBA utility interface of the fakes: naming of managed objects.
+// The CORBA utility interface of the fakes, and the class of FDNs: naming of managed objects.
 
 #ifndef FAKES_NAMING_H
 #define FAKES_NAMING_H
@@ -9,10 +9,11 @@
 
 namespace fakes {
 
-// What the interface answers. Set by the test before calls are made, read by the fakes.
+// What naming answers. Set by the test before calls are made, read by the fakes.
 struct Naming {
   int objectType = NS_CORBA::CorbaUtilInterface::kTopoSubnetworkType;
   bool emptyTopoNodeNames = false;  // topology nodes are named by an empty list
+  std::string className;            // what GetMoc answers; empty: the class of the last term
   std::string idOfName;             // what Name2Index finds; empty: the last value of the name
   NS_CORBA::ObjectLabelInfo labels;
 };

@@ -1,6 +1,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "fakes/FailingNew.h"
 #include "fakes/Fixture.h"
@@ -64,6 +65,25 @@ TEST_F(TopoServantAllocationDeathTest, EndsTheProcessWhenThereIsNoMemoryForTheCa
   EXPECT_DEATH(operation(), "bad_alloc");
 }
 
+TEST_F(TopoServantAllocationDeathTest, EndsTheProcessWhenThereIsNoMemoryForARefusal) {
+  const Servant_var servant = new ServantUnderTest;
+  NodeIterator_I_var iterator;
+  topologicalLink::TopologicalLinkList_T_var links;
+  topologicalLink::TopologicalLinkIterator_I_var linkIterator;
+  const std::vector<std::function<void()>> operations = {
+      [&] { servant->getProtectSubnetworkViewInfo(1, nodes_.out(), iterator.out()); },
+      [&] { servant->getViewInfoByTopoSubnetwork({}, 1, nodes_.out(), iterator.out()); },
+      [&] { servant->getClockSourceSubnetworkViewInfo(1, nodes_.out(), iterator.out()); },
+      [&] { servant->getAllClockSourceViewlTopologicalLinks(1, links.out(), linkIterator.out()); }};
+  for (const auto& operation : operations) {
+    const auto whenMemoryIsShort = [&] {
+      const fakes::FailingNew failing(0);
+      operation();
+    };
+    EXPECT_DEATH(whenMemoryIsShort(), "bad_alloc");
+  }
+}
+
 TEST_F(TopoServantAllocationDeathTest, EndsTheProcessWhenThereIsNoMemoryForABatch) {
   makeIteratorServant();
   const auto iterators = fakes::registeredIterators();
@@ -98,6 +118,23 @@ TEST_F(TopoServantAllocation, ReleasesListAndServantOnEveryPath) {
   EXPECT_EQ(blocksLeft(refused), before);
   EXPECT_EQ(blocksLeft(refusedByTheAgent), before);
   EXPECT_EQ(blocksLeft(withoutPoa), before);
+}
+
+TEST_F(TopoServantAllocation, ReleasesTheListOfAViewThatFailed) {
+  const Servant_var servant = new ServantUnderTest;
+  fakes::network().indexes = fakes::indexes({5});
+  const auto blocksLeft = [&] {
+    fakes::resetJournal();
+    fakes::onCall("GetNEList late", 1, fakes::raiseProcessException(77));
+    NodeIterator_I_var iterator;
+    EXPECT_THROW(servant->getTopoSubnetworkViewInfo(1, nodes_.out(), iterator.out()),
+                 globaldefs::ProcessingFailureException);
+    fakes::resetJournal();
+    return fakes::liveBlocks();
+  };
+  blocksLeft();  // once for what is made on first use
+  const long before = blocksLeft();
+  EXPECT_EQ(blocksLeft(), before);
 }
 
 }  // namespace

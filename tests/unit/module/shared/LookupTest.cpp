@@ -1,5 +1,7 @@
 #include "topo/Lookup.h"
 
+#include <dlfcn.h>
+
 #include <atomic>
 #include <chrono>
 #include <future>
@@ -186,6 +188,60 @@ TEST_F(TopoLookup, MakesOnePlaceholderForAnyNumberOfThreads) {
   EXPECT_NE(seen.front(), nullptr);
 }
 
+// Whether a thread is blocked at the shared mutex; the C library marks it so.
+bool mutexIsWaitedFor() {
+  constexpr int kLockedWithWaiters = 2;
+  return __atomic_load_n(&_g_actualmutex.__data.__lock, __ATOMIC_SEQ_CST) == kLockedWithWaiters;
+}
+
+TEST_F(TopoLookup, WaitsForTheMutexToFillAPlaceholder) {
+  fakes::publishPlatform();
+  std::atomic<bool> ended{false};
+  ACE_OS::mutex_lock(&_g_actualmutex);
+  auto found = std::async(std::launch::async, [&] {
+    CorbaUtilInterface* const result = topo::lookup<CorbaUtilInterface>();
+    ended = true;
+    return result;
+  });
+  while (!ended && !mutexIsWaitedFor()) {
+    std::this_thread::yield();
+  }
+  EXPECT_FALSE(ended);
+  EXPECT_EQ(placeholder<CorbaUtilInterface>(), nullptr);
+  EXPECT_EQ(fakes::Journal::lines(), Lines{});
+  ACE_OS::mutex_unlock(&_g_actualmutex);
+  EXPECT_EQ(found.get(), &fakes::corbaUtil());
+  EXPECT_NE(placeholder<CorbaUtilInterface>(), nullptr);
+}
+
+TEST_F(TopoLookup, LeavesAPlaceholderThatCameWhileItWaited) {
+  fakes::publishPlatform();
+  NULLServiceInterface other;
+  ACE_OS::mutex_lock(&_g_actualmutex);
+  auto found = std::async(std::launch::async, [] { return topo::lookup<CorbaUtilInterface>(); });
+  while (!mutexIsWaitedFor() &&
+         found.wait_for(std::chrono::seconds(0)) != std::future_status::ready) {
+    std::this_thread::yield();
+  }
+  topo::placeholderSlot<CorbaUtilInterface>.store(&other);
+  ACE_OS::mutex_unlock(&_g_actualmutex);
+  EXPECT_EQ(found.get(), &fakes::corbaUtil());
+  EXPECT_EQ(placeholder<CorbaUtilInterface>(), &other);
+  emptySlot<CorbaUtilInterface>();
+}
+
+TEST_F(TopoLookup, FillsThePlaceholderBeforeItAsksForTheBuffer) {
+  fakes::publishPlatform();
+  NULLServiceInterface* seen = nullptr;
+  fakes::onCall("CheckIFBuf", 1, [&]() -> CORBA::ULong {
+    seen = placeholder<CorbaUtilInterface>();
+    return 0;
+  });
+  topo::lookup<CorbaUtilInterface>();
+  EXPECT_NE(seen, nullptr);
+  EXPECT_EQ(seen, placeholder<CorbaUtilInterface>());
+}
+
 TEST_F(TopoLookup, FillsThePlaceholderWithoutAMutexThatCannotBeTaken) {
   fakes::publishPlatform();
   fakes::makeSharedMutexFail();
@@ -214,6 +270,22 @@ TEST_F(TopoLookup, AnswersWithTheFirstEntryOfTheBuffer) {
   fakes::publish("CorbaUtilInterface", &fakes::corbaUtil());
   fakes::publish("CorbaUtilInterface", second.get());
   EXPECT_EQ(topo::lookup<CorbaUtilInterface>(), &fakes::corbaUtil());
+}
+
+// Whether the program is built to stop at a wrong cast.
+bool castsAreChecked() {
+  return dlsym(RTLD_DEFAULT, "__ubsan_handle_dynamic_type_cache_miss_abort") != nullptr;
+}
+
+TEST_F(TopoLookup, TestsNoTypeInTheBuffer) {
+  if (castsAreChecked()) {
+    GTEST_SKIP() << "the cast of a foreign type is undefined";
+  }
+  load("service", fakes::makeCorbaUtil());
+  NS_BUNDLEMGR1::ServiceInterface* const foreign = &fakes::security();
+  fakes::publish("CorbaUtilInterface", foreign);
+  EXPECT_EQ(static_cast<const void*>(topo::lookup<CorbaUtilInterface>()),
+            static_cast<const void*>(foreign));
 }
 
 TEST_F(TopoLookup, PrefersTheBufferToAServiceObjectThatMatches) {

@@ -2,7 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <memory>
 #include <string>
+#include <vector>
 
 #include "fakes/Journal.h"
 
@@ -123,6 +126,42 @@ TEST(TmfNode, HasFieldsOfTheWidthsOfTheInterface) {
   static_assert(std::is_same_v<decltype(Node_T::nodeParam1), CORBA::Long>);
   static_assert(std::is_same_v<decltype(Node_T::nodeParam2), CORBA::Long>);
   static_assert(std::is_same_v<decltype(TopologicalLink_T::rate), CORBA::Short>);
+}
+
+// Whether the members that are given lie behind one another in memory.
+template <typename... Members>
+bool ascend(const Members&... members) {
+  const std::vector<const char*> addresses = {
+      reinterpret_cast<const char*>(std::addressof(members))...};
+  return std::is_sorted(addresses.begin(), addresses.end());
+}
+
+TEST(TmfNode, HasItsFieldsInTheOrderOfTheInterface) {
+  const auto node = topo::freshRecord<Node_T>();
+  EXPECT_TRUE(ascend(node.name, node.nativeEMSName, node.nodeType, node.nodeParam1, node.nodeParam2,
+                     node.relatedName, node.additionalInfo));
+}
+
+TEST(TmfLink, HasItsFieldsInTheOrderOfTheInterface) {
+  const auto link = topo::freshRecord<TopologicalLink_T>();
+  EXPECT_TRUE(ascend(link.name, link.userLabel, link.nativeEMSName, link.owner, link.direction,
+                     link.rate, link.aEndTP, link.zEndTP, link.additionalInfo));
+}
+
+TEST(TmfPair, HasItsNameBeforeItsValue) {
+  const globaldefs::NameAndStringValue_T pair;
+  EXPECT_TRUE(ascend(pair.name, pair.value));
+}
+
+TEST(TmfLink, HasDirectionsWithTheValuesOfTheInterface) {
+  static_assert(globaldefs::CD_UNI == 0);
+  static_assert(globaldefs::CD_BI == 1);
+}
+
+TEST(TmfException, HasTypesWithTheValuesOfTheInterface) {
+  static_assert(globaldefs::EXCPT_NOT_IMPLEMENTED == 0);
+  static_assert(globaldefs::EXCPT_INTERNAL_ERROR == 1);
+  static_assert(globaldefs::EXCPT_INVALID_INPUT == 2);
 }
 
 // --- Copies.
@@ -298,6 +337,25 @@ TEST(TmfSetLength, OwnsTheRecordsOfAListThatOnlyBorrowedThem) {
   EXPECT_TRUE(nodes.release());
   nodes[0].nativeEMSName = CORBA::string_dup("changed");
   expectSome(borrowed[0], "a");
+}
+
+TEST(TmfSetLength, LeavesRecordsThatItOnlyBorrowedAlone) {
+  Node_T borrowed[3];
+  borrowed[0] = someNode("a");
+  borrowed[1] = someNode("b");
+  borrowed[2] = someNode("c");
+  NodeList_T nodes(3, 3, borrowed, false);
+  topo::setLength(nodes, 1);
+  ASSERT_EQ(nodes.length(), 1U);
+  expectSome(borrowed[1], "b");
+  expectSome(borrowed[2], "c");
+  topo::setLength(nodes, 3);
+  ASSERT_EQ(nodes.length(), 3U);
+  EXPECT_FALSE(nodes.release());
+  EXPECT_EQ(&nodes[0], &borrowed[0]);
+  expectSome(borrowed[0], "a");
+  expectSome(borrowed[1], "b");
+  expectSome(borrowed[2], "c");
 }
 
 TEST(TmfSetLength, ChangesNothingWhenTheLengthStays) {

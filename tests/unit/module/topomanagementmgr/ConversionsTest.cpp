@@ -1,3 +1,4 @@
+#include <set>
 #include <string>
 #include <vector>
 
@@ -128,6 +129,44 @@ TEST_F(TopoNameConversion, NamesAnyOtherClassWithoutANumberByMinusOne) {
 TEST_F(TopoNameConversion, NamesAnFdnWithoutAClassButWithPartsByMinusOne) {
   EXPECT_EQ(convert(kFdn, "NE=5,12"), 0U);
   EXPECT_EQ(conversions(), Lines{"ConvertNEIndexToName(0, -1)"});
+}
+
+TEST_F(TopoNameConversion, NamesAnElementWhosePartIsMissingByMinusOne) {
+  fakes::naming().className = "NE";
+  EXPECT_EQ(convert(kFdn, "OS=1,RACK=8"), 0U);
+  EXPECT_EQ(Journal::linesOf({"GetIntegerValueByName", "Str2Int"}),
+            Lines{"GetIntegerValueByName(\"NE\")"});
+  EXPECT_EQ(conversions(), Lines{"ConvertNEIndexToName(0, -1)"});
+}
+
+TEST_F(TopoNameConversion, NamesAnElementWithoutAnyPartByMinusOneWhateverItsId) {
+  fakes::naming().className = "NE";
+  EXPECT_EQ(convert(kFdn, "12"), 0U);
+  EXPECT_EQ(Journal::count("Str2Int"), 0);
+  EXPECT_EQ(conversions(), Lines{"ConvertNEIndexToName(0, -1)"});
+}
+
+TEST_F(TopoNameConversion, NamesAnOpticalElementWhosePartIsMissingByZero) {
+  fakes::naming().className = "ONE";
+  EXPECT_EQ(convert(kFdn, "OS=1,NE=5"), 0U);
+  EXPECT_EQ(convert(kFdn, "12"), 0U);
+  EXPECT_EQ(Journal::count("Str2Int"), 0);
+  EXPECT_EQ(conversions(), (Lines{"ConvertONEIndexToName(0, 0)", "ConvertONEIndexToName(0, 0)"}));
+}
+
+TEST_F(TopoNameConversion, NamesAManagementSystemWhosePartIsMissingByZero) {
+  fakes::naming().className = "OS";
+  EXPECT_EQ(convert(kFdn, "ONE=6,NE=5"), 0U);
+  EXPECT_EQ(convert(kFdn, "12"), 0U);
+  EXPECT_EQ(Journal::count("Str2Int"), 0);
+  EXPECT_EQ(conversions(), (Lines{"ConvertOSIndexToName(0)", "ConvertOSIndexToName(0)"}));
+}
+
+TEST_F(TopoNameConversion, NamesAnyOtherClassWhosePartIsMissingByMinusOne) {
+  fakes::naming().className = "RACK";
+  EXPECT_EQ(convert(kFdn, "OS=1,NE=5"), 0U);
+  EXPECT_EQ(convert(kFdn, "12"), 0U);
+  EXPECT_EQ(conversions(), (Lines{"ConvertNEIndexToName(0, -1)", "ConvertNEIndexToName(0, 12)"}));
 }
 
 TEST_F(TopoNameConversion, ComparesWholeClassTexts) {
@@ -428,6 +467,22 @@ TEST_F(TopoNodeConversion, ReadsTheTestSwitchAfreshForEveryNode) {
 TEST_F(TopoNodeConversion, PassesOnThatTheUtilityIsMissing) {
   fakes::openBuffer("CorbaUtilInterface").Remove(&fakes::corbaUtil());
   EXPECT_THROW(convert(subnetwork("map")), InterfaceNotExistException);
+}
+
+TEST_F(TopoNodeConversion, LogsEachFailureFromALineOfItsOwn) {
+  TopoNode_T unknownType = subnetwork("map");
+  unknownType.nodeType = 3;
+  TopoNode_T unknownParent = subnetwork("map");
+  unknownParent.parentId = "parent";
+  std::set<int> lines;
+  for (const TopoNode_T& domainNode : {unknownType, subnetwork("0"), unknownParent}) {
+    Journal::clear();
+    EXPECT_EQ(convert(domainNode), topo::ERR_TOPO_CONVERSION);
+    const std::string logged = Journal::linesOf({"TaDebugWithPara"}).at(0);
+    lines.insert(std::stoi(logged.substr(logged.rfind(':') + 1)));
+  }
+  EXPECT_EQ(lines.size(), 3U);
+  EXPECT_GT(*lines.begin(), 0);
 }
 
 // --- Lists.

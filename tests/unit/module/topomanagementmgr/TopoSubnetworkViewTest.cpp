@@ -160,6 +160,24 @@ TEST_F(TopoSubnetworkView, KeepsDuplicatesOfTheElementList) {
   EXPECT_EQ(labels(), (Lines{"NE-5", "NE-5"}));
 }
 
+TEST_F(TopoSubnetworkView, MakesNodesOfTheElementsReceivedNotOfThoseAskedFor) {
+  network().indexes = indexes({5, 6, 7});
+  network().elements = {fakes::elementRecord(fakes::index(9)),
+                        fakes::elementRecord(fakes::index(8))};
+  EXPECT_EQ(view(), 0U);
+  EXPECT_EQ(Journal::linesOf({"GetNEList"}), Lines{"GetNEList([0:5, 0:6, 0:7])"});
+  ASSERT_EQ(labels(), (Lines{"NE-9", "NE-8"}));
+  EXPECT_EQ(printed(nodes_[0].name), "[EMS=EMS-1, ManagedElement=9]");
+  EXPECT_EQ(printed(nodes_[1].name), "[EMS=EMS-1, ManagedElement=8]");
+}
+
+TEST_F(TopoSubnetworkView, AddsNothingWhenNoElementIsReceived) {
+  fillNetwork();
+  network().elements.emplace();
+  EXPECT_EQ(view(), 0U);
+  EXPECT_EQ(labels(), (Lines{"A", "B", "Six"}));
+}
+
 TEST_F(TopoSubnetworkView, DoesNotReadElementsWhenTheTopologyShowsThemAll) {
   fillNetwork();
   network().shownIndexes = indexes({7, 6, 5});
@@ -553,6 +571,27 @@ class TopoSubnetworkViewBase : public TopoSubnetworkView {
 
   topo::Holder<std::vector<TopoNode_T>> holder_;
 };
+
+TEST_F(TopoSubnetworkViewBase, MakesNodesOfTheElementsReceivedNotOfThoseAskedFor) {
+  network().indexes = indexes({5, 6, 7});
+  network().elements = {fakes::elementRecord(fakes::index(9)),
+                        fakes::elementRecord(fakes::index(8))};
+  EXPECT_EQ(base(), 0U);
+  EXPECT_EQ(ids(), (Lines{"9", "8"}));
+}
+
+TEST_F(TopoSubnetworkViewBase, LogsFromAnotherLineThanTheView) {
+  fakes::onEveryCall("GetAllTopoNodes", fakes::raiseProcessException(77));
+  view();
+  base();
+  const Lines logged = Journal::linesOf({"TaDebugWithPara"});
+  ASSERT_EQ(logged.size(), 2U);
+  const int lineOfTheView = std::stoi(logged[0].substr(logged[0].rfind(':') + 1));
+  const int lineOfItsBase = std::stoi(logged[1].substr(logged[1].rfind(':') + 1));
+  EXPECT_GT(lineOfTheView, 0);
+  EXPECT_GT(lineOfItsBase, 0);
+  EXPECT_NE(lineOfTheView, lineOfItsBase);
+}
 
 TEST_F(TopoSubnetworkViewBase, CollectsTopologyAndElements) {
   fillNetwork();

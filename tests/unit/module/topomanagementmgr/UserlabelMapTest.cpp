@@ -1,5 +1,6 @@
 #include "topomanagementmgr/UserlabelMap.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -179,6 +180,32 @@ TEST_F(TopoUserlabelMap, FindsNothingInADirectory) {
   EXPECT_EQ(find(map, "a"), kAbsent);
 }
 
+// A file of the system that may be opened for writing, and whose reading fails at once.
+constexpr const char* kUnreadable = "/proc/self/mem";
+
+bool isUnreadable() {
+  const int file = open(kUnreadable, O_RDWR);
+  char byte = 0;
+  const bool failed = file >= 0 && read(file, &byte, 1) == -1;
+  close(file);
+  return failed;
+}
+
+TEST_F(TopoUserlabelMap, EndsQuietlyWhenReadingFailsAndKeepsItsEntries) {
+  if (!isUnreadable()) {
+    GTEST_SKIP() << kUnreadable << " cannot be opened, or can be read";
+  }
+  write("a;1\n");
+  EXPECT_EQ(find("a"), "1");
+  std::filesystem::remove(fileName_);
+  std::filesystem::create_symlink(kUnreadable, fileName_);
+  EXPECT_EQ(find("a"), "1");
+  EXPECT_EQ(find(""), kAbsent);
+  std::filesystem::remove(fileName_);
+  write("a;2\n");
+  EXPECT_EQ(find("a"), "2");
+}
+
 TEST_F(TopoUserlabelMap, LoadsWithoutALookupToo) {
   write("a;1\n");
   map_.LoadFile();
@@ -188,6 +215,24 @@ TEST_F(TopoUserlabelMap, LoadsWithoutALookupToo) {
 
 TEST_F(TopoUserlabelMap, IsDestroyedThroughItsDestructorAndHasNoOtherVirtualOperation) {
   static_assert(std::has_virtual_destructor_v<Map>);
+}
+
+// Compiles only while the operations of the map are no virtual functions.
+class MapWithOperationsOfItsOwn : public Map {
+ public:
+  using Map::Map;
+  int GetValue(std::string&, const std::string&) { return 5; }
+  int LoadFile() { return 6; }
+};
+
+TEST_F(TopoUserlabelMap, HasOrdinaryFunctionsForItsOperations) {
+  write("a;1\n");
+  MapWithOperationsOfItsOwn map(fileName_);
+  std::string value = kAbsent;
+  EXPECT_EQ(map.GetValue(value, "a"), 5);
+  EXPECT_EQ(map.LoadFile(), 6);
+  EXPECT_EQ(value, kAbsent);
+  EXPECT_EQ(find(map, "a"), "1");
 }
 
 // Runs a check as a user without special rights; true when it held.

@@ -1,9 +1,11 @@
 #include "topomanagementmgrimpl/ResultIterator.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
+#include <functional>
+#include <future>
 #include <memory>
-#include <mutex>
 #include <random>
 #include <string>
 #include <thread>
@@ -105,13 +107,15 @@ class TopoResultIterator : public fakes::OrbFixture {
     Trait::createIterator(makeList(length), howMany, List_out(first_), Iterator_out(iterator_));
   }
 
-  // The code that the creation was refused with; 0 when it was not.
+  // What the creation was refused with; "none" when it was not.
   std::string refusal(CORBA::ULong length, CORBA::ULong howMany) {
     try {
       create(length, howMany);
       return "none";
     } catch (const ProcessingFailureException& failure) {
       return failure.errorReason.in();
+    } catch (const CORBA::SystemException& failure) {
+      return failure._name();
     }
   }
 
@@ -223,6 +227,27 @@ TYPED_TEST(TopoResultIterator, DeliversTheFirstBatchBeforeTheServantIsRegistered
   EXPECT_EQ(delivered, numbers(0, 2));
 }
 
+TYPED_TEST(TopoResultIterator, MayBeDestroyedWhileItIsBeingRegistered) {
+  fakes::onCall("add_Iterator", 1, []() -> CORBA::ULong {
+    dynamic_cast<typename TestFixture::Skeleton*>(fakes::offeredIterator())->destroy();
+    return 0;
+  });
+  this->create(5, 2);
+  EXPECT_EQ(Journal::lines(),
+            (Lines{"getIteratorPoa()", kHolderMade, "add_Iterator()", "deactive_object()"}));
+}
+
+TYPED_TEST(TopoResultIterator, LivesUntilItsCreationIsThroughThoughTheAgentGivesItUpAtOnce) {
+  fakes::onCall("add_Iterator late", 1, []() -> CORBA::ULong {
+    fakes::endIterators();
+    return 0;
+  });
+  this->create(5, 2);
+  EXPECT_EQ(Journal::lines(), (Lines{"getIteratorPoa()", kHolderMade, "add_Iterator()"}));
+  EXPECT_EQ(this->first(), numbers(0, 2));
+  EXPECT_EQ(this->iterator_->getLength(), 3U);
+}
+
 TYPED_TEST(TopoResultIterator, IsActivatedOnTheIteratorPoa) {
   this->create(5, 2);
   const PortableServer::ObjectId_var id =
@@ -330,40 +355,75 @@ TYPED_TEST(TopoResultIterator, DoesNotExistBehindItsLastBatch) {
   EXPECT_EQ(Journal::count("deactive_object"), 1);
 }
 
-TYPED_TEST(TopoResultIterator, NeverDeliversARecordTwiceNorLosesOneWhenManyThreadsAsk) {
-  constexpr CORBA::ULong kLength = 4000;
-  this->create(kLength, 10);
-  Lines all = this->first();
-  const auto servant = this->servant();
-  std::mutex mutex;
-  const auto fetch = [&](unsigned seed, const auto& iterator) {
-    std::mt19937 random(seed);
-    std::uniform_int_distribution<CORBA::ULong> size(0, 20);
-    Lines mine;
-    try {
-      for (bool more = true; more;) {
-        Lines records;
-        more = this->next(iterator, size(random), records);
-        mine.insert(mine.end(), records.begin(), records.end());
-      }
-    } catch (const CORBA::OBJECT_NOT_EXIST&) {
-      // Another thread has fetched the last batch.
+// Fetches batches until there are no more.
+template <typename Next>
+Lines fetchAll(const Next& next) {
+  Lines mine;
+  try {
+    for (bool more = true; more;) {
+      Lines records;
+      more = next(records);
+      mine.insert(mine.end(), records.begin(), records.end());
     }
-    const std::lock_guard<std::mutex> lock(mutex);
-    all.insert(all.end(), mine.begin(), mine.end());
-  };
+  } catch (const CORBA::OBJECT_NOT_EXIST&) {
+    // Another thread has fetched the last batch.
+  }
+  return mine;
+}
+
+// Runs fetchers at the same time; what all of them got, sorted.
+Lines fetchTogether(const std::vector<std::function<Lines()>>& fetchers) {
+  std::atomic<std::size_t> waiting{fetchers.size()};
+  std::vector<Lines> fetched(fetchers.size());
   std::vector<std::thread> threads;
-  for (unsigned i = 0; i < 2; ++i) {
-    threads.emplace_back([&, i] { fetch(i, servant); });
-    threads.emplace_back([&, i] { fetch(i + 100, this->iterator_); });
+  for (std::size_t i = 0; i < fetchers.size(); ++i) {
+    threads.emplace_back([&, i] {
+      --waiting;
+      while (waiting != 0) {
+        std::this_thread::yield();
+      }
+      fetched[i] = fetchers[i]();
+    });
   }
-  for (std::thread& thread : threads) {
-    thread.join();
+  Lines all;
+  for (std::size_t i = 0; i < fetchers.size(); ++i) {
+    threads[i].join();
+    all.insert(all.end(), fetched[i].begin(), fetched[i].end());
   }
-  Lines expected = numbers(0, kLength);
   std::sort(all.begin(), all.end());
-  std::sort(expected.begin(), expected.end());
-  EXPECT_EQ(all, expected);
+  return all;
+}
+
+Lines sorted(Lines lines) {
+  std::sort(lines.begin(), lines.end());
+  return lines;
+}
+
+TYPED_TEST(TopoResultIterator, NeverDeliversARecordTwiceNorLosesOneWhenManyThreadsAsk) {
+  constexpr int kLength = 4000;
+  this->create(kLength, 0);
+  const auto servant = this->servant();
+  std::vector<std::function<Lines()>> fetchers;
+  for (unsigned seed = 0; seed < 4; ++seed) {
+    fetchers.emplace_back([&, seed] {
+      std::mt19937 random(seed);
+      std::uniform_int_distribution<CORBA::ULong> size(0, 20);
+      return fetchAll([&](Lines& records) {
+        return seed % 2 == 0 ? this->next(servant, size(random), records)
+                             : this->next(this->iterator_, size(random), records);
+      });
+    });
+  }
+  EXPECT_EQ(fetchTogether(fetchers), sorted(numbers(0, kLength)));
+}
+
+TYPED_TEST(TopoResultIterator, NeverDeliversARecordTwiceNorLosesOneInBatchesOfOne) {
+  constexpr int kLength = 20000;
+  this->create(kLength, 0);
+  const auto servant = this->servant();
+  const std::vector<std::function<Lines()>> fetchers(
+      4, [&] { return fetchAll([&](Lines& records) { return this->next(servant, 1, records); }); });
+  EXPECT_EQ(fetchTogether(fetchers), sorted(numbers(0, kLength)));
 }
 
 // --- The length.
@@ -487,6 +547,14 @@ TYPED_TEST(TopoResultIterator, IsDestroyedWhenTheAgentRefusesIt) {
   EXPECT_TRUE(CORBA::is_nil(this->iterator_));
 }
 
+TYPED_TEST(TopoResultIterator, IsDestroyedWhenTheRegistrationRaisesASystemException) {
+  fakes::onCall("add_Iterator", 1, fakes::raiseTransient());
+  EXPECT_THROW(this->create(5, 2), CORBA::TRANSIENT);
+  EXPECT_EQ(Journal::lines(),
+            (Lines{"getIteratorPoa()", kHolderMade, "add_Iterator()", kHolderDestroyed}));
+  EXPECT_TRUE(CORBA::is_nil(this->iterator_));
+}
+
 TYPED_TEST(TopoResultIterator, IsRefusedOnAPoaThatIsNotTheOrbsOwn) {
   fakes::PoaStandIn poa;
   fakes::useIteratorPoa(poa.get());
@@ -518,6 +586,46 @@ TYPED_TEST(TopoResultIterator, IsRefusedOnAPoaThatIsBeingTakenDown) {
   EXPECT_TRUE(CORBA::is_nil(this->iterator_));
   EXPECT_EQ(this->first(), numbers(0, 2));
   EXPECT_EQ(fakes::registeredIterators().size(), 1U);
+}
+
+TYPED_TEST(TopoResultIterator, IsRefusedWhetherThePoaIsGoneYetOrNot) {
+  fakes::onCall("add_Iterator", 1, [this]() -> CORBA::ULong {
+    this->orb().iteratorPoa()->destroy(false, false);
+    return 0;
+  });
+  EXPECT_EQ(this->refusal(5, 2), "thrown for 1092092090");
+  EXPECT_EQ(Journal::lines(), (Lines{"getIteratorPoa()", kHolderMade, "add_Iterator()", kCleanup,
+                                     kConversionThrown}));
+  EXPECT_TRUE(CORBA::is_nil(this->iterator_));
+}
+
+TYPED_TEST(TopoResultIterator, IsRefusedWhileThePoaWaitsForARunningRequest) {
+  this->create(5, 2);
+  typename TestFixture::Iterator_var earlier = this->iterator_._retn();
+  std::promise<void> running;
+  std::promise<void> release;
+  fakes::onCall("deactive_object", 1, [&]() -> CORBA::ULong {
+    running.set_value();
+    release.get_future().wait();
+    return 0;
+  });
+  std::thread client([&] { earlier->destroy(); });
+  running.get_future().wait();
+  fakes::onCall("add_Iterator", 2, [this]() -> CORBA::ULong {
+    this->orb().iteratorPoa()->destroy(false, false);
+    return 0;
+  });
+  Journal::clear();
+  EXPECT_EQ(this->refusal(5, 2), "thrown for 1092092090");
+  const Lines lines = Journal::lines();
+  const bool gone = this->orb().iteratorPoa()->_non_existent();
+  release.set_value();
+  client.join();
+  EXPECT_EQ(lines, (Lines{"getIteratorPoa()", kHolderMade, "add_Iterator()", kCleanup,
+                          kConversionThrown}));
+  EXPECT_FALSE(gone);
+  EXPECT_TRUE(CORBA::is_nil(this->iterator_));
+  EXPECT_EQ(this->first(), numbers(0, 2));
 }
 
 // --- Ownership of the POA reference.

@@ -329,11 +329,47 @@ TEST_F(TopoServantViewDeathTest, EndsTheProcessWhenMemoryIsShort) {
   EXPECT_DEATH(view(1), "bad_alloc");
 }
 
+TEST_F(TopoServantViewDeathTest, EndsTheProcessWhenThereIsNoMemoryForTheUserException) {
+  fakes::onCall("GetAllTopoNodes", 1, fakes::raiseProcessException(77));
+  fakes::onCall("ConstructException", 1, fakes::raiseBadAlloc());
+  EXPECT_DEATH(view(1), "bad_alloc");
+}
+
 // --- The servant itself.
 
 TEST(TopoServant, StartsWithOneReference) {
   Servant_var servant = new ServantUnderTest;
   EXPECT_EQ(servant->_refcount_value(), 1U);
+}
+
+TEST(TopoServant, ServesTheInterfaceOfTheManager) {
+  Servant_var servant = new ServantUnderTest;
+  EXPECT_TRUE(servant->_is_a("IDL:TopoManagementManager/TopoMgr_I:1.0"));
+  EXPECT_TRUE(servant->_is_a("IDL:common/Common_I:1.0"));
+  EXPECT_FALSE(servant->_is_a("IDL:TopoManagementManager/TopoMgr_I:1.1"));
+  EXPECT_FALSE(servant->_is_a("IDL:TopoManagementManager/NodeIterator_I:1.0"));
+}
+
+// What a servant of the interface is without anything of its own.
+class BareServant : public virtual POA_TopoManagementManager::TopoMgr_I {};
+
+TEST(TopoServant, HasNoData) {
+  static_assert(sizeof(NS_CORBA::TATopoManagementMgr_IImpl) == sizeof(BareServant));
+}
+
+// Compiles only while the reset of the servant is no virtual function.
+class ServantWithAResetOfItsOwn : public NS_CORBA::TATopoManagementMgr_IImpl {
+ public:
+  int resetObject(const NVSList_T&) { return 5; }
+};
+
+TEST_F(TopoServantAttributes, AreResetByAnOrdinaryFunction) {
+  PortableServer::Servant_var<ServantWithAResetOfItsOwn> servant = new ServantWithAResetOfItsOwn;
+  EXPECT_EQ(servant->resetObject(name_), 5);
+  EXPECT_EQ(Journal::lines(), Lines{});
+  NS_CORBA::TATopoManagementMgr_IImpl& base = *servant.in();
+  base.resetObject(name_);
+  EXPECT_EQ(Journal::count("resetObject"), 1);
 }
 
 TEST_F(TopoServantView, AnswersThroughItsReference) {

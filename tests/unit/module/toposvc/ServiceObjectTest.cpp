@@ -157,11 +157,23 @@ TEST_F(TopoServiceObject, IgnoresWhateverUnregisteringRaises) {
   }
 }
 
+TEST_F(TopoServiceObject, IgnoresThatTheAgentCannotBeReachedToForgetAStaleManager) {
+  for (const fakes::Step& step : {fakes::raiseRuntimeError("broken"), fakes::raiseBadAlloc(),
+                                  fakes::raiseProcessException(7), fakes::raiseTransient()}) {
+    fakes::resetAgent();
+    fakes::resetJournal();
+    fakes::onCall("CorbaBaseAgentConfig::Instance", 1, step);
+    EXPECT_EQ(init(), 0);
+    EXPECT_EQ(registrations(), (Lines{"RegisterMgr(\"TopoManagement\")",
+                                      "RegisterServant(\"TopoManagement\", servant)"}));
+  }
+}
+
 TEST_F(TopoServiceObject, PassesOnThatTheManagerIsRefused) {
   fakes::onCall("RegisterMgr", 1, fakes::raiseProcessException(7));
   EXPECT_THROW(init(), ProcessException);
-  EXPECT_EQ(Journal::lines(),
-            (Lines{"UnregisterMgr(\"TopoManagement\")", "RegisterMgr(\"TopoManagement\")"}));
+  EXPECT_EQ(Journal::lines(), (Lines{"UnregisterMgr(\"TopoManagement\")",
+                                     "RegisterMgr(\"TopoManagement\")", "~MgrFactory()"}));
   EXPECT_TRUE(fakes::registeredServants().empty());
 }
 
@@ -176,6 +188,20 @@ TEST_F(TopoServiceObject, PassesOnThatTheServantIsRefusedAndUndoesNothing) {
   EXPECT_EQ(registrations(),
             (Lines{"UnregisterMgr(\"TopoManagement\")", "RegisterMgr(\"TopoManagement\")",
                    "RegisterServant(\"TopoManagement\", servant)"}));
+}
+
+TEST_F(TopoServiceObject, ReleasesItsRecordWhenTheManagerOrTheServantIsRefused) {
+  for (const char* call : {"RegisterMgr", "RegisterServant"}) {
+    for (const fakes::Step& step : {fakes::raiseProcessException(7),
+                                    fakes::raiseRuntimeError("broken"), fakes::raiseTransient()}) {
+      fakes::resetAgent();
+      fakes::resetJournal();
+      fakes::onCall(call, 1, step);
+      EXPECT_ANY_THROW(init()) << call;
+      EXPECT_EQ(Journal::lines().back(), "~MgrFactory()") << call;
+      EXPECT_EQ(Journal::count("~MgrFactory"), 1) << call;
+    }
+  }
 }
 
 TEST_F(TopoServiceObject, IsNotRegisteredAfterAFailedInit) {
@@ -214,7 +240,7 @@ TEST_F(TopoServiceObject, HandsANullServantOverWhenMemoryIsShort) {
   EXPECT_EQ(error, ENOMEM);
   EXPECT_EQ(Journal::lines(),
             (Lines{"UnregisterMgr(\"TopoManagement\")", "RegisterMgr(\"TopoManagement\")",
-                   "RegisterServant(\"TopoManagement\", null)"}));
+                   "RegisterServant(\"TopoManagement\", null)", "~MgrFactory()"}));
 }
 
 // --- fini.
@@ -251,6 +277,35 @@ TEST_F(TopoServiceObject, IgnoresWhateverUnregisteringRaisesAtTheEnd) {
     fakes::onCall("UnregisterMgr", 2, step);
     EXPECT_EQ(fini(), 0);
     EXPECT_EQ(Journal::linesOf({"TaDebug", "TaDebugWithPara"}), Lines{});
+  }
+}
+
+TEST_F(TopoServiceObject, ReleasesItsRecordOnceTheManagerIsWithdrawn) {
+  init();
+  Journal::clear();
+  EXPECT_EQ(fini(), 0);
+  EXPECT_EQ(Journal::lines(), (Lines{"ServiceObjectBase::fini()",
+                                     "UnregisterMgr(\"TopoManagement\")", "~MgrFactory()"}));
+}
+
+TEST_F(TopoServiceObject, ReleasesItsRecordThoughTheManagerCannotBeWithdrawn) {
+  init();
+  Journal::clear();
+  fakes::onCall("UnregisterMgr", 2, fakes::raiseRuntimeError("broken"));
+  EXPECT_EQ(fini(), 0);
+  EXPECT_EQ(Journal::lines().back(), "~MgrFactory()");
+}
+
+TEST_F(TopoServiceObject, IgnoresThatTheAgentCannotBeReachedAtTheEnd) {
+  for (const fakes::Step& step : {fakes::raiseRuntimeError("broken"), fakes::raiseBadAlloc(),
+                                  fakes::raiseProcessException(7), fakes::raiseTransient()}) {
+    fakes::resetAgent();
+    fakes::resetJournal();
+    init();
+    Journal::clear();
+    fakes::onCall("CorbaBaseAgentConfig::Instance", 3, step);  // the first two are of init
+    EXPECT_EQ(fini(), 0);
+    EXPECT_EQ(Journal::lines(), (Lines{"ServiceObjectBase::fini()", "~MgrFactory()"}));
   }
 }
 
