@@ -26,8 +26,18 @@ class TopoManagementMgr {
   // descriptive pairs more. Returns the code of a failed domain query.
   static CORBA::ULong getTopoSubnetworkViewInfo(TopoManagementManager::NodeList_T& nodes);
 
-  // The domain nodes of that view. Returns the code of a failed domain query; what was collected
-  // before it stays in the holder.
+  // The nodes of the topo subnetwork view without their descriptive pairs. Returns the code of a
+  // failed domain query.
+  static CORBA::ULong getProtectSubnetworkViewInfo(TopoManagementManager::NodeList_T& nodes);
+
+  // Every node below a topo subnetwork at any depth, in the domain's order, without the subnetwork
+  // itself. A failed domain query is logged and leaves the view with what was collected before it.
+  // Throws ProcessException, after reporting it to the agent, when the name has no domain id.
+  static CORBA::ULong getViewInfoByTopoSubnetwork(TopoManagementManager::NodeList_T& nodes,
+                                                  const globaldefs::NVSList_T& topoSubnetworkName);
+
+  // The domain nodes of the topo subnetwork view. Returns the code of a failed domain query; what
+  // was collected before it stays in the holder.
   static CORBA::ULong getTopoSubnetworkViewBaseInfo(NS_DOMAIN::TopoNodeHolder& nodes);
 
   // --- Steps of the views, and of the notifications.
@@ -57,6 +67,22 @@ class TopoManagementMgr {
   static void addNodeAttributes(TopoManagementManager::NodeList_T& nodes,
                                 const std::vector<NS_DOMAIN::TopoNode_T>& domainNodes,
                                 const LabelLookup& labelOf);
+
+  // One node for every clock position, in order. A position without a number has no name; a
+  // conversion that fails leaves whatever it put into the name. Always 0.
+  static int buildClockSourceNodeList(TopoManagementManager::NodeList_T& nodes,
+                                      const std::vector<NS_DOMAIN::ClockPositionInfo_T>& positions);
+
+  // One link for every clock link of the domain, in order; ends without a number have no name.
+  // Always 0.
+  static int buildClockTopoLinkList(topologicalLink::TopologicalLinkList_T& links,
+                                    const std::vector<NS_DOMAIN::ClockTopoLinkInfo_T>& clockLinks);
+
+  // Whether the chain of parents that begins with parentId leads to a subnetwork. A parent that is
+  // none of the nodes, a root marker and a cycle end the chain; of several nodes with one id the
+  // first counts.
+  static bool isBelowTopoSubnetwork(const std::string& subnetworkId, const std::string& parentId,
+                                    const std::vector<NS_DOMAIN::TopoNode_T>& nodes);
 
   // The entries of all whose number is the number of no entry of shown, in order, duplicates kept.
   static std::vector<NS_DOMAIN::NEIndex> indexesNotShown(

@@ -1,4 +1,5 @@
-// The topo subnetwork view: which domain nodes it shows, and what subnetworks carry in test mode.
+// The topo and the protect subnetwork view: which domain nodes they show, and what subnetworks
+// carry in test mode.
 
 #include <memory>
 #include <mutex>
@@ -23,7 +24,7 @@ using NS_DOMAIN::TopoNodeHolder;
 
 constexpr const char* kFile = "topomanagementmgr";
 
-// The topo subnetwork view logs under the protect view's name, and operators' filters rely on it.
+// Both views log under the protect view's name, and operators' filters rely on it.
 constexpr const char* kViewFailed =
     "[TopoManagementMgr::getProtectSubnetworkViewInfo]: catch processException! errorCode = %d";
 constexpr const char* kBaseInfoFailed =
@@ -201,6 +202,14 @@ CORBA::ULong TopoManagementMgr::getTopoSubnetworkViewInfo(
     addNodeAttributes(nodes, *domainNodes, labelOf);
   }
   return code;
+}
+
+CORBA::ULong TopoManagementMgr::getProtectSubnetworkViewInfo(
+    TopoManagementManager::NodeList_T& nodes) {
+  topo::Holder<std::vector<TopoNode_T>> domainNodes;
+  const CORBA::ULong code =
+      runQuery([&] { collectNodes(*domainNodes.get()); }, __LINE__, kViewFailed);
+  return code != 0 ? code : convertDomainNodesToTmf(nodes, *domainNodes);
 }
 
 CORBA::ULong TopoManagementMgr::getTopoSubnetworkViewBaseInfo(TopoNodeHolder& nodes) {

@@ -6,6 +6,9 @@
 
 #include "platform/agent/Failures.h"
 #include "platform/agent/TECommonFunc.h"
+#include "topo/Holder.h"
+#include "topo/Log.h"
+#include "topo/Lookup.h"
 #include "topomanagementmgr/TopoManagementMgr.h"
 #include "topomanagementmgrimpl/CorbaEdge.h"
 #include "topomanagementmgrimpl/ResultIterator.h"
@@ -19,6 +22,10 @@ using TopoManagementManager::NodeList_T_out;
 
 using NodeIteratorTrait =
     TAIT<POA_TopoManagementManager::NodeIterator_I, NodeList_T, NodeList_T_out>::Trait;
+
+using LinkIteratorTrait =
+    TAIT<POA_topologicalLink::TopologicalLinkIterator_I, topologicalLink::TopologicalLinkList_T,
+         topologicalLink::TopologicalLinkList_T_out>::Trait;
 
 // Runs a view of the business class and splits what it found.
 template <typename View>
@@ -34,11 +41,54 @@ void answerView(const View& view, CORBA::ULong how_many, const NodeList_T_out& n
   NodeIteratorTrait::createIterator(nodes.release(), how_many, nodeList, nodeIt);
 }
 
-void refuseNotImplemented(const char* operation) {
-  topo::atCorbaEdge([&] {
-    const std::string reason = std::string(operation) + " is not implemented";
-    throw globaldefs::ProcessingFailureException(globaldefs::EXCPT_NOT_IMPLEMENTED, reason.c_str());
-  });
+// --- Clock views. The domain query is guarded: whatever it raises becomes a failure code.
+
+struct ClockFailure {
+  topo::LogSite site;
+  const char* text;
+};
+
+constexpr ClockFailure kClockNodesFailed{
+    {"topomanagementmgrimpl", 121},
+    "[TopoManagementMgr::getClockSourceSubnetworkViewInfo]: catch processException! errorCode = "
+    "%d"};
+constexpr ClockFailure kClockLinksFailed{
+    {"topomanagementmgrimpl", 144},
+    "[TopoManagementMgr::getAllClockSourceViewlTopologicalLinks]: catch processException! "
+    "errorCode = %d"};
+
+constexpr int kClockQueryKind = 10;  // what both clock queries are asked for
+
+template <typename Query>
+void runClockQuery(const Query& query, const ClockFailure& failed) {
+  try {
+    query(topo::GetCorbaDomain()->GetTopoData());
+  } catch (ProcessException& failure) {
+    topo::logFormat(failed.site, kLogError, failed.text, failure.errorCode);
+    ThrowException(static_cast<CORBA::ULong>(failure.errorCode));
+  } catch (...) {
+    ThrowException(topo::ERR_TOPO_CONVERSION);
+  }
+}
+
+// Reads clock records through one query of the domain, builds the list and splits it.
+template <typename Trait, typename Info, typename OutList, typename OutIterator>
+void answerClockView(void (NS_DOMAIN::TopoData::*query)(const int&,
+                                                        NS_UTIL::REF_Impl<std::vector<Info>>*,
+                                                        NS_DOMAIN::IntHolder*),
+                     int (*build)(typename Trait::List&, const std::vector<Info>&),
+                     const ClockFailure& failed, CORBA::ULong how_many, const OutList& records,
+                     const OutIterator& iterator) {
+  topo::Holder<std::vector<Info>> infos;
+  topo::Holder<int> count;
+  runClockQuery(
+      [&](NS_DOMAIN::TopoData* topology) {
+        (topology->*query)(kClockQueryKind, infos.get(), count.get());
+      },
+      failed);
+  auto list = std::make_unique<typename Trait::List>();
+  build(*list, *infos);
+  Trait::createIterator(list.release(), how_many, records, iterator);
 }
 
 }  // namespace
@@ -102,26 +152,48 @@ void TATopoManagementMgr_IImpl::getTopoSubnetworkViewInfo(CORBA::ULong how_many,
   });
 }
 
-void TATopoManagementMgr_IImpl::getProtectSubnetworkViewInfo(CORBA::ULong, NodeList_T_out,
-                                                             NodeIterator_I_out) {
-  refuseNotImplemented("getProtectSubnetworkViewInfo");
+void TATopoManagementMgr_IImpl::getProtectSubnetworkViewInfo(CORBA::ULong how_many,
+                                                             NodeList_T_out nodeList,
+                                                             NodeIterator_I_out nodeIt) {
+  topo::atCorbaEdge([&] {
+    answerView(TopoManagementMgr::getProtectSubnetworkViewInfo, how_many, nodeList, nodeIt);
+  });
 }
 
-void TATopoManagementMgr_IImpl::getViewInfoByTopoSubnetwork(const globaldefs::NVSList_T&,
-                                                            CORBA::ULong, NodeList_T_out,
-                                                            NodeIterator_I_out) {
-  refuseNotImplemented("getViewInfoByTopoSubnetwork");
+void TATopoManagementMgr_IImpl::getViewInfoByTopoSubnetwork(
+    const globaldefs::NVSList_T& topoSubnetworkName, CORBA::ULong how_many, NodeList_T_out nodeList,
+    NodeIterator_I_out nodeIt) {
+  topo::atCorbaEdge([&] {
+    if (topo::lookup<CorbaUtilInterface>()->GetObjectType(topoSubnetworkName) !=
+        CorbaUtilInterface::kTopoSubnetworkType) {
+      throw globaldefs::ProcessingFailureException(globaldefs::EXCPT_INVALID_INPUT,
+                                                   "please input topoSubnetwork!");
+    }
+    const auto view = [&](NodeList_T& nodes) {
+      return TopoManagementMgr::getViewInfoByTopoSubnetwork(nodes, topoSubnetworkName);
+    };
+    answerView(view, how_many, nodeList, nodeIt);
+  });
 }
 
-void TATopoManagementMgr_IImpl::getClockSourceSubnetworkViewInfo(CORBA::ULong, NodeList_T_out,
-                                                                 NodeIterator_I_out) {
-  refuseNotImplemented("getClockSourceSubnetworkViewInfo");
+void TATopoManagementMgr_IImpl::getClockSourceSubnetworkViewInfo(CORBA::ULong how_many,
+                                                                 NodeList_T_out nodeList,
+                                                                 NodeIterator_I_out nodeIt) {
+  topo::atCorbaEdge([&] {
+    answerClockView<NodeIteratorTrait>(&NS_DOMAIN::TopoData::GetClockPositionList,
+                                       TopoManagementMgr::buildClockSourceNodeList,
+                                       kClockNodesFailed, how_many, nodeList, nodeIt);
+  });
 }
 
 void TATopoManagementMgr_IImpl::getAllClockSourceViewlTopologicalLinks(
-    CORBA::ULong, topologicalLink::TopologicalLinkList_T_out,
-    topologicalLink::TopologicalLinkIterator_I_out) {
-  refuseNotImplemented("getAllClockSourceViewlTopologicalLinks");
+    CORBA::ULong how_many, topologicalLink::TopologicalLinkList_T_out linkList,
+    topologicalLink::TopologicalLinkIterator_I_out linkIt) {
+  topo::atCorbaEdge([&] {
+    answerClockView<LinkIteratorTrait>(&NS_DOMAIN::TopoData::GetClockTopoLinkList,
+                                       TopoManagementMgr::buildClockTopoLinkList, kClockLinksFailed,
+                                       how_many, linkList, linkIt);
+  });
 }
 
 }  // namespace NS_CORBA

@@ -4,6 +4,7 @@
 #define FAKES_AGENT_H
 
 #include <atomic>
+#include <cstdint>
 #include <deque>
 #include <string>
 #include <vector>
@@ -55,6 +56,20 @@ PortableServer::ServantBase* offeredIterator();
 
 // Ends every registered iterator as the agent's idle time-out does.
 void endIterators();
+
+// --- Failures.
+
+// What NbiException was told about a failure.
+struct ReportedFailure {
+  std::int32_t errorCode = 0;
+  std::int32_t line = 0;
+  std::string file;
+  std::string function;
+  std::string context;
+  std::string detail;
+};
+
+std::vector<ReportedFailure> reportedFailures();
 
 // --- Notifications.
 

@@ -24,6 +24,7 @@ struct State {
   std::vector<PortableServer::ServantBase*> iterators;
   PortableServer::ServantBase* offeredIterator = nullptr;
   std::vector<Notification> notifications;
+  std::vector<ReportedFailure> failures;
 };
 
 std::mutex mutex;
@@ -164,6 +165,11 @@ void endIterators() {
   }
 }
 
+std::vector<ReportedFailure> reportedFailures() {
+  const std::lock_guard<std::mutex> lock(mutex);
+  return state.failures;
+}
+
 std::vector<Notification> notificationsSent() {
   const std::lock_guard<std::mutex> lock(mutex);
   return state.notifications;
@@ -180,6 +186,7 @@ void resetAgent() {
   state.iteratorPoa = PortableServer::POA::_nil();
   state.offeredIterator = nullptr;
   state.notifications.clear();
+  state.failures.clear();
   answers.testSwitch = false;
   answers.testSwitchAnswers.clear();
   answers.emsName = "EMS-1";
@@ -217,6 +224,12 @@ void TaDebugWithPara(int level, const char* format, ...) {
 }
 
 void NbiException(ProcessException& exception) {
+  {
+    const std::lock_guard<std::mutex> lock(fakes::mutex);
+    fakes::state.failures.push_back({exception.errorCode, exception.line, exception.file.str(),
+                                     exception.function.str(), exception.context.str(),
+                                     exception.detail.str()});
+  }
   called("NbiException", std::to_string(exception.errorCode), fakes::here());
 }
 

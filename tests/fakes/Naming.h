@@ -3,6 +3,7 @@
 #ifndef FAKES_NAMING_H
 #define FAKES_NAMING_H
 
+#include <cstdint>
 #include <string>
 
 #include "platform/agent/CorbaUtilInterface.h"
@@ -16,6 +17,9 @@ struct Naming {
   std::string className;            // what GetMoc answers; empty: the class of the last term
   std::string idOfName;             // what Name2Index finds; empty: the last value of the name
   NS_CORBA::ObjectLabelInfo labels;
+  bool leaveLabelsAlone = false;  // GetObjectLabelInfo writes nothing
+  bool leaveNamesAlone = false;   // ConvertNEIndexToName writes nothing
+  std::int32_t addedToKey = 0;    // what ConvertNEIndexToName adds to the first field of its key
 };
 
 Naming& naming();

@@ -44,7 +44,10 @@ class FakeCorbaUtil final : public NS_CORBA::CorbaUtilInterface {
 
   CORBA::ULong ConvertNEIndexToName(globaldefs::NVSList_T& name, DomainObjectKey& key) override {
     const CORBA::ULong code = fakes::called("ConvertNEIndexToName", printed(key));
-    return fill(name, code, "ManagedElement", std::to_string(key.objectNumber));
+    key.first += answers.addedToKey;
+    return answers.leaveNamesAlone
+               ? code
+               : fill(name, code, "ManagedElement", std::to_string(key.objectNumber));
   }
 
   CORBA::ULong ConvertONEIndexToName(globaldefs::NVSList_T& name, DomainObjectKey& key) override {
@@ -80,7 +83,9 @@ class FakeCorbaUtil final : public NS_CORBA::CorbaUtilInterface {
                                   int type) override {
     const CORBA::ULong code =
         fakes::called("GetObjectLabelInfo", quoted(id) + ", " + std::to_string(type));
-    info = answers.labels;
+    if (!answers.leaveLabelsAlone) {
+      info = answers.labels;
+    }
     return code;
   }
 };

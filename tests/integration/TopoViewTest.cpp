@@ -222,38 +222,6 @@ TEST_F(TopoView, SaysWhatToRaiseWhenABatchIsOverTheMessageLimit) {
 
 // --- A client of its own, for what topoctl does not offer.
 
-TEST_F(TopoView, RefusesTheOperationsThatAreNotBuiltYet) {
-  const RunningAgent agent({});
-  const auto client = orb::startClient({});
-  const CORBA::Object_var object = client->get()->string_to_object(agent.corbaloc().c_str());
-  const TopoManagementManager::TopoMgr_I_var manager =
-      TopoManagementManager::TopoMgr_I::_narrow(object);
-  ASSERT_FALSE(CORBA::is_nil(manager));
-  TopoManagementManager::NodeList_T_var nodes;
-  TopoManagementManager::NodeIterator_I_var iterator;
-  topologicalLink::TopologicalLinkList_T_var links;
-  topologicalLink::TopologicalLinkIterator_I_var linkIterator;
-  const globaldefs::NVSList_T name;
-  const auto refused = [](const auto& call) {
-    try {
-      call();
-    } catch (const globaldefs::ProcessingFailureException& failure) {
-      return failure.exceptionType == globaldefs::EXCPT_NOT_IMPLEMENTED;
-    }
-    return false;
-  };
-  EXPECT_TRUE(
-      refused([&] { manager->getProtectSubnetworkViewInfo(1, nodes.out(), iterator.out()); }));
-  EXPECT_TRUE(
-      refused([&] { manager->getViewInfoByTopoSubnetwork(name, 1, nodes.out(), iterator.out()); }));
-  EXPECT_TRUE(
-      refused([&] { manager->getClockSourceSubnetworkViewInfo(1, nodes.out(), iterator.out()); }));
-  EXPECT_TRUE(refused([&] {
-    manager->getAllClockSourceViewlTopologicalLinks(1, links.out(), linkIterator.out());
-  }));
-  EXPECT_TRUE(refused([&] { manager->setOwner(name, "somebody"); }));
-}
-
 TEST_F(TopoView, EndsAnIteratorWithItsLastBatch) {
   const RunningAgent agent({"--network", network(threeNodesAndThreeElements())});
   const auto client = orb::startClient({});

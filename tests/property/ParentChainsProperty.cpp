@@ -1,0 +1,184 @@
+#include "topomanagementmgr/ParentChains.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "Random.h"
+#include "topomanagementmgr/TopoManagementMgr.h"
+
+namespace {
+
+using NS_DOMAIN::TopoNode_T;
+using Nodes = std::vector<TopoNode_T>;
+
+constexpr const char* kRoot = "QNMAP_PHY_SUBMAP";
+constexpr int kMany = 200000;
+
+// The plain walk, a search of the whole list at every step. More steps than there are nodes mean
+// that it goes round.
+bool oracle(const std::string& subnetworkId, const std::string& parentId, const Nodes& nodes) {
+  std::string id = parentId;
+  for (std::size_t steps = 0; steps <= nodes.size(); ++steps) {
+    if (id == subnetworkId) {
+      return true;
+    }
+    if (id == kRoot || id == "0") {
+      return false;
+    }
+    const auto found = std::find_if(nodes.begin(), nodes.end(),
+                                    [&](const TopoNode_T& node) { return node.nodeId == id; });
+    if (found == nodes.end()) {
+      return false;
+    }
+    id = found->parentId;
+  }
+  return false;
+}
+
+TopoNode_T node(const std::string& id, const std::string& parentId) {
+  TopoNode_T result;
+  result.nodeId = id;
+  result.parentId = parentId;
+  return result;
+}
+
+// One of a few ids, now and then a root marker or the id of nobody.
+std::string randomId(Random& random, int spread) {
+  static const char* const kSpecial[] = {"", "0", "00", kRoot, "nobody", "NE=5"};
+  const int number = random.number(-1, spread);
+  return number >= 0 ? std::to_string(number + 1) : kSpecial[random.number(0, 5)];
+}
+
+// With few ids there are many duplicates, with many ids long chains; cycles with both.
+Nodes randomNodes(Random& random, int spread) {
+  Nodes nodes;
+  for (int left = random.number(0, 30); left > 0; --left) {
+    nodes.push_back(node(randomId(random, spread), randomId(random, spread)));
+  }
+  return nodes;
+}
+
+// A random tree whose nodes have different ids, with some of its parents cut or turned round.
+Nodes randomTree(Random& random) {
+  const int size = random.number(1, 40);
+  Nodes nodes;
+  for (int i = 1; i <= size; ++i) {
+    const int parent = random.number(std::max(0, i - 4), i - 1);
+    nodes.push_back(node(std::to_string(i), parent == 0 ? kRoot : std::to_string(parent)));
+  }
+  for (int wounds = random.number(0, 3); wounds > 0; --wounds) {
+    nodes[static_cast<std::size_t>(random.number(0, size - 1))].parentId =
+        random.number(0, 1) == 0 ? "nobody" : std::to_string(random.number(1, size));
+  }
+  for (int swaps = random.number(0, size); swaps > 0; --swaps) {
+    std::swap(nodes[static_cast<std::size_t>(random.number(0, size - 1))],
+              nodes[static_cast<std::size_t>(random.number(0, size - 1))]);
+  }
+  return nodes;
+}
+
+// Asks about every node of a network, and about ids that need not be anyone's.
+void expectTheOraclesAnswers(Random& random, const std::string& subnetworkId, const Nodes& nodes) {
+  topo::ParentChains chains(subnetworkId, nodes);
+  for (const TopoNode_T& each : nodes) {
+    const bool expected = oracle(subnetworkId, each.parentId, nodes);
+    ASSERT_EQ(chains.leadToSubnetwork(each.parentId), expected) << each.parentId;
+    ASSERT_EQ(TopoManagementMgr::isBelowTopoSubnetwork(subnetworkId, each.parentId, nodes),
+              expected)
+        << each.parentId;
+  }
+  // What the answers before have left behind changes nothing, whatever the order.
+  for (int questions = 0; questions < 20; ++questions) {
+    const std::string id = randomId(random, 30);
+    ASSERT_EQ(chains.leadToSubnetwork(id), oracle(subnetworkId, id, nodes)) << id;
+  }
+}
+
+TEST(TopoParentChainsProperty, EqualThePlainWalkThroughRandomNetworks) {
+  Random random;
+  for (int round = 0; round < 3000; ++round) {
+    SCOPED_TRACE("round " + std::to_string(round) + " of seed " + std::to_string(random.seed()));
+    const int spread = random.number(0, 30);
+    const Nodes nodes = randomNodes(random, spread);
+    ASSERT_NO_FATAL_FAILURE(expectTheOraclesAnswers(random, randomId(random, spread), nodes));
+  }
+}
+
+TEST(TopoParentChainsProperty, EqualThePlainWalkThroughWoundedTrees) {
+  Random random;
+  for (int round = 0; round < 2000; ++round) {
+    SCOPED_TRACE("round " + std::to_string(round) + " of seed " + std::to_string(random.seed()));
+    const Nodes nodes = randomTree(random);
+    const std::string subnetworkId =
+        nodes[static_cast<std::size_t>(random.number(0, static_cast<int>(nodes.size()) - 1))]
+            .nodeId;
+    ASSERT_NO_FATAL_FAILURE(expectTheOraclesAnswers(random, subnetworkId, nodes));
+  }
+}
+
+// --- Chains so long that a walk from every node to the end would not come to its end.
+
+// Node n has the parent n - 1; node 1 has the given one.
+Nodes longChain(const std::string& top) {
+  Nodes nodes;
+  nodes.reserve(kMany);
+  for (int i = 1; i <= kMany; ++i) {
+    nodes.push_back(node(std::to_string(i), i == 1 ? top : std::to_string(i - 1)));
+  }
+  return nodes;
+}
+
+// How many nodes of a network are below a subnetwork.
+int countBelow(const std::string& subnetworkId, const Nodes& nodes) {
+  topo::ParentChains chains(subnetworkId, nodes);
+  int below = 0;
+  for (const TopoNode_T& each : nodes) {
+    below += chains.leadToSubnetwork(each.parentId) ? 1 : 0;
+  }
+  return below;
+}
+
+TEST(TopoLongParentChains, LeadToTheTopFromWhicheverEndTheyAreListed) {
+  Nodes nodes = longChain("S");
+  EXPECT_EQ(countBelow("S", nodes), kMany);
+  std::reverse(nodes.begin(), nodes.end());
+  EXPECT_EQ(countBelow("S", nodes), kMany);
+}
+
+TEST(TopoLongParentChains, LeadToASubnetworkInTheMiddle) {
+  Nodes nodes = longChain(kRoot);
+  const int middle = kMany / 2;
+  EXPECT_EQ(countBelow(std::to_string(middle), nodes), kMany - middle);
+  std::reverse(nodes.begin(), nodes.end());
+  EXPECT_EQ(countBelow(std::to_string(middle), nodes), kMany - middle);
+}
+
+TEST(TopoLongParentChains, LeadNowhereWhenTheyEndElsewhere) {
+  for (const char* top : {kRoot, "nobody"}) {
+    Nodes nodes = longChain(top);
+    EXPECT_EQ(countBelow("S", nodes), 0) << top;
+    std::reverse(nodes.begin(), nodes.end());
+    EXPECT_EQ(countBelow("S", nodes), 0) << top;
+  }
+}
+
+TEST(TopoLongParentChains, LeadNowhereWhenTheyGoRound) {
+  for (const int top : {1, kMany / 2, kMany}) {
+    Nodes nodes = longChain(std::to_string(top));
+    EXPECT_EQ(countBelow("S", nodes), 0) << top;
+    std::reverse(nodes.begin(), nodes.end());
+    EXPECT_EQ(countBelow("S", nodes), 0) << top;
+  }
+}
+
+TEST(TopoLongParentChains, LeadThroughACycleThatHasTheSubnetworkInIt) {
+  Nodes nodes = longChain(std::to_string(kMany));
+  EXPECT_EQ(countBelow("1000", nodes), kMany);
+  std::reverse(nodes.begin(), nodes.end());
+  EXPECT_EQ(countBelow("1000", nodes), kMany);
+}
+
+}  // namespace

@@ -1,0 +1,317 @@
+#include <new>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "fakes/Fixture.h"
+#include "platform/framework/ProcessException.h"
+#include "topomanagementmgr/LoggedError.h"
+#include "topomanagementmgr/TopoManagementMgr.h"
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+using fakes::element;
+using fakes::indexes;
+using fakes::Journal;
+using fakes::network;
+using fakes::printed;
+using fakes::subnetwork;
+using NS_DOMAIN::TopoNode_T;
+using TopoManagementManager::Node_T;
+using TopoManagementManager::NodeList_T;
+
+constexpr const char* kVendorAlone = "[Vendor=KORVANE TECHNOLOGIES CO., LTD]";
+constexpr const char* kOperation = "getProtectSubnetworkViewInfo";
+
+// All that a client sees of a node but its additional information.
+Lines textsOf(const NodeList_T& nodes) {
+  Lines texts;
+  for (CORBA::ULong i = 0; i < nodes.length(); ++i) {
+    const Node_T& node = nodes[i];
+    texts.push_back(printed(node.name) + " " + node.nativeEMSName.in() + " " +
+                    std::to_string(node.nodeType) + " " + std::to_string(node.nodeParam1) + " " +
+                    std::to_string(node.nodeParam2) + " " + printed(node.relatedName));
+  }
+  return texts;
+}
+
+Lines domainCalls() {
+  return Journal::linesOf({"CheckIFBuf", "GetFacet", "GetTopoData", "GetAllTopoNodes", "GetNEData",
+                           "GetNEIndexList", "GetNEList"});
+}
+
+class TopoProtectSubnetworkView : public fakes::PlatformFixture {
+ protected:
+  CORBA::ULong view() { return TopoManagementMgr::getProtectSubnetworkViewInfo(nodes_); }
+
+  NodeList_T topoView() {
+    NodeList_T nodes;
+    EXPECT_EQ(TopoManagementMgr::getTopoSubnetworkViewInfo(nodes), 0U);
+    return nodes;
+  }
+
+  // Two subnetworks, one in the other, and an element; elements 5, 6, 7, of which 6 is shown.
+  static void fillNetwork() {
+    network().nodes = {subnetwork("a", "A"), subnetwork("b", "B"), element("NE=6", "Six")};
+    network().nodes[0].extendedAttributes.emplace_back("key", "Hall4||3");
+    network().nodes[1].parentId = "a";
+    network().nodes[1].parentType = NS_DOMAIN::kTopoSubnetwork;
+    network().nodes[1].attribute3 = 3;
+    network().nodes[1].attribute4 = -4;
+    network().indexes = indexes({5, 6, 7});
+    network().shownIndexes = indexes({6});
+  }
+
+  Lines labels() {
+    Lines result;
+    for (CORBA::ULong i = 0; i < nodes_.length(); ++i) {
+      result.emplace_back(nodes_[i].nativeEMSName.in());
+    }
+    return result;
+  }
+
+  NodeList_T nodes_;
+};
+
+// --- The nodes.
+
+TEST_F(TopoProtectSubnetworkView, ShowsTheNodesOfTheTopoViewInTheSameOrder) {
+  fillNetwork();
+  EXPECT_EQ(view(), 0U);
+  EXPECT_EQ(labels(), (Lines{"A", "B", "Six", "NE-5", "NE-7"}));
+  EXPECT_EQ(textsOf(nodes_), textsOf(topoView()));
+  for (CORBA::ULong i = 0; i < nodes_.length(); ++i) {
+    EXPECT_EQ(nodes_[i].additionalInfo.length(), 0U);
+  }
+}
+
+TEST_F(TopoProtectSubnetworkView, ShowsTheNodesOfTheTopoViewInTestModeToo) {
+  fillNetwork();
+  fakes::agent().testSwitch = true;
+  EXPECT_EQ(view(), 0U);
+  EXPECT_EQ(labels(), (Lines{"A", "B", "Six"}));
+  EXPECT_EQ(textsOf(nodes_), textsOf(topoView()));
+}
+
+TEST_F(TopoProtectSubnetworkView, GivesSubnetworksOnePairWhereTheTopoViewGivesSeven) {
+  fillNetwork();
+  fakes::agent().testSwitch = true;
+  EXPECT_EQ(view(), 0U);
+  const NodeList_T other = topoView();
+  for (const CORBA::ULong i : {0U, 1U}) {
+    EXPECT_EQ(printed(nodes_[i].additionalInfo), kVendorAlone);
+    EXPECT_EQ(other[i].additionalInfo.length(), 7U);
+  }
+}
+
+TEST_F(TopoProtectSubnetworkView, GivesElementsTheVendorInTestMode) {
+  fillNetwork();
+  fakes::agent().testSwitch = true;
+  EXPECT_EQ(view(), 0U);
+  EXPECT_EQ(printed(nodes_[2].additionalInfo), kVendorAlone);
+}
+
+TEST_F(TopoProtectSubnetworkView, IsEmptyForAnEmptyDomain) {
+  for (const bool testSwitch : {false, true}) {
+    fakes::agent().testSwitch = testSwitch;
+    EXPECT_EQ(view(), 0U);
+    EXPECT_EQ(nodes_.length(), 0U);
+  }
+}
+
+TEST_F(TopoProtectSubnetworkView, LeavesOutNodesThatDoNotConvert) {
+  fillNetwork();
+  network().nodes[1].nodeType = 3;
+  fakes::onCall("ConvertNEIndexToName", 2, fakes::giveCode(9));  // the first one is Six
+  EXPECT_EQ(view(), 0U);
+  EXPECT_EQ(labels(), (Lines{"A", "Six", "NE-7"}));
+  EXPECT_EQ(loggedErrorWithoutLine(), "0 errors");
+}
+
+TEST_F(TopoProtectSubnetworkView, DoesNotMindASubnetworkWithoutAName) {
+  network().nodes = {subnetwork("a", "A")};
+  fakes::naming().emptyTopoNodeNames = true;
+  fakes::agent().testSwitch = true;
+  EXPECT_EQ(view(), 0U);
+  EXPECT_EQ(labels(), Lines{"A"});
+}
+
+TEST_F(TopoProtectSubnetworkView, FollowsASwitchThatGoesOnDuringTheView) {
+  network().nodes = {subnetwork("a", "A")};
+  network().indexes = indexes({5});
+  fakes::agent().testSwitchAnswers = {false, true, true};
+  EXPECT_EQ(view(), 0U);
+  EXPECT_EQ(labels(), (Lines{"A", "NE-5"}));
+  for (const CORBA::ULong i : {0U, 1U}) {
+    EXPECT_EQ(printed(nodes_[i].additionalInfo), kVendorAlone);
+  }
+}
+
+TEST_F(TopoProtectSubnetworkView, FollowsASwitchThatGoesOffDuringTheView) {
+  network().nodes = {subnetwork("a", "A")};
+  network().indexes = indexes({5});
+  fakes::agent().testSwitchAnswers = {true, false};
+  EXPECT_EQ(view(), 0U);
+  EXPECT_EQ(labels(), Lines{"A"});
+  EXPECT_EQ(nodes_[0].additionalInfo.length(), 0U);
+}
+
+TEST_F(TopoProtectSubnetworkView, ReadsTheDomainAnewForEveryView) {
+  network().nodes = {subnetwork("a", "A")};
+  view();
+  network().nodes = {subnetwork("b", "B")};
+  EXPECT_EQ(view(), 0U);
+  EXPECT_EQ(labels(), Lines{"B"});
+  EXPECT_EQ(Journal::count("GetAllTopoNodes"), 2);
+}
+
+TEST_F(TopoProtectSubnetworkView, MayRunInManyThreads) {
+  fillNetwork();
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 4; ++i) {
+    threads.emplace_back([] {
+      NodeList_T nodes;
+      EXPECT_EQ(TopoManagementMgr::getProtectSubnetworkViewInfo(nodes), 0U);
+      EXPECT_EQ(nodes.length(), 5U);
+    });
+  }
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
+}
+
+// --- The calls.
+
+TEST_F(TopoProtectSubnetworkView, MakesTheseCallsInThisOrder) {
+  network().nodes = {subnetwork("a", "A")};
+  network().indexes = indexes({5, 6});
+  network().shownIndexes = indexes({6});
+  EXPECT_EQ(view(), 0U);
+  EXPECT_EQ(Journal::lines(),
+            (Lines{"CheckIFBuf(\"DomainInterface\")", "GetFacet(\"CORBA\")", "GetTopoData()",
+                   "GetAllTopoNodes()", "GetTestSwitch()", "GetNEData()", "GetNEIndexList(false)",
+                   "GetNEIndexList(true)", "GetNEData()", "GetNEList([0:5])",
+                   "CheckIFBuf(\"CorbaUtilInterface\")", "ConvertTopoNodeIdToName(\"a\")",
+                   "GetTestSwitch()", "GetSpliteFDNData(\"5\", \",\")", "GetMoc(\"5\")",
+                   "Str2Int(\"5\")", "CheckIFBuf(\"CorbaUtilInterface\")",
+                   "ConvertNEIndexToName(0, 5)", "GetTestSwitch()"}));
+}
+
+TEST_F(TopoProtectSubnetworkView, MakesTheseCallsInTestMode) {
+  network().nodes = {subnetwork("a", "A")};
+  network().indexes = indexes({5});
+  fakes::agent().testSwitch = true;
+  EXPECT_EQ(view(), 0U);
+  EXPECT_EQ(Journal::lines(),
+            (Lines{"CheckIFBuf(\"DomainInterface\")", "GetFacet(\"CORBA\")", "GetTopoData()",
+                   "GetAllTopoNodes()", "GetTestSwitch()", "CheckIFBuf(\"CorbaUtilInterface\")",
+                   "ConvertTopoNodeIdToName(\"a\")", "GetTestSwitch()"}));
+}
+
+TEST_F(TopoProtectSubnetworkView, AsksTheDomainForWhatTheTopoViewAsksFor) {
+  fillNetwork();
+  view();
+  const Lines asked = domainCalls();
+  Journal::clear();
+  topoView();
+  EXPECT_EQ(asked, domainCalls());
+}
+
+TEST_F(TopoProtectSubnetworkView, DoesNotReadElementsWhenTheTopologyShowsThemAll) {
+  fillNetwork();
+  network().shownIndexes = indexes({7, 6, 5});
+  EXPECT_EQ(view(), 0U);
+  EXPECT_EQ(labels(), (Lines{"A", "B", "Six"}));
+  EXPECT_EQ(Journal::count("GetNEData"), 1);
+  EXPECT_EQ(Journal::count("GetNEList"), 0);
+}
+
+// --- Failures.
+
+TEST_F(TopoProtectSubnetworkView, ReturnsTheCodeOfEveryFailedQuery) {
+  fillNetwork();
+  for (const char* query :
+       {"GetFacet", "GetTopoData", "GetAllTopoNodes", "GetAllTopoNodes late", "GetNEData",
+        "GetNEIndexList", "GetNEIndexList late", "GetNEList", "GetNEList late"}) {
+    fakes::resetJournal();
+    fakes::onCall(query, 1, fakes::raiseProcessException(77));
+    EXPECT_EQ(view(), 77U) << query;
+    EXPECT_EQ(loggedErrorWithoutLine(), caughtBy(kOperation, "77")) << query;
+  }
+}
+
+TEST_F(TopoProtectSubnetworkView, ReturnsTheCodeOfEverySecondQuery) {
+  fillNetwork();
+  for (const char* query : {"GetNEData", "GetNEIndexList", "GetNEIndexList late"}) {
+    fakes::resetJournal();
+    fakes::onCall(query, 2, fakes::raiseProcessException(78));
+    EXPECT_EQ(view(), 78U) << query;
+    EXPECT_EQ(loggedErrorWithoutLine(), caughtBy(kOperation, "78")) << query;
+    EXPECT_EQ(Journal::count("GetNEList"), 0) << query;
+  }
+}
+
+TEST_F(TopoProtectSubnetworkView, ConvertsNothingWhenAQueryFailed) {
+  fillNetwork();
+  fakes::onCall("GetNEList", 1, fakes::raiseProcessException(77));
+  view();
+  EXPECT_EQ(nodes_.length(), 0U);
+  EXPECT_EQ(Journal::count("ConvertTopoNodeIdToName"), 0);
+}
+
+TEST_F(TopoProtectSubnetworkView, LogsTheCodeAsASignedNumber) {
+  fakes::onCall("GetAllTopoNodes", 1, fakes::raiseProcessException(-5));
+  EXPECT_EQ(view(), 4294967291U);
+  EXPECT_EQ(loggedErrorWithoutLine(), caughtBy(kOperation, "-5"));
+}
+
+TEST_F(TopoProtectSubnetworkView, ReturnsTheCodeOfAMissingDomain) {
+  fakes::openBuffer("DomainInterface").Remove(&fakes::domainInterface());
+  EXPECT_EQ(view(), 1092091908U);
+  EXPECT_EQ(loggedErrorWithoutLine(), caughtBy(kOperation, "1092091908"));
+}
+
+TEST_F(TopoProtectSubnetworkView, GoesOnWithWhatItHasWhenAQueryFailsWithoutACode) {
+  fillNetwork();
+  fakes::onCall("GetNEIndexList", 1, fakes::raiseProcessException(0));
+  EXPECT_EQ(view(), 0U);
+  EXPECT_EQ(labels(), (Lines{"A", "B", "Six"}));
+  EXPECT_EQ(loggedErrorWithoutLine(), caughtBy(kOperation, "0"));
+}
+
+TEST_F(TopoProtectSubnetworkView, KeepsNodesOfAQueryThatFailsLateWithoutACode) {
+  fillNetwork();
+  fakes::onCall("GetAllTopoNodes late", 1, fakes::raiseProcessException(0));
+  EXPECT_EQ(view(), 0U);
+  EXPECT_EQ(labels(), (Lines{"A", "B", "Six"}));
+  EXPECT_EQ(Journal::count("GetTestSwitch"), 3);  // of the nodes alone
+}
+
+TEST_F(TopoProtectSubnetworkView, PassesOnThatTheUtilityIsMissing) {
+  fillNetwork();
+  fakes::openBuffer("CorbaUtilInterface").Remove(&fakes::corbaUtil());
+  EXPECT_THROW(view(), InterfaceNotExistException);
+  EXPECT_EQ(loggedErrorWithoutLine(), "0 errors");
+}
+
+TEST_F(TopoProtectSubnetworkView, PassesOnEveryOtherException) {
+  fillNetwork();
+  for (const char* call : {"GetFacet", "GetTopoData", "GetAllTopoNodes", "GetNEIndexList",
+                           "GetNEList", "ConvertTopoNodeIdToName"}) {
+    fakes::resetJournal();
+    fakes::onCall(call, 1, fakes::raiseRuntimeError("broken"));
+    EXPECT_THROW(view(), std::runtime_error) << call;
+    fakes::resetJournal();
+    fakes::onCall(call, 1, fakes::raiseBadAlloc());
+    EXPECT_THROW(view(), std::bad_alloc) << call;
+    fakes::resetJournal();
+    fakes::onCall(call, 1, fakes::raiseTransient());
+    EXPECT_THROW(view(), CORBA::TRANSIENT) << call;
+    EXPECT_EQ(loggedErrorWithoutLine(), "0 errors");
+  }
+}
+
+}  // namespace

@@ -1,0 +1,102 @@
+// Clock positions and clock links as TMF records.
+
+#include <cstdlib>
+
+#include "platform/agent/AgentConfig.h"
+#include "topo/Lookup.h"
+#include "topo/TmfRecords.h"
+#include "topomanagementmgr/TopoManagementMgr.h"
+
+namespace {
+
+using NS_CORBA::CorbaUtilInterface;
+using NS_CORBA::DomainObjectKey;
+using NS_DOMAIN::ClockPositionInfo_T;
+using NS_DOMAIN::ClockTopoLinkInfo_T;
+using topologicalLink::TopologicalLink_T;
+
+// The TMF name of the object that a reference (text, "=", decimal number) means; an empty name when
+// there is no "=". One key serves a whole list; only its number is ever written.
+globaldefs::NVSList_T nameOfReference(const std::string& reference, DomainObjectKey& key) {
+  globaldefs::NVSList_T name;
+  const std::size_t separator = reference.find('=');
+  if (separator != std::string::npos) {
+    key.objectNumber =
+        static_cast<std::int32_t>(std::strtoll(reference.c_str() + separator + 1, nullptr, 10));
+    topo::lookup<CorbaUtilInterface>()->ConvertNEIndexToName(name, key);
+  }
+  return name;
+}
+
+void fillNode(TopoManagementManager::Node_T& node, const ClockPositionInfo_T& position,
+              DomainObjectKey& key) {
+  node.name = nameOfReference(position.reference, key);
+  node.nativeEMSName = CORBA::string_dup(position.label.c_str());
+  node.nodeParam1 = position.value1;
+  node.nodeParam2 = position.value2;
+  node.nodeType = 0;
+  node.relatedName = globaldefs::NVSList_T();
+  node.additionalInfo = globaldefs::NVSList_T();
+}
+
+globaldefs::NVSList_T nameOfLink(const std::string& linkId) {
+  globaldefs::NVSList_T name;
+  topo::setLength(name, 2);
+  topo::setPair(name, 0, "EMS", NS_CORBA::CorbaBaseAgentConfig::Instance()->EmsName());
+  topo::setPair(name, 1, "ClockTopoLinkId", linkId);
+  return name;
+}
+
+// A stored label replaces the default one completely.
+std::string userLabelOf(const ClockTopoLinkInfo_T& clockLink) {
+  NS_CORBA::ObjectLabelInfo info;
+  topo::lookup<CorbaUtilInterface>()->GetObjectLabelInfo(info, clockLink.linkId,
+                                                         CorbaUtilInterface::kClockTopoLinkType);
+  return info.userLabel.empty() ? "Links:" + clockLink.nativeName : info.userLabel;
+}
+
+// The type stands before the first "/" of a link's native name.
+globaldefs::NVSList_T linkTypeInfo(const std::string& nativeName) {
+  const std::size_t separator = nativeName.find('/');
+  globaldefs::NVSList_T info;
+  topo::setLength(info, 1);
+  topo::setPair(info, 0, "TOPO_LINK_TYPE",
+                separator == std::string::npos ? "" : nativeName.substr(0, separator));
+  return info;
+}
+
+void fillLink(TopologicalLink_T& link, const ClockTopoLinkInfo_T& clockLink, DomainObjectKey& key) {
+  link.name = nameOfLink(clockLink.linkId);
+  link.userLabel = CORBA::string_dup(userLabelOf(clockLink).c_str());
+  link.nativeEMSName = CORBA::string_dup(clockLink.nativeName.c_str());
+  link.owner = CORBA::string_dup("");
+  link.direction = globaldefs::CD_UNI;
+  link.rate = 0;
+  link.aEndTP = nameOfReference(clockLink.aEndReference, key);
+  link.zEndTP = nameOfReference(clockLink.zEndReference, key);
+  link.additionalInfo = linkTypeInfo(clockLink.nativeName);
+}
+
+// Makes one record of each item, in order.
+template <typename List, typename Item, typename Fill>
+int buildList(List& list, const std::vector<Item>& items, const Fill& fill) {
+  topo::setLength(list, static_cast<CORBA::ULong>(items.size()));
+  DomainObjectKey key;
+  CORBA::ULong next = 0;
+  for (const Item& item : items) {
+    fill(topo::at(list, next++), item, key);
+  }
+  return 0;
+}
+
+}  // namespace
+
+int TopoManagementMgr::buildClockSourceNodeList(TopoManagementManager::NodeList_T& nodes,
+                                                const std::vector<ClockPositionInfo_T>& positions) {
+  return buildList(nodes, positions, fillNode);
+}
+
+int TopoManagementMgr::buildClockTopoLinkList(topologicalLink::TopologicalLinkList_T& links,
+                                              const std::vector<ClockTopoLinkInfo_T>& clockLinks) {
+  return buildList(links, clockLinks, fillLink);
+}

@@ -1,0 +1,55 @@
+// The view below one topo subnetwork.
+
+#include "topo/Holder.h"
+#include "topo/Lookup.h"
+#include "topo/PlatformFailure.h"
+#include "topomanagementmgr/ParentChains.h"
+#include "topomanagementmgr/TopoManagementMgr.h"
+
+namespace {
+
+using NS_DOMAIN::TopoNode_T;
+
+constexpr const char* kFile = "topomanagementmgr";
+constexpr const char* kNoIndex =
+    "TopoManagementMgr::getViewInfoByTopoSubnetwork, Name2Index Error!!";
+
+// The domain id of a named subnetwork.
+std::string subnetworkIdOf(const globaldefs::NVSList_T& name) {
+  std::string id;
+  const CORBA::ULong code = topo::lookup<NS_CORBA::CorbaUtilInterface>()->Name2Index(id, name);
+  if (code != 0) {
+    ProcessException failure;
+    topo::reportFailure(failure, {kFile, __LINE__}, static_cast<std::int32_t>(code), kNoIndex);
+    throw failure;
+  }
+  return id;
+}
+
+void selectBelow(const std::string& subnetworkId, const std::vector<TopoNode_T>& all,
+                 std::vector<TopoNode_T>& selected) {
+  topo::ParentChains chains(subnetworkId, all);
+  for (const TopoNode_T& node : all) {
+    if (chains.leadToSubnetwork(node.parentId)) {
+      selected.push_back(node);
+    }
+  }
+}
+
+}  // namespace
+
+bool TopoManagementMgr::isBelowTopoSubnetwork(const std::string& subnetworkId,
+                                              const std::string& parentId,
+                                              const std::vector<TopoNode_T>& nodes) {
+  return topo::ParentChains(subnetworkId, nodes).leadToSubnetwork(parentId);
+}
+
+CORBA::ULong TopoManagementMgr::getViewInfoByTopoSubnetwork(
+    TopoManagementManager::NodeList_T& nodes, const globaldefs::NVSList_T& topoSubnetworkName) {
+  topo::Holder<std::vector<TopoNode_T>> all;
+  topo::Holder<std::vector<TopoNode_T>> selected;
+  // A failed collection has been logged; the view goes on with what there is.
+  static_cast<void>(getTopoSubnetworkViewBaseInfo(*all.get()));
+  selectBelow(subnetworkIdOf(topoSubnetworkName), *all, *selected);
+  return convertDomainNodesToTmf(nodes, *selected);
+}
