@@ -4,11 +4,13 @@
 #include <utility>
 
 #include "agent/bundle/ModuleLoader.h"
+#include "agent/domain/AttributeService.h"
 #include "agent/domain/DomainService.h"
 #include "agent/domain/Naming.h"
 #include "agent/domain/NetworkModel.h"
 #include "agent/domain/NetworkReader.h"
 #include "agent/domain/NetworkStore.h"
+#include "agent/northbound/CommonAttributes.h"
 #include "agent/northbound/Log.h"
 #include "agent/northbound/NamingEntry.h"
 #include "agent/northbound/Northbound.h"
@@ -46,6 +48,11 @@ orb::Options orbOptions(const Options& options) {
   orb::Options result;
   result.maxMessageBytes = options.maxMessageBytes;
   return result;
+}
+
+IteratorLimits iteratorLimits(const Options& options) {
+  const std::chrono::duration<double> timeout(options.iteratorTimeoutSeconds);
+  return {std::chrono::duration_cast<std::chrono::milliseconds>(timeout), options.maxIterators};
 }
 
 // The network that is served: the store's, which is loaded from the network file when it is new.
@@ -97,7 +104,9 @@ class Agent::Parts {
         model_(std::move(network_)),
         domain_("DomainInterface", model_),
         naming_("CorbaUtilInterface", emsName_, model_),
-        northbound_(*server_, emsName_, options.testSwitch),
+        attributes_(emsName_, *store_, model_),
+        offeredAttributes_(attributes_),
+        northbound_(*server_, emsName_, options.testSwitch, iteratorLimits(options)),
         loader_(options.module) {}
 
   ~Parts() {
@@ -158,6 +167,8 @@ class Agent::Parts {
   NetworkModel model_;
   Published<DomainService> domain_;
   Published<NamingService> naming_;
+  AttributeService attributes_;
+  const OfferedAttributes offeredAttributes_;
   Northbound northbound_;
   ModuleLoader loader_;
   std::unique_ptr<NamingEntry> entry_;

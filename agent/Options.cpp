@@ -92,6 +92,15 @@ void declareOptions(CLI::App& app, Options& options, std::string& endpoint) {
       ->type_name("BYTES")
       ->capture_default_str()
       ->check(CLI::Range(orb::kMinMaxMessageBytes, orb::kMaxMaxMessageBytes));
+  app.add_option("--iterator-timeout", options.iteratorTimeoutSeconds,
+                 "seconds until an iterator that nobody asks is reclaimed")
+      ->type_name("S")
+      ->capture_default_str()
+      ->check(CLI::Range(0.001, 1e6));
+  app.add_option("--max-iterators", options.maxIterators, "iterators that may live at once")
+      ->type_name("N")
+      ->capture_default_str()
+      ->check(CLI::Range(std::size_t{1}, std::size_t{1000000}));
 }
 
 }  // namespace

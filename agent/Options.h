@@ -24,6 +24,8 @@ struct Options {
   std::string naming;  // empty: none
   int logLevel = 1;
   std::size_t maxMessageBytes = orb::kDefaultMaxMessageBytes;
+  double iteratorTimeoutSeconds = 300;
+  std::size_t maxIterators = 1000;
 };
 
 // The command line or the configuration file cannot be used. One line.

@@ -1,30 +1,24 @@
 // TMF names of the agent's objects, both ways. Published as "CorbaUtilInterface".
 //
-// A name is two pairs: ("EMS", name of the managing system), then the object's class and value:
-//   ("ManagedElement", number)  a network element             domain id NE=number
-//   ("ONE", number)             an optical network element    domain id ONE=number
-//   ("OS", number)              a management system           domain id OS=number
-//   ("TopoSubnetwork", id)      a topology subnetwork         domain id id
-// Numbers are decimal, from 0 to 2147483647, without sign and leading zeros; ids are not empty.
-// Names and domain ids map one to one.
+// Names and domain ids are those of ManagedObjects.h, without the links of the clock topology,
+// which the module names by itself.
 
 #ifndef AGENT_DOMAIN_NAMING_H
 #define AGENT_DOMAIN_NAMING_H
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
+#include "agent/domain/ManagedObjects.h"
 #include "agent/domain/NetworkModel.h"
 #include "platform/agent/CorbaUtilInterface.h"
 
 namespace agent {
 
-// What GetObjectType says, beside CorbaUtilInterface::kTopoSubnetworkType.
-constexpr int kNoObjectType =
-    0;  // no name of this agent, or of a topology subnetwork that is not there
-constexpr int kManagedElementType = 1;
-constexpr int kOpticalElementType = 2;
-constexpr int kManagementSystemType = 3;
+// What GetObjectType says of a name that is none of this agent's, or that of a topology subnetwork
+// that is not there.
+constexpr int kNoObjectType = 0;
 
 // Every operation is total: any name, however long or malformed, is answered, with kInvalidName
 // where it has no meaning. Only topology subnetworks are looked up in the model; that an element or
@@ -53,6 +47,7 @@ class NamingService final : public NS_CORBA::CorbaUtilInterface {
                                   int type) override;
 
  private:
+  std::optional<ObjectKey> parse(const globaldefs::NVSList_T& name) const;
   CORBA::ULong setName(globaldefs::NVSList_T& name, const char* objectClass,
                        const std::string& value) const;
   CORBA::ULong setNumberedName(globaldefs::NVSList_T& name, const char* objectClass,

@@ -4,18 +4,40 @@
 
 namespace agent {
 
-NetworkModel::Indexed::Indexed(Network source) : network(std::move(source)) {
-  for (const NS_DOMAIN::TopoNode_T& node : network.topoNodes) {
-    if (node.nodeType == NS_DOMAIN::kTopoSubnetwork) {
-      subnetworks.insert(node.nodeId);
-    }
-  }
+NetworkModel::Indexed::Indexed(Network source) : network(std::move(source)), objects(network) {
   elements.reserve(network.networkElements.size());
   for (std::size_t i = 0; i < network.networkElements.size(); ++i) {
     elements.emplace(network.networkElements[i].number, i);
   }
   for (const ObjectLabel& label : network.objectLabels) {
     labels.emplace(std::make_pair(label.type, label.id), label.label);
+  }
+  network.objectLabels.clear();
+}
+
+std::string& NetworkModel::Indexed::nameAt(const ObjectIndex::Place& place) {
+  switch (place.list) {
+    case RecordList::kTopoNodes:
+      return network.topoNodes[place.index].nativeName;
+    case RecordList::kNetworkElements:
+      return network.networkElements[place.index].name;
+    case RecordList::kClockPositions:
+      return network.clockPositions[place.index].label;
+    default:
+      return network.clockLinks[place.index].nativeName;
+  }
+}
+
+std::string NetworkModel::Indexed::idAt(const ObjectIndex::Place& place) const {
+  switch (place.list) {
+    case RecordList::kTopoNodes:
+      return network.topoNodes[place.index].nodeId;
+    case RecordList::kNetworkElements:
+      return std::to_string(network.networkElements[place.index].number);
+    case RecordList::kClockPositions:
+      return network.clockPositions[place.index].reference;
+    default:
+      return network.clockLinks[place.index].linkId;
   }
 }
 
@@ -38,8 +60,21 @@ std::size_t NetworkModel::topoNodeCount() const {
 }
 
 bool NetworkModel::hasTopoSubnetwork(const std::string& id) const {
+  return hasObject({kTopoSubnetworkObjectType, id});
+}
+
+bool NetworkModel::hasObject(const ObjectKey& key) const {
   const std::shared_lock<std::shared_mutex> lock(mutex_);
-  return data_.subnetworks.count(id) != 0;
+  return data_.objects.contains(key);
+}
+
+std::vector<NamedRecord> NetworkModel::recordsOf(const ObjectKey& key) const {
+  const std::shared_lock<std::shared_mutex> lock(mutex_);
+  std::vector<NamedRecord> records;
+  for (const ObjectIndex::Place& place : data_.objects.placesOf(key)) {
+    records.push_back({place.list, data_.idAt(place)});
+  }
+  return records;
 }
 
 void NetworkModel::appendTopoNodes(std::vector<NS_DOMAIN::TopoNode_T>& nodes) const {
@@ -84,6 +119,22 @@ std::string NetworkModel::labelOf(std::int32_t type, const std::string& id) cons
   const std::shared_lock<std::shared_mutex> lock(mutex_);
   const auto found = data_.labels.find({type, id});
   return found == data_.labels.end() ? std::string() : found->second;
+}
+
+void NetworkModel::setLabel(const ObjectKey& key, const std::string& label) {
+  const std::unique_lock<std::shared_mutex> lock(mutex_);
+  if (label.empty()) {
+    data_.labels.erase({key.type, key.id});
+  } else {
+    data_.labels[{key.type, key.id}] = label;
+  }
+}
+
+void NetworkModel::setNativeName(const ObjectKey& key, const std::string& name) {
+  const std::unique_lock<std::shared_mutex> lock(mutex_);
+  for (const ObjectIndex::Place& place : data_.objects.placesOf(key)) {
+    data_.nameAt(place) = name;
+  }
 }
 
 }  // namespace agent

@@ -11,11 +11,12 @@
 #include <shared_mutex>
 #include <string>
 #include <unordered_map>
-#include <unordered_set>
 #include <utility>
 #include <vector>
 
+#include "agent/domain/ManagedObjects.h"
 #include "agent/domain/Network.h"
+#include "agent/domain/ObjectIndex.h"
 #include "platform/domain/DomainRecords.h"
 
 namespace agent {
@@ -33,6 +34,10 @@ class NetworkModel {
   std::string ems() const;
   std::size_t topoNodeCount() const;
   bool hasTopoSubnetwork(const std::string& id) const;
+  bool hasObject(const ObjectKey& key) const;
+
+  // The records that clients see under an object's name; none for an object that is not there.
+  std::vector<NamedRecord> recordsOf(const ObjectKey& key) const;
 
   void appendTopoNodes(std::vector<NS_DOMAIN::TopoNode_T>& nodes) const;
 
@@ -49,14 +54,22 @@ class NetworkModel {
   // The stored label of an object, empty where there is none.
   std::string labelOf(std::int32_t type, const std::string& id) const;
 
+  // What changes in the store is changed here afterwards. An empty label is none.
+  void setLabel(const ObjectKey& key, const std::string& label);
+  // Of every record of the object.
+  void setNativeName(const ObjectKey& key, const std::string& name);
+
  private:
   // A network with what makes its objects quick to find.
   struct Indexed {
     Indexed() = default;
     explicit Indexed(Network network);
 
-    Network network;
-    std::unordered_set<std::string> subnetworks;
+    std::string& nameAt(const ObjectIndex::Place& place);
+    std::string idAt(const ObjectIndex::Place& place) const;
+
+    Network network;  // without the labels
+    ObjectIndex objects;
     std::unordered_map<std::int32_t, std::size_t> elements;  // number, position in the list
     std::map<std::pair<std::int32_t, std::string>, std::string> labels;
   };

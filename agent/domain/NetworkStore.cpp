@@ -3,7 +3,6 @@
 #include <SQLiteCpp/SQLiteCpp.h>
 #include <SQLiteCpp/VariadicBind.h>
 #include <fcntl.h>
-#include <sqlite3.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -13,18 +12,20 @@
 #include <unordered_map>
 #include <utility>
 
+#include "agent/domain/StoreGuard.h"
 #include "agent/domain/Text.h"
 
 namespace agent {
 namespace {
 
 constexpr std::int32_t kApplicationId = 0x746f706f;  // "topo", in the header of the file
-constexpr std::int32_t kSchemaVersion = 1;
+constexpr std::int32_t kSchemaVersion = 2;
+constexpr std::int32_t kFirstSchemaVersion = 1;
 
 // A position gives an object its place in its list and is the key by which its rows are changed;
 // new objects follow the last one, and gaps mean nothing. The one row of the table network says
 // that a network was loaded.
-constexpr const char* kSchema = R"sql(
+constexpr const char* kFirstSchema = R"sql(
   CREATE TABLE network (
     only INTEGER PRIMARY KEY CHECK (only = 1),
     ems TEXT NOT NULL
@@ -75,6 +76,26 @@ constexpr const char* kSchema = R"sql(
   ) STRICT;
 )sql";
 
+// What version 2 has on top: more that is kept of objects. Positions order the pairs of an object.
+constexpr const char* kSecondSchema = R"sql(
+  CREATE INDEX object_label_text ON object_label (type, label);
+  CREATE TABLE object_owner (
+    type INTEGER NOT NULL,
+    id TEXT NOT NULL,
+    owner TEXT NOT NULL,
+    PRIMARY KEY (type, id)
+  ) STRICT, WITHOUT ROWID;
+  CREATE TABLE object_info (
+    type INTEGER NOT NULL,
+    id TEXT NOT NULL,
+    position INTEGER NOT NULL,
+    name TEXT NOT NULL,
+    value TEXT NOT NULL,
+    PRIMARY KEY (type, id, position),
+    UNIQUE (type, id, name)
+  ) STRICT, WITHOUT ROWID;
+)sql";
+
 bool isInMemory(const std::string& path) {
   return path == NetworkStore::kInMemory;
 }
@@ -82,31 +103,6 @@ bool isInMemory(const std::string& path) {
 // With the path made absolute nothing in it can mean anything special to SQLite.
 std::string databaseName(const std::string& path) {
   return isInMemory(path) ? path : std::filesystem::absolute(path).string();
-}
-
-std::string reasonOf(const SQLite::Exception& error) {
-  switch (error.getErrorCode()) {
-    case SQLITE_BUSY:
-      return "is in use by another process";
-    case SQLITE_NOTADB:
-      return "is not a database";
-    case SQLITE_READONLY:
-      return "is not writable";
-    default:
-      return error.what();
-  }
-}
-
-// Runs a piece of work; what SQLite throws in it leaves as StoreError.
-template <typename Work>
-auto guarded(const std::string& path, Work work) -> decltype(work()) {
-  try {
-    return work();
-  } catch (const SQLite::Exception& error) {
-    throw StoreError(path, reasonOf(error));
-  } catch (const std::out_of_range&) {
-    throw StoreError(path, "has attributes of a node that is not there");
-  }
 }
 
 [[noreturn]] void refuse(const std::string& path, int systemError) {
@@ -148,7 +144,7 @@ void requireOurs(const std::string& path, SQLite::Database& database) {
     throw StoreError(path, "is a database of another program");
   }
   const std::int64_t version = valueOf(database, "PRAGMA user_version");
-  if (version != kSchemaVersion) {
+  if (version < kFirstSchemaVersion || version > kSchemaVersion) {
     throw StoreError(path, "has the schema version " + std::to_string(version) +
                                ", this program reads version " + std::to_string(kSchemaVersion));
   }
@@ -191,13 +187,21 @@ std::unique_ptr<SQLite::Database> openDatabase(const std::string& path) {
 
 void createSchema(SQLite::Database& database) {
   database.exec("PRAGMA application_id = " + std::to_string(kApplicationId));
-  database.exec("PRAGMA user_version = " + std::to_string(kSchemaVersion));
-  database.exec(kSchema);
+  database.exec(kFirstSchema);
+  database.exec("PRAGMA user_version = " + std::to_string(kFirstSchemaVersion));
 }
 
-// Takes the lock, which stays for as long as the database is open, then makes or checks the schema.
-// The schema is there before write-ahead logging is switched on, so that there is never a file that
-// has content and not our mark.
+// From any earlier version to this one.
+void upgradeSchema(SQLite::Database& database) {
+  if (valueOf(database, "PRAGMA user_version") == kFirstSchemaVersion) {
+    database.exec(kSecondSchema);
+  }
+  database.exec("PRAGMA user_version = " + std::to_string(kSchemaVersion));
+}
+
+// Takes the lock, which stays for as long as the database is open, then makes, checks or upgrades
+// the schema, all in one transaction. The schema is there before write-ahead logging is switched
+// on, so that there is never a file that has content and not our mark.
 void prepare(const std::string& path, SQLite::Database& database) {
   database.exec("PRAGMA locking_mode = EXCLUSIVE");
   database.exec("PRAGMA synchronous = FULL");
@@ -208,6 +212,7 @@ void prepare(const std::string& path, SQLite::Database& database) {
     createSchema(database);
   }
   requireOurs(path, database);
+  upgradeSchema(database);
   transaction.commit();
   database.exec("PRAGMA journal_mode = WAL");
 }

@@ -11,8 +11,12 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <utility>
+#include <vector>
 
+#include "agent/domain/ManagedObjects.h"
 #include "agent/domain/Network.h"
+#include "agent/domain/ObjectIndex.h"
 
 namespace SQLite {
 class Database;
@@ -25,6 +29,9 @@ class StoreError : public std::runtime_error {
  public:
   StoreError(const std::string& path, const std::string& reason);
 };
+
+// The additional information of an object: names and values, every name once.
+using InfoPairs = std::vector<std::pair<std::string, std::string>>;
 
 class NetworkStore {
  public:
@@ -39,6 +46,7 @@ class NetworkStore {
   // Opens the store, or makes an empty one where there is no file or an empty file. From here to
   // the destructor nobody else can open it. Throws StoreError at once when somebody has it open,
   // when it is no database, that of another program or of a later version, or not writable.
+  // A store of an earlier version becomes one of this version.
   explicit NetworkStore(const std::string& path);
   ~NetworkStore();
   NetworkStore(const NetworkStore&) = delete;
@@ -53,6 +61,28 @@ class NetworkStore {
 
   // The stored network; an empty one when the store is new. Throws StoreError.
   Network read();
+
+  // --- What is kept of objects. That they exist is not asked. Each call is one change, made as a
+  // whole or not at all. Throw StoreError.
+
+  // An empty label or owner is none.
+  void setUserLabel(const ObjectKey& key, const std::string& label);
+  void setOwner(const ObjectKey& key, const std::string& owner);
+  std::string ownerOf(const ObjectKey& key);
+
+  // The ids of the objects of a type that have a label.
+  std::vector<std::string> idsWithLabel(std::int32_t type, const std::string& label);
+
+  // Every pair in turn: an empty value removes the name, another one replaces the value of a name
+  // that is there, in its place, and a new name goes to the end. What is then stored comes back.
+  InfoPairs mergeAdditionalInfo(const ObjectKey& key, const InfoPairs& changes);
+  InfoPairs additionalInfoOf(const ObjectKey& key);
+
+  // Forgets user label, owner and additional information.
+  void removeAttributes(const ObjectKey& key);
+
+  // Gives records another name.
+  void rename(const std::vector<NamedRecord>& records, const std::string& name);
 
  private:
   const std::string path_;  // as given, for messages

@@ -3,6 +3,7 @@
 #include "platform/agent/Failures.h"
 
 #include "agent/domain/FailureCodes.h"
+#include "agent/northbound/FailureReason.h"
 #include "platform/framework/ProcessException.h"
 
 namespace {
@@ -45,7 +46,10 @@ namespace NS_CORBA {
 
 void ConstructException(CORBA::ULong code, globaldefs::ProcessingFailureException& exception) {
   const Meaning meaning = meaningOf(code);
-  const std::string reason = std::string(meaning.reason) + " (code " + std::to_string(code) + ")";
+  std::string reason = agent::takeReason(code);
+  if (reason.empty()) {
+    reason = std::string(meaning.reason) + " (code " + std::to_string(code) + ")";
+  }
   exception.exceptionType = meaning.type;
   exception.errorReason = CORBA::string_dup(reason.c_str());
 }
@@ -56,6 +60,7 @@ void ThrowException(CORBA::ULong code) {
 
 void ThrowException(CORBA::ULong code, const std::string& text) {
   if (code == 0) {
+    agent::takeReason(code);
     return;
   }
   globaldefs::ProcessingFailureException failure;

@@ -1,6 +1,7 @@
 #include "agent/northbound/IteratorRegistry.h"
 
 #include <utility>
+#include <vector>
 
 namespace agent {
 
@@ -8,7 +9,8 @@ using PortableServer::POA;
 using PortableServer::ServantBase;
 using PortableServer::ServantBase_var;
 
-IteratorRegistry::IteratorRegistry(PortableServer::POA_ptr root) : root_(POA::_duplicate(root)) {}
+IteratorRegistry::IteratorRegistry(PortableServer::POA_ptr root, IteratorLimits limits, Clock clock)
+    : root_(POA::_duplicate(root)), limits_(limits), clock_(std::move(clock)) {}
 
 IteratorRegistry::~IteratorRegistry() {
   try {
@@ -34,11 +36,12 @@ void IteratorRegistry::open() {
 
 void IteratorRegistry::retire() {
   PortableServer::POA_var poa;
-  std::map<ServantBase*, ServantBase_var> servants;
+  Entries entries;
   {
     const std::lock_guard<std::mutex> lock(mutex_);
     poa = poa_._retn();
-    servants.swap(servants_);
+    entries.swap(entries_);
+    byKey_.clear();
   }
   if (!CORBA::is_nil(poa)) {
     poa->destroy(true, true);
@@ -50,30 +53,64 @@ PortableServer::POA_ptr IteratorRegistry::poa() {
   return POA::_duplicate(poa_);
 }
 
-bool IteratorRegistry::add(ServantBase* servant) {
+// Keeps a place for the servant, so that the limit holds however many threads add at once.
+FailureCode IteratorRegistry::admit(ServantBase* servant) {
+  const TimePoint now = clock_();
   const std::lock_guard<std::mutex> lock(mutex_);
   if (CORBA::is_nil(poa_)) {
-    return false;
+    return kInternalError;
   }
-  servants_[servant] = servant;
-  return true;
+  if (entries_.size() >= limits_.maximum) {
+    return kTooManyIterators;
+  }
+  Entry& entry = entries_[servant];
+  entry.servant = servant;
+  entry.lastUse = now;
+  return kSuccess;
+}
+
+orb::ObjectKey IteratorRegistry::activate(ServantBase* servant) {
+  const PortableServer::POA_var iteratorPoa = poa();
+  const CORBA::Object_var reference = iteratorPoa->servant_to_reference(servant);
+  return orb::objectKeyOf(reference);
+}
+
+FailureCode IteratorRegistry::add(ServantBase* servant) {
+  const FailureCode code = admit(servant);
+  if (code != kSuccess) {
+    return code;
+  }
+  try {
+    const orb::ObjectKey key = activate(servant);
+    const std::lock_guard<std::mutex> lock(mutex_);
+    const auto entry = entries_.find(servant);
+    if (entry != entries_.end()) {
+      entry->second.key = key;
+      byKey_[key] = servant;
+    }
+    return kSuccess;
+  } catch (const CORBA::Exception&) {
+    // The POA is going. The reference is the caller's again.
+    static_cast<void>(take(servant)._retn());
+    return kInternalError;
+  }
 }
 
 ServantBase_var IteratorRegistry::take(ServantBase* servant) {
   const std::lock_guard<std::mutex> lock(mutex_);
-  const auto entry = servants_.find(servant);
-  if (entry == servants_.end()) {
+  const auto entry = entries_.find(servant);
+  if (entry == entries_.end()) {
     return {};
   }
-  ServantBase_var taken = entry->second;
-  servants_.erase(entry);
+  ServantBase_var taken = entry->second.servant._retn();
+  byKey_.erase(entry->second.key);
+  entries_.erase(entry);
   return taken;
 }
 
-void IteratorRegistry::deactivate(ServantBase* servant) {
-  const ServantBase_var taken = take(servant);
+void IteratorRegistry::deactivateTaken(ServantBase* servant) {
   const PortableServer::POA_var iteratorPoa = poa();
-  if (taken.in() == nullptr || CORBA::is_nil(iteratorPoa)) {
+  if (CORBA::is_nil(iteratorPoa)) {
     return;
   }
   try {
@@ -84,9 +121,49 @@ void IteratorRegistry::deactivate(ServantBase* servant) {
   }
 }
 
+void IteratorRegistry::deactivate(ServantBase* servant) {
+  const ServantBase_var taken = take(servant);
+  if (taken.in() != nullptr) {
+    deactivateTaken(taken.in());
+  }
+}
+
+void IteratorRegistry::touch(const orb::ObjectKey& key) {
+  const TimePoint now = clock_();
+  const std::lock_guard<std::mutex> lock(mutex_);
+  const auto servant = byKey_.find(key);
+  if (servant != byKey_.end()) {
+    entries_[servant->second].lastUse = now;
+  }
+}
+
+std::vector<ServantBase_var> IteratorRegistry::takeIdle() {
+  const TimePoint last = clock_() - limits_.idleTimeout;
+  std::vector<ServantBase_var> taken;
+  const std::lock_guard<std::mutex> lock(mutex_);
+  for (auto entry = entries_.begin(); entry != entries_.end();) {
+    if (entry->second.lastUse > last) {
+      ++entry;
+      continue;
+    }
+    taken.push_back(entry->second.servant);
+    byKey_.erase(entry->second.key);
+    entry = entries_.erase(entry);
+  }
+  return taken;
+}
+
+std::size_t IteratorRegistry::reclaimIdle() {
+  const std::vector<ServantBase_var> taken = takeIdle();
+  for (const ServantBase_var& servant : taken) {
+    deactivateTaken(servant.in());
+  }
+  return taken.size();
+}
+
 std::size_t IteratorRegistry::size() {
   const std::lock_guard<std::mutex> lock(mutex_);
-  return servants_.size();
+  return entries_.size();
 }
 
 }  // namespace agent

@@ -1,22 +1,35 @@
-// Housekeeping of result iterators: the POA on which they live, and the references that keep them.
+// Housekeeping of result iterators: the POA on which they live, the references that keep them, and
+// the end of those that nobody asks for any more.
 
 #ifndef AGENT_NORTHBOUND_ITERATORREGISTRY_H
 #define AGENT_NORTHBOUND_ITERATORREGISTRY_H
 
+#include <chrono>
 #include <cstddef>
-#include <map>
+#include <functional>
 #include <mutex>
+#include <unordered_map>
+#include <vector>
 
+#include "agent/domain/FailureCodes.h"
 #include "orb/orb.h"
 
 namespace agent {
+
+struct IteratorLimits {
+  std::chrono::milliseconds idleTimeout{300000};
+  std::size_t maximum = 1000;  // that live at once
+};
 
 // Thread-safety: any thread; open and retire from one thread at a time, never from within a
 // request.
 class IteratorRegistry {
  public:
-  // The root POA is the parent of the iterators' POA.
-  explicit IteratorRegistry(PortableServer::POA_ptr root);
+  using TimePoint = std::chrono::steady_clock::time_point;
+  using Clock = std::function<TimePoint()>;
+
+  // The root POA is the parent of the iterators' POA. The clock is asked from any thread.
+  IteratorRegistry(PortableServer::POA_ptr root, IteratorLimits limits, Clock clock);
 
   // Retires.
   ~IteratorRegistry();
@@ -34,24 +47,46 @@ class IteratorRegistry {
   // A new reference to the POA for the caller; nil when the registry is not open.
   PortableServer::POA_ptr poa();
 
-  // Takes over the servant's creation reference and returns true; leaves it with the caller and
-  // returns false when the registry is not open.
-  bool add(PortableServer::ServantBase* servant);
+  // Takes over the servant's creation reference and activates the servant. Any other code than
+  // kSuccess leaves the reference with the caller: kTooManyIterators, or kInternalError when the
+  // registry is not open.
+  FailureCode add(PortableServer::ServantBase* servant);
 
   // Deactivates a servant and drops the reference to it. An unknown servant is no error.
   void deactivate(PortableServer::ServantBase* servant);
 
+  // A request for an object arrives; if it is an iterator's, that has been used now.
+  void touch(const orb::ObjectKey& key);
+
+  // Deactivates all iterators that have not been used for the idle time-out; returns how many.
+  std::size_t reclaimIdle();
+
+  // How many live.
   std::size_t size();
 
  private:
+  struct Entry {
+    PortableServer::ServantBase_var servant;
+    orb::ObjectKey key;  // empty until the servant is activated
+    TimePoint lastUse;
+  };
+  using Entries = std::unordered_map<PortableServer::ServantBase*, Entry>;
+
+  FailureCode admit(PortableServer::ServantBase* servant);
+  orb::ObjectKey activate(PortableServer::ServantBase* servant);
   PortableServer::ServantBase_var take(PortableServer::ServantBase* servant);
+  std::vector<PortableServer::ServantBase_var> takeIdle();
+  void deactivateTaken(PortableServer::ServantBase* servant);
 
   const PortableServer::POA_var root_;
+  const IteratorLimits limits_;
+  const Clock clock_;
 
   std::mutex mutex_;
   // Guarded by mutex_. No call to the ORB is made under it.
   PortableServer::POA_var poa_;
-  std::map<PortableServer::ServantBase*, PortableServer::ServantBase_var> servants_;
+  Entries entries_;
+  std::unordered_map<orb::ObjectKey, PortableServer::ServantBase*> byKey_;
 };
 
 }  // namespace agent

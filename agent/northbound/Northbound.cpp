@@ -1,8 +1,11 @@
 #include "agent/northbound/Northbound.h"
 
+#include <malloc.h>
+
+#include <algorithm>
 #include <utility>
 
-#include "agent/domain/FailureCodes.h"
+#include "agent/northbound/Log.h"
 #include "platform/agent/AgentConfig.h"
 #include "platform/agent/TAIteratorHelper.h"
 
@@ -11,18 +14,52 @@ namespace {
 
 std::atomic<Northbound*> theInstance{nullptr};
 
+// An iterator lives at most this much longer than its idle time-out asks for.
+constexpr std::chrono::milliseconds kLongestInterval{1000};
+constexpr std::chrono::milliseconds kShortestInterval{10};
+
+std::chrono::milliseconds intervalFor(const IteratorLimits& limits) {
+  return std::clamp(limits.idleTimeout / 4, kShortestInterval, kLongestInterval);
+}
+
 }  // namespace
 
-Northbound::Northbound(orb::Server& server, std::string emsName, bool testSwitch)
-    : emsName_(std::move(emsName)),
+Northbound::Northbound(orb::Server& server, std::string emsName, bool testSwitch,
+                       const IteratorLimits& limits)
+    : server_(server),
+      emsName_(std::move(emsName)),
       testSwitch_(testSwitch),
       managers_(server),
-      iterators_(server.rootPoa()) {
+      iterators_(server.rootPoa(), limits, [] { return std::chrono::steady_clock::now(); }),
+      interval_(intervalFor(limits)) {
   theInstance.store(this);
+  server_.observeRequests([this](const orb::ObjectKey& key) { iterators_.touch(key); });
+  housekeeper_ = std::thread([this] { housekeep(); });
 }
 
 Northbound::~Northbound() {
+  server_.observeRequests(nullptr);
+  {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    stopping_ = true;
+  }
+  stop_.notify_one();
+  housekeeper_.join();
   theInstance.store(nullptr);
+}
+
+void Northbound::housekeep() {
+  std::unique_lock<std::mutex> lock(mutex_);
+  while (!stop_.wait_for(lock, interval_, [this] { return stopping_; })) {
+    lock.unlock();
+    const std::size_t reclaimed = iterators_.reclaimIdle();
+    if (reclaimed > 0) {
+      malloc_trim(0);  // whole results came back, from many threads' arenas
+      log(kLogEvents, "reclaimed " + std::to_string(reclaimed) + " idle iterators, " +
+                          std::to_string(iterators_.size()) + " live");
+    }
+    lock.lock();
+  }
 }
 
 Northbound& Northbound::instance() {
@@ -82,7 +119,11 @@ PortableServer::POA_ptr TAIteratorHelper::getIteratorPoa() {
 }
 
 CORBA::ULong TAIteratorHelper::add_Iterator(PortableServer::ServantBase* servant) {
-  return Northbound::instance().iterators().add(servant) ? agent::kSuccess : agent::kInternalError;
+  agent::IteratorRegistry& iterators = Northbound::instance().iterators();
+  const agent::FailureCode code = iterators.add(servant);
+  agent::log(agent::kLogTraces, "result iterators: " + std::to_string(iterators.size()) + " live" +
+                                    (code == agent::kSuccess ? "" : ", one refused"));
+  return code;
 }
 
 void TAIteratorHelper::deactive_object(PortableServer::ServantBase* servant) {

@@ -4,7 +4,10 @@
 #define AGENT_NORTHBOUND_NORTHBOUND_H
 
 #include <atomic>
+#include <condition_variable>
+#include <mutex>
 #include <string>
+#include <thread>
 
 #include "agent/northbound/IteratorRegistry.h"
 #include "agent/northbound/ManagerRegistry.h"
@@ -17,7 +20,8 @@ namespace agent {
 class Northbound {
  public:
   // The server outlives this object. The ems name is the value of the "EMS" pair of every TMF name.
-  Northbound(orb::Server& server, std::string emsName, bool testSwitch);
+  Northbound(orb::Server& server, std::string emsName, bool testSwitch,
+             const IteratorLimits& limits = {});
   ~Northbound();
 
   Northbound(const Northbound&) = delete;
@@ -42,10 +46,20 @@ class Northbound {
   IteratorRegistry& iterators() { return iterators_; }
 
  private:
+  void housekeep();
+
+  orb::Server& server_;
   const std::string emsName_;
   std::atomic<bool> testSwitch_;
   ManagerRegistry managers_;
   IteratorRegistry iterators_;
+
+  // Reclaims idle iterators once in a while.
+  const std::chrono::milliseconds interval_;
+  std::mutex mutex_;
+  std::condition_variable stop_;
+  bool stopping_ = false;  // guarded by mutex_
+  std::thread housekeeper_;
 };
 
 }  // namespace agent

@@ -2,10 +2,19 @@
 
 #include <omniORB4/minorCode.h>
 #include <omniORB4/omniIOR.h>
+#include <omniORB4/omniInterceptors.h>
 #include <omniORB4/omniORB.h>
+// The ORB's internal headers do not include each other, so their order is fixed.
+// clang-format off
+#include <omniORB4/internal/giopStrand.h>
+#include <omniORB4/internal/giopStream.h>
+#include <omniORB4/internal/giopStreamImpl.h>
+#include <omniORB4/internal/GIOP_S.h>
+// clang-format on
 
 #include <algorithm>
 #include <mutex>
+#include <shared_mutex>
 #include <utility>
 #include <vector>
 
@@ -174,6 +183,19 @@ std::string withoutPrefix(const std::string& line) {
   return line.compare(0, prefix.size(), prefix) == 0 ? line.substr(prefix.size()) : line;
 }
 
+// Like the log function, an interceptor is a plain function without context.
+std::shared_mutex observerMutex;
+RequestObserver requestObserver;  // guarded by observerMutex
+
+CORBA::Boolean observeRequest(omni::omniInterceptors::serverReceiveRequest_T::info_T& info) {
+  const std::shared_lock<std::shared_mutex> lock(observerMutex);
+  if (requestObserver) {
+    const auto* key = reinterpret_cast<const char*>(info.giop_s.key());
+    requestObserver(ObjectKey(key, static_cast<std::size_t>(info.giop_s.keysize())));
+  }
+  return true;
+}
+
 class ListeningOrb final : public Server {
  public:
   ListeningOrb(const Options& options, const Endpoint& endpoint) : orb_(options, format(endpoint)) {
@@ -183,7 +205,24 @@ class ListeningOrb final : public Server {
     endpoint_ = parseAddress(publishedAddress(probe));
   }
 
+  ~ListeningOrb() override { ListeningOrb::observeRequests(nullptr); }
+
   CORBA::ORB_ptr get() override { return orb_.get(); }
+
+  void observeRequests(RequestObserver observer) override {
+    const bool wanted = observer != nullptr;
+    {
+      const std::unique_lock<std::shared_mutex> lock(observerMutex);
+      requestObserver = std::move(observer);
+    }
+    auto& interceptor = omniORB::getInterceptors()->serverReceiveRequest;
+    if (wanted && !observing_) {
+      interceptor.add(observeRequest);
+    } else if (!wanted && observing_) {
+      interceptor.remove(observeRequest);
+    }
+    observing_ = wanted;
+  }
 
   PortableServer::POA_ptr rootPoa() override { return root_.in(); }
 
@@ -195,6 +234,7 @@ class ListeningOrb final : public Server {
 
  private:
   RunningOrb orb_;
+  bool observing_ = false;
   Endpoint endpoint_;
   PortableServer::POA_var root_;
 };
@@ -224,6 +264,14 @@ std::unique_ptr<Server> startServer(const Options& options, const Endpoint& endp
     throw EndpointError("cannot listen on " + format(endpoint) +
                         (said.empty() ? "" : ": " + withoutPrefix(said.front())));
   }
+}
+
+ObjectKey objectKeyOf(CORBA::Object_ptr reference) {
+  _CORBA_Unbounded_Sequence_Octet key;
+  omniIOR* ior = reference->_PR_getobj()->_getIOR();
+  IIOP::unmarshalObjectKey(ior->iopProfiles()[0], key);
+  ior->release();
+  return ObjectKey(reinterpret_cast<const char*>(key.get_buffer()), key.length());
 }
 
 std::string describe(const CORBA::SystemException& failure) {

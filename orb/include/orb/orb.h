@@ -85,9 +85,19 @@ class WellKnownObject {
   WellKnownObject() = default;
 };
 
+// What tells one object of a server from another in a request; opaque bytes.
+using ObjectKey = std::string;
+
+// Is told the target of every request that arrives from outside, before it is dispatched, on the
+// request's thread. Must not throw, and is quick.
+using RequestObserver = std::function<void(const ObjectKey&)>;
+
 // An ORB that also serves.
 class Server : public Orb {
  public:
+  // One observer at a time; null ends the observation and returns when no call of it is running.
+  virtual void observeRequests(RequestObserver observer) = 0;
+
   virtual PortableServer::POA_ptr rootPoa() = 0;  // borrowed
 
   // The endpoint that references of this server carry: the port is the one that was found for port
@@ -101,6 +111,9 @@ class Server : public Orb {
 // EndpointError.
 std::unique_ptr<Server> startServer(const Options& options, const Endpoint& endpoint,
                                     const LogFunction& log);
+
+// The key that requests to a reference of this process carry.
+ObjectKey objectKeyOf(CORBA::Object_ptr reference);
 
 // Whether a POA is the ORB's own implementation, not some stand-in.
 bool isOrbsOwnPoa(PortableServer::POA_ptr poa);

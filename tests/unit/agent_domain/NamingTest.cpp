@@ -6,33 +6,13 @@
 
 #include <limits>
 #include <random>
-#include <utility>
 #include <vector>
 
 #include "agent/domain/FailureCodes.h"
+#include "tests/unit/agent_domain/Names.h"
 #include "tests/unit/agent_domain/NetworkFiles.h"
 
 namespace {
-
-using Pairs = std::vector<std::pair<std::string, std::string>>;
-
-globaldefs::NVSList_T nameOf(const Pairs& pairs) {
-  globaldefs::NVSList_T name;
-  name.length(static_cast<CORBA::ULong>(pairs.size()));
-  for (CORBA::ULong i = 0; i < name.length(); ++i) {
-    name[i].name = CORBA::string_dup(pairs[i].first.c_str());
-    name[i].value = CORBA::string_dup(pairs[i].second.c_str());
-  }
-  return name;
-}
-
-Pairs pairsOf(const globaldefs::NVSList_T& name) {
-  Pairs pairs;
-  for (CORBA::ULong i = 0; i < name.length(); ++i) {
-    pairs.emplace_back(name[i].name.in(), name[i].value.in());
-  }
-  return pairs;
-}
 
 globaldefs::NVSList_T objectName(const std::string& objectClass, const std::string& value) {
   return nameOf({{"EMS", "ems"}, {objectClass, value}});

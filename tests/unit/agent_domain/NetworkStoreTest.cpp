@@ -12,10 +12,10 @@
 
 #include <array>
 #include <csignal>
-#include <functional>
 
 #include "agent/domain/NetworkModel.h"
 #include "tests/support/TemporaryDirectory.h"
+#include "tests/unit/agent_domain/ChildProcess.h"
 #include "tests/unit/agent_domain/NetworkFiles.h"
 #include "tests/unit/agent_domain/Unprivileged.h"
 
@@ -46,22 +46,6 @@ std::string refusalOfQuestion(const std::string& path) {
 void makeDatabase(const std::string& path, const std::string& statements) {
   SQLite::Database database(path, SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
   database.exec(statements);
-}
-
-// Runs work in a process of its own and says how that ended.
-int statusOfChild(const std::function<void()>& work) {
-  const pid_t child = fork();
-  if (child == 0) {
-    work();
-    _exit(0);
-  }
-  int status = -1;
-  waitpid(child, &status, 0);
-  return status;
-}
-
-bool wasKilledBy(int status, int signal) {
-  return WIFSIGNALED(status) && WTERMSIG(status) == signal;
 }
 
 // Asks from a process that has no locks of its own.
@@ -277,8 +261,8 @@ TEST_F(NetworkStoreTest, LeavesTheLogOfAnotherProgramAlone) {
 
 TEST_F(NetworkStoreTest, RefusesALaterVersionOfItsSchema) {
   { NetworkStore(path_).load(sampleNetwork()); }
-  makeDatabase(path_, "PRAGMA journal_mode = DELETE; PRAGMA user_version = 2");
-  expectRefusedUntouched(path_, "has the schema version 2, this program reads version 1");
+  makeDatabase(path_, "PRAGMA journal_mode = DELETE; PRAGMA user_version = 3");
+  expectRefusedUntouched(path_, "has the schema version 3, this program reads version 2");
 }
 
 TEST_F(NetworkStoreTest, RefusesAFileThatIsNoDatabase) {

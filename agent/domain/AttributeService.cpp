@@ -1,0 +1,189 @@
+#include "agent/domain/AttributeService.h"
+
+#include <exception>
+#include <unordered_set>
+#include <utility>
+
+#include "agent/domain/FailureCodes.h"
+#include "agent/domain/Text.h"
+
+namespace agent {
+namespace {
+
+using globaldefs::NVSList_T;
+using Lock = std::lock_guard<std::mutex>;
+
+[[noreturn]] void refuse(std::uint32_t code, const std::string& reason) {
+  throw Outcome{code, reason};
+}
+
+std::string_view textOf(const char* text) {
+  return text == nullptr ? std::string_view() : std::string_view(text);
+}
+
+// What keeps a text from being stored; empty when nothing does.
+std::string problemWith(std::string_view text) {
+  if (text.size() > AttributeService::kMostTextBytes) {
+    return "has more than " + std::to_string(AttributeService::kMostTextBytes) + " bytes";
+  }
+  if (text.find('\0') != std::string_view::npos) {
+    return "holds a NUL character";
+  }
+  const auto invalid = findInvalidUtf8(text);
+  return invalid ? "is not UTF-8 at byte " + std::to_string(*invalid) : std::string();
+}
+
+std::string ofObject(const char* attribute, const NVSList_T& name) {
+  return std::string("the ") + attribute + " of " + show(name);
+}
+
+void requireText(const char* attribute, const NVSList_T& name, std::string_view text) {
+  const std::string problem = problemWith(text);
+  if (!problem.empty()) {
+    refuse(kInvalidName, ofObject(attribute, name) + ' ' + problem);
+  }
+}
+
+// The names that were seen so far are borrowed.
+std::string problemWithPair(const globaldefs::NameAndStringValue_T& pair,
+                            std::unordered_set<std::string_view>& seen) {
+  const std::string_view name = textOf(pair.name);
+  if (name.empty()) {
+    return "has no name";
+  }
+  std::string problem = problemWith(name);
+  if (!problem.empty()) {
+    return "has a name that " + problem;
+  }
+  problem = problemWith(textOf(pair.value));
+  if (!problem.empty()) {
+    return "has a value for " + inQuotes(name) + " that " + problem;
+  }
+  return seen.insert(name).second ? "" : "gives " + inQuotes(name) + " a second time";
+}
+
+// Before the texts are copied: there may be a million of them.
+void requirePairs(const NVSList_T& pairs, const NVSList_T& object) {
+  std::unordered_set<std::string_view> seen;
+  for (CORBA::ULong i = 0; i < pairs.length(); ++i) {
+    const std::string problem = problemWithPair(pairs[i], seen);
+    if (!problem.empty()) {
+      refuse(kInvalidName, ofObject("additional information", object) + ": pair " +
+                               std::to_string(i + 1) + ' ' + problem);
+    }
+  }
+}
+
+InfoPairs copyOf(const NVSList_T& pairs) {
+  InfoPairs copy;
+  copy.reserve(pairs.length());
+  for (CORBA::ULong i = 0; i < pairs.length(); ++i) {
+    copy.emplace_back(textOf(pairs[i].name), textOf(pairs[i].value));
+  }
+  return copy;
+}
+
+NVSList_T listOf(const InfoPairs& pairs) {
+  NVSList_T list;
+  list.length(static_cast<CORBA::ULong>(pairs.size()));
+  for (CORBA::ULong i = 0; i < list.length(); ++i) {
+    list[i].name = CORBA::string_dup(pairs[i].first.c_str());
+    list[i].value = CORBA::string_dup(pairs[i].second.c_str());
+  }
+  return list;
+}
+
+}  // namespace
+
+AttributeService::AttributeService(std::string ems, NetworkStore& store, NetworkModel& model)
+    : ems_(std::move(ems)), store_(store), model_(model) {}
+
+Outcome AttributeService::setUserLabel(const NVSList_T& name, std::string_view label,
+                                       bool isUnique) {
+  return change(name, [&](const ObjectKey& key) {
+    requireText("user label", name, label);
+    const std::string text(label);
+    const Lock lock(mutex_);
+    if (isUnique && !text.empty()) {
+      requireUnused(key, text);
+    }
+    store_.setUserLabel(key, text);
+    model_.setLabel(key, text);
+  });
+}
+
+Outcome AttributeService::setOwner(const NVSList_T& name, std::string_view owner) {
+  return change(name, [&](const ObjectKey& key) {
+    requireText("owner", name, owner);
+    const Lock lock(mutex_);
+    store_.setOwner(key, std::string(owner));
+  });
+}
+
+Outcome AttributeService::setNativeName(const NVSList_T& name, std::string_view nativeName) {
+  return change(name, [&](const ObjectKey& key) {
+    requireText("native name", name, nativeName);
+    const std::string text(nativeName);
+    const Lock lock(mutex_);
+    store_.rename(model_.recordsOf(key), text);
+    model_.setNativeName(key, text);
+  });
+}
+
+Outcome AttributeService::setAdditionalInfo(const NVSList_T& name, NVSList_T& pairs) {
+  return change(name, [&](const ObjectKey& key) {
+    requirePairs(pairs, name);
+    const InfoPairs changes = copyOf(pairs);
+    const Lock lock(mutex_);
+    pairs = listOf(store_.mergeAdditionalInfo(key, changes));
+  });
+}
+
+Outcome AttributeService::reset(const NVSList_T& name) {
+  return change(name, [&](const ObjectKey& key) {
+    const Lock lock(mutex_);
+    store_.removeAttributes(key);
+    model_.setLabel(key, "");
+  });
+}
+
+// Failures of any kind end here.
+template <typename Change>
+Outcome AttributeService::change(const NVSList_T& name, Change apply) {
+  try {
+    apply(resolve(name));
+    return {};
+  } catch (const Outcome& refusal) {
+    return refusal;
+  } catch (const std::exception& failure) {
+    return {kInternalError, show(name) + ": " + failure.what()};
+  }
+}
+
+ObjectKey AttributeService::resolve(const NVSList_T& name) const {
+  std::string problem;
+  const auto key = parseObjectName(name, ems_, problem);
+  if (!key) {
+    refuse(kInvalidName, "malformed name " + show(name) + ": " + problem);
+  }
+  if (findInvalidUtf8(key->id)) {
+    refuse(kInvalidName, "malformed name " + show(name) + ": it is not UTF-8");
+  }
+  if (!model_.hasObject(*key)) {
+    refuse(kEntityNotFound, "no object " + show(name));
+  }
+  return *key;
+}
+
+// Labels may be stored of objects that are not there; those do not count.
+void AttributeService::requireUnused(const ObjectKey& key, const std::string& label) {
+  for (const std::string& id : store_.idsWithLabel(key.type, label)) {
+    const ObjectKey other{key.type, id};
+    if (!(other == key) && model_.hasObject(other)) {
+      refuse(kUserLabelInUse,
+             "the user label " + inQuotes(label) + " is already that of " + show(other, ems_));
+    }
+  }
+}
+
+}  // namespace agent

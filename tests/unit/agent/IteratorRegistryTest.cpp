@@ -1,0 +1,193 @@
+// The end of iterators that nobody asks for any more, on a clock of the test's own.
+
+#include "agent/northbound/IteratorRegistry.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <thread>
+#include <vector>
+
+#include "orb/idl/TopoManagementManager.h"
+
+namespace {
+
+using agent::IteratorLimits;
+using agent::IteratorRegistry;
+using std::chrono::milliseconds;
+using TopoManagementManager::NodeIterator_I;
+using TopoManagementManager::NodeIterator_I_var;
+
+// An iterator servant that counts how many of its kind live.
+class CountedServant : public virtual POA_TopoManagementManager::NodeIterator_I {
+ public:
+  explicit CountedServant(IteratorRegistry& registry) : registry_(registry) { ++live; }
+
+  CORBA::Boolean next_n(CORBA::ULong, TopoManagementManager::NodeList_T_out list) override {
+    list = new TopoManagementManager::NodeList_T;
+    return true;
+  }
+  CORBA::ULong getLength() override { return 0; }
+  void destroy() override {}
+  PortableServer::POA_ptr _default_POA() override { return registry_.poa(); }
+
+  static std::atomic<int> live;
+
+ protected:
+  ~CountedServant() override { --live; }
+
+ private:
+  IteratorRegistry& registry_;
+};
+
+std::atomic<int> CountedServant::live{0};
+
+class IteratorHousekeeping : public testing::Test {
+ protected:
+  static void SetUpTestSuite() { server_ = orb::startServer({}, {"127.0.0.1", 0}, nullptr); }
+  static void TearDownTestSuite() { server_.reset(); }
+
+  IteratorHousekeeping() { registry_.open(); }
+  ~IteratorHousekeeping() override {
+    registry_.retire();
+    EXPECT_EQ(0, CountedServant::live);
+  }
+
+  // Its creation reference is the caller's.
+  CountedServant* servant() { return new CountedServant(registry_); }
+
+  CountedServant* added() {
+    CountedServant* made = servant();
+    EXPECT_EQ(agent::kSuccess, registry_.add(made));
+    return made;
+  }
+
+  // A servant together with its reference, as a client gets it.
+  NodeIterator_I_var active(orb::ObjectKey& key) {
+    NodeIterator_I_var reference = added()->_this();
+    key = orb::objectKeyOf(reference);
+    return reference;
+  }
+
+  static bool exists(NodeIterator_I::_ptr_type reference) {
+    try {
+      reference->getLength();
+      return true;
+    } catch (const CORBA::OBJECT_NOT_EXIST&) {
+      return false;
+    }
+  }
+
+  static std::unique_ptr<orb::Server> server_;
+  IteratorRegistry::TimePoint now_{};
+  IteratorRegistry registry_{server_->rootPoa(), IteratorLimits{milliseconds(1000), 3},
+                             [this] { return now_; }};
+};
+
+std::unique_ptr<orb::Server> IteratorHousekeeping::server_;
+
+TEST_F(IteratorHousekeeping, ReclaimsAnIteratorThatWasIdleForTheTimeout) {
+  orb::ObjectKey key;
+  const NodeIterator_I_var iterator = active(key);
+  now_ += milliseconds(999);
+  EXPECT_EQ(0U, registry_.reclaimIdle());
+  EXPECT_TRUE(exists(iterator));
+  now_ += milliseconds(1);
+  EXPECT_EQ(1U, registry_.reclaimIdle());
+  EXPECT_FALSE(exists(iterator));
+  EXPECT_EQ(0U, registry_.size());
+  EXPECT_EQ(0, CountedServant::live);
+}
+
+TEST_F(IteratorHousekeeping, CountsTheTimeFromTheLastRequest) {
+  orb::ObjectKey key;
+  const NodeIterator_I_var iterator = active(key);
+  now_ += milliseconds(900);
+  registry_.touch(key);
+  now_ += milliseconds(900);
+  EXPECT_EQ(0U, registry_.reclaimIdle());
+  now_ += milliseconds(100);
+  EXPECT_EQ(1U, registry_.reclaimIdle());
+}
+
+TEST_F(IteratorHousekeeping, ReclaimsOnlyTheIdle) {
+  orb::ObjectKey idleKey;
+  orb::ObjectKey usedKey;
+  const NodeIterator_I_var idle = active(idleKey);
+  const NodeIterator_I_var used = active(usedKey);
+  now_ += milliseconds(1000);
+  registry_.touch(usedKey);
+  EXPECT_EQ(1U, registry_.reclaimIdle());
+  EXPECT_FALSE(exists(idle));
+  EXPECT_TRUE(exists(used));
+}
+
+TEST_F(IteratorHousekeeping, IgnoresRequestsForOtherObjects) {
+  orb::ObjectKey key;
+  const NodeIterator_I_var iterator = active(key);
+  now_ += milliseconds(1000);
+  registry_.touch("TopoManagement");
+  EXPECT_EQ(1U, registry_.reclaimIdle());
+}
+
+TEST_F(IteratorHousekeeping, RefusesIteratorsOverTheLimitAndLeavesThemWithTheCaller) {
+  CountedServant* first = added();
+  added();
+  added();
+  CountedServant* refused = servant();
+  EXPECT_EQ(agent::kTooManyIterators, registry_.add(refused));
+  EXPECT_EQ(1U, refused->_refcount_value());
+  EXPECT_EQ(3U, registry_.size());
+  registry_.deactivate(first);
+  EXPECT_EQ(agent::kSuccess, registry_.add(refused));
+}
+
+TEST_F(IteratorHousekeeping, RefusesIteratorsWhenItIsNotOpen) {
+  registry_.retire();
+  CountedServant* refused = servant();
+  EXPECT_EQ(agent::kInternalError, registry_.add(refused));
+  EXPECT_EQ(1U, refused->_refcount_value());
+  refused->_remove_ref();
+}
+
+TEST_F(IteratorHousekeeping, TakesADeactivationTwice) {
+  orb::ObjectKey key;
+  const NodeIterator_I_var iterator = active(key);
+  PortableServer::ServantBase* known = added();
+  registry_.deactivate(known);
+  registry_.deactivate(known);
+  EXPECT_EQ(1U, registry_.size());
+  EXPECT_TRUE(exists(iterator));
+}
+
+TEST_F(IteratorHousekeeping, DropsEverythingWhenItRetires) {
+  orb::ObjectKey key;
+  const NodeIterator_I_var iterator = active(key);
+  added();
+  registry_.retire();
+  EXPECT_EQ(0, CountedServant::live);
+  EXPECT_EQ(0U, registry_.size());
+  EXPECT_TRUE(CORBA::is_nil(registry_.poa()));
+  EXPECT_FALSE(exists(iterator));
+}
+
+TEST_F(IteratorHousekeeping, HoldsTheLimitWhenThreadsAddAtOnce) {
+  std::atomic<int> accepted{0};
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 8; ++i) {
+    threads.emplace_back([&] {
+      CountedServant* made = servant();
+      if (registry_.add(made) == agent::kSuccess) {
+        ++accepted;
+      } else {
+        made->_remove_ref();
+      }
+    });
+  }
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
+  EXPECT_EQ(3, accepted);
+}
+
+}  // namespace
