@@ -6,6 +6,7 @@
 #include "client/Connection.h"
 #include "client/Failure.h"
 #include "client/Progress.h"
+#include "client/Session.h"
 
 namespace topoctl {
 namespace {

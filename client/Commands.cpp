@@ -2,56 +2,116 @@
 
 #include <algorithm>
 #include <memory>
-#include <utility>
 
-#include "client/Printer.h"
-#include "client/Records.h"
+#include "client/Attributes.h"
+#include "client/Fetch.h"
+#include "client/Names.h"
+#include "client/Result.h"
+#include "client/Tree.h"
 
 namespace topoctl {
 namespace {
 
-using common::CapabilityList_T;
-using TopoManagementManager::NodeIterator_I;
-using TopoManagementManager::NodeIterator_I_out;
-using TopoManagementManager::NodeList_T;
-using TopoManagementManager::NodeList_T_out;
+// What a view delivers.
+struct Nodes {
+  using List = TopoManagementManager::NodeList_T;
+  using ListOut = TopoManagementManager::NodeList_T_out;
+  using Iterator = TopoManagementManager::NodeIterator_I;
+  using IteratorOut = TopoManagementManager::NodeIterator_I_out;
+  static const auto& description() { return nodeDescription(); }
+};
+struct Links {
+  using List = topologicalLink::TopologicalLinkList_T;
+  using ListOut = topologicalLink::TopologicalLinkList_T_out;
+  using Iterator = topologicalLink::TopologicalLinkIterator_I;
+  using IteratorOut = topologicalLink::TopologicalLinkIterator_I_out;
+  static const auto& description() { return linkDescription(); }
+};
 
-template <typename List>
-PrintFunction printer(Batches<List> batches,
-                      const Description<typename DescribedRows<List>::Record>& description,
-                      Format format) {
-  // Shared because a std::function must be copyable; batches are not.
-  const auto shared = std::make_shared<const Batches<List>>(std::move(batches));
-  return [shared, &description, format](std::ostream& out) {
-    print(DescribedRows<List>(*shared, description), format, out);
+// The first call of a view.
+template <typename Records>
+using Operation = std::function<void(CORBA::ULong, const typename Records::ListOut&,
+                                     const typename Records::IteratorOut&)>;
+
+// A view's operation, made ready for a session.
+template <typename Records>
+using Prepare = Operation<Records> (*)(const Session&);
+
+template <typename Records>
+Batches<typename Records::List> fetchView(const Session& session, Prepare<Records> prepare) {
+  return fetchAll<typename Records::List, typename Records::Iterator>(
+      session.options.howMany, prepare(session), session.progress);
+}
+
+template <typename Records>
+RunFunction view(Prepare<Records> prepare) {
+  return [prepare](const Session& session) {
+    return printer(fetchView<Records>(session, prepare), Records::description(),
+                   session.options.format);
   };
 }
 
-PrintFunction topoView(const Session& session) {
-  auto nodes = fetchAll<NodeList_T, NodeIterator_I>(
-      session.options.howMany,
-      [&session](CORBA::ULong howMany, const NodeList_T_out& list,
-                 const NodeIterator_I_out& iterator) {
-        session.manager->getTopoSubnetworkViewInfo(howMany, list, iterator);
-      },
-      session.progress);
-  return printer(std::move(nodes), nodeDescription(), session.options.format);
+Operation<Nodes> topo(const Session& session) {
+  return [&session](CORBA::ULong howMany, const auto& list, const auto& iterator) {
+    session.manager->getTopoSubnetworkViewInfo(howMany, list, iterator);
+  };
+}
+
+Operation<Nodes> protect(const Session& session) {
+  return [&session](CORBA::ULong howMany, const auto& list, const auto& iterator) {
+    session.manager->getProtectSubnetworkViewInfo(howMany, list, iterator);
+  };
+}
+
+Operation<Nodes> below(const Session& session) {
+  return [&session, name = objectName(session)](CORBA::ULong howMany, const auto& list,
+                                                const auto& iterator) {
+    session.manager->getViewInfoByTopoSubnetwork(name, howMany, list, iterator);
+  };
+}
+
+Operation<Nodes> clocks(const Session& session) {
+  return [&session](CORBA::ULong howMany, const auto& list, const auto& iterator) {
+    session.manager->getClockSourceSubnetworkViewInfo(howMany, list, iterator);
+  };
+}
+
+Operation<Links> clockLinks(const Session& session) {
+  return [&session](CORBA::ULong howMany, const auto& list, const auto& iterator) {
+    session.manager->getAllClockSourceViewlTopologicalLinks(howMany, list, iterator);
+  };
+}
+
+PrintFunction tree(const Session& session) {
+  const auto nodes = std::make_shared<const Batches<Nodes::List>>(fetchView<Nodes>(session, topo));
+  return [nodes](std::ostream& out) { printTree(*nodes, out); };
 }
 
 PrintFunction capabilities(const Session& session) {
   common::CapabilityList_T_var list;
   session.manager->getCapabilities(list.out());
-  Batches<CapabilityList_T> batches;
-  batches.add(list._retn());
-  return printer(std::move(batches), capabilityDescription(), session.options.format);
+  return pairPrinter(list._retn(), session.options.format);
 }
 
 }  // namespace
 
 const std::vector<Command>& commands() {
   static const std::vector<Command> table = {
-      {"topo", "The topology subnetwork view: its nodes", topoView},
-      {"capabilities", "The operations that the agent's manager supports", capabilities},
+      {"topo", "The topology subnetwork view: its nodes", Takes::kNothing, nullptr,
+       view<Nodes>(topo)},
+      {"protect", "The protect subnetwork view: its nodes", Takes::kNothing, nullptr,
+       view<Nodes>(protect)},
+      {"below", "The nodes below a topology subnetwork", Takes::kSubnetwork, nullptr,
+       view<Nodes>(below)},
+      {"clocks", "The clock source view: its nodes", Takes::kNothing, nullptr, view<Nodes>(clocks)},
+      {"clock-links", "The clock source view: its topological links", Takes::kNothing, nullptr,
+       view<Links>(clockLinks)},
+      {"tree", "The topology subnetwork view as a tree by parents", Takes::kNothing,
+       "a tree is drawn for people; topo has the same nodes as records", tree},
+      {"set", "Sets an attribute of an object: user-label, owner, native-name or info",
+       Takes::kAttribute, nullptr, setAttribute},
+      {"capabilities", "The operations that the agent's manager supports", Takes::kNothing, nullptr,
+       capabilities},
   };
   return table;
 }

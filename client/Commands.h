@@ -3,31 +3,24 @@
 #ifndef CLIENT_COMMANDS_H
 #define CLIENT_COMMANDS_H
 
-#include <iosfwd>
+#include <functional>
 #include <string>
 #include <vector>
 
-#include "client/Fetch.h"
-#include "client/Options.h"
-#include "orb/idl/TopoManagementManager.h"
+#include "client/Arguments.h"
+#include "client/Session.h"
 
 namespace topoctl {
 
-// What a command works with. Everything is borrowed for the run.
-struct Session {
-  TopoManagementManager::TopoMgr_I_ptr manager;
-  const Options& options;
-  const ProgressFunction& progress;
-};
-
-// Makes all calls of a command before anything is printed, so that a failure leaves no partial
-// output. Exceptions of the calls pass.
-using PrintFunction = std::function<void(std::ostream&)>;
+// Makes all calls of a command. Exceptions of the calls pass.
+using RunFunction = std::function<PrintFunction(const Session&)>;
 
 struct Command {
   const char* name;
   const char* help;
-  PrintFunction (*run)(const Session&);
+  Takes takes;
+  const char* tableAlone;  // why there is no other format; null when there is every one
+  RunFunction run;
 };
 
 const std::vector<Command>& commands();

@@ -1,6 +1,7 @@
 #include "client/Options.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <limits>
@@ -89,9 +90,9 @@ void addOptions(CLI::App& app, Typed& typed) {
 
 void addCommands(CLI::App& app) {
   for (const Command& command : commands()) {
-    app.add_subcommand(command.name, command.help)
-        ->fallthrough()
-        ->footer("topoctl --help shows the options of all commands.");
+    CLI::App* const subcommand = app.add_subcommand(command.name, command.help);
+    subcommand->fallthrough()->footer("topoctl --help shows the options of all commands.");
+    addArguments(*subcommand, command.takes);
   }
 }
 
@@ -104,10 +105,11 @@ std::string commandNames() {
 }
 
 void checkCommand(const CLI::App& app) {
-  const std::vector<std::string> unexpected = app.remaining(true);
-  if (!unexpected.empty()) {
-    usageError("'" + unexpected.front() +
-               "' is not expected here; the commands are: " + commandNames());
+  const std::vector<std::string> remaining = app.remaining(true);
+  const auto unexpected = std::find_if(remaining.begin(), remaining.end(),
+                                       [](const std::string& text) { return text != "--"; });
+  if (unexpected != remaining.end()) {
+    usageError("'" + *unexpected + "' is not expected here; the commands are: " + commandNames());
   }
   if (app.get_subcommands().empty()) {
     usageError("a command is missing; the commands are: " + commandNames());
@@ -144,6 +146,15 @@ void readValues(const CLI::App& app, const Typed& typed, Options& options) {
   }
 }
 
+void readCommand(const CLI::App& subcommand, Options& options) {
+  options.command = subcommand.get_name();
+  const Command& command = commandNamed(options.command);
+  if (command.tableAlone != nullptr && options.format != Format::kTable) {
+    usageError(options.command + ": --format must be table: " + command.tableAlone);
+  }
+  options.arguments = readArguments(subcommand, command.takes);
+}
+
 // Fills `typed`; a help or version text when one was asked for.
 std::string parse(CLI::App& app, const std::vector<std::string>& arguments) {
   try {
@@ -174,9 +185,9 @@ Options parseOptions(const std::vector<std::string>& arguments,
   options.notice = parse(app, arguments);
   if (options.notice.empty()) {
     checkCommand(app);
-    options.command = app.get_subcommands().front()->get_name();
     readAgent(app, typed, agentOfEnvironment, options);
     readValues(app, typed, options);
+    readCommand(*app.get_subcommands().front(), options);
   }
   return options;
 }

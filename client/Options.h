@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "client/Arguments.h"
 #include "orb/orb.h"
 
 namespace topoctl {
@@ -32,6 +33,7 @@ struct Options {
   Format format = Format::kTable;
   orb::Options orb{orb::kDefaultMaxMessageBytes, kDefaultTimeout};
   std::string command;  // one of commands(), unless there is a notice
+  Arguments arguments;  // what that command was given
   std::string notice;   // help or version: to be printed instead of running a command
 };
 

@@ -2,6 +2,8 @@
 
 namespace topoctl {
 
+using globaldefs::NameAndStringValue_T;
+using topologicalLink::TopologicalLink_T;
 using TopoManagementManager::Node_T;
 
 const Description<Node_T>& nodeDescription() {
@@ -19,13 +21,30 @@ const Description<Node_T>& nodeDescription() {
   return description;
 }
 
-const Description<common::Capability_T>& capabilityDescription() {
-  using common::Capability_T;
-  static const Description<Capability_T> description = {
-      {"name",
-       [](const Capability_T& entry) -> Value { return std::string_view(entry.name.in()); }},
-      {"value",
-       [](const Capability_T& entry) -> Value { return std::string_view(entry.value.in()); }},
+const Description<TopologicalLink_T>& linkDescription() {
+  using Link = TopologicalLink_T;
+  static const Description<Link> description = {
+      {"name", [](const Link& link) -> Value { return ObjectName{&link.name}; }},
+      {"userLabel",
+       [](const Link& link) -> Value { return std::string_view(link.userLabel.in()); }},
+      {"nativeEMSName",
+       [](const Link& link) -> Value { return std::string_view(link.nativeEMSName.in()); }},
+      {"owner", [](const Link& link) -> Value { return std::string_view(link.owner.in()); }},
+      {"direction", [](const Link& link) -> Value { return std::int64_t{link.direction}; }},
+      {"rate", [](const Link& link) -> Value { return std::int64_t{link.rate}; }},
+      {"aEndTP", [](const Link& link) -> Value { return ObjectName{&link.aEndTP}; }},
+      {"zEndTP", [](const Link& link) -> Value { return ObjectName{&link.zEndTP}; }},
+      {"additionalInfo",
+       [](const Link& link) -> Value { return Information{&link.additionalInfo}; }},
+  };
+  return description;
+}
+
+const Description<NameAndStringValue_T>& pairDescription() {
+  using Pair = NameAndStringValue_T;
+  static const Description<Pair> description = {
+      {"name", [](const Pair& pair) -> Value { return std::string_view(pair.name.in()); }},
+      {"value", [](const Pair& pair) -> Value { return std::string_view(pair.value.in()); }},
   };
   return description;
 }

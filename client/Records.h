@@ -14,8 +14,8 @@
 #include <vector>
 
 #include "orb/idl/TopoManagementManager.h"
-#include "orb/idl/common.h"
 #include "orb/idl/globaldefs.h"
+#include "orb/idl/topologicalLink.h"
 
 namespace topoctl {
 
@@ -41,7 +41,8 @@ template <typename Record>
 using Description = std::vector<Field<Record>>;
 
 const Description<TopoManagementManager::Node_T>& nodeDescription();
-const Description<common::Capability_T>& capabilityDescription();
+const Description<topologicalLink::TopologicalLink_T>& linkDescription();
+const Description<globaldefs::NameAndStringValue_T>& pairDescription();
 
 // What the agent delivered, in the order received, kept in the sequences that the calls returned.
 template <typename List>

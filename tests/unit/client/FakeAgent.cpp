@@ -5,29 +5,49 @@
 namespace topoctl {
 namespace {
 
+using topologicalLink::TopologicalLinkList_T;
 using TopoManagementManager::NodeList_T;
 
-NodeList_T* slice(const NodeList_T& nodes, CORBA::ULong first, CORBA::ULong count) {
-  TopoManagementManager::NodeList_T_var part = new NodeList_T;
+// What the templates below need to know of nodes and of links.
+struct Nodes {
+  using List = NodeList_T;
+  using ListOut = TopoManagementManager::NodeList_T_out;
+  using Iterator = TopoManagementManager::NodeIterator_I;
+  using IteratorOut = TopoManagementManager::NodeIterator_I_out;
+  using Skeleton = POA_TopoManagementManager::NodeIterator_I;
+  static const List& of(const Script& script) { return script.nodes; }
+};
+struct Links {
+  using List = TopologicalLinkList_T;
+  using ListOut = topologicalLink::TopologicalLinkList_T_out;
+  using Iterator = topologicalLink::TopologicalLinkIterator_I;
+  using IteratorOut = topologicalLink::TopologicalLinkIterator_I_out;
+  using Skeleton = POA_topologicalLink::TopologicalLinkIterator_I;
+  static const List& of(const Script& script) { return script.links; }
+};
+
+template <typename List>
+List* slice(const List& records, CORBA::ULong first, CORBA::ULong count) {
+  typename List::_var_type part = new List;
   part->length(count);
   for (CORBA::ULong i = 0; i < count; ++i) {
-    part[i] = nodes[first + i];
+    part[i] = records[first + i];
   }
   return part._retn();
 }
 
-class FakeIterator final : public virtual POA_TopoManagementManager::NodeIterator_I {
+template <typename Records>
+class FakeIterator final : public virtual Records::Skeleton {
  public:
   FakeIterator(Script& script, PortableServer::POA_ptr poa, CORBA::ULong next)
       : script_(script), poa_(PortableServer::POA::_duplicate(poa)), next_(next) {}
 
-  CORBA::Boolean next_n(CORBA::ULong howMany,
-                        TopoManagementManager::NodeList_T_out nodeList) override {
+  CORBA::Boolean next_n(CORBA::ULong howMany, typename Records::ListOut list) override {
     script_.record("next_n(" + std::to_string(howMany) + ")");
     script_.onNext();
-    const CORBA::ULong rest = script_.nodes.length() - next_;
+    const CORBA::ULong rest = Records::of(script_).length() - next_;
     const CORBA::ULong count = script_.deliversNothing ? 0 : std::min(howMany, rest);
-    nodeList = slice(script_.nodes, next_, count);
+    list = slice(Records::of(script_), next_, count);
     next_ += count;
     const bool ended = howMany >= rest && !script_.deliversNothing;
     if (ended || script_.vanishes) {
@@ -36,7 +56,7 @@ class FakeIterator final : public virtual POA_TopoManagementManager::NodeIterato
     return !ended;
   }
 
-  CORBA::ULong getLength() override { return script_.nodes.length(); }
+  CORBA::ULong getLength() override { return Records::of(script_).length(); }
 
   void destroy() override {
     script_.record("destroy");
@@ -54,28 +74,49 @@ class FakeIterator final : public virtual POA_TopoManagementManager::NodeIterato
   CORBA::ULong next_;
 };
 
-[[noreturn]] void notImplemented() {
-  throw globaldefs::ProcessingFailureException(globaldefs::EXCPT_NOT_IMPLEMENTED, "");
+// The first batch, and an iterator for the rest.
+template <typename Records>
+void deliver(Script& script, PortableServer::POA_ptr iteratorPoa, CORBA::ULong howMany,
+             typename Records::ListOut list, typename Records::IteratorOut rest) {
+  const auto& records = Records::of(script);
+  const CORBA::ULong count = std::min(howMany, records.length());
+  list = slice(records, 0, count);
+  rest = Records::Iterator::_nil();
+  if (count < records.length()) {
+    const PortableServer::Servant_var<FakeIterator<Records>> iterator =
+        new FakeIterator<Records>(script, iteratorPoa, count);
+    const PortableServer::ObjectId_var id = iteratorPoa->activate_object(iterator);
+    rest = iterator->_this();
+  }
 }
 
-void setPair(globaldefs::NVSList_T& pairs, const char* name, const std::string& value) {
-  pairs.length(pairs.length() + 1);
-  pairs[pairs.length() - 1].name = name;
-  pairs[pairs.length() - 1].value = value.c_str();
+// (name,value)(name,value)
+std::string spelt(const globaldefs::NVSList_T& pairs) {
+  std::string text;
+  for (CORBA::ULong i = 0; i < pairs.length(); ++i) {
+    text += std::string("(") + pairs[i].name.in() + "," + pairs[i].value.in() + ")";
+  }
+  return text;
 }
 
 }  // namespace
 
+void addPair(globaldefs::NVSList_T& pairs, const std::string& name, const std::string& value) {
+  pairs.length(pairs.length() + 1);
+  pairs[pairs.length() - 1].name = name.c_str();
+  pairs[pairs.length() - 1].value = value.c_str();
+}
+
 TopoManagementManager::Node_T makeNode(const std::string& id) {
   TopoManagementManager::Node_T node;
-  setPair(node.name, "EMS", "zurich");
-  setPair(node.name, "TopoSubnetwork", id);
+  addPair(node.name, "EMS", "zurich");
+  addPair(node.name, "TopoSubnetwork", id);
   node.nativeEMSName = ("name of " + id).c_str();
   node.nodeType = 1;
   node.nodeParam1 = -7;
   node.nodeParam2 = 47377;
-  setPair(node.relatedName, "EMS", "zurich");
-  setPair(node.additionalInfo, "Region", "north");
+  addPair(node.relatedName, "EMS", "zurich");
+  addPair(node.additionalInfo, "Region", "north");
   return node;
 }
 
@@ -86,6 +127,25 @@ NodeList_T makeNodes(CORBA::ULong count) {
     nodes[i] = makeNode("n" + std::to_string(i));
   }
   return nodes;
+}
+
+topologicalLink::TopologicalLinkList_T makeLinks(CORBA::ULong count) {
+  TopologicalLinkList_T links;
+  links.length(count);
+  for (CORBA::ULong i = 0; i < count; ++i) {
+    const std::string id = "e" + std::to_string(i);
+    addPair(links[i].name, "EMS", "zurich");
+    addPair(links[i].name, "ClockTopoLinkId", id);
+    links[i].userLabel = ("label of " + id).c_str();
+    links[i].nativeEMSName = ("name of " + id).c_str();
+    links[i].owner = "ops";
+    links[i].direction = globaldefs::CD_BI;
+    links[i].rate = -1;
+    addPair(links[i].aEndTP, "ManagedElement", "1");
+    addPair(links[i].zEndTP, "ManagedElement", "2");
+    addPair(links[i].additionalInfo, "Region", "north");
+  }
+  return links;
 }
 
 void Script::record(const std::string& call) {
@@ -99,54 +159,61 @@ std::vector<std::string> Script::calls() {
 }
 
 void FakeManager::getTopoSubnetworkViewInfo(CORBA::ULong howMany,
-                                            TopoManagementManager::NodeList_T_out nodeList,
-                                            TopoManagementManager::NodeIterator_I_out nodeIt) {
+                                            TopoManagementManager::NodeList_T_out list,
+                                            TopoManagementManager::NodeIterator_I_out rest) {
   script_.record("topo(" + std::to_string(howMany) + ")");
   script_.onView();
-  const CORBA::ULong count = std::min(howMany, script_.nodes.length());
-  nodeList = slice(script_.nodes, 0, count);
-  nodeIt = TopoManagementManager::NodeIterator_I::_nil();
-  if (count < script_.nodes.length()) {
-    const PortableServer::Servant_var<FakeIterator> iterator =
-        new FakeIterator(script_, iteratorPoa_, count);
-    const PortableServer::ObjectId_var id = iteratorPoa_->activate_object(iterator);
-    nodeIt = iterator->_this();
-  }
+  deliver<Nodes>(script_, iteratorPoa_, howMany, list, rest);
 }
 
-void FakeManager::getProtectSubnetworkViewInfo(CORBA::ULong, TopoManagementManager::NodeList_T_out,
-                                               TopoManagementManager::NodeIterator_I_out) {
-  notImplemented();
+void FakeManager::getProtectSubnetworkViewInfo(CORBA::ULong howMany,
+                                               TopoManagementManager::NodeList_T_out list,
+                                               TopoManagementManager::NodeIterator_I_out rest) {
+  script_.record("protect(" + std::to_string(howMany) + ")");
+  script_.onView();
+  deliver<Nodes>(script_, iteratorPoa_, howMany, list, rest);
 }
 
-void FakeManager::getViewInfoByTopoSubnetwork(const globaldefs::NVSList_T&, CORBA::ULong,
-                                              TopoManagementManager::NodeList_T_out,
-                                              TopoManagementManager::NodeIterator_I_out) {
-  notImplemented();
+void FakeManager::getViewInfoByTopoSubnetwork(const globaldefs::NVSList_T& name,
+                                              CORBA::ULong howMany,
+                                              TopoManagementManager::NodeList_T_out list,
+                                              TopoManagementManager::NodeIterator_I_out rest) {
+  script_.record("below(" + spelt(name) + ", " + std::to_string(howMany) + ")");
+  script_.onView();
+  deliver<Nodes>(script_, iteratorPoa_, howMany, list, rest);
 }
 
-void FakeManager::getClockSourceSubnetworkViewInfo(CORBA::ULong,
-                                                   TopoManagementManager::NodeList_T_out,
-                                                   TopoManagementManager::NodeIterator_I_out) {
-  notImplemented();
+void FakeManager::getClockSourceSubnetworkViewInfo(CORBA::ULong howMany,
+                                                   TopoManagementManager::NodeList_T_out list,
+                                                   TopoManagementManager::NodeIterator_I_out rest) {
+  script_.record("clocks(" + std::to_string(howMany) + ")");
+  script_.onView();
+  deliver<Nodes>(script_, iteratorPoa_, howMany, list, rest);
 }
 
 void FakeManager::getAllClockSourceViewlTopologicalLinks(
-    CORBA::ULong, topologicalLink::TopologicalLinkList_T_out,
-    topologicalLink::TopologicalLinkIterator_I_out) {
-  notImplemented();
+    CORBA::ULong howMany, topologicalLink::TopologicalLinkList_T_out list,
+    topologicalLink::TopologicalLinkIterator_I_out rest) {
+  script_.record("links(" + std::to_string(howMany) + ")");
+  script_.onView();
+  deliver<Links>(script_, iteratorPoa_, howMany, list, rest);
 }
 
-void FakeManager::setNativeEMSName(const globaldefs::NVSList_T&, const char*) {
-  notImplemented();
+void FakeManager::setNativeEMSName(const globaldefs::NVSList_T& name, const char* text) {
+  script_.record("nativeEMSName(" + spelt(name) + ", " + text + ")");
+  script_.onSet();
 }
 
-void FakeManager::setUserLabel(const globaldefs::NVSList_T&, const char*, CORBA::Boolean) {
-  notImplemented();
+void FakeManager::setUserLabel(const globaldefs::NVSList_T& name, const char* text,
+                               CORBA::Boolean enforceUniqueness) {
+  script_.record("userLabel(" + spelt(name) + ", " + text +
+                 (enforceUniqueness ? ", unique)" : ")"));
+  script_.onSet();
 }
 
-void FakeManager::setOwner(const globaldefs::NVSList_T&, const char*) {
-  notImplemented();
+void FakeManager::setOwner(const globaldefs::NVSList_T& name, const char* text) {
+  script_.record("owner(" + spelt(name) + ", " + text + ")");
+  script_.onSet();
 }
 
 void FakeManager::getCapabilities(common::CapabilityList_T_out capabilities) {
@@ -155,8 +222,11 @@ void FakeManager::getCapabilities(common::CapabilityList_T_out capabilities) {
   capabilities = new common::CapabilityList_T(script_.capabilities);
 }
 
-void FakeManager::setAdditionalInfo(const globaldefs::NVSList_T&, globaldefs::NVSList_T&) {
-  notImplemented();
+void FakeManager::setAdditionalInfo(const globaldefs::NVSList_T& name,
+                                    globaldefs::NVSList_T& additionalInfo) {
+  script_.record("info(" + spelt(name) + ", " + spelt(additionalInfo) + ")");
+  script_.onSet();
+  additionalInfo = script_.storedInfo;
 }
 
 }  // namespace topoctl

@@ -1,5 +1,5 @@
-// An agent's manager in this process: serves nodes as the interface promises, records the calls and
-// fails where a test wants it to.
+// An agent's manager in this process: serves nodes and links as the interface promises, records the
+// calls and fails where a test wants it to.
 
 #ifndef TESTS_UNIT_CLIENT_FAKEAGENT_H
 #define TESTS_UNIT_CLIENT_FAKEAGENT_H
@@ -16,6 +16,8 @@ namespace topoctl {
 
 TopoManagementManager::Node_T makeNode(const std::string& id);
 TopoManagementManager::NodeList_T makeNodes(CORBA::ULong count);
+topologicalLink::TopologicalLinkList_T makeLinks(CORBA::ULong count);
+void addPair(globaldefs::NVSList_T& pairs, const std::string& name, const std::string& value);
 
 // How the fake behaves, and what it has seen. Shared by the manager and its iterators, which are
 // called from the ORB's threads.
@@ -23,10 +25,13 @@ class Script {
  public:
   // Constant once settle() was called, while requests are served. The functions may throw what the
   // call shall throw.
-  TopoManagementManager::NodeList_T nodes;
+  TopoManagementManager::NodeList_T nodes;  // of every view of nodes
+  topologicalLink::TopologicalLinkList_T links;
   common::CapabilityList_T capabilities;
+  globaldefs::NVSList_T storedInfo;  // what setting additional information hands back
   std::function<void()> onView = [] {};
   std::function<void()> onNext = [] {};
+  std::function<void()> onSet = [] {};
   bool deliversNothing = false;  // the iterator never gets on
   bool vanishes = false;         // the iterator is gone after its first batch
 

@@ -118,21 +118,21 @@ TEST(Options, RefuseAnUnknownFormat) {
             "--format: 'JSON' is none of table, json, csv");
 }
 
+const std::string kCommands =
+    "the commands are: topo, protect, below, clocks, clock-links, tree, set, capabilities";
+
 TEST(Options, RefuseAMissingUnknownOrSecondCommand) {
-  EXPECT_EQ(usageError({}), "a command is missing; the commands are: topo, capabilities");
-  EXPECT_EQ(usageError({"--format", "json"}),
-            "a command is missing; the commands are: topo, capabilities");
-  EXPECT_EQ(usageError({"frobnicate"}),
-            "'frobnicate' is not expected here; the commands are: topo, capabilities");
+  EXPECT_EQ(usageError({}), "a command is missing; " + kCommands);
+  EXPECT_EQ(usageError({"--format", "json"}), "a command is missing; " + kCommands);
+  EXPECT_EQ(usageError({"frobnicate"}), "'frobnicate' is not expected here; " + kCommands);
   EXPECT_EQ(usageError({"topo", "capabilities"}),
-            "'capabilities' is not expected here; the commands are: topo, capabilities");
-  EXPECT_EQ(usageError({"topo", "topo"}),
-            "'topo' is not expected here; the commands are: topo, capabilities");
+            "'capabilities' is not expected here; " + kCommands);
+  EXPECT_EQ(usageError({"topo", "topo"}), "'topo' is not expected here; " + kCommands);
 }
 
 TEST(Options, RefuseAnUnknownOptionAndAMissingValue) {
   EXPECT_EQ(usageError({"--frobnicate", "topo"}),
-            "'--frobnicate' is not expected here; the commands are: topo, capabilities");
+            "'--frobnicate' is not expected here; " + kCommands);
   EXPECT_EQ(usageError({"topo", "--how-many"}), "--how-many: 1 required TEXT missing");
 }
 

@@ -55,7 +55,7 @@ std::string printedCapabilities(const common::CapabilityList_T& capabilities, Fo
   Batches<common::CapabilityList_T> batches;
   batches.add(new common::CapabilityList_T(capabilities));
   std::ostringstream out;
-  print(DescribedRows<common::CapabilityList_T>(batches, capabilityDescription()), format, out);
+  print(DescribedRows<common::CapabilityList_T>(batches, pairDescription()), format, out);
   return out.str();
 }
 

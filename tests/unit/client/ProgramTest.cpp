@@ -77,6 +77,9 @@ TEST(Program, EndsWith1AndOneLineOnUsageErrors) {
       {"frobnicate"},
       {"two\nlines"},
       {"topo", "--frobnicate"},
+      {"below"},
+      {"below", "core", "--name", "A=B"},
+      {"tree", "--format", "json"},
       {"topo", "--how-many"},
       {"topo", "--how-many", "-1"},
       {"topo", "--timeout", "soon"},
@@ -171,6 +174,29 @@ TEST_F(ProgramWithAgent, PrintsTheSameRecordsWhateverTheBatchSizeIs) {
     EXPECT_EQ(ended.out, expected) << howMany;
     EXPECT_EQ(ended.err, "");
   }
+}
+
+TEST_F(ProgramWithAgent, PrintsTheSameLinksWhateverTheBatchSizeIs) {
+  script.links = makeLinks(7);
+  const std::string expected = output(options("clock-links"));
+  for (const char* const howMany : {"0", "1", "6", "7", "8", "4294967295"}) {
+    const Ended ended = run({"clock-links", "--format", "json", "--how-many", howMany});
+    EXPECT_EQ(ended.status, 0);
+    EXPECT_EQ(ended.out, expected) << howMany;
+    EXPECT_EQ(ended.err, "");
+  }
+}
+
+TEST_F(ProgramWithAgent, SendsANameOfManyPairs) {
+  std::vector<std::string> arguments = {"below"};
+  std::string name;
+  for (int i = 0; i < 10000; ++i) {
+    const std::string number = std::to_string(i);
+    arguments.insert(arguments.end(), {"--name", "Z\u00fcrich=" + number});
+    name += "(Z\u00fcrich," + number + ")";
+  }
+  EXPECT_EQ(run(arguments).status, 0);
+  EXPECT_THAT(script.calls(), testing::ElementsAre("below(" + name + ", 1000)"));
 }
 
 TEST_F(ProgramWithAgent, PrintsEveryTextThatTheAgentSends) {
