@@ -57,51 +57,6 @@ class TakenPort {
   int port_ = 0;
 };
 
-// A loopback endpoint that stays free while nobody of this test uses it: the system gives none
-// below 32768 to those who ask for any port. The process id keeps tests that run at once apart.
-std::string quietEndpoint() {
-  constexpr int kFirst = 20000;
-  constexpr int kCount = 12000;
-  for (int i = 0; i < kCount; ++i) {
-    const int port = kFirst + (getpid() + i) % kCount;
-    const int probe = socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    address.sin_port = htons(static_cast<std::uint16_t>(port));
-    const bool free = bind(probe, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
-    close(probe);
-    if (free) {
-      return "127.0.0.1:" + std::to_string(port);
-    }
-  }
-  throw std::runtime_error("no free port");
-}
-
-// omniNames on a free loopback port.
-class NamingService {
- public:
-  NamingService()
-      : process_("/bin/sh", {"-c", "exec omniNames -start 1 -nohostname -datadir " +
-                                       directory_.path().string() +
-                                       " -ORBendPoint giop:tcp:127.0.0.1:0 2>&1"}) {
-    const std::string before = "Root context is ";
-    std::string line = process_.readLine();
-    while (!line.empty() && line.find(before) == std::string::npos) {
-      line = process_.readLine();
-    }
-    reference_ = line.substr(line.find(before) + before.size());
-    reference_ = reference_.substr(0, reference_.find_last_not_of(". ") + 1);
-  }
-
-  const std::string& reference() const { return reference_; }
-
- private:
-  TemporaryDirectory directory_;
-  support::Process process_;
-  std::string reference_;
-};
-
 class AgentLife : public testing::Test {
  protected:
   // Runs the agent where it must refuse, and returns its one line.

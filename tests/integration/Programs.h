@@ -38,6 +38,25 @@ class RunningAgent {
   std::string readyLine_;
 };
 
+// A loopback endpoint that stays free while nobody of this test uses it.
+std::string quietEndpoint();
+
+// A running omniNames.
+class NamingService {
+ public:
+  NamingService();
+
+  // Its root context, as an IOR and as a corbaname or corbaloc address (HOST:PORT).
+  const std::string& reference() const { return reference_; }
+  const std::string& endpoint() const { return endpoint_; }
+
+ private:
+  support::TemporaryDirectory directory_;
+  const std::string endpoint_;
+  support::Process process_;
+  std::string reference_;
+};
+
 // Runs topo-agentd where it is expected to refuse.
 support::Ended runAgent(const std::vector<std::string>& arguments);
 

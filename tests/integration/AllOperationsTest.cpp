@@ -1,0 +1,135 @@
+// Every operation of the manager and of both iterators, asked by topoctl from a process of its own.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <set>
+
+#include "tests/integration/Programs.h"
+
+namespace integration {
+namespace {
+
+using nlohmann::json;
+using support::Ended;
+using testing::HasSubstr;
+
+const std::string kBackbone = std::string(TOPO_NETWORKS) + "/backbone.json";
+
+class AllOperations : public testing::Test {
+ protected:
+  // The commands that show a view, each with what it takes.
+  static std::vector<std::vector<std::string>> views() {
+    return {{"topo"}, {"protect"}, {"below", ""}, {"clocks"}, {"clock-links"}};
+  }
+
+  static Ended run(const RunningAgent& agent, std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin(), {"--ior-file", agent.iorFile()});
+    return runTopoctl(arguments);
+  }
+
+  static Ended run(const RunningAgent& agent, const std::vector<std::string>& options,
+                   const std::vector<std::string>& command) {
+    std::vector<std::string> all = options;
+    all.insert(all.end(), command.begin(), command.end());
+    return run(agent, all);
+  }
+};
+
+// The subnetwork that the sample network hangs under.
+std::string topSubnetwork(const RunningAgent& agent) {
+  return records(agent, {"topo"})[0]["name"].back()["value"];
+}
+
+TEST_F(AllOperations, GiveTheSameTextInEveryFormatWhateverTheBatchSize) {
+  const RunningAgent agent({"--network", kBackbone});
+  const std::string subnetwork = topSubnetwork(agent);
+  for (std::vector<std::string> command : views()) {
+    if (command[0] == "below") {
+      command[1] = subnetwork;
+    }
+    const std::size_t n = records(agent, command).size();
+    ASSERT_GT(n, 1U) << command[0];
+    for (const char* format : {"table", "json", "csv"}) {
+      std::set<std::string> texts;
+      for (const std::string& howMany :
+           {std::string("0"), std::string("1"), std::to_string(n - 1), std::to_string(n),
+            std::to_string(n + 1), std::string("4294967295")}) {
+        const Ended ended = run(agent, {"--format", format, "--how-many", howMany}, command);
+        EXPECT_EQ(0, ended.status) << command[0] << ": " << ended.err;
+        EXPECT_EQ("", ended.err);
+        texts.insert(ended.out);
+      }
+      EXPECT_EQ(1U, texts.size()) << command[0] << " as " << format;
+    }
+  }
+}
+
+TEST_F(AllOperations, GiveTheSameAnswersWhateverTheReferenceCameFrom) {
+  const NamingService naming;
+  const RunningAgent agent({"--network", kBackbone, "--naming", naming.reference()});
+  const std::string subnetwork = topSubnetwork(agent);
+  for (std::vector<std::string> command : views()) {
+    if (command[0] == "below") {
+      command[1] = subnetwork;
+    }
+    std::set<std::string> texts;
+    for (const std::vector<std::string>& way :
+         {std::vector<std::string>{"--ior-file", agent.iorFile()},
+          std::vector<std::string>{"--agent", agent.corbaloc()},
+          std::vector<std::string>{"--agent",
+                                   "corbaname::" + naming.endpoint() + "#TopoManagement"}}) {
+      std::vector<std::string> arguments = way;
+      arguments.insert(arguments.end(), {"--format", "json"});
+      arguments.insert(arguments.end(), command.begin(), command.end());
+      const Ended ended = runTopoctl(arguments);
+      EXPECT_EQ(0, ended.status) << ended.err;
+      texts.insert(ended.out);
+    }
+    EXPECT_EQ(1U, texts.size()) << command[0];
+  }
+}
+
+TEST_F(AllOperations, ShowTheProtectViewWithoutTheDescriptivePairs) {
+  const RunningAgent agent({"--network", kBackbone, "--test-switch"});
+  const json topo = records(agent, {"topo"});
+  const json protect = records(agent, {"protect"});
+  ASSERT_EQ(topo.size(), protect.size());
+  for (std::size_t i = 0; i < topo.size(); ++i) {
+    EXPECT_EQ(topo[i]["name"], protect[i]["name"]);
+    EXPECT_EQ(protect[i]["additionalInfo"].size(), 1U);
+    EXPECT_EQ(topo[i]["additionalInfo"].size(), topo[i]["nodeType"] == 1 ? 7U : 1U);
+  }
+}
+
+TEST_F(AllOperations, RefuseABelowOfAnythingThatIsNoSubnetworkAndTheAgentLivesOn) {
+  const RunningAgent agent({"--network", kBackbone});
+  const std::string ems = records(agent, {"topo"})[0]["name"][0]["value"];
+  const std::vector<std::vector<std::string>> names = {
+      {"--name", "EMS=" + ems},
+      {"--name", "EMS=" + ems, "--name", "ManagedElement=1"},
+      {"--name", "EMS=" + ems, "--name", "TopoSubnetwork=none such"},
+      {"--name", "EMS=other", "--name", "TopoSubnetwork=Europe"},
+      {"--name", "ÄÖ=ü", "--name", "b=c", "--name", "d=e"},
+      {"--name", "EMS=", "--name", "TopoSubnetwork="},
+      {"--name", "EMS=" + ems, "--name", "TopoSubnetwork=" + std::string(100000, 'x')},
+  };
+  for (const std::vector<std::string>& name : names) {
+    const Ended ended = run(agent, {"below"}, name);
+    EXPECT_EQ(3, ended.status) << name.back().substr(0, 60);
+    EXPECT_EQ("topoctl: the agent refused: EXCPT_INVALID_INPUT: please input topoSubnetwork!\n",
+              ended.err);
+    EXPECT_EQ("", ended.out);
+  }
+  EXPECT_FALSE(records(agent, {"topo"}).empty());
+}
+
+TEST_F(AllOperations, DrawTheTopologyAsATree) {
+  const RunningAgent agent({"--network", kBackbone});
+  const Ended ended = run(agent, {"tree"});
+  EXPECT_EQ(0, ended.status) << ended.err;
+  EXPECT_THAT(ended.out, HasSubstr("Frankfurt"));
+}
+
+}  // namespace
+}  // namespace integration

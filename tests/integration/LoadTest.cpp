@@ -1,0 +1,282 @@
+// Many clients at once, and iterators that nobody comes back for.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <mutex>
+#include <random>
+#include <set>
+#include <sstream>
+#include <thread>
+
+#include "orb/idl/TopoManagementManager.h"
+#include "orb/orb.h"
+#include "tests/integration/Programs.h"
+
+namespace integration {
+namespace {
+
+using TopoManagementManager::NodeIterator_I;
+using TopoManagementManager::NodeIterator_I_var;
+using TopoManagementManager::NodeList_T;
+using TopoManagementManager::NodeList_T_var;
+using TopoManagementManager::TopoMgr_I;
+using TopoManagementManager::TopoMgr_I_var;
+
+const std::string kBackbone = std::string(TOPO_NETWORKS) + "/backbone.json";
+
+// --- Views as texts, to compare answers by.
+
+std::string text(const globaldefs::NVSList_T& pairs) {
+  std::string result;
+  for (CORBA::ULong i = 0; i < pairs.length(); ++i) {
+    result += std::string(pairs[i].name.in()) + "=" + pairs[i].value.in() + ",";
+  }
+  return result;
+}
+
+std::string text(const TopoManagementManager::Node_T& node) {
+  return text(node.name) + "|" + node.nativeEMSName.in() + "|" + text(node.relatedName) + "\n";
+}
+
+std::string text(const topologicalLink::TopologicalLink_T& link) {
+  return text(link.name) + "|" + link.userLabel.in() + "|" + text(link.aEndTP) + "|" +
+         text(link.zEndTP) + "\n";
+}
+
+template <typename List>
+std::string text(const List& list) {
+  std::string result;
+  for (CORBA::ULong i = 0; i < list.length(); ++i) {
+    result += text(list[i]);
+  }
+  return result;
+}
+
+// The whole of a view, in batches.
+template <typename List, typename Iterator, typename View>
+std::string fetch(const View& view, CORBA::ULong batch) {
+  typename List::_var_type list;
+  typename Iterator::_var_type iterator;
+  view(batch, list.out(), iterator.out());
+  std::string result = text(list.in());
+  for (bool more = !CORBA::is_nil(iterator); more;) {
+    more = iterator->next_n(batch, list.out());
+    result += text(list.in());
+  }
+  return result;
+}
+
+globaldefs::NVSList_T subnetworkName(const TopoMgr_I_var& manager) {
+  NodeList_T_var nodes;
+  NodeIterator_I_var iterator;
+  manager->getTopoSubnetworkViewInfo(1, nodes.out(), iterator.out());
+  iterator->destroy();
+  return nodes[0].name;
+}
+
+// What a client may ask, by number.
+constexpr int kViews = 5;
+
+std::string ask(const TopoMgr_I_var& manager, int view, const globaldefs::NVSList_T& subnetwork,
+                CORBA::ULong batch) {
+  using topologicalLink::TopologicalLinkIterator_I;
+  using topologicalLink::TopologicalLinkList_T;
+  switch (view) {
+    case 0:
+      return fetch<NodeList_T, NodeIterator_I>(
+          [&](auto n, auto&& list, auto&& it) { manager->getTopoSubnetworkViewInfo(n, list, it); },
+          batch);
+    case 1:
+      return fetch<NodeList_T, NodeIterator_I>(
+          [&](auto n, auto&& list, auto&& it) {
+            manager->getProtectSubnetworkViewInfo(n, list, it);
+          },
+          batch);
+    case 2:
+      return fetch<NodeList_T, NodeIterator_I>(
+          [&](auto n, auto&& list, auto&& it) {
+            manager->getViewInfoByTopoSubnetwork(subnetwork, n, list, it);
+          },
+          batch);
+    case 3:
+      return fetch<NodeList_T, NodeIterator_I>(
+          [&](auto n, auto&& list, auto&& it) {
+            manager->getClockSourceSubnetworkViewInfo(n, list, it);
+          },
+          batch);
+    default:
+      return fetch<TopologicalLinkList_T, TopologicalLinkIterator_I>(
+          [&](auto n, auto&& list, auto&& it) {
+            manager->getAllClockSourceViewlTopologicalLinks(n, list, it);
+          },
+          batch);
+  }
+}
+
+class Load : public testing::Test {
+ protected:
+  TopoMgr_I_var managerOf(const RunningAgent& agent) {
+    const CORBA::Object_var object = client_->get()->string_to_object(agent.reference().c_str());
+    return TopoMgr_I::_narrow(object);
+  }
+
+  std::unique_ptr<orb::Orb> client_ = orb::startClient({});
+};
+
+std::chrono::seconds loadTime() {
+  const char* seconds = std::getenv("TOPO_LOAD_SECONDS");
+  return std::chrono::seconds(seconds != nullptr ? std::atoi(seconds) : 5);
+}
+
+TEST_F(Load, SixteenClientsAtOnceAllGetTheRightAnswers) {
+  RunningAgent agent({"--network", kBackbone});
+  const TopoMgr_I_var manager = managerOf(agent);
+  const globaldefs::NVSList_T subnetwork = subnetworkName(manager);
+  std::vector<std::string> expected;
+  for (int view = 0; view < kViews; ++view) {
+    expected.push_back(ask(manager, view, subnetwork, 100000));
+    ASSERT_FALSE(expected.back().empty()) << view;
+  }
+  const auto end = std::chrono::steady_clock::now() + loadTime();
+  std::atomic<int> wrong{0};
+  std::atomic<int> asked{0};
+  std::vector<std::thread> clients;
+  for (unsigned seed = 0; seed < 16; ++seed) {
+    clients.emplace_back([&, seed] {
+      std::mt19937 random(seed);
+      while (std::chrono::steady_clock::now() < end) {
+        const int view = static_cast<int>(random() % kViews);
+        const auto batch = static_cast<CORBA::ULong>(1 + random() % 20);
+        wrong += ask(manager, view, subnetwork, batch) != expected[static_cast<std::size_t>(view)];
+        ++asked;
+      }
+    });
+  }
+  for (std::thread& thread : clients) {
+    thread.join();
+  }
+  EXPECT_EQ(0, wrong) << "of " << asked;
+  const support::Ended ended = agent.stop(SIGTERM);
+  EXPECT_EQ(0, ended.status);
+  EXPECT_EQ("", ended.err);
+}
+
+TEST_F(Load, OneIteratorUsedByManyThreadsDeliversEveryRecordOnce) {
+  RunningAgent agent({"--network", kBackbone});
+  const TopoMgr_I_var manager = managerOf(agent);
+  const std::string all = ask(manager, 0, {}, 100000);
+  for (int round = 0; round < 20; ++round) {
+    NodeList_T_var nodes;
+    NodeIterator_I_var iterator;
+    manager->getTopoSubnetworkViewInfo(1, nodes.out(), iterator.out());
+    std::mutex mutex;
+    std::multiset<std::string> delivered = {text(nodes[0])};
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 8; ++i) {
+      threads.emplace_back([&] {
+        try {
+          for (bool more = true; more;) {
+            NodeList_T_var batch;
+            more = iterator->next_n(2, batch.out());
+            const std::lock_guard<std::mutex> lock(mutex);
+            for (CORBA::ULong k = 0; k < batch->length(); ++k) {
+              delivered.insert(text(batch[k]));
+            }
+          }
+        } catch (const CORBA::OBJECT_NOT_EXIST&) {
+          // Another thread has had the last batch.
+        }
+      });
+    }
+    for (std::thread& thread : threads) {
+      thread.join();
+    }
+    std::multiset<std::string> expected;
+    std::istringstream lines(all);
+    for (std::string line; std::getline(lines, line);) {
+      expected.insert(line + "\n");
+    }
+    ASSERT_EQ(expected, delivered);
+  }
+}
+
+// --- Abandoned iterators.
+
+long residentKib(pid_t pid) {
+  std::ifstream status("/proc/" + std::to_string(pid) + "/status");
+  for (std::string line; std::getline(status, line);) {
+    if (line.rfind("VmRSS:", 0) == 0) {
+      return std::stol(line.substr(6));
+    }
+  }
+  return 0;
+}
+
+std::size_t descriptors(pid_t pid) {
+  const std::filesystem::directory_iterator all("/proc/" + std::to_string(pid) + "/fd");
+  return static_cast<std::size_t>(std::distance(begin(all), end(all)));
+}
+
+TEST_F(Load, TenThousandAbandonedIteratorsLeaveNothingBehind) {
+  constexpr int kIterators = 10000;
+  const support::TemporaryDirectory directory;
+  support::Process agent(
+      "/bin/sh", {"-c", "exec " TOPO_AGENTD " --endpoint 127.0.0.1:0 --store "
+                        ":memory: --log-level 2 --iterator-timeout 2 "
+                        "--max-iterators 10000 --network " +
+                            kBackbone + " --ior-file " + directory.file("manager.ior") + " 2>&1"});
+  ASSERT_THAT(agent.readLine(), testing::HasSubstr("ready"));
+  const std::string reference = support::readFile(directory.file("manager.ior"));
+  const CORBA::Object_var object =
+      client_->get()->string_to_object(reference.substr(0, reference.find('\n')).c_str());
+  const TopoMgr_I_var manager = TopoMgr_I::_narrow(object);
+  ask(manager, 0, {}, 1000);
+  const long memory = residentKib(agent.pid());
+  const std::size_t files = descriptors(agent.pid());
+  NodeList_T_var nodes;
+  for (int i = 0; i < kIterators; ++i) {
+    NodeIterator_I_var abandoned;
+    manager->getTopoSubnetworkViewInfo(1, nodes.out(), abandoned.out());
+  }
+  std::string line;
+  do {
+    line = agent.readLine();
+    ASSERT_FALSE(line.empty());
+  } while (line.find(", 0 live") == std::string::npos);
+  // One more request is through when the agent has let go of the last iterator.
+  ask(manager, 0, {}, 1000);
+  EXPECT_LT(residentKib(agent.pid()), memory + 30 * 1024);
+  EXPECT_LE(descriptors(agent.pid()), files + 2);
+  agent.send(SIGTERM);
+  EXPECT_EQ(0, agent.wait().status);
+}
+
+TEST_F(Load, TellsAClientThatTooManyIteratorsAreOpen) {
+  const RunningAgent agent({"--network", kBackbone, "--max-iterators", "2"});
+  const TopoMgr_I_var manager = managerOf(agent);
+  NodeList_T_var nodes;
+  NodeIterator_I_var first;
+  NodeIterator_I_var second;
+  NodeIterator_I_var third;
+  manager->getTopoSubnetworkViewInfo(1, nodes.out(), first.out());
+  manager->getTopoSubnetworkViewInfo(1, nodes.out(), second.out());
+  try {
+    manager->getTopoSubnetworkViewInfo(1, nodes.out(), third.out());
+    FAIL() << "a third iterator";
+  } catch (const globaldefs::ProcessingFailureException& refused) {
+    EXPECT_EQ(globaldefs::EXCPT_TOO_MANY_OPEN_ITERATORS, refused.exceptionType);
+  }
+  first->destroy();
+  manager->getTopoSubnetworkViewInfo(1, nodes.out(), third.out());
+  EXPECT_FALSE(CORBA::is_nil(third));
+}
+
+}  // namespace
+}  // namespace integration
