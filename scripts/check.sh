@@ -13,6 +13,7 @@ else
 fi
 
 python3 scripts/check_tree.py
+python3 scripts/check_behaviour.py
 
 # clang-tidy on what is compiled as our own code; a reason stands beside each disabled check.
 cmake --preset dev >/dev/null
