@@ -160,22 +160,93 @@ TEST_F(AgentLife, TakesEveryOptionFromAConfigurationFile) {
   EXPECT_FALSE(view[0]["additionalInfo"].empty());
 }
 
+// The root of a naming service and the one name that agents take in it.
+class BoundName {
+ public:
+  explicit BoundName(const NamingService& naming) {
+    const CORBA::Object_var root = client_->get()->string_to_object(naming.reference().c_str());
+    context_ = CosNaming::NamingContext::_narrow(root);
+    name_.length(1);
+    name_[0].id = CORBA::string_dup("TopoManagement");
+  }
+
+  std::string resolve() {
+    const CORBA::Object_var bound = context_->resolve(name_);
+    const CORBA::String_var text = client_->get()->object_to_string(bound);
+    return text.in();
+  }
+
+  // Puts another object in the agent's place.
+  void takeOver() { context_->rebind(name_, context_); }
+
+ private:
+  std::unique_ptr<orb::Orb> client_ = orb::startClient({});
+  CosNaming::NamingContext_var context_;
+  CosNaming::Name name_;
+};
+
 TEST_F(AgentLife, IsFoundThroughTheNamingServiceUntilItStops) {
   const NamingService naming;
   RunningAgent agent({"--network", kBackbone, "--naming", naming.reference()});
-  // A corbaname needs host and port: the naming service's reference as an IOR is resolved by hand.
-  const auto client = orb::startClient({});
-  const CORBA::Object_var root = client->get()->string_to_object(naming.reference().c_str());
-  const CosNaming::NamingContext_var context = CosNaming::NamingContext::_narrow(root);
-  CosNaming::Name name;
-  name.length(1);
-  name[0].id = CORBA::string_dup("TopoManagement");
-  const CORBA::Object_var bound = context->resolve(name);
-  const CORBA::String_var text = client->get()->object_to_string(bound);
-  const Ended ended = runTopoctl({"--agent", text.in(), "--format", "csv", "topo"});
+  BoundName name(naming);
+  const Ended ended = runTopoctl({"--agent", name.resolve(), "--format", "csv", "topo"});
   EXPECT_EQ(0, ended.status) << ended.err;
   EXPECT_EQ(0, agent.stop(SIGTERM).status);
-  EXPECT_THROW(context->resolve(name), CosNaming::NamingContext::NotFound);
+  EXPECT_THROW(name.resolve(), CosNaming::NamingContext::NotFound);
+}
+
+TEST_F(AgentLife, TakesItsNameOverFromAnAgentThatWasKilled) {
+  const NamingService naming;
+  BoundName name(naming);
+  {
+    RunningAgent killed({"--naming", naming.reference()});
+    killed.stop(SIGKILL);
+  }
+  const std::string stale = name.resolve();
+  const RunningAgent agent({"--naming", naming.reference()});
+  EXPECT_NE(stale, name.resolve());
+  EXPECT_EQ(0, runTopoctl({"--agent", name.resolve(), "topo"}).status);
+}
+
+TEST_F(AgentLife, LeavesANameThatSomebodyElseHasTakenOver) {
+  const NamingService naming;
+  RunningAgent agent({"--naming", naming.reference()});
+  BoundName name(naming);
+  name.takeOver();
+  const std::string other = name.resolve();
+  EXPECT_EQ(0, agent.stop(SIGTERM).status);
+  EXPECT_EQ(other, name.resolve());
+}
+
+TEST_F(AgentLife, ReplacesTheIorFileInOneStep) {
+  const std::string file = directory_.write("manager.ior", "before\n");
+  const std::string link = directory_.file("link");
+  std::filesystem::create_hard_link(file, link);
+  {
+    support::Process agent(TOPO_AGENTD, onStore({"--ior-file", file}));
+    ASSERT_NE("", agent.readLine());
+    EXPECT_THAT(support::readFile(file), AllOf(StartsWith("IOR:"), EndsWith("\n")));
+    agent.send(SIGTERM);
+    EXPECT_EQ(0, agent.wait().status);
+  }
+  EXPECT_EQ("before\n", support::readFile(link));
+  EXPECT_FALSE(std::filesystem::exists(file + ".new"));
+}
+
+TEST_F(AgentLife, RefusesAnIorFileThatIsAFolderAndLeavesNoDraft) {
+  const std::string folder = directory_.file("folder");
+  std::filesystem::create_directory(folder);
+  EXPECT_EQ("topo-agentd: IOR file " + folder + ": cannot be written\n",
+            refusal(onStore({"--ior-file", folder})));
+  EXPECT_FALSE(std::filesystem::exists(folder + ".new"));
+}
+
+TEST_F(AgentLife, LogsTheItemsThatItLeavesOutAtLevelThree) {
+  const std::string odd = directory_.write(
+      "odd.json", R"({"format":"topo-network/1","topoNodes":[{"id":"a","type":9}]})");
+  RunningAgent agent({"--network", odd, "--log-level", "3"});
+  EXPECT_TRUE(records(agent, {"topo"}).empty());
+  EXPECT_THAT(agent.stop(SIGTERM).err, HasSubstr("Failed to covert domain to tmf type of topo!"));
 }
 
 // --- What ends with status 1 and one line.

@@ -359,6 +359,13 @@ TEST_F(TopoSubnetworkView, FollowsASwitchThatGoesOffDuringTheView) {
   EXPECT_EQ(nodes_[0].additionalInfo.length(), 0U);
 }
 
+TEST_F(TopoSubnetworkView, ReadsTheSwitchForItsAttributesBeforeItConverts) {
+  network().nodes = {subnetwork("a", "A")};
+  fakes::agent().testSwitchAnswers = {true, false, true};
+  EXPECT_EQ(view(), 0U);
+  EXPECT_EQ(nodes_[0].additionalInfo.length(), 1U);
+}
+
 TEST_F(TopoSubnetworkView, MakesNoFileForItsUserLabels) {
   const fakes::TempDir dir;
   const std::filesystem::path before = std::filesystem::current_path();
@@ -606,6 +613,7 @@ TEST_F(TopoSubnetworkViewBase, MakesElementNodesOfNumberTypeAttributesAndName) {
   const TopoNode_T& node = holder_->front();
   EXPECT_EQ(node.nodeId, "5");
   EXPECT_EQ(node.nodeType, 1U);
+  EXPECT_EQ(node.parentType, 0U);
   EXPECT_EQ(node.attribute3, 100);
   EXPECT_EQ(node.attribute4, 100);
   EXPECT_EQ(node.nativeName, "NE-5");
