@@ -2,6 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <chrono>
+#include <future>
+#include <thread>
+
 #include "agent/Agent.h"
 #include "agent/bundle/ModuleLoader.h"
 #include "agent/northbound/Northbound.h"
@@ -57,6 +62,58 @@ TEST(ModuleReload, LeavesTheProcessFiftyTimesAndServesInBetween) {
     ASSERT_FALSE(host.northbound().managers().serving("TopoManagement"));
   }
   EXPECT_FALSE(mapped());
+}
+
+// A manager whose one operation lasts until it is told to end.
+class SlowManager : public virtual POA_TopoManagementManager::TopoMgr_I {
+ public:
+  void getCapabilities(common::CapabilityList_T_out list) override {
+    entered.set_value();
+    mayEnd.get_future().wait();
+    list = new common::CapabilityList_T;
+    ended = true;
+  }
+
+  void setNativeEMSName(const globaldefs::NVSList_T&, const char*) override {}
+  void setUserLabel(const globaldefs::NVSList_T&, const char*, CORBA::Boolean) override {}
+  void setOwner(const globaldefs::NVSList_T&, const char*) override {}
+  void setAdditionalInfo(const globaldefs::NVSList_T&, globaldefs::NVSList_T&) override {}
+  void getTopoSubnetworkViewInfo(CORBA::ULong, TopoManagementManager::NodeList_T_out,
+                                 TopoManagementManager::NodeIterator_I_out) override {}
+  void getProtectSubnetworkViewInfo(CORBA::ULong, TopoManagementManager::NodeList_T_out,
+                                    TopoManagementManager::NodeIterator_I_out) override {}
+  void getViewInfoByTopoSubnetwork(const globaldefs::NVSList_T&, CORBA::ULong,
+                                   TopoManagementManager::NodeList_T_out,
+                                   TopoManagementManager::NodeIterator_I_out) override {}
+  void getClockSourceSubnetworkViewInfo(CORBA::ULong, TopoManagementManager::NodeList_T_out,
+                                        TopoManagementManager::NodeIterator_I_out) override {}
+  void getAllClockSourceViewlTopologicalLinks(
+      CORBA::ULong, topologicalLink::TopologicalLinkList_T_out,
+      topologicalLink::TopologicalLinkIterator_I_out) override {}
+
+  std::promise<void> entered;
+  std::promise<void> mayEnd;
+  std::atomic<bool> ended{false};
+};
+
+TEST(ModuleReload, WaitsForARunningRequest) {
+  ModuleHost host;
+  host.northbound().open();
+  auto* servant = new SlowManager;  // the registry takes its reference over
+  servant->_add_ref();
+  const PortableServer::ServantBase_var kept = servant;
+  host.northbound().managers().serve("TopoManagement", servant);
+  std::thread client([&] { host.capabilities(); });
+  servant->entered.get_future().wait();
+  std::future<bool> retired = std::async(std::launch::async, [&] {
+    host.northbound().retire();
+    return servant->ended.load();
+  });
+  // Retiring that does not wait is through long before this.
+  EXPECT_EQ(std::future_status::timeout, retired.wait_for(std::chrono::milliseconds(200)));
+  servant->mayEnd.set_value();
+  EXPECT_TRUE(retired.get());
+  client.join();
 }
 
 TEST(ModuleReload, WithdrawsThePlaceholderInterface) {
