@@ -1,7 +1,6 @@
 #include <functional>
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "fakes/FailingNew.h"
 #include "fakes/Fixture.h"
@@ -63,25 +62,6 @@ TEST_F(TopoServantAllocationDeathTest, EndsTheProcessWhenThereIsNoMemoryForTheCa
     servant->getCapabilities(capabilities.out());
   };
   EXPECT_DEATH(operation(), "bad_alloc");
-}
-
-TEST_F(TopoServantAllocationDeathTest, EndsTheProcessWhenThereIsNoMemoryForARefusal) {
-  const Servant_var servant = new ServantUnderTest;
-  NodeIterator_I_var iterator;
-  topologicalLink::TopologicalLinkList_T_var links;
-  topologicalLink::TopologicalLinkIterator_I_var linkIterator;
-  const std::vector<std::function<void()>> operations = {
-      [&] { servant->getProtectSubnetworkViewInfo(1, nodes_.out(), iterator.out()); },
-      [&] { servant->getViewInfoByTopoSubnetwork({}, 1, nodes_.out(), iterator.out()); },
-      [&] { servant->getClockSourceSubnetworkViewInfo(1, nodes_.out(), iterator.out()); },
-      [&] { servant->getAllClockSourceViewlTopologicalLinks(1, links.out(), linkIterator.out()); }};
-  for (const auto& operation : operations) {
-    const auto whenMemoryIsShort = [&] {
-      const fakes::FailingNew failing(0);
-      operation();
-    };
-    EXPECT_DEATH(whenMemoryIsShort(), "bad_alloc");
-  }
 }
 
 TEST_F(TopoServantAllocationDeathTest, EndsTheProcessWhenThereIsNoMemoryForABatch) {
