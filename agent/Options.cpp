@@ -31,17 +31,17 @@ std::optional<std::uint16_t> parsePort(const std::string& text) {
 // HOST:PORT, or [HOST]:PORT for an IPv6 address.
 std::optional<orb::Endpoint> parseEndpoint(const std::string& text) {
   const std::size_t colon = text.rfind(':');
-  if (colon == std::string::npos || colon == 0) {
+  if (colon == std::string::npos) {
     return std::nullopt;
   }
   std::string host = text.substr(0, colon);
   const std::optional<std::uint16_t> port = parsePort(text.substr(colon + 1));
-  if (host.size() > 2 && host.front() == '[' && host.back() == ']') {
+  const bool bracketed = host.size() > 2 && host.front() == '[' && host.back() == ']';
+  if (bracketed) {
     host = host.substr(1, host.size() - 2);
-  } else if (host.find(':') != std::string::npos) {
-    return std::nullopt;
   }
-  if (!port) {
+  if (!port || host.empty() ||
+      host.find_first_of(bracketed ? "[] " : "[]: ") != std::string::npos) {
     return std::nullopt;
   }
   return orb::Endpoint{host, *port};
@@ -96,7 +96,12 @@ void declareOptions(CLI::App& app, Options& options, std::string& endpoint) {
                  "seconds until an iterator that nobody asks is reclaimed")
       ->type_name("S")
       ->capture_default_str()
-      ->check(CLI::Range(0.001, 1e6));
+      ->check(CLI::Range(1.0, 1e6))
+      ->check([](const std::string& text) {
+        return text.find_first_not_of("0123456789.") == std::string::npos
+                   ? ""
+                   : "'" + text + "' is not a number of seconds";
+      });
   app.add_option("--max-iterators", options.maxIterators, "iterators that may live at once")
       ->type_name("N")
       ->capture_default_str()

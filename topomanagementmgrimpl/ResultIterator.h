@@ -219,8 +219,9 @@ void TAIT<IteratorSkeleton, RecordList, RecordOutList>::Trait::createIterator(
   }
   const PortableServer::POA_var poa = TAIteratorHelper::getIteratorPoa();
   if (CORBA::is_nil(poa)) {
+    topo::logText(result_iterator::kNoPoaSite, kLogError, result_iterator::kNoPoa);
     list.reset();
-    result_iterator::refuse(result_iterator::kNoPoaSite, result_iterator::kNoPoa);
+    ThrowException(topo::ERR_TOPO_CONVERSION);
     return;
   }
   Servant* servant = makeServant(std::move(list), poa.in());
@@ -232,6 +233,7 @@ void TAIT<IteratorSkeleton, RecordList, RecordOutList>::Trait::createIterator(
     hand(owner, *servant);
   } else {
     servant = nullptr;
+    owner = nullptr;
   }
   checkPoa(poa.in());
   if (servant != nullptr) {
@@ -246,8 +248,9 @@ auto TAIT<IteratorSkeleton, RecordList, RecordOutList>::Trait::makeServant(
   auto* servant = new (std::nothrow) Servant(list.get(), poa);
   if (servant == nullptr) {
     errno = ENOMEM;
+    topo::logText(result_iterator::kNoServantSite, kLogError, result_iterator::kNoServant);
     list.reset();
-    result_iterator::refuse(result_iterator::kNoServantSite, result_iterator::kNoServant);
+    ThrowException(topo::ERR_TOPO_CONVERSION);
     return nullptr;
   }
   static_cast<void>(list.release());

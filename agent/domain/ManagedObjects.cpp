@@ -143,9 +143,9 @@ std::string show(const ObjectKey& key, std::string_view ems) {
 
 std::optional<NumberedObject> numberedObject(const ObjectKey& key) {
   for (const NumberedClass& known : kNumberedClasses) {
-    if (known.type == key.type) {
-      const std::size_t start = std::min(known.domainName.size() + 1, key.id.size());
-      const auto number = canonicalNumber(std::string_view(key.id).substr(start));
+    const std::string prefix = std::string(known.domainName) + "=";
+    if (known.type == key.type && key.id.compare(0, prefix.size(), prefix) == 0) {
+      const auto number = canonicalNumber(std::string_view(key.id).substr(prefix.size()));
       return number ? ifNameable(key.type, *number) : std::nullopt;
     }
   }

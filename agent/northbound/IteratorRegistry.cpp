@@ -46,6 +46,8 @@ void IteratorRegistry::retire() {
   if (!CORBA::is_nil(poa)) {
     poa->destroy(true, true);
   }
+  // A reclaim on another thread may still hold servants that it took before.
+  const std::lock_guard<std::mutex> reclaimed(reclaiming_);
 }
 
 PortableServer::POA_ptr IteratorRegistry::poa() {
@@ -63,6 +65,7 @@ FailureCode IteratorRegistry::admit(ServantBase* servant) {
   if (entries_.size() >= limits_.maximum) {
     return kTooManyIterators;
   }
+  servant->_add_ref();
   Entry& entry = entries_[servant];
   entry.servant = servant;
   entry.lastUse = now;
@@ -75,25 +78,39 @@ orb::ObjectKey IteratorRegistry::activate(ServantBase* servant) {
   return orb::objectKeyOf(reference);
 }
 
-FailureCode IteratorRegistry::add(ServantBase* servant) {
+void IteratorRegistry::track(ServantBase* servant, const orb::ObjectKey& key) {
+  const TimePoint now = clock_();
+  const std::lock_guard<std::mutex> lock(mutex_);
+  const auto entry = entries_.find(servant);
+  if (entry != entries_.end()) {
+    byKey_[key] = servant;
+    entry->second.key = key;
+    entry->second.lastUse = now;
+  }
+}
+
+// At the limit, iterators whose time is over make room at once.
+FailureCode IteratorRegistry::admitOrReclaim(ServantBase* servant) {
   const FailureCode code = admit(servant);
+  return code == kTooManyIterators && reclaimIdle() > 0 ? admit(servant) : code;
+}
+
+FailureCode IteratorRegistry::add(ServantBase* servant) {
+  const FailureCode code = admitOrReclaim(servant);
   if (code != kSuccess) {
     return code;
   }
   try {
-    const orb::ObjectKey key = activate(servant);
-    const std::lock_guard<std::mutex> lock(mutex_);
-    const auto entry = entries_.find(servant);
-    if (entry != entries_.end()) {
-      entry->second.key = key;
-      byKey_[key] = servant;
-    }
-    return kSuccess;
+    track(servant, activate(servant));
   } catch (const CORBA::Exception&) {
-    // The POA is going. The reference is the caller's again.
-    static_cast<void>(take(servant)._retn());
+    take(servant);  // the POA is going
     return kInternalError;
+  } catch (...) {
+    take(servant);
+    throw;
   }
+  servant->_remove_ref();  // the caller's; the entry has one of its own
+  return kSuccess;
 }
 
 ServantBase_var IteratorRegistry::take(ServantBase* servant) {
@@ -121,11 +138,13 @@ void IteratorRegistry::deactivateTaken(ServantBase* servant) {
   }
 }
 
-void IteratorRegistry::deactivate(ServantBase* servant) {
+bool IteratorRegistry::deactivate(ServantBase* servant) {
   const ServantBase_var taken = take(servant);
-  if (taken.in() != nullptr) {
-    deactivateTaken(taken.in());
+  if (taken.in() == nullptr) {
+    return false;
   }
+  deactivateTaken(taken.in());
+  return true;
 }
 
 void IteratorRegistry::touch(const orb::ObjectKey& key) {
@@ -142,7 +161,8 @@ std::vector<ServantBase_var> IteratorRegistry::takeIdle() {
   std::vector<ServantBase_var> taken;
   const std::lock_guard<std::mutex> lock(mutex_);
   for (auto entry = entries_.begin(); entry != entries_.end();) {
-    if (entry->second.lastUse > last) {
+    // One without a key is being added at this moment.
+    if (entry->second.lastUse > last || entry->second.key.empty()) {
       ++entry;
       continue;
     }
@@ -154,6 +174,7 @@ std::vector<ServantBase_var> IteratorRegistry::takeIdle() {
 }
 
 std::size_t IteratorRegistry::reclaimIdle() {
+  const std::lock_guard<std::mutex> lock(reclaiming_);
   const std::vector<ServantBase_var> taken = takeIdle();
   for (const ServantBase_var& servant : taken) {
     deactivateTaken(servant.in());

@@ -48,12 +48,13 @@ class IteratorRegistry {
   PortableServer::POA_ptr poa();
 
   // Takes over the servant's creation reference and activates the servant. Any other code than
-  // kSuccess leaves the reference with the caller: kTooManyIterators, or kInternalError when the
-  // registry is not open.
+  // kSuccess leaves the reference with the caller, and so does an exception: kTooManyIterators, or
+  // kInternalError when the registry is not open.
   FailureCode add(PortableServer::ServantBase* servant);
 
-  // Deactivates a servant and drops the reference to it. An unknown servant is no error.
-  void deactivate(PortableServer::ServantBase* servant);
+  // Deactivates a servant and drops the reference to it; false for an unknown one, which is no
+  // error.
+  bool deactivate(PortableServer::ServantBase* servant);
 
   // A request for an object arrives; if it is an iterator's, that has been used now.
   void touch(const orb::ObjectKey& key);
@@ -73,6 +74,8 @@ class IteratorRegistry {
   using Entries = std::unordered_map<PortableServer::ServantBase*, Entry>;
 
   FailureCode admit(PortableServer::ServantBase* servant);
+  FailureCode admitOrReclaim(PortableServer::ServantBase* servant);
+  void track(PortableServer::ServantBase* servant, const orb::ObjectKey& key);
   orb::ObjectKey activate(PortableServer::ServantBase* servant);
   PortableServer::ServantBase_var take(PortableServer::ServantBase* servant);
   std::vector<PortableServer::ServantBase_var> takeIdle();
@@ -81,6 +84,9 @@ class IteratorRegistry {
   const PortableServer::POA_var root_;
   const IteratorLimits limits_;
   const Clock clock_;
+
+  // Held while servants that were taken for being idle are let go, and never with mutex_ held.
+  std::mutex reclaiming_;
 
   std::mutex mutex_;
   // Guarded by mutex_. No call to the ORB is made under it.

@@ -1,5 +1,6 @@
 #include "agent/northbound/Log.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cstdarg>
 #include <cstdio>
@@ -29,9 +30,21 @@ ACE_Log_Priority priorityOf(int level) {
   }
 }
 
+// One record is one line, and no longer than ACE's records are.
+std::string asLine(std::string text) {
+  constexpr std::size_t kLongest = 3000;
+  if (text.size() > kLongest) {
+    text = text.substr(0, kLongest) + "...";
+  }
+  std::replace_if(
+      text.begin(), text.end(), [](char c) { return c == '\n' || c == '\r'; }, ' ');
+  return text;
+}
+
 void write(int level, const NS_CORBA::LogPosition& position, const char* text) {
   ACE_Log_Msg::instance()->log(priorityOf(level), ACE_TEXT("%D %M [%t] %C:%d %C\n"),
-                               position.file.c_str(), static_cast<int>(position.line), text);
+                               position.file.c_str(), static_cast<int>(position.line),
+                               asLine(text).c_str());
 }
 
 // The length of what vsnprintf makes of a format is only known afterwards.

@@ -1,5 +1,7 @@
 #include "agent/northbound/ManagerRegistry.h"
 
+#include <utility>
+
 #include "agent/domain/FailureCodes.h"
 #include "platform/framework/ProcessException.h"
 
@@ -34,13 +36,24 @@ void ManagerRegistry::serve(const std::string& name, POA_common::Common_I* serva
     refuse("the manager \"" + name + "\" has no servant");
   }
   PortableServer::ServantBase_var owned = servant;
-  Served& served = served_[name];
-  if (!served.object) {
-    served.object = server_.wellKnownObject(name);
+  try {
+    Served& served = servedUnder(name);
+    retire(served);
+    served.reference = served.object->publish(servant);
+    served.servant = owned._retn();
+  } catch (const CORBA::Exception& failure) {
+    refuse("the manager \"" + name + "\" cannot be served: " + failure._name());
   }
-  retire(served);
-  served.reference = served.object->publish(servant);
-  served.servant = owned._retn();
+}
+
+ManagerRegistry::Served& ManagerRegistry::servedUnder(const std::string& name) {
+  const auto entry = served_.find(name);
+  if (entry != served_.end()) {
+    return entry->second;
+  }
+  Served made;
+  made.object = server_.wellKnownObject(name);
+  return served_.emplace(name, std::move(made)).first->second;
 }
 
 void ManagerRegistry::retire(Served& served) {

@@ -44,6 +44,7 @@ class ManagerRegistry {
     CORBA::Object_var reference;
   };
 
+  Served& servedUnder(const std::string& name);
   void retire(Served& served);
 
   orb::Server& server_;

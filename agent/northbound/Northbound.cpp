@@ -127,7 +127,11 @@ CORBA::ULong TAIteratorHelper::add_Iterator(PortableServer::ServantBase* servant
 }
 
 void TAIteratorHelper::deactive_object(PortableServer::ServantBase* servant) {
-  Northbound::instance().iterators().deactivate(servant);
+  agent::IteratorRegistry& iterators = Northbound::instance().iterators();
+  if (iterators.deactivate(servant)) {
+    agent::log(agent::kLogTraces,
+               "result iterators: " + std::to_string(iterators.size()) + " live");
+  }
 }
 
 }  // namespace NS_CORBA

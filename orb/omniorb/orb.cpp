@@ -134,7 +134,7 @@ class InsObject final : public WellKnownObject {
 
   CORBA::Object_ptr publish(PortableServer::ServantBase* servant) override {
     poa_->activate_object_with_id(id_.in(), servant);
-    published_ = true;
+    published_ = true;  // from here on retire takes it back
     manager_->activate();
     return poa_->id_to_reference(id_.in());
   }

@@ -5,7 +5,9 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <future>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "orb/idl/TopoManagementManager.h"
@@ -169,6 +171,48 @@ TEST_F(IteratorHousekeeping, DropsEverythingWhenItRetires) {
   EXPECT_EQ(0U, registry_.size());
   EXPECT_TRUE(CORBA::is_nil(registry_.poa()));
   EXPECT_FALSE(exists(iterator));
+}
+
+// A servant whose end lasts until it is told to.
+class SlowToEnd : public CountedServant {
+ public:
+  SlowToEnd(IteratorRegistry& registry, std::promise<void>& ending, std::future<void> mayEnd)
+      : CountedServant(registry), ending_(ending), mayEnd_(std::move(mayEnd)) {}
+
+ protected:
+  ~SlowToEnd() override {
+    ending_.set_value();
+    mayEnd_.wait();
+  }
+
+ private:
+  std::promise<void>& ending_;
+  std::future<void> mayEnd_;
+};
+
+TEST_F(IteratorHousekeeping, RetiresOnlyWhenAReclaimHasLetGoOfItsServants) {
+  std::promise<void> ending;
+  std::promise<void> mayEnd;
+  ASSERT_EQ(agent::kSuccess, registry_.add(new SlowToEnd(registry_, ending, mayEnd.get_future())));
+  now_ += milliseconds(1000);
+  std::future<std::size_t> reclaimed =
+      std::async(std::launch::async, [&] { return registry_.reclaimIdle(); });
+  ending.get_future().wait();
+  std::future<void> retired = std::async(std::launch::async, [&] { registry_.retire(); });
+  // Retiring that does not wait is through long before this.
+  EXPECT_EQ(std::future_status::timeout, retired.wait_for(milliseconds(200)));
+  mayEnd.set_value();
+  retired.wait();
+  EXPECT_EQ(1U, reclaimed.get());
+}
+
+TEST_F(IteratorHousekeeping, MakesRoomAtTheLimitByReclaimingWhatIsOverdue) {
+  added();
+  added();
+  added();
+  now_ += milliseconds(1000);
+  added();
+  EXPECT_EQ(1U, registry_.size());
 }
 
 TEST_F(IteratorHousekeeping, HoldsTheLimitWhenThreadsAddAtOnce) {

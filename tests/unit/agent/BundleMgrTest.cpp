@@ -1,0 +1,188 @@
+// The service objects of the process, and the interfaces that they publish.
+
+#include "platform/bundlemgr/BundleMgr.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace {
+
+using NS_BUNDLEMGR1::BundleMgr;
+using NS_BUNDLEMGR1::CheckIFBuf;
+using NS_BUNDLEMGR1::ServiceInterface;
+using NS_BUNDLEMGR1::ServiceObjectBase;
+using NS_BUNDLEMGR1::SetIFBuf;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+// An interface that counts how many of its kind live.
+class CountedInterface : public ServiceInterface {
+ public:
+  CountedInterface() { ++live; }
+  ~CountedInterface() override { --live; }
+
+  static int live;
+};
+
+int CountedInterface::live = 0;
+
+class Service : public ServiceObjectBase {
+ public:
+  explicit Service(const std::string& name) : ServiceObjectBase("bundle", name) {}
+
+  ServiceInterface* CreateInterface() override {
+    interface_ = new CountedInterface;
+    return interface_;
+  }
+};
+
+std::vector<ServiceObjectBase*> listed() {
+  return BundleMgr::Instance()->GetServiceObjects();
+}
+
+ServiceObjectBase* named(const std::string& name) {
+  return BundleMgr::Instance()->GetServiceObject(name);
+}
+
+TEST(ServiceObjects, AreListedInTheOrderOfTheirRegistration) {
+  Service a("a");
+  Service b("b");
+  Service c("c");
+  EXPECT_THAT(listed(), IsEmpty());
+  b.RegistSvc();
+  c.RegistSvc();
+  a.RegistSvc();
+  EXPECT_THAT(listed(), ElementsAre(&b, &c, &a));
+}
+
+TEST(ServiceObjects, AreFoundByName) {
+  Service a("a");
+  Service b("b");
+  EXPECT_EQ("a", a.GetName());
+  EXPECT_EQ(nullptr, named("a"));
+  a.RegistSvc();
+  b.RegistSvc();
+  EXPECT_EQ(&a, named("a"));
+  EXPECT_EQ(&b, named("b"));
+  EXPECT_EQ(nullptr, named("c"));
+  EXPECT_EQ(nullptr, named("bundle"));
+}
+
+TEST(ServiceObjects, AreFoundInTheOrderOfTheirRegistrationWhenTheyShareAName) {
+  Service first("a");
+  Service second("a");
+  second.RegistSvc();
+  first.RegistSvc();
+  EXPECT_EQ(&second, named("a"));
+  second.UnRegistSvc();
+  EXPECT_EQ(&first, named("a"));
+}
+
+TEST(ServiceObjects, AreGoneOnceUnregistered) {
+  Service a("a");
+  Service b("b");
+  a.RegistSvc();
+  b.RegistSvc();
+  a.UnRegistSvc();
+  EXPECT_EQ(nullptr, named("a"));
+  EXPECT_THAT(listed(), ElementsAre(&b));
+  a.UnRegistSvc();
+  EXPECT_THAT(listed(), ElementsAre(&b));
+}
+
+TEST(ServiceObjects, AreGoneOnceDestroyed) {
+  Service b("b");
+  {
+    Service a("a");
+    a.RegistSvc();
+    b.RegistSvc();
+    EXPECT_THAT(listed(), ElementsAre(&a, &b));
+  }
+  EXPECT_EQ(nullptr, named("a"));
+  EXPECT_THAT(listed(), ElementsAre(&b));
+}
+
+TEST(ServiceObjects, NeedNothingToInitAndFini) {
+  Service a("a");
+  EXPECT_EQ(0, a.init(0, nullptr));
+  EXPECT_EQ(0, a.fini());
+}
+
+TEST(Interfaces, HaveNoBufferUnderANameThatNobodyUsed) {
+  EXPECT_EQ(nullptr, CheckIFBuf("bundle manager test, unused"));
+}
+
+TEST(Interfaces, AreOfferedFirstComeFirst) {
+  const std::string name = "bundle manager test, first";
+  Service a("a");
+  Service b("b");
+  SetIFBuf(name, a.CreateInterface());
+  SetIFBuf(name, b.CreateInterface());
+  ASSERT_NE(nullptr, CheckIFBuf(name));
+  EXPECT_EQ(a.GetInterface(), CheckIFBuf(name)->First());
+}
+
+TEST(Interfaces, KeepTheirBufferForGood) {
+  const std::string name = "bundle manager test, kept";
+  Service a("a");
+  SetIFBuf(name, a.CreateInterface());
+  const NS_BUNDLEMGR1::InterfaceBuffer* const buffer = CheckIFBuf(name);
+  a.RemoveInterface();
+  EXPECT_EQ(buffer, CheckIFBuf(name));
+  EXPECT_EQ(nullptr, buffer->First());
+  SetIFBuf(name, a.CreateInterface());
+  EXPECT_EQ(buffer, CheckIFBuf(name));
+  EXPECT_EQ(a.GetInterface(), buffer->First());
+}
+
+TEST(Interfaces, AreWithdrawnFromEveryBuffer) {
+  const std::string alone = "bundle manager test, alone";
+  const std::string before = "bundle manager test, before";
+  const std::string behind = "bundle manager test, behind";
+  Service a("a");
+  Service b("b");
+  a.CreateInterface();
+  b.CreateInterface();
+  SetIFBuf(alone, a.GetInterface());
+  SetIFBuf(alone, a.GetInterface());
+  SetIFBuf(before, a.GetInterface());
+  SetIFBuf(before, b.GetInterface());
+  SetIFBuf(behind, b.GetInterface());
+  SetIFBuf(behind, a.GetInterface());
+  EXPECT_EQ(2, CountedInterface::live);
+  a.RemoveInterface();
+  EXPECT_EQ(1, CountedInterface::live);
+  EXPECT_EQ(nullptr, a.GetInterface());
+  EXPECT_EQ(nullptr, CheckIFBuf(alone)->First());
+  EXPECT_EQ(b.GetInterface(), CheckIFBuf(before)->First());
+  EXPECT_EQ(b.GetInterface(), CheckIFBuf(behind)->First());
+  b.RemoveInterface();
+  EXPECT_EQ(nullptr, CheckIFBuf(before)->First());
+  EXPECT_EQ(nullptr, CheckIFBuf(behind)->First());
+}
+
+TEST(Interfaces, AreRemovedTwiceWithoutHarm) {
+  Service a("a");
+  a.RemoveInterface();
+  a.CreateInterface();
+  a.RemoveInterface();
+  a.RemoveInterface();
+  EXPECT_EQ(nullptr, a.GetInterface());
+}
+
+TEST(Interfaces, GoWithTheirServiceObject) {
+  const std::string name = "bundle manager test, destroyed";
+  {
+    Service a("a");
+    SetIFBuf(name, a.CreateInterface());
+    EXPECT_EQ(1, CountedInterface::live);
+  }
+  EXPECT_EQ(0, CountedInterface::live);
+  EXPECT_EQ(nullptr, CheckIFBuf(name)->First());
+}
+
+}  // namespace

@@ -1,0 +1,208 @@
+// The command line of the agent.
+
+#include "agent/Options.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <ostream>
+#include <string>
+#include <vector>
+
+namespace {
+
+using testing::HasSubstr;
+
+std::optional<agent::Options> parse(const std::vector<std::string>& arguments) {
+  std::vector<const char*> argv{"topo-agentd"};
+  for (const std::string& argument : arguments) {
+    argv.push_back(argument.c_str());
+  }
+  return agent::parseOptions(static_cast<int>(argv.size()), argv.data());
+}
+
+// The text of the refusal; empty when the command line was accepted.
+std::string refusal(const std::vector<std::string>& arguments) {
+  try {
+    parse(arguments);
+    return "";
+  } catch (const agent::UsageError& failure) {
+    return failure.what();
+  }
+}
+
+TEST(AgentOptions, HaveDefaults) {
+  const auto options = parse({});
+  ASSERT_TRUE(options);
+  EXPECT_EQ("", options->network);
+  EXPECT_EQ("./topo-agentd.db", options->store);
+  EXPECT_EQ("127.0.0.1", options->endpoint.host);
+  EXPECT_EQ(2810, options->endpoint.port);
+  EXPECT_EQ("", options->iorFile);
+  EXPECT_EQ("", options->emsName);
+  EXPECT_FALSE(options->testSwitch);
+  EXPECT_EQ("libzu_corba_topo.so", options->module.filename());
+  EXPECT_EQ("", options->naming);
+  EXPECT_EQ(1, options->logLevel);
+  EXPECT_EQ(std::size_t{256} * 1024 * 1024, options->maxMessageBytes);
+  EXPECT_EQ(300, options->iteratorTimeoutSeconds);
+  EXPECT_EQ(1000U, options->maxIterators);
+}
+
+TEST(AgentOptions, AreTakenFromTheCommandLine) {
+  const auto options = parse({"--network",
+                              "net.json",
+                              "--store",
+                              ":memory:",
+                              "--endpoint",
+                              "localhost:99",
+                              "--ior-file",
+                              "a.ior",
+                              "--ems-name",
+                              "Vendor/1",
+                              "--test-switch",
+                              "--module",
+                              "m.so",
+                              "--naming",
+                              "corbaloc::h:1/NameService",
+                              "--log-level",
+                              "2",
+                              "--max-message",
+                              "10000",
+                              "--iterator-timeout",
+                              "1.5",
+                              "--max-iterators",
+                              "7"});
+  ASSERT_TRUE(options);
+  EXPECT_EQ("net.json", options->network);
+  EXPECT_EQ(":memory:", options->store);
+  EXPECT_EQ("localhost", options->endpoint.host);
+  EXPECT_EQ(99, options->endpoint.port);
+  EXPECT_EQ("a.ior", options->iorFile);
+  EXPECT_EQ("Vendor/1", options->emsName);
+  EXPECT_TRUE(options->testSwitch);
+  EXPECT_EQ("m.so", options->module);
+  EXPECT_EQ("corbaloc::h:1/NameService", options->naming);
+  EXPECT_EQ(2, options->logLevel);
+  EXPECT_EQ(10000U, options->maxMessageBytes);
+  EXPECT_EQ(1.5, options->iteratorTimeoutSeconds);
+  EXPECT_EQ(7U, options->maxIterators);
+}
+
+struct Accepted {
+  const char* text;
+  const char* host;
+  int port;
+};
+
+std::ostream& operator<<(std::ostream& out, const Accepted& endpoint) {
+  return out << endpoint.text;
+}
+
+class AcceptedEndpoint : public testing::TestWithParam<Accepted> {};
+
+TEST_P(AcceptedEndpoint, HasHostAndPort) {
+  const auto options = parse({"--endpoint", GetParam().text});
+  ASSERT_TRUE(options);
+  EXPECT_EQ(GetParam().host, options->endpoint.host);
+  EXPECT_EQ(GetParam().port, options->endpoint.port);
+}
+
+INSTANTIATE_TEST_SUITE_P(Endpoints, AcceptedEndpoint,
+                         testing::Values(Accepted{"[::1]:5", "::1", 5},
+                                         Accepted{"host:0", "host", 0},
+                                         Accepted{"host:65535", "host", 65535},
+                                         Accepted{"10.0.0.1:2810", "10.0.0.1", 2810}));
+
+class RefusedEndpoint : public testing::TestWithParam<std::string> {};
+
+TEST_P(RefusedEndpoint, IsQuotedInTheReason) {
+  EXPECT_THAT(refusal({"--endpoint", GetParam()}),
+              HasSubstr("--endpoint: '" + GetParam() + "' is not HOST:PORT"));
+}
+
+INSTANTIATE_TEST_SUITE_P(Endpoints, RefusedEndpoint,
+                         testing::Values("", "a", ":0", "a:", "::1:0", "[::1]", "a:0x", "a:-1",
+                                         "a:65536", "a:70000", "a: 5"));
+
+struct Limit {
+  const char* option;
+  const char* inside;
+  const char* outside;
+};
+
+std::ostream& operator<<(std::ostream& out, const Limit& limit) {
+  return out << limit.option << " " << limit.inside;
+}
+
+class NumericLimit : public testing::TestWithParam<Limit> {};
+
+TEST_P(NumericLimit, IsTheLastThatIsAccepted) {
+  EXPECT_EQ("", refusal({GetParam().option, GetParam().inside}));
+  EXPECT_THAT(refusal({std::string(GetParam().option) + "=" + GetParam().outside}),
+              HasSubstr(GetParam().option));
+}
+
+INSTANTIATE_TEST_SUITE_P(BothSides, NumericLimit,
+                         testing::Values(Limit{"--log-level", "1", "0"},
+                                         Limit{"--log-level", "3", "4"},
+                                         Limit{"--max-message", "8192", "8191"},
+                                         Limit{"--max-message", "2147483647", "2147483648"},
+                                         Limit{"--iterator-timeout", "1", "0.9"},
+                                         Limit{"--iterator-timeout", "1000000", "1000000.1"},
+                                         Limit{"--max-iterators", "1", "0"},
+                                         Limit{"--max-iterators", "1000000", "1000001"}));
+
+class NumericOption : public testing::TestWithParam<std::string> {};
+
+TEST_P(NumericOption, TakesNumbersOnly) {
+  const std::string& option = GetParam();
+  EXPECT_NE("", refusal({option + "=many"}));
+  EXPECT_NE("", refusal({option + "=2x"}));
+  EXPECT_NE("", refusal({option + "=-1"}));
+  EXPECT_NE("", refusal({option + "=99999999999999999999999"}));
+  EXPECT_NE("", refusal({option}));
+}
+
+INSTANTIATE_TEST_SUITE_P(Options, NumericOption,
+                         testing::Values("--log-level", "--max-message", "--iterator-timeout",
+                                         "--max-iterators"));
+
+TEST(AgentOptions, RefuseWhatTheyDoNotKnowInOneLine) {
+  EXPECT_THAT(refusal({"--colour"}), HasSubstr("--colour"));
+  EXPECT_THAT(refusal({"--colour"}), HasSubstr(" (see topo-agentd --help)"));
+  for (const std::string& text :
+       {refusal({"first\nsecond"}), refusal({"--log-level", "first\nsecond"}),
+        refusal({"--endpoint", "first\nsecond"}), refusal({"--first\r\nsecond"})}) {
+    EXPECT_THAT(text, HasSubstr("second"));
+    EXPECT_EQ(std::string::npos, text.find_first_of("\r\n")) << text;
+  }
+}
+
+TEST(AgentOptions, RefuseAConfigurationFileThatIsNotThere) {
+  EXPECT_THAT(refusal({"--config", "/nonexistent/agent.conf"}), HasSubstr("agent.conf"));
+}
+
+TEST(AgentOptions, AnswerHelpOnStandardOutput) {
+  testing::internal::CaptureStdout();
+  const auto options = parse({"--help"});
+  const std::string printed = testing::internal::GetCapturedStdout();
+  EXPECT_FALSE(options);
+  for (const char* option :
+       {"--version", "--config", "--network", "--store", "--endpoint", "--ior-file", "--ems-name",
+        "--test-switch", "--module", "--naming", "--log-level", "--max-message",
+        "--iterator-timeout", "--max-iterators"}) {
+    EXPECT_THAT(printed, HasSubstr(option));
+  }
+}
+
+TEST(AgentOptions, AnswerVersionOnStandardOutput) {
+  testing::internal::CaptureStdout();
+  const auto options = parse({"--version"});
+  const std::string printed = testing::internal::GetCapturedStdout();
+  EXPECT_FALSE(options);
+  EXPECT_THAT(printed, testing::MatchesRegex("topo-agentd [0-9]+(\\.[0-9]+)*\n"));
+}
+
+}  // namespace
