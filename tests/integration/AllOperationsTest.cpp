@@ -5,6 +5,8 @@
 
 #include <set>
 
+#include "orb/idl/TopoManagementManager.h"
+#include "orb/orb.h"
 #include "tests/integration/Programs.h"
 
 namespace integration {
@@ -120,6 +122,33 @@ TEST_F(AllOperations, RefuseABelowOfAnythingThatIsNoSubnetworkAndTheAgentLivesOn
     EXPECT_EQ("topoctl: the agent refused: EXCPT_INVALID_INPUT: please input topoSubnetwork!\n",
               ended.err);
     EXPECT_EQ("", ended.out);
+  }
+  EXPECT_FALSE(records(agent, {"topo"}).empty());
+}
+
+TEST_F(AllOperations, RefuseABelowOfNamesThatNoCommandLineHolds) {
+  const RunningAgent agent({"--network", kBackbone});
+  const auto client = orb::startClient({});
+  const CORBA::Object_var object = client->get()->string_to_object(agent.reference().c_str());
+  const TopoManagementManager::TopoMgr_I_var manager =
+      TopoManagementManager::TopoMgr_I::_narrow(object);
+  globaldefs::NVSList_T empty;
+  globaldefs::NVSList_T million;
+  million.length(1000000);
+  globaldefs::NVSList_T huge;
+  huge.length(2);
+  huge[1].name = CORBA::string_dup("TopoSubnetwork");
+  huge[1].value = CORBA::string_dup(std::string(10000000, 'x').c_str());
+  for (const globaldefs::NVSList_T* name : {&empty, &million, &huge}) {
+    TopoManagementManager::NodeList_T_var nodes;
+    TopoManagementManager::NodeIterator_I_var iterator;
+    try {
+      manager->getViewInfoByTopoSubnetwork(*name, 1, nodes.out(), iterator.out());
+      ADD_FAILURE() << "a view below a name of " << name->length() << " pairs";
+    } catch (const globaldefs::ProcessingFailureException& refused) {
+      EXPECT_EQ(globaldefs::EXCPT_INVALID_INPUT, refused.exceptionType);
+      EXPECT_STREQ("please input topoSubnetwork!", refused.errorReason);
+    }
   }
   EXPECT_FALSE(records(agent, {"topo"}).empty());
 }

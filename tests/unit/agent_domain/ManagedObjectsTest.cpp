@@ -111,6 +111,9 @@ TEST(ManagedObjects, HasNumbersForNumberedKeysOnly) {
   EXPECT_EQ("none", describe(agent::numberedObject({54, "NE=5"})));
   EXPECT_EQ("none", describe(agent::numberedObject({1, ""})));
   EXPECT_EQ("none", describe(agent::numberedObject({1, "NE=x"})));
+  EXPECT_EQ("none", describe(agent::numberedObject({1, "XX=5"})));
+  EXPECT_EQ("none", describe(agent::numberedObject({1, "NE:5"})));
+  EXPECT_EQ("none", describe(agent::numberedObject({2, "NE=55"})));
 }
 
 }  // namespace
