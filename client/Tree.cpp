@@ -82,6 +82,12 @@ class Tree {
  private:
   static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
 
+  // The physical root map is above every network and never in a view.
+  static bool isRootMap(const NVSList_T& parent) {
+    const CORBA::ULong length = parent.length();
+    return length > 0 && std::string_view(parent[length - 1].value.in()) == "QNMAP_PHY_SUBMAP";
+  }
+
   void findParents() {
     std::unordered_map<const NVSList_T*, std::size_t, NameHash, NameEqual> numbers;
     for (std::size_t i = 0; i < nodes_.size(); ++i) {
@@ -90,7 +96,9 @@ class Tree {
     for (const Node_T* node : nodes_) {
       const auto found = numbers.find(&node->relatedName);
       const std::size_t named = found == numbers.end() ? orphans() : found->second;
-      parents_.push_back(node->relatedName.length() == 0 ? tops() : named);
+      const bool top = node->relatedName.length() == 0 ||
+                       (found == numbers.end() && isRootMap(node->relatedName));
+      parents_.push_back(top ? tops() : named);
     }
   }
 

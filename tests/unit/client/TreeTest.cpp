@@ -59,6 +59,13 @@ TEST(Tree, IndentsChildrenInTheOrderReceived) {
             "  the b1 [TopoSubnetwork b1]\n");
 }
 
+TEST(Tree, HasTheNodesBelowThePhysicalRootMapAtTheTop) {
+  EXPECT_EQ(drawn({{"a", "QNMAP_PHY_SUBMAP"}, {"a1", "a"}, {"b", "nowhere"}}),
+            "the a [TopoSubnetwork a]\n"
+            "  the a1 [TopoSubnetwork a1]\n" +
+                kHeading + "  the b [TopoSubnetwork b]\n");
+}
+
 TEST(Tree, OfNoNodesIsEmpty) {
   EXPECT_EQ(drawn(std::vector<Member>{}), "");
 }
