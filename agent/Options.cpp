@@ -60,7 +60,14 @@ std::string oneLine(std::string text) {
   return text;
 }
 
-void declareOptions(CLI::App& app, Options& options, std::string& endpoint) {
+std::string checkSeconds(const std::string& text) {
+  return text.find_first_not_of("0123456789.") == std::string::npos
+             ? ""
+             : "'" + text + "' is not a number of seconds";
+}
+
+// What is served, and where.
+void declareService(CLI::App& app, Options& options, std::string& endpoint) {
   app.set_version_flag("--version", std::string("topo-agentd ") + TOPO_VERSION);
   app.set_config("--config", "", "read options from this file (name = value, one a line)");
   app.add_option("--network", options.network, "load this network into the store when it is new")
@@ -84,6 +91,9 @@ void declareOptions(CLI::App& app, Options& options, std::string& endpoint) {
   app.add_option("--naming", options.naming,
                  "also bind TopoManagement in this CosNaming service (an object reference)")
       ->type_name("REF");
+}
+
+void declareLimits(CLI::App& app, Options& options) {
   app.add_option("--log-level", options.logLevel, "1 errors, 2 events, 3 traces")
       ->type_name("N")
       ->capture_default_str()
@@ -97,11 +107,7 @@ void declareOptions(CLI::App& app, Options& options, std::string& endpoint) {
       ->type_name("S")
       ->capture_default_str()
       ->check(CLI::Range(1.0, 1e6))
-      ->check([](const std::string& text) {
-        return text.find_first_not_of("0123456789.") == std::string::npos
-                   ? ""
-                   : "'" + text + "' is not a number of seconds";
-      });
+      ->check(checkSeconds);
   app.add_option("--max-iterators", options.maxIterators, "iterators that may live at once")
       ->type_name("N")
       ->capture_default_str()
@@ -114,7 +120,8 @@ std::optional<Options> parseOptions(int argc, const char* const argv[]) {
   CLI::App app("topo-agentd: serves a network's topology over CORBA", "topo-agentd");
   Options options;
   std::string endpoint = orb::format(options.endpoint);
-  declareOptions(app, options, endpoint);
+  declareService(app, options, endpoint);
+  declareLimits(app, options);
   try {
     app.parse(argc, argv);
   } catch (const CLI::Success& answered) {
