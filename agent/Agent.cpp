@@ -1,48 +1,38 @@
 #include "agent/Agent.h"
 
+#include <chrono>
 #include <fstream>
+#include <optional>
 #include <utility>
 
-#include "agent/bundle/ModuleLoader.h"
+#include "agent/ModuleControl.h"
+#include "agent/Publication.h"
+#include "agent/console/ConsoleServant.h"
 #include "agent/domain/AttributeService.h"
 #include "agent/domain/DomainService.h"
 #include "agent/domain/Naming.h"
 #include "agent/domain/NetworkModel.h"
 #include "agent/domain/NetworkReader.h"
 #include "agent/domain/NetworkStore.h"
+#include "agent/domain/NetworkWriter.h"
+#include "agent/domain/NodeService.h"
+#include "agent/events/EventManager.h"
+#include "agent/events/SecurityService.h"
 #include "agent/northbound/CommonAttributes.h"
 #include "agent/northbound/Log.h"
 #include "agent/northbound/NamingEntry.h"
 #include "agent/northbound/Northbound.h"
-#include "platform/bundlemgr/ServiceInterface.h"
+#include "agent/notifications/Notifier.h"
+#include "agent/notifications/SessionServant.h"
+#include "idl/ObjectKeys.h"
 
 namespace agent {
 namespace {
 
-constexpr const char* kManager = "TopoManagement";
+using object_key::kManager;
 
-// A service interface of the agent, published for as long as this lives.
-template <typename Service>
-class Published {
- public:
-  template <typename... Arguments>
-  explicit Published(const char* name, Arguments&&... arguments)
-      : service_(std::forward<Arguments>(arguments)...), buffer_(publish(name)) {}
-
-  ~Published() { buffer_->Remove(&service_); }
-
-  Published(const Published&) = delete;
-  Published& operator=(const Published&) = delete;
-
- private:
-  NS_BUNDLEMGR1::InterfaceBuffer* publish(const char* name) {
-    NS_BUNDLEMGR1::SetIFBuf(name, &service_);
-    return NS_BUNDLEMGR1::CheckIFBuf(name);
-  }
-
-  Service service_;
-  NS_BUNDLEMGR1::InterfaceBuffer* const buffer_;
-};
+// How long receivers may take for what waits for them when the agent ends.
+constexpr std::chrono::seconds kNotificationPatience{3};
 
 orb::Options orbOptions(const Options& options) {
   orb::Options result;
@@ -53,6 +43,13 @@ orb::Options orbOptions(const Options& options) {
 IteratorLimits iteratorLimits(const Options& options) {
   const std::chrono::duration<double> timeout(options.iteratorTimeoutSeconds);
   return {std::chrono::duration_cast<std::chrono::milliseconds>(timeout), options.maxIterators};
+}
+
+NotifierOptions notifierOptions(const Options& options) {
+  NotifierOptions result;
+  result.queueLimit = options.queueLimit;
+  result.channel = options.eventChannel;
+  return result;
 }
 
 // The network that is served: the store's, which is loaded from the network file when it is new.
@@ -91,10 +88,41 @@ void writeIorFile(const std::filesystem::path& path, const std::string& referenc
   }
 }
 
+// An object at a key of the agent's endpoint, for as long as this lives.
+class Served {
+ public:
+  Served(orb::Server& server, const char* key, PortableServer::ServantBase* servant)
+      : object_(server.wellKnownObject(key)), servant_(servant) {
+    const CORBA::Object_var reference = object_->publish(servant);
+  }
+
+  // Waits for running requests.
+  ~Served() { object_->retire(); }
+
+  Served(const Served&) = delete;
+  Served& operator=(const Served&) = delete;
+
+ private:
+  const std::unique_ptr<orb::WellKnownObject> object_;
+  const PortableServer::ServantBase_var servant_;
+};
+
+TopoAgent::ModuleState_T tmfState(ModuleControl::State state) {
+  switch (state) {
+    case ModuleControl::State::kLoaded:
+      return TopoAgent::MS_LOADED;
+    case ModuleControl::State::kReloading:
+      return TopoAgent::MS_RELOADING;
+    case ModuleControl::State::kMissing:
+      break;
+  }
+  return TopoAgent::MS_MISSING;
+}
+
 }  // namespace
 
 // In the order in which they depend on each other; taken down in reverse.
-class Agent::Parts {
+class Agent::Parts final : private AgentControl {
  public:
   explicit Parts(const Options& options)
       : server_(orb::startServer(orbOptions(options), options.endpoint,
@@ -102,43 +130,59 @@ class Agent::Parts {
         network_(openNetwork(options, store_)),
         emsName_(options.emsName.empty() ? network_.ems : options.emsName),
         model_(std::move(network_)),
-        domain_("DomainInterface", model_),
-        naming_("CorbaUtilInterface", emsName_, model_),
-        attributes_(emsName_, *store_, model_),
+        writer_(*store_, model_,
+                [this](int eventId, std::vector<NS_DOMAIN::TopoNode_T> nodes) {
+                  events_.raise(eventId, std::move(nodes));
+                }),
+        domain_(model_),
+        publishedDomain_("DomainInterface", domain_),
+        naming_(emsName_, model_),
+        publishedNaming_("CorbaUtilInterface", naming_),
+        attributes_(emsName_, writer_),
         offeredAttributes_(attributes_),
+        nodes_(writer_),
+        notifier_(
+            *server_, notifierOptions(options),
+            [this](std::uint64_t count) { return writer_.reserveNotificationIds(count); },
+            [] { return std::chrono::system_clock::now(); }),
         northbound_(*server_, emsName_, options.testSwitch, iteratorLimits(options)),
-        loader_(options.module) {}
+        module_(kManager, options.module, writer_, events_, northbound_) {
+    setEventAccess(options.eventAccess);
+  }
 
   ~Parts() {
     entry_.reset();
-    unloadModule();
+    console_.reset();
+    module_.unload();
+    session_.reset();
+    notifier_.flush(kNotificationPatience);
   }
 
   Parts(const Parts&) = delete;
   Parts& operator=(const Parts&) = delete;
 
   void start(const Options& options) {
-    loadModule(options);
+    module_.load();
+    manager_ = northbound_.managers().reference(kManager);
+    session_.emplace(*server_, object_key::kSession, new SessionServant(notifier_));
+    if (options.console) {
+      console_.emplace(*server_, object_key::kConsole, new ConsoleServant(nodes_, *this));
+    }
     publish(options);
   }
 
-  void loadModule(const Options& options) {
-    northbound_.open();
-    loader_.load();
-    if (!northbound_.managers().serving(kManager)) {
-      throw ModuleError("module " + options.module.string() + ": it does not serve " + kManager);
+  void reloadModule() override { module_.reload(); }
+
+  void setEventAccess(EventAccess access) {
+    security_.allowEventAccess(access == EventAccess::kAllowed);
+    publishedSecurity_.reset();
+    if (access != EventAccess::kUnknown) {
+      publishedSecurity_.emplace("SecurityIF", security_);
     }
   }
 
-  // Nothing of the module may be in use when it goes.
-  void unloadModule() {
-    northbound_.retire();
-    loader_.unload();
-  }
-
   std::string managerReference() {
-    const CORBA::Object_var manager = northbound_.managers().reference(kManager);
-    const CORBA::String_var text = server_->get()->object_to_string(manager);
+    const CORBA::String_var text = server_->get()->object_to_string(manager_);
     return text.in();
   }
 
@@ -151,26 +195,56 @@ class Agent::Parts {
  private:
   void publish(const Options& options) {
     if (!options.naming.empty()) {
-      const CORBA::Object_var manager = northbound_.managers().reference(kManager);
       entry_ =
-          std::make_unique<NamingEntry>(server_->get(), options.naming, kManager, manager.in());
+          std::make_unique<NamingEntry>(server_->get(), options.naming, kManager, manager_.in());
     }
     if (!options.iorFile.empty()) {
       writeIorFile(options.iorFile, managerReference());
     }
   }
 
+  TopoAgent::Status_T status() override {
+    TopoAgent::Status_T status;
+    status.moduleState = tmfState(module_.state());
+    status.moduleLoads = module_.loads();
+    status.testSwitch = northbound_.testSwitch();
+    status.topoNodes = static_cast<CORBA::ULong>(model_.topoNodeCount());
+    status.iterators = static_cast<CORBA::ULong>(northbound_.iterators().size());
+    const EventManager::Status events = events_.status();
+    status.subscriptions = static_cast<CORBA::ULong>(events.subscriptions);
+    status.eventsQueued = static_cast<CORBA::ULong>(events.queued);
+    status.eventsDropped = events.dropped;
+    const NotifierStatus notifier = notifier_.status();
+    status.notifications = notifier.notifications;
+    status.subscribersDropped = notifier.subscribersDropped;
+    status.receivers = notifier.receivers;
+    return status;
+  }
+
+  void setTestSwitch(bool on) override { northbound_.setTestSwitch(on); }
+
   std::unique_ptr<orb::Server> server_;
   std::unique_ptr<NetworkStore> store_;
   Network network_;
   const std::string emsName_;
   NetworkModel model_;
-  Published<DomainService> domain_;
-  Published<NamingService> naming_;
+  EventManager events_;
+  NetworkWriter writer_;
+  DomainService domain_;
+  const Publication publishedDomain_;
+  NamingService naming_;
+  const Publication publishedNaming_;
+  SecurityService security_{false};
+  std::optional<Publication> publishedSecurity_;
   AttributeService attributes_;
   const OfferedAttributes offeredAttributes_;
+  NodeService nodes_;
+  Notifier notifier_;
   Northbound northbound_;
-  ModuleLoader loader_;
+  ModuleControl module_;
+  CORBA::Object_var manager_;  // the same after every reload
+  std::optional<Served> session_;
+  std::optional<Served> console_;
   std::unique_ptr<NamingEntry> entry_;
 };
 
@@ -198,8 +272,11 @@ std::string Agent::managerReference() {
 }
 
 void Agent::reloadModule() {
-  parts_->unloadModule();
-  parts_->loadModule(options_);
+  parts_->reloadModule();
+}
+
+void Agent::setEventAccess(EventAccess access) {
+  parts_->setEventAccess(access);
 }
 
 }  // namespace agent

@@ -10,7 +10,7 @@
 
 namespace agent {
 
-// One in a process. Thread-safety: one thread.
+// One in a process. Thread-safety: one thread; reloadModule from any.
 class Agent {
  public:
   explicit Agent(Options options);
@@ -37,6 +37,10 @@ class Agent {
   // Takes the module out of the process and puts it in again. Clients see TRANSIENT in between, and
   // iterators end. REQUIRES: started. Throws ModuleError.
   void reloadModule();
+
+  // What modules find out from now on, in place of what the options say. REQUIRES: started, and no
+  // module looks at present.
+  void setEventAccess(EventAccess access);
 
  private:
   class Parts;

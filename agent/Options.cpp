@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <charconv>
 #include <iostream>
+#include <map>
 #include <system_error>
 
 namespace agent {
@@ -93,6 +94,31 @@ void declareService(CLI::App& app, Options& options, std::string& endpoint) {
       ->type_name("REF");
 }
 
+const std::map<std::string, EventAccess>& eventAccessWords() {
+  static const std::map<std::string, EventAccess> words = {{"allowed", EventAccess::kAllowed},
+                                                           {"denied", EventAccess::kDenied},
+                                                           {"unknown", EventAccess::kUnknown}};
+  return words;
+}
+
+// Who hears of changes, and who may make them.
+void declareEvents(CLI::App& app, Options& options, std::string& eventAccess) {
+  app.add_option("--event-channel", options.eventChannel,
+                 "also push notifications to this CosEventChannelAdmin channel")
+      ->type_name("REF");
+  app.add_option("--queue", options.queueLimit,
+                 "notifications that may wait for one receiver before its oldest are lost")
+      ->type_name("N")
+      ->capture_default_str()
+      ->check(CLI::Range(std::size_t{1}, std::size_t{10000000}));
+  app.add_option("--event-access", eventAccess,
+                 "what modules are told about their access to events")
+      ->type_name("WORD")
+      ->capture_default_str()
+      ->check(CLI::IsMember(eventAccessWords()));
+  app.add_flag("!--no-console", options.console, "serve no console");
+}
+
 void declareLimits(CLI::App& app, Options& options) {
   app.add_option("--log-level", options.logLevel, "1 errors, 2 events, 3 traces")
       ->type_name("N")
@@ -121,6 +147,8 @@ std::optional<Options> parseOptions(int argc, const char* const argv[]) {
   Options options;
   std::string endpoint = orb::format(options.endpoint);
   declareService(app, options, endpoint);
+  std::string eventAccess = "allowed";
+  declareEvents(app, options, eventAccess);
   declareLimits(app, options);
   try {
     app.parse(argc, argv);
@@ -131,6 +159,7 @@ std::optional<Options> parseOptions(int argc, const char* const argv[]) {
     throw UsageError(oneLine(failure.what()) + " (see topo-agentd --help)");
   }
   options.endpoint = *parseEndpoint(endpoint);
+  options.eventAccess = eventAccessWords().at(eventAccess);
   if (options.module.empty()) {
     options.module = defaultModule();
   }

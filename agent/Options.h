@@ -13,6 +13,13 @@
 
 namespace agent {
 
+// What modules find out about their access to events.
+enum class EventAccess {
+  kAllowed,
+  kDenied,
+  kUnknown,  // there is no one to ask
+};
+
 struct Options {
   std::filesystem::path network;  // empty: none
   std::string store = "./topo-agentd.db";
@@ -20,6 +27,10 @@ struct Options {
   std::filesystem::path iorFile;  // empty: none
   std::string emsName;            // empty: the network's own
   bool testSwitch = false;
+  bool console = true;
+  EventAccess eventAccess = EventAccess::kAllowed;
+  std::string eventChannel;        // empty: none
+  std::size_t queueLimit = 10000;  // notifications that wait for one receiver
   std::filesystem::path module;
   std::string naming;  // empty: none
   int logLevel = 1;

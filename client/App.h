@@ -23,8 +23,8 @@ struct Streams {
 int run(const std::vector<std::string>& arguments, const std::string& agentOfEnvironment,
         const Streams& streams);
 
-// The command on an ORB that is running. Exceptions pass, and nothing is on `out` then unless it is
-// `out` that fails.
+// The command on an ORB that is running; any but watch. Exceptions pass, and nothing is on `out`
+// then unless it is `out` that fails.
 void execute(const Options& options, CORBA::ORB_ptr orb, const Streams& streams);
 
 }  // namespace topoctl

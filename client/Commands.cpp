@@ -4,9 +4,12 @@
 #include <memory>
 
 #include "client/Attributes.h"
+#include "client/Connection.h"
+#include "client/Console.h"
 #include "client/Fetch.h"
 #include "client/Names.h"
 #include "client/Result.h"
+#include "client/Status.h"
 #include "client/Tree.h"
 
 namespace topoctl {
@@ -43,11 +46,29 @@ Batches<typename Records::List> fetchView(const Session& session, Prepare<Record
       session.options.howMany, prepare(session), session.progress);
 }
 
+// `function` is called with a Session.
+template <typename Function>
+RunFunction atManager(Function function) {
+  return [function](const Call& call) {
+    const auto manager = connect(call.orb, call.options);
+    return function({manager.in(), call.options, call.progress});
+  };
+}
+
 template <typename Records>
 RunFunction view(Prepare<Records> prepare) {
-  return [prepare](const Session& session) {
+  return atManager([prepare](const Session& session) {
     return printer(fetchView<Records>(session, prepare), Records::description(),
                    session.options.format);
+  });
+}
+
+using ConsoleFunction = PrintFunction (*)(TopoAgent::Console_I_ptr, const Options&);
+
+RunFunction atConsole(ConsoleFunction function) {
+  return [function](const Call& call) {
+    const auto console = connectConsole(call.orb, call.options);
+    return function(console.in(), call.options);
   };
 }
 
@@ -97,28 +118,66 @@ PrintFunction capabilities(const Session& session) {
 
 const std::vector<Command>& commands() {
   static const std::vector<Command> table = {
-      {"topo", "The topology subnetwork view: its nodes", Takes::kNothing, nullptr,
+      {"topo", "The topology subnetwork view: its nodes", Takes::kNothing, Formats::kAll, nullptr,
        view<Nodes>(topo)},
-      {"protect", "The protect subnetwork view: its nodes", Takes::kNothing, nullptr,
+      {"protect", "The protect subnetwork view: its nodes", Takes::kNothing, Formats::kAll, nullptr,
        view<Nodes>(protect)},
-      {"below", "The nodes below a topology subnetwork", Takes::kSubnetwork, nullptr,
+      {"below", "The nodes below a topology subnetwork", Takes::kSubnetwork, Formats::kAll, nullptr,
        view<Nodes>(below)},
-      {"clocks", "The clock source view: its nodes", Takes::kNothing, nullptr, view<Nodes>(clocks)},
-      {"clock-links", "The clock source view: its topological links", Takes::kNothing, nullptr,
-       view<Links>(clockLinks)},
+      {"clocks", "The clock source view: its nodes", Takes::kNothing, Formats::kAll, nullptr,
+       view<Nodes>(clocks)},
+      {"clock-links", "The clock source view: its topological links", Takes::kNothing,
+       Formats::kAll, nullptr, view<Links>(clockLinks)},
       {"tree", "The topology subnetwork view as a tree by parents", Takes::kNothing,
-       "a tree is drawn for people; topo has the same nodes as records", tree},
+       Formats::kTable, "a tree is drawn for people; topo has the same nodes as records",
+       atManager(tree)},
       {"set", "Sets an attribute of an object: user-label, owner, native-name or info",
-       Takes::kAttribute, nullptr, setAttribute},
-      {"capabilities", "The operations that the agent's manager supports", Takes::kNothing, nullptr,
-       capabilities},
+       Takes::kAttribute, Formats::kAll, nullptr, atManager(setAttribute)},
+      {"capabilities", "The operations that the agent's manager supports", Takes::kNothing,
+       Formats::kAll, nullptr, atManager(capabilities)},
+      {"watch", "Prints what changes, until it is interrupted", Takes::kWatch,
+       Formats::kTableAndJson, "events of different kinds have no columns in common", nullptr},
+      {"node create", "Creates a topology node", Takes::kNewNode, Formats::kAll, nullptr,
+       atConsole(createNode)},
+      {"node delete", "Deletes a topology node and what is below it", Takes::kNode, Formats::kAll,
+       nullptr, atConsole(deleteNode)},
+      {"node rename", "Gives a topology node another name", Takes::kNewName, Formats::kAll, nullptr,
+       atConsole(renameNode)},
+      {"import", "Adds the network of a file to the agent's", Takes::kFile, Formats::kAll, nullptr,
+       atConsole(importNetwork)},
+      {"test-switch", "Turns the agent's test switch on or off", Takes::kSwitch, Formats::kAll,
+       nullptr, atConsole(setTestSwitch)},
+      {"status", "How the agent is, and who receives its notifications", Takes::kNothing,
+       Formats::kAll, nullptr, atConsole(status)},
+      {"module reload", "Takes the module out of the agent and puts it in again", Takes::kNothing,
+       Formats::kAll, nullptr, atConsole(reloadModule)},
   };
   return table;
 }
 
+namespace {
+
+auto findCommand(const std::string& name) {
+  return std::find_if(commands().begin(), commands().end(),
+                      [&name](const Command& command) { return command.name == name; });
+}
+
+}  // namespace
+
+bool isCommand(const std::string& name) {
+  return findCommand(name) != commands().end();
+}
+
 const Command& commandNamed(const std::string& name) {
-  return *std::find_if(commands().begin(), commands().end(),
-                       [&name](const Command& command) { return command.name == name; });
+  return *findCommand(name);
+}
+
+const std::vector<Group>& commandGroups() {
+  static const std::vector<Group> table = {
+      {"node", "Changes the topology: node create, node delete, node rename"},
+      {"module", "The agent's module: module reload"},
+  };
+  return table;
 }
 
 }  // namespace topoctl

@@ -12,21 +12,41 @@
 
 namespace topoctl {
 
+// What a command starts from. Everything is borrowed for the run.
+struct Call {
+  CORBA::ORB_ptr orb;
+  const Options& options;
+  const ProgressFunction& progress;
+};
+
 // Makes all calls of a command. Exceptions of the calls pass.
-using RunFunction = std::function<PrintFunction(const Session&)>;
+using RunFunction = std::function<PrintFunction(const Call&)>;
+
+enum class Formats { kAll, kTableAndJson, kTable };
 
 struct Command {
-  const char* name;
+  const char* name;  // of a group's command with the group before it: "node create"
   const char* help;
   Takes takes;
-  const char* tableAlone;  // why there is no other format; null when there is every one
-  RunFunction run;
+  Formats formats;
+  const char* whyNotOthers;  // null when there is every format
+  RunFunction run;           // null for watch, which prints while it runs
 };
 
 const std::vector<Command>& commands();
 
-// REQUIRES: there is a command of that name.
+bool isCommand(const std::string& name);
+
+// REQUIRES: isCommand(name).
 const Command& commandNamed(const std::string& name);
+
+// The first words of commands that have two.
+struct Group {
+  const char* name;
+  const char* help;
+};
+
+const std::vector<Group>& commandGroups();
 
 }  // namespace topoctl
 

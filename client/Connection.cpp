@@ -3,13 +3,13 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
-#include <cerrno>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <memory>
+#include <system_error>
 
 #include "client/Failure.h"
+#include "client/File.h"
+#include "idl/ObjectKeys.h"
 #include "orb/naming.h"
 
 namespace topoctl {
@@ -51,24 +51,19 @@ std::string trim(const std::string& text) {
 }
 
 std::string readIorFile(const Options& options) {
-  using File = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
-  const File file(std::fopen(options.iorFile->c_str(), "rb"), std::fclose);
-  if (file == nullptr) {
-    badSource(options, std::string("cannot be read: ") + std::strerror(errno));
+  try {
+    const std::string content = readFile(*options.iorFile, kMaxIorFileBytes);
+    if (content.size() > kMaxIorFileBytes) {
+      badSource(options, "is too long for an object reference");
+    }
+    std::string reference = trim(content);
+    if (reference.empty()) {
+      badSource(options, "is empty");
+    }
+    return reference;
+  } catch (const std::system_error& error) {
+    badSource(options, "cannot be read: " + error.code().message());
   }
-  std::string content(kMaxIorFileBytes + 1, '\0');
-  content.resize(std::fread(content.data(), 1, content.size(), file.get()));
-  if (std::ferror(file.get()) != 0) {
-    badSource(options, std::string("cannot be read: ") + std::strerror(errno));
-  }
-  if (content.size() > kMaxIorFileBytes) {
-    badSource(options, "is too long for an object reference");
-  }
-  std::string reference = trim(content);
-  if (reference.empty()) {
-    badSource(options, "is empty");
-  }
-  return reference;
 }
 
 bool hasScheme(const std::string& reference, const std::string& scheme) {
@@ -219,6 +214,27 @@ CORBA::Object_ptr resolve(CORBA::ORB_ptr orb, const Options& options) {
                                             : toObject(orb, options, reference);
 }
 
+CORBA::Object_ptr resolveBeside(CORBA::ORB_ptr orb, const Options& options, const char* key) {
+  const CORBA::Object_var manager = resolve(orb, options);
+  try {
+    return orb::objectBeside(orb, manager, key);
+  } catch (const CORBA::BAD_PARAM&) {
+    badSource(options, "has no address");
+  }
+}
+
+template <typename Interface>
+typename Interface::_var_type connectBeside(CORBA::ORB_ptr orb, const Options& options,
+                                            const char* key, const char* type) {
+  const CORBA::Object_var object = resolveBeside(orb, options, key);
+  typename Interface::_var_type narrowed = Interface::_narrow(object);
+  if (CORBA::is_nil(narrowed)) {
+    throw Failure(ExitCode::kCallFailed, std::string("the object '") + key + "' beside that of " +
+                                             describeSource(options) + " is not a " + type);
+  }
+  return narrowed;
+}
+
 }  // namespace
 
 std::string describeAgent(const Options& options) {
@@ -234,6 +250,14 @@ TopoManagementManager::TopoMgr_I_var connect(CORBA::ORB_ptr orb, const Options& 
                   "the object of " + describeSource(options) + " is not a TopoMgr_I");
   }
   return manager;
+}
+
+TopoAgent::Console_I_var connectConsole(CORBA::ORB_ptr orb, const Options& options) {
+  return connectBeside<TopoAgent::Console_I>(orb, options, object_key::kConsole, "Console_I");
+}
+
+TopoAgent::Session_I_var connectSession(CORBA::ORB_ptr orb, const Options& options) {
+  return connectBeside<TopoAgent::Session_I>(orb, options, object_key::kSession, "Session_I");
 }
 
 }  // namespace topoctl

@@ -1,4 +1,4 @@
-// The way to the agent's manager object.
+// The ways to the agent's objects.
 
 #ifndef CLIENT_CONNECTION_H
 #define CLIENT_CONNECTION_H
@@ -6,6 +6,7 @@
 #include <string>
 
 #include "client/Options.h"
+#include "orb/idl/TopoAgent.h"
 #include "orb/idl/TopoManagementManager.h"
 #include "orb/orb.h"
 
@@ -14,11 +15,16 @@ namespace topoctl {
 // "the agent at REF", or by the file that names it; for messages.
 std::string describeAgent(const Options& options);
 
-// Resolves the reference that the options name and asks the object there whether it is a TopoMgr_I.
+// Each of these resolves the reference that the options name and asks the object for its type.
 // Throws Failure: kUsage for a bad reference or file, kUnreachable when a naming service does not
 // answer or does not know the name, kCallFailed for an object of another type; CORBA exceptions of
 // the call to the agent pass.
 TopoManagementManager::TopoMgr_I_var connect(CORBA::ORB_ptr orb, const Options& options);
+
+// Found beside the manager, to which nothing is called. kUsage also when the reference has no
+// address.
+TopoAgent::Console_I_var connectConsole(CORBA::ORB_ptr orb, const Options& options);
+TopoAgent::Session_I_var connectSession(CORBA::ORB_ptr orb, const Options& options);
 
 }  // namespace topoctl
 

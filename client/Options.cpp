@@ -5,6 +5,7 @@
 #include <charconv>
 #include <cmath>
 #include <limits>
+#include <map>
 #include <system_error>
 
 #include "client/Commands.h"
@@ -88,11 +89,22 @@ void addOptions(CLI::App& app, Typed& typed) {
                 " unless given");
 }
 
+CLI::App& addSubcommand(CLI::App& app, const std::string& name, const std::string& help) {
+  return *app.add_subcommand(name, help)
+              ->fallthrough()
+              ->footer("topoctl --help shows the options of all commands.");
+}
+
 void addCommands(CLI::App& app) {
+  std::map<std::string, CLI::App*> groups;
+  for (const Group& group : commandGroups()) {
+    groups[group.name] = &addSubcommand(app, group.name, group.help);
+  }
   for (const Command& command : commands()) {
-    CLI::App* const subcommand = app.add_subcommand(command.name, command.help);
-    subcommand->fallthrough()->footer("topoctl --help shows the options of all commands.");
-    addArguments(*subcommand, command.takes);
+    const std::string name = command.name;
+    const std::size_t space = name.find(' ');
+    CLI::App& parent = space == std::string::npos ? app : *groups.at(name.substr(0, space));
+    addArguments(addSubcommand(parent, name.substr(space + 1), command.help), command.takes);
   }
 }
 
@@ -104,6 +116,25 @@ std::string commandNames() {
   return names;
 }
 
+// The innermost subcommand that was typed, or the application itself.
+const CLI::App& innermost(const CLI::App& app) {
+  const CLI::App* typed = &app;
+  while (!typed->get_subcommands().empty()) {
+    typed = typed->get_subcommands().front();
+  }
+  return *typed;
+}
+
+// "topo", "node create"; "node" for a group alone, "" for nothing.
+std::string typedCommand(const CLI::App& app) {
+  std::string name;
+  for (const CLI::App* typed = &app; !typed->get_subcommands().empty();) {
+    typed = typed->get_subcommands().front();
+    name += (name.empty() ? "" : " ") + typed->get_name();
+  }
+  return name;
+}
+
 void checkCommand(const CLI::App& app) {
   const std::vector<std::string> remaining = app.remaining(true);
   const auto unexpected = std::find_if(remaining.begin(), remaining.end(),
@@ -111,8 +142,10 @@ void checkCommand(const CLI::App& app) {
   if (unexpected != remaining.end()) {
     usageError("'" + *unexpected + "' is not expected here; the commands are: " + commandNames());
   }
-  if (app.get_subcommands().empty()) {
-    usageError("a command is missing; the commands are: " + commandNames());
+  const std::string name = typedCommand(app);
+  if (!isCommand(name)) {
+    usageError((name.empty() ? "" : name + ": ") +
+               "a command is missing; the commands are: " + commandNames());
   }
 }
 
@@ -146,13 +179,20 @@ void readValues(const CLI::App& app, const Typed& typed, Options& options) {
   }
 }
 
-void readCommand(const CLI::App& subcommand, Options& options) {
-  options.command = subcommand.get_name();
-  const Command& command = commandNamed(options.command);
-  if (command.tableAlone != nullptr && options.format != Format::kTable) {
-    usageError(options.command + ": --format must be table: " + command.tableAlone);
+void checkFormat(const Command& command, Format format) {
+  const bool tableAlone = command.formats == Formats::kTable && format != Format::kTable;
+  const bool notCsv = command.formats == Formats::kTableAndJson && format == Format::kCsv;
+  if (tableAlone || notCsv) {
+    usageError(std::string(command.name) + ": --format must be table" +
+               (tableAlone ? ": " : " or json: ") + command.whyNotOthers);
   }
-  options.arguments = readArguments(subcommand, command.takes);
+}
+
+void readCommand(const CLI::App& app, Options& options) {
+  options.command = typedCommand(app);
+  const Command& command = commandNamed(options.command);
+  checkFormat(command, options.format);
+  options.arguments = readArguments(innermost(app), command.takes);
 }
 
 // Fills `typed`; a help or version text when one was asked for.
@@ -187,7 +227,7 @@ Options parseOptions(const std::vector<std::string>& arguments,
     checkCommand(app);
     readAgent(app, typed, agentOfEnvironment, options);
     readValues(app, typed, options);
-    readCommand(*app.get_subcommands().front(), options);
+    readCommand(app, options);
   }
   return options;
 }

@@ -47,6 +47,13 @@ Output::Output(int descriptor) : std::ostream(nullptr), buffer_(descriptor) {
   exceptions(std::ios::badbit);  // lets the buffer's own exceptions through
 }
 
+void flush(std::ostream& out) {
+  out << std::flush;
+  if (!out) {
+    throw Failure(ExitCode::kLocal, "the output cannot be written");
+  }
+}
+
 void occupyStandardDescriptors() {
   for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
     if (fcntl(descriptor, F_GETFD) < 0) {

@@ -34,6 +34,9 @@ class Output final : public std::ostream {
   DescriptorBuffer buffer_;
 };
 
+// Throws Failure (kLocal) when what was written did not get out.
+void flush(std::ostream& out);
+
 // Puts /dev/null where standard input, output or error is closed, so that no connection gets a
 // descriptor that output is written to. Writing to such an output fails as it does on a closed one.
 void occupyStandardDescriptors();

@@ -1,56 +1,29 @@
 #include "client/Printer.h"
 
 #include <algorithm>
-#include <nlohmann/json.hpp>
 #include <ostream>
 #include <string>
 #include <string_view>
 
+#include "client/Json.h"
 #include "client/Text.h"
 
 namespace topoctl {
 namespace {
 
 using globaldefs::NVSList_T;
-using nlohmann::ordered_json;
 
 constexpr std::string_view kColumnGap = "  ";
 
-// Combines functions, one for each alternative of a variant.
-template <typename... Functions>
-struct Overloaded : Functions... {
-  using Functions::operator()...;
-};
-template <typename... Functions>
-Overloaded(Functions...) -> Overloaded<Functions...>;
-
-template <typename Visit>
-void forEachPair(const NVSList_T& pairs, Visit visit) {
-  for (CORBA::ULong i = 0; i < pairs.length(); ++i) {
-    visit(std::string_view(pairs[i].name.in()), std::string_view(pairs[i].value.in()));
-  }
-}
-
 // ---- json
 
-ordered_json jsonPairs(const NVSList_T& pairs) {
-  ordered_json array = ordered_json::array();
-  forEachPair(pairs, [&array](std::string_view name, std::string_view value) {
-    ordered_json pair;
-    pair["name"] = validUtf8(name);
-    pair["value"] = validUtf8(value);
-    array.push_back(std::move(pair));
-  });
-  return array;
-}
-
-ordered_json jsonValue(const Value& value) {
-  return std::visit(
-      Overloaded{[](std::int64_t number) { return ordered_json(number); },
-                 [](std::string_view text) { return ordered_json(validUtf8(text)); },
-                 [](ObjectName name) { return jsonPairs(*name.pairs); },
-                 [](Information information) { return jsonPairs(*information.pairs); }},
-      value);
+void writeObject(const std::vector<std::string_view>& fields, const Rows::Row& row,
+                 std::ostream& out) {
+  Json record = Json::object();
+  for (std::size_t i = 0; i < row.size(); ++i) {
+    record[std::string(fields[i])] = toJson(row[i]);
+  }
+  out << record.dump();
 }
 
 void printJson(const Rows& rows, std::ostream& out) {
@@ -58,11 +31,8 @@ void printJson(const Rows& rows, std::ostream& out) {
   const char* separator = "\n";
   out << '[';
   rows.forEach([&](const Rows::Row& row) {
-    ordered_json record = ordered_json::object();
-    for (std::size_t i = 0; i < row.size(); ++i) {
-      record[std::string(fields[i])] = jsonValue(row[i]);
-    }
-    out << separator << record.dump();
+    out << separator;
+    writeObject(fields, row, out);
     separator = ",\n";
   });
   const bool empty = *separator == '\n';
@@ -93,7 +63,10 @@ std::string csvPairs(const NVSList_T& pairs) {
 
 std::string csvText(const Value& value) {
   return std::visit(
-      Overloaded{[](std::int64_t number) { return std::to_string(number); },
+      Overloaded{[](Unknown) { return std::string(); },
+                 [](bool truth) { return std::string(truth ? "true" : "false"); },
+                 [](std::int64_t number) { return std::to_string(number); },
+                 [](std::uint64_t number) { return std::to_string(number); },
                  [](std::string_view text) { return validUtf8(text); },
                  [](ObjectName name) { return csvPairs(*name.pairs); },
                  [](Information information) { return csvPairs(*information.pairs); }},
@@ -141,13 +114,9 @@ std::string tablePairs(const NVSList_T& pairs) {
   return text;
 }
 
-std::string tableText(const Value& value) {
-  return std::visit(
-      Overloaded{[](std::int64_t number) { return std::to_string(number); },
-                 [](std::string_view text) { return harmless(text); },
-                 [](ObjectName name) { return tableName(*name.pairs); },
-                 [](Information information) { return tablePairs(*information.pairs); }},
-      value);
+bool isNumber(const Value& value) {
+  return std::holds_alternative<std::int64_t>(value) ||
+         std::holds_alternative<std::uint64_t>(value);
 }
 
 struct Cell {
@@ -167,25 +136,27 @@ class Table {
   void printHeader(const std::vector<std::string_view>& fields, std::ostream& out) const {
     std::vector<Cell> cells;
     for (std::size_t i = 0; i < fields.size(); ++i) {
-      cells.push_back({std::string(fields[i]), i < numeric_.size() && numeric_[i]});
+      cells.push_back({std::string(fields[i]), isNumeric(i)});
     }
     printLine(cells, out);
   }
 
   void printRow(const Rows::Row& row, std::ostream& out) const {
     std::vector<Cell> cells;
-    for (const Value& value : row) {
-      cells.push_back({tableText(value), std::holds_alternative<std::int64_t>(value)});
+    for (std::size_t i = 0; i < row.size(); ++i) {
+      cells.push_back({tableText(row[i]), isNumeric(i)});
     }
     printLine(cells, out);
   }
 
  private:
+  bool isNumeric(std::size_t column) const { return column < numeric_.size() && numeric_[column]; }
+
   void measure(const Rows::Row& row) {
-    numeric_.clear();
+    numeric_.resize(row.size(), true);
     for (std::size_t i = 0; i < row.size(); ++i) {
       widths_[i] = std::max(widths_[i], displayWidth(tableText(row[i])));
-      numeric_.push_back(std::holds_alternative<std::int64_t>(row[i]));
+      numeric_[i] = numeric_[i] && isNumber(row[i]);
     }
   }
 
@@ -201,7 +172,7 @@ class Table {
   }
 
   std::vector<std::size_t> widths_;
-  std::vector<bool> numeric_;  // of the columns; empty without rows
+  std::vector<bool> numeric_;  // columns of numbers alone; empty without rows
 };
 
 void printTable(const Rows& rows, std::ostream& out) {
@@ -212,6 +183,18 @@ void printTable(const Rows& rows, std::ostream& out) {
 
 }  // namespace
 
+std::string tableText(const Value& value) {
+  return std::visit(
+      Overloaded{[](Unknown) { return std::string("?"); },
+                 [](bool truth) { return std::string(truth ? "yes" : "no"); },
+                 [](std::int64_t number) { return std::to_string(number); },
+                 [](std::uint64_t number) { return std::to_string(number); },
+                 [](std::string_view text) { return harmless(text); },
+                 [](ObjectName name) { return tableName(*name.pairs); },
+                 [](Information information) { return tablePairs(*information.pairs); }},
+      value);
+}
+
 void print(const Rows& rows, Format format, std::ostream& out) {
   switch (format) {
     case Format::kTable:
@@ -221,6 +204,15 @@ void print(const Rows& rows, Format format, std::ostream& out) {
     case Format::kCsv:
       return printCsv(rows, out);
   }
+}
+
+void printOne(const Rows& record, Format format, std::ostream& out) {
+  if (format != Format::kJson) {
+    print(record, format, out);
+    return;
+  }
+  record.forEach([&](const Rows::Row& row) { writeObject(record.fields(), row, out); });
+  out << '\n';
 }
 
 }  // namespace topoctl

@@ -27,8 +27,28 @@ struct Information {
   const globaldefs::NVSList_T* pairs;
 };
 
-// Borrows from the record. Enumerations are numbers.
-using Value = std::variant<std::int64_t, std::string_view, ObjectName, Information>;
+// What nothing is known of but that it is there.
+struct Unknown {};
+
+// Borrows from the record. Enumerations are numbers or the names of their values.
+using Value = std::variant<Unknown, bool, std::int64_t, std::uint64_t, std::string_view, ObjectName,
+                           Information>;
+
+// Combines functions, one for each alternative of a variant.
+template <typename... Functions>
+struct Overloaded : Functions... {
+  using Functions::operator()...;
+};
+template <typename... Functions>
+Overloaded(Functions...) -> Overloaded<Functions...>;
+
+// visit(name, value), both as std::string_view.
+template <typename Visit>
+void forEachPair(const globaldefs::NVSList_T& pairs, Visit visit) {
+  for (CORBA::ULong i = 0; i < pairs.length(); ++i) {
+    visit(std::string_view(pairs[i].name.in()), std::string_view(pairs[i].value.in()));
+  }
+}
 
 template <typename Record>
 struct Field {
@@ -86,6 +106,23 @@ class Rows {
   Rows() = default;
 };
 
+template <typename Record>
+std::vector<std::string_view> fieldNames(const Description<Record>& description) {
+  std::vector<std::string_view> names;
+  for (const auto& field : description) {
+    names.emplace_back(field.name);
+  }
+  return names;
+}
+
+template <typename Record>
+void fillRow(const Record& record, const Description<Record>& description, Rows::Row& row) {
+  row.clear();
+  for (const auto& field : description) {
+    row.push_back(field.value(record));
+  }
+}
+
 // Borrows the batches and the description.
 template <typename List>
 class DescribedRows final : public Rows {
@@ -95,27 +132,38 @@ class DescribedRows final : public Rows {
   DescribedRows(const Batches<List>& batches, const Description<Record>& description)
       : batches_(batches), description_(description) {}
 
-  std::vector<std::string_view> fields() const override {
-    std::vector<std::string_view> names;
-    for (const auto& field : description_) {
-      names.emplace_back(field.name);
-    }
-    return names;
-  }
+  std::vector<std::string_view> fields() const override { return fieldNames(description_); }
 
   void forEach(const std::function<void(const Row&)>& visit) const override {
     Row row;
     batches_.forEach([&](const Record& record) {
-      row.clear();
-      for (const auto& field : description_) {
-        row.push_back(field.value(record));
-      }
+      fillRow(record, description_, row);
       visit(row);
     });
   }
 
  private:
   const Batches<List>& batches_;
+  const Description<Record>& description_;
+};
+
+// One record. Borrows it and the description.
+template <typename Record>
+class DescribedRecord final : public Rows {
+ public:
+  DescribedRecord(const Record& record, const Description<Record>& description)
+      : record_(record), description_(description) {}
+
+  std::vector<std::string_view> fields() const override { return fieldNames(description_); }
+
+  void forEach(const std::function<void(const Row&)>& visit) const override {
+    Row row;
+    fillRow(record_, description_, row);
+    visit(row);
+  }
+
+ private:
+  const Record& record_;
   const Description<Record>& description_;
 };
 

@@ -32,6 +32,15 @@ PrintFunction pairPrinter(List* list, Format format) {
   return printer(std::move(batches), pairDescription(), format);
 }
 
+// A result that is always one record. Borrows the description.
+template <typename Record>
+PrintFunction recordPrinter(const Record& record, const Description<Record>& description,
+                            Format format) {
+  return [record, &description, format](std::ostream& out) {
+    printOne(DescribedRecord<Record>(record, description), format, out);
+  };
+}
+
 }  // namespace topoctl
 
 #endif

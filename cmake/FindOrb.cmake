@@ -1,7 +1,9 @@
 # The ORB that TOPO_ORB names. Defines:
 #   Orb::Orb            headers and libraries
 #   Orb::Internal       the ORB's internal headers, for orb/ alone
+#   Orb::Notification   stubs and skeletons of the CORBA notification and event services
 #   ORB_IDL_COMPILER    its IDL compiler
+#   ORB_SERVICES_IDL    the folder with the IDL of the CORBA services
 
 include(FindPackageHandleStandardArgs)
 
@@ -10,15 +12,26 @@ find_library(OMNIORB_LIBRARY omniORB4)
 find_library(OMNIORB_DYNAMIC_LIBRARY omniDynamic4)
 find_library(OMNIORB_THREAD_LIBRARY omnithread)
 find_program(ORB_IDL_COMPILER omniidl)
+find_path(OMNIORB_SERVICES_INCLUDE_DIR CosNotifyComm.hh PATH_SUFFIXES COS)
+find_library(OMNIORB_SERVICES_LIBRARY COS4)
+find_library(OMNIORB_SERVICES_DYNAMIC_LIBRARY COSDynamic4)
+find_path(ORB_SERVICES_IDL CosNotifyComm.idl PATH_SUFFIXES share/idl/omniORB/COS)
 
 find_package_handle_standard_args(Orb REQUIRED_VARS
-  OMNIORB_LIBRARY OMNIORB_DYNAMIC_LIBRARY OMNIORB_THREAD_LIBRARY OMNIORB_INCLUDE_DIR ORB_IDL_COMPILER)
+  OMNIORB_LIBRARY OMNIORB_DYNAMIC_LIBRARY OMNIORB_THREAD_LIBRARY OMNIORB_INCLUDE_DIR ORB_IDL_COMPILER
+  OMNIORB_SERVICES_INCLUDE_DIR OMNIORB_SERVICES_LIBRARY OMNIORB_SERVICES_DYNAMIC_LIBRARY
+  ORB_SERVICES_IDL)
 
 if(Orb_FOUND AND NOT TARGET Orb::Orb)
   add_library(Orb::Orb INTERFACE IMPORTED)
   target_include_directories(Orb::Orb SYSTEM INTERFACE "${OMNIORB_INCLUDE_DIR}")
   target_link_libraries(Orb::Orb INTERFACE
     "${OMNIORB_LIBRARY}" "${OMNIORB_DYNAMIC_LIBRARY}" "${OMNIORB_THREAD_LIBRARY}" Threads::Threads)
+
+  add_library(Orb::Notification INTERFACE IMPORTED)
+  target_include_directories(Orb::Notification SYSTEM INTERFACE "${OMNIORB_SERVICES_INCLUDE_DIR}")
+  target_link_libraries(Orb::Notification INTERFACE
+    Orb::Orb "${OMNIORB_SERVICES_LIBRARY}" "${OMNIORB_SERVICES_DYNAMIC_LIBRARY}")
 
   add_library(Orb::Internal INTERFACE IMPORTED)
   target_include_directories(Orb::Internal SYSTEM INTERFACE

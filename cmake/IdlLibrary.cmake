@@ -11,7 +11,8 @@ function(idl_library target)
     set(generated "${out}/${name}SK.cc" "${out}/${name}DynSK.cc")
     add_custom_command(
       OUTPUT ${generated} "${out}/${name}.hh"
-      COMMAND "${ORB_IDL_COMPILER}" -bcxx -Wba -Wbuse_quotes "-I${CMAKE_CURRENT_SOURCE_DIR}"
+      COMMAND "${ORB_IDL_COMPILER}" -bcxx -Wba -Wbuse_quotes "-I${PROJECT_SOURCE_DIR}/idl"
+              "-I${ORB_SERVICES_IDL}"
               -C "${out}" "${CMAKE_CURRENT_SOURCE_DIR}/${idl}"
       DEPENDS ${ARGN}
       COMMENT "Compiling ${idl}"

@@ -17,6 +17,6 @@ python3 scripts/check_behaviour.py
 
 # clang-tidy on what is compiled as our own code; a reason stands beside each disabled check.
 cmake --preset dev >/dev/null
-cmake --build --preset dev --target topo_idl >/dev/null
+cmake --build --preset dev --target topo_idl topo_agent_idl >/dev/null
 python3 scripts/tidy.py build/dev
 echo "check: format, tree and lint are fine"

@@ -26,10 +26,11 @@ ALLOWED = {
     "agent/bundle": {"include/platform", "orb"},
     "agent/events": {"agent/domain", "include/platform", "orb"},
     "agent/northbound": {"agent/domain", "agent/events", "include/platform", "orb"},
+    "agent/notifications": {"agent/domain", "agent/northbound", "include/platform", "orb"},
     "agent/console": {"agent/northbound", "agent/domain", "agent/events", "agent/bundle",
                       "include/platform", "orb"},
-    "agent": {"agent/console", "agent/northbound", "agent/domain", "agent/events", "agent/bundle",
-              "include/platform", "orb"},
+    "agent": {"agent/console", "agent/northbound", "agent/notifications", "agent/domain",
+              "agent/events", "agent/bundle", "include/platform", "orb"},
     "client": {"orb"},
 }
 
@@ -46,6 +47,7 @@ PREFIXES = [
     ("agent/bundle/", "agent/bundle"),
     ("agent/events/", "agent/events"),
     ("agent/northbound/", "agent/northbound"),
+    ("agent/notifications/", "agent/notifications"),
     ("agent/console/", "agent/console"),
     ("agent/", "agent"),
     ("client/", "client"),

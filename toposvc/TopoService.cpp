@@ -3,8 +3,14 @@
 #include <cerrno>
 #include <memory>
 #include <new>
+#include <vector>
 
 #include "platform/agent/AgentConfig.h"
+#include "topo/Holder.h"
+#include "topo/Lookup.h"
+#include "topoevent/CorbaTopoEventHandler.h"
+#include "topoevent/NodeLabelCache.h"
+#include "topoevent/TopoEventMgr.h"
 #include "topomanagementmgrimpl/TATopoManagementMgr_IImpl.h"
 #include "toposvc/RefCount.h"
 #include "toposvc/TOPONorthMgrFactory.h"
@@ -13,8 +19,10 @@ namespace {
 
 using NS_CORBA::CorbaAgentConfig;
 using NS_CORBA::CorbaBaseAgentConfig;
+using NS_CORBA::CorbaTopoEventHandler;
 using NS_CORBA::RefCount;
 using NS_CORBA::TATopoManagementMgr_IImpl;
+using NS_DOMAIN::TopoNode_T;
 
 // What the agent knows of the manager while it is registered.
 struct MgrRegistration {
@@ -24,6 +32,13 @@ struct MgrRegistration {
 
 // The record of the present registration, null while there is none.
 std::unique_ptr<MgrRegistration> registration;
+
+// The receiver of events that the last init made, null before the first one.
+std::unique_ptr<CorbaTopoEventHandler> eventHandler;
+
+// Receivers of earlier inits. One may still be subscribed, when no fini followed its init or when
+// the platform refused to unsubscribe it, so they live as long as the module.
+std::vector<std::unique_ptr<CorbaTopoEventHandler>> earlierEventHandlers;
 
 // The creation reference is the caller's. Null, with errno ENOMEM, when memory is short.
 POA_common::Common_I* makeServant() {
@@ -40,6 +55,39 @@ void unregisterQuietly(const char* name) {
     CorbaBaseAgentConfig::Instance()->UnregisterMgr(name);
   } catch (...) {
     // Nothing was there to withdraw.
+  }
+}
+
+void makeEventHandler() {
+  auto handler = std::make_unique<CorbaTopoEventHandler>();
+  if (eventHandler) {
+    earlierEventHandlers.push_back(std::move(eventHandler));
+  }
+  eventHandler = std::move(handler);
+}
+
+void subscribeToEvents() {
+  makeEventHandler();
+  TopoEventMgr::Instance();
+  TopoEventMgr::OnSubscibeEvent(eventHandler.get());
+}
+
+void unsubscribeFromEvents() {
+  if (eventHandler) {
+    TopoEventMgr::Instance();
+    TopoEventMgr::OnUnSubscibeEvent(eventHandler.get());
+  }
+  TopoEventMgr::CleanUp();
+}
+
+// What is in the cache from an earlier init stays in front.
+void seedNodeLabelCache() {
+  topo::Holder<std::vector<TopoNode_T>> nodes;
+  topo::GetCorbaDomain()->GetTopoData()->GetAllTopoNodes(nodes.get());
+  for (const TopoNode_T& node : *nodes) {
+    if (node.nodeType == NS_DOMAIN::kTopoSubnetwork) {
+      topo::nodeLabelCache.append(node.nodeId, node.nativeName);
+    }
   }
 }
 
@@ -66,6 +114,10 @@ int zu_corba_topo::init(int, ACE_TCHAR*[]) {
   // The agent owns the servant from here, and decides what a null one means.
   CorbaAgentConfig::Instance()->RegisterServant(record->name, makeServant());
   registration = std::move(record);
+  subscribeToEvents();
+  if (CorbaAgentConfig::Instance()->GetTestSwitch()) {
+    seedNodeLabelCache();
+  }
   return 0;
 }
 
@@ -75,5 +127,6 @@ int zu_corba_topo::fini() {
     unregisterQuietly(registration->name);
     registration.reset();
   }
+  unsubscribeFromEvents();
   return 0;
 }

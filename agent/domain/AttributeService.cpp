@@ -11,7 +11,7 @@ namespace agent {
 namespace {
 
 using globaldefs::NVSList_T;
-using Lock = std::lock_guard<std::mutex>;
+using Change = NetworkWriter::Change;
 
 [[noreturn]] void refuse(std::uint32_t code, const std::string& reason) {
   throw Outcome{code, reason};
@@ -19,18 +19,6 @@ using Lock = std::lock_guard<std::mutex>;
 
 std::string_view textOf(const char* text) {
   return text == nullptr ? std::string_view() : std::string_view(text);
-}
-
-// What keeps a text from being stored; empty when nothing does.
-std::string problemWith(std::string_view text) {
-  if (text.size() > AttributeService::kMostTextBytes) {
-    return "has more than " + std::to_string(AttributeService::kMostTextBytes) + " bytes";
-  }
-  if (text.find('\0') != std::string_view::npos) {
-    return "holds a NUL character";
-  }
-  const auto invalid = findInvalidUtf8(text);
-  return invalid ? "is not UTF-8 at byte " + std::to_string(*invalid) : std::string();
 }
 
 std::string ofObject(const char* attribute, const NVSList_T& name) {
@@ -95,68 +83,73 @@ NVSList_T listOf(const InfoPairs& pairs) {
 
 }  // namespace
 
-AttributeService::AttributeService(std::string ems, NetworkStore& store, NetworkModel& model)
-    : ems_(std::move(ems)), store_(store), model_(model) {}
+AttributeService::AttributeService(std::string ems, NetworkWriter& writer)
+    : ems_(std::move(ems)), writer_(writer) {}
 
 Outcome AttributeService::setUserLabel(const NVSList_T& name, std::string_view label,
                                        bool isUnique) {
   return change(name, [&](const ObjectKey& key) {
     requireText("user label", name, label);
-    const std::string text(label);
-    const Lock lock(mutex_);
-    if (isUnique && !text.empty()) {
-      requireUnused(key, text);
-    }
-    store_.setUserLabel(key, text);
-    model_.setLabel(key, text);
+    return [&, key, text = std::string(label)](Change& change) {
+      if (isUnique && !text.empty()) {
+        requireUnused(change.store(), key, text);
+      }
+      LabelChange labelling = NetworkModel::prepareLabel(key, text);
+      change.store().setUserLabel(key, text);
+      change.model().show(labelling);
+    };
   });
 }
 
 Outcome AttributeService::setOwner(const NVSList_T& name, std::string_view owner) {
   return change(name, [&](const ObjectKey& key) {
     requireText("owner", name, owner);
-    const Lock lock(mutex_);
-    store_.setOwner(key, std::string(owner));
+    return [key, text = std::string(owner)](Change& change) { change.store().setOwner(key, text); };
   });
 }
 
 Outcome AttributeService::setNativeName(const NVSList_T& name, std::string_view nativeName) {
   return change(name, [&](const ObjectKey& key) {
     requireText("native name", name, nativeName);
-    const std::string text(nativeName);
-    const Lock lock(mutex_);
-    store_.rename(model_.recordsOf(key), text);
-    model_.setNativeName(key, text);
+    return [key, text = std::string(nativeName)](Change& change) {
+      change.rename(change.model().prepareRenaming(key, text), text);
+    };
   });
 }
 
 Outcome AttributeService::setAdditionalInfo(const NVSList_T& name, NVSList_T& pairs) {
   return change(name, [&](const ObjectKey& key) {
     requirePairs(pairs, name);
-    const InfoPairs changes = copyOf(pairs);
-    const Lock lock(mutex_);
-    pairs = listOf(store_.mergeAdditionalInfo(key, changes));
+    return [&pairs, key, changes = copyOf(pairs)](Change& change) {
+      pairs = listOf(change.store().mergeAdditionalInfo(key, changes));
+    };
   });
 }
 
 Outcome AttributeService::reset(const NVSList_T& name) {
   return change(name, [&](const ObjectKey& key) {
-    const Lock lock(mutex_);
-    store_.removeAttributes(key);
-    model_.setLabel(key, "");
+    return [key](Change& change) {
+      LabelChange labelling = NetworkModel::prepareLabel(key, "");
+      change.store().removeAttributes(key);
+      change.model().show(labelling);
+    };
   });
 }
 
-// Failures of any kind end here.
-template <typename Change>
-Outcome AttributeService::change(const NVSList_T& name, Change apply) {
+// Prepares a change, which needs no other to wait, and makes it. Failures of any kind end here.
+template <typename Prepare>
+Outcome AttributeService::change(const NVSList_T& name, Prepare prepare) {
   try {
-    apply(resolve(name));
+    const ObjectKey key = resolve(name);
+    const auto apply = prepare(key);
+    Change change(writer_);
+    requireObject(key, name);  // another change may have removed it
+    apply(change);
     return {};
-  } catch (const Outcome& refusal) {
-    return refusal;
+  } catch (Outcome& refusal) {
+    return std::move(refusal);
   } catch (const std::exception& failure) {
-    return {kInternalError, show(name) + ": " + failure.what()};
+    return internalError([&] { return show(name); }, failure.what());
   }
 }
 
@@ -169,17 +162,22 @@ ObjectKey AttributeService::resolve(const NVSList_T& name) const {
   if (findInvalidUtf8(key->id)) {
     refuse(kInvalidName, "malformed name " + show(name) + ": it is not UTF-8");
   }
-  if (!model_.hasObject(*key)) {
-    refuse(kEntityNotFound, "no object " + show(name));
-  }
+  requireObject(*key, name);
   return *key;
 }
 
+void AttributeService::requireObject(const ObjectKey& key, const NVSList_T& name) const {
+  if (!writer_.model().hasObject(key)) {
+    refuse(kEntityNotFound, "no object " + show(name));
+  }
+}
+
 // Labels may be stored of objects that are not there; those do not count.
-void AttributeService::requireUnused(const ObjectKey& key, const std::string& label) {
-  for (const std::string& id : store_.idsWithLabel(key.type, label)) {
+void AttributeService::requireUnused(NetworkStore& store, const ObjectKey& key,
+                                     const std::string& label) const {
+  for (const std::string& id : store.idsWithLabel(key.type, label)) {
     const ObjectKey other{key.type, id};
-    if (!(other == key) && model_.hasObject(other)) {
+    if (!(other == key) && writer_.model().hasObject(other)) {
       refuse(kUserLabelInUse,
              "the user label " + inQuotes(label) + " is already that of " + show(other, ems_));
     }

@@ -18,6 +18,7 @@ enum FailureCode : std::uint32_t {
   kEntityNotFound = 0x42540004,    // a well-formed name of nothing
   kUserLabelInUse = 0x42540005,    // another object has the label that must be unique
   kTooManyIterators = 0x42540006,  // as many result iterators live as may
+  kAlreadyExists = 0x42540007,     // an object with this id is there already
 };
 
 }  // namespace agent

@@ -11,8 +11,8 @@
 
 namespace agent {
 
-// The network that a GraphML text describes; baseName names a graph without a label. Throws
-// Refusal. REQUIRES: the text is valid UTF-8 without NUL.
+// The network that a GraphML text describes, which needs no check of its parts; baseName names a
+// graph without a label. Throws Refusal. REQUIRES: the text is valid UTF-8 without NUL.
 Network readGraphmlNetwork(std::string_view text, const std::string& baseName);
 
 }  // namespace agent

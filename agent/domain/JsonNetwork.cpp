@@ -6,7 +6,6 @@
 #include <utility>
 
 #include "agent/domain/Field.h"
-#include "agent/domain/NetworkChecks.h"
 #include "agent/domain/NetworkError.h"
 #include "agent/domain/Text.h"
 
@@ -303,9 +302,7 @@ class NetworkEvents final : public nlohmann::json_sax<Json> {
 Network readJsonNetwork(std::string_view text) {
   NetworkEvents events(text);
   Json::sax_parse(text.begin(), text.end(), &events);
-  Network network = events.take();
-  checkNetwork(network);
-  return network;
+  return events.take();
 }
 
 const std::map<std::string, std::vector<std::string>>& jsonNetworkFields() {

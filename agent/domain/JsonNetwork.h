@@ -12,7 +12,8 @@
 
 namespace agent {
 
-// The network that a text in the native format describes. Throws Refusal. REQUIRES: valid UTF-8.
+// The network that a text in the native format describes; what must hold between its parts is not
+// checked. Throws Refusal. REQUIRES: valid UTF-8.
 Network readJsonNetwork(std::string_view text);
 
 // Every field that the format knows: those of the whole under "", those of an entry of a list under

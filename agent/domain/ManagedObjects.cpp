@@ -152,6 +152,15 @@ std::optional<NumberedObject> numberedObject(const ObjectKey& key) {
   return std::nullopt;
 }
 
+ObjectKey keyOf(const NumberedObject& object) {
+  for (const NumberedClass& known : kNumberedClasses) {
+    if (known.type == object.type) {
+      return {object.type, std::string(known.domainName) + '=' + std::to_string(object.number)};
+    }
+  }
+  return {object.type, ""};
+}
+
 std::optional<NumberedObject> objectOfElementNode(const std::string& nodeId) {
   if (nodeId == "0") {
     return std::nullopt;

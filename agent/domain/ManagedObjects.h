@@ -66,8 +66,15 @@ struct NumberedObject {
   std::int32_t number = 0;
 };
 
+inline bool operator==(const NumberedObject& a, const NumberedObject& b) {
+  return a.type == b.type && a.number == b.number;
+}
+
 // Nothing for the key of a subnetwork or a link.
 std::optional<NumberedObject> numberedObject(const ObjectKey& key);
+
+// The other way round. REQUIRES: one of the three classes.
+ObjectKey keyOf(const NumberedObject& object);
 
 // The object that an element of the topology is shown as, from its node's id: by the class of the
 // last term of an FDN, where every other class and a bare number are a managed element. Nothing for

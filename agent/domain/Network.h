@@ -26,7 +26,8 @@ inline bool isRootMarker(const std::string& parentId) {
 struct NetworkElement {
   std::int32_t number = 0;
   std::string name;
-  bool shown = false;  // the topology shows it already, as a node of its own
+  bool shown = false;         // the topology shows it already, as a node of its own
+  bool shownForNode = false;  // shown is set because it got a node at run time, and ends with that
 };
 
 // A stored label of an object; type and id together say which.
@@ -34,6 +35,15 @@ struct ObjectLabel {
   std::int32_t type = 0;
   std::string id;
   std::string label;
+};
+
+// The lists of a network whose records have a name.
+enum class RecordList { kTopoNodes, kNetworkElements, kClockPositions, kClockLinks };
+
+// One record of a network, by the id that it has in its list; an element's number as text.
+struct NamedRecord {
+  RecordList list;
+  std::string id;
 };
 
 struct Network {

@@ -14,10 +14,6 @@
 namespace agent {
 namespace {
 
-std::string placeOf(const char* list, std::size_t index, const char* field = "") {
-  return std::string(list) + '[' + std::to_string(index) + ']' + field;
-}
-
 using LabelKey = std::pair<std::int32_t, std::string_view>;
 
 struct KeyHash {
@@ -60,9 +56,12 @@ Positions<Key> uniquePositions(const std::vector<Record>& records, const char* l
 
 constexpr std::size_t kNoParent = static_cast<std::size_t>(-1);
 
-// The position of every node's parent; kNoParent for a root.
+// Where parents may be.
+enum class Parents { kInNetwork, kElsewhereToo };
+
+// The position of every node's parent; kNoParent for a root and for a parent elsewhere.
 std::vector<std::size_t> parentsOf(const std::vector<NS_DOMAIN::TopoNode_T>& nodes,
-                                   const Positions<std::string_view>& positions) {
+                                   const Positions<std::string_view>& positions, Parents allowed) {
   std::vector<std::size_t> parents(nodes.size(), kNoParent);
   for (std::size_t i = 0; i < nodes.size(); ++i) {
     const std::string& parent = nodes[i].parentId;
@@ -70,10 +69,11 @@ std::vector<std::size_t> parentsOf(const std::vector<NS_DOMAIN::TopoNode_T>& nod
       continue;
     }
     const auto found = positions.find(parent);
-    if (found == positions.end()) {
+    if (found != positions.end()) {
+      parents[i] = found->second;
+    } else if (allowed == Parents::kInNetwork) {
       throw Refusal{placeOf("topoNodes", i, ".parent"), inQuotes(parent) + " does not exist"};
     }
-    parents[i] = found->second;
   }
   return parents;
 }
@@ -94,13 +94,11 @@ void requireNoCycle(const std::vector<std::size_t>& parents) {
   }
 }
 
-}  // namespace
-
-void checkNetwork(const Network& network) {
+void check(const Network& network, Parents allowed) {
   const auto nodes = uniquePositions<std::string_view>(
       network.topoNodes, "topoNodes", ".id",
       [](const auto& node) { return std::string_view(node.nodeId); });
-  requireNoCycle(parentsOf(network.topoNodes, nodes));
+  requireNoCycle(parentsOf(network.topoNodes, nodes, allowed));
   uniquePositions<std::int32_t>(network.networkElements, "networkElements", ".number",
                                 [](const auto& element) { return element.number; });
   uniquePositions<std::string_view>(
@@ -110,6 +108,20 @@ void checkNetwork(const Network& network) {
                                     [](const auto& link) { return std::string_view(link.linkId); });
   uniquePositions<LabelKey>(network.objectLabels, "objectLabels", "",
                             [](const auto& label) { return LabelKey(label.type, label.id); });
+}
+
+}  // namespace
+
+void checkNetwork(const Network& network) {
+  check(network, Parents::kInNetwork);
+}
+
+void checkPart(const Network& network) {
+  check(network, Parents::kElsewhereToo);
+}
+
+std::string placeOf(const char* list, std::size_t index, const char* field) {
+  return std::string(list) + '[' + std::to_string(index) + ']' + field;
 }
 
 }  // namespace agent

@@ -1,62 +1,33 @@
 #include "agent/domain/NetworkModel.h"
 
 #include <mutex>
+#include <shared_mutex>
+#include <utility>
 
 namespace agent {
+namespace {
 
-NetworkModel::Indexed::Indexed(Network source) : network(std::move(source)), objects(network) {
-  elements.reserve(network.networkElements.size());
-  for (std::size_t i = 0; i < network.networkElements.size(); ++i) {
-    elements.emplace(network.networkElements[i].number, i);
-  }
-  for (const ObjectLabel& label : network.objectLabels) {
-    labels.emplace(std::make_pair(label.type, label.id), label.label);
-  }
-  network.objectLabels.clear();
-}
+using Reading = std::shared_lock<TurnstileMutex>;
+using Writing = std::unique_lock<TurnstileMutex>;
 
-std::string& NetworkModel::Indexed::nameAt(const ObjectIndex::Place& place) {
-  switch (place.list) {
-    case RecordList::kTopoNodes:
-      return network.topoNodes[place.index].nativeName;
-    case RecordList::kNetworkElements:
-      return network.networkElements[place.index].name;
-    case RecordList::kClockPositions:
-      return network.clockPositions[place.index].label;
-    default:
-      return network.clockLinks[place.index].nativeName;
-  }
-}
-
-std::string NetworkModel::Indexed::idAt(const ObjectIndex::Place& place) const {
-  switch (place.list) {
-    case RecordList::kTopoNodes:
-      return network.topoNodes[place.index].nodeId;
-    case RecordList::kNetworkElements:
-      return std::to_string(network.networkElements[place.index].number);
-    case RecordList::kClockPositions:
-      return network.clockPositions[place.index].reference;
-    default:
-      return network.clockLinks[place.index].linkId;
-  }
-}
+}  // namespace
 
 NetworkModel::NetworkModel(Network network) : data_(std::move(network)) {}
 
 void NetworkModel::replace(Network network) {
-  Indexed data(std::move(network));  // made before the readers have to wait
-  const std::unique_lock<std::shared_mutex> lock(mutex_);
+  NetworkTables data(std::move(network));  // made before the readers have to wait
+  const Writing lock(mutex_);
   std::swap(data_, data);
 }
 
 std::string NetworkModel::ems() const {
-  const std::shared_lock<std::shared_mutex> lock(mutex_);
-  return data_.network.ems;
+  const Reading lock(mutex_);
+  return data_.ems();
 }
 
 std::size_t NetworkModel::topoNodeCount() const {
-  const std::shared_lock<std::shared_mutex> lock(mutex_);
-  return data_.network.topoNodes.size();
+  const Reading lock(mutex_);
+  return data_.nodes().size();
 }
 
 bool NetworkModel::hasTopoSubnetwork(const std::string& id) const {
@@ -64,27 +35,46 @@ bool NetworkModel::hasTopoSubnetwork(const std::string& id) const {
 }
 
 bool NetworkModel::hasObject(const ObjectKey& key) const {
-  const std::shared_lock<std::shared_mutex> lock(mutex_);
-  return data_.objects.contains(key);
+  const Reading lock(mutex_);
+  return data_.hasObject(key);
 }
 
-std::vector<NamedRecord> NetworkModel::recordsOf(const ObjectKey& key) const {
-  const std::shared_lock<std::shared_mutex> lock(mutex_);
-  std::vector<NamedRecord> records;
-  for (const ObjectIndex::Place& place : data_.objects.placesOf(key)) {
-    records.push_back({place.list, data_.idAt(place)});
-  }
-  return records;
+bool NetworkModel::hasTopoNode(const std::string& id) const {
+  const Reading lock(mutex_);
+  return data_.node(id) != nullptr;
+}
+
+bool NetworkModel::hasNetworkElement(std::int32_t number) const {
+  const Reading lock(mutex_);
+  return data_.element(number) != nullptr;
+}
+
+bool NetworkModel::hasClockPosition(const std::string& reference) const {
+  const Reading lock(mutex_);
+  return data_.hasPosition(reference);
+}
+
+bool NetworkModel::hasClockLink(const std::string& id) const {
+  const Reading lock(mutex_);
+  return data_.hasLink(id);
+}
+
+bool NetworkModel::hasLabel(const ObjectKey& key) const {
+  const Reading lock(mutex_);
+  return data_.label(key) != nullptr;
 }
 
 void NetworkModel::appendTopoNodes(std::vector<NS_DOMAIN::TopoNode_T>& nodes) const {
-  const std::shared_lock<std::shared_mutex> lock(mutex_);
-  nodes.insert(nodes.end(), data_.network.topoNodes.begin(), data_.network.topoNodes.end());
+  const Reading lock(mutex_);
+  nodes.reserve(nodes.size() + data_.nodes().size());
+  for (const NetworkTables::Node& node : data_.nodes()) {
+    nodes.push_back(node.record);
+  }
 }
 
 void NetworkModel::appendNEIndexes(std::vector<NS_DOMAIN::NEIndex>& indexes, bool onlyShown) const {
-  const std::shared_lock<std::shared_mutex> lock(mutex_);
-  for (const NetworkElement& element : data_.network.networkElements) {
+  const Reading lock(mutex_);
+  for (const NetworkElement& element : data_.elements()) {
     if (element.shown || !onlyShown) {
       indexes.push_back({0, element.number});
     }
@@ -93,48 +83,86 @@ void NetworkModel::appendNEIndexes(std::vector<NS_DOMAIN::NEIndex>& indexes, boo
 
 void NetworkModel::appendNEs(std::vector<NS_DOMAIN::NE_T>& elements,
                              const std::vector<NS_DOMAIN::NEIndex>& indexes) const {
-  const std::shared_lock<std::shared_mutex> lock(mutex_);
+  const Reading lock(mutex_);
   for (const NS_DOMAIN::NEIndex& index : indexes) {
-    const auto found = data_.elements.find(index.number);
-    if (found != data_.elements.end()) {
+    if (const NetworkElement* const known = data_.element(index.number)) {
       NS_DOMAIN::NE_T& element = elements.emplace_back();
       element.first = index.first;
       element.number = index.number;
-      element.name = data_.network.networkElements[found->second].name;
+      element.name = known->name;
     }
   }
 }
 
 std::vector<NS_DOMAIN::ClockPositionInfo_T> NetworkModel::clockPositions() const {
-  const std::shared_lock<std::shared_mutex> lock(mutex_);
-  return data_.network.clockPositions;
+  const Reading lock(mutex_);
+  std::vector<NS_DOMAIN::ClockPositionInfo_T> positions;
+  positions.reserve(data_.positions().size());
+  for (const NetworkTables::Position& position : data_.positions()) {
+    positions.push_back(position.record);
+  }
+  return positions;
 }
 
 std::vector<NS_DOMAIN::ClockTopoLinkInfo_T> NetworkModel::clockLinks() const {
-  const std::shared_lock<std::shared_mutex> lock(mutex_);
-  return data_.network.clockLinks;
+  const Reading lock(mutex_);
+  return {data_.links().begin(), data_.links().end()};
 }
 
 std::string NetworkModel::labelOf(std::int32_t type, const std::string& id) const {
-  const std::shared_lock<std::shared_mutex> lock(mutex_);
-  const auto found = data_.labels.find({type, id});
-  return found == data_.labels.end() ? std::string() : found->second;
+  const Reading lock(mutex_);
+  const std::string* const label = data_.label({type, id});
+  return label == nullptr ? std::string() : *label;
 }
 
-void NetworkModel::setLabel(const ObjectKey& key, const std::string& label) {
-  const std::unique_lock<std::shared_mutex> lock(mutex_);
-  if (label.empty()) {
-    data_.labels.erase({key.type, key.id});
-  } else {
-    data_.labels[{key.type, key.id}] = label;
-  }
+// Readers see nothing of the preparation, but it may move the entries of indexes.
+NetworkAddition NetworkModel::prepareAddition(Network network) {
+  NetworkAddition addition = data_.prepareAddition(std::move(network));
+  const Writing lock(mutex_);
+  data_.makeRoomFor(addition);
+  return addition;
 }
 
-void NetworkModel::setNativeName(const ObjectKey& key, const std::string& name) {
-  const std::unique_lock<std::shared_mutex> lock(mutex_);
-  for (const ObjectIndex::Place& place : data_.objects.placesOf(key)) {
-    data_.nameAt(place) = name;
+// Nobody else changes anything meanwhile, so reading needs no lock here.
+NetworkRemoval NetworkModel::prepareRemoval(const std::string& nodeId) const {
+  return data_.prepareRemoval(nodeId);
+}
+
+NetworkRenaming NetworkModel::prepareRenaming(const ObjectKey& key, const std::string& name) {
+  return data_.prepareRenaming(key, name);
+}
+
+NetworkRenaming NetworkModel::prepareNodeRenaming(const std::string& nodeId,
+                                                  const std::string& name) {
+  return data_.prepareNodeRenaming(nodeId, name);
+}
+
+LabelChange NetworkModel::prepareLabel(const ObjectKey& key, const std::string& label) {
+  LabelChange change{key, {}};
+  if (!label.empty()) {
+    change.label.emplace(key, label);
   }
+  return change;
+}
+
+void NetworkModel::show(NetworkAddition& addition) noexcept {
+  const Writing lock(mutex_);
+  data_.add(addition);
+}
+
+void NetworkModel::show(NetworkRemoval& removal) noexcept {
+  const Writing lock(mutex_);
+  data_.remove(removal);
+}
+
+void NetworkModel::show(NetworkRenaming& renaming) noexcept {
+  const Writing lock(mutex_);
+  data_.rename(renaming);
+}
+
+void NetworkModel::show(LabelChange& change) noexcept {
+  const Writing lock(mutex_);
+  data_.setLabel(change);
 }
 
 }  // namespace agent

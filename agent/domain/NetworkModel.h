@@ -1,22 +1,21 @@
 // The managed network in memory: every read is served from here, none waits for disk.
 //
-// Results are copies. Thread-safety: any thread; readers do not wait for each other.
+// Results are copies. Thread-safety: any thread may read; readers do not wait for each other, and
+// hold no change up for longer than their own read takes. Changes are made by one thread at a time.
 
 #ifndef AGENT_DOMAIN_NETWORKMODEL_H
 #define AGENT_DOMAIN_NETWORKMODEL_H
 
 #include <cstddef>
 #include <cstdint>
-#include <map>
-#include <shared_mutex>
+#include <optional>
 #include <string>
-#include <unordered_map>
-#include <utility>
 #include <vector>
 
 #include "agent/domain/ManagedObjects.h"
 #include "agent/domain/Network.h"
-#include "agent/domain/ObjectIndex.h"
+#include "agent/domain/NetworkTables.h"
+#include "agent/domain/TurnstileMutex.h"
 #include "platform/domain/DomainRecords.h"
 
 namespace agent {
@@ -36,8 +35,11 @@ class NetworkModel {
   bool hasTopoSubnetwork(const std::string& id) const;
   bool hasObject(const ObjectKey& key) const;
 
-  // The records that clients see under an object's name; none for an object that is not there.
-  std::vector<NamedRecord> recordsOf(const ObjectKey& key) const;
+  bool hasTopoNode(const std::string& id) const;  // of any type
+  bool hasNetworkElement(std::int32_t number) const;
+  bool hasClockPosition(const std::string& reference) const;
+  bool hasClockLink(const std::string& id) const;
+  bool hasLabel(const ObjectKey& key) const;
 
   void appendTopoNodes(std::vector<NS_DOMAIN::TopoNode_T>& nodes) const;
 
@@ -54,28 +56,25 @@ class NetworkModel {
   // The stored label of an object, empty where there is none.
   std::string labelOf(std::int32_t type, const std::string& id) const;
 
-  // What changes in the store is changed here afterwards. An empty label is none.
-  void setLabel(const ObjectKey& key, const std::string& label);
-  // Of every record of the object.
-  void setNativeName(const ObjectKey& key, const std::string& name);
+  // --- Changes, each prepared before it is made in the store and shown to readers afterwards: that
+  // can no longer fail. A prepared change is good until another one is shown. See NetworkTables.h
+  // for what is prepared.
+
+  NetworkAddition prepareAddition(Network network);
+  NetworkRemoval prepareRemoval(const std::string& nodeId) const;
+  NetworkRenaming prepareRenaming(const ObjectKey& key, const std::string& name);
+  NetworkRenaming prepareNodeRenaming(const std::string& nodeId, const std::string& name);
+  // An empty label is none.
+  static LabelChange prepareLabel(const ObjectKey& key, const std::string& label);
+
+  void show(NetworkAddition& addition) noexcept;
+  void show(NetworkRemoval& removal) noexcept;
+  void show(NetworkRenaming& renaming) noexcept;
+  void show(LabelChange& change) noexcept;
 
  private:
-  // A network with what makes its objects quick to find.
-  struct Indexed {
-    Indexed() = default;
-    explicit Indexed(Network network);
-
-    std::string& nameAt(const ObjectIndex::Place& place);
-    std::string idAt(const ObjectIndex::Place& place) const;
-
-    Network network;  // without the labels
-    ObjectIndex objects;
-    std::unordered_map<std::int32_t, std::size_t> elements;  // number, position in the list
-    std::map<std::pair<std::int32_t, std::string>, std::string> labels;
-  };
-
-  mutable std::shared_mutex mutex_;
-  Indexed data_;  // guarded by mutex_
+  mutable TurnstileMutex mutex_;
+  NetworkTables data_;  // guarded by mutex_
 };
 
 }  // namespace agent

@@ -10,6 +10,7 @@
 
 #include "agent/domain/GraphmlNetwork.h"
 #include "agent/domain/JsonNetwork.h"
+#include "agent/domain/NetworkChecks.h"
 #include "agent/domain/Text.h"
 
 namespace agent {
@@ -68,7 +69,9 @@ void requireText(std::string_view content) {
   }
 }
 
-Network parse(std::string_view content, const std::string& baseName) {
+using Check = void (*)(const Network&);
+
+Network parse(std::string_view content, const std::string& baseName, Check check) {
   if (content.substr(0, kByteOrderMark.size()) == kByteOrderMark) {
     content.remove_prefix(kByteOrderMark.size());
   }
@@ -77,19 +80,36 @@ Network parse(std::string_view content, const std::string& baseName) {
     refuseFile("is empty");
   }
   requireText(content);
-  return content[first] == '<' ? readGraphmlNetwork(content, baseName) : readJsonNetwork(content);
+  if (content[first] == '<') {
+    return readGraphmlNetwork(content, baseName);
+  }
+  Network network = readJsonNetwork(content);
+  check(network);
+  return network;
+}
+
+// Refusals leave as what is wrong with the file of a name.
+template <typename Read>
+Network readAs(const std::string& name, Read read) {
+  try {
+    return read();
+  } catch (const Refusal& refusal) {
+    throw NetworkError(name, refusal.place, refusal.reason);
+  } catch (const std::bad_alloc&) {
+    throw NetworkError(name, "file", "is too large for the memory there is");
+  }
 }
 
 }  // namespace
 
 Network readNetworkFile(const std::filesystem::path& file) {
-  try {
-    return parse(contentOf(file), file.stem().string());
-  } catch (const Refusal& refusal) {
-    throw NetworkError(file.string(), refusal.place, refusal.reason);
-  } catch (const std::bad_alloc&) {
-    throw NetworkError(file.string(), "file", "is too large for the memory there is");
-  }
+  return readAs(file.string(),
+                [&] { return parse(contentOf(file), file.stem().string(), checkNetwork); });
+}
+
+Network readNetwork(const std::string& name, std::string_view content) {
+  return readAs(
+      name, [&] { return parse(content, std::filesystem::path(name).stem().string(), checkPart); });
 }
 
 }  // namespace agent

@@ -4,6 +4,8 @@
 #define AGENT_DOMAIN_NETWORKREADER_H
 
 #include <filesystem>
+#include <string>
+#include <string_view>
 
 #include "agent/domain/Network.h"
 #include "agent/domain/NetworkError.h"
@@ -13,6 +15,10 @@ namespace agent {
 // Reads and checks a whole file; its content says which format it has. Throws NetworkError for a
 // file that cannot be read, parsed or used; never crashes on one, however hostile. Any thread.
 Network readNetworkFile(const std::filesystem::path& file);
+
+// The same for content that is to be added to a network: parents that are not in it may be there.
+// The name, of a file or anything else, is for messages and for a graph without a label.
+Network readNetwork(const std::string& name, std::string_view content);
 
 }  // namespace agent
 

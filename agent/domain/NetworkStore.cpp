@@ -1,17 +1,20 @@
 #include "agent/domain/NetworkStore.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
-#include <SQLiteCpp/VariadicBind.h>
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
+#include <limits>
 #include <system_error>
 #include <unordered_map>
 #include <utility>
 
+#include "agent/domain/Statements.h"
 #include "agent/domain/StoreGuard.h"
 #include "agent/domain/Text.h"
 
@@ -19,7 +22,7 @@ namespace agent {
 namespace {
 
 constexpr std::int32_t kApplicationId = 0x746f706f;  // "topo", in the header of the file
-constexpr std::int32_t kSchemaVersion = 2;
+constexpr std::int32_t kSchemaVersion = 3;
 constexpr std::int32_t kFirstSchemaVersion = 1;
 
 // A position gives an object its place in its list and is the key by which its rows are changed;
@@ -96,6 +99,18 @@ constexpr const char* kSecondSchema = R"sql(
   ) STRICT, WITHOUT ROWID;
 )sql";
 
+// What version 3 has on top: the notification id that is the next to be given. The column shown of
+// an element may be 2, for an element that is shown because of a node that it got at run time.
+constexpr const char* kThirdSchema = R"sql(
+  CREATE TABLE notification_id (
+    only INTEGER PRIMARY KEY CHECK (only = 1),
+    next INTEGER NOT NULL
+  ) STRICT;
+)sql";
+
+constexpr std::int32_t kShown = 1;
+constexpr std::int32_t kShownForNode = 2;
+
 bool isInMemory(const std::string& path) {
   return path == NetworkStore::kInMemory;
 }
@@ -135,7 +150,7 @@ bool isExistingFile(const std::string& path) {
   return std::filesystem::file_size(file) != 0;
 }
 
-std::int64_t valueOf(SQLite::Database& database, const char* query) {
+std::int64_t valueOf(SQLite::Database& database, const std::string& query) {
   return database.execAndGet(query).getInt64();
 }
 
@@ -191,18 +206,31 @@ void createSchema(SQLite::Database& database) {
   database.exec("PRAGMA user_version = " + std::to_string(kFirstSchemaVersion));
 }
 
+void createNotificationIds(SQLite::Database& database, const NetworkStore::Clock& clock) {
+  constexpr std::uint64_t kMost = std::numeric_limits<std::int64_t>::max();
+  database.exec(kThirdSchema);
+  run(database, "INSERT INTO notification_id VALUES (1, ?)",
+      static_cast<std::int64_t>(std::min(clock(), kMost)));
+}
+
 // From any earlier version to this one.
-void upgradeSchema(SQLite::Database& database) {
-  if (valueOf(database, "PRAGMA user_version") == kFirstSchemaVersion) {
+void upgradeSchema(SQLite::Database& database, const NetworkStore::Clock& clock) {
+  const std::int64_t version = valueOf(database, "PRAGMA user_version");
+  if (version == kSchemaVersion) {
+    return;
+  }
+  if (version == kFirstSchemaVersion) {
     database.exec(kSecondSchema);
   }
+  createNotificationIds(database, clock);
   database.exec("PRAGMA user_version = " + std::to_string(kSchemaVersion));
 }
 
 // Takes the lock, which stays for as long as the database is open, then makes, checks or upgrades
 // the schema, all in one transaction. The schema is there before write-ahead logging is switched
 // on, so that there is never a file that has content and not our mark.
-void prepare(const std::string& path, SQLite::Database& database) {
+void prepare(const std::string& path, SQLite::Database& database,
+             const NetworkStore::Clock& clock) {
   database.exec("PRAGMA locking_mode = EXCLUSIVE");
   database.exec("PRAGMA synchronous = FULL");
   database.exec("PRAGMA foreign_keys = ON");
@@ -212,71 +240,128 @@ void prepare(const std::string& path, SQLite::Database& database) {
     createSchema(database);
   }
   requireOurs(path, database);
-  upgradeSchema(database);
+  upgradeSchema(database, clock);
   transaction.commit();
   database.exec("PRAGMA journal_mode = WAL");
 }
 
-// A prepared INSERT with a position before its other values, counted from 0.
+// The position after the last one of a table.
+std::int64_t nextPosition(SQLite::Database& database, const std::string& table) {
+  return valueOf(database, "SELECT coalesce(max(position), -1) + 1 FROM " + table);
+}
+
+// A prepared INSERT with a position before its other values, counted on from those that are there.
 class Inserter {
  public:
-  Inserter(SQLite::Database& database, const char* statement) : statement_(database, statement) {}
+  Inserter(SQLite::Database& database, const std::string& table, const char* values)
+      : statement_(database, "INSERT INTO " + table + " VALUES " + values),
+        position_(nextPosition(database, table)) {}
 
+  // The position of what is inserted.
   template <typename... Values>
-  void insert(const Values&... values) {
-    SQLite::bind(statement_, position_++, values...);
-    statement_.exec();
-    statement_.reset();
+  std::int64_t insert(const Values&... values) {
+    run(statement_, position_, values...);
+    return position_++;
   }
 
  private:
   SQLite::Statement statement_;
-  std::int64_t position_ = 0;
+  std::int64_t position_;
 };
 
-void storeAttributes(SQLite::Statement& statement, std::int64_t node,
-                     const std::vector<std::pair<std::string, std::string>>& attributes) {
-  std::int64_t position = 0;
-  for (const auto& [key, value] : attributes) {
-    SQLite::bind(statement, node, position++, key, value);
-    statement.exec();
-    statement.reset();
+// Each list by itself. One that is empty costs no statement: most changes are of a single node.
+
+void storeTopoNodes(SQLite::Database& database, const Network& network) {
+  if (network.topoNodes.empty()) {
+    return;
+  }
+  Inserter nodes(database, "topo_node", "(?, ?, ?, ?, ?, ?, ?, ?)");
+  SQLite::Statement attribute(database, "INSERT INTO topo_node_attribute VALUES (?, ?, ?, ?)");
+  for (const NS_DOMAIN::TopoNode_T& node : network.topoNodes) {
+    const std::int64_t position =
+        nodes.insert(node.nodeId, node.parentId, node.nativeName, node.nodeType, node.parentType,
+                     node.attribute3, node.attribute4);
+    std::int64_t place = 0;
+    for (const auto& [key, value] : node.extendedAttributes) {
+      run(attribute, position, place++, key, value);
+    }
   }
 }
 
-void storeTopoNodes(SQLite::Database& database, const Network& network) {
-  Inserter nodes(database, "INSERT INTO topo_node VALUES (?, ?, ?, ?, ?, ?, ?, ?)");
-  SQLite::Statement attributes(database, "INSERT INTO topo_node_attribute VALUES (?, ?, ?, ?)");
-  std::int64_t position = 0;
-  for (const NS_DOMAIN::TopoNode_T& node : network.topoNodes) {
-    nodes.insert(node.nodeId, node.parentId, node.nativeName, node.nodeType, node.parentType,
-                 node.attribute3, node.attribute4);
-    storeAttributes(attributes, position++, node.extendedAttributes);
+std::int32_t shownValue(const NetworkElement& element) {
+  if (element.shownForNode) {
+    return kShownForNode;
   }
+  return element.shown ? kShown : 0;
 }
 
 void storeNetworkElements(SQLite::Database& database, const Network& network) {
-  Inserter elements(database, "INSERT INTO network_element VALUES (?, ?, ?, ?)");
+  if (network.networkElements.empty()) {
+    return;
+  }
+  Inserter elements(database, "network_element", "(?, ?, ?, ?)");
   for (const NetworkElement& element : network.networkElements) {
-    elements.insert(element.number, element.name, std::int32_t{element.shown});
+    elements.insert(element.number, element.name, shownValue(element));
   }
 }
 
-void storeClock(SQLite::Database& database, const Network& network) {
-  Inserter positions(database, "INSERT INTO clock_position VALUES (?, ?, ?, ?, ?)");
+void storeClockPositions(SQLite::Database& database, const Network& network) {
+  if (network.clockPositions.empty()) {
+    return;
+  }
+  Inserter positions(database, "clock_position", "(?, ?, ?, ?, ?)");
   for (const NS_DOMAIN::ClockPositionInfo_T& position : network.clockPositions) {
     positions.insert(position.reference, position.label, position.value1, position.value2);
   }
-  Inserter links(database, "INSERT INTO clock_link VALUES (?, ?, ?, ?, ?)");
+}
+
+void storeClockLinks(SQLite::Database& database, const Network& network) {
+  if (network.clockLinks.empty()) {
+    return;
+  }
+  Inserter links(database, "clock_link", "(?, ?, ?, ?, ?)");
   for (const NS_DOMAIN::ClockTopoLinkInfo_T& link : network.clockLinks) {
     links.insert(link.linkId, link.nativeName, link.aEndReference, link.zEndReference);
   }
 }
 
 void storeLabels(SQLite::Database& database, const Network& network) {
-  Inserter labels(database, "INSERT INTO object_label VALUES (?, ?, ?, ?)");
+  if (network.objectLabels.empty()) {
+    return;
+  }
+  Inserter labels(database, "object_label", "(?, ?, ?, ?)");
   for (const ObjectLabel& label : network.objectLabels) {
     labels.insert(label.type, label.id, label.label);
+  }
+}
+
+// Says that a network was loaded, and who manages it unless that is known.
+constexpr const char* kSetEms =
+    "INSERT INTO network VALUES (1, ?) "
+    "ON CONFLICT (only) DO UPDATE SET ems = excluded.ems WHERE ems = ''";
+
+void setShown(SQLite::Database& database, const std::vector<std::int32_t>& numbers,
+              std::int32_t shown) {
+  SQLite::Statement statement(database, "UPDATE network_element SET shown = ? WHERE number = ?");
+  for (const std::int32_t number : numbers) {
+    run(statement, shown, number);
+  }
+}
+
+void removeNodes(SQLite::Database& database, const std::vector<NS_DOMAIN::TopoNode_T>& nodes) {
+  SQLite::Statement statement(database, "DELETE FROM topo_node WHERE id = ?");
+  for (const NS_DOMAIN::TopoNode_T& node : nodes) {
+    run(statement, node.nodeId);
+  }
+}
+
+void removeAttributesOf(SQLite::Database& database, const std::vector<ObjectKey>& objects) {
+  for (const char* table : {"object_label", "object_owner", "object_info"}) {
+    SQLite::Statement statement(database,
+                                std::string("DELETE FROM ") + table + " WHERE type = ? AND id = ?");
+    for (const ObjectKey& object : objects) {
+      run(statement, object.type, object.id);
+    }
   }
 }
 
@@ -323,11 +408,12 @@ void readTopoNodes(SQLite::Database& database, Network& network) {
 }
 
 void readNetworkElements(SQLite::Database& database, Network& network) {
-  forEachRow(
-      database, "SELECT number, name, shown FROM network_element ORDER BY position",
-      [&](SQLite::Statement& row) {
-        network.networkElements.push_back({intOf(row, 0), textOf(row, 1), intOf(row, 2) != 0});
-      });
+  forEachRow(database, "SELECT number, name, shown FROM network_element ORDER BY position",
+             [&](SQLite::Statement& row) {
+               const std::int32_t shown = intOf(row, 2);
+               network.networkElements.push_back(
+                   {intOf(row, 0), textOf(row, 1), shown != 0, shown == kShownForNode});
+             });
 }
 
 void readClock(SQLite::Database& database, Network& network) {
@@ -367,9 +453,16 @@ bool NetworkStore::needsNetwork(const std::string& path) {
   return !exists || NetworkStore(path).isNew();
 }
 
-NetworkStore::NetworkStore(const std::string& path)
+std::uint64_t microsecondsNow() {
+  using std::chrono::microseconds;
+  const auto sinceEpoch = std::chrono::system_clock::now().time_since_epoch();
+  const auto count = std::chrono::duration_cast<microseconds>(sinceEpoch).count();
+  return static_cast<std::uint64_t>(std::max<microseconds::rep>(count, 0));
+}
+
+NetworkStore::NetworkStore(const std::string& path, const Clock& clock)
     : path_(path), database_(guarded(path, [&] { return openDatabase(path); })) {
-  guarded(path_, [&] { prepare(path_, *database_); });
+  guarded(path_, [&] { prepare(path_, *database_, clock); });
 }
 
 NetworkStore::~NetworkStore() = default;
@@ -382,14 +475,47 @@ void NetworkStore::load(const Network& network) {
   if (!isNew()) {
     throw StoreError(path_, "holds a network already");
   }
+  add(network, {});
+}
+
+void NetworkStore::add(const Network& network, const std::vector<std::int32_t>& shownElements) {
   guarded(path_, [&] {
     SQLite::Transaction transaction(*database_);
-    Inserter(*database_, "INSERT INTO network VALUES (? + 1, ?)").insert(network.ems);
+    run(*database_, kSetEms, network.ems);
     storeTopoNodes(*database_, network);
     storeNetworkElements(*database_, network);
-    storeClock(*database_, network);
+    storeClockPositions(*database_, network);
+    storeClockLinks(*database_, network);
     storeLabels(*database_, network);
+    setShown(*database_, shownElements, kShownForNode);
     transaction.commit();
+  });
+}
+
+void NetworkStore::remove(const std::vector<NS_DOMAIN::TopoNode_T>& nodes,
+                          const std::vector<ObjectKey>& objects,
+                          const std::vector<std::int32_t>& hiddenElements) {
+  guarded(path_, [&] {
+    SQLite::Transaction transaction(*database_);
+    removeNodes(*database_, nodes);
+    removeAttributesOf(*database_, objects);
+    setShown(*database_, hiddenElements, 0);
+    transaction.commit();
+  });
+}
+
+std::uint64_t NetworkStore::reserveNotificationIds(std::uint64_t count) {
+  return guarded(path_, [&] {
+    SQLite::Transaction transaction(*database_);
+    const std::int64_t first = valueOf(*database_, "SELECT next FROM notification_id");
+    const std::int64_t left = std::numeric_limits<std::int64_t>::max() - first;
+    if (first < 0 || count > static_cast<std::uint64_t>(left)) {
+      throw StoreError(path_, "has no " + std::to_string(count) + " notification ids left");
+    }
+    run(*database_, "UPDATE notification_id SET next = ?",
+        first + static_cast<std::int64_t>(count));
+    transaction.commit();
+    return static_cast<std::uint64_t>(first);
   });
 }
 

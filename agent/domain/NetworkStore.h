@@ -8,6 +8,8 @@
 #ifndef AGENT_DOMAIN_NETWORKSTORE_H
 #define AGENT_DOMAIN_NETWORKSTORE_H
 
+#include <cstdint>
+#include <functional>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -16,7 +18,6 @@
 
 #include "agent/domain/ManagedObjects.h"
 #include "agent/domain/Network.h"
-#include "agent/domain/ObjectIndex.h"
 
 namespace SQLite {
 class Database;
@@ -33,8 +34,13 @@ class StoreError : public std::runtime_error {
 // The additional information of an object: names and values, every name once.
 using InfoPairs = std::vector<std::pair<std::string, std::string>>;
 
+// The microseconds since 1970 by the clock of the system.
+std::uint64_t microsecondsNow();
+
 class NetworkStore {
  public:
+  using Clock = std::function<std::uint64_t()>;
+
   // The path of a store that lives as long as its object and is never on disk.
   static constexpr const char* kInMemory = ":memory:";
 
@@ -46,8 +52,9 @@ class NetworkStore {
   // Opens the store, or makes an empty one where there is no file or an empty file. From here to
   // the destructor nobody else can open it. Throws StoreError at once when somebody has it open,
   // when it is no database, that of another program or of a later version, or not writable.
-  // A store of an earlier version becomes one of this version.
-  explicit NetworkStore(const std::string& path);
+  // A store of an earlier version becomes one of this version. The clock, in microseconds since
+  // 1970, is asked once for a store that has no notification ids yet.
+  explicit NetworkStore(const std::string& path, const Clock& clock = microsecondsNow);
   ~NetworkStore();
   NetworkStore(const NetworkStore&) = delete;
   NetworkStore& operator=(const NetworkStore&) = delete;
@@ -61,6 +68,26 @@ class NetworkStore {
 
   // The stored network; an empty one when the store is new. Throws StoreError.
   Network read();
+
+  // The first of so many numbers in a row that no earlier call has given, in this run or an earlier
+  // one. They rise, and begin with the microseconds since 1970 when the store was made, so that
+  // they go on rising when it is thrown away. Throws StoreError, also when there are no more of
+  // them.
+  std::uint64_t reserveNotificationIds(std::uint64_t count);
+
+  // --- Changes of the network. Each call is one change, made as a whole or not at all. Throw
+  // StoreError.
+
+  // Stores a network after the one that is there, in every list, and marks elements that are there
+  // as shown for a node. Its managing system counts where none has a name so far. The store ends
+  // being new. Throws StoreError also when an object of the network is there already.
+  void add(const Network& network, const std::vector<std::int32_t>& shownElements);
+
+  // Removes nodes and what is kept of objects, and takes the marks of elements away. What is not
+  // there is passed over.
+  void remove(const std::vector<NS_DOMAIN::TopoNode_T>& nodes,
+              const std::vector<ObjectKey>& objects,
+              const std::vector<std::int32_t>& hiddenElements);
 
   // --- What is kept of objects. That they exist is not asked. Each call is one change, made as a
   // whole or not at all. Throw StoreError.

@@ -1,26 +1,11 @@
 // What the store keeps of objects beside the network itself.
 
-#include <SQLiteCpp/VariadicBind.h>
-
 #include "agent/domain/NetworkStore.h"
+#include "agent/domain/Statements.h"
 #include "agent/domain/StoreGuard.h"
 
 namespace agent {
 namespace {
-
-// The statement is new or has been reset.
-template <typename... Values>
-void run(SQLite::Statement& statement, const Values&... values) {
-  SQLite::bind(statement, values...);
-  statement.exec();
-  statement.reset();
-}
-
-template <typename... Values>
-void run(SQLite::Database& database, const char* text, const Values&... values) {
-  SQLite::Statement statement(database, text);
-  run(statement, values...);
-}
 
 // Stores a text under a key, or removes what is stored when the text is empty.
 void setText(SQLite::Database& database, const char* set, const char* remove, const ObjectKey& key,

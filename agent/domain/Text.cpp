@@ -70,6 +70,17 @@ std::optional<std::size_t> findInvalidUtf8(std::string_view text) {
   return static_cast<std::size_t>(invalid - text.begin());
 }
 
+std::string problemWith(std::string_view text) {
+  if (text.size() > kMostTextBytes) {
+    return "has more than " + std::to_string(kMostTextBytes) + " bytes";
+  }
+  if (text.find('\0') != std::string_view::npos) {
+    return "holds a NUL character";
+  }
+  const auto invalid = findInvalidUtf8(text);
+  return invalid ? "is not UTF-8 at byte " + std::to_string(*invalid) : std::string();
+}
+
 std::optional<std::int32_t> canonicalNumber(std::string_view text) {
   const bool startsWell = !text.empty() && text.front() >= '0' && text.front() <= '9';
   if (!startsWell || (text.front() == '0' && text.size() > 1)) {

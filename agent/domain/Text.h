@@ -21,6 +21,11 @@ std::string inQuotes(std::string_view text);
 // The offset of the first byte that is no UTF-8; nothing when all of it is.
 std::optional<std::size_t> findInvalidUtf8(std::string_view text);
 
+// What keeps a text from being stored by a change at run time: such as "is not UTF-8 at byte 3".
+// Empty when nothing does.
+constexpr std::size_t kMostTextBytes = std::size_t{1} << 20;
+std::string problemWith(std::string_view text);
+
 // The number that a text writes in the one canonical way: decimal digits without sign and without
 // leading zeros, within a signed 32-bit integer. Nothing for any other text.
 std::optional<std::int32_t> canonicalNumber(std::string_view text);

@@ -40,8 +40,9 @@ class IteratorRegistry {
   // Makes the POA and lets requests in.
   void open();
 
-  // Destroys the POA, waits until running requests have ended, and drops all iterators. Does
-  // nothing when the registry is not open.
+  // Destroys the POA, waits until running requests have ended, and drops all iterators. New
+  // requests raise TRANSIENT until then and OBJECT_NOT_EXIST afterwards. Does nothing when the
+  // registry is not open.
   void retire();
 
   // A new reference to the POA for the caller; nil when the registry is not open.

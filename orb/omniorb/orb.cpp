@@ -13,6 +13,7 @@
 // clang-format on
 
 #include <algorithm>
+#include <condition_variable>
 #include <mutex>
 #include <shared_mutex>
 #include <utility>
@@ -66,13 +67,15 @@ CORBA::ORB_ptr initWithSettings(const std::vector<std::pair<std::string, std::st
 
 CORBA::ORB_ptr initOrb(const Options& options, const std::string& listenAt) {
   const std::string maxMessage = std::to_string(options.maxMessageBytes);
+  // For connecting too, as long as the ORB has no time-out of its own for that.
   const std::string callTimeout = std::to_string(options.callTimeout.count());
   const std::string serveTimeout = std::to_string(options.serveTimeout.count());
   std::vector<std::pair<std::string, std::string>> settings = {
       {"giopMaxMsgSize", maxMessage},
       {"clientCallTimeOutPeriod", callTimeout},
-      {"clientConnectTimeOutPeriod", callTimeout},
       {"serverCallTimeOutPeriod", serveTimeout},
+      // Calls to one peer do not wait for each other: of two consumers in one process one may hang.
+      {"maxGIOPConnectionPerServer", "100"},
       {"traceTime", "0"},      // whoever receives the log knows the time
       {"traceThreadId", "0"},  // and the thread
 
@@ -114,49 +117,114 @@ class ClientOrb final : public Orb {
   RunningOrb orb_;
 };
 
-// The POA whose object keys are the bare object ids, as corbaloc references have them.
+// Stands at a key for the servant that is published there, so that one servant can come and go
+// while the others of the same POA serve on.
+class Gate final : public PortableServer::ServantBase {
+ public:
+  void open(PortableServer::ServantBase* servant) {
+    servant->_add_ref();
+    const std::lock_guard<std::mutex> lock(mutex_);
+    servant_ = servant;
+    type_ = servant->_mostDerivedRepoId();
+  }
+
+  // Returns when no request is running.
+  void close() {
+    std::unique_lock<std::mutex> lock(mutex_);
+    const PortableServer::ServantBase_var servant = std::exchange(servant_, nullptr);
+    idle_.wait(lock, [this] { return running_ == 0; });
+    lock.unlock();  // the reference is dropped without it
+  }
+
+  _CORBA_Boolean _dispatch(omniCallHandle& call) override {
+    const Passage passage(*this);
+    // First what its interface has, then what every object has.
+    return passage.servant->_dispatch(call) || passage.servant->omniServant::_dispatch(call);
+  }
+
+  // Of the servant that was there last: references that are made of this object carry it.
+  const char* _mostDerivedRepoId() override {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return type_.c_str();
+  }
+
+  // Calls from within the process come through here too.
+  void* _ptrToInterface(const char*) override { return nullptr; }
+
+ private:
+  // One request on its way.
+  struct Passage {
+    explicit Passage(Gate& passed) : gate(passed) {
+      const std::lock_guard<std::mutex> lock(gate.mutex_);
+      if (gate.servant_ == nullptr) {
+        throw CORBA::TRANSIENT(omni::TRANSIENT_POANoResource, CORBA::COMPLETED_NO);
+      }
+      servant = gate.servant_;
+      ++gate.running_;
+    }
+
+    ~Passage() {
+      const std::lock_guard<std::mutex> lock(gate.mutex_);
+      if (--gate.running_ == 0) {
+        gate.idle_.notify_all();
+      }
+    }
+
+    Passage(const Passage&) = delete;
+    Passage& operator=(const Passage&) = delete;
+
+    Gate& gate;
+    PortableServer::ServantBase* servant = nullptr;
+  };
+
+  std::mutex mutex_;
+  std::condition_variable idle_;
+  PortableServer::ServantBase* servant_ = nullptr;  // guarded by mutex_, null while closed
+  std::string type_;                                // guarded by mutex_, constant while open
+  std::size_t running_ = 0;                         // guarded by mutex_
+};
+
+// In the POA whose object keys are the bare object ids, as corbaloc references have them.
 class InsObject final : public WellKnownObject {
  public:
   InsObject(CORBA::ORB_ptr orb, const std::string& key)
-      : id_(PortableServer::string_to_ObjectId(key.c_str())) {
+      : id_(PortableServer::string_to_ObjectId(key.c_str())), gate_(new Gate) {
     const CORBA::Object_var object = orb->resolve_initial_references("omniINSPOA");
     poa_ = PortableServer::POA::_narrow(object);
-    manager_ = poa_->the_POAManager();
+    poa_->activate_object_with_id(id_.in(), gate_.in());
+    const PortableServer::POAManager_var manager = poa_->the_POAManager();
+    manager->activate();
   }
 
   ~InsObject() override {
+    InsObject::retire();
     try {
-      retire();
+      poa_->deactivate_object(id_.in());
     } catch (const CORBA::Exception&) {
       // The ORB is going down already and has forgotten the object with its POA.
     }
   }
 
   CORBA::Object_ptr publish(PortableServer::ServantBase* servant) override {
-    poa_->activate_object_with_id(id_.in(), servant);
-    published_ = true;  // from here on retire takes it back
-    manager_->activate();
+    gate()->open(servant);
     return poa_->id_to_reference(id_.in());
   }
 
-  void retire() override {
-    if (!published_) {
-      return;
-    }
-    manager_->discard_requests(true);
-    poa_->deactivate_object(id_.in());
-    published_ = false;
-  }
+  void retire() override { gate()->close(); }
 
  private:
+  Gate* gate() { return static_cast<Gate*>(gate_.in()); }
+
   const PortableServer::ObjectId_var id_;
+  const PortableServer::ServantBase_var gate_;
   PortableServer::POA_var poa_;
-  PortableServer::POAManager_var manager_;
-  bool published_ = false;
 };
 
 // What the ORB publishes in its references: "giop:tcp:HOST:PORT".
 std::string publishedAddress(CORBA::Object_ptr reference) {
+  if (CORBA::is_nil(reference)) {
+    return "";
+  }
   omniIOR* ior = reference->_PR_getobj()->_getIOR();
   std::string address;
   omni::giopAddressList& addresses = ior->getIORInfo()->addresses();
@@ -167,8 +235,10 @@ std::string publishedAddress(CORBA::Object_ptr reference) {
   return address;
 }
 
+const std::string kTcp = "giop:tcp:";
+
 Endpoint parseAddress(const std::string& address) {
-  const std::size_t host = std::string("giop:tcp:").size();
+  const std::size_t host = kTcp.size();
   const std::size_t colon = address.rfind(':');
   std::string name = address.substr(host, colon - host);
   if (name.size() > 2 && name.front() == '[') {
@@ -266,6 +336,24 @@ std::unique_ptr<Server> startServer(const Options& options, const Endpoint& endp
   }
 }
 
+std::string addressOf(CORBA::Object_ptr reference) {
+  const std::string address = publishedAddress(reference);
+  return address.compare(0, kTcp.size(), kTcp) == 0 ? address.substr(kTcp.size()) : "";
+}
+
+CORBA::Object_ptr objectBeside(CORBA::ORB_ptr orb, CORBA::Object_ptr reference,
+                               const std::string& key) {
+  const std::string address = addressOf(reference);
+  if (address.empty()) {
+    throw CORBA::BAD_PARAM(0, CORBA::COMPLETED_NO);
+  }
+  return orb->string_to_object(("corbaloc:iiop:1.2@" + address + "/" + key).c_str());
+}
+
+void setCallTimeout(CORBA::Object_ptr reference, std::chrono::milliseconds timeout) {
+  omniORB::setClientCallTimeout(reference, static_cast<CORBA::ULong>(timeout.count()));
+}
+
 ObjectKey objectKeyOf(CORBA::Object_ptr reference) {
   _CORBA_Unbounded_Sequence_Octet key;
   omniIOR* ior = reference->_PR_getobj()->_getIOR();
@@ -305,6 +393,18 @@ bool isMessageTooLarge(const CORBA::SystemException& failure) {
 bool isBrokenOff(const CORBA::SystemException& failure) {
   return CORBA::COMM_FAILURE::_downcast(&failure) != nullptr &&
          failure.minor() == omni::COMM_FAILURE_UnMarshalResults;
+}
+
+bool isTimeout(const CORBA::SystemException& failure) {
+  return CORBA::TIMEOUT::_downcast(&failure) != nullptr ||
+         (CORBA::TRANSIENT::_downcast(&failure) != nullptr &&
+          failure.minor() == omni::TRANSIENT_CallTimedout);
+}
+
+bool isConnectionClosed(const CORBA::SystemException& failure) {
+  return CORBA::COMM_FAILURE::_downcast(&failure) != nullptr ||
+         (CORBA::TRANSIENT::_downcast(&failure) != nullptr &&
+          failure.minor() == omni::TRANSIENT_ConnectionClosed);
 }
 
 bool isUnreachable(const CORBA::SystemException& failure) {

@@ -26,6 +26,7 @@ using Subscription = std::pair<TEEventHandler*, int>;
 std::mutex mutex;
 std::vector<Subscription>& subscriptions = *new std::vector<Subscription>;  // guarded by mutex
 std::atomic<bool> eventAccessAllowed{true};
+std::atomic<bool> isMissing{false};
 
 class FakeEventMgr final : public TEEventMgr {
  public:
@@ -89,15 +90,21 @@ NS_SECURITY_SERVICE1::SecurityIF& security() {
   return interface;
 }
 
+void takeEventMgrAway() {
+  isMissing = true;
+}
+
 void resetEvents() {
   const std::lock_guard<std::mutex> lock(mutex);
   subscriptions.clear();
   eventAccessAllowed = true;
+  isMissing = false;
 }
 
 }  // namespace fakes
 
 TEEventMgr* TEEventMgr::Instance() {
   static fakes::FakeEventMgr manager;
-  return &manager;
+  fakes::calledSilently("TEEventMgr::Instance");
+  return fakes::isMissing ? nullptr : &manager;
 }

@@ -1,4 +1,6 @@
 // The event manager of the fakes.
+//
+// Steps of "TEEventMgr::Instance" run without a line in the journal.
 
 #ifndef FAKES_EVENTS_H
 #define FAKES_EVENTS_H
@@ -14,6 +16,9 @@ std::vector<TEEventHandler*> subscribedTo(int eventId);
 
 // Delivers an event to them on the calling thread.
 void deliver(int eventId, const TEEvent& event);
+
+// The platform has no event manager from here on.
+void takeEventMgrAway();
 
 void resetEvents();
 

@@ -8,7 +8,6 @@
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <mutex>
 #include <random>
 #include <set>
@@ -211,23 +210,6 @@ TEST_F(Load, OneIteratorUsedByManyThreadsDeliversEveryRecordOnce) {
 }
 
 // --- Abandoned iterators.
-
-// Sanitizers keep freed memory, to recognise its use.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool kSanitized = true;
-#else
-constexpr bool kSanitized = false;
-#endif
-
-long residentKib(pid_t pid) {
-  std::ifstream status("/proc/" + std::to_string(pid) + "/status");
-  for (std::string line; std::getline(status, line);) {
-    if (line.rfind("VmRSS:", 0) == 0) {
-      return std::stol(line.substr(6));
-    }
-  }
-  return 0;
-}
 
 std::size_t descriptors(pid_t pid) {
   const std::filesystem::directory_iterator all("/proc/" + std::to_string(pid) + "/fd");

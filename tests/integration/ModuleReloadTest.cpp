@@ -9,7 +9,10 @@
 
 #include "agent/Agent.h"
 #include "agent/bundle/ModuleLoader.h"
+#include "agent/events/EventManager.h"
 #include "agent/northbound/Northbound.h"
+#include "idl/ObjectKeys.h"
+#include "orb/idl/TopoAgent.h"
 #include "orb/idl/TopoManagementManager.h"
 #include "platform/bundlemgr/ServiceInterface.h"
 #include "tests/support/TemporaryDirectory.h"
@@ -44,6 +47,7 @@ class ModuleHost {
 
  private:
   std::unique_ptr<orb::Server> server_;
+  agent::EventManager events_;
   agent::Northbound northbound_{*server_, "E", false};
 };
 
@@ -159,6 +163,40 @@ TEST(ModuleReload, KeepsTheReferenceAndEndsIterators) {
   EXPECT_LT(1U, nodes->length());
   agent.stop();
   EXPECT_FALSE(mapped());
+}
+
+// A module that has subscribed and then finds nobody to ask is not told again why it cannot.
+TEST(EventsInProcess, ThatTheModuleCannotHandleAreLoggedAndViewsAreServed) {
+  agent::Options options;
+  options.store = ":memory:";
+  options.endpoint.port = 0;
+  options.emsName = "E";
+  options.module = TOPO_MODULE;
+  agent::Agent agent(options);
+  testing::internal::CaptureStderr();
+  agent.start();
+  agent.setEventAccess(agent::EventAccess::kUnknown);
+  int argc = 0;
+  const CORBA::ORB_var orb = CORBA::ORB_init(argc, nullptr);
+  const CORBA::Object_var object = orb->string_to_object(agent.managerReference().c_str());
+  const CORBA::Object_var beside = orb::objectBeside(orb, object, object_key::kConsole);
+  const auto console = TopoAgent::Console_I::_narrow(beside);
+  const TopoAgent::Console_I_var owner = console;
+  TopoAgent::NewNode_T node;
+  node.id = "core";
+  node.parentKind = TopoAgent::NK_SUBNETWORK;
+  node.kind = TopoAgent::NK_SUBNETWORK;
+  node.nodeParam1 = 0;
+  node.nodeParam2 = 0;
+  console->createNode(node);
+  const TopoMgr_I_var manager = TopoMgr_I::_narrow(object);
+  TopoManagementManager::NodeList_T_var nodes;
+  TopoManagementManager::NodeIterator_I_var iterator;
+  manager->getTopoSubnetworkViewInfo(10, nodes.out(), iterator.out());
+  EXPECT_EQ(1U, nodes->length());
+  agent.stop();  // events are handled before the module goes
+  EXPECT_NE(std::string::npos,
+            testing::internal::GetCapturedStderr().find("Handle Event Fail(eventid = 372)!"));
 }
 
 }  // namespace

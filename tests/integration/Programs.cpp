@@ -4,6 +4,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <fstream>
 #include <stdexcept>
 
 namespace integration {
@@ -81,6 +82,16 @@ std::string RunningAgent::reference() const {
 support::Ended RunningAgent::stop(int signal) {
   process_.send(signal);
   return process_.wait();
+}
+
+long residentKib(pid_t pid) {
+  std::ifstream status("/proc/" + std::to_string(pid) + "/status");
+  for (std::string line; std::getline(status, line);) {
+    if (line.rfind("VmRSS:", 0) == 0) {
+      return std::stol(line.substr(6));
+    }
+  }
+  return 0;
 }
 
 support::Ended runAgent(const std::vector<std::string>& arguments) {

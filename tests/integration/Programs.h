@@ -57,6 +57,16 @@ class NamingService {
   std::string reference_;
 };
 
+// Sanitizers keep freed memory, to recognise its use, and take their time.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool kSanitized = true;
+#else
+constexpr bool kSanitized = false;
+#endif
+
+// The memory that a process has in use; 0 when there is no such process.
+long residentKib(pid_t pid);
+
 // Runs topo-agentd where it is expected to refuse.
 support::Ended runAgent(const std::vector<std::string>& arguments);
 

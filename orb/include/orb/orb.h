@@ -65,8 +65,10 @@ std::unique_ptr<Orb> startClient(const Options& options);
 
 // An object at a key of its own choosing: HOST:PORT and the key are all that its references hold,
 // so they stay valid over restarts on the same endpoint, and corbaloc::HOST:PORT/KEY reaches it.
+// Requests raise TRANSIENT while no servant is published. Objects do not wait for each other.
 //
-// Thread-safety: publish and retire from one thread at a time, never from within a request.
+// Thread-safety: publish and retire from one thread at a time, never from within a request to the
+// object itself.
 class WellKnownObject {
  public:
   virtual ~WellKnownObject() = default;
@@ -84,6 +86,19 @@ class WellKnownObject {
  protected:
   WellKnownObject() = default;
 };
+
+// The object at another key of the server that a reference points to, for the caller; nothing is
+// called. Throws BAD_PARAM for a reference without an address.
+CORBA::Object_ptr objectBeside(CORBA::ORB_ptr orb, CORBA::Object_ptr reference,
+                               const std::string& key);
+
+// Where a reference points to: "HOST:PORT", "" when it does not tell. For messages.
+std::string addressOf(CORBA::Object_ptr reference);
+
+// How long a call through this reference may take from here on, connecting included, instead of
+// Options::callTimeout. Other references to the same object keep theirs. A call that takes longer
+// raises TIMEOUT or TRANSIENT.
+void setCallTimeout(CORBA::Object_ptr reference, std::chrono::milliseconds timeout);
 
 // What tells one object of a server from another in a request; opaque bytes.
 using ObjectKey = std::string;
@@ -131,6 +146,13 @@ bool isMessageTooLarge(const CORBA::SystemException& failure);
 // Whether the connection ended within the answer: so a peer whose answer is over its own size limit
 // ends one that it has begun to send, and so it ends when the peer dies. Not unreachable.
 bool isBrokenOff(const CORBA::SystemException& failure);
+
+// Whether a call took longer than it may.
+bool isTimeout(const CORBA::SystemException& failure);
+
+// Whether a call failed because its connection had ended: a new one may do. Whether the call was
+// carried out is not known.
+bool isConnectionClosed(const CORBA::SystemException& failure);
 
 // Whether a call failed because nobody answers at the reference: no connection, none in time, or no
 // such object there.

@@ -48,6 +48,29 @@ TEST(AgentOptions, HaveDefaults) {
   EXPECT_EQ(std::size_t{256} * 1024 * 1024, options->maxMessageBytes);
   EXPECT_EQ(300, options->iteratorTimeoutSeconds);
   EXPECT_EQ(1000U, options->maxIterators);
+  EXPECT_TRUE(options->console);
+  EXPECT_EQ(agent::EventAccess::kAllowed, options->eventAccess);
+  EXPECT_EQ("", options->eventChannel);
+  EXPECT_EQ(10000U, options->queueLimit);
+}
+
+TEST(AgentOptions, SayWhoHearsOfChangesAndWhoMakesThem) {
+  const auto options = parse({"--no-console", "--event-access", "denied", "--event-channel",
+                              "corbaloc::h:1/C", "--queue", "5"});
+  ASSERT_TRUE(options);
+  EXPECT_FALSE(options->console);
+  EXPECT_EQ(agent::EventAccess::kDenied, options->eventAccess);
+  EXPECT_EQ("corbaloc::h:1/C", options->eventChannel);
+  EXPECT_EQ(5U, options->queueLimit);
+  EXPECT_EQ(agent::EventAccess::kUnknown, parse({"--event-access", "unknown"})->eventAccess);
+  EXPECT_EQ(agent::EventAccess::kAllowed, parse({"--event-access", "allowed"})->eventAccess);
+}
+
+TEST(AgentOptions, RefuseWhatIsNoEventAccessOrQueue) {
+  EXPECT_THAT(refusal({"--event-access", "maybe"}), HasSubstr("maybe"));
+  EXPECT_THAT(refusal({"--event-access", "1"}), HasSubstr("--event-access"));
+  EXPECT_THAT(refusal({"--queue", "0"}), HasSubstr("--queue"));
+  EXPECT_THAT(refusal({"--queue", "x"}), HasSubstr("--queue"));
 }
 
 TEST(AgentOptions, AreTakenFromTheCommandLine) {

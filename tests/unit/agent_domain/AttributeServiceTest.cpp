@@ -101,7 +101,8 @@ class Host {
  private:
   NetworkStore store_;
   NetworkModel model_;
-  AttributeService service_{"E", store_, model_};
+  agent::NetworkWriter writer_{store_, model_};
+  AttributeService service_{"E", writer_};
 };
 
 class AttributeServiceTest : public testing::Test {

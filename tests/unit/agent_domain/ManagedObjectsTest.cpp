@@ -116,4 +116,12 @@ TEST(ManagedObjects, HasNumbersForNumberedKeysOnly) {
   EXPECT_EQ("none", describe(agent::numberedObject({2, "NE=55"})));
 }
 
+TEST(NumberedObject, HasTheKeyThatMeansIt) {
+  for (const char* id : {"NE=5", "NE=0", "NE=2147483647"}) {
+    EXPECT_EQ((agent::ObjectKey{1, id}), agent::keyOf(*agent::numberedObject({1, id})));
+  }
+  EXPECT_EQ((agent::ObjectKey{2, "ONE=6"}), agent::keyOf({2, 6}));
+  EXPECT_EQ((agent::ObjectKey{3, "OS=7"}), agent::keyOf({3, 7}));
+}
+
 }  // namespace

@@ -123,4 +123,30 @@ TEST(NetworkModel, ShowsReadersOneNetworkOrTheOther) {
   EXPECT_EQ(0, wrong);
 }
 
+TEST(NetworkModel, KnowsWhatIsInEveryList) {
+  const NetworkModel model(sampleNetwork());
+  EXPECT_TRUE(model.hasTopoNode("b\nb"));
+  EXPECT_FALSE(model.hasTopoNode("none"));
+  EXPECT_TRUE(model.hasNetworkElement(-5));
+  EXPECT_FALSE(model.hasNetworkElement(5));
+  EXPECT_TRUE(model.hasClockPosition(""));
+  EXPECT_FALSE(model.hasClockPosition("NE=6"));
+  EXPECT_TRUE(model.hasClockLink("z"));
+  EXPECT_FALSE(model.hasClockLink("x"));
+  EXPECT_TRUE(model.hasLabel({-1, "z"}));  // an empty one
+  EXPECT_FALSE(model.hasLabel({200, "z"}));
+}
+
+TEST(NetworkModel, ShowsNothingOfWhatIsOnlyPrepared) {
+  NetworkModel model(wideNetwork(3));
+  model.prepareAddition(sampleNetwork());
+  model.prepareRemoval("node 0");
+  model.prepareRenaming({54, "node 1"}, "x");
+  model.prepareNodeRenaming("node 1", "x");
+  NetworkModel::prepareLabel({54, "node 1"}, "x");
+  EXPECT_EQ(3U, model.topoNodeCount());
+  EXPECT_FALSE(model.hasTopoNode("root"));
+  EXPECT_EQ("", model.labelOf(54, "node 1"));
+}
+
 }  // namespace

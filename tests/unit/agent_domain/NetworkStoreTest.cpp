@@ -261,8 +261,8 @@ TEST_F(NetworkStoreTest, LeavesTheLogOfAnotherProgramAlone) {
 
 TEST_F(NetworkStoreTest, RefusesALaterVersionOfItsSchema) {
   { NetworkStore(path_).load(sampleNetwork()); }
-  makeDatabase(path_, "PRAGMA journal_mode = DELETE; PRAGMA user_version = 3");
-  expectRefusedUntouched(path_, "has the schema version 3, this program reads version 2");
+  makeDatabase(path_, "PRAGMA journal_mode = DELETE; PRAGMA user_version = 4");
+  expectRefusedUntouched(path_, "has the schema version 4, this program reads version 3");
 }
 
 TEST_F(NetworkStoreTest, RefusesAFileThatIsNoDatabase) {
@@ -324,6 +324,128 @@ TEST_F(NetworkStoreTest, KeepsAWriteAheadLog) {
   { NetworkStore store(path_); }
   SQLite::Database database(path_, SQLite::OPEN_READONLY);
   EXPECT_EQ("wal", database.execAndGet("PRAGMA journal_mode").getString());
+}
+
+// --- Changes of the network.
+
+TEST_F(NetworkStoreTest, AddsANetworkAfterTheOneThatIsThere) {
+  agent::Network more = wideNetwork(2);
+  more.ems = "other";
+  more.networkElements = {{9, "nine", true}, {10, "ten", true, true}};
+  agent::Network whole = sampleNetwork();
+  {
+    NetworkStore store(path_);
+    store.load(whole);
+    store.add(more, {7});
+  }
+  whole.topoNodes.insert(whole.topoNodes.end(), more.topoNodes.begin(), more.topoNodes.end());
+  whole.networkElements.insert(whole.networkElements.end(), more.networkElements.begin(),
+                               more.networkElements.end());
+  whole.networkElements[0].shown = true;
+  NetworkStore store(path_);
+  EXPECT_EQ(describe(whole), describe(store.read()));
+  EXPECT_TRUE(store.read().networkElements[0].shownForNode);
+  EXPECT_FALSE(store.read().networkElements[3].shownForNode);
+  EXPECT_TRUE(store.read().networkElements[4].shownForNode);
+}
+
+TEST_F(NetworkStoreTest, AddsAllOfANetworkOrNothing) {
+  NetworkStore store(path_);
+  store.load(sampleNetwork());
+  agent::Network more = wideNetwork(2);
+  more.clockLinks.resize(1);
+  more.clockLinks[0].linkId = "z";
+  try {
+    store.add(more, {7});
+    ADD_FAILURE() << "stored a duplicate id";
+  } catch (const StoreError& error) {
+    EXPECT_EQ(path_ + ": UNIQUE constraint failed: clock_link.id", error.what());
+  }
+  EXPECT_EQ(describe(sampleNetwork()), describe(store.read()));
+}
+
+TEST_F(NetworkStoreTest, RemovesNodesWithTheirAttributesAndWhatIsKeptOfObjects) {
+  agent::Network network = sampleNetwork();
+  {
+    NetworkStore store(path_);
+    store.load(network);
+    store.setOwner({201, "z"}, "me");
+    store.mergeAdditionalInfo({201, "z"}, {{"a", "1"}});
+    store.remove({network.topoNodes[3], network.topoNodes[1]}, {{201, "z"}, {1, "none"}}, {6});
+    EXPECT_EQ("", store.ownerOf({201, "z"}));
+    EXPECT_TRUE(store.additionalInfoOf({201, "z"}).empty());
+  }
+  network.topoNodes = {network.topoNodes[0], network.topoNodes[2]};
+  network.networkElements[2].shown = false;
+  network.objectLabels.erase(network.objectLabels.begin());
+  EXPECT_EQ(describe(network), describe(NetworkStore(path_).read()));
+  SQLite::Database database(path_, SQLite::OPEN_READWRITE);
+  EXPECT_EQ(3, database.execAndGet("SELECT count(*) FROM topo_node_attribute").getInt());
+  EXPECT_EQ("ok", database.execAndGet("PRAGMA integrity_check").getString());
+}
+
+// --- Notification ids.
+
+TEST_F(NetworkStoreTest, GivesEveryNotificationIdOnce) {
+  {
+    NetworkStore store(path_, [] { return 1000U; });
+    EXPECT_EQ(1000U, store.reserveNotificationIds(5));
+    EXPECT_EQ(1005U, store.reserveNotificationIds(0));
+    EXPECT_EQ(1005U, store.reserveNotificationIds(1));
+  }
+  EXPECT_EQ(1006U, NetworkStore(path_, [] { return 1U; }).reserveNotificationIds(1));
+}
+
+TEST_F(NetworkStoreTest, GivesNoNotificationIdAgainAfterTheProcessWasKilled) {
+  const int status = statusOfChild([&] {
+    NetworkStore store(path_, [] { return 1000U; });
+    store.reserveNotificationIds(64);
+    raise(SIGKILL);
+  });
+  ASSERT_TRUE(wasKilledBy(status, SIGKILL));
+  EXPECT_EQ(1064U, NetworkStore(path_).reserveNotificationIds(1));
+}
+
+TEST_F(NetworkStoreTest, BeginsNotificationIdsWithTheTimeWhenTheStoreIsMade) {
+  const std::uint64_t before = agent::microsecondsNow();
+  ASSERT_LT(1600000000000000U, before);
+  const std::uint64_t first = NetworkStore(NetworkStore::kInMemory).reserveNotificationIds(1);
+  EXPECT_LE(before, first);
+  EXPECT_GE(agent::microsecondsNow(), first);
+}
+
+TEST_F(NetworkStoreTest, BeginsNotificationIdsWithZeroWhenTheClockDoes) {
+  NetworkStore store(path_, [] { return 0U; });
+  EXPECT_EQ(0U, store.reserveNotificationIds(1));
+  EXPECT_EQ(1U, store.reserveNotificationIds(1));
+}
+
+TEST_F(NetworkStoreTest, GivesNoNotificationIdsBelowZero) {
+  { NetworkStore store(path_); }
+  {
+    SQLite::Database database(path_, SQLite::OPEN_READWRITE);
+    database.exec("UPDATE notification_id SET next = -5");
+  }
+  NetworkStore store(path_);
+  EXPECT_THROW(store.reserveNotificationIds(1), StoreError);
+}
+
+TEST_F(NetworkStoreTest, GivesNoMoreNotificationIdsThanThereAre) {
+  constexpr std::uint64_t kMost = 9223372036854775807U;
+  NetworkStore store(path_, [] { return kMost - 10; });
+  for (const std::uint64_t count : {std::uint64_t{11}, kMost, ~std::uint64_t{0}}) {
+    try {
+      store.reserveNotificationIds(count);
+      ADD_FAILURE() << "gave " << count;
+    } catch (const StoreError& error) {
+      EXPECT_EQ(path_ + ": has no " + std::to_string(count) + " notification ids left",
+                error.what());
+    }
+  }
+  EXPECT_EQ(kMost - 10, store.reserveNotificationIds(10));
+  EXPECT_EQ(kMost, NetworkStore(NetworkStore::kInMemory, [] {
+                     return ~std::uint64_t{0};
+                   }).reserveNotificationIds(0));
 }
 
 }  // namespace

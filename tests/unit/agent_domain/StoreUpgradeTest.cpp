@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <filesystem>
 
 #include "agent/domain/NetworkStore.h"
 #include "tests/support/TemporaryDirectory.h"
@@ -75,6 +76,29 @@ constexpr const char* kFirstVersion = R"sql(
   INSERT INTO object_label VALUES (0, 201, 'k', 'Trunk');
 )sql";
 
+// What version 2 had on top, as it was.
+constexpr const char* kSecondVersion = R"sql(
+  PRAGMA user_version = 2;
+  CREATE INDEX object_label_text ON object_label (type, label);
+  CREATE TABLE object_owner (
+    type INTEGER NOT NULL,
+    id TEXT NOT NULL,
+    owner TEXT NOT NULL,
+    PRIMARY KEY (type, id)
+  ) STRICT, WITHOUT ROWID;
+  CREATE TABLE object_info (
+    type INTEGER NOT NULL,
+    id TEXT NOT NULL,
+    position INTEGER NOT NULL,
+    name TEXT NOT NULL,
+    value TEXT NOT NULL,
+    PRIMARY KEY (type, id, position),
+    UNIQUE (type, id, name)
+  ) STRICT, WITHOUT ROWID;
+  INSERT INTO object_owner VALUES (201, 'k', 'me');
+  INSERT INTO object_info VALUES (201, 'k', 0, 'a', '1');
+)sql";
+
 constexpr const char* kItsNetwork =
     "ems E\nnode core||Core|2|2|1|-2|location=Hall4\nelement 5|Five|1\n"
     "position NE=5|Five|7|8\nlink k|SDH/k|NE=5|NE=6\nlabel 201|k|Trunk\n";
@@ -85,6 +109,16 @@ class StoreUpgrade : public testing::Test {
     SQLite::Database database(path_, SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
     database.exec("PRAGMA journal_mode = WAL");
     database.exec(kFirstVersion + more);
+  }
+
+  void makeSecondVersion(const std::string& more = "") const {
+    makeFirstVersion(kSecondVersion + more);
+  }
+
+  // What SQLite finds wrong with the file.
+  std::string damage() const {
+    SQLite::Database database(path_, SQLite::OPEN_READWRITE);
+    return database.execAndGet("PRAGMA integrity_check").getString();
   }
 
   int version() const {
@@ -100,7 +134,7 @@ class StoreUpgrade : public testing::Test {
 TEST_F(StoreUpgrade, KeepsTheNetworkOfAFirstVersion) {
   makeFirstVersion();
   EXPECT_EQ(kItsNetwork, describe(NetworkStore(path_).read()));
-  EXPECT_EQ(2, version());
+  EXPECT_EQ(3, version());
   EXPECT_EQ(kItsNetwork, describe(NetworkStore(path_).read()));
 }
 
@@ -125,7 +159,7 @@ TEST_F(StoreUpgrade, KeepsOwnersAndInformationInAFirstVersion) {
 
 TEST_F(StoreUpgrade, HasTheNewVersionInANewStore) {
   { const NetworkStore store(path_); }
-  EXPECT_EQ(2, version());
+  EXPECT_EQ(3, version());
 }
 
 TEST_F(StoreUpgrade, LeavesAFirstVersionAsItWasWhenItFails) {
@@ -152,13 +186,58 @@ TEST_F(StoreUpgrade, FindsWhatAKilledProcessLeftInTheLogOfAFirstVersion) {
   EXPECT_EQ("late", NetworkStore(path_).read().clockLinks.front().nativeName);
 }
 
+TEST_F(StoreUpgrade, KeepsEverythingOfASecondVersion) {
+  makeSecondVersion();
+  for (int i = 0; i < 2; ++i) {
+    NetworkStore store(path_);
+    EXPECT_EQ(kItsNetwork, describe(store.read()));
+    EXPECT_EQ("me", store.ownerOf(key_));
+    EXPECT_EQ((agent::InfoPairs{{"a", "1"}}), store.additionalInfoOf(key_));
+  }
+  EXPECT_EQ(3, version());
+  EXPECT_EQ("ok", damage());
+}
+
+TEST_F(StoreUpgrade, GivesEarlierVersionsNotificationIds) {
+  makeFirstVersion();
+  EXPECT_EQ(500U, NetworkStore(path_, [] { return 500U; }).reserveNotificationIds(7));
+  EXPECT_EQ(507U, NetworkStore(path_, [] { return 900U; }).reserveNotificationIds(1));
+  std::filesystem::remove(path_);
+  makeSecondVersion();
+  EXPECT_EQ(600U, NetworkStore(path_, [] { return 600U; }).reserveNotificationIds(1));
+  EXPECT_EQ("ok", damage());
+}
+
+TEST_F(StoreUpgrade, ChangesTheNetworkOfAnEarlierVersion) {
+  makeFirstVersion();
+  {
+    NetworkStore store(path_);
+    agent::Network more;
+    more.topoNodes.resize(1);
+    more.topoNodes[0].nodeId = "new";
+    store.add(more, {5});
+    store.remove({store.read().topoNodes.front()}, {{201, "k"}}, {});
+  }
+  EXPECT_EQ(
+      "ems E\nnode new|||0|0|0|0\nelement 5|Five|1\nposition NE=5|Five|7|8\n"
+      "link k|SDH/k|NE=5|NE=6\n",
+      describe(NetworkStore(path_).read()));
+  EXPECT_EQ("ok", damage());
+}
+
+TEST_F(StoreUpgrade, LeavesASecondVersionAsItWasWhenItFails) {
+  makeSecondVersion("CREATE TABLE notification_id (mine);");
+  EXPECT_THROW(NetworkStore{path_}, agent::StoreError);
+  EXPECT_EQ(2, version());
+}
+
 TEST_F(StoreUpgrade, RefusesAVersionBeforeTheFirst) {
   makeFirstVersion("PRAGMA user_version = 0;");
   try {
     const NetworkStore store(path_);
     ADD_FAILURE() << "opened";
   } catch (const agent::StoreError& error) {
-    EXPECT_EQ(path_ + ": has the schema version 0, this program reads version 2", error.what());
+    EXPECT_EQ(path_ + ": has the schema version 0, this program reads version 3", error.what());
   }
 }
 

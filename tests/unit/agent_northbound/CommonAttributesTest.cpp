@@ -71,7 +71,8 @@ class CommonAttributes : public testing::Test {
   const support::TemporaryDirectory directory_;
   agent::NetworkStore store_{directory_.file("store.db")};
   agent::NetworkModel model_{smallNetwork()};
-  agent::AttributeService service_{"E", store_, model_};
+  agent::NetworkWriter writer_{store_, model_};
+  agent::AttributeService service_{"E", writer_};
   const agent::OfferedAttributes offered_{service_};
 
   const std::string noObject_ =

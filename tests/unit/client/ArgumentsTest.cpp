@@ -3,8 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "client/Failure.h"
-#include "client/Options.h"
+#include "ParseLine.h"
 
 namespace topoctl {
 namespace {
@@ -12,21 +11,6 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 using Words = std::vector<std::string>;
-
-Arguments parsed(const Words& words) {
-  return parseOptions(words, "").arguments;
-}
-
-// The text of a usage error.
-std::string usageError(const Words& words) {
-  try {
-    parseOptions(words, "");
-    return "no error";
-  } catch (const Failure& failure) {
-    EXPECT_EQ(failure.code(), ExitCode::kUsage);
-    return failure.what();
-  }
-}
 
 Words objectOf(const Arguments& arguments) {
   Words pairs;
@@ -80,14 +64,14 @@ TEST(Arguments, AfterTwoDashesMayLookLikeOptions) {
 }
 
 TEST(Arguments, OfBelowMustNameOneSubnetwork) {
-  EXPECT_EQ(usageError({"below"}), "below: an ID is missing, or a whole name given with --name");
-  EXPECT_EQ(usageError({"below", "core", "--name", "EMS=e"}),
+  EXPECT_EQ(usageErrorOf({"below"}), "below: an ID is missing, or a whole name given with --name");
+  EXPECT_EQ(usageErrorOf({"below", "core", "--name", "EMS=e"}),
             "below: ID and --name exclude each other");
-  EXPECT_THAT(usageError({"below", "core", "edge"}), HasSubstr("'edge' is not expected here; "));
-  EXPECT_EQ(usageError({"below", "--name"}), "--name: 1 required NAME=VALUE missing");
-  EXPECT_EQ(usageError({"below", "--name", "core"}), "--name: 'core' is not NAME=VALUE");
-  EXPECT_EQ(usageError({"below", "--name", ""}), "--name: '' is not NAME=VALUE");
-  EXPECT_THAT(usageError({"below", "core", "--unique"}), HasSubstr("'--unique' is not expected"));
+  EXPECT_THAT(usageErrorOf({"below", "core", "edge"}), HasSubstr("'edge' is not expected here; "));
+  EXPECT_EQ(usageErrorOf({"below", "--name"}), "--name: 1 required NAME=VALUE missing");
+  EXPECT_EQ(usageErrorOf({"below", "--name", "core"}), "--name: 'core' is not NAME=VALUE");
+  EXPECT_EQ(usageErrorOf({"below", "--name", ""}), "--name: '' is not NAME=VALUE");
+  EXPECT_THAT(usageErrorOf({"below", "core", "--unique"}), HasSubstr("'--unique' is not expected"));
 }
 
 // ---- set
@@ -131,33 +115,33 @@ TEST(Arguments, MayAskForAUniqueUserLabel) {
   EXPECT_TRUE(parsed({"set", "--unique", "user-label", "OS=1", "x"}).unique);
   EXPECT_TRUE(parsed({"set", "user-label", "OS=1", "x", "--unique"}).unique);
   for (const std::string attribute : {"owner", "native-name", "info"}) {
-    EXPECT_EQ(usageError({"set", attribute, "OS=1", "x=y", "--unique"}),
+    EXPECT_EQ(usageErrorOf({"set", attribute, "OS=1", "x=y", "--unique"}),
               "set " + attribute + ": --unique is for user-label alone");
   }
 }
 
 TEST(Arguments, OfSetMustBeComplete) {
   const std::string attributes = "the attributes are: user-label, owner, native-name, info";
-  EXPECT_EQ(usageError({"set"}), "set: an attribute is missing; " + attributes);
-  EXPECT_EQ(usageError({"set", "colour"}), "set: 'colour' is not an attribute; " + attributes);
-  EXPECT_EQ(usageError({"set", "", "OS=1", "x"}), "set: '' is not an attribute; " + attributes);
-  EXPECT_EQ(usageError({"set", "owner"}), "set owner: OBJECT (or --name) and VALUE are missing");
-  EXPECT_EQ(usageError({"set", "owner", "OS=1"}),
+  EXPECT_EQ(usageErrorOf({"set"}), "set: an attribute is missing; " + attributes);
+  EXPECT_EQ(usageErrorOf({"set", "colour"}), "set: 'colour' is not an attribute; " + attributes);
+  EXPECT_EQ(usageErrorOf({"set", "", "OS=1", "x"}), "set: '' is not an attribute; " + attributes);
+  EXPECT_EQ(usageErrorOf({"set", "owner"}), "set owner: OBJECT (or --name) and VALUE are missing");
+  EXPECT_EQ(usageErrorOf({"set", "owner", "OS=1"}),
             "set owner: OBJECT (or --name) or VALUE is missing");
-  EXPECT_EQ(usageError({"set", "owner", "--name", "OS=1"}), "set owner: VALUE is missing");
-  EXPECT_EQ(usageError({"set", "owner", "OS=1", "ops", "--name", "OS=1"}),
+  EXPECT_EQ(usageErrorOf({"set", "owner", "--name", "OS=1"}), "set owner: VALUE is missing");
+  EXPECT_EQ(usageErrorOf({"set", "owner", "OS=1", "ops", "--name", "OS=1"}),
             "set owner: OBJECT and --name exclude each other");
-  EXPECT_THAT(usageError({"set", "owner", "OS=1", "ops", "x"}), HasSubstr("'x' is not expected"));
+  EXPECT_THAT(usageErrorOf({"set", "owner", "OS=1", "ops", "x"}), HasSubstr("'x' is not expected"));
 }
 
 TEST(Arguments, OfSetMustHaveTheirForm) {
-  EXPECT_EQ(usageError({"set", "owner", "core", "ops"}),
+  EXPECT_EQ(usageErrorOf({"set", "owner", "core", "ops"}),
             "set owner: OBJECT: 'core' is not CLASS=VALUE");
-  EXPECT_EQ(usageError({"set", "owner", "--name", "core", "ops"}),
+  EXPECT_EQ(usageErrorOf({"set", "owner", "--name", "core", "ops"}),
             "--name: 'core' is not NAME=VALUE");
-  EXPECT_EQ(usageError({"set", "info", "OS=1", "north"}),
+  EXPECT_EQ(usageErrorOf({"set", "info", "OS=1", "north"}),
             "set info: VALUE: 'north' is not NAME=TEXT");
-  EXPECT_EQ(usageError({"set", "info", "OS=1", ""}), "set info: VALUE: '' is not NAME=TEXT");
+  EXPECT_EQ(usageErrorOf({"set", "info", "OS=1", ""}), "set info: VALUE: '' is not NAME=TEXT");
 }
 
 // ---- other commands
@@ -165,15 +149,16 @@ TEST(Arguments, OfSetMustHaveTheirForm) {
 TEST(Arguments, AreRefusedByCommandsThatTakeNone) {
   for (const char* const command :
        {"topo", "protect", "clocks", "clock-links", "tree", "capabilities"}) {
-    EXPECT_THAT(usageError({command, "core"}), HasSubstr("'core' is not expected here; "));
-    EXPECT_THAT(usageError({command, "--name", "A=B"}), HasSubstr("'--name' is not expected here"));
+    EXPECT_THAT(usageErrorOf({command, "core"}), HasSubstr("'core' is not expected here; "));
+    EXPECT_THAT(usageErrorOf({command, "--name", "A=B"}),
+                HasSubstr("'--name' is not expected here"));
   }
 }
 
 TEST(Arguments, OfTreeAllowNoFormatButTheTable) {
   EXPECT_EQ(parseOptions({"tree", "--format", "table"}, "").format, Format::kTable);
   for (const char* const format : {"json", "csv"}) {
-    EXPECT_EQ(usageError({"tree", "--format", format}),
+    EXPECT_EQ(usageErrorOf({"tree", "--format", format}),
               "tree: --format must be table: a tree is drawn for people; topo has the same nodes "
               "as records");
   }

@@ -32,11 +32,21 @@ class Script {
   std::function<void()> onView = [] {};
   std::function<void()> onNext = [] {};
   std::function<void()> onSet = [] {};
+  std::function<void()> onSubscribe = [] {};
+  std::function<void()> onPing = [] {};
+  std::function<void()> onConsole = [] {};
   bool deliversNothing = false;  // the iterator never gets on
   bool vanishes = false;         // the iterator is gone after its first batch
 
-  // Makes what the test has set visible to requests that other processes send.
+  // Makes what the test has set visible to requests that other processes send, and what they have
+  // read free to be set again.
   void settle() { const std::lock_guard<std::mutex> lock(mutex_); }
+
+  // One of the functions as it is set now.
+  std::function<void()> present(const std::function<void()>& function) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return function;
+  }
 
   void record(const std::string& call);
   std::vector<std::string> calls();

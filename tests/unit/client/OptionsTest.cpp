@@ -119,7 +119,8 @@ TEST(Options, RefuseAnUnknownFormat) {
 }
 
 const std::string kCommands =
-    "the commands are: topo, protect, below, clocks, clock-links, tree, set, capabilities";
+    "the commands are: topo, protect, below, clocks, clock-links, tree, set, capabilities, watch, "
+    "node create, node delete, node rename, import, test-switch, status, module reload";
 
 TEST(Options, RefuseAMissingUnknownOrSecondCommand) {
   EXPECT_EQ(usageError({}), "a command is missing; " + kCommands);
@@ -128,6 +129,24 @@ TEST(Options, RefuseAMissingUnknownOrSecondCommand) {
   EXPECT_EQ(usageError({"topo", "capabilities"}),
             "'capabilities' is not expected here; " + kCommands);
   EXPECT_EQ(usageError({"topo", "topo"}), "'topo' is not expected here; " + kCommands);
+}
+
+TEST(Options, RefuseHalfOfACommandAndAnUnknownOtherHalf) {
+  EXPECT_EQ(usageError({"node"}), "node: a command is missing; " + kCommands);
+  EXPECT_EQ(usageError({"module", "--format", "json"}),
+            "module: a command is missing; " + kCommands);
+  EXPECT_EQ(usageError({"node", "frobnicate"}), "'frobnicate' is not expected here; " + kCommands);
+  EXPECT_EQ(usageError({"node", "topo"}), "'topo' is not expected here; " + kCommands);
+  EXPECT_EQ(usageError({"create", "x"}), "'create' is not expected here; " + kCommands);
+}
+
+TEST(Options, AreReadBeforeAndAfterACommandOfTwoWords) {
+  for (const auto& options : {parseOptions({"--format", "csv", "module", "reload"}, ""),
+                              parseOptions({"module", "--format", "csv", "reload"}, ""),
+                              parseOptions({"module", "reload", "--format", "csv"}, "")}) {
+    EXPECT_EQ(options.format, Format::kCsv);
+    EXPECT_EQ(options.command, "module reload");
+  }
 }
 
 TEST(Options, RefuseAnUnknownOptionAndAMissingValue) {

@@ -7,9 +7,11 @@
 #include <string>
 #include <vector>
 
+#include "fakes/Events.h"
 #include "fakes/Fixture.h"
 #include "fakes/OrbFixture.h"
 #include "orb/idl/TopoManagementManager.h"
+#include "platform/framework/ProcessException.h"
 
 namespace {
 
@@ -149,6 +151,23 @@ TEST_F(TopoPlugin, CatchesWhatTheHostThrows) {
   fakes::releaseServants();
 }
 
+TEST_F(TopoPlugin, FinishesWithoutAnInit) {
+  LoadedModule module;
+  Journal::clear();
+  EXPECT_EQ(module.object().fini(), 0);
+  EXPECT_EQ(Journal::lines(), std::vector<std::string>{"ServiceObjectBase::fini()"});
+}
+
+TEST_F(TopoPlugin, FinishesWhatAFailedInitHasNotDone) {
+  LoadedModule module;
+  fakes::onCall("RegisterServant", 1, fakes::raiseProcessException(7));
+  EXPECT_THROW(module.object().init(0, nullptr), ProcessException);
+  fakes::releaseServants();
+  Journal::clear();
+  EXPECT_EQ(module.object().fini(), 0);
+  EXPECT_EQ(Journal::lines(), std::vector<std::string>{"ServiceObjectBase::fini()"});
+}
+
 class TopoPluginWithOrb : public fakes::OrbFixture {};
 
 TEST_F(TopoPluginWithOrb, IsReallyUnmappedAfterItHadAnIterator) {
@@ -167,6 +186,60 @@ TEST_F(TopoPluginWithOrb, IsReallyUnmappedAfterItHadAnIterator) {
   fakes::releaseServants();
   module.unload();
   EXPECT_FALSE(isMapped());
+}
+
+// --- Events.
+
+void deliver(int event, const std::vector<NS_DOMAIN::TopoNode_T>& nodes) {
+  TEEvent carried;
+  carried.nodes = nodes;
+  fakes::deliver(event, carried);
+}
+
+TEST_F(TopoPluginWithOrb, IsReallyUnmappedAfterItHasHandledEvents) {
+  fakes::network().nodes = {fakes::subnetwork("a", "A"), fakes::subnetwork("b", "B")};
+  fakes::agent().testSwitch = true;
+  LoadedModule module;
+  module.object().init(0, nullptr);
+  deliver(372, {fakes::subnetwork("c", "C")});
+  deliver(374, {fakes::subnetwork("a", "a label that is too long for a short string")});
+  deliver(373, {fakes::subnetwork("c")});
+  fakes::onEveryCall("OnObjectDeleted", fakes::raiseTransient());
+  deliver(373, {fakes::subnetwork("c")});
+  EXPECT_EQ(fakes::notificationsSent().size(), 3U);
+  module.object().fini();
+  fakes::releaseServants();
+  module.unload();
+  EXPECT_FALSE(isMapped());
+  // What was sent is still readable.
+  const TopoManagementManager::Node_T* node = nullptr;
+  ASSERT_TRUE(fakes::notificationsSent().at(0).object >>= node);
+}
+
+TEST_F(TopoPluginWithOrb, LeavesNothingBehindWhenItGoesWithoutFiniAfterSeveralInits) {
+  fakes::network().nodes = {fakes::subnetwork("a", "A")};
+  fakes::agent().testSwitch = true;
+  {
+    LoadedModule module;
+    module.object().init(0, nullptr);
+    module.object().init(0, nullptr);
+    fakes::releaseServants();
+  }
+  EXPECT_FALSE(isMapped());
+}
+
+TEST_F(TopoPluginWithOrb, SubscribesToNothingAndForgetsItsLabelsWhenItIsLoadedAgain) {
+  fakes::network().nodes = {fakes::subnetwork("a", "A")};
+  fakes::agent().testSwitch = true;
+  for (int i = 0; i < 2; ++i) {
+    LoadedModule module;
+    EXPECT_TRUE(fakes::subscribedTo(374).empty());
+    module.object().init(0, nullptr);
+    deliver(374, {fakes::subnetwork("a", "B")});
+    EXPECT_EQ(fakes::notificationsSent().size(), static_cast<std::size_t>(i + 1));
+    module.object().fini();
+    fakes::releaseServants();
+  }
 }
 
 }  // namespace

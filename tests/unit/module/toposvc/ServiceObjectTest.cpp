@@ -45,6 +45,11 @@ class TopoServiceObject : public fakes::Fixture {
     return Journal::linesOf({"UnregisterMgr", "RegisterMgr", "RegisterServant"});
   }
 
+  // What fini does, without the events: their handler is the module's and may be an earlier test's.
+  static Lines finishing() {
+    return Journal::linesOf({"ServiceObjectBase::fini", "UnregisterMgr", "~MgrFactory"});
+  }
+
   std::unique_ptr<zu_corba_topo> service_;
 };
 
@@ -124,7 +129,8 @@ TEST_F(TopoServiceObject, HandsOverAServantWithOneReference) {
 TEST_F(TopoServiceObject, NeverTouchesTheDomainOutsideTestMode) {
   fakes::publishPlatform();
   init();
-  EXPECT_EQ(Journal::linesOf({"CheckIFBuf", "GetServiceObjects", "GetFacet"}), Lines{});
+  EXPECT_EQ(Journal::linesOf({"CheckIFBuf", "GetServiceObjects", "GetFacet"}),
+            Lines{"CheckIFBuf(\"SecurityIF\")"});
 }
 
 TEST_F(TopoServiceObject, ReplacesAManagerLeftBehindByAnEarlierLoad) {
@@ -212,7 +218,7 @@ TEST_F(TopoServiceObject, IsNotRegisteredAfterAFailedInit) {
     EXPECT_THROW(init(), ProcessException);
     Journal::clear();
     EXPECT_EQ(fini(), 0);
-    EXPECT_EQ(Journal::lines(), Lines{"ServiceObjectBase::fini()"}) << call;
+    EXPECT_EQ(finishing(), Lines{"ServiceObjectBase::fini()"}) << call;
   }
 }
 
@@ -284,8 +290,8 @@ TEST_F(TopoServiceObject, ReleasesItsRecordOnceTheManagerIsWithdrawn) {
   init();
   Journal::clear();
   EXPECT_EQ(fini(), 0);
-  EXPECT_EQ(Journal::lines(), (Lines{"ServiceObjectBase::fini()",
-                                     "UnregisterMgr(\"TopoManagement\")", "~MgrFactory()"}));
+  EXPECT_EQ(finishing(), (Lines{"ServiceObjectBase::fini()", "UnregisterMgr(\"TopoManagement\")",
+                                "~MgrFactory()"}));
 }
 
 TEST_F(TopoServiceObject, ReleasesItsRecordThoughTheManagerCannotBeWithdrawn) {
@@ -293,7 +299,7 @@ TEST_F(TopoServiceObject, ReleasesItsRecordThoughTheManagerCannotBeWithdrawn) {
   Journal::clear();
   fakes::onCall("UnregisterMgr", 2, fakes::raiseRuntimeError("broken"));
   EXPECT_EQ(fini(), 0);
-  EXPECT_EQ(Journal::lines().back(), "~MgrFactory()");
+  EXPECT_EQ(finishing().back(), "~MgrFactory()");
 }
 
 TEST_F(TopoServiceObject, IgnoresThatTheAgentCannotBeReachedAtTheEnd) {
@@ -305,7 +311,7 @@ TEST_F(TopoServiceObject, IgnoresThatTheAgentCannotBeReachedAtTheEnd) {
     Journal::clear();
     fakes::onCall("CorbaBaseAgentConfig::Instance", 3, step);  // the first two are of init
     EXPECT_EQ(fini(), 0);
-    EXPECT_EQ(Journal::lines(), (Lines{"ServiceObjectBase::fini()", "~MgrFactory()"}));
+    EXPECT_EQ(finishing(), (Lines{"ServiceObjectBase::fini()", "~MgrFactory()"}));
   }
 }
 

@@ -1,0 +1,94 @@
+#include "agent/ModuleControl.h"
+
+#include <chrono>
+#include <future>
+#include <optional>
+#include <utility>
+
+#include "agent/northbound/Log.h"
+
+namespace agent {
+namespace {
+
+// How long a module may take for the events that wait for it when it is to go.
+constexpr std::chrono::seconds kEventPatience{10};
+
+}  // namespace
+
+ModuleControl::ModuleControl(const char* manager, std::filesystem::path module,
+                             NetworkWriter& writer, EventManager& events, Northbound& northbound)
+    : manager_(manager),
+      module_(std::move(module)),
+      writer_(writer),
+      events_(events),
+      northbound_(northbound),
+      loader_(module_) {}
+
+ModuleControl::~ModuleControl() {
+  unload();
+}
+
+void ModuleControl::load() {
+  const std::lock_guard<std::mutex> lock(turn_);
+  try {
+    bringIn();
+  } catch (...) {
+    takeOut();
+    throw;
+  }
+}
+
+void ModuleControl::reload() {
+  const std::lock_guard<std::mutex> lock(turn_);
+  state_ = State::kReloading;
+  try {
+    // A POA cannot be waited for from within a request, and the caller may be in one.
+    std::async(std::launch::async, [this] { exchange(); }).get();
+  } catch (...) {
+    state_ = State::kMissing;
+    throw;
+  }
+}
+
+// While changes are paused nothing may wait for requests that serve a module: one of them may be a
+// change.
+void ModuleControl::exchange() {
+  northbound_.retire();
+  std::optional<NetworkWriter::Pause> pause(writer_);
+  takeOut();
+  try {
+    bringIn();
+  } catch (...) {
+    pause.reset();
+    takeOut();
+    throw;
+  }
+}
+
+void ModuleControl::unload() {
+  const std::lock_guard<std::mutex> lock(turn_);
+  state_ = State::kMissing;
+  takeOut();
+}
+
+// After a failure some of it may be in.
+void ModuleControl::bringIn() {
+  northbound_.open();
+  loader_.load();
+  if (!northbound_.managers().serving(manager_)) {
+    throw ModuleError("module " + module_.string() + ": it does not serve " + manager_);
+  }
+  ++loads_;
+  state_ = State::kLoaded;
+}
+
+// Nothing of the module may be in use when it goes.
+void ModuleControl::takeOut() {
+  northbound_.retire();
+  if (!events_.flush(kEventPatience)) {
+    log(kLogErrors, "module " + module_.string() + ": it goes before it has handled its events");
+  }
+  loader_.unload();
+}
+
+}  // namespace agent

@@ -1,0 +1,70 @@
+// The module's place in the agent: in, out, and in again.
+
+#ifndef AGENT_MODULECONTROL_H
+#define AGENT_MODULECONTROL_H
+
+#include <atomic>
+#include <cstdint>
+#include <filesystem>
+#include <mutex>
+
+#include "agent/bundle/ModuleLoader.h"
+#include "agent/domain/NetworkWriter.h"
+#include "agent/events/EventManager.h"
+#include "agent/northbound/Northbound.h"
+
+namespace agent {
+
+// Borrows everything, which must outlive it.
+// Thread-safety: any thread; load, reload and unload take turns. Not from within a request to the
+// manager or an iterator.
+class ModuleControl {
+ public:
+  // The name under which the module must serve a manager.
+  ModuleControl(const char* manager, std::filesystem::path module, NetworkWriter& writer,
+                EventManager& events, Northbound& northbound);
+
+  // Unloads.
+  ~ModuleControl();
+
+  ModuleControl(const ModuleControl&) = delete;
+  ModuleControl& operator=(const ModuleControl&) = delete;
+
+  // Throws ModuleError.
+  void load();
+
+  // Unloads and loads. Changes of the network wait meanwhile, so that every event finds a module
+  // that translates it. Throws ModuleError; the module is then missing and can be loaded by another
+  // reload.
+  void reload();
+
+  // Stops serving what came from the module, lets it handle the events that were raised, and takes
+  // it out. Does nothing when it is out.
+  void unload();
+
+  enum class State { kLoaded, kReloading, kMissing };
+  State state() const { return state_.load(); }
+
+  // How many times it came in.
+  std::uint32_t loads() const { return loads_.load(); }
+
+ private:
+  void exchange();
+  void bringIn();
+  void takeOut();
+
+  const char* const manager_;
+  const std::filesystem::path module_;
+  NetworkWriter& writer_;
+  EventManager& events_;
+  Northbound& northbound_;
+
+  std::mutex turn_;
+  ModuleLoader loader_;  // guarded by turn_
+  std::atomic<State> state_{State::kMissing};
+  std::atomic<std::uint32_t> loads_{0};
+};
+
+}  // namespace agent
+
+#endif

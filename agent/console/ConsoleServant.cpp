@@ -1,0 +1,126 @@
+#include "agent/console/ConsoleServant.h"
+
+#include <exception>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "agent/domain/FailureCodes.h"
+#include "agent/domain/NetworkError.h"
+#include "agent/domain/NetworkReader.h"
+#include "agent/domain/Text.h"
+#include "agent/northbound/Log.h"
+#include "platform/agent/Failures.h"
+
+namespace agent {
+namespace {
+
+std::uint32_t typeOf(TopoAgent::NodeKind_T kind) {
+  return kind == TopoAgent::NK_ELEMENT ? NS_DOMAIN::kTopoElement : NS_DOMAIN::kTopoSubnetwork;
+}
+
+NS_DOMAIN::TopoNode_T domainNode(const TopoAgent::NewNode_T& node) {
+  NS_DOMAIN::TopoNode_T result;
+  result.nodeId = node.id;
+  result.parentId = node.parent;
+  result.parentType = typeOf(node.parentKind);
+  result.nativeName = node.name;
+  result.nodeType = typeOf(node.kind);
+  result.attribute3 = node.nodeParam1;
+  result.attribute4 = node.nodeParam2;
+  for (CORBA::ULong i = 0; i < node.attributes.length(); ++i) {
+    result.extendedAttributes.emplace_back(node.attributes[i].name.in(),
+                                           node.attributes[i].value.in());
+  }
+  return result;
+}
+
+std::string_view textOf(const TopoAgent::Content_T& content) {
+  return {reinterpret_cast<const char*>(content.get_buffer()), content.length()};
+}
+
+// What broke within the agent is for its log, not for clients.
+void raise(const char* operation, const Outcome& outcome) {
+  if (outcome.code == kInternalError) {
+    log(kLogErrors, std::string(operation) + ": " + outcome.reason);
+    NS_CORBA::ThrowException(outcome.code);
+  }
+  NS_CORBA::ThrowException(outcome.code, outcome.reason);
+}
+
+// Runs an operation up to its outcome, and raises that.
+template <typename Work>
+void perform(const char* operation, Work work) {
+  Outcome outcome;
+  try {
+    outcome = work();
+  } catch (const NetworkError& failure) {
+    outcome = {kInvalidName, failure.what()};
+  } catch (const std::exception& failure) {
+    outcome = {kInternalError, failure.what()};
+  }
+  raise(operation, outcome);
+}
+
+CORBA::ULong countOf(std::size_t count) {
+  return static_cast<CORBA::ULong>(count);
+}
+
+}  // namespace
+
+void ConsoleServant::createNode(const TopoAgent::NewNode_T& node) {
+  perform("createNode", [&] { return nodes_.create(domainNode(node)); });
+}
+
+CORBA::ULong ConsoleServant::deleteNode(const char* id) {
+  std::size_t removed = 0;
+  perform("deleteNode", [&] { return nodes_.remove(id, removed); });
+  return countOf(removed);
+}
+
+void ConsoleServant::renameNode(const char* id, const char* name) {
+  perform("renameNode", [&] { return nodes_.rename(id, name); });
+}
+
+TopoAgent::ImportSummary_T ConsoleServant::importNetwork(const char* fileName,
+                                                         const TopoAgent::Content_T& content) {
+  ImportSummary summary;
+  perform("importNetwork",
+          [&] { return nodes_.import(readNetwork(fileName, textOf(content)), summary); });
+  return {countOf(summary.topoNodes), countOf(summary.networkElements),
+          countOf(summary.clockPositions), countOf(summary.clockLinks),
+          countOf(summary.objectLabels)};
+}
+
+void ConsoleServant::setTestSwitch(CORBA::Boolean on) {
+  perform("setTestSwitch", [&] {
+    control_.setTestSwitch(on);
+    return Outcome{};
+  });
+}
+
+TopoAgent::Status_T* ConsoleServant::getStatus() {
+  TopoAgent::Status_T_var status;
+  perform("getStatus", [&] {
+    status = new TopoAgent::Status_T(control_.status());
+    return Outcome{};
+  });
+  return status._retn();
+}
+
+// The operator who reloads is told why it failed.
+void ConsoleServant::reloadModule() {
+  perform("reloadModule", [&]() -> Outcome {
+    try {
+      control_.reloadModule();
+      return {};
+    } catch (const std::exception& failure) {
+      log(kLogErrors, std::string("reloadModule: ") + failure.what());
+      NS_CORBA::ThrowException(kInternalError, failure.what());
+      throw;
+    }
+  });
+}
+
+}  // namespace agent

@@ -1,0 +1,36 @@
+// The console: the agent's operator changes the network and the agent through it.
+
+#ifndef AGENT_CONSOLE_CONSOLESERVANT_H
+#define AGENT_CONSOLE_CONSOLESERVANT_H
+
+#include "agent/console/AgentControl.h"
+#include "agent/domain/NodeService.h"
+#include "orb/idl/TopoAgent.h"
+
+namespace agent {
+
+// Every operation ends in an answer or a ProcessingFailureException; what broke within the agent is
+// in its log.
+//
+// Borrows what it works on. Thread-safety: any thread.
+class ConsoleServant final : public POA_TopoAgent::Console_I {
+ public:
+  ConsoleServant(NodeService& nodes, AgentControl& control) : nodes_(nodes), control_(control) {}
+
+  void createNode(const TopoAgent::NewNode_T& node) override;
+  CORBA::ULong deleteNode(const char* id) override;
+  void renameNode(const char* id, const char* name) override;
+  TopoAgent::ImportSummary_T importNetwork(const char* fileName,
+                                           const TopoAgent::Content_T& content) override;
+  void setTestSwitch(CORBA::Boolean on) override;
+  TopoAgent::Status_T* getStatus() override;
+  void reloadModule() override;
+
+ private:
+  NodeService& nodes_;
+  AgentControl& control_;
+};
+
+}  // namespace agent
+
+#endif

@@ -1,0 +1,257 @@
+#include "agent/events/EventManager.h"
+
+#include <algorithm>
+#include <atomic>
+#include <deque>
+#include <iterator>
+#include <set>
+#include <string>
+#include <utility>
+
+#include "platform/agent/Logging.h"
+#include "platform/framework/ProcessException.h"
+
+namespace agent {
+namespace {
+
+std::atomic<EventManager*> theInstance{nullptr};
+
+constexpr int kSource = 0;  // what handlers get as an event's source
+
+// Handlers log on the lanes' threads, too: the thread's log position is left as it was.
+void logError(const std::string& text) {
+  NS_CORBA::LogPosition& position = *NS_CORBA::GetTss();
+  const NS_CORBA::LogPosition before = std::exchange(position, {"topo-agentd", "", 0});
+  NS_CORBA::TaDebug(NS_CORBA::kLogError, text.c_str());
+  position = before;
+}
+
+// Whether the handler returned. Nothing is left of an exception when this returns: its type may
+// belong to the handler's module.
+bool call(TEEventHandler& handler, int eventId, const TEEvent& event) {
+  std::string reason;
+  try {
+    handler.HandleEvent(eventId, kSource, event);
+    return true;
+  } catch (const ProcessException& failure) {
+    reason = "platform failure " + std::to_string(failure.errorCode) + ' ' + failure.detail.str();
+  } catch (const std::exception& failure) {
+    reason = failure.what();
+  } catch (...) {
+    reason = "unknown exception";
+  }
+  logError("a handler of event " + std::to_string(eventId) + " failed: " + reason);
+  return false;
+}
+
+bool handle(TEEventHandler& handler, int eventId, const TEEvent& event) noexcept {
+  try {
+    return call(handler, eventId, event);
+  } catch (...) {
+    return false;  // there is no memory to say so
+  }
+}
+
+}  // namespace
+
+// An event is shared by all queues that it is in.
+struct EventManager::Queued {
+  int eventId;
+  std::uint64_t sequence;
+  std::shared_ptr<const TEEvent> event;
+};
+
+// Guarded by the manager's mutex.
+struct EventManager::Lane {
+  explicit Lane(TEEventHandler& whose) : handler(whose) {}
+
+  bool isSubscribed() const { return !eventIds.empty(); }
+  bool isCalling() const { return callsEnded != callsBegun; }
+
+  // Makes room, into lost. False when nothing was lost, or when it goes on as before.
+  bool overflow(std::size_t limit, std::vector<Queued>& lost) {
+    if (queue.size() <= limit) {
+      return false;
+    }
+    lost.push_back(std::move(queue.front()));
+    queue.pop_front();
+    return !std::exchange(overflowing, true);
+  }
+
+  // The next event, whose call begins. REQUIRES: there is one.
+  Queued take() {
+    Queued next = std::move(queue.front());
+    queue.pop_front();
+    overflowing = overflowing && !queue.empty();
+    lastTaken = next.sequence;
+    ++callsBegun;
+    return next;
+  }
+
+  // Takes the events of one identifier out of the queue.
+  std::vector<Queued> withdraw(int eventId) {
+    const auto others = std::stable_partition(
+        queue.begin(), queue.end(), [&](const Queued& entry) { return entry.eventId != eventId; });
+    std::vector<Queued> withdrawn;
+    std::move(others, queue.end(), std::back_inserter(withdrawn));
+    queue.erase(others, queue.end());
+    return withdrawn;
+  }
+
+  TEEventHandler& handler;
+  std::condition_variable work;  // there is an event, or no subscription left
+  std::set<int> eventIds;
+  std::deque<Queued> queue;      // only events that are subscribed
+  bool overflowing = false;      // events were lost since the queue was last empty
+  std::uint64_t lastTaken = 0;   // sequence of the event of the last call
+  std::uint64_t callsBegun = 0;  // calls of the handler
+  std::uint64_t callsEnded = 0;
+  bool ended = false;
+  std::thread thread;
+};
+
+EventManager::EventManager(std::size_t queueLimit) : queueLimit_(queueLimit) {
+  theInstance.store(this);
+}
+
+EventManager::~EventManager() {
+  {
+    std::unique_lock<std::mutex> lock(mutex_);
+    for (const auto& [handler, lane] : lanes_) {
+      lane->eventIds.clear();
+      lane->queue.clear();
+      lane->work.notify_one();
+    }
+    changed_.wait(lock, [this] { return lanes_.empty(); });
+  }
+  for (std::thread& thread : ended_) {
+    thread.join();
+  }
+  theInstance.store(nullptr);
+}
+
+void EventManager::Subscribe(TEEventHandler* handler, int eventId, int /*third*/, int /*fourth*/) {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  const auto known = lanes_.find(handler);
+  if (known != lanes_.end()) {
+    known->second->eventIds.insert(eventId);
+    changed_.notify_all();  // who waits for the lane's end waits no longer
+    return;
+  }
+  const auto lane = std::make_shared<Lane>(*handler);
+  lane->eventIds.insert(eventId);
+  const auto added = lanes_.emplace(handler, lane).first;
+  try {
+    lane->thread = std::thread([this, lane] { deliver(lane); });
+  } catch (...) {
+    lanes_.erase(added);
+    throw;
+  }
+}
+
+void EventManager::UnSubscribe(TEEventHandler* handler, int eventId) {
+  std::vector<Queued> withdrawn;  // gone after the lock
+  std::vector<std::thread> ended;
+  {
+    std::unique_lock<std::mutex> lock(mutex_);
+    const auto known = lanes_.find(handler);
+    if (known != lanes_.end()) {
+      const std::shared_ptr<Lane> lane = known->second;
+      lane->eventIds.erase(eventId);
+      withdrawn = lane->withdraw(eventId);
+      lane->work.notify_one();
+      if (lane->thread.get_id() != std::this_thread::get_id()) {
+        changed_.wait(lock, [&lane, calls = lane->callsBegun] {
+          return lane->ended || (lane->isSubscribed() && lane->callsEnded >= calls);
+        });
+      }
+    }
+    ended.swap(ended_);
+  }
+  for (std::thread& thread : ended) {
+    thread.join();
+  }
+}
+
+void EventManager::raise(int eventId, std::vector<NS_DOMAIN::TopoNode_T> nodes) {
+  const auto event = std::make_shared<const TEEvent>(TEEvent{std::move(nodes)});
+  std::vector<Queued> lost;  // gone after the lock
+  bool overflowBegins = false;
+  {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    ++raised_;
+    for (const auto& [handler, lane] : lanes_) {
+      if (lane->eventIds.count(eventId) != 0) {
+        lane->queue.push_back({eventId, raised_, event});
+        overflowBegins = lane->overflow(queueLimit_, lost) || overflowBegins;
+        lane->work.notify_one();
+      }
+    }
+    dropped_ += lost.size();
+  }
+  if (overflowBegins) {
+    logError("a handler of event " + std::to_string(eventId) + " is too slow: " +
+             std::to_string(queueLimit_) + " events wait for it, older ones are dropped");
+  }
+}
+
+bool EventManager::flush(std::chrono::milliseconds atMost) {
+  std::unique_lock<std::mutex> lock(mutex_);
+  return changed_.wait_for(lock, atMost, [this, last = raised_] { return handledUpTo(last); });
+}
+
+// REQUIRES: mutex_ is held.
+bool EventManager::handledUpTo(std::uint64_t sequence) const {
+  return std::all_of(lanes_.begin(), lanes_.end(), [&](const auto& entry) {
+    const Lane& lane = *entry.second;
+    return (lane.queue.empty() || lane.queue.front().sequence > sequence) &&
+           (!lane.isCalling() || lane.lastTaken > sequence);
+  });
+}
+
+EventManager::Status EventManager::status() const {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  Status status;
+  for (const auto& [handler, lane] : lanes_) {
+    status.subscriptions += lane->eventIds.size();
+    status.queued += lane->queue.size();
+  }
+  status.delivered = delivered_;
+  status.failed = failed_;
+  status.dropped = dropped_;
+  return status;
+}
+
+// What the lane's thread does.
+void EventManager::deliver(const std::shared_ptr<Lane>& lane) {
+  std::unique_lock<std::mutex> lock(mutex_);
+  for (;;) {
+    lane->work.wait(lock, [&] { return !lane->isSubscribed() || !lane->queue.empty(); });
+    if (!lane->isSubscribed()) {
+      break;
+    }
+    Queued next = lane->take();
+    lock.unlock();
+    const bool returned = handle(lane->handler, next.eventId, *next.event);
+    next.event.reset();
+    lock.lock();
+    ++(returned ? delivered_ : failed_);
+    ++lane->callsEnded;
+    changed_.notify_all();
+  }
+  end(*lane);
+}
+
+// The lane's thread touches nothing of the handler from here on. REQUIRES: mutex_ is held.
+void EventManager::end(Lane& lane) {
+  lane.ended = true;
+  ended_.push_back(std::move(lane.thread));
+  lanes_.erase(&lane.handler);
+  changed_.notify_all();
+}
+
+}  // namespace agent
+
+TEEventMgr* TEEventMgr::Instance() {
+  return agent::theInstance.load();
+}

@@ -1,0 +1,204 @@
+#include "agent/notifications/ChannelSink.h"
+
+#include <algorithm>
+#include <stdexcept>
+#include <utility>
+
+#include "agent/notifications/Calls.h"
+#include "orb/naming.h"
+
+namespace agent {
+namespace {
+
+using CosEventChannelAdmin::EventChannel;
+using CosEventChannelAdmin::ProxyPushConsumer;
+
+const std::string kCorbaname = "corbaname:";
+
+// Of a channel that is told that the supplier ends, which is a courtesy.
+constexpr std::chrono::milliseconds kLongestFarewell{500};
+
+constexpr std::size_t kLongestName = 100;
+
+// The channel cannot be used. One line.
+class ChannelError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+bool isCorbaname(const std::string& reference) {
+  return reference.compare(0, kCorbaname.size(), kCorbaname) == 0;
+}
+
+// Names in a corbaname are escaped as in an URL.
+std::string unescaped(const std::string& text) {
+  std::string result;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    unsigned code = 0;
+    if (text[i] == '%' && i + 2 < text.size() &&
+        std::sscanf(text.substr(i + 1, 2).c_str(), "%2x", &code) == 1) {
+      result += static_cast<char>(code);
+      i += 2;
+    } else {
+      result += text[i];
+    }
+  }
+  return result;
+}
+
+// No further call once the receiver stops.
+void goOn(const Sink::Stopping& stopping) {
+  if (stopping.load()) {
+    throw ChannelError("the agent ends");
+  }
+}
+
+}  // namespace
+
+ChannelSink::ChannelSink(CORBA::ORB_ptr orb, std::string reference,
+                         std::chrono::milliseconds callTimeout)
+    : orb_(CORBA::ORB::_duplicate(orb)),
+      reference_(std::move(reference)),
+      callTimeout_(callTimeout) {}
+
+CallOutcome ChannelSink::connect(const Stopping& stopping) {
+  try {
+    if (!proxyIsThere(stopping)) {
+      obtainProxy(stopping);
+    }
+    suspect_ = false;
+    return {};
+  } catch (const ChannelError& failure) {
+    return {CallOutcome::kUnavailable, failure.what()};
+  } catch (const CORBA::Exception& failure) {
+    return {CallOutcome::kUnavailable, reasonOf(failure)};
+  }
+}
+
+bool ChannelSink::proxyIsThere(const Stopping& stopping) {
+  if (CORBA::is_nil(proxy_)) {
+    return false;
+  }
+  if (suspect_) {
+    bool gone = false;
+    callTwice(stopping, [&] { gone = proxy_->_non_existent(); });
+    if (gone) {
+      proxy_ = ProxyPushConsumer::_nil();
+      return false;
+    }
+  }
+  return true;
+}
+
+void ChannelSink::obtainProxy(const Stopping& stopping) {
+  const CORBA::Object_var object = resolve(stopping);
+  if (CORBA::is_nil(object)) {
+    throw ChannelError("the reference is nil");
+  }
+  goOn(stopping);
+  const CosEventChannelAdmin::EventChannel_var channel = EventChannel::_narrow(object);
+  if (CORBA::is_nil(channel)) {
+    throw ChannelError("the reference is not that of an event channel");
+  }
+  limit(channel);
+  goOn(stopping);
+  const CosEventChannelAdmin::SupplierAdmin_var admin = channel->for_suppliers();
+  limit(admin);
+  goOn(stopping);
+  const CosEventChannelAdmin::ProxyPushConsumer_var proxy = admin->obtain_push_consumer();
+  limit(proxy);
+  goOn(stopping);
+  proxy->connect_push_supplier(CosEventComm::PushSupplier::_nil());
+  proxy_ = proxy;
+}
+
+CallOutcome ChannelSink::push(const CosNotification::StructuredEvent& event,
+                              const Stopping& stopping) {
+  CORBA::Any any;
+  any <<= event;
+  try {
+    callTwice(stopping, [&] { proxy_->push(any); });
+    return {};
+  } catch (const CORBA::Exception& failure) {
+    return failed(failure);
+  }
+}
+
+CallOutcome ChannelSink::check(const Stopping& stopping) {
+  suspect_ = true;
+  return connect(stopping);
+}
+
+// What a push that failed says about the channel: nobody there, or nobody who knows us, or somebody
+// who does not want this event.
+CallOutcome ChannelSink::failed(const CORBA::Exception& failure) {
+  suspect_ = true;
+  const auto* const system = CORBA::SystemException::_downcast(&failure);
+  if (system == nullptr || CORBA::OBJECT_NOT_EXIST::_downcast(&failure) != nullptr) {
+    proxy_ = ProxyPushConsumer::_nil();  // it is disconnected, or gone
+    return {CallOutcome::kUnavailable, reasonOf(failure)};
+  }
+  const bool unreachable = orb::isUnreachable(*system) && !orb::isConnectionClosed(*system);
+  return {unreachable ? CallOutcome::kUnavailable : CallOutcome::kRefused, reasonOf(failure)};
+}
+
+void ChannelSink::disconnect() {
+  try {
+    orb::setCallTimeout(proxy_.in(), std::min(callTimeout_, kLongestFarewell));
+    proxy_->disconnect_push_consumer();
+  } catch (const CORBA::Exception&) {
+    // It finds out by itself.
+  }
+}
+
+CORBA::Object_ptr ChannelSink::resolve(const Stopping& stopping) {
+  CORBA::Object_var object = isCorbaname(reference_) ? lookUp(stopping) : referenceFrom(reference_);
+  limit(object);
+  return object._retn();
+}
+
+// The ORB would look it up with another time-out.
+CORBA::Object_ptr ChannelSink::lookUp(const Stopping& stopping) {
+  const std::size_t hash = std::min(reference_.find('#'), reference_.size());
+  std::string service = reference_.substr(kCorbaname.size(), hash - kCorbaname.size());
+  if (service.find('/') == std::string::npos) {
+    service += "/NameService";
+  }
+  const CORBA::Object_var object = referenceFrom("corbaloc:" + service);
+  limit(object);
+  const CosNaming::NamingContextExt_var context = CosNaming::NamingContextExt::_narrow(object);
+  if (CORBA::is_nil(context)) {
+    throw ChannelError("there is no naming service");
+  }
+  limit(context);
+  goOn(stopping);
+  const std::string name = hash == reference_.size() ? "" : reference_.substr(hash + 1);
+  return context->resolve_str(unescaped(name).c_str());
+}
+
+CORBA::Object_ptr ChannelSink::referenceFrom(const std::string& text) {
+  return orb_->string_to_object(text.c_str());
+}
+
+void ChannelSink::limit(CORBA::Object_ptr reference) const {
+  if (!CORBA::is_nil(reference)) {
+    orb::setCallTimeout(reference, callTimeout_);
+  }
+}
+
+std::string ChannelSink::nameOf(CORBA::ORB_ptr orb, const std::string& reference) {
+  if (!isCorbaname(reference)) {
+    try {
+      const CORBA::Object_var object = orb->string_to_object(reference.c_str());
+      std::string address = CORBA::is_nil(object) ? "" : orb::addressOf(object);
+      if (!address.empty()) {
+        return address;
+      }
+    } catch (const CORBA::Exception&) {
+      // Said when it is connected to.
+    }
+  }
+  return reference.size() <= kLongestName ? reference : reference.substr(0, kLongestName) + "...";
+}
+
+}  // namespace agent

@@ -1,0 +1,52 @@
+// An event channel of the CORBA event service.
+
+#ifndef AGENT_NOTIFICATIONS_CHANNELSINK_H
+#define AGENT_NOTIFICATIONS_CHANNELSINK_H
+
+#include <chrono>
+#include <string>
+
+#include "agent/notifications/Sink.h"
+#include "orb/eventchannel.h"
+#include "orb/orb.h"
+
+namespace agent {
+
+// Pushes each event in an any. The reference is resolved anew whenever the channel does not know
+// its supplier any more; a proxy that is still there is used on. Nothing is for good.
+//
+// The channel is given no supplier to call back: it need not reach the agent, and that it ended the
+// connection shows at the next push.
+class ChannelSink final : public Sink {
+ public:
+  // No call takes longer than the time-out, naming services of a corbaname included.
+  ChannelSink(CORBA::ORB_ptr orb, std::string reference, std::chrono::milliseconds callTimeout);
+
+  CallOutcome connect(const Stopping& stopping) override;
+  CallOutcome push(const CosNotification::StructuredEvent& event,
+                   const Stopping& stopping) override;
+  CallOutcome check(const Stopping& stopping) override;
+  void disconnect() override;
+
+  // Where a channel is, for messages; nothing is called.
+  static std::string nameOf(CORBA::ORB_ptr orb, const std::string& reference);
+
+ private:
+  void obtainProxy(const Stopping& stopping);
+  bool proxyIsThere(const Stopping& stopping);
+  CallOutcome failed(const CORBA::Exception& failure);
+  CORBA::Object_ptr resolve(const Stopping& stopping);
+  CORBA::Object_ptr lookUp(const Stopping& stopping);
+  CORBA::Object_ptr referenceFrom(const std::string& text);
+  void limit(CORBA::Object_ptr reference) const;
+
+  const CORBA::ORB_var orb_;
+  const std::string reference_;
+  const std::chrono::milliseconds callTimeout_;
+  CosEventChannelAdmin::ProxyPushConsumer_var proxy_;  // nil when it must be obtained
+  bool suspect_ = false;  // a call to the proxy failed since it was known to be there
+};
+
+}  // namespace agent
+
+#endif

@@ -1,0 +1,44 @@
+#include "agent/notifications/ConsumerSink.h"
+
+#include "agent/notifications/Calls.h"
+
+namespace agent {
+
+using CosNotifyComm::StructuredPushConsumer;
+
+ConsumerSink::ConsumerSink(CosNotifyComm::StructuredPushConsumer_ptr consumer,
+                           std::chrono::milliseconds callTimeout)
+    : consumer_(StructuredPushConsumer::_duplicate(consumer)) {
+  orb::setCallTimeout(consumer_.in(), callTimeout);
+}
+
+CallOutcome ConsumerSink::connect(const Stopping& /*stopping*/) {
+  return {};
+}
+
+CallOutcome ConsumerSink::push(const CosNotification::StructuredEvent& event,
+                               const Stopping& stopping) {
+  try {
+    callTwice(stopping, [&] { consumer_->push_structured_event(event); });
+    return {};
+  } catch (const CORBA::Exception& failure) {
+    return {CallOutcome::kGone, reasonOf(failure)};
+  }
+}
+
+// A consumer that answers at all is there.
+CallOutcome ConsumerSink::check(const Stopping& stopping) {
+  try {
+    bool gone = false;
+    callTwice(stopping, [&] { gone = consumer_->_non_existent(); });
+    return gone ? CallOutcome{CallOutcome::kGone, "the consumer does not exist any more"}
+                : CallOutcome{};
+  } catch (const CORBA::SystemException& failure) {
+    const bool silent = orb::isUnreachable(failure) || orb::isConnectionClosed(failure);
+    return silent ? CallOutcome{CallOutcome::kGone, orb::describe(failure)} : CallOutcome{};
+  }
+}
+
+void ConsumerSink::disconnect() {}
+
+}  // namespace agent

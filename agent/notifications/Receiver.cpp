@@ -1,0 +1,301 @@
+#include "agent/notifications/Receiver.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "agent/northbound/Log.h"
+
+namespace agent {
+namespace {
+
+// A channel that answers but refuses the same notification so often would stand still for ever.
+constexpr int kMostRefusals = 5;
+
+bool isNotification(const std::optional<Delivery>& delivery) {
+  return delivery && std::holds_alternative<Notification>(*delivery);
+}
+
+}  // namespace
+
+Receiver::Receiver(std::unique_ptr<Sink> sink, Settings settings, OnGone onGone)
+    : settings_(std::move(settings)),
+      onGone_(std::move(onGone)),
+      sink_(std::move(sink)),
+      pause_(settings_.firstBackOff),
+      queue_(settings_.queueLimit) {}
+
+Receiver::~Receiver() {
+  stop();
+  join();
+}
+
+void Receiver::start() {
+  ended_.store(false);
+  try {
+    thread_ = std::thread([this] { run(); });
+  } catch (...) {
+    ended_.store(true);
+    throw;
+  }
+}
+
+void Receiver::offer(const Notification& notification) {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  if (!stopping_.load()) {
+    queue_.push(notification);
+    wake_.notify_one();
+  }
+}
+
+void Receiver::offerLost(const LostEvents& lost) {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  if (!stopping_.load()) {
+    queue_.pushLost(lost);
+    wake_.notify_one();
+  }
+}
+
+void Receiver::miss(std::uint64_t id) {
+  {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    ++notSent_;
+  }
+  offerLost({id, id, 1});
+}
+
+void Receiver::stop() {
+  {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    stopping_.store(true);
+    queue_.clear();
+  }
+  wake_.notify_one();
+  sent_.notify_all();
+}
+
+void Receiver::join() {
+  if (thread_.joinable()) {
+    thread_.join();
+  }
+}
+
+// Whatever breaks ends this receiver and nothing else.
+void Receiver::run() {
+  try {
+    while (step()) {
+    }
+    if (connected_) {
+      sink_->disconnect();
+    }
+  } catch (const std::exception& failure) {
+    breakDown(failure.what());
+  } catch (...) {
+    breakDown("unknown exception");
+  }
+  ended_.store(true);
+}
+
+void Receiver::breakDown(const char* why) noexcept {
+  try {
+    gone(why);
+  } catch (...) {
+    // There is no memory to say so.
+  }
+}
+
+// False when the thread is to end.
+bool Receiver::step() {
+  if (!connected_) {
+    return connect();
+  }
+  switch (waitForWork()) {
+    case Work::kSend:
+      return send();
+    case Work::kCheck:
+      return go(sink_->check(stopping_));
+    case Work::kStop:
+      break;
+  }
+  return false;
+}
+
+bool Receiver::connect() {
+  const CallOutcome outcome = sink_->connect(stopping_);
+  connected_ = outcome.kind == CallOutcome::kDone;
+  if (connected_ && nothingWaits()) {
+    setUp();  // otherwise the first push tells
+  }
+  return go(outcome);
+}
+
+Receiver::Work Receiver::waitForWork() {
+  std::unique_lock<std::mutex> lock(mutex_);
+  wake_.wait_for(lock, settings_.idleCheck,
+                 [this] { return stopping_.load() || hand_ || !queue_.empty(); });
+  if (stopping_.load()) {
+    return Work::kStop;
+  }
+  if (!hand_) {
+    hand_ = queue_.take();
+  }
+  return hand_ ? Work::kSend : Work::kCheck;
+}
+
+// What is in hand changes on this thread alone.
+bool Receiver::send() {
+  if (const auto* const lost = std::get_if<LostEvents>(&*hand_)) {
+    const auto event = eventsLost(*lost, settings_.clock());
+    return sent(sink_->push(*event, stopping_));
+  }
+  return sent(sink_->push(*std::get<Notification>(*hand_).event, stopping_));
+}
+
+bool Receiver::sent(const CallOutcome& outcome) {
+  if (outcome.kind == CallOutcome::kDone) {
+    pause_ = settings_.firstBackOff;
+    refusals_ = 0;
+    emptyHand();
+    setUp();
+    return true;
+  }
+  if (outcome.kind == CallOutcome::kRefused && ++refusals_ == kMostRefusals) {
+    refusals_ = 0;
+    giveUpHand(outcome.why);
+  }
+  returnLost();
+  return go(outcome);
+}
+
+void Receiver::emptyHand() {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  if (isNotification(hand_)) {
+    ++sentCount_;
+  }
+  hand_.reset();
+  if (nothingWaitsLocked()) {
+    sent_.notify_all();
+  }
+}
+
+// What is in hand is lost, so that what is behind it is not.
+void Receiver::giveUpHand(const std::string& why) {
+  if (!isNotification(hand_)) {
+    log(kLogErrors, who() + " refuses word of lost notifications, it is left out: " + why);
+    const std::lock_guard<std::mutex> lock(mutex_);
+    hand_.reset();
+    return;
+  }
+  const std::uint64_t id = std::get<Notification>(*hand_).id;
+  log(kLogErrors,
+      who() + " refuses notification " + std::to_string(id) + ", it is left out: " + why);
+  const std::lock_guard<std::mutex> lock(mutex_);
+  hand_ = LostEvents{id, id, 1};
+  ++notSent_;
+}
+
+// Word of lost ones grows while it cannot be sent.
+void Receiver::returnLost() {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  if (!hand_) {
+    return;
+  }
+  if (const auto* const lost = std::get_if<LostEvents>(&*hand_)) {
+    if (!stopping_.load()) {
+      queue_.giveBack(*lost);
+    }
+    hand_.reset();
+  }
+}
+
+// Goes on after a call; false when the thread is to end.
+bool Receiver::go(const CallOutcome& outcome) {
+  connected_ = outcome.kind == CallOutcome::kDone;
+  if (connected_ || stopping_.load()) {
+    return connected_;
+  }
+  if (outcome.kind == CallOutcome::kGone) {
+    gone(outcome.why);
+    return false;
+  }
+  setDown(outcome.why);
+  return backOff();
+}
+
+bool Receiver::backOff() {
+  std::unique_lock<std::mutex> lock(mutex_);
+  const auto pause = std::exchange(pause_, std::min(2 * pause_, settings_.longestBackOff));
+  return !wake_.wait_for(lock, pause, [this] { return stopping_.load(); });
+}
+
+void Receiver::gone(const std::string& why) {
+  std::uint64_t unsent = 0;
+  {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    unsent = waitingLocked();
+  }
+  log(kLogErrors,
+      who() + " is dropped: " + why + ", " + std::to_string(unsent) + " notifications not sent");
+  stop();
+  onGone_();
+}
+
+void Receiver::setUp() {
+  const Link before = changeLink(Link::kUp);
+  if (settings_.isChannel && before != Link::kUp) {
+    const bool back = before == Link::kDown;
+    log(back ? kLogErrors : kLogEvents, who() + (back ? " answers again" : " is connected"));
+  }
+}
+
+void Receiver::setDown(const std::string& why) {
+  if (changeLink(Link::kDown) != Link::kDown) {
+    log(kLogErrors, who() + " does not take notifications, they wait: " + why);
+  }
+}
+
+Receiver::Link Receiver::changeLink(Link link) {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  if (link == Link::kDown) {
+    sent_.notify_all();
+  }
+  return std::exchange(link_, link);
+}
+
+std::string Receiver::who() const {
+  return (settings_.isChannel ? "event channel " : "subscriber ") + settings_.name;
+}
+
+bool Receiver::nothingWaits() {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  return nothingWaitsLocked();
+}
+
+bool Receiver::nothingWaitsLocked() const {
+  return !hand_ && queue_.empty();
+}
+
+std::uint64_t Receiver::waitingLocked() const {
+  return queue_.size() + (isNotification(hand_) ? 1 : 0);
+}
+
+TopoAgent::ReceiverStatus_T Receiver::status() {
+  TopoAgent::ReceiverStatus_T status;
+  status.receiver = CORBA::string_dup(settings_.name.c_str());
+  status.isChannel = settings_.isChannel;
+  const std::lock_guard<std::mutex> lock(mutex_);
+  status.isConnected = !settings_.isChannel || link_ == Link::kUp;
+  status.queued = static_cast<CORBA::ULong>(waitingLocked());
+  status.sent = sentCount_;
+  status.lost = queue_.overflowed() + notSent_;
+  return status;
+}
+
+bool Receiver::waitUntilSent(std::chrono::steady_clock::time_point end) {
+  std::unique_lock<std::mutex> lock(mutex_);
+  sent_.wait_until(lock, end, [this] {
+    return stopping_.load() || link_ == Link::kDown || nothingWaitsLocked();
+  });
+  return stopping_.load() || nothingWaitsLocked();
+}
+
+}  // namespace agent

@@ -1,0 +1,33 @@
+#include "client/Watch.h"
+
+#include "client/EventLines.h"
+#include "client/Inbox.h"
+#include "client/StopSignals.h"
+#include "client/Subscription.h"
+#include "client/Watcher.h"
+#include "orb/orb.h"
+
+namespace topoctl {
+
+void watch(const Options& options, std::ostream& out) {
+  Inbox inbox(kMaxWaiting);
+  const StopSignals signals([&inbox] { inbox.stop(); });
+  const auto server = orb::startServer(options.orb, options.arguments.listen, nullptr);
+  const PortableServer::POAManager_var manager = server->rootPoa()->the_POAManager();
+  manager->activate();
+  Subscription subscription(server->get(), server->rootPoa(), options, inbox);
+  EventLines lines(out, options.format, std::chrono::system_clock::now);
+  Watcher watcher(subscription, inbox, lines, options, Intervals());
+  try {
+    watcher.start();
+    while (!watcher.isDone()) {
+      watcher.step();
+    }
+  } catch (...) {
+    subscription.unsubscribe();
+    throw;
+  }
+  subscription.unsubscribe();
+}
+
+}  // namespace topoctl

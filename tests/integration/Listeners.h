@@ -1,0 +1,147 @@
+// Clients in the test process: of the agent's console and session, and of an event channel.
+
+#ifndef TESTS_INTEGRATION_LISTENERS_H
+#define TESTS_INTEGRATION_LISTENERS_H
+
+#include <condition_variable>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "orb/eventchannel.h"
+#include "orb/idl/TopoAgent.h"
+#include "orb/idl/TopoManagementManager.h"
+#include "orb/idl/notifications.h"
+#include "orb/notification.h"
+#include "orb/orb.h"
+#include "tests/integration/Programs.h"
+
+namespace integration {
+
+// What a test compares of a notification.
+struct Heard {
+  std::string type;      // "NT_..."
+  std::uint64_t id = 0;  // 0 where there is none
+  std::string object;    // the last pair of its name, as "TopoSubnetwork=core"
+  std::string name;      // the native name that it tells: of a created node, or the new one
+  std::uint64_t firstLost = 0;
+  std::uint64_t lastLost = 0;
+  std::uint64_t lostCount = 0;
+};
+
+Heard readEvent(const CosNotification::StructuredEvent& event);
+
+// A filterable field; null when the event does not have it.
+const CORBA::Any* field(const CosNotification::StructuredEvent& event, const std::string& name);
+
+// What has arrived. Thread-safety: any thread.
+class Inbox {
+ public:
+  void put(const CosNotification::StructuredEvent& event);
+
+  // Keeps whoever puts something waiting, and lets them go on.
+  void hold();
+  void release();
+
+  std::vector<Heard> all();
+  std::vector<CosNotification::StructuredEvent> events();
+
+  // Waits until something has arrived and a condition holds of all that has; an exception when that
+  // takes minutes.
+  std::vector<Heard> waitUntil(const std::function<bool(const std::vector<Heard>&)>& holds);
+  std::vector<Heard> waitForCount(std::size_t count);
+
+ private:
+  std::mutex mutex_;
+  std::condition_variable arrived_;
+  std::condition_variable released_;
+  bool held_ = false;                                     // guarded by mutex_
+  std::vector<Heard> heard_;                              // guarded by mutex_
+  std::vector<CosNotification::StructuredEvent> events_;  // guarded by mutex_
+};
+
+// A process's way to agents. One at a time in a process.
+class Client {
+ public:
+  Client();
+
+  orb::Server& server() { return *server_; }
+
+  CORBA::Object_var object(const std::string& endpoint, const std::string& key);
+  TopoAgent::Console_I_var console(const RunningAgent& agent);
+  TopoAgent::Session_I_var session(const RunningAgent& agent);
+  TopoManagementManager::TopoMgr_I_var manager(const RunningAgent& agent);
+
+ private:
+  std::unique_ptr<orb::Server> server_;
+};
+
+// Waits until an agent has made so many notifications: it makes them after the changes.
+void waitForNotifications(const TopoAgent::Console_I_var& console, std::uint64_t count);
+
+// Subscribes at an agent's session for as long as the agent lives.
+class DirectListener {
+ public:
+  DirectListener(Client& client, const TopoAgent::Session_I_var& session,
+                 const std::string& lastId = "");
+  ~DirectListener();
+  DirectListener(const DirectListener&) = delete;
+  DirectListener& operator=(const DirectListener&) = delete;
+
+  Inbox& inbox() { return inbox_; }
+  const TopoAgent::Subscription_I_var& subscription() const { return subscription_; }
+
+ private:
+  Inbox inbox_;
+  PortableServer::ServantBase_var servant_;
+  PortableServer::POA_var poa_;
+  PortableServer::ObjectId_var id_;
+  TopoAgent::Subscription_I_var subscription_;
+};
+
+// A consumer at an event channel.
+class ChannelListener {
+ public:
+  ChannelListener(Client& client, const CosEventChannelAdmin::EventChannel_var& channel);
+  ~ChannelListener();
+  ChannelListener(const ChannelListener&) = delete;
+  ChannelListener& operator=(const ChannelListener&) = delete;
+
+  Inbox& inbox() { return inbox_; }
+
+ private:
+  Inbox inbox_;
+  PortableServer::ServantBase_var servant_;
+  PortableServer::POA_var poa_;
+  PortableServer::ObjectId_var id_;
+};
+
+// A running event service with one channel, which it still has after a kill and a restart.
+class EventService {
+ public:
+  EventService();
+
+  std::string reference() const { return "corbaloc::" + endpoint_ + "/TopoEvents"; }
+  CosEventChannelAdmin::EventChannel_var channel(Client& client) const;
+
+  void kill();
+  void restart();
+
+ private:
+  void start(bool first);
+
+  support::TemporaryDirectory directory_;
+  const std::string endpoint_;
+  std::unique_ptr<support::Process> process_;
+};
+
+// A subnetwork for the console.
+TopoAgent::NewNode_T subnetworkNode(const std::string& id, const std::string& parent,
+                                    const std::string& name);
+
+}  // namespace integration
+
+#endif

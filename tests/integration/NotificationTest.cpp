@@ -1,0 +1,515 @@
+// What happens in a running agent reaches everybody who listens.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <thread>
+
+#include "idl/NotificationLayout.h"
+#include "tests/integration/Listeners.h"
+
+namespace integration {
+namespace {
+
+using nlohmann::json;
+using testing::AllOf;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+namespace layout = notification_layout;
+
+constexpr const char* kCreated = layout::kObjectCreation;
+constexpr const char* kDeleted = layout::kObjectDeletion;
+constexpr const char* kChanged = layout::kAttributeValueChange;
+
+// A running topoctl watch. Its lines are records.
+class Watcher {
+ public:
+  explicit Watcher(const RunningAgent& agent)
+      : process_(TOPOCTL, {"--ior-file", agent.iorFile(), "--format", "json", "watch"}),
+        first_(next()) {}
+
+  const json& first() const { return first_; }
+  json next() {
+    const std::string line = process_.readLine();
+    return line.empty() ? json() : json::parse(line);
+  }
+  std::vector<json> next(std::size_t count) {
+    std::vector<json> lines;
+    for (std::size_t i = 0; i < count; ++i) {
+      lines.push_back(next());
+    }
+    return lines;
+  }
+  support::Ended stop() {
+    process_.send(SIGTERM);
+    return process_.wait();
+  }
+  support::Process& process() { return process_; }
+
+ private:
+  support::Process process_;
+  const json first_;
+};
+
+void run(const RunningAgent& agent, const std::vector<std::string>& arguments) {
+  std::vector<std::string> all = {"--ior-file", agent.iorFile()};
+  all.insert(all.end(), arguments.begin(), arguments.end());
+  const support::Ended ended = runTopoctl(all);
+  ASSERT_EQ(0, ended.status) << ended.err;
+}
+
+json nameOf(const std::string& id) {
+  return {{{"name", "EMS"}, {"value", "E"}}, {{"name", "TopoSubnetwork"}, {"value", id}}};
+}
+
+// What is said of a node in its creation: no more than in the view.
+json createdNode(const std::string& id, const std::string& name, const json& parent,
+                 const json& info) {
+  return {{"name", nameOf(id)}, {"nativeEMSName", name}, {"nodeType", 1},         {"nodeParam1", 3},
+          {"nodeParam2", -4},   {"relatedName", parent}, {"additionalInfo", info}};
+}
+
+std::vector<std::string> typesAndObjects(const std::vector<Heard>& heard) {
+  std::vector<std::string> lines;
+  for (const Heard& event : heard) {
+    lines.push_back(event.type + " " + event.object + " " + event.name);
+  }
+  return lines;
+}
+
+// Creates two nodes, one below the other, renames one and deletes both.
+void makeChanges(const RunningAgent& agent) {
+  run(agent, {"node", "create", "top", "--name", "Top", "--params", "3,-4"});
+  run(agent, {"node", "create", "core", "--parent", "top", "--name", "Core", "--params", "3,-4"});
+  run(agent, {"node", "rename", "core", "Kern"});
+  run(agent, {"node", "delete", "top"});
+}
+
+std::vector<std::string> expectedChanges() {
+  return {std::string(kCreated) + " TopoSubnetwork=top Top",
+          std::string(kCreated) + " TopoSubnetwork=core Core",
+          std::string(kChanged) + " TopoSubnetwork=core Kern",
+          std::string(kDeleted) + " TopoSubnetwork=core ",
+          std::string(kDeleted) + " TopoSubnetwork=top "};
+}
+
+void expectRisingIds(const std::vector<Heard>& heard) {
+  for (std::size_t i = 1; i < heard.size(); ++i) {
+    EXPECT_LT(heard[i - 1].id, heard[i].id) << i;
+  }
+}
+
+void expectWatched(const std::vector<json>& lines, const std::vector<Heard>& heard,
+                   const json& info) {
+  ASSERT_EQ(5U, lines.size());
+  const std::vector<std::string> events = {"creation", "creation", "change", "deletion",
+                                           "deletion"};
+  const std::vector<std::string> ids = {"top", "core", "core", "core", "top"};
+  for (std::size_t i = 0; i < lines.size(); ++i) {
+    SCOPED_TRACE(lines[i].dump());
+    EXPECT_EQ(events[i], lines[i]["event"]);
+    EXPECT_EQ(heard[i].type, lines[i]["type"]);
+    EXPECT_EQ(std::to_string(heard[i].id), lines[i]["notificationId"]);
+    EXPECT_EQ(nameOf(ids[i]), lines[i]["objectName"]);
+    EXPECT_EQ("OT_MULTILAYER_SUBNETWORK", lines[i]["objectType"]);
+    EXPECT_THAT(lines[i]["emsTime"].get<std::string>(),
+                testing::MatchesRegex("20[0-9]{12}\\.[0-9]Z"));
+    EXPECT_EQ("", lines[i]["neTime"]);
+    EXPECT_EQ(true, lines[i]["edgePointRelated"]);
+  }
+  EXPECT_EQ(createdNode("top", "Top", json::array(), info), lines[0]["object"]);
+  EXPECT_EQ(createdNode("core", "Core", nameOf("top"), info), lines[1]["object"]);
+  EXPECT_EQ(json({{{"name", "nativeEMSName"}, {"value", "Kern"}}}), lines[2]["attributes"]);
+}
+
+// Two watchers and a consumer at an event channel hear the same.
+void expectAllHear(const std::vector<std::string>& options, const json& info) {
+  Client client;
+  const EventService events;
+  ChannelListener channel(client, events.channel(client));
+  std::vector<std::string> arguments = {"--ems-name", "E", "--event-channel", events.reference()};
+  arguments.insert(arguments.end(), options.begin(), options.end());
+  RunningAgent agent(arguments);
+  Watcher first(agent);
+  Watcher second(agent);
+  EXPECT_EQ("watching", first.first()["event"]);
+
+  makeChanges(agent);
+
+  const std::vector<Heard> heard = channel.inbox().waitForCount(5);
+  EXPECT_EQ(expectedChanges(), typesAndObjects(heard));
+  expectRisingIds(heard);
+  expectWatched(first.next(5), heard, info);
+  expectWatched(second.next(5), heard, info);
+  // Nothing came twice: the next is what is done now.
+  run(agent, {"node", "create", "last", "--name", "Last"});
+  EXPECT_EQ("last", first.next()["objectName"][1]["value"]);
+  EXPECT_EQ("last", second.next()["objectName"][1]["value"]);
+  EXPECT_EQ("TopoSubnetwork=last", channel.inbox().waitForCount(6)[5].object);
+  EXPECT_EQ(0, first.stop().status);
+  EXPECT_EQ(0, second.stop().status);
+  const support::Ended ended = agent.stop(SIGTERM);
+  EXPECT_EQ(0, ended.status);
+  EXPECT_EQ("", ended.err);
+}
+
+TEST(Notification, ReachesTwoWatchersAndAnEventChannelInOrderAndOnce) {
+  expectAllHear({}, json::array());
+}
+
+TEST(Notification, TellsTheVendorWithTheTestSwitchOn) {
+  expectAllHear({"--test-switch"},
+                {{{"name", "Vendor"}, {"value", "KORVANE TECHNOLOGIES CO., LTD"}}});
+}
+
+TEST(Notification, OfALabelThatWasTheLastOneReportedIsLeftOutWithTheTestSwitchOn) {
+  Client client;
+  RunningAgent agent({"--ems-name", "E", "--test-switch"});
+  const TopoAgent::Console_I_var console = client.console(agent);
+  DirectListener listener(client, client.session(agent));
+  for (const char* id : {"a", "b", "c"}) {
+    console->createNode(subnetworkNode(id, "", id));
+  }
+  console->renameNode("a", "same");
+  console->renameNode("b", "same");
+  console->renameNode("c", "");
+  console->renameNode("c", "other");
+  const std::vector<Heard> heard = listener.inbox().waitForCount(5);
+  EXPECT_THAT(typesAndObjects({heard.begin() + 3, heard.end()}),
+              ElementsAre(std::string(kChanged) + " TopoSubnetwork=a same",
+                          std::string(kChanged) + " TopoSubnetwork=c other"));
+}
+
+TEST(Notification, HasTheLayoutOfTheInterface) {
+  Client client;
+  RunningAgent agent({"--ems-name", "E"});
+  DirectListener listener(client, client.session(agent));
+  const TopoAgent::Console_I_var console = client.console(agent);
+  console->createNode(subnetworkNode("core", "", "Core"));
+  console->deleteNode("core");
+  console->createNode(subnetworkNode("core", "", "Core"));
+  console->renameNode("core", "Kern");
+  listener.inbox().waitForCount(4);
+  const std::vector<std::string> common = {"notificationId", "objectName", "objectType",
+                                           "emsTime",        "neTime",     "edgePointRelated"};
+  std::vector<std::string> ofChanges = common;
+  ofChanges.emplace_back("attributeList");
+  const std::vector<CosNotification::StructuredEvent> events = listener.inbox().events();
+  for (std::size_t i = 0; i < events.size(); ++i) {
+    SCOPED_TRACE(i);
+    EXPECT_STREQ("tmf_mtnm", events[i].header.fixed_header.event_type.domain_name);
+    EXPECT_STREQ("", events[i].header.fixed_header.event_name);
+    std::vector<std::string> names;
+    for (CORBA::ULong k = 0; k < events[i].filterable_data.length(); ++k) {
+      names.emplace_back(events[i].filterable_data[k].name);
+    }
+    EXPECT_EQ(i < 3 ? common : ofChanges, names);
+  }
+}
+
+TEST(Notification, OfALabelThatTheModuleKnowsIsLeftOutWithTheTestSwitchOn) {
+  Client client;
+  const support::TemporaryDirectory directory;
+  {
+    RunningAgent agent({"--ems-name", "E"}, directory.file("store.db"));
+    client.console(agent)->createNode(subnetworkNode("core", "", "known"));
+    agent.stop(SIGTERM);
+  }
+  RunningAgent agent({"--ems-name", "E", "--test-switch"}, directory.file("store.db"));
+  DirectListener listener(client, client.session(agent));
+  run(agent, {"test-switch", "off"});
+  run(agent, {"node", "rename", "core", "other"});
+  listener.inbox().waitForCount(1);
+  run(agent, {"test-switch", "on"});
+  run(agent, {"node", "rename", "core", "known"});
+  run(agent, {"node", "rename", "core", "new"});
+  EXPECT_THAT(typesAndObjects(listener.inbox().waitForCount(2)),
+              ElementsAre(std::string(kChanged) + " TopoSubnetwork=core other",
+                          std::string(kChanged) + " TopoSubnetwork=core new"));
+}
+
+TEST(Notification, FollowsASetterOfTheManager) {
+  Client client;
+  RunningAgent agent({"--ems-name", "E"});
+  const TopoAgent::Console_I_var console = client.console(agent);
+  console->createNode(subnetworkNode("core", "", "Core"));
+  waitForNotifications(console, 1);
+  DirectListener listener(client, client.session(agent));
+  run(agent, {"set", "native-name", "TopoSubnetwork=core", "Kern"});
+  run(agent, {"set", "native-name", "TopoSubnetwork=core", "Kern"});
+  run(agent, {"set", "native-name", "TopoSubnetwork=core", "Nucleus"});
+  EXPECT_THAT(typesAndObjects(listener.inbox().waitForCount(2)),
+              ElementsAre(std::string(kChanged) + " TopoSubnetwork=core Kern",
+                          std::string(kChanged) + " TopoSubnetwork=core Nucleus"));
+}
+
+TEST(Notification, OfAnImportIsOneForEveryNodeInTheOrderOfTheFile) {
+  Client client;
+  RunningAgent agent({"--ems-name", "E"});
+  DirectListener listener(client, client.session(agent));
+  const std::string file = std::string(TOPO_NETWORKS) + "/backbone.json";
+  run(agent, {"import", file});
+  const json nodes = json::parse(support::readFile(file))["topoNodes"];
+  const std::vector<Heard> heard = listener.inbox().waitForCount(nodes.size());
+  for (std::size_t i = 0; i < nodes.size(); ++i) {
+    EXPECT_EQ(kCreated, heard[i].type);
+    EXPECT_EQ(nodes[i]["name"], heard[i].name) << i;
+  }
+  const support::Ended again = runTopoctl({"--ior-file", agent.iorFile(), "import", file});
+  EXPECT_EQ(3, again.status);
+  EXPECT_THAT(again.err, HasSubstr("EXCPT_OBJECT_IN_USE"));
+}
+
+TEST(Notification, IsToldToOneWhoComesBackAsLost) {
+  Client client;
+  RunningAgent agent({"--ems-name", "E"});
+  const TopoAgent::Console_I_var console = client.console(agent);
+  std::uint64_t last = 0;
+  {
+    DirectListener listener(client, client.session(agent));
+    console->createNode(subnetworkNode("a", "", ""));
+    last = listener.inbox().waitForCount(1)[0].id;
+  }
+  console->createNode(subnetworkNode("b", "", ""));
+  console->createNode(subnetworkNode("c", "", ""));
+  waitForNotifications(console, 3);
+  DirectListener other(client, client.session(agent));
+  console->createNode(subnetworkNode("d", "", ""));
+  const std::uint64_t next = other.inbox()
+                                 .waitUntil([](const std::vector<Heard>& all) {
+                                   return all.back().object == "TopoSubnetwork=d";
+                                 })
+                                 .back()
+                                 .id;
+  DirectListener listener(client, client.session(agent), std::to_string(last));
+  const std::vector<Heard> heard = listener.inbox().waitForCount(1);
+  EXPECT_EQ(layout::kEventsLost, heard[0].type);
+  EXPECT_EQ(last + 1, heard[0].firstLost);
+  EXPECT_EQ(next, heard[0].lastLost);
+  EXPECT_EQ(next - last, heard[0].lostCount);
+}
+
+TEST(Notification, IdsGoOnRisingOverARestart) {
+  Client client;
+  const support::TemporaryDirectory directory;
+  std::uint64_t last = 0;
+  for (int i = 0; i < 3; ++i) {
+    RunningAgent agent({"--ems-name", "E"}, directory.file("store.db"));
+    DirectListener listener(client, client.session(agent));
+    client.console(agent)->createNode(subnetworkNode("n" + std::to_string(i), "", ""));
+    const std::uint64_t id = listener.inbox().waitForCount(1)[0].id;
+    EXPECT_LT(last, id);
+    last = id;
+    agent.stop(i == 1 ? SIGKILL : SIGTERM);
+  }
+}
+
+TEST(Notification, ThatWaitsWhenTheAgentEndsIsSent) {
+  Client client;
+  RunningAgent agent({"--ems-name", "E"});
+  const TopoAgent::Console_I_var console = client.console(agent);
+  DirectListener listener(client, client.session(agent));
+  listener.inbox().hold();
+  for (int i = 0; i < 20; ++i) {
+    console->createNode(subnetworkNode("n" + std::to_string(i), "", ""));
+  }
+  std::thread release([&] {
+    try {
+      while (!console->_non_existent()) {
+      }
+    } catch (const CORBA::SystemException&) {
+      // The agent is about to end.
+    }
+    listener.inbox().release();
+  });
+  EXPECT_EQ(0, agent.stop(SIGTERM).status);
+  release.join();
+  EXPECT_EQ(20U, listener.inbox().all().size());
+}
+
+// --- The event channel goes and comes back.
+
+TEST(EventChannel, ThatWasAwayHearsWhatItLost) {
+  constexpr std::size_t kQueue = 10;
+  constexpr int kMissed = 25;
+  Client client;
+  EventService events;
+  ChannelListener listener(client, events.channel(client));
+  ChannelListener second(client, events.channel(client));
+  RunningAgent agent({"--ems-name", "E", "--queue", std::to_string(kQueue), "--event-channel",
+                      events.reference()});
+  const TopoAgent::Console_I_var console = client.console(agent);
+  console->createNode(subnetworkNode("core", "", "0"));
+  const std::uint64_t before = listener.inbox().waitForCount(1)[0].id;
+  second.inbox().waitForCount(1);
+
+  events.kill();
+  for (int i = 1; i <= kMissed; ++i) {
+    console->renameNode("core", std::to_string(i).c_str());
+  }
+  events.restart();
+  console->renameNode("core", "last");
+
+  for (ChannelListener* each : {&listener, &second}) {
+    const std::vector<Heard> heard = each->inbox().waitUntil(
+        [](const std::vector<Heard>& all) { return all.back().name == "last"; });
+    std::uint64_t next = before + 1;
+    std::uint64_t lost = 0;
+    for (auto event = heard.begin() + 1; event != heard.end(); ++event) {
+      if (event->type == layout::kEventsLost) {
+        EXPECT_EQ(next, event->firstLost);
+        EXPECT_EQ(event->lastLost - event->firstLost + 1, event->lostCount);
+        next = event->lastLost + 1;
+        lost += event->lostCount;
+      } else if (event->id + 1 != next) {  // one whose push broke off may come again
+        EXPECT_EQ(next, event->id);
+        next = event->id + 1;
+      }
+    }
+    EXPECT_EQ(before + kMissed + 1, next - 1);
+    EXPECT_LE(kMissed + 1 - kQueue - 1, lost);
+  }
+}
+
+TEST(EventChannel, ThatIsNotThereDoesNotKeepTheAgentFromServing) {
+  Client client;
+  RunningAgent agent(
+      {"--ems-name", "E", "--event-channel", "corbaloc::" + quietEndpoint() + "/TopoEvents"});
+  DirectListener listener(client, client.session(agent));
+  client.console(agent)->createNode(subnetworkNode("core", "", "Core"));
+  EXPECT_EQ("Core", listener.inbox().waitForCount(1)[0].name);
+  const TopoAgent::Status_T_var status = client.console(agent)->getStatus();
+  ASSERT_EQ(2U, status->receivers.length());
+  EXPECT_TRUE(status->receivers[0].isChannel);
+  EXPECT_FALSE(status->receivers[0].isConnected);
+  EXPECT_EQ(0, agent.stop(SIGTERM).status);
+}
+
+// --- Watching an agent that goes away.
+
+TEST(Watch, ComesBackWithTheAgentAndTellsWhatChangedMeanwhile) {
+  Client client;
+  const support::TemporaryDirectory directory;
+  const std::string endpoint = quietEndpoint();
+  const std::string store = directory.file("store.db");
+  auto agent =
+      std::make_unique<RunningAgent>(std::vector<std::string>{"--ems-name", "E"}, store, endpoint);
+  client.console(*agent)->createNode(subnetworkNode("kept", "", "Old"));
+  client.console(*agent)->createNode(subnetworkNode("gone", "", "Gone"));
+  support::Process watch(TOPOCTL, {"--agent", agent->corbaloc(), "--format", "json", "watch"});
+  EXPECT_EQ("watching", json::parse(watch.readLine())["event"]);
+  agent->stop(SIGKILL);
+  EXPECT_EQ("disconnected", json::parse(watch.readLine())["event"]);
+  // Changed while nobody could hear of it: under another endpoint.
+  {
+    RunningAgent elsewhere({"--ems-name", "E"}, store);
+    client.console(elsewhere)->deleteNode("gone");
+    client.console(elsewhere)->renameNode("kept", "New");
+    client.console(elsewhere)->createNode(subnetworkNode("fresh", "", "Fresh"));
+    elsewhere.stop(SIGTERM);
+  }
+  agent =
+      std::make_unique<RunningAgent>(std::vector<std::string>{"--ems-name", "E"}, store, endpoint);
+  std::map<std::string, json> resync;  // by event
+  std::vector<std::string> events;
+  for (std::string event; event != "watching";) {
+    const json line = json::parse(watch.readLine());
+    event = line["event"];
+    events.push_back(event);
+    if (line.value("resync", false)) {
+      resync[event] = line;
+    }
+  }
+  ASSERT_EQ(3U, resync.size());
+  EXPECT_EQ(nameOf("gone"), resync["deletion"]["objectName"]);
+  EXPECT_EQ(nameOf("fresh"), resync["creation"]["objectName"]);
+  EXPECT_EQ(nameOf("kept"), resync["change"]["objectName"]);
+  EXPECT_EQ("New", resync["change"]["attributes"][0]["value"]);
+  client.console(*agent)->renameNode("kept", "Newest");
+  const json live = json::parse(watch.readLine());
+  EXPECT_EQ("Newest", live["attributes"][0]["value"]);
+  EXPECT_FALSE(live.value("resync", false));
+  watch.send(SIGINT);
+  EXPECT_EQ(0, watch.wait().status);
+}
+
+// It has heard nothing yet, so that it knows of no id.
+TEST(Watch, ThatIsIdleNoticesARestartOfTheAgent) {
+  Client client;
+  const std::string endpoint = quietEndpoint();
+  const support::TemporaryDirectory directory;
+  const std::string store = directory.file("store.db");
+  auto agent =
+      std::make_unique<RunningAgent>(std::vector<std::string>{"--ems-name", "E"}, store, endpoint);
+  support::Process watch(TOPOCTL, {"--agent", agent->corbaloc(), "--format", "json", "watch"});
+  EXPECT_EQ("watching", json::parse(watch.readLine())["event"]);
+  agent->stop(SIGKILL);
+  agent =
+      std::make_unique<RunningAgent>(std::vector<std::string>{"--ems-name", "E"}, store, endpoint);
+  client.console(*agent)->createNode(subnetworkNode("fresh", "", "Fresh"));
+  json line;
+  do {
+    line = json::parse(watch.readLine());
+  } while (line["event"] != "creation");
+  EXPECT_EQ(nameOf("fresh"), line["objectName"]);
+  EXPECT_EQ(true, line["resync"]);
+}
+
+TEST(Watch, ComesBackToAnAgentWhoseIdsAreLower) {
+  Client client;
+  const std::string endpoint = quietEndpoint();
+  const support::TemporaryDirectory directory;
+  const std::vector<std::string> arguments = {"--ems-name", "E"};
+  { RunningAgent older(arguments, directory.file("older.db")); }
+  auto agent = std::make_unique<RunningAgent>(arguments, directory.file("newer.db"), endpoint);
+  support::Process watch(TOPOCTL, {"--agent", agent->corbaloc(), "--format", "json", "watch"});
+  EXPECT_EQ("watching", json::parse(watch.readLine())["event"]);
+  client.console(*agent)->createNode(subnetworkNode("core", "", "Core"));
+  EXPECT_EQ("creation", json::parse(watch.readLine())["event"]);
+  agent->stop(SIGTERM);
+  agent = std::make_unique<RunningAgent>(arguments, directory.file("older.db"), endpoint);
+  json line;
+  do {
+    line = json::parse(watch.readLine());
+  } while (line["event"] != "deletion");
+  EXPECT_EQ(nameOf("core"), line["objectName"]);
+  EXPECT_EQ(true, line["resync"]);
+}
+
+TEST(Watch, EndsWithCodeTwoWhenTheAgentIsNotThere) {
+  const support::Ended ended =
+      runTopoctl({"--agent", "corbaloc::" + quietEndpoint() + "/TopoManagement", "watch"});
+  EXPECT_EQ(2, ended.status);
+}
+
+// --- Access to events.
+
+TEST(EventAccess, ThatIsDeniedLeavesModulesWithoutEventsAndViewsServed) {
+  Client client;
+  for (const char* access : {"denied", "unknown"}) {
+    SCOPED_TRACE(access);
+    RunningAgent agent({"--ems-name", "E", "--event-access", access});
+    DirectListener listener(client, client.session(agent));
+    client.console(agent)->createNode(subnetworkNode("core", "", "Core"));
+    const TopoAgent::Status_T_var status = client.console(agent)->getStatus();
+    EXPECT_EQ(0U, status->subscriptions);
+    EXPECT_EQ(0U, status->notifications);
+    EXPECT_EQ("Core", records(agent, {"topo"})[0]["nativeEMSName"]);
+    EXPECT_TRUE(listener.inbox().all().empty());
+    const support::Ended ended = agent.stop(SIGTERM);
+    EXPECT_EQ(0, ended.status);
+    EXPECT_EQ("", ended.err);
+  }
+}
+
+TEST(EventAccess, IsThreeSubscriptionsWhenItIsAllowed) {
+  Client client;
+  RunningAgent agent({});
+  const TopoAgent::Status_T_var status = client.console(agent)->getStatus();
+  EXPECT_EQ(3U, status->subscriptions);
+}
+
+}  // namespace
+}  // namespace integration

@@ -1,0 +1,413 @@
+// Random changes of a network, compared with a plain list of nodes that knows no index: what
+// readers see, what the store holds, before and after a restart, and the events.
+
+#include <SQLiteCpp/SQLiteCpp.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <memory>
+
+#include "Random.h"
+#include "agent/domain/FailureCodes.h"
+#include "tests/support/TemporaryDirectory.h"
+#include "tests/unit/agent_domain/ChangingHost.h"
+#include "tests/unit/agent_domain/Names.h"
+
+namespace {
+
+using agent::Network;
+using agent::NetworkElement;
+using NS_DOMAIN::TopoNode_T;
+
+// Every answer comes from a walk over whole lists.
+class Reference {
+ public:
+  explicit Reference(Network network) : network_(std::move(network)) {}
+
+  const Network& network() const { return network_; }
+  const std::string& events() const { return events_; }
+
+  bool has(const std::string& id) const {
+    for (const TopoNode_T& node : network_.topoNodes) {
+      if (node.nodeId == id) {
+        return true;
+      }
+    }
+    return false;
+  }
+
+  std::uint32_t create(const TopoNode_T& node) {
+    if (node.parentId == node.nodeId && !agent::isRootMarker(node.parentId)) {
+      return agent::kInvalidName;
+    }
+    if (has(node.nodeId)) {
+      return agent::kAlreadyExists;
+    }
+    if (!agent::isRootMarker(node.parentId) && !has(node.parentId)) {
+      return agent::kEntityNotFound;
+    }
+    network_.topoNodes.push_back(node);
+    markShown();
+    events_ += "372: " + node.nodeId + '\n';
+    return agent::kSuccess;
+  }
+
+  std::uint32_t remove(const std::string& id, std::size_t& removed) {
+    removed = 0;
+    if (!has(id)) {
+      return agent::kEntityNotFound;
+    }
+    std::string event = "373:";
+    for (const TopoNode_T& node : below(id)) {
+      event += ' ' + node.nodeId;
+      erase(node);
+      ++removed;
+    }
+    events_ += event + '\n';
+    return agent::kSuccess;
+  }
+
+  std::uint32_t rename(const std::string& id, const std::string& name) {
+    if (!has(id)) {
+      return agent::kEntityNotFound;
+    }
+    const std::int32_t number = elementOf(nodeAt(id));
+    std::string event;
+    for (TopoNode_T& node : network_.topoNodes) {
+      const bool isOne = node.nodeId == id || (number >= 0 && elementOf(node) == number);
+      if (isOne && node.nativeName != name) {
+        node.nativeName = name;
+        event += ' ' + node.nodeId;
+      }
+    }
+    renameElement(number, name);
+    events_ += event.empty() ? "" : "374:" + event + '\n';
+    return agent::kSuccess;
+  }
+
+  std::uint32_t import(const Network& more) {
+    for (const TopoNode_T& node : more.topoNodes) {
+      if (has(node.nodeId)) {
+        return agent::kAlreadyExists;
+      }
+    }
+    for (const NetworkElement& element : more.networkElements) {
+      for (const NetworkElement& known : network_.networkElements) {
+        if (element.number == known.number) {
+          return agent::kAlreadyExists;
+        }
+      }
+    }
+    const Network before = network_;
+    const auto append = [](auto& list, const auto& tail) {
+      list.insert(list.end(), tail.begin(), tail.end());
+    };
+    append(network_.topoNodes, more.topoNodes);
+    append(network_.networkElements, more.networkElements);
+    for (const TopoNode_T& node : more.topoNodes) {
+      if (!agent::isRootMarker(node.parentId) && !has(node.parentId)) {
+        network_ = before;
+        return agent::kEntityNotFound;
+      }
+    }
+    markShown();
+    std::string event;
+    for (const TopoNode_T& node : more.topoNodes) {
+      event += ' ' + node.nodeId;
+    }
+    events_ += event.empty() ? "" : "372:" + event + '\n';
+    return agent::kSuccess;
+  }
+
+  // The label of a subnetwork.
+  std::uint32_t setLabel(const std::string& id, const std::string& label) {
+    if (!has(id) || nodeAt(id).nodeType != NS_DOMAIN::kTopoSubnetwork) {
+      return agent::kEntityNotFound;
+    }
+    eraseLabel(54, id);
+    if (!label.empty()) {
+      network_.objectLabels.push_back({54, id, label});
+    }
+    return agent::kSuccess;
+  }
+
+  std::string labelOf(const std::string& id) const {
+    for (const agent::ObjectLabel& label : network_.objectLabels) {
+      if (label.type == 54 && label.id == id) {
+        return label.label;
+      }
+    }
+    return {};
+  }
+
+ private:
+  TopoNode_T& nodeAt(const std::string& id) {
+    return *std::find_if(network_.topoNodes.begin(), network_.topoNodes.end(),
+                         [&](const TopoNode_T& node) { return node.nodeId == id; });
+  }
+
+  // The number of the managed element that a node shows, -1 for none: ids are NE=N, EQ=1,NE=N.
+  static std::int32_t elementOf(const TopoNode_T& node) {
+    const auto at = node.nodeId.rfind("NE=");
+    const bool isElement = node.nodeType == NS_DOMAIN::kTopoElement && at != std::string::npos;
+    return isElement ? std::stoi(node.nodeId.substr(at + 3)) : -1;
+  }
+
+  bool hasNodeOf(std::int32_t number) const {
+    return std::any_of(network_.topoNodes.begin(), network_.topoNodes.end(),
+                       [&](const TopoNode_T& node) { return elementOf(node) == number; });
+  }
+
+  // No element of the first network has a node and is not shown.
+  void markShown() {
+    for (NetworkElement& element : network_.networkElements) {
+      if (!element.shown && hasNodeOf(element.number)) {
+        element.shown = element.shownForNode = true;
+      }
+    }
+  }
+
+  void renameElement(std::int32_t number, const std::string& name) {
+    if (number < 0) {
+      return;
+    }
+    for (NetworkElement& element : network_.networkElements) {
+      element.name = element.number == number ? name : element.name;
+    }
+    for (auto& position : network_.clockPositions) {
+      position.label = position.reference == "NE=" + std::to_string(number) ? name : position.label;
+    }
+  }
+
+  std::vector<TopoNode_T> below(const std::string& id) {
+    std::vector<TopoNode_T> nodes;
+    if (!agent::isRootMarker(id)) {
+      for (const TopoNode_T& node : network_.topoNodes) {
+        if (node.parentId == id) {
+          const auto more = below(node.nodeId);
+          nodes.insert(nodes.end(), more.begin(), more.end());
+        }
+      }
+    }
+    nodes.push_back(nodeAt(id));
+    return nodes;
+  }
+
+  void erase(const TopoNode_T& gone) {
+    auto& nodes = network_.topoNodes;
+    nodes.erase(std::find_if(nodes.begin(), nodes.end(),
+                             [&](const TopoNode_T& node) { return node.nodeId == gone.nodeId; }));
+    if (gone.nodeType == NS_DOMAIN::kTopoSubnetwork) {
+      eraseLabel(54, gone.nodeId);
+    }
+    for (NetworkElement& element : network_.networkElements) {
+      if (element.shownForNode && !hasNodeOf(element.number)) {
+        element.shown = element.shownForNode = false;
+      }
+    }
+  }
+
+  void eraseLabel(std::int32_t type, const std::string& id) {
+    auto& labels = network_.objectLabels;
+    labels.erase(std::remove_if(labels.begin(), labels.end(),
+                                [&](const agent::ObjectLabel& label) {
+                                  return label.type == type && label.id == id;
+                                }),
+                 labels.end());
+  }
+
+  Network network_;
+  std::string events_;
+};
+
+std::string withoutLabels(Network network) {
+  network.objectLabels.clear();
+  return describe(network);
+}
+
+// Host and reference in a small world of ids, so that changes meet each other.
+class World {
+ public:
+  World(Random& random, std::string path)
+      : random_(random), path_(std::move(path)), reference_(firstNetwork()) {
+    host_ = std::make_unique<ChangingHost>(path_, firstNetwork());
+  }
+
+  void change() {
+    switch (random_.number(0, 9)) {
+      case 0:
+      case 1:
+      case 2:
+      case 3:
+        return create();
+      case 4:
+        return remove();
+      case 5:
+        return rename();
+      case 6:
+        return import();
+      case 7:
+        return setLabel();
+      case 8:
+        return setNativeName();
+      default:
+        return random_.number(0, 4) == 0 ? restart() : rename();
+    }
+  }
+
+  void check() {
+    const std::string expected = withoutLabels(reference_.network());
+    ASSERT_EQ(expected, host_->seen());
+    ASSERT_EQ(expected, host_->stored());
+    events_ += host_->events();
+    ASSERT_EQ(reference_.events(), events_);
+    for (int i = 0; i < 12; ++i) {
+      const std::string id = subnetworkId(i);
+      ASSERT_EQ(reference_.labelOf(id), host_->model().labelOf(54, id));
+    }
+  }
+
+  void restart() {
+    events_ += host_->events();
+    host_.reset();
+    host_ = std::make_unique<ChangingHost>(path_, Network());
+  }
+
+  std::string damage() {
+    host_.reset();
+    SQLite::Database database(path_, SQLite::OPEN_READWRITE);
+    return database.execAndGet("PRAGMA integrity_check").getString();
+  }
+
+ private:
+  static Network firstNetwork() {
+    Network network;
+    network.ems = "E";
+    network.topoNodes = {nodeOf("s0", ""), nodeOf("s1", "s0"),
+                         nodeOf("NE=1", "s1", NS_DOMAIN::kTopoElement, "one"), nodeOf("0", "")};
+    network.networkElements = {{1, "one", true}, {2, "two"}, {3, "three"}};
+    network.clockPositions.resize(2);
+    network.clockPositions[0].reference = "NE=1";
+    network.clockPositions[1].reference = "NE=4";
+    return network;
+  }
+
+  static std::string subnetworkId(int number) { return 's' + std::to_string(number); }
+
+  std::string someId() {
+    const std::string number = std::to_string(random_.number(1, 6));
+    switch (random_.number(0, 5)) {
+      case 0:
+        return "NE=" + number;
+      case 1:
+        return "EQ=1,NE=" + number;
+      case 2:
+        return random_.number(0, 3) == 0 ? "0" : subnetworkId(0);
+      default:
+        return subnetworkId(random_.number(0, 11));
+    }
+  }
+
+  std::string someName() { return random_.text("xy", 2); }
+
+  TopoNode_T someNode() {
+    const std::string id = someId();
+    const bool isElement = id.find("NE=") != std::string::npos;
+    TopoNode_T node = nodeOf(
+        id, someId(), isElement ? NS_DOMAIN::kTopoElement : NS_DOMAIN::kTopoSubnetwork, someName());
+    node.attribute3 = random_.number(-9, 9);
+    if (random_.number(0, 2) == 0) {
+      node.extendedAttributes = {{"location", someName()}, {"location", ""}};
+    }
+    return node;
+  }
+
+  void create() {
+    const TopoNode_T node = someNode();
+    const std::uint32_t code = reference_.create(node);
+    ASSERT_EQ(code, host_->nodes().create(node).code) << node.nodeId << " below " << node.parentId;
+  }
+
+  void remove() {
+    const std::string id = someId();
+    std::size_t expected = 0;
+    std::size_t removed = 0;
+    const std::uint32_t code = reference_.remove(id, expected);
+    ASSERT_EQ(code, host_->nodes().remove(id, removed).code) << id;
+    ASSERT_EQ(expected, removed);
+  }
+
+  void rename() {
+    const std::string id = someId();
+    const std::string name = someName();
+    const std::uint32_t code = reference_.rename(id, name);
+    ASSERT_EQ(code, host_->nodes().rename(id, name).code) << id;
+  }
+
+  // Nodes in any order, below each other or what is there; never two of one id, nor in a circle.
+  void import() {
+    Network more;
+    more.ems = "other";
+    for (int left = random_.number(0, 4); left > 0; --left) {
+      TopoNode_T node = someNode();
+      const bool isTwice =
+          std::any_of(more.topoNodes.begin(), more.topoNodes.end(), [&](const TopoNode_T& other) {
+            return other.nodeId == node.nodeId || other.parentId == node.nodeId;
+          });
+      if (!isTwice && node.parentId != node.nodeId) {
+        const bool isFirst = random_.number(0, 1) == 0;
+        more.topoNodes.insert(isFirst ? more.topoNodes.begin() : more.topoNodes.end(), node);
+      }
+    }
+    if (random_.number(0, 1) == 0) {
+      more.networkElements.push_back({random_.number(1, 8), someName(), random_.number(0, 1) == 0});
+    }
+    agent::ImportSummary summary;
+    const std::uint32_t code = reference_.import(more);
+    ASSERT_EQ(code, host_->nodes().import(more, summary).code);
+    ASSERT_EQ(code == agent::kSuccess ? more.topoNodes.size() : 0, summary.topoNodes);
+  }
+
+  void setLabel() {
+    const std::string id = subnetworkId(random_.number(0, 11));
+    const std::string label = someName();
+    const auto name = nameOf({{"EMS", "E"}, {"TopoSubnetwork", id}});
+    const std::uint32_t code = reference_.setLabel(id, label);
+    ASSERT_EQ(code, host_->attributes().setUserLabel(name, label, false).code) << id;
+  }
+
+  void setNativeName() {
+    const std::string id = subnetworkId(random_.number(0, 11));
+    const std::string text = someName();
+    const auto name = nameOf({{"EMS", "E"}, {"TopoSubnetwork", id}});
+    const std::uint32_t code = reference_.rename(id, text);
+    ASSERT_EQ(code, host_->attributes().setNativeName(name, text).code) << id;
+  }
+
+  Random& random_;
+  const std::string path_;
+  Reference reference_;
+  std::unique_ptr<ChangingHost> host_;
+  std::string events_;
+};
+
+TEST(NetworkChangesProperty, AgreesWithAPlainListOfNodes) {
+  Random random;
+  const support::TemporaryDirectory directory;
+  for (int round = 0; round < 8; ++round) {
+    SCOPED_TRACE("round " + std::to_string(round) + " of seed " + std::to_string(random.seed()));
+    World world(random, directory.file("store-" + std::to_string(round)));
+    for (int step = 0; step < 150; ++step) {
+      world.change();
+      world.check();
+      if (testing::Test::HasFatalFailure()) {
+        return;
+      }
+    }
+    world.restart();
+    world.check();
+    ASSERT_EQ("ok", world.damage());
+  }
+}
+
+}  // namespace

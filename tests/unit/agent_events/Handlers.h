@@ -1,0 +1,131 @@
+// Handlers that do what a test says, and the events that they get.
+
+#ifndef TESTS_UNIT_AGENT_EVENTS_HANDLERS_H
+#define TESTS_UNIT_AGENT_EVENTS_HANDLERS_H
+
+#include <chrono>
+#include <condition_variable>
+#include <functional>
+#include <initializer_list>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "agent/events/EventManager.h"
+
+namespace events {
+
+constexpr int kCreated = 372;
+constexpr int kDeleted = 373;
+constexpr int kChanged = 374;
+
+// Longer than anything takes unless it hangs.
+constexpr std::chrono::milliseconds kLong{60000};
+
+// How long something is watched that must not happen; a test that passes waits in vain.
+constexpr std::chrono::milliseconds kShort{30};
+
+// One node of that name.
+inline std::vector<NS_DOMAIN::TopoNode_T> node(const std::string& id) {
+  std::vector<NS_DOMAIN::TopoNode_T> nodes(1);
+  nodes.front().nodeId = id;
+  return nodes;
+}
+
+inline void subscribe(TEEventMgr& manager, TEEventHandler& handler,
+                      std::initializer_list<int> eventIds) {
+  for (const int eventId : eventIds) {
+    manager.Subscribe(&handler, eventId, 21, 0);
+  }
+}
+
+inline void unsubscribe(TEEventMgr& manager, TEEventHandler& handler,
+                        std::initializer_list<int> eventIds) {
+  for (const int eventId : eventIds) {
+    manager.UnSubscribe(&handler, eventId);
+  }
+}
+
+// Closed at first, and never again once it is open.
+class Gate {
+ public:
+  void open() {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    open_ = true;
+    opened_.notify_all();
+  }
+
+  void pass() {
+    std::unique_lock<std::mutex> lock(mutex_);
+    opened_.wait(lock, [this] { return open_; });
+  }
+
+ private:
+  std::mutex mutex_;
+  std::condition_variable opened_;
+  bool open_ = false;
+};
+
+// Writes down "ID NODE" for each event, then does what it was made for.
+class Recorder final : public TEEventHandler {
+ public:
+  using Action = std::function<void(int eventId, const TEEvent& event)>;
+
+  explicit Recorder(Action action = nullptr) : action_(std::move(action)) {}
+
+  int HandleEvent(int eventId, int /*source*/, const TEEvent& event) override {
+    {
+      const std::lock_guard<std::mutex> lock(mutex_);
+      const std::string name = event.nodes.empty() ? "-" : event.nodes.front().nodeId;
+      events_.push_back(std::to_string(eventId) + ' ' + name);
+    }
+    if (action_) {
+      action_(eventId, event);
+    }
+    return 0;
+  }
+
+  std::vector<std::string> events() const {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return events_;
+  }
+
+ private:
+  const Action action_;
+  mutable std::mutex mutex_;
+  std::vector<std::string> events_;  // guarded by mutex_
+};
+
+// Stays in its first call until it is let go.
+class Blocked {
+ public:
+  Recorder handler{[this](int /*eventId*/, const TEEvent& /*event*/) {
+    inside_.open();
+    leave_.pass();
+  }};
+
+  // Also from its destructor: a failed test must not hang.
+  ~Blocked() { letGo(); }
+
+  void waitUntilInside() { inside_.pass(); }
+  void letGo() { leave_.open(); }
+
+ private:
+  Gate inside_;
+  Gate leave_;
+};
+
+// Waits until a number of the manager's status is as expected; the test's time-out ends it.
+template <typename Number>
+void awaitStatus(const agent::EventManager& manager, Number agent::EventManager::Status::*member,
+                 Number expected) {
+  while (manager.status().*member != expected) {
+    std::this_thread::yield();
+  }
+}
+
+}  // namespace events
+
+#endif

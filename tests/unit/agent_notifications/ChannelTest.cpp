@@ -1,0 +1,285 @@
+// The event channel: found, lost and found again.
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <thread>
+
+#include "tests/unit/agent_notifications/FakeChannel.h"
+#include "tests/unit/agent_notifications/Fixture.h"
+#include "tests/unit/agent_notifications/WirePeer.h"
+
+namespace {
+
+using namespace notification_tests;
+
+constexpr std::chrono::hours kNever{1};
+
+class Channels : public NotifierFixture {
+ protected:
+  Channels() : place_(server_->wellKnownObject("Channel")), channel_(server_->rootPoa()) {
+    options_.channel = referenceTo("Channel");
+    options_.firstBackOff = std::chrono::milliseconds(1);
+    options_.longestBackOff = std::chrono::milliseconds(5);
+    options_.queueLimit = 3;
+  }
+
+  ~Channels() override { notifier_.reset(); }
+
+  std::string referenceTo(const std::string& key) {
+    return "corbaloc:iiop:1.2@" + orb::format(server_->endpoint()) + "/" + key;
+  }
+
+  void open() { const CORBA::Object_var reference = place_->publish(channel_.servant()); }
+  void close() {
+    channel_.forgetProxies();
+    place_->retire();
+  }
+
+  Texts pushes(std::size_t count) { return channel_.record.waitFor(count); }
+
+  // What the log says about a channel that cannot be used, which ends at once.
+  std::string complaintAbout(const std::string& reference) {
+    options_.channel = reference;
+    options_.firstBackOff = options_.longestBackOff = kNever;
+    testing::internal::CaptureStderr();
+    start();
+    publish(2);
+    EXPECT_TRUE(eventually([this] { return !notifier_->flush(kPatience); }));
+    EXPECT_EQ((Texts{"channel 2 0 0 down"}), receivers());
+    const auto begin = std::chrono::steady_clock::now();
+    notifier_.reset();
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(2));
+    const std::string log = testing::internal::GetCapturedStderr();
+    const std::string before = " does not take notifications, they wait: ";
+    const std::size_t found = log.find(before);
+    return found == std::string::npos ? log : log.substr(found + before.size());
+  }
+
+  std::unique_ptr<orb::WellKnownObject> place_;
+  FakeChannel channel_;
+};
+
+TEST_F(Channels, GetEveryEventInAnAny) {
+  open();
+  start();
+  publish(3);
+  EXPECT_EQ((Texts{"connect 1", "1: 1", "1: 2", "1: 3"}), pushes(4));
+  EXPECT_TRUE(becomes({"channel 0 3 0"}));
+  EXPECT_EQ(orb::format(server_->endpoint()),
+            std::string(notifier_->status().receivers[0].receiver.in()));
+  notifier_.reset();
+  EXPECT_EQ("disconnect 1", pushes(5).back());
+}
+
+TEST_F(Channels, AreConnectedBeforeThereIsAnEvent) {
+  open();
+  start();
+  EXPECT_TRUE(becomes({"channel 0 0 0"}));
+}
+
+TEST_F(Channels, MayComeLaterThanTheAgent) {
+  start();
+  publish(5);
+  EXPECT_TRUE(becomes({"channel 3 0 2 down"}));
+  open();
+  EXPECT_EQ((Texts{"connect 1", "1: lost 1-2 2", "1: 3", "1: 4", "1: 5"}), pushes(5));
+  EXPECT_TRUE(becomes({"channel 0 3 2"}));
+}
+
+TEST_F(Channels, AreTriedAgainAfterTheFirstPauseOfTheOptions) {
+  options_.firstBackOff = options_.longestBackOff = kNever;
+  start();
+  publish(1);
+  EXPECT_FALSE(notifier_->flush(kPatience));  // it was tried
+  open();
+  std::this_thread::sleep_for(std::chrono::milliseconds(300));
+  EXPECT_EQ((Texts{"channel 1 0 0 down"}), receivers());
+}
+
+// Pauses of up to five seconds would be longer than this waits.
+TEST_F(Channels, AreTriedAgainAfterTheLongestPauseOfTheOptions) {
+  options_.longestBackOff = options_.firstBackOff;
+  start();
+  publish(1);
+  EXPECT_TRUE(becomes({"channel 1 0 0 down"}));
+  std::this_thread::sleep_for(std::chrono::milliseconds(1200));
+  open();
+  const auto begin = std::chrono::steady_clock::now();
+  EXPECT_TRUE(becomes({"channel 0 1 0"}));
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(600));
+}
+
+TEST_F(Channels, GetWhatTheyMissedWhenTheyComeBack) {
+  open();
+  start();
+  publish(1);
+  pushes(2);
+  close();
+  publish(1);
+  EXPECT_TRUE(becomes({"channel 1 1 0 down"}));
+  publish(6);
+  EXPECT_TRUE(becomes({"channel 4 1 3 down"}));
+  open();
+  EXPECT_EQ(
+      (Texts{"connect 1", "1: 1", "connect 2", "2: 2", "2: lost 3-5 3", "2: 6", "2: 7", "2: 8"}),
+      pushes(8));
+  EXPECT_TRUE(becomes({"channel 0 5 3"}));
+}
+
+TEST_F(Channels, GiveANewProxyForOneThatIsGone) {
+  open();
+  start();
+  publish(1);
+  pushes(2);
+  channel_.forgetProxies();
+  publish(1);
+  EXPECT_EQ((Texts{"connect 1", "1: 1", "connect 2", "2: 2"}), pushes(4));
+}
+
+TEST_F(Channels, GiveANewProxyForOneThatIsDisconnected) {
+  open();
+  std::atomic<bool> first{true};
+  channel_.onPush([&](const std::string&) {
+    if (first.exchange(false)) {
+      throw CosEventComm::Disconnected();
+    }
+  });
+  start();
+  publish(2);
+  EXPECT_EQ((Texts{"connect 1", "1: 1", "connect 2", "2: 1", "2: 2"}), pushes(5));
+  notifier_.reset();
+}
+
+TEST_F(Channels, GetAnEventAgainThatFailed) {
+  open();
+  std::atomic<int> left{2};
+  channel_.onPush([&](const std::string&) {
+    if (left-- > 0) {
+      throw CORBA::NO_RESOURCES(0, CORBA::COMPLETED_MAYBE);
+    }
+  });
+  start();
+  publish(2);
+  EXPECT_EQ((Texts{"connect 1", "1: 1", "1: 1", "1: 1", "1: 2"}), pushes(5));
+  EXPECT_TRUE(becomes({"channel 0 2 0"}));
+}
+
+TEST_F(Channels, DoNotStandStillForAnEventThatTheyNeverTake) {
+  open();
+  channel_.onPush([](const std::string& event) {
+    if (event == "1") {
+      throw CORBA::MARSHAL(0, CORBA::COMPLETED_NO);
+    }
+  });
+  start();
+  publish(2);
+  EXPECT_EQ((Texts{"connect 1", "1: 1", "1: 1", "1: 1", "1: 1", "1: 1", "1: lost 1-1 1", "1: 2"}),
+            pushes(8));
+  EXPECT_TRUE(becomes({"channel 0 1 1"}));
+}
+
+TEST_F(Channels, DelayNoSubscriber) {
+  options_.queueLimit = 100;
+  Gate gate;
+  open();
+  channel_.onPush([&](const std::string&) { gate.wait(); });
+  start();
+  EXPECT_TRUE(becomes({"channel 0 0 0"}));
+  ServedConsumer consumer = makeConsumer();
+  subscribe(consumer);
+  publish(3);
+  EXPECT_EQ((Texts{"1", "2", "3"}), consumer.received().waitFor(3));
+  EXPECT_TRUE(becomes({"channel 3 0 0", "0 3 0"}));
+  gate.open();
+  EXPECT_TRUE(becomes({"channel 0 3 0", "0 3 0"}));
+}
+
+TEST_F(Channels, ThatAreAwayKeepNobodyFromWaitingForSubscribers) {
+  start();
+  ServedConsumer consumer = makeConsumer([](const CosNotification::StructuredEvent&) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  });
+  subscribe(consumer);
+  publish(3);
+  EXPECT_FALSE(notifier_->flush(kPatience));
+  EXPECT_TRUE(becomes({"channel 3 0 0 down", "0 3 0"}));
+  publish(3);
+  EXPECT_FALSE(notifier_->flush(kPatience));
+  EXPECT_EQ("0 6 0", receivers().at(1));
+}
+
+TEST_F(Channels, GetAnEventAgainThatTheyDidNotAnswerInTime) {
+  options_.pushTimeout = std::chrono::milliseconds(100);
+  WirePeer peer("push", std::vector<WirePeer::Act>(7, WirePeer::Act::kIgnore));
+  channel_.useProxy(peer.reference(), orb());
+  open();
+  start();
+  publish(1);
+  Texts requests(7, "ignored");
+  requests.emplace_back("answered");
+  EXPECT_EQ(requests, peer.requests().waitFor(8));
+  EXPECT_TRUE(becomes({"channel 0 1 0"}));
+}
+
+TEST_F(Channels, GetAnEventOnceMoreWhenTheyClosedTheConnection) {
+  WirePeer peer("push", {WirePeer::Act::kAnswer, WirePeer::Act::kClose});
+  channel_.useProxy(peer.reference(), orb());
+  open();
+  start();
+  publish(2);
+  EXPECT_EQ((Texts{"answered", "closed", "answered"}), peer.requests().waitFor(3));
+  EXPECT_TRUE(becomes({"channel 0 2 0"}));
+}
+
+TEST_F(Channels, ThatAreSilentDoNotHoldUpTheEnd) {
+  options_.pushTimeout = std::chrono::milliseconds(1000);
+  WirePeer peer("_is_a", std::vector<WirePeer::Act>(9, WirePeer::Act::kIgnore));
+  options_.channel = peer.reference();
+  start();
+  publish(1);
+  EXPECT_EQ("ignored", peer.requests().waitFor(1).at(0));
+  const auto begin = std::chrono::steady_clock::now();
+  notifier_.reset();
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(2000));
+}
+
+TEST_F(Channels, WhoseNamingServiceIsSilentDoNotHoldUpTheEnd) {
+  options_.pushTimeout = std::chrono::milliseconds(1000);
+  WirePeer peer("_is_a", std::vector<WirePeer::Act>(9, WirePeer::Act::kIgnore));
+  options_.channel = "corbaname:iiop:1.2@127.0.0.1:" + std::to_string(peer.port()) + "#channel";
+  start();
+  EXPECT_EQ("ignored", peer.requests().waitFor(1).at(0));
+  const auto begin = std::chrono::steady_clock::now();
+  notifier_.reset();
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(2000));
+}
+
+TEST_F(Channels, ThatNobodyServesAreNoFailure) {
+  EXPECT_EQ(0U,
+            complaintAbout("corbaloc:iiop:1.2@127.0.0.1:" + std::to_string(deafPort()) + "/Channel")
+                .find("TRANSIENT"));
+}
+
+TEST_F(Channels, WithoutAReadableReferenceAreNoFailure) {
+  EXPECT_NE(std::string::npos, complaintAbout("no reference").find("BAD_PARAM"));
+}
+
+TEST_F(Channels, WithANilReferenceAreNoFailure) {
+  const CORBA::String_var nil = orb()->object_to_string(CORBA::Object::_nil());
+  EXPECT_EQ(0U, complaintAbout(nil.in()).find("the reference is nil"));
+}
+
+TEST_F(Channels, MustBeChannels) {
+  const ServedConsumer consumer = makeConsumer();
+  const CORBA::String_var reference = orb()->object_to_string(consumer.reference);
+  EXPECT_EQ(0U,
+            complaintAbout(reference.in()).find("the reference is not that of an event channel"));
+}
+
+TEST_F(Channels, WithoutANamingServiceAreNoFailure) {
+  EXPECT_EQ(0U, complaintAbout("corbaname:iiop:127.0.0.1:" + std::to_string(deafPort()) + "#a/b.c")
+                    .find("TRANSIENT"));
+}
+
+}  // namespace

@@ -1,0 +1,82 @@
+// What the tests of notifications share: events as texts, names, and waiting.
+
+#ifndef UNIT_AGENT_NOTIFICATIONS_EVENTS_H
+#define UNIT_AGENT_NOTIFICATIONS_EVENTS_H
+
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
+#include <functional>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "agent/notifications/StructuredEvents.h"
+#include "orb/idl/globaldefs.h"
+#include "orb/idl/notifications.h"
+#include "orb/notification.h"
+
+namespace notification_tests {
+
+using Texts = std::vector<std::string>;
+
+// Longer than anything takes that goes well.
+constexpr std::chrono::seconds kPatience{20};
+
+// All of an event: its header, then a line a field, then "body TYPE".
+Texts linesOf(const CosNotification::StructuredEvent& event);
+
+// "5" for notification 5, "lost 6-9 4" for word of four lost ones.
+std::string briefly(const CosNotification::StructuredEvent& event);
+
+// {EMS=E, CLASS=id}.
+globaldefs::NVSList_T objectName(const char* objectClass, const char* id);
+
+notifications::NVList_T attribute(const char* name, const char* value);
+
+// 2024-02-29 23:59:58.76 UTC.
+agent::EventTime someTime();
+
+// Opens once, for all.
+class Gate {
+ public:
+  void open();
+  // Whether it opened in time.
+  bool wait();
+
+ private:
+  std::mutex mutex_;
+  std::condition_variable opened_;
+  bool open_ = false;
+};
+
+// Texts in the order in which they came.
+class Record {
+ public:
+  void add(const std::string& text);
+  // When there are so many, or too late.
+  Texts waitFor(std::size_t count);
+  Texts all();
+
+ private:
+  std::mutex mutex_;
+  std::condition_variable added_;
+  Texts texts_;
+};
+
+// Whether it comes true before patience ends.
+bool eventually(const std::function<bool()>& condition);
+
+// Ids from 1 on, as long as it does not fail.
+class Reservation {
+ public:
+  std::function<std::uint64_t(std::uint64_t)> function();
+
+  std::uint64_t next = 1;
+  bool failing = false;
+  std::vector<std::uint64_t> counts;
+};
+
+}  // namespace notification_tests
+
+#endif

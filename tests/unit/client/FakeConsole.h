@@ -1,0 +1,36 @@
+// An agent's console that records what it is asked for.
+
+#ifndef TESTS_UNIT_CLIENT_FAKECONSOLE_H
+#define TESTS_UNIT_CLIENT_FAKECONSOLE_H
+
+#include "FakeAgent.h"
+#include "orb/idl/TopoAgent.h"
+
+namespace topoctl {
+
+// A status with a different number in every field and two receivers.
+TopoAgent::Status_T makeStatus();
+
+class FakeConsole final : public virtual POA_TopoAgent::Console_I {
+ public:
+  // Borrowed.
+  explicit FakeConsole(Script& script) : script_(script) {}
+
+  void createNode(const TopoAgent::NewNode_T& node) override;
+  CORBA::ULong deleteNode(const char* id) override;
+  void renameNode(const char* id, const char* name) override;
+  TopoAgent::ImportSummary_T importNetwork(const char* fileName,
+                                           const TopoAgent::Content_T& content) override;
+  void setTestSwitch(CORBA::Boolean on) override;
+  TopoAgent::Status_T* getStatus() override;
+  void reloadModule() override;
+
+ private:
+  void call(const std::string& text);
+
+  Script& script_;
+};
+
+}  // namespace topoctl
+
+#endif

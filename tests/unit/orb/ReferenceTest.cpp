@@ -1,0 +1,100 @@
+#include <gmock/gmock.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include "tests/unit/orb/Servants.h"
+
+namespace {
+
+using orb_tests::Answering;
+using orb_tests::lengthOf;
+
+// A peer that takes connections and never says anything.
+class SilentPeer {
+ public:
+  SilentPeer() : socket_(::socket(AF_INET, SOCK_STREAM, 0)) {
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t size = sizeof address;
+    auto* const general = reinterpret_cast<sockaddr*>(&address);
+    if (::bind(socket_, general, size) != 0 || ::listen(socket_, 8) != 0 ||
+        ::getsockname(socket_, general, &size) != 0) {
+      throw std::runtime_error("no socket");
+    }
+    port_ = ntohs(address.sin_port);
+  }
+  ~SilentPeer() { ::close(socket_); }
+  SilentPeer(const SilentPeer&) = delete;
+  SilentPeer& operator=(const SilentPeer&) = delete;
+
+  std::string corbaloc() const {
+    return "corbaloc:iiop:1.2@127.0.0.1:" + std::to_string(port_) + "/Key";
+  }
+
+ private:
+  const int socket_;
+  std::uint16_t port_ = 0;
+};
+
+class Reference : public testing::Test {
+ protected:
+  CORBA::Object_var parse(const std::string& text) {
+    return server_->get()->string_to_object(text.c_str());
+  }
+
+  std::unique_ptr<orb::Server> server_ =
+      orb::startServer(orb_tests::quickOptions(), {"127.0.0.1", 0}, nullptr);
+};
+
+TEST_F(Reference, TellsItsAddress) {
+  EXPECT_EQ("127.0.0.1:4711", orb::addressOf(parse("corbaloc:iiop:1.2@127.0.0.1:4711/Key")));
+  EXPECT_EQ("", orb::addressOf(CORBA::Object::_nil()));
+}
+
+TEST_F(Reference, LeadsToTheObjectBesideIt) {
+  const auto first = server_->wellKnownObject("First");
+  const auto second = server_->wellKnownObject("Second");
+  const PortableServer::ServantBase_var one = new Answering(1);
+  const PortableServer::ServantBase_var two = new Answering(2);
+  const CORBA::Object_var firstObject = first->publish(one);
+  const CORBA::Object_var secondObject = second->publish(two);
+  const CORBA::Object_var beside = orb::objectBeside(server_->get(), firstObject, "Second");
+  EXPECT_EQ(2U, lengthOf(beside));
+}
+
+TEST_F(Reference, OfNothingHasNothingBesideIt) {
+  EXPECT_THROW(orb::objectBeside(server_->get(), CORBA::Object::_nil(), "Key"), CORBA::BAD_PARAM);
+}
+
+TEST_F(Reference, GivesUpACallAfterItsOwnTime) {
+  const SilentPeer peer;
+  const CORBA::Object_var object = parse(peer.corbaloc());
+  orb::setCallTimeout(object, std::chrono::milliseconds(50));
+  try {
+    object->_non_existent();
+    FAIL() << "the peer has answered";
+  } catch (const CORBA::SystemException& failure) {
+    EXPECT_TRUE(orb::isTimeout(failure)) << orb::describe(failure);
+    EXPECT_FALSE(orb::isConnectionClosed(failure));
+    EXPECT_TRUE(orb::isUnreachable(failure));
+  }
+}
+
+TEST_F(Reference, ToNobodyIsNoTimeout) {
+  std::string corbaloc;
+  {
+    const SilentPeer peer;
+    corbaloc = peer.corbaloc();
+  }
+  try {
+    parse(corbaloc)->_non_existent();
+    FAIL() << "somebody has answered";
+  } catch (const CORBA::SystemException& failure) {
+    EXPECT_FALSE(orb::isTimeout(failure)) << orb::describe(failure);
+    EXPECT_TRUE(orb::isUnreachable(failure)) << orb::describe(failure);
+  }
+}
+
+}  // namespace

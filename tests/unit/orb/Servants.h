@@ -1,0 +1,47 @@
+// Servants to call.
+
+#ifndef TESTS_UNIT_ORB_SERVANTS_H
+#define TESTS_UNIT_ORB_SERVANTS_H
+
+#include <functional>
+#include <utility>
+
+#include "orb/idl/TopoManagementManager.h"
+#include "orb/orb.h"
+
+namespace orb_tests {
+
+inline orb::Options quickOptions() {
+  orb::Options options;
+  options.callTimeout = std::chrono::seconds(30);
+  return options;
+}
+
+// Its getLength runs a function.
+class Answering final : public POA_TopoManagementManager::NodeIterator_I {
+ public:
+  using Function = std::function<CORBA::ULong()>;
+
+  explicit Answering(Function function) : function_(std::move(function)) {}
+  explicit Answering(CORBA::ULong answer) : function_([answer] { return answer; }) {}
+
+  CORBA::Boolean next_n(CORBA::ULong, TopoManagementManager::NodeList_T_out list) override {
+    list = new TopoManagementManager::NodeList_T;
+    return false;
+  }
+  CORBA::ULong getLength() override { return function_(); }
+  void destroy() override {}
+
+ private:
+  const Function function_;
+};
+
+inline CORBA::ULong lengthOf(CORBA::Object_ptr object) {
+  const auto iterator = TopoManagementManager::NodeIterator_I::_unchecked_narrow(object);
+  const TopoManagementManager::NodeIterator_I_var owner = iterator;
+  return owner->getLength();
+}
+
+}  // namespace orb_tests
+
+#endif
