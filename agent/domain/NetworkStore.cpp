@@ -508,8 +508,8 @@ std::uint64_t NetworkStore::reserveNotificationIds(std::uint64_t count) {
   return guarded(path_, [&] {
     SQLite::Transaction transaction(*database_);
     const std::int64_t first = valueOf(*database_, "SELECT next FROM notification_id");
-    const std::int64_t left = std::numeric_limits<std::int64_t>::max() - first;
-    if (first < 0 || count > static_cast<std::uint64_t>(left)) {
+    constexpr auto kMost = static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max());
+    if (first < 0 || count > kMost - static_cast<std::uint64_t>(first)) {
       throw StoreError(path_, "has no " + std::to_string(count) + " notification ids left");
     }
     run(*database_, "UPDATE notification_id SET next = ?",
