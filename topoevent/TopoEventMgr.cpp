@@ -94,8 +94,12 @@ Verdict judge(const TopoNode_T& node) {
 
 void setLabel(notifications::NVList_T& attributes, const std::string& label) {
   notifications::NameAndAnyValue_T& attribute = topo::at(attributes, 0);
-  attribute.name = CORBA::string_dup(kLabelAttribute);
-  attribute.value <<= label.c_str();  // copied
+  attribute.name = topo::duplicate(kLabelAttribute);
+  attribute.value <<= label.c_str();  // copied; some ORBs put a null there when memory is short
+  const char* copy = nullptr;
+  if (!(attribute.value >>= copy) || copy == nullptr) {
+    throw std::bad_alloc();
+  }
 }
 
 void reportLabel(const TopoNode_T& node, notifications::NVList_T& attributes) {

@@ -31,7 +31,7 @@ globaldefs::NVSList_T nameOfReference(const std::string& reference, DomainObject
 void fillNode(TopoManagementManager::Node_T& node, const ClockPositionInfo_T& position,
               DomainObjectKey& key) {
   node.name = nameOfReference(position.reference, key);
-  node.nativeEMSName = CORBA::string_dup(position.label.c_str());
+  node.nativeEMSName = topo::duplicate(position.label.c_str());
   node.nodeParam1 = position.value1;
   node.nodeParam2 = position.value2;
   node.nodeType = 0;
@@ -67,9 +67,9 @@ globaldefs::NVSList_T linkTypeInfo(const std::string& nativeName) {
 
 void fillLink(TopologicalLink_T& link, const ClockTopoLinkInfo_T& clockLink, DomainObjectKey& key) {
   link.name = nameOfLink(clockLink.linkId);
-  link.userLabel = CORBA::string_dup(userLabelOf(clockLink).c_str());
-  link.nativeEMSName = CORBA::string_dup(clockLink.nativeName.c_str());
-  link.owner = CORBA::string_dup("");
+  link.userLabel = topo::duplicate(userLabelOf(clockLink).c_str());
+  link.nativeEMSName = topo::duplicate(clockLink.nativeName.c_str());
+  link.owner = topo::duplicate("");
   link.direction = globaldefs::CD_UNI;
   link.rate = 0;
   link.aEndTP = nameOfReference(clockLink.aEndReference, key);

@@ -115,7 +115,7 @@ CORBA::ULong TopoManagementMgr::convertDomainNodeToTmf(TopoManagementManager::No
       return code;
     }
   }
-  node.nativeEMSName = CORBA::string_dup(domainNode.nativeName.c_str());
+  node.nativeEMSName = topo::duplicate(domainNode.nativeName.c_str());
   node.nodeParam1 = domainNode.attribute3;
   node.nodeParam2 = domainNode.attribute4;
   if (NS_CORBA::CorbaAgentConfig::Instance()->GetTestSwitch()) {

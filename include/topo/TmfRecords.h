@@ -7,6 +7,7 @@
 #define TOPO_TMFRECORDS_H
 
 #include <memory>
+#include <new>
 #include <string>
 #include <type_traits>
 
@@ -30,6 +31,15 @@ inline void clearNumbers(TopoManagementManager::Node_T& node) {
 inline void clearNumbers(topologicalLink::TopologicalLink_T& link) {
   link.direction = globaldefs::CD_UNI;
   link.rate = 0;
+}
+
+// A copy for the caller. Throws bad_alloc when memory is short; some ORBs return null then.
+inline char* duplicate(const char* text) {
+  char* const copy = CORBA::string_dup(text);
+  if (copy == nullptr) {
+    throw std::bad_alloc();
+  }
+  return copy;
 }
 
 // A record with empty texts, empty lists and zeros.
@@ -94,8 +104,8 @@ void setLength(List& list, CORBA::ULong length) {
 inline void setPair(globaldefs::NVSList_T& list, CORBA::ULong index, const char* name,
                     const std::string& value) {
   globaldefs::NameAndStringValue_T& pair = at(list, index);
-  pair.name = CORBA::string_dup(name);
-  pair.value = CORBA::string_dup(value.c_str());
+  pair.name = duplicate(name);
+  pair.value = duplicate(value.c_str());
 }
 
 }  // namespace topo

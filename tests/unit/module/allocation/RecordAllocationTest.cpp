@@ -32,6 +32,12 @@ void expectTwoNodes(const NodeList_T& nodes) {
   EXPECT_STREQ(nodes[1].name[0].value.in(), "value");
 }
 
+TEST(TmfTextAllocation, SaysThatThereIsNoMemory) {
+  const std::string text(kMany, 'x');
+  const fakes::FailingNew failing(0, kMany);
+  EXPECT_THROW(topo::duplicate(text.c_str()), std::bad_alloc);
+}
+
 TEST(TmfSetLengthAllocation, LeavesTheListAsItWasWhenThereIsNoBuffer) {
   NodeList_T nodes = twoNodes();
   const long before = fakes::liveBlocks();
