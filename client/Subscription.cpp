@@ -44,7 +44,7 @@ void Subscription::subscribe() {
   subscription_ = TopoAgent::Subscription_I::_nil();
   const TopoAgent::Session_I_var session = connectSession(orb_, options_);
   consumer_ = new Consumer(inbox_, inbox_.begin());
-  const PortableServer::ObjectId_var id = poa_->activate_object(consumer_);
+  const PortableServer::ObjectId_var id = poa_->activate_object(consumer_.in());
   const CosNotifyComm::StructuredPushConsumer_var reference = consumer_->_this();
   subscription_ = subscribeAfter(session, reference, inbox_.lastId());
   if (CORBA::is_nil(subscription_)) {
@@ -88,8 +88,8 @@ void Subscription::close() {
     return;
   }
   try {
-    const PortableServer::ObjectId_var id = poa_->servant_to_id(consumer_);
-    poa_->deactivate_object(id);
+    const PortableServer::ObjectId_var id = poa_->servant_to_id(consumer_.in());
+    poa_->deactivate_object(id.in());
   } catch (const CORBA::Exception&) {
     // It was never activated, or the ORB is going down and has forgotten it.
   }

@@ -358,9 +358,9 @@ CORBA::ULong TECommonFunc::onSetNativeEMSName(const globaldefs::NVSList_T& objec
 CORBA::ULong TECommonFunc::onSetAdditionalInfo(const globaldefs::NVSList_T& objectName,
                                                globaldefs::NVSList_T& additionalInfo,
                                                std::string& errorText) {
-  const CORBA::ULong code =
-      called("onSetAdditionalInfo", fakes::printed(objectName) + ", " +
-                                        fakes::printed(additionalInfo) + ", " + quoted(errorText));
+  const CORBA::ULong code = called("onSetAdditionalInfo", fakes::printed(objectName) + ", " +
+                                                              fakes::printed(additionalInfo) +
+                                                              ", " + fakes::quoted(errorText));
   if (fakes::answers.returnStoredAdditionalInfo) {
     additionalInfo = fakes::answers.storedAdditionalInfo;
   }

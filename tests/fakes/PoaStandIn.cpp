@@ -1,6 +1,6 @@
 #include "fakes/PoaStandIn.h"
 
-#include <atomic>
+#include "orb/foreignpoa.h"
 
 namespace fakes {
 namespace {
@@ -11,20 +11,12 @@ namespace {
 
 }  // namespace
 
-class PoaStandIn::Poa final : public PortableServer::POA {
-  using POA = PortableServer::POA;
+class PoaStandIn::Poa final : public orb::ForeignPoa {
   using ObjectId = PortableServer::ObjectId;
   using Servant = PortableServer::Servant;
 
  public:
-  Poa() : PortableServer::POA(0) {}
   ~Poa() override = default;
-
-  int references() const { return references_; }
-
-  // Counting of references is the ORB's affair; these are its two hooks.
-  void _NP_incrRefCount() override { ++references_; }
-  void _NP_decrRefCount() override { --references_; }
 
   PortableServer::POA_ptr create_POA(const char*, PortableServer::POAManager_ptr,
                                      const CORBA::PolicyList&) override {
@@ -36,10 +28,10 @@ class PoaStandIn::Poa final : public PortableServer::POA {
   PortableServer::POA_ptr the_parent() override { refuse(); }
   PortableServer::POAList* the_children() override { refuse(); }
   PortableServer::POAManager_ptr the_POAManager() override { refuse(); }
-  PortableServer::AdapterActivator* the_activator() override { refuse(); }
-  void the_activator(PortableServer::AdapterActivator*) override { refuse(); }
-  PortableServer::ServantManager* get_servant_manager() override { refuse(); }
-  void set_servant_manager(PortableServer::ServantManager*) override { refuse(); }
+  PortableServer::AdapterActivator_ptr the_activator() override { refuse(); }
+  void the_activator(PortableServer::AdapterActivator_ptr) override { refuse(); }
+  PortableServer::ServantManager_ptr get_servant_manager() override { refuse(); }
+  void set_servant_manager(PortableServer::ServantManager_ptr) override { refuse(); }
   Servant get_servant() override { refuse(); }
   void set_servant(Servant) override { refuse(); }
   ObjectId* activate_object(Servant) override { refuse(); }
@@ -54,9 +46,6 @@ class PoaStandIn::Poa final : public PortableServer::POA {
   Servant id_to_servant(const ObjectId&) override { refuse(); }
   CORBA::Object_ptr id_to_reference(const ObjectId&) override { refuse(); }
   CORBA::OctetSeq* id() override { refuse(); }
-
- private:
-  std::atomic<int> references_{0};
 };
 
 PoaStandIn::PoaStandIn() : poa_(std::make_unique<Poa>()) {}

@@ -206,7 +206,7 @@ DirectListener::DirectListener(Client& client, const TopoAgent::Session_I_var& s
                                const std::string& lastId)
     : servant_(new DirectConsumer(inbox_)),
       poa_(PortableServer::POA::_duplicate(client.server().rootPoa())),
-      id_(poa_->activate_object(servant_)) {
+      id_(poa_->activate_object(servant_.in())) {
   const CORBA::Object_var object = poa_->id_to_reference(id_);
   const auto consumer = CosNotifyComm::StructuredPushConsumer::_narrow(object);
   const CosNotifyComm::StructuredPushConsumer_var owner = consumer;
@@ -226,7 +226,7 @@ ChannelListener::ChannelListener(Client& client,
                                  const CosEventChannelAdmin::EventChannel_var& channel)
     : servant_(new ChannelConsumer(inbox_)),
       poa_(PortableServer::POA::_duplicate(client.server().rootPoa())),
-      id_(poa_->activate_object(servant_)) {
+      id_(poa_->activate_object(servant_.in())) {
   const CORBA::Object_var object = poa_->id_to_reference(id_);
   const CosEventComm::PushConsumer_var consumer = CosEventComm::PushConsumer::_narrow(object);
   const CosEventChannelAdmin::ConsumerAdmin_var admin = channel->for_consumers();

@@ -66,7 +66,7 @@ class FakeIterator final : public virtual Records::Skeleton {
  private:
   void deactivate() {
     const PortableServer::ObjectId_var id = poa_->servant_to_id(this);
-    poa_->deactivate_object(id);
+    poa_->deactivate_object(id.in());
   }
 
   Script& script_;
@@ -85,7 +85,7 @@ void deliver(Script& script, PortableServer::POA_ptr iteratorPoa, CORBA::ULong h
   if (count < records.length()) {
     const PortableServer::Servant_var<FakeIterator<Records>> iterator =
         new FakeIterator<Records>(script, iteratorPoa, count);
-    const PortableServer::ObjectId_var id = iteratorPoa->activate_object(iterator);
+    const PortableServer::ObjectId_var id = iteratorPoa->activate_object(iterator.in());
     rest = iterator->_this();
   }
 }

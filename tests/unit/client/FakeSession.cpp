@@ -31,7 +31,7 @@ TopoAgent::Subscription_I_ptr FakeSession::subscribe(
       throw globaldefs::ProcessingFailureException(globaldefs::EXCPT_INVALID_INPUT, "newer");
     }
     consumer_ = CosNotifyComm::StructuredPushConsumer::_duplicate(consumer);
-    subscription_ = poa_->activate_object(servant);
+    subscription_ = poa_->activate_object(servant.in());
   }
   script_.present(script_.onSubscribe)();
   return servant->_this();

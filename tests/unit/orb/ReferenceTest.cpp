@@ -58,8 +58,8 @@ TEST_F(Reference, LeadsToTheObjectBesideIt) {
   const auto second = server_->wellKnownObject("Second");
   const PortableServer::ServantBase_var one = new Answering(1);
   const PortableServer::ServantBase_var two = new Answering(2);
-  const CORBA::Object_var firstObject = first->publish(one);
-  const CORBA::Object_var secondObject = second->publish(two);
+  const CORBA::Object_var firstObject = first->publish(one.in());
+  const CORBA::Object_var secondObject = second->publish(two.in());
   const CORBA::Object_var beside = orb::objectBeside(server_->get(), firstObject, "Second");
   EXPECT_EQ(2U, lengthOf(beside));
 }

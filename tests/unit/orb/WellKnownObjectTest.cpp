@@ -27,7 +27,7 @@ class WellKnownObject : public testing::Test {
 TEST_F(WellKnownObject, AnswersAtItsKey) {
   const auto object = server_->wellKnownObject("Key");
   const ServantBase_var servant = new Answering(7);
-  const CORBA::Object_var published = object->publish(servant);
+  const CORBA::Object_var published = object->publish(servant.in());
   EXPECT_EQ(7U, lengthOf(at("Key")));
   EXPECT_EQ(7U, lengthOf(published));
 }
@@ -35,7 +35,7 @@ TEST_F(WellKnownObject, AnswersAtItsKey) {
 TEST_F(WellKnownObject, HasTheTypeOfItsServant) {
   const auto object = server_->wellKnownObject("Key");
   const ServantBase_var servant = new Answering(7);
-  const CORBA::Object_var published = object->publish(servant);
+  const CORBA::Object_var published = object->publish(servant.in());
   const CORBA::String_var text = server_->get()->object_to_string(published);
   const CORBA::Object_var copy = server_->get()->string_to_object(text);
   EXPECT_TRUE(copy->_is_a("IDL:TopoManagementManager/NodeIterator_I:1.0"));
@@ -53,12 +53,12 @@ TEST_F(WellKnownObject, RaisesTransientUntilSomethingIsPublished) {
 TEST_F(WellKnownObject, RaisesTransientOnceItIsRetiredAndServesTheNextServant) {
   const auto object = server_->wellKnownObject("Key");
   const ServantBase_var first = new Answering(1);
-  const CORBA::Object_var published = object->publish(first);
+  const CORBA::Object_var published = object->publish(first.in());
   object->retire();
   EXPECT_THROW(lengthOf(published), CORBA::TRANSIENT);
   EXPECT_THROW(at("Key")->_is_a("IDL:x:1.0"), CORBA::TRANSIENT);
   const ServantBase_var second = new Answering(2);
-  const CORBA::Object_var again = object->publish(second);
+  const CORBA::Object_var again = object->publish(second.in());
   EXPECT_EQ(2U, lengthOf(published));
   EXPECT_EQ(2U, lengthOf(again));
 }
@@ -66,7 +66,7 @@ TEST_F(WellKnownObject, RaisesTransientOnceItIsRetiredAndServesTheNextServant) {
 TEST_F(WellKnownObject, IsRetiredTwiceWithoutHarm) {
   const auto object = server_->wellKnownObject("Key");
   const ServantBase_var servant = new Answering(1);
-  const CORBA::Object_var published = object->publish(servant);
+  const CORBA::Object_var published = object->publish(servant.in());
   object->retire();
   object->retire();
   EXPECT_THROW(lengthOf(published), CORBA::TRANSIENT);
@@ -81,10 +81,10 @@ TEST_F(WellKnownObject, WaitsForARunningRequestAndServesOthersMeanwhile) {
     leave.get_future().wait();
     return 3;
   });
-  const CORBA::Object_var slowObject = slow->publish(slowServant);
+  const CORBA::Object_var slowObject = slow->publish(slowServant.in());
   const auto other = server_->wellKnownObject("Other");
   const ServantBase_var otherServant = new Answering(4);
-  const CORBA::Object_var otherObject = other->publish(otherServant);
+  const CORBA::Object_var otherObject = other->publish(otherServant.in());
 
   auto answer = std::async(std::launch::async, [&] { return lengthOf(slowObject); });
   entered.get_future().wait();
@@ -111,13 +111,13 @@ TEST_F(WellKnownObject, WaitsForARunningRequestAndServesOthersMeanwhile) {
 TEST_F(WellKnownObject, IsRetiredFromWithinARequestToAnother) {
   const auto manager = server_->wellKnownObject("Manager");
   const ServantBase_var servant = new Answering(1);
-  const CORBA::Object_var managerObject = manager->publish(servant);
+  const CORBA::Object_var managerObject = manager->publish(servant.in());
   const auto console = server_->wellKnownObject("Console");
   const ServantBase_var consoleServant = new Answering([&]() -> CORBA::ULong {
     manager->retire();
     return 9;
   });
-  const CORBA::Object_var consoleObject = console->publish(consoleServant);
+  const CORBA::Object_var consoleObject = console->publish(consoleServant.in());
   EXPECT_EQ(9U, lengthOf(consoleObject));
   EXPECT_THROW(lengthOf(managerObject), CORBA::TRANSIENT);
 }
@@ -140,7 +140,7 @@ TEST_F(WellKnownObject, LetsGoOfItsServantWhenItIsRetired) {
   bool gone = false;
   const auto object = server_->wellKnownObject("Key");
   ServantBase_var servant = new Counted(gone);
-  const CORBA::Object_var published = object->publish(servant);
+  const CORBA::Object_var published = object->publish(servant.in());
   servant = nullptr;
   EXPECT_FALSE(gone);
   object->retire();
@@ -151,12 +151,12 @@ TEST_F(WellKnownObject, IsGoneWithItsObject) {
   {
     const auto object = server_->wellKnownObject("Key");
     const ServantBase_var servant = new Answering(1);
-    const CORBA::Object_var published = object->publish(servant);
+    const CORBA::Object_var published = object->publish(servant.in());
   }
   EXPECT_THROW(lengthOf(at("Key")), CORBA::OBJECT_NOT_EXIST);
   const auto again = server_->wellKnownObject("Key");
   const ServantBase_var servant = new Answering(2);
-  const CORBA::Object_var published = again->publish(servant);
+  const CORBA::Object_var published = again->publish(servant.in());
   EXPECT_EQ(2U, lengthOf(at("Key")));
 }
 

@@ -175,7 +175,7 @@ TEST(TmfNode, KeepsItsTextsWhenItIsAssignedToItself) {
 
 TEST(TmfNode, KeepsATextThatIsAssignedToItself) {
   Node_T node = someNode("a");
-  CORBA::String_member& same = node.nativeEMSName;
+  auto& same = node.nativeEMSName;
   node.nativeEMSName = same;
   EXPECT_STREQ(node.nativeEMSName.in(), "a");
 }

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "fakes/Journal.h"
+#include "orb/corba.h"
 
 namespace {
 
