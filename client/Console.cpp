@@ -79,17 +79,18 @@ ImportSummary_T send(TopoAgent::Console_I_ptr console, const TopoAgent::Content_
                      const Options& options) {
   try {
     return console->importNetwork(options.arguments.file.c_str(), content);
-  } catch (const CORBA::MARSHAL& failure) {
+  } catch (const CORBA::SystemException& failure) {
     if (orb::isMessageTooLarge(failure)) {
       tooLarge(options);
     }
-    throw;
-  } catch (const CORBA::COMM_FAILURE&) {
     // The agent has answered on this connection before.
-    throw Failure(ExitCode::kCallFailed,
-                  "the connection broke while the file '" + options.arguments.file +
-                      "' was imported: the agent ended, or the file is over the agent's size "
-                      "limit; raise --max-message of the agent");
+    if (orb::isConnectionClosed(failure)) {
+      throw Failure(ExitCode::kCallFailed,
+                    "the connection broke while the file '" + options.arguments.file +
+                        "' was imported: the agent ended, or the file is over the agent's size "
+                        "limit; raise --max-message of the agent");
+    }
+    throw;
   }
 }
 
@@ -128,7 +129,7 @@ PrintFunction importNetwork(TopoAgent::Console_I_ptr console, const Options& opt
     tooLarge(options);
   }
   const TopoAgent::Content_T_var content = toContent(bytes);
-  const ImportSummary_T added = send(console, content, options);
+  const ImportSummary_T added = send(console, content.in(), options);
   return recordPrinter(added, summaryDescription(), options.format);
 }
 

@@ -120,6 +120,13 @@ TEST_F(AgentLife, TracesTheServantsLifeAtLogLevelThree) {
               HasSubstr("toposvc:39 [ ~RefCount]  Reference count associated object destroyed!"));
 }
 
+// Where a reference leads to. Its text may differ: padding in it need not be zero.
+std::pair<std::string, orb::ObjectKey> targetOf(const std::string& reference) {
+  const auto client = orb::startClient({});
+  const CORBA::Object_var object = client->get()->string_to_object(reference.c_str());
+  return {orb::addressOf(object), orb::objectKeyOf(object)};
+}
+
 TEST_F(AgentLife, ComesBackAfterAKillWithTheSameNetworkAndTheSameReference) {
   const std::string endpoint = quietEndpoint();
   std::string reference;
@@ -131,7 +138,7 @@ TEST_F(AgentLife, ComesBackAfterAKillWithTheSameNetworkAndTheSameReference) {
     EXPECT_EQ(SIGKILL, agent.stop(SIGKILL).signal);
   }
   const RunningAgent agent({}, store(), endpoint);
-  EXPECT_EQ(reference, agent.reference());
+  EXPECT_EQ(targetOf(reference), targetOf(agent.reference()));
   const Ended ended = runTopoctl({"--agent", reference, "--format", "json", "topo"});
   EXPECT_EQ(0, ended.status) << ended.err;
   EXPECT_EQ(view, json::parse(ended.out).dump());
@@ -268,7 +275,7 @@ TEST_F(AgentLife, RefusesAPortInUse) {
   const TakenPort port;
   EXPECT_THAT(refusal({"--store", ":memory:", "--endpoint", port.endpoint()}),
               AllOf(StartsWith("topo-agentd: cannot listen on " + port.endpoint() + ": "),
-                    HasSubstr("Address in use")));
+                    HasSubstr("in use")));
 }
 
 TEST_F(AgentLife, RefusesAModuleThatIsNotThere) {

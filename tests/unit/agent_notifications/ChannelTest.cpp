@@ -1,5 +1,6 @@
 // The event channel: found, lost and found again.
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -262,7 +263,8 @@ TEST_F(Channels, ThatNobodyServesAreNoFailure) {
 }
 
 TEST_F(Channels, WithoutAReadableReferenceAreNoFailure) {
-  EXPECT_NE(std::string::npos, complaintAbout("no reference").find("BAD_PARAM"));
+  EXPECT_THAT(complaintAbout("no reference"),
+              testing::AnyOf(testing::HasSubstr("BAD_PARAM"), testing::HasSubstr("INV_OBJREF")));
 }
 
 TEST_F(Channels, WithANilReferenceAreNoFailure) {
