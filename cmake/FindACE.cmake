@@ -1,7 +1,15 @@
 # ACE, the adaptive communication environment. Defines the target ACE::ACE.
+#
+# With TAO_ROOT set it is the one that came with that TAO, whatever else the machine has.
 
-find_path(ACE_INCLUDE_DIR ace/ACE.h)
-find_library(ACE_LIBRARY ACE)
+if(TOPO_ORB STREQUAL "tao")
+  set(_ace_search HINTS "${TAO_ROOT}/.." "${TAO_ROOT}" NO_DEFAULT_PATH)
+else()
+  set(_ace_search)
+endif()
+
+find_path(ACE_INCLUDE_DIR ace/ACE.h ${_ace_search} PATH_SUFFIXES include)
+find_library(ACE_LIBRARY ACE ${_ace_search} PATH_SUFFIXES lib lib64)
 
 include(FindPackageHandleStandardArgs)
 find_package_handle_standard_args(ACE REQUIRED_VARS ACE_LIBRARY ACE_INCLUDE_DIR)

@@ -4,36 +4,8 @@
 #   Orb::Notification   stubs and skeletons of the CORBA notification and event services
 #   ORB_IDL_COMPILER    its IDL compiler
 #   ORB_SERVICES_IDL    the folder with the IDL of the CORBA services
-
+# and the function
+#   orb_generated(NAME OUT VARIABLE)       what the compiler makes of NAME.idl in the folder OUT
+#   orb_idl_command(IDL OUT VARIABLE)      the command line that does it
 include(FindPackageHandleStandardArgs)
-
-find_path(OMNIORB_INCLUDE_DIR omniORB4/CORBA.h)
-find_library(OMNIORB_LIBRARY omniORB4)
-find_library(OMNIORB_DYNAMIC_LIBRARY omniDynamic4)
-find_library(OMNIORB_THREAD_LIBRARY omnithread)
-find_program(ORB_IDL_COMPILER omniidl)
-find_path(OMNIORB_SERVICES_INCLUDE_DIR CosNotifyComm.hh PATH_SUFFIXES COS)
-find_library(OMNIORB_SERVICES_LIBRARY COS4)
-find_library(OMNIORB_SERVICES_DYNAMIC_LIBRARY COSDynamic4)
-find_path(ORB_SERVICES_IDL CosNotifyComm.idl PATH_SUFFIXES share/idl/omniORB/COS)
-
-find_package_handle_standard_args(Orb REQUIRED_VARS
-  OMNIORB_LIBRARY OMNIORB_DYNAMIC_LIBRARY OMNIORB_THREAD_LIBRARY OMNIORB_INCLUDE_DIR ORB_IDL_COMPILER
-  OMNIORB_SERVICES_INCLUDE_DIR OMNIORB_SERVICES_LIBRARY OMNIORB_SERVICES_DYNAMIC_LIBRARY
-  ORB_SERVICES_IDL)
-
-if(Orb_FOUND AND NOT TARGET Orb::Orb)
-  add_library(Orb::Orb INTERFACE IMPORTED)
-  target_include_directories(Orb::Orb SYSTEM INTERFACE "${OMNIORB_INCLUDE_DIR}")
-  target_link_libraries(Orb::Orb INTERFACE
-    "${OMNIORB_LIBRARY}" "${OMNIORB_DYNAMIC_LIBRARY}" "${OMNIORB_THREAD_LIBRARY}" Threads::Threads)
-
-  add_library(Orb::Notification INTERFACE IMPORTED)
-  target_include_directories(Orb::Notification SYSTEM INTERFACE "${OMNIORB_SERVICES_INCLUDE_DIR}")
-  target_link_libraries(Orb::Notification INTERFACE
-    Orb::Orb "${OMNIORB_SERVICES_LIBRARY}" "${OMNIORB_SERVICES_DYNAMIC_LIBRARY}")
-
-  add_library(Orb::Internal INTERFACE IMPORTED)
-  target_include_directories(Orb::Internal SYSTEM INTERFACE
-    "${OMNIORB_INCLUDE_DIR}/omniORB4/internal")
-endif()
+include("${CMAKE_CURRENT_LIST_DIR}/orb/${TOPO_ORB}.cmake")

@@ -8,12 +8,11 @@ function(idl_library target)
   set(sources)
   foreach(idl IN LISTS ARGN)
     get_filename_component(name "${idl}" NAME_WE)
-    set(generated "${out}/${name}SK.cc" "${out}/${name}DynSK.cc")
+    orb_generated("${name}" "${out}" generated)
+    orb_idl_command("${CMAKE_CURRENT_SOURCE_DIR}/${idl}" "${out}" command)
     add_custom_command(
-      OUTPUT ${generated} "${out}/${name}.hh"
-      COMMAND "${ORB_IDL_COMPILER}" -bcxx -Wba -Wbuse_quotes "-I${PROJECT_SOURCE_DIR}/idl"
-              "-I${ORB_SERVICES_IDL}"
-              -C "${out}" "${CMAKE_CURRENT_SOURCE_DIR}/${idl}"
+      OUTPUT ${generated}
+      COMMAND ${command}
       DEPENDS ${ARGN}
       COMMENT "Compiling ${idl}"
       VERBATIM)

@@ -42,16 +42,6 @@ void setLogReceiver(LogFunction log) {
   logReceiver = std::move(log);
 }
 
-}  // namespace
-
-std::string format(const Endpoint& endpoint) {
-  const bool ipv6 = endpoint.host.find(':') != std::string::npos;
-  const std::string host = ipv6 ? "[" + endpoint.host + "]" : endpoint.host;
-  return host + ":" + std::to_string(endpoint.port);
-}
-
-namespace {
-
 // The ORB takes its settings as an array of name and value, ended by a null pair.
 CORBA::ORB_ptr initWithSettings(const std::vector<std::pair<std::string, std::string>>& settings) {
   const auto table = std::make_unique<const char*[][2]>(settings.size() + 1);

@@ -1,0 +1,68 @@
+# TAO 2.x or 3.x with the ACE that came with it. See FindOrb.cmake and docs/building-on-tao.md.
+#
+# TAO_ROOT is the folder TAO of a built source tree (ACE_wrappers/TAO), or the prefix under which both
+# are installed.
+
+# Nothing of another ACE or TAO on the machine may get in between.
+set(_orb_search HINTS "${TAO_ROOT}" "${TAO_ROOT}/.." NO_DEFAULT_PATH)
+
+find_path(TAO_INCLUDE_DIR tao/corba.h ${_orb_search} PATH_SUFFIXES include)
+find_path(TAO_SERVICES_INCLUDE_DIR orbsvcs/CosNotifyComm.idl ${_orb_search}
+  PATH_SUFFIXES orbsvcs include)
+find_program(ORB_IDL_COMPILER tao_idl ${_orb_search} PATH_SUFFIXES bin)
+find_program(TAO_GPERF ace_gperf ${_orb_search} PATH_SUFFIXES bin)
+find_path(ORB_SERVICES_IDL CosNotifyComm.idl HINTS "${TAO_SERVICES_INCLUDE_DIR}/orbsvcs"
+  NO_DEFAULT_PATH)
+
+# In the order in which they need each other.
+set(_orb_libraries
+  TAO_CosNaming_Skel TAO_CosNaming TAO_PortableServer TAO_PI TAO_CodecFactory TAO_Codeset
+  TAO_AnyTypeCode TAO)
+set(_orb_services TAO_CosNotification_Skel TAO_CosNotification TAO_CosEvent_Skel TAO_CosEvent)
+set(_orb_found)
+foreach(library IN LISTS _orb_libraries _orb_services)
+  find_library(${library}_LIBRARY ${library} ${_orb_search} PATH_SUFFIXES lib lib64)
+  list(APPEND _orb_found ${library}_LIBRARY)
+endforeach()
+
+find_package_handle_standard_args(Orb REQUIRED_VARS
+  TAO_INCLUDE_DIR TAO_SERVICES_INCLUDE_DIR ORB_IDL_COMPILER ORB_SERVICES_IDL ${_orb_found})
+
+if(Orb_FOUND AND NOT TARGET Orb::Orb)
+  get_filename_component(_orb_library_dir "${TAO_LIBRARY}" DIRECTORY)
+
+  add_library(Orb::Orb INTERFACE IMPORTED)
+  target_include_directories(Orb::Orb SYSTEM INTERFACE
+    "${TAO_INCLUDE_DIR}" "${TAO_SERVICES_INCLUDE_DIR}")
+  foreach(library IN LISTS _orb_libraries)
+    target_link_libraries(Orb::Orb INTERFACE "${${library}_LIBRARY}")
+  endforeach()
+  target_link_libraries(Orb::Orb INTERFACE ACE::ACE Threads::Threads)
+  # Libraries that these need in turn stand beside them.
+  target_link_options(Orb::Orb INTERFACE "LINKER:-rpath-link,${_orb_library_dir}")
+
+  add_library(Orb::Notification INTERFACE IMPORTED)
+  target_include_directories(Orb::Notification SYSTEM INTERFACE "${ORB_SERVICES_IDL}")
+  foreach(library IN LISTS _orb_services)
+    target_link_libraries(Orb::Notification INTERFACE "${${library}_LIBRARY}")
+  endforeach()
+  target_link_libraries(Orb::Notification INTERFACE Orb::Orb)
+
+  add_library(Orb::Internal INTERFACE IMPORTED)  # nothing beyond the public headers
+endif()
+
+function(orb_generated name out variable)
+  set(${variable} "${out}/${name}C.cpp" "${out}/${name}S.cpp" PARENT_SCOPE)
+endfunction()
+
+# The compiler's libraries need not be on the system's path. Without gperf it makes slower tables.
+function(orb_idl_command idl out variable)
+  get_filename_component(libraries "${TAO_LIBRARY}" DIRECTORY)
+  set(gperf)
+  if(TAO_GPERF)
+    set(gperf -g "${TAO_GPERF}")
+  endif()
+  set(${variable} "${CMAKE_COMMAND}" -E env "LD_LIBRARY_PATH=${libraries}:$ENV{LD_LIBRARY_PATH}"
+    "${ORB_IDL_COMPILER}" ${gperf} "-I${PROJECT_SOURCE_DIR}/idl" "-I${ORB_SERVICES_IDL}"
+    "-I${TAO_SERVICES_INCLUDE_DIR}" "-I${TAO_INCLUDE_DIR}" -o "${out}" "${idl}" PARENT_SCOPE)
+endfunction()

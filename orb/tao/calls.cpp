@@ -1,0 +1,149 @@
+#include "calls.h"
+
+#include <ace/Time_Value.h>
+#include <tao/ORBInitializer_Registry.h>
+#include <tao/ORB_Core.h>
+#include <tao/Object.h>
+#include <tao/PI/PI.h>
+#include <tao/Stub.h>
+
+#include <atomic>
+#include <cstring>
+#include <iterator>
+#include <mutex>
+#include <shared_mutex>
+#include <unordered_map>
+
+#include "messages.h"
+#include "orb/orb.h"
+
+namespace orb {
+
+using std::chrono::milliseconds;
+
+// The time-out of calls in general, and those of single references. Each entry holds its reference,
+// so that no later one is mistaken for it; those that nobody else holds any more are dropped when
+// another is added.
+class Timeouts {
+ public:
+  void setForOthers(milliseconds timeout) { others_ = timeout; }
+
+  void set(CORBA::Object_ptr reference, milliseconds timeout) {
+    const std::unique_lock<std::shared_mutex> lock(mutex_);
+    dropUnused();
+    Entry& entry = entries_[reference->_stubobj()];
+    entry.timeout = timeout;
+    entry.reference = CORBA::Object::_duplicate(reference);
+  }
+
+  milliseconds of(TAO_Stub* stub) const {
+    const std::shared_lock<std::shared_mutex> lock(mutex_);
+    const auto found = entries_.find(stub);
+    return found == entries_.end() ? others_.load() : found->second.timeout;
+  }
+
+  void clear() {
+    const std::unique_lock<std::shared_mutex> lock(mutex_);
+    entries_.clear();
+  }
+
+ private:
+  struct Entry {
+    CORBA::Object_var reference;
+    milliseconds timeout{};
+  };
+
+  void dropUnused() {
+    for (auto entry = entries_.begin(); entry != entries_.end();) {
+      const bool unused = entry->second.reference->_refcount_value() == 1;
+      entry = unused ? entries_.erase(entry) : std::next(entry);
+    }
+  }
+
+  std::atomic<milliseconds> others_{milliseconds(0)};
+  mutable std::shared_mutex mutex_;
+  std::unordered_map<TAO_Stub*, Entry> entries_;  // guarded by mutex_
+};
+
+// Never destroyed: ORBs that end at exit come here.
+ORB_ONE_PER_PROCESS Timeouts& timeouts();
+
+Timeouts& timeouts() {
+  static auto* const instance = new Timeouts;
+  return *instance;
+}
+
+namespace {
+
+// The ORB asks at the beginning of every call.
+void beginCall(TAO_ORB_Core* /*core*/, TAO_Stub* stub, bool& limited, ACE_Time_Value& time) {
+  lastCall() = {};
+  const milliseconds timeout = timeouts().of(stub);
+  limited = timeout.count() > 0;
+  if (limited) {
+    time.set(static_cast<time_t>(timeout.count() / 1000),
+             static_cast<suseconds_t>(timeout.count() % 1000 * 1000));
+  }
+}
+
+// Puts into the exception of a call what is known about it.
+class CallObserver final : public PortableInterceptor::ClientRequestInterceptor,
+                           public CORBA::LocalObject {
+ public:
+  char* name() override { return CORBA::string_dup("TopoCallObserver"); }
+  void destroy() override {}
+  void send_request(PortableInterceptor::ClientRequestInfo_ptr) override {}
+  void send_poll(PortableInterceptor::ClientRequestInfo_ptr) override {}
+  void receive_reply(PortableInterceptor::ClientRequestInfo_ptr) override {}
+  void receive_other(PortableInterceptor::ClientRequestInfo_ptr) override {}
+
+  void receive_exception(PortableInterceptor::ClientRequestInfo_ptr call) override {
+    const CORBA::String_var id = call->received_exception_id();
+    if (std::strcmp(id.in(), "IDL:omg.org/CORBA/COMM_FAILURE:1.0") != 0) {
+      return;
+    }
+    if (lastCall().tooLarge) {
+      throw CORBA::MARSHAL(kMessageTooLarge, CORBA::COMPLETED_MAYBE);
+    }
+    if (lastCall().replyBegun) {
+      throw CORBA::COMM_FAILURE(kBrokenOff, CORBA::COMPLETED_MAYBE);
+    }
+  }
+};
+
+class Initializer final : public PortableInterceptor::ORBInitializer, public CORBA::LocalObject {
+ public:
+  void pre_init(PortableInterceptor::ORBInitInfo_ptr) override {}
+
+  void post_init(PortableInterceptor::ORBInitInfo_ptr orb) override {
+    const PortableInterceptor::ClientRequestInterceptor_var observer = new CallObserver;
+    orb->add_client_request_interceptor(observer.in());
+  }
+};
+
+}  // namespace
+
+void installCallObserver() {
+  const PortableInterceptor::ORBInitializer_var initializer = new Initializer;
+  PortableInterceptor::register_orb_initializer(initializer.in());
+}
+
+LastCall& lastCall() {
+  thread_local LastCall call;
+  return call;
+}
+
+void setCallTimeout(TAO_ORB_Core& core, milliseconds timeout) {
+  timeouts().setForOthers(timeout);
+  core.set_timeout_hook(beginCall);
+}
+
+void setCallTimeout(CORBA::Object_ptr reference, milliseconds timeout) {
+  timeouts().set(reference, timeout);
+}
+
+void forgetCallTimeouts() {
+  timeouts().clear();
+}
+
+}  // namespace orb

@@ -1,0 +1,96 @@
+// What the ORB's system exceptions say.
+
+#include <tao/ORB_Constants.h>
+#include <tao/SystemException.h>
+
+#include <cstring>
+#include <string>
+
+#include "calls.h"
+#include "messages.h"
+#include "orb/orb.h"
+
+namespace orb {
+namespace {
+
+constexpr CORBA::ULong kVendor = 0xfffff000;
+constexpr CORBA::ULong kLocation = 0x00000f80;  // where in the ORB, in the ORB's own minor codes
+constexpr CORBA::ULong kErrno = 0x0000007f;
+
+CORBA::ULong locationOf(const CORBA::SystemException& failure) {
+  return (failure.minor() & kVendor) == TAO::VMCID ? failure.minor() & kLocation : 0;
+}
+
+bool isTransient(const CORBA::SystemException& failure) {
+  return CORBA::TRANSIENT::_downcast(&failure) != nullptr;
+}
+
+bool isCommFailure(const CORBA::SystemException& failure) {
+  return CORBA::COMM_FAILURE::_downcast(&failure) != nullptr;
+}
+
+// What a minor code of this ORB says, or one of the OMG's that it raises; empty for all others.
+std::string causeOf(const CORBA::SystemException& failure) {
+  if (isTransient(failure) && failure.minor() == (CORBA::OMGVMCID | 2)) {
+    return "no connection";
+  }
+  if (isTransient(failure) && failure.minor() == (CORBA::OMGVMCID | 1)) {
+    return "requests are discarded";
+  }
+  if (isBrokenOff(failure)) {
+    return "the connection ended within the answer";
+  }
+  if (isMessageTooLarge(failure)) {
+    return "a message is over the size limit";
+  }
+  switch (locationOf(failure)) {
+    case TAO_INVOCATION_SEND_REQUEST_MINOR_CODE:
+      return "the request was not sent";
+    case TAO_INVOCATION_RECV_REQUEST_MINOR_CODE:
+      return "the connection ended before the answer";
+    case TAO_TIMEOUT_CONNECT_MINOR_CODE:
+      return "no connection in time";
+    case TAO_TIMEOUT_SEND_MINOR_CODE:
+      return "the request was not sent in time";
+    case TAO_TIMEOUT_RECV_MINOR_CODE:
+      return "no answer in time";
+    default:
+      break;
+  }
+  const auto error = static_cast<int>(failure.minor() & kErrno);
+  const bool own = (failure.minor() & kVendor) == TAO::VMCID;
+  return own && error != 0 ? std::strerror(error) : "";
+}
+
+}  // namespace
+
+std::string describe(const CORBA::SystemException& failure) {
+  const std::string cause = causeOf(failure);
+  return failure._name() + (cause.empty() ? "" : " (" + cause + ")");
+}
+
+bool isMessageTooLarge(const CORBA::SystemException& failure) {
+  return CORBA::MARSHAL::_downcast(&failure) != nullptr && failure.minor() == kMessageTooLarge;
+}
+
+bool isBrokenOff(const CORBA::SystemException& failure) {
+  return isCommFailure(failure) && failure.minor() == kBrokenOff;
+}
+
+bool isTimeout(const CORBA::SystemException& failure) {
+  return CORBA::TIMEOUT::_downcast(&failure) != nullptr;
+}
+
+bool isConnectionClosed(const CORBA::SystemException& failure) {
+  return isCommFailure(failure);
+}
+
+bool isUnreachable(const CORBA::SystemException& failure) {
+  if (isBrokenOff(failure)) {
+    return false;
+  }
+  return isTransient(failure) || isCommFailure(failure) || isTimeout(failure) ||
+         CORBA::OBJECT_NOT_EXIST::_downcast(&failure) != nullptr;
+}
+
+}  // namespace orb

@@ -1,0 +1,180 @@
+#include "messages.h"
+
+#include <ace/CDR_Base.h>
+#include <ace/Malloc_Allocator.h>
+#include <ace/Service_Config.h>
+#include <ace/Service_Types.h>
+#include <tao/CDR.h>
+#include <tao/GIOP_Fragmentation_Strategy.h>
+#include <tao/ORB_Constants.h>
+#include <tao/ORB_Core.h>
+#include <tao/SystemException.h>
+#include <tao/default_resource.h>
+
+#include <atomic>
+#include <cerrno>
+#include <cstddef>
+#include <cstring>
+#include <new>
+#include <string>
+#include <utility>
+
+#include "calls.h"
+
+namespace orb {
+
+ORB_ONE_PER_PROCESS std::atomic<std::size_t>& maxMessageBytes();
+
+std::atomic<std::size_t>& maxMessageBytes() {
+  static std::atomic<std::size_t> bytes{0};
+  return bytes;
+}
+
+namespace {
+
+// How large the buffer of a message may be: buffers grow in steps and align their contents.
+std::size_t maxBufferBytes() {
+  return ACE_CDR::first_size(maxMessageBytes() + ACE_CDR::MAX_ALIGNMENT);
+}
+
+void* outOfMemory() {
+  errno = ENOMEM;
+  return nullptr;
+}
+
+// Buffers of messages that are being written. A message is a chain of them, so this stops a text
+// that is too large in one piece; the sum is MessageLimit's affair.
+class OutgoingBuffers final : public ACE_New_Allocator {
+ public:
+  void* malloc(std::size_t bytes) override {
+    if (bytes > maxBufferBytes()) {
+      lastCall().tooLarge = true;
+      return outOfMemory();
+    }
+    return ACE_New_Allocator::malloc(bytes);
+  }
+};
+
+// Buffers of messages that are being read. A connection whose message gets none is closed.
+class IncomingBuffers final : public ACE_New_Allocator {
+ public:
+  void* malloc(std::size_t bytes) override {
+    LastCall& call = lastCall();
+    call.replyBegun = true;
+    // Fragments are put together in one more buffer, so a message is there twice for a moment.
+    const std::int64_t most = 2 * static_cast<std::int64_t>(maxBufferBytes());
+    const auto wanted = static_cast<std::int64_t>(bytes);
+    if (bytes > maxBufferBytes() || call.bytesReceived + wanted > most) {
+      call.tooLarge = true;
+      return outOfMemory();
+    }
+    void* const block = ::operator new(kHeader + bytes, std::nothrow);
+    if (block == nullptr) {
+      return outOfMemory();
+    }
+    new (block) std::int64_t(wanted);
+    call.bytesReceived += wanted;
+    return static_cast<char*>(block) + kHeader;
+  }
+
+  void* calloc(std::size_t bytes, char initial) override {
+    void* const buffer = malloc(bytes);
+    return buffer == nullptr ? nullptr : std::memset(buffer, initial, bytes);
+  }
+
+  void* calloc(std::size_t count, std::size_t size, char initial) override {
+    return calloc(count * size, initial);
+  }
+
+  void free(void* buffer) override {
+    if (buffer == nullptr) {
+      return;
+    }
+    char* const block = static_cast<char*>(buffer) - kHeader;
+    lastCall().bytesReceived -= *std::launder(reinterpret_cast<std::int64_t*>(block));
+    ::operator delete(block);
+  }
+
+ private:
+  // Before each buffer stands its size.
+  static constexpr std::size_t kHeader = alignof(std::max_align_t);
+};
+
+// The ORB asks before it writes whether a message is to be sent in pieces. It is not, but it may be
+// over the limit. Of texts it asks without their length: the last one of a message is not measured.
+class MessageLimit final : public TAO_GIOP_Fragmentation_Strategy {
+ public:
+  int fragment(TAO_OutputCDR& message, ACE_CDR::ULong /*alignment*/, ACE_CDR::ULong more) override {
+    const std::size_t written = message.total_length();
+    if (message.stub() != nullptr) {  // a request
+      countAttempt(written);
+    }
+    if (written + more <= maxMessageBytes()) {
+      return 0;
+    }
+    lastCall().tooLarge = true;
+    throw CORBA::MARSHAL(kMessageTooLarge, CORBA::COMPLETED_MAYBE);
+  }
+
+ private:
+  // The ORB writes a request anew as often as its connection ends before it is sent, which it does
+  // for ever when the peer refuses it.
+  static void countAttempt(std::size_t written) {
+    constexpr int kMost = 10;
+    LastCall& call = lastCall();
+    if (call.attempts == 0 || written < call.requestBytes) {
+      ++call.attempts;
+    }
+    call.requestBytes = written;
+    if (call.attempts > kMost) {
+      throw CORBA::COMM_FAILURE(TAO::VMCID | TAO_INVOCATION_SEND_REQUEST_MINOR_CODE,
+                                CORBA::COMPLETED_NO);
+    }
+  }
+};
+
+class MessageResources final : public TAO_Default_Resource_Factory {
+  // A pointer that owns, of the kind that this version of the ORB uses.
+  using Fragmentation =
+      decltype(std::declval<const TAO_Default_Resource_Factory&>().create_fragmentation_strategy(
+          nullptr, 0));
+
+ public:
+  ACE_Allocator* input_cdr_buffer_allocator() override { return new IncomingBuffers; }
+  ACE_Allocator* output_cdr_buffer_allocator() override { return new OutgoingBuffers; }
+
+  Fragmentation create_fragmentation_strategy(TAO_Transport* /*transport*/,
+                                              CORBA::ULong /*most*/) const override {
+    return Fragmentation(new MessageLimit);
+  }
+};
+
+constexpr const char* kName = "TopoMessageResources";
+
+ACE_Service_Object* makeResources(ACE_Service_Object_Exterminator* exterminator) {
+  if (exterminator != nullptr) {
+    *exterminator = [](void* made) { delete static_cast<MessageResources*>(made); };
+  }
+  return new MessageResources;
+}
+
+}  // namespace
+
+void limitMessages(std::size_t bytes) {
+  maxMessageBytes() = bytes;
+}
+
+void installMessageLimit() {
+  static const ACE_Static_Svc_Descriptor descriptor = {
+      kName, ACE_SVC_OBJ_T, makeResources,
+      ACE_Service_Type::DELETE_THIS | ACE_Service_Type::DELETE_OBJ, 0};
+  ACE_Service_Config::process_directive(descriptor);
+  // UTF-8 is 0x05010001 in the OSF registry of code sets.
+  const std::string settings = std::string("static ") + kName +
+                               " \"-ORBNativeCharCodeset 0x05010001"
+                               " -ORBReactorMaskSignals 0 -ORBFlushingStrategy blocking\"";
+  ACE_Service_Config::process_directive(settings.c_str());
+  TAO_ORB_Core::set_resource_factory(kName);
+}
+
+}  // namespace orb

@@ -1,0 +1,201 @@
+// An ORB's life.
+
+#include "orb/orb.h"
+
+#include <ace/Log_Msg.h>
+#include <ace/Service_Config.h>
+#include <tao/Codeset/Codeset.h>
+#include <tao/ORB_Core.h>
+#include <tao/PortableServer/Root_POA.h>
+#include <tao/default_client.h>
+#include <tao/default_server.h>
+
+#include <mutex>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "barekeys.h"
+#include "calls.h"
+#include "messages.h"
+
+namespace orb {
+namespace {
+
+// How long threads of idle connections take to notice that the ORB ends.
+constexpr const char* kShutdownPollMilliseconds = "100";
+
+// The ORB has one configuration for the process. Every connection has a thread of its own here and
+// a call its own connection, so that nobody waits for somebody else's slow peer.
+void configureProcess() {
+  static std::once_flag once;
+  std::call_once(once, [] {
+    installMessageLimit();
+    installCallObserver();
+    ACE_Service_Config::process_directive(ace_svc_desc_TAO_Default_Server_Strategy_Factory);
+    const std::string server =
+        std::string(
+            "static Server_Strategy_Factory \"-ORBConcurrency thread-per-connection"
+            " -ORBThreadPerConnectionTimeout ") +
+        kShutdownPollMilliseconds + "\"";
+    ACE_Service_Config::process_directive(server.c_str());
+    ACE_Service_Config::process_directive(ace_svc_desc_TAO_Default_Client_Strategy_Factory);
+    ACE_Service_Config::process_directive(
+        "static Client_Strategy_Factory \"-ORBTransportMuxStrategy exclusive"
+        " -ORBClientConnectionHandler rw -ORBConnectStrategy blocked\"");
+  });
+}
+
+CORBA::ORB_ptr initOrb(const Options& options, const Endpoint& listenAt) {
+  configureProcess();
+  limitMessages(options.maxMessageBytes);
+  std::vector<std::string> arguments = {
+      "orb",
+      "-ORBIgnoreDefaultSvcConfFile",  // of the current folder
+      "-ORBDottedDecimalAddresses",
+      "1",
+      "-ORBListenEndpoints",
+      "iiop://" + format(listenAt),
+  };
+  std::vector<char*> argv;
+  for (std::string& argument : arguments) {
+    argv.push_back(argument.data());
+  }
+  auto argc = static_cast<int>(argv.size());
+  argv.push_back(nullptr);
+  CORBA::ORB_var orb = CORBA::ORB_init(argc, argv.data(), "topo");
+  setCallTimeout(*orb->orb_core(), options.callTimeout);
+  return orb._retn();
+}
+
+class RunningOrb {
+ public:
+  RunningOrb(const Options& options, const Endpoint& listenAt) : orb_(initOrb(options, listenAt)) {}
+
+  ~RunningOrb() {
+    forgetCallTimeouts();
+    orb_->destroy();
+  }
+
+  RunningOrb(const RunningOrb&) = delete;
+  RunningOrb& operator=(const RunningOrb&) = delete;
+
+  CORBA::ORB_ptr get() { return orb_.in(); }
+  TAO_ORB_Core& core() { return *orb_->orb_core(); }
+
+ private:
+  CORBA::ORB_var orb_;
+};
+
+class ClientOrb final : public Orb {
+ public:
+  // Listens only if something of it is ever served.
+  explicit ClientOrb(const Options& options) : orb_(options, {"127.0.0.1", 0}) {}
+
+  CORBA::ORB_ptr get() override { return orb_.get(); }
+
+ private:
+  RunningOrb orb_;
+};
+
+class BareObject final : public WellKnownObject {
+ public:
+  BareObject(BareKeys& keys, std::string key)
+      : keys_(keys), key_(std::move(key)), gate_(std::make_shared<Gate>()) {
+    keys_.add(key_, gate_);
+  }
+
+  ~BareObject() override {
+    BareObject::retire();
+    keys_.remove(key_);
+  }
+
+  CORBA::Object_ptr publish(PortableServer::ServantBase* servant) override {
+    gate_->open(servant);
+    return keys_.referenceTo(key_, servant->_interface_repository_id());
+  }
+
+  void retire() override { gate_->close(); }
+
+ private:
+  BareKeys& keys_;
+  const std::string key_;
+  const std::shared_ptr<Gate> gate_;
+};
+
+class ListeningOrb final : public Server {
+ public:
+  ListeningOrb(const Options& options, const Endpoint& endpoint)
+      : orb_(options, endpoint), keys_(new BareKeys(orb_.core(), options.serveTimeout)) {
+    orb_.core().adapter_registry().insert(keys_);
+    const CORBA::Object_var object = orb_.get()->resolve_initial_references("RootPOA");
+    root_ = PortableServer::POA::_narrow(object.in());
+    const CORBA::Object_var probe = root_->create_reference("IDL:omg.org/CORBA/Object:1.0");
+    endpoint_ = endpointOf(probe.in());
+    acceptor_ = std::thread([this] { accept(); });
+  }
+
+  ~ListeningOrb() override {
+    ListeningOrb::observeRequests(nullptr);
+    orb_.get()->shutdown(true);
+    acceptor_.join();
+  }
+
+  CORBA::ORB_ptr get() override { return orb_.get(); }
+
+  void observeRequests(RequestObserver observer) override {
+    keys_->observeRequests(std::move(observer));
+  }
+
+  PortableServer::POA_ptr rootPoa() override { return root_.in(); }
+
+  Endpoint endpoint() override { return endpoint_; }
+
+  std::unique_ptr<WellKnownObject> wellKnownObject(const std::string& key) override {
+    return std::make_unique<BareObject>(*keys_, key);
+  }
+
+ private:
+  // Connections; each has a thread of its own from then on.
+  void accept() {
+    try {
+      orb_.get()->run();
+    } catch (const CORBA::BAD_INV_ORDER&) {
+      // The ORB has ended before this thread began.
+    }
+  }
+
+  static Endpoint endpointOf(CORBA::Object_ptr reference) {
+    const std::string address = addressOf(reference);
+    const std::size_t colon = address.rfind(':');
+    std::string host = address.substr(0, colon);
+    if (host.size() > 2 && host.front() == '[') {
+      host = host.substr(1, host.size() - 2);
+    }
+    return {host, static_cast<std::uint16_t>(std::stoul(address.substr(colon + 1)))};
+  }
+
+  RunningOrb orb_;
+  BareKeys* const keys_;  // the ORB's
+  PortableServer::POA_var root_;
+  Endpoint endpoint_;
+  std::thread acceptor_;
+};
+
+}  // namespace
+
+std::unique_ptr<Orb> startClient(const Options& options) {
+  return std::make_unique<ClientOrb>(options);
+}
+
+std::unique_ptr<Server> startServer(const Options& options, const Endpoint& endpoint,
+                                    const LogFunction& log) {
+  static_cast<void>(log);
+  try {
+    return std::make_unique<ListeningOrb>(options, endpoint);
+  } catch (const CORBA::SystemException& failure) {
+    throw EndpointError("cannot listen on " + format(endpoint) + ": " + describe(failure));
+  }
+}
+
+}  // namespace orb
