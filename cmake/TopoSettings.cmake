@@ -1,5 +1,14 @@
 # Settings that hold for every target of the project.
 
+set(TOPO_ORB "omniorb" CACHE STRING "The ORB to build on")
+set_property(CACHE TOPO_ORB PROPERTY STRINGS omniorb tao)
+if(TOPO_ORB STREQUAL "tao")
+  set(TAO_ROOT "$ENV{TAO_ROOT}" CACHE PATH "The TAO to build on: ACE_wrappers/TAO, or a prefix")
+  if(NOT TAO_ROOT)
+    message(FATAL_ERROR "TAO_ROOT is not set: say where TAO is with -DTAO_ROOT=DIR")
+  endif()
+endif()
+
 set(CMAKE_CXX_STANDARD 17)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)

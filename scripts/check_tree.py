@@ -54,8 +54,9 @@ PREFIXES = [
 ]
 
 ORB_NAME = re.compile(r"\bTAO_|\bomni", re.IGNORECASE)
-ORB_NAMES_ALLOWED = ("orb/", "cmake/", "docs/", "scripts/", "README.md", "CMakeLists.txt",
-                     "CMakePresets.json", "tests/CMakeLists.txt")
+# The last three tell people or apt which packages there are, and what is looked for.
+ORB_NAMES_ALLOWED = ("orb/", "cmake/", "docs/", "README.md", "scripts/packages.txt",
+                     "scripts/check_tree.py")
 TEXT = {".h", ".cpp", ".idl", ".py", ".sh", ".md", ".json", ".cmake", ".txt", ".map", ".hh", ""}
 
 
@@ -94,7 +95,7 @@ def orb_name_problems(name, text):
     if name.startswith(ORB_NAMES_ALLOWED):
         return
     for number, line in enumerate(text.splitlines(), 1):
-        if ORB_NAME.search(line) and "omniEvents" not in line and "omniNames" not in line:
+        if ORB_NAME.search(line):
             yield f"{name}:{number}: an ORB's name outside orb/, cmake/ and docs/"
 
 
@@ -114,8 +115,7 @@ def problems():
         yield from line_end_problems(name, text)
         if path.suffix in {".h", ".cpp"}:
             yield from include_problems(name, text)
-        if path.suffix in {".h", ".cpp", ".idl", ".hh"}:
-            yield from orb_name_problems(name, text)
+        yield from orb_name_problems(name, text)
 
 
 def main():

@@ -240,12 +240,12 @@ ChannelListener::~ChannelListener() {
 
 EventService::EventService() : endpoint_(quietEndpoint()) {
   start(true);
-  const std::vector<std::string> arguments = {"-i", "TopoEvents", "-c", "1000000",
-                                              "corbaloc::" + endpoint_ + "/omniEvents"};
+  const std::vector<std::string> arguments = {
+      "-i", "TopoEvents", "-c", "1000000", "corbaloc::" + endpoint_ + "/" TOPO_EVENT_SERVICE_KEY};
   support::Ended made;
   const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
   do {
-    made = support::run("/usr/bin/eventc", arguments);
+    made = support::run(TOPO_EVENT_CHANNEL_FACTORY, arguments);
   } while (made.status != 0 && std::chrono::steady_clock::now() < end);
   if (made.status != 0) {
     throw std::runtime_error("no channel: " + made.out + made.err);
@@ -265,7 +265,7 @@ void EventService::start(bool first) {
     arguments.emplace_back("-p");
     arguments.push_back(endpoint_.substr(endpoint_.rfind(':') + 1));
   }
-  process_ = std::make_unique<support::Process>("/usr/sbin/omniEvents", arguments);
+  process_ = std::make_unique<support::Process>(TOPO_EVENT_SERVICE, arguments);
 }
 
 CosEventChannelAdmin::EventChannel_var EventService::channel(Client& client) const {

@@ -41,9 +41,9 @@ std::string quietEndpoint() {
 
 NamingService::NamingService()
     : endpoint_(quietEndpoint()),
-      process_("/bin/sh",
-               {"-c", "exec omniNames -start 1 -nohostname -datadir " + directory_.path().string() +
-                          " -ORBendPoint giop:tcp:" + endpoint_ + " 2>&1"}) {
+      process_("/bin/sh", {"-c", "exec " TOPO_NAMING_SERVICE " -start 1 -nohostname -datadir " +
+                                     directory_.path().string() +
+                                     " -ORBendPoint giop:tcp:" + endpoint_ + " 2>&1"}) {
   const std::string before = "Root context is ";
   std::string line = process_.readLine();
   while (!line.empty() && line.find(before) == std::string::npos) {

@@ -41,7 +41,7 @@ class RunningAgent {
 // A loopback endpoint that stays free while nobody of this test uses it.
 std::string quietEndpoint();
 
-// A running omniNames.
+// A running naming service.
 class NamingService {
  public:
   NamingService();
