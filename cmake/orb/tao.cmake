@@ -38,6 +38,8 @@ if(Orb_FOUND AND NOT TARGET Orb::Orb)
     target_link_libraries(Orb::Orb INTERFACE "${${library}_LIBRARY}")
   endforeach()
   target_link_libraries(Orb::Orb INTERFACE ACE::ACE Threads::Threads)
+  # Inline operators of old versions compare references with null.
+  target_compile_options(Orb::Orb INTERFACE -fno-delete-null-pointer-checks)
   # Libraries that these need in turn stand beside them.
   target_link_options(Orb::Orb INTERFACE "LINKER:-rpath-link,${_orb_library_dir}")
 

@@ -2,8 +2,8 @@
 
 #include "orb/orb.h"
 
-#include <ace/Log_Msg.h>
 #include <ace/Service_Config.h>
+#include <netdb.h>
 #include <tao/Codeset/Codeset.h>
 #include <tao/ORB_Core.h>
 #include <tao/PortableServer/Root_POA.h>
@@ -20,10 +20,15 @@
 #include "messages.h"
 
 namespace orb {
+
+ORB_ONE_PER_PROCESS void configureProcess();
+
 namespace {
 
 // How long threads of idle connections take to notice that the ORB ends.
 constexpr const char* kShutdownPollMilliseconds = "100";
+
+}  // namespace
 
 // The ORB has one configuration for the process. Every connection has a thread of its own here and
 // a call its own connection, so that nobody waits for somebody else's slow peer.
@@ -45,6 +50,8 @@ void configureProcess() {
         " -ORBClientConnectionHandler rw -ORBConnectStrategy blocked\"");
   });
 }
+
+namespace {
 
 CORBA::ORB_ptr initOrb(const Options& options, const Endpoint& listenAt) {
   configureProcess();
@@ -182,19 +189,35 @@ class ListeningOrb final : public Server {
   std::thread acceptor_;
 };
 
+// Empty for a host that has an address: the ORB does not tell this reason.
+std::string whyUnknown(const std::string& host) {
+  addrinfo* found = nullptr;
+  const int failure = getaddrinfo(host.c_str(), nullptr, nullptr, &found);
+  if (failure != 0) {
+    return gai_strerror(failure);
+  }
+  freeaddrinfo(found);
+  return "";
+}
+
 }  // namespace
 
 std::unique_ptr<Orb> startClient(const Options& options) {
   return std::make_unique<ClientOrb>(options);
 }
 
+// This ORB says nothing unless it is asked for more; what ACE says goes to ACE's logger.
 std::unique_ptr<Server> startServer(const Options& options, const Endpoint& endpoint,
-                                    const LogFunction& log) {
-  static_cast<void>(log);
+                                    const LogFunction& /*log*/) {
+  const std::string where = "cannot listen on " + format(endpoint) + ": ";
+  const std::string unknown = whyUnknown(endpoint.host);
+  if (!unknown.empty()) {
+    throw EndpointError(where + unknown);
+  }
   try {
     return std::make_unique<ListeningOrb>(options, endpoint);
   } catch (const CORBA::SystemException& failure) {
-    throw EndpointError("cannot listen on " + format(endpoint) + ": " + describe(failure));
+    throw EndpointError(where + describe(failure));
   }
 }
 
