@@ -63,16 +63,6 @@ void BareKeys::observeRequests(RequestObserver observer) {
   observer_ = std::move(observer);
 }
 
-void BareKeys::add(const std::string& key, std::shared_ptr<Gate> gate) {
-  const std::unique_lock<std::shared_mutex> lock(gatesMutex_);
-  gates_.emplace(key, std::move(gate));
-}
-
-void BareKeys::remove(const std::string& key) {
-  const std::unique_lock<std::shared_mutex> lock(gatesMutex_);
-  gates_.erase(key);
-}
-
 CORBA::Object_ptr BareKeys::referenceTo(const std::string& key, const char* type) {
   TAO_Acceptor_Registry& acceptors = core_.lane_resources().acceptor_registry();
   TAO_MProfile profiles(0);
@@ -102,18 +92,12 @@ int BareKeys::dispatch(TAO::ObjectKey& key, TAO_ServerRequest& request,
       observer_(target);
     }
   }
-  const std::shared_ptr<Gate> gate = gateAt(target);
+  const std::shared_ptr<Gate> gate = gates_->at(target);
   if (!gate) {
     return DS_MISMATCHED_KEY;
   }
   gate->dispatch(request);
   return DS_OK;
-}
-
-std::shared_ptr<Gate> BareKeys::gateAt(const std::string& key) const {
-  const std::shared_lock<std::shared_mutex> lock(gatesMutex_);
-  const auto found = gates_.find(key);
-  return found == gates_.end() ? nullptr : found->second;
 }
 
 const char* BareKeys::name() const {
@@ -140,6 +124,22 @@ CORBA::Long BareKeys::initialize_collocated_object(TAO_Stub* stub) {
   }
   stub->is_collocated(false);
   return 0;
+}
+
+void Gates::add(const std::string& key, std::shared_ptr<Gate> gate) {
+  const std::unique_lock<std::shared_mutex> lock(mutex_);
+  gates_.emplace(key, std::move(gate));
+}
+
+void Gates::remove(const std::string& key) {
+  const std::unique_lock<std::shared_mutex> lock(mutex_);
+  gates_.erase(key);
+}
+
+std::shared_ptr<Gate> Gates::at(const std::string& key) const {
+  const std::shared_lock<std::shared_mutex> lock(mutex_);
+  const auto found = gates_.find(key);
+  return found == gates_.end() ? nullptr : found->second;
 }
 
 // One request on its way.

@@ -108,13 +108,13 @@ class ClientOrb final : public Orb {
 class BareObject final : public WellKnownObject {
  public:
   BareObject(BareKeys& keys, std::string key)
-      : keys_(keys), key_(std::move(key)), gate_(std::make_shared<Gate>()) {
-    keys_.add(key_, gate_);
+      : keys_(keys), gates_(keys.gates()), key_(std::move(key)), gate_(std::make_shared<Gate>()) {
+    gates_->add(key_, gate_);
   }
 
   ~BareObject() override {
-    BareObject::retire();
-    keys_.remove(key_);
+    gate_->close();
+    gates_->remove(key_);
   }
 
   CORBA::Object_ptr publish(PortableServer::ServantBase* servant) override {
@@ -125,7 +125,8 @@ class BareObject final : public WellKnownObject {
   void retire() override { gate_->close(); }
 
  private:
-  BareKeys& keys_;
+  BareKeys& keys_;  // gone with the ORB, when nothing is published any more
+  const std::shared_ptr<Gates> gates_;
   const std::string key_;
   const std::shared_ptr<Gate> gate_;
 };

@@ -6,6 +6,7 @@
 
 #include "idl/NotificationLayout.h"
 #include "idl/ObjectKeys.h"
+#include "orb/notifychannel.h"
 
 namespace integration {
 namespace {
@@ -280,6 +281,43 @@ void EventService::kill() {
 
 void EventService::restart() {
   start(false);
+}
+
+bool NotifyService::isInstalled() {
+  return !std::string(TOPO_NOTIFY_SERVICE).empty();
+}
+
+NotifyService::NotifyService(Client& client) : client_(client), endpoint_(quietEndpoint()) {
+  start();
+}
+
+void NotifyService::start() {
+  using CosNotifyChannelAdmin::EventChannelFactory;
+  process_ = std::make_unique<support::Process>(
+      TOPO_NOTIFY_SERVICE, std::vector<std::string>{"-Boot", "-NoNameSvc", "-RunThreads", "0",
+                                                    "-ORBListenEndpoints", "iiop://" + endpoint_});
+  const CosNotifyChannelAdmin::EventChannelFactory_var factory =
+      narrow<EventChannelFactory>(client_.object(endpoint_, "NotifyEventChannelFactory"));
+  const CosNotification::QoSProperties qualities;
+  const CosNotification::AdminProperties limits;
+  CosNotifyChannelAdmin::ChannelID id = 0;
+  const CosNotifyChannelAdmin::EventChannel_var made =
+      factory->create_channel(qualities, limits, id);
+  channel_ = CosEventChannelAdmin::EventChannel::_duplicate(made.in());
+}
+
+std::string NotifyService::reference() const {
+  const CORBA::String_var text = client_.server().get()->object_to_string(channel_.in());
+  return text.in();
+}
+
+void NotifyService::kill() {
+  process_->send(SIGKILL);
+  process_->wait();
+}
+
+void NotifyService::restart() {
+  start();
 }
 
 TopoAgent::NewNode_T subnetworkNode(const std::string& id, const std::string& parent,

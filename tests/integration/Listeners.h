@@ -138,6 +138,30 @@ class EventService {
   std::unique_ptr<support::Process> process_;
 };
 
+// A running notification service with one channel, which is gone after a kill.
+class NotifyService {
+ public:
+  // Whether this machine has one.
+  static bool isInstalled();
+
+  explicit NotifyService(Client& client);
+
+  // The channel as an event channel: its reference, and itself.
+  std::string reference() const;
+  const CosEventChannelAdmin::EventChannel_var& channel() const { return channel_; }
+
+  void kill();
+  void restart();  // with another channel
+
+ private:
+  void start();
+
+  Client& client_;
+  const std::string endpoint_;
+  std::unique_ptr<support::Process> process_;
+  CosEventChannelAdmin::EventChannel_var channel_;
+};
+
 // A subnetwork for the console.
 TopoAgent::NewNode_T subnetworkNode(const std::string& id, const std::string& parent,
                                     const std::string& name);

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <optional>
 #include <thread>
 
 #include "idl/NotificationLayout.h"
@@ -124,12 +125,10 @@ void expectWatched(const std::vector<json>& lines, const std::vector<Heard>& hea
   EXPECT_EQ(json({{{"name", "nativeEMSName"}, {"value", "Kern"}}}), lines[2]["attributes"]);
 }
 
-// Two watchers and a consumer at an event channel hear the same.
-void expectAllHear(const std::vector<std::string>& options, const json& info) {
-  Client client;
-  const EventService events;
-  ChannelListener channel(client, events.channel(client));
-  std::vector<std::string> arguments = {"--ems-name", "E", "--event-channel", events.reference()};
+// Two watchers and a consumer at an event channel, whose reference the agent has, hear the same.
+void expectAllHear(ChannelListener& channel, const std::string& reference,
+                   const std::vector<std::string>& options, const json& info) {
+  std::vector<std::string> arguments = {"--ems-name", "E", "--event-channel", reference};
   arguments.insert(arguments.end(), options.begin(), options.end());
   RunningAgent agent(arguments);
   Watcher first(agent);
@@ -155,13 +154,23 @@ void expectAllHear(const std::vector<std::string>& options, const json& info) {
   EXPECT_EQ("", ended.err);
 }
 
+// What is said of a node's vendor with the test switch on.
+json vendorInfo() {
+  return {{{"name", "Vendor"}, {"value", "KORVANE TECHNOLOGIES CO., LTD"}}};
+}
+
 TEST(Notification, ReachesTwoWatchersAndAnEventChannelInOrderAndOnce) {
-  expectAllHear({}, json::array());
+  Client client;
+  const EventService events;
+  ChannelListener listener(client, events.channel(client));
+  expectAllHear(listener, events.reference(), {}, json::array());
 }
 
 TEST(Notification, TellsTheVendorWithTheTestSwitchOn) {
-  expectAllHear({"--test-switch"},
-                {{{"name", "Vendor"}, {"value", "KORVANE TECHNOLOGIES CO., LTD"}}});
+  Client client;
+  const EventService events;
+  ChannelListener listener(client, events.channel(client));
+  expectAllHear(listener, events.reference(), {"--test-switch"}, vendorInfo());
 }
 
 TEST(Notification, OfALabelThatWasTheLastOneReportedIsLeftOutWithTheTestSwitchOn) {
@@ -180,6 +189,14 @@ TEST(Notification, OfALabelThatWasTheLastOneReportedIsLeftOutWithTheTestSwitchOn
   EXPECT_THAT(typesAndObjects({heard.begin() + 3, heard.end()}),
               ElementsAre(std::string(kChanged) + " TopoSubnetwork=a same",
                           std::string(kChanged) + " TopoSubnetwork=c other"));
+}
+
+std::vector<std::string> fieldNames(const CosNotification::StructuredEvent& event) {
+  std::vector<std::string> names;
+  for (CORBA::ULong i = 0; i < event.filterable_data.length(); ++i) {
+    names.emplace_back(event.filterable_data[i].name);
+  }
+  return names;
 }
 
 TEST(Notification, HasTheLayoutOfTheInterface) {
@@ -201,11 +218,7 @@ TEST(Notification, HasTheLayoutOfTheInterface) {
     SCOPED_TRACE(i);
     EXPECT_STREQ("tmf_mtnm", events[i].header.fixed_header.event_type.domain_name);
     EXPECT_STREQ("", events[i].header.fixed_header.event_name);
-    std::vector<std::string> names;
-    for (CORBA::ULong k = 0; k < events[i].filterable_data.length(); ++k) {
-      names.emplace_back(events[i].filterable_data[k].name);
-    }
-    EXPECT_EQ(i < 3 ? common : ofChanges, names);
+    EXPECT_EQ(i < 3 ? common : ofChanges, fieldNames(events[i]));
   }
 }
 
@@ -385,6 +398,55 @@ TEST(EventChannel, ThatIsNotThereDoesNotKeepTheAgentFromServing) {
   EXPECT_TRUE(status->receivers[0].isChannel);
   EXPECT_FALSE(status->receivers[0].isConnected);
   EXPECT_EQ(0, agent.stop(SIGTERM).status);
+}
+
+// --- A notification service passes events on as an event service does.
+
+class ThroughANotificationService : public testing::Test {
+ protected:
+  void SetUp() override {
+    if (!NotifyService::isInstalled()) {
+      GTEST_SKIP() << "this machine has no notification service";
+    }
+    service_.emplace(client_);
+  }
+
+  Client client_;
+  std::optional<NotifyService> service_;
+};
+
+TEST_F(ThroughANotificationService, EventsArriveInOrderAndOnce) {
+  ChannelListener listener(client_, service_->channel());
+  expectAllHear(listener, service_->reference(), {}, json::array());
+}
+
+TEST_F(ThroughANotificationService, EventsTellTheVendorWithTheTestSwitchOn) {
+  ChannelListener listener(client_, service_->channel());
+  expectAllHear(listener, service_->reference(), {"--test-switch"}, vendorInfo());
+}
+
+TEST_F(ThroughANotificationService, Experiment) {
+  ChannelListener listener(client_, service_->channel());
+  RunningAgent agent(
+      {"--ems-name", "E", "--log-level", "2", "--event-channel", service_->reference()});
+  const TopoAgent::Console_I_var console = client_.console(agent);
+  console->createNode(subnetworkNode("core", "", "0"));
+  listener.inbox().waitForCount(1);
+  const std::string before = service_->reference();
+  service_->kill();
+  console->renameNode("core", "1");
+  service_->restart();
+  std::cerr << (before == service_->reference() ? "same reference\n" : "other reference\n");
+  ChannelListener second(client_, service_->channel());
+  console->renameNode("core", "2");
+  for (int i = 0; i < 8; ++i) {
+    support::run("/bin/sleep", {"1"});
+    const TopoAgent::Status_T_var status = client_.console(agent)->getStatus();
+    std::cerr << status->receivers[0].isConnected << " queued " << status->receivers[0].queued
+              << " heard " << second.inbox().all().size() << "\n";
+  }
+  const support::Ended ended = agent.stop(SIGTERM);
+  std::cerr << ended.err;
 }
 
 // --- Watching an agent that goes away.

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "Oracles.h"
 #include "Random.h"
 #include "topomanagementmgr/TopoManagementMgr.h"
 
@@ -14,29 +15,7 @@ namespace {
 using NS_DOMAIN::TopoNode_T;
 using Nodes = std::vector<TopoNode_T>;
 
-constexpr const char* kRoot = "QNMAP_PHY_SUBMAP";
 constexpr int kMany = 200000;
-
-// The plain walk, a search of the whole list at every step. More steps than there are nodes mean
-// that it goes round.
-bool oracle(const std::string& subnetworkId, const std::string& parentId, const Nodes& nodes) {
-  std::string id = parentId;
-  for (std::size_t steps = 0; steps <= nodes.size(); ++steps) {
-    if (id == subnetworkId) {
-      return true;
-    }
-    if (id == kRoot || id == "0") {
-      return false;
-    }
-    const auto found = std::find_if(nodes.begin(), nodes.end(),
-                                    [&](const TopoNode_T& node) { return node.nodeId == id; });
-    if (found == nodes.end()) {
-      return false;
-    }
-    id = found->parentId;
-  }
-  return false;
-}
 
 TopoNode_T node(const std::string& id, const std::string& parentId) {
   TopoNode_T result;
@@ -47,7 +26,7 @@ TopoNode_T node(const std::string& id, const std::string& parentId) {
 
 // One of a few ids, now and then a root marker or the id of nobody.
 std::string randomId(Random& random, int spread) {
-  static const char* const kSpecial[] = {"", "0", "00", kRoot, "nobody", "NE=5"};
+  static const char* const kSpecial[] = {"", "0", "00", oracle::kRoot, "nobody", "NE=5"};
   const int number = random.number(-1, spread);
   return number >= 0 ? std::to_string(number + 1) : kSpecial[random.number(0, 5)];
 }
@@ -67,7 +46,7 @@ Nodes randomTree(Random& random) {
   Nodes nodes;
   for (int i = 1; i <= size; ++i) {
     const int parent = random.number(std::max(0, i - 4), i - 1);
-    nodes.push_back(node(std::to_string(i), parent == 0 ? kRoot : std::to_string(parent)));
+    nodes.push_back(node(std::to_string(i), parent == 0 ? oracle::kRoot : std::to_string(parent)));
   }
   for (int wounds = random.number(0, 3); wounds > 0; --wounds) {
     nodes[static_cast<std::size_t>(random.number(0, size - 1))].parentId =
@@ -84,7 +63,7 @@ Nodes randomTree(Random& random) {
 void expectTheOraclesAnswers(Random& random, const std::string& subnetworkId, const Nodes& nodes) {
   topo::ParentChains chains(subnetworkId, nodes);
   for (const TopoNode_T& each : nodes) {
-    const bool expected = oracle(subnetworkId, each.parentId, nodes);
+    const bool expected = oracle::isBelow(subnetworkId, each.parentId, nodes);
     ASSERT_EQ(chains.leadToSubnetwork(each.parentId), expected) << each.parentId;
     ASSERT_EQ(TopoManagementMgr::isBelowTopoSubnetwork(subnetworkId, each.parentId, nodes),
               expected)
@@ -93,7 +72,7 @@ void expectTheOraclesAnswers(Random& random, const std::string& subnetworkId, co
   // What the answers before have left behind changes nothing, whatever the order.
   for (int questions = 0; questions < 20; ++questions) {
     const std::string id = randomId(random, 30);
-    ASSERT_EQ(chains.leadToSubnetwork(id), oracle(subnetworkId, id, nodes)) << id;
+    ASSERT_EQ(chains.leadToSubnetwork(id), oracle::isBelow(subnetworkId, id, nodes)) << id;
   }
 }
 
@@ -149,7 +128,7 @@ TEST(TopoLongParentChains, LeadToTheTopFromWhicheverEndTheyAreListed) {
 }
 
 TEST(TopoLongParentChains, LeadToASubnetworkInTheMiddle) {
-  Nodes nodes = longChain(kRoot);
+  Nodes nodes = longChain(oracle::kRoot);
   const int middle = kMany / 2;
   EXPECT_EQ(countBelow(std::to_string(middle), nodes), kMany - middle);
   std::reverse(nodes.begin(), nodes.end());
@@ -157,7 +136,7 @@ TEST(TopoLongParentChains, LeadToASubnetworkInTheMiddle) {
 }
 
 TEST(TopoLongParentChains, LeadNowhereWhenTheyEndElsewhere) {
-  for (const char* top : {kRoot, "nobody"}) {
+  for (const char* top : {oracle::kRoot, "nobody"}) {
     Nodes nodes = longChain(top);
     EXPECT_EQ(countBelow("S", nodes), 0) << top;
     std::reverse(nodes.begin(), nodes.end());
