@@ -65,6 +65,7 @@ CORBA::ORB_ptr initOrb(const Options& options, const Endpoint& listenAt) {
       "iiop://" + format(listenAt),
   };
   std::vector<char*> argv;
+  argv.reserve(arguments.size() + 1);
   for (std::string& argument : arguments) {
     argv.push_back(argument.data());
   }
