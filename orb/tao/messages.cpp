@@ -23,19 +23,19 @@
 
 namespace orb {
 
-ORB_ONE_PER_PROCESS std::atomic<std::size_t>& maxMessageBytes();
+struct Limit {
+  std::atomic<std::size_t> message{0};
+  std::atomic<std::size_t> buffer{0};  // buffers grow in steps and align their contents
+};
 
-std::atomic<std::size_t>& maxMessageBytes() {
-  static std::atomic<std::size_t> bytes{0};
+ORB_ONE_PER_PROCESS Limit& limit();
+
+Limit& limit() {
+  static Limit bytes;
   return bytes;
 }
 
 namespace {
-
-// How large the buffer of a message may be: buffers grow in steps and align their contents.
-std::size_t maxBufferBytes() {
-  return ACE_CDR::first_size(maxMessageBytes() + ACE_CDR::MAX_ALIGNMENT);
-}
 
 void* outOfMemory() {
   errno = ENOMEM;
@@ -47,7 +47,7 @@ void* outOfMemory() {
 class OutgoingBuffers final : public ACE_New_Allocator {
  public:
   void* malloc(std::size_t bytes) override {
-    if (bytes > maxBufferBytes()) {
+    if (bytes > limit().buffer) {
       lastCall().tooLarge = true;
       return outOfMemory();
     }
@@ -62,9 +62,9 @@ class IncomingBuffers final : public ACE_New_Allocator {
     LastCall& call = lastCall();
     call.replyBegun = true;
     // Fragments are put together in one more buffer, so a message is there twice for a moment.
-    const std::int64_t most = 2 * static_cast<std::int64_t>(maxBufferBytes());
+    const std::int64_t most = 2 * static_cast<std::int64_t>(limit().buffer);
     const auto wanted = static_cast<std::int64_t>(bytes);
-    if (bytes > maxBufferBytes() || call.bytesReceived + wanted > most) {
+    if (bytes > limit().buffer || call.bytesReceived + wanted > most) {
       call.tooLarge = true;
       return outOfMemory();
     }
@@ -105,11 +105,11 @@ class IncomingBuffers final : public ACE_New_Allocator {
 class MessageLimit final : public TAO_GIOP_Fragmentation_Strategy {
  public:
   int fragment(TAO_OutputCDR& message, ACE_CDR::ULong /*alignment*/, ACE_CDR::ULong more) override {
-    const std::size_t written = message.total_length();
+    const std::size_t written = writtenTo(message);
     if (message.stub() != nullptr) {  // a request
       countAttempt(written);
     }
-    if (written + more <= maxMessageBytes()) {
+    if (written + more <= limit().message) {
       return 0;
     }
     lastCall().tooLarge = true;
@@ -117,6 +117,18 @@ class MessageLimit final : public TAO_GIOP_Fragmentation_Strategy {
   }
 
  private:
+  // The ORB asks before each number and text, so blocks that are full are only measured once.
+  std::size_t writtenTo(const TAO_OutputCDR& message) {
+    const ACE_Message_Block* const block = message.current();
+    if (block == message.begin()) {
+      before_ = 0;
+    } else if (block != current_) {
+      before_ = message.total_length() - block->length();
+    }
+    current_ = block;
+    return before_ + block->length();
+  }
+
   // The ORB writes a request anew as often as its connection ends before it is sent, which it does
   // for ever when the peer refuses it.
   static void countAttempt(std::size_t written) {
@@ -131,6 +143,9 @@ class MessageLimit final : public TAO_GIOP_Fragmentation_Strategy {
                                 CORBA::COMPLETED_NO);
     }
   }
+
+  const ACE_Message_Block* current_ = nullptr;  // that the message is being written to
+  std::size_t before_ = 0;                      // bytes of the message in the blocks before it
 };
 
 class MessageResources final : public TAO_Default_Resource_Factory {
@@ -161,7 +176,8 @@ ACE_Service_Object* makeResources(ACE_Service_Object_Exterminator* exterminator)
 }  // namespace
 
 void limitMessages(std::size_t bytes) {
-  maxMessageBytes() = bytes;
+  limit().message = bytes;
+  limit().buffer = ACE_CDR::first_size(bytes + ACE_CDR::MAX_ALIGNMENT);
 }
 
 void installMessageLimit() {
