@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """tidy.py BUILD: clang-tidy on every source file that ships and that the build compiles, in parallel.
 
-Tests are left out: the test framework's macros take most of an hour and say little.
+Tests and benchmarks are left out: the macros of their frameworks take most of an hour and say little.
 
 A file that passed is remembered by the content of everything it was checked with, so that a second
 run takes seconds.
@@ -29,7 +29,7 @@ def commands_for_clang(build, folder):
 
 def our_sources(build, commands):
     files = {pathlib.Path(command["file"]) for command in commands}
-    left_out = (build, ROOT / "tests")
+    left_out = (build, ROOT / "tests", ROOT / "bench")
     return sorted(f for f in files
                   if ROOT in f.parents and not any(folder in f.parents for folder in left_out))
 

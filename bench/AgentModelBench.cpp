@@ -1,0 +1,181 @@
+// The agent's network: loading it, opening it again, and changing one node of it at run time. On
+// disk every change is durable before it counts as made; in memory there is no disk to wait for.
+
+#include <benchmark/benchmark.h>
+
+#include <memory>
+#include <string>
+
+#include "agent/domain/FailureCodes.h"
+#include "agent/domain/NetworkModel.h"
+#include "agent/domain/NetworkReader.h"
+#include "agent/domain/NetworkStore.h"
+#include "agent/domain/NetworkWriter.h"
+#include "agent/domain/NodeService.h"
+#include "bench/Networks.h"
+#include "tests/support/TemporaryDirectory.h"
+
+namespace bench {
+namespace {
+
+enum class Place { kDisk, kMemory };
+
+agent::Network network(const benchmark::State& state) {
+  return tree(static_cast<std::size_t>(state.range(0)));
+}
+
+// Where stores are; every one is new.
+class Stores {
+ public:
+  explicit Stores(Place place) : place_(place) {}
+
+  std::string next() {
+    return place_ == Place::kMemory ? agent::NetworkStore::kInMemory
+                                    : directory_.file(std::to_string(++count_) + ".db");
+  }
+
+ private:
+  const Place place_;
+  const support::TemporaryDirectory directory_;
+  int count_ = 0;
+};
+
+void countNodes(benchmark::State& state) {
+  state.counters["nodes/s"] = benchmark::Counter(static_cast<double>(state.range(0)),
+                                                 benchmark::Counter::kIsIterationInvariantRate);
+}
+
+// --- A whole network.
+
+void ReadNetworkFile(benchmark::State& state) {
+  const support::TemporaryDirectory directory;
+  const std::string file = directory.write("network.json", networkFile(network(state)));
+  for (auto each : state) {
+    static_cast<void>(each);
+    benchmark::DoNotOptimize(agent::readNetworkFile(file));
+  }
+  countNodes(state);
+}
+
+// Into a new store, as on the first start.
+void LoadNetwork(benchmark::State& state, Place place) {
+  Stores stores(place);
+  const agent::Network loaded = network(state);
+  for (auto each : state) {
+    static_cast<void>(each);
+    agent::NetworkStore store(stores.next());
+    store.load(loaded);
+    benchmark::DoNotOptimize(agent::NetworkModel(loaded).topoNodeCount());
+  }
+  countNodes(state);
+}
+
+// From the store that is there, as on every later start.
+void OpenNetwork(benchmark::State& state) {
+  Stores stores(Place::kDisk);
+  const std::string path = stores.next();
+  agent::NetworkStore(path).load(network(state));
+  for (auto each : state) {
+    static_cast<void>(each);
+    agent::NetworkStore store(path);
+    benchmark::DoNotOptimize(agent::NetworkModel(store.read()).topoNodeCount());
+  }
+  countNodes(state);
+}
+
+// --- One node.
+
+class Host {
+ public:
+  Host(const benchmark::State& state, Place place)
+      : stores_(place), store_(stores_.next()), model_(network(state)) {
+    store_.load(network(state));
+  }
+
+  agent::NodeService& nodes() { return nodes_; }
+
+ private:
+  Stores stores_;
+  agent::NetworkStore store_;
+  agent::NetworkModel model_;
+  agent::NetworkWriter writer_{store_, model_};
+  agent::NodeService nodes_{writer_};
+};
+
+NS_DOMAIN::TopoNode_T newNode() {
+  NS_DOMAIN::TopoNode_T node;
+  node.nodeId = "new";
+  node.parentId = kTop;
+  node.nativeName = "New";
+  node.nodeType = NS_DOMAIN::kTopoSubnetwork;
+  node.parentType = NS_DOMAIN::kTopoSubnetwork;
+  return node;
+}
+
+// A change that failed would be a quick one.
+void require(benchmark::State& state, const agent::Outcome& outcome) {
+  if (outcome.code != agent::kSuccess) {
+    state.SkipWithError(outcome.reason.c_str());
+  }
+}
+
+void CreateNode(benchmark::State& state, Place place) {
+  Host host(state, place);
+  const auto node = newNode();
+  std::size_t removed = 0;
+  for (auto each : state) {
+    static_cast<void>(each);
+    require(state, host.nodes().create(node));
+    state.PauseTiming();
+    host.nodes().remove(node.nodeId, removed);
+    state.ResumeTiming();
+  }
+}
+
+void DeleteNode(benchmark::State& state, Place place) {
+  Host host(state, place);
+  const auto node = newNode();
+  std::size_t removed = 0;
+  for (auto each : state) {
+    static_cast<void>(each);
+    state.PauseTiming();
+    host.nodes().create(node);
+    state.ResumeTiming();
+    require(state, host.nodes().remove(node.nodeId, removed));
+  }
+}
+
+void RenameNode(benchmark::State& state, Place place) {
+  Host host(state, place);
+  int names = 0;
+  for (auto each : state) {
+    static_cast<void>(each);
+    require(state, host.nodes().rename("NE=5", "Name " + std::to_string(++names)));
+  }
+}
+
+void sizes(benchmark::internal::Benchmark* benchmark) {
+  benchmark->Arg(10000)->Arg(100000)->UseRealTime();
+}
+
+void wholes(benchmark::internal::Benchmark* benchmark) {
+  sizes(benchmark->Unit(benchmark::kMillisecond));
+}
+
+void changes(benchmark::internal::Benchmark* benchmark) {
+  sizes(benchmark->Unit(benchmark::kMicrosecond));
+}
+
+BENCHMARK(ReadNetworkFile)->Apply(wholes);
+BENCHMARK_CAPTURE(LoadNetwork, disk, Place::kDisk)->Apply(wholes);
+BENCHMARK_CAPTURE(LoadNetwork, memory, Place::kMemory)->Apply(wholes);
+BENCHMARK(OpenNetwork)->Apply(wholes);
+BENCHMARK_CAPTURE(CreateNode, disk, Place::kDisk)->Apply(changes);
+BENCHMARK_CAPTURE(CreateNode, memory, Place::kMemory)->Apply(changes);
+BENCHMARK_CAPTURE(RenameNode, disk, Place::kDisk)->Apply(changes);
+BENCHMARK_CAPTURE(RenameNode, memory, Place::kMemory)->Apply(changes);
+BENCHMARK_CAPTURE(DeleteNode, disk, Place::kDisk)->Apply(changes);
+BENCHMARK_CAPTURE(DeleteNode, memory, Place::kMemory)->Apply(changes);
+
+}  // namespace
+}  // namespace bench

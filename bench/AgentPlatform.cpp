@@ -1,0 +1,36 @@
+#include <string>
+#include <utility>
+
+#include "agent/Publication.h"
+#include "agent/domain/DomainService.h"
+#include "agent/domain/Naming.h"
+#include "agent/domain/NetworkModel.h"
+#include "agent/northbound/Northbound.h"
+#include "bench/Networks.h"
+#include "bench/Platform.h"
+#include "orb/orb.h"
+
+namespace bench {
+
+class Platform::Parts {
+ public:
+  explicit Parts(agent::Network network) : model_(std::move(network)) {}
+
+ private:
+  const std::unique_ptr<orb::Server> server_ =
+      orb::startServer({}, {"127.0.0.1", 0}, [](const std::string&) {});
+  agent::NetworkModel model_;
+  agent::DomainService domain_{model_};
+  const agent::Publication publishedDomain_{"DomainInterface", domain_};
+  agent::NamingService naming_{kEms, model_};
+  const agent::Publication publishedNaming_{"CorbaUtilInterface", naming_};
+  agent::Northbound northbound_{*server_, kEms, false};
+};
+
+Platform::Platform(agent::Network network) : parts_(std::make_unique<Parts>(std::move(network))) {}
+
+Platform::~Platform() = default;
+
+void Platform::tidy() {}
+
+}  // namespace bench
