@@ -8,6 +8,7 @@
 #include <thread>
 
 #include "idl/NotificationLayout.h"
+#include "orb/naming.h"
 #include "tests/integration/Listeners.h"
 
 namespace integration {
@@ -23,36 +24,6 @@ namespace layout = notification_layout;
 constexpr const char* kCreated = layout::kObjectCreation;
 constexpr const char* kDeleted = layout::kObjectDeletion;
 constexpr const char* kChanged = layout::kAttributeValueChange;
-
-// A running topoctl watch. Its lines are records.
-class Watcher {
- public:
-  explicit Watcher(const RunningAgent& agent)
-      : process_(TOPOCTL, {"--ior-file", agent.iorFile(), "--format", "json", "watch"}),
-        first_(next()) {}
-
-  const json& first() const { return first_; }
-  json next() {
-    const std::string line = process_.readLine();
-    return line.empty() ? json() : json::parse(line);
-  }
-  std::vector<json> next(std::size_t count) {
-    std::vector<json> lines;
-    for (std::size_t i = 0; i < count; ++i) {
-      lines.push_back(next());
-    }
-    return lines;
-  }
-  support::Ended stop() {
-    process_.send(SIGTERM);
-    return process_.wait();
-  }
-  support::Process& process() { return process_; }
-
- private:
-  support::Process process_;
-  const json first_;
-};
 
 void run(const RunningAgent& agent, const std::vector<std::string>& arguments) {
   std::vector<std::string> all = {"--ior-file", agent.iorFile()};
@@ -402,6 +373,60 @@ TEST(EventChannel, ThatIsNotThereDoesNotKeepTheAgentFromServing) {
 
 // --- A notification service passes events on as an event service does.
 
+// A channel's name in a naming service, where it is found anew when the channel is another.
+class ChannelName {
+ public:
+  explicit ChannelName(Client& client) {
+    const CORBA::Object_var root = client.object(naming_.endpoint(), "NameService");
+    names_ = CosNaming::NamingContext::_narrow(root.in());
+    name_.length(1);
+    name_[0].id = CORBA::string_dup("TopoEvents");
+  }
+
+  std::string reference() const { return "corbaname::" + naming_.endpoint() + "#TopoEvents"; }
+  void bind(const CosEventChannelAdmin::EventChannel_var& channel) {
+    names_->bind(name_, channel.in());
+  }
+  void unbind() { names_->unbind(name_); }
+
+ private:
+  const NamingService naming_;
+  CosNaming::NamingContext_var names_;
+  CosNaming::Name name_;
+};
+
+// Waits until the answer to a push is there: what was answered does not come again.
+void waitUntilSentToTheChannel(const TopoAgent::Console_I_var& console, std::uint64_t count) {
+  const auto end = std::chrono::steady_clock::now() + std::chrono::minutes(4);
+  while (TopoAgent::Status_T_var(console->getStatus())->receivers[0].sent < count) {
+    ASSERT_LT(std::chrono::steady_clock::now(), end);
+  }
+}
+
+// Names of fields, with their values where these are texts.
+std::vector<std::string> fieldTexts(const CosNotification::StructuredEvent& event) {
+  std::vector<std::string> texts;
+  for (const std::string& name : fieldNames(event)) {
+    const char* text = nullptr;
+    const bool isText = *field(event, name) >>= text;
+    texts.push_back(name + "=" + (isText ? text : ""));
+  }
+  return texts;
+}
+
+void expectSameFields(const CosNotification::StructuredEvent& expected,
+                      const CosNotification::StructuredEvent& event) {
+  EXPECT_STREQ(expected.header.fixed_header.event_type.domain_name,
+               event.header.fixed_header.event_type.domain_name);
+  EXPECT_STREQ(expected.header.fixed_header.event_name, event.header.fixed_header.event_name);
+  ASSERT_EQ(fieldTexts(expected), fieldTexts(event));
+  for (const std::string& name : fieldNames(event)) {
+    const CORBA::TypeCode_var type = field(event, name)->type();
+    const CORBA::TypeCode_var expectedType = field(expected, name)->type();
+    EXPECT_TRUE(type->equivalent(expectedType.in())) << name;
+  }
+}
+
 class ThroughANotificationService : public testing::Test {
  protected:
   void SetUp() override {
@@ -425,28 +450,44 @@ TEST_F(ThroughANotificationService, EventsTellTheVendorWithTheTestSwitchOn) {
   expectAllHear(listener, service_->reference(), {"--test-switch"}, vendorInfo());
 }
 
-TEST_F(ThroughANotificationService, Experiment) {
+TEST_F(ThroughANotificationService, EventsHaveTheFieldsThatASubscriberGets) {
   ChannelListener listener(client_, service_->channel());
-  RunningAgent agent(
-      {"--ems-name", "E", "--log-level", "2", "--event-channel", service_->reference()});
-  const TopoAgent::Console_I_var console = client_.console(agent);
-  console->createNode(subnetworkNode("core", "", "0"));
-  listener.inbox().waitForCount(1);
-  const std::string before = service_->reference();
-  service_->kill();
-  console->renameNode("core", "1");
-  service_->restart();
-  std::cerr << (before == service_->reference() ? "same reference\n" : "other reference\n");
-  ChannelListener second(client_, service_->channel());
-  console->renameNode("core", "2");
-  for (int i = 0; i < 8; ++i) {
-    support::run("/bin/sleep", {"1"});
-    const TopoAgent::Status_T_var status = client_.console(agent)->getStatus();
-    std::cerr << status->receivers[0].isConnected << " queued " << status->receivers[0].queued
-              << " heard " << second.inbox().all().size() << "\n";
+  RunningAgent agent({"--ems-name", "E", "--event-channel", service_->reference()});
+  DirectListener direct(client_, client_.session(agent));
+  makeChanges(agent);
+  EXPECT_EQ(expectedChanges(), typesAndObjects(direct.inbox().waitForCount(5)));
+  EXPECT_EQ(expectedChanges(), typesAndObjects(listener.inbox().waitForCount(5)));
+  for (std::size_t i = 0; i < 5; ++i) {
+    SCOPED_TRACE(i);
+    expectSameFields(direct.inbox().events()[i], listener.inbox().events()[i]);
   }
-  const support::Ended ended = agent.stop(SIGTERM);
-  std::cerr << ended.err;
+}
+
+TEST_F(ThroughANotificationService, EventsWaitUntilItsNewChannelHasTheNameOfTheOldOne) {
+  ChannelName name(client_);
+  name.bind(service_->channel());
+  ChannelListener before(client_, service_->channel());
+  RunningAgent agent({"--ems-name", "E", "--event-channel", name.reference()});
+  const TopoAgent::Console_I_var console = client_.console(agent);
+  console->createNode(subnetworkNode("core", "", "Core"));
+  before.inbox().waitForCount(1);
+  waitUntilSentToTheChannel(console, 1);
+
+  name.unbind();
+  service_->kill();
+  for (const char* text : {"a", "b", "c"}) {
+    console->renameNode("core", text);
+  }
+  waitForNotifications(console, 4);
+  service_->restart();
+  ChannelListener after(client_, service_->channel());
+  name.bind(service_->channel());
+
+  EXPECT_THAT(typesAndObjects(after.inbox().waitForCount(3)),
+              ElementsAre(std::string(kChanged) + " TopoSubnetwork=core a",
+                          std::string(kChanged) + " TopoSubnetwork=core b",
+                          std::string(kChanged) + " TopoSubnetwork=core c"));
+  EXPECT_EQ(1U, before.inbox().all().size());
 }
 
 // --- Watching an agent that goes away.

@@ -4,6 +4,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <fstream>
 #include <stdexcept>
 
@@ -17,6 +18,11 @@ std::vector<std::string> operator+(std::vector<std::string> first,
 }
 
 }  // namespace
+
+const Programs& ownPrograms() {
+  static const Programs programs = {TOPO_AGENTD, TOPOCTL};
+  return programs;
+}
 
 // A loopback endpoint that stays free while nobody of this test uses it: the system gives none
 // below 32768 to those who ask for any port. The process id keeps tests that run at once apart.
@@ -54,10 +60,10 @@ NamingService::NamingService()
 }
 
 RunningAgent::RunningAgent(const std::vector<std::string>& arguments, const std::string& store,
-                           const std::string& endpoint)
-    : process_(TOPO_AGENTD, std::vector<std::string>{"--endpoint", endpoint, "--store", store,
-                                                     "--ior-file", iorFile()} +
-                                arguments),
+                           const std::string& endpoint, const Programs& programs)
+    : process_(programs.agent, std::vector<std::string>{"--endpoint", endpoint, "--store", store,
+                                                        "--ior-file", iorFile()} +
+                                   arguments),
       readyLine_(process_.readLine()) {
   if (readyLine_.empty()) {
     throw std::runtime_error("topo-agentd did not get ready: " + process_.wait().err);
@@ -84,6 +90,28 @@ support::Ended RunningAgent::stop(int signal) {
   return process_.wait();
 }
 
+Watcher::Watcher(const RunningAgent& agent, const Programs& programs)
+    : process_(programs.client, {"--ior-file", agent.iorFile(), "--format", "json", "watch"}),
+      first_(next()) {}
+
+nlohmann::json Watcher::next() {
+  const std::string line = process_.readLine();
+  return line.empty() ? nlohmann::json() : nlohmann::json::parse(line);
+}
+
+std::vector<nlohmann::json> Watcher::next(std::size_t count) {
+  std::vector<nlohmann::json> lines;
+  for (std::size_t i = 0; i < count; ++i) {
+    lines.push_back(next());
+  }
+  return lines;
+}
+
+support::Ended Watcher::stop() {
+  process_.send(SIGTERM);
+  return process_.wait();
+}
+
 long residentKib(pid_t pid) {
   std::ifstream status("/proc/" + std::to_string(pid) + "/status");
   for (std::string line; std::getline(status, line);) {
@@ -95,11 +123,11 @@ long residentKib(pid_t pid) {
 }
 
 support::Ended runAgent(const std::vector<std::string>& arguments) {
-  return support::run(TOPO_AGENTD, arguments);
+  return support::run(ownPrograms().agent, arguments);
 }
 
-support::Ended runTopoctl(const std::vector<std::string>& arguments) {
-  return support::run(TOPOCTL, arguments);
+support::Ended runTopoctl(const std::vector<std::string>& arguments, const Programs& programs) {
+  return support::run(programs.client, arguments);
 }
 
 nlohmann::json records(const RunningAgent& agent, const std::vector<std::string>& arguments) {

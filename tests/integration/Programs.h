@@ -12,6 +12,15 @@
 
 namespace integration {
 
+// The agent and the client that a test runs.
+struct Programs {
+  std::string agent;
+  std::string client;
+};
+
+// Those of this build.
+const Programs& ownPrograms();
+
 // A running topo-agentd on a free loopback port. What it keeps lies in a directory of the test's.
 class RunningAgent {
  public:
@@ -19,7 +28,8 @@ class RunningAgent {
   // there. Arguments come on top of the endpoint, the IOR file and an in-memory store.
   explicit RunningAgent(const std::vector<std::string>& arguments,
                         const std::string& store = ":memory:",
-                        const std::string& endpoint = "127.0.0.1:0");
+                        const std::string& endpoint = "127.0.0.1:0",
+                        const Programs& programs = ownPrograms());
 
   const std::string& readyLine() const { return readyLine_; }
   std::string iorFile() const { return directory_.file("manager.ior"); }
@@ -36,6 +46,25 @@ class RunningAgent {
   support::TemporaryDirectory directory_;
   support::Process process_;
   std::string readyLine_;
+};
+
+// A running topoctl watch. Its lines are records.
+class Watcher {
+ public:
+  explicit Watcher(const RunningAgent& agent, const Programs& programs = ownPrograms());
+
+  // The line that says that it watches.
+  const nlohmann::json& first() const { return first_; }
+
+  // The next line, null at the end; the next lines.
+  nlohmann::json next();
+  std::vector<nlohmann::json> next(std::size_t count);
+
+  support::Ended stop();
+
+ private:
+  support::Process process_;
+  const nlohmann::json first_;
 };
 
 // A loopback endpoint that stays free while nobody of this test uses it.
@@ -70,7 +99,8 @@ long residentKib(pid_t pid);
 // Runs topo-agentd where it is expected to refuse.
 support::Ended runAgent(const std::vector<std::string>& arguments);
 
-support::Ended runTopoctl(const std::vector<std::string>& arguments);
+support::Ended runTopoctl(const std::vector<std::string>& arguments,
+                          const Programs& programs = ownPrograms());
 
 // The records that a topoctl command prints as JSON; fails with an exception unless it ends with 0.
 nlohmann::json records(const RunningAgent& agent, const std::vector<std::string>& arguments);
