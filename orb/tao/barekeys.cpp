@@ -17,6 +17,9 @@
 #include <algorithm>
 #include <utility>
 
+#include "calls.h"
+#include "messages.h"
+
 namespace orb {
 namespace {
 
@@ -84,6 +87,9 @@ int BareKeys::dispatch(TAO::ObjectKey& key, TAO_ServerRequest& request,
                        CORBA::Object_out /*forward*/) {
   const ObjectKey target = textOf(key);
   if (!request.collocated()) {
+    if (std::exchange(lastCall().tooLarge, false)) {
+      throw CORBA::MARSHAL(kMessageTooLarge, CORBA::COMPLETED_NO);
+    }
     if (request.transport() != nullptr) {
       limitUnread(*request.transport(), serveTimeout_);
     }

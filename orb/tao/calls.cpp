@@ -6,6 +6,7 @@
 #include <tao/Object.h>
 #include <tao/PI/PI.h>
 #include <tao/Stub.h>
+#include <tao/Transport.h>
 
 #include <atomic>
 #include <cstring>
@@ -94,10 +95,19 @@ class CallObserver final : public PortableInterceptor::ClientRequestInterceptor,
   void destroy() override {}
   void send_request(PortableInterceptor::ClientRequestInfo_ptr) override {}
   void send_poll(PortableInterceptor::ClientRequestInfo_ptr) override {}
-  void receive_reply(PortableInterceptor::ClientRequestInfo_ptr) override {}
+
+  void receive_reply(PortableInterceptor::ClientRequestInfo_ptr) override {
+    if (lastCall().tooLarge) {
+      throw CORBA::MARSHAL(kMessageTooLarge, CORBA::COMPLETED_YES);
+    }
+  }
+
   void receive_other(PortableInterceptor::ClientRequestInfo_ptr) override {}
 
   void receive_exception(PortableInterceptor::ClientRequestInfo_ptr call) override {
+    if (lastCall().streamBroken) {
+      lastCall().transport->close_connection();
+    }
     const CORBA::String_var id = call->received_exception_id();
     if (std::strcmp(id.in(), "IDL:omg.org/CORBA/COMM_FAILURE:1.0") != 0) {
       return;

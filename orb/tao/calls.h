@@ -8,6 +8,7 @@
 #include <cstdint>
 
 class TAO_ORB_Core;
+class TAO_Transport;
 
 // Of what carries this mark there is one in the process, whatever libraries have this code in them:
 // the dynamic linker takes the same definition for all.
@@ -18,10 +19,12 @@ namespace orb {
 // Of the calling thread: what the ORB's exceptions do not tell. A call reads its own reply, so
 // whatever is read before it ends belongs to it.
 struct LastCall {
-  int attempts = 0;              // to send the request, each on a connection
-  std::size_t requestBytes = 0;  // that the current attempt has written
+  int attempts = 0;                    // to send the request, each on a connection
+  std::size_t requestBytes = 0;        // that the current attempt has written
+  TAO_Transport* transport = nullptr;  // of the current attempt
+  bool streamBroken = false;           // the transport can write nothing more
   bool replyBegun = false;
-  bool tooLarge = false;           // the request or the reply was over the size limit
+  bool tooLarge = false;           // what was read is over the size limit
   std::int64_t bytesReceived = 0;  // held by buffers of messages that are being read
 };
 

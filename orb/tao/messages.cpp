@@ -2,17 +2,20 @@
 
 #include <ace/CDR_Base.h>
 #include <ace/Malloc_Allocator.h>
+#include <ace/Message_Block.h>
 #include <ace/Service_Config.h>
 #include <ace/Service_Types.h>
+#include <ace/Thread_Hook.h>
 #include <tao/CDR.h>
 #include <tao/GIOP_Fragmentation_Strategy.h>
 #include <tao/ORB_Constants.h>
 #include <tao/ORB_Core.h>
 #include <tao/SystemException.h>
+#include <tao/Transport.h>
 #include <tao/default_resource.h>
 
+#include <algorithm>
 #include <atomic>
-#include <cerrno>
 #include <cstddef>
 #include <cstring>
 #include <new>
@@ -37,9 +40,8 @@ Limit& limit() {
 
 namespace {
 
-void* outOfMemory() {
-  errno = ENOMEM;
-  return nullptr;
+[[noreturn]] void refuse() {
+  throw CORBA::MARSHAL(kMessageTooLarge, CORBA::COMPLETED_MAYBE);
 }
 
 // Buffers of messages that are being written. A message is a chain of them, so this stops a text
@@ -48,38 +50,70 @@ class OutgoingBuffers final : public ACE_New_Allocator {
  public:
   void* malloc(std::size_t bytes) override {
     if (bytes > limit().buffer) {
-      lastCall().tooLarge = true;
-      return outOfMemory();
+      lastCall().streamBroken = true;
+      refuse();
     }
-    return ACE_New_Allocator::malloc(bytes);
+    void* const buffer = ACE_New_Allocator::malloc(bytes);
+    if (buffer == nullptr) {
+      throw CORBA::NO_MEMORY(0, CORBA::COMPLETED_MAYBE);  // the ORB does not look
+    }
+    return buffer;
   }
 };
 
-// Buffers of messages that are being read. A connection whose message gets none is closed.
+// The last block of a message that this thread has made while it read.
+thread_local const ACE_Message_Block* newestBlock = nullptr;
+
+// Blocks of messages that are being read, each with a buffer.
+class IncomingBlocks final : public ACE_New_Allocator {
+ public:
+  void* malloc(std::size_t bytes) override {
+    void* const block = ACE_New_Allocator::malloc(bytes);
+    if (block != nullptr) {
+      std::memset(block, 0, bytes);
+    }
+    newestBlock = static_cast<const ACE_Message_Block*>(block);
+    return block;
+  }
+
+  void free(void* block) override {
+    if (block == newestBlock) {
+      newestBlock = nullptr;
+    }
+    ACE_New_Allocator::free(block);
+  }
+};
+
+// Whether a block is under construction. The ORB makes one first and its buffer then in one case
+// only: to put the fragments of a message together.
+bool isPuttingTogether() {
+  return newestBlock != nullptr && newestBlock->data_block() == nullptr;
+}
+
+// Buffers of messages that are being read. The ORB does not look whether it gets one, so a refusal
+// is an exception: it ends a call, or the thread of a connection and that connection. The buffer in
+// which fragments are put together is not refused, because they would be lost: whoever is handed a
+// message that is over the limit then does it.
 class IncomingBuffers final : public ACE_New_Allocator {
  public:
   void* malloc(std::size_t bytes) override {
     LastCall& call = lastCall();
     call.replyBegun = true;
-    // Fragments are put together in one more buffer, so a message is there twice for a moment.
-    const std::int64_t most = 2 * static_cast<std::int64_t>(limit().buffer);
-    const auto wanted = static_cast<std::int64_t>(bytes);
-    if (bytes > limit().buffer || call.bytesReceived + wanted > most) {
+    // Buffers of fragments are up to twice as large as what is in them.
+    const std::size_t most = 3 * limit().buffer;
+    const bool together = isPuttingTogether();
+    if (bytes > limit().buffer || (held(call) + bytes > most && !together)) {
       call.tooLarge = true;
-      return outOfMemory();
     }
-    void* const block = ::operator new(kHeader + bytes, std::nothrow);
-    if (block == nullptr) {
-      return outOfMemory();
+    if (call.tooLarge && !together) {
+      call.streamBroken = true;
+      refuse();
     }
-    new (block) std::int64_t(wanted);
-    call.bytesReceived += wanted;
-    return static_cast<char*>(block) + kHeader;
+    return allocate(bytes);
   }
 
   void* calloc(std::size_t bytes, char initial) override {
-    void* const buffer = malloc(bytes);
-    return buffer == nullptr ? nullptr : std::memset(buffer, initial, bytes);
+    return std::memset(malloc(bytes), initial, bytes);
   }
 
   void* calloc(std::size_t count, std::size_t size, char initial) override {
@@ -98,12 +132,29 @@ class IncomingBuffers final : public ACE_New_Allocator {
  private:
   // Before each buffer stands its size.
   static constexpr std::size_t kHeader = alignof(std::max_align_t);
+
+  static std::size_t held(const LastCall& call) {
+    return static_cast<std::size_t>(std::max<std::int64_t>(call.bytesReceived, 0));
+  }
+
+  static void* allocate(std::size_t bytes) {
+    void* const block = ::operator new(kHeader + bytes, std::nothrow);
+    if (block == nullptr) {
+      throw CORBA::NO_MEMORY(0, CORBA::COMPLETED_MAYBE);
+    }
+    const auto size = static_cast<std::int64_t>(bytes);
+    new (block) std::int64_t(size);
+    lastCall().bytesReceived += size;
+    return static_cast<char*>(block) + kHeader;
+  }
 };
 
 // The ORB asks before it writes whether a message is to be sent in pieces. It is not, but it may be
 // over the limit. Of texts it asks without their length: the last one of a message is not measured.
 class MessageLimit final : public TAO_GIOP_Fragmentation_Strategy {
  public:
+  explicit MessageLimit(TAO_Transport* transport) : transport_(transport) {}
+
   int fragment(TAO_OutputCDR& message, ACE_CDR::ULong /*alignment*/, ACE_CDR::ULong more) override {
     const std::size_t written = writtenTo(message);
     if (message.stub() != nullptr) {  // a request
@@ -112,8 +163,7 @@ class MessageLimit final : public TAO_GIOP_Fragmentation_Strategy {
     if (written + more <= limit().message) {
       return 0;
     }
-    lastCall().tooLarge = true;
-    throw CORBA::MARSHAL(kMessageTooLarge, CORBA::COMPLETED_MAYBE);
+    refuse();
   }
 
  private:
@@ -131,21 +181,43 @@ class MessageLimit final : public TAO_GIOP_Fragmentation_Strategy {
 
   // The ORB writes a request anew as often as its connection ends before it is sent, which it does
   // for ever when the peer refuses it.
-  static void countAttempt(std::size_t written) {
+  void countAttempt(std::size_t written) const {
     constexpr int kMost = 10;
     LastCall& call = lastCall();
     if (call.attempts == 0 || written < call.requestBytes) {
       ++call.attempts;
     }
     call.requestBytes = written;
+    call.transport = transport_;
     if (call.attempts > kMost) {
       throw CORBA::COMM_FAILURE(TAO::VMCID | TAO_INVOCATION_SEND_REQUEST_MINOR_CODE,
                                 CORBA::COMPLETED_NO);
     }
   }
 
+  TAO_Transport* const transport_;              // owns this
   const ACE_Message_Block* current_ = nullptr;  // that the message is being written to
   std::size_t before_ = 0;                      // bytes of the message in the blocks before it
+};
+
+// Ends threads of connections whose message was refused. The end of such a thread closes it.
+class ConnectionThreads final : public ACE_Thread_Hook {
+ public:
+  ACE_THR_FUNC_RETURN start(ACE_THR_FUNC run, void* argument) override {
+    try {
+      return others_ != nullptr ? others_->start(run, argument) : run(argument);
+    } catch (const CORBA::MARSHAL& refusal) {
+      if (refusal.minor() != kMessageTooLarge) {
+        throw;
+      }
+    } catch (const CORBA::NO_MEMORY&) {
+      // The client is told nothing, and the others go on.
+    }
+    return 0;
+  }
+
+ private:
+  ACE_Thread_Hook* const others_ = ACE_Thread_Hook::thread_hook();
 };
 
 class MessageResources final : public TAO_Default_Resource_Factory {
@@ -156,11 +228,12 @@ class MessageResources final : public TAO_Default_Resource_Factory {
 
  public:
   ACE_Allocator* input_cdr_buffer_allocator() override { return new IncomingBuffers; }
+  ACE_Allocator* input_cdr_msgblock_allocator() override { return new IncomingBlocks; }
   ACE_Allocator* output_cdr_buffer_allocator() override { return new OutgoingBuffers; }
 
-  Fragmentation create_fragmentation_strategy(TAO_Transport* /*transport*/,
+  Fragmentation create_fragmentation_strategy(TAO_Transport* transport,
                                               CORBA::ULong /*most*/) const override {
-    return Fragmentation(new MessageLimit);
+    return Fragmentation(new MessageLimit(transport));
   }
 };
 
@@ -190,6 +263,8 @@ void installMessageLimit() {
                                " \"-ORBNativeCharCodeset 0x05010001"
                                " -ORBReactorMaskSignals 0 -ORBFlushingStrategy blocking\"";
   ACE_Service_Config::process_directive(settings.c_str());
+  static ConnectionThreads threads;
+  ACE_Thread_Hook::thread_hook(&threads);
   TAO_ORB_Core::set_resource_factory(kName);
 }
 

@@ -1,0 +1,132 @@
+// Messages over the size limit, from clients that do not care and from our own.
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+#include "tests/unit/orb/RawClient.h"
+#include "tests/unit/orb/Servants.h"
+#include "tests/unit/orb/SilentPeer.h"
+
+namespace {
+
+using orb_tests::Answering;
+using orb_tests::lengthOf;
+using orb_tests::Message;
+using orb_tests::RawClient;
+
+constexpr std::size_t kPiece = 8000;  // a multiple of 8, as all fragments but the last are
+
+// The first part of a request whose argument is a text of so many bytes.
+std::string beginOfRequest(std::uint32_t textBytes) {
+  Message message(2, Message::Type::kRequest, true);
+  message.number(1).octet(3).octet(0).octet(0).octet(0);  // id, a reply is expected
+  message.number(0).octets("Key").text("_is_a");
+  message.number(0).align(8).number(textBytes);  // service contexts, argument
+  return message.align(8).bytes();
+}
+
+std::string fragment(bool last) {
+  return Message(2, Message::Type::kFragment, !last)
+      .number(1)
+      .raw(std::string(kPiece, 'x'))
+      .bytes();
+}
+
+long residentKib() {
+  std::ifstream status("/proc/self/status");
+  for (std::string line; std::getline(status, line);) {
+    if (line.rfind("VmRSS:", 0) == 0) {
+      return std::stol(line.substr(6));
+    }
+  }
+  return 0;
+}
+
+class MessageLimit : public testing::Test {
+ protected:
+  MessageLimit() {
+    published_ = object_->publish(servant_.in());
+    const PortableServer::POAManager_var manager = server_->rootPoa()->the_POAManager();
+    manager->activate();
+  }
+
+  static orb::Options small() {
+    orb::Options options;
+    options.maxMessageBytes = 65536;
+    return options;
+  }
+
+  bool serves() { return lengthOf(published_.in()) == 7; }
+
+  std::unique_ptr<orb::Server> server_ = orb::startServer(small(), {"127.0.0.1", 0}, nullptr);
+  std::unique_ptr<orb::WellKnownObject> object_ = server_->wellKnownObject("Key");
+  PortableServer::ServantBase_var servant_ = new Answering(7);
+  CORBA::Object_var published_;
+};
+
+TEST_F(MessageLimit, HoldsForFragmentsWithoutEnd) {
+  const RawClient client(server_->endpoint());
+  const long before = residentKib();
+  bool taken = client.send(beginOfRequest(2000000000));
+  for (int i = 0; taken && i < 25000; ++i) {  // 200 MB
+    taken = client.send(fragment(false));
+  }
+  EXPECT_TRUE(serves());
+  EXPECT_LT(residentKib() - before, 20000);
+}
+
+TEST_F(MessageLimit, HoldsForTinyFragmentsWithoutEnd) {
+  const RawClient client(server_->endpoint());
+  const long before = residentKib();
+  std::string many;
+  for (int i = 0; i < 1000; ++i) {
+    many += Message(2, Message::Type::kFragment, true).number(1).raw("12345678").bytes();
+  }
+  bool taken = client.send(beginOfRequest(2000000000));
+  for (int i = 0; taken && i < 200; ++i) {
+    taken = client.send(many);
+  }
+  EXPECT_TRUE(serves());
+  EXPECT_LT(residentKib() - before, 20000);
+}
+
+TEST_F(MessageLimit, RefusesWhatFragmentsAddUpTo) {
+  for (const int pieces : {9, 12, 17, 20, 33, 40, 100}) {
+    const RawClient client(server_->endpoint());
+    bool taken = client.send(beginOfRequest(static_cast<std::uint32_t>(pieces * kPiece)));
+    for (int i = 1; taken && i <= pieces; ++i) {
+      taken = client.send(fragment(i == pieces));
+    }
+    EXPECT_TRUE(!taken || client.isAnswered()) << pieces;
+    EXPECT_TRUE(serves()) << pieces;
+  }
+}
+
+TEST_F(MessageLimit, HoldsForASizeThatCannotBe) {
+  const RawClient client(server_->endpoint());
+  const long before = residentKib();
+  std::string bytes = beginOfRequest(10);
+  for (std::size_t i = 8; i < 12; ++i) {
+    bytes[i] = '\x7f';  // the size
+  }
+  client.send(bytes + std::string(1000000, 'x'));
+  EXPECT_TRUE(serves());
+  EXPECT_LT(residentKib() - before, 20000);
+}
+
+TEST_F(MessageLimit, RefusesAnArgumentBeforeItIsSent) {
+  const orb_tests::SilentPeer peer;
+  const CORBA::Object_var object = server_->get()->string_to_object(peer.corbaloc().c_str());
+  for (const std::size_t bytes : {std::size_t{200000}, std::size_t{3000000}}) {
+    try {
+      object->_is_a(std::string(bytes, 'x').c_str());
+      ADD_FAILURE() << bytes << " bytes were sent";
+    } catch (const CORBA::SystemException& failure) {
+      EXPECT_TRUE(orb::isMessageTooLarge(failure)) << orb::describe(failure);
+    }
+  }
+  EXPECT_TRUE(serves());
+}
+
+}  // namespace

@@ -1,0 +1,111 @@
+// A client that writes its requests itself, well or not.
+
+#ifndef TESTS_UNIT_ORB_RAWCLIENT_H
+#define TESTS_UNIT_ORB_RAWCLIENT_H
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <string>
+
+#include "orb/orb.h"
+
+namespace orb_tests {
+
+// A GIOP message, little-endian. Numbers are aligned from its beginning.
+class Message {
+ public:
+  enum class Type : char { kRequest = 0, kFragment = 7 };
+
+  Message(char minorVersion, Type type, bool moreFragments) {
+    bytes_ = {'G', 'I', 'O', 'P', 1, minorVersion};
+    bytes_.push_back(moreFragments ? 3 : 1);
+    bytes_.push_back(static_cast<char>(type));
+    bytes_.append(4, '\0');
+  }
+
+  Message& number(std::uint32_t value) {
+    align(4);
+    append(value);
+    return *this;
+  }
+  Message& octet(char value) {
+    bytes_.push_back(value);
+    return *this;
+  }
+  Message& octets(const std::string& value) {
+    number(static_cast<std::uint32_t>(value.size()));
+    return raw(value);
+  }
+  Message& text(const std::string& value) { return octets(value + '\0'); }
+  Message& raw(const std::string& value) {
+    bytes_ += value;
+    return *this;
+  }
+  Message& align(std::size_t boundary) {
+    bytes_.append((boundary - bytes_.size() % boundary) % boundary, '\0');
+    return *this;
+  }
+
+  // With its size in the header.
+  std::string bytes() const {
+    constexpr std::size_t kHeader = 12;
+    Message whole = *this;
+    whole.bytes_.resize(kHeader - 4);
+    whole.append(static_cast<std::uint32_t>(bytes_.size() - kHeader));
+    return whole.bytes_ + bytes_.substr(kHeader);
+  }
+
+ private:
+  void append(std::uint32_t value) {
+    for (int shift = 0; shift < 32; shift += 8) {
+      bytes_.push_back(static_cast<char>(value >> shift));
+    }
+  }
+
+  std::string bytes_;
+};
+
+class RawClient {
+ public:
+  explicit RawClient(const orb::Endpoint& endpoint) : socket_(socket(AF_INET, SOCK_STREAM, 0)) {
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(endpoint.port);
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    connect(socket_, reinterpret_cast<sockaddr*>(&address), sizeof address);
+  }
+  ~RawClient() { close(socket_); }
+  RawClient(const RawClient&) = delete;
+  RawClient& operator=(const RawClient&) = delete;
+
+  // Whether the peer still took it.
+  bool send(const std::string& bytes) const {
+    std::size_t sent = 0;
+    while (sent < bytes.size()) {
+      const ssize_t count = ::send(socket_, bytes.data() + sent, bytes.size() - sent, MSG_NOSIGNAL);
+      if (count <= 0) {
+        return false;
+      }
+      sent += static_cast<std::size_t>(count);
+    }
+    return true;
+  }
+
+  // Waits for an answer, or for the end of the connection.
+  bool isAnswered() const {
+    pollfd wait{socket_, POLLIN, 0};
+    return poll(&wait, 1, 20000) == 1;
+  }
+
+ private:
+  const int socket_;
+};
+
+}  // namespace orb_tests
+
+#endif
