@@ -213,7 +213,7 @@ class ConnectionThreads final : public ACE_Thread_Hook {
     } catch (const CORBA::NO_MEMORY&) {
       // The client is told nothing, and the others go on.
     }
-    return 0;
+    return {};
   }
 
  private:
