@@ -64,7 +64,7 @@ ChannelSink::ChannelSink(CORBA::ORB_ptr orb, std::string reference,
 CallOutcome ChannelSink::connect(const Stopping& stopping) {
   try {
     if (!proxyIsThere(stopping)) {
-      obtainProxy(stopping);
+      obtainProxy(CORBA::Object_var(resolve(stopping)), stopping);
     }
     suspect_ = false;
     return {};
@@ -75,23 +75,50 @@ CallOutcome ChannelSink::connect(const Stopping& stopping) {
   }
 }
 
+// Follows the channel to another address.
 bool ChannelSink::proxyIsThere(const Stopping& stopping) {
-  if (CORBA::is_nil(proxy_)) {
-    return false;
+  if (CORBA::is_nil(proxy_) || !suspect_) {
+    return !CORBA::is_nil(proxy_);
   }
-  if (suspect_) {
+  try {
     bool gone = false;
     callTwice(stopping, [&] { gone = proxy_->_non_existent(); });
     if (gone) {
       proxy_ = ProxyPushConsumer::_nil();
-      return false;
     }
+    return !gone;
+  } catch (const CORBA::SystemException& failure) {
+    if (!isCorbaname(reference_) || !orb::isUnreachable(failure)) {
+      throw;
+    }
+    const CORBA::Object_var channel = channelElsewhere(stopping);
+    if (CORBA::is_nil(channel)) {
+      throw;
+    }
+    obtainProxy(channel, stopping);
+    return true;
   }
-  return true;
 }
 
-void ChannelSink::obtainProxy(const Stopping& stopping) {
-  const CORBA::Object_var object = resolve(stopping);
+// Where the name leads if that is not where the proxy is; nil if it is, or if nobody knows.
+CORBA::Object_ptr ChannelSink::channelElsewhere(const Stopping& stopping) {
+  try {
+    goOn(stopping);
+    CORBA::Object_var object = resolve(stopping);
+    const std::string address = CORBA::is_nil(object) ? "" : orb::addressOf(object);
+    if (!address.empty() && address != orb::addressOf(proxy_)) {
+      return object._retn();
+    }
+  } catch (const ChannelError&) {
+    // That the proxy cannot be reached says more.
+  } catch (const CORBA::Exception&) {
+    // As above.
+  }
+  return CORBA::Object::_nil();
+}
+
+// The proxy so far is kept until there is another.
+void ChannelSink::obtainProxy(CORBA::Object_ptr object, const Stopping& stopping) {
   if (CORBA::is_nil(object)) {
     throw ChannelError("the reference is nil");
   }
@@ -130,15 +157,19 @@ CallOutcome ChannelSink::check(const Stopping& stopping) {
 }
 
 // What a push that failed says about the channel: nobody there, or nobody who knows us, or somebody
-// who does not want this event.
+// who does not want this event. One that does not know the operation may have the proxy's key by
+// now, but an event that every new proxy answers so must not wait for ever.
 CallOutcome ChannelSink::failed(const CORBA::Exception& failure) {
   suspect_ = true;
   const auto* const system = CORBA::SystemException::_downcast(&failure);
-  if (system == nullptr || CORBA::OBJECT_NOT_EXIST::_downcast(&failure) != nullptr) {
-    proxy_ = ProxyPushConsumer::_nil();  // it is disconnected, or gone
-    return {CallOutcome::kUnavailable, reasonOf(failure)};
+  const bool another = CORBA::BAD_OPERATION::_downcast(&failure) != nullptr;
+  // Disconnected, or not there.
+  const bool gone = system == nullptr || CORBA::OBJECT_NOT_EXIST::_downcast(&failure) != nullptr;
+  if (another || gone) {
+    proxy_ = ProxyPushConsumer::_nil();
   }
-  const bool unreachable = orb::isUnreachable(*system) && !orb::isConnectionClosed(*system);
+  const bool unreachable =
+      gone || (orb::isUnreachable(*system) && !orb::isConnectionClosed(*system));
   return {unreachable ? CallOutcome::kUnavailable : CallOutcome::kRefused, reasonOf(failure)};
 }
 

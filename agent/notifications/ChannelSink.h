@@ -13,7 +13,9 @@
 namespace agent {
 
 // Pushes each event in an any. The reference is resolved anew whenever the channel does not know
-// its supplier any more; a proxy that is still there is used on. Nothing is for good.
+// its supplier any more, and a corbaname also when nobody answers where the proxy is: the channel
+// may be elsewhere by now. A proxy that is still there, or may come back there, is used on. Nothing
+// is for good.
 //
 // The channel is given no supplier to call back: it need not reach the agent, and that it ended the
 // connection shows at the next push.
@@ -32,8 +34,9 @@ class ChannelSink final : public Sink {
   static std::string nameOf(CORBA::ORB_ptr orb, const std::string& reference);
 
  private:
-  void obtainProxy(const Stopping& stopping);
+  void obtainProxy(CORBA::Object_ptr object, const Stopping& stopping);
   bool proxyIsThere(const Stopping& stopping);
+  CORBA::Object_ptr channelElsewhere(const Stopping& stopping);
   CallOutcome failed(const CORBA::Exception& failure);
   CORBA::Object_ptr resolve(const Stopping& stopping);
   CORBA::Object_ptr lookUp(const Stopping& stopping);

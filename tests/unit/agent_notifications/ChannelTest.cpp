@@ -4,9 +4,11 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <memory>
 #include <thread>
 
 #include "tests/unit/agent_notifications/FakeChannel.h"
+#include "tests/unit/agent_notifications/FakeNames.h"
 #include "tests/unit/agent_notifications/Fixture.h"
 #include "tests/unit/agent_notifications/WirePeer.h"
 
@@ -152,6 +154,32 @@ TEST_F(Channels, GiveANewProxyForOneThatIsDisconnected) {
   notifier_.reset();
 }
 
+TEST_F(Channels, GiveANewProxyForOneWhoseKeyIsAnotherObjects) {
+  open();
+  start();
+  publish(1);
+  EXPECT_TRUE(becomes({"channel 0 1 0"}));
+  channel_.giveKeysOfProxiesAway();
+  publish(2);
+  EXPECT_EQ((Texts{"connect 1", "1: 1", "connect 2", "2: 2", "2: 3"}), pushes(5));
+  EXPECT_TRUE(becomes({"channel 0 3 0"}));
+}
+
+TEST_F(Channels, DoNotStandStillForAnEventThatNoProxyKnowsHowToTake) {
+  open();
+  channel_.onPush([](const std::string& event) {
+    if (event == "1") {
+      throw CORBA::BAD_OPERATION(0, CORBA::COMPLETED_NO);
+    }
+  });
+  start();
+  publish(2);
+  EXPECT_EQ((Texts{"connect 1", "1: 1", "connect 2", "2: 1", "connect 3", "3: 1", "connect 4",
+                   "4: 1", "connect 5", "5: 1", "connect 6", "6: lost 1-1 1", "6: 2"}),
+            pushes(13));
+  EXPECT_TRUE(becomes({"channel 0 1 1"}));
+}
+
 TEST_F(Channels, GetAnEventAgainThatFailed) {
   open();
   std::atomic<int> left{2};
@@ -254,6 +282,136 @@ TEST_F(Channels, WhoseNamingServiceIsSilentDoNotHoldUpTheEnd) {
   const auto begin = std::chrono::steady_clock::now();
   notifier_.reset();
   EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(2000));
+}
+
+// The first proxy is at another address than the channel, as one of before the channel moved.
+class ChannelsWithAName : public Channels {
+ protected:
+  ChannelsWithAName()
+      : namesPlace_(server_->wellKnownObject("Names")),
+        names_(new FakeNames(orb())),
+        namesOwner_(names_) {
+    const CORBA::Object_var reference = namesPlace_->publish(names_);
+    options_.channel =
+        "corbaname:iiop:1.2@" + orb::format(server_->endpoint()) + "/Names#TopoEvents";
+    open();
+  }
+
+  ~ChannelsWithAName() override {
+    notifier_.reset();
+    namesPlace_->retire();
+  }
+
+  // The proxies after the peer are the channel's own.
+  void startWithProxyAt(const WirePeer& peer) {
+    channel_.useProxyOnce(peer.reference(), orb());
+    start();
+  }
+
+  const std::string here_ = referenceTo("Channel");
+  std::unique_ptr<orb::WellKnownObject> namesPlace_;
+  FakeNames* const names_;
+  const PortableServer::ServantBase_var namesOwner_;
+};
+
+TEST_F(ChannelsWithAName, AreFoundAtTheirNewAddressWhenTheOldOneIsDead) {
+  auto peer = std::make_unique<WirePeer>("push", std::vector<WirePeer::Act>());
+  const std::string there = peer->reference();
+  names_->leadTo({here_, there, there, here_});
+  startWithProxyAt(*peer);
+  publish(1);
+  EXPECT_TRUE(becomes({"channel 0 1 0"}));
+  peer.reset();
+  publish(2);
+  EXPECT_EQ((Texts{"connect 1", "1: 2", "1: 3"}), pushes(3));
+  EXPECT_TRUE(becomes({"channel 0 3 0"}));
+  EXPECT_EQ((Texts{here_, there, there, here_}), names_->resolved.all());
+}
+
+TEST_F(ChannelsWithAName, AreFoundAtTheirNewAddressWhenTheOldOneIsSilent) {
+  options_.pushTimeout = std::chrono::milliseconds(1000);
+  options_.idleCheck = std::chrono::milliseconds(1);
+  WirePeer peer("_non_existent", std::vector<WirePeer::Act>(9, WirePeer::Act::kIgnore));
+  names_->leadTo({here_});
+  startWithProxyAt(peer);
+  EXPECT_EQ((Texts{"connect 1"}), pushes(1));
+  publish(1);
+  EXPECT_EQ((Texts{"connect 1", "1: 1"}), pushes(2));
+}
+
+TEST_F(ChannelsWithAName, AreNotLookedForAtTheEnd) {
+  options_.pushTimeout = std::chrono::milliseconds(1000);
+  options_.idleCheck = std::chrono::milliseconds(1);
+  WirePeer peer("_non_existent", std::vector<WirePeer::Act>(9, WirePeer::Act::kIgnore));
+  names_->leadTo({here_});
+  startWithProxyAt(peer);
+  EXPECT_EQ("ignored", peer.requests().waitFor(1).at(0));
+  const auto begin = std::chrono::steady_clock::now();
+  notifier_.reset();
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(2000));
+  EXPECT_EQ((Texts{here_}), names_->resolved.all());
+}
+
+TEST_F(ChannelsWithAName, KeepAProxyThatComesBackWhereTheirNameLeads) {
+  WirePeer peer("_non_existent", std::vector<WirePeer::Act>(4, WirePeer::Act::kClose));
+  options_.idleCheck = std::chrono::milliseconds(1);
+  names_->leadTo({here_, peer.reference()});
+  startWithProxyAt(peer);
+  EXPECT_EQ((Texts{"closed", "closed", "closed", "closed", "answered"}),
+            peer.requests().waitFor(5));
+  publish(1);
+  EXPECT_TRUE(becomes({"channel 0 1 0"}));
+  EXPECT_EQ(Texts{}, channel_.record.all());
+  EXPECT_EQ((Texts{here_, peer.reference(), peer.reference()}), names_->resolved.all());
+}
+
+TEST_F(ChannelsWithAName, KeepTheirProxyWhileTheirNameIsNotFound) {
+  WirePeer peer("_non_existent", std::vector<WirePeer::Act>(2, WirePeer::Act::kClose));
+  options_.idleCheck = std::chrono::milliseconds(1);
+  names_->leadTo({here_, ""});
+  testing::internal::CaptureStderr();
+  startWithProxyAt(peer);
+  peer.requests().waitFor(3);
+  publish(1);
+  EXPECT_TRUE(becomes({"channel 0 1 0"}));
+  EXPECT_EQ(Texts{}, channel_.record.all());
+  EXPECT_EQ((Texts{here_, ""}), names_->resolved.all());
+  EXPECT_THAT(testing::internal::GetCapturedStderr(),
+              testing::AllOf(testing::HasSubstr("they wait: "),
+                             testing::Not(testing::HasSubstr("NotFound"))));
+}
+
+TEST_F(ChannelsWithAName, KeepTheirProxyWhileNobodyAnswersAtTheNewAddress) {
+  WirePeer peer("_non_existent", std::vector<WirePeer::Act>(2, WirePeer::Act::kClose));
+  options_.idleCheck = std::chrono::milliseconds(1);
+  const std::string deaf = "corbaloc:iiop:1.2@127.0.0.1:" + std::to_string(deafPort()) + "/Channel";
+  names_->leadTo({here_, deaf});
+  startWithProxyAt(peer);
+  peer.requests().waitFor(3);
+  publish(1);
+  EXPECT_TRUE(becomes({"channel 0 1 0"}));
+  EXPECT_EQ(Texts{}, channel_.record.all());
+  EXPECT_EQ((Texts{here_, deaf}), names_->resolved.all());
+}
+
+TEST_F(ChannelsWithAName, AreNotLookedForWhileTheirProxyAnswers) {
+  WirePeer peer("_non_existent", {});
+  options_.idleCheck = std::chrono::milliseconds(1);
+  names_->leadTo({here_});
+  startWithProxyAt(peer);
+  peer.requests().waitFor(3);
+  EXPECT_EQ((Texts{here_}), names_->resolved.all());
+}
+
+TEST_F(ChannelsWithAName, AreNotLookedForByAnotherReference) {
+  WirePeer peer("_non_existent", std::vector<WirePeer::Act>(2, WirePeer::Act::kClose));
+  options_.channel = here_;
+  options_.idleCheck = std::chrono::milliseconds(1);
+  startWithProxyAt(peer);
+  peer.requests().waitFor(3);
+  publish(1);
+  EXPECT_TRUE(becomes({"channel 0 1 0"}));
+  EXPECT_EQ(Texts{}, channel_.record.all());
 }
 
 TEST_F(Channels, ThatNobodyServesAreNoFailure) {

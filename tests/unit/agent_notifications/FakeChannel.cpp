@@ -69,14 +69,24 @@ CORBA::Object_ptr FakeChannel::activate(PortableServer::ServantBase* servant) {
   return poa_->id_to_reference(id.in());
 }
 
-void FakeChannel::forgetProxies() {
+std::vector<PortableServer::ObjectId> FakeChannel::takeProxies() {
   std::vector<PortableServer::ObjectId> proxies;
-  {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    proxies.swap(proxies_);
-  }
-  for (const PortableServer::ObjectId& proxy : proxies) {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  proxies.swap(proxies_);
+  return proxies;
+}
+
+void FakeChannel::forgetProxies() {
+  for (const PortableServer::ObjectId& proxy : takeProxies()) {
     poa_->deactivate_object(proxy);
+  }
+}
+
+void FakeChannel::giveKeysOfProxiesAway() {
+  for (const PortableServer::ObjectId& proxy : takeProxies()) {
+    poa_->deactivate_object(proxy);
+    const PortableServer::ServantBase_var other = new Admin(*this);
+    poa_->activate_object_with_id(proxy, other.in());
   }
 }
 
@@ -95,10 +105,20 @@ void FakeChannel::useProxy(const std::string& reference, CORBA::ORB_ptr orb) {
   foreign_ = CosEventChannelAdmin::ProxyPushConsumer::_unchecked_narrow(object);
 }
 
+void FakeChannel::useProxyOnce(const std::string& reference, CORBA::ORB_ptr orb) {
+  useProxy(reference, orb);
+  const std::lock_guard<std::mutex> lock(mutex_);
+  foreignOnce_ = true;
+}
+
 CosEventChannelAdmin::ProxyPushConsumer_ptr FakeChannel::makeProxy() {
   std::string name;
   {
     const std::lock_guard<std::mutex> lock(mutex_);
+    if (foreignOnce_) {
+      foreignOnce_ = false;
+      return foreign_._retn();
+    }
     if (!CORBA::is_nil(foreign_)) {
       return CosEventChannelAdmin::ProxyPushConsumer::_duplicate(foreign_);
     }

@@ -32,8 +32,14 @@ class FakeChannel {
   // Its proxies cease to exist.
   void forgetProxies();
 
+  // As a channel that started again without them: their keys belong to other objects.
+  void giveKeysOfProxiesAway();
+
   // Hands out this reference as its proxies.
   void useProxy(const std::string& reference, CORBA::ORB_ptr orb);
+
+  // Hands out this reference as its next proxy, its own ones after that.
+  void useProxyOnce(const std::string& reference, CORBA::ORB_ptr orb);
 
   // Is called within a push, after it is recorded.
   void onPush(Hook hook);
@@ -48,6 +54,7 @@ class FakeChannel {
 
  private:
   CORBA::Object_ptr activate(PortableServer::ServantBase* servant);
+  std::vector<PortableServer::ObjectId> takeProxies();
 
   const PortableServer::POA_var poa_;
   PortableServer::ServantBase_var servant_;
@@ -58,6 +65,7 @@ class FakeChannel {
   std::size_t lastProxy_ = 0;
   Hook hook_;
   CosEventChannelAdmin::ProxyPushConsumer_var foreign_;
+  bool foreignOnce_ = false;
 };
 
 }  // namespace notification_tests

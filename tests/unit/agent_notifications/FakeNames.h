@@ -1,0 +1,76 @@
+// A naming service of one name, which leads from place to place.
+
+#ifndef UNIT_AGENT_NOTIFICATIONS_FAKENAMES_H
+#define UNIT_AGENT_NOTIFICATIONS_FAKENAMES_H
+
+#include <deque>
+#include <mutex>
+#include <string>
+#include <utility>
+
+#include "orb/naming.h"
+#include "orb/orb.h"
+#include "tests/unit/agent_notifications/Events.h"
+
+namespace notification_tests {
+
+class FakeNames final : public virtual POA_CosNaming::NamingContextExt {
+ public:
+  explicit FakeNames(CORBA::ORB_ptr orb) : orb_(CORBA::ORB::_duplicate(orb)) {}
+
+  // The references that the name leads to, one resolve each, and the last from then on; an empty
+  // one is not found.
+  void leadTo(std::deque<std::string> places) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    places_ = std::move(places);
+  }
+
+  // Where the name led, one text a resolve.
+  Record resolved;
+
+  CORBA::Object_ptr resolve_str(const char* /*name*/) override {
+    const std::string place = next();
+    resolved.add(place);
+    if (place.empty()) {
+      throw CosNaming::NamingContext::NotFound(CosNaming::NamingContext::missing_node, {});
+    }
+    return orb_->string_to_object(place.c_str());
+  }
+
+  // Nothing below is called by one who only resolves.
+  void bind(const CosNaming::Name&, CORBA::Object_ptr) override { unused(); }
+  void rebind(const CosNaming::Name&, CORBA::Object_ptr) override { unused(); }
+  void bind_context(const CosNaming::Name&, CosNaming::NamingContext_ptr) override { unused(); }
+  void rebind_context(const CosNaming::Name&, CosNaming::NamingContext_ptr) override { unused(); }
+  CORBA::Object_ptr resolve(const CosNaming::Name&) override { unused(); }
+  void unbind(const CosNaming::Name&) override { unused(); }
+  CosNaming::NamingContext_ptr new_context() override { unused(); }
+  CosNaming::NamingContext_ptr bind_new_context(const CosNaming::Name&) override { unused(); }
+  void destroy() override { unused(); }
+  void list(CORBA::ULong, CosNaming::BindingList_out, CosNaming::BindingIterator_out) override {
+    unused();
+  }
+  char* to_string(const CosNaming::Name&) override { unused(); }
+  CosNaming::Name* to_name(const char*) override { unused(); }
+  char* to_url(const char*, const char*) override { unused(); }
+
+ private:
+  [[noreturn]] static void unused() { throw CORBA::NO_IMPLEMENT(); }
+
+  std::string next() {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    std::string place = places_.at(0);
+    if (places_.size() > 1) {
+      places_.pop_front();
+    }
+    return place;
+  }
+
+  const CORBA::ORB_var orb_;
+  std::mutex mutex_;
+  std::deque<std::string> places_;  // guarded by mutex_
+};
+
+}  // namespace notification_tests
+
+#endif
