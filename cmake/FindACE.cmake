@@ -3,7 +3,7 @@
 # With TAO_ROOT set it is the one that came with that TAO, whatever else the machine has.
 
 if(TOPO_ORB STREQUAL "tao")
-  set(_ace_search HINTS "${TAO_ROOT}/.." "${TAO_ROOT}" NO_DEFAULT_PATH)
+  set(_ace_search HINTS ${TOPO_TAO_ROOTS} NO_DEFAULT_PATH)
 else()
   set(_ace_search)
 endif()

@@ -9,7 +9,7 @@ find_program(TOPO_EVENT_SERVICE omniEvents REQUIRED PATHS /usr/sbin)
 set(TOPO_EVENT_SERVICE_KEY omniEvents)
 find_program(TOPO_EVENT_CHANNEL_FACTORY eventc REQUIRED)
 find_program(TOPO_NOTIFY_SERVICE tao_cosnotification
-  HINTS "${TAO_ROOT}" "${TAO_ROOT}/.." PATH_SUFFIXES bin orbsvcs/Notify_Service)
+  HINTS ${TOPO_TAO_ROOTS} PATH_SUFFIXES bin orbsvcs/Notify_Service)
 if(NOT TOPO_NOTIFY_SERVICE)
   set(TOPO_NOTIFY_SERVICE "")
 endif()

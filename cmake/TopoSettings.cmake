@@ -7,6 +7,11 @@ if(TOPO_ORB STREQUAL "tao")
   if(NOT TAO_ROOT)
     message(FATAL_ERROR "TAO_ROOT is not set: say where TAO is with -DTAO_ROOT=DIR")
   endif()
+  # In a source tree ACE is beside TAO; below a prefix all is in one place.
+  set(TOPO_TAO_ROOTS "${TAO_ROOT}")
+  if(EXISTS "${TAO_ROOT}/tao/corba.h")
+    list(APPEND TOPO_TAO_ROOTS "${TAO_ROOT}/..")
+  endif()
 endif()
 
 set(CMAKE_CXX_STANDARD 17)

@@ -301,7 +301,10 @@ void TAIT<IteratorSkeleton, RecordList, RecordOutList>::Trait::activate(Servant&
                                                                         OutIterator iterator) {
   try {
     iterator = servant._this();
-  } catch (const CORBA::OBJECT_NOT_EXIST&) {
+  } catch (const CORBA::SystemException& failure) {
+    if (!orb::isPoaGoing(failure)) {
+      throw;
+    }
     result_iterator::refuse(result_iterator::kCleanupSite, result_iterator::kCleanup);
   }
 }

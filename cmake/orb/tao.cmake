@@ -4,7 +4,7 @@
 # are installed.
 
 # Nothing of another ACE or TAO on the machine may get in between.
-set(_orb_search HINTS "${TAO_ROOT}" "${TAO_ROOT}/.." NO_DEFAULT_PATH)
+set(_orb_search HINTS ${TOPO_TAO_ROOTS} NO_DEFAULT_PATH)
 
 find_path(TAO_INCLUDE_DIR tao/corba.h ${_orb_search} PATH_SUFFIXES include)
 find_path(TAO_SERVICES_INCLUDE_DIR orbsvcs/CosNotifyComm.idl ${_orb_search}

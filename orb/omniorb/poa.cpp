@@ -16,4 +16,8 @@ bool isCleanupInProgress(PortableServer::POA_ptr poa) {
   return poa->_non_existent();
 }
 
+bool isPoaGoing(const CORBA::SystemException& failure) {
+  return CORBA::OBJECT_NOT_EXIST::_downcast(&failure) != nullptr;
+}
+
 }  // namespace orb

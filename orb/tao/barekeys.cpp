@@ -86,6 +86,7 @@ int BareKeys::priority() const {
 int BareKeys::dispatch(TAO::ObjectKey& key, TAO_ServerRequest& request,
                        CORBA::Object_out /*forward*/) {
   const ObjectKey target = textOf(key);
+  lastCall().reading = false;
   if (!request.collocated()) {
     if (std::exchange(lastCall().tooLarge, false)) {
       throw CORBA::MARSHAL(kMessageTooLarge, CORBA::COMPLETED_NO);
@@ -122,14 +123,18 @@ CORBA::Object_ptr BareKeys::create_collocated_object(TAO_Stub* stub,
                                                  : CORBA::Object::_nil();
 }
 
-// 0 says that nobody else need be asked.
+// 0 says that nobody else need be asked. The POAs expect a key of theirs in every profile, which
+// whoever sends a reference need not have put there.
 CORBA::Long BareKeys::initialize_collocated_object(TAO_Stub* stub) {
   const TAO_MProfile& profiles = stub->base_profiles();
-  if (profiles.profile_count() == 0 || isOfAPoa(profiles.get_profile(0)->object_key())) {
-    return 1;
+  for (TAO_PHandle i = 0; i < profiles.profile_count(); ++i) {
+    const TAO::ObjectKey_var key = profiles.get_profile(i)->_key();  // null in unknown profiles
+    if (key.ptr() == nullptr || !isOfAPoa(key.in())) {
+      stub->is_collocated(false);
+      return 0;
+    }
   }
-  stub->is_collocated(false);
-  return 0;
+  return 1;
 }
 
 void Gates::add(const std::string& key, std::shared_ptr<Gate> gate) {

@@ -98,6 +98,7 @@ class CallObserver final : public PortableInterceptor::ClientRequestInterceptor,
 
   void receive_reply(PortableInterceptor::ClientRequestInfo_ptr) override {
     if (lastCall().tooLarge) {
+      lastCall().transport->close_connection();
       throw CORBA::MARSHAL(kMessageTooLarge, CORBA::COMPLETED_YES);
     }
   }

@@ -21,7 +21,8 @@ namespace orb {
 struct LastCall {
   int attempts = 0;                    // to send the request, each on a connection
   std::size_t requestBytes = 0;        // that the current attempt has written
-  TAO_Transport* transport = nullptr;  // of the current attempt
+  TAO_Transport* transport = nullptr;  // that the thread reads from
+  bool reading = false;                // messages, from it
   bool streamBroken = false;           // the transport can write nothing more
   bool replyBegun = false;
   bool tooLarge = false;           // what was read is over the size limit

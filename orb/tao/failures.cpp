@@ -3,7 +3,9 @@
 #include <tao/ORB_Constants.h>
 #include <tao/SystemException.h>
 
+#include <cerrno>
 #include <cstring>
+#include <iterator>
 #include <string>
 
 #include "calls.h"
@@ -27,6 +29,15 @@ bool isTransient(const CORBA::SystemException& failure) {
 
 bool isCommFailure(const CORBA::SystemException& failure) {
   return CORBA::COMM_FAILURE::_downcast(&failure) != nullptr;
+}
+
+// The ORB numbers the usual errors itself and takes the system's numbers for all others.
+int errorOf(CORBA::ULong code) {
+  static constexpr int kErrors[] = {0,      ETIMEDOUT,  ENFILE, EMFILE, EPIPE,        ECONNREFUSED,
+                                    ENOENT, EBADF,      ENOSYS, EPERM,  EAFNOSUPPORT, EAGAIN,
+                                    ENOMEM, EACCES,     EFAULT, EBUSY,  EEXIST,       EINVAL,
+                                    ECOMM,  ECONNRESET, ENOTSUP};
+  return code < std::size(kErrors) ? kErrors[code] : static_cast<int>(code);
 }
 
 // What a minor code of this ORB says, or one of the OMG's that it raises; empty for all others.
@@ -57,7 +68,7 @@ std::string causeOf(const CORBA::SystemException& failure) {
     default:
       break;
   }
-  const auto error = static_cast<int>(failure.minor() & kErrno);
+  const int error = errorOf(failure.minor() & kErrno);
   const bool own = (failure.minor() & kVendor) == TAO::VMCID;
   return own && error != 0 ? std::strerror(error) : "";
 }

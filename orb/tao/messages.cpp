@@ -2,12 +2,12 @@
 
 #include <ace/CDR_Base.h>
 #include <ace/Malloc_Allocator.h>
-#include <ace/Message_Block.h>
 #include <ace/Service_Config.h>
 #include <ace/Service_Types.h>
-#include <ace/Thread_Hook.h>
+#include <sys/socket.h>
 #include <tao/CDR.h>
 #include <tao/GIOP_Fragmentation_Strategy.h>
+#include <tao/LRU_Connection_Purging_Strategy.h>
 #include <tao/ORB_Constants.h>
 #include <tao/ORB_Core.h>
 #include <tao/SystemException.h>
@@ -16,6 +16,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cerrno>
 #include <cstddef>
 #include <cstring>
 #include <new>
@@ -61,59 +62,29 @@ class OutgoingBuffers final : public ACE_New_Allocator {
   }
 };
 
-// The last block of a message that this thread has made while it read.
-thread_local const ACE_Message_Block* newestBlock = nullptr;
-
-// Blocks of messages that are being read, each with a buffer.
-class IncomingBlocks final : public ACE_New_Allocator {
- public:
-  void* malloc(std::size_t bytes) override {
-    void* const block = ACE_New_Allocator::malloc(bytes);
-    if (block != nullptr) {
-      std::memset(block, 0, bytes);
-    }
-    newestBlock = static_cast<const ACE_Message_Block*>(block);
-    return block;
-  }
-
-  void free(void* block) override {
-    if (block == newestBlock) {
-      newestBlock = nullptr;
-    }
-    ACE_New_Allocator::free(block);
-  }
-};
-
-// Whether a block is under construction. The ORB makes one first and its buffer then in one case
-// only: to put the fragments of a message together.
-bool isPuttingTogether() {
-  return newestBlock != nullptr && newestBlock->data_block() == nullptr;
-}
-
-// Buffers of messages that are being read. The ORB does not look whether it gets one, so a refusal
-// is an exception: it ends a call, or the thread of a connection and that connection. The buffer in
-// which fragments are put together is not refused, because they would be lost: whoever is handed a
-// message that is over the limit then does it.
+// Buffers of messages that are being read, and of answers that are being written. The ORB does not
+// look whether it gets one, so what is over the limit ends its connection instead: nothing more
+// arrives, and whoever is handed a message that is complete by then refuses it. A buffer takes no
+// memory before it is filled.
 class IncomingBuffers final : public ACE_New_Allocator {
  public:
   void* malloc(std::size_t bytes) override {
+    void* const buffer = allocate(bytes);
     LastCall& call = lastCall();
-    call.replyBegun = true;
-    // Buffers of fragments are up to twice as large as what is in them.
-    const std::size_t most = 3 * limit().buffer;
-    const bool together = isPuttingTogether();
-    if (bytes > limit().buffer || (held(call) + bytes > most && !together)) {
-      call.tooLarge = true;
+    if (call.reading) {
+      call.replyBegun = true;
+      // Buffers of fragments are up to twice as large as what is in them, and one more is for all.
+      if (bytes > limit().buffer || held(call) > 3 * limit().buffer) {
+        call.tooLarge = true;
+        end(*call.transport);
+      }
     }
-    if (call.tooLarge && !together) {
-      call.streamBroken = true;
-      refuse();
-    }
-    return allocate(bytes);
+    return buffer;
   }
 
   void* calloc(std::size_t bytes, char initial) override {
-    return std::memset(malloc(bytes), initial, bytes);
+    void* const buffer = malloc(bytes);
+    return buffer == nullptr ? nullptr : std::memset(buffer, initial, bytes);
   }
 
   void* calloc(std::size_t count, std::size_t size, char initial) override {
@@ -132,6 +103,15 @@ class IncomingBuffers final : public ACE_New_Allocator {
  private:
   // Before each buffer stands its size.
   static constexpr std::size_t kHeader = alignof(std::max_align_t);
+  static constexpr std::size_t kOverhead = 256;  // what the ORB keeps beside each buffer
+
+  // Reset when it is closed: the peer may be stuck in sending.
+  static void end(TAO_Transport& transport) {
+    const ACE_HANDLE connection = transport.event_handler_i()->get_handle();
+    const linger atOnce{1, 0};
+    static_cast<void>(setsockopt(connection, SOL_SOCKET, SO_LINGER, &atOnce, sizeof atOnce));
+    static_cast<void>(::shutdown(connection, SHUT_RDWR));
+  }
 
   static std::size_t held(const LastCall& call) {
     return static_cast<std::size_t>(std::max<std::int64_t>(call.bytesReceived, 0));
@@ -140,9 +120,10 @@ class IncomingBuffers final : public ACE_New_Allocator {
   static void* allocate(std::size_t bytes) {
     void* const block = ::operator new(kHeader + bytes, std::nothrow);
     if (block == nullptr) {
-      throw CORBA::NO_MEMORY(0, CORBA::COMPLETED_MAYBE);
+      errno = ENOMEM;
+      return nullptr;
     }
-    const auto size = static_cast<std::int64_t>(bytes);
+    const auto size = static_cast<std::int64_t>(bytes + kOverhead);
     new (block) std::int64_t(size);
     lastCall().bytesReceived += size;
     return static_cast<char*>(block) + kHeader;
@@ -153,8 +134,6 @@ class IncomingBuffers final : public ACE_New_Allocator {
 // over the limit. Of texts it asks without their length: the last one of a message is not measured.
 class MessageLimit final : public TAO_GIOP_Fragmentation_Strategy {
  public:
-  explicit MessageLimit(TAO_Transport* transport) : transport_(transport) {}
-
   int fragment(TAO_OutputCDR& message, ACE_CDR::ULong /*alignment*/, ACE_CDR::ULong more) override {
     const std::size_t written = writtenTo(message);
     if (message.stub() != nullptr) {  // a request
@@ -181,43 +160,33 @@ class MessageLimit final : public TAO_GIOP_Fragmentation_Strategy {
 
   // The ORB writes a request anew as often as its connection ends before it is sent, which it does
   // for ever when the peer refuses it.
-  void countAttempt(std::size_t written) const {
+  static void countAttempt(std::size_t written) {
     constexpr int kMost = 10;
     LastCall& call = lastCall();
     if (call.attempts == 0 || written < call.requestBytes) {
       ++call.attempts;
     }
     call.requestBytes = written;
-    call.transport = transport_;
     if (call.attempts > kMost) {
       throw CORBA::COMM_FAILURE(TAO::VMCID | TAO_INVOCATION_SEND_REQUEST_MINOR_CODE,
                                 CORBA::COMPLETED_NO);
     }
   }
 
-  TAO_Transport* const transport_;              // owns this
   const ACE_Message_Block* current_ = nullptr;  // that the message is being written to
   std::size_t before_ = 0;                      // bytes of the message in the blocks before it
 };
 
-// Ends threads of connections whose message was refused. The end of such a thread closes it.
-class ConnectionThreads final : public ACE_Thread_Hook {
+// Is told of each connection before it is read from: by its thread, or by the call that takes it.
+class Reading final : public TAO_LRU_Connection_Purging_Strategy {
  public:
-  ACE_THR_FUNC_RETURN start(ACE_THR_FUNC run, void* argument) override {
-    try {
-      return others_ != nullptr ? others_->start(run, argument) : run(argument);
-    } catch (const CORBA::MARSHAL& refusal) {
-      if (refusal.minor() != kMessageTooLarge) {
-        throw;
-      }
-    } catch (const CORBA::NO_MEMORY&) {
-      // The client is told nothing, and the others go on.
-    }
-    return {};
-  }
+  using TAO_LRU_Connection_Purging_Strategy::TAO_LRU_Connection_Purging_Strategy;
 
- private:
-  ACE_Thread_Hook* const others_ = ACE_Thread_Hook::thread_hook();
+  void update_item(TAO_Transport& transport) override {
+    TAO_LRU_Connection_Purging_Strategy::update_item(transport);
+    lastCall().transport = &transport;
+    lastCall().reading = true;
+  }
 };
 
 class MessageResources final : public TAO_Default_Resource_Factory {
@@ -228,12 +197,17 @@ class MessageResources final : public TAO_Default_Resource_Factory {
 
  public:
   ACE_Allocator* input_cdr_buffer_allocator() override { return new IncomingBuffers; }
-  ACE_Allocator* input_cdr_msgblock_allocator() override { return new IncomingBlocks; }
+  TAO_Connection_Purging_Strategy* create_purging_strategy() override {
+    return new Reading(cache_maximum());
+  }
+
+  // Has the ORB copy what it takes out of a message: a few octets would hold all of it otherwise.
+  int input_cdr_allocator_type_locked() override { return 0; }
   ACE_Allocator* output_cdr_buffer_allocator() override { return new OutgoingBuffers; }
 
-  Fragmentation create_fragmentation_strategy(TAO_Transport* transport,
+  Fragmentation create_fragmentation_strategy(TAO_Transport* /*transport*/,
                                               CORBA::ULong /*most*/) const override {
-    return Fragmentation(new MessageLimit(transport));
+    return Fragmentation(new MessageLimit);
   }
 };
 
@@ -263,8 +237,6 @@ void installMessageLimit() {
                                " \"-ORBNativeCharCodeset 0x05010001"
                                " -ORBReactorMaskSignals 0 -ORBFlushingStrategy blocking\"";
   ACE_Service_Config::process_directive(settings.c_str());
-  static ConnectionThreads threads;
-  ACE_Thread_Hook::thread_hook(&threads);
   TAO_ORB_Core::set_resource_factory(kName);
 }
 

@@ -61,6 +61,8 @@ CORBA::ORB_ptr initOrb(const Options& options, const Endpoint& listenAt) {
       "-ORBIgnoreDefaultSvcConfFile",  // of the current folder
       "-ORBDottedDecimalAddresses",
       "1",
+      "-ORBUseLocalMemoryPool",  // it searches, and gives nothing back
+      "0",
       "-ORBListenEndpoints",
       "iiop://" + format(listenAt),
   };
@@ -169,8 +171,8 @@ class ListeningOrb final : public Server {
   void accept() {
     try {
       orb_.get()->run();
-    } catch (const CORBA::BAD_INV_ORDER&) {
-      // The ORB has ended before this thread began.
+    } catch (const CORBA::Exception&) {
+      // The ORB has ended before this thread began, or in the middle of it.
     }
   }
 

@@ -24,8 +24,8 @@ constexpr std::size_t kMaxMaxMessageBytes = 0x7fffffff;  // lengths in GIOP are 
 struct Options {
   std::size_t maxMessageBytes = kDefaultMaxMessageBytes;  // largest GIOP message, both directions
   std::chrono::milliseconds callTimeout{10000};           // of every outgoing call; 0: none
-  // Of every incoming call, from its first byte to the last byte of its reply; 0: none. A client
-  // that stops reading in the middle of a reply holds a thread no longer than this.
+  // Of every reply; 0: none. A client that stops reading in the middle of one holds a thread no
+  // longer than this.
   std::chrono::milliseconds serveTimeout{60000};
 };
 
@@ -134,8 +134,11 @@ ObjectKey objectKeyOf(CORBA::Object_ptr reference);
 bool isOrbsOwnPoa(PortableServer::POA_ptr poa);
 
 // Whether a POA is known to be going or gone. Not every ORB tells before the last request on it has
-// ended; until then activating an object on it raises OBJECT_NOT_EXIST. REQUIRES: isOrbsOwnPoa.
+// ended, and it may begin to go at any time: see isPoaGoing. REQUIRES: isOrbsOwnPoa.
 bool isCleanupInProgress(PortableServer::POA_ptr poa);
+
+// Whether an object could not be activated because its POA is going or gone.
+bool isPoaGoing(const CORBA::SystemException& failure);
 
 // "TRANSIENT (connection refused)": the exception's name and what the ORB knows about its cause.
 std::string describe(const CORBA::SystemException& failure);
