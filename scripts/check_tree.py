@@ -53,11 +53,11 @@ PREFIXES = [
     ("client/", "client"),
 ]
 
-ORB_NAME = re.compile(r"\bTAO_|\bomni", re.IGNORECASE)
+ORB_NAME = re.compile(r"(?<![A-Za-z0-9_])(?:-D)?TAO_|ACE_TAO|(?<![A-Za-z])(?:lib)?omni", re.IGNORECASE)
 # The last three tell people or apt which packages there are, and what is looked for.
 ORB_NAMES_ALLOWED = ("orb/", "cmake/", "docs/", "README.md", "scripts/packages.txt",
                      "scripts/check_tree.py")
-TEXT = {".h", ".cpp", ".idl", ".py", ".sh", ".md", ".json", ".cmake", ".txt", ".map", ".hh", ""}
+TEXT = {".supp", ".h", ".cpp", ".idl", ".py", ".sh", ".md", ".json", ".cmake", ".txt", ".map", ".hh", ""}
 
 
 def tracked():

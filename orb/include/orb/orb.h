@@ -96,8 +96,8 @@ CORBA::Object_ptr objectBeside(CORBA::ORB_ptr orb, CORBA::Object_ptr reference,
 std::string addressOf(CORBA::Object_ptr reference);
 
 // How long a call through this reference may take from here on, connecting included, instead of
-// Options::callTimeout. Other references to the same object keep theirs. A call that takes longer
-// raises TIMEOUT or TRANSIENT.
+// Options::callTimeout. References to the same object that came from elsewhere keep theirs. A call
+// that takes longer raises TIMEOUT or TRANSIENT.
 void setCallTimeout(CORBA::Object_ptr reference, std::chrono::milliseconds timeout);
 
 // What tells one object of a server from another in a request; opaque bytes.
