@@ -91,6 +91,24 @@ TEST_F(MessageLimit, HoldsForTinyFragmentsWithoutEnd) {
   EXPECT_LT(residentKib() - before, 20000);
 }
 
+TEST_F(MessageLimit, TakesFragmentsUpToIt) {
+  const RawClient client(server_->endpoint());
+  for (int request = 0; request < 20; ++request) {  // over the limit together
+    ASSERT_TRUE(client.send(beginOfRequest(5 * kPiece - 8)));
+    for (int i = 1; i <= 5; ++i) {
+      ASSERT_TRUE(client.send(fragment(i == 5)));
+    }
+    ASSERT_TRUE(client.answer()) << request;
+  }
+}
+
+TEST_F(MessageLimit, CountsOnlyWhatIsHeld) {
+  const std::string elsewhere(30000, 'x');
+  for (int i = 0; i < 20; ++i) {
+    EXPECT_FALSE(published_->_is_a(elsewhere.c_str()));
+  }
+}
+
 TEST_F(MessageLimit, RefusesWhatFragmentsAddUpTo) {
   for (const int pieces : {9, 12, 17, 20, 33, 40, 100}) {
     const RawClient client(server_->endpoint());

@@ -19,7 +19,7 @@ namespace orb_tests {
 // A GIOP message, little-endian. Numbers are aligned from its beginning.
 class Message {
  public:
-  enum class Type : char { kRequest = 0, kFragment = 7 };
+  enum class Type : char { kRequest = 0, kReply = 1, kFragment = 7 };
 
   Message(char minorVersion, Type type, bool moreFragments) {
     bytes_ = {'G', 'I', 'O', 'P', 1, minorVersion};
@@ -94,6 +94,12 @@ class RawClient {
       sent += static_cast<std::size_t>(count);
     }
     return true;
+  }
+
+  // Reads an answer; false when there is none.
+  bool answer() const {
+    char bytes[4096];
+    return isAnswered() && recv(socket_, bytes, sizeof bytes, 0) > 12;
   }
 
   // Waits for an answer, or for the end of the connection.
