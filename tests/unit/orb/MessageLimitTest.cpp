@@ -33,6 +33,13 @@ std::string fragment(bool last) {
       .bytes();
 }
 
+// Sanitizers keep what is freed.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr long kMostKib = 1000000;
+#else
+constexpr long kMostKib = 20000;
+#endif
+
 long residentKib() {
   std::ifstream status("/proc/self/status");
   for (std::string line; std::getline(status, line);) {
@@ -73,7 +80,7 @@ TEST_F(MessageLimit, HoldsForFragmentsWithoutEnd) {
     taken = client.send(fragment(false));
   }
   EXPECT_TRUE(serves());
-  EXPECT_LT(residentKib() - before, 20000);
+  EXPECT_LT(residentKib() - before, kMostKib);
 }
 
 TEST_F(MessageLimit, HoldsForTinyFragmentsWithoutEnd) {
@@ -88,7 +95,7 @@ TEST_F(MessageLimit, HoldsForTinyFragmentsWithoutEnd) {
     taken = client.send(many);
   }
   EXPECT_TRUE(serves());
-  EXPECT_LT(residentKib() - before, 20000);
+  EXPECT_LT(residentKib() - before, kMostKib);
 }
 
 TEST_F(MessageLimit, TakesFragmentsUpToIt) {
@@ -130,7 +137,7 @@ TEST_F(MessageLimit, HoldsForASizeThatCannotBe) {
   }
   client.send(bytes + std::string(1000000, 'x'));
   EXPECT_TRUE(serves());
-  EXPECT_LT(residentKib() - before, 20000);
+  EXPECT_LT(residentKib() - before, kMostKib);
 }
 
 TEST_F(MessageLimit, RefusesAnArgumentBeforeItIsSent) {
