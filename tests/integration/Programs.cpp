@@ -112,16 +112,6 @@ support::Ended Watcher::stop() {
   return process_.wait();
 }
 
-long residentKib(pid_t pid) {
-  std::ifstream status("/proc/" + std::to_string(pid) + "/status");
-  for (std::string line; std::getline(status, line);) {
-    if (line.rfind("VmRSS:", 0) == 0) {
-      return std::stol(line.substr(6));
-    }
-  }
-  return 0;
-}
-
 support::Ended runAgent(const std::vector<std::string>& arguments) {
   return support::run(ownPrograms().agent, arguments);
 }

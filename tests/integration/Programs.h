@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "tests/support/Process.h"
+#include "tests/support/ResidentMemory.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace integration {
@@ -93,8 +94,7 @@ constexpr bool kSanitized = true;
 constexpr bool kSanitized = false;
 #endif
 
-// The memory that a process has in use; 0 when there is no such process.
-long residentKib(pid_t pid);
+using support::residentKib;
 
 // Runs topo-agentd where it is expected to refuse.
 support::Ended runAgent(const std::vector<std::string>& arguments);

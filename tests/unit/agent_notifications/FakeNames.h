@@ -10,11 +10,12 @@
 
 #include "orb/naming.h"
 #include "orb/orb.h"
+#include "tests/support/ResolvingNames.h"
 #include "tests/unit/agent_notifications/Events.h"
 
 namespace notification_tests {
 
-class FakeNames final : public virtual POA_CosNaming::NamingContextExt {
+class FakeNames final : public support::ResolvingNames {
  public:
   explicit FakeNames(CORBA::ORB_ptr orb) : orb_(CORBA::ORB::_duplicate(orb)) {}
 
@@ -37,26 +38,7 @@ class FakeNames final : public virtual POA_CosNaming::NamingContextExt {
     return orb_->string_to_object(place.c_str());
   }
 
-  // Nothing below is called by one who only resolves.
-  void bind(const CosNaming::Name&, CORBA::Object_ptr) override { unused(); }
-  void rebind(const CosNaming::Name&, CORBA::Object_ptr) override { unused(); }
-  void bind_context(const CosNaming::Name&, CosNaming::NamingContext_ptr) override { unused(); }
-  void rebind_context(const CosNaming::Name&, CosNaming::NamingContext_ptr) override { unused(); }
-  CORBA::Object_ptr resolve(const CosNaming::Name&) override { unused(); }
-  void unbind(const CosNaming::Name&) override { unused(); }
-  CosNaming::NamingContext_ptr new_context() override { unused(); }
-  CosNaming::NamingContext_ptr bind_new_context(const CosNaming::Name&) override { unused(); }
-  void destroy() override { unused(); }
-  void list(CORBA::ULong, CosNaming::BindingList_out, CosNaming::BindingIterator_out) override {
-    unused();
-  }
-  char* to_string(const CosNaming::Name&) override { unused(); }
-  CosNaming::Name* to_name(const char*) override { unused(); }
-  char* to_url(const char*, const char*) override { unused(); }
-
  private:
-  [[noreturn]] static void unused() { throw CORBA::NO_IMPLEMENT(); }
-
   std::string next() {
     const std::lock_guard<std::mutex> lock(mutex_);
     std::string place = places_.at(0);

@@ -1,9 +1,9 @@
 // Messages over the size limit, from clients that do not care and from our own.
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
-#include <fstream>
-
+#include "tests/support/ResidentMemory.h"
 #include "tests/unit/orb/RawClient.h"
 #include "tests/unit/orb/Servants.h"
 #include "tests/unit/orb/SilentPeer.h"
@@ -43,14 +43,8 @@ constexpr bool kAddressesChecked = false;
 
 constexpr long kMostKib = 20000;
 
-long residentKib() {
-  std::ifstream status("/proc/self/status");
-  for (std::string line; std::getline(status, line);) {
-    if (line.rfind("VmRSS:", 0) == 0) {
-      return std::stol(line.substr(6));
-    }
-  }
-  return 0;
+long usedKib() {
+  return support::residentKib(getpid());
 }
 
 class MessageLimit : public testing::Test {
@@ -80,13 +74,13 @@ TEST_F(MessageLimit, HoldsForFragmentsWithoutEnd) {
     GTEST_SKIP() << "of the ORB's own memory";
   }
   const RawClient client(server_->endpoint());
-  const long before = residentKib();
+  const long before = usedKib();
   bool taken = client.send(beginOfRequest(2000000000));
   for (int i = 0; taken && i < 25000; ++i) {  // 200 MB
     taken = client.send(fragment(false));
   }
   EXPECT_TRUE(serves());
-  EXPECT_LT(residentKib() - before, kMostKib);
+  EXPECT_LT(usedKib() - before, kMostKib);
 }
 
 TEST_F(MessageLimit, HoldsForTinyFragmentsWithoutEnd) {
@@ -94,7 +88,7 @@ TEST_F(MessageLimit, HoldsForTinyFragmentsWithoutEnd) {
     GTEST_SKIP() << "of the ORB's own memory";
   }
   const RawClient client(server_->endpoint());
-  const long before = residentKib();
+  const long before = usedKib();
   std::string many;
   for (int i = 0; i < 1000; ++i) {
     many += Message(2, Message::Type::kFragment, true).number(1).raw("12345678").bytes();
@@ -104,7 +98,7 @@ TEST_F(MessageLimit, HoldsForTinyFragmentsWithoutEnd) {
     taken = client.send(many);
   }
   EXPECT_TRUE(serves());
-  EXPECT_LT(residentKib() - before, kMostKib);
+  EXPECT_LT(usedKib() - before, kMostKib);
 }
 
 TEST_F(MessageLimit, TakesFragmentsUpToIt) {
@@ -148,14 +142,14 @@ TEST_F(MessageLimit, HoldsForASizeThatCannotBe) {
     GTEST_SKIP() << "of the ORB's own memory";
   }
   const RawClient client(server_->endpoint());
-  const long before = residentKib();
+  const long before = usedKib();
   std::string bytes = beginOfRequest(10);
   for (std::size_t i = 8; i < 12; ++i) {
     bytes[i] = '\x7f';  // the size
   }
   client.send(bytes + std::string(1000000, 'x'));
   EXPECT_TRUE(serves());
-  EXPECT_LT(residentKib() - before, kMostKib);
+  EXPECT_LT(usedKib() - before, kMostKib);
 }
 
 TEST_F(MessageLimit, RefusesAnArgumentBeforeItIsSent) {

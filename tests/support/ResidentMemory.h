@@ -1,0 +1,24 @@
+#ifndef TESTS_SUPPORT_RESIDENTMEMORY_H
+#define TESTS_SUPPORT_RESIDENTMEMORY_H
+
+#include <sys/types.h>
+
+#include <fstream>
+#include <string>
+
+namespace support {
+
+// The memory that a process has in use; 0 when there is no such process.
+inline long residentKib(pid_t pid) {
+  std::ifstream status("/proc/" + std::to_string(pid) + "/status");
+  for (std::string line; std::getline(status, line);) {
+    if (line.rfind("VmRSS:", 0) == 0) {
+      return std::stol(line.substr(6));
+    }
+  }
+  return 0;
+}
+
+}  // namespace support
+
+#endif
