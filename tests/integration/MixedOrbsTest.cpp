@@ -8,7 +8,7 @@
 #include <functional>
 #include <memory>
 #include <ostream>
-#include <regex>
+#include <sstream>
 
 #include "tests/integration/Programs.h"
 
@@ -79,14 +79,19 @@ class Dialogue {
     said_.push_back(joined(command) + "\n" + known(ended.out) + known(ended.err));
   }
 
-  // An ORB's own reason ends the line.
+  // Why an agent is not reachable each ORB says in its own words, to the end of the line.
   std::string known(std::string text) const {
     for (const std::string& own : {agent_.iorFile(), agent_.endpoint()}) {
       for (std::size_t at = 0; (at = text.find(own)) != std::string::npos;) {
         text.replace(at, own.size(), "AGENT");
       }
     }
-    return std::regex_replace(text, std::regex("is not reachable: .*"), "is not reachable");
+    const std::string unreachable = "is not reachable: ";
+    if (const std::size_t at = text.find(unreachable); at != std::string::npos) {
+      const std::size_t reason = at + unreachable.size();
+      text.replace(reason, text.find('\n', reason) - reason, "REASON");
+    }
+    return text;
   }
 
   const Programs programs_;
@@ -418,12 +423,17 @@ std::string watchedByPeople(const Programs& programs) {
   makeChanges(agent, programs);
   const Ended ended = watch.wait();
   EXPECT_EQ(0, ended.status) << ended.err;
-  return std::regex_replace(ended.out, std::regex("20[0-9-]+ [0-9:.]+Z"), "TIME");
+  std::istringstream lines(ended.out);
+  std::string timeless;
+  for (std::string line; std::getline(lines, line);) {
+    timeless += line.substr(line.find("Z  ")) + "\n";
+  }
+  return timeless;
 }
 
 TEST_P(MixedOrbs, TellPeopleOfChangesAlike) {
   const std::string lines = watchedByPeople(mixedPrograms());
-  EXPECT_THAT(lines, HasSubstr("TIME  created  TopoSubnetwork core  \"Kern 核\"\n"));
+  EXPECT_THAT(lines, HasSubstr("Z  created  TopoSubnetwork core  \"Kern 核\"\n"));
   EXPECT_EQ(watchedByPeople(ownPrograms()), lines);
   EXPECT_EQ(watchedByPeople(otherPrograms()), lines);
 }
