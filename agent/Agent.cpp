@@ -228,7 +228,7 @@ class Agent::Parts final : private AgentControl {
   Network network_;
   const std::string emsName_;
   NetworkModel model_;
-  EventManager events_;
+  EventManager events_{EventManager::kDefaultQueueLimit, [this] { notifier_.missed(); }};
   NetworkWriter writer_;
   DomainService domain_;
   const Publication publishedDomain_;

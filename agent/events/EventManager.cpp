@@ -75,6 +75,7 @@ struct EventManager::Lane {
     }
     lost.push_back(std::move(queue.front()));
     queue.pop_front();
+    lostSome = true;
     return !std::exchange(overflowing, true);
   }
 
@@ -103,6 +104,7 @@ struct EventManager::Lane {
   std::set<int> eventIds;
   std::deque<Queued> queue;      // only events that are subscribed
   bool overflowing = false;      // events were lost since the queue was last empty
+  bool lostSome = false;         // events were lost since the last call
   std::uint64_t lastTaken = 0;   // sequence of the event of the last call
   std::uint64_t callsBegun = 0;  // calls of the handler
   std::uint64_t callsEnded = 0;
@@ -110,7 +112,8 @@ struct EventManager::Lane {
   std::thread thread;
 };
 
-EventManager::EventManager(std::size_t queueLimit) : queueLimit_(queueLimit) {
+EventManager::EventManager(std::size_t queueLimit, TellLost tellLost)
+    : queueLimit_(queueLimit), tellLost_(std::move(tellLost)) {
   theInstance.store(this);
 }
 
@@ -131,22 +134,33 @@ EventManager::~EventManager() {
 }
 
 void EventManager::Subscribe(TEEventHandler* handler, int eventId, int /*third*/, int /*fourth*/) {
-  const std::lock_guard<std::mutex> lock(mutex_);
-  const auto known = lanes_.find(handler);
-  if (known != lanes_.end()) {
-    known->second->eventIds.insert(eventId);
+  bool late = false;
+  {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    laneOf(*handler).eventIds.insert(eventId);
     changed_.notify_all();  // who waits for the lane's end waits no longer
-    return;
+    late = std::exchange(unheard_, false);
   }
-  const auto lane = std::make_shared<Lane>(*handler);
-  lane->eventIds.insert(eventId);
-  const auto added = lanes_.emplace(handler, lane).first;
+  if (late) {
+    tellLost();
+  }
+}
+
+// The handler's, which is made when there is none. REQUIRES: mutex_ is held.
+EventManager::Lane& EventManager::laneOf(TEEventHandler& handler) {
+  const auto known = lanes_.find(&handler);
+  if (known != lanes_.end()) {
+    return *known->second;
+  }
+  const auto lane = std::make_shared<Lane>(handler);
+  const auto added = lanes_.emplace(&handler, lane).first;
   try {
     lane->thread = std::thread([this, lane] { deliver(lane); });
   } catch (...) {
     lanes_.erase(added);
     throw;
   }
+  return *lane;
 }
 
 void EventManager::UnSubscribe(TEEventHandler* handler, int eventId) {
@@ -171,6 +185,9 @@ void EventManager::UnSubscribe(TEEventHandler* handler, int eventId) {
   for (std::thread& thread : ended) {
     thread.join();
   }
+  if (!withdrawn.empty()) {
+    tellLost();
+  }
 }
 
 void EventManager::raise(int eventId, std::vector<NS_DOMAIN::TopoNode_T> nodes) {
@@ -180,14 +197,17 @@ void EventManager::raise(int eventId, std::vector<NS_DOMAIN::TopoNode_T> nodes) 
   {
     const std::lock_guard<std::mutex> lock(mutex_);
     ++raised_;
+    bool heard = false;
     for (const auto& [handler, lane] : lanes_) {
       if (lane->eventIds.count(eventId) != 0) {
+        heard = true;
         lane->queue.push_back({eventId, raised_, event});
         overflowBegins = lane->overflow(queueLimit_, lost) || overflowBegins;
         lane->work.notify_one();
       }
     }
     dropped_ += lost.size();
+    unheard_ = unheard_ || !heard;
   }
   if (overflowBegins) {
     logError("a handler of event " + std::to_string(eventId) + " is too slow: " +
@@ -231,7 +251,11 @@ void EventManager::deliver(const std::shared_ptr<Lane>& lane) {
       break;
     }
     Queued next = lane->take();
+    const bool lostBefore = std::exchange(lane->lostSome, false);
     lock.unlock();
+    if (lostBefore) {
+      tellLost();
+    }
     const bool returned = handle(lane->handler, next.eventId, *next.event);
     next.event.reset();
     lock.lock();
@@ -240,6 +264,16 @@ void EventManager::deliver(const std::shared_ptr<Lane>& lane) {
     changed_.notify_all();
   }
   end(*lane);
+}
+
+void EventManager::tellLost() const noexcept {
+  try {
+    if (tellLost_) {
+      tellLost_();
+    }
+  } catch (...) {
+    // The log and the count say it.
+  }
 }
 
 // The lane's thread touches nothing of the handler from here on. REQUIRES: mutex_ is held.

@@ -7,6 +7,7 @@
 #include <condition_variable>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -36,8 +37,16 @@ class EventManager final : public TEEventMgr {
     std::uint64_t dropped = 0;      // events lost because a handler's queue was full
   };
 
+  // Told that handlers did not get events:
+  //   - before the next event is handed to a handler whose queue was full, by its lane's thread,
+  //   - when a handler unsubscribes for which events wait, by that thread,
+  //   - when the first handler comes after events that had none, by the subscribing thread.
+  // May be called by several threads at once. What it throws is dropped.
+  using TellLost = std::function<void()>;
+
   // queueLimit: how many events may wait for one handler. Beyond that its oldest are lost.
-  explicit EventManager(std::size_t queueLimit = kDefaultQueueLimit);
+  // tellLost may be empty.
+  explicit EventManager(std::size_t queueLimit = kDefaultQueueLimit, TellLost tellLost = {});
 
   // Drops what is queued, waits for running calls and ends the threads. REQUIRES: nobody uses the
   // manager any more, except handlers in calls that are still running; and not from within one.
@@ -76,13 +85,16 @@ class EventManager final : public TEEventMgr {
   struct Queued;
   struct Lane;
 
+  Lane& laneOf(TEEventHandler& handler);
   void deliver(const std::shared_ptr<Lane>& lane);
   void end(Lane& lane);
+  void tellLost() const noexcept;
   bool handledUpTo(std::uint64_t sequence) const;
 
   const std::size_t queueLimit_;
+  const TellLost tellLost_;
 
-  // Never held during a call of a handler.
+  // Never held during a call of a handler or of tellLost_.
   mutable std::mutex mutex_;
   std::condition_variable changed_;  // a call has ended, or a lane
   // Guarded by mutex_. A lane is here until its thread leaves it for good.
@@ -92,6 +104,7 @@ class EventManager final : public TEEventMgr {
   std::uint64_t delivered_ = 0;
   std::uint64_t failed_ = 0;
   std::uint64_t dropped_ = 0;
+  bool unheard_ = false;  // there were events without a handler since the last subscription
 };
 
 }  // namespace agent

@@ -33,6 +33,12 @@ std::optional<std::uint64_t> NotificationIds::next() {
   return ++last_;
 }
 
+std::uint64_t NotificationIds::standIn() {
+  next();
+  gaplessFrom_ = last_ + 1;
+  return last_;
+}
+
 void NotificationIds::reserveNext() {
   try {
     const std::uint64_t first = reserve_(block_);

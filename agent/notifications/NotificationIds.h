@@ -32,11 +32,14 @@ class NotificationIds {
   // Nothing when no id is left and none can be reserved: then last() stands for what is missed.
   std::optional<std::uint64_t> next();
 
+  // An id that stands for notifications that were never made, as many as they are.
+  std::uint64_t standIn();
+
   // The last id that was handed out; before the first, the id before the first block.
   std::uint64_t last() const { return last_; }
 
-  // How many ids were handed out after one that is not newer than last(); 0 when it is not known,
-  // because not all ids since are of this run, or none.
+  // How many notifications there were after one that is not newer than last(); 0 when it is not
+  // known, because not all ids since are of this run, or none, or one of them stands for others.
   std::uint64_t countSince(std::uint64_t id) const;
 
  private:
@@ -47,7 +50,7 @@ class NotificationIds {
   const Reserve reserve_;
   const std::uint64_t block_;
   std::uint64_t last_ = 0;
-  // Ids since this one were handed out by this run without a gap.
+  // Ids since this one were handed out by this run without a gap, each for one notification.
   std::uint64_t gaplessFrom_ = 0;
   std::uint64_t end_ = 0;                   // of the present block
   std::optional<std::uint64_t> following_;  // first of the next block

@@ -118,6 +118,12 @@ void Notifier::publish(std::unique_ptr<CosNotification::StructuredEvent> event) 
   forEachLocked([&notification](Receiver& receiver) { receiver.offer(notification); });
 }
 
+void Notifier::missed() {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  const std::uint64_t id = ids_.standIn();
+  forEachLocked([id](Receiver& receiver) { receiver.offerLost({id, id, 0}); });
+}
+
 void Notifier::forEachLocked(const std::function<void(Receiver&)>& visit) {
   if (channel_) {
     visit(*channel_);

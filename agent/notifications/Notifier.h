@@ -77,6 +77,10 @@ class Notifier {
                          const notifications::NVList_T& attributes, bool edgePointRelated,
                          const CORBA::Any* body);
 
+  // There should have been notifications, nobody knows how many, but they were not made. Each
+  // receiver gets word of them in its place among the others.
+  void missed();
+
   // As TopoAgent::Session_I says; a new reference for the caller. A consumer that subscribes twice
   // has two subscriptions and gets everything twice. An event may arrive before this returns.
   // Throws globaldefs::ProcessingFailureException.

@@ -8,6 +8,7 @@
 #include <array>
 #include <atomic>
 #include <memory>
+#include <new>
 #include <stdexcept>
 
 #include "Handlers.h"
@@ -253,6 +254,55 @@ TEST_F(EventManagerTest, LosesTheOldestEventsOfAHandlerWhoseQueueIsFull) {
   EXPECT_EQ(5U, manager.status().delivered);
   EXPECT_EQ(2U, manager.status().dropped);
   EXPECT_EQ(0U, manager.status().queued);
+}
+
+TEST_F(EventManagerTest, TellsOfLostEventsOnceBeforeTheNextIsHandled) {
+  std::vector<std::string> told;
+  Gate inside;
+  Gate leave;
+  Recorder slow([&](int /*eventId*/, const TEEvent& event) {
+    told.push_back(event.nodes.front().nodeId);
+    inside.open();
+    leave.pass();
+  });
+  EventManager manager(1, [&] { told.emplace_back("lost"); });
+  subscribe(manager, slow, {kCreated});
+  manager.raise(kCreated, node("0"));
+  inside.pass();
+  for (const char* id : {"1", "2", "3"}) {
+    manager.raise(kCreated, node(id));
+  }
+  leave.open();
+  EXPECT_TRUE(manager.flush(kLong));
+  manager.raise(kCreated, node("4"));
+  EXPECT_TRUE(manager.flush(kLong));
+  EXPECT_THAT(told, ElementsAre("0", "lost", "3", "4"));
+}
+
+TEST_F(EventManagerTest, TellsTheFirstWhoSubscribesAfterEventsThatNobodyHeard) {
+  int told = 0;
+  Recorder handler;
+  EventManager manager(EventManager::kDefaultQueueLimit, [&] { ++told; });
+  subscribe(manager, handler, {kChanged});
+  manager.raise(kChanged, node("heard"));
+  EXPECT_TRUE(manager.flush(kLong));
+  EXPECT_EQ(0, told);
+  manager.raise(kCreated, node("unheard"));
+  EXPECT_EQ(0, told);
+  subscribe(manager, handler, {kCreated, kDeleted});
+  EXPECT_EQ(1, told);
+  EXPECT_EQ(0U, manager.status().dropped);
+  EXPECT_THAT(handler.events(), ElementsAre("374 heard"));
+}
+
+TEST_F(EventManagerTest, GoesOnThoughNobodyCanBeToldOfLostEvents) {
+  Recorder handler;
+  EventManager manager(1, [] { throw std::bad_alloc(); });
+  manager.raise(kCreated, node("unheard"));
+  subscribe(manager, handler, {kCreated});
+  manager.raise(kCreated, node("heard"));
+  EXPECT_TRUE(manager.flush(kLong));
+  EXPECT_THAT(handler.events(), ElementsAre("372 heard"));
 }
 
 TEST_F(EventManagerTest, LogsOnceEachTimeThatAQueueBecomesTooFull) {

@@ -129,6 +129,27 @@ TEST(UnSubscribe, DropsTheQueuedEventsOfThatIdentifierOnly) {
   EXPECT_EQ(0U, manager.status().dropped);  // nobody misses them
 }
 
+TEST(UnSubscribe, TellsThatEventsWereLostWhenSomeWaited) {
+  int told = 0;
+  Blocked slow;
+  EventManager manager(EventManager::kDefaultQueueLimit, [&] { ++told; });
+  subscribe(manager, slow.handler, {kCreated, kDeleted, kChanged});
+  manager.raise(kCreated, node("a"));
+  slow.waitUntilInside();
+  manager.raise(kDeleted, node("b"));
+  manager.raise(kDeleted, node("c"));
+  std::thread letGo([&] {
+    awaitStatus(manager, &EventManager::Status::queued, std::size_t{0});
+    slow.letGo();
+  });
+  unsubscribe(manager, slow.handler, {kDeleted});
+  letGo.join();
+  EXPECT_EQ(1, told);
+  unsubscribe(manager, slow.handler, {kCreated, kChanged});
+  EXPECT_EQ(1, told);
+  EXPECT_THAT(slow.handler.events(), ElementsAre("372 a"));
+}
+
 TEST(UnSubscribe, FromWithinTheHandlersCallDoesNotWait) {
   Gate done;
   Recorder handler([&](int /*eventId*/, const TEEvent& /*event*/) {

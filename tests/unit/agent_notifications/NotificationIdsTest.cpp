@@ -126,6 +126,27 @@ TEST(NotificationIds, DoNotCountOverAGap) {
   EXPECT_EQ(0U, ids.countSince(4));
 }
 
+TEST(NotificationIds, DoNotCountOverOneThatStandsForOthers) {
+  Reservation reservation;
+  NotificationIds ids(reservation.function(), 4);
+  take(ids, 2);
+  EXPECT_EQ(3U, ids.standIn());
+  EXPECT_EQ(0U, ids.countSince(2));
+  EXPECT_EQ((Ids{4, 5}), take(ids, 2));
+  EXPECT_EQ(0U, ids.countSince(2));
+  EXPECT_EQ(2U, ids.countSince(3));
+}
+
+TEST(NotificationIds, StandForOthersWithTheLastOneWhenNoneCanBeReserved) {
+  Reservation reservation;
+  NotificationIds ids(reservation.function(), 4);
+  reservation.failing = true;
+  take(ids, 3);
+  EXPECT_EQ(4U, ids.standIn());
+  EXPECT_EQ(4U, ids.standIn());
+  EXPECT_EQ(0U, ids.countSince(3));
+}
+
 TEST(NotificationIds, AreNotTakenTwiceFromAReservationThatForgets) {
   Reservation reservation;
   NotificationIds ids(reservation.function(), 4);

@@ -259,6 +259,22 @@ TEST_F(Notifiers, TellWhatIsMissedWhileNoIdsCanBeReserved) {
   notifier_.reset();
 }
 
+TEST_F(Notifiers, TellEveryoneOfWhatWasNeverMade) {
+  start();
+  ServedConsumer consumer = makeConsumer();
+  ServedConsumer other = makeConsumer();
+  subscribe(consumer);
+  subscribe(other);
+  publish(1);
+  notifier_->missed();
+  publish(1);
+  const Texts wanted{"1", "lost 2-2 0", "3"};
+  EXPECT_EQ(wanted, consumer.received().waitFor(3));
+  EXPECT_EQ(wanted, other.received().waitFor(3));
+  EXPECT_EQ(2U, notifier_->status().notifications);
+  EXPECT_EQ((Texts{"lost 2-3 0", "4"}), afterComingBackWith("1", 2));
+}
+
 TEST_F(Notifiers, WaitUntilEverythingIsSent) {
   start();
   Gate gate;
