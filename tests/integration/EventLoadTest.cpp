@@ -7,6 +7,8 @@
 #include <atomic>
 #include <csignal>
 #include <filesystem>
+#include <functional>
+#include <memory>
 #include <mutex>
 #include <set>
 #include <thread>
@@ -41,86 +43,152 @@ std::uint64_t idIn(const json& line, const char* name) {
   return std::stoull(line[name].get<std::string>());
 }
 
+// Does the same again and again on a thread of its own, until it is told to end.
+class Repeating {
+ public:
+  explicit Repeating(const std::function<void()>& step)
+      : thread_([this, step] {
+          while (going_) {
+            step();
+            ++times_;
+          }
+        }) {}
+
+  ~Repeating() { end(); }
+
+  Repeating(const Repeating&) = delete;
+  Repeating& operator=(const Repeating&) = delete;
+
+  // How often it was done.
+  int end() {
+    going_ = false;
+    if (thread_.joinable()) {
+      thread_.join();
+    }
+    return times_;
+  }
+
+ private:
+  std::atomic<bool> going_{true};
+  std::atomic<int> times_{0};
+  std::thread thread_;
+};
+
 // --- A burst.
 
-TEST(EventBurst, ReachesTheHealthyAndTellsTheStoppedWhatItLost) {
-  constexpr int kRenames = kSanitized ? 20000 : 100000;
-  Client client;
-  const support::TemporaryDirectory directory;
-  RunningAgent agent({"--ems-name", "E"}, directory.file("store.db"));
-  const TopoAgent::Console_I_var console = client.console(agent);
-  DirectListener healthy(client, client.session(agent));
-  console->createNode(subnetworkNode("core", "", "0"));
-  const std::uint64_t created = healthy.inbox().waitForCount(1)[0].id;
-  support::Process stopped(TOPOCTL, watchArguments(agent));
-  support::Process killed(TOPOCTL, watchArguments(agent));
-  ASSERT_EQ("watching", json::parse(stopped.readLine())["event"]);
-  ASSERT_EQ("watching", json::parse(killed.readLine())["event"]);
-  console->renameNode("core", "heard");
-  const json heardLine = json::parse(stopped.readLine());
-  ASSERT_EQ("change", heardLine["event"]);
-  healthy.inbox().waitForCount(2);
-  const long memory = residentKib(agent.process().pid());
-
-  stopped.send(SIGSTOP);
-  killed.send(SIGKILL);
-  std::atomic<bool> renaming{true};
-  std::atomic<int> wrong{0};
-  std::atomic<int> asked{0};
-  std::thread queries([&] {
-    const TopoMgr_I_var manager = client.manager(agent);
-    while (renaming) {
-      wrong += nodesSeen(manager) != 1;
-      ++asked;
-    }
-  });
-  for (int i = 1; i <= kRenames; ++i) {
+void rename(const TopoAgent::Console_I_var& console, int times) {
+  for (int i = 1; i <= times; ++i) {
     console->renameNode("core", std::to_string(i).c_str());
   }
-  renaming = false;
-  queries.join();
-  EXPECT_EQ(0, wrong);
-  EXPECT_LT(10, asked);
-
-  // The creation, the first renaming, and every other one.
-  const std::size_t expected = std::size_t{kRenames} + 2;
-  const std::vector<Heard> heard = healthy.inbox().waitForCount(expected);
-  ASSERT_EQ(expected, heard.size());
-  for (std::size_t i = 2; i < heard.size(); ++i) {
-    ASSERT_EQ(std::to_string(i - 1), heard[i].name);
-    ASSERT_EQ(created + i, heard[i].id);
-  }
-  if (!kSanitized) {
-    EXPECT_LT(residentKib(agent.process().pid()), memory + 64 * 1024);
-  }
-
-  stopped.send(SIGCONT);
-  console->renameNode("core", "end");
-  // Every id is heard or told as lost, once.
-  std::uint64_t next = created + 2;
-  std::uint64_t lost = 0;
-  for (bool ended = false; !ended;) {
-    const json line = json::parse(stopped.readLine());
-    if (line["event"] == "lost") {
-      EXPECT_EQ(next, idIn(line, "firstLostId"));
-      next = idIn(line, "lastLostId") + 1;
-      EXPECT_EQ(next - idIn(line, "firstLostId"), line["lostCount"]);
-      lost += line["lostCount"].get<std::uint64_t>();
-    } else if (line.contains("notificationId")) {
-      EXPECT_EQ(next, idIn(line, "notificationId"));
-      ++next;
-    }
-    ended = next == created + expected + 1;
-  }
-  EXPECT_LT(0U, lost);
-  stopped.send(SIGTERM);
-  EXPECT_EQ(0, stopped.wait().status);
-  const TopoAgent::Status_T_var status = console->getStatus();
-  EXPECT_LE(1U, status->subscribersDropped);
-  EXPECT_EQ(0, agent.stop(SIGTERM).status);
 }
 
-TEST(EventBurst, OverflowsTheQueueOfOneWhoIsSlowAndIsToldToIt) {
+// Every id is heard or told as lost, once and in order.
+class IdAccount {
+ public:
+  explicit IdAccount(std::uint64_t next) : next_(next) {}
+
+  void heard(std::uint64_t id) {
+    EXPECT_EQ(next_, id);
+    ++next_;
+  }
+
+  void toldLost(std::uint64_t first, std::uint64_t last, std::uint64_t count) {
+    EXPECT_EQ(next_, first);
+    next_ = last + 1;
+    EXPECT_EQ(next_ - first, count);
+    lost_ += count;
+  }
+
+  std::uint64_t next() const { return next_; }
+  std::uint64_t lost() const { return lost_; }
+
+ private:
+  std::uint64_t next_;
+  std::uint64_t lost_ = 0;
+};
+
+void enter(const json& line, IdAccount& account) {
+  if (line["event"] == "lost") {
+    account.toldLost(idIn(line, "firstLostId"), idIn(line, "lastLostId"), line["lostCount"]);
+  } else if (line.contains("notificationId")) {
+    account.heard(idIn(line, "notificationId"));
+  }
+}
+
+void enter(const Heard& event, IdAccount& account) {
+  if (event.type == layout::kEventsLost) {
+    account.toldLost(event.firstLost, event.lastLost, event.lostCount);
+  } else {
+    account.heard(event.id);
+  }
+}
+
+class EventBurst : public testing::Test {
+ protected:
+  // Of "core", whose creation and first renaming everybody hears; then one is stopped and one is
+  // killed.
+  void stopOneAndKillOne() {
+    ASSERT_EQ("watching", json::parse(stopped_.readLine())["event"]);
+    ASSERT_EQ("watching", json::parse(killed_.readLine())["event"]);
+    console_->createNode(subnetworkNode("core", "", "0"));
+    console_->renameNode("core", "heard");
+    ASSERT_EQ("creation", json::parse(stopped_.readLine())["event"]);
+    ASSERT_EQ("change", json::parse(stopped_.readLine())["event"]);
+    created_ = healthy_.inbox().waitForCount(2)[0].id;
+    stopped_.send(SIGSTOP);
+    killed_.send(SIGKILL);
+  }
+
+  // The creation, the first renaming, and every other one.
+  void expectAllHeard(int renames) {
+    const std::size_t expected = static_cast<std::size_t>(renames) + 2;
+    const std::vector<Heard> heard = healthy_.inbox().waitForCount(expected);
+    ASSERT_EQ(expected, heard.size());
+    for (std::size_t i = 2; i < heard.size(); ++i) {
+      ASSERT_EQ(std::to_string(i - 1), heard[i].name);
+      ASSERT_EQ(created_ + i, heard[i].id);
+    }
+  }
+
+  const support::TemporaryDirectory directory_;
+  Client client_;
+  RunningAgent agent_{{"--ems-name", "E"}, directory_.file("store.db")};
+  const TopoAgent::Console_I_var console_ = client_.console(agent_);
+  DirectListener healthy_{client_, client_.session(agent_)};
+  support::Process stopped_{TOPOCTL, watchArguments(agent_)};
+  support::Process killed_{TOPOCTL, watchArguments(agent_)};
+  std::uint64_t created_ = 0;
+};
+
+TEST_F(EventBurst, ReachesTheHealthyAndTellsTheStoppedWhatItLost) {
+  constexpr int kRenames = kSanitized ? 20000 : 100000;
+  stopOneAndKillOne();
+  const long memory = residentKib(agent_.process().pid());
+  const TopoMgr_I_var manager = client_.manager(agent_);
+  std::atomic<int> wrong{0};
+  Repeating queries([&] { wrong += nodesSeen(manager) != 1; });
+  rename(console_, kRenames);
+  EXPECT_LT(10, queries.end());
+  EXPECT_EQ(0, wrong);
+  expectAllHeard(kRenames);
+  if (!kSanitized) {
+    EXPECT_LT(residentKib(agent_.process().pid()), memory + 64 * 1024);
+  }
+
+  stopped_.send(SIGCONT);
+  console_->renameNode("core", "end");
+  IdAccount account(created_ + 2);
+  while (account.next() != created_ + kRenames + 3) {
+    enter(json::parse(stopped_.readLine()), account);
+  }
+  EXPECT_LT(0U, account.lost());
+  stopped_.send(SIGTERM);
+  EXPECT_EQ(0, stopped_.wait().status);
+  EXPECT_LE(1U, TopoAgent::Status_T_var(console_->getStatus())->subscribersDropped);
+  EXPECT_EQ(0, agent_.stop(SIGTERM).status);
+}
+
+TEST(QueueOfASlowSubscriber, OverflowsAndSaysSo) {
   constexpr int kRenames = 50;
   constexpr std::size_t kQueue = 5;
   Client client;
@@ -130,27 +198,16 @@ TEST(EventBurst, OverflowsTheQueueOfOneWhoIsSlowAndIsToldToIt) {
   console->createNode(subnetworkNode("core", "", "0"));
   const std::uint64_t created = slow.inbox().waitForCount(1)[0].id;
   slow.inbox().hold();
-  for (int i = 1; i <= kRenames; ++i) {
-    console->renameNode("core", std::to_string(i).c_str());
-  }
+  rename(console, kRenames);
   waitForNotifications(console, kRenames + 1);
   slow.inbox().release();
   const std::vector<Heard> heard = slow.inbox().waitUntil(
       [&](const std::vector<Heard>& all) { return all.back().id == created + kRenames; });
-  std::uint64_t next = created;
-  std::uint64_t lost = 0;
+  IdAccount account(created);
   for (const Heard& event : heard) {
-    if (event.type == layout::kEventsLost) {
-      EXPECT_EQ(next, event.firstLost);
-      next = event.lastLost + 1;
-      EXPECT_EQ(next - event.firstLost, event.lostCount);
-      lost += event.lostCount;
-    } else {
-      EXPECT_EQ(next, event.id);
-      ++next;
-    }
+    enter(event, account);
   }
-  EXPECT_LE(kRenames - kQueue - 2, lost);
+  EXPECT_LE(kRenames - kQueue - 2, account.lost());
   EXPECT_EQ(0, agent.stop(SIGTERM).status);
 }
 
@@ -179,37 +236,21 @@ std::set<std::string> nodesOf(const RunningAgent& agent) {
   return ids;
 }
 
-TEST(AgentKill, InTheMiddleOfCreatesLosesNoneThatWasAcknowledged) {
-  constexpr int kRounds = 10;
-  constexpr int kCreates = kSanitized ? 1000 : 10000;
-  Client client;
-  const support::TemporaryDirectory directory;
-  const std::string store = directory.file("store.db");
-  std::mutex mutex;
-  std::set<std::string> acknowledged;  // guarded by mutex
-  std::uint64_t lastId = 0;
-  for (int round = 0; round < kRounds; ++round) {
-    SCOPED_TRACE("round " + std::to_string(round));
-    RunningAgent agent({"--ems-name", "E"}, store);
-    const std::set<std::string> present = nodesOf(agent);
-    for (const std::string& id : acknowledged) {
-      ASSERT_EQ(1U, present.count(id)) << id;
-    }
-    DirectListener listener(client, client.session(agent));
-    // Killed at a different place of the creates in every round.
+class AgentKill : public testing::Test {
+ protected:
+  static constexpr int kRounds = 10;
+  static constexpr int kCreates = kSanitized ? 1000 : 10000;
+
+  // Creates until the agent is gone. It is killed at a different place of the creates in every
+  // round.
+  void createUntilKilled(RunningAgent& agent, int round) {
     const int killAfter = kCreates / (kRounds + 1) * (round + 1);
     std::atomic<int> made{0};
-    const auto create = [&](int thread) {
-      const TopoAgent::Console_I_var console = client.console(agent);
+    const auto create = [&](const std::string& prefix) {
+      const TopoAgent::Console_I_var console = client_.console(agent);
       try {
         for (int i = 0; i < kCreates; ++i) {
-          const std::string id =
-              std::to_string(round) + "/" + std::to_string(thread) + "/" + std::to_string(i);
-          console->createNode(subnetworkNode(id, "", id));
-          {
-            const std::lock_guard<std::mutex> lock(mutex);
-            acknowledged.insert(id);
-          }
+          createNode(console, prefix + std::to_string(i));
           if (++made == killAfter) {
             agent.process().send(SIGKILL);
           }
@@ -218,33 +259,61 @@ TEST(AgentKill, InTheMiddleOfCreatesLosesNoneThatWasAcknowledged) {
         // It is gone.
       }
     };
-    std::vector<std::thread> creators;
-    for (int thread = 0; thread < 2; ++thread) {
-      creators.emplace_back(create, thread);
-    }
-    for (std::thread& creator : creators) {
-      creator.join();
-    }
+    std::thread one(create, std::to_string(round) + "/0/");
+    create(std::to_string(round) + "/1/");
+    one.join();
     agent.process().wait();
     EXPECT_LE(killAfter, made);
-    EXPECT_EQ("ok", integrityOf(store));
-    for (const Heard& heard : listener.inbox().all()) {
-      ASSERT_LT(lastId, heard.id);
-      lastId = heard.id;
-    }
   }
-  {
-    RunningAgent agent({"--ems-name", "E"}, store);
+
+  void expectAcknowledgedNodes(const RunningAgent& agent) {
     const std::set<std::string> present = nodesOf(agent);
-    for (const std::string& id : acknowledged) {
+    for (const std::string& id : acknowledged_) {
       ASSERT_EQ(1U, present.count(id)) << id;
     }
-    DirectListener listener(client, client.session(agent));
-    client.console(agent)->createNode(subnetworkNode("last", "", ""));
-    EXPECT_LT(lastId, listener.inbox().waitForCount(1)[0].id);
-    EXPECT_EQ(0, agent.stop(SIGTERM).status);
   }
-  EXPECT_EQ("ok", integrityOf(store));
+
+  void expectRisingIds(const std::vector<Heard>& all) {
+    for (const Heard& heard : all) {
+      ASSERT_LT(lastId_, heard.id);
+      lastId_ = heard.id;
+    }
+  }
+
+  const support::TemporaryDirectory directory_;
+  const std::string store_ = directory_.file("store.db");
+  Client client_;
+
+ private:
+  void createNode(const TopoAgent::Console_I_var& console, const std::string& id) {
+    console->createNode(subnetworkNode(id, "", id));
+    const std::lock_guard<std::mutex> lock(mutex_);
+    acknowledged_.insert(id);
+  }
+
+  std::mutex mutex_;
+  std::set<std::string> acknowledged_;  // guarded by mutex_ while nodes are created
+  std::uint64_t lastId_ = 0;
+};
+
+TEST_F(AgentKill, InTheMiddleOfCreatesLosesNoneThatWasAcknowledged) {
+  for (int round = 0; round < kRounds; ++round) {
+    SCOPED_TRACE("round " + std::to_string(round));
+    RunningAgent agent({"--ems-name", "E"}, store_);
+    expectAcknowledgedNodes(agent);
+    DirectListener listener(client_, client_.session(agent));
+    createUntilKilled(agent, round);
+    EXPECT_EQ("ok", integrityOf(store_));
+    expectRisingIds(listener.inbox().all());
+    ASSERT_FALSE(HasFailure());
+  }
+  RunningAgent agent({"--ems-name", "E"}, store_);
+  expectAcknowledgedNodes(agent);
+  DirectListener listener(client_, client_.session(agent));
+  client_.console(agent)->createNode(subnetworkNode("last", "", ""));
+  expectRisingIds(listener.inbox().waitForCount(1));
+  EXPECT_EQ(0, agent.stop(SIGTERM).status);
+  EXPECT_EQ("ok", integrityOf(store_));
 }
 
 // --- Reloads.
@@ -253,37 +322,25 @@ TEST(AgentKill, InTheMiddleOfCreatesLosesNoneThatWasAcknowledged) {
 class Asking {
  public:
   Asking(Client& client, const RunningAgent& agent)
-      : manager_(client.manager(agent)), thread_([this] { ask(); }) {}
+      : manager_(client.manager(agent)), repeating_([this] { ask(); }) {}
 
-  ~Asking() { end(); }
-
-  Asking(const Asking&) = delete;
-  Asking& operator=(const Asking&) = delete;
-
-  void end() {
-    asking_ = false;
-    if (thread_.joinable()) {
-      thread_.join();
-    }
-  }
+  void end() { repeating_.end(); }
 
   int answers() const { return answers_; }
   int refusals() const { return refusals_; }
-  const Texts& wrong() const { return wrong_; }  // once the thread has ended
+  const Texts& wrong() const { return wrong_; }  // once it has ended
 
  private:
   void ask() {
-    while (asking_) {
-      try {
-        askOnce();
-        ++answers_;
-      } catch (const CORBA::TRANSIENT&) {
-        ++refusals_;
-      } catch (const globaldefs::ProcessingFailureException& failure) {
-        wrong_.emplace_back(failure.errorReason.in());
-      } catch (const CORBA::SystemException& failure) {
-        wrong_.push_back(orb::describe(failure));
-      }
+    try {
+      askOnce();
+      ++answers_;
+    } catch (const CORBA::TRANSIENT&) {
+      ++refusals_;
+    } catch (const globaldefs::ProcessingFailureException& failure) {
+      wrong_.emplace_back(failure.errorReason.in());
+    } catch (const CORBA::SystemException& failure) {
+      wrong_.push_back(orb::describe(failure));
     }
   }
 
@@ -311,12 +368,44 @@ class Asking {
   }
 
   const TopoMgr_I_var manager_;
-  std::atomic<bool> asking_{true};
   std::atomic<int> answers_{0};
   std::atomic<int> refusals_{0};
   Texts wrong_;
-  std::thread thread_;
+  Repeating repeating_;
 };
+
+// Reloads while four clients ask.
+void reloadUnderLoad(Client& client, const RunningAgent& agent, int reloads) {
+  std::vector<std::unique_ptr<Asking>> clients;
+  for (int i = 0; i < 4; ++i) {
+    clients.push_back(std::make_unique<Asking>(client, agent));
+  }
+  const TopoAgent::Console_I_var console = client.console(agent);
+  for (int i = 0; i < reloads; ++i) {
+    console->reloadModule();
+  }
+  int answers = 0;
+  int refusals = 0;
+  for (const auto& asking : clients) {
+    asking->end();
+    EXPECT_THAT(asking->wrong(), testing::IsEmpty());
+    answers += asking->answers();
+    refusals += asking->refusals();
+  }
+  EXPECT_LT(0, answers);
+  EXPECT_LT(0, refusals);
+}
+
+// Of the names 1, 2, 3 and so on.
+void expectRenames(DirectListener& listener, int renames) {
+  const auto expected = static_cast<std::size_t>(renames);
+  const std::vector<Heard> heard = listener.inbox().waitForCount(expected);
+  ASSERT_EQ(expected, heard.size());
+  for (std::size_t i = 0; i < heard.size(); ++i) {
+    ASSERT_EQ(std::to_string(i + 1), heard[i].name);
+  }
+  listener.subscription()->ping();
+}
 
 TEST(ModuleReloadUnderLoad, LosesNoNotificationAndNoSubscriber) {
   constexpr int kReloads = 100;
@@ -329,43 +418,12 @@ TEST(ModuleReloadUnderLoad, LosesNoNotificationAndNoSubscriber) {
   waitForNotifications(console, 3);
   DirectListener first(client, client.session(agent));
   DirectListener second(client, client.session(agent));
-  std::atomic<bool> renaming{true};
-  int renames = 0;
-  std::thread renamer([&] {
-    while (renaming) {
-      console->renameNode("a", std::to_string(++renames).c_str());
-    }
-  });
-  int answers = 0;
-  int refusals = 0;
-  {
-    std::vector<std::unique_ptr<Asking>> clients;
-    for (int i = 0; i < 4; ++i) {
-      clients.push_back(std::make_unique<Asking>(client, agent));
-    }
-    for (int i = 0; i < kReloads; ++i) {
-      console->reloadModule();
-    }
-    for (const auto& asking : clients) {
-      asking->end();
-      EXPECT_THAT(asking->wrong(), testing::IsEmpty());
-      answers += asking->answers();
-      refusals += asking->refusals();
-    }
-  }
-  renaming = false;
-  renamer.join();
-  EXPECT_LT(0, answers);
-  EXPECT_LT(0, refusals);
-  for (DirectListener* listener : {&first, &second}) {
-    const std::vector<Heard> heard =
-        listener->inbox().waitForCount(static_cast<std::size_t>(renames));
-    ASSERT_EQ(static_cast<std::size_t>(renames), heard.size());
-    for (std::size_t i = 0; i < heard.size(); ++i) {
-      ASSERT_EQ(std::to_string(i + 1), heard[i].name);
-    }
-    listener->subscription()->ping();
-  }
+  int name = 0;
+  Repeating renaming([&] { console->renameNode("a", std::to_string(++name).c_str()); });
+  reloadUnderLoad(client, agent, kReloads);
+  const int renames = renaming.end();
+  expectRenames(first, renames);
+  expectRenames(second, renames);
   const TopoAgent::Status_T_var status = console->getStatus();
   EXPECT_EQ(kReloads + 1U, status->moduleLoads);
   EXPECT_EQ(TopoAgent::MS_LOADED, status->moduleState);
@@ -384,6 +442,7 @@ TEST(ModuleReloadUnderLoad, ThatFailsLeavesAnAgentThatCanBeReloaded) {
   std::filesystem::copy_file(TOPO_MODULE, module);
   RunningAgent agent({"--ems-name", "E", "--module", module});
   const TopoAgent::Console_I_var console = client.console(agent);
+  DirectListener listener(client, client.session(agent));
   std::filesystem::rename(module, module + ".away");
   try {
     console->reloadModule();
@@ -398,6 +457,13 @@ TEST(ModuleReloadUnderLoad, ThatFailsLeavesAnAgentThatCanBeReloaded) {
   std::filesystem::rename(module + ".away", module);
   console->reloadModule();
   EXPECT_EQ(1U, nodesSeen(client.manager(agent)));
+  console->createNode(subnetworkNode("after", "", ""));
+  const std::vector<Heard> heard = listener.inbox().waitForCount(2);
+  EXPECT_EQ(layout::kEventsLost, heard[0].type);
+  EXPECT_EQ(heard[0].lastLost, heard[0].firstLost);
+  EXPECT_EQ(0U, heard[0].lostCount);
+  EXPECT_EQ("TopoSubnetwork=after", heard[1].object);
+  EXPECT_EQ(heard[0].lastLost + 1, heard[1].id);
   const support::Ended ended = agent.stop(SIGTERM);
   EXPECT_EQ(0, ended.status) << ended.err;
 }

@@ -492,6 +492,19 @@ TEST_F(ThroughANotificationService, EventsWaitUntilItsNewChannelHasTheNameOfTheO
 
 // --- Watching an agent that goes away.
 
+// What is printed as changed meanwhile, by event, until the watch goes on.
+std::map<std::string, json> readResync(support::Process& watch) {
+  std::map<std::string, json> resync;
+  for (std::string event; event != "watching";) {
+    const json line = json::parse(watch.readLine());
+    event = line["event"];
+    if (line.value("resync", false)) {
+      resync[event] = line;
+    }
+  }
+  return resync;
+}
+
 TEST(Watch, ComesBackWithTheAgentAndTellsWhatChangedMeanwhile) {
   Client client;
   const support::TemporaryDirectory directory;
@@ -515,16 +528,7 @@ TEST(Watch, ComesBackWithTheAgentAndTellsWhatChangedMeanwhile) {
   }
   agent =
       std::make_unique<RunningAgent>(std::vector<std::string>{"--ems-name", "E"}, store, endpoint);
-  std::map<std::string, json> resync;  // by event
-  std::vector<std::string> events;
-  for (std::string event; event != "watching";) {
-    const json line = json::parse(watch.readLine());
-    event = line["event"];
-    events.push_back(event);
-    if (line.value("resync", false)) {
-      resync[event] = line;
-    }
-  }
+  std::map<std::string, json> resync = readResync(watch);
   ASSERT_EQ(3U, resync.size());
   EXPECT_EQ(nameOf("gone"), resync["deletion"]["objectName"]);
   EXPECT_EQ(nameOf("fresh"), resync["creation"]["objectName"]);

@@ -172,6 +172,22 @@ TEST(NetworkWriter, RaisesEventsInTheOrderOfCommits) {
   EXPECT_EQ(last, NetworkStore(path).read().topoNodes.at(0).nativeName);
 }
 
+// One change of every kind, around a node that is made and removed; how many went wrong.
+int changeEverything(ChangingHost& host, const std::string& own) {
+  std::size_t removed = 0;
+  agent::ImportSummary summary;
+  agent::Network more;
+  more.topoNodes = {nodeOf(own + ".x", own), nodeOf(own + ".y", own + ".x")};
+  const auto name = nameOf({{"EMS", "E"}, {"TopoSubnetwork", own}});
+  int wrong = 0;
+  wrong += host.nodes().create(nodeOf(own, "node 1")).code != agent::kSuccess ? 1 : 0;
+  wrong += host.nodes().import(more, summary).code != agent::kSuccess ? 1 : 0;
+  wrong += host.attributes().setUserLabel(name, own, true).code != agent::kSuccess ? 1 : 0;
+  wrong += host.nodes().rename("node 2", own).code != agent::kSuccess ? 1 : 0;
+  wrong += host.nodes().remove(own, removed).code != agent::kSuccess ? 1 : 0;
+  return wrong + (removed != 3 ? 1 : 0);
+}
+
 // Changes of every kind at once, while others read and reserve.
 TEST(NetworkWriter, KeepsStoreAndModelAlikeUnderManyThreads) {
   const support::TemporaryDirectory directory;
@@ -192,19 +208,8 @@ TEST(NetworkWriter, KeepsStoreAndModelAlikeUnderManyThreads) {
   std::vector<std::thread> changers;
   for (int i = 0; i < 4; ++i) {
     changers.emplace_back([&, i] {
-      const std::string own = "t" + std::to_string(i);
       for (int round = 0; round < 15; ++round) {
-        std::size_t removed = 0;
-        agent::ImportSummary summary;
-        agent::Network more;
-        more.topoNodes = {nodeOf(own + ".x", own), nodeOf(own + ".y", own + ".x")};
-        const auto name = nameOf({{"EMS", "E"}, {"TopoSubnetwork", own}});
-        wrong += host.nodes().create(nodeOf(own, "node 1")).code != agent::kSuccess;
-        wrong += host.nodes().import(more, summary).code != agent::kSuccess;
-        wrong += host.attributes().setUserLabel(name, own, true).code != agent::kSuccess;
-        wrong += host.nodes().rename("node 2", own).code != agent::kSuccess;
-        wrong += host.nodes().remove(own, removed).code != agent::kSuccess;
-        wrong += removed != 3 ? 1 : 0;
+        wrong += changeEverything(host, "t" + std::to_string(i));
         host.writer().reserveNotificationIds(3);
       }
     });
