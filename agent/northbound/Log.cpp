@@ -1,13 +1,15 @@
 #include "agent/northbound/Log.h"
 
+#include <spdlog/logger.h>
+#include <spdlog/sinks/stdout_sinks.h>
+
 #include <algorithm>
 #include <atomic>
 #include <cstdarg>
 #include <cstdio>
+#include <memory>
 #include <vector>
 
-#include "ace/Log_Msg.h"
-#include "ace/TSS_T.h"
 #include "platform/agent/Logging.h"
 
 namespace agent {
@@ -19,18 +21,18 @@ bool enabled(int level) {
   return level <= logLevel.load(std::memory_order_relaxed);
 }
 
-ACE_Log_Priority priorityOf(int level) {
+spdlog::level::level_enum priorityOf(int level) {
   switch (level) {
     case kLogErrors:
-      return LM_ERROR;
+      return spdlog::level::err;
     case kLogEvents:
-      return LM_INFO;
+      return spdlog::level::info;
     default:
-      return LM_DEBUG;
+      return spdlog::level::debug;
   }
 }
 
-// One record is one line, and no longer than ACE's records are.
+// One message is one line, of a length that a reader can bear.
 std::string asLine(std::string text) {
   constexpr std::size_t kLongest = 3000;
   if (text.size() > kLongest) {
@@ -41,10 +43,23 @@ std::string asLine(std::string text) {
   return text;
 }
 
+std::unique_ptr<spdlog::logger> makeLogger() {
+  auto logger = std::make_unique<spdlog::logger>("topo-agentd",
+                                                 std::make_shared<spdlog::sinks::stderr_sink_mt>());
+  logger->set_pattern("%Y-%m-%d %H:%M:%S.%f %l [%t] %v");
+  logger->set_level(spdlog::level::trace);  // what is let through is decided here
+  return logger;
+}
+
+// Never destroyed: threads of the ORB may have something to say until the process is gone.
+spdlog::logger& logger() {
+  static spdlog::logger& logger = *makeLogger().release();
+  return logger;
+}
+
 void write(int level, const NS_CORBA::LogPosition& position, const char* text) {
-  ACE_Log_Msg::instance()->log(priorityOf(level), ACE_TEXT("%D %M [%t] %C:%d %C\n"),
-                               position.file.c_str(), static_cast<int>(position.line),
-                               asLine(text).c_str());
+  logger().log(priorityOf(level),
+               position.file + ':' + std::to_string(position.line) + ' ' + asLine(text));
 }
 
 // The length of what vsnprintf makes of a format is only known afterwards.
@@ -77,8 +92,8 @@ void log(int level, const std::string& text) {
 namespace NS_CORBA {
 
 LogPosition* GetTss() {
-  static ACE_TSS<LogPosition> position;
-  return position.operator->();
+  thread_local LogPosition position;
+  return &position;
 }
 
 void TaDebug(int level, const char* text) {

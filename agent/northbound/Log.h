@@ -1,4 +1,5 @@
-// The agent's log: ACE logging to standard error.
+// The agent's log, on standard error. One line a message: local time, level, thread, position,
+// text.
 //
 // Thread-safety: any thread.
 

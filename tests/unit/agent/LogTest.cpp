@@ -74,22 +74,22 @@ INSTANTIATE_TEST_SUITE_P(EveryLevel, AgentLogAtLevel, testing::Values(1, 2, 3));
 
 TEST_F(AgentLog, WritesALineWithTimePriorityThreadAndPosition) {
   EXPECT_THAT(loggedBy([] { NS_CORBA::TaDebug(1, "a text"); }),
-              MatchesRegex(head("LM_ERROR") + "Here\\.cpp:12 a text\n"));
+              MatchesRegex(head("error") + "Here\\.cpp:12 a text\n"));
   EXPECT_THAT(loggedBy([] { NS_CORBA::TaDebug(2, "a text"); }),
-              MatchesRegex(head("LM_INFO") + "Here\\.cpp:12 a text\n"));
+              MatchesRegex(head("info") + "Here\\.cpp:12 a text\n"));
   EXPECT_THAT(loggedBy([] { NS_CORBA::TaDebug(3, "a text"); }),
-              MatchesRegex(head("LM_DEBUG") + "Here\\.cpp:12 a text\n"));
+              MatchesRegex(head("debug") + "Here\\.cpp:12 a text\n"));
 }
 
 TEST_F(AgentLog, WritesMessagesOfTheAgentAtAPositionOfTheirOwn) {
   EXPECT_THAT(loggedBy([] { agent::log(agent::kLogEvents, "a text"); }),
-              MatchesRegex(head("LM_INFO") + "topo-agentd:0 a text\n"));
+              MatchesRegex(head("info") + "topo-agentd:0 a text\n"));
   EXPECT_EQ("Here.cpp", NS_CORBA::GetTss()->file);
 }
 
 TEST_F(AgentLog, FormatsArguments) {
   EXPECT_THAT(loggedBy([] { NS_CORBA::TaDebugWithPara(1, "%s=%d (0x%08x) %%", "n", -5, 0xBAU); }),
-              MatchesRegex(head("LM_ERROR") + "Here\\.cpp:12 n=-5 \\(0x000000ba\\) %\n"));
+              MatchesRegex(head("error") + "Here\\.cpp:12 n=-5 \\(0x000000ba\\) %\n"));
 }
 
 TEST_F(AgentLog, FormatsLongArgumentsWhole) {
@@ -103,6 +103,19 @@ TEST_F(AgentLog, TakesATextAsItIs) {
               HasSubstr("Here.cpp:12 100%s %n %d\n"));
   EXPECT_THAT(loggedBy([] { NS_CORBA::TaDebugWithPara(1, "%s", "100%s %n %d"); }),
               HasSubstr("Here.cpp:12 100%s %n %d\n"));
+}
+
+TEST_F(AgentLog, WritesOneLineWhateverTheTextHolds) {
+  EXPECT_THAT(loggedBy([] { NS_CORBA::TaDebug(1, "a\r\ntext\n{} %v\n"); }),
+              HasSubstr("Here.cpp:12 a  text {} %v \n"));
+}
+
+TEST_F(AgentLog, CutsWhatIsTooLongToRead) {
+  const std::string longest(3000, 'x');
+  EXPECT_THAT(loggedBy([&] { NS_CORBA::TaDebug(1, longest.c_str()); }),
+              HasSubstr("Here.cpp:12 " + longest + "\n"));
+  EXPECT_THAT(loggedBy([&] { NS_CORBA::TaDebug(1, (longest + "y").c_str()); }),
+              HasSubstr("Here.cpp:12 " + longest + "...\n"));
 }
 
 TEST_F(AgentLog, ReportsThePositionAsItStandsAtTheCall) {
@@ -136,7 +149,7 @@ TEST_F(AgentLog, ReportsAPlatformFailureAsAnError) {
   failure.detail << "no "
                  << "table";
   EXPECT_THAT(loggedBy([&] { NS_CORBA::NbiException(failure); }),
-              MatchesRegex(head("LM_ERROR") + "Here\\.cpp:12 platform failure 1234: no table\n"));
+              MatchesRegex(head("error") + "Here\\.cpp:12 platform failure 1234: no table\n"));
 }
 
 TEST_F(AgentLog, ReportsAPlatformFailureWithoutDetail) {
