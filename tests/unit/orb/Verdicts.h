@@ -1,0 +1,32 @@
+// All that can be asked about a failed call, in one line.
+
+#ifndef TESTS_UNIT_ORB_VERDICTS_H
+#define TESTS_UNIT_ORB_VERDICTS_H
+
+#include <string>
+
+#include "orb/orb.h"
+
+// "TEXT: WORD, WORD": what it says, and what is true of it.
+inline std::string verdictsOn(const CORBA::SystemException& failure) {
+  std::string line = orb::describe(failure) + ":";
+  const auto add = [&line](bool isSo, const char* word) {
+    if (isSo) {
+      line += (line.back() == ':' ? " " : ", ") + std::string(word);
+    }
+  };
+  add(orb::isMessageTooLarge(failure), "message too large");
+  add(orb::isBrokenOff(failure), "broken off");
+  add(orb::isTimeout(failure), "time-out");
+  add(orb::isConnectionClosed(failure), "connection closed");
+  add(orb::isUnreachable(failure), "unreachable");
+  add(orb::isPoaGoing(failure), "POA going");
+  return line;
+}
+
+template <typename Failure>
+std::string verdictsOn(CORBA::ULong minor) {
+  return verdictsOn(Failure(minor, CORBA::COMPLETED_NO));
+}
+
+#endif
