@@ -1,6 +1,7 @@
 #include "agent/domain/AttributeService.h"
 
 #include <exception>
+#include <new>
 #include <unordered_set>
 #include <utility>
 
@@ -71,14 +72,41 @@ InfoPairs copyOf(const NVSList_T& pairs) {
   return copy;
 }
 
+// Some ORBs give no text instead of an exception when memory is short.
+char* duplicate(const std::string& text) {
+  char* const copy = CORBA::string_dup(text.c_str());
+  if (copy == nullptr) {
+    throw std::bad_alloc();
+  }
+  return copy;
+}
+
 NVSList_T listOf(const InfoPairs& pairs) {
   NVSList_T list;
   list.length(static_cast<CORBA::ULong>(pairs.size()));
   for (CORBA::ULong i = 0; i < list.length(); ++i) {
-    list[i].name = CORBA::string_dup(pairs[i].first.c_str());
-    list[i].value = CORBA::string_dup(pairs[i].second.c_str());
+    list[i].name = duplicate(pairs[i].first);
+    list[i].value = duplicate(pairs[i].second);
   }
   return list;
+}
+
+void requireRoom(const InfoPairs& pairs, const NVSList_T& object) {
+  std::size_t bytes = 0;
+  for (const auto& [name, value] : pairs) {
+    bytes += name.size() + value.size();
+  }
+  if (bytes > AttributeService::kMostInfoBytes) {
+    refuse(kTooMuch, ofObject("additional information", object) + " would have more than " +
+                         std::to_string(AttributeService::kMostInfoBytes) + " bytes");
+  }
+}
+
+// Without memory of its own.
+void moveInto(NVSList_T& list, NVSList_T& from) {
+  const CORBA::ULong maximum = from.maximum();
+  const CORBA::ULong length = from.length();
+  list.replace(maximum, length, from.get_buffer(true), true);
 }
 
 }  // namespace
@@ -120,8 +148,13 @@ Outcome AttributeService::setNativeName(const NVSList_T& name, std::string_view 
 Outcome AttributeService::setAdditionalInfo(const NVSList_T& name, NVSList_T& pairs) {
   return change(name, [&](const ObjectKey& key) {
     requirePairs(pairs, name);
-    return [&pairs, key, changes = copyOf(pairs)](Change& change) {
-      pairs = listOf(change.store().mergeAdditionalInfo(key, changes));
+    return [&, key, changes = copyOf(pairs)](Change& change) {
+      NVSList_T stored;
+      change.store().mergeAdditionalInfo(key, changes, [&](const InfoPairs& merged) {
+        requireRoom(merged, name);
+        stored = listOf(merged);
+      });
+      moveInto(pairs, stored);
     };
   });
 }

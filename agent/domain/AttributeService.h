@@ -26,6 +26,10 @@ class AttributeService {
  public:
   static constexpr std::size_t kMostTextBytes = agent::kMostTextBytes;
 
+  // Of the names and values of one object's additional information: it goes back to the client in
+  // one message, whose limit is 256 MiB unless the operator sets another.
+  static constexpr std::size_t kMostInfoBytes = 16 * kMostTextBytes;
+
   // ems: the value of the "EMS" pair of every name.
   AttributeService(std::string ems, NetworkWriter& writer);
 
@@ -40,8 +44,9 @@ class AttributeService {
   Outcome setNativeName(const globaldefs::NVSList_T& name, std::string_view nativeName);
 
   // Merges pairs into the stored ones, as NetworkStore::mergeAdditionalInfo, and replaces them by
-  // all that are then stored. A pair without a name, or two of one name, are kInvalidName. The
-  // pairs are left alone after a failure.
+  // all that are then stored. A pair without a name, or two of one name, are kInvalidName; pairs
+  // that would make the stored ones larger than kMostInfoBytes are kTooMuch. The pairs are left
+  // alone after a failure.
   Outcome setAdditionalInfo(const globaldefs::NVSList_T& name, globaldefs::NVSList_T& pairs);
 
   // Forgets user label, owner and additional information.

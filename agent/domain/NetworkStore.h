@@ -101,8 +101,10 @@ class NetworkStore {
   std::vector<std::string> idsWithLabel(std::int32_t type, const std::string& label);
 
   // Every pair in turn: an empty value removes the name, another one replaces the value of a name
-  // that is there, in its place, and a new name goes to the end. What is then stored comes back.
-  InfoPairs mergeAdditionalInfo(const ObjectKey& key, const InfoPairs& changes);
+  // that is there, in its place, and a new name goes to the end. accept is shown what is then
+  // stored; when it throws, that passes and nothing is changed. It may be empty.
+  void mergeAdditionalInfo(const ObjectKey& key, const InfoPairs& changes,
+                           const std::function<void(const InfoPairs&)>& accept = {});
   InfoPairs additionalInfoOf(const ObjectKey& key);
 
   // Forgets user label, owner and additional information.

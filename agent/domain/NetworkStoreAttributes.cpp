@@ -103,13 +103,15 @@ std::vector<std::string> NetworkStore::idsWithLabel(std::int32_t type, const std
   });
 }
 
-InfoPairs NetworkStore::mergeAdditionalInfo(const ObjectKey& key, const InfoPairs& changes) {
-  return guarded(path_, [&] {
+void NetworkStore::mergeAdditionalInfo(const ObjectKey& key, const InfoPairs& changes,
+                                       const std::function<void(const InfoPairs&)>& accept) {
+  guarded(path_, [&] {
     SQLite::Transaction transaction(*database_);
     mergeInfo(*database_, key, changes);
-    InfoPairs stored = infoOf(*database_, key);
+    if (accept) {
+      accept(infoOf(*database_, key));
+    }
     transaction.commit();
-    return stored;
   });
 }
 

@@ -99,6 +99,8 @@ INSTANTIATE_TEST_SUITE_P(
                          "too many open iterators (code 1112801286)"},
                     Case{"AlreadyExists", agent::kAlreadyExists, globaldefs::EXCPT_OBJECT_IN_USE,
                          "the object exists already (code 1112801287)"},
+                    Case{"TooMuch", agent::kTooMuch, globaldefs::EXCPT_CAPACITY_EXCEEDED,
+                         "more than can be kept (code 1112801288)"},
                     Case{"ConversionFailed", 0x411800BA, globaldefs::EXCPT_INTERNAL_ERROR,
                          "the result could not be converted or iterated (code 1092092090)"},
                     Case{"InterfaceNotExist", 0x41180004, globaldefs::EXCPT_INTERNAL_ERROR,

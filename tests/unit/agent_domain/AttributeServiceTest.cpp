@@ -382,6 +382,27 @@ TEST_F(AttributeServiceTest, MergesManyPairs) {
   EXPECT_EQ(pairs, merged(link("k1"), pairs));
 }
 
+// So that what is stored can be sent back.
+TEST_F(AttributeServiceTest, RefusesMoreInformationThanAnObjectMayHave) {
+  const NVSList_T name = element("5");
+  Pairs most;
+  for (char c = 'a'; c < 'a' + 16; ++c) {
+    most.emplace_back(std::string(1, c), std::string(AttributeService::kMostTextBytes - 1, c));
+  }
+  EXPECT_EQ(most, merged(name, most));
+  NVSList_T more = nameOf({{"q", "1"}});
+  expectRefused(agent::kTooMuch,
+                "the additional information of {EMS=E, ManagedElement=5} would have more than "
+                "16777216 bytes",
+                service().setAdditionalInfo(name, more));
+  EXPECT_EQ((Pairs{{"q", "1"}}), pairsOf(more));
+  EXPECT_EQ(most, merged(name, {}));
+  most.front() = {"q", "1"};
+  most.push_back(most.front());
+  most.erase(most.begin());
+  EXPECT_EQ(most, merged(name, {{"a", ""}, {"q", "1"}}));
+}
+
 // --- Reset.
 
 TEST_F(AttributeServiceTest, ForgetsAllButTheNativeNameWhenReset) {

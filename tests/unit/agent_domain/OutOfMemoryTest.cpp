@@ -97,4 +97,23 @@ TEST_F(OutOfMemory, SetsALabelOrDoesNot) {
   EXPECT_EQ(label, host_.model().labelOf(54, "node 1"));
 }
 
+TEST_F(OutOfMemory, MergesInformationOrDoesNot) {
+  const auto name = nameOf({{"EMS", "E"}, {"TopoSubnetwork", "node 1"}});
+  const agent::ObjectKey key{54, "node 1"};
+  const Pairs pairs = {{"a name that needs memory", "and a value that needs memory"}};
+  int spared = 0;
+  for (bool done = false; !done; ++spared) {
+    ASSERT_LT(spared, 5000);
+    auto info = nameOf(pairs);
+    const Outcome outcome = [&] {
+      const fakes::FailingNew failing(spared);
+      return host_.attributes().setAdditionalInfo(name, info);
+    }();
+    done = outcome.code == agent::kSuccess;
+    ASSERT_EQ(done ? pairs : Pairs{}, host_.store().additionalInfoOf(key)) << spared;
+    ASSERT_EQ(pairs, pairsOf(info)) << spared;
+  }
+  EXPECT_LT(3, spared);
+}
+
 }  // namespace
