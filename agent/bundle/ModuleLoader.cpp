@@ -8,6 +8,7 @@
 
 #include "ace/DLL_Manager.h"
 #include "ace/Service_Config.h"
+#include "ace/Service_Object.h"
 #include "ace/Service_Repository.h"
 #include "orb/idl/globaldefs.h"
 #include "platform/framework/ProcessException.h"
@@ -27,11 +28,17 @@ std::string dlerrorAbout(const std::string& file) {
   return text.compare(0, file.size(), file) == 0 ? text : file + ": " + text;
 }
 
+using Library = std::unique_ptr<void, int (*)(void*)>;
+using Factory = ACE_Service_Object*(ACE_Service_Object_Exterminator*);
+
+Library open(const std::string& file, int flags) {
+  return Library(dlopen(file.c_str(), RTLD_LAZY | RTLD_LOCAL | flags), dlclose);
+}
+
 // Opens the file for a look: what the dynamic linker says of it is the clearest reason there is.
 // The configurator would only print it.
 void checkFile(const std::string& file) {
-  const std::unique_ptr<void, int (*)(void*)> library(dlopen(file.c_str(), RTLD_LAZY | RTLD_LOCAL),
-                                                      dlclose);
+  const Library library = open(file, 0);
   if (!library) {
     throw ModuleError("module " + dlerrorAbout(file));
   }
@@ -42,7 +49,7 @@ void checkFile(const std::string& file) {
 
 // The file's name as a directive can carry it. The configurator reads a quoted text up to the last
 // such quote of the line, so nothing else in the directive may be quoted.
-std::string quoted(const std::string& file) {
+std::string quotedName(const std::string& file) {
   for (const char quote : {'"', '\''}) {
     if (file.find(quote) == std::string::npos) {
       return quote + file + quote;
@@ -73,7 +80,25 @@ std::string process(const std::string& directive) {
     return std::string("it failed with ") + failure._name();
   } catch (const std::exception& failure) {
     return std::string("it failed: ") + failure.what();
+  } catch (...) {
+    return "it failed with an exception of its own";
   }
+}
+
+// A service whose init throws is destroyed by the configurator without its fini, and its library
+// stays open. What the init has left behind is of the library, so the fini of another service ends
+// it.
+void undoFailedStart(const std::string& path) {
+  const Library library = open(path, RTLD_NOLOAD);
+  if (!library) {
+    return;
+  }
+  const auto make = reinterpret_cast<Factory*>(dlsym(library.get(), symbolName().c_str()));
+  ACE_Service_Object_Exterminator destroy = nullptr;
+  ACE_Service_Object* const service = make(&destroy);
+  service->fini();
+  destroy(service);
+  ACE_DLL_Manager::instance()->close_dll(path.c_str());
 }
 
 }  // namespace
@@ -92,15 +117,15 @@ void ModuleLoader::load() {
   if (!std::filesystem::is_regular_file(file_, status)) {
     throw ModuleError("module " + file_.string() + ": no such file");
   }
-  const std::string path = std::filesystem::absolute(file_).string();
-  checkFile(path);
+  path_ = std::filesystem::absolute(file_).string();
+  checkFile(path_);
   std::string reason = process(std::string("dynamic ") + kService + " Service_Object * " +
-                               quoted(path) + ":" + symbolName() + "()");
-  // A module that failed in the middle of its start is still mapped.
+                               quotedName(path_) + ":" + symbolName() + "()");
   loaded_ = true;
   if (reason.empty() && !isLoaded()) {
     reason = "the service configurator does not know it";
   }
+  failed_ = !reason.empty();
   if (!reason.empty()) {
     throw ModuleError("module " + file_.string() + ": " + reason);
   }
@@ -110,6 +135,13 @@ void ModuleLoader::unload() noexcept {
   if (loaded_) {
     process(std::string("remove ") + kService);
     loaded_ = false;
+  }
+  if (std::exchange(failed_, false)) {
+    try {
+      undoFailedStart(path_);
+    } catch (...) {
+      // It stays as it is.
+    }
   }
 }
 

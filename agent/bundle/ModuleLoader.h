@@ -41,7 +41,9 @@ class ModuleLoader {
 
  private:
   const std::filesystem::path file_;
+  std::string path_;  // as it was loaded
   bool loaded_ = false;
+  bool failed_ = false;  // its start, so that something of it may be left
 };
 
 }  // namespace agent

@@ -8,8 +8,10 @@
 #include <thread>
 
 #include "agent/Agent.h"
+#include "agent/Publication.h"
 #include "agent/bundle/ModuleLoader.h"
 #include "agent/events/EventManager.h"
+#include "agent/events/SecurityService.h"
 #include "agent/northbound/Northbound.h"
 #include "idl/ObjectKeys.h"
 #include "orb/idl/TopoAgent.h"
@@ -32,9 +34,12 @@ bool mapped() {
 // A host with nothing in it but what the module needs to start.
 class ModuleHost {
  public:
-  ModuleHost() : server_(orb::startServer({}, {"127.0.0.1", 0}, nullptr)) {}
+  explicit ModuleHost(bool testSwitch = false)
+      : server_(orb::startServer({}, {"127.0.0.1", 0}, nullptr)),
+        northbound_(*server_, "E", testSwitch) {}
 
   orb::Server& server() { return *server_; }
+  agent::EventManager& events() { return events_; }
   agent::Northbound& northbound() { return northbound_; }
 
   std::size_t capabilities() {
@@ -48,7 +53,7 @@ class ModuleHost {
  private:
   std::unique_ptr<orb::Server> server_;
   agent::EventManager events_;
-  agent::Northbound northbound_{*server_, "E", false};
+  agent::Northbound northbound_;
 };
 
 TEST(ModuleReload, LeavesTheProcessFiftyTimesAndServesInBetween) {
@@ -65,6 +70,34 @@ TEST(ModuleReload, LeavesTheProcessFiftyTimesAndServesInBetween) {
     loader.unload();
     ASSERT_FALSE(host.northbound().managers().serving("TopoManagement"));
   }
+  EXPECT_FALSE(mapped());
+}
+
+// With the test switch on, a start asks for the domain's nodes when all else is done: there is
+// none.
+TEST(ModuleReload, UndoesAStartThatFailsAtItsEnd) {
+  ModuleHost host(true);
+  agent::SecurityService security(true);
+  const agent::Publication published("SecurityIF", security);
+  agent::ModuleLoader loader(TOPO_MODULE);
+  for (int i = 0; i < 3; ++i) {
+    host.northbound().open();
+    EXPECT_THROW(loader.load(), agent::ModuleError);
+    EXPECT_EQ(3U, host.events().status().subscriptions);
+    host.northbound().retire();
+    loader.unload();
+    EXPECT_EQ(0U, host.events().status().subscriptions);
+    EXPECT_EQ(nullptr, NS_BUNDLEMGR1::CheckIFBuf("NULLServiceInterface")->First());
+    EXPECT_FALSE(host.northbound().managers().serving("TopoManagement"));
+    EXPECT_FALSE(mapped());
+  }
+  host.northbound().setTestSwitch(false);
+  host.northbound().open();
+  loader.load();
+  EXPECT_EQ(3U, host.events().status().subscriptions);
+  EXPECT_EQ(7U, host.capabilities());
+  host.northbound().retire();
+  loader.unload();
   EXPECT_FALSE(mapped());
 }
 
