@@ -191,6 +191,23 @@ void EventManager::UnSubscribe(TEEventHandler* handler, int eventId) {
 }
 
 void EventManager::raise(int eventId, std::vector<NS_DOMAIN::TopoNode_T> nodes) {
+  try {
+    queue(eventId, std::move(nodes));
+  } catch (...) {
+    lose(eventId);
+    throw;
+  }
+}
+
+// Who should have had the event is told before its next one.
+void EventManager::lose(int eventId) noexcept {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  for (const auto& [handler, lane] : lanes_) {
+    lane->lostSome = lane->lostSome || lane->eventIds.count(eventId) != 0;
+  }
+}
+
+void EventManager::queue(int eventId, std::vector<NS_DOMAIN::TopoNode_T> nodes) {
   const auto event = std::make_shared<const TEEvent>(TEEvent{std::move(nodes)});
   std::vector<Queued> lost;  // gone after the lock
   bool overflowBegins = false;

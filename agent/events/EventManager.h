@@ -38,7 +38,8 @@ class EventManager final : public TEEventMgr {
   };
 
   // Told that handlers did not get events:
-  //   - before the next event is handed to a handler whose queue was full, by its lane's thread,
+  //   - before the next event is handed to a handler whose queue was full, or for whose event there
+  //     was no memory, by its lane's thread,
   //   - when a handler unsubscribes for which events wait, by that thread,
   //   - when the first handler comes after events that had none, by the subscribing thread.
   // May be called by several threads at once. What it throws is dropped.
@@ -71,7 +72,7 @@ class EventManager final : public TEEventMgr {
 
   // Queues an event for every handler that is subscribed to it now. Calls of one thread are handled
   // in their order, calls of many threads by all handlers in the same order. Never calls a handler
-  // and never waits for one.
+  // and never waits for one. Throws std::bad_alloc; some handlers may then have lost the event.
   void raise(int eventId, std::vector<NS_DOMAIN::TopoNode_T> nodes);
 
   // Waits until no handler has anything left to do with what was raised before; false when that
@@ -86,6 +87,8 @@ class EventManager final : public TEEventMgr {
   struct Lane;
 
   Lane& laneOf(TEEventHandler& handler);
+  void queue(int eventId, std::vector<NS_DOMAIN::TopoNode_T> nodes);
+  void lose(int eventId) noexcept;
   void deliver(const std::shared_ptr<Lane>& lane);
   void end(Lane& lane);
   void tellLost() const noexcept;

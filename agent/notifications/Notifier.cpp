@@ -112,10 +112,15 @@ void Notifier::publish(std::unique_ptr<CosNotification::StructuredEvent> event) 
     forEachLocked([this](Receiver& receiver) { receiver.miss(ids_.last()); });
     return;
   }
-  stamp(*event, *id, clock_());
+  try {
+    stamp(*event, *id, clock_());
+    const Notification notification{*id, std::move(event)};
+    forEachLocked([&notification](Receiver& receiver) { receiver.offer(notification); });
+  } catch (...) {
+    forEachLocked([&id](Receiver& receiver) { receiver.miss(*id); });
+    throw;
+  }
   ++notifications_;
-  const Notification notification{*id, std::move(event)};
-  forEachLocked([&notification](Receiver& receiver) { receiver.offer(notification); });
 }
 
 void Notifier::missed() {

@@ -112,7 +112,7 @@ bool Receiver::step() {
     case Work::kSend:
       return send();
     case Work::kCheck:
-      return go(sink_->check(stopping_));
+      return go(attempt(CallOutcome::kUnavailable, [this] { return sink_->check(stopping_); }));
     case Work::kStop:
       break;
   }
@@ -120,7 +120,8 @@ bool Receiver::step() {
 }
 
 bool Receiver::connect() {
-  const CallOutcome outcome = sink_->connect(stopping_);
+  const CallOutcome outcome =
+      attempt(CallOutcome::kUnavailable, [this] { return sink_->connect(stopping_); });
   connected_ = outcome.kind == CallOutcome::kDone;
   if (connected_ && nothingWaits()) {
     setUp();  // otherwise the first push tells
@@ -141,13 +142,33 @@ Receiver::Work Receiver::waitForWork() {
   return hand_ ? Work::kSend : Work::kCheck;
 }
 
-// What is in hand changes on this thread alone.
 bool Receiver::send() {
+  return sent(attempt(CallOutcome::kRefused, [this] { return pushHand(); }));
+}
+
+// What is in hand changes on this thread alone.
+CallOutcome Receiver::pushHand() {
   if (const auto* const lost = std::get_if<LostEvents>(&*hand_)) {
     const auto event = eventsLost(*lost, settings_.clock());
-    return sent(sink_->push(*event, stopping_));
+    return sink_->push(*event, stopping_);
   }
-  return sent(sink_->push(*std::get<Notification>(*hand_).event, stopping_));
+  return sink_->push(*std::get<Notification>(*hand_).event, stopping_);
+}
+
+// An exception of a channel's sink, as when memory is short, passes as one outcome or the other; a
+// subscriber is gone then, and will subscribe again.
+template <typename Call>
+CallOutcome Receiver::attempt(CallOutcome::Kind ofChannel, Call call) {
+  const CallOutcome::Kind kind = settings_.isChannel ? ofChannel : CallOutcome::kGone;
+  try {
+    return call();
+  } catch (const std::exception& failure) {
+    return {kind, failure.what()};
+  } catch (const CORBA::Exception& failure) {
+    return {kind, failure._name()};
+  } catch (...) {
+    return {kind, "unknown exception"};
+  }
 }
 
 bool Receiver::sent(const CallOutcome& outcome) {
@@ -233,10 +254,17 @@ void Receiver::gone(const std::string& why) {
     const std::lock_guard<std::mutex> lock(mutex_);
     unsent = waitingLocked();
   }
-  log(kLogErrors,
-      who() + " is dropped: " + why + ", " + std::to_string(unsent) + " notifications not sent");
+  try {
+    log(kLogErrors,
+        who() + " is dropped: " + why + ", " + std::to_string(unsent) + " notifications not sent");
+  } catch (const std::bad_alloc&) {
+    // It is dropped without a word.
+  }
+  changeLink(Link::kDown);
   stop();
-  onGone_();
+  if (onGone_) {
+    onGone_();
+  }
 }
 
 void Receiver::setUp() {

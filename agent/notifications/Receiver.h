@@ -80,6 +80,9 @@ class Receiver {
   bool connect();
   Work waitForWork();
   bool send();
+  CallOutcome pushHand();
+  template <typename Call>
+  CallOutcome attempt(CallOutcome::Kind ofChannel, Call call);
   bool sent(const CallOutcome& outcome);
   void emptyHand();
   void giveUpHand(const std::string& why);

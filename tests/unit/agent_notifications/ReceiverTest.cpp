@@ -4,8 +4,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <future>
 #include <map>
+#include <new>
 #include <thread>
 
 #include "agent/northbound/Log.h"
@@ -24,6 +26,7 @@ const CallOutcome kDone{};
 const CallOutcome kUnavailable{CallOutcome::kUnavailable, "no answer"};
 const CallOutcome kRefused{CallOutcome::kRefused, "too large"};
 const CallOutcome kGone{CallOutcome::kGone, "it has gone"};
+const CallOutcome kThrows{CallOutcome::kDone, "std::bad_alloc"};  // no outcome but that exception
 
 // Outlives the receiver and its sink.
 struct Script {
@@ -35,12 +38,25 @@ struct Script {
     }
     CallOutcome outcome = outcomes.front();
     outcomes.erase(outcomes.begin());
+    if (outcome.why == kThrows.why) {
+      throw std::bad_alloc();
+    }
     return outcome;
   }
 
   void setPushes(std::vector<CallOutcome> outcomes) {
     const std::lock_guard<std::mutex> lock(mutex);
     pushes = std::move(outcomes);
+  }
+
+  void setChecks(std::vector<CallOutcome> outcomes) {
+    const std::lock_guard<std::mutex> lock(mutex);
+    checks = std::move(outcomes);
+  }
+
+  bool nothingIsLeft() {
+    const std::lock_guard<std::mutex> lock(mutex);
+    return connects.empty() && pushes.empty() && checks.empty();
   }
 
   std::mutex mutex;
@@ -267,6 +283,51 @@ TEST_F(Receivers, LeaveOutWhatIsRefusedAgainAndAgain) {
   EXPECT_NE(std::string::npos,
             testing::internal::GetCapturedStderr().find(
                 "event channel host:1 refuses notification 1, it is left out: too large"));
+}
+
+TEST_F(Receivers, TryAChannelAgainWhoseCallsThrow) {
+  settings_.isChannel = true;
+  settings_.idleCheck = std::chrono::milliseconds(1);
+  script_.connects = {kThrows};
+  script_.pushes = {kDone, kThrows};
+  make();
+  offer(1, 2);
+  testing::internal::CaptureStderr();
+  receiver_->start();
+  EXPECT_TRUE(eventually([this] { return status() == "0 2 0"; }));
+  script_.setChecks({kThrows});
+  EXPECT_TRUE(eventually([this] { return script_.nothingIsLeft(); }));
+  offer(3, 3);
+  EXPECT_TRUE(eventually([this] { return status() == "0 3 0"; }));
+  Texts calls = this->calls();
+  calls.erase(std::remove(calls.begin(), calls.end(), "check"), calls.end());
+  EXPECT_EQ((Texts{"connect", "connect", "1", "2", "connect", "2", "connect", "3", "disconnect"}),
+            calls);
+  EXPECT_NE(std::string::npos,
+            testing::internal::GetCapturedStderr().find(
+                "event channel host:1 does not take notifications, they wait: std::bad_alloc"));
+}
+
+TEST_F(Receivers, LeaveOutAnEventOverWhichAChannelThrowsAgainAndAgain) {
+  settings_.isChannel = true;
+  script_.pushes = std::vector<CallOutcome>(5, kThrows);
+  make();
+  offer(1, 2);
+  receiver_->start();
+  EXPECT_TRUE(eventually([this] { return status() == "0 1 1"; }));
+}
+
+TEST_F(Receivers, AreDroppedWhenTheirSinkThrows) {
+  script_.pushes = {kDone, kThrows};
+  make();
+  offer(1, 3);
+  testing::internal::CaptureStderr();
+  receiver_->start();
+  EXPECT_TRUE(gone_.wait());
+  EXPECT_EQ((Texts{"connect", "1", "2"}), calls());
+  EXPECT_NE(std::string::npos,
+            testing::internal::GetCapturedStderr().find(
+                "subscriber host:1 is dropped: std::bad_alloc, 2 notifications not sent"));
 }
 
 TEST_F(Receivers, CountTheRefusalsOfEachNotificationAlone) {
