@@ -313,6 +313,87 @@ TEST(Notification, ThatWaitsWhenTheAgentEndsIsSent) {
   EXPECT_EQ(20U, listener.inbox().all().size());
 }
 
+// --- The console, by topoctl.
+
+TEST(Console, ChangesTheNetworkReloadsTheModuleAndSaysHowTheAgentIs) {
+  const RunningAgent agent({"--ems-name", "E"});
+  const Watcher watcher(agent);
+  const auto run = [&](std::vector<std::string> command) {
+    command.insert(command.begin(), {"--ior-file", agent.iorFile()});
+    const support::Ended ended = runTopoctl(command);
+    EXPECT_EQ(0, ended.status) << ended.err;
+  };
+  run({"node", "create", "core", "--name", "Core"});
+  run({"node", "rename", "core", "Kern"});
+  run({"test-switch", "on"});
+  run({"module", "reload"});
+  run({"node", "create", "edge", "--name", "Edge", "--parent", "core"});
+  const json status = records(agent, {"status"});
+  EXPECT_EQ("MS_LOADED", status["moduleState"]);
+  EXPECT_EQ(2, status["moduleLoads"]);
+  EXPECT_EQ(true, status["testSwitch"]);
+  EXPECT_EQ(2, status["topoNodes"]);
+  EXPECT_EQ(0, status["iterators"]);
+  EXPECT_EQ(3, status["subscriptions"]);
+  EXPECT_EQ(0, status["eventsDropped"]);
+  EXPECT_EQ(0, status["subscribersDropped"]);
+  ASSERT_EQ(1U, status["receivers"].size());
+  EXPECT_EQ(false, status["receivers"][0]["isChannel"]);
+  EXPECT_EQ(0, status["receivers"][0]["lost"]);
+  run({"node", "delete", "core"});
+  EXPECT_EQ(0, records(agent, {"status"})["topoNodes"]);
+}
+
+// --- An event channel passes events on.
+
+// Names of fields, with their values where these are texts.
+std::vector<std::string> fieldTexts(const CosNotification::StructuredEvent& event) {
+  std::vector<std::string> texts;
+  for (const std::string& name : fieldNames(event)) {
+    const char* text = nullptr;
+    const bool isText = *field(event, name) >>= text;
+    texts.push_back(name + "=" + (isText ? text : ""));
+  }
+  return texts;
+}
+
+void expectSameFields(const CosNotification::StructuredEvent& expected,
+                      const CosNotification::StructuredEvent& event) {
+  EXPECT_STREQ(expected.header.fixed_header.event_type.domain_name,
+               event.header.fixed_header.event_type.domain_name);
+  EXPECT_STREQ(expected.header.fixed_header.event_name, event.header.fixed_header.event_name);
+  ASSERT_EQ(fieldTexts(expected), fieldTexts(event));
+  for (const std::string& name : fieldNames(event)) {
+    const CORBA::TypeCode_var type = field(event, name)->type();
+    const CORBA::TypeCode_var expectedType = field(expected, name)->type();
+    EXPECT_TRUE(type->equivalent(expectedType.in())) << name;
+  }
+  const CORBA::TypeCode_var body = event.remainder_of_body.type();
+  const CORBA::TypeCode_var expectedBody = expected.remainder_of_body.type();
+  EXPECT_TRUE(body->equivalent(expectedBody.in()));
+}
+
+// What a channel passes on is what a subscriber gets.
+void expectSameEvents(Client& client, ChannelListener& listener, const std::string& channel) {
+  RunningAgent agent({"--ems-name", "E", "--event-channel", channel});
+  DirectListener direct(client, client.session(agent));
+  makeChanges(agent);
+  EXPECT_EQ(expectedChanges(), typesAndObjects(direct.inbox().waitForCount(5)));
+  EXPECT_EQ(expectedChanges(), typesAndObjects(listener.inbox().waitForCount(5)));
+  for (std::size_t i = 0; i < 5; ++i) {
+    SCOPED_TRACE(i);
+    expectSameFields(direct.inbox().events()[i], listener.inbox().events()[i]);
+    EXPECT_EQ(direct.inbox().all()[i].name, listener.inbox().all()[i].name);
+  }
+}
+
+TEST(EventChannel, PassesOnTheFieldsThatASubscriberGets) {
+  Client client;
+  EventService events;
+  ChannelListener listener(client, events.channel(client));
+  expectSameEvents(client, listener, events.reference());
+}
+
 // --- The event channel goes and comes back.
 
 TEST(EventChannel, ThatWasAwayHearsWhatItLost) {
@@ -403,30 +484,6 @@ void waitUntilSentToTheChannel(const TopoAgent::Console_I_var& console, std::uin
   }
 }
 
-// Names of fields, with their values where these are texts.
-std::vector<std::string> fieldTexts(const CosNotification::StructuredEvent& event) {
-  std::vector<std::string> texts;
-  for (const std::string& name : fieldNames(event)) {
-    const char* text = nullptr;
-    const bool isText = *field(event, name) >>= text;
-    texts.push_back(name + "=" + (isText ? text : ""));
-  }
-  return texts;
-}
-
-void expectSameFields(const CosNotification::StructuredEvent& expected,
-                      const CosNotification::StructuredEvent& event) {
-  EXPECT_STREQ(expected.header.fixed_header.event_type.domain_name,
-               event.header.fixed_header.event_type.domain_name);
-  EXPECT_STREQ(expected.header.fixed_header.event_name, event.header.fixed_header.event_name);
-  ASSERT_EQ(fieldTexts(expected), fieldTexts(event));
-  for (const std::string& name : fieldNames(event)) {
-    const CORBA::TypeCode_var type = field(event, name)->type();
-    const CORBA::TypeCode_var expectedType = field(expected, name)->type();
-    EXPECT_TRUE(type->equivalent(expectedType.in())) << name;
-  }
-}
-
 class ThroughANotificationService : public testing::Test {
  protected:
   void SetUp() override {
@@ -452,15 +509,7 @@ TEST_F(ThroughANotificationService, EventsTellTheVendorWithTheTestSwitchOn) {
 
 TEST_F(ThroughANotificationService, EventsHaveTheFieldsThatASubscriberGets) {
   ChannelListener listener(client_, service_->channel());
-  RunningAgent agent({"--ems-name", "E", "--event-channel", service_->reference()});
-  DirectListener direct(client_, client_.session(agent));
-  makeChanges(agent);
-  EXPECT_EQ(expectedChanges(), typesAndObjects(direct.inbox().waitForCount(5)));
-  EXPECT_EQ(expectedChanges(), typesAndObjects(listener.inbox().waitForCount(5)));
-  for (std::size_t i = 0; i < 5; ++i) {
-    SCOPED_TRACE(i);
-    expectSameFields(direct.inbox().events()[i], listener.inbox().events()[i]);
-  }
+  expectSameEvents(client_, listener, service_->reference());
 }
 
 TEST_F(ThroughANotificationService, EventsWaitUntilItsNewChannelHasTheNameOfTheOldOne) {

@@ -53,6 +53,11 @@ TEST_F(Notifiers, SendWhatTheContractIsTold) {
   notifier_.reset();
 }
 
+TEST(NotifierOptions, GiveAReceiverThreeSecondsAndRoomForTenThousand) {
+  EXPECT_EQ(std::chrono::seconds(3), agent::NotifierOptions().pushTimeout);
+  EXPECT_EQ(10000U, agent::NotifierOptions().queueLimit);
+}
+
 TEST_F(Notifiers, TellTheTimeOfTheirClock) {
   start();
   publish(1);

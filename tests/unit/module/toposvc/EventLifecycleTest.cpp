@@ -369,6 +369,10 @@ TEST_F(TopoServiceLabels, LetPassWhateverTheDomainRaises) {
     EXPECT_THROW(init(), ProcessException) << call;
     fakes::onCall(call, 2, fakes::raiseRuntimeError("broken"));
     EXPECT_THROW(init(), std::runtime_error) << call;
+    fakes::onCall(call, 3, fakes::raiseBadAlloc());
+    EXPECT_THROW(init(), std::bad_alloc) << call;
+    fakes::onCall(call, 4, fakes::raiseTransient());
+    EXPECT_THROW(init(), CORBA::TRANSIENT) << call;
     EXPECT_EQ(newIdentifiers(), Texts{}) << call;
     EXPECT_NE(fakes::registeredFactory("TopoManagement"), nullptr) << call;
   }
