@@ -284,6 +284,39 @@ TEST_F(Channels, WhoseNamingServiceIsSilentDoNotHoldUpTheEnd) {
   EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(2000));
 }
 
+TEST_F(Channels, ThatDoNotAnswerAStepInTimeAreTriedAgain) {
+  options_.pushTimeout = std::chrono::milliseconds(100);
+  WirePeer peer("for_suppliers", std::vector<WirePeer::Act>(9, WirePeer::Act::kIgnore));
+  options_.channel = peer.reference();
+  start();
+  EXPECT_LE(2U, peer.requests().waitFor(2).size());
+  notifier_.reset();
+}
+
+TEST_F(Channels, WhoseAdministratorDoesNotAnswerInTimeAreTriedAgain) {
+  options_.pushTimeout = std::chrono::milliseconds(100);
+  WirePeer peer("obtain_push_consumer", std::vector<WirePeer::Act>(9, WirePeer::Act::kIgnore));
+  channel_.useAdmin(peer.reference(), orb());
+  open();
+  start();
+  EXPECT_LE(2U, peer.requests().waitFor(2).size());
+  notifier_.reset();
+}
+
+TEST_F(Channels, ThatDoNotAnswerTheFarewellDoNotHoldUpTheEnd) {
+  options_.pushTimeout = kNever;
+  WirePeer peer("disconnect_push_consumer", {WirePeer::Act::kIgnore});
+  channel_.useProxy(peer.reference(), orb());
+  open();
+  start();
+  publish(1);
+  EXPECT_TRUE(becomes({"channel 0 1 0"}));
+  const auto begin = std::chrono::steady_clock::now();
+  notifier_.reset();
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(3));
+  EXPECT_EQ(Texts{"ignored"}, peer.requests().all());
+}
+
 // The first proxy is at another address than the channel, as one of before the channel moved.
 class ChannelsWithAName : public Channels {
  protected:
@@ -326,6 +359,14 @@ TEST_F(ChannelsWithAName, AreFoundAtTheirNewAddressWhenTheOldOneIsDead) {
   EXPECT_EQ((Texts{"connect 1", "1: 2", "1: 3"}), pushes(3));
   EXPECT_TRUE(becomes({"channel 0 3 0"}));
   EXPECT_EQ((Texts{here_, there, there, here_}), names_->resolved.all());
+}
+
+TEST_F(ChannelsWithAName, AreAskedForByTheNameThatTheirReferenceEscapes) {
+  options_.channel += "%20%2fof%20all";
+  names_->leadTo({here_});
+  start();
+  EXPECT_EQ((Texts{"connect 1"}), pushes(1));
+  EXPECT_EQ((Texts{"TopoEvents /of all"}), names_->asked.all());
 }
 
 TEST_F(ChannelsWithAName, AreFoundAtTheirNewAddressWhenTheOldOneIsSilent) {

@@ -99,6 +99,11 @@ CosEventChannelAdmin::SupplierAdmin_ptr FakeChannel::admin() {
   return CosEventChannelAdmin::SupplierAdmin::_duplicate(admin_);
 }
 
+void FakeChannel::useAdmin(const std::string& reference, CORBA::ORB_ptr orb) {
+  const CORBA::Object_var object = orb->string_to_object(reference.c_str());
+  admin_ = CosEventChannelAdmin::SupplierAdmin::_unchecked_narrow(object);
+}
+
 void FakeChannel::useProxy(const std::string& reference, CORBA::ORB_ptr orb) {
   const CORBA::Object_var object = orb->string_to_object(reference.c_str());
   const std::lock_guard<std::mutex> lock(mutex_);

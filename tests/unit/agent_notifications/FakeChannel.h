@@ -35,6 +35,9 @@ class FakeChannel {
   // As a channel that started again without them: their keys belong to other objects.
   void giveKeysOfProxiesAway();
 
+  // Hands out this reference as its administrator of suppliers. REQUIRES: it is not served yet.
+  void useAdmin(const std::string& reference, CORBA::ORB_ptr orb);
+
   // Hands out this reference as its proxies.
   void useProxy(const std::string& reference, CORBA::ORB_ptr orb);
 

@@ -26,10 +26,12 @@ class FakeNames final : public support::ResolvingNames {
     places_ = std::move(places);
   }
 
-  // Where the name led, one text a resolve.
+  // Where the name led, one text a resolve, and the name.
   Record resolved;
+  Record asked;
 
-  CORBA::Object_ptr resolve_str(const char* /*name*/) override {
+  CORBA::Object_ptr resolve_str(const char* name) override {
+    asked.add(name);
     const std::string place = next();
     resolved.add(place);
     if (place.empty()) {
