@@ -81,14 +81,12 @@ char* duplicate(const std::string& text) {
   return copy;
 }
 
-NVSList_T listOf(const InfoPairs& pairs) {
-  NVSList_T list;
+void fill(NVSList_T& list, const InfoPairs& pairs) {
   list.length(static_cast<CORBA::ULong>(pairs.size()));
   for (CORBA::ULong i = 0; i < list.length(); ++i) {
     list[i].name = duplicate(pairs[i].first);
     list[i].value = duplicate(pairs[i].second);
   }
-  return list;
 }
 
 void requireRoom(const InfoPairs& pairs, const NVSList_T& object) {
@@ -152,7 +150,7 @@ Outcome AttributeService::setAdditionalInfo(const NVSList_T& name, NVSList_T& pa
       NVSList_T stored;
       change.store().mergeAdditionalInfo(key, changes, [&](const InfoPairs& merged) {
         requireRoom(merged, name);
-        stored = listOf(merged);
+        fill(stored, merged);
       });
       moveInto(pairs, stored);
     };

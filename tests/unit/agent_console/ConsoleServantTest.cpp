@@ -137,6 +137,16 @@ TEST_F(AgentConsole, CreatesAnElementBelowAnElement) {
   EXPECT_EQ(1U, nodes()[1].parentType);
 }
 
+TEST_F(AgentConsole, CreatesAnElementBelowASubnetwork) {
+  console_.createNode(newNode("core", ""));
+  TopoAgent::NewNode_T shelf = newNode("NE=1", "core");
+  shelf.kind = TopoAgent::NK_ELEMENT;
+  console_.createNode(shelf);
+  ASSERT_EQ(2U, nodes().size());
+  EXPECT_EQ(1U, nodes()[1].nodeType);
+  EXPECT_EQ(2U, nodes()[1].parentType);
+}
+
 TEST_F(AgentConsole, RefusesANodeThatIsThereAlready) {
   console_.createNode(newNode("core", ""));
   EXPECT_THAT(refusalOf([&] { console_.createNode(newNode("core", "")); }),

@@ -256,6 +256,104 @@ TEST_F(EventManagerTest, LosesTheOldestEventsOfAHandlerWhoseQueueIsFull) {
   EXPECT_EQ(0U, manager.status().queued);
 }
 
+TEST_F(EventManagerTest, BoundsTheQueueOfEveryHandler) {
+  Blocked first;
+  Blocked second;
+  EventManager manager(1);
+  subscribe(manager, first.handler, {kCreated});
+  subscribe(manager, second.handler, {kCreated});
+  manager.raise(kCreated, node("0"));
+  first.waitUntilInside();
+  second.waitUntilInside();
+  for (const char* id : {"1", "2", "3"}) {
+    manager.raise(kCreated, node(id));
+  }
+  EXPECT_EQ(2U, manager.status().queued);
+  EXPECT_EQ(4U, manager.status().dropped);
+  EXPECT_EQ(1U, takeLogLines().size());
+  first.letGo();
+  second.letGo();
+  EXPECT_TRUE(manager.flush(kLong));
+  EXPECT_THAT(first.handler.events(), ElementsAre("372 0", "372 3"));
+  EXPECT_THAT(second.handler.events(), ElementsAre("372 0", "372 3"));
+}
+
+// One is full and the other, whichever is looked at last, is not.
+TEST_F(EventManagerTest, LogsThatAQueueIsFullWhateverTheOthersAre) {
+  for (const bool firstIsSlow : {true, false}) {
+    std::array<Blocked, 2> handlers;
+    EventManager manager(2);
+    for (Blocked& each : handlers) {
+      subscribe(manager, each.handler, {kCreated});
+    }
+    Blocked& slow = handlers[firstIsSlow ? 0 : 1];
+    subscribe(manager, slow.handler, {kDeleted});
+    manager.raise(kCreated, node("0"));
+    for (Blocked& each : handlers) {
+      each.waitUntilInside();
+    }
+    manager.raise(kDeleted, node("1"));
+    manager.raise(kDeleted, node("2"));
+    EXPECT_THAT(takeLogLines(), IsEmpty());
+    manager.raise(kCreated, node("3"));
+    EXPECT_EQ(1U, takeLogLines().size());
+    handlers[0].letGo();
+    handlers[1].letGo();
+    EXPECT_TRUE(manager.flush(kLong));
+  }
+}
+
+TEST_F(EventManagerTest, RemembersWhatNobodyHeardThoughLaterEventsAreHeard) {
+  int told = 0;
+  Recorder handler;
+  EventManager manager(EventManager::kDefaultQueueLimit, [&] { ++told; });
+  manager.raise(kCreated, node("unheard"));
+  EXPECT_EQ(0, told);
+  subscribe(manager, handler, {kChanged});
+  EXPECT_EQ(1, told);
+  manager.raise(kCreated, node("unheard"));
+  manager.raise(kChanged, node("heard"));
+  subscribe(manager, handler, {kDeleted});
+  EXPECT_EQ(2, told);
+  manager.raise(kChanged, node("heard"));
+  subscribe(manager, handler, {kCreated});
+  EXPECT_EQ(2, told);
+}
+
+TEST_F(EventManagerTest, MayBeAskedByWhoIsToldOfLostEvents) {
+  Blocked slow;
+  std::atomic<int> told{0};
+  const EventManager* asked = nullptr;
+  EventManager manager(1, [&] {
+    asked->status();
+    ++told;
+  });
+  asked = &manager;
+  manager.raise(kCreated, node("unheard"));
+  subscribe(manager, slow.handler, {kCreated, kDeleted});
+  EXPECT_EQ(1, told);
+  manager.raise(kCreated, node("0"));
+  slow.waitUntilInside();
+  manager.raise(kCreated, node("1"));
+  manager.raise(kCreated, node("2"));
+  slow.letGo();
+  EXPECT_TRUE(manager.flush(kLong));
+  EXPECT_EQ(2, told);
+  unsubscribe(manager, slow.handler, {kCreated, kDeleted});
+  Blocked leaving;
+  subscribe(manager, leaving.handler, {kCreated, kDeleted});
+  manager.raise(kCreated, node("3"));
+  leaving.waitUntilInside();
+  manager.raise(kDeleted, node("4"));
+  std::thread letGo([&] {
+    awaitStatus(manager, &EventManager::Status::queued, std::size_t{0});
+    leaving.letGo();
+  });
+  unsubscribe(manager, leaving.handler, {kDeleted});
+  letGo.join();
+  EXPECT_EQ(3, told);
+}
+
 TEST_F(EventManagerTest, TellsOfLostEventsOnceBeforeTheNextIsHandled) {
   std::vector<std::string> told;
   Gate inside;

@@ -140,6 +140,15 @@ TEST_F(Channels, GiveANewProxyForOneThatIsGone) {
   EXPECT_EQ((Texts{"connect 1", "1: 1", "connect 2", "2: 2"}), pushes(4));
 }
 
+TEST_F(Channels, GiveANewProxyForOneThatIsGoneWhileThereIsNoEvent) {
+  options_.idleCheck = std::chrono::milliseconds(1);
+  open();
+  start();
+  pushes(1);
+  channel_.forgetProxies();
+  EXPECT_EQ((Texts{"connect 1", "connect 2"}), pushes(2));
+}
+
 TEST_F(Channels, GiveANewProxyForOneThatIsDisconnected) {
   open();
   std::atomic<bool> first{true};
@@ -252,6 +261,7 @@ TEST_F(Channels, GetAnEventAgainThatTheyDidNotAnswerInTime) {
 }
 
 TEST_F(Channels, GetAnEventOnceMoreWhenTheyClosedTheConnection) {
+  options_.firstBackOff = kNever;  // so that it is not tried again after a failure
   WirePeer peer("push", {WirePeer::Act::kAnswer, WirePeer::Act::kClose});
   channel_.useProxy(peer.reference(), orb());
   open();

@@ -285,6 +285,25 @@ TEST_F(Receivers, LeaveOutWhatIsRefusedAgainAndAgain) {
                 "event channel host:1 refuses notification 1, it is left out: too large"));
 }
 
+TEST_F(Receivers, LeaveOutANotificationAndThenTheWordOfIt) {
+  settings_.isChannel = true;
+  script_.pushes = std::vector<CallOutcome>(10, kRefused);
+  make();
+  offer(1, 2);
+  testing::internal::CaptureStderr();
+  receiver_->start();
+  EXPECT_TRUE(eventually([this] { return status() == "0 1 1"; }));
+  Texts wanted;
+  for (int i = 0; i < 10; ++i) {
+    wanted.insert(wanted.end(), {"connect", i < 5 ? "1" : "lost 1-1 1"});
+  }
+  wanted.insert(wanted.end(), {"connect", "2", "disconnect"});
+  EXPECT_EQ(wanted, calls());
+  EXPECT_NE(std::string::npos,
+            testing::internal::GetCapturedStderr().find(
+                "refuses word of lost notifications, it is left out: too large"));
+}
+
 TEST_F(Receivers, TryAChannelAgainWhoseCallsThrow) {
   settings_.isChannel = true;
   settings_.idleCheck = std::chrono::milliseconds(1);

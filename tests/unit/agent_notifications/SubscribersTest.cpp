@@ -226,6 +226,38 @@ TEST_F(Subscribers, WhoHearNothingAreLookedFor) {
   EXPECT_TRUE(eventually([&] { return !stands(lost); }));
 }
 
+TEST_F(Subscribers, WhoCloseTheConnectionWhileTheyHearNothingStay) {
+  options_.idleCheck = std::chrono::milliseconds(5);
+  start();
+  WirePeer peer("_non_existent", {Act::kClose});
+  const auto kept = subscribePeer(peer);
+  Texts asked = peer.requests().waitFor(3);
+  asked.resize(3);
+  EXPECT_EQ((Texts{"closed", "answered", "answered"}), asked);
+  EXPECT_TRUE(stands(kept));
+}
+
+TEST_F(Subscribers, WhoCloseTheConnectionTwiceWhileTheyHearNothingAreDropped) {
+  options_.idleCheck = std::chrono::milliseconds(5);
+  start();
+  WirePeer peer("_non_existent", {Act::kClose, Act::kClose});
+  const auto lost = subscribePeer(peer);
+  EXPECT_TRUE(eventually([&] { return !stands(lost); }));
+  EXPECT_EQ(Texts(2, "closed"), peer.requests().all());
+}
+
+TEST_F(Subscribers, WhoHearNothingAndDoNotExistAreDropped) {
+  options_.idleCheck = std::chrono::milliseconds(5);
+  start();
+  testing::internal::CaptureStderr();
+  const auto lost = notifier_->subscribe(
+      consumerAt("corbaloc:iiop:1.2@" + orb::format(server_->endpoint()) + "/Nothing"), "");
+  const TopoAgent::Subscription_I_var subscription = lost;
+  EXPECT_TRUE(eventually([&] { return !stands(subscription); }));
+  EXPECT_NE(std::string::npos, testing::internal::GetCapturedStderr().find(
+                                   "is dropped: the consumer does not exist any more"));
+}
+
 TEST_F(Subscribers, EndWithTheNotifier) {
   start();
   const ServedConsumer consumer = makeConsumer();
