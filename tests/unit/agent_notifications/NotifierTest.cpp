@@ -4,6 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <memory>
+#include <new>
 #include <thread>
 
 #include "agent/notifications/SessionServant.h"
@@ -261,6 +264,25 @@ TEST_F(Notifiers, TellWhatIsMissedWhileNoIdsCanBeReserved) {
   const std::string line = "no ids for notifications can be reserved: disk full";
   EXPECT_NE(std::string::npos, log.find(line));
   EXPECT_EQ(log.find(line), log.rfind(line));
+  notifier_.reset();
+}
+
+TEST_F(Notifiers, TellOfOneForWhichThereWasNoMemoryInItsPlace) {
+  std::atomic<bool> failing{false};
+  notifier_ = std::make_unique<agent::Notifier>(*server_, options_, reservation_.function(), [&] {
+    if (failing.exchange(false)) {
+      throw std::bad_alloc();
+    }
+    return someTime();
+  });
+  ServedConsumer consumer = makeConsumer();
+  subscribe(consumer);
+  publish(1);
+  failing = true;
+  EXPECT_THROW(publish(1), std::bad_alloc);
+  publish(1);
+  EXPECT_EQ((Texts{"1", "lost 2-2 1", "3"}), consumer.received().waitFor(3));
+  EXPECT_EQ(2U, notifier_->status().notifications);
   notifier_.reset();
 }
 

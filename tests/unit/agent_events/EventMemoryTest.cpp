@@ -1,0 +1,52 @@
+// Events for which there is no memory.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <new>
+
+#include "Handlers.h"
+#include "fakes/FailingNew.h"
+
+namespace {
+
+using agent::EventManager;
+using events::kChanged;
+using events::kCreated;
+using events::kLong;
+using events::node;
+using events::Recorder;
+using events::subscribe;
+
+// Raises with one allocation more at each time, until it works.
+TEST(EventMemory, EventsWithoutMemoryAreToldAsLostBeforeTheNext) {
+  Recorder handler;
+  Recorder other;
+  std::atomic<int> told{0};
+  EventManager manager(EventManager::kDefaultQueueLimit, [&] { ++told; });
+  subscribe(manager, handler, {kCreated});
+  subscribe(manager, other, {kChanged});
+  int failures = 0;
+  for (bool failed = true; failed;) {
+    failed = false;
+    auto nodes = node("a node with an id that needs memory");
+    try {
+      const fakes::FailingNew failing(failures);
+      manager.raise(kCreated, std::move(nodes));
+    } catch (const std::bad_alloc&) {
+      failed = true;
+      ++failures;
+    }
+    manager.raise(kChanged, node("of others"));
+    EXPECT_TRUE(manager.flush(kLong));
+    EXPECT_EQ(failures - (failed ? 1 : 0), told);
+    manager.raise(kCreated, node("next"));
+    EXPECT_TRUE(manager.flush(kLong));
+    ASSERT_EQ(failures, told);
+  }
+  EXPECT_LT(0, failures);
+  EXPECT_EQ(static_cast<std::size_t>(failures) + 2, handler.events().size());
+}
+
+}  // namespace
