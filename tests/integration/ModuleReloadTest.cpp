@@ -8,6 +8,7 @@
 #include <thread>
 
 #include "agent/Agent.h"
+#include "agent/ModuleControl.h"
 #include "agent/Publication.h"
 #include "agent/bundle/ModuleLoader.h"
 #include "agent/events/EventManager.h"
@@ -18,6 +19,7 @@
 #include "orb/idl/TopoManagementManager.h"
 #include "platform/bundlemgr/ServiceInterface.h"
 #include "tests/support/TemporaryDirectory.h"
+#include "tests/unit/agent_events/Handlers.h"
 
 namespace {
 
@@ -99,6 +101,64 @@ TEST(ModuleReload, UndoesAStartThatFailsAtItsEnd) {
   host.northbound().retire();
   loader.unload();
   EXPECT_FALSE(mapped());
+}
+
+// What an agent controls the module with.
+class ModuleControls : public testing::Test {
+ protected:
+  using State = agent::ModuleControl::State;
+
+  ModuleHost host_;
+  agent::NetworkStore store_{agent::NetworkStore::kInMemory};
+  agent::NetworkModel model_{agent::Network()};
+  agent::NetworkWriter writer_{store_, model_};
+  agent::ModuleControl control_{"TopoManagement", TOPO_MODULE, writer_, host_.events(),
+                                host_.northbound()};
+};
+
+TEST_F(ModuleControls, HaveTheModuleOutAndMissingAfterItsUnload) {
+  EXPECT_EQ(State::kMissing, control_.state());
+  control_.load();
+  EXPECT_EQ(State::kLoaded, control_.state());
+  EXPECT_EQ(7U, host_.capabilities());
+  control_.unload();
+  EXPECT_EQ(State::kMissing, control_.state());
+  EXPECT_FALSE(host_.northbound().managers().serving("TopoManagement"));
+  EXPECT_FALSE(mapped());
+  EXPECT_EQ(1U, control_.loads());
+}
+
+TEST_F(ModuleControls, SayThatTheyReloadWhileAnEventIsWaitedFor) {
+  control_.load();
+  events::Blocked slow;
+  host_.events().Subscribe(&slow.handler, events::kCreated, 0, 0);
+  host_.events().raise(events::kCreated, {});
+  slow.waitUntilInside();
+  std::future<void> reload = std::async(std::launch::async, [this] { control_.reload(); });
+  while (control_.state() == State::kLoaded) {
+    std::this_thread::yield();
+  }
+  EXPECT_EQ(State::kReloading, control_.state());
+  slow.letGo();
+  reload.get();
+  EXPECT_EQ(State::kLoaded, control_.state());
+  EXPECT_EQ(2U, control_.loads());
+  host_.events().UnSubscribe(&slow.handler, events::kCreated);
+}
+
+TEST_F(ModuleControls, TakeTurns) {
+  control_.load();
+  const auto reload = [this] {
+    for (int i = 0; i < 10; ++i) {
+      control_.reload();
+    }
+  };
+  std::thread other(reload);
+  reload();
+  other.join();
+  EXPECT_EQ(State::kLoaded, control_.state());
+  EXPECT_EQ(21U, control_.loads());
+  EXPECT_EQ(7U, host_.capabilities());
 }
 
 // A manager whose one operation lasts until it is told to end.
