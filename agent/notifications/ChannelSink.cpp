@@ -1,7 +1,10 @@
 #include "agent/notifications/ChannelSink.h"
 
 #include <algorithm>
+#include <charconv>
+#include <optional>
 #include <stdexcept>
+#include <string_view>
 #include <utility>
 
 #include "agent/notifications/Calls.h"
@@ -30,18 +33,23 @@ bool isCorbaname(const std::string& reference) {
   return reference.compare(0, kCorbaname.size(), kCorbaname) == 0;
 }
 
+// The octet that "%41" stands for at the beginning of a text; nothing when it begins otherwise.
+std::optional<char> escapedOctet(std::string_view text) {
+  unsigned char code = 0;
+  if (text.size() < 3 || text[0] != '%' ||
+      std::from_chars(&text[1], text.data() + 3, code, 16).ptr != text.data() + 3) {
+    return std::nullopt;
+  }
+  return static_cast<char>(code);
+}
+
 // Names in a corbaname are escaped as in an URL.
-std::string unescaped(const std::string& text) {
+std::string unescaped(std::string_view text) {
   std::string result;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    unsigned code = 0;
-    if (text[i] == '%' && i + 2 < text.size() &&
-        std::sscanf(text.substr(i + 1, 2).c_str(), "%2x", &code) == 1) {
-      result += static_cast<char>(code);
-      i += 2;
-    } else {
-      result += text[i];
-    }
+  while (!text.empty()) {
+    const std::optional<char> octet = escapedOctet(text);
+    result += octet.value_or(text[0]);
+    text.remove_prefix(octet ? 3 : 1);
   }
   return result;
 }

@@ -7,6 +7,7 @@
 #include <memory>
 #include <thread>
 
+#include "agent/notifications/ChannelSink.h"
 #include "tests/unit/agent_notifications/FakeChannel.h"
 #include "tests/unit/agent_notifications/FakeNames.h"
 #include "tests/unit/agent_notifications/Fixture.h"
@@ -372,11 +373,27 @@ TEST_F(ChannelsWithAName, AreFoundAtTheirNewAddressWhenTheOldOneIsDead) {
 }
 
 TEST_F(ChannelsWithAName, AreAskedForByTheNameThatTheirReferenceEscapes) {
-  options_.channel += "%20%2fof%20all";
+  const std::string service = options_.channel.substr(0, options_.channel.find('#'));
+  const std::pair<const char*, const char*> names[] = {
+      {"#a%20%2fb", "a /b"}, {"#%41", "A"}, {"#x%4ay", "xJy"}, {"#x%4Ay", "xJy"},
+      {"#a%4", "a%4"},       {"#a%", "a%"}, {"#%zz", "%zz"},   {"#%4z", "%4z"},
+      {"#a#b", "a#b"},       {"#", ""},     {"", ""}};
   names_->leadTo({here_});
-  start();
-  EXPECT_EQ((Texts{"connect 1"}), pushes(1));
-  EXPECT_EQ((Texts{"TopoEvents /of all"}), names_->asked.all());
+  Texts wanted;
+  for (const auto& [escaped, name] : names) {
+    options_.channel = service + escaped;
+    wanted.emplace_back(name);
+    start();
+    EXPECT_EQ(wanted, names_->asked.waitFor(wanted.size())) << escaped;
+    notifier_.reset();
+  }
+}
+
+// The log and the status show them.
+TEST_F(ChannelsWithAName, AreNamedByTheBeginningOfALongReference) {
+  const std::string longest = "corbaname:" + std::string(90, 'x');
+  EXPECT_EQ(longest, agent::ChannelSink::nameOf(orb(), longest));
+  EXPECT_EQ(longest + "...", agent::ChannelSink::nameOf(orb(), longest + "y"));
 }
 
 TEST_F(ChannelsWithAName, AreFoundAtTheirNewAddressWhenTheOldOneIsSilent) {
