@@ -289,7 +289,7 @@ void EventManager::tellLost() const noexcept {
       tellLost_();
     }
   } catch (...) {
-    // The log and the count say it.
+    // There is nothing left to try.
   }
 }
 

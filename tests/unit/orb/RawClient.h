@@ -70,6 +70,17 @@ class Message {
   std::string bytes_;
 };
 
+// A GIOP 1.0 request, number 1, up to its parameters.
+inline Message requestTo(const std::string& key, const std::string& operation) {
+  return Message(0, Message::Type::kRequest, false)
+      .number(0)  // service contexts
+      .number(1)
+      .octet(1)  // a reply is expected
+      .octets(key)
+      .text(operation)
+      .number(0);  // principal
+}
+
 class RawClient {
  public:
   explicit RawClient(const orb::Endpoint& endpoint) : socket_(socket(AF_INET, SOCK_STREAM, 0)) {

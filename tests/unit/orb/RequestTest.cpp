@@ -11,8 +11,8 @@ namespace {
 
 using orb_tests::Answering;
 using orb_tests::lengthOf;
-using orb_tests::Message;
 using orb_tests::RawClient;
+using orb_tests::requestTo;
 
 class Requests : public testing::Test {
  protected:
@@ -77,18 +77,6 @@ TEST_F(Requests, MayCarryReferencesWithUnknownProfiles) {
   EXPECT_EQ(7U, lengthOf(object.in()));
 }
 
-// A GIOP 1.0 request for the length.
-std::string requestTo(const std::string& key) {
-  return Message(0, Message::Type::kRequest, false)
-      .number(0)  // service contexts
-      .number(1)
-      .octet(1)  // a reply is expected
-      .octets(key)
-      .text("getLength")
-      .number(0)  // principal
-      .bytes();
-}
-
 TEST_F(Requests, AreObservedWithTheirKeys) {
   const PortableServer::ServantBase_var other = new Answering(8);
   const PortableServer::ObjectId_var id = server_->rootPoa()->activate_object(other.in());
@@ -97,12 +85,12 @@ TEST_F(Requests, AreObservedWithTheirKeys) {
   observe();
   const RawClient client(server_->endpoint());
   for (const std::string& target : {std::string("Key"), key}) {
-    ASSERT_TRUE(client.send(requestTo(target)));
+    ASSERT_TRUE(client.send(requestTo(target, "getLength").bytes()));
     EXPECT_TRUE(client.answer());
   }
   EXPECT_EQ((std::vector<std::string>{"Key", key}), observed());
   server_->observeRequests(nullptr);
-  ASSERT_TRUE(client.send(requestTo("Key")));
+  ASSERT_TRUE(client.send(requestTo("Key", "getLength").bytes()));
   EXPECT_TRUE(client.answer());
   EXPECT_EQ(2U, observed().size());
 }

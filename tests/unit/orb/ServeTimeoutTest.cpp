@@ -9,8 +9,8 @@
 
 namespace {
 
-using orb_tests::Message;
 using orb_tests::RawClient;
+using orb_tests::requestTo;
 
 // Answers each batch with more than the buffers of a connection hold.
 class Lavish final : public POA_TopoManagementManager::NodeIterator_I {
@@ -35,19 +35,6 @@ class Lavish final : public POA_TopoManagementManager::NodeIterator_I {
   std::promise<void> asked_;
 };
 
-// Request 1 for a batch of one.
-std::string requestTo(const std::string& key) {
-  return Message(0, Message::Type::kRequest, false)
-      .number(0)  // service contexts
-      .number(1)
-      .octet(1)  // a reply is expected
-      .octets(key)
-      .text("next_n")
-      .number(0)  // principal
-      .number(1)
-      .bytes();
-}
-
 TEST(ServeTimeout, EndsTheReplyToAClientThatDoesNotRead) {
   orb::Options options;
   options.serveTimeout = std::chrono::milliseconds(300);
@@ -57,7 +44,7 @@ TEST(ServeTimeout, EndsTheReplyToAClientThatDoesNotRead) {
   const CORBA::Object_var published = object->publish(servant.in());
   std::future<void> asked = servant->asked();
   const RawClient client(server->endpoint());
-  ASSERT_TRUE(client.send(requestTo("Key")));
+  ASSERT_TRUE(client.send(requestTo("Key", "next_n").number(1).bytes()));
   asked.wait();
   const auto begin = std::chrono::steady_clock::now();
   object->retire();  // returns when the reply is sent or given up
