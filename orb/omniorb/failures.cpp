@@ -1,0 +1,64 @@
+// What the ORB's exceptions mean.
+
+#include "orb/orb.h"
+
+#include <omniORB4/minorCode.h>
+
+namespace orb {
+
+std::string describe(const CORBA::SystemException& failure) {
+  const char* cause = failure.NP_minorString();
+  std::string text = failure._name();
+  if (cause != nullptr) {
+    text += std::string(" (") + cause + ")";
+  }
+  return text;
+}
+
+bool isMessageTooLarge(const CORBA::SystemException& failure) {
+  if (CORBA::MARSHAL::_downcast(&failure) == nullptr) {
+    return false;
+  }
+  switch (failure.minor()) {
+    case omni::MARSHAL_MessageSizeExceedLimit:
+    case omni::MARSHAL_MessageSizeExceedLimitOnClient:
+    case omni::MARSHAL_MessageSizeExceedLimitOnServer:
+    case omni::MARSHAL_MessageTooLong:
+    // In a message of several fragments the limit is met while a part of it is read.
+    case omni::MARSHAL_PassEndOfMessage:
+    case omni::MARSHAL_SequenceIsTooLong:
+    case omni::MARSHAL_StringIsTooLong:
+      return true;
+    default:
+      return false;
+  }
+}
+
+bool isBrokenOff(const CORBA::SystemException& failure) {
+  return CORBA::COMM_FAILURE::_downcast(&failure) != nullptr &&
+         failure.minor() == omni::COMM_FAILURE_UnMarshalResults;
+}
+
+bool isTimeout(const CORBA::SystemException& failure) {
+  return CORBA::TIMEOUT::_downcast(&failure) != nullptr ||
+         (CORBA::TRANSIENT::_downcast(&failure) != nullptr &&
+          failure.minor() == omni::TRANSIENT_CallTimedout);
+}
+
+bool isConnectionClosed(const CORBA::SystemException& failure) {
+  return CORBA::COMM_FAILURE::_downcast(&failure) != nullptr ||
+         (CORBA::TRANSIENT::_downcast(&failure) != nullptr &&
+          failure.minor() == omni::TRANSIENT_ConnectionClosed);
+}
+
+bool isUnreachable(const CORBA::SystemException& failure) {
+  if (isBrokenOff(failure)) {
+    return false;
+  }
+  return CORBA::TRANSIENT::_downcast(&failure) != nullptr ||
+         CORBA::COMM_FAILURE::_downcast(&failure) != nullptr ||
+         CORBA::TIMEOUT::_downcast(&failure) != nullptr ||
+         CORBA::OBJECT_NOT_EXIST::_downcast(&failure) != nullptr;
+}
+
+}  // namespace orb

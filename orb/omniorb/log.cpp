@@ -1,0 +1,31 @@
+#include "log.h"
+
+#include <mutex>
+#include <utility>
+
+namespace orb {
+namespace {
+
+// The ORB's log function is a plain function without context, so its receiver is of the process.
+std::mutex logMutex;
+LogFunction logReceiver;  // guarded by logMutex
+
+}  // namespace
+
+void forwardLog(const char* message) {
+  std::string line = message;
+  while (!line.empty() && (line.back() == '\n' || line.back() == '\r')) {
+    line.pop_back();
+  }
+  const std::lock_guard<std::mutex> lock(logMutex);
+  if (logReceiver) {
+    logReceiver(line);
+  }
+}
+
+void setLogReceiver(LogFunction log) {
+  const std::lock_guard<std::mutex> lock(logMutex);
+  logReceiver = std::move(log);
+}
+
+}  // namespace orb

@@ -1,0 +1,121 @@
+#include "wellknown.h"
+
+#include <omniORB4/minorCode.h>
+
+#include <condition_variable>
+#include <mutex>
+#include <utility>
+
+namespace orb {
+namespace {
+
+// Stands at a key for the servant that is published there, so that one servant can come and go
+// while the others of the same POA serve on.
+class Gate final : public PortableServer::ServantBase {
+ public:
+  void open(PortableServer::ServantBase* servant) {
+    servant->_add_ref();
+    const std::lock_guard<std::mutex> lock(mutex_);
+    servant_ = servant;
+    type_ = servant->_mostDerivedRepoId();
+  }
+
+  // Returns when no request is running.
+  void close() {
+    std::unique_lock<std::mutex> lock(mutex_);
+    const PortableServer::ServantBase_var servant = std::exchange(servant_, nullptr);
+    idle_.wait(lock, [this] { return running_ == 0; });
+    lock.unlock();  // the reference is dropped without it
+  }
+
+  _CORBA_Boolean _dispatch(omniCallHandle& call) override {
+    const Passage passage(*this);
+    // First what its interface has, then what every object has.
+    return passage.servant->_dispatch(call) || passage.servant->omniServant::_dispatch(call);
+  }
+
+  // Of the servant that was there last: references that are made of this object carry it.
+  const char* _mostDerivedRepoId() override {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return type_.c_str();
+  }
+
+  // Calls from within the process come through here too.
+  void* _ptrToInterface(const char*) override { return nullptr; }
+
+ private:
+  // One request on its way.
+  struct Passage {
+    explicit Passage(Gate& passed) : gate(passed) {
+      const std::lock_guard<std::mutex> lock(gate.mutex_);
+      if (gate.servant_ == nullptr) {
+        throw CORBA::TRANSIENT(omni::TRANSIENT_POANoResource, CORBA::COMPLETED_NO);
+      }
+      servant = gate.servant_;
+      ++gate.running_;
+    }
+
+    ~Passage() {
+      const std::lock_guard<std::mutex> lock(gate.mutex_);
+      if (--gate.running_ == 0) {
+        gate.idle_.notify_all();
+      }
+    }
+
+    Passage(const Passage&) = delete;
+    Passage& operator=(const Passage&) = delete;
+
+    Gate& gate;
+    PortableServer::ServantBase* servant = nullptr;
+  };
+
+  std::mutex mutex_;
+  std::condition_variable idle_;
+  PortableServer::ServantBase* servant_ = nullptr;  // guarded by mutex_, null while closed
+  std::string type_;                                // guarded by mutex_, constant while open
+  std::size_t running_ = 0;                         // guarded by mutex_
+};
+
+// In the POA whose object keys are the bare object ids, as corbaloc references have them.
+class InsObject final : public WellKnownObject {
+ public:
+  InsObject(CORBA::ORB_ptr orb, const std::string& key)
+      : id_(PortableServer::string_to_ObjectId(key.c_str())), gate_(new Gate) {
+    const CORBA::Object_var object = orb->resolve_initial_references("omniINSPOA");
+    poa_ = PortableServer::POA::_narrow(object);
+    poa_->activate_object_with_id(id_.in(), gate_.in());
+    const PortableServer::POAManager_var manager = poa_->the_POAManager();
+    manager->activate();
+  }
+
+  ~InsObject() override {
+    InsObject::retire();
+    try {
+      poa_->deactivate_object(id_.in());
+    } catch (const CORBA::Exception&) {
+      // The ORB is going down already and has forgotten the object with its POA.
+    }
+  }
+
+  CORBA::Object_ptr publish(PortableServer::ServantBase* servant) override {
+    gate()->open(servant);
+    return poa_->id_to_reference(id_.in());
+  }
+
+  void retire() override { gate()->close(); }
+
+ private:
+  Gate* gate() { return static_cast<Gate*>(gate_.in()); }
+
+  const PortableServer::ObjectId_var id_;
+  const PortableServer::ServantBase_var gate_;
+  PortableServer::POA_var poa_;
+};
+
+}  // namespace
+
+std::unique_ptr<WellKnownObject> makeWellKnownObject(CORBA::ORB_ptr orb, const std::string& key) {
+  return std::make_unique<InsObject>(orb, key);
+}
+
+}  // namespace orb
