@@ -11,6 +11,7 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "orb/corba.h"
 
@@ -21,12 +22,29 @@ constexpr std::size_t kDefaultMaxMessageBytes = std::size_t{256} * 1024 * 1024;
 constexpr std::size_t kMinMaxMessageBytes = 8192;        // the least that the ORB accepts
 constexpr std::size_t kMaxMaxMessageBytes = 0x7fffffff;  // lengths in GIOP are 32-bit
 
+constexpr std::size_t kDefaultMaxRequestBytes = std::size_t{1024} * 1024;
+constexpr std::size_t kDefaultMaxConnections = 500;
+
 struct Options {
   std::size_t maxMessageBytes = kDefaultMaxMessageBytes;  // largest GIOP message, both directions
   std::chrono::milliseconds callTimeout{10000};           // of every outgoing call; 0: none
-  // Of every reply; 0: none. A client that stops reading in the middle of one holds a thread no
-  // longer than this.
+  // Of every request from its first byte to its last, fragments and pauses included, and of every
+  // reply; 0: none. Then the connection is closed, so that a client that stops in the middle of a
+  // message holds nothing longer than this.
   std::chrono::milliseconds serveTimeout{60000};
+
+  // What follows concerns startServer alone.
+
+  // Largest incoming request, header and fragments included. A larger one is refused before its
+  // arguments are decoded, with an exception for which isMessageTooLarge is true.
+  std::size_t maxRequestBytes = kDefaultMaxRequestBytes;
+  // Operations whose requests may have maxMessageBytes instead.
+  std::vector<std::string> largeOperations;
+  // Incoming connections that may be open at once; further ones are closed as soon as they are
+  // accepted. REQUIRES: at least 1.
+  std::size_t maxConnections = kDefaultMaxConnections;
+  // An incoming connection without a request for so long is closed. Rounded up to seconds.
+  std::chrono::milliseconds idleTimeout{180000};
 };
 
 struct Endpoint {
@@ -122,8 +140,9 @@ class Server : public Orb {
   virtual std::unique_ptr<WellKnownObject> wellKnownObject(const std::string& key) = 0;
 };
 
-// Starts to listen at the endpoint; requests are served as POA managers are activated. Throws
-// EndpointError.
+// Starts to listen at the endpoint; requests are served as POA managers are activated. The log also
+// receives a line when connections or requests begin to be refused for the limits of the options,
+// and a line with their number when that is over. Throws EndpointError.
 std::unique_ptr<Server> startServer(const Options& options, const Endpoint& endpoint,
                                     const LogFunction& log);
 

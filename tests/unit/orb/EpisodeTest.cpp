@@ -1,0 +1,41 @@
+// Two log lines for any number of events.
+
+#include "orb/episode.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using orb::Episode;
+using std::chrono::seconds;
+
+constexpr Episode::Time kStart{};
+
+TEST(Episode, BeginsWithItsFirstEventOnly) {
+  Episode episode(seconds(10));
+  EXPECT_TRUE(episode.happened(kStart));
+  EXPECT_FALSE(episode.happened(kStart));
+  EXPECT_FALSE(episode.happened(kStart + seconds(20))) << "its end was not taken yet";
+}
+
+TEST(Episode, IsOverAQuietWhileAfterItsLastEvent) {
+  Episode episode(seconds(10));
+  EXPECT_EQ(std::nullopt, episode.end());
+  episode.happened(kStart);
+  episode.happened(kStart + seconds(9));
+  EXPECT_EQ(kStart + seconds(19), episode.end());
+  EXPECT_EQ(std::nullopt, episode.over(kStart + seconds(18)));
+  EXPECT_EQ(2U, episode.over(kStart + seconds(19)));
+}
+
+TEST(Episode, EndsOnceAndIsFollowedByAnother) {
+  Episode episode(seconds(10));
+  EXPECT_EQ(std::nullopt, episode.over(kStart));
+  episode.happened(kStart);
+  EXPECT_EQ(1U, episode.over(kStart + seconds(10)));
+  EXPECT_EQ(std::nullopt, episode.over(kStart + seconds(30)));
+  EXPECT_TRUE(episode.happened(kStart + seconds(30)));
+  EXPECT_EQ(1U, episode.over(kStart + seconds(40)));
+}
+
+}  // namespace
