@@ -1,18 +1,18 @@
 #include "agent/Agent.h"
 
 #include <chrono>
-#include <fstream>
 #include <optional>
 #include <utility>
 
 #include "agent/ModuleControl.h"
+#include "agent/OpenNetwork.h"
 #include "agent/Publication.h"
+#include "agent/ReplaceFile.h"
 #include "agent/console/ConsoleServant.h"
 #include "agent/domain/AttributeService.h"
 #include "agent/domain/DomainService.h"
 #include "agent/domain/Naming.h"
 #include "agent/domain/NetworkModel.h"
-#include "agent/domain/NetworkReader.h"
 #include "agent/domain/NetworkStore.h"
 #include "agent/domain/NetworkWriter.h"
 #include "agent/domain/NodeService.h"
@@ -50,42 +50,6 @@ NotifierOptions notifierOptions(const Options& options) {
   result.queueLimit = options.queueLimit;
   result.channel = options.eventChannel;
   return result;
-}
-
-// The network that is served: the store's, which is loaded from the network file when it is new.
-// The file is read before a store is made, so that a bad one leaves nothing behind.
-Network openNetwork(const Options& options, std::unique_ptr<NetworkStore>& store) {
-  const bool load = !options.network.empty() && NetworkStore::needsNetwork(options.store);
-  Network network;
-  if (load) {
-    network = readNetworkFile(options.network);
-  }
-  store = std::make_unique<NetworkStore>(options.store);
-  if (!load) {
-    if (!options.network.empty()) {
-      log(kLogErrors, "store " + options.store + " holds a network already, " +
-                          options.network.string() + " is not loaded");
-    }
-    return store->read();
-  }
-  store->load(network);
-  return network;
-}
-
-// Written under another name first: whoever waits for the file never reads half of it.
-void writeIorFile(const std::filesystem::path& path, const std::string& reference) {
-  const std::filesystem::path draft = path.string() + ".new";
-  std::ofstream file(draft);
-  file << reference << '\n';
-  file.close();
-  std::error_code status;
-  if (file) {
-    std::filesystem::rename(draft, path, status);
-  }
-  if (!file || status) {
-    std::filesystem::remove(draft, status);
-    throw std::runtime_error("IOR file " + path.string() + ": cannot be written");
-  }
 }
 
 // An object at a key of the agent's endpoint, for as long as this lives.
@@ -199,7 +163,7 @@ class Agent::Parts final : private AgentControl {
           std::make_unique<NamingEntry>(server_->get(), options.naming, kManager, manager_.in());
     }
     if (!options.iorFile.empty()) {
-      writeIorFile(options.iorFile, managerReference());
+      replaceFile("IOR file", options.iorFile, managerReference() + '\n');
     }
   }
 

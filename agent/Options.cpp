@@ -76,6 +76,8 @@ void declareService(CLI::App& app, Options& options, std::string& endpoint) {
   app.add_option("--store", options.store, "SQLite file, or :memory:")
       ->type_name("PATH")
       ->capture_default_str();
+  app.add_flag("--create", options.createStore,
+               "make an empty store when there is none and --network gives no network");
   app.add_option("--endpoint", endpoint, "where to listen; port 0 is any free one")
       ->type_name("HOST:PORT")
       ->capture_default_str()

@@ -2,6 +2,7 @@
 
 #include <SQLiteCpp/SQLiteCpp.h>
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -189,12 +190,33 @@ void refuseForeign(const std::string& path) {
   requireOurs(path, database);
 }
 
+// SQLite would make the file readable for everybody; its journals get the permissions of the file.
+void createPrivateFile(const std::string& path) {
+  const int file = ::open(databaseName(path).c_str(),
+                          O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR);
+  if (file < 0 && errno == EEXIST) {
+    throw StoreError(path, "is a symbolic link to a file that does not exist");
+  }
+  if (file < 0) {
+    refuse(path, errno);
+  }
+  ::close(file);
+}
+
+void prepareFile(const std::string& path) {
+  if (isExistingFile(path)) {
+    refuseForeign(path);
+  } else if (!std::filesystem::exists(databaseName(path))) {
+    createPrivateFile(path);
+  }
+}
+
 std::unique_ptr<SQLite::Database> openDatabase(const std::string& path) {
   if (path.empty()) {
     throw StoreError("store", "its file name is empty");
   }
-  if (!isInMemory(path) && isExistingFile(path)) {
-    refuseForeign(path);
+  if (!isInMemory(path)) {
+    prepareFile(path);
   }
   return std::make_unique<SQLite::Database>(databaseName(path),
                                             SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
@@ -448,9 +470,12 @@ void readLabels(SQLite::Database& database, Network& network) {
 StoreError::StoreError(const std::string& path, const std::string& reason)
     : std::runtime_error(printable(path, 4096) + ": " + printable(reason)) {}
 
+bool NetworkStore::exists(const std::string& path) {
+  return !path.empty() && !isInMemory(path) && isExistingFile(path);
+}
+
 bool NetworkStore::needsNetwork(const std::string& path) {
-  const bool exists = !path.empty() && !isInMemory(path) && isExistingFile(path);
-  return !exists || NetworkStore(path).isNew();
+  return !exists(path) || NetworkStore(path).isNew();
 }
 
 std::uint64_t microsecondsNow() {

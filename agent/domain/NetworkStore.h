@@ -44,12 +44,17 @@ class NetworkStore {
   // The path of a store that lives as long as its object and is never on disk.
   static constexpr const char* kInMemory = ":memory:";
 
+  // Whether a file with something in it is at this path; false for kInMemory and for an empty path.
+  // Changes nothing. Throws StoreError when what is there cannot be used as a store.
+  static bool exists(const std::string& path);
+
   // Whether a store opened at this path would be new. Creates nothing, so that whoever then finds
   // the network to be bad leaves nothing behind. Throws StoreError, as the constructor. REQUIRES:
   // this process does not have the store open.
   static bool needsNetwork(const std::string& path);
 
-  // Opens the store, or makes an empty one where there is no file or an empty file. From here to
+  // Opens the store, or makes an empty one where there is no file or an empty file. A new file is
+  // accessible to its owner alone; a dangling symbolic link is refused. From here to
   // the destructor nobody else can open it. Throws StoreError at once when somebody has it open,
   // when it is no database, that of another program or of a later version, or not writable.
   // A store of an earlier version becomes one of this version. The clock, in microseconds since

@@ -28,6 +28,7 @@ using testing::HasSubstr;
 using testing::MatchesRegex;
 using testing::SizeIs;
 using testing::StartsWith;
+using testing::UnorderedElementsAre;
 
 const std::string kBackbone = std::string(TOPO_NETWORKS) + "/backbone.json";
 
@@ -70,7 +71,7 @@ class AgentLife : public testing::Test {
   }
 
   std::vector<std::string> onStore(const std::vector<std::string>& more) const {
-    std::vector<std::string> all = {"--endpoint", "127.0.0.1:0", "--store", store()};
+    std::vector<std::string> all = {"--endpoint", "127.0.0.1:0", "--store", store(), "--create"};
     all.insert(all.end(), more.begin(), more.end());
     return all;
   }
@@ -237,15 +238,13 @@ TEST_F(AgentLife, ReplacesTheIorFileInOneStep) {
     EXPECT_EQ(0, agent.wait().status);
   }
   EXPECT_EQ("before\n", support::readFile(link));
-  EXPECT_FALSE(std::filesystem::exists(file + ".new"));
 }
 
-TEST_F(AgentLife, RefusesAnIorFileThatIsAFolderAndLeavesNoDraft) {
+TEST_F(AgentLife, RefusesAnIorFileThatIsAFolder) {
   const std::string folder = directory_.file("folder");
   std::filesystem::create_directory(folder);
-  EXPECT_EQ("topo-agentd: IOR file " + folder + ": cannot be written\n",
+  EXPECT_EQ("topo-agentd: IOR file " + folder + ": cannot be written: Is a directory\n",
             refusal(onStore({"--ior-file", folder})));
-  EXPECT_FALSE(std::filesystem::exists(folder + ".new"));
 }
 
 TEST_F(AgentLife, LogsTheItemsThatItLeavesOutAtLevelThree) {
@@ -293,6 +292,33 @@ TEST_F(AgentLife, RefusesALibraryThatIsNoModule) {
               EndsWith(": it has no _make_zu_corba_topo\n"));
 }
 
+TEST_F(AgentLife, RefusesAStoreThatIsNotThereAndMakesNone) {
+  EXPECT_EQ("topo-agentd: " + store() +
+                ": there is no store (--network FILE loads a network into a new store, --create "
+                "makes an empty one)\n",
+            refusal({"--endpoint", "127.0.0.1:0", "--store", store()}));
+  EXPECT_FALSE(std::filesystem::exists(store()));
+}
+
+TEST_F(AgentLife, MakesAnEmptyStoreOnRequestAndComesBackOnItWithoutOne) {
+  {
+    RunningAgent agent({"--create"}, store());
+    agent.stop(SIGTERM);
+  }
+  RunningAgent agent({}, store());
+  EXPECT_THAT(agent.readyLine(), EndsWith(", 0 nodes"));
+}
+
+TEST_F(AgentLife, KeepsTheStoreToItsOwner) {
+  const RunningAgent agent({"--network", kBackbone}, store());
+  std::vector<std::string> names;
+  for (const auto& entry : std::filesystem::directory_iterator(directory_.path())) {
+    names.push_back(entry.path().filename());
+    EXPECT_EQ(0600, static_cast<int>(entry.status().permissions())) << entry.path();
+  }
+  EXPECT_THAT(names, UnorderedElementsAre("network.db", "network.db-wal"));
+}
+
 TEST_F(AgentLife, RefusesAStoreInAFolderThatIsNotThere) {
   const std::string path = directory_.file("none/network.db");
   EXPECT_THAT(refusal({"--endpoint", "127.0.0.1:0", "--store", path}), HasSubstr(path + ": "));
@@ -325,7 +351,7 @@ TEST_F(AgentLife, RefusesANamingReferenceThatIsNone) {
 
 TEST_F(AgentLife, RefusesAnIorFileThatCannotBeWritten) {
   const std::string path = directory_.file("none/manager.ior");
-  EXPECT_EQ("topo-agentd: IOR file " + path + ": cannot be written\n",
+  EXPECT_EQ("topo-agentd: IOR file " + path + ": cannot be written: No such file or directory\n",
             refusal(onStore({"--ior-file", path})));
 }
 

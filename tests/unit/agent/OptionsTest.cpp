@@ -78,6 +78,7 @@ TEST(AgentOptions, AreTakenFromTheCommandLine) {
                               "net.json",
                               "--store",
                               ":memory:",
+                              "--create",
                               "--endpoint",
                               "localhost:99",
                               "--ior-file",
@@ -100,6 +101,7 @@ TEST(AgentOptions, AreTakenFromTheCommandLine) {
   ASSERT_TRUE(options);
   EXPECT_EQ("net.json", options->network);
   EXPECT_EQ(":memory:", options->store);
+  EXPECT_TRUE(options->createStore);
   EXPECT_EQ("localhost", options->endpoint.host);
   EXPECT_EQ(99, options->endpoint.port);
   EXPECT_EQ("a.ior", options->iorFile);
@@ -213,8 +215,8 @@ TEST(AgentOptions, AnswerHelpOnStandardOutput) {
   const std::string printed = testing::internal::GetCapturedStdout();
   EXPECT_FALSE(options);
   for (const char* option :
-       {"--version", "--config", "--network", "--store", "--endpoint", "--ior-file", "--ems-name",
-        "--test-switch", "--module", "--naming", "--log-level", "--max-message",
+       {"--version", "--config", "--network", "--store", "--create", "--endpoint", "--ior-file",
+        "--ems-name", "--test-switch", "--module", "--naming", "--log-level", "--max-message",
         "--iterator-timeout", "--max-iterators"}) {
     EXPECT_THAT(printed, HasSubstr(option));
   }

@@ -298,6 +298,37 @@ TEST_F(NetworkStoreTest, RefusesAFileThatMayOnlyBeRead) {
   expectRefusedUntouched(path_, "Permission denied");
 }
 
+TEST_F(NetworkStoreTest, IsThereOnceAFileHasContent) {
+  EXPECT_FALSE(NetworkStore::exists(path_));
+  directory_.write("store.db", "");
+  EXPECT_FALSE(NetworkStore::exists(path_));
+  { const NetworkStore store(path_); }
+  EXPECT_TRUE(NetworkStore::exists(path_));
+  EXPECT_FALSE(NetworkStore::exists(NetworkStore::kInMemory));
+  EXPECT_FALSE(NetworkStore::exists(""));
+}
+
+TEST_F(NetworkStoreTest, MakesFilesForTheirOwnerAlone) {
+  NetworkStore store(path_);
+  store.load(sampleNetwork());
+  for (const std::string& file : {path_, path_ + "-wal"}) {
+    EXPECT_EQ(0600, static_cast<int>(std::filesystem::status(file).permissions())) << file;
+  }
+}
+
+TEST_F(NetworkStoreTest, KeepsThePermissionsOfAFileThatIsThere) {
+  directory_.write("store.db", "");
+  std::filesystem::permissions(path_, static_cast<std::filesystem::perms>(0640));
+  const NetworkStore store(path_);
+  EXPECT_EQ(0640, static_cast<int>(std::filesystem::status(path_).permissions()));
+}
+
+TEST_F(NetworkStoreTest, RefusesASymbolicLinkToNothing) {
+  std::filesystem::create_symlink(directory_.file("target"), path_);
+  EXPECT_EQ(path_ + ": is a symbolic link to a file that does not exist", refusalOfStore(path_));
+  EXPECT_FALSE(std::filesystem::exists(directory_.file("target")));
+}
+
 TEST_F(NetworkStoreTest, RefusesAFolderThatMayOnlyBeRead) {
   const std::string folder = directory_.file("folder");
   ASSERT_EQ(0, mkdir(folder.c_str(), 0555));
@@ -305,8 +336,7 @@ TEST_F(NetworkStoreTest, RefusesAFolderThatMayOnlyBeRead) {
   if (!unprivileged.isInForce()) {
     GTEST_SKIP() << "cannot give up the privileges of root here";
   }
-  EXPECT_EQ(folder + "/store.db: unable to open database file",
-            refusalOfStore(folder + "/store.db"));
+  EXPECT_EQ(folder + "/store.db: Permission denied", refusalOfStore(folder + "/store.db"));
 }
 
 TEST_F(NetworkStoreTest, RefusesAStoreWhoseTablesAreGone) {

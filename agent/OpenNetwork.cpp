@@ -1,0 +1,43 @@
+#include "agent/OpenNetwork.h"
+
+#include <string>
+
+#include "agent/domain/NetworkReader.h"
+#include "agent/northbound/Log.h"
+
+namespace agent {
+namespace {
+
+// A mistyped path must not start an agent that serves nothing.
+void requireStore(const Options& options) {
+  const bool mayBeNew =
+      options.createStore || !options.network.empty() || options.store == NetworkStore::kInMemory;
+  if (!mayBeNew && !NetworkStore::exists(options.store)) {
+    throw StoreError(options.store,
+                     "there is no store (--network FILE loads a network into a new store, --create "
+                     "makes an empty one)");
+  }
+}
+
+}  // namespace
+
+Network openNetwork(const Options& options, std::unique_ptr<NetworkStore>& store) {
+  requireStore(options);
+  const bool load = !options.network.empty() && NetworkStore::needsNetwork(options.store);
+  Network network;
+  if (load) {
+    network = readNetworkFile(options.network);
+  }
+  store = std::make_unique<NetworkStore>(options.store);
+  if (!load) {
+    if (!options.network.empty()) {
+      log(kLogErrors, "store " + options.store + " holds a network already, " +
+                          options.network.string() + " is not loaded");
+    }
+    return store->read();
+  }
+  store->load(network);
+  return network;
+}
+
+}  // namespace agent
