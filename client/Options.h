@@ -24,6 +24,12 @@ constexpr std::uint32_t iteratorBatch(std::uint32_t howMany) {
   return howMany == 0 ? kDefaultHowMany : howMany;
 }
 
+inline orb::Options orbDefaults() {
+  orb::Options options;
+  options.callTimeout = kDefaultTimeout;
+  return options;
+}
+
 enum class Format { kTable, kJson, kCsv };
 
 struct Options {
@@ -31,7 +37,7 @@ struct Options {
   std::optional<std::string> iorFile;  // holds the reference instead
   std::uint32_t howMany = kDefaultHowMany;
   Format format = Format::kTable;
-  orb::Options orb{orb::kDefaultMaxMessageBytes, kDefaultTimeout};
+  orb::Options orb = orbDefaults();
   std::string command;  // one of commands(), unless there is a notice
   Arguments arguments;  // what that command was given
   std::string notice;   // help or version: to be printed instead of running a command
