@@ -106,13 +106,19 @@ std::string Process::readLine() {
   return line;
 }
 
+void Process::closeOutput() {
+  out_.reset();
+}
+
 void Process::send(int signal) {
   kill(pid_, signal);
 }
 
 Ended Process::wait() {
   Ended result;
-  result.out = rest(out_.get());
+  if (out_) {
+    result.out = rest(out_.get());
+  }
   int status = 0;
   if (waitpid(pid_, &status, 0) != pid_) {
     throw std::runtime_error("the program is lost");

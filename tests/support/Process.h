@@ -35,11 +35,14 @@ class Process {
   pid_t pid() const { return pid_; }
 
   // The next line of its standard output without the line feed; empty at the end of the output.
+  // REQUIRES: the output is not closed.
   std::string readLine();
+
+  void closeOutput();  // the program's next write fails with EPIPE
 
   void send(int signal);
 
-  // Waits for its end. out has what readLine has not taken.
+  // Waits for its end. out has what readLine has not taken, nothing if the output was closed.
   Ended wait();
 
  private:

@@ -51,7 +51,7 @@ class Console : public WithAgent {
     EXPECT_EQ(ended.status, 0) << ended.err;
     EXPECT_EQ(ended.out + ended.err, "");
     EXPECT_EQ(script.calls().size(), before + 1);
-    return script.calls().back();
+    return script.lastCall();
   }
 
   const std::string path = testing::TempDir() + "topoctl_import." + std::to_string(getpid());
@@ -88,7 +88,7 @@ TEST_F(Console, SaysHowManyNodesWereDeleted) {
   EXPECT_EQ(run({"node", "delete", "core"}).out, "deletedNodes\n           3\n");
   EXPECT_EQ(run({"node", "delete", "core", "--format", "json"}).out, "{\"deletedNodes\":3}\n");
   EXPECT_EQ(run({"node", "delete", "core", "--format", "csv"}).out, "deletedNodes\r\n3\r\n");
-  EXPECT_EQ(script.calls().back(), "delete(core)");
+  EXPECT_EQ(script.lastCall(), "delete(core)");
 }
 
 TEST_F(Console, ImportsAFileOfThisMachine) {
@@ -103,7 +103,7 @@ TEST_F(Console, ImportsAFileOfThisMachine) {
   EXPECT_EQ(run({"import", path, "--format", "csv"}).out,
             "topoNodes,networkElements,clockPositions,clockLinks,objectLabels\r\n"
             "1,2,3,4,4294967295\r\n");
-  EXPECT_EQ(script.calls().back(), "import(" + path + ", " + content + ")");
+  EXPECT_EQ(script.lastCall(), "import(" + path + ", " + content + ")");
 }
 
 TEST_F(Console, EndsWith1WhenAFileCannotBeRead) {

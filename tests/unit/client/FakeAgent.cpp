@@ -158,6 +158,16 @@ std::vector<std::string> Script::calls() {
   return calls_;
 }
 
+std::string Script::firstCall() {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  return calls_.empty() ? "" : calls_.front();
+}
+
+std::string Script::lastCall() {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  return calls_.empty() ? "" : calls_.back();
+}
+
 void FakeManager::getTopoSubnetworkViewInfo(CORBA::ULong howMany,
                                             TopoManagementManager::NodeList_T_out list,
                                             TopoManagementManager::NodeIterator_I_out rest) {

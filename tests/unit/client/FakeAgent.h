@@ -50,6 +50,8 @@ class Script {
 
   void record(const std::string& call);
   std::vector<std::string> calls();
+  std::string firstCall();  // "" when there was none, so that a program that did not run fails a
+  std::string lastCall();   // comparison
 
  private:
   std::mutex mutex_;

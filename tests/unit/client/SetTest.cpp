@@ -32,7 +32,7 @@ class Set : public WithAgent {
     EXPECT_EQ(ended.status, 0) << ended.err;
     EXPECT_EQ(ended.out + ended.err, "");
     EXPECT_EQ(script.calls().size(), before + 1);
-    return script.calls().back();
+    return script.lastCall();
   }
 };
 
@@ -51,9 +51,9 @@ TEST_F(Set, LearnsTheEmsOfAnObject) {
     EXPECT_EQ(run({"owner", object, "ops"}).status, 0);
     std::string pair = object;
     std::replace(pair.begin(), pair.end(), '=', ',');
-    EXPECT_EQ(script.calls().back(), "owner((EMS,zurich)(" + pair + "), ops)");
+    EXPECT_EQ(script.lastCall(), "owner((EMS,zurich)(" + pair + "), ops)");
   }
-  EXPECT_EQ(script.calls().front(), "topo(1)");
+  EXPECT_EQ(script.firstCall(), "topo(1)");
 }
 
 TEST_F(Set, EndsWith4WhereNoEmsCanBeLearnt) {
@@ -82,7 +82,7 @@ TEST_F(Set, PrintsTheInformationThatComesBack) {
             "[\n{\"name\":\"Region\",\"value\":\"north\"},\n"
             "{\"name\":\"Owner\",\"value\":\"Z\u00fcrich\"}\n]\n");
   EXPECT_EQ(printed("csv"), "name,value\r\nRegion,north\r\nOwner,Z\u00fcrich\r\n");
-  EXPECT_EQ(script.calls().back(), "info((OS,1), (Region,north))");
+  EXPECT_EQ(script.lastCall(), "info((OS,1), (Region,north))");
 }
 
 TEST_F(Set, RemovesInformationWithAnEmptyText) {

@@ -164,7 +164,7 @@ TEST_F(TreeOfAnAgent, IsTheTopoViewWhateverTheBatchSizeIs) {
     tree.format = Format::kTable;
     EXPECT_EQ(output(tree), expected);
   }
-  EXPECT_EQ(script.calls().front(), "topo(0)");
+  EXPECT_EQ(script.firstCall(), "topo(0)");
 }
 
 }  // namespace

@@ -3,15 +3,17 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <csignal>
 #include <future>
 #include <memory>
+#include <stdexcept>
 
 #include "FakeSession.h"
 #include "MakeEvents.h"
 #include "RunProgram.h"
-#include "RunningProgram.h"
 #include "WithAgent.h"
+#include "tests/support/Process.h"
 
 namespace topoctl {
 namespace {
@@ -20,6 +22,14 @@ using testing::EndsWith;
 using testing::HasSubstr;
 using testing::StartsWith;
 using Words = std::vector<std::string>;
+
+constexpr std::chrono::seconds kPatience{20};  // until a step that should come counts as missing
+
+// topoctl while it runs, its output read line by line.
+class Program : public support::Process {
+ public:
+  explicit Program(const Words& arguments) : Process(TOPOCTL_PROGRAM, arguments) {}
+};
 
 class WatchProgram : public WithAgent {
  protected:
@@ -43,7 +53,14 @@ class WatchProgram : public WithAgent {
     return all;
   }
 
-  CosNotifyComm::StructuredPushConsumer_var consumer() { return session_->consumer(); }
+  // The consumer of the running program. Throws when the program has not subscribed.
+  CosNotifyComm::StructuredPushConsumer_var consumer() {
+    CosNotifyComm::StructuredPushConsumer_var consumer = session_->consumer();
+    if (CORBA::is_nil(consumer)) {
+      throw std::runtime_error("topoctl has not subscribed");
+    }
+    return consumer;
+  }
 
  private:
   PortableServer::Servant_var<FakeSession> session_;
@@ -52,25 +69,26 @@ class WatchProgram : public WithAgent {
 
 TEST_F(WatchProgram, PrintsEachEventAtOnceAndEndsBySignals) {
   for (const int number : {SIGINT, SIGTERM}) {
-    RunningProgram program(arguments({"--format", "json"}));
-    EXPECT_THAT(program.line(), StartsWith("{\"event\":\"watching\",\"nodes\":2,"));
+    Program program(arguments({"--format", "json"}));
+    EXPECT_THAT(program.readLine(), StartsWith("{\"event\":\"watching\",\"nodes\":2,"));
     consumer()->push_structured_event(creation("5", makeNode("a")));
-    EXPECT_THAT(program.line(), HasSubstr("\"notificationId\":\"5\""));
+    EXPECT_THAT(program.readLine(), HasSubstr("\"notificationId\":\"5\""));
     consumer()->push_structured_event(deletion("6", "a"));
-    EXPECT_THAT(program.line(), HasSubstr("\"notificationId\":\"6\""));
-    program.signal(number);
-    EXPECT_EQ(program.wait(), 0);
-    EXPECT_EQ(program.line(), "");
-    EXPECT_EQ(script.calls().back(), "unsubscribe");
+    EXPECT_THAT(program.readLine(), HasSubstr("\"notificationId\":\"6\""));
+    program.send(number);
+    const support::Ended ended = program.wait();
+    EXPECT_EQ(ended.status, 0) << ended.err;
+    EXPECT_EQ(ended.out, "");
+    EXPECT_EQ(script.lastCall(), "unsubscribe");
   }
 }
 
 TEST_F(WatchProgram, PrintsATableAndEndsAfterItsEvents) {
-  RunningProgram program(arguments({"--count", "1", "--listen", "localhost"}));
-  EXPECT_THAT(program.line(), EndsWith("  watching  2 nodes"));
+  Program program(arguments({"--count", "1", "--listen", "localhost"}));
+  EXPECT_THAT(program.readLine(), EndsWith("  watching  2 nodes"));
   consumer()->push_structured_event(deletion("6", "a"));
-  EXPECT_EQ(program.line(), "2026-11-21 10:03:07.4Z  deleted  TopoSubnetwork a");
-  EXPECT_EQ(program.wait(), 0);
+  EXPECT_EQ(program.readLine(), "2026-11-21 10:03:07.4Z  deleted  TopoSubnetwork a");
+  EXPECT_EQ(program.wait().status, 0);
 }
 
 TEST_F(WatchProgram, EndsAtOnceByASecondSignal) {
@@ -82,21 +100,21 @@ TEST_F(WatchProgram, EndsAtOnceByASecondSignal) {
     release.wait();
   };
   script.settle();
-  RunningProgram program(arguments());
-  reached->get_future().wait();
-  program.signal(SIGINT);
-  program.signal(SIGTERM);
-  EXPECT_LT(program.wait(), 0);
+  Program program(arguments());
+  ASSERT_EQ(reached->get_future().wait_for(kPatience), std::future_status::ready);
+  program.send(SIGINT);
+  program.send(SIGTERM);
+  EXPECT_NE(program.wait().signal, 0);
   released->set_value();
 }
 
 TEST_F(WatchProgram, EndsWith5WhenNobodyReadsItsOutput) {
-  RunningProgram program(arguments());
-  program.line();
+  Program program(arguments());
+  program.readLine();
   program.closeOutput();
   consumer()->push_structured_event(deletion("6", "a"));
-  EXPECT_EQ(program.wait(), 5);
-  EXPECT_EQ(script.calls().back(), "unsubscribe");
+  EXPECT_EQ(program.wait().status, 5);
+  EXPECT_EQ(script.lastCall(), "unsubscribe");
 }
 
 TEST_F(WatchProgram, EndsWith5WhereItCannotListen) {

@@ -1,0 +1,20 @@
+# topo_tests(TARGET [TIMEOUT SECONDS] [LABELS LABEL...]): the tests of a GoogleTest executable, one ctest test each.
+#
+# The one place that decides how tests are found and how long one may take: a test that hangs fails.
+# The default time-out leaves room for sanitizers on a busy machine.
+set(TOPO_TEST_TIMEOUT 300)
+
+function(topo_tests target)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "TIMEOUT" "LABELS")
+  if(NOT arg_TIMEOUT)
+    set(arg_TIMEOUT ${TOPO_TEST_TIMEOUT})
+  endif()
+  set(labels)
+  if(arg_LABELS)
+    set(labels LABELS ${arg_LABELS})
+  endif()
+  gtest_discover_tests(${target}
+    DISCOVERY_MODE PRE_TEST
+    DISCOVERY_TIMEOUT 60
+    PROPERTIES TIMEOUT ${arg_TIMEOUT} ${labels})
+endfunction()
