@@ -53,6 +53,7 @@ std::string withoutPrefix(const std::string& line) {
 class ListeningOrb final : public Server {
  public:
   ListeningOrb(const Options& options, const Endpoint& endpoint) : orb_(options, format(endpoint)) {
+    interceptRequests();
     const CORBA::Object_var object = orb_.get()->resolve_initial_references("RootPOA");
     root_ = PortableServer::POA::_narrow(object);
     const CORBA::Object_var probe = root_->create_reference("IDL:omg.org/CORBA/Object:1.0");
@@ -64,12 +65,7 @@ class ListeningOrb final : public Server {
   CORBA::ORB_ptr get() override { return orb_.get(); }
 
   void observeRequests(RequestObserver observer) override {
-    const bool wanted = observer != nullptr;
     setRequestObserver(std::move(observer));
-    if (wanted != observing_) {
-      interceptRequests(wanted);
-    }
-    observing_ = wanted;
   }
 
   PortableServer::POA_ptr rootPoa() override { return root_.in(); }
@@ -82,7 +78,6 @@ class ListeningOrb final : public Server {
 
  private:
   RunningOrb orb_;
-  bool observing_ = false;
   Endpoint endpoint_;
   PortableServer::POA_var root_;
 };

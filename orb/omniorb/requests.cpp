@@ -1,5 +1,6 @@
 #include "requests.h"
 
+#include <omniORB4/callHandle.h>
 #include <omniORB4/omniInterceptors.h>
 #include <omniORB4/omniORB.h>
 // The ORB's internal headers do not include each other, so their order is fixed.
@@ -8,11 +9,14 @@
 #include <omniORB4/internal/giopStream.h>
 #include <omniORB4/internal/giopStreamImpl.h>
 #include <omniORB4/internal/GIOP_S.h>
+#include <omniORB4/internal/omniCurrent.h>
 // clang-format on
 
 #include <mutex>
 #include <shared_mutex>
 #include <utility>
+
+#include "references.h"
 
 namespace orb {
 namespace {
@@ -21,7 +25,16 @@ namespace {
 std::shared_mutex observerMutex;
 RequestObserver requestObserver;  // guarded by observerMutex
 
+// The client whose request the thread received last.
+thread_local std::string threadsPeer;
+
+// "giop:tcp:HOST:PORT"; the host of a TCP peer is numeric here.
+std::string hostIn(const char* address) {
+  return address == nullptr ? "" : parseAddress(address).host;
+}
+
 CORBA::Boolean observeRequest(omni::omniInterceptors::serverReceiveRequest_T::info_T& info) {
+  threadsPeer = hostIn(info.peeraddress());
   const std::shared_lock<std::shared_mutex> lock(observerMutex);
   if (requestObserver) {
     const auto* key = reinterpret_cast<const char*>(info.giop_s.key());
@@ -32,18 +45,30 @@ CORBA::Boolean observeRequest(omni::omniInterceptors::serverReceiveRequest_T::in
 
 }  // namespace
 
+Request requestOf(omniCallHandle& call) {
+  Request request;
+  request.operation = call.operation_name();
+  request.peer = hostIn(call.peeraddress());
+  if (call.iop_s() != nullptr) {
+    auto* const stream = omni::giopStream::downcast(&call.iop_s()->getStream());
+    request.bytes = stream->currentInputPtr() + stream->impl()->inputRemaining(stream);
+  }
+  return request;
+}
+
+// Within an operation the ORB knows what the thread was called for.
+std::string currentPeer() {
+  omniCurrent* const current = omniCurrent::get();
+  return current != nullptr && current->callDescriptor() != nullptr ? threadsPeer : "";
+}
+
+void interceptRequests() {
+  omniORB::getInterceptors()->serverReceiveRequest.add(observeRequest);
+}
+
 void setRequestObserver(RequestObserver observer) {
   const std::unique_lock<std::shared_mutex> lock(observerMutex);
   requestObserver = std::move(observer);
-}
-
-void interceptRequests(bool on) {
-  auto& interceptor = omniORB::getInterceptors()->serverReceiveRequest;
-  if (on) {
-    interceptor.add(observeRequest);
-  } else {
-    interceptor.remove(observeRequest);
-  }
 }
 
 }  // namespace orb

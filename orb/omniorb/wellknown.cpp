@@ -6,6 +6,8 @@
 #include <mutex>
 #include <utility>
 
+#include "requests.h"
+
 namespace orb {
 namespace {
 
@@ -13,10 +15,11 @@ namespace {
 // while the others of the same POA serve on.
 class Gate final : public PortableServer::ServantBase {
  public:
-  void open(PortableServer::ServantBase* servant) {
+  void open(PortableServer::ServantBase* servant, RequestGuard guard) {
     servant->_add_ref();
     const std::lock_guard<std::mutex> lock(mutex_);
     servant_ = servant;
+    guard_ = std::move(guard);
     type_ = servant->_mostDerivedRepoId();
   }
 
@@ -25,11 +28,13 @@ class Gate final : public PortableServer::ServantBase {
     std::unique_lock<std::mutex> lock(mutex_);
     const PortableServer::ServantBase_var servant = std::exchange(servant_, nullptr);
     idle_.wait(lock, [this] { return running_ == 0; });
-    lock.unlock();  // the reference is dropped without it
+    const RequestGuard guard = std::exchange(guard_, nullptr);
+    lock.unlock();  // servant and guard are dropped without it
   }
 
   _CORBA_Boolean _dispatch(omniCallHandle& call) override {
     const Passage passage(*this);
+    const std::shared_ptr<void> token = admit(call);
     // First what its interface has, then what every object has.
     return passage.servant->_dispatch(call) || passage.servant->omniServant::_dispatch(call);
   }
@@ -44,13 +49,11 @@ class Gate final : public PortableServer::ServantBase {
   void* _ptrToInterface(const char*) override { return nullptr; }
 
  private:
-  // One request on its way.
+  // Counts as running from here on. The guard changes only while nothing is running.
   struct Passage {
     explicit Passage(Gate& passed) : gate(passed) {
       const std::lock_guard<std::mutex> lock(gate.mutex_);
-      if (gate.servant_ == nullptr) {
-        throw CORBA::TRANSIENT(omni::TRANSIENT_POANoResource, CORBA::COMPLETED_NO);
-      }
+      gate.checkOpen();
       servant = gate.servant_;
       ++gate.running_;
     }
@@ -69,11 +72,30 @@ class Gate final : public PortableServer::ServantBase {
     PortableServer::ServantBase* servant = nullptr;
   };
 
+  // A gate that was closed while the guard made the request wait does not let it through.
+  std::shared_ptr<void> admit(omniCallHandle& call) {
+    if (!guard_) {
+      return nullptr;
+    }
+    std::shared_ptr<void> token = guard_(requestOf(call));
+    const std::lock_guard<std::mutex> lock(mutex_);
+    checkOpen();
+    return token;
+  }
+
+  // REQUIRES: mutex_ is held.
+  void checkOpen() const {
+    if (servant_ == nullptr) {
+      throw CORBA::TRANSIENT(omni::TRANSIENT_POANoResource, CORBA::COMPLETED_NO);
+    }
+  }
+
   std::mutex mutex_;
   std::condition_variable idle_;
   PortableServer::ServantBase* servant_ = nullptr;  // guarded by mutex_, null while closed
   std::string type_;                                // guarded by mutex_, constant while open
-  std::size_t running_ = 0;                         // guarded by mutex_
+  RequestGuard guard_;  // changed under mutex_ while running_ is 0, so that a request may read it
+  std::size_t running_ = 0;  // guarded by mutex_
 };
 
 // In the POA whose object keys are the bare object ids, as corbaloc references have them.
@@ -97,8 +119,8 @@ class InsObject final : public WellKnownObject {
     }
   }
 
-  CORBA::Object_ptr publish(PortableServer::ServantBase* servant) override {
-    gate()->open(servant);
+  CORBA::Object_ptr publish(PortableServer::ServantBase* servant, RequestGuard guard) override {
+    gate()->open(servant, std::move(guard));
     return poa_->id_to_reference(id_.in());
   }
 

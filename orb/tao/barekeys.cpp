@@ -1,5 +1,6 @@
 #include "barekeys.h"
 
+#include <netdb.h>
 #include <netinet/tcp.h>
 #include <sys/socket.h>
 #include <tao/Acceptor_Registry.h>
@@ -54,7 +55,35 @@ void limitUnread(TAO_Transport& transport, std::chrono::milliseconds longest) {
       setsockopt(handle, IPPROTO_TCP, TCP_USER_TIMEOUT, &milliseconds, sizeof milliseconds));
 }
 
+// The client of the connection that the thread serves; a connection's thread serves nothing else.
+thread_local std::string threadsPeer;
+
+std::string peerOf(TAO_Transport& transport) {
+  sockaddr_storage address{};
+  socklen_t size = sizeof address;
+  auto* const general = reinterpret_cast<sockaddr*>(&address);
+  char host[NI_MAXHOST] = "";
+  if (getpeername(transport.event_handler_i()->get_handle(), general, &size) == 0) {
+    static_cast<void>(getnameinfo(general, size, host, sizeof host, nullptr, 0, NI_NUMERICHOST));
+  }
+  return host;
+}
+
+Request requestOf(TAO_ServerRequest& request) {
+  Request result;
+  result.operation = request.operation();
+  if (!request.collocated()) {
+    result.peer = threadsPeer;
+    result.bytes = request.incoming()->length();
+  }
+  return result;
+}
+
 }  // namespace
+
+std::string currentPeer() {
+  return threadsPeer;
+}
 
 BareKeys::BareKeys(TAO_ORB_Core& core, std::chrono::milliseconds serveTimeout)
     : core_(core), serveTimeout_(serveTimeout) {}
@@ -92,6 +121,7 @@ int BareKeys::dispatch(TAO::ObjectKey& key, TAO_ServerRequest& request,
       throw CORBA::MARSHAL(kMessageTooLarge, CORBA::COMPLETED_NO);
     }
     if (request.transport() != nullptr) {
+      threadsPeer = peerOf(*request.transport());
       limitUnread(*request.transport(), serveTimeout_);
     }
     const std::shared_lock<std::shared_mutex> lock(observerMutex_);
@@ -158,9 +188,7 @@ class Gate::Passage {
  public:
   explicit Passage(Gate& passed) : gate_(passed) {
     const std::lock_guard<std::mutex> lock(gate_.mutex_);
-    if (gate_.servant_ == nullptr) {
-      throw CORBA::TRANSIENT(CORBA::OMGVMCID | 1, CORBA::COMPLETED_NO);  // requests are discarded
-    }
+    gate_.checkOpen();
     servant = gate_.servant_;
     ++gate_.running_;
   }
@@ -181,24 +209,43 @@ class Gate::Passage {
   Gate& gate_;
 };
 
-void Gate::open(PortableServer::ServantBase* servant) {
+void Gate::open(PortableServer::ServantBase* servant, RequestGuard guard) {
   servant->_add_ref();
   const std::lock_guard<std::mutex> lock(mutex_);
   servant_ = servant;
+  guard_ = std::move(guard);
 }
 
 void Gate::close() {
   std::unique_lock<std::mutex> lock(mutex_);
   PortableServer::ServantBase* const servant = std::exchange(servant_, nullptr);
   idle_.wait(lock, [this] { return running_ == 0; });
-  lock.unlock();  // the reference is dropped without it
+  const RequestGuard guard = std::exchange(guard_, nullptr);
+  lock.unlock();  // servant and guard are dropped without it
   if (servant != nullptr) {
     servant->_remove_ref();
   }
 }
 
+void Gate::checkOpen() const {
+  if (servant_ == nullptr) {
+    throw CORBA::TRANSIENT(CORBA::OMGVMCID | 1, CORBA::COMPLETED_NO);  // requests are discarded
+  }
+}
+
+std::shared_ptr<void> Gate::admit(TAO_ServerRequest& request) {
+  if (!guard_) {
+    return nullptr;
+  }
+  std::shared_ptr<void> token = guard_(requestOf(request));
+  const std::lock_guard<std::mutex> lock(mutex_);
+  checkOpen();
+  return token;
+}
+
 void Gate::dispatch(TAO_ServerRequest& request) {
   const Passage passage(*this);
+  const std::shared_ptr<void> token = admit(request);
   passage.servant->_dispatch(request, nullptr);
 }
 

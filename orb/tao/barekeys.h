@@ -24,7 +24,7 @@ class Gate {
   Gate(const Gate&) = delete;
   Gate& operator=(const Gate&) = delete;
 
-  void open(PortableServer::ServantBase* servant);
+  void open(PortableServer::ServantBase* servant, RequestGuard guard);
 
   // Returns when no request is running.
   void close();
@@ -34,10 +34,17 @@ class Gate {
  private:
   class Passage;
 
+  // A gate that was closed while the guard made the request wait does not let it through.
+  std::shared_ptr<void> admit(TAO_ServerRequest& request);
+
+  // REQUIRES: mutex_ is held.
+  void checkOpen() const;
+
   std::mutex mutex_;
   std::condition_variable idle_;
   PortableServer::ServantBase* servant_ = nullptr;  // guarded by mutex_, null while closed
-  std::size_t running_ = 0;                         // guarded by mutex_
+  RequestGuard guard_;  // changed under mutex_ while running_ is 0, so that a request may read it
+  std::size_t running_ = 0;  // guarded by mutex_
 };
 
 // The gates by their keys; one a key at a time. Thread-safe.

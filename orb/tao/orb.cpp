@@ -120,8 +120,8 @@ class BareObject final : public WellKnownObject {
     gates_->remove(key_);
   }
 
-  CORBA::Object_ptr publish(PortableServer::ServantBase* servant) override {
-    gate_->open(servant);
+  CORBA::Object_ptr publish(PortableServer::ServantBase* servant, RequestGuard guard) override {
+    gate_->open(servant, std::move(guard));
     return keys_.referenceTo(key_, servant->_interface_repository_id());
   }
 

@@ -81,6 +81,24 @@ class Orb {
 // An ORB that only calls out.
 std::unique_ptr<Orb> startClient(const Options& options);
 
+// A request on its way to a servant.
+struct Request {
+  std::string operation;  // as the client names it, "_is_a" and its like included
+  std::string peer;       // numeric address of the client, without port; "" from within the process
+  std::size_t bytes = 0;  // size of the message as its header declares it, of the first fragment
+                          // only when there are several; 0 from within the process
+};
+
+// Admits a request before its arguments are decoded, on the request's thread. May wait, and holds
+// up nobody but its connection then. May throw a CORBA system exception, which the client receives.
+// The token that it returns is destroyed when the reply was sent or could not be sent; a request
+// that ends with an exception destroys it before the exception is sent.
+using RequestGuard = std::function<std::shared_ptr<void>(const Request&)>;
+
+// Numeric address, without port, of the client whose request this thread serves; "" outside of a
+// servant's operation, and in one that is called from within the process.
+std::string currentPeer();
+
 // An object at a key of its own choosing: HOST:PORT and the key are all that its references hold,
 // so they stay valid over restarts on the same endpoint, and corbaloc::HOST:PORT/KEY reaches it.
 // Requests raise TRANSIENT while no servant is published. Objects do not wait for each other.
@@ -93,12 +111,14 @@ class WellKnownObject {
   WellKnownObject(const WellKnownObject&) = delete;
   WellKnownObject& operator=(const WellKnownObject&) = delete;
 
-  // Serves the servant, whose references stay the caller's; a new reference to the object for the
-  // caller. REQUIRES: nothing is published at present.
-  virtual CORBA::Object_ptr publish(PortableServer::ServantBase* servant) = 0;
+  // Serves the servant, whose references stay the caller's, behind the guard if there is one; a new
+  // reference to the object for the caller. REQUIRES: nothing is published at present.
+  virtual CORBA::Object_ptr publish(PortableServer::ServantBase* servant,
+                                    RequestGuard guard = nullptr) = 0;
 
-  // Refuses new requests (the client sees TRANSIENT), waits until the running ones have ended and
-  // forgets the servant. Does nothing when nothing is published.
+  // Refuses new requests and those that the guard has not admitted yet (the client sees TRANSIENT),
+  // waits until the running ones have ended and no guard runs, and forgets servant and guard. Does
+  // nothing when nothing is published.
   virtual void retire() = 0;
 
  protected:

@@ -108,9 +108,13 @@ class RawClient {
   }
 
   // Reads an answer; false when there is none.
-  bool answer() const {
+  bool answer() const { return received().size() > 12; }
+
+  // What has arrived, after a wait for it; "" when the connection ended.
+  std::string received() const {
     char bytes[4096];
-    return isAnswered() && recv(socket_, bytes, sizeof bytes, 0) > 12;
+    const ssize_t count = isAnswered() ? recv(socket_, bytes, sizeof bytes, 0) : 0;
+    return std::string(bytes, count > 0 ? static_cast<std::size_t>(count) : 0);
   }
 
   // Waits for an answer, or for the end of the connection.

@@ -9,31 +9,9 @@
 
 namespace {
 
+using orb_tests::Lavish;
 using orb_tests::RawClient;
 using orb_tests::requestTo;
-
-// Answers each batch with more than the buffers of a connection hold.
-class Lavish final : public POA_TopoManagementManager::NodeIterator_I {
- public:
-  std::future<void> asked() { return asked_.get_future(); }
-
-  CORBA::Boolean next_n(CORBA::ULong, TopoManagementManager::NodeList_T_out list) override {
-    const std::string text(1024 * 1024, 'x');
-    TopoManagementManager::NodeList_T_var nodes = new TopoManagementManager::NodeList_T;
-    nodes->length(64);
-    for (CORBA::ULong i = 0; i < nodes->length(); ++i) {
-      nodes[i].nativeEMSName = text.c_str();
-    }
-    list = nodes._retn();
-    asked_.set_value();
-    return true;
-  }
-  CORBA::ULong getLength() override { return 0; }
-  void destroy() override {}
-
- private:
-  std::promise<void> asked_;
-};
 
 TEST(ServeTimeout, EndsTheReplyToAClientThatDoesNotRead) {
   orb::Options options;

@@ -1,0 +1,166 @@
+// What stands before a well-known object.
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <future>
+#include <utility>
+
+#include "tests/unit/orb/RawClient.h"
+#include "tests/unit/orb/Servants.h"
+
+namespace {
+
+using orb::Request;
+using orb_tests::Answering;
+using orb_tests::Lavish;
+using orb_tests::lengthOf;
+using orb_tests::RawClient;
+using orb_tests::requestTo;
+
+class RequestGuard : public testing::Test {
+ protected:
+  void publish(orb::RequestGuard guard) {
+    published_ = object_->publish(servant_.in(), std::move(guard));
+  }
+
+  static std::string getLength() { return requestTo("Key", "getLength").bytes(); }
+
+  static bool isTransient(const std::string& answer) {
+    return answer.find("IDL:omg.org/CORBA/TRANSIENT:1.0") != std::string::npos;
+  }
+
+  bool refusesNewRequests() {
+    const RawClient client(server_->endpoint());
+    return client.send(getLength()) && isTransient(client.received());
+  }
+
+  std::unique_ptr<orb::Server> server_ =
+      orb::startServer(orb_tests::quickOptions(), {"127.0.0.1", 0}, nullptr);
+  std::unique_ptr<orb::WellKnownObject> object_ = server_->wellKnownObject("Key");
+  std::function<CORBA::ULong()> answer_ = [] { return 7U; };
+  const PortableServer::ServantBase_var servant_ = new Answering([this] { return answer_(); });
+  CORBA::Object_var published_;
+};
+
+TEST_F(RequestGuard, SeesOperationPeerAndSizeOfARequest) {
+  std::promise<Request> seen;
+  publish([&seen](const Request& request) {
+    seen.set_value(request);
+    return nullptr;
+  });
+  const RawClient client(server_->endpoint());
+  ASSERT_TRUE(client.send(getLength()));
+  EXPECT_TRUE(client.answer());
+  const Request request = seen.get_future().get();
+  EXPECT_EQ("getLength", request.operation);
+  EXPECT_EQ("127.0.0.1", request.peer);
+  EXPECT_EQ(getLength().size(), request.bytes);
+}
+
+TEST_F(RequestGuard, IsCalledBeforeTheArgumentsAreDecoded) {
+  std::promise<std::string> operation;
+  publish([&operation](const Request& request) {
+    operation.set_value(request.operation);
+    return nullptr;
+  });
+  const RawClient client(server_->endpoint());
+  ASSERT_TRUE(client.send(requestTo("Key", "next_n").bytes()));  // without its argument
+  EXPECT_EQ("next_n", operation.get_future().get());
+  EXPECT_NE(std::string::npos, client.received().find("IDL:omg.org/CORBA/MARSHAL:1.0"));
+}
+
+TEST_F(RequestGuard, RefusesARequestWithItsException) {
+  publish([](const Request&) -> std::shared_ptr<void> {
+    throw CORBA::NO_RESOURCES(0, CORBA::COMPLETED_NO);
+  });
+  answer_ = [] {
+    ADD_FAILURE() << "the servant is called";
+    return 0U;
+  };
+  EXPECT_THROW(lengthOf(published_), CORBA::NO_RESOURCES);
+  const RawClient client(server_->endpoint());
+  ASSERT_TRUE(client.send(getLength()));
+  const std::string answer = client.received();
+  EXPECT_NE(std::string::npos, answer.find("IDL:omg.org/CORBA/NO_RESOURCES:1.0")) << answer;
+}
+
+TEST_F(RequestGuard, KeepsItsTokenUntilTheReplyIsSent) {
+  const PortableServer::Servant_var<Lavish> lavish = new Lavish;
+  std::promise<void> gone;
+  std::atomic<bool> alive{true};
+  const auto destroy = [&](int* token) {
+    delete token;
+    alive = false;
+    gone.set_value();
+  };
+  published_ = object_->publish(
+      lavish.in(), [&](const Request&) { return std::shared_ptr<void>(new int, destroy); });
+  {
+    const RawClient client(server_->endpoint());
+    ASSERT_TRUE(client.send(requestTo("Key", "next_n").number(1).bytes()));
+    EXPECT_TRUE(client.isAnswered());
+    EXPECT_TRUE(alive);  // most of the reply does not fit into the connection
+  }
+  gone.get_future().wait();
+}
+
+TEST_F(RequestGuard, DropsItsTokenWhenTheOperationFails) {
+  std::weak_ptr<void> token;
+  publish([&token](const Request&) {
+    const auto made = std::make_shared<int>();
+    token = made;
+    return made;
+  });
+  answer_ = []() -> CORBA::ULong { throw CORBA::NO_MEMORY(0, CORBA::COMPLETED_NO); };
+  EXPECT_THROW(lengthOf(published_), CORBA::NO_MEMORY);
+  object_->retire();  // when nothing of the request is left
+  EXPECT_TRUE(token.expired());
+}
+
+TEST_F(RequestGuard, DoesNotLetThroughWhatItHeldUpUntilTheObjectWasRetired) {
+  std::promise<void> entered;
+  std::promise<void> leave;
+  publish([&, first = true](const Request&) mutable {
+    if (std::exchange(first, false)) {
+      entered.set_value();
+      leave.get_future().wait();
+    }
+    return nullptr;
+  });
+  const RawClient client(server_->endpoint());
+  ASSERT_TRUE(client.send(getLength()));
+  entered.get_future().wait();
+  auto retired = std::async(std::launch::async, [this] { object_->retire(); });
+  while (!refusesNewRequests()) {
+  }
+  EXPECT_EQ(std::future_status::timeout, retired.wait_for(std::chrono::seconds(0)));
+  leave.set_value();
+  retired.get();
+  EXPECT_TRUE(isTransient(client.received()));
+}
+
+TEST_F(RequestGuard, IsForgottenWithTheServant) {
+  const auto watched = std::make_shared<int>();
+  publish([watched](const Request&) { return watched; });
+  EXPECT_EQ(2, watched.use_count());
+  object_->retire();
+  EXPECT_EQ(1, watched.use_count());
+  publish(nullptr);
+  EXPECT_EQ(7U, lengthOf(published_));
+}
+
+TEST_F(RequestGuard, LeavesThePeerToTheServant) {
+  publish(nullptr);
+  std::promise<std::string> peer;
+  answer_ = [&peer] {
+    peer.set_value(orb::currentPeer());
+    return 0U;
+  };
+  const RawClient client(server_->endpoint());
+  ASSERT_TRUE(client.send(getLength()));
+  EXPECT_EQ("127.0.0.1", peer.get_future().get());
+  EXPECT_EQ("", orb::currentPeer());
+}
+
+}  // namespace
