@@ -102,15 +102,16 @@ class TAIterator
 
  public:
   // At most how_many further records; false when nothing remains, which also deactivates the
-  // servant. A batch of 0 never ends the iteration.
+  // servant. A batch of 0 never ends the iteration. When the copy or the deactivation fails, the
+  // next call delivers the same records.
   CORBA::Boolean next_n(CORBA::ULong how_many, typename Trait::OutList records) override {
     return topo::atCorbaEdge([&]() -> CORBA::Boolean {
       auto batch = std::make_unique<typename Trait::List>();
       const bool more = how_many == 0 || fill(*batch, how_many);
-      records = batch.release();
       if (!more) {
-        destroy();
+        end();
       }
+      records = batch.release();
       return more;
     });
   }
@@ -140,41 +141,45 @@ class TAIterator
       : Base(wholeList, iteratorPoa) {}
   ~TAIterator() override = default;
 
-  // Copies the next batch; false when it was the last.
+  // Copies the next batch; false when it was the last. The position changes after the copy, so that
+  // a failed copy leaves it alone. A request that arrives behind the last batch, before the servant
+  // is deactivated, is refused as it would be after the deactivation.
   bool fill(typename Trait::List& batch, CORBA::ULong how_many) {
-    CORBA::ULong first = 0;
-    CORBA::ULong count = 0;
-    const bool more = claim(how_many, first, count);
-    topo::setLength(batch, count);
-    for (CORBA::ULong i = 0; i < count; ++i) {
-      topo::at(batch, i) = topo::at(*this->list, first + i);
-    }
-    return more;
-  }
-
-  // Sets aside the next batch for the calling thread; false when it is the last. The records
-  // themselves are never written, so they are copied outside the mutex. A request that arrives
-  // behind the last batch, before the deactivation is through, sees what it would see a moment
-  // later.
-  bool claim(CORBA::ULong how_many, CORBA::ULong& first, CORBA::ULong& count) {
     const std::lock_guard<std::mutex> lock(mutex_);
     if (finished_) {
       throw CORBA::OBJECT_NOT_EXIST(0, CORBA::COMPLETED_NO);
     }
     const CORBA::ULong rest = this->list->length() - this->index;
-    first = this->index;
-    if (how_many >= rest) {
-      count = rest;
-      finished_ = true;
-      return false;
+    const bool more = how_many < rest;
+    copy(batch, more ? how_many : rest);
+    if (more) {
+      this->index += how_many;
     }
-    count = how_many;
-    this->index += how_many;
-    return true;
+    finished_ = !more;
+    return more;
+  }
+
+  // REQUIRES: mutex_ is held.
+  void copy(typename Trait::List& batch, CORBA::ULong count) {
+    topo::setLength(batch, count);
+    for (CORBA::ULong i = 0; i < count; ++i) {
+      topo::at(batch, i) = topo::at(*this->list, this->index + i);
+    }
+  }
+
+  // Deactivates the servant after its last batch. A failure makes the batch available again.
+  void end() {
+    try {
+      destroy();
+    } catch (...) {
+      const std::lock_guard<std::mutex> lock(mutex_);
+      finished_ = false;
+      throw;
+    }
   }
 
   std::mutex mutex_;
-  bool finished_ = false;  // the last batch has been set aside; guarded by mutex_
+  bool finished_ = false;  // the last batch was copied; guarded by mutex_
 };
 
 // Names the instance of the template for one kind of record.
@@ -198,9 +203,6 @@ struct TAIT {
     static bool deliverFirst(Servant& servant, CORBA::ULong how_many, OutList records);
     static void hand(PortableServer::ServantBase_var& owner, Servant& servant);
     static void checkPoa(PortableServer::POA_ptr poa);
-
-    template <typename OutIterator>
-    static void activate(Servant& servant, OutIterator iterator);
   };
 };
 
@@ -237,7 +239,7 @@ void TAIT<IteratorSkeleton, RecordList, RecordOutList>::Trait::createIterator(
   }
   checkPoa(poa.in());
   if (servant != nullptr) {
-    activate(*servant, iterator);
+    iterator = servant->_this();
   }
 }
 
@@ -290,21 +292,6 @@ void TAIT<IteratorSkeleton, RecordList, RecordOutList>::Trait::checkPoa(
   if (!orb::isOrbsOwnPoa(poa)) {
     result_iterator::refuse(result_iterator::kForeignPoaSite, result_iterator::kForeignPoa);
   } else if (orb::isCleanupInProgress(poa)) {
-    result_iterator::refuse(result_iterator::kCleanupSite, result_iterator::kCleanup);
-  }
-}
-
-// Not every ORB says that a clean-up has begun, but none activates an object on such a POA.
-template <typename IteratorSkeleton, typename RecordList, typename RecordOutList>
-template <typename OutIterator>
-void TAIT<IteratorSkeleton, RecordList, RecordOutList>::Trait::activate(Servant& servant,
-                                                                        OutIterator iterator) {
-  try {
-    iterator = servant._this();
-  } catch (const CORBA::SystemException& failure) {
-    if (!orb::isPoaGoing(failure)) {
-      throw;
-    }
     result_iterator::refuse(result_iterator::kCleanupSite, result_iterator::kCleanup);
   }
 }

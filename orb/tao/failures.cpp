@@ -88,12 +88,6 @@ bool isBrokenOff(const CORBA::SystemException& failure) {
   return isCommFailure(failure) && failure.minor() == kBrokenOff;
 }
 
-bool isPoaGoing(const CORBA::SystemException& failure) {
-  return CORBA::OBJECT_NOT_EXIST::_downcast(&failure) != nullptr ||
-         (CORBA::BAD_INV_ORDER::_downcast(&failure) != nullptr &&
-          locationOf(failure) == TAO_POA_BEING_DESTROYED);
-}
-
 bool isTimeout(const CORBA::SystemException& failure) {
   return CORBA::TIMEOUT::_downcast(&failure) != nullptr;
 }

@@ -172,12 +172,8 @@ ObjectKey objectKeyOf(CORBA::Object_ptr reference);
 // Whether a POA is the ORB's own implementation, not some stand-in.
 bool isOrbsOwnPoa(PortableServer::POA_ptr poa);
 
-// Whether a POA is known to be going or gone. Not every ORB tells before the last request on it has
-// ended, and it may begin to go at any time: see isPoaGoing. REQUIRES: isOrbsOwnPoa.
+// Whether the destruction of a POA has begun or is complete. REQUIRES: isOrbsOwnPoa.
 bool isCleanupInProgress(PortableServer::POA_ptr poa);
-
-// Whether an object could not be activated because its POA is going or gone.
-bool isPoaGoing(const CORBA::SystemException& failure);
 
 // "TRANSIENT (connection refused)": the exception's name and what the ORB knows about its cause.
 std::string describe(const CORBA::SystemException& failure);

@@ -12,7 +12,7 @@ namespace {
 TEST(Failures, SayTheirNameAndThatOfTheirMinorCode) {
   EXPECT_EQ("TRANSIENT (TRANSIENT_ConnectFailed): unreachable",
             verdictsOn<CORBA::TRANSIENT>(omni::TRANSIENT_ConnectFailed));
-  EXPECT_EQ("OBJECT_NOT_EXIST (OBJECT_NOT_EXIST_NoMatch): unreachable, POA going",
+  EXPECT_EQ("OBJECT_NOT_EXIST (OBJECT_NOT_EXIST_NoMatch): unreachable",
             verdictsOn<CORBA::OBJECT_NOT_EXIST>(omni::OBJECT_NOT_EXIST_NoMatch));
   EXPECT_EQ("NO_PERMISSION:", verdictsOn<CORBA::NO_PERMISSION>(0));
 }

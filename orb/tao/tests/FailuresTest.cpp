@@ -29,7 +29,7 @@ TEST(Failures, ThatSayNothingMoreThanTheirName) {
   EXPECT_EQ("TRANSIENT: unreachable", verdictsOn<CORBA::TRANSIENT>(0));
   EXPECT_EQ("COMM_FAILURE: connection closed, unreachable", verdictsOn<CORBA::COMM_FAILURE>(0));
   EXPECT_EQ("TIMEOUT: time-out, unreachable", verdictsOn<CORBA::TIMEOUT>(0));
-  EXPECT_EQ("OBJECT_NOT_EXIST: unreachable, POA going", verdictsOn<CORBA::OBJECT_NOT_EXIST>(0));
+  EXPECT_EQ("OBJECT_NOT_EXIST: unreachable", verdictsOn<CORBA::OBJECT_NOT_EXIST>(0));
   EXPECT_EQ("MARSHAL:", verdictsOn<CORBA::MARSHAL>(0));
   EXPECT_EQ("NO_PERMISSION:", verdictsOn<CORBA::NO_PERMISSION>(0));
 }
@@ -78,17 +78,6 @@ TEST(Failures, SayWhichErrorOfTheSystemTheyComeFrom) {
     EXPECT_EQ(std::string("TRANSIENT (") + std::strerror(each.error) + "): unreachable",
               verdictsOn<CORBA::TRANSIENT>(own(0, each.number)));
   }
-}
-
-TEST(Failures, OfAPoaThatIsBeingDestroyedAreKnown) {
-  const auto isGoing = [](CORBA::ULong minor) {
-    return orb::isPoaGoing(CORBA::BAD_INV_ORDER(minor, CORBA::COMPLETED_NO));
-  };
-  EXPECT_TRUE(isGoing(own(TAO_POA_BEING_DESTROYED)));
-  EXPECT_TRUE(isGoing(own(TAO_POA_BEING_DESTROYED, 7)));
-  EXPECT_FALSE(isGoing(own(TAO_POA_INACTIVE)));
-  EXPECT_FALSE(isGoing(own(TAO_CONNECTOR_REGISTRY_INIT_LOCATION_CODE)));
-  EXPECT_FALSE(isGoing(CORBA::OMGVMCID | 4));
 }
 
 }  // namespace

@@ -20,7 +20,6 @@ inline std::string verdictsOn(const CORBA::SystemException& failure) {
   add(orb::isTimeout(failure), "time-out");
   add(orb::isConnectionClosed(failure), "connection closed");
   add(orb::isUnreachable(failure), "unreachable");
-  add(orb::isPoaGoing(failure), "POA going");
   return line;
 }
 

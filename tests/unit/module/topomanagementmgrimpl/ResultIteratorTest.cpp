@@ -23,6 +23,7 @@ struct Nodes {
   using List = TopoManagementManager::NodeList_T;
   using List_var = TopoManagementManager::NodeList_T_var;
   using List_out = TopoManagementManager::NodeList_T_out;
+  using Iterator_ptr = TopoManagementManager::NodeIterator_I_ptr;
   using Iterator_var = TopoManagementManager::NodeIterator_I_var;
   using Iterator_out = TopoManagementManager::NodeIterator_I_out;
 };
@@ -32,6 +33,7 @@ struct Links {
   using List = topologicalLink::TopologicalLinkList_T;
   using List_var = topologicalLink::TopologicalLinkList_T_var;
   using List_out = topologicalLink::TopologicalLinkList_T_out;
+  using Iterator_ptr = topologicalLink::TopologicalLinkIterator_I_ptr;
   using Iterator_var = topologicalLink::TopologicalLinkIterator_I_var;
   using Iterator_out = topologicalLink::TopologicalLinkIterator_I_out;
 };
@@ -92,8 +94,9 @@ class TopoResultIterator : public fakes::OrbFixture {
   using Skeleton_var = PortableServer::Servant_var<Skeleton>;
 
   // A list of records "0", "1", ...; owned by the caller.
-  static List* makeList(CORBA::ULong length) {
-    auto list = std::make_unique<List>();
+  template <typename Made = List>
+  static Made* makeList(CORBA::ULong length) {
+    auto list = std::make_unique<Made>();
     topo::setLength(*list, length);
     for (CORBA::ULong i = 0; i < length; ++i) {
       (*list)[i].nativeEMSName = CORBA::string_dup(std::to_string(i).c_str());
@@ -101,6 +104,21 @@ class TopoResultIterator : public fakes::OrbFixture {
       topo::setPair((*list)[i].name, 0, "Record", std::to_string(i));
     }
     return list.release();
+  }
+
+  // As create, for a list of a class derived from List. The caller gets the first batch and
+  // releases it through that class.
+  template <typename Derived, typename Base = Skeleton>
+  std::unique_ptr<Derived> createOf(CORBA::ULong length, CORBA::ULong howMany) {
+    List* records = nullptr;
+    try {
+      NS_CORBA::TAIT<Base, Derived, List_out>::Trait::createIterator(
+          makeList<Derived>(length), howMany, records, Iterator_out(iterator_));
+    } catch (...) {
+      delete static_cast<Derived*>(records);
+      throw;
+    }
+    return std::unique_ptr<Derived>(static_cast<Derived*>(records));
   }
 
   void create(CORBA::ULong length, CORBA::ULong howMany) {
@@ -256,6 +274,56 @@ TYPED_TEST(TopoResultIterator, IsActivatedOnTheIteratorPoa) {
   EXPECT_EQ(active.in(), fakes::registeredIterators().at(0).in());
 }
 
+// A skeleton whose activation fails.
+template <typename Kind>
+class Unactivatable : public virtual Kind::Skeleton {
+ public:
+  typename Kind::Iterator_ptr _this() {
+    fakes::calledSilently("_this");
+    return Kind::Skeleton::_this();
+  }
+};
+
+TYPED_TEST(TopoResultIterator, LetsWhateverTheActivationRaisesPass) {
+  using Records = typename TestFixture::List;
+  const auto raised = [this](auto failure) {
+    fakes::resetJournal();
+    fakes::onCall("_this", 1, [failure]() -> CORBA::ULong { throw failure; });
+    try {
+      this->template createOf<Records, Unactivatable<TypeParam>>(5, 2);
+    } catch (const CORBA::SystemException& passed) {
+      EXPECT_EQ(Journal::lines(), (Lines{"getIteratorPoa()", kHolderMade, "add_Iterator()"}));
+      EXPECT_TRUE(CORBA::is_nil(this->iterator_));
+      return std::string(passed._name()) + " " + std::to_string(passed.minor());
+    }
+    return std::string("nothing");
+  };
+  EXPECT_EQ(raised(CORBA::OBJECT_NOT_EXIST(17, CORBA::COMPLETED_NO)), "OBJECT_NOT_EXIST 17");
+  EXPECT_EQ(raised(CORBA::BAD_INV_ORDER(18, CORBA::COMPLETED_NO)), "BAD_INV_ORDER 18");
+  EXPECT_EQ(raised(CORBA::NO_RESOURCES(19, CORBA::COMPLETED_NO)), "NO_RESOURCES 19");
+  EXPECT_EQ(raised(CORBA::OBJ_ADAPTER(20, CORBA::COMPLETED_NO)), "OBJ_ADAPTER 20");
+}
+
+TYPED_TEST(TopoResultIterator, IsTheObjectThatTheAgentMayHaveActivatedAlready) {
+  PortableServer::POA_ptr root = this->orb().iteratorPoa()->the_parent();
+  const PortableServer::POA_var parent = root;
+  CORBA::PolicyList policies;
+  policies.length(1);
+  policies[0] = parent->create_id_assignment_policy(PortableServer::USER_ID);
+  const PortableServer::POA_var poa =
+      parent->create_POA("chosen ids", PortableServer::POAManager::_nil(), policies);
+  fakes::useIteratorPoa(poa.in());
+  const PortableServer::ObjectId_var id = PortableServer::string_to_ObjectId("chosen");
+  fakes::onCall("add_Iterator", 1, [&]() -> CORBA::ULong {
+    poa->activate_object_with_id(id.in(), fakes::offeredIterator());
+    return 0;
+  });
+  this->create(5, 2);
+  const PortableServer::ObjectId_var found = poa->reference_to_id(this->iterator_.in());
+  const CORBA::String_var text = PortableServer::ObjectId_to_string(found.in());
+  EXPECT_STREQ(text.in(), "chosen");
+}
+
 TYPED_TEST(TopoResultIterator, HasTheIteratorPoaForItsDefault) {
   this->create(5, 2);
   const PortableServer::POA_var poa = this->servant()->_default_POA();
@@ -359,6 +427,74 @@ TYPED_TEST(TopoResultIterator, DoesNotExistBehindItsLastBatch) {
   }
   EXPECT_THROW(this->next(this->iterator_, 1, records), CORBA::OBJECT_NOT_EXIST);
   EXPECT_EQ(Journal::count("deactive_object"), 1);
+}
+
+// --- Batches that fail.
+
+TYPED_TEST(TopoResultIterator, DeliversTheLastBatchAgainWhenItsDeactivationFailed) {
+  this->create(5, 2);
+  fakes::onCall("deactive_object", 1, fakes::raiseTransient());
+  fakes::onCall("deactive_object", 2, []() -> CORBA::ULong {
+    throw ProcessingFailureException(globaldefs::EXCPT_INTERNAL_ERROR, "no housekeeping");
+  });
+  Lines records;
+  EXPECT_THROW(this->next(this->iterator_, 3, records), CORBA::TRANSIENT);
+  EXPECT_THROW(this->next(this->iterator_, 7, records), ProcessingFailureException);
+  EXPECT_TRUE(this->next(this->iterator_, 2, records));
+  EXPECT_EQ(records, numbers(2, 4));
+  EXPECT_FALSE(this->next(this->iterator_, 3, records));
+  EXPECT_EQ(records, numbers(4, 5));
+  EXPECT_EQ(Journal::count("deactive_object"), 3);
+  EXPECT_TRUE(fakes::registeredIterators().empty());
+}
+
+TYPED_TEST(TopoResultIterator, GivesNoListWhenItsDeactivationFailed) {
+  this->create(5, 2);
+  fakes::onCall("deactive_object", 1, fakes::raiseTransient());
+  typename TestFixture::List* records = nullptr;
+  EXPECT_THROW(this->servant()->next_n(3, records), CORBA::TRANSIENT);
+  EXPECT_EQ(records, nullptr);
+}
+
+// A list of which a record cannot be reached when the test says so.
+template <typename List>
+class FragileList : public List {
+ public:
+  auto& operator[](CORBA::ULong index) {
+    if (index == broken) {
+      throw CORBA::NO_MEMORY(0, CORBA::COMPLETED_NO);
+    }
+    return List::operator[](index);
+  }
+
+  static CORBA::ULong broken;  // an index
+};
+
+template <typename List>
+CORBA::ULong FragileList<List>::broken = 0xFFFFFFFF;
+
+TYPED_TEST(TopoResultIterator, DeliversTheSameRecordsAgainWhenTheirCopyFailed) {
+  using Fragile = FragileList<typename TestFixture::List>;
+  const auto first = this->template createOf<Fragile>(5, 1);
+  const auto servant = this->servant();
+  const auto fetch = [&](CORBA::ULong howMany, Lines& records) {
+    typename TestFixture::List* batch = nullptr;
+    const bool more = servant->next_n(howMany, batch);
+    records = recordsOf(*batch);
+    delete static_cast<Fragile*>(batch);
+    return more;
+  };
+  Lines records;
+  for (const CORBA::ULong howMany : {2U, 4U}) {  // with and without records behind them
+    Fragile::broken = 2;
+    EXPECT_THROW(fetch(howMany, records), CORBA::NO_MEMORY) << howMany;
+    Fragile::broken = 0xFFFFFFFF;
+  }
+  EXPECT_EQ(Journal::count("deactive_object"), 0);
+  EXPECT_TRUE(fetch(2, records));
+  EXPECT_EQ(records, numbers(1, 3));
+  EXPECT_FALSE(fetch(2, records));
+  EXPECT_EQ(records, numbers(3, 5));
 }
 
 // Fetches batches until there are no more.
@@ -632,6 +768,104 @@ TYPED_TEST(TopoResultIterator, IsRefusedWhileThePoaWaitsForARunningRequest) {
   EXPECT_FALSE(gone);
   EXPECT_TRUE(CORBA::is_nil(this->iterator_));
   EXPECT_EQ(this->first(), numbers(0, 2));
+}
+
+// --- Ownership of the list.
+
+// A list that counts those that live.
+template <typename List>
+class CountedList : public List {
+ public:
+  CountedList() { ++live; }
+  ~CountedList() { --live; }
+  CountedList(const CountedList&) = delete;
+  CountedList& operator=(const CountedList&) = delete;
+
+  static int live;
+};
+
+template <typename List>
+int CountedList<List>::live = 0;
+
+template <typename Kind>
+class TopoResultIteratorList : public TopoResultIterator<Kind> {
+ protected:
+  using Counted = CountedList<typename Kind::List>;
+  using CountedServant = typename NS_CORBA::TAIT<typename Kind::Skeleton, Counted,
+                                                 typename Kind::List_out>::Trait::Servant;
+
+  // The lists that are left when a creation has ended, one way or another, and so has its iterator.
+  int listsLeft(CORBA::ULong howMany) {
+    try {
+      this->template createOf<Counted>(5, howMany);
+    } catch (const CORBA::Exception&) {
+      ended_ = "refused";
+    } catch (const std::runtime_error&) {
+      ended_ = "failed";
+    }
+    fakes::endIterators();
+    return Counted::live;
+  }
+
+  std::string ended_ = "made";
+};
+
+TYPED_TEST_SUITE(TopoResultIteratorList, Kinds);
+
+TYPED_TEST(TopoResultIteratorList, IsReleasedByItsTakerWhenEverythingFits) {
+  EXPECT_EQ(this->listsLeft(5), 0);
+  EXPECT_EQ(this->ended_, "made");
+}
+
+TYPED_TEST(TopoResultIteratorList, IsReleasedWithTheIterator) {
+  EXPECT_EQ(this->listsLeft(2), 0);
+  EXPECT_EQ(this->ended_, "made");
+}
+
+TYPED_TEST(TopoResultIteratorList, IsReleasedWithoutAnIteratorPoa) {
+  fakes::useIteratorPoa(PortableServer::POA::_nil());
+  EXPECT_EQ(this->listsLeft(2), 0);
+  EXPECT_EQ(this->ended_, "refused");
+}
+
+TYPED_TEST(TopoResultIteratorList, IsReleasedWhenMemoryIsShort) {
+  constexpr std::size_t kServantSize = sizeof(typename TestFixture::CountedServant);
+  const fakes::FailingNothrowNew failing(kServantSize, kServantSize);
+  EXPECT_EQ(this->listsLeft(2), 0);
+  EXPECT_EQ(fakes::FailingNothrowNew::failures(), 1);
+  EXPECT_EQ(this->ended_, "refused");
+}
+
+TYPED_TEST(TopoResultIteratorList, IsReleasedWhenTheLogOfTheConstructionFails) {
+  fakes::onCall("TaDebug", 1, fakes::raiseRuntimeError("disk full"));
+  EXPECT_EQ(this->listsLeft(2), 0);
+  EXPECT_EQ(this->ended_, "failed");
+}
+
+TYPED_TEST(TopoResultIteratorList, IsReleasedWhenTheAgentRefusesTheServant) {
+  fakes::onCall("add_Iterator", 1, fakes::giveCode(99));
+  fakes::onCall("add_Iterator", 2, fakes::raiseTransient());
+  for (const char* const way : {"by a code", "by an exception"}) {
+    EXPECT_EQ(this->listsLeft(2), 0) << way;
+    EXPECT_EQ(this->ended_, "refused") << way;
+  }
+}
+
+TYPED_TEST(TopoResultIteratorList, IsReleasedWithTheServantOnAPoaThatIsNotTheOrbsOwn) {
+  fakes::PoaStandIn poa;
+  fakes::useIteratorPoa(poa.get());
+  EXPECT_EQ(this->listsLeft(2), 0);
+  EXPECT_EQ(this->ended_, "refused");
+  fakes::resetAgent();
+}
+
+TYPED_TEST(TopoResultIteratorList, IsReleasedWithTheServantOnAPoaThatIsBeingTakenDown) {
+  fakes::onCall("add_Iterator", 1, [this]() -> CORBA::ULong {
+    this->orb().iteratorPoa()->destroy(false, true);
+    return 0;
+  });
+  EXPECT_EQ(this->listsLeft(2), 0);
+  EXPECT_EQ(this->ended_, "refused");
 }
 
 // --- Ownership of the POA reference.
