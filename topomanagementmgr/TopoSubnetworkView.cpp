@@ -1,8 +1,6 @@
 // The topo and the protect subnetwork view: which domain nodes they show, and what subnetworks
 // carry in test mode.
 
-#include <memory>
-#include <mutex>
 #include <unordered_set>
 
 #include "platform/agent/AgentConfig.h"
@@ -11,6 +9,7 @@
 #include "topo/Lookup.h"
 #include "topo/TmfRecords.h"
 #include "topomanagementmgr/TopoManagementMgr.h"
+#include "topomanagementmgr/UserLabels.h"
 #include "topomanagementmgr/UserlabelMap.h"
 #include "topomanagementmgr/Vendor.h"
 
@@ -102,19 +101,11 @@ void collectBaseNodes(TopoNodeHolder& nodes) {
 
 // --- Descriptive pairs of subnetwork nodes.
 
-std::mutex userLabelMutex;
-// Made by the first lookup, with no file behind it; lives until the module is unloaded. Guarded by
-// userLabelMutex.
-std::unique_ptr<UserlabelMap<TopoNode_T>> userLabelMap;
+// One for the loaded module, with no file behind it.
+topo::UserLabels<UserlabelMap<TopoNode_T>> userLabels("");
 
 std::string labelOf(const std::string& key) {
-  std::string value;
-  const std::lock_guard<std::mutex> lock(userLabelMutex);
-  if (!userLabelMap) {
-    userLabelMap = std::make_unique<UserlabelMap<TopoNode_T>>("");
-  }
-  userLabelMap->GetValue(value, key);
-  return value;
+  return userLabels.labelOf(key);
 }
 
 const char* topologyTypeName(const std::string& code) {

@@ -13,6 +13,7 @@
 #define TOPOMANAGEMENTMGR_USERLABELMAP_H
 
 #include <fstream>
+#include <istream>
 #include <map>
 #include <string>
 #include <utility>
@@ -45,9 +46,22 @@ class UserlabelMap {
       file.open(fileName_, std::ios::in | std::ios::out | std::ios::app);
       return;
     }
-    std::string line;
-    while (std::getline(file, line)) {
-      store(line);
+    Merge(file);
+  }
+
+ protected:
+  // Merges the lines of a stream into the entries. A read failure ends the reading quietly; the
+  // lines before it are kept. Allocation failures pass.
+  void Merge(std::istream& lines) {
+    // A stream keeps every exception of its buffer to itself unless it is told to pass it on.
+    lines.exceptions(std::ios::badbit);
+    try {
+      std::string line;
+      while (std::getline(lines, line)) {
+        store(line);
+      }
+    } catch (const std::ios_base::failure&) {
+      // Whatever could not be read now is read at the next lookup.
     }
   }
 

@@ -111,8 +111,9 @@ int zu_corba_topo::init(int, ACE_TCHAR*[]) {
   // An earlier load that went without fini may have left its registration behind.
   unregisterQuietly(record->name);
   CorbaBaseAgentConfig::Instance()->RegisterMgr(record->name, &record->factory);
-  // The agent owns the servant from here, and decides what a null one means.
-  CorbaAgentConfig::Instance()->RegisterServant(record->name, makeServant());
+  PortableServer::Servant_var<POA_common::Common_I> servant = makeServant();
+  // The agent owns the servant from this call on, and decides what a null one means.
+  CorbaAgentConfig::Instance()->RegisterServant(record->name, servant._retn());
   registration = std::move(record);
   subscribeToEvents();
   if (CorbaAgentConfig::Instance()->GetTestSwitch()) {

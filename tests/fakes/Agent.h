@@ -17,7 +17,8 @@
 namespace fakes {
 
 // What the agent answers. Set by the test before calls are made, read by the fakes. Steps of
-// "CorbaBaseAgentConfig::Instance" run without a line in the journal.
+// "CorbaBaseAgentConfig::Instance" and "CorbaAgentConfig::Instance" run without a line in the
+// journal.
 struct Agent {
   std::atomic<bool> testSwitch{false};
   std::deque<bool> testSwitchAnswers;  // of the next calls, one thread only; then testSwitch

@@ -291,6 +291,7 @@ std::string CorbaBaseAgentConfig::EmsName() {
 
 CorbaAgentConfig* CorbaAgentConfig::Instance() {
   static CorbaAgentConfig config;
+  calledSilently("CorbaAgentConfig::Instance");
   return &config;
 }
 

@@ -223,8 +223,7 @@ void ServiceObjectBase::RemoveInterface() {
 }
 
 int ServiceObjectBase::fini() {
-  called("ServiceObjectBase::fini", "");
-  return 0;
+  return static_cast<int>(called("ServiceObjectBase::fini", ""));
 }
 
 int ServiceObjectBase::init(int, ACE_TCHAR*[]) {

@@ -7,7 +7,10 @@
 #include <unistd.h>
 
 #include <filesystem>
+#include <istream>
+#include <streambuf>
 #include <string>
+#include <utility>
 
 #include "fakes/TempDir.h"
 #include "platform/domain/DomainRecords.h"
@@ -84,6 +87,56 @@ TEST_F(TopoUserlabelMap, ReadsALastLineWithoutALineFeed) {
 TEST_F(TopoUserlabelMap, HasNoEmptyKeyForALineFeedAtTheEnd) {
   write("a;b\n");
   EXPECT_EQ(find(""), kAbsent);
+}
+
+// --- Read failures.
+
+// Delivers a text, then fails as the buffer of a file does.
+class BreakingBuffer : public std::streambuf {
+ public:
+  explicit BreakingBuffer(std::string text) : text_(std::move(text)) {}
+
+ protected:
+  int_type underflow() override {
+    if (wasRead_) {
+      throw std::ios_base::failure("Input/output error");
+    }
+    wasRead_ = true;
+    setg(text_.data(), text_.data(), text_.data() + text_.size());
+    return traits_type::to_int_type(text_.front());
+  }
+
+ private:
+  std::string text_;
+  bool wasRead_ = false;
+};
+
+// Lets a test read from a stream of its own.
+class MergingMap : public Map {
+ public:
+  using Map::Map;
+  using Map::Merge;
+};
+
+TEST_F(TopoUserlabelMap, KeepsTheLinesBeforeAReadFailure) {
+  BreakingBuffer buffer("a;1\nb;2\nc;3");
+  std::istream stream(&buffer);
+  MergingMap map(fileName_);
+  EXPECT_NO_THROW(map.Merge(stream));
+  EXPECT_EQ(find(map, "a"), "1");
+  EXPECT_EQ(find(map, "b"), "2");
+  EXPECT_EQ(find(map, "c"), kAbsent);
+  EXPECT_EQ(find(map, "c;3"), kAbsent);
+}
+
+// The file opens for reading and writing; nothing is mapped where it begins.
+TEST_F(TopoUserlabelMap, IsNotDisturbedByAFileThatCannotBeRead) {
+  const char* const unreadable = "/proc/self/mem";
+  if (access(unreadable, R_OK | W_OK) != 0) {
+    GTEST_SKIP() << "there is no such file here";
+  }
+  Map map(unreadable);
+  EXPECT_EQ(find(map, "a"), kAbsent);
 }
 
 TEST_F(TopoUserlabelMap, LetsLaterLinesWin) {

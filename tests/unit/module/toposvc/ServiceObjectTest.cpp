@@ -21,6 +21,10 @@ constexpr const char* kManager = "TopoManagement";
 
 const char* const kMade = "TaDebug(3, \"[ RefCount]  ref_count!\") at toposvc:33 unknown";
 
+const char* const kDestroyed =
+    "TaDebug(3, \"[ ~RefCount]  Reference count associated object destroyed!\") at toposvc:39 "
+    "unknown";
+
 // What init does, in its order.
 const Lines kInit = {"UnregisterMgr(\"TopoManagement\")", "RegisterMgr(\"TopoManagement\")", kMade,
                      "RegisterServant(\"TopoManagement\", servant)"};
@@ -124,6 +128,23 @@ TEST_F(TopoServiceObject, HandsOverAServantWithOneReference) {
   EXPECT_EQ(servant->_refcount_value(), 1U);
   EXPECT_NE(dynamic_cast<NS_CORBA::RefCount<NS_CORBA::TATopoManagementMgr_IImpl>*>(servant),
             nullptr);
+}
+
+TEST_F(TopoServiceObject, MakesTheServantBeforeItAsksForTheAgent) {
+  int made = 0;
+  fakes::onCall("CorbaAgentConfig::Instance", 1, [&]() -> CORBA::ULong {
+    made = Journal::count("TaDebug");
+    return 0;
+  });
+  init();
+  EXPECT_EQ(made, 1);
+}
+
+TEST_F(TopoServiceObject, ReleasesTheServantWhenTheAgentCannotBeReached) {
+  fakes::onCall("CorbaAgentConfig::Instance", 1, fakes::raiseRuntimeError("broken"));
+  EXPECT_THROW(init(), std::runtime_error);
+  EXPECT_EQ(Journal::linesOf({"TaDebug"}), (Lines{kMade, kDestroyed}));
+  EXPECT_EQ(Journal::count("RegisterServant"), 0);
 }
 
 TEST_F(TopoServiceObject, NeverTouchesTheDomainOutsideTestMode) {
@@ -313,6 +334,13 @@ TEST_F(TopoServiceObject, IgnoresThatTheAgentCannotBeReachedAtTheEnd) {
     EXPECT_EQ(fini(), 0);
     EXPECT_EQ(finishing(), (Lines{"ServiceObjectBase::fini()", "~MgrFactory()"}));
   }
+}
+
+TEST_F(TopoServiceObject, FinishesWithZeroWhateverItsBaseReturns) {
+  init();
+  fakes::onEveryCall("ServiceObjectBase::fini", fakes::giveCode(7));
+  EXPECT_EQ(fini(), 0);
+  EXPECT_EQ(fini(), 0);
 }
 
 TEST_F(TopoServiceObject, WithdrawsTheManagerOnlyOnce) {
