@@ -1,9 +1,12 @@
 #include "fakes/FailingNew.h"
 
 #include <cstdlib>
+#include <cstring>
 #include <new>
 
 namespace {
+
+constexpr int kFresh = 0xA5;  // every byte of a new block
 
 thread_local bool armed = false;
 thread_local int sparedLeft = 0;
@@ -57,6 +60,7 @@ void* operator new(std::size_t size) {
   if (block == nullptr) {
     throw std::bad_alloc();
   }
+  std::memset(block, kFresh, size);
   ++live;
   return block;
 }

@@ -1,4 +1,5 @@
-// Makes operator new fail, and counts the blocks that live.
+// Makes operator new fail, counts the blocks that live, and fills new ones with bytes that are not
+// zero.
 //
 // Linking the object library topo_failing_new replaces operator new and delete of the process.
 // Switch and count are per thread.

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "platform/agent/CorbaUtilInterface.h"
 
@@ -18,8 +19,10 @@ struct Naming {
   std::string idOfName;             // what Name2Index finds; empty: the last value of the name
   NS_CORBA::ObjectLabelInfo labels;
   bool leaveLabelsAlone = false;  // GetObjectLabelInfo writes nothing
-  bool leaveNamesAlone = false;   // ConvertNEIndexToName writes nothing
-  std::int32_t addedToKey = 0;    // what ConvertNEIndexToName adds to the first field of its key
+  // The four texts that each call of GetObjectLabelInfo was given to fill.
+  std::vector<std::string> labelRequests;
+  bool leaveNamesAlone = false;  // ConvertNEIndexToName writes nothing
+  std::int32_t addedToKey = 0;   // what ConvertNEIndexToName adds to the first field of its key
 };
 
 Naming& naming();

@@ -83,6 +83,8 @@ class FakeCorbaUtil final : public NS_CORBA::CorbaUtilInterface {
                                   int type) override {
     const CORBA::ULong code =
         fakes::called("GetObjectLabelInfo", quoted(id) + ", " + std::to_string(type));
+    answers.labelRequests.push_back("'" + info.userLabel + "' '" + info.label2 + "' '" +
+                                    info.label3 + "' '" + info.label4 + "'");
     if (!answers.leaveLabelsAlone) {
       info = answers.labels;
     }

@@ -4,6 +4,7 @@
 
 #include "ace/Recursive_Thread_Mutex.h"
 #include "ace/Static_Object_Lock.h"
+#include "fakes/WaitedFor.h"
 
 namespace fakes {
 namespace {
@@ -31,6 +32,10 @@ FailingStaticObjectLock::FailingStaticObjectLock() {
 FailingStaticObjectLock::~FailingStaticObjectLock() {
   pthread_mutex_unlock(&mutex());
   setMutexType(PTHREAD_MUTEX_RECURSIVE);
+}
+
+bool staticObjectLockIsWaitedFor() {
+  return isWaitedFor(mutex());
 }
 
 }  // namespace fakes

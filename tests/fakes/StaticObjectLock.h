@@ -1,4 +1,4 @@
-// Makes ACE's lock of static objects fail.
+// ACE's lock of static objects: how it fails, and who waits for it.
 
 #ifndef FAKES_STATICOBJECTLOCK_H
 #define FAKES_STATICOBJECTLOCK_H
@@ -14,6 +14,9 @@ class FailingStaticObjectLock {
   FailingStaticObjectLock(const FailingStaticObjectLock&) = delete;
   FailingStaticObjectLock& operator=(const FailingStaticObjectLock&) = delete;
 };
+
+// Whether a thread is blocked at the lock.
+bool staticObjectLockIsWaitedFor();
 
 }  // namespace fakes
 

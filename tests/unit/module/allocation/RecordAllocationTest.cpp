@@ -74,6 +74,23 @@ TEST(TmfSetLengthAllocation, LeavesAnEmptyListEmpty) {
   EXPECT_EQ(pairs.length(), 3U);
 }
 
+// Fresh blocks are filled, so that no number is zero by luck.
+TEST(TmfSetLengthAllocation, ClearsTheNumbersOfNewElements) {
+  NodeList_T nodes = twoNodes();
+  nodes[1].nodeParam1 = 5;
+  topo::setLength(nodes, 4);
+  EXPECT_EQ(nodes[1].nodeParam1, 5);
+  topologicalLink::TopologicalLinkList_T links;
+  topo::setLength(links, 4);
+  for (const CORBA::ULong i : {2U, 3U}) {
+    EXPECT_EQ(nodes[i].nodeType, 0U);
+    EXPECT_EQ(nodes[i].nodeParam1, 0);
+    EXPECT_EQ(nodes[i].nodeParam2, 0);
+    EXPECT_EQ(links[i].direction, globaldefs::CD_UNI);
+    EXPECT_EQ(links[i].rate, 0);
+  }
+}
+
 TEST(TmfSetLengthAllocation, NeedsNoMemoryToShrink) {
   NodeList_T nodes = twoNodes();
   const fakes::FailingNew failing(0);

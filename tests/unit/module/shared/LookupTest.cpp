@@ -13,6 +13,7 @@
 
 #include "fakes/Fixture.h"
 #include "fakes/Security.h"
+#include "fakes/WaitedFor.h"
 
 namespace {
 
@@ -188,10 +189,9 @@ TEST_F(TopoLookup, MakesOnePlaceholderForAnyNumberOfThreads) {
   EXPECT_NE(seen.front(), nullptr);
 }
 
-// Whether a thread is blocked at the shared mutex; the C library marks it so.
+// Whether a thread is blocked at the shared mutex.
 bool mutexIsWaitedFor() {
-  constexpr int kLockedWithWaiters = 2;
-  return __atomic_load_n(&_g_actualmutex.__data.__lock, __ATOMIC_SEQ_CST) == kLockedWithWaiters;
+  return fakes::isWaitedFor(_g_actualmutex);
 }
 
 TEST_F(TopoLookup, WaitsForTheMutexToFillAPlaceholder) {

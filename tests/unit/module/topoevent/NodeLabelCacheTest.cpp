@@ -9,6 +9,8 @@
 #include <thread>
 #include <vector>
 
+#include "support/ProcessorTime.h"
+
 namespace {
 
 using Texts = std::vector<std::string>;
@@ -111,12 +113,12 @@ TEST_F(TopoNodeLabelCache, TakesABurstOfChangesOfManyNodes) {
   for (int i = 0; i < kNodes; ++i) {
     cache_.append("a topology node " + std::to_string(i), "old");
   }
-  const auto begin = std::chrono::steady_clock::now();
+  const std::chrono::nanoseconds begin = support::processorTime();
   for (int i = 0; i < kNodes; ++i) {
     ASSERT_TRUE(cache_.storeChange("a topology node " + std::to_string(i), "new"));
   }
   // A walk each would be 5,000,000,000 comparisons.
-  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(5));
+  EXPECT_LT(support::processorTime() - begin, std::chrono::seconds(5));
   EXPECT_EQ(cache_.labels(), Texts(kNodes, "new"));
 }
 

@@ -1,6 +1,6 @@
 #include "topoevent/TopoEventMgr.h"
 
-#include <chrono>
+#include <atomic>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -106,24 +106,26 @@ TEST_F(TopoEventMgrInstance, IsOneForAllThreads) {
   }
 }
 
-TEST_F(TopoEventMgrInstance, IsOneForThreadsThatFoundNoneAtTheSameTime) {
-  TopoEventMgr* seen[4] = {};
-  std::vector<std::thread> threads;
+TEST_F(TopoEventMgrInstance, IsOneForAThreadThatFoundNoneWhileAnotherMadeIt) {
+  TopoEventMgr* theirs = nullptr;
+  TopoEventMgr* ours = nullptr;
+  std::atomic<bool> ended{false};
+  std::thread other;
   {
     const ACE_Guard<ACE_Recursive_Thread_Mutex> guard(*ACE_Static_Object_Lock::instance());
-    for (TopoEventMgr*& each : seen) {
-      threads.emplace_back([&each] { each = TopoEventMgr::Instance(); });
+    other = std::thread([&] {
+      theirs = TopoEventMgr::Instance();
+      ended = true;
+    });
+    while (!ended && !fakes::staticObjectLockIsWaitedFor()) {
+      std::this_thread::yield();
     }
-    // Long enough for all of them to come to the lock.
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    EXPECT_FALSE(ended);
+    ours = TopoEventMgr::Instance();
   }
-  for (std::thread& thread : threads) {
-    thread.join();
-  }
-  for (const TopoEventMgr* each : seen) {
-    EXPECT_NE(each, nullptr);
-    EXPECT_EQ(each, TopoEventMgr::Instance());
-  }
+  other.join();
+  EXPECT_NE(ours, nullptr);
+  EXPECT_EQ(theirs, ours);
 }
 
 TEST_F(TopoEventMgrInstance, HasNoData) {

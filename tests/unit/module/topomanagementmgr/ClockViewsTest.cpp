@@ -146,6 +146,24 @@ TEST_F(TopoClockNodes, KeepTheLow32BitsOfALargerNumber) {
                 std::to_string(static_cast<std::int32_t>(4294967296000000012LL)) + "]");
 }
 
+TEST_F(TopoClockNodes, ReadSignsAndSkipBlanksBeforeTheNumber) {
+  const std::vector<std::pair<std::string, std::string>> numbers = {
+      {"-5", "-5"},         {"+5", "5"},
+      {" 5", "5"},          {"\t\n -5", "-5"},
+      {"5 6", "5"},         {"- 5", "0"},
+      {"--5", "0"},         {"+-5", "0"},
+      {" ", "0"},           {"-2147483648", "-2147483648"},
+      {"-4294967301", "-5"}};
+  for (const auto& [text, number] : numbers) {
+    EXPECT_EQ(nameFor("x=" + text), "[EMS=EMS-1, ManagedElement=" + number + "]") << text;
+  }
+}
+
+TEST_F(TopoClockNodes, TakeTheLargestNumberForOneOfMoreThan64Bits) {
+  EXPECT_EQ(nameFor("x=99999999999999999999"), "[EMS=EMS-1, ManagedElement=-1]");
+  EXPECT_EQ(nameFor("x=-99999999999999999999"), "[EMS=EMS-1, ManagedElement=0]");
+}
+
 TEST_F(TopoClockNodes, HaveNoNameWithoutAnEqualsSign) {
   for (const char* reference : {"", "no equals", "12", "NE:5"}) {
     ClockPositionInfo_T clock = position(reference, "Clock");
@@ -396,6 +414,8 @@ TEST_F(TopoClockLinks, AskForEveryLabelWithAnEmptyRecord) {
     return 0U;
   });
   EXPECT_EQ(labelsOfThree(), (Lines{"Stored", "Links:b", "Links:c"}));
+  const std::string empty = "'' '' '' ''";
+  EXPECT_EQ(fakes::naming().labelRequests, (Lines{empty, empty, empty}));
 }
 
 TEST_F(TopoClockLinks, TakeTheLabelOfACallThatFails) {

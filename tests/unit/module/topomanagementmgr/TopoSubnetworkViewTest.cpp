@@ -130,6 +130,15 @@ TEST_F(TopoSubnetworkView, WritesElementNumbersAsSignedDecimalText) {
             (Lines{"GetMoc(\"5\")", "GetMoc(\"-12\")", "GetMoc(\"2147483647\")"}));
 }
 
+TEST_F(TopoSubnetworkView, LeavesOutElementZeroAndShowsNegativeOnes) {
+  network().indexes = indexes({-5, 0, 7, -2147483647 - 1});
+  EXPECT_EQ(view(), 0U);
+  EXPECT_EQ(labels(), (Lines{"NE--5", "NE-7", "NE--2147483648"}));
+  EXPECT_EQ(printed(nodes_[0].name), "[EMS=EMS-1, ManagedElement=-5]");
+  EXPECT_EQ(printed(nodes_[2].name), "[EMS=EMS-1, ManagedElement=-2147483648]");
+  EXPECT_EQ(Journal::count("TaDebugWithPara"), 1);  // object id 0
+}
+
 TEST_F(TopoSubnetworkView, AsksTheDomainInThisOrder) {
   fillNetwork();
   view();
