@@ -3,6 +3,7 @@
 #include <utf8.h>
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 
 namespace agent {
@@ -10,10 +11,32 @@ namespace {
 
 constexpr std::size_t kMostQuoted = 80;
 
-// Controls (C0, DEL, C1) move cursors and end lines; so do the two separators of Unicode.
+struct Range {
+  std::uint32_t first;
+  std::uint32_t last;
+};
+
+// Characters that move cursors, end lines, change the writing direction or show nothing at all. The
+// two joiners (U+200C, U+200D) are not among them: ordinary words of some languages need them.
+constexpr std::array<Range, 12> kHarmful = {{
+    {0x00, 0x1f},
+    {0x7f, 0x9f},
+    {0xad, 0xad},
+    {0x61c, 0x61c},
+    {0x180e, 0x180e},
+    {0x200b, 0x200b},
+    {0x200e, 0x200f},
+    {0x2028, 0x202e},
+    {0x2060, 0x206f},
+    {0xfeff, 0xfeff},
+    {0xfff9, 0xfffb},
+    {0xe0000, 0xe007f},
+}};
+
 bool isHarmless(std::uint32_t character) {
-  const bool control = character < 0x20 || (character >= 0x7f && character < 0xa0);
-  return !control && character != 0x2028 && character != 0x2029;
+  return std::none_of(kHarmful.begin(), kHarmful.end(), [character](const Range& range) {
+    return range.first <= character && character <= range.last;
+  });
 }
 
 // The length of the harmless character at the start of a text, 0 when there is none.
@@ -35,20 +58,16 @@ void appendEscaped(std::string& out, char byte) {
   out += kDigits[value & 0xf];
 }
 
-bool startsCharacter(char byte) {
-  return (static_cast<unsigned char>(byte) & 0xc0) != 0x80;
-}
-
-}  // namespace
-
-std::string printable(std::string_view text, std::size_t mostBytes) {
+// The text with its harmful bytes escaped and with each backslash as given, cut when it is too
+// long.
+std::string onOneLine(std::string_view text, std::size_t mostBytes, std::string_view backslash) {
   std::string out;
   while (!text.empty() && out.size() < mostBytes) {
     const std::size_t length = harmlessLength(text);
     if (length == 0) {
       appendEscaped(out, text.front());
     } else {
-      out += text.substr(0, length);
+      out += text.front() == '\\' ? backslash : text.substr(0, length);
     }
     text.remove_prefix(std::max<std::size_t>(length, 1));
   }
@@ -56,6 +75,20 @@ std::string printable(std::string_view text, std::size_t mostBytes) {
     out += "...";
   }
   return out;
+}
+
+bool startsCharacter(char byte) {
+  return (static_cast<unsigned char>(byte) & 0xc0) != 0x80;
+}
+
+}  // namespace
+
+std::string printable(std::string_view text, std::size_t mostBytes) {
+  return onOneLine(text, mostBytes, "\\");
+}
+
+std::string escaped(std::string_view text, std::size_t mostBytes) {
+  return onOneLine(text, mostBytes, "\\\\");
 }
 
 std::string inQuotes(std::string_view text) {

@@ -11,9 +11,15 @@
 
 namespace agent {
 
-// A text fit for one line of a message, whoever wrote it: control characters, line separators and
-// bytes that are no UTF-8 become \xNN, and a text of more than mostBytes is cut and ends in "...".
+// A text fit for one line of a message, whoever wrote it: every byte of a control character, of a
+// line separator, of an invisible format character (those that change the writing direction
+// included) and of a sequence that is not UTF-8 becomes \xNN. A text of more than mostBytes is cut
+// and ends in "...".
 std::string printable(std::string_view text, std::size_t mostBytes = 400);
+
+// The same, but unambiguous: a backslash becomes two, so that the original bytes can be told from
+// the result.
+std::string escaped(std::string_view text, std::size_t mostBytes);
 
 // The same between double quotes, and short: for quoting input.
 std::string inQuotes(std::string_view text);

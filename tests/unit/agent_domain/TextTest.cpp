@@ -17,6 +17,24 @@ TEST(Text, HasItsControlsAndLineSeparatorsEscaped) {
   EXPECT_EQ("\\xe2\\x80\\xa8\\xe2\\x80\\xa9", printable("\u2028\u2029"));
 }
 
+TEST(Text, HasCharactersThatChangeTheWritingDirectionEscaped) {
+  EXPECT_EQ("\\xe2\\x80\\xaa\\xe2\\x80\\xae", printable("\u202A\u202E"));
+  EXPECT_EQ("\\xe2\\x81\\xa6\\xe2\\x81\\xa9", printable("\u2066\u2069"));
+  EXPECT_EQ("\\xe2\\x80\\x8e\\xe2\\x80\\x8f\\xd8\\x9c", printable("\u200E\u200F\u061C"));
+}
+
+TEST(Text, HasInvisibleCharactersEscaped) {
+  EXPECT_EQ("a\\xe2\\x80\\x8bb\\xef\\xbb\\xbf", printable("a\u200Bb\uFEFF"));
+  EXPECT_EQ("\\xf3\\xa0\\x80\\xa0", printable("\U000E0020"));
+  EXPECT_EQ("a\u200Db", printable("a\u200Db"));
+}
+
+TEST(Text, IsEscapedUnambiguously) {
+  EXPECT_EQ("\\\\x1b\\x1b\\\\", agent::escaped("\\x1b\x1b\\", 100));
+  EXPECT_EQ("\\x1b", printable("\\x1b"));
+  EXPECT_EQ("a\\\\...", agent::escaped("a\\b", 2));
+}
+
 TEST(Text, HasBytesThatAreNoUtf8Escaped) {
   EXPECT_EQ("a\\xff\\xc3", printable("a\xff\xc3"));
 }
