@@ -6,8 +6,9 @@
 #include <cerrno>
 #include <random>
 #include <sstream>
-#include <string_view>
 #include <system_error>
+
+#include "agent/northbound/WriteWithin.h"
 
 namespace agent {
 namespace {
@@ -43,14 +44,6 @@ std::string randomDigits() {
   return digits.str();
 }
 
-void writeAll(int file, std::string_view content) {
-  while (!content.empty()) {
-    const ssize_t written = ::write(file, content.data(), content.size());
-    require(written >= 0 || errno == EINTR);
-    content.remove_prefix(written < 0 ? 0 : static_cast<std::size_t>(written));
-  }
-}
-
 // A file of an unpredictable name beside another one, removed unless it takes the other one's
 // place.
 class Draft {
@@ -69,7 +62,7 @@ class Draft {
   Draft& operator=(const Draft&) = delete;
 
   void write(const std::string& content) {
-    writeAll(file_.get(), content);
+    require(writeWithin(file_.get(), content, kNoLimit));
     require(::fsync(file_.get()) == 0);
   }
 

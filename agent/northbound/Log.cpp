@@ -1,15 +1,17 @@
 #include "agent/northbound/Log.h"
 
 #include <spdlog/logger.h>
-#include <spdlog/sinks/stdout_sinks.h>
+#include <unistd.h>
 
-#include <algorithm>
 #include <atomic>
 #include <cstdarg>
 #include <cstdio>
-#include <memory>
+#include <string_view>
 #include <vector>
 
+#include "agent/domain/Text.h"
+#include "agent/northbound/BackgroundLogger.h"
+#include "agent/northbound/WriteWithin.h"
 #include "platform/agent/Logging.h"
 
 namespace agent {
@@ -32,34 +34,29 @@ spdlog::level::level_enum priorityOf(int level) {
   }
 }
 
-// One message is one line, of a length that a reader can bear.
-std::string asLine(std::string text) {
-  constexpr std::size_t kLongest = 3000;
-  if (text.size() > kLongest) {
-    text = text.substr(0, kLongest) + "...";
-  }
-  std::replace_if(
-      text.begin(), text.end(), [](char c) { return c == '\n' || c == '\r'; }, ' ');
-  return text;
+constexpr std::size_t kLongestText = 3000;
+constexpr std::size_t kWaitingLines = 1000;
+
+void writeToStandardError(std::string_view line) {
+  writeWithin(STDERR_FILENO, line, kNoLimit);
 }
 
-std::unique_ptr<spdlog::logger> makeLogger() {
-  auto logger = std::make_unique<spdlog::logger>("topo-agentd",
-                                                 std::make_shared<spdlog::sinks::stderr_sink_mt>());
-  logger->set_pattern("%Y-%m-%d %H:%M:%S.%f %l [%t] %v");
-  logger->set_level(spdlog::level::trace);  // what is let through is decided here
+// Neither is ever destroyed: threads of the ORB may log until the process is gone.
+spdlog::logger& directLogger() {
+  static spdlog::logger& logger = *makeDirectLogger(writeToStandardError).release();
   return logger;
 }
 
-// Never destroyed: threads of the ORB may have something to say until the process is gone.
+std::atomic<BackgroundLogger*> background{nullptr};
+
 spdlog::logger& logger() {
-  static spdlog::logger& logger = *makeLogger().release();
-  return logger;
+  BackgroundLogger* const present = background.load();
+  return present == nullptr ? directLogger() : present->logger();
 }
 
-void write(int level, const NS_CORBA::LogPosition& position, const char* text) {
-  logger().log(priorityOf(level),
-               position.file + ':' + std::to_string(position.line) + ' ' + asLine(text));
+void write(int level, const NS_CORBA::LogPosition& position, std::string_view text) {
+  logger().log(priorityOf(level), position.file + ':' + std::to_string(position.line) + ' ' +
+                                      escaped(text, kLongestText));
 }
 
 // The length of what vsnprintf makes of a format is only known afterwards.
@@ -83,8 +80,17 @@ void setLogLevel(int level) {
 
 void log(int level, const std::string& text) {
   if (enabled(level)) {
-    write(level, {"topo-agentd", "", 0}, text.c_str());
+    write(level, {"topo-agentd", "", 0}, text);
   }
+}
+
+void logInBackground() {
+  background.store(new BackgroundLogger(writeToStandardError, kWaitingLines));
+}
+
+bool flushLog(std::chrono::milliseconds patience) {
+  BackgroundLogger* const present = background.load();
+  return present == nullptr || present->flush(patience);
 }
 
 }  // namespace agent
@@ -110,7 +116,7 @@ void TaDebugWithPara(int level, const char* format, ...) {
   va_start(arguments, format);
   const std::string text = agent::formatted(format, arguments);
   va_end(arguments);
-  agent::write(level, *GetTss(), text.c_str());
+  agent::write(level, *GetTss(), text);
 }
 
 void NbiException(ProcessException& exception) {

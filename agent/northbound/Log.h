@@ -1,11 +1,13 @@
 // The agent's log, on standard error. One line a message: local time, level, thread, position,
-// text.
+// text. In the text every control character, line separator, invisible character and byte that is
+// not UTF-8 is \xNN, and a backslash is doubled; a long text is cut.
 //
 // Thread-safety: any thread.
 
 #ifndef AGENT_NORTHBOUND_LOG_H
 #define AGENT_NORTHBOUND_LOG_H
 
+#include <chrono>
 #include <string>
 
 namespace agent {
@@ -19,6 +21,15 @@ void setLogLevel(int level);
 
 // Logs a message of the agent's own.
 void log(int level, const std::string& text);
+
+// From here to the end of the process a thread of its own writes the log, so that no thread that
+// logs waits for whoever reads standard error. At most 1,000 lines wait for that thread; then the
+// oldest line is dropped for each new one, and a line in the log says how many were. Call once,
+// before other threads log. Until then each message is written by the thread that logs it.
+void logInBackground();
+
+// Waits until every message logged before is written; false when that takes too long.
+bool flushLog(std::chrono::milliseconds patience);
 
 }  // namespace agent
 

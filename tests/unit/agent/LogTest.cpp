@@ -107,7 +107,18 @@ TEST_F(AgentLog, TakesATextAsItIs) {
 
 TEST_F(AgentLog, WritesOneLineWhateverTheTextHolds) {
   EXPECT_THAT(loggedBy([] { NS_CORBA::TaDebug(1, "a\r\ntext\n{} %v\n"); }),
-              HasSubstr("Here.cpp:12 a  text {} %v \n"));
+              HasSubstr("Here.cpp:12 a\\x0d\\x0atext\\x0a{} %v\\x0a\n"));
+}
+
+TEST_F(AgentLog, EscapesWhatATerminalOrAReaderWouldObey) {
+  EXPECT_THAT(loggedBy([] { NS_CORBA::TaDebug(1, "\x1b[2J\u009b1m\x7f\u2028\u202e\xff\\x1b"); }),
+              HasSubstr("Here.cpp:12 \\x1b[2J\\xc2\\x9b1m\\x7f\\xe2\\x80\\xa8\\xe2\\x80\\xae\\xff"
+                        "\\\\x1b\n"));
+  EXPECT_THAT(loggedBy([] { NS_CORBA::TaDebugWithPara(1, "<%s>", "\x1b[2J"); }),
+              HasSubstr("Here.cpp:12 <\\x1b[2J>\n"));
+  EXPECT_THAT(loggedBy([] { agent::log(1, std::string("a\0b\x1b", 4)); }),
+              HasSubstr("topo-agentd:0 a\\x00b\\x1b\n"));
+  EXPECT_THAT(loggedBy([] { agent::log(1, "Köln 😀"); }), HasSubstr("topo-agentd:0 Köln 😀\n"));
 }
 
 TEST_F(AgentLog, CutsWhatIsTooLongToRead) {

@@ -1,0 +1,48 @@
+// A pipe that nobody reads and that takes no further byte.
+
+#ifndef TESTS_SUPPORT_FULLPIPE_H
+#define TESTS_SUPPORT_FULLPIPE_H
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <array>
+#include <stdexcept>
+#include <string>
+
+namespace support {
+
+// Programs that are started while an object of this class lives inherit the writing end.
+class FullPipe {
+ public:
+  FullPipe() {
+    if (::pipe(ends_.data()) != 0 || ::fcntl(ends_[0], F_SETFD, FD_CLOEXEC) != 0) {
+      throw std::runtime_error("no pipe");
+    }
+    const int flags = ::fcntl(ends_[1], F_GETFL);
+    ::fcntl(ends_[1], F_SETFL, flags | O_NONBLOCK);
+    while (::write(ends_[1], "x", 1) == 1) {
+    }
+    ::fcntl(ends_[1], F_SETFL, flags);
+  }
+  ~FullPipe() {
+    ::close(ends_[0]);
+    ::close(ends_[1]);
+  }
+
+  FullPipe(const FullPipe&) = delete;
+  FullPipe& operator=(const FullPipe&) = delete;
+
+  int writer() const { return ends_[1]; }
+  int reader() const { return ends_[0]; }
+
+  // A path by which a program that inherits the writing end opens it.
+  std::string path() const { return "/proc/self/fd/" + std::to_string(ends_[1]); }
+
+ private:
+  std::array<int, 2> ends_{};
+};
+
+}  // namespace support
+
+#endif
