@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "agent/domain/FailureCodes.h"
+#include "agent/domain/Text.h"
 
 namespace agent {
 namespace {
@@ -14,8 +15,8 @@ void setPair(globaldefs::NameAndStringValue_T& pair, const char* name, const std
 
 }  // namespace
 
-NamingService::NamingService(std::string ems, const NetworkModel& model)
-    : ems_(std::move(ems)), model_(model) {}
+NamingService::NamingService(std::string ems, const NetworkModel& model, Unnamed unnamed)
+    : ems_(std::move(ems)), model_(model), unnamed_(std::move(unnamed)) {}
 
 int NamingService::GetObjectType(const globaldefs::NVSList_T& name) {
   const auto parsed = parse(name);
@@ -72,9 +73,12 @@ std::optional<ObjectKey> NamingService::parse(const globaldefs::NVSList_T& name)
 CORBA::ULong NamingService::setName(globaldefs::NVSList_T& name, const char* objectClass,
                                     const std::string& value) const {
   name.length(0);
+  if (value.empty()) {
+    return refuseName(objectClass, value, "the id is empty");
+  }
   // CORBA strings end at NUL, so an id with one in it would come back as another id.
-  if (value.empty() || value.find('\0') != std::string::npos) {
-    return kInvalidName;
+  if (value.find('\0') != std::string::npos) {
+    return refuseName(objectClass, value, "the id holds a NUL character");
   }
   name.length(2);
   setPair(name[0], tmf::kEms, ems_);
@@ -84,7 +88,19 @@ CORBA::ULong NamingService::setName(globaldefs::NVSList_T& name, const char* obj
 
 CORBA::ULong NamingService::setNumberedName(globaldefs::NVSList_T& name, const char* objectClass,
                                             std::int32_t number) const {
-  return setName(name, objectClass, number < 0 ? std::string() : std::to_string(number));
+  if (number < 0) {
+    name.length(0);
+    return refuseName(objectClass, std::to_string(number), "the number is negative");
+  }
+  return setName(name, objectClass, std::to_string(number));
+}
+
+CORBA::ULong NamingService::refuseName(const char* objectClass, const std::string& id,
+                                       const char* why) const {
+  if (unnamed_) {
+    unnamed_(std::string("no name for ") + objectClass + ' ' + inQuotes(id) + ": " + why);
+  }
+  return kInvalidName;
 }
 
 }  // namespace agent

@@ -7,6 +7,7 @@
 #define AGENT_DOMAIN_NAMING_H
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -27,8 +28,12 @@ constexpr int kNoObjectType = 0;
 // Borrows the model, which must outlive it. Thread-safety: any thread.
 class NamingService final : public NS_CORBA::CorbaUtilInterface {
  public:
+  // Receives one line for each object that has no name, on the thread of the call. Such an object
+  // is missing from the views.
+  using Unnamed = std::function<void(const std::string& line)>;
+
   // ems: the value of the "EMS" pair of every name, which need not be the network's own.
-  NamingService(std::string ems, const NetworkModel& model);
+  NamingService(std::string ems, const NetworkModel& model, Unnamed unnamed = {});
 
   int GetObjectType(const globaldefs::NVSList_T& name) override;
 
@@ -52,9 +57,11 @@ class NamingService final : public NS_CORBA::CorbaUtilInterface {
                        const std::string& value) const;
   CORBA::ULong setNumberedName(globaldefs::NVSList_T& name, const char* objectClass,
                                std::int32_t number) const;
+  CORBA::ULong refuseName(const char* objectClass, const std::string& id, const char* why) const;
 
   const std::string ems_;
   const NetworkModel& model_;
+  const Unnamed unnamed_;  // may be empty
 };
 
 }  // namespace agent

@@ -99,6 +99,22 @@ TEST_F(NamingTest, HasNoNameForAnIdThatNoNameCanCarry) {
   EXPECT_EQ(0U, name.length());
 }
 
+TEST_F(NamingTest, ReportsEachObjectThatHasNoName) {
+  std::vector<std::string> lines;
+  agent::NamingService naming("ems", model_,
+                              [&lines](const std::string& line) { lines.push_back(line); });
+  globaldefs::NVSList_T name;
+  NS_CORBA::DomainObjectKey key{0, -5};
+  naming.ConvertNEIndexToName(name, key);
+  naming.ConvertTopoNodeIdToName(name, "");
+  naming.ConvertTopoNodeIdToName(name, std::string("a\0b", 3));
+  const std::vector<std::string> expected = {
+      R"(no name for ManagedElement "-5": the number is negative)",
+      R"(no name for TopoSubnetwork "": the id is empty)",
+      R"(no name for TopoSubnetwork "a\x00b": the id holds a NUL character)"};
+  EXPECT_EQ(expected, lines);
+}
+
 TEST_F(NamingTest, TurnsNamesIntoDomainIds) {
   EXPECT_EQ("NE=0", indexOf(objectName("ManagedElement", "0")));
   EXPECT_EQ("NE=2147483647", indexOf(objectName("ManagedElement", "2147483647")));
