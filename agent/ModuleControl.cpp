@@ -40,25 +40,32 @@ void ModuleControl::load() {
 
 void ModuleControl::reload() {
   const std::lock_guard<std::mutex> lock(turn_);
-  state_ = State::kReloading;
+  startExchange().get();
+}
+
+// On another thread: a POA cannot be waited for from within a request, and the caller may be in
+// one.
+std::future<void> ModuleControl::startExchange() {
   try {
-    // A POA cannot be waited for from within a request, and the caller may be in one.
-    std::async(std::launch::async, [this] { exchange(); }).get();
-  } catch (...) {
-    state_ = State::kMissing;
-    throw;
+    return std::async(std::launch::async, [this] { exchange(); });
+  } catch (const std::exception& failure) {
+    throw ModuleError("module " + module_.string() +
+                      ": no thread can be started to reload it, so it stays: " + failure.what());
   }
 }
 
 // While changes are paused nothing may wait for requests that serve a module: one of them may be a
 // change.
 void ModuleControl::exchange() {
-  northbound_.retire();
-  std::optional<NetworkWriter::Pause> pause(writer_);
-  takeOut();
+  std::optional<NetworkWriter::Pause> pause;
   try {
+    state_ = State::kReloading;
+    northbound_.retire();
+    pause.emplace(writer_);
+    takeOut();
     bringIn();
   } catch (...) {
+    state_ = State::kMissing;
     pause.reset();
     takeOut();
     throw;

@@ -6,6 +6,7 @@
 #include <atomic>
 #include <cstdint>
 #include <filesystem>
+#include <future>
 #include <mutex>
 
 #include "agent/bundle/ModuleLoader.h"
@@ -34,8 +35,8 @@ class ModuleControl {
   void load();
 
   // Unloads and loads. Changes of the network wait meanwhile, so that every event finds a module
-  // that translates it. Throws ModuleError; the module is then missing and can be loaded by another
-  // reload.
+  // that translates it. Throws ModuleError or a CORBA exception. The module is then missing, and
+  // another reload can load it; when the reload could not even begin, the module serves on.
   void reload();
 
   // Stops serving what came from the module, lets it handle the events that were raised, and takes
@@ -49,6 +50,7 @@ class ModuleControl {
   std::uint32_t loads() const { return loads_.load(); }
 
  private:
+  std::future<void> startExchange();
   void exchange();
   void bringIn();
   void takeOut();

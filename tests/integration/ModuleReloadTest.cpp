@@ -1,6 +1,7 @@
 // The module comes into the process and leaves it without a trace.
 
 #include <gtest/gtest.h>
+#include <pthread.h>
 #if defined(__SANITIZE_ADDRESS__)
 #include <sanitizer/lsan_interface.h>
 #endif
@@ -156,6 +157,37 @@ TEST_F(ModuleControls, SayThatTheyReloadWhileAnEventIsWaitedFor) {
   EXPECT_EQ(State::kLoaded, control_.state());
   EXPECT_EQ(2U, control_.loads());
   host_.events().UnSubscribe(&slow.handler, events::kCreated);
+}
+
+// No new thread can be started while an object of this class lives.
+class NoThreads {
+ public:
+  NoThreads() {
+    pthread_getattr_default_np(&before_);
+    pthread_attr_t beyondMemory = before_;
+    pthread_attr_setstacksize(&beyondMemory, std::size_t{1} << 47);
+    pthread_setattr_default_np(&beyondMemory);
+  }
+  ~NoThreads() { pthread_setattr_default_np(&before_); }
+
+  NoThreads(const NoThreads&) = delete;
+  NoThreads& operator=(const NoThreads&) = delete;
+
+ private:
+  pthread_attr_t before_{};
+};
+
+TEST_F(ModuleControls, LeaveTheModuleServingWhenAReloadCannotBegin) {
+  control_.load();
+  {
+    const NoThreads none;
+    EXPECT_THROW(control_.reload(), agent::ModuleError);
+  }
+  EXPECT_EQ(State::kLoaded, control_.state());
+  EXPECT_EQ(1U, control_.loads());
+  EXPECT_EQ(7U, host_.capabilities());
+  control_.reload();
+  EXPECT_EQ(2U, control_.loads());
 }
 
 TEST_F(ModuleControls, TakeTurns) {
