@@ -15,8 +15,8 @@ class AgentControl {
   virtual void setTestSwitch(bool on) = 0;
 
   // Takes the module out and puts it in again; one reload after another. Throws a std::exception
-  // whose text is one line when that fails. Not from within a request to the manager or an
-  // iterator.
+  // whose text is one line, or a CORBA exception, when that fails. Not from within a request to the
+  // manager or an iterator.
   virtual void reloadModule() = 0;
 
  protected:

@@ -11,6 +11,7 @@
 #include "agent/domain/NetworkReader.h"
 #include "agent/domain/Text.h"
 #include "agent/northbound/Log.h"
+#include "orb/orb.h"
 #include "platform/agent/Failures.h"
 
 namespace agent {
@@ -40,27 +41,41 @@ std::string_view textOf(const TopoAgent::Content_T& content) {
   return {reinterpret_cast<const char*>(content.get_buffer()), content.length()};
 }
 
-// What broke within the agent is for its log, not for clients.
-void raise(const char* operation, const Outcome& outcome) {
+// Who gets the reason of a failure within the agent. The log always does.
+enum class Reason { kForTheLog, kForTheClientToo };
+
+void raise(const char* operation, const Outcome& outcome, Reason reason) {
   if (outcome.code == kInternalError) {
     log(kLogErrors, std::string(operation) + ": " + outcome.reason);
-    NS_CORBA::ThrowException(outcome.code);
+    if (reason == Reason::kForTheLog) {
+      NS_CORBA::ThrowException(outcome.code);
+    }
   }
   NS_CORBA::ThrowException(outcome.code, outcome.reason);
 }
 
+// The outcome of a piece of work, whatever it throws.
+template <typename Work>
+Outcome outcomeOf(Work work) {
+  try {
+    return work();
+  } catch (const NetworkError& failure) {
+    return {kInvalidName, failure.what()};
+  } catch (const std::exception& failure) {
+    return {kInternalError, failure.what()};
+  } catch (const CORBA::SystemException& failure) {
+    return {kInternalError, orb::describe(failure)};
+  } catch (const CORBA::Exception& failure) {
+    return {kInternalError, failure._name()};
+  } catch (...) {
+    return {kInternalError, "an exception of an unknown type"};
+  }
+}
+
 // Runs an operation up to its outcome, and raises that.
 template <typename Work>
-void perform(const char* operation, Work work) {
-  Outcome outcome;
-  try {
-    outcome = work();
-  } catch (const NetworkError& failure) {
-    outcome = {kInvalidName, failure.what()};
-  } catch (const std::exception& failure) {
-    outcome = {kInternalError, failure.what()};
-  }
-  raise(operation, outcome);
+void perform(const char* operation, Work work, Reason reason = Reason::kForTheLog) {
+  raise(operation, outcomeOf(work), reason);
 }
 
 CORBA::ULong countOf(std::size_t count) {
@@ -109,18 +124,14 @@ TopoAgent::Status_T* ConsoleServant::getStatus() {
   return status._retn();
 }
 
-// The operator who reloads is told why it failed.
 void ConsoleServant::reloadModule() {
-  perform("reloadModule", [&]() -> Outcome {
-    try {
-      control_.reloadModule();
-      return {};
-    } catch (const std::exception& failure) {
-      log(kLogErrors, std::string("reloadModule: ") + failure.what());
-      NS_CORBA::ThrowException(kInternalError, failure.what());
-      throw;
-    }
-  });
+  perform(
+      "reloadModule",
+      [&] {
+        control_.reloadModule();
+        return Outcome{};
+      },
+      Reason::kForTheClientToo);
 }
 
 }  // namespace agent

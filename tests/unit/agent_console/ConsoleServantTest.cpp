@@ -6,9 +6,12 @@
 
 #include <cstring>
 #include <functional>
+#include <new>
 #include <stdexcept>
 #include <utility>
 #include <vector>
+
+#include "orb/orb.h"
 
 namespace {
 
@@ -39,10 +42,14 @@ class RecordingAgent final : public agent::AgentControl {
   }
 
   std::vector<std::string> calls;
-  std::string failure;  // what every call throws, unless it is empty
+  std::string failure;          // what every call throws, unless it is empty
+  std::function<void()> raise;  // throws instead, unless it is empty
 
  private:
   void failIfAsked() const {
+    if (raise) {
+      raise();
+    }
     if (!failure.empty()) {
       throw std::runtime_error(failure);
     }
@@ -256,5 +263,34 @@ TEST_F(AgentConsole, KeepsOtherFailuresOfTheAgentToItself) {
               testing::AllOf(HasSubstr("getStatus: secret"), HasSubstr("setTestSwitch: secret")));
   EXPECT_THAT(agent_.calls, IsEmpty());
 }
+
+struct Thrown {
+  std::function<void()> raise;
+  std::string inTheLog;
+};
+
+class AgentConsoleFailure : public AgentConsole, public testing::WithParamInterface<Thrown> {};
+
+TEST_P(AgentConsoleFailure, IsAnInternalErrorWhateverIsThrown) {
+  agent_.raise = GetParam().raise;
+  testing::internal::CaptureStderr();
+  EXPECT_THAT(refusalOf([&] { console_.setTestSwitch(true); }),
+              testing::AllOf(testing::StartsWith(textOf(globaldefs::EXCPT_INTERNAL_ERROR, "")),
+                             Not(HasSubstr(GetParam().inTheLog))));
+  EXPECT_EQ(textOf(globaldefs::EXCPT_INTERNAL_ERROR, GetParam().inTheLog),
+            refusalOf([&] { console_.reloadModule(); }));
+  EXPECT_THAT(testing::internal::GetCapturedStderr(),
+              testing::AllOf(HasSubstr("setTestSwitch: " + GetParam().inTheLog + '\n'),
+                             HasSubstr("reloadModule: " + GetParam().inTheLog + '\n')));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    OfEveryKind, AgentConsoleFailure,
+    testing::Values(Thrown{[] { throw CORBA::OBJECT_NOT_EXIST(0, CORBA::COMPLETED_NO); },
+                           orb::describe(CORBA::OBJECT_NOT_EXIST(0, CORBA::COMPLETED_NO))},
+                    Thrown{[] { throw PortableServer::POA::WrongPolicy(); },
+                           PortableServer::POA::WrongPolicy()._name()},
+                    Thrown{[] { throw std::bad_alloc(); }, std::bad_alloc().what()},
+                    Thrown{[] { throw 1; }, "an exception of an unknown type"}));
 
 }  // namespace
