@@ -34,6 +34,15 @@ using object_key::kManager;
 // How long receivers may take for what waits for them when the agent ends.
 constexpr std::chrono::seconds kNotificationPatience{3};
 
+// The start was asked to stop.
+struct StartStopped {};
+
+void requireNoStop(const Agent::StopRequested& stopRequested) {
+  if (stopRequested()) {
+    throw StartStopped();
+  }
+}
+
 orb::Options orbOptions(const Options& options) {
   orb::Options result;
   result.maxMessageBytes = options.maxMessageBytes;
@@ -100,7 +109,7 @@ class Agent::Parts final : private AgentControl {
                 }),
         domain_(model_),
         publishedDomain_("DomainInterface", domain_),
-        naming_(emsName_, model_),
+        naming_(emsName_, model_, [](const std::string& line) { log(kLogTraces, line); }),
         publishedNaming_("CorbaUtilInterface", naming_),
         attributes_(emsName_, writer_),
         offeredAttributes_(attributes_),
@@ -125,14 +134,17 @@ class Agent::Parts final : private AgentControl {
   Parts(const Parts&) = delete;
   Parts& operator=(const Parts&) = delete;
 
-  void start(const Options& options) {
+  void start(const Options& options, const StopRequested& stopRequested) {
+    requireNoStop(stopRequested);
     module_.load();
+    requireNoStop(stopRequested);
     manager_ = northbound_.managers().reference(kManager);
     session_.emplace(*server_, object_key::kSession, new SessionServant(notifier_));
     if (options.console) {
       console_.emplace(*server_, object_key::kConsole, new ConsoleServant(nodes_, *this));
     }
-    publish(options);
+    publish(options, stopRequested);
+    requireNoStop(stopRequested);
   }
 
   void reloadModule() override { module_.reload(); }
@@ -157,10 +169,10 @@ class Agent::Parts final : private AgentControl {
   }
 
  private:
-  void publish(const Options& options) {
+  void publish(const Options& options, const StopRequested& stopRequested) {
     if (!options.naming.empty()) {
-      entry_ =
-          std::make_unique<NamingEntry>(server_->get(), options.naming, kManager, manager_.in());
+      entry_ = std::make_unique<NamingEntry>(server_->get(), options.naming, kManager,
+                                             manager_.in(), stopRequested);
     }
     if (!options.iorFile.empty()) {
       replaceFile("IOR file", options.iorFile, managerReference() + '\n');
@@ -216,11 +228,20 @@ Agent::Agent(Options options) : options_(std::move(options)) {}
 
 Agent::~Agent() = default;
 
-void Agent::start() {
+bool Agent::start(const StopRequested& stopRequested) {
+  const StopRequested stop = stopRequested ? stopRequested : [] { return false; };
   setLogLevel(options_.logLevel);
-  auto parts = std::make_unique<Parts>(options_);
-  parts->start(options_);
-  parts_ = std::move(parts);
+  try {
+    auto parts = std::make_unique<Parts>(options_);
+    parts->start(options_, stop);
+    parts_ = std::move(parts);
+    return true;
+  } catch (...) {
+    if (!stop()) {
+      throw;
+    }
+    return false;
+  }
 }
 
 void Agent::stop() {

@@ -3,6 +3,7 @@
 #ifndef AGENT_AGENT_H
 #define AGENT_AGENT_H
 
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -21,9 +22,14 @@ class Agent {
   Agent(const Agent&) = delete;
   Agent& operator=(const Agent&) = delete;
 
+  // Asked between the steps of a start, and during those that wait for somebody else.
+  using StopRequested = std::function<bool()>;
+
   // Opens the endpoint, the store and the module and begins to serve. Throws a std::exception whose
-  // text is one line when one of them cannot be used; nothing is then served.
-  void start();
+  // text is one line, or a CORBA exception, when one of them cannot be used; nothing is then
+  // served. Returns false, and nothing is served, when the start is asked to stop before it is
+  // complete, whatever else fails then. An empty function never asks.
+  bool start(const StopRequested& stopRequested = {});
 
   // Withdraws everything that start made, in reverse. Does nothing when nothing was started.
   void stop();

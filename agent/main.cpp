@@ -1,40 +1,63 @@
 // topo-agentd: the reference agent.
 
-#include <csignal>
-#include <iostream>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstddef>
+#include <cstdlib>
+#include <optional>
 #include <string>
 
 #include "agent/Agent.h"
 #include "agent/Options.h"
+#include "agent/StopSignals.h"
+#include "agent/domain/Text.h"
+#include "agent/northbound/Log.h"
+#include "agent/northbound/WriteWithin.h"
 #include "orb/orb.h"
 
 namespace {
 
-// The signals that stop the agent. Blocked in every thread from the start, so that they are only
-// ever taken here.
-sigset_t stopSignals() {
-  sigset_t signals;
-  sigemptyset(&signals);
-  sigaddset(&signals, SIGINT);
-  sigaddset(&signals, SIGTERM);
-  return signals;
-}
+// How long a start may go on once it was asked to stop.
+constexpr std::chrono::seconds kStartPatience{3};
+
+// How long the agent waits for whoever reads its standard output and standard error.
+constexpr std::chrono::seconds kReaderPatience{1};
+
+constexpr std::size_t kLongestReason = 3000;
 
 int fail(const std::string& reason) {
-  std::cerr << "topo-agentd: " << reason << std::endl;
+  agent::flushLog(kReaderPatience);
+  const std::string line = "topo-agentd: " + agent::printable(reason, kLongestReason) + '\n';
+  agent::writeWithin(STDERR_FILENO, line, kReaderPatience);
   return 1;
 }
 
+// Nothing is lost: the store is at rest, or SQLite undoes the transaction at the next start.
+[[noreturn]] void leaveStart() {
+  agent::log(agent::kLogErrors, "stopped in the middle of a step of the start");
+  agent::flushLog(kReaderPatience);
+  std::_Exit(0);
+}
+
+void announce(const std::string& readyLine) {
+  if (!agent::writeWithin(STDOUT_FILENO, readyLine + '\n', kReaderPatience)) {
+    agent::log(agent::kLogErrors, "standard output does not take the line: " + readyLine);
+  }
+}
+
 void serveUntilStopped(const agent::Options& options) {
-  const sigset_t signals = stopSignals();
-  pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-  std::signal(SIGPIPE, SIG_IGN);
+  agent::StopSignals signals(kStartPatience, leaveStart);
+  agent::logInBackground();
   agent::Agent agent(options);
-  agent.start();
-  std::cout << agent.readyLine() << std::endl;
-  int signal = 0;
-  sigwait(&signals, &signal);
-  agent.stop();
+  const bool started = agent.start([&signals] { return signals.arrived(); });
+  signals.startEnded();
+  if (started) {
+    announce(agent.readyLine());
+    signals.wait();
+    agent.stop();
+  }
+  agent::flushLog(kReaderPatience);
 }
 
 }  // namespace

@@ -1,35 +1,54 @@
 #include "agent/northbound/NamingEntry.h"
 
+#include <chrono>
+
 #include "agent/northbound/Log.h"
 
 namespace agent {
 namespace {
 
+constexpr std::chrono::milliseconds kCallTimeout{2000};
+constexpr int kMostAttempts = 5;
+
 CosNaming::NamingContext_ptr resolveContext(CORBA::ORB_ptr orb, const std::string& service) {
   const CORBA::Object_var object = orb->string_to_object(service.c_str());
+  if (!CORBA::is_nil(object)) {
+    orb::setCallTimeout(object, kCallTimeout);
+  }
   CosNaming::NamingContext_var context = CosNaming::NamingContext::_narrow(object);
   if (CORBA::is_nil(context)) {
     throw NamingError("naming service " + service + ": the reference is not a naming context");
   }
+  orb::setCallTimeout(context, kCallTimeout);
   return context._retn();
 }
 
 }  // namespace
 
 NamingEntry::NamingEntry(CORBA::ORB_ptr orb, const std::string& service, const std::string& name,
-                         CORBA::Object_ptr object)
+                         CORBA::Object_ptr object, const std::function<bool()>& stopRequested)
     : object_(CORBA::Object::_duplicate(object)) {
   name_.length(1);
   name_[0].id = CORBA::string_dup(name.c_str());
-  try {
-    context_ = resolveContext(orb, service);
-    context_->rebind(name_, object);
-  } catch (const CORBA::SystemException& failure) {
-    throw NamingError("naming service " + service + ": " + orb::describe(failure));
-  } catch (const CORBA::Exception& failure) {
-    throw NamingError("naming service " + service + ": it refuses the name \"" + name + "\" with " +
-                      failure._name());
+  for (int attempt = 1;; ++attempt) {
+    try {
+      bind(orb, service);
+      return;
+    } catch (const CORBA::SystemException& failure) {
+      if (!orb::isTimeout(failure) || attempt == kMostAttempts || stopRequested()) {
+        throw NamingError("naming service " + service + ": " + orb::describe(failure));
+      }
+    } catch (const CORBA::Exception& failure) {
+      throw NamingError("naming service " + service + ": it refuses the name \"" + name +
+                        "\" with " + failure._name());
+    }
   }
+}
+
+// May be repeated: the second of two equal bindings changes nothing.
+void NamingEntry::bind(CORBA::ORB_ptr orb, const std::string& service) {
+  context_ = resolveContext(orb, service);
+  context_->rebind(name_, object_);
 }
 
 NamingEntry::~NamingEntry() {

@@ -3,6 +3,7 @@
 #ifndef AGENT_NORTHBOUND_NAMINGENTRY_H
 #define AGENT_NORTHBOUND_NAMINGENTRY_H
 
+#include <functional>
 #include <stdexcept>
 #include <string>
 
@@ -18,17 +19,21 @@ class NamingError : public std::runtime_error {
 };
 
 // Bound by the constructor, unbound by the destructor unless somebody else has taken the name over.
+// The destructor waits for the naming service for at most 4 seconds.
 class NamingEntry {
  public:
-  // The service as an object reference of any form. Throws NamingError.
+  // The service as an object reference of any form. A service that does not answer within 2 seconds
+  // is asked again, for about 10 seconds in all, unless stopRequested. Throws NamingError.
   NamingEntry(CORBA::ORB_ptr orb, const std::string& service, const std::string& name,
-              CORBA::Object_ptr object);
+              CORBA::Object_ptr object, const std::function<bool()>& stopRequested);
   ~NamingEntry();
 
   NamingEntry(const NamingEntry&) = delete;
   NamingEntry& operator=(const NamingEntry&) = delete;
 
  private:
+  void bind(CORBA::ORB_ptr orb, const std::string& service);
+
   CosNaming::NamingContext_var context_;
   CosNaming::Name name_;
   CORBA::Object_var object_;

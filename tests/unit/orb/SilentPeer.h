@@ -1,4 +1,4 @@
-// A peer that takes connections and never says anything.
+// A peer that takes connections and never answers.
 
 #ifndef TESTS_UNIT_ORB_SILENTPEER_H
 #define TESTS_UNIT_ORB_SILENTPEER_H
@@ -26,16 +26,29 @@ class SilentPeer {
     }
     port_ = ntohs(address.sin_port);
   }
-  ~SilentPeer() { ::close(socket_); }
+  ~SilentPeer() {
+    ::close(client_);
+    ::close(socket_);
+  }
   SilentPeer(const SilentPeer&) = delete;
   SilentPeer& operator=(const SilentPeer&) = delete;
 
-  std::string corbaloc() const {
-    return "corbaloc:iiop:1.2@127.0.0.1:" + std::to_string(port_) + "/Key";
+  // Waits until a client has connected and sent something.
+  void waitForRequest() {
+    client_ = ::accept(socket_, nullptr, nullptr);
+    char first = 0;
+    if (::recv(client_, &first, 1, 0) != 1) {
+      throw std::runtime_error("no request");
+    }
   }
+
+  std::string address() const { return "iiop:1.2@127.0.0.1:" + std::to_string(port_); }
+
+  std::string corbaloc() const { return "corbaloc:" + address() + "/Key"; }
 
  private:
   const int socket_;
+  int client_ = -1;
   std::uint16_t port_ = 0;
 };
 
