@@ -127,7 +127,8 @@ OwnValue ownValue(const CORBA::Any& any) {
 
 void decodeObjectType(const CORBA::Any& any, Event& event) {
   notifications::ObjectType_T type{};
-  if (any >>= type) {
+  // Not every ORB checks that the value is one of the enumeration.
+  if ((any >>= type) && static_cast<std::size_t>(type) < kObjectTypes.size()) {
     event.objectType = kObjectTypes[static_cast<std::size_t>(type)];
   }
 }

@@ -132,15 +132,20 @@ json threeNodesAndThreeElements() {
             {{"number", 7}, {"name", "Seven"}}}}};
 }
 
+json record(const json& name, const std::string& label, int type, int param1, int param2,
+            const json& related) {
+  return {{"name", name},
+          {"nativeEMSName", label},
+          {"nodeType", type},
+          {"nodeParam1", param1},
+          {"nodeParam2", param2},
+          {"relatedName", related},
+          {"additionalInfo", json::array()}};
+}
+
 TEST_F(TopoView, ShowsTopologyNodesThenTheElementsThatTheTopologyDoesNotShow) {
   const RunningAgent agent({"--network", network(threeNodesAndThreeElements())});
   const json none = json::array();
-  const auto record = [&](const json& name, const char* label, int type, int param1, int param2,
-                          const json& related) {
-    return json{{"name", name},          {"nativeEMSName", label}, {"nodeType", type},
-                {"nodeParam1", param1},  {"nodeParam2", param2},   {"relatedName", related},
-                {"additionalInfo", none}};
-  };
   EXPECT_THAT(records(agent, {"topo"}),
               ElementsAre(record(subnetworkName("E", "core"), "Core", 1, 0, 0,
                                  subnetworkName("E", "QNMAP_PHY_SUBMAP")),
@@ -149,6 +154,20 @@ TEST_F(TopoView, ShowsTopologyNodesThenTheElementsThatTheTopologyDoesNotShow) {
                           record(elementName("E", 6), "Six", 0, 0, 0, subnetworkName("E", "west")),
                           record(elementName("E", 5), "Five", 0, 100, 100, none),
                           record(elementName("E", 7), "Seven", 0, 100, 100, none)));
+}
+
+TEST_F(TopoView, ShowsWholeRecordsOfWhatLiesBelowASubnetworkAtAnyDepth) {
+  const RunningAgent agent({"--network", network(threeNodesAndThreeElements())});
+  const json west =
+      record(subnetworkName("E", "west"), "West", 1, 1, -2, subnetworkName("E", "core"));
+  const json six = record(elementName("E", 6), "Six", 0, 0, 0, subnetworkName("E", "west"));
+  for (const char* const howMany : {"0", "1", "2", "1000"}) {
+    EXPECT_THAT(records(agent, {"below", "core", "--how-many", howMany}), ElementsAre(west, six));
+  }
+  EXPECT_THAT(records(agent, {"below", "west"}), ElementsAre(six));
+  const Ended refused = runTopoctl({"--ior-file", agent.iorFile(), "below", "Six"});
+  EXPECT_EQ(3, refused.status);
+  EXPECT_THAT(refused.err, testing::HasSubstr("please input topoSubnetwork!"));
 }
 
 TEST_F(TopoView, CarriesDescriptivePairsAndNoFurtherElementsInTestMode) {

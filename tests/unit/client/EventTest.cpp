@@ -128,6 +128,20 @@ TEST_F(DecodedEvent, LeavesOutValuesOfOtherTypesThanTheyShouldHave) {
   EXPECT_TRUE(std::holds_alternative<Unknown>(event.object));
 }
 
+// An object type that does not exist. Some ORBs find it when the value is decoded, and raise.
+TEST_F(DecodedEvent, LeavesOutAMalformedPartAlone) {
+  StructuredEvent received = eventOf("NT_OBJECT_DELETION");
+  addData(received, "objectType") <<=
+      static_cast<notifications::ObjectType_T>(notifications::OT_AID + 1);
+  addData(received, "notificationId") <<= "21";
+  addData(received, "objectName") <<= makeNode("core").name;
+  const Event event = decode(received);
+  EXPECT_EQ(event.kind, EventKind::kDeletion);
+  EXPECT_EQ(text(event.objectType), "<nothing>");
+  EXPECT_EQ(text(event.notificationId), "21");
+  EXPECT_TRUE(event.objectName);
+}
+
 TEST_F(DecodedEvent, HasAnIdThatIsANumber) {
   EXPECT_EQ(parseId("0"), 0U);
   EXPECT_EQ(parseId("18446744073709551615"), 18446744073709551615ULL);

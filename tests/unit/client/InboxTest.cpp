@@ -5,6 +5,8 @@
 
 #include <future>
 
+#include "tests/support/Task.h"
+
 namespace topoctl {
 namespace {
 
@@ -111,9 +113,8 @@ TEST(Inbox, MakesASenderWaitWhileItIsFull) {
   Inbox inbox(1);
   const auto subscription = inbox.begin();
   inbox.push(subscription, eventOf("1"));
-  auto waiting =
-      std::async(std::launch::async, [&] { return inbox.push(subscription, eventOf("2")); });
-  EXPECT_EQ(waiting.wait_for(milliseconds(20)), std::future_status::timeout);
+  support::Task waiting([&] { return inbox.push(subscription, eventOf("2")); });
+  EXPECT_TRUE(waiting.waits());
   EXPECT_EQ(inbox.take(hours(1)).event.notificationId, "1");
   EXPECT_TRUE(waiting.get());
   EXPECT_EQ(inbox.take(hours(1)).event.notificationId, "2");

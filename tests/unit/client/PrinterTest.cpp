@@ -155,6 +155,7 @@ TEST(CsvPrinter, QuotesCommasQuotesAndLineBreaks) {
   EXPECT_EQ(line("say \"hello\""), ",\"say \"\"hello\"\"\",0,0,0,,\r\n");
   EXPECT_EQ(line("two\nlines"), ",\"two\nlines\",0,0,0,,\r\n");
   EXPECT_EQ(line("two\r\nlines"), ",\"two\r\nlines\",0,0,0,,\r\n");
+  EXPECT_EQ(line("two\rlines"), ",\"two\rlines\",0,0,0,,\r\n");
   EXPECT_EQ(line("semi;colon = \\"), ",semi;colon = \\,0,0,0,,\r\n");
   EXPECT_EQ(line("Z\xfcrich"), ",Z\ufffdrich,0,0,0,,\r\n");
 }

@@ -324,6 +324,26 @@ TEST_F(Watch, AsksTheAgentWhenNothingComes) {
   EXPECT_THAT(calls(), IsEmpty());
 }
 
+TEST_F(Watch, RepeatsAPingOverANewConnectionOnce) {
+  start();
+  calls();
+  printed();
+  int closed = 1;  // connections that end during a ping
+  script.onPing = [&closed] {
+    if (closed > 0) {
+      --closed;
+      throw CORBA::COMM_FAILURE(0, CORBA::COMPLETED_MAYBE);
+    }
+  };
+  step();
+  EXPECT_THAT(calls(), ElementsAre("ping", "ping"));
+  EXPECT_THAT(printed(), IsEmpty());
+  closed = 3;
+  step();
+  EXPECT_THAT(calls(), ElementsAre("ping", "ping", "unsubscribe"));
+  EXPECT_THAT(printed(), ElementsAre("disconnected"));
+}
+
 TEST_F(Watch, SubscribesAgainWhenItWasDropped) {
   start();
   push(deletion("5", "n0"));
