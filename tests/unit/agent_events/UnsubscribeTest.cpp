@@ -8,6 +8,7 @@
 
 #include "Handlers.h"
 #include "PlatformSupport.h"
+#include "tests/support/Task.h"
 
 namespace {
 
@@ -25,10 +26,6 @@ using events::Recorder;
 using events::subscribe;
 using events::unsubscribe;
 using testing::ElementsAre;
-
-bool isStillWaiting(const std::future<void>& work) {
-  return work.wait_for(kShort) == std::future_status::timeout;
-}
 
 TEST(UnSubscribe, OfARegistrationThatDoesNotExistIsNoError) {
   Recorder handler;
@@ -69,12 +66,12 @@ TEST(UnSubscribe, WaitsForTheRunningCall) {
   subscribe(manager, handler, {kCreated});
   manager.raise(kCreated, {});
   inside.pass();
-  std::future<void> leaving = std::async(std::launch::async, [&] {
+  support::Task leaving([&] {
     unsubscribe(manager, handler, {kCreated});
     EXPECT_TRUE(left);
   });
   awaitStatus(manager, &EventManager::Status::subscriptions, std::size_t{0});
-  EXPECT_TRUE(isStillWaiting(leaving));
+  EXPECT_TRUE(leaving.waits());
   leave.open();
   leaving.get();
 }
@@ -85,10 +82,9 @@ TEST(UnSubscribe, WaitsForTheRunningCallThoughOtherRegistrationsRemain) {
   subscribe(manager, blocked.handler, {kCreated, kDeleted});
   manager.raise(kCreated, {});
   blocked.waitUntilInside();
-  std::future<void> leaving =
-      std::async(std::launch::async, [&] { unsubscribe(manager, blocked.handler, {kCreated}); });
+  support::Task leaving([&] { unsubscribe(manager, blocked.handler, {kCreated}); });
   awaitStatus(manager, &EventManager::Status::subscriptions, std::size_t{1});
-  EXPECT_TRUE(isStillWaiting(leaving));
+  EXPECT_TRUE(leaving.waits());
   blocked.letGo();
   leaving.get();
 }
@@ -119,8 +115,7 @@ TEST(UnSubscribe, DropsTheQueuedEventsOfThatIdentifierOnly) {
   manager.raise(kCreated, node("c"));
   manager.raise(kChanged, node("d"));
   manager.raise(kCreated, node("e"));
-  std::future<void> leaving =
-      std::async(std::launch::async, [&] { unsubscribe(manager, blocked.handler, {kCreated}); });
+  support::Task leaving([&] { unsubscribe(manager, blocked.handler, {kCreated}); });
   awaitStatus(manager, &EventManager::Status::queued, std::size_t{2});
   blocked.letGo();
   leaving.get();
@@ -180,11 +175,11 @@ TEST(UnSubscribe, OnceMoreWaitsForACallThatHasUnsubscribedItsHandler) {
   subscribe(manager, handler, {kCreated});
   manager.raise(kCreated, {});
   unsubscribed.pass();
-  std::future<void> leaving = std::async(std::launch::async, [&] {
+  support::Task leaving([&] {
     unsubscribe(manager, handler, {kCreated});
     EXPECT_TRUE(left);
   });
-  EXPECT_TRUE(isStillWaiting(leaving));
+  EXPECT_TRUE(leaving.waits());
   leave.open();
   leaving.get();
 }
