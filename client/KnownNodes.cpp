@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <string_view>
-#include <unordered_set>
 #include <utility>
 
 #include "idl/NotificationLayout.h"
@@ -108,7 +107,7 @@ using Entries = std::vector<const KnownNodes::Entry*>;
 
 // How many of the entries' nodes are above each; those of a cycle have any number.
 std::vector<std::size_t> depthsOf(const Entries& entries) {
-  std::unordered_map<std::string, std::size_t> numbers;
+  salted::Map<std::string, std::size_t> numbers;
   for (std::size_t i = 0; i < entries.size(); ++i) {
     numbers.emplace(keyOf(entries[i]->node.name), i);
   }
@@ -196,8 +195,8 @@ class Expected {
   }
 
   const KnownNodes& known_;
-  std::unordered_set<std::string> taken_;  // the keys that the events are about
-  KnownNodes touched_;                     // the nodes of these keys
+  salted::Set<std::string> taken_;  // the keys that the events are about
+  KnownNodes touched_;              // the nodes of these keys
 };
 
 void tellDeletions(const Expected& expected, const KnownNodes& read, std::vector<Event>& events) {

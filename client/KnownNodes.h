@@ -7,10 +7,10 @@
 #include <cstdint>
 #include <deque>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
 #include "client/Event.h"
+#include "hash/SaltedHash.h"
 
 namespace topoctl {
 
@@ -33,12 +33,12 @@ class KnownNodes {
 
   std::size_t size() const { return entries_.size(); }
   const Entry* find(const std::string& key) const;  // null when there is none
-  const std::unordered_map<std::string, Entry>& entries() const { return entries_; }
+  const salted::Map<std::string, Entry>& entries() const { return entries_; }
 
  private:
   void change(const Event& event);
 
-  std::unordered_map<std::string, Entry> entries_;  // by keyOf the name
+  salted::Map<std::string, Entry> entries_;  // by keyOf the name
   std::uint64_t nextPlace_ = 0;
 };
 

@@ -1,14 +1,13 @@
 #include "client/Tree.h"
 
 #include <algorithm>
-#include <functional>
 #include <ostream>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include "client/Text.h"
+#include "hash/SaltedHash.h"
 
 namespace topoctl {
 namespace {
@@ -26,12 +25,13 @@ constexpr const char* kOrphansHeading =
 
 struct NameHash {
   std::size_t operator()(const NVSList_T* name) const {
-    std::size_t hash = name->length();
+    const salted::Hash hash;
+    std::size_t all = name->length();
     for (CORBA::ULong i = 0; i < name->length(); ++i) {
-      hash = hash * 31 + std::hash<std::string_view>()((*name)[i].name.in());
-      hash = hash * 31 + std::hash<std::string_view>()((*name)[i].value.in());
+      all = hash(all + hash((*name)[i].name.in()));
+      all = hash(all + hash((*name)[i].value.in()));
     }
-    return hash;
+    return all;
   }
 };
 
@@ -89,7 +89,7 @@ class Tree {
   }
 
   void findParents() {
-    std::unordered_map<const NVSList_T*, std::size_t, NameHash, NameEqual> numbers;
+    salted::Map<const NVSList_T*, std::size_t, NameHash, NameEqual> numbers;
     for (std::size_t i = 0; i < nodes_.size(); ++i) {
       numbers.emplace(&nodes_[i]->name, i);  // of several with a name the first has the children
     }

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Checks what the compiler does not: who may include whom, ORB names, line ends.
+"""Checks what the compiler does not: who may include whom, ORB names, unsalted hash tables, line ends.
 
 The arrows are those of docs/architecture.md: a folder may include itself and what is listed for it.
 """
@@ -14,15 +14,16 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent
 # Folder -> the folders whose headers it may include. idl stands for the generated headers, which are
 # only ever reached through orb.
 ALLOWED = {
+    "hash": set(),
     "orb": {"idl"},
     "include/platform": {"orb"},
     "include/topo": {"include/platform", "orb"},
-    "topomanagementmgr": {"include/topo", "include/platform", "orb"},
+    "topomanagementmgr": {"hash", "include/topo", "include/platform", "orb"},
     "topomanagementmgrimpl": {"topomanagementmgr", "include/topo", "include/platform", "orb"},
-    "topoevent": {"topomanagementmgr", "include/topo", "include/platform", "orb"},
+    "topoevent": {"hash", "topomanagementmgr", "include/topo", "include/platform", "orb"},
     "toposvc": {"topoevent", "topomanagementmgrimpl", "topomanagementmgr", "include/topo",
                 "include/platform", "orb"},
-    "agent/domain": {"include/platform", "orb"},
+    "agent/domain": {"hash", "include/platform", "orb"},
     "agent/bundle": {"include/platform", "orb"},
     "agent/events": {"agent/domain", "include/platform", "orb"},
     "agent/northbound": {"agent/domain", "agent/events", "include/platform", "orb"},
@@ -31,11 +32,12 @@ ALLOWED = {
                       "include/platform", "orb"},
     "agent": {"agent/console", "agent/northbound", "agent/notifications", "agent/domain",
               "agent/events", "agent/bundle", "include/platform", "orb"},
-    "client": {"orb"},
+    "client": {"hash", "orb"},
 }
 
 # How an include path begins -> the folder it leads to.
 PREFIXES = [
+    ("hash/", "hash"),
     ("platform/", "include/platform"),
     ("topo/", "include/topo"),
     ("orb/", "orb"),
@@ -57,6 +59,9 @@ ORB_NAME = re.compile(r"(?<![A-Za-z0-9_])(?:-D)?TAO_|ACE_TAO|(?<![A-Za-z])(?:lib
 # The last three tell people or apt which packages there are, and what is looked for.
 ORB_NAMES_ALLOWED = ("orb/", "cmake/", "docs/", "README.md", "scripts/packages.txt",
                      "scripts/check_tree.py")
+# Keys that come from outside need a salted table. Pointers and the agent's own object keys do not.
+PLAIN_TABLE = re.compile(r"std::unordered_(?:map|set)<(?!(?:const )?[\w:]+\*)")
+PLAIN_TABLES_ALLOWED = ("hash/", "tests/", "bench/", "agent/northbound/IteratorRegistry.h")
 TEXT = {".supp", ".h", ".cpp", ".idl", ".py", ".sh", ".md", ".json", ".cmake", ".txt", ".map", ".hh", ""}
 
 
@@ -99,6 +104,14 @@ def orb_name_problems(name, text):
             yield f"{name}:{number}: an ORB's name outside orb/, cmake/ and docs/"
 
 
+def plain_table_problems(name, text):
+    if name.startswith(PLAIN_TABLES_ALLOWED):
+        return
+    for number, line in enumerate(text.splitlines(), 1):
+        if PLAIN_TABLE.search(line):
+            yield f"{name}:{number}: an unsalted hash table; see hash/SaltedHash.h"
+
+
 def line_end_problems(name, text):
     if text and not text.endswith("\n"):
         yield f"{name}: does not end with a newline"
@@ -115,6 +128,7 @@ def problems():
         yield from line_end_problems(name, text)
         if path.suffix in {".h", ".cpp"}:
             yield from include_problems(name, text)
+            yield from plain_table_problems(name, text)
         yield from orb_name_problems(name, text)
 
 

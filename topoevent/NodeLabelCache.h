@@ -10,8 +10,9 @@
 #include <mutex>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
+
+#include "hash/SaltedHash.h"
 
 namespace topo {
 
@@ -42,7 +43,7 @@ class NodeLabelCache {
   std::deque<Entry> entries_;  // guarded by mutex_; an entry never moves
   // Where the first entry of an identifier is, so that a burst of changes is no walk each. The keys
   // are the identifiers of the entries. Guarded by mutex_.
-  std::unordered_map<std::string_view, std::size_t> first_;
+  salted::Map<std::string_view, std::size_t> first_;
 };
 
 // The label that was reported last, "" at first.

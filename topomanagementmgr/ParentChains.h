@@ -6,9 +6,9 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
+#include "hash/SaltedHash.h"
 #include "platform/domain/DomainRecords.h"
 
 namespace topo {
@@ -32,9 +32,8 @@ class ParentChains {
 
   const std::string& subnetworkId_;
   const std::vector<NS_DOMAIN::TopoNode_T>& nodes_;
-  std::unordered_map<std::string_view, std::size_t>
-      first_;                    // id, index of the first node that has it
-  std::vector<Answer> answers_;  // of the node at the same index
+  salted::Map<std::string_view, std::size_t> first_;  // id, index of the first node that has it
+  std::vector<Answer> answers_;                       // of the node at the same index
 };
 
 }  // namespace topo

@@ -1,8 +1,7 @@
 // The topo and the protect subnetwork view: which domain nodes they show, and what subnetworks
 // carry in test mode.
 
-#include <unordered_set>
-
+#include "hash/SaltedHash.h"
 #include "platform/agent/AgentConfig.h"
 #include "topo/Holder.h"
 #include "topo/Log.h"
@@ -154,7 +153,7 @@ void addAttributes(TopoManagementManager::Node_T& node, const Placement& placeme
 
 std::vector<NEIndex> TopoManagementMgr::indexesNotShown(const std::vector<NEIndex>& all,
                                                         const std::vector<NEIndex>& shown) {
-  std::unordered_set<std::int32_t> shownNumbers;
+  salted::Set<std::int32_t> shownNumbers;
   shownNumbers.reserve(shown.size());
   for (const NEIndex& index : shown) {
     shownNumbers.insert(index.number);

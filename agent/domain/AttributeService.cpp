@@ -2,11 +2,11 @@
 
 #include <exception>
 #include <new>
-#include <unordered_set>
 #include <utility>
 
 #include "agent/domain/FailureCodes.h"
 #include "agent/domain/Text.h"
+#include "hash/SaltedHash.h"
 
 namespace agent {
 namespace {
@@ -35,7 +35,7 @@ void requireText(const char* attribute, const NVSList_T& name, std::string_view 
 
 // The names that were seen so far are borrowed.
 std::string problemWithPair(const globaldefs::NameAndStringValue_T& pair,
-                            std::unordered_set<std::string_view>& seen) {
+                            salted::Set<std::string_view>& seen) {
   const std::string_view name = textOf(pair.name);
   if (name.empty()) {
     return "has no name";
@@ -53,7 +53,7 @@ std::string problemWithPair(const globaldefs::NameAndStringValue_T& pair,
 
 // Before the texts are copied: there may be a million of them.
 void requirePairs(const NVSList_T& pairs, const NVSList_T& object) {
-  std::unordered_set<std::string_view> seen;
+  salted::Set<std::string_view> seen;
   for (CORBA::ULong i = 0; i < pairs.length(); ++i) {
     const std::string problem = problemWithPair(pairs[i], seen);
     if (!problem.empty()) {

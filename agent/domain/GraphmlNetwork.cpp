@@ -1,17 +1,14 @@
 #include "agent/domain/GraphmlNetwork.h"
 
-#include <algorithm>
-#include <charconv>
-#include <cmath>
 #include <cstring>
-#include <limits>
 #include <pugixml.hpp>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
+#include "agent/domain/Decimal.h"
 #include "agent/domain/NetworkError.h"
 #include "agent/domain/Text.h"
+#include "hash/SaltedHash.h"
 
 namespace agent {
 namespace {
@@ -50,13 +47,12 @@ std::string checked(std::string text, const std::string& place) {
   return text;
 }
 
-// A kind of data: the keys that the file declares for it, and its default.
+// A kind of data: the keys that the file declares for it, borrowed from the document, and its
+// default.
 struct DataKey {
   std::string name;
-  std::vector<std::string> keys;
+  salted::Set<std::string_view> keys;
   std::string fallback;
-
-  bool has(const char* key) const { return std::find(keys.begin(), keys.end(), key) != keys.end(); }
 };
 
 std::string contentOf(pugi::xml_node element) {
@@ -74,7 +70,7 @@ DataKey dataKey(pugi::xml_node root, const std::string& domain, const std::strin
   for (const pugi::xml_node key : root.children("key")) {
     const std::string keyDomain = key.attribute("for").as_string("all");
     if ((keyDomain == domain || keyDomain == "all") && key.attribute("attr.name").value() == name) {
-      found.keys.emplace_back(key.attribute("id").value());
+      found.keys.emplace(key.attribute("id").value());
       found.fallback = contentOf(key.child("default"));
     }
   }
@@ -82,14 +78,35 @@ DataKey dataKey(pugi::xml_node root, const std::string& domain, const std::strin
 }
 
 // The data of one kind that an element carries; the first where there are several.
-std::string dataOf(pugi::xml_node element, const DataKey& wanted, const std::string& place) {
+std::string dataOf(pugi::xml_node element, const DataKey& wanted) {
   for (const pugi::xml_node data : element.children("data")) {
-    if (wanted.has(data.attribute("key").value())) {
-      return checked(contentOf(data), place + '.' + wanted.name);
+    if (wanted.keys.count(data.attribute("key").value()) != 0) {
+      return contentOf(data);
     }
   }
-  return checked(wanted.fallback, place + '.' + wanted.name);
+  return wanted.fallback;
 }
+
+// Bounds the texts that a file makes by its size. A default, the label of the graph and the label
+// of a node each stand in the file once and in the network any number of times.
+class TextBudget {
+ public:
+  explicit TextBudget(std::size_t fileBytes) : left_(kSpareBytes + kMostRepetition * fileBytes) {}
+
+  void take(std::size_t bytes, const std::string& place) {
+    if (bytes > left_) {
+      throw Refusal{place, "repeats texts until they have more than " +
+                               std::to_string(kMostRepetition) + " times the size of the file"};
+    }
+    left_ -= bytes;
+  }
+
+ private:
+  static constexpr std::size_t kMostRepetition = 32;
+  static constexpr std::size_t kSpareBytes = std::size_t{1} << 20;
+
+  std::size_t left_;
+};
 
 std::string_view trimmed(std::string_view text) {
   const std::size_t first = text.find_first_not_of(kBlanks);
@@ -99,20 +116,17 @@ std::string_view trimmed(std::string_view text) {
   return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
 }
 
-// Degrees in decimal to thousandths of a degree, halves away from zero; 0 for no text.
-std::int32_t thousandths(const std::string& text, const std::string& place) {
-  const std::string_view digits = trimmed(text);
-  if (digits.empty()) {
+// Degrees in decimal; 0 for no text.
+std::int32_t degrees(const std::string& text, const std::string& place) {
+  const std::string_view decimal = trimmed(text);
+  if (decimal.empty()) {
     return 0;
   }
-  double degrees = 0;
-  const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), degrees);
-  const bool isNumber = error == std::errc() && end == digits.data() + digits.size();
-  const double rounded = std::round(degrees * 1000);
-  if (!isNumber || !(std::abs(rounded) <= std::numeric_limits<std::int32_t>::max())) {
+  const auto thousandths = thousandthsOf(decimal);
+  if (!thousandths) {
     throw Refusal{place, inQuotes(text) + " is no usable number of degrees"};
   }
-  return static_cast<std::int32_t>(rounded);
+  return *thousandths;
 }
 
 std::string elementId(std::size_t number) {
@@ -122,8 +136,9 @@ std::string elementId(std::size_t number) {
 // One pass over the nodes, then one over the edges, which may refer to any node.
 class GraphReader {
  public:
-  GraphReader(pugi::xml_node root, const std::string& baseName)
-      : graph_(root.child("graph")),
+  GraphReader(pugi::xml_node root, const std::string& baseName, std::size_t fileBytes)
+      : texts_(fileBytes),
+        graph_(root.child("graph")),
         graphLabel_(dataKey(root, "graph", "label")),
         nodeLabel_(dataKey(root, "node", "label")),
         country_(dataKey(root, "node", "Country")),
@@ -149,7 +164,7 @@ class GraphReader {
 
  private:
   void readGraph(const std::string& baseName) {
-    network_.ems = dataOf(graph_, graphLabel_, "graph");
+    network_.ems = textOf(graph_, graphLabel_, "graph");
     if (network_.ems.empty()) {
       network_.ems = checked(baseName, "file name");
     }
@@ -157,6 +172,12 @@ class GraphReader {
       throw Refusal{"graph.label", inQuotes(network_.ems) + " cannot be the id of a subnetwork"};
     }
     addSubnetwork(network_.ems, network_.ems, kPhysicalRoot);
+  }
+
+  std::string textOf(pugi::xml_node element, const DataKey& wanted, const std::string& place) {
+    std::string text = dataOf(element, wanted);
+    texts_.take(text.size(), place);
+    return checked(std::move(text), place + '.' + wanted.name);
   }
 
   void addSubnetwork(const std::string& id, const std::string& name, const std::string& parent) {
@@ -169,7 +190,8 @@ class GraphReader {
   }
 
   // The id of the subnetwork that a country's elements are in, made when it is first met.
-  std::string subnetworkOf(const std::string& country) {
+  std::string subnetworkOf(const std::string& country, const std::string& place) {
+    texts_.take(network_.ems.size() + country.size(), place);
     if (country.empty()) {
       return network_.ems;
     }
@@ -190,12 +212,12 @@ class GraphReader {
 
     NS_DOMAIN::TopoNode_T& element = elements_.emplace_back();
     element.nodeId = elementId(number);
-    element.parentId = subnetworkOf(dataOf(node, country_, place));
-    element.nativeName = dataOf(node, nodeLabel_, place);
+    element.parentId = subnetworkOf(textOf(node, country_, place), place);
+    element.nativeName = textOf(node, nodeLabel_, place);
     element.nodeType = NS_DOMAIN::kTopoElement;
     element.parentType = NS_DOMAIN::kTopoSubnetwork;
-    element.attribute3 = thousandths(dataOf(node, longitude_, place), place + ".Longitude");
-    element.attribute4 = thousandths(dataOf(node, latitude_, place), place + ".Latitude");
+    element.attribute3 = degrees(textOf(node, longitude_, place), place + ".Longitude");
+    element.attribute4 = degrees(textOf(node, latitude_, place), place + ".Latitude");
     addRecords(number, element.nativeName);
   }
 
@@ -224,12 +246,14 @@ class GraphReader {
     const std::string place = "edge[" + index + ']';
     const std::size_t source = endOf(edge, "source", place);
     const std::size_t target = endOf(edge, "target", place);
-    const std::string type = dataOf(edge, linkType_, place);
+    const std::string type = textOf(edge, linkType_, place);
 
     NS_DOMAIN::ClockTopoLinkInfo_T& link = network_.clockLinks.emplace_back();
+    const std::string& sourceName = elements_[source - 1].nativeName;
+    const std::string& targetName = elements_[target - 1].nativeName;
+    texts_.take(sourceName.size() + targetName.size(), place);
     link.linkId = 'e' + index;
-    link.nativeName = (type.empty() ? "link" : type) + '/' + elements_[source - 1].nativeName +
-                      '-' + elements_[target - 1].nativeName;
+    link.nativeName = (type.empty() ? "link" : type) + '/' + sourceName + '-' + targetName;
     link.aEndReference = elementId(source);
     link.zEndReference = elementId(target);
   }
@@ -255,6 +279,8 @@ class GraphReader {
     }
   }
 
+  TextBudget texts_;
+
   const pugi::xml_node graph_;
   const DataKey graphLabel_;
   const DataKey nodeLabel_;
@@ -263,10 +289,10 @@ class GraphReader {
   const DataKey latitude_;
   const DataKey linkType_;
 
-  Network network_;                              // its topoNodes: the subnetworks
-  std::vector<NS_DOMAIN::TopoNode_T> elements_;  // they follow the subnetworks in the end
-  std::unordered_map<std::string, std::string> countries_;  // name, subnetwork id
-  std::unordered_map<std::string, std::size_t> numbers_;    // id in the file, element number
+  Network network_;                                  // its topoNodes: the subnetworks
+  std::vector<NS_DOMAIN::TopoNode_T> elements_;      // they follow the subnetworks in the end
+  salted::Map<std::string, std::string> countries_;  // name, subnetwork id
+  salted::Map<std::string, std::size_t> numbers_;    // id in the file, element number
 };
 
 // The root element, with exactly one graph in it.
@@ -288,7 +314,7 @@ pugi::xml_node rootOf(const pugi::xml_document& document) {
 Network readGraphmlNetwork(std::string_view text, const std::string& baseName) {
   pugi::xml_document document;
   parse(document, text);
-  return GraphReader(rootOf(document), baseName).read();
+  return GraphReader(rootOf(document), baseName, text.size()).read();
 }
 
 }  // namespace agent

@@ -1,26 +1,24 @@
 #include "agent/domain/NetworkChecks.h"
 
 #include <cstddef>
-#include <functional>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
 #include "agent/domain/NetworkError.h"
 #include "agent/domain/Text.h"
+#include "hash/SaltedHash.h"
 
 namespace agent {
 namespace {
 
 using LabelKey = std::pair<std::int32_t, std::string_view>;
 
-struct KeyHash {
-  std::size_t operator()(std::int32_t key) const { return std::hash<std::int32_t>()(key); }
-  std::size_t operator()(std::string_view key) const { return std::hash<std::string_view>()(key); }
+struct KeyHash : salted::Hash {
+  using salted::Hash::operator();
   std::size_t operator()(const LabelKey& key) const {
-    return (*this)(key.second) * 31 + (*this)(key.first);
+    return (*this)((*this)(key.second) ^ (*this)(key.first));
   }
 };
 
@@ -36,7 +34,7 @@ std::string show(const LabelKey& key) {
 
 // Where each key of a list stands.
 template <typename Key>
-using Positions = std::unordered_map<Key, std::size_t, KeyHash>;
+using Positions = salted::Map<Key, std::size_t, KeyHash>;
 
 // Borrows the texts of the list.
 template <typename Key, typename Record, typename KeyOf>

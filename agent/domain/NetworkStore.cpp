@@ -12,12 +12,12 @@
 #include <filesystem>
 #include <limits>
 #include <system_error>
-#include <unordered_map>
 #include <utility>
 
 #include "agent/domain/Statements.h"
 #include "agent/domain/StoreGuard.h"
 #include "agent/domain/Text.h"
+#include "hash/SaltedHash.h"
 
 namespace agent {
 namespace {
@@ -406,7 +406,7 @@ std::int32_t intOf(SQLite::Statement& row, int column) {
 }
 
 void readTopoNodes(SQLite::Database& database, Network& network) {
-  std::unordered_map<std::int64_t, std::size_t> indexOf;  // by position
+  salted::Map<std::int64_t, std::size_t> indexOf;  // by position
   forEachRow(database,
              "SELECT id, parent, name, type, parent_type, param3, param4, position FROM topo_node "
              "ORDER BY position",

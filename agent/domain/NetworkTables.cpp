@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <stdexcept>
-#include <unordered_set>
+#include <unordered_map>
 
 #include "agent/domain/Text.h"
 
@@ -184,7 +184,7 @@ NetworkAddition NetworkTables::prepareAddition(Network network) const {
 }
 
 void NetworkTables::markShown(NetworkAddition& addition) const {
-  std::unordered_set<std::int32_t> numbers;  // of the elements that get nodes
+  salted::Set<std::int32_t> numbers;  // of the elements that get nodes
   for (const Node& node : addition.tables.nodes_) {
     if (node.shownAs && node.shownAs->type == kManagedElementType &&
         numbers.insert(node.shownAs->number).second) {

@@ -19,12 +19,12 @@
 #include <string>
 #include <string_view>
 #include <tuple>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
 #include "agent/domain/ManagedObjects.h"
 #include "agent/domain/Network.h"
+#include "hash/SaltedHash.h"
 
 namespace agent {
 
@@ -148,8 +148,8 @@ class NetworkTables {
 
  private:
   struct NumberedHash {
-    std::size_t operator()(const NumberedObject& object) const noexcept {
-      return static_cast<std::size_t>(object.number) * 4 + static_cast<std::size_t>(object.type);
+    std::size_t operator()(const NumberedObject& object) const {
+      return salted::Hash()(std::int64_t{object.number} * 4 + object.type);
     }
   };
 
@@ -185,11 +185,11 @@ class NetworkTables {
   Labels labels_;
 
   // The texts are borrowed from the records.
-  std::unordered_map<std::string_view, Node*> nodesById_;
-  std::unordered_map<std::int32_t, NetworkElement*> elementsByNumber_;
-  std::unordered_map<std::string_view, Position*> positionsByReference_;
-  std::unordered_map<std::string_view, NS_DOMAIN::ClockTopoLinkInfo_T*> linksById_;
-  std::unordered_map<NumberedObject, ObjectRecords, NumberedHash> objects_;
+  salted::Map<std::string_view, Node*> nodesById_;
+  salted::Map<std::int32_t, NetworkElement*> elementsByNumber_;
+  salted::Map<std::string_view, Position*> positionsByReference_;
+  salted::Map<std::string_view, NS_DOMAIN::ClockTopoLinkInfo_T*> linksById_;
+  salted::Map<NumberedObject, ObjectRecords, NumberedHash> objects_;
 };
 
 // A network that is added to another.

@@ -1,7 +1,6 @@
 #include "agent/domain/NodeService.h"
 
 #include <exception>
-#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -10,6 +9,7 @@
 #include "agent/domain/NetworkChecks.h"
 #include "agent/domain/NetworkError.h"
 #include "agent/domain/Text.h"
+#include "hash/SaltedHash.h"
 
 namespace agent {
 namespace {
@@ -154,7 +154,7 @@ class Clashes {
 
 // Of every node that is neither a root nor below a node of the network itself.
 void requireParents(const Network& network, const NetworkModel& model) {
-  std::unordered_set<std::string_view> ids;
+  salted::Set<std::string_view> ids;
   ids.reserve(network.topoNodes.size());
   for (const TopoNode_T& node : network.topoNodes) {
     ids.insert(node.nodeId);

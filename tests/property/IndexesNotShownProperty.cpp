@@ -6,6 +6,7 @@
 
 #include "Oracles.h"
 #include "Random.h"
+#include "tests/support/CollidingKeys.h"
 #include "topomanagementmgr/TopoManagementMgr.h"
 
 namespace {
@@ -58,6 +59,19 @@ TEST(TopoIndexesNotShownProperty, EqualsTheNestedLoopForExtremeNumbers) {
               pairsOf(oracle::indexesNotShown(all, shown)))
         << "round " << round << " of seed " << random.seed();
   }
+}
+
+TEST(TopoIndexesNotShownProperty, CostsNoMoreForNumbersThatCollideInAPlainHash) {
+  const auto cost = [](std::int32_t distance) {
+    std::vector<NEIndex> indexes;
+    for (std::size_t i = 1; i <= support::kCollidingNumbers; ++i) {
+      indexes.push_back({0, static_cast<std::int32_t>(i) * distance});
+    }
+    return support::costOf(
+        [&] { EXPECT_TRUE(TopoManagementMgr::indexesNotShown(indexes, indexes).empty()); });
+  };
+  const double usual = cost(1);
+  EXPECT_PRED2(support::isComparable, cost(support::kCollidingNumbers), usual);
 }
 
 }  // namespace

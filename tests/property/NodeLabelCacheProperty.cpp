@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "Random.h"
+#include "tests/support/CollidingKeys.h"
 
 namespace {
 
@@ -59,6 +60,21 @@ TEST(TopoNodeLabelCacheProperty, EqualsTheWalkOverBothLists) {
         << "round " << round << " of seed " << random.seed();
     ASSERT_EQ(cache.labels(), oracle.labels()) << "round " << round << " of seed " << random.seed();
   }
+}
+
+double costOfLabels(const std::vector<std::string>& identifiers) {
+  topo::NodeLabelCache cache;
+  return support::costOf([&] {
+    for (const std::string& identifier : identifiers) {
+      cache.append(identifier, "label");
+      EXPECT_FALSE(cache.storeChange(identifier, "label"));
+    }
+  });
+}
+
+TEST(TopoNodeLabelCacheProperty, FindsIdentifiersThatCollideInAPlainHashAsQuickly) {
+  const double usual = costOfLabels(support::ordinaryTexts(3000));
+  EXPECT_PRED2(support::isComparable, costOfLabels(support::collidingTexts(3000)), usual);
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 
 #include "Oracles.h"
 #include "Random.h"
+#include "tests/support/CollidingKeys.h"
 #include "topomanagementmgr/TopoManagementMgr.h"
 
 namespace {
@@ -158,6 +159,24 @@ TEST(TopoLongParentChains, LeadThroughACycleThatHasTheSubnetworkInIt) {
   EXPECT_EQ(countBelow("1000", nodes), kMany);
   std::reverse(nodes.begin(), nodes.end());
   EXPECT_EQ(countBelow("1000", nodes), kMany);
+}
+
+double costOfChains(const std::vector<std::string>& ids) {
+  Nodes nodes;
+  for (const std::string& id : ids) {
+    nodes.push_back(node(id, nodes.empty() ? "top" : nodes.back().nodeId));
+  }
+  return support::costOf([&] {
+    topo::ParentChains chains("top", nodes);
+    for (const TopoNode_T& each : nodes) {
+      EXPECT_TRUE(chains.leadToSubnetwork(each.parentId));
+    }
+  });
+}
+
+TEST(TopoLongParentChains, FindIdsThatCollideInAPlainHashAsQuickly) {
+  const double usual = costOfChains(support::ordinaryTexts(3000));
+  EXPECT_PRED2(support::isComparable, costOfChains(support::collidingTexts(3000)), usual);
 }
 
 }  // namespace

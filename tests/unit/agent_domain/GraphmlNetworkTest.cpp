@@ -88,6 +88,26 @@ TEST(GraphmlNetwork, RoundsHalvesOfAThousandthAwayFromZero) {
   EXPECT_EQ(-180000, network.topoNodes[2].attribute4);
 }
 
+TEST(GraphmlNetwork, RoundsTheTextOfCoordinates) {
+  const auto network = readText(graph(R"(
+    <node id="a"><data key="x">32.3835</data><data key="y">-3.23835e1</data></node>)"));
+  EXPECT_EQ(32384, network.topoNodes[1].attribute3);
+  EXPECT_EQ(-32384, network.topoNodes[1].attribute4);
+}
+
+TEST(GraphmlNetwork, RoundsTheTextOfCoordinatesOfTheTopologyZoo) {
+  const std::filesystem::path file = std::filesystem::path(TOPO_ZOO_DIR) / "UsCarrier.graphml";
+  if (!std::filesystem::exists(file)) {
+    GTEST_SKIP() << "no " << file;
+  }
+  std::multiset<std::int32_t> latitudes;
+  for (const auto& node : agent::readNetworkFile(file).topoNodes) {
+    latitudes.insert(node.attribute4);
+  }
+  EXPECT_EQ(1U, latitudes.count(32384));  // 32.3835 in the file
+  EXPECT_EQ(0U, latitudes.count(32383));
+}
+
 TEST(GraphmlNetwork, FindsDataThroughTheKeysThatTheFileDeclares) {
   const auto network = readText(R"(<graphml>
     <key id="d1" for="edge" attr.name="label"/><key id="d2" for="all" attr.name="label"/>
@@ -193,6 +213,38 @@ TEST(GraphmlNetwork, RefusesAGraphThatIsNamedLikeAnElement) {
   EXPECT_EQ(
       R"(net.graphml: graph.label: "NE=1" is also the id of an element)",
       refusalOf(graphml("<graph><data key='g'>NE=1</data><node id='0'/></graph>"), "net.graphml"));
+}
+
+// The text stands in the file once, and would stand in the network once a node or edge.
+TEST(GraphmlNetwork, RefusesToRepeatALongTextForEveryNode) {
+  std::string nodes;
+  for (int i = 0; i < 1000; ++i) {
+    nodes += "<node id='" + std::to_string(i) + "'/>";
+  }
+  const std::string longText(100000, 'x');
+  const std::string reason =
+      ": repeats texts until they have more than 32 times the size of the file";
+  for (const std::string key : {"label", "Country", "Longitude"}) {
+    const std::string refusal =
+        refusalOf("<graphml><key id='k' for='node' attr.name='" + key + "'><default>" +
+                      (key == "Longitude" ? std::string(100000, '0') : longText) +
+                      "</default></key><graph>" + nodes + "</graph></graphml>",
+                  "net.graphml");
+    EXPECT_EQ(reason, refusal.substr(refusal.find("]: ") + 1)) << key;
+  }
+  const std::string refusal = refusalOf(
+      graphml("<graph><data key='g'>" + longText + "</data>" + nodes + "</graph>"), "net.graphml");
+  EXPECT_EQ(reason, refusal.substr(refusal.find("]: ") + 1));
+}
+
+TEST(GraphmlNetwork, RefusesToRepeatALongTextForEveryEdge) {
+  std::string edges;
+  for (int i = 0; i < 1000; ++i) {
+    edges += "<edge source='0' target='0'/>";
+  }
+  const std::string refusal = refusalOfGraph("<node id='0'><data key='l'>" +
+                                             std::string(100000, 'x') + "</data></node>" + edges);
+  EXPECT_EQ("net.graphml: edge[", refusal.substr(0, 18));
 }
 
 TEST(GraphmlNetwork, RefusesAFileNameThatCannotNameTheGraph) {

@@ -7,6 +7,7 @@
 #include <sstream>
 
 #include "WithAgent.h"
+#include "tests/support/CollidingKeys.h"
 
 namespace topoctl {
 namespace {
@@ -165,6 +166,19 @@ TEST_F(TreeOfAnAgent, IsTheTopoViewWhateverTheBatchSizeIs) {
     EXPECT_EQ(output(tree), expected);
   }
   EXPECT_EQ(script.firstCall(), "topo(0)");
+}
+
+TEST(Tree, CostsNoMoreForNamesThatCollideInAPlainHash) {
+  const auto cost = [](const std::vector<std::string>& ids) {
+    std::vector<Member> members;
+    for (const std::string& id : ids) {
+      members.push_back({id, ids[0]});
+    }
+    const NodeList_T nodes = nodesOf(members);
+    return support::costOf([&] { drawn(nodes); });
+  };
+  const double usual = cost(support::ordinaryTexts(2000));
+  EXPECT_PRED2(support::isComparable, cost(support::collidingTexts(2000)), usual);
 }
 
 }  // namespace
