@@ -45,9 +45,7 @@ void IteratorRegistry::retire() {
   }
   if (!CORBA::is_nil(poa)) {
     // Clients see TRANSIENT from here to the end of the POA, and then that there is no such object.
-    const PortableServer::POAManager_var manager = poa->the_POAManager();
-    manager->discard_requests(true);
-    poa->destroy(true, true);
+    orb::destroyPoa(poa);
   }
   // A reclaim on another thread may still hold servants that it took before.
   const std::lock_guard<std::mutex> reclaimed(reclaiming_);

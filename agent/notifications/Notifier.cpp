@@ -76,7 +76,7 @@ Notifier::~Notifier() {
     receiver->stop();
   }
   try {
-    poa_->destroy(true, true);
+    orb::destroyPoa(poa_);
   } catch (const CORBA::Exception&) {
     // The ORB went down first and took the POA with it.
   }

@@ -17,6 +17,10 @@ void forwardLog(const char* message) {
   while (!line.empty() && (line.back() == '\n' || line.back() == '\r')) {
     line.pop_back();
   }
+  writeLog(line);
+}
+
+void writeLog(const std::string& line) {
   const std::lock_guard<std::mutex> lock(logMutex);
   if (logReceiver) {
     logReceiver(line);

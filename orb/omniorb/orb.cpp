@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "drain.h"
 #include "log.h"
 #include "references.h"
 #include "requests.h"
@@ -18,9 +19,16 @@ namespace {
 class RunningOrb {
  public:
   RunningOrb(const Options& options, const std::string& listenAt)
-      : orb_(initOrb(options, listenAt)) {}
+      : orb_(initOrb(options, listenAt)) {
+    setDrainGrace(options.drainGrace);
+  }
 
+  // Destruction takes the ORB's lists of connections away, so it comes after the Drain.
   ~RunningOrb() {
+    {
+      const Drain drain([](const omni::GIOP_S&) { return true; }, Drain::Others::kClosed);
+      orb_->shutdown(true);
+    }
     orb_->destroy();
     setLogReceiver(nullptr);
   }

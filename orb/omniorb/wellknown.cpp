@@ -1,11 +1,21 @@
 #include "wellknown.h"
 
+#include <omniORB4/callHandle.h>
 #include <omniORB4/minorCode.h>
+// The ORB's internal headers do not include each other, so their order is fixed.
+// clang-format off
+#include <omniORB4/internal/giopStrand.h>
+#include <omniORB4/internal/giopStream.h>
+#include <omniORB4/internal/GIOP_S.h>
+// clang-format on
 
+#include <algorithm>
 #include <condition_variable>
 #include <mutex>
+#include <set>
 #include <utility>
 
+#include "drain.h"
 #include "requests.h"
 
 namespace orb {
@@ -25,16 +35,14 @@ class Gate final : public PortableServer::ServantBase {
 
   // Returns when no request is running.
   void close() {
-    std::unique_lock<std::mutex> lock(mutex_);
-    const PortableServer::ServantBase_var servant = std::exchange(servant_, nullptr);
-    idle_.wait(lock, [this] { return running_ == 0; });
-    const RequestGuard guard = std::exchange(guard_, nullptr);
-    lock.unlock();  // servant and guard are dropped without it
+    const PortableServer::ServantBase_var servant = refuse();
+    waitUntilIdle();
+    forgetGuard();
   }
 
   _CORBA_Boolean _dispatch(omniCallHandle& call) override {
-    const Passage passage(*this);
-    const std::shared_ptr<void> token = admit(call);
+    Passage passage(*this, call.iop_s());
+    const std::shared_ptr<void> token = admit(call, passage);
     // First what its interface has, then what every object has.
     return passage.servant->_dispatch(call) || passage.servant->omniServant::_dispatch(call);
   }
@@ -51,16 +59,17 @@ class Gate final : public PortableServer::ServantBase {
  private:
   // Counts as running from here on. The guard changes only while nothing is running.
   struct Passage {
-    explicit Passage(Gate& passed) : gate(passed) {
+    Passage(Gate& passed, omni::IOP_S* call) : gate(passed), request(call) {
       const std::lock_guard<std::mutex> lock(gate.mutex_);
       gate.checkOpen();
       servant = gate.servant_;
-      ++gate.running_;
+      gate.running_.insert(this);
     }
 
     ~Passage() {
       const std::lock_guard<std::mutex> lock(gate.mutex_);
-      if (--gate.running_ == 0) {
+      gate.running_.erase(this);
+      if (gate.running_.empty()) {
         gate.idle_.notify_all();
       }
     }
@@ -69,17 +78,49 @@ class Gate final : public PortableServer::ServantBase {
     Passage& operator=(const Passage&) = delete;
 
     Gate& gate;
+    omni::IOP_S* const request;  // null for a call from within the process
     PortableServer::ServantBase* servant = nullptr;
+    bool admitted = false;  // guarded by the gate's mutex
   };
 
-  // A gate that was closed while the guard made the request wait does not let it through.
-  std::shared_ptr<void> admit(omniCallHandle& call) {
-    if (!guard_) {
-      return nullptr;
+  PortableServer::ServantBase* refuse() {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return std::exchange(servant_, nullptr);
+  }
+
+  void waitUntilIdle() {
+    const auto isIdle = [this] { return running_.empty(); };
+    {
+      const std::lock_guard<std::mutex> lock(mutex_);
+      if (isIdle()) {
+        return;
+      }
     }
-    std::shared_ptr<void> token = guard_(requestOf(call));
+    const Drain drain([this](omni::GIOP_S& request) { return waitsForItsClient(request); });
+    std::unique_lock<std::mutex> lock(mutex_);
+    idle_.wait(lock, isIdle);
+  }
+
+  // False while the guard holds up the request.
+  bool waitsForItsClient(omni::GIOP_S& request) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return std::any_of(running_.begin(), running_.end(), [&request](const Passage* passage) {
+      return passage->request == &request && passage->admitted;
+    });
+  }
+
+  void forgetGuard() {
+    RequestGuard guard;
+    const std::lock_guard<std::mutex> lock(mutex_);
+    std::swap(guard, guard_);  // destroyed after the lock
+  }
+
+  // A gate that was closed while the guard made the request wait does not let it through.
+  std::shared_ptr<void> admit(omniCallHandle& call, Passage& passage) {
+    std::shared_ptr<void> token = guard_ ? guard_(requestOf(call)) : nullptr;
     const std::lock_guard<std::mutex> lock(mutex_);
     checkOpen();
+    passage.admitted = true;
     return token;
   }
 
@@ -94,8 +135,9 @@ class Gate final : public PortableServer::ServantBase {
   std::condition_variable idle_;
   PortableServer::ServantBase* servant_ = nullptr;  // guarded by mutex_, null while closed
   std::string type_;                                // guarded by mutex_, constant while open
-  RequestGuard guard_;  // changed under mutex_ while running_ is 0, so that a request may read it
-  std::size_t running_ = 0;  // guarded by mutex_
+  RequestGuard
+      guard_;  // changed under mutex_ while nothing is running, so that a request may read it
+  std::set<const Passage*> running_;  // guarded by mutex_
 };
 
 // In the POA whose object keys are the bare object ids, as corbaloc references have them.

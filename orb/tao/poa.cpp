@@ -6,6 +6,12 @@
 
 namespace orb {
 
+void destroyPoa(PortableServer::POA_ptr poa) {
+  const PortableServer::POAManager_var manager = poa->the_POAManager();
+  manager->discard_requests(true);
+  poa->destroy(true, true);
+}
+
 bool isOrbsOwnPoa(PortableServer::POA_ptr poa) {
   return dynamic_cast<TAO_Root_POA*>(poa) != nullptr;
 }

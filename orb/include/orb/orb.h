@@ -32,6 +32,10 @@ struct Options {
   // reply; 0: none. Then the connection is closed, so that a client that stops in the middle of a
   // message holds nothing longer than this.
   std::chrono::milliseconds serveTimeout{60000};
+  // Of the arguments and of the reply of a request that something waits for: the end of its object,
+  // of its POA (destroyPoa) or of the ORB. Then the connection of the request is shut down, unless
+  // the request runs in its servant.
+  std::chrono::milliseconds drainGrace{2000};
 
   // What follows concerns startServer alone.
 
@@ -117,7 +121,8 @@ class WellKnownObject {
                                     RequestGuard guard = nullptr) = 0;
 
   // Refuses new requests and those that the guard has not admitted yet (the client sees TRANSIENT),
-  // waits until the running ones have ended and no guard runs, and forgets servant and guard. Does
+  // waits until the running ones have ended and no guard runs, and forgets servant and guard.
+  // Clients that do not read or send are waited for no longer than Options::drainGrace. Does
   // nothing when nothing is published.
   virtual void retire() = 0;
 
@@ -168,6 +173,12 @@ std::unique_ptr<Server> startServer(const Options& options, const Endpoint& endp
 
 // The key that requests to a reference of this process carry.
 ObjectKey objectKeyOf(CORBA::Object_ptr reference);
+
+// Refuses new requests to the objects of a POA (the client sees TRANSIENT), waits until the running
+// ones have ended, and destroys the POA. Clients that do not read or send are waited for no longer
+// than Options::drainGrace. REQUIRES: the POA has a POA manager of its own, and the thread serves
+// no request. Throws OBJECT_NOT_EXIST when the POA is gone.
+void destroyPoa(PortableServer::POA_ptr poa);
 
 // Whether a POA is the ORB's own implementation, not some stand-in.
 bool isOrbsOwnPoa(PortableServer::POA_ptr poa);

@@ -83,7 +83,12 @@ inline Message requestTo(const std::string& key, const std::string& operation) {
 
 class RawClient {
  public:
-  explicit RawClient(const orb::Endpoint& endpoint) : socket_(socket(AF_INET, SOCK_STREAM, 0)) {
+  // A receive buffer of 0 bytes: as large as the system makes it.
+  explicit RawClient(const orb::Endpoint& endpoint, int receiveBuffer = 0)
+      : socket_(socket(AF_INET, SOCK_STREAM, 0)) {
+    if (receiveBuffer > 0) {
+      setsockopt(socket_, SOL_SOCKET, SO_RCVBUF, &receiveBuffer, sizeof receiveBuffer);
+    }
     sockaddr_in address{};
     address.sin_family = AF_INET;
     address.sin_port = htons(endpoint.port);

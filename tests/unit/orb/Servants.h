@@ -46,7 +46,7 @@ class Lavish final : public POA_TopoManagementManager::NodeIterator_I {
   CORBA::Boolean next_n(CORBA::ULong, TopoManagementManager::NodeList_T_out list) override {
     const std::string text(1024 * 1024, 'x');
     TopoManagementManager::NodeList_T_var nodes = new TopoManagementManager::NodeList_T;
-    nodes->length(64);
+    nodes->length(16);
     for (CORBA::ULong i = 0; i < nodes->length(); ++i) {
       nodes[i].nativeEMSName = text.c_str();
     }
