@@ -31,7 +31,7 @@ StopSignals::~StopSignals() {
     startEnded_ = true;
   }
   changed_.notify_all();
-  pthread_kill(thread_.native_handle(), SIGTERM);
+  pthread_kill(thread_.native_handle(), SIGINT);
   thread_.join();
 }
 

@@ -10,6 +10,10 @@ namespace {
 constexpr std::chrono::milliseconds kCallTimeout{2000};
 constexpr int kMostAttempts = 5;
 
+NamingError failureOf(const std::string& service, const std::string& why) {
+  return NamingError("naming service " + service + ": " + why);
+}
+
 CosNaming::NamingContext_ptr resolveContext(CORBA::ORB_ptr orb, const std::string& service) {
   const CORBA::Object_var object = orb->string_to_object(service.c_str());
   if (!CORBA::is_nil(object)) {
@@ -17,7 +21,7 @@ CosNaming::NamingContext_ptr resolveContext(CORBA::ORB_ptr orb, const std::strin
   }
   CosNaming::NamingContext_var context = CosNaming::NamingContext::_narrow(object);
   if (CORBA::is_nil(context)) {
-    throw NamingError("naming service " + service + ": the reference is not a naming context");
+    throw failureOf(service, "the reference is not a naming context");
   }
   orb::setCallTimeout(context, kCallTimeout);
   return context._retn();
@@ -36,11 +40,10 @@ NamingEntry::NamingEntry(CORBA::ORB_ptr orb, const std::string& service, const s
       return;
     } catch (const CORBA::SystemException& failure) {
       if (!orb::isTimeout(failure) || attempt == kMostAttempts || stopRequested()) {
-        throw NamingError("naming service " + service + ": " + orb::describe(failure));
+        throw failureOf(service, orb::describe(failure));
       }
     } catch (const CORBA::Exception& failure) {
-      throw NamingError("naming service " + service + ": it refuses the name \"" + name +
-                        "\" with " + failure._name());
+      throw failureOf(service, "it refuses the name \"" + name + "\" with " + failure._name());
     }
   }
 }
