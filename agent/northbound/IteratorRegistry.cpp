@@ -3,11 +3,19 @@
 #include <utility>
 #include <vector>
 
+#include "agent/northbound/RandomId.h"
+
 namespace agent {
 
 using PortableServer::POA;
 using PortableServer::ServantBase;
 using PortableServer::ServantBase_var;
+
+namespace {
+
+thread_local IteratorRegistry::Creation* threadsCreation = nullptr;
+
+}  // namespace
 
 IteratorRegistry::IteratorRegistry(PortableServer::POA_ptr root, IteratorLimits limits, Clock clock)
     : root_(POA::_duplicate(root)), limits_(limits), clock_(std::move(clock)) {}
@@ -23,7 +31,8 @@ IteratorRegistry::~IteratorRegistry() {
 void IteratorRegistry::open() {
   CORBA::PolicyList policies;
   policies.length(1);
-  policies[0] = root_->create_implicit_activation_policy(PortableServer::IMPLICIT_ACTIVATION);
+  // Ids that the ORB assigns count up, so a client could address the iterators of others.
+  policies[0] = root_->create_id_assignment_policy(PortableServer::USER_ID);
   // A POA manager of its own: iterators are held back or retired without the manager object.
   PortableServer::POA_var poa =
       root_->create_POA("iterators", PortableServer::POAManager::_nil(), policies);
@@ -42,6 +51,7 @@ void IteratorRegistry::retire() {
     poa = poa_._retn();
     entries.swap(entries_);
     byKey_.clear();
+    bytes_ = 0;
   }
   if (!CORBA::is_nil(poa)) {
     // Clients see TRANSIENT from here to the end of the POA, and then that there is no such object.
@@ -56,55 +66,84 @@ PortableServer::POA_ptr IteratorRegistry::poa() {
   return POA::_duplicate(poa_);
 }
 
-// Keeps a place for the servant, so that the limit holds however many threads add at once.
-FailureCode IteratorRegistry::admit(ServantBase* servant) {
+// Reserves place and bytes for the servant, so that the limits hold however many threads add at
+// once.
+FailureCode IteratorRegistry::admit(ServantBase* servant, std::size_t bytes) {
   const TimePoint now = clock_();
   const std::lock_guard<std::mutex> lock(mutex_);
   if (CORBA::is_nil(poa_)) {
     return kInternalError;
   }
-  if (entries_.size() >= limits_.maximum) {
+  if (entries_.size() >= limits_.maximum || bytes > limits_.memory - bytes_) {
     return kTooManyIterators;
   }
+  const auto [place, isNew] = entries_.try_emplace(servant);
+  if (!isNew) {
+    return kInternalError;
+  }
   servant->_add_ref();
-  Entry& entry = entries_[servant];
+  Entry& entry = place->second;
   entry.servant = servant;
+  entry.bytes = bytes;
   entry.lastUse = now;
+  bytes_ += bytes;
   return kSuccess;
 }
 
-orb::ObjectKey IteratorRegistry::activate(ServantBase* servant) {
+void IteratorRegistry::activate(ServantBase* servant) {
   const PortableServer::POA_var iteratorPoa = poa();
-  const CORBA::Object_var reference = iteratorPoa->servant_to_reference(servant);
-  return orb::objectKeyOf(reference);
+  const ObjectId id(randomObjectId());
+  iteratorPoa->activate_object_with_id(*id, servant);
+  try {
+    const CORBA::Object_var reference = iteratorPoa->id_to_reference(*id);
+    track(servant, id, orb::objectKeyOf(reference));
+  } catch (...) {
+    deactivateObject(id);
+    throw;
+  }
 }
 
-void IteratorRegistry::track(ServantBase* servant, const orb::ObjectKey& key) {
+// The servant can be reclaimed from here on, unless its thread is within a Creation.
+void IteratorRegistry::track(ServantBase* servant, const ObjectId& id, const orb::ObjectKey& key) {
+  Creation* const creation = threadsCreation;
+  if (creation != nullptr) {
+    creation->added_.push_back(servant);
+  }
   const TimePoint now = clock_();
   const std::lock_guard<std::mutex> lock(mutex_);
   const auto entry = entries_.find(servant);
   if (entry != entries_.end()) {
-    byKey_[key] = servant;
     entry->second.key = key;
+    byKey_[key] = servant;
+    entry->second.id = id;
+    entry->second.creation = creation;
     entry->second.lastUse = now;
   }
 }
 
-// At the limit, iterators whose time is over make room at once.
-FailureCode IteratorRegistry::admitOrReclaim(ServantBase* servant) {
-  const FailureCode code = admit(servant);
-  return code == kTooManyIterators && reclaimIdle() > 0 ? admit(servant) : code;
+// At a limit, iterators whose time is over make room at once. Room that another thread made in the
+// meantime counts too.
+FailureCode IteratorRegistry::admitOrReclaim(ServantBase* servant, std::size_t bytes) {
+  const FailureCode code = admit(servant, bytes);
+  if (code != kTooManyIterators) {
+    return code;
+  }
+  reclaimIdle();
+  return admit(servant, bytes);
 }
 
-FailureCode IteratorRegistry::add(ServantBase* servant) {
-  const FailureCode code = admitOrReclaim(servant);
+FailureCode IteratorRegistry::add(ServantBase* servant, std::size_t bytes) {
+  if (bytes > limits_.memory) {
+    return kTooMuch;
+  }
+  const FailureCode code = admitOrReclaim(servant, bytes);
   if (code != kSuccess) {
     return code;
   }
   try {
-    track(servant, activate(servant));
+    activate(servant);
   } catch (const CORBA::Exception&) {
-    take(servant);  // the POA is going
+    take(servant);  // the POA is being destroyed
     return kInternalError;
   } catch (...) {
     take(servant);
@@ -114,37 +153,60 @@ FailureCode IteratorRegistry::add(ServantBase* servant) {
   return kSuccess;
 }
 
-ServantBase_var IteratorRegistry::take(ServantBase* servant) {
+IteratorRegistry::Creation::Creation(IteratorRegistry& registry) : registry_(registry) {
+  threadsCreation = this;
+}
+
+IteratorRegistry::Creation::~Creation() {
+  threadsCreation = nullptr;
+  registry_.finish(*this);
+}
+
+void IteratorRegistry::finish(const Creation& creation) {
+  const TimePoint now = clock_();
+  const std::lock_guard<std::mutex> lock(mutex_);
+  for (ServantBase* const servant : creation.added_) {
+    const auto entry = entries_.find(servant);
+    // Another servant may have come to the same address.
+    if (entry != entries_.end() && entry->second.creation == &creation) {
+      entry->second.creation = nullptr;
+      entry->second.lastUse = now;
+    }
+  }
+}
+
+// The servant is null when it is unknown.
+IteratorRegistry::Ending IteratorRegistry::take(ServantBase* servant) {
   const std::lock_guard<std::mutex> lock(mutex_);
   const auto entry = entries_.find(servant);
   if (entry == entries_.end()) {
     return {};
   }
-  ServantBase_var taken = entry->second.servant._retn();
+  Ending taken{entry->second.servant._retn(), std::move(entry->second.id)};
   byKey_.erase(entry->second.key);
+  bytes_ -= entry->second.bytes;
   entries_.erase(entry);
   return taken;
 }
 
-void IteratorRegistry::deactivateTaken(ServantBase* servant) {
+void IteratorRegistry::deactivateObject(const ObjectId& id) {
   const PortableServer::POA_var iteratorPoa = poa();
-  if (CORBA::is_nil(iteratorPoa)) {
+  if (CORBA::is_nil(iteratorPoa) || id == nullptr) {
     return;
   }
   try {
-    const PortableServer::ObjectId_var id = iteratorPoa->servant_to_id(servant);
-    iteratorPoa->deactivate_object(id.in());
+    iteratorPoa->deactivate_object(*id);
   } catch (const CORBA::Exception&) {
-    // Retired in the meantime: the POA is going, and its objects with it.
+    // The object was deactivated already, or the POA is being destroyed together with its objects.
   }
 }
 
 bool IteratorRegistry::deactivate(ServantBase* servant) {
-  const ServantBase_var taken = take(servant);
-  if (taken.in() == nullptr) {
+  const Ending taken = take(servant);
+  if (taken.servant.in() == nullptr) {
     return false;
   }
-  deactivateTaken(taken.in());
+  deactivateObject(taken.id);
   return true;
 }
 
@@ -153,39 +215,48 @@ void IteratorRegistry::touch(const orb::ObjectKey& key) {
   const std::lock_guard<std::mutex> lock(mutex_);
   const auto servant = byKey_.find(key);
   if (servant != byKey_.end()) {
-    entries_[servant->second].lastUse = now;
+    entries_.at(servant->second).lastUse = now;
   }
 }
 
-std::vector<ServantBase_var> IteratorRegistry::takeIdle() {
+// The first idle iterator whose servant is behind another in the order of the entries. The servant
+// is null when there is none.
+IteratorRegistry::Ending IteratorRegistry::firstIdle(ServantBase* after) {
   const TimePoint last = clock_() - limits_.idleTimeout;
-  std::vector<ServantBase_var> taken;
   const std::lock_guard<std::mutex> lock(mutex_);
-  for (auto entry = entries_.begin(); entry != entries_.end();) {
-    // One without a key is being added at this moment.
-    if (entry->second.lastUse > last || entry->second.key.empty()) {
-      ++entry;
-      continue;
+  for (auto place = entries_.upper_bound(after); place != entries_.end(); ++place) {
+    const Entry& entry = place->second;
+    // A servant without an id is being added at this moment.
+    if (entry.lastUse <= last && entry.id != nullptr && entry.creation == nullptr) {
+      return {entry.servant, entry.id};
     }
-    taken.push_back(entry->second.servant);
-    byKey_.erase(entry->second.key);
-    entry = entries_.erase(entry);
   }
-  return taken;
+  return {};
 }
 
+// An iterator stays registered until its deactivation was successful, so that one for which memory
+// was short is reclaimed later.
 std::size_t IteratorRegistry::reclaimIdle() {
   const std::lock_guard<std::mutex> lock(reclaiming_);
-  const std::vector<ServantBase_var> taken = takeIdle();
-  for (const ServantBase_var& servant : taken) {
-    deactivateTaken(servant.in());
+  std::size_t reclaimed = 0;
+  ServantBase* after = nullptr;
+  for (Ending idle = firstIdle(after); idle.servant.in() != nullptr; idle = firstIdle(after)) {
+    after = idle.servant.in();
+    deactivateObject(idle.id);
+    take(after);
+    ++reclaimed;
   }
-  return taken.size();
+  return reclaimed;
 }
 
 std::size_t IteratorRegistry::size() {
   const std::lock_guard<std::mutex> lock(mutex_);
   return entries_.size();
+}
+
+std::size_t IteratorRegistry::bytes() {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  return bytes_;
 }
 
 }  // namespace agent

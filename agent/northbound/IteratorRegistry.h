@@ -1,5 +1,5 @@
-// Housekeeping of result iterators: the POA on which they live, the references that keep them, and
-// the end of those that nobody asks for any more.
+// Housekeeping of result iterators: the POA on which they live, the references that keep them, the
+// limits in number and bytes, and the timeout of idle iterators.
 
 #ifndef AGENT_NORTHBOUND_ITERATORREGISTRY_H
 #define AGENT_NORTHBOUND_ITERATORREGISTRY_H
@@ -7,6 +7,8 @@
 #include <chrono>
 #include <cstddef>
 #include <functional>
+#include <map>
+#include <memory>
 #include <mutex>
 #include <unordered_map>
 #include <vector>
@@ -18,7 +20,8 @@ namespace agent {
 
 struct IteratorLimits {
   std::chrono::milliseconds idleTimeout{300000};
-  std::size_t maximum = 1000;  // that live at once
+  std::size_t maximum = 1000;                 // that live at once
+  std::size_t memory = std::size_t{1} << 30;  // bytes, of all that live at once
 };
 
 // Thread-safety: any thread; open and retire from one thread at a time, never from within a
@@ -48,10 +51,13 @@ class IteratorRegistry {
   // A new reference to the POA for the caller; nil when the registry is not open.
   PortableServer::POA_ptr poa();
 
-  // Takes over the servant's creation reference and activates the servant. Any other code than
-  // kSuccess leaves the reference with the caller, and so does an exception: kTooManyIterators, or
-  // kInternalError when the registry is not open.
-  FailureCode add(PortableServer::ServantBase* servant);
+  // Takes over the servant's creation reference and activates the servant under a random object id.
+  // `bytes` is what the servant holds. Any other code than kSuccess leaves the reference with the
+  // caller, and so does an exception:
+  //   - kTooManyIterators: the limit in number or in bytes is reached,
+  //   - kTooMuch: the servant alone is over the limit in bytes,
+  //   - kInternalError: the registry is not open, or the servant cannot be activated.
+  FailureCode add(PortableServer::ServantBase* servant, std::size_t bytes);
 
   // Deactivates a servant and drops the reference to it; false for an unknown one, which is no
   // error.
@@ -60,39 +66,71 @@ class IteratorRegistry {
   // A request for an object arrives; if it is an iterator's, that has been used now.
   void touch(const orb::ObjectKey& key);
 
-  // Deactivates all iterators that have not been used for the idle time-out; returns how many.
+  // Deactivates all iterators that have not been used for the idle timeout; returns how many.
   std::size_t reclaimIdle();
 
-  // How many live.
+  // While a Creation lives, no iterator that its thread adds is reclaimed: the client has no
+  // reference yet, and a servant that was deactivated could not make one. The idle time of the
+  // iterators begins at the end of the Creation. One a thread at a time.
+  class Creation {
+   public:
+    explicit Creation(IteratorRegistry& registry);
+    ~Creation();
+    Creation(const Creation&) = delete;
+    Creation& operator=(const Creation&) = delete;
+
+   private:
+    friend class IteratorRegistry;
+
+    IteratorRegistry& registry_;
+    std::vector<PortableServer::ServantBase*> added_;  // not owned
+  };
+
+  // How many live, and how many bytes they hold.
   std::size_t size();
+  std::size_t bytes();
 
  private:
+  using ObjectId = std::shared_ptr<const PortableServer::ObjectId>;
+
   struct Entry {
     PortableServer::ServantBase_var servant;
-    orb::ObjectKey key;  // empty until the servant is activated
+    std::size_t bytes = 0;
+    ObjectId id;                         // null until the servant is activated
+    orb::ObjectKey key;                  // empty until then
+    const Creation* creation = nullptr;  // in which the servant was added, while that lives
     TimePoint lastUse;
   };
-  using Entries = std::unordered_map<PortableServer::ServantBase*, Entry>;
+  using Entries = std::map<PortableServer::ServantBase*, Entry>;
 
-  FailureCode admit(PortableServer::ServantBase* servant);
-  FailureCode admitOrReclaim(PortableServer::ServantBase* servant);
-  void track(PortableServer::ServantBase* servant, const orb::ObjectKey& key);
-  orb::ObjectKey activate(PortableServer::ServantBase* servant);
-  PortableServer::ServantBase_var take(PortableServer::ServantBase* servant);
-  std::vector<PortableServer::ServantBase_var> takeIdle();
-  void deactivateTaken(PortableServer::ServantBase* servant);
+  // An iterator that is being deactivated.
+  struct Ending {
+    PortableServer::ServantBase_var servant;
+    ObjectId id;
+  };
+
+  FailureCode admit(PortableServer::ServantBase* servant, std::size_t bytes);
+  FailureCode admitOrReclaim(PortableServer::ServantBase* servant, std::size_t bytes);
+  void activate(PortableServer::ServantBase* servant);
+  void track(PortableServer::ServantBase* servant, const ObjectId& id, const orb::ObjectKey& key);
+  void finish(const Creation& creation);
+  Ending firstIdle(PortableServer::ServantBase* after);
+  Ending take(PortableServer::ServantBase* servant);
+  void deactivateObject(const ObjectId& id);
 
   const PortableServer::POA_var root_;
   const IteratorLimits limits_;
   const Clock clock_;
 
-  // Held while servants that were taken for being idle are let go, and never with mutex_ held.
+  // Held while idle iterators are deactivated and their servants released. Never taken with mutex_
+  // held.
   std::mutex reclaiming_;
 
   std::mutex mutex_;
   // Guarded by mutex_. No call to the ORB is made under it.
   PortableServer::POA_var poa_;
   Entries entries_;
+  std::size_t bytes_ = 0;  // of all entries
   std::unordered_map<orb::ObjectKey, PortableServer::ServantBase*> byKey_;
 };
 

@@ -120,7 +120,7 @@ PortableServer::POA_ptr TAIteratorHelper::getIteratorPoa() {
 
 CORBA::ULong TAIteratorHelper::add_Iterator(PortableServer::ServantBase* servant) {
   agent::IteratorRegistry& iterators = Northbound::instance().iterators();
-  const agent::FailureCode code = iterators.add(servant);
+  const agent::FailureCode code = iterators.add(servant, 0);
   agent::log(agent::kLogTraces, "result iterators: " + std::to_string(iterators.size()) + " live" +
                                     (code == agent::kSuccess ? "" : ", one refused"));
   return code;

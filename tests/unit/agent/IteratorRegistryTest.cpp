@@ -5,7 +5,10 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <functional>
 #include <future>
+#include <set>
+#include <string>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -58,10 +61,19 @@ class IteratorHousekeeping : public testing::Test {
   // Its creation reference is the caller's.
   CountedServant* servant() { return new CountedServant(registry_); }
 
-  CountedServant* added() {
+  CountedServant* added(std::size_t bytes = 0) {
     CountedServant* made = servant();
-    EXPECT_EQ(agent::kSuccess, registry_.add(made));
+    EXPECT_EQ(agent::kSuccess, registry_.add(made, bytes));
     return made;
+  }
+
+  // The failure code for a servant that holds so many bytes.
+  agent::FailureCode refusal(std::size_t bytes) {
+    CountedServant* made = servant();
+    const agent::FailureCode code = registry_.add(made, bytes);
+    EXPECT_EQ(1U, made->_refcount_value());
+    made->_remove_ref();
+    return code;
   }
 
   // A servant together with its reference, as a client gets it.
@@ -80,9 +92,11 @@ class IteratorHousekeeping : public testing::Test {
     }
   }
 
+  static constexpr std::size_t kMemory = 1000;  // the limit in bytes
+
   static std::unique_ptr<orb::Server> server_;
   IteratorRegistry::TimePoint now_{};
-  IteratorRegistry registry_{server_->rootPoa(), IteratorLimits{milliseconds(1000), 3},
+  IteratorRegistry registry_{server_->rootPoa(), IteratorLimits{milliseconds(1000), 3, kMemory},
                              [this] { return now_; }};
 };
 
@@ -137,17 +151,120 @@ TEST_F(IteratorHousekeeping, RefusesIteratorsOverTheLimitAndLeavesThemWithTheCal
   added();
   added();
   CountedServant* refused = servant();
-  EXPECT_EQ(agent::kTooManyIterators, registry_.add(refused));
+  EXPECT_EQ(agent::kTooManyIterators, registry_.add(refused, 0));
   EXPECT_EQ(1U, refused->_refcount_value());
   EXPECT_EQ(3U, registry_.size());
   registry_.deactivate(first);
-  EXPECT_EQ(agent::kSuccess, registry_.add(refused));
+  EXPECT_EQ(agent::kSuccess, registry_.add(refused, 0));
 }
+
+TEST_F(IteratorHousekeeping, RefusesIteratorsOverTheLimitInBytes) {
+  CountedServant* first = added(600);
+  added(400);
+  EXPECT_EQ(1000U, registry_.bytes());
+  EXPECT_EQ(agent::kTooManyIterators, refusal(1));
+  registry_.deactivate(first);
+  EXPECT_EQ(400U, registry_.bytes());
+  EXPECT_EQ(agent::kTooManyIterators, refusal(601));
+  added(600);
+}
+
+TEST_F(IteratorHousekeeping, RefusesAnIteratorThatAloneIsOverTheLimitInBytes) {
+  EXPECT_EQ(agent::kTooMuch, refusal(1001));
+  added(1000);
+}
+
+TEST_F(IteratorHousekeeping, MakesRoomAtTheLimitInBytesByReclaimingIdleIterators) {
+  added(1000);
+  now_ += milliseconds(1000);
+  added(1000);
+  EXPECT_EQ(1U, registry_.size());
+}
+
+TEST_F(IteratorHousekeeping, HoldsNoBytesAfterItRetired) {
+  added(1000);
+  registry_.retire();
+  EXPECT_EQ(0U, registry_.bytes());
+  registry_.open();
+  added(1000);
+}
+
+TEST_F(IteratorHousekeeping, KeepsNoPlaceForAServantThatCannotBeActivated) {
+  CountedServant* servant = this->servant();
+  const PortableServer::POA_var poa = registry_.poa();
+  const PortableServer::ObjectId_var id = PortableServer::string_to_ObjectId("elsewhere");
+  poa->activate_object_with_id(id.in(), servant);
+  EXPECT_EQ(agent::kInternalError, registry_.add(servant, 1000));
+  EXPECT_EQ(0U, registry_.size());
+  EXPECT_EQ(0U, registry_.bytes());
+  poa->deactivate_object(id.in());
+  EXPECT_EQ(agent::kSuccess, registry_.add(servant, 1000));
+}
+
+// --- Object ids.
+
+TEST_F(IteratorHousekeeping, GivesEveryIteratorARandomIdOf128Bits) {
+  const PortableServer::POA_var poa = registry_.poa();
+  std::set<std::string> ids;
+  for (int i = 0; i < 3; ++i) {
+    const PortableServer::ObjectId_var id = poa->servant_to_id(added());
+    EXPECT_EQ(16U, id.in().length());
+    ids.insert({id.in().get_buffer(), id.in().get_buffer() + id.in().length()});
+  }
+  EXPECT_EQ(3U, ids.size());
+}
+
+TEST_F(IteratorHousekeeping, ActivatesNoServantThatWasNotAdded) {
+  const PortableServer::ServantBase_var unknown = servant();
+  const PortableServer::POA_var poa = registry_.poa();
+  EXPECT_THROW(poa->servant_to_id(unknown.in()), CORBA::UserException);
+}
+
+// --- Creation: the time between adding a servant and giving its reference to the client.
+
+TEST_F(IteratorHousekeeping, DoesNotReclaimAnIteratorWhileItsCreationLasts) {
+  IteratorRegistry::Creation creation(registry_);
+  CountedServant* made = added();
+  now_ += milliseconds(1000);
+  EXPECT_EQ(0U, registry_.reclaimIdle());
+  const NodeIterator_I_var reference = made->_this();
+  EXPECT_TRUE(exists(reference));
+}
+
+TEST_F(IteratorHousekeeping, CountsTheIdleTimeFromTheEndOfTheCreation) {
+  {
+    IteratorRegistry::Creation creation(registry_);
+    added();
+    now_ += milliseconds(1000);
+  }
+  now_ += milliseconds(999);
+  EXPECT_EQ(0U, registry_.reclaimIdle());
+  now_ += milliseconds(1);
+  EXPECT_EQ(1U, registry_.reclaimIdle());
+}
+
+TEST_F(IteratorHousekeeping, ReclaimsWhatOtherThreadsAddedDuringACreation) {
+  IteratorRegistry::Creation creation(registry_);
+  std::thread other([this] { added(); });
+  other.join();
+  now_ += milliseconds(1000);
+  EXPECT_EQ(1U, registry_.reclaimIdle());
+}
+
+TEST_F(IteratorHousekeeping, EndsACreationWhoseIteratorIsGone) {
+  {
+    IteratorRegistry::Creation creation(registry_);
+    registry_.deactivate(added());
+  }
+  EXPECT_EQ(0U, registry_.size());
+}
+
+// --- End.
 
 TEST_F(IteratorHousekeeping, RefusesIteratorsWhenItIsNotOpen) {
   registry_.retire();
   CountedServant* refused = servant();
-  EXPECT_EQ(agent::kInternalError, registry_.add(refused));
+  EXPECT_EQ(agent::kInternalError, registry_.add(refused, 0));
   EXPECT_EQ(1U, refused->_refcount_value());
   refused->_remove_ref();
 }
@@ -193,7 +310,8 @@ class SlowToEnd : public CountedServant {
 TEST_F(IteratorHousekeeping, RetiresOnlyWhenAReclaimHasLetGoOfItsServants) {
   std::promise<void> ending;
   std::promise<void> mayEnd;
-  ASSERT_EQ(agent::kSuccess, registry_.add(new SlowToEnd(registry_, ending, mayEnd.get_future())));
+  ASSERT_EQ(agent::kSuccess,
+            registry_.add(new SlowToEnd(registry_, ending, mayEnd.get_future()), 0));
   now_ += milliseconds(1000);
   std::future<std::size_t> reclaimed =
       std::async(std::launch::async, [&] { return registry_.reclaimIdle(); });
@@ -215,13 +333,37 @@ TEST_F(IteratorHousekeeping, MakesRoomAtTheLimitByReclaimingWhatIsOverdue) {
   EXPECT_EQ(1U, registry_.size());
 }
 
+// The clock is asked by the first try and then by the reclaim, where another client ends an
+// iterator.
+TEST(IteratorLimit, CountsTheRoomThatAnotherThreadMadeDuringTheReclaim) {
+  const std::unique_ptr<orb::Server> server = orb::startServer({}, {"127.0.0.1", 0}, nullptr);
+  std::function<void()> onClock;
+  IteratorRegistry registry(server->rootPoa(), IteratorLimits{milliseconds(1000), 1}, [&] {
+    if (onClock) {
+      onClock();
+    }
+    return IteratorRegistry::TimePoint();
+  });
+  registry.open();
+  auto* const first = new CountedServant(registry);
+  ASSERT_EQ(agent::kSuccess, registry.add(first, 0));
+  int asked = 0;
+  onClock = [&] {
+    if (++asked == 2) {
+      registry.deactivate(first);
+    }
+  };
+  EXPECT_EQ(agent::kSuccess, registry.add(new CountedServant(registry), 0));
+  EXPECT_EQ(1U, registry.size());
+}
+
 TEST_F(IteratorHousekeeping, HoldsTheLimitWhenThreadsAddAtOnce) {
   std::atomic<int> accepted{0};
   std::vector<std::thread> threads;
   for (int i = 0; i < 8; ++i) {
     threads.emplace_back([&] {
       CountedServant* made = servant();
-      if (registry_.add(made) == agent::kSuccess) {
+      if (registry_.add(made, 0) == agent::kSuccess) {
         ++accepted;
       } else {
         made->_remove_ref();
