@@ -51,7 +51,8 @@ orb::Options orbOptions(const Options& options) {
 
 IteratorLimits iteratorLimits(const Options& options) {
   const std::chrono::duration<double> timeout(options.iteratorTimeoutSeconds);
-  return {std::chrono::duration_cast<std::chrono::milliseconds>(timeout), options.maxIterators};
+  return {std::chrono::duration_cast<std::chrono::milliseconds>(timeout), options.maxIterators,
+          options.iteratorMemory};
 }
 
 NotifierOptions notifierOptions(const Options& options) {

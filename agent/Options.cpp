@@ -142,6 +142,18 @@ void declareLimits(CLI::App& app, Options& options) {
       ->check(CLI::Range(std::size_t{1}, std::size_t{1000000}));
 }
 
+constexpr std::size_t kMinMemory = std::size_t{1} << 20;
+constexpr std::size_t kMaxMemory = std::size_t{1} << 40;
+
+// What the results of views may take.
+void declareViewLimits(CLI::App& app, Options& options) {
+  app.add_option("--iterator-memory", options.iteratorMemory,
+                 "bytes that all iterators together may hold")
+      ->type_name("BYTES")
+      ->capture_default_str()
+      ->check(CLI::Range(kMinMemory, kMaxMemory));
+}
+
 }  // namespace
 
 std::optional<Options> parseOptions(int argc, const char* const argv[]) {
@@ -152,6 +164,7 @@ std::optional<Options> parseOptions(int argc, const char* const argv[]) {
   std::string eventAccess = "allowed";
   declareEvents(app, options, eventAccess);
   declareLimits(app, options);
+  declareViewLimits(app, options);
   try {
     app.parse(argc, argv);
   } catch (const CLI::Success& answered) {

@@ -38,6 +38,7 @@ struct Options {
   std::size_t maxMessageBytes = orb::kDefaultMaxMessageBytes;
   double iteratorTimeoutSeconds = 300;
   std::size_t maxIterators = 1000;
+  std::size_t iteratorMemory = std::size_t{1} << 30;  // bytes that all iterators may hold
 };
 
 // The command line or the configuration file cannot be used. One line.

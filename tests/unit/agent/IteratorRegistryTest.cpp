@@ -338,7 +338,7 @@ TEST_F(IteratorHousekeeping, MakesRoomAtTheLimitByReclaimingWhatIsOverdue) {
 TEST(IteratorLimit, CountsTheRoomThatAnotherThreadMadeDuringTheReclaim) {
   const std::unique_ptr<orb::Server> server = orb::startServer({}, {"127.0.0.1", 0}, nullptr);
   std::function<void()> onClock;
-  IteratorRegistry registry(server->rootPoa(), IteratorLimits{milliseconds(1000), 1}, [&] {
+  IteratorRegistry registry(server->rootPoa(), IteratorLimits{milliseconds(1000), 1, 1000}, [&] {
     if (onClock) {
       onClock();
     }
