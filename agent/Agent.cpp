@@ -1,5 +1,8 @@
 #include "agent/Agent.h"
 
+#include <malloc.h>
+
+#include <algorithm>
 #include <chrono>
 #include <optional>
 #include <utility>
@@ -20,8 +23,10 @@
 #include "agent/events/SecurityService.h"
 #include "agent/northbound/CommonAttributes.h"
 #include "agent/northbound/Log.h"
+#include "agent/northbound/MemoryBudget.h"
 #include "agent/northbound/NamingEntry.h"
 #include "agent/northbound/Northbound.h"
+#include "agent/northbound/ViewSizes.h"
 #include "agent/notifications/Notifier.h"
 #include "agent/notifications/SessionServant.h"
 #include "idl/ObjectKeys.h"
@@ -49,10 +54,22 @@ orb::Options orbOptions(const Options& options) {
   return result;
 }
 
-IteratorLimits iteratorLimits(const Options& options) {
+// The most that one kind of data may take of the memory of the process.
+std::size_t shareOf(const MemoryUse& memory) {
+  return std::min(memory.residentLimit, memory.addressLimit) / 4;
+}
+
+IteratorLimits iteratorLimits(const Options& options, const MemoryUse& memory) {
   const std::chrono::duration<double> timeout(options.iteratorTimeoutSeconds);
   return {std::chrono::duration_cast<std::chrono::milliseconds>(timeout), options.maxIterators,
-          options.iteratorMemory};
+          std::min(options.iteratorMemory, shareOf(memory))};
+}
+
+ViewLimits viewLimits(const Options& options, const MemoryUse& memory) {
+  ViewLimits limits;
+  limits.views = options.maxViews;
+  limits.memory = std::min(options.viewMemory, shareOf(memory));
+  return limits;
 }
 
 NotifierOptions notifierOptions(const Options& options) {
@@ -119,7 +136,12 @@ class Agent::Parts final : private AgentControl {
             *server_, notifierOptions(options),
             [this](std::uint64_t count) { return writer_.reserveNotificationIds(count); },
             [] { return std::chrono::system_clock::now(); }),
-        northbound_(*server_, emsName_, options.testSwitch, iteratorLimits(options)),
+        memoryUse_(processMemory(options.memory)),
+        memory_(
+            memoryUse_, [] { malloc_trim(0); }, std::chrono::steady_clock::now),
+        viewSizes_(model_, emsName_),
+        northbound_(*server_, emsName_, options.testSwitch, iteratorLimits(options, memoryUse_()),
+                    viewSetup(options)),
         module_(kManager, options.module, writer_, events_, northbound_) {
     setEventAccess(options.eventAccess);
   }
@@ -180,6 +202,14 @@ class Agent::Parts final : private AgentControl {
     }
   }
 
+  ViewSetup viewSetup(const Options& options) {
+    ViewSetup setup;
+    setup.limits = viewLimits(options, memoryUse_());
+    setup.sizeOf = [this](ViewKind kind, bool on) { return viewSizes_.of(kind, on); };
+    setup.allows = [this](std::size_t bytes) { return memory_.allows(bytes); };
+    return setup;
+  }
+
   TopoAgent::Status_T status() override {
     TopoAgent::Status_T status;
     status.moduleState = tmfState(module_.state());
@@ -217,6 +247,9 @@ class Agent::Parts final : private AgentControl {
   const OfferedAttributes offeredAttributes_;
   NodeService nodes_;
   Notifier notifier_;
+  const MemoryBudget::Probe memoryUse_;
+  MemoryBudget memory_;
+  ViewSizes viewSizes_;
   Northbound northbound_;
   ModuleControl module_;
   CORBA::Object_var manager_;  // the same after every reload

@@ -145,12 +145,25 @@ void declareLimits(CLI::App& app, Options& options) {
 constexpr std::size_t kMinMemory = std::size_t{1} << 20;
 constexpr std::size_t kMaxMemory = std::size_t{1} << 40;
 
-// What the results of views may take.
+// What views and their results may take.
 void declareViewLimits(CLI::App& app, Options& options) {
   app.add_option("--iterator-memory", options.iteratorMemory,
                  "bytes that all iterators together may hold")
       ->type_name("BYTES")
       ->capture_default_str()
+      ->check(CLI::Range(kMinMemory, kMaxMemory));
+  app.add_option("--max-views", options.maxViews, "views that are computed at the same time")
+      ->type_name("N")
+      ->capture_default_str()
+      ->check(CLI::Range(std::size_t{1}, std::size_t{10000}));
+  app.add_option("--view-memory", options.viewMemory,
+                 "bytes that views may take until their replies are sent")
+      ->type_name("BYTES")
+      ->capture_default_str()
+      ->check(CLI::Range(kMinMemory, kMaxMemory));
+  app.add_option("--memory", options.memory,
+                 "bytes of memory the agent may use (default: what the system allows)")
+      ->type_name("BYTES")
       ->check(CLI::Range(kMinMemory, kMaxMemory));
 }
 

@@ -39,6 +39,9 @@ struct Options {
   double iteratorTimeoutSeconds = 300;
   std::size_t maxIterators = 1000;
   std::size_t iteratorMemory = std::size_t{1} << 30;  // bytes that all iterators may hold
+  std::size_t maxViews = 4;                           // that are computed at the same time
+  std::size_t viewMemory = std::size_t{256} << 20;    // bytes that views in progress may take
+  std::size_t memory = 0;  // bytes that the process may take; 0: what the system allows
 };
 
 // The command line or the configuration file cannot be used. One line.

@@ -13,6 +13,7 @@
 #include "agent/StopSignals.h"
 #include "agent/domain/Text.h"
 #include "agent/northbound/Log.h"
+#include "agent/northbound/MemoryBudget.h"
 #include "agent/northbound/WriteWithin.h"
 #include "orb/orb.h"
 
@@ -47,6 +48,7 @@ void announce(const std::string& readyLine) {
 }
 
 void serveUntilStopped(const agent::Options& options) {
+  agent::confineAddressSpace();
   agent::StopSignals signals(kStartPatience, leaveStart);
   agent::logInBackground();
   agent::Agent agent(options);

@@ -4,11 +4,36 @@
 #include <shared_mutex>
 #include <utility>
 
+#include "platform/agent/CorbaUtilInterface.h"
+
 namespace agent {
 namespace {
 
 using Reading = std::shared_lock<TurnstileMutex>;
 using Writing = std::unique_lock<TurnstileMutex>;
+
+std::size_t textsOf(const NS_DOMAIN::TopoNode_T& node) {
+  std::size_t bytes = node.nodeId.size() + node.parentId.size() + node.nativeName.size();
+  for (const auto& [key, value] : node.extendedAttributes) {
+    bytes += key.size() + value.size();
+  }
+  return bytes;
+}
+
+std::size_t textsOf(const NS_DOMAIN::ClockPositionInfo_T& position) {
+  return position.reference.size() + position.text4.size() + position.label.size();
+}
+
+std::size_t textsOf(const NS_DOMAIN::ClockTopoLinkInfo_T& link) {
+  return link.linkId.size() + link.text4.size() + link.nativeName.size() +
+         link.aEndReference.size() + link.text7.size() + link.text9.size() +
+         link.zEndReference.size() + link.text11.size() + link.text13.size();
+}
+
+void count(NetworkLoad::Records& records, std::size_t texts) {
+  ++records.count;
+  records.texts += texts;
+}
 
 }  // namespace
 
@@ -18,6 +43,7 @@ void NetworkModel::replace(Network network) {
   NetworkTables data(std::move(network));  // made before the readers have to wait
   const Writing lock(mutex_);
   std::swap(data_, data);
+  ++version_;
 }
 
 std::string NetworkModel::ems() const {
@@ -115,6 +141,28 @@ std::string NetworkModel::labelOf(std::int32_t type, const std::string& id) cons
   return label == nullptr ? std::string() : *label;
 }
 
+NetworkLoad NetworkModel::load() const {
+  NetworkLoad load;
+  const Reading lock(mutex_);
+  for (const NetworkTables::Node& node : data_.nodes()) {
+    count(load.nodes, textsOf(node.record));
+  }
+  for (const NetworkElement& element : data_.elements()) {
+    if (!element.shown) {
+      count(load.elements, element.name.size());
+    }
+  }
+  for (const NetworkTables::Position& position : data_.positions()) {
+    count(load.positions, textsOf(position.record));
+  }
+  for (const NS_DOMAIN::ClockTopoLinkInfo_T& link : data_.links()) {
+    const std::string* const label =
+        data_.label({NS_CORBA::CorbaUtilInterface::kClockTopoLinkType, link.linkId});
+    count(load.links, textsOf(link) + (label == nullptr ? 0 : label->size()));
+  }
+  return load;
+}
+
 // Readers see nothing of the preparation, but it may move the entries of indexes.
 NetworkAddition NetworkModel::prepareAddition(Network network) {
   NetworkAddition addition = data_.prepareAddition(std::move(network));
@@ -148,21 +196,25 @@ LabelChange NetworkModel::prepareLabel(const ObjectKey& key, const std::string& 
 void NetworkModel::show(NetworkAddition& addition) noexcept {
   const Writing lock(mutex_);
   data_.add(addition);
+  ++version_;
 }
 
 void NetworkModel::show(NetworkRemoval& removal) noexcept {
   const Writing lock(mutex_);
   data_.remove(removal);
+  ++version_;
 }
 
 void NetworkModel::show(NetworkRenaming& renaming) noexcept {
   const Writing lock(mutex_);
   data_.rename(renaming);
+  ++version_;
 }
 
 void NetworkModel::show(LabelChange& change) noexcept {
   const Writing lock(mutex_);
   data_.setLabel(change);
+  ++version_;
 }
 
 }  // namespace agent

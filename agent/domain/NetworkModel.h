@@ -6,6 +6,7 @@
 #ifndef AGENT_DOMAIN_NETWORKMODEL_H
 #define AGENT_DOMAIN_NETWORKMODEL_H
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -19,6 +20,19 @@
 #include "platform/domain/DomainRecords.h"
 
 namespace agent {
+
+// How much data the views of a network show.
+struct NetworkLoad {
+  struct Records {
+    std::size_t count = 0;
+    std::size_t texts = 0;  // bytes of all texts of the records
+  };
+
+  Records nodes;
+  Records elements;  // those that no node shows
+  Records positions;
+  Records links;  // texts: with their labels
+};
 
 class NetworkModel {
  public:
@@ -56,6 +70,12 @@ class NetworkModel {
   // The stored label of an object, empty where there is none.
   std::string labelOf(std::int32_t type, const std::string& id) const;
 
+  // Takes time linear in the size of the network.
+  NetworkLoad load() const;
+
+  // Rises with every change.
+  std::uint64_t version() const { return version_.load(); }
+
   // --- Changes, each prepared before it is made in the store and shown to readers afterwards: that
   // can no longer fail. A prepared change is good until another one is shown. See NetworkTables.h
   // for what is prepared.
@@ -75,6 +95,7 @@ class NetworkModel {
  private:
   mutable TurnstileMutex mutex_;
   NetworkTables data_;  // guarded by mutex_
+  std::atomic<std::uint64_t> version_{0};
 };
 
 }  // namespace agent

@@ -1,5 +1,6 @@
 #include "agent/northbound/ManagerRegistry.h"
 
+#include <new>
 #include <utility>
 
 #include "agent/domain/FailureCodes.h"
@@ -15,9 +16,18 @@ namespace {
   throw failure;
 }
 
+std::shared_ptr<void> beginReply(const orb::Request&) {
+  try {
+    return ViewReply::begin();
+  } catch (const std::bad_alloc&) {
+    throw CORBA::NO_RESOURCES(0, CORBA::COMPLETED_NO);
+  }
+}
+
 }  // namespace
 
-ManagerRegistry::ManagerRegistry(orb::Server& server) : server_(server) {}
+ManagerRegistry::ManagerRegistry(orb::Server& server, const ViewGuard* guard)
+    : server_(server), guard_(guard) {}
 
 void ManagerRegistry::add(const std::string& name, NS_CORBA::MgrFactory* factory) {
   if (!factories_.emplace(name, factory).second) {
@@ -39,11 +49,21 @@ void ManagerRegistry::serve(const std::string& name, POA_common::Common_I* serva
   try {
     Served& served = servedUnder(name);
     retire(served);
-    served.reference = served.object->publish(servant);
+    publish(served, servant);
     served.servant = owned._retn();
   } catch (const CORBA::Exception& failure) {
     refuse("the manager \"" + name + "\" cannot be served: " + failure._name());
   }
+}
+
+void ManagerRegistry::publish(Served& served, POA_common::Common_I* servant) {
+  auto* const manager = dynamic_cast<POA_TopoManagementManager::TopoMgr_I*>(servant);
+  if (guard_ == nullptr || manager == nullptr) {
+    served.reference = served.object->publish(servant);
+    return;
+  }
+  served.guarded = new GuardedManager(*manager, *guard_);
+  served.reference = served.object->publish(served.guarded.in(), beginReply);
 }
 
 ManagerRegistry::Served& ManagerRegistry::servedUnder(const std::string& name) {
@@ -59,6 +79,7 @@ ManagerRegistry::Served& ManagerRegistry::servedUnder(const std::string& name) {
 void ManagerRegistry::retire(Served& served) {
   served.object->retire();
   served.reference = CORBA::Object::_nil();
+  served.guarded = nullptr;
   served.servant = nullptr;
 }
 

@@ -7,6 +7,7 @@
 #include <memory>
 #include <string>
 
+#include "agent/northbound/GuardedManager.h"
 #include "orb/orb.h"
 #include "platform/agent/AgentConfig.h"
 
@@ -15,7 +16,8 @@ namespace agent {
 // Thread-safety: one thread at a time, never from within a request.
 class ManagerRegistry {
  public:
-  explicit ManagerRegistry(orb::Server& server);
+  // Topology managers are served behind the guard, which outlives this object; null: unguarded.
+  explicit ManagerRegistry(orb::Server& server, const ViewGuard* guard = nullptr);
 
   ManagerRegistry(const ManagerRegistry&) = delete;
   ManagerRegistry& operator=(const ManagerRegistry&) = delete;
@@ -41,13 +43,16 @@ class ManagerRegistry {
   struct Served {
     std::unique_ptr<orb::WellKnownObject> object;
     PortableServer::ServantBase_var servant;
+    PortableServer::ServantBase_var guarded;  // serves the servant; null for an unguarded one
     CORBA::Object_var reference;
   };
 
   Served& servedUnder(const std::string& name);
+  void publish(Served& served, POA_common::Common_I* servant);
   void retire(Served& served);
 
   orb::Server& server_;
+  const ViewGuard* const guard_;
   std::map<std::string, NS_CORBA::MgrFactory*> factories_;  // not owned
   std::map<std::string, Served> served_;
 };

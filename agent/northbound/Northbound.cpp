@@ -25,12 +25,22 @@ std::chrono::milliseconds intervalFor(const IteratorLimits& limits) {
 }  // namespace
 
 Northbound::Northbound(orb::Server& server, std::string emsName, bool testSwitch,
-                       const IteratorLimits& limits)
+                       const IteratorLimits& limits, ViewSetup views)
     : server_(server),
       emsName_(std::move(emsName)),
       testSwitch_(testSwitch),
-      managers_(server),
-      iterators_(server.rootPoa(), limits, [] { return std::chrono::steady_clock::now(); }),
+      views_(std::move(views)),
+      admission_(
+          views_.limits,
+          [this](std::size_t bytes) { return !views_.allows || views_.allows(bytes); },
+          std::chrono::steady_clock::now),
+      iterators_(server.rootPoa(), limits, std::chrono::steady_clock::now),
+      guard_{admission_, iterators_,
+             [this](ViewKind kind) {
+               return views_.sizeOf ? views_.sizeOf(kind, Northbound::testSwitch()) : ViewSize();
+             }},
+      managers_(server, &guard_),
+      refusedIterators_(std::chrono::steady_clock::now),
       interval_(intervalFor(limits)) {
   theInstance.store(this);
   server_.observeRequests([this](const orb::ObjectKey& key) { iterators_.touch(key); });
@@ -52,14 +62,34 @@ void Northbound::housekeep() {
   std::unique_lock<std::mutex> lock(mutex_);
   while (!stop_.wait_for(lock, interval_, [this] { return stopping_; })) {
     lock.unlock();
+    reclaimIterators();
+    lock.lock();
+  }
+}
+
+// What fails for lack of memory is tried again the next time.
+void Northbound::reclaimIterators() noexcept {
+  try {
     const std::size_t reclaimed = iterators_.reclaimIdle();
     if (reclaimed > 0) {
       malloc_trim(0);  // whole results came back, from many threads' arenas
       log(kLogEvents, "reclaimed " + std::to_string(reclaimed) + " idle iterators, " +
                           std::to_string(iterators_.size()) + " live");
     }
-    lock.lock();
+  } catch (...) {
+    return;
   }
+}
+
+FailureCode Northbound::addIterator(PortableServer::ServantBase* servant) {
+  const std::size_t bytes = iteratorBytes(servant);
+  const FailureCode code = iterators_.add(servant, bytes);
+  if (code == kTooManyIterators || code == kTooMuch) {
+    refusedIterators_.refused("an iterator of " + std::to_string(bytes) +
+                              " bytes is refused: " + std::to_string(iterators_.size()) +
+                              " iterators hold " + std::to_string(iterators_.bytes()) + " bytes");
+  }
+  return code;
 }
 
 Northbound& Northbound::instance() {
@@ -67,11 +97,13 @@ Northbound& Northbound::instance() {
 }
 
 void Northbound::open() {
+  admission_.open();
   iterators_.open();
 }
 
-// The managers first: their requests make iterators.
+// The managers before the iterators: their requests make iterators. Views that wait end first.
 void Northbound::retire() {
+  admission_.close();
   managers_.retire();
   iterators_.retire();
 }
@@ -119,8 +151,8 @@ PortableServer::POA_ptr TAIteratorHelper::getIteratorPoa() {
 }
 
 CORBA::ULong TAIteratorHelper::add_Iterator(PortableServer::ServantBase* servant) {
+  const agent::FailureCode code = Northbound::instance().addIterator(servant);
   agent::IteratorRegistry& iterators = Northbound::instance().iterators();
-  const agent::FailureCode code = iterators.add(servant, 0);
   agent::log(agent::kLogTraces, "result iterators: " + std::to_string(iterators.size()) + " live" +
                                     (code == agent::kSuccess ? "" : ", one refused"));
   return code;

@@ -5,15 +5,28 @@
 
 #include <atomic>
 #include <condition_variable>
+#include <functional>
 #include <mutex>
 #include <string>
 #include <thread>
 
+#include "agent/northbound/GuardedManager.h"
 #include "agent/northbound/IteratorRegistry.h"
 #include "agent/northbound/ManagerRegistry.h"
+#include "agent/northbound/RefusalLog.h"
+#include "agent/northbound/ViewAdmission.h"
+#include "agent/northbound/ViewSizes.h"
 #include "orb/orb.h"
 
 namespace agent {
+
+// What the views of the manager may take.
+struct ViewSetup {
+  ViewLimits limits;
+  // The size of a view of the network at this moment; none: views need nothing.
+  std::function<ViewSize(ViewKind, bool testSwitch)> sizeOf;
+  ViewAdmission::Allows allows;  // what the process may allocate; none: anything
+};
 
 // The functions and singletons of the contracts have no context of their own, so they act on the
 // one instance that exists while a module is loaded.
@@ -21,7 +34,7 @@ class Northbound {
  public:
   // The server outlives this object. The ems name is the value of the "EMS" pair of every TMF name.
   Northbound(orb::Server& server, std::string emsName, bool testSwitch,
-             const IteratorLimits& limits = {});
+             const IteratorLimits& limits = {}, ViewSetup views = {});
   ~Northbound();
 
   Northbound(const Northbound&) = delete;
@@ -45,14 +58,22 @@ class Northbound {
   ManagerRegistry& managers() { return managers_; }
   IteratorRegistry& iterators() { return iterators_; }
 
+  // Registers an iterator servant of this thread's view, as IteratorRegistry::add.
+  FailureCode addIterator(PortableServer::ServantBase* servant);
+
  private:
   void housekeep();
+  void reclaimIterators() noexcept;
 
   orb::Server& server_;
   const std::string emsName_;
   std::atomic<bool> testSwitch_;
-  ManagerRegistry managers_;
+  const ViewSetup views_;
+  ViewAdmission admission_;
   IteratorRegistry iterators_;
+  const ViewGuard guard_;
+  ManagerRegistry managers_;
+  RefusalLog refusedIterators_;
 
   // Reclaims idle iterators once in a while.
   const std::chrono::milliseconds interval_;

@@ -272,5 +272,97 @@ TEST_F(Load, TellsAClientThatTooManyIteratorsAreOpen) {
   EXPECT_FALSE(CORBA::is_nil(third));
 }
 
+// --- Memory.
+
+// A subnetwork with elements below it.
+std::string flatNetwork(const support::TemporaryDirectory& directory, int elements) {
+  nlohmann::json nodes = {{{"id", "top"}, {"name", "Top"}}};
+  for (int i = 1; i <= elements; ++i) {
+    const std::string number = std::to_string(i);
+    nodes.push_back(
+        {{"id", "NE=" + number}, {"parent", "top"}, {"name", "Element " + number}, {"type", 1}});
+  }
+  const nlohmann::json network = {{"format", "topo-network/1"}, {"topoNodes", nodes}};
+  return directory.write("flat.json", network.dump());
+}
+
+// The agent counts an iterator by an estimate, which is shown to be within a factor of two of what
+// the iterator takes.
+TEST_F(Load, IteratorsTakeNoMoreMemoryThanTheirLimit) {
+  constexpr int kElements = 5000;
+  constexpr long kLimitKib = 32 * 1024;
+  const support::TemporaryDirectory directory;
+  RunningAgent agent({"--network", flatNetwork(directory, kElements), "--iterator-memory",
+                      std::to_string(kLimitKib * 1024)});
+  const TopoMgr_I_var manager = managerOf(agent);
+  ask(manager, 0, {}, kElements + 1);
+  const long memory = residentKib(agent.process().pid());
+  std::vector<NodeIterator_I_var> iterators;
+  std::string refusal;
+  while (refusal.empty() && iterators.size() < 1000) {
+    NodeList_T_var nodes;
+    NodeIterator_I_var iterator;
+    try {
+      manager->getTopoSubnetworkViewInfo(1, nodes.out(), iterator.out());
+      iterators.push_back(iterator);
+    } catch (const globaldefs::ProcessingFailureException& refused) {
+      EXPECT_EQ(globaldefs::EXCPT_TOO_MANY_OPEN_ITERATORS, refused.exceptionType);
+      refusal = refused.errorReason;
+    }
+  }
+  EXPECT_NE("", refusal);
+  if (!kSanitized) {
+    const long grown = residentKib(agent.process().pid()) - memory;
+    EXPECT_LT(grown, kLimitKib + 4 * 1024);
+    EXPECT_GT(grown, kLimitKib / 2 - 4 * 1024);
+  }
+  iterators.front()->destroy();
+  NodeList_T_var nodes;
+  NodeIterator_I_var iterator;
+  manager->getTopoSubnetworkViewInfo(1, nodes.out(), iterator.out());
+  EXPECT_FALSE(CORBA::is_nil(iterator));
+}
+
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+// The limit leaves room for few of the views.
+TEST_F(Load, FortyViewsAtOnceInALimitedAddressSpaceDoNotEndTheAgent) {
+  const support::TemporaryDirectory directory;
+  const std::string network = flatNetwork(directory, 10000);
+  support::Process agent("/bin/sh",
+                         {"-c", "ulimit -v 120000; exec " TOPO_AGENTD
+                                " --endpoint 127.0.0.1:0 --store :memory: --network " +
+                                    network + " --ior-file " + directory.file("manager.ior")});
+  ASSERT_THAT(agent.readLine(), testing::HasSubstr("ready"));
+  const std::string reference = support::readFile(directory.file("manager.ior"));
+  const CORBA::Object_var object =
+      client_->get()->string_to_object(reference.substr(0, reference.find('\n')).c_str());
+  const TopoMgr_I_var manager = TopoMgr_I::_narrow(object);
+  std::atomic<int> answered{0};
+  std::atomic<int> refused{0};
+  std::vector<std::thread> clients;
+  for (int i = 0; i < 40; ++i) {
+    clients.emplace_back([&, batch = i % 2 == 0 ? 1U : 100000U] {
+      try {
+        NodeList_T_var nodes;
+        NodeIterator_I_var iterator;
+        manager->getTopoSubnetworkViewInfo(batch, nodes.out(), iterator.out());
+        ++answered;
+      } catch (const CORBA::NO_RESOURCES&) {
+        ++refused;
+      } catch (const globaldefs::ProcessingFailureException&) {
+        ++refused;  // iterators have their share of the memory
+      }
+    });
+  }
+  for (std::thread& client : clients) {
+    client.join();
+  }
+  EXPECT_EQ(40, answered + refused);
+  EXPECT_LT(0, answered);
+  agent.send(SIGTERM);
+  EXPECT_EQ(0, agent.wait().status);
+}
+#endif
+
 }  // namespace
 }  // namespace integration

@@ -222,6 +222,63 @@ TEST_F(Managers, RetireTwice) {
   EXPECT_EQ(0, CountedManager::live);
 }
 
+// --- Behind a guard.
+
+class GuardedManagers : public Managers {
+ protected:
+  ~GuardedManagers() override { guarded_.retire(); }
+
+  TopoManagementManager::TopoMgr_I_var manager() {
+    const CORBA::Object_var reference = guarded_.reference("A");
+    return TopoManagementManager::TopoMgr_I::_narrow(reference);
+  }
+
+  static std::string viewOf(const TopoManagementManager::TopoMgr_I_var& manager) {
+    TopoManagementManager::NodeList_T_var list;
+    TopoManagementManager::NodeIterator_I_var iterator;
+    try {
+      manager->getTopoSubnetworkViewInfo(1, list.out(), iterator.out());
+      return "a view";
+    } catch (const CORBA::SystemException& failure) {
+      return failure._name();
+    }
+  }
+
+  std::size_t free_ = 10000;
+  agent::ViewAdmission admission_{{1, 1000, std::chrono::milliseconds(0)},
+                                  [this](std::size_t bytes) { return bytes <= free_; },
+                                  std::chrono::steady_clock::now};
+  agent::IteratorRegistry iterators_{server_->rootPoa(), {}, std::chrono::steady_clock::now};
+  const agent::ViewGuard guard_{admission_, iterators_, [](agent::ViewKind) {
+                                  return agent::ViewSize{1, 500, 0};
+                                }};
+  ManagerRegistry guarded_{*server_, &guard_};
+};
+
+TEST_F(GuardedManagers, RefuseViewsWithoutMemoryAndServeTheRest) {
+  guarded_.serve("A", new CountedManager("first"));
+  EXPECT_EQ("NO_IMPLEMENT", viewOf(manager()));
+  free_ = 0;
+  EXPECT_EQ("NO_RESOURCES", viewOf(manager()));
+  common::CapabilityList_T_var capabilities;
+  manager()->getCapabilities(capabilities);
+  EXPECT_STREQ("first", capabilities[0].name.in());
+}
+
+TEST_F(GuardedManagers, KeepTheirTypeAndKey) {
+  guarded_.serve("A", new CountedManager);
+  const CORBA::Object_var reference = guarded_.reference("A");
+  EXPECT_EQ("A", orb::objectKeyOf(reference));
+  EXPECT_TRUE(reference->_is_a("IDL:TopoManagementManager/TopoMgr_I:1.0"));
+}
+
+TEST_F(GuardedManagers, ReleaseTheServantWhenTheyRetire) {
+  guarded_.serve("A", new CountedManager);
+  EXPECT_EQ(1, CountedManager::live);
+  guarded_.retire();
+  EXPECT_EQ(0, CountedManager::live);
+}
+
 TEST_F(Managers, ServeAgainAfterTheyRetired) {
   registry_.serve("A", new CountedManager("first"));
   registry_.retire();

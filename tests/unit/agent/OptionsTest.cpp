@@ -48,10 +48,24 @@ TEST(AgentOptions, HaveDefaults) {
   EXPECT_EQ(std::size_t{256} * 1024 * 1024, options->maxMessageBytes);
   EXPECT_EQ(300, options->iteratorTimeoutSeconds);
   EXPECT_EQ(1000U, options->maxIterators);
+  EXPECT_EQ(std::size_t{1024} * 1024 * 1024, options->iteratorMemory);
+  EXPECT_EQ(4U, options->maxViews);
+  EXPECT_EQ(std::size_t{256} * 1024 * 1024, options->viewMemory);
+  EXPECT_EQ(0U, options->memory);
   EXPECT_TRUE(options->console);
   EXPECT_EQ(agent::EventAccess::kAllowed, options->eventAccess);
   EXPECT_EQ("", options->eventChannel);
   EXPECT_EQ(10000U, options->queueLimit);
+}
+
+TEST(AgentOptions, LimitViewsAndIterators) {
+  const auto options = parse({"--iterator-memory", "2000000", "--max-views", "3", "--view-memory",
+                              "4000000", "--memory", "5000000"});
+  ASSERT_TRUE(options);
+  EXPECT_EQ(2000000U, options->iteratorMemory);
+  EXPECT_EQ(3U, options->maxViews);
+  EXPECT_EQ(4000000U, options->viewMemory);
+  EXPECT_EQ(5000000U, options->memory);
 }
 
 TEST(AgentOptions, SayWhoHearsOfChangesAndWhoMakesThem) {
@@ -177,7 +191,11 @@ INSTANTIATE_TEST_SUITE_P(BothSides, NumericLimit,
                                          Limit{"--iterator-timeout", "1", "0.9"},
                                          Limit{"--iterator-timeout", "1000000", "1000000.1"},
                                          Limit{"--max-iterators", "1", "0"},
-                                         Limit{"--max-iterators", "1000000", "1000001"}));
+                                         Limit{"--max-iterators", "1000000", "1000001"},
+                                         Limit{"--iterator-memory", "1048576", "1048575"},
+                                         Limit{"--max-views", "1", "0"},
+                                         Limit{"--view-memory", "1048576", "1048575"},
+                                         Limit{"--memory", "1048576", "1048575"}));
 
 class NumericOption : public testing::TestWithParam<std::string> {};
 
@@ -192,7 +210,8 @@ TEST_P(NumericOption, TakesNumbersOnly) {
 
 INSTANTIATE_TEST_SUITE_P(Options, NumericOption,
                          testing::Values("--log-level", "--max-message", "--iterator-timeout",
-                                         "--max-iterators"));
+                                         "--max-iterators", "--iterator-memory", "--max-views",
+                                         "--view-memory", "--memory"));
 
 TEST(AgentOptions, RefuseWhatTheyDoNotKnowInOneLine) {
   EXPECT_THAT(refusal({"--colour"}), HasSubstr("--colour"));
@@ -217,7 +236,8 @@ TEST(AgentOptions, AnswerHelpOnStandardOutput) {
   for (const char* option :
        {"--version", "--config", "--network", "--store", "--create", "--endpoint", "--ior-file",
         "--ems-name", "--test-switch", "--module", "--naming", "--log-level", "--max-message",
-        "--iterator-timeout", "--max-iterators"}) {
+        "--iterator-timeout", "--max-iterators", "--iterator-memory", "--max-views",
+        "--view-memory", "--memory"}) {
     EXPECT_THAT(printed, HasSubstr(option));
   }
 }

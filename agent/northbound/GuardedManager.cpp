@@ -1,0 +1,132 @@
+#include "agent/northbound/GuardedManager.h"
+
+#include <algorithm>
+#include <new>
+#include <utility>
+
+namespace agent {
+namespace {
+
+// What an iterator takes without its records.
+constexpr std::size_t kServant = 1024;
+
+// The view that a thread computes.
+struct View {
+  ViewSize size;
+  CORBA::ULong howMany = 0;  // records of the first batch
+};
+
+thread_local const View* threadsView = nullptr;
+
+class Computing {
+ public:
+  explicit Computing(const View& view) { threadsView = &view; }
+  ~Computing() { threadsView = nullptr; }
+  Computing(const Computing&) = delete;
+  Computing& operator=(const Computing&) = delete;
+};
+
+ViewAdmission::Pass admit(ViewAdmission& admission, std::size_t bytes) {
+  try {
+    return admission.admit(bytes);
+  } catch (const std::bad_alloc&) {
+    throw CORBA::NO_RESOURCES(0, CORBA::COMPLETED_NO);
+  }
+}
+
+}  // namespace
+
+// A first batch that is not the whole result is a copy of its records.
+template <typename List, typename Run>
+void GuardedManager::admitted(ViewKind kind, CORBA::ULong howMany, List& list, const Run& run) {
+  const View view{guard_.sizeOf(kind), howMany};
+  const std::size_t batch = std::min<std::size_t>(howMany, view.size.records);
+  ViewAdmission::Pass pass =
+      admit(guard_.admission, view.size.result + view.size.work + view.size.of(batch));
+  {
+    const IteratorRegistry::Creation creation(guard_.iterators);
+    const Computing computing(view);
+    run();
+  }
+  pass.computed(list.ptr() == nullptr ? 0 : view.size.of(list.ptr()->length()));
+  ViewReply::keep(std::move(pass));
+}
+
+void GuardedManager::setNativeEMSName(const globaldefs::NVSList_T& objectName,
+                                      const char* nativeEMSName) {
+  manager_.setNativeEMSName(objectName, nativeEMSName);
+}
+
+void GuardedManager::setUserLabel(const globaldefs::NVSList_T& objectName, const char* userLabel,
+                                  CORBA::Boolean enforceUniqueness) {
+  manager_.setUserLabel(objectName, userLabel, enforceUniqueness);
+}
+
+void GuardedManager::setOwner(const globaldefs::NVSList_T& objectName, const char* owner) {
+  manager_.setOwner(objectName, owner);
+}
+
+void GuardedManager::getCapabilities(common::CapabilityList_T_out capabilities) {
+  manager_.getCapabilities(capabilities);
+}
+
+void GuardedManager::setAdditionalInfo(const globaldefs::NVSList_T& objectName,
+                                       globaldefs::NVSList_T& additionalInfo) {
+  manager_.setAdditionalInfo(objectName, additionalInfo);
+}
+
+void GuardedManager::getTopoSubnetworkViewInfo(CORBA::ULong how_many,
+                                               TopoManagementManager::NodeList_T_out nodeList,
+                                               TopoManagementManager::NodeIterator_I_out nodeIt) {
+  admitted(ViewKind::kNodes, how_many, nodeList,
+           [&] { manager_.getTopoSubnetworkViewInfo(how_many, nodeList, nodeIt); });
+}
+
+void GuardedManager::getProtectSubnetworkViewInfo(
+    CORBA::ULong how_many, TopoManagementManager::NodeList_T_out nodeList,
+    TopoManagementManager::NodeIterator_I_out nodeIt) {
+  admitted(ViewKind::kNodes, how_many, nodeList,
+           [&] { manager_.getProtectSubnetworkViewInfo(how_many, nodeList, nodeIt); });
+}
+
+void GuardedManager::getViewInfoByTopoSubnetwork(const globaldefs::NVSList_T& topoSubnetworkName,
+                                                 CORBA::ULong how_many,
+                                                 TopoManagementManager::NodeList_T_out nodeList,
+                                                 TopoManagementManager::NodeIterator_I_out nodeIt) {
+  admitted(ViewKind::kNodes, how_many, nodeList, [&] {
+    manager_.getViewInfoByTopoSubnetwork(topoSubnetworkName, how_many, nodeList, nodeIt);
+  });
+}
+
+void GuardedManager::getClockSourceSubnetworkViewInfo(
+    CORBA::ULong how_many, TopoManagementManager::NodeList_T_out nodeList,
+    TopoManagementManager::NodeIterator_I_out nodeIt) {
+  admitted(ViewKind::kClockPositions, how_many, nodeList,
+           [&] { manager_.getClockSourceSubnetworkViewInfo(how_many, nodeList, nodeIt); });
+}
+
+void GuardedManager::getAllClockSourceViewlTopologicalLinks(
+    CORBA::ULong how_many, topologicalLink::TopologicalLinkList_T_out linkList,
+    topologicalLink::TopologicalLinkIterator_I_out linkIt) {
+  admitted(ViewKind::kClockLinks, how_many, linkList,
+           [&] { manager_.getAllClockSourceViewlTopologicalLinks(how_many, linkList, linkIt); });
+}
+
+// The iterator knows how many records it has left beyond the first batch, and keeps all of them.
+std::size_t iteratorBytes(PortableServer::ServantBase* servant) {
+  if (threadsView == nullptr) {
+    return 0;
+  }
+  std::size_t left = 0;
+  if (auto* const nodes = dynamic_cast<POA_TopoManagementManager::NodeIterator_I*>(servant)) {
+    left = nodes->getLength();
+  } else if (auto* const links =
+                 dynamic_cast<POA_topologicalLink::TopologicalLinkIterator_I*>(servant)) {
+    left = links->getLength();
+  } else {
+    return 0;
+  }
+  return kServant + threadsView->size.of(left + threadsView->howMany);
+}
+
+}  // namespace agent

@@ -1,0 +1,278 @@
+// The manager behind the admission of views: which operations are admitted, and what the iterators
+// count that a view makes.
+
+#include "agent/northbound/GuardedManager.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace {
+
+using agent::GuardedManager;
+using agent::IteratorLimits;
+using agent::IteratorRegistry;
+using agent::ViewAdmission;
+using agent::ViewGuard;
+using agent::ViewKind;
+using agent::ViewSize;
+using std::chrono::milliseconds;
+using topologicalLink::TopologicalLinkIterator_I_out;
+using topologicalLink::TopologicalLinkIterator_I_var;
+using topologicalLink::TopologicalLinkList_T_out;
+using topologicalLink::TopologicalLinkList_T_var;
+using TopoManagementManager::NodeIterator_I_out;
+using TopoManagementManager::NodeIterator_I_var;
+using TopoManagementManager::NodeList_T;
+using TopoManagementManager::NodeList_T_out;
+using TopoManagementManager::NodeList_T_var;
+
+// A manager of a module: notes the calls, and does in a view what the test wants.
+class NotingManager final : public virtual POA_TopoManagementManager::TopoMgr_I {
+ public:
+  void setNativeEMSName(const globaldefs::NVSList_T&, const char* name) override {
+    calls.push_back(std::string("setNativeEMSName ") + name);
+  }
+  void setUserLabel(const globaldefs::NVSList_T&, const char* label,
+                    CORBA::Boolean unique) override {
+    calls.push_back(std::string("setUserLabel ") + label + (unique ? " unique" : ""));
+  }
+  void setOwner(const globaldefs::NVSList_T&, const char* owner) override {
+    calls.push_back(std::string("setOwner ") + owner);
+  }
+  void getCapabilities(common::CapabilityList_T_out capabilities) override {
+    calls.emplace_back("getCapabilities");
+    capabilities = new common::CapabilityList_T;
+  }
+  void setAdditionalInfo(const globaldefs::NVSList_T&, globaldefs::NVSList_T& info) override {
+    calls.push_back("setAdditionalInfo " + std::to_string(info.length()));
+  }
+  void getTopoSubnetworkViewInfo(CORBA::ULong howMany, NodeList_T_out list,
+                                 NodeIterator_I_out) override {
+    view<NodeList_T>("topo", howMany, list);
+  }
+  void getProtectSubnetworkViewInfo(CORBA::ULong howMany, NodeList_T_out list,
+                                    NodeIterator_I_out) override {
+    view<NodeList_T>("protect", howMany, list);
+  }
+  void getViewInfoByTopoSubnetwork(const globaldefs::NVSList_T& name, CORBA::ULong howMany,
+                                   NodeList_T_out list, NodeIterator_I_out) override {
+    view<NodeList_T>("below " + std::to_string(name.length()), howMany, list);
+  }
+  void getClockSourceSubnetworkViewInfo(CORBA::ULong howMany, NodeList_T_out list,
+                                        NodeIterator_I_out) override {
+    view<NodeList_T>("clock", howMany, list);
+  }
+  void getAllClockSourceViewlTopologicalLinks(CORBA::ULong howMany, TopologicalLinkList_T_out list,
+                                              TopologicalLinkIterator_I_out) override {
+    view<topologicalLink::TopologicalLinkList_T>("links", howMany, list);
+  }
+
+  std::vector<std::string> calls;
+  std::function<void()> inView;
+  CORBA::ULong length = 0;  // of the list of a view
+
+ private:
+  template <typename List, typename ListOut>
+  void view(const std::string& name, CORBA::ULong howMany, ListOut& list) {
+    calls.push_back(name + " " + std::to_string(howMany));
+    list = new List;
+    list.ptr()->length(length);
+    if (inView) {
+      inView();
+    }
+  }
+};
+
+// An iterator with some records left.
+class FakeIterator final : public virtual POA_TopoManagementManager::NodeIterator_I {
+ public:
+  explicit FakeIterator(CORBA::ULong left) : left_(left) {}
+
+  CORBA::Boolean next_n(CORBA::ULong, NodeList_T_out) override { throw CORBA::NO_IMPLEMENT(); }
+  CORBA::ULong getLength() override { return left_; }
+  void destroy() override {}
+
+ private:
+  const CORBA::ULong left_;
+};
+
+class Guarded : public testing::Test {
+ protected:
+  static void SetUpTestSuite() { server_ = orb::startServer({}, {"127.0.0.1", 0}, nullptr); }
+  static void TearDownTestSuite() { server_.reset(); }
+
+  Guarded() {
+    iterators_.open();
+    manager_ = new NotingManager;
+    owner_ = manager_;
+    guarded_ = new GuardedManager(*manager_, guard_);
+    guardedOwner_ = guarded_;
+  }
+
+  void view(CORBA::ULong howMany) {
+    NodeList_T_var list;
+    NodeIterator_I_var iterator;
+    guarded_->getTopoSubnetworkViewInfo(howMany, list.out(), iterator.out());
+  }
+
+  // Every view once, in the order of the interface.
+  std::vector<std::function<void()>> allViews() {
+    const auto nodes = [this](auto operation) {
+      return [this, operation] {
+        NodeList_T_var list;
+        NodeIterator_I_var iterator;
+        (guarded_->*operation)(7, list.out(), iterator.out());
+      };
+    };
+    return {nodes(&GuardedManager::getTopoSubnetworkViewInfo),
+            nodes(&GuardedManager::getProtectSubnetworkViewInfo),
+            [this] {
+              NodeList_T_var list;
+              NodeIterator_I_var iterator;
+              globaldefs::NVSList_T name;
+              name.length(2);
+              guarded_->getViewInfoByTopoSubnetwork(name, 7, list.out(), iterator.out());
+            },
+            nodes(&GuardedManager::getClockSourceSubnetworkViewInfo),
+            [this] {
+              TopologicalLinkList_T_var list;
+              TopologicalLinkIterator_I_var iterator;
+              guarded_->getAllClockSourceViewlTopologicalLinks(7, list.out(), iterator.out());
+            }};
+  }
+
+  static std::unique_ptr<orb::Server> server_;
+
+  std::size_t free_ = 1000000;
+  std::vector<std::size_t> asked_;
+  std::vector<ViewKind> kinds_;
+  IteratorRegistry::TimePoint now_{};
+  ViewAdmission admission_{{1, 1000000, milliseconds(0)},
+                           [this](std::size_t bytes) {
+                             asked_.push_back(bytes);
+                             return bytes <= free_;
+                           },
+                           std::chrono::steady_clock::now};
+  IteratorRegistry iterators_{server_->rootPoa(), IteratorLimits{milliseconds(1000), 3, 1000000},
+                              [this] { return now_; }};
+  const ViewGuard guard_{admission_, iterators_, [this](ViewKind kind) {
+                           kinds_.push_back(kind);
+                           return ViewSize{10, 5000, 400};
+                         }};
+  NotingManager* manager_ = nullptr;
+  PortableServer::ServantBase_var owner_;
+  GuardedManager* guarded_ = nullptr;
+  PortableServer::ServantBase_var guardedOwner_;
+};
+
+std::unique_ptr<orb::Server> Guarded::server_;
+
+TEST_F(Guarded, PassesEveryOperationToTheManager) {
+  globaldefs::NVSList_T name;
+  globaldefs::NVSList_T info;
+  info.length(3);
+  common::CapabilityList_T_var capabilities;
+  guarded_->setNativeEMSName(name, "a");
+  guarded_->setUserLabel(name, "b", true);
+  guarded_->setOwner(name, "c");
+  guarded_->getCapabilities(capabilities.out());
+  guarded_->setAdditionalInfo(name, info);
+  for (const std::function<void()>& call : allViews()) {
+    call();
+  }
+  const std::vector<std::string> expected = {"setNativeEMSName a",
+                                             "setUserLabel b unique",
+                                             "setOwner c",
+                                             "getCapabilities",
+                                             "setAdditionalInfo 3",
+                                             "topo 7",
+                                             "protect 7",
+                                             "below 2 7",
+                                             "clock 7",
+                                             "links 7"};
+  EXPECT_EQ(expected, manager_->calls);
+}
+
+TEST_F(Guarded, RefusesEveryViewWithoutMemoryBeforeTheModuleRuns) {
+  free_ = 100;
+  for (const std::function<void()>& call : allViews()) {
+    EXPECT_THROW(call(), CORBA::NO_RESOURCES);
+  }
+  EXPECT_TRUE(manager_->calls.empty());
+}
+
+TEST_F(Guarded, ServesSettersWithoutMemoryForAView) {
+  free_ = 0;
+  guarded_->setOwner({}, "c");
+  EXPECT_EQ(std::vector<std::string>{"setOwner c"}, manager_->calls);
+  EXPECT_TRUE(asked_.empty());
+}
+
+TEST_F(Guarded, AsksForTheSizeOfTheKindOfView) {
+  for (const std::function<void()>& call : allViews()) {
+    call();
+  }
+  const std::vector<ViewKind> expected = {ViewKind::kNodes, ViewKind::kNodes, ViewKind::kNodes,
+                                          ViewKind::kClockPositions, ViewKind::kClockLinks};
+  EXPECT_EQ(expected, kinds_);
+}
+
+TEST_F(Guarded, ReservesResultWorkAndFirstBatch) {
+  view(0);
+  EXPECT_EQ(5400U, asked_.back());
+  view(2);
+  EXPECT_LE(6400U, asked_.back());
+  EXPECT_GE(6410U, asked_.back());
+  view(4000000000);
+  EXPECT_LE(10400U, asked_.back());
+  EXPECT_GE(10410U, asked_.back());
+}
+
+TEST_F(Guarded, GivesTheReservationBackWhenAViewFails) {
+  manager_->inView = [] { throw CORBA::INTERNAL(); };
+  EXPECT_THROW(view(1), CORBA::INTERNAL);
+  manager_->inView = nullptr;
+  view(1);
+}
+
+TEST_F(Guarded, ComputesOneViewWhileTheReplyOfAnotherIsSent) {
+  const std::shared_ptr<agent::ViewReply> reply = agent::ViewReply::begin();
+  manager_->length = 10;
+  view(10);
+  EXPECT_NO_THROW(view(10));
+}
+
+// --- Iterators that a view makes.
+
+TEST_F(Guarded, CountsTheRecordsThatAnIteratorHolds) {
+  std::size_t bytes = 0;
+  const PortableServer::ServantBase_var iterator = new FakeIterator(6);
+  manager_->inView = [&] { bytes = agent::iteratorBytes(iterator.in()); };
+  view(2);
+  EXPECT_LE(4000U, bytes);
+  EXPECT_GE(6000U, bytes);
+}
+
+TEST_F(Guarded, CountsNothingOutsideOfAView) {
+  const PortableServer::ServantBase_var iterator = new FakeIterator(6);
+  EXPECT_EQ(0U, agent::iteratorBytes(iterator.in()));
+  view(2);
+  EXPECT_EQ(0U, agent::iteratorBytes(iterator.in()));
+}
+
+TEST_F(Guarded, KeepsTheIteratorsOfAViewUntilItsEnd) {
+  manager_->inView = [this] {
+    ASSERT_EQ(agent::kSuccess, iterators_.add(new FakeIterator(6), 0));
+    now_ += milliseconds(1000);
+    EXPECT_EQ(0U, iterators_.reclaimIdle());
+  };
+  view(2);
+  now_ += milliseconds(1000);
+  EXPECT_EQ(1U, iterators_.reclaimIdle());
+}
+
+}  // namespace

@@ -1,0 +1,181 @@
+// How many views run at the same time, and what happens when memory is short.
+
+#include "agent/northbound/ViewAdmission.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <future>
+#include <optional>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "orb/orb.h"
+
+namespace {
+
+using agent::ViewAdmission;
+using agent::ViewLimits;
+using agent::ViewReply;
+using std::chrono::milliseconds;
+
+// Long enough for any wait that a test ends itself.
+constexpr milliseconds kPatience{60000};
+
+class Admission : public testing::Test {
+ protected:
+  static constexpr std::size_t kMegabyte = 1000000;
+
+  // A view that waits on a thread of its own; returns when it waits.
+  std::future<ViewAdmission::Pass> waitingView(ViewAdmission& admission, std::size_t bytes) {
+    const std::size_t before = admission.waiting();
+    auto pass =
+        std::async(std::launch::async, [&admission, bytes] { return admission.admit(bytes); });
+    while (admission.waiting() == before) {
+      std::this_thread::yield();
+    }
+    return pass;
+  }
+
+  bool allows(std::size_t bytes) {
+    asked_ = bytes;
+    return bytes <= free_;
+  }
+
+  ViewAdmission admission(const ViewLimits& limits) {
+    return {limits, [this](std::size_t bytes) { return allows(bytes); },
+            std::chrono::steady_clock::now};
+  }
+
+  std::size_t free_ = 100 * kMegabyte;  // what the process may allocate
+  std::size_t asked_ = 0;               // what was last asked for
+};
+
+TEST_F(Admission, ComputesNoMoreViewsAtTheSameTimeThanTheLimit) {
+  ViewAdmission views = admission({2, 100 * kMegabyte, milliseconds(0)});
+  ViewAdmission::Pass first = views.admit(1);
+  const ViewAdmission::Pass second = views.admit(1);
+  EXPECT_THROW(views.admit(1), CORBA::NO_RESOURCES);
+  first.computed(1);
+  const ViewAdmission::Pass third = views.admit(1);
+}
+
+TEST_F(Admission, GivesBackThePlaceOfAViewThatFailed) {
+  ViewAdmission views = admission({1, 10 * kMegabyte, milliseconds(0)});
+  static_cast<void>(views.admit(10 * kMegabyte));
+  const ViewAdmission::Pass next = views.admit(10 * kMegabyte);
+  EXPECT_EQ(10 * kMegabyte, asked_);
+}
+
+TEST_F(Admission, LetsViewsWaitInTheOrderOfTheirArrival) {
+  ViewAdmission views = admission({1, 100 * kMegabyte, kPatience});
+  std::optional<ViewAdmission::Pass> running = views.admit(1);
+  std::future<ViewAdmission::Pass> first = waitingView(views, 1);
+  std::future<ViewAdmission::Pass> second = waitingView(views, 1);
+  running.reset();
+  const ViewAdmission::Pass next = first.get();
+  EXPECT_EQ(1U, views.waiting());
+  EXPECT_EQ(std::future_status::timeout, second.wait_for(milliseconds(0)));
+  views.close();
+  EXPECT_THROW(second.get(), CORBA::TRANSIENT);
+}
+
+TEST_F(Admission, AdmitsTheNextViewAfterOneThatGaveUp) {
+  ViewAdmission views = admission({1, 100 * kMegabyte, milliseconds(0)});
+  std::optional<ViewAdmission::Pass> running = views.admit(1);
+  EXPECT_THROW(views.admit(1), CORBA::NO_RESOURCES);
+  EXPECT_EQ(0U, views.waiting());
+  running.reset();
+  const ViewAdmission::Pass next = views.admit(1);
+}
+
+// A reply that its client does not read keeps its bytes, not a place among the computed views.
+TEST_F(Admission, CountsTheBytesOfAViewUntilItsReplyWasSent) {
+  ViewAdmission views = admission({2, 10 * kMegabyte, milliseconds(0)});
+  std::optional<ViewAdmission::Pass> unread = views.admit(9 * kMegabyte);
+  unread->computed(6 * kMegabyte);
+  EXPECT_THROW(views.admit(5 * kMegabyte), CORBA::NO_RESOURCES);
+  const ViewAdmission::Pass small = views.admit(4 * kMegabyte);
+  unread.reset();
+  const ViewAdmission::Pass other = views.admit(5 * kMegabyte);
+}
+
+TEST_F(Admission, AdmitsAViewOverTheLimitInBytesWhenNoOtherIsInProgress) {
+  ViewAdmission views = admission({2, 10 * kMegabyte, milliseconds(0)});
+  std::optional<ViewAdmission::Pass> large = views.admit(20 * kMegabyte);
+  EXPECT_THROW(views.admit(1), CORBA::NO_RESOURCES);
+  large.reset();
+  const ViewAdmission::Pass small = views.admit(1);
+  EXPECT_THROW(views.admit(20 * kMegabyte), CORBA::NO_RESOURCES);
+}
+
+// --- Memory of the process.
+
+TEST_F(Admission, RefusesAViewAtOnceWhenMemoryIsShortAndNoneIsInProgress) {
+  ViewAdmission views = admission({2, 1000 * kMegabyte, kPatience});
+  EXPECT_THROW(views.admit(101 * kMegabyte), CORBA::NO_RESOURCES);
+  const ViewAdmission::Pass smaller = views.admit(100 * kMegabyte);
+}
+
+TEST_F(Admission, ReservesWhatViewsThatAreComputedMayStillAllocate) {
+  ViewAdmission views = admission({3, 1000 * kMegabyte, milliseconds(0)});
+  ViewAdmission::Pass first = views.admit(60 * kMegabyte);
+  EXPECT_THROW(views.admit(60 * kMegabyte), CORBA::NO_RESOURCES);
+  EXPECT_EQ(120 * kMegabyte, asked_);
+  // What a computed view allocated is in the use of the process.
+  first.computed(60 * kMegabyte);
+  const ViewAdmission::Pass second = views.admit(60 * kMegabyte);
+  EXPECT_EQ(60 * kMegabyte, asked_);
+}
+
+TEST_F(Admission, LetsAViewWaitForMemoryThatAnotherViewReturns) {
+  ViewAdmission views = admission({2, 1000 * kMegabyte, kPatience});
+  std::optional<ViewAdmission::Pass> running = views.admit(60 * kMegabyte);
+  std::future<ViewAdmission::Pass> waiting = waitingView(views, 60 * kMegabyte);
+  running.reset();
+  const ViewAdmission::Pass next = waiting.get();
+}
+
+// --- Close.
+
+TEST_F(Admission, RefusesViewsWhileItIsClosed) {
+  ViewAdmission views = admission({2, 10 * kMegabyte, kPatience});
+  views.close();
+  EXPECT_THROW(views.admit(1), CORBA::TRANSIENT);
+  views.open();
+  const ViewAdmission::Pass pass = views.admit(1);
+}
+
+TEST_F(Admission, EndsEveryWaitWhenItCloses) {
+  ViewAdmission views = admission({1, 10 * kMegabyte, kPatience});
+  const ViewAdmission::Pass running = views.admit(1);
+  std::vector<std::future<ViewAdmission::Pass>> waiting;
+  for (int i = 0; i < 3; ++i) {
+    waiting.push_back(waitingView(views, 1));
+  }
+  views.close();
+  for (std::future<ViewAdmission::Pass>& view : waiting) {
+    EXPECT_THROW(view.get(), CORBA::TRANSIENT);
+  }
+}
+
+// --- Replies.
+
+TEST_F(Admission, KeepsThePassOfAViewUntilItsReplyWasSent) {
+  ViewAdmission views = admission({1, 10 * kMegabyte, milliseconds(0)});
+  std::shared_ptr<ViewReply> reply = ViewReply::begin();
+  ViewReply::keep(views.admit(1));
+  EXPECT_THROW(views.admit(1), CORBA::NO_RESOURCES);
+  reply.reset();
+  const ViewAdmission::Pass next = views.admit(1);
+}
+
+TEST_F(Admission, DropsThePassOfAViewWithoutAReply) {
+  ViewAdmission views = admission({1, 10 * kMegabyte, milliseconds(0)});
+  ViewReply::begin().reset();
+  ViewReply::keep(views.admit(1));
+  const ViewAdmission::Pass next = views.admit(1);
+}
+
+}  // namespace
