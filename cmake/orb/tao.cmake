@@ -40,8 +40,10 @@ if(Orb_FOUND AND NOT TARGET Orb::Orb)
   target_link_libraries(Orb::Orb INTERFACE ACE::ACE Threads::Threads)
   # Inline operators of old versions compare references with null.
   target_compile_options(Orb::Orb INTERFACE -fno-delete-null-pointer-checks)
-  # Libraries that these need in turn stand beside them.
-  target_link_options(Orb::Orb INTERFACE "LINKER:-rpath-link,${_orb_library_dir}")
+  # Libraries that these need in turn are beside them. Only DT_RPATH is searched for those too: a
+  # DT_RUNPATH, the linker's default, is for the libraries alone that a file needs itself.
+  target_link_options(Orb::Orb INTERFACE
+    "LINKER:-rpath-link,${_orb_library_dir}" LINKER:--disable-new-dtags)
 
   add_library(Orb::Notification INTERFACE IMPORTED)
   target_include_directories(Orb::Notification SYSTEM INTERFACE "${ORB_SERVICES_IDL}")
