@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "../listening.h"
 #include "drain.h"
 #include "log.h"
 #include "references.h"
@@ -103,7 +104,9 @@ std::unique_ptr<Server> startServer(const Options& options, const Endpoint& endp
   std::vector<std::string> said;
   setLogReceiver([&said](const std::string& line) { said.push_back(line); });
   try {
+    const ListeningCheck check;
     auto server = std::make_unique<ListeningOrb>(options, endpoint);
+    check.requireOnly(server->endpoint());
     setLogReceiver(log);
     if (log) {
       std::for_each(said.begin(), said.end(), log);

@@ -1,7 +1,9 @@
 #include "settings.h"
 
 #include <omniORB4/omniORB.h>
+#include <unistd.h>
 
+#include <cstdlib>
 #include <utility>
 #include <vector>
 
@@ -9,6 +11,21 @@
 
 namespace orb {
 namespace {
+
+// The ORB reads ORBNAME=VALUE, OMNIORB_CONFIG and OMNIORB_USEHOSTNAME, and offers no way to switch
+// that off. Settings of a list, as endPoint, would add to ours.
+void forgetSettingsOfTheEnvironment() {
+  std::vector<std::string> names;
+  for (char** entry = environ; *entry != nullptr; ++entry) {
+    const std::string text = *entry;
+    if (text.compare(0, 3, "ORB") == 0 || text.compare(0, 8, "OMNIORB_") == 0) {
+      names.push_back(text.substr(0, text.find('=')));
+    }
+  }
+  for (const std::string& name : names) {
+    unsetenv(name.c_str());
+  }
+}
 
 // The ORB takes its settings as an array of name and value, ended by a null pair.
 CORBA::ORB_ptr initWithSettings(const std::vector<std::pair<std::string, std::string>>& settings) {
@@ -18,8 +35,12 @@ CORBA::ORB_ptr initWithSettings(const std::vector<std::pair<std::string, std::st
     table[i][1] = settings[i].second.c_str();
   }
   omniORB::setLogFunction(forwardLog);
-  int argc = 0;
-  char* argv[] = {nullptr};
+  forgetSettingsOfTheEnvironment();
+  // Without a configuration file. The ORB keeps the pointer to its name.
+  static char configFile[] = "-ORBconfigFile";
+  static char none[] = "";
+  char* argv[] = {none, configFile, none, nullptr};
+  int argc = 3;
   return CORBA::ORB_init(argc, argv, "omniORB4", table.get());
 }
 

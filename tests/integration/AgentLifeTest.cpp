@@ -89,6 +89,34 @@ TEST_F(AgentLife, PrintsOneLineWithEndpointReferenceAndNumberOfNodesWhenReady) {
   EXPECT_EQ("", agent.stop(SIGTERM).out);
 }
 
+// Whether somebody listens at "HOST:PORT".
+bool isListenedOn(const std::string& endpoint) {
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  address.sin_port =
+      htons(static_cast<std::uint16_t>(std::stoul(endpoint.substr(endpoint.rfind(':') + 1))));
+  const int client = socket(AF_INET, SOCK_STREAM, 0);
+  const bool connected =
+      connect(client, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
+  close(client);
+  return connected;
+}
+
+TEST_F(AgentLife, IgnoresSettingsOfTheOrbInItsEnvironment) {
+  const std::string unwanted = quietEndpoint();
+  support::Process agent(
+      ownPrograms().agent,
+      {"--endpoint", "127.0.0.1:0", "--store", ":memory:", "--module", TOPO_MODULE},
+      {"ORBendPoint=giop:tcp:" + unwanted, "ORBgiopMaxMsgSize=8192", "ORBtraceLevel=40"});
+  EXPECT_THAT(agent.readLine(), StartsWith("topo-agentd ready: endpoint 127.0.0.1:"));
+  EXPECT_FALSE(isListenedOn(unwanted));
+  agent.send(SIGTERM);
+  const Ended ended = agent.wait();
+  EXPECT_EQ(0, ended.status);
+  EXPECT_EQ("", ended.err);
+}
+
 TEST_F(AgentLife, EndsCleanlyOnSigterm) {
   RunningAgent agent({"--network", kBackbone});
   const Ended ended = agent.stop(SIGTERM);

@@ -44,6 +44,8 @@ class SilentPeer {
 
   std::string address() const { return "iiop:1.2@127.0.0.1:" + std::to_string(port_); }
 
+  std::uint16_t port() const { return port_; }
+
   std::string corbaloc() const { return "corbaloc:" + address() + "/Key"; }
 
  private:
