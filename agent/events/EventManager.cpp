@@ -4,6 +4,7 @@
 #include <atomic>
 #include <deque>
 #include <iterator>
+#include <list>
 #include <set>
 #include <string>
 #include <utility>
@@ -109,7 +110,7 @@ struct EventManager::Lane {
   std::uint64_t callsBegun = 0;  // calls of the handler
   std::uint64_t callsEnded = 0;
   bool ended = false;
-  std::thread thread;
+  std::list<std::thread> thread;  // the one of the lane; a list, so that it moves without memory
 };
 
 EventManager::EventManager(std::size_t queueLimit, TellLost tellLost)
@@ -155,7 +156,7 @@ EventManager::Lane& EventManager::laneOf(TEEventHandler& handler) {
   const auto lane = std::make_shared<Lane>(handler);
   const auto added = lanes_.emplace(&handler, lane).first;
   try {
-    lane->thread = std::thread([this, lane] { deliver(lane); });
+    lane->thread.emplace_back([this, lane] { deliver(lane); });
   } catch (...) {
     lanes_.erase(added);
     throw;
@@ -165,7 +166,7 @@ EventManager::Lane& EventManager::laneOf(TEEventHandler& handler) {
 
 void EventManager::UnSubscribe(TEEventHandler* handler, int eventId) {
   std::vector<Queued> withdrawn;  // gone after the lock
-  std::vector<std::thread> ended;
+  std::list<std::thread> ended;
   {
     std::unique_lock<std::mutex> lock(mutex_);
     const auto known = lanes_.find(handler);
@@ -174,7 +175,7 @@ void EventManager::UnSubscribe(TEEventHandler* handler, int eventId) {
       lane->eventIds.erase(eventId);
       withdrawn = lane->withdraw(eventId);
       lane->work.notify_one();
-      if (lane->thread.get_id() != std::this_thread::get_id()) {
+      if (lane->thread.front().get_id() != std::this_thread::get_id()) {
         changed_.wait(lock, [&lane, calls = lane->callsBegun] {
           return lane->ended || (lane->isSubscribed() && lane->callsEnded >= calls);
         });
@@ -293,10 +294,11 @@ void EventManager::tellLost() const noexcept {
   }
 }
 
-// The lane's thread touches nothing of the handler from here on. REQUIRES: mutex_ is held.
-void EventManager::end(Lane& lane) {
+// The lane's thread touches nothing of the handler from here on. Allocates nothing, because the
+// thread has nobody to tell that memory is short. REQUIRES: mutex_ is held.
+void EventManager::end(Lane& lane) noexcept {
   lane.ended = true;
-  ended_.push_back(std::move(lane.thread));
+  ended_.splice(ended_.end(), lane.thread);
   lanes_.erase(&lane.handler);
   changed_.notify_all();
 }

@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <list>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -90,7 +91,7 @@ class EventManager final : public TEEventMgr {
   void queue(int eventId, std::vector<NS_DOMAIN::TopoNode_T> nodes);
   void lose(int eventId) noexcept;
   void deliver(const std::shared_ptr<Lane>& lane);
-  void end(Lane& lane);
+  void end(Lane& lane) noexcept;
   void tellLost() const noexcept;
   bool handledUpTo(std::uint64_t sequence) const;
 
@@ -102,8 +103,8 @@ class EventManager final : public TEEventMgr {
   std::condition_variable changed_;  // a call has ended, or a lane
   // Guarded by mutex_. A lane is here until its thread leaves it for good.
   std::map<TEEventHandler*, std::shared_ptr<Lane>> lanes_;
-  std::vector<std::thread> ended_;  // threads that have left their lane and can be joined
-  std::uint64_t raised_ = 0;        // numbers the events
+  std::list<std::thread> ended_;  // threads that have left their lane and can be joined
+  std::uint64_t raised_ = 0;      // numbers the events
   std::uint64_t delivered_ = 0;
   std::uint64_t failed_ = 0;
   std::uint64_t dropped_ = 0;

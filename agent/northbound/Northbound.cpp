@@ -31,8 +31,7 @@ Northbound::Northbound(orb::Server& server, std::string emsName, bool testSwitch
       testSwitch_(testSwitch),
       views_(std::move(views)),
       admission_(
-          views_.limits,
-          [this](std::size_t bytes) { return !views_.allows || views_.allows(bytes); },
+          views_.limits, [this](std::size_t bytes) { return allows(bytes); },
           std::chrono::steady_clock::now),
       iterators_(server.rootPoa(), limits, std::chrono::steady_clock::now),
       guard_{admission_, iterators_,
@@ -79,6 +78,12 @@ void Northbound::reclaimIterators() noexcept {
   } catch (...) {
     return;
   }
+}
+
+// Batches of iterators are copied without an admission, so there must be memory for a copy of
+// everything that the iterators hold.
+bool Northbound::allows(std::size_t bytes) {
+  return !views_.allows || views_.allows(bytes + iterators_.bytes());
 }
 
 FailureCode Northbound::addIterator(PortableServer::ServantBase* servant) {

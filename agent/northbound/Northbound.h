@@ -64,6 +64,7 @@ class Northbound {
  private:
   void housekeep();
   void reclaimIterators() noexcept;
+  bool allows(std::size_t bytes);
 
   orb::Server& server_;
   const std::string emsName_;

@@ -4,7 +4,9 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cstdlib>
 #include <new>
+#include <optional>
 
 #include "Handlers.h"
 #include "fakes/FailingNew.h"
@@ -18,6 +20,7 @@ using events::kLong;
 using events::node;
 using events::Recorder;
 using events::subscribe;
+using events::unsubscribe;
 
 // Raises with one allocation more at each time, until it works.
 TEST(EventMemory, EventsWithoutMemoryAreToldAsLostBeforeTheNext) {
@@ -47,6 +50,24 @@ TEST(EventMemory, EventsWithoutMemoryAreToldAsLostBeforeTheNext) {
   }
   EXPECT_LT(0, failures);
   EXPECT_EQ(static_cast<std::size_t>(failures) + 2, handler.events().size());
+}
+
+// Allocations of the thread fail from the call of the handler to the end of the thread.
+TEST(EventMemoryDeathTest, AThreadWithoutMemoryEndsWithItsHandlersSubscription) {
+  testing::GTEST_FLAG(death_test_style) = "threadsafe";
+  const auto subscribeAndEnd = [] {
+    Recorder handler([](int, const TEEvent&) {
+      thread_local std::optional<fakes::FailingNew> failing;
+      failing.emplace(0);
+    });
+    EventManager manager;
+    subscribe(manager, handler, {kCreated});
+    manager.raise(kCreated, node("n"));
+    manager.flush(kLong);
+    unsubscribe(manager, handler, {kCreated});
+    std::_Exit(0);
+  };
+  EXPECT_EXIT(subscribeAndEnd(), testing::ExitedWithCode(0), "");
 }
 
 }  // namespace

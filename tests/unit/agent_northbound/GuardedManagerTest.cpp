@@ -10,6 +10,8 @@
 #include <string>
 #include <vector>
 
+#include "agent/northbound/Northbound.h"
+
 namespace {
 
 using agent::GuardedManager;
@@ -273,6 +275,30 @@ TEST_F(Guarded, KeepsTheIteratorsOfAViewUntilItsEnd) {
   view(2);
   now_ += milliseconds(1000);
   EXPECT_EQ(1U, iterators_.reclaimIdle());
+}
+
+// A batch of an iterator is a copy, which the module makes without an admission.
+TEST(NorthboundViews, KeepMemoryForACopyOfWhatTheIteratorsHold) {
+  const auto server = orb::startServer({}, {"127.0.0.1", 0}, nullptr);
+  std::vector<std::size_t> asked;
+  agent::ViewSetup setup;
+  setup.sizeOf = [](ViewKind, bool) { return ViewSize{10, 5000, 400}; };
+  setup.allows = [&asked](std::size_t bytes) {
+    asked.push_back(bytes);
+    return true;
+  };
+  agent::Northbound northbound(*server, "EMS", false, {}, setup);
+  northbound.open();
+  northbound.managers().serve("A", new NotingManager);
+  ASSERT_EQ(agent::kSuccess, northbound.iterators().add(new FakeIterator(6), 3000));
+  const CORBA::Object_var reference = northbound.managers().reference("A");
+  const auto manager =
+      TopoManagementManager::TopoMgr_I_var(TopoManagementManager::TopoMgr_I::_narrow(reference));
+  NodeList_T_var list;
+  NodeIterator_I_var iterator;
+  manager->getTopoSubnetworkViewInfo(0, list.out(), iterator.out());
+  EXPECT_EQ(std::vector<std::size_t>{8400}, asked);
+  northbound.retire();
 }
 
 }  // namespace
