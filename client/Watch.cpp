@@ -8,11 +8,21 @@
 #include "orb/orb.h"
 
 namespace topoctl {
+namespace {
+
+// A notification carries names and texts of any length, so pushes may use the whole message limit.
+orb::Options consumerOptions(const Options& options) {
+  orb::Options result = options.orb;
+  result.largeOperations = {"push_structured_event"};
+  return result;
+}
+
+}  // namespace
 
 void watch(const Options& options, std::ostream& out) {
   Inbox inbox(kMaxWaiting);
   const StopSignals signals([&inbox] { inbox.stop(); });
-  const auto server = orb::startServer(options.orb, options.arguments.listen, nullptr);
+  const auto server = orb::startServer(consumerOptions(options), options.arguments.listen, nullptr);
   const PortableServer::POAManager_var manager = server->rootPoa()->the_POAManager();
   manager->activate();
   Subscription subscription(server->get(), server->rootPoa(), options, inbox);

@@ -91,6 +91,15 @@ TEST_F(WatchProgram, PrintsATableAndEndsAfterItsEvents) {
   EXPECT_EQ(program.wait().status, 0);
 }
 
+TEST_F(WatchProgram, PrintsAnEventWithATextLargerThanTheLimitOfOtherRequests) {
+  Program program(arguments({"--format", "json", "--count", "1"}));
+  program.readLine();
+  const std::string name(2 * orb::kDefaultMaxRequestBytes, 'n');
+  consumer()->push_structured_event(renaming("5", "a", name));
+  EXPECT_THAT(program.readLine(), HasSubstr(name));
+  EXPECT_EQ(program.wait().status, 0);
+}
+
 TEST_F(WatchProgram, EndsAtOnceByASecondSignal) {
   // Shared with a request that may end after this function.
   const auto reached = std::make_shared<std::promise<void>>();
