@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <new>
+#include <utility>
 
 namespace {
 
@@ -13,6 +14,14 @@ thread_local int sparedLeft = 0;
 thread_local std::size_t leastSize = 0;
 thread_local int failureCount = 0;
 thread_local long live = 0;
+thread_local const std::function<void()>* nextPause = nullptr;
+thread_local std::size_t leastPauseSize = 0;
+
+void pauseBefore(std::size_t size) {
+  if (nextPause != nullptr && size >= leastPauseSize) {
+    (*std::exchange(nextPause, nullptr))();
+  }
+}
 
 bool mustFail(std::size_t size) {
   if (!armed || size < leastSize || sparedLeft-- > 0) {
@@ -49,6 +58,15 @@ int FailingNew::failures() {
   return failureCount;
 }
 
+PausingNew::PausingNew(std::function<void()> pause, std::size_t size) : pause_(std::move(pause)) {
+  leastPauseSize = size;
+  nextPause = &pause_;
+}
+
+PausingNew::~PausingNew() {
+  nextPause = nullptr;
+}
+
 long liveBlocks() {
   return live;
 }
@@ -56,6 +74,7 @@ long liveBlocks() {
 }  // namespace fakes
 
 void* operator new(std::size_t size) {
+  pauseBefore(size);
   void* block = mustFail(size) ? nullptr : std::malloc(size != 0 ? size : 1);
   if (block == nullptr) {
     throw std::bad_alloc();

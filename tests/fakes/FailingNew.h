@@ -8,6 +8,7 @@
 #define FAKES_FAILINGNEW_H
 
 #include <cstddef>
+#include <functional>
 
 namespace fakes {
 
@@ -22,6 +23,19 @@ class FailingNew {
 
   // How many allocations have failed.
   static int failures();
+};
+
+// While one lives, this thread calls a function before its next allocation of at least `size`
+// bytes, once. So a test can stop the thread in the middle of what allocates.
+class PausingNew {
+ public:
+  PausingNew(std::function<void()> pause, std::size_t size);
+  ~PausingNew();
+  PausingNew(const PausingNew&) = delete;
+  PausingNew& operator=(const PausingNew&) = delete;
+
+ private:
+  std::function<void()> pause_;
 };
 
 // Blocks allocated less blocks freed by this thread since it began.

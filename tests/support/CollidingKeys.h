@@ -4,11 +4,13 @@
 #ifndef TESTS_SUPPORT_COLLIDINGKEYS_H
 #define TESTS_SUPPORT_COLLIDINGKEYS_H
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
-#include <ctime>
 #include <string>
 #include <vector>
+
+#include "tests/support/ProcessorTime.h"
 
 namespace support {
 
@@ -55,14 +57,9 @@ inline std::vector<std::string> ordinaryTexts(std::size_t count) {
 // The processor time of this thread that some work takes, in seconds.
 template <typename Work>
 double costOf(Work work) {
-  const auto now = [] {
-    timespec time{};
-    ::clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
-    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
-  };
-  const double start = now();
+  const auto start = processorTime();
   work();
-  return now() - start;
+  return std::chrono::duration<double>(processorTime() - start).count();
 }
 
 // Whether work on hostile keys costs about as much as the same on ordinary ones. Keys that collide

@@ -7,12 +7,15 @@
 
 #include <atomic>
 #include <csignal>
+#include <functional>
 #include <memory>
 #include <thread>
 
 #include "agent/domain/FailureCodes.h"
 #include "agent/domain/Naming.h"
+#include "tests/support/Task.h"
 #include "tests/support/TemporaryDirectory.h"
+#include "tests/unit/agent_domain/ChangingHost.h"
 #include "tests/unit/agent_domain/ChildProcess.h"
 #include "tests/unit/agent_domain/Names.h"
 #include "tests/unit/agent_domain/NetworkFiles.h"
@@ -557,6 +560,35 @@ TEST_F(AttributeServiceTest, KeepsStoreAndModelAlikeUnderManyThreads) {
   EXPECT_EQ(names, host_->names());
   EXPECT_EQ(label, model().labelOf(201, "k1"));
   EXPECT_EQ(100U, merged(link("k1"), {}).size());
+}
+
+// Every setter finds its object, waits for the change that removes it, and must look again.
+TEST(AttributeServiceRace, RefusesAnObjectThatTheChangeBeforeRemoved) {
+  const NVSList_T name = subnetwork("a");
+  NVSList_T info = nameOf({{"n", "v"}});
+  using Set = std::function<Outcome(AttributeService&)>;
+  const std::vector<Set> setters = {
+      [&](AttributeService& attributes) { return attributes.setUserLabel(name, "x", false); },
+      [&](AttributeService& attributes) { return attributes.setOwner(name, "x"); },
+      [&](AttributeService& attributes) { return attributes.setNativeName(name, "x"); },
+      [&](AttributeService& attributes) { return attributes.setAdditionalInfo(name, info); },
+      [&](AttributeService& attributes) { return attributes.reset(name); }};
+  for (const Set& set : setters) {
+    ChangingHost host(NetworkStore::kInMemory);
+    host.nodes().create(nodeOf("a", ""));
+    auto change = std::make_unique<agent::NetworkWriter::Change>(host.writer());
+    support::Task setter([&] { return set(host.attributes()).code; });
+    EXPECT_TRUE(setter.waits());
+    agent::NetworkRemoval removal = change->model().prepareRemoval("a");
+    change->store().remove(removal.nodes, removal.objects, removal.hiddenElements);
+    change->model().show(removal);
+    change.reset();
+    EXPECT_EQ(agent::kEntityNotFound, setter.get());
+    const agent::ObjectKey key = {agent::kTopoSubnetworkObjectType, "a"};
+    EXPECT_EQ("", host.store().ownerOf(key));
+    EXPECT_TRUE(host.store().additionalInfoOf(key).empty());
+    EXPECT_EQ("", host.model().labelOf(key.type, key.id));
+  }
 }
 
 }  // namespace

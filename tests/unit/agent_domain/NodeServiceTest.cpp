@@ -426,6 +426,24 @@ TEST_F(NodeServiceTest, RenamesEverythingThatShowsTheSameElement) {
   EXPECT_EQ("Uno", model().clockPositions()[0].label);
 }
 
+TEST_F(NodeServiceTest, RelabelsEveryClockPositionOfAnElement) {
+  agent::Network more;
+  for (const char* reference : {"SSU=1", "SEC=1", "NE=2"}) {
+    more.clockPositions.emplace_back().reference = reference;
+  }
+  agent::ImportSummary summary;
+  expectDone(nodes().import(more, summary));
+  expectDone(nodes().rename("NE=1", "Uno"));
+  for (int i = 0; i < 2; ++i) {
+    std::string labels;
+    for (const auto& position : model().clockPositions()) {
+      labels += position.reference + ' ' + position.label + ';';
+    }
+    EXPECT_EQ("NE=1 Uno;SSU=1 Uno;SEC=1 Uno;NE=2 ;", labels);
+    restart();
+  }
+}
+
 TEST_F(NodeServiceTest, RenamesNodesOfOtherTypesToo) {
   expectDone(nodes().rename("third", "3"));
   EXPECT_EQ("374: third\n", host_->events());

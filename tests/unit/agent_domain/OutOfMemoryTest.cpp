@@ -2,8 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <future>
+
 #include "agent/domain/FailureCodes.h"
 #include "fakes/FailingNew.h"
+#include "tests/support/Task.h"
 #include "tests/unit/agent_domain/ChangingHost.h"
 #include "tests/unit/agent_domain/Names.h"
 
@@ -114,6 +117,36 @@ TEST_F(OutOfMemory, MergesInformationOrDoesNot) {
     ASSERT_EQ(pairs, pairsOf(info)) << spared;
   }
   EXPECT_LT(3, spared);
+}
+
+// An addition may move the entries of the indexes, which readers use. The reader is stopped while
+// it makes room for its result.
+TEST(NetworkModelMemory, PreparesNoAdditionWhileAReaderReads) {
+  constexpr std::size_t kNodes = 1000;
+  agent::NetworkModel model(wideNetwork(kNodes));
+  std::promise<void> reading;
+  std::promise<void> proceed;
+  support::Task reader([&] {
+    const fakes::PausingNew pause(
+        [&] {
+          reading.set_value();
+          proceed.get_future().wait();
+        },
+        kNodes * sizeof(NS_DOMAIN::TopoNode_T));
+    std::vector<NS_DOMAIN::TopoNode_T> nodes;
+    model.appendTopoNodes(nodes);
+    return nodes.size();
+  });
+  reading.get_future().wait();
+  support::Task addition([&] {
+    agent::Network more;
+    more.networkElements.push_back({1, "an element", false});
+    return model.prepareAddition(more).tables.elements().size();
+  });
+  EXPECT_TRUE(addition.waits());
+  proceed.set_value();
+  EXPECT_EQ(kNodes, reader.get());
+  EXPECT_EQ(1U, addition.get());
 }
 
 }  // namespace
