@@ -13,6 +13,7 @@
 #include "agent/ReplaceFile.h"
 #include "agent/console/ConsoleServant.h"
 #include "agent/domain/AttributeService.h"
+#include "agent/domain/Cancellation.h"
 #include "agent/domain/DomainService.h"
 #include "agent/domain/Naming.h"
 #include "agent/domain/NetworkModel.h"
@@ -131,7 +132,7 @@ class Agent::Parts final : private AgentControl {
         publishedNaming_("CorbaUtilInterface", naming_),
         attributes_(emsName_, writer_),
         offeredAttributes_(attributes_),
-        nodes_(writer_),
+        nodes_(writer_, stopping_),
         notifier_(
             *server_, notifierOptions(options),
             [this](std::uint64_t count) { return writer_.reserveNotificationIds(count); },
@@ -147,6 +148,7 @@ class Agent::Parts final : private AgentControl {
   }
 
   ~Parts() {
+    stopping_.request();
     entry_.reset();
     console_.reset();
     module_.unload();
@@ -245,6 +247,7 @@ class Agent::Parts final : private AgentControl {
   std::optional<Publication> publishedSecurity_;
   AttributeService attributes_;
   const OfferedAttributes offeredAttributes_;
+  Cancellation stopping_;
   NodeService nodes_;
   Notifier notifier_;
   const MemoryBudget::Probe memoryUse_;

@@ -29,6 +29,9 @@ Network openNetwork(const Options& options, std::unique_ptr<NetworkStore>& store
     network = readNetworkFile(options.network);
   }
   store = std::make_unique<NetworkStore>(options.store);
+  if (options.checkStore) {
+    store->check();
+  }
   if (!load) {
     if (!options.network.empty()) {
       log(kLogErrors, "store " + options.store + " holds a network already, " +

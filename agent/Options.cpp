@@ -78,6 +78,8 @@ void declareService(CLI::App& app, Options& options, std::string& endpoint) {
       ->capture_default_str();
   app.add_flag("--create", options.createStore,
                "make an empty store when there is none and --network gives no network");
+  app.add_flag("!--skip-store-check", options.checkStore,
+               "do not look for damage in the store at start");
   app.add_option("--endpoint", endpoint, "where to listen; port 0 is any free one")
       ->type_name("HOST:PORT")
       ->capture_default_str()

@@ -24,6 +24,7 @@ struct Options {
   std::filesystem::path network;  // empty: none
   std::string store = "./topo-agentd.db";
   bool createStore = false;  // an empty store may be made
+  bool checkStore = true;    // for damage, before it is used
   orb::Endpoint endpoint{"127.0.0.1", 2810};
   std::filesystem::path iorFile;  // empty: none
   std::string emsName;            // empty: the network's own

@@ -101,8 +101,9 @@ void ConsoleServant::renameNode(const char* id, const char* name) {
 TopoAgent::ImportSummary_T ConsoleServant::importNetwork(const char* fileName,
                                                          const TopoAgent::Content_T& content) {
   ImportSummary summary;
-  perform("importNetwork",
-          [&] { return nodes_.import(readNetwork(fileName, textOf(content)), summary); });
+  perform("importNetwork", [&] {
+    return nodes_.import(readNetwork(fileName, textOf(content), nodes_.cancellation()), summary);
+  });
   return {countOf(summary.topoNodes), countOf(summary.networkElements),
           countOf(summary.clockPositions), countOf(summary.clockLinks),
           countOf(summary.objectLabels)};

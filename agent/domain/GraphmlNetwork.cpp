@@ -136,8 +136,10 @@ std::string elementId(std::size_t number) {
 // One pass over the nodes, then one over the edges, which may refer to any node.
 class GraphReader {
  public:
-  GraphReader(pugi::xml_node root, const std::string& baseName, std::size_t fileBytes)
-      : texts_(fileBytes),
+  GraphReader(pugi::xml_node root, const std::string& baseName, std::size_t fileBytes,
+              const Cancellation& cancellation)
+      : cancellation_(cancellation),
+        texts_(fileBytes),
         graph_(root.child("graph")),
         graphLabel_(dataKey(root, "graph", "label")),
         nodeLabel_(dataKey(root, "node", "label")),
@@ -203,6 +205,7 @@ class GraphReader {
   }
 
   void addNode(pugi::xml_node node) {
+    cancellation_.throwIfRequested();
     const std::size_t number = elements_.size() + 1;
     const std::string place = "node[" + std::to_string(elements_.size()) + ']';
     if (node.child("graph")) {
@@ -242,6 +245,7 @@ class GraphReader {
   }
 
   void addEdge(pugi::xml_node edge) {
+    cancellation_.throwIfRequested();
     const std::string index = std::to_string(network_.clockLinks.size());
     const std::string place = "edge[" + index + ']';
     const std::size_t source = endOf(edge, "source", place);
@@ -279,6 +283,7 @@ class GraphReader {
     }
   }
 
+  const Cancellation& cancellation_;
   TextBudget texts_;
 
   const pugi::xml_node graph_;
@@ -311,10 +316,11 @@ pugi::xml_node rootOf(const pugi::xml_document& document) {
 
 }  // namespace
 
-Network readGraphmlNetwork(std::string_view text, const std::string& baseName) {
+Network readGraphmlNetwork(std::string_view text, const std::string& baseName,
+                           const Cancellation& cancellation) {
   pugi::xml_document document;
   parse(document, text);
-  return GraphReader(rootOf(document), baseName, text.size()).read();
+  return GraphReader(rootOf(document), baseName, text.size(), cancellation).read();
 }
 
 }  // namespace agent

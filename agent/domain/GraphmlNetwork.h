@@ -7,13 +7,15 @@
 #include <string>
 #include <string_view>
 
+#include "agent/domain/Cancellation.h"
 #include "agent/domain/Network.h"
 
 namespace agent {
 
 // The network that a GraphML text describes, which needs no check of its parts; baseName names a
 // graph without a label. Throws Refusal. REQUIRES: the text is valid UTF-8 without NUL.
-Network readGraphmlNetwork(std::string_view text, const std::string& baseName);
+Network readGraphmlNetwork(std::string_view text, const std::string& baseName,
+                           const Cancellation& cancellation);
 
 }  // namespace agent
 

@@ -130,7 +130,8 @@ std::string reasonOf(const Json::exception& error) {
 // held as a JSON value, so a large file needs little more memory than its network.
 class NetworkEvents final : public nlohmann::json_sax<Json> {
  public:
-  explicit NetworkEvents(std::string_view text) : text_(text) {}
+  NetworkEvents(std::string_view text, const Cancellation& cancellation)
+      : text_(text), cancellation_(cancellation) {}
 
   Network take() {
     if (!hasFormat_) {
@@ -252,6 +253,7 @@ class NetworkEvents final : public nlohmann::json_sax<Json> {
   }
 
   void deliver() {
+    cancellation_.throwIfRequested();
     const Field field = place();
     if (inList_) {
       field.requireFieldsAmong(rule_->fields);
@@ -281,6 +283,7 @@ class NetworkEvents final : public nlohmann::json_sax<Json> {
   }
 
   const std::string_view text_;
+  const Cancellation& cancellation_;
   Network network_;
   bool hasFormat_ = false;
 
@@ -299,8 +302,8 @@ class NetworkEvents final : public nlohmann::json_sax<Json> {
 
 }  // namespace
 
-Network readJsonNetwork(std::string_view text) {
-  NetworkEvents events(text);
+Network readJsonNetwork(std::string_view text, const Cancellation& cancellation) {
+  NetworkEvents events(text, cancellation);
   Json::sax_parse(text.begin(), text.end(), &events);
   return events.take();
 }

@@ -8,13 +8,14 @@
 #include <string_view>
 #include <vector>
 
+#include "agent/domain/Cancellation.h"
 #include "agent/domain/Network.h"
 
 namespace agent {
 
 // The network that a text in the native format describes; what must hold between its parts is not
 // checked. Throws Refusal. REQUIRES: valid UTF-8.
-Network readJsonNetwork(std::string_view text);
+Network readJsonNetwork(std::string_view text, const Cancellation& cancellation);
 
 // Every field that the format knows: those of the whole under "", those of an entry of a list under
 // the list's name.

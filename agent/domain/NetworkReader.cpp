@@ -71,7 +71,8 @@ void requireText(std::string_view content) {
 
 using Check = void (*)(const Network&);
 
-Network parse(std::string_view content, const std::string& baseName, Check check) {
+Network parse(std::string_view content, const std::string& baseName, Check check,
+              const Cancellation& cancellation) {
   if (content.substr(0, kByteOrderMark.size()) == kByteOrderMark) {
     content.remove_prefix(kByteOrderMark.size());
   }
@@ -81,9 +82,9 @@ Network parse(std::string_view content, const std::string& baseName, Check check
   }
   requireText(content);
   if (content[first] == '<') {
-    return readGraphmlNetwork(content, baseName);
+    return readGraphmlNetwork(content, baseName, cancellation);
   }
-  Network network = readJsonNetwork(content);
+  Network network = readJsonNetwork(content, cancellation);
   check(network);
   return network;
 }
@@ -103,13 +104,16 @@ Network readAs(const std::string& name, Read read) {
 }  // namespace
 
 Network readNetworkFile(const std::filesystem::path& file) {
-  return readAs(file.string(),
-                [&] { return parse(contentOf(file), file.stem().string(), checkNetwork); });
+  return readAs(file.string(), [&] {
+    return parse(contentOf(file), file.stem().string(), checkNetwork, Cancellation::none());
+  });
 }
 
-Network readNetwork(const std::string& name, std::string_view content) {
-  return readAs(
-      name, [&] { return parse(content, std::filesystem::path(name).stem().string(), checkPart); });
+Network readNetwork(const std::string& name, std::string_view content,
+                    const Cancellation& cancellation) {
+  return readAs(name, [&] {
+    return parse(content, std::filesystem::path(name).stem().string(), checkPart, cancellation);
+  });
 }
 
 }  // namespace agent

@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "agent/domain/Cancellation.h"
 #include "agent/domain/Network.h"
 #include "agent/domain/NetworkError.h"
 
@@ -17,8 +18,10 @@ namespace agent {
 Network readNetworkFile(const std::filesystem::path& file);
 
 // The same for content that is to be added to a network: parents that are not in it may be there.
-// The name, of a file or anything else, is for messages and for a graph without a label.
-Network readNetwork(const std::string& name, std::string_view content);
+// The name, of a file or anything else, is for messages and for a graph without a label. Throws
+// Cancelled too.
+Network readNetwork(const std::string& name, std::string_view content,
+                    const Cancellation& cancellation = Cancellation::none());
 
 }  // namespace agent
 

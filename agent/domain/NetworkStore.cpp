@@ -248,11 +248,13 @@ void upgradeSchema(SQLite::Database& database, const NetworkStore::Clock& clock)
   database.exec("PRAGMA user_version = " + std::to_string(kSchemaVersion));
 }
 
-// Takes the lock, which stays for as long as the database is open, then makes, checks or upgrades
+// A schema that somebody else has written into the file can do nothing but compute. Takes the lock,
+// which stays for as long as the database is open, then makes, checks or upgrades
 // the schema, all in one transaction. The schema is there before write-ahead logging is switched
 // on, so that there is never a file that has content and not our mark.
 void prepare(const std::string& path, SQLite::Database& database,
              const NetworkStore::Clock& clock) {
+  database.exec("PRAGMA trusted_schema = OFF");
   database.exec("PRAGMA locking_mode = EXCLUSIVE");
   database.exec("PRAGMA synchronous = FULL");
   database.exec("PRAGMA foreign_keys = ON");
@@ -275,13 +277,16 @@ std::int64_t nextPosition(SQLite::Database& database, const std::string& table) 
 // A prepared INSERT with a position before its other values, counted on from those that are there.
 class Inserter {
  public:
-  Inserter(SQLite::Database& database, const std::string& table, const char* values)
+  Inserter(SQLite::Database& database, const std::string& table, const char* values,
+           const Cancellation& cancellation)
       : statement_(database, "INSERT INTO " + table + " VALUES " + values),
-        position_(nextPosition(database, table)) {}
+        position_(nextPosition(database, table)),
+        cancellation_(cancellation) {}
 
   // The position of what is inserted.
   template <typename... Values>
   std::int64_t insert(const Values&... values) {
+    cancellation_.throwIfRequested();
     run(statement_, position_, values...);
     return position_++;
   }
@@ -289,15 +294,17 @@ class Inserter {
  private:
   SQLite::Statement statement_;
   std::int64_t position_;
+  const Cancellation& cancellation_;
 };
 
 // Each list by itself. One that is empty costs no statement: most changes are of a single node.
 
-void storeTopoNodes(SQLite::Database& database, const Network& network) {
+void storeTopoNodes(SQLite::Database& database, const Network& network,
+                    const Cancellation& cancellation) {
   if (network.topoNodes.empty()) {
     return;
   }
-  Inserter nodes(database, "topo_node", "(?, ?, ?, ?, ?, ?, ?, ?)");
+  Inserter nodes(database, "topo_node", "(?, ?, ?, ?, ?, ?, ?, ?)", cancellation);
   SQLite::Statement attribute(database, "INSERT INTO topo_node_attribute VALUES (?, ?, ?, ?)");
   for (const NS_DOMAIN::TopoNode_T& node : network.topoNodes) {
     const std::int64_t position =
@@ -317,41 +324,45 @@ std::int32_t shownValue(const NetworkElement& element) {
   return element.shown ? kShown : 0;
 }
 
-void storeNetworkElements(SQLite::Database& database, const Network& network) {
+void storeNetworkElements(SQLite::Database& database, const Network& network,
+                          const Cancellation& cancellation) {
   if (network.networkElements.empty()) {
     return;
   }
-  Inserter elements(database, "network_element", "(?, ?, ?, ?)");
+  Inserter elements(database, "network_element", "(?, ?, ?, ?)", cancellation);
   for (const NetworkElement& element : network.networkElements) {
     elements.insert(element.number, element.name, shownValue(element));
   }
 }
 
-void storeClockPositions(SQLite::Database& database, const Network& network) {
+void storeClockPositions(SQLite::Database& database, const Network& network,
+                         const Cancellation& cancellation) {
   if (network.clockPositions.empty()) {
     return;
   }
-  Inserter positions(database, "clock_position", "(?, ?, ?, ?, ?)");
+  Inserter positions(database, "clock_position", "(?, ?, ?, ?, ?)", cancellation);
   for (const NS_DOMAIN::ClockPositionInfo_T& position : network.clockPositions) {
     positions.insert(position.reference, position.label, position.value1, position.value2);
   }
 }
 
-void storeClockLinks(SQLite::Database& database, const Network& network) {
+void storeClockLinks(SQLite::Database& database, const Network& network,
+                     const Cancellation& cancellation) {
   if (network.clockLinks.empty()) {
     return;
   }
-  Inserter links(database, "clock_link", "(?, ?, ?, ?, ?)");
+  Inserter links(database, "clock_link", "(?, ?, ?, ?, ?)", cancellation);
   for (const NS_DOMAIN::ClockTopoLinkInfo_T& link : network.clockLinks) {
     links.insert(link.linkId, link.nativeName, link.aEndReference, link.zEndReference);
   }
 }
 
-void storeLabels(SQLite::Database& database, const Network& network) {
+void storeLabels(SQLite::Database& database, const Network& network,
+                 const Cancellation& cancellation) {
   if (network.objectLabels.empty()) {
     return;
   }
-  Inserter labels(database, "object_label", "(?, ?, ?, ?)");
+  Inserter labels(database, "object_label", "(?, ?, ?, ?)", cancellation);
   for (const ObjectLabel& label : network.objectLabels) {
     labels.insert(label.type, label.id, label.label);
   }
@@ -492,6 +503,15 @@ NetworkStore::NetworkStore(const std::string& path, const Clock& clock)
 
 NetworkStore::~NetworkStore() = default;
 
+void NetworkStore::check() {
+  guarded(path_, [&] {
+    const std::string found = database_->execAndGet("PRAGMA quick_check(1)").getString();
+    if (found != "ok") {
+      throw StoreError(path_, "is damaged: " + found.substr(found.rfind('\n') + 1));
+    }
+  });
+}
+
 bool NetworkStore::isNew() {
   return guarded(path_, [&] { return valueOf(*database_, "SELECT count(*) FROM network") == 0; });
 }
@@ -503,15 +523,16 @@ void NetworkStore::load(const Network& network) {
   add(network, {});
 }
 
-void NetworkStore::add(const Network& network, const std::vector<std::int32_t>& shownElements) {
+void NetworkStore::add(const Network& network, const std::vector<std::int32_t>& shownElements,
+                       const Cancellation& cancellation) {
   guarded(path_, [&] {
     SQLite::Transaction transaction(*database_);
     run(*database_, kSetEms, network.ems);
-    storeTopoNodes(*database_, network);
-    storeNetworkElements(*database_, network);
-    storeClockPositions(*database_, network);
-    storeClockLinks(*database_, network);
-    storeLabels(*database_, network);
+    storeTopoNodes(*database_, network, cancellation);
+    storeNetworkElements(*database_, network, cancellation);
+    storeClockPositions(*database_, network, cancellation);
+    storeClockLinks(*database_, network, cancellation);
+    storeLabels(*database_, network, cancellation);
     setShown(*database_, shownElements, kShownForNode);
     transaction.commit();
   });

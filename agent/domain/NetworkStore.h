@@ -16,6 +16,7 @@
 #include <utility>
 #include <vector>
 
+#include "agent/domain/Cancellation.h"
 #include "agent/domain/ManagedObjects.h"
 #include "agent/domain/Network.h"
 
@@ -64,6 +65,10 @@ class NetworkStore {
   NetworkStore(const NetworkStore&) = delete;
   NetworkStore& operator=(const NetworkStore&) = delete;
 
+  // Looks for damage in the whole store, in time linear in its size. Throws StoreError when it
+  // finds any. Opening and reading a store notice only the damage in what they use.
+  void check();
+
   // No network was ever loaded.
   bool isNew();
 
@@ -85,8 +90,10 @@ class NetworkStore {
 
   // Stores a network after the one that is there, in every list, and marks elements that are there
   // as shown for a node. Its managing system counts where none has a name so far. The store ends
-  // being new. Throws StoreError also when an object of the network is there already.
-  void add(const Network& network, const std::vector<std::int32_t>& shownElements);
+  // being new. Throws StoreError also when an object of the network is there already, and
+  // Cancelled.
+  void add(const Network& network, const std::vector<std::int32_t>& shownElements,
+           const Cancellation& cancellation = Cancellation::none());
 
   // Removes nodes and what is kept of objects, and takes the marks of elements away. What is not
   // there is passed over.

@@ -207,9 +207,9 @@ void dropCarried(Network& network) {
   }
 }
 
-void add(NetworkWriter::Change& change, Network network) {
+void add(NetworkWriter::Change& change, Network network, const Cancellation& cancellation) {
   NetworkAddition addition = change.model().prepareAddition(std::move(network));
-  change.store().add(addition.network, addition.shownElements);
+  change.store().add(addition.network, addition.shownElements, cancellation);
   change.model().show(addition);
   change.raise(kTopoNodesCreated, std::move(addition.network.topoNodes));
 }
@@ -262,7 +262,7 @@ Outcome NodeService::create(const TopoNode_T& node) {
                      dropCarried(network);
                      NetworkWriter::Change change(writer_);
                      requirePlace(node, change.model());
-                     add(change, std::move(network));
+                     add(change, std::move(network), Cancellation::none());
                    });
 }
 
@@ -303,9 +303,10 @@ Outcome NodeService::import(Network network, ImportSummary& summary) {
                          network.clockPositions.size(), network.clockLinks.size(),
                          network.objectLabels.size()};
                      NetworkWriter::Change change(writer_);
+                     cancellation_.throwIfRequested();
                      Clashes(change.model()).refuseAny(network);
                      requireParents(network, change.model());
-                     add(change, std::move(network));
+                     add(change, std::move(network), cancellation_);
                      summary = counts;
                    });
 }

@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 
+#include "agent/domain/Cancellation.h"
 #include "agent/domain/Network.h"
 #include "agent/domain/NetworkWriter.h"
 #include "agent/domain/Outcome.h"
@@ -34,10 +35,15 @@ struct ImportSummary {
 // Codes: kInvalidName for input that nothing can be made of, kEntityNotFound for an id or a parent
 // that is not there, kAlreadyExists for what is there already, kInternalError for store and memory.
 //
-// Borrows the writer, which must outlive it. Thread-safety: any thread.
+// Borrows the writer and the cancellation, which must outlive it. Thread-safety: any thread.
 class NodeService {
  public:
-  explicit NodeService(NetworkWriter& writer) : writer_(writer) {}
+  // cancellation ends an import that is under way, which then has changed nothing.
+  explicit NodeService(NetworkWriter& writer,
+                       const Cancellation& cancellation = Cancellation::none())
+      : writer_(writer), cancellation_(cancellation) {}
+
+  const Cancellation& cancellation() const { return cancellation_; }
 
   // Adds a node at the end of the list; an element (type 1) or a subnetwork (type 2). Fields that
   // are carried only are not kept. Raises kTopoNodesCreated.
@@ -60,6 +66,7 @@ class NodeService {
 
  private:
   NetworkWriter& writer_;
+  const Cancellation& cancellation_;
 };
 
 }  // namespace agent

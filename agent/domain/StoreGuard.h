@@ -17,6 +17,8 @@ inline std::string reasonOf(const SQLite::Exception& error) {
   switch (error.getErrorCode()) {
     case SQLITE_BUSY:
       return "is in use by another process";
+    case SQLITE_CORRUPT:
+      return "is damaged";
     case SQLITE_NOTADB:
       return "is not a database";
     case SQLITE_READONLY:

@@ -15,6 +15,7 @@
 #include "orb/naming.h"
 #include "orb/orb.h"
 #include "tests/integration/Programs.h"
+#include "tests/support/DamagedStore.h"
 
 namespace integration {
 namespace {
@@ -367,6 +368,14 @@ TEST_F(AgentLife, RefusesAStoreThatIsNoDatabase) {
   const std::string path = directory_.write("text.db", std::string(5000, 'x'));
   EXPECT_THAT(refusal({"--endpoint", "127.0.0.1:0", "--store", path}), HasSubstr(path + ": "));
   EXPECT_EQ(std::string(5000, 'x'), support::readFile(path));
+}
+
+TEST_F(AgentLife, RefusesADamagedStoreUnlessToldNotToLook) {
+  { RunningAgent agent({"--network", kBackbone}, store()); }
+  support::damageStore(store());
+  EXPECT_THAT(refusal({"--endpoint", "127.0.0.1:0", "--store", store()}),
+              StartsWith("topo-agentd: " + store() + ": is damaged: "));
+  const RunningAgent agent({"--skip-store-check"}, store());
 }
 
 TEST_F(AgentLife, RefusesAStoreThatAnotherAgentHasOpen) {

@@ -93,6 +93,7 @@ TEST(AgentOptions, AreTakenFromTheCommandLine) {
                               "--store",
                               ":memory:",
                               "--create",
+                              "--skip-store-check",
                               "--endpoint",
                               "localhost:99",
                               "--ior-file",
@@ -116,6 +117,7 @@ TEST(AgentOptions, AreTakenFromTheCommandLine) {
   EXPECT_EQ("net.json", options->network);
   EXPECT_EQ(":memory:", options->store);
   EXPECT_TRUE(options->createStore);
+  EXPECT_FALSE(options->checkStore);
   EXPECT_EQ("localhost", options->endpoint.host);
   EXPECT_EQ(99, options->endpoint.port);
   EXPECT_EQ("a.ior", options->iorFile);
@@ -234,10 +236,11 @@ TEST(AgentOptions, AnswerHelpOnStandardOutput) {
   const std::string printed = testing::internal::GetCapturedStdout();
   EXPECT_FALSE(options);
   for (const char* option :
-       {"--version", "--config", "--network", "--store", "--create", "--endpoint", "--ior-file",
-        "--ems-name", "--test-switch", "--module", "--naming", "--log-level", "--max-message",
-        "--iterator-timeout", "--max-iterators", "--iterator-memory", "--max-views",
-        "--view-memory", "--memory"}) {
+       {"--version",         "--config",           "--network",          "--store",
+        "--create",          "--skip-store-check", "--endpoint",         "--ior-file",
+        "--ems-name",        "--test-switch",      "--module",           "--naming",
+        "--log-level",       "--max-message",      "--iterator-timeout", "--max-iterators",
+        "--iterator-memory", "--max-views",        "--view-memory",      "--memory"}) {
     EXPECT_THAT(printed, HasSubstr(option));
   }
 }

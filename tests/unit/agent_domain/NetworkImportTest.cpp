@@ -291,4 +291,46 @@ TEST(PartReader, TakesAnyName) {
   EXPECT_NE("", refusalOfPart("<graphml><graph/></graphml>", "\xff.xml"));
 }
 
+// --- Cancelling.
+
+TEST(CancelledImport, ReadsNoFurther) {
+  agent::Cancellation cancellation;
+  cancellation.request();
+  const std::string json = withFormat(R"("topoNodes": [{"id": "a"}])");
+  EXPECT_THROW(agent::readNetwork("net.json", json, cancellation), agent::Cancelled);
+  const std::string graphml = "<graphml><graph><node id='a'/></graph></graphml>";
+  EXPECT_THROW(agent::readNetwork("net.graphml", graphml, cancellation), agent::Cancelled);
+  const std::string edges = "<graphml><graph><edge/></graph></graphml>";
+  EXPECT_THROW(agent::readNetwork("net.graphml", edges, cancellation), agent::Cancelled);
+}
+
+TEST(CancelledImport, LeavesTheStoreAsItWas) {
+  agent::Cancellation cancellation;
+  agent::NetworkStore store(agent::NetworkStore::kInMemory);
+  store.load(wideNetwork(3));
+  cancellation.request();
+  EXPECT_THROW(store.add(sampleNetwork(), {}, cancellation), agent::Cancelled);
+  EXPECT_EQ(describe(wideNetwork(3)), describe(store.read()));
+  store.add(sampleNetwork(), {});
+}
+
+TEST(CancelledImport, ChangesNothingAndGivesTheTurnToTheNextChange) {
+  agent::Cancellation cancellation;
+  agent::NetworkStore store(agent::NetworkStore::kInMemory);
+  agent::NetworkModel model;
+  std::size_t events = 0;
+  agent::NetworkWriter writer(store, model, [&](int, auto) { ++events; });
+  agent::NodeService nodes(writer, cancellation);
+  cancellation.request();
+  agent::ImportSummary summary;
+  const agent::Outcome outcome = nodes.import(wideNetwork(3), summary);
+  EXPECT_EQ(agent::kInternalError, outcome.code);
+  EXPECT_EQ("the import: cancelled, because the agent stops", outcome.reason);
+  EXPECT_EQ(0U, summary.topoNodes);
+  EXPECT_TRUE(store.read().topoNodes.empty());
+  EXPECT_EQ(0U, model.topoNodeCount());
+  EXPECT_EQ(0U, events);
+  EXPECT_EQ(agent::kSuccess, nodes.create(nodeOf("a", "")).code);
+}
+
 }  // namespace

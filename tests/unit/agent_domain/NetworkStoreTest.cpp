@@ -14,6 +14,7 @@
 #include <csignal>
 
 #include "agent/domain/NetworkModel.h"
+#include "tests/support/DamagedStore.h"
 #include "tests/support/TemporaryDirectory.h"
 #include "tests/unit/agent_domain/ChildProcess.h"
 #include "tests/unit/agent_domain/NetworkFiles.h"
@@ -476,6 +477,53 @@ TEST_F(NetworkStoreTest, GivesNoMoreNotificationIdsThanThereAre) {
   EXPECT_EQ(kMost, NetworkStore(NetworkStore::kInMemory, [] {
                      return ~std::uint64_t{0};
                    }).reserveNotificationIds(0));
+}
+
+std::string damageOf(const std::string& path) {
+  try {
+    NetworkStore(path).check();
+  } catch (const StoreError& error) {
+    return error.what();
+  }
+  return {};
+}
+
+TEST_F(NetworkStoreTest, FindsNoDamageWhereThereIsNone) {
+  NetworkStore(path_).load(sampleNetwork());
+  EXPECT_EQ("", damageOf(path_));
+  EXPECT_EQ("", damageOf(NetworkStore::kInMemory));
+}
+
+TEST_F(NetworkStoreTest, FindsDamageThatReadingDoesNotMeet) {
+  NetworkStore(path_).load(sampleNetwork());
+  support::damageStore(path_);
+  EXPECT_EQ(describe(sampleNetwork()), describe(NetworkStore(path_).read()));
+  const std::string damage = damageOf(path_);
+  const std::string expected = path_ + ": is damaged: ";
+  EXPECT_EQ(expected, damage.substr(0, expected.size()));
+  EXPECT_EQ(std::string::npos, damage.find("\\x0a"));
+}
+
+TEST_F(NetworkStoreTest, SaysThatAStoreIsDamagedWhereItMeetsDamage) {
+  NetworkStore(path_).load(sampleNetwork());
+  support::damageStore(path_);
+  NetworkStore store(path_);
+  try {
+    store.add(wideNetwork(3), {});
+    ADD_FAILURE() << "the damage is unnoticed";
+  } catch (const StoreError& error) {
+    EXPECT_EQ(path_ + ": is damaged", std::string(error.what()));
+  }
+}
+
+// Here a trigger that reads what lies outside the tables.
+TEST_F(NetworkStoreTest, DoesNotTrustTheSchemaOfItsFile) {
+  NetworkStore(path_).load(sampleNetwork());
+  makeDatabase(path_,
+               "CREATE TRIGGER other AFTER UPDATE ON notification_id "
+               "BEGIN SELECT * FROM pragma_user_version; END");
+  NetworkStore store(path_);
+  EXPECT_THROW(store.reserveNotificationIds(1), StoreError);
 }
 
 }  // namespace

@@ -1,0 +1,35 @@
+// A store with a damage that neither opening nor reading it meets.
+
+#ifndef TESTS_SUPPORT_DAMAGEDSTORE_H
+#define TESTS_SUPPORT_DAMAGEDSTORE_H
+
+#include <fstream>
+#include <string>
+
+#include <SQLiteCpp/SQLiteCpp.h>
+
+namespace support {
+
+// Overwrites the root of the index over the ids of topology nodes, which only changes use.
+// REQUIRES: nobody has the store open.
+inline void damageStore(const std::string& path) {
+  long long page = 0;
+  long long pageBytes = 0;
+  {
+    const SQLite::Database database(path, SQLite::OPEN_READWRITE);
+    SQLite::Statement root(
+        database, "SELECT rootpage FROM sqlite_schema WHERE name = 'sqlite_autoindex_topo_node_1'");
+    SQLite::Statement size(database, "PRAGMA page_size");
+    root.executeStep();
+    size.executeStep();
+    page = root.getColumn(0).getInt64();
+    pageBytes = size.getColumn(0).getInt64();
+  }
+  std::fstream file(path, std::ios::in | std::ios::out | std::ios::binary);
+  file.seekp((page - 1) * pageBytes);
+  file << std::string(static_cast<std::size_t>(pageBytes), '\xff');
+}
+
+}  // namespace support
+
+#endif
