@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "../listening.h"
+#include "../loglimiter.h"
 #include "drain.h"
 #include "log.h"
 #include "references.h"
@@ -107,7 +108,7 @@ std::unique_ptr<Server> startServer(const Options& options, const Endpoint& endp
     const ListeningCheck check;
     auto server = std::make_unique<ListeningOrb>(options, endpoint);
     check.requireOnly(server->endpoint());
-    setLogReceiver(log);
+    setLogReceiver(limited(log));
     if (log) {
       std::for_each(said.begin(), said.end(), log);
     }

@@ -65,7 +65,8 @@ class EndpointError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-// Receives the ORB's own diagnostics, one line a call, from any thread.
+// Receives the ORB's own diagnostics, one line a call, from any thread. Of a flood of lines the
+// first ones come through, then the number of those that were left out.
 using LogFunction = std::function<void(const std::string&)>;
 
 // A started ORB, ended by the destructor. One at a time in a process. Texts are UTF-8 on both

@@ -1,4 +1,5 @@
 #include <gmock/gmock.h>
+#include <malloc.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -69,6 +70,29 @@ TEST_F(Reference, ToNobodyIsNoTimeout) {
     EXPECT_FALSE(orb::isTimeout(failure)) << orb::describe(failure);
     EXPECT_TRUE(orb::isUnreachable(failure)) << orb::describe(failure);
   }
+}
+
+// Bytes that the process has allocated; 0 under sanitizers, which look for leaks themselves.
+std::size_t allocatedBytes() {
+  return mallinfo2().uordblks;
+}
+
+TEST_F(Reference, LeavesNothingBehindWhenItsAddressAndKeyWereAsked) {
+  constexpr int kReferences = 2000;
+  const auto ask = [this] {
+    const CORBA::Object_var reference =
+        server_->rootPoa()->create_reference("IDL:omg.org/CORBA/Object:1.0");
+    EXPECT_NE("", orb::addressOf(reference.in()));
+    EXPECT_NE("", orb::objectKeyOf(reference.in()));
+  };
+  for (int i = 0; i < kReferences; ++i) {
+    ask();
+  }
+  const std::size_t before = allocatedBytes();
+  for (int i = 0; i < kReferences; ++i) {
+    ask();
+  }
+  EXPECT_LT(allocatedBytes(), before + kReferences * 16);
 }
 
 }  // namespace

@@ -4,11 +4,14 @@
 #define TESTS_UNIT_ORB_SILENTPEER_H
 
 #include <netinet/in.h>
+#include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 namespace orb_tests {
 
@@ -20,29 +23,42 @@ class SilentPeer {
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     socklen_t size = sizeof address;
     auto* const general = reinterpret_cast<sockaddr*>(&address);
-    if (::bind(socket_, general, size) != 0 || ::listen(socket_, 8) != 0 ||
+    if (::bind(socket_, general, size) != 0 || ::listen(socket_, 64) != 0 ||
         ::getsockname(socket_, general, &size) != 0) {
       throw std::runtime_error("no socket");
     }
     port_ = ntohs(address.sin_port);
   }
+  // Refuses new connections before it ends those that it accepted.
   ~SilentPeer() {
-    ::close(client_);
     ::close(socket_);
+    for (const int connection : connections_) {
+      ::close(connection);
+    }
   }
   SilentPeer(const SilentPeer&) = delete;
   SilentPeer& operator=(const SilentPeer&) = delete;
 
   // Waits until a client has connected and sent something.
   void waitForRequest() {
-    client_ = ::accept(socket_, nullptr, nullptr);
+    connections_.push_back(::accept(socket_, nullptr, nullptr));
     char first = 0;
-    if (::recv(client_, &first, 1, 0) != 1) {
+    if (::recv(connections_.back(), &first, 1, 0) != 1) {
       throw std::runtime_error("no request");
     }
   }
 
   std::string address() const { return "iiop:1.2@127.0.0.1:" + std::to_string(port_); }
+
+  // Accepts a connection and keeps it open; false when none comes in time.
+  bool accept(std::chrono::milliseconds patience) {
+    pollfd wait{socket_, POLLIN, 0};
+    if (::poll(&wait, 1, static_cast<int>(patience.count())) != 1) {
+      return false;
+    }
+    connections_.push_back(::accept(socket_, nullptr, nullptr));
+    return true;
+  }
 
   std::uint16_t port() const { return port_; }
 
@@ -50,8 +66,8 @@ class SilentPeer {
 
  private:
   const int socket_;
-  int client_ = -1;
   std::uint16_t port_ = 0;
+  std::vector<int> connections_;
 };
 
 }  // namespace orb_tests
