@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <future>
 #include <mutex>
 
 #include "tests/unit/orb/RawClient.h"
@@ -93,6 +94,23 @@ TEST_F(Requests, AreObservedWithTheirKeys) {
   ASSERT_TRUE(client.send(requestTo("Key", "getLength").bytes()));
   EXPECT_TRUE(client.answer());
   EXPECT_EQ(2U, observed().size());
+}
+
+TEST_F(Requests, EndTheirObservationWhenNoneIsBeingObserved) {
+  std::promise<void> entered;
+  std::promise<void> leave;
+  server_->observeRequests([&](const orb::ObjectKey&) {
+    entered.set_value();
+    leave.get_future().wait();
+  });
+  const RawClient client(server_->endpoint());
+  ASSERT_TRUE(client.send(requestTo("Key", "getLength").bytes()));
+  entered.get_future().wait();
+  auto ended = std::async(std::launch::async, [this] { server_->observeRequests(nullptr); });
+  EXPECT_EQ(std::future_status::timeout, ended.wait_for(std::chrono::seconds(0)));
+  leave.set_value();
+  ended.get();
+  EXPECT_TRUE(client.answer());
 }
 
 }  // namespace
