@@ -139,6 +139,11 @@ CORBA::Object_ptr objectBeside(CORBA::ORB_ptr orb, CORBA::Object_ptr reference,
 // Where a reference points to: "HOST:PORT", "" when it does not tell. For messages.
 std::string addressOf(CORBA::Object_ptr reference);
 
+// How many bytes the value takes in a message, its type included. Nothing is copied where the ORB
+// can count without copying. Thread-safety: any thread. Throws a CORBA system exception when the
+// value cannot be encoded.
+std::size_t encodedBytes(const CORBA::Any& value);
+
 // How long a call through this reference may take from here on, connecting included, instead of
 // Options::callTimeout. References to the same object that came from elsewhere keep theirs. A call
 // that takes longer raises TIMEOUT or TRANSIENT.
