@@ -5,11 +5,9 @@
 #include "agent/northbound/Log.h"
 
 namespace agent {
-namespace {
 
-constexpr std::chrono::minutes kInterval{1};
-
-}  // namespace
+RefusalLog::RefusalLog(Clock clock, std::size_t lines, std::chrono::seconds interval)
+    : clock_(std::move(clock)), lines_(lines), interval_(interval) {}
 
 void RefusalLog::refused(const std::string& text) noexcept {
   try {
@@ -24,11 +22,15 @@ void RefusalLog::write(const std::string& text) {
   {
     const std::lock_guard<std::mutex> lock(mutex_);
     const auto now = clock_();
-    if (now < next_) {
+    if (now >= end_) {
+      end_ = now + interval_;
+      logged_ = 0;
+    }
+    if (logged_ == lines_) {
       ++unlogged_;
       return;
     }
-    next_ = now + kInterval;
+    ++logged_;
     unlogged = std::exchange(unlogged_, 0);
   }
   log(kLogErrors,

@@ -11,14 +11,17 @@
 
 namespace agent {
 
-// Logs one refusal a minute at most, with the number of those before it that were not logged.
+// Logs a limited number of refusals in an interval, and with the next one the number of those
+// before it that were not logged.
 //
 // Thread-safety: any thread.
 class RefusalLog {
  public:
   using Clock = std::function<std::chrono::steady_clock::time_point()>;
 
-  explicit RefusalLog(Clock clock) : clock_(std::move(clock)) {}
+  // One refusal a minute unless told otherwise; one line at least.
+  explicit RefusalLog(Clock clock, std::size_t lines = 1,
+                      std::chrono::seconds interval = std::chrono::minutes(1));
 
   // At level 1. Drops the line when there is no memory for it.
   void refused(const std::string& text) noexcept;
@@ -27,10 +30,13 @@ class RefusalLog {
   void write(const std::string& text);
 
   const Clock clock_;
+  const std::size_t lines_;
+  const std::chrono::seconds interval_;
 
   std::mutex mutex_;
-  std::chrono::steady_clock::time_point next_;  // guarded by mutex_
-  std::size_t unlogged_ = 0;                    // guarded by mutex_
+  std::chrono::steady_clock::time_point end_;  // of the interval; guarded by mutex_
+  std::size_t logged_ = 0;                     // in the interval; guarded by mutex_
+  std::size_t unlogged_ = 0;                   // guarded by mutex_
 };
 
 }  // namespace agent

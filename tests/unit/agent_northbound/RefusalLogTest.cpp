@@ -12,9 +12,11 @@ using std::chrono::seconds;
 
 class Refusals : public testing::Test {
  protected:
-  std::string loggedBy(const std::string& text) {
+  std::string loggedBy(const std::string& text) { return loggedBy(log_, text); }
+
+  static std::string loggedBy(agent::RefusalLog& log, const std::string& text) {
     testing::internal::CaptureStderr();
-    log_.refused(text);
+    log.refused(text);
     return testing::internal::GetCapturedStderr();
   }
 
@@ -38,6 +40,18 @@ TEST_F(Refusals, AreCountedFromTheLastLineOn) {
   loggedBy("third");
   now_ += seconds(60);
   EXPECT_EQ(std::string::npos, loggedBy("fourth").find("before"));
+}
+
+TEST_F(Refusals, AreLoggedAsOftenAsTheIntervalAllows) {
+  agent::RefusalLog log([this] { return now_; }, 2, seconds(10));
+  EXPECT_NE("", loggedBy(log, "first"));
+  now_ += seconds(9);
+  EXPECT_NE("", loggedBy(log, "second"));
+  EXPECT_EQ("", loggedBy(log, "third"));
+  now_ += seconds(1);
+  EXPECT_NE(std::string::npos, loggedBy(log, "fourth").find("fourth (and 1 refusals before)"));
+  EXPECT_NE("", loggedBy(log, "fifth"));
+  EXPECT_EQ("", loggedBy(log, "sixth"));
 }
 
 }  // namespace
