@@ -76,6 +76,9 @@ ViewLimits viewLimits(const Options& options, const MemoryUse& memory) {
 NotifierOptions notifierOptions(const Options& options) {
   NotifierOptions result;
   result.queueLimit = options.queueLimit;
+  result.queueBytes = options.queueBytes;
+  result.maxSubscribers = options.maxSubscribers;
+  result.maxSubscribersPerPeer = options.maxSubscribersPerPeer;
   result.channel = options.eventChannel;
   return result;
 }

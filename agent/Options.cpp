@@ -110,17 +110,36 @@ void declareEvents(CLI::App& app, Options& options, std::string& eventAccess) {
   app.add_option("--event-channel", options.eventChannel,
                  "also push notifications to this CosEventChannelAdmin channel")
       ->type_name("REF");
-  app.add_option("--queue", options.queueLimit,
-                 "notifications that may wait for one receiver before its oldest are lost")
-      ->type_name("N")
-      ->capture_default_str()
-      ->check(CLI::Range(std::size_t{1}, std::size_t{10000000}));
   app.add_option("--event-access", eventAccess,
                  "what modules are told about their access to events")
       ->type_name("WORD")
       ->capture_default_str()
       ->check(CLI::IsMember(eventAccessWords()));
   app.add_flag("!--no-console", options.console, "serve no console");
+}
+
+// How much receivers of notifications may take.
+void declareReceivers(CLI::App& app, Options& options) {
+  const CLI::Range counts(std::size_t{1}, std::size_t{1000000});
+  app.add_option("--queue", options.queueLimit,
+                 "notifications that may wait for one receiver before its oldest are lost")
+      ->type_name("N")
+      ->capture_default_str()
+      ->check(CLI::Range(std::size_t{1}, std::size_t{10000000}));
+  app.add_option("--queue-memory", options.queueBytes,
+                 "memory of the notifications that may wait for one receiver")
+      ->type_name("BYTES")
+      ->capture_default_str()
+      ->check(CLI::Range(std::size_t{65536}, std::size_t{1} << 40));
+  app.add_option("--max-subscribers", options.maxSubscribers, "subscribers at the same time")
+      ->type_name("N")
+      ->capture_default_str()
+      ->check(counts);
+  app.add_option("--max-subscribers-per-peer", options.maxSubscribersPerPeer,
+                 "subscribers of one client address at the same time")
+      ->type_name("N")
+      ->capture_default_str()
+      ->check(counts);
 }
 
 void declareLimits(CLI::App& app, Options& options) {
@@ -178,6 +197,7 @@ std::optional<Options> parseOptions(int argc, const char* const argv[]) {
   declareService(app, options, endpoint);
   std::string eventAccess = "allowed";
   declareEvents(app, options, eventAccess);
+  declareReceivers(app, options);
   declareLimits(app, options);
   declareViewLimits(app, options);
   try {

@@ -31,8 +31,11 @@ struct Options {
   bool testSwitch = false;
   bool console = true;
   EventAccess eventAccess = EventAccess::kAllowed;
-  std::string eventChannel;        // empty: none
-  std::size_t queueLimit = 10000;  // notifications that wait for one receiver
+  std::string eventChannel;                        // empty: none
+  std::size_t queueLimit = 10000;                  // notifications that wait for one receiver
+  std::size_t queueBytes = std::size_t{64} << 20;  // memory of the notifications that wait for one
+  std::size_t maxSubscribers = 1000;
+  std::size_t maxSubscribersPerPeer = 100;
   std::filesystem::path module;
   std::string naming;  // empty: none
   int logLevel = 1;

@@ -62,7 +62,8 @@ class Delivery {
     const CORBA::Object_var object = orb->string_to_object(reference.c_str());
     const CosNotifyComm::StructuredPushConsumer_var consumer =
         CosNotifyComm::StructuredPushConsumer::_narrow(object.in());
-    const TopoAgent::Subscription_I_var subscription = notifier_.subscribe(consumer.in(), "");
+    const TopoAgent::Subscription_I_var subscription =
+        notifier_.subscribe(consumer.in(), "", "bench");
   }
 
   const globaldefs::NVSList_T name_ = nameOf({{"EMS", "Bench"}, {"ManagedElement", "5"}});

@@ -12,8 +12,8 @@ ConsumerSink::ConsumerSink(CosNotifyComm::StructuredPushConsumer_ptr consumer,
   orb::setCallTimeout(consumer_.in(), callTimeout);
 }
 
-CallOutcome ConsumerSink::connect(const Stopping& /*stopping*/) {
-  return {};
+CallOutcome ConsumerSink::connect(const Stopping& stopping) {
+  return check(stopping);
 }
 
 CallOutcome ConsumerSink::push(const CosNotification::StructuredEvent& event,

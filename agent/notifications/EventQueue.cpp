@@ -1,6 +1,7 @@
 #include "agent/notifications/EventQueue.h"
 
 #include <algorithm>
+#include <new>
 #include <utility>
 
 namespace agent {
@@ -14,14 +15,27 @@ LostEvents merged(const LostEvents& older, const LostEvents& newer) {
 
 }  // namespace
 
-EventQueue::EventQueue(std::size_t limit) : limit_(std::max<std::size_t>(limit, 1)) {}
+EventQueue::EventQueue(Limits limits)
+    : limits_{std::max<std::size_t>(limits.notifications, 1), limits.bytes} {}
 
 void EventQueue::push(Notification notification) {
-  if (notifications_ == limit_) {
+  const LostEvents gap{notification.id, notification.id, 1};
+  const std::size_t bytes = notification.bytes;
+  if (bytes > limits_.bytes) {
+    pushLost(gap);
+    ++overflowed_;
+    return;
+  }
+  while (notifications_ == limits_.notifications || bytes_ + bytes > limits_.bytes) {
     dropOldest();
   }
-  waiting_.emplace_back(std::move(notification));
-  ++notifications_;
+  if (append(std::move(notification))) {
+    ++notifications_;
+    bytes_ += bytes;
+  } else {
+    addLost(gap);
+    ++overflowed_;
+  }
 }
 
 void EventQueue::pushLost(const LostEvents& lost) {
@@ -31,22 +45,47 @@ void EventQueue::pushLost(const LostEvents& lost) {
   }
   if (auto* const last = std::get_if<LostEvents>(&waiting_.back())) {
     *last = merged(*last, lost);
-    return;
+  } else if (!append(lost)) {
+    addLost(lost);
   }
-  waiting_.emplace_back(lost);
 }
 
-// With all word of lost ones that stands before it.
-void EventQueue::dropOldest() {
-  while (const auto* const lost = std::get_if<LostEvents>(&waiting_.front())) {
-    addLost(*lost);
+// False when memory is short: then nothing waits any more, and lost_ covers everything before the
+// delivery.
+bool EventQueue::append(Delivery delivery) {
+  try {
+    waiting_.emplace_back(std::move(delivery));
+    return true;
+  } catch (const std::bad_alloc&) {
+    while (notifications_ != 0) {
+      dropOldest();
+    }
+    takeGaps();
+    return false;
+  }
+}
+
+// Merges the gaps before the oldest notification into lost_.
+void EventQueue::takeGaps() {
+  while (!waiting_.empty() && std::holds_alternative<LostEvents>(waiting_.front())) {
+    addLost(std::get<LostEvents>(waiting_.front()));
     waiting_.pop_front();
   }
-  const std::uint64_t id = std::get<Notification>(waiting_.front()).id;
-  addLost({id, id, 1});
+}
+
+// REQUIRES: there is a notification.
+void EventQueue::dropOldest() {
+  takeGaps();
+  const auto& oldest = std::get<Notification>(waiting_.front());
+  addLost({oldest.id, oldest.id, 1});
+  removed(oldest);
   waiting_.pop_front();
-  --notifications_;
   ++overflowed_;
+}
+
+void EventQueue::removed(const Notification& notification) {
+  --notifications_;
+  bytes_ -= notification.bytes;
 }
 
 // Word of what is newer than all that lost_ tells, and older than what waits.
@@ -60,11 +99,7 @@ void EventQueue::giveBack(const LostEvents& lost) {
 
 std::optional<Delivery> EventQueue::take() {
   if (lost_) {
-    // Neighbours that came together since are told together.
-    while (!waiting_.empty() && std::holds_alternative<LostEvents>(waiting_.front())) {
-      addLost(std::get<LostEvents>(waiting_.front()));
-      waiting_.pop_front();
-    }
+    takeGaps();
     return *std::exchange(lost_, std::nullopt);
   }
   if (waiting_.empty()) {
@@ -72,8 +107,8 @@ std::optional<Delivery> EventQueue::take() {
   }
   Delivery oldest = std::move(waiting_.front());
   waiting_.pop_front();
-  if (std::holds_alternative<Notification>(oldest)) {
-    --notifications_;
+  if (const auto* const notification = std::get_if<Notification>(&oldest)) {
+    removed(*notification);
   }
   return oldest;
 }
@@ -82,6 +117,7 @@ void EventQueue::clear() {
   lost_.reset();
   waiting_.clear();
   notifications_ = 0;
+  bytes_ = 0;
 }
 
 }  // namespace agent

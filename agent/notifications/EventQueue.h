@@ -19,19 +19,27 @@ namespace agent {
 struct Notification {
   std::uint64_t id = 0;
   std::shared_ptr<const CosNotification::StructuredEvent> event;
+  std::size_t bytes = 0;  // memory that the event takes, estimated
 };
 
 // What a receiver gets: a notification, or word that it misses some.
 using Delivery = std::variant<Notification, LostEvents>;
 
-// Bounded: the oldest notifications go when there are too many, and word of them takes their place.
+// Bounded in number and in memory: when a notification would exceed a limit, the oldest ones are
+// dropped and a gap (LostEvents) takes their place. When memory is short, all waiting notifications
+// become one gap: nothing here throws.
 //
 // Thread-safety: none.
 class EventQueue {
  public:
-  // The limit, one at least, is of notifications.
-  explicit EventQueue(std::size_t limit);
+  struct Limits {
+    std::size_t notifications;  // one at least
+    std::size_t bytes;          // of all notifications in the queue together
+  };
 
+  explicit EventQueue(Limits limits);
+
+  // A notification that alone exceeds the limit of bytes is dropped, the others stay.
   void push(Notification notification);
 
   // Word of notifications that never became one, in their place behind those that wait.
@@ -47,18 +55,25 @@ class EventQueue {
 
   bool empty() const { return !lost_ && waiting_.empty(); }
   std::size_t size() const { return notifications_; }
+  std::size_t bytes() const { return bytes_; }
 
-  // How many notifications had to go.
+  // How many notifications were dropped because of the limits.
   std::uint64_t overflowed() const { return overflowed_; }
 
  private:
+  bool append(Delivery delivery);
+  void takeGaps();
   void dropOldest();
   void addLost(const LostEvents& lost);
+  void removed(const Notification& notification);
 
-  const std::size_t limit_;
+  const Limits limits_;
   std::optional<LostEvents> lost_;  // older than everything that waits
   std::deque<Delivery> waiting_;
-  std::size_t notifications_ = 0;  // among those that wait
+  // Of the notifications in waiting_.
+  std::size_t notifications_ = 0;
+  std::size_t bytes_ = 0;
+
   std::uint64_t overflowed_ = 0;
 };
 

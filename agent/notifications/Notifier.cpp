@@ -1,14 +1,16 @@
 #include "agent/notifications/Notifier.h"
 
-#include <algorithm>
 #include <atomic>
 #include <charconv>
+#include <cstring>
+#include <new>
 #include <optional>
 #include <system_error>
 #include <utility>
 
 #include "agent/domain/Text.h"
 #include "agent/northbound/Log.h"
+#include "agent/northbound/RandomId.h"
 #include "agent/notifications/ChannelSink.h"
 #include "agent/notifications/ConsumerSink.h"
 #include "agent/notifications/SubscriptionServant.h"
@@ -23,10 +25,21 @@ std::atomic<Notifier*> theInstance{nullptr};
   throw globaldefs::ProcessingFailureException(type, reason.c_str());
 }
 
+// The longest reference of a consumer that is accepted, as bytes of an IOR.
+constexpr std::size_t kLongestReference = std::size_t{64} << 10;
+
+// Of the texts that tell operators where a consumer is.
+constexpr std::size_t kLongestName = 100;
+
+// The POA has a manager of its own, so that nothing of the rest of the agent waits for
+// subscriptions, and random ids, so that a client can end no subscription but its own.
 PortableServer::POA_ptr makePoa(PortableServer::POA_ptr root) {
-  // A POA manager of its own: nothing of the rest of the agent waits for subscriptions.
+  CORBA::PolicyList policies;
+  policies.length(1);
+  policies[0] = root->create_id_assignment_policy(PortableServer::USER_ID);
   PortableServer::POA_var poa =
-      root->create_POA("subscriptions", PortableServer::POAManager::_nil(), CORBA::PolicyList());
+      root->create_POA("subscriptions", PortableServer::POAManager::_nil(), policies);
+  policies[0]->destroy();
   const PortableServer::POAManager_var manager = poa->the_POAManager();
   manager->activate();
   return poa._retn();
@@ -34,7 +47,7 @@ PortableServer::POA_ptr makePoa(PortableServer::POA_ptr root) {
 
 std::string nameOf(CORBA::Object_ptr consumer) {
   const std::string address = orb::addressOf(consumer);
-  return address.empty() ? "at an unknown address" : address;
+  return address.empty() ? "at an unknown address" : printable(address, kLongestName);
 }
 
 }  // namespace
@@ -42,6 +55,7 @@ std::string nameOf(CORBA::Object_ptr consumer) {
 Notifier::Notifier(orb::Server& server, NotifierOptions options, NotificationIds::Reserve reserve,
                    Clock clock)
     : options_(std::move(options)),
+      orb_(CORBA::ORB::_duplicate(server.get())),
       clock_(std::move(clock)),
       ids_(std::move(reserve)),
       poa_(makePoa(server.rootPoa())) {
@@ -63,7 +77,7 @@ Notifier::~Notifier() {
   {
     const std::lock_guard<std::mutex> lock(mutex_);
     ending_ = true;
-    all.swap(ended_);
+    subscriptions_.merge(ended_);
     for (auto& subscription : subscriptions_) {
       all.push_back(subscription.second.receiver);
     }
@@ -112,15 +126,22 @@ void Notifier::publish(std::unique_ptr<CosNotification::StructuredEvent> event) 
     forEachLocked([this](Receiver& receiver) { receiver.miss(ids_.last()); });
     return;
   }
+  const Notification notification = notificationLocked(*id, std::move(event));
+  forEachLocked([&notification](Receiver& receiver) { receiver.offer(notification); });
+  ++notifications_;
+}
+
+// When it fails, every receiver gets a gap in place of the notification.
+Notification Notifier::notificationLocked(std::uint64_t id,
+                                          std::unique_ptr<CosNotification::StructuredEvent> event) {
   try {
-    stamp(*event, *id, clock_());
-    const Notification notification{*id, std::move(event)};
-    forEachLocked([&notification](Receiver& receiver) { receiver.offer(notification); });
+    stamp(*event, id, clock_());
+    const std::size_t bytes = estimatedBytes(*event);
+    return {id, std::move(event), bytes};
   } catch (...) {
-    forEachLocked([&id](Receiver& receiver) { receiver.miss(*id); });
+    forEachLocked([id](Receiver& receiver) { receiver.miss(id); });
     throw;
   }
-  ++notifications_;
 }
 
 void Notifier::missed() {
@@ -140,11 +161,12 @@ void Notifier::forEachLocked(const std::function<void(Receiver&)>& visit) {
 
 Receiver::Settings Notifier::receiverSettings() const {
   Receiver::Settings settings;
-  settings.queueLimit = options_.queueLimit;
+  settings.queue = {options_.queueLimit, options_.queueBytes};
   settings.idleCheck = options_.idleCheck;
   settings.firstBackOff = options_.firstBackOff;
   settings.longestBackOff = options_.longestBackOff;
   settings.clock = clock_;
+  settings.wait = options_.wait;
   return settings;
 }
 
@@ -152,6 +174,8 @@ std::shared_ptr<Receiver> Notifier::makeReceiver(CosNotifyComm::StructuredPushCo
                                                  std::uint64_t number) {
   Receiver::Settings settings = receiverSettings();
   settings.name = nameOf(consumer);
+  // Subscribers log at level 1 alone.
+  settings.log = [this](int, const std::string& text) { subscriberLog_.refused(text); };
   return std::make_shared<Receiver>(std::make_unique<ConsumerSink>(consumer, options_.pushTimeout),
                                     std::move(settings), [this, number] { end(number, true); });
 }
@@ -162,35 +186,40 @@ std::uint64_t Notifier::nextNumber() {
 }
 
 TopoAgent::Subscription_I_ptr Notifier::subscribe(
-    CosNotifyComm::StructuredPushConsumer_ptr consumer, const std::string& lastNotificationId) {
-  if (CORBA::is_nil(consumer)) {
-    refuse(globaldefs::EXCPT_INVALID_INPUT, "the consumer is nil");
-  }
+    CosNotifyComm::StructuredPushConsumer_ptr consumer, const std::string& lastNotificationId,
+    const std::string& peer) {
+  checkReference(consumer);
   joinEnded();
   const std::uint64_t number = nextNumber();
+  const std::shared_ptr<const PortableServer::ObjectId> object(randomObjectId());
   const PortableServer::ServantBase_var servant = new SubscriptionServant(*this, number);
-  const PortableServer::ObjectId_var object = poa_->activate_object(servant.in());
+  const auto receiver = makeReceiver(consumer, number);
+  admit(number, {receiver, object, peer}, lastNotificationId);
   try {
-    const CORBA::Object_var reference = poa_->id_to_reference(object.in());
-    const auto receiver = makeReceiver(consumer, number);
-    admit(number, {receiver, object.in()}, lastNotificationId);
+    poa_->activate_object_with_id(*object, servant.in());
+    const CORBA::Object_var reference = poa_->id_to_reference(*object);
     receiver->start();
     log(kLogEvents, "subscriber " + nameOf(consumer) + " subscribes");
     return TopoAgent::Subscription_I::_narrow(reference);
   } catch (const std::system_error& failure) {
-    abandon(number, object.in());
+    end(number, false);
     refuse(globaldefs::EXCPT_CAPACITY_EXCEEDED,
            std::string("no thread for another subscriber: ") + failure.what());
   } catch (...) {
-    abandon(number, object.in());
+    end(number, false);
     throw;
   }
 }
 
-// Of a subscription that its client does not get.
-void Notifier::abandon(std::uint64_t number, const PortableServer::ObjectId& object) {
-  if (!end(number, false)) {
-    deactivate(object);
+void Notifier::checkReference(CORBA::Object_ptr consumer) {
+  if (CORBA::is_nil(consumer)) {
+    refuse(globaldefs::EXCPT_INVALID_INPUT, "the consumer is nil");
+  }
+  const CORBA::String_var text = orb_->object_to_string(consumer);
+  // "IOR:" and two digits a byte.
+  if (std::strlen(text.in()) > 4 + 2 * kLongestReference) {
+    refuse(globaldefs::EXCPT_INVALID_INPUT, "the consumer's reference is longer than " +
+                                                std::to_string(kLongestReference) + " bytes");
   }
 }
 
@@ -202,14 +231,38 @@ void Notifier::admit(std::uint64_t number, Subscription subscription,
     throw CORBA::TRANSIENT(0, CORBA::COMPLETED_NO);
   }
   const std::optional<LostEvents> lost = lostSince(lastNotificationId);
-  if (subscriptions_.size() + ended_.size() >= options_.maxSubscribers) {
-    refuse(globaldefs::EXCPT_CAPACITY_EXCEEDED,
-           "there are " + std::to_string(options_.maxSubscribers) + " subscribers already");
-  }
+  checkLimitsLocked(subscription.peer);
   if (lost) {
     subscription.receiver->offerLost(*lost);
   }
   subscriptions_.emplace(number, std::move(subscription));
+}
+
+// Ended subscriptions count until their threads have ended, because they take as much.
+void Notifier::checkLimitsLocked(const std::string& peer) {
+  std::size_t ofPeer = 0;
+  std::size_t unanswered = 0;
+  std::size_t unansweredOfPeer = 0;
+  for (const Subscriptions* some : {&subscriptions_, &ended_}) {
+    for (const auto& [number, subscription] : *some) {
+      const std::size_t isOfPeer = subscription.peer == peer ? 1 : 0;
+      const std::size_t isUnanswered = subscription.receiver->hasAnswered() ? 0 : 1;
+      ofPeer += isOfPeer;
+      unanswered += isUnanswered;
+      unansweredOfPeer += isOfPeer * isUnanswered;
+    }
+  }
+  const auto check = [](std::size_t present, std::size_t limit, const std::string& what) {
+    if (present >= limit) {
+      refuse(globaldefs::EXCPT_CAPACITY_EXCEEDED,
+             "there are " + std::to_string(limit) + " subscribers " + what);
+    }
+  };
+  check(subscriptions_.size() + ended_.size(), options_.maxSubscribers, "already");
+  check(ofPeer, options_.maxSubscribersPerPeer, "of address " + peer + " already");
+  check(unanswered, options_.maxUnanswered, "whose consumers have not answered yet");
+  check(unansweredOfPeer, options_.maxUnansweredPerPeer,
+        "of address " + peer + " whose consumers have not answered yet");
 }
 
 // REQUIRES: mutex_ is held.
@@ -244,43 +297,47 @@ bool Notifier::isSubscribed(std::uint64_t subscription) {
   return subscriptions_.count(subscription) != 0;
 }
 
-// Does not wait for the receiver's thread, which may be the one that calls.
+// Does not wait for the receiver's thread, which may be the one that calls, and takes no memory.
 bool Notifier::end(std::uint64_t number, bool dropped) {
-  PortableServer::ObjectId object;
+  std::shared_ptr<const PortableServer::ObjectId> object;
   {
     const std::lock_guard<std::mutex> lock(mutex_);
-    const auto entry = subscriptions_.find(number);
-    if (entry == subscriptions_.end()) {
+    auto subscription = subscriptions_.extract(number);
+    if (subscription.empty()) {
       return false;
     }
-    object = entry->second.object;
-    entry->second.receiver->stop();
-    ended_.push_back(std::move(entry->second.receiver));
-    subscriptions_.erase(entry);
+    object = subscription.mapped().object;
+    subscription.mapped().receiver->stop();
+    ended_.insert(std::move(subscription));
     if (dropped) {
       ++dropped_;
     }
   }
-  deactivate(object);
+  deactivate(*object);
   return true;
 }
 
+// An object that stays active answers OBJECT_NOT_EXIST, as one that is not active.
 void Notifier::deactivate(const PortableServer::ObjectId& object) {
   try {
     poa_->deactivate_object(object);
   } catch (const CORBA::Exception&) {
-    // The POA is going, and its objects with it.
+    // The POA is being destroyed, and its objects with it.
+  } catch (const std::bad_alloc&) {
+    // The object stays active until the POA is destroyed.
   }
 }
 
-// Lets go of receivers whose threads have ended; nothing is waited for.
+// Destroys receivers whose threads have ended; waits for no thread.
 void Notifier::joinEnded() {
-  std::vector<std::shared_ptr<Receiver>> over;
+  Subscriptions over;
   const std::lock_guard<std::mutex> lock(mutex_);
-  const auto running = std::partition(ended_.begin(), ended_.end(),
-                                      [](const auto& receiver) { return !receiver->ended(); });
-  over.assign(running, ended_.end());
-  ended_.erase(running, ended_.end());
+  for (auto entry = ended_.begin(); entry != ended_.end();) {
+    const auto present = entry++;
+    if (present->second.receiver->ended()) {
+      over.insert(ended_.extract(present));
+    }
+  }
 }
 
 NotifierStatus Notifier::status() {
@@ -288,11 +345,10 @@ NotifierStatus Notifier::status() {
   const std::lock_guard<std::mutex> lock(mutex_);
   status.notifications = notifications_;
   status.subscribersDropped = dropped_;
-  forEachLocked([&status](Receiver& receiver) {
-    const CORBA::ULong last = status.receivers.length();
-    status.receivers.length(last + 1);
-    status.receivers[last] = receiver.status();
-  });
+  status.receivers.length(
+      static_cast<CORBA::ULong>(subscriptions_.size() + (channel_ ? std::size_t{1} : 0)));
+  CORBA::ULong next = 0;
+  forEachLocked([&](Receiver& receiver) { status.receivers[next++] = receiver.status(); });
   return status;
 }
 

@@ -14,6 +14,7 @@
 #include <string>
 #include <vector>
 
+#include "agent/northbound/RefusalLog.h"
 #include "agent/notifications/NotificationIds.h"
 #include "agent/notifications/Receiver.h"
 #include "orb/idl/TopoAgent.h"
@@ -26,12 +27,19 @@ namespace agent {
 
 struct NotifierOptions {
   std::size_t queueLimit = 10000;  // notifications that wait for one receiver
+  // Estimated memory of the notifications that wait for one receiver.
+  std::size_t queueBytes = std::size_t{64} << 20;
   std::size_t maxSubscribers = 1000;
+  std::size_t maxSubscribersPerPeer = 100;
+  // New subscribers whose consumers have not answered yet.
+  std::size_t maxUnanswered = 200;
+  std::size_t maxUnansweredPerPeer = 50;
   std::string channel;  // an event channel's reference in any form; empty for none
   std::chrono::milliseconds pushTimeout{3000};     // of one call to a receiver
   std::chrono::milliseconds idleCheck{60000};      // a silent receiver is looked for this often
   std::chrono::milliseconds firstBackOff{100};     // before the channel is tried again,
   std::chrono::milliseconds longestBackOff{5000};  // doubling up to this
+  Receiver::Wait wait = Receiver::waitFor;
 };
 
 struct NotifierStatus {
@@ -82,10 +90,13 @@ class Notifier {
   void missed();
 
   // As TopoAgent::Session_I says; a new reference for the caller. A consumer that subscribes twice
-  // has two subscriptions and gets everything twice. An event may arrive before this returns.
-  // Throws globaldefs::ProcessingFailureException.
+  // has two subscriptions and gets everything twice. An event may arrive before this returns. The
+  // receiver's thread asks the consumer whether it exists before it pushes, and drops it otherwise.
+  // The peer is the address that the limits per peer count. Throws
+  // globaldefs::ProcessingFailureException.
   TopoAgent::Subscription_I_ptr subscribe(CosNotifyComm::StructuredPushConsumer_ptr consumer,
-                                          const std::string& lastNotificationId);
+                                          const std::string& lastNotificationId,
+                                          const std::string& peer);
 
   // False when there is no such subscription any more.
   bool unsubscribe(std::uint64_t subscription);
@@ -100,10 +111,14 @@ class Notifier {
  private:
   struct Subscription {
     std::shared_ptr<Receiver> receiver;
-    PortableServer::ObjectId object;
+    std::shared_ptr<const PortableServer::ObjectId> object;
+    std::string peer;
   };
+  using Subscriptions = std::map<std::uint64_t, Subscription>;
 
   void publish(std::unique_ptr<CosNotification::StructuredEvent> event);
+  Notification notificationLocked(std::uint64_t id,
+                                  std::unique_ptr<CosNotification::StructuredEvent> event);
   void forEachLocked(const std::function<void(Receiver&)>& visit);
   Receiver::Settings receiverSettings() const;
   std::shared_ptr<Receiver> makeReceiver(CosNotifyComm::StructuredPushConsumer_ptr consumer,
@@ -111,21 +126,24 @@ class Notifier {
   std::uint64_t nextNumber();
   void admit(std::uint64_t number, Subscription subscription,
              const std::string& lastNotificationId);
-  void abandon(std::uint64_t number, const PortableServer::ObjectId& object);
+  void checkReference(CORBA::Object_ptr consumer);
+  void checkLimitsLocked(const std::string& peer);
   std::optional<LostEvents> lostSince(const std::string& lastNotificationId);
   bool end(std::uint64_t number, bool dropped);
   void deactivate(const PortableServer::ObjectId& object);
   void joinEnded();
 
   const NotifierOptions options_;
+  const CORBA::ORB_var orb_;
   const Clock clock_;
+  RefusalLog subscriberLog_{std::chrono::steady_clock::now, 20, std::chrono::seconds(10)};
   std::shared_ptr<Receiver> channel_;  // null when there is none
 
   std::mutex mutex_;
   // Guarded by mutex_. No call to the ORB is made under it.
   NotificationIds ids_;
-  std::map<std::uint64_t, Subscription> subscriptions_;
-  std::vector<std::shared_ptr<Receiver>> ended_;  // their threads may still run
+  Subscriptions subscriptions_;
+  Subscriptions ended_;  // their threads may still run
   std::uint64_t lastNumber_ = 0;
   std::uint64_t notifications_ = 0;
   std::uint64_t dropped_ = 0;

@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "agent/northbound/Log.h"
-
 namespace agent {
 namespace {
 
@@ -22,7 +20,7 @@ Receiver::Receiver(std::unique_ptr<Sink> sink, Settings settings, OnGone onGone)
       onGone_(std::move(onGone)),
       sink_(std::move(sink)),
       pause_(settings_.firstBackOff),
-      queue_(settings_.queueLimit) {}
+      queue_(settings_.queue) {}
 
 Receiver::~Receiver() {
   stop();
@@ -40,10 +38,21 @@ void Receiver::start() {
 }
 
 void Receiver::offer(const Notification& notification) {
-  const std::lock_guard<std::mutex> lock(mutex_);
-  if (!stopping_.load()) {
+  bool begins = false;
+  {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    if (stopping_.load()) {
+      return;
+    }
+    const std::uint64_t before = queue_.overflowed();
     queue_.push(notification);
+    begins = queue_.overflowed() != before && !std::exchange(overflowing_, true);
     wake_.notify_one();
+  }
+  if (begins) {
+    say(kLogErrors, [] {
+      return std::string(" does not keep up: its queue is full, its oldest notifications are lost");
+    });
   }
 }
 
@@ -79,28 +88,43 @@ void Receiver::join() {
   }
 }
 
-// Whatever breaks ends this receiver and nothing else.
+bool Receiver::waitFor(std::condition_variable& changed, std::unique_lock<std::mutex>& lock,
+                       std::chrono::milliseconds longest, const std::function<bool()>& condition) {
+  return changed.wait_for(lock, longest, condition);
+}
+
 void Receiver::run() {
-  try {
-    while (step()) {
-    }
-    if (connected_) {
+  while (safeStep()) {
+  }
+  if (connected_) {
+    attempt(CallOutcome::kGone, [this] {
       sink_->disconnect();
-    }
-  } catch (const std::exception& failure) {
-    breakDown(failure.what());
-  } catch (...) {
-    breakDown("unknown exception");
+      return CallOutcome{};
+    });
   }
   ended_.store(true);
 }
 
-void Receiver::breakDown(const char* why) noexcept {
+// An exception, which only a lack of memory explains, ends neither the thread of a channel nor the
+// process.
+bool Receiver::safeStep() noexcept {
   try {
-    gone(why);
+    return step();
+  } catch (const std::exception& failure) {
+    return breakDown(failure.what());
   } catch (...) {
-    // There is no memory to say so.
+    return breakDown("unknown exception");
   }
+}
+
+bool Receiver::breakDown(const char* why) {
+  if (!settings_.isChannel) {
+    gone(why);
+    return false;
+  }
+  connected_ = false;
+  changeLink(Link::kDown);
+  return backOff();
 }
 
 // False when the thread is to end.
@@ -123,6 +147,9 @@ bool Receiver::connect() {
   const CallOutcome outcome =
       attempt(CallOutcome::kUnavailable, [this] { return sink_->connect(stopping_); });
   connected_ = outcome.kind == CallOutcome::kDone;
+  if (connected_) {
+    answered_.store(true);
+  }
   if (connected_ && nothingWaits()) {
     setUp();  // otherwise the first push tells
   }
@@ -131,7 +158,7 @@ bool Receiver::connect() {
 
 Receiver::Work Receiver::waitForWork() {
   std::unique_lock<std::mutex> lock(mutex_);
-  wake_.wait_for(lock, settings_.idleCheck,
+  settings_.wait(wake_, lock, settings_.idleCheck,
                  [this] { return stopping_.load() || hand_ || !queue_.empty(); });
   if (stopping_.load()) {
     return Work::kStop;
@@ -194,6 +221,7 @@ void Receiver::emptyHand() {
   }
   hand_.reset();
   if (nothingWaitsLocked()) {
+    overflowing_ = false;
     sent_.notify_all();
   }
 }
@@ -201,14 +229,14 @@ void Receiver::emptyHand() {
 // What is in hand is lost, so that what is behind it is not.
 void Receiver::giveUpHand(const std::string& why) {
   if (!isNotification(hand_)) {
-    log(kLogErrors, who() + " refuses word of lost notifications, it is left out: " + why);
+    say(kLogErrors, [&] { return " refuses word of lost notifications, it is left out: " + why; });
     const std::lock_guard<std::mutex> lock(mutex_);
     hand_.reset();
     return;
   }
   const std::uint64_t id = std::get<Notification>(*hand_).id;
-  log(kLogErrors,
-      who() + " refuses notification " + std::to_string(id) + ", it is left out: " + why);
+  say(kLogErrors,
+      [&] { return " refuses notification " + std::to_string(id) + ", it is left out: " + why; });
   const std::lock_guard<std::mutex> lock(mutex_);
   hand_ = LostEvents{id, id, 1};
   ++notSent_;
@@ -235,7 +263,7 @@ bool Receiver::go(const CallOutcome& outcome) {
     return connected_;
   }
   if (outcome.kind == CallOutcome::kGone) {
-    gone(outcome.why);
+    gone(outcome.why.c_str());
     return false;
   }
   setDown(outcome.why);
@@ -245,21 +273,19 @@ bool Receiver::go(const CallOutcome& outcome) {
 bool Receiver::backOff() {
   std::unique_lock<std::mutex> lock(mutex_);
   const auto pause = std::exchange(pause_, std::min(2 * pause_, settings_.longestBackOff));
-  return !wake_.wait_for(lock, pause, [this] { return stopping_.load(); });
+  return !settings_.wait(wake_, lock, pause, [this] { return stopping_.load(); });
 }
 
-void Receiver::gone(const std::string& why) {
+void Receiver::gone(const char* why) {
   std::uint64_t unsent = 0;
   {
     const std::lock_guard<std::mutex> lock(mutex_);
     unsent = waitingLocked();
   }
-  try {
-    log(kLogErrors,
-        who() + " is dropped: " + why + ", " + std::to_string(unsent) + " notifications not sent");
-  } catch (const std::bad_alloc&) {
-    // It is dropped without a word.
-  }
+  say(kLogErrors, [&] {
+    return std::string(" is dropped: ") + why + ", " + std::to_string(unsent) +
+           " notifications not sent";
+  });
   changeLink(Link::kDown);
   stop();
   if (onGone_) {
@@ -271,13 +297,14 @@ void Receiver::setUp() {
   const Link before = changeLink(Link::kUp);
   if (settings_.isChannel && before != Link::kUp) {
     const bool back = before == Link::kDown;
-    log(back ? kLogErrors : kLogEvents, who() + (back ? " answers again" : " is connected"));
+    say(back ? kLogErrors : kLogEvents,
+        [&] { return std::string(back ? " answers again" : " is connected"); });
   }
 }
 
 void Receiver::setDown(const std::string& why) {
   if (changeLink(Link::kDown) != Link::kDown) {
-    log(kLogErrors, who() + " does not take notifications, they wait: " + why);
+    say(kLogErrors, [&] { return " does not take notifications, they wait: " + why; });
   }
 }
 
@@ -291,6 +318,16 @@ Receiver::Link Receiver::changeLink(Link link) {
 
 std::string Receiver::who() const {
   return (settings_.isChannel ? "event channel " : "subscriber ") + settings_.name;
+}
+
+// Logs a line about this receiver, or nothing when memory is short.
+template <typename Text>
+void Receiver::say(int level, Text text) const noexcept {
+  try {
+    settings_.log(level, who() + text());
+  } catch (...) {
+    // The line matters less than the thread that logs it.
+  }
 }
 
 bool Receiver::nothingWaits() {
@@ -319,8 +356,10 @@ TopoAgent::ReceiverStatus_T Receiver::status() {
 }
 
 bool Receiver::waitUntilSent(std::chrono::steady_clock::time_point end) {
+  using std::chrono::milliseconds;
   std::unique_lock<std::mutex> lock(mutex_);
-  sent_.wait_until(lock, end, [this] {
+  const auto longest = std::chrono::ceil<milliseconds>(end - std::chrono::steady_clock::now());
+  settings_.wait(sent_, lock, longest, [this] {
     return stopping_.load() || link_ == Link::kDown || nothingWaitsLocked();
   });
   return stopping_.load() || nothingWaitsLocked();

@@ -15,6 +15,7 @@
 #include <string>
 #include <thread>
 
+#include "agent/northbound/Log.h"
 #include "agent/notifications/EventQueue.h"
 #include "agent/notifications/Sink.h"
 #include "orb/idl/TopoAgent.h"
@@ -24,14 +25,26 @@ namespace agent {
 // Thread-safety: any thread, where nothing else is said.
 class Receiver {
  public:
+  // Waits on the condition variable until the condition holds or the time is over, and returns the
+  // condition. The lock is of the mutex that guards the condition.
+  using Wait =
+      std::function<bool(std::condition_variable&, std::unique_lock<std::mutex>&,
+                         std::chrono::milliseconds, const std::function<bool()>& condition)>;
+
+  // Waits in real time.
+  static bool waitFor(std::condition_variable& changed, std::unique_lock<std::mutex>& lock,
+                      std::chrono::milliseconds longest, const std::function<bool()>& condition);
+
   struct Settings {
     std::string name;  // where it is, for messages
     bool isChannel = false;
-    std::size_t queueLimit = 10000;
+    EventQueue::Limits queue{10000, std::size_t{64} << 20};
     std::chrono::milliseconds idleCheck{60000};
     std::chrono::milliseconds firstBackOff{100};
     std::chrono::milliseconds longestBackOff{5000};
     std::function<EventTime()> clock;
+    Wait wait = waitFor;
+    std::function<void(int level, const std::string& text)> log = agent::log;  // from any thread
   };
 
   // Is called once, on the receiver's thread, when the sink is gone for good.
@@ -64,6 +77,9 @@ class Receiver {
   // Whether the thread has ended, so that join returns at once.
   bool ended() const { return ended_.load(); }
 
+  // Whether the sink was connected at least once.
+  bool hasAnswered() const { return answered_.load(); }
+
   TopoAgent::ReceiverStatus_T status();
 
   // Waits until nothing waits any more; false when the time is over, or at once when the sink does
@@ -76,6 +92,7 @@ class Receiver {
 
   // The thread.
   void run();
+  bool safeStep() noexcept;
   bool step();
   bool connect();
   Work waitForWork();
@@ -89,13 +106,15 @@ class Receiver {
   void returnLost();
   bool go(const CallOutcome& outcome);
   bool backOff();
-  void gone(const std::string& why);
-  void breakDown(const char* why) noexcept;
+  void gone(const char* why);
+  bool breakDown(const char* why);
   void setUp();
   void setDown(const std::string& why);
   Link changeLink(Link link);
 
   std::string who() const;
+  template <typename Text>
+  void say(int level, Text text) const noexcept;
   bool nothingWaits();
   bool nothingWaitsLocked() const;
   std::uint64_t waitingLocked() const;
@@ -111,6 +130,7 @@ class Receiver {
 
   std::atomic<bool> stopping_{false};  // set under mutex_
   std::atomic<bool> ended_{true};
+  std::atomic<bool> answered_{false};
 
   std::mutex mutex_;
   std::condition_variable wake_;
@@ -120,6 +140,7 @@ class Receiver {
   std::optional<Delivery>
       hand_;  // what is being sent, or is to be sent again; changed by the thread
   Link link_ = Link::kNew;
+  bool overflowing_ = false;  // since the queue was empty
   std::uint64_t sentCount_ = 0;
   std::uint64_t notSent_ = 0;  // beside those that overflowed
 

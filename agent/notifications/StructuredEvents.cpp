@@ -7,6 +7,7 @@
 
 #include "agent/domain/ManagedObjects.h"
 #include "idl/NotificationLayout.h"
+#include "orb/orb.h"
 
 namespace agent {
 namespace {
@@ -16,6 +17,13 @@ namespace layout = notification_layout;
 // Where stamp() finds its fields.
 constexpr CORBA::ULong kIdField = 0;
 constexpr CORBA::ULong kTimeField = 3;
+
+// Memory of an event: a part that every event has, a part for each attribute of its list (a value
+// has about five allocations), and a multiple of its encoded values, because short texts have an
+// allocation each.
+constexpr std::size_t kBytesOfAnyEvent = 1024;
+constexpr std::size_t kBytesOfAnAttribute = 256;
+constexpr std::size_t kBytesOfAnEncodedByte = 2;
 
 using CosNotification::StructuredEvent;
 
@@ -112,6 +120,18 @@ std::unique_ptr<StructuredEvent> attributeValueChange(const globaldefs::NVSList_
 void stamp(StructuredEvent& event, std::uint64_t id, EventTime time) {
   setText(event.filterable_data[kIdField].value, std::to_string(id));
   setText(event.filterable_data[kTimeField].value, emsTimeOf(time));
+}
+
+std::size_t estimatedBytes(const StructuredEvent& event) {
+  std::size_t attributes = 0;
+  std::size_t encoded = orb::encodedBytes(event.remainder_of_body);
+  for (CORBA::ULong i = 0; i < event.filterable_data.length(); ++i) {
+    const CORBA::Any& value = event.filterable_data[i].value;
+    const notifications::NVList_T* list = nullptr;
+    attributes += (value >>= list) ? list->length() : 0;
+    encoded += orb::encodedBytes(value);
+  }
+  return kBytesOfAnyEvent + kBytesOfAnAttribute * attributes + kBytesOfAnEncodedByte * encoded;
 }
 
 std::unique_ptr<StructuredEvent> eventsLost(const LostEvents& lost, EventTime time) {

@@ -6,6 +6,7 @@
 #define AGENT_NOTIFICATIONS_STRUCTUREDEVENTS_H
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -44,6 +45,10 @@ std::unique_ptr<CosNotification::StructuredEvent> attributeValueChange(
     bool edgePointRelated, const CORBA::Any* body);
 
 void stamp(CosNotification::StructuredEvent& event, std::uint64_t id, EventTime time);
+
+// An upper estimate of the memory that an event of this file takes. Throws a CORBA system
+// exception.
+std::size_t estimatedBytes(const CosNotification::StructuredEvent& event);
 
 std::unique_ptr<CosNotification::StructuredEvent> eventsLost(const LostEvents& lost,
                                                              EventTime time);

@@ -56,6 +56,22 @@ TEST(AgentOptions, HaveDefaults) {
   EXPECT_EQ(agent::EventAccess::kAllowed, options->eventAccess);
   EXPECT_EQ("", options->eventChannel);
   EXPECT_EQ(10000U, options->queueLimit);
+  EXPECT_EQ(std::size_t{64} << 20, options->queueBytes);
+  EXPECT_EQ(1000U, options->maxSubscribers);
+  EXPECT_EQ(100U, options->maxSubscribersPerPeer);
+}
+
+TEST(AgentOptions, LimitReceivers) {
+  const auto options = parse(
+      {"--queue-memory", "65536", "--max-subscribers", "7", "--max-subscribers-per-peer", "3"});
+  ASSERT_TRUE(options);
+  EXPECT_EQ(65536U, options->queueBytes);
+  EXPECT_EQ(7U, options->maxSubscribers);
+  EXPECT_EQ(3U, options->maxSubscribersPerPeer);
+  for (const char* option : {"--queue-memory", "--max-subscribers", "--max-subscribers-per-peer"}) {
+    EXPECT_THAT(refusal({option, "0"}), HasSubstr(option));
+    EXPECT_THAT(refusal({option, "-1"}), HasSubstr(option));
+  }
 }
 
 TEST(AgentOptions, LimitViewsAndIterators) {

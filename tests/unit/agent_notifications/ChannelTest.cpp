@@ -11,6 +11,7 @@
 #include "tests/unit/agent_notifications/FakeChannel.h"
 #include "tests/unit/agent_notifications/FakeNames.h"
 #include "tests/unit/agent_notifications/Fixture.h"
+#include "tests/unit/agent_notifications/Waits.h"
 #include "tests/unit/agent_notifications/WirePeer.h"
 
 namespace {
@@ -91,27 +92,20 @@ TEST_F(Channels, MayComeLaterThanTheAgent) {
   EXPECT_TRUE(becomes({"channel 0 3 2"}));
 }
 
-TEST_F(Channels, AreTriedAgainAfterTheFirstPauseOfTheOptions) {
-  options_.firstBackOff = options_.longestBackOff = kNever;
+TEST_F(Channels, AreTriedAgainAfterThePausesOfTheOptions) {
+  using std::chrono::milliseconds;
+  Waits waits{milliseconds(100)};
+  options_.wait = waits.function();
+  options_.firstBackOff = milliseconds(30);
+  options_.longestBackOff = milliseconds(70);
   start();
-  publish(1);
-  EXPECT_FALSE(notifier_->flush(kPatience));  // it was tried
-  open();
-  std::this_thread::sleep_for(std::chrono::milliseconds(300));
-  EXPECT_EQ((Texts{"channel 1 0 0 down"}), receivers());
-}
-
-// Pauses of up to five seconds would be longer than this waits.
-TEST_F(Channels, AreTriedAgainAfterTheLongestPauseOfTheOptions) {
-  options_.longestBackOff = options_.firstBackOff;
-  start();
-  publish(1);
-  EXPECT_TRUE(becomes({"channel 1 0 0 down"}));
-  std::this_thread::sleep_for(std::chrono::milliseconds(1200));
-  open();
-  const auto begin = std::chrono::steady_clock::now();
-  EXPECT_TRUE(becomes({"channel 0 1 0"}));
-  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(600));
+  EXPECT_TRUE(eventually([&] { return waits.begun().size() >= 4; }));
+  Waits::Lengths begun = waits.begun();
+  begun.resize(4);
+  EXPECT_EQ(
+      (Waits::Lengths{milliseconds(30), milliseconds(60), milliseconds(70), milliseconds(70)}),
+      begun);
+  notifier_.reset();
 }
 
 TEST_F(Channels, GetWhatTheyMissedWhenTheyComeBack) {
@@ -218,6 +212,20 @@ TEST_F(Channels, DoNotStandStillForAnEventThatTheyNeverTake) {
   EXPECT_TRUE(becomes({"channel 0 1 1"}));
 }
 
+// A closed connection is no reason to wait: the channel is there, and closes it again at the same
+// event.
+TEST_F(Channels, DoNotStandStillForAnEventAtWhichTheyAlwaysClose) {
+  WirePeer peer("push", std::vector<WirePeer::Act>(10, WirePeer::Act::kClose));
+  channel_.useProxy(peer.reference(), orb());
+  open();
+  start();
+  publish(2);
+  EXPECT_TRUE(becomes({"channel 0 1 1"}));
+  Texts requests(10, "closed");
+  requests.insert(requests.end(), {"answered", "answered"});
+  EXPECT_EQ(requests, peer.requests().all());
+}
+
 TEST_F(Channels, DelayNoSubscriber) {
   options_.queueLimit = 100;
   Gate gate;
@@ -235,17 +243,24 @@ TEST_F(Channels, DelayNoSubscriber) {
 }
 
 TEST_F(Channels, ThatAreAwayKeepNobodyFromWaitingForSubscribers) {
-  start();
-  ServedConsumer consumer = makeConsumer([](const CosNotification::StructuredEvent&) {
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  Gate gate;
+  const auto flushing = std::this_thread::get_id();
+  Waits waits(std::chrono::milliseconds(100), [&] {
+    if (std::this_thread::get_id() == flushing) {
+      gate.open();
+    }
   });
+  options_.wait = waits.function();
+  start();
+  ServedConsumer consumer =
+      makeConsumer([&](const CosNotification::StructuredEvent&) { gate.wait(); });
   subscribe(consumer);
+  EXPECT_TRUE(becomes({"channel 0 0 0 down", "0 0 0"}));
   publish(3);
   EXPECT_FALSE(notifier_->flush(kPatience));
-  EXPECT_TRUE(becomes({"channel 3 0 0 down", "0 3 0"}));
-  publish(3);
-  EXPECT_FALSE(notifier_->flush(kPatience));
-  EXPECT_EQ("0 6 0", receivers().at(1));
+  EXPECT_EQ((Texts{"channel 3 0 0 down", "0 3 0"}), receivers());
+  gate.open();
+  notifier_.reset();
 }
 
 TEST_F(Channels, GetAnEventAgainThatTheyDidNotAnswerInTime) {

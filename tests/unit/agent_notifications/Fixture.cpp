@@ -56,14 +56,15 @@ CosNotifyComm::StructuredPushConsumer_ptr NotifierFixture::consumerAt(
 }
 
 TopoAgent::Subscription_I_var NotifierFixture::subscribe(const ServedConsumer& consumer,
-                                                         const std::string& last) {
-  return notifier_->subscribe(consumer.reference.in(), last);
+                                                         const std::string& last,
+                                                         const std::string& peer) {
+  return notifier_->subscribe(consumer.reference.in(), last, peer);
 }
 
 std::string NotifierFixture::refusal(CosNotifyComm::StructuredPushConsumer_ptr consumer,
-                                     const std::string& last) {
+                                     const std::string& last, const std::string& peer) {
   try {
-    const TopoAgent::Subscription_I_var subscription = notifier_->subscribe(consumer, last);
+    const TopoAgent::Subscription_I_var subscription = notifier_->subscribe(consumer, last, peer);
   } catch (const globaldefs::ProcessingFailureException& failure) {
     return std::to_string(failure.exceptionType) + " " + failure.errorReason.in();
   }

@@ -60,10 +60,12 @@ class NotifierFixture : public testing::Test {
   CosNotifyComm::StructuredPushConsumer_ptr consumerAt(const std::string& reference);
 
   TopoAgent::Subscription_I_var subscribe(const ServedConsumer& consumer,
-                                          const std::string& last = "");
+                                          const std::string& last = "",
+                                          const std::string& peer = "peer");
 
   // "TYPE REASON" of what subscribing is refused with; "none".
-  std::string refusal(CosNotifyComm::StructuredPushConsumer_ptr consumer, const std::string& last);
+  std::string refusal(CosNotifyComm::StructuredPushConsumer_ptr consumer, const std::string& last,
+                      const std::string& peer = "peer");
 
   // The receivers: "queued sent lost" each.
   Texts receivers();

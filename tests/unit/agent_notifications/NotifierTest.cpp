@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <memory>
 #include <new>
@@ -59,6 +60,7 @@ TEST_F(Notifiers, SendWhatTheContractIsTold) {
 TEST(NotifierOptions, GiveAReceiverThreeSecondsAndRoomForTenThousand) {
   EXPECT_EQ(std::chrono::seconds(3), agent::NotifierOptions().pushTimeout);
   EXPECT_EQ(10000U, agent::NotifierOptions().queueLimit);
+  EXPECT_EQ(64U << 20, agent::NotifierOptions().queueBytes);
 }
 
 TEST_F(Notifiers, TellTheTimeOfTheirClock) {
@@ -235,6 +237,27 @@ TEST_F(Notifiers, CountWhoUnsubscribedUntilItsCallHasEnded) {
   notifier_.reset();
 }
 
+TEST_F(Notifiers, DropTheOldestNotificationsBeyondTheMemoryOfTheQueue) {
+  options_.queueBytes = std::size_t{64} << 10;
+  start();
+  Gate gate;
+  ServedConsumer consumer =
+      makeConsumer([&](const CosNotification::StructuredEvent&) { gate.wait(); });
+  subscribe(consumer);
+  publish(1);
+  consumer.received().waitFor(1);
+  testing::internal::CaptureStderr();
+  for (const std::size_t length : {20000, 20000, 20000, 100000}) {
+    const std::string text(length, 'x');
+    TANotification::OnObjectAVC({}, attribute("label", text.c_str()), true, {}, false);
+  }
+  testing::internal::GetCapturedStderr();
+  EXPECT_EQ((Texts{"2 0 3"}), receivers());
+  gate.open();
+  EXPECT_EQ((Texts{"1", "lost 2-3 2", "4", "lost 5-5 1"}), consumer.received().waitFor(4));
+  notifier_.reset();
+}
+
 TEST_F(Notifiers, SendTwiceToAConsumerThatSubscribesTwice) {
   start();
   ServedConsumer consumer = makeConsumer();
@@ -332,25 +355,43 @@ TEST_F(Notifiers, WaitUntilEverythingIsSentToEveryone) {
   notifier_.reset();
 }
 
-TEST_F(Notifiers, AreReachedThroughASession) {
-  start();
-  auto* const servant = new agent::SessionServant(*notifier_);
-  const PortableServer::ServantBase_var owner = servant;
-  const auto place = server_->wellKnownObject("TopoAgentSession");
-  const CORBA::Object_var published = place->publish(servant);
-  const TopoAgent::Session_I_var session = TopoAgent::Session_I::_narrow(published);
+class Sessions : public Notifiers {
+ protected:
+  Sessions() : place_(server_->wellKnownObject("TopoAgentSession")) {
+    start();
+    const PortableServer::ServantBase_var servant = new agent::SessionServant(*notifier_);
+    const CORBA::Object_var published = place_->publish(servant.in());
+    session_ = TopoAgent::Session_I::_narrow(published);
+  }
+
+  ~Sessions() override { place_->retire(); }
+
+  const std::unique_ptr<orb::WellKnownObject> place_;
+  TopoAgent::Session_I_var session_;
+};
+
+TEST_F(Sessions, Subscribe) {
   ServedConsumer consumer = makeConsumer();
   publish(2);
   const TopoAgent::Subscription_I_var subscription =
-      session->subscribe(consumer.reference.in(), "1");
+      session_->subscribe(consumer.reference.in(), "1");
   publish(1);
   EXPECT_EQ((Texts{"lost 2-2 1", "3"}), consumer.received().waitFor(2));
   EXPECT_TRUE(stands(subscription));
-  EXPECT_THROW(session->subscribe(consumer.reference.in(), "x"),
+  EXPECT_THROW(session_->subscribe(consumer.reference.in(), "x"),
                globaldefs::ProcessingFailureException);
-  EXPECT_THROW(session->subscribe(CosNotifyComm::StructuredPushConsumer::_nil(), ""),
-               globaldefs::ProcessingFailureException);
-  place->retire();
+}
+
+TEST_F(Sessions, LogRefusedSubscriptionsAtALimitedRate) {
+  testing::internal::CaptureStderr();
+  for (int i = 0; i < 500; ++i) {
+    EXPECT_THROW(session_->subscribe(CosNotifyComm::StructuredPushConsumer::_nil(), ""),
+                 globaldefs::ProcessingFailureException);
+  }
+  const std::string log = testing::internal::GetCapturedStderr();
+  EXPECT_NE(std::string::npos,
+            log.find("a subscription of this process is refused: the consumer is nil"));
+  EXPECT_GE(100, std::count(log.begin(), log.end(), '\n'));
 }
 
 }  // namespace

@@ -8,11 +8,13 @@
 #include <future>
 #include <map>
 #include <new>
-#include <thread>
+#include <optional>
 
 #include "agent/northbound/Log.h"
+#include "tests/fakes/FailingNew.h"
 #include "tests/support/WithOrb.h"
 #include "tests/unit/agent_notifications/Events.h"
+#include "tests/unit/agent_notifications/Waits.h"
 
 namespace {
 
@@ -26,6 +28,8 @@ const CallOutcome kDone{};
 const CallOutcome kUnavailable{CallOutcome::kUnavailable, "no answer"};
 const CallOutcome kRefused{CallOutcome::kRefused, "too large"};
 const CallOutcome kGone{CallOutcome::kGone, "it has gone"};
+// A refusal. There is no memory on the receiver's thread until the next call of the sink.
+const CallOutcome kStarves{CallOutcome::kRefused, "starves"};
 const CallOutcome kThrows{CallOutcome::kDone, "std::bad_alloc"};  // no outcome but that exception
 
 // Outlives the receiver and its sink.
@@ -72,18 +76,24 @@ class ScriptedSink final : public agent::Sink {
   explicit ScriptedSink(Script& script) : script_(script) {}
 
   CallOutcome connect(const Stopping& /*stopping*/) override {
+    starving_.reset();
     script_.record.add("connect");
     return script_.next(script_.connects);
   }
 
   CallOutcome push(const CosNotification::StructuredEvent& event,
                    const Stopping& /*stopping*/) override {
+    starving_.reset();
     const std::string text = briefly(event);
     script_.record.add(text);
     if (script_.gates.count(text) != 0) {
       script_.gates[text]->wait();
     }
-    return script_.next(script_.pushes);
+    CallOutcome outcome = script_.next(script_.pushes);
+    if (outcome.why == kStarves.why) {
+      starving_.emplace(0);
+    }
+    return outcome;
   }
 
   CallOutcome check(const Stopping& /*stopping*/) override {
@@ -95,17 +105,27 @@ class ScriptedSink final : public agent::Sink {
 
  private:
   Script& script_;
+  std::optional<fakes::FailingNew> starving_;
 };
+
+std::size_t linesWith(const std::string& text, const std::string& log) {
+  std::size_t count = 0;
+  for (std::size_t at = log.find(text); at != std::string::npos; at = log.find(text, at + 1)) {
+    ++count;
+  }
+  return count;
+}
 
 class Receivers : public support::WithOrb {
  protected:
   Receivers() {
     settings_.name = "host:1";
-    settings_.queueLimit = 3;
+    settings_.queue.notifications = 3;
     settings_.idleCheck = kNever;
     settings_.firstBackOff = std::chrono::milliseconds(1);
     settings_.longestBackOff = std::chrono::milliseconds(2);
     settings_.clock = someTime;
+    settings_.wait = waits_.function();
   }
 
   void make() {
@@ -122,7 +142,7 @@ class Receivers : public support::WithOrb {
     for (std::uint64_t id = first; id <= last; ++id) {
       auto event = agent::objectDeletion({}, false);
       agent::stamp(*event, id, someTime());
-      receiver_->offer({id, std::move(event)});
+      receiver_->offer({id, std::move(event), 1});
     }
   }
 
@@ -147,6 +167,7 @@ class Receivers : public support::WithOrb {
   }
 
   Script script_;
+  Waits waits_{std::chrono::milliseconds(100)};
   Receiver::Settings settings_;
   Gate gone_;
   std::unique_ptr<Receiver> receiver_;
@@ -226,7 +247,7 @@ TEST_F(Receivers, TellOfMissedOnesAtOnce) {
   start();
   offer(1, 1);
   EXPECT_TRUE(sendsAll());
-  std::this_thread::sleep_for(std::chrono::milliseconds(20));  // until the thread waits for more
+  EXPECT_TRUE(eventually([this] { return waits_.present() == 1; }));
   receiver_->miss(2);
   EXPECT_EQ((Texts{"connect", "1", "lost 2-2 1"}), script_.record.waitFor(3));
 }
@@ -374,19 +395,79 @@ TEST_F(Receivers, LeaveOutWordOfLostOnesThatIsRefusedAgainAndAgain) {
   EXPECT_EQ(wanted, calls());
 }
 
-// Each of the pauses twice as long as that before would be some minutes.
-TEST_F(Receivers, BeginWithAShortPauseAfterEverySuccess) {
-  constexpr std::uint64_t kTimes = 20;
+TEST_F(Receivers, BeginWithTheFirstPauseAfterEverySuccess) {
   settings_.isChannel = true;
-  settings_.queueLimit = kTimes;
-  settings_.longestBackOff = kNever;
-  for (std::uint64_t i = 0; i < kTimes; ++i) {
-    script_.pushes.insert(script_.pushes.end(), {kUnavailable, kDone});
-  }
+  script_.pushes = {kUnavailable, kUnavailable, kDone, kUnavailable};
   make();
-  offer(1, kTimes);
+  offer(1, 2);
   receiver_->start();
-  EXPECT_TRUE(eventually([this] { return status() == "0 20 0"; }));
+  EXPECT_TRUE(eventually([this] { return status() == "0 2 0" && waits_.present() == 1; }));
+  using std::chrono::milliseconds;
+  EXPECT_EQ((Waits::Lengths{milliseconds(1), milliseconds(2), milliseconds(1), kNever}),
+            waits_.begun());
+}
+
+TEST_F(Receivers, ReportANotificationBeyondTheMemoryOfTheQueueAsLost) {
+  settings_.queue.bytes = 2;
+  const auto gate = holdBack("1");
+  testing::internal::CaptureStderr();
+  start();
+  offer(1, 1);
+  script_.record.waitFor(2);
+  offer(2, 5);
+  receiver_->offer({6, agent::objectDeletion({}, false), 3});
+  EXPECT_EQ("3 0 3", status());
+  gate->open();
+  EXPECT_TRUE(sendsAll());
+  EXPECT_EQ((Texts{"connect", "1", "lost 2-3 2", "4", "5", "lost 6-6 1", "disconnect"}), calls());
+  EXPECT_EQ(1U, linesWith("subscriber host:1 does not keep up: its queue is full",
+                          testing::internal::GetCapturedStderr()));
+}
+
+TEST_F(Receivers, LogThatTheirQueueIsFullAgainAfterItWasEmpty) {
+  testing::internal::CaptureStderr();
+  start();
+  for (std::uint64_t id : {1, 2}) {
+    receiver_->offer({id, nullptr, settings_.queue.bytes + 1});
+    EXPECT_TRUE(sendsAll());
+  }
+  calls();
+  EXPECT_EQ(2U, linesWith("its queue is full", testing::internal::GetCapturedStderr()));
+}
+
+TEST_F(Receivers, LeaveOutARefusedEventOfAChannelWhileMemoryIsShort) {
+  settings_.isChannel = true;
+  settings_.wait = Receiver::waitFor;  // the record of waits takes memory
+  script_.pushes = std::vector<CallOutcome>(5, kStarves);
+  make();
+  offer(1, 2);
+  receiver_->start();
+  EXPECT_TRUE(eventually([this] { return status() == "0 1 1"; }));
+}
+
+TEST_F(Receivers, ReportThatTheirSinkIsGoneWhileMemoryIsShort) {
+  script_.pushes = {{CallOutcome::kGone, kStarves.why}};
+  make();
+  offer(1, 1);
+  receiver_->start();
+  EXPECT_TRUE(gone_.wait());
+}
+
+TEST_F(Receivers, SayWhetherTheirSinkHasAnswered) {
+  settings_.isChannel = true;
+  script_.connects = {kUnavailable};
+  make();
+  EXPECT_FALSE(receiver_->hasAnswered());
+  receiver_->start();
+  EXPECT_TRUE(eventually([this] { return receiver_->hasAnswered(); }));
+  EXPECT_EQ((Texts{"connect", "connect", "disconnect"}), calls());
+}
+
+TEST_F(Receivers, HaveNotAnsweredBeforeTheirSinkHas) {
+  script_.connects = {kGone};
+  start();
+  EXPECT_TRUE(gone_.wait());
+  EXPECT_FALSE(receiver_->hasAnswered());
 }
 
 TEST_F(Receivers, AreDroppedWhenTheirSinkIsGone) {
@@ -451,21 +532,17 @@ TEST_F(Receivers, AreNotBackBeforeAPushIsTaken) {
   EXPECT_TRUE(eventually([this] { return status() == "0 1 0"; }));
 }
 
-// Ever longer pauses would be some minutes in all.
-TEST_F(Receivers, TryAgainAfterTheLongestPauseAtMost) {
+TEST_F(Receivers, DoubleThePauseBetweenTwoTriesUpToTheLongest) {
   settings_.isChannel = true;
-  script_.connects = std::vector<CallOutcome>(20, kUnavailable);
+  settings_.firstBackOff = std::chrono::milliseconds(10);
+  settings_.longestBackOff = std::chrono::milliseconds(70);
+  script_.connects = std::vector<CallOutcome>(5, kUnavailable);
   start();
-  EXPECT_TRUE(eventually([this] { return status() == "0 0 0"; }));
-}
-
-TEST_F(Receivers, TryAgainAfterEverLongerPauses) {
-  settings_.isChannel = true;
-  settings_.longestBackOff = kNever;
-  script_.connects = std::vector<CallOutcome>(1000, kUnavailable);
-  start();
-  std::this_thread::sleep_for(std::chrono::milliseconds(300));
-  EXPECT_LE(calls().size(), 10U);
+  EXPECT_TRUE(eventually([this] { return waits_.begun().size() == 6; }));
+  using std::chrono::milliseconds;
+  EXPECT_EQ((Waits::Lengths{milliseconds(10), milliseconds(20), milliseconds(40), milliseconds(70),
+                            milliseconds(70), kNever}),
+            waits_.begun());
 }
 
 TEST_F(Receivers, SayThatAChannelIsConnectedAndNothingOfASubscriber) {
@@ -514,7 +591,7 @@ TEST_F(Receivers, LetWhoWaitsForThemGoOnAfterAStop) {
   offer(1, 1);
   script_.record.waitFor(2);
   std::future<bool> sent = std::async(std::launch::async, [this] { return sendsAll(); });
-  std::this_thread::sleep_for(std::chrono::milliseconds(20));  // until it waits
+  EXPECT_TRUE(eventually([this] { return waits_.present() == 1; }));
   receiver_->stop();
   EXPECT_EQ(std::future_status::ready, sent.wait_for(kPatience / 2));
   gate->open();

@@ -1,6 +1,11 @@
 #include "agent/notifications/StructuredEvents.h"
 
 #include <gtest/gtest.h>
+#include <malloc.h>
+
+#include <memory>
+#include <string>
+#include <vector>
 
 #include <cstdlib>
 #include <ctime>
@@ -107,6 +112,67 @@ TEST_F(StructuredEvents, OfAnObjectWithoutANameAreTheSystems) {
   const auto event = agent::objectDeletion({}, false);
   EXPECT_EQ("objectName: name {}", linesOf(*event).at(2));
   EXPECT_EQ("objectType: type 0", linesOf(*event).at(3));
+}
+
+// Memory by the allocator's own account; sanitizers have none, and then there is nothing to
+// compare.
+template <typename Make>
+std::size_t heapOf(Make make) {
+  constexpr std::size_t kMany = 20;
+  std::vector<std::unique_ptr<CosNotification::StructuredEvent>> events;
+  events.reserve(kMany);
+  const struct mallinfo2 before = mallinfo2();
+  for (std::size_t i = 0; i < kMany; ++i) {
+    events.push_back(make());
+    agent::stamp(*events.back(), 1790000000000000U, someTime());
+  }
+  const struct mallinfo2 after = mallinfo2();
+  return (after.uordblks + after.hblkhd - before.uordblks - before.hblkhd) / kMany;
+}
+
+template <typename Make>
+void expectEstimateCovers(Make make) {
+  const auto event = make();
+  EXPECT_LE(heapOf(make), agent::estimatedBytes(*event));
+}
+
+TEST_F(StructuredEvents, AreEstimatedAtTwiceALongText) {
+  const std::string text(std::size_t{1} << 20, 'x');
+  const auto event =
+      agent::attributeValueChange({}, attribute("label", text.c_str()), true, nullptr);
+  EXPECT_LE(2 * text.size(), agent::estimatedBytes(*event));
+  EXPECT_GE(2 * text.size() + 8192, agent::estimatedBytes(*event));
+}
+
+globaldefs::NVSList_T pairs(CORBA::ULong count, const std::string& text) {
+  globaldefs::NVSList_T list;
+  list.length(count);
+  for (CORBA::ULong i = 0; i < count; ++i) {
+    list[i].name = CORBA::string_dup(text.c_str());
+    list[i].value = CORBA::string_dup(text.c_str());
+  }
+  return list;
+}
+
+TEST_F(StructuredEvents, TakeNoMoreMemoryThanTheirEstimate) {
+  for (const std::size_t length : {0, 1, 30, 2000}) {
+    const std::string text(length, 'x');
+    for (const CORBA::ULong count : {0, 1, 30}) {
+      SCOPED_TRACE(std::to_string(count) + " of " + std::to_string(length));
+      const globaldefs::NVSList_T name = pairs(count, text);
+      notifications::NVList_T attributes;
+      attributes.length(count);
+      for (CORBA::ULong i = 0; i < count; ++i) {
+        attributes[i].value <<= text.c_str();
+      }
+      CORBA::Any object;
+      object <<= name;
+      expectEstimateCovers([&] { return agent::objectDeletion(name, true); });
+      expectEstimateCovers([&] { return agent::objectCreation(name, object, true); });
+      expectEstimateCovers(
+          [&] { return agent::attributeValueChange(name, attributes, true, &object); });
+    }
+  }
 }
 
 }  // namespace

@@ -19,7 +19,11 @@ class Subscribers : public NotifierFixture {
  protected:
   TopoAgent::Subscription_I_var subscribePeer(const WirePeer& peer) {
     const CosNotifyComm::StructuredPushConsumer_var consumer = consumerAt(peer.reference());
-    return notifier_->subscribe(consumer, "");
+    return notifier_->subscribe(consumer, "", "peer");
+  }
+
+  static std::string capacityExceeded(const std::string& what) {
+    return std::to_string(globaldefs::EXCPT_CAPACITY_EXCEEDED) + " there are " + what;
   }
 
   std::uint64_t dropped() { return notifier_->status().subscribersDropped; }
@@ -96,9 +100,7 @@ TEST_F(Subscribers, WhoAreNotThereAreDropped) {
   start();
   const CosNotifyComm::StructuredPushConsumer_var nobody =
       consumerAt("corbaloc:iiop:1.2@127.0.0.1:" + std::to_string(deafPort()) + "/object");
-  const TopoAgent::Subscription_I_var lost = notifier_->subscribe(nobody, "");
-  EXPECT_TRUE(stands(lost));
-  publish(1);
+  const TopoAgent::Subscription_I_var lost = notifier_->subscribe(nobody, "", "peer");
   EXPECT_TRUE(eventually([&] { return !stands(lost); }));
   EXPECT_EQ(1U, dropped());
 }
@@ -229,33 +231,130 @@ TEST_F(Subscribers, WhoHearNothingAreLookedFor) {
 TEST_F(Subscribers, WhoCloseTheConnectionWhileTheyHearNothingStay) {
   options_.idleCheck = std::chrono::milliseconds(5);
   start();
-  WirePeer peer("_non_existent", {Act::kClose});
+  WirePeer peer("_non_existent", {Act::kAnswer, Act::kClose});
   const auto kept = subscribePeer(peer);
-  Texts asked = peer.requests().waitFor(3);
-  asked.resize(3);
-  EXPECT_EQ((Texts{"closed", "answered", "answered"}), asked);
+  Texts asked = peer.requests().waitFor(4);
+  asked.resize(4);
+  EXPECT_EQ((Texts{"answered", "closed", "answered", "answered"}), asked);
   EXPECT_TRUE(stands(kept));
 }
 
 TEST_F(Subscribers, WhoCloseTheConnectionTwiceWhileTheyHearNothingAreDropped) {
   options_.idleCheck = std::chrono::milliseconds(5);
   start();
-  WirePeer peer("_non_existent", {Act::kClose, Act::kClose});
+  WirePeer peer("_non_existent", {Act::kAnswer, Act::kClose, Act::kClose});
   const auto lost = subscribePeer(peer);
   EXPECT_TRUE(eventually([&] { return !stands(lost); }));
-  EXPECT_EQ(Texts(2, "closed"), peer.requests().all());
+  EXPECT_EQ((Texts{"answered", "closed", "closed"}), peer.requests().all());
 }
 
 TEST_F(Subscribers, WhoHearNothingAndDoNotExistAreDropped) {
   options_.idleCheck = std::chrono::milliseconds(5);
   start();
   testing::internal::CaptureStderr();
-  const auto lost = notifier_->subscribe(
-      consumerAt("corbaloc:iiop:1.2@" + orb::format(server_->endpoint()) + "/Nothing"), "");
-  const TopoAgent::Subscription_I_var subscription = lost;
+  ServedConsumer consumer = makeConsumer();
+  const auto subscription = subscribe(consumer);
+  publish(1);
+  EXPECT_EQ((Texts{"1"}), consumer.received().waitFor(1));
+  const PortableServer::ObjectId_var id = server_->rootPoa()->reference_to_id(consumer.reference);
+  server_->rootPoa()->deactivate_object(id);
   EXPECT_TRUE(eventually([&] { return !stands(subscription); }));
   EXPECT_NE(std::string::npos, testing::internal::GetCapturedStderr().find(
                                    "is dropped: the consumer does not exist any more"));
+}
+
+TEST_F(Subscribers, MayHaveNoMorePlacesThanThePeersLimit) {
+  options_.maxSubscribersPerPeer = 2;
+  start();
+  const ServedConsumer consumer = makeConsumer();
+  subscribe(consumer, "", "10.0.0.1");
+  const auto second = subscribe(consumer, "", "10.0.0.1");
+  EXPECT_EQ(capacityExceeded("2 subscribers of address 10.0.0.1 already"),
+            refusal(consumer.reference, "", "10.0.0.1"));
+  EXPECT_EQ("none", refusal(consumer.reference, "", "10.0.0.2"));
+  second->unsubscribe();
+  EXPECT_TRUE(eventually([&] { return refusal(consumer.reference, "", "10.0.0.1") == "none"; }));
+}
+
+TEST_F(Subscribers, WhoDoNotAnswerHaveFewPlaces) {
+  options_.maxUnanswered = 3;
+  options_.maxUnansweredPerPeer = 2;
+  start();
+  auto silent = std::make_unique<WirePeer>("_non_existent", std::vector<Act>(99, Act::kIgnore));
+  const CosNotifyComm::StructuredPushConsumer_var consumer = consumerAt(silent->reference());
+  EXPECT_EQ("none", refusal(consumer, "", "10.0.0.1"));
+  EXPECT_EQ("none", refusal(consumer, "", "10.0.0.1"));
+  const std::string unanswered = "whose consumers have not answered yet";
+  EXPECT_EQ(capacityExceeded("2 subscribers of address 10.0.0.1 " + unanswered),
+            refusal(consumer, "", "10.0.0.1"));
+  EXPECT_EQ("none", refusal(consumer, "", "10.0.0.2"));
+  EXPECT_EQ(capacityExceeded("3 subscribers " + unanswered), refusal(consumer, "", "10.0.0.3"));
+  silent.reset();
+  EXPECT_TRUE(eventually([&] { return refusal(consumer, "", "10.0.0.3") == "none"; }));
+}
+
+TEST_F(Subscribers, WhoAnswerFreeThePlaceOfThoseWhoDoNot) {
+  options_.maxUnanswered = 1;
+  start();
+  for (int i = 1; i <= 3; ++i) {
+    ServedConsumer consumer = makeConsumer();
+    subscribe(consumer);
+    publish(1);
+    EXPECT_EQ((Texts{std::to_string(i)}), consumer.received().waitFor(1));
+  }
+  EXPECT_EQ(3U, receivers().size());
+}
+
+TEST_F(Subscribers, WithDeadReferencesDoNotKeepOthersOut) {
+  options_.maxSubscribers = 5;
+  start();
+  const CosNotifyComm::StructuredPushConsumer_var nobody =
+      consumerAt("corbaloc:iiop:1.2@127.0.0.1:" + std::to_string(deafPort()) + "/object");
+  testing::internal::CaptureStderr();
+  for (int i = 0; i < 50; ++i) {
+    refusal(nobody, "", "10.0.0.1");
+  }
+  const ServedConsumer consumer = makeConsumer();
+  EXPECT_TRUE(eventually([&] { return refusal(consumer.reference, "", "10.0.0.2") == "none"; }));
+  EXPECT_TRUE(becomes({"0 0 0"}));
+  testing::internal::GetCapturedStderr();
+}
+
+TEST_F(Subscribers, HaveKeysThatOthersCannotGuess) {
+  start();
+  const ServedConsumer consumer = makeConsumer();
+  const orb::ObjectKey one = orb::objectKeyOf(subscribe(consumer));
+  const orb::ObjectKey other = orb::objectKeyOf(subscribe(consumer));
+  ASSERT_EQ(one.size(), other.size());
+  std::size_t different = 0;
+  for (std::size_t i = 0; i < one.size(); ++i) {
+    different += one[i] == other[i] ? 0 : 1;
+  }
+  EXPECT_LE(8U, different);  // of 16 random octets
+}
+
+TEST_F(Subscribers, MayNotHaveALongReference) {
+  start();
+  const std::string place = "corbaloc:iiop:1.2@127.0.0.1:" + std::to_string(deafPort()) + "/";
+  const CosNotifyComm::StructuredPushConsumer_var shorter =
+      consumerAt(place + std::string(65000, 'k'));
+  const CosNotifyComm::StructuredPushConsumer_var longer =
+      consumerAt(place + std::string(65536, 'k'));
+  EXPECT_EQ("none", refusal(shorter, ""));
+  EXPECT_EQ(std::to_string(globaldefs::EXCPT_INVALID_INPUT) +
+                " the consumer's reference is longer than 65536 bytes",
+            refusal(longer, ""));
+}
+
+TEST_F(Subscribers, AreNamedByTheBeginningOfALongHostName) {
+  start();
+  testing::internal::CaptureStderr();
+  const CosNotifyComm::StructuredPushConsumer_var consumer =
+      consumerAt("corbaloc:iiop:1.2@" + std::string(60000, 'h') + ":1/object");
+  const TopoAgent::Subscription_I_var lost = notifier_->subscribe(consumer, "", "peer");
+  EXPECT_TRUE(eventually([&] { return !stands(lost); }));
+  EXPECT_NE(std::string::npos, testing::internal::GetCapturedStderr().find(
+                                   "subscriber " + std::string(100, 'h') + "... is dropped"));
 }
 
 TEST_F(Subscribers, EndWithTheNotifier) {
