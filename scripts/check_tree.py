@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Checks what the compiler does not: who may include whom, ORB names, unsalted hash tables, line ends.
+"""Checks what the compiler does not: who may include whom, ORB names, unsalted hash tables, line ends,
+time-outs of tests.
 
 The arrows are those of docs/architecture.md: a folder may include itself and what is listed for it.
 """
@@ -119,6 +120,12 @@ def line_end_problems(name, text):
         yield f"{name}: has carriage returns"
 
 
+def test_problems(name, text):
+    """topo_tests gives every test a time-out; GoogleTest's own function does not."""
+    if name.endswith("CMakeLists.txt") and "gtest_discover_tests(" in text:
+        yield f"{name}: finds its tests without topo_tests"
+
+
 def problems():
     for name in tracked():
         path = ROOT / name
@@ -130,6 +137,7 @@ def problems():
             yield from include_problems(name, text)
             yield from plain_table_problems(name, text)
         yield from orb_name_problems(name, text)
+        yield from test_problems(name, text)
 
 
 def main():
