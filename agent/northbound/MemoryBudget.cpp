@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <filesystem>
 #include <fstream>
 #include <memory>
 #include <string>
@@ -43,18 +44,18 @@ std::size_t machineMemory() {
 }
 
 // The number in a file of a control group; kNoLimit for "max" and for a file that is not there.
-std::size_t numberIn(const std::string& file) {
+std::size_t numberIn(const std::filesystem::path& file) {
   std::ifstream in(file);
   std::size_t number = 0;
   return in >> number ? number : MemoryUse::kNoLimit;
 }
 
 // The least limit of a control group and of the groups above it.
-std::size_t limitOfGroup(const std::string& mount, std::string path, const std::string& file) {
-  std::size_t limit = numberIn(mount + "/" + file);
-  while (path.size() > 1) {
-    limit = std::min(limit, numberIn(mount + path + "/" + file));
-    path.erase(path.rfind('/'));
+std::size_t limitOfGroup(const std::filesystem::path& mount, std::filesystem::path group,
+                         const std::string& file) {
+  std::size_t limit = numberIn(mount / file);
+  for (; group.has_relative_path(); group = group.parent_path()) {
+    limit = std::min(limit, numberIn(mount / group.relative_path() / file));
   }
   return limit;
 }

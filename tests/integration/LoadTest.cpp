@@ -290,7 +290,8 @@ std::string flatNetwork(const support::TemporaryDirectory& directory, int elemen
 // the iterator takes.
 TEST_F(Load, IteratorsTakeNoMoreMemoryThanTheirLimit) {
   constexpr int kElements = 5000;
-  constexpr long kLimitKib = 32 * 1024;
+  constexpr long kLimitKib = 32768;
+  constexpr long kToleranceKib = 4096;
   const support::TemporaryDirectory directory;
   RunningAgent agent({"--network", flatNetwork(directory, kElements), "--iterator-memory",
                       std::to_string(kLimitKib * 1024)});
@@ -313,8 +314,8 @@ TEST_F(Load, IteratorsTakeNoMoreMemoryThanTheirLimit) {
   EXPECT_NE("", refusal);
   if (!kSanitized) {
     const long grown = residentKib(agent.process().pid()) - memory;
-    EXPECT_LT(grown, kLimitKib + 4 * 1024);
-    EXPECT_GT(grown, kLimitKib / 2 - 4 * 1024);
+    EXPECT_LT(grown, kLimitKib + kToleranceKib);
+    EXPECT_GT(grown, kLimitKib / 2 - kToleranceKib);
   }
   iterators.front()->destroy();
   NodeList_T_var nodes;
@@ -340,6 +341,7 @@ TEST_F(Load, FortyViewsAtOnceInALimitedAddressSpaceDoNotEndTheAgent) {
   std::atomic<int> answered{0};
   std::atomic<int> refused{0};
   std::vector<std::thread> clients;
+  clients.reserve(40);
   for (int i = 0; i < 40; ++i) {
     clients.emplace_back([&, batch = i % 2 == 0 ? 1U : 100000U] {
       try {

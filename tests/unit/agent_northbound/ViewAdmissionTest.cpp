@@ -151,6 +151,7 @@ TEST_F(Admission, EndsEveryWaitWhenItCloses) {
   ViewAdmission views = admission({1, 10 * kMegabyte, kPatience});
   const ViewAdmission::Pass running = views.admit(1);
   std::vector<std::future<ViewAdmission::Pass>> waiting;
+  waiting.reserve(3);
   for (int i = 0; i < 3; ++i) {
     waiting.push_back(waitingView(views, 1));
   }
