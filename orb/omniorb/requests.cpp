@@ -1,6 +1,7 @@
 #include "requests.h"
 
 #include <omniORB4/callHandle.h>
+#include <omniORB4/minorCode.h>
 #include <omniORB4/omniInterceptors.h>
 #include <omniORB4/omniORB.h>
 // The ORB's internal headers do not include each other, so their order is fixed.
@@ -16,6 +17,7 @@
 #include <shared_mutex>
 #include <utility>
 
+#include "incoming/connection.h"
 #include "references.h"
 
 namespace orb {
@@ -33,7 +35,16 @@ std::string hostIn(const char* address) {
   return address == nullptr ? "" : parseAddress(address).host;
 }
 
+// The arguments of a refused request were not received.
+void throwIfRefused(omni::giopConnection* connection) {
+  const auto* const limited = dynamic_cast<Connection*>(connection);
+  if (limited != nullptr && limited->isRefused()) {
+    throw CORBA::MARSHAL(omni::MARSHAL_MessageSizeExceedLimitOnServer, CORBA::COMPLETED_NO);
+  }
+}
+
 CORBA::Boolean observeRequest(omni::omniInterceptors::serverReceiveRequest_T::info_T& info) {
+  throwIfRefused(info.giop_s.strand().connection);
   threadsPeer = hostIn(info.peeraddress());
   const std::shared_lock<std::shared_mutex> lock(observerMutex);
   if (requestObserver) {

@@ -3,10 +3,13 @@
 #include <omniORB4/omniORB.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <chrono>
 #include <cstdlib>
 #include <utility>
 #include <vector>
 
+#include "incoming/transport.h"
 #include "log.h"
 
 namespace orb {
@@ -27,8 +30,29 @@ void forgetSettingsOfTheEnvironment() {
   }
 }
 
+using Settings = std::vector<std::pair<std::string, std::string>>;
+
+// Requests of one connection that are served at the same time; further ones wait.
+constexpr std::size_t kRequestsPerConnection = 4;
+
+// Threads serve complete requests and nothing else. There are enough for every connection, so that
+// clients that do not read their replies hold up nobody.
+void addServing(Settings& settings, const Options& options, const std::string& listenAt) {
+  using std::chrono::seconds;
+  const auto idle = std::chrono::ceil<seconds>(options.idleTimeout);
+  const auto scan = std::clamp(idle / 2, seconds(1), seconds(5));
+  const std::size_t threads = options.maxConnections * kRequestsPerConnection;
+  settings.emplace_back("threadPerConnectionPolicy", "0");
+  settings.emplace_back("threadPoolWatchConnection", "0");
+  settings.emplace_back("maxServerThreadPerConnection", std::to_string(kRequestsPerConnection));
+  settings.emplace_back("maxServerThreadPoolSize", std::to_string(threads));
+  settings.emplace_back("inConScanPeriod", std::to_string(idle.count()));
+  settings.emplace_back("scanGranularity", std::to_string(scan.count()));
+  settings.emplace_back("endPoint", limitedEndpoint(options, listenAt));
+}
+
 // The ORB takes its settings as an array of name and value, ended by a null pair.
-CORBA::ORB_ptr initWithSettings(const std::vector<std::pair<std::string, std::string>>& settings) {
+CORBA::ORB_ptr initWithSettings(const Settings& settings) {
   const auto table = std::make_unique<const char*[][2]>(settings.size() + 1);
   for (std::size_t i = 0; i < settings.size(); ++i) {
     table[i][0] = settings[i].first.c_str();
@@ -51,7 +75,7 @@ CORBA::ORB_ptr initOrb(const Options& options, const std::string& listenAt) {
   // For connecting too, as long as the ORB has no time-out of its own for that.
   const std::string callTimeout = std::to_string(options.callTimeout.count());
   const std::string serveTimeout = std::to_string(options.serveTimeout.count());
-  std::vector<std::pair<std::string, std::string>> settings = {
+  Settings settings = {
       {"giopMaxMsgSize", maxMessage},
       {"clientCallTimeOutPeriod", callTimeout},
       {"serverCallTimeOutPeriod", serveTimeout},
@@ -63,9 +87,13 @@ CORBA::ORB_ptr initOrb(const Options& options, const std::string& listenAt) {
       {"nativeCharCodeSet", "UTF-8"},
       // Towards a peer that names none, as the object of a corbaloc does.
       {"defaultCharCodeSet", "UTF-8"},
-      // A client listens too, but only if something of it is ever served.
-      {"endPoint", "giop:tcp:" + (listenAt.empty() ? std::string("127.0.0.1:") : listenAt)},
   };
+  if (listenAt.empty()) {
+    // A client listens too, but only if something of it is ever served.
+    settings.emplace_back("endPoint", "giop:tcp:127.0.0.1:");
+  } else {
+    addServing(settings, options, listenAt);
+  }
   return initWithSettings(settings);
 }
 

@@ -122,6 +122,19 @@ class RawClient {
     return std::string(bytes, count > 0 ? static_cast<std::size_t>(count) : 0);
   }
 
+  // Up to 4096 bytes of an answer; empty at the end of the connection, or when nothing comes.
+  std::string receive() const {
+    char bytes[4096];
+    const ssize_t count = isAnswered() ? recv(socket_, bytes, sizeof bytes, 0) : 0;
+    return std::string(bytes, count > 0 ? static_cast<std::size_t>(count) : 0);
+  }
+
+  // Waits for the end of the connection. REQUIRES: no answer is to come.
+  bool isClosedByPeer() const {
+    char byte = 0;
+    return isAnswered() && recv(socket_, &byte, 1, 0) <= 0;
+  }
+
   // Waits for an answer, or for the end of the connection.
   bool isAnswered() const {
     pollfd wait{socket_, POLLIN, 0};

@@ -1,0 +1,151 @@
+#include "channel.h"
+
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <utility>
+
+namespace orb {
+namespace {
+
+constexpr std::size_t kMaxLoggedName = 64;
+
+}  // namespace
+
+Channel::~Channel() {
+  ::close(socket_);
+}
+
+int Channel::read(char* to, std::size_t count,
+                  std::optional<std::chrono::system_clock::time_point> deadline) {
+  std::unique_lock<std::mutex> lock(mutex_);
+  for (;;) {
+    if (shutDown_) {
+      return -1;
+    }
+    const std::size_t taken = current_ ? current_->bytes.take(to, count) : 0;
+    if (taken > 0) {
+      return static_cast<int>(taken);
+    }
+    if (assembler_.isComplete()) {
+      current_ = assembler_.release();
+      refused_ = current_->refused.has_value();
+      continue;
+    }
+    current_.reset();
+    if (ended_) {
+      return -1;
+    }
+    if (!deadline) {
+      changed_.wait(lock);
+    } else if (changed_.wait_until(lock, *deadline) == std::cv_status::timeout) {
+      return 0;
+    }
+  }
+}
+
+bool Channel::isRefused() const {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  return refused_;
+}
+
+void Channel::setSelectable() {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  if (selectable_) {
+    return;
+  }
+  selectable_ = true;
+  if (isReady() || !rest_.empty()) {
+    watcher_.attend(id_);
+  } else {
+    watcher_.watch(id_, socket_);
+  }
+}
+
+void Channel::clearSelectable() {
+  std::unique_lock<std::mutex> lock(mutex_);
+  selectable_ = false;
+  changed_.wait(lock, [this] { return !notifying_; });
+}
+
+bool Channel::isSelectable() const {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  return selectable_;
+}
+
+void Channel::shutDown() {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  shutDown_ = true;
+  ::shutdown(socket_, SHUT_RDWR);
+  changed_.notify_all();
+  if (selectable_) {
+    watcher_.attend(id_);
+  }
+}
+
+Channel::State Channel::attend(char* scratch, std::size_t scratchBytes, Time now) {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  if (!selectable_) {
+    return State::kWaiting;
+  }
+  bool starved = false;
+  if (!isReady()) {
+    receive(scratch, scratchBytes, now, starved);
+  }
+  if (isReady()) {
+    selectable_ = false;
+    notifying_ = true;
+    changed_.notify_all();
+    return State::kReady;
+  }
+  if (starved) {
+    return State::kStarved;
+  }
+  watcher_.watch(id_, socket_);
+  return State::kWaiting;
+}
+
+void Channel::finishNotification() {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  notifying_ = false;
+  changed_.notify_all();
+}
+
+std::string Channel::refusal() const {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  const Assembler::Request* const request = assembler_.complete();
+  return request == nullptr || !request->refused
+             ? ""
+             : request->refused->operation.substr(0, kMaxLoggedName) + ", " +
+                   std::to_string(request->declaredBytes) + " bytes";
+}
+
+std::optional<Channel::Time> Channel::begun() const {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  return selectable_ ? assembler_.begun() : std::nullopt;
+}
+
+// What is left over from the last time goes first.
+void Channel::receive(char* scratch, std::size_t scratchBytes, Time now, bool& starved) {
+  const std::string rest = std::exchange(rest_, {});
+  Assembler::Taken taken = assemble(rest.data(), rest.size(), now);
+  if (!isReady() && !taken.starved) {
+    const ssize_t count = ::recv(socket_, scratch, scratchBytes, MSG_DONTWAIT);
+    if (count > 0) {
+      taken = assemble(scratch, static_cast<std::size_t>(count), now);
+    } else {
+      ended_ = count == 0 || (errno != EAGAIN && errno != EINTR);
+    }
+  }
+  starved = taken.starved;
+}
+
+Assembler::Taken Channel::assemble(const char* bytes, std::size_t count, Time now) {
+  const Assembler::Taken taken = assembler_.take(bytes, count, now);
+  rest_.assign(bytes + taken.bytes, count - taken.bytes);
+  ended_ = ended_ || !taken.valid;
+  return taken;
+}
+
+}  // namespace orb

@@ -1,0 +1,135 @@
+#include "channels.h"
+
+#include <sys/epoll.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <system_error>
+
+namespace orb {
+namespace {
+
+// Ids of what is no connection.
+constexpr Watcher::Id kListening = 0;
+constexpr Watcher::Id kWakeUp = 1;
+
+int checked(int descriptor) {
+  if (descriptor < 0) {
+    throw std::system_error(errno, std::generic_category(), "cannot watch connections");
+  }
+  return descriptor;
+}
+
+}  // namespace
+
+Channels::Channels(const RequestLimits& limits, std::size_t budgetBytes, int listeningSocket)
+    : limits_(limits),
+      budget_(budgetBytes),
+      listeningSocket_(listeningSocket),
+      epoll_(checked(::epoll_create1(EPOLL_CLOEXEC))),
+      wakeUp_(checked(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))),
+      lastId_(kWakeUp) {
+  control(EPOLL_CTL_ADD, listeningSocket_, EPOLLIN, kListening);
+  control(EPOLL_CTL_ADD, wakeUp_, EPOLLIN, kWakeUp);
+}
+
+Channels::~Channels() {
+  ::close(wakeUp_);
+  ::close(epoll_);
+}
+
+void Channels::watch(Id id, int socket) {
+  control(EPOLL_CTL_MOD, socket, EPOLLIN | EPOLLRDHUP | EPOLLONESHOT, id);
+}
+
+void Channels::attend(Id id) {
+  {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    toAttend_.push_back(id);
+  }
+  wake();
+}
+
+void Channels::wake() const {
+  const std::uint64_t once = 1;
+  // The only failure is a counter that is at its end, which wakes as well.
+  static_cast<void>(!::write(wakeUp_, &once, sizeof once));
+}
+
+std::size_t Channels::size() const {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  return entries_.size();
+}
+
+std::pair<Watcher::Id, std::shared_ptr<Channel>> Channels::add(int socket) {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  const Id id = ++lastId_;
+  Entry& entry = entries_[id];
+  try {
+    entry.channel = std::make_shared<Channel>(id, socket, *this, limits_, budget_);
+  } catch (...) {
+    entries_.erase(id);
+    throw;
+  }
+  control(EPOLL_CTL_ADD, socket, EPOLLONESHOT, id);
+  return {id, entry.channel};
+}
+
+void Channels::connect(Id id, omni::giopConnection* connection) {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  entries_[id].connection = connection;
+}
+
+void Channels::remove(Id id) {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  entries_.erase(id);
+}
+
+Channels::Entry Channels::find(Id id) const {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  const auto found = entries_.find(id);
+  return found == entries_.end() ? Entry() : found->second;
+}
+
+std::vector<std::pair<Watcher::Id, Channels::Entry>> Channels::all() const {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  return {entries_.begin(), entries_.end()};
+}
+
+void Channels::listen(bool on) {
+  control(EPOLL_CTL_MOD, listeningSocket_, on ? unsigned{EPOLLIN} : 0U, kListening);
+}
+
+Channels::Events Channels::wait(int milliseconds) {
+  std::array<epoll_event, 64> reported{};
+  const int count =
+      ::epoll_wait(epoll_, reported.data(), static_cast<int>(reported.size()), milliseconds);
+  Events events;
+  for (int i = 0; i < count; ++i) {
+    const Id id = reported[static_cast<std::size_t>(i)].data.u64;
+    if (id == kListening) {
+      events.incoming = true;
+    } else if (id == kWakeUp) {
+      std::uint64_t wakes = 0;
+      static_cast<void>(!::read(wakeUp_, &wakes, sizeof wakes));
+    } else {
+      events.toAttend.push_back(id);
+    }
+  }
+  const std::lock_guard<std::mutex> lock(mutex_);
+  events.toAttend.insert(events.toAttend.end(), toAttend_.begin(), toAttend_.end());
+  toAttend_.clear();
+  return events;
+}
+
+void Channels::control(int operation, int socket, unsigned events, Id id) const {
+  epoll_event event{};
+  event.events = events;
+  event.data.u64 = id;
+  // Fails only for a socket that is not watched, and for want of memory: then ADD.
+  static_cast<void>(::epoll_ctl(epoll_, operation, socket, &event));
+}
+
+}  // namespace orb

@@ -1,0 +1,131 @@
+#include "connection.h"
+
+#include <omniORB4/internal/tcpSocket.h>
+#include <poll.h>
+#include <sys/socket.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <climits>
+#include <cstddef>
+#include <optional>
+
+#include "giop.h"
+
+namespace orb {
+namespace {
+
+using SystemTime = std::chrono::system_clock::time_point;
+
+constexpr const char* kTransport = "giop:tcp";
+
+std::optional<SystemTime> timeOf(const omni_time_t& deadline) {
+  if (!deadline) {
+    return std::nullopt;
+  }
+  return SystemTime(std::chrono::duration_cast<SystemTime::duration>(
+      std::chrono::seconds(deadline.s) + std::chrono::nanoseconds(deadline.ns)));
+}
+
+char* ownAddress(int socket) {
+  sockaddr_storage address{};
+  socklen_t size = sizeof address;
+  auto* const general = reinterpret_cast<sockaddr*>(&address);
+  if (::getsockname(socket, general, &size) != 0) {
+    return CORBA::string_dup("giop:tcp:255.255.255.255:65535");
+  }
+  return omni::tcpSocket::addrToURI(general, kTransport);
+}
+
+bool isGoodbye(const void* bytes, std::size_t count) {
+  constexpr std::size_t kTypeOffset = 7;
+  return count == giop::kHeaderBytes && static_cast<const char*>(bytes)[kTypeOffset] ==
+                                            static_cast<char>(giop::Type::kCloseConnection);
+}
+
+// Whether there is room for writing before the deadline.
+bool waitForRoom(int socket, const std::optional<SystemTime>& deadline) {
+  using std::chrono::milliseconds;
+  for (;;) {
+    int patience = -1;
+    if (deadline) {
+      const auto left = std::chrono::ceil<milliseconds>(*deadline - SystemTime::clock::now());
+      patience = static_cast<int>(std::clamp<milliseconds::rep>(left.count(), 0, INT_MAX));
+    }
+    pollfd wait{socket, POLLOUT, 0};
+    const int ready = ::poll(&wait, 1, patience);
+    if (ready >= 0 || errno != EINTR) {
+      return ready > 0;
+    }
+  }
+}
+
+}  // namespace
+
+Connection::Connection(std::shared_ptr<Channel> channel, std::function<void()> released)
+    : released_(std::move(released)),
+      channel_(std::move(channel)),
+      myAddress_(ownAddress(channel_->socket())),
+      peerAddress_(omni::tcpSocket::peerToURI(channel_->socket(), kTransport)) {}
+
+Connection::~Connection() {
+  channel_->clearSelectable();
+  released_();
+}
+
+int Connection::Send(void* bytes, std::size_t count, const omni_time_t& deadline) {
+  const std::optional<SystemTime> end =
+      isGoodbye(bytes, count) ? SystemTime::min() : timeOf(deadline);
+  for (;;) {
+    const ssize_t sent = ::send(channel_->socket(), bytes, count, MSG_DONTWAIT | MSG_NOSIGNAL);
+    if (sent > 0) {
+      return static_cast<int>(std::min<ssize_t>(sent, INT_MAX));
+    }
+    if (errno != EAGAIN && errno != EINTR) {
+      return -1;
+    }
+    if (!waitForRoom(channel_->socket(), end)) {
+      return 0;
+    }
+  }
+}
+
+int Connection::Recv(void* bytes, std::size_t count, const omni_time_t& deadline) {
+  return channel_->read(static_cast<char*>(bytes), std::min<std::size_t>(count, INT_MAX),
+                        timeOf(deadline));
+}
+
+void Connection::Shutdown() {
+  channel_->shutDown();
+}
+
+const char* Connection::myaddress() {
+  return myAddress_.in();
+}
+
+const char* Connection::peeraddress() {
+  return peerAddress_.in();
+}
+
+void Connection::setSelectable(int now, _CORBA_Boolean /*dataInBuffer*/) {
+  constexpr int kOnlyIfSelectable = 2;
+  if (now != kOnlyIfSelectable) {
+    channel_->setSelectable();
+  }
+}
+
+void Connection::clearSelectable() {
+  channel_->clearSelectable();
+}
+
+_CORBA_Boolean Connection::isSelectable() {
+  return true;  // every socket is
+}
+
+// Threads do not stay to watch a connection.
+_CORBA_Boolean Connection::Peek() {
+  return false;
+}
+
+}  // namespace orb

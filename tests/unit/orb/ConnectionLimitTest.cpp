@@ -1,0 +1,182 @@
+// Connections that clients open and do not use, or use badly.
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <filesystem>
+#include <future>
+#include <iterator>
+#include <list>
+#include <mutex>
+#include <thread>
+
+#include "tests/unit/orb/RawClient.h"
+#include "tests/unit/orb/Servants.h"
+
+namespace {
+
+using orb_tests::Answering;
+using orb_tests::Message;
+using orb_tests::RawClient;
+using orb_tests::requestTo;
+
+constexpr std::size_t kMostConnections = 4;
+
+orb::Options tightOptions() {
+  orb::Options options = orb_tests::quickOptions();
+  options.maxConnections = kMostConnections;
+  options.serveTimeout = std::chrono::milliseconds(300);
+  return options;
+}
+
+bool isServed(const RawClient& client) {
+  return client.send(requestTo("Key", "getLength").bytes()) && client.answer();
+}
+
+class Connections : public testing::Test {
+ protected:
+  explicit Connections(const orb::Options& options = tightOptions()) {
+    const orb::LogFunction log = [this](const std::string& line) {
+      const std::lock_guard<std::mutex> lock(mutex_);
+      log_ += line + '\n';
+    };
+    server_ = orb::startServer(options, {"127.0.0.1", 0}, log);
+    object_ = server_->wellKnownObject("Key");
+    published_ = object_->publish(servant_.in());
+    const PortableServer::POAManager_var manager = server_->rootPoa()->the_POAManager();
+    manager->activate();
+  }
+
+  std::size_t timesLogged(const std::string& text) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    std::size_t count = 0;
+    for (std::size_t at = log_.find(text); at != std::string::npos; at = log_.find(text, at + 1)) {
+      ++count;
+    }
+    return count;
+  }
+
+  // Connects until the server admits it, which it does when others are found to be closed.
+  bool isServedInTheEnd() {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    while (std::chrono::steady_clock::now() < end) {
+      if (isServed(RawClient(server_->endpoint()))) {
+        return true;
+      }
+    }
+    return false;
+  }
+
+  std::mutex mutex_;
+  std::string log_;  // guarded by mutex_
+  PortableServer::ServantBase_var servant_ = new Answering(7);
+  std::unique_ptr<orb::Server> server_;
+  std::unique_ptr<orb::WellKnownObject> object_;
+  CORBA::Object_var published_;
+};
+
+TEST_F(Connections, EndWhenAMessageIsNotCompleteInTime) {
+  const std::string request = requestTo("Key", "getLength").bytes();
+  const std::string beginning =
+      Message(2, Message::Type::kRequest, true).number(1).align(8).bytes();
+  std::list<RawClient> clients;
+  for (const std::string& part : {request.substr(0, 1), request.substr(0, 6),
+                                  request.substr(0, request.size() - 10), beginning}) {
+    clients.emplace_back(server_->endpoint());
+    ASSERT_TRUE(clients.back().send(part));
+  }
+  for (const RawClient& client : clients) {
+    EXPECT_TRUE(client.isClosedByPeer());
+  }
+  clients.clear();
+  EXPECT_TRUE(isServedInTheEnd());
+}
+
+TEST_F(Connections, EndWhenAMessageAfterACompleteOneIsNotCompleteInTime) {
+  const RawClient client(server_->endpoint());
+  const std::string request = requestTo("Key", "getLength").bytes();
+  ASSERT_TRUE(client.send(request + request.substr(0, 20)));
+  EXPECT_TRUE(client.answer());
+  EXPECT_TRUE(client.isClosedByPeer());
+}
+
+TEST_F(Connections, EndWhenAMessageTricklesIn) {
+  const RawClient client(server_->endpoint());
+  std::promise<void> closed;
+  std::thread trickle([&client, end = closed.get_future()] {
+    const std::string bytes(2000, 'x');
+    client.send(Message(2, Message::Type::kRequest, false).raw(bytes).bytes().substr(0, 12));
+    while (end.wait_for(std::chrono::milliseconds(20)) == std::future_status::timeout &&
+           client.send("x")) {
+    }
+  });
+  EXPECT_TRUE(client.isClosedByPeer());
+  closed.set_value();
+  trickle.join();
+}
+
+TEST_F(Connections, StayWhenRequestsFollowEachOtherSlowerThanOneMayTake) {
+  const RawClient client(server_->endpoint());
+  EXPECT_TRUE(isServed(client));
+  const RawClient other(server_->endpoint());
+  ASSERT_TRUE(other.send("G"));
+  EXPECT_TRUE(other.isClosedByPeer());  // later than a request may take
+  EXPECT_TRUE(isServed(client));
+}
+
+TEST_F(Connections, OverTheLimitAreClosedAtOnceAndLoggedOnce) {
+  std::list<RawClient> admitted;
+  for (std::size_t i = 0; i < kMostConnections; ++i) {
+    admitted.emplace_back(server_->endpoint());
+    ASSERT_TRUE(isServed(admitted.back()));
+  }
+  for (int i = 0; i < 5; ++i) {
+    EXPECT_TRUE(RawClient(server_->endpoint()).isClosedByPeer());
+  }
+  EXPECT_TRUE(isServed(admitted.front()));
+  EXPECT_EQ(1U, timesLogged("connections are refused: 4 connections"));
+  admitted.clear();
+  EXPECT_TRUE(isServedInTheEnd());
+}
+
+orb::Options manyConnections() {
+  orb::Options options = orb_tests::quickOptions();
+  options.maxConnections = 300;
+  return options;
+}
+
+class ManyConnections : public Connections {
+ protected:
+  ManyConnections() : Connections(manyConnections()) {}
+};
+
+TEST_F(ManyConnections, TakeNoThreadsWhileTheyAreIdle) {
+  std::list<RawClient> clients;
+  for (int i = 0; i < 200; ++i) {
+    clients.emplace_back(server_->endpoint());
+    ASSERT_TRUE(isServed(clients.back()));
+  }
+  const std::filesystem::directory_iterator threads("/proc/self/task");
+  EXPECT_LT(std::distance(begin(threads), end(threads)), 30);
+}
+
+orb::Options shortIdleTime() {
+  orb::Options options = orb_tests::quickOptions();
+  options.idleTimeout = std::chrono::seconds(2);
+  return options;
+}
+
+class IdleConnections : public Connections {
+ protected:
+  IdleConnections() : Connections(shortIdleTime()) {}
+};
+
+TEST_F(IdleConnections, AreClosed) {
+  const RawClient silent(server_->endpoint());
+  const RawClient served(server_->endpoint());
+  ASSERT_TRUE(isServed(served));
+  EXPECT_TRUE(silent.isAnswered());  // with a message that says goodbye, or the end
+  EXPECT_TRUE(served.isAnswered());
+}
+
+}  // namespace

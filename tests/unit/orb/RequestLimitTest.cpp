@@ -1,0 +1,127 @@
+// Requests over the size limit.
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstring>
+#include <mutex>
+
+#include "tests/support/ResidentMemory.h"
+#include "tests/unit/orb/RawClient.h"
+#include "tests/unit/orb/Servants.h"
+
+namespace {
+
+using orb_tests::Answering;
+using orb_tests::RawClient;
+using orb_tests::requestTo;
+
+orb::Options smallRequests() {
+  orb::Options options = orb_tests::quickOptions();
+  options.maxRequestBytes = 65536;
+  options.maxMessageBytes = 64 * 1024 * 1024;
+  return options;
+}
+
+class RequestLimit : public testing::Test {
+ protected:
+  explicit RequestLimit(const orb::Options& options = smallRequests())
+      : server_(orb::startServer(options, {"127.0.0.1", 0}, [this](const std::string& line) {
+          const std::lock_guard<std::mutex> lock(mutex_);
+          lines_.push_back(line);
+        })) {
+    published_ = object_->publish(servant_.in());
+    const PortableServer::POAManager_var manager = server_->rootPoa()->the_POAManager();
+    manager->activate();
+  }
+
+  std::mutex mutex_;
+  std::vector<std::string> lines_;  // guarded by mutex_
+  std::unique_ptr<orb::Server> server_;
+  std::unique_ptr<orb::WellKnownObject> object_ = server_->wellKnownObject("Key");
+  PortableServer::ServantBase_var servant_ = new Answering(7);
+  CORBA::Object_var published_;
+};
+
+// The head of a request with the size that the whole of it is to have.
+std::string declaring(std::uint32_t size) {
+  std::string bytes = requestTo("Key", "getLength").bytes();
+  for (std::size_t i = 0; i < 4; ++i) {
+    bytes[8 + i] = static_cast<char>(size >> (8 * i));
+  }
+  return bytes;
+}
+
+// The system exception in a reply is MARSHAL, and says that a message was too large.
+bool isRefusal(const std::string& reply) {
+  const std::string name = "CORBA/MARSHAL:1.0";
+  const std::size_t found = reply.find(name);
+  std::size_t at = found + name.size() + 1;
+  at += (4 - at % 4) % 4;
+  if (found == std::string::npos || at + 4 > reply.size()) {
+    return false;
+  }
+  std::uint32_t minor = 0;
+  std::memcpy(&minor, reply.data() + at, sizeof minor);
+  return orb::isMessageTooLarge(CORBA::MARSHAL(minor, CORBA::COMPLETED_NO));
+}
+
+// Of a request with an argument of so many bytes.
+std::string replyTo(const orb::Endpoint& endpoint, std::size_t bytes) {
+  const RawClient client(endpoint);
+  EXPECT_TRUE(
+      client.send(requestTo("Key", "_is_a").align(4).text(std::string(bytes, 'x')).bytes()));
+  return client.receive();
+}
+
+TEST_F(RequestLimit, HoldsBeforeTheRequestHasArrived) {
+  const long before = support::residentKib(getpid());
+  for (int i = 0; i < 3; ++i) {
+    const RawClient client(server_->endpoint());
+    ASSERT_TRUE(client.send(declaring(60000000)));
+    EXPECT_TRUE(isRefusal(client.receive()));
+  }
+  EXPECT_LT(support::residentKib(getpid()) - before, 20000);
+  const std::lock_guard<std::mutex> lock(mutex_);
+  ASSERT_EQ(1U, lines_.size());
+  EXPECT_NE(std::string::npos, lines_.front().find("getLength")) << lines_.front();
+}
+
+TEST_F(RequestLimit, LeavesTheConnectionInUse) {
+  const RawClient client(server_->endpoint());
+  const std::string request = declaring(70000);
+  ASSERT_TRUE(client.send(request + std::string(70000 + 12 - request.size(), 'x')));
+  EXPECT_TRUE(isRefusal(client.receive()));
+  ASSERT_TRUE(client.send(requestTo("Key", "getLength").bytes()));
+  const std::string reply = client.receive();
+  EXPECT_FALSE(reply.empty());
+  EXPECT_FALSE(isRefusal(reply));
+}
+
+TEST_F(RequestLimit, IsSaidToTheClient) {
+  for (const std::size_t bytes : {std::size_t{100000}, std::size_t{3000000}}) {
+    EXPECT_TRUE(isRefusal(replyTo(server_->endpoint(), bytes))) << bytes;
+  }
+  const std::string reply = replyTo(server_->endpoint(), 60000);
+  EXPECT_FALSE(reply.empty());
+  EXPECT_FALSE(isRefusal(reply));
+}
+
+orb::Options largeTypeChecks() {
+  orb::Options options = smallRequests();
+  options.largeOperations = {"_is_a"};
+  return options;
+}
+
+class LargeOperation : public RequestLimit {
+ protected:
+  LargeOperation() : RequestLimit(largeTypeChecks()) {}
+};
+
+TEST_F(LargeOperation, HasTheLimitOfMessages) {
+  const std::string reply = replyTo(server_->endpoint(), 3000000);
+  EXPECT_FALSE(reply.empty());
+  EXPECT_FALSE(isRefusal(reply));
+}
+
+}  // namespace
