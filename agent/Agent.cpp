@@ -7,6 +7,7 @@
 #include <optional>
 #include <utility>
 
+#include "agent/Descriptors.h"
 #include "agent/ModuleControl.h"
 #include "agent/OpenNetwork.h"
 #include "agent/Publication.h"
@@ -49,9 +50,24 @@ void requireNoStop(const Agent::StopRequested& stopRequested) {
   }
 }
 
+// Within what the process may open.
+std::size_t connectionLimit(const Options& options) {
+  const std::size_t descriptors = descriptorLimit();
+  const std::size_t connections = connectionsWithin(descriptors, options.maxConnections);
+  if (connections < options.maxConnections) {
+    log(kLogErrors, "at most " + std::to_string(connections) + " connections instead of " +
+                        std::to_string(options.maxConnections) + ": the limit of open files is " +
+                        std::to_string(descriptors));
+  }
+  return connections;
+}
+
 orb::Options orbOptions(const Options& options) {
   orb::Options result;
   result.maxMessageBytes = options.maxMessageBytes;
+  result.maxRequestBytes = options.maxRequestBytes;
+  result.largeOperations = {"importNetwork"};
+  result.maxConnections = connectionLimit(options);
   return result;
 }
 

@@ -151,6 +151,16 @@ void declareLimits(CLI::App& app, Options& options) {
       ->type_name("BYTES")
       ->capture_default_str()
       ->check(CLI::Range(orb::kMinMaxMessageBytes, orb::kMaxMaxMessageBytes));
+  app.add_option("--max-request", options.maxRequestBytes,
+                 "largest incoming request; an import may have --max-message")
+      ->type_name("BYTES")
+      ->capture_default_str()
+      ->check(CLI::Range(orb::kMinMaxMessageBytes, orb::kMaxMaxMessageBytes));
+  app.add_option("--max-connections", options.maxConnections,
+                 "incoming connections that may be open at once")
+      ->type_name("N")
+      ->capture_default_str()
+      ->check(CLI::Range(std::size_t{1}, std::size_t{100000}));
   app.add_option("--iterator-timeout", options.iteratorTimeoutSeconds,
                  "seconds until an iterator that nobody asks is reclaimed")
       ->type_name("S")

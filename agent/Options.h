@@ -40,6 +40,8 @@ struct Options {
   std::string naming;  // empty: none
   int logLevel = 1;
   std::size_t maxMessageBytes = orb::kDefaultMaxMessageBytes;
+  std::size_t maxRequestBytes = orb::kDefaultMaxRequestBytes;
+  std::size_t maxConnections = orb::kDefaultMaxConnections;
   double iteratorTimeoutSeconds = 300;
   std::size_t maxIterators = 1000;
   std::size_t iteratorMemory = std::size_t{1} << 30;  // bytes that all iterators may hold

@@ -9,6 +9,7 @@
 #include <string>
 
 #include "agent/Agent.h"
+#include "agent/Descriptors.h"
 #include "agent/Options.h"
 #include "agent/StopSignals.h"
 #include "agent/domain/Text.h"
@@ -51,6 +52,7 @@ void serveUntilStopped(const agent::Options& options) {
   agent::confineAddressSpace();
   agent::StopSignals signals(kStartPatience, leaveStart);
   agent::logInBackground();
+  agent::raiseDescriptorLimit();
   agent::Agent agent(options);
   const bool started = agent.start([&signals] { return signals.arrived(); });
   signals.startEnded();

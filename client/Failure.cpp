@@ -55,7 +55,7 @@ Failure tooLarge(const Options& options) {
   return Failure(ExitCode::kCallFailed, "a message is over the size limit: " + askForLess(options) +
                                             ", or raise --max-message of topoctl (now " +
                                             std::to_string(options.orb.maxMessageBytes) +
-                                            ") and of the agent");
+                                            ") and of the agent, or --max-request of the agent");
 }
 
 Failure brokenOff(const Options& options) {

@@ -127,7 +127,7 @@ TEST_F(AllOperations, RefuseABelowOfAnythingThatIsNoSubnetworkAndTheAgentLivesOn
 }
 
 TEST_F(AllOperations, RefuseABelowOfNamesThatNoCommandLineHolds) {
-  const RunningAgent agent({"--network", kBackbone});
+  const RunningAgent agent({"--network", kBackbone, "--max-request", "100000000"});
   const auto client = orb::startClient({});
   const CORBA::Object_var object = client->get()->string_to_object(agent.reference().c_str());
   const TopoManagementManager::TopoMgr_I_var manager =

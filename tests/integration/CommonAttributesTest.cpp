@@ -68,8 +68,10 @@ class CommonAttributes : public testing::Test {
  protected:
   CommonAttributes() { start(); }
 
-  void start() {
-    agent_.emplace(std::vector<std::string>{"--network", network_}, directory_.file("network.db"));
+  void start(const std::vector<std::string>& more = {}) {
+    std::vector<std::string> arguments = {"--network", network_};
+    arguments.insert(arguments.end(), more.begin(), more.end());
+    agent_.emplace(arguments, directory_.file("network.db"));
     const CORBA::Object_var object = client_->get()->string_to_object(agent_->corbaloc().c_str());
     manager_ = TopoMgr_I::_narrow(object);
   }
@@ -200,7 +202,19 @@ TEST_F(CommonAttributes, AreRefusedToMalformedNames) {
             failureOfEverySetter(object("ManagedElement", "-1")));
 }
 
+TEST_F(CommonAttributes, AreRefusedInRequestsOverTheSizeLimit) {
+  const std::string text(1024 * 1024, 'x');
+  try {
+    manager_->setOwner(object("TopoSubnetwork", "core"), text.c_str());
+    ADD_FAILURE() << "the request was accepted";
+  } catch (const CORBA::SystemException& failure) {
+    EXPECT_TRUE(orb::isMessageTooLarge(failure)) << orb::describe(failure);
+  }
+  EXPECT_THAT(topoNames(), SizeIs(4));
+}
+
 TEST_F(CommonAttributes, AreRefusedToHostileNamesAndTheAgentLivesOn) {
+  start({"--max-request", "100000000"});
   EXPECT_EQ(globaldefs::EXCPT_INVALID_INPUT,
             failureOfEverySetter(listOf(Pairs(1000000, {"", ""}))).first);
   EXPECT_EQ(globaldefs::EXCPT_ENTITY_NOT_FOUND,

@@ -125,6 +125,10 @@ TEST(AgentOptions, AreTakenFromTheCommandLine) {
                               "2",
                               "--max-message",
                               "10000",
+                              "--max-request",
+                              "9000",
+                              "--max-connections",
+                              "8",
                               "--iterator-timeout",
                               "1.5",
                               "--max-iterators",
@@ -143,6 +147,8 @@ TEST(AgentOptions, AreTakenFromTheCommandLine) {
   EXPECT_EQ("corbaloc::h:1/NameService", options->naming);
   EXPECT_EQ(2, options->logLevel);
   EXPECT_EQ(10000U, options->maxMessageBytes);
+  EXPECT_EQ(9000U, options->maxRequestBytes);
+  EXPECT_EQ(8U, options->maxConnections);
   EXPECT_EQ(1.5, options->iteratorTimeoutSeconds);
   EXPECT_EQ(7U, options->maxIterators);
 }
@@ -201,19 +207,18 @@ TEST_P(NumericLimit, IsTheLastThatIsAccepted) {
               HasSubstr(GetParam().option));
 }
 
-INSTANTIATE_TEST_SUITE_P(BothSides, NumericLimit,
-                         testing::Values(Limit{"--log-level", "1", "0"},
-                                         Limit{"--log-level", "3", "4"},
-                                         Limit{"--max-message", "8192", "8191"},
-                                         Limit{"--max-message", "2147483647", "2147483648"},
-                                         Limit{"--iterator-timeout", "1", "0.9"},
-                                         Limit{"--iterator-timeout", "1000000", "1000000.1"},
-                                         Limit{"--max-iterators", "1", "0"},
-                                         Limit{"--max-iterators", "1000000", "1000001"},
-                                         Limit{"--iterator-memory", "1048576", "1048575"},
-                                         Limit{"--max-views", "1", "0"},
-                                         Limit{"--view-memory", "1048576", "1048575"},
-                                         Limit{"--memory", "1048576", "1048575"}));
+INSTANTIATE_TEST_SUITE_P(
+    BothSides, NumericLimit,
+    testing::Values(
+        Limit{"--log-level", "1", "0"}, Limit{"--log-level", "3", "4"},
+        Limit{"--max-message", "8192", "8191"}, Limit{"--max-message", "2147483647", "2147483648"},
+        Limit{"--max-request", "8192", "8191"}, Limit{"--max-request", "2147483647", "2147483648"},
+        Limit{"--max-connections", "1", "0"}, Limit{"--max-connections", "100000", "100001"},
+        Limit{"--iterator-timeout", "1", "0.9"},
+        Limit{"--iterator-timeout", "1000000", "1000000.1"}, Limit{"--max-iterators", "1", "0"},
+        Limit{"--max-iterators", "1000000", "1000001"},
+        Limit{"--iterator-memory", "1048576", "1048575"}, Limit{"--max-views", "1", "0"},
+        Limit{"--view-memory", "1048576", "1048575"}, Limit{"--memory", "1048576", "1048575"}));
 
 class NumericOption : public testing::TestWithParam<std::string> {};
 
@@ -227,7 +232,8 @@ TEST_P(NumericOption, TakesNumbersOnly) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Options, NumericOption,
-                         testing::Values("--log-level", "--max-message", "--iterator-timeout",
+                         testing::Values("--log-level", "--max-message", "--max-request",
+                                         "--max-connections", "--iterator-timeout",
                                          "--max-iterators", "--iterator-memory", "--max-views",
                                          "--view-memory", "--memory"));
 
@@ -251,12 +257,14 @@ TEST(AgentOptions, AnswerHelpOnStandardOutput) {
   const auto options = parse({"--help"});
   const std::string printed = testing::internal::GetCapturedStdout();
   EXPECT_FALSE(options);
-  for (const char* option :
-       {"--version",         "--config",           "--network",          "--store",
-        "--create",          "--skip-store-check", "--endpoint",         "--ior-file",
-        "--ems-name",        "--test-switch",      "--module",           "--naming",
-        "--log-level",       "--max-message",      "--iterator-timeout", "--max-iterators",
-        "--iterator-memory", "--max-views",        "--view-memory",      "--memory"}) {
+  for (const char* option : {"--version",         "--config",           "--network",
+                             "--store",           "--create",           "--skip-store-check",
+                             "--endpoint",        "--ior-file",         "--ems-name",
+                             "--test-switch",     "--module",           "--naming",
+                             "--log-level",       "--max-message",      "--max-request",
+                             "--max-connections", "--iterator-timeout", "--max-iterators",
+                             "--iterator-memory", "--max-views",        "--view-memory",
+                             "--memory"}) {
     EXPECT_THAT(printed, HasSubstr(option));
   }
 }

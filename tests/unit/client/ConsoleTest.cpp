@@ -218,9 +218,15 @@ TEST_F(StrictConsole, EndsWith4WhenAFileIsFarOverTheAgentsLimit) {
   std::ofstream(path, std::ios::binary) << std::string(8000000, 'x');
   const Ended huge = run({"import", path});
   EXPECT_EQ(huge.status, 4);
-  EXPECT_EQ(huge.err, "topoctl: the connection broke while the file '" + path +
-                          "' was imported: the agent ended, or the file is over the agent's size "
-                          "limit; raise --max-message of the agent\n");
+  const std::string reason =
+      orb::kExactMessageLimit
+          ? "the file '" + path +
+                "' is over the size limit: raise --max-message of topoctl (now 268435456) and of "
+                "the agent"
+          : "the connection broke while the file '" + path +
+                "' was imported: the agent ended, or the file is over the agent's size limit; "
+                "raise --max-message of the agent";
+  EXPECT_EQ(huge.err, "topoctl: " + reason + "\n");
   EXPECT_THAT(script.calls(), ElementsAre());
 }
 

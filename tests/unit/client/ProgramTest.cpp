@@ -274,7 +274,7 @@ TEST_F(ProgramWithAgent, SaysWhatToRaiseWhenAMessageIsTooLargeForIt) {
     EXPECT_EQ(ended.err,
               std::string("topoctl: a message is over the size limit: ask for less at once with "
                           "--how-many (now 1000), or raise --max-message of topoctl (now ") +
-                  limit + ") and of the agent\n");
+                  limit + ") and of the agent, or --max-request of the agent\n");
   }
   EXPECT_EQ(run({"topo", "--max-message", "8192", "--how-many", "10"}).status, 0);
 }
@@ -332,7 +332,8 @@ TEST_F(ProgramWithStrictAgent, SaysWhatToRaiseWhenAMessageIsTooLargeForTheAgent)
   if (orb::kRefusesLargeAnswers) {
     EXPECT_EQ(ended.err,
               "topoctl: a message is over the size limit: ask for less at once with --how-many "
-              "(now 1000), or raise --max-message of topoctl (now 268435456) and of the agent\n");
+              "(now 1000), or raise --max-message of topoctl (now 268435456) and of the agent, or "
+              "--max-request of the agent\n");
   } else {
     EXPECT_EQ(ended.err, "topoctl: an answer of the agent at '" + agentReference() +
                              "' broke off: the agent ended, or the answer is over the agent's size "

@@ -1,0 +1,96 @@
+// The agent and clients that take more than their share.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <iterator>
+#include <list>
+#include <string>
+
+#include "tests/integration/Programs.h"
+#include "tests/unit/orb/RawClient.h"
+
+namespace {
+
+using integration::Programs;
+using integration::RunningAgent;
+using integration::runTopoctl;
+using orb_tests::RawClient;
+using orb_tests::requestTo;
+using support::Ended;
+using testing::HasSubstr;
+using testing::Not;
+
+const std::string kBackbone = std::string(TOPO_NETWORKS) + "/backbone.json";
+
+orb::Endpoint endpointOf(const RunningAgent& agent) {
+  const std::string text = agent.endpoint();
+  return {"127.0.0.1", static_cast<std::uint16_t>(std::stoi(text.substr(text.rfind(':') + 1)))};
+}
+
+bool isServed(const RawClient& client) {
+  return client.send(requestTo("TopoManagement", "_non_existent").bytes()) && client.answer();
+}
+
+std::ptrdiff_t threadsOf(pid_t pid) {
+  const std::filesystem::directory_iterator threads("/proc/" + std::to_string(pid) + "/task");
+  return std::distance(begin(threads), end(threads));
+}
+
+// The agent by way of a script that leaves it few file descriptors.
+Programs withFewFiles(const support::TemporaryDirectory& directory) {
+  Programs programs = integration::ownPrograms();
+  const std::string script =
+      directory.write("agent", "#!/bin/sh\nulimit -n 128\nexec '" + programs.agent + "' \"$@\"\n");
+  std::filesystem::permissions(script, std::filesystem::perms::owner_all);
+  programs.agent = script;
+  return programs;
+}
+
+TEST(Limits, KeepTheAgentInServiceWhenFilesAreFew) {
+  const support::TemporaryDirectory directory;
+  RunningAgent agent({"--network", kBackbone}, ":memory:", "127.0.0.1:0", withFewFiles(directory));
+  std::list<RawClient> clients;
+  for (int i = 0; i < 300; ++i) {
+    clients.emplace_back(endpointOf(agent));
+  }
+  EXPECT_TRUE(isServed(clients.front()));
+  EXPECT_TRUE(clients.back().isClosedByPeer());
+  EXPECT_LT(threadsOf(agent.process().pid()), 30);
+  clients.clear();
+  const Ended ended = agent.stop(SIGTERM);
+  EXPECT_EQ(0, ended.status);
+  EXPECT_THAT(ended.err, HasSubstr("at most 64 connections instead of 500"));
+  const std::string refused = "connections are refused";
+  EXPECT_THAT(ended.err, HasSubstr(refused));
+  EXPECT_THAT(ended.err.substr(ended.err.find(refused) + 1), Not(HasSubstr(refused)));
+}
+
+TEST(Limits, HoldForConnections) {
+  RunningAgent agent({"--network", kBackbone, "--max-connections", "2"});
+  const RawClient first(endpointOf(agent));
+  const RawClient second(endpointOf(agent));
+  EXPECT_TRUE(isServed(first));
+  EXPECT_TRUE(isServed(second));
+  EXPECT_TRUE(RawClient(endpointOf(agent)).isClosedByPeer());
+  EXPECT_EQ(2, runTopoctl({"--ior-file", agent.iorFile(), "topo"}).status);
+}
+
+TEST(Limits, OfRequestsDoNotHoldForAnImport) {
+  const support::TemporaryDirectory directory;
+  const std::string file = directory.write(
+      "more.json", R"({"format":"topo-network/1","topoNodes":[{"id":"more","name":"More"}]})" +
+                       std::string(3000000, ' '));
+  RunningAgent agent({"--network", kBackbone, "--max-request", "8192"});
+  const Ended imported = runTopoctl({"--ior-file", agent.iorFile(), "import", file});
+  EXPECT_EQ(0, imported.status) << imported.err;
+  const Ended refused = runTopoctl({"--ior-file", agent.iorFile(), "node", "create", "other",
+                                    "--name", std::string(10000, 'x')});
+  EXPECT_EQ(4, refused.status);
+  EXPECT_THAT(refused.err, HasSubstr("over the size limit"));
+  EXPECT_THAT(refused.err, HasSubstr("--max-request"));
+}
+
+}  // namespace
