@@ -11,7 +11,7 @@
 #include <optional>
 #include <string>
 
-#include "assembler.h"
+#include "../../incoming/assembler.h"
 
 namespace orb {
 

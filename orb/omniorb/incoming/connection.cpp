@@ -11,7 +11,7 @@
 #include <cstddef>
 #include <optional>
 
-#include "giop.h"
+#include "../../incoming/giop.h"
 
 namespace orb {
 namespace {

@@ -3,9 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <filesystem>
 #include <future>
-#include <iterator>
 #include <list>
 #include <mutex>
 #include <thread>
@@ -137,27 +135,6 @@ TEST_F(Connections, OverTheLimitAreClosedAtOnceAndLoggedOnce) {
   EXPECT_EQ(1U, timesLogged("connections are refused: 4 connections"));
   admitted.clear();
   EXPECT_TRUE(isServedInTheEnd());
-}
-
-orb::Options manyConnections() {
-  orb::Options options = orb_tests::quickOptions();
-  options.maxConnections = 300;
-  return options;
-}
-
-class ManyConnections : public Connections {
- protected:
-  ManyConnections() : Connections(manyConnections()) {}
-};
-
-TEST_F(ManyConnections, TakeNoThreadsWhileTheyAreIdle) {
-  std::list<RawClient> clients;
-  for (int i = 0; i < 200; ++i) {
-    clients.emplace_back(server_->endpoint());
-    ASSERT_TRUE(isServed(clients.back()));
-  }
-  const std::filesystem::directory_iterator threads("/proc/self/task");
-  EXPECT_LT(std::distance(begin(threads), end(threads)), 30);
 }
 
 orb::Options shortIdleTime() {

@@ -1,7 +1,7 @@
 // The parts of GIOP messages that must be known before the ORB reads a message.
 
-#ifndef ORB_OMNIORB_INCOMING_GIOP_H
-#define ORB_OMNIORB_INCOMING_GIOP_H
+#ifndef ORB_INCOMING_GIOP_H
+#define ORB_INCOMING_GIOP_H
 
 #include <cstddef>
 #include <cstdint>

@@ -1,7 +1,7 @@
 // Bytes that were received and are not read yet.
 
-#ifndef ORB_OMNIORB_INCOMING_CHUNKS_H
-#define ORB_OMNIORB_INCOMING_CHUNKS_H
+#ifndef ORB_INCOMING_CHUNKS_H
+#define ORB_INCOMING_CHUNKS_H
 
 #include <atomic>
 #include <cstddef>

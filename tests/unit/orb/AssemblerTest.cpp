@@ -1,6 +1,6 @@
 // Requests in every way in which their bytes may arrive.
 
-#include "orb/omniorb/incoming/assembler.h"
+#include "orb/incoming/assembler.h"
 
 #include <gtest/gtest.h>
 

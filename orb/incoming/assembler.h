@@ -1,7 +1,7 @@
 // Makes whole messages of what a client sends.
 
-#ifndef ORB_OMNIORB_INCOMING_ASSEMBLER_H
-#define ORB_OMNIORB_INCOMING_ASSEMBLER_H
+#ifndef ORB_INCOMING_ASSEMBLER_H
+#define ORB_INCOMING_ASSEMBLER_H
 
 #include <chrono>
 #include <cstddef>
