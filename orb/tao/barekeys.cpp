@@ -1,24 +1,24 @@
 #include "barekeys.h"
 
-#include <netdb.h>
-#include <netinet/tcp.h>
-#include <sys/socket.h>
+#include <ace/Active_Map_Manager.h>
 #include <tao/Acceptor_Registry.h>
 #include <tao/MProfile.h>
 #include <tao/ORB_Core.h>
 #include <tao/ObjectKey_Table.h>
 #include <tao/PortableServer/Default_Acceptor_Filter.h>
+#include <tao/PortableServer/Object_Adapter.h>
 #include <tao/PortableServer/Root_POA.h>
 #include <tao/Profile.h>
 #include <tao/Stub.h>
 #include <tao/TAO_Server_Request.h>
 #include <tao/Thread_Lane_Resources.h>
-#include <tao/Transport.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <utility>
 
 #include "calls.h"
+#include "connections.h"
 #include "messages.h"
 
 namespace orb {
@@ -34,6 +34,31 @@ bool isOfAPoa(const TAO::ObjectKey& key) {
          std::equal(prefix, prefix + TAO_Root_POA::TAO_OBJECTKEY_PREFIX_SIZE, key.get_buffer());
 }
 
+struct KeyFormat : TAO_Root_POA {
+  using TAO_Root_POA::non_root_key_char;
+  using TAO_Root_POA::system_id_key_char;
+  using TAO_Root_POA::transient_key_char;
+};
+
+// Whether the ORB can take a key of a POA to pieces, which it does without looking at its length.
+// All POAs of a server are transient.
+bool isWhole(const ObjectKey& key) {
+  constexpr std::size_t kKinds = TAO_Root_POA::TAO_OBJECTKEY_PREFIX_SIZE;  // three octets
+  constexpr std::size_t kCreationTime = 8;
+  std::size_t least = kKinds + 3 + kCreationTime;
+  if (key.size() < least || key[kKinds + 2] != KeyFormat::transient_key_char()) {
+    return false;
+  }
+  if (key[kKinds] == KeyFormat::non_root_key_char()) {
+    least += TAO_Object_Adapter::transient_poa_name_size();
+  }
+  least += ACE_Active_Map_Manager_Key::size();  // where to look for the object
+  if (key[kKinds + 1] == KeyFormat::system_id_key_char()) {
+    least += sizeof(CORBA::ULong);
+  }
+  return key.size() >= least;
+}
+
 TAO::ObjectKey keyOf(const std::string& text) {
   TAO::ObjectKey key;
   key.length(static_cast<CORBA::ULong>(text.size()));
@@ -41,52 +66,25 @@ TAO::ObjectKey keyOf(const std::string& text) {
   return key;
 }
 
-// Each connection has a thread of its own, so that a client that reads nothing holds up nobody
-// else; this ends its connection in the end. Not an error where the kernel has no such option.
-void limitUnread(TAO_Transport& transport, std::chrono::milliseconds longest) {
-  thread_local std::size_t limited = 0;
-  if (limited == transport.id()) {
-    return;
-  }
-  limited = transport.id();
-  const auto milliseconds = static_cast<unsigned int>(longest.count());
-  const ACE_HANDLE handle = transport.event_handler_i()->get_handle();
-  static_cast<void>(
-      setsockopt(handle, IPPROTO_TCP, TCP_USER_TIMEOUT, &milliseconds, sizeof milliseconds));
-}
-
-// The client of the connection that the thread serves; a connection's thread serves nothing else.
-thread_local std::string threadsPeer;
-
-std::string peerOf(TAO_Transport& transport) {
-  sockaddr_storage address{};
-  socklen_t size = sizeof address;
-  auto* const general = reinterpret_cast<sockaddr*>(&address);
-  char host[NI_MAXHOST] = "";
-  if (getpeername(transport.event_handler_i()->get_handle(), general, &size) == 0) {
-    static_cast<void>(getnameinfo(general, size, host, sizeof host, nullptr, 0, NI_NUMERICHOST));
-  }
-  return host;
-}
-
 Request requestOf(TAO_ServerRequest& request) {
   Request result;
   result.operation = request.operation();
   if (!request.collocated()) {
-    result.peer = threadsPeer;
-    result.bytes = request.incoming()->length();
+    result.peer = currentPeer();
+    result.bytes = servedRequest().bytes;
   }
   return result;
 }
 
-}  // namespace
-
-std::string currentPeer() {
-  return threadsPeer;
+// The ORB takes arguments that it could not decode for an error only when errno says so, and does
+// not set it itself.
+void expectMalformedArguments() {
+  errno = EBADMSG;
 }
 
-BareKeys::BareKeys(TAO_ORB_Core& core, std::chrono::milliseconds serveTimeout)
-    : core_(core), serveTimeout_(serveTimeout) {}
+}  // namespace
+
+BareKeys::BareKeys(TAO_ORB_Core& core) : core_(core) {}
 
 BareKeys::~BareKeys() = default;
 
@@ -117,12 +115,11 @@ int BareKeys::dispatch(TAO::ObjectKey& key, TAO_ServerRequest& request,
   const ObjectKey target = textOf(key);
   lastCall().reading = false;
   if (!request.collocated()) {
-    if (std::exchange(lastCall().tooLarge, false)) {
+    if (std::exchange(lastCall().tooLarge, false) || servedRequest().refused) {
       throw CORBA::MARSHAL(kMessageTooLarge, CORBA::COMPLETED_NO);
     }
-    if (request.transport() != nullptr) {
-      threadsPeer = peerOf(*request.transport());
-      limitUnread(*request.transport(), serveTimeout_);
+    if (const std::shared_ptr<Connection>& connection = servedRequest().connection) {
+      connection->beginRequest(target);
     }
     const std::shared_lock<std::shared_mutex> lock(observerMutex_);
     if (observer_) {
@@ -131,6 +128,10 @@ int BareKeys::dispatch(TAO::ObjectKey& key, TAO_ServerRequest& request,
   }
   const std::shared_ptr<Gate> gate = gates_->at(target);
   if (!gate) {
+    if (isOfAPoa(key) && !isWhole(target)) {
+      throw CORBA::OBJECT_NOT_EXIST(CORBA::OMGVMCID | 2, CORBA::COMPLETED_NO);  // no POA
+    }
+    expectMalformedArguments();
     return DS_MISMATCHED_KEY;
   }
   gate->dispatch(request);
@@ -186,16 +187,17 @@ std::shared_ptr<Gate> Gates::at(const std::string& key) const {
 // One request on its way.
 class Gate::Passage {
  public:
-  explicit Passage(Gate& passed) : gate_(passed) {
+  Passage(Gate& passed, const std::shared_ptr<Connection>& connection) : gate_(passed) {
     const std::lock_guard<std::mutex> lock(gate_.mutex_);
     gate_.checkOpen();
     servant = gate_.servant_;
-    ++gate_.running_;
+    self_ = gate_.running_.insert(connection);
   }
 
   ~Passage() {
     const std::lock_guard<std::mutex> lock(gate_.mutex_);
-    if (--gate_.running_ == 0) {
+    gate_.running_.erase(self_);
+    if (gate_.running_.empty()) {
       gate_.idle_.notify_all();
     }
   }
@@ -207,6 +209,7 @@ class Gate::Passage {
 
  private:
   Gate& gate_;
+  Running::iterator self_;
 };
 
 void Gate::open(PortableServer::ServantBase* servant, RequestGuard guard) {
@@ -219,7 +222,12 @@ void Gate::open(PortableServer::ServantBase* servant, RequestGuard guard) {
 void Gate::close() {
   std::unique_lock<std::mutex> lock(mutex_);
   PortableServer::ServantBase* const servant = std::exchange(servant_, nullptr);
-  idle_.wait(lock, [this] { return running_ == 0; });
+  for (const std::shared_ptr<Connection>& connection : running_) {
+    if (connection) {
+      connection->hurry();
+    }
+  }
+  idle_.wait(lock, [this] { return running_.empty(); });
   const RequestGuard guard = std::exchange(guard_, nullptr);
   lock.unlock();  // servant and guard are dropped without it
   if (servant != nullptr) {
@@ -244,8 +252,9 @@ std::shared_ptr<void> Gate::admit(TAO_ServerRequest& request) {
 }
 
 void Gate::dispatch(TAO_ServerRequest& request) {
-  const Passage passage(*this);
+  const Passage passage(*this, request.collocated() ? nullptr : servedRequest().connection);
   const std::shared_ptr<void> token = admit(request);
+  expectMalformedArguments();
   passage.servant->_dispatch(request, nullptr);
 }
 

@@ -9,12 +9,15 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <set>
 #include <shared_mutex>
 #include <string>
 
 #include "orb/orb.h"
 
 namespace orb {
+
+class Connection;
 
 // Stands at a key for the servant that is published there, so that one servant can come and go
 // while the others serve on.
@@ -26,13 +29,15 @@ class Gate {
 
   void open(PortableServer::ServantBase* servant, RequestGuard guard);
 
-  // Returns when no request is running.
+  // Returns when no request is running. Clients that do not read are waited for no longer than
+  // Options::drainGrace.
   void close();
 
   void dispatch(TAO_ServerRequest& request);
 
  private:
   class Passage;
+  using Running = std::multiset<std::shared_ptr<Connection>>;  // null: from within the process
 
   // A gate that was closed while the guard made the request wait does not let it through.
   std::shared_ptr<void> admit(TAO_ServerRequest& request);
@@ -43,8 +48,8 @@ class Gate {
   std::mutex mutex_;
   std::condition_variable idle_;
   PortableServer::ServantBase* servant_ = nullptr;  // guarded by mutex_, null while closed
-  RequestGuard guard_;  // changed under mutex_ while running_ is 0, so that a request may read it
-  std::size_t running_ = 0;  // guarded by mutex_
+  RequestGuard guard_;  // changed under mutex_ while nothing runs, so that a request may read it
+  Running running_;     // guarded by mutex_, a connection for each request
 };
 
 // The gates by their keys; one a key at a time. Thread-safe.
@@ -63,7 +68,7 @@ class Gates {
 // keys. The ORB owns it and destroys it with itself.
 class BareKeys final : public TAO_Adapter {
  public:
-  BareKeys(TAO_ORB_Core& core, std::chrono::milliseconds serveTimeout);
+  explicit BareKeys(TAO_ORB_Core& core);
   ~BareKeys() override;
 
   void observeRequests(RequestObserver observer);
@@ -86,7 +91,6 @@ class BareKeys final : public TAO_Adapter {
 
  private:
   TAO_ORB_Core& core_;
-  const std::chrono::milliseconds serveTimeout_;
   const std::shared_ptr<Gates> gates_ = std::make_shared<Gates>();
   mutable std::shared_mutex observerMutex_;
   RequestObserver observer_;  // guarded by observerMutex_

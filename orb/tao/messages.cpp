@@ -19,11 +19,13 @@
 #include <cerrno>
 #include <cstddef>
 #include <cstring>
+#include <memory>
 #include <new>
 #include <string>
 #include <utility>
 
 #include "calls.h"
+#include "incoming.h"
 
 namespace orb {
 
@@ -199,6 +201,22 @@ class MessageResources final : public TAO_Default_Resource_Factory {
   ACE_Allocator* input_cdr_buffer_allocator() override { return new IncomingBuffers; }
   TAO_Connection_Purging_Strategy* create_purging_strategy() override {
     return new Reading(cache_maximum());
+  }
+
+  // Called by every ORB of the process.
+  int init_protocol_factories() override {
+    if (get_protocol_factories()->size() > 0) {
+      return 0;
+    }
+    auto item = std::make_unique<TAO_Protocol_Item>("TopoProtocol");
+    item->factory(makeProtocol().release(), 1);  // which the item owns
+    return get_protocol_factories()->insert(item.release());
+  }
+
+  // The ORB refuses connections beyond this, and purges idle ones before it comes to that.
+  int cache_maximum() const override {
+    constexpr std::size_t kOutgoing = 4096;
+    return static_cast<int>(ownConnections()->options().maxConnections + kOutgoing);
   }
 
   // Has the ORB copy what it takes out of a message: a few octets would hold all of it otherwise.

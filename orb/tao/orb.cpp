@@ -3,6 +3,7 @@
 #include "orb/orb.h"
 
 #include <ace/Service_Config.h>
+#include <ace/Time_Value.h>
 #include <netdb.h>
 #include <tao/Codeset/Codeset.h>
 #include <tao/ORB_Core.h>
@@ -10,13 +11,18 @@
 #include <tao/default_client.h>
 #include <tao/default_server.h>
 
+#include <cstdlib>
+#include <memory>
 #include <mutex>
 #include <thread>
 #include <utility>
 #include <vector>
 
+#include "../listening.h"
 #include "barekeys.h"
 #include "calls.h"
+#include "connections.h"
+#include "incoming.h"
 #include "messages.h"
 
 namespace orb {
@@ -25,8 +31,8 @@ ORB_ONE_PER_PROCESS void configureProcess();
 
 namespace {
 
-// How long threads of idle connections take to notice that the ORB ends.
-constexpr const char* kShutdownPollMilliseconds = "100";
+// How often the thread that accepts connections looks for other work.
+constexpr std::chrono::seconds kTick{1};
 
 }  // namespace
 
@@ -38,12 +44,9 @@ void configureProcess() {
     installMessageLimit();
     installCallObserver();
     ACE_Service_Config::process_directive(ace_svc_desc_TAO_Default_Server_Strategy_Factory);
-    const std::string server =
-        std::string(
-            "static Server_Strategy_Factory \"-ORBConcurrency thread-per-connection"
-            " -ORBThreadPerConnectionTimeout ") +
-        kShutdownPollMilliseconds + "\"";
-    ACE_Service_Config::process_directive(server.c_str());
+    ACE_Service_Config::process_directive(
+        "static Server_Strategy_Factory \"-ORBConcurrency thread-per-connection"
+        " -ORBThreadPerConnectionTimeout INFINITE\"");
     ACE_Service_Config::process_directive(ace_svc_desc_TAO_Default_Client_Strategy_Factory);
     ACE_Service_Config::process_directive(
         "static Client_Strategy_Factory \"-ORBTransportMuxStrategy exclusive"
@@ -53,9 +56,12 @@ void configureProcess() {
 
 namespace {
 
-CORBA::ORB_ptr initOrb(const Options& options, const Endpoint& listenAt) {
+CORBA::ORB_ptr initOrb(const Options& options, const Endpoint& listenAt,
+                       const std::shared_ptr<Connections>& connections) {
   configureProcess();
   limitMessages(options.maxMessageBytes);
+  setConnections(connections);
+  unsetenv("TAO_ORBENDPOINT");  // the ORB would listen there too
   std::vector<std::string> arguments = {
       "orb",
       "-ORBIgnoreDefaultSvcConfFile",  // of the current folder
@@ -65,6 +71,8 @@ CORBA::ORB_ptr initOrb(const Options& options, const Endpoint& listenAt) {
       "0",
       "-ORBListenEndpoints",
       "iiop://" + format(listenAt),
+      "-ORBUseIMR",  // whatever TAO_USE_IMR says
+      "0",
   };
   std::vector<char*> argv;
   argv.reserve(arguments.size() + 1);
@@ -80,11 +88,15 @@ CORBA::ORB_ptr initOrb(const Options& options, const Endpoint& listenAt) {
 
 class RunningOrb {
  public:
-  RunningOrb(const Options& options, const Endpoint& listenAt) : orb_(initOrb(options, listenAt)) {}
+  RunningOrb(const Options& options, const Endpoint& listenAt, const LogFunction& log)
+      : connections_(std::make_shared<Connections>(options, log)),
+        orb_(initOrb(options, listenAt, connections_)) {}
 
   ~RunningOrb() {
+    connections_->close();
     forgetCallTimeouts();
     orb_->destroy();
+    setConnections(nullptr);
   }
 
   RunningOrb(const RunningOrb&) = delete;
@@ -92,19 +104,28 @@ class RunningOrb {
 
   CORBA::ORB_ptr get() { return orb_.in(); }
   TAO_ORB_Core& core() { return *orb_->orb_core(); }
+  Connections& connections() { return *connections_; }
 
  private:
-  CORBA::ORB_var orb_;
+  const std::shared_ptr<Connections> connections_;
+  const CORBA::ORB_var orb_;
 };
 
 class ClientOrb final : public Orb {
  public:
   // Listens only if something of it is ever served.
-  explicit ClientOrb(const Options& options) : orb_(options, {"127.0.0.1", 0}) {}
+  explicit ClientOrb(const Options& options)
+      : orb_(unlimited(options), {"127.0.0.1", 0}, nullptr) {}
 
   CORBA::ORB_ptr get() override { return orb_.get(); }
 
  private:
+  // The limit of requests is one of servers.
+  static Options unlimited(Options options) {
+    options.maxRequestBytes = options.maxMessageBytes;
+    return options;
+  }
+
   RunningOrb orb_;
 };
 
@@ -136,8 +157,8 @@ class BareObject final : public WellKnownObject {
 
 class ListeningOrb final : public Server {
  public:
-  ListeningOrb(const Options& options, const Endpoint& endpoint)
-      : orb_(options, endpoint), keys_(new BareKeys(orb_.core(), options.serveTimeout)) {
+  ListeningOrb(const Options& options, const Endpoint& endpoint, const LogFunction& log)
+      : orb_(options, endpoint, log), keys_(new BareKeys(orb_.core())) {
     orb_.core().adapter_registry().insert(keys_);
     const CORBA::Object_var object = orb_.get()->resolve_initial_references("RootPOA");
     root_ = PortableServer::POA::_narrow(object.in());
@@ -148,6 +169,7 @@ class ListeningOrb final : public Server {
 
   ~ListeningOrb() override {
     ListeningOrb::observeRequests(nullptr);
+    orb_.connections().close();
     orb_.get()->shutdown(true);
     acceptor_.join();
   }
@@ -170,7 +192,11 @@ class ListeningOrb final : public Server {
   // Connections; each has a thread of its own from then on.
   void accept() {
     try {
-      orb_.get()->run();
+      while (!orb_.core().has_shutdown()) {
+        ACE_Time_Value tick(kTick.count());
+        orb_.get()->run(tick);
+        orb_.connections().noteWhatIsOver();
+      }
     } catch (const CORBA::Exception&) {
       // The ORB has ended before this thread began, or in the middle of it.
     }
@@ -212,14 +238,17 @@ std::unique_ptr<Orb> startClient(const Options& options) {
 
 // This ORB says nothing unless it is asked for more; what ACE says goes to ACE's logger.
 std::unique_ptr<Server> startServer(const Options& options, const Endpoint& endpoint,
-                                    const LogFunction& /*log*/) {
+                                    const LogFunction& log) {
   const std::string where = "cannot listen on " + format(endpoint) + ": ";
   const std::string unknown = whyUnknown(endpoint.host);
   if (!unknown.empty()) {
     throw EndpointError(where + unknown);
   }
   try {
-    return std::make_unique<ListeningOrb>(options, endpoint);
+    const ListeningCheck check;
+    auto server = std::make_unique<ListeningOrb>(options, endpoint, log);
+    check.requireOnly(server->endpoint());
+    return server;
   } catch (const CORBA::SystemException& failure) {
     throw EndpointError(where + describe(failure));
   }

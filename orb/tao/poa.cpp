@@ -2,15 +2,21 @@
 
 #include <tao/PortableServer/Root_POA.h>
 
+#include <memory>
+
+#include "incoming.h"
 #include "orb/orb.h"
 
 namespace orb {
+namespace {
 
-void destroyPoa(PortableServer::POA_ptr poa) {
-  const PortableServer::POAManager_var manager = poa->the_POAManager();
-  manager->discard_requests(true);
-  poa->destroy(true, true);
+// All keys of the POA's objects begin so.
+ObjectKey keyPrefix(PortableServer::POA_ptr poa) {
+  const CORBA::OctetSeq_var id = poa->id();
+  return {reinterpret_cast<const char*>(id->get_buffer()), id->length()};
 }
+
+}  // namespace
 
 bool isOrbsOwnPoa(PortableServer::POA_ptr poa) {
   return dynamic_cast<TAO_Root_POA*>(poa) != nullptr;
@@ -18,6 +24,20 @@ bool isOrbsOwnPoa(PortableServer::POA_ptr poa) {
 
 bool isCleanupInProgress(PortableServer::POA_ptr poa) {
   return dynamic_cast<TAO_Root_POA&>(*poa).cleanup_in_progress();
+}
+
+void destroyPoa(PortableServer::POA_ptr poa) {
+  if (isCleanupInProgress(poa)) {
+    throw CORBA::OBJECT_NOT_EXIST(0, CORBA::COMPLETED_NO);
+  }
+  const PortableServer::POAManager_var manager = poa->the_POAManager();
+  manager->discard_requests(false);
+  if (const std::shared_ptr<Connections> connections = ownConnections()) {
+    const ObjectKey prefix = keyPrefix(poa);
+    connections->hurry(
+        [&prefix](const ObjectKey& key) { return key.compare(0, prefix.size(), prefix) == 0; });
+  }
+  poa->destroy(true, true);
 }
 
 }  // namespace orb

@@ -14,6 +14,7 @@ namespace {
 using orb_tests::Lavish;
 using orb_tests::RawClient;
 using orb_tests::requestTo;
+using testing::ContainsRegex;
 using testing::HasSubstr;
 
 constexpr std::chrono::seconds kMuchLessThanTheServeTimeout{20};
@@ -39,7 +40,7 @@ class Drain : public testing::Test {
 
   void log(const std::string& line) {
     const std::lock_guard<std::mutex> lock(mutex_);
-    EXPECT_THAT(line, HasSubstr("connection from giop:tcp:127.0.0.1:"));
+    EXPECT_THAT(line, ContainsRegex("connection from .*127.0.0.1:[0-9]+ "));
     EXPECT_THAT(line, HasSubstr("is shut down"));
     lines_.push_back(line);
     if (lines_.size() == 1) {
@@ -175,7 +176,7 @@ TEST_F(Drain, EndsAPoaWhoseClientDoesNotRead) {
   askWithoutReading(client, orb::objectKeyOf(reference), servant.in());
   EXPECT_TRUE(isQuick([&poa] { orb::destroyPoa(poa.in()); }));
   EXPECT_EQ(1U, shutDownConnections());
-  EXPECT_THROW(poa->destroy(true, true), CORBA::OBJECT_NOT_EXIST);
+  EXPECT_THROW(orb::destroyPoa(poa.in()), CORBA::OBJECT_NOT_EXIST);
 }
 
 TEST_F(Drain, EndsAServerWhoseClientsDoNotRead) {

@@ -78,6 +78,16 @@ TEST_F(Requests, MayCarryReferencesWithUnknownProfiles) {
   EXPECT_EQ(7U, lengthOf(object.in()));
 }
 
+TEST_F(Requests, WithoutTheirArgumentsAreRefused) {
+  const PortableServer::ObjectId_var id = server_->rootPoa()->activate_object(servant_.in());
+  const CORBA::Object_var reference = server_->rootPoa()->id_to_reference(id.in());
+  for (const std::string& key : {std::string("Key"), orb::objectKeyOf(reference.in())}) {
+    const RawClient client(server_->endpoint());
+    ASSERT_TRUE(client.send(requestTo(key, "next_n").bytes()));
+    EXPECT_NE(std::string::npos, client.received().find("IDL:omg.org/CORBA/MARSHAL:1.0"));
+  }
+}
+
 TEST_F(Requests, AreObservedWithTheirKeys) {
   const PortableServer::ServantBase_var other = new Answering(8);
   const PortableServer::ObjectId_var id = server_->rootPoa()->activate_object(other.in());
