@@ -14,6 +14,7 @@
 #include "agent/ReplaceFile.h"
 #include "agent/console/ConsoleServant.h"
 #include "agent/domain/AttributeService.h"
+#include "agent/domain/Backups.h"
 #include "agent/domain/Cancellation.h"
 #include "agent/domain/DomainService.h"
 #include "agent/domain/Naming.h"
@@ -185,7 +186,7 @@ class Agent::Parts final : private AgentControl {
     manager_ = northbound_.managers().reference(kManager);
     session_.emplace(*server_, object_key::kSession, new SessionServant(notifier_));
     if (options.console) {
-      console_.emplace(*server_, object_key::kConsole, new ConsoleServant(nodes_, *this));
+      console_.emplace(*server_, object_key::kConsole, new ConsoleServant(nodes_, backups_, *this));
     }
     publish(options, stopRequested);
     requireNoStop(stopRequested);
@@ -268,6 +269,7 @@ class Agent::Parts final : private AgentControl {
   const OfferedAttributes offeredAttributes_;
   Cancellation stopping_;
   NodeService nodes_;
+  Backups backups_{writer_};
   Notifier notifier_;
   const MemoryBudget::Probe memoryUse_;
   MemoryBudget memory_;

@@ -39,6 +39,7 @@ extern const ArgumentKind kNewNodeArguments;
 extern const ArgumentKind kNodeArguments;
 extern const ArgumentKind kNewNameArguments;
 extern const ArgumentKind kFileArguments;
+extern const ArgumentKind kNewFileArguments;
 extern const ArgumentKind kSwitchArguments;
 
 // ---- WatchArguments.cpp

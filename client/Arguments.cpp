@@ -26,6 +26,8 @@ const ArgumentKind& kindOf(Takes takes) {
       return kNewNameArguments;
     case Takes::kFile:
       return kFileArguments;
+    case Takes::kNewFile:
+      return kNewFileArguments;
     case Takes::kSwitch:
       return kSwitchArguments;
     case Takes::kWatch:

@@ -30,6 +30,7 @@ enum class Takes {
   kNode,        // ID
   kNewName,     // ID NAME
   kFile,        // FILE
+  kNewFile,     // FILE
   kSwitch,      // on or off
   kWatch,       // options alone
 };

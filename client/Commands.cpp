@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "client/Attributes.h"
+#include "client/Backup.h"
 #include "client/Connection.h"
 #include "client/Console.h"
 #include "client/Fetch.h"
@@ -145,6 +146,8 @@ const std::vector<Command>& commands() {
        atConsole(renameNode)},
       {"import", "Adds the network of a file to the agent's", Takes::kFile, Formats::kAll, nullptr,
        atConsole(importNetwork)},
+      {"backup", "Writes a copy of the agent's store to a new file", Takes::kNewFile, Formats::kAll,
+       nullptr, atConsole(backup)},
       {"test-switch", "Turns the agent's test switch on or off", Takes::kSwitch, Formats::kAll,
        nullptr, atConsole(setTestSwitch)},
       {"status", "How the agent is, and who receives its notifications", Takes::kNothing,

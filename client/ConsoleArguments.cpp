@@ -102,6 +102,11 @@ void readFileName(const CLI::App&, const Words& words, Arguments& arguments) {
   arguments.file = words.front();
 }
 
+void readNewFileName(const CLI::App&, const Words& words, Arguments& arguments) {
+  requireWords("backup", words, 1, "a FILE is missing");
+  arguments.file = words.front();
+}
+
 void readSwitch(const CLI::App&, const Words& words, Arguments& arguments) {
   requireWords("test-switch", words, 1, "on or off is missing");
   if (words.front() != "on" && words.front() != "off") {
@@ -121,6 +126,8 @@ const ArgumentKind kNewNameArguments = {
     readNewName};
 const ArgumentKind kFileArguments = {
     {{"FILE", "A network file on this machine"}}, nullptr, readFileName};
+const ArgumentKind kNewFileArguments = {
+    {{"FILE", "A new file on this machine"}}, nullptr, readNewFileName};
 const ArgumentKind kSwitchArguments = {{{"STATE", "on or off"}}, nullptr, readSwitch};
 
 }  // namespace topoctl

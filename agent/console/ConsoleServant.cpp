@@ -1,5 +1,6 @@
 #include "agent/console/ConsoleServant.h"
 
+#include <algorithm>
 #include <exception>
 #include <memory>
 #include <string>
@@ -39,6 +40,15 @@ NS_DOMAIN::TopoNode_T domainNode(const TopoAgent::NewNode_T& node) {
 
 std::string_view textOf(const TopoAgent::Content_T& content) {
   return {reinterpret_cast<const char*>(content.get_buffer()), content.length()};
+}
+
+TopoAgent::BackupPart_T tmfPart(const Backups::Part& part) {
+  TopoAgent::BackupPart_T result;
+  result.size = part.size;
+  result.content.length(static_cast<CORBA::ULong>(part.content.size()));
+  std::copy(part.content.begin(), part.content.end(), result.content.get_buffer());
+  result.isLast = part.isLast;
+  return result;
 }
 
 // Who gets the reason of a failure within the agent. The log always does.
@@ -107,6 +117,34 @@ TopoAgent::ImportSummary_T ConsoleServant::importNetwork(const char* fileName,
   return {countOf(summary.topoNodes), countOf(summary.networkElements),
           countOf(summary.clockPositions), countOf(summary.clockLinks),
           countOf(summary.objectLabels)};
+}
+
+CORBA::ULongLong ConsoleServant::beginBackup() {
+  std::uint64_t id = 0;
+  perform(
+      "beginBackup", [&] { return backups_.begin(id); }, Reason::kForTheClientToo);
+  return id;
+}
+
+TopoAgent::BackupPart_T* ConsoleServant::continueBackup(CORBA::ULongLong backup) {
+  TopoAgent::BackupPart_T_var result;
+  perform(
+      "continueBackup",
+      [&] {
+        Backups::Part part;
+        Outcome outcome = backups_.next(backup, part);
+        result = new TopoAgent::BackupPart_T(tmfPart(part));
+        return outcome;
+      },
+      Reason::kForTheClientToo);
+  return result._retn();
+}
+
+void ConsoleServant::endBackup(CORBA::ULongLong backup) {
+  perform("endBackup", [&] {
+    backups_.end(backup);
+    return Outcome{};
+  });
 }
 
 void ConsoleServant::setTestSwitch(CORBA::Boolean on) {

@@ -4,6 +4,7 @@
 #define AGENT_CONSOLE_CONSOLESERVANT_H
 
 #include "agent/console/AgentControl.h"
+#include "agent/domain/Backups.h"
 #include "agent/domain/NodeService.h"
 #include "orb/idl/TopoAgent.h"
 
@@ -15,19 +16,24 @@ namespace agent {
 // Borrows what it works on. Thread-safety: any thread.
 class ConsoleServant final : public POA_TopoAgent::Console_I {
  public:
-  ConsoleServant(NodeService& nodes, AgentControl& control) : nodes_(nodes), control_(control) {}
+  ConsoleServant(NodeService& nodes, Backups& backups, AgentControl& control)
+      : nodes_(nodes), backups_(backups), control_(control) {}
 
   void createNode(const TopoAgent::NewNode_T& node) override;
   CORBA::ULong deleteNode(const char* id) override;
   void renameNode(const char* id, const char* name) override;
   TopoAgent::ImportSummary_T importNetwork(const char* fileName,
                                            const TopoAgent::Content_T& content) override;
+  CORBA::ULongLong beginBackup() override;
+  TopoAgent::BackupPart_T* continueBackup(CORBA::ULongLong backup) override;
+  void endBackup(CORBA::ULongLong backup) override;
   void setTestSwitch(CORBA::Boolean on) override;
   TopoAgent::Status_T* getStatus() override;
   void reloadModule() override;
 
  private:
   NodeService& nodes_;
+  Backups& backups_;
   AgentControl& control_;
 };
 

@@ -15,6 +15,7 @@
 #include <utility>
 
 #include "agent/domain/Statements.h"
+#include "agent/domain/StoreCopy.h"
 #include "agent/domain/StoreGuard.h"
 #include "agent/domain/Text.h"
 #include "hash/SaltedHash.h"
@@ -563,6 +564,10 @@ std::uint64_t NetworkStore::reserveNotificationIds(std::uint64_t count) {
     transaction.commit();
     return static_cast<std::uint64_t>(first);
   });
+}
+
+std::unique_ptr<StoreCopy> NetworkStore::beginCopy() {
+  return std::make_unique<StoreCopy>(*database_, path_);
 }
 
 Network NetworkStore::read() {

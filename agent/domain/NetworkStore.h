@@ -26,6 +26,8 @@ class Database;
 
 namespace agent {
 
+class StoreCopy;
+
 // The store cannot be used. what() is one line, "PATH: REASON".
 class StoreError : public std::runtime_error {
  public:
@@ -75,6 +77,9 @@ class NetworkStore {
   // Stores a network, all of it or nothing, and ends being new. Throws StoreError when a network
   // was loaded before, when two objects of the network have the same id, or when the disk fails.
   void load(const Network& network);
+
+  // A copy of the store, which it makes in steps. Throws StoreError.
+  std::unique_ptr<StoreCopy> beginCopy();
 
   // The stored network; an empty one when the store is new. Throws StoreError.
   Network read();

@@ -12,6 +12,21 @@ std::uint64_t NetworkWriter::reserveNotificationIds(std::uint64_t count) {
   return store_.reserveNotificationIds(count);
 }
 
+std::unique_ptr<StoreCopy> NetworkWriter::beginCopy() {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  return store_.beginCopy();
+}
+
+bool NetworkWriter::continueCopy(StoreCopy& copy) {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  return copy.step();
+}
+
+void NetworkWriter::endCopy(std::unique_ptr<StoreCopy> copy) {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  copy.reset();
+}
+
 void NetworkWriter::enter() {
   std::unique_lock<std::mutex> lock(gateMutex_);
   gateMoved_.wait(lock, [this] { return pauses_ == 0 && !changing_; });

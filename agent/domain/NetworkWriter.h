@@ -8,12 +8,14 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <vector>
 
 #include "agent/domain/NetworkModel.h"
 #include "agent/domain/NetworkStore.h"
+#include "agent/domain/StoreCopy.h"
 #include "platform/domain/DomainRecords.h"
 
 namespace agent {
@@ -44,6 +46,13 @@ class NetworkWriter {
   // As NetworkStore::reserveNotificationIds. Waits for a change that is under way, but for no
   // pause.
   std::uint64_t reserveNotificationIds(std::uint64_t count);
+
+  // A copy of the store, its next step, and its end. Each waits for a change that is under way, but
+  // for no pause; changes may come between them. continueCopy is true when the copy is complete.
+  // The first two throw StoreError.
+  std::unique_ptr<StoreCopy> beginCopy();
+  bool continueCopy(StoreCopy& copy);
+  void endCopy(std::unique_ptr<StoreCopy> copy);
 
   // Keeps changes waiting for as long as it lives; one that is under way ends first, its event
   // included. A pause goes before changes that wait. Several may live at once, and any thread may

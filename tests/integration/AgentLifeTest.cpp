@@ -370,6 +370,25 @@ TEST_F(AgentLife, RefusesAStoreThatIsNoDatabase) {
   EXPECT_EQ(std::string(5000, 'x'), support::readFile(path));
 }
 
+TEST_F(AgentLife, ComesBackOnABackupThatWasMadeWhileItServed) {
+  const std::string backup = directory_.file("backup.db");
+  json view;
+  {
+    RunningAgent agent({"--network", kBackbone}, store());
+    const auto at = [&](std::vector<std::string> words) {
+      words.insert(words.begin(), {"--ior-file", agent.iorFile()});
+      return runTopoctl(words);
+    };
+    EXPECT_EQ(0, at({"node", "create", "before", "--name", "Before"}).status);
+    view = records(agent, {"topo"});
+    EXPECT_EQ(0, at({"backup", backup}).status);
+    EXPECT_EQ(0, at({"node", "create", "after", "--name", "After"}).status);
+    EXPECT_EQ(view.size() + 1, records(agent, {"topo"}).size());
+  }
+  const RunningAgent restored({}, backup);
+  EXPECT_EQ(view, records(restored, {"topo"}));
+}
+
 TEST_F(AgentLife, RefusesADamagedStoreUnlessToldNotToLook) {
   { RunningAgent agent({"--network", kBackbone}, store()); }
   support::damageStore(store());

@@ -106,7 +106,8 @@ class AgentConsole : public testing::Test {
   agent::NetworkWriter writer_{store_, model_};
   agent::NodeService nodes_{writer_};
   RecordingAgent agent_;
-  agent::ConsoleServant console_{nodes_, agent_};
+  agent::Backups backups_{writer_};
+  agent::ConsoleServant console_{nodes_, backups_, agent_};
 };
 
 TEST_F(AgentConsole, CreatesASubnetworkWithAllThatIsSaidOfIt) {

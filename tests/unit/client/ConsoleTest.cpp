@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <fstream>
 
 #include "FakeConsole.h"
@@ -249,6 +250,54 @@ TEST_F(NoConsole, EndsWith4WhenSomethingElseIsThere) {
   EXPECT_EQ(ended.err, "topoctl: the object 'TopoAgentConsole' beside that of the reference '" +
                            agentReference() + "' is not a Console_I\n");
   other->retire();
+}
+
+// ---- backup
+
+TEST_F(Console, BackupWritesTheAgentsStoreToANewFile) {
+  EXPECT_EQ(run({"backup", path}).out, "bytes\n    7\n");
+  std::ifstream file(path);
+  std::string content;
+  std::getline(file, content);
+  EXPECT_EQ(content, "one two");
+  EXPECT_EQ(std::filesystem::status(path).permissions(),
+            std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+  EXPECT_THAT(script.calls(), ElementsAre("begin-backup()", "continue-backup(4711)",
+                                          "continue-backup(4711)", "continue-backup(4711)"));
+}
+
+TEST_F(Console, BackupLeavesAFileThatExistsAlone) {
+  for (const std::string& existing : {path, path + ".part"}) {
+    std::ofstream(existing) << "mine";
+    const Ended ended = run({"backup", path});
+    EXPECT_EQ(ended.status, 1);
+    EXPECT_EQ(ended.err, "topoctl: the file '" + existing + "' cannot be written: File exists\n");
+    EXPECT_EQ(std::filesystem::file_size(existing), 4U);
+    unlink(existing.c_str());
+  }
+  EXPECT_THAT(script.calls(), ElementsAre());
+}
+
+TEST_F(Console, BackupRefusesAFileThatCannotBeMade) {
+  const Ended ended = run({"backup", "/nowhere/backup.db"});
+  EXPECT_EQ(ended.status, 1);
+  EXPECT_EQ(ended.err,
+            "topoctl: the file '/nowhere/backup.db.part' cannot be written: No such file or "
+            "directory\n");
+  EXPECT_THAT(script.calls(), ElementsAre());
+}
+
+TEST_F(Console, BackupThatFailsEndsItAndLeavesNoFile) {
+  script.onConsole = [calls = 0]() mutable {
+    if (++calls == 3) {
+      throw CORBA::NO_RESOURCES();
+    }
+  };
+  script.settle();
+  EXPECT_NE(run({"backup", path}).status, 0);
+  EXPECT_FALSE(std::filesystem::exists(path));
+  EXPECT_FALSE(std::filesystem::exists(path + ".part"));
+  EXPECT_EQ(script.lastCall(), "end-backup(4711)");
 }
 
 }  // namespace

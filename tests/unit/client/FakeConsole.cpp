@@ -1,5 +1,9 @@
 #include "FakeConsole.h"
 
+#include <algorithm>
+#include <string>
+#include <vector>
+
 namespace topoctl {
 namespace {
 
@@ -72,6 +76,29 @@ TopoAgent::ImportSummary_T FakeConsole::importNetwork(const char* fileName,
   summary.clockLinks = 4;
   summary.objectLabels = 4294967295U;
   return summary;
+}
+
+CORBA::ULongLong FakeConsole::beginBackup() {
+  call("begin-backup()");
+  backupParts_ = 0;
+  return 4711;
+}
+
+// Nothing at first, then "one ", then "two" as the last.
+TopoAgent::BackupPart_T* FakeConsole::continueBackup(CORBA::ULongLong backup) {
+  call("continue-backup(" + std::to_string(backup) + ")");
+  const std::string content =
+      std::vector<std::string>{"", "one ", "two"}.at(static_cast<std::size_t>(backupParts_));
+  TopoAgent::BackupPart_T_var part = new TopoAgent::BackupPart_T;
+  part->size = 7;
+  part->content.length(static_cast<CORBA::ULong>(content.size()));
+  std::copy(content.begin(), content.end(), part->content.get_buffer());
+  part->isLast = ++backupParts_ == 3;
+  return part._retn();
+}
+
+void FakeConsole::endBackup(CORBA::ULongLong backup) {
+  call("end-backup(" + std::to_string(backup) + ")");
 }
 
 void FakeConsole::setTestSwitch(CORBA::Boolean on) {

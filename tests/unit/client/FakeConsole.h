@@ -21,6 +21,9 @@ class FakeConsole final : public virtual POA_TopoAgent::Console_I {
   void renameNode(const char* id, const char* name) override;
   TopoAgent::ImportSummary_T importNetwork(const char* fileName,
                                            const TopoAgent::Content_T& content) override;
+  CORBA::ULongLong beginBackup() override;
+  TopoAgent::BackupPart_T* continueBackup(CORBA::ULongLong backup) override;
+  void endBackup(CORBA::ULongLong backup) override;
   void setTestSwitch(CORBA::Boolean on) override;
   TopoAgent::Status_T* getStatus() override;
   void reloadModule() override;
@@ -29,6 +32,7 @@ class FakeConsole final : public virtual POA_TopoAgent::Console_I {
   void call(const std::string& text);
 
   Script& script_;
+  int backupParts_ = 0;
 };
 
 }  // namespace topoctl

@@ -120,7 +120,7 @@ TEST(Options, RefuseAnUnknownFormat) {
 
 const std::string kCommands =
     "the commands are: topo, protect, below, clocks, clock-links, tree, set, capabilities, watch, "
-    "node create, node delete, node rename, import, test-switch, status, module reload";
+    "node create, node delete, node rename, import, backup, test-switch, status, module reload";
 
 TEST(Options, RefuseAMissingUnknownOrSecondCommand) {
   EXPECT_EQ(usageError({}), "a command is missing; " + kCommands);
