@@ -41,9 +41,13 @@ const omni::orbServer::EndpointList* Listener::addresses() const {
 _CORBA_Boolean Listener::publish(const omni::orbServer::PublishSpecs& /*specs*/,
                                  _CORBA_Boolean /*allSpecs*/, _CORBA_Boolean /*allEndpoints*/,
                                  omni::orbServer::EndpointList& published) {
-  const CORBA::ULong count = published.length();
-  published.length(count + 1);
-  published[count] = addresses_[0];
+  omni::orbServer::EndpointList all(published.length() + 1);
+  all.length(published.length() + 1);
+  for (CORBA::ULong i = 0; i < published.length(); ++i) {
+    all[i] = published[i];
+  }
+  all[published.length()] = addresses_[0];
+  published = all;
   return giopEndpoint::addToIOR(addresses_[0]);
 }
 
