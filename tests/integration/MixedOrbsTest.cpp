@@ -443,7 +443,8 @@ TEST_P(MixedOrbs, HearOfWhatChangedWhileTheAgentWasAway) {
   const std::string endpoint = quietEndpoint();
   const std::string store = directory_.file("store.db");
   const auto start = [&](const std::string& where) {
-    return std::make_unique<RunningAgent>(Words{"--ems-name", "E"}, store, where, programs);
+    return std::make_unique<RunningAgent>(Words{"--ems-name", "E", "--create"}, store, where,
+                                          programs);
   };
   auto agent = start(endpoint);
   support::Process watch(programs.client,
