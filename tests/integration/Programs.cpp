@@ -62,7 +62,7 @@ NamingService::NamingService()
 RunningAgent::RunningAgent(const std::vector<std::string>& arguments, const std::string& store,
                            const std::string& endpoint, const Programs& programs)
     : process_(programs.agent, std::vector<std::string>{"--endpoint", endpoint, "--store", store,
-                                                        "--ior-file", iorFile()} +
+                                                        "--create", "--ior-file", iorFile()} +
                                    arguments),
       readyLine_(process_.readLine()) {
   if (readyLine_.empty()) {

@@ -26,7 +26,8 @@ const Programs& ownPrograms();
 class RunningAgent {
  public:
   // Starts it and waits until it is ready; an exception with its error text when it does not get
-  // there. Arguments come on top of the endpoint, the IOR file and an in-memory store.
+  // there. Arguments come on top of the endpoint, the IOR file and an in-memory store. A store file
+  // that does not exist is created.
   explicit RunningAgent(const std::vector<std::string>& arguments,
                         const std::string& store = ":memory:",
                         const std::string& endpoint = "127.0.0.1:0",
