@@ -58,7 +58,8 @@ TEST(Limits, KeepTheAgentInServiceWhenFilesAreFew) {
   }
   EXPECT_TRUE(isServed(clients.front()));
   EXPECT_TRUE(clients.back().isClosedByPeer());
-  EXPECT_LT(threadsOf(agent.process().pid()), 30);
+  // Some ORBs have a thread for each of the 64 connections that are admitted.
+  EXPECT_LT(threadsOf(agent.process().pid()), 64 + 30);
   clients.clear();
   const Ended ended = agent.stop(SIGTERM);
   EXPECT_EQ(0, ended.status);
