@@ -236,12 +236,17 @@ def full_standard_error(programs):
                 deaf.kill()
 
 
-def huge_sequence_length(programs):
-    """A message that declares 64 MiB and a sequence of 60,000,000 elements, 8 KiB of it sent."""
+def huge_sequence():
+    """The beginning of a request that declares 64 MiB and a sequence of 60,000,000 elements."""
     def arguments(encoder):
         encoder.ulong(60000000)
         encoder.data += bytes(8192)
-    message = giop.request(MANAGER, "setAdditionalInfo", arguments, declared=64 * MIB)
+    return giop.request(MANAGER, "setAdditionalInfo", arguments, declared=64 * MIB)
+
+
+def huge_sequence_length(programs):
+    """A message that declares 64 MiB and a sequence of 60,000,000 elements, 8 KiB of it sent."""
+    message = huge_sequence()
     with Agent(programs) as agent, contextlib.ExitStack() as open_ones:
         before = agent.resident_mib()
         for _ in range(4):
@@ -350,10 +355,7 @@ def views_without_memory(programs):
 
 def log_of_a_short_memory(programs):
     """The huge sequence where the process may have 900 MB of addresses: what the log grows by."""
-    def arguments(encoder):
-        encoder.ulong(60000000)
-        encoder.data += bytes(8192)
-    message = giop.request(MANAGER, "setAdditionalInfo", arguments, declared=64 * MIB)
+    message = huge_sequence()
     with Agent(programs, limits={resource.RLIMIT_AS: 900000 * 1024}) as agent:
         with giop.connect(agent.address) as connection:
             with contextlib.suppress(OSError):
