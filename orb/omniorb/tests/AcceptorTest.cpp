@@ -38,7 +38,7 @@ class Listening : public testing::Test {
     sockaddr_in address{};
     address.sin_family = AF_INET;
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    ::bind(socket, reinterpret_cast<sockaddr*>(&address), sizeof address);
+    EXPECT_EQ(0, ::bind(socket, reinterpret_cast<sockaddr*>(&address), sizeof address));
     ::listen(socket, 8);
     return socket;
   }

@@ -93,7 +93,8 @@ class RawClient {
     address.sin_family = AF_INET;
     address.sin_port = htons(endpoint.port);
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    connect(socket_, reinterpret_cast<sockaddr*>(&address), sizeof address);
+    // A client that is not connected shows it at its first send or receive.
+    static_cast<void>(connect(socket_, reinterpret_cast<sockaddr*>(&address), sizeof address));
   }
   ~RawClient() { close(socket_); }
   RawClient(const RawClient&) = delete;

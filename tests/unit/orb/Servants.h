@@ -44,7 +44,7 @@ class Lavish final : public POA_TopoManagementManager::NodeIterator_I {
   std::future<void> asked() { return asked_.get_future(); }
 
   CORBA::Boolean next_n(CORBA::ULong, TopoManagementManager::NodeList_T_out list) override {
-    const std::string text(1024 * 1024, 'x');
+    const std::string text(std::size_t{1024} * 1024, 'x');
     TopoManagementManager::NodeList_T_var nodes = new TopoManagementManager::NodeList_T;
     nodes->length(16);
     for (CORBA::ULong i = 0; i < nodes->length(); ++i) {
