@@ -1,4 +1,4 @@
-// Where this process listens, whatever its ORB believes.
+// The TCP sockets on which this process listens, as the kernel reports them.
 
 #ifndef ORB_LISTENING_H
 #define ORB_LISTENING_H

@@ -1,4 +1,4 @@
-// Writing to somebody who may not read.
+// Tests of writeWithin on a pipe that nobody reads.
 
 #include "agent/northbound/WriteWithin.h"
 

@@ -1,4 +1,4 @@
-// What the ORB tells about its POAs.
+// Tests of isOrbsOwnPoa and isCleanupInProgress.
 
 #include <gtest/gtest.h>
 

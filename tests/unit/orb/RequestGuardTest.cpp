@@ -1,4 +1,4 @@
-// What stands before a well-known object.
+// Tests of the request guard of a well-known object.
 
 #include <gtest/gtest.h>
 

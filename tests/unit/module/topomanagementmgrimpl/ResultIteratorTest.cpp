@@ -772,7 +772,7 @@ TYPED_TEST(TopoResultIterator, IsRefusedWhileThePoaWaitsForARunningRequest) {
 
 // --- Ownership of the list.
 
-// A list that counts those that live.
+// A list that counts its live instances.
 template <typename List>
 class CountedList : public List {
  public:
