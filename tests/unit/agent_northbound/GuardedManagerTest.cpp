@@ -121,17 +121,18 @@ class Guarded : public testing::Test {
     guarded_->getTopoSubnetworkViewInfo(howMany, list.out(), iterator.out());
   }
 
+  using NodesView = void (GuardedManager::*)(CORBA::ULong, NodeList_T_out, NodeIterator_I_out);
+
+  void nodes(NodesView operation) {
+    NodeList_T_var list;
+    NodeIterator_I_var iterator;
+    (guarded_->*operation)(7, list.out(), iterator.out());
+  }
+
   // Every view once, in the order of the interface.
   std::vector<std::function<void()>> allViews() {
-    const auto nodes = [this](auto operation) {
-      return [this, operation] {
-        NodeList_T_var list;
-        NodeIterator_I_var iterator;
-        (guarded_->*operation)(7, list.out(), iterator.out());
-      };
-    };
-    return {nodes(&GuardedManager::getTopoSubnetworkViewInfo),
-            nodes(&GuardedManager::getProtectSubnetworkViewInfo),
+    return {[this] { nodes(&GuardedManager::getTopoSubnetworkViewInfo); },
+            [this] { nodes(&GuardedManager::getProtectSubnetworkViewInfo); },
             [this] {
               NodeList_T_var list;
               NodeIterator_I_var iterator;
@@ -139,7 +140,7 @@ class Guarded : public testing::Test {
               name.length(2);
               guarded_->getViewInfoByTopoSubnetwork(name, 7, list.out(), iterator.out());
             },
-            nodes(&GuardedManager::getClockSourceSubnetworkViewInfo),
+            [this] { nodes(&GuardedManager::getClockSourceSubnetworkViewInfo); },
             [this] {
               TopologicalLinkList_T_var list;
               TopologicalLinkIterator_I_var iterator;
