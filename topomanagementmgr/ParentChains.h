@@ -20,6 +20,8 @@ namespace topo {
 class ParentChains {
  public:
   ParentChains(const std::string& subnetworkId, const std::vector<NS_DOMAIN::TopoNode_T>& nodes);
+  ParentChains(std::string&& subnetworkId,
+               const std::vector<NS_DOMAIN::TopoNode_T>& nodes) = delete;  // would not outlive this
 
   // Whether a node with this parent lies below the subnetwork.
   bool leadToSubnetwork(const std::string& parentId);

@@ -166,8 +166,9 @@ double costOfChains(const std::vector<std::string>& ids) {
   for (const std::string& id : ids) {
     nodes.push_back(node(id, nodes.empty() ? "top" : nodes.back().nodeId));
   }
+  const std::string top = "top";
   return support::costOf([&] {
-    topo::ParentChains chains("top", nodes);
+    topo::ParentChains chains(top, nodes);
     for (const TopoNode_T& each : nodes) {
       EXPECT_TRUE(chains.leadToSubnetwork(each.parentId));
     }
