@@ -138,11 +138,13 @@ bool Assembler::checkLimit() {
     return false;
   }
   const auto head = giop::parseRequestHead(part_->first, part_->bytes.front());
-  if (!head) {
+  const bool large = head && isLarge(head->operation);
+  if (!head || (large && !head->isWhole && couldGrow)) {
     part_->parseAt = 2 * size;
     return couldGrow;
   }
-  if (isLarge(head->operation)) {
+  // Decoded service contexts take many times their size.
+  if (large && head->isWhole) {
     part_->limit = limits_.messageBytes;
   }
   return declared <= part_->limit || refuse(*head, declared);

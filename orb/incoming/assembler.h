@@ -94,7 +94,8 @@ class Assembler {
 
   // Requests of one connection whose fragments may arrive in turns.
   static constexpr std::size_t kMaxOpen = 4;
-  // The head of a request that is over the common limit must end within its first bytes.
+  // The operation of a request that is over the common limit must end within its first bytes, and
+  // so must the service contexts of a large operation.
   static constexpr std::size_t kMaxHead = Chunks::kChunk;
 
   const RequestLimits& limits_;

@@ -182,6 +182,10 @@ std::optional<RequestHead> parseRequestHead(const Header& header, std::string_vi
     return std::nullopt;
   }
   head.operation = operation.substr(0, operation.find('\0'));
+  if (header.minorVersion == 2) {
+    skipServiceContexts(reader);
+  }
+  head.isWhole = !reader.failed();
   return head;
 }
 

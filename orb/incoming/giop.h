@@ -47,6 +47,7 @@ struct RequestHead {
   std::uint32_t id = 0;
   std::uint8_t response = 0;  // the octet that says whether a reply is expected
   std::string operation;
+  bool isWhole = false;  // false: the service contexts do not end within what was parsed
 };
 
 // The head of a request. `begin` is the beginning of the message, header included. No value: the

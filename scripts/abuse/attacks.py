@@ -260,6 +260,25 @@ def huge_sequence_length(programs):
     return f"4 requests: +{grown:.0f} MiB, stop {stop_seconds:.2f} s"
 
 
+def many_service_contexts(programs):
+    """A request as large as an import may be, which is full of service contexts."""
+    count = 4 * MIB
+
+    def contexts(encoder):
+        encoder.data += bytes(8 * count)
+    message = giop.request(CONSOLE, "importNetwork", contexts, contexts=count)
+    with Agent(programs) as agent:
+        before = agent.resident_mib()
+        with giop.connect(agent.address) as connection, contextlib.suppress(OSError):
+            connection.sendall(message)
+            giop.read_message(connection)
+        agent.require_serving()
+        grown = agent.peak_mib() - before
+        require(grown < 128, f"{len(message) // MIB} MiB of contexts take {grown:.0f} MiB")
+        agent.stop()
+    return f"a request of {len(message) // MIB} MiB: +{grown:.0f} MiB"
+
+
 def iterators(programs):
     """1,000 iterators on a large view, over as many connections as it takes."""
     with Agent(programs, network=small_network(100000)) as agent:
@@ -510,6 +529,7 @@ ATTACKS = [
     ("stop during start", stop_during_start),
     ("full standard error", full_standard_error),
     ("huge sequence length", huge_sequence_length),
+    ("service contexts", many_service_contexts),
     ("iterators", iterators),
     ("pipelined views", pipelined_views),
     ("queued notifications", queued_notifications),

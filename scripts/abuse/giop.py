@@ -58,8 +58,11 @@ def header(size, kind=REQUEST):
     return b"GIOP\x01\x02" + bytes((LITTLE_ENDIAN, kind)) + struct.pack("<I", size)
 
 
-def request(key, operation, arguments=None, number=1, declared=None):
-    """A request with a reply. `arguments` writes to an encoder; `declared` overrides the size."""
+def request(key, operation, arguments=None, number=1, declared=None, contexts=1):
+    """A request with a reply. `arguments` writes to an encoder; `declared` overrides the size.
+
+    `contexts` overrides the number of service contexts; one is written.
+    """
     body = Encoder(HEADER_OCTETS)
     body.ulong(number)
     body.octet(3)  # a reply is expected
@@ -67,7 +70,7 @@ def request(key, operation, arguments=None, number=1, declared=None):
     body.ushort(0)  # the target is given by its key
     body.octets(key)
     body.string(operation)
-    body.ulong(1)  # service contexts
+    body.ulong(contexts)
     body.ulong(CODE_SETS)
     body.octets(code_set_context())
     if arguments:

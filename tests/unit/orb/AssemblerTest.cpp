@@ -158,6 +158,28 @@ TEST_F(AssembledRequests, OverTheLimitMustSayTheirOperationEarly) {
   EXPECT_FALSE(valid_);
 }
 
+// A request for the large operation with so many service contexts, each of 16 bytes.
+std::string largeWithContexts(std::uint32_t contexts) {
+  Message message(2, Type::kRequest, false);
+  message.number(1).octet(3).octet(0).octet(0).octet(0);
+  message.number(0).octets("Key").text("large").number(contexts);
+  for (std::uint32_t i = 0; i < contexts; ++i) {
+    message.number(i).octets("12345678");
+  }
+  return message.align(8).raw(std::string(200000, 'x')).bytes();
+}
+
+TEST_F(AssembledRequests, ForLargeOperationsMayHaveServiceContextsInTheirFirstChunk) {
+  const std::string bytes = largeWithContexts(4000);
+  EXPECT_EQ(Strings{}, take(bytes.substr(0, 200)));
+  EXPECT_EQ(Strings{bytes}, take(bytes.substr(200)));
+}
+
+TEST_F(AssembledRequests, ForLargeOperationsAreRefusedForManyServiceContexts) {
+  const std::string bytes = largeWithContexts(5000);
+  EXPECT_EQ(Strings{"refused large " + std::to_string(bytes.size())}, take(bytes));
+}
+
 TEST_F(AssembledRequests, TakeNoMemoryThatWasNotReceived) {
   const std::string bytes = request(1, "large", false).raw(std::string(900000, 'x')).bytes();
   take(bytes.substr(0, 70000));
