@@ -136,15 +136,24 @@ EventManager::~EventManager() {
 
 void EventManager::Subscribe(TEEventHandler* handler, int eventId, int /*third*/, int /*fourth*/) {
   bool late = false;
-  {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    laneOf(*handler).eventIds.insert(eventId);
-    changed_.notify_all();  // who waits for the lane's end waits no longer
-    late = std::exchange(unheard_, false);
+  try {
+    late = addSubscription(*handler, eventId);
+  } catch (const std::exception& failure) {
+    logError("a handler cannot subscribe to event " + std::to_string(eventId) + ": " +
+             failure.what());
+    throw;
   }
   if (late) {
     tellLost();
   }
+}
+
+// True when events were raised before to which no handler was subscribed.
+bool EventManager::addSubscription(TEEventHandler& handler, int eventId) {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  laneOf(handler).eventIds.insert(eventId);
+  changed_.notify_all();  // who waits for the lane's end waits no longer
+  return std::exchange(unheard_, false);
 }
 
 // The handler's, which is made when there is none. REQUIRES: mutex_ is held.

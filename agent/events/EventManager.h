@@ -59,7 +59,8 @@ class EventManager final : public TEEventMgr {
 
   // Subscribing again changes nothing: one registration, undone by one UnSubscribe. The third and
   // fourth argument mean nothing here. Throws std::system_error when there is no thread to be had;
-  // nothing is subscribed then. REQUIRES: a handler.
+  // nothing is subscribed then. A failure is logged too, because modules drop the exception.
+  // REQUIRES: a handler.
   void Subscribe(TEEventHandler* handler, int eventId, int third, int fourth) override;
 
   // Events of this identifier that still wait for the handler are dropped, and a call of the
@@ -87,6 +88,7 @@ class EventManager final : public TEEventMgr {
   struct Queued;
   struct Lane;
 
+  bool addSubscription(TEEventHandler& handler, int eventId);
   Lane& laneOf(TEEventHandler& handler);
   void queue(int eventId, std::vector<NS_DOMAIN::TopoNode_T> nodes);
   void lose(int eventId) noexcept;

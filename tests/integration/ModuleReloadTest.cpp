@@ -1,7 +1,6 @@
 // The module comes into the process and leaves it without a trace.
 
 #include <gtest/gtest.h>
-#include <pthread.h>
 #if defined(__SANITIZE_ADDRESS__)
 #include <sanitizer/lsan_interface.h>
 #endif
@@ -21,6 +20,7 @@
 #include "orb/idl/TopoAgent.h"
 #include "orb/idl/TopoManagementManager.h"
 #include "platform/bundlemgr/ServiceInterface.h"
+#include "tests/support/NoThreads.h"
 #include "tests/support/Task.h"
 #include "tests/support/TemporaryDirectory.h"
 #include "tests/unit/agent_events/Handlers.h"
@@ -159,28 +159,10 @@ TEST_F(ModuleControls, SayThatTheyReloadWhileAnEventIsWaitedFor) {
   host_.events().UnSubscribe(&slow.handler, events::kCreated);
 }
 
-// No new thread can be started while an object of this class lives.
-class NoThreads {
- public:
-  NoThreads() {
-    pthread_getattr_default_np(&before_);
-    pthread_attr_t beyondMemory = before_;
-    pthread_attr_setstacksize(&beyondMemory, std::size_t{1} << 47);
-    pthread_setattr_default_np(&beyondMemory);
-  }
-  ~NoThreads() { pthread_setattr_default_np(&before_); }
-
-  NoThreads(const NoThreads&) = delete;
-  NoThreads& operator=(const NoThreads&) = delete;
-
- private:
-  pthread_attr_t before_{};
-};
-
 TEST_F(ModuleControls, LeaveTheModuleServingWhenAReloadCannotBegin) {
   control_.load();
   {
-    const NoThreads none;
+    const support::NoThreads none;
     EXPECT_THROW(control_.reload(), agent::ModuleError);
   }
   EXPECT_EQ(State::kLoaded, control_.state());

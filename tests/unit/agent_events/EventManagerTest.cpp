@@ -10,11 +10,13 @@
 #include <memory>
 #include <new>
 #include <stdexcept>
+#include <system_error>
 
 #include "Handlers.h"
 #include "PlatformSupport.h"
 #include "platform/agent/Logging.h"
 #include "platform/framework/ProcessException.h"
+#include "tests/support/NoThreads.h"
 
 namespace {
 
@@ -33,6 +35,7 @@ using events::subscribe;
 using events::unsubscribe;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::StartsWith;
 
 class EventManagerTest : public testing::Test {
  protected:
@@ -428,6 +431,18 @@ TEST_F(EventManagerTest, LogsOnceEachTimeThatAQueueBecomesTooFull) {
     EXPECT_TRUE(manager.flush(kLong));
   }
   EXPECT_EQ(4U, manager.status().dropped);
+}
+
+TEST_F(EventManagerTest, LogsASubscriptionThatFails) {
+  Recorder handler;
+  EventManager manager;
+  {
+    const support::NoThreads none;
+    EXPECT_THROW(subscribe(manager, handler, {kCreated}), std::system_error);
+  }
+  EXPECT_THAT(takeLogLines(),
+              ElementsAre(StartsWith("1 topo-agentd:0 a handler cannot subscribe to event 372: ")));
+  EXPECT_EQ(0U, manager.status().subscriptions);
 }
 
 TEST_F(EventManagerTest, SaysWhenEventsAreNotHandledInTime) {

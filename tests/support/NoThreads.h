@@ -1,0 +1,32 @@
+// A process that cannot start threads.
+
+#ifndef TESTS_SUPPORT_NOTHREADS_H
+#define TESTS_SUPPORT_NOTHREADS_H
+
+#include <pthread.h>
+
+#include <cstddef>
+
+namespace support {
+
+// No new thread can be started while an object of this class lives.
+class NoThreads {
+ public:
+  NoThreads() {
+    pthread_getattr_default_np(&before_);
+    pthread_attr_t beyondMemory = before_;
+    pthread_attr_setstacksize(&beyondMemory, std::size_t{1} << 47);
+    pthread_setattr_default_np(&beyondMemory);
+  }
+  ~NoThreads() { pthread_setattr_default_np(&before_); }
+
+  NoThreads(const NoThreads&) = delete;
+  NoThreads& operator=(const NoThreads&) = delete;
+
+ private:
+  pthread_attr_t before_{};
+};
+
+}  // namespace support
+
+#endif
