@@ -6,8 +6,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
+#include <cerrno>
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -17,10 +21,24 @@ namespace {
 
 using agent::replaceFile;
 using support::readFile;
+using testing::ElementsAre;
 using testing::UnorderedElementsAre;
+
+std::function<int(int descriptor)> onSync;  // what fsync does; empty for the system's
+
+}  // namespace
+
+// Replaces the C library's in this program.
+int fsync(int descriptor) {
+  return onSync ? onSync(descriptor) : static_cast<int>(syscall(SYS_fsync, descriptor));
+}
+
+namespace {
 
 class ReplacedFile : public testing::Test {
  protected:
+  ~ReplacedFile() override { onSync = nullptr; }
+
   std::vector<std::string> names() const {
     std::vector<std::string> result;
     for (const auto& entry : std::filesystem::directory_iterator(directory_.path())) {
@@ -81,6 +99,32 @@ TEST_F(ReplacedFile, StaysAsItWasWhenItCannotBeReplaced) {
   std::filesystem::create_directory(folder);
   EXPECT_EQ("note " + folder + ": cannot be written: Is a directory", refusal(folder));
   EXPECT_THAT(names(), UnorderedElementsAre("folder"));
+}
+
+TEST_F(ReplacedFile, IsOnDiskBeforeItGetsItsNameAndItsNameAtTheEnd) {
+  const std::string path = directory_.write("file", "old");
+  std::vector<std::string> synced;
+  onSync = [&](int descriptor) {
+    struct stat status {};
+    fstat(descriptor, &status);
+    const std::string what =
+        S_ISDIR(status.st_mode) ? "folder" : std::to_string(status.st_size) + " bytes";
+    synced.push_back(what + " beside " + readFile(path));
+    return 0;
+  };
+  replaceFile("note", path, "new");
+  EXPECT_THAT(synced, ElementsAre("3 bytes beside old", "folder beside new"));
+}
+
+TEST_F(ReplacedFile, StaysAsItWasWhenItsContentCannotBeBroughtToDisk) {
+  const std::string path = directory_.write("file", "old");
+  onSync = [](int) {
+    errno = EIO;
+    return -1;
+  };
+  EXPECT_EQ("note " + path + ": cannot be written: Input/output error", refusal(path));
+  EXPECT_EQ("old", readFile(path));
+  EXPECT_THAT(names(), UnorderedElementsAre("file"));
 }
 
 TEST_F(ReplacedFile, IsRefusedInAFolderThatIsNotThere) {
