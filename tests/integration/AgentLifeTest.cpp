@@ -370,7 +370,16 @@ TEST_F(AgentLife, RefusesAStoreThatIsNoDatabase) {
   EXPECT_EQ(std::string(5000, 'x'), support::readFile(path));
 }
 
-TEST_F(AgentLife, ComesBackOnABackupThatWasMadeWhileItServed) {
+// Moves a store away together with what lies beside it.
+void moveAway(const std::string& store) {
+  for (const char* const suffix : {"", "-wal", "-journal"}) {
+    if (std::filesystem::exists(store + suffix)) {
+      std::filesystem::rename(store + suffix, store + ".old" + suffix);
+    }
+  }
+}
+
+TEST_F(AgentLife, ComesBackOnABackupThatReplacesItsStore) {
   const std::string backup = directory_.file("backup.db");
   json view;
   {
@@ -384,8 +393,12 @@ TEST_F(AgentLife, ComesBackOnABackupThatWasMadeWhileItServed) {
     EXPECT_EQ(0, at({"backup", backup}).status);
     EXPECT_EQ(0, at({"node", "create", "after", "--name", "After"}).status);
     EXPECT_EQ(view.size() + 1, records(agent, {"topo"}).size());
+    agent.stop(SIGKILL);  // so that the log of the old store stays
   }
-  const RunningAgent restored({}, backup);
+  ASSERT_TRUE(std::filesystem::exists(store() + "-wal"));
+  moveAway(store());
+  std::filesystem::copy_file(backup, store());
+  const RunningAgent restored({}, store());
   EXPECT_EQ(view, records(restored, {"topo"}));
 }
 
