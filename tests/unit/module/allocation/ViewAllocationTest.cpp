@@ -1,4 +1,6 @@
+#include <cstdlib>
 #include <functional>
+#include <iostream>
 #include <new>
 #include <stdexcept>
 #include <string>
@@ -61,6 +63,23 @@ class TopoViewAllocation : public fakes::PlatformFixture {
     });
   }
 };
+
+using TopoViewAllocationDeathTest = TopoViewAllocation;
+
+// In a process of its own, in which no view has asked for a label before.
+TEST_F(TopoViewAllocationDeathTest, MakesOneMapOfUserLabelsForAllViews) {
+  testing::GTEST_FLAG(death_test_style) = "threadsafe";
+  const auto askTwice = [] {
+    fakes::agent().testSwitch = true;
+    NodeList_T nodes;
+    TopoManagementMgr::getProtectSubnetworkViewInfo(nodes);  // for what else is made on first use
+    const long first = leftBehind(view);
+    const long second = leftBehind(view);
+    std::cerr << "left behind: " << first << ", then " << second << std::endl;
+    std::_Exit(0);
+  };
+  EXPECT_EXIT(askTwice(), testing::ExitedWithCode(0), "left behind: 1, then 0");
+}
 
 TEST_F(TopoViewAllocation, LeavesNothingBehind) {
   leftBehind(view);  // once for what is made on first use
