@@ -178,6 +178,9 @@ bool Assembler::endMessage() {
     return awaitFragment(std::move(part));
   }
   if (!part.refused) {
+    if (!giop::isTargetKey(part.first, part.bytes.front())) {
+      return false;
+    }
     const std::size_t size = part.bytes.size();
     giop::rewriteHeader(part.bytes.data(), size);
     complete_.emplace(Request{std::move(part.bytes), std::nullopt, size});

@@ -27,6 +27,8 @@ struct RequestLimits {
 // Messages that a server only has to ignore (CancelRequest, fragments of unknown requests) are
 // dropped. A request over its limit becomes a refused request: one without arguments, which is
 // complete as soon as the size is known. The bytes of the original are dropped as they arrive.
+// A request that does not name its object by its key is invalid: clients use other ways only when
+// a server asks for them.
 //
 // Thread-safety: none.
 class Assembler {

@@ -13,6 +13,9 @@ constexpr std::size_t kSize = 8;
 constexpr unsigned kLittleEndianFlag = 1;
 constexpr unsigned kMoreFragmentsFlag = 2;
 
+constexpr unsigned kKeyTarget = 0;  // how a request of GIOP 1.2 names its object
+constexpr unsigned kReferenceTarget = 2;
+
 std::uint8_t octetAt(const char* bytes, std::size_t offset) {
   return static_cast<std::uint8_t>(bytes[offset]);
 }
@@ -84,13 +87,13 @@ void skipServiceContexts(Reader& reader) {
 // The object of a request in GIOP 1.2: its key, one profile of its reference, or all of it.
 void skipTarget(Reader& reader) {
   const std::uint16_t kind = reader.shortNumber();
-  if (kind == 2) {
+  if (kind == kReferenceTarget) {
     reader.number();
     reader.octets();
   }
-  const std::uint32_t profiles = kind == 2 ? reader.number() : 1;
+  const std::uint32_t profiles = kind == kReferenceTarget ? reader.number() : 1;
   for (std::uint32_t i = 0; i < profiles && !reader.failed(); ++i) {
-    if (kind != 0) {
+    if (kind != kKeyTarget) {
       reader.number();
     }
     reader.octets();
@@ -187,6 +190,19 @@ std::optional<RequestHead> parseRequestHead(const Header& header, std::string_vi
   }
   head.isWhole = !reader.failed();
   return head;
+}
+
+bool isTargetKey(const Header& header, std::string_view begin) {
+  if (header.minorVersion < 2) {
+    return true;
+  }
+  Reader reader(begin, header.littleEndian);
+  reader.number();
+  if (header.type == Type::kRequest) {
+    reader.number();  // the octet of the response and the reserved ones
+  }
+  const std::uint16_t kind = reader.shortNumber();
+  return reader.failed() || kind == kKeyTarget;
 }
 
 std::string emptyRequest(std::uint8_t minorVersion, const RequestHead& head) {

@@ -54,6 +54,10 @@ struct RequestHead {
 // head does not end within it, or is malformed.
 std::optional<RequestHead> parseRequestHead(const Header& header, std::string_view begin);
 
+// Whether a complete request or LocateRequest names its object by its key, the only way that every
+// ORB serves; GIOP 1.2 also has profiles and whole references. True when the message ends before.
+bool isTargetKey(const Header& header, std::string_view begin);
+
 // A request without arguments for a nameless object, in place of one that is not to be decoded.
 std::string emptyRequest(std::uint8_t minorVersion, const RequestHead& head);
 

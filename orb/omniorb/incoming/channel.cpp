@@ -20,6 +20,7 @@ Channel::~Channel() {
 int Channel::read(char* to, std::size_t count,
                   std::optional<std::chrono::system_clock::time_point> deadline) {
   std::unique_lock<std::mutex> lock(mutex_);
+  reader_ = std::this_thread::get_id();
   for (;;) {
     if (shutDown_) {
       return -1;
@@ -52,6 +53,7 @@ bool Channel::isRefused() const {
 
 void Channel::setSelectable() {
   const std::lock_guard<std::mutex> lock(mutex_);
+  reader_ = std::thread::id();
   if (selectable_) {
     return;
   }
@@ -60,6 +62,15 @@ void Channel::setSelectable() {
     watcher_.attend(id_);
   } else {
     watcher_.watch(id_, socket_);
+  }
+}
+
+void Channel::leave() {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  if (reader_ == std::this_thread::get_id()) {
+    reader_ = std::thread::id();
+    selectable_ = true;
+    shutDownLocked();
   }
 }
 
@@ -76,6 +87,10 @@ bool Channel::isSelectable() const {
 
 void Channel::shutDown() {
   const std::lock_guard<std::mutex> lock(mutex_);
+  shutDownLocked();
+}
+
+void Channel::shutDownLocked() {
   shutDown_ = true;
   ::shutdown(socket_, SHUT_RDWR);
   changed_.notify_all();

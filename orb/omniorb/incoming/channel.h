@@ -10,6 +10,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <thread>
 
 #include "../../incoming/assembler.h"
 
@@ -67,6 +68,11 @@ class Channel {
 
   void setSelectable();
 
+  // The calling thread serves the channel no longer. When it was to read on and did not make the
+  // channel selectable, the rest of its request cannot be read any more: the connection is shut
+  // down and ready, so that the serving side finds its end.
+  void leave();
+
   // Returns when no notification of the channel is running.
   void clearSelectable();
 
@@ -91,6 +97,7 @@ class Channel {
   std::optional<Time> begun() const;
 
  private:
+  void shutDownLocked();
   bool isReady() const { return assembler_.isComplete() || ended_ || shutDown_; }
   Assembler::Taken assemble(const char* bytes, std::size_t count, Time now);
   void receive(char* scratch, std::size_t scratchBytes, Time now, bool& starved);
@@ -106,6 +113,7 @@ class Channel {
   std::string rest_;  // received and not assembled, because a request was complete
   std::optional<Assembler::Request> current_;  // that is being read
   bool refused_ = false;                       // the request that was read last
+  std::thread::id reader_;  // the thread that reads, until it makes the channel selectable
   bool selectable_ = false;
   bool notifying_ = false;
   bool ended_ = false;  // nothing more is to be received

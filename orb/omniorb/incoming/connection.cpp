@@ -109,8 +109,10 @@ const char* Connection::peeraddress() {
 }
 
 void Connection::setSelectable(int now, _CORBA_Boolean /*dataInBuffer*/) {
-  constexpr int kOnlyIfSelectable = 2;
-  if (now != kOnlyIfSelectable) {
+  constexpr int kThreadEnds = 2;  // the connection is to be watched if it is selectable
+  if (now == kThreadEnds) {
+    channel_->leave();
+  } else {
     channel_->setSelectable();
   }
 }

@@ -241,6 +241,10 @@ TEST(InvalidMessages, EndTheirConnection) {
     many += request(id, "a", true).bytes();
   }
   const std::string odd = request(1, "a", true).raw("1").bytes() + fragment(1, "1", true).bytes();
+  const std::string byProfile =
+      Message(2, Type::kRequest, false).number(1).number(3).number(1).number(0).octets("").bytes();
+  const std::string locateByReference =
+      Message(2, static_cast<Type>(3), false).number(1).number(2).number(0).bytes();
   const std::vector<Invalid> all = {
       {"no GIOP", magic},
       {"a version to come", version},
@@ -251,6 +255,8 @@ TEST(InvalidMessages, EndTheirConnection) {
       {"too many incomplete requests", many},
       {"the same request twice", request(1, "a", true).bytes() + request(1, "a", true).bytes()},
       {"numbers that fragments shift", odd},
+      {"a request to a profile", byProfile},
+      {"a search for a reference", locateByReference},
   };
   for (const Invalid& invalid : all) {
     const orb::RequestLimits limits{kLimit, kLargeLimit, {}};
