@@ -1,7 +1,9 @@
 # One call a folder: targets of our own code, with warnings as errors.
 
-# topo_own_code(TARGET): our own code, as opposed to what a generator wrote.
+# topo_own_code(TARGET): our own code, as opposed to what a generator wrote. Its includes begin at the root of the
+# repository; scripts/check_tree.py says which folders a folder may include.
 function(topo_own_code target)
+  target_include_directories(${target} PRIVATE "${PROJECT_SOURCE_DIR}")
   target_compile_options(${target} PRIVATE
     -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Wold-style-cast -Wcast-qual
     -Woverloaded-virtual -Wconversion -Werror)

@@ -18,3 +18,12 @@ function(topo_tests target)
     DISCOVERY_TIMEOUT 60
     PROPERTIES TIMEOUT ${arg_TIMEOUT} ${labels})
 endfunction()
+
+# topo_unit_test(TARGET SOURCES... [LIBRARIES LIBRARY...]): a GoogleTest executable and each of its tests.
+function(topo_unit_test target)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "LIBRARIES")
+  add_executable(${target} ${arg_UNPARSED_ARGUMENTS})
+  topo_own_code(${target})
+  target_link_libraries(${target} PRIVATE ${arg_LIBRARIES} GTest::gmock GTest::gtest_main)
+  topo_tests(${target})
+endfunction()

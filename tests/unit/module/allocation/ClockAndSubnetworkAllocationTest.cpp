@@ -6,8 +6,8 @@
 #include "fakes/FailingNew.h"
 #include "fakes/Fixture.h"
 #include "fakes/PoaStandIn.h"
+#include "tests/unit/module/topomanagementmgrimpl/ServantUnderTest.h"
 #include "topomanagementmgr/TopoManagementMgr.h"
-#include "topomanagementmgrimpl/ServantUnderTest.h"
 
 namespace {
 

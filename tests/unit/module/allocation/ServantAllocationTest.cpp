@@ -5,8 +5,8 @@
 #include "fakes/FailingNew.h"
 #include "fakes/Fixture.h"
 #include "fakes/PoaStandIn.h"
+#include "tests/unit/module/topomanagementmgrimpl/ServantUnderTest.h"
 #include "topomanagementmgrimpl/ResultIterator.h"
-#include "topomanagementmgrimpl/ServantUnderTest.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 
 #include "fakes/Security.h"
 #include "fakes/StaticObjectLock.h"
-#include "topoevent/EventUnderTest.h"
+#include "tests/unit/module/topoevent/EventUnderTest.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "topoevent/EventUnderTest.h"
+#include "tests/unit/module/topoevent/EventUnderTest.h"
 
 namespace {
 

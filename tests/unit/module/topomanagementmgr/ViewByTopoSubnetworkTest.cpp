@@ -5,8 +5,8 @@
 
 #include "fakes/Fixture.h"
 #include "platform/framework/ProcessException.h"
+#include "tests/unit/module/topomanagementmgr/LoggedError.h"
 #include "topo/TmfRecords.h"
-#include "topomanagementmgr/LoggedError.h"
 #include "topomanagementmgr/TopoManagementMgr.h"
 
 namespace {

@@ -5,8 +5,8 @@
 #include <vector>
 
 #include "fakes/OrbFixture.h"
+#include "tests/unit/module/topomanagementmgrimpl/ServantUnderTest.h"
 #include "topo/TmfRecords.h"
-#include "topomanagementmgrimpl/ServantUnderTest.h"
 
 namespace {
 

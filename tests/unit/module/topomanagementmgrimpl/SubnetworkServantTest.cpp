@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "fakes/OrbFixture.h"
-#include "topomanagementmgrimpl/ServantUnderTest.h"
+#include "tests/unit/module/topomanagementmgrimpl/ServantUnderTest.h"
 
 namespace {
 
