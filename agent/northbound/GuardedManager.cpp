@@ -1,6 +1,7 @@
 #include "agent/northbound/GuardedManager.h"
 
 #include <algorithm>
+#include <cstring>
 #include <new>
 #include <utility>
 
@@ -9,6 +10,9 @@ namespace {
 
 // What an iterator takes without its records.
 constexpr std::size_t kServant = 1024;
+
+// What a pair of texts takes besides its characters.
+constexpr std::size_t kPair = 80;
 
 // The view that a thread computes.
 struct View {
@@ -25,6 +29,14 @@ class Computing {
   Computing(const Computing&) = delete;
   Computing& operator=(const Computing&) = delete;
 };
+
+std::size_t bytesOf(const globaldefs::NVSList_T& pairs) {
+  std::size_t bytes = 0;
+  for (CORBA::ULong i = 0; i < pairs.length(); ++i) {
+    bytes += kPair + std::strlen(pairs[i].name.in()) + std::strlen(pairs[i].value.in());
+  }
+  return bytes;
+}
 
 ViewAdmission::Pass admit(ViewAdmission& admission, std::size_t bytes) {
   try {
@@ -72,7 +84,11 @@ void GuardedManager::getCapabilities(common::CapabilityList_T_out capabilities) 
 
 void GuardedManager::setAdditionalInfo(const globaldefs::NVSList_T& objectName,
                                        globaldefs::NVSList_T& additionalInfo) {
+  // At least one byte, so that a full admission lets nothing through.
+  ViewAdmission::Pass pass = admit(guard_.information, bytesOf(additionalInfo) + 1);
   manager_.setAdditionalInfo(objectName, additionalInfo);
+  pass.computed(bytesOf(additionalInfo));
+  ViewReply::keep(std::move(pass));
 }
 
 void GuardedManager::getTopoSubnetworkViewInfo(CORBA::ULong how_many,

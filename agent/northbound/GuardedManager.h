@@ -13,9 +13,11 @@
 
 namespace agent {
 
-// What guards the views of a manager.
+// What guards the views of a manager, and setAdditionalInfo, whose reply has everything that is
+// stored. The latter waits for changes of the network, so it takes no place of a view.
 struct ViewGuard {
   ViewAdmission& admission;
+  ViewAdmission& information;
   IteratorRegistry& iterators;
   std::function<ViewSize(ViewKind)> sizeOf;  // of the network at this moment; from any thread
 };

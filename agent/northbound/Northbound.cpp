@@ -33,8 +33,11 @@ Northbound::Northbound(orb::Server& server, std::string emsName, bool testSwitch
       admission_(
           views_.limits, [this](std::size_t bytes) { return allows(bytes); },
           std::chrono::steady_clock::now),
+      information_(
+          views_.limits, [this](std::size_t bytes) { return allows(bytes); },
+          std::chrono::steady_clock::now, "additional information"),
       iterators_(server.rootPoa(), limits, std::chrono::steady_clock::now),
-      guard_{admission_, iterators_,
+      guard_{admission_, information_, iterators_,
              [this](ViewKind kind) {
                return views_.sizeOf ? views_.sizeOf(kind, Northbound::testSwitch()) : ViewSize();
              }},
@@ -103,12 +106,14 @@ Northbound& Northbound::instance() {
 
 void Northbound::open() {
   admission_.open();
+  information_.open();
   iterators_.open();
 }
 
 // The managers before the iterators: their requests make iterators. Views that wait end first.
 void Northbound::retire() {
   admission_.close();
+  information_.close();
   managers_.retire();
   iterators_.retire();
 }

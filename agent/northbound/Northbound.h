@@ -71,6 +71,7 @@ class Northbound {
   std::atomic<bool> testSwitch_;
   const ViewSetup views_;
   ViewAdmission admission_;
+  ViewAdmission information_;
   IteratorRegistry iterators_;
   const ViewGuard guard_;
   ManagerRegistry managers_;

@@ -15,8 +15,9 @@ std::string inMegabytes(std::size_t bytes) {
 
 }  // namespace
 
-ViewAdmission::ViewAdmission(const ViewLimits& limits, Allows allows, RefusalLog::Clock clock)
-    : limits_(limits), allows_(std::move(allows)), log_(std::move(clock)) {}
+ViewAdmission::ViewAdmission(const ViewLimits& limits, Allows allows, RefusalLog::Clock clock,
+                             const char* subject)
+    : limits_(limits), allows_(std::move(allows)), log_(std::move(clock)), subject_(subject) {}
 
 ViewAdmission::Pass::~Pass() {
   if (admission_ != nullptr) {
@@ -101,8 +102,8 @@ std::size_t ViewAdmission::room() const {
 }
 
 void ViewAdmission::refuse(std::size_t bytes, Decision decision) {
-  log_.refused("a view that needs " + inMegabytes(bytes) + " is refused: " +
-               (decision == Decision::kNoMemory ? "memory is short" : "too many views wait"));
+  log_.refused(std::string(subject_) + " that needs " + inMegabytes(bytes) + " is refused: " +
+               (decision == Decision::kNoMemory ? "memory is short" : "too many wait"));
   throw CORBA::NO_RESOURCES(0, CORBA::COMPLETED_NO);
 }
 

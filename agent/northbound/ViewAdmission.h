@@ -1,5 +1,5 @@
-// Admission of views: how many are computed at the same time, and how much memory views in progress
-// may take.
+// Admission of views, and of other operations with large replies: how many are computed at the same
+// time, and how much memory those in progress may take.
 
 #ifndef AGENT_NORTHBOUND_VIEWADMISSION_H
 #define AGENT_NORTHBOUND_VIEWADMISSION_H
@@ -37,7 +37,9 @@ class ViewAdmission {
   // Whether the process may allocate so many bytes more. Called from any thread.
   using Allows = std::function<bool(std::size_t bytes)>;
 
-  ViewAdmission(const ViewLimits& limits, Allows allows, RefusalLog::Clock clock);
+  // `subject` names in the log what is admitted; borrowed.
+  ViewAdmission(const ViewLimits& limits, Allows allows, RefusalLog::Clock clock,
+                const char* subject = "a view");
 
   ViewAdmission(const ViewAdmission&) = delete;
   ViewAdmission& operator=(const ViewAdmission&) = delete;
@@ -99,6 +101,7 @@ class ViewAdmission {
   const ViewLimits limits_;
   const Allows allows_;
   RefusalLog log_;
+  const char* const subject_;
 
   std::mutex mutex_;
   // Guarded by mutex_.

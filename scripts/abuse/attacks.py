@@ -313,6 +313,35 @@ def pipelined_views(programs):
     return f"+{grown:.0f} MiB"
 
 
+def additional_information(programs):
+    """100 requests of a few octets whose replies, which nobody reads, have 15 MB each."""
+    def pairs(*texts):
+        def write(encoder):
+            encoder.ulong(2)
+            for text in ("EMS", "Abused", "TopoSubnetwork", "top"):
+                encoder.string(text)
+            encoder.ulong(len(texts))
+            for number, text in texts:
+                encoder.string(str(number))
+                encoder.string(text)
+        return giop.request(MANAGER, "setAdditionalInfo", write)
+    with Agent(programs) as agent, contextlib.ExitStack() as open_ones:
+        with giop.connect(agent.address) as connection:
+            for number in range(15):
+                connection.sendall(pairs((number, "x" * 1000000)))
+                require(giop.reply_status(connection)[0] == giop.NO_EXCEPTION, "cannot be stored")
+        before = agent.resident_mib()
+        for _ in range(25):
+            connection = open_ones.enter_context(giop.connect(agent.address))
+            connection.sendall(pairs() * 4)
+        time.sleep(5)
+        grown = agent.peak_mib() - before
+        require(grown < 800, f"replies that nobody reads take {grown:.0f} MiB")
+        agent.require_serving()
+        agent.stop()
+    return f"+{grown:.0f} MiB"
+
+
 def queued_notifications(programs):
     """An event channel that is away while names of nearly 1 MiB change."""
     channel = f"corbaloc:iiop:1.2@127.0.0.1:{closed_port()}/Channel"
@@ -532,6 +561,7 @@ ATTACKS = [
     ("service contexts", many_service_contexts),
     ("iterators", iterators),
     ("pipelined views", pipelined_views),
+    ("additional information", additional_information),
     ("queued notifications", queued_notifications),
     ("long references", long_references),
     ("views without memory", views_without_memory),

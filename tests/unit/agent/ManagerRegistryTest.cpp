@@ -249,7 +249,7 @@ class GuardedManagers : public Managers {
                                   [this](std::size_t bytes) { return bytes <= free_; },
                                   std::chrono::steady_clock::now};
   agent::IteratorRegistry iterators_{server_->rootPoa(), {}, std::chrono::steady_clock::now};
-  const agent::ViewGuard guard_{admission_, iterators_, [](agent::ViewKind) {
+  const agent::ViewGuard guard_{admission_, admission_, iterators_, [](agent::ViewKind) {
                                   return agent::ViewSize{1, 500, 0};
                                 }};
   ManagerRegistry guarded_{*server_, &guard_};

@@ -51,6 +51,10 @@ class NotingManager final : public virtual POA_TopoManagementManager::TopoMgr_I 
   }
   void setAdditionalInfo(const globaldefs::NVSList_T&, globaldefs::NVSList_T& info) override {
     calls.push_back("setAdditionalInfo " + std::to_string(info.length()));
+    info.length(info.length() + storedPairs);
+    if (inSetter) {
+      inSetter();
+    }
   }
   void getTopoSubnetworkViewInfo(CORBA::ULong howMany, NodeList_T_out list,
                                  NodeIterator_I_out) override {
@@ -75,7 +79,9 @@ class NotingManager final : public virtual POA_TopoManagementManager::TopoMgr_I 
 
   std::vector<std::string> calls;
   std::function<void()> inView;
-  CORBA::ULong length = 0;  // of the list of a view
+  std::function<void()> inSetter;  // setAdditionalInfo
+  CORBA::ULong length = 0;         // of the list of a view
+  CORBA::ULong storedPairs = 0;    // that setAdditionalInfo adds to those of the request
 
  private:
   template <typename List, typename ListOut>
@@ -162,7 +168,10 @@ class Guarded : public testing::Test {
                            std::chrono::steady_clock::now};
   IteratorRegistry iterators_{server_->rootPoa(), IteratorLimits{milliseconds(1000), 3, 1000000},
                               [this] { return now_; }};
-  const ViewGuard guard_{admission_, iterators_, [this](ViewKind kind) {
+  ViewAdmission information_{{1, 10000, milliseconds(0)},
+                             [](std::size_t) { return true; },
+                             std::chrono::steady_clock::now};
+  const ViewGuard guard_{admission_, information_, iterators_, [this](ViewKind kind) {
                            kinds_.push_back(kind);
                            return ViewSize{10, 5000, 400};
                          }};
@@ -247,6 +256,28 @@ TEST_F(Guarded, ComputesOneViewWhileTheReplyOfAnotherIsSent) {
   manager_->length = 10;
   view(10);
   EXPECT_NO_THROW(view(10));
+}
+
+// A request of a few bytes is answered with everything that is stored.
+TEST_F(Guarded, RefusesAdditionalInformationWhileRepliesTakeTheMemory) {
+  globaldefs::NVSList_T info;
+  {
+    const std::shared_ptr<agent::ViewReply> reply = agent::ViewReply::begin();
+    manager_->storedPairs = 1000;
+    guarded_->setAdditionalInfo({}, info);
+    globaldefs::NVSList_T none;
+    EXPECT_THROW(guarded_->setAdditionalInfo({}, none), CORBA::NO_RESOURCES);
+    EXPECT_NO_THROW(view(1));
+  }
+  EXPECT_NO_THROW(guarded_->setAdditionalInfo({}, info));
+}
+
+TEST_F(Guarded, GivesThePlaceBackWhenAdditionalInformationIsRefused) {
+  globaldefs::NVSList_T info;
+  manager_->inSetter = [] { throw CORBA::INTERNAL(); };
+  EXPECT_THROW(guarded_->setAdditionalInfo({}, info), CORBA::INTERNAL);
+  manager_->inSetter = nullptr;
+  EXPECT_NO_THROW(guarded_->setAdditionalInfo({}, info));
 }
 
 // --- Iterators that a view makes.
