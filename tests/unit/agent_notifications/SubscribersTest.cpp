@@ -257,7 +257,7 @@ TEST_F(Subscribers, WhoHearNothingAndDoNotExistAreDropped) {
   publish(1);
   EXPECT_EQ((Texts{"1"}), consumer.received().waitFor(1));
   const PortableServer::ObjectId_var id = server_->rootPoa()->reference_to_id(consumer.reference);
-  server_->rootPoa()->deactivate_object(id);
+  server_->rootPoa()->deactivate_object(id.in());
   EXPECT_TRUE(eventually([&] { return !stands(subscription); }));
   EXPECT_NE(std::string::npos, testing::internal::GetCapturedStderr().find(
                                    "is dropped: the consumer does not exist any more"));

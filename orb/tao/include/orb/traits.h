@@ -5,10 +5,10 @@
 
 namespace orb {
 
-// Whether the size limit of messages counts every octet. It does not: a message that arrives is
-// measured by the buffer that it needs, which grows by doubling up to 64 KiB and by 64 KiB above
-// that; of a message that leaves the text or octets at its very end are only measured by
-// themselves.
+// Whether the size limit counts every octet of every message. Requests that a server receives are
+// counted exactly. A reply that arrives is measured by the buffer that it needs, which grows by
+// doubling up to 64 KiB and by 64 KiB above that. A text or octets at the very end of a message
+// that leaves are measured alone, without the message before them.
 constexpr bool kExactMessageLimit = false;
 
 // Whether a client is told that the answer is over the size limit of the server. If not, the
