@@ -76,7 +76,7 @@ TEST_F(TopoServantAllocationDeathTest, EndsTheProcessWhenThereIsNoMemoryForABatc
   EXPECT_DEATH(operation(), "bad_alloc");
 }
 
-TEST_F(TopoServantAllocation, ReleasesListAndServantOnEveryPath) {
+TEST_F(TopoServantAllocation, ReleasesListAndServantOfARefusedIterator) {
   const auto blocksLeft = [&](const std::function<void()>& path) {
     path();
     fakes::resetAgent();

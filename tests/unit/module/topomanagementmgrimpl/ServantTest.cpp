@@ -1,10 +1,12 @@
 #include <functional>
 #include <string>
 #include <thread>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
 #include "fakes/OrbFixture.h"
+#include "platform/agent/TECommonFunc.h"
 #include "tests/unit/module/topomanagementmgrimpl/ServantUnderTest.h"
 #include "topo/TmfRecords.h"
 
@@ -202,12 +204,10 @@ TEST_F(TopoServantCapabilities, AreTheSameWhateverTheAgentsState) {
   EXPECT_EQ(Journal::lines(), Lines{expectedCall_});
 }
 
-TEST_F(TopoServantCapabilities, ExamineNoFailureCode) {
-  fakes::onCall("onGetCapabilities", 1, fakes::giveCode(7));
-  common::CapabilityList_T_var capabilities;
-  servant_->getCapabilities(capabilities.out());
-  EXPECT_EQ(Journal::lines(), Lines{expectedCall_});
-  EXPECT_EQ(capabilities->length(), 7U);
+TEST_F(TopoServantCapabilities, HaveNoFailureCode) {
+  using Operations = const std::vector<std::string>&;
+  static_assert(std::is_same_v<decltype(&NS_CORBA::TECommonFunc::onGetCapabilities),
+                               void (*)(common::CapabilityList_T_out, Operations, Operations)>);
 }
 
 TEST_F(TopoServantCapabilitiesDeathTest, EndTheProcessForAForeignException) {
