@@ -61,6 +61,7 @@ ORB_NAME = re.compile(r"(?<![A-Za-z0-9_])(?:-D)?TAO_|ACE_TAO|(?<![A-Za-z])(?:lib
 ORB_NAMES_ALLOWED = ("orb/", "cmake/", "docs/", "README.md", "scripts/packages.txt",
                      "scripts/check_tree.py")
 # Keys that come from outside need a salted table. Pointers and the agent's own object keys do not.
+ADDED_TEST = re.compile(r"add_test\(\s*NAME\s+(\S+)")
 PLAIN_TABLE = re.compile(r"std::unordered_(?:map|set)<(?!(?:const )?[\w:]+\*)")
 PLAIN_TABLES_ALLOWED = ("hash/", "tests/", "bench/", "agent/northbound/IteratorRegistry.h")
 TEXT = {".supp", ".h", ".cpp", ".idl", ".py", ".sh", ".md", ".json", ".cmake", ".txt", ".map", ".hh", ""}
@@ -121,9 +122,14 @@ def line_end_problems(name, text):
 
 
 def test_problems(name, text):
-    """topo_tests gives every test a time-out; GoogleTest's own function does not."""
-    if name.endswith("CMakeLists.txt") and "gtest_discover_tests(" in text:
+    """topo_tests gives every test a time-out; GoogleTest's own function and add_test do not."""
+    if not name.endswith("CMakeLists.txt"):
+        return
+    if "gtest_discover_tests(" in text:
         yield f"{name}: finds its tests without topo_tests"
+    for test in ADDED_TEST.findall(text):
+        if not re.search(rf"set_tests_properties\({re.escape(test)}\s[^)]*\bTIMEOUT\b", text):
+            yield f"{name}: the test {test} has no time-out"
 
 
 def problems():
