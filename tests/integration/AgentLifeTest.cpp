@@ -287,12 +287,14 @@ TEST_F(AgentLife, LogsTheItemsThatItLeavesOutAtLevelThree) {
 TEST_F(AgentLife, LogsWhyAnElementIsMissingAtLevelThree) {
   const std::string odd = directory_.write(
       "odd.json",
-      R"({"format":"topo-network/1","networkElements":[{"number":0},{"number":-5},{"number":5}]})");
+      R"({"format":"topo-network/1","topoNodes":[{"id":"NE=0","type":1},{"id":"NE=-6","type":1}],
+          "networkElements":[{"number":0},{"number":-5},{"number":5}]})");
   RunningAgent agent({"--network", odd, "--log-level", "3"});
-  EXPECT_THAT(records(agent, {"topo"}), SizeIs(1));
+  EXPECT_THAT(records(agent, {"topo"}), SizeIs(2));
   EXPECT_THAT(agent.stop(SIGTERM).err,
               AllOf(HasSubstr("Object ID cannot be 0!"),
-                    HasSubstr(R"(no name for ManagedElement "-5": the number is negative)")));
+                    HasSubstr(R"(no name for ManagedElement "-5": the number is negative)"),
+                    HasSubstr(R"(no name for ManagedElement "-6": the number is negative)")));
 }
 
 // --- What ends with status 1 and one line.
