@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -39,11 +40,11 @@ std::ptrdiff_t threadsOf(pid_t pid) {
   return std::distance(begin(threads), end(threads));
 }
 
-// The agent by way of a script that leaves it few file descriptors.
-Programs withFewFiles(const support::TemporaryDirectory& directory) {
+// The agent by way of a script that runs a command of the shell first.
+Programs startedAfter(const std::string& command, const support::TemporaryDirectory& directory) {
   Programs programs = integration::ownPrograms();
-  const std::string script =
-      directory.write("agent", "#!/bin/sh\nulimit -n 128\nexec '" + programs.agent + "' \"$@\"\n");
+  const std::string script = directory.write(
+      "agent", "#!/bin/sh\n" + command + "\nexec '" + programs.agent + "' \"$@\"\n");
   std::filesystem::permissions(script, std::filesystem::perms::owner_all);
   programs.agent = script;
   return programs;
@@ -51,7 +52,8 @@ Programs withFewFiles(const support::TemporaryDirectory& directory) {
 
 TEST(Limits, KeepTheAgentInServiceWhenFilesAreFew) {
   const support::TemporaryDirectory directory;
-  RunningAgent agent({"--network", kBackbone}, ":memory:", "127.0.0.1:0", withFewFiles(directory));
+  RunningAgent agent({"--network", kBackbone}, ":memory:", "127.0.0.1:0",
+                     startedAfter("ulimit -n 128", directory));
   std::list<RawClient> clients;
   for (int i = 0; i < 300; ++i) {
     clients.emplace_back(endpointOf(agent));
@@ -67,6 +69,26 @@ TEST(Limits, KeepTheAgentInServiceWhenFilesAreFew) {
   const std::string refused = "connections are refused";
   EXPECT_THAT(ended.err, HasSubstr(refused));
   EXPECT_THAT(ended.err.substr(ended.err.find(refused) + 1), Not(HasSubstr(refused)));
+}
+
+TEST(Limits, OfOpenFilesAreRaisedAtTheStart) {
+  const support::TemporaryDirectory directory;
+  RunningAgent agent({}, ":memory:", "127.0.0.1:0", startedAfter("ulimit -S -n 128", directory));
+  rlimit files{};
+  ASSERT_EQ(0, prlimit(agent.process().pid(), RLIMIT_NOFILE, nullptr, &files));
+  EXPECT_EQ(files.rlim_max, files.rlim_cur);
+  EXPECT_LT(128U, files.rlim_cur);
+}
+
+TEST(Limits, OfMemoryRefuseViewsAndLeaveTheAgentInService) {
+  RunningAgent agent({"--network", kBackbone, "--memory", "1048576"});
+  const Ended view = runTopoctl({"--ior-file", agent.iorFile(), "topo"});
+  EXPECT_NE(0, view.status);
+  EXPECT_THAT(view.err, HasSubstr("NO_RESOURCES"));
+  EXPECT_TRUE(isServed(RawClient(endpointOf(agent))));
+  const Ended ended = agent.stop(SIGTERM);
+  EXPECT_EQ(0, ended.status);
+  EXPECT_THAT(ended.err, HasSubstr("is refused: memory is short"));
 }
 
 TEST(Limits, HoldForConnections) {
