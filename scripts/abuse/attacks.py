@@ -518,7 +518,7 @@ def guessed_keys(programs):
 
 def log_injection(programs):
     """A consumer whose host name has escape sequences, line ends and octets that are no UTF-8."""
-    host = "x\x1b[2J\x1b]0;owned\x07\ny\u202e\u0085z"
+    host = "x\x1b[2J\x1b]0;owned\x07\ny\u202e\u0085z".encode() + b"\xff\xc3("
     with Agent(programs, options=["--log-level", "3"]) as agent:
         giop.call(agent.address, SESSION, "subscribe", subscribe_arguments(host, 1))
         deadline = time.monotonic() + 10
@@ -532,6 +532,7 @@ def log_injection(programs):
             require(octets not in shown, f"the log carries {octets!r} as the client sent it")
             require(octets not in output.encode(), f"topoctl status prints {octets!r}")
         shown.decode()
+        require(rb"\xff" in shown, "the log does not show an octet that is no UTF-8")
     return f"status {status}, {len(shown)} octets of log, all of them printable"
 
 

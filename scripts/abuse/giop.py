@@ -43,7 +43,8 @@ class Encoder:
         self.data += value
 
     def string(self, value):
-        self.octets(value.encode() + b"\0")
+        """A text in UTF-8, or octets as they are."""
+        self.octets((value if isinstance(value, bytes) else value.encode()) + b"\0")
 
 
 def code_set_context():

@@ -91,6 +91,27 @@ TEST(Limits, OfMemoryRefuseViewsAndLeaveTheAgentInService) {
   EXPECT_THAT(ended.err, HasSubstr("is refused: memory is short"));
 }
 
+TEST(Limits, HoldForTheSubscribersOfOneAddress) {
+  const RunningAgent agent({"--max-subscribers-per-peer", "1"});
+  const integration::Watcher first(agent);
+  integration::Watcher second(agent);
+  EXPECT_TRUE(second.first().is_null());
+  EXPECT_THAT(second.stop().err, HasSubstr("1 subscribers of address 127.0.0.1 already"));
+}
+
+TEST(Limits, HoldForTheMemoryOfAQueue) {
+  const RunningAgent agent({"--queue-memory", "65536", "--event-channel",
+                            "corbaloc:iiop:1.2@" + integration::quietEndpoint() + "/Channel"});
+  for (const char* const id : {"a", "b", "c"}) {
+    const Ended created = runTopoctl(
+        {"--ior-file", agent.iorFile(), "node", "create", id, "--name", std::string(15000, 'x')});
+    ASSERT_EQ(0, created.status) << created.err;
+  }
+  const nlohmann::json status = integration::records(agent, {"status"});
+  EXPECT_LE(1, status["receivers"][0]["lost"].get<int>()) << status;
+  EXPECT_LE(1, status["receivers"][0]["queued"].get<int>()) << status;
+}
+
 TEST(Limits, HoldForConnections) {
   RunningAgent agent({"--network", kBackbone, "--max-connections", "2"});
   const RawClient first(endpointOf(agent));
