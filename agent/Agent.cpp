@@ -13,6 +13,7 @@
 #include "agent/Publication.h"
 #include "agent/ReplaceFile.h"
 #include "agent/console/ConsoleServant.h"
+#include "agent/console/ImportAdmission.h"
 #include "agent/domain/AttributeService.h"
 #include "agent/domain/Backups.h"
 #include "agent/domain/Cancellation.h"
@@ -103,9 +104,10 @@ NotifierOptions notifierOptions(const Options& options) {
 // An object at a key of the agent's endpoint, for as long as this lives.
 class Served {
  public:
-  Served(orb::Server& server, const char* key, PortableServer::ServantBase* servant)
+  Served(orb::Server& server, const char* key, PortableServer::ServantBase* servant,
+         orb::RequestGuard guard = nullptr)
       : object_(server.wellKnownObject(key)), servant_(servant) {
-    const CORBA::Object_var reference = object_->publish(servant);
+    const CORBA::Object_var reference = object_->publish(servant, std::move(guard));
   }
 
   // Waits for running requests.
@@ -186,7 +188,8 @@ class Agent::Parts final : private AgentControl {
     manager_ = northbound_.managers().reference(kManager);
     session_.emplace(*server_, object_key::kSession, new SessionServant(notifier_));
     if (options.console) {
-      console_.emplace(*server_, object_key::kConsole, new ConsoleServant(nodes_, backups_, *this));
+      console_.emplace(*server_, object_key::kConsole, new ConsoleServant(nodes_, backups_, *this),
+                       [this](const orb::Request& request) { return imports_.admit(request); });
     }
     publish(options, stopRequested);
     requireNoStop(stopRequested);
@@ -228,7 +231,9 @@ class Agent::Parts final : private AgentControl {
     ViewSetup setup;
     setup.limits = viewLimits(options, memoryUse_());
     setup.sizeOf = [this](ViewKind kind, bool on) { return viewSizes_.of(kind, on); };
-    setup.allows = [this](std::size_t bytes) { return memory_.allows(bytes); };
+    setup.allows = [this](std::size_t bytes) {
+      return memory_.allows(bytes + imports_.reserved());
+    };
     return setup;
   }
 
@@ -273,6 +278,8 @@ class Agent::Parts final : private AgentControl {
   Notifier notifier_;
   const MemoryBudget::Probe memoryUse_;
   MemoryBudget memory_;
+  ImportAdmission imports_{[this](std::size_t bytes) { return memory_.allows(bytes); },
+                           std::chrono::steady_clock::now};
   ViewSizes viewSizes_;
   Northbound northbound_;
   ModuleControl module_;

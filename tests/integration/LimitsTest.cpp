@@ -137,4 +137,19 @@ TEST(Limits, OfRequestsDoNotHoldForAnImport) {
   EXPECT_THAT(refused.err, HasSubstr("--max-request"));
 }
 
+TEST(Limits, OfTheMemoryHoldForAnImport) {
+  const support::TemporaryDirectory directory;
+  const std::string file = directory.write(
+      "more.json", R"({"format":"topo-network/1","topoNodes":[{"id":"more","name":"More"}]})" +
+                       std::string(20000000, ' '));
+  RunningAgent agent({"--network", kBackbone, "--memory", "400000000"});
+  const Ended refused = runTopoctl({"--ior-file", agent.iorFile(), "import", file});
+  EXPECT_NE(0, refused.status);
+  EXPECT_THAT(refused.err, HasSubstr("NO_RESOURCES"));
+  EXPECT_EQ(0, runTopoctl({"--ior-file", agent.iorFile(), "status"}).status);
+  const Ended ended = agent.stop(SIGTERM);
+  EXPECT_EQ(0, ended.status);
+  EXPECT_THAT(ended.err, HasSubstr("bytes is refused: memory is short"));
+}
+
 }  // namespace

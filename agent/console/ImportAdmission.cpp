@@ -1,0 +1,63 @@
+#include "agent/console/ImportAdmission.h"
+
+#include <new>
+#include <string>
+#include <utility>
+
+namespace agent {
+
+class ImportAdmission::Reservation {
+ public:
+  Reservation(ImportAdmission& admission, std::size_t bytes)
+      : admission_(admission), bytes_(admission.reserve(bytes) ? bytes : 0) {}
+  ~Reservation() { admission_.release(bytes_); }
+  Reservation(const Reservation&) = delete;
+  Reservation& operator=(const Reservation&) = delete;
+
+  bool isGranted() const { return bytes_ > 0; }
+
+ private:
+  ImportAdmission& admission_;
+  const std::size_t bytes_;
+};
+
+ImportAdmission::ImportAdmission(Allows allows, RefusalLog::Clock clock)
+    : allows_(std::move(allows)), log_(std::move(clock)) {}
+
+std::shared_ptr<void> ImportAdmission::admit(const orb::Request& request) {
+  if (request.operation != "importNetwork" || request.bytes == 0) {
+    return nullptr;
+  }
+  try {
+    auto reservation = std::make_shared<Reservation>(*this, kBytesOfByte * request.bytes);
+    if (reservation->isGranted()) {
+      return reservation;
+    }
+    log_.refused("an import of " + std::to_string(request.bytes) +
+                 " bytes is refused: memory is short");
+  } catch (const std::bad_alloc&) {
+    log_.refused("an import is refused: memory is short");
+  }
+  throw CORBA::NO_RESOURCES(0, CORBA::COMPLETED_NO);
+}
+
+std::size_t ImportAdmission::reserved() const {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  return reserved_;
+}
+
+bool ImportAdmission::reserve(std::size_t bytes) {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  if (!allows_(reserved_ + bytes)) {
+    return false;
+  }
+  reserved_ += bytes;
+  return true;
+}
+
+void ImportAdmission::release(std::size_t bytes) {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  reserved_ -= bytes;
+}
+
+}  // namespace agent

@@ -1,0 +1,47 @@
+// Imports and the memory that reading their files takes.
+
+#include "agent/console/ImportAdmission.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using agent::ImportAdmission;
+
+constexpr std::size_t kFactor = ImportAdmission::kBytesOfByte;
+
+orb::Request importOf(std::size_t bytes) {
+  return {"importNetwork", "127.0.0.1", bytes};
+}
+
+class Imports : public testing::Test {
+ protected:
+  std::size_t free_ = 100 * kFactor;  // what the process may allocate
+  ImportAdmission admission_{[this](std::size_t bytes) { return bytes <= free_; },
+                             std::chrono::steady_clock::now};
+};
+
+TEST_F(Imports, AreRefusedWhenReadingThemTakesMoreMemoryThanThereIs) {
+  EXPECT_THROW(admission_.admit(importOf(101)), CORBA::NO_RESOURCES);
+  EXPECT_EQ(0U, admission_.reserved());
+  EXPECT_NE(nullptr, admission_.admit(importOf(100)));
+}
+
+TEST_F(Imports, ShareTheMemoryUntilTheyHaveEnded) {
+  auto first = admission_.admit(importOf(60));
+  EXPECT_EQ(60 * kFactor, admission_.reserved());
+  EXPECT_THROW(admission_.admit(importOf(41)), CORBA::NO_RESOURCES);
+  const auto second = admission_.admit(importOf(40));
+  EXPECT_EQ(100 * kFactor, admission_.reserved());
+  first.reset();
+  EXPECT_EQ(40 * kFactor, admission_.reserved());
+  EXPECT_NE(nullptr, admission_.admit(importOf(60)));
+}
+
+TEST_F(Imports, AloneAreAdmittedByTheirSize) {
+  free_ = 0;
+  EXPECT_EQ(nullptr, admission_.admit({"createNode", "127.0.0.1", 1000}));
+  EXPECT_THROW(admission_.admit(importOf(1)), CORBA::NO_RESOURCES);
+}
+
+}  // namespace
