@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "fakes/Events.h"
-#include "tests/unit/module/topoevent/EventUnderTest.h"
+#include "tests/unit/topoevent/EventUnderTest.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "fakes/OrbFixture.h"
-#include "tests/unit/module/topomanagementmgrimpl/ServantUnderTest.h"
+#include "tests/unit/topomanagementmgrimpl/ServantUnderTest.h"
 
 namespace {
 

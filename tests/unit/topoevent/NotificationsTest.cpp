@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/unit/module/topoevent/EventUnderTest.h"
+#include "tests/unit/topoevent/EventUnderTest.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include "fakes/FailingNew.h"
 #include "fakes/Fixture.h"
 #include "fakes/PoaStandIn.h"
-#include "tests/unit/module/topomanagementmgrimpl/ServantUnderTest.h"
+#include "tests/unit/topomanagementmgrimpl/ServantUnderTest.h"
 #include "topomanagementmgrimpl/ResultIterator.h"
 
 namespace {

@@ -4,7 +4,7 @@
 
 #include "fakes/Security.h"
 #include "fakes/StaticObjectLock.h"
-#include "tests/unit/module/topoevent/EventUnderTest.h"
+#include "tests/unit/topoevent/EventUnderTest.h"
 
 namespace {
 

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "fakes/OrbFixture.h"
-#include "tests/unit/module/topomanagementmgrimpl/ServantUnderTest.h"
+#include "tests/unit/topomanagementmgrimpl/ServantUnderTest.h"
 
 namespace {
 

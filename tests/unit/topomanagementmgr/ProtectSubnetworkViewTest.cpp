@@ -6,7 +6,7 @@
 
 #include "fakes/Fixture.h"
 #include "platform/framework/ProcessException.h"
-#include "tests/unit/module/topomanagementmgr/LoggedError.h"
+#include "tests/unit/topomanagementmgr/LoggedError.h"
 #include "topomanagementmgr/TopoManagementMgr.h"
 
 namespace {

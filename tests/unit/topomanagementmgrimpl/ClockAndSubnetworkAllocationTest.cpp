@@ -6,7 +6,7 @@
 #include "fakes/FailingNew.h"
 #include "fakes/Fixture.h"
 #include "fakes/PoaStandIn.h"
-#include "tests/unit/module/topomanagementmgrimpl/ServantUnderTest.h"
+#include "tests/unit/topomanagementmgrimpl/ServantUnderTest.h"
 #include "topomanagementmgr/TopoManagementMgr.h"
 
 namespace {

@@ -5,7 +5,7 @@
 
 #include "fakes/Fixture.h"
 #include "platform/framework/ProcessException.h"
-#include "tests/unit/module/topomanagementmgr/LoggedError.h"
+#include "tests/unit/topomanagementmgr/LoggedError.h"
 #include "topo/TmfRecords.h"
 #include "topomanagementmgr/TopoManagementMgr.h"
 

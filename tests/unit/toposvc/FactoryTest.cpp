@@ -5,7 +5,7 @@
 
 #include "fakes/Fixture.h"
 #include "platform/framework/ProcessException.h"
-#include "tests/unit/module/toposvc/Entry.h"
+#include "tests/unit/toposvc/Entry.h"
 #include "toposvc/TopoService.h"
 
 namespace {

@@ -7,7 +7,7 @@
 
 #include "fakes/OrbFixture.h"
 #include "platform/agent/TECommonFunc.h"
-#include "tests/unit/module/topomanagementmgrimpl/ServantUnderTest.h"
+#include "tests/unit/topomanagementmgrimpl/ServantUnderTest.h"
 #include "topo/TmfRecords.h"
 
 namespace {
