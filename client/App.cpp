@@ -2,12 +2,12 @@
 
 #include <ostream>
 
-#include "client/Commands.h"
-#include "client/Failure.h"
-#include "client/Output.h"
-#include "client/Progress.h"
-#include "client/Session.h"
-#include "client/Watch.h"
+#include "client/base/Failure.h"
+#include "client/commands/Commands.h"
+#include "client/commands/Session.h"
+#include "client/output/OutputStream.h"
+#include "client/output/Progress.h"
+#include "client/watch/Watch.h"
 
 namespace topoctl {
 namespace {

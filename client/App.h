@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "client/Options.h"
+#include "client/commandline/Options.h"
 #include "orb/orb.h"
 
 namespace topoctl {

@@ -5,7 +5,7 @@
 #include <iostream>
 
 #include "client/App.h"
-#include "client/Output.h"
+#include "client/output/OutputStream.h"
 
 int main(int argc, char* argv[]) {
   topoctl::occupyStandardDescriptors();

@@ -10,9 +10,9 @@
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 
-#include "RunProgram.h"
-#include "WithAgent.h"
 #include "orb/traits.h"
+#include "tests/unit/client/support/RunProgram.h"
+#include "tests/unit/client/support/WithAgent.h"
 
 namespace topoctl {
 namespace {

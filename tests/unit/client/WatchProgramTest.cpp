@@ -9,11 +9,11 @@
 #include <memory>
 #include <stdexcept>
 
-#include "FakeSession.h"
-#include "MakeEvents.h"
-#include "RunProgram.h"
-#include "WithAgent.h"
 #include "tests/support/Process.h"
+#include "tests/unit/client/support/FakeSession.h"
+#include "tests/unit/client/support/MakeEvents.h"
+#include "tests/unit/client/support/RunProgram.h"
+#include "tests/unit/client/support/WithAgent.h"
 
 namespace topoctl {
 namespace {

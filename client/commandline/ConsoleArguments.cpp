@@ -1,0 +1,133 @@
+// The arguments of commands for the agent's console.
+
+#include <CLI/CLI.hpp>
+#include <charconv>
+#include <string_view>
+#include <system_error>
+
+#include "client/commandline/ArgumentKind.h"
+
+namespace topoctl {
+namespace {
+
+constexpr const char* kParent = "--parent";
+constexpr const char* kParentKind = "--parent-kind";
+constexpr const char* kName = "--name";
+constexpr const char* kKind = "--kind";
+constexpr const char* kParams = "--params";
+constexpr const char* kAttribute = "--attribute";
+
+void addText(CLI::App& command, const char* name, const char* type, const char* help) {
+  command.add_option(name, CLI::callback_t(), help)->type_name(type)->take_last();
+}
+
+void addNodeOptions(CLI::App& command) {
+  addText(command, kParent, "ID", "The node that it is below; none unless given");
+  addText(command, kParentKind, "KIND", "What the parent is: subnetwork (unless given) or element");
+  addText(command, kName, "NAME", "The name that people see; must be given");
+  addText(command, kKind, "KIND", "What it is: subnetwork (unless given) or element");
+  addText(command, kParams, "A,B", "Its two numbers; 0,0 unless given");
+  command.add_option(kAttribute, CLI::callback_t(), "An attribute; once for each, in order")
+      ->type_name("NAME=VALUE")
+      ->take_all();
+}
+
+std::string textOf(const CLI::App& command, const char* option, const char* otherwise) {
+  const Words& typed = command.get_option(option)->results();
+  return typed.empty() ? otherwise : typed.back();
+}
+
+bool isElement(const CLI::App& command, const char* option) {
+  const std::string text = textOf(command, option, "subnetwork");
+  if (text != "subnetwork" && text != "element") {
+    usageError(std::string(option) + ": '" + text + "' is neither subnetwork nor element");
+  }
+  return text == "element";
+}
+
+bool parseNumber(std::string_view text, std::int32_t& number) {
+  const auto [last, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  return error == std::errc() && last == text.data() + text.size();
+}
+
+void readParams(const CLI::App& command, TypedNode& node) {
+  const std::string text = textOf(command, kParams, "0,0");
+  const std::size_t comma = text.find(',');
+  const std::string_view all = text;
+  if (comma == std::string::npos || !parseNumber(all.substr(0, comma), node.param1) ||
+      !parseNumber(all.substr(comma + 1), node.param2)) {
+    usageError(std::string(kParams) + ": '" + text +
+               "' is not A,B, two numbers from -2147483648 to 2147483647");
+  }
+}
+
+void requireWords(const char* command, const Words& words, std::size_t count,
+                  const char* whatIsMissing) {
+  if (words.size() < count) {
+    usageError(std::string(command) + ": " + whatIsMissing);
+  }
+}
+
+void readNewNode(const CLI::App& command, const Words& words, Arguments& arguments) {
+  requireWords("node create", words, 1, "an ID is missing");
+  if (command.count(kName) == 0) {
+    usageError("node create: --name is missing");
+  }
+  TypedNode& node = arguments.node;
+  node.id = words.front();
+  node.parent = textOf(command, kParent, "");
+  node.parentIsElement = isElement(command, kParentKind);
+  node.name = textOf(command, kName, "");
+  node.isElement = isElement(command, kKind);
+  readParams(command, node);
+  for (const std::string& text : command.get_option(kAttribute)->results()) {
+    node.attributes.push_back(splitPair(kAttribute, text, "NAME=VALUE"));
+  }
+}
+
+void readNode(const CLI::App&, const Words& words, Arguments& arguments) {
+  requireWords("node delete", words, 1, "an ID is missing");
+  arguments.node.id = words.front();
+}
+
+void readNewName(const CLI::App&, const Words& words, Arguments& arguments) {
+  requireWords("node rename", words, 2,
+               words.empty() ? "ID and NAME are missing" : "a NAME is missing");
+  arguments.node.id = words[0];
+  arguments.node.name = words[1];
+}
+
+void readFileName(const CLI::App&, const Words& words, Arguments& arguments) {
+  requireWords("import", words, 1, "a FILE is missing");
+  arguments.file = words.front();
+}
+
+void readNewFileName(const CLI::App&, const Words& words, Arguments& arguments) {
+  requireWords("backup", words, 1, "a FILE is missing");
+  arguments.file = words.front();
+}
+
+void readSwitch(const CLI::App&, const Words& words, Arguments& arguments) {
+  requireWords("test-switch", words, 1, "on or off is missing");
+  if (words.front() != "on" && words.front() != "off") {
+    usageError("test-switch: '" + words.front() + "' is neither on nor off");
+  }
+  arguments.on = words.front() == "on";
+}
+
+}  // namespace
+
+const ArgumentKind kNewNodeArguments = {
+    {{"ID", "The node's key in the agent"}}, addNodeOptions, readNewNode};
+const ArgumentKind kNodeArguments = {{{"ID", "The node's key in the agent"}}, nullptr, readNode};
+const ArgumentKind kNewNameArguments = {
+    {{"ID", "The node's key in the agent"}, {"NAME", "The name that people see"}},
+    nullptr,
+    readNewName};
+const ArgumentKind kFileArguments = {
+    {{"FILE", "A network file on this machine"}}, nullptr, readFileName};
+const ArgumentKind kNewFileArguments = {
+    {{"FILE", "A new file on this machine"}}, nullptr, readNewFileName};
+const ArgumentKind kSwitchArguments = {{{"STATE", "on or off"}}, nullptr, readSwitch};
+
+}  // namespace topoctl

@@ -1,0 +1,235 @@
+#include "client/commandline/Options.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <limits>
+#include <map>
+#include <system_error>
+
+#include "client/base/Failure.h"
+#include "client/commands/Commands.h"
+
+namespace topoctl {
+namespace {
+
+// A time-out of eleven days and more is a typing error; it also keeps the milliseconds in 32 bits.
+constexpr double kMaxTimeoutSeconds = 1000000;
+
+// The options as typed. Numbers are read by our own functions: their messages name the limits, and
+// nothing but a plain decimal number passes.
+struct Typed {
+  std::string agent;
+  std::string iorFile;
+  std::string howMany;
+  std::string format;
+  std::string timeout;
+  std::string maxMessage;
+};
+
+[[noreturn]] void usageError(const std::string& text) {
+  throw Failure(ExitCode::kUsage, text);
+}
+
+std::uint32_t parseUnsigned(const std::string& option, const std::string& text, std::uint32_t min) {
+  constexpr auto kMax = std::numeric_limits<std::uint32_t>::max();
+  std::uint32_t value = 0;
+  const char* const end = text.data() + text.size();
+  const auto [last, error] = std::from_chars(text.data(), end, value);
+  if (error != std::errc() || last != end || value < min) {
+    usageError(option + ": '" + text + "' is not a number from " + std::to_string(min) + " to " +
+               std::to_string(kMax));
+  }
+  return value;
+}
+
+std::chrono::milliseconds parseTimeout(const std::string& text) {
+  double seconds = 0;
+  const char* const end = text.data() + text.size();
+  const auto [last, error] = std::from_chars(text.data(), end, seconds, std::chars_format::fixed);
+  const bool isNumber = error == std::errc() && last == end && std::isfinite(seconds);
+  if (!isNumber || std::signbit(seconds) || seconds > kMaxTimeoutSeconds) {
+    usageError("--timeout: '" + text + "' is not a number of seconds from 0 to 1000000");
+  }
+  // Rounded up: a time-out below a millisecond must not become 0, which means none.
+  return std::chrono::milliseconds(static_cast<std::int64_t>(std::ceil(seconds * 1000)));
+}
+
+Format parseFormat(const std::string& text) {
+  if (text == "table") {
+    return Format::kTable;
+  }
+  if (text == "json") {
+    return Format::kJson;
+  }
+  if (text == "csv") {
+    return Format::kCsv;
+  }
+  usageError("--format: '" + text + "' is none of table, json, csv");
+}
+
+void addOption(CLI::App& app, const std::string& name, std::string& value, const char* argument,
+               const std::string& help) {
+  app.add_option(name, value, help)->option_text(argument)->take_last();
+}
+
+void addOptions(CLI::App& app, Typed& typed) {
+  addOption(app, "--agent", typed.agent, "REF",
+            std::string("The agent: IOR, corbaloc or corbaname; default $TOPO_AGENT, or ") +
+                kDefaultAgent);
+  addOption(app, "--ior-file", typed.iorFile, "PATH", "Read the agent's reference from this file");
+  addOption(app, "--how-many", typed.howMany, "N",
+            "Records in one call, 1000 unless given; with 0 the first call asks for none");
+  addOption(app, "--format", typed.format, "FORMAT", "table (unless given), json or csv");
+  addOption(app, "--timeout", typed.timeout, "S",
+            "Seconds that one call may take, fractions allowed, 30 unless given; 0: no limit");
+  addOption(app, "--max-message", typed.maxMessage, "BYTES",
+            "Largest message that is accepted, " + std::to_string(orb::kDefaultMaxMessageBytes) +
+                " unless given");
+}
+
+CLI::App& addSubcommand(CLI::App& app, const std::string& name, const std::string& help) {
+  return *app.add_subcommand(name, help)
+              ->fallthrough()
+              ->footer("topoctl --help shows the options of all commands.");
+}
+
+void addCommands(CLI::App& app) {
+  std::map<std::string, CLI::App*> groups;
+  for (const Group& group : commandGroups()) {
+    groups[group.name] = &addSubcommand(app, group.name, group.help);
+  }
+  for (const Command& command : commands()) {
+    const std::string name = command.name;
+    const std::size_t space = name.find(' ');
+    CLI::App& parent = space == std::string::npos ? app : *groups.at(name.substr(0, space));
+    addArguments(addSubcommand(parent, name.substr(space + 1), command.help), command.takes);
+  }
+}
+
+std::string commandNames() {
+  std::string names;
+  for (const Command& command : commands()) {
+    names += (names.empty() ? "" : ", ") + std::string(command.name);
+  }
+  return names;
+}
+
+// The innermost subcommand that was typed, or the application itself.
+const CLI::App& innermost(const CLI::App& app) {
+  const CLI::App* typed = &app;
+  while (!typed->get_subcommands().empty()) {
+    typed = typed->get_subcommands().front();
+  }
+  return *typed;
+}
+
+// "topo", "node create"; "node" for a group alone, "" for nothing.
+std::string typedCommand(const CLI::App& app) {
+  std::string name;
+  for (const CLI::App* typed = &app; !typed->get_subcommands().empty();) {
+    typed = typed->get_subcommands().front();
+    name += (name.empty() ? "" : " ") + typed->get_name();
+  }
+  return name;
+}
+
+void checkCommand(const CLI::App& app) {
+  const std::vector<std::string> remaining = app.remaining(true);
+  const auto unexpected = std::find_if(remaining.begin(), remaining.end(),
+                                       [](const std::string& text) { return text != "--"; });
+  if (unexpected != remaining.end()) {
+    usageError("'" + *unexpected + "' is not expected here; the commands are: " + commandNames());
+  }
+  const std::string name = typedCommand(app);
+  if (!isCommand(name)) {
+    usageError((name.empty() ? "" : name + ": ") +
+               "a command is missing; the commands are: " + commandNames());
+  }
+}
+
+void readAgent(const CLI::App& app, const Typed& typed, const std::string& agentOfEnvironment,
+               Options& options) {
+  if (app.count("--agent") > 0 && app.count("--ior-file") > 0) {
+    usageError("--agent and --ior-file exclude each other");
+  }
+  if (app.count("--ior-file") > 0) {
+    options.iorFile = typed.iorFile;
+  } else if (app.count("--agent") > 0) {
+    options.agent = typed.agent;
+  } else if (!agentOfEnvironment.empty()) {
+    options.agent = agentOfEnvironment;
+  }
+}
+
+void readValues(const CLI::App& app, const Typed& typed, Options& options) {
+  if (app.count("--how-many") > 0) {
+    options.howMany = parseUnsigned("--how-many", typed.howMany, 0);
+  }
+  if (app.count("--format") > 0) {
+    options.format = parseFormat(typed.format);
+  }
+  if (app.count("--timeout") > 0) {
+    options.orb.callTimeout = parseTimeout(typed.timeout);
+  }
+  if (app.count("--max-message") > 0) {
+    options.orb.maxMessageBytes =
+        parseUnsigned("--max-message", typed.maxMessage, orb::kMinMaxMessageBytes);
+  }
+}
+
+void checkFormat(const Command& command, Format format) {
+  const bool tableAlone = command.formats == Formats::kTable && format != Format::kTable;
+  const bool notCsv = command.formats == Formats::kTableAndJson && format == Format::kCsv;
+  if (tableAlone || notCsv) {
+    usageError(std::string(command.name) + ": --format must be table" +
+               (tableAlone ? ": " : " or json: ") + command.whyNotOthers);
+  }
+}
+
+void readCommand(const CLI::App& app, Options& options) {
+  options.command = typedCommand(app);
+  const Command& command = commandNamed(options.command);
+  checkFormat(command, options.format);
+  options.arguments = readArguments(innermost(app), command.takes);
+}
+
+// Fills `typed`; a help or version text when one was asked for.
+std::string parse(CLI::App& app, const std::vector<std::string>& arguments) {
+  try {
+    app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
+    return "";
+  } catch (const CLI::CallForHelp&) {
+    return app.help();
+  } catch (const CLI::CallForVersion& version) {
+    return std::string(version.what()) + "\n";
+  } catch (const CLI::ParseError& error) {
+    usageError(error.what());
+  }
+}
+
+}  // namespace
+
+Options parseOptions(const std::vector<std::string>& arguments,
+                     const std::string& agentOfEnvironment) {
+  CLI::App app("Shows what a topology agent manages.", "topoctl");
+  app.set_version_flag("--version", "topoctl " TOPOCTL_VERSION, "Print the version and exit");
+  app.require_subcommand(0, 1);
+  app.allow_extras();  // refused by checkCommand, in words of our own
+  Typed typed;
+  addOptions(app, typed);
+  addCommands(app);
+
+  Options options;
+  options.notice = parse(app, arguments);
+  if (options.notice.empty()) {
+    checkCommand(app);
+    readAgent(app, typed, agentOfEnvironment, options);
+    readValues(app, typed, options);
+    readCommand(app, options);
+  }
+  return options;
+}
+
+}  // namespace topoctl

@@ -1,0 +1,93 @@
+// The arguments of the command that prints notifications.
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <charconv>
+#include <limits>
+#include <system_error>
+
+#include "client/commandline/ArgumentKind.h"
+
+namespace topoctl {
+namespace {
+
+constexpr const char* kListen = "--listen";
+constexpr const char* kCount = "--count";
+
+void addWatchOptions(CLI::App& command) {
+  command
+      .add_option(kListen, CLI::callback_t(),
+                  "Where the agent reaches this machine; 127.0.0.1 and any free port unless given")
+      ->type_name("HOST[:PORT]")
+      ->take_last();
+  command
+      .add_option(kCount, CLI::callback_t(), "End after so many notifications; never unless given")
+      ->type_name("N")
+      ->take_last();
+}
+
+// 0 when the text is no number from 1 to `max`.
+template <typename Number>
+Number parsePositive(const std::string& text, Number max) {
+  Number number = 0;
+  const char* const end = text.data() + text.size();
+  const auto [last, error] = std::from_chars(text.data(), end, number);
+  return error == std::errc() && last == end && number <= max ? number : 0;
+}
+
+[[noreturn]] void badListen(const std::string& text) {
+  usageError(std::string(kListen) + ": '" + text +
+             "' is not HOST or HOST:PORT, an IPv6 address in brackets");
+}
+
+// The host that the text begins with, which it is cut off from.
+std::string takeHost(const std::string& typed, std::string& rest) {
+  const bool bracketed = typed.rfind('[', 0) == 0;
+  const std::size_t end = typed.find(bracketed ? ']' : ':');
+  if (bracketed && end == std::string::npos) {
+    badListen(typed);
+  }
+  rest = end == std::string::npos ? "" : typed.substr(end + (bracketed ? 1 : 0));
+  return bracketed ? typed.substr(1, end - 1) : typed.substr(0, end);
+}
+
+orb::Endpoint parseListen(const std::string& typed) {
+  std::string rest;
+  const std::string host = takeHost(typed, rest);
+  const bool hostIsValid = !host.empty() && std::none_of(host.begin(), host.end(), [](char c) {
+    return static_cast<unsigned char>(c) <= ' ' || c == '[' || c == ']' || c == '/';
+  });
+  if (!hostIsValid) {
+    badListen(typed);
+  }
+  if (rest.empty()) {
+    return {host, 0};
+  }
+  const auto port = parsePositive<std::uint16_t>(rest.substr(1), 65535);
+  if (rest.front() != ':' || (port == 0 && rest != ":0")) {
+    badListen(typed);
+  }
+  return {host, port};
+}
+
+void readWatch(const CLI::App& command, const Words&, Arguments& arguments) {
+  const Words& listen = command.get_option(kListen)->results();
+  if (!listen.empty()) {
+    arguments.listen = parseListen(listen.back());
+  }
+  const Words& count = command.get_option(kCount)->results();
+  if (!count.empty()) {
+    constexpr auto kMax = std::numeric_limits<std::uint32_t>::max();
+    arguments.count = parsePositive<std::uint32_t>(count.back(), kMax);
+    if (arguments.count == 0) {
+      usageError(std::string(kCount) + ": '" + count.back() + "' is not a number from 1 to " +
+                 std::to_string(kMax));
+    }
+  }
+}
+
+}  // namespace
+
+const ArgumentKind kWatchArguments = {{}, addWatchOptions, readWatch};
+
+}  // namespace topoctl

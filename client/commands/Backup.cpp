@@ -1,0 +1,54 @@
+#include "client/commands/Backup.h"
+
+#include "client/base/File.h"
+#include "client/output/PrintFunctions.h"
+
+namespace topoctl {
+namespace {
+
+struct Backup {
+  CORBA::ULongLong bytes = 0;
+};
+
+const Description<Backup>& backupDescription() {
+  static const Description<Backup> description = {
+      {"bytes", [](const Backup& done) -> Value { return static_cast<std::int64_t>(done.bytes); }},
+  };
+  return description;
+}
+
+// Its other parts are wanted no more. What made it fail is said instead of a failure here.
+void end(TopoAgent::Console_I_ptr console, CORBA::ULongLong id) {
+  try {
+    console->endBackup(id);
+  } catch (const CORBA::Exception&) {
+    return;
+  }
+}
+
+Backup fetch(TopoAgent::Console_I_ptr console, CORBA::ULongLong id, NewFile& file) {
+  Backup done;
+  for (bool isLast = false; !isLast;) {
+    const TopoAgent::BackupPart_T_var part = console->continueBackup(id);
+    file.write(part->content.get_buffer(), part->content.length());
+    done.bytes += part->content.length();
+    isLast = part->isLast;
+  }
+  file.finish();
+  return done;
+}
+
+}  // namespace
+
+PrintFunction backup(TopoAgent::Console_I_ptr console, const Options& options) {
+  NewFile file(options.arguments.file);
+  const CORBA::ULongLong id = console->beginBackup();
+  try {
+    return recordPrinter(fetch(console, id, file), backupDescription(), options.format);
+  } catch (...) {
+    end(console, id);
+    throw;
+  }
+}
+
+}  // namespace topoctl

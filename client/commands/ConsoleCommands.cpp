@@ -1,0 +1,146 @@
+#include "client/commands/ConsoleCommands.h"
+
+#include <algorithm>
+#include <system_error>
+
+#include "client/base/Failure.h"
+#include "client/base/File.h"
+#include "client/commands/ObjectNames.h"
+#include "client/output/PrintFunctions.h"
+
+namespace topoctl {
+namespace {
+
+using TopoAgent::ImportSummary_T;
+
+void printNothing(std::ostream&) {}
+
+// ---- records
+
+struct Deletion {
+  CORBA::ULong deletedNodes;
+};
+
+const Description<Deletion>& deletionDescription() {
+  static const Description<Deletion> description = {
+      {"deletedNodes",
+       [](const Deletion& done) -> Value { return std::int64_t{done.deletedNodes}; }},
+  };
+  return description;
+}
+
+const Description<ImportSummary_T>& summaryDescription() {
+  using Summary = ImportSummary_T;
+  static const Description<Summary> description = {
+      {"topoNodes", [](const Summary& added) -> Value { return std::int64_t{added.topoNodes}; }},
+      {"networkElements",
+       [](const Summary& added) -> Value { return std::int64_t{added.networkElements}; }},
+      {"clockPositions",
+       [](const Summary& added) -> Value { return std::int64_t{added.clockPositions}; }},
+      {"clockLinks", [](const Summary& added) -> Value { return std::int64_t{added.clockLinks}; }},
+      {"objectLabels",
+       [](const Summary& added) -> Value { return std::int64_t{added.objectLabels}; }},
+  };
+  return description;
+}
+
+// ---- nodes
+
+TopoAgent::NodeKind_T kindOf(bool isElement) {
+  return isElement ? TopoAgent::NK_ELEMENT : TopoAgent::NK_SUBNETWORK;
+}
+
+// ---- import
+
+std::string readNetwork(const std::string& path, std::size_t limit) {
+  try {
+    return readFile(path, limit);
+  } catch (const std::system_error& error) {
+    throw Failure(ExitCode::kUsage,
+                  "the file '" + path + "' cannot be read: " + error.code().message());
+  }
+}
+
+TopoAgent::Content_T* toContent(const std::string& bytes) {
+  TopoAgent::Content_T_var content = new TopoAgent::Content_T;
+  content->length(static_cast<CORBA::ULong>(bytes.size()));
+  std::copy(bytes.begin(), bytes.end(), content->get_buffer());
+  return content._retn();
+}
+
+[[noreturn]] void tooLarge(const Options& options) {
+  throw Failure(ExitCode::kCallFailed,
+                "the file '" + options.arguments.file +
+                    "' is over the size limit: raise --max-message of topoctl (now " +
+                    std::to_string(options.orb.maxMessageBytes) + ") and of the agent");
+}
+
+ImportSummary_T send(TopoAgent::Console_I_ptr console, const TopoAgent::Content_T& content,
+                     const Options& options) {
+  try {
+    return console->importNetwork(options.arguments.file.c_str(), content);
+  } catch (const CORBA::SystemException& failure) {
+    if (orb::isMessageTooLarge(failure)) {
+      tooLarge(options);
+    }
+    // The agent has answered on this connection before.
+    if (orb::isConnectionClosed(failure)) {
+      throw Failure(ExitCode::kCallFailed,
+                    "the connection broke while the file '" + options.arguments.file +
+                        "' was imported: the agent ended, or the file is over the agent's size "
+                        "limit; raise --max-message of the agent");
+    }
+    throw;
+  }
+}
+
+}  // namespace
+
+PrintFunction createNode(TopoAgent::Console_I_ptr console, const Options& options) {
+  const TypedNode& typed = options.arguments.node;
+  TopoAgent::NewNode_T node;
+  node.id = typed.id.c_str();
+  node.parent = typed.parent.c_str();
+  node.parentKind = kindOf(typed.parentIsElement);
+  node.name = typed.name.c_str();
+  node.kind = kindOf(typed.isElement);
+  node.nodeParam1 = typed.param1;
+  node.nodeParam2 = typed.param2;
+  node.attributes = toList(typed.attributes);
+  console->createNode(node);
+  return printNothing;
+}
+
+PrintFunction deleteNode(TopoAgent::Console_I_ptr console, const Options& options) {
+  const Deletion done = {console->deleteNode(options.arguments.node.id.c_str())};
+  return recordPrinter(done, deletionDescription(), options.format);
+}
+
+PrintFunction renameNode(TopoAgent::Console_I_ptr console, const Options& options) {
+  const TypedNode& node = options.arguments.node;
+  console->renameNode(node.id.c_str(), node.name.c_str());
+  return printNothing;
+}
+
+PrintFunction importNetwork(TopoAgent::Console_I_ptr console, const Options& options) {
+  const std::string& path = options.arguments.file;
+  const std::string bytes = readNetwork(path, options.orb.maxMessageBytes);
+  if (bytes.size() > options.orb.maxMessageBytes) {
+    tooLarge(options);
+  }
+  const TopoAgent::Content_T_var content = toContent(bytes);
+  const ImportSummary_T added = send(console, content.in(), options);
+  return recordPrinter(added, summaryDescription(), options.format);
+}
+
+PrintFunction setTestSwitch(TopoAgent::Console_I_ptr console, const Options& options) {
+  console->setTestSwitch(options.arguments.on);
+  return printNothing;
+}
+
+PrintFunction reloadModule(TopoAgent::Console_I_ptr console, const Options&) {
+  console->reloadModule();
+  return printNothing;
+}
+
+}  // namespace topoctl

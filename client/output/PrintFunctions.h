@@ -1,0 +1,46 @@
+// Records as the result of a command.
+
+#ifndef CLIENT_OUTPUT_PRINTFUNCTIONS_H
+#define CLIENT_OUTPUT_PRINTFUNCTIONS_H
+
+#include <memory>
+#include <utility>
+
+#include "client/agent/Records.h"
+#include "client/commands/Session.h"
+#include "client/output/Printer.h"
+
+namespace topoctl {
+
+// Borrows the description.
+template <typename List>
+PrintFunction printer(Batches<List> batches,
+                      const Description<typename DescribedRows<List>::Record>& description,
+                      Format format) {
+  // Shared because a std::function must be copyable; batches are not.
+  const auto shared = std::make_shared<const Batches<List>>(std::move(batches));
+  return [shared, &description, format](std::ostream& out) {
+    print(DescribedRows<List>(*shared, description), format, out);
+  };
+}
+
+// Takes ownership of the list, as of the result of a _retn().
+template <typename List>
+PrintFunction pairPrinter(List* list, Format format) {
+  Batches<List> batches;
+  batches.add(list);
+  return printer(std::move(batches), pairDescription(), format);
+}
+
+// A result that is always one record. Borrows the description.
+template <typename Record>
+PrintFunction recordPrinter(const Record& record, const Description<Record>& description,
+                            Format format) {
+  return [record, &description, format](std::ostream& out) {
+    printOne(DescribedRecord<Record>(record, description), format, out);
+  };
+}
+
+}  // namespace topoctl
+
+#endif

@@ -1,0 +1,97 @@
+#include "client/watch/Inbox.h"
+
+#include <utility>
+
+namespace topoctl {
+
+using Lock = std::unique_lock<std::mutex>;
+
+bool Inbox::push(Subscription subscription, Event event) {
+  Lock lock(mutex_);
+  changed_.wait(
+      lock, [this, subscription] { return !isOpen(subscription) || events_.size() < capacity_; });
+  if (!isOpen(subscription)) {
+    return false;
+  }
+  const auto id = parseId(event.notificationId);
+  if (id && previousId_ && *id <= *previousId_) {
+    return true;
+  }
+  note(event);
+  events_.push_back(std::move(event));
+  changed_.notify_all();
+  return true;
+}
+
+void Inbox::note(const Event& event) {
+  if (const auto id = parseId(event.notificationId)) {
+    previousId_ = id;
+    lastId_ = *event.notificationId;
+  } else if (event.kind == EventKind::kLost && parseId(event.lastLostId)) {
+    lastId_ = *event.lastLostId;
+  }
+}
+
+void Inbox::end(Subscription subscription) {
+  const Lock lock(mutex_);
+  if (isOpen(subscription)) {
+    ended_ = true;
+    changed_.notify_all();
+  }
+}
+
+Inbox::Subscription Inbox::begin() {
+  const Lock lock(mutex_);
+  ++subscription_;
+  ended_ = false;
+  previousId_.reset();
+  changed_.notify_all();
+  return subscription_;
+}
+
+std::string Inbox::lastId() const {
+  const Lock lock(mutex_);
+  return lastId_;
+}
+
+Inbox::Taken Inbox::take(std::chrono::milliseconds timeout) {
+  Lock lock(mutex_);
+  changed_.wait_for(lock, timeout, [this] { return stopped_ || ended_ || !events_.empty(); });
+  if (stopped_) {
+    return {State::kStopped, {}};
+  }
+  if (events_.empty()) {
+    return {ended_ ? State::kEnded : State::kNothing, {}};
+  }
+  Taken taken = {State::kEvent, std::move(events_.front())};
+  events_.pop_front();
+  changed_.notify_all();
+  return taken;
+}
+
+void Inbox::takeAll(std::deque<Event>& events, std::size_t limit) {
+  const Lock lock(mutex_);
+  while (!events_.empty() && events.size() < limit) {
+    events.push_back(std::move(events_.front()));
+    events_.pop_front();
+  }
+  changed_.notify_all();
+}
+
+void Inbox::pause(std::chrono::milliseconds duration) {
+  Lock lock(mutex_);
+  changed_.wait_for(lock, duration, [this] { return stopped_; });
+}
+
+bool Inbox::isStopped() const {
+  const Lock lock(mutex_);
+  return stopped_;
+}
+
+void Inbox::stop() {
+  const Lock lock(mutex_);
+  stopped_ = true;
+  changed_.notify_all();
+}
+
+}  // namespace topoctl

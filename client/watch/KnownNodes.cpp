@@ -1,0 +1,307 @@
+#include "client/watch/KnownNodes.h"
+
+#include <algorithm>
+#include <string_view>
+#include <utility>
+
+#include "idl/NotificationLayout.h"
+
+namespace topoctl {
+namespace {
+
+using globaldefs::NVSList_T;
+using TopoManagementManager::Node_T;
+
+void appendSized(std::string& key, std::string_view text) {
+  key += std::to_string(text.size());
+  key += ':';
+  key += text;
+}
+
+// ---- changes of attributes
+
+template <typename Number>
+void setNumber(const OwnValue& value, Number& number) {
+  if (const auto* held = std::get_if<std::int64_t>(&value)) {
+    number = static_cast<Number>(*held);
+  } else if (const auto* positive = std::get_if<std::uint64_t>(&value)) {
+    number = static_cast<Number>(*positive);
+  }
+}
+
+void setPairs(const OwnValue& value, NVSList_T& pairs) {
+  if (const auto* held = std::get_if<NVSList_T>(&value)) {
+    pairs = *held;
+  }
+}
+
+void setAttribute(Node_T& node, const ChangedAttribute& changed) {
+  const std::string& name = changed.name;
+  const auto* text = std::get_if<std::string>(&changed.value);
+  if (name == "nativeEMSName" && text != nullptr) {
+    node.nativeEMSName = text->c_str();
+  } else if (name == "nodeType") {
+    setNumber(changed.value, node.nodeType);
+  } else if (name == "nodeParam1") {
+    setNumber(changed.value, node.nodeParam1);
+  } else if (name == "nodeParam2") {
+    setNumber(changed.value, node.nodeParam2);
+  } else if (name == "relatedName") {
+    setPairs(changed.value, node.relatedName);
+  } else if (name == "additionalInfo") {
+    setPairs(changed.value, node.additionalInfo);
+  }
+}
+
+// ---- differences
+
+bool equal(const NVSList_T& a, const NVSList_T& b) {
+  bool same = a.length() == b.length();
+  for (CORBA::ULong i = 0; same && i < a.length(); ++i) {
+    same = std::string_view(a[i].name.in()) == b[i].name.in() &&
+           std::string_view(a[i].value.in()) == b[i].value.in();
+  }
+  return same;
+}
+
+// Of the same field of two nodes.
+bool equal(const Value& a, const Value& b) {
+  return std::visit(
+      Overloaded{
+          [&b](ObjectName name) { return equal(*name.pairs, *std::get<ObjectName>(b).pairs); },
+          [&b](Information info) { return equal(*info.pairs, *std::get<Information>(b).pairs); },
+          [](Unknown) { return true; },
+          [&b](auto plain) { return plain == std::get<decltype(plain)>(b); }},
+      a);
+}
+
+OwnValue toOwn(const Value& value) {
+  return std::visit(Overloaded{[](std::string_view text) -> OwnValue { return std::string(text); },
+                               [](ObjectName name) -> OwnValue { return *name.pairs; },
+                               [](Information info) -> OwnValue { return *info.pairs; },
+                               [](auto plain) -> OwnValue { return plain; }},
+                    value);
+}
+
+std::vector<ChangedAttribute> changesOf(const Node_T& before, const Node_T& after) {
+  std::vector<ChangedAttribute> changes;
+  for (const auto& field : nodeDescription()) {
+    const Value value = field.value(after);
+    if (!equal(field.value(before), value)) {
+      changes.push_back({field.name, toOwn(value)});
+    }
+  }
+  return changes;
+}
+
+Event resyncEvent(EventKind kind, const char* type, const Node_T& node) {
+  Event event;
+  event.kind = kind;
+  event.type = type;
+  event.objectName = node.name;
+  event.isResync = true;
+  return event;
+}
+
+using Entries = std::vector<const KnownNodes::Entry*>;
+
+// How many of the entries' nodes are above each; those of a cycle have any number.
+std::vector<std::size_t> depthsOf(const Entries& entries) {
+  salted::Map<std::string, std::size_t> numbers;
+  for (std::size_t i = 0; i < entries.size(); ++i) {
+    numbers.emplace(keyOf(entries[i]->node.name), i);
+  }
+  constexpr auto kUnvisited = static_cast<std::size_t>(-1);
+  std::vector<std::size_t> depths(entries.size(), kUnvisited);
+  for (std::size_t start = 0; start < entries.size(); ++start) {
+    std::vector<std::size_t> path;
+    std::size_t above = 0;
+    for (std::size_t at = start;;) {
+      if (depths[at] != kUnvisited) {
+        above = depths[at] + 1;
+        break;
+      }
+      depths[at] = 0;  // ends the walk when it comes back here
+      path.push_back(at);
+      const auto parent = numbers.find(keyOf(entries[at]->node.relatedName));
+      if (parent == numbers.end()) {
+        break;
+      }
+      at = parent->second;
+    }
+    for (; !path.empty(); path.pop_back()) {
+      depths[path.back()] = above++;
+    }
+  }
+  return depths;
+}
+
+// By depth, then in the order of the view.
+Entries inOrder(const Entries& entries, bool deepestFirst) {
+  const std::vector<std::size_t> depths = depthsOf(entries);
+  std::vector<std::pair<std::size_t, const KnownNodes::Entry*>> sorted;
+  for (std::size_t i = 0; i < entries.size(); ++i) {
+    sorted.emplace_back(depths[i], entries[i]);
+  }
+  std::sort(sorted.begin(), sorted.end(), [deepestFirst](const auto& a, const auto& b) {
+    if (a.first != b.first) {
+      return deepestFirst ? a.first > b.first : a.first < b.first;
+    }
+    return a.second->place < b.second->place;
+  });
+  Entries result;
+  for (const auto& [depth, entry] : sorted) {
+    result.push_back(entry);
+  }
+  return result;
+}
+
+// What is known, as it will be after the events that are held.
+class Expected {
+ public:
+  // Borrows what is known.
+  Expected(const KnownNodes& known, const std::deque<Event>& held) : known_(known) {
+    for (const Event& event : held) {
+      if (event.objectName) {
+        take(keyOf(*event.objectName));
+      }
+      touched_.apply(event);
+    }
+  }
+
+  const KnownNodes::Entry* find(const std::string& key) const {
+    return taken_.count(key) > 0 ? touched_.find(key) : known_.find(key);
+  }
+
+  // visit(key, entry) in no order.
+  template <typename Visit>
+  void forEach(Visit visit) const {
+    for (const auto& [key, entry] : known_.entries()) {
+      if (taken_.count(key) == 0) {
+        visit(key, entry);
+      }
+    }
+    for (const auto& [key, entry] : touched_.entries()) {
+      visit(key, entry);
+    }
+  }
+
+ private:
+  void take(const std::string& key) {
+    const KnownNodes::Entry* const entry = known_.find(key);
+    if (taken_.insert(key).second && entry != nullptr) {
+      touched_.put(entry->node);
+    }
+  }
+
+  const KnownNodes& known_;
+  salted::Set<std::string> taken_;  // the keys that the events are about
+  KnownNodes touched_;              // the nodes of these keys
+};
+
+void tellDeletions(const Expected& expected, const KnownNodes& read, std::vector<Event>& events) {
+  Entries deleted;
+  expected.forEach([&](const std::string& key, const KnownNodes::Entry& entry) {
+    if (read.find(key) == nullptr) {
+      deleted.push_back(&entry);
+    }
+  });
+  for (const KnownNodes::Entry* entry : inOrder(deleted, true)) {
+    events.push_back(
+        resyncEvent(EventKind::kDeletion, notification_layout::kObjectDeletion, entry->node));
+  }
+}
+
+void tellCreations(const Expected& expected, const KnownNodes& read, std::vector<Event>& events) {
+  Entries created;
+  for (const auto& [key, entry] : read.entries()) {
+    if (expected.find(key) == nullptr) {
+      created.push_back(&entry);
+    }
+  }
+  for (const KnownNodes::Entry* entry : inOrder(created, false)) {
+    events.push_back(
+        resyncEvent(EventKind::kCreation, notification_layout::kObjectCreation, entry->node));
+    events.back().object = entry->node;
+  }
+}
+
+void tellChanges(const Expected& expected, const KnownNodes& read, std::vector<Event>& events) {
+  std::vector<std::pair<std::uint64_t, Event>> changed;
+  for (const auto& [key, entry] : read.entries()) {
+    const KnownNodes::Entry* const before = expected.find(key);
+    auto changes =
+        before == nullptr ? std::vector<ChangedAttribute>() : changesOf(before->node, entry.node);
+    if (!changes.empty()) {
+      Event event =
+          resyncEvent(EventKind::kChange, notification_layout::kAttributeValueChange, entry.node);
+      event.attributes = std::move(changes);
+      changed.emplace_back(entry.place, std::move(event));
+    }
+  }
+  std::sort(changed.begin(), changed.end(),
+            [](const auto& a, const auto& b) { return a.first < b.first; });
+  for (auto& [place, event] : changed) {
+    events.push_back(std::move(event));
+  }
+}
+
+}  // namespace
+
+std::string keyOf(const NVSList_T& name) {
+  std::string key;
+  forEachPair(name, [&key](std::string_view pairName, std::string_view value) {
+    appendSized(key, pairName);
+    appendSized(key, value);
+  });
+  return key;
+}
+
+void KnownNodes::put(const Node_T& node) {
+  const auto [entry, isNew] = entries_.try_emplace(keyOf(node.name));
+  entry->second.node = node;
+  if (isNew) {
+    entry->second.place = nextPlace_++;
+  }
+}
+
+void KnownNodes::apply(const Event& event) {
+  const auto* const node = std::get_if<Node_T>(&event.object);
+  if (event.kind == EventKind::kCreation && node != nullptr) {
+    put(*node);
+  } else if (event.kind == EventKind::kDeletion && event.objectName) {
+    entries_.erase(keyOf(*event.objectName));
+  } else if (event.kind == EventKind::kChange && event.objectName) {
+    change(event);
+  }
+}
+
+void KnownNodes::change(const Event& event) {
+  const auto found = entries_.find(keyOf(*event.objectName));
+  if (found == entries_.end()) {
+    return;
+  }
+  for (const ChangedAttribute& changed : event.attributes) {
+    setAttribute(found->second.node, changed);
+  }
+}
+
+const KnownNodes::Entry* KnownNodes::find(const std::string& key) const {
+  const auto found = entries_.find(key);
+  return found == entries_.end() ? nullptr : &found->second;
+}
+
+std::vector<Event> resync(const KnownNodes& known, KnownNodes& read,
+                          const std::deque<Event>& held) {
+  for (const Event& event : held) {
+    read.apply(event);
+  }
+  const Expected expected(known, held);
+  std::vector<Event> events;
+  tellDeletions(expected, read, events);
+  tellCreations(expected, read, events);
+  tellChanges(expected, read, events);
+  return events;
+}
+
+}  // namespace topoctl

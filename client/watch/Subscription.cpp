@@ -1,0 +1,113 @@
+#include "client/watch/Subscription.h"
+
+#include <chrono>
+
+#include "client/agent/Connection.h"
+#include "client/agent/Fetch.h"
+#include "client/watch/Consumer.h"
+
+namespace topoctl {
+namespace {
+
+using TopoManagementManager::NodeIterator_I;
+using TopoManagementManager::NodeList_T;
+using TopoManagementManager::TopoMgr_I_var;
+
+constexpr std::chrono::milliseconds kFarewell{2000};
+
+// An agent that has never got as far as the last id is another one: to it we are new.
+TopoAgent::Subscription_I_ptr subscribeAfter(TopoAgent::Session_I_ptr session,
+                                             CosNotifyComm::StructuredPushConsumer_ptr consumer,
+                                             const std::string& lastId) {
+  try {
+    return session->subscribe(consumer, lastId.c_str());
+  } catch (const globaldefs::ProcessingFailureException& refusal) {
+    if (lastId.empty() || refusal.exceptionType != globaldefs::EXCPT_INVALID_INPUT) {
+      throw;
+    }
+    return session->subscribe(consumer, "");
+  }
+}
+
+}  // namespace
+
+Subscription::Subscription(CORBA::ORB_ptr orb, PortableServer::POA_ptr poa, const Options& options,
+                           Inbox& inbox)
+    : orb_(orb), poa_(poa), options_(options), inbox_(inbox) {}
+
+Subscription::~Subscription() {
+  close();
+}
+
+void Subscription::subscribe() {
+  close();
+  subscription_ = TopoAgent::Subscription_I::_nil();
+  const TopoAgent::Session_I_var session = connectSession(orb_, options_);
+  consumer_ = new Consumer(inbox_, inbox_.begin());
+  const PortableServer::ObjectId_var id = poa_->activate_object(consumer_.in());
+  const CosNotifyComm::StructuredPushConsumer_var reference = consumer_->_this();
+  subscription_ = subscribeAfter(session, reference, inbox_.lastId());
+  if (CORBA::is_nil(subscription_)) {
+    throw Failure(ExitCode::kCallFailed, "the agent gave no subscription");
+  }
+}
+
+bool Subscription::stands() {
+  try {
+    try {
+      subscription_->ping();
+    } catch (const CORBA::SystemException& failure) {
+      if (!orb::isConnectionClosed(failure)) {
+        throw;
+      }
+      subscription_->ping();  // over a new connection
+    }
+    return true;
+  } catch (const CORBA::OBJECT_NOT_EXIST&) {
+    return false;
+  }
+}
+
+KnownNodes Subscription::readNodes() {
+  const TopoMgr_I_var manager = connect(orb_, options_);
+  const auto batches = fetchAll<NodeList_T, NodeIterator_I>(
+      options_.howMany,
+      [&manager](CORBA::ULong howMany, const TopoManagementManager::NodeList_T_out& list,
+                 const TopoManagementManager::NodeIterator_I_out& iterator) {
+        manager->getTopoSubnetworkViewInfo(howMany, list, iterator);
+      },
+      [](std::size_t) {});
+  KnownNodes nodes;
+  batches.forEach([&nodes](const auto& node) { nodes.put(node); });
+  return nodes;
+}
+
+void Subscription::close() {
+  inbox_.begin();
+  if (consumer_.in() == nullptr) {
+    return;
+  }
+  try {
+    const PortableServer::ObjectId_var id = poa_->servant_to_id(consumer_.in());
+    poa_->deactivate_object(id.in());
+  } catch (const CORBA::Exception&) {
+    // It was never activated, or the ORB is going down and has forgotten it.
+  }
+  consumer_ = nullptr;
+}
+
+void Subscription::unsubscribe() {
+  close();
+  if (CORBA::is_nil(subscription_)) {
+    return;
+  }
+  try {
+    orb::setCallTimeout(subscription_, kFarewell);
+    subscription_->unsubscribe();
+  } catch (const CORBA::Exception&) {
+    // The agent drops a consumer that is gone.
+  }
+  subscription_ = TopoAgent::Subscription_I::_nil();
+}
+
+}  // namespace topoctl

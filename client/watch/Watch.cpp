@@ -1,0 +1,43 @@
+#include "client/watch/Watch.h"
+
+#include "client/watch/EventLines.h"
+#include "client/watch/Inbox.h"
+#include "client/watch/StopSignals.h"
+#include "client/watch/Subscription.h"
+#include "client/watch/Watcher.h"
+#include "orb/orb.h"
+
+namespace topoctl {
+namespace {
+
+// A notification carries names and texts of any length, so pushes may use the whole message limit.
+orb::Options consumerOptions(const Options& options) {
+  orb::Options result = options.orb;
+  result.largeOperations = {"push_structured_event"};
+  return result;
+}
+
+}  // namespace
+
+void watch(const Options& options, std::ostream& out) {
+  Inbox inbox(kMaxWaiting);
+  const StopSignals signals([&inbox] { inbox.stop(); });
+  const auto server = orb::startServer(consumerOptions(options), options.arguments.listen, nullptr);
+  const PortableServer::POAManager_var manager = server->rootPoa()->the_POAManager();
+  manager->activate();
+  Subscription subscription(server->get(), server->rootPoa(), options, inbox);
+  EventLines lines(out, options.format, std::chrono::system_clock::now);
+  Watcher watcher(subscription, inbox, lines, options, Intervals());
+  try {
+    watcher.start();
+    while (!watcher.isDone()) {
+      watcher.step();
+    }
+  } catch (...) {
+    subscription.unsubscribe();
+    throw;
+  }
+  subscription.unsubscribe();
+}
+
+}  // namespace topoctl

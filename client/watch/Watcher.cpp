@@ -1,0 +1,156 @@
+#include "client/watch/Watcher.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace topoctl {
+namespace {
+
+// The failure that is being handled, if the agent can be blamed for it; others are thrown on.
+// REQUIRES: called in a catch block.
+std::string agentsFailure(const Options& options) {
+  const Failure failure = currentFailure(options);
+  if (failure.code() == ExitCode::kLocal) {
+    throw failure;
+  }
+  return failure.what();
+}
+
+}  // namespace
+
+Watcher::Watcher(Subscription& subscription, Inbox& inbox, EventLines& lines,
+                 const Options& options, const Intervals& intervals)
+    : subscription_(subscription),
+      inbox_(inbox),
+      lines_(lines),
+      options_(options),
+      intervals_(intervals),
+      nextRetry_(intervals.firstRetry) {}
+
+void Watcher::start() {
+  subscription_.subscribe();
+  known_ = subscription_.readNodes();
+  connected_ = true;
+  lines_.tellWatching(known_.size());
+}
+
+bool Watcher::isDone() const {
+  const std::uint64_t wanted = options_.arguments.count;
+  return inbox_.isStopped() || (wanted > 0 && shown_ >= wanted);
+}
+
+void Watcher::step() {
+  if (!connected_) {
+    comeBack();
+    return;
+  }
+  if (!held_.empty()) {
+    const Event event = std::move(held_.front());
+    held_.pop_front();
+    handle(event);
+    return;
+  }
+  const Inbox::Taken taken = inbox_.take(intervals_.heartbeat);
+  switch (taken.state) {
+    case Inbox::State::kEvent:
+      return handle(taken.event);
+    case Inbox::State::kNothing:
+      return ask();
+    case Inbox::State::kEnded:
+      return lose("the agent ended the subscription");
+    case Inbox::State::kStopped:
+      return;
+  }
+}
+
+// Applied whether it is printed or not, so that what is known stays right.
+void Watcher::show(const Event& event) {
+  known_.apply(event);
+  if (!isDone()) {
+    lines_.tell(event);
+    ++shown_;
+  }
+}
+
+void Watcher::handle(const Event& event) {
+  show(event);
+  if (event.kind == EventKind::kLost && !isDone()) {
+    try {
+      synchronize();
+    } catch (...) {
+      lose(agentsFailure(options_));
+    }
+  }
+}
+
+// When there is nothing to print, is the agent still there, and does it still know of us? One who
+// has not heard anything yet is told nothing of what it missed, so the view says it.
+void Watcher::ask() {
+  try {
+    if (!subscription_.stands()) {
+      subscription_.subscribe();
+      synchronize();
+    }
+  } catch (...) {
+    lose(agentsFailure(options_));
+  }
+}
+
+// Events that arrive meanwhile are printed afterwards, so the differences leave out what they tell.
+std::size_t Watcher::synchronize() {
+  KnownNodes read = subscription_.readNodes();
+  const std::size_t nodes = read.size();
+  inbox_.takeAll(held_, kMaxWaiting);
+  const std::vector<Event> differences = resync(known_, read, held_);
+  known_ = std::move(read);
+  for (const Event& event : differences) {
+    if (!isDone()) {
+      lines_.tell(event);
+      ++shown_;
+    }
+  }
+  return nodes;
+}
+
+void Watcher::lose(const std::string& reason) {
+  subscription_.close();
+  connected_ = false;
+  nextRetry_ = intervals_.firstRetry;
+  showRest();
+  if (!isDone()) {
+    lines_.tellDisconnected(reason);
+  }
+  subscription_.unsubscribe();  // the agent may be there, and only its view not
+}
+
+// What was received before is older than the next view.
+void Watcher::showRest() {
+  inbox_.takeAll(held_, held_.size() + kMaxWaiting);
+  for (; !held_.empty(); held_.pop_front()) {
+    show(held_.front());
+  }
+}
+
+void Watcher::comeBack() {
+  inbox_.pause(nextRetry_);
+  nextRetry_ = std::min(nextRetry_ * 2, intervals_.lastRetry);
+  if (inbox_.isStopped()) {
+    return;
+  }
+  std::size_t nodes = 0;
+  try {
+    subscription_.subscribe();
+    nodes = synchronize();
+  } catch (...) {
+    agentsFailure(options_);
+    subscription_.unsubscribe();
+    showRest();
+    return;
+  }
+  connected_ = true;
+  if (!isDone()) {
+    lines_.tellWatching(nodes);
+  }
+}
+
+}  // namespace topoctl

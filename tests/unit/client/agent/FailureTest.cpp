@@ -1,0 +1,272 @@
+#include "client/base/Failure.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <sstream>
+
+#include "client/App.h"
+#include "client/agent/Connection.h"
+#include "tests/unit/client/support/FakeNaming.h"
+#include "tests/unit/client/support/WithAgent.h"
+
+namespace topoctl {
+namespace {
+
+using globaldefs::ExceptionType_T;
+
+class Failures : public WithAgent {
+ protected:
+  std::string failureAt(const std::string& reference) const {
+    Options at = options("topo");
+    at.agent = reference;
+    return failureOf(at);
+  }
+
+  std::string refusal(ExceptionType_T type, const std::string& reason) {
+    script.onView = [=] { throw globaldefs::ProcessingFailureException(type, reason.c_str()); };
+    return failureOf(options("topo"));
+  }
+};
+
+// ---- what the agent answers
+
+TEST_F(Failures, NameTheExceptionTypeAndTheReasonOfARefusal) {
+  EXPECT_EQ(refusal(globaldefs::EXCPT_NOT_IMPLEMENTED, "later"),
+            "3 topoctl: the agent refused: EXCPT_NOT_IMPLEMENTED: later\n");
+  EXPECT_EQ(refusal(globaldefs::EXCPT_INVALID_INPUT, "no such subnetwork"),
+            "3 topoctl: the agent refused: EXCPT_INVALID_INPUT: no such subnetwork\n");
+  EXPECT_EQ(refusal(globaldefs::EXCPT_ENTITY_NOT_FOUND, "x"),
+            "3 topoctl: the agent refused: EXCPT_ENTITY_NOT_FOUND: x\n");
+  EXPECT_EQ(refusal(globaldefs::EXCPT_USERLABEL_IN_USE, "y"),
+            "3 topoctl: the agent refused: EXCPT_USERLABEL_IN_USE: y\n");
+}
+
+TEST_F(Failures, DoWithoutAReasonOfARefusal) {
+  EXPECT_EQ(refusal(globaldefs::EXCPT_ACCESS_DENIED, ""),
+            "3 topoctl: the agent refused: EXCPT_ACCESS_DENIED\n");
+}
+
+TEST_F(Failures, StayOnALineWhateverTheReasonHolds) {
+  EXPECT_EQ(refusal(globaldefs::EXCPT_INTERNAL_ERROR, "two\nlines \x1b[31m \xff"),
+            "3 topoctl: the agent refused: EXCPT_INTERNAL_ERROR: two\\nlines \\x1b[31m \ufffd\n");
+}
+
+TEST_F(Failures, NameAnyOtherSystemException) {
+  script.onView = [] { throw CORBA::NO_RESOURCES(); };
+  EXPECT_EQ(failureOf(options("topo")),
+            "4 topoctl: a call to the agent at '" + agentReference() + "' failed: NO_RESOURCES\n");
+}
+
+TEST_F(Failures, NameAnObjectThatDoesNotExist) {
+  EXPECT_EQ(failureAt("corbaloc::" + address() + "/SomethingElse").substr(0, 12), "2 topoctl: t");
+}
+
+TEST_F(Failures, NameAnObjectOfAnotherType) {
+  const auto other = server().wellKnownObject("Other");
+  const PortableServer::Servant_var<FakeNaming> naming = new FakeNaming;
+  const CORBA::Object_var reference = other->publish(naming.in());
+  EXPECT_EQ(failureAt("corbaloc::" + address() + "/Other"),
+            "4 topoctl: the object of the reference 'corbaloc::" + address() +
+                "/Other' is not a TopoMgr_I\n");
+  other->retire();
+}
+
+// ---- references
+
+TEST_F(Failures, ExplainAMalformedReference) {
+  EXPECT_EQ(failureAt(""),
+            "1 topoctl: the reference '' is malformed: it starts with none of IOR:, corbaloc:, "
+            "corbaname:\n");
+  EXPECT_EQ(failureAt("127.0.0.1:2810"),
+            "1 topoctl: the reference '127.0.0.1:2810' is malformed: it starts with none of IOR:, "
+            "corbaloc:, corbaname:\n");
+  EXPECT_EQ(failureAt("corbaloc::h:1/a b"),
+            "1 topoctl: the reference 'corbaloc::h:1/a b' is malformed: it contains white space or "
+            "control characters\n");
+  EXPECT_EQ(failureAt("corbaname::h:1"),
+            "1 topoctl: the reference 'corbaname::h:1' is malformed: it has no #NAME\n");
+  EXPECT_EQ(failureAt("corbaname::h:1#"),
+            "1 topoctl: the reference 'corbaname::h:1#' is malformed: it has no #NAME\n");
+  EXPECT_EQ(failureAt("corbaname::h:1#a%2"),
+            "1 topoctl: the reference 'corbaname::h:1#a%2' is malformed: '%2' stands for no "
+            "character\n");
+}
+
+TEST_F(Failures, ExplainAReferenceThatTheOrbCannotRead) {
+  for (const std::string reference :
+       {"IOR:", "IOR:zz", "IOR:00", "corbaloc:", "corbaloc:nonsense", "corbaloc::h:port/X"}) {
+    const std::string expected = "1 topoctl: the reference '" + reference + "' is malformed: ";
+    EXPECT_EQ(failureAt(reference).substr(0, expected.size()), expected);
+  }
+}
+
+TEST_F(Failures, RefuseANilReference) {
+  EXPECT_EQ(failureAt("IOR:00000000000000010000000000000000"),
+            "1 topoctl: the reference 'IOR:00000000000000010000000000000000' is malformed: it is "
+            "nil\n");
+}
+
+TEST_F(Failures, ShortenALongReference) {
+  const std::string reference = "IOR:" + std::string(1000, 'z');
+  const std::string expected = "1 topoctl: the reference '" + reference.substr(0, 100) + "...' is ";
+  EXPECT_EQ(failureAt(reference).substr(0, expected.size()), expected);
+}
+
+// ---- IOR files
+
+class IorFiles : public Failures {
+ protected:
+  // Options with a file of this content.
+  Options withFile(const std::string& content) const {
+    std::ofstream(path_, std::ios::binary) << content;
+    return withPath(path_);
+  }
+
+  Options withPath(const std::string& path) const {
+    Options result = options("topo");
+    result.iorFile = path;
+    return result;
+  }
+
+  ~IorFiles() override { unlink(path_.c_str()); }
+
+  const std::string path_ = testing::TempDir() + "topoctl_ior." + std::to_string(getpid());
+};
+
+TEST_F(IorFiles, HoldAnyFormOfReference) {
+  const CORBA::Object_var object = server().get()->string_to_object(agentReference().c_str());
+  const CORBA::String_var ior = server().get()->object_to_string(object);
+  EXPECT_EQ(output(withFile(ior.in())), "[]\n");
+  EXPECT_EQ(output(withFile(std::string(ior.in()) + "\n")), "[]\n");
+  EXPECT_EQ(output(withFile("  " + agentReference() + "\r\n")), "[]\n");
+}
+
+TEST_F(IorFiles, ThatCannotBeReadAreNamed) {
+  EXPECT_EQ(failureOf(withPath("/no/such/file")),
+            "1 topoctl: the IOR file '/no/such/file' cannot be read: No such file or directory\n");
+  EXPECT_EQ(failureOf(withPath("")),
+            "1 topoctl: the IOR file '' cannot be read: No such file or directory\n");
+  EXPECT_EQ(failureOf(withPath("/")),
+            "1 topoctl: the IOR file '/' cannot be read: Is a directory\n");
+}
+
+TEST_F(IorFiles, ThatAreEmptyAreNamed) {
+  EXPECT_EQ(failureOf(withFile("")), "1 topoctl: the IOR file '" + path_ + "' is empty\n");
+  EXPECT_EQ(failureOf(withFile(" \n\n")), "1 topoctl: the IOR file '" + path_ + "' is empty\n");
+}
+
+TEST_F(IorFiles, ThatHoldSomethingElseAreNamed) {
+  const std::string holdsNone =
+      "1 topoctl: the IOR file '" + path_ + "' holds no object reference: ";
+  EXPECT_EQ(failureOf(withFile("hello\n")),
+            holdsNone + "it starts with none of IOR:, corbaloc:, corbaname:\n");
+  EXPECT_EQ(failureOf(withFile("IOR:00\nIOR:00\n")),
+            holdsNone + "it contains white space or control characters\n");
+  EXPECT_EQ(failureOf(withFile(std::string("IOR:\0", 5))),
+            holdsNone + "it contains white space or control characters\n");
+  EXPECT_EQ(failureOf(withFile("IOR:garbage")).substr(0, holdsNone.size()), holdsNone);
+  EXPECT_EQ(failureOf(withPath("/dev/zero")),
+            "1 topoctl: the IOR file '/dev/zero' is too long for an object reference\n");
+}
+
+TEST_F(IorFiles, AreNamedWhenTheirAgentFails) {
+  script.onView = [] { throw CORBA::TRANSIENT(); };
+  EXPECT_EQ(failureOf(withFile(agentReference())),
+            "2 topoctl: the agent of the IOR file '" + path_ + "' is not reachable: TRANSIENT\n");
+}
+
+// ---- names
+
+class Names : public Failures {
+ protected:
+  void SetUp() override {
+    Failures::SetUp();
+    naming_ = new FakeNaming;
+    CORBA::ORB_ptr orb = server().get();
+    naming_->bound["TopoManagement"] = orb->string_to_object(agentReference().c_str());
+    naming_->bound["a/b c.kind"] = orb->string_to_object(agentReference().c_str());
+    naming_->bound["nil"] = CORBA::Object::_nil();
+    service_ = server().wellKnownObject("NameService");
+    const CORBA::Object_var reference = service_->publish(naming_.in());
+  }
+
+  void TearDown() override {
+    service_->retire();
+    Failures::TearDown();
+  }
+
+  static std::string reference(const std::string& rest) {
+    std::string reference = "corbaname::";
+    return reference.append(address()).append(rest);
+  }
+
+  std::string outputAt(const std::string& reference) const {
+    Options at = options("topo");
+    at.agent = reference;
+    return output(at);
+  }
+
+ private:
+  PortableServer::Servant_var<FakeNaming> naming_;
+  std::unique_ptr<orb::WellKnownObject> service_;
+};
+
+TEST_F(Names, AreResolved) {
+  EXPECT_EQ(outputAt(reference("#TopoManagement")), "[]\n");
+  EXPECT_EQ(outputAt(reference("/NameService#TopoManagement")), "[]\n");
+  EXPECT_EQ(outputAt("CorbaName::" + address() + "#TopoManagement"), "[]\n");
+  EXPECT_EQ(outputAt(reference("#a/b%20c%2Ekind")), "[]\n");
+}
+
+TEST_F(Names, ThatAreNotBoundAreNamed) {
+  EXPECT_EQ(failureAt(reference("#Nothing")), "2 topoctl: the naming service of '" +
+                                                  reference("#Nothing") +
+                                                  "' has no object of the name 'Nothing'\n");
+  EXPECT_EQ(failureAt(reference("#nil")), "2 topoctl: the naming service of '" + reference("#nil") +
+                                              "' has no object of the name 'nil'\n");
+}
+
+TEST_F(Names, ThatTheNamingServiceCannotReadAreMalformed) {
+  EXPECT_EQ(failureAt(reference("#a..b")), "1 topoctl: the reference '" + reference("#a..b") +
+                                               "' is malformed: 'a..b' is not a name\n");
+}
+
+TEST_F(Names, NeedANamingService) {
+  EXPECT_EQ(failureAt(reference("/TopoManagement#x")), "4 topoctl: the naming service of '" +
+                                                           reference("/TopoManagement#x") +
+                                                           "' is not a NamingContextExt\n");
+}
+
+// ---- this process
+
+TEST(LocalFailures, OfTheOutputAreReported) {
+  std::ostringstream out;
+  out.setstate(std::ios::badbit);
+  std::ostringstream err;
+  EXPECT_EQ(run({"--version"}, "", {out, err, false}), 5);
+  EXPECT_EQ(err.str(), "topoctl: the output cannot be written\n");
+}
+
+template <typename Thrown>
+std::string translated(const Thrown& thrown) {
+  try {
+    throw thrown;
+  } catch (...) {
+    const Failure failure = currentFailure(Options());
+    return std::to_string(static_cast<int>(failure.code())) + " " + failure.what();
+  }
+}
+
+TEST(LocalFailures, OfAnyTypeAreReported) {
+  EXPECT_EQ(translated(std::bad_alloc()), "5 out of memory");
+  EXPECT_EQ(translated(std::runtime_error("something")), "5 something");
+  EXPECT_EQ(translated(42), "5 an unknown failure");
+  EXPECT_EQ(translated(CosNaming::NamingContext::AlreadyBound()),
+            "4 a call to the agent at 'corbaloc::127.0.0.1:2810/TopoManagement' failed: "
+            "AlreadyBound");
+}
+
+}  // namespace
+}  // namespace topoctl

@@ -1,0 +1,126 @@
+// The arguments of commands for the agent's console.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "client/commandline/Arguments.h"
+#include "tests/unit/client/commandline/ParseLine.h"
+
+namespace topoctl {
+namespace {
+
+using testing::HasSubstr;
+using Words = std::vector<std::string>;
+
+// ---- node create
+
+TEST(ConsoleArguments, OfANewNodeHaveDefaults) {
+  const TypedNode node = parsed({"node", "create", "core", "--name", "Core"}).node;
+  EXPECT_EQ(node.id, "core");
+  EXPECT_EQ(node.name, "Core");
+  EXPECT_EQ(node.parent, "");
+  EXPECT_FALSE(node.parentIsElement);
+  EXPECT_FALSE(node.isElement);
+  EXPECT_EQ(node.param1, 0);
+  EXPECT_EQ(node.param2, 0);
+  EXPECT_TRUE(node.attributes.empty());
+}
+
+TEST(ConsoleArguments, OfANewNodeAreAllTaken) {
+  const TypedNode node =
+      parsed({"node", "create", "--parent", "ring", "--parent-kind", "element", "7", "--name",
+              "Z\u00fcrich", "--kind", "element", "--params", "-2147483648,2147483647",
+              "--attribute", "Region=north", "--attribute", "Region=a=b", "--attribute", "="})
+          .node;
+  EXPECT_EQ(node.id, "7");
+  EXPECT_EQ(node.parent, "ring");
+  EXPECT_TRUE(node.parentIsElement);
+  EXPECT_TRUE(node.isElement);
+  EXPECT_EQ(node.param1, -2147483647 - 1);
+  EXPECT_EQ(node.param2, 2147483647);
+  ASSERT_EQ(node.attributes.size(), 3U);
+  EXPECT_EQ(node.attributes[0].name, "Region");
+  EXPECT_EQ(node.attributes[1].value, "a=b");
+  EXPECT_EQ(node.attributes[2].name, "");
+}
+
+TEST(ConsoleArguments, OfANewNodeOverrideEachOther) {
+  const TypedNode node = parsed({"node", "create", "7", "--name", "a", "--name", "b", "--kind",
+                                 "nonsense", "--kind", "element"})
+                             .node;
+  EXPECT_EQ(node.name, "b");
+  EXPECT_TRUE(node.isElement);
+}
+
+TEST(ConsoleArguments, AfterTwoDashesMayLookLikeOptions) {
+  for (const std::string id : {"-1", "--name", "-h", "++", "--"}) {
+    EXPECT_EQ(parsed({"node", "create", "--name", "x", "--", id}).node.id, id);
+    EXPECT_EQ(parsed({"node", "delete", "--", id}).node.id, id);
+    EXPECT_EQ(parsed({"node", "rename", "--", id, "x"}).node.id, id);
+    EXPECT_EQ(parsed({"node", "rename", "x", "--", id}).node.name, id);
+    EXPECT_EQ(parsed({"import", "--", id}).file, id);
+  }
+}
+
+TEST(ConsoleArguments, MayBeNamesOfCommands) {
+  for (const std::string id : {"node", "create", "delete", "topo", "module", "[a,b]", "", " "}) {
+    EXPECT_EQ(parsed({"node", "delete", id}).node.id, id);
+    EXPECT_EQ(parsed({"node", "create", id, "--name", id}).node.id, id);
+  }
+}
+
+TEST(ConsoleArguments, OfANewNodeMustBeCompleteAndHaveTheirForm) {
+  EXPECT_EQ(usageErrorOf({"node", "create"}), "node create: an ID is missing");
+  EXPECT_EQ(usageErrorOf({"node", "create", "7"}), "node create: --name is missing");
+  const auto errorOf = [](const Words& more) {
+    Words words = {"node", "create", "7", "--name", "x"};
+    words.insert(words.end(), more.begin(), more.end());
+    return usageErrorOf(words);
+  };
+  EXPECT_EQ(errorOf({"--kind", "ring"}), "--kind: 'ring' is neither subnetwork nor element");
+  EXPECT_EQ(errorOf({"--parent-kind", ""}), "--parent-kind: '' is neither subnetwork nor element");
+  EXPECT_EQ(errorOf({"--attribute", "Region"}), "--attribute: 'Region' is not NAME=VALUE");
+  for (const std::string params : {"", "1", "1,", ",1", "1,2,3", "1, 2", "a,b", "2147483648,0",
+                                   "0,-2147483649", "+1,2", "1.0,2"}) {
+    EXPECT_EQ(errorOf({"--params", params}),
+              "--params: '" + params + "' is not A,B, two numbers from -2147483648 to 2147483647");
+  }
+  EXPECT_THAT(errorOf({"8"}), HasSubstr("'8' is not expected here; "));
+  EXPECT_THAT(errorOf({"--unique"}), HasSubstr("'--unique' is not expected here; "));
+}
+
+// ---- others
+
+TEST(ConsoleArguments, OfOtherCommandsMustBeComplete) {
+  EXPECT_EQ(usageErrorOf({"node", "delete"}), "node delete: an ID is missing");
+  EXPECT_EQ(usageErrorOf({"node", "rename"}), "node rename: ID and NAME are missing");
+  EXPECT_EQ(usageErrorOf({"node", "rename", "7"}), "node rename: a NAME is missing");
+  EXPECT_EQ(usageErrorOf({"import"}), "import: a FILE is missing");
+  EXPECT_EQ(usageErrorOf({"backup"}), "backup: a FILE is missing");
+  EXPECT_EQ(usageErrorOf({"test-switch"}), "test-switch: on or off is missing");
+  EXPECT_EQ(usageErrorOf({"test-switch", "ON"}), "test-switch: 'ON' is neither on nor off");
+  for (const Words& words : std::vector<Words>{{"node", "delete", "7", "x"},
+                                               {"node", "rename", "7", "n", "x"},
+                                               {"import", "f", "x"},
+                                               {"test-switch", "on", "x"},
+                                               {"status", "x"},
+                                               {"module", "reload", "x"}}) {
+    EXPECT_THAT(usageErrorOf(words), HasSubstr("'x' is not expected here; "));
+  }
+}
+
+TEST(ConsoleArguments, TurnTheTestSwitchOnOrOff) {
+  EXPECT_TRUE(parsed({"test-switch", "on"}).on);
+  EXPECT_FALSE(parsed({"test-switch", "off"}).on);
+}
+
+TEST(ConsoleArguments, AreExplainedByTheHelpOfTheirCommand) {
+  EXPECT_THAT(parseOptions({"node", "create", "--help"}, "").notice,
+              testing::AllOf(HasSubstr("create [OPTIONS] [ID]"), HasSubstr("--parent-kind KIND"),
+                             HasSubstr("--attribute NAME=VALUE")));
+  EXPECT_THAT(parseOptions({"node", "--help"}, "").notice,
+              testing::AllOf(HasSubstr("create "), HasSubstr("delete "), HasSubstr("rename ")));
+}
+
+}  // namespace
+}  // namespace topoctl

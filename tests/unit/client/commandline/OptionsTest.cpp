@@ -1,0 +1,170 @@
+#include "client/commandline/Options.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "client/base/Failure.h"
+
+namespace topoctl {
+namespace {
+
+using std::chrono::milliseconds;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+Options parsed(std::vector<std::string> arguments, const std::string& environment = "") {
+  arguments.emplace_back("topo");
+  return parseOptions(arguments, environment);
+}
+
+// The text of a usage error.
+std::string usageError(const std::vector<std::string>& arguments) {
+  try {
+    parseOptions(arguments, "");
+    return "no error";
+  } catch (const Failure& failure) {
+    EXPECT_EQ(failure.code(), ExitCode::kUsage);
+    return failure.what();
+  }
+}
+
+TEST(Options, HaveDefaults) {
+  const Options options = parseOptions({"topo"}, "");
+  EXPECT_EQ(options.agent, "corbaloc::127.0.0.1:2810/TopoManagement");
+  EXPECT_EQ(options.iorFile, std::nullopt);
+  EXPECT_EQ(options.howMany, 1000U);
+  EXPECT_EQ(options.format, Format::kTable);
+  EXPECT_EQ(options.orb.callTimeout, milliseconds(30000));
+  EXPECT_EQ(options.orb.maxMessageBytes, 268435456U);
+  EXPECT_EQ(options.command, "topo");
+  EXPECT_EQ(options.notice, "");
+}
+
+TEST(Options, AreReadBeforeAndAfterTheCommand) {
+  for (const auto& options :
+       {parseOptions({"--format", "csv", "--how-many", "7", "capabilities"}, ""),
+        parseOptions({"capabilities", "--format=csv", "--how-many=7"}, ""),
+        parseOptions({"--how-many", "7", "capabilities", "--format", "csv"}, "")}) {
+    EXPECT_EQ(options.format, Format::kCsv);
+    EXPECT_EQ(options.howMany, 7U);
+    EXPECT_EQ(options.command, "capabilities");
+  }
+}
+
+TEST(Options, OfTheSameNameOverrideEachOther) {
+  EXPECT_EQ(parsed({"--format", "csv", "--format", "json"}).format, Format::kJson);
+  EXPECT_EQ(parsed({"--how-many", "x", "--how-many", "5"}).howMany, 5U);
+}
+
+TEST(Options, TakeTheAgentFromTheEnvironmentUnlessOneIsGiven) {
+  EXPECT_EQ(parsed({}, "corbaloc::far:1/X").agent, "corbaloc::far:1/X");
+  EXPECT_EQ(parsed({"--agent", "corbaloc::near:1/X"}, "corbaloc::far:1/X").agent,
+            "corbaloc::near:1/X");
+  EXPECT_EQ(parsed({"--ior-file", "/the/file"}, "corbaloc::far:1/X").iorFile, "/the/file");
+}
+
+TEST(Options, RefuseTwoAgents) {
+  EXPECT_EQ(usageError({"--agent", "corbaloc::near:1/X", "--ior-file", "/the/file", "topo"}),
+            "--agent and --ior-file exclude each other");
+}
+
+TEST(Options, TakeEveryUnsignedNumberOf32BitsAsHowMany) {
+  EXPECT_EQ(parsed({"--how-many", "0"}).howMany, 0U);
+  EXPECT_EQ(parsed({"--how-many", "4294967295"}).howMany, 4294967295U);
+}
+
+TEST(Options, RefuseOtherTextsAsHowMany) {
+  for (const std::string text : {"4294967296", "99999999999999999999", "-1", "+1", "1.5", "1e3",
+                                 "0x10", "ten", "1 ", " 1"}) {
+    EXPECT_EQ(usageError({"--how-many", text, "topo"}),
+              "--how-many: '" + text + "' is not a number from 0 to 4294967295");
+  }
+  EXPECT_EQ(usageError({"--how-many", "", "topo"}),
+            "--how-many: '' is not a number from 0 to 4294967295");
+}
+
+TEST(Options, TakeSecondsAndFractionsAsTimeout) {
+  EXPECT_EQ(parsed({"--timeout", "0"}).orb.callTimeout, milliseconds(0));
+  EXPECT_EQ(parsed({"--timeout", "2"}).orb.callTimeout, milliseconds(2000));
+  EXPECT_EQ(parsed({"--timeout", "0.25"}).orb.callTimeout, milliseconds(250));
+  EXPECT_EQ(parsed({"--timeout", "1000000"}).orb.callTimeout, milliseconds(1000000000));
+}
+
+TEST(Options, RoundATinyTimeoutUpBecauseZeroMeansNone) {
+  EXPECT_EQ(parsed({"--timeout", "0.0000001"}).orb.callTimeout, milliseconds(1));
+}
+
+TEST(Options, RefuseOtherTextsAsTimeout) {
+  for (const std::string text :
+       {"-1", "-0", "1000000.1", "1e9", "nan", "inf", "soon", "1s", "", "0,5"}) {
+    EXPECT_EQ(usageError({"--timeout", text, "topo"}),
+              "--timeout: '" + text + "' is not a number of seconds from 0 to 1000000");
+  }
+}
+
+TEST(Options, LimitTheLargestMessage) {
+  EXPECT_EQ(parsed({"--max-message", "8192"}).orb.maxMessageBytes, 8192U);
+  EXPECT_EQ(parsed({"--max-message", "4294967295"}).orb.maxMessageBytes, 4294967295U);
+  for (const std::string text : {"8191", "0", "4294967296", "1M"}) {
+    EXPECT_EQ(usageError({"--max-message", text, "topo"}),
+              "--max-message: '" + text + "' is not a number from 8192 to 4294967295");
+  }
+}
+
+TEST(Options, RefuseAnUnknownFormat) {
+  EXPECT_EQ(parsed({"--format", "table"}).format, Format::kTable);
+  EXPECT_EQ(usageError({"--format", "xml", "topo"}), "--format: 'xml' is none of table, json, csv");
+  EXPECT_EQ(usageError({"--format", "JSON", "topo"}),
+            "--format: 'JSON' is none of table, json, csv");
+}
+
+const std::string kCommands =
+    "the commands are: topo, protect, below, clocks, clock-links, tree, set, capabilities, watch, "
+    "node create, node delete, node rename, import, backup, test-switch, status, module reload";
+
+TEST(Options, RefuseAMissingUnknownOrSecondCommand) {
+  EXPECT_EQ(usageError({}), "a command is missing; " + kCommands);
+  EXPECT_EQ(usageError({"--format", "json"}), "a command is missing; " + kCommands);
+  EXPECT_EQ(usageError({"frobnicate"}), "'frobnicate' is not expected here; " + kCommands);
+  EXPECT_EQ(usageError({"topo", "capabilities"}),
+            "'capabilities' is not expected here; " + kCommands);
+  EXPECT_EQ(usageError({"topo", "topo"}), "'topo' is not expected here; " + kCommands);
+}
+
+TEST(Options, RefuseHalfOfACommandAndAnUnknownOtherHalf) {
+  EXPECT_EQ(usageError({"node"}), "node: a command is missing; " + kCommands);
+  EXPECT_EQ(usageError({"module", "--format", "json"}),
+            "module: a command is missing; " + kCommands);
+  EXPECT_EQ(usageError({"node", "frobnicate"}), "'frobnicate' is not expected here; " + kCommands);
+  EXPECT_EQ(usageError({"node", "topo"}), "'topo' is not expected here; " + kCommands);
+  EXPECT_EQ(usageError({"create", "x"}), "'create' is not expected here; " + kCommands);
+}
+
+TEST(Options, AreReadBeforeAndAfterACommandOfTwoWords) {
+  for (const auto& options : {parseOptions({"--format", "csv", "module", "reload"}, ""),
+                              parseOptions({"module", "--format", "csv", "reload"}, ""),
+                              parseOptions({"module", "reload", "--format", "csv"}, "")}) {
+    EXPECT_EQ(options.format, Format::kCsv);
+    EXPECT_EQ(options.command, "module reload");
+  }
+}
+
+TEST(Options, RefuseAnUnknownOptionAndAMissingValue) {
+  EXPECT_EQ(usageError({"--frobnicate", "topo"}),
+            "'--frobnicate' is not expected here; " + kCommands);
+  EXPECT_EQ(usageError({"topo", "--how-many"}), "--how-many: 1 required TEXT missing");
+}
+
+TEST(Options, GiveHelpAndVersionAsNotices) {
+  EXPECT_EQ(parseOptions({"--version"}, "").notice, "topoctl 0.1.0\n");
+  const std::string help = parseOptions({"--help"}, "").notice;
+  EXPECT_THAT(help, StartsWith("Shows what a topology agent manages.\nUsage: topoctl "));
+  for (const char* const expected :
+       {"--agent REF", "--ior-file PATH", "--how-many N", "--format FORMAT", "--timeout S",
+        "--max-message BYTES", "--help", "--version", "topo ", "capabilities "}) {
+    EXPECT_THAT(help, HasSubstr(expected));
+  }
+}
+
+}  // namespace
+}  // namespace topoctl

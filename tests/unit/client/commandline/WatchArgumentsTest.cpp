@@ -1,0 +1,67 @@
+// The arguments of the command that prints notifications.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "client/commandline/Arguments.h"
+#include "tests/unit/client/commandline/ParseLine.h"
+
+namespace topoctl {
+namespace {
+
+using testing::HasSubstr;
+using Words = std::vector<std::string>;
+
+std::string listening(const std::string& text) {
+  const orb::Endpoint at = parseOptions({"watch", "--listen", text}, "").arguments.listen;
+  return at.host + " " + std::to_string(at.port);
+}
+
+TEST(WatchArguments, HaveDefaults) {
+  const Arguments arguments = parseOptions({"watch"}, "").arguments;
+  EXPECT_EQ(arguments.listen.host, "127.0.0.1");
+  EXPECT_EQ(arguments.listen.port, 0);
+  EXPECT_EQ(arguments.count, 0U);
+}
+
+TEST(WatchArguments, NameAHostAndAPort) {
+  EXPECT_EQ(listening("ems1.example.net"), "ems1.example.net 0");
+  EXPECT_EQ(listening("10.0.0.1:0"), "10.0.0.1 0");
+  EXPECT_EQ(listening("10.0.0.1:65535"), "10.0.0.1 65535");
+  EXPECT_EQ(listening("[::1]"), "::1 0");
+  EXPECT_EQ(listening("[::1]:4711"), "::1 4711");
+}
+
+TEST(WatchArguments, RefuseOtherTextsAsHostAndPort) {
+  for (const std::string text :
+       {"", ":", ":4711", "host:", "host:x", "host:65536", "host:-1", "::1", "[::1", "[]",
+        "[::1]4711", "[::1]:", "a b", "host:1:2", "a/b"}) {
+    EXPECT_EQ(usageErrorOf({"watch", "--listen", text}),
+              "--listen: '" + text + "' is not HOST or HOST:PORT, an IPv6 address in brackets");
+  }
+}
+
+TEST(WatchArguments, LimitTheNotifications) {
+  EXPECT_EQ(parseOptions({"watch", "--count", "4294967295"}, "").arguments.count, 4294967295U);
+  for (const std::string text : {"", "0", "-1", "4294967296", "many"}) {
+    EXPECT_EQ(usageErrorOf({"watch", "--count", text}),
+              "--count: '" + text + "' is not a number from 1 to 4294967295");
+  }
+}
+
+TEST(WatchArguments, AllowTableAndJson) {
+  EXPECT_EQ(parseOptions({"watch", "--format", "json"}, "").format, Format::kJson);
+  EXPECT_EQ(parseOptions({"watch", "--format", "table"}, "").format, Format::kTable);
+  EXPECT_EQ(usageErrorOf({"watch", "--format", "csv"}),
+            "watch: --format must be table or json: events of different kinds have no columns in "
+            "common");
+}
+
+TEST(WatchArguments, AreOptionsAlone) {
+  EXPECT_THAT(usageErrorOf({"watch", "core"}), HasSubstr("'core' is not expected here; "));
+  EXPECT_THAT(usageErrorOf({"topo", "--listen", "h"}),
+              HasSubstr("'--listen' is not expected here"));
+}
+
+}  // namespace
+}  // namespace topoctl

@@ -1,0 +1,288 @@
+// The commands for the agent's console, as a user runs them.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+
+#include "orb/traits.h"
+#include "tests/unit/client/support/FakeConsole.h"
+#include "tests/unit/client/support/FakeNaming.h"
+#include "tests/unit/client/support/RunProgram.h"
+#include "tests/unit/client/support/WithAgent.h"
+
+namespace topoctl {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::StartsWith;
+using Words = std::vector<std::string>;
+
+class Console : public WithAgent {
+ protected:
+  void SetUp() override {
+    WithAgent::SetUp();
+    console_ = new FakeConsole(script);
+    published_ = server().wellKnownObject("TopoAgentConsole");
+    const CORBA::Object_var reference = published_->publish(console_.in());
+  }
+
+  void TearDown() override {
+    published_->retire();
+    unlink(path.c_str());
+    WithAgent::TearDown();
+  }
+
+  Ended run(const Words& words) { return runAt(agentReference(), words); }
+
+  Ended runAt(const std::string& reference, Words words) {
+    script.settle();
+    words.insert(words.begin(), {"--agent", reference});
+    return runProgram(words);
+  }
+
+  // A run that prints nothing and makes one call.
+  std::string silentCallOf(const Words& words) {
+    const std::size_t before = script.calls().size();
+    const Ended ended = run(words);
+    EXPECT_EQ(ended.status, 0) << ended.err;
+    EXPECT_EQ(ended.out + ended.err, "");
+    EXPECT_EQ(script.calls().size(), before + 1);
+    return script.lastCall();
+  }
+
+  const std::string path = testing::TempDir() + "topoctl_import." + std::to_string(getpid());
+
+ private:
+  PortableServer::Servant_var<FakeConsole> console_;
+  std::unique_ptr<orb::WellKnownObject> published_;
+};
+
+TEST_F(Console, CreatesNodes) {
+  EXPECT_EQ(silentCallOf({"node", "create", "core", "--name", "Core"}),
+            "create(core, subnetwork , Core, subnetwork, 0, 0)");
+  EXPECT_EQ(silentCallOf({"node", "create", "--parent", "7", "--parent-kind", "element", "--name",
+                          "Z\u00fcrich", "--kind", "element", "--params", "-1,2", "--attribute",
+                          "A=1", "--attribute", "A=x=y", "--", "-8"}),
+            "create(-8, element 7, Z\u00fcrich, element, -1, 2, A=1, A=x=y)");
+}
+
+TEST_F(Console, RenamesNodes) {
+  EXPECT_EQ(silentCallOf({"node", "rename", "core", "Core 2"}), "rename(core, Core 2)");
+  EXPECT_EQ(silentCallOf({"node", "rename", "--", "-core", ""}), "rename(-core, )");
+}
+
+TEST_F(Console, TurnsTheTestSwitch) {
+  EXPECT_EQ(silentCallOf({"test-switch", "on"}), "test-switch(on)");
+  EXPECT_EQ(silentCallOf({"test-switch", "off"}), "test-switch(off)");
+}
+
+TEST_F(Console, ReloadsTheModule) {
+  EXPECT_EQ(silentCallOf({"module", "reload"}), "reload");
+}
+
+TEST_F(Console, SaysHowManyNodesWereDeleted) {
+  EXPECT_EQ(run({"node", "delete", "core"}).out, "deletedNodes\n           3\n");
+  EXPECT_EQ(run({"node", "delete", "core", "--format", "json"}).out, "{\"deletedNodes\":3}\n");
+  EXPECT_EQ(run({"node", "delete", "core", "--format", "csv"}).out, "deletedNodes\r\n3\r\n");
+  EXPECT_EQ(script.lastCall(), "delete(core)");
+}
+
+TEST_F(Console, ImportsAFileOfThisMachine) {
+  const std::string content("{\"bytes\":\"\0\xff\r\n\"}", 16);
+  std::ofstream(path, std::ios::binary) << content;
+  EXPECT_EQ(run({"import", path}).out,
+            "topoNodes  networkElements  clockPositions  clockLinks  objectLabels\n"
+            "        1                2               3           4    4294967295\n");
+  EXPECT_EQ(run({"import", path, "--format", "json"}).out,
+            "{\"topoNodes\":1,\"networkElements\":2,\"clockPositions\":3,\"clockLinks\":4,"
+            "\"objectLabels\":4294967295}\n");
+  EXPECT_EQ(run({"import", path, "--format", "csv"}).out,
+            "topoNodes,networkElements,clockPositions,clockLinks,objectLabels\r\n"
+            "1,2,3,4,4294967295\r\n");
+  EXPECT_EQ(script.lastCall(), "import(" + path + ", " + content + ")");
+}
+
+TEST_F(Console, EndsWith1WhenAFileCannotBeRead) {
+  const auto errorOf = [this](const std::string& file) {
+    const Ended ended = run({"import", file});
+    EXPECT_EQ(ended.status, 1);
+    return ended.err;
+  };
+  EXPECT_EQ(errorOf("/no/such/file"),
+            "topoctl: the file '/no/such/file' cannot be read: No such file or directory\n");
+  EXPECT_EQ(errorOf("/"), "topoctl: the file '/' cannot be read: Is a directory\n");
+  EXPECT_THAT(script.calls(), ElementsAre());
+}
+
+TEST_F(Console, EndsWith4WhenAFileIsOverTheSizeLimit) {
+  std::ofstream(path, std::ios::binary) << std::string(8193, 'x');
+  const Ended ended = run({"import", path, "--max-message", "8192"});
+  EXPECT_EQ(ended.status, 4);
+  EXPECT_EQ(ended.err, "topoctl: the file '" + path +
+                           "' is over the size limit: raise --max-message of topoctl (now 8192) "
+                           "and of the agent\n");
+  EXPECT_THAT(script.calls(), ElementsAre());
+}
+
+TEST_F(Console, EndsWith4WhenAFileIsOverTheSizeLimitTogetherWithItsHeader) {
+  if (!orb::kExactMessageLimit) {
+    GTEST_SKIP() << "this ORB does not count every octet";
+  }
+  std::ofstream(path, std::ios::binary) << std::string(8192, 'x');
+  const Ended ended = run({"import", path, "--max-message", "8192"});
+  EXPECT_EQ(ended.status, 4);
+  EXPECT_THAT(ended.err, HasSubstr("over the size limit"));
+  EXPECT_THAT(script.calls(), ElementsAre());
+}
+
+TEST_F(Console, ShowsTheStatus) {
+  const Ended table = run({"status"});
+  EXPECT_THAT(table.out, HasSubstr("moduleState         MS_RELOADING\n"));
+  EXPECT_THAT(table.out, HasSubstr("\n\nreceiver "));
+  EXPECT_THAT(run({"status", "--format", "json"}).out, StartsWith("{\"moduleState\":"));
+  EXPECT_THAT(run({"status", "--format", "csv"}).out, StartsWith("name,value\r\nmoduleState,"));
+}
+
+TEST_F(Console, EndsWith3AndTheReasonOfARefusal) {
+  script.onConsole = [] {
+    throw globaldefs::ProcessingFailureException(globaldefs::EXCPT_ENTITY_NOT_FOUND, "no core");
+  };
+  std::ofstream(path, std::ios::binary) << "{}";
+  for (const Words& words : std::vector<Words>{{"node", "create", "core", "--name", "Core"},
+                                               {"node", "delete", "core"},
+                                               {"node", "rename", "core", "Core"},
+                                               {"import", path},
+                                               {"test-switch", "on"},
+                                               {"status"},
+                                               {"module", "reload"}}) {
+    const Ended ended = run(words);
+    EXPECT_EQ(ended.status, 3);
+    EXPECT_EQ(ended.out, "");
+    EXPECT_EQ(ended.err, "topoctl: the agent refused: EXCPT_ENTITY_NOT_FOUND: no core\n");
+  }
+}
+
+// While the module is reloaded nothing answers where the manager is.
+TEST_F(Console, IsFoundBesideAManagerThatDoesNotAnswer) {
+  const CORBA::Object_var manager =
+      server().get()->string_to_object(("corbaloc:iiop:1.2@" + address() + "/Nothing").c_str());
+  const CORBA::String_var ior = server().get()->object_to_string(manager);
+  for (const std::string& reference :
+       {"corbaloc::" + address() + "/Nothing", std::string(ior.in())}) {
+    const Ended ended = runAt(reference, {"module", "reload"});
+    EXPECT_EQ(ended.status, 0) << ended.err;
+  }
+  EXPECT_THAT(script.calls(), ElementsAre("reload", "reload"));
+}
+
+TEST_F(Console, IsFoundBesideAnObjectThatANameTells) {
+  const PortableServer::Servant_var<FakeNaming> naming = new FakeNaming;
+  naming->bound["TopoManagement"] =
+      server().get()->string_to_object(("corbaloc::" + address() + "/Nothing").c_str());
+  const auto service = server().wellKnownObject("NameService");
+  const CORBA::Object_var reference = service->publish(naming.in());
+  const Ended ended = runAt("corbaname::" + address() + "#TopoManagement", {"module", "reload"});
+  EXPECT_EQ(ended.status, 0) << ended.err;
+  EXPECT_THAT(script.calls(), ElementsAre("reload"));
+  service->retire();
+}
+
+// An agent that does not take large messages.
+class StrictConsole : public Console {
+ protected:
+  static void SetUpTestSuite() {
+    orb::Options small;
+    small.maxMessageBytes = orb::kMinMaxMessageBytes;
+    startServer(small);
+  }
+};
+
+TEST_F(StrictConsole, EndsWith4WhenAFileIsOverTheAgentsLimit) {
+  for (const std::size_t bytes : {8193, 8000000}) {
+    std::ofstream(path, std::ios::binary) << std::string(bytes, 'x');
+    const Ended ended = run({"import", path});
+    EXPECT_EQ(ended.status, 4) << bytes;
+    EXPECT_EQ(ended.err, "topoctl: the file '" + path +
+                             "' is over the size limit: raise --max-message of topoctl (now "
+                             "268435456) and of the agent\n")
+        << bytes;
+  }
+  EXPECT_THAT(script.calls(), ElementsAre());
+}
+
+class NoConsole : public WithAgent {};
+
+TEST_F(NoConsole, EndsWith2) {
+  script.settle();
+  const Ended ended = runProgram({"--agent", agentReference(), "status"});
+  EXPECT_EQ(ended.status, 2);
+  EXPECT_THAT(ended.err,
+              StartsWith("topoctl: the agent at '" + agentReference() + "' is not reachable: "));
+}
+
+TEST_F(NoConsole, EndsWith4WhenSomethingElseIsThere) {
+  const auto other = server().wellKnownObject("TopoAgentConsole");
+  const PortableServer::Servant_var<FakeNaming> naming = new FakeNaming;
+  const CORBA::Object_var reference = other->publish(naming.in());
+  const Ended ended = runProgram({"--agent", agentReference(), "status"});
+  EXPECT_EQ(ended.status, 4);
+  EXPECT_EQ(ended.err, "topoctl: the object 'TopoAgentConsole' beside that of the reference '" +
+                           agentReference() + "' is not a Console_I\n");
+  other->retire();
+}
+
+// ---- backup
+
+TEST_F(Console, BackupWritesTheAgentsStoreToANewFile) {
+  EXPECT_EQ(run({"backup", path}).out, "bytes\n    7\n");
+  std::ifstream file(path);
+  std::string content;
+  std::getline(file, content);
+  EXPECT_EQ(content, "one two");
+  EXPECT_EQ(std::filesystem::status(path).permissions(),
+            std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+  EXPECT_THAT(script.calls(), ElementsAre("begin-backup()", "continue-backup(4711)",
+                                          "continue-backup(4711)", "continue-backup(4711)"));
+}
+
+TEST_F(Console, BackupLeavesAFileThatExistsAlone) {
+  for (const std::string& existing : {path, path + ".part"}) {
+    std::ofstream(existing) << "mine";
+    const Ended ended = run({"backup", path});
+    EXPECT_EQ(ended.status, 1);
+    EXPECT_EQ(ended.err, "topoctl: the file '" + existing + "' cannot be written: File exists\n");
+    EXPECT_EQ(std::filesystem::file_size(existing), 4U);
+    unlink(existing.c_str());
+  }
+  EXPECT_THAT(script.calls(), ElementsAre());
+}
+
+TEST_F(Console, BackupRefusesAFileThatCannotBeMade) {
+  const Ended ended = run({"backup", "/nowhere/backup.db"});
+  EXPECT_EQ(ended.status, 1);
+  EXPECT_EQ(ended.err,
+            "topoctl: the file '/nowhere/backup.db.part' cannot be written: No such file or "
+            "directory\n");
+  EXPECT_THAT(script.calls(), ElementsAre());
+}
+
+TEST_F(Console, BackupThatFailsEndsItAndLeavesNoFile) {
+  script.onConsole = [calls = 0]() mutable {
+    if (++calls == 3) {
+      throw CORBA::NO_RESOURCES();
+    }
+  };
+  script.settle();
+  EXPECT_NE(run({"backup", path}).status, 0);
+  EXPECT_FALSE(std::filesystem::exists(path));
+  EXPECT_FALSE(std::filesystem::exists(path + ".part"));
+  EXPECT_EQ(script.lastCall(), "end-backup(4711)");
+}
+
+}  // namespace
+}  // namespace topoctl

@@ -1,0 +1,40 @@
+// An agent's console that records what it is asked for.
+
+#ifndef TESTS_UNIT_CLIENT_SUPPORT_FAKECONSOLE_H
+#define TESTS_UNIT_CLIENT_SUPPORT_FAKECONSOLE_H
+
+#include "orb/idl/TopoAgent.h"
+#include "tests/unit/client/support/FakeAgent.h"
+
+namespace topoctl {
+
+// A status with a different number in every field and two receivers.
+TopoAgent::Status_T makeStatus();
+
+class FakeConsole final : public virtual POA_TopoAgent::Console_I {
+ public:
+  // Borrowed.
+  explicit FakeConsole(Script& script) : script_(script) {}
+
+  void createNode(const TopoAgent::NewNode_T& node) override;
+  CORBA::ULong deleteNode(const char* id) override;
+  void renameNode(const char* id, const char* name) override;
+  TopoAgent::ImportSummary_T importNetwork(const char* fileName,
+                                           const TopoAgent::Content_T& content) override;
+  CORBA::ULongLong beginBackup() override;
+  TopoAgent::BackupPart_T* continueBackup(CORBA::ULongLong backup) override;
+  void endBackup(CORBA::ULongLong backup) override;
+  void setTestSwitch(CORBA::Boolean on) override;
+  TopoAgent::Status_T* getStatus() override;
+  void reloadModule() override;
+
+ private:
+  void call(const std::string& text);
+
+  Script& script_;
+  int backupParts_ = 0;
+};
+
+}  // namespace topoctl
+
+#endif

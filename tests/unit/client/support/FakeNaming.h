@@ -1,0 +1,33 @@
+// A naming service that knows the names a test gives it.
+
+#ifndef TESTS_UNIT_CLIENT_SUPPORT_FAKENAMING_H
+#define TESTS_UNIT_CLIENT_SUPPORT_FAKENAMING_H
+
+#include <map>
+#include <string>
+
+#include "orb/naming.h"
+#include "orb/orb.h"
+#include "tests/support/ResolvingNames.h"
+
+namespace topoctl {
+
+class FakeNaming final : public support::ResolvingNames {
+ public:
+  std::map<std::string, CORBA::Object_var> bound;  // constant while requests are served
+
+  CORBA::Object_ptr resolve_str(const char* name) override {
+    if (std::string(name).find("..") != std::string::npos) {
+      throw CosNaming::NamingContext::InvalidName();
+    }
+    const auto found = bound.find(name);
+    if (found == bound.end()) {
+      throw CosNaming::NamingContext::NotFound(CosNaming::NamingContext::missing_node, {});
+    }
+    return CORBA::Object::_duplicate(found->second);
+  }
+};
+
+}  // namespace topoctl
+
+#endif

@@ -1,0 +1,52 @@
+// A fixture with a fake agent on an endpoint of its own, reached over the ORB of this process or by
+// other processes.
+
+#ifndef TESTS_UNIT_CLIENT_SUPPORT_WITHAGENT_H
+#define TESTS_UNIT_CLIENT_SUPPORT_WITHAGENT_H
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+
+#include "client/commandline/Options.h"
+#include "orb/orb.h"
+#include "tests/unit/client/support/FakeAgent.h"
+
+namespace topoctl {
+
+// Calls from within this process take a short cut past the wire, where message sizes do not count
+// and nobody is unreachable; tests of those run the program instead.
+class WithAgent : public testing::Test {
+ protected:
+  static void SetUpTestSuite() { startServer(orb::Options()); }
+  static void TearDownTestSuite();
+
+  void SetUp() override;
+  void TearDown() override;
+
+  static void startServer(const orb::Options& options);
+  static orb::Server& server() { return *server_; }
+
+  static std::string address();         // HOST:PORT
+  static std::string agentReference();  // corbaloc
+  Options options(const std::string& command, std::uint32_t howMany = kDefaultHowMany) const;
+
+  // The output of a command that is run in this process; exceptions pass.
+  std::string output(const Options& options) const;
+
+  // As the program reports it: the exit code and the line of a command that fails.
+  std::string failureOf(const Options& options) const;
+
+  Script script;
+
+ private:
+  static std::unique_ptr<orb::Server> server_;
+
+  PortableServer::Servant_var<FakeManager> manager_;
+  std::unique_ptr<orb::WellKnownObject> published_;
+};
+
+}  // namespace topoctl
+
+#endif

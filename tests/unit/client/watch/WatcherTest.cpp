@@ -1,0 +1,587 @@
+// What a watch prints and calls, step by step in one thread: calls within a process are direct.
+
+#include "client/watch/Watcher.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+#include <sstream>
+
+#include "tests/unit/client/support/FakeSession.h"
+#include "tests/unit/client/support/MakeEvents.h"
+#include "tests/unit/client/support/WithAgent.h"
+
+namespace topoctl {
+namespace {
+
+using std::chrono::milliseconds;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using Lines = std::vector<std::string>;
+
+constexpr Intervals kAtOnce = {milliseconds(0), milliseconds(0), milliseconds(0)};
+
+class Watch : public WithAgent {
+ protected:
+  void SetUp() override {
+    WithAgent::SetUp();
+    session_ = new FakeSession(script, server().rootPoa());
+    published_ = server().wellKnownObject("TopoAgentSession");
+    const CORBA::Object_var reference = published_->publish(session_.in());
+    options_ = options("watch");
+    script.nodes = makeNodes(2);
+  }
+
+  void TearDown() override {
+    watcher_.reset();
+    subscription_.reset();
+    published_->retire();
+    WithAgent::TearDown();
+  }
+
+  void start(const Intervals& intervals = kAtOnce) {
+    subscription_ =
+        std::make_unique<Subscription>(server().get(), server().rootPoa(), options_, inbox);
+    watcher_ = std::make_unique<Watcher>(*subscription_, inbox, eventLines_, options_, intervals);
+    watcher_->start();
+  }
+
+  Watcher& watcher() { return *watcher_; }
+  Subscription& subscription() { return *subscription_; }
+  FakeSession& session() { return *session_; }
+  orb::WellKnownObject& publishedSession() { return *published_; }
+
+  void push(const CosNotification::StructuredEvent& event) {
+    const CosNotifyComm::StructuredPushConsumer_var consumer = session_->consumer();
+    consumer->push_structured_event(event);
+  }
+
+  void step(int times = 1) {
+    for (int i = 0; i < times; ++i) {
+      watcher_->step();
+    }
+  }
+
+  // What was printed since the last call: "watching 2", "creation n0 #7", "deletion n0 resync".
+  Lines printed() {
+    std::istringstream text(out_.str());
+    out_.str("");
+    Lines lines;
+    for (std::string line; std::getline(text, line);) {
+      lines.push_back(shorten(nlohmann::json::parse(line)));
+    }
+    return lines;
+  }
+
+  void breakOutput() { out_.setstate(std::ios::badbit); }
+
+  // What was called since the last call.
+  Lines calls() {
+    const Lines all = script.calls();
+    const Lines fresh(all.begin() + static_cast<std::ptrdiff_t>(seenCalls_), all.end());
+    seenCalls_ = all.size();
+    return fresh;
+  }
+
+  void removeNode(CORBA::ULong index) {
+    TopoManagementManager::NodeList_T rest;
+    for (CORBA::ULong i = 0; i < script.nodes.length(); ++i) {
+      if (i != index) {
+        addNode(rest, script.nodes[i]);
+      }
+    }
+    script.nodes = rest;
+  }
+
+  void addNode(const TopoManagementManager::Node_T& node) { addNode(script.nodes, node); }
+
+  Inbox inbox{100};
+  Options options_;
+
+ private:
+  static void addNode(TopoManagementManager::NodeList_T& nodes,
+                      const TopoManagementManager::Node_T& node) {
+    nodes.length(nodes.length() + 1);
+    nodes[nodes.length() - 1] = node;
+  }
+
+  static std::string shorten(const nlohmann::json& line) {
+    std::string text = line["event"];
+    if (line.contains("nodes")) {
+      text += " " + line["nodes"].dump();
+    }
+    if (line.contains("objectName")) {
+      text += " " + line["objectName"].back()["value"].get<std::string>();
+    }
+    if (line.contains("notificationId")) {
+      text += " #" + line["notificationId"].get<std::string>();
+    }
+    if (line.contains("lastLostId")) {
+      text += " " + line["firstLostId"].get<std::string>() + "-" +
+              line["lastLostId"].get<std::string>();
+    }
+    return text + (line.contains("resync") ? " resync" : "");
+  }
+
+  PortableServer::Servant_var<FakeSession> session_;
+  std::unique_ptr<orb::WellKnownObject> published_;
+  std::ostringstream out_;
+  EventLines eventLines_{out_, Format::kJson, std::chrono::system_clock::now};
+  std::unique_ptr<Subscription> subscription_;
+  std::unique_ptr<Watcher> watcher_;
+  std::size_t seenCalls_ = 0;
+};
+
+// ---- start
+
+TEST_F(Watch, SubscribesFirstAndThenReadsTheView) {
+  start();
+  EXPECT_THAT(calls(), ElementsAre("subscribe()", "topo(1000)"));
+  EXPECT_THAT(printed(), ElementsAre("watching 2"));
+}
+
+TEST_F(Watch, ReadsAViewOfManyBatches) {
+  options_.howMany = 1;
+  start();
+  EXPECT_THAT(calls(), ElementsAre("subscribe()", "topo(1)", "next_n(1)"));
+  EXPECT_THAT(printed(), ElementsAre("watching 2"));
+}
+
+TEST_F(Watch, PrintsAfterwardsWhatArrivesWhileTheViewIsRead) {
+  script.onView = [this] {
+    push(creation("5", makeNode("a")));
+    push(deletion("6", "n0"));
+  };
+  start();
+  EXPECT_THAT(printed(), ElementsAre("watching 2"));
+  step(2);
+  EXPECT_THAT(printed(), ElementsAre("creation a #5", "deletion n0 #6"));
+}
+
+TEST_F(Watch, FailsWhenTheAgentFailsAtTheStart) {
+  script.onView = [] { throw CORBA::TRANSIENT(); };
+  EXPECT_THROW(start(), CORBA::TRANSIENT);
+  script.onSubscribe = [] {
+    throw globaldefs::ProcessingFailureException(globaldefs::EXCPT_ACCESS_DENIED, "no");
+  };
+  EXPECT_THROW(start(), globaldefs::ProcessingFailureException);
+  EXPECT_THAT(printed(), IsEmpty());
+}
+
+// ---- events
+
+TEST_F(Watch, PrintsEachEventOnce) {
+  start();
+  printed();
+  push(creation("5", makeNode("a")));
+  push(creation("5", makeNode("a")));
+  push(renaming("7", "a", "A"));
+  push(creation("5", makeNode("a")));
+  push(eventOf("NT_ALARM"));
+  push(eventOf("NT_ALARM"));
+  step(4);
+  EXPECT_THAT(printed(), ElementsAre("creation a #5", "change a #7", "other", "other"));
+  step();
+  EXPECT_THAT(printed(), IsEmpty());
+}
+
+TEST_F(Watch, IgnoresAnOfferOfOtherEvents) {
+  start();
+  const CosNotifyComm::StructuredPushConsumer_var consumer = session().consumer();
+  consumer->offer_change(CosNotification::EventTypeSeq(), CosNotification::EventTypeSeq());
+  printed();
+  step();
+  EXPECT_THAT(printed(), IsEmpty());
+}
+
+TEST_F(Watch, EndsAfterAsManyEventsAsWanted) {
+  options_.arguments.count = 2;
+  start();
+  push(creation("5", makeNode("a")));
+  push(creation("6", makeNode("b")));
+  push(creation("7", makeNode("c")));
+  EXPECT_FALSE(watcher().isDone());
+  step(2);
+  EXPECT_TRUE(watcher().isDone());
+  EXPECT_THAT(printed(), ElementsAre("watching 2", "creation a #5", "creation b #6"));
+}
+
+TEST_F(Watch, PrintsNoMoreThanWantedWhateverComes) {
+  options_.arguments.count = 2;
+  start();
+  printed();
+  script.nodes = makeNodes(0);
+  push(lost("5", "7", 3));
+  step();
+  EXPECT_TRUE(watcher().isDone());
+  EXPECT_THAT(printed(), ElementsAre("lost 5-7", testing::EndsWith("resync")));
+}
+
+TEST_F(Watch, ReadsNoViewAfterTheLastEventWanted) {
+  options_.arguments.count = 1;
+  start();
+  calls();
+  push(lost("5", "7", 3));
+  step();
+  EXPECT_TRUE(watcher().isDone());
+  EXPECT_THAT(calls(), IsEmpty());
+}
+
+TEST_F(Watch, CountsWhatItPrintsWhileTheAgentGoes) {
+  options_.arguments.count = 2;
+  start();
+  printed();
+  push(lost("5", "7", 3));
+  script.onView = [this] {
+    push(deletion("8", "n0"));
+    push(deletion("9", "n1"));
+    throw CORBA::TRANSIENT();
+  };
+  step();
+  EXPECT_TRUE(watcher().isDone());
+  EXPECT_THAT(printed(), ElementsAre("lost 5-7", "deletion n0 #8"));
+}
+
+TEST_F(Watch, CountsWhatItPrintsWhenItComesBack) {
+  options_.arguments.count = 1;
+  start();
+  printed();
+  script.onPing = [] { throw CORBA::TRANSIENT(); };
+  step();
+  EXPECT_THAT(printed(), ElementsAre("disconnected"));
+  removeNode(0);
+  step();
+  EXPECT_TRUE(watcher().isDone());
+  EXPECT_THAT(printed(), ElementsAre("deletion n0 resync"));
+}
+
+TEST_F(Watch, PrintsWhatArrivesWhileItCannotComeBack) {
+  start();
+  script.onPing = [] { throw CORBA::TRANSIENT(); };
+  step();
+  printed();
+  script.onView = [this] {
+    push(deletion("8", "n0"));
+    throw CORBA::TRANSIENT();
+  };
+  step();
+  EXPECT_THAT(printed(), ElementsAre("deletion n0 #8"));
+}
+
+TEST_F(Watch, FailsWhenItComesBackAndCannotPrint) {
+  start();
+  script.onPing = [] { throw CORBA::TRANSIENT(); };
+  step();
+  script.onView = [this] { breakOutput(); };
+  removeNode(0);
+  EXPECT_THROW(step(), Failure);
+}
+
+TEST_F(Watch, RefusesEventsOnceTheAgentIsGone) {
+  start();
+  const CosNotifyComm::StructuredPushConsumer_var former = session().consumer();
+  script.onPing = [] { throw CORBA::TRANSIENT(); };
+  step();
+  EXPECT_THROW(former->push_structured_event(deletion("5", "n0")), CORBA::OBJECT_NOT_EXIST);
+}
+
+TEST_F(Watch, WaitsBeforeItTriesAgain) {
+  start({milliseconds(0), milliseconds(100), milliseconds(100)});
+  script.onPing = [] { throw CORBA::TRANSIENT(); };
+  step();
+  const auto begin = std::chrono::steady_clock::now();
+  step();
+  EXPECT_GE(std::chrono::steady_clock::now() - begin, milliseconds(99));
+}
+
+TEST_F(Watch, EndsWhenItIsStopped) {
+  start();
+  EXPECT_FALSE(watcher().isDone());
+  inbox.stop();
+  step();
+  EXPECT_TRUE(watcher().isDone());
+  calls();
+  subscription().unsubscribe();
+  EXPECT_THAT(calls(), ElementsAre("unsubscribe"));
+}
+
+TEST_F(Watch, RefusesEventsOnceItHasUnsubscribed) {
+  start();
+  subscription().unsubscribe();
+  EXPECT_THROW(push(deletion("5", "n0")), CORBA::OBJECT_NOT_EXIST);
+}
+
+// ---- the heartbeat
+
+TEST_F(Watch, AsksTheAgentWhenNothingComes) {
+  start();
+  calls();
+  step(2);
+  EXPECT_THAT(calls(), ElementsAre("ping", "ping"));
+  push(deletion("5", "n0"));
+  step();
+  EXPECT_THAT(calls(), IsEmpty());
+}
+
+TEST_F(Watch, RepeatsAPingOverANewConnectionOnce) {
+  start();
+  calls();
+  printed();
+  int closed = 1;  // connections that end during a ping
+  script.onPing = [&closed] {
+    if (closed > 0) {
+      --closed;
+      throw CORBA::COMM_FAILURE(0, CORBA::COMPLETED_MAYBE);
+    }
+  };
+  step();
+  EXPECT_THAT(calls(), ElementsAre("ping", "ping"));
+  EXPECT_THAT(printed(), IsEmpty());
+  closed = 3;
+  step();
+  EXPECT_THAT(calls(), ElementsAre("ping", "ping", "unsubscribe"));
+  EXPECT_THAT(printed(), ElementsAre("disconnected"));
+}
+
+TEST_F(Watch, SubscribesAgainWhenItWasDropped) {
+  start();
+  push(deletion("5", "n0"));
+  removeNode(0);
+  step();
+  printed();
+  calls();
+  const CosNotifyComm::StructuredPushConsumer_var former = session().consumer();
+  session().drop();
+  step();
+  EXPECT_THAT(calls(), ElementsAre("subscribe(5)", "topo(1000)"));
+  EXPECT_THROW(former->push_structured_event(deletion("6", "n0")), CORBA::OBJECT_NOT_EXIST);
+  push(deletion("7", "n1"));
+  step(2);
+  EXPECT_THAT(printed(), ElementsAre("deletion n1 #7"));
+  EXPECT_THAT(calls(), ElementsAre("ping"));
+}
+
+TEST_F(Watch, TakesIdsThatBeginAnewWithASubscription) {
+  start();
+  push(deletion("1000", "n0"));
+  removeNode(0);
+  step();
+  session().drop();
+  step();
+  push(deletion("1", "n1"));
+  step();
+  EXPECT_THAT(printed(), ElementsAre("watching 2", "deletion n0 #1000", "deletion n1 #1"));
+}
+
+// An agent cannot tell one who knows of no id what it missed.
+TEST_F(Watch, ComparesTheViewsWhenItWasDroppedBeforeItHadHeardAnything) {
+  start();
+  printed();
+  calls();
+  session().drop();
+  addNode(makeNode("n2"));
+  step();
+  EXPECT_THAT(calls(), ElementsAre("subscribe()", "topo(1000)"));
+  EXPECT_THAT(printed(), ElementsAre("creation n2 resync"));
+}
+
+TEST_F(Watch, IsNewToAnAgentThatDoesNotKnowItsLastId) {
+  start();
+  push(deletion("1000", "n0"));
+  step();
+  printed();
+  calls();
+  session().drop();
+  session().refuseIdsAbove(10);
+  step();
+  EXPECT_THAT(calls(), ElementsAre("subscribe(1000)", "subscribe()", "topo(1000)"));
+  EXPECT_THAT(printed(), ElementsAre("creation n0 resync"));
+}
+
+// ---- lost events
+
+TEST_F(Watch, ComparesTheViewsAfterLostEvents) {
+  start();
+  printed();
+  calls();
+  addNode(makeNode("n2"));
+  removeNode(0);
+  script.nodes[0].nativeEMSName = "other";
+  push(lost("5", "7", 3));
+  step();
+  EXPECT_THAT(calls(), ElementsAre("topo(1000)"));
+  EXPECT_THAT(printed(), ElementsAre("lost 5-7", "deletion n0 resync", "creation n2 resync",
+                                     "change n1 resync"));
+  session().drop();
+  step();
+  // The range is not told again.
+  EXPECT_THAT(calls(), ElementsAre("subscribe(7)", "topo(1000)"));
+}
+
+TEST_F(Watch, ComparesWithWhatEventsHaveTold) {
+  start();
+  push(creation("5", makeNode("n2")));
+  push(renaming("6", "n2", "N"));
+  push(deletion("7", "n0"));
+  step(3);
+  addNode(makeNode("n2"));
+  script.nodes[2].nativeEMSName = "N";
+  removeNode(0);
+  printed();
+  push(lost("8", "8", 1));
+  step();
+  EXPECT_THAT(printed(), ElementsAre("lost 8-8"));
+}
+
+TEST_F(Watch, TellsNothingTwiceThatArrivesDuringAComparison) {
+  start();
+  printed();
+  push(lost("5", "7", 3));
+  script.onView = [this] {
+    script.nodes[0].nativeEMSName = "N";  // held, and in the view
+    addNode(makeNode("n2"));              // lost, and in the view
+    push(renaming("8", "n0", "N"));
+    push(creation("9", makeNode("n3")));  // held, and not in the view
+  };
+  step(3);
+  EXPECT_THAT(printed(),
+              ElementsAre("lost 5-7", "creation n2 resync", "change n0 #8", "creation n3 #9"));
+  script.onView = [] {};
+  addNode(makeNode("n3"));
+  push(lost("10", "10", 1));
+  step();
+  EXPECT_THAT(printed(), ElementsAre("lost 10-10"));
+}
+
+TEST_F(Watch, ComparesAgainForLostEventsDuringAComparison) {
+  start();
+  printed();
+  push(lost("5", "7", 3));
+  int views = 0;
+  script.onView = [&] {
+    if (++views == 1) {
+      push(lost("8", "9", 2));
+    } else {
+      addNode(makeNode("n2"));
+    }
+  };
+  step(2);
+  EXPECT_EQ(views, 2);
+  EXPECT_THAT(printed(), ElementsAre("lost 5-7", "lost 8-9", "creation n2 resync"));
+}
+
+// ---- the agent goes away
+
+TEST_F(Watch, ComesBackWhenTheAgentDoes) {
+  start();
+  push(deletion("5", "n0"));
+  step();
+  printed();
+  calls();
+  script.onPing = [] { throw CORBA::TRANSIENT(); };
+  script.onSubscribe = [] { throw CORBA::TRANSIENT(); };
+  step();
+  EXPECT_THAT(printed(), ElementsAre("disconnected"));
+  step(3);
+  EXPECT_THAT(printed(), IsEmpty());
+  script.onPing = [] {};
+  script.onSubscribe = [] {};
+  removeNode(0);
+  addNode(makeNode("n2"));
+  step();
+  EXPECT_THAT(printed(), ElementsAre("creation n2 resync", "watching 2"));
+  EXPECT_THAT(calls(), ElementsAre("ping", "unsubscribe", "subscribe(5)", "subscribe(5)",
+                                   "subscribe(5)", "subscribe(5)", "topo(1000)"));
+}
+
+TEST_F(Watch, FindsTheAgentBesideAnObjectThatIsGoneForAWhile) {
+  start();
+  printed();
+  script.onPing = [] { throw CORBA::COMM_FAILURE(); };
+  step();
+  publishedSession().retire();
+  step();
+  EXPECT_THAT(printed(), ElementsAre("disconnected"));
+}
+
+TEST_F(Watch, PrintsWhatItHasBeforeItSaysThatTheAgentIsGone) {
+  start();
+  printed();
+  push(lost("5", "7", 3));
+  script.onView = [this] {
+    push(deletion("8", "n0"));
+    push(lost("9", "9", 1));
+    throw CORBA::TRANSIENT();
+  };
+  step();
+  EXPECT_THAT(printed(), ElementsAre("lost 5-7", "deletion n0 #8", "lost 9-9", "disconnected"));
+  script.onView = [this] { push(deletion("10", "n1")); };
+  removeNode(0);
+  step();
+  EXPECT_THAT(printed(), ElementsAre("watching 1" /* n0 is known to be gone */));
+}
+
+TEST_F(Watch, LeavesNoSubscriptionBehindWhenTheViewCannotBeRead) {
+  start();
+  push(lost("5", "7", 3));
+  script.onView = [] {
+    throw globaldefs::ProcessingFailureException(globaldefs::EXCPT_INTERNAL_ERROR, "not now");
+  };
+  calls();
+  printed();
+  step();
+  EXPECT_THAT(printed(), ElementsAre("lost 5-7", "disconnected"));
+  step(2);
+  EXPECT_THAT(calls(), ElementsAre("topo(1000)", "unsubscribe", "subscribe(7)", "topo(1000)",
+                                   "unsubscribe", "subscribe(7)", "topo(1000)", "unsubscribe"));
+  EXPECT_THAT(printed(), IsEmpty());
+}
+
+TEST_F(Watch, ComesBackWhenTheAgentEndsTheSubscription) {
+  start();
+  printed();
+  push(deletion("5", "n0"));
+  removeNode(0);
+  const CosNotifyComm::StructuredPushConsumer_var consumer = session().consumer();
+  consumer->disconnect_structured_push_consumer();
+  step(3);
+  EXPECT_THAT(printed(), ElementsAre("deletion n0 #5", "disconnected", "watching 1"));
+}
+
+TEST_F(Watch, TriesAgainLessAndLessOften) {
+  start({milliseconds(0), milliseconds(1), milliseconds(5)});
+  script.onPing = [] { throw CORBA::TRANSIENT(); };
+  script.onSubscribe = [] { throw CORBA::TRANSIENT(); };
+  step();
+  std::vector<std::int64_t> waits;
+  for (int i = 0; i < 5; ++i) {
+    waits.push_back(watcher().nextRetry().count());
+    step();
+  }
+  EXPECT_THAT(waits, ElementsAre(1, 2, 4, 5, 5));
+  script.onSubscribe = [] {};
+  step(2);
+  EXPECT_EQ(watcher().nextRetry().count(), 1);
+}
+
+TEST_F(Watch, EndsWhenItIsStoppedWhileTheAgentIsAway) {
+  start({milliseconds(0), std::chrono::hours(1), std::chrono::hours(1)});
+  script.onPing = [] { throw CORBA::TRANSIENT(); };
+  step();
+  inbox.stop();
+  calls();
+  step();
+  EXPECT_THAT(calls(), IsEmpty());
+  EXPECT_TRUE(watcher().isDone());
+}
+
+TEST_F(Watch, WaitsByDefaultForTimesThatPeopleDoNotMind) {
+  const Intervals intervals;
+  EXPECT_EQ(intervals.heartbeat, milliseconds(5000));
+  EXPECT_EQ(intervals.firstRetry, milliseconds(200));
+  EXPECT_EQ(intervals.lastRetry, milliseconds(5000));
+}
+
+}  // namespace
+}  // namespace topoctl
