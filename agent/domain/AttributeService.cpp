@@ -92,7 +92,7 @@ void fill(NVSList_T& list, const InfoPairs& pairs) {
 void requireRoom(const InfoPairs& pairs, const NVSList_T& object) {
   std::size_t bytes = 0;
   for (const auto& [name, value] : pairs) {
-    bytes += name.size() + value.size();
+    bytes += AttributeService::kPairBytes + name.size() + value.size();
   }
   if (bytes > AttributeService::kMostInfoBytes) {
     refuse(kTooMuch, ofObject("additional information", object) + " would have more than " +

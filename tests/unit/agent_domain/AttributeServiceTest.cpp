@@ -389,8 +389,10 @@ TEST_F(AttributeServiceTest, MergesManyPairs) {
 TEST_F(AttributeServiceTest, RefusesMoreInformationThanAnObjectMayHave) {
   const NVSList_T name = element("5");
   Pairs most;
+  constexpr std::size_t kLongest =
+      AttributeService::kMostTextBytes - AttributeService::kPairBytes - 1;
   for (char c = 'a'; c < 'a' + 16; ++c) {
-    most.emplace_back(std::string(1, c), std::string(AttributeService::kMostTextBytes - 1, c));
+    most.emplace_back(std::string(1, c), std::string(kLongest, c));
   }
   EXPECT_EQ(most, merged(name, most));
   NVSList_T more = nameOf({{"q", "1"}});
