@@ -43,7 +43,7 @@ std::optional<Assembler::Time> Assembler::begun() const {
     consider(part_ ? part_->begun : messageBegun_);
   }
   for (const auto& [id, part] : open_) {
-    consider(part.begun);
+    consider(part->begun);
   }
   return earliest;
 }
@@ -98,7 +98,7 @@ bool Assembler::beginMessage() {
 }
 
 bool Assembler::beginRequest() {
-  part_.emplace(header_, budget_, messageBegun_);
+  part_ = std::make_unique<Part>(header_, budget_, messageBegun_);
   part_->limit = limits_.requestBytes;
   part_->bytes.append(headerBytes_, giop::kHeaderBytes);
   return checkLimit();
@@ -111,13 +111,13 @@ bool Assembler::continueRequest(std::uint32_t id) {
     open_.erase(id);
     return true;
   }
-  Part part = std::move(found->second);
+  std::unique_ptr<Part> part = std::move(found->second);
   open_.erase(found);
   // Joined fragments keep the alignment of numbers only in steps of 8 bytes after the header.
-  const std::size_t aligned = part.first.minorVersion == 1 ? giop::kHeaderBytes % 8 : 0;
-  if (header_.minorVersion != part.first.minorVersion ||
-      header_.littleEndian != part.first.littleEndian ||
-      (!part.refused && remaining_ > 0 && part.bytes.size() % 8 != aligned)) {
+  const std::size_t aligned = part->first.minorVersion == 1 ? giop::kHeaderBytes % 8 : 0;
+  if (header_.minorVersion != part->first.minorVersion ||
+      header_.littleEndian != part->first.littleEndian ||
+      (!part->refused && remaining_ > 0 && part->bytes.size() % 8 != aligned)) {
     return false;
   }
   part_ = std::move(part);
@@ -172,31 +172,30 @@ bool Assembler::endMessage() {
   if (!part_) {
     return true;
   }
-  Part part = std::move(*part_);
-  part_.reset();
+  std::unique_ptr<Part> part = std::move(part_);
   if (header_.moreFragments) {
     return awaitFragment(std::move(part));
   }
-  if (!part.refused) {
-    if (!giop::isTargetKey(part.first, part.bytes.front())) {
+  if (!part->refused) {
+    if (!giop::isTargetKey(part->first, part->bytes.front())) {
       return false;
     }
-    const std::size_t size = part.bytes.size();
-    giop::rewriteHeader(part.bytes.data(), size);
-    complete_.emplace(Request{std::move(part.bytes), std::nullopt, size});
+    const std::size_t size = part->bytes.size();
+    giop::rewriteHeader(part->bytes.data(), size);
+    complete_.emplace(Request{std::move(part->bytes), std::nullopt, size});
   }
   return true;
 }
 
-bool Assembler::awaitFragment(Part part) {
-  if (!part.id && part.first.minorVersion == 2) {
-    if (part.bytes.size() < giop::kHeaderBytes + giop::kRequestIdBytes) {
+bool Assembler::awaitFragment(std::unique_ptr<Part> part) {
+  if (!part->id && part->first.minorVersion == 2) {
+    if (part->bytes.size() < giop::kHeaderBytes + giop::kRequestIdBytes) {
       return false;
     }
-    const char* const id = part.bytes.data() + giop::kHeaderBytes;
-    part.id = giop::parseNumber(id, part.first.littleEndian);
+    const char* const id = part->bytes.data() + giop::kHeaderBytes;
+    part->id = giop::parseNumber(id, part->first.littleEndian);
   }
-  const std::uint32_t id = part.id.value_or(0);
+  const std::uint32_t id = part->id.value_or(0);
   return open_.size() < kMaxOpen && open_.emplace(id, std::move(part)).second;
 }
 

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -92,7 +93,7 @@ class Assembler {
   bool isLarge(const std::string& operation) const;
   bool isMessageTaken() const { return headerTaken_ == headerLength_ && remaining_ == 0; }
   bool endMessage();
-  bool awaitFragment(Part part);
+  bool awaitFragment(std::unique_ptr<Part> part);
 
   // Requests of one connection whose fragments may arrive in turns.
   static constexpr std::size_t kMaxOpen = 4;
@@ -110,9 +111,11 @@ class Assembler {
   giop::Header header_;
   std::size_t remaining_ = 0;  // bytes of its body
   Time messageBegun_;
-  std::optional<Part> part_;  // where the body goes; none: nowhere
+  std::unique_ptr<Part> part_;  // where the body goes; null: nowhere
 
-  std::map<std::uint32_t, Part> open_;  // by request id, those that wait for a fragment
+  // By request id, those that wait for a fragment. Fragments may be as short as their headers, so
+  // that a request is not moved for each of them.
+  std::map<std::uint32_t, std::unique_ptr<Part>> open_;
   std::optional<Request> complete_;
 };
 

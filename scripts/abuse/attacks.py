@@ -549,6 +549,33 @@ def second_endpoint(programs):
     return "one listening port"
 
 
+def send_until(address, end, first, repeated):
+    """One connection that sends a message, and then others without a pause."""
+    with contextlib.suppress(OSError), giop.connect(address, 5) as connection:
+        connection.sendall(first)
+        while time.monotonic() < end:
+            connection.sendall(repeated)
+
+
+def short_fragments(programs):
+    """100 connections send fragments that add nothing to their requests."""
+    fragment = giop.header(4, giop.FRAGMENT, more=True) + struct.pack("<I", 1)
+    message = giop.request(MANAGER, "_non_existent")[:40]
+    begin = giop.header(len(message) - giop.HEADER_OCTETS, more=True)
+    begin += message[giop.HEADER_OCTETS:]
+    with Agent(programs) as agent:
+        end = time.monotonic() + 4
+        with concurrent.futures.ThreadPoolExecutor(100) as pool:
+            for _ in range(100):
+                pool.submit(send_until, agent.address, end, begin, fragment * 4000)
+            time.sleep(1)
+            served = agent.require_serving()
+        require(served < 5, f"a client waits for {served:.1f} s")
+        wait_until_served(agent)
+        agent.stop()
+    return f"a client waits for {served:.2f} s"
+
+
 # Number of the concern, name, attack. The slow one runs beside the others.
 IN_THE_BACKGROUND = [("incomplete messages", incomplete_messages)]
 ATTACKS = [
@@ -564,6 +591,7 @@ ATTACKS = [
     ("pipelined views", pipelined_views),
     ("additional information", additional_information),
     ("queued notifications", queued_notifications),
+    ("short fragments", short_fragments),
     ("long references", long_references),
     ("views without memory", views_without_memory),
     ("log of a short memory", log_of_a_short_memory),

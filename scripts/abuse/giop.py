@@ -7,10 +7,11 @@ starts where the header ends. The layout is that of chapter 9 of the OMG CORBA 3
 import socket
 import struct
 
-REQUEST, REPLY = 0, 1
+REQUEST, REPLY, FRAGMENT = 0, 1, 7
 NO_EXCEPTION, USER_EXCEPTION, SYSTEM_EXCEPTION = 0, 1, 2
 HEADER_OCTETS = 12
 LITTLE_ENDIAN = 1
+MORE_FRAGMENTS = 2
 
 # A client that sends no code set is one of ISO 8859-1; this service context asks for UTF-8.
 CODE_SETS = 1
@@ -55,8 +56,9 @@ def code_set_context():
     return bytes(body.data)
 
 
-def header(size, kind=REQUEST):
-    return b"GIOP\x01\x02" + bytes((LITTLE_ENDIAN, kind)) + struct.pack("<I", size)
+def header(size, kind=REQUEST, more=False):
+    flags = LITTLE_ENDIAN | (MORE_FRAGMENTS if more else 0)
+    return b"GIOP\x01\x02" + bytes((flags, kind)) + struct.pack("<I", size)
 
 
 def request(key, operation, arguments=None, number=1, declared=None, contexts=1):

@@ -16,7 +16,9 @@ namespace orb {
 namespace {
 
 constexpr const char* kTransport = "giop:tcp";
-constexpr std::size_t kScratchBytes = 65536;
+// Received from one connection before the others have their turn: bounds the messages of the
+// shortest kind that they wait for.
+constexpr std::size_t kScratchBytes = 4096;
 constexpr std::chrono::milliseconds kAcceptPause{100};
 constexpr std::chrono::milliseconds kStarvedPause{20};
 
