@@ -118,6 +118,9 @@ std::unique_ptr<Server> startServer(const Options& options, const Endpoint& endp
     setLogReceiver(nullptr);
     throw EndpointError("cannot listen on " + format(endpoint) +
                         (said.empty() ? "" : ": " + withoutPrefix(said.front())));
+  } catch (...) {
+    setLogReceiver(nullptr);  // it borrows `said`
+    throw;
   }
 }
 

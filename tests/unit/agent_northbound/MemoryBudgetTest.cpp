@@ -3,6 +3,12 @@
 #include "agent/northbound/MemoryBudget.h"
 
 #include <gtest/gtest.h>
+#include <malloc.h>
+#include <sys/resource.h>
+
+#include <memory>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -78,6 +84,44 @@ TEST(ProcessMemory, HasAUseAndAtMostTheConfiguredLimit) {
 
 TEST(ProcessMemory, IsLimitedByTheMachineWithoutAConfiguredLimit) {
   EXPECT_NE(MemoryUse::kNoLimit, agent::processMemory(0)().residentLimit);
+}
+
+TEST(ProcessMemory, IsLimitedByTheMachineWhenMoreIsConfigured) {
+  const std::size_t limit = agent::processMemory(0)().residentLimit;
+  EXPECT_EQ(limit, agent::processMemory(MemoryUse::kNoLimit - 1)().residentLimit);
+}
+
+// Limits the address space to more than the process can use, as long as this lives.
+class LimitedAddresses {
+ public:
+  LimitedAddresses() {
+    getrlimit(RLIMIT_AS, &before_);
+    const rlimit limit{rlim_t{1} << 50, before_.rlim_max};
+    setrlimit(RLIMIT_AS, &limit);
+  }
+  ~LimitedAddresses() { setrlimit(RLIMIT_AS, &before_); }
+  LimitedAddresses(const LimitedAddresses&) = delete;
+  LimitedAddresses& operator=(const LimitedAddresses&) = delete;
+
+ private:
+  rlimit before_{};
+};
+
+TEST(ProcessMemory, CountsNoAddressesOfFreedPartsOfTheHeap) {
+  constexpr std::size_t kBlocks = 512;
+  std::vector<std::unique_ptr<char[]>> blocks;
+  blocks.reserve(kBlocks);
+  for (std::size_t i = 0; i < kBlocks; ++i) {
+    blocks.push_back(std::make_unique<char[]>(65536));
+  }
+  const std::unique_ptr<char[]> last = std::move(blocks.back());  // keeps the heap from shrinking
+  blocks.clear();
+  const std::size_t freed = mallinfo2().fordblks;  // 0 with the allocator of a sanitizer
+  const std::size_t whole = agent::processMemory(0)().addresses;
+  const LimitedAddresses limited;
+  const MemoryUse use = agent::processMemory(0)();
+  EXPECT_NE(MemoryUse::kNoLimit, use.addressLimit);
+  EXPECT_LE(use.addresses + freed / 2, whole);
 }
 
 }  // namespace

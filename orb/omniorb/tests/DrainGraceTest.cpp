@@ -1,0 +1,137 @@
+// How long connections may stall while something waits for their requests.
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <future>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "orb/omniorb/drain.h"
+#include "tests/unit/orb/RawClient.h"
+#include "tests/unit/orb/Servants.h"
+
+namespace {
+
+using orb::Drain;
+using orb_tests::Lavish;
+using orb_tests::RawClient;
+using orb_tests::requestTo;
+
+constexpr std::size_t kReplyBytes = std::size_t{16} << 20;  // at least; of Lavish
+
+class DrainGrace : public testing::Test {
+ protected:
+  void serve(std::chrono::milliseconds grace) {
+    orb::Options options;
+    options.drainGrace = grace;
+    server_ = orb::startServer(options, {"127.0.0.1", 0}, [this](const std::string& line) {
+      const std::lock_guard<std::mutex> lock(mutex_);
+      lines_.push_back(line);
+    });
+    object_ = server_->wellKnownObject("Key");
+    published_ = object_->publish(servant_.in());
+  }
+
+  // Returns when the reply, which does not fit into the connection, is being sent.
+  void askWithoutReading(const RawClient& client) {
+    ASSERT_TRUE(client.send(requestTo("Key", "next_n").number(1).bytes()));
+    servant_->asked().wait();
+  }
+
+  static bool isServed(const RawClient& client) {
+    return client.send(requestTo("Key", "getLength").bytes()) && client.answer();
+  }
+
+  // Whether the connection stays open for the whole reply.
+  static bool readsReply(const RawClient& client) {
+    std::size_t bytes = 0;
+    while (bytes < kReplyBytes) {
+      const std::string piece = client.received();
+      if (piece.empty()) {
+        return false;
+      }
+      bytes += piece.size();
+    }
+    return true;
+  }
+
+  std::vector<std::string> lines() {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return lines_;
+  }
+
+  std::mutex mutex_;
+  std::vector<std::string> lines_;  // guarded by mutex_
+  const PortableServer::Servant_var<Lavish> servant_ = new Lavish;
+  std::unique_ptr<orb::Server> server_;
+  std::unique_ptr<orb::WellKnownObject> object_;
+  CORBA::Object_var published_;
+};
+
+// Answers as it is told, and says when the Drain looks at a stalled request for the second time:
+// its first look at all connections is over by then.
+class SecondLook {
+ public:
+  explicit SecondLook(bool matches) : matches_(matches) {}
+
+  bool operator()() {
+    if (++looks_ == 2) {
+      second_.set_value();
+    }
+    return matches_;
+  }
+
+  void wait() { second_.get_future().wait(); }
+
+ private:
+  const bool matches_;
+  std::atomic<int> looks_{0};
+  std::promise<void> second_;
+};
+
+TEST_F(DrainGrace, IsLeftToAMatchingRequest) {
+  serve(std::chrono::hours(1));
+  const RawClient client(server_->endpoint());
+  askWithoutReading(client);
+  SecondLook look(true);
+  const Drain drain([&look](omni::GIOP_S&) { return look(); });
+  look.wait();
+  EXPECT_TRUE(readsReply(client));
+  EXPECT_EQ(std::vector<std::string>(), lines());
+}
+
+TEST_F(DrainGrace, IsLeftToOtherConnections) {
+  serve(std::chrono::hours(1));
+  const RawClient idle(server_->endpoint());
+  ASSERT_TRUE(isServed(idle));
+  const RawClient client(server_->endpoint());
+  askWithoutReading(client);
+  SecondLook look(false);
+  const Drain drain([&look](omni::GIOP_S&) { return look(); }, Drain::Others::kClosed);
+  look.wait();
+  EXPECT_TRUE(readsReply(client));
+  EXPECT_TRUE(isServed(idle));
+}
+
+TEST_F(DrainGrace, EndsOtherConnectionsWithoutALogLine) {
+  serve(std::chrono::milliseconds(1));
+  const RawClient idle(server_->endpoint());
+  ASSERT_TRUE(isServed(idle));
+  const Drain drain([](omni::GIOP_S&) { return true; }, Drain::Others::kClosed);
+  EXPECT_TRUE(idle.isClosedByPeer());
+  EXPECT_EQ(std::vector<std::string>(), lines());
+}
+
+TEST_F(DrainGrace, IsWithoutEndForRequestsThatDoNotMatch) {
+  serve(std::chrono::milliseconds(1));
+  const RawClient client(server_->endpoint());
+  askWithoutReading(client);
+  SecondLook look(false);
+  const Drain drain([&look](omni::GIOP_S&) { return look(); });
+  look.wait();
+  EXPECT_TRUE(readsReply(client));
+}
+
+}  // namespace

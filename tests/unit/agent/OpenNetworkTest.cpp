@@ -1,0 +1,89 @@
+// The network that the agent starts with.
+
+#include "agent/OpenNetwork.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <memory>
+#include <string>
+
+#include "tests/support/TemporaryDirectory.h"
+
+namespace {
+
+using agent::NetworkStore;
+using agent::openNetwork;
+using agent::Options;
+using agent::StoreError;
+
+class OpenedNetwork : public testing::Test {
+ protected:
+  std::string refusal() {
+    try {
+      openNetwork(options_, store_);
+    } catch (const StoreError& failure) {
+      return failure.what();
+    }
+    return {};
+  }
+
+  // The name of the managing system.
+  std::string ems() { return openNetwork(options_, store_).ems; }
+
+  std::string networkFile(const std::string& ems) const {
+    return directory_.write(ems + ".json",
+                            R"({"format": "topo-network/1", "ems": ")" + ems + R"("})");
+  }
+
+  const support::TemporaryDirectory directory_;
+  const std::string path_ = directory_.file("network.db");
+  std::unique_ptr<NetworkStore> store_;
+  Options options_ = [this] {
+    Options options;
+    options.store = path_;
+    return options;
+  }();
+};
+
+TEST_F(OpenedNetwork, NeedsAStoreUnlessOneMayBeMade) {
+  const std::string expected = path_ +
+                               ": there is no store (--network FILE loads a network into "
+                               "a new store, --create makes an empty one)";
+  EXPECT_EQ(expected, refusal());
+  EXPECT_FALSE(std::filesystem::exists(path_));
+  directory_.write("network.db", "");
+  EXPECT_EQ(expected, refusal()) << "an empty file is no store";
+  options_.createStore = true;
+  EXPECT_EQ("", refusal());
+}
+
+TEST_F(OpenedNetwork, MayBeEmptyInMemory) {
+  options_.store = NetworkStore::kInMemory;
+  EXPECT_EQ("", refusal());
+  EXPECT_TRUE(store_->isNew());
+}
+
+TEST_F(OpenedNetwork, IsThatOfTheFileInANewStoreOnly) {
+  options_.network = networkFile("first");
+  EXPECT_EQ("first", ems());
+  store_.reset();
+  options_.network = networkFile("second");
+  EXPECT_EQ("first", ems());
+}
+
+TEST_F(OpenedNetwork, IsThatOfTheFileInAStoreThatWasMadeEmpty) {
+  options_.createStore = true;
+  EXPECT_EQ("", ems());
+  store_.reset();
+  options_.network = networkFile("first");
+  EXPECT_EQ("first", ems());
+}
+
+TEST_F(OpenedNetwork, LeavesNoStoreBehindWhenItsFileCannotBeRead) {
+  options_.network = directory_.write("bad.json", "[");
+  EXPECT_THROW(openNetwork(options_, store_), std::runtime_error);
+  EXPECT_FALSE(std::filesystem::exists(path_));
+}
+
+}  // namespace
