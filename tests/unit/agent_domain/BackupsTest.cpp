@@ -2,7 +2,10 @@
 
 #include "agent/domain/Backups.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <memory>
@@ -127,13 +130,14 @@ TEST_F(BackupsTest, LeaveNoFileBehindWheneverTheyEnd) {
 
 TEST_F(BackupsTest, RefuseAnotherWhileOneIsFetched) {
   ChangingHost host(path_, largeNetwork());
-  seconds now{0};
+  seconds now{100000};
   Backups backups(host.writer(), [&] { return std::chrono::steady_clock::time_point(now); });
   std::uint64_t first = 0;
   std::uint64_t second = 0;
   Backups::Part part;
   backups.begin(first);
   now += Backups::kIdle - seconds(1);
+  EXPECT_EQ(agent::kTooMuch, backups.begin(second).code);
   EXPECT_EQ(agent::kSuccess, backups.next(first, part).code);
   now += Backups::kIdle - seconds(1);
   const Outcome refusal = backups.begin(second);
@@ -144,7 +148,7 @@ TEST_F(BackupsTest, RefuseAnotherWhileOneIsFetched) {
 
 TEST_F(BackupsTest, MakeWayWhenNobodyFetchesThem) {
   ChangingHost host(path_, largeNetwork());
-  seconds now{0};
+  seconds now{100000};
   Backups backups(host.writer(), [&] { return std::chrono::steady_clock::time_point(now); });
   std::uint64_t first = 0;
   std::uint64_t second = 0;
@@ -170,6 +174,74 @@ TEST_F(BackupsTest, EndWhenTheyAreFetchedOrNotWanted) {
   EXPECT_EQ(agent::kTooMuch, backups.begin(id).code);
   backups.end(id);
   EXPECT_EQ(agent::kEntityNotFound, backups.next(id, part).code);
+}
+
+// Cuts the copy that a backup is read from.
+void cutCopy(std::size_t bytes) {
+  std::filesystem::path copy;
+  for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+    std::error_code status;
+    const std::string file = std::filesystem::read_symlink(entry.path(), status);
+    if (file.find("-backup-") != std::string::npos) {
+      copy = entry.path();
+    }
+  }
+  std::filesystem::resize_file(copy, bytes);
+}
+
+TEST_F(BackupsTest, EndWhenTheyCannotBeRead) {
+  ChangingHost host(path_, largeNetwork());
+  Backups backups(host.writer());
+  std::uint64_t id = 0;
+  Backups::Part part;
+  backups.begin(id);
+  while (part.content.empty()) {
+    ASSERT_EQ(agent::kSuccess, backups.next(id, part).code);
+  }
+  cutCopy(part.content.size());
+  EXPECT_EQ(agent::kInternalError, backups.next(id, part).code);
+  EXPECT_EQ(agent::kEntityNotFound, backups.next(id, part).code);
+  EXPECT_EQ(agent::kSuccess, backups.begin(id).code);
+}
+
+// Lets the process open a few more files at most, as long as this lives.
+class FewDescriptors {
+ public:
+  explicit FewDescriptors(int more) {
+    getrlimit(RLIMIT_NOFILE, &before_);
+    const rlimit low{static_cast<rlim_t>(next() + more), before_.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &low);
+  }
+  ~FewDescriptors() { setrlimit(RLIMIT_NOFILE, &before_); }
+  FewDescriptors(const FewDescriptors&) = delete;
+  FewDescriptors& operator=(const FewDescriptors&) = delete;
+
+  // The next one; the lowest that is free.
+  static int next() {
+    const int descriptor = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
+    ::close(descriptor);
+    return descriptor;
+  }
+
+ private:
+  rlimit before_{};
+};
+
+TEST_F(BackupsTest, LeaveNothingOpenOrBehindWhenDescriptorsRunOut) {
+  ChangingHost host(path_, wideNetwork(3));
+  Backups backups(host.writer());
+  const int descriptor = FewDescriptors::next();
+  const std::size_t before = files();
+  std::uint64_t id = 0;
+  for (const int more : {0, 1}) {
+    {
+      const FewDescriptors few(more);
+      EXPECT_EQ(agent::kInternalError, backups.begin(id).code);
+    }
+    EXPECT_EQ(descriptor, FewDescriptors::next());
+    EXPECT_EQ(before, files());
+  }
+  EXPECT_EQ(agent::kSuccess, backups.begin(id).code);
 }
 
 TEST_F(BackupsTest, SayWhyTheyCannotBeMade) {

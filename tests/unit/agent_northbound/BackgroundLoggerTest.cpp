@@ -80,8 +80,14 @@ TEST(BackgroundLogger, NeverWaitsForAReaderThatHasStopped) {
   std::optional<BackgroundLogger> logger(std::in_place, reader.taker(), 3);
   logger->logger().info("first");
   reader.waitUntilInside();
-  for (int i = 1; i <= 10; ++i) {
-    logger->logger().info("line " + std::to_string(i));
+  auto logged = std::async(std::launch::async, [&logger] {
+    for (int i = 1; i <= 10; ++i) {
+      logger->logger().info("line " + std::to_string(i));
+    }
+  });
+  if (logged.wait_for(kLong / 3) != std::future_status::ready) {
+    reader.release();
+    FAIL() << "the logger waits for its reader";
   }
   EXPECT_FALSE(logger->flush(milliseconds(1)));  // takes a place, too
   reader.release();
