@@ -152,7 +152,8 @@ void destroyPoa(PortableServer::POA_ptr poa) {
     return hasPrefix(request, prefix);
   });
   const PortableServer::POAManager_var manager = poa->the_POAManager();
-  manager->discard_requests(false);
+  // From its destruction on the POA answers OBJ_ADAPTER, so running requests end before.
+  manager->discard_requests(true);
   poa->destroy(true, true);
 }
 
