@@ -146,6 +146,18 @@ TEST_F(IteratorHousekeeping, IgnoresRequestsForOtherObjects) {
   EXPECT_EQ(1U, registry_.reclaimIdle());
 }
 
+TEST_F(IteratorHousekeeping, IgnoresRequestsForIteratorsThatAreGone) {
+  CountedServant* const made = added();
+  const NodeIterator_I_var first = made->_this();
+  const orb::ObjectKey deactivated = orb::objectKeyOf(first);
+  EXPECT_TRUE(registry_.deactivate(made));
+  EXPECT_NO_THROW(registry_.touch(deactivated));
+  orb::ObjectKey retired;
+  const NodeIterator_I_var second = active(retired);
+  registry_.retire();
+  EXPECT_NO_THROW(registry_.touch(retired));
+}
+
 TEST_F(IteratorHousekeeping, RefusesIteratorsOverTheLimitAndLeavesThemWithTheCaller) {
   CountedServant* first = added();
   added();

@@ -204,6 +204,36 @@ TEST_F(AssembledRequests, GiveTheirMemoryBackWhenTheyAreRead) {
   EXPECT_TRUE(budget_.take(kLargeLimit));
 }
 
+TEST_F(AssembledRequests, GiveTheirMemoryBackWhenTheyAreRefused) {
+  take(request(1, "large", true).bytes() + fragment(1, std::string(500000, 'x'), false).bytes() +
+       fragment(1, std::string(600000, 'x'), false).bytes());
+  EXPECT_NE(std::nullopt, assembler_.begun()) << "its last fragment is to come";
+  EXPECT_TRUE(budget_.take(kLargeLimit));
+}
+
+TEST_F(AssembledRequests, GiveTheirMemoryBackWhenTheirConnectionEnds) {
+  {
+    Assembler other(limits_, budget_);
+    const std::string bytes = request(1, "large", false).raw(std::string(500000, 'x')).bytes();
+    other.take(bytes.data(), bytes.size() - 1, kStart);
+    EXPECT_FALSE(budget_.take(kLargeLimit));
+  }
+  EXPECT_TRUE(budget_.take(kLargeLimit));
+}
+
+TEST_F(AssembledRequests, GiveTheirMemoryBackWhenOthersTakeTheirPlace) {
+  const std::string bytes(4 * orb::Chunks::kChunk, 'x');
+  {
+    orb::Chunks chunks(budget_);
+    chunks.append(bytes.data(), bytes.size());
+    orb::Chunks others(budget_);
+    others.append(bytes.data(), bytes.size());
+    chunks = std::move(others);
+    EXPECT_EQ(bytes.size(), chunks.size());
+  }
+  EXPECT_TRUE(budget_.take(kLargeLimit));
+}
+
 TEST_F(AssembledRequests, BeginWithTheirFirstByte) {
   EXPECT_EQ(std::nullopt, assembler_.begun());
   const std::string first = request(1, "a", true).bytes();
@@ -245,6 +275,9 @@ TEST(InvalidMessages, EndTheirConnection) {
       Message(2, Type::kRequest, false).number(1).number(3).number(1).number(0).octets("").bytes();
   const std::string locateByReference =
       Message(2, static_cast<Type>(3), false).number(1).number(2).number(0).bytes();
+  const std::string shortFragment = Message(1, Type::kFragment, false).raw("12345678").bytes();
+  std::string locate = request(1, "a", false).raw(std::string(20000, 'x')).bytes();
+  locate[7] = 3;
   const std::vector<Invalid> all = {
       {"no GIOP", magic},
       {"a version to come", version},
@@ -252,6 +285,8 @@ TEST(InvalidMessages, EndTheirConnection) {
       {"a reply", Message(2, Type::kReply, false).number(1).bytes()},
       {"a fragment without its request", Message(2, Type::kFragment, false).bytes()},
       {"a fragment of another byte order", request(1, "a", true).bytes() + order},
+      {"a fragment of another version", request(0, "a", true).bytes() + shortFragment},
+      {"a locate request over the limit", locate},
       {"too many incomplete requests", many},
       {"the same request twice", request(1, "a", true).bytes() + request(1, "a", true).bytes()},
       {"numbers that fragments shift", odd},

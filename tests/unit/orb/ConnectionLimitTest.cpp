@@ -86,8 +86,23 @@ TEST_F(Connections, EndWhenAMessageIsNotCompleteInTime) {
   for (const RawClient& client : clients) {
     EXPECT_TRUE(client.isClosedByPeer());
   }
+  EXPECT_EQ(1U, timesLogged("a connection was closed: its request was not complete in time"));
   clients.clear();
   EXPECT_TRUE(isServedInTheEnd());
+}
+
+TEST_F(Connections, EndOneAfterTheOtherWhenTheirMessagesBeganOneAfterTheOther) {
+  const RawClient first(server_->endpoint());
+  ASSERT_TRUE(first.send("G"));
+  const RawClient other(server_->endpoint());
+  const auto later = std::chrono::steady_clock::now() + std::chrono::milliseconds(100);
+  while (std::chrono::steady_clock::now() < later) {
+    ASSERT_TRUE(isServed(other));
+  }
+  const RawClient second(server_->endpoint());
+  ASSERT_TRUE(second.send("G"));
+  EXPECT_TRUE(first.isClosedByPeer());
+  EXPECT_TRUE(second.isClosedByPeer());
 }
 
 TEST_F(Connections, EndWhenAMessageAfterACompleteOneIsNotCompleteInTime) {
@@ -135,6 +150,33 @@ TEST_F(Connections, OverTheLimitAreClosedAtOnceAndLoggedOnce) {
   EXPECT_EQ(1U, timesLogged("connections are refused: 4 connections"));
   admitted.clear();
   EXPECT_TRUE(isServedInTheEnd());
+}
+
+orb::Options littleMemory() {
+  orb::Options options = orb_tests::quickOptions();
+  options.maxMessageBytes = 256 * 1024;
+  options.maxRequestBytes = options.maxMessageBytes;
+  return options;
+}
+
+class CrowdedConnections : public Connections {
+ protected:
+  CrowdedConnections() : Connections(littleMemory()) {}
+};
+
+TEST_F(CrowdedConnections, AreServedWhenTheMemoryForReceivingIsFreeAgain) {
+  const std::string request = requestTo("Key", "_is_a").text(std::string(200000, 'x')).bytes();
+  std::list<RawClient> clients;
+  for (int i = 0; i < 3; ++i) {  // together more than the server receives at the same time
+    clients.emplace_back(server_->endpoint());
+    ASSERT_TRUE(clients.back().send(request.substr(0, request.size() - 10)));
+  }
+  for (const RawClient& client : clients) {
+    ASSERT_TRUE(client.send(request.substr(request.size() - 10)));
+  }
+  for (const RawClient& client : clients) {
+    EXPECT_TRUE(client.answer());
+  }
 }
 
 orb::Options shortIdleTime() {
