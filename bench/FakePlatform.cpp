@@ -1,9 +1,9 @@
 #include <utility>
 
 #include "bench/Platform.h"
-#include "fakes/Bundles.h"
-#include "fakes/Domain.h"
-#include "fakes/Journal.h"
+#include "tests/fakes/Bundles.h"
+#include "tests/fakes/Domain.h"
+#include "tests/fakes/Journal.h"
 
 namespace bench {
 

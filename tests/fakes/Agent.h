@@ -1,7 +1,7 @@
 // The agent's side of the fakes: what it answers, and what it was handed.
 
-#ifndef FAKES_AGENT_H
-#define FAKES_AGENT_H
+#ifndef TESTS_FAKES_AGENT_H
+#define TESTS_FAKES_AGENT_H
 
 #include <atomic>
 #include <cstdint>

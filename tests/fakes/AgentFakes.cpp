@@ -6,13 +6,13 @@
 #include <mutex>
 #include <utility>
 
-#include "fakes/Agent.h"
-#include "fakes/Journal.h"
 #include "platform/agent/Failures.h"
 #include "platform/agent/Logging.h"
 #include "platform/agent/TAIteratorHelper.h"
 #include "platform/agent/TANotification.h"
 #include "platform/agent/TECommonFunc.h"
+#include "tests/fakes/Agent.h"
+#include "tests/fakes/Journal.h"
 
 namespace fakes {
 namespace {

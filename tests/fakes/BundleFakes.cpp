@@ -6,12 +6,12 @@
 #include <mutex>
 
 #include "ace/OS_NS_Thread.h"
-#include "fakes/Bundles.h"
-#include "fakes/Domain.h"
-#include "fakes/Journal.h"
-#include "fakes/Naming.h"
-#include "fakes/Security.h"
 #include "platform/framework/ProcessException.h"
+#include "tests/fakes/Bundles.h"
+#include "tests/fakes/Domain.h"
+#include "tests/fakes/Journal.h"
+#include "tests/fakes/Naming.h"
+#include "tests/fakes/Security.h"
 
 ProcessException::~ProcessException() = default;
 InterfaceNotExistException::~InterfaceNotExistException() = default;

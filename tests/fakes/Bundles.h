@@ -1,7 +1,7 @@
 // The bundle manager's side of the fakes.
 
-#ifndef FAKES_BUNDLES_H
-#define FAKES_BUNDLES_H
+#ifndef TESTS_FAKES_BUNDLES_H
+#define TESTS_FAKES_BUNDLES_H
 
 #include <string>
 

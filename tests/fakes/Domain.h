@@ -1,7 +1,7 @@
 // The managed network that the fake domain delivers.
 
-#ifndef FAKES_DOMAIN_H
-#define FAKES_DOMAIN_H
+#ifndef TESTS_FAKES_DOMAIN_H
+#define TESTS_FAKES_DOMAIN_H
 
 #include <optional>
 #include <string>

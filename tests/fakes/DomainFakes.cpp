@@ -1,5 +1,5 @@
-#include "fakes/Domain.h"
-#include "fakes/Journal.h"
+#include "tests/fakes/Domain.h"
+#include "tests/fakes/Journal.h"
 
 namespace NS_DOMAIN {
 

@@ -5,9 +5,9 @@
 #include <mutex>
 #include <utility>
 
-#include "fakes/Events.h"
-#include "fakes/Journal.h"
-#include "fakes/Security.h"
+#include "tests/fakes/Events.h"
+#include "tests/fakes/Journal.h"
+#include "tests/fakes/Security.h"
 
 TEEventHandler::~TEEventHandler() = default;
 TEEventMgr::~TEEventMgr() = default;

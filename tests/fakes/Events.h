@@ -2,8 +2,8 @@
 //
 // Steps of "TEEventMgr::Instance" run without a line in the journal.
 
-#ifndef FAKES_EVENTS_H
-#define FAKES_EVENTS_H
+#ifndef TESTS_FAKES_EVENTS_H
+#define TESTS_FAKES_EVENTS_H
 
 #include <vector>
 

@@ -1,4 +1,4 @@
-#include "fakes/FailingNew.h"
+#include "tests/fakes/FailingNew.h"
 
 #include <cstdlib>
 #include <cstring>

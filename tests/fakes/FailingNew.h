@@ -4,8 +4,8 @@
 // Linking the object library topo_failing_new replaces operator new and delete of the process.
 // Switch and count are per thread.
 
-#ifndef FAKES_FAILINGNEW_H
-#define FAKES_FAILINGNEW_H
+#ifndef TESTS_FAKES_FAILINGNEW_H
+#define TESTS_FAKES_FAILINGNEW_H
 
 #include <cstddef>
 #include <functional>

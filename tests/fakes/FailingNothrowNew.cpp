@@ -1,4 +1,4 @@
-#include "fakes/FailingNothrowNew.h"
+#include "tests/fakes/FailingNothrowNew.h"
 
 #include <new>
 

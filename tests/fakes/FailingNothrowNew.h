@@ -3,8 +3,8 @@
 // Linking the object library topo_failing_nothrow_new replaces operator new(size, nothrow) of the
 // process. The switch is per thread.
 
-#ifndef FAKES_FAILINGNOTHROWNEW_H
-#define FAKES_FAILINGNOTHROWNEW_H
+#ifndef TESTS_FAKES_FAILINGNOTHROWNEW_H
+#define TESTS_FAKES_FAILINGNOTHROWNEW_H
 
 #include <cstddef>
 

@@ -1,15 +1,15 @@
 // Base of test fixtures that use the fakes.
 
-#ifndef FAKES_FIXTURE_H
-#define FAKES_FIXTURE_H
+#ifndef TESTS_FAKES_FIXTURE_H
+#define TESTS_FAKES_FIXTURE_H
 
 #include <gtest/gtest.h>
 
-#include "fakes/Agent.h"
-#include "fakes/Bundles.h"
-#include "fakes/Domain.h"
-#include "fakes/Journal.h"
-#include "fakes/Naming.h"
+#include "tests/fakes/Agent.h"
+#include "tests/fakes/Bundles.h"
+#include "tests/fakes/Domain.h"
+#include "tests/fakes/Journal.h"
+#include "tests/fakes/Naming.h"
 
 namespace fakes {
 

@@ -1,4 +1,4 @@
-#include "fakes/Journal.h"
+#include "tests/fakes/Journal.h"
 
 #include <algorithm>
 #include <map>

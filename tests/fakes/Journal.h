@@ -6,8 +6,8 @@
 //
 // Thread-safety: every function from any thread. Steps run without any lock held.
 
-#ifndef FAKES_JOURNAL_H
-#define FAKES_JOURNAL_H
+#ifndef TESTS_FAKES_JOURNAL_H
+#define TESTS_FAKES_JOURNAL_H
 
 #include <cstdint>
 #include <functional>

@@ -1,7 +1,7 @@
 // The CORBA utility interface of the fakes, and the class of FDNs: naming of managed objects.
 
-#ifndef FAKES_NAMING_H
-#define FAKES_NAMING_H
+#ifndef TESTS_FAKES_NAMING_H
+#define TESTS_FAKES_NAMING_H
 
 #include <cstdint>
 #include <string>

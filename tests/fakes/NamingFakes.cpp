@@ -1,6 +1,6 @@
-#include "fakes/Agent.h"
-#include "fakes/Journal.h"
-#include "fakes/Naming.h"
+#include "tests/fakes/Agent.h"
+#include "tests/fakes/Journal.h"
+#include "tests/fakes/Naming.h"
 
 namespace NS_CORBA {
 

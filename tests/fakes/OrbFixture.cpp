@@ -1,4 +1,4 @@
-#include "fakes/OrbFixture.h"
+#include "tests/fakes/OrbFixture.h"
 
 namespace fakes {
 namespace {

@@ -1,12 +1,12 @@
 // A running ORB with a POA for iterators, for tests of servants.
 
-#ifndef FAKES_ORBFIXTURE_H
-#define FAKES_ORBFIXTURE_H
+#ifndef TESTS_FAKES_ORBFIXTURE_H
+#define TESTS_FAKES_ORBFIXTURE_H
 
 #include <memory>
 
-#include "fakes/Fixture.h"
 #include "orb/orb.h"
+#include "tests/fakes/Fixture.h"
 
 namespace fakes {
 

@@ -1,4 +1,4 @@
-#include "fakes/PoaStandIn.h"
+#include "tests/fakes/PoaStandIn.h"
 
 #include "orb/foreignpoa.h"
 

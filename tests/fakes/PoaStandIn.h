@@ -1,7 +1,7 @@
 // A POA that is not the ORB's own.
 
-#ifndef FAKES_POASTANDIN_H
-#define FAKES_POASTANDIN_H
+#ifndef TESTS_FAKES_POASTANDIN_H
+#define TESTS_FAKES_POASTANDIN_H
 
 #include <memory>
 

@@ -1,5 +1,5 @@
-#include "fakes/Events.h"
-#include "fakes/Fixture.h"
+#include "tests/fakes/Events.h"
+#include "tests/fakes/Fixture.h"
 
 namespace fakes {
 

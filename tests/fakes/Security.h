@@ -1,7 +1,7 @@
 // The security interface of the fakes.
 
-#ifndef FAKES_SECURITY_H
-#define FAKES_SECURITY_H
+#ifndef TESTS_FAKES_SECURITY_H
+#define TESTS_FAKES_SECURITY_H
 
 #include "platform/security/SecurityIF.h"
 

@@ -1,10 +1,10 @@
-#include "fakes/StaticObjectLock.h"
+#include "tests/fakes/StaticObjectLock.h"
 
 #include <pthread.h>
 
 #include "ace/Recursive_Thread_Mutex.h"
 #include "ace/Static_Object_Lock.h"
-#include "fakes/WaitedFor.h"
+#include "tests/fakes/WaitedFor.h"
 
 namespace fakes {
 namespace {

@@ -1,7 +1,7 @@
 // ACE's lock of static objects: how it fails, and who waits for it.
 
-#ifndef FAKES_STATICOBJECTLOCK_H
-#define FAKES_STATICOBJECTLOCK_H
+#ifndef TESTS_FAKES_STATICOBJECTLOCK_H
+#define TESTS_FAKES_STATICOBJECTLOCK_H
 
 namespace fakes {
 

@@ -5,9 +5,9 @@
 #include <cstdlib>
 #include <limits>
 
-#include "fakes/Journal.h"
-#include "fakes/Naming.h"
 #include "platform/util/UtilCommon.h"
+#include "tests/fakes/Journal.h"
+#include "tests/fakes/Naming.h"
 
 namespace {
 

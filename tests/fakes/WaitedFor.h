@@ -1,7 +1,7 @@
 // Who waits for a mutex.
 
-#ifndef FAKES_WAITEDFOR_H
-#define FAKES_WAITEDFOR_H
+#ifndef TESTS_FAKES_WAITEDFOR_H
+#define TESTS_FAKES_WAITEDFOR_H
 
 #include <pthread.h>
 

@@ -5,8 +5,8 @@
 #include <optional>
 #include <string>
 
-#include "Random.h"
 #include "agent/domain/Decimal.h"
+#include "tests/property/Random.h"
 
 namespace {
 

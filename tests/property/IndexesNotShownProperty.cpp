@@ -4,8 +4,8 @@
 #include <utility>
 #include <vector>
 
-#include "Oracles.h"
-#include "Random.h"
+#include "tests/property/Oracles.h"
+#include "tests/property/Random.h"
 #include "tests/support/CollidingKeys.h"
 #include "topomanagementmgr/TopoManagementMgr.h"
 

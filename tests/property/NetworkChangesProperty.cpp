@@ -7,8 +7,8 @@
 #include <algorithm>
 #include <memory>
 
-#include "Random.h"
 #include "agent/domain/FailureCodes.h"
+#include "tests/property/Random.h"
 #include "tests/support/TemporaryDirectory.h"
 #include "tests/unit/agent_domain/ChangingHost.h"
 #include "tests/unit/agent_domain/Names.h"

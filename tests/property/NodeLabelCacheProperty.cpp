@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "Random.h"
+#include "tests/property/Random.h"
 #include "tests/support/CollidingKeys.h"
 
 namespace {

@@ -1,7 +1,7 @@
 // Random cases that can be repeated.
 
-#ifndef TESTS_RANDOM_H
-#define TESTS_RANDOM_H
+#ifndef TESTS_PROPERTY_RANDOM_H
+#define TESTS_PROPERTY_RANDOM_H
 
 #include <gtest/gtest.h>
 

@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "Random.h"
-#include "fakes/OrbFixture.h"
+#include "tests/fakes/OrbFixture.h"
+#include "tests/property/Random.h"
 #include "topomanagementmgrimpl/ResultIterator.h"
 
 namespace {

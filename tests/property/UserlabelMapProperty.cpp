@@ -6,9 +6,9 @@
 #include <utility>
 #include <vector>
 
-#include "Random.h"
-#include "fakes/TempDir.h"
 #include "platform/domain/DomainRecords.h"
+#include "tests/property/Random.h"
+#include "tests/support/TemporaryDirectory.h"
 
 namespace {
 
@@ -67,15 +67,16 @@ class Oracle {
 
 TEST(TopoUserlabelMapProperty, ReadsWhatThePlainReaderReads) {
   Random random;
-  const fakes::TempDir dir;
+  const support::TemporaryDirectory dir;
   for (int round = 0; round < 1500; ++round) {
     SCOPED_TRACE("round " + std::to_string(round) + " of seed " + std::to_string(random.seed()));
-    const std::string fileName = dir.file("labels-" + std::to_string(round));
+    const std::string name = "labels-" + std::to_string(round);
+    const std::string fileName = dir.file(name);
     Map map(fileName);
     Oracle oracle;
     for (int edit = random.number(1, 3); edit > 0; --edit) {
       const std::string content = random.text(";;\n\nab \r", 30);
-      fakes::writeFile(fileName, content);
+      dir.write(name, content);
       oracle.read(content);
       for (int lookup = 0; lookup < 8; ++lookup) {
         const std::string key = random.text("ab \r;", 2);

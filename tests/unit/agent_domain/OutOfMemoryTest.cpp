@@ -5,7 +5,7 @@
 #include <future>
 
 #include "agent/domain/FailureCodes.h"
-#include "fakes/FailingNew.h"
+#include "tests/fakes/FailingNew.h"
 #include "tests/support/Task.h"
 #include "tests/unit/agent_domain/ChangingHost.h"
 #include "tests/unit/agent_domain/Names.h"

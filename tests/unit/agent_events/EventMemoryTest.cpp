@@ -9,7 +9,7 @@
 #include <optional>
 
 #include "Handlers.h"
-#include "fakes/FailingNew.h"
+#include "tests/fakes/FailingNew.h"
 
 namespace {
 

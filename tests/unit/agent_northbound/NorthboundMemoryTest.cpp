@@ -10,8 +10,8 @@
 
 #include "agent/northbound/Log.h"
 #include "agent/northbound/Northbound.h"
-#include "fakes/FailingNew.h"
 #include "orb/idl/TopoManagementManager.h"
+#include "tests/fakes/FailingNew.h"
 
 namespace {
 

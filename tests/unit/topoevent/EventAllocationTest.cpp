@@ -1,8 +1,8 @@
 #include <functional>
 #include <string>
 
-#include "fakes/FailingNew.h"
-#include "fakes/OrbFixture.h"
+#include "tests/fakes/FailingNew.h"
+#include "tests/fakes/OrbFixture.h"
 #include "topoevent/CorbaTopoEventHandler.h"
 #include "topoevent/NodeLabelCache.h"
 #include "topoevent/TopoEventMgr.h"

@@ -2,8 +2,8 @@
 #include <string>
 #include <vector>
 
-#include "fakes/Security.h"
-#include "fakes/StaticObjectLock.h"
+#include "tests/fakes/Security.h"
+#include "tests/fakes/StaticObjectLock.h"
 #include "tests/unit/topoevent/EventUnderTest.h"
 
 namespace {

@@ -5,7 +5,7 @@
 #include <thread>
 #include <vector>
 
-#include "fakes/Events.h"
+#include "tests/fakes/Events.h"
 #include "tests/unit/topoevent/EventUnderTest.h"
 
 namespace {

@@ -1,13 +1,13 @@
 // Events for the handler, and what came of them.
 
-#ifndef TESTS_EVENTUNDERTEST_H
-#define TESTS_EVENTUNDERTEST_H
+#ifndef TESTS_UNIT_TOPOEVENT_EVENTUNDERTEST_H
+#define TESTS_UNIT_TOPOEVENT_EVENTUNDERTEST_H
 
 #include <string>
 #include <vector>
 
-#include "fakes/OrbFixture.h"
 #include "orb/idl/TopoManagementManager.h"
+#include "tests/fakes/OrbFixture.h"
 #include "topoevent/CorbaTopoEventHandler.h"
 #include "topoevent/NodeLabelCache.h"
 #include "topoevent/TopoEventMgr.h"

@@ -9,7 +9,7 @@
 #include <thread>
 #include <vector>
 
-#include "support/ProcessorTime.h"
+#include "tests/support/ProcessorTime.h"
 
 namespace {
 

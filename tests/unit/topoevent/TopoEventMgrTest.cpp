@@ -9,10 +9,10 @@
 #include "ace/Guard_T.h"
 #include "ace/Recursive_Thread_Mutex.h"
 #include "ace/Static_Object_Lock.h"
-#include "fakes/Events.h"
-#include "fakes/Fixture.h"
-#include "fakes/Security.h"
-#include "fakes/StaticObjectLock.h"
+#include "tests/fakes/Events.h"
+#include "tests/fakes/Fixture.h"
+#include "tests/fakes/Security.h"
+#include "tests/fakes/StaticObjectLock.h"
 #include "topoevent/CorbaTopoEventHandler.h"
 
 namespace {

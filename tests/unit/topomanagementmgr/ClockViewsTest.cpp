@@ -4,8 +4,8 @@
 #include <utility>
 #include <vector>
 
-#include "fakes/Fixture.h"
 #include "platform/framework/ProcessException.h"
+#include "tests/fakes/Fixture.h"
 #include "topo/TmfRecords.h"
 #include "topomanagementmgr/TopoManagementMgr.h"
 

@@ -2,8 +2,8 @@
 #include <string>
 #include <vector>
 
-#include "fakes/Fixture.h"
 #include "platform/framework/ProcessException.h"
+#include "tests/fakes/Fixture.h"
 #include "topo/Codes.h"
 #include "topo/TmfRecords.h"
 #include "topomanagementmgr/TopoManagementMgr.h"

@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "fakes/Domain.h"
+#include "tests/fakes/Domain.h"
 #include "topomanagementmgr/TopoManagementMgr.h"
 
 namespace {

@@ -5,18 +5,18 @@
 #include <new>
 #include <string>
 
-#include "fakes/FailingNew.h"
-#include "fakes/TempDir.h"
 #include "platform/domain/DomainRecords.h"
+#include "tests/fakes/FailingNew.h"
+#include "tests/support/TemporaryDirectory.h"
 #include "topomanagementmgr/UserlabelMap.h"
 
 namespace {
 
 TEST(TopoLabelAllocation, LetsTheFailureOfALongLinePassAndKeepsTheLinesBeforeIt) {
   constexpr std::size_t kLong = 100000;  // bytes; more than the buffer of the stream
-  const fakes::TempDir dir;
+  const support::TemporaryDirectory dir;
   const std::string file = dir.file("labels.txt");
-  fakes::writeFile(file, "a;1\nb;" + std::string(kLong, 'x') + "\nc;3\n");
+  dir.write("labels.txt", "a;1\nb;" + std::string(kLong, 'x') + "\nc;3\n");
   UserlabelMap<NS_DOMAIN::TopoNode_T> map(file);
   std::string value;
   {
@@ -27,16 +27,16 @@ TEST(TopoLabelAllocation, LetsTheFailureOfALongLinePassAndKeepsTheLinesBeforeIt)
   EXPECT_EQ(value, "");
   map.GetValue(value, "c");
   EXPECT_EQ(value, "3");
-  fakes::writeFile(file, "");
+  dir.write("labels.txt", "");
   map.GetValue(value, "a");
   EXPECT_EQ(value, "1");
 }
 
 TEST(TopoLabelAllocation, LetsTheFailureOfEveryAllocationPass) {
-  const fakes::TempDir dir;
+  const support::TemporaryDirectory dir;
   const std::string file = dir.file("labels.txt");
   const std::string key(100, 'k');
-  fakes::writeFile(file, key + ";" + std::string(100, 'v') + "\n");
+  dir.write("labels.txt", key + ";" + std::string(100, 'v') + "\n");
   const std::string expected(100, 'v');
   int spared = 0;
   std::string value;

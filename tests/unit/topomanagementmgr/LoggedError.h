@@ -1,12 +1,12 @@
 // The errors that a test's calls have logged.
 
-#ifndef TESTS_LOGGEDERROR_H
-#define TESTS_LOGGEDERROR_H
+#ifndef TESTS_UNIT_TOPOMANAGEMENTMGR_LOGGEDERROR_H
+#define TESTS_UNIT_TOPOMANAGEMENTMGR_LOGGEDERROR_H
 
 #include <string>
 #include <vector>
 
-#include "fakes/Journal.h"
+#include "tests/fakes/Journal.h"
 
 // The one log record of level 1, without its line, which is not fixed; else how many there are.
 inline std::string loggedErrorWithoutLine() {

@@ -4,8 +4,8 @@
 #include <thread>
 #include <vector>
 
-#include "fakes/Fixture.h"
 #include "platform/framework/ProcessException.h"
+#include "tests/fakes/Fixture.h"
 #include "tests/unit/topomanagementmgr/LoggedError.h"
 #include "topomanagementmgr/TopoManagementMgr.h"
 

@@ -6,9 +6,9 @@
 #include <thread>
 #include <vector>
 
-#include "fakes/Fixture.h"
-#include "fakes/TempDir.h"
 #include "platform/framework/ProcessException.h"
+#include "tests/fakes/Fixture.h"
+#include "tests/support/TemporaryDirectory.h"
 #include "topo/Holder.h"
 #include "topo/TmfRecords.h"
 #include "topomanagementmgr/TopoManagementMgr.h"
@@ -376,14 +376,14 @@ TEST_F(TopoSubnetworkView, ReadsTheSwitchForItsAttributesBeforeItConverts) {
 }
 
 TEST_F(TopoSubnetworkView, MakesNoFileForItsUserLabels) {
-  const fakes::TempDir dir;
+  const support::TemporaryDirectory dir;
   const std::filesystem::path before = std::filesystem::current_path();
   std::filesystem::current_path(dir.path());
   network().nodes = {subnetwork("a")};
   fakes::agent().testSwitch = true;
   EXPECT_EQ(view(), 0U);
   std::filesystem::current_path(before);
-  EXPECT_TRUE(dir.empty());
+  EXPECT_TRUE(std::filesystem::is_empty(dir.path()));
 }
 
 TEST_F(TopoSubnetworkView, MayRunInManyThreadsInTestMode) {

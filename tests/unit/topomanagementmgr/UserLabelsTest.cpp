@@ -5,8 +5,8 @@
 #include <stdexcept>
 #include <vector>
 
-#include "fakes/TempDir.h"
 #include "platform/domain/DomainRecords.h"
+#include "tests/support/TemporaryDirectory.h"
 #include "topomanagementmgr/UserlabelMap.h"
 
 namespace {
@@ -72,12 +72,12 @@ TEST_F(TopoUserLabels, ReleaseTheMutexWhenTheMapFails) {
 }
 
 TEST_F(TopoUserLabels, KeepALabelThatLeftTheFile) {
-  const fakes::TempDir dir;
+  const support::TemporaryDirectory dir;
   const std::string file = dir.file("labels.txt");
   topo::UserLabels<UserlabelMap<NS_DOMAIN::TopoNode_T>> labels(file.c_str());
-  fakes::writeFile(file, "a;first\nb;other\n");
+  dir.write("labels.txt", "a;first\nb;other\n");
   EXPECT_EQ(labels.labelOf("a"), "first");
-  fakes::writeFile(file, "b;second\n");
+  dir.write("labels.txt", "b;second\n");
   EXPECT_EQ(labels.labelOf("a"), "first");
   EXPECT_EQ(labels.labelOf("b"), "second");
 }

@@ -12,8 +12,8 @@
 #include <string>
 #include <utility>
 
-#include "fakes/TempDir.h"
 #include "platform/domain/DomainRecords.h"
+#include "tests/support/TemporaryDirectory.h"
 
 namespace {
 
@@ -23,7 +23,7 @@ constexpr const char* kAbsent = "(absent)";
 
 class TopoUserlabelMap : public ::testing::Test {
  protected:
-  void write(const std::string& content) { fakes::writeFile(fileName_, content); }
+  void write(const std::string& content) { dir_.write("labels.txt", content); }
 
   // What a map finds under a key.
   static std::string find(Map& map, const std::string& key) {
@@ -34,7 +34,7 @@ class TopoUserlabelMap : public ::testing::Test {
 
   std::string find(const std::string& key) { return find(map_, key); }
 
-  fakes::TempDir dir_;
+  support::TemporaryDirectory dir_;
   const std::string fileName_ = dir_.file("labels.txt");
   Map map_{fileName_};
 };
@@ -203,7 +203,7 @@ TEST_F(TopoUserlabelMap, NeverChangesTheFile) {
   write(content);
   find("a");
   find("b");
-  EXPECT_EQ(fakes::readFile(fileName_), content);
+  EXPECT_EQ(support::readFile(fileName_), content);
 }
 
 TEST_F(TopoUserlabelMap, FindsNothingInAnEmptyFile) {
@@ -219,13 +219,13 @@ TEST_F(TopoUserlabelMap, FindsNothingAndMakesNothingWithoutAFileName) {
   EXPECT_EQ(find(map, "a"), kAbsent);
   EXPECT_EQ(find(map, ""), kAbsent);
   std::filesystem::current_path(before);
-  EXPECT_TRUE(dir_.empty());
+  EXPECT_TRUE(std::filesystem::is_empty(dir_.path()));
 }
 
 TEST_F(TopoUserlabelMap, FindsNothingWhereNoFileCanBeMade) {
   Map map(dir_.file("missing/labels.txt"));
   EXPECT_EQ(find(map, "a"), kAbsent);
-  EXPECT_TRUE(dir_.empty());
+  EXPECT_TRUE(std::filesystem::is_empty(dir_.path()));
 }
 
 TEST_F(TopoUserlabelMap, FindsNothingInADirectory) {
@@ -307,7 +307,7 @@ TEST_F(TopoUserlabelMap, NeverReadsAFileThatMayNotBeWritten) {
   ASSERT_EQ(chmod(dir_.path().c_str(), 0755), 0);
   ASSERT_EQ(chmod(fileName_.c_str(), 0444), 0);
   EXPECT_TRUE(holdsForAnOrdinaryUser(
-      [this] { return fakes::readFile(fileName_) == "a;1\n" && find("a") == kAbsent; }));
+      [this] { return support::readFile(fileName_) == "a;1\n" && find("a") == kAbsent; }));
 }
 
 TEST_F(TopoUserlabelMap, KeepsItsEntriesWhenTheFileMayNoLongerBeWritten) {

@@ -5,9 +5,9 @@
 #include <stdexcept>
 #include <string>
 
-#include "fakes/FailingNew.h"
-#include "fakes/Fixture.h"
 #include "platform/framework/ProcessException.h"
+#include "tests/fakes/FailingNew.h"
+#include "tests/fakes/Fixture.h"
 #include "topo/Holder.h"
 #include "topomanagementmgr/TopoManagementMgr.h"
 

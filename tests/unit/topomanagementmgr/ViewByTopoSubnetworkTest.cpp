@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "fakes/Fixture.h"
 #include "platform/framework/ProcessException.h"
+#include "tests/fakes/Fixture.h"
 #include "tests/unit/topomanagementmgr/LoggedError.h"
 #include "topo/TmfRecords.h"
 #include "topomanagementmgr/TopoManagementMgr.h"

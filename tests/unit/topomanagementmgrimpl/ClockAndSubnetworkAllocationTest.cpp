@@ -3,9 +3,9 @@
 #include <string>
 #include <vector>
 
-#include "fakes/FailingNew.h"
-#include "fakes/Fixture.h"
-#include "fakes/PoaStandIn.h"
+#include "tests/fakes/FailingNew.h"
+#include "tests/fakes/Fixture.h"
+#include "tests/fakes/PoaStandIn.h"
 #include "tests/unit/topomanagementmgrimpl/ServantUnderTest.h"
 #include "topomanagementmgr/TopoManagementMgr.h"
 

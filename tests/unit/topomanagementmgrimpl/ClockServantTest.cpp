@@ -5,7 +5,7 @@
 #include <thread>
 #include <vector>
 
-#include "fakes/OrbFixture.h"
+#include "tests/fakes/OrbFixture.h"
 #include "tests/unit/topomanagementmgrimpl/ServantUnderTest.h"
 
 namespace {

@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "fakes/Journal.h"
 #include "orb/corba.h"
+#include "tests/fakes/Journal.h"
 
 namespace {
 

@@ -11,9 +11,9 @@
 #include <thread>
 #include <vector>
 
-#include "fakes/FailingNothrowNew.h"
-#include "fakes/OrbFixture.h"
-#include "fakes/PoaStandIn.h"
+#include "tests/fakes/FailingNothrowNew.h"
+#include "tests/fakes/OrbFixture.h"
+#include "tests/fakes/PoaStandIn.h"
 
 // The two kinds of results. Their records have a native name, by which the tests know them apart.
 namespace kinds {

@@ -2,9 +2,9 @@
 #include <memory>
 #include <string>
 
-#include "fakes/FailingNew.h"
-#include "fakes/Fixture.h"
-#include "fakes/PoaStandIn.h"
+#include "tests/fakes/FailingNew.h"
+#include "tests/fakes/Fixture.h"
+#include "tests/fakes/PoaStandIn.h"
 #include "tests/unit/topomanagementmgrimpl/ServantUnderTest.h"
 #include "topomanagementmgrimpl/ResultIterator.h"
 

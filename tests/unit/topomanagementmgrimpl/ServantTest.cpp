@@ -5,8 +5,8 @@
 #include <utility>
 #include <vector>
 
-#include "fakes/OrbFixture.h"
 #include "platform/agent/TECommonFunc.h"
+#include "tests/fakes/OrbFixture.h"
 #include "tests/unit/topomanagementmgrimpl/ServantUnderTest.h"
 #include "topo/TmfRecords.h"
 

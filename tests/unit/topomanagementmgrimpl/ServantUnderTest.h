@@ -1,7 +1,7 @@
 // The servant as a test holds it.
 
-#ifndef TESTS_SERVANTUNDERTEST_H
-#define TESTS_SERVANTUNDERTEST_H
+#ifndef TESTS_UNIT_TOPOMANAGEMENTMGRIMPL_SERVANTUNDERTEST_H
+#define TESTS_UNIT_TOPOMANAGEMENTMGRIMPL_SERVANTUNDERTEST_H
 
 #include "topomanagementmgrimpl/TATopoManagementMgr_IImpl.h"
 

@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "fakes/OrbFixture.h"
+#include "tests/fakes/OrbFixture.h"
 #include "tests/unit/topomanagementmgrimpl/ServantUnderTest.h"
 
 namespace {

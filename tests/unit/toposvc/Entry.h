@@ -1,7 +1,7 @@
 // The module's entry point, as a loader declares it.
 
-#ifndef TESTS_ENTRY_H
-#define TESTS_ENTRY_H
+#ifndef TESTS_UNIT_TOPOSVC_ENTRY_H
+#define TESTS_UNIT_TOPOSVC_ENTRY_H
 
 #include "ace/Service_Object.h"
 

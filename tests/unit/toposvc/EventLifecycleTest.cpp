@@ -5,11 +5,11 @@
 #include <string>
 #include <vector>
 
-#include "fakes/Events.h"
-#include "fakes/OrbFixture.h"
-#include "fakes/Security.h"
-#include "fakes/StaticObjectLock.h"
 #include "platform/framework/ProcessException.h"
+#include "tests/fakes/Events.h"
+#include "tests/fakes/OrbFixture.h"
+#include "tests/fakes/Security.h"
+#include "tests/fakes/StaticObjectLock.h"
 #include "topoevent/NodeLabelCache.h"
 #include "topoevent/TopoEventMgr.h"
 #include "toposvc/TopoService.h"

@@ -7,11 +7,11 @@
 #include <string>
 #include <vector>
 
-#include "fakes/Events.h"
-#include "fakes/Fixture.h"
-#include "fakes/OrbFixture.h"
 #include "orb/idl/TopoManagementManager.h"
 #include "platform/framework/ProcessException.h"
+#include "tests/fakes/Events.h"
+#include "tests/fakes/Fixture.h"
+#include "tests/fakes/OrbFixture.h"
 
 namespace {
 

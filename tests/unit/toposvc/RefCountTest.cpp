@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "fakes/FailingNothrowNew.h"
-#include "fakes/Fixture.h"
+#include "tests/fakes/FailingNothrowNew.h"
+#include "tests/fakes/Fixture.h"
 #include "topomanagementmgrimpl/TATopoManagementMgr_IImpl.h"
 #include "toposvc/TOPONorthMgrFactory.h"
 

@@ -3,9 +3,9 @@
 #include <new>
 #include <optional>
 
-#include "fakes/FailingNew.h"
-#include "fakes/Fixture.h"
 #include "platform/framework/ProcessException.h"
+#include "tests/fakes/FailingNew.h"
+#include "tests/fakes/Fixture.h"
 #include "topoevent/TopoEventMgr.h"
 #include "toposvc/TopoService.h"
 

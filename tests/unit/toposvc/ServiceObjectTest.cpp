@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
-#include "fakes/FailingNothrowNew.h"
-#include "fakes/Fixture.h"
 #include "platform/framework/ProcessException.h"
+#include "tests/fakes/FailingNothrowNew.h"
+#include "tests/fakes/Fixture.h"
 #include "topomanagementmgrimpl/TATopoManagementMgr_IImpl.h"
 #include "toposvc/RefCount.h"
 #include "toposvc/TopoService.h"

@@ -3,8 +3,8 @@
 #include <exception>
 #include <type_traits>
 
-#include "fakes/Journal.h"
 #include "platform/framework/ProcessException.h"
+#include "tests/fakes/Journal.h"
 #include "topo/Codes.h"
 
 namespace {

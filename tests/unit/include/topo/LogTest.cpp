@@ -5,7 +5,7 @@
 #include <thread>
 #include <vector>
 
-#include "fakes/Fixture.h"
+#include "tests/fakes/Fixture.h"
 
 namespace {
 

@@ -11,9 +11,9 @@
 #include <thread>
 #include <vector>
 
-#include "fakes/Fixture.h"
-#include "fakes/Security.h"
-#include "fakes/WaitedFor.h"
+#include "tests/fakes/Fixture.h"
+#include "tests/fakes/Security.h"
+#include "tests/fakes/WaitedFor.h"
 
 namespace {
 

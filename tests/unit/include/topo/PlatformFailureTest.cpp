@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "fakes/Fixture.h"
+#include "tests/fakes/Fixture.h"
 
 namespace {
 

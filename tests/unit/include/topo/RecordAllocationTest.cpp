@@ -3,7 +3,7 @@
 #include <new>
 #include <string>
 
-#include "fakes/FailingNew.h"
+#include "tests/fakes/FailingNew.h"
 #include "topo/TmfRecords.h"
 
 namespace {

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "fakes/Journal.h"
+#include "tests/fakes/Journal.h"
 
 namespace {
 
