@@ -5,7 +5,7 @@
 #include <optional>
 #include <utility>
 
-#include "agent/northbound/Log.h"
+#include "agent/base/Log.h"
 
 namespace agent {
 namespace {

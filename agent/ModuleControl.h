@@ -10,7 +10,7 @@
 #include <mutex>
 
 #include "agent/bundle/ModuleLoader.h"
-#include "agent/domain/NetworkWriter.h"
+#include "agent/changes/NetworkWriter.h"
 #include "agent/events/EventManager.h"
 #include "agent/northbound/Northbound.h"
 

@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "agent/domain/NetworkReader.h"
-#include "agent/northbound/Log.h"
+#include "agent/base/Log.h"
+#include "agent/formats/NetworkReader.h"
 
 namespace agent {
 namespace {

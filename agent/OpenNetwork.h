@@ -6,8 +6,8 @@
 #include <memory>
 
 #include "agent/Options.h"
-#include "agent/domain/Network.h"
-#include "agent/domain/NetworkStore.h"
+#include "agent/network/Network.h"
+#include "agent/store/NetworkStore.h"
 
 namespace agent {
 

@@ -9,13 +9,13 @@
 #include <string>
 
 #include "agent/Agent.h"
-#include "agent/Descriptors.h"
 #include "agent/Options.h"
-#include "agent/StopSignals.h"
-#include "agent/domain/Text.h"
-#include "agent/northbound/Log.h"
-#include "agent/northbound/MemoryBudget.h"
-#include "agent/northbound/WriteWithin.h"
+#include "agent/base/Log.h"
+#include "agent/base/Text.h"
+#include "agent/process/Descriptors.h"
+#include "agent/process/MemoryBudget.h"
+#include "agent/process/StopSignals.h"
+#include "agent/process/WriteWithin.h"
 #include "orb/orb.h"
 
 namespace {

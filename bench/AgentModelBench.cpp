@@ -6,12 +6,12 @@
 #include <memory>
 #include <string>
 
-#include "agent/domain/FailureCodes.h"
-#include "agent/domain/NetworkModel.h"
-#include "agent/domain/NetworkReader.h"
-#include "agent/domain/NetworkStore.h"
-#include "agent/domain/NetworkWriter.h"
-#include "agent/domain/NodeService.h"
+#include "agent/base/FailureCodes.h"
+#include "agent/changes/NetworkWriter.h"
+#include "agent/changes/NodeService.h"
+#include "agent/formats/NetworkReader.h"
+#include "agent/model/NetworkModel.h"
+#include "agent/store/NetworkStore.h"
 #include "bench/Networks.h"
 #include "tests/support/TemporaryDirectory.h"
 

@@ -1,10 +1,10 @@
 #include <string>
 #include <utility>
 
-#include "agent/Publication.h"
-#include "agent/domain/DomainService.h"
-#include "agent/domain/Naming.h"
-#include "agent/domain/NetworkModel.h"
+#include "agent/host/DomainService.h"
+#include "agent/host/Naming.h"
+#include "agent/host/Publication.h"
+#include "agent/model/NetworkModel.h"
 #include "agent/northbound/Northbound.h"
 #include "bench/Networks.h"
 #include "bench/Platform.h"

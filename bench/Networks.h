@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <string>
 
-#include "agent/domain/Network.h"
+#include "agent/network/Network.h"
 
 namespace bench {
 

@@ -10,7 +10,7 @@
 #include "agent/notifications/Notifier.h"
 #include "orb/orb.h"
 #include "tests/support/Process.h"
-#include "tests/unit/agent_domain/Names.h"
+#include "tests/unit/agent/support/Names.h"
 
 namespace bench {
 namespace {

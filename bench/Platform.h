@@ -6,7 +6,7 @@
 
 #include <memory>
 
-#include "agent/domain/Network.h"
+#include "agent/network/Network.h"
 
 namespace bench {
 

@@ -7,11 +7,11 @@
 #include <string_view>
 #include <utility>
 
-#include "agent/domain/FailureCodes.h"
-#include "agent/domain/NetworkError.h"
-#include "agent/domain/NetworkReader.h"
-#include "agent/domain/Text.h"
-#include "agent/northbound/Log.h"
+#include "agent/base/FailureCodes.h"
+#include "agent/base/Log.h"
+#include "agent/base/Text.h"
+#include "agent/formats/NetworkReader.h"
+#include "agent/network/NetworkError.h"
 #include "orb/orb.h"
 #include "platform/agent/Failures.h"
 

@@ -3,9 +3,9 @@
 #ifndef AGENT_CONSOLE_CONSOLESERVANT_H
 #define AGENT_CONSOLE_CONSOLESERVANT_H
 
+#include "agent/changes/Backups.h"
+#include "agent/changes/NodeService.h"
 #include "agent/console/AgentControl.h"
-#include "agent/domain/Backups.h"
-#include "agent/domain/NodeService.h"
 #include "orb/idl/TopoAgent.h"
 
 namespace agent {

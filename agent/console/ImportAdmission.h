@@ -8,7 +8,7 @@
 #include <memory>
 #include <mutex>
 
-#include "agent/northbound/RefusalLog.h"
+#include "agent/base/RefusalLog.h"
 #include "orb/orb.h"
 
 namespace agent {

@@ -3,7 +3,7 @@
 #include <utility>
 #include <vector>
 
-#include "agent/northbound/RandomId.h"
+#include "agent/base/RandomId.h"
 
 namespace agent {
 

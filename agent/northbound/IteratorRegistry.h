@@ -13,7 +13,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "agent/domain/FailureCodes.h"
+#include "agent/base/FailureCodes.h"
 #include "orb/orb.h"
 
 namespace agent {

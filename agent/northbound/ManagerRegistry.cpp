@@ -3,7 +3,7 @@
 #include <new>
 #include <utility>
 
-#include "agent/domain/FailureCodes.h"
+#include "agent/base/FailureCodes.h"
 #include "platform/framework/ProcessException.h"
 
 namespace agent {

@@ -2,7 +2,7 @@
 
 #include <chrono>
 
-#include "agent/northbound/Log.h"
+#include "agent/base/Log.h"
 
 namespace agent {
 namespace {

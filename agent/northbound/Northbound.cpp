@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "agent/northbound/Log.h"
+#include "agent/base/Log.h"
 #include "platform/agent/AgentConfig.h"
 #include "platform/agent/TAIteratorHelper.h"
 

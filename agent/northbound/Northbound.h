@@ -10,10 +10,10 @@
 #include <string>
 #include <thread>
 
+#include "agent/base/RefusalLog.h"
 #include "agent/northbound/GuardedManager.h"
 #include "agent/northbound/IteratorRegistry.h"
 #include "agent/northbound/ManagerRegistry.h"
-#include "agent/northbound/RefusalLog.h"
 #include "agent/northbound/ViewAdmission.h"
 #include "agent/northbound/ViewSizes.h"
 #include "orb/orb.h"

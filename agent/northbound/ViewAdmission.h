@@ -13,7 +13,7 @@
 #include <mutex>
 #include <utility>
 
-#include "agent/northbound/RefusalLog.h"
+#include "agent/base/RefusalLog.h"
 
 namespace agent {
 

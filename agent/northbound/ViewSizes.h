@@ -9,7 +9,7 @@
 #include <optional>
 #include <string>
 
-#include "agent/domain/NetworkModel.h"
+#include "agent/model/NetworkModel.h"
 
 namespace agent {
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <utility>
 
-#include "agent/northbound/Log.h"
+#include "agent/base/Log.h"
 
 namespace agent {
 

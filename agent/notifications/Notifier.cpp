@@ -8,9 +8,9 @@
 #include <system_error>
 #include <utility>
 
-#include "agent/domain/Text.h"
-#include "agent/northbound/Log.h"
-#include "agent/northbound/RandomId.h"
+#include "agent/base/Log.h"
+#include "agent/base/RandomId.h"
+#include "agent/base/Text.h"
 #include "agent/notifications/ChannelSink.h"
 #include "agent/notifications/ConsumerSink.h"
 #include "agent/notifications/SubscriptionServant.h"

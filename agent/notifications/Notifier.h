@@ -14,7 +14,7 @@
 #include <string>
 #include <vector>
 
-#include "agent/northbound/RefusalLog.h"
+#include "agent/base/RefusalLog.h"
 #include "agent/notifications/NotificationIds.h"
 #include "agent/notifications/Receiver.h"
 #include "orb/idl/TopoAgent.h"

@@ -15,7 +15,7 @@
 #include <string>
 #include <thread>
 
-#include "agent/northbound/Log.h"
+#include "agent/base/Log.h"
 #include "agent/notifications/EventQueue.h"
 #include "agent/notifications/Sink.h"
 #include "orb/idl/TopoAgent.h"

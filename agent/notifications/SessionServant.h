@@ -6,7 +6,7 @@
 #include <chrono>
 #include <string>
 
-#include "agent/northbound/RefusalLog.h"
+#include "agent/base/RefusalLog.h"
 #include "agent/notifications/Notifier.h"
 #include "orb/idl/TopoAgent.h"
 

@@ -5,7 +5,7 @@
 #include <ctime>
 #include <string_view>
 
-#include "agent/domain/ManagedObjects.h"
+#include "agent/network/ManagedObjects.h"
 #include "idl/NotificationLayout.h"
 #include "orb/orb.h"
 

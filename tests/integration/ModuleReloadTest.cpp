@@ -11,10 +11,10 @@
 
 #include "agent/Agent.h"
 #include "agent/ModuleControl.h"
-#include "agent/Publication.h"
 #include "agent/bundle/ModuleLoader.h"
 #include "agent/events/EventManager.h"
-#include "agent/events/SecurityService.h"
+#include "agent/host/Publication.h"
+#include "agent/host/SecurityService.h"
 #include "agent/northbound/Northbound.h"
 #include "idl/ObjectKeys.h"
 #include "orb/idl/TopoAgent.h"
@@ -23,7 +23,7 @@
 #include "tests/support/NoThreads.h"
 #include "tests/support/Task.h"
 #include "tests/support/TemporaryDirectory.h"
-#include "tests/unit/agent_events/Handlers.h"
+#include "tests/unit/agent/events/Handlers.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "agent/domain/Decimal.h"
+#include "agent/formats/Decimal.h"
 #include "tests/property/Random.h"
 
 namespace {

@@ -7,11 +7,11 @@
 #include <algorithm>
 #include <memory>
 
-#include "agent/domain/FailureCodes.h"
+#include "agent/base/FailureCodes.h"
 #include "tests/property/Random.h"
 #include "tests/support/TemporaryDirectory.h"
-#include "tests/unit/agent_domain/ChangingHost.h"
-#include "tests/unit/agent_domain/Names.h"
+#include "tests/unit/agent/changes/ChangingHost.h"
+#include "tests/unit/agent/support/Names.h"
 
 namespace {
 

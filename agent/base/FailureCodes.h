@@ -1,0 +1,27 @@
+// The failure codes of the agent: what its contracts return, and what its ProcessExceptions carry.
+//
+// They stay clear of 0x4118xxxx, where the platform's own codes are, and fit a signed 32-bit
+// integer. The northbound side knows which exception type each of them stands for.
+
+#ifndef AGENT_BASE_FAILURECODES_H
+#define AGENT_BASE_FAILURECODES_H
+
+#include <cstdint>
+
+namespace agent {
+
+enum FailureCode : std::uint32_t {
+  kSuccess = 0,
+  kNotImplemented = 0x42540001,    // the operation is not offered
+  kInternalError = 0x42540002,     // the agent failed: store, memory, ORB
+  kInvalidName = 0x42540003,       // a name, number or id that no object can have
+  kEntityNotFound = 0x42540004,    // a well-formed name of nothing
+  kUserLabelInUse = 0x42540005,    // another object has the label that must be unique
+  kTooManyIterators = 0x42540006,  // as many result iterators live as may
+  kAlreadyExists = 0x42540007,     // an object with this id is there already
+  kTooMuch = 0x42540008,           // more than is kept of one object
+};
+
+}  // namespace agent
+
+#endif

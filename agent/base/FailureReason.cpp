@@ -1,0 +1,26 @@
+#include "agent/base/FailureReason.h"
+
+#include <utility>
+
+namespace agent {
+namespace {
+
+struct Explained {
+  CORBA::ULong code = 0;
+  std::string reason;
+};
+
+thread_local Explained waiting;
+
+}  // namespace
+
+void explainFailure(CORBA::ULong code, const std::string& reason) {
+  waiting = {code, code == 0 ? std::string() : reason};
+}
+
+std::string takeReason(CORBA::ULong code) {
+  const Explained taken = std::exchange(waiting, {});
+  return taken.code == code ? taken.reason : std::string();
+}
+
+}  // namespace agent

@@ -1,0 +1,40 @@
+#include "agent/base/RefusalLog.h"
+
+#include <utility>
+
+#include "agent/base/Log.h"
+
+namespace agent {
+
+RefusalLog::RefusalLog(Clock clock, std::size_t lines, std::chrono::seconds interval)
+    : clock_(std::move(clock)), lines_(lines), interval_(interval) {}
+
+void RefusalLog::refused(const std::string& text) noexcept {
+  try {
+    write(text);
+  } catch (...) {
+    return;  // there is no memory for the line
+  }
+}
+
+void RefusalLog::write(const std::string& text) {
+  std::size_t unlogged = 0;
+  {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    const auto now = clock_();
+    if (now >= end_) {
+      end_ = now + interval_;
+      logged_ = 0;
+    }
+    if (logged_ == lines_) {
+      ++unlogged_;
+      return;
+    }
+    ++logged_;
+    unlogged = std::exchange(unlogged_, 0);
+  }
+  log(kLogErrors,
+      text + (unlogged == 0 ? "" : " (and " + std::to_string(unlogged) + " refusals before)"));
+}
+
+}  // namespace agent

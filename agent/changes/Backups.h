@@ -1,0 +1,69 @@
+// Backups of the store for clients, who fetch them part by part.
+
+#ifndef AGENT_CHANGES_BACKUPS_H
+#define AGENT_CHANGES_BACKUPS_H
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+
+#include "agent/base/Outcome.h"
+#include "agent/changes/NetworkWriter.h"
+#include "agent/store/StoreCopy.h"
+
+namespace agent {
+
+// One backup at a time. It ends when its last part was fetched, when it failed, or when somebody
+// ends it; one of which no part was asked for kIdle makes way for the next.
+//
+// Codes: kTooMuch while another backup is fetched, kEntityNotFound for a backup that has ended,
+// kInternalError for the disk.
+//
+// Borrows the writer, which must outlive it. Thread-safety: any thread.
+class Backups {
+ public:
+  using Clock = std::function<std::chrono::steady_clock::time_point()>;
+
+  static constexpr std::chrono::seconds kIdle{60};
+  static constexpr std::size_t kPartBytes = std::size_t{1} << 20;
+
+  struct Part {
+    std::uint64_t size = 0;  // of the whole backup; 0 until it is known
+    std::string content;     // of at most kPartBytes; may be empty
+    bool isLast = false;
+  };
+
+  explicit Backups(NetworkWriter& writer, Clock clock = std::chrono::steady_clock::now);
+  ~Backups();
+  Backups(const Backups&) = delete;
+  Backups& operator=(const Backups&) = delete;
+
+  Outcome begin(std::uint64_t& id);
+
+  // Copies a part of the store as long as the copy is not complete, then reads the next part of the
+  // copy. Changes of the network wait for no more than a megabyte of copying.
+  Outcome next(std::uint64_t id, Part& part);
+
+  // Does nothing when the backup has ended.
+  void end(std::uint64_t id);
+
+ private:
+  Part nextPart();
+  void drop();
+
+  NetworkWriter& writer_;
+  const Clock clock_;
+
+  std::mutex mutex_;
+  std::unique_ptr<StoreCopy> copy_;  // null without a backup. This and the rest guarded by mutex_
+  std::uint64_t id_ = 0;
+  std::chrono::steady_clock::time_point lastUse_;
+};
+
+}  // namespace agent
+
+#endif

@@ -1,0 +1,114 @@
+// Everything that changes the network passes here, one change at a time: the store first, then the
+// model, then the event. So store and model say the same, and events come in the order of commits.
+
+#ifndef AGENT_CHANGES_NETWORKWRITER_H
+#define AGENT_CHANGES_NETWORKWRITER_H
+
+#include <condition_variable>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "agent/model/NetworkModel.h"
+#include "agent/store/NetworkStore.h"
+#include "agent/store/StoreCopy.h"
+#include "platform/domain/DomainRecords.h"
+
+namespace agent {
+
+// The events of the platform's catalogue that tell of topology nodes.
+constexpr int kTopoNodesCreated = 372;
+constexpr int kTopoNodesDeleted = 373;
+constexpr int kTopoNodesChanged = 374;
+
+// Borrows store and model, which must outlive it; nobody else uses the store or changes the model
+// meanwhile.
+// Thread-safety: any thread. Changes wait for each other and for the disk, readers of the model for
+// neither.
+class NetworkWriter {
+ public:
+  // Told of every event, within the change that it is about: the change is committed and the model
+  // shows it. Must be quick, as one that only queues the event, must not call back into the writer
+  // or what uses it, and must not throw: what it throws is dropped, because the change is made.
+  using RaiseEvent = std::function<void(int eventId, std::vector<NS_DOMAIN::TopoNode_T> nodes)>;
+
+  // raise may be empty.
+  NetworkWriter(NetworkStore& store, NetworkModel& model, RaiseEvent raise = {});
+  NetworkWriter(const NetworkWriter&) = delete;
+  NetworkWriter& operator=(const NetworkWriter&) = delete;
+
+  const NetworkModel& model() const { return model_; }
+
+  // As NetworkStore::reserveNotificationIds. Waits for a change that is under way, but for no
+  // pause.
+  std::uint64_t reserveNotificationIds(std::uint64_t count);
+
+  // A copy of the store, its next step, and its end. Each waits for a change that is under way, but
+  // for no pause; changes may come between them. continueCopy is true when the copy is complete.
+  // The first two throw StoreError.
+  std::unique_ptr<StoreCopy> beginCopy();
+  bool continueCopy(StoreCopy& copy);
+  void endCopy(std::unique_ptr<StoreCopy> copy);
+
+  // Keeps changes waiting for as long as it lives; one that is under way ends first, its event
+  // included. A pause goes before changes that wait. Several may live at once, and any thread may
+  // end one.
+  class Pause {
+   public:
+    explicit Pause(NetworkWriter& writer);
+    ~Pause();
+    Pause(const Pause&) = delete;
+    Pause& operator=(const Pause&) = delete;
+
+   private:
+    NetworkWriter& writer_;
+  };
+
+  // The right to make one change, from the moment that no other is under way and nothing pauses
+  // them. REQUIRES: the thread has no other change and no pause.
+  class Change {
+   public:
+    explicit Change(NetworkWriter& writer);
+    ~Change();
+    Change(const Change&) = delete;
+    Change& operator=(const Change&) = delete;
+
+    NetworkStore& store() { return writer_.store_; }
+    NetworkModel& model() { return writer_.model_; }
+
+    // Makes a change of names that the model has prepared, with its event. Throws StoreError.
+    void rename(NetworkRenaming renaming, const std::string& name);
+
+    // Nothing is raised for no nodes.
+    void raise(int eventId, std::vector<NS_DOMAIN::TopoNode_T> nodes) noexcept;
+
+   private:
+    NetworkWriter& writer_;
+    std::unique_lock<std::mutex> lock_;
+  };
+
+ private:
+  void enter();
+  void leave();
+  void addPause();
+  void endPause();
+
+  NetworkStore& store_;  // guarded by mutex_
+  NetworkModel& model_;  // changed under mutex_
+  const RaiseEvent raise_;
+
+  std::mutex gateMutex_;
+  std::condition_variable gateMoved_;
+  bool changing_ = false;   // guarded by gateMutex_
+  std::size_t pauses_ = 0;  // guarded by gateMutex_
+
+  std::mutex mutex_;  // held by the change that is under way; taken within the gate
+};
+
+}  // namespace agent
+
+#endif

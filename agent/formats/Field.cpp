@@ -1,0 +1,152 @@
+#include "agent/formats/Field.h"
+
+#include <algorithm>
+#include <limits>
+
+#include "agent/base/Text.h"
+#include "agent/network/NetworkError.h"
+
+namespace agent {
+namespace {
+
+using Json = nlohmann::json;
+
+const char* kindOf(const Json& value) {
+  switch (value.type()) {
+    case Json::value_t::object:
+      return "an object";
+    case Json::value_t::array:
+      return "a list";
+    case Json::value_t::string:
+      return "a text";
+    case Json::value_t::boolean:
+      return "true or false";
+    case Json::value_t::null:
+      return "null";
+    default:
+      return "a number";
+  }
+}
+
+template <typename Integer>
+bool isWithin(const Json& value) {
+  constexpr std::int64_t kLeast = std::numeric_limits<Integer>::min();
+  constexpr std::int64_t kMost = std::numeric_limits<Integer>::max();
+  if (value.is_number_unsigned()) {
+    return value.get<std::uint64_t>() <= static_cast<std::uint64_t>(kMost);
+  }
+  // Fractions, exponents and integers beyond 64 bits arrive as floating point.
+  return value.is_number_integer() && value.get<std::int64_t>() >= kLeast &&
+         value.get<std::int64_t>() <= kMost;
+}
+
+}  // namespace
+
+std::string Field::path() const {
+  const std::string before = parent_ == nullptr ? "" : parent_->path();
+  if (name_.empty()) {
+    return before + '[' + std::to_string(index_) + ']';
+  }
+  return before + (before.empty() ? "" : ".") + std::string(name_);
+}
+
+void Field::refuse(const std::string& reason) const {
+  throw Refusal{path(), reason};
+}
+
+void Field::refuseKind(const char* wanted) const {
+  refuse(std::string("must be ") + wanted + ", not " + kindOf(*value_));
+}
+
+const Field& Field::required() const {
+  if (!isPresent()) {
+    refuse("is missing");
+  }
+  return *this;
+}
+
+void Field::requireObject() const {
+  if (!value_->is_object()) {
+    refuseKind("an object");
+  }
+}
+
+void Field::requireFieldsAmong(const std::vector<std::string>& names) const {
+  requireObject();
+  for (const auto& item : value_->items()) {
+    if (std::find(names.begin(), names.end(), item.key()) == names.end()) {
+      refuse("has the unknown field " + inQuotes(item.key()));
+    }
+  }
+}
+
+Field Field::member(const char* name) const {
+  const auto found = value_->find(name);
+  return Field(this, std::string_view(name), found == value_->end() ? nullptr : &*found);
+}
+
+std::size_t Field::size() const {
+  if (isPresent() && !value_->is_array()) {
+    refuseKind("a list");
+  }
+  return isPresent() ? value_->size() : 0;
+}
+
+bool Field::isListOf(std::size_t entries) const {
+  const std::size_t found = size();
+  if (isPresent() && found != entries) {
+    refuse("must have " + std::to_string(entries) + " entries, not " + std::to_string(found));
+  }
+  return isPresent();
+}
+
+Field Field::entry(std::size_t index) const {
+  return Field(this, index, &(*value_)[index]);
+}
+
+std::string Field::text() const {
+  if (!isPresent()) {
+    return {};
+  }
+  if (!value_->is_string()) {
+    refuseKind("a text");
+  }
+  const auto& text = value_->get_ref<const std::string&>();
+  if (text.find('\0') != std::string::npos) {
+    refuse("holds a NUL character");
+  }
+  return text;
+}
+
+bool Field::flag() const {
+  if (isPresent() && !value_->is_boolean()) {
+    refuseKind("true or false");
+  }
+  return isPresent() && value_->get<bool>();
+}
+
+template <typename Integer>
+Integer Field::number(Integer fallback) const {
+  if (!isPresent()) {
+    return fallback;
+  }
+  if (!value_->is_number()) {
+    refuseKind("a whole number");
+  }
+  if (!isWithin<Integer>(*value_)) {
+    refuse("must be a whole number from " + std::to_string(std::numeric_limits<Integer>::min()) +
+           " to " + std::to_string(std::numeric_limits<Integer>::max()) + ", not " +
+           value_->dump());
+  }
+  return value_->get<Integer>();
+}
+
+std::int32_t Field::int32() const {
+  return number<std::int32_t>(0);
+}
+
+std::uint32_t Field::uint32(std::uint32_t fallback) const {
+  return number(fallback);
+}
+
+}  // namespace agent

@@ -1,0 +1,117 @@
+#include "agent/host/CommonAttributes.h"
+
+#include <atomic>
+#include <string_view>
+
+#include "agent/base/FailureCodes.h"
+#include "agent/base/FailureReason.h"
+#include "agent/base/Log.h"
+#include "platform/agent/TECommonFunc.h"
+
+namespace agent {
+namespace {
+
+std::atomic<AttributeService*> offered{nullptr};
+
+// How the capability list speaks of an operation.
+constexpr const char* kSupported = "Supported";
+
+std::string_view textOf(const char* text) {
+  return text == nullptr ? std::string_view() : std::string_view(text);
+}
+
+// Runs a change. What broke within the agent is for its log, not for clients.
+template <typename Change>
+Outcome outcomeOf(const char* operation, Change change) {
+  explainFailure(kSuccess, "");
+  AttributeService* const service = offered.load();
+  if (service == nullptr) {
+    return {kNotImplemented, ""};
+  }
+  Outcome outcome = change(*service);
+  if (outcome.code == kInternalError) {
+    log(kLogErrors, std::string(operation) + ": " + outcome.reason);
+    outcome.reason.clear();
+  }
+  return outcome;
+}
+
+template <typename Change>
+CORBA::ULong codeOf(const char* operation, Change change) {
+  const Outcome outcome = outcomeOf(operation, change);
+  explainFailure(outcome.code, outcome.reason);
+  return outcome.code;
+}
+
+void appendCapabilities(common::CapabilityList_T& capabilities,
+                        const std::vector<std::string>& operations) {
+  for (const std::string& operation : operations) {
+    const CORBA::ULong last = capabilities.length();
+    capabilities.length(last + 1);
+    capabilities[last].name = CORBA::string_dup(operation.c_str());
+    capabilities[last].value = CORBA::string_dup(kSupported);
+  }
+}
+
+}  // namespace
+
+OfferedAttributes::OfferedAttributes(AttributeService& service) {
+  offered.store(&service);
+}
+
+OfferedAttributes::~OfferedAttributes() {
+  offered.store(nullptr);
+}
+
+}  // namespace agent
+
+namespace NS_CORBA {
+
+using agent::AttributeService;
+
+CORBA::ULong TECommonFunc::onSetUserLabel(const globaldefs::NVSList_T& objectName,
+                                          const char* userLabel, bool enforceUniqueness) {
+  return agent::codeOf("setUserLabel", [&](AttributeService& service) {
+    return service.setUserLabel(objectName, agent::textOf(userLabel), enforceUniqueness);
+  });
+}
+
+CORBA::ULong TECommonFunc::onSetOwner(const globaldefs::NVSList_T& objectName, const char* owner) {
+  return agent::codeOf("setOwner", [&](AttributeService& service) {
+    return service.setOwner(objectName, agent::textOf(owner));
+  });
+}
+
+CORBA::ULong TECommonFunc::onSetNativeEMSName(const globaldefs::NVSList_T& objectName,
+                                              const char* nativeEMSName) {
+  return agent::codeOf("setNativeEMSName", [&](AttributeService& service) {
+    return service.setNativeName(objectName, agent::textOf(nativeEMSName));
+  });
+}
+
+CORBA::ULong TECommonFunc::onSetAdditionalInfo(const globaldefs::NVSList_T& objectName,
+                                               globaldefs::NVSList_T& additionalInfo,
+                                               std::string& errorText) {
+  const agent::Outcome outcome =
+      agent::outcomeOf("setAdditionalInfo", [&](AttributeService& service) {
+        return service.setAdditionalInfo(objectName, additionalInfo);
+      });
+  errorText = outcome.reason;
+  return outcome.code;
+}
+
+CORBA::ULong TECommonFunc::resetObject(const globaldefs::NVSList_T& objectName) {
+  return agent::codeOf("resetObject",
+                       [&](AttributeService& service) { return service.reset(objectName); });
+}
+
+void TECommonFunc::onGetCapabilities(common::CapabilityList_T_out capabilities,
+                                     const std::vector<std::string>& attributeOperations,
+                                     const std::vector<std::string>& otherOperations) {
+  common::CapabilityList_T_var list = new common::CapabilityList_T;
+  agent::appendCapabilities(list.inout(), attributeOperations);
+  agent::appendCapabilities(list.inout(), otherOperations);
+  capabilities = list._retn();
+}
+
+}  // namespace NS_CORBA

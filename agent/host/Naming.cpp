@@ -1,0 +1,106 @@
+#include "agent/host/Naming.h"
+
+#include <utility>
+
+#include "agent/base/FailureCodes.h"
+#include "agent/base/Text.h"
+
+namespace agent {
+namespace {
+
+void setPair(globaldefs::NameAndStringValue_T& pair, const char* name, const std::string& value) {
+  pair.name = CORBA::string_dup(name);
+  pair.value = CORBA::string_dup(value.c_str());
+}
+
+}  // namespace
+
+NamingService::NamingService(std::string ems, const NetworkModel& model, Unnamed unnamed)
+    : ems_(std::move(ems)), model_(model), unnamed_(std::move(unnamed)) {}
+
+int NamingService::GetObjectType(const globaldefs::NVSList_T& name) {
+  const auto parsed = parse(name);
+  if (!parsed) {
+    return kNoObjectType;
+  }
+  const bool isMissing =
+      parsed->type == kTopoSubnetworkType && !model_.hasTopoSubnetwork(parsed->id);
+  return isMissing ? kNoObjectType : parsed->type;
+}
+
+CORBA::ULong NamingService::ConvertNEIndexToName(globaldefs::NVSList_T& name,
+                                                 NS_CORBA::DomainObjectKey& key) {
+  return setNumberedName(name, tmf::kManagedElement, key.objectNumber);
+}
+
+CORBA::ULong NamingService::ConvertONEIndexToName(globaldefs::NVSList_T& name,
+                                                  NS_CORBA::DomainObjectKey& key) {
+  return setNumberedName(name, tmf::kOpticalElement, key.objectNumber);
+}
+
+CORBA::ULong NamingService::ConvertOSIndexToName(globaldefs::NVSList_T& name,
+                                                 std::int32_t& number) {
+  return setNumberedName(name, tmf::kManagementSystem, number);
+}
+
+CORBA::ULong NamingService::ConvertTopoNodeIdToName(globaldefs::NVSList_T& name,
+                                                    const std::string& id) {
+  return setName(name, tmf::kTopoSubnetwork, id);
+}
+
+CORBA::ULong NamingService::Name2Index(std::string& id, const globaldefs::NVSList_T& name) {
+  auto parsed = parse(name);
+  if (!parsed) {
+    return kInvalidName;
+  }
+  id = std::move(parsed->id);
+  return kSuccess;
+}
+
+CORBA::ULong NamingService::GetObjectLabelInfo(NS_CORBA::ObjectLabelInfo& info,
+                                               const std::string& id, int type) {
+  info = {};
+  info.userLabel = model_.labelOf(type, id);
+  return kSuccess;
+}
+
+std::optional<ObjectKey> NamingService::parse(const globaldefs::NVSList_T& name) const {
+  std::string problem;
+  auto key = parseObjectName(name, ems_, problem);
+  return key && key->type != kClockTopoLinkType ? std::move(key) : std::nullopt;
+}
+
+CORBA::ULong NamingService::setName(globaldefs::NVSList_T& name, const char* objectClass,
+                                    const std::string& value) const {
+  name.length(0);
+  if (value.empty()) {
+    return refuseName(objectClass, value, "the id is empty");
+  }
+  // CORBA strings end at NUL, so an id with one in it would come back as another id.
+  if (value.find('\0') != std::string::npos) {
+    return refuseName(objectClass, value, "the id holds a NUL character");
+  }
+  name.length(2);
+  setPair(name[0], tmf::kEms, ems_);
+  setPair(name[1], objectClass, value);
+  return kSuccess;
+}
+
+CORBA::ULong NamingService::setNumberedName(globaldefs::NVSList_T& name, const char* objectClass,
+                                            std::int32_t number) const {
+  if (number < 0) {
+    name.length(0);
+    return refuseName(objectClass, std::to_string(number), "the number is negative");
+  }
+  return setName(name, objectClass, std::to_string(number));
+}
+
+CORBA::ULong NamingService::refuseName(const char* objectClass, const std::string& id,
+                                       const char* why) const {
+  if (unnamed_) {
+    unnamed_(std::string("no name for ") + objectClass + ' ' + inQuotes(id) + ": " + why);
+  }
+  return kInvalidName;
+}
+
+}  // namespace agent

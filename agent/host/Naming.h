@@ -1,0 +1,69 @@
+// TMF names of the agent's objects, both ways. Published as "CorbaUtilInterface".
+//
+// Names and domain ids are those of ManagedObjects.h, without the links of the clock topology,
+// which the module names by itself.
+
+#ifndef AGENT_HOST_NAMING_H
+#define AGENT_HOST_NAMING_H
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "agent/model/NetworkModel.h"
+#include "agent/network/ManagedObjects.h"
+#include "platform/agent/CorbaUtilInterface.h"
+
+namespace agent {
+
+// What GetObjectType says of a name that is none of this agent's, or that of a topology subnetwork
+// that is not there.
+constexpr int kNoObjectType = 0;
+
+// Every operation is total: any name, however long or malformed, is answered, with kInvalidName
+// where it has no meaning. Only topology subnetworks are looked up in the model; that an element or
+// a management system exists is not asked.
+//
+// Borrows the model, which must outlive it. Thread-safety: any thread.
+class NamingService final : public NS_CORBA::CorbaUtilInterface {
+ public:
+  // Receives one line for each object that has no name, on the thread of the call. Such an object
+  // is missing from the views.
+  using Unnamed = std::function<void(const std::string& line)>;
+
+  // ems: the value of the "EMS" pair of every name, which need not be the network's own.
+  NamingService(std::string ems, const NetworkModel& model, Unnamed unnamed = {});
+
+  int GetObjectType(const globaldefs::NVSList_T& name) override;
+
+  // The name is empty after a failure.
+  CORBA::ULong ConvertNEIndexToName(globaldefs::NVSList_T& name,
+                                    NS_CORBA::DomainObjectKey& key) override;
+  CORBA::ULong ConvertONEIndexToName(globaldefs::NVSList_T& name,
+                                     NS_CORBA::DomainObjectKey& key) override;
+  CORBA::ULong ConvertOSIndexToName(globaldefs::NVSList_T& name, std::int32_t& number) override;
+  CORBA::ULong ConvertTopoNodeIdToName(globaldefs::NVSList_T& name, const std::string& id) override;
+
+  // The id is left alone after a failure.
+  CORBA::ULong Name2Index(std::string& id, const globaldefs::NVSList_T& name) override;
+
+  CORBA::ULong GetObjectLabelInfo(NS_CORBA::ObjectLabelInfo& info, const std::string& id,
+                                  int type) override;
+
+ private:
+  std::optional<ObjectKey> parse(const globaldefs::NVSList_T& name) const;
+  CORBA::ULong setName(globaldefs::NVSList_T& name, const char* objectClass,
+                       const std::string& value) const;
+  CORBA::ULong setNumberedName(globaldefs::NVSList_T& name, const char* objectClass,
+                               std::int32_t number) const;
+  CORBA::ULong refuseName(const char* objectClass, const std::string& id, const char* why) const;
+
+  const std::string ems_;
+  const NetworkModel& model_;
+  const Unnamed unnamed_;  // may be empty
+};
+
+}  // namespace agent
+
+#endif

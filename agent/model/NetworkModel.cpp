@@ -1,0 +1,220 @@
+#include "agent/model/NetworkModel.h"
+
+#include <mutex>
+#include <shared_mutex>
+#include <utility>
+
+#include "platform/agent/CorbaUtilInterface.h"
+
+namespace agent {
+namespace {
+
+using Reading = std::shared_lock<TurnstileMutex>;
+using Writing = std::unique_lock<TurnstileMutex>;
+
+std::size_t textsOf(const NS_DOMAIN::TopoNode_T& node) {
+  std::size_t bytes = node.nodeId.size() + node.parentId.size() + node.nativeName.size();
+  for (const auto& [key, value] : node.extendedAttributes) {
+    bytes += key.size() + value.size();
+  }
+  return bytes;
+}
+
+std::size_t textsOf(const NS_DOMAIN::ClockPositionInfo_T& position) {
+  return position.reference.size() + position.text4.size() + position.label.size();
+}
+
+std::size_t textsOf(const NS_DOMAIN::ClockTopoLinkInfo_T& link) {
+  return link.linkId.size() + link.text4.size() + link.nativeName.size() +
+         link.aEndReference.size() + link.text7.size() + link.text9.size() +
+         link.zEndReference.size() + link.text11.size() + link.text13.size();
+}
+
+void count(NetworkLoad::Records& records, std::size_t texts) {
+  ++records.count;
+  records.texts += texts;
+}
+
+}  // namespace
+
+NetworkModel::NetworkModel(Network network) : data_(std::move(network)) {}
+
+void NetworkModel::replace(Network network) {
+  NetworkTables data(std::move(network));  // made before the readers have to wait
+  const Writing lock(mutex_);
+  std::swap(data_, data);
+  ++version_;
+}
+
+std::string NetworkModel::ems() const {
+  const Reading lock(mutex_);
+  return data_.ems();
+}
+
+std::size_t NetworkModel::topoNodeCount() const {
+  const Reading lock(mutex_);
+  return data_.nodes().size();
+}
+
+bool NetworkModel::hasTopoSubnetwork(const std::string& id) const {
+  return hasObject({kTopoSubnetworkObjectType, id});
+}
+
+bool NetworkModel::hasObject(const ObjectKey& key) const {
+  const Reading lock(mutex_);
+  return data_.hasObject(key);
+}
+
+bool NetworkModel::hasTopoNode(const std::string& id) const {
+  const Reading lock(mutex_);
+  return data_.node(id) != nullptr;
+}
+
+bool NetworkModel::hasNetworkElement(std::int32_t number) const {
+  const Reading lock(mutex_);
+  return data_.element(number) != nullptr;
+}
+
+bool NetworkModel::hasClockPosition(const std::string& reference) const {
+  const Reading lock(mutex_);
+  return data_.hasPosition(reference);
+}
+
+bool NetworkModel::hasClockLink(const std::string& id) const {
+  const Reading lock(mutex_);
+  return data_.hasLink(id);
+}
+
+bool NetworkModel::hasLabel(const ObjectKey& key) const {
+  const Reading lock(mutex_);
+  return data_.label(key) != nullptr;
+}
+
+void NetworkModel::appendTopoNodes(std::vector<NS_DOMAIN::TopoNode_T>& nodes) const {
+  const Reading lock(mutex_);
+  nodes.reserve(nodes.size() + data_.nodes().size());
+  for (const NetworkTables::Node& node : data_.nodes()) {
+    nodes.push_back(node.record);
+  }
+}
+
+void NetworkModel::appendNEIndexes(std::vector<NS_DOMAIN::NEIndex>& indexes, bool onlyShown) const {
+  const Reading lock(mutex_);
+  for (const NetworkElement& element : data_.elements()) {
+    if (element.shown || !onlyShown) {
+      indexes.push_back({0, element.number});
+    }
+  }
+}
+
+void NetworkModel::appendNEs(std::vector<NS_DOMAIN::NE_T>& elements,
+                             const std::vector<NS_DOMAIN::NEIndex>& indexes) const {
+  const Reading lock(mutex_);
+  for (const NS_DOMAIN::NEIndex& index : indexes) {
+    if (const NetworkElement* const known = data_.element(index.number)) {
+      NS_DOMAIN::NE_T& element = elements.emplace_back();
+      element.first = index.first;
+      element.number = index.number;
+      element.name = known->name;
+    }
+  }
+}
+
+std::vector<NS_DOMAIN::ClockPositionInfo_T> NetworkModel::clockPositions() const {
+  const Reading lock(mutex_);
+  std::vector<NS_DOMAIN::ClockPositionInfo_T> positions;
+  positions.reserve(data_.positions().size());
+  for (const NetworkTables::Position& position : data_.positions()) {
+    positions.push_back(position.record);
+  }
+  return positions;
+}
+
+std::vector<NS_DOMAIN::ClockTopoLinkInfo_T> NetworkModel::clockLinks() const {
+  const Reading lock(mutex_);
+  return {data_.links().begin(), data_.links().end()};
+}
+
+std::string NetworkModel::labelOf(std::int32_t type, const std::string& id) const {
+  const Reading lock(mutex_);
+  const std::string* const label = data_.label({type, id});
+  return label == nullptr ? std::string() : *label;
+}
+
+NetworkLoad NetworkModel::load() const {
+  NetworkLoad load;
+  const Reading lock(mutex_);
+  for (const NetworkTables::Node& node : data_.nodes()) {
+    count(load.nodes, textsOf(node.record));
+  }
+  for (const NetworkElement& element : data_.elements()) {
+    if (!element.shown) {
+      count(load.elements, element.name.size());
+    }
+  }
+  for (const NetworkTables::Position& position : data_.positions()) {
+    count(load.positions, textsOf(position.record));
+  }
+  for (const NS_DOMAIN::ClockTopoLinkInfo_T& link : data_.links()) {
+    const std::string* const label =
+        data_.label({NS_CORBA::CorbaUtilInterface::kClockTopoLinkType, link.linkId});
+    count(load.links, textsOf(link) + (label == nullptr ? 0 : label->size()));
+  }
+  return load;
+}
+
+// Readers see nothing of the preparation, but it may move the entries of indexes.
+NetworkAddition NetworkModel::prepareAddition(Network network) {
+  NetworkAddition addition = data_.prepareAddition(std::move(network));
+  const Writing lock(mutex_);
+  data_.makeRoomFor(addition);
+  return addition;
+}
+
+// Nobody else changes anything meanwhile, so reading needs no lock here.
+NetworkRemoval NetworkModel::prepareRemoval(const std::string& nodeId) const {
+  return data_.prepareRemoval(nodeId);
+}
+
+NetworkRenaming NetworkModel::prepareRenaming(const ObjectKey& key, const std::string& name) {
+  return data_.prepareRenaming(key, name);
+}
+
+NetworkRenaming NetworkModel::prepareNodeRenaming(const std::string& nodeId,
+                                                  const std::string& name) {
+  return data_.prepareNodeRenaming(nodeId, name);
+}
+
+LabelChange NetworkModel::prepareLabel(const ObjectKey& key, const std::string& label) {
+  LabelChange change{key, {}};
+  if (!label.empty()) {
+    change.label.emplace(key, label);
+  }
+  return change;
+}
+
+void NetworkModel::show(NetworkAddition& addition) noexcept {
+  const Writing lock(mutex_);
+  data_.add(addition);
+  ++version_;
+}
+
+void NetworkModel::show(NetworkRemoval& removal) noexcept {
+  const Writing lock(mutex_);
+  data_.remove(removal);
+  ++version_;
+}
+
+void NetworkModel::show(NetworkRenaming& renaming) noexcept {
+  const Writing lock(mutex_);
+  data_.rename(renaming);
+  ++version_;
+}
+
+void NetworkModel::show(LabelChange& change) noexcept {
+  const Writing lock(mutex_);
+  data_.setLabel(change);
+  ++version_;
+}
+
+}  // namespace agent

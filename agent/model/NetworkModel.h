@@ -1,0 +1,103 @@
+// The managed network in memory: every read is served from here, none waits for disk.
+//
+// Results are copies. Thread-safety: any thread may read; readers do not wait for each other, and
+// hold no change up for longer than their own read takes. Changes are made by one thread at a time.
+
+#ifndef AGENT_MODEL_NETWORKMODEL_H
+#define AGENT_MODEL_NETWORKMODEL_H
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "agent/model/NetworkTables.h"
+#include "agent/model/TurnstileMutex.h"
+#include "agent/network/ManagedObjects.h"
+#include "agent/network/Network.h"
+#include "platform/domain/DomainRecords.h"
+
+namespace agent {
+
+// How much data the views of a network show.
+struct NetworkLoad {
+  struct Records {
+    std::size_t count = 0;
+    std::size_t texts = 0;  // bytes of all texts of the records
+  };
+
+  Records nodes;
+  Records elements;  // those that no node shows
+  Records positions;
+  Records links;  // texts: with their labels
+};
+
+class NetworkModel {
+ public:
+  NetworkModel() = default;
+  explicit NetworkModel(Network network);
+  NetworkModel(const NetworkModel&) = delete;
+  NetworkModel& operator=(const NetworkModel&) = delete;
+
+  // Serves another network from here on.
+  void replace(Network network);
+
+  std::string ems() const;
+  std::size_t topoNodeCount() const;
+  bool hasTopoSubnetwork(const std::string& id) const;
+  bool hasObject(const ObjectKey& key) const;
+
+  bool hasTopoNode(const std::string& id) const;  // of any type
+  bool hasNetworkElement(std::int32_t number) const;
+  bool hasClockPosition(const std::string& reference) const;
+  bool hasClockLink(const std::string& id) const;
+  bool hasLabel(const ObjectKey& key) const;
+
+  void appendTopoNodes(std::vector<NS_DOMAIN::TopoNode_T>& nodes) const;
+
+  // All elements, or only those that the topology already shows.
+  void appendNEIndexes(std::vector<NS_DOMAIN::NEIndex>& indexes, bool onlyShown) const;
+
+  // One record an index, in the order of the indexes; unknown numbers are left out.
+  void appendNEs(std::vector<NS_DOMAIN::NE_T>& elements,
+                 const std::vector<NS_DOMAIN::NEIndex>& indexes) const;
+
+  std::vector<NS_DOMAIN::ClockPositionInfo_T> clockPositions() const;
+  std::vector<NS_DOMAIN::ClockTopoLinkInfo_T> clockLinks() const;
+
+  // The stored label of an object, empty where there is none.
+  std::string labelOf(std::int32_t type, const std::string& id) const;
+
+  // Takes time linear in the size of the network.
+  NetworkLoad load() const;
+
+  // Rises with every change.
+  std::uint64_t version() const { return version_.load(); }
+
+  // --- Changes, each prepared before it is made in the store and shown to readers afterwards: that
+  // can no longer fail. A prepared change is good until another one is shown. See NetworkTables.h
+  // for what is prepared.
+
+  NetworkAddition prepareAddition(Network network);
+  NetworkRemoval prepareRemoval(const std::string& nodeId) const;
+  NetworkRenaming prepareRenaming(const ObjectKey& key, const std::string& name);
+  NetworkRenaming prepareNodeRenaming(const std::string& nodeId, const std::string& name);
+  // An empty label is none.
+  static LabelChange prepareLabel(const ObjectKey& key, const std::string& label);
+
+  void show(NetworkAddition& addition) noexcept;
+  void show(NetworkRemoval& removal) noexcept;
+  void show(NetworkRenaming& renaming) noexcept;
+  void show(LabelChange& change) noexcept;
+
+ private:
+  mutable TurnstileMutex mutex_;
+  NetworkTables data_;  // guarded by mutex_
+  std::atomic<std::uint64_t> version_{0};
+};
+
+}  // namespace agent
+
+#endif

@@ -1,0 +1,429 @@
+#include "agent/model/NetworkTables.h"
+
+#include <algorithm>
+#include <stdexcept>
+#include <unordered_map>
+
+#include "agent/base/Text.h"
+
+namespace agent {
+namespace {
+
+using Node = NetworkTables::Node;
+
+void append(NetworkTables::Chain& chain, NetworkTables::Neighbours Node::*place,
+            Node& node) noexcept {
+  (node.*place).previous = chain.last;
+  (chain.last == nullptr ? chain.first : (chain.last->*place).next) = &node;
+  chain.last = &node;
+}
+
+void unlink(NetworkTables::Chain& chain, NetworkTables::Neighbours Node::*place,
+            Node& node) noexcept {
+  Node* const previous = (node.*place).previous;
+  Node* const next = (node.*place).next;
+  (previous == nullptr ? chain.first : (previous->*place).next) = next;
+  (next == nullptr ? chain.last : (next->*place).previous) = previous;
+}
+
+// So that as many more entries need no memory. Grows by half at least: reserve() alone gives just
+// what it is asked for, and would move all entries at every few that come.
+template <typename Map>
+void makeRoom(Map& map, std::size_t more) {
+  const std::size_t needed = map.size() + more;
+  if (static_cast<float>(needed) >=
+      static_cast<float>(map.bucket_count()) * map.max_load_factor()) {
+    map.reserve(std::max(needed, map.size() + map.size() / 2));
+  }
+}
+
+template <typename Map>
+auto valueIn(const Map& map, const typename Map::key_type& key) -> typename Map::mapped_type {
+  const auto found = map.find(key);
+  return found == map.end() ? nullptr : found->second;
+}
+
+std::optional<NumberedObject> objectOf(const NetworkElement& element) {
+  return element.number < 0 ? std::nullopt
+                            : std::optional(NumberedObject{kManagedElementType, element.number});
+}
+
+// Where the new entries begin.
+template <typename Record>
+auto spliceTo(std::list<Record>& list, std::list<Record>& more) noexcept {
+  const auto first = more.empty() ? list.end() : more.begin();
+  list.splice(list.end(), more);
+  return first;
+}
+
+void addName(NetworkRenaming& renaming, NamedRecord record, std::string& place,
+             const std::string& name) {
+  if (place != name) {
+    renaming.records.push_back(std::move(record));
+    renaming.names.emplace_back(&place, name);
+  }
+}
+
+}  // namespace
+
+NetworkTables::NetworkTables(Network network) : NetworkTables(std::move(network), Loose()) {
+  tieFrom(nodes_.begin(), elements_.begin(), positions_.begin());
+}
+
+NetworkTables::NetworkTables(Network network, Loose) : ems_(std::move(network.ems)) {
+  addNodes(network.topoNodes);
+  addElements(network.networkElements);
+  addClock(network.clockPositions, network.clockLinks);
+  for (ObjectLabel& label : network.objectLabels) {
+    labels_.emplace(ObjectKey{label.type, std::move(label.id)}, std::move(label.label));
+  }
+}
+
+void NetworkTables::addNodes(std::vector<NS_DOMAIN::TopoNode_T>& records) {
+  nodesById_.reserve(records.size());
+  for (NS_DOMAIN::TopoNode_T& record : records) {
+    Node& node = nodes_.emplace_back();
+    node.record = std::move(record);
+    node.self = std::prev(nodes_.end());
+    nodesById_.emplace(node.record.nodeId, &node);
+    if (node.record.nodeType == NS_DOMAIN::kTopoElement) {
+      node.shownAs = objectOfElementNode(node.record.nodeId);
+      knowObject(node.shownAs);
+    }
+  }
+}
+
+void NetworkTables::addElements(std::vector<NetworkElement>& records) {
+  elementsByNumber_.reserve(records.size());
+  for (NetworkElement& record : records) {
+    NetworkElement& element = elements_.emplace_back(std::move(record));
+    elementsByNumber_.emplace(element.number, &element);
+    knowObject(objectOf(element));
+  }
+}
+
+void NetworkTables::addClock(std::vector<NS_DOMAIN::ClockPositionInfo_T>& positions,
+                             std::vector<NS_DOMAIN::ClockTopoLinkInfo_T>& links) {
+  positionsByReference_.reserve(positions.size());
+  for (NS_DOMAIN::ClockPositionInfo_T& record : positions) {
+    Position& position = positions_.emplace_back();
+    position.record = std::move(record);
+    positionsByReference_.emplace(position.record.reference, &position);
+    position.shownAs = objectOfClockReference(position.record.reference);
+    knowObject(position.shownAs);
+  }
+  linksById_.reserve(links.size());
+  for (NS_DOMAIN::ClockTopoLinkInfo_T& record : links) {
+    NS_DOMAIN::ClockTopoLinkInfo_T& link = links_.emplace_back(std::move(record));
+    linksById_.emplace(link.linkId, &link);
+  }
+}
+
+void NetworkTables::knowObject(const std::optional<NumberedObject>& object) {
+  if (object) {
+    objects_.try_emplace(*object);
+  }
+}
+
+NetworkTables::Node* NetworkTables::nodeAt(std::string_view id) const {
+  return valueIn(nodesById_, id);
+}
+
+const NS_DOMAIN::TopoNode_T* NetworkTables::node(std::string_view id) const {
+  const Node* const found = nodeAt(id);
+  return found == nullptr ? nullptr : &found->record;
+}
+
+const NetworkElement* NetworkTables::element(std::int32_t number) const {
+  return valueIn(elementsByNumber_, number);
+}
+
+const std::string* NetworkTables::label(const ObjectKey& key) const {
+  const auto found = labels_.find(key);
+  return found == labels_.end() ? nullptr : &found->second;
+}
+
+bool NetworkTables::hasPosition(std::string_view reference) const {
+  return positionsByReference_.count(reference) != 0;
+}
+
+bool NetworkTables::hasLink(std::string_view id) const {
+  return linksById_.count(id) != 0;
+}
+
+bool NetworkTables::hasObject(const ObjectKey& key) const {
+  if (key.type == kTopoSubnetworkObjectType) {
+    const Node* const found = nodeAt(key.id);
+    return found != nullptr && found->record.nodeType == NS_DOMAIN::kTopoSubnetwork;
+  }
+  if (key.type == kClockLinkObjectType) {
+    return hasLink(key.id);
+  }
+  const auto object = numberedObject(key);
+  return object && recordsOf(*object) != nullptr;
+}
+
+const NetworkTables::ObjectRecords* NetworkTables::recordsOf(const NumberedObject& object) const {
+  const auto found = objects_.find(object);
+  return found == objects_.end() ? nullptr : &found->second;
+}
+
+NetworkTables::ObjectRecords* NetworkTables::recordsOf(const NumberedObject& object) {
+  const auto found = objects_.find(object);
+  return found == objects_.end() ? nullptr : &found->second;
+}
+
+// --- Adding.
+
+NetworkAddition NetworkTables::prepareAddition(Network network) const {
+  NetworkAddition addition;
+  addition.tables = NetworkTables(network, Loose());
+  addition.network = std::move(network);
+  markShown(addition);
+  return addition;
+}
+
+void NetworkTables::markShown(NetworkAddition& addition) const {
+  salted::Set<std::int32_t> numbers;  // of the elements that get nodes
+  for (const Node& node : addition.tables.nodes_) {
+    if (node.shownAs && node.shownAs->type == kManagedElementType &&
+        numbers.insert(node.shownAs->number).second) {
+      NetworkElement* const known = valueIn(elementsByNumber_, node.shownAs->number);
+      if (known != nullptr && !known->shown) {
+        addition.shownElements.push_back(known->number);
+        addition.marked.push_back(known);
+      }
+    }
+  }
+  auto stored = addition.network.networkElements.begin();
+  for (NetworkElement& element : addition.tables.elements_) {
+    const ObjectRecords* const known = recordsOf({kManagedElementType, element.number});
+    const bool hasNode =
+        (known != nullptr && known->nodeCount != 0) || numbers.count(element.number) != 0;
+    if (hasNode && !element.shown) {
+      element.shown = element.shownForNode = true;
+      *stored = element;
+    }
+    ++stored;
+  }
+}
+
+void NetworkTables::makeRoomFor(const NetworkAddition& addition) {
+  const NetworkTables& more = addition.tables;
+  makeRoom(nodesById_, more.nodesById_.size());
+  makeRoom(elementsByNumber_, more.elementsByNumber_.size());
+  makeRoom(positionsByReference_, more.positionsByReference_.size());
+  makeRoom(linksById_, more.linksById_.size());
+  makeRoom(objects_, more.objects_.size());
+}
+
+void NetworkTables::add(NetworkAddition& addition) noexcept {
+  absorb(addition.tables);
+  for (NetworkElement* const element : addition.marked) {
+    element->shown = element->shownForNode = true;
+  }
+}
+
+void NetworkTables::absorb(NetworkTables& more) noexcept {
+  if (ems_.empty()) {
+    ems_.swap(more.ems_);
+  }
+  nodesById_.merge(more.nodesById_);
+  elementsByNumber_.merge(more.elementsByNumber_);
+  positionsByReference_.merge(more.positionsByReference_);
+  linksById_.merge(more.linksById_);
+  objects_.merge(more.objects_);
+  labels_.merge(more.labels_);
+  links_.splice(links_.end(), more.links_);
+  const auto node = spliceTo(nodes_, more.nodes_);
+  const auto element = spliceTo(elements_, more.elements_);
+  const auto position = spliceTo(positions_, more.positions_);
+  tieFrom(node, element, position);
+}
+
+void NetworkTables::tieFrom(std::list<Node>::iterator node,
+                            std::list<NetworkElement>::iterator element,
+                            std::list<Position>::iterator position) noexcept {
+  std::for_each(node, nodes_.end(), [this](Node& each) { tie(each); });
+  std::for_each(element, elements_.end(), [this](NetworkElement& each) { tie(each); });
+  std::for_each(position, positions_.end(), [this](Position& each) { tie(each); });
+}
+
+void NetworkTables::tie(Node& node) noexcept {
+  if (!isRootMarker(node.record.parentId)) {
+    node.parent = nodeAt(node.record.parentId);
+  }
+  if (node.parent != nullptr) {
+    append(node.parent->children, &Node::siblings, node);
+  }
+  if (node.shownAs) {
+    node.object = recordsOf(*node.shownAs);
+    append(node.object->nodes, &Node::sameObject, node);
+    ++node.object->nodeCount;
+  }
+}
+
+void NetworkTables::tie(NetworkElement& element) noexcept {
+  if (const auto object = objectOf(element)) {
+    recordsOf(*object)->element = &element;
+  }
+}
+
+void NetworkTables::tie(Position& position) noexcept {
+  if (position.shownAs) {
+    ObjectRecords& object = *recordsOf(*position.shownAs);
+    (object.lastPosition == nullptr ? object.firstPosition : object.lastPosition->nextOfObject) =
+        &position;
+    object.lastPosition = &position;
+  }
+}
+
+// --- Removing.
+
+// Each node after everything below it.
+std::vector<NetworkTables::Node*> NetworkTables::subtree(const std::string& nodeId) const {
+  std::vector<Node*> reversed;
+  std::vector<Node*> open = {nodeAt(nodeId)};
+  while (!open.empty()) {
+    Node* const node = open.back();
+    open.pop_back();
+    reversed.push_back(node);
+    if (reversed.size() > nodes_.size()) {
+      throw std::runtime_error("a node below it is its own ancestor");
+    }
+    for (Node* child = node->children.first; child != nullptr; child = child->siblings.next) {
+      open.push_back(child);
+    }
+  }
+  std::reverse(reversed.begin(), reversed.end());
+  return reversed;
+}
+
+NetworkRemoval NetworkTables::prepareRemoval(const std::string& nodeId) const {
+  NetworkRemoval removal;
+  removal.doomed = subtree(nodeId);
+  removal.nodes.reserve(removal.doomed.size());
+  std::unordered_map<const ObjectRecords*, std::size_t> lost;
+  for (Node* const node : removal.doomed) {
+    removal.nodes.push_back(node->record);
+    if (node->record.nodeType == NS_DOMAIN::kTopoSubnetwork) {
+      removal.objects.push_back({kTopoSubnetworkObjectType, node->record.nodeId});
+    } else if (node->object != nullptr && ++lost[node->object] == node->object->nodeCount) {
+      removal.objects.push_back(keyOf(*node->shownAs));
+      NetworkElement* const element = node->object->element;
+      if (element != nullptr && element->shownForNode) {
+        removal.hiddenElements.push_back(element->number);
+        removal.unmarked.push_back(element);
+      }
+    }
+  }
+  return removal;
+}
+
+void NetworkTables::remove(NetworkRemoval& removal) noexcept {
+  for (Node* const node : removal.doomed) {
+    untie(*node);
+    removal.removed.splice(removal.removed.end(), nodes_, node->self);
+  }
+  for (NetworkElement* const element : removal.unmarked) {
+    element->shown = element->shownForNode = false;
+  }
+  for (const ObjectKey& object : removal.objects) {
+    const auto label = labels_.find(object);
+    if (label != labels_.end()) {
+      labels_.erase(label);
+    }
+  }
+}
+
+void NetworkTables::untie(Node& node) noexcept {
+  const auto entry = nodesById_.find(node.record.nodeId);
+  if (entry != nodesById_.end() && entry->second == &node) {
+    nodesById_.erase(entry);
+  }
+  if (node.parent != nullptr) {
+    unlink(node.parent->children, &Node::siblings, node);
+  }
+  if (node.object != nullptr) {
+    unlink(node.object->nodes, &Node::sameObject, node);
+    --node.object->nodeCount;
+    if (node.object->isEmpty()) {
+      objects_.erase(objects_.find(*node.shownAs));
+    }
+  }
+}
+
+// --- Renaming.
+
+void NetworkTables::addTo(NetworkRenaming& renaming, Node& node, const std::string& name) const {
+  if (node.record.nativeName != name) {
+    renaming.nodes.push_back(node.record);
+    renaming.nodes.back().nativeName = name;
+  }
+  addName(renaming, {RecordList::kTopoNodes, node.record.nodeId}, node.record.nativeName, name);
+}
+
+void NetworkTables::addTo(NetworkRenaming& renaming, const ObjectRecords& object,
+                          const std::string& name) const {
+  for (Node* node = object.nodes.first; node != nullptr; node = node->sameObject.next) {
+    addTo(renaming, *node, name);
+  }
+  if (object.element != nullptr) {
+    addName(renaming, {RecordList::kNetworkElements, std::to_string(object.element->number)},
+            object.element->name, name);
+  }
+  for (Position* position = object.firstPosition; position != nullptr;
+       position = position->nextOfObject) {
+    addName(renaming, {RecordList::kClockPositions, position->record.reference},
+            position->record.label, name);
+  }
+}
+
+NetworkRenaming NetworkTables::prepareRenaming(const ObjectKey& key, const std::string& name) {
+  NetworkRenaming renaming;
+  if (!hasObject(key)) {
+    return renaming;
+  }
+  if (key.type == kTopoSubnetworkObjectType) {
+    addTo(renaming, *nodeAt(key.id), name);
+  } else if (key.type == kClockLinkObjectType) {
+    NS_DOMAIN::ClockTopoLinkInfo_T& link = *valueIn(linksById_, key.id);
+    addName(renaming, {RecordList::kClockLinks, link.linkId}, link.nativeName, name);
+  } else {
+    addTo(renaming, *recordsOf(*numberedObject(key)), name);
+  }
+  return renaming;
+}
+
+NetworkRenaming NetworkTables::prepareNodeRenaming(const std::string& nodeId,
+                                                   const std::string& name) {
+  NetworkRenaming renaming;
+  Node& node = *nodeAt(nodeId);
+  if (node.object != nullptr) {
+    addTo(renaming, *node.object, name);
+  } else {
+    addTo(renaming, node, name);
+  }
+  return renaming;
+}
+
+void NetworkTables::rename(NetworkRenaming& renaming) noexcept {
+  for (auto& [place, name] : renaming.names) {
+    place->swap(name);
+  }
+}
+
+void NetworkTables::setLabel(LabelChange& change) noexcept {
+  const auto known = labels_.find(change.key);
+  if (change.label.empty()) {
+    if (known != labels_.end()) {
+      labels_.erase(known);
+    }
+  } else if (known != labels_.end()) {
+    known->second.swap(change.label.begin()->second);
+  } else {
+    labels_.merge(change.label);
+  }
+}
+
+}  // namespace agent

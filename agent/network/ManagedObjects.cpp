@@ -1,0 +1,190 @@
+#include "agent/network/ManagedObjects.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <map>
+
+#include "agent/base/Text.h"
+#include "platform/agent/CorbaUtilInterface.h"
+#include "platform/util/UtilCommon.h"
+
+namespace agent {
+namespace {
+
+static_assert(kTopoSubnetworkObjectType == NS_CORBA::CorbaUtilInterface::kTopoSubnetworkType);
+static_assert(kClockLinkObjectType == NS_CORBA::CorbaUtilInterface::kClockTopoLinkType);
+
+constexpr CORBA::ULong kMostPairsShown = 4;
+constexpr std::size_t kMostOfATextShown = 80;
+
+// A class of numbered objects.
+struct NumberedClass {
+  std::string_view tmfName;
+  std::string_view domainName;  // the class of its FDNs
+  std::int32_t type;
+  int missingNumber;  // what an FDN without a usable number stands for
+};
+
+constexpr NumberedClass kManagedElement = {tmf::kManagedElement, "NE", kManagedElementType, -1};
+constexpr NumberedClass kNumberedClasses[] = {
+    kManagedElement,
+    {tmf::kOpticalElement, "ONE", kOpticalElementType, 0},
+    {tmf::kManagementSystem, "OS", kManagementSystemType, 0},
+};
+
+struct TextClass {
+  std::string_view tmfName;
+  std::int32_t type;
+  bool mayBeEmpty;
+};
+
+constexpr TextClass kTextClasses[] = {
+    {tmf::kTopoSubnetwork, kTopoSubnetworkObjectType, false},
+    {tmf::kClockLink, kClockLinkObjectType, true},
+};
+
+std::string_view textOf(const char* text) {
+  return text == nullptr ? std::string_view() : std::string_view(text);
+}
+
+std::optional<ObjectKey> parseNumber(const NumberedClass& known, std::string_view value,
+                                     std::string& problem) {
+  if (!canonicalNumber(value)) {
+    problem = "the value of " + inQuotes(known.tmfName) + " is no number of an object";
+    return std::nullopt;
+  }
+  return ObjectKey{known.type, std::string(known.domainName) + '=' + std::string(value)};
+}
+
+std::optional<ObjectKey> parseText(const TextClass& known, std::string_view value,
+                                   std::string& problem) {
+  if (value.empty() && !known.mayBeEmpty) {
+    problem = "the value of " + inQuotes(known.tmfName) + " is empty";
+    return std::nullopt;
+  }
+  return ObjectKey{known.type, std::string(value)};
+}
+
+std::optional<ObjectKey> parseObject(std::string_view objectClass, std::string_view value,
+                                     std::string& problem) {
+  for (const NumberedClass& known : kNumberedClasses) {
+    if (objectClass == known.tmfName) {
+      return parseNumber(known, value, problem);
+    }
+  }
+  for (const TextClass& known : kTextClasses) {
+    if (objectClass == known.tmfName) {
+      return parseText(known, value, problem);
+    }
+  }
+  problem = inQuotes(objectClass) + " is no class of objects";
+  return std::nullopt;
+}
+
+std::string showPair(std::string_view name, std::string_view value) {
+  return printable(name, kMostOfATextShown) + '=' + printable(value, kMostOfATextShown);
+}
+
+std::string_view tmfClassOf(std::int32_t type) {
+  for (const NumberedClass& known : kNumberedClasses) {
+    if (known.type == type) {
+      return known.tmfName;
+    }
+  }
+  return type == kClockLinkObjectType ? tmf::kClockLink : tmf::kTopoSubnetwork;
+}
+
+const NumberedClass& classOfFdn(const std::string& domainName) {
+  for (const NumberedClass& known : kNumberedClasses) {
+    if (known.domainName == domainName) {
+      return known;
+    }
+  }
+  return kManagedElement;
+}
+
+std::optional<NumberedObject> ifNameable(std::int32_t type, std::int32_t number) {
+  return number < 0 ? std::nullopt : std::optional(NumberedObject{type, number});
+}
+
+}  // namespace
+
+std::optional<ObjectKey> parseObjectName(const globaldefs::NVSList_T& name, std::string_view ems,
+                                         std::string& problem) {
+  if (name.length() != 2) {
+    const std::string pairs = name.length() == 1 ? " pair" : " pairs";
+    problem = "it has " + std::to_string(name.length()) + pairs + " instead of 2";
+    return std::nullopt;
+  }
+  if (textOf(name[0].name) != tmf::kEms) {
+    problem = "its first pair is not the \"EMS\"";
+    return std::nullopt;
+  }
+  if (textOf(name[0].value) != ems) {
+    problem = "the \"EMS\" is not " + inQuotes(ems);
+    return std::nullopt;
+  }
+  return parseObject(textOf(name[1].name), textOf(name[1].value), problem);
+}
+
+std::string show(const globaldefs::NVSList_T& name) {
+  std::string text = "{";
+  for (CORBA::ULong i = 0; i < std::min(name.length(), kMostPairsShown); ++i) {
+    text += (i == 0 ? "" : ", ") + showPair(textOf(name[i].name), textOf(name[i].value));
+  }
+  return text + (name.length() > kMostPairsShown ? ", ...}" : "}");
+}
+
+std::string show(const ObjectKey& key, std::string_view ems) {
+  const std::size_t start = numberedObject(key) ? key.id.find('=') + 1 : 0;
+  return '{' + showPair(tmf::kEms, ems) + ", " +
+         showPair(tmfClassOf(key.type), std::string_view(key.id).substr(start)) + '}';
+}
+
+std::optional<NumberedObject> numberedObject(const ObjectKey& key) {
+  for (const NumberedClass& known : kNumberedClasses) {
+    const std::string prefix = std::string(known.domainName) + "=";
+    if (known.type == key.type && key.id.compare(0, prefix.size(), prefix) == 0) {
+      const auto number = canonicalNumber(std::string_view(key.id).substr(prefix.size()));
+      return number ? ifNameable(key.type, *number) : std::nullopt;
+    }
+  }
+  return std::nullopt;
+}
+
+ObjectKey keyOf(const NumberedObject& object) {
+  for (const NumberedClass& known : kNumberedClasses) {
+    if (known.type == object.type) {
+      return {object.type, std::string(known.domainName) + '=' + std::to_string(object.number)};
+    }
+  }
+  return {object.type, ""};
+}
+
+std::optional<NumberedObject> objectOfElementNode(const std::string& nodeId) {
+  if (nodeId == "0") {
+    return std::nullopt;
+  }
+  auto& util = *NS_UTIL::UtilCommon::Instance();
+  std::map<std::string, std::string> parts;
+  util.GetSpliteFDNData(parts, nodeId, ",");
+  if (parts.empty()) {
+    return ifNameable(kManagedElementType, NS_UTIL::Str2Int(nodeId));
+  }
+  const std::string domainName = util.GetMoc(nodeId);
+  const NumberedClass& known = classOfFdn(domainName);
+  int number = known.missingNumber;
+  util.GetIntegerValueByName(parts, domainName, number);
+  return ifNameable(known.type, number);
+}
+
+std::optional<NumberedObject> objectOfClockReference(const std::string& reference) {
+  const std::size_t separator = reference.find('=');
+  if (separator == std::string::npos) {
+    return std::nullopt;
+  }
+  const long long number = std::strtoll(reference.c_str() + separator + 1, nullptr, 10);
+  return ifNameable(kManagedElementType, static_cast<std::int32_t>(number));
+}
+
+}  // namespace agent

@@ -1,0 +1,586 @@
+#include "agent/store/NetworkStore.h"
+
+#include <SQLiteCpp/SQLiteCpp.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+#include <limits>
+#include <system_error>
+#include <utility>
+
+#include "agent/base/Text.h"
+#include "agent/store/Statements.h"
+#include "agent/store/StoreCopy.h"
+#include "agent/store/StoreGuard.h"
+#include "hash/SaltedHash.h"
+
+namespace agent {
+namespace {
+
+constexpr std::int32_t kApplicationId = 0x746f706f;  // "topo", in the header of the file
+constexpr std::int32_t kSchemaVersion = 3;
+constexpr std::int32_t kFirstSchemaVersion = 1;
+
+// A position gives an object its place in its list and is the key by which its rows are changed;
+// new objects follow the last one, and gaps mean nothing. The one row of the table network says
+// that a network was loaded.
+constexpr const char* kFirstSchema = R"sql(
+  CREATE TABLE network (
+    only INTEGER PRIMARY KEY CHECK (only = 1),
+    ems TEXT NOT NULL
+  ) STRICT;
+  CREATE TABLE topo_node (
+    position INTEGER PRIMARY KEY,
+    id TEXT NOT NULL UNIQUE,
+    parent TEXT NOT NULL,
+    name TEXT NOT NULL,
+    type INTEGER NOT NULL,
+    parent_type INTEGER NOT NULL,
+    param3 INTEGER NOT NULL,
+    param4 INTEGER NOT NULL
+  ) STRICT;
+  CREATE TABLE topo_node_attribute (
+    node INTEGER NOT NULL REFERENCES topo_node (position) ON DELETE CASCADE,
+    position INTEGER NOT NULL,
+    key TEXT NOT NULL,
+    value TEXT NOT NULL,
+    PRIMARY KEY (node, position)
+  ) STRICT, WITHOUT ROWID;
+  CREATE TABLE network_element (
+    position INTEGER PRIMARY KEY,
+    number INTEGER NOT NULL UNIQUE,
+    name TEXT NOT NULL,
+    shown INTEGER NOT NULL
+  ) STRICT;
+  CREATE TABLE clock_position (
+    position INTEGER PRIMARY KEY,
+    reference TEXT NOT NULL UNIQUE,
+    label TEXT NOT NULL,
+    value1 INTEGER NOT NULL,
+    value2 INTEGER NOT NULL
+  ) STRICT;
+  CREATE TABLE clock_link (
+    position INTEGER PRIMARY KEY,
+    id TEXT NOT NULL UNIQUE,
+    name TEXT NOT NULL,
+    a_end TEXT NOT NULL,
+    z_end TEXT NOT NULL
+  ) STRICT;
+  CREATE TABLE object_label (
+    position INTEGER PRIMARY KEY,
+    type INTEGER NOT NULL,
+    id TEXT NOT NULL,
+    label TEXT NOT NULL,
+    UNIQUE (type, id)
+  ) STRICT;
+)sql";
+
+// What version 2 has on top: more that is kept of objects. Positions order the pairs of an object.
+constexpr const char* kSecondSchema = R"sql(
+  CREATE INDEX object_label_text ON object_label (type, label);
+  CREATE TABLE object_owner (
+    type INTEGER NOT NULL,
+    id TEXT NOT NULL,
+    owner TEXT NOT NULL,
+    PRIMARY KEY (type, id)
+  ) STRICT, WITHOUT ROWID;
+  CREATE TABLE object_info (
+    type INTEGER NOT NULL,
+    id TEXT NOT NULL,
+    position INTEGER NOT NULL,
+    name TEXT NOT NULL,
+    value TEXT NOT NULL,
+    PRIMARY KEY (type, id, position),
+    UNIQUE (type, id, name)
+  ) STRICT, WITHOUT ROWID;
+)sql";
+
+// What version 3 has on top: the notification id that is the next to be given. The column shown of
+// an element may be 2, for an element that is shown because of a node that it got at run time.
+constexpr const char* kThirdSchema = R"sql(
+  CREATE TABLE notification_id (
+    only INTEGER PRIMARY KEY CHECK (only = 1),
+    next INTEGER NOT NULL
+  ) STRICT;
+)sql";
+
+constexpr std::int32_t kShown = 1;
+constexpr std::int32_t kShownForNode = 2;
+
+bool isInMemory(const std::string& path) {
+  return path == NetworkStore::kInMemory;
+}
+
+// With the path made absolute nothing in it can mean anything special to SQLite.
+std::string databaseName(const std::string& path) {
+  return isInMemory(path) ? path : std::filesystem::absolute(path).string();
+}
+
+[[noreturn]] void refuse(const std::string& path, int systemError) {
+  throw StoreError(path, std::generic_category().message(systemError));
+}
+
+// True for a file with something in it, false where a store can be made. Touches nothing.
+bool isExistingFile(const std::string& path) {
+  const std::filesystem::path file = databaseName(path);
+  std::error_code error;
+  const auto status = std::filesystem::status(file, error);
+  if (std::filesystem::is_directory(status)) {
+    refuse(path, EISDIR);
+  }
+  if (!std::filesystem::exists(status)) {
+    if (error && error != std::errc::no_such_file_or_directory) {
+      refuse(path, error.value());
+    }
+    if (!std::filesystem::is_directory(file.parent_path(), error)) {
+      throw StoreError(path, "its folder does not exist");
+    }
+    return false;
+  }
+  if (!std::filesystem::is_regular_file(status)) {
+    throw StoreError(path, "is not a regular file");
+  }
+  if (::faccessat(AT_FDCWD, file.c_str(), R_OK | W_OK, AT_EACCESS) != 0) {
+    refuse(path, errno);
+  }
+  return std::filesystem::file_size(file) != 0;
+}
+
+std::int64_t valueOf(SQLite::Database& database, const std::string& query) {
+  return database.execAndGet(query).getInt64();
+}
+
+void requireOurs(const std::string& path, SQLite::Database& database) {
+  if (valueOf(database, "PRAGMA application_id") != kApplicationId) {
+    throw StoreError(path, "is a database of another program");
+  }
+  const std::int64_t version = valueOf(database, "PRAGMA user_version");
+  if (version < kFirstSchemaVersion || version > kSchemaVersion) {
+    throw StoreError(path, "has the schema version " + std::to_string(version) +
+                               ", this program reads version " + std::to_string(kSchemaVersion));
+  }
+}
+
+// A file name as a part of a URI.
+std::string uriPath(const std::string& path) {
+  constexpr char kDigits[] = "0123456789ABCDEF";
+  std::string escaped;
+  for (const char character : path) {
+    if (character == '%' || character == '?' || character == '#') {
+      const auto value = static_cast<unsigned char>(character);
+      escaped += {'%', kDigits[value >> 4], kDigits[value & 0xf]};
+    } else {
+      escaped += character;
+    }
+  }
+  return escaped;
+}
+
+// Looks at the file alone, as if nobody could change it: opening it in the usual way would already
+// recover what its owner left in a journal beside it. Not read with calls of our own because
+// closing a file drops the locks that this process has on it; SQLite knows how to avoid that.
+void refuseForeign(const std::string& path) {
+  const std::string uri = "file:" + uriPath(databaseName(path)) + "?mode=ro&immutable=1";
+  SQLite::Database database(uri, SQLite::OPEN_READONLY | SQLite::OPEN_URI);
+  requireOurs(path, database);
+}
+
+// SQLite would make the file readable for everybody; its journals get the permissions of the file.
+void createPrivateFile(const std::string& path) {
+  const int file = ::open(databaseName(path).c_str(),
+                          O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR);
+  if (file < 0 && errno == EEXIST) {
+    throw StoreError(path, "is a symbolic link to a file that does not exist");
+  }
+  if (file < 0) {
+    refuse(path, errno);
+  }
+  ::close(file);
+}
+
+void prepareFile(const std::string& path) {
+  if (isExistingFile(path)) {
+    refuseForeign(path);
+  } else if (!std::filesystem::exists(databaseName(path))) {
+    createPrivateFile(path);
+  }
+}
+
+std::unique_ptr<SQLite::Database> openDatabase(const std::string& path) {
+  if (path.empty()) {
+    throw StoreError("store", "its file name is empty");
+  }
+  if (!isInMemory(path)) {
+    prepareFile(path);
+  }
+  return std::make_unique<SQLite::Database>(databaseName(path),
+                                            SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
+}
+
+void createSchema(SQLite::Database& database) {
+  database.exec("PRAGMA application_id = " + std::to_string(kApplicationId));
+  database.exec(kFirstSchema);
+  database.exec("PRAGMA user_version = " + std::to_string(kFirstSchemaVersion));
+}
+
+void createNotificationIds(SQLite::Database& database, const NetworkStore::Clock& clock) {
+  constexpr std::uint64_t kMost = std::numeric_limits<std::int64_t>::max();
+  database.exec(kThirdSchema);
+  run(database, "INSERT INTO notification_id VALUES (1, ?)",
+      static_cast<std::int64_t>(std::min(clock(), kMost)));
+}
+
+// From any earlier version to this one.
+void upgradeSchema(SQLite::Database& database, const NetworkStore::Clock& clock) {
+  const std::int64_t version = valueOf(database, "PRAGMA user_version");
+  if (version == kSchemaVersion) {
+    return;
+  }
+  if (version == kFirstSchemaVersion) {
+    database.exec(kSecondSchema);
+  }
+  createNotificationIds(database, clock);
+  database.exec("PRAGMA user_version = " + std::to_string(kSchemaVersion));
+}
+
+// A schema that somebody else has written into the file can do nothing but compute. Takes the lock,
+// which stays for as long as the database is open, then makes, checks or upgrades
+// the schema, all in one transaction. The schema is there before write-ahead logging is switched
+// on, so that there is never a file that has content and not our mark.
+void prepare(const std::string& path, SQLite::Database& database,
+             const NetworkStore::Clock& clock) {
+  database.exec("PRAGMA trusted_schema = OFF");
+  database.exec("PRAGMA locking_mode = EXCLUSIVE");
+  database.exec("PRAGMA synchronous = FULL");
+  database.exec("PRAGMA foreign_keys = ON");
+  SQLite::Transaction transaction(database, SQLite::TransactionBehavior::EXCLUSIVE);
+  if (valueOf(database, "PRAGMA application_id") == 0 &&
+      valueOf(database, "SELECT count(*) FROM sqlite_schema") == 0) {
+    createSchema(database);
+  }
+  requireOurs(path, database);
+  upgradeSchema(database, clock);
+  transaction.commit();
+  database.exec("PRAGMA journal_mode = WAL");
+}
+
+// The position after the last one of a table.
+std::int64_t nextPosition(SQLite::Database& database, const std::string& table) {
+  return valueOf(database, "SELECT coalesce(max(position), -1) + 1 FROM " + table);
+}
+
+// A prepared INSERT with a position before its other values, counted on from those that are there.
+class Inserter {
+ public:
+  Inserter(SQLite::Database& database, const std::string& table, const char* values,
+           const Cancellation& cancellation)
+      : statement_(database, "INSERT INTO " + table + " VALUES " + values),
+        position_(nextPosition(database, table)),
+        cancellation_(cancellation) {}
+
+  // The position of what is inserted.
+  template <typename... Values>
+  std::int64_t insert(const Values&... values) {
+    cancellation_.throwIfRequested();
+    run(statement_, position_, values...);
+    return position_++;
+  }
+
+ private:
+  SQLite::Statement statement_;
+  std::int64_t position_;
+  const Cancellation& cancellation_;
+};
+
+// Each list by itself. One that is empty costs no statement: most changes are of a single node.
+
+void storeTopoNodes(SQLite::Database& database, const Network& network,
+                    const Cancellation& cancellation) {
+  if (network.topoNodes.empty()) {
+    return;
+  }
+  Inserter nodes(database, "topo_node", "(?, ?, ?, ?, ?, ?, ?, ?)", cancellation);
+  SQLite::Statement attribute(database, "INSERT INTO topo_node_attribute VALUES (?, ?, ?, ?)");
+  for (const NS_DOMAIN::TopoNode_T& node : network.topoNodes) {
+    const std::int64_t position =
+        nodes.insert(node.nodeId, node.parentId, node.nativeName, node.nodeType, node.parentType,
+                     node.attribute3, node.attribute4);
+    std::int64_t place = 0;
+    for (const auto& [key, value] : node.extendedAttributes) {
+      run(attribute, position, place++, key, value);
+    }
+  }
+}
+
+std::int32_t shownValue(const NetworkElement& element) {
+  if (element.shownForNode) {
+    return kShownForNode;
+  }
+  return element.shown ? kShown : 0;
+}
+
+void storeNetworkElements(SQLite::Database& database, const Network& network,
+                          const Cancellation& cancellation) {
+  if (network.networkElements.empty()) {
+    return;
+  }
+  Inserter elements(database, "network_element", "(?, ?, ?, ?)", cancellation);
+  for (const NetworkElement& element : network.networkElements) {
+    elements.insert(element.number, element.name, shownValue(element));
+  }
+}
+
+void storeClockPositions(SQLite::Database& database, const Network& network,
+                         const Cancellation& cancellation) {
+  if (network.clockPositions.empty()) {
+    return;
+  }
+  Inserter positions(database, "clock_position", "(?, ?, ?, ?, ?)", cancellation);
+  for (const NS_DOMAIN::ClockPositionInfo_T& position : network.clockPositions) {
+    positions.insert(position.reference, position.label, position.value1, position.value2);
+  }
+}
+
+void storeClockLinks(SQLite::Database& database, const Network& network,
+                     const Cancellation& cancellation) {
+  if (network.clockLinks.empty()) {
+    return;
+  }
+  Inserter links(database, "clock_link", "(?, ?, ?, ?, ?)", cancellation);
+  for (const NS_DOMAIN::ClockTopoLinkInfo_T& link : network.clockLinks) {
+    links.insert(link.linkId, link.nativeName, link.aEndReference, link.zEndReference);
+  }
+}
+
+void storeLabels(SQLite::Database& database, const Network& network,
+                 const Cancellation& cancellation) {
+  if (network.objectLabels.empty()) {
+    return;
+  }
+  Inserter labels(database, "object_label", "(?, ?, ?, ?)", cancellation);
+  for (const ObjectLabel& label : network.objectLabels) {
+    labels.insert(label.type, label.id, label.label);
+  }
+}
+
+// Says that a network was loaded, and who manages it unless that is known.
+constexpr const char* kSetEms =
+    "INSERT INTO network VALUES (1, ?) "
+    "ON CONFLICT (only) DO UPDATE SET ems = excluded.ems WHERE ems = ''";
+
+void setShown(SQLite::Database& database, const std::vector<std::int32_t>& numbers,
+              std::int32_t shown) {
+  SQLite::Statement statement(database, "UPDATE network_element SET shown = ? WHERE number = ?");
+  for (const std::int32_t number : numbers) {
+    run(statement, shown, number);
+  }
+}
+
+void removeNodes(SQLite::Database& database, const std::vector<NS_DOMAIN::TopoNode_T>& nodes) {
+  SQLite::Statement statement(database, "DELETE FROM topo_node WHERE id = ?");
+  for (const NS_DOMAIN::TopoNode_T& node : nodes) {
+    run(statement, node.nodeId);
+  }
+}
+
+void removeAttributesOf(SQLite::Database& database, const std::vector<ObjectKey>& objects) {
+  for (const char* table : {"object_label", "object_owner", "object_info"}) {
+    SQLite::Statement statement(database,
+                                std::string("DELETE FROM ") + table + " WHERE type = ? AND id = ?");
+    for (const ObjectKey& object : objects) {
+      run(statement, object.type, object.id);
+    }
+  }
+}
+
+// Calls a function with every row of a query, in its order.
+template <typename UseRow>
+void forEachRow(SQLite::Database& database, const char* query, UseRow useRow) {
+  SQLite::Statement row(database, query);
+  while (row.executeStep()) {
+    useRow(row);
+  }
+}
+
+// Texts may be longer than their first NUL, which the conversion of a column minds and a char* not.
+std::string textOf(SQLite::Statement& row, int column) {
+  return row.getColumn(column).getString();
+}
+
+std::int32_t intOf(SQLite::Statement& row, int column) {
+  return row.getColumn(column).getInt();
+}
+
+void readTopoNodes(SQLite::Database& database, Network& network) {
+  salted::Map<std::int64_t, std::size_t> indexOf;  // by position
+  forEachRow(database,
+             "SELECT id, parent, name, type, parent_type, param3, param4, position FROM topo_node "
+             "ORDER BY position",
+             [&](SQLite::Statement& row) {
+               indexOf.emplace(row.getColumn(7).getInt64(), network.topoNodes.size());
+               NS_DOMAIN::TopoNode_T& node = network.topoNodes.emplace_back();
+               node.nodeId = textOf(row, 0);
+               node.parentId = textOf(row, 1);
+               node.nativeName = textOf(row, 2);
+               node.nodeType = row.getColumn(3).getUInt();
+               node.parentType = row.getColumn(4).getUInt();
+               node.attribute3 = intOf(row, 5);
+               node.attribute4 = intOf(row, 6);
+             });
+  forEachRow(database, "SELECT key, value, node FROM topo_node_attribute ORDER BY node, position",
+             [&](SQLite::Statement& row) {
+               NS_DOMAIN::TopoNode_T& node =
+                   network.topoNodes[indexOf.at(row.getColumn(2).getInt64())];
+               node.extendedAttributes.emplace_back(textOf(row, 0), textOf(row, 1));
+             });
+}
+
+void readNetworkElements(SQLite::Database& database, Network& network) {
+  forEachRow(database, "SELECT number, name, shown FROM network_element ORDER BY position",
+             [&](SQLite::Statement& row) {
+               const std::int32_t shown = intOf(row, 2);
+               network.networkElements.push_back(
+                   {intOf(row, 0), textOf(row, 1), shown != 0, shown == kShownForNode});
+             });
+}
+
+void readClock(SQLite::Database& database, Network& network) {
+  forEachRow(database,
+             "SELECT reference, label, value1, value2 FROM clock_position ORDER BY position",
+             [&](SQLite::Statement& row) {
+               NS_DOMAIN::ClockPositionInfo_T& position = network.clockPositions.emplace_back();
+               position.reference = textOf(row, 0);
+               position.label = textOf(row, 1);
+               position.value1 = intOf(row, 2);
+               position.value2 = intOf(row, 3);
+             });
+  forEachRow(database, "SELECT id, name, a_end, z_end FROM clock_link ORDER BY position",
+             [&](SQLite::Statement& row) {
+               NS_DOMAIN::ClockTopoLinkInfo_T& link = network.clockLinks.emplace_back();
+               link.linkId = textOf(row, 0);
+               link.nativeName = textOf(row, 1);
+               link.aEndReference = textOf(row, 2);
+               link.zEndReference = textOf(row, 3);
+             });
+}
+
+void readLabels(SQLite::Database& database, Network& network) {
+  forEachRow(database, "SELECT type, id, label FROM object_label ORDER BY position",
+             [&](SQLite::Statement& row) {
+               network.objectLabels.push_back({intOf(row, 0), textOf(row, 1), textOf(row, 2)});
+             });
+}
+
+}  // namespace
+
+StoreError::StoreError(const std::string& path, const std::string& reason)
+    : std::runtime_error(printable(path, 4096) + ": " + printable(reason)) {}
+
+bool NetworkStore::exists(const std::string& path) {
+  return !path.empty() && !isInMemory(path) && isExistingFile(path);
+}
+
+bool NetworkStore::needsNetwork(const std::string& path) {
+  return !exists(path) || NetworkStore(path).isNew();
+}
+
+std::uint64_t microsecondsNow() {
+  using std::chrono::microseconds;
+  const auto sinceEpoch = std::chrono::system_clock::now().time_since_epoch();
+  const auto count = std::chrono::duration_cast<microseconds>(sinceEpoch).count();
+  return static_cast<std::uint64_t>(std::max<microseconds::rep>(count, 0));
+}
+
+NetworkStore::NetworkStore(const std::string& path, const Clock& clock)
+    : path_(path), database_(guarded(path, [&] { return openDatabase(path); })) {
+  guarded(path_, [&] { prepare(path_, *database_, clock); });
+}
+
+NetworkStore::~NetworkStore() = default;
+
+void NetworkStore::check() {
+  guarded(path_, [&] {
+    const std::string found = database_->execAndGet("PRAGMA quick_check(1)").getString();
+    if (found != "ok") {
+      throw StoreError(path_, "is damaged: " + found.substr(found.rfind('\n') + 1));
+    }
+  });
+}
+
+bool NetworkStore::isNew() {
+  return guarded(path_, [&] { return valueOf(*database_, "SELECT count(*) FROM network") == 0; });
+}
+
+void NetworkStore::load(const Network& network) {
+  if (!isNew()) {
+    throw StoreError(path_, "holds a network already");
+  }
+  add(network, {});
+}
+
+void NetworkStore::add(const Network& network, const std::vector<std::int32_t>& shownElements,
+                       const Cancellation& cancellation) {
+  guarded(path_, [&] {
+    SQLite::Transaction transaction(*database_);
+    run(*database_, kSetEms, network.ems);
+    storeTopoNodes(*database_, network, cancellation);
+    storeNetworkElements(*database_, network, cancellation);
+    storeClockPositions(*database_, network, cancellation);
+    storeClockLinks(*database_, network, cancellation);
+    storeLabels(*database_, network, cancellation);
+    setShown(*database_, shownElements, kShownForNode);
+    transaction.commit();
+  });
+}
+
+void NetworkStore::remove(const std::vector<NS_DOMAIN::TopoNode_T>& nodes,
+                          const std::vector<ObjectKey>& objects,
+                          const std::vector<std::int32_t>& hiddenElements) {
+  guarded(path_, [&] {
+    SQLite::Transaction transaction(*database_);
+    removeNodes(*database_, nodes);
+    removeAttributesOf(*database_, objects);
+    setShown(*database_, hiddenElements, 0);
+    transaction.commit();
+  });
+}
+
+std::uint64_t NetworkStore::reserveNotificationIds(std::uint64_t count) {
+  return guarded(path_, [&] {
+    SQLite::Transaction transaction(*database_);
+    const std::int64_t first = valueOf(*database_, "SELECT next FROM notification_id");
+    constexpr auto kMost = static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max());
+    if (first < 0 || count > kMost - static_cast<std::uint64_t>(first)) {
+      throw StoreError(path_, "has no " + std::to_string(count) + " notification ids left");
+    }
+    run(*database_, "UPDATE notification_id SET next = ?",
+        first + static_cast<std::int64_t>(count));
+    transaction.commit();
+    return static_cast<std::uint64_t>(first);
+  });
+}
+
+std::unique_ptr<StoreCopy> NetworkStore::beginCopy() {
+  return std::make_unique<StoreCopy>(*database_, path_);
+}
+
+Network NetworkStore::read() {
+  return guarded(path_, [&] {
+    Network network;
+    forEachRow(*database_, "SELECT ems FROM network",
+               [&](SQLite::Statement& row) { network.ems = textOf(row, 0); });
+    readTopoNodes(*database_, network);
+    readNetworkElements(*database_, network);
+    readClock(*database_, network);
+    readLabels(*database_, network);
+    return network;
+  });
+}
+
+}  // namespace agent

@@ -1,0 +1,140 @@
+// The managed network on disk: one SQLite database, held by one agent at a time.
+//
+// A change is durable when the call that made it has returned, and has left nothing behind when the
+// process is killed before. Databases of others are recognised and never changed.
+//
+// Thread-safety: none; the owner serialises calls.
+
+#ifndef AGENT_STORE_NETWORKSTORE_H
+#define AGENT_STORE_NETWORKSTORE_H
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "agent/base/Cancellation.h"
+#include "agent/network/ManagedObjects.h"
+#include "agent/network/Network.h"
+
+namespace SQLite {
+class Database;
+}
+
+namespace agent {
+
+class StoreCopy;
+
+// The store cannot be used. what() is one line, "PATH: REASON".
+class StoreError : public std::runtime_error {
+ public:
+  StoreError(const std::string& path, const std::string& reason);
+};
+
+// The additional information of an object: names and values, every name once.
+using InfoPairs = std::vector<std::pair<std::string, std::string>>;
+
+// The microseconds since 1970 by the clock of the system.
+std::uint64_t microsecondsNow();
+
+class NetworkStore {
+ public:
+  using Clock = std::function<std::uint64_t()>;
+
+  // The path of a store that lives as long as its object and is never on disk.
+  static constexpr const char* kInMemory = ":memory:";
+
+  // Whether a file with something in it is at this path; false for kInMemory and for an empty path.
+  // Changes nothing. Throws StoreError when what is there cannot be used as a store.
+  static bool exists(const std::string& path);
+
+  // Whether a store opened at this path would be new. Creates nothing, so that whoever then finds
+  // the network to be bad leaves nothing behind. Throws StoreError, as the constructor. REQUIRES:
+  // this process does not have the store open.
+  static bool needsNetwork(const std::string& path);
+
+  // Opens the store, or makes an empty one where there is no file or an empty file. A new file is
+  // accessible to its owner alone; a dangling symbolic link is refused. From here to
+  // the destructor nobody else can open it. Throws StoreError at once when somebody has it open,
+  // when it is no database, that of another program or of a later version, or not writable.
+  // A store of an earlier version becomes one of this version. The clock, in microseconds since
+  // 1970, is asked once for a store that has no notification ids yet.
+  explicit NetworkStore(const std::string& path, const Clock& clock = microsecondsNow);
+  ~NetworkStore();
+  NetworkStore(const NetworkStore&) = delete;
+  NetworkStore& operator=(const NetworkStore&) = delete;
+
+  // Looks for damage in the whole store, in time linear in its size. Throws StoreError when it
+  // finds any. Opening and reading a store notice only the damage in what they use.
+  void check();
+
+  // No network was ever loaded.
+  bool isNew();
+
+  // Stores a network, all of it or nothing, and ends being new. Throws StoreError when a network
+  // was loaded before, when two objects of the network have the same id, or when the disk fails.
+  void load(const Network& network);
+
+  // A copy of the store, which it makes in steps. Throws StoreError.
+  std::unique_ptr<StoreCopy> beginCopy();
+
+  // The stored network; an empty one when the store is new. Throws StoreError.
+  Network read();
+
+  // The first of so many numbers in a row that no earlier call has given, in this run or an earlier
+  // one. They rise, and begin with the microseconds since 1970 when the store was made, so that
+  // they go on rising when it is thrown away. Throws StoreError, also when there are no more of
+  // them.
+  std::uint64_t reserveNotificationIds(std::uint64_t count);
+
+  // --- Changes of the network. Each call is one change, made as a whole or not at all. Throw
+  // StoreError.
+
+  // Stores a network after the one that is there, in every list, and marks elements that are there
+  // as shown for a node. Its managing system counts where none has a name so far. The store ends
+  // being new. Throws StoreError also when an object of the network is there already, and
+  // Cancelled.
+  void add(const Network& network, const std::vector<std::int32_t>& shownElements,
+           const Cancellation& cancellation = Cancellation::none());
+
+  // Removes nodes and what is kept of objects, and takes the marks of elements away. What is not
+  // there is passed over.
+  void remove(const std::vector<NS_DOMAIN::TopoNode_T>& nodes,
+              const std::vector<ObjectKey>& objects,
+              const std::vector<std::int32_t>& hiddenElements);
+
+  // --- What is kept of objects. That they exist is not asked. Each call is one change, made as a
+  // whole or not at all. Throw StoreError.
+
+  // An empty label or owner is none.
+  void setUserLabel(const ObjectKey& key, const std::string& label);
+  void setOwner(const ObjectKey& key, const std::string& owner);
+  std::string ownerOf(const ObjectKey& key);
+
+  // The ids of the objects of a type that have a label.
+  std::vector<std::string> idsWithLabel(std::int32_t type, const std::string& label);
+
+  // Every pair in turn: an empty value removes the name, another one replaces the value of a name
+  // that is there, in its place, and a new name goes to the end. accept is shown what is then
+  // stored; when it throws, that passes and nothing is changed. It may be empty.
+  void mergeAdditionalInfo(const ObjectKey& key, const InfoPairs& changes,
+                           const std::function<void(const InfoPairs&)>& accept = {});
+  InfoPairs additionalInfoOf(const ObjectKey& key);
+
+  // Forgets user label, owner and additional information.
+  void removeAttributes(const ObjectKey& key);
+
+  // Gives records another name.
+  void rename(const std::vector<NamedRecord>& records, const std::string& name);
+
+ private:
+  const std::string path_;  // as given, for messages
+  const std::unique_ptr<SQLite::Database> database_;
+};
+
+}  // namespace agent
+
+#endif

@@ -1,0 +1,45 @@
+// What SQLite throws becomes a StoreError. Part of the store.
+
+#ifndef AGENT_STORE_STOREGUARD_H
+#define AGENT_STORE_STOREGUARD_H
+
+#include <SQLiteCpp/SQLiteCpp.h>
+#include <sqlite3.h>
+
+#include <stdexcept>
+#include <string>
+
+#include "agent/store/NetworkStore.h"
+
+namespace agent {
+
+inline std::string reasonOf(const SQLite::Exception& error) {
+  switch (error.getErrorCode()) {
+    case SQLITE_BUSY:
+      return "is in use by another process";
+    case SQLITE_CORRUPT:
+      return "is damaged";
+    case SQLITE_NOTADB:
+      return "is not a database";
+    case SQLITE_READONLY:
+      return "is not writable";
+    default:
+      return error.what();
+  }
+}
+
+// Runs a piece of work; what SQLite throws in it leaves as StoreError.
+template <typename Work>
+auto guarded(const std::string& path, Work work) -> decltype(work()) {
+  try {
+    return work();
+  } catch (const SQLite::Exception& error) {
+    throw StoreError(path, reasonOf(error));
+  } catch (const std::out_of_range&) {
+    throw StoreError(path, "has attributes of a node that is not there");
+  }
+}
+
+}  // namespace agent
+
+#endif

@@ -1,0 +1,258 @@
+// Backups of a store that is in use.
+
+#include "agent/changes/Backups.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <memory>
+
+#include "tests/support/TemporaryDirectory.h"
+#include "tests/unit/agent/changes/ChangingHost.h"
+
+namespace {
+
+using agent::Backups;
+using agent::Network;
+using agent::NetworkStore;
+using agent::NetworkWriter;
+using agent::Outcome;
+using std::chrono::seconds;
+
+// Of some megabytes, so that copying takes several steps.
+Network largeNetwork() {
+  Network network = wideNetwork(1000);
+  for (NS_DOMAIN::TopoNode_T& node : network.topoNodes) {
+    node.nativeName = std::string(4000, 'x');
+  }
+  return network;
+}
+
+class BackupsTest : public testing::Test {
+ protected:
+  // Everything that the backup gives, in parts of at most the size that it promises.
+  std::string fetched(Backups& backups) {
+    std::uint64_t id = 0;
+    EXPECT_EQ(agent::kSuccess, backups.begin(id).code);
+    std::string all;
+    Backups::Part part;
+    while (!part.isLast) {
+      const Outcome outcome = backups.next(id, part);
+      if (outcome.code != agent::kSuccess) {
+        ADD_FAILURE() << outcome.reason;
+        return {};
+      }
+      EXPECT_GE(Backups::kPartBytes, part.content.size());
+      all += part.content;
+    }
+    EXPECT_EQ(part.size, all.size());
+    return all;
+  }
+
+  std::string complete(ChangingHost& host, std::unique_ptr<agent::StoreCopy> copy) {
+    while (!host.writer().continueCopy(*copy)) {
+    }
+    std::string all = copy->read(copy->size());
+    host.writer().endCopy(std::move(copy));
+    return all;
+  }
+
+  // What a store with this content holds.
+  std::string storedIn(const std::string& content) {
+    NetworkStore store(directory_.write("backup.db", content));
+    store.check();
+    return describe(store.read());
+  }
+
+  std::size_t files() const {
+    const std::filesystem::directory_iterator all(directory_.path());
+    return static_cast<std::size_t>(std::distance(begin(all), end(all)));
+  }
+
+  const support::TemporaryDirectory directory_;
+  const std::string path_ = directory_.file("store.db");
+};
+
+TEST_F(BackupsTest, AreStores) {
+  for (const std::string& path : {path_, std::string(NetworkStore::kInMemory)}) {
+    ChangingHost host(path, largeNetwork());
+    Backups backups(host.writer());
+    EXPECT_EQ(describe(host.store().read()), storedIn(fetched(backups)));
+  }
+}
+
+TEST_F(BackupsTest, HaveTheChangesThatComeBetweenTheSteps) {
+  for (const std::string& path : {path_, std::string(NetworkStore::kInMemory)}) {
+    ChangingHost host(path, largeNetwork());
+    auto copy = host.writer().beginCopy();
+    ASSERT_FALSE(host.writer().continueCopy(*copy));
+    host.nodes().rename("node 0", "renamed");  // what is copied already
+    host.nodes().create(nodeOf("new", "node 0"));
+    std::size_t removed = 0;
+    host.nodes().remove("node 999", removed);  // what is not
+    EXPECT_EQ(describe(host.store().read()), storedIn(complete(host, std::move(copy))));
+  }
+}
+
+TEST_F(BackupsTest, HaveNoChangesThatComeLater) {
+  ChangingHost host(path_, largeNetwork());
+  auto copy = host.writer().beginCopy();
+  while (!host.writer().continueCopy(*copy)) {
+  }
+  const std::string before = describe(host.store().read());
+  host.nodes().rename("node 0", "renamed");
+  EXPECT_EQ(before, storedIn(complete(host, std::move(copy))));
+}
+
+TEST_F(BackupsTest, AreMadeWhileChangesArePaused) {
+  ChangingHost host(path_, wideNetwork(3));
+  Backups backups(host.writer());
+  const NetworkWriter::Pause pause(host.writer());
+  EXPECT_EQ(describe(wideNetwork(3)), storedIn(fetched(backups)));
+}
+
+TEST_F(BackupsTest, LeaveNoFileBehindWheneverTheyEnd) {
+  ChangingHost host(path_, largeNetwork());
+  const std::size_t before = files();
+  Backups backups(host.writer());
+  std::uint64_t id = 0;
+  Backups::Part part;
+  backups.begin(id);
+  EXPECT_EQ(before, files());
+  backups.next(id, part);
+  EXPECT_EQ(before, files());
+  backups.end(id);
+  EXPECT_EQ(before, files());
+}
+
+TEST_F(BackupsTest, RefuseAnotherWhileOneIsFetched) {
+  ChangingHost host(path_, largeNetwork());
+  seconds now{100000};
+  Backups backups(host.writer(), [&] { return std::chrono::steady_clock::time_point(now); });
+  std::uint64_t first = 0;
+  std::uint64_t second = 0;
+  Backups::Part part;
+  backups.begin(first);
+  now += Backups::kIdle - seconds(1);
+  EXPECT_EQ(agent::kTooMuch, backups.begin(second).code);
+  EXPECT_EQ(agent::kSuccess, backups.next(first, part).code);
+  now += Backups::kIdle - seconds(1);
+  const Outcome refusal = backups.begin(second);
+  EXPECT_EQ(agent::kTooMuch, refusal.code);
+  EXPECT_EQ("another backup is being fetched", refusal.reason);
+  EXPECT_EQ(agent::kSuccess, backups.next(first, part).code);
+}
+
+TEST_F(BackupsTest, MakeWayWhenNobodyFetchesThem) {
+  ChangingHost host(path_, largeNetwork());
+  seconds now{100000};
+  Backups backups(host.writer(), [&] { return std::chrono::steady_clock::time_point(now); });
+  std::uint64_t first = 0;
+  std::uint64_t second = 0;
+  Backups::Part part;
+  backups.begin(first);
+  now += Backups::kIdle;
+  EXPECT_EQ(agent::kSuccess, backups.begin(second).code);
+  EXPECT_EQ(agent::kEntityNotFound, backups.next(first, part).code);
+  EXPECT_EQ(agent::kSuccess, backups.next(second, part).code);
+}
+
+TEST_F(BackupsTest, EndWhenTheyAreFetchedOrNotWanted) {
+  ChangingHost host(path_, wideNetwork(3));
+  Backups backups(host.writer());
+  std::uint64_t id = 0;
+  Backups::Part part;
+  backups.begin(id);
+  backups.next(id, part);
+  EXPECT_TRUE(part.isLast);
+  EXPECT_EQ(agent::kEntityNotFound, backups.next(id, part).code);
+  EXPECT_EQ(agent::kSuccess, backups.begin(id).code);
+  backups.end(id + 1);  // another one's
+  EXPECT_EQ(agent::kTooMuch, backups.begin(id).code);
+  backups.end(id);
+  EXPECT_EQ(agent::kEntityNotFound, backups.next(id, part).code);
+}
+
+// Cuts the copy that a backup is read from.
+void cutCopy(std::size_t bytes) {
+  std::filesystem::path copy;
+  for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+    std::error_code status;
+    const std::string file = std::filesystem::read_symlink(entry.path(), status);
+    if (file.find("-backup-") != std::string::npos) {
+      copy = entry.path();
+    }
+  }
+  std::filesystem::resize_file(copy, bytes);
+}
+
+TEST_F(BackupsTest, EndWhenTheyCannotBeRead) {
+  ChangingHost host(path_, largeNetwork());
+  Backups backups(host.writer());
+  std::uint64_t id = 0;
+  Backups::Part part;
+  backups.begin(id);
+  while (part.content.empty()) {
+    ASSERT_EQ(agent::kSuccess, backups.next(id, part).code);
+  }
+  cutCopy(part.content.size());
+  EXPECT_EQ(agent::kInternalError, backups.next(id, part).code);
+  EXPECT_EQ(agent::kEntityNotFound, backups.next(id, part).code);
+  EXPECT_EQ(agent::kSuccess, backups.begin(id).code);
+}
+
+// Lets the process open a few more files at most, as long as this lives.
+class FewDescriptors {
+ public:
+  explicit FewDescriptors(int more) {
+    getrlimit(RLIMIT_NOFILE, &before_);
+    const rlimit low{static_cast<rlim_t>(next() + more), before_.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &low);
+  }
+  ~FewDescriptors() { setrlimit(RLIMIT_NOFILE, &before_); }
+  FewDescriptors(const FewDescriptors&) = delete;
+  FewDescriptors& operator=(const FewDescriptors&) = delete;
+
+  // The next one; the lowest that is free.
+  static int next() {
+    const int descriptor = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
+    ::close(descriptor);
+    return descriptor;
+  }
+
+ private:
+  rlimit before_{};
+};
+
+TEST_F(BackupsTest, LeaveNothingOpenOrBehindWhenDescriptorsRunOut) {
+  ChangingHost host(path_, wideNetwork(3));
+  Backups backups(host.writer());
+  const int descriptor = FewDescriptors::next();
+  const std::size_t before = files();
+  std::uint64_t id = 0;
+  for (const int more : {0, 1}) {
+    {
+      const FewDescriptors few(more);
+      EXPECT_EQ(agent::kInternalError, backups.begin(id).code);
+    }
+    EXPECT_EQ(descriptor, FewDescriptors::next());
+    EXPECT_EQ(before, files());
+  }
+  EXPECT_EQ(agent::kSuccess, backups.begin(id).code);
+}
+
+TEST_F(BackupsTest, SayWhyTheyCannotBeMade) {
+  auto folder = std::make_unique<support::TemporaryDirectory>();
+  ChangingHost host(folder->file("store.db"), wideNetwork(3));
+  std::filesystem::remove_all(folder->path());
+  Backups backups(host.writer());
+  std::uint64_t id = 0;
+  const Outcome failure = backups.begin(id);
+  EXPECT_EQ(agent::kInternalError, failure.code);
+  EXPECT_NE(std::string::npos, failure.reason.find("No such file or directory")) << failure.reason;
+}
+
+}  // namespace

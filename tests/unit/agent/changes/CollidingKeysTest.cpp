@@ -1,0 +1,165 @@
+// Keys that collide in the standard library's hash tables cost as little as other keys.
+
+#include <gtest/gtest.h>
+
+#include "agent/base/FailureCodes.h"
+#include "agent/formats/NetworkReader.h"
+#include "agent/network/NetworkChecks.h"
+#include "tests/support/CollidingKeys.h"
+#include "tests/unit/agent/changes/ChangingHost.h"
+#include "tests/unit/agent/support/Names.h"
+
+namespace {
+
+using agent::Network;
+
+constexpr std::size_t kTexts = 2000;
+constexpr std::size_t kManyTexts = 8000;
+
+// Of importing a network, with the loading at the next start, which builds all tables anew.
+double costOfImport(const Network& network) {
+  return support::costOf([&] {
+    ChangingHost host(agent::NetworkStore::kInMemory);
+    agent::ImportSummary summary;
+    const agent::Outcome outcome = host.nodes().import(network, summary);
+    EXPECT_EQ(agent::kSuccess, outcome.code) << outcome.reason;
+    host.model().replace(host.store().read());
+  });
+}
+
+template <typename Keys, typename MakeNetwork>
+void expectComparableImports(const Keys& hostile, const Keys& ordinary, MakeNetwork networkOf) {
+  const double usual = costOfImport(networkOf(ordinary));
+  const double cost = costOfImport(networkOf(hostile));
+  EXPECT_PRED2(support::isComparable, cost, usual);
+}
+
+template <typename MakeNetwork>
+void expectComparableImportsOfTexts(MakeNetwork networkOf) {
+  expectComparableImports(support::collidingTexts(kTexts), support::ordinaryTexts(kTexts),
+                          networkOf);
+}
+
+std::vector<std::int32_t> ordinaryNumbers() {
+  std::vector<std::int32_t> numbers;
+  for (std::size_t i = 0; i < support::kCollidingNumbers; ++i) {
+    numbers.push_back(static_cast<std::int32_t>(i + 1000000000));
+  }
+  return numbers;
+}
+
+Network networkOfElements(const std::vector<std::int32_t>& numbers) {
+  Network network;
+  for (const std::int32_t number : numbers) {
+    network.networkElements.push_back({number, "an element", false});
+    network.topoNodes.push_back(
+        nodeOf("NE=" + std::to_string(number), "", NS_DOMAIN::kTopoElement));
+  }
+  return network;
+}
+
+TEST(CollidingKeys, OfElementsCostAnImportNoMore) {
+  expectComparableImports(support::collidingNumbers(), ordinaryNumbers(), networkOfElements);
+}
+
+TEST(CollidingKeys, OfNodesCostAnImportNoMore) {
+  expectComparableImportsOfTexts([](const std::vector<std::string>& ids) {
+    Network network;
+    for (const std::string& id : ids) {
+      network.topoNodes.push_back(nodeOf(id, network.topoNodes.empty() ? "" : ids[0]));
+    }
+    return network;
+  });
+}
+
+TEST(CollidingKeys, OfClockPositionsCostAnImportNoMore) {
+  expectComparableImportsOfTexts([](const std::vector<std::string>& references) {
+    Network network;
+    for (const std::string& reference : references) {
+      network.clockPositions.emplace_back().reference = reference;
+    }
+    return network;
+  });
+}
+
+TEST(CollidingKeys, OfClockLinksCostAnImportNoMore) {
+  expectComparableImportsOfTexts([](const std::vector<std::string>& ids) {
+    Network network;
+    for (const std::string& id : ids) {
+      network.clockLinks.emplace_back().linkId = id;
+    }
+    return network;
+  });
+}
+
+TEST(CollidingKeys, OfLabelsCostACheckNoMore) {
+  const auto cost = [](const std::vector<std::string>& ids) {
+    Network network;
+    for (const std::string& id : ids) {
+      network.objectLabels.push_back({1, id, "a label"});
+    }
+    return support::costOf([&] { agent::checkNetwork(network); });
+  };
+  const double usual = cost(support::ordinaryTexts(kManyTexts));
+  EXPECT_PRED2(support::isComparable, cost(support::collidingTexts(kManyTexts)), usual);
+}
+
+TEST(CollidingKeys, OfAdditionalInformationCostNoMore) {
+  const auto cost = [](const std::vector<std::string>& names) {
+    ChangingHost host(agent::NetworkStore::kInMemory);
+    host.nodes().create(nodeOf("a", ""));
+    Pairs pairs;
+    for (const std::string& name : names) {
+      pairs.emplace_back(name, "");
+    }
+    globaldefs::NVSList_T list = nameOf(pairs);
+    return support::costOf([&] {
+      const auto outcome = host.attributes().setAdditionalInfo(
+          nameOf({{"EMS", "E"}, {"TopoSubnetwork", "a"}}), list);
+      EXPECT_EQ(agent::kSuccess, outcome.code) << outcome.reason;
+    });
+  };
+  const double usual = cost(support::ordinaryTexts(kManyTexts));
+  EXPECT_PRED2(support::isComparable, cost(support::collidingTexts(kManyTexts)), usual);
+}
+
+double costOfGraphml(const std::string& text) {
+  return support::costOf([&] { agent::readNetwork("net.graphml", text); });
+}
+
+std::string graphmlOf(const std::vector<std::string>& texts) {
+  std::string keys;
+  std::string nodes;
+  for (const std::string& text : texts) {
+    keys += "<key id='" + text + "' for='node' attr.name='label'/>";
+    nodes += "<node id='" + text + "'><data key='" + text + "'/><data key='c'>" + text +
+             "</data></node>";
+  }
+  return "<graphml><key id='c' for='node' attr.name='Country'/>" + keys +
+         "<graph edgedefault='directed'>" + nodes + "</graph></graphml>";
+}
+
+TEST(CollidingKeys, OfGraphmlCostNoMore) {
+  const double usual = costOfGraphml(graphmlOf(support::ordinaryTexts(kManyTexts)));
+  EXPECT_PRED2(support::isComparable, costOfGraphml(graphmlOf(support::collidingTexts(kManyTexts))),
+               usual);
+}
+
+// No data names any of the keys.
+TEST(GraphmlNetwork, FindsDataInTimeThatDoesNotDependOnTheKeys) {
+  const auto graphml = [](std::size_t keys, std::size_t data) {
+    std::string text = "<graphml>";
+    for (std::size_t i = 0; i < keys; ++i) {
+      text += "<key id='k" + std::to_string(i) + "' for='node' attr.name='label'/>";
+    }
+    text += "<graph><node id='0'>";
+    for (std::size_t i = 0; i < data; ++i) {
+      text += "<data key='other'/>";
+    }
+    return text + "</node></graph></graphml>";
+  };
+  const double usual = costOfGraphml(graphml(1, 5000)) + costOfGraphml(graphml(5000, 1));
+  EXPECT_PRED2(support::isComparable, costOfGraphml(graphml(5000, 5000)), usual);
+}
+
+}  // namespace

@@ -1,0 +1,336 @@
+// Networks that are added to the one that is served.
+
+#include <gtest/gtest.h>
+
+#include "agent/base/FailureCodes.h"
+#include "agent/changes/NodeService.h"
+#include "agent/formats/NetworkReader.h"
+#include "tests/unit/agent/changes/ChangingHost.h"
+
+namespace {
+
+using agent::ImportSummary;
+using agent::Network;
+using agent::Outcome;
+
+Network part(const std::string& fields) {
+  return agent::readNetwork("part.json", withFormat(fields));
+}
+
+// What the reader says to content that is to be imported; empty when it takes it.
+std::string refusalOfPart(const std::string& content, const std::string& name = "part.json") {
+  try {
+    agent::readNetwork(name, content);
+  } catch (const agent::NetworkError& error) {
+    return error.what();
+  }
+  return {};
+}
+
+Network baseNetwork() {
+  return readText(withFormat(R"(
+    "ems": "E",
+    "topoNodes": [{"id": "core", "name": "Core"}, {"id": "NE=1", "parent": "core", "type": 1}],
+    "networkElements": [{"number": 1, "shown": true}, {"number": 2, "name": "Two"}],
+    "clockPositions": [{"reference": "NE=1"}],
+    "clockLinks": [{"id": "k"}],
+    "objectLabels": [{"type": 201, "id": "k", "label": "Trunk"}, {"type": 201, "id": "none"}])"));
+}
+
+class NetworkImport : public testing::Test {
+ protected:
+  Outcome import(Network network) { return host_.nodes().import(std::move(network), summary_); }
+
+  void expectImported(Network network) {
+    const Outcome outcome = import(std::move(network));
+    EXPECT_EQ(agent::kSuccess, outcome.code) << outcome.reason;
+    EXPECT_EQ(host_.stored(), host_.seen());
+  }
+
+  void expectRefused(std::uint32_t code, const std::string& reason, Network network) {
+    const std::string before = describe(host_.store().read());
+    summary_.topoNodes = 77;
+    const Outcome outcome = import(std::move(network));
+    EXPECT_EQ(code, outcome.code);
+    EXPECT_EQ(reason, outcome.reason);
+    EXPECT_EQ(0U, summary_.topoNodes);
+    EXPECT_EQ(before, describe(host_.store().read()));
+    EXPECT_EQ(host_.stored(), host_.seen());
+    EXPECT_EQ("", host_.events());
+  }
+
+  ChangingHost host_{agent::NetworkStore::kInMemory, baseNetwork()};
+  ImportSummary summary_;
+};
+
+TEST_F(NetworkImport, AddsEveryListAfterWhatIsThere) {
+  expectImported(part(R"(
+    "ems": "other",
+    "topoNodes": [
+      {"id": "NE=9", "parent": "new", "type": 1, "params": [1, 2], "attributes": [["k", "v"]]},
+      {"id": "new", "parent": "core", "name": "New"},
+      {"id": "kind", "parent": "NE=1", "type": 9}],
+    "networkElements": [{"number": 9, "name": "Nine", "shown": true}, {"number": -4}],
+    "clockPositions": [{"reference": "NE=9", "label": "nine", "values": [3, 4]}],
+    "clockLinks": [{"id": "l", "name": "SDH/l", "a": "NE=1", "z": "NE=9"}],
+    "objectLabels": [{"type": 201, "id": "l", "label": "Branch"}])"));
+  EXPECT_EQ(
+      "ems E\nnode core||Core|2|2|0|0\nnode NE=1|core||1|2|0|0\n"
+      "node NE=9|new||1|2|1|2|k=v\nnode new|core|New|2|2|0|0\nnode kind|NE=1||9|2|0|0\n"
+      "element 1||1\nelement 2|Two|0\nelement 9|Nine|1\nelement -4||0\n"
+      "position NE=1||0|0\nposition NE=9|nine|3|4\nlink k|||\nlink l|SDH/l|NE=1|NE=9\n",
+      host_.seen());
+  EXPECT_EQ("Branch", host_.model().labelOf(201, "l"));
+  EXPECT_EQ("372: NE=9 new kind\n", host_.events());
+  EXPECT_EQ(3U, summary_.topoNodes);
+  EXPECT_EQ(2U, summary_.networkElements);
+  EXPECT_EQ(1U, summary_.clockPositions);
+  EXPECT_EQ(1U, summary_.clockLinks);
+  EXPECT_EQ(1U, summary_.objectLabels);
+}
+
+TEST_F(NetworkImport, RaisesNothingForANetworkWithoutNodes) {
+  expectImported(part(R"("networkElements": [{"number": 3}])"));
+  expectImported(Network());
+  EXPECT_EQ("", host_.events());
+  EXPECT_EQ(0U, summary_.networkElements);
+}
+
+TEST_F(NetworkImport, GivesEveryNewObjectItsName) {
+  expectImported(part(R"("topoNodes": [{"id": "x"}, {"id": "OS=4", "parent": "x", "type": 1}],
+                         "clockPositions": [{"reference": "NE=30"}], "clockLinks": [{"id": "l"}])"));
+  for (const agent::ObjectKey& key :
+       {agent::ObjectKey{54, "x"}, {3, "OS=4"}, {1, "NE=30"}, {201, "l"}}) {
+    EXPECT_TRUE(host_.model().hasObject(key)) << key.id;
+  }
+}
+
+TEST_F(NetworkImport, RefusesParentsThatAreNowhere) {
+  expectRefused(agent::kEntityNotFound, "topoNodes[1].parent: \"nowhere\" does not exist",
+                part(R"("topoNodes": [{"id": "x"}, {"id": "y", "parent": "nowhere"}])"));
+}
+
+TEST_F(NetworkImport, RefusesWhatIsThereAlready) {
+  const auto expectClash = [this](const std::string& reason, const std::string& fields) {
+    expectRefused(agent::kAlreadyExists, reason + " exists already", part(fields));
+  };
+  expectClash("topoNodes[1]: node \"core\"", R"("topoNodes": [{"id": "x"}, {"id": "core"}])");
+  expectClash("networkElements[0]: network element 2", R"("networkElements": [{"number": 2}])");
+  expectClash("clockPositions[0]: clock position \"NE=1\"",
+              R"("clockPositions": [{"reference": "NE=1"}])");
+  expectClash("clockLinks[0]: clock link \"k\"", R"("topoNodes": [{"id": "x"}],
+              "clockLinks": [{"id": "k"}])");
+  expectClash("objectLabels[0]: a label of the object 201 \"k\"",
+              R"("objectLabels": [{"type": 201, "id": "k", "label": "x"}])");
+  expectClash("objectLabels[0]: a label of the object 201 \"none\"",
+              R"("objectLabels": [{"type": 201, "id": "none", "label": "x"}])");
+}
+
+TEST_F(NetworkImport, RefusesNetworksThatNoFileCouldHold) {
+  Network twice;
+  twice.topoNodes = {nodeOf("x", ""), nodeOf("x", "")};
+  expectRefused(agent::kInvalidName, "topoNodes[1].id: \"x\" is already that of topoNodes[0]",
+                twice);
+  Network cycle;
+  cycle.topoNodes = {nodeOf("x", "y"), nodeOf("y", "x")};
+  expectRefused(agent::kInvalidName, "topoNodes[0].parent: makes the node its own ancestor", cycle);
+  Network nameless;
+  nameless.topoNodes = {nodeOf("", "core")};
+  expectRefused(agent::kInvalidName, "topoNodes[0].id must not be empty", nameless);
+  Network broken;
+  broken.clockLinks.resize(2);
+  broken.clockLinks[1].linkId = "x";
+  broken.clockLinks[1].zEndReference = "\xff";
+  expectRefused(agent::kInvalidName, "clockLinks[1].z is not UTF-8 at byte 0", broken);
+  Network large;
+  large.networkElements.push_back({4, longText('x')});
+  expectRefused(agent::kInvalidName, "networkElements[0].name has more than 1048576 bytes", large);
+  Network nul;
+  nul.ems = std::string("\0", 1);
+  expectRefused(agent::kInvalidName, "ems holds a NUL character", nul);
+  Network position;
+  position.clockPositions.resize(1);
+  position.clockPositions[0].label = "\xff";
+  expectRefused(agent::kInvalidName, "clockPositions[0].label is not UTF-8 at byte 0", position);
+  Network label;
+  label.objectLabels.push_back({1, "x", "\xff"});
+  expectRefused(agent::kInvalidName, "objectLabels[0].label is not UTF-8 at byte 0", label);
+}
+
+TEST_F(NetworkImport, RefusesAnyTextThatNoFileCouldHold) {
+  const auto refuse = [this](const std::string& place, auto spoil) {
+    Network network;
+    network.topoNodes = {nodeOf("x", "core")};
+    network.topoNodes[0].extendedAttributes = {{"key", "value"}};
+    network.networkElements.push_back({4, "four"});
+    network.clockPositions.resize(1);
+    network.clockPositions[0].reference = "NE=7";
+    network.clockLinks.resize(1);
+    network.clockLinks[0].linkId = "l";
+    network.objectLabels.push_back({1, "x", "label"});
+    spoil(network);
+    expectRefused(agent::kInvalidName, place + " is not UTF-8 at byte 0", network);
+  };
+  const std::string bad = "\xff";
+  refuse("topoNodes[0].id", [&](Network& network) { network.topoNodes[0].nodeId = bad; });
+  refuse("topoNodes[0].parent", [&](Network& network) { network.topoNodes[0].parentId = bad; });
+  refuse("topoNodes[0].name", [&](Network& network) { network.topoNodes[0].nativeName = bad; });
+  refuse("topoNodes[0].attributes",
+         [&](Network& network) { network.topoNodes[0].extendedAttributes[0].first = bad; });
+  refuse("topoNodes[0].attributes",
+         [&](Network& network) { network.topoNodes[0].extendedAttributes[0].second = bad; });
+  refuse("networkElements[0].name",
+         [&](Network& network) { network.networkElements[0].name = bad; });
+  refuse("clockPositions[0].reference",
+         [&](Network& network) { network.clockPositions[0].reference = bad; });
+  refuse("clockPositions[0].label",
+         [&](Network& network) { network.clockPositions[0].label = bad; });
+  refuse("clockLinks[0].id", [&](Network& network) { network.clockLinks[0].linkId = bad; });
+  refuse("clockLinks[0].name", [&](Network& network) { network.clockLinks[0].nativeName = bad; });
+  refuse("clockLinks[0].a", [&](Network& network) { network.clockLinks[0].aEndReference = bad; });
+  refuse("clockLinks[0].z", [&](Network& network) { network.clockLinks[0].zEndReference = bad; });
+  refuse("objectLabels[0].id", [&](Network& network) { network.objectLabels[0].id = bad; });
+  refuse("objectLabels[0].label", [&](Network& network) { network.objectLabels[0].label = bad; });
+}
+
+TEST_F(NetworkImport, KeepsNothingThatNoFileCanSet) {
+  Network network;
+  network.topoNodes = {nodeOf("x", "")};
+  network.topoNodes[0].text5 = "carried";
+  network.clockPositions.resize(1);
+  network.clockPositions[0].reference = "NE=7";
+  network.clockPositions[0].text4 = "carried";
+  network.clockLinks.resize(1);
+  network.clockLinks[0].linkId = "l";
+  network.clockLinks[0].scalar8 = 8;
+  network.networkElements.push_back({8, "", true, true});
+  expectImported(network);
+  const Network seen = networkOf(host_.model());
+  EXPECT_EQ("", seen.topoNodes.back().text5);
+  EXPECT_EQ("", seen.clockPositions.back().text4);
+  EXPECT_EQ(0, seen.clockLinks.back().scalar8);
+  EXPECT_TRUE(host_.store().read().networkElements.back().shown);
+  EXPECT_FALSE(host_.store().read().networkElements.back().shownForNode);
+}
+
+TEST_F(NetworkImport, NeverShowsAnElementTwice) {
+  expectImported(part(R"("topoNodes": [{"id": "NE=2", "type": 1}, {"id": "NE=3", "type": 1}],
+                         "networkElements": [{"number": 3}, {"number": 4}])"));
+  expectImported(part(R"("topoNodes": [{"id": "NE=5", "type": 1}])"));
+  expectImported(part(R"("networkElements": [{"number": 5}])"));
+  std::vector<NS_DOMAIN::NEIndex> shown;
+  host_.model().appendNEIndexes(shown, true);
+  std::string numbers;
+  for (const auto& index : shown) {
+    numbers += std::to_string(index.number) + ' ';
+  }
+  EXPECT_EQ("1 2 3 5 ", numbers);
+}
+
+TEST_F(NetworkImport, TakesTheManagingSystemOnlyWhereThereWasNone) {
+  expectImported(part(R"("ems": "other")"));
+  EXPECT_EQ("E", host_.model().ems());
+  ChangingHost empty(agent::NetworkStore::kInMemory);
+  EXPECT_EQ(agent::kSuccess, empty.nodes().import(part(R"("ems": "first")"), summary_).code);
+  EXPECT_EQ(agent::kSuccess, empty.nodes().import(part(R"("ems": "second")"), summary_).code);
+  EXPECT_EQ("first", empty.model().ems());
+  EXPECT_EQ("first", empty.store().read().ems);
+  EXPECT_FALSE(empty.store().isNew());
+}
+
+TEST_F(NetworkImport, AddsAWholeGraphmlNetwork) {
+  const std::string graph = R"(<graphml><graph><node id="a"/><node id="b"/>
+                               <edge source="a" target="b"/></graph></graphml>)";
+  ChangingHost empty(agent::NetworkStore::kInMemory);
+  const Outcome outcome =
+      empty.nodes().import(agent::readNetwork("dir/zoo.graphml", graph), summary_);
+  EXPECT_EQ(agent::kSuccess, outcome.code) << outcome.reason;
+  EXPECT_EQ("372: zoo NE=1 NE=2\n", empty.events());
+  EXPECT_EQ(1U, summary_.clockLinks);
+  expectRefused(agent::kAlreadyExists, "topoNodes[1]: node \"NE=1\" exists already",
+                agent::readNetwork("zoo.graphml", graph));
+}
+
+TEST_F(NetworkImport, AddsALargeNetworkToALargeOne) {
+  ChangingHost large(agent::NetworkStore::kInMemory, wideNetwork(50000));
+  Network more;
+  for (int i = 0; i < 50000; ++i) {
+    more.topoNodes.push_back(nodeOf("more " + std::to_string(i), "node " + std::to_string(i)));
+  }
+  EXPECT_EQ(agent::kSuccess, large.nodes().import(std::move(more), summary_).code);
+  EXPECT_EQ(100000U, large.model().topoNodeCount());
+  std::size_t removed = 0;
+  EXPECT_EQ(agent::kSuccess, large.nodes().remove("node 49999", removed).code);
+  EXPECT_EQ(2U, removed);
+}
+
+// --- Reading what is to be imported.
+
+TEST(PartReader, LeavesParentsThatAreNotInTheContentToWhoeverImportsIt) {
+  const std::string content = withFormat(R"("topoNodes": [{"id": "x", "parent": "elsewhere"}])");
+  EXPECT_EQ("", refusalOfPart(content));
+  EXPECT_EQ("network.json: topoNodes[0].parent: \"elsewhere\" does not exist", refusalOf(content));
+}
+
+TEST(PartReader, ChecksEverythingElseAsForAFile) {
+  EXPECT_EQ("part.json: topoNodes[1].id: \"x\" is already that of topoNodes[0]",
+            refusalOfPart(withFormat(R"("topoNodes": [{"id": "x"}, {"id": "x"}])")));
+  EXPECT_EQ("part.json: topoNodes[0].parent: makes the node its own ancestor",
+            refusalOfPart(withFormat(R"("topoNodes": [{"id": "x", "parent": "x"}])")));
+  EXPECT_EQ("part.json: file: is empty", refusalOfPart(" \n"));
+  EXPECT_EQ("part.json: 1:2: is not UTF-8 here", refusalOfPart("{\xff"));
+  EXPECT_EQ("a\\x0ab: format: is missing", refusalOfPart("{}", "a\nb"));
+  EXPECT_EQ("", refusalOfPart("\xef\xbb\xbf" + withFormat(R"("ems": "E")")));
+}
+
+TEST(PartReader, TakesAnyName) {
+  for (const std::string& name : {std::string(), std::string("/"), std::string("\xff\0x", 3)}) {
+    EXPECT_EQ("", refusalOfPart(withFormat(R"("ems": "E")"), name));
+  }
+  EXPECT_NE("", refusalOfPart("<graphml><graph/></graphml>", ""));
+  EXPECT_NE("", refusalOfPart("<graphml><graph/></graphml>", "\xff.xml"));
+}
+
+// --- Cancelling.
+
+TEST(CancelledImport, ReadsNoFurther) {
+  agent::Cancellation cancellation;
+  cancellation.request();
+  const std::string json = withFormat(R"("topoNodes": [{"id": "a"}])");
+  EXPECT_THROW(agent::readNetwork("net.json", json, cancellation), agent::Cancelled);
+  const std::string graphml = "<graphml><graph><node id='a'/></graph></graphml>";
+  EXPECT_THROW(agent::readNetwork("net.graphml", graphml, cancellation), agent::Cancelled);
+  const std::string edges = "<graphml><graph><edge/></graph></graphml>";
+  EXPECT_THROW(agent::readNetwork("net.graphml", edges, cancellation), agent::Cancelled);
+}
+
+TEST(CancelledImport, LeavesTheStoreAsItWas) {
+  agent::Cancellation cancellation;
+  agent::NetworkStore store(agent::NetworkStore::kInMemory);
+  store.load(wideNetwork(3));
+  cancellation.request();
+  EXPECT_THROW(store.add(sampleNetwork(), {}, cancellation), agent::Cancelled);
+  EXPECT_EQ(describe(wideNetwork(3)), describe(store.read()));
+  store.add(sampleNetwork(), {});
+}
+
+TEST(CancelledImport, ChangesNothingAndGivesTheTurnToTheNextChange) {
+  agent::Cancellation cancellation;
+  agent::NetworkStore store(agent::NetworkStore::kInMemory);
+  agent::NetworkModel model;
+  std::size_t events = 0;
+  agent::NetworkWriter writer(store, model, [&](int, auto) { ++events; });
+  agent::NodeService nodes(writer, cancellation);
+  cancellation.request();
+  agent::ImportSummary summary;
+  const agent::Outcome outcome = nodes.import(wideNetwork(3), summary);
+  EXPECT_EQ(agent::kInternalError, outcome.code);
+  EXPECT_EQ("the import: cancelled, because the agent stops", outcome.reason);
+  EXPECT_EQ(0U, summary.topoNodes);
+  EXPECT_TRUE(store.read().topoNodes.empty());
+  EXPECT_EQ(0U, model.topoNodeCount());
+  EXPECT_EQ(0U, events);
+  EXPECT_EQ(agent::kSuccess, nodes.create(nodeOf("a", "")).code);
+}
+
+}  // namespace

@@ -1,0 +1,274 @@
+// One change at a time, its event in the order of commits, and what keeps changes waiting.
+
+#include "agent/changes/NetworkWriter.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <future>
+#include <stdexcept>
+#include <thread>
+
+#include "agent/base/FailureCodes.h"
+#include "tests/support/Task.h"
+#include "tests/support/TemporaryDirectory.h"
+#include "tests/unit/agent/changes/ChangingHost.h"
+#include "tests/unit/agent/support/Names.h"
+
+namespace {
+
+using agent::NetworkModel;
+using agent::NetworkStore;
+using agent::NetworkWriter;
+using namespace std::chrono_literals;
+
+void joinAll(std::vector<std::thread>& threads) {
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
+}
+
+TEST(NetworkWriter, RaisesAnEventWhenStoreAndModelHaveTheChange) {
+  NetworkStore store(NetworkStore::kInMemory);
+  NetworkModel model;
+  std::string seen;
+  NetworkWriter writer(store, model, [&](int id, auto nodes) {
+    seen += std::to_string(id) + (model.hasTopoNode(nodes.at(0).nodeId) ? " there" : " gone") +
+            (store.read().topoNodes.empty() ? " gone;" : " there;");
+  });
+  agent::NodeService nodes(writer);
+  std::size_t removed = 0;
+  nodes.create(nodeOf("a", ""));
+  nodes.rename("a", "A");
+  nodes.remove("a", removed);
+  EXPECT_EQ("372 there there;374 there there;373 gone gone;", seen);
+}
+
+TEST(NetworkWriter, NeedsNobodyToListen) {
+  NetworkStore store(NetworkStore::kInMemory);
+  NetworkModel model;
+  NetworkWriter writer(store, model);
+  EXPECT_EQ(agent::kSuccess, agent::NodeService(writer).create(nodeOf("a", "")).code);
+}
+
+TEST(NetworkWriter, MakesTheChangeThoughItsListenerFails) {
+  NetworkStore store(NetworkStore::kInMemory);
+  NetworkModel model;
+  NetworkWriter writer(store, model, [](int, auto) { throw std::runtime_error("no room"); });
+  EXPECT_EQ(agent::kSuccess, agent::NodeService(writer).create(nodeOf("a", "")).code);
+  EXPECT_TRUE(model.hasTopoNode("a"));
+}
+
+TEST(NetworkWriter, KeepsChangesWaitingWhileItPauses) {
+  ChangingHost host(NetworkStore::kInMemory);
+  auto pause = std::make_unique<NetworkWriter::Pause>(host.writer());
+  support::Task change([&] { return host.nodes().create(nodeOf("a", "")).code; });
+  EXPECT_TRUE(change.waits());
+  EXPECT_FALSE(host.model().hasTopoNode("a"));  // readers do not wait
+  EXPECT_EQ("", host.events());
+  pause.reset();
+  EXPECT_EQ(agent::kSuccess, change.get());
+  EXPECT_EQ("372: a\n", host.events());
+}
+
+TEST(NetworkWriter, GivesNotificationIdsWhileItPauses) {
+  ChangingHost host(NetworkStore::kInMemory);
+  const NetworkWriter::Pause pause(host.writer());
+  const std::uint64_t first = host.writer().reserveNotificationIds(10);
+  EXPECT_EQ(first + 10, host.writer().reserveNotificationIds(1));
+}
+
+TEST(NetworkWriter, PausesUntilTheLastPauseEnds) {
+  ChangingHost host(NetworkStore::kInMemory);
+  auto first = std::make_unique<NetworkWriter::Pause>(host.writer());
+  auto second = std::make_unique<NetworkWriter::Pause>(host.writer());
+  support::Task change([&] { return host.nodes().create(nodeOf("a", "")).code; });
+  EXPECT_TRUE(change.waits());
+  first.reset();
+  EXPECT_TRUE(change.waits());
+  std::thread([&] { second.reset(); }).join();  // any thread may end one
+  EXPECT_EQ(agent::kSuccess, change.get());
+}
+
+TEST(NetworkWriter, PausesOnlyWhenTheEventOfAChangeIsRaised) {
+  NetworkStore store(NetworkStore::kInMemory);
+  NetworkModel model;
+  std::promise<void> raising;
+  std::promise<void> proceed;
+  std::atomic<bool> raised{false};
+  NetworkWriter writer(store, model, [&](int, auto) {
+    raising.set_value();
+    proceed.get_future().wait();
+    raised = true;
+  });
+  std::thread change([&] { agent::NodeService(writer).create(nodeOf("a", "")); });
+  raising.get_future().wait();
+  support::Task pause([&] {
+    const NetworkWriter::Pause paused(writer);
+    return raised.load();
+  });
+  EXPECT_TRUE(pause.waits());
+  proceed.set_value();
+  EXPECT_TRUE(pause.get());
+  change.join();
+}
+
+TEST(NetworkWriter, GivesNotificationIdsBetweenChangesOnly) {
+  ChangingHost host(NetworkStore::kInMemory);
+  auto change = std::make_unique<NetworkWriter::Change>(host.writer());
+  support::Task first([&] { return host.writer().reserveNotificationIds(1); });
+  EXPECT_TRUE(first.waits());
+  change.reset();
+  EXPECT_LT(0U, first.get());
+}
+
+// A reload would starve otherwise while clients keep changing the network. Which of several
+// waiting threads wakes up first is chance, so the pause has to win several times.
+TEST(NetworkWriter, PausesBeforeChangesThatWait) {
+  for (int round = 0; round < 5; ++round) {
+    ChangingHost host(NetworkStore::kInMemory);
+    auto current = std::make_unique<NetworkWriter::Change>(host.writer());
+    const auto create = [&host](const std::string& id) {
+      return support::Task([&host, id] { return host.nodes().create(nodeOf(id, "")).code; });
+    };
+    auto a = create("a");
+    auto b = create("b");
+    auto c = create("c");
+    EXPECT_TRUE(a.waits() && b.waits() && c.waits());
+    support::Task pause([&host] {
+      const NetworkWriter::Pause paused(host.writer());
+      return host.model().topoNodeCount();
+    });
+    EXPECT_TRUE(pause.waits());
+    current.reset();
+    EXPECT_EQ(0U, pause.get());
+    EXPECT_EQ(agent::kSuccess, a.get() | b.get() | c.get());
+  }
+}
+
+TEST(NetworkWriter, PausesThoughChangesKeepComing) {
+  ChangingHost host(NetworkStore::kInMemory);
+  host.nodes().create(nodeOf("a", ""));
+  std::atomic<bool> stop{false};
+  const auto keepRenaming = [&](const std::string& name) {
+    return support::Task([&, name] {
+      for (int round = 0; !stop; ++round) {
+        host.nodes().rename("a", name + std::to_string(round));
+      }
+      return 0;
+    });
+  };
+  auto first = keepRenaming("first");
+  auto second = keepRenaming("second");
+  for (int i = 0; i < 20; ++i) {
+    const NetworkWriter::Pause pause(host.writer());
+    EXPECT_TRUE(first.waits() && second.waits());
+    host.events();
+    EXPECT_EQ("", host.events());
+  }
+  stop = true;
+}
+
+// The name that readers see last is that of the last event, and every event has its own.
+TEST(NetworkWriter, RaisesEventsInTheOrderOfCommits) {
+  const support::TemporaryDirectory directory;
+  const std::string path = directory.file("store.db");
+  std::string last;
+  {
+    ChangingHost host(path);
+    host.nodes().create(nodeOf("a", ""));
+    host.events();
+    std::vector<std::thread> changers;
+    for (int i = 0; i < 4; ++i) {
+      changers.emplace_back([&, i] {
+        for (int round = 0; round < 50; ++round) {
+          host.nodes().rename("a", std::to_string(i) + '.' + std::to_string(round));
+        }
+      });
+    }
+    joinAll(changers);
+    const auto events = host.takeEvents();
+    ASSERT_EQ(200U, events.size());
+    last = events.back().nodes.at(0).nativeName;
+    EXPECT_EQ(last, networkOf(host.model()).topoNodes.at(0).nativeName);
+  }
+  EXPECT_EQ(last, NetworkStore(path).read().topoNodes.at(0).nativeName);
+}
+
+// One change of every kind, around a node that is made and removed; how many went wrong.
+int changeEverything(ChangingHost& host, const std::string& own) {
+  std::size_t removed = 0;
+  agent::ImportSummary summary;
+  agent::Network more;
+  more.topoNodes = {nodeOf(own + ".x", own), nodeOf(own + ".y", own + ".x")};
+  const auto name = nameOf({{"EMS", "E"}, {"TopoSubnetwork", own}});
+  int wrong = 0;
+  wrong += host.nodes().create(nodeOf(own, "node 1")).code != agent::kSuccess ? 1 : 0;
+  wrong += host.nodes().import(more, summary).code != agent::kSuccess ? 1 : 0;
+  wrong += host.attributes().setUserLabel(name, own, true).code != agent::kSuccess ? 1 : 0;
+  wrong += host.nodes().rename("node 2", own).code != agent::kSuccess ? 1 : 0;
+  wrong += host.nodes().remove(own, removed).code != agent::kSuccess ? 1 : 0;
+  return wrong + (removed != 3 ? 1 : 0);
+}
+
+// Changes of every kind at once, while others read and reserve.
+TEST(NetworkWriter, KeepsStoreAndModelAlikeUnderManyThreads) {
+  const support::TemporaryDirectory directory;
+  ChangingHost host(directory.file("store.db"), wideNetwork(50));
+  std::atomic<bool> stop{false};
+  std::atomic<int> wrong{0};
+  std::vector<std::thread> readers;
+  for (int i = 0; i < 2; ++i) {
+    readers.emplace_back([&] {
+      while (!stop) {
+        const agent::Network seen = networkOf(host.model());
+        wrong += seen.topoNodes.empty() || seen.topoNodes[0].nodeId != "node 0" ? 1 : 0;
+        host.model().hasObject({54, "t1"});
+        host.model().labelOf(54, "t1");
+      }
+    });
+  }
+  std::vector<std::thread> changers;
+  for (int i = 0; i < 4; ++i) {
+    changers.emplace_back([&, i] {
+      for (int round = 0; round < 15; ++round) {
+        wrong += changeEverything(host, "t" + std::to_string(i));
+        host.writer().reserveNotificationIds(3);
+      }
+    });
+  }
+  joinAll(changers);
+  stop = true;
+  joinAll(readers);
+  EXPECT_EQ(0, wrong);
+  EXPECT_EQ(host.stored(), host.seen());
+  EXPECT_EQ(50U, host.model().topoNodeCount());
+}
+
+// The kernel's way with such locks is to let readers go first for as long as there are any.
+TEST(NetworkModel, LetsAChangeThroughWhileReadersKeepReading) {
+  NetworkModel model(wideNetwork(2000));
+  std::atomic<bool> stop{false};
+  std::vector<std::thread> readers;
+  for (int i = 0; i < 4; ++i) {
+    readers.emplace_back([&] {
+      while (!stop) {
+        std::vector<NS_DOMAIN::TopoNode_T> nodes;
+        model.appendTopoNodes(nodes);
+      }
+    });
+  }
+  const auto start = std::chrono::steady_clock::now();
+  for (int i = 0; i < 50; ++i) {
+    agent::LabelChange change = NetworkModel::prepareLabel({54, "node 1"}, std::to_string(i));
+    model.show(change);
+  }
+  const auto took = std::chrono::steady_clock::now() - start;
+  stop = true;
+  joinAll(readers);
+  EXPECT_LT(took, 20s);
+  EXPECT_EQ("49", model.labelOf(54, "node 1"));
+}
+
+}  // namespace

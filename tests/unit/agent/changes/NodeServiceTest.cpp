@@ -1,0 +1,548 @@
+// Nodes that come, go and get other names while the network is served.
+
+#include "agent/changes/NodeService.h"
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+
+#include <csignal>
+#include <memory>
+
+#include "agent/base/FailureCodes.h"
+#include "tests/support/ChildProcess.h"
+#include "tests/support/TemporaryDirectory.h"
+#include "tests/unit/agent/changes/ChangingHost.h"
+#include "tests/unit/agent/support/Names.h"
+
+namespace {
+
+using agent::NetworkModel;
+using agent::NodeService;
+using agent::Outcome;
+using NS_DOMAIN::kTopoElement;
+using NS_DOMAIN::kTopoSubnetwork;
+using NS_DOMAIN::TopoNode_T;
+
+agent::Network smallNetwork() {
+  return readText(withFormat(R"(
+    "ems": "E",
+    "topoNodes": [
+      {"id": "core", "name": "Core"},
+      {"id": "west", "parent": "core", "name": "West"},
+      {"id": "NE=1", "parent": "west", "name": "One", "type": 1},
+      {"id": "east", "parent": "core", "name": "East"},
+      {"id": "NE=2", "parent": "east", "name": "Two", "type": 1},
+      {"id": "NE=3", "parent": "west", "name": "Three", "type": 1},
+      {"id": "third", "parent": "east", "name": "Third", "type": 3},
+      {"id": "QNMAP_PHY_SUBMAP", "name": "Map"}],
+    "networkElements": [
+      {"number": 1, "name": "One", "shown": true}, {"number": 5, "name": "Five"}],
+    "clockPositions": [{"reference": "NE=1", "label": "One"}],
+    "clockLinks": [{"id": "k", "name": "SDH/k", "a": "NE=1"}],
+    "objectLabels": [{"type": 54, "id": "west", "label": "Wild"}])"));
+}
+
+class NodeServiceTest : public testing::Test {
+ protected:
+  NodeService& nodes() { return host_->nodes(); }
+  NetworkModel& model() { return host_->model(); }
+
+  void restart() {
+    host_.reset();
+    host_ = std::make_unique<ChangingHost>(path_, agent::Network());
+  }
+
+  void expectDone(const Outcome& outcome) {
+    EXPECT_EQ(agent::kSuccess, outcome.code) << outcome.reason;
+    EXPECT_EQ("", outcome.reason);
+    EXPECT_EQ(host_->stored(), host_->seen());
+  }
+
+  // Refused, and nothing has happened.
+  template <typename Change>
+  void expectRefused(std::uint32_t code, const std::string& reason, Change change) {
+    const std::string before = host_->seen();
+    const Outcome outcome = change();
+    EXPECT_EQ(code, outcome.code);
+    EXPECT_EQ(reason, outcome.reason);
+    EXPECT_EQ(before, host_->seen());
+    EXPECT_EQ(before, host_->stored());
+    EXPECT_EQ("", host_->events());
+  }
+
+  void expectNotCreated(std::uint32_t code, const std::string& reason, const TopoNode_T& node) {
+    expectRefused(code, reason, [&] { return nodes().create(node); });
+  }
+
+  // How many nodes went.
+  std::size_t remove(const std::string& id) {
+    std::size_t removed = 77;
+    expectDone(nodes().remove(id, removed));
+    return removed;
+  }
+
+  std::vector<std::string> ids() {
+    std::vector<TopoNode_T> all;
+    model().appendTopoNodes(all);
+    std::vector<std::string> result;
+    for (const TopoNode_T& node : all) {
+      result.push_back(node.nodeId);
+    }
+    return result;
+  }
+
+  std::string nameOfNode(const std::string& id) {
+    std::vector<TopoNode_T> all;
+    model().appendTopoNodes(all);
+    for (const TopoNode_T& node : all) {
+      if (node.nodeId == id) {
+        return node.nativeName;
+      }
+    }
+    return "no such node";
+  }
+
+  bool isShown(std::int32_t number) {
+    std::vector<NS_DOMAIN::NEIndex> shown;
+    model().appendNEIndexes(shown, true);
+    for (const auto& index : shown) {
+      if (index.number == number) {
+        return true;
+      }
+    }
+    return false;
+  }
+
+  const support::TemporaryDirectory directory_;
+  const std::string path_ = directory_.file("store.db");
+  std::unique_ptr<ChangingHost> host_ = std::make_unique<ChangingHost>(path_, smallNetwork());
+};
+
+// --- Creating.
+
+TEST_F(NodeServiceTest, CreatesANodeAtTheEndWithAllThatIsKept) {
+  TopoNode_T node = nodeOf("south", "core", kTopoSubnetwork, "Süden");
+  node.parentType = 7;
+  node.attribute3 = -2147483647;
+  node.attribute4 = 12;
+  node.extendedAttributes = {{"location", "Hall||2"}, {"location", ""}};
+  expectDone(nodes().create(node));
+  for (int i = 0; i < 2; ++i) {
+    EXPECT_NE(std::string::npos,
+              host_->seen().find("node south|core|Süden|2|7|-2147483647|12|location=Hall||2|"
+                                 "location=\nelement 1"));
+    EXPECT_TRUE(model().hasTopoSubnetwork("south"));
+    restart();
+  }
+}
+
+TEST_F(NodeServiceTest, RaisesAnEventWithTheCreatedNode) {
+  TopoNode_T node = nodeOf("south", "core", kTopoSubnetwork, "South");
+  node.extendedAttributes = {{"a", "b"}};
+  node.text4 = "carried only";
+  expectDone(nodes().create(node));
+  const auto events = host_->takeEvents();
+  ASSERT_EQ(1U, events.size());
+  EXPECT_EQ("372: south", describe(events[0]));
+  EXPECT_EQ("core", events[0].nodes[0].parentId);
+  EXPECT_EQ("South", events[0].nodes[0].nativeName);
+  EXPECT_EQ(node.extendedAttributes, events[0].nodes[0].extendedAttributes);
+  EXPECT_EQ("", events[0].nodes[0].text4);
+}
+
+TEST_F(NodeServiceTest, CreatesBelowWhatItHasCreatedAndBelowEveryRootMarker) {
+  expectDone(nodes().create(nodeOf("a", "core")));
+  expectDone(nodes().create(nodeOf("NE=9", "a", kTopoElement)));
+  expectDone(nodes().create(nodeOf("b", "")));
+  expectDone(nodes().create(nodeOf("c", "0")));
+  expectDone(nodes().create(nodeOf("d", "QNMAP_PHY_SUBMAP")));
+  EXPECT_EQ("372: a\n372: NE=9\n372: b\n372: c\n372: d\n", host_->events());
+}
+
+TEST_F(NodeServiceTest, CreatesANodeWithTheTextOfARootMarkerThatIsNobodysParent) {
+  expectDone(nodes().create(nodeOf("0", "")));
+  expectDone(nodes().create(nodeOf("below", "0")));
+  EXPECT_EQ(1U, remove("0"));
+  EXPECT_EQ("below", ids().back());
+}
+
+TEST_F(NodeServiceTest, CreatesObjectsThatHaveAttributes) {
+  expectDone(nodes().create(nodeOf("south", "core")));
+  expectDone(nodes().create(nodeOf("EQ=1,ONE=8", "south", kTopoElement)));
+  for (const auto& [objectClass, value] : Pairs{{"TopoSubnetwork", "south"}, {"ONE", "8"}}) {
+    const auto name = nameOf({{"EMS", "E"}, {objectClass, value}});
+    EXPECT_EQ(agent::kSuccess, host_->attributes().setNativeName(name, "named").code);
+  }
+  EXPECT_EQ("named", nameOfNode("south"));
+  EXPECT_EQ("named", nameOfNode("EQ=1,ONE=8"));
+}
+
+TEST_F(NodeServiceTest, CreatesNoNodeTwice) {
+  expectNotCreated(agent::kAlreadyExists, "node \"west\" exists already",
+                   nodeOf("west", "core", kTopoElement));
+  expectNotCreated(agent::kAlreadyExists, "node \"third\" exists already", nodeOf("third", "none"));
+}
+
+TEST_F(NodeServiceTest, CreatesNoNodeBelowOneThatIsNotThere) {
+  expectNotCreated(agent::kEntityNotFound, "no node \"n\\x0ane\" to be the parent of node \"a\"",
+                   nodeOf("a", "n\nne"));
+}
+
+TEST_F(NodeServiceTest, CreatesNoNodeThatIsItsOwnParent) {
+  expectNotCreated(agent::kInvalidName, "node \"a\" cannot be its own parent", nodeOf("a", "a"));
+}
+
+TEST_F(NodeServiceTest, CreatesOnlyElementsAndSubnetworks) {
+  for (const std::uint32_t type : {0U, 3U, 4294967295U}) {
+    expectNotCreated(agent::kInvalidName,
+                     "the type of node \"a\" must be 1 or 2, not " + std::to_string(type),
+                     nodeOf("a", "core", type));
+  }
+}
+
+TEST_F(NodeServiceTest, RefusesTextsThatNoNetworkFileCouldHold) {
+  const std::string nul("x\0y", 3);
+  expectNotCreated(agent::kInvalidName, "the id of a node must not be empty", nodeOf("", "core"));
+  expectNotCreated(agent::kInvalidName, "the id of node \"\\xff\" is not UTF-8 at byte 0",
+                   nodeOf("\xff", "core"));
+  expectNotCreated(agent::kInvalidName, "the id of node \"x\\x00y\" holds a NUL character",
+                   nodeOf(nul, "core"));
+  expectNotCreated(agent::kInvalidName, "the parent of node \"a\" is not UTF-8 at byte 1",
+                   nodeOf("a", "c\xc0"));
+  expectNotCreated(agent::kInvalidName, "the name of node \"a\" holds a NUL character",
+                   nodeOf("a", "core", kTopoSubnetwork, nul));
+  expectNotCreated(agent::kInvalidName, "the name of node \"a\" has more than 1048576 bytes",
+                   nodeOf("a", "core", kTopoSubnetwork, std::string(1048577, 'x')));
+  TopoNode_T node = nodeOf("a", "core");
+  node.extendedAttributes = {{"fine", "fine"}, {"k\xff", ""}};
+  expectNotCreated(agent::kInvalidName, "an attribute of node \"a\" is not UTF-8 at byte 1", node);
+  node.extendedAttributes = {{"k", nul}};
+  expectNotCreated(agent::kInvalidName, "an attribute of node \"a\" holds a NUL character", node);
+}
+
+TEST_F(NodeServiceTest, TakesTextsThatAreHardToStoreAndLongOnes) {
+  const std::string hard = "'; DROP TABLE topo_node; --\n\t\xf0\x9f\x98\x80";
+  expectDone(nodes().create(nodeOf(hard, "core", kTopoSubnetwork, std::string(1048576, 'x'))));
+  expectDone(nodes().create(nodeOf("below", hard)));
+  EXPECT_EQ(2U, remove(hard));
+}
+
+TEST_F(NodeServiceTest, StartsANetworkInANewStore) {
+  const std::string path = directory_.file("new.db");
+  {
+    ChangingHost host(path);
+    EXPECT_EQ(agent::kSuccess, host.nodes().create(nodeOf("first", "")).code);
+    EXPECT_FALSE(host.store().isNew());
+  }
+  EXPECT_FALSE(agent::NetworkStore::needsNetwork(path));
+  EXPECT_EQ("ems \nnode first|||2|2|0|0\n", ChangingHost(path).seen());
+}
+
+// --- The list of elements.
+
+TEST_F(NodeServiceTest, ShowsAListedElementOnceWhenItGetsANode) {
+  ASSERT_FALSE(isShown(5));
+  expectDone(nodes().create(nodeOf("EQ=2,NE=5", "core", kTopoElement)));
+  EXPECT_TRUE(isShown(5));
+  restart();
+  EXPECT_TRUE(isShown(5));
+  remove("EQ=2,NE=5");
+  EXPECT_FALSE(isShown(5));
+  restart();
+  EXPECT_FALSE(isShown(5));
+}
+
+TEST_F(NodeServiceTest, ShowsAnElementUntilItsLastNodeGoes) {
+  expectDone(nodes().create(nodeOf("NE=5", "core", kTopoElement)));
+  expectDone(nodes().create(nodeOf("5", "NE=5", kTopoElement)));
+  expectDone(nodes().create(nodeOf("EQ=1,NE=5", "east", kTopoElement)));
+  EXPECT_EQ(2U, remove("NE=5"));
+  EXPECT_TRUE(isShown(5));
+  remove("east");
+  EXPECT_FALSE(isShown(5));
+}
+
+TEST_F(NodeServiceTest, LeavesAnElementShownThatTheNetworkFileShows) {
+  remove("NE=1");
+  EXPECT_TRUE(isShown(1));
+  expectDone(nodes().create(nodeOf("NE=1", "core", kTopoElement)));
+  remove("NE=1");
+  EXPECT_TRUE(isShown(1));
+}
+
+TEST_F(NodeServiceTest, ShowsNoElementForANodeOfAnotherClassOrType) {
+  for (const auto& node : {nodeOf("ONE=5", "", kTopoElement), nodeOf("OS=5", "", kTopoElement),
+                           nodeOf("5", "", kTopoSubnetwork), nodeOf("NE=x", "", kTopoElement)}) {
+    expectDone(nodes().create(node));
+    EXPECT_FALSE(isShown(5)) << node.nodeId;
+    remove(node.nodeId);
+  }
+}
+
+// --- Removing.
+
+TEST_F(NodeServiceTest, RemovesANodeWithEverythingBelowItFromTheBottomUp) {
+  expectDone(nodes().create(nodeOf("NE=4", "west", kTopoElement)));
+  host_->events();
+  EXPECT_EQ(8U, remove("core"));
+  EXPECT_EQ("373: NE=1 NE=3 NE=4 west NE=2 third east core\n", host_->events());
+  EXPECT_EQ((std::vector<std::string>{"QNMAP_PHY_SUBMAP"}), ids());
+  restart();
+  EXPECT_EQ((std::vector<std::string>{"QNMAP_PHY_SUBMAP"}), ids());
+}
+
+TEST_F(NodeServiceTest, RaisesAnEventWithTheRemovedNodesAsTheyWere) {
+  remove("NE=3");
+  const auto events = host_->takeEvents();
+  ASSERT_EQ(1U, events.size());
+  ASSERT_EQ(1U, events[0].nodes.size());
+  EXPECT_EQ("west", events[0].nodes[0].parentId);
+  EXPECT_EQ("Three", events[0].nodes[0].nativeName);
+}
+
+TEST_F(NodeServiceTest, RemovesNothingBelowTheRootWithANodeThatBearsItsText) {
+  EXPECT_EQ(1U, remove("QNMAP_PHY_SUBMAP"));
+  EXPECT_EQ(7U, ids().size());
+}
+
+TEST_F(NodeServiceTest, RemovesNoNodeThatIsNotThere) {
+  std::size_t removed = 77;
+  expectRefused(agent::kEntityNotFound, "no node \"none\"",
+                [&] { return nodes().remove("none", removed); });
+  EXPECT_EQ(0U, removed);
+  expectRefused(agent::kEntityNotFound, "no node \"\"",
+                [&] { return nodes().remove("", removed); });
+  expectRefused(agent::kEntityNotFound, "no node \"\\xff\"",
+                [&] { return nodes().remove("\xff", removed); });
+}
+
+TEST_F(NodeServiceTest, CreatesAgainWhatItHasRemoved) {
+  for (int i = 0; i < 3; ++i) {
+    remove("west");
+    expectDone(nodes().create(nodeOf("west", "core")));
+    expectDone(nodes().create(nodeOf("NE=1", "west", kTopoElement)));
+    EXPECT_EQ("NE=1", ids().back());
+  }
+}
+
+TEST_F(NodeServiceTest, ForgetsWhatIsStoredAboutARemovedObject) {
+  const auto west = nameOf({{"EMS", "E"}, {"TopoSubnetwork", "west"}});
+  const auto one = nameOf({{"EMS", "E"}, {"ManagedElement", "1"}});
+  for (const auto& name : {west, one}) {
+    auto info = nameOf({{"a", "1"}});
+    host_->attributes().setUserLabel(name, "label", false);
+    host_->attributes().setOwner(name, "owner");
+    host_->attributes().setAdditionalInfo(name, info);
+  }
+  remove("west");
+  EXPECT_EQ(agent::kEntityNotFound, host_->attributes().setOwner(west, "x").code);
+  expectDone(nodes().create(nodeOf("west", "core")));
+  expectDone(nodes().create(nodeOf("NE=1", "west", kTopoElement)));
+  for (int i = 0; i < 2; ++i) {
+    for (const agent::ObjectKey& key :
+         {agent::ObjectKey{54, "west"}, agent::ObjectKey{1, "NE=1"}}) {
+      EXPECT_EQ("", model().labelOf(key.type, key.id));
+      EXPECT_EQ("", host_->store().ownerOf(key));
+      EXPECT_TRUE(host_->store().additionalInfoOf(key).empty());
+    }
+    restart();
+  }
+}
+
+TEST_F(NodeServiceTest, KeepsWhatIsStoredAboutAnObjectThatHasAnotherNode) {
+  expectDone(nodes().create(nodeOf("EQ=1,NE=1", "east", kTopoElement)));
+  const auto one = nameOf({{"EMS", "E"}, {"ManagedElement", "1"}});
+  host_->attributes().setUserLabel(one, "label", false);
+  remove("NE=1");
+  EXPECT_EQ("label", model().labelOf(1, "NE=1"));
+  remove("EQ=1,NE=1");
+  EXPECT_EQ("", model().labelOf(1, "NE=1"));
+  restart();
+  EXPECT_EQ("", model().labelOf(1, "NE=1"));
+}
+
+TEST_F(NodeServiceTest, RemovesAChainThatIsVeryDeep) {
+  agent::Network network;
+  for (int i = 0; i < 200000; ++i) {
+    network.topoNodes.push_back(
+        nodeOf("d" + std::to_string(i), i == 0 ? "" : "d" + std::to_string(i - 1)));
+  }
+  ChangingHost host(agent::NetworkStore::kInMemory, network);
+  std::size_t removed = 0;
+  EXPECT_EQ(agent::kSuccess, host.nodes().remove("d1", removed).code);
+  EXPECT_EQ(199999U, removed);
+  const auto events = host.takeEvents();
+  ASSERT_EQ(1U, events.size());
+  EXPECT_EQ("d199999", events[0].nodes.front().nodeId);
+  EXPECT_EQ("d1", events[0].nodes.back().nodeId);
+}
+
+TEST_F(NodeServiceTest, RemovesManyNodesOfOneObjectInTheirOwnTime) {
+  agent::Network network;
+  network.topoNodes.push_back(nodeOf("top", ""));
+  for (int i = 0; i < 100000; ++i) {
+    network.topoNodes.push_back(nodeOf("EQ=" + std::to_string(i) + ",NE=1", "top", kTopoElement));
+  }
+  ChangingHost host(agent::NetworkStore::kInMemory, network);
+  std::size_t removed = 0;
+  EXPECT_EQ(agent::kSuccess, host.nodes().remove("top", removed).code);
+  EXPECT_EQ(100001U, removed);
+}
+
+// Nobody but a stranger's hand in the store can make one.
+TEST(NodeServiceOnADamagedStore, RefusesToRemoveWhatIsItsOwnAncestor) {
+  agent::Network network;
+  network.topoNodes = {nodeOf("a", "b"), nodeOf("b", "a"), nodeOf("c", "gone")};
+  ChangingHost host(agent::NetworkStore::kInMemory, network);
+  std::size_t removed = 0;
+  const Outcome outcome = host.nodes().remove("a", removed);
+  EXPECT_EQ(agent::kInternalError, outcome.code);
+  EXPECT_EQ("node \"a\": a node below it is its own ancestor", outcome.reason);
+  EXPECT_EQ(agent::kSuccess, host.nodes().remove("c", removed).code);
+  EXPECT_EQ(1U, removed);
+}
+
+// --- Renaming.
+
+TEST_F(NodeServiceTest, RenamesANode) {
+  expectDone(nodes().rename("west", "Wést"));
+  const auto events = host_->takeEvents();
+  ASSERT_EQ(1U, events.size());
+  EXPECT_EQ("374: west", describe(events[0]));
+  EXPECT_EQ("Wést", events[0].nodes[0].nativeName);
+  EXPECT_EQ("core", events[0].nodes[0].parentId);
+  for (int i = 0; i < 2; ++i) {
+    EXPECT_EQ("Wést", nameOfNode("west"));
+    restart();
+  }
+}
+
+TEST_F(NodeServiceTest, RenamesEverythingThatShowsTheSameElement) {
+  expectDone(nodes().create(nodeOf("EQ=1,NE=1", "east", kTopoElement)));
+  host_->events();
+  expectDone(nodes().rename("NE=1", "Uno"));
+  EXPECT_EQ("374: NE=1 EQ=1,NE=1\n", host_->events());
+  EXPECT_EQ("Uno", nameOfNode("EQ=1,NE=1"));
+  EXPECT_EQ("Uno", model().clockPositions()[0].label);
+}
+
+TEST_F(NodeServiceTest, RelabelsEveryClockPositionOfAnElement) {
+  agent::Network more;
+  for (const char* reference : {"SSU=1", "SEC=1", "NE=2"}) {
+    more.clockPositions.emplace_back().reference = reference;
+  }
+  agent::ImportSummary summary;
+  expectDone(nodes().import(more, summary));
+  expectDone(nodes().rename("NE=1", "Uno"));
+  for (int i = 0; i < 2; ++i) {
+    std::string labels;
+    for (const auto& position : model().clockPositions()) {
+      labels += position.reference + ' ' + position.label + ';';
+    }
+    EXPECT_EQ("NE=1 Uno;SSU=1 Uno;SEC=1 Uno;NE=2 ;", labels);
+    restart();
+  }
+}
+
+TEST_F(NodeServiceTest, RenamesNodesOfOtherTypesToo) {
+  expectDone(nodes().rename("third", "3"));
+  EXPECT_EQ("374: third\n", host_->events());
+}
+
+TEST_F(NodeServiceTest, RaisesNothingWhenANodeHasTheNameAlready) {
+  expectDone(nodes().rename("west", "West"));
+  EXPECT_EQ("", host_->events());
+  expectDone(nodes().rename("west", ""));
+  EXPECT_EQ("374: west\n", host_->events());
+  expectDone(nodes().rename("west", ""));
+  EXPECT_EQ("", host_->events());
+}
+
+TEST_F(NodeServiceTest, RefusesNamesThatCannotBe) {
+  expectRefused(agent::kEntityNotFound, "no node \"none\"",
+                [&] { return nodes().rename("none", "x"); });
+  expectRefused(agent::kInvalidName, "the name of node \"west\" is not UTF-8 at byte 0",
+                [&] { return nodes().rename("west", "\xff"); });
+  expectRefused(agent::kInvalidName, "the name of node \"west\" has more than 1048576 bytes",
+                [&] { return nodes().rename("west", longText('x')); });
+}
+
+// --- Native names that are set as attributes.
+
+TEST_F(NodeServiceTest, RaisesAnEventForANativeNameOfANodesObject) {
+  const auto setName = [&](const std::string& objectClass, const std::string& value,
+                           const std::string& text) {
+    const auto name = nameOf({{"EMS", "E"}, {objectClass, value}});
+    EXPECT_EQ(agent::kSuccess, host_->attributes().setNativeName(name, text).code) << value;
+  };
+  setName("TopoSubnetwork", "west", "W");
+  setName("ManagedElement", "1", "Uno");
+  EXPECT_EQ("374: west\n374: NE=1\n", host_->events());
+  setName("TopoSubnetwork", "west", "W");
+  setName("ManagedElement", "1", "Uno");
+  setName("ManagedElement", "5", "no node");
+  setName("ClockTopoLinkId", "k", "no node either");
+  EXPECT_EQ("", host_->events());
+  EXPECT_EQ(host_->stored(), host_->seen());
+}
+
+// --- Disks and processes that fail.
+
+TEST_F(NodeServiceTest, LosesNothingWhenTheProcessIsKilledAfterAChange) {
+  host_.reset();
+  const int status = statusOfChild([&] {
+    ChangingHost host(path_, agent::Network());
+    std::size_t removed = 0;
+    agent::ImportSummary summary;
+    agent::Network more;
+    more.topoNodes.push_back(nodeOf("imported", "created"));
+    host.nodes().create(nodeOf("created", "core"));
+    host.nodes().rename("core", "CORE");
+    host.nodes().remove("west", removed);
+    host.nodes().import(more, summary);
+    raise(SIGKILL);
+  });
+  ASSERT_TRUE(wasKilledBy(status, SIGKILL));
+  restart();
+  EXPECT_EQ((std::vector<std::string>{"core", "east", "NE=2", "third", "QNMAP_PHY_SUBMAP",
+                                      "created", "imported"}),
+            ids());
+  EXPECT_EQ("CORE", nameOfNode("core"));
+}
+
+void limitFileSize(rlim_t bytes) {
+  const rlimit limit{bytes, RLIM_INFINITY};
+  setrlimit(RLIMIT_FSIZE, &limit);
+}
+
+// In a process of its own, whose files may not grow for a while. Its status counts what is wrong.
+TEST_F(NodeServiceTest, ChangesNothingWhenTheStoreFailsAndGoesOnAfterwards) {
+  host_.reset();
+  const int status = statusOfChild([&] {
+    signal(SIGXFSZ, SIG_IGN);
+    ChangingHost host(path_, agent::Network());
+    const std::string before = host.seen();
+    const std::string text(100000, 'x');
+    std::size_t removed = 0;
+    limitFileSize(1000);
+    const Outcome created = host.nodes().create(nodeOf("a", "core", kTopoSubnetwork, text));
+    const Outcome renamed = host.nodes().rename("west", text);
+    const Outcome gone = host.nodes().remove("core", removed);
+    limitFileSize(RLIM_INFINITY);
+    int wrong = 0;
+    for (const Outcome& outcome : {created, renamed, gone}) {
+      wrong += outcome.code == agent::kInternalError ? 0 : 1;
+    }
+    wrong += renamed.reason.rfind("node \"west\": " + path_ + ": ", 0) == 0 ? 0 : 1;
+    wrong += removed == 0 && host.events().empty() ? 0 : 1;
+    wrong += host.seen() == before && host.stored() == before ? 0 : 1;
+    wrong += host.nodes().create(nodeOf("a", "core")).code == agent::kSuccess ? 0 : 1;
+    _exit(wrong);
+  });
+  ASSERT_TRUE(WIFEXITED(status));
+  EXPECT_EQ(0, WEXITSTATUS(status));
+  restart();
+  EXPECT_EQ("a", ids().back());
+}
+
+}  // namespace

@@ -1,0 +1,152 @@
+// Changes for which there is no memory: whichever allocation fails, store and model stay alike.
+
+#include <gtest/gtest.h>
+
+#include <future>
+
+#include "agent/base/FailureCodes.h"
+#include "tests/fakes/FailingNew.h"
+#include "tests/support/Task.h"
+#include "tests/unit/agent/changes/ChangingHost.h"
+#include "tests/unit/agent/support/Names.h"
+
+namespace {
+
+using agent::Outcome;
+
+// Every label that the store has is in the model, and one that the model has of a node in the
+// store.
+void expectLabelsAlike(ChangingHost& host) {
+  bool isStored = false;
+  for (const agent::ObjectLabel& label : host.store().read().objectLabels) {
+    ASSERT_EQ(label.label, host.model().labelOf(label.type, label.id));
+    isStored = isStored || label.id == "node 1";
+  }
+  ASSERT_EQ(isStored, host.model().hasLabel({54, "node 1"}));
+}
+
+// Tries a change with one allocation more at each time, until it works. Each time either nothing
+// has happened or all of it.
+template <typename Change>
+void expectAllOrNothing(ChangingHost& host, Change change) {
+  int failures = 0;
+  for (int spared = 0;; ++spared) {
+    ASSERT_LT(spared, 5000);
+    const std::string before = host.seen();
+    host.takeEvents();
+    const Outcome outcome = [&] {
+      const fakes::FailingNew failing(spared);
+      return change();
+    }();
+    ASSERT_EQ(host.stored(), host.seen()) << "after " << spared << " allocations";
+    expectLabelsAlike(host);
+    if (outcome.code == agent::kSuccess) {
+      break;
+    }
+    ++failures;
+    ASSERT_EQ(agent::kInternalError, outcome.code) << outcome.reason;
+    ASSERT_EQ(before, host.seen()) << "after " << spared << " allocations";
+    ASSERT_TRUE(host.takeEvents().empty());
+  }
+  EXPECT_LT(3, failures);
+}
+
+class OutOfMemory : public testing::Test {
+ protected:
+  // So many nodes that some change has to make room in an index.
+  OutOfMemory() : host_(agent::NetworkStore::kInMemory, wideNetwork(13)) {}
+
+  ChangingHost host_;
+};
+
+TEST_F(OutOfMemory, CreatesANodeOrDoesNot) {
+  for (int i = 0; i < 30; ++i) {
+    auto node = nodeOf("a created node with a long id " + std::to_string(i), "node 1",
+                       NS_DOMAIN::kTopoElement);
+    node.extendedAttributes = {{"an attribute with a long key", "and with a long value"}};
+    expectAllOrNothing(host_, [&] { return host_.nodes().create(node); });
+  }
+  EXPECT_EQ(43U, host_.model().topoNodeCount());
+}
+
+TEST_F(OutOfMemory, RemovesNodesOrDoesNot) {
+  std::size_t removed = 0;
+  expectAllOrNothing(host_, [&] { return host_.nodes().remove("node 0", removed); });
+  EXPECT_EQ(13U, removed);
+}
+
+TEST_F(OutOfMemory, RenamesANodeOrDoesNot) {
+  expectAllOrNothing(
+      host_, [&] { return host_.nodes().rename("node 1", "a name that needs memory of its own"); });
+}
+
+TEST_F(OutOfMemory, ImportsANetworkOrDoesNot) {
+  const agent::Network more = sampleNetwork();
+  agent::ImportSummary summary;
+  expectAllOrNothing(host_, [&] {
+    try {
+      return host_.nodes().import(more, summary);
+    } catch (const std::bad_alloc&) {  // from the copy
+      return Outcome{agent::kInternalError, {}};
+    }
+  });
+  EXPECT_EQ(4U, summary.topoNodes);
+}
+
+TEST_F(OutOfMemory, SetsALabelOrDoesNot) {
+  const auto name = nameOf({{"EMS", "E"}, {"TopoSubnetwork", "node 1"}});
+  const std::string label = "a label that needs memory of its own";
+  expectAllOrNothing(host_, [&] { return host_.attributes().setUserLabel(name, label, false); });
+  EXPECT_EQ(label, host_.model().labelOf(54, "node 1"));
+}
+
+TEST_F(OutOfMemory, MergesInformationOrDoesNot) {
+  const auto name = nameOf({{"EMS", "E"}, {"TopoSubnetwork", "node 1"}});
+  const agent::ObjectKey key{54, "node 1"};
+  const Pairs pairs = {{"a name that needs memory", "and a value that needs memory"}};
+  int spared = 0;
+  for (bool done = false; !done; ++spared) {
+    ASSERT_LT(spared, 5000);
+    auto info = nameOf(pairs);
+    const Outcome outcome = [&] {
+      const fakes::FailingNew failing(spared);
+      return host_.attributes().setAdditionalInfo(name, info);
+    }();
+    done = outcome.code == agent::kSuccess;
+    ASSERT_EQ(done ? pairs : Pairs{}, host_.store().additionalInfoOf(key)) << spared;
+    ASSERT_EQ(pairs, pairsOf(info)) << spared;
+  }
+  EXPECT_LT(3, spared);
+}
+
+// An addition may move the entries of the indexes, which readers use. The reader is stopped while
+// it makes room for its result.
+TEST(NetworkModelMemory, PreparesNoAdditionWhileAReaderReads) {
+  constexpr std::size_t kNodes = 1000;
+  agent::NetworkModel model(wideNetwork(kNodes));
+  std::promise<void> reading;
+  std::promise<void> proceed;
+  support::Task reader([&] {
+    const fakes::PausingNew pause(
+        [&] {
+          reading.set_value();
+          proceed.get_future().wait();
+        },
+        kNodes * sizeof(NS_DOMAIN::TopoNode_T));
+    std::vector<NS_DOMAIN::TopoNode_T> nodes;
+    model.appendTopoNodes(nodes);
+    return nodes.size();
+  });
+  reading.get_future().wait();
+  support::Task addition([&] {
+    agent::Network more;
+    more.networkElements.push_back({1, "an element", false});
+    return model.prepareAddition(more).tables.elements().size();
+  });
+  EXPECT_TRUE(addition.waits());
+  proceed.set_value();
+  EXPECT_EQ(kNodes, reader.get());
+  EXPECT_EQ(1U, addition.get());
+}
+
+}  // namespace

@@ -1,0 +1,518 @@
+// Who gets which events, in which order, and what slow and failing handlers do to others.
+
+#include "agent/events/EventManager.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <array>
+#include <atomic>
+#include <memory>
+#include <new>
+#include <stdexcept>
+#include <system_error>
+
+#include "platform/agent/Logging.h"
+#include "platform/framework/ProcessException.h"
+#include "tests/support/NoThreads.h"
+#include "tests/unit/agent/events/Handlers.h"
+#include "tests/unit/agent/events/PlatformSupport.h"
+
+namespace {
+
+using agent::EventManager;
+using events::awaitStatus;
+using events::Blocked;
+using events::Gate;
+using events::kChanged;
+using events::kCreated;
+using events::kDeleted;
+using events::kLong;
+using events::kShort;
+using events::node;
+using events::Recorder;
+using events::subscribe;
+using events::unsubscribe;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::StartsWith;
+
+class EventManagerTest : public testing::Test {
+ protected:
+  EventManagerTest() { takeLogLines(); }
+};
+
+TEST_F(EventManagerTest, IsTheInstanceForAsLongAsItLives) {
+  EXPECT_EQ(nullptr, TEEventMgr::Instance());
+  {
+    EventManager manager;
+    EXPECT_EQ(&manager, TEEventMgr::Instance());
+  }
+  EXPECT_EQ(nullptr, TEEventMgr::Instance());
+}
+
+TEST_F(EventManagerTest, GivesAHandlerTheEventsThatItSubscribedTo) {
+  Recorder handler;
+  EventManager manager;
+  subscribe(manager, handler, {kCreated, kChanged});
+  manager.raise(kCreated, node("a"));
+  manager.raise(kDeleted, node("b"));
+  manager.raise(kChanged, node("c"));
+  manager.raise(kChanged, {});
+  EXPECT_TRUE(manager.flush(kLong));
+  EXPECT_THAT(handler.events(), ElementsAre("372 a", "374 c", "374 -"));
+}
+
+TEST_F(EventManagerTest, GivesAHandlerAllItsEventsInTheOrderOfRaising) {
+  Recorder handler;
+  EventManager manager;
+  subscribe(manager, handler, {kCreated, kDeleted, kChanged});
+  std::vector<std::string> expected;
+  for (int i = 0; i < 1000; ++i) {
+    const int eventId = kCreated + i % 3;
+    manager.raise(eventId, node(std::to_string(i)));
+    expected.push_back(std::to_string(eventId) + ' ' + std::to_string(i));
+  }
+  EXPECT_TRUE(manager.flush(kLong));
+  EXPECT_EQ(expected, handler.events());
+}
+
+TEST_F(EventManagerTest, CallsAHandlerOnOneThreadThatIsNotTheRaisers) {
+  std::vector<std::thread::id> threads;
+  Recorder handler([&](int /*eventId*/, const TEEvent& /*event*/) {
+    threads.push_back(std::this_thread::get_id());
+  });
+  EventManager manager;
+  subscribe(manager, handler, {kCreated, kDeleted});
+  manager.raise(kCreated, {});
+  manager.raise(kDeleted, {});
+  EXPECT_TRUE(manager.flush(kLong));
+  ASSERT_EQ(2U, threads.size());
+  EXPECT_EQ(threads[0], threads[1]);
+  EXPECT_NE(std::this_thread::get_id(), threads[0]);
+}
+
+TEST_F(EventManagerTest, GivesAllHandlersTheSameEvent) {
+  std::array<Gate, 2> reached;
+  std::array<const TEEvent*, 2> seen{};
+  const auto meet = [&](std::size_t self) {
+    return [&, self](int /*eventId*/, const TEEvent& event) {
+      seen[self] = &event;
+      reached[self].open();
+      reached[1 - self].pass();
+    };
+  };
+  Recorder first(meet(0));
+  Recorder second(meet(1));
+  EventManager manager;
+  subscribe(manager, first, {kCreated});
+  subscribe(manager, second, {kCreated});
+  manager.raise(kCreated, node("a"));
+  EXPECT_TRUE(manager.flush(kLong));
+  EXPECT_NE(nullptr, seen[0]);
+  EXPECT_EQ(seen[0], seen[1]);
+}
+
+TEST_F(EventManagerTest, ForgetsEventsThatNobodySubscribedTo) {
+  Recorder late;
+  EventManager manager;
+  manager.raise(kCreated, node("a"));
+  EXPECT_TRUE(manager.flush(std::chrono::milliseconds::zero()));
+  subscribe(manager, late, {kCreated});
+  manager.raise(kDeleted, node("b"));
+  EXPECT_TRUE(manager.flush(kLong));
+  EXPECT_THAT(late.events(), IsEmpty());
+  EXPECT_EQ(0U, manager.status().queued);
+  EXPECT_EQ(0U, manager.status().delivered);
+  EXPECT_EQ(0U, manager.status().dropped);
+}
+
+TEST_F(EventManagerTest, KeepsOneRegistrationOfAHandlerThatSubscribesTwice) {
+  Recorder handler;
+  EventManager manager;
+  subscribe(manager, handler, {kCreated, kCreated});
+  EXPECT_EQ(1U, manager.status().subscriptions);
+  manager.raise(kCreated, node("a"));
+  EXPECT_TRUE(manager.flush(kLong));
+  EXPECT_THAT(handler.events(), ElementsAre("372 a"));
+  unsubscribe(manager, handler, {kCreated});
+  EXPECT_EQ(0U, manager.status().subscriptions);
+  manager.raise(kCreated, node("b"));
+  EXPECT_THAT(handler.events(), ElementsAre("372 a"));
+}
+
+TEST_F(EventManagerTest, LetsNobodyWaitForASlowHandler) {
+  Blocked slow;
+  Recorder quick;
+  Gate quickIsDone;
+  Recorder last([&](int /*eventId*/, const TEEvent& event) {
+    if (event.nodes.front().nodeId == "last") {
+      quickIsDone.open();
+    }
+  });
+  EventManager manager;
+  subscribe(manager, slow.handler, {kCreated});
+  subscribe(manager, quick, {kCreated});
+  subscribe(manager, last, {kCreated});
+  manager.raise(kCreated, node("a"));
+  slow.waitUntilInside();
+  manager.raise(kCreated, node("last"));
+  quickIsDone.pass();
+  EXPECT_THAT(slow.handler.events(), ElementsAre("372 a"));
+  slow.letGo();
+  EXPECT_TRUE(manager.flush(kLong));
+  EXPECT_THAT(slow.handler.events(), ElementsAre("372 a", "372 last"));
+  EXPECT_THAT(quick.events(), ElementsAre("372 a", "372 last"));
+}
+
+TEST_F(EventManagerTest, GoesOnAfterAHandlersException) {
+  Recorder failing([](int /*eventId*/, const TEEvent& event) {
+    const std::string& kind = event.nodes.front().nodeId;
+    if (kind == "standard") {
+      throw std::runtime_error("no luck");
+    }
+    if (kind == "platform") {
+      ProcessException failure;
+      failure.errorCode = 17;
+      failure.detail << "no domain";
+      throw failure;
+    }
+    if (kind == "other") {
+      throw 7;
+    }
+  });
+  Recorder other;
+  EventManager manager;
+  subscribe(manager, failing, {kCreated, kDeleted});
+  subscribe(manager, other, {kCreated});
+  manager.raise(kCreated, node("standard"));
+  manager.raise(kDeleted, node("platform"));
+  manager.raise(kCreated, node("other"));
+  manager.raise(kCreated, node("good"));
+  EXPECT_TRUE(manager.flush(kLong));
+  EXPECT_THAT(failing.events(),
+              ElementsAre("372 standard", "373 platform", "372 other", "372 good"));
+  EXPECT_THAT(other.events(), ElementsAre("372 standard", "372 other", "372 good"));
+  EXPECT_THAT(
+      takeLogLines(),
+      ElementsAre("1 topo-agentd:0 a handler of event 372 failed: no luck",
+                  "1 topo-agentd:0 a handler of event 373 failed: platform failure 17 no domain",
+                  "1 topo-agentd:0 a handler of event 372 failed: unknown exception"));
+  EXPECT_EQ(3U, manager.status().failed);
+  EXPECT_EQ(4U, manager.status().delivered);
+}
+
+TEST_F(EventManagerTest, KeepsNothingOfAHandlersException) {
+  const auto token = std::make_shared<int>(0);
+  struct Failure {
+    std::shared_ptr<int> token;
+  };
+  Recorder failing([&](int /*eventId*/, const TEEvent& /*event*/) { throw Failure{token}; });
+  EventManager manager;
+  subscribe(manager, failing, {kCreated});
+  manager.raise(kCreated, {});
+  EXPECT_TRUE(manager.flush(kLong));
+  EXPECT_EQ(1U, manager.status().failed);
+  EXPECT_EQ(1, token.use_count());
+}
+
+TEST_F(EventManagerTest, LeavesAHandlersLogPositionAlone) {
+  std::vector<std::string> positions;
+  Recorder failing([&](int /*eventId*/, const TEEvent& /*event*/) {
+    NS_CORBA::LogPosition& position = *NS_CORBA::GetTss();
+    positions.push_back(position.file + ':' + std::to_string(position.line));
+    position.file = "handler";
+    position.line = 5;
+    throw std::runtime_error("no luck");
+  });
+  EventManager manager;
+  subscribe(manager, failing, {kCreated});
+  manager.raise(kCreated, {});
+  manager.raise(kCreated, {});
+  EXPECT_TRUE(manager.flush(kLong));
+  EXPECT_THAT(positions, ElementsAre(":0", "handler:5"));
+}
+
+TEST_F(EventManagerTest, LosesTheOldestEventsOfAHandlerWhoseQueueIsFull) {
+  Blocked slow;
+  Recorder quick;
+  EventManager manager(3);
+  subscribe(manager, slow.handler, {kCreated, kDeleted});
+  manager.raise(kCreated, node("0"));
+  slow.waitUntilInside();
+  for (const char* id : {"1", "2", "3"}) {
+    manager.raise(kCreated, node(id));
+  }
+  EXPECT_EQ(0U, manager.status().dropped);
+  EXPECT_THAT(takeLogLines(), IsEmpty());
+  subscribe(manager, quick, {kDeleted});
+  manager.raise(kDeleted, node("4"));
+  manager.raise(kCreated, node("5"));
+  awaitStatus(manager, &EventManager::Status::queued, std::size_t{3});
+  EXPECT_EQ(2U, manager.status().dropped);
+  slow.letGo();
+  EXPECT_TRUE(manager.flush(kLong));
+  EXPECT_THAT(slow.handler.events(), ElementsAre("372 0", "372 3", "373 4", "372 5"));
+  EXPECT_THAT(quick.events(), ElementsAre("373 4"));
+  EXPECT_EQ(5U, manager.status().delivered);
+  EXPECT_EQ(2U, manager.status().dropped);
+  EXPECT_EQ(0U, manager.status().queued);
+}
+
+TEST_F(EventManagerTest, BoundsTheQueueOfEveryHandler) {
+  Blocked first;
+  Blocked second;
+  EventManager manager(1);
+  subscribe(manager, first.handler, {kCreated});
+  subscribe(manager, second.handler, {kCreated});
+  manager.raise(kCreated, node("0"));
+  first.waitUntilInside();
+  second.waitUntilInside();
+  for (const char* id : {"1", "2", "3"}) {
+    manager.raise(kCreated, node(id));
+  }
+  EXPECT_EQ(2U, manager.status().queued);
+  EXPECT_EQ(4U, manager.status().dropped);
+  EXPECT_EQ(1U, takeLogLines().size());
+  first.letGo();
+  second.letGo();
+  EXPECT_TRUE(manager.flush(kLong));
+  EXPECT_THAT(first.handler.events(), ElementsAre("372 0", "372 3"));
+  EXPECT_THAT(second.handler.events(), ElementsAre("372 0", "372 3"));
+}
+
+// One is full and the other, whichever is looked at last, is not.
+TEST_F(EventManagerTest, LogsThatAQueueIsFullWhateverTheOthersAre) {
+  for (const bool firstIsSlow : {true, false}) {
+    std::array<Blocked, 2> handlers;
+    EventManager manager(2);
+    for (Blocked& each : handlers) {
+      subscribe(manager, each.handler, {kCreated});
+    }
+    Blocked& slow = handlers[firstIsSlow ? 0 : 1];
+    subscribe(manager, slow.handler, {kDeleted});
+    manager.raise(kCreated, node("0"));
+    for (Blocked& each : handlers) {
+      each.waitUntilInside();
+    }
+    manager.raise(kDeleted, node("1"));
+    manager.raise(kDeleted, node("2"));
+    EXPECT_THAT(takeLogLines(), IsEmpty());
+    manager.raise(kCreated, node("3"));
+    EXPECT_EQ(1U, takeLogLines().size());
+    handlers[0].letGo();
+    handlers[1].letGo();
+    EXPECT_TRUE(manager.flush(kLong));
+  }
+}
+
+TEST_F(EventManagerTest, RemembersWhatNobodyHeardThoughLaterEventsAreHeard) {
+  int told = 0;
+  Recorder handler;
+  EventManager manager(EventManager::kDefaultQueueLimit, [&] { ++told; });
+  manager.raise(kCreated, node("unheard"));
+  EXPECT_EQ(0, told);
+  subscribe(manager, handler, {kChanged});
+  EXPECT_EQ(1, told);
+  manager.raise(kCreated, node("unheard"));
+  manager.raise(kChanged, node("heard"));
+  subscribe(manager, handler, {kDeleted});
+  EXPECT_EQ(2, told);
+  manager.raise(kChanged, node("heard"));
+  subscribe(manager, handler, {kCreated});
+  EXPECT_EQ(2, told);
+}
+
+TEST_F(EventManagerTest, MayBeAskedByWhoIsToldOfLostEvents) {
+  Blocked slow;
+  std::atomic<int> told{0};
+  const EventManager* asked = nullptr;
+  EventManager manager(1, [&] {
+    asked->status();
+    ++told;
+  });
+  asked = &manager;
+  manager.raise(kCreated, node("unheard"));
+  subscribe(manager, slow.handler, {kCreated, kDeleted});
+  EXPECT_EQ(1, told);
+  manager.raise(kCreated, node("0"));
+  slow.waitUntilInside();
+  manager.raise(kCreated, node("1"));
+  manager.raise(kCreated, node("2"));
+  slow.letGo();
+  EXPECT_TRUE(manager.flush(kLong));
+  EXPECT_EQ(2, told);
+  unsubscribe(manager, slow.handler, {kCreated, kDeleted});
+  Blocked leaving;
+  subscribe(manager, leaving.handler, {kCreated, kDeleted});
+  manager.raise(kCreated, node("3"));
+  leaving.waitUntilInside();
+  manager.raise(kDeleted, node("4"));
+  std::thread letGo([&] {
+    awaitStatus(manager, &EventManager::Status::queued, std::size_t{0});
+    leaving.letGo();
+  });
+  unsubscribe(manager, leaving.handler, {kDeleted});
+  letGo.join();
+  EXPECT_EQ(3, told);
+}
+
+TEST_F(EventManagerTest, TellsOfLostEventsOnceBeforeTheNextIsHandled) {
+  std::vector<std::string> told;
+  Gate inside;
+  Gate leave;
+  Recorder slow([&](int /*eventId*/, const TEEvent& event) {
+    told.push_back(event.nodes.front().nodeId);
+    inside.open();
+    leave.pass();
+  });
+  EventManager manager(1, [&] { told.emplace_back("lost"); });
+  subscribe(manager, slow, {kCreated});
+  manager.raise(kCreated, node("0"));
+  inside.pass();
+  for (const char* id : {"1", "2", "3"}) {
+    manager.raise(kCreated, node(id));
+  }
+  leave.open();
+  EXPECT_TRUE(manager.flush(kLong));
+  manager.raise(kCreated, node("4"));
+  EXPECT_TRUE(manager.flush(kLong));
+  EXPECT_THAT(told, ElementsAre("0", "lost", "3", "4"));
+}
+
+TEST_F(EventManagerTest, TellsTheFirstWhoSubscribesAfterEventsThatNobodyHeard) {
+  int told = 0;
+  Recorder handler;
+  EventManager manager(EventManager::kDefaultQueueLimit, [&] { ++told; });
+  subscribe(manager, handler, {kChanged});
+  manager.raise(kChanged, node("heard"));
+  EXPECT_TRUE(manager.flush(kLong));
+  EXPECT_EQ(0, told);
+  manager.raise(kCreated, node("unheard"));
+  EXPECT_EQ(0, told);
+  subscribe(manager, handler, {kCreated, kDeleted});
+  EXPECT_EQ(1, told);
+  EXPECT_EQ(0U, manager.status().dropped);
+  EXPECT_THAT(handler.events(), ElementsAre("374 heard"));
+}
+
+TEST_F(EventManagerTest, GoesOnThoughNobodyCanBeToldOfLostEvents) {
+  Recorder handler;
+  EventManager manager(1, [] { throw std::bad_alloc(); });
+  manager.raise(kCreated, node("unheard"));
+  subscribe(manager, handler, {kCreated});
+  manager.raise(kCreated, node("heard"));
+  EXPECT_TRUE(manager.flush(kLong));
+  EXPECT_THAT(handler.events(), ElementsAre("372 heard"));
+}
+
+TEST_F(EventManagerTest, LogsOnceEachTimeThatAQueueBecomesTooFull) {
+  std::array<Gate, 2> inside;
+  std::array<Gate, 2> leave;
+  std::size_t calls = 0;
+  Recorder slow([&](int /*eventId*/, const TEEvent& event) {
+    if (event.nodes.front().nodeId == "block") {
+      inside[calls].open();
+      leave[calls].pass();
+      ++calls;
+    }
+  });
+  EventManager manager(2);
+  subscribe(manager, slow, {kCreated});
+  for (std::size_t i = 0; i < 2; ++i) {
+    manager.raise(kCreated, node("block"));
+    inside[i].pass();
+    for (const char* id : {"1", "2", "3", "4"}) {
+      manager.raise(kCreated, node(id));
+    }
+    EXPECT_THAT(takeLogLines(), ElementsAre("1 topo-agentd:0 a handler of event 372 is too slow: 2 "
+                                            "events wait for it, older ones are dropped"));
+    leave[i].open();
+    EXPECT_TRUE(manager.flush(kLong));
+  }
+  EXPECT_EQ(4U, manager.status().dropped);
+}
+
+TEST_F(EventManagerTest, LogsASubscriptionThatFails) {
+  Recorder handler;
+  EventManager manager;
+  {
+    const support::NoThreads none;
+    EXPECT_THROW(subscribe(manager, handler, {kCreated}), std::system_error);
+  }
+  EXPECT_THAT(takeLogLines(),
+              ElementsAre(StartsWith("1 topo-agentd:0 a handler cannot subscribe to event 372: ")));
+  EXPECT_EQ(0U, manager.status().subscriptions);
+}
+
+TEST_F(EventManagerTest, SaysWhenEventsAreNotHandledInTime) {
+  Blocked slow;
+  EventManager manager;
+  subscribe(manager, slow.handler, {kCreated});
+  manager.raise(kCreated, node("a"));
+  slow.waitUntilInside();
+  EXPECT_FALSE(manager.flush(std::chrono::milliseconds::zero()));  // one that is being handled
+  manager.raise(kCreated, node("b"));
+  EXPECT_FALSE(manager.flush(kShort));  // and one that waits
+  slow.letGo();
+  EXPECT_TRUE(manager.flush(kLong));
+  EXPECT_THAT(slow.handler.events(), ElementsAre("372 a", "372 b"));
+}
+
+// The handler raises two events in each call: there is always one that waits.
+TEST_F(EventManagerTest, DoesNotWaitForWhatIsRaisedMeanwhile) {
+  Recorder endless([](int /*eventId*/, const TEEvent& /*event*/) {
+    for (int i = 0; i < 2; ++i) {
+      static_cast<EventManager*>(TEEventMgr::Instance())->raise(kCreated, {});
+    }
+  });
+  EventManager manager;
+  subscribe(manager, endless, {kCreated});
+  manager.raise(kCreated, {});
+  EXPECT_TRUE(manager.flush(kLong));
+  EXPECT_FALSE(endless.events().empty());
+  unsubscribe(manager, endless, {kCreated});
+}
+
+TEST_F(EventManagerTest, CountsWhatItDoes) {
+  Blocked slow;
+  Recorder quick;
+  EventManager manager;
+  EXPECT_EQ(0U, manager.status().subscriptions);
+  subscribe(manager, slow.handler, {kCreated, kDeleted});
+  subscribe(manager, quick, {kCreated});
+  EXPECT_EQ(3U, manager.status().subscriptions);
+  manager.raise(kCreated, {});
+  slow.waitUntilInside();
+  manager.raise(kCreated, {});
+  manager.raise(kDeleted, {});
+  awaitStatus(manager, &EventManager::Status::delivered, std::uint64_t{2});
+  EXPECT_EQ(2U, manager.status().queued);
+  slow.letGo();
+  EXPECT_TRUE(manager.flush(kLong));
+  EXPECT_EQ(5U, manager.status().delivered);
+  EXPECT_EQ(0U, manager.status().queued);
+  EXPECT_EQ(0U, manager.status().failed);
+  EXPECT_EQ(0U, manager.status().dropped);
+}
+
+TEST_F(EventManagerTest, WaitsForRunningCallsAndDropsTheRestAtItsEnd) {
+  Gate inside;
+  std::atomic<bool> left{false};
+  auto manager = std::make_unique<EventManager>();
+  Recorder handler([&, running = manager.get()](int /*eventId*/, const TEEvent& /*event*/) {
+    inside.open();
+    awaitStatus(*running, &EventManager::Status::subscriptions, std::size_t{0});  // its end begins
+    unsubscribe(*TEEventMgr::Instance(), handler, {kCreated});
+    left = true;
+  });
+  subscribe(*manager, handler, {kCreated});
+  manager->raise(kCreated, node("a"));
+  inside.pass();
+  manager->raise(kCreated, node("b"));
+  manager.reset();
+  EXPECT_TRUE(left);
+  EXPECT_THAT(handler.events(), ElementsAre("372 a"));
+}
+
+}  // namespace

@@ -1,0 +1,299 @@
+// The native network format: what is read, and what is refused with which line.
+
+#include <gtest/gtest.h>
+
+#include "tests/unit/agent/support/NetworkFiles.h"
+
+namespace {
+
+std::string refusalOfNodes(const std::string& nodes) {
+  return refusalOf(withFormat(R"("topoNodes":[)" + nodes + ']'));
+}
+
+TEST(JsonNetwork, ReadsEveryField) {
+  const std::string expected =
+      "ems E\n"
+      "node S|0|name S|7|4294967295|-5|6|location=Hall4||3|second=\n"
+      "node NE=3|S|three|1|2|0|0\n"
+      "element 3|three|1\n"
+      "position NE=3|label|-1|1\n"
+      "link L|SDH/x|NE=3|NE=4\n"
+      "label 201|L|stored\n";
+  EXPECT_EQ(expected, describe(readText(withFormat(R"(
+    "ems": "E",
+    "topoNodes": [
+      {"id": "S", "parent": "0", "name": "name S", "type": 7, "parentType": 4294967295,
+       "params": [-5, 6], "attributes": [["location", "Hall4||3"], ["second", ""]]},
+      {"id": "NE=3", "parent": "S", "name": "three", "type": 1}],
+    "networkElements": [{"number": 3, "name": "three", "shown": true}],
+    "clockPositions": [{"reference": "NE=3", "label": "label", "values": [-1, 1]}],
+    "clockLinks": [{"id": "L", "name": "SDH/x", "a": "NE=3", "z": "NE=4"}],
+    "objectLabels": [{"type": 201, "id": "L", "label": "stored"}])"))));
+}
+
+TEST(JsonNetwork, GivesFieldsThatAreLeftOutTheirDefaults) {
+  const std::string expected =
+      "ems \n"
+      "node S|||2|2|0|0\n"
+      "element 3||0\n"
+      "position P||0|0\n"
+      "link L|||\n"
+      "label 0|O|\n";
+  EXPECT_EQ(expected, describe(readText(withFormat(R"(
+    "topoNodes": [{"id": "S"}], "networkElements": [{"number": 3}],
+    "clockPositions": [{"reference": "P"}], "clockLinks": [{"id": "L"}],
+    "objectLabels": [{"id": "O"}])"))));
+}
+
+TEST(JsonNetwork, MayHoldNothingButItsFormat) {
+  EXPECT_EQ("ems \n", describe(readText(R"({"format":"topo-network/1"})")));
+}
+
+TEST(JsonNetwork, MayNameItsFormatLast) {
+  EXPECT_EQ("ems E\nelement 1||0\n", describe(readText(R"({"ems":"E",
+    "networkElements":[{"number":1}],"format":"topo-network/1"})")));
+}
+
+TEST(JsonNetwork, MayStartWithAByteOrderMarkAndBlanks) {
+  EXPECT_EQ("ems \n", describe(readText("\xef\xbb\xbf \r\n\t{\"format\":\"topo-network/1\"}")));
+}
+
+TEST(JsonNetwork, IsKnownByItsContentWhateverTheNameOfTheFile) {
+  EXPECT_EQ("ems \n", describe(readText(R"({"format":"topo-network/1"})", "network.graphml")));
+}
+
+TEST(JsonNetwork, AcceptsEveryRootMarkerAsAParent) {
+  EXPECT_EQ("", refusalOfNodes(R"({"id":"a","parent":""},{"id":"b","parent":"0"},
+    {"id":"c","parent":"QNMAP_PHY_SUBMAP"})"));
+}
+
+TEST(JsonNetwork, AcceptsAParentThatStandsAfterItsChild) {
+  EXPECT_EQ("", refusalOfNodes(R"({"id":"child","parent":"parent"},{"id":"parent"})"));
+}
+
+TEST(JsonNetwork, AcceptsTheLimitsOfEveryNumber) {
+  EXPECT_EQ("", refusalOf(withFormat(R"(
+    "topoNodes":[{"id":"a","type":0,"parentType":4294967295,"params":[-2147483648,2147483647]}],
+    "networkElements":[{"number":-2147483648},{"number":2147483647}],
+    "objectLabels":[{"id":"a","type":-2147483648},{"id":"a","type":2147483647}])")));
+}
+
+TEST(JsonNetwork, RefusesWhatIsNotJson) {
+  EXPECT_EQ("network.json: 1:1: syntax error while parsing value - invalid literal; last read: 'h'",
+            refusalOf("hello"));
+}
+
+TEST(JsonNetwork, NamesLineAndColumnOfASyntaxError) {
+  EXPECT_EQ(
+      "network.json: 3:13: syntax error while parsing object - unexpected string literal; "
+      "expected '}'",
+      refusalOf("{\n\"format\": \"topo-network/1\",\n\"ems\":\"é\" \"x\"}"));
+}
+
+TEST(JsonNetwork, RefusesATruncatedFile) {
+  EXPECT_EQ(
+      "network.json: 1:51: syntax error while parsing array - unexpected end of input; expected "
+      "']'",
+      refusalOf(R"({"format":"topo-network/1","topoNodes":[{"id":"a"})"));
+}
+
+TEST(JsonNetwork, RefusesTextAfterTheNetwork) {
+  EXPECT_EQ(
+      "network.json: 1:28: syntax error while parsing value - unexpected '}'; expected end of "
+      "input",
+      refusalOf(R"({"format":"topo-network/1"}})"));
+}
+
+TEST(JsonNetwork, RefusesARootThatIsNoObject) {
+  EXPECT_EQ("network.json: top level: must be an object, not a list", refusalOf("[1]"));
+  EXPECT_EQ("network.json: top level: must be an object, not a number", refusalOf("5"));
+  EXPECT_EQ("network.json: top level: must be an object, not null", refusalOf("null"));
+}
+
+TEST(JsonNetwork, RefusesAMissingFormat) {
+  EXPECT_EQ("network.json: format: is missing", refusalOf("{}"));
+}
+
+TEST(JsonNetwork, RefusesAnotherFormat) {
+  EXPECT_EQ(R"(network.json: format: must be "topo-network/1", not "topo-network/2")",
+            refusalOf(R"({"format":"topo-network/2"})"));
+}
+
+TEST(JsonNetwork, RefusesAFormatThatIsNoText) {
+  EXPECT_EQ("network.json: format: must be a text, not a number", refusalOf(R"({"format":1})"));
+}
+
+TEST(JsonNetwork, RefusesAnUnknownField) {
+  EXPECT_EQ(R"(network.json: top level: has the unknown field "topoNode")",
+            refusalOf(withFormat(R"("topoNode":[])")));
+  EXPECT_EQ(R"(network.json: topoNodes[1]: has the unknown field "nmae")",
+            refusalOfNodes(R"({"id":"a"},{"id":"b","nmae":"x"})"));
+}
+
+TEST(JsonNetwork, RefusesAFieldThatStandsTwice) {
+  EXPECT_EQ(R"(network.json: top level: has the field "ems" twice)",
+            refusalOf(withFormat(R"("ems":"a","ems":"a")")));
+  EXPECT_EQ(R"(network.json: topoNodes[0]: has the field "id" twice)",
+            refusalOfNodes(R"({"id":"a","id":"b"})"));
+}
+
+TEST(JsonNetwork, RefusesAListThatIsNone) {
+  EXPECT_EQ("network.json: topoNodes: must be a list, not an object",
+            refusalOf(withFormat(R"("topoNodes":{})")));
+  EXPECT_EQ("network.json: clockLinks: must be a list, not null",
+            refusalOf(withFormat(R"("clockLinks":null)")));
+}
+
+TEST(JsonNetwork, RefusesAnEntryThatIsNoObject) {
+  EXPECT_EQ("network.json: topoNodes[1]: must be an object, not a text",
+            refusalOfNodes(R"({"id":"a"},"b")"));
+}
+
+TEST(JsonNetwork, RefusesAMissingRequiredField) {
+  EXPECT_EQ("network.json: topoNodes[0].id: is missing", refusalOfNodes("{}"));
+  EXPECT_EQ("network.json: networkElements[0].number: is missing",
+            refusalOf(withFormat(R"("networkElements":[{}])")));
+  EXPECT_EQ("network.json: clockPositions[0].reference: is missing",
+            refusalOf(withFormat(R"("clockPositions":[{}])")));
+  EXPECT_EQ("network.json: clockLinks[0].id: is missing",
+            refusalOf(withFormat(R"("clockLinks":[{}])")));
+  EXPECT_EQ("network.json: objectLabels[0].id: is missing",
+            refusalOf(withFormat(R"("objectLabels":[{}])")));
+}
+
+TEST(JsonNetwork, RefusesATextThatIsNone) {
+  EXPECT_EQ("network.json: ems: must be a text, not true or false",
+            refusalOf(withFormat(R"("ems":true)")));
+  EXPECT_EQ("network.json: topoNodes[0].id: must be a text, not a number",
+            refusalOfNodes(R"({"id":1})"));
+  EXPECT_EQ("network.json: topoNodes[0].parent: must be a text, not null",
+            refusalOfNodes(R"({"id":"a","parent":null})"));
+}
+
+TEST(JsonNetwork, RefusesAnEmptyNodeId) {
+  EXPECT_EQ("network.json: topoNodes[0].id: must not be empty", refusalOfNodes(R"({"id":""})"));
+}
+
+TEST(JsonNetwork, RefusesANumberThatIsNone) {
+  EXPECT_EQ("network.json: networkElements[0].number: must be a whole number, not a text",
+            refusalOf(withFormat(R"("networkElements":[{"number":"1"}])")));
+}
+
+TEST(JsonNetwork, RefusesANumberBeyondSigned32Bits) {
+  EXPECT_EQ(
+      "network.json: networkElements[0].number: must be a whole number from -2147483648 to "
+      "2147483647, not 2147483648",
+      refusalOf(withFormat(R"("networkElements":[{"number":2147483648}])")));
+  EXPECT_EQ(
+      "network.json: topoNodes[0].params[1]: must be a whole number from -2147483648 to "
+      "2147483647, not -2147483649",
+      refusalOfNodes(R"({"id":"a","params":[0,-2147483649]})"));
+}
+
+TEST(JsonNetwork, RefusesANumberBeyondUnsigned32Bits) {
+  EXPECT_EQ(
+      "network.json: topoNodes[0].type: must be a whole number from 0 to 4294967295, not "
+      "4294967296",
+      refusalOfNodes(R"({"id":"a","type":4294967296})"));
+  EXPECT_EQ(
+      "network.json: topoNodes[0].parentType: must be a whole number from 0 to 4294967295, not -1",
+      refusalOfNodes(R"({"id":"a","parentType":-1})"));
+}
+
+TEST(JsonNetwork, RefusesANumberBeyond64Bits) {
+  EXPECT_EQ(
+      "network.json: topoNodes[0].type: must be a whole number from 0 to 4294967295, not 1e+20",
+      refusalOfNodes(R"({"id":"a","type":100000000000000000000})"));
+}
+
+TEST(JsonNetwork, RefusesANumberBeyondFloatingPoint) {
+  EXPECT_EQ("network.json: 1:62: number overflow parsing '1e999'",
+            refusalOfNodes(R"({"id":"a","type":1e999})"));
+}
+
+TEST(JsonNetwork, RefusesAFraction) {
+  EXPECT_EQ(
+      "network.json: clockPositions[0].values[0]: must be a whole number from -2147483648 to "
+      "2147483647, not 1.5",
+      refusalOf(withFormat(R"("clockPositions":[{"reference":"a","values":[1.5,0]}])")));
+}
+
+TEST(JsonNetwork, RefusesAFlagThatIsNone) {
+  EXPECT_EQ("network.json: networkElements[0].shown: must be true or false, not a number",
+            refusalOf(withFormat(R"("networkElements":[{"number":1,"shown":1}])")));
+}
+
+TEST(JsonNetwork, RefusesAPairThatIsNone) {
+  EXPECT_EQ("network.json: topoNodes[0].params: must have 2 entries, not 1",
+            refusalOfNodes(R"({"id":"a","params":[1]})"));
+  EXPECT_EQ("network.json: clockPositions[0].values: must have 2 entries, not 0",
+            refusalOf(withFormat(R"("clockPositions":[{"reference":"a","values":[]}])")));
+  EXPECT_EQ("network.json: topoNodes[0].attributes[1]: must have 2 entries, not 3",
+            refusalOfNodes(R"({"id":"a","attributes":[["a","b"],["a","b","c"]]})"));
+  EXPECT_EQ("network.json: topoNodes[0].attributes[0]: must be a list, not a text",
+            refusalOfNodes(R"({"id":"a","attributes":["a"]})"));
+  EXPECT_EQ("network.json: topoNodes[0].attributes[0][1]: must be a text, not a number",
+            refusalOfNodes(R"({"id":"a","attributes":[["a",1]]})"));
+}
+
+TEST(JsonNetwork, RefusesADuplicateNodeId) {
+  EXPECT_EQ(R"(network.json: topoNodes[2].id: "a" is already that of topoNodes[0])",
+            refusalOfNodes(R"({"id":"a"},{"id":"b"},{"id":"a"})"));
+}
+
+TEST(JsonNetwork, RefusesADuplicateElementNumber) {
+  EXPECT_EQ("network.json: networkElements[1].number: 5 is already that of networkElements[0]",
+            refusalOf(withFormat(R"("networkElements":[{"number":5},{"number":5}])")));
+}
+
+TEST(JsonNetwork, RefusesADuplicateClockReference) {
+  EXPECT_EQ(
+      R"(network.json: clockPositions[1].reference: "p" is already that of clockPositions[0])",
+      refusalOf(withFormat(R"("clockPositions":[{"reference":"p"},{"reference":"p"}])")));
+}
+
+TEST(JsonNetwork, RefusesADuplicateClockLinkId) {
+  EXPECT_EQ(R"(network.json: clockLinks[1].id: "l" is already that of clockLinks[0])",
+            refusalOf(withFormat(R"("clockLinks":[{"id":"l"},{"id":"l"}])")));
+}
+
+TEST(JsonNetwork, RefusesTwoLabelsOfOneObject) {
+  EXPECT_EQ(R"(network.json: objectLabels[2]: 201 "o" is already that of objectLabels[0])",
+            refusalOf(withFormat(R"("objectLabels":[{"type":201,"id":"o"},{"type":1,"id":"o"},
+              {"type":201,"id":"o","label":"x"}])")));
+}
+
+TEST(JsonNetwork, RefusesAParentThatDoesNotExist) {
+  EXPECT_EQ(R"(network.json: topoNodes[1].parent: "c" does not exist)",
+            refusalOfNodes(R"({"id":"a"},{"id":"b","parent":"c"})"));
+}
+
+TEST(JsonNetwork, RefusesAParentCycle) {
+  EXPECT_EQ("network.json: topoNodes[1].parent: makes the node its own ancestor",
+            refusalOfNodes(R"({"id":"entry","parent":"a"},{"id":"a","parent":"b"},
+              {"id":"b","parent":"a"})"));
+}
+
+TEST(JsonNetwork, RefusesANodeThatIsItsOwnParent) {
+  EXPECT_EQ("network.json: topoNodes[0].parent: makes the node its own ancestor",
+            refusalOfNodes(R"({"id":"a","parent":"a"})"));
+}
+
+TEST(JsonNetwork, RefusesANulInAText) {
+  EXPECT_EQ("network.json: topoNodes[0].name: holds a NUL character",
+            refusalOfNodes(R"({"id":"a","name":"x\u0000y"})"));
+}
+
+TEST(JsonNetwork, RefusesHalfASurrogatePair) {
+  EXPECT_EQ(
+      "network.json: 2:14: syntax error while parsing value - invalid string: surrogate "
+      "U+D800..U+DBFF must be followed by U+DC00..U+DFFF; last read: '\"\\ud800\"'",
+      refusalOf("{\"format\":\"topo-network/1\",\n\"ems\":\"\\ud800\"}"));
+}
+
+TEST(JsonNetwork, KeepsHostileTextOutOfItsOneLine) {
+  EXPECT_EQ(R"(network.json: topoNodes[0].parent: "a\x0ab\x1b[31m\xc2\x9b" does not exist)",
+            refusalOfNodes(R"({"id":"a","parent":"a\nb\u001b[31m\u009b"})"));
+}
+
+}  // namespace

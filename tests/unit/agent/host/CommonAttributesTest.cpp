@@ -1,0 +1,218 @@
+// The setters of the contract: from their codes to the exceptions that clients see.
+
+#include "agent/host/CommonAttributes.h"
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+
+#include <csignal>
+#include <functional>
+#include <thread>
+
+#include "agent/base/FailureCodes.h"
+#include "platform/agent/Failures.h"
+#include "platform/agent/TECommonFunc.h"
+#include "tests/support/TemporaryDirectory.h"
+
+namespace {
+
+using globaldefs::NVSList_T;
+using NS_CORBA::TECommonFunc;
+
+agent::Network smallNetwork() {
+  agent::Network network;
+  for (const char* id : {"core", "west"}) {
+    NS_DOMAIN::TopoNode_T& node = network.topoNodes.emplace_back();
+    node.nodeId = id;
+    node.nodeType = NS_DOMAIN::kTopoSubnetwork;
+  }
+  return network;
+}
+
+void setPair(globaldefs::NameAndStringValue_T& pair, const char* name, const std::string& value) {
+  pair.name = CORBA::string_dup(name);
+  pair.value = CORBA::string_dup(value.c_str());
+}
+
+NVSList_T subnetwork(const std::string& id) {
+  NVSList_T name;
+  name.length(2);
+  setPair(name[0], "EMS", "E");
+  setPair(name[1], "TopoSubnetwork", id);
+  return name;
+}
+
+// "TYPE REASON" of what a failure becomes for a client, or "none".
+std::string thrownBy(const std::function<void()>& work) {
+  try {
+    work();
+  } catch (const globaldefs::ProcessingFailureException& failure) {
+    return std::to_string(failure.exceptionType) + ' ' + failure.errorReason.in();
+  }
+  return "none";
+}
+
+std::string thrownFor(CORBA::ULong code) {
+  return thrownBy([&] { NS_CORBA::ThrowException(code); });
+}
+
+std::string textOf(globaldefs::ExceptionType_T type, const std::string& reason) {
+  return std::to_string(type) + ' ' + reason;
+}
+
+std::string codeText(CORBA::ULong code) {
+  return " (code " + std::to_string(code) + ")";
+}
+
+class CommonAttributes : public testing::Test {
+ protected:
+  CommonAttributes() { store_.load(smallNetwork()); }
+
+  const support::TemporaryDirectory directory_;
+  agent::NetworkStore store_{directory_.file("store.db")};
+  agent::NetworkModel model_{smallNetwork()};
+  agent::NetworkWriter writer_{store_, model_};
+  agent::AttributeService service_{"E", writer_};
+  const agent::OfferedAttributes offered_{service_};
+
+  const std::string noObject_ =
+      textOf(globaldefs::EXCPT_ENTITY_NOT_FOUND, "no object {EMS=E, TopoSubnetwork=x}");
+  const std::string genericNoObject_ = textOf(globaldefs::EXCPT_ENTITY_NOT_FOUND, "no such object")
+                                           .append(codeText(agent::kEntityNotFound));
+};
+
+TEST_F(CommonAttributes, AreKept) {
+  EXPECT_EQ("none", thrownFor(TECommonFunc::onSetUserLabel(subnetwork("core"), "label", true)));
+  EXPECT_EQ("none", thrownFor(TECommonFunc::onSetOwner(subnetwork("core"), "owner")));
+  EXPECT_EQ("none", thrownFor(TECommonFunc::onSetNativeEMSName(subnetwork("core"), "native")));
+  EXPECT_EQ("label", model_.labelOf(54, "core"));
+  EXPECT_EQ("owner", store_.ownerOf({54, "core"}));
+  EXPECT_EQ("native", store_.read().topoNodes.front().nativeName);
+  EXPECT_EQ("none", thrownFor(TECommonFunc::resetObject(subnetwork("core"))));
+  EXPECT_EQ("", model_.labelOf(54, "core"));
+}
+
+TEST_F(CommonAttributes, HandTheStoredInformationBack) {
+  NVSList_T info;
+  info.length(1);
+  setPair(info[0], "a", "1");
+  std::string reason;
+  EXPECT_EQ(0U, TECommonFunc::onSetAdditionalInfo(subnetwork("core"), info, reason));
+  setPair(info[0], "b", "2");
+  EXPECT_EQ(0U, TECommonFunc::onSetAdditionalInfo(subnetwork("core"), info, reason));
+  ASSERT_EQ(2U, info.length());
+  EXPECT_STREQ("a", info[0].name.in());
+  EXPECT_STREQ("2", info[1].value.in());
+  EXPECT_EQ("", reason);
+}
+
+TEST_F(CommonAttributes, FailWithATypeAndAReason) {
+  EXPECT_EQ(noObject_, thrownFor(TECommonFunc::onSetUserLabel(subnetwork("x"), "", false)));
+  EXPECT_EQ(noObject_, thrownFor(TECommonFunc::onSetOwner(subnetwork("x"), "")));
+  EXPECT_EQ(noObject_, thrownFor(TECommonFunc::onSetNativeEMSName(subnetwork("x"), "")));
+  EXPECT_EQ(noObject_, thrownFor(TECommonFunc::resetObject(subnetwork("x"))));
+  EXPECT_EQ(
+      textOf(globaldefs::EXCPT_INVALID_INPUT, "malformed name {}: it has 0 pairs instead of 2"),
+      thrownFor(TECommonFunc::onSetOwner(NVSList_T(), "")));
+  TECommonFunc::onSetUserLabel(subnetwork("core"), "label", true);
+  EXPECT_EQ(textOf(globaldefs::EXCPT_USERLABEL_IN_USE,
+                   "the user label \"label\" is already that of {EMS=E, TopoSubnetwork=core}"),
+            thrownFor(TECommonFunc::onSetUserLabel(subnetwork("west"), "label", true)));
+}
+
+TEST_F(CommonAttributes, FailWithTheReasonOfAdditionalInformation) {
+  NVSList_T info;
+  std::string reason;
+  const CORBA::ULong code = TECommonFunc::onSetAdditionalInfo(subnetwork("x"), info, reason);
+  EXPECT_EQ(noObject_, thrownBy([&] { NS_CORBA::ThrowException(code, reason); }));
+  EXPECT_EQ(genericNoObject_, thrownFor(code));
+}
+
+TEST_F(CommonAttributes, TakeMissingTextsForEmptyOnes) {
+  EXPECT_EQ(0U, TECommonFunc::onSetUserLabel(subnetwork("core"), nullptr, true));
+  EXPECT_EQ(0U, TECommonFunc::onSetOwner(subnetwork("core"), nullptr));
+  EXPECT_EQ(0U, TECommonFunc::onSetNativeEMSName(subnetwork("core"), nullptr));
+}
+
+TEST_F(CommonAttributes, GiveAReasonAwayOnce) {
+  const CORBA::ULong code = TECommonFunc::onSetOwner(subnetwork("x"), "");
+  EXPECT_EQ(noObject_, thrownFor(code));
+  EXPECT_EQ(genericNoObject_, thrownFor(code));
+}
+
+TEST_F(CommonAttributes, GiveTheirReasonToAConstructedExceptionToo) {
+  const CORBA::ULong code = TECommonFunc::onSetOwner(subnetwork("x"), "");
+  globaldefs::ProcessingFailureException failure;
+  NS_CORBA::ConstructException(code, failure);
+  EXPECT_STREQ("no object {EMS=E, TopoSubnetwork=x}", failure.errorReason.in());
+}
+
+TEST_F(CommonAttributes, GiveNoReasonToAnotherFailure) {
+  const CORBA::ULong code = TECommonFunc::onSetOwner(subnetwork("x"), "");
+  EXPECT_EQ(
+      textOf(globaldefs::EXCPT_INTERNAL_ERROR, "internal error" + codeText(agent::kInternalError)),
+      thrownFor(agent::kInternalError));
+  EXPECT_EQ(genericNoObject_, thrownFor(code));
+}
+
+TEST_F(CommonAttributes, GiveNoReasonToAFailureAfterASuccess) {
+  const CORBA::ULong code = TECommonFunc::onSetOwner(subnetwork("x"), "");
+  NS_CORBA::ThrowException(0);
+  EXPECT_EQ(genericNoObject_, thrownFor(code));
+  TECommonFunc::onSetOwner(subnetwork("x"), "");
+  TECommonFunc::onSetOwner(subnetwork("core"), "");
+  EXPECT_EQ(genericNoObject_, thrownFor(code));
+}
+
+TEST_F(CommonAttributes, GiveNoReasonToAnotherThread) {
+  const CORBA::ULong code = TECommonFunc::onSetOwner(subnetwork("x"), "");
+  std::string other;
+  std::thread([&] { other = thrownFor(code); }).join();
+  EXPECT_EQ(genericNoObject_, other);
+  EXPECT_EQ(noObject_, thrownFor(code));
+}
+
+TEST_F(CommonAttributes, PreferTheTextThatIsGiven) {
+  const CORBA::ULong code = TECommonFunc::onSetOwner(subnetwork("x"), "");
+  EXPECT_EQ(textOf(globaldefs::EXCPT_ENTITY_NOT_FOUND, "given"),
+            thrownBy([&] { NS_CORBA::ThrowException(code, "given"); }));
+}
+
+TEST_F(CommonAttributes, AreAllSupported) {
+  common::CapabilityList_T_var list;
+  TECommonFunc::onGetCapabilities(list.out(), {"a::setOwner"}, {"a::get"});
+  ASSERT_EQ(2U, list->length());
+  EXPECT_STREQ("a::setOwner", list[CORBA::ULong{0}].name.in());
+  EXPECT_STREQ("Supported", list[CORBA::ULong{0}].value.in());
+  EXPECT_STREQ("a::get", list[CORBA::ULong{1}].name.in());
+  EXPECT_STREQ("Supported", list[CORBA::ULong{1}].value.in());
+}
+
+// In a process of its own, whose files may not grow beyond what its log takes.
+TEST_F(CommonAttributes, TellTheLogAndNotTheClientThatTheStoreFails) {
+  const auto fail = [&] {
+    signal(SIGXFSZ, SIG_IGN);
+    const rlimit small{4096, 4096};
+    setrlimit(RLIMIT_FSIZE, &small);
+    const std::string thrown = thrownFor(TECommonFunc::onSetOwner(subnetwork("core"), "owner"));
+    exit(thrown == textOf(globaldefs::EXCPT_INTERNAL_ERROR,
+                          "internal error" + codeText(agent::kInternalError))
+             ? 0
+             : 1);
+  };
+  EXPECT_EXIT(fail(), testing::ExitedWithCode(0),
+              "setOwner: \\{EMS=E, TopoSubnetwork=core\\}: .*store.db: ");
+}
+
+TEST(CommonAttributesWithoutAService, AreNotImplemented) {
+  NVSList_T info;
+  std::string reason = "old";
+  EXPECT_EQ(textOf(globaldefs::EXCPT_NOT_IMPLEMENTED,
+                   "not implemented" + codeText(agent::kNotImplemented)),
+            thrownFor(TECommonFunc::onSetOwner(subnetwork("core"), "")));
+  EXPECT_EQ(agent::kNotImplemented,
+            TECommonFunc::onSetAdditionalInfo(subnetwork("core"), info, reason));
+  EXPECT_EQ("", reason);
+}
+
+}  // namespace

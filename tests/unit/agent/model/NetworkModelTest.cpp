@@ -1,0 +1,152 @@
+#include "agent/model/NetworkModel.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <thread>
+
+#include "tests/unit/agent/support/NetworkFiles.h"
+
+namespace {
+
+using agent::NetworkModel;
+
+std::vector<std::int32_t> numbersOf(const std::vector<NS_DOMAIN::NEIndex>& indexes) {
+  std::vector<std::int32_t> numbers;
+  numbers.reserve(indexes.size());
+  for (const auto& index : indexes) {
+    numbers.push_back(index.number);
+  }
+  return numbers;
+}
+
+TEST(NetworkModel, IsEmptyWithoutANetwork) {
+  const NetworkModel model;
+  EXPECT_EQ("", model.ems());
+  EXPECT_EQ(0U, model.topoNodeCount());
+  EXPECT_TRUE(model.clockPositions().empty());
+  EXPECT_TRUE(model.clockLinks().empty());
+}
+
+TEST(NetworkModel, AppendsTheNodesInTheirOrder) {
+  const NetworkModel model(sampleNetwork());
+  std::vector<NS_DOMAIN::TopoNode_T> nodes(1);
+  model.appendTopoNodes(nodes);
+  ASSERT_EQ(5U, nodes.size());
+  EXPECT_EQ("", nodes[0].nodeId);
+  EXPECT_EQ("root", nodes[1].nodeId);
+  EXPECT_EQ("Hall4||3", nodes[1].extendedAttributes.front().second);
+  EXPECT_EQ("a", nodes[4].nodeId);
+  EXPECT_EQ(4U, model.topoNodeCount());
+}
+
+TEST(NetworkModel, ListsAllElementsOrTheShownOnes) {
+  const NetworkModel model(sampleNetwork());
+  std::vector<NS_DOMAIN::NEIndex> all;
+  std::vector<NS_DOMAIN::NEIndex> shown;
+  model.appendNEIndexes(all, false);
+  model.appendNEIndexes(shown, true);
+  EXPECT_EQ((std::vector<std::int32_t>{7, -5, 6}), numbersOf(all));
+  EXPECT_EQ((std::vector<std::int32_t>{-5, 6}), numbersOf(shown));
+}
+
+TEST(NetworkModel, GivesElementsInTheOrderOfTheIndexesWithoutTheUnknown) {
+  const NetworkModel model(sampleNetwork());
+  std::vector<NS_DOMAIN::NE_T> elements;
+  model.appendNEs(elements, {{0, 6}, {0, 99}, {3, 7}, {0, 6}});
+  ASSERT_EQ(3U, elements.size());
+  EXPECT_EQ("six", elements[0].name);
+  EXPECT_EQ(7, elements[1].number);
+  EXPECT_EQ(3, elements[1].first);
+  EXPECT_EQ("seven", elements[1].name);
+  EXPECT_EQ(6, elements[2].number);
+}
+
+TEST(NetworkModel, KnowsOnlySubnetworksAsSubnetworks) {
+  const NetworkModel model(sampleNetwork());
+  EXPECT_TRUE(model.hasTopoSubnetwork("root"));
+  EXPECT_FALSE(model.hasTopoSubnetwork("NE=5"));  // an element
+  EXPECT_FALSE(model.hasTopoSubnetwork("b\nb"));  // of another type
+  EXPECT_FALSE(model.hasTopoSubnetwork("QNMAP_PHY_SUBMAP"));
+  EXPECT_FALSE(model.hasTopoSubnetwork(""));
+}
+
+TEST(NetworkModel, FindsLabelsByTypeAndId) {
+  const NetworkModel model(sampleNetwork());
+  EXPECT_EQ("stored", model.labelOf(201, "z"));
+  EXPECT_EQ("", model.labelOf(-1, "z"));
+  EXPECT_EQ("", model.labelOf(200, "z"));
+  EXPECT_EQ("", model.labelOf(201, "a"));
+}
+
+TEST(NetworkModel, ServesClockObjectsInTheirOrder) {
+  const NetworkModel model(sampleNetwork());
+  ASSERT_EQ(2U, model.clockPositions().size());
+  EXPECT_EQ("NE=7", model.clockPositions()[0].reference);
+  ASSERT_EQ(2U, model.clockLinks().size());
+  EXPECT_EQ("z", model.clockLinks()[0].linkId);
+  EXPECT_EQ("a", model.clockLinks()[1].linkId);
+}
+
+TEST(NetworkModel, ServesTheNetworkThatReplacedAnother) {
+  NetworkModel model(sampleNetwork());
+  model.replace(wideNetwork(3));
+  EXPECT_EQ(3U, model.topoNodeCount());
+  EXPECT_TRUE(model.hasTopoSubnetwork("node 2"));
+  EXPECT_FALSE(model.hasTopoSubnetwork("root"));
+  EXPECT_EQ("", model.labelOf(201, "z"));
+}
+
+TEST(NetworkModel, ShowsReadersOneNetworkOrTheOther) {
+  NetworkModel model(wideNetwork(10));
+  std::atomic<bool> stop{false};
+  std::atomic<int> wrong{0};
+  const auto read = [&] {
+    while (!stop) {
+      std::vector<NS_DOMAIN::TopoNode_T> nodes;
+      model.appendTopoNodes(nodes);
+      wrong += nodes.size() != 10 && nodes.size() != 20 ? 1 : 0;
+    }
+  };
+  std::vector<std::thread> readers;
+  readers.reserve(3);
+  for (int i = 0; i < 3; ++i) {
+    readers.emplace_back(read);
+  }
+  for (std::size_t i = 0; i < 50; ++i) {
+    model.replace(wideNetwork(i % 2 == 0 ? 20 : 10));
+  }
+  stop = true;
+  for (std::thread& reader : readers) {
+    reader.join();
+  }
+  EXPECT_EQ(0, wrong);
+}
+
+TEST(NetworkModel, KnowsWhatIsInEveryList) {
+  const NetworkModel model(sampleNetwork());
+  EXPECT_TRUE(model.hasTopoNode("b\nb"));
+  EXPECT_FALSE(model.hasTopoNode("none"));
+  EXPECT_TRUE(model.hasNetworkElement(-5));
+  EXPECT_FALSE(model.hasNetworkElement(5));
+  EXPECT_TRUE(model.hasClockPosition(""));
+  EXPECT_FALSE(model.hasClockPosition("NE=6"));
+  EXPECT_TRUE(model.hasClockLink("z"));
+  EXPECT_FALSE(model.hasClockLink("x"));
+  EXPECT_TRUE(model.hasLabel({-1, "z"}));  // an empty one
+  EXPECT_FALSE(model.hasLabel({200, "z"}));
+}
+
+TEST(NetworkModel, ShowsNothingOfWhatIsOnlyPrepared) {
+  NetworkModel model(wideNetwork(3));
+  model.prepareAddition(sampleNetwork());
+  model.prepareRemoval("node 0");
+  model.prepareRenaming({54, "node 1"}, "x");
+  model.prepareNodeRenaming("node 1", "x");
+  NetworkModel::prepareLabel({54, "node 1"}, "x");
+  EXPECT_EQ(3U, model.topoNodeCount());
+  EXPECT_FALSE(model.hasTopoNode("root"));
+  EXPECT_EQ("", model.labelOf(54, "node 1"));
+}
+
+}  // namespace

@@ -1,0 +1,290 @@
+// Managers by name, and the servants that serve them.
+
+#include "agent/northbound/ManagerRegistry.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "agent/base/FailureCodes.h"
+#include "orb/idl/TopoManagementManager.h"
+#include "platform/framework/ProcessException.h"
+
+namespace {
+
+using agent::ManagerRegistry;
+
+// A manager that counts how many of its kind live; its capability tells it from others.
+class CountedManager final : public virtual POA_TopoManagementManager::TopoMgr_I {
+ public:
+  explicit CountedManager(const std::string& capability = "") : capability_(capability) { ++live; }
+
+  void getTopoSubnetworkViewInfo(CORBA::ULong, TopoManagementManager::NodeList_T_out,
+                                 TopoManagementManager::NodeIterator_I_out) override {
+    throw CORBA::NO_IMPLEMENT();
+  }
+  void getProtectSubnetworkViewInfo(CORBA::ULong, TopoManagementManager::NodeList_T_out,
+                                    TopoManagementManager::NodeIterator_I_out) override {
+    throw CORBA::NO_IMPLEMENT();
+  }
+  void getViewInfoByTopoSubnetwork(const globaldefs::NVSList_T&, CORBA::ULong,
+                                   TopoManagementManager::NodeList_T_out,
+                                   TopoManagementManager::NodeIterator_I_out) override {
+    throw CORBA::NO_IMPLEMENT();
+  }
+  void getClockSourceSubnetworkViewInfo(CORBA::ULong, TopoManagementManager::NodeList_T_out,
+                                        TopoManagementManager::NodeIterator_I_out) override {
+    throw CORBA::NO_IMPLEMENT();
+  }
+  void getAllClockSourceViewlTopologicalLinks(
+      CORBA::ULong, topologicalLink::TopologicalLinkList_T_out,
+      topologicalLink::TopologicalLinkIterator_I_out) override {
+    throw CORBA::NO_IMPLEMENT();
+  }
+  void setNativeEMSName(const globaldefs::NVSList_T&, const char*) override {}
+  void setUserLabel(const globaldefs::NVSList_T&, const char*, CORBA::Boolean) override {}
+  void setOwner(const globaldefs::NVSList_T&, const char*) override {}
+  void getCapabilities(common::CapabilityList_T_out capabilities) override {
+    capabilities = new common::CapabilityList_T;
+    capabilities->length(1);
+    capabilities[0].name = CORBA::string_dup(capability_.c_str());
+  }
+  void setAdditionalInfo(const globaldefs::NVSList_T&, globaldefs::NVSList_T&) override {}
+
+  static std::atomic<int> live;
+
+ protected:
+  ~CountedManager() override { --live; }
+
+ private:
+  const std::string capability_;
+};
+
+std::atomic<int> CountedManager::live{0};
+
+class Managers : public testing::Test {
+ protected:
+  static void SetUpTestSuite() { server_ = orb::startServer({}, {"127.0.0.1", 0}, nullptr); }
+  static void TearDownTestSuite() { server_.reset(); }
+
+  ~Managers() override {
+    registry_.retire();
+    EXPECT_EQ(0, CountedManager::live);
+  }
+
+  // The code of the refusal; 0 when nothing was refused.
+  static CORBA::ULong refusal(const std::function<void()>& call) {
+    try {
+      call();
+      return 0;
+    } catch (ProcessException& failure) {
+      EXPECT_NE("", failure.detail.str());
+      return static_cast<CORBA::ULong>(failure.errorCode);
+    }
+  }
+
+  bool published(const std::string& name) {
+    const CORBA::Object_var reference = registry_.reference(name);
+    return !CORBA::is_nil(reference);
+  }
+
+  // What tells the manager that answers at a name.
+  std::string answerOf(const std::string& name) {
+    const CORBA::Object_var reference = registry_.reference(name);
+    const auto manager =
+        TopoManagementManager::TopoMgr_I_var(TopoManagementManager::TopoMgr_I::_narrow(reference));
+    common::CapabilityList_T_var capabilities;
+    manager->getCapabilities(capabilities);
+    return capabilities[0].name.in();
+  }
+
+  static std::unique_ptr<orb::Server> server_;
+  ManagerRegistry registry_{*server_};
+};
+
+std::unique_ptr<orb::Server> Managers::server_;
+
+TEST_F(Managers, RefuseASecondOfTheSameName) {
+  EXPECT_EQ(0U, refusal([&] { registry_.add("A", nullptr); }));
+  EXPECT_EQ(agent::kInternalError, refusal([&] { registry_.add("A", nullptr); }));
+  EXPECT_EQ(0U, refusal([&] { registry_.add("B", nullptr); }));
+}
+
+TEST_F(Managers, RefuseTheRemovalOfAnUnknownOne) {
+  EXPECT_EQ(agent::kInternalError, refusal([&] { registry_.remove("A"); }));
+  registry_.add("A", nullptr);
+  EXPECT_EQ(agent::kInternalError, refusal([&] { registry_.remove("B"); }));
+  EXPECT_EQ(0U, refusal([&] { registry_.remove("A"); }));
+  EXPECT_EQ(agent::kInternalError, refusal([&] { registry_.remove("A"); }));
+}
+
+TEST_F(Managers, TakeANameAgainAfterItsRemoval) {
+  registry_.add("A", nullptr);
+  registry_.remove("A");
+  EXPECT_EQ(0U, refusal([&] { registry_.add("A", nullptr); }));
+}
+
+TEST_F(Managers, RefuseToServeWithoutAServant) {
+  registry_.add("A", nullptr);
+  EXPECT_EQ(agent::kInternalError, refusal([&] { registry_.serve("A", nullptr); }));
+  EXPECT_FALSE(registry_.serving("A"));
+  EXPECT_FALSE(published("A"));
+}
+
+TEST_F(Managers, GoOnServingWhenANullServantIsRefused) {
+  registry_.serve("A", new CountedManager("first"));
+  EXPECT_EQ(agent::kInternalError, refusal([&] { registry_.serve("A", nullptr); }));
+  EXPECT_EQ("first", answerOf("A"));
+}
+
+TEST_F(Managers, DoNotServeWhenNeitherRegisteredNorPublished) {
+  EXPECT_FALSE(registry_.serving("A"));
+}
+
+TEST_F(Managers, DoNotServeWhenOnlyRegistered) {
+  registry_.add("A", nullptr);
+  EXPECT_FALSE(registry_.serving("A"));
+}
+
+TEST_F(Managers, DoNotServeWhenOnlyPublished) {
+  registry_.serve("A", new CountedManager);
+  EXPECT_TRUE(published("A"));
+  EXPECT_FALSE(registry_.serving("A"));
+}
+
+TEST_F(Managers, ServeWhenRegisteredAndPublished) {
+  registry_.add("A", nullptr);
+  registry_.serve("A", new CountedManager);
+  EXPECT_TRUE(registry_.serving("A"));
+  registry_.remove("A");
+  EXPECT_FALSE(registry_.serving("A"));
+  registry_.add("A", nullptr);
+  EXPECT_TRUE(registry_.serving("A"));
+  registry_.retire();
+  EXPECT_FALSE(registry_.serving("A"));
+}
+
+TEST_F(Managers, DoNotServeUnderTheNameOfAnother) {
+  registry_.add("A", nullptr);
+  registry_.serve("B", new CountedManager);
+  EXPECT_FALSE(registry_.serving("A"));
+  EXPECT_FALSE(registry_.serving("B"));
+}
+
+TEST_F(Managers, HaveAReferenceWhileTheyArePublished) {
+  EXPECT_FALSE(published("A"));
+  registry_.serve("A", new CountedManager("first"));
+  EXPECT_TRUE(published("A"));
+  EXPECT_FALSE(published("B"));
+  EXPECT_EQ("first", answerOf("A"));
+  registry_.retire();
+  EXPECT_FALSE(published("A"));
+}
+
+TEST_F(Managers, AreServedAtTheKeyThatIsTheirName) {
+  registry_.serve("A", new CountedManager);
+  const CORBA::Object_var reference = registry_.reference("A");
+  EXPECT_EQ("A", orb::objectKeyOf(reference));
+}
+
+TEST_F(Managers, ReplaceAndReleaseAnEarlierServant) {
+  registry_.serve("A", new CountedManager("first"));
+  EXPECT_EQ(1, CountedManager::live);
+  registry_.serve("A", new CountedManager("second"));
+  EXPECT_EQ(1, CountedManager::live);
+  EXPECT_EQ("second", answerOf("A"));
+}
+
+TEST_F(Managers, ServeOnWhenAnotherIsReplaced) {
+  registry_.serve("A", new CountedManager("first"));
+  registry_.serve("B", new CountedManager("other"));
+  registry_.serve("A", new CountedManager("second"));
+  EXPECT_EQ("second", answerOf("A"));
+  EXPECT_EQ("other", answerOf("B"));
+}
+
+TEST_F(Managers, ReleaseEveryServantWhenTheyRetire) {
+  registry_.serve("A", new CountedManager);
+  registry_.serve("B", new CountedManager);
+  EXPECT_EQ(2, CountedManager::live);
+  registry_.retire();
+  EXPECT_EQ(0, CountedManager::live);
+}
+
+TEST_F(Managers, RetireTwice) {
+  registry_.retire();
+  registry_.serve("A", new CountedManager);
+  registry_.retire();
+  registry_.retire();
+  EXPECT_EQ(0, CountedManager::live);
+}
+
+// --- Behind a guard.
+
+class GuardedManagers : public Managers {
+ protected:
+  ~GuardedManagers() override { guarded_.retire(); }
+
+  TopoManagementManager::TopoMgr_I_var manager() {
+    const CORBA::Object_var reference = guarded_.reference("A");
+    return TopoManagementManager::TopoMgr_I::_narrow(reference);
+  }
+
+  static std::string viewOf(const TopoManagementManager::TopoMgr_I_var& manager) {
+    TopoManagementManager::NodeList_T_var list;
+    TopoManagementManager::NodeIterator_I_var iterator;
+    try {
+      manager->getTopoSubnetworkViewInfo(1, list.out(), iterator.out());
+      return "a view";
+    } catch (const CORBA::SystemException& failure) {
+      return failure._name();
+    }
+  }
+
+  std::size_t free_ = 10000;
+  agent::ViewAdmission admission_{{1, 1000, std::chrono::milliseconds(0)},
+                                  [this](std::size_t bytes) { return bytes <= free_; },
+                                  std::chrono::steady_clock::now};
+  agent::IteratorRegistry iterators_{server_->rootPoa(), {}, std::chrono::steady_clock::now};
+  const agent::ViewGuard guard_{admission_, admission_, iterators_, [](agent::ViewKind) {
+                                  return agent::ViewSize{1, 500, 0};
+                                }};
+  ManagerRegistry guarded_{*server_, &guard_};
+};
+
+TEST_F(GuardedManagers, RefuseViewsWithoutMemoryAndServeTheRest) {
+  guarded_.serve("A", new CountedManager("first"));
+  EXPECT_EQ("NO_IMPLEMENT", viewOf(manager()));
+  free_ = 0;
+  EXPECT_EQ("NO_RESOURCES", viewOf(manager()));
+  common::CapabilityList_T_var capabilities;
+  manager()->getCapabilities(capabilities);
+  EXPECT_STREQ("first", capabilities[0].name.in());
+}
+
+TEST_F(GuardedManagers, KeepTheirTypeAndKey) {
+  guarded_.serve("A", new CountedManager);
+  const CORBA::Object_var reference = guarded_.reference("A");
+  EXPECT_EQ("A", orb::objectKeyOf(reference));
+  EXPECT_TRUE(reference->_is_a("IDL:TopoManagementManager/TopoMgr_I:1.0"));
+}
+
+TEST_F(GuardedManagers, ReleaseTheServantWhenTheyRetire) {
+  guarded_.serve("A", new CountedManager);
+  EXPECT_EQ(1, CountedManager::live);
+  guarded_.retire();
+  EXPECT_EQ(0, CountedManager::live);
+}
+
+TEST_F(Managers, ServeAgainAfterTheyRetired) {
+  registry_.serve("A", new CountedManager("first"));
+  registry_.retire();
+  registry_.serve("A", new CountedManager("second"));
+  EXPECT_EQ(1, CountedManager::live);
+  EXPECT_EQ("second", answerOf("A"));
+}
+
+}  // namespace

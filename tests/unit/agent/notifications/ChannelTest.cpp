@@ -1,0 +1,528 @@
+// The event channel: found, lost and found again.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <memory>
+#include <thread>
+
+#include "agent/notifications/ChannelSink.h"
+#include "tests/unit/agent/notifications/FakeChannel.h"
+#include "tests/unit/agent/notifications/FakeNames.h"
+#include "tests/unit/agent/notifications/Fixture.h"
+#include "tests/unit/agent/notifications/Waits.h"
+#include "tests/unit/agent/notifications/WirePeer.h"
+
+namespace {
+
+using namespace notification_tests;
+
+constexpr std::chrono::hours kNever{1};
+
+class Channels : public NotifierFixture {
+ protected:
+  Channels() : place_(server_->wellKnownObject("Channel")), channel_(server_->rootPoa()) {
+    options_.channel = referenceTo("Channel");
+    options_.firstBackOff = std::chrono::milliseconds(1);
+    options_.longestBackOff = std::chrono::milliseconds(5);
+    options_.queueLimit = 3;
+  }
+
+  ~Channels() override { notifier_.reset(); }
+
+  std::string referenceTo(const std::string& key) {
+    return "corbaloc:iiop:1.2@" + orb::format(server_->endpoint()) + "/" + key;
+  }
+
+  void open() { const CORBA::Object_var reference = place_->publish(channel_.servant()); }
+  void close() {
+    channel_.forgetProxies();
+    place_->retire();
+  }
+
+  Texts pushes(std::size_t count) { return channel_.record.waitFor(count); }
+
+  // What the log says about a channel that cannot be used, which ends at once.
+  std::string complaintAbout(const std::string& reference) {
+    options_.channel = reference;
+    options_.firstBackOff = options_.longestBackOff = kNever;
+    testing::internal::CaptureStderr();
+    start();
+    publish(2);
+    EXPECT_TRUE(eventually([this] { return !notifier_->flush(kPatience); }));
+    EXPECT_EQ((Texts{"channel 2 0 0 down"}), receivers());
+    const auto begin = std::chrono::steady_clock::now();
+    notifier_.reset();
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(2));
+    const std::string log = testing::internal::GetCapturedStderr();
+    const std::string before = " does not take notifications, they wait: ";
+    const std::size_t found = log.find(before);
+    return found == std::string::npos ? log : log.substr(found + before.size());
+  }
+
+  std::unique_ptr<orb::WellKnownObject> place_;
+  FakeChannel channel_;
+};
+
+TEST_F(Channels, GetEveryEventInAnAny) {
+  open();
+  start();
+  publish(3);
+  EXPECT_EQ((Texts{"connect 1", "1: 1", "1: 2", "1: 3"}), pushes(4));
+  EXPECT_TRUE(becomes({"channel 0 3 0"}));
+  EXPECT_EQ(orb::format(server_->endpoint()),
+            std::string(notifier_->status().receivers[0].receiver.in()));
+  notifier_.reset();
+  EXPECT_EQ("disconnect 1", pushes(5).back());
+}
+
+TEST_F(Channels, AreConnectedBeforeThereIsAnEvent) {
+  open();
+  start();
+  EXPECT_TRUE(becomes({"channel 0 0 0"}));
+}
+
+TEST_F(Channels, MayComeLaterThanTheAgent) {
+  start();
+  publish(5);
+  EXPECT_TRUE(becomes({"channel 3 0 2 down"}));
+  open();
+  EXPECT_EQ((Texts{"connect 1", "1: lost 1-2 2", "1: 3", "1: 4", "1: 5"}), pushes(5));
+  EXPECT_TRUE(becomes({"channel 0 3 2"}));
+}
+
+TEST_F(Channels, AreTriedAgainAfterThePausesOfTheOptions) {
+  using std::chrono::milliseconds;
+  Waits waits{milliseconds(100)};
+  options_.wait = waits.function();
+  options_.firstBackOff = milliseconds(30);
+  options_.longestBackOff = milliseconds(70);
+  start();
+  EXPECT_TRUE(eventually([&] { return waits.begun().size() >= 4; }));
+  Waits::Lengths begun = waits.begun();
+  begun.resize(4);
+  EXPECT_EQ(
+      (Waits::Lengths{milliseconds(30), milliseconds(60), milliseconds(70), milliseconds(70)}),
+      begun);
+  notifier_.reset();
+}
+
+TEST_F(Channels, GetWhatTheyMissedWhenTheyComeBack) {
+  open();
+  start();
+  publish(1);
+  pushes(2);
+  close();
+  publish(1);
+  EXPECT_TRUE(becomes({"channel 1 1 0 down"}));
+  publish(6);
+  EXPECT_TRUE(becomes({"channel 4 1 3 down"}));
+  open();
+  EXPECT_EQ(
+      (Texts{"connect 1", "1: 1", "connect 2", "2: 2", "2: lost 3-5 3", "2: 6", "2: 7", "2: 8"}),
+      pushes(8));
+  EXPECT_TRUE(becomes({"channel 0 5 3"}));
+}
+
+TEST_F(Channels, GiveANewProxyForOneThatIsGone) {
+  open();
+  start();
+  publish(1);
+  pushes(2);
+  channel_.forgetProxies();
+  publish(1);
+  EXPECT_EQ((Texts{"connect 1", "1: 1", "connect 2", "2: 2"}), pushes(4));
+}
+
+TEST_F(Channels, GiveANewProxyForOneThatIsGoneWhileThereIsNoEvent) {
+  options_.idleCheck = std::chrono::milliseconds(1);
+  open();
+  start();
+  pushes(1);
+  channel_.forgetProxies();
+  EXPECT_EQ((Texts{"connect 1", "connect 2"}), pushes(2));
+}
+
+TEST_F(Channels, GiveANewProxyForOneThatIsDisconnected) {
+  open();
+  std::atomic<bool> first{true};
+  channel_.onPush([&](const std::string&) {
+    if (first.exchange(false)) {
+      throw CosEventComm::Disconnected();
+    }
+  });
+  start();
+  publish(2);
+  EXPECT_EQ((Texts{"connect 1", "1: 1", "connect 2", "2: 1", "2: 2"}), pushes(5));
+  notifier_.reset();
+}
+
+TEST_F(Channels, GiveANewProxyForOneWhoseKeyIsAnotherObjects) {
+  open();
+  start();
+  publish(1);
+  EXPECT_TRUE(becomes({"channel 0 1 0"}));
+  channel_.giveKeysOfProxiesAway();
+  publish(2);
+  EXPECT_EQ((Texts{"connect 1", "1: 1", "connect 2", "2: 2", "2: 3"}), pushes(5));
+  EXPECT_TRUE(becomes({"channel 0 3 0"}));
+}
+
+TEST_F(Channels, DoNotStandStillForAnEventThatNoProxyKnowsHowToTake) {
+  open();
+  channel_.onPush([](const std::string& event) {
+    if (event == "1") {
+      throw CORBA::BAD_OPERATION(0, CORBA::COMPLETED_NO);
+    }
+  });
+  start();
+  publish(2);
+  EXPECT_EQ((Texts{"connect 1", "1: 1", "connect 2", "2: 1", "connect 3", "3: 1", "connect 4",
+                   "4: 1", "connect 5", "5: 1", "connect 6", "6: lost 1-1 1", "6: 2"}),
+            pushes(13));
+  EXPECT_TRUE(becomes({"channel 0 1 1"}));
+}
+
+TEST_F(Channels, GetAnEventAgainThatFailed) {
+  open();
+  std::atomic<int> left{2};
+  channel_.onPush([&](const std::string&) {
+    if (left-- > 0) {
+      throw CORBA::NO_RESOURCES(0, CORBA::COMPLETED_MAYBE);
+    }
+  });
+  start();
+  publish(2);
+  EXPECT_EQ((Texts{"connect 1", "1: 1", "1: 1", "1: 1", "1: 2"}), pushes(5));
+  EXPECT_TRUE(becomes({"channel 0 2 0"}));
+}
+
+TEST_F(Channels, DoNotStandStillForAnEventThatTheyNeverTake) {
+  open();
+  channel_.onPush([](const std::string& event) {
+    if (event == "1") {
+      throw CORBA::MARSHAL(0, CORBA::COMPLETED_NO);
+    }
+  });
+  start();
+  publish(2);
+  EXPECT_EQ((Texts{"connect 1", "1: 1", "1: 1", "1: 1", "1: 1", "1: 1", "1: lost 1-1 1", "1: 2"}),
+            pushes(8));
+  EXPECT_TRUE(becomes({"channel 0 1 1"}));
+}
+
+// A closed connection is no reason to wait: the channel is there, and closes it again at the same
+// event.
+TEST_F(Channels, DoNotStandStillForAnEventAtWhichTheyAlwaysClose) {
+  WirePeer peer("push", std::vector<WirePeer::Act>(10, WirePeer::Act::kClose));
+  channel_.useProxy(peer.reference(), orb());
+  open();
+  start();
+  publish(2);
+  EXPECT_TRUE(becomes({"channel 0 1 1"}));
+  Texts requests(10, "closed");
+  requests.insert(requests.end(), {"answered", "answered"});
+  EXPECT_EQ(requests, peer.requests().all());
+}
+
+TEST_F(Channels, DelayNoSubscriber) {
+  options_.queueLimit = 100;
+  Gate gate;
+  open();
+  channel_.onPush([&](const std::string&) { gate.wait(); });
+  start();
+  EXPECT_TRUE(becomes({"channel 0 0 0"}));
+  ServedConsumer consumer = makeConsumer();
+  subscribe(consumer);
+  publish(3);
+  EXPECT_EQ((Texts{"1", "2", "3"}), consumer.received().waitFor(3));
+  EXPECT_TRUE(becomes({"channel 3 0 0", "0 3 0"}));
+  gate.open();
+  EXPECT_TRUE(becomes({"channel 0 3 0", "0 3 0"}));
+}
+
+TEST_F(Channels, ThatAreAwayKeepNobodyFromWaitingForSubscribers) {
+  Gate gate;
+  const auto flushing = std::this_thread::get_id();
+  Waits waits(std::chrono::milliseconds(100), [&] {
+    if (std::this_thread::get_id() == flushing) {
+      gate.open();
+    }
+  });
+  options_.wait = waits.function();
+  start();
+  ServedConsumer consumer =
+      makeConsumer([&](const CosNotification::StructuredEvent&) { gate.wait(); });
+  subscribe(consumer);
+  EXPECT_TRUE(becomes({"channel 0 0 0 down", "0 0 0"}));
+  publish(3);
+  EXPECT_FALSE(notifier_->flush(kPatience));
+  EXPECT_EQ((Texts{"channel 3 0 0 down", "0 3 0"}), receivers());
+  gate.open();
+  notifier_.reset();
+}
+
+TEST_F(Channels, GetAnEventAgainThatTheyDidNotAnswerInTime) {
+  options_.pushTimeout = std::chrono::milliseconds(100);
+  WirePeer peer("push", std::vector<WirePeer::Act>(7, WirePeer::Act::kIgnore));
+  channel_.useProxy(peer.reference(), orb());
+  open();
+  start();
+  publish(1);
+  Texts requests(7, "ignored");
+  requests.emplace_back("answered");
+  EXPECT_EQ(requests, peer.requests().waitFor(8));
+  EXPECT_TRUE(becomes({"channel 0 1 0"}));
+}
+
+TEST_F(Channels, GetAnEventOnceMoreWhenTheyClosedTheConnection) {
+  options_.firstBackOff = kNever;  // so that it is not tried again after a failure
+  WirePeer peer("push", {WirePeer::Act::kAnswer, WirePeer::Act::kClose});
+  channel_.useProxy(peer.reference(), orb());
+  open();
+  start();
+  publish(2);
+  EXPECT_EQ((Texts{"answered", "closed", "answered"}), peer.requests().waitFor(3));
+  EXPECT_TRUE(becomes({"channel 0 2 0"}));
+}
+
+TEST_F(Channels, ThatAreSilentDoNotHoldUpTheEnd) {
+  options_.pushTimeout = std::chrono::milliseconds(1000);
+  WirePeer peer("_is_a", std::vector<WirePeer::Act>(9, WirePeer::Act::kIgnore));
+  options_.channel = peer.reference();
+  start();
+  publish(1);
+  EXPECT_EQ("ignored", peer.requests().waitFor(1).at(0));
+  const auto begin = std::chrono::steady_clock::now();
+  notifier_.reset();
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(2000));
+}
+
+TEST_F(Channels, WhoseNamingServiceIsSilentDoNotHoldUpTheEnd) {
+  options_.pushTimeout = std::chrono::milliseconds(1000);
+  WirePeer peer("_is_a", std::vector<WirePeer::Act>(9, WirePeer::Act::kIgnore));
+  options_.channel = "corbaname:iiop:1.2@127.0.0.1:" + std::to_string(peer.port()) + "#channel";
+  start();
+  EXPECT_EQ("ignored", peer.requests().waitFor(1).at(0));
+  const auto begin = std::chrono::steady_clock::now();
+  notifier_.reset();
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(2000));
+}
+
+TEST_F(Channels, ThatDoNotAnswerAStepInTimeAreTriedAgain) {
+  options_.pushTimeout = std::chrono::milliseconds(100);
+  WirePeer peer("for_suppliers", std::vector<WirePeer::Act>(9, WirePeer::Act::kIgnore));
+  options_.channel = peer.reference();
+  start();
+  EXPECT_LE(2U, peer.requests().waitFor(2).size());
+  notifier_.reset();
+}
+
+TEST_F(Channels, WhoseAdministratorDoesNotAnswerInTimeAreTriedAgain) {
+  options_.pushTimeout = std::chrono::milliseconds(100);
+  WirePeer peer("obtain_push_consumer", std::vector<WirePeer::Act>(9, WirePeer::Act::kIgnore));
+  channel_.useAdmin(peer.reference(), orb());
+  open();
+  start();
+  EXPECT_LE(2U, peer.requests().waitFor(2).size());
+  notifier_.reset();
+}
+
+TEST_F(Channels, ThatDoNotAnswerTheFarewellDoNotHoldUpTheEnd) {
+  options_.pushTimeout = kNever;
+  WirePeer peer("disconnect_push_consumer", {WirePeer::Act::kIgnore});
+  channel_.useProxy(peer.reference(), orb());
+  open();
+  start();
+  publish(1);
+  EXPECT_TRUE(becomes({"channel 0 1 0"}));
+  const auto begin = std::chrono::steady_clock::now();
+  notifier_.reset();
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(3));
+  EXPECT_EQ(Texts{"ignored"}, peer.requests().all());
+}
+
+// The first proxy is at another address than the channel, as one of before the channel moved.
+class ChannelsWithAName : public Channels {
+ protected:
+  ChannelsWithAName()
+      : namesPlace_(server_->wellKnownObject("Names")),
+        names_(new FakeNames(orb())),
+        namesOwner_(names_) {
+    const CORBA::Object_var reference = namesPlace_->publish(names_);
+    options_.channel =
+        "corbaname:iiop:1.2@" + orb::format(server_->endpoint()) + "/Names#TopoEvents";
+    open();
+  }
+
+  ~ChannelsWithAName() override {
+    notifier_.reset();
+    namesPlace_->retire();
+  }
+
+  // The proxies after the peer are the channel's own.
+  void startWithProxyAt(const WirePeer& peer) {
+    channel_.useProxyOnce(peer.reference(), orb());
+    start();
+  }
+
+  const std::string here_ = referenceTo("Channel");
+  std::unique_ptr<orb::WellKnownObject> namesPlace_;
+  FakeNames* const names_;
+  const PortableServer::ServantBase_var namesOwner_;
+};
+
+TEST_F(ChannelsWithAName, AreFoundAtTheirNewAddressWhenTheOldOneIsDead) {
+  auto peer = std::make_unique<WirePeer>("push", std::vector<WirePeer::Act>());
+  const std::string there = peer->reference();
+  names_->leadTo({here_, there, there, here_});
+  startWithProxyAt(*peer);
+  publish(1);
+  EXPECT_TRUE(becomes({"channel 0 1 0"}));
+  peer.reset();
+  publish(2);
+  EXPECT_EQ((Texts{"connect 1", "1: 2", "1: 3"}), pushes(3));
+  EXPECT_TRUE(becomes({"channel 0 3 0"}));
+  EXPECT_EQ((Texts{here_, there, there, here_}), names_->resolved.all());
+}
+
+TEST_F(ChannelsWithAName, AreAskedForByTheNameThatTheirReferenceEscapes) {
+  const std::string service = options_.channel.substr(0, options_.channel.find('#'));
+  const std::pair<const char*, const char*> names[] = {
+      {"#a%20%2fb", "a /b"}, {"#%41", "A"}, {"#x%4ay", "xJy"}, {"#x%4Ay", "xJy"},
+      {"#a%4", "a%4"},       {"#a%", "a%"}, {"#%zz", "%zz"},   {"#%4z", "%4z"},
+      {"#a#b", "a#b"},       {"#", ""},     {"", ""}};
+  names_->leadTo({here_});
+  Texts wanted;
+  for (const auto& [escaped, name] : names) {
+    options_.channel = service + escaped;
+    wanted.emplace_back(name);
+    start();
+    EXPECT_EQ(wanted, names_->asked.waitFor(wanted.size())) << escaped;
+    notifier_.reset();
+  }
+}
+
+// The log and the status show them.
+TEST_F(ChannelsWithAName, AreNamedByTheBeginningOfALongReference) {
+  const std::string longest = "corbaname:" + std::string(90, 'x');
+  EXPECT_EQ(longest, agent::ChannelSink::nameOf(orb(), longest));
+  EXPECT_EQ(longest + "...", agent::ChannelSink::nameOf(orb(), longest + "y"));
+}
+
+TEST_F(ChannelsWithAName, AreFoundAtTheirNewAddressWhenTheOldOneIsSilent) {
+  options_.pushTimeout = std::chrono::milliseconds(1000);
+  options_.idleCheck = std::chrono::milliseconds(1);
+  WirePeer peer("_non_existent", std::vector<WirePeer::Act>(9, WirePeer::Act::kIgnore));
+  names_->leadTo({here_});
+  startWithProxyAt(peer);
+  EXPECT_EQ((Texts{"connect 1"}), pushes(1));
+  publish(1);
+  EXPECT_EQ((Texts{"connect 1", "1: 1"}), pushes(2));
+}
+
+TEST_F(ChannelsWithAName, AreNotLookedForAtTheEnd) {
+  options_.pushTimeout = std::chrono::milliseconds(1000);
+  options_.idleCheck = std::chrono::milliseconds(1);
+  WirePeer peer("_non_existent", std::vector<WirePeer::Act>(9, WirePeer::Act::kIgnore));
+  names_->leadTo({here_});
+  startWithProxyAt(peer);
+  EXPECT_EQ("ignored", peer.requests().waitFor(1).at(0));
+  const auto begin = std::chrono::steady_clock::now();
+  notifier_.reset();
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(2000));
+  EXPECT_EQ((Texts{here_}), names_->resolved.all());
+}
+
+TEST_F(ChannelsWithAName, KeepAProxyThatComesBackWhereTheirNameLeads) {
+  WirePeer peer("_non_existent", std::vector<WirePeer::Act>(4, WirePeer::Act::kClose));
+  options_.idleCheck = std::chrono::milliseconds(1);
+  names_->leadTo({here_, peer.reference()});
+  startWithProxyAt(peer);
+  EXPECT_EQ((Texts{"closed", "closed", "closed", "closed", "answered"}),
+            peer.requests().waitFor(5));
+  publish(1);
+  EXPECT_TRUE(becomes({"channel 0 1 0"}));
+  EXPECT_EQ(Texts{}, channel_.record.all());
+  EXPECT_EQ((Texts{here_, peer.reference(), peer.reference()}), names_->resolved.all());
+}
+
+TEST_F(ChannelsWithAName, KeepTheirProxyWhileTheirNameIsNotFound) {
+  WirePeer peer("_non_existent", std::vector<WirePeer::Act>(2, WirePeer::Act::kClose));
+  options_.idleCheck = std::chrono::milliseconds(1);
+  names_->leadTo({here_, ""});
+  testing::internal::CaptureStderr();
+  startWithProxyAt(peer);
+  peer.requests().waitFor(3);
+  publish(1);
+  EXPECT_TRUE(becomes({"channel 0 1 0"}));
+  EXPECT_EQ(Texts{}, channel_.record.all());
+  EXPECT_EQ((Texts{here_, ""}), names_->resolved.all());
+  EXPECT_THAT(testing::internal::GetCapturedStderr(),
+              testing::AllOf(testing::HasSubstr("they wait: "),
+                             testing::Not(testing::HasSubstr("NotFound"))));
+}
+
+TEST_F(ChannelsWithAName, KeepTheirProxyWhileNobodyAnswersAtTheNewAddress) {
+  WirePeer peer("_non_existent", std::vector<WirePeer::Act>(2, WirePeer::Act::kClose));
+  options_.idleCheck = std::chrono::milliseconds(1);
+  const std::string deaf = "corbaloc:iiop:1.2@127.0.0.1:" + std::to_string(deafPort()) + "/Channel";
+  names_->leadTo({here_, deaf});
+  startWithProxyAt(peer);
+  peer.requests().waitFor(3);
+  publish(1);
+  EXPECT_TRUE(becomes({"channel 0 1 0"}));
+  EXPECT_EQ(Texts{}, channel_.record.all());
+  EXPECT_EQ((Texts{here_, deaf}), names_->resolved.all());
+}
+
+TEST_F(ChannelsWithAName, AreNotLookedForWhileTheirProxyAnswers) {
+  WirePeer peer("_non_existent", {});
+  options_.idleCheck = std::chrono::milliseconds(1);
+  names_->leadTo({here_});
+  startWithProxyAt(peer);
+  peer.requests().waitFor(3);
+  EXPECT_EQ((Texts{here_}), names_->resolved.all());
+}
+
+TEST_F(ChannelsWithAName, AreNotLookedForByAnotherReference) {
+  WirePeer peer("_non_existent", std::vector<WirePeer::Act>(2, WirePeer::Act::kClose));
+  options_.channel = here_;
+  options_.idleCheck = std::chrono::milliseconds(1);
+  startWithProxyAt(peer);
+  peer.requests().waitFor(3);
+  publish(1);
+  EXPECT_TRUE(becomes({"channel 0 1 0"}));
+  EXPECT_EQ(Texts{}, channel_.record.all());
+}
+
+TEST_F(Channels, ThatNobodyServesAreNoFailure) {
+  EXPECT_EQ(0U,
+            complaintAbout("corbaloc:iiop:1.2@127.0.0.1:" + std::to_string(deafPort()) + "/Channel")
+                .find("TRANSIENT"));
+}
+
+TEST_F(Channels, WithoutAReadableReferenceAreNoFailure) {
+  EXPECT_THAT(complaintAbout("no reference"),
+              testing::AnyOf(testing::HasSubstr("BAD_PARAM"), testing::HasSubstr("INV_OBJREF")));
+}
+
+TEST_F(Channels, WithANilReferenceAreNoFailure) {
+  const CORBA::String_var nil = orb()->object_to_string(CORBA::Object::_nil());
+  EXPECT_EQ(0U, complaintAbout(nil.in()).find("the reference is nil"));
+}
+
+TEST_F(Channels, MustBeChannels) {
+  const ServedConsumer consumer = makeConsumer();
+  const CORBA::String_var reference = orb()->object_to_string(consumer.reference);
+  EXPECT_EQ(0U,
+            complaintAbout(reference.in()).find("the reference is not that of an event channel"));
+}
+
+TEST_F(Channels, WithoutANamingServiceAreNoFailure) {
+  EXPECT_EQ(0U, complaintAbout("corbaname:iiop:127.0.0.1:" + std::to_string(deafPort()) + "#a/b.c")
+                    .find("TRANSIENT"));
+}
+
+}  // namespace

@@ -1,0 +1,176 @@
+#include "tests/unit/agent/notifications/Events.h"
+
+#include <stdexcept>
+
+#include "idl/NotificationLayout.h"
+
+namespace notification_tests {
+namespace {
+
+std::string pairs(const globaldefs::NVSList_T& list) {
+  std::string text;
+  for (CORBA::ULong i = 0; i < list.length(); ++i) {
+    text += std::string(i == 0 ? "" : ", ") + list[i].name.in() + "=" + list[i].value.in();
+  }
+  return "{" + text + "}";
+}
+
+std::string valueOf(const CORBA::Any& value);
+
+std::string pairs(const notifications::NVList_T& list) {
+  std::string text;
+  for (CORBA::ULong i = 0; i < list.length(); ++i) {
+    text += std::string(i == 0 ? "" : ", ") + list[i].name.in() + "=" + valueOf(list[i].value);
+  }
+  return "[" + text + "]";
+}
+
+// With its type.
+std::string valueOf(const CORBA::Any& value) {
+  const char* text = nullptr;
+  CORBA::ULongLong number = 0;
+  CORBA::Boolean flag = false;
+  notifications::ObjectType_T type{};
+  const globaldefs::NVSList_T* name = nullptr;
+  const notifications::NVList_T* attributes = nullptr;
+  if (value >>= text) {
+    return "string " + std::string(text);
+  }
+  if (value >>= number) {
+    return "ulonglong " + std::to_string(number);
+  }
+  if (value >>= CORBA::Any::to_boolean(flag)) {
+    return flag ? "boolean true" : "boolean false";
+  }
+  if (value >>= type) {
+    return "type " + std::to_string(type);
+  }
+  if (value >>= name) {
+    return "name " + pairs(*name);
+  }
+  if (value >>= attributes) {
+    return "attributes " + pairs(*attributes);
+  }
+  const CORBA::TypeCode_var code = value.type();
+  return code->kind() == CORBA::tk_null ? "nothing" : "something else";
+}
+
+std::string field(const CosNotification::StructuredEvent& event, const char* name) {
+  for (CORBA::ULong i = 0; i < event.filterable_data.length(); ++i) {
+    const char* text = nullptr;
+    CORBA::ULongLong number = 0;
+    const CosNotification::Property& property = event.filterable_data[i];
+    if (std::string(name) != property.name.in()) {
+      continue;
+    }
+    if (property.value >>= text) {
+      return text;
+    }
+    if (property.value >>= number) {
+      return std::to_string(number);
+    }
+  }
+  return "none";
+}
+
+}  // namespace
+
+Texts linesOf(const CosNotification::StructuredEvent& event) {
+  const CosNotification::FixedEventHeader& header = event.header.fixed_header;
+  Texts lines{std::string(header.event_type.domain_name.in()) + " " +
+              header.event_type.type_name.in() + " '" + header.event_name.in() + "' " +
+              std::to_string(event.header.variable_header.length())};
+  for (CORBA::ULong i = 0; i < event.filterable_data.length(); ++i) {
+    const CosNotification::Property& property = event.filterable_data[i];
+    lines.push_back(std::string(property.name.in()) + ": " + valueOf(property.value));
+  }
+  lines.push_back("body " + valueOf(event.remainder_of_body));
+  return lines;
+}
+
+std::string briefly(const CosNotification::StructuredEvent& event) {
+  namespace layout = notification_layout;
+  if (std::string(layout::kEventsLost) != event.header.fixed_header.event_type.type_name.in()) {
+    return field(event, layout::kNotificationId);
+  }
+  return "lost " + field(event, layout::kFirstLostId) + "-" + field(event, layout::kLastLostId) +
+         " " + field(event, layout::kLostCount);
+}
+
+globaldefs::NVSList_T objectName(const char* objectClass, const char* id) {
+  globaldefs::NVSList_T name;
+  name.length(2);
+  name[0].name = CORBA::string_dup("EMS");
+  name[0].value = CORBA::string_dup("E");
+  name[1].name = CORBA::string_dup(objectClass);
+  name[1].value = CORBA::string_dup(id);
+  return name;
+}
+
+notifications::NVList_T attribute(const char* name, const char* value) {
+  notifications::NVList_T attributes;
+  attributes.length(1);
+  attributes[0].name = CORBA::string_dup(name);
+  attributes[0].value <<= value;
+  return attributes;
+}
+
+agent::EventTime someTime() {
+  return agent::EventTime(std::chrono::milliseconds(1709251198760));
+}
+
+void Gate::open() {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  open_ = true;
+  opened_.notify_all();
+}
+
+bool Gate::wait() {
+  std::unique_lock<std::mutex> lock(mutex_);
+  return opened_.wait_for(lock, kPatience, [this] { return open_; });
+}
+
+void Record::add(const std::string& text) {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  texts_.push_back(text);
+  added_.notify_all();
+}
+
+Texts Record::waitFor(std::size_t count) {
+  std::unique_lock<std::mutex> lock(mutex_);
+  added_.wait_for(lock, kPatience, [&] { return texts_.size() >= count; });
+  return texts_;
+}
+
+Texts Record::all() {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  return texts_;
+}
+
+bool eventually(const std::function<bool()>& condition) {
+  std::mutex mutex;
+  std::condition_variable never;
+  const auto end = std::chrono::steady_clock::now() + kPatience;
+  std::unique_lock<std::mutex> lock(mutex);
+  while (!condition()) {
+    if (std::chrono::steady_clock::now() > end) {
+      return false;
+    }
+    never.wait_for(lock, std::chrono::milliseconds(1));
+  }
+  return true;
+}
+
+std::function<std::uint64_t(std::uint64_t)> Reservation::function() {
+  return [this](std::uint64_t count) {
+    counts.push_back(count);
+    if (failing) {
+      throw std::runtime_error("disk full");
+    }
+    const std::uint64_t first = next;
+    next += count;
+    return first;
+  };
+}
+
+}  // namespace notification_tests

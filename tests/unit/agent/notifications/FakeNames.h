@@ -1,0 +1,60 @@
+// A naming service of one name, which leads from place to place.
+
+#ifndef UNIT_AGENT_NOTIFICATIONS_FAKENAMES_H
+#define UNIT_AGENT_NOTIFICATIONS_FAKENAMES_H
+
+#include <deque>
+#include <mutex>
+#include <string>
+#include <utility>
+
+#include "orb/naming.h"
+#include "orb/orb.h"
+#include "tests/support/ResolvingNames.h"
+#include "tests/unit/agent/notifications/Events.h"
+
+namespace notification_tests {
+
+class FakeNames final : public support::ResolvingNames {
+ public:
+  explicit FakeNames(CORBA::ORB_ptr orb) : orb_(CORBA::ORB::_duplicate(orb)) {}
+
+  // The references that the name leads to, one resolve each, and the last from then on; an empty
+  // one is not found.
+  void leadTo(std::deque<std::string> places) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    places_ = std::move(places);
+  }
+
+  // Where the name led, one text a resolve, and the name.
+  Record resolved;
+  Record asked;
+
+  CORBA::Object_ptr resolve_str(const char* name) override {
+    asked.add(name);
+    const std::string place = next();
+    resolved.add(place);
+    if (place.empty()) {
+      throw CosNaming::NamingContext::NotFound(CosNaming::NamingContext::missing_node, {});
+    }
+    return orb_->string_to_object(place.c_str());
+  }
+
+ private:
+  std::string next() {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    std::string place = places_.at(0);
+    if (places_.size() > 1) {
+      places_.pop_front();
+    }
+    return place;
+  }
+
+  const CORBA::ORB_var orb_;
+  std::mutex mutex_;
+  std::deque<std::string> places_;  // guarded by mutex_
+};
+
+}  // namespace notification_tests
+
+#endif

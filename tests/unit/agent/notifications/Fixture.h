@@ -1,0 +1,86 @@
+// A notifier on a running ORB, and consumers in this process.
+
+#ifndef UNIT_AGENT_NOTIFICATIONS_FIXTURE_H
+#define UNIT_AGENT_NOTIFICATIONS_FIXTURE_H
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "agent/notifications/Notifier.h"
+#include "orb/orb.h"
+#include "tests/unit/agent/notifications/Events.h"
+
+namespace notification_tests {
+
+// Records what it gets, then does what the hook says.
+class Consumer final : public POA_CosNotifyComm::StructuredPushConsumer {
+ public:
+  using Hook = std::function<void(const CosNotification::StructuredEvent&)>;
+
+  explicit Consumer(Hook hook = nullptr) : hook_(std::move(hook)) {}
+
+  void push_structured_event(const CosNotification::StructuredEvent& event) override;
+  void disconnect_structured_push_consumer() override {}
+  void offer_change(const CosNotification::EventTypeSeq& added,
+                    const CosNotification::EventTypeSeq& removed) override;
+
+  // Events, briefly.
+  Record received;
+
+ private:
+  const Hook hook_;
+};
+
+// A reference counted servant and its reference.
+struct ServedConsumer {
+  PortableServer::ServantBase_var owner;
+  Consumer* servant = nullptr;
+  CosNotifyComm::StructuredPushConsumer_var reference;
+
+  Record& received() { return servant->received; }
+};
+
+class NotifierFixture : public testing::Test {
+ protected:
+  NotifierFixture();
+  ~NotifierFixture() override;
+
+  // Starts the agent's side.
+  void start();
+  void restart();
+
+  void publish(int count);
+
+  // A hook that needs what is in the test's body calls for the notifier's end there.
+  ServedConsumer makeConsumer(Consumer::Hook hook = nullptr);
+  CosNotifyComm::StructuredPushConsumer_ptr consumerAt(const std::string& reference);
+
+  TopoAgent::Subscription_I_var subscribe(const ServedConsumer& consumer,
+                                          const std::string& last = "",
+                                          const std::string& peer = "peer");
+
+  // "TYPE REASON" of what subscribing is refused with; "none".
+  std::string refusal(CosNotifyComm::StructuredPushConsumer_ptr consumer, const std::string& last,
+                      const std::string& peer = "peer");
+
+  // The receivers: "queued sent lost" each.
+  Texts receivers();
+  bool becomes(const Texts& wanted);
+
+  static bool stands(TopoAgent::Subscription_I_ptr subscription);
+
+  CORBA::ORB_ptr orb() { return server_->get(); }
+
+  std::unique_ptr<orb::Server> server_;
+  Reservation reservation_;
+  agent::NotifierOptions options_;
+  std::unique_ptr<agent::Notifier> notifier_;
+};
+
+}  // namespace notification_tests
+
+#endif

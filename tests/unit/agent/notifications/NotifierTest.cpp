@@ -1,0 +1,397 @@
+// From the contract's functions to consumers, and what the session answers.
+
+#include "agent/notifications/Notifier.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <memory>
+#include <new>
+#include <thread>
+
+#include "agent/notifications/SessionServant.h"
+#include "platform/agent/TANotification.h"
+#include "tests/unit/agent/notifications/Fixture.h"
+
+namespace {
+
+using namespace notification_tests;
+using NS_CORBA::TANotification;
+
+class Notifiers : public NotifierFixture {
+ protected:
+  // What a consumer gets that comes back with this id, once one more is published.
+  Texts afterComingBackWith(const std::string& last, std::size_t count) {
+    ServedConsumer consumer = makeConsumer();
+    subscribe(consumer, last);
+    publish(1);
+    return consumer.received().waitFor(count);
+  }
+};
+
+TEST_F(Notifiers, SendWhatTheContractIsTold) {
+  start();
+  Record types;
+  ServedConsumer consumer = makeConsumer([&](const CosNotification::StructuredEvent& event) {
+    const Texts lines = linesOf(event);
+    types.add(lines.front() + " " + lines.at(2) + ", " + lines.at(6) + ", " + lines.back());
+  });
+  subscribe(consumer);
+  CORBA::Any body;
+  body <<= "text";
+  const auto name = objectName("TopoSubnetwork", "core");
+  TANotification::OnObjectCreated(name, body, true);
+  TANotification::OnObjectDeleted(name, false);
+  TANotification::OnObjectAVC(name, attribute("a", "b"), true, body, false);
+  TANotification::OnObjectAVC(name, attribute("a", "b"), false, body, true);
+  const std::string object = "objectName: name {EMS=E, TopoSubnetwork=core}, edgePointRelated: ";
+  EXPECT_EQ(
+      (Texts{
+          "tmf_mtnm NT_OBJECT_CREATION '' 0 " + object + "boolean true, body string text",
+          "tmf_mtnm NT_OBJECT_DELETION '' 0 " + object + "boolean false, body nothing",
+          "tmf_mtnm NT_ATTRIBUTE_VALUE_CHANGE '' 0 " + object + "boolean true, body nothing",
+          "tmf_mtnm NT_ATTRIBUTE_VALUE_CHANGE '' 0 " + object + "boolean false, body string text"}),
+      types.waitFor(4));
+  EXPECT_EQ((Texts{"1", "2", "3", "4"}), consumer.received().all());
+  notifier_.reset();
+}
+
+TEST(NotifierOptions, GiveAReceiverThreeSecondsAndRoomForTenThousand) {
+  EXPECT_EQ(std::chrono::seconds(3), agent::NotifierOptions().pushTimeout);
+  EXPECT_EQ(10000U, agent::NotifierOptions().queueLimit);
+  EXPECT_EQ(64U << 20, agent::NotifierOptions().queueBytes);
+}
+
+TEST_F(Notifiers, TellTheTimeOfTheirClock) {
+  start();
+  publish(1);
+  Record times;
+  ServedConsumer consumer = makeConsumer(
+      [&](const CosNotification::StructuredEvent& event) { times.add(linesOf(event).at(4)); });
+  subscribe(consumer, "0");
+  publish(1);
+  EXPECT_EQ(Texts(2, "emsTime: string 20240229235958.7Z"), times.waitFor(2));
+  notifier_.reset();
+}
+
+TEST_F(Notifiers, AreNotNeededByTheContract) {
+  EXPECT_EQ(nullptr, agent::Notifier::instance());
+  publish(1);
+  TANotification::OnObjectCreated({}, {}, true);
+  TANotification::OnObjectAVC({}, {}, true, {}, true);
+  start();
+  EXPECT_EQ(notifier_.get(), agent::Notifier::instance());
+  EXPECT_EQ(0U, notifier_->status().notifications);
+}
+
+TEST_F(Notifiers, TellWhatTheyMadeAndForWhom) {
+  start();
+  EXPECT_EQ((Texts{}), receivers());
+  publish(2);
+  const ServedConsumer consumer = makeConsumer();
+  const auto subscription = subscribe(consumer);
+  publish(3);
+  EXPECT_TRUE(notifier_->flush(kPatience));
+  const agent::NotifierStatus status = notifier_->status();
+  EXPECT_EQ(5U, status.notifications);
+  EXPECT_EQ(0U, status.subscribersDropped);
+  EXPECT_EQ((Texts{"0 3 0"}), receivers());
+  EXPECT_EQ(orb::format(server_->endpoint()), std::string(status.receivers[0].receiver.in()));
+  subscription->unsubscribe();
+  EXPECT_EQ((Texts{}), receivers());
+}
+
+TEST_F(Notifiers, KeepOneOrderForAllWhateverThreadsPublish) {
+  start();
+  ServedConsumer one = makeConsumer();
+  ServedConsumer other = makeConsumer();
+  subscribe(one);
+  subscribe(other);
+  std::vector<std::thread> threads;
+  threads.reserve(4);
+  for (int i = 0; i < 4; ++i) {
+    threads.emplace_back([this] { publish(500); });
+  }
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
+  Texts wanted;
+  for (int id = 1; id <= 2000; ++id) {
+    wanted.push_back(std::to_string(id));
+  }
+  EXPECT_EQ(wanted, one.received().waitFor(wanted.size()));
+  EXPECT_EQ(wanted, other.received().waitFor(wanted.size()));
+}
+
+TEST_F(Notifiers, NeverGiveAnIdTwiceOverRestarts) {
+  start();
+  publish(1);
+  restart();
+  ServedConsumer consumer = makeConsumer();
+  subscribe(consumer);
+  publish(2);
+  EXPECT_EQ((Texts{"1001", "1002"}), consumer.received().waitFor(2));
+}
+
+TEST_F(Notifiers, TellNothingToANewConsumer) {
+  start();
+  publish(3);
+  EXPECT_EQ((Texts{"4"}), afterComingBackWith("", 1));
+}
+
+TEST_F(Notifiers, TellNothingToAConsumerThatMissedNothing) {
+  start();
+  EXPECT_EQ((Texts{"1"}), afterComingBackWith("0", 1));
+  publish(2);
+  EXPECT_EQ((Texts{"4"}), afterComingBackWith("3", 1));
+}
+
+TEST_F(Notifiers, TellAConsumerThatComesBackWhatItMissed) {
+  start();
+  publish(5);
+  EXPECT_EQ((Texts{"lost 3-5 3", "6"}), afterComingBackWith("2", 2));
+  EXPECT_EQ((Texts{"lost 1-6 6", "7"}), afterComingBackWith("0", 2));
+}
+
+TEST_F(Notifiers, DoNotCountWhatARunBeforeMadeOrNot) {
+  start();
+  publish(5);
+  restart();
+  EXPECT_EQ((Texts{"lost 6-1000 0", "1001"}), afterComingBackWith("5", 2));
+  EXPECT_EQ((Texts{"lost 1000-1001 0", "1002"}), afterComingBackWith("999", 2));
+  EXPECT_EQ((Texts{"lost 1001-1002 2", "1003"}), afterComingBackWith("1000", 2));
+}
+
+// What comes after the word is what came while it subscribed.
+TEST_F(Notifiers, MissNothingBetweenTheWordAndTheFirstEvent) {
+  start();
+  publish(1);
+  std::thread publisher([this] { publish(2000); });
+  for (int i = 0; i < 20; ++i) {
+    ServedConsumer consumer = makeConsumer();
+    const auto subscription = subscribe(consumer, "0");
+    publish(1);
+    const Texts texts = consumer.received().waitFor(2);
+    const std::string& lost = texts.at(0);
+    const std::size_t dash = lost.find('-');
+    const std::uint64_t last = std::stoull(lost.substr(dash + 1));
+    EXPECT_EQ("lost 1-" + std::to_string(last) + " " + std::to_string(last), lost);
+    EXPECT_EQ(std::to_string(last + 1), texts.at(1));
+    subscription->unsubscribe();
+  }
+  publisher.join();
+}
+
+TEST_F(Notifiers, RefuseIdsThatWereNeverGiven) {
+  start();
+  publish(2);
+  const ServedConsumer consumer = makeConsumer();
+  const auto refused = [&](const std::string& last) { return refusal(consumer.reference, last); };
+  const std::string invalid = std::to_string(globaldefs::EXCPT_INVALID_INPUT);
+  const std::string newer = " is newer than any notification of this agent";
+  EXPECT_EQ(invalid + " the last notification id \"3\"" + newer, refused("3"));
+  EXPECT_EQ(invalid + " the last notification id \"18446744073709551616\"" + newer,
+            refused("18446744073709551616"));
+  for (const char* text : {"-1", "+1", " 1", "1 ", "x", "0x1", "1.0", "18446744073709551616x"}) {
+    EXPECT_EQ(invalid + " the last notification id \"" + text + "\" is no number", refused(text));
+  }
+  EXPECT_EQ(invalid + " the last notification id \"1\\x0a\" is no number", refused("1\n"));
+  EXPECT_EQ((Texts{}), receivers());
+}
+
+TEST_F(Notifiers, RefuseNoConsumer) {
+  start();
+  EXPECT_EQ(std::to_string(globaldefs::EXCPT_INVALID_INPUT) + " the consumer is nil",
+            refusal(CosNotifyComm::StructuredPushConsumer::_nil(), ""));
+}
+
+TEST_F(Notifiers, RefuseMoreConsumersThanMaySubscribe) {
+  options_.maxSubscribers = 2;
+  start();
+  const ServedConsumer consumer = makeConsumer();
+  const auto first = subscribe(consumer);
+  subscribe(consumer);
+  EXPECT_EQ(
+      std::to_string(globaldefs::EXCPT_CAPACITY_EXCEEDED) + " there are 2 subscribers already",
+      refusal(consumer.reference, ""));
+  first->unsubscribe();
+  EXPECT_TRUE(eventually([&] { return refusal(consumer.reference, "") == "none"; }));
+}
+
+TEST_F(Notifiers, CountWhoUnsubscribedUntilItsCallHasEnded) {
+  options_.maxSubscribers = 1;
+  start();
+  Gate gate;
+  ServedConsumer consumer =
+      makeConsumer([&](const CosNotification::StructuredEvent&) { gate.wait(); });
+  const auto subscription = subscribe(consumer);
+  publish(1);
+  consumer.received().waitFor(1);
+  subscription->unsubscribe();
+  EXPECT_EQ(
+      std::to_string(globaldefs::EXCPT_CAPACITY_EXCEEDED) + " there are 1 subscribers already",
+      refusal(consumer.reference, ""));
+  gate.open();
+  EXPECT_TRUE(eventually([&] { return refusal(consumer.reference, "") == "none"; }));
+  notifier_.reset();
+}
+
+TEST_F(Notifiers, DropTheOldestNotificationsBeyondTheMemoryOfTheQueue) {
+  options_.queueBytes = std::size_t{64} << 10;
+  start();
+  Gate gate;
+  ServedConsumer consumer =
+      makeConsumer([&](const CosNotification::StructuredEvent&) { gate.wait(); });
+  subscribe(consumer);
+  publish(1);
+  consumer.received().waitFor(1);
+  testing::internal::CaptureStderr();
+  for (const std::size_t length : {20000, 20000, 20000, 100000}) {
+    const std::string text(length, 'x');
+    TANotification::OnObjectAVC({}, attribute("label", text.c_str()), true, {}, false);
+  }
+  testing::internal::GetCapturedStderr();
+  EXPECT_EQ((Texts{"2 0 3"}), receivers());
+  gate.open();
+  EXPECT_EQ((Texts{"1", "lost 2-3 2", "4", "lost 5-5 1"}), consumer.received().waitFor(4));
+  notifier_.reset();
+}
+
+TEST_F(Notifiers, SendTwiceToAConsumerThatSubscribesTwice) {
+  start();
+  ServedConsumer consumer = makeConsumer();
+  subscribe(consumer);
+  subscribe(consumer);
+  publish(1);
+  EXPECT_EQ((Texts{"1", "1"}), consumer.received().waitFor(2));
+}
+
+TEST_F(Notifiers, TellWhatIsMissedWhileNoIdsCanBeReserved) {
+  start();
+  Gate gate;
+  ServedConsumer consumer =
+      makeConsumer([&](const CosNotification::StructuredEvent&) { gate.wait(); });
+  subscribe(consumer);
+  reservation_.failing = true;
+  testing::internal::CaptureStderr();
+  publish(1005);
+  const std::string log = testing::internal::GetCapturedStderr();
+  reservation_.failing = false;
+  publish(2);
+  gate.open();
+  const Texts texts = consumer.received().waitFor(1002);
+  ASSERT_EQ(1002U, texts.size());
+  EXPECT_EQ((Texts{"999", "lost 1000-1000 6", "1001", "1002"}),
+            Texts(texts.begin() + 998, texts.end()));
+  const std::string line = "no ids for notifications can be reserved: disk full";
+  EXPECT_NE(std::string::npos, log.find(line));
+  EXPECT_EQ(log.find(line), log.rfind(line));
+  notifier_.reset();
+}
+
+TEST_F(Notifiers, TellOfOneForWhichThereWasNoMemoryInItsPlace) {
+  std::atomic<bool> failing{false};
+  notifier_ = std::make_unique<agent::Notifier>(*server_, options_, reservation_.function(), [&] {
+    if (failing.exchange(false)) {
+      throw std::bad_alloc();
+    }
+    return someTime();
+  });
+  ServedConsumer consumer = makeConsumer();
+  subscribe(consumer);
+  publish(1);
+  failing = true;
+  EXPECT_THROW(publish(1), std::bad_alloc);
+  publish(1);
+  EXPECT_EQ((Texts{"1", "lost 2-2 1", "3"}), consumer.received().waitFor(3));
+  EXPECT_EQ(2U, notifier_->status().notifications);
+  notifier_.reset();
+}
+
+TEST_F(Notifiers, TellEveryoneOfWhatWasNeverMade) {
+  start();
+  ServedConsumer consumer = makeConsumer();
+  ServedConsumer other = makeConsumer();
+  subscribe(consumer);
+  subscribe(other);
+  publish(1);
+  notifier_->missed();
+  publish(1);
+  const Texts wanted{"1", "lost 2-2 0", "3"};
+  EXPECT_EQ(wanted, consumer.received().waitFor(3));
+  EXPECT_EQ(wanted, other.received().waitFor(3));
+  EXPECT_EQ(2U, notifier_->status().notifications);
+  EXPECT_EQ((Texts{"lost 2-3 0", "4"}), afterComingBackWith("1", 2));
+}
+
+TEST_F(Notifiers, WaitUntilEverythingIsSent) {
+  start();
+  Gate gate;
+  ServedConsumer consumer =
+      makeConsumer([&](const CosNotification::StructuredEvent&) { gate.wait(); });
+  subscribe(consumer);
+  EXPECT_TRUE(notifier_->flush(std::chrono::milliseconds(0)));
+  publish(2);
+  EXPECT_FALSE(notifier_->flush(std::chrono::milliseconds(1)));
+  gate.open();
+  EXPECT_TRUE(notifier_->flush(kPatience));
+  EXPECT_EQ((Texts{"1", "2"}), consumer.received().all());
+}
+
+TEST_F(Notifiers, WaitUntilEverythingIsSentToEveryone) {
+  start();
+  Gate gate;
+  ServedConsumer slow = makeConsumer([&](const CosNotification::StructuredEvent&) { gate.wait(); });
+  ServedConsumer good = makeConsumer();
+  subscribe(slow);
+  subscribe(good);
+  publish(1);
+  good.received().waitFor(1);
+  EXPECT_TRUE(becomes({"1 0 0", "0 1 0"}));
+  EXPECT_FALSE(notifier_->flush(std::chrono::milliseconds(1)));
+  gate.open();
+  EXPECT_TRUE(notifier_->flush(kPatience));
+  notifier_.reset();
+}
+
+class Sessions : public Notifiers {
+ protected:
+  Sessions() : place_(server_->wellKnownObject("TopoAgentSession")) {
+    start();
+    const PortableServer::ServantBase_var servant = new agent::SessionServant(*notifier_);
+    const CORBA::Object_var published = place_->publish(servant.in());
+    session_ = TopoAgent::Session_I::_narrow(published);
+  }
+
+  ~Sessions() override { place_->retire(); }
+
+  const std::unique_ptr<orb::WellKnownObject> place_;
+  TopoAgent::Session_I_var session_;
+};
+
+TEST_F(Sessions, Subscribe) {
+  ServedConsumer consumer = makeConsumer();
+  publish(2);
+  const TopoAgent::Subscription_I_var subscription =
+      session_->subscribe(consumer.reference.in(), "1");
+  publish(1);
+  EXPECT_EQ((Texts{"lost 2-2 1", "3"}), consumer.received().waitFor(2));
+  EXPECT_TRUE(stands(subscription));
+  EXPECT_THROW(session_->subscribe(consumer.reference.in(), "x"),
+               globaldefs::ProcessingFailureException);
+}
+
+TEST_F(Sessions, LogRefusedSubscriptionsAtALimitedRate) {
+  testing::internal::CaptureStderr();
+  for (int i = 0; i < 500; ++i) {
+    EXPECT_THROW(session_->subscribe(CosNotifyComm::StructuredPushConsumer::_nil(), ""),
+                 globaldefs::ProcessingFailureException);
+  }
+  const std::string log = testing::internal::GetCapturedStderr();
+  EXPECT_NE(std::string::npos,
+            log.find("a subscription of this process is refused: the consumer is nil"));
+  EXPECT_GE(100, std::count(log.begin(), log.end(), '\n'));
+}
+
+}  // namespace

@@ -1,0 +1,396 @@
+// Direct subscribers: good ones, slow ones, dead ones.
+
+#include <gtest/gtest.h>
+
+#include "agent/base/Log.h"
+#include "tests/unit/agent/notifications/Fixture.h"
+#include "tests/unit/agent/notifications/WirePeer.h"
+
+namespace {
+
+using namespace notification_tests;
+
+using Act = WirePeer::Act;
+using CosNotification::StructuredEvent;
+
+constexpr const char* kPush = "push_structured_event";
+
+class Subscribers : public NotifierFixture {
+ protected:
+  TopoAgent::Subscription_I_var subscribePeer(const WirePeer& peer) {
+    const CosNotifyComm::StructuredPushConsumer_var consumer = consumerAt(peer.reference());
+    return notifier_->subscribe(consumer, "", "peer");
+  }
+
+  static std::string capacityExceeded(const std::string& what) {
+    return std::to_string(globaldefs::EXCPT_CAPACITY_EXCEEDED) + " there are " + what;
+  }
+
+  std::uint64_t dropped() { return notifier_->status().subscribersDropped; }
+
+  // Whether a consumer with this hook is dropped after its first event, and a second one is not.
+  void expectDrop(Consumer::Hook hook, const std::string& why) {
+    testing::internal::CaptureStderr();
+    start();
+    ServedConsumer bad = makeConsumer(std::move(hook));
+    ServedConsumer good = makeConsumer();
+    const auto lost = subscribe(bad);
+    const auto kept = subscribe(good);
+    publish(2);
+    EXPECT_TRUE(eventually([&] { return !stands(lost); }));
+    EXPECT_EQ((Texts{"1", "2"}), good.received().waitFor(2));
+    EXPECT_EQ((Texts{"1"}), bad.received().all());
+    EXPECT_TRUE(stands(kept));
+    EXPECT_EQ(1U, dropped());
+    EXPECT_EQ(1U, receivers().size());
+    const std::string log = testing::internal::GetCapturedStderr();
+    EXPECT_NE(std::string::npos, log.find("is dropped: " + why)) << log;
+  }
+};
+
+TEST_F(Subscribers, GetEverythingInOrder) {
+  start();
+  WirePeer peer(kPush, {});
+  subscribePeer(peer);
+  publish(5);
+  EXPECT_EQ(Texts(5, "answered"), peer.requests().waitFor(5));
+  EXPECT_TRUE(becomes({"0 5 0"}));
+}
+
+TEST_F(Subscribers, WhoBlockDelayNobody) {
+  options_.queueLimit = 2;
+  start();
+  Gate gate;
+  ServedConsumer slow = makeConsumer([&](const StructuredEvent&) { gate.wait(); });
+  ServedConsumer good = makeConsumer();
+  subscribe(slow);
+  subscribe(good);
+  publish(1);
+  slow.received().waitFor(1);
+  for (int id = 2; id <= 6; ++id) {
+    publish(1);
+    EXPECT_EQ(std::to_string(id), good.received().waitFor(static_cast<std::size_t>(id)).back());
+  }
+  EXPECT_TRUE(becomes({"3 0 3", "0 6 0"}));
+  gate.open();
+  EXPECT_EQ((Texts{"1", "lost 2-4 3", "5", "6"}), slow.received().waitFor(4));
+  notifier_.reset();
+}
+
+TEST_F(Subscribers, WhoDoNotAnswerInTimeAreDropped) {
+  testing::internal::CaptureStderr();
+  options_.pushTimeout = std::chrono::milliseconds(50);
+  start();
+  WirePeer peer(kPush, {Act::kIgnore});
+  ServedConsumer good = makeConsumer();
+  const auto lost = subscribePeer(peer);
+  subscribe(good);
+  publish(3);
+  EXPECT_TRUE(eventually([&] { return !stands(lost); }));
+  EXPECT_EQ((Texts{"ignored"}), peer.requests().all());
+  EXPECT_EQ((Texts{"1", "2", "3"}), good.received().waitFor(3));
+  EXPECT_EQ(1U, dropped());
+  const std::string log = testing::internal::GetCapturedStderr();
+  EXPECT_NE(std::string::npos,
+            log.find("subscriber 127.0.0.1:" + std::to_string(peer.port()) + " is dropped: "));
+  EXPECT_NE(std::string::npos, log.find(", 3 notifications not sent")) << log;
+}
+
+TEST_F(Subscribers, WhoAreNotThereAreDropped) {
+  start();
+  const CosNotifyComm::StructuredPushConsumer_var nobody =
+      consumerAt("corbaloc:iiop:1.2@127.0.0.1:" + std::to_string(deafPort()) + "/object");
+  const TopoAgent::Subscription_I_var lost = notifier_->subscribe(nobody, "", "peer");
+  EXPECT_TRUE(eventually([&] { return !stands(lost); }));
+  EXPECT_EQ(1U, dropped());
+}
+
+TEST_F(Subscribers, WhoClosedTheConnectionGetTheEventOnceMore) {
+  start();
+  WirePeer peer(kPush, {Act::kAnswer, Act::kClose});
+  const auto kept = subscribePeer(peer);
+  publish(3);
+  EXPECT_EQ((Texts{"answered", "closed", "answered", "answered"}), peer.requests().waitFor(4));
+  EXPECT_TRUE(becomes({"0 3 0"}));
+  EXPECT_TRUE(stands(kept));
+}
+
+TEST_F(Subscribers, WhoCloseTheConnectionAgainAreDropped) {
+  start();
+  WirePeer peer(kPush, {Act::kClose, Act::kClose});
+  const auto lost = subscribePeer(peer);
+  publish(1);
+  EXPECT_TRUE(eventually([&] { return !stands(lost); }));
+  EXPECT_EQ((Texts{"closed", "closed"}), peer.requests().all());
+}
+
+TEST_F(Subscribers, WhoAreDisconnectedAreDropped) {
+  expectDrop([](const StructuredEvent&) { throw CosEventComm::Disconnected(); }, "Disconnected");
+}
+
+TEST_F(Subscribers, WhoDoNotExistAreDropped) {
+  expectDrop([](const StructuredEvent&) { throw CORBA::OBJECT_NOT_EXIST(0, CORBA::COMPLETED_NO); },
+             "OBJECT_NOT_EXIST");
+}
+
+TEST_F(Subscribers, WhoRaiseAnythingAreDropped) {
+  expectDrop([](const StructuredEvent&) { throw CORBA::NO_MEMORY(0, CORBA::COMPLETED_MAYBE); },
+             "NO_MEMORY");
+}
+
+TEST_F(Subscribers, WhoUnsubscribeGetNothingMore) {
+  start();
+  Gate gate;
+  ServedConsumer consumer = makeConsumer([&](const StructuredEvent&) { gate.wait(); });
+  const auto subscription = subscribe(consumer);
+  publish(3);
+  consumer.received().waitFor(1);
+  subscription->unsubscribe();
+  EXPECT_FALSE(stands(subscription));
+  EXPECT_EQ((Texts{}), receivers());
+  gate.open();
+  publish(1);
+  notifier_.reset();
+  EXPECT_EQ((Texts{"1"}), consumer.received().all());
+}
+
+TEST_F(Subscribers, MayUnsubscribeWithinAPush) {
+  start();
+  Gate subscribed;
+  Gate unsubscribed;
+  TopoAgent::Subscription_I_var subscription;
+  ServedConsumer consumer = makeConsumer([&](const StructuredEvent&) {
+    subscribed.wait();
+    subscription->unsubscribe();
+    unsubscribed.open();
+  });
+  subscription = subscribe(consumer);
+  publish(2);
+  subscribed.open();
+  EXPECT_TRUE(unsubscribed.wait());
+  EXPECT_FALSE(stands(subscription));
+  EXPECT_EQ(0U, dropped());
+  notifier_.reset();
+  EXPECT_EQ((Texts{"1"}), consumer.received().all());
+}
+
+TEST_F(Subscribers, MaySubscribeWithinAPush) {
+  start();
+  ServedConsumer other = makeConsumer();
+  Gate done;
+  ServedConsumer consumer = makeConsumer([&](const StructuredEvent&) {
+    subscribe(other, "0");
+    done.open();
+  });
+  subscribe(consumer);
+  publish(1);
+  EXPECT_TRUE(done.wait());
+  EXPECT_EQ((Texts{"lost 1-1 1"}), other.received().waitFor(1));
+  notifier_.reset();
+}
+
+TEST_F(Subscribers, UnsubscribeOnce) {
+  start();
+  const ServedConsumer consumer = makeConsumer();
+  const auto subscription = subscribe(consumer);
+  subscription->unsubscribe();
+  EXPECT_THROW(subscription->unsubscribe(), CORBA::OBJECT_NOT_EXIST);
+}
+
+TEST_F(Subscribers, HaveNoObjectAfterwards) {
+  start();
+  const ServedConsumer consumer = makeConsumer();
+  const auto subscription = subscribe(consumer);
+  EXPECT_FALSE(subscription->_is_a("IDL:Other:1.0"));
+  subscription->unsubscribe();
+  EXPECT_THROW(subscription->_is_a("IDL:Other:1.0"), CORBA::OBJECT_NOT_EXIST);
+}
+
+TEST_F(Subscribers, AreLoggedWhenTheySubscribe) {
+  agent::setLogLevel(agent::kLogEvents);
+  testing::internal::CaptureStderr();
+  start();
+  const ServedConsumer consumer = makeConsumer();
+  subscribe(consumer);
+  agent::setLogLevel(agent::kLogErrors);
+  EXPECT_NE(std::string::npos,
+            testing::internal::GetCapturedStderr().find(
+                "subscriber " + orb::format(server_->endpoint()) + " subscribes"));
+}
+
+TEST_F(Subscribers, WhoHearNothingAreLookedFor) {
+  options_.idleCheck = std::chrono::milliseconds(5);
+  options_.pushTimeout = std::chrono::milliseconds(50);
+  start();
+  WirePeer peer("_non_existent", {Act::kAnswer, Act::kAnswer, Act::kIgnore});
+  const auto lost = subscribePeer(peer);
+  EXPECT_EQ((Texts{"answered", "answered", "ignored"}), peer.requests().waitFor(3));
+  EXPECT_TRUE(eventually([&] { return !stands(lost); }));
+}
+
+TEST_F(Subscribers, WhoCloseTheConnectionWhileTheyHearNothingStay) {
+  options_.idleCheck = std::chrono::milliseconds(5);
+  start();
+  WirePeer peer("_non_existent", {Act::kAnswer, Act::kClose});
+  const auto kept = subscribePeer(peer);
+  Texts asked = peer.requests().waitFor(4);
+  asked.resize(4);
+  EXPECT_EQ((Texts{"answered", "closed", "answered", "answered"}), asked);
+  EXPECT_TRUE(stands(kept));
+}
+
+TEST_F(Subscribers, WhoCloseTheConnectionTwiceWhileTheyHearNothingAreDropped) {
+  options_.idleCheck = std::chrono::milliseconds(5);
+  start();
+  WirePeer peer("_non_existent", {Act::kAnswer, Act::kClose, Act::kClose});
+  const auto lost = subscribePeer(peer);
+  EXPECT_TRUE(eventually([&] { return !stands(lost); }));
+  EXPECT_EQ((Texts{"answered", "closed", "closed"}), peer.requests().all());
+}
+
+TEST_F(Subscribers, WhoHearNothingAndDoNotExistAreDropped) {
+  options_.idleCheck = std::chrono::milliseconds(5);
+  start();
+  testing::internal::CaptureStderr();
+  ServedConsumer consumer = makeConsumer();
+  const auto subscription = subscribe(consumer);
+  publish(1);
+  EXPECT_EQ((Texts{"1"}), consumer.received().waitFor(1));
+  const PortableServer::ObjectId_var id = server_->rootPoa()->reference_to_id(consumer.reference);
+  server_->rootPoa()->deactivate_object(id.in());
+  EXPECT_TRUE(eventually([&] { return !stands(subscription); }));
+  EXPECT_NE(std::string::npos, testing::internal::GetCapturedStderr().find(
+                                   "is dropped: the consumer does not exist any more"));
+}
+
+TEST_F(Subscribers, MayHaveNoMorePlacesThanThePeersLimit) {
+  options_.maxSubscribersPerPeer = 2;
+  start();
+  const ServedConsumer consumer = makeConsumer();
+  subscribe(consumer, "", "10.0.0.1");
+  const auto second = subscribe(consumer, "", "10.0.0.1");
+  EXPECT_EQ(capacityExceeded("2 subscribers of address 10.0.0.1 already"),
+            refusal(consumer.reference, "", "10.0.0.1"));
+  EXPECT_EQ("none", refusal(consumer.reference, "", "10.0.0.2"));
+  second->unsubscribe();
+  EXPECT_TRUE(eventually([&] { return refusal(consumer.reference, "", "10.0.0.1") == "none"; }));
+}
+
+TEST_F(Subscribers, WhoDoNotAnswerHaveFewPlaces) {
+  options_.maxUnanswered = 3;
+  options_.maxUnansweredPerPeer = 2;
+  start();
+  auto silent = std::make_unique<WirePeer>("_non_existent", std::vector<Act>(99, Act::kIgnore));
+  const CosNotifyComm::StructuredPushConsumer_var consumer = consumerAt(silent->reference());
+  EXPECT_EQ("none", refusal(consumer, "", "10.0.0.1"));
+  EXPECT_EQ("none", refusal(consumer, "", "10.0.0.1"));
+  const std::string unanswered = "whose consumers have not answered yet";
+  EXPECT_EQ(capacityExceeded("2 subscribers of address 10.0.0.1 " + unanswered),
+            refusal(consumer, "", "10.0.0.1"));
+  EXPECT_EQ("none", refusal(consumer, "", "10.0.0.2"));
+  EXPECT_EQ(capacityExceeded("3 subscribers " + unanswered), refusal(consumer, "", "10.0.0.3"));
+  silent.reset();
+  EXPECT_TRUE(eventually([&] { return refusal(consumer, "", "10.0.0.3") == "none"; }));
+}
+
+TEST_F(Subscribers, WhoAnswerFreeThePlaceOfThoseWhoDoNot) {
+  options_.maxUnanswered = 1;
+  start();
+  for (int i = 1; i <= 3; ++i) {
+    ServedConsumer consumer = makeConsumer();
+    subscribe(consumer);
+    publish(1);
+    EXPECT_EQ((Texts{std::to_string(i)}), consumer.received().waitFor(1));
+  }
+  EXPECT_EQ(3U, receivers().size());
+}
+
+TEST_F(Subscribers, WithDeadReferencesDoNotKeepOthersOut) {
+  options_.maxSubscribers = 5;
+  start();
+  const CosNotifyComm::StructuredPushConsumer_var nobody =
+      consumerAt("corbaloc:iiop:1.2@127.0.0.1:" + std::to_string(deafPort()) + "/object");
+  testing::internal::CaptureStderr();
+  for (int i = 0; i < 50; ++i) {
+    refusal(nobody, "", "10.0.0.1");
+  }
+  const ServedConsumer consumer = makeConsumer();
+  EXPECT_TRUE(eventually([&] { return refusal(consumer.reference, "", "10.0.0.2") == "none"; }));
+  EXPECT_TRUE(becomes({"0 0 0"}));
+  testing::internal::GetCapturedStderr();
+}
+
+TEST_F(Subscribers, HaveKeysThatOthersCannotGuess) {
+  start();
+  const ServedConsumer consumer = makeConsumer();
+  const orb::ObjectKey one = orb::objectKeyOf(subscribe(consumer));
+  const orb::ObjectKey other = orb::objectKeyOf(subscribe(consumer));
+  ASSERT_EQ(one.size(), other.size());
+  std::size_t different = 0;
+  for (std::size_t i = 0; i < one.size(); ++i) {
+    different += one[i] == other[i] ? 0 : 1;
+  }
+  EXPECT_LE(8U, different);  // of 16 random octets
+}
+
+TEST_F(Subscribers, MayNotHaveALongReference) {
+  start();
+  const std::string place = "corbaloc:iiop:1.2@127.0.0.1:" + std::to_string(deafPort()) + "/";
+  const CosNotifyComm::StructuredPushConsumer_var shorter =
+      consumerAt(place + std::string(65000, 'k'));
+  const CosNotifyComm::StructuredPushConsumer_var longer =
+      consumerAt(place + std::string(65536, 'k'));
+  EXPECT_EQ("none", refusal(shorter, ""));
+  EXPECT_EQ(std::to_string(globaldefs::EXCPT_INVALID_INPUT) +
+                " the consumer's reference is longer than 65536 bytes",
+            refusal(longer, ""));
+}
+
+TEST_F(Subscribers, AreNamedByTheBeginningOfALongHostName) {
+  start();
+  testing::internal::CaptureStderr();
+  const CosNotifyComm::StructuredPushConsumer_var consumer =
+      consumerAt("corbaloc:iiop:1.2@" + std::string(60000, 'h') + ":1/object");
+  const TopoAgent::Subscription_I_var lost = notifier_->subscribe(consumer, "", "peer");
+  EXPECT_TRUE(eventually([&] { return !stands(lost); }));
+  EXPECT_NE(std::string::npos, testing::internal::GetCapturedStderr().find(
+                                   "subscriber " + std::string(100, 'h') + "... is dropped"));
+}
+
+TEST_F(Subscribers, EndWithTheNotifier) {
+  start();
+  const ServedConsumer consumer = makeConsumer();
+  const auto subscription = subscribe(consumer);
+  notifier_.reset();
+  EXPECT_FALSE(stands(subscription));
+}
+
+TEST_F(Subscribers, WhoDoNotAnswerHoldTheEndUpForOneTimeOutTogether) {
+  options_.pushTimeout = std::chrono::milliseconds(1000);
+  start();
+  std::vector<std::unique_ptr<WirePeer>> peers;
+  for (int i = 0; i < 5; ++i) {
+    peers.push_back(std::make_unique<WirePeer>(kPush, std::vector<Act>(9, Act::kIgnore)));
+    subscribePeer(*peers.back());
+  }
+  publish(1);
+  for (const auto& peer : peers) {
+    peer->requests().waitFor(1);
+  }
+  const auto begin = std::chrono::steady_clock::now();
+  notifier_.reset();
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(2500));
+}
+
+TEST_F(Subscribers, AreNotHeldUpByTheEndOfOthers) {
+  start();
+  for (int i = 0; i < 50; ++i) {
+    const ServedConsumer consumer = makeConsumer();
+    const auto subscription = subscribe(consumer);
+    publish(1);
+    subscription->unsubscribe();
+  }
+  EXPECT_EQ((Texts{}), receivers());
+}
+
+}  // namespace

@@ -1,0 +1,143 @@
+// Files that are replaced in one step.
+
+#include "agent/process/ReplaceFile.h"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "tests/support/TemporaryDirectory.h"
+
+namespace {
+
+using agent::replaceFile;
+using support::readFile;
+using testing::ElementsAre;
+using testing::UnorderedElementsAre;
+
+std::function<int(int descriptor)> onSync;  // what fsync does; empty for the system's
+
+}  // namespace
+
+// Replaces the C library's in this program.
+int fsync(int descriptor) {
+  return onSync ? onSync(descriptor) : static_cast<int>(syscall(SYS_fsync, descriptor));
+}
+
+namespace {
+
+class ReplacedFile : public testing::Test {
+ protected:
+  ~ReplacedFile() override { onSync = nullptr; }
+
+  std::vector<std::string> names() const {
+    std::vector<std::string> result;
+    for (const auto& entry : std::filesystem::directory_iterator(directory_.path())) {
+      result.push_back(entry.path().filename());
+    }
+    return result;
+  }
+
+  // What replacing a file says; empty when it succeeds.
+  static std::string refusal(const std::string& path) {
+    try {
+      replaceFile("note", path, "new");
+    } catch (const agent::FileError& failure) {
+      return failure.what();
+    }
+    return {};
+  }
+
+  support::TemporaryDirectory directory_;
+};
+
+TEST_F(ReplacedFile, HasTheNewContentAndLeavesNoDraft) {
+  const std::string path = directory_.write("file", "old");
+  replaceFile("note", path, "new");
+  EXPECT_EQ("new", readFile(path));
+  EXPECT_THAT(names(), UnorderedElementsAre("file"));
+}
+
+TEST_F(ReplacedFile, TakesThePlaceOfASymbolicLinkWithoutFollowingIt) {
+  const std::string target = directory_.write("target", "untouched");
+  std::filesystem::create_symlink(target, directory_.file("file"));
+  replaceFile("note", directory_.file("file"), "new");
+  EXPECT_EQ("untouched", readFile(target));
+  EXPECT_FALSE(std::filesystem::is_symlink(directory_.file("file")));
+  EXPECT_EQ("new", readFile(directory_.file("file")));
+}
+
+TEST_F(ReplacedFile, DoesNotUseALinkPlantedForItsDraft) {
+  const std::string target = directory_.write("target", "untouched");
+  std::filesystem::create_symlink(target, directory_.file("file.new"));
+  replaceFile("note", directory_.file("file"), "new");
+  EXPECT_EQ("untouched", readFile(target));
+  EXPECT_THAT(names(), UnorderedElementsAre("file", "file.new", "target"));
+}
+
+TEST_F(ReplacedFile, IsReadableByAllWhomTheUmaskAllows) {
+  const std::string path = directory_.file("file");
+  for (const auto& [mask, expected] : {std::pair{0022, 0644}, std::pair{0027, 0640}}) {
+    const mode_t before = ::umask(static_cast<mode_t>(mask));
+    replaceFile("note", path, "new");
+    ::umask(before);
+    EXPECT_EQ(expected, static_cast<int>(std::filesystem::status(path).permissions()));
+  }
+}
+
+TEST_F(ReplacedFile, StaysAsItWasWhenItCannotBeReplaced) {
+  const std::string folder = directory_.file("folder");
+  std::filesystem::create_directory(folder);
+  EXPECT_EQ("note " + folder + ": cannot be written: Is a directory", refusal(folder));
+  EXPECT_THAT(names(), UnorderedElementsAre("folder"));
+}
+
+TEST_F(ReplacedFile, IsOnDiskBeforeItGetsItsNameAndItsNameAtTheEnd) {
+  const std::string path = directory_.write("file", "old");
+  std::vector<std::string> synced;
+  onSync = [&](int descriptor) {
+    struct stat status {};
+    fstat(descriptor, &status);
+    const std::string what =
+        S_ISDIR(status.st_mode) ? "folder" : std::to_string(status.st_size) + " bytes";
+    synced.push_back(what + " beside " + readFile(path));
+    return 0;
+  };
+  replaceFile("note", path, "new");
+  EXPECT_THAT(synced, ElementsAre("3 bytes beside old", "folder beside new"));
+}
+
+TEST_F(ReplacedFile, StaysAsItWasWhenItsContentCannotBeBroughtToDisk) {
+  const std::string path = directory_.write("file", "old");
+  onSync = [](int) {
+    errno = EIO;
+    return -1;
+  };
+  EXPECT_EQ("note " + path + ": cannot be written: Input/output error", refusal(path));
+  EXPECT_EQ("old", readFile(path));
+  EXPECT_THAT(names(), UnorderedElementsAre("file"));
+}
+
+TEST_F(ReplacedFile, IsRefusedInAFolderThatIsNotThere) {
+  const std::string path = directory_.file("none/file");
+  EXPECT_EQ("note " + path + ": cannot be written: No such file or directory", refusal(path));
+}
+
+TEST_F(ReplacedFile, MayHaveAPathWithoutAFolder) {
+  const std::filesystem::path before = std::filesystem::current_path();
+  std::filesystem::current_path(directory_.path());
+  replaceFile("note", "file", "new");
+  std::filesystem::current_path(before);
+  EXPECT_EQ("new", readFile(directory_.file("file")));
+}
+
+}  // namespace

@@ -1,0 +1,72 @@
+// The signals that end the agent.
+
+#include "agent/process/StopSignals.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <csignal>
+#include <future>
+
+namespace {
+
+using agent::StopSignals;
+using std::chrono::hours;
+using std::chrono::milliseconds;
+using std::chrono::minutes;
+
+void ignore() {}
+
+class StoppedBy : public testing::TestWithParam<int> {};
+
+TEST_P(StoppedBy, WakesWhoeverWaits) {
+  StopSignals signals(hours(1), ignore);
+  signals.startEnded();
+  EXPECT_FALSE(signals.arrived());
+  ::kill(::getpid(), GetParam());
+  signals.wait();
+  EXPECT_TRUE(signals.arrived());
+}
+
+INSTANTIATE_TEST_SUITE_P(Signals, StoppedBy, testing::Values(SIGINT, SIGTERM));
+
+TEST(StopSignals, IgnoreTheEndOfATerminalAndOfAReader) {
+  StopSignals signals(hours(1), ignore);
+  ::kill(::getpid(), SIGHUP);
+  ::kill(::getpid(), SIGPIPE);
+  EXPECT_FALSE(signals.arrived());
+}
+
+TEST(StopSignals, EndAStartThatIsOverdue) {
+  std::promise<void> overdue;
+  StopSignals signals(milliseconds(1), [&overdue] { overdue.set_value(); });
+  ::kill(::getpid(), SIGTERM);
+  EXPECT_EQ(std::future_status::ready, overdue.get_future().wait_for(minutes(1)));
+}
+
+TEST(StopSignals, LetAStartThatEndsInTimeAlone) {
+  std::atomic<bool> overdue{false};
+  {
+    StopSignals signals(hours(1), [&overdue] { overdue = true; });
+    ::kill(::getpid(), SIGTERM);
+    signals.wait();
+    signals.startEnded();
+  }
+  EXPECT_FALSE(overdue);
+}
+
+TEST(StopSignals, MayGoInTheMiddleOfAStart) {
+  std::atomic<bool> overdue{false};
+  {
+    StopSignals signals(hours(1), [&overdue] { overdue = true; });
+    ::kill(::getpid(), SIGTERM);
+    signals.wait();
+  }
+  {
+    const StopSignals unused(milliseconds(0), [&overdue] { overdue = true; });
+  }
+  EXPECT_FALSE(overdue);
+}
+
+}  // namespace

@@ -1,0 +1,529 @@
+// The store: what is kept, what is refused, and what a killed process leaves.
+
+#include "agent/store/NetworkStore.h"
+
+#include <SQLiteCpp/SQLiteCpp.h>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <csignal>
+
+#include "agent/model/NetworkModel.h"
+#include "tests/support/ChildProcess.h"
+#include "tests/support/DamagedStore.h"
+#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/Unprivileged.h"
+#include "tests/unit/agent/support/NetworkFiles.h"
+
+namespace {
+
+using agent::NetworkStore;
+using agent::StoreError;
+
+// What opening a store says; empty when it opens.
+std::string refusalOfStore(const std::string& path) {
+  try {
+    const NetworkStore store(path);
+  } catch (const StoreError& error) {
+    return error.what();
+  }
+  return {};
+}
+
+std::string refusalOfQuestion(const std::string& path) {
+  try {
+    NetworkStore::needsNetwork(path);
+  } catch (const StoreError& error) {
+    return error.what();
+  }
+  return {};
+}
+
+void makeDatabase(const std::string& path, const std::string& statements) {
+  SQLite::Database database(path, SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
+  database.exec(statements);
+}
+
+// Asks from a process that has no locks of its own.
+bool isLockedForOthers(const std::string& path) {
+  const int status = statusOfChild([&] {
+    struct flock lock {};
+    lock.l_type = F_WRLCK;  // of the whole file
+    const int file = open(path.c_str(), O_RDWR | O_CLOEXEC);
+    _exit(file >= 0 && fcntl(file, F_GETLK, &lock) == 0 && lock.l_type != F_UNLCK ? 1 : 0);
+  });
+  return WIFEXITED(status) && WEXITSTATUS(status) == 1;
+}
+
+std::size_t filesIn(const support::TemporaryDirectory& directory) {
+  const std::filesystem::directory_iterator files(directory.path());
+  return static_cast<std::size_t>(std::distance(begin(files), end(files)));
+}
+
+class NetworkStoreTest : public testing::Test {
+ protected:
+  // The place is refused, for opening and for asking, and nothing in its directory has changed.
+  void expectRefused(const std::string& path, const std::string& reason) {
+    const std::size_t before = filesIn(directory_);
+    EXPECT_EQ(path + ": " + reason, refusalOfStore(path));
+    EXPECT_EQ(path + ": " + reason, refusalOfQuestion(path));
+    EXPECT_EQ(before, filesIn(directory_));
+  }
+
+  void expectRefusedUntouched(const std::string& path, const std::string& reason) {
+    const std::string before = support::readFile(path);
+    expectRefused(path, reason);
+    EXPECT_EQ(before, support::readFile(path));
+  }
+
+  const support::TemporaryDirectory directory_;
+  const std::string path_ = directory_.file("store.db");
+};
+
+TEST_F(NetworkStoreTest, IsNewUntilANetworkIsLoaded) {
+  NetworkStore store(path_);
+  EXPECT_TRUE(store.isNew());
+  EXPECT_EQ("ems \n", describe(store.read()));
+  store.load(sampleNetwork());
+  EXPECT_FALSE(store.isNew());
+}
+
+TEST_F(NetworkStoreTest, IsNoLongerNewAfterAnEmptyNetwork) {
+  NetworkStore store(path_);
+  store.load(agent::Network());
+  EXPECT_FALSE(store.isNew());
+}
+
+TEST_F(NetworkStoreTest, KeepsEveryFieldAndOrder) {
+  { NetworkStore(path_).load(sampleNetwork()); }
+  NetworkStore store(path_);
+  EXPECT_FALSE(store.isNew());
+  EXPECT_EQ(describe(sampleNetwork()), describe(store.read()));
+}
+
+TEST_F(NetworkStoreTest, KeepsTheSameInMemory) {
+  NetworkStore store(NetworkStore::kInMemory);
+  EXPECT_TRUE(store.isNew());
+  store.load(sampleNetwork());
+  EXPECT_EQ(describe(sampleNetwork()), describe(store.read()));
+  EXPECT_TRUE(NetworkStore(":memory:").isNew());
+  EXPECT_TRUE(NetworkStore::needsNetwork(":memory:"));
+}
+
+TEST_F(NetworkStoreTest, StartsOnAnEmptyFile) {
+  directory_.write("store.db", "");
+  EXPECT_TRUE(NetworkStore::needsNetwork(path_));
+  EXPECT_TRUE(NetworkStore(path_).isNew());
+}
+
+TEST_F(NetworkStoreTest, TakesThePathAsItIs) {
+  for (const char* name : {"file:a?mode=memory", "b%20c#d", ":memory:"}) {
+    const std::string path = directory_.file(name);
+    { NetworkStore(path).load(sampleNetwork()); }
+    EXPECT_TRUE(std::filesystem::exists(path)) << name;
+    EXPECT_FALSE(NetworkStore::needsNetwork(path)) << name;
+  }
+}
+
+TEST_F(NetworkStoreTest, SaysThatAMissingFileNeedsANetworkAndMakesNone) {
+  EXPECT_TRUE(NetworkStore::needsNetwork(path_));
+  EXPECT_EQ(0U, filesIn(directory_));
+}
+
+TEST_F(NetworkStoreTest, SaysWhetherAnExistingStoreNeedsANetwork) {
+  { NetworkStore store(path_); }
+  EXPECT_TRUE(NetworkStore::needsNetwork(path_));
+  { NetworkStore(path_).load(sampleNetwork()); }
+  EXPECT_FALSE(NetworkStore::needsNetwork(path_));
+}
+
+TEST_F(NetworkStoreTest, RefusesToLoadASecondNetwork) {
+  NetworkStore store(path_);
+  store.load(sampleNetwork());
+  try {
+    store.load(wideNetwork(2));
+    ADD_FAILURE() << "loaded twice";
+  } catch (const StoreError& error) {
+    EXPECT_EQ(path_ + ": holds a network already", error.what());
+  }
+  EXPECT_EQ(describe(sampleNetwork()), describe(store.read()));
+}
+
+TEST_F(NetworkStoreTest, StaysNewWhenALoadFails) {
+  agent::Network network = wideNetwork(3);
+  network.topoNodes.push_back(network.topoNodes.front());
+  NetworkStore store(path_);
+  try {
+    store.load(network);
+    ADD_FAILURE() << "stored a duplicate id";
+  } catch (const StoreError& error) {
+    EXPECT_EQ(path_ + ": UNIQUE constraint failed: topo_node.id", error.what());
+  }
+  EXPECT_TRUE(store.isNew());
+  EXPECT_EQ("ems \n", describe(store.read()));
+  store.load(sampleNetwork());
+  EXPECT_EQ(describe(sampleNetwork()), describe(store.read()));
+}
+
+// The kernel ends the process when the log of the transaction outgrows a limit: in the middle of
+// it.
+TEST_F(NetworkStoreTest, StaysNewWhenTheProcessIsKilledInTheMiddleOfALoad) {
+  const int status = statusOfChild([&] {
+    NetworkStore store(path_);
+    const rlimit none{0, 0};
+    const rlimit smallFiles{262144, 262144};
+    setrlimit(RLIMIT_CORE, &none);
+    setrlimit(RLIMIT_FSIZE, &smallFiles);
+    store.load(wideNetwork(20000));
+  });
+  ASSERT_TRUE(wasKilledBy(status, SIGXFSZ));
+  ASSERT_TRUE(std::filesystem::exists(path_ + "-wal"));
+  EXPECT_TRUE(NetworkStore::needsNetwork(path_));
+  NetworkStore store(path_);
+  EXPECT_EQ("ems \n", describe(store.read()));
+  store.load(sampleNetwork());
+  EXPECT_EQ(describe(sampleNetwork()), describe(store.read()));
+}
+
+TEST_F(NetworkStoreTest, LosesNothingWhenTheProcessIsKilledAfterALoad) {
+  const int status = statusOfChild([&] {
+    NetworkStore store(path_);
+    store.load(sampleNetwork());
+    raise(SIGKILL);
+  });
+  ASSERT_TRUE(wasKilledBy(status, SIGKILL));
+  ASSERT_NE(0U, std::filesystem::file_size(path_ + "-wal"));
+  EXPECT_FALSE(NetworkStore::needsNetwork(path_));
+  EXPECT_EQ(describe(sampleNetwork()), describe(NetworkStore(path_).read()));
+}
+
+TEST_F(NetworkStoreTest, IsOneFileAfterItWasClosed) {
+  { NetworkStore(path_).load(sampleNetwork()); }
+  EXPECT_EQ(1U, filesIn(directory_));
+}
+
+TEST_F(NetworkStoreTest, IsRefusedWhileAnotherProcessHasIt) {
+  std::array<int, 2> opened{};
+  std::array<int, 2> finish{};
+  ASSERT_EQ(0, pipe(opened.data()));
+  ASSERT_EQ(0, pipe(finish.data()));
+  const pid_t child = fork();
+  if (child == 0) {
+    close(finish[1]);
+    const NetworkStore store(path_);
+    char byte = 'x';
+    const bool told = write(opened[1], &byte, 1) == 1;
+    _exit(told && read(finish[0], &byte, 1) == 0 ? 0 : 1);
+  }
+  close(opened[1]);
+  close(finish[0]);
+  char byte = 0;
+  EXPECT_EQ(1, read(opened[0], &byte, 1));
+  expectRefused(path_, "is in use by another process");
+  close(finish[1]);
+  int status = -1;
+  waitpid(child, &status, 0);
+  EXPECT_EQ(0, status);
+  EXPECT_EQ("", refusalOfStore(path_));
+}
+
+TEST_F(NetworkStoreTest, IsRefusedWhileThisProcessHasItAndStaysLocked) {
+  NetworkStore store(path_);
+  expectRefused(path_, "is in use by another process");
+  EXPECT_TRUE(isLockedForOthers(path_));
+  store.load(sampleNetwork());
+  EXPECT_EQ(describe(sampleNetwork()), describe(store.read()));
+}
+
+TEST_F(NetworkStoreTest, RefusesADatabaseOfAnotherProgram) {
+  makeDatabase(path_, "CREATE TABLE music (title); INSERT INTO music VALUES ('Largo')");
+  expectRefusedUntouched(path_, "is a database of another program");
+  makeDatabase(path_, "PRAGMA application_id = 42");
+  expectRefusedUntouched(path_, "is a database of another program");
+}
+
+TEST_F(NetworkStoreTest, LeavesTheLogOfAnotherProgramAlone) {
+  const int status = statusOfChild([&] {
+    SQLite::Database database(path_, SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
+    database.exec("PRAGMA journal_mode = WAL; CREATE TABLE music (title)");
+    raise(SIGKILL);
+  });
+  ASSERT_TRUE(wasKilledBy(status, SIGKILL));
+  const std::string log = support::readFile(path_ + "-wal");
+  ASSERT_NE("", log);
+  expectRefusedUntouched(path_, "is a database of another program");
+  EXPECT_EQ(log, support::readFile(path_ + "-wal"));
+}
+
+TEST_F(NetworkStoreTest, RefusesALaterVersionOfItsSchema) {
+  { NetworkStore(path_).load(sampleNetwork()); }
+  makeDatabase(path_, "PRAGMA journal_mode = DELETE; PRAGMA user_version = 4");
+  expectRefusedUntouched(path_, "has the schema version 4, this program reads version 3");
+}
+
+TEST_F(NetworkStoreTest, RefusesAFileThatIsNoDatabase) {
+  directory_.write("store.db", std::string(10000, 'x'));
+  expectRefusedUntouched(path_, "is not a database");
+  directory_.write("store.db", "hello");
+  expectRefusedUntouched(path_, "is not a database");
+}
+
+TEST_F(NetworkStoreTest, RefusesADirectory) {
+  expectRefused(directory_.path(), "Is a directory");
+}
+
+TEST_F(NetworkStoreTest, RefusesAMissingFolder) {
+  expectRefused(directory_.file("none/store.db"), "its folder does not exist");
+}
+
+TEST_F(NetworkStoreTest, RefusesADevice) {
+  expectRefused("/dev/null", "is not a regular file");
+}
+
+TEST_F(NetworkStoreTest, RefusesAnEmptyPath) {
+  EXPECT_EQ("store: its file name is empty", refusalOfStore(""));
+}
+
+TEST_F(NetworkStoreTest, RefusesAFileThatMayOnlyBeRead) {
+  { NetworkStore(path_).load(sampleNetwork()); }
+  ASSERT_EQ(0, chmod(path_.c_str(), 0444));
+  const Unprivileged unprivileged(directory_.path());
+  if (!unprivileged.isInForce()) {
+    GTEST_SKIP() << "cannot give up the privileges of root here";
+  }
+  expectRefusedUntouched(path_, "Permission denied");
+}
+
+TEST_F(NetworkStoreTest, IsThereOnceAFileHasContent) {
+  EXPECT_FALSE(NetworkStore::exists(path_));
+  directory_.write("store.db", "");
+  EXPECT_FALSE(NetworkStore::exists(path_));
+  { const NetworkStore store(path_); }
+  EXPECT_TRUE(NetworkStore::exists(path_));
+  EXPECT_FALSE(NetworkStore::exists(NetworkStore::kInMemory));
+  EXPECT_FALSE(NetworkStore::exists(""));
+}
+
+TEST_F(NetworkStoreTest, MakesFilesForTheirOwnerAlone) {
+  NetworkStore store(path_);
+  store.load(sampleNetwork());
+  for (const std::string& file : {path_, path_ + "-wal"}) {
+    EXPECT_EQ(0600, static_cast<int>(std::filesystem::status(file).permissions())) << file;
+  }
+}
+
+TEST_F(NetworkStoreTest, KeepsThePermissionsOfAFileThatIsThere) {
+  directory_.write("store.db", "");
+  std::filesystem::permissions(path_, static_cast<std::filesystem::perms>(0640));
+  const NetworkStore store(path_);
+  EXPECT_EQ(0640, static_cast<int>(std::filesystem::status(path_).permissions()));
+}
+
+TEST_F(NetworkStoreTest, RefusesASymbolicLinkToNothing) {
+  std::filesystem::create_symlink(directory_.file("target"), path_);
+  EXPECT_EQ(path_ + ": is a symbolic link to a file that does not exist", refusalOfStore(path_));
+  EXPECT_FALSE(std::filesystem::exists(directory_.file("target")));
+}
+
+TEST_F(NetworkStoreTest, RefusesAFolderThatMayOnlyBeRead) {
+  const std::string folder = directory_.file("folder");
+  ASSERT_EQ(0, mkdir(folder.c_str(), 0555));
+  const Unprivileged unprivileged(directory_.path());
+  if (!unprivileged.isInForce()) {
+    GTEST_SKIP() << "cannot give up the privileges of root here";
+  }
+  EXPECT_EQ(folder + "/store.db: Permission denied", refusalOfStore(folder + "/store.db"));
+}
+
+TEST_F(NetworkStoreTest, RefusesAStoreWhoseTablesAreGone) {
+  { NetworkStore(path_).load(sampleNetwork()); }
+  makeDatabase(path_, "DROP TABLE network");
+  EXPECT_EQ(path_ + ": no such table: network", refusalOfQuestion(path_));
+}
+
+TEST_F(NetworkStoreTest, KeepsEachRefusalOnOneLine) {
+  EXPECT_EQ(directory_.path().string() + "/a\\x0ab/c: its folder does not exist",
+            refusalOfStore(directory_.file("a\nb/c")));
+}
+
+TEST_F(NetworkStoreTest, KeepsAWriteAheadLog) {
+  { NetworkStore store(path_); }
+  SQLite::Database database(path_, SQLite::OPEN_READONLY);
+  EXPECT_EQ("wal", database.execAndGet("PRAGMA journal_mode").getString());
+}
+
+// --- Changes of the network.
+
+TEST_F(NetworkStoreTest, AddsANetworkAfterTheOneThatIsThere) {
+  agent::Network more = wideNetwork(2);
+  more.ems = "other";
+  more.networkElements = {{9, "nine", true}, {10, "ten", true, true}};
+  agent::Network whole = sampleNetwork();
+  {
+    NetworkStore store(path_);
+    store.load(whole);
+    store.add(more, {7});
+  }
+  whole.topoNodes.insert(whole.topoNodes.end(), more.topoNodes.begin(), more.topoNodes.end());
+  whole.networkElements.insert(whole.networkElements.end(), more.networkElements.begin(),
+                               more.networkElements.end());
+  whole.networkElements[0].shown = true;
+  NetworkStore store(path_);
+  EXPECT_EQ(describe(whole), describe(store.read()));
+  EXPECT_TRUE(store.read().networkElements[0].shownForNode);
+  EXPECT_FALSE(store.read().networkElements[3].shownForNode);
+  EXPECT_TRUE(store.read().networkElements[4].shownForNode);
+}
+
+TEST_F(NetworkStoreTest, AddsAllOfANetworkOrNothing) {
+  NetworkStore store(path_);
+  store.load(sampleNetwork());
+  agent::Network more = wideNetwork(2);
+  more.clockLinks.resize(1);
+  more.clockLinks[0].linkId = "z";
+  try {
+    store.add(more, {7});
+    ADD_FAILURE() << "stored a duplicate id";
+  } catch (const StoreError& error) {
+    EXPECT_EQ(path_ + ": UNIQUE constraint failed: clock_link.id", error.what());
+  }
+  EXPECT_EQ(describe(sampleNetwork()), describe(store.read()));
+}
+
+TEST_F(NetworkStoreTest, RemovesNodesWithTheirAttributesAndWhatIsKeptOfObjects) {
+  agent::Network network = sampleNetwork();
+  {
+    NetworkStore store(path_);
+    store.load(network);
+    store.setOwner({201, "z"}, "me");
+    store.mergeAdditionalInfo({201, "z"}, {{"a", "1"}});
+    store.remove({network.topoNodes[3], network.topoNodes[1]}, {{201, "z"}, {1, "none"}}, {6});
+    EXPECT_EQ("", store.ownerOf({201, "z"}));
+    EXPECT_TRUE(store.additionalInfoOf({201, "z"}).empty());
+  }
+  network.topoNodes = {network.topoNodes[0], network.topoNodes[2]};
+  network.networkElements[2].shown = false;
+  network.objectLabels.erase(network.objectLabels.begin());
+  EXPECT_EQ(describe(network), describe(NetworkStore(path_).read()));
+  SQLite::Database database(path_, SQLite::OPEN_READWRITE);
+  EXPECT_EQ(3, database.execAndGet("SELECT count(*) FROM topo_node_attribute").getInt());
+  EXPECT_EQ("ok", database.execAndGet("PRAGMA integrity_check").getString());
+}
+
+// --- Notification ids.
+
+TEST_F(NetworkStoreTest, GivesEveryNotificationIdOnce) {
+  {
+    NetworkStore store(path_, [] { return 1000U; });
+    EXPECT_EQ(1000U, store.reserveNotificationIds(5));
+    EXPECT_EQ(1005U, store.reserveNotificationIds(0));
+    EXPECT_EQ(1005U, store.reserveNotificationIds(1));
+  }
+  EXPECT_EQ(1006U, NetworkStore(path_, [] { return 1U; }).reserveNotificationIds(1));
+}
+
+TEST_F(NetworkStoreTest, GivesNoNotificationIdAgainAfterTheProcessWasKilled) {
+  const int status = statusOfChild([&] {
+    NetworkStore store(path_, [] { return 1000U; });
+    store.reserveNotificationIds(64);
+    raise(SIGKILL);
+  });
+  ASSERT_TRUE(wasKilledBy(status, SIGKILL));
+  EXPECT_EQ(1064U, NetworkStore(path_).reserveNotificationIds(1));
+}
+
+TEST_F(NetworkStoreTest, BeginsNotificationIdsWithTheTimeWhenTheStoreIsMade) {
+  const std::uint64_t before = agent::microsecondsNow();
+  ASSERT_LT(1600000000000000U, before);
+  const std::uint64_t first = NetworkStore(NetworkStore::kInMemory).reserveNotificationIds(1);
+  EXPECT_LE(before, first);
+  EXPECT_GE(agent::microsecondsNow(), first);
+}
+
+TEST_F(NetworkStoreTest, BeginsNotificationIdsWithZeroWhenTheClockDoes) {
+  NetworkStore store(path_, [] { return 0U; });
+  EXPECT_EQ(0U, store.reserveNotificationIds(1));
+  EXPECT_EQ(1U, store.reserveNotificationIds(1));
+}
+
+TEST_F(NetworkStoreTest, GivesNoNotificationIdsBelowZero) {
+  { NetworkStore store(path_); }
+  {
+    SQLite::Database database(path_, SQLite::OPEN_READWRITE);
+    database.exec("UPDATE notification_id SET next = -5");
+  }
+  NetworkStore store(path_);
+  EXPECT_THROW(store.reserveNotificationIds(1), StoreError);
+}
+
+TEST_F(NetworkStoreTest, GivesNoMoreNotificationIdsThanThereAre) {
+  constexpr std::uint64_t kMost = 9223372036854775807U;
+  NetworkStore store(path_, [] { return kMost - 10; });
+  for (const std::uint64_t count : {std::uint64_t{11}, kMost, ~std::uint64_t{0}}) {
+    try {
+      store.reserveNotificationIds(count);
+      ADD_FAILURE() << "gave " << count;
+    } catch (const StoreError& error) {
+      EXPECT_EQ(path_ + ": has no " + std::to_string(count) + " notification ids left",
+                error.what());
+    }
+  }
+  EXPECT_EQ(kMost - 10, store.reserveNotificationIds(10));
+  EXPECT_EQ(kMost, NetworkStore(NetworkStore::kInMemory, [] {
+                     return ~std::uint64_t{0};
+                   }).reserveNotificationIds(0));
+}
+
+std::string damageOf(const std::string& path) {
+  try {
+    NetworkStore(path).check();
+  } catch (const StoreError& error) {
+    return error.what();
+  }
+  return {};
+}
+
+TEST_F(NetworkStoreTest, FindsNoDamageWhereThereIsNone) {
+  NetworkStore(path_).load(sampleNetwork());
+  EXPECT_EQ("", damageOf(path_));
+  EXPECT_EQ("", damageOf(NetworkStore::kInMemory));
+}
+
+TEST_F(NetworkStoreTest, FindsDamageThatReadingDoesNotMeet) {
+  NetworkStore(path_).load(sampleNetwork());
+  support::damageStore(path_);
+  EXPECT_EQ(describe(sampleNetwork()), describe(NetworkStore(path_).read()));
+  const std::string damage = damageOf(path_);
+  const std::string expected = path_ + ": is damaged: ";
+  EXPECT_EQ(expected, damage.substr(0, expected.size()));
+  EXPECT_EQ(std::string::npos, damage.find("\\x0a"));
+}
+
+TEST_F(NetworkStoreTest, SaysThatAStoreIsDamagedWhereItMeetsDamage) {
+  NetworkStore(path_).load(sampleNetwork());
+  support::damageStore(path_);
+  NetworkStore store(path_);
+  try {
+    store.add(wideNetwork(3), {});
+    ADD_FAILURE() << "the damage is unnoticed";
+  } catch (const StoreError& error) {
+    EXPECT_EQ(path_ + ": is damaged", std::string(error.what()));
+  }
+}
+
+// Here a trigger that reads what lies outside the tables.
+TEST_F(NetworkStoreTest, DoesNotTrustTheSchemaOfItsFile) {
+  NetworkStore(path_).load(sampleNetwork());
+  makeDatabase(path_,
+               "CREATE TRIGGER other AFTER UPDATE ON notification_id "
+               "BEGIN SELECT * FROM pragma_user_version; END");
+  NetworkStore store(path_);
+  EXPECT_THROW(store.reserveNotificationIds(1), StoreError);
+}
+
+}  // namespace

@@ -1,0 +1,94 @@
+#include "tests/unit/agent/support/NetworkFiles.h"
+
+#include <sstream>
+
+#include "agent/formats/NetworkReader.h"
+#include "tests/support/TemporaryDirectory.h"
+
+agent::Network readText(const std::string& content, const std::string& name) {
+  const support::TemporaryDirectory directory;
+  return agent::readNetworkFile(directory.write(name, content));
+}
+
+std::string refusalOf(const std::string& content, const std::string& name) {
+  const support::TemporaryDirectory directory;
+  try {
+    agent::readNetworkFile(directory.write(name, content));
+  } catch (const agent::NetworkError& error) {
+    const std::string prefix = directory.path().string() + '/';
+    const std::string text = error.what();
+    return text.rfind(prefix, 0) == 0 ? text.substr(prefix.size()) : "without the file: " + text;
+  }
+  return {};
+}
+
+std::string withFormat(const std::string& fields) {
+  return R"({"format":"topo-network/1",)" + fields + '}';
+}
+
+std::string longText(char character) {
+  std::string text;
+  text.resize(10000000, character);
+  return text;
+}
+
+std::string describe(const agent::Network& network) {
+  std::ostringstream out;
+  out << "ems " << network.ems << '\n';
+  for (const auto& node : network.topoNodes) {
+    out << "node " << node.nodeId << '|' << node.parentId << '|' << node.nativeName << '|'
+        << node.nodeType << '|' << node.parentType << '|' << node.attribute3 << '|'
+        << node.attribute4;
+    for (const auto& [key, value] : node.extendedAttributes) {
+      out << '|' << key << '=' << value;
+    }
+    out << '\n';
+  }
+  for (const auto& element : network.networkElements) {
+    out << "element " << element.number << '|' << element.name << '|' << element.shown << '\n';
+  }
+  for (const auto& position : network.clockPositions) {
+    out << "position " << position.reference << '|' << position.label << '|' << position.value1
+        << '|' << position.value2 << '\n';
+  }
+  for (const auto& link : network.clockLinks) {
+    out << "link " << link.linkId << '|' << link.nativeName << '|' << link.aEndReference << '|'
+        << link.zEndReference << '\n';
+  }
+  for (const auto& label : network.objectLabels) {
+    out << "label " << label.type << '|' << label.id << '|' << label.label << '\n';
+  }
+  return out.str();
+}
+
+agent::Network sampleNetwork() {
+  return readText(withFormat(R"(
+    "ems": "Köln \"1\"",
+    "topoNodes": [
+      {"id": "root", "parent": "0", "params": [-2147483648, 2147483647],
+       "attributes": [["location", "Hall4||3"], ["location", "again"], ["", ""]]},
+      {"id": "b\nb", "parent": "root", "name": "tab\there", "type": 4294967295, "parentType": 0},
+      {"id": "NE=5", "parent": "b\nb", "name": "'; DROP TABLE topo_node; --", "type": 1},
+      {"id": "a", "parent": "root", "name": "\ud83d\ude00", "attributes": [["k", "v"]]}],
+    "networkElements": [
+      {"number": 7, "name": "seven"}, {"number": -5, "shown": true},
+      {"number": 6, "name": "six", "shown": true}],
+    "clockPositions": [
+      {"reference": "NE=7", "label": "seven", "values": [-1, 2]}, {"reference": ""}],
+    "clockLinks": [
+      {"id": "z", "name": "SDH/x", "a": "NE=7", "z": "NE=6"}, {"id": "a"}],
+    "objectLabels": [
+      {"type": 201, "id": "z", "label": "stored"}, {"type": -1, "id": "z"}])"));
+}
+
+agent::Network wideNetwork(std::size_t nodes) {
+  agent::Network network;
+  for (std::size_t i = 0; i < nodes; ++i) {
+    NS_DOMAIN::TopoNode_T& node = network.topoNodes.emplace_back();
+    node.nodeId = "node " + std::to_string(i);
+    node.parentId = i == 0 ? "" : "node 0";
+    node.nodeType = NS_DOMAIN::kTopoSubnetwork;
+    node.parentType = NS_DOMAIN::kTopoSubnetwork;
+  }
+  return network;
+}

@@ -1,0 +1,31 @@
+// Network files and networks for tests.
+
+#ifndef TESTS_UNIT_AGENT_SUPPORT_NETWORKFILES_H
+#define TESTS_UNIT_AGENT_SUPPORT_NETWORKFILES_H
+
+#include <string>
+
+#include "agent/network/Network.h"
+
+// Reads a file with a content, as network.json in a directory of its own.
+agent::Network readText(const std::string& content, const std::string& name = "network.json");
+
+// What the reader says to that file, without the directory; empty when it accepts it.
+std::string refusalOf(const std::string& content, const std::string& name = "network.json");
+
+// The native format around some fields: {"format":"topo-network/1",FIELDS}.
+std::string withFormat(const std::string& fields);
+
+// Ten million times a character.
+std::string longText(char character);
+
+// Every field of a network that can be stored, one record a line.
+std::string describe(const agent::Network& network);
+
+// A network with every kind of object, every field set and texts that are hard to store.
+agent::Network sampleNetwork();
+
+// A network of many subnetworks below one.
+agent::Network wideNetwork(std::size_t nodes);
+
+#endif
