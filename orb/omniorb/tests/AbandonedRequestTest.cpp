@@ -9,7 +9,6 @@
 
 namespace {
 
-using orb_tests::Message;
 using orb_tests::RawClient;
 
 // Finds no memory for the arguments of any request.

@@ -48,7 +48,7 @@ class DrainGrace : public testing::Test {
   static bool readsReply(const RawClient& client) {
     std::size_t bytes = 0;
     while (bytes < kReplyBytes) {
-      const std::string piece = client.received();
+      const std::string piece = client.receive();
       if (piece.empty()) {
         return false;
       }

@@ -39,7 +39,7 @@ TEST(PoaDestruction, RefusesNewRequestsWithTransientWhileAnotherRuns) {
   std::string answer;
   do {  // until the destruction has begun
     static_cast<void>(other.send(requestTo(key, "destroy").bytes()));
-    answer = other.received();
+    answer = other.receive();
   } while (!answer.empty() && answer.find("IDL:") == std::string::npos);
   EXPECT_THAT(answer, HasSubstr("IDL:omg.org/CORBA/TRANSIENT:1.0"));
   released.set_value();

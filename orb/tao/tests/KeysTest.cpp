@@ -24,7 +24,7 @@ TEST(Keys, OfAPoaThatAreCutShortNameNoObject) {
   for (std::size_t size = 4; size < key.size(); ++size) {
     const RawClient client(server->endpoint());
     ASSERT_TRUE(client.send(requestTo(key.substr(0, size), "getLength").bytes()));
-    const std::string answer = client.received();
+    const std::string answer = client.receive();
     EXPECT_NE(std::string::npos, answer.find("OBJECT_NOT_EXIST")) << size << answer;
   }
   EXPECT_EQ(7U, orb_tests::lengthOf(reference.in()));
@@ -36,7 +36,7 @@ TEST(Keys, OfAPersistentPoaNameNoObject) {
   const std::string key = std::string("\024\001\017\0NUP", 7) + lengthOfName + "name";
   const RawClient client(server->endpoint());
   ASSERT_TRUE(client.send(requestTo(key, "getLength").bytes()));
-  EXPECT_NE(std::string::npos, client.received().find("OBJECT_NOT_EXIST"));
+  EXPECT_NE(std::string::npos, client.receive().find("OBJECT_NOT_EXIST"));
 }
 
 }  // namespace

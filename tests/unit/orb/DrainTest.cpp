@@ -142,7 +142,7 @@ TEST_F(Drain, LeavesARequestAloneThatItsGuardHoldsUp) {
   firstLine_.get_future().wait();
   leave.set_value();
   retired.get();
-  EXPECT_THAT(patient.received(), HasSubstr("IDL:omg.org/CORBA/TRANSIENT:1.0"));
+  EXPECT_THAT(patient.receive(), HasSubstr("IDL:omg.org/CORBA/TRANSIENT:1.0"));
   EXPECT_EQ(1U, shutDownConnections());
 }
 

@@ -114,14 +114,7 @@ class RawClient {
   }
 
   // Reads an answer; false when there is none.
-  bool answer() const { return received().size() > 12; }
-
-  // What has arrived, after a wait for it; "" when the connection ended.
-  std::string received() const {
-    char bytes[4096];
-    const ssize_t count = isAnswered() ? recv(socket_, bytes, sizeof bytes, 0) : 0;
-    return std::string(bytes, count > 0 ? static_cast<std::size_t>(count) : 0);
-  }
+  bool answer() const { return receive().size() > 12; }
 
   // Up to 4096 bytes of an answer; empty at the end of the connection, or when nothing comes.
   std::string receive() const {

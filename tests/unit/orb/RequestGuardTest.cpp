@@ -32,7 +32,7 @@ class RequestGuard : public testing::Test {
 
   bool refusesNewRequests() {
     const RawClient client(server_->endpoint());
-    return client.send(getLength()) && isTransient(client.received());
+    return client.send(getLength()) && isTransient(client.receive());
   }
 
   std::unique_ptr<orb::Server> server_ =
@@ -67,7 +67,7 @@ TEST_F(RequestGuard, IsCalledBeforeTheArgumentsAreDecoded) {
   const RawClient client(server_->endpoint());
   ASSERT_TRUE(client.send(requestTo("Key", "next_n").bytes()));  // without its argument
   EXPECT_EQ("next_n", operation.get_future().get());
-  EXPECT_NE(std::string::npos, client.received().find("IDL:omg.org/CORBA/MARSHAL:1.0"));
+  EXPECT_NE(std::string::npos, client.receive().find("IDL:omg.org/CORBA/MARSHAL:1.0"));
 }
 
 TEST_F(RequestGuard, RefusesARequestWithItsException) {
@@ -81,7 +81,7 @@ TEST_F(RequestGuard, RefusesARequestWithItsException) {
   EXPECT_THROW(lengthOf(published_), CORBA::NO_RESOURCES);
   const RawClient client(server_->endpoint());
   ASSERT_TRUE(client.send(getLength()));
-  const std::string answer = client.received();
+  const std::string answer = client.receive();
   EXPECT_NE(std::string::npos, answer.find("IDL:omg.org/CORBA/NO_RESOURCES:1.0")) << answer;
 }
 
@@ -137,7 +137,7 @@ TEST_F(RequestGuard, DoesNotLetThroughWhatItHeldUpUntilTheObjectWasRetired) {
   EXPECT_EQ(std::future_status::timeout, retired.wait_for(std::chrono::seconds(0)));
   leave.set_value();
   retired.get();
-  EXPECT_TRUE(isTransient(client.received()));
+  EXPECT_TRUE(isTransient(client.receive()));
 }
 
 TEST_F(RequestGuard, IsForgottenWithTheServant) {

@@ -84,7 +84,7 @@ TEST_F(Requests, WithoutTheirArgumentsAreRefused) {
   for (const std::string& key : {std::string("Key"), orb::objectKeyOf(reference.in())}) {
     const RawClient client(server_->endpoint());
     ASSERT_TRUE(client.send(requestTo(key, "next_n").bytes()));
-    EXPECT_NE(std::string::npos, client.received().find("IDL:omg.org/CORBA/MARSHAL:1.0"));
+    EXPECT_NE(std::string::npos, client.receive().find("IDL:omg.org/CORBA/MARSHAL:1.0"));
   }
 }
 
