@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 """Checks what the compiler does not: who may include whom, ORB names, unsalted hash tables, line ends,
-time-outs of tests.
+time-outs of tests, names of test suites.
 
 The arrows are those of docs/architecture.md: a folder may include itself and what is listed for it.
 """
@@ -82,6 +82,10 @@ ORB_NAMES_ALLOWED = ("orb/", "cmake/", "docs/", "README.md", "scripts/packages.t
 ADDED_TEST = re.compile(r"add_test\(\s*NAME\s+(\S+)")
 PLAIN_TABLE = re.compile(r"std::unordered_(?:map|set)<(?!(?:const )?[\w:]+\*)")
 PLAIN_TABLES_ALLOWED = ("hash/", "tests/", "bench/", "agent/northbound/IteratorRegistry.h")
+TEST_DEFINITION = re.compile(
+    r"^[ \t]*(?:TEST|TEST_F|TEST_P|TYPED_TEST|TYPED_TEST_P)\(\s*(\w+)\s*,", re.MULTILINE)
+# One of these folders is built at a time, so suites in two of them never meet.
+ORB_TESTS = re.compile(r"^orb/\w+/tests$")
 TEXT = {".supp", ".h", ".cpp", ".idl", ".py", ".sh", ".md", ".json", ".cmake", ".txt", ".map", ".hh", ""}
 
 
@@ -150,7 +154,21 @@ def test_problems(name, text):
             yield f"{name}: the test {test} has no time-out"
 
 
+def suite_problems(names):
+    """A suite belongs to one folder, so that a test's name says where to find it."""
+    folder_of_suite = {}
+    for name in names:
+        if not name.endswith(".cpp"):
+            continue
+        folder = ORB_TESTS.sub("orb/*/tests", name.rpartition("/")[0])
+        for suite in sorted(set(TEST_DEFINITION.findall((ROOT / name).read_text(encoding="utf-8")))):
+            first = folder_of_suite.setdefault(suite, folder)
+            if folder != first:
+                yield f"{name}: {first} has a test suite {suite} too"
+
+
 def problems():
+    yield from suite_problems(tracked())
     for name in tracked():
         path = ROOT / name
         if path.suffix not in TEXT:

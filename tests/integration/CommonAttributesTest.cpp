@@ -64,9 +64,9 @@ NVSList_T object(const std::string& objectClass, const std::string& value) {
 // How a call fails.
 using Failure = std::pair<globaldefs::ExceptionType_T, std::string>;
 
-class CommonAttributes : public testing::Test {
+class ServedCommonAttributes : public testing::Test {
  protected:
-  CommonAttributes() { start(); }
+  ServedCommonAttributes() { start(); }
 
   void start(const std::vector<std::string>& more = {}) {
     std::vector<std::string> arguments = {"--network", network_};
@@ -138,13 +138,13 @@ class CommonAttributes : public testing::Test {
   TopoMgr_I_var manager_;
 };
 
-TEST_F(CommonAttributes, AreSupportedAsTheCapabilitiesSay) {
+TEST_F(ServedCommonAttributes, AreSupportedAsTheCapabilitiesSay) {
   for (const json& record : records(agent(), {"capabilities"})) {
     EXPECT_EQ("Supported", record["value"]) << record;
   }
 }
 
-TEST_F(CommonAttributes, ShowAChangedNativeNameInTheTopologyViewAndKeepIt) {
+TEST_F(ServedCommonAttributes, ShowAChangedNativeNameInTheTopologyViewAndKeepIt) {
   EXPECT_THAT(topoNames(), ElementsAre("Core", "West", "Six", "Five"));
   manager_->setNativeEMSName(object("TopoSubnetwork", "west"), "Köln-West");
   manager_->setNativeEMSName(object("ManagedElement", "6"), "SIX");
@@ -154,7 +154,7 @@ TEST_F(CommonAttributes, ShowAChangedNativeNameInTheTopologyViewAndKeepIt) {
   EXPECT_THAT(topoNames(), ElementsAre("Core", "Köln-West", "SIX", ""));
 }
 
-TEST_F(CommonAttributes, ShowAChangedNativeNameInTheClockView) {
+TEST_F(ServedCommonAttributes, ShowAChangedNativeNameInTheClockView) {
   manager_->setNativeEMSName(object("ManagedElement", "6"), "SIX");
   TopoManagementManager::NodeList_T_var nodes;
   TopoManagementManager::NodeIterator_I_var iterator;
@@ -163,7 +163,7 @@ TEST_F(CommonAttributes, ShowAChangedNativeNameInTheClockView) {
   EXPECT_STREQ("SIX", nodes[CORBA::ULong{0}].nativeEMSName.in());
 }
 
-TEST_F(CommonAttributes, ShowTheUserLabelAndTheNativeNameOfALinkAndKeepThem) {
+TEST_F(ServedCommonAttributes, ShowTheUserLabelAndTheNativeNameOfALinkAndKeepThem) {
   EXPECT_THAT(links(), ElementsAre("Links:SDH/one|SDH/one|SDH", "Links:SDH/two|SDH/two|SDH"));
   manager_->setUserLabel(object("ClockTopoLinkId", "k1"), "Primär", true);
   manager_->setNativeEMSName(object("ClockTopoLinkId", "k2"), "OTN/2");
@@ -172,7 +172,7 @@ TEST_F(CommonAttributes, ShowTheUserLabelAndTheNativeNameOfALinkAndKeepThem) {
   EXPECT_THAT(links(), ElementsAre("Primär|SDH/one|SDH", "Links:OTN/2|OTN/2|OTN"));
 }
 
-TEST_F(CommonAttributes, MergeAdditionalInformationAndKeepIt) {
+TEST_F(ServedCommonAttributes, MergeAdditionalInformationAndKeepIt) {
   const NVSList_T name = object("TopoSubnetwork", "core");
   EXPECT_THAT(merged(name, {{"b", "1"}, {"a", "2"}}), ElementsAre(Pair("b", "1"), Pair("a", "2")));
   killAndRestart();
@@ -180,19 +180,19 @@ TEST_F(CommonAttributes, MergeAdditionalInformationAndKeepIt) {
   EXPECT_THAT(merged(object("ManagedElement", "5"), {}), IsEmpty());
 }
 
-TEST_F(CommonAttributes, KeepAnOwner) {
+TEST_F(ServedCommonAttributes, KeepAnOwner) {
   manager_->setOwner(object("ManagedElement", "5"), "Betrieb");
   EXPECT_THAT(topoNames(), SizeIs(4));
 }
 
-TEST_F(CommonAttributes, AreRefusedToUnknownObjects) {
+TEST_F(ServedCommonAttributes, AreRefusedToUnknownObjects) {
   EXPECT_EQ(Failure(globaldefs::EXCPT_ENTITY_NOT_FOUND, "no object {EMS=E, TopoSubnetwork=x}"),
             failureOfEverySetter(object("TopoSubnetwork", "x")));
   EXPECT_EQ(Failure(globaldefs::EXCPT_ENTITY_NOT_FOUND, "no object {EMS=E, OS=6}"),
             failureOfEverySetter(object("OS", "6")));
 }
 
-TEST_F(CommonAttributes, AreRefusedToMalformedNames) {
+TEST_F(ServedCommonAttributes, AreRefusedToMalformedNames) {
   EXPECT_EQ(
       Failure(globaldefs::EXCPT_INVALID_INPUT, "malformed name {}: it has 0 pairs instead of 2"),
       failureOfEverySetter(NVSList_T()));
@@ -202,7 +202,7 @@ TEST_F(CommonAttributes, AreRefusedToMalformedNames) {
             failureOfEverySetter(object("ManagedElement", "-1")));
 }
 
-TEST_F(CommonAttributes, AreRefusedInRequestsOverTheSizeLimit) {
+TEST_F(ServedCommonAttributes, AreRefusedInRequestsOverTheSizeLimit) {
   const std::string text(1024 * 1024, 'x');
   try {
     manager_->setOwner(object("TopoSubnetwork", "core"), text.c_str());
@@ -213,7 +213,7 @@ TEST_F(CommonAttributes, AreRefusedInRequestsOverTheSizeLimit) {
   EXPECT_THAT(topoNames(), SizeIs(4));
 }
 
-TEST_F(CommonAttributes, AreRefusedToHostileNamesAndTheAgentLivesOn) {
+TEST_F(ServedCommonAttributes, AreRefusedToHostileNamesAndTheAgentLivesOn) {
   start({"--max-request", "100000000"});
   EXPECT_EQ(globaldefs::EXCPT_INVALID_INPUT,
             failureOfEverySetter(listOf(Pairs(1000000, {"", ""}))).first);
@@ -227,7 +227,7 @@ TEST_F(CommonAttributes, AreRefusedToHostileNamesAndTheAgentLivesOn) {
   EXPECT_THAT(topoNames(), SizeIs(4));
 }
 
-TEST_F(CommonAttributes, AreRefusedWhenAUniqueLabelIsInUse) {
+TEST_F(ServedCommonAttributes, AreRefusedWhenAUniqueLabelIsInUse) {
   manager_->setUserLabel(object("ClockTopoLinkId", "k1"), "Trunk", true);
   EXPECT_EQ(
       Failure(globaldefs::EXCPT_USERLABEL_IN_USE,
@@ -235,7 +235,7 @@ TEST_F(CommonAttributes, AreRefusedWhenAUniqueLabelIsInUse) {
       failureOf([&] { manager_->setUserLabel(object("ClockTopoLinkId", "k2"), "Trunk", true); }));
 }
 
-TEST_F(CommonAttributes, AreRefusedWhenANameIsGivenTwice) {
+TEST_F(ServedCommonAttributes, AreRefusedWhenANameIsGivenTwice) {
   EXPECT_EQ(Failure(globaldefs::EXCPT_INVALID_INPUT,
                     "the additional information of {EMS=E, TopoSubnetwork=core}: pair 2 gives "
                     "\"a\" a second time"),
@@ -244,7 +244,7 @@ TEST_F(CommonAttributes, AreRefusedWhenANameIsGivenTwice) {
             }));
 }
 
-TEST_F(CommonAttributes, KeepTheReasonsOfClientsApart) {
+TEST_F(ServedCommonAttributes, KeepTheReasonsOfClientsApart) {
   std::vector<std::thread> clients;
   std::atomic<int> wrong{0};
   for (int i = 0; i < 8; ++i) {

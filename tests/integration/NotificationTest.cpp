@@ -315,7 +315,7 @@ TEST(Notification, ThatWaitsWhenTheAgentEndsIsSent) {
 
 // --- The console, by topoctl.
 
-TEST(Console, ChangesTheNetworkReloadsTheModuleAndSaysHowTheAgentIs) {
+TEST(TopoctlConsole, ChangesTheNetworkReloadsTheModuleAndSaysHowTheAgentIs) {
   const RunningAgent agent({"--ems-name", "E"});
   const Watcher watcher(agent);
   const auto run = [&](std::vector<std::string> command) {
@@ -554,7 +554,7 @@ std::map<std::string, json> readResync(support::Process& watch) {
   return resync;
 }
 
-TEST(Watch, ComesBackWithTheAgentAndTellsWhatChangedMeanwhile) {
+TEST(TopoctlWatch, ComesBackWithTheAgentAndTellsWhatChangedMeanwhile) {
   Client client;
   const support::TemporaryDirectory directory;
   const std::string endpoint = quietEndpoint();
@@ -592,7 +592,7 @@ TEST(Watch, ComesBackWithTheAgentAndTellsWhatChangedMeanwhile) {
 }
 
 // It has heard nothing yet, so that it knows of no id.
-TEST(Watch, ThatIsIdleNoticesARestartOfTheAgent) {
+TEST(TopoctlWatch, ThatIsIdleNoticesARestartOfTheAgent) {
   Client client;
   const std::string endpoint = quietEndpoint();
   const support::TemporaryDirectory directory;
@@ -613,7 +613,7 @@ TEST(Watch, ThatIsIdleNoticesARestartOfTheAgent) {
   EXPECT_EQ(true, line["resync"]);
 }
 
-TEST(Watch, ComesBackToAnAgentWhoseIdsAreLower) {
+TEST(TopoctlWatch, ComesBackToAnAgentWhoseIdsAreLower) {
   Client client;
   const std::string endpoint = quietEndpoint();
   const support::TemporaryDirectory directory;
@@ -634,7 +634,7 @@ TEST(Watch, ComesBackToAnAgentWhoseIdsAreLower) {
   EXPECT_EQ(true, line["resync"]);
 }
 
-TEST(Watch, EndsWithCodeTwoWhenTheAgentIsNotThere) {
+TEST(TopoctlWatch, EndsWithCodeTwoWhenTheAgentIsNotThere) {
   const support::Ended ended =
       runTopoctl({"--agent", "corbaloc::" + quietEndpoint() + "/TopoManagement", "watch"});
   EXPECT_EQ(2, ended.status);

@@ -9,7 +9,7 @@
 
 namespace {
 
-TEST(Failures, SayTheirNameAndThatOfTheirMinorCode) {
+TEST(OrbFailures, SayTheirNameAndThatOfTheirMinorCode) {
   EXPECT_EQ("TRANSIENT (TRANSIENT_ConnectFailed): unreachable",
             verdictsOn<CORBA::TRANSIENT>(omni::TRANSIENT_ConnectFailed));
   EXPECT_EQ("OBJECT_NOT_EXIST (OBJECT_NOT_EXIST_NoMatch): unreachable",
@@ -17,26 +17,26 @@ TEST(Failures, SayTheirNameAndThatOfTheirMinorCode) {
   EXPECT_EQ("NO_PERMISSION:", verdictsOn<CORBA::NO_PERMISSION>(0));
 }
 
-TEST(Failures, OfConnectionsThatEndedAreUnreachable) {
+TEST(OrbFailures, OfConnectionsThatEndedAreUnreachable) {
   EXPECT_EQ("COMM_FAILURE (COMM_FAILURE_WaitingForReply): connection closed, unreachable",
             verdictsOn<CORBA::COMM_FAILURE>(omni::COMM_FAILURE_WaitingForReply));
   EXPECT_EQ("TRANSIENT (TRANSIENT_ConnectionClosed): connection closed, unreachable",
             verdictsOn<CORBA::TRANSIENT>(omni::TRANSIENT_ConnectionClosed));
 }
 
-TEST(Failures, WithinAnAnswerAreNoneOfReachingTheAgent) {
+TEST(OrbFailures, WithinAnAnswerAreNoneOfReachingTheAgent) {
   EXPECT_EQ("COMM_FAILURE (COMM_FAILURE_UnMarshalResults): broken off, connection closed",
             verdictsOn<CORBA::COMM_FAILURE>(omni::COMM_FAILURE_UnMarshalResults));
 }
 
-TEST(Failures, OfTimeHaveTwoNames) {
+TEST(OrbFailures, OfTimeHaveTwoNames) {
   EXPECT_EQ("TRANSIENT (TRANSIENT_CallTimedout): time-out, unreachable",
             verdictsOn<CORBA::TRANSIENT>(omni::TRANSIENT_CallTimedout));
   EXPECT_EQ("TIMEOUT (TIMEOUT_CallTimedOutOnClient): time-out, unreachable",
             verdictsOn<CORBA::TIMEOUT>(omni::TIMEOUT_CallTimedOutOnClient));
 }
 
-TEST(Failures, OfSizeHaveManyNames) {
+TEST(OrbFailures, OfSizeHaveManyNames) {
   for (const CORBA::ULong minor :
        {omni::MARSHAL_MessageSizeExceedLimit, omni::MARSHAL_MessageSizeExceedLimitOnClient,
         omni::MARSHAL_MessageSizeExceedLimitOnServer, omni::MARSHAL_MessageTooLong,

@@ -17,7 +17,7 @@ CORBA::ULong own(CORBA::ULong location, CORBA::ULong error = 0) {
   return TAO::VMCID | location | error;
 }
 
-TEST(Failures, OfTheOmgThatTheOrbRaisesAreSaidInWords) {
+TEST(OrbFailures, OfTheOmgThatTheOrbRaisesAreSaidInWords) {
   EXPECT_EQ("TRANSIENT (requests are discarded): unreachable",
             verdictsOn<CORBA::TRANSIENT>(CORBA::OMGVMCID | 1));
   EXPECT_EQ("TRANSIENT (no connection): unreachable",
@@ -25,7 +25,7 @@ TEST(Failures, OfTheOmgThatTheOrbRaisesAreSaidInWords) {
   EXPECT_EQ("TRANSIENT: unreachable", verdictsOn<CORBA::TRANSIENT>(CORBA::OMGVMCID | 3));
 }
 
-TEST(Failures, ThatSayNothingMoreThanTheirName) {
+TEST(OrbFailures, ThatSayNothingMoreThanTheirName) {
   EXPECT_EQ("TRANSIENT: unreachable", verdictsOn<CORBA::TRANSIENT>(0));
   EXPECT_EQ("COMM_FAILURE: connection closed, unreachable", verdictsOn<CORBA::COMM_FAILURE>(0));
   EXPECT_EQ("TIMEOUT: time-out, unreachable", verdictsOn<CORBA::TIMEOUT>(0));
@@ -34,13 +34,13 @@ TEST(Failures, ThatSayNothingMoreThanTheirName) {
   EXPECT_EQ("NO_PERMISSION:", verdictsOn<CORBA::NO_PERMISSION>(0));
 }
 
-TEST(Failures, OfAnotherMakersCodesSayTheirNameAlone) {
+TEST(OrbFailures, OfAnotherMakersCodesSayTheirNameAlone) {
   EXPECT_EQ("COMM_FAILURE: connection closed, unreachable",
             verdictsOn<CORBA::COMM_FAILURE>(0x41540000 | TAO_INVOCATION_SEND_REQUEST_MINOR_CODE));
   EXPECT_EQ("TIMEOUT: time-out, unreachable", verdictsOn<CORBA::TIMEOUT>(ECONNREFUSED));
 }
 
-TEST(Failures, SayWhereInACallTheyHappened) {
+TEST(OrbFailures, SayWhereInACallTheyHappened) {
   EXPECT_EQ("COMM_FAILURE (the request was not sent): connection closed, unreachable",
             verdictsOn<CORBA::COMM_FAILURE>(own(TAO_INVOCATION_SEND_REQUEST_MINOR_CODE)));
   EXPECT_EQ("COMM_FAILURE (the connection ended before the answer): connection closed, unreachable",
@@ -53,7 +53,7 @@ TEST(Failures, SayWhereInACallTheyHappened) {
             verdictsOn<CORBA::TIMEOUT>(own(TAO_TIMEOUT_RECV_MINOR_CODE)));
 }
 
-TEST(Failures, OfThisOrbsOwnLayerSayWhatHappened) {
+TEST(OrbFailures, OfThisOrbsOwnLayerSayWhatHappened) {
   EXPECT_EQ("COMM_FAILURE (the connection ended within the answer): broken off, connection closed",
             verdictsOn<CORBA::COMM_FAILURE>(orb::kBrokenOff));
   EXPECT_EQ("MARSHAL (a message is over the size limit): message too large",
@@ -67,7 +67,7 @@ struct NumberedError {
 };
 
 // The numbers of the ORB's manual; what it does not number comes as the system has it.
-TEST(Failures, SayWhichErrorOfTheSystemTheyComeFrom) {
+TEST(OrbFailures, SayWhichErrorOfTheSystemTheyComeFrom) {
   const NumberedError errors[] = {
       {1, ETIMEDOUT},  {2, ENFILE},  {3, EMFILE},  {4, EPIPE},       {5, ECONNREFUSED},
       {6, ENOENT},     {7, EBADF},   {8, ENOSYS},  {9, EPERM},       {10, EAFNOSUPPORT},

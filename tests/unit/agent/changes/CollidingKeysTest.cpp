@@ -146,7 +146,7 @@ TEST(CollidingKeys, OfGraphmlCostNoMore) {
 }
 
 // No data names any of the keys.
-TEST(GraphmlNetwork, FindsDataInTimeThatDoesNotDependOnTheKeys) {
+TEST(GraphmlKeys, DoNotSlowTheSearchForData) {
   const auto graphml = [](std::size_t keys, std::size_t data) {
     std::string text = "<graphml>";
     for (std::size_t i = 0; i < keys; ++i) {

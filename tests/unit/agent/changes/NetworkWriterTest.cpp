@@ -247,7 +247,7 @@ TEST(NetworkWriter, KeepsStoreAndModelAlikeUnderManyThreads) {
 }
 
 // The kernel's way with such locks is to let readers go first for as long as there are any.
-TEST(NetworkModel, LetsAChangeThroughWhileReadersKeepReading) {
+TEST(NetworkWriter, CommitsWhileReadersKeepReading) {
   NetworkModel model(wideNetwork(2000));
   std::atomic<bool> stop{false};
   std::vector<std::thread> readers;

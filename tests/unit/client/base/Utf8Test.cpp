@@ -5,7 +5,7 @@
 namespace topoctl {
 namespace {
 
-TEST(Text, ValidUtf8LeavesValidTextsAsTheyAre) {
+TEST(Utf8, ValidUtf8LeavesValidTextsAsTheyAre) {
   EXPECT_EQ(validUtf8(""), "");
   EXPECT_EQ(validUtf8("plain"), "plain");
   EXPECT_EQ(validUtf8("Z\u00fcrich \u6771\u4eac \U0001F600 \x01\x7f\n"),
@@ -14,7 +14,7 @@ TEST(Text, ValidUtf8LeavesValidTextsAsTheyAre) {
             "\u0080 \u07ff \u0800 \ud7ff \ue000 \uffff \U00010000 \U0010ffff");
 }
 
-TEST(Text, ValidUtf8ReplacesEachInvalidSequenceByOneReplacementCharacter) {
+TEST(Utf8, ValidUtf8ReplacesEachInvalidSequenceByOneReplacementCharacter) {
   EXPECT_EQ(validUtf8("Z\xfcrich"), "Z\ufffdrich");                      // ISO-8859-1
   EXPECT_EQ(validUtf8("\xe6\x9d"), "\ufffd");                            // cut off at the end
   EXPECT_EQ(validUtf8("\xe6\x9d|"), "\ufffd|");                          // cut off in the middle
@@ -26,14 +26,14 @@ TEST(Text, ValidUtf8ReplacesEachInvalidSequenceByOneReplacementCharacter) {
   EXPECT_EQ(validUtf8("\xf4\x90\x80\x80"), "\ufffd\ufffd\ufffd\ufffd");  // beyond U+10FFFF
 }
 
-TEST(Text, HarmlessSpellsOutControlCharactersAndKeepsOneLine) {
+TEST(Utf8, HarmlessSpellsOutControlCharactersAndKeepsOneLine) {
   EXPECT_EQ(harmless("a\nb\r\tc"), "a\\nb\\r\\tc");
   EXPECT_EQ(harmless("\x1b[31mred\x7f\x01"), "\\x1b[31mred\\x7f\\x01");
   EXPECT_EQ(harmless("\u009b31m\u202ereversed\u2028"), "\\u009b31m\\u202ereversed\\u2028");
   EXPECT_EQ(harmless("Z\u00fcrich \xff"), "Z\u00fcrich \ufffd");
 }
 
-TEST(Text, DisplayWidthCountsTerminalColumns) {
+TEST(Utf8, DisplayWidthCountsTerminalColumns) {
   EXPECT_EQ(displayWidth(""), 0U);
   EXPECT_EQ(displayWidth("plain"), 5U);
   EXPECT_EQ(displayWidth("Z\u00fcrich"), 6U);
