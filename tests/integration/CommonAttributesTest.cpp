@@ -8,6 +8,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <ostream>
 #include <thread>
 
 #include "orb/idl/TopoManagementManager.h"
@@ -61,6 +62,23 @@ NVSList_T object(const std::string& objectClass, const std::string& value) {
   return listOf({{"EMS", "E"}, {objectClass, value}});
 }
 
+// The texts of a clock link that a client can set, and the one that follows from them.
+struct ClockLink {
+  std::string userLabel;
+  std::string nativeName;
+  std::string linkType;  // the value of TOPO_LINK_TYPE
+};
+
+bool operator==(const ClockLink& left, const ClockLink& right) {
+  return left.userLabel == right.userLabel && left.nativeName == right.nativeName &&
+         left.linkType == right.linkType;
+}
+
+void PrintTo(const ClockLink& link, std::ostream* out) {
+  *out << "label \"" << link.userLabel << "\", native name \"" << link.nativeName << "\", type \""
+       << link.linkType << '"';
+}
+
 // How a call fails.
 using Failure = std::pair<globaldefs::ExceptionType_T, std::string>;
 
@@ -109,18 +127,17 @@ class ServedCommonAttributes : public testing::Test {
     return pairsOf(info);
   }
 
-  // "userLabel|nativeEMSName|TOPO_LINK_TYPE" of every clock link.
-  std::vector<std::string> links() {
+  std::vector<ClockLink> links() {
     topologicalLink::TopologicalLinkList_T_var list;
     topologicalLink::TopologicalLinkIterator_I_var iterator;
     manager_->getAllClockSourceViewlTopologicalLinks(100, list.out(), iterator.out());
-    std::vector<std::string> texts;
+    std::vector<ClockLink> links;
     for (CORBA::ULong i = 0; i < list->length(); ++i) {
       const topologicalLink::TopologicalLink_T& link = list[i];
-      texts.push_back(std::string(link.userLabel.in()) + '|' + link.nativeEMSName.in() + '|' +
-                      link.additionalInfo[0].value.in());
+      links.push_back(
+          {link.userLabel.in(), link.nativeEMSName.in(), link.additionalInfo[0].value.in()});
     }
-    return texts;
+    return links;
   }
 
   std::vector<std::string> topoNames() {
@@ -164,12 +181,15 @@ TEST_F(ServedCommonAttributes, ShowAChangedNativeNameInTheClockView) {
 }
 
 TEST_F(ServedCommonAttributes, ShowTheUserLabelAndTheNativeNameOfALinkAndKeepThem) {
-  EXPECT_THAT(links(), ElementsAre("Links:SDH/one|SDH/one|SDH", "Links:SDH/two|SDH/two|SDH"));
+  EXPECT_THAT(links(), ElementsAre(ClockLink{"Links:SDH/one", "SDH/one", "SDH"},
+                                   ClockLink{"Links:SDH/two", "SDH/two", "SDH"}));
   manager_->setUserLabel(object("ClockTopoLinkId", "k1"), "Primär", true);
   manager_->setNativeEMSName(object("ClockTopoLinkId", "k2"), "OTN/2");
-  EXPECT_THAT(links(), ElementsAre("Primär|SDH/one|SDH", "Links:OTN/2|OTN/2|OTN"));
+  EXPECT_THAT(links(), ElementsAre(ClockLink{"Primär", "SDH/one", "SDH"},
+                                   ClockLink{"Links:OTN/2", "OTN/2", "OTN"}));
   killAndRestart();
-  EXPECT_THAT(links(), ElementsAre("Primär|SDH/one|SDH", "Links:OTN/2|OTN/2|OTN"));
+  EXPECT_THAT(links(), ElementsAre(ClockLink{"Primär", "SDH/one", "SDH"},
+                                   ClockLink{"Links:OTN/2", "OTN/2", "OTN"}));
 }
 
 TEST_F(ServedCommonAttributes, MergeAdditionalInformationAndKeepIt) {

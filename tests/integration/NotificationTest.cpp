@@ -5,6 +5,7 @@
 
 #include <csignal>
 #include <optional>
+#include <ostream>
 #include <thread>
 
 #include "idl/NotificationLayout.h"
@@ -43,12 +44,27 @@ json createdNode(const std::string& id, const std::string& name, const json& par
           {"nodeParam2", -4},   {"relatedName", parent}, {"additionalInfo", info}};
 }
 
-std::vector<std::string> typesAndObjects(const std::vector<Heard>& heard) {
-  std::vector<std::string> lines;
+// The fields that most tests compare of a notification.
+struct Change {
+  std::string type;    // one of the constants above
+  std::string object;  // as Heard::object
+  std::string name;    // as Heard::name; "" in a deletion
+};
+
+bool operator==(const Change& left, const Change& right) {
+  return left.type == right.type && left.object == right.object && left.name == right.name;
+}
+
+void PrintTo(const Change& change, std::ostream* out) {
+  *out << change.type << " of " << change.object << ", name \"" << change.name << '"';
+}
+
+std::vector<Change> changesIn(const std::vector<Heard>& heard) {
+  std::vector<Change> changes;
   for (const Heard& event : heard) {
-    lines.push_back(event.type + " " + event.object + " " + event.name);
+    changes.push_back({event.type, event.object, event.name});
   }
-  return lines;
+  return changes;
 }
 
 // Creates two nodes, one below the other, renames one and deletes both.
@@ -59,12 +75,12 @@ void makeChanges(const RunningAgent& agent) {
   run(agent, {"node", "delete", "top"});
 }
 
-std::vector<std::string> expectedChanges() {
-  return {std::string(kCreated) + " TopoSubnetwork=top Top",
-          std::string(kCreated) + " TopoSubnetwork=core Core",
-          std::string(kChanged) + " TopoSubnetwork=core Kern",
-          std::string(kDeleted) + " TopoSubnetwork=core ",
-          std::string(kDeleted) + " TopoSubnetwork=top "};
+std::vector<Change> expectedChanges() {
+  return {{kCreated, "TopoSubnetwork=top", "Top"},
+          {kCreated, "TopoSubnetwork=core", "Core"},
+          {kChanged, "TopoSubnetwork=core", "Kern"},
+          {kDeleted, "TopoSubnetwork=core", ""},
+          {kDeleted, "TopoSubnetwork=top", ""}};
 }
 
 void expectRisingIds(const std::vector<Heard>& heard) {
@@ -109,7 +125,7 @@ void expectAllHear(ChannelListener& channel, const std::string& reference,
   makeChanges(agent);
 
   const std::vector<Heard> heard = channel.inbox().waitForCount(5);
-  EXPECT_EQ(expectedChanges(), typesAndObjects(heard));
+  EXPECT_EQ(expectedChanges(), changesIn(heard));
   expectRisingIds(heard);
   expectWatched(first.next(5), heard, info);
   expectWatched(second.next(5), heard, info);
@@ -157,9 +173,9 @@ TEST(Notification, OfALabelThatWasTheLastOneReportedIsLeftOutWithTheTestSwitchOn
   console->renameNode("c", "");
   console->renameNode("c", "other");
   const std::vector<Heard> heard = listener.inbox().waitForCount(5);
-  EXPECT_THAT(typesAndObjects({heard.begin() + 3, heard.end()}),
-              ElementsAre(std::string(kChanged) + " TopoSubnetwork=a same",
-                          std::string(kChanged) + " TopoSubnetwork=c other"));
+  EXPECT_THAT(changesIn({heard.begin() + 3, heard.end()}),
+              ElementsAre(Change{kChanged, "TopoSubnetwork=a", "same"},
+                          Change{kChanged, "TopoSubnetwork=c", "other"}));
 }
 
 std::vector<std::string> fieldNames(const CosNotification::StructuredEvent& event) {
@@ -209,9 +225,9 @@ TEST(Notification, OfALabelThatTheModuleKnowsIsLeftOutWithTheTestSwitchOn) {
   run(agent, {"test-switch", "on"});
   run(agent, {"node", "rename", "core", "known"});
   run(agent, {"node", "rename", "core", "new"});
-  EXPECT_THAT(typesAndObjects(listener.inbox().waitForCount(2)),
-              ElementsAre(std::string(kChanged) + " TopoSubnetwork=core other",
-                          std::string(kChanged) + " TopoSubnetwork=core new"));
+  EXPECT_THAT(changesIn(listener.inbox().waitForCount(2)),
+              ElementsAre(Change{kChanged, "TopoSubnetwork=core", "other"},
+                          Change{kChanged, "TopoSubnetwork=core", "new"}));
 }
 
 TEST(Notification, FollowsASetterOfTheManager) {
@@ -224,9 +240,9 @@ TEST(Notification, FollowsASetterOfTheManager) {
   run(agent, {"set", "native-name", "TopoSubnetwork=core", "Kern"});
   run(agent, {"set", "native-name", "TopoSubnetwork=core", "Kern"});
   run(agent, {"set", "native-name", "TopoSubnetwork=core", "Nucleus"});
-  EXPECT_THAT(typesAndObjects(listener.inbox().waitForCount(2)),
-              ElementsAre(std::string(kChanged) + " TopoSubnetwork=core Kern",
-                          std::string(kChanged) + " TopoSubnetwork=core Nucleus"));
+  EXPECT_THAT(changesIn(listener.inbox().waitForCount(2)),
+              ElementsAre(Change{kChanged, "TopoSubnetwork=core", "Kern"},
+                          Change{kChanged, "TopoSubnetwork=core", "Nucleus"}));
 }
 
 TEST(Notification, OfAnImportIsOneForEveryNodeInTheOrderOfTheFile) {
@@ -378,8 +394,8 @@ void expectSameEvents(Client& client, ChannelListener& listener, const std::stri
   RunningAgent agent({"--ems-name", "E", "--event-channel", channel});
   DirectListener direct(client, client.session(agent));
   makeChanges(agent);
-  EXPECT_EQ(expectedChanges(), typesAndObjects(direct.inbox().waitForCount(5)));
-  EXPECT_EQ(expectedChanges(), typesAndObjects(listener.inbox().waitForCount(5)));
+  EXPECT_EQ(expectedChanges(), changesIn(direct.inbox().waitForCount(5)));
+  EXPECT_EQ(expectedChanges(), changesIn(listener.inbox().waitForCount(5)));
   for (std::size_t i = 0; i < 5; ++i) {
     SCOPED_TRACE(i);
     expectSameFields(direct.inbox().events()[i], listener.inbox().events()[i]);
@@ -532,10 +548,10 @@ TEST_F(ThroughANotificationService, EventsWaitUntilItsNewChannelHasTheNameOfTheO
   ChannelListener after(client_, service_->channel());
   name.bind(service_->channel());
 
-  EXPECT_THAT(typesAndObjects(after.inbox().waitForCount(3)),
-              ElementsAre(std::string(kChanged) + " TopoSubnetwork=core a",
-                          std::string(kChanged) + " TopoSubnetwork=core b",
-                          std::string(kChanged) + " TopoSubnetwork=core c"));
+  EXPECT_THAT(changesIn(after.inbox().waitForCount(3)),
+              ElementsAre(Change{kChanged, "TopoSubnetwork=core", "a"},
+                          Change{kChanged, "TopoSubnetwork=core", "b"},
+                          Change{kChanged, "TopoSubnetwork=core", "c"}));
   EXPECT_EQ(1U, before.inbox().all().size());
 }
 
