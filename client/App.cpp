@@ -2,12 +2,11 @@
 
 #include <ostream>
 
-#include "client/base/Failure.h"
+#include "client/agent/CallFailure.h"
+#include "client/agent/Connection.h"
 #include "client/commands/Commands.h"
-#include "client/commands/Session.h"
 #include "client/output/OutputStream.h"
 #include "client/output/Progress.h"
-#include "client/watch/Watch.h"
 
 namespace topoctl {
 namespace {
@@ -15,7 +14,7 @@ namespace {
 PrintFunction call(const Options& options, CORBA::ORB_ptr orb, const Streams& streams) {
   Progress progress(streams.err, streams.errIsTerminal);
   const ProgressFunction show = [&progress](std::size_t records) { progress.show(records); };
-  return commandNamed(options.command).run({orb, options, show});
+  return commandNamed(options.command).call({orb, options, show});
 }
 
 void runCommand(const Options& options, const Streams& streams) {
@@ -24,11 +23,11 @@ void runCommand(const Options& options, const Streams& streams) {
     flush(streams.out);
     return;
   }
-  if (commandNamed(options.command).run == nullptr) {
-    watch(options, streams.out);
+  if (const StreamFunction stream = commandNamed(options.command).stream; stream != nullptr) {
+    stream(options, streams.out);
     return;
   }
-  const auto orb = orb::startClient(options.orb);
+  const auto orb = orb::startClient(orbOptions(options.access));
   execute(options, orb->get(), streams);
 }
 
@@ -48,7 +47,7 @@ int run(const std::vector<std::string>& arguments, const std::string& agentOfEnv
     runCommand(options, streams);
     return static_cast<int>(ExitCode::kDone);
   } catch (...) {
-    return report(currentFailure(options), streams.err);
+    return report(currentFailure(options.access), streams.err);
   }
 }
 

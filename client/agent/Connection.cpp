@@ -27,17 +27,17 @@ std::string shorten(const std::string& reference) {
 }
 
 // Where a reference came from, for messages about it.
-std::string describeSource(const Options& options) {
-  return options.iorFile ? "the IOR file '" + *options.iorFile + "'"
-                         : "the reference '" + shorten(options.agent) + "'";
+std::string describeSource(const AgentAccess& access) {
+  return access.iorFile ? "the IOR file '" + *access.iorFile + "'"
+                        : "the reference '" + shorten(access.reference) + "'";
 }
 
-[[noreturn]] void badSource(const Options& options, const std::string& reason) {
-  throw Failure(ExitCode::kUsage, describeSource(options) + " " + reason);
+[[noreturn]] void badSource(const AgentAccess& access, const std::string& reason) {
+  throw Failure(ExitCode::kUsage, describeSource(access) + " " + reason);
 }
 
-[[noreturn]] void malformed(const Options& options, const std::string& reason) {
-  badSource(options, (options.iorFile ? "holds no object reference: " : "is malformed: ") + reason);
+[[noreturn]] void malformed(const AgentAccess& access, const std::string& reason) {
+  badSource(access, (access.iorFile ? "holds no object reference: " : "is malformed: ") + reason);
 }
 
 bool isSpace(char c) {
@@ -50,19 +50,19 @@ std::string trim(const std::string& text) {
   return first < last ? std::string(first, last) : "";
 }
 
-std::string readIorFile(const Options& options) {
+std::string readIorFile(const AgentAccess& access) {
   try {
-    const std::string content = readFile(*options.iorFile, kMaxIorFileBytes);
+    const std::string content = readFile(*access.iorFile, kMaxIorFileBytes);
     if (content.size() > kMaxIorFileBytes) {
-      badSource(options, "is too long for an object reference");
+      badSource(access, "is too long for an object reference");
     }
     std::string reference = trim(content);
     if (reference.empty()) {
-      badSource(options, "is empty");
+      badSource(access, "is empty");
     }
     return reference;
   } catch (const std::system_error& error) {
-    badSource(options, "cannot be read: " + error.code().message());
+    badSource(access, "cannot be read: " + error.code().message());
   }
 }
 
@@ -73,15 +73,15 @@ bool hasScheme(const std::string& reference, const std::string& scheme) {
          });
 }
 
-void checkForm(const Options& options, const std::string& reference) {
+void checkForm(const AgentAccess& access, const std::string& reference) {
   const std::array<const char*, 3> schemes = {"ior:", "corbaloc:", "corbaname:"};
   if (std::none_of(schemes.begin(), schemes.end(),
                    [&reference](const char* scheme) { return hasScheme(reference, scheme); })) {
-    malformed(options, "it starts with none of IOR:, corbaloc:, corbaname:");
+    malformed(access, "it starts with none of IOR:, corbaloc:, corbaname:");
   }
   if (std::any_of(reference.begin(), reference.end(),
                   [](char c) { return static_cast<unsigned char>(c) <= ' '; })) {
-    malformed(options, "it contains white space or control characters");
+    malformed(access, "it contains white space or control characters");
   }
 }
 
@@ -108,21 +108,21 @@ std::string withVersions(const std::string& corbaloc) {
 }
 
 // For a text that needs no call: nothing but its form can make the ORB refuse it.
-CORBA::Object_ptr toObject(CORBA::ORB_ptr orb, const Options& options, const std::string& text) {
+CORBA::Object_ptr toObject(CORBA::ORB_ptr orb, const AgentAccess& access, const std::string& text) {
   CORBA::Object_var object;
   try {
     const std::string full = hasScheme(text, "corbaloc:") ? withVersions(text) : text;
     object = orb->string_to_object(full.c_str());
   } catch (const CORBA::SystemException& failure) {
-    malformed(options, orb::describe(failure));
+    malformed(access, orb::describe(failure));
   }
   if (CORBA::is_nil(object)) {
-    malformed(options, "it is nil");
+    malformed(access, "it is nil");
   }
   return object._retn();
 }
 
-std::string decodePercent(const Options& options, const std::string& text) {
+std::string decodePercent(const AgentAccess& access, const std::string& text) {
   std::string decoded;
   for (std::size_t i = 0; i < text.size(); ++i) {
     if (text[i] != '%') {
@@ -134,7 +134,7 @@ std::string decodePercent(const Options& options, const std::string& text) {
                          return std::isxdigit(static_cast<unsigned char>(c)) != 0;
                        });
     if (!valid || digits == "00") {
-      malformed(options, "'%" + digits + "' stands for no character");
+      malformed(access, "'%" + digits + "' stands for no character");
     }
     decoded += static_cast<char>(std::stoi(digits, nullptr, 16));
     i += 2;
@@ -148,116 +148,124 @@ struct CorbaName {
   std::string name;
 };
 
-CorbaName splitCorbaName(const Options& options, const std::string& reference) {
+CorbaName splitCorbaName(const AgentAccess& access, const std::string& reference) {
   const std::string rest = reference.substr(std::strlen("corbaname:"));
   const std::size_t hash = rest.find('#');
   if (hash == std::string::npos || hash + 1 == rest.size()) {
-    malformed(options, "it has no #NAME");
+    malformed(access, "it has no #NAME");
   }
   std::string address = rest.substr(0, hash);
   if (address.find('/') == std::string::npos) {
     address += "/NameService";
   }
-  return {"corbaloc:" + address, decodePercent(options, rest.substr(hash + 1))};
+  return {"corbaloc:" + address, decodePercent(access, rest.substr(hash + 1))};
 }
 
-[[noreturn]] void namingFailed(const Options& options, const CORBA::SystemException& failure) {
+[[noreturn]] void namingFailed(const AgentAccess& access, const CORBA::SystemException& failure) {
   const bool unreachable = orb::isUnreachable(failure);
   throw Failure(unreachable ? ExitCode::kUnreachable : ExitCode::kCallFailed,
-                "the naming service of '" + shorten(options.agent) + "' " +
+                "the naming service of '" + shorten(access.reference) + "' " +
                     (unreachable ? "is not reachable: " : "failed: ") + orb::describe(failure));
 }
 
-CosNaming::NamingContextExt_ptr namingService(CORBA::ORB_ptr orb, const Options& options,
+CosNaming::NamingContextExt_ptr namingService(CORBA::ORB_ptr orb, const AgentAccess& access,
                                               const std::string& reference) {
-  const CORBA::Object_var object = toObject(orb, options, reference);
+  const CORBA::Object_var object = toObject(orb, access, reference);
   CosNaming::NamingContextExt_var service = CosNaming::NamingContextExt::_narrow(object);
   if (CORBA::is_nil(service)) {
-    throw Failure(ExitCode::kCallFailed, "the naming service of '" + shorten(options.agent) +
+    throw Failure(ExitCode::kCallFailed, "the naming service of '" + shorten(access.reference) +
                                              "' is not a NamingContextExt");
   }
   return service._retn();
 }
 
-[[noreturn]] void notBound(const Options& options, const std::string& name) {
-  throw Failure(ExitCode::kUnreachable, "the naming service of '" + shorten(options.agent) +
+[[noreturn]] void notBound(const AgentAccess& access, const std::string& name) {
+  throw Failure(ExitCode::kUnreachable, "the naming service of '" + shorten(access.reference) +
                                             "' has no object of the name '" + name + "'");
 }
 
 // Resolved here rather than by the ORB, which reports an unbound name and a malformed reference
 // alike.
-CORBA::Object_ptr resolveName(CORBA::ORB_ptr orb, const Options& options,
+CORBA::Object_ptr resolveName(CORBA::ORB_ptr orb, const AgentAccess& access,
                               const std::string& reference) {
-  const CorbaName parts = splitCorbaName(options, reference);
+  const CorbaName parts = splitCorbaName(access, reference);
   try {
-    const CosNaming::NamingContextExt_var service = namingService(orb, options, parts.service);
+    const CosNaming::NamingContextExt_var service = namingService(orb, access, parts.service);
     CORBA::Object_var object = service->resolve_str(parts.name.c_str());
     if (CORBA::is_nil(object)) {
-      notBound(options, parts.name);
+      notBound(access, parts.name);
     }
     return object._retn();
   } catch (const CosNaming::NamingContext::NotFound&) {
-    notBound(options, parts.name);
+    notBound(access, parts.name);
   } catch (const CosNaming::NamingContext::CannotProceed&) {
-    notBound(options, parts.name);
+    notBound(access, parts.name);
   } catch (const CosNaming::NamingContext::InvalidName&) {
-    malformed(options, "'" + parts.name + "' is not a name");
+    malformed(access, "'" + parts.name + "' is not a name");
   } catch (const CORBA::SystemException& failure) {
-    namingFailed(options, failure);
+    namingFailed(access, failure);
   }
 }
 
-CORBA::Object_ptr resolve(CORBA::ORB_ptr orb, const Options& options) {
-  const std::string reference = options.iorFile ? readIorFile(options) : options.agent;
-  checkForm(options, reference);
-  return hasScheme(reference, "corbaname:") ? resolveName(orb, options, reference)
-                                            : toObject(orb, options, reference);
+CORBA::Object_ptr resolve(CORBA::ORB_ptr orb, const AgentAccess& access) {
+  const std::string reference = access.iorFile ? readIorFile(access) : access.reference;
+  checkForm(access, reference);
+  return hasScheme(reference, "corbaname:") ? resolveName(orb, access, reference)
+                                            : toObject(orb, access, reference);
 }
 
-CORBA::Object_ptr resolveBeside(CORBA::ORB_ptr orb, const Options& options, const char* key) {
-  const CORBA::Object_var manager = resolve(orb, options);
+CORBA::Object_ptr resolveBeside(CORBA::ORB_ptr orb, const AgentAccess& access, const char* key) {
+  const CORBA::Object_var manager = resolve(orb, access);
   try {
     return orb::objectBeside(orb, manager, key);
   } catch (const CORBA::BAD_PARAM&) {
-    badSource(options, "has no address");
+    badSource(access, "has no address");
   }
 }
 
 template <typename Interface>
-typename Interface::_var_type connectBeside(CORBA::ORB_ptr orb, const Options& options,
+typename Interface::_var_type connectBeside(CORBA::ORB_ptr orb, const AgentAccess& access,
                                             const char* key, const char* type) {
-  const CORBA::Object_var object = resolveBeside(orb, options, key);
+  const CORBA::Object_var object = resolveBeside(orb, access, key);
   typename Interface::_var_type narrowed = Interface::_narrow(object);
   if (CORBA::is_nil(narrowed)) {
     throw Failure(ExitCode::kCallFailed, std::string("the object '") + key + "' beside that of " +
-                                             describeSource(options) + " is not a " + type);
+                                             describeSource(access) + " is not a " + type);
   }
   return narrowed;
 }
 
 }  // namespace
 
-std::string describeAgent(const Options& options) {
-  return options.iorFile ? "the agent of the IOR file '" + *options.iorFile + "'"
-                         : "the agent at '" + shorten(options.agent) + "'";
+orb::Options orbOptions(const AgentAccess& access) {
+  static_assert(kMinMaxMessage >= orb::kMinMaxMessageBytes);
+  orb::Options options;
+  options.callTimeout = access.callTimeout;
+  options.maxMessageBytes = access.maxMessageBytes;
+  return options;
 }
 
-TopoManagementManager::TopoMgr_I_var connect(CORBA::ORB_ptr orb, const Options& options) {
-  const CORBA::Object_var object = resolve(orb, options);
+std::string describeAgent(const AgentAccess& access) {
+  return access.iorFile ? "the agent of the IOR file '" + *access.iorFile + "'"
+                        : "the agent at '" + shorten(access.reference) + "'";
+}
+
+TopoManagementManager::TopoMgr_I_var connectManager(CORBA::ORB_ptr orb, const AgentAccess& access) {
+  const CORBA::Object_var object = resolve(orb, access);
   TopoManagementManager::TopoMgr_I_var manager = TopoManagementManager::TopoMgr_I::_narrow(object);
   if (CORBA::is_nil(manager)) {
     throw Failure(ExitCode::kCallFailed,
-                  "the object of " + describeSource(options) + " is not a TopoMgr_I");
+                  "the object of " + describeSource(access) + " is not a TopoMgr_I");
   }
   return manager;
 }
 
-TopoAgent::Console_I_var connectConsole(CORBA::ORB_ptr orb, const Options& options) {
-  return connectBeside<TopoAgent::Console_I>(orb, options, object_key::kConsole, "Console_I");
+TopoAgent::Console_I_var connectConsole(CORBA::ORB_ptr orb, const AgentAccess& access) {
+  return connectBeside<TopoAgent::Console_I>(orb, access, object_key::kConsole, "Console_I");
 }
 
-TopoAgent::Session_I_var connectSession(CORBA::ORB_ptr orb, const Options& options) {
-  return connectBeside<TopoAgent::Session_I>(orb, options, object_key::kSession, "Session_I");
+TopoAgent::Session_I_var connectSession(CORBA::ORB_ptr orb, const AgentAccess& access) {
+  return connectBeside<TopoAgent::Session_I>(orb, access, object_key::kSession, "Session_I");
 }
 
 }  // namespace topoctl

@@ -7,9 +7,9 @@
 #include <functional>
 #include <string>
 
-#include "client/agent/Records.h"
+#include "client/agent/Batches.h"
+#include "client/base/AgentAccess.h"
 #include "client/base/Failure.h"
-#include "client/commandline/Options.h"
 #include "orb/orb.h"
 
 namespace topoctl {

@@ -1,4 +1,4 @@
-// How a run can fail, and the one place that turns exceptions into an exit code and a line.
+// The failures of a run of topoctl, each with an exit code and one line of text.
 
 #ifndef CLIENT_BASE_FAILURE_H
 #define CLIENT_BASE_FAILURE_H
@@ -8,8 +8,6 @@
 #include <string>
 
 namespace topoctl {
-
-struct Options;
 
 enum class ExitCode {
   kDone = 0,
@@ -29,9 +27,6 @@ class Failure : public std::runtime_error {
  private:
   ExitCode code_;
 };
-
-// The failure that is being handled, whatever was thrown. REQUIRES: called in a catch block.
-Failure currentFailure(const Options& options);
 
 // Writes "topoctl: ..." as one line, whatever the failure's text holds, and returns the exit code.
 int report(const Failure& failure, std::ostream& err);

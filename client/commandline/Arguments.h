@@ -1,4 +1,4 @@
-// What commands are given beside the options that all of them have.
+// The arguments of a command, as typed and checked for their form.
 
 #ifndef CLIENT_COMMANDLINE_ARGUMENTS_H
 #define CLIENT_COMMANDLINE_ARGUMENTS_H
@@ -6,12 +6,6 @@
 #include <cstdint>
 #include <string>
 #include <vector>
-
-#include "orb/orb.h"
-
-namespace CLI {
-class App;
-}
 
 namespace topoctl {
 
@@ -21,24 +15,10 @@ struct TypedPair {
   std::string value;
 };
 
-// Which arguments a command takes.
-enum class Takes {
-  kNothing,
-  kSubnetwork,  // ID, or the whole name
-  kAttribute,   // ATTRIBUTE OBJECT VALUE, with the whole name in the place of OBJECT if given
-  kNewNode,     // ID and the options of a new node
-  kNode,        // ID
-  kNewName,     // ID NAME
-  kFile,        // FILE
-  kNewFile,     // FILE
-  kSwitch,      // on or off
-  kWatch,       // options alone
-};
-
 // A topology node as typed for the console.
 struct TypedNode {
   std::string id;
-  std::string parent;  // empty: none
+  std::string parent;  // an ID; empty: no parent
   bool parentIsElement = false;
   std::string name;
   bool isElement = false;
@@ -47,27 +27,39 @@ struct TypedNode {
   std::vector<TypedPair> attributes;  // in order, names may repeat
 };
 
-struct Arguments {
-  std::vector<TypedPair> object;  // the end of its name, or the whole of it
-  bool isWholeName = false;  // otherwise the name starts with the EMS, which is to be found out
-  std::string attribute;     // one of attributes()
-  std::string value;         // for an attribute that is a text
-  TypedPair pair;            // for an attribute that is pairs
-  bool unique = false;
+// The attributes that `set` sets.
+enum class Attribute { kUserLabel, kOwner, kNativeName, kInfo };
 
-  TypedNode node;    // of other commands than creation the ID, and the new name
-  std::string file;  // its path
-  bool on = false;
-
-  orb::Endpoint listen{"127.0.0.1", 0};  // where notifications are received
-  std::uint32_t count = 0;               // how many are printed; 0: no limit
+struct ListenAddress {
+  std::string host = "127.0.0.1";
+  std::uint16_t port = 0;  // 0: any free port
 };
 
-// Makes the subcommand understand these arguments.
-void addArguments(CLI::App& command, Takes takes);
+// A command fills the members that its row of the syntax reads.
+struct Arguments {
+  // below, set
+  std::vector<TypedPair> object;  // the name of an object, without the EMS unless isWholeName
+  bool isWholeName = false;
 
-// The arguments of a subcommand that has been parsed. Throws Failure (kUsage).
-Arguments readArguments(const CLI::App& command, Takes takes);
+  // set
+  Attribute attribute = Attribute::kUserLabel;
+  std::string value;    // of an attribute that is a text
+  TypedPair pair;       // of kInfo
+  bool unique = false;  // the agent shall refuse a user label that another object has
+
+  // node create; node delete and node rename use the ID and the name only
+  TypedNode node;
+
+  // import, backup
+  std::string file;  // path
+
+  // test-switch
+  bool on = false;
+
+  // watch
+  ListenAddress listen;     // where notifications are received
+  std::uint32_t count = 0;  // notifications to print before the end; 0: no limit
+};
 
 }  // namespace topoctl
 

@@ -8,8 +8,9 @@
 #include <map>
 #include <system_error>
 
+#include "client/base/Decimal.h"
 #include "client/base/Failure.h"
-#include "client/commands/Commands.h"
+#include "client/commandline/CommandSyntax.h"
 
 namespace topoctl {
 namespace {
@@ -28,20 +29,14 @@ struct Typed {
   std::string maxMessage;
 };
 
-[[noreturn]] void usageError(const std::string& text) {
-  throw Failure(ExitCode::kUsage, text);
-}
-
 std::uint32_t parseUnsigned(const std::string& option, const std::string& text, std::uint32_t min) {
   constexpr auto kMax = std::numeric_limits<std::uint32_t>::max();
-  std::uint32_t value = 0;
-  const char* const end = text.data() + text.size();
-  const auto [last, error] = std::from_chars(text.data(), end, value);
-  if (error != std::errc() || last != end || value < min) {
+  const auto value = parseDecimal<std::uint32_t>(text);
+  if (!value || *value < min) {
     usageError(option + ": '" + text + "' is not a number from " + std::to_string(min) + " to " +
                std::to_string(kMax));
   }
-  return value;
+  return *value;
 }
 
 std::chrono::milliseconds parseTimeout(const std::string& text) {
@@ -84,9 +79,9 @@ void addOptions(CLI::App& app, Typed& typed) {
   addOption(app, "--format", typed.format, "FORMAT", "table (unless given), json or csv");
   addOption(app, "--timeout", typed.timeout, "S",
             "Seconds that one call may take, fractions allowed, 30 unless given; 0: no limit");
-  addOption(app, "--max-message", typed.maxMessage, "BYTES",
-            "Largest message that is accepted, " + std::to_string(orb::kDefaultMaxMessageBytes) +
-                " unless given");
+  addOption(
+      app, "--max-message", typed.maxMessage, "BYTES",
+      "Largest message that is accepted, " + std::to_string(kDefaultMaxMessage) + " unless given");
 }
 
 CLI::App& addSubcommand(CLI::App& app, const std::string& name, const std::string& help) {
@@ -100,17 +95,17 @@ void addCommands(CLI::App& app) {
   for (const Group& group : commandGroups()) {
     groups[group.name] = &addSubcommand(app, group.name, group.help);
   }
-  for (const Command& command : commands()) {
+  for (const CommandSyntax& command : commandSyntax()) {
     const std::string name = command.name;
     const std::size_t space = name.find(' ');
     CLI::App& parent = space == std::string::npos ? app : *groups.at(name.substr(0, space));
-    addArguments(addSubcommand(parent, name.substr(space + 1), command.help), command.takes);
+    addArguments(addSubcommand(parent, name.substr(space + 1), command.help), command.arguments);
   }
 }
 
 std::string commandNames() {
   std::string names;
-  for (const Command& command : commands()) {
+  for (const CommandSyntax& command : commandSyntax()) {
     names += (names.empty() ? "" : ", ") + std::string(command.name);
   }
   return names;
@@ -143,7 +138,7 @@ void checkCommand(const CLI::App& app) {
     usageError("'" + *unexpected + "' is not expected here; the commands are: " + commandNames());
   }
   const std::string name = typedCommand(app);
-  if (!isCommand(name)) {
+  if (findSyntax(name) == nullptr) {
     usageError((name.empty() ? "" : name + ": ") +
                "a command is missing; the commands are: " + commandNames());
   }
@@ -155,31 +150,31 @@ void readAgent(const CLI::App& app, const Typed& typed, const std::string& agent
     usageError("--agent and --ior-file exclude each other");
   }
   if (app.count("--ior-file") > 0) {
-    options.iorFile = typed.iorFile;
+    options.access.iorFile = typed.iorFile;
   } else if (app.count("--agent") > 0) {
-    options.agent = typed.agent;
+    options.access.reference = typed.agent;
   } else if (!agentOfEnvironment.empty()) {
-    options.agent = agentOfEnvironment;
+    options.access.reference = agentOfEnvironment;
   }
 }
 
 void readValues(const CLI::App& app, const Typed& typed, Options& options) {
   if (app.count("--how-many") > 0) {
-    options.howMany = parseUnsigned("--how-many", typed.howMany, 0);
+    options.access.howMany = parseUnsigned("--how-many", typed.howMany, 0);
   }
   if (app.count("--format") > 0) {
     options.format = parseFormat(typed.format);
   }
   if (app.count("--timeout") > 0) {
-    options.orb.callTimeout = parseTimeout(typed.timeout);
+    options.access.callTimeout = parseTimeout(typed.timeout);
   }
   if (app.count("--max-message") > 0) {
-    options.orb.maxMessageBytes =
-        parseUnsigned("--max-message", typed.maxMessage, orb::kMinMaxMessageBytes);
+    options.access.maxMessageBytes =
+        parseUnsigned("--max-message", typed.maxMessage, kMinMaxMessage);
   }
 }
 
-void checkFormat(const Command& command, Format format) {
+void checkFormat(const CommandSyntax& command, Format format) {
   const bool tableAlone = command.formats == Formats::kTable && format != Format::kTable;
   const bool notCsv = command.formats == Formats::kTableAndJson && format == Format::kCsv;
   if (tableAlone || notCsv) {
@@ -190,9 +185,9 @@ void checkFormat(const Command& command, Format format) {
 
 void readCommand(const CLI::App& app, Options& options) {
   options.command = typedCommand(app);
-  const Command& command = commandNamed(options.command);
+  const CommandSyntax& command = *findSyntax(options.command);  // checkCommand() found the row
   checkFormat(command, options.format);
-  options.arguments = readArguments(innermost(app), command.takes);
+  options.arguments = readArguments(innermost(app), command.arguments);
 }
 
 // Fills `typed`; a help or version text when one was asked for.

@@ -4,7 +4,7 @@
 #define CLIENT_COMMANDS_BACKUP_H
 
 #include "client/commandline/Options.h"
-#include "client/commands/Session.h"
+#include "client/output/PrintFunctions.h"
 #include "orb/idl/TopoAgent.h"
 
 namespace topoctl {

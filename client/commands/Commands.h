@@ -1,52 +1,44 @@
-// What topoctl can do: one row a command.
+// The functions that run the commands: one row a command.
+//
+// The rows are in ManagerCommands.cpp, ConsoleCommands.cpp and WatchCommand.cpp, under the names of
+// client/commandline/CommandSyntax.h. Thread-safety of all functions: any thread.
 
 #ifndef CLIENT_COMMANDS_COMMANDS_H
 #define CLIENT_COMMANDS_COMMANDS_H
 
 #include <functional>
+#include <iosfwd>
 #include <string>
 #include <vector>
 
-#include "client/commandline/Arguments.h"
-#include "client/commands/Session.h"
+#include "client/commands/CommandContext.h"
+#include "client/output/PrintFunctions.h"
 
 namespace topoctl {
 
-// What a command starts from. Everything is borrowed for the run.
-struct Call {
-  CORBA::ORB_ptr orb;
-  const Options& options;
-  const ProgressFunction& progress;
-};
-
 // Makes all calls of a command. Exceptions of the calls pass.
-using RunFunction = std::function<PrintFunction(const Call&)>;
+using CallFunction = std::function<PrintFunction(const CommandContext&)>;
 
-enum class Formats { kAll, kTableAndJson, kTable };
+// Starts an ORB of its own and prints while the calls are made. Throws what CallFunction throws.
+using StreamFunction = void (*)(const Options&, std::ostream& out);
 
+// Exactly one of the functions is set.
 struct Command {
-  const char* name;  // of a group's command with the group before it: "node create"
-  const char* help;
-  Takes takes;
-  Formats formats;
-  const char* whyNotOthers;  // null when there is every format
-  RunFunction run;           // null for watch, which prints while it runs
+  const char* name;
+  CallFunction call;
+  StreamFunction stream = nullptr;
 };
 
 const std::vector<Command>& commands();
 
-bool isCommand(const std::string& name);
-
-// REQUIRES: isCommand(name).
+// REQUIRES: findSyntax(name) != nullptr.
 const Command& commandNamed(const std::string& name);
 
-// The first words of commands that have two.
-struct Group {
-  const char* name;
-  const char* help;
-};
+// ---- the rows
 
-const std::vector<Group>& commandGroups();
+std::vector<Command> managerCommands();
+std::vector<Command> consoleCommands();
+std::vector<Command> watchCommands();
 
 }  // namespace topoctl
 

@@ -1,19 +1,22 @@
-#include "client/commands/ConsoleCommands.h"
+// The commands that call the agent's console; those that make a backup and print the status are in
+// Backup.cpp and Status.cpp.
 
 #include <algorithm>
 #include <system_error>
 
+#include "client/agent/Connection.h"
 #include "client/base/Failure.h"
 #include "client/base/File.h"
+#include "client/commands/Backup.h"
+#include "client/commands/Commands.h"
 #include "client/commands/ObjectNames.h"
+#include "client/commands/Status.h"
 #include "client/output/PrintFunctions.h"
 
 namespace topoctl {
 namespace {
 
 using TopoAgent::ImportSummary_T;
-
-void printNothing(std::ostream&) {}
 
 // ---- records
 
@@ -72,7 +75,7 @@ TopoAgent::Content_T* toContent(const std::string& bytes) {
   throw Failure(ExitCode::kCallFailed,
                 "the file '" + options.arguments.file +
                     "' is over the size limit: raise --max-message of topoctl (now " +
-                    std::to_string(options.orb.maxMessageBytes) + ") and of the agent");
+                    std::to_string(options.access.maxMessageBytes) + ") and of the agent");
 }
 
 ImportSummary_T send(TopoAgent::Console_I_ptr console, const TopoAgent::Content_T& content,
@@ -94,7 +97,7 @@ ImportSummary_T send(TopoAgent::Console_I_ptr console, const TopoAgent::Content_
   }
 }
 
-}  // namespace
+// ---- commands
 
 PrintFunction createNode(TopoAgent::Console_I_ptr console, const Options& options) {
   const TypedNode& typed = options.arguments.node;
@@ -124,8 +127,8 @@ PrintFunction renameNode(TopoAgent::Console_I_ptr console, const Options& option
 
 PrintFunction importNetwork(TopoAgent::Console_I_ptr console, const Options& options) {
   const std::string& path = options.arguments.file;
-  const std::string bytes = readNetwork(path, options.orb.maxMessageBytes);
-  if (bytes.size() > options.orb.maxMessageBytes) {
+  const std::string bytes = readNetwork(path, options.access.maxMessageBytes);
+  if (bytes.size() > options.access.maxMessageBytes) {
     tooLarge(options);
   }
   const TopoAgent::Content_T_var content = toContent(bytes);
@@ -141,6 +144,26 @@ PrintFunction setTestSwitch(TopoAgent::Console_I_ptr console, const Options& opt
 PrintFunction reloadModule(TopoAgent::Console_I_ptr console, const Options&) {
   console->reloadModule();
   return printNothing;
+}
+
+using ConsoleFunction = PrintFunction (*)(TopoAgent::Console_I_ptr, const Options&);
+
+CallFunction atConsole(ConsoleFunction function) {
+  return [function](const CommandContext& context) {
+    const auto console = connectConsole(context.orb, context.options.access);
+    return function(console.in(), context.options);
+  };
+}
+
+}  // namespace
+
+std::vector<Command> consoleCommands() {
+  return {
+      {"node create", atConsole(createNode)}, {"node delete", atConsole(deleteNode)},
+      {"node rename", atConsole(renameNode)}, {"import", atConsole(importNetwork)},
+      {"backup", atConsole(backup)},          {"test-switch", atConsole(setTestSwitch)},
+      {"status", atConsole(status)},          {"module reload", atConsole(reloadModule)},
+  };
 }
 
 }  // namespace topoctl

@@ -50,11 +50,11 @@ NVSList_T toList(const std::vector<TypedPair>& pairs) {
   return list;
 }
 
-NVSList_T objectName(const Session& session) {
-  const Arguments& arguments = session.options.arguments;
+NVSList_T objectName(const ManagerContext& context) {
+  const Arguments& arguments = context.options.arguments;
   std::vector<TypedPair> pairs = arguments.object;
   if (!arguments.isWholeName) {
-    pairs.insert(pairs.begin(), {kEms, learnEms(session.manager)});
+    pairs.insert(pairs.begin(), {kEms, learnEms(context.manager)});
   }
   return toList(pairs);
 }

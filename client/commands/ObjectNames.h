@@ -6,17 +6,17 @@
 #include <vector>
 
 #include "client/commandline/Arguments.h"
-#include "client/commands/Session.h"
+#include "client/commands/CommandContext.h"
 #include "orb/idl/globaldefs.h"
 
 namespace topoctl {
 
 globaldefs::NVSList_T toList(const std::vector<TypedPair>& pairs);
 
-// The whole name of the object in the session's options. Unless it was given whole, a call is made
+// The whole name of the object in the context's options. Unless it was given whole, a call is made
 // for the EMS that it starts with: that of the first node the agent shows. Throws Failure
 // (kCallFailed) when there is none; exceptions of the call pass.
-globaldefs::NVSList_T objectName(const Session& session);
+globaldefs::NVSList_T objectName(const ManagerContext& context);
 
 }  // namespace topoctl
 

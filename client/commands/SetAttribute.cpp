@@ -1,7 +1,5 @@
 #include "client/commands/SetAttribute.h"
 
-#include <algorithm>
-
 #include "client/commands/ObjectNames.h"
 #include "client/output/PrintFunctions.h"
 
@@ -10,48 +8,43 @@ namespace {
 
 using globaldefs::NVSList_T;
 
-void printNothing(std::ostream&) {}
-
-PrintFunction setUserLabel(const Session& session, const NVSList_T& object) {
-  const Arguments& arguments = session.options.arguments;
-  session.manager->setUserLabel(object, arguments.value.c_str(), arguments.unique);
+PrintFunction setUserLabel(const ManagerContext& context, const NVSList_T& object) {
+  const Arguments& arguments = context.options.arguments;
+  context.manager->setUserLabel(object, arguments.value.c_str(), arguments.unique);
   return printNothing;
 }
 
-PrintFunction setOwner(const Session& session, const NVSList_T& object) {
-  session.manager->setOwner(object, session.options.arguments.value.c_str());
+PrintFunction setOwner(const ManagerContext& context, const NVSList_T& object) {
+  context.manager->setOwner(object, context.options.arguments.value.c_str());
   return printNothing;
 }
 
-PrintFunction setNativeName(const Session& session, const NVSList_T& object) {
-  session.manager->setNativeEMSName(object, session.options.arguments.value.c_str());
+PrintFunction setNativeName(const ManagerContext& context, const NVSList_T& object) {
+  context.manager->setNativeEMSName(object, context.options.arguments.value.c_str());
   return printNothing;
 }
 
-PrintFunction setInfo(const Session& session, const NVSList_T& object) {
-  globaldefs::NVSList_T_var pairs = new NVSList_T(toList({session.options.arguments.pair}));
-  session.manager->setAdditionalInfo(object, pairs.inout());
-  return pairPrinter(pairs._retn(), session.options.format);
+PrintFunction setInfo(const ManagerContext& context, const NVSList_T& object) {
+  globaldefs::NVSList_T_var pairs = new NVSList_T(toList({context.options.arguments.pair}));
+  context.manager->setAdditionalInfo(object, pairs.inout());
+  return pairPrinter(pairs._retn(), context.options.format);
 }
 
 }  // namespace
 
-const std::vector<Attribute>& attributes() {
-  static const std::vector<Attribute> table = {
-      {"user-label", false, true, setUserLabel},
-      {"owner", false, false, setOwner},
-      {"native-name", false, false, setNativeName},
-      {"info", true, false, setInfo},
-  };
-  return table;
-}
-
-PrintFunction setAttribute(const Session& session) {
-  const std::string& name = session.options.arguments.attribute;
-  const auto attribute =
-      std::find_if(attributes().begin(), attributes().end(),
-                   [&name](const Attribute& candidate) { return candidate.name == name; });
-  return attribute->set(session, objectName(session));
+PrintFunction setAttribute(const ManagerContext& context) {
+  const NVSList_T object = objectName(context);
+  switch (context.options.arguments.attribute) {
+    case Attribute::kUserLabel:
+      return setUserLabel(context, object);
+    case Attribute::kOwner:
+      return setOwner(context, object);
+    case Attribute::kNativeName:
+      return setNativeName(context, object);
+    case Attribute::kInfo:
+      return setInfo(context, object);
+  }
+  return printNothing;
 }
 
 }  // namespace topoctl

@@ -1,25 +1,15 @@
-// The attributes of an object that can be set: one row an attribute.
+// The command that sets an attribute of an object.
 
 #ifndef CLIENT_COMMANDS_SETATTRIBUTE_H
 #define CLIENT_COMMANDS_SETATTRIBUTE_H
 
-#include <vector>
-
-#include "client/commands/Session.h"
+#include "client/commands/CommandContext.h"
 
 namespace topoctl {
 
-struct Attribute {
-  const char* name;
-  bool isPairs;      // set a pair at a time; otherwise a text
-  bool mayBeUnique;  // among the objects of a kind
-  PrintFunction (*set)(const Session&, const globaldefs::NVSList_T& object);
-};
-
-const std::vector<Attribute>& attributes();
-
-// Runs `set` on the object and the attribute of the session's options.
-PrintFunction setAttribute(const Session& session);
+// Sets the attribute and the object of the context's options. Throws what objectName throws;
+// exceptions of the call pass.
+PrintFunction setAttribute(const ManagerContext& context);
 
 }  // namespace topoctl
 

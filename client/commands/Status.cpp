@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "client/agent/Records.h"
+#include "client/agent/RecordFields.h"
 #include "client/output/Json.h"
 #include "client/output/Printer.h"
 

@@ -6,7 +6,7 @@
 #include <iosfwd>
 
 #include "client/commandline/Options.h"
-#include "client/commands/Session.h"
+#include "client/output/PrintFunctions.h"
 #include "orb/idl/TopoAgent.h"
 
 namespace topoctl {

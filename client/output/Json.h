@@ -5,7 +5,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "client/agent/Records.h"
+#include "client/agent/RecordFields.h"
 
 namespace topoctl {
 

@@ -1,16 +1,24 @@
-// Records as the result of a command.
+// Prints what a command's calls delivered.
 
 #ifndef CLIENT_OUTPUT_PRINTFUNCTIONS_H
 #define CLIENT_OUTPUT_PRINTFUNCTIONS_H
 
+#include <functional>
+#include <iosfwd>
 #include <memory>
 #include <utility>
 
-#include "client/agent/Records.h"
-#include "client/commands/Session.h"
 #include "client/output/Printer.h"
+#include "client/output/Rows.h"
 
 namespace topoctl {
+
+// Prints what a command's calls delivered. All calls are made before, so that a failure leaves no
+// partial output.
+using PrintFunction = std::function<void(std::ostream&)>;
+
+// The PrintFunction of a command without a result.
+inline void printNothing(std::ostream&) {}
 
 // Borrows the description.
 template <typename List>

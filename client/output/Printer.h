@@ -6,8 +6,8 @@
 #include <iosfwd>
 #include <string>
 
-#include "client/agent/Records.h"
-#include "client/commandline/Options.h"
+#include "client/output/Format.h"
+#include "client/output/Rows.h"
 
 namespace topoctl {
 

@@ -5,7 +5,8 @@
 
 #include <iosfwd>
 
-#include "client/agent/Records.h"
+#include "client/agent/Batches.h"
+#include "orb/idl/TopoManagementManager.h"
 
 namespace topoctl {
 

@@ -1,10 +1,9 @@
 #include "client/watch/Event.h"
 
 #include <array>
-#include <charconv>
 #include <string_view>
-#include <system_error>
 
+#include "client/base/Decimal.h"
 #include "idl/NotificationLayout.h"
 #include "orb/idl/notifications.h"
 
@@ -213,16 +212,7 @@ Event decode(const CosNotification::StructuredEvent& received) {
 }
 
 std::optional<std::uint64_t> parseId(const std::optional<std::string>& id) {
-  std::uint64_t number = 0;
-  if (!id) {
-    return std::nullopt;
-  }
-  const char* const end = id->data() + id->size();
-  const auto [last, error] = std::from_chars(id->data(), end, number);
-  if (error != std::errc() || last != end) {
-    return std::nullopt;
-  }
-  return number;
+  return id ? parseDecimal<std::uint64_t>(*id) : std::nullopt;
 }
 
 }  // namespace topoctl

@@ -9,7 +9,7 @@
 #include <variant>
 #include <vector>
 
-#include "client/agent/Records.h"
+#include "client/agent/RecordFields.h"
 #include "orb/notification.h"
 
 namespace topoctl {

@@ -9,7 +9,7 @@
 #include <iosfwd>
 #include <string>
 
-#include "client/commandline/Options.h"
+#include "client/output/Format.h"
 #include "client/watch/Event.h"
 
 namespace topoctl {

@@ -31,9 +31,9 @@ TopoAgent::Subscription_I_ptr subscribeAfter(TopoAgent::Session_I_ptr session,
 
 }  // namespace
 
-Subscription::Subscription(CORBA::ORB_ptr orb, PortableServer::POA_ptr poa, const Options& options,
-                           Inbox& inbox)
-    : orb_(orb), poa_(poa), options_(options), inbox_(inbox) {}
+Subscription::Subscription(CORBA::ORB_ptr orb, PortableServer::POA_ptr poa,
+                           const AgentAccess& access, Inbox& inbox)
+    : orb_(orb), poa_(poa), access_(access), inbox_(inbox) {}
 
 Subscription::~Subscription() {
   close();
@@ -42,7 +42,7 @@ Subscription::~Subscription() {
 void Subscription::subscribe() {
   close();
   subscription_ = TopoAgent::Subscription_I::_nil();
-  const TopoAgent::Session_I_var session = connectSession(orb_, options_);
+  const TopoAgent::Session_I_var session = connectSession(orb_, access_);
   consumer_ = new Consumer(inbox_, inbox_.begin());
   const PortableServer::ObjectId_var id = poa_->activate_object(consumer_.in());
   const CosNotifyComm::StructuredPushConsumer_var reference = consumer_->_this();
@@ -69,9 +69,9 @@ bool Subscription::stands() {
 }
 
 KnownNodes Subscription::readNodes() {
-  const TopoMgr_I_var manager = connect(orb_, options_);
+  const TopoMgr_I_var manager = connectManager(orb_, access_);
   const auto batches = fetchAll<NodeList_T, NodeIterator_I>(
-      options_.howMany,
+      access_.howMany,
       [&manager](CORBA::ULong howMany, const TopoManagementManager::NodeList_T_out& list,
                  const TopoManagementManager::NodeIterator_I_out& iterator) {
         manager->getTopoSubnetworkViewInfo(howMany, list, iterator);

@@ -5,7 +5,7 @@
 
 #include <memory>
 
-#include "client/commandline/Options.h"
+#include "client/base/AgentAccess.h"
 #include "client/watch/Inbox.h"
 #include "client/watch/KnownNodes.h"
 #include "orb/idl/TopoAgent.h"
@@ -18,7 +18,7 @@ class Consumer;
 class Subscription {
  public:
   // All borrowed. The POA serves.
-  Subscription(CORBA::ORB_ptr orb, PortableServer::POA_ptr poa, const Options& options,
+  Subscription(CORBA::ORB_ptr orb, PortableServer::POA_ptr poa, const AgentAccess& access,
                Inbox& inbox);
 
   // Receives nothing afterwards, but does not tell the agent.
@@ -48,7 +48,7 @@ class Subscription {
  private:
   CORBA::ORB_ptr orb_;
   PortableServer::POA_ptr poa_;
-  const Options& options_;
+  const AgentAccess& access_;
   Inbox& inbox_;
   PortableServer::Servant_var<Consumer> consumer_;  // nil when there is none
   TopoAgent::Subscription_I_var subscription_;

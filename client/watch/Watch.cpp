@@ -1,5 +1,6 @@
 #include "client/watch/Watch.h"
 
+#include "client/agent/Connection.h"
 #include "client/watch/EventLines.h"
 #include "client/watch/Inbox.h"
 #include "client/watch/StopSignals.h"
@@ -11,23 +12,26 @@ namespace topoctl {
 namespace {
 
 // A notification carries names and texts of any length, so pushes may use the whole message limit.
-orb::Options consumerOptions(const Options& options) {
-  orb::Options result = options.orb;
+orb::Options consumerOptions(const AgentAccess& access) {
+  orb::Options result = orbOptions(access);
   result.largeOperations = {"push_structured_event"};
   return result;
 }
 
 }  // namespace
 
-void watch(const Options& options, std::ostream& out) {
+void watch(const AgentAccess& access, const WatchOptions& options, std::ostream& out) {
   Inbox inbox(kMaxWaiting);
   const StopSignals signals([&inbox] { inbox.stop(); });
-  const auto server = orb::startServer(consumerOptions(options), options.arguments.listen, nullptr);
+  const auto server = orb::startServer(consumerOptions(access), options.listen, nullptr);
   const PortableServer::POAManager_var manager = server->rootPoa()->the_POAManager();
   manager->activate();
-  Subscription subscription(server->get(), server->rootPoa(), options, inbox);
+  Subscription subscription(server->get(), server->rootPoa(), access, inbox);
   EventLines lines(out, options.format, std::chrono::system_clock::now);
-  Watcher watcher(subscription, inbox, lines, options, Intervals());
+  const Intervals intervals;
+  RetryDelay retryDelay(intervals.firstRetry, intervals.lastRetry);
+  Watcher watcher(subscription, inbox, lines, retryDelay,
+                  {access, options.count, intervals.heartbeat});
   try {
     watcher.start();
     while (!watcher.isDone()) {

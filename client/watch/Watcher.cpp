@@ -1,15 +1,16 @@
 #include "client/watch/Watcher.h"
 
-#include <algorithm>
 #include <utility>
+
+#include "client/agent/CallFailure.h"
 
 namespace topoctl {
 namespace {
 
 // The failure that is being handled, if the agent can be blamed for it; others are thrown on.
 // REQUIRES: called in a catch block.
-std::string agentsFailure(const Options& options) {
-  const Failure failure = currentFailure(options);
+std::string agentsFailure(const AgentAccess& access) {
+  const Failure failure = currentFailure(access);
   if (failure.code() == ExitCode::kLocal) {
     throw failure;
   }
@@ -19,13 +20,12 @@ std::string agentsFailure(const Options& options) {
 }  // namespace
 
 Watcher::Watcher(Subscription& subscription, Inbox& inbox, EventLines& lines,
-                 const Options& options, const Intervals& intervals)
+                 RetryDelay& retryDelay, const WatcherOptions& options)
     : subscription_(subscription),
       inbox_(inbox),
       lines_(lines),
-      options_(options),
-      intervals_(intervals),
-      nextRetry_(intervals.firstRetry) {}
+      retryDelay_(retryDelay),
+      options_(options) {}
 
 void Watcher::start() {
   subscription_.subscribe();
@@ -35,8 +35,7 @@ void Watcher::start() {
 }
 
 bool Watcher::isDone() const {
-  const std::uint64_t wanted = options_.arguments.count;
-  return inbox_.isStopped() || (wanted > 0 && shown_ >= wanted);
+  return inbox_.isStopped() || (options_.count > 0 && shown_ >= options_.count);
 }
 
 void Watcher::step() {
@@ -50,7 +49,7 @@ void Watcher::step() {
     handle(event);
     return;
   }
-  const Inbox::Taken taken = inbox_.take(intervals_.heartbeat);
+  const Inbox::Taken taken = inbox_.take(options_.heartbeat);
   switch (taken.state) {
     case Inbox::State::kEvent:
       return handle(taken.event);
@@ -78,7 +77,7 @@ void Watcher::handle(const Event& event) {
     try {
       synchronize();
     } catch (...) {
-      lose(agentsFailure(options_));
+      lose(agentsFailure(options_.access));
     }
   }
 }
@@ -92,7 +91,7 @@ void Watcher::ask() {
       synchronize();
     }
   } catch (...) {
-    lose(agentsFailure(options_));
+    lose(agentsFailure(options_.access));
   }
 }
 
@@ -115,7 +114,7 @@ std::size_t Watcher::synchronize() {
 void Watcher::lose(const std::string& reason) {
   subscription_.close();
   connected_ = false;
-  nextRetry_ = intervals_.firstRetry;
+  retryDelay_.reset();
   showRest();
   if (!isDone()) {
     lines_.tellDisconnected(reason);
@@ -132,8 +131,7 @@ void Watcher::showRest() {
 }
 
 void Watcher::comeBack() {
-  inbox_.pause(nextRetry_);
-  nextRetry_ = std::min(nextRetry_ * 2, intervals_.lastRetry);
+  inbox_.pause(retryDelay_.next());
   if (inbox_.isStopped()) {
     return;
   }
@@ -142,7 +140,7 @@ void Watcher::comeBack() {
     subscription_.subscribe();
     nodes = synchronize();
   } catch (...) {
-    agentsFailure(options_);
+    agentsFailure(options_.access);
     subscription_.unsubscribe();
     showRest();
     return;

@@ -9,11 +9,11 @@
 #include <deque>
 #include <string>
 
-#include "client/base/Failure.h"
-#include "client/commandline/Options.h"
+#include "client/base/AgentAccess.h"
 #include "client/watch/EventLines.h"
 #include "client/watch/Inbox.h"
 #include "client/watch/KnownNodes.h"
+#include "client/watch/RetryDelay.h"
 #include "client/watch/Subscription.h"
 
 namespace topoctl {
@@ -27,12 +27,18 @@ struct Intervals {
   std::chrono::milliseconds lastRetry{5000};
 };
 
+struct WatcherOptions {
+  const AgentAccess& access;  // borrowed; for the texts of failures
+  std::uint32_t count;        // as WatchOptions::count
+  std::chrono::milliseconds heartbeat;
+};
+
 // One thread works with it. Failures of the output pass from every function.
 class Watcher {
  public:
-  // Borrows all but the intervals.
-  Watcher(Subscription& subscription, Inbox& inbox, EventLines& lines, const Options& options,
-          const Intervals& intervals);
+  // Borrows everything.
+  Watcher(Subscription& subscription, Inbox& inbox, EventLines& lines, RetryDelay& retryDelay,
+          const WatcherOptions& options);
 
   // Subscribes, reads the view and says so. Exceptions of the calls pass.
   void start();
@@ -42,9 +48,6 @@ class Watcher {
 
   // The inbox was stopped, or as many events were printed as the options ask for.
   bool isDone() const;
-
-  // How long the next attempt to come back is waited for.
-  std::chrono::milliseconds nextRetry() const { return nextRetry_; }
 
  private:
   void show(const Event& event);
@@ -58,10 +61,9 @@ class Watcher {
   Subscription& subscription_;
   Inbox& inbox_;
   EventLines& lines_;
-  const Options& options_;
-  const Intervals intervals_;
+  RetryDelay& retryDelay_;
+  const WatcherOptions options_;
   bool connected_ = false;
-  std::chrono::milliseconds nextRetry_;
   KnownNodes known_;
   std::deque<Event> held_;  // arrived before those in the inbox
   std::uint64_t shown_ = 0;

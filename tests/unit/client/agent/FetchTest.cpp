@@ -69,7 +69,7 @@ TEST_F(Fetch, GivesTheSameTextWhateverTheBatchSizeIs) {
     all.format = format;
     const std::string expected = output(all);
     for (const std::uint32_t howMany : {0U, 1U, 2U, kNodes - 1, kNodes, kNodes + 1}) {
-      all.howMany = howMany;
+      all.access.howMany = howMany;
       EXPECT_EQ(output(all), expected) << howMany;
     }
   }

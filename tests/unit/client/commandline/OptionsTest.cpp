@@ -30,12 +30,12 @@ std::string usageError(const std::vector<std::string>& arguments) {
 
 TEST(Options, HaveDefaults) {
   const Options options = parseOptions({"topo"}, "");
-  EXPECT_EQ(options.agent, "corbaloc::127.0.0.1:2810/TopoManagement");
-  EXPECT_EQ(options.iorFile, std::nullopt);
-  EXPECT_EQ(options.howMany, 1000U);
+  EXPECT_EQ(options.access.reference, "corbaloc::127.0.0.1:2810/TopoManagement");
+  EXPECT_EQ(options.access.iorFile, std::nullopt);
+  EXPECT_EQ(options.access.howMany, 1000U);
   EXPECT_EQ(options.format, Format::kTable);
-  EXPECT_EQ(options.orb.callTimeout, milliseconds(30000));
-  EXPECT_EQ(options.orb.maxMessageBytes, 268435456U);
+  EXPECT_EQ(options.access.callTimeout, milliseconds(30000));
+  EXPECT_EQ(options.access.maxMessageBytes, 268435456U);
   EXPECT_EQ(options.command, "topo");
   EXPECT_EQ(options.notice, "");
 }
@@ -46,21 +46,21 @@ TEST(Options, AreReadBeforeAndAfterTheCommand) {
         parseOptions({"capabilities", "--format=csv", "--how-many=7"}, ""),
         parseOptions({"--how-many", "7", "capabilities", "--format", "csv"}, "")}) {
     EXPECT_EQ(options.format, Format::kCsv);
-    EXPECT_EQ(options.howMany, 7U);
+    EXPECT_EQ(options.access.howMany, 7U);
     EXPECT_EQ(options.command, "capabilities");
   }
 }
 
 TEST(Options, OfTheSameNameOverrideEachOther) {
   EXPECT_EQ(parsed({"--format", "csv", "--format", "json"}).format, Format::kJson);
-  EXPECT_EQ(parsed({"--how-many", "x", "--how-many", "5"}).howMany, 5U);
+  EXPECT_EQ(parsed({"--how-many", "x", "--how-many", "5"}).access.howMany, 5U);
 }
 
 TEST(Options, TakeTheAgentFromTheEnvironmentUnlessOneIsGiven) {
-  EXPECT_EQ(parsed({}, "corbaloc::far:1/X").agent, "corbaloc::far:1/X");
-  EXPECT_EQ(parsed({"--agent", "corbaloc::near:1/X"}, "corbaloc::far:1/X").agent,
+  EXPECT_EQ(parsed({}, "corbaloc::far:1/X").access.reference, "corbaloc::far:1/X");
+  EXPECT_EQ(parsed({"--agent", "corbaloc::near:1/X"}, "corbaloc::far:1/X").access.reference,
             "corbaloc::near:1/X");
-  EXPECT_EQ(parsed({"--ior-file", "/the/file"}, "corbaloc::far:1/X").iorFile, "/the/file");
+  EXPECT_EQ(parsed({"--ior-file", "/the/file"}, "corbaloc::far:1/X").access.iorFile, "/the/file");
 }
 
 TEST(Options, RefuseTwoAgents) {
@@ -69,8 +69,8 @@ TEST(Options, RefuseTwoAgents) {
 }
 
 TEST(Options, TakeEveryUnsignedNumberOf32BitsAsHowMany) {
-  EXPECT_EQ(parsed({"--how-many", "0"}).howMany, 0U);
-  EXPECT_EQ(parsed({"--how-many", "4294967295"}).howMany, 4294967295U);
+  EXPECT_EQ(parsed({"--how-many", "0"}).access.howMany, 0U);
+  EXPECT_EQ(parsed({"--how-many", "4294967295"}).access.howMany, 4294967295U);
 }
 
 TEST(Options, RefuseOtherTextsAsHowMany) {
@@ -84,14 +84,14 @@ TEST(Options, RefuseOtherTextsAsHowMany) {
 }
 
 TEST(Options, TakeSecondsAndFractionsAsTimeout) {
-  EXPECT_EQ(parsed({"--timeout", "0"}).orb.callTimeout, milliseconds(0));
-  EXPECT_EQ(parsed({"--timeout", "2"}).orb.callTimeout, milliseconds(2000));
-  EXPECT_EQ(parsed({"--timeout", "0.25"}).orb.callTimeout, milliseconds(250));
-  EXPECT_EQ(parsed({"--timeout", "1000000"}).orb.callTimeout, milliseconds(1000000000));
+  EXPECT_EQ(parsed({"--timeout", "0"}).access.callTimeout, milliseconds(0));
+  EXPECT_EQ(parsed({"--timeout", "2"}).access.callTimeout, milliseconds(2000));
+  EXPECT_EQ(parsed({"--timeout", "0.25"}).access.callTimeout, milliseconds(250));
+  EXPECT_EQ(parsed({"--timeout", "1000000"}).access.callTimeout, milliseconds(1000000000));
 }
 
 TEST(Options, RoundATinyTimeoutUpBecauseZeroMeansNone) {
-  EXPECT_EQ(parsed({"--timeout", "0.0000001"}).orb.callTimeout, milliseconds(1));
+  EXPECT_EQ(parsed({"--timeout", "0.0000001"}).access.callTimeout, milliseconds(1));
 }
 
 TEST(Options, RefuseOtherTextsAsTimeout) {
@@ -103,8 +103,8 @@ TEST(Options, RefuseOtherTextsAsTimeout) {
 }
 
 TEST(Options, LimitTheLargestMessage) {
-  EXPECT_EQ(parsed({"--max-message", "8192"}).orb.maxMessageBytes, 8192U);
-  EXPECT_EQ(parsed({"--max-message", "4294967295"}).orb.maxMessageBytes, 4294967295U);
+  EXPECT_EQ(parsed({"--max-message", "8192"}).access.maxMessageBytes, 8192U);
+  EXPECT_EQ(parsed({"--max-message", "4294967295"}).access.maxMessageBytes, 4294967295U);
   for (const std::string text : {"8191", "0", "4294967296", "1M"}) {
     EXPECT_EQ(usageError({"--max-message", text, "topo"}),
               "--max-message: '" + text + "' is not a number from 8192 to 4294967295");

@@ -61,7 +61,7 @@ TEST_F(Views, AreTheSameWhateverTheBatchSizeIs) {
       const std::string expected = output(options);
       for (const Batching& batching : batchings) {
         const std::size_t before = script.calls().size();
-        options.howMany = batching.howMany;
+        options.access.howMany = batching.howMany;
         EXPECT_EQ(output(options), expected);
         std::vector<std::string> calls = {call + std::to_string(batching.howMany) + ")"};
         calls.insert(calls.end(), batching.next.begin(), batching.next.end());

@@ -5,7 +5,7 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 
-#include "client/agent/Records.h"
+#include "client/agent/RecordFields.h"
 #include "tests/unit/client/support/FakeAgent.h"
 
 namespace topoctl {

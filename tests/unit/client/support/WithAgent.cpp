@@ -3,7 +3,7 @@
 #include <sstream>
 
 #include "client/App.h"
-#include "client/base/Failure.h"
+#include "client/agent/CallFailure.h"
 
 namespace topoctl {
 
@@ -39,8 +39,8 @@ std::string WithAgent::agentReference() {
 
 Options WithAgent::options(const std::string& command, std::uint32_t howMany) const {
   Options options;
-  options.agent = agentReference();
-  options.howMany = howMany;
+  options.access.reference = agentReference();
+  options.access.howMany = howMany;
   options.format = Format::kJson;
   options.command = command;
   return options;
@@ -62,7 +62,7 @@ std::string WithAgent::failureOf(const Options& options) const {
     return "no failure";
   } catch (...) {
     EXPECT_EQ(out.str(), "");
-    const int code = report(currentFailure(options), err);
+    const int code = report(currentFailure(options.access), err);
     return std::to_string(code) + " " + err.str();
   }
 }

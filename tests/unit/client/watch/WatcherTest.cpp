@@ -8,6 +8,7 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 
+#include "client/base/Failure.h"
 #include "tests/unit/client/support/FakeSession.h"
 #include "tests/unit/client/support/MakeEvents.h"
 #include "tests/unit/client/support/WithAgent.h"
@@ -20,8 +21,6 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using Lines = std::vector<std::string>;
 
-constexpr Intervals kAtOnce = {milliseconds(0), milliseconds(0), milliseconds(0)};
-
 class Watch : public WithAgent {
  protected:
   void SetUp() override {
@@ -29,7 +28,7 @@ class Watch : public WithAgent {
     session_ = new FakeSession(script, server().rootPoa());
     published_ = server().wellKnownObject("TopoAgentSession");
     const CORBA::Object_var reference = published_->publish(session_.in());
-    options_ = options("watch");
+    access = options("watch").access;
     script.nodes = makeNodes(2);
   }
 
@@ -40,10 +39,12 @@ class Watch : public WithAgent {
     WithAgent::TearDown();
   }
 
-  void start(const Intervals& intervals = kAtOnce) {
+  void start(const RetryDelay& delay = {milliseconds(0), milliseconds(0)}) {
+    retryDelay = std::make_unique<RetryDelay>(delay);
     subscription_ =
-        std::make_unique<Subscription>(server().get(), server().rootPoa(), options_, inbox);
-    watcher_ = std::make_unique<Watcher>(*subscription_, inbox, eventLines_, options_, intervals);
+        std::make_unique<Subscription>(server().get(), server().rootPoa(), access, inbox);
+    watcher_ = std::make_unique<Watcher>(*subscription_, inbox, eventLines_, *retryDelay,
+                                         WatcherOptions{access, count, milliseconds(0)});
     watcher_->start();
   }
 
@@ -97,7 +98,9 @@ class Watch : public WithAgent {
   void addNode(const TopoManagementManager::Node_T& node) { addNode(script.nodes, node); }
 
   Inbox inbox{100};
-  Options options_;
+  AgentAccess access;
+  std::uint32_t count = 0;
+  std::unique_ptr<RetryDelay> retryDelay;
 
  private:
   static void addNode(TopoManagementManager::NodeList_T& nodes,
@@ -142,7 +145,7 @@ TEST_F(Watch, SubscribesFirstAndThenReadsTheView) {
 }
 
 TEST_F(Watch, ReadsAViewOfManyBatches) {
-  options_.howMany = 1;
+  access.howMany = 1;
   start();
   EXPECT_THAT(calls(), ElementsAre("subscribe()", "topo(1)", "next_n(1)"));
   EXPECT_THAT(printed(), ElementsAre("watching 2"));
@@ -196,7 +199,7 @@ TEST_F(Watch, IgnoresAnOfferOfOtherEvents) {
 }
 
 TEST_F(Watch, EndsAfterAsManyEventsAsWanted) {
-  options_.arguments.count = 2;
+  count = 2;
   start();
   push(creation("5", makeNode("a")));
   push(creation("6", makeNode("b")));
@@ -208,7 +211,7 @@ TEST_F(Watch, EndsAfterAsManyEventsAsWanted) {
 }
 
 TEST_F(Watch, PrintsNoMoreThanWantedWhateverComes) {
-  options_.arguments.count = 2;
+  count = 2;
   start();
   printed();
   script.nodes = makeNodes(0);
@@ -219,7 +222,7 @@ TEST_F(Watch, PrintsNoMoreThanWantedWhateverComes) {
 }
 
 TEST_F(Watch, ReadsNoViewAfterTheLastEventWanted) {
-  options_.arguments.count = 1;
+  count = 1;
   start();
   calls();
   push(lost("5", "7", 3));
@@ -229,7 +232,7 @@ TEST_F(Watch, ReadsNoViewAfterTheLastEventWanted) {
 }
 
 TEST_F(Watch, CountsWhatItPrintsWhileTheAgentGoes) {
-  options_.arguments.count = 2;
+  count = 2;
   start();
   printed();
   push(lost("5", "7", 3));
@@ -244,7 +247,7 @@ TEST_F(Watch, CountsWhatItPrintsWhileTheAgentGoes) {
 }
 
 TEST_F(Watch, CountsWhatItPrintsWhenItComesBack) {
-  options_.arguments.count = 1;
+  count = 1;
   start();
   printed();
   script.onPing = [] { throw CORBA::TRANSIENT(); };
@@ -287,7 +290,7 @@ TEST_F(Watch, RefusesEventsOnceTheAgentIsGone) {
 }
 
 TEST_F(Watch, WaitsBeforeItTriesAgain) {
-  start({milliseconds(0), milliseconds(100), milliseconds(100)});
+  start({milliseconds(100), milliseconds(100)});
   script.onPing = [] { throw CORBA::TRANSIENT(); };
   step();
   const auto begin = std::chrono::steady_clock::now();
@@ -550,23 +553,18 @@ TEST_F(Watch, ComesBackWhenTheAgentEndsTheSubscription) {
 }
 
 TEST_F(Watch, TriesAgainLessAndLessOften) {
-  start({milliseconds(0), milliseconds(1), milliseconds(5)});
+  start({milliseconds(1), milliseconds(100)});
   script.onPing = [] { throw CORBA::TRANSIENT(); };
   script.onSubscribe = [] { throw CORBA::TRANSIENT(); };
-  step();
-  std::vector<std::int64_t> waits;
-  for (int i = 0; i < 5; ++i) {
-    waits.push_back(watcher().nextRetry().count());
-    step();
-  }
-  EXPECT_THAT(waits, ElementsAre(1, 2, 4, 5, 5));
+  step(3);
+  EXPECT_EQ(retryDelay->next(), milliseconds(4));
   script.onSubscribe = [] {};
   step(2);
-  EXPECT_EQ(watcher().nextRetry().count(), 1);
+  EXPECT_EQ(retryDelay->next(), milliseconds(1));
 }
 
 TEST_F(Watch, EndsWhenItIsStoppedWhileTheAgentIsAway) {
-  start({milliseconds(0), std::chrono::hours(1), std::chrono::hours(1)});
+  start({std::chrono::hours(1), std::chrono::hours(1)});
   script.onPing = [] { throw CORBA::TRANSIENT(); };
   step();
   inbox.stop();

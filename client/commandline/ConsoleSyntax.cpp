@@ -1,11 +1,10 @@
-// The arguments of commands for the agent's console.
+// The rows of the commands that call the agent's console.
 
 #include <CLI/CLI.hpp>
-#include <charconv>
 #include <string_view>
-#include <system_error>
 
-#include "client/commandline/ArgumentKind.h"
+#include "client/base/Decimal.h"
+#include "client/commandline/CommandSyntax.h"
 
 namespace topoctl {
 namespace {
@@ -45,20 +44,19 @@ bool isElement(const CLI::App& command, const char* option) {
   return text == "element";
 }
 
-bool parseNumber(std::string_view text, std::int32_t& number) {
-  const auto [last, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-  return error == std::errc() && last == text.data() + text.size();
-}
-
 void readParams(const CLI::App& command, TypedNode& node) {
   const std::string text = textOf(command, kParams, "0,0");
-  const std::size_t comma = text.find(',');
   const std::string_view all = text;
-  if (comma == std::string::npos || !parseNumber(all.substr(0, comma), node.param1) ||
-      !parseNumber(all.substr(comma + 1), node.param2)) {
+  const std::size_t comma = all.find(',');
+  const bool hasComma = comma != std::string_view::npos;
+  const auto first = parseDecimal<std::int32_t>(all.substr(0, comma));
+  const auto second = parseDecimal<std::int32_t>(hasComma ? all.substr(comma + 1) : "");
+  if (!first || !second) {
     usageError(std::string(kParams) + ": '" + text +
                "' is not A,B, two numbers from -2147483648 to 2147483647");
   }
+  node.param1 = *first;
+  node.param2 = *second;
 }
 
 void requireWords(const char* command, const Words& words, std::size_t count,
@@ -117,17 +115,24 @@ void readSwitch(const CLI::App&, const Words& words, Arguments& arguments) {
 
 }  // namespace
 
-const ArgumentKind kNewNodeArguments = {
-    {{"ID", "The node's key in the agent"}}, addNodeOptions, readNewNode};
-const ArgumentKind kNodeArguments = {{{"ID", "The node's key in the agent"}}, nullptr, readNode};
-const ArgumentKind kNewNameArguments = {
-    {{"ID", "The node's key in the agent"}, {"NAME", "The name that people see"}},
-    nullptr,
-    readNewName};
-const ArgumentKind kFileArguments = {
-    {{"FILE", "A network file on this machine"}}, nullptr, readFileName};
-const ArgumentKind kNewFileArguments = {
-    {{"FILE", "A new file on this machine"}}, nullptr, readNewFileName};
-const ArgumentKind kSwitchArguments = {{{"STATE", "on or off"}}, nullptr, readSwitch};
+std::vector<CommandSyntax> consoleSyntax() {
+  const Place id = {"ID", "The node's key in the agent"};
+  const Place newName = {"NAME", "The name that people see"};
+  const Place file = {"FILE", "A network file on this machine"};
+  const Place newFile = {"FILE", "A new file on this machine"};
+  const Place state = {"STATE", "on or off"};
+  return {
+      {"node create", "Creates a topology node", {{id}, addNodeOptions, readNewNode}},
+      {"node delete", "Deletes a topology node and what is below it", {{id}, nullptr, readNode}},
+      {"node rename", "Gives a topology node another name", {{id, newName}, nullptr, readNewName}},
+      {"import", "Adds the network of a file to the agent's", {{file}, nullptr, readFileName}},
+      {"backup",
+       "Writes a copy of the agent's store to a new file",
+       {{newFile}, nullptr, readNewFileName}},
+      {"test-switch", "Turns the agent's test switch on or off", {{state}, nullptr, readSwitch}},
+      {"status", "How the agent is, and who receives its notifications", {}},
+      {"module reload", "Takes the module out of the agent and puts it in again", {}},
+  };
+}
 
 }  // namespace topoctl

@@ -1,4 +1,4 @@
-#include "client/base/Failure.h"
+#include "client/agent/CallFailure.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -20,7 +20,7 @@ class Failures : public WithAgent {
  protected:
   std::string failureAt(const std::string& reference) const {
     Options at = options("topo");
-    at.agent = reference;
+    at.access.reference = reference;
     return failureOf(at);
   }
 
@@ -126,7 +126,7 @@ class IorFiles : public Failures {
 
   Options withPath(const std::string& path) const {
     Options result = options("topo");
-    result.iorFile = path;
+    result.access.iorFile = path;
     return result;
   }
 
@@ -204,7 +204,7 @@ class Names : public Failures {
 
   std::string outputAt(const std::string& reference) const {
     Options at = options("topo");
-    at.agent = reference;
+    at.access.reference = reference;
     return output(at);
   }
 
@@ -254,7 +254,7 @@ std::string translated(const Thrown& thrown) {
   try {
     throw thrown;
   } catch (...) {
-    const Failure failure = currentFailure(Options());
+    const Failure failure = currentFailure(AgentAccess());
     return std::to_string(static_cast<int>(failure.code())) + " " + failure.what();
   }
 }

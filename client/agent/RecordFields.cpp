@@ -1,4 +1,4 @@
-#include "client/agent/Records.h"
+#include "client/agent/RecordFields.h"
 
 namespace topoctl {
 

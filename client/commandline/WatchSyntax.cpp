@@ -1,12 +1,11 @@
-// The arguments of the command that prints notifications.
+// The row of the command that prints notifications.
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <charconv>
 #include <limits>
-#include <system_error>
 
-#include "client/commandline/ArgumentKind.h"
+#include "client/base/Decimal.h"
+#include "client/commandline/CommandSyntax.h"
 
 namespace topoctl {
 namespace {
@@ -26,15 +25,6 @@ void addWatchOptions(CLI::App& command) {
       ->take_last();
 }
 
-// 0 when the text is no number from 1 to `max`.
-template <typename Number>
-Number parsePositive(const std::string& text, Number max) {
-  Number number = 0;
-  const char* const end = text.data() + text.size();
-  const auto [last, error] = std::from_chars(text.data(), end, number);
-  return error == std::errc() && last == end && number <= max ? number : 0;
-}
-
 [[noreturn]] void badListen(const std::string& text) {
   usageError(std::string(kListen) + ": '" + text +
              "' is not HOST or HOST:PORT, an IPv6 address in brackets");
@@ -51,7 +41,7 @@ std::string takeHost(const std::string& typed, std::string& rest) {
   return bracketed ? typed.substr(1, end - 1) : typed.substr(0, end);
 }
 
-orb::Endpoint parseListen(const std::string& typed) {
+ListenAddress parseListen(const std::string& typed) {
   std::string rest;
   const std::string host = takeHost(typed, rest);
   const bool hostIsValid = !host.empty() && std::none_of(host.begin(), host.end(), [](char c) {
@@ -63,11 +53,11 @@ orb::Endpoint parseListen(const std::string& typed) {
   if (rest.empty()) {
     return {host, 0};
   }
-  const auto port = parsePositive<std::uint16_t>(rest.substr(1), 65535);
-  if (rest.front() != ':' || (port == 0 && rest != ":0")) {
+  const auto port = parseDecimal<std::uint16_t>(rest.substr(1));
+  if (rest.front() != ':' || !port || (*port == 0 && rest != ":0")) {
     badListen(typed);
   }
-  return {host, port};
+  return {host, *port};
 }
 
 void readWatch(const CLI::App& command, const Words&, Arguments& arguments) {
@@ -77,17 +67,23 @@ void readWatch(const CLI::App& command, const Words&, Arguments& arguments) {
   }
   const Words& count = command.get_option(kCount)->results();
   if (!count.empty()) {
-    constexpr auto kMax = std::numeric_limits<std::uint32_t>::max();
-    arguments.count = parsePositive<std::uint32_t>(count.back(), kMax);
-    if (arguments.count == 0) {
+    const auto parsed = parseDecimal<std::uint32_t>(count.back());
+    if (!parsed || *parsed == 0) {
       usageError(std::string(kCount) + ": '" + count.back() + "' is not a number from 1 to " +
-                 std::to_string(kMax));
+                 std::to_string(std::numeric_limits<std::uint32_t>::max()));
     }
+    arguments.count = *parsed;
   }
 }
 
 }  // namespace
 
-const ArgumentKind kWatchArguments = {{}, addWatchOptions, readWatch};
+std::vector<CommandSyntax> watchSyntax() {
+  return {{"watch",
+           "Prints what changes, until it is interrupted",
+           {{}, addWatchOptions, readWatch},
+           Formats::kTableAndJson,
+           "events of different kinds have no columns in common"}};
+}
 
 }  // namespace topoctl

@@ -1,10 +1,10 @@
-// The arguments of commands on an object that a name tells.
+// The rows of the commands that call the manager.
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <array>
 
-#include "client/commandline/ArgumentKind.h"
-#include "client/commands/SetAttribute.h"
+#include "client/commandline/CommandSyntax.h"
 
 namespace topoctl {
 namespace {
@@ -45,22 +45,36 @@ void readSubnetwork(const CLI::App& command, const Words& words, Arguments& argu
   }
 }
 
+struct AttributeSyntax {
+  const char* name;
+  Attribute attribute;
+  bool isPairs = false;      // set a pair at a time; otherwise a text
+  bool mayBeUnique = false;  // among the objects of a kind
+};
+
+constexpr std::array<AttributeSyntax, 4> kAttributes = {{
+    {"user-label", Attribute::kUserLabel, false, true},
+    {"owner", Attribute::kOwner},
+    {"native-name", Attribute::kNativeName},
+    {"info", Attribute::kInfo, true},
+}};
+
 std::string attributeNames() {
   std::string names;
-  for (const Attribute& attribute : attributes()) {
+  for (const AttributeSyntax& attribute : kAttributes) {
     names += (names.empty() ? "" : ", ") + std::string(attribute.name);
   }
   return names;
 }
 
-const Attribute& attributeOf(const Words& words) {
+const AttributeSyntax& attributeOf(const Words& words) {
   if (words.empty()) {
     usageError("set: an attribute is missing; the attributes are: " + attributeNames());
   }
-  const auto found = std::find_if(
-      attributes().begin(), attributes().end(),
-      [&words](const Attribute& attribute) { return attribute.name == words.front(); });
-  if (found == attributes().end()) {
+  const auto* const found = std::find_if(
+      kAttributes.begin(), kAttributes.end(),
+      [&words](const AttributeSyntax& attribute) { return attribute.name == words.front(); });
+  if (found == kAttributes.end()) {
     usageError("set: '" + words.front() +
                "' is not an attribute; the attributes are: " + attributeNames());
   }
@@ -81,7 +95,7 @@ void checkCount(const std::string& where, std::size_t count, bool isWholeName) {
   }
 }
 
-void readValue(const std::string& where, const Attribute& attribute, const std::string& text,
+void readValue(const std::string& where, const AttributeSyntax& attribute, const std::string& text,
                Arguments& arguments) {
   if (attribute.isPairs) {
     arguments.pair = splitPair(where + ": VALUE", text, "NAME=TEXT");
@@ -92,10 +106,10 @@ void readValue(const std::string& where, const Attribute& attribute, const std::
 
 void readAttribute(const CLI::App& command, const Words& words, Arguments& arguments) {
   readWholeName(command, arguments);
-  const Attribute& attribute = attributeOf(words);
+  const AttributeSyntax& attribute = attributeOf(words);
   const std::string where = std::string("set ") + attribute.name;
   checkCount(where, words.size(), arguments.isWholeName);
-  arguments.attribute = attribute.name;
+  arguments.attribute = attribute.attribute;
   arguments.unique = command.count(kUnique) > 0;
   if (arguments.unique && !attribute.mayBeUnique) {
     usageError(where + ": --unique is for user-label alone");
@@ -106,18 +120,34 @@ void readAttribute(const CLI::App& command, const Words& words, Arguments& argum
   readValue(where, attribute, words.back(), arguments);
 }
 
+const char* const kWhyNoRecordsOfATree =
+    "a tree is drawn for people; topo has the same nodes as records";
+
 }  // namespace
 
-const ArgumentKind kSubnetworkArguments = {
-    {{"ID", "The subnetwork, as (TopoSubnetwork, ID) of the agent's own EMS"}},
-    addWholeName,
-    readSubnetwork};
-
-const ArgumentKind kAttributeArguments = {
-    {{"ATTRIBUTE", "user-label, owner, native-name or info"},
-     {"OBJECT", "CLASS=VALUE, an object of the agent's own EMS; left out with --name"},
-     {"VALUE", "What to set; NAME=TEXT for info, where an empty TEXT removes"}},
-    addAttributeOptions,
-    readAttribute};
+std::vector<CommandSyntax> managerSyntax() {
+  const ArgumentSyntax noArguments;
+  const ArgumentSyntax subnetwork = {
+      {{"ID", "The subnetwork, as (TopoSubnetwork, ID) of the agent's own EMS"}},
+      addWholeName,
+      readSubnetwork};
+  const ArgumentSyntax attribute = {
+      {{"ATTRIBUTE", "user-label, owner, native-name or info"},
+       {"OBJECT", "CLASS=VALUE, an object of the agent's own EMS; left out with --name"},
+       {"VALUE", "What to set; NAME=TEXT for info, where an empty TEXT removes"}},
+      addAttributeOptions,
+      readAttribute};
+  return {
+      {"topo", "The topology subnetwork view: its nodes", noArguments},
+      {"protect", "The protect subnetwork view: its nodes", noArguments},
+      {"below", "The nodes below a topology subnetwork", subnetwork},
+      {"clocks", "The clock source view: its nodes", noArguments},
+      {"clock-links", "The clock source view: its topological links", noArguments},
+      {"tree", "The topology subnetwork view as a tree by parents", noArguments, Formats::kTable,
+       kWhyNoRecordsOfATree},
+      {"set", "Sets an attribute of an object: user-label, owner, native-name or info", attribute},
+      {"capabilities", "The operations that the agent's manager supports", noArguments},
+  };
+}
 
 }  // namespace topoctl

@@ -13,7 +13,7 @@ using testing::HasSubstr;
 using Words = std::vector<std::string>;
 
 std::string listening(const std::string& text) {
-  const orb::Endpoint at = parseOptions({"watch", "--listen", text}, "").arguments.listen;
+  const ListenAddress at = parseOptions({"watch", "--listen", text}, "").arguments.listen;
   return at.host + " " + std::to_string(at.port);
 }
 

@@ -50,7 +50,7 @@ TEST(Arguments, StandBetweenOptions) {
   const Options options =
       parseOptions({"--how-many", "7", "below", "--format", "csv", "core", "--timeout", "2"}, "");
   EXPECT_THAT(objectOf(options.arguments), ElementsAre("(TopoSubnetwork,core)"));
-  EXPECT_EQ(options.howMany, 7U);
+  EXPECT_EQ(options.access.howMany, 7U);
   EXPECT_EQ(options.format, Format::kCsv);
 }
 
@@ -77,8 +77,12 @@ TEST(Arguments, OfBelowMustNameOneSubnetwork) {
 // ---- set
 
 TEST(Arguments, OfSetAreAnAttributeAnObjectAndAValue) {
-  for (const char* const attribute : {"user-label", "owner", "native-name"}) {
-    const Arguments arguments = parsed({"set", attribute, "ManagedElement=5", "a=b"});
+  const std::vector<std::pair<const char*, Attribute>> attributes = {
+      {"user-label", Attribute::kUserLabel},
+      {"owner", Attribute::kOwner},
+      {"native-name", Attribute::kNativeName}};
+  for (const auto& [name, attribute] : attributes) {
+    const Arguments arguments = parsed({"set", name, "ManagedElement=5", "a=b"});
     EXPECT_EQ(arguments.attribute, attribute);
     EXPECT_THAT(objectOf(arguments), ElementsAre("(ManagedElement,5)"));
     EXPECT_FALSE(arguments.isWholeName);
@@ -103,7 +107,9 @@ TEST(Arguments, OfSetTakeAnyText) {
 
 TEST(Arguments, OfInfoAreAPair) {
   const auto pairOf = [](const std::string& text) {
-    const TypedPair pair = parsed({"set", "info", "OS=1", text}).pair;
+    const Arguments arguments = parsed({"set", "info", "OS=1", text});
+    EXPECT_EQ(arguments.attribute, Attribute::kInfo);
+    const TypedPair pair = arguments.pair;
     return "(" + pair.name + "," + pair.value + ")";
   };
   EXPECT_EQ(pairOf("Region=north"), "(Region,north)");

@@ -1,0 +1,43 @@
+// The records that an agent delivered in one or more replies.
+
+#ifndef CLIENT_AGENT_BATCHES_H
+#define CLIENT_AGENT_BATCHES_H
+
+#include <cstddef>
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include "orb/orb.h"
+
+namespace topoctl {
+
+// What the agent delivered, in the order received, kept in the sequences that the calls returned.
+template <typename List>
+class Batches {
+ public:
+  // Takes ownership, as of the result of a _retn().
+  void add(List* batch) {
+    batches_.emplace_back(batch);
+    size_ += batches_.back()->length();
+  }
+
+  std::size_t size() const { return size_; }
+
+  template <typename Visit>
+  void forEach(Visit visit) const {
+    for (const auto& batch : batches_) {
+      for (CORBA::ULong i = 0; i < batch->length(); ++i) {
+        visit(std::as_const(*batch)[i]);
+      }
+    }
+  }
+
+ private:
+  std::vector<std::unique_ptr<List>> batches_;
+  std::size_t size_ = 0;
+};
+
+}  // namespace topoctl
+
+#endif

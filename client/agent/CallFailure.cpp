@@ -1,0 +1,104 @@
+#include "client/agent/CallFailure.h"
+
+#include <array>
+#include <cstddef>
+#include <new>
+#include <string>
+
+#include "client/agent/Connection.h"
+#include "orb/idl/globaldefs.h"
+#include "orb/orb.h"
+
+namespace topoctl {
+namespace {
+
+constexpr std::array<const char*, 16> kExceptionTypes = {
+    "EXCPT_NOT_IMPLEMENTED",
+    "EXCPT_INTERNAL_ERROR",
+    "EXCPT_INVALID_INPUT",
+    "EXCPT_OBJECT_IN_USE",
+    "EXCPT_TP_INVALID_ENDPOINT",
+    "EXCPT_ENTITY_NOT_FOUND",
+    "EXCPT_TIMESLOT_IN_USE",
+    "EXCPT_PROTECTION_EFFORT_NOT_MET",
+    "EXCPT_NOT_IN_VALID_STATE",
+    "EXCPT_UNABLE_TO_COMPLY",
+    "EXCPT_NE_COMM_LOSS",
+    "EXCPT_CAPACITY_EXCEEDED",
+    "EXCPT_ACCESS_DENIED",
+    "EXCPT_TOO_MANY_OPEN_ITERATORS",
+    "EXCPT_UNSUPPORTED_ROUTING_CONSTRAINTS",
+    "EXCPT_USERLABEL_IN_USE",
+};
+static_assert(kExceptionTypes.size() == globaldefs::EXCPT_USERLABEL_IN_USE + 1);
+
+// The ORB delivers no other value than those of the enumeration.
+const char* nameOf(globaldefs::ExceptionType_T type) {
+  return kExceptionTypes[static_cast<std::size_t>(type)];
+}
+
+Failure refusal(const globaldefs::ProcessingFailureException& refused) {
+  const std::string reason = refused.errorReason.in();
+  return Failure(ExitCode::kRefused, std::string("the agent refused: ") +
+                                         nameOf(refused.exceptionType) +
+                                         (reason.empty() ? "" : ": " + reason));
+}
+
+std::string askForLess(const AgentAccess& access) {
+  return "ask for less at once with --how-many (now " +
+         std::to_string(iteratorBatch(access.howMany)) + ")";
+}
+
+Failure tooLarge(const AgentAccess& access) {
+  return Failure(ExitCode::kCallFailed, "a message is over the size limit: " + askForLess(access) +
+                                            ", or raise --max-message of topoctl (now " +
+                                            std::to_string(access.maxMessageBytes) +
+                                            ") and of the agent, or --max-request of the agent");
+}
+
+Failure brokenOff(const AgentAccess& access) {
+  return Failure(ExitCode::kCallFailed,
+                 "an answer of " + describeAgent(access) +
+                     " broke off: the agent ended, or the answer is over the agent's size limit; " +
+                     askForLess(access) + ", or raise --max-message of the agent");
+}
+
+Failure callFailure(const CORBA::SystemException& failure, const AgentAccess& access) {
+  if (orb::isMessageTooLarge(failure)) {
+    return tooLarge(access);
+  }
+  if (orb::isBrokenOff(failure)) {
+    return brokenOff(access);
+  }
+  const std::string agent = describeAgent(access);
+  if (orb::isUnreachable(failure)) {
+    return Failure(ExitCode::kUnreachable, agent + " is not reachable: " + orb::describe(failure));
+  }
+  return Failure(ExitCode::kCallFailed,
+                 "a call to " + agent + " failed: " + orb::describe(failure));
+}
+
+}  // namespace
+
+Failure currentFailure(const AgentAccess& access) {
+  try {
+    throw;
+  } catch (const Failure& failure) {
+    return failure;
+  } catch (const globaldefs::ProcessingFailureException& refused) {
+    return refusal(refused);
+  } catch (const CORBA::SystemException& failure) {
+    return callFailure(failure, access);
+  } catch (const CORBA::Exception& failure) {
+    return Failure(ExitCode::kCallFailed, "a call to " + describeAgent(access) +
+                                              " failed: " + std::string(failure._name()));
+  } catch (const std::bad_alloc&) {
+    return Failure(ExitCode::kLocal, "out of memory");
+  } catch (const std::exception& failure) {
+    return Failure(ExitCode::kLocal, failure.what());
+  } catch (...) {
+    return Failure(ExitCode::kLocal, "an unknown failure");
+  }
+}
+
+}  // namespace topoctl

@@ -1,0 +1,80 @@
+#include "client/commandline/CommandSyntax.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+
+#include "client/base/Failure.h"
+
+namespace topoctl {
+namespace {
+
+// The words exactly as typed: the conversions of the library give brackets a meaning.
+Words wordsOf(const CLI::App& command, const ArgumentSyntax& syntax) {
+  Words words;
+  for (const Place& place : syntax.places) {
+    const Words& typed = command.get_option(place.name)->results();
+    words.insert(words.end(), typed.begin(), typed.end());
+  }
+  return words;
+}
+
+}  // namespace
+
+const std::vector<CommandSyntax>& commandSyntax() {
+  static const std::vector<CommandSyntax> table = [] {
+    std::vector<CommandSyntax> all;
+    for (const std::vector<CommandSyntax>& part :
+         {managerSyntax(), watchSyntax(), consoleSyntax()}) {
+      all.insert(all.end(), part.begin(), part.end());
+    }
+    return all;
+  }();
+  return table;
+}
+
+const CommandSyntax* findSyntax(const std::string& name) {
+  const auto& table = commandSyntax();
+  const auto found = std::find_if(table.begin(), table.end(),
+                                  [&name](const CommandSyntax& row) { return row.name == name; });
+  return found == table.end() ? nullptr : &*found;
+}
+
+const std::vector<Group>& commandGroups() {
+  static const std::vector<Group> table = {
+      {"node", "Changes the topology: node create, node delete, node rename"},
+      {"module", "The agent's module: module reload"},
+  };
+  return table;
+}
+
+void usageError(const std::string& text) {
+  throw Failure(ExitCode::kUsage, text);
+}
+
+TypedPair splitPair(const std::string& where, const std::string& text, const char* form) {
+  const std::size_t equals = text.find('=');
+  if (equals == std::string::npos) {
+    usageError(where + ": '" + text + "' is not " + form);
+  }
+  return {text.substr(0, equals), text.substr(equals + 1)};
+}
+
+void addArguments(CLI::App& command, const ArgumentSyntax& syntax) {
+  // Each place is an option of its own, so that "--" works anywhere among the places.
+  for (const Place& place : syntax.places) {
+    command.add_option(place.name, CLI::callback_t(), place.help);
+  }
+  if (syntax.addOptions != nullptr) {
+    syntax.addOptions(command);
+  }
+}
+
+Arguments readArguments(const CLI::App& command, const ArgumentSyntax& syntax) {
+  Arguments arguments;
+  if (syntax.read != nullptr) {
+    syntax.read(command, wordsOf(command, syntax), arguments);
+  }
+  return arguments;
+}
+
+}  // namespace topoctl

@@ -1,0 +1,30 @@
+// The parameters of the functions that run commands.
+
+#ifndef CLIENT_COMMANDS_COMMANDCONTEXT_H
+#define CLIENT_COMMANDS_COMMANDCONTEXT_H
+
+#include "client/agent/Fetch.h"
+#include "client/commandline/Options.h"
+#include "client/output/PrintFunctions.h"
+#include "orb/idl/TopoManagementManager.h"
+#include "orb/orb.h"
+
+namespace topoctl {
+
+// Everything is borrowed for the run.
+struct CommandContext {
+  CORBA::ORB_ptr orb;
+  const Options& options;
+  const ProgressFunction& progress;
+};
+
+// For a command that calls the manager. Everything is borrowed for the run.
+struct ManagerContext {
+  TopoManagementManager::TopoMgr_I_ptr manager;
+  const Options& options;
+  const ProgressFunction& progress;
+};
+
+}  // namespace topoctl
+
+#endif

@@ -1,0 +1,122 @@
+// The commands that call the manager.
+
+#include <functional>
+#include <memory>
+
+#include "client/agent/Connection.h"
+#include "client/agent/Fetch.h"
+#include "client/commands/Commands.h"
+#include "client/commands/ObjectNames.h"
+#include "client/commands/SetAttribute.h"
+#include "client/output/PrintFunctions.h"
+#include "client/output/Tree.h"
+
+namespace topoctl {
+namespace {
+
+// What a view delivers.
+struct Nodes {
+  using List = TopoManagementManager::NodeList_T;
+  using ListOut = TopoManagementManager::NodeList_T_out;
+  using Iterator = TopoManagementManager::NodeIterator_I;
+  using IteratorOut = TopoManagementManager::NodeIterator_I_out;
+  static const auto& description() { return nodeDescription(); }
+};
+struct Links {
+  using List = topologicalLink::TopologicalLinkList_T;
+  using ListOut = topologicalLink::TopologicalLinkList_T_out;
+  using Iterator = topologicalLink::TopologicalLinkIterator_I;
+  using IteratorOut = topologicalLink::TopologicalLinkIterator_I_out;
+  static const auto& description() { return linkDescription(); }
+};
+
+// The first call of a view.
+template <typename Records>
+using Operation = std::function<void(CORBA::ULong, const typename Records::ListOut&,
+                                     const typename Records::IteratorOut&)>;
+
+// A view's operation, made ready for a context.
+template <typename Records>
+using Prepare = Operation<Records> (*)(const ManagerContext&);
+
+template <typename Records>
+Batches<typename Records::List> fetchView(const ManagerContext& context, Prepare<Records> prepare) {
+  return fetchAll<typename Records::List, typename Records::Iterator>(
+      context.options.access.howMany, prepare(context), context.progress);
+}
+
+// `function` is called with a ManagerContext.
+template <typename Function>
+CallFunction atManager(Function function) {
+  return [function](const CommandContext& context) {
+    const auto manager = connectManager(context.orb, context.options.access);
+    return function({manager.in(), context.options, context.progress});
+  };
+}
+
+template <typename Records>
+CallFunction view(Prepare<Records> prepare) {
+  return atManager([prepare](const ManagerContext& context) {
+    return printer(fetchView<Records>(context, prepare), Records::description(),
+                   context.options.format);
+  });
+}
+
+Operation<Nodes> topo(const ManagerContext& context) {
+  return [&context](CORBA::ULong howMany, const auto& list, const auto& iterator) {
+    context.manager->getTopoSubnetworkViewInfo(howMany, list, iterator);
+  };
+}
+
+Operation<Nodes> protect(const ManagerContext& context) {
+  return [&context](CORBA::ULong howMany, const auto& list, const auto& iterator) {
+    context.manager->getProtectSubnetworkViewInfo(howMany, list, iterator);
+  };
+}
+
+Operation<Nodes> below(const ManagerContext& context) {
+  return [&context, name = objectName(context)](CORBA::ULong howMany, const auto& list,
+                                                const auto& iterator) {
+    context.manager->getViewInfoByTopoSubnetwork(name, howMany, list, iterator);
+  };
+}
+
+Operation<Nodes> clocks(const ManagerContext& context) {
+  return [&context](CORBA::ULong howMany, const auto& list, const auto& iterator) {
+    context.manager->getClockSourceSubnetworkViewInfo(howMany, list, iterator);
+  };
+}
+
+Operation<Links> clockLinks(const ManagerContext& context) {
+  return [&context](CORBA::ULong howMany, const auto& list, const auto& iterator) {
+    context.manager->getAllClockSourceViewlTopologicalLinks(howMany, list, iterator);
+  };
+}
+
+PrintFunction tree(const ManagerContext& context) {
+  const auto nodes = std::make_shared<const Batches<Nodes::List>>(fetchView<Nodes>(context, topo));
+  return [nodes](std::ostream& out) { printTree(*nodes, out); };
+}
+
+PrintFunction capabilities(const ManagerContext& context) {
+  common::CapabilityList_T_var list;
+  context.manager->getCapabilities(list.out());
+  return pairPrinter(list._retn(), context.options.format);
+}
+
+}  // namespace
+
+std::vector<Command> managerCommands() {
+  return {
+      {"topo", view<Nodes>(topo)},
+      {"protect", view<Nodes>(protect)},
+      {"below", view<Nodes>(below)},
+      {"clocks", view<Nodes>(clocks)},
+      {"clock-links", view<Links>(clockLinks)},
+      {"tree", atManager(tree)},
+      {"set", atManager(setAttribute)},
+      {"capabilities", atManager(capabilities)},
+  };
+}
+
+}  // namespace topoctl

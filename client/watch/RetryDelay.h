@@ -1,0 +1,37 @@
+// The time between attempts to reach an agent again.
+
+#ifndef CLIENT_WATCH_RETRYDELAY_H
+#define CLIENT_WATCH_RETRYDELAY_H
+
+#include <algorithm>
+#include <chrono>
+
+namespace topoctl {
+
+// Doubles with every attempt until it reaches a maximum.
+//
+// Thread-safety: none. Never throws.
+class RetryDelay {
+ public:
+  RetryDelay(std::chrono::milliseconds first, std::chrono::milliseconds maximum)
+      : first_(first), maximum_(maximum), next_(first) {}
+
+  // The delay before the next attempt.
+  std::chrono::milliseconds next() {
+    const std::chrono::milliseconds delay = next_;
+    next_ = std::min(next_ * 2, maximum_);
+    return delay;
+  }
+
+  // The next delay is the first one again.
+  void reset() { next_ = first_; }
+
+ private:
+  const std::chrono::milliseconds first_;
+  const std::chrono::milliseconds maximum_;
+  std::chrono::milliseconds next_;
+};
+
+}  // namespace topoctl
+
+#endif
