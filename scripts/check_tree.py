@@ -44,7 +44,17 @@ ALLOWED = {
               "agent/notifications", "agent/events", "agent/changes", "agent/model", "agent/store",
               "agent/formats", "agent/network", "agent/base", "agent/process",
               "include/platform", "orb"},
-    "client": {"hash", "orb"},
+    "client/base": set(),
+    "client/output/Format.h": set(),
+    "client/commandline": {"client/base", "client/output/Format.h"},
+    "client/agent": {"client/base", "orb"},
+    "client/output": {"client/base", "client/agent", "client/output/Format.h", "hash", "orb"},
+    "client/watch": {"client/base", "client/agent", "client/output", "client/output/Format.h", "hash",
+                     "orb"},
+    "client/commands": {"client/base", "client/commandline", "client/agent", "client/output",
+                        "client/output/Format.h", "client/watch", "orb"},
+    "client": {"client/base", "client/commandline", "client/agent", "client/output",
+               "client/output/Format.h", "client/commands", "orb"},
 }
 
 # How an include path begins -> the folder it leads to.
@@ -71,6 +81,13 @@ PREFIXES = [
     ("agent/host/", "agent/host"),
     ("agent/console/", "agent/console"),
     ("agent/", "agent"),
+    ("client/output/Format.h", "client/output/Format.h"),
+    ("client/base/", "client/base"),
+    ("client/commandline/", "client/commandline"),
+    ("client/agent/", "client/agent"),
+    ("client/output/", "client/output"),
+    ("client/watch/", "client/watch"),
+    ("client/commands/", "client/commands"),
     ("client/", "client"),
 ]
 
