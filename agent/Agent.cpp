@@ -145,7 +145,8 @@ class Agent::Parts final : private AgentControl {
         emsName_(options.emsName.empty() ? network_.ems : options.emsName),
         model_(std::move(network_)),
         writer_(*store_, model_,
-                [this](int eventId, std::vector<NS_DOMAIN::TopoNode_T> nodes) {
+                [this](std::uint64_t /*change*/, int eventId,
+                       std::vector<NS_DOMAIN::TopoNode_T> nodes) {
                   events_.raise(eventId, std::move(nodes));
                 }),
         domain_(model_),

@@ -77,17 +77,18 @@ void NetworkWriter::Change::rename(NetworkRenaming renaming, const std::string& 
   if (renaming.records.empty()) {
     return;
   }
-  store().rename(renaming.records, name);
+  const std::uint64_t change = store().rename(renaming.records, name);
   model().show(renaming);
-  raise(kTopoNodesChanged, std::move(renaming.nodes));
+  raise(change, kTopoNodesChanged, std::move(renaming.nodes));
 }
 
-void NetworkWriter::Change::raise(int eventId, std::vector<NS_DOMAIN::TopoNode_T> nodes) noexcept {
+void NetworkWriter::Change::raise(std::uint64_t change, int eventId,
+                                  std::vector<NS_DOMAIN::TopoNode_T> nodes) noexcept {
   if (nodes.empty() || !writer_.raise_) {
     return;
   }
   try {
-    writer_.raise_(eventId, std::move(nodes));
+    writer_.raise_(change, eventId, std::move(nodes));
   } catch (...) {
     return;  // the change is made, and whoever asked for it is told so
   }

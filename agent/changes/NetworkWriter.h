@@ -34,7 +34,9 @@ class NetworkWriter {
   // Told of every event, within the change that it is about: the change is committed and the model
   // shows it. Must be quick, as one that only queues the event, must not call back into the writer
   // or what uses it, and must not throw: what it throws is dropped, because the change is made.
-  using RaiseEvent = std::function<void(int eventId, std::vector<NS_DOMAIN::TopoNode_T> nodes)>;
+  // change is the number that the store has given the change (NetworkStore::lastChange).
+  using RaiseEvent = std::function<void(std::uint64_t change, int eventId,
+                                        std::vector<NS_DOMAIN::TopoNode_T> nodes)>;
 
   // raise may be empty.
   NetworkWriter(NetworkStore& store, NetworkModel& model, RaiseEvent raise = {});
@@ -83,8 +85,9 @@ class NetworkWriter {
     // Makes a change of names that the model has prepared, with its event. Throws StoreError.
     void rename(NetworkRenaming renaming, const std::string& name);
 
-    // Nothing is raised for no nodes.
-    void raise(int eventId, std::vector<NS_DOMAIN::TopoNode_T> nodes) noexcept;
+    // Raises the event of the change with this number; nothing for no nodes.
+    void raise(std::uint64_t change, int eventId,
+               std::vector<NS_DOMAIN::TopoNode_T> nodes) noexcept;
 
    private:
     NetworkWriter& writer_;

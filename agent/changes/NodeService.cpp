@@ -209,9 +209,10 @@ void dropCarried(Network& network) {
 
 void add(NetworkWriter::Change& change, Network network, const Cancellation& cancellation) {
   NetworkAddition addition = change.model().prepareAddition(std::move(network));
-  change.store().add(addition.network, addition.shownElements, cancellation);
+  const std::uint64_t number =
+      change.store().add(addition.network, addition.shownElements, cancellation);
   change.model().show(addition);
-  change.raise(kTopoNodesCreated, std::move(addition.network.topoNodes));
+  change.raise(number, kTopoNodesCreated, std::move(addition.network.topoNodes));
 }
 
 void requireNode(const NetworkModel& model, const std::string& id) {
@@ -273,10 +274,11 @@ Outcome NodeService::remove(const std::string& id, std::size_t& removed) {
                      NetworkWriter::Change change(writer_);
                      requireNode(change.model(), id);
                      NetworkRemoval removal = change.model().prepareRemoval(id);
-                     change.store().remove(removal.nodes, removal.objects, removal.hiddenElements);
+                     const std::uint64_t number = change.store().remove(
+                         removal.nodes, removal.objects, removal.hiddenElements);
                      change.model().show(removal);
                      removed = removal.nodes.size();
-                     change.raise(kTopoNodesDeleted, std::move(removal.nodes));
+                     change.raise(number, kTopoNodesDeleted, std::move(removal.nodes));
                    });
 }
 

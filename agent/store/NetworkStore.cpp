@@ -24,13 +24,14 @@ namespace agent {
 namespace {
 
 constexpr std::int32_t kApplicationId = 0x746f706f;  // "topo", in the header of the file
-constexpr std::int32_t kSchemaVersion = 3;
-constexpr std::int32_t kFirstSchemaVersion = 1;
+constexpr std::int32_t kSchemaVersion = 4;
 
 // A position gives an object its place in its list and is the key by which its rows are changed;
-// new objects follow the last one, and gaps mean nothing. The one row of the table network says
-// that a network was loaded.
-constexpr const char* kFirstSchema = R"sql(
+// new objects follow the last one, and gaps mean nothing. The positions of the table object_info
+// order the pairs of an object. The one row of the table network says that a network was loaded.
+// The column shown of an element may be 2, for an element that is shown because of a node that it
+// got at run time.
+constexpr const char* kSchema = R"sql(
   CREATE TABLE network (
     only INTEGER PRIMARY KEY CHECK (only = 1),
     ems TEXT NOT NULL
@@ -79,10 +80,6 @@ constexpr const char* kFirstSchema = R"sql(
     label TEXT NOT NULL,
     UNIQUE (type, id)
   ) STRICT;
-)sql";
-
-// What version 2 has on top: more that is kept of objects. Positions order the pairs of an object.
-constexpr const char* kSecondSchema = R"sql(
   CREATE INDEX object_label_text ON object_label (type, label);
   CREATE TABLE object_owner (
     type INTEGER NOT NULL,
@@ -99,11 +96,10 @@ constexpr const char* kSecondSchema = R"sql(
     PRIMARY KEY (type, id, position),
     UNIQUE (type, id, name)
   ) STRICT, WITHOUT ROWID;
-)sql";
-
-// What version 3 has on top: the notification id that is the next to be given. The column shown of
-// an element may be 2, for an element that is shown because of a node that it got at run time.
-constexpr const char* kThirdSchema = R"sql(
+  CREATE TABLE last_change (
+    only INTEGER PRIMARY KEY CHECK (only = 1),
+    number INTEGER NOT NULL
+  ) STRICT;
   CREATE TABLE notification_id (
     only INTEGER PRIMARY KEY CHECK (only = 1),
     next INTEGER NOT NULL
@@ -152,16 +148,12 @@ bool isExistingFile(const std::string& path) {
   return std::filesystem::file_size(file) != 0;
 }
 
-std::int64_t valueOf(SQLite::Database& database, const std::string& query) {
-  return database.execAndGet(query).getInt64();
-}
-
 void requireOurs(const std::string& path, SQLite::Database& database) {
   if (valueOf(database, "PRAGMA application_id") != kApplicationId) {
     throw StoreError(path, "is a database of another program");
   }
   const std::int64_t version = valueOf(database, "PRAGMA user_version");
-  if (version < kFirstSchemaVersion || version > kSchemaVersion) {
+  if (version != kSchemaVersion) {
     throw StoreError(path, "has the schema version " + std::to_string(version) +
                                ", this program reads version " + std::to_string(kSchemaVersion));
   }
@@ -223,35 +215,21 @@ std::unique_ptr<SQLite::Database> openDatabase(const std::string& path) {
                                             SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
 }
 
-void createSchema(SQLite::Database& database) {
-  database.exec("PRAGMA application_id = " + std::to_string(kApplicationId));
-  database.exec(kFirstSchema);
-  database.exec("PRAGMA user_version = " + std::to_string(kFirstSchemaVersion));
-}
-
-void createNotificationIds(SQLite::Database& database, const NetworkStore::Clock& clock) {
+void createSchema(SQLite::Database& database, const NetworkStore::Clock& clock) {
   constexpr std::uint64_t kMost = std::numeric_limits<std::int64_t>::max();
-  database.exec(kThirdSchema);
-  run(database, "INSERT INTO notification_id VALUES (1, ?)",
-      static_cast<std::int64_t>(std::min(clock(), kMost)));
-}
-
-// From any earlier version to this one.
-void upgradeSchema(SQLite::Database& database, const NetworkStore::Clock& clock) {
-  const std::int64_t version = valueOf(database, "PRAGMA user_version");
-  if (version == kSchemaVersion) {
-    return;
-  }
-  if (version == kFirstSchemaVersion) {
-    database.exec(kSecondSchema);
-  }
-  createNotificationIds(database, clock);
+  constexpr std::uint64_t kMicroseconds = 1000;  // of a millisecond
+  database.exec("PRAGMA application_id = " + std::to_string(kApplicationId));
+  database.exec(kSchema);
+  const auto now = static_cast<std::int64_t>(std::min(clock(), kMost));
+  run(database, "INSERT INTO notification_id VALUES (1, ?)", now);
+  run(database, "INSERT INTO last_change VALUES (1, ?)",
+      now / static_cast<std::int64_t>(kMicroseconds));
   database.exec("PRAGMA user_version = " + std::to_string(kSchemaVersion));
 }
 
 // A schema that somebody else has written into the file can do nothing but compute. Takes the lock,
-// which stays for as long as the database is open, then makes, checks or upgrades
-// the schema, all in one transaction. The schema is there before write-ahead logging is switched
+// which stays for as long as the database is open, then makes or checks the schema and raises the
+// change number, all in one transaction. The schema is there before write-ahead logging is switched
 // on, so that there is never a file that has content and not our mark.
 void prepare(const std::string& path, SQLite::Database& database,
              const NetworkStore::Clock& clock) {
@@ -262,11 +240,10 @@ void prepare(const std::string& path, SQLite::Database& database,
   SQLite::Transaction transaction(database, SQLite::TransactionBehavior::EXCLUSIVE);
   if (valueOf(database, "PRAGMA application_id") == 0 &&
       valueOf(database, "SELECT count(*) FROM sqlite_schema") == 0) {
-    createSchema(database);
+    createSchema(database, clock);
   }
   requireOurs(path, database);
-  upgradeSchema(database, clock);
-  transaction.commit();
+  commitChange(database, transaction);
   database.exec("PRAGMA journal_mode = WAL");
 }
 
@@ -524,9 +501,10 @@ void NetworkStore::load(const Network& network) {
   add(network, {});
 }
 
-void NetworkStore::add(const Network& network, const std::vector<std::int32_t>& shownElements,
-                       const Cancellation& cancellation) {
-  guarded(path_, [&] {
+std::uint64_t NetworkStore::add(const Network& network,
+                                const std::vector<std::int32_t>& shownElements,
+                                const Cancellation& cancellation) {
+  return guarded(path_, [&] {
     SQLite::Transaction transaction(*database_);
     run(*database_, kSetEms, network.ems);
     storeTopoNodes(*database_, network, cancellation);
@@ -535,19 +513,19 @@ void NetworkStore::add(const Network& network, const std::vector<std::int32_t>& 
     storeClockLinks(*database_, network, cancellation);
     storeLabels(*database_, network, cancellation);
     setShown(*database_, shownElements, kShownForNode);
-    transaction.commit();
+    return commitChange(*database_, transaction);
   });
 }
 
-void NetworkStore::remove(const std::vector<NS_DOMAIN::TopoNode_T>& nodes,
-                          const std::vector<ObjectKey>& objects,
-                          const std::vector<std::int32_t>& hiddenElements) {
-  guarded(path_, [&] {
+std::uint64_t NetworkStore::remove(const std::vector<NS_DOMAIN::TopoNode_T>& nodes,
+                                   const std::vector<ObjectKey>& objects,
+                                   const std::vector<std::int32_t>& hiddenElements) {
+  return guarded(path_, [&] {
     SQLite::Transaction transaction(*database_);
     removeNodes(*database_, nodes);
     removeAttributesOf(*database_, objects);
     setShown(*database_, hiddenElements, 0);
-    transaction.commit();
+    return commitChange(*database_, transaction);
   });
 }
 
@@ -563,6 +541,12 @@ std::uint64_t NetworkStore::reserveNotificationIds(std::uint64_t count) {
         first + static_cast<std::int64_t>(count));
     transaction.commit();
     return static_cast<std::uint64_t>(first);
+  });
+}
+
+std::uint64_t NetworkStore::lastChange() {
+  return guarded(path_, [&] {
+    return static_cast<std::uint64_t>(valueOf(*database_, "SELECT number FROM last_change"));
   });
 }
 

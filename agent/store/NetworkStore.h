@@ -59,9 +59,8 @@ class NetworkStore {
   // Opens the store, or makes an empty one where there is no file or an empty file. A new file is
   // accessible to its owner alone; a dangling symbolic link is refused. From here to
   // the destructor nobody else can open it. Throws StoreError at once when somebody has it open,
-  // when it is no database, that of another program or of a later version, or not writable.
-  // A store of an earlier version becomes one of this version. The clock, in microseconds since
-  // 1970, is asked once for a store that has no notification ids yet.
+  // when it is no database, that of another program or of another version, or not writable. The
+  // clock, in microseconds since 1970, is asked once for a store that is made.
   explicit NetworkStore(const std::string& path, const Clock& clock = microsecondsNow);
   ~NetworkStore();
   NetworkStore(const NetworkStore&) = delete;
@@ -90,28 +89,32 @@ class NetworkStore {
   // them.
   std::uint64_t reserveNotificationIds(std::uint64_t count);
 
-  // --- Changes of the network. Each call is one change, made as a whole or not at all. Throw
-  // StoreError.
+  // The number of the last change. Numbers of changes rise by one with each change, and by one when
+  // the store is opened; they begin with the milliseconds since 1970 when the store is made. So a
+  // number is never given twice, also not by a new store that replaces this store.
+  std::uint64_t lastChange();
+
+  // --- Changes of the network. Each call is one change, made as a whole or not at all, and returns
+  // the number of the change, which is part of it. Throw StoreError.
 
   // Stores a network after the one that is there, in every list, and marks elements that are there
   // as shown for a node. Its managing system counts where none has a name so far. The store ends
   // being new. Throws StoreError also when an object of the network is there already, and
   // Cancelled.
-  void add(const Network& network, const std::vector<std::int32_t>& shownElements,
-           const Cancellation& cancellation = Cancellation::none());
+  std::uint64_t add(const Network& network, const std::vector<std::int32_t>& shownElements,
+                    const Cancellation& cancellation = Cancellation::none());
 
   // Removes nodes and what is kept of objects, and takes the marks of elements away. What is not
   // there is passed over.
-  void remove(const std::vector<NS_DOMAIN::TopoNode_T>& nodes,
-              const std::vector<ObjectKey>& objects,
-              const std::vector<std::int32_t>& hiddenElements);
+  std::uint64_t remove(const std::vector<NS_DOMAIN::TopoNode_T>& nodes,
+                       const std::vector<ObjectKey>& objects,
+                       const std::vector<std::int32_t>& hiddenElements);
 
-  // --- What is kept of objects. That they exist is not asked. Each call is one change, made as a
-  // whole or not at all. Throw StoreError.
+  // --- What is kept of objects. That they exist is not asked. The changes are as above.
 
   // An empty label or owner is none.
-  void setUserLabel(const ObjectKey& key, const std::string& label);
-  void setOwner(const ObjectKey& key, const std::string& owner);
+  std::uint64_t setUserLabel(const ObjectKey& key, const std::string& label);
+  std::uint64_t setOwner(const ObjectKey& key, const std::string& owner);
   std::string ownerOf(const ObjectKey& key);
 
   // The ids of the objects of a type that have a label.
@@ -120,15 +123,15 @@ class NetworkStore {
   // Every pair in turn: an empty value removes the name, another one replaces the value of a name
   // that is there, in its place, and a new name goes to the end. accept is shown what is then
   // stored; when it throws, that passes and nothing is changed. It may be empty.
-  void mergeAdditionalInfo(const ObjectKey& key, const InfoPairs& changes,
-                           const std::function<void(const InfoPairs&)>& accept = {});
+  std::uint64_t mergeAdditionalInfo(const ObjectKey& key, const InfoPairs& changes,
+                                    const std::function<void(const InfoPairs&)>& accept = {});
   InfoPairs additionalInfoOf(const ObjectKey& key);
 
   // Forgets user label, owner and additional information.
-  void removeAttributes(const ObjectKey& key);
+  std::uint64_t removeAttributes(const ObjectKey& key);
 
   // Gives records another name.
-  void rename(const std::vector<NamedRecord>& records, const std::string& name);
+  std::uint64_t rename(const std::vector<NamedRecord>& records, const std::string& name);
 
  private:
   const std::string path_;  // as given, for messages

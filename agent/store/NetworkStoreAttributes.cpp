@@ -8,15 +8,15 @@ namespace agent {
 namespace {
 
 // Stores a text under a key, or removes what is stored when the text is empty.
-void setText(SQLite::Database& database, const char* set, const char* remove, const ObjectKey& key,
-             const std::string& text) {
+std::uint64_t setText(SQLite::Database& database, const char* set, const char* remove,
+                      const ObjectKey& key, const std::string& text) {
   SQLite::Transaction transaction(database);
   if (text.empty()) {
     run(database, remove, key.type, key.id);
   } else {
     run(database, set, key.type, key.id, text);
   }
-  transaction.commit();
+  return commitChange(database, transaction);
 }
 
 constexpr const char* kSetLabel =
@@ -75,12 +75,12 @@ const char* renameStatement(RecordList list) {
 
 }  // namespace
 
-void NetworkStore::setUserLabel(const ObjectKey& key, const std::string& label) {
-  guarded(path_, [&] { setText(*database_, kSetLabel, kRemoveLabel, key, label); });
+std::uint64_t NetworkStore::setUserLabel(const ObjectKey& key, const std::string& label) {
+  return guarded(path_, [&] { return setText(*database_, kSetLabel, kRemoveLabel, key, label); });
 }
 
-void NetworkStore::setOwner(const ObjectKey& key, const std::string& owner) {
-  guarded(path_, [&] { setText(*database_, kSetOwner, kRemoveOwner, key, owner); });
+std::uint64_t NetworkStore::setOwner(const ObjectKey& key, const std::string& owner) {
+  return guarded(path_, [&] { return setText(*database_, kSetOwner, kRemoveOwner, key, owner); });
 }
 
 std::string NetworkStore::ownerOf(const ObjectKey& key) {
@@ -103,15 +103,16 @@ std::vector<std::string> NetworkStore::idsWithLabel(std::int32_t type, const std
   });
 }
 
-void NetworkStore::mergeAdditionalInfo(const ObjectKey& key, const InfoPairs& changes,
-                                       const std::function<void(const InfoPairs&)>& accept) {
-  guarded(path_, [&] {
+std::uint64_t NetworkStore::mergeAdditionalInfo(
+    const ObjectKey& key, const InfoPairs& changes,
+    const std::function<void(const InfoPairs&)>& accept) {
+  return guarded(path_, [&] {
     SQLite::Transaction transaction(*database_);
     mergeInfo(*database_, key, changes);
     if (accept) {
       accept(infoOf(*database_, key));
     }
-    transaction.commit();
+    return commitChange(*database_, transaction);
   });
 }
 
@@ -119,23 +120,24 @@ InfoPairs NetworkStore::additionalInfoOf(const ObjectKey& key) {
   return guarded(path_, [&] { return infoOf(*database_, key); });
 }
 
-void NetworkStore::removeAttributes(const ObjectKey& key) {
-  guarded(path_, [&] {
+std::uint64_t NetworkStore::removeAttributes(const ObjectKey& key) {
+  return guarded(path_, [&] {
     SQLite::Transaction transaction(*database_);
     for (const char* statement : {kRemoveLabel, kRemoveOwner, kRemoveAllInfo}) {
       run(*database_, statement, key.type, key.id);
     }
-    transaction.commit();
+    return commitChange(*database_, transaction);
   });
 }
 
-void NetworkStore::rename(const std::vector<NamedRecord>& records, const std::string& name) {
-  guarded(path_, [&] {
+std::uint64_t NetworkStore::rename(const std::vector<NamedRecord>& records,
+                                   const std::string& name) {
+  return guarded(path_, [&] {
     SQLite::Transaction transaction(*database_);
     for (const NamedRecord& record : records) {
       run(*database_, renameStatement(record.list), name, record.id);
     }
-    transaction.commit();
+    return commitChange(*database_, transaction);
   });
 }
 

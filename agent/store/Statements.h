@@ -1,10 +1,13 @@
-// Running statements with values. Part of the store.
+// Runs statements with values and commits changes. Part of the store.
 
 #ifndef AGENT_STORE_STATEMENTS_H
 #define AGENT_STORE_STATEMENTS_H
 
 #include <SQLiteCpp/SQLiteCpp.h>
 #include <SQLiteCpp/VariadicBind.h>
+
+#include <cstdint>
+#include <string>
 
 namespace agent {
 
@@ -20,6 +23,18 @@ template <typename... Values>
 void run(SQLite::Database& database, const char* text, const Values&... values) {
   SQLite::Statement statement(database, text);
   run(statement, values...);
+}
+
+inline std::int64_t valueOf(SQLite::Database& database, const std::string& query) {
+  return database.execAndGet(query).getInt64();
+}
+
+// Gives the transaction the next change number and commits it. Returns the number.
+inline std::uint64_t commitChange(SQLite::Database& database, SQLite::Transaction& transaction) {
+  const std::int64_t number =
+      valueOf(database, "UPDATE last_change SET number = number + 1 RETURNING number");
+  transaction.commit();
+  return static_cast<std::uint64_t>(number);
 }
 
 }  // namespace agent

@@ -13,6 +13,7 @@
 #include "tests/unit/agent/support/NetworkFiles.h"
 
 struct RaisedEvent {
+  std::uint64_t change;
   int id;
   std::vector<NS_DOMAIN::TopoNode_T> nodes;
 };
@@ -95,11 +96,12 @@ class ChangingHost {
   agent::NetworkModel model_;
   std::mutex mutex_;
   std::vector<RaisedEvent> events_;
-  agent::NetworkWriter writer_{store_, model_,
-                               [this](int id, std::vector<NS_DOMAIN::TopoNode_T> nodes) {
-                                 const std::lock_guard<std::mutex> lock(mutex_);
-                                 events_.push_back({id, std::move(nodes)});
-                               }};
+  agent::NetworkWriter writer_{
+      store_, model_,
+      [this](std::uint64_t change, int id, std::vector<NS_DOMAIN::TopoNode_T> nodes) {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        events_.push_back({change, id, std::move(nodes)});
+      }};
   agent::NodeService nodes_{writer_};
   agent::AttributeService attributes_{"E", writer_};
 };

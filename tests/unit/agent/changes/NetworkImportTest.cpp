@@ -319,7 +319,7 @@ TEST(CancelledImport, ChangesNothingAndGivesTheTurnToTheNextChange) {
   agent::NetworkStore store(agent::NetworkStore::kInMemory);
   agent::NetworkModel model;
   std::size_t events = 0;
-  agent::NetworkWriter writer(store, model, [&](int, auto) { ++events; });
+  agent::NetworkWriter writer(store, model, [&](std::uint64_t, int, auto) { ++events; });
   agent::NodeService nodes(writer, cancellation);
   cancellation.request();
   agent::ImportSummary summary;

@@ -33,7 +33,7 @@ TEST(NetworkWriter, RaisesAnEventWhenStoreAndModelHaveTheChange) {
   NetworkStore store(NetworkStore::kInMemory);
   NetworkModel model;
   std::string seen;
-  NetworkWriter writer(store, model, [&](int id, auto nodes) {
+  NetworkWriter writer(store, model, [&](std::uint64_t, int id, auto nodes) {
     seen += std::to_string(id) + (model.hasTopoNode(nodes.at(0).nodeId) ? " there" : " gone") +
             (store.read().topoNodes.empty() ? " gone;" : " there;");
   });
@@ -43,6 +43,19 @@ TEST(NetworkWriter, RaisesAnEventWhenStoreAndModelHaveTheChange) {
   nodes.rename("a", "A");
   nodes.remove("a", removed);
   EXPECT_EQ("372 there there;374 there there;373 gone gone;", seen);
+}
+
+TEST(NetworkWriter, RaisesEachEventWithTheNumberOfItsChange) {
+  ChangingHost host(NetworkStore::kInMemory);
+  const std::uint64_t before = host.store().lastChange();
+  host.nodes().create(nodeOf("a", ""));
+  host.nodes().create(nodeOf("a", ""));  // fails and takes no number
+  host.attributes().setOwner(nameOf({{"EMS", "E"}, {"TopoSubnetwork", "a"}}), "me");
+  host.nodes().rename("a", "A");
+  const std::vector<RaisedEvent> events = host.takeEvents();
+  ASSERT_EQ(2U, events.size());
+  EXPECT_EQ(before + 1, events[0].change);
+  EXPECT_EQ(before + 3, events[1].change);
 }
 
 TEST(NetworkWriter, NeedsNobodyToListen) {
@@ -55,7 +68,8 @@ TEST(NetworkWriter, NeedsNobodyToListen) {
 TEST(NetworkWriter, MakesTheChangeThoughItsListenerFails) {
   NetworkStore store(NetworkStore::kInMemory);
   NetworkModel model;
-  NetworkWriter writer(store, model, [](int, auto) { throw std::runtime_error("no room"); });
+  NetworkWriter writer(store, model,
+                       [](std::uint64_t, int, auto) { throw std::runtime_error("no room"); });
   EXPECT_EQ(agent::kSuccess, agent::NodeService(writer).create(nodeOf("a", "")).code);
   EXPECT_TRUE(model.hasTopoNode("a"));
 }
@@ -97,7 +111,7 @@ TEST(NetworkWriter, PausesOnlyWhenTheEventOfAChangeIsRaised) {
   std::promise<void> raising;
   std::promise<void> proceed;
   std::atomic<bool> raised{false};
-  NetworkWriter writer(store, model, [&](int, auto) {
+  NetworkWriter writer(store, model, [&](std::uint64_t, int, auto) {
     raising.set_value();
     proceed.get_future().wait();
     raised = true;

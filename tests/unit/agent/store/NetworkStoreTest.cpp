@@ -23,6 +23,7 @@
 namespace {
 
 using agent::NetworkStore;
+using agent::ObjectKey;
 using agent::StoreError;
 
 // What opening a store says; empty when it opens.
@@ -260,10 +261,13 @@ TEST_F(NetworkStoreTest, LeavesTheLogOfAnotherProgramAlone) {
   EXPECT_EQ(log, support::readFile(path_ + "-wal"));
 }
 
-TEST_F(NetworkStoreTest, RefusesALaterVersionOfItsSchema) {
+TEST_F(NetworkStoreTest, RejectsEveryOtherSchemaVersion) {
   { NetworkStore(path_).load(sampleNetwork()); }
-  makeDatabase(path_, "PRAGMA journal_mode = DELETE; PRAGMA user_version = 4");
-  expectRefusedUntouched(path_, "has the schema version 4, this program reads version 3");
+  for (const std::string version : {"0", "3", "5"}) {
+    makeDatabase(path_, "PRAGMA journal_mode = DELETE; PRAGMA user_version = " + version);
+    expectRefusedUntouched(path_,
+                           "has the schema version " + version + ", this program reads version 4");
+  }
 }
 
 TEST_F(NetworkStoreTest, RefusesAFileThatIsNoDatabase) {
@@ -415,6 +419,57 @@ TEST_F(NetworkStoreTest, RemovesNodesWithTheirAttributesAndWhatIsKeptOfObjects) 
   EXPECT_EQ("ok", database.execAndGet("PRAGMA integrity_check").getString());
 }
 
+// --- Change numbers.
+
+TEST_F(NetworkStoreTest, NumbersEveryChange) {
+  NetworkStore store(path_);
+  const std::uint64_t first = store.add(sampleNetwork(), {});
+  const ObjectKey key{201, "z"};
+  EXPECT_EQ(first + 1, store.setUserLabel(key, "label"));
+  EXPECT_EQ(first + 2, store.setOwner(key, "me"));
+  EXPECT_EQ(first + 3, store.mergeAdditionalInfo(key, {{"a", "1"}}));
+  EXPECT_EQ(first + 4, store.rename({{agent::RecordList::kTopoNodes, "n"}}, "name"));
+  EXPECT_EQ(first + 5, store.removeAttributes(key));
+  EXPECT_EQ(first + 6, store.remove(sampleNetwork().topoNodes, {}, {}));
+  EXPECT_EQ(first + 6, store.lastChange());
+}
+
+TEST_F(NetworkStoreTest, GivesNoNumberToAChangeThatFails) {
+  NetworkStore store(path_);
+  const std::uint64_t first = store.add(sampleNetwork(), {});
+  EXPECT_THROW(store.add(sampleNetwork(), {}), StoreError);
+  EXPECT_EQ(first, store.lastChange());
+  EXPECT_EQ(first + 1, store.setOwner({201, "z"}, "me"));
+}
+
+TEST_F(NetworkStoreTest, BeginsChangeNumbersWithTheTimeInMillisecondsAndRaisesThemAtEveryOpen) {
+  EXPECT_EQ(1235U, NetworkStore(path_, [] { return 1234567U; }).lastChange());
+  {
+    NetworkStore store(path_, [] { return 9999999U; });
+    EXPECT_EQ(1236U, store.lastChange());
+    EXPECT_EQ(1237U, store.setOwner({201, "z"}, "me"));
+  }
+  EXPECT_EQ(1238U, NetworkStore(path_).lastChange());
+}
+
+TEST_F(NetworkStoreTest, GivesNoChangeNumberAgainAfterTheProcessWasKilled) {
+  const int status = statusOfChild([&] {
+    NetworkStore store(path_, [] { return 1000000U; });
+    store.setOwner({201, "z"}, "me");
+    raise(SIGKILL);
+  });
+  ASSERT_TRUE(wasKilledBy(status, SIGKILL));
+  EXPECT_EQ(1003U, NetworkStore(path_).lastChange());
+}
+
+TEST_F(NetworkStoreTest, RejectsAChangeThatHasNoNumberLeft) {
+  { NetworkStore store(path_); }
+  makeDatabase(path_, "UPDATE last_change SET number = 9223372036854775806");
+  NetworkStore store(path_);
+  EXPECT_THROW(store.load(sampleNetwork()), StoreError);
+  EXPECT_TRUE(store.isNew());
+}
+
 // --- Notification ids.
 
 TEST_F(NetworkStoreTest, GivesEveryNotificationIdOnce) {
@@ -520,10 +575,9 @@ TEST_F(NetworkStoreTest, SaysThatAStoreIsDamagedWhereItMeetsDamage) {
 TEST_F(NetworkStoreTest, DoesNotTrustTheSchemaOfItsFile) {
   NetworkStore(path_).load(sampleNetwork());
   makeDatabase(path_,
-               "CREATE TRIGGER other AFTER UPDATE ON notification_id "
+               "CREATE TRIGGER other AFTER UPDATE ON last_change "
                "BEGIN SELECT * FROM pragma_user_version; END");
-  NetworkStore store(path_);
-  EXPECT_THROW(store.reserveNotificationIds(1), StoreError);
+  EXPECT_THROW(NetworkStore{path_}, StoreError);
 }
 
 }  // namespace
