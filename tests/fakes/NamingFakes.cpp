@@ -1,3 +1,5 @@
+#include <mutex>
+
 #include "tests/fakes/Agent.h"
 #include "tests/fakes/Journal.h"
 #include "tests/fakes/Naming.h"
@@ -33,6 +35,14 @@ CORBA::ULong fill(globaldefs::NVSList_T& name, CORBA::ULong code, const std::str
 
 std::string printed(const DomainObjectKey& key) {
   return std::to_string(key.first) + ", " + std::to_string(key.objectNumber);
+}
+
+// Conversions run on several threads at once.
+void noteLabelRequest(const NS_CORBA::ObjectLabelInfo& info) {
+  static std::mutex mutex;
+  const std::lock_guard<std::mutex> lock(mutex);
+  answers.labelRequests.push_back("'" + info.userLabel + "' '" + info.label2 + "' '" + info.label3 +
+                                  "' '" + info.label4 + "'");
 }
 
 class FakeCorbaUtil final : public NS_CORBA::CorbaUtilInterface {
@@ -83,8 +93,7 @@ class FakeCorbaUtil final : public NS_CORBA::CorbaUtilInterface {
                                   int type) override {
     const CORBA::ULong code =
         fakes::called("GetObjectLabelInfo", quoted(id) + ", " + std::to_string(type));
-    answers.labelRequests.push_back("'" + info.userLabel + "' '" + info.label2 + "' '" +
-                                    info.label3 + "' '" + info.label4 + "'");
+    noteLabelRequest(info);
     if (!answers.leaveLabelsAlone) {
       info = answers.labels;
     }
