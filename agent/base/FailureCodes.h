@@ -19,7 +19,8 @@ enum FailureCode : std::uint32_t {
   kUserLabelInUse = 0x42540005,    // another object has the label that must be unique
   kTooManyIterators = 0x42540006,  // as many result iterators live as may
   kAlreadyExists = 0x42540007,     // an object with this id is there already
-  kTooMuch = 0x42540008,           // more than is kept of one object
+  kTooMuch = 0x42540008,           // a limit of number or size would be exceeded
+  kInvalidInput = 0x42540009,      // a malformed argument other than an object name
 };
 
 }  // namespace agent

@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-#include "agent/base/Outcome.h"
+#include "agent/base/OperationResult.h"
 #include "agent/base/Text.h"
 #include "agent/changes/NetworkWriter.h"
 #include "agent/network/ManagedObjects.h"

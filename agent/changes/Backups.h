@@ -11,7 +11,7 @@
 #include <mutex>
 #include <string>
 
-#include "agent/base/Outcome.h"
+#include "agent/base/OperationResult.h"
 #include "agent/changes/NetworkWriter.h"
 #include "agent/store/StoreCopy.h"
 

@@ -9,7 +9,7 @@
 #include <string_view>
 
 #include "agent/base/Cancellation.h"
-#include "agent/base/Outcome.h"
+#include "agent/base/OperationResult.h"
 #include "agent/changes/NetworkWriter.h"
 #include "agent/network/Network.h"
 

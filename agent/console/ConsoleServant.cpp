@@ -8,7 +8,7 @@
 #include <utility>
 
 #include "agent/base/FailureCodes.h"
-#include "agent/base/Log.h"
+#include "agent/base/OperationResult.h"
 #include "agent/base/Text.h"
 #include "agent/formats/NetworkReader.h"
 #include "agent/network/NetworkError.h"
@@ -51,17 +51,14 @@ TopoAgent::BackupPart_T tmfPart(const Backups::Part& part) {
   return result;
 }
 
-// Who gets the reason of a failure within the agent. The log always does.
+// Who gets the reason of an internal error. The log always gets the reason.
 enum class Reason { kForTheLog, kForTheClientToo };
 
+// Throws the exception of a failure.
 void raise(const char* operation, const Outcome& outcome, Reason reason) {
-  if (outcome.code == kInternalError) {
-    log(kLogErrors, std::string(operation) + ": " + outcome.reason);
-    if (reason == Reason::kForTheLog) {
-      NS_CORBA::ThrowException(outcome.code);
-    }
-  }
-  NS_CORBA::ThrowException(outcome.code, outcome.reason);
+  const Outcome answer = logInternalError(operation, outcome);
+  NS_CORBA::ThrowException(answer.code,
+                           reason == Reason::kForTheClientToo ? outcome.reason : answer.reason);
 }
 
 // The outcome of a piece of work, whatever it throws.
@@ -70,7 +67,7 @@ Outcome outcomeOf(Work work) {
   try {
     return work();
   } catch (const NetworkError& failure) {
-    return {kInvalidName, failure.what()};
+    return {kInvalidInput, failure.what()};
   } catch (const std::exception& failure) {
     return {kInternalError, failure.what()};
   } catch (const CORBA::SystemException& failure) {

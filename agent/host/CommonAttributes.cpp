@@ -5,7 +5,7 @@
 
 #include "agent/base/FailureCodes.h"
 #include "agent/base/FailureReason.h"
-#include "agent/base/Log.h"
+#include "agent/base/OperationResult.h"
 #include "platform/agent/TECommonFunc.h"
 
 namespace agent {
@@ -20,7 +20,7 @@ std::string_view textOf(const char* text) {
   return text == nullptr ? std::string_view() : std::string_view(text);
 }
 
-// Runs a change. What broke within the agent is for its log, not for clients.
+// Runs a change. The reason of an internal error goes to the log alone.
 template <typename Change>
 Outcome outcomeOf(const char* operation, Change change) {
   explainFailure(kSuccess, "");
@@ -28,12 +28,7 @@ Outcome outcomeOf(const char* operation, Change change) {
   if (service == nullptr) {
     return {kNotImplemented, ""};
   }
-  Outcome outcome = change(*service);
-  if (outcome.code == kInternalError) {
-    log(kLogErrors, std::string(operation) + ": " + outcome.reason);
-    outcome.reason.clear();
-  }
-  return outcome;
+  return logInternalError(operation, change(*service));
 }
 
 template <typename Change>

@@ -20,6 +20,7 @@ constexpr CORBA::ULong kModuleConversionFailed = 0x411800BA;
 constexpr Meaning kMeanings[] = {
     {agent::kNotImplemented, globaldefs::EXCPT_NOT_IMPLEMENTED, "not implemented"},
     {agent::kInvalidName, globaldefs::EXCPT_INVALID_INPUT, "malformed object name"},
+    {agent::kInvalidInput, globaldefs::EXCPT_INVALID_INPUT, "invalid input"},
     {agent::kEntityNotFound, globaldefs::EXCPT_ENTITY_NOT_FOUND, "no such object"},
     {agent::kAlreadyExists, globaldefs::EXCPT_OBJECT_IN_USE, "the object exists already"},
     {agent::kTooMuch, globaldefs::EXCPT_CAPACITY_EXCEEDED, "more than can be kept"},

@@ -101,6 +101,8 @@ INSTANTIATE_TEST_SUITE_P(
                          "the object exists already (code 1112801287)"},
                     Case{"TooMuch", agent::kTooMuch, globaldefs::EXCPT_CAPACITY_EXCEEDED,
                          "more than can be kept (code 1112801288)"},
+                    Case{"InvalidInput", agent::kInvalidInput, globaldefs::EXCPT_INVALID_INPUT,
+                         "invalid input (code 1112801289)"},
                     Case{"ConversionFailed", 0x411800BA, globaldefs::EXCPT_INTERNAL_ERROR,
                          "the result could not be converted or iterated (code 1092092090)"},
                     Case{"InterfaceNotExist", 0x41180004, globaldefs::EXCPT_INTERNAL_ERROR,
