@@ -20,11 +20,11 @@
 #include "agent/events/EventManager.h"
 #include "agent/host/CommonAttributes.h"
 #include "agent/host/DomainService.h"
-#include "agent/host/Naming.h"
+#include "agent/host/ObjectNaming.h"
 #include "agent/host/Publication.h"
 #include "agent/host/SecurityService.h"
 #include "agent/model/NetworkModel.h"
-#include "agent/northbound/NamingEntry.h"
+#include "agent/northbound/CosNamingEntry.h"
 #include "agent/northbound/Northbound.h"
 #include "agent/northbound/ViewSizes.h"
 #include "agent/notifications/Notifier.h"
@@ -220,8 +220,8 @@ class Agent::Parts final : private AgentControl {
  private:
   void publish(const Options& options, const StopRequested& stopRequested) {
     if (!options.naming.empty()) {
-      entry_ = std::make_unique<NamingEntry>(server_->get(), options.naming, kManager,
-                                             manager_.in(), stopRequested);
+      entry_ = std::make_unique<CosNamingEntry>(server_->get(), options.naming, kManager,
+                                                manager_.in(), stopRequested);
     }
     if (!options.iorFile.empty()) {
       replaceFile("IOR file", options.iorFile, managerReference() + '\n');
@@ -267,7 +267,7 @@ class Agent::Parts final : private AgentControl {
   NetworkWriter writer_;
   DomainService domain_;
   const Publication publishedDomain_;
-  NamingService naming_;
+  ObjectNaming naming_;
   const Publication publishedNaming_;
   SecurityService security_{false};
   std::optional<Publication> publishedSecurity_;
@@ -287,7 +287,7 @@ class Agent::Parts final : private AgentControl {
   CORBA::Object_var manager_;  // the same after every reload
   std::optional<Served> session_;
   std::optional<Served> console_;
-  std::unique_ptr<NamingEntry> entry_;
+  std::unique_ptr<CosNamingEntry> entry_;
 };
 
 Agent::Agent(Options options) : options_(std::move(options)) {}

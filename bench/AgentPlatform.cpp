@@ -2,7 +2,7 @@
 #include <utility>
 
 #include "agent/host/DomainService.h"
-#include "agent/host/Naming.h"
+#include "agent/host/ObjectNaming.h"
 #include "agent/host/Publication.h"
 #include "agent/model/NetworkModel.h"
 #include "agent/northbound/Northbound.h"
@@ -22,7 +22,7 @@ class Platform::Parts {
   agent::NetworkModel model_;
   agent::DomainService domain_{model_};
   const agent::Publication publishedDomain_{"DomainInterface", domain_};
-  agent::NamingService naming_{kEms, model_};
+  agent::ObjectNaming naming_{kEms, model_};
   const agent::Publication publishedNaming_{"CorbaUtilInterface", naming_};
   agent::Northbound northbound_{*server_, kEms, false};
 };

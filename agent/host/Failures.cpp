@@ -3,7 +3,7 @@
 #include "platform/agent/Failures.h"
 
 #include "agent/base/FailureCodes.h"
-#include "agent/base/FailureReason.h"
+#include "agent/host/FailureReason.h"
 #include "platform/framework/ProcessException.h"
 
 namespace {

@@ -12,7 +12,7 @@
 #include <thread>
 
 #include "agent/base/FailureCodes.h"
-#include "agent/host/Naming.h"
+#include "agent/host/ObjectNaming.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/Task.h"
 #include "tests/support/TemporaryDirectory.h"
@@ -229,7 +229,7 @@ TEST_F(AttributeServiceTest, SurvivesHostileNames) {
 TEST_F(AttributeServiceTest, KeepsAUserLabelOfALinkWhereTheModuleLooksForIt) {
   expectDone(service().setUserLabel(link("k1"), "Primär", false));
   const auto labelOf = [&](const std::string& id) {
-    agent::NamingService naming("E", model());
+    agent::ObjectNaming naming("E", model());
     NS_CORBA::ObjectLabelInfo info;
     naming.GetObjectLabelInfo(info, id, NS_CORBA::CorbaUtilInterface::kClockTopoLinkType);
     return info.userLabel;

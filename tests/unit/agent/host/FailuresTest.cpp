@@ -11,7 +11,7 @@
 #include <thread>
 
 #include "agent/base/FailureCodes.h"
-#include "agent/base/FailureReason.h"
+#include "agent/host/FailureReason.h"
 
 namespace {
 

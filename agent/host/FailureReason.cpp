@@ -1,4 +1,4 @@
-#include "agent/base/FailureReason.h"
+#include "agent/host/FailureReason.h"
 
 #include <utility>
 

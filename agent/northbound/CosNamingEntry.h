@@ -1,7 +1,7 @@
 // An entry of this agent in a CORBA naming service.
 
-#ifndef AGENT_NORTHBOUND_NAMINGENTRY_H
-#define AGENT_NORTHBOUND_NAMINGENTRY_H
+#ifndef AGENT_NORTHBOUND_COSNAMINGENTRY_H
+#define AGENT_NORTHBOUND_COSNAMINGENTRY_H
 
 #include <functional>
 #include <stdexcept>
@@ -20,16 +20,16 @@ class NamingError : public std::runtime_error {
 
 // Bound by the constructor, unbound by the destructor unless somebody else has taken the name over.
 // The destructor waits for the naming service for at most 4 seconds.
-class NamingEntry {
+class CosNamingEntry {
  public:
   // The service as an object reference of any form. A service that does not answer within 2 seconds
   // is asked again, for about 10 seconds in all, unless stopRequested. Throws NamingError.
-  NamingEntry(CORBA::ORB_ptr orb, const std::string& service, const std::string& name,
-              CORBA::Object_ptr object, const std::function<bool()>& stopRequested);
-  ~NamingEntry();
+  CosNamingEntry(CORBA::ORB_ptr orb, const std::string& service, const std::string& name,
+                 CORBA::Object_ptr object, const std::function<bool()>& stopRequested);
+  ~CosNamingEntry();
 
-  NamingEntry(const NamingEntry&) = delete;
-  NamingEntry& operator=(const NamingEntry&) = delete;
+  CosNamingEntry(const CosNamingEntry&) = delete;
+  CosNamingEntry& operator=(const CosNamingEntry&) = delete;
 
  private:
   void bind(CORBA::ORB_ptr orb, const std::string& service);

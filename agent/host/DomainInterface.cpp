@@ -1,8 +1,8 @@
 // The key functions of the contracts that the agent's domain implements: type information of these
 // interfaces is emitted here, once in the process.
 
-#include "platform/agent/CorbaUtilInterface.h"
 #include "platform/domain/DomainInterface.h"
+#include "platform/agent/CorbaUtilInterface.h"
 
 namespace NS_DOMAIN {
 

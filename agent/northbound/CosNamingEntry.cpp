@@ -1,4 +1,4 @@
-#include "agent/northbound/NamingEntry.h"
+#include "agent/northbound/CosNamingEntry.h"
 
 #include <chrono>
 
@@ -29,8 +29,9 @@ CosNaming::NamingContext_ptr resolveContext(CORBA::ORB_ptr orb, const std::strin
 
 }  // namespace
 
-NamingEntry::NamingEntry(CORBA::ORB_ptr orb, const std::string& service, const std::string& name,
-                         CORBA::Object_ptr object, const std::function<bool()>& stopRequested)
+CosNamingEntry::CosNamingEntry(CORBA::ORB_ptr orb, const std::string& service,
+                               const std::string& name, CORBA::Object_ptr object,
+                               const std::function<bool()>& stopRequested)
     : object_(CORBA::Object::_duplicate(object)) {
   name_.length(1);
   name_[0].id = CORBA::string_dup(name.c_str());
@@ -49,12 +50,12 @@ NamingEntry::NamingEntry(CORBA::ORB_ptr orb, const std::string& service, const s
 }
 
 // May be repeated: the second of two equal bindings changes nothing.
-void NamingEntry::bind(CORBA::ORB_ptr orb, const std::string& service) {
+void CosNamingEntry::bind(CORBA::ORB_ptr orb, const std::string& service) {
   context_ = resolveContext(orb, service);
   context_->rebind(name_, object_);
 }
 
-NamingEntry::~NamingEntry() {
+CosNamingEntry::~CosNamingEntry() {
   try {
     const CORBA::Object_var bound = context_->resolve(name_);
     if (bound->_is_equivalent(object_)) {

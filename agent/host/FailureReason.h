@@ -3,8 +3,8 @@
 // The reason waits on the thread of the call until the next failure is translated there. That of
 // another code, or a success, ends the wait: a reason never becomes that of another failure.
 
-#ifndef AGENT_BASE_FAILUREREASON_H
-#define AGENT_BASE_FAILUREREASON_H
+#ifndef AGENT_HOST_FAILUREREASON_H
+#define AGENT_HOST_FAILUREREASON_H
 
 #include <string>
 

@@ -1,6 +1,6 @@
 // TMF names and domain ids, both ways.
 
-#include "agent/host/Naming.h"
+#include "agent/host/ObjectNaming.h"
 
 #include <gtest/gtest.h>
 
@@ -57,7 +57,7 @@ class NamingTest : public testing::Test {
   }
 
   const agent::NetworkModel model_{sampleNetwork()};
-  agent::NamingService naming_{"ems", model_};
+  agent::ObjectNaming naming_{"ems", model_};
 };
 
 TEST_F(NamingTest, NamesNumberedObjectsByClassAndNumber) {
@@ -101,8 +101,8 @@ TEST_F(NamingTest, HasNoNameForAnIdThatNoNameCanCarry) {
 
 TEST_F(NamingTest, ReportsEachObjectThatHasNoName) {
   std::vector<std::string> lines;
-  agent::NamingService naming("ems", model_,
-                              [&lines](const std::string& line) { lines.push_back(line); });
+  agent::ObjectNaming naming("ems", model_,
+                             [&lines](const std::string& line) { lines.push_back(line); });
   globaldefs::NVSList_T name;
   NS_CORBA::DomainObjectKey key{0, -5};
   naming.ConvertNEIndexToName(name, key);

@@ -1,4 +1,4 @@
-#include "agent/host/Naming.h"
+#include "agent/host/ObjectNaming.h"
 
 #include <utility>
 
@@ -15,10 +15,10 @@ void setPair(globaldefs::NameAndStringValue_T& pair, const char* name, const std
 
 }  // namespace
 
-NamingService::NamingService(std::string ems, const NetworkModel& model, Unnamed unnamed)
+ObjectNaming::ObjectNaming(std::string ems, const NetworkModel& model, Unnamed unnamed)
     : ems_(std::move(ems)), model_(model), unnamed_(std::move(unnamed)) {}
 
-int NamingService::GetObjectType(const globaldefs::NVSList_T& name) {
+int ObjectNaming::GetObjectType(const globaldefs::NVSList_T& name) {
   const auto parsed = parse(name);
   if (!parsed) {
     return kNoObjectType;
@@ -28,27 +28,26 @@ int NamingService::GetObjectType(const globaldefs::NVSList_T& name) {
   return isMissing ? kNoObjectType : parsed->type;
 }
 
-CORBA::ULong NamingService::ConvertNEIndexToName(globaldefs::NVSList_T& name,
-                                                 NS_CORBA::DomainObjectKey& key) {
+CORBA::ULong ObjectNaming::ConvertNEIndexToName(globaldefs::NVSList_T& name,
+                                                NS_CORBA::DomainObjectKey& key) {
   return setNumberedName(name, tmf::kManagedElement, key.objectNumber);
 }
 
-CORBA::ULong NamingService::ConvertONEIndexToName(globaldefs::NVSList_T& name,
-                                                  NS_CORBA::DomainObjectKey& key) {
+CORBA::ULong ObjectNaming::ConvertONEIndexToName(globaldefs::NVSList_T& name,
+                                                 NS_CORBA::DomainObjectKey& key) {
   return setNumberedName(name, tmf::kOpticalElement, key.objectNumber);
 }
 
-CORBA::ULong NamingService::ConvertOSIndexToName(globaldefs::NVSList_T& name,
-                                                 std::int32_t& number) {
+CORBA::ULong ObjectNaming::ConvertOSIndexToName(globaldefs::NVSList_T& name, std::int32_t& number) {
   return setNumberedName(name, tmf::kManagementSystem, number);
 }
 
-CORBA::ULong NamingService::ConvertTopoNodeIdToName(globaldefs::NVSList_T& name,
-                                                    const std::string& id) {
+CORBA::ULong ObjectNaming::ConvertTopoNodeIdToName(globaldefs::NVSList_T& name,
+                                                   const std::string& id) {
   return setName(name, tmf::kTopoSubnetwork, id);
 }
 
-CORBA::ULong NamingService::Name2Index(std::string& id, const globaldefs::NVSList_T& name) {
+CORBA::ULong ObjectNaming::Name2Index(std::string& id, const globaldefs::NVSList_T& name) {
   auto parsed = parse(name);
   if (!parsed) {
     return kInvalidName;
@@ -57,21 +56,21 @@ CORBA::ULong NamingService::Name2Index(std::string& id, const globaldefs::NVSLis
   return kSuccess;
 }
 
-CORBA::ULong NamingService::GetObjectLabelInfo(NS_CORBA::ObjectLabelInfo& info,
-                                               const std::string& id, int type) {
+CORBA::ULong ObjectNaming::GetObjectLabelInfo(NS_CORBA::ObjectLabelInfo& info,
+                                              const std::string& id, int type) {
   info = {};
   info.userLabel = model_.labelOf(type, id);
   return kSuccess;
 }
 
-std::optional<ObjectKey> NamingService::parse(const globaldefs::NVSList_T& name) const {
+std::optional<ObjectKey> ObjectNaming::parse(const globaldefs::NVSList_T& name) const {
   std::string problem;
   auto key = parseObjectName(name, ems_, problem);
   return key && key->type != kClockTopoLinkType ? std::move(key) : std::nullopt;
 }
 
-CORBA::ULong NamingService::setName(globaldefs::NVSList_T& name, const char* objectClass,
-                                    const std::string& value) const {
+CORBA::ULong ObjectNaming::setName(globaldefs::NVSList_T& name, const char* objectClass,
+                                   const std::string& value) const {
   name.length(0);
   if (value.empty()) {
     return refuseName(objectClass, value, "the id is empty");
@@ -86,8 +85,8 @@ CORBA::ULong NamingService::setName(globaldefs::NVSList_T& name, const char* obj
   return kSuccess;
 }
 
-CORBA::ULong NamingService::setNumberedName(globaldefs::NVSList_T& name, const char* objectClass,
-                                            std::int32_t number) const {
+CORBA::ULong ObjectNaming::setNumberedName(globaldefs::NVSList_T& name, const char* objectClass,
+                                           std::int32_t number) const {
   if (number < 0) {
     name.length(0);
     return refuseName(objectClass, std::to_string(number), "the number is negative");
@@ -95,8 +94,8 @@ CORBA::ULong NamingService::setNumberedName(globaldefs::NVSList_T& name, const c
   return setName(name, objectClass, std::to_string(number));
 }
 
-CORBA::ULong NamingService::refuseName(const char* objectClass, const std::string& id,
-                                       const char* why) const {
+CORBA::ULong ObjectNaming::refuseName(const char* objectClass, const std::string& id,
+                                      const char* why) const {
   if (unnamed_) {
     unnamed_(std::string("no name for ") + objectClass + ' ' + inQuotes(id) + ": " + why);
   }

@@ -3,8 +3,8 @@
 // Names and domain ids are those of ManagedObjects.h, without the links of the clock topology,
 // which the module names by itself.
 
-#ifndef AGENT_HOST_NAMING_H
-#define AGENT_HOST_NAMING_H
+#ifndef AGENT_HOST_OBJECTNAMING_H
+#define AGENT_HOST_OBJECTNAMING_H
 
 #include <cstdint>
 #include <functional>
@@ -26,14 +26,14 @@ constexpr int kNoObjectType = 0;
 // a management system exists is not asked.
 //
 // Borrows the model, which must outlive it. Thread-safety: any thread.
-class NamingService final : public NS_CORBA::CorbaUtilInterface {
+class ObjectNaming final : public NS_CORBA::CorbaUtilInterface {
  public:
   // Receives one line for each object that has no name, on the thread of the call. Such an object
   // is missing from the views.
   using Unnamed = std::function<void(const std::string& line)>;
 
   // ems: the value of the "EMS" pair of every name, which need not be the network's own.
-  NamingService(std::string ems, const NetworkModel& model, Unnamed unnamed = {});
+  ObjectNaming(std::string ems, const NetworkModel& model, Unnamed unnamed = {});
 
   int GetObjectType(const globaldefs::NVSList_T& name) override;
 

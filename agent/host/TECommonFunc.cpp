@@ -4,8 +4,8 @@
 #include <string_view>
 
 #include "agent/base/FailureCodes.h"
-#include "agent/base/FailureReason.h"
 #include "agent/base/OperationResult.h"
+#include "agent/host/FailureReason.h"
 #include "platform/agent/TECommonFunc.h"
 
 namespace agent {
