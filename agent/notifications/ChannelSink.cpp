@@ -1,22 +1,17 @@
 #include "agent/notifications/ChannelSink.h"
 
 #include <algorithm>
-#include <charconv>
-#include <optional>
 #include <stdexcept>
-#include <string_view>
 #include <utility>
 
 #include "agent/notifications/Calls.h"
-#include "orb/naming.h"
+#include "orb/resolve.h"
 
 namespace agent {
 namespace {
 
 using CosEventChannelAdmin::EventChannel;
 using CosEventChannelAdmin::ProxyPushConsumer;
-
-const std::string kCorbaname = "corbaname:";
 
 // Of a channel that is told that the supplier ends, which is a courtesy.
 constexpr std::chrono::milliseconds kLongestFarewell{500};
@@ -28,31 +23,6 @@ class ChannelError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
-
-bool isCorbaname(const std::string& reference) {
-  return reference.compare(0, kCorbaname.size(), kCorbaname) == 0;
-}
-
-// The octet that "%41" stands for at the beginning of a text; nothing when it begins otherwise.
-std::optional<char> escapedOctet(std::string_view text) {
-  unsigned char code = 0;
-  if (text.size() < 3 || text[0] != '%' ||
-      std::from_chars(&text[1], text.data() + 3, code, 16).ptr != text.data() + 3) {
-    return std::nullopt;
-  }
-  return static_cast<char>(code);
-}
-
-// Names in a corbaname are escaped as in an URL.
-std::string unescaped(std::string_view text) {
-  std::string result;
-  while (!text.empty()) {
-    const std::optional<char> octet = escapedOctet(text);
-    result += octet.value_or(text[0]);
-    text.remove_prefix(octet ? 3 : 1);
-  }
-  return result;
-}
 
 // No further call once the receiver stops.
 void goOn(const Sink::Stopping& stopping) {
@@ -72,7 +42,7 @@ ChannelSink::ChannelSink(CORBA::ORB_ptr orb, std::string reference,
 CallOutcome ChannelSink::connect(const Stopping& stopping) {
   try {
     if (!proxyIsThere(stopping)) {
-      obtainProxy(CORBA::Object_var(resolve(stopping)), stopping);
+      obtainProxy(CORBA::Object_var(resolve()), stopping);
     }
     suspect_ = false;
     return {};
@@ -96,7 +66,7 @@ bool ChannelSink::proxyIsThere(const Stopping& stopping) {
     }
     return !gone;
   } catch (const CORBA::SystemException& failure) {
-    if (!isCorbaname(reference_) || !orb::isUnreachable(failure)) {
+    if (!orb::isCorbaname(reference_) || !orb::isUnreachable(failure)) {
       throw;
     }
     const CORBA::Object_var channel = channelElsewhere(stopping);
@@ -112,7 +82,7 @@ bool ChannelSink::proxyIsThere(const Stopping& stopping) {
 CORBA::Object_ptr ChannelSink::channelElsewhere(const Stopping& stopping) {
   try {
     goOn(stopping);
-    CORBA::Object_var object = resolve(stopping);
+    CORBA::Object_var object = resolve();
     const std::string address = CORBA::is_nil(object) ? "" : orb::addressOf(object);
     if (!address.empty() && address != orb::addressOf(proxy_)) {
       return object._retn();
@@ -190,33 +160,14 @@ void ChannelSink::disconnect() {
   }
 }
 
-CORBA::Object_ptr ChannelSink::resolve(const Stopping& stopping) {
-  CORBA::Object_var object = isCorbaname(reference_) ? lookUp(stopping) : referenceFrom(reference_);
-  limit(object);
-  return object._retn();
-}
-
-// The ORB would look it up with another time-out.
-CORBA::Object_ptr ChannelSink::lookUp(const Stopping& stopping) {
-  const std::size_t hash = std::min(reference_.find('#'), reference_.size());
-  std::string service = reference_.substr(kCorbaname.size(), hash - kCorbaname.size());
-  if (service.find('/') == std::string::npos) {
-    service += "/NameService";
+CORBA::Object_ptr ChannelSink::resolve() {
+  try {
+    return orb::resolve(orb_.in(), reference_, callTimeout_);
+  } catch (const orb::MalformedReference& failure) {
+    throw ChannelError(std::string("the reference is malformed: ") + failure.what());
+  } catch (const orb::NamingServiceError& failure) {
+    throw ChannelError(std::string("the naming service ") + failure.what());
   }
-  const CORBA::Object_var object = referenceFrom("corbaloc:" + service);
-  limit(object);
-  const CosNaming::NamingContextExt_var context = CosNaming::NamingContextExt::_narrow(object);
-  if (CORBA::is_nil(context)) {
-    throw ChannelError("there is no naming service");
-  }
-  limit(context);
-  goOn(stopping);
-  const std::string name = hash == reference_.size() ? "" : reference_.substr(hash + 1);
-  return context->resolve_str(unescaped(name).c_str());
-}
-
-CORBA::Object_ptr ChannelSink::referenceFrom(const std::string& text) {
-  return orb_->string_to_object(text.c_str());
 }
 
 void ChannelSink::limit(CORBA::Object_ptr reference) const {
@@ -226,15 +177,15 @@ void ChannelSink::limit(CORBA::Object_ptr reference) const {
 }
 
 std::string ChannelSink::nameOf(CORBA::ORB_ptr orb, const std::string& reference) {
-  if (!isCorbaname(reference)) {
+  if (!orb::isCorbaname(reference)) {
     try {
-      const CORBA::Object_var object = orb->string_to_object(reference.c_str());
-      std::string address = CORBA::is_nil(object) ? "" : orb::addressOf(object);
+      const CORBA::Object_var object = orb::resolve(orb, reference, {});
+      std::string address = orb::addressOf(object.in());
       if (!address.empty()) {
         return address;
       }
-    } catch (const CORBA::Exception&) {
-      // Said when it is connected to.
+    } catch (const orb::MalformedReference&) {
+      // connect() reports the reason.
     }
   }
   return reference.size() <= kLongestName ? reference : reference.substr(0, kLongestName) + "...";

@@ -38,9 +38,7 @@ class ChannelSink final : public Sink {
   bool proxyIsThere(const Stopping& stopping);
   CORBA::Object_ptr channelElsewhere(const Stopping& stopping);
   CallOutcome failed(const CORBA::Exception& failure);
-  CORBA::Object_ptr resolve(const Stopping& stopping);
-  CORBA::Object_ptr lookUp(const Stopping& stopping);
-  CORBA::Object_ptr referenceFrom(const std::string& text);
+  CORBA::Object_ptr resolve();
   void limit(CORBA::Object_ptr reference) const;
 
   const CORBA::ORB_var orb_;

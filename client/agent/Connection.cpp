@@ -1,16 +1,13 @@
 #include "client/agent/Connection.h"
 
 #include <algorithm>
-#include <array>
 #include <cctype>
-#include <cstdlib>
-#include <cstring>
 #include <system_error>
 
 #include "client/base/Failure.h"
 #include "client/base/File.h"
 #include "idl/ObjectKeys.h"
-#include "orb/naming.h"
+#include "orb/resolve.h"
 
 namespace topoctl {
 namespace {
@@ -66,152 +63,46 @@ std::string readIorFile(const AgentAccess& access) {
   }
 }
 
-bool hasScheme(const std::string& reference, const std::string& scheme) {
-  return reference.size() >= scheme.size() &&
-         std::equal(scheme.begin(), scheme.end(), reference.begin(), [](char a, char b) {
-           return a == std::tolower(static_cast<unsigned char>(b));
-         });
-}
-
-void checkForm(const AgentAccess& access, const std::string& reference) {
-  const std::array<const char*, 3> schemes = {"ior:", "corbaloc:", "corbaname:"};
-  if (std::none_of(schemes.begin(), schemes.end(),
-                   [&reference](const char* scheme) { return hasScheme(reference, scheme); })) {
-    malformed(access, "it starts with none of IOR:, corbaloc:, corbaname:");
-  }
+// Rejected although a NAME may hold spaces: white space comes from a wrong file or a wrong quote.
+void checkCharacters(const AgentAccess& access, const std::string& reference) {
   if (std::any_of(reference.begin(), reference.end(),
                   [](char c) { return static_cast<unsigned char>(c) <= ' '; })) {
     malformed(access, "it contains white space or control characters");
   }
 }
 
-// An address without a version means GIOP 1.0, which carries no text beyond ISO-8859-1.
-std::string withVersion(const std::string& address) {
-  const bool isIiop = address.rfind(':', 0) == 0 || address.rfind("iiop:", 0) == 0;
-  if (!isIiop || address.find('@') != std::string::npos) {
-    return address;
-  }
-  return "iiop:1.2@" + address.substr(address.find(':') + 1);
+[[noreturn]] void namingFailed(const AgentAccess& access, ExitCode code,
+                               const std::string& reason) {
+  throw Failure(code, "the naming service of '" + shorten(access.reference) + "' " + reason);
 }
 
-// For corbaloc:ADDRESS,ADDRESS/KEY: the same with a version in each address.
-std::string withVersions(const std::string& corbaloc) {
-  const std::size_t addresses = std::strlen("corbaloc:");
-  const std::size_t key = std::min(corbaloc.find('/'), corbaloc.size());
-  std::string result = "corbaloc:";  // the ORB takes the scheme in lower case alone
-  for (std::size_t start = addresses; start <= key;) {
-    const std::size_t end = std::min(corbaloc.find(',', start), key);
-    result += withVersion(corbaloc.substr(start, end - start)) + corbaloc.substr(end, end < key);
-    start = end + 1;
-  }
-  return result + corbaloc.substr(key);
-}
-
-// For a text that needs no call: nothing but its form can make the ORB refuse it.
-CORBA::Object_ptr toObject(CORBA::ORB_ptr orb, const AgentAccess& access, const std::string& text) {
-  CORBA::Object_var object;
-  try {
-    const std::string full = hasScheme(text, "corbaloc:") ? withVersions(text) : text;
-    object = orb->string_to_object(full.c_str());
-  } catch (const CORBA::SystemException& failure) {
-    malformed(access, orb::describe(failure));
-  }
-  if (CORBA::is_nil(object)) {
-    malformed(access, "it is nil");
-  }
-  return object._retn();
-}
-
-std::string decodePercent(const AgentAccess& access, const std::string& text) {
-  std::string decoded;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    if (text[i] != '%') {
-      decoded += text[i];
-      continue;
-    }
-    const std::string digits = text.substr(i + 1, 2);
-    const bool valid = digits.size() == 2 && std::all_of(digits.begin(), digits.end(), [](char c) {
-                         return std::isxdigit(static_cast<unsigned char>(c)) != 0;
-                       });
-    if (!valid || digits == "00") {
-      malformed(access, "'%" + digits + "' stands for no character");
-    }
-    decoded += static_cast<char>(std::stoi(digits, nullptr, 16));
-    i += 2;
-  }
-  return decoded;
-}
-
-// The two halves of corbaname:ADDRESSES[/KEY]#NAME.
-struct CorbaName {
-  std::string service;  // as a corbaloc
-  std::string name;
-};
-
-CorbaName splitCorbaName(const AgentAccess& access, const std::string& reference) {
-  const std::string rest = reference.substr(std::strlen("corbaname:"));
-  const std::size_t hash = rest.find('#');
-  if (hash == std::string::npos || hash + 1 == rest.size()) {
-    malformed(access, "it has no #NAME");
-  }
-  std::string address = rest.substr(0, hash);
-  if (address.find('/') == std::string::npos) {
-    address += "/NameService";
-  }
-  return {"corbaloc:" + address, decodePercent(access, rest.substr(hash + 1))};
+[[noreturn]] void namingFailed(const AgentAccess& access, const orb::NamingServiceError& failure) {
+  const bool notBound = failure.cause() == orb::NamingServiceError::Cause::kNotBound;
+  namingFailed(access, notBound ? ExitCode::kUnreachable : ExitCode::kCallFailed, failure.what());
 }
 
 [[noreturn]] void namingFailed(const AgentAccess& access, const CORBA::SystemException& failure) {
   const bool unreachable = orb::isUnreachable(failure);
-  throw Failure(unreachable ? ExitCode::kUnreachable : ExitCode::kCallFailed,
-                "the naming service of '" + shorten(access.reference) + "' " +
-                    (unreachable ? "is not reachable: " : "failed: ") + orb::describe(failure));
-}
-
-CosNaming::NamingContextExt_ptr namingService(CORBA::ORB_ptr orb, const AgentAccess& access,
-                                              const std::string& reference) {
-  const CORBA::Object_var object = toObject(orb, access, reference);
-  CosNaming::NamingContextExt_var service = CosNaming::NamingContextExt::_narrow(object);
-  if (CORBA::is_nil(service)) {
-    throw Failure(ExitCode::kCallFailed, "the naming service of '" + shorten(access.reference) +
-                                             "' is not a NamingContextExt");
-  }
-  return service._retn();
-}
-
-[[noreturn]] void notBound(const AgentAccess& access, const std::string& name) {
-  throw Failure(ExitCode::kUnreachable, "the naming service of '" + shorten(access.reference) +
-                                            "' has no object of the name '" + name + "'");
-}
-
-// Resolved here rather than by the ORB, which reports an unbound name and a malformed reference
-// alike.
-CORBA::Object_ptr resolveName(CORBA::ORB_ptr orb, const AgentAccess& access,
-                              const std::string& reference) {
-  const CorbaName parts = splitCorbaName(access, reference);
-  try {
-    const CosNaming::NamingContextExt_var service = namingService(orb, access, parts.service);
-    CORBA::Object_var object = service->resolve_str(parts.name.c_str());
-    if (CORBA::is_nil(object)) {
-      notBound(access, parts.name);
-    }
-    return object._retn();
-  } catch (const CosNaming::NamingContext::NotFound&) {
-    notBound(access, parts.name);
-  } catch (const CosNaming::NamingContext::CannotProceed&) {
-    notBound(access, parts.name);
-  } catch (const CosNaming::NamingContext::InvalidName&) {
-    malformed(access, "'" + parts.name + "' is not a name");
-  } catch (const CORBA::SystemException& failure) {
-    namingFailed(access, failure);
-  }
+  namingFailed(access, unreachable ? ExitCode::kUnreachable : ExitCode::kCallFailed,
+               (unreachable ? "is not reachable: " : "failed: ") + orb::describe(failure));
 }
 
 CORBA::Object_ptr resolve(CORBA::ORB_ptr orb, const AgentAccess& access) {
   const std::string reference = access.iorFile ? readIorFile(access) : access.reference;
-  checkForm(access, reference);
-  return hasScheme(reference, "corbaname:") ? resolveName(orb, access, reference)
-                                            : toObject(orb, access, reference);
+  try {
+    checkCharacters(access, reference);
+    CORBA::Object_var object = orb::resolve(orb, reference, access.callTimeout);
+    if (CORBA::is_nil(object)) {
+      malformed(access, "it is nil");
+    }
+    return object._retn();
+  } catch (const orb::MalformedReference& failure) {
+    malformed(access, failure.what());
+  } catch (const orb::NamingServiceError& failure) {
+    namingFailed(access, failure);
+  } catch (const CORBA::SystemException& failure) {
+    namingFailed(access, failure);
+  }
 }
 
 CORBA::Object_ptr resolveBeside(CORBA::ORB_ptr orb, const AgentAccess& access, const char* key) {

@@ -8,7 +8,7 @@
 
 #include "client/App.h"
 #include "client/agent/Connection.h"
-#include "tests/unit/client/support/FakeNaming.h"
+#include "tests/support/FakeNaming.h"
 #include "tests/unit/client/support/WithAgent.h"
 
 namespace topoctl {
@@ -65,7 +65,7 @@ TEST_F(Failures, NameAnObjectThatDoesNotExist) {
 
 TEST_F(Failures, NameAnObjectOfAnotherType) {
   const auto other = server().wellKnownObject("Other");
-  const PortableServer::Servant_var<FakeNaming> naming = new FakeNaming;
+  const PortableServer::Servant_var<support::FakeNaming> naming = new support::FakeNaming;
   const CORBA::Object_var reference = other->publish(naming.in());
   EXPECT_EQ(failureAt("corbaloc::" + address() + "/Other"),
             "4 topoctl: the object of the reference 'corbaloc::" + address() +
@@ -89,8 +89,8 @@ TEST_F(Failures, ExplainAMalformedReference) {
             "1 topoctl: the reference 'corbaname::h:1' is malformed: it has no #NAME\n");
   EXPECT_EQ(failureAt("corbaname::h:1#"),
             "1 topoctl: the reference 'corbaname::h:1#' is malformed: it has no #NAME\n");
-  EXPECT_EQ(failureAt("corbaname::h:1#a%2"),
-            "1 topoctl: the reference 'corbaname::h:1#a%2' is malformed: '%2' stands for no "
+  EXPECT_EQ(failureAt("corbaname::h:1#a%00"),
+            "1 topoctl: the reference 'corbaname::h:1#a%00' is malformed: '%00' stands for no "
             "character\n");
 }
 
@@ -183,10 +183,11 @@ class Names : public Failures {
  protected:
   void SetUp() override {
     Failures::SetUp();
-    naming_ = new FakeNaming;
+    naming_ = new support::FakeNaming;
     CORBA::ORB_ptr orb = server().get();
     naming_->bound["TopoManagement"] = orb->string_to_object(agentReference().c_str());
     naming_->bound["a/b c.kind"] = orb->string_to_object(agentReference().c_str());
+    naming_->bound["50%"] = orb->string_to_object(agentReference().c_str());
     naming_->bound["nil"] = CORBA::Object::_nil();
     service_ = server().wellKnownObject("NameService");
     const CORBA::Object_var reference = service_->publish(naming_.in());
@@ -209,7 +210,7 @@ class Names : public Failures {
   }
 
  private:
-  PortableServer::Servant_var<FakeNaming> naming_;
+  PortableServer::Servant_var<support::FakeNaming> naming_;
   std::unique_ptr<orb::WellKnownObject> service_;
 };
 
@@ -218,6 +219,7 @@ TEST_F(Names, AreResolved) {
   EXPECT_EQ(outputAt(reference("/NameService#TopoManagement")), "[]\n");
   EXPECT_EQ(outputAt("CorbaName::" + address() + "#TopoManagement"), "[]\n");
   EXPECT_EQ(outputAt(reference("#a/b%20c%2Ekind")), "[]\n");
+  EXPECT_EQ(outputAt(reference("#50%")), "[]\n");
 }
 
 TEST_F(Names, ThatAreNotBoundAreNamed) {

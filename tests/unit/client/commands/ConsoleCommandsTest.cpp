@@ -9,8 +9,8 @@
 #include <fstream>
 
 #include "orb/traits.h"
+#include "tests/support/FakeNaming.h"
 #include "tests/unit/client/support/FakeConsole.h"
-#include "tests/unit/client/support/FakeNaming.h"
 #include "tests/unit/client/support/RunProgram.h"
 #include "tests/unit/client/support/WithAgent.h"
 
@@ -181,7 +181,7 @@ TEST_F(Console, IsFoundBesideAManagerThatDoesNotAnswer) {
 }
 
 TEST_F(Console, IsFoundBesideAnObjectThatANameTells) {
-  const PortableServer::Servant_var<FakeNaming> naming = new FakeNaming;
+  const PortableServer::Servant_var<support::FakeNaming> naming = new support::FakeNaming;
   naming->bound["TopoManagement"] =
       server().get()->string_to_object(("corbaloc::" + address() + "/Nothing").c_str());
   const auto service = server().wellKnownObject("NameService");
@@ -227,7 +227,7 @@ TEST_F(NoConsole, EndsWith2) {
 
 TEST_F(NoConsole, EndsWith4WhenSomethingElseIsThere) {
   const auto other = server().wellKnownObject("TopoAgentConsole");
-  const PortableServer::Servant_var<FakeNaming> naming = new FakeNaming;
+  const PortableServer::Servant_var<support::FakeNaming> naming = new support::FakeNaming;
   const CORBA::Object_var reference = other->publish(naming.in());
   const Ended ended = runProgram({"--agent", agentReference(), "status"});
   EXPECT_EQ(ended.status, 4);

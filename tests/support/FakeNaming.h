@@ -1,7 +1,7 @@
-// A naming service that knows the names a test gives it.
+// A naming service whose bindings a test sets.
 
-#ifndef TESTS_UNIT_CLIENT_SUPPORT_FAKENAMING_H
-#define TESTS_UNIT_CLIENT_SUPPORT_FAKENAMING_H
+#ifndef TESTS_SUPPORT_FAKENAMING_H
+#define TESTS_SUPPORT_FAKENAMING_H
 
 #include <map>
 #include <string>
@@ -10,9 +10,9 @@
 #include "orb/orb.h"
 #include "tests/support/ResolvingNames.h"
 
-namespace topoctl {
+namespace support {
 
-class FakeNaming final : public support::ResolvingNames {
+class FakeNaming final : public ResolvingNames {
  public:
   std::map<std::string, CORBA::Object_var> bound;  // constant while requests are served
 
@@ -28,6 +28,6 @@ class FakeNaming final : public support::ResolvingNames {
   }
 };
 
-}  // namespace topoctl
+}  // namespace support
 
 #endif
