@@ -4,7 +4,7 @@
 #include <stdexcept>
 #include <utility>
 
-#include "agent/notifications/Calls.h"
+#include "agent/notifications/RetriedCall.h"
 #include "orb/resolve.h"
 
 namespace agent {

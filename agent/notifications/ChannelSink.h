@@ -6,7 +6,7 @@
 #include <chrono>
 #include <string>
 
-#include "agent/notifications/Sink.h"
+#include "agent/notifications/NotificationSink.h"
 #include "orb/eventchannel.h"
 #include "orb/orb.h"
 

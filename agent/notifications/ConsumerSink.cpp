@@ -1,6 +1,6 @@
 #include "agent/notifications/ConsumerSink.h"
 
-#include "agent/notifications/Calls.h"
+#include "agent/notifications/RetriedCall.h"
 
 namespace agent {
 

@@ -5,7 +5,7 @@
 
 #include <chrono>
 
-#include "agent/notifications/Sink.h"
+#include "agent/notifications/NotificationSink.h"
 #include "orb/orb.h"
 
 namespace agent {

@@ -17,7 +17,7 @@
 
 #include "agent/base/Log.h"
 #include "agent/notifications/EventQueue.h"
-#include "agent/notifications/Sink.h"
+#include "agent/notifications/NotificationSink.h"
 #include "orb/idl/TopoAgent.h"
 
 namespace agent {

@@ -1,11 +1,11 @@
 // Calls to receivers.
 
-#ifndef AGENT_NOTIFICATIONS_CALLS_H
-#define AGENT_NOTIFICATIONS_CALLS_H
+#ifndef AGENT_NOTIFICATIONS_RETRIEDCALL_H
+#define AGENT_NOTIFICATIONS_RETRIEDCALL_H
 
 #include <string>
 
-#include "agent/notifications/Sink.h"
+#include "agent/notifications/NotificationSink.h"
 #include "orb/orb.h"
 
 namespace agent {

@@ -1,4 +1,4 @@
-#include "agent/notifications/Calls.h"
+#include "agent/notifications/RetriedCall.h"
 
 namespace agent {
 

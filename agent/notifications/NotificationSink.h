@@ -1,7 +1,7 @@
 // Where the notifications of one receiver go.
 
-#ifndef AGENT_NOTIFICATIONS_SINK_H
-#define AGENT_NOTIFICATIONS_SINK_H
+#ifndef AGENT_NOTIFICATIONS_NOTIFICATIONSINK_H
+#define AGENT_NOTIFICATIONS_NOTIFICATIONSINK_H
 
 #include <atomic>
 #include <string>
