@@ -263,7 +263,7 @@ class Agent::Parts final : private AgentControl {
   Network network_;
   const std::string emsName_;
   NetworkModel model_;
-  EventManager events_{EventManager::kDefaultQueueLimit, [this] { notifier_.missed(); }};
+  EventManager events_{EventManager::kDefaultQueueLimit, [this] { notifier_.reportGap(); }};
   NetworkWriter writer_;
   DomainService domain_;
   const Publication publishedDomain_;

@@ -17,9 +17,10 @@ namespace {
 
 std::atomic<EventManager*> theInstance{nullptr};
 
-constexpr int kSource = 0;  // what handlers get as an event's source
+constexpr int kSource = 0;  // every event's source
 
-// Handlers log on the lanes' threads, too: the thread's log position is left as it was.
+// Logs an error of the event manager. Restores the thread's log position, which belongs to the
+// handler.
 void logError(const std::string& text) {
   NS_CORBA::LogPosition& position = *NS_CORBA::GetTss();
   const NS_CORBA::LogPosition before = std::exchange(position, {"topo-agentd", "", 0});
@@ -27,8 +28,8 @@ void logError(const std::string& text) {
   position = before;
 }
 
-// Whether the handler returned. Nothing is left of an exception when this returns: its type may
-// belong to the handler's module.
+// Calls the handler and logs an exception. Returns whether the handler returned. Destroys the
+// exception before it returns, because the exception's type may belong to the handler's module.
 bool call(TEEventHandler& handler, int eventId, const TEEvent& event) {
   std::string reason;
   try {
@@ -49,13 +50,13 @@ bool handle(TEEventHandler& handler, int eventId, const TEEvent& event) noexcept
   try {
     return call(handler, eventId, event);
   } catch (...) {
-    return false;  // there is no memory to say so
+    return false;  // no memory for the log line
   }
 }
 
 }  // namespace
 
-// An event is shared by all queues that it is in.
+// All queues share an event.
 struct EventManager::Queued {
   int eventId;
   std::uint64_t sequence;
@@ -64,23 +65,24 @@ struct EventManager::Queued {
 
 // Guarded by the manager's mutex.
 struct EventManager::Lane {
-  explicit Lane(TEEventHandler& whose) : handler(whose) {}
+  explicit Lane(TEEventHandler& laneHandler) : handler(laneHandler) {}
 
   bool isSubscribed() const { return !eventIds.empty(); }
   bool isCalling() const { return callsEnded != callsBegun; }
 
-  // Makes room, into lost. False when nothing was lost, or when it goes on as before.
-  bool overflow(std::size_t limit, std::vector<Queued>& lost) {
+  // Moves the oldest event of a queue that exceeds the limit into evicted. True when the queue was
+  // not overflowing before.
+  bool evictBeyond(std::size_t limit, std::vector<Queued>& evicted) {
     if (queue.size() <= limit) {
       return false;
     }
-    lost.push_back(std::move(queue.front()));
+    evicted.push_back(std::move(queue.front()));
     queue.pop_front();
-    lostSome = true;
+    hasGap = true;
     return !std::exchange(overflowing, true);
   }
 
-  // The next event, whose call begins. REQUIRES: there is one.
+  // Removes the oldest event, which the caller hands to the handler. REQUIRES: queue is not empty.
   Queued take() {
     Queued next = std::move(queue.front());
     queue.pop_front();
@@ -90,7 +92,7 @@ struct EventManager::Lane {
     return next;
   }
 
-  // Takes the events of one identifier out of the queue.
+  // Removes the events of one identifier from the queue.
   std::vector<Queued> withdraw(int eventId) {
     const auto others = std::stable_partition(
         queue.begin(), queue.end(), [&](const Queued& entry) { return entry.eventId != eventId; });
@@ -101,20 +103,20 @@ struct EventManager::Lane {
   }
 
   TEEventHandler& handler;
-  std::condition_variable work;  // there is an event, or no subscription left
+  std::condition_variable work;  // queue has an event, or no subscription is left
   std::set<int> eventIds;
-  std::deque<Queued> queue;      // only events that are subscribed
-  bool overflowing = false;      // events were lost since the queue was last empty
-  bool lostSome = false;         // events were lost since the last call
+  std::deque<Queued> queue;      // events of eventIds only
+  bool overflowing = false;      // events were evicted since the queue was last empty
+  bool hasGap = false;           // events were lost since the last call
   std::uint64_t lastTaken = 0;   // sequence of the event of the last call
   std::uint64_t callsBegun = 0;  // calls of the handler
   std::uint64_t callsEnded = 0;
   bool ended = false;
-  std::list<std::thread> thread;  // the one of the lane; a list, so that it moves without memory
+  std::list<std::thread> thread;  // one thread; a list, because a list node moves without memory
 };
 
-EventManager::EventManager(std::size_t queueLimit, TellLost tellLost)
-    : queueLimit_(queueLimit), tellLost_(std::move(tellLost)) {
+EventManager::EventManager(std::size_t queueLimit, ReportGap reportGap)
+    : queueLimit_(queueLimit), reportGap_(std::move(reportGap)) {
   theInstance.store(this);
 }
 
@@ -135,28 +137,28 @@ EventManager::~EventManager() {
 }
 
 void EventManager::Subscribe(TEEventHandler* handler, int eventId, int /*third*/, int /*fourth*/) {
-  bool late = false;
+  bool hasGap = false;
   try {
-    late = addSubscription(*handler, eventId);
+    hasGap = addSubscription(*handler, eventId);
   } catch (const std::exception& failure) {
     logError("a handler cannot subscribe to event " + std::to_string(eventId) + ": " +
              failure.what());
     throw;
   }
-  if (late) {
-    tellLost();
+  if (hasGap) {
+    reportGap();
   }
 }
 
-// True when events were raised before to which no handler was subscribed.
+// Returns whether events without a handler were raised since the last subscription.
 bool EventManager::addSubscription(TEEventHandler& handler, int eventId) {
   const std::lock_guard<std::mutex> lock(mutex_);
   laneOf(handler).eventIds.insert(eventId);
-  changed_.notify_all();  // who waits for the lane's end waits no longer
-  return std::exchange(unheard_, false);
+  changed_.notify_all();  // an UnSubscribe that waits for the end of the lane returns
+  return std::exchange(unhandledGap_, false);
 }
 
-// The handler's, which is made when there is none. REQUIRES: mutex_ is held.
+// Finds or makes the lane of a handler. REQUIRES: mutex_ is held.
 EventManager::Lane& EventManager::laneOf(TEEventHandler& handler) {
   const auto known = lanes_.find(&handler);
   if (known != lanes_.end()) {
@@ -174,7 +176,7 @@ EventManager::Lane& EventManager::laneOf(TEEventHandler& handler) {
 }
 
 void EventManager::UnSubscribe(TEEventHandler* handler, int eventId) {
-  std::vector<Queued> withdrawn;  // gone after the lock
+  std::vector<Queued> withdrawn;  // destroyed after the lock is released
   std::list<std::thread> ended;
   {
     std::unique_lock<std::mutex> lock(mutex_);
@@ -196,7 +198,7 @@ void EventManager::UnSubscribe(TEEventHandler* handler, int eventId) {
     thread.join();
   }
   if (!withdrawn.empty()) {
-    tellLost();
+    reportGap();
   }
 }
 
@@ -204,37 +206,37 @@ void EventManager::raise(int eventId, std::vector<NS_DOMAIN::TopoNode_T> nodes) 
   try {
     queue(eventId, std::move(nodes));
   } catch (...) {
-    lose(eventId);
+    markGap(eventId);
     throw;
   }
 }
 
-// Who should have had the event is told before its next one.
-void EventManager::lose(int eventId) noexcept {
+// Reports a gap before the next event of every handler that is subscribed to this event.
+void EventManager::markGap(int eventId) noexcept {
   const std::lock_guard<std::mutex> lock(mutex_);
   for (const auto& [handler, lane] : lanes_) {
-    lane->lostSome = lane->lostSome || lane->eventIds.count(eventId) != 0;
+    lane->hasGap = lane->hasGap || lane->eventIds.count(eventId) != 0;
   }
 }
 
 void EventManager::queue(int eventId, std::vector<NS_DOMAIN::TopoNode_T> nodes) {
   const auto event = std::make_shared<const TEEvent>(TEEvent{std::move(nodes)});
-  std::vector<Queued> lost;  // gone after the lock
+  std::vector<Queued> evicted;  // destroyed after the lock is released
   bool overflowBegins = false;
   {
     const std::lock_guard<std::mutex> lock(mutex_);
     ++raised_;
-    bool heard = false;
+    bool hasHandler = false;
     for (const auto& [handler, lane] : lanes_) {
       if (lane->eventIds.count(eventId) != 0) {
-        heard = true;
+        hasHandler = true;
         lane->queue.push_back({eventId, raised_, event});
-        overflowBegins = lane->overflow(queueLimit_, lost) || overflowBegins;
+        overflowBegins = lane->evictBeyond(queueLimit_, evicted) || overflowBegins;
         lane->work.notify_one();
       }
     }
-    dropped_ += lost.size();
-    unheard_ = unheard_ || !heard;
+    dropped_ += evicted.size();
+    unhandledGap_ = unhandledGap_ || !hasHandler;
   }
   if (overflowBegins) {
     logError("a handler of event " + std::to_string(eventId) + " is too slow: " +
@@ -269,7 +271,7 @@ EventManager::Status EventManager::status() const {
   return status;
 }
 
-// What the lane's thread does.
+// The lane's thread.
 void EventManager::deliver(const std::shared_ptr<Lane>& lane) {
   std::unique_lock<std::mutex> lock(mutex_);
   for (;;) {
@@ -278,10 +280,10 @@ void EventManager::deliver(const std::shared_ptr<Lane>& lane) {
       break;
     }
     Queued next = lane->take();
-    const bool lostBefore = std::exchange(lane->lostSome, false);
+    const bool hasGap = std::exchange(lane->hasGap, false);
     lock.unlock();
-    if (lostBefore) {
-      tellLost();
+    if (hasGap) {
+      reportGap();
     }
     const bool returned = handle(lane->handler, next.eventId, *next.event);
     next.event.reset();
@@ -293,18 +295,18 @@ void EventManager::deliver(const std::shared_ptr<Lane>& lane) {
   end(*lane);
 }
 
-void EventManager::tellLost() const noexcept {
+void EventManager::reportGap() const noexcept {
   try {
-    if (tellLost_) {
-      tellLost_();
+    if (reportGap_) {
+      reportGap_();
     }
   } catch (...) {
-    // There is nothing left to try.
+    // Nobody can be notified of the failure.
   }
 }
 
-// The lane's thread touches nothing of the handler from here on. Allocates nothing, because the
-// thread has nobody to tell that memory is short. REQUIRES: mutex_ is held.
+// Last step of the lane's thread, which does not access the handler afterwards. Allocates nothing,
+// because the thread could not report a lack of memory. REQUIRES: mutex_ is held.
 void EventManager::end(Lane& lane) noexcept {
   lane.ended = true;
   ended_.splice(ended_.end(), lane.thread);

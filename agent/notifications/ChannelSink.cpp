@@ -25,7 +25,7 @@ class ChannelError : public std::runtime_error {
 };
 
 // No further call once the receiver stops.
-void goOn(const Sink::Stopping& stopping) {
+void goOn(const NotificationSink::Stopping& stopping) {
   if (stopping.load()) {
     throw ChannelError("the agent ends");
   }
@@ -60,7 +60,7 @@ bool ChannelSink::proxyIsThere(const Stopping& stopping) {
   }
   try {
     bool gone = false;
-    callTwice(stopping, [&] { gone = proxy_->_non_existent(); });
+    callWithRetry(stopping, [&] { gone = proxy_->_non_existent(); });
     if (gone) {
       proxy_ = ProxyPushConsumer::_nil();
     }
@@ -122,7 +122,7 @@ CallOutcome ChannelSink::push(const CosNotification::StructuredEvent& event,
   CORBA::Any any;
   any <<= event;
   try {
-    callTwice(stopping, [&] { proxy_->push(any); });
+    callWithRetry(stopping, [&] { proxy_->push(any); });
     return {};
   } catch (const CORBA::Exception& failure) {
     return failed(failure);
@@ -148,7 +148,7 @@ CallOutcome ChannelSink::failed(const CORBA::Exception& failure) {
   }
   const bool unreachable =
       gone || (orb::isUnreachable(*system) && !orb::isConnectionClosed(*system));
-  return {unreachable ? CallOutcome::kUnavailable : CallOutcome::kRefused, reasonOf(failure)};
+  return {unreachable ? CallOutcome::kUnavailable : CallOutcome::kRejected, reasonOf(failure)};
 }
 
 void ChannelSink::disconnect() {

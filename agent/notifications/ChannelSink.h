@@ -19,7 +19,7 @@ namespace agent {
 //
 // The channel is given no supplier to call back: it need not reach the agent, and that it ended the
 // connection shows at the next push.
-class ChannelSink final : public Sink {
+class ChannelSink final : public NotificationSink {
  public:
   // No call takes longer than the time-out, naming services of a corbaname included.
   ChannelSink(CORBA::ORB_ptr orb, std::string reference, std::chrono::milliseconds callTimeout);

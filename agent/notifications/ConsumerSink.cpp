@@ -19,10 +19,10 @@ CallOutcome ConsumerSink::connect(const Stopping& stopping) {
 CallOutcome ConsumerSink::push(const CosNotification::StructuredEvent& event,
                                const Stopping& stopping) {
   try {
-    callTwice(stopping, [&] { consumer_->push_structured_event(event); });
+    callWithRetry(stopping, [&] { consumer_->push_structured_event(event); });
     return {};
   } catch (const CORBA::Exception& failure) {
-    return {CallOutcome::kGone, reasonOf(failure)};
+    return {CallOutcome::kFatal, reasonOf(failure)};
   }
 }
 
@@ -30,12 +30,12 @@ CallOutcome ConsumerSink::push(const CosNotification::StructuredEvent& event,
 CallOutcome ConsumerSink::check(const Stopping& stopping) {
   try {
     bool gone = false;
-    callTwice(stopping, [&] { gone = consumer_->_non_existent(); });
-    return gone ? CallOutcome{CallOutcome::kGone, "the consumer does not exist any more"}
+    callWithRetry(stopping, [&] { gone = consumer_->_non_existent(); });
+    return gone ? CallOutcome{CallOutcome::kFatal, "the consumer does not exist any more"}
                 : CallOutcome{};
   } catch (const CORBA::SystemException& failure) {
     const bool silent = orb::isUnreachable(failure) || orb::isConnectionClosed(failure);
-    return silent ? CallOutcome{CallOutcome::kGone, orb::describe(failure)} : CallOutcome{};
+    return silent ? CallOutcome{CallOutcome::kFatal, orb::describe(failure)} : CallOutcome{};
   }
 }
 

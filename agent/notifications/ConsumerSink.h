@@ -12,7 +12,7 @@ namespace agent {
 
 // A call whose connection was closed is made once more: a consumer's ORB closes what it deems idle.
 // So an event may arrive twice; its id tells. Any other failure is for good.
-class ConsumerSink final : public Sink {
+class ConsumerSink final : public NotificationSink {
  public:
   // The time-out becomes that of the reference.
   ConsumerSink(CosNotifyComm::StructuredPushConsumer_ptr consumer,

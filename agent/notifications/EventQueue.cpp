@@ -7,10 +7,9 @@
 namespace agent {
 namespace {
 
-// Of two neighbours, the older first.
-LostEvents merged(const LostEvents& older, const LostEvents& newer) {
-  const bool known = older.count != 0 && newer.count != 0;
-  return {older.first, newer.last, known ? older.count + newer.count : 0};
+Gap merged(const Gap& older, const Gap& newer) {
+  const bool isKnown = older.count != 0 && newer.count != 0;
+  return {older.first, newer.last, isKnown ? older.count + newer.count : 0};
 }
 
 }  // namespace
@@ -19,103 +18,102 @@ EventQueue::EventQueue(Limits limits)
     : limits_{std::max<std::size_t>(limits.notifications, 1), limits.bytes} {}
 
 void EventQueue::push(Notification notification) {
-  const LostEvents gap{notification.id, notification.id, 1};
+  const Gap gap{notification.id, notification.id, 1};
   const std::size_t bytes = notification.bytes;
   if (bytes > limits_.bytes) {
-    pushLost(gap);
-    ++overflowed_;
+    reportGap(gap);
+    ++evicted_;
     return;
   }
   while (notifications_ == limits_.notifications || bytes_ + bytes > limits_.bytes) {
-    dropOldest();
+    evictOldest();
   }
   if (append(std::move(notification))) {
     ++notifications_;
     bytes_ += bytes;
   } else {
-    addLost(gap);
-    ++overflowed_;
+    extendFrontGap(gap);
+    ++evicted_;
   }
 }
 
-void EventQueue::pushLost(const LostEvents& lost) {
-  if (waiting_.empty()) {
-    addLost(lost);
+void EventQueue::reportGap(const Gap& gap) {
+  if (entries_.empty()) {
+    extendFrontGap(gap);
     return;
   }
-  if (auto* const last = std::get_if<LostEvents>(&waiting_.back())) {
-    *last = merged(*last, lost);
-  } else if (!append(lost)) {
-    addLost(lost);
+  if (auto* const last = std::get_if<Gap>(&entries_.back())) {
+    *last = merged(*last, gap);
+  } else if (!append(gap)) {
+    extendFrontGap(gap);
   }
 }
 
-// False when memory is short: then nothing waits any more, and lost_ covers everything before the
-// delivery.
+// False when memory is short. Then entries_ is empty, and frontGap_ covers all former entries, but
+// not the delivery.
 bool EventQueue::append(Delivery delivery) {
   try {
-    waiting_.emplace_back(std::move(delivery));
+    entries_.emplace_back(std::move(delivery));
     return true;
   } catch (const std::bad_alloc&) {
     while (notifications_ != 0) {
-      dropOldest();
+      evictOldest();
     }
-    takeGaps();
+    mergeLeadingGaps();
     return false;
   }
 }
 
-// Merges the gaps before the oldest notification into lost_.
-void EventQueue::takeGaps() {
-  while (!waiting_.empty() && std::holds_alternative<LostEvents>(waiting_.front())) {
-    addLost(std::get<LostEvents>(waiting_.front()));
-    waiting_.pop_front();
+// Moves the gaps before the oldest notification into frontGap_.
+void EventQueue::mergeLeadingGaps() {
+  while (!entries_.empty() && std::holds_alternative<Gap>(entries_.front())) {
+    extendFrontGap(std::get<Gap>(entries_.front()));
+    entries_.pop_front();
   }
 }
 
-// REQUIRES: there is a notification.
-void EventQueue::dropOldest() {
-  takeGaps();
-  const auto& oldest = std::get<Notification>(waiting_.front());
-  addLost({oldest.id, oldest.id, 1});
-  removed(oldest);
-  waiting_.pop_front();
-  ++overflowed_;
+// REQUIRES: entries_ contains a notification.
+void EventQueue::evictOldest() {
+  mergeLeadingGaps();
+  const auto& oldest = std::get<Notification>(entries_.front());
+  extendFrontGap({oldest.id, oldest.id, 1});
+  subtract(oldest);
+  entries_.pop_front();
+  ++evicted_;
 }
 
-void EventQueue::removed(const Notification& notification) {
+void EventQueue::subtract(const Notification& notification) {
   --notifications_;
   bytes_ -= notification.bytes;
 }
 
-// Word of what is newer than all that lost_ tells, and older than what waits.
-void EventQueue::addLost(const LostEvents& lost) {
-  lost_ = lost_ ? merged(*lost_, lost) : lost;
+void EventQueue::extendFrontGap(const Gap& newer) {
+  frontGap_ = frontGap_ ? merged(*frontGap_, newer) : newer;
 }
 
-void EventQueue::giveBack(const LostEvents& lost) {
-  lost_ = lost_ ? merged(lost, *lost_) : lost;
+void EventQueue::returnGap(const Gap& gap) {
+  frontGap_ = frontGap_ ? merged(gap, *frontGap_) : gap;
 }
 
 std::optional<Delivery> EventQueue::take() {
-  if (lost_) {
-    takeGaps();
-    return *std::exchange(lost_, std::nullopt);
+  if (frontGap_) {
+    mergeLeadingGaps();
+    return *std::exchange(frontGap_, std::nullopt);
   }
-  if (waiting_.empty()) {
+  if (entries_.empty()) {
     return std::nullopt;
   }
-  Delivery oldest = std::move(waiting_.front());
-  waiting_.pop_front();
+  Delivery oldest = std::move(entries_.front());
+  entries_.pop_front();
   if (const auto* const notification = std::get_if<Notification>(&oldest)) {
-    removed(*notification);
+    subtract(*notification);
   }
   return oldest;
 }
 
 void EventQueue::clear() {
-  lost_.reset();
-  waiting_.clear();
+  frontGap_.reset();
+  entries_.clear();
   notifications_ = 0;
   bytes_ = 0;
 }

@@ -1,4 +1,4 @@
-// The notifications that wait for one receiver.
+// The queue of one receiver.
 
 #ifndef AGENT_NOTIFICATIONS_EVENTQUEUE_H
 #define AGENT_NOTIFICATIONS_EVENTQUEUE_H
@@ -10,71 +10,76 @@
 #include <optional>
 #include <variant>
 
-#include "agent/notifications/StructuredEvents.h"
+#include "agent/notifications/Gap.h"
 #include "orb/notification.h"
 
 namespace agent {
 
-// One event, shared by the receivers.
+// A structured event with its id. All receivers share the event.
 struct Notification {
   std::uint64_t id = 0;
   std::shared_ptr<const CosNotification::StructuredEvent> event;
-  std::size_t bytes = 0;  // memory that the event takes, estimated
+  std::size_t bytes = 0;  // estimated memory of the event
 };
 
-// What a receiver gets: a notification, or word that it misses some.
-using Delivery = std::variant<Notification, LostEvents>;
+// An entry of the queue: a notification or a gap report.
+using Delivery = std::variant<Notification, Gap>;
 
-// Bounded in number and in memory: when a notification would exceed a limit, the oldest ones are
-// dropped and a gap (LostEvents) takes their place. When memory is short, all waiting notifications
-// become one gap: nothing here throws.
+// Bounded in number and in memory. A notification that would exceed a limit evicts the oldest
+// notifications, and a gap takes their place.
 //
 // Thread-safety: none.
+// Ownership: shares the events of its notifications.
+// Errors: throws nothing. When memory is short, all queued notifications become one gap.
 class EventQueue {
  public:
   struct Limits {
-    std::size_t notifications;  // one at least
-    std::size_t bytes;          // of all notifications in the queue together
+    std::size_t notifications;  // 0 counts as 1
+    std::size_t bytes;          // sum over the notifications of the queue
   };
 
   explicit EventQueue(Limits limits);
 
-  // A notification that alone exceeds the limit of bytes is dropped, the others stay.
+  // Appends a notification. A notification that alone exceeds the limit of bytes becomes a gap and
+  // evicts nothing.
   void push(Notification notification);
 
-  // Word of notifications that never became one, in their place behind those that wait.
-  void pushLost(const LostEvents& lost);
+  // Appends a gap, merged with a gap at the end of the queue.
+  void reportGap(const Gap& gap);
 
-  // The oldest; nothing when the queue is empty.
+  // Removes the oldest entry; nothing when the queue is empty.
   std::optional<Delivery> take();
 
-  // Word that was taken last and could not be delivered, or of what was: goes before all others.
-  void giveBack(const LostEvents& lost);
+  // Puts an undelivered gap back at the front of the queue. REQUIRES: the gap is older than every
+  // entry of the queue.
+  void returnGap(const Gap& gap);
 
   void clear();
 
-  bool empty() const { return !lost_ && waiting_.empty(); }
+  bool empty() const { return !frontGap_ && entries_.empty(); }
+
+  // Of the notifications; gaps do not count.
   std::size_t size() const { return notifications_; }
   std::size_t bytes() const { return bytes_; }
 
-  // How many notifications were dropped because of the limits.
-  std::uint64_t overflowed() const { return overflowed_; }
+  // Notifications that became gaps, since the queue was made.
+  std::uint64_t evicted() const { return evicted_; }
 
  private:
   bool append(Delivery delivery);
-  void takeGaps();
-  void dropOldest();
-  void addLost(const LostEvents& lost);
-  void removed(const Notification& notification);
+  void mergeLeadingGaps();
+  void evictOldest();
+  void extendFrontGap(const Gap& newer);
+  void subtract(const Notification& notification);
 
   const Limits limits_;
-  std::optional<LostEvents> lost_;  // older than everything that waits
-  std::deque<Delivery> waiting_;
-  // Of the notifications in waiting_.
+  std::optional<Gap> frontGap_;  // older than all entries
+  std::deque<Delivery> entries_;
+  // Sums over the notifications in entries_.
   std::size_t notifications_ = 0;
   std::size_t bytes_ = 0;
 
-  std::uint64_t overflowed_ = 0;
+  std::uint64_t evicted_ = 0;
 };
 
 }  // namespace agent

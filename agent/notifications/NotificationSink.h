@@ -1,4 +1,4 @@
-// Where the notifications of one receiver go.
+// The interface between a receiver's thread and the remote consumer or event channel.
 
 #ifndef AGENT_NOTIFICATIONS_NOTIFICATIONSINK_H
 #define AGENT_NOTIFICATIONS_NOTIFICATIONSINK_H
@@ -10,38 +10,42 @@
 
 namespace agent {
 
-// How a call to a receiver went.
+// The result of a remote call.
 struct CallOutcome {
   enum Kind {
     kDone,
-    kUnavailable,  // it does not answer at present
-    kRefused,      // it answers, but not to this: the event may be the cause
-    kGone,         // for good
+    kUnavailable,  // the remote side does not answer; a later call may succeed
+    kRejected,     // the remote side answers with an error, which this event may cause
+    kFatal,        // no later call can succeed
   };
 
   Kind kind = kDone;
-  std::string why;  // unless it is done; one line
+  std::string reason;  // one line; empty with kDone
 };
 
-// Thread-safety: one thread at a time.
-class Sink {
+// Sends events to one consumer or event channel.
+//
+// Thread-safety: one thread at a time; `stopping` may be set by any thread.
+// Ownership: a Receiver owns its sink.
+// Errors: CallOutcome; may throw std::bad_alloc and CORBA exceptions.
+class NotificationSink {
  public:
-  // Set when the receiver ends: nothing new is to be called then.
+  // Set when the receiver stops: the sink starts no further remote call.
   using Stopping = std::atomic<bool>;
 
-  virtual ~Sink() = default;
+  virtual ~NotificationSink() = default;
 
-  // Gets ready for pushes, also again after one that failed.
+  // Prepares for pushes. Called again after a push or check that failed.
   virtual CallOutcome connect(const Stopping& stopping) = 0;
 
   // REQUIRES: connected.
   virtual CallOutcome push(const CosNotification::StructuredEvent& event,
                            const Stopping& stopping) = 0;
 
-  // Whether the receiver is still there. REQUIRES: connected.
+  // Tests whether the remote side still exists. REQUIRES: connected.
   virtual CallOutcome check(const Stopping& stopping) = 0;
 
-  // No more pushes. REQUIRES: connected.
+  // Announces the end of the pushes. REQUIRES: connected.
   virtual void disconnect() = 0;
 };
 

@@ -123,7 +123,9 @@ void Notifier::publish(std::unique_ptr<CosNotification::StructuredEvent> event) 
   const std::lock_guard<std::mutex> lock(mutex_);
   const std::optional<std::uint64_t> id = ids_.next();
   if (!id) {
-    forEachLocked([this](Receiver& receiver) { receiver.miss(ids_.last()); });
+    forEachLocked([this](Receiver& receiver) {
+      receiver.reportGap({ids_.last(), ids_.last(), 1});
+    });
     return;
   }
   const Notification notification = notificationLocked(*id, std::move(event));
@@ -139,15 +141,15 @@ Notification Notifier::notificationLocked(std::uint64_t id,
     const std::size_t bytes = estimatedBytes(*event);
     return {id, std::move(event), bytes};
   } catch (...) {
-    forEachLocked([id](Receiver& receiver) { receiver.miss(id); });
+    forEachLocked([id](Receiver& receiver) { receiver.reportGap({id, id, 1}); });
     throw;
   }
 }
 
-void Notifier::missed() {
+void Notifier::reportGap() {
   const std::lock_guard<std::mutex> lock(mutex_);
   const std::uint64_t id = ids_.standIn();
-  forEachLocked([id](Receiver& receiver) { receiver.offerLost({id, id, 0}); });
+  forEachLocked([id](Receiver& receiver) { receiver.reportGap({id, id, 0}); });
 }
 
 void Notifier::forEachLocked(const std::function<void(Receiver&)>& visit) {
@@ -230,10 +232,10 @@ void Notifier::admit(std::uint64_t number, Subscription subscription,
   if (ending_) {
     throw CORBA::TRANSIENT(0, CORBA::COMPLETED_NO);
   }
-  const std::optional<LostEvents> lost = lostSince(lastNotificationId);
+  const std::optional<Gap> gap = gapSince(lastNotificationId);
   checkLimitsLocked(subscription.peer);
-  if (lost) {
-    subscription.receiver->offerLost(*lost);
+  if (gap) {
+    subscription.receiver->beginWithGap(*gap);
   }
   subscriptions_.emplace(number, std::move(subscription));
 }
@@ -266,7 +268,7 @@ void Notifier::checkLimitsLocked(const std::string& peer) {
 }
 
 // REQUIRES: mutex_ is held.
-std::optional<LostEvents> Notifier::lostSince(const std::string& lastNotificationId) {
+std::optional<Gap> Notifier::gapSince(const std::string& lastNotificationId) {
   if (lastNotificationId.empty()) {
     return std::nullopt;
   }
@@ -285,7 +287,7 @@ std::optional<LostEvents> Notifier::lostSince(const std::string& lastNotificatio
   if (id == ids_.last()) {
     return std::nullopt;
   }
-  return LostEvents{id + 1, ids_.last(), ids_.countSince(id)};
+  return Gap{id + 1, ids_.last(), ids_.countSince(id)};
 }
 
 bool Notifier::unsubscribe(std::uint64_t subscription) {
@@ -353,7 +355,7 @@ NotifierStatus Notifier::status() {
 }
 
 bool Notifier::flush(std::chrono::milliseconds longest) {
-  const auto end = std::chrono::steady_clock::now() + longest;
+  const auto deadline = std::chrono::steady_clock::now() + longest;
   std::vector<std::shared_ptr<Receiver>> all;
   {
     const std::lock_guard<std::mutex> lock(mutex_);
@@ -366,7 +368,7 @@ bool Notifier::flush(std::chrono::milliseconds longest) {
   }
   bool sent = true;
   for (const auto& receiver : all) {
-    sent = receiver->waitUntilSent(end) && sent;
+    sent = receiver->waitUntilDrained(deadline) && sent;
   }
   return sent;
 }

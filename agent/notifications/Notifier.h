@@ -87,7 +87,7 @@ class Notifier {
 
   // There should have been notifications, nobody knows how many, but they were not made. Each
   // receiver gets word of them in its place among the others.
-  void missed();
+  void reportGap();
 
   // As TopoAgent::Session_I says; a new reference for the caller. A consumer that subscribes twice
   // has two subscriptions and gets everything twice. An event may arrive before this returns. The
@@ -128,7 +128,7 @@ class Notifier {
              const std::string& lastNotificationId);
   void checkReference(CORBA::Object_ptr consumer);
   void checkLimitsLocked(const std::string& peer);
-  std::optional<LostEvents> lostSince(const std::string& lastNotificationId);
+  std::optional<Gap> gapSince(const std::string& lastNotificationId);
   bool end(std::uint64_t number, bool dropped);
   void deactivate(const PortableServer::ObjectId& object);
   void joinEnded();

@@ -6,8 +6,9 @@
 namespace agent {
 namespace {
 
-// A channel that answers but refuses the same notification so often would stand still for ever.
-constexpr int kMostRefusals = 5;
+// A channel that rejects the same event this often does not get the event: events behind it must
+// not wait for ever.
+constexpr int kMaxRejections = 5;
 
 bool isNotification(const std::optional<Delivery>& delivery) {
   return delivery && std::holds_alternative<Notification>(*delivery);
@@ -15,11 +16,11 @@ bool isNotification(const std::optional<Delivery>& delivery) {
 
 }  // namespace
 
-Receiver::Receiver(std::unique_ptr<Sink> sink, Settings settings, OnGone onGone)
+Receiver::Receiver(std::unique_ptr<NotificationSink> sink, Settings settings, OnDropped onDropped)
     : settings_(std::move(settings)),
-      onGone_(std::move(onGone)),
+      onDropped_(std::move(onDropped)),
       sink_(std::move(sink)),
-      pause_(settings_.firstBackOff),
+      backOff_(settings_.firstBackOff),
       queue_(settings_.queue) {}
 
 Receiver::~Receiver() {
@@ -38,38 +39,39 @@ void Receiver::start() {
 }
 
 void Receiver::offer(const Notification& notification) {
-  bool begins = false;
+  bool overflowBegins = false;
   {
     const std::lock_guard<std::mutex> lock(mutex_);
     if (stopping_.load()) {
       return;
     }
-    const std::uint64_t before = queue_.overflowed();
+    const std::uint64_t before = queue_.evicted();
     queue_.push(notification);
-    begins = queue_.overflowed() != before && !std::exchange(overflowing_, true);
-    wake_.notify_one();
+    overflowBegins = queue_.evicted() != before && !std::exchange(overflowing_, true);
+    workArrived_.notify_one();
   }
-  if (begins) {
-    say(kLogErrors, [] {
+  if (overflowBegins) {
+    logLine(kLogErrors, [] {
       return std::string(" does not keep up: its queue is full, its oldest notifications are lost");
     });
   }
 }
 
-void Receiver::offerLost(const LostEvents& lost) {
-  const std::lock_guard<std::mutex> lock(mutex_);
-  if (!stopping_.load()) {
-    queue_.pushLost(lost);
-    wake_.notify_one();
-  }
+void Receiver::reportGap(const Gap& gap) {
+  queueGap(gap, gap.count);
 }
 
-void Receiver::miss(std::uint64_t id) {
-  {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    ++notSent_;
+void Receiver::beginWithGap(const Gap& gap) {
+  queueGap(gap, 0);
+}
+
+void Receiver::queueGap(const Gap& gap, std::uint64_t lost) {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  if (!stopping_.load()) {
+    discarded_ += lost;
+    queue_.reportGap(gap);
+    workArrived_.notify_one();
   }
-  offerLost({id, id, 1});
 }
 
 void Receiver::stop() {
@@ -78,8 +80,8 @@ void Receiver::stop() {
     stopping_.store(true);
     queue_.clear();
   }
-  wake_.notify_one();
-  sent_.notify_all();
+  workArrived_.notify_one();
+  drained_.notify_all();
 }
 
 void Receiver::join() {
@@ -94,10 +96,10 @@ bool Receiver::waitFor(std::condition_variable& changed, std::unique_lock<std::m
 }
 
 void Receiver::run() {
-  while (safeStep()) {
+  while (runOnceGuarded()) {
   }
   if (connected_) {
-    attempt(CallOutcome::kGone, [this] {
+    attempt(CallOutcome::kFatal, [this] {
       sink_->disconnect();
       return CallOutcome{};
     });
@@ -105,38 +107,38 @@ void Receiver::run() {
   ended_.store(true);
 }
 
-// An exception, which only a lack of memory explains, ends neither the thread of a channel nor the
-// process.
-bool Receiver::safeStep() noexcept {
+// Only a lack of memory explains an exception here. The thread of a channel and the process
+// survive the exception.
+bool Receiver::runOnceGuarded() noexcept {
   try {
-    return step();
+    return runOnce();
   } catch (const std::exception& failure) {
-    return breakDown(failure.what());
+    return recoverFrom(failure.what());
   } catch (...) {
-    return breakDown("unknown exception");
+    return recoverFrom("unknown exception");
   }
 }
 
-bool Receiver::breakDown(const char* why) {
+bool Receiver::recoverFrom(const char* reason) {
   if (!settings_.isChannel) {
-    gone(why);
+    drop(reason);
     return false;
   }
   connected_ = false;
-  changeLink(Link::kDown);
+  exchangeLink(Link::kDown);
   return backOff();
 }
 
-// False when the thread is to end.
-bool Receiver::step() {
+bool Receiver::runOnce() {
   if (!connected_) {
     return connect();
   }
   switch (waitForWork()) {
-    case Work::kSend:
-      return send();
+    case Work::kDeliver:
+      return deliverCurrent();
     case Work::kCheck:
-      return go(attempt(CallOutcome::kUnavailable, [this] { return sink_->check(stopping_); }));
+      return continueAfter(
+          attempt(CallOutcome::kUnavailable, [this] { return sink_->check(stopping_); }));
     case Work::kStop:
       break;
   }
@@ -150,43 +152,57 @@ bool Receiver::connect() {
   if (connected_) {
     answered_.store(true);
   }
-  if (connected_ && nothingWaits()) {
-    setUp();  // otherwise the first push tells
+  // With queued events the first push decides whether the link is up.
+  if (connected_ && isDrained()) {
+    markUp();
   }
-  return go(outcome);
+  return continueAfter(outcome);
 }
 
 Receiver::Work Receiver::waitForWork() {
   std::unique_lock<std::mutex> lock(mutex_);
-  settings_.wait(wake_, lock, settings_.idleCheck,
-                 [this] { return stopping_.load() || hand_ || !queue_.empty(); });
+  settings_.wait(workArrived_, lock, settings_.idleCheck,
+                 [this] { return stopping_.load() || current_ || !queue_.empty(); });
   if (stopping_.load()) {
     return Work::kStop;
   }
-  if (!hand_) {
-    hand_ = queue_.take();
+  if (!current_) {
+    current_ = queue_.take();
   }
-  return hand_ ? Work::kSend : Work::kCheck;
+  return current_ ? Work::kDeliver : Work::kCheck;
 }
 
-bool Receiver::send() {
-  return sent(attempt(CallOutcome::kRefused, [this] { return pushHand(); }));
+bool Receiver::deliverCurrent() {
+  const CallOutcome outcome = attempt(CallOutcome::kRejected, [this] { return pushCurrent(); });
+  if (outcome.kind == CallOutcome::kDone) {
+    backOff_ = settings_.firstBackOff;
+    rejections_ = 0;
+    completeCurrent();
+    markUp();
+    return true;
+  }
+  if (outcome.kind == CallOutcome::kRejected && ++rejections_ == kMaxRejections) {
+    rejections_ = 0;
+    discardCurrent(outcome.reason);
+  }
+  requeueCurrentGap();
+  return continueAfter(outcome);
 }
 
-// What is in hand changes on this thread alone.
-CallOutcome Receiver::pushHand() {
-  if (const auto* const lost = std::get_if<LostEvents>(&*hand_)) {
-    const auto event = eventsLost(*lost, settings_.clock());
+// Reads current_ without the mutex: only this thread writes current_.
+CallOutcome Receiver::pushCurrent() {
+  if (const auto* const gap = std::get_if<Gap>(&*current_)) {
+    const auto event = gapReport(*gap, settings_.clock());
     return sink_->push(*event, stopping_);
   }
-  return sink_->push(*std::get<Notification>(*hand_).event, stopping_);
+  return sink_->push(*std::get<Notification>(*current_).event, stopping_);
 }
 
-// An exception of a channel's sink, as when memory is short, passes as one outcome or the other; a
-// subscriber is gone then, and will subscribe again.
+// Makes a call and turns an exception, as of a lack of memory, into an outcome: kFatal for a
+// subscriber, whose client will subscribe again, and ofChannel for a channel.
 template <typename Call>
 CallOutcome Receiver::attempt(CallOutcome::Kind ofChannel, Call call) {
-  const CallOutcome::Kind kind = settings_.isChannel ? ofChannel : CallOutcome::kGone;
+  const CallOutcome::Kind kind = settings_.isChannel ? ofChannel : CallOutcome::kFatal;
   try {
     return call();
   } catch (const std::exception& failure) {
@@ -198,149 +214,129 @@ CallOutcome Receiver::attempt(CallOutcome::Kind ofChannel, Call call) {
   }
 }
 
-bool Receiver::sent(const CallOutcome& outcome) {
-  if (outcome.kind == CallOutcome::kDone) {
-    pause_ = settings_.firstBackOff;
-    refusals_ = 0;
-    emptyHand();
-    setUp();
-    return true;
-  }
-  if (outcome.kind == CallOutcome::kRefused && ++refusals_ == kMostRefusals) {
-    refusals_ = 0;
-    giveUpHand(outcome.why);
-  }
-  returnLost();
-  return go(outcome);
-}
-
-void Receiver::emptyHand() {
+void Receiver::completeCurrent() {
   const std::lock_guard<std::mutex> lock(mutex_);
-  if (isNotification(hand_)) {
-    ++sentCount_;
+  if (isNotification(current_)) {
+    ++delivered_;
   }
-  hand_.reset();
-  if (nothingWaitsLocked()) {
+  current_.reset();
+  if (isDrainedLocked()) {
     overflowing_ = false;
-    sent_.notify_all();
+    drained_.notify_all();
   }
 }
 
-// What is in hand is lost, so that what is behind it is not.
-void Receiver::giveUpHand(const std::string& why) {
-  if (!isNotification(hand_)) {
-    say(kLogErrors, [&] { return " refuses word of lost notifications, it is left out: " + why; });
+// Replaces a rejected notification by a gap. A rejected gap report is discarded without trace.
+void Receiver::discardCurrent(const std::string& reason) {
+  if (!isNotification(current_)) {
+    logLine(kLogErrors, [&] { return " rejects a gap report, which is discarded: " + reason; });
     const std::lock_guard<std::mutex> lock(mutex_);
-    hand_.reset();
+    current_.reset();
     return;
   }
-  const std::uint64_t id = std::get<Notification>(*hand_).id;
-  say(kLogErrors,
-      [&] { return " refuses notification " + std::to_string(id) + ", it is left out: " + why; });
+  const std::uint64_t id = std::get<Notification>(*current_).id;
+  logLine(kLogErrors, [&] {
+    return " rejects notification " + std::to_string(id) + ", which is discarded: " + reason;
+  });
   const std::lock_guard<std::mutex> lock(mutex_);
-  hand_ = LostEvents{id, id, 1};
-  ++notSent_;
+  current_ = Gap{id, id, 1};
+  ++discarded_;
 }
 
-// Word of lost ones grows while it cannot be sent.
-void Receiver::returnLost() {
+// An undelivered gap returns to the queue, where it grows with later evictions.
+void Receiver::requeueCurrentGap() {
   const std::lock_guard<std::mutex> lock(mutex_);
-  if (!hand_) {
+  if (!current_ || isNotification(current_)) {
     return;
   }
-  if (const auto* const lost = std::get_if<LostEvents>(&*hand_)) {
-    if (!stopping_.load()) {
-      queue_.giveBack(*lost);
-    }
-    hand_.reset();
+  if (!stopping_.load()) {
+    queue_.returnGap(std::get<Gap>(*current_));
   }
+  current_.reset();
 }
 
-// Goes on after a call; false when the thread is to end.
-bool Receiver::go(const CallOutcome& outcome) {
+bool Receiver::continueAfter(const CallOutcome& outcome) {
   connected_ = outcome.kind == CallOutcome::kDone;
   if (connected_ || stopping_.load()) {
     return connected_;
   }
-  if (outcome.kind == CallOutcome::kGone) {
-    gone(outcome.why.c_str());
+  if (outcome.kind == CallOutcome::kFatal) {
+    drop(outcome.reason.c_str());
     return false;
   }
-  setDown(outcome.why);
+  markDown(outcome.reason);
   return backOff();
 }
 
 bool Receiver::backOff() {
   std::unique_lock<std::mutex> lock(mutex_);
-  const auto pause = std::exchange(pause_, std::min(2 * pause_, settings_.longestBackOff));
-  return !settings_.wait(wake_, lock, pause, [this] { return stopping_.load(); });
+  const auto pause = std::exchange(backOff_, std::min(2 * backOff_, settings_.longestBackOff));
+  return !settings_.wait(workArrived_, lock, pause, [this] { return stopping_.load(); });
 }
 
-void Receiver::gone(const char* why) {
-  std::uint64_t unsent = 0;
+void Receiver::drop(const char* reason) {
+  std::uint64_t undelivered = 0;
   {
     const std::lock_guard<std::mutex> lock(mutex_);
-    unsent = waitingLocked();
+    undelivered = undeliveredLocked();
   }
-  say(kLogErrors, [&] {
-    return std::string(" is dropped: ") + why + ", " + std::to_string(unsent) +
+  logLine(kLogErrors, [&] {
+    return std::string(" is dropped: ") + reason + ", " + std::to_string(undelivered) +
            " notifications not sent";
   });
-  changeLink(Link::kDown);
+  exchangeLink(Link::kDown);
   stop();
-  if (onGone_) {
-    onGone_();
+  if (onDropped_) {
+    onDropped_();
   }
 }
 
-void Receiver::setUp() {
-  const Link before = changeLink(Link::kUp);
+void Receiver::markUp() {
+  const Link before = exchangeLink(Link::kUp);
   if (settings_.isChannel && before != Link::kUp) {
-    const bool back = before == Link::kDown;
-    say(back ? kLogErrors : kLogEvents,
-        [&] { return std::string(back ? " answers again" : " is connected"); });
+    const bool isBack = before == Link::kDown;
+    logLine(isBack ? kLogErrors : kLogEvents,
+            [&] { return std::string(isBack ? " answers again" : " is connected"); });
   }
 }
 
-void Receiver::setDown(const std::string& why) {
-  if (changeLink(Link::kDown) != Link::kDown) {
-    say(kLogErrors, [&] { return " does not take notifications, they wait: " + why; });
+void Receiver::markDown(const std::string& reason) {
+  if (exchangeLink(Link::kDown) != Link::kDown) {
+    logLine(kLogErrors,
+            [&] { return " does not accept notifications, which stay queued: " + reason; });
   }
 }
 
-Receiver::Link Receiver::changeLink(Link link) {
+Receiver::Link Receiver::exchangeLink(Link link) {
   const std::lock_guard<std::mutex> lock(mutex_);
   if (link == Link::kDown) {
-    sent_.notify_all();
+    drained_.notify_all();
   }
   return std::exchange(link_, link);
 }
 
-std::string Receiver::who() const {
-  return (settings_.isChannel ? "event channel " : "subscriber ") + settings_.name;
-}
-
-// Logs a line about this receiver, or nothing when memory is short.
+// Logs a line that begins with the receiver's name. Drops the line when memory is short.
 template <typename Text>
-void Receiver::say(int level, Text text) const noexcept {
+void Receiver::logLine(int level, Text text) const noexcept {
   try {
-    settings_.log(level, who() + text());
+    const char* const kind = settings_.isChannel ? "event channel " : "subscriber ";
+    settings_.log(level, kind + settings_.name + text());
   } catch (...) {
-    // The line matters less than the thread that logs it.
+    // The receiver's thread must survive.
   }
 }
 
-bool Receiver::nothingWaits() {
+bool Receiver::isDrained() {
   const std::lock_guard<std::mutex> lock(mutex_);
-  return nothingWaitsLocked();
+  return isDrainedLocked();
 }
 
-bool Receiver::nothingWaitsLocked() const {
-  return !hand_ && queue_.empty();
+bool Receiver::isDrainedLocked() const {
+  return !current_ && queue_.empty();
 }
 
-std::uint64_t Receiver::waitingLocked() const {
-  return queue_.size() + (isNotification(hand_) ? 1 : 0);
+std::uint64_t Receiver::undeliveredLocked() const {
+  return queue_.size() + (isNotification(current_) ? 1 : 0);
 }
 
 TopoAgent::ReceiverStatus_T Receiver::status() {
@@ -349,20 +345,19 @@ TopoAgent::ReceiverStatus_T Receiver::status() {
   status.isChannel = settings_.isChannel;
   const std::lock_guard<std::mutex> lock(mutex_);
   status.isConnected = !settings_.isChannel || link_ == Link::kUp;
-  status.queued = static_cast<CORBA::ULong>(waitingLocked());
-  status.sent = sentCount_;
-  status.lost = queue_.overflowed() + notSent_;
+  status.queued = static_cast<CORBA::ULong>(undeliveredLocked());
+  status.sent = delivered_;
+  status.lost = queue_.evicted() + discarded_;
   return status;
 }
 
-bool Receiver::waitUntilSent(std::chrono::steady_clock::time_point end) {
+bool Receiver::waitUntilDrained(std::chrono::steady_clock::time_point deadline) {
   using std::chrono::milliseconds;
   std::unique_lock<std::mutex> lock(mutex_);
-  const auto longest = std::chrono::ceil<milliseconds>(end - std::chrono::steady_clock::now());
-  settings_.wait(sent_, lock, longest, [this] {
-    return stopping_.load() || link_ == Link::kDown || nothingWaitsLocked();
-  });
-  return stopping_.load() || nothingWaitsLocked();
+  const auto longest = std::chrono::ceil<milliseconds>(deadline - std::chrono::steady_clock::now());
+  settings_.wait(drained_, lock, longest,
+                 [this] { return stopping_.load() || link_ == Link::kDown || isDrainedLocked(); });
+  return stopping_.load() || isDrainedLocked();
 }
 
 }  // namespace agent

@@ -1,4 +1,4 @@
-// One receiver of notifications: a queue, and a thread that empties it.
+// One receiver of notifications: a queue, and a thread that empties the queue.
 
 #ifndef AGENT_NOTIFICATIONS_RECEIVER_H
 #define AGENT_NOTIFICATIONS_RECEIVER_H
@@ -18,15 +18,21 @@
 #include "agent/base/Log.h"
 #include "agent/notifications/EventQueue.h"
 #include "agent/notifications/NotificationSink.h"
+#include "agent/notifications/StructuredEvents.h"
 #include "orb/idl/TopoAgent.h"
 
 namespace agent {
 
-// Thread-safety: any thread, where nothing else is said.
+// Delivers notifications and gap reports to one sink, in order. An event channel is retried for
+// ever; a subscriber is dropped at its first fatal failure.
+//
+// Thread-safety: any thread, except where a function says otherwise.
+// Ownership: owns the sink and the thread; shares the events.
+// Errors: failures of the sink are logged and appear in status().
 class Receiver {
  public:
-  // Waits on the condition variable until the condition holds or the time is over, and returns the
-  // condition. The lock is of the mutex that guards the condition.
+  // Waits on the condition variable until the condition is true or the time is over. Returns the
+  // condition. The lock belongs to the mutex that guards the condition.
   using Wait =
       std::function<bool(std::condition_variable&, std::unique_lock<std::mutex>&,
                          std::chrono::milliseconds, const std::function<bool()>& condition)>;
@@ -36,10 +42,10 @@ class Receiver {
                       std::chrono::milliseconds longest, const std::function<bool()>& condition);
 
   struct Settings {
-    std::string name;  // where it is, for messages
+    std::string name;  // the receiver's address, for the log and the status
     bool isChannel = false;
     EventQueue::Limits queue{10000, std::size_t{64} << 20};
-    std::chrono::milliseconds idleCheck{60000};
+    std::chrono::milliseconds idleCheck{60000};  // longest time without a call to the sink
     std::chrono::milliseconds firstBackOff{100};
     std::chrono::milliseconds longestBackOff{5000};
     std::function<EventTime()> clock;
@@ -47,102 +53,105 @@ class Receiver {
     std::function<void(int level, const std::string& text)> log = agent::log;  // from any thread
   };
 
-  // Is called once, on the receiver's thread, when the sink is gone for good.
-  using OnGone = std::function<void()>;
+  // Called once, on the receiver's thread, after a fatal failure of the sink.
+  using OnDropped = std::function<void()>;
 
-  Receiver(std::unique_ptr<Sink> sink, Settings settings, OnGone onGone);
+  // onDropped may be empty.
+  Receiver(std::unique_ptr<NotificationSink> sink, Settings settings, OnDropped onDropped);
 
-  // Stops and waits for the thread. Not on that thread.
+  // Stops and joins the thread. REQUIRES: the caller is not that thread.
   ~Receiver();
 
   Receiver(const Receiver&) = delete;
   Receiver& operator=(const Receiver&) = delete;
 
-  // Starts the thread; what was offered before waits. Throws std::system_error. Once.
+  // Starts the thread, once. Throws std::system_error.
   void start();
 
-  // Never wait for the sink. After the stop they do nothing.
+  // Queues a notification; does not wait for the sink. Does nothing after stop().
   void offer(const Notification& notification);
-  void offerLost(const LostEvents& lost);
 
-  // One notification that never was made, for which an id stands.
-  void miss(std::uint64_t id);
+  // Queues a gap behind the queued notifications. status() counts the gap as lost.
+  void reportGap(const Gap& gap);
 
-  // Drops what waits and asks the thread to end; does not wait for it.
+  // Queues a gap that ended before the receiver subscribed: status() does not count the gap.
+  // REQUIRES: called before the first offer.
+  void beginWithGap(const Gap& gap);
+
+  // Clears the queue and asks the thread to end, without waiting for the thread.
   void stop();
 
-  // Waits until the thread has ended after a stop. Not on that thread, from one thread at a time.
+  // Waits until the thread has ended. REQUIRES: stop() was called; one thread at a time, and not
+  // the receiver's own.
   void join();
 
-  // Whether the thread has ended, so that join returns at once.
+  // Whether join() would return at once.
   bool ended() const { return ended_.load(); }
 
-  // Whether the sink was connected at least once.
+  // Whether the sink has been connected at least once.
   bool hasAnswered() const { return answered_.load(); }
 
   TopoAgent::ReceiverStatus_T status();
 
-  // Waits until nothing waits any more; false when the time is over, or at once when the sink does
-  // not answer.
-  bool waitUntilSent(std::chrono::steady_clock::time_point end);
+  // Waits until the queue is empty and every call has ended. Returns false at the deadline, and at
+  // once while the sink is unavailable.
+  bool waitUntilDrained(std::chrono::steady_clock::time_point deadline);
 
  private:
   enum class Link { kNew, kUp, kDown };
-  enum class Work { kSend, kCheck, kStop };
+  enum class Work { kDeliver, kCheck, kStop };
 
-  // The thread.
+  // Run by the thread. A result of false ends the thread.
   void run();
-  bool safeStep() noexcept;
-  bool step();
+  bool runOnceGuarded() noexcept;
+  bool runOnce();
+  bool recoverFrom(const char* reason);
   bool connect();
   Work waitForWork();
-  bool send();
-  CallOutcome pushHand();
+  bool deliverCurrent();
+  CallOutcome pushCurrent();
   template <typename Call>
   CallOutcome attempt(CallOutcome::Kind ofChannel, Call call);
-  bool sent(const CallOutcome& outcome);
-  void emptyHand();
-  void giveUpHand(const std::string& why);
-  void returnLost();
-  bool go(const CallOutcome& outcome);
+  void completeCurrent();
+  void discardCurrent(const std::string& reason);
+  void requeueCurrentGap();
+  bool continueAfter(const CallOutcome& outcome);
   bool backOff();
-  void gone(const char* why);
-  bool breakDown(const char* why);
-  void setUp();
-  void setDown(const std::string& why);
-  Link changeLink(Link link);
+  void drop(const char* reason);
+  void markUp();
+  void markDown(const std::string& reason);
+  Link exchangeLink(Link link);
 
-  std::string who() const;
+  void queueGap(const Gap& gap, std::uint64_t lost);
   template <typename Text>
-  void say(int level, Text text) const noexcept;
-  bool nothingWaits();
-  bool nothingWaitsLocked() const;
-  std::uint64_t waitingLocked() const;
+  void logLine(int level, Text text) const noexcept;
+  bool isDrained();
+  bool isDrainedLocked() const;
+  std::uint64_t undeliveredLocked() const;
 
   const Settings settings_;
-  const OnGone onGone_;
+  const OnDropped onDropped_;
 
-  // Of the thread alone.
-  const std::unique_ptr<Sink> sink_;
+  // Used by the thread only.
+  const std::unique_ptr<NotificationSink> sink_;
   bool connected_ = false;
-  std::chrono::milliseconds pause_;  // after the next failure
-  int refusals_ = 0;                 // of the notification in hand
+  std::chrono::milliseconds backOff_;  // after the next failure
+  int rejections_ = 0;                 // of current_
 
   std::atomic<bool> stopping_{false};  // set under mutex_
   std::atomic<bool> ended_{true};
   std::atomic<bool> answered_{false};
 
   std::mutex mutex_;
-  std::condition_variable wake_;
-  std::condition_variable sent_;
-  // Guarded by mutex_; the sink is not called under it.
+  std::condition_variable workArrived_;  // an entry in queue_, or stopping_
+  std::condition_variable drained_;      // isDrainedLocked(), stopping_ or kDown
+  // Guarded by mutex_, which is never held during a call of the sink.
   EventQueue queue_;
-  std::optional<Delivery>
-      hand_;  // what is being sent, or is to be sent again; changed by the thread
+  std::optional<Delivery> current_;  // taken from queue_, not yet delivered; set by the thread only
   Link link_ = Link::kNew;
-  bool overflowing_ = false;  // since the queue was empty
-  std::uint64_t sentCount_ = 0;
-  std::uint64_t notSent_ = 0;  // beside those that overflowed
+  bool overflowing_ = false;     // queue_ has evicted notifications since it was last empty
+  std::uint64_t delivered_ = 0;  // notifications
+  std::uint64_t discarded_ = 0;  // lost notifications that queue_ has not evicted
 
   std::thread thread_;
 };

@@ -1,4 +1,4 @@
-// Calls to receivers.
+// Remote calls with one retry.
 
 #ifndef AGENT_NOTIFICATIONS_RETRIEDCALL_H
 #define AGENT_NOTIFICATIONS_RETRIEDCALL_H
@@ -10,12 +10,12 @@
 
 namespace agent {
 
-// One line for messages.
+// The exception as one line for messages.
 std::string reasonOf(const CORBA::Exception& failure);
 
-// Makes a call, and once more if the connection was closed, unless the receiver is stopping.
+// Makes a call. Repeats the call once when the connection was closed and `stopping` is not set.
 template <typename Call>
-void callTwice(const Sink::Stopping& stopping, Call call) {
+void callWithRetry(const NotificationSink::Stopping& stopping, Call call) {
   try {
     call();
   } catch (const CORBA::SystemException& failure) {

@@ -134,11 +134,11 @@ std::size_t estimatedBytes(const StructuredEvent& event) {
   return kBytesOfAnyEvent + kBytesOfAnAttribute * attributes + kBytesOfAnEncodedByte * encoded;
 }
 
-std::unique_ptr<StructuredEvent> eventsLost(const LostEvents& lost, EventTime time) {
+std::unique_ptr<StructuredEvent> gapReport(const Gap& gap, EventTime time) {
   std::unique_ptr<StructuredEvent> event = emptyEvent(layout::kEventsLost);
-  setText(addField(*event, layout::kFirstLostId), std::to_string(lost.first));
-  setText(addField(*event, layout::kLastLostId), std::to_string(lost.last));
-  addField(*event, layout::kLostCount) <<= static_cast<CORBA::ULongLong>(lost.count);
+  setText(addField(*event, layout::kFirstLostId), std::to_string(gap.first));
+  setText(addField(*event, layout::kLastLostId), std::to_string(gap.last));
+  addField(*event, layout::kLostCount) <<= static_cast<CORBA::ULongLong>(gap.count);
   setText(addField(*event, layout::kEmsTime), emsTimeOf(time));
   return event;
 }

@@ -11,6 +11,7 @@
 #include <memory>
 #include <string>
 
+#include "agent/notifications/Gap.h"
 #include "orb/idl/globaldefs.h"
 #include "orb/idl/notifications.h"
 #include "orb/notification.h"
@@ -18,13 +19,6 @@
 namespace agent {
 
 using EventTime = std::chrono::system_clock::time_point;
-
-// Notifications that one receiver does not get.
-struct LostEvents {
-  std::uint64_t first = 0;  // the ids between which theirs are
-  std::uint64_t last = 0;
-  std::uint64_t count = 0;  // 0: not known
-};
 
 // UTC, yyyyMMddHHmmss.sZ.
 std::string emsTimeOf(EventTime time);
@@ -50,8 +44,8 @@ void stamp(CosNotification::StructuredEvent& event, std::uint64_t id, EventTime 
 // exception.
 std::size_t estimatedBytes(const CosNotification::StructuredEvent& event);
 
-std::unique_ptr<CosNotification::StructuredEvent> eventsLost(const LostEvents& lost,
-                                                             EventTime time);
+// The event NT_EVENTS_LOST.
+std::unique_ptr<CosNotification::StructuredEvent> gapReport(const Gap& gap, EventTime time);
 
 }  // namespace agent
 

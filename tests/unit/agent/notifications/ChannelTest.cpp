@@ -56,7 +56,7 @@ class Channels : public NotifierFixture {
     notifier_.reset();
     EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(2));
     const std::string log = testing::internal::GetCapturedStderr();
-    const std::string before = " does not take notifications, they wait: ";
+    const std::string before = " does not accept notifications, which stay queued: ";
     const std::size_t found = log.find(before);
     return found == std::string::npos ? log : log.substr(found + before.size());
   }
@@ -459,7 +459,7 @@ TEST_F(ChannelsWithAName, KeepTheirProxyWhileTheirNameIsNotFound) {
   EXPECT_EQ(Texts{}, channel_.record.all());
   EXPECT_EQ((Texts{here_, ""}), names_->resolved.all());
   EXPECT_THAT(testing::internal::GetCapturedStderr(),
-              testing::AllOf(testing::HasSubstr("they wait: "),
+              testing::AllOf(testing::HasSubstr("which stay queued: "),
                              testing::Not(testing::HasSubstr("no object of the name"))));
 }
 

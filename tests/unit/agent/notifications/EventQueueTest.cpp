@@ -8,7 +8,7 @@
 namespace {
 
 using agent::EventQueue;
-using agent::LostEvents;
+using agent::Gap;
 using agent::Notification;
 using notification_tests::Texts;
 
@@ -26,7 +26,7 @@ std::string next(EventQueue& queue) {
   if (!delivery) {
     return "empty";
   }
-  if (const auto* const lost = std::get_if<LostEvents>(&*delivery)) {
+  if (const auto* const lost = std::get_if<Gap>(&*delivery)) {
     return "lost " + std::to_string(lost->first) + "-" + std::to_string(lost->last) + " " +
            std::to_string(lost->count);
   }
@@ -48,14 +48,14 @@ TEST(EventQueue, GivesWhatItGotInOrder) {
   EXPECT_EQ(3U, queue.size());
   EXPECT_EQ((Texts{"1", "2", "3"}), drain(queue));
   EXPECT_EQ(0U, queue.size());
-  EXPECT_EQ(0U, queue.overflowed());
+  EXPECT_EQ(0U, queue.evicted());
 }
 
 TEST(EventQueue, DropsTheOldestAndTellsInTheirPlace) {
   EventQueue queue({3, kNoLimit});
   push(queue, 1, 10);
   EXPECT_EQ(3U, queue.size());
-  EXPECT_EQ(7U, queue.overflowed());
+  EXPECT_EQ(7U, queue.evicted());
   EXPECT_EQ((Texts{"lost 1-7 7", "8", "9", "10"}), drain(queue));
 }
 
@@ -66,7 +66,7 @@ TEST(EventQueue, TellsOverflowsTogetherUntilTheyAreTaken) {
   EXPECT_EQ("lost 1-2 2", next(queue));
   push(queue, 5, 5);
   EXPECT_EQ((Texts{"lost 3-3 1", "4", "5"}), drain(queue));
-  EXPECT_EQ(3U, queue.overflowed());
+  EXPECT_EQ(3U, queue.evicted());
 }
 
 TEST(EventQueue, SpansIdsThatWereNeverGiven) {
@@ -87,21 +87,21 @@ TEST(EventQueue, TakesWordBackAndMergesIt) {
   EventQueue queue({1, kNoLimit});
   push(queue, 1, 2);
   EXPECT_EQ("lost 1-1 1", next(queue));
-  queue.giveBack({1, 1, 1});
+  queue.returnGap({1, 1, 1});
   EXPECT_EQ("lost 1-1 1", next(queue));
   push(queue, 3, 4);
-  queue.giveBack({1, 1, 1});
+  queue.returnGap({1, 1, 1});
   EXPECT_EQ((Texts{"lost 1-3 3", "4"}), drain(queue));
 }
 
 TEST(EventQueue, KeepsWordOfMissedOnesInItsPlace) {
   EventQueue queue({3, kNoLimit});
   push(queue, 1, 2);
-  queue.pushLost({3, 3, 1});
-  queue.pushLost({3, 3, 1});
+  queue.reportGap({3, 3, 1});
+  queue.reportGap({3, 3, 1});
   push(queue, 4, 4);
   EXPECT_EQ((Texts{"1", "2", "lost 3-3 2", "4"}), drain(queue));
-  queue.pushLost({5, 5, 1});
+  queue.reportGap({5, 5, 1});
   EXPECT_FALSE(queue.empty());
   EXPECT_EQ((Texts{"lost 5-5 1"}), drain(queue));
 }
@@ -109,27 +109,27 @@ TEST(EventQueue, KeepsWordOfMissedOnesInItsPlace) {
 TEST(EventQueue, MergesWordOfMissedOnesInTheirOrder) {
   EventQueue queue({3, kNoLimit});
   push(queue, 1, 2);
-  queue.pushLost({3, 3, 1});
-  queue.pushLost({4, 6, 3});
+  queue.reportGap({3, 3, 1});
+  queue.reportGap({4, 6, 3});
   EXPECT_EQ((Texts{"1", "2", "lost 3-6 4"}), drain(queue));
 }
 
 TEST(EventQueue, MergesWordOfMissedOnesIntoAnOverflow) {
   EventQueue queue({2, kNoLimit});
   push(queue, 1, 1);
-  queue.pushLost({2, 2, 5});
+  queue.reportGap({2, 2, 5});
   push(queue, 3, 4);
   EXPECT_EQ((Texts{"lost 1-2 6", "3", "4"}), drain(queue));
   push(queue, 5, 5);
-  queue.pushLost({6, 6, 5});
+  queue.reportGap({6, 6, 5});
   push(queue, 7, 9);
   EXPECT_EQ((Texts{"lost 5-7 7", "8", "9"}), drain(queue));
-  EXPECT_EQ(3U, queue.overflowed());
+  EXPECT_EQ(3U, queue.evicted());
 }
 
 TEST(EventQueue, DoesNotCountWhatIsNotKnown) {
   EventQueue queue({1, kNoLimit});
-  queue.pushLost({1, 10, 0});
+  queue.reportGap({1, 10, 0});
   push(queue, 11, 12);
   EXPECT_EQ((Texts{"lost 1-11 0", "12"}), drain(queue));
 }
@@ -139,10 +139,10 @@ TEST(EventQueue, DropsTheOldestUntilTheBytesFit) {
   push(queue, 1, 4);
   queue.push({5, nullptr, 6});
   EXPECT_EQ(10U, queue.bytes());
-  EXPECT_EQ(0U, queue.overflowed());
+  EXPECT_EQ(0U, queue.evicted());
   queue.push({6, nullptr, 3});
   EXPECT_EQ(10U, queue.bytes());
-  EXPECT_EQ(3U, queue.overflowed());
+  EXPECT_EQ(3U, queue.evicted());
   EXPECT_EQ((Texts{"lost 1-3 3", "4", "5", "6"}), drain(queue));
   EXPECT_EQ(0U, queue.bytes());
 }
@@ -153,7 +153,7 @@ TEST(EventQueue, DropsANotificationThatIsLargerThanTheLimitAndKeepsTheOthers) {
   queue.push({3, nullptr, 11});
   push(queue, 4, 4);
   EXPECT_EQ(3U, queue.bytes());
-  EXPECT_EQ(1U, queue.overflowed());
+  EXPECT_EQ(1U, queue.evicted());
   EXPECT_EQ((Texts{"1", "2", "lost 3-3 1", "4"}), drain(queue));
   queue.push({5, nullptr, 10});
   EXPECT_EQ((Texts{"5"}), drain(queue));
@@ -162,7 +162,7 @@ TEST(EventQueue, DropsANotificationThatIsLargerThanTheLimitAndKeepsTheOthers) {
 TEST(EventQueue, BecomesOneGapWhenMemoryIsShort) {
   EventQueue queue({1000, kNoLimit});
   push(queue, 1, 2);
-  queue.pushLost({3, 3, 1});
+  queue.reportGap({3, 3, 1});
   std::uint64_t id = 3;
   {
     const fakes::FailingNew failing(0);
@@ -172,7 +172,7 @@ TEST(EventQueue, BecomesOneGapWhenMemoryIsShort) {
   }
   EXPECT_EQ(0U, queue.size());
   EXPECT_EQ(0U, queue.bytes());
-  EXPECT_EQ(id - 1, queue.overflowed());
+  EXPECT_EQ(id - 1, queue.evicted());
   push(queue, id + 1, id + 1);
   const std::string count = std::to_string(id);
   EXPECT_EQ((Texts{"lost 1-" + count + " " + count, std::to_string(id + 1)}), drain(queue));
@@ -186,7 +186,7 @@ TEST(EventQueue, KeepsAGapWhenMemoryIsShort) {
     const fakes::FailingNew failing(0);
     while (fakes::FailingNew::failures() == 0) {
       queue.push({++id, nullptr, 1});
-      queue.pushLost({id, id, 0});
+      queue.reportGap({id, id, 0});
     }
   }
   EXPECT_EQ((Texts{"lost 1-" + std::to_string(id) + " 0"}), drain(queue));

@@ -316,7 +316,7 @@ TEST_F(Notifiers, TellEveryoneOfWhatWasNeverMade) {
   subscribe(consumer);
   subscribe(other);
   publish(1);
-  notifier_->missed();
+  notifier_->reportGap();
   publish(1);
   const Texts wanted{"1", "lost 2-2 0", "3"};
   EXPECT_EQ(wanted, consumer.received().waitFor(3));

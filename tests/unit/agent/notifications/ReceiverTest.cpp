@@ -26,10 +26,10 @@ constexpr std::chrono::hours kNever{1};
 
 const CallOutcome kDone{};
 const CallOutcome kUnavailable{CallOutcome::kUnavailable, "no answer"};
-const CallOutcome kRefused{CallOutcome::kRefused, "too large"};
-const CallOutcome kGone{CallOutcome::kGone, "it has gone"};
+const CallOutcome kRejected{CallOutcome::kRejected, "too large"};
+const CallOutcome kFatal{CallOutcome::kFatal, "it has gone"};
 // A refusal. There is no memory on the receiver's thread until the next call of the sink.
-const CallOutcome kStarves{CallOutcome::kRefused, "starves"};
+const CallOutcome kStarves{CallOutcome::kRejected, "starves"};
 const CallOutcome kThrows{CallOutcome::kDone, "std::bad_alloc"};  // no outcome but that exception
 
 // Outlives the receiver and its sink.
@@ -42,7 +42,7 @@ struct Script {
     }
     CallOutcome outcome = outcomes.front();
     outcomes.erase(outcomes.begin());
-    if (outcome.why == kThrows.why) {
+    if (outcome.reason == kThrows.reason) {
       throw std::bad_alloc();
     }
     return outcome;
@@ -71,7 +71,7 @@ struct Script {
   Record record;                                       // every call
 };
 
-class ScriptedSink final : public agent::Sink {
+class ScriptedSink final : public agent::NotificationSink {
  public:
   explicit ScriptedSink(Script& script) : script_(script) {}
 
@@ -90,7 +90,7 @@ class ScriptedSink final : public agent::Sink {
       script_.gates[text]->wait();
     }
     CallOutcome outcome = script_.next(script_.pushes);
-    if (outcome.why == kStarves.why) {
+    if (outcome.reason == kStarves.reason) {
       starving_.emplace(0);
     }
     return outcome;
@@ -153,7 +153,9 @@ class Receivers : public support::WithOrb {
     return script_.record.all();
   }
 
-  bool sendsAll() { return receiver_->waitUntilSent(std::chrono::steady_clock::now() + kPatience); }
+  bool sendsAll() {
+    return receiver_->waitUntilDrained(std::chrono::steady_clock::now() + kPatience);
+  }
 
   // "queued sent lost", and whether it is connected.
   std::string status() {
@@ -183,13 +185,13 @@ TEST_F(Receivers, SendInOrder) {
 
 TEST_F(Receivers, SendWhatWasOfferedBeforeTheStart) {
   make();
-  receiver_->offerLost({3, 9, 0});
+  receiver_->beginWithGap({3, 9, 4});
   offer(10, 11);
   EXPECT_EQ("2 0 0", status());
   receiver_->start();
   EXPECT_TRUE(sendsAll());
   EXPECT_EQ("0 2 0", status());
-  EXPECT_EQ((Texts{"connect", "lost 3-9 0", "10", "11", "disconnect"}), calls());
+  EXPECT_EQ((Texts{"connect", "lost 3-9 4", "10", "11", "disconnect"}), calls());
 }
 
 TEST_F(Receivers, TellWhatOverflowedBeforeTheNextEvent) {
@@ -234,8 +236,8 @@ TEST_F(Receivers, TellAnewWhatOverflowsWhileTheyTell) {
 TEST_F(Receivers, TellOfMissedOnesInTheirPlace) {
   make();
   offer(1, 1);
-  receiver_->miss(2);
-  receiver_->miss(2);
+  receiver_->reportGap({2, 2, 1});
+  receiver_->reportGap({2, 2, 1});
   offer(3, 3);
   receiver_->start();
   EXPECT_TRUE(sendsAll());
@@ -248,7 +250,7 @@ TEST_F(Receivers, TellOfMissedOnesAtOnce) {
   offer(1, 1);
   EXPECT_TRUE(sendsAll());
   EXPECT_TRUE(eventually([this] { return waits_.present() == 1; }));
-  receiver_->miss(2);
+  receiver_->reportGap({2, 2, 1});
   EXPECT_EQ((Texts{"connect", "1", "lost 2-2 1"}), script_.record.waitFor(3));
 }
 
@@ -292,7 +294,7 @@ TEST_F(Receivers, KeepWhatTheyHoldWhileTheRestOverflows) {
 
 TEST_F(Receivers, LeaveOutWhatIsRefusedAgainAndAgain) {
   settings_.isChannel = true;
-  script_.pushes = {kRefused, kUnavailable, kRefused, kRefused, kRefused, kRefused};
+  script_.pushes = {kRejected, kUnavailable, kRejected, kRejected, kRejected, kRejected};
   make();
   offer(1, 2);
   testing::internal::CaptureStderr();
@@ -303,12 +305,12 @@ TEST_F(Receivers, LeaveOutWhatIsRefusedAgainAndAgain) {
             calls());
   EXPECT_NE(std::string::npos,
             testing::internal::GetCapturedStderr().find(
-                "event channel host:1 refuses notification 1, it is left out: too large"));
+                "event channel host:1 rejects notification 1, which is discarded: too large"));
 }
 
 TEST_F(Receivers, LeaveOutANotificationAndThenTheWordOfIt) {
   settings_.isChannel = true;
-  script_.pushes = std::vector<CallOutcome>(10, kRefused);
+  script_.pushes = std::vector<CallOutcome>(10, kRejected);
   make();
   offer(1, 2);
   testing::internal::CaptureStderr();
@@ -320,9 +322,8 @@ TEST_F(Receivers, LeaveOutANotificationAndThenTheWordOfIt) {
   }
   wanted.insert(wanted.end(), {"connect", "2", "disconnect"});
   EXPECT_EQ(wanted, calls());
-  EXPECT_NE(std::string::npos,
-            testing::internal::GetCapturedStderr().find(
-                "refuses word of lost notifications, it is left out: too large"));
+  EXPECT_NE(std::string::npos, testing::internal::GetCapturedStderr().find(
+                                   "rejects a gap report, which is discarded: too large"));
 }
 
 TEST_F(Receivers, TryAChannelAgainWhoseCallsThrow) {
@@ -343,9 +344,10 @@ TEST_F(Receivers, TryAChannelAgainWhoseCallsThrow) {
   calls.erase(std::remove(calls.begin(), calls.end(), "check"), calls.end());
   EXPECT_EQ((Texts{"connect", "connect", "1", "2", "connect", "2", "connect", "3", "disconnect"}),
             calls);
-  EXPECT_NE(std::string::npos,
-            testing::internal::GetCapturedStderr().find(
-                "event channel host:1 does not take notifications, they wait: std::bad_alloc"));
+  EXPECT_NE(
+      std::string::npos,
+      testing::internal::GetCapturedStderr().find(
+          "event channel host:1 does not accept notifications, which stay queued: std::bad_alloc"));
 }
 
 TEST_F(Receivers, LeaveOutAnEventOverWhichAChannelThrowsAgainAndAgain) {
@@ -372,7 +374,7 @@ TEST_F(Receivers, AreDroppedWhenTheirSinkThrows) {
 
 TEST_F(Receivers, CountTheRefusalsOfEachNotificationAlone) {
   settings_.isChannel = true;
-  script_.pushes = {kRefused, kRefused, kRefused, kRefused, kDone, kRefused};
+  script_.pushes = {kRejected, kRejected, kRejected, kRejected, kDone, kRejected};
   make();
   offer(1, 2);
   receiver_->start();
@@ -381,12 +383,12 @@ TEST_F(Receivers, CountTheRefusalsOfEachNotificationAlone) {
 
 TEST_F(Receivers, LeaveOutWordOfLostOnesThatIsRefusedAgainAndAgain) {
   settings_.isChannel = true;
-  script_.pushes = std::vector<CallOutcome>(5, kRefused);
+  script_.pushes = std::vector<CallOutcome>(5, kRejected);
   make();
-  receiver_->offerLost({1, 2, 2});
+  receiver_->reportGap({1, 2, 2});
   offer(3, 3);
   receiver_->start();
-  EXPECT_TRUE(eventually([this] { return status() == "0 1 0"; }));
+  EXPECT_TRUE(eventually([this] { return status() == "0 1 2"; }));
   Texts wanted;
   for (int i = 0; i < 5; ++i) {
     wanted.insert(wanted.end(), {"connect", "lost 1-2 2"});
@@ -446,7 +448,7 @@ TEST_F(Receivers, LeaveOutARefusedEventOfAChannelWhileMemoryIsShort) {
 }
 
 TEST_F(Receivers, ReportThatTheirSinkIsGoneWhileMemoryIsShort) {
-  script_.pushes = {{CallOutcome::kGone, kStarves.why}};
+  script_.pushes = {{CallOutcome::kFatal, kStarves.reason}};
   make();
   offer(1, 1);
   receiver_->start();
@@ -464,14 +466,14 @@ TEST_F(Receivers, SayWhetherTheirSinkHasAnswered) {
 }
 
 TEST_F(Receivers, HaveNotAnsweredBeforeTheirSinkHas) {
-  script_.connects = {kGone};
+  script_.connects = {kFatal};
   start();
   EXPECT_TRUE(gone_.wait());
   EXPECT_FALSE(receiver_->hasAnswered());
 }
 
 TEST_F(Receivers, AreDroppedWhenTheirSinkIsGone) {
-  script_.pushes = {kDone, kGone};
+  script_.pushes = {kDone, kFatal};
   make();
   offer(1, 3);
   testing::internal::CaptureStderr();
@@ -490,7 +492,7 @@ TEST_F(Receivers, AreDroppedWhenTheirSinkIsGone) {
 
 TEST_F(Receivers, LookForASilentSink) {
   settings_.idleCheck = std::chrono::milliseconds(1);
-  script_.checks = {kDone, kDone, kGone};
+  script_.checks = {kDone, kDone, kFatal};
   start();
   EXPECT_TRUE(gone_.wait());
   EXPECT_EQ((Texts{"connect", "check", "check", "check"}), calls());
@@ -514,7 +516,8 @@ TEST_F(Receivers, SayOnceThatAChannelIsDownAndOnceThatItIsBack) {
   EXPECT_TRUE(eventually([this] { return status() == "0 0 0"; }));
   calls();
   const std::string log = testing::internal::GetCapturedStderr();
-  const std::string down = "event channel host:1 does not take notifications, they wait: no answer";
+  const std::string down =
+      "event channel host:1 does not accept notifications, which stay queued: no answer";
   EXPECT_NE(std::string::npos, log.find(down));
   EXPECT_EQ(log.find(down), log.rfind(down));
   EXPECT_NE(std::string::npos, log.find("event channel host:1 answers again"));
@@ -580,7 +583,7 @@ TEST_F(Receivers, SendNothingMoreAfterAStop) {
   script_.record.waitFor(2);
   receiver_->stop();
   offer(4, 4);
-  EXPECT_TRUE(receiver_->waitUntilSent(std::chrono::steady_clock::now()));
+  EXPECT_TRUE(receiver_->waitUntilDrained(std::chrono::steady_clock::now()));
   gate->open();
   EXPECT_EQ((Texts{"connect", "1", "disconnect"}), calls());
 }
@@ -613,7 +616,7 @@ TEST_F(Receivers, HaveNotEndedBeforeTheirCallHas) {
 
 TEST_F(Receivers, AreNotDroppedWhenTheyStopBefore) {
   const auto gate = holdBack("1");
-  script_.pushes = {kGone};
+  script_.pushes = {kFatal};
   start();
   offer(1, 1);
   script_.record.waitFor(2);
@@ -634,7 +637,7 @@ TEST_F(Receivers, SayWhenTheTimeIsOver) {
   const auto gate = holdBack("1");
   start();
   offer(1, 1);
-  EXPECT_FALSE(receiver_->waitUntilSent(std::chrono::steady_clock::now()));
+  EXPECT_FALSE(receiver_->waitUntilDrained(std::chrono::steady_clock::now()));
   gate->open();
   EXPECT_TRUE(sendsAll());
 }

@@ -70,7 +70,7 @@ TEST_F(StructuredEvents, OfAChangeMayHaveABody) {
 }
 
 TEST_F(StructuredEvents, OfLostOnesTellTheRangeAndTheCount) {
-  const auto event = agent::eventsLost({4, 19, 12}, someTime());
+  const auto event = agent::gapReport({4, 19, 12}, someTime());
   EXPECT_EQ((Texts{"tmf_mtnm NT_EVENTS_LOST '' 0", "firstLostId: string 4", "lastLostId: string 19",
                    "lostCount: ulonglong 12", "emsTime: string 20240229235958.7Z", "body nothing"}),
             linesOf(*event));
