@@ -1,10 +1,11 @@
 #include "listening.h"
 
-#include <netdb.h>
 #include <sys/socket.h>
 
 #include <filesystem>
 #include <system_error>
+
+#include "addresses.h"
 
 namespace orb {
 namespace {
@@ -16,19 +17,8 @@ bool isListening(int descriptor) {
          listening != 0;
 }
 
-// A socket that is not of TCP has port 0.
-Endpoint addressOfSocket(int descriptor) {
-  sockaddr_storage address{};
-  socklen_t size = sizeof address;
-  auto* const general = reinterpret_cast<sockaddr*>(&address);
-  char host[NI_MAXHOST] = "";
-  char port[NI_MAXSERV] = "";
-  const bool known = getsockname(descriptor, general, &size) == 0 &&
-                     (address.ss_family == AF_INET || address.ss_family == AF_INET6) &&
-                     getnameinfo(general, size, host, sizeof host, port, sizeof port,
-                                 NI_NUMERICHOST | NI_NUMERICSERV) == 0;
-  return known ? Endpoint{host, static_cast<std::uint16_t>(std::stoul(port))}
-               : Endpoint{"a local socket", 0};
+std::string addressForMessage(const Endpoint& address) {
+  return address.host.empty() ? "a local socket" : format(address);
 }
 
 }  // namespace
@@ -41,7 +31,7 @@ ListeningCheck::Sockets ListeningCheck::sockets() {
   for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd", status)) {
     const int descriptor = std::stoi(entry.path().filename());
     if (isListening(descriptor)) {
-      found.emplace(descriptor, addressOfSocket(descriptor));
+      found.emplace(descriptor, localEndpoint(descriptor));
     }
   }
   return found;
@@ -56,7 +46,8 @@ void ListeningCheck::requireOnly(const Endpoint& endpoint) const {
     }
     const bool isFirst = address.port == endpoint.port && ++expected == 1;
     if (!isFirst) {
-      throw EndpointError("the ORB listens on " + format(address) + " besides " + format(endpoint));
+      throw EndpointError("the ORB listens on " + addressForMessage(address) + " besides " +
+                          format(endpoint));
     }
   }
 }

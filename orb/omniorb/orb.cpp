@@ -6,11 +6,11 @@
 #include <utility>
 #include <vector>
 
+#include "../addresses.h"
 #include "../listening.h"
 #include "../loglimiter.h"
 #include "drain.h"
 #include "log.h"
-#include "references.h"
 #include "requests.h"
 #include "settings.h"
 #include "wellknown.h"
@@ -67,7 +67,7 @@ class ListeningOrb final : public Server {
     const CORBA::Object_var object = orb_.get()->resolve_initial_references("RootPOA");
     root_ = PortableServer::POA::_narrow(object);
     const CORBA::Object_var probe = root_->create_reference("IDL:omg.org/CORBA/Object:1.0");
-    endpoint_ = parseAddress(publishedAddress(probe));
+    endpoint_ = parseEndpoint(addressOf(probe.in()));
   }
 
   ~ListeningOrb() override { ListeningOrb::observeRequests(nullptr); }

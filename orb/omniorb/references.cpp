@@ -8,9 +8,7 @@ namespace {
 
 const std::string kTcp = "giop:tcp:";
 
-}  // namespace
-
-// What the ORB publishes in its references: "giop:tcp:HOST:PORT".
+// The first address of a reference in the ORB's notation; "" when the reference has none.
 std::string publishedAddress(CORBA::Object_ptr reference) {
   if (CORBA::is_nil(reference)) {
     return "";
@@ -25,28 +23,14 @@ std::string publishedAddress(CORBA::Object_ptr reference) {
   return address;
 }
 
-Endpoint parseAddress(const std::string& address) {
-  const std::size_t host = kTcp.size();
-  const std::size_t colon = address.rfind(':');
-  std::string name = address.substr(host, colon - host);
-  if (name.size() > 2 && name.front() == '[') {
-    name = name.substr(1, name.size() - 2);
-  }
-  return {name, static_cast<std::uint16_t>(std::stoul(address.substr(colon + 1)))};
-}
+}  // namespace
 
-std::string addressOf(CORBA::Object_ptr reference) {
-  const std::string address = publishedAddress(reference);
+std::string withoutTransport(const std::string& address) {
   return address.compare(0, kTcp.size(), kTcp) == 0 ? address.substr(kTcp.size()) : "";
 }
 
-CORBA::Object_ptr objectBeside(CORBA::ORB_ptr orb, CORBA::Object_ptr reference,
-                               const std::string& key) {
-  const std::string address = addressOf(reference);
-  if (address.empty()) {
-    throw CORBA::BAD_PARAM(0, CORBA::COMPLETED_NO);
-  }
-  return orb->string_to_object(("corbaloc:iiop:1.2@" + address + "/" + key).c_str());
+std::string addressOf(CORBA::Object_ptr reference) {
+  return withoutTransport(publishedAddress(reference));
 }
 
 void setCallTimeout(CORBA::Object_ptr reference, std::chrono::milliseconds timeout) {

@@ -9,11 +9,8 @@
 
 namespace orb {
 
-// The first address of a reference, "giop:tcp:HOST:PORT"; "" when there is none.
-std::string publishedAddress(CORBA::Object_ptr reference);
-
-// REQUIRES: "giop:tcp:HOST:PORT".
-Endpoint parseAddress(const std::string& address);
+// Turns the ORB's "giop:tcp:HOST:PORT" into "HOST:PORT"; "" for another transport.
+std::string withoutTransport(const std::string& address);
 
 }  // namespace orb
 

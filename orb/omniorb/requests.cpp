@@ -17,6 +17,7 @@
 #include <shared_mutex>
 #include <utility>
 
+#include "../addresses.h"
 #include "incoming/connection.h"
 #include "references.h"
 
@@ -30,9 +31,9 @@ RequestObserver requestObserver;  // guarded by observerMutex
 // The client whose request the thread received last.
 thread_local std::string threadsPeer;
 
-// "giop:tcp:HOST:PORT"; the host of a TCP peer is numeric here.
+// The numeric host of the ORB's address of a TCP peer.
 std::string hostIn(const char* address) {
-  return address == nullptr ? "" : parseAddress(address).host;
+  return address == nullptr ? "" : parseEndpoint(withoutTransport(address)).host;
 }
 
 // The arguments of a refused request were not received.

@@ -1,29 +1,16 @@
 #include "connections.h"
 
-#include <netdb.h>
 #include <sys/socket.h>
 
 #include <algorithm>
 #include <utility>
 
+#include "../addresses.h"
+
 namespace orb {
 namespace {
 
 using Clock = std::chrono::steady_clock;
-
-// Without a host when the connection has ended already.
-Endpoint peerOf(int socket) {
-  sockaddr_storage address{};
-  socklen_t size = sizeof address;
-  auto* const general = reinterpret_cast<sockaddr*>(&address);
-  char host[NI_MAXHOST] = "";
-  char port[NI_MAXSERV] = "0";
-  if (getpeername(socket, general, &size) == 0) {
-    static_cast<void>(getnameinfo(general, size, host, sizeof host, port, sizeof port,
-                                  NI_NUMERICHOST | NI_NUMERICSERV));
-  }
-  return {host, static_cast<std::uint16_t>(std::stoul(port))};
-}
 
 }  // namespace
 
@@ -38,7 +25,7 @@ std::string currentPeer() {
   return connection ? connection->peer() : "";
 }
 
-Connection::Connection(int socket) : socket_(socket), peer_(peerOf(socket)) {}
+Connection::Connection(int socket) : socket_(socket), peer_(peerEndpoint(socket)) {}
 
 void Connection::stopReading() const {
   static_cast<void>(::shutdown(socket_, SHUT_RD));
@@ -71,29 +58,13 @@ ObjectKey Connection::target() const {
   return target_;
 }
 
-bool Refusals::begins() {
-  const std::lock_guard<std::mutex> lock(mutex_);
-  return episode_.happened(Clock::now());
-}
-
-void Refusals::end() {
-  std::unique_lock<std::mutex> lock(mutex_);
-  const std::optional<std::size_t> count = episode_.over(Clock::now());
-  lock.unlock();
-  if (count && log_) {
-    log_(std::to_string(*count) + overText_);
-  }
-}
-
 Connections::Connections(const Options& options, const LogFunction& log)
     : options_(options),
       limits_{std::min(options.maxRequestBytes, options.maxMessageBytes), options.maxMessageBytes,
               options.largeOperations},
       log_(log),
-      budget_(options.maxMessageBytes),
-      refused_(log, " connections were refused"),
-      tooLarge_(log, " requests were refused for their size"),
-      incomplete_(log, " connections were closed because of incomplete requests") {}
+      limitLog_(log),
+      budget_(options.maxMessageBytes) {}
 
 std::shared_ptr<Connection> Connections::admit(int socket) {
   const auto connection = std::make_shared<Connection>(socket);
@@ -107,10 +78,7 @@ std::shared_ptr<Connection> Connections::admit(int socket) {
       return connection;
     }
   }
-  refused_.add([this] {
-    return "connections are refused: " + std::to_string(options_.maxConnections) +
-           " connections, the limit, are open";
-  });
+  limitLog_.tooManyConnections(options_.maxConnections, Clock::now());
   return nullptr;
 }
 
@@ -121,18 +89,15 @@ void Connections::remove(const std::shared_ptr<Connection>& connection) {
 }
 
 void Connections::noteNoDescriptor() {
-  refused_.add([this] {
-    return "connections are refused: no file descriptor is left, " + std::to_string(count()) +
-           " connections are open";
-  });
+  limitLog_.outOfDescriptors(count(), Clock::now());
 }
 
 void Connections::noteNoMemory() {
-  refused_.add([] { return "connections are refused: no memory is left"; });
+  limitLog_.outOfMemory(Clock::now());
 }
 
 void Connections::noteIncomplete() {
-  incomplete_.add([] { return "a connection was closed: its request was not complete in time"; });
+  limitLog_.requestIncomplete(Clock::now());
 }
 
 void Connections::noteUnread(const Connection& connection) const {
@@ -143,17 +108,12 @@ void Connections::noteUnread(const Connection& connection) const {
 }
 
 void Connections::noteTooLarge(const Connection& connection, const Assembler::Request& request) {
-  tooLarge_.add([&] {
-    return "a request of " + request.refused->operation + ", " +
-           std::to_string(request.declaredBytes) + " bytes from " + connection.peer() +
-           ", was refused for its size";
-  });
+  limitLog_.requestTooLarge(request.refused->operation, request.declaredBytes, connection.peer(),
+                            Clock::now());
 }
 
-void Connections::noteWhatIsOver() {
-  for (Refusals* const refusals : {&refused_, &tooLarge_, &incomplete_}) {
-    refusals->end();
-  }
+void Connections::endEpisodes() {
+  limitLog_.endEpisodes(Clock::now());
 }
 
 void Connections::hurry(const std::function<bool(const ObjectKey&)>& concerns) {

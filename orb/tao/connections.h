@@ -8,14 +8,12 @@
 #include <functional>
 #include <memory>
 #include <mutex>
-#include <new>
-#include <optional>
 #include <set>
 #include <string>
 #include <utility>
 
-#include "../episode.h"
 #include "../incoming/assembler.h"
+#include "../limitlog.h"
 #include "orb/orb.h"
 
 namespace orb {
@@ -67,38 +65,6 @@ struct ServedRequest {
 
 ServedRequest& servedRequest();
 
-// Logs one kind of refusal: the first occurrence, and the number of occurrences when it is over.
-//
-// Thread-safety: any thread.
-class Refusals {
- public:
-  // `overText` follows the number; borrowed.
-  Refusals(const LogFunction& log, const char* overText) : log_(log), overText_(overText) {}
-
-  // Makes the line if it is to be logged. A line that finds no memory is left out.
-  template <typename MakeLine>
-  void add(MakeLine makeLine) {
-    if (begins() && log_) {
-      try {
-        log_(makeLine());
-      } catch (const std::bad_alloc&) {
-        // There will be others.
-      }
-    }
-  }
-
-  // Logs the end of what is over by now.
-  void end();
-
- private:
-  bool begins();
-
-  const LogFunction log_;
-  const char* const overText_;
-  std::mutex mutex_;
-  Episode episode_;  // guarded by mutex_
-};
-
 // All incoming connections of an ORB.
 //
 // Thread-safety: any thread.
@@ -116,7 +82,7 @@ class Connections {
   void noteIncomplete();
   void noteUnread(const Connection& connection) const;
   void noteTooLarge(const Connection& connection, const Assembler::Request& request);
-  void noteWhatIsOver();
+  void endEpisodes();
 
   // Has something wait for the replies to requests for whose objects the predicate is true: they
   // wait for their clients no longer than Options::drainGrace then.
@@ -138,10 +104,8 @@ class Connections {
   const Options options_;
   const RequestLimits limits_;
   const LogFunction log_;
+  LimitLog limitLog_;
   ReceiveBudget budget_;
-  Refusals refused_;
-  Refusals tooLarge_;
-  Refusals incomplete_;
 
   mutable std::mutex mutex_;
   std::condition_variable removed_;

@@ -18,6 +18,7 @@
 #include <utility>
 #include <vector>
 
+#include "../addresses.h"
 #include "../listening.h"
 #include "barekeys.h"
 #include "calls.h"
@@ -163,7 +164,7 @@ class ListeningOrb final : public Server {
     const CORBA::Object_var object = orb_.get()->resolve_initial_references("RootPOA");
     root_ = PortableServer::POA::_narrow(object.in());
     const CORBA::Object_var probe = root_->create_reference("IDL:omg.org/CORBA/Object:1.0");
-    endpoint_ = endpointOf(probe.in());
+    endpoint_ = parseEndpoint(addressOf(probe.in()));
     acceptor_ = std::thread([this] { accept(); });
   }
 
@@ -195,21 +196,11 @@ class ListeningOrb final : public Server {
       while (!orb_.core().has_shutdown()) {
         ACE_Time_Value tick(kTick.count());
         orb_.get()->run(tick);
-        orb_.connections().noteWhatIsOver();
+        orb_.connections().endEpisodes();
       }
     } catch (const CORBA::Exception&) {
       // The ORB has ended before this thread began, or in the middle of it.
     }
-  }
-
-  static Endpoint endpointOf(CORBA::Object_ptr reference) {
-    const std::string address = addressOf(reference);
-    const std::size_t colon = address.rfind(':');
-    std::string host = address.substr(0, colon);
-    if (host.size() > 2 && host.front() == '[') {
-      host = host.substr(1, host.size() - 2);
-    }
-    return {host, static_cast<std::uint16_t>(std::stoul(address.substr(colon + 1)))};
   }
 
   RunningOrb orb_;

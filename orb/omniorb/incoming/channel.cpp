@@ -7,11 +7,6 @@
 #include <utility>
 
 namespace orb {
-namespace {
-
-constexpr std::size_t kMaxLoggedName = 64;
-
-}  // namespace
 
 Channel::~Channel() {
   ::close(socket_);
@@ -127,13 +122,13 @@ void Channel::finishNotification() {
   changed_.notify_all();
 }
 
-std::string Channel::refusal() const {
+std::optional<Channel::RefusedRequest> Channel::refusedRequest() const {
   const std::lock_guard<std::mutex> lock(mutex_);
   const Assembler::Request* const request = assembler_.complete();
-  return request == nullptr || !request->refused
-             ? ""
-             : request->refused->operation.substr(0, kMaxLoggedName) + ", " +
-                   std::to_string(request->declaredBytes) + " bytes";
+  if (request == nullptr || !request->refused) {
+    return std::nullopt;
+  }
+  return RefusedRequest{request->refused->operation, request->declaredBytes};
 }
 
 std::optional<Channel::Time> Channel::begun() const {

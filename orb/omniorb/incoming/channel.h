@@ -90,8 +90,13 @@ class Channel {
   State attend(char* scratch, std::size_t scratchBytes, Time now);
   void finishNotification();
 
-  // The refused request that waits to be read, as text for a log; "" when there is none.
-  std::string refusal() const;
+  struct RefusedRequest {
+    std::string operation;
+    std::size_t bytes = 0;  // as declared by the client
+  };
+
+  // The next request, if it was refused for its size.
+  std::optional<RefusedRequest> refusedRequest() const;
 
   // When the oldest incomplete message began, if the channel waits for the rest.
   std::optional<Time> begun() const;

@@ -9,7 +9,7 @@
 #include <system_error>
 #include <utility>
 
-#include "../log.h"
+#include "../../addresses.h"
 #include "connection.h"
 
 namespace orb {
@@ -121,9 +121,7 @@ omni::giopConnection* Listener::accept(Time now) {
       channels_->listen(false);
       [[fallthrough]];
     case Acceptor::Outcome::kRefused:
-      connections_.add("connections are refused: no file descriptor is left, " +
-                           std::to_string(channels_->size()) + " connections are open",
-                       now);
+      limitLog_.outOfDescriptors(channels_->size(), now);
       break;
   }
   return nullptr;
@@ -132,9 +130,7 @@ omni::giopConnection* Listener::accept(Time now) {
 omni::giopConnection* Listener::admit(int socket, Time now) {
   if (channels_->size() >= limits_.connections) {
     ::close(socket);
-    connections_.add("connections are refused: " + std::to_string(limits_.connections) +
-                         " connections, the limit, are open",
-                     now);
+    limitLog_.tooManyConnections(limits_.connections, now);
     return nullptr;
   }
   std::pair<Watcher::Id, std::shared_ptr<Channel>> added;
@@ -142,7 +138,7 @@ omni::giopConnection* Listener::admit(int socket, Time now) {
     added = channels_->add(socket);
   } catch (const std::bad_alloc&) {
     ::close(socket);
-    connections_.add("connections are refused: no memory is left", now);
+    limitLog_.outOfMemory(now);
     return nullptr;
   }
   const auto release = [channels = channels_, id = added.first] { channels->remove(id); };
@@ -164,9 +160,9 @@ void Listener::attend(Watcher::Id id, omni::giopConnection::notifyReadable_t not
   }
   const Channel::State state = entry.channel->attend(scratch_.data(), scratch_.size(), now);
   if (state == Channel::State::kReady) {
-    const std::string refusal = entry.channel->refusal();
-    if (!refusal.empty()) {
-      requests_.add("a request of " + refusal + ", was refused for its size", now);
+    if (const auto refused = entry.channel->refusedRequest()) {
+      limitLog_.requestTooLarge(refused->operation, refused->bytes,
+                                peerEndpoint(entry.channel->socket()).host, now);
     }
     notify(cookie, entry.connection);
     entry.channel->finishNotification();
@@ -189,7 +185,7 @@ void Listener::expire(Time now) {
   for (const auto& [id, entry] : channels_->all()) {
     const std::optional<Time> begun = entry.channel->begun();
     if (begun && *begun + limits_.requestTime <= now) {
-      incomplete_.add("a connection was closed: its request was not complete in time", now);
+      limitLog_.requestIncomplete(now);
       entry.channel->shutDown();
     } else {
       noteExpiry(begun);
@@ -205,9 +201,7 @@ void Listener::doWhatIsDue(Time now) {
   if (nextExpiry_ && *nextExpiry_ <= now) {
     expire(now);
   }
-  for (Refusals* const refusals : {&connections_, &requests_, &incomplete_}) {
-    refusals->endBy(now);
-  }
+  limitLog_.endEpisodes(now);
 }
 
 int Listener::patience(Time now) const {
@@ -219,9 +213,7 @@ int Listener::patience(Time now) const {
   };
   consider(resumeAccept_);
   consider(nextExpiry_);
-  consider(connections_.end());
-  consider(requests_.end());
-  consider(incomplete_.end());
+  consider(limitLog_.nextEnd());
   if (!starved_.empty()) {
     consider(now + kStarvedPause);
   }

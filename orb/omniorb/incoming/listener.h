@@ -17,9 +17,10 @@
 #include <string>
 #include <vector>
 
+#include "../../limitlog.h"
+#include "../log.h"
 #include "acceptor.h"
 #include "channels.h"
-#include "refusals.h"
 
 namespace orb {
 
@@ -53,7 +54,6 @@ class Listener final : public omni::giopEndpoint {
 
   omni::giopConnection* accept(Time now);
   omni::giopConnection* admit(int socket, Time now);
-  void pauseAccepting(Time now);
   void attend(Watcher::Id id, omni::giopConnection::notifyReadable_t notify, void* cookie,
               Time now);
   void noteExpiry(std::optional<Time> begun);
@@ -72,9 +72,7 @@ class Listener final : public omni::giopEndpoint {
   std::optional<Time> nextExpiry_;    // no request is incomplete for too long before
   std::optional<Time> resumeAccept_;  // no value: connections are accepted
   std::vector<Watcher::Id> starved_;  // to be attended to again
-  Refusals connections_{" connections were refused"};
-  Refusals requests_{" requests were refused for their size"};
-  Refusals incomplete_{" connections were closed because of incomplete requests"};
+  LimitLog limitLog_{writeLog};
   std::string scratch_;
 };
 

@@ -1,0 +1,21 @@
+// Addresses of sockets and of references.
+
+#ifndef ORB_ADDRESSES_H
+#define ORB_ADDRESSES_H
+
+#include <string>
+
+#include "orb/orb.h"
+
+namespace orb {
+
+// The inverse of format(). REQUIRES: "HOST:PORT" with a valid port, an IPv6 address in brackets.
+Endpoint parseEndpoint(const std::string& address);
+
+// The numeric address of a TCP socket; port 0 for other sockets and for a closed connection.
+Endpoint localEndpoint(int socket);
+Endpoint peerEndpoint(int socket);
+
+}  // namespace orb
+
+#endif

@@ -1,0 +1,62 @@
+// Log lines about clients that exceed a limit of the server.
+
+#ifndef ORB_LIMITLOG_H
+#define ORB_LIMITLOG_H
+
+#include <cstddef>
+#include <mutex>
+#include <optional>
+#include <string>
+
+#include "episode.h"
+#include "orb/orb.h"
+
+namespace orb {
+
+// Logs three kinds of refusals: connections, requests for their size, and connections with
+// incomplete requests. Each kind has an Episode, so that a flood of refusals takes two lines. A
+// line for which there is no memory is dropped.
+//
+// Thread-safety: any thread. No lock is held while the log function runs.
+class LimitLog {
+ public:
+  using Time = Episode::Time;
+
+  // Null: nothing is logged.
+  explicit LimitLog(LogFunction log);
+
+  // The arguments are the limit, or the number of open connections.
+  void tooManyConnections(std::size_t limit, Time now);
+  void outOfDescriptors(std::size_t open, Time now);
+  void outOfMemory(Time now);
+
+  void requestTooLarge(const std::string& operation, std::size_t bytes, const std::string& peer,
+                       Time now);
+  void requestIncomplete(Time now);
+
+  // Logs the number of refusals of each episode that is over by now.
+  void endEpisodes(Time now);
+
+  // The earliest time at which endEpisodes() has something to log; no value outside of episodes.
+  std::optional<Time> nextEnd() const;
+
+ private:
+  struct Kind {
+    const char* summary;  // follows the number of refusals
+    Episode episode;
+  };
+
+  template <typename MakeLine>
+  void add(Kind& kind, Time now, MakeLine makeLine);
+
+  const LogFunction log_;
+  mutable std::mutex mutex_;
+  // Guarded by mutex_.
+  Kind connections_{" connections were refused", Episode()};
+  Kind requests_{" requests were refused for their size", Episode()};
+  Kind incomplete_{" connections were closed because of incomplete requests", Episode()};
+};
+
+}  // namespace orb
+
+#endif
