@@ -1,7 +1,10 @@
-// Configuration of the agent and registration of managers.
+// The agent's configuration, and the registration of managers and their servants.
 //
-// Thread-safety: EmsName and GetTestSwitch from any thread; registration from the bundle manager's
-// thread.
+// Thread-safety: EmsName and GetTestSwitch may be called on any thread; the registration functions
+// only on the bundle manager's thread.
+//
+// Ownership: both Instance() functions return an object of the host, never null, valid for the
+// life of the process.
 
 #ifndef PLATFORM_AGENT_AGENTCONFIG_H
 #define PLATFORM_AGENT_AGENTCONFIG_H
@@ -13,13 +16,15 @@
 
 namespace NS_CORBA {
 
-// Makes the servant of a manager whenever the agent wants a new one.
+// Makes a servant of a manager each time the agent needs a new servant.
 //
-// The host defines the destructor (key function, see framework/ProcessException.h).
+// Thread-safety: the agent may call create on any thread. Ownership: the caller of RegisterMgr owns
+// the factory; the agent never deletes it. The host defines the destructor (key function, see
+// framework/ProcessException.h).
 class PLATFORM_API MgrFactory {
  public:
-  // A new servant with one reference, owned by the caller; null, with errno ENOMEM, when memory is
-  // short.
+  // Returns a new servant with one reference, which the caller owns. When memory is short, returns
+  // null and sets errno to ENOMEM.
   virtual POA_common::Common_I* create() = 0;
   virtual ~MgrFactory();
 };
@@ -28,15 +33,15 @@ class PLATFORM_API CorbaBaseAgentConfig {
  public:
   static CorbaBaseAgentConfig* Instance();
 
-  // Makes a manager known. The factory stays owned by the caller, who keeps it until UnregisterMgr
-  // or until its own init fails: after a failed init the agent must not call it any more. The agent
-  // never deletes it. Throws ProcessException when the name is taken.
+  // Registers a manager under a name. The agent borrows the factory until UnregisterMgr returns, or
+  // until the init that registered the factory fails: after a failed init the agent must not call
+  // the factory again. Throws ProcessException when the name is in use.
   void RegisterMgr(const char* name, MgrFactory* factory);
 
-  // Forgets a manager. Throws ProcessException when there is none of that name.
+  // Removes a manager. Throws ProcessException when no manager has the name.
   void UnregisterMgr(const char* name);
 
-  // The name of the managing system, the value of the "EMS" pair of every TMF name.
+  // The name of the managing system: the value of the "EMS" pair in every TMF name.
   std::string EmsName();
 };
 
@@ -44,11 +49,13 @@ class PLATFORM_API CorbaAgentConfig {
  public:
   static CorbaAgentConfig* Instance();
 
-  // Hands over a manager's servant; the agent owns its creation reference from here, whatever comes
-  // of it, and serves it. Throws ProcessException when the servant is null or cannot be served.
+  // Serves a servant as the manager of this name. The agent takes over the creation reference of
+  // the servant, also when the call fails. Throws ProcessException when the servant is null or
+  // cannot be served.
   void RegisterServant(const char* name, POA_common::Common_I* servant);
 
-  // Whether the agent runs in test mode, as of now: it may change at any time.
+  // Whether the agent is in test mode now. The test switch may change at any time, so callers do
+  // not cache the result.
   bool GetTestSwitch();
 };
 

@@ -1,6 +1,10 @@
 // The agent's log.
 //
-// Thread-safety: any thread; each thread has a log position of its own.
+// A caller first sets the log position of its thread (GetTss), then writes the message: the agent
+// logs the message with that position.
+//
+// Thread-safety: any thread; each thread has its own log position. Errors: a log call may throw
+// any exception. Ownership: texts are borrowed for the call.
 
 #ifndef PLATFORM_AGENT_LOGGING_H
 #define PLATFORM_AGENT_LOGGING_H
@@ -13,28 +17,29 @@
 
 namespace NS_CORBA {
 
-// Levels: errors, refused arguments and caught exceptions; traces and dropped items.
-constexpr int kLogError = 1;
-constexpr int kLogTrace = 3;
+constexpr int kLogError = 1;  // errors, refused arguments, caught exceptions
+constexpr int kLogTrace = 3;  // traces, and items left out of a result
 
-// Where the calling thread logs from. Every log call reports the position as it stands then.
+// The source position that a thread's next log call reports.
 struct LogPosition {
   std::string file;
   std::string function;
   std::int32_t line = 0;
 };
 
-// The calling thread's log position, made on first use. Valid on this thread only.
+// The log position of the calling thread, made on the thread's first call and never null. The agent
+// owns the position; only the calling thread may use the pointer.
 PLATFORM_API LogPosition* GetTss();
 
-// Writes a text at a level.
+// Writes a text at a level (kLogError, kLogTrace).
 PLATFORM_API void TaDebug(int level, const char* text);
 
-// The same with a printf-style format.
+// Writes a printf-style format with its arguments at a level.
 PLATFORM_API void TaDebugWithPara(int level, const char* format, ...)
     __attribute__((format(printf, 2, 3)));
 
-// Reports a failure of the platform to the agent at the current log position. Does not throw it.
+// Reports a platform failure to the agent at the current log position. The caller throws the
+// exception afterwards; NbiException does not.
 PLATFORM_API void NbiException(ProcessException& exception);
 
 }  // namespace NS_CORBA

@@ -1,4 +1,5 @@
-// Housekeeping of result iterators: where they are activated, how many live, how long.
+// The agent's housekeeping of result iterators: the POA of the iterators, limits on their number
+// and their idle time.
 //
 // Thread-safety: any thread.
 
@@ -10,20 +11,27 @@
 
 namespace NS_CORBA {
 
+// The life of an iterator servant:
+//   1. The module creates the servant (one reference, owned by the module).
+//   2. add_Iterator hands the reference to the agent.
+//   3. The module calls _this() and returns the object reference to the client.
+//   4. deactive_object, called by the module or by the agent's housekeeping, deactivates the
+//      servant. The servant is deleted when the last request has ended.
 class PLATFORM_API TAIteratorHelper {
  public:
-  // The POA for iterators (transient, one id per servant; a new reference for the caller), or nil
-  // when there is none. A registered servant has a reference on it: either the registration
-  // activates the servant, or the POA activates it implicitly.
+  // Returns the POA of the iterators as a new reference, which the caller releases, or nil when
+  // there is no such POA. The POA is transient and allows one object id for each servant. Either
+  // add_Iterator activates the servant, or the POA activates the servant implicitly in _this().
   static PortableServer::POA_ptr getIteratorPoa();
 
-  // Registers an iterator servant. 0: the agent owns the servant's creation reference from here on,
-  // and the servant stays active at least until the request that made it ends; any other value is
-  // a failure code, and the reference stays with the caller.
+  // Registers an iterator servant.
+  //   Result 0: the agent owns the creation reference, and keeps the servant active at least until
+  //             the current request ends.
+  //   Else:     the result is a failure code for ThrowException; the caller keeps the reference.
   static CORBA::ULong add_Iterator(PortableServer::ServantBase* servant);
 
-  // Deactivates a registered servant on the iterator POA and drops the agent's reference. The
-  // servant may be executing a request; it lives until that ends. An unknown servant is no error.
+  // Deactivates a registered servant and drops the agent's reference. A servant that executes a
+  // request is deleted after the request. An unknown servant is ignored.
   static void deactive_object(PortableServer::ServantBase* servant);
 };
 

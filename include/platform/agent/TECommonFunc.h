@@ -1,7 +1,10 @@
-// The common attributes and the capability list, kept by the agent for all its managers.
+// The common attributes of managed objects and the capability list, which the agent keeps for all
+// managers.
 //
-// Every setter returns a failure code for ThrowException, 0 on success; a change that returned 0 is
-// stored. Names and texts are lent for the call. Thread-safety: any thread.
+// Thread-safety: any thread. Ownership: names and texts are borrowed for the call.
+//
+// Errors: every setter returns 0 on success and otherwise a failure code for ThrowException. A
+// setter that returns 0 has stored the change.
 
 #ifndef PLATFORM_AGENT_TECOMMONFUNC_H
 #define PLATFORM_AGENT_TECOMMONFUNC_H
@@ -16,21 +19,23 @@ namespace NS_CORBA {
 
 class PLATFORM_API TECommonFunc {
  public:
+  // enforceUniqueness: fail when another object has this user label.
   static CORBA::ULong onSetUserLabel(const globaldefs::NVSList_T& objectName, const char* userLabel,
                                      bool enforceUniqueness);
   static CORBA::ULong onSetOwner(const globaldefs::NVSList_T& objectName, const char* owner);
   static CORBA::ULong onSetNativeEMSName(const globaldefs::NVSList_T& objectName,
                                          const char* nativeEMSName);
 
-  // May update additionalInfo in place, and fill errorText with the reason of a failure.
+  // May update additionalInfo in place. On failure, may set errorText to the reason.
   static CORBA::ULong onSetAdditionalInfo(const globaldefs::NVSList_T& objectName,
                                           globaldefs::NVSList_T& additionalInfo,
                                           std::string& errorText);
 
+  // Removes the stored user label, owner and additional information of the object.
   static CORBA::ULong resetObject(const globaldefs::NVSList_T& objectName);
 
-  // Builds a manager's capability list from the fully qualified names of the operations that change
-  // common attributes, and of the others.
+  // Builds the capability list of a manager from the fully qualified names of its operations:
+  // attributeOperations change common attributes, otherOperations do not.
   static void onGetCapabilities(common::CapabilityList_T_out capabilities,
                                 const std::vector<std::string>& attributeOperations,
                                 const std::vector<std::string>& otherOperations);

@@ -12,34 +12,40 @@
 
 namespace NS_BUNDLEMGR1 {
 
-// Base of every service object: one loaded plug-in, seen by the bundle manager. The host implements
-// it. Load, init, fini and unload come one at a time.
+// Base class of every service object: a loaded plug-in, as the bundle manager sees it. The host
+// implements the operations that are not pure.
+//
+// Thread-safety: none. The bundle manager calls load, init, fini and unload one at a time, on one
+// thread. GetInterface alone may be called on any thread, with _g_actualmutex locked.
+// Ownership: the loader owns the service object and deletes it; the service object owns its
+// interface.
+// Errors: init may throw; the bundle is then not initialised, and fini may still be called.
 class PLATFORM_API ServiceObjectBase : public ACE_Service_Object {
  public:
   ServiceObjectBase(const std::string& bundleName, const std::string& serviceName);
   ServiceObjectBase(const ServiceObjectBase&) = delete;
   ServiceObjectBase& operator=(const ServiceObjectBase&) = delete;
 
-  // Removes the interface and leaves the bundle manager's list.
+  // Calls RemoveInterface and UnRegistSvc.
   ~ServiceObjectBase() override;
 
-  // Takes the object out of the bundle manager's list of service objects.
+  // Removes the object from the bundle manager's list of service objects.
   virtual void UnRegistSvc();
 
   // The service name.
   virtual const std::string& GetName() const;
 
-  // Puts the object into the bundle manager's list.
+  // Appends the object to the bundle manager's list of service objects.
   virtual void RegistSvc();
 
-  // The published interface, null before CreateInterface. Stays owned by the object. Called with
-  // _g_actualmutex held.
+  // The object's interface, owned by the object; null before CreateInterface.
+  // REQUIRES: _g_actualmutex is locked.
   virtual ServiceInterface* GetInterface();
 
-  // Makes the interface that this object publishes and keeps it; the object owns it.
+  // Makes the object's interface and stores it in interface_.
   virtual ServiceInterface* CreateInterface() = 0;
 
-  // Withdraws the interface from every buffer, destroys it and clears the pointer.
+  // Removes the interface from every buffer, deletes it and sets interface_ to null.
   virtual void RemoveInterface();
 
   int fini() override;
@@ -53,16 +59,21 @@ class PLATFORM_API ServiceObjectBase : public ACE_Service_Object {
   std::string serviceName_;
 };
 
-// The list of service objects in the process.
+// The list of the service objects in the process.
+//
+// Thread-safety: any thread. REQUIRES: the caller has not locked _g_actualmutex.
+// Ownership: the returned service objects belong to their loader; the pointers are valid until a
+// service object is unloaded.
+// Errors: the functions may throw std::bad_alloc.
 class PLATFORM_API BundleMgr {
  public:
+  // The bundle manager of the process, never null.
   static BundleMgr* Instance();
 
-  // The service object with a service name, or null.
+  // The service object with a service name; null when no service object has the name.
   ServiceObjectBase* GetServiceObject(const std::string& serviceName);
 
-  // All service objects, in the order in which they were registered. _g_actualmutex is not held by
-  // the caller, here and above. The pointers are good while nothing is unloaded.
+  // All service objects, in the order of their registration.
   std::vector<ServiceObjectBase*> GetServiceObjects();
 };
 

@@ -1,4 +1,4 @@
-// What bundles publish under a name so that others can call them.
+// Interfaces that bundles publish under a name, and the registry of the published interfaces.
 //
 // The host defines the destructors (key functions, see framework/ProcessException.h).
 
@@ -14,7 +14,7 @@
 
 namespace NS_BUNDLEMGR1 {
 
-// Base of every published interface. Destroyed through this base.
+// Base class of every published interface. An owner deletes an interface through this class.
 class PLATFORM_API ServiceInterface {
  public:
   ServiceInterface() = default;
@@ -23,10 +23,10 @@ class PLATFORM_API ServiceInterface {
   virtual ~ServiceInterface();
 };
 
-// Marks classes that are not meant to be derived from.
+// Marks classes that must not be derived from.
 class PLATFORM_API FinalClass {};
 
-// A placeholder for an interface: offers nothing.
+// A placeholder for an interface, without operations.
 class PLATFORM_API NULLServiceInterface : public ServiceInterface, public FinalClass {
  public:
   NULLServiceInterface() = default;
@@ -35,14 +35,16 @@ class PLATFORM_API NULLServiceInterface : public ServiceInterface, public FinalC
   static const char* GetDescription() { return "NULLServiceInterface!"; }
 };
 
-// The interfaces published under one name, first come first.
+// The interfaces published under a name, in the order of their publication.
 //
-// Thread-safety: First may be called at any time by any thread, without a lock. Append only with
-// _g_actualmutex held, or while nobody else knows the buffer.
+// Thread-safety: First may be called on any thread without a lock. Append and Remove require that
+// _g_actualmutex is locked, or that no other thread knows the buffer.
+// Ownership: the buffer borrows the interfaces; their owners remove them before deleting them.
+// Errors: Append and Remove may throw std::bad_alloc and then change nothing.
 class InterfaceBuffer {
  public:
-  // The interface that was published first, or null while there is none. It stays valid for as long
-  // as its owner leaves it published.
+  // The interface that was published first; null for an empty buffer. The pointer is valid while
+  // the interface is published.
   ServiceInterface* First() const { return first_.load(std::memory_order_acquire); }
 
   void Append(ServiceInterface* interface) {
@@ -50,8 +52,7 @@ class InterfaceBuffer {
     first_.store(entries_.front(), std::memory_order_release);
   }
 
-  // Takes every occurrence of an interface out, because it is about to go. REQUIRES: as Append, and
-  // that nobody still uses the interface.
+  // Removes every occurrence of an interface. REQUIRES: no thread uses the interface any more.
   void Remove(const ServiceInterface* interface) {
     std::vector<ServiceInterface*> kept;
     for (ServiceInterface* entry : entries_) {
@@ -68,17 +69,18 @@ class InterfaceBuffer {
   std::atomic<ServiceInterface*> first_{nullptr};
 };
 
-// The mutex that the bundle manager and all bundles share. It guards the contents of the interface
-// buffers and every walk over the service objects.
+// The mutex that the bundle manager and all bundles share. The mutex guards the contents of the
+// interface buffers and every walk over the service objects.
 PLATFORM_API extern ACE_mutex_t _g_actualmutex;
 
-// Publishes an interface under a name, appending to the buffer of that name. The interface stays
-// owned by the caller, who keeps it alive while it is published. Any thread, _g_actualmutex not
-// held.
+// Publishes an interface under a name: appends the interface to the buffer of the name. The caller
+// keeps the ownership, and keeps the interface alive while it is published. Any thread.
+// REQUIRES: the caller has not locked _g_actualmutex.
 PLATFORM_API void SetIFBuf(const std::string& name, ServiceInterface* interface);
 
-// The buffer of the interfaces published under a name; null when nobody ever published under it.
-// A buffer lives as long as the process. Any thread, with or without _g_actualmutex.
+// The buffer of the interfaces published under a name; null when no interface was ever published
+// under the name. Buffers live as long as the process. Any thread; the caller may have locked
+// _g_actualmutex.
 PLATFORM_API InterfaceBuffer* CheckIFBuf(const std::string& name);
 
 }  // namespace NS_BUNDLEMGR1

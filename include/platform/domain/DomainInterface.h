@@ -1,10 +1,12 @@
-// The platform's domain data: topology, network elements, clock topology.
+// Queries of the platform's domain data: topology, network elements, clock topology.
 //
-// Thread-safety: every call may come from several threads at once. Accessors and facets are owned
-// by the platform and stay valid while the interface is published; nobody frees them.
+// Thread-safety: any thread; several threads may query at the same time.
 //
-// Failures: every call may raise ProcessException. A result holder may then be partly filled; what
-// it holds is kept by the caller.
+// Ownership: the platform owns facets and accessors, which are valid while the interface is
+// published. Result holders are borrowed for the call; a query that keeps a holder calls AddRef.
+//
+// Errors: every call may throw ProcessException. A result holder may then be partly filled; the
+// caller uses or drops that part.
 //
 // The host defines the destructors (key functions, see framework/ProcessException.h).
 
@@ -28,7 +30,7 @@ using ClockPositionHolder = NS_UTIL::REF_Impl<std::vector<ClockPositionInfo_T>>;
 using ClockTopoLinkHolder = NS_UTIL::REF_Impl<std::vector<ClockTopoLinkInfo_T>>;
 using IntHolder = NS_UTIL::REF_Impl<int>;
 
-// Holders are lent to a query for the time of the call; a query that keeps one adds a reference.
+// Topology nodes and the clock topology.
 class PLATFORM_API TopoData {
  public:
   virtual ~TopoData();
@@ -36,28 +38,30 @@ class PLATFORM_API TopoData {
   // Appends every topology node, in the domain's order.
   virtual void GetAllTopoNodes(TopoNodeHolder* nodes) = 0;
 
-  // Fills the clock positions, in the domain's order. kind is always 10; the integer holder is the
-  // platform's to fill and is never read.
+  // Appends the clock positions, in the domain's order. The module passes 10 in `kind` and never
+  // reads `count`.
   virtual void GetClockPositionList(const int& kind, ClockPositionHolder* positions,
                                     IntHolder* count) = 0;
 
-  // Fills the clock links, in the domain's order. Arguments as for the positions.
+  // Appends the clock links, in the domain's order. `kind` and `count` as for the positions.
   virtual void GetClockTopoLinkList(const int& kind, ClockTopoLinkHolder* links,
                                     IntHolder* count) = 0;
 };
 
+// Network elements.
 class PLATFORM_API NEData {
  public:
   virtual ~NEData();
 
-  // Appends element indexes: all of them for false; for true those that the topology already shows.
+  // Appends indexes of network elements. shown == false: all elements; shown == true: the elements
+  // that the topology already shows as nodes.
   virtual void GetNEIndexList(NEIndexHolder* indexes, const bool& shown) = 0;
 
-  // Appends one record per index.
+  // Appends the record of the element of each index, in the order of the indexes.
   virtual void GetNEList(NEHolder* elements, const std::vector<NEIndex>& indexes) = 0;
 };
 
-// One client's view of the domain.
+// The domain as seen by one client. The accessors are never null.
 class PLATFORM_API DomainFacet {
  public:
   virtual ~DomainFacet();
@@ -65,12 +69,12 @@ class PLATFORM_API DomainFacet {
   virtual NEData* GetNEData() = 0;
 };
 
-// Published as "DomainInterface".
+// Published under the name "DomainInterface".
 class PLATFORM_API DomainInterface : public NS_BUNDLEMGR1::ServiceInterface {
  public:
   ~DomainInterface() override;
 
-  // The facet of a client; the module asks for "CORBA". Never null.
+  // The facet of a client, never null. The module asks for the client "CORBA".
   virtual DomainFacet* GetFacet(const std::string& client) = 0;
 };
 

@@ -1,7 +1,8 @@
-// Visibility of the types and functions that cross between the module and its host.
+// Symbol visibility of the types and functions that module and host share.
 //
-// The module is built with hidden visibility. Whatever both sides must agree on at run time (type
-// information of exceptions and interfaces, functions that the host provides) is marked with this.
+// The module is compiled with hidden visibility. PLATFORM_API marks every symbol that both sides
+// must agree on at run time: type information of exceptions and interfaces, and functions that the
+// host defines.
 
 #ifndef PLATFORM_FRAMEWORK_EXPORT_H
 #define PLATFORM_FRAMEWORK_EXPORT_H

@@ -1,10 +1,11 @@
-// The framework's internal exceptions.
+// Exceptions between the host and the module.
 //
-// They travel between the host's implementations and the module, and never reach a CORBA client:
-// the module turns them into globaldefs::ProcessingFailureException at the edge.
+// A ProcessException never reaches a CORBA client: the module translates it into
+// globaldefs::ProcessingFailureException.
 //
-// The host defines the destructors: they are the key functions, so that type information exists
-// once in the process and an exception thrown on one side is caught on the other.
+// The host defines the destructors. The destructors are the key functions of the classes, so the
+// type information of each class exists once in the process, and the module catches exceptions that
+// the host throws, and the reverse.
 //
 // Thread-safety: none; an exception belongs to the thread that handles it.
 
@@ -17,13 +18,13 @@
 
 #include "platform/framework/Export.h"
 
-// A failure of the platform, with its code and where it was raised.
+// A failure of the platform, with a failure code and the source position of the throw.
 class PLATFORM_API ProcessException : public std::exception {
  public:
   ProcessException() = default;
 
-  // Copies the code, the line and the text of every stream. The framework's signature: an exception
-  // is copied from one that is being handled, never from a constant.
+  // Copies the code, the line and the text of every stream. The parameter is not const, as the
+  // framework defines it: a handler copies the exception that it caught.
   ProcessException(ProcessException& other)
       : std::exception(other),
         errorCode(other.errorCode),
@@ -37,19 +38,20 @@ class PLATFORM_API ProcessException : public std::exception {
 
   ~ProcessException() override;
 
-  std::int32_t errorCode = 0;   // 0: no failure code is known
-  std::int32_t line = 0;        // source line of the throw site
-  std::ostringstream file;      // source file of the throw site
-  std::ostringstream function;  // function of the throw site
-  std::ostringstream context;   // free for the platform's own use
-  std::ostringstream detail;    // what failed, for people
+  std::int32_t errorCode = 0;   // 0: the failure has no code
+  std::int32_t line = 0;        // source line of the throw
+  std::ostringstream file;      // source file of the throw
+  std::ostringstream function;  // function of the throw
+  std::ostringstream context;   // for the platform; the module does not write it
+  std::ostringstream detail;    // a description of the failure, for operators
 
  private:
-  // A copied stream goes on where the original stopped.
+  // Text written to a copied stream follows the copied text.
   static constexpr std::ios_base::openmode kAppend = std::ios_base::out | std::ios_base::ate;
 };
 
-// No bundle offers the wanted service interface. Always carries kInterfaceNotExist and no text.
+// No bundle offers the requested service interface. The code is always kInterfaceNotExist, and all
+// streams are empty.
 class PLATFORM_API InterfaceNotExistException : public ProcessException {
  public:
   static constexpr std::int32_t kInterfaceNotExist = 0x41180004;

@@ -1,6 +1,6 @@
-// The platform's access control, as far as event handling asks it. Published as "SecurityIF".
+// The platform's access control for event handling. Published under the name "SecurityIF".
 //
-// Thread-safety: any thread. Every call may raise ProcessException.
+// Thread-safety: any thread. Errors: every call may throw ProcessException.
 //
 // The host defines the destructor (key function, see framework/ProcessException.h).
 
@@ -18,10 +18,10 @@ class PLATFORM_API SecurityIF : public NS_BUNDLEMGR1::ServiceInterface {
  public:
   ~SecurityIF() override;
 
-  // Whether this process may receive platform events at all.
+  // Whether this process may receive platform events.
   virtual bool isEventAccessAllowed() = 0;
 
-  // Who the calling thread acts as from now on, and with which level.
+  // Set the identity and the access level of the calling thread, until the next call.
   virtual void setAccessIdentity(const std::string& identity) = 0;
   virtual void setAccessLevel(const int& level) = 0;
 };

@@ -1,4 +1,4 @@
-// The reference-counted holder into which a domain query writes its result.
+// The reference-counted holder that a domain query fills with its result.
 
 #ifndef PLATFORM_UTIL_REFIMPL_H
 #define PLATFORM_UTIL_REFIMPL_H
@@ -8,10 +8,11 @@
 
 namespace NS_UTIL {
 
-// A value with a count. The maker starts with a count of one; the release that brings the count to
-// zero destroys the holder, on whichever side of the module boundary it happens.
+// A value with a reference count, which starts at 1. The Release that brings the count to 0 deletes
+// the holder, in the module or in the host.
 //
-// Thread-safety: AddRef and Release from any thread; the value is not guarded.
+// Thread-safety: AddRef and Release may be called on any thread; the value has no guard of its own.
+// Ownership: shared; every owner calls Release once. Errors: AddRef and Release never fail.
 template <typename T>
 class REF_Impl {
  public:

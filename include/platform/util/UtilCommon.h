@@ -1,7 +1,10 @@
-// Splitting of domain names.
+// Parses domain names.
 //
-// An FDN (full distinguished name) is a list of CLASS=value terms joined by ",". Its class (MOC,
-// the managed-object class) is that of its last term.
+// An FDN (full distinguished name) is a list of CLASS=VALUE terms, separated by ",". The class of
+// an FDN (MOC, managed-object class) is the class of its last term.
+//
+// Thread-safety: any thread; the functions have no state. Ownership: arguments are borrowed for the
+// call. Errors: malformed input is never an error; the functions may throw std::bad_alloc.
 
 #ifndef PLATFORM_UTIL_UTILCOMMON_H
 #define PLATFORM_UTIL_UTILCOMMON_H
@@ -13,27 +16,27 @@
 
 namespace NS_UTIL {
 
-// Thread-safety: stateless, any thread.
 class PLATFORM_API UtilCommon {
  public:
+  // Never null; the host owns the object.
   static UtilCommon* Instance();
 
-  // Adds the class and value of every term to parts. A term without "=" gives no part; of several
-  // terms of one class the first is kept.
+  // Adds the class and the value of every term to parts. Skips terms without "=". When a class
+  // occurs twice, the first value stays.
   void GetSpliteFDNData(std::map<std::string, std::string>& parts, const std::string& fdn,
                         const std::string& separator);
 
-  // The class of an FDN; empty for a text without "=" in its last term.
+  // The class of an FDN; "" when its last term has no "=".
   std::string GetMoc(const std::string& fdn);
 
-  // Stores the integer value of the part called name; true when it did. Leaves value alone when the
-  // part is missing or is not a signed 32-bit decimal number.
+  // Stores the integer value of the part with this name and returns true. Returns false, and leaves
+  // value unchanged, when the part is missing or is not a signed 32-bit decimal number.
   bool GetIntegerValueByName(const std::map<std::string, std::string>& parts,
                              const std::string& name, int& value);
 };
 
-// The decimal value of a text: an optional sign and leading digits, 0 when there are none, held to
-// the limits of a signed 32-bit integer.
+// The decimal value of a text: an optional sign and leading digits; 0 when the text begins with
+// neither. Values outside the range of a signed 32-bit integer become its nearest limit.
 PLATFORM_API int Str2Int(const std::string& text);
 
 }  // namespace NS_UTIL
