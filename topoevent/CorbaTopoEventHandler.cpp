@@ -28,13 +28,13 @@ void dispatch(int eventId, const std::vector<NS_DOMAIN::TopoNode_T>& nodes) {
   // lost when it cannot be made.
   TopoEventMgr::Instance();
   switch (eventId) {
-    case topo::EVENT_TOPO_NODE_CREATED:
+    case EVENT_TOPO_NODE_CREATED:
       TopoEventMgr::notifyNodesCreated(nodes);
       break;
-    case topo::EVENT_TOPO_NODE_DELETED:
+    case EVENT_TOPO_NODE_DELETED:
       TopoEventMgr::notifyNodesDeleted(nodes);
       break;
-    case topo::EVENT_TOPO_NODE_CHANGED:
+    case EVENT_TOPO_NODE_CHANGED:
       TopoEventMgr::notifyNodeLabelsChanged(nodes);
       break;
     default:

@@ -29,8 +29,8 @@ constexpr const char* kNothingToUnSubscribe =
     "[TopoEventMgr::OnUnSubscibeEvent] para pHandler is NULL.";
 
 // In the order of subscription.
-constexpr int kEvents[] = {topo::EVENT_TOPO_NODE_CREATED, topo::EVENT_TOPO_NODE_DELETED,
-                           topo::EVENT_TOPO_NODE_CHANGED};
+constexpr int kEvents[] = {EVENT_TOPO_NODE_CREATED, EVENT_TOPO_NODE_DELETED,
+                           EVENT_TOPO_NODE_CHANGED};
 
 // What the platform wants with a subscription.
 constexpr int kThirdArgument = 21;

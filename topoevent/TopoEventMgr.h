@@ -10,15 +10,6 @@
 
 #include "platform/event/EventMgr.h"
 
-namespace topo {
-
-// The topology events in the platform's catalogue.
-constexpr int EVENT_TOPO_NODE_CREATED = 372;
-constexpr int EVENT_TOPO_NODE_DELETED = 373;
-constexpr int EVENT_TOPO_NODE_CHANGED = 374;  // their labels
-
-}  // namespace topo
-
 // Has no data, so that its operations need no instance: they do their work also when Instance could
 // give none.
 class TopoEventMgr {

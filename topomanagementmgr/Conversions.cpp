@@ -1,10 +1,10 @@
-// From domain records to TMF names and nodes.
+// Converts domain records into TMF names and nodes.
 
 #include <map>
 
 #include "platform/agent/AgentConfig.h"
+#include "platform/agent/Failures.h"
 #include "platform/util/UtilCommon.h"
-#include "topo/Codes.h"
 #include "topo/Log.h"
 #include "topo/Lookup.h"
 #include "topo/TmfRecords.h"
@@ -24,22 +24,22 @@ constexpr const char* kIdIsZero = "Object ID cannot be 0!";
 
 CORBA::ULong conversionFailed(std::int32_t line, const char* text) {
   topo::logFormat({kFile, line}, NS_CORBA::kLogTrace, text);
-  return topo::ERR_TOPO_CONVERSION;
+  return NS_CORBA::ERR_TOPO_CONVERSION;
 }
 
-// The number that the part of a class has; number as it is when there is no such part.
+// The number of the part of a class, or the default `number` when the part is missing.
 int partNumber(const Parts& parts, const std::string& className, int number) {
   NS_UTIL::UtilCommon::Instance()->GetIntegerValueByName(parts, className, number);
   return number;
 }
 
-// An id without any part is a bare object number.
+// An id without parts is a decimal object number.
 int elementNumber(const Parts& parts, const std::string& className, const std::string& id) {
   return parts.empty() ? NS_UTIL::Str2Int(id) : partNumber(parts, className, -1);
 }
 
-// The classes differ on purpose in what a missing number becomes: -1 for elements, 0 for the
-// others.
+// A missing number becomes -1 for network elements, and 0 for optical network elements and for
+// management systems: the platform's names depend on it.
 CORBA::ULong convertFdn(globaldefs::NVSList_T& name, const std::string& fdn) {
   Parts parts;
   NS_UTIL::UtilCommon::Instance()->GetSpliteFDNData(parts, fdn, ",");
@@ -73,10 +73,6 @@ bool convertNodeType(CORBA::ULong& nodeType, std::uint32_t domainType) {
   }
 }
 
-bool hasParent(const NS_DOMAIN::TopoNode_T& domainNode) {
-  return domainNode.parentId != "0" && !domainNode.parentId.empty();
-}
-
 void markVendor(globaldefs::NVSList_T& additionalInfo) {
   topo::setLength(additionalInfo, 1);
   topo::setPair(additionalInfo, 0, topo::kVendorName, topo::kVendorValue);
@@ -102,14 +98,14 @@ CORBA::ULong TopoManagementMgr::convertDomainNodeToTmf(TopoManagementManager::No
   if (!convertNodeType(node.nodeType, domainNode.nodeType)) {
     return conversionFailed(__LINE__, kTypeFailed);
   }
-  if (domainNode.nodeId == "0") {
+  if (domainNode.nodeId == NS_DOMAIN::kZeroId) {
     return conversionFailed(__LINE__, kIdIsZero);
   }
   CORBA::ULong code = convertDomainToTmfObjName(node.name, domainNode.nodeType, domainNode.nodeId);
   if (code != 0) {
     return code;
   }
-  if (hasParent(domainNode)) {
+  if (!NS_DOMAIN::hasNoParent(domainNode.parentId)) {
     code = convertDomainToTmfObjName(node.relatedName, domainNode.parentType, domainNode.parentId);
     if (code != 0) {
       return code;
@@ -130,7 +126,7 @@ CORBA::ULong TopoManagementMgr::convertDomainNodesToTmf(
   topo::setLength(nodes, static_cast<CORBA::ULong>(domainNodes.size()));
   CORBA::ULong converted = 0;
   for (const NS_DOMAIN::TopoNode_T& domainNode : domainNodes) {
-    // A failed node's element is not cleared: the next one is written over it.
+    // After a failure, the next node reuses the record without clearing it.
     if (convertDomainNodeToTmf(topo::at(nodes, converted), domainNode) == 0) {
       ++converted;
     }

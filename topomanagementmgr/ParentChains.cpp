@@ -3,8 +3,9 @@
 namespace topo {
 namespace {
 
+// "" is not a root marker here: a domain node may have the id "".
 bool isRootMarker(const std::string& id) {
-  return id == "QNMAP_PHY_SUBMAP" || id == "0";
+  return id == NS_DOMAIN::kPhysicalRoot || id == NS_DOMAIN::kZeroId;
 }
 
 }  // namespace
@@ -18,7 +19,7 @@ ParentChains::ParentChains(const std::string& subnetworkId,
   }
 }
 
-// The subnetwork comes before the root markers: one whose id is "0" has children.
+// Compares with the subnetwork before the root markers: a subnetwork with the id "0" has children.
 ParentChains::Answer ParentChains::answerAt(const std::string& id, std::size_t& index) const {
   if (id == subnetworkId_) {
     return Answer::kBelow;
@@ -31,7 +32,7 @@ ParentChains::Answer ParentChains::answerAt(const std::string& id, std::size_t& 
     return Answer::kNotBelow;
   }
   index = node->second;
-  // A node that this very walk has come from closes a cycle.
+  // kWalking: the current walk has passed the node before, so the chain is a cycle.
   return answers_[index] == Answer::kWalking ? Answer::kNotBelow : answers_[index];
 }
 

@@ -18,7 +18,6 @@
 #include "orb/orb.h"
 #include "platform/agent/Failures.h"
 #include "platform/agent/TAIteratorHelper.h"
-#include "topo/Codes.h"
 #include "topo/Log.h"
 #include "topo/TmfRecords.h"
 #include "topomanagementmgrimpl/CorbaEdge.h"
@@ -52,7 +51,7 @@ constexpr const char* kCleanup = "[Trait::createIterator]cleanup_in_progress is 
 // Logs why no iterator can be made, and raises it.
 inline void refuse(const topo::LogSite& site, const char* text) {
   topo::logText(site, kLogError, text);
-  ThrowException(topo::ERR_TOPO_CONVERSION);
+  ThrowException(ERR_TOPO_CONVERSION);
 }
 
 }  // namespace result_iterator
@@ -223,7 +222,7 @@ void TAIT<IteratorSkeleton, RecordList, RecordOutList>::Trait::createIterator(
   if (CORBA::is_nil(poa)) {
     topo::logText(result_iterator::kNoPoaSite, kLogError, result_iterator::kNoPoa);
     list.reset();
-    ThrowException(topo::ERR_TOPO_CONVERSION);
+    ThrowException(ERR_TOPO_CONVERSION);
     return;
   }
   Servant* servant = makeServant(std::move(list), poa.in());
@@ -252,7 +251,7 @@ auto TAIT<IteratorSkeleton, RecordList, RecordOutList>::Trait::makeServant(
     errno = ENOMEM;
     topo::logText(result_iterator::kNoServantSite, kLogError, result_iterator::kNoServant);
     list.reset();
-    ThrowException(topo::ERR_TOPO_CONVERSION);
+    ThrowException(ERR_TOPO_CONVERSION);
     return nullptr;
   }
   static_cast<void>(list.release());

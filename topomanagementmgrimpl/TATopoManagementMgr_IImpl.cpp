@@ -67,7 +67,7 @@ void runClockQuery(const Query& query, const ClockFailure& failed) {
     topo::logFormat(failed.site, kLogError, failed.text, failure.errorCode);
     ThrowException(static_cast<CORBA::ULong>(failure.errorCode));
   } catch (...) {
-    ThrowException(topo::ERR_TOPO_CONVERSION);
+    ThrowException(ERR_TOPO_CONVERSION);
   }
 }
 

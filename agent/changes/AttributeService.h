@@ -43,8 +43,8 @@ class AttributeService {
 
   Outcome setOwner(const globaldefs::NVSList_T& name, std::string_view owner);
 
-  // The name under which clients see the object, in every view. Raises kTopoNodesChanged with the
-  // topology nodes whose name was another; nothing when there is none.
+  // The name under which clients see the object, in every view. Raises EVENT_TOPO_NODE_CHANGED with
+  // the topology nodes whose name was another; nothing when there is none.
   Outcome setNativeName(const globaldefs::NVSList_T& name, std::string_view nativeName);
 
   // Merges pairs into the stored ones, as NetworkStore::mergeAdditionalInfo, and replaces them by

@@ -79,7 +79,7 @@ void NetworkWriter::Change::rename(NetworkRenaming renaming, const std::string& 
   }
   const std::uint64_t change = store().rename(renaming.records, name);
   model().show(renaming);
-  raise(change, kTopoNodesChanged, std::move(renaming.nodes));
+  raise(change, EVENT_TOPO_NODE_CHANGED, std::move(renaming.nodes));
 }
 
 void NetworkWriter::Change::raise(std::uint64_t change, int eventId,

@@ -17,13 +17,9 @@
 #include "agent/store/NetworkStore.h"
 #include "agent/store/StoreCopy.h"
 #include "platform/domain/DomainRecords.h"
+#include "platform/event/EventMgr.h"
 
 namespace agent {
-
-// The events of the platform's catalogue that tell of topology nodes.
-constexpr int kTopoNodesCreated = 372;
-constexpr int kTopoNodesDeleted = 373;
-constexpr int kTopoNodesChanged = 374;
 
 // Borrows store and model, which must outlive it; nobody else uses the store or changes the model
 // meanwhile.

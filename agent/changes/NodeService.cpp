@@ -212,7 +212,7 @@ void add(NetworkWriter::Change& change, Network network, const Cancellation& can
   const std::uint64_t number =
       change.store().add(addition.network, addition.shownElements, cancellation);
   change.model().show(addition);
-  change.raise(number, kTopoNodesCreated, std::move(addition.network.topoNodes));
+  change.raise(number, EVENT_TOPO_NODE_CREATED, std::move(addition.network.topoNodes));
 }
 
 void requireNode(const NetworkModel& model, const std::string& id) {
@@ -278,7 +278,7 @@ Outcome NodeService::remove(const std::string& id, std::size_t& removed) {
                          removal.nodes, removal.objects, removal.hiddenElements);
                      change.model().show(removal);
                      removed = removal.nodes.size();
-                     change.raise(number, kTopoNodesDeleted, std::move(removal.nodes));
+                     change.raise(number, EVENT_TOPO_NODE_DELETED, std::move(removal.nodes));
                    });
 }
 

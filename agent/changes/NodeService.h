@@ -46,22 +46,23 @@ class NodeService {
   const Cancellation& cancellation() const { return cancellation_; }
 
   // Adds a node at the end of the list; an element (type 1) or a subnetwork (type 2). Fields that
-  // are carried only are not kept. Raises kTopoNodesCreated.
+  // are carried only are not kept. Raises EVENT_TOPO_NODE_CREATED.
   Outcome create(const NS_DOMAIN::TopoNode_T& node);
 
   // Removes a node with everything below it, and says how many nodes that were. Raises
-  // kTopoNodesDeleted with each node after everything below it, siblings in the list's order. What
-  // is stored about a node's object (label, owner, additional information) goes with the last of
-  // the object's nodes.
+  // EVENT_TOPO_NODE_DELETED with each node after everything below it, siblings in the list's order.
+  // What is stored about a node's object (label, owner, additional information) goes with the last
+  // of the object's nodes.
   Outcome remove(const std::string& id, std::size_t& removed);
 
   // Gives a node another name, and so everything else that shows the same element. Raises
-  // kTopoNodesChanged with every topology node whose name was another; nothing when there is none.
+  // EVENT_TOPO_NODE_CHANGED with every topology node whose name was another; nothing when there is
+  // none.
   Outcome rename(const std::string& id, std::string_view name);
 
   // Adds a network, all of it or nothing, with its lists after those that are there. Parents may be
   // nodes of either. The name of its managing system counts only where there was none before, and
-  // only from the next start. Raises kTopoNodesCreated with all its nodes, in their order.
+  // only from the next start. Raises EVENT_TOPO_NODE_CREATED with all its nodes, in their order.
   Outcome import(Network network, ImportSummary& summary);
 
  private:

@@ -173,7 +173,7 @@ class GraphReader {
     if (isRootMarker(network_.ems)) {
       throw Refusal{"graph.label", inQuotes(network_.ems) + " cannot be the id of a subnetwork"};
     }
-    addSubnetwork(network_.ems, network_.ems, kPhysicalRoot);
+    addSubnetwork(network_.ems, network_.ems, NS_DOMAIN::kPhysicalRoot);
   }
 
   std::string textOf(pugi::xml_node element, const DataKey& wanted, const std::string& place) {

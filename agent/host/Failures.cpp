@@ -14,9 +14,6 @@ struct Meaning {
   const char* reason;
 };
 
-// The module's own code for a conversion or an iterator that failed.
-constexpr CORBA::ULong kModuleConversionFailed = 0x411800BA;
-
 constexpr Meaning kMeanings[] = {
     {agent::kNotImplemented, globaldefs::EXCPT_NOT_IMPLEMENTED, "not implemented"},
     {agent::kInvalidName, globaldefs::EXCPT_INVALID_INPUT, "malformed object name"},
@@ -28,7 +25,7 @@ constexpr Meaning kMeanings[] = {
     {agent::kTooManyIterators, globaldefs::EXCPT_TOO_MANY_OPEN_ITERATORS,
      "too many open iterators"},
     {agent::kInternalError, globaldefs::EXCPT_INTERNAL_ERROR, "internal error"},
-    {kModuleConversionFailed, globaldefs::EXCPT_INTERNAL_ERROR,
+    {NS_CORBA::ERR_TOPO_CONVERSION, globaldefs::EXCPT_INTERNAL_ERROR,
      "the result could not be converted or iterated"},
     {static_cast<CORBA::ULong>(InterfaceNotExistException::kInterfaceNotExist),
      globaldefs::EXCPT_INTERNAL_ERROR, "a platform service is missing"},

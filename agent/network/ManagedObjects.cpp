@@ -162,7 +162,7 @@ ObjectKey keyOf(const NumberedObject& object) {
 }
 
 std::optional<NumberedObject> objectOfElementNode(const std::string& nodeId) {
-  if (nodeId == "0") {
+  if (nodeId == NS_DOMAIN::kZeroId) {
     return std::nullopt;
   }
   auto& util = *NS_UTIL::UtilCommon::Instance();

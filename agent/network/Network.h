@@ -15,12 +15,9 @@
 
 namespace agent {
 
-// The id of the physical root map, which holds the topmost subnetworks and is no node itself.
-constexpr const char* kPhysicalRoot = "QNMAP_PHY_SUBMAP";
-
-// Parents that stand for "no node of the network": the two ways to say none, and the root map.
+// Whether a parent id names no node of the network: no parent, or the physical root map.
 inline bool isRootMarker(const std::string& parentId) {
-  return parentId.empty() || parentId == "0" || parentId == kPhysicalRoot;
+  return NS_DOMAIN::hasNoParent(parentId) || parentId == NS_DOMAIN::kPhysicalRoot;
 }
 
 struct NetworkElement {

@@ -2,9 +2,9 @@
 #include <string>
 #include <vector>
 
+#include "platform/agent/Failures.h"
 #include "platform/framework/ProcessException.h"
 #include "tests/fakes/Fixture.h"
-#include "topo/Codes.h"
 #include "topo/TmfRecords.h"
 #include "topomanagementmgr/TopoManagementMgr.h"
 #include "topomanagementmgr/Vendor.h"
@@ -229,7 +229,7 @@ TEST_F(TopoNameConversion, NamesATopologyNodeByItsId) {
 TEST_F(TopoNameConversion, RefusesAnyOtherType) {
   for (const std::uint32_t type : {0U, 3U, 0xFFFFFFFFU}) {
     Journal::clear();
-    EXPECT_EQ(convert(type, "NE=5"), topo::ERR_TOPO_CONVERSION);
+    EXPECT_EQ(convert(type, "NE=5"), NS_CORBA::ERR_TOPO_CONVERSION);
     EXPECT_EQ(loggedText(), traced(kNameFailed));
     EXPECT_EQ(Journal::lines().size(), 1U);
     EXPECT_EQ(printed(name_), "[old=old]");
@@ -366,7 +366,7 @@ TEST_F(TopoNodeConversion, RefusesAnyOtherTypeBeforeItWritesAnything) {
     TopoNode_T domainNode = subnetwork("map");
     domainNode.nodeType = type;
     Journal::clear();
-    EXPECT_EQ(convert(domainNode), topo::ERR_TOPO_CONVERSION);
+    EXPECT_EQ(convert(domainNode), NS_CORBA::ERR_TOPO_CONVERSION);
     EXPECT_EQ(loggedText(), traced(kTypeFailed));
     EXPECT_EQ(Journal::lines().size(), 1U);
     EXPECT_EQ(node_.nodeType, 9U);
@@ -383,7 +383,7 @@ TEST_F(TopoNodeConversion, TestsTheTypeBeforeTheId) {
 }
 
 TEST_F(TopoNodeConversion, RefusesTheIdZeroAfterTheTypeIsWritten) {
-  EXPECT_EQ(convert(subnetwork("0")), topo::ERR_TOPO_CONVERSION);
+  EXPECT_EQ(convert(subnetwork("0")), NS_CORBA::ERR_TOPO_CONVERSION);
   EXPECT_EQ(loggedText(), traced(kIdIsZero));
   EXPECT_EQ(Journal::lines().size(), 1U);
   EXPECT_EQ(node_.nodeType, 1U);
@@ -424,7 +424,7 @@ TEST_F(TopoNodeConversion, RefusesAParentOfTypeZeroAfterTheNameIsFilled) {
   TopoNode_T domainNode = subnetwork("map");
   domainNode.parentId = "parent";
   domainNode.parentType = 0;
-  EXPECT_EQ(convert(domainNode), topo::ERR_TOPO_CONVERSION);
+  EXPECT_EQ(convert(domainNode), NS_CORBA::ERR_TOPO_CONVERSION);
   EXPECT_EQ(loggedText(), traced(kNameFailed));
   EXPECT_EQ(printed(node_.name), "[EMS=EMS-1, TopoSubnetwork=map]");
   EXPECT_EQ(printed(node_.relatedName), "[old=old]");
@@ -477,7 +477,7 @@ TEST_F(TopoNodeConversion, LogsEachFailureFromALineOfItsOwn) {
   std::set<int> lines;
   for (const TopoNode_T& domainNode : {unknownType, subnetwork("0"), unknownParent}) {
     Journal::clear();
-    EXPECT_EQ(convert(domainNode), topo::ERR_TOPO_CONVERSION);
+    EXPECT_EQ(convert(domainNode), NS_CORBA::ERR_TOPO_CONVERSION);
     const std::string logged = Journal::linesOf({"TaDebugWithPara"}).at(0);
     lines.insert(std::stoi(logged.substr(logged.rfind(':') + 1)));
   }

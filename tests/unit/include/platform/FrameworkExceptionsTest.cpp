@@ -3,9 +3,9 @@
 #include <exception>
 #include <type_traits>
 
+#include "platform/agent/Failures.h"
 #include "platform/framework/ProcessException.h"
 #include "tests/fakes/Journal.h"
-#include "topo/Codes.h"
 
 namespace {
 
@@ -110,9 +110,9 @@ TEST(FrameworkInterfaceNotExist, IsCaughtInAnotherLibraryThanItsThrower) {
 }
 
 TEST(TopoCodes, HaveTheConversionFailure) {
-  static_assert(std::is_same_v<decltype(topo::ERR_TOPO_CONVERSION), const CORBA::ULong>);
-  EXPECT_EQ(topo::ERR_TOPO_CONVERSION, 1092092090U);
-  EXPECT_EQ(topo::ERR_TOPO_CONVERSION, 0x411800BAU);
+  static_assert(std::is_same_v<decltype(NS_CORBA::ERR_TOPO_CONVERSION), const CORBA::ULong>);
+  EXPECT_EQ(NS_CORBA::ERR_TOPO_CONVERSION, 1092092090U);
+  EXPECT_EQ(NS_CORBA::ERR_TOPO_CONVERSION, 0x411800BAU);
 }
 
 }  // namespace
