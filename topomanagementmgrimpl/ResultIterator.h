@@ -1,7 +1,7 @@
-// Large results: a first batch, and an iterator servant that holds the rest.
+// Splits a large result into a first batch and an iterator servant that delivers the rest.
 //
-// One template serves every kind of record. An instance is named by its skeleton, its list type and
-// the out type of that list:
+// The template serves every kind of record. An instance has three parameters: the skeleton, the
+// list type and the out type of the list:
 //
 //   using NodeIteratorTrait = TAIT<POA_TopoManagementManager::NodeIterator_I, NodeList_T,
 //                                  NodeList_T_out>::Trait;
@@ -35,7 +35,7 @@ constexpr topo::LogSite kHolderDestroyedSite{kFile, 101};
 constexpr const char* kHolderDestroyed =
     "[ ~RefCount_TwoParameter]  Reference count associated object destroyed!";
 
-// The prefixes differ in their colons; operators' filters know them so.
+// The prefixes differ in the number of colons; operators filter for these texts.
 constexpr topo::LogSite kNoPoaSite{kFile, 213};
 constexpr const char* kNoPoa = "[Trait:createIterator]poa is null.";
 
@@ -48,7 +48,7 @@ constexpr const char* kForeignPoa = "[Trait::createIterator]poa_impl is null.";
 constexpr topo::LogSite kCleanupSite{kFile, 257};
 constexpr const char* kCleanup = "[Trait::createIterator]cleanup_in_progress is true.";
 
-// Logs why no iterator can be made, and raises it.
+// Logs the reason why there is no iterator, then throws the failure.
 inline void refuse(const topo::LogSite& site, const char* text) {
   topo::logText(site, kLogError, text);
   ThrowException(ERR_TOPO_CONVERSION);
@@ -56,8 +56,9 @@ inline void refuse(const topo::LogSite& site, const char* text) {
 
 }  // namespace result_iterator
 
-// What an iterator servant owns, traced at both ends of its life. Servant is the class that derives
-// from it, List* and POA* are the two parameters.
+// Base of the iterator servant: owns the list and a reference to the POA, and logs a trace in the
+// constructor and in the destructor. Servant is the derived class.
+// Thread-safety: see TAIterator.
 template <typename Servant, typename ListPointer, typename PoaPointer>
 class RefCount_TwoParameter {
  public:
@@ -65,7 +66,7 @@ class RefCount_TwoParameter {
   RefCount_TwoParameter& operator=(const RefCount_TwoParameter&) = delete;
 
  protected:
-  // Takes the list over and keeps a reference of its own to the POA.
+  // Takes ownership of the list and duplicates the POA reference.
   RefCount_TwoParameter(ListPointer wholeList, PoaPointer iteratorPoa)
       : poa(PortableServer::POA::_duplicate(iteratorPoa)),
         remaining(wholeList->length()),
@@ -81,17 +82,18 @@ class RefCount_TwoParameter {
   }
 
   const PortableServer::POA_var poa;
-  CORBA::ULong index = 0;  // of the next record to deliver; guarded by the servant's mutex
-  CORBA::ULong remaining;  // what getLength answers; constant once the first batch is delivered
-  ListPointer list;        // the whole result, owned; constant
-  bool activated =
-      false;  // whether the agent's housekeeping knows the servant; constant once it does
+  CORBA::ULong index = 0;  // position of the next record to deliver; guarded by TAIterator::mutex_
+  CORBA::ULong remaining;  // the result of getLength; constant after the first batch
+  ListPointer list;        // the complete result, owned; constant
+  bool activated = false;  // registered with the agent; constant after createIterator
 };
 
-// The iterator servant. It lives as long as somebody holds a reference: the agent's housekeeping,
-// the POA, a request that is being executed.
+// The iterator servant.
 //
-// Thread-safety: operations from any ORB thread; concurrent batches never overlap.
+// Thread-safety: any ORB thread; concurrent batches never overlap.
+// Ownership: reference-counted. The agent's housekeeping, the POA and every running request have a
+// reference; the last release deletes the servant and its list.
+// Errors: CORBA system exceptions reach the client; any other exception ends the process.
 template <typename Trait>
 class TAIterator
     : public RefCount_TwoParameter<TAIterator<Trait>, typename Trait::List*, PortableServer::POA*>,
@@ -100,9 +102,10 @@ class TAIterator
       RefCount_TwoParameter<TAIterator<Trait>, typename Trait::List*, PortableServer::POA*>;
 
  public:
-  // At most how_many further records; false when nothing remains, which also deactivates the
-  // servant. A batch of 0 never ends the iteration. When the copy or the deactivation fails, the
-  // next call delivers the same records.
+  // Delivers the next how_many records, or fewer at the end. Returns whether records remain; the
+  // last batch deactivates the servant. how_many == 0 delivers an empty list and returns true.
+  // When the copy or the deactivation fails, the next call delivers the same records again. Throws
+  // OBJECT_NOT_EXIST after the last batch.
   CORBA::Boolean next_n(CORBA::ULong how_many, typename Trait::OutList records) override {
     return topo::atCorbaEdge([&]() -> CORBA::Boolean {
       auto batch = std::make_unique<typename Trait::List>();
@@ -115,11 +118,12 @@ class TAIterator
     });
   }
 
-  // The length of the list less the first batch, however much has been fetched since.
+  // The length of the list less the first batch. Later batches do not change the result.
   CORBA::ULong getLength() override {
     return topo::atCorbaEdge([&] { return this->remaining; });
   }
 
+  // Asks the agent to deactivate the servant, each time that it is called.
   void destroy() override {
     topo::atCorbaEdge([&] {
       if (this->activated) {
@@ -128,7 +132,7 @@ class TAIterator
     });
   }
 
-  // References made by _this live on the iterator POA.
+  // The POA on which _this() activates the servant.
   PortableServer::POA_ptr _default_POA() override {
     return PortableServer::POA::_duplicate(this->poa.in());
   }
@@ -140,9 +144,9 @@ class TAIterator
       : Base(wholeList, iteratorPoa) {}
   ~TAIterator() override = default;
 
-  // Copies the next batch; false when it was the last. The position changes after the copy, so that
-  // a failed copy leaves it alone. A request that arrives behind the last batch, before the servant
-  // is deactivated, is refused as it would be after the deactivation.
+  // Copies the next batch. Returns whether records remain. `index` changes after the copy, so a
+  // failed copy changes nothing. A request between the last batch and the end of the deactivation
+  // gets OBJECT_NOT_EXIST, as it does after the deactivation.
   bool fill(typename Trait::List& batch, CORBA::ULong how_many) {
     const std::lock_guard<std::mutex> lock(mutex_);
     if (finished_) {
@@ -158,7 +162,7 @@ class TAIterator
     return more;
   }
 
-  // REQUIRES: mutex_ is held.
+  // REQUIRES: mutex_ is locked.
   void copy(typename Trait::List& batch, CORBA::ULong count) {
     topo::setLength(batch, count);
     for (CORBA::ULong i = 0; i < count; ++i) {
@@ -166,7 +170,7 @@ class TAIterator
     }
   }
 
-  // Deactivates the servant after its last batch. A failure makes the batch available again.
+  // Deactivates the servant after the last batch. When that fails, the batch can be fetched again.
   void end() {
     try {
       destroy();
@@ -178,10 +182,11 @@ class TAIterator
   }
 
   std::mutex mutex_;
-  bool finished_ = false;  // the last batch was copied; guarded by mutex_
+  bool finished_ = false;  // the last batch has been copied; guarded by mutex_
 };
 
-// Names the instance of the template for one kind of record.
+// Names the iterator of one kind of record: skeleton, list type and out type of the list. A member
+// of Trait serves all threads and keeps no state.
 template <typename IteratorSkeleton, typename RecordList, typename RecordOutList>
 struct TAIT {
   struct Trait {
@@ -190,110 +195,103 @@ struct TAIT {
     using OutList = RecordOutList;
     using Servant = TAIterator<Trait>;
 
-    // Splits a complete result between the out list (at most how_many records) and an iterator, nil
-    // when nothing remains. Takes the list over. A null list gives neither. Raises what
-    // ThrowException makes of a failure code.
+    // Returns the first how_many records of a complete result in `records`, and the rest through an
+    // iterator, which stays nil when no record remains. Takes ownership of wholeList. A null list
+    // gives neither. Errors: throws the exception of a failure code (ThrowException), and passes
+    // CORBA system exceptions on.
     template <typename OutIterator>
     static void createIterator(List* wholeList, CORBA::ULong how_many, OutList records,
-                               OutIterator iterator);
+                               OutIterator iterator) {
+      std::unique_ptr<List> list(wholeList);
+      records = static_cast<List*>(nullptr);
+      if (!list) {
+        return;
+      }
+      if (how_many >= list->length()) {
+        records = list.release();
+        return;
+      }
+      const PortableServer::POA_var poa = TAIteratorHelper::getIteratorPoa();
+      if (CORBA::is_nil(poa)) {
+        topo::logText(result_iterator::kNoPoaSite, kLogError, result_iterator::kNoPoa);
+        list.reset();
+        ThrowException(ERR_TOPO_CONVERSION);
+        return;
+      }
+      Servant* servant = makeServant(std::move(list), poa.in());
+      if (servant != nullptr) {
+        startIterator(servant, poa.in(), how_many, records, iterator);
+      }
+    }
 
    private:
-    static Servant* makeServant(std::unique_ptr<List> list, PortableServer::POA_ptr poa);
-    static bool deliverFirst(Servant& servant, CORBA::ULong how_many, OutList records);
-    static void hand(PortableServer::ServantBase_var& owner, Servant& servant);
-    static void checkPoa(PortableServer::POA_ptr poa);
+    // Takes over the creation reference of the servant.
+    template <typename OutIterator>
+    static void startIterator(Servant* servant, PortableServer::POA_ptr poa, CORBA::ULong how_many,
+                              OutList records, OutIterator iterator) {
+      PortableServer::ServantBase_var owner = servant;
+      if (deliverFirst(*servant, how_many, records)) {
+        registerServant(owner, *servant);
+      } else {
+        // Unreachable: how_many is less than the length here, so records remain. Without this
+        // branch, a deliverFirst that disagreed would leave an iterator without records.
+        servant = nullptr;
+        owner = nullptr;
+      }
+      // After the registration, because clients and operators know this order: a POA that is
+      // refused leaves the servant registered and the first batch in `records`, and the agent's
+      // housekeeping ends the servant.
+      checkPoa(poa);
+      if (servant != nullptr) {
+        iterator = servant->_this();
+      }
+    }
+
+    // Returns null when memory is short, after ThrowException.
+    static Servant* makeServant(std::unique_ptr<List> list, PortableServer::POA_ptr poa) {
+      auto* servant = new (std::nothrow) Servant(list.get(), poa);
+      if (servant == nullptr) {
+        errno = ENOMEM;
+        topo::logText(result_iterator::kNoServantSite, kLogError, result_iterator::kNoServant);
+        list.reset();
+        ThrowException(ERR_TOPO_CONVERSION);
+        return nullptr;
+      }
+      static_cast<void>(list.release());
+      return servant;
+    }
+
+    // Fills the first batch. Returns whether records remain.
+    static bool deliverFirst(Servant& servant, CORBA::ULong how_many, OutList records) {
+      const bool more = servant.next_n(how_many, records);
+      servant.remaining -= how_many;
+      return more;
+    }
+
+    // Gives the creation reference to the agent's housekeeping, which may drop the reference at
+    // once. `owner` has a second reference, so the servant lives until createIterator returns.
+    static void registerServant(PortableServer::ServantBase_var& owner, Servant& servant) {
+      servant.activated = true;
+      servant._add_ref();
+      PortableServer::ServantBase_var handed = &servant;
+      const CORBA::ULong code = TAIteratorHelper::add_Iterator(&servant);
+      if (code != 0) {
+        handed = nullptr;
+        owner = nullptr;
+        ThrowException(code);
+      }
+      static_cast<void>(handed._retn());
+    }
+
+    static void checkPoa(PortableServer::POA_ptr poa) {
+      if (!orb::isOrbsOwnPoa(poa)) {
+        result_iterator::refuse(result_iterator::kForeignPoaSite, result_iterator::kForeignPoa);
+      } else if (orb::isCleanupInProgress(poa)) {
+        result_iterator::refuse(result_iterator::kCleanupSite, result_iterator::kCleanup);
+      }
+    }
   };
 };
-
-template <typename IteratorSkeleton, typename RecordList, typename RecordOutList>
-template <typename OutIterator>
-void TAIT<IteratorSkeleton, RecordList, RecordOutList>::Trait::createIterator(
-    List* wholeList, CORBA::ULong how_many, OutList records, OutIterator iterator) {
-  std::unique_ptr<List> list(wholeList);
-  records = static_cast<List*>(nullptr);
-  if (!list) {
-    return;
-  }
-  if (how_many >= list->length()) {
-    records = list.release();
-    return;
-  }
-  const PortableServer::POA_var poa = TAIteratorHelper::getIteratorPoa();
-  if (CORBA::is_nil(poa)) {
-    topo::logText(result_iterator::kNoPoaSite, kLogError, result_iterator::kNoPoa);
-    list.reset();
-    ThrowException(ERR_TOPO_CONVERSION);
-    return;
-  }
-  Servant* servant = makeServant(std::move(list), poa.in());
-  if (servant == nullptr) {
-    return;
-  }
-  PortableServer::ServantBase_var owner = servant;  // the creation reference
-  if (deliverFirst(*servant, how_many, records)) {
-    hand(owner, *servant);
-  } else {
-    servant = nullptr;
-    owner = nullptr;
-  }
-  checkPoa(poa.in());
-  if (servant != nullptr) {
-    iterator = servant->_this();
-  }
-}
-
-// Null, with the failure raised, when memory is short.
-template <typename IteratorSkeleton, typename RecordList, typename RecordOutList>
-auto TAIT<IteratorSkeleton, RecordList, RecordOutList>::Trait::makeServant(
-    std::unique_ptr<List> list, PortableServer::POA_ptr poa) -> Servant* {
-  auto* servant = new (std::nothrow) Servant(list.get(), poa);
-  if (servant == nullptr) {
-    errno = ENOMEM;
-    topo::logText(result_iterator::kNoServantSite, kLogError, result_iterator::kNoServant);
-    list.reset();
-    ThrowException(ERR_TOPO_CONVERSION);
-    return nullptr;
-  }
-  static_cast<void>(list.release());
-  return servant;
-}
-
-// Whether more remains than the first batch.
-template <typename IteratorSkeleton, typename RecordList, typename RecordOutList>
-bool TAIT<IteratorSkeleton, RecordList, RecordOutList>::Trait::deliverFirst(Servant& servant,
-                                                                            CORBA::ULong how_many,
-                                                                            OutList records) {
-  const bool more = servant.next_n(how_many, records);
-  servant.remaining -= how_many;
-  return more;
-}
-
-// Hands the creation reference to the agent's housekeeping, which may drop it at once. The owner's
-// keeps the servant for the rest of its creation.
-template <typename IteratorSkeleton, typename RecordList, typename RecordOutList>
-void TAIT<IteratorSkeleton, RecordList, RecordOutList>::Trait::hand(
-    PortableServer::ServantBase_var& owner, Servant& servant) {
-  servant.activated = true;
-  servant._add_ref();
-  PortableServer::ServantBase_var handed = &servant;
-  const CORBA::ULong code = TAIteratorHelper::add_Iterator(&servant);
-  if (code != 0) {
-    handed = nullptr;
-    owner = nullptr;
-    ThrowException(code);
-  }
-  static_cast<void>(handed._retn());
-}
-
-template <typename IteratorSkeleton, typename RecordList, typename RecordOutList>
-void TAIT<IteratorSkeleton, RecordList, RecordOutList>::Trait::checkPoa(
-    PortableServer::POA_ptr poa) {
-  if (!orb::isOrbsOwnPoa(poa)) {
-    result_iterator::refuse(result_iterator::kForeignPoaSite, result_iterator::kForeignPoa);
-  } else if (orb::isCleanupInProgress(poa)) {
-    result_iterator::refuse(result_iterator::kCleanupSite, result_iterator::kCleanup);
-  }
-}
 
 }  // namespace NS_CORBA
 
