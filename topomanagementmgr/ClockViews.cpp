@@ -1,4 +1,4 @@
-// Clock positions and clock links as TMF records.
+// Converts clock positions and clock links into TMF records.
 
 #include <cstdlib>
 
@@ -15,8 +15,8 @@ using NS_DOMAIN::ClockPositionInfo_T;
 using NS_DOMAIN::ClockTopoLinkInfo_T;
 using topologicalLink::TopologicalLink_T;
 
-// The TMF name of the object that a reference (text, "=", decimal number) means; an empty name when
-// there is no "=". One key serves a whole list; only its number is ever written.
+// The TMF name of the network element of a reference TEXT=NUMBER; an empty name without "=". The
+// key belongs to the whole list; this function writes its number only.
 globaldefs::NVSList_T nameOfReference(const std::string& reference, DomainObjectKey& key) {
   globaldefs::NVSList_T name;
   const std::size_t separator = reference.find('=');
@@ -47,7 +47,7 @@ globaldefs::NVSList_T nameOfLink(const std::string& linkId) {
   return name;
 }
 
-// A stored label replaces the default one completely.
+// The stored label of a link, or else a default label.
 std::string userLabelOf(const ClockTopoLinkInfo_T& clockLink) {
   NS_CORBA::ObjectLabelInfo info;
   topo::lookup<CorbaUtilInterface>()->GetObjectLabelInfo(info, clockLink.linkId,
@@ -55,7 +55,7 @@ std::string userLabelOf(const ClockTopoLinkInfo_T& clockLink) {
   return info.userLabel.empty() ? "Links:" + clockLink.nativeName : info.userLabel;
 }
 
-// The type stands before the first "/" of a link's native name.
+// The link type is the part of the native name before the first "/".
 globaldefs::NVSList_T linkTypeInfo(const std::string& nativeName) {
   const std::size_t separator = nativeName.find('/');
   globaldefs::NVSList_T info;
@@ -77,7 +77,7 @@ void fillLink(TopologicalLink_T& link, const ClockTopoLinkInfo_T& clockLink, Dom
   link.additionalInfo = linkTypeInfo(clockLink.nativeName);
 }
 
-// Makes one record of each item, in order.
+// Fills a record for each item, in order.
 template <typename List, typename Item, typename Fill>
 int buildList(List& list, const std::vector<Item>& items, const Fill& fill) {
   topo::setLength(list, static_cast<CORBA::ULong>(items.size()));

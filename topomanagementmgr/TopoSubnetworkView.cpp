@@ -1,5 +1,5 @@
-// The topo and the protect subnetwork view: which domain nodes they show, and what subnetworks
-// carry in test mode.
+// The topo subnetwork view and the protect subnetwork view: the query of the domain nodes, and the
+// additional information of subnetworks in test mode.
 
 #include "hash/SaltedHash.h"
 #include "platform/agent/AgentConfig.h"
@@ -22,20 +22,20 @@ using NS_DOMAIN::TopoNodeHolder;
 
 constexpr const char* kFile = "topomanagementmgr";
 
-// Both views log under the protect view's name, and operators' filters rely on it.
+// Both views log this text with the name of the protect view; operators filter for the text.
 constexpr const char* kViewFailed =
     "[TopoManagementMgr::getProtectSubnetworkViewInfo]: catch processException! errorCode = %d";
 constexpr const char* kBaseInfoFailed =
     "[TopoManagementMgr::getTopoSubnetworkViewBaseInfo]: catch processException! errorCode = %d";
 
 constexpr CORBA::ULong kSubnetworkNode = 1;      // Node_T::nodeType of a subnetwork
-constexpr std::int32_t kElementParameter = 100;  // both parameters of a network element's node
+constexpr std::int32_t kElementParameter = 100;  // nodeParam1 and nodeParam2 of an element node
 
 bool testSwitch() {
   return NS_CORBA::CorbaAgentConfig::Instance()->GetTestSwitch();
 }
 
-// Runs a domain query; a ProcessException is logged and its code is the result.
+// Runs a domain query. Logs a ProcessException and returns its code.
 template <typename Query>
 CORBA::ULong runQuery(const Query& query, std::int32_t line, const char* failureText) {
   try {
@@ -47,7 +47,7 @@ CORBA::ULong runQuery(const Query& query, std::int32_t line, const char* failure
   }
 }
 
-// The network elements that the topology itself does not show.
+// The indexes of the network elements that the topology does not show.
 std::vector<NEIndex> queryIndexesNotShown(DomainFacet* domain) {
   topo::Holder<std::vector<NEIndex>> all;
   topo::Holder<std::vector<NEIndex>> shown;
@@ -88,7 +88,7 @@ void collectNodes(TopoNodeHolder& nodes) {
   }
 }
 
-// As collectNodes, but the domain is asked for the index lists in test mode too.
+// As collectNodes, but queries the index lists in test mode too.
 void collectBaseNodes(TopoNodeHolder& nodes) {
   DomainFacet* domain = topo::GetCorbaDomain();
   domain->GetTopoData()->GetAllTopoNodes(&nodes);
@@ -100,7 +100,7 @@ void collectBaseNodes(TopoNodeHolder& nodes) {
 
 // --- Descriptive pairs of subnetwork nodes.
 
-// One for the loaded module, with no file behind it.
+// The module has no file of user labels, so every lookup returns "".
 topo::UserLabels<UserlabelMap<TopoNode_T>> userLabels("");
 
 std::string labelOf(const std::string& key) {
@@ -121,7 +121,7 @@ struct Placement {
   std::string topologyType;
 };
 
-// A domain node's first extended attribute reads LOCATION or LOCATION||CODE.
+// The first extended attribute of a domain node is LOCATION or LOCATION||TYPE.
 Placement placementOf(const TopoNode_T& domainNode) {
   if (domainNode.extendedAttributes.empty()) {
     return {};
@@ -139,7 +139,7 @@ void addAttributes(TopoManagementManager::Node_T& node, const Placement& placeme
   globaldefs::NVSList_T& info = node.additionalInfo;
   const CORBA::ULong n = info.length();
   topo::setLength(info, n + 6);
-  // A node without a name has no last value: index -1 is out of range.
+  // For a node without a name, the index wraps around and at() throws BAD_PARAM.
   const std::string keyBase = topo::at(node.name, node.name.length() - 1).value.in();
   topo::setPair(info, n, "userLabel", lookup(keyBase + "userLabel"));
   topo::setPair(info, n + 1, "Location", placement.location);

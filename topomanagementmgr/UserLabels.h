@@ -1,4 +1,4 @@
-// The user label map of the module, shared by the views that run at the same time.
+// The module's user label map, shared by the views that run at the same time.
 
 #ifndef TOPOMANAGEMENTMGR_USERLABELS_H
 #define TOPOMANAGEMENTMGR_USERLABELS_H
@@ -9,18 +9,17 @@
 
 namespace topo {
 
-// Map is a UserlabelMap. The first lookup makes the map, which lives as long as this object.
+// Guards a map (a UserlabelMap) with a mutex, and makes the map on the first lookup.
 //
-// Thread-safety: any thread. The creation of the map, and each reload together with its lookup, are
-// one step.
+// Thread-safety: any thread. The mutex is locked during the creation of the map, and during each
+// reload with its lookup. Ownership: owns the map, borrows the file name.
+// Errors: exceptions of the map pass.
 template <typename Map, typename Mutex = std::mutex>
 class UserLabels {
  public:
-  // The file name is borrowed.
   constexpr explicit UserLabels(const char* fileName) : fileName_(fileName) {}
 
-  // The value that the map has for a key after a reload, "" when there is none. Exceptions of the
-  // map pass.
+  // Reloads the map and returns the value of a key, "" for a missing key.
   std::string labelOf(const std::string& key) {
     std::string value;
     const std::lock_guard<Mutex> lock(mutex_);

@@ -1,13 +1,18 @@
-// A dictionary kept in a text file that people edit while the agent runs.
+// A map from keys to texts, read from a text file that operators edit while the agent runs.
 //
-// One entry a line: key, ";", value. Only the first ";" separates. A line that begins with ";" is
-// skipped; a line without ";" is key and value at once. Nothing is trimmed, a carriage return
-// included. Later lines win.
+// Each line is KEY;VALUE.
+//   - Only the first ";" separates.
+//   - A line that begins with ";" is ignored.
+//   - A line without ";" is key and value.
+//   - White space and carriage returns are part of key and value.
+//   - The last line of a key counts.
 //
-// The file is read again before every lookup. Entries are never forgotten: a key that leaves the
-// file keeps its last value for as long as the map lives.
+// Every lookup reads the file again. An entry is never removed: a key that disappears from the file
+// keeps its last value.
 //
-// Thread-safety: none; the caller serialises lookups.
+// Thread-safety: none; the caller serialises the lookups (UserLabels). Errors: a file that cannot
+// be read is not an error; the lookup then uses the entries of earlier reads. std::bad_alloc
+// passes.
 
 #ifndef TOPOMANAGEMENTMGR_USERLABELMAP_H
 #define TOPOMANAGEMENTMGR_USERLABELMAP_H
@@ -18,18 +23,18 @@
 #include <string>
 #include <utility>
 
-// Record is the kind of object that the labels are for; one map a kind.
+// Record: the type of the objects that the labels belong to. The data does not depend on it.
 template <typename Record>
 class UserlabelMap {
  public:
-  // With an empty file name nothing is ever read.
+  // With an empty file name, the map stays empty and no file is created.
   explicit UserlabelMap(std::string fileName) : fileName_(std::move(fileName)) {}
   virtual ~UserlabelMap() = default;
 
   UserlabelMap(const UserlabelMap&) = delete;
   UserlabelMap& operator=(const UserlabelMap&) = delete;
 
-  // Reloads, then assigns the value of a key. An absent key leaves value alone.
+  // Calls LoadFile, then assigns the value of a key. A missing key leaves `value` unchanged.
   void GetValue(std::string& value, const std::string& key) {
     LoadFile();
     const auto entry = entries_.find(key);
@@ -38,8 +43,8 @@ class UserlabelMap {
     }
   }
 
-  // Merges the file into the entries. A file that is missing is created empty; one that cannot be
-  // opened for writing is not read. Neither is an error.
+  // Merges the lines of the file into the entries. Creates a missing file. Does not read a file
+  // that cannot be opened for writing.
   void LoadFile() {
     std::fstream file(fileName_, std::ios::in | std::ios::out);
     if (!file.is_open()) {
@@ -50,10 +55,10 @@ class UserlabelMap {
   }
 
  protected:
-  // Merges the lines of a stream into the entries. A read failure ends the reading quietly; the
-  // lines before it are kept. Allocation failures pass.
+  // Merges the lines of a stream into the entries. A read failure ends the merge; the lines before
+  // the failure count.
   void Merge(std::istream& lines) {
-    // A stream keeps every exception of its buffer to itself unless it is told to pass it on.
+    // With badbit set here, the stream rethrows std::bad_alloc of its buffer.
     lines.exceptions(std::ios::badbit);
     try {
       std::string line;
@@ -61,7 +66,7 @@ class UserlabelMap {
         store(line);
       }
     } catch (const std::ios_base::failure&) {
-      // Whatever could not be read now is read at the next lookup.
+      // The next lookup reads the file again.
     }
   }
 

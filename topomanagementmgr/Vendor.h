@@ -1,4 +1,4 @@
-// The vendor pair that nodes carry in test mode.
+// The vendor pair of nodes in test mode.
 
 #ifndef TOPOMANAGEMENTMGR_VENDOR_H
 #define TOPOMANAGEMENTMGR_VENDOR_H

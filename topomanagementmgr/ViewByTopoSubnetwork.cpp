@@ -1,4 +1,4 @@
-// The view below one topo subnetwork.
+// The view of the nodes below a topo subnetwork.
 
 #include "topo/Holder.h"
 #include "topo/Lookup.h"
@@ -14,7 +14,7 @@ constexpr const char* kFile = "topomanagementmgr";
 constexpr const char* kNoIndex =
     "TopoManagementMgr::getViewInfoByTopoSubnetwork, Name2Index Error!!";
 
-// The domain id of a named subnetwork.
+// The domain id of a subnetwork. Throws ProcessException when the name has no id.
 std::string subnetworkIdOf(const globaldefs::NVSList_T& name) {
   std::string id;
   const CORBA::ULong code = topo::lookup<NS_CORBA::CorbaUtilInterface>()->Name2Index(id, name);
@@ -48,7 +48,7 @@ CORBA::ULong TopoManagementMgr::getViewInfoByTopoSubnetwork(
     TopoManagementManager::NodeList_T& nodes, const globaldefs::NVSList_T& topoSubnetworkName) {
   topo::Holder<std::vector<TopoNode_T>> all;
   topo::Holder<std::vector<TopoNode_T>> selected;
-  // A failed collection has been logged; the view goes on with what there is.
+  // getTopoSubnetworkViewBaseInfo has logged a failure; the view continues with the nodes so far.
   static_cast<void>(getTopoSubnetworkViewBaseInfo(*all.get()));
   selectBelow(subnetworkIdOf(topoSubnetworkName), *all, *selected);
   return convertDomainNodesToTmf(nodes, *selected);
