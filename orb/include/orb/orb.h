@@ -1,5 +1,5 @@
-// Everything in which ORBs differ, behind one interface. The rest of the source is written to the
-// OMG C++ mapping alone.
+// The interface to the ORB. Code outside of orb/ uses this interface and the OMG C++ mapping; the
+// differences between ORB products are hidden behind it.
 
 #ifndef ORB_ORB_H
 #define ORB_ORB_H
@@ -19,198 +19,219 @@ namespace orb {
 
 // 256 MiB, about a million nodes in one message at 250 bytes a node.
 constexpr std::size_t kDefaultMaxMessageBytes = std::size_t{256} * 1024 * 1024;
-constexpr std::size_t kMinMaxMessageBytes = 8192;        // the least that the ORB accepts
+constexpr std::size_t kMinMaxMessageBytes = 8192;        // the ORB's own minimum
 constexpr std::size_t kMaxMaxMessageBytes = 0x7fffffff;  // lengths in GIOP are 32-bit
 
 constexpr std::size_t kDefaultMaxRequestBytes = std::size_t{1024} * 1024;
 constexpr std::size_t kDefaultMaxConnections = 500;
 
+// Limits and timeouts of an ORB.
 struct Options {
   std::size_t maxMessageBytes = kDefaultMaxMessageBytes;  // largest GIOP message, both directions
   std::chrono::milliseconds callTimeout{10000};           // of every outgoing call; 0: none
-  // Of every request from its first byte to its last, fragments and pauses included, and of every
-  // reply; 0: none. Then the connection is closed, so that a client that stops in the middle of a
-  // message holds nothing longer than this.
+  // Limits the time from the first byte of a request to its last byte, fragments and pauses
+  // included, and the time of sending a reply; 0: no limit. After the timeout the connection is
+  // closed, so that a client that stops in the middle of a message does not occupy memory or
+  // threads.
   std::chrono::milliseconds serveTimeout{60000};
-  // Of the arguments and of the reply of a request that something waits for: the end of its object,
-  // of its POA (destroyPoa) or of the ORB. Then the connection of the request is shut down, unless
-  // the request runs in its servant.
+  // Limits the transfer of arguments and reply of a request while retire(), destroyPoa() or the end
+  // of the ORB waits for the request. After the grace period the connection of the request is shut
+  // down. A request that runs in its servant is not affected.
   std::chrono::milliseconds drainGrace{2000};
 
-  // What follows concerns startServer alone.
+  // The options below apply to startServer() only.
 
-  // Largest incoming request, header and fragments included. A larger one is refused before its
-  // arguments are decoded, with an exception for which isMessageTooLarge is true.
+  // Largest incoming request, header and fragments included. A larger request is rejected before
+  // its arguments are decoded, with an exception for which isMessageTooLarge() is true.
   std::size_t maxRequestBytes = kDefaultMaxRequestBytes;
-  // Operations whose requests may have maxMessageBytes instead.
+  // Operations whose requests are limited by maxMessageBytes instead of maxRequestBytes.
   std::vector<std::string> largeOperations;
-  // Incoming connections that may be open at once; further ones are closed as soon as they are
-  // accepted. REQUIRES: at least 1.
+  // Maximum number of open incoming connections. Further connections are closed immediately after
+  // they are accepted. REQUIRES: at least 1.
   std::size_t maxConnections = kDefaultMaxConnections;
-  // An incoming connection without a request for so long is closed. Rounded up to seconds.
+  // An incoming connection is closed after this time without a request. Rounded up to seconds.
   std::chrono::milliseconds idleTimeout{180000};
 };
 
 struct Endpoint {
-  std::string host;
-  std::uint16_t port = 0;  // 0: any free one
+  std::string host;        // a name or a numeric address
+  std::uint16_t port = 0;  // 0: the system chooses a free port
 };
 
-// "HOST:PORT", an IPv6 address in brackets.
+// Returns "HOST:PORT", with brackets around an IPv6 address.
 std::string format(const Endpoint& endpoint);
 
-// The endpoint cannot be listened on.
+// startServer() cannot listen at the endpoint. what() names the endpoint and the cause.
 class EndpointError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
 
-// Receives the ORB's own diagnostics, one line a call, from any thread. Of a flood of lines the
-// first ones come through, then the number of those that were left out.
+// Receives the ORB's diagnostics, one line per call, on any thread. The lines are rate-limited: a
+// flood is replaced by its first lines and the number of dropped lines.
 using LogFunction = std::function<void(const std::string&)>;
 
-// A started ORB, ended by the destructor. One at a time in a process. Texts are UTF-8 on both
-// sides.
+// A running ORB. The owner of the object ends the ORB by destroying the object.
+//
+// A process has at most one Orb at a time. Strings are UTF-8 in memory and on the wire.
+// Thread-safety: get() is safe on any thread; the destructor runs on one thread, outside of any
+// request, and waits for running requests.
 class Orb {
  public:
   virtual ~Orb() = default;
   Orb(const Orb&) = delete;
   Orb& operator=(const Orb&) = delete;
 
-  virtual CORBA::ORB_ptr get() = 0;  // borrowed
+  virtual CORBA::ORB_ptr get() = 0;  // borrowed, valid until the Orb is destroyed
 
  protected:
   Orb() = default;
 };
 
-// An ORB that only calls out.
+// Starts an ORB for outgoing calls only. Throws CORBA::SystemException.
 std::unique_ptr<Orb> startClient(const Options& options);
 
-// A request on its way to a servant.
+// A request before it is dispatched to its servant.
 struct Request {
-  std::string operation;  // as the client names it, "_is_a" and its like included
-  std::string peer;       // numeric address of the client, without port; "" from within the process
-  std::size_t bytes = 0;  // size of the message as its header declares it, of the first fragment
-                          // only when there are several; 0 from within the process
+  std::string operation;  // the name on the wire, implicit operations such as "_is_a" included
+  std::string peer;       // numeric address of the client, without port; "" for a local call
+  std::size_t bytes = 0;  // size of the message as declared in its header, or of its first
+                          // fragment; 0 for a local call
 };
 
-// Admits a request before its arguments are decoded, on the request's thread. May wait, and holds
-// up nobody but its connection then. May throw a CORBA system exception, which the client receives.
-// The token that it returns is destroyed when the reply was sent or could not be sent; a request
-// that ends with an exception destroys it before the exception is sent.
+// Admits a request before its arguments are decoded. Runs on the thread of the request.
+//
+// The guard may block: only the connection of the request waits then. The guard may throw a CORBA
+// system exception: the request is rejected with that exception. The returned token is destroyed
+// after the reply was sent or could not be sent, but before an exception is sent.
+// Thread-safety: the ORB calls the guard on several threads at the same time.
 using RequestGuard = std::function<std::shared_ptr<void>(const Request&)>;
 
-// Numeric address, without port, of the client whose request this thread serves; "" outside of a
-// servant's operation, and in one that is called from within the process.
+// Returns the numeric address, without port, of the client whose request the calling thread serves.
+// Returns "" outside of a servant's operation and during a call from this process.
 std::string currentPeer();
 
-// An object at a key of its own choosing: HOST:PORT and the key are all that its references hold,
-// so they stay valid over restarts on the same endpoint, and corbaloc::HOST:PORT/KEY reaches it.
-// Requests raise TRANSIENT while no servant is published. Objects do not wait for each other.
+// An object with a fixed object key, addressable as corbaloc::HOST:PORT/KEY.
 //
-// Thread-safety: publish and retire from one thread at a time, never from within a request to the
-// object itself.
+// References contain only HOST:PORT and the key, so they stay valid after a restart at the same
+// endpoint. While no servant is published, requests fail with TRANSIENT. Several objects work
+// independently: retire() of one object does not wait for requests to another object.
+//
+// Ownership: the caller owns the object, which may outlive the Server after retire(); the
+// destructor calls retire(). Thread-safety: publish() and retire() are called by one thread at a
+// time, and not within a request to the object itself.
 class WellKnownObject {
  public:
   virtual ~WellKnownObject() = default;
   WellKnownObject(const WellKnownObject&) = delete;
   WellKnownObject& operator=(const WellKnownObject&) = delete;
 
-  // Serves the servant, whose references stay the caller's, behind the guard if there is one; a new
-  // reference to the object for the caller. REQUIRES: nothing is published at present.
+  // Dispatches requests to the servant, after the guard if there is one. Adds a reference to the
+  // servant until retire(). Returns a new object reference, owned by the caller.
+  // REQUIRES: no servant is published.
   virtual CORBA::Object_ptr publish(PortableServer::ServantBase* servant,
                                     RequestGuard guard = nullptr) = 0;
 
-  // Refuses new requests and those that the guard has not admitted yet (the client sees TRANSIENT),
-  // waits until the running ones have ended and no guard runs, and forgets servant and guard.
-  // Clients that do not read or send are waited for no longer than Options::drainGrace. Does
-  // nothing when nothing is published.
+  // Rejects new requests, and requests that the guard has not admitted yet, with TRANSIENT. Waits
+  // until no request and no guard runs, then releases servant and guard. A client that does not
+  // read or send delays retire() by at most Options::drainGrace. Without a published servant
+  // retire() has no effect.
   virtual void retire() = 0;
 
  protected:
   WellKnownObject() = default;
 };
 
-// The object at another key of the server that a reference points to, for the caller; nothing is
-// called. Throws BAD_PARAM for a reference without an address.
+// Returns the object at another key of the server of `reference`; the caller owns the result. No
+// remote call. Throws CORBA::BAD_PARAM for a reference without an address.
 CORBA::Object_ptr objectBeside(CORBA::ORB_ptr orb, CORBA::Object_ptr reference,
                                const std::string& key);
 
-// Where a reference points to: "HOST:PORT", "" when it does not tell. For messages.
+// Returns "HOST:PORT" of the reference for messages; "" for nil and for a reference without an
+// address.
 std::string addressOf(CORBA::Object_ptr reference);
 
-// How many bytes the value takes in a message, its type included. Nothing is copied where the ORB
-// can count without copying. Thread-safety: any thread. Throws a CORBA system exception when the
-// value cannot be encoded.
+// Returns the encoded size of the value in a message, its type code included. The value is not
+// copied if the ORB can count without copying. Thread-safety: any thread. Throws
+// CORBA::SystemException when the value cannot be encoded.
 std::size_t encodedBytes(const CORBA::Any& value);
 
-// How long a call through this reference may take from here on, connecting included, instead of
-// Options::callTimeout. References to the same object that came from elsewhere keep theirs. A call
-// that takes longer raises TIMEOUT or TRANSIENT.
+// Sets the timeout of later calls through this reference, connecting included; replaces
+// Options::callTimeout. Other references to the same object keep their timeouts. A call that
+// exceeds the timeout fails with an exception for which isTimeout() is true. REQUIRES: not nil, and
+// no call through the reference is running.
 void setCallTimeout(CORBA::Object_ptr reference, std::chrono::milliseconds timeout);
 
-// What tells one object of a server from another in a request; opaque bytes.
+// The bytes in a request that identify the target object within its server; opaque.
 using ObjectKey = std::string;
 
-// Is told the target of every request that arrives from outside, before it is dispatched, on the
-// request's thread. Must not throw, and is quick.
+// Called with the target of every request from another process, before the request is dispatched,
+// on the thread of the request and on several threads at the same time. Must not throw or block.
 using RequestObserver = std::function<void(const ObjectKey&)>;
 
-// An ORB that also serves.
+// An ORB that also serves objects at an endpoint.
+//
+// Ownership: ORB and POA are borrowed until the Server is destroyed. Thread-safety: any thread,
+// except that observeRequests() is called by one thread at a time.
 class Server : public Orb {
  public:
-  // One observer at a time; null ends the observation and returns when no call of it is running.
+  // Installs an observer in place of the present one; null removes the observer. Returns when no
+  // call of the former observer is running.
   virtual void observeRequests(RequestObserver observer) = 0;
 
   virtual PortableServer::POA_ptr rootPoa() = 0;  // borrowed
 
-  // The endpoint that references of this server carry: the port is the one that was found for port
-  // 0.
+  // The endpoint in references of this server; for port 0 the port that the system chose.
   virtual Endpoint endpoint() = 0;
 
+  // REQUIRES: no other WellKnownObject has the key.
   virtual std::unique_ptr<WellKnownObject> wellKnownObject(const std::string& key) = 0;
 };
 
-// Starts to listen at the endpoint; requests are served as POA managers are activated. The log also
-// receives a line when connections or requests begin to be refused for the limits of the options,
-// and a line with their number when that is over. Throws EndpointError.
+// Listens at the endpoint. Requests to a POA are served after its POA manager was activated.
+//
+// The log function may be null. When connections or requests are rejected because of a limit in the
+// options, the log receives a line at the first rejection and a line with the number of rejections
+// when they have ended. Throws EndpointError.
 std::unique_ptr<Server> startServer(const Options& options, const Endpoint& endpoint,
                                     const LogFunction& log);
 
-// The key that requests to a reference of this process carry.
+// Returns the object key in requests to the reference. REQUIRES: an object of this process.
 ObjectKey objectKeyOf(CORBA::Object_ptr reference);
 
-// Refuses new requests to the objects of a POA (the client sees TRANSIENT), waits until the running
-// ones have ended, and destroys the POA. Clients that do not read or send are waited for no longer
-// than Options::drainGrace. REQUIRES: the POA has a POA manager of its own, and the thread serves
-// no request. Throws OBJECT_NOT_EXIST when the POA is gone.
+// Rejects new requests to the objects of a POA with TRANSIENT, waits for the running requests, and
+// destroys the POA. A client that does not read or send delays destroyPoa() by at most
+// Options::drainGrace. REQUIRES: no other POA uses the POA's manager; the calling thread serves no
+// request. Throws CORBA::OBJECT_NOT_EXIST for a destroyed POA.
 void destroyPoa(PortableServer::POA_ptr poa);
 
-// Whether a POA is the ORB's own implementation, not some stand-in.
+// Whether the ORB implements the POA; false for a test double.
 bool isOrbsOwnPoa(PortableServer::POA_ptr poa);
 
 // Whether the destruction of a POA has begun or is complete. REQUIRES: isOrbsOwnPoa.
 bool isCleanupInProgress(PortableServer::POA_ptr poa);
 
-// "TRANSIENT (connection refused)": the exception's name and what the ORB knows about its cause.
+// Returns the name of the exception and the ORB's text for the cause, such as
+// "TRANSIENT (connection refused)".
 std::string describe(const CORBA::SystemException& failure);
 
-// Whether a call failed because a message was over the size limit of this process or of the peer.
+// The functions below classify the exception of a failed call. Thread-safety: any thread.
+
+// A message was over the size limit of this process or of the peer.
 bool isMessageTooLarge(const CORBA::SystemException& failure);
 
-// Whether the connection ended within the answer: so a peer whose answer is over its own size limit
-// ends one that it has begun to send, and so it ends when the peer dies. Not unreachable.
+// The connection ended in the middle of the reply: the peer has died, or a partially sent reply
+// exceeded the peer's own size limit. isUnreachable() is false then.
 bool isBrokenOff(const CORBA::SystemException& failure);
 
-// Whether a call took longer than it may.
+// The call exceeded its timeout.
 bool isTimeout(const CORBA::SystemException& failure);
 
-// Whether a call failed because its connection had ended: a new one may do. Whether the call was
-// carried out is not known.
+// The connection of the call had ended, so a retry on a new connection may succeed. Whether the
+// servant has executed the call is unknown.
 bool isConnectionClosed(const CORBA::SystemException& failure);
 
-// Whether a call failed because nobody answers at the reference: no connection, none in time, or no
-// such object there.
+// No object answers at the reference: no connection, no reply in time, or no such object.
 bool isUnreachable(const CORBA::SystemException& failure);
 
 }  // namespace orb

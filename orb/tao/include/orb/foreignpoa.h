@@ -1,4 +1,4 @@
-// What a POA that is not the ORB's own must do for this ORB. For tests.
+// A base of POAs that the ORB does not implement. For tests.
 
 #ifndef ORB_FOREIGNPOA_H
 #define ORB_FOREIGNPOA_H
@@ -12,11 +12,12 @@
 
 namespace orb {
 
-// Counts the references to it, makes no policies, and leaves the other operations of a POA to the
-// subclass. The owner keeps it until every reference is gone.
+// Counts its references and creates no policies; a subclass implements the other operations of a
+// POA. The owner destroys the object after the last reference was released. Thread-safety: any
+// thread.
 class ForeignPoa : public PortableServer::POA, public CORBA::LocalObject {
  public:
-  // Taken with _duplicate and not yet released.
+  // The number of references that were duplicated and not released.
   int references() const { return references_; }
 
   void _add_ref() override { ++references_; }

@@ -1,18 +1,21 @@
-// Where ORBs differ in a way that shows, beyond what orb.h hides.
+// Differences between ORBs that orb.h does not hide.
 
 #ifndef ORB_TRAITS_H
 #define ORB_TRAITS_H
 
 namespace orb {
 
-// Whether the size limit counts every octet of every message. Requests that a server receives are
-// counted exactly. A reply that arrives is measured by the buffer that it needs, which grows by
-// doubling up to 64 KiB and by 64 KiB above that. A text or octets at the very end of a message
-// that leaves are measured alone, without the message before them.
+// Whether the size limit applies to the exact number of octets of a message. On this ORB:
+// - A request that a server receives is measured exactly.
+// - A received reply is measured by the size of its buffer, which grows by doubling up to 64 KiB
+// and
+//   by 64 KiB above.
+// - A string or sequence of octets at the end of a sent message is measured alone, without the
+//   message before it.
 constexpr bool kExactMessageLimit = false;
 
-// Whether a client is told that the answer is over the size limit of the server. If not, the
-// connection ends in the middle of it.
+// Whether a client receives an exception when the reply is over the size limit of the server. If
+// not, the connection ends in the middle of the reply.
 constexpr bool kRefusesLargeAnswers = true;
 
 }  // namespace orb
