@@ -1,6 +1,6 @@
 # ACE, the adaptive communication environment. Defines the target ACE::ACE.
 #
-# With TAO_ROOT set it is the one that came with that TAO, whatever else the machine has.
+# With TAO_ROOT set, the target is the ACE of that TAO; every other ACE on the machine is ignored.
 
 if(TOPO_ORB STREQUAL "tao")
   set(_ace_search HINTS ${TOPO_TAO_ROOTS} NO_DEFAULT_PATH)

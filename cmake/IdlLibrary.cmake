@@ -1,7 +1,7 @@
 # idl_library(NAME IDL...): one shared library of the generated stubs and skeletons of IDL files.
 #
-# Shared because generated code registers itself with the ORB: it must be there once in the process
-# and stay when a module that uses it is unloaded. Generated code is not ours to warn about.
+# The library is shared because generated code registers itself with the ORB: the process must load the code once and
+# must not unload it together with a module. Generated code is compiled without our warnings.
 function(idl_library target)
   set(out "${CMAKE_CURRENT_BINARY_DIR}/generated")
   file(MAKE_DIRECTORY "${out}")

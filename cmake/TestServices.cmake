@@ -1,8 +1,8 @@
-# Programs of the machine that tests start.
+# Programs outside of this project that tests start.
 #   TOPO_NAMING_SERVICE          a CORBA naming service
 #   TOPO_EVENT_SERVICE           a CORBA event service, its object at TOPO_EVENT_SERVICE_KEY
-#   TOPO_EVENT_CHANNEL_FACTORY   what makes a channel in it
-#   TOPO_NOTIFY_SERVICE          TAO's notification service, where there is one
+#   TOPO_EVENT_CHANNEL_FACTORY   the program that creates a channel in the event service
+#   TOPO_NOTIFY_SERVICE          TAO's notification service; not found on machines without it
 
 find_program(TOPO_NAMING_SERVICE omniNames REQUIRED)
 find_program(TOPO_EVENT_SERVICE omniEvents REQUIRED PATHS /usr/sbin)

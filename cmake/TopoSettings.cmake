@@ -1,4 +1,4 @@
-# Settings that hold for every target of the project.
+# Settings of every target of the project.
 
 set(TOPO_ORB "omniorb" CACHE STRING "The ORB to build on")
 set_property(CACHE TOPO_ORB PROPERTY STRINGS omniorb tao)
@@ -7,7 +7,7 @@ if(TOPO_ORB STREQUAL "tao")
   if(NOT TAO_ROOT)
     message(FATAL_ERROR "TAO_ROOT is not set: say where TAO is with -DTAO_ROOT=DIR")
   endif()
-  # In a source tree ACE is beside TAO; below a prefix all is in one place.
+  # A source tree has ACE in the parent folder of TAO; a prefix has both in the same folders.
   set(TOPO_TAO_ROOTS "${TAO_ROOT}")
   if(EXISTS "${TAO_ROOT}/tao/corba.h")
     list(APPEND TOPO_TAO_ROOTS "${TAO_ROOT}/..")
@@ -24,7 +24,7 @@ set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/lib")
 set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/lib")
 
-# Programs find the project's libraries beside them, wherever the build folder is moved.
+# Programs find the project's libraries by a relative path, so the build folder can be moved.
 set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
 set(CMAKE_INSTALL_RPATH "$ORIGIN/../lib")
 

@@ -1,7 +1,7 @@
-# One call a folder: targets of our own code, with warnings as errors.
+# Functions for the target of a folder. Our own code is compiled with warnings as errors.
 
-# topo_own_code(TARGET): our own code, as opposed to what a generator wrote. Its includes begin at the root of the
-# repository; scripts/check_tree.py says which folders a folder may include.
+# topo_own_code(TARGET): marks a target as our own code, as opposed to generated code. Include paths begin at the root
+# of the repository; scripts/check_tree.py checks which folders a folder may include.
 function(topo_own_code target)
   target_include_directories(${target} PRIVATE "${PROJECT_SOURCE_DIR}")
   target_compile_options(${target} PRIVATE
@@ -18,8 +18,8 @@ function(topo_library target)
   topo_own_code(${target})
 endfunction()
 
-# topo_module_library(NAME SOURCES...): the same for code that becomes part of the module: nothing of it
-# is visible outside, and nothing of it keeps the module from being unmapped (GNU unique symbols do).
+# topo_module_library(NAME SOURCES...): a static library of the module: its symbols
+# are hidden, and it has no GNU unique symbols, which would prevent the unmapping of the module.
 function(topo_module_library target)
   topo_library(${target} ${ARGN})
   topo_hidden(${target})

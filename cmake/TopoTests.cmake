@@ -1,7 +1,7 @@
 # topo_tests(TARGET [TIMEOUT SECONDS] [LABELS LABEL...]): the tests of a GoogleTest executable, one ctest test each.
 #
-# The one place that decides how tests are found and how long one may take: a test that hangs fails.
-# The default time-out leaves room for sanitizers on a busy machine.
+# All tests are registered here, so every test has a timeout and a hanging test fails. The default timeout
+# allows for sanitizers on a busy machine.
 set(TOPO_TEST_TIMEOUT 300)
 
 function(topo_tests target)
@@ -19,7 +19,7 @@ function(topo_tests target)
     PROPERTIES TIMEOUT ${arg_TIMEOUT} ${labels})
 endfunction()
 
-# topo_unit_test(TARGET SOURCES... [LIBRARIES LIBRARY...]): a GoogleTest executable and each of its tests.
+# topo_unit_test(TARGET SOURCES... [LIBRARIES LIBRARY...]): a GoogleTest executable with topo_tests.
 function(topo_unit_test target)
   cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "LIBRARIES")
   add_executable(${target} ${arg_UNPARSED_ARGUMENTS})

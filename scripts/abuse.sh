@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # abuse.sh [--bin DIR] [NAME...]: attacks the real agent as a hostile or stalled client would.
 #
-# One line an attack with what it cost; status 1 when the agent crashed, stalled, or took more memory or
-# time than the attack is worth. NAME selects attacks by a part of their names. Takes a few minutes.
+# Prints one line for each attack with its cost. Ends with status 1 when the agent crashed, stalled, or used memory or
+# time out of proportion to the attack. NAME selects attacks by a part of their names. Takes a few minutes.
 set -euo pipefail
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."

@@ -15,7 +15,7 @@ fi
 python3 scripts/check_tree.py
 python3 scripts/check_behaviour.py
 
-# clang-tidy on what is compiled as our own code; a reason stands beside each disabled check.
+# clang-tidy on our own code; .clang-tidy gives a reason for each disabled check.
 cmake --preset dev >/dev/null
 cmake --build --preset dev --target topo_idl topo_agent_idl >/dev/null
 python3 scripts/tidy.py build/dev

@@ -1,8 +1,7 @@
 #!/usr/bin/env python3
-"""Checks that every test which docs/behaviour.md names exists.
+"""Checks that every test named in docs/behaviour.md exists.
 
-A row of a table there ends with the tests that hold the behaviour, each as `Suite.Name`. Typed tests
-are named without the type.
+The last cell of each table row names the tests of the behaviour as `Suite.Name`. The name of a typed test has no type.
 """
 
 import pathlib

@@ -1,8 +1,9 @@
 #!/usr/bin/env python3
-"""Checks what the compiler does not: who may include whom, ORB names, unsalted hash tables, line ends,
-time-outs of tests, names of test suites.
+"""Checks rules that the compiler does not check: include arrows, ORB names, unsalted hash tables, line ends,
+timeouts of tests, names of test suites.
 
-The arrows are those of docs/architecture.md: a folder may include itself and what is listed for it.
+docs/architecture.md draws the arrows: a folder may include its own headers and those of the folders in its row of
+ALLOWED.
 """
 
 import pathlib
@@ -161,14 +162,14 @@ def line_end_problems(name, text):
 
 
 def test_problems(name, text):
-    """topo_tests gives every test a time-out; GoogleTest's own function and add_test do not."""
+    """topo_tests gives every test a timeout; gtest_discover_tests and add_test do not."""
     if not name.endswith("CMakeLists.txt"):
         return
     if "gtest_discover_tests(" in text:
-        yield f"{name}: finds its tests without topo_tests"
+        yield f"{name}: registers tests without topo_tests"
     for test in ADDED_TEST.findall(text):
         if not re.search(rf"set_tests_properties\({re.escape(test)}\s[^)]*\bTIMEOUT\b", text):
-            yield f"{name}: the test {test} has no time-out"
+            yield f"{name}: the test {test} has no timeout"
 
 
 def suite_problems(names):

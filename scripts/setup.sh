@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Installs the Debian packages that are missing. Says nothing and takes no time when none is.
+# Installs missing Debian packages. Prints nothing and returns at once when no package is missing.
 set -euo pipefail
 
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
@@ -9,7 +9,7 @@ while read -r package; do
   case "$package" in
     "" | "#"*) continue ;;
   esac
-  # A query about an unknown package fails; that it is unknown is the answer.
+  # The query fails for an unknown package, which counts as missing.
   status=$(dpkg-query -W -f='${db:Status-Status}' "$package" 2>/dev/null || true)
   [ "$status" = installed ] || missing+=("$package")
 done <"$here/packages.txt"

@@ -1,10 +1,9 @@
 #!/usr/bin/env python3
-"""tidy.py BUILD: clang-tidy on every source file that ships and that the build compiles, in parallel.
+"""tidy.py BUILD: runs clang-tidy in parallel on every compiled source file of agent, client and module.
 
-Tests and benchmarks are left out: the macros of their frameworks take most of an hour and say little.
+Tests and benchmarks are excluded: the macros of their frameworks take most of an hour and give few findings.
 
-A file that passed is remembered by the content of everything it was checked with, so that a second
-run takes seconds.
+A passed file is cached by a digest of the file, all headers and all settings, so a second run takes seconds.
 """
 
 import concurrent.futures
@@ -19,7 +18,7 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent
 
 
 def commands_for_clang(build, folder):
-    """The build's compile commands without what clang does not know; returns them, and writes them."""
+    """Removes options that clang does not know from the build's compile commands; writes and returns the commands."""
     commands = json.loads((build / "compile_commands.json").read_text())
     for command in commands:
         command["command"] = command["command"].replace(" -fno-gnu-unique", "")
@@ -35,7 +34,7 @@ def our_sources(build, commands):
 
 
 def context_digest():
-    """Of all headers and settings: a change in any of them checks every file again."""
+    """Digest of all headers and settings: after a change in one of them every file is checked again."""
     digest = hashlib.sha256()
     for pattern in ("*.h", "*.idl", "CMakeLists.txt", "*.cmake"):
         for path in sorted(ROOT.rglob(pattern)):

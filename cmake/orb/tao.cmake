@@ -1,9 +1,9 @@
-# TAO 2.x or 3.x with the ACE that came with it. See FindOrb.cmake and docs/building-on-tao.md.
+# TAO 2.x or 3.x with the ACE of the same release. See FindOrb.cmake and docs/building-on-tao.md.
 #
-# TAO_ROOT is the folder TAO of a built source tree (ACE_wrappers/TAO), or the prefix under which both
-# are installed.
+# TAO_ROOT is the folder TAO of a built source tree (ACE_wrappers/TAO), or the prefix of an
+# installed TAO and ACE.
 
-# Nothing of another ACE or TAO on the machine may get in between.
+# The search is limited to TAO_ROOT, so another ACE or TAO on the machine is never found.
 set(_orb_search HINTS ${TOPO_TAO_ROOTS} NO_DEFAULT_PATH)
 
 find_path(TAO_INCLUDE_DIR tao/corba.h ${_orb_search} PATH_SUFFIXES include)
@@ -14,7 +14,7 @@ find_program(TAO_GPERF ace_gperf ${_orb_search} PATH_SUFFIXES bin)
 find_path(ORB_SERVICES_IDL CosNotifyComm.idl HINTS "${TAO_SERVICES_INCLUDE_DIR}/orbsvcs"
   NO_DEFAULT_PATH)
 
-# In the order in which they need each other.
+# Each library precedes the libraries that it depends on.
 set(_orb_libraries
   TAO_CosNaming_Skel TAO_CosNaming TAO_PortableServer TAO_PI TAO_CodecFactory TAO_Codeset
   TAO_AnyTypeCode TAO)
@@ -40,8 +40,8 @@ if(Orb_FOUND AND NOT TARGET Orb::Orb)
   target_link_libraries(Orb::Orb INTERFACE ACE::ACE Threads::Threads)
   # Inline operators of old versions compare references with null.
   target_compile_options(Orb::Orb INTERFACE -fno-delete-null-pointer-checks)
-  # Libraries that these need in turn are beside them. Only DT_RPATH is searched for those too: a
-  # DT_RUNPATH, the linker's default, is for the libraries alone that a file needs itself.
+  # TAO's libraries depend on libraries in the same folder. The dynamic linker searches a DT_RPATH for indirect
+  # dependencies too, but a DT_RUNPATH (the linker's default) for direct dependencies only.
   target_link_options(Orb::Orb INTERFACE
     "LINKER:-rpath-link,${_orb_library_dir}" LINKER:--disable-new-dtags)
 
@@ -59,7 +59,7 @@ function(orb_generated name out variable)
   set(${variable} "${out}/${name}C.cpp" "${out}/${name}S.cpp" PARENT_SCOPE)
 endfunction()
 
-# The compiler's libraries need not be on the system's path. Without gperf it makes slower tables.
+# The IDL compiler's libraries may be outside of the system's path. Without gperf the compiler generates slower tables.
 function(orb_idl_command idl out variable)
   get_filename_component(libraries "${TAO_LIBRARY}" DIRECTORY)
   set(gperf)

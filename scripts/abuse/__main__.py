@@ -1,6 +1,6 @@
-"""abuse BIN [NAME...]: plays attacks against the agent in the folder BIN, one line each.
+"""abuse BIN [NAME...]: runs attacks against the agent in the folder BIN and prints one line for each.
 
-Ends with status 1 when the agent did not withstand one of them. NAME selects attacks by a part of
+Ends with status 1 when the agent did not withstand an attack. NAME selects attacks by a part of
 their names.
 """
 
@@ -14,13 +14,13 @@ from attacks import ATTACKS, IN_THE_BACKGROUND
 
 
 def play(name, attack, programs):
-    """Whether the agent withstood the attack; prints the line."""
+    """Runs one attack and prints its line; returns whether the agent withstood the attack."""
     begin = time.monotonic()
     try:
         verdict, text = "withstood", attack(programs)
     except Failure as failure:
         verdict, text = "FAILED", str(failure)
-    except Exception as error:  # an attack that breaks says nothing good about the agent
+    except Exception as error:  # an attack that fails by itself counts as a failure of the agent
         verdict, text = "FAILED", f"{type(error).__name__}: {error}"
     line = " ".join(text.split())
     print(f"{verdict:9}  {name:22}  {time.monotonic() - begin:5.1f} s  {line}", flush=True)

@@ -16,7 +16,7 @@ STOP_SECONDS = 10
 
 
 class Failure(Exception):
-    """The agent did not withstand an attack. The text says how."""
+    """The agent did not withstand an attack. The text is the reason."""
 
 
 def require(condition, text):
@@ -89,7 +89,7 @@ class Agent:
         shutil.rmtree(self.folder, ignore_errors=True)
 
     def stop(self, seconds=STOP_SECONDS):
-        """SIGTERM; the agent must end with status 0 within the seconds."""
+        """Sends SIGTERM; the agent must end with status 0 within this number of seconds."""
         begin = time.monotonic()
         self.process.send_signal(signal.SIGTERM)
         try:
@@ -111,7 +111,7 @@ class Agent:
         return len(self.log.data)
 
     def topoctl(self, *words, seconds=20):
-        """Runs topoctl against the agent; its status and output."""
+        """Runs topoctl against the agent; returns exit status and output."""
         result = subprocess.run(
             [self.programs / "topoctl", "--ior-file", self.ior_file, "--timeout", str(seconds),
              *map(str, words)],
@@ -119,7 +119,7 @@ class Agent:
         return result.returncode, result.stdout.decode() + result.stderr.decode()
 
     def require_serving(self, seconds=20):
-        """A well-behaved client gets its view; how long that took."""
+        """Requires that a well-behaved client gets its view; returns the duration."""
         self.require_alive()
         begin = time.monotonic()
         status, output = self.topoctl("--how-many", 5, "capabilities", seconds=seconds)

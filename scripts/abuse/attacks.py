@@ -21,7 +21,7 @@ MIB = 1 << 20
 
 RELOAD_SECONDS = 5
 
-# What an incomplete message may keep its connection for, and what the check adds for a busy machine.
+# The timeout of an incomplete message, and the tolerance of the check on a busy machine.
 MESSAGE_SECONDS = 60
 SCAN_SECONDS = 15
 
@@ -58,7 +58,7 @@ def is_closed(connection):
 
 
 def ask_in_a_loop(address, until):
-    """One connection that asks again and again whether the manager exists."""
+    """One connection that calls _non_existent of the manager in a loop."""
     with contextlib.suppress(OSError):
         with giop.connect(address, 5) as connection:
             while not until.is_set():
@@ -161,7 +161,7 @@ def idle_connections(programs):
 
 
 def wait_until_served(agent, seconds=20):
-    """After a flood of connections has ended, its places come free within the seconds."""
+    """After a flood of connections has ended, the agent accepts connections within this number of seconds."""
     deadline = time.monotonic() + seconds
     while True:
         try:
@@ -173,7 +173,7 @@ def wait_until_served(agent, seconds=20):
 
 
 def few_descriptors(programs):
-    """300 connections where the agent may have 128 descriptors."""
+    """300 connections with a limit of 128 descriptors."""
     limits = {resource.RLIMIT_NOFILE: 128}
     with Agent(programs, limits=limits) as agent, contextlib.ExitStack() as open_ones:
         connections = []
@@ -197,7 +197,7 @@ def few_descriptors(programs):
 
 
 def stop_during_start(programs):
-    """SIGTERM while a naming service does not answer; SIGHUP; a standard error that is full."""
+    """SIGTERM while a naming service does not answer; SIGHUP; a full pipe as standard error."""
     with socket.create_server(("127.0.0.1", 0)) as silent:
         naming = f"corbaloc::127.0.0.1:{silent.getsockname()[1]}/NameService"
         with Agent(programs, options=["--naming", naming], wait=False) as agent:
@@ -261,7 +261,7 @@ def huge_sequence_length(programs):
 
 
 def many_service_contexts(programs):
-    """A request as large as an import may be, which is full of service contexts."""
+    """A request of the size of an import, full of service contexts."""
     count = 4 * MIB
 
     def contexts(encoder):
@@ -280,7 +280,7 @@ def many_service_contexts(programs):
 
 
 def iterators(programs):
-    """1,000 iterators on a large view, over as many connections as it takes."""
+    """1,000 iterators on a large view, over as many connections as necessary."""
     with Agent(programs, network=small_network(100000)) as agent:
         before = agent.resident_mib()
         view = giop.request(MANAGER, TOPO_VIEW, how_many(1))
@@ -298,7 +298,7 @@ def iterators(programs):
 
 
 def pipelined_views(programs):
-    """100 views asked for at once, whose replies nobody reads."""
+    """100 concurrent requests for a view; the clients do not read the replies."""
     with Agent(programs, network=small_network(20000)) as agent, contextlib.ExitStack() as open_ones:
         before = agent.resident_mib()
         view = giop.request(MANAGER, TOPO_VIEW, how_many(0xFFFFFFFF))
@@ -314,7 +314,7 @@ def pipelined_views(programs):
 
 
 def additional_information(programs):
-    """100 requests of a few octets whose replies, which nobody reads, have 15 MB each."""
+    """100 requests of a few octets with replies of 15 MB; the clients do not read the replies."""
     def pairs(*texts):
         def write(encoder):
             encoder.ulong(2)
@@ -343,7 +343,7 @@ def additional_information(programs):
 
 
 def queued_notifications(programs):
-    """An event channel that is away while names of nearly 1 MiB change."""
+    """An event channel that does not answer while names of nearly 1 MiB change."""
     channel = f"corbaloc:iiop:1.2@127.0.0.1:{closed_port()}/Channel"
     with Agent(programs, options=["--event-channel", channel]) as agent:
         before = agent.resident_mib()
@@ -379,7 +379,7 @@ def long_references(programs):
 
 
 def views_without_memory(programs):
-    """40 views of 20,000 nodes where the process may have 400 MB of addresses."""
+    """40 views of 20,000 nodes with an address space of 400 MB."""
     limits = {resource.RLIMIT_AS: 400000 * 1024}
     view = giop.request(MANAGER, TOPO_VIEW, how_many(0xFFFFFFFF))
 
@@ -402,7 +402,7 @@ def views_without_memory(programs):
 
 
 def log_of_a_short_memory(programs):
-    """The huge sequence where the process may have 900 MB of addresses: what the log grows by."""
+    """The huge sequence with an address space of 900 MB: measures the growth of the log."""
     message = huge_sequence()
     with Agent(programs, limits={resource.RLIMIT_AS: 900000 * 1024}) as agent:
         with giop.connect(agent.address) as connection:
@@ -473,7 +473,7 @@ def stop_during_import(programs):
 
 
 def dead_subscribers(programs):
-    """One client fills every place with references to nobody; another one subscribes."""
+    """One client uses up its subscriptions with dead references; another client subscribes."""
     with Agent(programs) as agent:
         port = closed_port()
         granted = 0
@@ -576,7 +576,7 @@ def short_fragments(programs):
     return f"a client waits for {served:.2f} s"
 
 
-# Number of the concern, name, attack. The slow one runs beside the others.
+# Name and function of each attack. The slow attack runs in parallel with the others.
 IN_THE_BACKGROUND = [("incomplete messages", incomplete_messages)]
 ATTACKS = [
     ("stop under traffic", stops_under_traffic),

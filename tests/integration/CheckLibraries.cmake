@@ -1,5 +1,5 @@
-# Checks that every library that a program or library needs is found, directly or by way of another
-# library, without LD_LIBRARY_PATH.
+# Checks that the dynamic linker finds every direct and indirect library of programs and libraries without
+# LD_LIBRARY_PATH.
 #   cmake -DFILES=FILE,FILE... -P CheckLibraries.cmake
 
 string(REPLACE "," ";" files "${FILES}")
