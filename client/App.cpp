@@ -13,8 +13,8 @@ namespace {
 
 PrintFunction call(const Options& options, CORBA::ORB_ptr orb, const Streams& streams) {
   Progress progress(streams.err, streams.errIsTerminal);
-  const ProgressFunction show = [&progress](std::size_t records) { progress.show(records); };
-  return commandNamed(options.command).call({orb, options, show});
+  const ProgressFunction update = [&progress](std::size_t records) { progress.update(records); };
+  return commandNamed(options.command).call({orb, options, update});
 }
 
 void runCommand(const Options& options, const Streams& streams) {

@@ -1,4 +1,5 @@
-// A whole run of topoctl, apart from what belongs to the process.
+// A whole run of topoctl except the setup of the process. Thread-safety: one run at a time, because
+// a process has one ORB.
 
 #ifndef CLIENT_APP_H
 #define CLIENT_APP_H
@@ -18,13 +19,13 @@ struct Streams {
   bool errIsTerminal;
 };
 
-// Parses, starts an ORB, runs the command; the exit code. Never throws: every failure is one line
-// on err. Arguments as for parseOptions.
+// Parses the arguments as parseOptions() does, starts an ORB, runs the command and returns the exit
+// code. Never throws: writes a failure as one line to `err`.
 int run(const std::vector<std::string>& arguments, const std::string& agentOfEnvironment,
         const Streams& streams);
 
-// The command on an ORB that is running; any but watch. Exceptions pass, and nothing is on `out`
-// then unless it is `out` that fails.
+// Runs a command other than watch on a running ORB. Exceptions pass; `out` is empty then, unless
+// `out` itself failed. REQUIRES: the command of the options has a CallFunction.
 void execute(const Options& options, CORBA::ORB_ptr orb, const Streams& streams);
 
 }  // namespace topoctl

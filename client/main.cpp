@@ -9,7 +9,7 @@
 
 int main(int argc, char* argv[]) {
   topoctl::occupyStandardDescriptors();
-  std::signal(SIGPIPE, SIG_IGN);  // a reader that went away is reported as a failed write
+  std::signal(SIGPIPE, SIG_IGN);  // a closed pipe is reported as a failed write
   topoctl::Output out(STDOUT_FILENO);
   const char* const agent = std::getenv("TOPO_AGENT");
   return topoctl::run({argv + 1, argv + argc}, agent == nullptr ? "" : agent,

@@ -1,4 +1,4 @@
-// The records that an agent delivered in one or more replies.
+// The records of several replies, without copying them.
 
 #ifndef CLIENT_AGENT_BATCHES_H
 #define CLIENT_AGENT_BATCHES_H
@@ -12,11 +12,13 @@
 
 namespace topoctl {
 
-// What the agent delivered, in the order received, kept in the sequences that the calls returned.
+// Owns the sequences that calls returned and visits their records in the order of arrival.
+//
+// Thread-safety: none; concurrent calls of const functions are safe. add() throws std::bad_alloc.
 template <typename List>
 class Batches {
  public:
-  // Takes ownership, as of the result of a _retn().
+  // Takes ownership of a sequence, such as the result of _retn().
   void add(List* batch) {
     batches_.emplace_back(batch);
     size_ += batches_.back()->length();

@@ -32,7 +32,7 @@ constexpr std::array<const char*, 16> kExceptionTypes = {
 };
 static_assert(kExceptionTypes.size() == globaldefs::EXCPT_USERLABEL_IN_USE + 1);
 
-// The ORB delivers no other value than those of the enumeration.
+// The ORB delivers only values of the enumeration.
 const char* nameOf(globaldefs::ExceptionType_T type) {
   return kExceptionTypes[static_cast<std::size_t>(type)];
 }

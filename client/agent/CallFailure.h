@@ -1,4 +1,4 @@
-// Translates any exception of a run into a Failure; the one place that does.
+// The only place where exceptions of calls become exit codes and texts.
 
 #ifndef CLIENT_AGENT_CALLFAILURE_H
 #define CLIENT_AGENT_CALLFAILURE_H
@@ -8,7 +8,10 @@
 
 namespace topoctl {
 
-// The failure that is being handled, whatever was thrown. REQUIRES: called in a catch block.
+// Returns the Failure for the exception of any type that is being handled. `access` is for the
+// text.
+//
+// REQUIRES: called in a catch block. Thread-safety: any thread.
 Failure currentFailure(const AgentAccess& access);
 
 }  // namespace topoctl

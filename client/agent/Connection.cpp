@@ -12,18 +12,18 @@
 namespace topoctl {
 namespace {
 
-// A reference with many addresses has a few thousand characters.
+// A reference with many addresses has a few thousand bytes.
 constexpr std::size_t kMaxIorFileBytes = std::size_t{1024} * 1024;
 
 constexpr std::size_t kMaxShownReference = 100;  // characters
 
-// An IOR may have thousands of characters, which say nothing to people.
+// An IOR has up to thousands of characters and is not readable.
 std::string shorten(const std::string& reference) {
   return reference.size() <= kMaxShownReference ? reference
                                                 : reference.substr(0, kMaxShownReference) + "...";
 }
 
-// Where a reference came from, for messages about it.
+// The origin of the reference, for messages.
 std::string describeSource(const AgentAccess& access) {
   return access.iorFile ? "the IOR file '" + *access.iorFile + "'"
                         : "the reference '" + shorten(access.reference) + "'";

@@ -1,4 +1,4 @@
-// Gathers a whole result: the first batch of a view and what its iterator holds.
+// Fetches a whole view: the first batch, then further batches from the iterator.
 
 #ifndef CLIENT_AGENT_FETCH_H
 #define CLIENT_AGENT_FETCH_H
@@ -14,10 +14,11 @@
 
 namespace topoctl {
 
-// Is told how many records have arrived so far.
+// Receives the number of records that have arrived so far.
 using ProgressFunction = std::function<void(std::size_t)>;
 
-// Destroys the agent's iterator unless that has ended by itself.
+// Destroys the agent's iterator when the scope ends early. Holds a reference of its own to the
+// iterator. Thread-safety: none. The destructor ignores failures of the call.
 template <typename Iterator>
 class IteratorGuard {
  public:
@@ -31,13 +32,14 @@ class IteratorGuard {
     try {
       iterator_->destroy();
     } catch (...) {
-      // A failure is on its way out already, and the agent reclaims idle iterators.
+      // The caller handles the first failure already, and the agent reclaims idle iterators.
     }
   }
 
   IteratorGuard(const IteratorGuard&) = delete;
   IteratorGuard& operator=(const IteratorGuard&) = delete;
 
+  // The iterator has ended, or cannot be reached: the destructor does nothing.
   void forget() { iterator_ = Iterator::_nil(); }
 
  private:
@@ -64,15 +66,16 @@ bool fetchBatch(typename Iterator::_ptr_type iterator, std::uint32_t howMany,
                                              "because it was idle for too long");
   } catch (const CORBA::SystemException& failure) {
     if (orb::isUnreachable(failure)) {
-      guard.forget();  // destroying it would only wait for another time-out
+      guard.forget();  // a call of destroy() would wait for another timeout
     }
     throw;
   }
 }
 
-// `first(n, list, iterator)` is the view's operation, with the mapping's _out arguments; it gets
-// howMany as it is, the iterator gets iteratorBatch(howMany). Throws Failure (kCallFailed) when the
-// iterator ends early; exceptions of the calls pass. The iterator is destroyed in either case.
+// Calls `first(n, list, iterator)`, the operation of a view with the _out arguments of the mapping,
+// with howMany, then the iterator with iteratorBatch(howMany) until the view ends. Calls `progress`
+// after every batch. Throws Failure (kCallFailed) when the iterator ends early; exceptions of the
+// calls pass. A failure destroys the iterator. Thread-safety: any thread.
 template <typename List, typename Iterator, typename First>
 Batches<List> fetchAll(std::uint32_t howMany, First first, const ProgressFunction& progress) {
   Batches<List> batches;
@@ -87,7 +90,7 @@ Batches<List> fetchAll(std::uint32_t howMany, First first, const ProgressFunctio
     more = fetchBatch(iterator.in(), iteratorBatch(howMany), guard, batches);
     progress(batches.size());
   }
-  guard.forget();  // its last batch ended it
+  guard.forget();  // the last batch ended the iterator
   return batches;
 }
 

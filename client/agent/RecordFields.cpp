@@ -6,25 +6,25 @@ using globaldefs::NameAndStringValue_T;
 using topologicalLink::TopologicalLink_T;
 using TopoManagementManager::Node_T;
 
-const Description<Node_T>& nodeDescription() {
-  static const Description<Node_T> description = {
-      {"name", [](const Node_T& node) -> Value { return ObjectName{&node.name}; }},
+const RecordFields<Node_T>& nodeFields() {
+  static const RecordFields<Node_T> fields = {
+      {"name", [](const Node_T& node) -> Value { return NamePairs{&node.name}; }},
       {"nativeEMSName",
        [](const Node_T& node) -> Value { return std::string_view(node.nativeEMSName.in()); }},
       {"nodeType", [](const Node_T& node) -> Value { return std::int64_t{node.nodeType}; }},
       {"nodeParam1", [](const Node_T& node) -> Value { return std::int64_t{node.nodeParam1}; }},
       {"nodeParam2", [](const Node_T& node) -> Value { return std::int64_t{node.nodeParam2}; }},
-      {"relatedName", [](const Node_T& node) -> Value { return ObjectName{&node.relatedName}; }},
+      {"relatedName", [](const Node_T& node) -> Value { return NamePairs{&node.relatedName}; }},
       {"additionalInfo",
-       [](const Node_T& node) -> Value { return Information{&node.additionalInfo}; }},
+       [](const Node_T& node) -> Value { return InfoPairs{&node.additionalInfo}; }},
   };
-  return description;
+  return fields;
 }
 
-const Description<TopologicalLink_T>& linkDescription() {
+const RecordFields<TopologicalLink_T>& linkFields() {
   using Link = TopologicalLink_T;
-  static const Description<Link> description = {
-      {"name", [](const Link& link) -> Value { return ObjectName{&link.name}; }},
+  static const RecordFields<Link> fields = {
+      {"name", [](const Link& link) -> Value { return NamePairs{&link.name}; }},
       {"userLabel",
        [](const Link& link) -> Value { return std::string_view(link.userLabel.in()); }},
       {"nativeEMSName",
@@ -32,21 +32,20 @@ const Description<TopologicalLink_T>& linkDescription() {
       {"owner", [](const Link& link) -> Value { return std::string_view(link.owner.in()); }},
       {"direction", [](const Link& link) -> Value { return std::int64_t{link.direction}; }},
       {"rate", [](const Link& link) -> Value { return std::int64_t{link.rate}; }},
-      {"aEndTP", [](const Link& link) -> Value { return ObjectName{&link.aEndTP}; }},
-      {"zEndTP", [](const Link& link) -> Value { return ObjectName{&link.zEndTP}; }},
-      {"additionalInfo",
-       [](const Link& link) -> Value { return Information{&link.additionalInfo}; }},
+      {"aEndTP", [](const Link& link) -> Value { return NamePairs{&link.aEndTP}; }},
+      {"zEndTP", [](const Link& link) -> Value { return NamePairs{&link.zEndTP}; }},
+      {"additionalInfo", [](const Link& link) -> Value { return InfoPairs{&link.additionalInfo}; }},
   };
-  return description;
+  return fields;
 }
 
-const Description<NameAndStringValue_T>& pairDescription() {
+const RecordFields<NameAndStringValue_T>& pairFields() {
   using Pair = NameAndStringValue_T;
-  static const Description<Pair> description = {
+  static const RecordFields<Pair> fields = {
       {"name", [](const Pair& pair) -> Value { return std::string_view(pair.name.in()); }},
       {"value", [](const Pair& pair) -> Value { return std::string_view(pair.value.in()); }},
   };
-  return description;
+  return fields;
 }
 
 }  // namespace topoctl

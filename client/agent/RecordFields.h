@@ -1,4 +1,4 @@
-// Records as rows of values: one description a record type serves every output format.
+// The fields of the records that an agent delivers: name and value, for every output format.
 
 #ifndef CLIENT_AGENT_RECORDFIELDS_H
 #define CLIENT_AGENT_RECORDFIELDS_H
@@ -14,20 +14,21 @@
 
 namespace topoctl {
 
-// An NVSList_T in its two roles, which people want to see differently. Both borrow the list.
-struct ObjectName {
+// The two roles of an NVSList_T: tables show the last pair of a name, but all pairs of information.
+// Both borrow the list.
+struct NamePairs {
   const globaldefs::NVSList_T* pairs;
 };
-struct Information {
+struct InfoPairs {
   const globaldefs::NVSList_T* pairs;
 };
 
-// What nothing is known of but that it is there.
+// A value that is present but has an unsupported type.
 struct Unknown {};
 
-// Borrows from the record. Enumerations are numbers or the names of their values.
-using Value = std::variant<Unknown, bool, std::int64_t, std::uint64_t, std::string_view, ObjectName,
-                           Information>;
+// Borrows from the record. An enumeration is a number or the name of the enumerator.
+using Value = std::variant<Unknown, bool, std::int64_t, std::uint64_t, std::string_view, NamePairs,
+                           InfoPairs>;
 
 // Combines functions, one for each alternative of a variant.
 template <typename... Functions>
@@ -46,18 +47,18 @@ void forEachPair(const globaldefs::NVSList_T& pairs, Visit visit) {
 }
 
 template <typename Record>
-struct Field {
+struct FieldAccess {
   const char* name;  // as in the IDL
   Value (*value)(const Record&);
 };
 
-// The fields of a record type in IDL order.
+// The fields of a record type, in the order of the IDL.
 template <typename Record>
-using Description = std::vector<Field<Record>>;
+using RecordFields = std::vector<FieldAccess<Record>>;
 
-const Description<TopoManagementManager::Node_T>& nodeDescription();
-const Description<topologicalLink::TopologicalLink_T>& linkDescription();
-const Description<globaldefs::NameAndStringValue_T>& pairDescription();
+const RecordFields<TopoManagementManager::Node_T>& nodeFields();
+const RecordFields<topologicalLink::TopologicalLink_T>& linkFields();
+const RecordFields<globaldefs::NameAndStringValue_T>& pairFields();
 
 }  // namespace topoctl
 

@@ -7,7 +7,7 @@
 namespace topoctl {
 
 int report(const Failure& failure, std::ostream& err) {
-  err << "topoctl: " + harmless(failure.what()) + "\n" << std::flush;
+  err << "topoctl: " + escapeControls(failure.what()) + "\n" << std::flush;
   return static_cast<int>(failure.code());
 }
 

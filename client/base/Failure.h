@@ -12,12 +12,16 @@ namespace topoctl {
 enum class ExitCode {
   kDone = 0,
   kUsage = 1,
-  kUnreachable = 2,  // the agent, or the naming service on the way to it
-  kRefused = 3,      // the agent answered with an exception of its own
+  kUnreachable = 2,  // the agent, or the naming service of a corbaname
+  kRefused = 3,      // the agent raised a ProcessingFailureException
   kCallFailed = 4,   // any other CORBA failure
-  kLocal = 5,        // this process: its output, its memory
+  kLocal = 5,        // a failure of this process: output, memory, listening
 };
 
+// Ends a run of topoctl with an exit code and a text. The text may contain bytes from the network;
+// report() makes them safe for a terminal.
+//
+// Thread-safety: as std::runtime_error. Construction throws std::bad_alloc.
 class Failure : public std::runtime_error {
  public:
   Failure(ExitCode code, const std::string& text) : std::runtime_error(text), code_(code) {}
@@ -28,7 +32,8 @@ class Failure : public std::runtime_error {
   ExitCode code_;
 };
 
-// Writes "topoctl: ..." as one line, whatever the failure's text holds, and returns the exit code.
+// Writes "topoctl: " and the text as one line, with control characters escaped. Returns the exit
+// code.
 int report(const Failure& failure, std::ostream& err);
 
 }  // namespace topoctl

@@ -27,7 +27,8 @@ constexpr std::size_t kPart = std::size_t{64} * 1024;
       code, "the file '" + path + "' cannot be written: " + std::generic_category().message(error));
 }
 
-// Over a network file system that knows no other way, a file that came meanwhile is replaced.
+// A network file system without RENAME_NOREPLACE reports EINVAL. There rename() replaces a file
+// that has been created in the meantime.
 bool nameNewFile(const std::string& draft, const std::string& path) {
   if (::renameat2(AT_FDCWD, draft.c_str(), AT_FDCWD, path.c_str(), RENAME_NOREPLACE) == 0) {
     return true;

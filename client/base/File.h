@@ -1,4 +1,4 @@
-// Files that the command line names.
+// Reading and creating the files of the command line.
 
 #ifndef CLIENT_BASE_FILE_H
 #define CLIENT_BASE_FILE_H
@@ -8,22 +8,24 @@
 
 namespace topoctl {
 
-// The file's bytes, but no more than one over the limit. Throws std::system_error.
+// Returns the bytes of the file; of a file over `limit` bytes the first `limit` + 1. Throws
+// std::system_error.
 std::string readFile(const std::string& path, std::size_t limit);
 
-// A file that nobody can see half written: it gets its name when it is complete. Until then it is
-// NAME.part, which the destructor removes. Readable and writable for its owner alone.
+// A file that other processes see only when it is complete: the content is written to NAME.part,
+// and finish() renames NAME.part to NAME. The owner has read and write permission, other users have
+// no permission. Without finish() the destructor removes NAME.part.
 //
 // Thread-safety: none.
 class NewFile {
  public:
-  // Throws Failure (kUsage) when a file of either name exists, or when none can be made.
+  // Creates NAME.part. Throws Failure (kUsage) when NAME or NAME.part exists or cannot be created.
   explicit NewFile(std::string path);
   ~NewFile();
   NewFile(const NewFile&) = delete;
   NewFile& operator=(const NewFile&) = delete;
 
-  // Throw Failure (kLocal), finish also when somebody else has made a file of the name meanwhile.
+  // Both throw Failure (kLocal). finish() fails, too, when NAME has been created in the meantime.
   void write(const void* bytes, std::size_t count);
   void finish();
 

@@ -19,7 +19,7 @@ constexpr std::array<Range, 7> kTerminalControls = {{
     {0x00, 0x1F},
     {0x7F, 0x9F},
     {0x061C, 0x061C},  // marks of the writing direction
-    {0x200E, 0x200F},  // more of them
+    {0x200E, 0x200F},  // left-to-right and right-to-left mark
     {0x2028, 0x2029},  // line and paragraph separator
     {0x202A, 0x202E},  // embeddings and overrides of the direction
     {0x2066, 0x2069},  // isolates
@@ -58,17 +58,17 @@ bool isIn(const std::array<Range, N>& ranges, char32_t codePoint) {
   });
 }
 
-// What the first bytes of a text are: a code point, or an invalid sequence of `length` bytes.
+// The first `length` bytes of a text: a code point, or an invalid sequence.
 struct Decoded {
   char32_t codePoint;
   std::size_t length;
   bool valid;
 };
 
-// What must follow a lead byte; the second byte alone has limits of its own, which exclude overlong
-// forms, surrogates and what lies beyond U+10FFFF.
+// The sequence that a lead byte begins. Only the second byte has a range that depends on the lead
+// byte: the range excludes overlong forms, surrogates and code points above U+10FFFF.
 struct Lead {
-  std::size_t length;  // of the whole sequence; 0: no lead byte
+  std::size_t length;  // of the whole sequence; 0: the byte is not a lead byte
   unsigned char secondFirst = 0x80;
   unsigned char secondLast = 0xBF;
 };
@@ -158,7 +158,7 @@ std::string validUtf8(std::string_view text) {
   return result;
 }
 
-std::string harmless(std::string_view text) {
+std::string escapeControls(std::string_view text) {
   if (isPrintableAscii(text)) {
     return std::string(text);
   }

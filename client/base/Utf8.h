@@ -1,4 +1,4 @@
-// What a text of unknown origin needs before people or programs read it. Pure functions.
+// Makes text of unknown origin safe to print. Pure functions; thread-safety: any thread.
 
 #ifndef CLIENT_BASE_UTF8_H
 #define CLIENT_BASE_UTF8_H
@@ -9,15 +9,15 @@
 
 namespace topoctl {
 
-// The text as valid UTF-8: every sequence that is not becomes one U+FFFD.
+// Returns the text as valid UTF-8: U+FFFD replaces every invalid sequence.
 std::string validUtf8(std::string_view text);
 
-// The text as valid UTF-8 on one line that does nothing to a terminal: control characters and those
-// that change the writing direction are spelt out (\n, \x1b, \u202e).
-std::string harmless(std::string_view text);
+// Returns the text as valid UTF-8 on one line without effect on a terminal: control characters and
+// characters that change the writing direction become escapes (\n, \x1b, \u202e).
+std::string escapeControls(std::string_view text);
 
-// How many columns a terminal needs for a harmless text: 2 for East Asian wide characters and
-// emoji, 0 for combining marks.
+// Returns the number of terminal columns: 2 for East Asian wide characters and emoji, 0 for
+// combining marks. REQUIRES: the text is a result of escapeControls().
 std::size_t displayWidth(std::string_view text);
 
 }  // namespace topoctl

@@ -9,7 +9,7 @@
 
 namespace topoctl {
 
-// A name and a value as typed, without any check.
+// A name and a value as typed, unchecked.
 struct TypedPair {
   std::string name;
   std::string value;

@@ -8,7 +8,7 @@
 namespace topoctl {
 namespace {
 
-// The words exactly as typed: the conversions of the library give brackets a meaning.
+// The words as typed. The conversions of the library would interpret brackets.
 Words wordsOf(const CLI::App& command, const ArgumentSyntax& syntax) {
   Words words;
   for (const Place& place : syntax.places) {

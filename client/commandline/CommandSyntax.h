@@ -1,8 +1,8 @@
-// The commands and their arguments as the command line spells them: one row a command.
+// The names and the arguments of the commands: a table with one row a command.
 //
-// The rows are in ManagerSyntax.cpp, WatchSyntax.cpp and ConsoleSyntax.cpp, each with the functions
-// that read its arguments. The functions that run the commands are in client/commands, under the
-// same names. Thread-safety of all functions: any thread.
+// ManagerSyntax.cpp, WatchSyntax.cpp and ConsoleSyntax.cpp have the rows and the functions that
+// read the arguments. client/commands has the functions that run the commands, under the same
+// names. Thread-safety of all functions: any thread.
 
 #ifndef CLIENT_COMMANDLINE_COMMANDSYNTAX_H
 #define CLIENT_COMMANDLINE_COMMANDSYNTAX_H
@@ -27,9 +27,9 @@ struct Place {
 
 struct ArgumentSyntax {
   std::vector<Place> places;                // positional arguments
-  void (*addOptions)(CLI::App&) = nullptr;  // adds the command's own options; null: there are none
-  // Reads `words`, which were typed in the places (never more than there are places), and the
-  // command's own options. Throws Failure (kUsage). Null: there are no arguments.
+  void (*addOptions)(CLI::App&) = nullptr;  // adds the command's own options; null: no options
+  // Reads the command's own options and `words`, which were typed in the places: at most one word a
+  // place. Throws Failure (kUsage). Null: no arguments.
   void (*read)(const CLI::App&, const Words& words, Arguments&) = nullptr;
 };
 
@@ -49,7 +49,7 @@ const std::vector<CommandSyntax>& commandSyntax();
 // Null when no command has this name.
 const CommandSyntax* findSyntax(const std::string& name);
 
-// The first words of commands that have two.
+// The first word of commands with two words.
 struct Group {
   const char* name;
   const char* help;
@@ -57,10 +57,10 @@ struct Group {
 
 const std::vector<Group>& commandGroups();
 
-// Makes the subcommand understand these arguments.
+// Declares the arguments at the subcommand.
 void addArguments(CLI::App& command, const ArgumentSyntax& syntax);
 
-// The arguments of a subcommand that has been parsed. Throws Failure (kUsage).
+// Returns the arguments of a parsed subcommand. Throws Failure (kUsage).
 Arguments readArguments(const CLI::App& command, const ArgumentSyntax& syntax);
 
 // ---- for the files with the rows

@@ -31,13 +31,14 @@ void addNodeOptions(CLI::App& command) {
       ->take_all();
 }
 
-std::string textOf(const CLI::App& command, const char* option, const char* otherwise) {
+// The value of an option that was typed last, or `otherwise` without the option.
+std::string lastTyped(const CLI::App& command, const char* option, const char* otherwise) {
   const Words& typed = command.get_option(option)->results();
   return typed.empty() ? otherwise : typed.back();
 }
 
 bool isElement(const CLI::App& command, const char* option) {
-  const std::string text = textOf(command, option, "subnetwork");
+  const std::string text = lastTyped(command, option, "subnetwork");
   if (text != "subnetwork" && text != "element") {
     usageError(std::string(option) + ": '" + text + "' is neither subnetwork nor element");
   }
@@ -45,7 +46,7 @@ bool isElement(const CLI::App& command, const char* option) {
 }
 
 void readParams(const CLI::App& command, TypedNode& node) {
-  const std::string text = textOf(command, kParams, "0,0");
+  const std::string text = lastTyped(command, kParams, "0,0");
   const std::string_view all = text;
   const std::size_t comma = all.find(',');
   const bool hasComma = comma != std::string_view::npos;
@@ -73,9 +74,9 @@ void readNewNode(const CLI::App& command, const Words& words, Arguments& argumen
   }
   TypedNode& node = arguments.node;
   node.id = words.front();
-  node.parent = textOf(command, kParent, "");
+  node.parent = lastTyped(command, kParent, "");
   node.parentIsElement = isElement(command, kParentKind);
-  node.name = textOf(command, kName, "");
+  node.name = lastTyped(command, kName, "");
   node.isElement = isElement(command, kKind);
   readParams(command, node);
   for (const std::string& text : command.get_option(kAttribute)->results()) {

@@ -48,7 +48,7 @@ void readSubnetwork(const CLI::App& command, const Words& words, Arguments& argu
 struct AttributeSyntax {
   const char* name;
   Attribute attribute;
-  bool isPairs = false;      // set a pair at a time; otherwise a text
+  bool isPairs = false;      // set one pair at a time; otherwise a text
   bool mayBeUnique = false;  // among the objects of a kind
 };
 

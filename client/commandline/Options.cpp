@@ -15,11 +15,11 @@
 namespace topoctl {
 namespace {
 
-// A time-out of eleven days and more is a typing error; it also keeps the milliseconds in 32 bits.
+// More than eleven days is a typing error; the limit also keeps the milliseconds in 32 bits.
 constexpr double kMaxTimeoutSeconds = 1000000;
 
-// The options as typed. Numbers are read by our own functions: their messages name the limits, and
-// nothing but a plain decimal number passes.
+// The options as typed. The functions below read the numbers, because the library accepts other
+// notations than decimal and reports errors without the limits.
 struct Typed {
   std::string agent;
   std::string iorFile;
@@ -47,7 +47,7 @@ std::chrono::milliseconds parseTimeout(const std::string& text) {
   if (!isNumber || std::signbit(seconds) || seconds > kMaxTimeoutSeconds) {
     usageError("--timeout: '" + text + "' is not a number of seconds from 0 to 1000000");
   }
-  // Rounded up: a time-out below a millisecond must not become 0, which means none.
+  // Rounded up: a timeout below a millisecond must not become 0, which means no limit.
   return std::chrono::milliseconds(static_cast<std::int64_t>(std::ceil(seconds * 1000)));
 }
 
@@ -111,7 +111,7 @@ std::string commandNames() {
   return names;
 }
 
-// The innermost subcommand that was typed, or the application itself.
+// The innermost subcommand of the command line, or the application when there is no subcommand.
 const CLI::App& innermost(const CLI::App& app) {
   const CLI::App* typed = &app;
   while (!typed->get_subcommands().empty()) {
@@ -120,7 +120,7 @@ const CLI::App& innermost(const CLI::App& app) {
   return *typed;
 }
 
-// "topo", "node create"; "node" for a group alone, "" for nothing.
+// "topo", "node create"; "node" for a group without a command, "" for no command.
 std::string typedCommand(const CLI::App& app) {
   std::string name;
   for (const CLI::App* typed = &app; !typed->get_subcommands().empty();) {
@@ -190,7 +190,7 @@ void readCommand(const CLI::App& app, Options& options) {
   options.arguments = readArguments(innermost(app), command.arguments);
 }
 
-// Fills `typed`; a help or version text when one was asked for.
+// Fills the variables of the options. Returns the text of --help or --version, otherwise "".
 std::string parse(CLI::App& app, const std::vector<std::string>& arguments) {
   try {
     app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
@@ -211,7 +211,7 @@ Options parseOptions(const std::vector<std::string>& arguments,
   CLI::App app("Shows what a topology agent manages.", "topoctl");
   app.set_version_flag("--version", "topoctl " TOPOCTL_VERSION, "Print the version and exit");
   app.require_subcommand(0, 1);
-  app.allow_extras();  // refused by checkCommand, in words of our own
+  app.allow_extras();  // checkCommand() rejects them and lists the commands
   Typed typed;
   addOptions(app, typed);
   addCommands(app);

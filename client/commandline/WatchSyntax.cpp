@@ -30,7 +30,7 @@ void addWatchOptions(CLI::App& command) {
              "' is not HOST or HOST:PORT, an IPv6 address in brackets");
 }
 
-// The host that the text begins with, which it is cut off from.
+// Returns the host at the begin of the text. Sets `rest` to the text after the host.
 std::string takeHost(const std::string& typed, std::string& rest) {
   const bool bracketed = typed.rfind('[', 0) == 0;
   const std::size_t end = typed.find(bracketed ? ']' : ':');

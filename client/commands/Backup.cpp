@@ -10,15 +10,16 @@ struct Backup {
   CORBA::ULongLong bytes = 0;
 };
 
-const Description<Backup>& backupDescription() {
-  static const Description<Backup> description = {
+const RecordFields<Backup>& backupFields() {
+  static const RecordFields<Backup> fields = {
       {"bytes", [](const Backup& done) -> Value { return static_cast<std::int64_t>(done.bytes); }},
   };
-  return description;
+  return fields;
 }
 
-// Its other parts are wanted no more. What made it fail is said instead of a failure here.
-void end(TopoAgent::Console_I_ptr console, CORBA::ULongLong id) {
+// Cancels a backup whose transfer has failed. The caller reports the first failure, so a failure of
+// this call is ignored.
+void cancel(TopoAgent::Console_I_ptr console, CORBA::ULongLong id) {
   try {
     console->endBackup(id);
   } catch (const CORBA::Exception&) {
@@ -44,9 +45,9 @@ PrintFunction backup(TopoAgent::Console_I_ptr console, const Options& options) {
   NewFile file(options.arguments.file);
   const CORBA::ULongLong id = console->beginBackup();
   try {
-    return recordPrinter(fetch(console, id, file), backupDescription(), options.format);
+    return recordPrinter(fetch(console, id, file), backupFields(), options.format);
   } catch (...) {
-    end(console, id);
+    cancel(console, id);
     throw;
   }
 }

@@ -1,4 +1,4 @@
-// The command that makes a backup of the agent's store.
+// The command that copies the agent's store to a file.
 
 #ifndef CLIENT_COMMANDS_BACKUP_H
 #define CLIENT_COMMANDS_BACKUP_H
@@ -9,8 +9,9 @@
 
 namespace topoctl {
 
-// Writes the file, and removes what there is of it when anything fails. Throws Failure: kUsage for
-// a file that exists or cannot be made, kLocal for one that cannot be written.
+// Writes the file of the options. A failure removes the incomplete file. Throws Failure: kUsage
+// when the file exists or cannot be created, kLocal when the file cannot be written. Exceptions of
+// the calls pass. Thread-safety: any thread.
 PrintFunction backup(TopoAgent::Console_I_ptr console, const Options& options);
 
 }  // namespace topoctl

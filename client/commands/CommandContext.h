@@ -11,14 +11,14 @@
 
 namespace topoctl {
 
-// Everything is borrowed for the run.
+// For any command. Borrows everything for the run.
 struct CommandContext {
   CORBA::ORB_ptr orb;
   const Options& options;
   const ProgressFunction& progress;
 };
 
-// For a command that calls the manager. Everything is borrowed for the run.
+// For a command that calls the manager. Borrows everything for the run.
 struct ManagerContext {
   TopoManagementManager::TopoMgr_I_ptr manager;
   const Options& options;

@@ -1,5 +1,4 @@
-// The commands that call the agent's console; those that make a backup and print the status are in
-// Backup.cpp and Status.cpp.
+// The commands that call the agent's console. Backup.cpp and Status.cpp have the longer ones.
 
 #include <algorithm>
 #include <system_error>
@@ -18,23 +17,23 @@ namespace {
 
 using TopoAgent::ImportSummary_T;
 
-// ---- records
+// ---- results
 
 struct Deletion {
   CORBA::ULong deletedNodes;
 };
 
-const Description<Deletion>& deletionDescription() {
-  static const Description<Deletion> description = {
+const RecordFields<Deletion>& deletionFields() {
+  static const RecordFields<Deletion> fields = {
       {"deletedNodes",
        [](const Deletion& done) -> Value { return std::int64_t{done.deletedNodes}; }},
   };
-  return description;
+  return fields;
 }
 
-const Description<ImportSummary_T>& summaryDescription() {
+const RecordFields<ImportSummary_T>& importFields() {
   using Summary = ImportSummary_T;
-  static const Description<Summary> description = {
+  static const RecordFields<Summary> fields = {
       {"topoNodes", [](const Summary& added) -> Value { return std::int64_t{added.topoNodes}; }},
       {"networkElements",
        [](const Summary& added) -> Value { return std::int64_t{added.networkElements}; }},
@@ -44,7 +43,7 @@ const Description<ImportSummary_T>& summaryDescription() {
       {"objectLabels",
        [](const Summary& added) -> Value { return std::int64_t{added.objectLabels}; }},
   };
-  return description;
+  return fields;
 }
 
 // ---- nodes
@@ -55,7 +54,7 @@ TopoAgent::NodeKind_T kindOf(bool isElement) {
 
 // ---- import
 
-std::string readNetwork(const std::string& path, std::size_t limit) {
+std::string readNetworkFile(const std::string& path, std::size_t limit) {
   try {
     return readFile(path, limit);
   } catch (const std::system_error& error) {
@@ -78,15 +77,15 @@ TopoAgent::Content_T* toContent(const std::string& bytes) {
                     std::to_string(options.access.maxMessageBytes) + ") and of the agent");
 }
 
-ImportSummary_T send(TopoAgent::Console_I_ptr console, const TopoAgent::Content_T& content,
-                     const Options& options) {
+ImportSummary_T sendNetwork(TopoAgent::Console_I_ptr console, const TopoAgent::Content_T& content,
+                            const Options& options) {
   try {
     return console->importNetwork(options.arguments.file.c_str(), content);
   } catch (const CORBA::SystemException& failure) {
     if (orb::isMessageTooLarge(failure)) {
       tooLarge(options);
     }
-    // The agent has answered on this connection before.
+    // The agent answered earlier calls on this connection, so the import itself closed it.
     if (orb::isConnectionClosed(failure)) {
       throw Failure(ExitCode::kCallFailed,
                     "the connection broke while the file '" + options.arguments.file +
@@ -116,7 +115,7 @@ PrintFunction createNode(TopoAgent::Console_I_ptr console, const Options& option
 
 PrintFunction deleteNode(TopoAgent::Console_I_ptr console, const Options& options) {
   const Deletion done = {console->deleteNode(options.arguments.node.id.c_str())};
-  return recordPrinter(done, deletionDescription(), options.format);
+  return recordPrinter(done, deletionFields(), options.format);
 }
 
 PrintFunction renameNode(TopoAgent::Console_I_ptr console, const Options& options) {
@@ -127,13 +126,13 @@ PrintFunction renameNode(TopoAgent::Console_I_ptr console, const Options& option
 
 PrintFunction importNetwork(TopoAgent::Console_I_ptr console, const Options& options) {
   const std::string& path = options.arguments.file;
-  const std::string bytes = readNetwork(path, options.access.maxMessageBytes);
+  const std::string bytes = readNetworkFile(path, options.access.maxMessageBytes);
   if (bytes.size() > options.access.maxMessageBytes) {
     tooLarge(options);
   }
   const TopoAgent::Content_T_var content = toContent(bytes);
-  const ImportSummary_T added = send(console, content.in(), options);
-  return recordPrinter(added, summaryDescription(), options.format);
+  const ImportSummary_T added = sendNetwork(console, content.in(), options);
+  return recordPrinter(added, importFields(), options.format);
 }
 
 PrintFunction setTestSwitch(TopoAgent::Console_I_ptr console, const Options& options) {

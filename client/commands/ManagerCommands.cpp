@@ -14,23 +14,23 @@
 namespace topoctl {
 namespace {
 
-// What a view delivers.
+// The types of a view of nodes and of a view of links.
 struct Nodes {
   using List = TopoManagementManager::NodeList_T;
   using ListOut = TopoManagementManager::NodeList_T_out;
   using Iterator = TopoManagementManager::NodeIterator_I;
   using IteratorOut = TopoManagementManager::NodeIterator_I_out;
-  static const auto& description() { return nodeDescription(); }
+  static const auto& fields() { return nodeFields(); }
 };
 struct Links {
   using List = topologicalLink::TopologicalLinkList_T;
   using ListOut = topologicalLink::TopologicalLinkList_T_out;
   using Iterator = topologicalLink::TopologicalLinkIterator_I;
   using IteratorOut = topologicalLink::TopologicalLinkIterator_I_out;
-  static const auto& description() { return linkDescription(); }
+  static const auto& fields() { return linkFields(); }
 };
 
-// The first call of a view.
+// The operation of a view: how many records, then the _out arguments for records and iterator.
 template <typename Records>
 using Operation = std::function<void(CORBA::ULong, const typename Records::ListOut&,
                                      const typename Records::IteratorOut&)>;
@@ -45,7 +45,7 @@ Batches<typename Records::List> fetchView(const ManagerContext& context, Prepare
       context.options.access.howMany, prepare(context), context.progress);
 }
 
-// `function` is called with a ManagerContext.
+// A command that connects to the manager and calls `function` with a ManagerContext.
 template <typename Function>
 CallFunction atManager(Function function) {
   return [function](const CommandContext& context) {
@@ -57,8 +57,8 @@ CallFunction atManager(Function function) {
 template <typename Records>
 CallFunction view(Prepare<Records> prepare) {
   return atManager([prepare](const ManagerContext& context) {
-    return printer(fetchView<Records>(context, prepare), Records::description(),
-                   context.options.format);
+    return listPrinter(fetchView<Records>(context, prepare), Records::fields(),
+                       context.options.format);
   });
 }
 

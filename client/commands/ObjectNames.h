@@ -1,4 +1,4 @@
-// The name that is sent for an object.
+// The names of objects in requests.
 
 #ifndef CLIENT_COMMANDS_OBJECTNAMES_H
 #define CLIENT_COMMANDS_OBJECTNAMES_H
@@ -13,9 +13,10 @@ namespace topoctl {
 
 globaldefs::NVSList_T toList(const std::vector<TypedPair>& pairs);
 
-// The whole name of the object in the context's options. Unless it was given whole, a call is made
-// for the EMS that it starts with: that of the first node the agent shows. Throws Failure
-// (kCallFailed) when there is none; exceptions of the call pass.
+// Returns the whole name of the object in the context's options. A name that was typed without the
+// EMS gets the EMS of the first node of the topology subnetwork view, at the cost of a call. Throws
+// Failure (kCallFailed) when the view has no node or the node no EMS; exceptions of the call pass.
+// Thread-safety: any thread.
 globaldefs::NVSList_T objectName(const ManagerContext& context);
 
 }  // namespace topoctl

@@ -22,11 +22,11 @@ constexpr const char* kReceivers = "receivers";
 constexpr std::array<const char*, 3> kModuleStates = {"MS_LOADED", "MS_RELOADING", "MS_MISSING"};
 static_assert(kModuleStates.size() == TopoAgent::MS_MISSING + 1);
 
-// All but the receivers.
-const Description<Status_T>& statusDescription() {
+// The fields of the status except the receivers.
+const RecordFields<Status_T>& statusFields() {
   using Status = Status_T;
-  static const Description<Status> description = {
-      // The ORB delivers no other value than those of the enumeration.
+  static const RecordFields<Status> fields = {
+      // The ORB delivers only values of the enumeration.
       {"moduleState",
        [](const Status& status) -> Value {
          return std::string_view(kModuleStates[static_cast<std::size_t>(status.moduleState)]);
@@ -47,12 +47,12 @@ const Description<Status_T>& statusDescription() {
       {"subscribersDropped",
        [](const Status& status) -> Value { return std::uint64_t{status.subscribersDropped}; }},
   };
-  return description;
+  return fields;
 }
 
-const Description<ReceiverStatus_T>& receiverDescription() {
+const RecordFields<ReceiverStatus_T>& receiverFields() {
   using Receiver = ReceiverStatus_T;
-  static const Description<Receiver> description = {
+  static const RecordFields<Receiver> fields = {
       {"receiver",
        [](const Receiver& receiver) -> Value { return std::string_view(receiver.receiver.in()); }},
       {"isChannel", [](const Receiver& receiver) -> Value { return bool{receiver.isChannel}; }},
@@ -61,32 +61,32 @@ const Description<ReceiverStatus_T>& receiverDescription() {
       {"sent", [](const Receiver& receiver) -> Value { return std::uint64_t{receiver.sent}; }},
       {"lost", [](const Receiver& receiver) -> Value { return std::uint64_t{receiver.lost}; }},
   };
-  return description;
+  return fields;
 }
 
-// A record a field: its name and its value. Those of receivers are called receivers.0.receiver and
-// so on.
+// A row with name and value for each field of the status. The fields of the receivers are named
+// receivers.0.receiver and so on.
 class FieldRows final : public Rows {
  public:
   // Borrows the status.
   FieldRows(const Status_T& status, bool withReceivers)
       : status_(status), withReceivers_(withReceivers) {}
 
-  std::vector<std::string_view> fields() const override { return {"name", "value"}; }
+  std::vector<std::string_view> fieldNames() const override { return {"name", "value"}; }
 
   void forEach(const std::function<void(const Row&)>& visit) const override {
-    visitFields(status_, statusDescription(), "", visit);
+    visitFields(status_, statusFields(), "", visit);
     for (CORBA::ULong i = 0; withReceivers_ && i < status_.receivers.length(); ++i) {
-      visitFields(status_.receivers[i], receiverDescription(),
+      visitFields(status_.receivers[i], receiverFields(),
                   std::string(kReceivers) + "." + std::to_string(i) + ".", visit);
     }
   }
 
  private:
   template <typename Record>
-  static void visitFields(const Record& record, const Description<Record>& description,
+  static void visitFields(const Record& record, const RecordFields<Record>& fields,
                           const std::string& prefix, const std::function<void(const Row&)>& visit) {
-    for (const auto& field : description) {
+    for (const auto& field : fields) {
       const std::string name = prefix + field.name;
       visit({std::string_view(name), field.value(record)});
     }
@@ -97,18 +97,18 @@ class FieldRows final : public Rows {
 };
 
 void printTables(const Status_T& status, std::ostream& out) {
-  print(FieldRows(status, false), Format::kTable, out);
+  printRows(FieldRows(status, false), Format::kTable, out);
   out << '\n';
   Batches<ReceiverStatusList_T> receivers;
   receivers.add(new ReceiverStatusList_T(status.receivers));
-  print(DescribedRows<ReceiverStatusList_T>(receivers, receiverDescription()), Format::kTable, out);
+  printRows(ListRows<ReceiverStatusList_T>(receivers, receiverFields()), Format::kTable, out);
 }
 
 void printObject(const Status_T& status, std::ostream& out) {
-  Json object = toJson(status, statusDescription());
+  Json object = toJson(status, statusFields());
   Json receivers = Json::array();
   for (CORBA::ULong i = 0; i < status.receivers.length(); ++i) {
-    receivers.push_back(toJson(status.receivers[i], receiverDescription()));
+    receivers.push_back(toJson(status.receivers[i], receiverFields()));
   }
   object[kReceivers] = std::move(receivers);
   out << object.dump() << '\n';
@@ -123,7 +123,7 @@ void printStatus(const Status_T& status, Format format, std::ostream& out) {
     case Format::kJson:
       return printObject(status, out);
     case Format::kCsv:
-      return print(FieldRows(status, true), Format::kCsv, out);
+      return printRows(FieldRows(status, true), Format::kCsv, out);
   }
 }
 

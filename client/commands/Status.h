@@ -1,4 +1,4 @@
-// The command that shows how the agent is; docs/topoctl.md describes what it prints.
+// The command that prints the status of the agent as docs/topoctl.md describes it.
 
 #ifndef CLIENT_COMMANDS_STATUS_H
 #define CLIENT_COMMANDS_STATUS_H
@@ -11,6 +11,7 @@
 
 namespace topoctl {
 
+// Exceptions of the call pass. Thread-safety of both functions: any thread.
 PrintFunction status(TopoAgent::Console_I_ptr console, const Options& options);
 
 void printStatus(const TopoAgent::Status_T& status, Format format, std::ostream& out);

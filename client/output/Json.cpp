@@ -20,8 +20,8 @@ Json toJson(const globaldefs::NVSList_T& pairs) {
 Json toJson(const Value& value) {
   return std::visit(Overloaded{[](Unknown) { return Json(nullptr); },
                                [](std::string_view text) { return Json(validUtf8(text)); },
-                               [](ObjectName name) { return toJson(*name.pairs); },
-                               [](Information information) { return toJson(*information.pairs); },
+                               [](NamePairs name) { return toJson(*name.pairs); },
+                               [](InfoPairs information) { return toJson(*information.pairs); },
                                [](auto plain) { return Json(plain); }},
                     value);
 }

@@ -1,4 +1,4 @@
-// Values and records as JSON, with the fields in the order of their description.
+// Values and records as JSON. Thread-safety of all functions: any thread.
 
 #ifndef CLIENT_OUTPUT_JSON_H
 #define CLIENT_OUTPUT_JSON_H
@@ -11,14 +11,15 @@ namespace topoctl {
 
 using Json = nlohmann::ordered_json;
 
-// All texts become valid UTF-8.
+// Texts become valid UTF-8.
 Json toJson(const globaldefs::NVSList_T& pairs);
 Json toJson(const Value& value);
 
+// An object with the fields in the order of the IDL.
 template <typename Record>
-Json toJson(const Record& record, const Description<Record>& description) {
+Json toJson(const Record& record, const RecordFields<Record>& fields) {
   Json object = Json::object();
-  for (const auto& field : description) {
+  for (const auto& field : fields) {
     object[field.name] = toJson(field.value(record));
   }
   return object;

@@ -44,7 +44,7 @@ void DescriptorBuffer::writeBuffered() {
 
 Output::Output(int descriptor) : std::ostream(nullptr), buffer_(descriptor) {
   rdbuf(&buffer_);
-  exceptions(std::ios::badbit);  // lets the buffer's own exceptions through
+  exceptions(std::ios::badbit);  // passes the exceptions of the buffer
 }
 
 void flush(std::ostream& out) {
@@ -57,7 +57,7 @@ void flush(std::ostream& out) {
 void occupyStandardDescriptors() {
   for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
     if (fcntl(descriptor, F_GETFD) < 0) {
-      // The lowest free descriptor is this one, since those below it are open.
+      // open() returns the lowest free descriptor; all lower ones are open.
       open("/dev/null", descriptor == STDOUT_FILENO ? O_RDONLY : O_RDWR);
     }
   }

@@ -1,4 +1,4 @@
-// A stream onto a file descriptor that reports what the operating system says of a failed write.
+// Standard output as a stream that reports a failed write with the error of the operating system.
 
 #ifndef CLIENT_OUTPUT_OUTPUTSTREAM_H
 #define CLIENT_OUTPUT_OUTPUTSTREAM_H
@@ -9,7 +9,8 @@
 
 namespace topoctl {
 
-// Throws Failure (kLocal) when a write fails; what is buffered then is lost.
+// Buffers output to a file descriptor. Throws Failure (kLocal) when a write fails, and discards the
+// buffered output. Thread-safety: none.
 class DescriptorBuffer final : public std::streambuf {
  public:
   explicit DescriptorBuffer(int descriptor);  // borrowed
@@ -25,7 +26,8 @@ class DescriptorBuffer final : public std::streambuf {
   std::array<char, 65536> buffer_;
 };
 
-// Its failures are those of the buffer. Does not flush when it ends.
+// A stream on a DescriptorBuffer, whose failures pass. The destructor does not flush.
+// Thread-safety: none.
 class Output final : public std::ostream {
  public:
   explicit Output(int descriptor);  // borrowed
@@ -34,11 +36,12 @@ class Output final : public std::ostream {
   DescriptorBuffer buffer_;
 };
 
-// Throws Failure (kLocal) when what was written did not get out.
+// Flushes the stream. Throws Failure (kLocal) when this or an earlier write failed.
 void flush(std::ostream& out);
 
-// Puts /dev/null where standard input, output or error is closed, so that no connection gets a
-// descriptor that output is written to. Writing to such an output fails as it does on a closed one.
+// Opens /dev/null in place of a closed standard input, output or error, so that no connection gets
+// the descriptor of a standard stream. Writing to such an output fails as on a closed descriptor.
+// REQUIRES: no other thread runs.
 void occupyStandardDescriptors();
 
 }  // namespace topoctl

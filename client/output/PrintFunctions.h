@@ -1,4 +1,4 @@
-// Prints what a command's calls delivered.
+// Functions that print the result of a command. Thread-safety: none.
 
 #ifndef CLIENT_OUTPUT_PRINTFUNCTIONS_H
 #define CLIENT_OUTPUT_PRINTFUNCTIONS_H
@@ -13,39 +13,40 @@
 
 namespace topoctl {
 
-// Prints what a command's calls delivered. All calls are made before, so that a failure leaves no
-// partial output.
+// Owns the result of a command and prints the result to the stream. A command returns its
+// PrintFunction after the last call to the agent, so that a failed call leaves no partial output.
+// Exceptions of the stream pass.
 using PrintFunction = std::function<void(std::ostream&)>;
 
 // The PrintFunction of a command without a result.
 inline void printNothing(std::ostream&) {}
 
-// Borrows the description.
+// Prints one record a row. Borrows the fields.
 template <typename List>
-PrintFunction printer(Batches<List> batches,
-                      const Description<typename DescribedRows<List>::Record>& description,
-                      Format format) {
-  // Shared because a std::function must be copyable; batches are not.
+PrintFunction listPrinter(Batches<List> batches,
+                          const RecordFields<typename ListRows<List>::Record>& fields,
+                          Format format) {
+  // Shared: a std::function must be copyable, but batches are not.
   const auto shared = std::make_shared<const Batches<List>>(std::move(batches));
-  return [shared, &description, format](std::ostream& out) {
-    print(DescribedRows<List>(*shared, description), format, out);
+  return [shared, &fields, format](std::ostream& out) {
+    printRows(ListRows<List>(*shared, fields), format, out);
   };
 }
 
-// Takes ownership of the list, as of the result of a _retn().
+// Takes ownership of a list, such as the result of _retn().
 template <typename List>
 PrintFunction pairPrinter(List* list, Format format) {
   Batches<List> batches;
   batches.add(list);
-  return printer(std::move(batches), pairDescription(), format);
+  return listPrinter(std::move(batches), pairFields(), format);
 }
 
-// A result that is always one record. Borrows the description.
+// For a command whose result is always one record. Borrows the fields.
 template <typename Record>
-PrintFunction recordPrinter(const Record& record, const Description<Record>& description,
+PrintFunction recordPrinter(const Record& record, const RecordFields<Record>& fields,
                             Format format) {
-  return [record, &description, format](std::ostream& out) {
-    printOne(DescribedRecord<Record>(record, description), format, out);
+  return [record, &fields, format](std::ostream& out) {
+    printRecord(RecordRow<Record>(record, fields), format, out);
   };
 }
 

@@ -27,7 +27,7 @@ void writeObject(const std::vector<std::string_view>& fields, const Rows::Row& r
 }
 
 void printJson(const Rows& rows, std::ostream& out) {
-  const auto fields = rows.fields();
+  const auto fields = rows.fieldNames();
   const char* separator = "\n";
   out << '[';
   rows.forEach([&](const Rows::Row& row) {
@@ -62,15 +62,14 @@ std::string csvPairs(const NVSList_T& pairs) {
 }
 
 std::string csvText(const Value& value) {
-  return std::visit(
-      Overloaded{[](Unknown) { return std::string(); },
-                 [](bool truth) { return std::string(truth ? "true" : "false"); },
-                 [](std::int64_t number) { return std::to_string(number); },
-                 [](std::uint64_t number) { return std::to_string(number); },
-                 [](std::string_view text) { return validUtf8(text); },
-                 [](ObjectName name) { return csvPairs(*name.pairs); },
-                 [](Information information) { return csvPairs(*information.pairs); }},
-      value);
+  return std::visit(Overloaded{[](Unknown) { return std::string(); },
+                               [](bool truth) { return std::string(truth ? "true" : "false"); },
+                               [](std::int64_t number) { return std::to_string(number); },
+                               [](std::uint64_t number) { return std::to_string(number); },
+                               [](std::string_view text) { return validUtf8(text); },
+                               [](NamePairs name) { return csvPairs(*name.pairs); },
+                               [](InfoPairs information) { return csvPairs(*information.pairs); }},
+                    value);
 }
 
 std::string csvQuoted(const std::string& text) {
@@ -86,7 +85,7 @@ std::string csvQuoted(const std::string& text) {
 
 void printCsv(const Rows& rows, std::ostream& out) {
   const char* separator = "";
-  for (const std::string_view field : rows.fields()) {
+  for (const std::string_view field : rows.fieldNames()) {
     out << separator << field;
     separator = ",";
   }
@@ -101,15 +100,15 @@ void printCsv(const Rows& rows, std::ostream& out) {
 
 // ---- table
 
-// The last pair tells the object from its siblings; the pairs before it are the way down to it.
+// The last pair identifies the object among its siblings; the pairs before are its ancestors.
 std::string tableName(const NVSList_T& pairs) {
-  return pairs.length() == 0 ? "" : harmless(pairs[pairs.length() - 1].value.in());
+  return pairs.length() == 0 ? "" : escapeControls(pairs[pairs.length() - 1].value.in());
 }
 
 std::string tablePairs(const NVSList_T& pairs) {
   std::string text;
   forEachPair(pairs, [&text](std::string_view name, std::string_view value) {
-    text += (text.empty() ? "" : "; ") + harmless(name) + "=" + harmless(value);
+    text += (text.empty() ? "" : "; ") + escapeControls(name) + "=" + escapeControls(value);
   });
   return text;
 }
@@ -127,7 +126,7 @@ struct Cell {
 class Table {
  public:
   explicit Table(const Rows& rows) {
-    for (const std::string_view field : rows.fields()) {
+    for (const std::string_view field : rows.fieldNames()) {
       widths_.push_back(displayWidth(field));
     }
     rows.forEach([this](const Rows::Row& row) { measure(row); });
@@ -172,12 +171,12 @@ class Table {
   }
 
   std::vector<std::size_t> widths_;
-  std::vector<bool> numeric_;  // columns of numbers alone; empty without rows
+  std::vector<bool> numeric_;  // whether a column contains only numbers; empty without rows
 };
 
 void printTable(const Rows& rows, std::ostream& out) {
   const Table table(rows);
-  table.printHeader(rows.fields(), out);
+  table.printHeader(rows.fieldNames(), out);
   rows.forEach([&](const Rows::Row& row) { table.printRow(row, out); });
 }
 
@@ -189,13 +188,13 @@ std::string tableText(const Value& value) {
                  [](bool truth) { return std::string(truth ? "yes" : "no"); },
                  [](std::int64_t number) { return std::to_string(number); },
                  [](std::uint64_t number) { return std::to_string(number); },
-                 [](std::string_view text) { return harmless(text); },
-                 [](ObjectName name) { return tableName(*name.pairs); },
-                 [](Information information) { return tablePairs(*information.pairs); }},
+                 [](std::string_view text) { return escapeControls(text); },
+                 [](NamePairs name) { return tableName(*name.pairs); },
+                 [](InfoPairs information) { return tablePairs(*information.pairs); }},
       value);
 }
 
-void print(const Rows& rows, Format format, std::ostream& out) {
+void printRows(const Rows& rows, Format format, std::ostream& out) {
   switch (format) {
     case Format::kTable:
       return printTable(rows, out);
@@ -206,12 +205,12 @@ void print(const Rows& rows, Format format, std::ostream& out) {
   }
 }
 
-void printOne(const Rows& record, Format format, std::ostream& out) {
+void printRecord(const Rows& record, Format format, std::ostream& out) {
   if (format != Format::kJson) {
-    print(record, format, out);
+    printRows(record, format, out);
     return;
   }
-  record.forEach([&](const Rows::Row& row) { writeObject(record.fields(), row, out); });
+  record.forEach([&](const Rows::Row& row) { writeObject(record.fieldNames(), row, out); });
   out << '\n';
 }
 

@@ -1,4 +1,5 @@
-// The three output formats; docs/topoctl.md describes them.
+// The output formats table, json and csv as docs/topoctl.md describes them.
+// Thread-safety of all functions: any thread. Exceptions of the stream pass.
 
 #ifndef CLIENT_OUTPUT_PRINTER_H
 #define CLIENT_OUTPUT_PRINTER_H
@@ -11,13 +12,13 @@
 
 namespace topoctl {
 
-// Every format writes valid UTF-8; the table also keeps the terminal safe from what texts contain.
-void print(const Rows& rows, Format format, std::ostream& out);
+// Writes valid UTF-8 in every format, and in a table no control characters.
+void printRows(const Rows& rows, Format format, std::ostream& out);
 
-// For a result that is always one record: in json that object alone, not an array of it.
-void printOne(const Rows& record, Format format, std::ostream& out);
+// For a result that is always one record: json has an object instead of an array.
+void printRecord(const Rows& record, Format format, std::ostream& out);
 
-// A name by its last value, pairs as name=value; name=value.
+// A value as a cell of a table: of a name the last value, of information name=value; name=value.
 std::string tableText(const Value& value);
 
 }  // namespace topoctl

@@ -13,7 +13,7 @@ Progress::~Progress() {
   }
 }
 
-void Progress::show(std::size_t records) {
+void Progress::update(std::size_t records) {
   if (!isTerminal_) {
     return;
   }

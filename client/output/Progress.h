@@ -1,4 +1,4 @@
-// "3000 records" on a terminal, written over itself and gone at the end.
+// A line such as "3000 records" on a terminal.
 
 #ifndef CLIENT_OUTPUT_PROGRESS_H
 #define CLIENT_OUTPUT_PROGRESS_H
@@ -8,20 +8,23 @@
 
 namespace topoctl {
 
+// Overwrites the line with each update, and erases the line at the end.
+//
+// Thread-safety: none. Failures of the stream are ignored.
 class Progress {
  public:
-  // Borrows the stream. Writes nothing when it is not a terminal.
+  // Borrows the stream. Writes nothing unless the stream is a terminal.
   Progress(std::ostream& err, bool isTerminal);
   ~Progress();
   Progress(const Progress&) = delete;
   Progress& operator=(const Progress&) = delete;
 
-  void show(std::size_t records);
+  void update(std::size_t records);
 
  private:
   std::ostream& err_;
   const bool isTerminal_;
-  std::size_t width_ = 0;  // columns that are written on
+  std::size_t width_ = 0;  // columns of the line
 };
 
 }  // namespace topoctl

@@ -1,4 +1,4 @@
-// Records as rows of values, the form in which every output format reads them.
+// Records as rows of values, the form that every output format reads.
 
 #ifndef CLIENT_OUTPUT_ROWS_H
 #define CLIENT_OUTPUT_ROWS_H
@@ -14,16 +14,20 @@
 
 namespace topoctl {
 
-// What a printer sees of any batches. The values of a row are valid during the visit.
+// The rows of a result and the names of their columns.
+//
+// Thread-safety: concurrent calls are safe. Exceptions of `visit` pass.
 class Rows {
  public:
-  using Row = std::vector<Value>;
+  using Row = std::vector<Value>;  // one value a field
 
   virtual ~Rows() = default;
   Rows(const Rows&) = delete;
   Rows& operator=(const Rows&) = delete;
 
-  virtual std::vector<std::string_view> fields() const = 0;
+  virtual std::vector<std::string_view> fieldNames() const = 0;
+
+  // The row and its values are valid until `visit` returns.
   virtual void forEach(const std::function<void(const Row&)>& visit) const = 0;
 
  protected:
@@ -31,64 +35,64 @@ class Rows {
 };
 
 template <typename Record>
-std::vector<std::string_view> fieldNames(const Description<Record>& description) {
+std::vector<std::string_view> namesOf(const RecordFields<Record>& fields) {
   std::vector<std::string_view> names;
-  for (const auto& field : description) {
+  for (const auto& field : fields) {
     names.emplace_back(field.name);
   }
   return names;
 }
 
 template <typename Record>
-void fillRow(const Record& record, const Description<Record>& description, Rows::Row& row) {
+void fillRow(const Record& record, const RecordFields<Record>& fields, Rows::Row& row) {
   row.clear();
-  for (const auto& field : description) {
+  for (const auto& field : fields) {
     row.push_back(field.value(record));
   }
 }
 
-// Borrows the batches and the description.
+// A row for each record of the batches. Borrows the batches and the fields.
 template <typename List>
-class DescribedRows final : public Rows {
+class ListRows final : public Rows {
  public:
   using Record = std::decay_t<decltype(std::declval<const List&>()[0])>;
 
-  DescribedRows(const Batches<List>& batches, const Description<Record>& description)
-      : batches_(batches), description_(description) {}
+  ListRows(const Batches<List>& batches, const RecordFields<Record>& fields)
+      : batches_(batches), fields_(fields) {}
 
-  std::vector<std::string_view> fields() const override { return fieldNames(description_); }
+  std::vector<std::string_view> fieldNames() const override { return namesOf(fields_); }
 
   void forEach(const std::function<void(const Row&)>& visit) const override {
     Row row;
     batches_.forEach([&](const Record& record) {
-      fillRow(record, description_, row);
+      fillRow(record, fields_, row);
       visit(row);
     });
   }
 
  private:
   const Batches<List>& batches_;
-  const Description<Record>& description_;
+  const RecordFields<Record>& fields_;
 };
 
-// One record. Borrows it and the description.
+// One row. Borrows the record and the fields.
 template <typename Record>
-class DescribedRecord final : public Rows {
+class RecordRow final : public Rows {
  public:
-  DescribedRecord(const Record& record, const Description<Record>& description)
-      : record_(record), description_(description) {}
+  RecordRow(const Record& record, const RecordFields<Record>& fields)
+      : record_(record), fields_(fields) {}
 
-  std::vector<std::string_view> fields() const override { return fieldNames(description_); }
+  std::vector<std::string_view> fieldNames() const override { return namesOf(fields_); }
 
   void forEach(const std::function<void(const Row&)>& visit) const override {
     Row row;
-    fillRow(record_, description_, row);
+    fillRow(record_, fields_, row);
     visit(row);
   }
 
  private:
   const Record& record_;
-  const Description<Record>& description_;
+  const RecordFields<Record>& fields_;
 };
 
 }  // namespace topoctl

@@ -21,7 +21,7 @@ constexpr std::size_t kMaxIndentedLevel = 32;  // keeps the output of a deep tre
 constexpr const char* kOrphansHeading =
     "Orphans (the parent is not in the view, or is below the node itself):\n";
 
-// ---- names as keys, borrowed from the nodes
+// ---- names of nodes as keys; the nodes own the names
 
 struct NameHash {
   std::size_t operator()(const NVSList_T* name) const {
@@ -46,10 +46,10 @@ struct NameEqual {
   }
 };
 
-// ---- who is below whom
+// ---- the relation of children to parents
 
-// Nodes by number, in the order received. Two numbers after theirs stand for what is above the tops
-// and above the orphans.
+// Numbers the nodes in the order received. Two further numbers are the imaginary parents of the
+// nodes at the top and of the orphans.
 class Tree {
  public:
   explicit Tree(const Batches<NodeList_T>& nodes) {
@@ -66,7 +66,7 @@ class Tree {
   // visit(node, level) for everything below `top`, parents first, children in the order received.
   template <typename Visit>
   void forEachBelow(std::size_t top, Visit visit) const {
-    std::vector<std::size_t> path = {firstChild_[top]};  // of each level what comes next
+    std::vector<std::size_t> path = {firstChild_[top]};  // the next node of each level
     while (!path.empty()) {
       const std::size_t node = path.back();
       if (node == kNone) {
@@ -82,7 +82,7 @@ class Tree {
  private:
   static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
 
-  // The physical root map is above every network and never in a view.
+  // The physical root map is the parent of every network and never a node of a view.
   static bool isRootMap(const NVSList_T& parent) {
     const CORBA::ULong length = parent.length();
     return length > 0 && std::string_view(parent[length - 1].value.in()) == "QNMAP_PHY_SUBMAP";
@@ -91,7 +91,8 @@ class Tree {
   void findParents() {
     salted::Map<const NVSList_T*, std::size_t, NameHash, NameEqual> numbers;
     for (std::size_t i = 0; i < nodes_.size(); ++i) {
-      numbers.emplace(&nodes_[i]->name, i);  // of several with a name the first has the children
+      numbers.emplace(&nodes_[i]->name,
+                      i);  // the first of several nodes with one name gets the children
     }
     for (const Node_T* node : nodes_) {
       const auto found = numbers.find(&node->relatedName);
@@ -102,8 +103,8 @@ class Tree {
     }
   }
 
-  // Walks up from every node as far as no walk has been before. A walk that meets itself is in a
-  // cycle, whose members become orphans.
+  // Walks from every node to its ancestors until a node that an earlier walk visited. A walk that
+  // reaches a node of its own has found a cycle, whose members become orphans.
   void orphanCycles() {
     std::vector<std::size_t> walks(nodes_.size(), kNone);
     for (std::size_t start = 0; start < nodes_.size(); ++start) {
@@ -156,12 +157,12 @@ std::string lastPair(const NVSList_T& name) {
     return "[]";
   }
   const auto& pair = name[name.length() - 1];
-  return "[" + harmless(pair.name.in()) + " " + harmless(pair.value.in()) + "]";
+  return "[" + escapeControls(pair.name.in()) + " " + escapeControls(pair.value.in()) + "]";
 }
 
 void printBelow(const Tree& tree, std::size_t top, std::size_t topLevel, std::ostream& out) {
   tree.forEachBelow(top, [topLevel, &out](const Node_T& node, std::size_t level) {
-    const std::string label = harmless(node.nativeEMSName.in());
+    const std::string label = escapeControls(node.nativeEMSName.in());
     out << indentation(topLevel + level) << label << (label.empty() ? "" : " ")
         << lastPair(node.name) << '\n';
   });

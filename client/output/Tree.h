@@ -1,4 +1,4 @@
-// Nodes as a tree for people; docs/topoctl.md describes it.
+// Nodes as an indented tree, as docs/topoctl.md describes it.
 
 #ifndef CLIENT_OUTPUT_TREE_H
 #define CLIENT_OUTPUT_TREE_H
@@ -10,7 +10,8 @@
 
 namespace topoctl {
 
-// Takes time and writes text linear in the nodes, whatever their parents are.
+// Time and text are linear in the number of nodes, for any parents. Exceptions of the stream pass.
+// Thread-safety: any thread.
 void printTree(const Batches<TopoManagementManager::NodeList_T>& nodes, std::ostream& out);
 
 }  // namespace topoctl

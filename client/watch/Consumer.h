@@ -1,4 +1,4 @@
-// The object that an agent pushes notifications to.
+// The servant that an agent pushes notifications to.
 
 #ifndef CLIENT_WATCH_CONSUMER_H
 #define CLIENT_WATCH_CONSUMER_H
@@ -9,28 +9,31 @@
 
 namespace topoctl {
 
+// Passes the notifications of one subscription to the inbox.
+//
+// Thread-safety: any thread of the ORB. Borrows the inbox, which must outlive the activation.
 class Consumer final : public virtual POA_CosNotifyComm::StructuredPushConsumer {
  public:
-  // Borrows the inbox.
-  Consumer(Inbox& inbox, Inbox::Subscription subscription)
+  Consumer(Inbox& inbox, Inbox::SubscriptionId subscription)
       : inbox_(inbox), subscription_(subscription) {}
 
-  // Returns when there was room. OBJECT_NOT_EXIST once the subscription is over.
+  // Blocks while the inbox is full. Throws OBJECT_NOT_EXIST when the subscription is not the
+  // current one.
   void push_structured_event(const CosNotification::StructuredEvent& event) override {
     if (!inbox_.push(subscription_, decode(event))) {
       throw CORBA::OBJECT_NOT_EXIST();
     }
   }
 
-  void disconnect_structured_push_consumer() override { inbox_.end(subscription_); }
+  void disconnect_structured_push_consumer() override { inbox_.endSubscription(subscription_); }
 
-  // Of no interest: everything that is pushed is printed.
+  // Ignored: every event is printed, whether its type was offered or not.
   void offer_change(const CosNotification::EventTypeSeq&,
                     const CosNotification::EventTypeSeq&) override {}
 
  private:
   Inbox& inbox_;
-  const Inbox::Subscription subscription_;
+  const Inbox::SubscriptionId subscription_;
 };
 
 }  // namespace topoctl

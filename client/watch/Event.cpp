@@ -50,7 +50,7 @@ EventKind kindOf(const CosNotification::EventType& type) {
 
 // ---- values of any type
 
-// Whether the value is of the type; it is copied then.
+// Copies the value and returns true if the Any contains the type.
 template <typename Type>
 bool extract(const CORBA::Any& any, std::optional<Type>& value) {
   const Type* held = nullptr;
@@ -81,7 +81,7 @@ bool extract(const CORBA::Any& any, std::optional<bool>& value) {
   return true;
 }
 
-// A number of the type Sent.
+// As extract(), for a number that was sent with the type Sent.
 template <typename Sent, typename Kept>
 bool extractNumber(const CORBA::Any& any, std::optional<Kept>& value) {
   Sent held = 0;
@@ -105,7 +105,7 @@ bool extract(const CORBA::Any& any, std::optional<std::int64_t>& value) {
 }
 
 template <typename Type>
-bool extractOwn(const CORBA::Any& any, OwnValue& own) {
+bool extractOwn(const CORBA::Any& any, OwnedValue& own) {
   std::optional<Type> value;
   if (!extract(any, value)) {
     return false;
@@ -114,8 +114,8 @@ bool extractOwn(const CORBA::Any& any, OwnValue& own) {
   return true;
 }
 
-OwnValue ownValue(const CORBA::Any& any) {
-  OwnValue own;
+OwnedValue ownedValue(const CORBA::Any& any) {
+  OwnedValue own;
   extractOwn<std::string>(any, own) || extractOwn<bool>(any, own) ||
       extractOwn<std::int64_t>(any, own) || extractOwn<std::uint64_t>(any, own) ||
       extractOwn<NVSList_T>(any, own);
@@ -126,7 +126,7 @@ OwnValue ownValue(const CORBA::Any& any) {
 
 void decodeObjectType(const CORBA::Any& any, Event& event) {
   notifications::ObjectType_T type{};
-  // Not every ORB checks that the value is one of the enumeration.
+  // An ORB may deliver values outside the enumeration.
   if ((any >>= type) && static_cast<std::size_t>(type) < kObjectTypes.size()) {
     event.objectType = kObjectTypes[static_cast<std::size_t>(type)];
   }
@@ -138,7 +138,7 @@ void decodeAttributes(const CORBA::Any& any, Event& event) {
     return;
   }
   for (CORBA::ULong i = 0; i < list->length(); ++i) {
-    event.attributes.push_back({(*list)[i].name.in(), ownValue((*list)[i].value)});
+    event.attributes.push_back({(*list)[i].name.in(), ownedValue((*list)[i].value)});
   }
 }
 
@@ -175,21 +175,21 @@ constexpr std::array<Part, 10> kParts = {{
     {notification_layout::kLostCount, decodeMember<&Event::lostCount>},
 }};
 
-// An ORB may find only here that a value is not what its type says.
+// Some ORBs decode an Any here, and raise an exception for a malformed value.
 void decodePart(const Part& part, const CORBA::Any& any, Event& event) {
   try {
     part.decode(any, event);
   } catch (const CORBA::SystemException&) {
-    // Left out, as a part that is missing.
+    // Treated like a missing part.
   }
 }
 
 }  // namespace
 
-Value toValue(const OwnValue& own) {
+Value borrowedValue(const OwnedValue& own) {
   return std::visit(
       Overloaded{[](const std::string& text) -> Value { return std::string_view(text); },
-                 [](const NVSList_T& pairs) -> Value { return Information{&pairs}; },
+                 [](const NVSList_T& pairs) -> Value { return InfoPairs{&pairs}; },
                  [](auto plain) -> Value { return plain; }},
       own);
 }

@@ -1,4 +1,4 @@
-// A notification as this program sees it, whatever of it arrived.
+// A notification, decoded as far as its parts have the expected types.
 
 #ifndef CLIENT_WATCH_EVENT_H
 #define CLIENT_WATCH_EVENT_H
@@ -16,19 +16,20 @@ namespace topoctl {
 
 enum class EventKind { kCreation, kDeletion, kChange, kLost, kOther };
 
-// As Value, but not borrowed.
-using OwnValue =
+// As Value, but owns the text or the pairs.
+using OwnedValue =
     std::variant<Unknown, bool, std::int64_t, std::uint64_t, std::string, globaldefs::NVSList_T>;
 
-// Borrows.
-Value toValue(const OwnValue& own);
+// Borrows from `owned`.
+Value borrowedValue(const OwnedValue& owned);
 
 struct ChangedAttribute {
   std::string name;
-  OwnValue value;  // the new one
+  OwnedValue value;  // the new one
 };
 
-// What is empty was not sent, or not as a value of the type that it should have.
+// A member is empty when the agent did not send the part, or sent a value of another type. A plain
+// value: no thread-safety of its own.
 struct Event {
   EventKind kind = EventKind::kOther;
   std::string type;  // "NT_..."
@@ -41,16 +42,17 @@ struct Event {
   std::variant<Unknown, TopoManagementManager::Node_T, topologicalLink::TopologicalLink_T>
       object;                                // of creations
   std::vector<ChangedAttribute> attributes;  // of changes
-  std::optional<std::string> firstLostId;    // of lost events, as are the following
+  std::optional<std::string> firstLostId;    // of lost events, as the next two members
   std::optional<std::string> lastLostId;
   std::optional<std::uint64_t> lostCount;
-  bool isResync = false;  // found by comparing views
+  bool isResync = false;  // found by comparing two views, not received
 };
 
-// Of any content; what cannot be understood is left out.
+// Decodes an event of any content. Leaves parts out that have no known name or not the expected
+// type. Thread-safety: any thread.
 Event decode(const CosNotification::StructuredEvent& received);
 
-// The number that a notification's id is; none for anything but a decimal number of 64 bits.
+// The id of a notification as a number; empty unless the id is a decimal number of 64 bits.
 std::optional<std::uint64_t> parseId(const std::optional<std::string>& id);
 
 }  // namespace topoctl

@@ -21,7 +21,7 @@ using TopoManagementManager::Node_T;
 
 constexpr std::string_view kGap = "  ";
 
-// In the form of emsTime, yyyyMMddHHmmss.sZ.
+// The form of emsTime: yyyyMMddHHmmss.sZ.
 std::string stamp(TimePoint time) {
   const auto tenths = std::chrono::duration_cast<std::chrono::duration<std::int64_t, std::deci>>(
                           time.time_since_epoch())
@@ -60,9 +60,9 @@ void addText(Json& object, const char* name, const std::optional<std::string>& t
 
 void addObject(Json& line, const Event& event) {
   if (const auto* node = std::get_if<Node_T>(&event.object)) {
-    line["object"] = toJson(*node, nodeDescription());
+    line["object"] = toJson(*node, nodeFields());
   } else if (const auto* link = std::get_if<TopologicalLink_T>(&event.object)) {
-    line["object"] = toJson(*link, linkDescription());
+    line["object"] = toJson(*link, linkFields());
   }
 }
 
@@ -71,7 +71,7 @@ void addAttributes(Json& line, const Event& event) {
   for (const ChangedAttribute& changed : event.attributes) {
     Json attribute;
     attribute["name"] = validUtf8(changed.name);
-    attribute["value"] = toJson(toValue(changed.value));
+    attribute["value"] = toJson(borrowedValue(changed.value));
     attributes.push_back(std::move(attribute));
   }
   line["attributes"] = std::move(attributes);
@@ -116,26 +116,26 @@ bool isStamp(const std::string& text) {
          });
 }
 
-// 2026-11-21 10:03:07.4Z; a time of any other form as it is.
+// 2026-11-21 10:03:07.4Z; a time of another form stays as sent, with control characters escaped.
 std::string readableTime(const std::string& text) {
   if (!isStamp(text)) {
-    return harmless(text);
+    return escapeControls(text);
   }
   return text.substr(0, 4) + "-" + text.substr(4, 2) + "-" + text.substr(6, 2) + " " +
          text.substr(8, 2) + ":" + text.substr(10, 2) + ":" + text.substr(12);
 }
 
-// The class and the value of an object, by the last pair of its name.
+// The class and the value in the last pair of the name.
 std::string tableObject(const std::optional<NVSList_T>& name) {
   if (!name || name->length() == 0) {
     return "(no name)";
   }
   const auto& pair = std::as_const(*name)[name->length() - 1];
-  return harmless(pair.name.in()) + " " + harmless(pair.value.in());
+  return escapeControls(pair.name.in()) + " " + escapeControls(pair.value.in());
 }
 
 std::string quoted(const char* text) {
-  return '"' + harmless(text) + '"';
+  return '"' + escapeControls(text) + '"';
 }
 
 std::string tableCreation(const Event& event) {
@@ -153,15 +153,15 @@ std::string tableChange(const Event& event) {
   std::string line = tableObject(event.objectName);
   for (const ChangedAttribute& changed : event.attributes) {
     const auto* const text = std::get_if<std::string>(&changed.value);
-    line += std::string(kGap) + harmless(changed.name) + "=" +
-            (text != nullptr ? quoted(text->c_str()) : tableText(toValue(changed.value)));
+    line += std::string(kGap) + escapeControls(changed.name) + "=" +
+            (text != nullptr ? quoted(text->c_str()) : tableText(borrowedValue(changed.value)));
   }
   return line;
 }
 
 std::string tableLost(const Event& event) {
-  const std::string range =
-      harmless(event.firstLostId.value_or("?")) + " to " + harmless(event.lastLostId.value_or("?"));
+  const std::string range = escapeControls(event.firstLostId.value_or("?")) + " to " +
+                            escapeControls(event.lastLostId.value_or("?"));
   const std::uint64_t count = event.lostCount.value_or(0);
   return "notifications " + range + (count == 0 ? "" : " (" + std::to_string(count) + ")");
 }
@@ -180,7 +180,7 @@ std::string tableText(const Event& event) {
     case EventKind::kOther:
       break;
   }
-  return "other" + gap + harmless(event.type) + gap + tableObject(event.objectName);
+  return "other" + gap + escapeControls(event.type) + gap + tableObject(event.objectName);
 }
 
 std::string tableLine(const std::string& time, const std::string& text) {
@@ -192,7 +192,7 @@ std::string tableLine(const std::string& time, const std::string& text) {
 EventLines::EventLines(std::ostream& out, Format format, Clock clock)
     : out_(out), format_(format), clock_(std::move(clock)) {}
 
-void EventLines::tell(const Event& event) {
+void EventLines::printEvent(const Event& event) {
   if (format_ == Format::kJson) {
     write(jsonLine(event));
     return;
@@ -202,7 +202,7 @@ void EventLines::tell(const Event& event) {
   write(tableLine(time, tableText(event) + (event.isResync ? "  (resync)" : "")));
 }
 
-void EventLines::tellWatching(std::size_t nodes) {
+void EventLines::printWatching(std::size_t nodes) {
   const std::string time = stamp(clock_());
   if (format_ == Format::kJson) {
     write(Json({{"event", "watching"}, {"nodes", nodes}, {"time", time}}).dump());
@@ -211,12 +211,12 @@ void EventLines::tellWatching(std::size_t nodes) {
   }
 }
 
-void EventLines::tellDisconnected(const std::string& reason) {
+void EventLines::printDisconnected(const std::string& reason) {
   const std::string time = stamp(clock_());
   if (format_ == Format::kJson) {
     write(Json({{"event", "disconnected"}, {"reason", validUtf8(reason)}, {"time", time}}).dump());
   } else {
-    write(tableLine(time, "disconnected  " + harmless(reason)));
+    write(tableLine(time, "disconnected  " + escapeControls(reason)));
   }
 }
 

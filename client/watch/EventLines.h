@@ -1,4 +1,4 @@
-// Events and what is said about their arrival, as one line each; docs/topoctl.md describes them.
+// Prints events and the state of the connection, one line each, as docs/topoctl.md describes them.
 
 #ifndef CLIENT_WATCH_EVENTLINES_H
 #define CLIENT_WATCH_EVENTLINES_H
@@ -17,16 +17,18 @@ namespace topoctl {
 using TimePoint = std::chrono::system_clock::time_point;
 using Clock = std::function<TimePoint()>;
 
-// Writes each line at once. Throws Failure (kLocal) when it cannot. The clock is for lines without
-// a time of the agent.
+// Flushes after every line. Throws Failure (kLocal) when the stream fails.
+//
+// Thread-safety: none.
 class EventLines {
  public:
-  // Borrows the stream. REQUIRES: the format is table or json.
+  // Borrows the stream. The clock gives the time of lines without a time of the agent.
+  // REQUIRES: the format is table or json.
   EventLines(std::ostream& out, Format format, Clock clock);
 
-  void tell(const Event& event);
-  void tellWatching(std::size_t nodes);
-  void tellDisconnected(const std::string& reason);
+  void printEvent(const Event& event);
+  void printWatching(std::size_t nodes);
+  void printDisconnected(const std::string& reason);
 
  private:
   void write(const std::string& line);

@@ -6,24 +6,25 @@ namespace topoctl {
 
 using Lock = std::unique_lock<std::mutex>;
 
-bool Inbox::push(Subscription subscription, Event event) {
+bool Inbox::push(SubscriptionId subscription, Event event) {
   Lock lock(mutex_);
-  changed_.wait(
-      lock, [this, subscription] { return !isOpen(subscription) || events_.size() < capacity_; });
-  if (!isOpen(subscription)) {
+  changed_.wait(lock, [this, subscription] {
+    return !isCurrent(subscription) || events_.size() < capacity_;
+  });
+  if (!isCurrent(subscription)) {
     return false;
   }
   const auto id = parseId(event.notificationId);
   if (id && previousId_ && *id <= *previousId_) {
     return true;
   }
-  note(event);
+  rememberId(event);
   events_.push_back(std::move(event));
   changed_.notify_all();
   return true;
 }
 
-void Inbox::note(const Event& event) {
+void Inbox::rememberId(const Event& event) {
   if (const auto id = parseId(event.notificationId)) {
     previousId_ = id;
     lastId_ = *event.notificationId;
@@ -32,15 +33,15 @@ void Inbox::note(const Event& event) {
   }
 }
 
-void Inbox::end(Subscription subscription) {
+void Inbox::endSubscription(SubscriptionId subscription) {
   const Lock lock(mutex_);
-  if (isOpen(subscription)) {
+  if (isCurrent(subscription)) {
     ended_ = true;
     changed_.notify_all();
   }
 }
 
-Inbox::Subscription Inbox::begin() {
+Inbox::SubscriptionId Inbox::startSubscription() {
   const Lock lock(mutex_);
   ++subscription_;
   ended_ = false;
@@ -54,16 +55,16 @@ std::string Inbox::lastId() const {
   return lastId_;
 }
 
-Inbox::Taken Inbox::take(std::chrono::milliseconds timeout) {
+Inbox::TakeResult Inbox::take(std::chrono::milliseconds timeout) {
   Lock lock(mutex_);
   changed_.wait_for(lock, timeout, [this] { return stopped_ || ended_ || !events_.empty(); });
   if (stopped_) {
     return {State::kStopped, {}};
   }
   if (events_.empty()) {
-    return {ended_ ? State::kEnded : State::kNothing, {}};
+    return {ended_ ? State::kEnded : State::kTimeout, {}};
   }
-  Taken taken = {State::kEvent, std::move(events_.front())};
+  TakeResult taken = {State::kEvent, std::move(events_.front())};
   events_.pop_front();
   changed_.notify_all();
   return taken;
@@ -78,7 +79,7 @@ void Inbox::takeAll(std::deque<Event>& events, std::size_t limit) {
   changed_.notify_all();
 }
 
-void Inbox::pause(std::chrono::milliseconds duration) {
+void Inbox::waitForStop(std::chrono::milliseconds duration) {
   Lock lock(mutex_);
   changed_.wait_for(lock, duration, [this] { return stopped_; });
 }

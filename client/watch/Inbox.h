@@ -1,4 +1,4 @@
-// What arrived and was not looked at yet, between the ORB's threads and the one that prints.
+// The queue between the ORB's threads, which receive notifications, and the thread that prints.
 
 #ifndef CLIENT_WATCH_INBOX_H
 #define CLIENT_WATCH_INBOX_H
@@ -16,62 +16,68 @@
 
 namespace topoctl {
 
-// Events come from one subscription at a time; what an earlier one still delivers is refused, and
-// what it delivered before stays. Thread-safe.
+// A bounded queue of events. Events come from one subscription at a time: events of an earlier
+// subscription are rejected, but stay in the queue when they arrived in time.
+//
+// Thread-safety: any thread. Owns its events. Functions throw std::bad_alloc only.
 class Inbox {
  public:
-  using Subscription = std::uint64_t;
+  using SubscriptionId = std::uint64_t;
 
   enum class State {
     kEvent,
-    kNothing,  // in the time given
-    kEnded,    // the agent said that the subscription is over
-    kStopped,
+    kTimeout,
+    kEnded,    // the agent has ended the subscription
+    kStopped,  // stop() was called
   };
-  struct Taken {
+  struct TakeResult {
     State state;
-    Event event;  // for kEvent
+    Event event;  // of kEvent
   };
 
+  // REQUIRES: capacity > 0.
   explicit Inbox(std::size_t capacity) : capacity_(capacity) {}
 
   // ---- for the threads that receive
 
-  // Waits while the inbox is full. Drops an event whose id is not above that of the one before, as
-  // a repeated call delivers it. False when the subscription is not the present one any more.
-  bool push(Subscription subscription, Event event);
+  // Waits while the queue is full, then appends the event. Drops an event whose id is not above the
+  // previous id of the subscription: the agent has repeated a call. Returns false when the
+  // subscription is not the current one or the inbox is stopped.
+  bool push(SubscriptionId subscription, Event event);
 
-  void end(Subscription subscription);
+  // Marks the subscription as ended by the agent. Does nothing for an earlier subscription.
+  void endSubscription(SubscriptionId subscription);
 
   // ---- for the thread that prints
 
-  // Ends the subscription that there is, and those that wait in it.
-  Subscription begin();
+  // Starts a new subscription in place of the current one, and wakes the threads that wait in
+  // push() for the current one.
+  SubscriptionId startSubscription();
 
-  // The last id that arrived, missed notifications included; "" before there is one.
+  // The highest id that has arrived, lost notifications included; "" before the first id.
   std::string lastId() const;
 
-  // Waits for an event; those that are here come first, except for a stop.
-  Taken take(std::chrono::milliseconds timeout);
+  // Waits for an event until the timeout. The order of precedence is kStopped, kEvent, kEnded.
+  TakeResult take(std::chrono::milliseconds timeout);
 
-  // Moves events that are here behind those in `events`, as long as these are less than `limit`.
+  // Moves queued events to the end of `events` until `events` has `limit` elements.
   void takeAll(std::deque<Event>& events, std::size_t limit);
 
-  // Waits for a stop alone.
-  void pause(std::chrono::milliseconds duration);
+  // Waits until stop() is called, at most for the duration.
+  void waitForStop(std::chrono::milliseconds duration);
 
   bool isStopped() const;
 
   // ---- for any thread
 
-  // For good: nothing is received or waited for any more.
+  // Stops the inbox permanently: push() returns false and no function waits any more.
   void stop();
 
  private:
-  bool isOpen(Subscription subscription) const {
+  bool isCurrent(SubscriptionId subscription) const {
     return !stopped_ && subscription == subscription_;
   }
-  void note(const Event& event);
+  void rememberId(const Event& event);
 
   const std::size_t capacity_;
   mutable std::mutex mutex_;
@@ -79,10 +85,10 @@ class Inbox {
 
   // All guarded by mutex_.
   std::deque<Event> events_;
-  Subscription subscription_ = 0;
-  bool ended_ = false;  // the present subscription, by the agent
+  SubscriptionId subscription_ = 0;
+  bool ended_ = false;  // the agent has ended the current subscription
   bool stopped_ = false;
-  std::optional<std::uint64_t> previousId_;  // of the present subscription
+  std::optional<std::uint64_t> previousId_;  // of the current subscription
   std::string lastId_;
 };
 

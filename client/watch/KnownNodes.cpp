@@ -21,7 +21,7 @@ void appendSized(std::string& key, std::string_view text) {
 // ---- changes of attributes
 
 template <typename Number>
-void setNumber(const OwnValue& value, Number& number) {
+void setNumber(const OwnedValue& value, Number& number) {
   if (const auto* held = std::get_if<std::int64_t>(&value)) {
     number = static_cast<Number>(*held);
   } else if (const auto* positive = std::get_if<std::uint64_t>(&value)) {
@@ -29,7 +29,7 @@ void setNumber(const OwnValue& value, Number& number) {
   }
 }
 
-void setPairs(const OwnValue& value, NVSList_T& pairs) {
+void setPairs(const OwnedValue& value, NVSList_T& pairs) {
   if (const auto* held = std::get_if<NVSList_T>(&value)) {
     pairs = *held;
   }
@@ -64,31 +64,31 @@ bool equal(const NVSList_T& a, const NVSList_T& b) {
   return same;
 }
 
-// Of the same field of two nodes.
+// REQUIRES: both values are of the same field.
 bool equal(const Value& a, const Value& b) {
   return std::visit(
-      Overloaded{
-          [&b](ObjectName name) { return equal(*name.pairs, *std::get<ObjectName>(b).pairs); },
-          [&b](Information info) { return equal(*info.pairs, *std::get<Information>(b).pairs); },
-          [](Unknown) { return true; },
-          [&b](auto plain) { return plain == std::get<decltype(plain)>(b); }},
+      Overloaded{[&b](NamePairs name) { return equal(*name.pairs, *std::get<NamePairs>(b).pairs); },
+                 [&b](InfoPairs info) { return equal(*info.pairs, *std::get<InfoPairs>(b).pairs); },
+                 [](Unknown) { return true; },
+                 [&b](auto plain) { return plain == std::get<decltype(plain)>(b); }},
       a);
 }
 
-OwnValue toOwn(const Value& value) {
-  return std::visit(Overloaded{[](std::string_view text) -> OwnValue { return std::string(text); },
-                               [](ObjectName name) -> OwnValue { return *name.pairs; },
-                               [](Information info) -> OwnValue { return *info.pairs; },
-                               [](auto plain) -> OwnValue { return plain; }},
-                    value);
+OwnedValue toOwned(const Value& value) {
+  return std::visit(
+      Overloaded{[](std::string_view text) -> OwnedValue { return std::string(text); },
+                 [](NamePairs name) -> OwnedValue { return *name.pairs; },
+                 [](InfoPairs info) -> OwnedValue { return *info.pairs; },
+                 [](auto plain) -> OwnedValue { return plain; }},
+      value);
 }
 
 std::vector<ChangedAttribute> changesOf(const Node_T& before, const Node_T& after) {
   std::vector<ChangedAttribute> changes;
-  for (const auto& field : nodeDescription()) {
+  for (const auto& field : nodeFields()) {
     const Value value = field.value(after);
     if (!equal(field.value(before), value)) {
-      changes.push_back({field.name, toOwn(value)});
+      changes.push_back({field.name, toOwned(value)});
     }
   }
   return changes;
@@ -105,7 +105,7 @@ Event resyncEvent(EventKind kind, const char* type, const Node_T& node) {
 
 using Entries = std::vector<const KnownNodes::Entry*>;
 
-// How many of the entries' nodes are above each; those of a cycle have any number.
+// The number of ancestors of each entry among the entries; arbitrary for members of a cycle.
 std::vector<std::size_t> depthsOf(const Entries& entries) {
   salted::Map<std::string, std::size_t> numbers;
   for (std::size_t i = 0; i < entries.size(); ++i) {
@@ -121,7 +121,7 @@ std::vector<std::size_t> depthsOf(const Entries& entries) {
         above = depths[at] + 1;
         break;
       }
-      depths[at] = 0;  // ends the walk when it comes back here
+      depths[at] = 0;  // ends a walk that returns to this entry
       path.push_back(at);
       const auto parent = numbers.find(keyOf(entries[at]->node.relatedName));
       if (parent == numbers.end()) {
@@ -156,12 +156,13 @@ Entries inOrder(const Entries& entries, bool deepestFirst) {
   return result;
 }
 
-// What is known, as it will be after the events that are held.
+// The known nodes after the pending events, without a copy of all nodes: copies only nodes that an
+// event names.
 class Expected {
  public:
-  // Borrows what is known.
-  Expected(const KnownNodes& known, const std::deque<Event>& held) : known_(known) {
-    for (const Event& event : held) {
+  // Borrows `known`.
+  Expected(const KnownNodes& known, const std::deque<Event>& pending) : known_(known) {
+    for (const Event& event : pending) {
       if (event.objectName) {
         take(keyOf(*event.objectName));
       }
@@ -173,7 +174,7 @@ class Expected {
     return taken_.count(key) > 0 ? touched_.find(key) : known_.find(key);
   }
 
-  // visit(key, entry) in no order.
+  // Calls visit(key, entry) in an arbitrary order.
   template <typename Visit>
   void forEach(Visit visit) const {
     for (const auto& [key, entry] : known_.entries()) {
@@ -195,11 +196,11 @@ class Expected {
   }
 
   const KnownNodes& known_;
-  salted::Set<std::string> taken_;  // the keys that the events are about
-  KnownNodes touched_;              // the nodes of these keys
+  salted::Set<std::string> taken_;  // the keys of the nodes that events name
+  KnownNodes touched_;              // the nodes of these keys after the events
 };
 
-void tellDeletions(const Expected& expected, const KnownNodes& read, std::vector<Event>& events) {
+void appendDeletions(const Expected& expected, const KnownNodes& read, std::vector<Event>& events) {
   Entries deleted;
   expected.forEach([&](const std::string& key, const KnownNodes::Entry& entry) {
     if (read.find(key) == nullptr) {
@@ -212,7 +213,7 @@ void tellDeletions(const Expected& expected, const KnownNodes& read, std::vector
   }
 }
 
-void tellCreations(const Expected& expected, const KnownNodes& read, std::vector<Event>& events) {
+void appendCreations(const Expected& expected, const KnownNodes& read, std::vector<Event>& events) {
   Entries created;
   for (const auto& [key, entry] : read.entries()) {
     if (expected.find(key) == nullptr) {
@@ -226,7 +227,7 @@ void tellCreations(const Expected& expected, const KnownNodes& read, std::vector
   }
 }
 
-void tellChanges(const Expected& expected, const KnownNodes& read, std::vector<Event>& events) {
+void appendChanges(const Expected& expected, const KnownNodes& read, std::vector<Event>& events) {
   std::vector<std::pair<std::uint64_t, Event>> changed;
   for (const auto& [key, entry] : read.entries()) {
     const KnownNodes::Entry* const before = expected.find(key);
@@ -292,15 +293,15 @@ const KnownNodes::Entry* KnownNodes::find(const std::string& key) const {
 }
 
 std::vector<Event> resync(const KnownNodes& known, KnownNodes& read,
-                          const std::deque<Event>& held) {
-  for (const Event& event : held) {
+                          const std::deque<Event>& pending) {
+  for (const Event& event : pending) {
     read.apply(event);
   }
-  const Expected expected(known, held);
+  const Expected expected(known, pending);
   std::vector<Event> events;
-  tellDeletions(expected, read, events);
-  tellCreations(expected, read, events);
-  tellChanges(expected, read, events);
+  appendDeletions(expected, read, events);
+  appendCreations(expected, read, events);
+  appendChanges(expected, read, events);
   return events;
 }
 

@@ -1,4 +1,4 @@
-// The nodes of the topology subnetwork view as far as they are known, kept up to date by events.
+// The nodes of the topology subnetwork view, updated by events.
 
 #ifndef CLIENT_WATCH_KNOWNNODES_H
 #define CLIENT_WATCH_KNOWNNODES_H
@@ -14,39 +14,43 @@
 
 namespace topoctl {
 
-// Tells names apart, whatever they hold.
+// A key that is equal for equal names only, whatever texts the names contain.
 std::string keyOf(const globaldefs::NVSList_T& name);
 
+// A copy of the view in memory: filled from a read view, then updated by each event.
+//
+// Thread-safety: none. Owns the nodes. Functions throw std::bad_alloc only.
 class KnownNodes {
  public:
   struct Entry {
     TopoManagementManager::Node_T node;
-    std::uint64_t place;  // rises in the order in which names were put first
+    std::uint64_t place;  // position of the name in the order of the first put()
   };
 
-  // In the place of a node of the same name.
+  // Adds the node, or replaces the node of the same name.
   void put(const TopoManagementManager::Node_T& node);
 
-  // What a creation, a deletion or a change of a node says; other events do nothing. Applying a
-  // sequence of events once more leads to the same nodes.
+  // Applies a creation, a deletion or a change of a node; ignores other events. Idempotent:
+  // applying a sequence of events twice gives the same nodes.
   void apply(const Event& event);
 
   std::size_t size() const { return entries_.size(); }
-  const Entry* find(const std::string& key) const;  // null when there is none
+  const Entry* find(const std::string& key) const;  // null: no such node
   const salted::Map<std::string, Entry>& entries() const { return entries_; }
 
  private:
   void change(const Event& event);
 
-  salted::Map<std::string, Entry> entries_;  // by keyOf the name
+  salted::Map<std::string, Entry> entries_;  // by keyOf(name)
   std::uint64_t nextPlace_ = 0;
 };
 
-// Applies the events that are held, in order, to the nodes that were read after they were known,
-// while the events arrived: then `read` is what will be known after them. What is told is the
-// difference to that which `known` would be after them, so nothing that a held event tells itself:
-// deletions, children first; creations, parents first; changes.
-std::vector<Event> resync(const KnownNodes& known, KnownNodes& read, const std::deque<Event>& held);
+// Brings `known` up to date after a re-read. `read` is a snapshot of the view that was taken while
+// the `pending` events were arriving. Applies `pending` to `read`. Returns synthetic events that
+// turn known+pending into read+pending, so that no change of a pending event is printed twice:
+// deletions (children first), creations (parents first), changes. Thread-safety: none.
+std::vector<Event> resync(const KnownNodes& known, KnownNodes& read,
+                          const std::deque<Event>& pending);
 
 }  // namespace topoctl
 

@@ -63,7 +63,7 @@ StopSignals::~StopSignals() {
   pthread_sigmask(SIG_SETMASK, &maskBefore_, nullptr);
 }
 
-// The next signal; false when the thread shall end.
+// Waits for the next signal. Returns false when the destructor has asked the thread to end.
 bool StopSignals::next(int& number) const {
   std::array<pollfd, 2> waited = {{{end_, POLLIN, 0}, {arrived_, POLLIN, 0}}};
   while (poll(waited.data(), waited.size(), -1) < 0 && errno == EINTR) {

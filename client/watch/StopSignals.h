@@ -1,4 +1,4 @@
-// The signals that end a program which runs until it is told to end.
+// Ends a program by SIGINT or SIGTERM.
 
 #ifndef CLIENT_WATCH_STOPSIGNALS_H
 #define CLIENT_WATCH_STOPSIGNALS_H
@@ -9,14 +9,15 @@
 
 namespace topoctl {
 
-// Waits for SIGINT and SIGTERM in a thread of its own, which calls the function at the first one. A
-// further one ends the process, should it hang. A signal that the process was started to ignore
-// stays ignored. Threads that were started before get the signals as ever, so make this first. One
-// at a time in a process.
+// Calls a function in a separate thread at the first SIGINT or SIGTERM. The second signal kills the
+// process, in case the process hangs. A signal that is ignored at construction stays ignored.
+//
+// Owns its thread. REQUIRES: at most one instance in a process, constructed before any thread that
+// could receive the signals. The function must not throw. Throws std::system_error.
 class StopSignals {
  public:
   explicit StopSignals(std::function<void()> onStop);
-  ~StopSignals();  // the signals are again as before
+  ~StopSignals();  // restores the signal mask
   StopSignals(const StopSignals&) = delete;
   StopSignals& operator=(const StopSignals&) = delete;
 
@@ -27,8 +28,8 @@ class StopSignals {
   const std::function<void()> onStop_;
   sigset_t signals_;
   sigset_t maskBefore_;
-  int arrived_;  // descriptor of the signals
-  int end_;      // descriptor that can be read once the thread shall end
+  int arrived_;  // signalfd
+  int end_;      // eventfd; readable: the thread ends
   std::thread waiter_;
 };
 

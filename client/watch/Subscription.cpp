@@ -13,9 +13,10 @@ using TopoManagementManager::NodeIterator_I;
 using TopoManagementManager::NodeList_T;
 using TopoManagementManager::TopoMgr_I_var;
 
-constexpr std::chrono::milliseconds kFarewell{2000};
+constexpr std::chrono::milliseconds kUnsubscribeTimeout{2000};
 
-// An agent that has never got as far as the last id is another one: to it we are new.
+// An agent that has never issued the last id is not the agent of the earlier subscription: the
+// subscription is a new one for that agent.
 TopoAgent::Subscription_I_ptr subscribeAfter(TopoAgent::Session_I_ptr session,
                                              CosNotifyComm::StructuredPushConsumer_ptr consumer,
                                              const std::string& lastId) {
@@ -36,14 +37,14 @@ Subscription::Subscription(CORBA::ORB_ptr orb, PortableServer::POA_ptr poa,
     : orb_(orb), poa_(poa), access_(access), inbox_(inbox) {}
 
 Subscription::~Subscription() {
-  close();
+  stopReceiving();
 }
 
 void Subscription::subscribe() {
-  close();
+  stopReceiving();
   subscription_ = TopoAgent::Subscription_I::_nil();
   const TopoAgent::Session_I_var session = connectSession(orb_, access_);
-  consumer_ = new Consumer(inbox_, inbox_.begin());
+  consumer_ = new Consumer(inbox_, inbox_.startSubscription());
   const PortableServer::ObjectId_var id = poa_->activate_object(consumer_.in());
   const CosNotifyComm::StructuredPushConsumer_var reference = consumer_->_this();
   subscription_ = subscribeAfter(session, reference, inbox_.lastId());
@@ -52,7 +53,7 @@ void Subscription::subscribe() {
   }
 }
 
-bool Subscription::stands() {
+bool Subscription::isAlive() {
   try {
     try {
       subscription_->ping();
@@ -82,8 +83,8 @@ KnownNodes Subscription::readNodes() {
   return nodes;
 }
 
-void Subscription::close() {
-  inbox_.begin();
+void Subscription::stopReceiving() {
+  inbox_.startSubscription();
   if (consumer_.in() == nullptr) {
     return;
   }
@@ -91,21 +92,21 @@ void Subscription::close() {
     const PortableServer::ObjectId_var id = poa_->servant_to_id(consumer_.in());
     poa_->deactivate_object(id.in());
   } catch (const CORBA::Exception&) {
-    // It was never activated, or the ORB is going down and has forgotten it.
+    // The consumer is not active: the activation failed, or the ORB is shutting down.
   }
   consumer_ = nullptr;
 }
 
 void Subscription::unsubscribe() {
-  close();
+  stopReceiving();
   if (CORBA::is_nil(subscription_)) {
     return;
   }
   try {
-    orb::setCallTimeout(subscription_, kFarewell);
+    orb::setCallTimeout(subscription_, kUnsubscribeTimeout);
     subscription_->unsubscribe();
   } catch (const CORBA::Exception&) {
-    // The agent drops a consumer that is gone.
+    // The agent drops a consumer that does not answer.
   }
   subscription_ = TopoAgent::Subscription_I::_nil();
 }

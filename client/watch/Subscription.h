@@ -1,4 +1,4 @@
-// The way in which an agent's notifications reach the inbox.
+// Subscribes to an agent's notifications and passes them to the inbox.
 
 #ifndef CLIENT_WATCH_SUBSCRIPTION_H
 #define CLIENT_WATCH_SUBSCRIPTION_H
@@ -15,34 +15,40 @@ namespace topoctl {
 
 class Consumer;
 
+// At most one subscription at the agent, with a Consumer that pushes to the inbox.
+//
+// Thread-safety: one thread. Owns the consumer; borrows everything else.
 class Subscription {
  public:
-  // All borrowed. The POA serves.
+  // REQUIRES: the POA is active.
   Subscription(CORBA::ORB_ptr orb, PortableServer::POA_ptr poa, const AgentAccess& access,
                Inbox& inbox);
 
-  // Receives nothing afterwards, but does not tell the agent.
+  // Calls stopReceiving(); the agent is not called.
   ~Subscription();
   Subscription(const Subscription&) = delete;
   Subscription& operator=(const Subscription&) = delete;
 
-  // Finds the agent anew and subscribes, telling it the inbox's last id, or as a new consumer when
-  // the agent does not know that id; the view must then be read to know what was missed. What an
-  // earlier subscription delivers is refused from here on. Throws what connectSession throws;
-  // exceptions of the call pass.
+  // Resolves the agent's reference again and subscribes after the inbox's last id, or from the next
+  // notification on when the agent does not know that id. In the second case the agent reports no
+  // gap, so the caller must read the view. Notifications of an earlier subscription are rejected
+  // from now on. Throws the Failures of connectSession(), and kCallFailed when the agent returns a
+  // nil subscription; exceptions of the call pass.
   void subscribe();
 
-  // Whether the agent still has the subscription. Exceptions of the call pass.
-  bool stands();
+  // Pings the agent. Returns false when the agent has dropped the subscription. Exceptions of the
+  // call pass. REQUIRES: subscribe() has succeeded.
+  bool isAlive();
 
-  // The nodes of the topology subnetwork view. Throws what connect and fetchAll throw; exceptions
-  // of the calls pass.
+  // Reads the topology subnetwork view. Throws the Failures of connectManager() and fetchAll();
+  // exceptions of the calls pass.
   KnownNodes readNodes();
 
-  // Receives nothing afterwards.
-  void close();
+  // Rejects all further notifications. The agent is not called. Never throws.
+  void stopReceiving();
 
-  // Also tells the agent, unless it takes long to hear. Never throws.
+  // Calls stopReceiving(), then unsubscribes at the agent with a timeout of two seconds. Never
+  // throws.
   void unsubscribe();
 
  private:
@@ -50,7 +56,7 @@ class Subscription {
   PortableServer::POA_ptr poa_;
   const AgentAccess& access_;
   Inbox& inbox_;
-  PortableServer::Servant_var<Consumer> consumer_;  // nil when there is none
+  PortableServer::Servant_var<Consumer> consumer_;  // nil: not receiving
   TopoAgent::Subscription_I_var subscription_;
 };
 

@@ -11,7 +11,8 @@
 namespace topoctl {
 namespace {
 
-// A notification carries names and texts of any length, so pushes may use the whole message limit.
+// A notification contains names and texts of any length, so a push may have the maximum message
+// size.
 orb::Options consumerOptions(const AgentAccess& access) {
   orb::Options result = orbOptions(access);
   result.largeOperations = {"push_structured_event"};

@@ -18,8 +18,9 @@ struct WatchOptions {
   Format format = Format::kTable;
 };
 
-// With an ORB of its own, which serves. Throws what other commands throw until the first line is
-// printed, later Failure (kLocal) alone.
+// Prints notifications until SIGINT, SIGTERM or the count of the options, then unsubscribes. Starts
+// an ORB that listens. Before the first line the exceptions of calls and Failures pass; afterwards
+// only Failure (kLocal) does. REQUIRES: no other ORB runs in the process.
 void watch(const AgentAccess& access, const WatchOptions& options, std::ostream& out);
 
 }  // namespace topoctl

@@ -7,9 +7,9 @@
 namespace topoctl {
 namespace {
 
-// The failure that is being handled, if the agent can be blamed for it; others are thrown on.
+// The text of the failure that is being handled. Throws the failure if its cause is this process.
 // REQUIRES: called in a catch block.
-std::string agentsFailure(const AgentAccess& access) {
+std::string failureOfAgent(const AgentAccess& access) {
   const Failure failure = currentFailure(access);
   if (failure.code() == ExitCode::kLocal) {
     throw failure;
@@ -31,107 +31,107 @@ void Watcher::start() {
   subscription_.subscribe();
   known_ = subscription_.readNodes();
   connected_ = true;
-  lines_.tellWatching(known_.size());
+  lines_.printWatching(known_.size());
 }
 
 bool Watcher::isDone() const {
-  return inbox_.isStopped() || (options_.count > 0 && shown_ >= options_.count);
+  return inbox_.isStopped() || (options_.count > 0 && printed_ >= options_.count);
 }
 
 void Watcher::step() {
   if (!connected_) {
-    comeBack();
+    reconnect();
     return;
   }
-  if (!held_.empty()) {
-    const Event event = std::move(held_.front());
-    held_.pop_front();
-    handle(event);
+  if (!pending_.empty()) {
+    const Event event = std::move(pending_.front());
+    pending_.pop_front();
+    process(event);
     return;
   }
-  const Inbox::Taken taken = inbox_.take(options_.heartbeat);
+  const Inbox::TakeResult taken = inbox_.take(options_.heartbeat);
   switch (taken.state) {
     case Inbox::State::kEvent:
-      return handle(taken.event);
-    case Inbox::State::kNothing:
-      return ask();
+      return process(taken.event);
+    case Inbox::State::kTimeout:
+      return checkSubscription();
     case Inbox::State::kEnded:
-      return lose("the agent ended the subscription");
+      return disconnect("the agent ended the subscription");
     case Inbox::State::kStopped:
       return;
   }
 }
 
-// Applied whether it is printed or not, so that what is known stays right.
-void Watcher::show(const Event& event) {
+// Applies the event even when the count is reached, so that `known_` stays correct.
+void Watcher::applyAndPrint(const Event& event) {
   known_.apply(event);
   if (!isDone()) {
-    lines_.tell(event);
-    ++shown_;
+    lines_.printEvent(event);
+    ++printed_;
   }
 }
 
-void Watcher::handle(const Event& event) {
-  show(event);
+void Watcher::process(const Event& event) {
+  applyAndPrint(event);
   if (event.kind == EventKind::kLost && !isDone()) {
     try {
       synchronize();
     } catch (...) {
-      lose(agentsFailure(options_.access));
+      disconnect(failureOfAgent(options_.access));
     }
   }
 }
 
-// When there is nothing to print, is the agent still there, and does it still know of us? One who
-// has not heard anything yet is told nothing of what it missed, so the view says it.
-void Watcher::ask() {
+// Pings the agent, and subscribes again when the agent has dropped the subscription. Reads the
+// view, too: to a subscriber without a last id the agent reports no gap.
+void Watcher::checkSubscription() {
   try {
-    if (!subscription_.stands()) {
+    if (!subscription_.isAlive()) {
       subscription_.subscribe();
       synchronize();
     }
   } catch (...) {
-    lose(agentsFailure(options_.access));
+    disconnect(failureOfAgent(options_.access));
   }
 }
 
-// Events that arrive meanwhile are printed afterwards, so the differences leave out what they tell.
+// Events that arrive during the read are printed later, so the differences leave their changes out.
 std::size_t Watcher::synchronize() {
   KnownNodes read = subscription_.readNodes();
   const std::size_t nodes = read.size();
-  inbox_.takeAll(held_, kMaxWaiting);
-  const std::vector<Event> differences = resync(known_, read, held_);
+  inbox_.takeAll(pending_, kMaxWaiting);
+  const std::vector<Event> differences = resync(known_, read, pending_);
   known_ = std::move(read);
   for (const Event& event : differences) {
     if (!isDone()) {
-      lines_.tell(event);
-      ++shown_;
+      lines_.printEvent(event);
+      ++printed_;
     }
   }
   return nodes;
 }
 
-void Watcher::lose(const std::string& reason) {
-  subscription_.close();
+void Watcher::disconnect(const std::string& reason) {
+  subscription_.stopReceiving();
   connected_ = false;
   retryDelay_.reset();
-  showRest();
+  printPending();
   if (!isDone()) {
-    lines_.tellDisconnected(reason);
+    lines_.printDisconnected(reason);
   }
-  subscription_.unsubscribe();  // the agent may be there, and only its view not
+  subscription_.unsubscribe();  // the agent may be reachable although its view cannot be read
 }
 
-// What was received before is older than the next view.
-void Watcher::showRest() {
-  inbox_.takeAll(held_, held_.size() + kMaxWaiting);
-  for (; !held_.empty(); held_.pop_front()) {
-    show(held_.front());
+// Prints all received events: they are older than the next view.
+void Watcher::printPending() {
+  inbox_.takeAll(pending_, pending_.size() + kMaxWaiting);
+  for (; !pending_.empty(); pending_.pop_front()) {
+    applyAndPrint(pending_.front());
   }
 }
 
-void Watcher::comeBack() {
-  inbox_.pause(retryDelay_.next());
+void Watcher::reconnect() {
+  inbox_.waitForStop(retryDelay_.next());
   if (inbox_.isStopped()) {
     return;
   }
@@ -140,14 +140,14 @@ void Watcher::comeBack() {
     subscription_.subscribe();
     nodes = synchronize();
   } catch (...) {
-    agentsFailure(options_.access);
+    failureOfAgent(options_.access);
     subscription_.unsubscribe();
-    showRest();
+    printPending();
     return;
   }
   connected_ = true;
   if (!isDone()) {
-    lines_.tellWatching(nodes);
+    lines_.printWatching(nodes);
   }
 }
 

@@ -1,4 +1,4 @@
-// Keeps a subscription up and prints what it delivers.
+// Prints the notifications of an agent and subscribes again after a failure.
 
 #ifndef CLIENT_WATCH_WATCHER_H
 #define CLIENT_WATCH_WATCHER_H
@@ -18,12 +18,12 @@
 
 namespace topoctl {
 
-// No more notifications than this wait to be printed; the agent keeps the others.
+// Capacity of the inbox. The agent queues further notifications.
 constexpr std::size_t kMaxWaiting = 100000;
 
 struct Intervals {
-  std::chrono::milliseconds heartbeat{5000};  // without an event, before the agent is asked
-  std::chrono::milliseconds firstRetry{200};  // doubled for each further one
+  std::chrono::milliseconds heartbeat{5000};  // time without an event before the agent is pinged
+  std::chrono::milliseconds firstRetry{200};  // doubled for each further attempt
   std::chrono::milliseconds lastRetry{5000};
 };
 
@@ -33,30 +33,33 @@ struct WatcherOptions {
   std::chrono::milliseconds heartbeat;
 };
 
-// One thread works with it. Failures of the output pass from every function.
+// Prints each event, keeps a copy of the view, and compares the copy with a new view after a gap or
+// a new subscription. docs/topoctl.md ("When the agent goes away, or drops topoctl") has the rules.
+//
+// Thread-safety: one thread. Every function throws Failure (kLocal) when the output fails.
 class Watcher {
  public:
   // Borrows everything.
   Watcher(Subscription& subscription, Inbox& inbox, EventLines& lines, RetryDelay& retryDelay,
           const WatcherOptions& options);
 
-  // Subscribes, reads the view and says so. Exceptions of the calls pass.
+  // Subscribes, reads the view and prints a "watching" line. Exceptions of the calls pass.
   void start();
 
-  // Waits for an event, or until something else is to be done, and does that. REQUIRES: started.
+  // Waits for one event, a timeout or a failure, and handles it. REQUIRES: start() has succeeded.
   void step();
 
-  // The inbox was stopped, or as many events were printed as the options ask for.
+  // True when the inbox was stopped or the count of the options is reached.
   bool isDone() const;
 
  private:
-  void show(const Event& event);
-  void handle(const Event& event);
-  void ask();
-  std::size_t synchronize();  // how many nodes the view has
-  void lose(const std::string& reason);
-  void showRest();
-  void comeBack();
+  void applyAndPrint(const Event& event);
+  void process(const Event& event);
+  void checkSubscription();
+  std::size_t synchronize();  // returns the number of nodes in the view
+  void disconnect(const std::string& reason);
+  void printPending();
+  void reconnect();
 
   Subscription& subscription_;
   Inbox& inbox_;
@@ -65,8 +68,8 @@ class Watcher {
   const WatcherOptions options_;
   bool connected_ = false;
   KnownNodes known_;
-  std::deque<Event> held_;  // arrived before those in the inbox
-  std::uint64_t shown_ = 0;
+  std::deque<Event> pending_;  // arrived before the events in the inbox
+  std::uint64_t printed_ = 0;
 };
 
 }  // namespace topoctl

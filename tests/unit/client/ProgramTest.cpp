@@ -20,7 +20,7 @@ namespace {
 using testing::HasSubstr;
 using testing::StartsWith;
 
-// One line that starts as every failure does, and nothing else.
+// Exactly one line, with the prefix of every failure.
 void expectFailure(const Ended& ended, int status) {
   EXPECT_EQ(ended.status, status);
   EXPECT_EQ(ended.out, "");
@@ -46,8 +46,8 @@ class Descriptor {
   int descriptor_;
 };
 
-// A port of our own on which nobody ever answers. Without `listens` connections are refused, with
-// it they are made and nothing comes back.
+// A port of this test that never answers. Without `listens` the system refuses connections; with
+// `listens` the system accepts them.
 class SilentPort {
  public:
   explicit SilentPort(bool listens) : socket_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
@@ -115,15 +115,15 @@ TEST(Program, PrintsHelpAndVersion) {
   }
 }
 
-TEST(Program, TakesTheAgentFromTheEnvironment) {
+TEST(Program, ReadsTheAgentFromTheEnvironment) {
   const Ended ended = runProgram({"topo"}, {"TOPO_AGENT=nonsense"});
   expectFailure(ended, 1);
   EXPECT_THAT(ended.err, StartsWith("topoctl: the reference 'nonsense' is malformed: "));
 }
 
-// ---- nobody there
+// ---- without an agent
 
-TEST(Program, EndsWith2WhenNobodyListens) {
+TEST(Program, EndsWith2WhenTheConnectionIsRefused) {
   const SilentPort port(false);
   const std::string reference = "corbaloc::" + port.address() + "/TopoManagement";
   const Ended ended = runProgram({"--agent", reference, "topo"});
@@ -132,7 +132,7 @@ TEST(Program, EndsWith2WhenNobodyListens) {
               StartsWith("topoctl: the agent at '" + reference + "' is not reachable: TRANSIENT"));
 }
 
-TEST(Program, EndsWith2WhenTheNamingServiceIsNotThere) {
+TEST(Program, EndsWith2WhenTheNamingServiceIsUnreachable) {
   const SilentPort port(false);
   const std::string reference = "corbaname::" + port.address() + "#TopoManagement";
   const Ended ended = runProgram({"--agent", reference, "topo"});
@@ -166,7 +166,7 @@ class ProgramWithAgent : public WithAgent {
   }
 };
 
-TEST_F(ProgramWithAgent, PrintsTheSameRecordsWhateverTheBatchSizeIs) {
+TEST_F(ProgramWithAgent, PrintsTheSameRecordsForEveryBatchSize) {
   script.nodes = makeNodes(7);
   const std::string expected = output(options("topo"));
   for (const char* const howMany : {"0", "1", "6", "7", "8", "4294967295"}) {
@@ -177,7 +177,7 @@ TEST_F(ProgramWithAgent, PrintsTheSameRecordsWhateverTheBatchSizeIs) {
   }
 }
 
-TEST_F(ProgramWithAgent, PrintsTheSameLinksWhateverTheBatchSizeIs) {
+TEST_F(ProgramWithAgent, PrintsTheSameLinksForEveryBatchSize) {
   script.links = makeLinks(7);
   const std::string expected = output(options("clock-links"));
   for (const char* const howMany : {"0", "1", "6", "7", "8", "4294967295"}) {
@@ -200,7 +200,7 @@ TEST_F(ProgramWithAgent, SendsANameOfManyPairs) {
   EXPECT_THAT(script.calls(), testing::ElementsAre("below(" + name + ", 1000)"));
 }
 
-TEST_F(ProgramWithAgent, PrintsEveryTextThatTheAgentSends) {
+TEST_F(ProgramWithAgent, PrintsAnyTextOfTheAgent) {
   script.nodes = makeNodes(2);
   script.nodes[0].nativeEMSName = "Z\u00fcrich \u6771\u4eac \U0001F600";
   script.nodes[1].nativeEMSName = std::string(100000, 'x').c_str();
@@ -228,7 +228,7 @@ TEST_F(ProgramWithAgent, ReachesTheAgentByAnyFormOfCorbaloc) {
   }
 }
 
-TEST_F(ProgramWithAgent, EndsWith3WhenTheAgentRefuses) {
+TEST_F(ProgramWithAgent, EndsWith3OnAnExceptionOfTheAgent) {
   script.onView = [] {
     throw globaldefs::ProcessingFailureException(globaldefs::EXCPT_INVALID_INPUT, "no way");
   };
@@ -265,8 +265,8 @@ TEST_F(ProgramWithAgent, EndsWith4AndPrintsNothingWhenTheIteratorVanishes) {
             "dropped it because it was idle for too long\n");
 }
 
-// Limits at, before and behind the ends of the fragments in which a large message travels.
-TEST_F(ProgramWithAgent, SaysWhatToRaiseWhenAMessageIsTooLargeForIt) {
+// Limits below, at and above the boundaries of the fragments of a large message.
+TEST_F(ProgramWithAgent, NamesTheOptionForAMessageOverItsLimit) {
   script.nodes = makeNodes(1000);
   for (const char* const limit : {"8192", "8193", "10000", "16383", "16384", "16400", "65536"}) {
     const Ended ended = run({"topo", "--max-message", limit});
@@ -299,7 +299,7 @@ TEST_F(ProgramWithAgent, EndsWith5WhenItsOutputCannotBeWritten) {
   EXPECT_EQ(run({"--help"}, full.get()).status, 5);
 }
 
-TEST_F(ProgramWithAgent, EndsWith5WhenNobodyReadsItsOutput) {
+TEST_F(ProgramWithAgent, EndsWith5WhenTheReaderOfItsOutputHasClosed) {
   std::array<int, 2> ends{};
   ASSERT_EQ(pipe2(ends.data(), O_CLOEXEC), 0);
   close(ends[0]);
@@ -315,7 +315,7 @@ TEST_F(ProgramWithAgent, EndsWith5WhenItsOutputIsClosed) {
   EXPECT_EQ(ended.err, "topoctl: the output cannot be written: Bad file descriptor\n");
 }
 
-// An agent that does not send large messages itself.
+// An agent with a low limit for its own messages.
 class ProgramWithStrictAgent : public ProgramWithAgent {
  protected:
   static void SetUpTestSuite() {
@@ -325,7 +325,7 @@ class ProgramWithStrictAgent : public ProgramWithAgent {
   }
 };
 
-TEST_F(ProgramWithStrictAgent, SaysWhatToRaiseWhenAMessageIsTooLargeForTheAgent) {
+TEST_F(ProgramWithStrictAgent, NamesTheOptionForAMessageOverTheLimitOfTheAgent) {
   script.nodes = makeNodes(500);
   const Ended ended = run({"topo"});
   expectFailure(ended, 4);

@@ -1,4 +1,4 @@
-// The watch as a user runs it.
+// topoctl watch as a process.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -23,9 +23,9 @@ using testing::HasSubstr;
 using testing::StartsWith;
 using Words = std::vector<std::string>;
 
-constexpr std::chrono::seconds kPatience{20};  // until a step that should come counts as missing
+constexpr std::chrono::seconds kPatience{20};  // after which a missing step is a failure
 
-// topoctl while it runs, its output read line by line.
+// A running topoctl whose output is read line by line.
 class Program : public support::Process {
  public:
   explicit Program(const Words& arguments) : Process(TOPOCTL_PROGRAM, arguments) {}
@@ -67,7 +67,7 @@ class WatchProgram : public WithAgent {
   std::unique_ptr<orb::WellKnownObject> published_;
 };
 
-TEST_F(WatchProgram, PrintsEachEventAtOnceAndEndsBySignals) {
+TEST_F(WatchProgram, PrintsEachEventImmediatelyAndEndsOnASignal) {
   for (const int number : {SIGINT, SIGTERM}) {
     Program program(arguments({"--format", "json"}));
     EXPECT_THAT(program.readLine(), StartsWith("{\"event\":\"watching\",\"nodes\":2,"));
@@ -83,7 +83,7 @@ TEST_F(WatchProgram, PrintsEachEventAtOnceAndEndsBySignals) {
   }
 }
 
-TEST_F(WatchProgram, PrintsATableAndEndsAfterItsEvents) {
+TEST_F(WatchProgram, PrintsATableAndEndsAfterCountEvents) {
   Program program(arguments({"--count", "1", "--listen", "localhost"}));
   EXPECT_THAT(program.readLine(), EndsWith("  watching  2 nodes"));
   consumer()->push_structured_event(deletion("6", "a"));
@@ -100,8 +100,8 @@ TEST_F(WatchProgram, PrintsAnEventWithATextLargerThanTheLimitOfOtherRequests) {
   EXPECT_EQ(program.wait().status, 0);
 }
 
-TEST_F(WatchProgram, EndsAtOnceByASecondSignal) {
-  // Shared with a request that may end after this function.
+TEST_F(WatchProgram, IsKilledByASecondSignal) {
+  // Shared: a request may end after this function returns.
   const auto reached = std::make_shared<std::promise<void>>();
   const auto released = std::make_shared<std::promise<void>>();
   script.onView = [reached, release = released->get_future().share()] {
@@ -117,7 +117,7 @@ TEST_F(WatchProgram, EndsAtOnceByASecondSignal) {
   released->set_value();
 }
 
-TEST_F(WatchProgram, EndsWith5WhenNobodyReadsItsOutput) {
+TEST_F(WatchProgram, EndsWith5WhenTheReaderOfItsOutputHasClosed) {
   Program program(arguments());
   program.readLine();
   program.closeOutput();
@@ -126,7 +126,7 @@ TEST_F(WatchProgram, EndsWith5WhenNobodyReadsItsOutput) {
   EXPECT_EQ(script.lastCall(), "unsubscribe");
 }
 
-TEST_F(WatchProgram, EndsWith5WhereItCannotListen) {
+TEST_F(WatchProgram, EndsWith5WhenTheAddressCannotBeListenedOn) {
   const Ended ended = runProgram(arguments({"--listen", address()}));
   EXPECT_EQ(ended.status, 5);
   EXPECT_THAT(ended.err, StartsWith("topoctl: cannot listen on " + address()));
@@ -150,7 +150,7 @@ TEST_F(WatchProgram, EndsAsOtherCommandsWhenTheAgentFailsAtTheStart) {
   EXPECT_EQ(runProgram({"--agent", "nonsense", "watch"}).status, 1);
 }
 
-TEST_F(WatchProgram, LeavesNoSubscriptionBehindWhenTheViewCannotBeReadAtTheStart) {
+TEST_F(WatchProgram, UnsubscribesWhenTheFirstViewCannotBeRead) {
   script.onView = [] {
     throw globaldefs::ProcessingFailureException(globaldefs::EXCPT_INTERNAL_ERROR, "no");
   };

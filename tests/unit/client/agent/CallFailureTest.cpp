@@ -16,7 +16,7 @@ namespace {
 
 using globaldefs::ExceptionType_T;
 
-class Failures : public WithAgent {
+class CallFailures : public WithAgent {
  protected:
   std::string failureAt(const std::string& reference) const {
     Options at = options("topo");
@@ -30,9 +30,9 @@ class Failures : public WithAgent {
   }
 };
 
-// ---- what the agent answers
+// ---- exceptions of the agent
 
-TEST_F(Failures, NameTheExceptionTypeAndTheReasonOfARefusal) {
+TEST_F(CallFailures, NameTheExceptionTypeAndTheReason) {
   EXPECT_EQ(refusal(globaldefs::EXCPT_NOT_IMPLEMENTED, "later"),
             "3 topoctl: the agent refused: EXCPT_NOT_IMPLEMENTED: later\n");
   EXPECT_EQ(refusal(globaldefs::EXCPT_INVALID_INPUT, "no such subnetwork"),
@@ -43,27 +43,27 @@ TEST_F(Failures, NameTheExceptionTypeAndTheReasonOfARefusal) {
             "3 topoctl: the agent refused: EXCPT_USERLABEL_IN_USE: y\n");
 }
 
-TEST_F(Failures, DoWithoutAReasonOfARefusal) {
+TEST_F(CallFailures, NameTheExceptionTypeWithoutAReason) {
   EXPECT_EQ(refusal(globaldefs::EXCPT_ACCESS_DENIED, ""),
             "3 topoctl: the agent refused: EXCPT_ACCESS_DENIED\n");
 }
 
-TEST_F(Failures, StayOnALineWhateverTheReasonHolds) {
+TEST_F(CallFailures, EscapeControlCharactersInTheReason) {
   EXPECT_EQ(refusal(globaldefs::EXCPT_INTERNAL_ERROR, "two\nlines \x1b[31m \xff"),
             "3 topoctl: the agent refused: EXCPT_INTERNAL_ERROR: two\\nlines \\x1b[31m \ufffd\n");
 }
 
-TEST_F(Failures, NameAnyOtherSystemException) {
+TEST_F(CallFailures, NameAnyOtherSystemException) {
   script.onView = [] { throw CORBA::NO_RESOURCES(); };
   EXPECT_EQ(failureOf(options("topo")),
             "4 topoctl: a call to the agent at '" + agentReference() + "' failed: NO_RESOURCES\n");
 }
 
-TEST_F(Failures, NameAnObjectThatDoesNotExist) {
+TEST_F(CallFailures, NameAnObjectThatDoesNotExist) {
   EXPECT_EQ(failureAt("corbaloc::" + address() + "/SomethingElse").substr(0, 12), "2 topoctl: t");
 }
 
-TEST_F(Failures, NameAnObjectOfAnotherType) {
+TEST_F(CallFailures, NameAnObjectOfAnotherType) {
   const auto other = server().wellKnownObject("Other");
   const PortableServer::Servant_var<support::FakeNaming> naming = new support::FakeNaming;
   const CORBA::Object_var reference = other->publish(naming.in());
@@ -75,7 +75,7 @@ TEST_F(Failures, NameAnObjectOfAnotherType) {
 
 // ---- references
 
-TEST_F(Failures, ExplainAMalformedReference) {
+TEST_F(CallFailures, ExplainAMalformedReference) {
   EXPECT_EQ(failureAt(""),
             "1 topoctl: the reference '' is malformed: it starts with none of IOR:, corbaloc:, "
             "corbaname:\n");
@@ -94,7 +94,7 @@ TEST_F(Failures, ExplainAMalformedReference) {
             "character\n");
 }
 
-TEST_F(Failures, ExplainAReferenceThatTheOrbCannotRead) {
+TEST_F(CallFailures, ExplainAReferenceThatTheOrbRejects) {
   for (const std::string reference :
        {"IOR:", "IOR:zz", "IOR:00", "corbaloc:", "corbaloc:nonsense", "corbaloc::h:port/X"}) {
     const std::string expected = "1 topoctl: the reference '" + reference + "' is malformed: ";
@@ -102,13 +102,13 @@ TEST_F(Failures, ExplainAReferenceThatTheOrbCannotRead) {
   }
 }
 
-TEST_F(Failures, RefuseANilReference) {
+TEST_F(CallFailures, ExplainANilReference) {
   EXPECT_EQ(failureAt("IOR:00000000000000010000000000000000"),
             "1 topoctl: the reference 'IOR:00000000000000010000000000000000' is malformed: it is "
             "nil\n");
 }
 
-TEST_F(Failures, ShortenALongReference) {
+TEST_F(CallFailures, ShortenALongReference) {
   const std::string reference = "IOR:" + std::string(1000, 'z');
   const std::string expected = "1 topoctl: the reference '" + reference.substr(0, 100) + "...' is ";
   EXPECT_EQ(failureAt(reference).substr(0, expected.size()), expected);
@@ -116,9 +116,9 @@ TEST_F(Failures, ShortenALongReference) {
 
 // ---- IOR files
 
-class IorFiles : public Failures {
+class IorFiles : public CallFailures {
  protected:
-  // Options with a file of this content.
+  // Creates a file with this content and returns options that name the file.
   Options withFile(const std::string& content) const {
     std::ofstream(path_, std::ios::binary) << content;
     return withPath(path_);
@@ -135,7 +135,7 @@ class IorFiles : public Failures {
   const std::string path_ = testing::TempDir() + "topoctl_ior." + std::to_string(getpid());
 };
 
-TEST_F(IorFiles, HoldAnyFormOfReference) {
+TEST_F(IorFiles, MayContainAnyFormOfReference) {
   const CORBA::Object_var object = server().get()->string_to_object(agentReference().c_str());
   const CORBA::String_var ior = server().get()->object_to_string(object);
   EXPECT_EQ(output(withFile(ior.in())), "[]\n");
@@ -143,7 +143,7 @@ TEST_F(IorFiles, HoldAnyFormOfReference) {
   EXPECT_EQ(output(withFile("  " + agentReference() + "\r\n")), "[]\n");
 }
 
-TEST_F(IorFiles, ThatCannotBeReadAreNamed) {
+TEST_F(IorFiles, AreNamedWhenUnreadable) {
   EXPECT_EQ(failureOf(withPath("/no/such/file")),
             "1 topoctl: the IOR file '/no/such/file' cannot be read: No such file or directory\n");
   EXPECT_EQ(failureOf(withPath("")),
@@ -152,12 +152,12 @@ TEST_F(IorFiles, ThatCannotBeReadAreNamed) {
             "1 topoctl: the IOR file '/' cannot be read: Is a directory\n");
 }
 
-TEST_F(IorFiles, ThatAreEmptyAreNamed) {
+TEST_F(IorFiles, AreNamedWhenEmpty) {
   EXPECT_EQ(failureOf(withFile("")), "1 topoctl: the IOR file '" + path_ + "' is empty\n");
   EXPECT_EQ(failureOf(withFile(" \n\n")), "1 topoctl: the IOR file '" + path_ + "' is empty\n");
 }
 
-TEST_F(IorFiles, ThatHoldSomethingElseAreNamed) {
+TEST_F(IorFiles, AreNamedWhenTheContentIsNoReference) {
   const std::string holdsNone =
       "1 topoctl: the IOR file '" + path_ + "' holds no object reference: ";
   EXPECT_EQ(failureOf(withFile("hello\n")),
@@ -179,10 +179,10 @@ TEST_F(IorFiles, AreNamedWhenTheirAgentFails) {
 
 // ---- names
 
-class Names : public Failures {
+class CorbaNames : public CallFailures {
  protected:
   void SetUp() override {
-    Failures::SetUp();
+    CallFailures::SetUp();
     naming_ = new support::FakeNaming;
     CORBA::ORB_ptr orb = server().get();
     naming_->bound["TopoManagement"] = orb->string_to_object(agentReference().c_str());
@@ -195,7 +195,7 @@ class Names : public Failures {
 
   void TearDown() override {
     service_->retire();
-    Failures::TearDown();
+    CallFailures::TearDown();
   }
 
   static std::string reference(const std::string& rest) {
@@ -214,7 +214,7 @@ class Names : public Failures {
   std::unique_ptr<orb::WellKnownObject> service_;
 };
 
-TEST_F(Names, AreResolved) {
+TEST_F(CorbaNames, AreResolved) {
   EXPECT_EQ(outputAt(reference("#TopoManagement")), "[]\n");
   EXPECT_EQ(outputAt(reference("/NameService#TopoManagement")), "[]\n");
   EXPECT_EQ(outputAt("CorbaName::" + address() + "#TopoManagement"), "[]\n");
@@ -222,7 +222,7 @@ TEST_F(Names, AreResolved) {
   EXPECT_EQ(outputAt(reference("#50%")), "[]\n");
 }
 
-TEST_F(Names, ThatAreNotBoundAreNamed) {
+TEST_F(CorbaNames, AreReportedWhenNotBound) {
   EXPECT_EQ(failureAt(reference("#Nothing")), "2 topoctl: the naming service of '" +
                                                   reference("#Nothing") +
                                                   "' has no object of the name 'Nothing'\n");
@@ -230,12 +230,12 @@ TEST_F(Names, ThatAreNotBoundAreNamed) {
                                               "' has no object of the name 'nil'\n");
 }
 
-TEST_F(Names, ThatTheNamingServiceCannotReadAreMalformed) {
+TEST_F(CorbaNames, AreMalformedWhenTheNamingServiceRejectsThem) {
   EXPECT_EQ(failureAt(reference("#a..b")), "1 topoctl: the reference '" + reference("#a..b") +
                                                "' is malformed: 'a..b' is not a name\n");
 }
 
-TEST_F(Names, NeedANamingService) {
+TEST_F(CorbaNames, NeedAReachableNamingService) {
   EXPECT_EQ(failureAt(reference("/TopoManagement#x")), "4 topoctl: the naming service of '" +
                                                            reference("/TopoManagement#x") +
                                                            "' is not a NamingContextExt\n");
@@ -243,7 +243,7 @@ TEST_F(Names, NeedANamingService) {
 
 // ---- this process
 
-TEST(LocalFailures, OfTheOutputAreReported) {
+TEST(LocalFailures, OfTheOutputEndWith5) {
   std::ostringstream out;
   out.setstate(std::ios::badbit);
   std::ostringstream err;
@@ -261,7 +261,7 @@ std::string translated(const Thrown& thrown) {
   }
 }
 
-TEST(LocalFailures, OfAnyTypeAreReported) {
+TEST(LocalFailures, OfAnyExceptionTypeAreTranslated) {
   EXPECT_EQ(translated(std::bad_alloc()), "5 out of memory");
   EXPECT_EQ(translated(std::runtime_error("something")), "5 something");
   EXPECT_EQ(translated(42), "5 an unknown failure");

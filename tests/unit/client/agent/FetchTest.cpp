@@ -29,7 +29,7 @@ std::vector<std::string> idsOf(const std::string& json) {
   return ids;
 }
 
-TEST_F(Fetch, TakesEverythingFromTheFirstBatchWhenItIsLargeEnough) {
+TEST_F(Fetch, NeedsOneCallWhenTheFirstBatchHasEveryRecord) {
   const std::string json = output(options("topo", kNodes + 1));
   EXPECT_THAT(idsOf(json), ElementsAre("n0", "n1", "n2", "n3", "n4"));
   EXPECT_THAT(script.calls(), ElementsAre("topo(6)"));
@@ -40,30 +40,30 @@ TEST_F(Fetch, NeedsNoIteratorWhenTheFirstBatchFitsExactly) {
   EXPECT_THAT(script.calls(), ElementsAre("topo(5)"));
 }
 
-TEST_F(Fetch, AsksTheIteratorForTheOneRecordThatIsLeft) {
+TEST_F(Fetch, FetchesOneRemainingRecordFromTheIterator) {
   EXPECT_THAT(idsOf(output(options("topo", kNodes - 1))),
               ElementsAre("n0", "n1", "n2", "n3", "n4"));
   EXPECT_THAT(script.calls(), ElementsAre("topo(4)", "next_n(4)"));
 }
 
-TEST_F(Fetch, AsksForOneRecordAtATime) {
+TEST_F(Fetch, FetchesOneRecordACall) {
   EXPECT_THAT(idsOf(output(options("topo", 1))), ElementsAre("n0", "n1", "n2", "n3", "n4"));
   EXPECT_THAT(script.calls(),
               ElementsAre("topo(1)", "next_n(1)", "next_n(1)", "next_n(1)", "next_n(1)"));
 }
 
-TEST_F(Fetch, AsksForNothingFirstAndThenForBatchesOfTheDefaultSize) {
+TEST_F(Fetch, FetchesBatchesOfTheDefaultSizeAfterAHowManyOfZero) {
   EXPECT_THAT(idsOf(output(options("topo", 0))), ElementsAre("n0", "n1", "n2", "n3", "n4"));
   EXPECT_THAT(script.calls(), ElementsAre("topo(0)", "next_n(1000)"));
 }
 
-TEST_F(Fetch, PassesTheLargestNumberOn) {
+TEST_F(Fetch, PassesTheLargestHowMany) {
   EXPECT_THAT(idsOf(output(options("topo", 4294967295U))),
               ElementsAre("n0", "n1", "n2", "n3", "n4"));
   EXPECT_THAT(script.calls(), ElementsAre("topo(4294967295)"));
 }
 
-TEST_F(Fetch, GivesTheSameTextWhateverTheBatchSizeIs) {
+TEST_F(Fetch, PrintsTheSameTextForEveryBatchSize) {
   for (const Format format : {Format::kJson, Format::kCsv, Format::kTable}) {
     Options all = options("topo", 1000);
     all.format = format;
@@ -75,7 +75,7 @@ TEST_F(Fetch, GivesTheSameTextWhateverTheBatchSizeIs) {
   }
 }
 
-TEST_F(Fetch, OfAnEmptyViewIsEmpty) {
+TEST_F(Fetch, ReturnsNoRecordForAnEmptyView) {
   script.nodes.length(0);
   for (const std::uint32_t howMany : {0U, 1U, 1000U}) {
     EXPECT_EQ(output(options("topo", howMany)), "[]\n");
@@ -98,7 +98,7 @@ TEST_F(Fetch, ClearsTheProgressBeforeAFailure) {
   EXPECT_EQ(err.str(), "\r 2 records\r" + std::string(10, ' ') + "\r");
 }
 
-TEST_F(Fetch, DestroysTheIteratorAfterARefusal) {
+TEST_F(Fetch, DestroysTheIteratorAfterAnExceptionOfTheAgent) {
   script.onNext = [] {
     throw globaldefs::ProcessingFailureException(globaldefs::EXCPT_INTERNAL_ERROR, "no more");
   };
@@ -114,21 +114,21 @@ TEST_F(Fetch, DestroysTheIteratorAfterAFailedCall) {
   EXPECT_THAT(script.calls(), ElementsAre("topo(2)", "next_n(2)", "destroy"));
 }
 
-TEST_F(Fetch, DoesNotWaitForAnIteratorThatCannotBeReached) {
+TEST_F(Fetch, DoesNotDestroyAnUnreachableIterator) {
   script.onNext = [] { throw CORBA::TRANSIENT(); };
   EXPECT_EQ(failureOf(options("topo", 2)),
             "2 topoctl: the agent at '" + agentReference() + "' is not reachable: TRANSIENT\n");
   EXPECT_THAT(script.calls(), ElementsAre("topo(2)", "next_n(2)"));
 }
 
-TEST_F(Fetch, EndsWhenTheIteratorDeliversNothingForEver) {
+TEST_F(Fetch, FailsWhenTheIteratorDeliversNoRecord) {
   script.deliversNothing = true;
   EXPECT_EQ(failureOf(options("topo", 2)),
             "4 topoctl: the iterator delivers nothing, yet says that more remains\n");
   EXPECT_THAT(script.calls(), ElementsAre("topo(2)", "next_n(2)", "destroy"));
 }
 
-TEST_F(Fetch, SaysThatTheIteratorEndedEarlyAndPrintsNoRecords) {
+TEST_F(Fetch, ReportsAnIteratorThatEndedEarlyAndPrintsNoRecord) {
   script.vanishes = true;
   EXPECT_EQ(failureOf(options("topo", 2)),
             "4 topoctl: the iterator ended early, after 4 records: the agent was restarted, or "

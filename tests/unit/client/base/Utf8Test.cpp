@@ -5,7 +5,7 @@
 namespace topoctl {
 namespace {
 
-TEST(Utf8, ValidUtf8LeavesValidTextsAsTheyAre) {
+TEST(Utf8, ValidUtf8KeepsValidTexts) {
   EXPECT_EQ(validUtf8(""), "");
   EXPECT_EQ(validUtf8("plain"), "plain");
   EXPECT_EQ(validUtf8("Z\u00fcrich \u6771\u4eac \U0001F600 \x01\x7f\n"),
@@ -26,11 +26,11 @@ TEST(Utf8, ValidUtf8ReplacesEachInvalidSequenceByOneReplacementCharacter) {
   EXPECT_EQ(validUtf8("\xf4\x90\x80\x80"), "\ufffd\ufffd\ufffd\ufffd");  // beyond U+10FFFF
 }
 
-TEST(Utf8, HarmlessSpellsOutControlCharactersAndKeepsOneLine) {
-  EXPECT_EQ(harmless("a\nb\r\tc"), "a\\nb\\r\\tc");
-  EXPECT_EQ(harmless("\x1b[31mred\x7f\x01"), "\\x1b[31mred\\x7f\\x01");
-  EXPECT_EQ(harmless("\u009b31m\u202ereversed\u2028"), "\\u009b31m\\u202ereversed\\u2028");
-  EXPECT_EQ(harmless("Z\u00fcrich \xff"), "Z\u00fcrich \ufffd");
+TEST(Utf8, EscapeControlsKeepsOneLine) {
+  EXPECT_EQ(escapeControls("a\nb\r\tc"), "a\\nb\\r\\tc");
+  EXPECT_EQ(escapeControls("\x1b[31mred\x7f\x01"), "\\x1b[31mred\\x7f\\x01");
+  EXPECT_EQ(escapeControls("\u009b31m\u202ereversed\u2028"), "\\u009b31m\\u202ereversed\\u2028");
+  EXPECT_EQ(escapeControls("Z\u00fcrich \xff"), "Z\u00fcrich \ufffd");
 }
 
 TEST(Utf8, DisplayWidthCountsTerminalColumns) {

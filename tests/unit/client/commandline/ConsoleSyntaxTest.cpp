@@ -1,4 +1,4 @@
-// The arguments of commands for the agent's console.
+// The arguments of the commands that call the agent's console.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -14,7 +14,7 @@ using Words = std::vector<std::string>;
 
 // ---- node create
 
-TEST(ConsoleArguments, OfANewNodeHaveDefaults) {
+TEST(ConsoleSyntax, HasDefaultsForANewNode) {
   const TypedNode node = parsed({"node", "create", "core", "--name", "Core"}).node;
   EXPECT_EQ(node.id, "core");
   EXPECT_EQ(node.name, "Core");
@@ -26,7 +26,7 @@ TEST(ConsoleArguments, OfANewNodeHaveDefaults) {
   EXPECT_TRUE(node.attributes.empty());
 }
 
-TEST(ConsoleArguments, OfANewNodeAreAllTaken) {
+TEST(ConsoleSyntax, ReadsAllOptionsOfANewNode) {
   const TypedNode node =
       parsed({"node", "create", "--parent", "ring", "--parent-kind", "element", "7", "--name",
               "Z\u00fcrich", "--kind", "element", "--params", "-2147483648,2147483647",
@@ -44,7 +44,7 @@ TEST(ConsoleArguments, OfANewNodeAreAllTaken) {
   EXPECT_EQ(node.attributes[2].name, "");
 }
 
-TEST(ConsoleArguments, OfANewNodeOverrideEachOther) {
+TEST(ConsoleSyntax, UsesTheLastOfARepeatedOption) {
   const TypedNode node = parsed({"node", "create", "7", "--name", "a", "--name", "b", "--kind",
                                  "nonsense", "--kind", "element"})
                              .node;
@@ -52,7 +52,7 @@ TEST(ConsoleArguments, OfANewNodeOverrideEachOther) {
   EXPECT_TRUE(node.isElement);
 }
 
-TEST(ConsoleArguments, AfterTwoDashesMayLookLikeOptions) {
+TEST(ConsoleSyntax, AcceptsArgumentsLikeOptionsAfterTwoDashes) {
   for (const std::string id : {"-1", "--name", "-h", "++", "--"}) {
     EXPECT_EQ(parsed({"node", "create", "--name", "x", "--", id}).node.id, id);
     EXPECT_EQ(parsed({"node", "delete", "--", id}).node.id, id);
@@ -62,14 +62,14 @@ TEST(ConsoleArguments, AfterTwoDashesMayLookLikeOptions) {
   }
 }
 
-TEST(ConsoleArguments, MayBeNamesOfCommands) {
+TEST(ConsoleSyntax, AcceptsNamesOfCommandsAsArguments) {
   for (const std::string id : {"node", "create", "delete", "topo", "module", "[a,b]", "", " "}) {
     EXPECT_EQ(parsed({"node", "delete", id}).node.id, id);
     EXPECT_EQ(parsed({"node", "create", id, "--name", id}).node.id, id);
   }
 }
 
-TEST(ConsoleArguments, OfANewNodeMustBeCompleteAndHaveTheirForm) {
+TEST(ConsoleSyntax, RejectsMissingAndMalformedArgumentsOfANewNode) {
   EXPECT_EQ(usageErrorOf({"node", "create"}), "node create: an ID is missing");
   EXPECT_EQ(usageErrorOf({"node", "create", "7"}), "node create: --name is missing");
   const auto errorOf = [](const Words& more) {
@@ -89,9 +89,9 @@ TEST(ConsoleArguments, OfANewNodeMustBeCompleteAndHaveTheirForm) {
   EXPECT_THAT(errorOf({"--unique"}), HasSubstr("'--unique' is not expected here; "));
 }
 
-// ---- others
+// ---- other commands
 
-TEST(ConsoleArguments, OfOtherCommandsMustBeComplete) {
+TEST(ConsoleSyntax, RejectsMissingArgumentsOfOtherCommands) {
   EXPECT_EQ(usageErrorOf({"node", "delete"}), "node delete: an ID is missing");
   EXPECT_EQ(usageErrorOf({"node", "rename"}), "node rename: ID and NAME are missing");
   EXPECT_EQ(usageErrorOf({"node", "rename", "7"}), "node rename: a NAME is missing");
@@ -109,12 +109,12 @@ TEST(ConsoleArguments, OfOtherCommandsMustBeComplete) {
   }
 }
 
-TEST(ConsoleArguments, TurnTheTestSwitchOnOrOff) {
+TEST(ConsoleSyntax, ReadsTheStateOfTheTestSwitch) {
   EXPECT_TRUE(parsed({"test-switch", "on"}).on);
   EXPECT_FALSE(parsed({"test-switch", "off"}).on);
 }
 
-TEST(ConsoleArguments, AreExplainedByTheHelpOfTheirCommand) {
+TEST(ConsoleSyntax, IsExplainedByTheHelp) {
   EXPECT_THAT(parseOptions({"node", "create", "--help"}, "").notice,
               testing::AllOf(HasSubstr("create [OPTIONS] [ID]"), HasSubstr("--parent-kind KIND"),
                              HasSubstr("--attribute NAME=VALUE")));

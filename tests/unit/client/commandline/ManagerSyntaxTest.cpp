@@ -22,7 +22,7 @@ Words objectOf(const Arguments& arguments) {
 
 // ---- below
 
-TEST(Arguments, OfBelowAreASubnetworkOrAWholeName) {
+TEST(ManagerSyntax, ReadsASubnetworkOrAWholeNameForBelow) {
   const Arguments subnetwork = parsed({"below", "core"});
   EXPECT_THAT(objectOf(subnetwork), ElementsAre("(TopoSubnetwork,core)"));
   EXPECT_FALSE(subnetwork.isWholeName);
@@ -31,14 +31,14 @@ TEST(Arguments, OfBelowAreASubnetworkOrAWholeName) {
   EXPECT_TRUE(whole.isWholeName);
 }
 
-TEST(Arguments, TakeAnySubnetwork) {
+TEST(ManagerSyntax, AcceptsAnySubnetwork) {
   for (const std::string id : {"", " ", "topo", "below", "A=B", "[a,b]", "{}", "%%", "-", "-5",
                                "\"quoted\"", "Z\u00fcrich"}) {
     EXPECT_THAT(objectOf(parsed({"below", id})), ElementsAre("(TopoSubnetwork," + id + ")"));
   }
 }
 
-TEST(Arguments, TakeAnyNameInTheOrderGiven) {
+TEST(ManagerSyntax, AcceptsAnyPairsInTheOrderTyped) {
   EXPECT_THAT(objectOf(parsed({"below", "--name", "=", "--name", "a=b=c", "--name", "=x", "--name",
                                "[p,q]=[r]", "--name", "-a=-b", "--name", "a=b=c", "--name",
                                "--format=json", "--name", "Z\u00fcrich=\u6771\u4eac"})),
@@ -46,7 +46,7 @@ TEST(Arguments, TakeAnyNameInTheOrderGiven) {
                           "(--format,json)", "(Z\u00fcrich,\u6771\u4eac)"));
 }
 
-TEST(Arguments, StandBetweenOptions) {
+TEST(ManagerSyntax, ReadsArgumentsBetweenOptions) {
   const Options options =
       parseOptions({"--how-many", "7", "below", "--format", "csv", "core", "--timeout", "2"}, "");
   EXPECT_THAT(objectOf(options.arguments), ElementsAre("(TopoSubnetwork,core)"));
@@ -54,7 +54,7 @@ TEST(Arguments, StandBetweenOptions) {
   EXPECT_EQ(options.format, Format::kCsv);
 }
 
-TEST(Arguments, AfterTwoDashesMayLookLikeOptions) {
+TEST(ManagerSyntax, AcceptsArgumentsLikeOptionsAfterTwoDashes) {
   for (const std::string text : {"-x", "--format", "--name=A=B", "--", "-h", "++"}) {
     EXPECT_THAT(objectOf(parsed({"below", "--", text})),
                 ElementsAre("(TopoSubnetwork," + text + ")"));
@@ -63,7 +63,7 @@ TEST(Arguments, AfterTwoDashesMayLookLikeOptions) {
   }
 }
 
-TEST(Arguments, OfBelowMustNameOneSubnetwork) {
+TEST(ManagerSyntax, RejectsBelowWithoutExactlyOneSubnetwork) {
   EXPECT_EQ(usageErrorOf({"below"}), "below: an ID is missing, or a whole name given with --name");
   EXPECT_EQ(usageErrorOf({"below", "core", "--name", "EMS=e"}),
             "below: ID and --name exclude each other");
@@ -76,7 +76,7 @@ TEST(Arguments, OfBelowMustNameOneSubnetwork) {
 
 // ---- set
 
-TEST(Arguments, OfSetAreAnAttributeAnObjectAndAValue) {
+TEST(ManagerSyntax, ReadsAnAttributeAnObjectAndAValueForSet) {
   const std::vector<std::pair<const char*, Attribute>> attributes = {
       {"user-label", Attribute::kUserLabel},
       {"owner", Attribute::kOwner},
@@ -91,21 +91,21 @@ TEST(Arguments, OfSetAreAnAttributeAnObjectAndAValue) {
   }
 }
 
-TEST(Arguments, OfSetMayHaveAWholeName) {
+TEST(ManagerSyntax, ReadsAWholeNameForSet) {
   const Arguments arguments = parsed({"set", "owner", "--name", "EMS=e", "ops", "--name", "OS=1"});
   EXPECT_THAT(objectOf(arguments), ElementsAre("(EMS,e)", "(OS,1)"));
   EXPECT_TRUE(arguments.isWholeName);
   EXPECT_EQ(arguments.value, "ops");
 }
 
-TEST(Arguments, OfSetTakeAnyText) {
+TEST(ManagerSyntax, AcceptsAnyTextAsValue) {
   for (const std::string text :
        {"", " ", "topo", "set", "owner", "[a,b]", "{}", "-1", "Z\u00fcrich \u6771\u4eac"}) {
     EXPECT_EQ(parsed({"set", "owner", "OS=1", text}).value, text);
   }
 }
 
-TEST(Arguments, OfInfoAreAPair) {
+TEST(ManagerSyntax, ReadsAPairForInfo) {
   const auto pairOf = [](const std::string& text) {
     const Arguments arguments = parsed({"set", "info", "OS=1", text});
     EXPECT_EQ(arguments.attribute, Attribute::kInfo);
@@ -117,7 +117,7 @@ TEST(Arguments, OfInfoAreAPair) {
   EXPECT_EQ(pairOf("=x=y"), "(,x=y)");
 }
 
-TEST(Arguments, MayAskForAUniqueUserLabel) {
+TEST(ManagerSyntax, ReadsTheOptionForAUniqueUserLabel) {
   EXPECT_TRUE(parsed({"set", "--unique", "user-label", "OS=1", "x"}).unique);
   EXPECT_TRUE(parsed({"set", "user-label", "OS=1", "x", "--unique"}).unique);
   for (const std::string attribute : {"owner", "native-name", "info"}) {
@@ -126,7 +126,7 @@ TEST(Arguments, MayAskForAUniqueUserLabel) {
   }
 }
 
-TEST(Arguments, OfSetMustBeComplete) {
+TEST(ManagerSyntax, RejectsSetWithMissingArguments) {
   const std::string attributes = "the attributes are: user-label, owner, native-name, info";
   EXPECT_EQ(usageErrorOf({"set"}), "set: an attribute is missing; " + attributes);
   EXPECT_EQ(usageErrorOf({"set", "colour"}), "set: 'colour' is not an attribute; " + attributes);
@@ -140,7 +140,7 @@ TEST(Arguments, OfSetMustBeComplete) {
   EXPECT_THAT(usageErrorOf({"set", "owner", "OS=1", "ops", "x"}), HasSubstr("'x' is not expected"));
 }
 
-TEST(Arguments, OfSetMustHaveTheirForm) {
+TEST(ManagerSyntax, RejectsSetWithMalformedArguments) {
   EXPECT_EQ(usageErrorOf({"set", "owner", "core", "ops"}),
             "set owner: OBJECT: 'core' is not CLASS=VALUE");
   EXPECT_EQ(usageErrorOf({"set", "owner", "--name", "core", "ops"}),
@@ -152,7 +152,7 @@ TEST(Arguments, OfSetMustHaveTheirForm) {
 
 // ---- other commands
 
-TEST(Arguments, AreRefusedByCommandsThatTakeNone) {
+TEST(ManagerSyntax, RejectsArgumentsOfCommandsWithoutArguments) {
   for (const char* const command :
        {"topo", "protect", "clocks", "clock-links", "tree", "capabilities"}) {
     EXPECT_THAT(usageErrorOf({command, "core"}), HasSubstr("'core' is not expected here; "));
@@ -161,7 +161,7 @@ TEST(Arguments, AreRefusedByCommandsThatTakeNone) {
   }
 }
 
-TEST(Arguments, OfTreeAllowNoFormatButTheTable) {
+TEST(ManagerSyntax, RejectsFormatsOtherThanTableForTree) {
   EXPECT_EQ(parseOptions({"tree", "--format", "table"}, "").format, Format::kTable);
   for (const char* const format : {"json", "csv"}) {
     EXPECT_EQ(usageErrorOf({"tree", "--format", format}),
@@ -170,7 +170,7 @@ TEST(Arguments, OfTreeAllowNoFormatButTheTable) {
   }
 }
 
-TEST(Arguments, AreExplainedByTheHelpOfTheirCommand) {
+TEST(ManagerSyntax, IsExplainedByTheHelp) {
   EXPECT_THAT(parseOptions({"below", "--help"}, "").notice,
               testing::AllOf(HasSubstr("below [OPTIONS] [ID]"), HasSubstr("--name NAME=VALUE")));
   EXPECT_THAT(parseOptions({"set", "--help"}, "").notice,

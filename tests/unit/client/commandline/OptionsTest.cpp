@@ -51,29 +51,29 @@ TEST(Options, AreReadBeforeAndAfterTheCommand) {
   }
 }
 
-TEST(Options, OfTheSameNameOverrideEachOther) {
+TEST(Options, UseTheLastOfARepeatedOption) {
   EXPECT_EQ(parsed({"--format", "csv", "--format", "json"}).format, Format::kJson);
   EXPECT_EQ(parsed({"--how-many", "x", "--how-many", "5"}).access.howMany, 5U);
 }
 
-TEST(Options, TakeTheAgentFromTheEnvironmentUnlessOneIsGiven) {
+TEST(Options, ReadTheAgentFromTheEnvironmentUnlessAnOptionNamesTheAgent) {
   EXPECT_EQ(parsed({}, "corbaloc::far:1/X").access.reference, "corbaloc::far:1/X");
   EXPECT_EQ(parsed({"--agent", "corbaloc::near:1/X"}, "corbaloc::far:1/X").access.reference,
             "corbaloc::near:1/X");
   EXPECT_EQ(parsed({"--ior-file", "/the/file"}, "corbaloc::far:1/X").access.iorFile, "/the/file");
 }
 
-TEST(Options, RefuseTwoAgents) {
+TEST(Options, RejectTwoAgents) {
   EXPECT_EQ(usageError({"--agent", "corbaloc::near:1/X", "--ior-file", "/the/file", "topo"}),
             "--agent and --ior-file exclude each other");
 }
 
-TEST(Options, TakeEveryUnsignedNumberOf32BitsAsHowMany) {
+TEST(Options, AcceptEveryUnsigned32BitHowMany) {
   EXPECT_EQ(parsed({"--how-many", "0"}).access.howMany, 0U);
   EXPECT_EQ(parsed({"--how-many", "4294967295"}).access.howMany, 4294967295U);
 }
 
-TEST(Options, RefuseOtherTextsAsHowMany) {
+TEST(Options, RejectOtherTextsAsHowMany) {
   for (const std::string text : {"4294967296", "99999999999999999999", "-1", "+1", "1.5", "1e3",
                                  "0x10", "ten", "1 ", " 1"}) {
     EXPECT_EQ(usageError({"--how-many", text, "topo"}),
@@ -83,18 +83,18 @@ TEST(Options, RefuseOtherTextsAsHowMany) {
             "--how-many: '' is not a number from 0 to 4294967295");
 }
 
-TEST(Options, TakeSecondsAndFractionsAsTimeout) {
+TEST(Options, AcceptFractionsOfSecondsAsTimeout) {
   EXPECT_EQ(parsed({"--timeout", "0"}).access.callTimeout, milliseconds(0));
   EXPECT_EQ(parsed({"--timeout", "2"}).access.callTimeout, milliseconds(2000));
   EXPECT_EQ(parsed({"--timeout", "0.25"}).access.callTimeout, milliseconds(250));
   EXPECT_EQ(parsed({"--timeout", "1000000"}).access.callTimeout, milliseconds(1000000000));
 }
 
-TEST(Options, RoundATinyTimeoutUpBecauseZeroMeansNone) {
+TEST(Options, RoundATinyTimeoutUpToAMillisecond) {
   EXPECT_EQ(parsed({"--timeout", "0.0000001"}).access.callTimeout, milliseconds(1));
 }
 
-TEST(Options, RefuseOtherTextsAsTimeout) {
+TEST(Options, RejectOtherTextsAsTimeout) {
   for (const std::string text :
        {"-1", "-0", "1000000.1", "1e9", "nan", "inf", "soon", "1s", "", "0,5"}) {
     EXPECT_EQ(usageError({"--timeout", text, "topo"}),
@@ -102,7 +102,7 @@ TEST(Options, RefuseOtherTextsAsTimeout) {
   }
 }
 
-TEST(Options, LimitTheLargestMessage) {
+TEST(Options, CheckTheRangeOfTheLargestMessage) {
   EXPECT_EQ(parsed({"--max-message", "8192"}).access.maxMessageBytes, 8192U);
   EXPECT_EQ(parsed({"--max-message", "4294967295"}).access.maxMessageBytes, 4294967295U);
   for (const std::string text : {"8191", "0", "4294967296", "1M"}) {
@@ -111,7 +111,7 @@ TEST(Options, LimitTheLargestMessage) {
   }
 }
 
-TEST(Options, RefuseAnUnknownFormat) {
+TEST(Options, RejectAnUnknownFormat) {
   EXPECT_EQ(parsed({"--format", "table"}).format, Format::kTable);
   EXPECT_EQ(usageError({"--format", "xml", "topo"}), "--format: 'xml' is none of table, json, csv");
   EXPECT_EQ(usageError({"--format", "JSON", "topo"}),
@@ -122,7 +122,7 @@ const std::string kCommands =
     "the commands are: topo, protect, below, clocks, clock-links, tree, set, capabilities, watch, "
     "node create, node delete, node rename, import, backup, test-switch, status, module reload";
 
-TEST(Options, RefuseAMissingUnknownOrSecondCommand) {
+TEST(Options, RejectAMissingUnknownOrSecondCommand) {
   EXPECT_EQ(usageError({}), "a command is missing; " + kCommands);
   EXPECT_EQ(usageError({"--format", "json"}), "a command is missing; " + kCommands);
   EXPECT_EQ(usageError({"frobnicate"}), "'frobnicate' is not expected here; " + kCommands);
@@ -131,7 +131,7 @@ TEST(Options, RefuseAMissingUnknownOrSecondCommand) {
   EXPECT_EQ(usageError({"topo", "topo"}), "'topo' is not expected here; " + kCommands);
 }
 
-TEST(Options, RefuseHalfOfACommandAndAnUnknownOtherHalf) {
+TEST(Options, RejectAGroupWithoutACommandOrWithAnUnknownCommand) {
   EXPECT_EQ(usageError({"node"}), "node: a command is missing; " + kCommands);
   EXPECT_EQ(usageError({"module", "--format", "json"}),
             "module: a command is missing; " + kCommands);
@@ -149,13 +149,13 @@ TEST(Options, AreReadBeforeAndAfterACommandOfTwoWords) {
   }
 }
 
-TEST(Options, RefuseAnUnknownOptionAndAMissingValue) {
+TEST(Options, RejectAnUnknownOptionAndAMissingValue) {
   EXPECT_EQ(usageError({"--frobnicate", "topo"}),
             "'--frobnicate' is not expected here; " + kCommands);
   EXPECT_EQ(usageError({"topo", "--how-many"}), "--how-many: 1 required TEXT missing");
 }
 
-TEST(Options, GiveHelpAndVersionAsNotices) {
+TEST(Options, ReturnHelpAndVersionAsNotices) {
   EXPECT_EQ(parseOptions({"--version"}, "").notice, "topoctl 0.1.0\n");
   const std::string help = parseOptions({"--help"}, "").notice;
   EXPECT_THAT(help, StartsWith("Shows what a topology agent manages.\nUsage: topoctl "));

@@ -1,4 +1,4 @@
-// Command lines as the tests of their arguments type them.
+// Parses command lines for the tests of the syntax.
 
 #ifndef TESTS_UNIT_CLIENT_COMMANDLINE_PARSELINE_H
 #define TESTS_UNIT_CLIENT_COMMANDLINE_PARSELINE_H

@@ -12,27 +12,28 @@ namespace {
 using testing::HasSubstr;
 using Words = std::vector<std::string>;
 
-std::string listening(const std::string& text) {
-  const ListenAddress at = parseOptions({"watch", "--listen", text}, "").arguments.listen;
-  return at.host + " " + std::to_string(at.port);
+void expectListen(const std::string& text, const ListenAddress& expected) {
+  const ListenAddress address = parseOptions({"watch", "--listen", text}, "").arguments.listen;
+  EXPECT_EQ(address.host, expected.host) << text;
+  EXPECT_EQ(address.port, expected.port) << text;
 }
 
-TEST(WatchArguments, HaveDefaults) {
+TEST(WatchSyntax, HasDefaults) {
   const Arguments arguments = parseOptions({"watch"}, "").arguments;
   EXPECT_EQ(arguments.listen.host, "127.0.0.1");
   EXPECT_EQ(arguments.listen.port, 0);
   EXPECT_EQ(arguments.count, 0U);
 }
 
-TEST(WatchArguments, NameAHostAndAPort) {
-  EXPECT_EQ(listening("ems1.example.net"), "ems1.example.net 0");
-  EXPECT_EQ(listening("10.0.0.1:0"), "10.0.0.1 0");
-  EXPECT_EQ(listening("10.0.0.1:65535"), "10.0.0.1 65535");
-  EXPECT_EQ(listening("[::1]"), "::1 0");
-  EXPECT_EQ(listening("[::1]:4711"), "::1 4711");
+TEST(WatchSyntax, ReadsHostAndPort) {
+  expectListen("ems1.example.net", {"ems1.example.net", 0});
+  expectListen("10.0.0.1:0", {"10.0.0.1", 0});
+  expectListen("10.0.0.1:65535", {"10.0.0.1", 65535});
+  expectListen("[::1]", {"::1", 0});
+  expectListen("[::1]:4711", {"::1", 4711});
 }
 
-TEST(WatchArguments, RefuseOtherTextsAsHostAndPort) {
+TEST(WatchSyntax, RejectsOtherTextsAsHostAndPort) {
   for (const std::string text :
        {"", ":", ":4711", "host:", "host:x", "host:65536", "host:-1", "::1", "[::1", "[]",
         "[::1]4711", "[::1]:", "a b", "host:1:2", "a/b"}) {
@@ -41,7 +42,7 @@ TEST(WatchArguments, RefuseOtherTextsAsHostAndPort) {
   }
 }
 
-TEST(WatchArguments, LimitTheNotifications) {
+TEST(WatchSyntax, ReadsTheCount) {
   EXPECT_EQ(parseOptions({"watch", "--count", "4294967295"}, "").arguments.count, 4294967295U);
   for (const std::string text : {"", "0", "-1", "4294967296", "many"}) {
     EXPECT_EQ(usageErrorOf({"watch", "--count", text}),
@@ -49,7 +50,7 @@ TEST(WatchArguments, LimitTheNotifications) {
   }
 }
 
-TEST(WatchArguments, AllowTableAndJson) {
+TEST(WatchSyntax, AcceptsTableAndJsonOnly) {
   EXPECT_EQ(parseOptions({"watch", "--format", "json"}, "").format, Format::kJson);
   EXPECT_EQ(parseOptions({"watch", "--format", "table"}, "").format, Format::kTable);
   EXPECT_EQ(usageErrorOf({"watch", "--format", "csv"}),
@@ -57,7 +58,7 @@ TEST(WatchArguments, AllowTableAndJson) {
             "common");
 }
 
-TEST(WatchArguments, AreOptionsAlone) {
+TEST(WatchSyntax, RejectsArgumentsThatAreNotOptions) {
   EXPECT_THAT(usageErrorOf({"watch", "core"}), HasSubstr("'core' is not expected here; "));
   EXPECT_THAT(usageErrorOf({"topo", "--listen", "h"}),
               HasSubstr("'--listen' is not expected here"));

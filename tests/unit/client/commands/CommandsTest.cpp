@@ -10,7 +10,7 @@ namespace {
 
 using testing::UnorderedElementsAreArray;
 
-TEST(Commands, AreThoseOfTheSyntax) {
+TEST(Commands, MatchTheSyntaxTable) {
   std::vector<std::string> inSyntax;
   for (const CommandSyntax& row : commandSyntax()) {
     inSyntax.emplace_back(row.name);
@@ -22,7 +22,7 @@ TEST(Commands, AreThoseOfTheSyntax) {
   EXPECT_THAT(runnable, UnorderedElementsAreArray(inSyntax));
 }
 
-TEST(Commands, EitherReturnAPrintFunctionOrPrintWhileTheyRun) {
+TEST(Commands, HaveExactlyOneFunction) {
   for (const Command& row : commands()) {
     EXPECT_NE(row.call == nullptr, row.stream == nullptr) << row.name;
   }

@@ -1,4 +1,4 @@
-// The commands for the agent's console, as a user runs them.
+// The commands that call the agent's console, run as processes.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -45,7 +45,7 @@ class Console : public WithAgent {
     return runProgram(words);
   }
 
-  // A run that prints nothing and makes one call.
+  // Runs a command that makes one call and prints nothing. Returns the call.
   std::string silentCallOf(const Words& words) {
     const std::size_t before = script.calls().size();
     const Ended ended = run(words);
@@ -76,7 +76,7 @@ TEST_F(Console, RenamesNodes) {
   EXPECT_EQ(silentCallOf({"node", "rename", "--", "-core", ""}), "rename(-core, )");
 }
 
-TEST_F(Console, TurnsTheTestSwitch) {
+TEST_F(Console, SetsTheTestSwitch) {
   EXPECT_EQ(silentCallOf({"test-switch", "on"}), "test-switch(on)");
   EXPECT_EQ(silentCallOf({"test-switch", "off"}), "test-switch(off)");
 }
@@ -85,14 +85,14 @@ TEST_F(Console, ReloadsTheModule) {
   EXPECT_EQ(silentCallOf({"module", "reload"}), "reload");
 }
 
-TEST_F(Console, SaysHowManyNodesWereDeleted) {
+TEST_F(Console, PrintsTheNumberOfDeletedNodes) {
   EXPECT_EQ(run({"node", "delete", "core"}).out, "deletedNodes\n           3\n");
   EXPECT_EQ(run({"node", "delete", "core", "--format", "json"}).out, "{\"deletedNodes\":3}\n");
   EXPECT_EQ(run({"node", "delete", "core", "--format", "csv"}).out, "deletedNodes\r\n3\r\n");
   EXPECT_EQ(script.lastCall(), "delete(core)");
 }
 
-TEST_F(Console, ImportsAFileOfThisMachine) {
+TEST_F(Console, ImportsALocalFile) {
   const std::string content("{\"bytes\":\"\0\xff\r\n\"}", 16);
   std::ofstream(path, std::ios::binary) << content;
   EXPECT_EQ(run({"import", path}).out,
@@ -129,7 +129,7 @@ TEST_F(Console, EndsWith4WhenAFileIsOverTheSizeLimit) {
   EXPECT_THAT(script.calls(), ElementsAre());
 }
 
-TEST_F(Console, EndsWith4WhenAFileIsOverTheSizeLimitTogetherWithItsHeader) {
+TEST_F(Console, EndsWith4WhenAFileWithItsHeaderIsOverTheSizeLimit) {
   if (!orb::kExactMessageLimit) {
     GTEST_SKIP() << "this ORB does not count every octet";
   }
@@ -140,7 +140,7 @@ TEST_F(Console, EndsWith4WhenAFileIsOverTheSizeLimitTogetherWithItsHeader) {
   EXPECT_THAT(script.calls(), ElementsAre());
 }
 
-TEST_F(Console, ShowsTheStatus) {
+TEST_F(Console, PrintsTheStatus) {
   const Ended table = run({"status"});
   EXPECT_THAT(table.out, HasSubstr("moduleState         MS_RELOADING\n"));
   EXPECT_THAT(table.out, HasSubstr("\n\nreceiver "));
@@ -148,7 +148,7 @@ TEST_F(Console, ShowsTheStatus) {
   EXPECT_THAT(run({"status", "--format", "csv"}).out, StartsWith("name,value\r\nmoduleState,"));
 }
 
-TEST_F(Console, EndsWith3AndTheReasonOfARefusal) {
+TEST_F(Console, EndsWith3AndTheReasonOfTheAgent) {
   script.onConsole = [] {
     throw globaldefs::ProcessingFailureException(globaldefs::EXCPT_ENTITY_NOT_FOUND, "no core");
   };
@@ -167,7 +167,7 @@ TEST_F(Console, EndsWith3AndTheReasonOfARefusal) {
   }
 }
 
-// While the module is reloaded nothing answers where the manager is.
+// As during a reload of the module, when the manager does not answer.
 TEST_F(Console, IsFoundBesideAManagerThatDoesNotAnswer) {
   const CORBA::Object_var manager =
       server().get()->string_to_object(("corbaloc:iiop:1.2@" + address() + "/Nothing").c_str());
@@ -180,7 +180,7 @@ TEST_F(Console, IsFoundBesideAManagerThatDoesNotAnswer) {
   EXPECT_THAT(script.calls(), ElementsAre("reload", "reload"));
 }
 
-TEST_F(Console, IsFoundBesideAnObjectThatANameTells) {
+TEST_F(Console, IsFoundBesideTheObjectOfACorbaname) {
   const PortableServer::Servant_var<support::FakeNaming> naming = new support::FakeNaming;
   naming->bound["TopoManagement"] =
       server().get()->string_to_object(("corbaloc::" + address() + "/Nothing").c_str());
@@ -192,7 +192,7 @@ TEST_F(Console, IsFoundBesideAnObjectThatANameTells) {
   service->retire();
 }
 
-// An agent that does not take large messages.
+// An agent with a low limit for incoming messages.
 class StrictConsole : public Console {
  protected:
   static void SetUpTestSuite() {
@@ -225,7 +225,7 @@ TEST_F(NoConsole, EndsWith2) {
               StartsWith("topoctl: the agent at '" + agentReference() + "' is not reachable: "));
 }
 
-TEST_F(NoConsole, EndsWith4WhenSomethingElseIsThere) {
+TEST_F(NoConsole, EndsWith4WhenTheObjectHasAnotherType) {
   const auto other = server().wellKnownObject("TopoAgentConsole");
   const PortableServer::Servant_var<support::FakeNaming> naming = new support::FakeNaming;
   const CORBA::Object_var reference = other->publish(naming.in());
@@ -250,7 +250,7 @@ TEST_F(Console, BackupWritesTheAgentsStoreToANewFile) {
                                           "continue-backup(4711)", "continue-backup(4711)"));
 }
 
-TEST_F(Console, BackupLeavesAFileThatExistsAlone) {
+TEST_F(Console, BackupKeepsAnExistingFile) {
   for (const std::string& existing : {path, path + ".part"}) {
     std::ofstream(existing) << "mine";
     const Ended ended = run({"backup", path});
@@ -262,7 +262,7 @@ TEST_F(Console, BackupLeavesAFileThatExistsAlone) {
   EXPECT_THAT(script.calls(), ElementsAre());
 }
 
-TEST_F(Console, BackupRefusesAFileThatCannotBeMade) {
+TEST_F(Console, BackupRejectsAFileThatCannotBeCreated) {
   const Ended ended = run({"backup", "/nowhere/backup.db"});
   EXPECT_EQ(ended.status, 1);
   EXPECT_EQ(ended.err,
@@ -271,7 +271,7 @@ TEST_F(Console, BackupRefusesAFileThatCannotBeMade) {
   EXPECT_THAT(script.calls(), ElementsAre());
 }
 
-TEST_F(Console, BackupThatFailsEndsItAndLeavesNoFile) {
+TEST_F(Console, BackupCancelsAFailedTransferAndRemovesTheFile) {
   script.onConsole = [calls = 0]() mutable {
     if (++calls == 3) {
       throw CORBA::NO_RESOURCES();

@@ -14,9 +14,9 @@ namespace {
 using testing::ElementsAre;
 using Words = std::vector<std::string>;
 
-class Set : public WithAgent {
+class SetAttributeTest : public WithAgent {
  protected:
-  Set() { script.nodes = makeNodes(1); }
+  SetAttributeTest() { script.nodes = makeNodes(1); }
 
   Ended run(Words words) {
     script.settle();
@@ -24,7 +24,7 @@ class Set : public WithAgent {
     return runProgram(words);
   }
 
-  // The one call that a command makes with a whole name; the command prints nothing.
+  // Runs a command with a whole name, which makes one call and prints nothing. Returns the call.
   std::string callOf(const std::string& attribute, const std::string& value) {
     const std::size_t before = script.calls().size();
     const Ended ended =
@@ -36,7 +36,7 @@ class Set : public WithAgent {
   }
 };
 
-TEST_F(Set, SendsEveryTextAsItIs) {
+TEST_F(SetAttributeTest, SendsAnyTextUnchanged) {
   for (const std::string text : {"", "ops", "-x", "a=b", " ", "Z\u00fcrich \u6771\u4eac \U0001F600",
                                  "two\nlines", "[a,b]"}) {
     const std::string arguments = "((EMS,Z\u00fcrich)(OS,1), " + text + ")";
@@ -46,7 +46,7 @@ TEST_F(Set, SendsEveryTextAsItIs) {
   }
 }
 
-TEST_F(Set, LearnsTheEmsOfAnObject) {
+TEST_F(SetAttributeTest, UsesTheEmsOfTheFirstNode) {
   for (const std::string object : {"TopoSubnetwork=core", "ManagedElement=5", "ClockTopoLinkId="}) {
     EXPECT_EQ(run({"owner", object, "ops"}).status, 0);
     std::string pair = object;
@@ -56,7 +56,7 @@ TEST_F(Set, LearnsTheEmsOfAnObject) {
   EXPECT_EQ(script.firstCall(), "topo(1)");
 }
 
-TEST_F(Set, EndsWith4WhereNoEmsCanBeLearnt) {
+TEST_F(SetAttributeTest, EndsWith4WithoutAnEms) {
   script.nodes.length(0);
   const Ended ended = run({"owner", "OS=1", "ops"});
   EXPECT_EQ(ended.status, 4);
@@ -66,12 +66,12 @@ TEST_F(Set, EndsWith4WhereNoEmsCanBeLearnt) {
   EXPECT_THAT(script.calls(), ElementsAre("topo(1)"));
 }
 
-TEST_F(Set, AsksForAUniqueUserLabel) {
+TEST_F(SetAttributeTest, AsksForAUniqueUserLabel) {
   EXPECT_EQ(run({"user-label", "--name", "OS=1", "x", "--unique"}).status, 0);
   EXPECT_THAT(script.calls(), ElementsAre("userLabel((OS,1), x, unique)"));
 }
 
-TEST_F(Set, PrintsTheInformationThatComesBack) {
+TEST_F(SetAttributeTest, PrintsTheReturnedInformation) {
   addPair(script.storedInfo, "Region", "north");
   addPair(script.storedInfo, "Owner", "Z\u00fcrich");
   const auto printed = [this](const std::string& format) {
@@ -85,14 +85,14 @@ TEST_F(Set, PrintsTheInformationThatComesBack) {
   EXPECT_EQ(script.lastCall(), "info((OS,1), (Region,north))");
 }
 
-TEST_F(Set, RemovesInformationWithAnEmptyText) {
+TEST_F(SetAttributeTest, RemovesInformationWithAnEmptyText) {
   const Ended ended = run({"info", "--name", "OS=1", "Region=", "--format", "json"});
   EXPECT_EQ(ended.status, 0);
   EXPECT_EQ(ended.out, "[]\n");
   EXPECT_THAT(script.calls(), ElementsAre("info((OS,1), (Region,))"));
 }
 
-TEST_F(Set, EndsWith3AndTheReasonOfARefusal) {
+TEST_F(SetAttributeTest, EndsWith3AndTheReasonOfTheAgent) {
   script.onSet = [] {
     throw globaldefs::ProcessingFailureException(globaldefs::EXCPT_USERLABEL_IN_USE, "by OS=2");
   };
@@ -104,7 +104,7 @@ TEST_F(Set, EndsWith3AndTheReasonOfARefusal) {
   }
 }
 
-TEST_F(Set, EndsWith1AndCallsNothingOnUsageErrors) {
+TEST_F(SetAttributeTest, EndsWith1WithoutACallOnUsageErrors) {
   for (const Words& words : std::vector<Words>{{},
                                                {"colour", "OS=1", "x"},
                                                {"owner", "OS=1"},

@@ -15,7 +15,7 @@ std::string printed(const TopoAgent::Status_T& status, Format format) {
   return out.str();
 }
 
-TEST(Status, IsTwoTablesForPeople) {
+TEST(Status, IsTwoTablesInTheTableFormat) {
   EXPECT_EQ(printed(makeStatus(), Format::kTable),
             "name                value\n"
             "moduleState         MS_RELOADING\n"
@@ -47,7 +47,7 @@ TEST(Status, IsOneObjectInJson) {
             "\n");
 }
 
-TEST(Status, IsARecordAFieldInCsv) {
+TEST(Status, IsOneRecordAFieldInCsv) {
   TopoAgent::Status_T status = makeStatus();
   status.receivers.length(1);
   EXPECT_EQ(printed(status, Format::kCsv),
@@ -59,7 +59,7 @@ TEST(Status, IsARecordAFieldInCsv) {
             "receivers.0.lost,11\r\n");
 }
 
-TEST(Status, NeedsNoReceivers) {
+TEST(Status, AcceptsNoReceivers) {
   TopoAgent::Status_T status = makeStatus();
   status.receivers.length(0);
   const std::string table = printed(status, Format::kTable);

@@ -1,4 +1,4 @@
-// Every command that shows records, and the name that `below` sends.
+// The commands that print views, and the name in the request of `below`.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -26,7 +26,7 @@ class Views : public WithAgent {
     return options;
   }
 
-  // Options of any view.
+  // Complete options for any view.
   Options viewOptions(const std::string& command) const {
     Options options = this->options(command);
     options.arguments.object = {{"TopoSubnetwork", "core"}};
@@ -40,7 +40,7 @@ struct Batching {
   std::vector<std::string> next;  // the calls of the iterator
 };
 
-TEST_F(Views, AreTheSameWhateverTheBatchSizeIs) {
+TEST_F(Views, PrintTheSameForEveryBatchSize) {
   const std::vector<Batching> batchings = {
       {0, {"next_n(1000)"}},
       {1, {"next_n(1)", "next_n(1)", "next_n(1)", "next_n(1)"}},
@@ -88,7 +88,7 @@ TEST_F(Views, MayBeEmpty) {
   }
 }
 
-TEST_F(Views, ThatAreRefusedSaySo) {
+TEST_F(Views, ReportAnExceptionOfTheAgent) {
   script.onView = [] {
     throw globaldefs::ProcessingFailureException(globaldefs::EXCPT_INVALID_INPUT, "no way");
   };
@@ -162,7 +162,7 @@ TEST_F(LinkFormats, IncludeATable) {
 
 // ---- below
 
-TEST_F(Views, BelowASubnetworkLearnTheEmsFromTheFirstNode) {
+TEST_F(Views, BelowASubnetworkUseTheEmsOfTheFirstNode) {
   output(below({{"TopoSubnetwork", "core"}}, false));
   EXPECT_THAT(script.calls(),
               ElementsAre("topo(1)", "destroy", "below((EMS,zurich)(TopoSubnetwork,core), 1000)"));
@@ -176,7 +176,7 @@ TEST_F(Views, BelowASubnetworkNeedNoIteratorWhenThereIsOneNode) {
               ElementsAre("topo(1)", "below((EMS,Z\u00fcrich)(TopoSubnetwork,), 1000)"));
 }
 
-TEST_F(Views, BelowASubnetworkFailWhereNoEmsCanBeLearnt) {
+TEST_F(Views, BelowASubnetworkFailWithoutAnEms) {
   script.nodes[0].name.length(0);
   EXPECT_EQ(failureOf(below({{"TopoSubnetwork", "core"}}, false)),
             "4 topoctl: the name of the agent's first node has no EMS; give the whole name with "
@@ -188,7 +188,7 @@ TEST_F(Views, BelowASubnetworkFailWhereNoEmsCanBeLearnt) {
   EXPECT_THAT(script.calls(), ElementsAre("topo(1)", "destroy", "topo(1)"));
 }
 
-TEST_F(Views, BelowAWholeNameSendExactlyThat) {
+TEST_F(Views, BelowAWholeNameSendTheNameUnchanged) {
   output(below({{"", ""}, {"b", "a=b"}, {"a", "\u6771\u4eac"}, {"b", "a=b"}}, true));
   EXPECT_THAT(script.calls(), ElementsAre("below((,)(b,a=b)(a,\u6771\u4eac)(b,a=b), 1000)"));
 }

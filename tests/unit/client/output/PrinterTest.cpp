@@ -18,7 +18,7 @@ std::string printed(const NodeList_T& nodes, Format format) {
   Batches<NodeList_T> batches;
   batches.add(new NodeList_T(nodes));
   std::ostringstream out;
-  print(DescribedRows<NodeList_T>(batches, nodeDescription()), format, out);
+  printRows(ListRows<NodeList_T>(batches, nodeFields()), format, out);
   return out.str();
 }
 
@@ -29,7 +29,7 @@ NodeList_T listOf(const Node_T& node) {
   return nodes;
 }
 
-// A node in which nothing but the texts that a test sets is present.
+// A node that is empty except for the texts of the test.
 Node_T bareNode() {
   Node_T node;
   node.nodeType = 0;
@@ -55,13 +55,13 @@ std::string printedCapabilities(const common::CapabilityList_T& capabilities, Fo
   Batches<common::CapabilityList_T> batches;
   batches.add(new common::CapabilityList_T(capabilities));
   std::ostringstream out;
-  print(DescribedRows<common::CapabilityList_T>(batches, pairDescription()), format, out);
+  printRows(ListRows<common::CapabilityList_T>(batches, pairFields()), format, out);
   return out.str();
 }
 
 // ---- json
 
-TEST(JsonPrinter, WritesARecordALineWithTheFieldsInIdlOrder) {
+TEST(JsonPrinter, WritesOneRecordALineWithFieldsInIdlOrder) {
   EXPECT_EQ(printed(makeNodes(2), Format::kJson),
             "[\n"
             R"({"name":[{"name":"EMS","value":"zurich"},{"name":"TopoSubnetwork","value":"n0"}],)"
@@ -92,14 +92,14 @@ TEST(JsonPrinter, WritesNumbersOfTheFullWidth) {
             "\n]\n");
 }
 
-TEST(JsonPrinter, KeepsEveryValidTextAndStaysOnALine) {
+TEST(JsonPrinter, KeepsValidTextsOnOneLine) {
   const char* const text = "quote \" backslash \\ newline \n escape \x1b Z\u00fcrich \U0001F600";
   const std::string json = printed(listOf(nodeNamed(text)), Format::kJson);
   EXPECT_EQ(nlohmann::json::parse(json)[0]["nativeEMSName"], text);
   EXPECT_EQ(std::count(json.begin(), json.end(), '\n'), 3);
 }
 
-TEST(JsonPrinter, ReplacesWhatIsNotUtf8) {
+TEST(JsonPrinter, ReplacesInvalidUtf8) {
   Node_T node = nodeNamed("Z\xfcrich");
   addInfo(node, "\xff", "\xe6\x9d");
   const auto json = nlohmann::json::parse(printed(listOf(node), Format::kJson));
@@ -108,13 +108,13 @@ TEST(JsonPrinter, ReplacesWhatIsNotUtf8) {
   EXPECT_EQ(json[0]["additionalInfo"][0]["value"], "\ufffd");
 }
 
-TEST(JsonPrinter, KeepsTheOrderOfRecordsOverBatches) {
+TEST(JsonPrinter, KeepsTheOrderOfRecordsAcrossBatches) {
   Batches<NodeList_T> batches;
   batches.add(new NodeList_T(makeNodes(2)));
   batches.add(new NodeList_T());
   batches.add(new NodeList_T(listOf(makeNode("last"))));
   std::ostringstream out;
-  print(DescribedRows<NodeList_T>(batches, nodeDescription()), Format::kJson, out);
+  printRows(ListRows<NodeList_T>(batches, nodeFields()), Format::kJson, out);
   const auto json = nlohmann::json::parse(out.str());
   ASSERT_EQ(json.size(), 3U);
   EXPECT_EQ(json[0]["nativeEMSName"], "name of n0");
@@ -136,14 +136,14 @@ TEST(JsonPrinter, WritesCapabilities) {
 constexpr const char* kCsvHeader =
     "name,nativeEMSName,nodeType,nodeParam1,nodeParam2,relatedName,additionalInfo\r\n";
 
-TEST(CsvPrinter, WritesAHeaderAndALineARecord) {
+TEST(CsvPrinter, WritesAHeaderAndOneLineARecord) {
   EXPECT_EQ(printed(makeNodes(2), Format::kCsv),
             std::string(kCsvHeader) +
                 "EMS=zurich;TopoSubnetwork=n0,name of n0,1,-7,47377,EMS=zurich,Region=north\r\n"
                 "EMS=zurich;TopoSubnetwork=n1,name of n1,1,-7,47377,EMS=zurich,Region=north\r\n");
 }
 
-TEST(CsvPrinter, WritesTheHeaderAloneForNoRecords) {
+TEST(CsvPrinter, WritesOnlyTheHeaderForNoRecords) {
   EXPECT_EQ(printed(NodeList_T(), Format::kCsv), kCsvHeader);
 }
 
@@ -160,7 +160,7 @@ TEST(CsvPrinter, QuotesCommasQuotesAndLineBreaks) {
   EXPECT_EQ(line("Z\xfcrich"), ",Z\ufffdrich,0,0,0,,\r\n");
 }
 
-TEST(CsvPrinter, EscapesPairsSoThatTheyCanBeToldApart) {
+TEST(CsvPrinter, EscapesTheSeparatorsOfPairs) {
   const auto pairs = [](const std::vector<std::pair<const char*, const char*>>& list) {
     Node_T node = bareNode();
     for (const auto& [name, value] : list) {
@@ -191,7 +191,7 @@ TEST(CsvPrinter, WritesCapabilities) {
 
 // ---- table
 
-TEST(TablePrinter, AlignsColumnsAndShowsNamesByTheirLastValue) {
+TEST(TablePrinter, AlignsColumnsAndPrintsTheLastValueOfNames) {
   NodeList_T nodes = makeNodes(2);
   nodes[1].nodeParam1 = 12345678;
   nodes[1].nodeParam2 = 0;
@@ -201,12 +201,12 @@ TEST(TablePrinter, AlignsColumnsAndShowsNamesByTheirLastValue) {
             "n1    name of n1            1    12345678           0  zurich       Region=north\n");
 }
 
-TEST(TablePrinter, WritesTheHeaderAloneForNoRecords) {
+TEST(TablePrinter, WritesOnlyTheHeaderForNoRecords) {
   EXPECT_EQ(printed(NodeList_T(), Format::kTable),
             "name  nativeEMSName  nodeType  nodeParam1  nodeParam2  relatedName  additionalInfo\n");
 }
 
-TEST(TablePrinter, AlignsByDisplayedWidth) {
+TEST(TablePrinter, AlignsByDisplayWidth) {
   common::CapabilityList_T capabilities;
   capabilities.length(4);
   capabilities[0].name = "Zurich";
@@ -224,7 +224,7 @@ TEST(TablePrinter, AlignsByDisplayedWidth) {
             "Z\ufffdrich  |\n");
 }
 
-TEST(TablePrinter, MakesControlCharactersHarmless) {
+TEST(TablePrinter, EscapesControlCharacters) {
   Node_T node = nodeNamed("\x1b[2J\n");
   addInfo(node, "a\tb", "c\rd");
   addInfo(node, "e", "f");

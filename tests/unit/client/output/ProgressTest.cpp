@@ -7,28 +7,28 @@
 namespace topoctl {
 namespace {
 
-TEST(Progress, WritesOverItselfOnATerminalAndIsGoneAtTheEnd) {
+TEST(Progress, OverwritesTheLineAndErasesTheLineAtTheEnd) {
   std::ostringstream err;
   {
     Progress progress(err, true);
-    progress.show(3000);
+    progress.update(3000);
     EXPECT_EQ(err.str(), "\r 3000 records");
-    progress.show(10000);
+    progress.update(10000);
     EXPECT_EQ(err.str(), "\r 3000 records\r 10000 records");
   }
   EXPECT_EQ(err.str(), "\r 3000 records\r 10000 records\r" + std::string(14, ' ') + "\r");
 }
 
-TEST(Progress, WritesNothingWhereThereIsNoTerminal) {
+TEST(Progress, WritesNothingWithoutATerminal) {
   std::ostringstream err;
   {
     Progress progress(err, false);
-    progress.show(3000);
+    progress.update(3000);
   }
   EXPECT_EQ(err.str(), "");
 }
 
-TEST(Progress, WritesNothingWhenThereWasNothingToShow) {
+TEST(Progress, WritesNothingWithoutAnUpdate) {
   std::ostringstream err;
   { const Progress progress(err, true); }
   EXPECT_EQ(err.str(), "");

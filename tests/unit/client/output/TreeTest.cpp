@@ -60,18 +60,18 @@ TEST(Tree, IndentsChildrenInTheOrderReceived) {
             "  the b1 [TopoSubnetwork b1]\n");
 }
 
-TEST(Tree, HasTheNodesBelowThePhysicalRootMapAtTheTop) {
+TEST(Tree, DrawsChildrenOfThePhysicalRootMapAtTheTop) {
   EXPECT_EQ(drawn({{"a", "QNMAP_PHY_SUBMAP"}, {"a1", "a"}, {"b", "nowhere"}}),
             "the a [TopoSubnetwork a]\n"
             "  the a1 [TopoSubnetwork a1]\n" +
                 kHeading + "  the b [TopoSubnetwork b]\n");
 }
 
-TEST(Tree, OfNoNodesIsEmpty) {
+TEST(Tree, WritesNothingWithoutNodes) {
   EXPECT_EQ(drawn(std::vector<Member>{}), "");
 }
 
-TEST(Tree, ShowsOrphansWithWhatIsBelowThem) {
+TEST(Tree, DrawsOrphansWithTheirDescendants) {
   EXPECT_EQ(drawn({{"x1", "x"}, {"a", ""}, {"x", "gone"}, {"y", "gone"}}),
             "the a [TopoSubnetwork a]\n" + kHeading +
                 "  the x [TopoSubnetwork x]\n"
@@ -79,7 +79,7 @@ TEST(Tree, ShowsOrphansWithWhatIsBelowThem) {
                 "  the y [TopoSubnetwork y]\n");
 }
 
-TEST(Tree, ShowsTheMembersOfACycleAsOrphans) {
+TEST(Tree, DrawsTheMembersOfACycleAsOrphans) {
   EXPECT_EQ(drawn({{"tail", "q"}, {"p", "q"}, {"q", "r"}, {"r", "p"}, {"self", "self"}}),
             kHeading +
                 "  the p [TopoSubnetwork p]\n"
@@ -89,7 +89,7 @@ TEST(Tree, ShowsTheMembersOfACycleAsOrphans) {
                 "  the self [TopoSubnetwork self]\n");
 }
 
-TEST(Tree, GivesTheChildrenToTheFirstOfSeveralNodesWithAName) {
+TEST(Tree, DrawsChildrenBelowTheFirstNodeOfTheirParentsName) {
   EXPECT_EQ(drawn({{"a", ""}, {"a", ""}, {"a1", "a"}, {"a", "a"}}),
             "the a [TopoSubnetwork a]\n"
             "  the a1 [TopoSubnetwork a1]\n"
@@ -108,7 +108,7 @@ TEST(Tree, ComparesWholeNames) {
                               "  the a3 [TopoSubnetwork a3]\n");
 }
 
-TEST(Tree, KeepsEveryNodeOnALineThatDoesNothingToTheTerminal) {
+TEST(Tree, EscapesControlCharacters) {
   NodeList_T nodes = nodesOf({{"a\nb", ""}, {"c", ""}, {"d", ""}});
   nodes[0].nativeEMSName = "\x1b[2J Z\u00fcrich \xff";
   nodes[1].nativeEMSName = "";
@@ -127,7 +127,7 @@ std::vector<Member> chain(std::size_t length) {
   return members;
 }
 
-TEST(Tree, WritesTheLevelWhereTheIndentationEnds) {
+TEST(Tree, WritesTheLevelBeyondTheMaximumIndentation) {
   const std::string tree = drawn(chain(35));
   const std::string deepest(64, ' ');
   EXPECT_THAT(tree, HasSubstr("\n" + deepest + "the n32 [TopoSubnetwork n32]\n" + deepest +
@@ -157,7 +157,7 @@ TEST(Tree, DrawsADeepCycle) {
 
 class TreeOfAnAgent : public WithAgent {};
 
-TEST_F(TreeOfAnAgent, IsTheTopoViewWhateverTheBatchSizeIs) {
+TEST_F(TreeOfAnAgent, IsTheSameForEveryBatchSize) {
   script.nodes = nodesOf({{"b", "a"}, {"a", ""}, {"c", "b"}});
   const std::string expected = drawn(script.nodes);
   for (const std::uint32_t howMany : {0U, 1U, 2U, 3U, 4U, 4294967295U}) {
@@ -168,7 +168,7 @@ TEST_F(TreeOfAnAgent, IsTheTopoViewWhateverTheBatchSizeIs) {
   EXPECT_EQ(script.firstCall(), "topo(0)");
 }
 
-TEST(Tree, CostsNoMoreForNamesThatCollideInAPlainHash) {
+TEST(Tree, NeedsNoMoreTimeForNamesThatCollideInAnUnsaltedHash) {
   const auto cost = [](const std::vector<std::string>& ids) {
     std::vector<Member> members;
     for (const std::string& id : ids) {

@@ -8,7 +8,7 @@ namespace {
 using topologicalLink::TopologicalLinkList_T;
 using TopoManagementManager::NodeList_T;
 
-// What the templates below need to know of nodes and of links.
+// The types of a view of nodes and of a view of links, for the templates below.
 struct Nodes {
   using List = NodeList_T;
   using ListOut = TopoManagementManager::NodeList_T_out;
@@ -74,7 +74,7 @@ class FakeIterator final : public virtual Records::Skeleton {
   CORBA::ULong next_;
 };
 
-// The first batch, and an iterator for the rest.
+// Returns the first batch, and an iterator for the remaining records.
 template <typename Records>
 void deliver(Script& script, PortableServer::POA_ptr iteratorPoa, CORBA::ULong howMany,
              typename Records::ListOut list, typename Records::IteratorOut rest) {

@@ -1,5 +1,5 @@
-// An agent's manager in this process: serves nodes and links as the interface promises, records the
-// calls and fails where a test wants it to.
+// An agent's manager in this process: serves nodes and links, records its calls, and fails when the
+// test asks for a failure.
 
 #ifndef TESTS_UNIT_CLIENT_SUPPORT_FAKEAGENT_H
 #define TESTS_UNIT_CLIENT_SUPPORT_FAKEAGENT_H
@@ -19,39 +19,41 @@ TopoManagementManager::NodeList_T makeNodes(CORBA::ULong count);
 topologicalLink::TopologicalLinkList_T makeLinks(CORBA::ULong count);
 void addPair(globaldefs::NVSList_T& pairs, const std::string& name, const std::string& value);
 
-// How the fake behaves, and what it has seen. Shared by the manager and its iterators, which are
-// called from the ORB's threads.
+// The behaviour of the fake agent and the calls that it has received. Shared by all fake objects,
+// which run on the ORB's threads.
+//
+// Thread-safety: the functions are safe on any thread; the test sets the members between requests.
 class Script {
  public:
-  // Constant once settle() was called, while requests are served. The functions may throw what the
-  // call shall throw.
+  // Constant from settle() on while requests are served. An exception of a function becomes the
+  // exception of the call.
   TopoManagementManager::NodeList_T nodes;  // of every view of nodes
   topologicalLink::TopologicalLinkList_T links;
   common::CapabilityList_T capabilities;
-  globaldefs::NVSList_T storedInfo;  // what setting additional information hands back
+  globaldefs::NVSList_T storedInfo;  // result of setAdditionalInfo
   std::function<void()> onView = [] {};
   std::function<void()> onNext = [] {};
   std::function<void()> onSet = [] {};
   std::function<void()> onSubscribe = [] {};
   std::function<void()> onPing = [] {};
   std::function<void()> onConsole = [] {};
-  bool deliversNothing = false;  // the iterator never gets on
-  bool vanishes = false;         // the iterator is gone after its first batch
+  bool deliversNothing = false;  // the iterator returns empty batches
+  bool vanishes = false;         // the iterator deactivates after its first batch
 
-  // Makes what the test has set visible to requests that other processes send, and what they have
-  // read free to be set again.
+  // Orders the members that the test has set before later requests of other processes, and earlier
+  // requests before members that the test sets next.
   void settle() { const std::lock_guard<std::mutex> lock(mutex_); }
 
-  // One of the functions as it is set now.
-  std::function<void()> present(const std::function<void()>& function) {
+  // Returns a copy of one of the functions.
+  std::function<void()> copyOf(const std::function<void()>& function) {
     const std::lock_guard<std::mutex> lock(mutex_);
     return function;
   }
 
   void record(const std::string& call);
   std::vector<std::string> calls();
-  std::string firstCall();  // "" when there was none, so that a program that did not run fails a
-  std::string lastCall();   // comparison
+  std::string firstCall();  // "" without a call
+  std::string lastCall();   // "" without a call
 
  private:
   std::mutex mutex_;
@@ -60,7 +62,7 @@ class Script {
 
 class FakeManager final : public virtual POA_TopoManagementManager::TopoMgr_I {
  public:
-  // Both borrowed.
+  // Borrows the script; keeps a reference to the POA.
   FakeManager(Script& script, PortableServer::POA_ptr iteratorPoa)
       : script_(script), iteratorPoa_(PortableServer::POA::_duplicate(iteratorPoa)) {}
 

@@ -84,7 +84,7 @@ CORBA::ULongLong FakeConsole::beginBackup() {
   return 4711;
 }
 
-// Nothing at first, then "one ", then "two" as the last.
+// Delivers an empty part, then "one ", then "two" as the last part.
 TopoAgent::BackupPart_T* FakeConsole::continueBackup(CORBA::ULongLong backup) {
   call("continue-backup(" + std::to_string(backup) + ")");
   const std::string content =

@@ -1,4 +1,4 @@
-// An agent's console that records what it is asked for.
+// An agent's console that records its calls.
 
 #ifndef TESTS_UNIT_CLIENT_SUPPORT_FAKECONSOLE_H
 #define TESTS_UNIT_CLIENT_SUPPORT_FAKECONSOLE_H
@@ -13,7 +13,7 @@ TopoAgent::Status_T makeStatus();
 
 class FakeConsole final : public virtual POA_TopoAgent::Console_I {
  public:
-  // Borrowed.
+  // Borrows the script.
   explicit FakeConsole(Script& script) : script_(script) {}
 
   void createNode(const TopoAgent::NewNode_T& node) override;

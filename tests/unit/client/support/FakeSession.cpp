@@ -5,7 +5,7 @@ namespace {
 
 class FakeSubscription final : public virtual POA_TopoAgent::Subscription_I {
  public:
-  // Borrowed.
+  // Borrows the script.
   explicit FakeSubscription(Script& script) : script_(script) {}
 
   void ping() override {
@@ -33,7 +33,7 @@ TopoAgent::Subscription_I_ptr FakeSession::subscribe(
     consumer_ = CosNotifyComm::StructuredPushConsumer::_duplicate(consumer);
     subscription_ = poa_->activate_object(servant.in());
   }
-  script_.present(script_.onSubscribe)();
+  script_.copyOf(script_.onSubscribe)();
   return servant->_this();
 }
 
@@ -42,7 +42,7 @@ CosNotifyComm::StructuredPushConsumer_ptr FakeSession::consumer() {
   return CosNotifyComm::StructuredPushConsumer::_duplicate(consumer_);
 }
 
-void FakeSession::refuseIdsAbove(std::uint64_t id) {
+void FakeSession::rejectIdsAbove(std::uint64_t id) {
   const std::lock_guard<std::mutex> lock(mutex_);
   newestId_ = id;
 }

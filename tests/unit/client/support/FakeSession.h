@@ -1,4 +1,4 @@
-// An agent's session: one subscriber at a time, to which a test sends what it likes.
+// An agent's session with one subscriber at a time, to which the test pushes notifications.
 
 #ifndef TESTS_UNIT_CLIENT_SUPPORT_FAKESESSION_H
 #define TESTS_UNIT_CLIENT_SUPPORT_FAKESESSION_H
@@ -14,20 +14,21 @@ namespace topoctl {
 
 class FakeSession final : public virtual POA_TopoAgent::Session_I {
  public:
-  // Both borrowed.
+  // Borrows the script; keeps a reference to the POA.
   FakeSession(Script& script, PortableServer::POA_ptr poa)
       : script_(script), poa_(PortableServer::POA::_duplicate(poa)) {}
 
   TopoAgent::Subscription_I_ptr subscribe(CosNotifyComm::StructuredPushConsumer_ptr consumer,
                                           const char* lastNotificationId) override;
 
-  // From here on ids above this one are refused, as by an agent that has never given them.
-  void refuseIdsAbove(std::uint64_t id);
+  // Subscriptions after a higher id are rejected from now on, as by an agent that has never issued
+  // the id.
+  void rejectIdsAbove(std::uint64_t id);
 
-  // The consumer that subscribed last, for the caller.
+  // The latest consumer; the caller owns the reference.
   CosNotifyComm::StructuredPushConsumer_ptr consumer();
 
-  // The agent forgets the last subscription.
+  // Drops the latest subscription.
   void drop();
 
  private:

@@ -1,4 +1,4 @@
-// Notifications as an agent sends them.
+// Notifications in the layout of an agent.
 
 #ifndef TESTS_UNIT_CLIENT_SUPPORT_MAKEEVENTS_H
 #define TESTS_UNIT_CLIENT_SUPPORT_MAKEEVENTS_H
@@ -10,7 +10,7 @@
 
 namespace topoctl {
 
-// Without an id for an empty one. Objects are those of makeNode.
+// An empty id gives a notification without an id. The objects are results of makeNode().
 CosNotification::StructuredEvent creation(const std::string& id,
                                           const TopoManagementManager::Node_T& node);
 CosNotification::StructuredEvent deletion(const std::string& id, const std::string& node);

@@ -36,7 +36,7 @@ class TemporaryFile {
   std::unique_ptr<std::FILE, int (*)(std::FILE*)> file_;
 };
 
-// The null-terminated array that the system wants; borrows the texts.
+// The null-terminated array for posix_spawn(); borrows the texts.
 std::vector<char*> pointers(std::vector<std::string>& texts) {
   std::vector<char*> result;
   result.reserve(texts.size() + 1);

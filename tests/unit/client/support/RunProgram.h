@@ -1,4 +1,4 @@
-// Runs the built topoctl as a user does.
+// Runs the built topoctl as a process.
 
 #ifndef TESTS_UNIT_CLIENT_SUPPORT_RUNPROGRAM_H
 #define TESTS_UNIT_CLIENT_SUPPORT_RUNPROGRAM_H
@@ -9,7 +9,7 @@
 namespace topoctl {
 
 struct Ended {
-  int status;  // the exit code; -1 when a signal ended it
+  int status;  // exit code; -1 after a signal
   std::string out;
   std::string err;
 };
@@ -17,8 +17,8 @@ struct Ended {
 constexpr int kCaptured = -1;
 constexpr int kClosed = -2;
 
-// `environment` holds NAME=VALUE and is all that the program sees. Its output goes to the
-// descriptor `out` (borrowed), is captured or closed.
+// `environment` is the whole environment, as NAME=VALUE. `out` is a borrowed descriptor for
+// standard output, or kCaptured or kClosed.
 Ended runProgram(const std::vector<std::string>& arguments,
                  const std::vector<std::string>& environment = {}, int out = kCaptured);
 

@@ -1,5 +1,4 @@
-// A fixture with a fake agent on an endpoint of its own, reached over the ORB of this process or by
-// other processes.
+// A fixture with a fake agent that listens on a free port, for calls of this process and of others.
 
 #ifndef TESTS_UNIT_CLIENT_SUPPORT_WITHAGENT_H
 #define TESTS_UNIT_CLIENT_SUPPORT_WITHAGENT_H
@@ -15,8 +14,8 @@
 
 namespace topoctl {
 
-// Calls from within this process take a short cut past the wire, where message sizes do not count
-// and nobody is unreachable; tests of those run the program instead.
+// Calls within this process bypass the network: they have no size limit and never fail to connect.
+// Tests of those failures run the program instead.
 class WithAgent : public testing::Test {
  protected:
   static void SetUpTestSuite() { startServer(orb::Options()); }
@@ -32,7 +31,7 @@ class WithAgent : public testing::Test {
   static std::string agentReference();  // corbaloc
   Options options(const std::string& command, std::uint32_t howMany = kDefaultHowMany) const;
 
-  // The output of a command that is run in this process; exceptions pass.
+  // Runs a command in this process and returns its output. Exceptions pass.
   std::string output(const Options& options) const;
 
   // As the program reports it: the exit code and the line of a command that fails.

@@ -29,7 +29,7 @@ TimePoint noon() {
 
 std::string lineOf(const Event& event, Format format) {
   std::ostringstream out;
-  EventLines(out, format, noon).tell(event);
+  EventLines(out, format, noon).printEvent(event);
   return out.str();
 }
 
@@ -43,7 +43,7 @@ std::string jsonOf(const CosNotification::StructuredEvent& received) {
 
 // ---- json
 
-TEST_F(JsonEventLines, TellACreation) {
+TEST_F(JsonEventLines, PrintACreation) {
   EXPECT_EQ(
       jsonOf(creation("17", makeNode("core"))),
       std::string(R"({"event":"creation","type":"NT_OBJECT_CREATION","notificationId":"17",)") +
@@ -55,7 +55,7 @@ TEST_F(JsonEventLines, TellACreation) {
           R"("additionalInfo":[{"name":"Region","value":"north"}]}})" + "\n");
 }
 
-TEST_F(JsonEventLines, TellADeletion) {
+TEST_F(JsonEventLines, PrintADeletion) {
   EXPECT_EQ(
       jsonOf(deletion("18", "core")),
       std::string(R"({"event":"deletion","type":"NT_OBJECT_DELETION","notificationId":"18",)") +
@@ -64,14 +64,14 @@ TEST_F(JsonEventLines, TellADeletion) {
           R"("neTime":"","edgePointRelated":false})" + "\n");
 }
 
-TEST_F(JsonEventLines, TellAChange) {
+TEST_F(JsonEventLines, PrintAChange) {
   const std::string line = jsonOf(renaming("19", "core", "Core \xff"));
   EXPECT_EQ(line.substr(0, 58), R"({"event":"change","type":"NT_ATTRIBUTE_VALUE_CHANGE","noti)");
   EXPECT_EQ(line.substr(line.find(R"("attributes")")),
             "\"attributes\":[{\"name\":\"nativeEMSName\",\"value\":\"Core \ufffd\"}]}\n");
 }
 
-TEST_F(JsonEventLines, TellAChangeToValuesOfAnyType) {
+TEST_F(JsonEventLines, PrintChangedValuesOfEveryType) {
   Event event;
   event.kind = EventKind::kChange;
   event.attributes = {
@@ -82,7 +82,7 @@ TEST_F(JsonEventLines, TellAChangeToValuesOfAnyType) {
                 R"({"name":"c","value":)" + kName + R"(},{"name":"d","value":null}]})" + "\n");
 }
 
-TEST_F(JsonEventLines, TellACreatedLink) {
+TEST_F(JsonEventLines, PrintACreatedLink) {
   Event event;
   event.kind = EventKind::kCreation;
   topologicalLink::TopologicalLink_T link;
@@ -95,7 +95,7 @@ TEST_F(JsonEventLines, TellACreatedLink) {
   EXPECT_NE(line.find(R"("nativeEMSName":"trunk")"), std::string::npos) << line;
 }
 
-TEST_F(JsonEventLines, AreUtf8WhateverTheTextsHold) {
+TEST_F(JsonEventLines, AreValidUtf8ForInvalidTexts) {
   Event event;
   event.type = "NT_\xff";
   event.objectType = "OT_\xff";
@@ -106,21 +106,21 @@ TEST_F(JsonEventLines, AreUtf8WhateverTheTextsHold) {
             "\"emsTime\":\"\ufffd\",\"attributes\":[{\"name\":\"a\ufffd\",\"value\":true}]}\n");
 }
 
-TEST_F(JsonEventLines, TellLostNotifications) {
+TEST_F(JsonEventLines, PrintLostNotifications) {
   EXPECT_EQ(jsonOf(lost("5", "9", 0)),
             R"({"event":"lost","type":"NT_EVENTS_LOST","emsTime":"20261121100307.4Z",)"
             R"("firstLostId":"5","lastLostId":"9","lostCount":0})"
             "\n");
 }
 
-TEST_F(JsonEventLines, TellWhateverElseComes) {
+TEST_F(JsonEventLines, PrintAnUnknownType) {
   EXPECT_EQ(jsonOf(eventOf("NT_\nALARM")), "{\"event\":\"other\",\"type\":\"NT_\\nALARM\"}\n");
   EXPECT_EQ(jsonOf(eventOf("NT_ATTRIBUTE_VALUE_CHANGE")),
             R"({"event":"change","type":"NT_ATTRIBUTE_VALUE_CHANGE","attributes":[]})"
             "\n");
 }
 
-TEST_F(JsonEventLines, MarkWhatComparisonFound) {
+TEST_F(JsonEventLines, MarkResyncEvents) {
   Event event;
   event.kind = EventKind::kDeletion;
   event.type = "NT_OBJECT_DELETION";
@@ -131,11 +131,11 @@ TEST_F(JsonEventLines, MarkWhatComparisonFound) {
                 kName + R"(,"resync":true})" + "\n");
 }
 
-TEST_F(JsonEventLines, TellOfTheConnection) {
+TEST_F(JsonEventLines, PrintTheStateOfTheConnection) {
   std::ostringstream out;
   EventLines lines(out, Format::kJson, noon);
-  lines.tellWatching(12);
-  lines.tellDisconnected("gone\n\xff");
+  lines.printWatching(12);
+  lines.printDisconnected("gone\n\xff");
   EXPECT_EQ(out.str(),
             "{\"event\":\"watching\",\"nodes\":12,\"time\":\"20261122115959.9Z\"}\n"
             "{\"event\":\"disconnected\",\"reason\":\"gone\\n\ufffd\",\"time\":"
@@ -144,14 +144,14 @@ TEST_F(JsonEventLines, TellOfTheConnection) {
 
 // ---- table
 
-TEST_F(TableEventLines, TellCreationsAndDeletions) {
+TEST_F(TableEventLines, PrintCreationsAndDeletions) {
   EXPECT_EQ(tableOf(creation("17", makeNode("core"))),
             "2026-11-21 10:03:07.4Z  created  TopoSubnetwork core  \"name of core\"\n");
   EXPECT_EQ(tableOf(deletion("18", "core")),
             "2026-11-21 10:03:07.4Z  deleted  TopoSubnetwork core\n");
 }
 
-TEST_F(TableEventLines, TellChanges) {
+TEST_F(TableEventLines, PrintChanges) {
   EXPECT_EQ(tableOf(renaming("19", "core", "Core 2")),
             "2026-11-21 10:03:07.4Z  changed  TopoSubnetwork core  nativeEMSName=\"Core 2\"\n");
   Event event;
@@ -164,26 +164,26 @@ TEST_F(TableEventLines, TellChanges) {
             "TopoSubnetwork=core  d=?\n");
 }
 
-TEST_F(TableEventLines, TellLostNotifications) {
+TEST_F(TableEventLines, PrintLostNotifications) {
   EXPECT_EQ(tableOf(lost("5", "9", 3)), "2026-11-21 10:03:07.4Z  lost  notifications 5 to 9 (3)\n");
   EXPECT_EQ(tableOf(lost("5", "9", 0)), "2026-11-21 10:03:07.4Z  lost  notifications 5 to 9\n");
   EXPECT_EQ(tableOf(eventOf("NT_EVENTS_LOST")),
             "2026-11-22 11:59:59.9Z  lost  notifications ? to ?\n");
 }
 
-TEST_F(TableEventLines, TellWhateverElseComes) {
+TEST_F(TableEventLines, PrintAnUnknownType) {
   EXPECT_EQ(tableOf(eventOf("NT_ALARM")), "2026-11-22 11:59:59.9Z  other  NT_ALARM  (no name)\n");
   EXPECT_EQ(tableOf(eventOf("NT_OBJECT_CREATION")), "2026-11-22 11:59:59.9Z  created  (no name)\n");
 }
 
-TEST_F(TableEventLines, StayOnALineWhateverTextsHold) {
+TEST_F(TableEventLines, EscapeControlCharactersInTexts) {
   auto received = renaming("19", "co\nre", "\x1b[31m");
   addData(received, "emsTime") <<= "now\r\n";
   EXPECT_EQ(tableOf(received),
             "now\\r\\n  changed  TopoSubnetwork co\\nre  nativeEMSName=\"\\x1b[31m\"\n");
 }
 
-TEST_F(TableEventLines, StayOnALineWhateverNamesHold) {
+TEST_F(TableEventLines, EscapeControlCharactersInNames) {
   Event event;
   event.kind = EventKind::kChange;
   addPair(event.objectName.emplace(), "Topo\nSubnetwork", "core");
@@ -194,7 +194,7 @@ TEST_F(TableEventLines, StayOnALineWhateverNamesHold) {
             "2026-11-22 11:59:59.9Z  other  NT_\\nALARM  (no name)\n");
 }
 
-TEST_F(TableEventLines, TellACreatedLink) {
+TEST_F(TableEventLines, PrintACreatedLink) {
   Event event;
   event.kind = EventKind::kCreation;
   addPair(event.objectName.emplace(), "ClockTopoLinkId", "l");
@@ -207,14 +207,14 @@ TEST_F(TableEventLines, TellACreatedLink) {
             "2026-11-22 11:59:59.9Z  created  ClockTopoLinkId l  \"trunk\"\n");
 }
 
-TEST_F(TableEventLines, TellAnEmptyNameAsNone) {
+TEST_F(TableEventLines, PrintAnEmptyNameAsNoName) {
   Event event;
   event.kind = EventKind::kDeletion;
   event.objectName.emplace();
   EXPECT_EQ(lineOf(event, Format::kTable), "2026-11-22 11:59:59.9Z  deleted  (no name)\n");
 }
 
-TEST_F(TableEventLines, TellTimesOfOtherFormsAsTheyAre) {
+TEST_F(TableEventLines, PrintTimesOfOtherFormsUnchanged) {
   const auto at = [](const char* time) {
     Event event;
     event.emsTime = time;
@@ -229,7 +229,7 @@ TEST_F(TableEventLines, TellTimesOfOtherFormsAsTheyAre) {
   EXPECT_EQ(at(""), "2026-11-22 11:59:59.9Z");
 }
 
-TEST_F(TableEventLines, MarkWhatComparisonFound) {
+TEST_F(TableEventLines, MarkResyncEvents) {
   Event event;
   event.kind = EventKind::kCreation;
   event.objectName = makeNode("core").name;
@@ -239,28 +239,28 @@ TEST_F(TableEventLines, MarkWhatComparisonFound) {
             "2026-11-22 11:59:59.9Z  created  TopoSubnetwork core  \"name of core\"  (resync)\n");
 }
 
-TEST_F(TableEventLines, TellOfTheConnection) {
+TEST_F(TableEventLines, PrintTheStateOfTheConnection) {
   std::ostringstream out;
   EventLines lines(out, Format::kTable, noon);
-  lines.tellWatching(12);
-  lines.tellDisconnected("gone\n");
+  lines.printWatching(12);
+  lines.printDisconnected("gone\n");
   EXPECT_EQ(out.str(),
             "2026-11-22 11:59:59.9Z  watching  12 nodes\n"
             "2026-11-22 11:59:59.9Z  disconnected  gone\\n\n");
 }
 
-TEST(EventLines, TellTheTimeInUtc) {
+TEST(EventLines, PrintTheTimeInUtc) {
   const support::OtherTimeZone zone;
   std::ostringstream out;
-  EventLines(out, Format::kTable, noon).tellWatching(1);
+  EventLines(out, Format::kTable, noon).printWatching(1);
   EXPECT_EQ(out.str(), "2026-11-22 11:59:59.9Z  watching  1 nodes\n");
 }
 
-TEST(EventLines, FailWhenTheyCannotBeWritten) {
+TEST(EventLines, ThrowWhenTheStreamFails) {
   std::ostringstream out;
   out.setstate(std::ios::badbit);
   EventLines lines(out, Format::kJson, noon);
-  EXPECT_THROW(lines.tellWatching(0), Failure);
+  EXPECT_THROW(lines.printWatching(0), Failure);
 }
 
 }  // namespace

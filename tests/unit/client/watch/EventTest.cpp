@@ -1,4 +1,4 @@
-// Notifications as they are understood, whatever an agent puts into them.
+// Decoding of notifications with any content.
 
 #include "client/watch/Event.h"
 
@@ -16,12 +16,12 @@ using DecodedEvent = support::WithOrb;
 using CosNotification::StructuredEvent;
 using TopoManagementManager::Node_T;
 
-// "<nothing>" when there is no text.
+// "<nothing>" for an empty optional.
 std::string text(const std::optional<std::string>& value) {
   return value.value_or("<nothing>");
 }
 
-TEST_F(DecodedEvent, OfACreationHasTheObject) {
+TEST_F(DecodedEvent, DecodesTheObjectOfACreation) {
   const Event event = decode(creation("17", makeNode("core")));
   EXPECT_EQ(event.kind, EventKind::kCreation);
   EXPECT_EQ(event.type, "NT_OBJECT_CREATION");
@@ -37,20 +37,20 @@ TEST_F(DecodedEvent, OfACreationHasTheObject) {
   EXPECT_FALSE(event.isResync);
 }
 
-TEST_F(DecodedEvent, OfACreationMayBeOfALink) {
+TEST_F(DecodedEvent, DecodesACreatedLink) {
   StructuredEvent received = eventOf("NT_OBJECT_CREATION");
   received.remainder_of_body <<= makeLinks(1)[0];
   const Event event = decode(received);
   ASSERT_TRUE(std::holds_alternative<topologicalLink::TopologicalLink_T>(event.object));
 }
 
-TEST_F(DecodedEvent, OfADeletionHasNoObject) {
+TEST_F(DecodedEvent, HasNoObjectForADeletion) {
   const Event event = decode(deletion("18", "core"));
   EXPECT_EQ(event.kind, EventKind::kDeletion);
   EXPECT_TRUE(std::holds_alternative<Unknown>(event.object));
 }
 
-TEST_F(DecodedEvent, OfAChangeHasTheNewValues) {
+TEST_F(DecodedEvent, DecodesTheNewValuesOfAChange) {
   const Event event = decode(renaming("19", "core", "Core"));
   EXPECT_EQ(event.kind, EventKind::kChange);
   ASSERT_EQ(event.attributes.size(), 1U);
@@ -58,7 +58,7 @@ TEST_F(DecodedEvent, OfAChangeHasTheNewValues) {
   EXPECT_EQ(std::get<std::string>(event.attributes[0].value), "Core");
 }
 
-TEST_F(DecodedEvent, OfAChangeHasValuesOfManyTypes) {
+TEST_F(DecodedEvent, DecodesChangedValuesOfEveryType) {
   StructuredEvent received = eventOf("NT_ATTRIBUTE_VALUE_CHANGE");
   notifications::NVList_T changes;
   changes.length(8);
@@ -82,7 +82,7 @@ TEST_F(DecodedEvent, OfAChangeHasValuesOfManyTypes) {
   EXPECT_TRUE(std::holds_alternative<Unknown>(event.attributes[7].value));
 }
 
-TEST_F(DecodedEvent, OfLostNotificationsHasTheirRange) {
+TEST_F(DecodedEvent, DecodesTheRangeOfLostNotifications) {
   const Event event = decode(lost("5", "9", 3));
   EXPECT_EQ(event.kind, EventKind::kLost);
   EXPECT_EQ(text(event.firstLostId), "5");
@@ -90,7 +90,7 @@ TEST_F(DecodedEvent, OfLostNotificationsHasTheirRange) {
   EXPECT_EQ(event.lostCount, 3U);
 }
 
-TEST_F(DecodedEvent, OfAnUnknownTypeIsUnderstoodAsFarAsItGoes) {
+TEST_F(DecodedEvent, DecodesTheKnownPartsOfAnUnknownType) {
   StructuredEvent received = deletion("20", "core");
   received.header.fixed_header.event_type.type_name = "NT_ALARM";
   const Event event = decode(received);
@@ -102,7 +102,7 @@ TEST_F(DecodedEvent, OfAnUnknownTypeIsUnderstoodAsFarAsItGoes) {
   EXPECT_EQ(decode(received).kind, EventKind::kOther);
 }
 
-TEST_F(DecodedEvent, MayBeEmpty) {
+TEST_F(DecodedEvent, AcceptsAnEmptyEvent) {
   const Event event = decode(StructuredEvent());
   EXPECT_EQ(event.kind, EventKind::kOther);
   EXPECT_EQ(event.type, "");
@@ -110,13 +110,13 @@ TEST_F(DecodedEvent, MayBeEmpty) {
   EXPECT_FALSE(event.objectName);
 }
 
-TEST_F(DecodedEvent, LeavesOutValuesOfOtherTypesThanTheyShouldHave) {
+TEST_F(DecodedEvent, LeavesOutValuesOfUnexpectedTypes) {
   StructuredEvent received = eventOf("NT_OBJECT_CREATION");
   for (const char* const name :
        {"notificationId", "objectName", "objectType", "emsTime", "neTime", "edgePointRelated",
         "attributeList", "firstLostId", "lastLostId", "lostCount", "somethingElse", ""}) {
     addData(received, name) <<= CORBA::Double{1.5};
-    addData(received, name);  // a value of no type at all
+    addData(received, name);  // a value without a type
   }
   received.remainder_of_body <<= "a text";
   const Event event = decode(received);
@@ -128,8 +128,8 @@ TEST_F(DecodedEvent, LeavesOutValuesOfOtherTypesThanTheyShouldHave) {
   EXPECT_TRUE(std::holds_alternative<Unknown>(event.object));
 }
 
-// An object type that does not exist. Some ORBs find it when the value is decoded, and raise.
-TEST_F(DecodedEvent, LeavesOutAMalformedPartAlone) {
+// Some ORBs raise an exception while they decode an enumerator that does not exist.
+TEST_F(DecodedEvent, LeavesOutOnlyTheMalformedPart) {
   StructuredEvent received = eventOf("NT_OBJECT_DELETION");
   addData(received, "objectType") <<=
       static_cast<notifications::ObjectType_T>(notifications::OT_AID + 1);
@@ -142,7 +142,7 @@ TEST_F(DecodedEvent, LeavesOutAMalformedPartAlone) {
   EXPECT_TRUE(event.objectName);
 }
 
-TEST_F(DecodedEvent, HasAnIdThatIsANumber) {
+TEST_F(DecodedEvent, ParsesADecimalIdOnly) {
   EXPECT_EQ(parseId("0"), 0U);
   EXPECT_EQ(parseId("18446744073709551615"), 18446744073709551615ULL);
   for (const char* const id : {"", "x", "1x", "-1", "+1", " 1", "18446744073709551616"}) {

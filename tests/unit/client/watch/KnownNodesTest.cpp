@@ -9,7 +9,7 @@
 namespace topoctl {
 namespace {
 
-using NodesThatAreKnown = support::WithOrb;
+using KnownNodesTest = support::WithOrb;
 using Resync = support::WithOrb;
 
 using testing::ElementsAre;
@@ -61,7 +61,7 @@ Ids told(const std::vector<Event>& events) {
   return ids;
 }
 
-// The name of a node; "" when it is not known.
+// The native name of a node; "" for an unknown node.
 std::string nameIn(const KnownNodes& known, const std::string& id) {
   const auto* const entry = known.find(keyOf(makeNode(id).name));
   return entry == nullptr ? "" : entry->node.nativeEMSName.in();
@@ -69,7 +69,7 @@ std::string nameIn(const KnownNodes& known, const std::string& id) {
 
 // ---- names
 
-TEST_F(NodesThatAreKnown, TellNamesApart) {
+TEST_F(KnownNodesTest, HaveDistinctKeysForDistinctNames) {
   const auto key = [](const std::vector<std::pair<std::string, std::string>>& pairs) {
     globaldefs::NVSList_T name;
     for (const auto& [pairName, value] : pairs) {
@@ -88,7 +88,7 @@ TEST_F(NodesThatAreKnown, TellNamesApart) {
 
 // ---- events
 
-TEST_F(NodesThatAreKnown, FollowEvents) {
+TEST_F(KnownNodesTest, ApplyEvents) {
   KnownNodes known = knownOf({makeNode("a")});
   known.apply(decode(creation("1", makeNode("b"))));
   EXPECT_EQ(nameIn(known, "b"), "name of b");
@@ -99,7 +99,7 @@ TEST_F(NodesThatAreKnown, FollowEvents) {
   EXPECT_EQ(known.size(), 1U);
 }
 
-TEST_F(NodesThatAreKnown, AreTheSameWhenEventsAreAppliedAgain) {
+TEST_F(KnownNodesTest, ApplyEventsIdempotently) {
   const auto events =
       held({creation("1", makeNode("a")), renaming("2", "a", "A"), deletion("3", "b"),
             creation("4", makeNode("b")), renaming("5", "c", "C"), deletion("6", "a")});
@@ -115,7 +115,7 @@ TEST_F(NodesThatAreKnown, AreTheSameWhenEventsAreAppliedAgain) {
   EXPECT_EQ(twice.size(), 2U);
 }
 
-TEST_F(NodesThatAreKnown, IgnoreWhatTheyCannotFollow) {
+TEST_F(KnownNodesTest, IgnoreIncompleteEvents) {
   KnownNodes known = knownOf({makeNode("a")});
   known.apply(decode(renaming("1", "other", "x")));
   known.apply(decode(deletion("2", "other")));
@@ -133,7 +133,7 @@ TEST_F(NodesThatAreKnown, IgnoreWhatTheyCannotFollow) {
   EXPECT_EQ(told(resync(known, same, {})), Ids());
 }
 
-TEST_F(NodesThatAreKnown, FollowNoEventOfAnotherKind) {
+TEST_F(KnownNodesTest, IgnoreEventsOfOtherKinds) {
   KnownNodes known = knownOf({makeNode("a")});
   Event event = decode(renaming("1", "a", "A"));
   event.kind = EventKind::kOther;
@@ -144,7 +144,7 @@ TEST_F(NodesThatAreKnown, FollowNoEventOfAnotherKind) {
   EXPECT_EQ(nameIn(known, "a"), "name of a");
 }
 
-TEST_F(NodesThatAreKnown, TakeTheLatestOfANodeInItsPlace) {
+TEST_F(KnownNodesTest, ReplaceANodeOfTheSameNameInPlace) {
   KnownNodes known = knownOf({makeNode("a"), makeNode("b")});
   known.apply(decode(creation("1", nodeNamed("a", "A"))));
   EXPECT_EQ(nameIn(known, "a"), "A");
@@ -152,7 +152,7 @@ TEST_F(NodesThatAreKnown, TakeTheLatestOfANodeInItsPlace) {
   EXPECT_THAT(told(resync(known, read, {})), ElementsAre("-a", "-b"));
 }
 
-TEST_F(NodesThatAreKnown, FollowChangesOfEveryField) {
+TEST_F(KnownNodesTest, ApplyChangesOfEveryField) {
   KnownNodes known = knownOf({makeNode("a")});
   Event change = decode(renaming("1", "a", "A"));
   change.attributes.push_back({"nodeType", std::uint64_t{0}});
@@ -169,13 +169,13 @@ TEST_F(NodesThatAreKnown, FollowChangesOfEveryField) {
 
 // ---- differences
 
-TEST_F(Resync, TellsNothingOfEqualViews) {
+TEST_F(Resync, ReturnsNoEventForEqualViews) {
   const KnownNodes known = knownOf({makeNode("a"), nodeBelow("b", "a")});
   KnownNodes read = knownOf({nodeBelow("b", "a"), makeNode("a")});
   EXPECT_EQ(told(resync(known, read, {})), Ids());
 }
 
-TEST_F(Resync, TellsDeletionsCreationsAndChangesWithTheirValues) {
+TEST_F(Resync, ReturnsDeletionsCreationsAndChangesWithValues) {
   const KnownNodes known = knownOf({makeNode("a"), makeNode("b")});
   KnownNodes read = knownOf({nodeNamed("b", "B"), makeNode("c")});
   const auto events = resync(known, read, {});
@@ -186,7 +186,7 @@ TEST_F(Resync, TellsDeletionsCreationsAndChangesWithTheirValues) {
   EXPECT_EQ(events[0].emsTime, std::nullopt);
 }
 
-TEST_F(Resync, TellsChangesInTheOrderOfTheView) {
+TEST_F(Resync, OrdersChangesAsTheView) {
   std::vector<Node_T> before;
   std::vector<Node_T> after;
   Ids wanted;
@@ -199,7 +199,7 @@ TEST_F(Resync, TellsChangesInTheOrderOfTheView) {
   EXPECT_EQ(told(resync(knownOf(before), read, {})), wanted);
 }
 
-TEST_F(Resync, TellsChangesOfPairs) {
+TEST_F(Resync, ReturnsChangesOfPairs) {
   const auto pairs = [](const char* name, const char* value) {
     Node_T node = makeNode("a");
     node.additionalInfo.length(0);
@@ -213,28 +213,28 @@ TEST_F(Resync, TellsChangesOfPairs) {
   EXPECT_THAT(told(resync(known, otherValue, {})), ElementsAre("a additionalInfo"));
 }
 
-TEST_F(Resync, TellsDeletionsOfChildrenFirst) {
+TEST_F(Resync, OrdersDeletionsChildrenFirst) {
   const KnownNodes known = knownOf({makeNode("top"), nodeBelow("leaf", "middle"),
                                     nodeBelow("middle", "top"), nodeBelow("other", "top")});
   KnownNodes read;
   EXPECT_THAT(told(resync(known, read, {})), ElementsAre("-leaf", "-middle", "-other", "-top"));
 }
 
-TEST_F(Resync, TellsCreationsOfParentsFirst) {
+TEST_F(Resync, OrdersCreationsParentsFirst) {
   const KnownNodes known = knownOf({makeNode("top")});
   KnownNodes read = knownOf({nodeBelow("leaf", "middle"), nodeBelow("z", "top"), makeNode("top"),
                              nodeBelow("middle", "top"), nodeBelow("a", "top")});
   EXPECT_THAT(told(resync(known, read, {})), ElementsAre("+z", "+middle", "+a", "+leaf"));
 }
 
-TEST_F(Resync, EndsForNodesThatAreTheirOwnParents) {
+TEST_F(Resync, TerminatesForCycles) {
   const KnownNodes known =
       knownOf({nodeBelow("a", "b"), nodeBelow("b", "c"), nodeBelow("c", "a"), nodeBelow("d", "d")});
   KnownNodes read;
   EXPECT_THAT(told(resync(known, read, {})), testing::UnorderedElementsAre("-a", "-b", "-c", "-d"));
 }
 
-TEST_F(Resync, CopesWithADeepChain) {
+TEST_F(Resync, HandlesADeepChain) {
   std::vector<Node_T> nodes = {makeNode("0")};
   for (int i = 1; i < 20000; ++i) {
     nodes.push_back(nodeBelow(std::to_string(i), std::to_string(i - 1)));
@@ -247,9 +247,9 @@ TEST_F(Resync, CopesWithADeepChain) {
   EXPECT_EQ(ids.back(), "-0");
 }
 
-// ---- with events that are held
+// ---- pending events
 
-TEST_F(Resync, LeavesOutWhatAHeldEventTells) {
+TEST_F(Resync, LeavesOutTheChangeOfAPendingEvent) {
   const KnownNodes known = knownOf({makeNode("gone"), makeNode("renamed")});
   KnownNodes read = knownOf({nodeNamed("renamed", "R"), makeNode("new")});
   EXPECT_EQ(told(resync(known, read,
@@ -258,7 +258,7 @@ TEST_F(Resync, LeavesOutWhatAHeldEventTells) {
             Ids());
 }
 
-TEST_F(Resync, LeavesOutWhatAHeldEventTellsThatTheViewDoesNotHaveYet) {
+TEST_F(Resync, LeavesOutTheChangeOfAPendingEventThatIsNewerThanTheView) {
   const KnownNodes known = knownOf({makeNode("gone"), makeNode("renamed")});
   KnownNodes read = known;
   EXPECT_EQ(told(resync(known, read,
@@ -270,7 +270,7 @@ TEST_F(Resync, LeavesOutWhatAHeldEventTellsThatTheViewDoesNotHaveYet) {
   EXPECT_EQ(read.size(), 2U);
 }
 
-TEST_F(Resync, TellsTheLostCreationOfANodeThatAHeldEventRenames) {
+TEST_F(Resync, ReturnsTheLostCreationOfANodeThatAPendingEventRenames) {
   const KnownNodes known;
   KnownNodes read = knownOf({makeNode("a")});
   const auto events = resync(known, read, held({renaming("2", "a", "A")}));
@@ -278,7 +278,7 @@ TEST_F(Resync, TellsTheLostCreationOfANodeThatAHeldEventRenames) {
   EXPECT_STREQ(std::get<Node_T>(events[0].object).nativeEMSName, "A");
 }
 
-TEST_F(Resync, TellsNothingOfANodeThatHeldEventsCreateAndDelete) {
+TEST_F(Resync, ReturnsNoEventForANodeThatPendingEventsCreateAndDelete) {
   const KnownNodes known;
   for (KnownNodes read : {KnownNodes(), knownOf({makeNode("a")})}) {
     EXPECT_EQ(told(resync(known, read, held({creation("1", makeNode("a")), deletion("2", "a")}))),
@@ -287,7 +287,7 @@ TEST_F(Resync, TellsNothingOfANodeThatHeldEventsCreateAndDelete) {
   }
 }
 
-TEST_F(Resync, TellsALostChangeBesideAHeldOne) {
+TEST_F(Resync, ReturnsALostChangeBesideAPendingChange) {
   const KnownNodes known = knownOf({makeNode("a")});
   Node_T changed = nodeNamed("a", "A");
   changed.nodeParam1 = 1;
@@ -296,8 +296,8 @@ TEST_F(Resync, TellsALostChangeBesideAHeldOne) {
               ElementsAre("a nodeParam1"));
 }
 
-// Known to come, by an event that is printed later; not in the view, so another event is missing.
-TEST_F(Resync, TellsNothingTwiceOfANodeThatAHeldEventRenames) {
+// The view lacks the node, so a notification of its deletion was lost.
+TEST_F(Resync, ReturnsTheLostDeletionOfANodeThatAPendingEventRenames) {
   const KnownNodes known = knownOf({makeNode("a")});
   KnownNodes read;
   EXPECT_THAT(told(resync(known, read, held({renaming("2", "a", "A")}))), ElementsAre("-a"));

@@ -14,7 +14,7 @@ TEST(RetryDelay, DoublesUpToItsMaximum) {
   }
 }
 
-TEST(RetryDelay, BeginsAgainAfterAReset) {
+TEST(RetryDelay, ResetRestoresTheFirstDelay) {
   RetryDelay delay(milliseconds(1), milliseconds(5));
   delay.next();
   delay.next();

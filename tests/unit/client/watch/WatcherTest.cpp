@@ -1,4 +1,5 @@
-// What a watch prints and calls, step by step in one thread: calls within a process are direct.
+// The output and the calls of a Watcher, one step at a time. Everything runs in one thread, because
+// calls within a process are direct.
 
 #include "client/watch/Watcher.h"
 
@@ -21,7 +22,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using Lines = std::vector<std::string>;
 
-class Watch : public WithAgent {
+class WatcherTest : public WithAgent {
  protected:
   void SetUp() override {
     WithAgent::SetUp();
@@ -64,7 +65,8 @@ class Watch : public WithAgent {
     }
   }
 
-  // What was printed since the last call: "watching 2", "creation n0 #7", "deletion n0 resync".
+  // The lines printed since the previous call, shortened: "watching 2", "creation n0 #7",
+  // "deletion n0 resync".
   Lines printed() {
     std::istringstream text(out_.str());
     out_.str("");
@@ -77,7 +79,7 @@ class Watch : public WithAgent {
 
   void breakOutput() { out_.setstate(std::ios::badbit); }
 
-  // What was called since the last call.
+  // The calls to the agent since the previous call.
   Lines calls() {
     const Lines all = script.calls();
     const Lines fresh(all.begin() + static_cast<std::ptrdiff_t>(seenCalls_), all.end());
@@ -138,20 +140,20 @@ class Watch : public WithAgent {
 
 // ---- start
 
-TEST_F(Watch, SubscribesFirstAndThenReadsTheView) {
+TEST_F(WatcherTest, SubscribesBeforeReadingTheView) {
   start();
   EXPECT_THAT(calls(), ElementsAre("subscribe()", "topo(1000)"));
   EXPECT_THAT(printed(), ElementsAre("watching 2"));
 }
 
-TEST_F(Watch, ReadsAViewOfManyBatches) {
+TEST_F(WatcherTest, ReadsAViewInBatches) {
   access.howMany = 1;
   start();
   EXPECT_THAT(calls(), ElementsAre("subscribe()", "topo(1)", "next_n(1)"));
   EXPECT_THAT(printed(), ElementsAre("watching 2"));
 }
 
-TEST_F(Watch, PrintsAfterwardsWhatArrivesWhileTheViewIsRead) {
+TEST_F(WatcherTest, PrintsEventsThatArriveDuringTheFirstReadAfterTheRead) {
   script.onView = [this] {
     push(creation("5", makeNode("a")));
     push(deletion("6", "n0"));
@@ -162,7 +164,7 @@ TEST_F(Watch, PrintsAfterwardsWhatArrivesWhileTheViewIsRead) {
   EXPECT_THAT(printed(), ElementsAre("creation a #5", "deletion n0 #6"));
 }
 
-TEST_F(Watch, FailsWhenTheAgentFailsAtTheStart) {
+TEST_F(WatcherTest, StartThrowsWhenTheAgentFails) {
   script.onView = [] { throw CORBA::TRANSIENT(); };
   EXPECT_THROW(start(), CORBA::TRANSIENT);
   script.onSubscribe = [] {
@@ -174,7 +176,7 @@ TEST_F(Watch, FailsWhenTheAgentFailsAtTheStart) {
 
 // ---- events
 
-TEST_F(Watch, PrintsEachEventOnce) {
+TEST_F(WatcherTest, PrintsEachEventOnce) {
   start();
   printed();
   push(creation("5", makeNode("a")));
@@ -189,7 +191,7 @@ TEST_F(Watch, PrintsEachEventOnce) {
   EXPECT_THAT(printed(), IsEmpty());
 }
 
-TEST_F(Watch, IgnoresAnOfferOfOtherEvents) {
+TEST_F(WatcherTest, IgnoresAnOfferOfOtherEvents) {
   start();
   const CosNotifyComm::StructuredPushConsumer_var consumer = session().consumer();
   consumer->offer_change(CosNotification::EventTypeSeq(), CosNotification::EventTypeSeq());
@@ -198,7 +200,7 @@ TEST_F(Watch, IgnoresAnOfferOfOtherEvents) {
   EXPECT_THAT(printed(), IsEmpty());
 }
 
-TEST_F(Watch, EndsAfterAsManyEventsAsWanted) {
+TEST_F(WatcherTest, IsDoneAfterCountEvents) {
   count = 2;
   start();
   push(creation("5", makeNode("a")));
@@ -210,7 +212,7 @@ TEST_F(Watch, EndsAfterAsManyEventsAsWanted) {
   EXPECT_THAT(printed(), ElementsAre("watching 2", "creation a #5", "creation b #6"));
 }
 
-TEST_F(Watch, PrintsNoMoreThanWantedWhateverComes) {
+TEST_F(WatcherTest, PrintsAtMostCountEvents) {
   count = 2;
   start();
   printed();
@@ -221,7 +223,7 @@ TEST_F(Watch, PrintsNoMoreThanWantedWhateverComes) {
   EXPECT_THAT(printed(), ElementsAre("lost 5-7", testing::EndsWith("resync")));
 }
 
-TEST_F(Watch, ReadsNoViewAfterTheLastEventWanted) {
+TEST_F(WatcherTest, ReadsNoViewOnceTheCountIsReached) {
   count = 1;
   start();
   calls();
@@ -231,7 +233,7 @@ TEST_F(Watch, ReadsNoViewAfterTheLastEventWanted) {
   EXPECT_THAT(calls(), IsEmpty());
 }
 
-TEST_F(Watch, CountsWhatItPrintsWhileTheAgentGoes) {
+TEST_F(WatcherTest, CountsEventsPrintedAtADisconnection) {
   count = 2;
   start();
   printed();
@@ -246,7 +248,7 @@ TEST_F(Watch, CountsWhatItPrintsWhileTheAgentGoes) {
   EXPECT_THAT(printed(), ElementsAre("lost 5-7", "deletion n0 #8"));
 }
 
-TEST_F(Watch, CountsWhatItPrintsWhenItComesBack) {
+TEST_F(WatcherTest, CountsEventsPrintedAfterAReconnection) {
   count = 1;
   start();
   printed();
@@ -259,7 +261,7 @@ TEST_F(Watch, CountsWhatItPrintsWhenItComesBack) {
   EXPECT_THAT(printed(), ElementsAre("deletion n0 resync"));
 }
 
-TEST_F(Watch, PrintsWhatArrivesWhileItCannotComeBack) {
+TEST_F(WatcherTest, PrintsEventsThatArriveDuringAFailedReconnection) {
   start();
   script.onPing = [] { throw CORBA::TRANSIENT(); };
   step();
@@ -272,7 +274,7 @@ TEST_F(Watch, PrintsWhatArrivesWhileItCannotComeBack) {
   EXPECT_THAT(printed(), ElementsAre("deletion n0 #8"));
 }
 
-TEST_F(Watch, FailsWhenItComesBackAndCannotPrint) {
+TEST_F(WatcherTest, ThrowsWhenTheOutputFailsAfterAReconnection) {
   start();
   script.onPing = [] { throw CORBA::TRANSIENT(); };
   step();
@@ -281,7 +283,7 @@ TEST_F(Watch, FailsWhenItComesBackAndCannotPrint) {
   EXPECT_THROW(step(), Failure);
 }
 
-TEST_F(Watch, RefusesEventsOnceTheAgentIsGone) {
+TEST_F(WatcherTest, RejectsEventsAfterADisconnection) {
   start();
   const CosNotifyComm::StructuredPushConsumer_var former = session().consumer();
   script.onPing = [] { throw CORBA::TRANSIENT(); };
@@ -289,7 +291,7 @@ TEST_F(Watch, RefusesEventsOnceTheAgentIsGone) {
   EXPECT_THROW(former->push_structured_event(deletion("5", "n0")), CORBA::OBJECT_NOT_EXIST);
 }
 
-TEST_F(Watch, WaitsBeforeItTriesAgain) {
+TEST_F(WatcherTest, WaitsBeforeARetry) {
   start({milliseconds(100), milliseconds(100)});
   script.onPing = [] { throw CORBA::TRANSIENT(); };
   step();
@@ -298,7 +300,7 @@ TEST_F(Watch, WaitsBeforeItTriesAgain) {
   EXPECT_GE(std::chrono::steady_clock::now() - begin, milliseconds(99));
 }
 
-TEST_F(Watch, EndsWhenItIsStopped) {
+TEST_F(WatcherTest, IsDoneWhenStopped) {
   start();
   EXPECT_FALSE(watcher().isDone());
   inbox.stop();
@@ -309,7 +311,7 @@ TEST_F(Watch, EndsWhenItIsStopped) {
   EXPECT_THAT(calls(), ElementsAre("unsubscribe"));
 }
 
-TEST_F(Watch, RefusesEventsOnceItHasUnsubscribed) {
+TEST_F(WatcherTest, RejectsEventsAfterUnsubscribing) {
   start();
   subscription().unsubscribe();
   EXPECT_THROW(push(deletion("5", "n0")), CORBA::OBJECT_NOT_EXIST);
@@ -317,7 +319,7 @@ TEST_F(Watch, RefusesEventsOnceItHasUnsubscribed) {
 
 // ---- the heartbeat
 
-TEST_F(Watch, AsksTheAgentWhenNothingComes) {
+TEST_F(WatcherTest, PingsTheAgentAfterATimeoutWithoutEvents) {
   start();
   calls();
   step(2);
@@ -327,7 +329,7 @@ TEST_F(Watch, AsksTheAgentWhenNothingComes) {
   EXPECT_THAT(calls(), IsEmpty());
 }
 
-TEST_F(Watch, RepeatsAPingOverANewConnectionOnce) {
+TEST_F(WatcherTest, RepeatsAPingOnceOverANewConnection) {
   start();
   calls();
   printed();
@@ -347,7 +349,7 @@ TEST_F(Watch, RepeatsAPingOverANewConnectionOnce) {
   EXPECT_THAT(printed(), ElementsAre("disconnected"));
 }
 
-TEST_F(Watch, SubscribesAgainWhenItWasDropped) {
+TEST_F(WatcherTest, SubscribesAgainAfterTheLastIdWhenTheAgentDroppedTheSubscription) {
   start();
   push(deletion("5", "n0"));
   removeNode(0);
@@ -365,7 +367,7 @@ TEST_F(Watch, SubscribesAgainWhenItWasDropped) {
   EXPECT_THAT(calls(), ElementsAre("ping"));
 }
 
-TEST_F(Watch, TakesIdsThatBeginAnewWithASubscription) {
+TEST_F(WatcherTest, AcceptsIdsThatRestartWithASubscription) {
   start();
   push(deletion("1000", "n0"));
   removeNode(0);
@@ -377,8 +379,8 @@ TEST_F(Watch, TakesIdsThatBeginAnewWithASubscription) {
   EXPECT_THAT(printed(), ElementsAre("watching 2", "deletion n0 #1000", "deletion n1 #1"));
 }
 
-// An agent cannot tell one who knows of no id what it missed.
-TEST_F(Watch, ComparesTheViewsWhenItWasDroppedBeforeItHadHeardAnything) {
+// An agent reports no gap to a subscriber without a last id.
+TEST_F(WatcherTest, ComparesTheViewsWhenDroppedBeforeTheFirstEvent) {
   start();
   printed();
   calls();
@@ -389,14 +391,14 @@ TEST_F(Watch, ComparesTheViewsWhenItWasDroppedBeforeItHadHeardAnything) {
   EXPECT_THAT(printed(), ElementsAre("creation n2 resync"));
 }
 
-TEST_F(Watch, IsNewToAnAgentThatDoesNotKnowItsLastId) {
+TEST_F(WatcherTest, SubscribesWithoutAnIdAtAnAgentThatRejectsTheLastId) {
   start();
   push(deletion("1000", "n0"));
   step();
   printed();
   calls();
   session().drop();
-  session().refuseIdsAbove(10);
+  session().rejectIdsAbove(10);
   step();
   EXPECT_THAT(calls(), ElementsAre("subscribe(1000)", "subscribe()", "topo(1000)"));
   EXPECT_THAT(printed(), ElementsAre("creation n0 resync"));
@@ -404,7 +406,7 @@ TEST_F(Watch, IsNewToAnAgentThatDoesNotKnowItsLastId) {
 
 // ---- lost events
 
-TEST_F(Watch, ComparesTheViewsAfterLostEvents) {
+TEST_F(WatcherTest, ComparesTheViewsAfterLostEvents) {
   start();
   printed();
   calls();
@@ -418,11 +420,11 @@ TEST_F(Watch, ComparesTheViewsAfterLostEvents) {
                                      "change n1 resync"));
   session().drop();
   step();
-  // The range is not told again.
+  // The reported gap ends at id 7, so the next subscription starts after id 7.
   EXPECT_THAT(calls(), ElementsAre("subscribe(7)", "topo(1000)"));
 }
 
-TEST_F(Watch, ComparesWithWhatEventsHaveTold) {
+TEST_F(WatcherTest, ComparesTheViewWithTheAppliedEvents) {
   start();
   push(creation("5", makeNode("n2")));
   push(renaming("6", "n2", "N"));
@@ -437,15 +439,15 @@ TEST_F(Watch, ComparesWithWhatEventsHaveTold) {
   EXPECT_THAT(printed(), ElementsAre("lost 8-8"));
 }
 
-TEST_F(Watch, TellsNothingTwiceThatArrivesDuringAComparison) {
+TEST_F(WatcherTest, PrintsNoChangeTwiceThatArrivesDuringAComparison) {
   start();
   printed();
   push(lost("5", "7", 3));
   script.onView = [this] {
-    script.nodes[0].nativeEMSName = "N";  // held, and in the view
+    script.nodes[0].nativeEMSName = "N";  // pending, and in the view
     addNode(makeNode("n2"));              // lost, and in the view
     push(renaming("8", "n0", "N"));
-    push(creation("9", makeNode("n3")));  // held, and not in the view
+    push(creation("9", makeNode("n3")));  // pending, and not in the view
   };
   step(3);
   EXPECT_THAT(printed(),
@@ -457,7 +459,7 @@ TEST_F(Watch, TellsNothingTwiceThatArrivesDuringAComparison) {
   EXPECT_THAT(printed(), ElementsAre("lost 10-10"));
 }
 
-TEST_F(Watch, ComparesAgainForLostEventsDuringAComparison) {
+TEST_F(WatcherTest, ComparesAgainForLostEventsDuringAComparison) {
   start();
   printed();
   push(lost("5", "7", 3));
@@ -474,9 +476,9 @@ TEST_F(Watch, ComparesAgainForLostEventsDuringAComparison) {
   EXPECT_THAT(printed(), ElementsAre("lost 5-7", "lost 8-9", "creation n2 resync"));
 }
 
-// ---- the agent goes away
+// ---- disconnections
 
-TEST_F(Watch, ComesBackWhenTheAgentDoes) {
+TEST_F(WatcherTest, ReconnectsWhenTheAgentIsBack) {
   start();
   push(deletion("5", "n0"));
   step();
@@ -498,7 +500,7 @@ TEST_F(Watch, ComesBackWhenTheAgentDoes) {
                                    "subscribe(5)", "subscribe(5)", "topo(1000)"));
 }
 
-TEST_F(Watch, FindsTheAgentBesideAnObjectThatIsGoneForAWhile) {
+TEST_F(WatcherTest, RetriesWhileTheSessionObjectIsMissing) {
   start();
   printed();
   script.onPing = [] { throw CORBA::COMM_FAILURE(); };
@@ -508,7 +510,7 @@ TEST_F(Watch, FindsTheAgentBesideAnObjectThatIsGoneForAWhile) {
   EXPECT_THAT(printed(), ElementsAre("disconnected"));
 }
 
-TEST_F(Watch, PrintsWhatItHasBeforeItSaysThatTheAgentIsGone) {
+TEST_F(WatcherTest, PrintsReceivedEventsBeforeTheDisconnectedLine) {
   start();
   printed();
   push(lost("5", "7", 3));
@@ -525,7 +527,7 @@ TEST_F(Watch, PrintsWhatItHasBeforeItSaysThatTheAgentIsGone) {
   EXPECT_THAT(printed(), ElementsAre("watching 1" /* n0 is known to be gone */));
 }
 
-TEST_F(Watch, LeavesNoSubscriptionBehindWhenTheViewCannotBeRead) {
+TEST_F(WatcherTest, UnsubscribesWhenTheViewCannotBeRead) {
   start();
   push(lost("5", "7", 3));
   script.onView = [] {
@@ -541,7 +543,7 @@ TEST_F(Watch, LeavesNoSubscriptionBehindWhenTheViewCannotBeRead) {
   EXPECT_THAT(printed(), IsEmpty());
 }
 
-TEST_F(Watch, ComesBackWhenTheAgentEndsTheSubscription) {
+TEST_F(WatcherTest, ReconnectsWhenTheAgentEndsTheSubscription) {
   start();
   printed();
   push(deletion("5", "n0"));
@@ -552,7 +554,7 @@ TEST_F(Watch, ComesBackWhenTheAgentEndsTheSubscription) {
   EXPECT_THAT(printed(), ElementsAre("deletion n0 #5", "disconnected", "watching 1"));
 }
 
-TEST_F(Watch, TriesAgainLessAndLessOften) {
+TEST_F(WatcherTest, DoublesTheRetryDelayUntilAReconnection) {
   start({milliseconds(1), milliseconds(100)});
   script.onPing = [] { throw CORBA::TRANSIENT(); };
   script.onSubscribe = [] { throw CORBA::TRANSIENT(); };
@@ -563,7 +565,7 @@ TEST_F(Watch, TriesAgainLessAndLessOften) {
   EXPECT_EQ(retryDelay->next(), milliseconds(1));
 }
 
-TEST_F(Watch, EndsWhenItIsStoppedWhileTheAgentIsAway) {
+TEST_F(WatcherTest, IsDoneWhenStoppedDuringARetryDelay) {
   start({std::chrono::hours(1), std::chrono::hours(1)});
   script.onPing = [] { throw CORBA::TRANSIENT(); };
   step();
@@ -574,7 +576,7 @@ TEST_F(Watch, EndsWhenItIsStoppedWhileTheAgentIsAway) {
   EXPECT_TRUE(watcher().isDone());
 }
 
-TEST_F(Watch, WaitsByDefaultForTimesThatPeopleDoNotMind) {
+TEST_F(WatcherTest, HasDefaultIntervals) {
   const Intervals intervals;
   EXPECT_EQ(intervals.heartbeat, milliseconds(5000));
   EXPECT_EQ(intervals.firstRetry, milliseconds(200));
