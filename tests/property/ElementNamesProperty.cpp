@@ -7,7 +7,7 @@
 #include <optional>
 #include <string>
 
-#include "agent/host/Naming.h"
+#include "agent/host/ObjectNaming.h"
 #include "agent/host/Publication.h"
 #include "agent/model/NetworkModel.h"
 #include "agent/network/ManagedObjects.h"
@@ -54,7 +54,7 @@ class ElementNamesProperty : public testing::Test {
 
  private:
   const agent::NetworkModel model_{agent::Network{}};
-  agent::NamingService naming_{kEms, model_};
+  agent::ObjectNaming naming_{kEms, model_};
   const agent::Publication published_{"CorbaUtilInterface", naming_};
 };
 
