@@ -4,12 +4,12 @@
 
 namespace orb {
 
-bool Episode::happened(Time now) {
+bool Episode::add(Time now) {
   last_ = now;
   return events_++ == 0;
 }
 
-std::optional<std::size_t> Episode::over(Time now) {
+std::optional<std::size_t> Episode::finish(Time now) {
   if (events_ == 0 || now < last_ + quiet_) {
     return std::nullopt;
   }

@@ -1,4 +1,4 @@
-// Rate limit for log lines about what clients can cause as often as they like.
+// Rate limit for log lines about events that clients can cause at any rate.
 
 #ifndef ORB_EPISODE_H
 #define ORB_EPISODE_H
@@ -9,11 +9,11 @@
 
 namespace orb {
 
-// Groups events of one kind into episodes, so that each episode takes two log lines: one at its
-// first event, one with the number of events when it is over. An episode is over when no event
-// happened for a while.
+// Groups events of one kind into episodes, so that an episode takes two log lines: a line at the
+// first event and a line with the number of events at the end. An episode ends after a quiet period
+// without events.
 //
-// Thread-safety: none.
+// Thread-safety: none. Holds no resources; no function fails.
 class Episode {
  public:
   using Time = std::chrono::steady_clock::time_point;
@@ -23,18 +23,18 @@ class Episode {
   explicit Episode(std::chrono::milliseconds quiet = kDefaultQuiet) : quiet_(quiet) {}
 
   // Counts an event. Returns whether the event begins an episode.
-  bool happened(Time now);
+  bool add(Time now);
 
-  // The number of events of an episode that is over by now; a value once per episode.
-  std::optional<std::size_t> over(Time now);
+  // If the quiet period has passed, ends the episode and returns its number of events.
+  std::optional<std::size_t> finish(Time now);
 
-  // When over() can have a value at the earliest; no value outside of an episode.
+  // The earliest time at which finish() returns a number; no value outside of an episode.
   std::optional<Time> end() const;
 
  private:
   const std::chrono::milliseconds quiet_;
-  std::size_t events_ = 0;  // of the present episode; 0: there is none
-  Time last_;
+  std::size_t events_ = 0;  // of the current episode; 0: no episode
+  Time last_;               // time of the last event
 };
 
 }  // namespace orb

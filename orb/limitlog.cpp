@@ -18,7 +18,7 @@ void LimitLog::add(Kind& kind, Time now, MakeLine makeLine) {
   bool begins = false;
   {
     const std::lock_guard<std::mutex> lock(mutex_);
-    begins = kind.episode.happened(now);
+    begins = kind.episode.add(now);
   }
   if (!begins || !log_) {
     return;
@@ -66,7 +66,7 @@ void LimitLog::endEpisodes(Time now) {
     std::optional<std::size_t> count;
     {
       const std::lock_guard<std::mutex> lock(mutex_);
-      count = kind->episode.over(now);
+      count = kind->episode.finish(now);
     }
     if (count && log_) {
       log_(std::to_string(*count) + kind->summary);

@@ -13,9 +13,9 @@
 
 namespace orb {
 
-// Logs three kinds of refusals: connections, requests for their size, and connections with
-// incomplete requests. Each kind has an Episode, so that a flood of refusals takes two lines. A
-// line for which there is no memory is dropped.
+// Logs refused connections, requests over their size limit, and connections that were closed
+// because of an incomplete request. Each kind has an Episode, so that a flood of refusals takes two
+// lines. A line is dropped when its allocation fails.
 //
 // Thread-safety: any thread. No lock is held while the log function runs.
 class LimitLog {

@@ -1,4 +1,4 @@
-// The TCP sockets on which this process listens, as the kernel reports them.
+// Check of the sockets on which this process listens.
 
 #ifndef ORB_LISTENING_H
 #define ORB_LISTENING_H
@@ -10,16 +10,17 @@
 
 namespace orb {
 
-// Compares the sockets on which the process listens before and after the start of an ORB.
+// Compares the listening sockets of the process before and after the start of an ORB, so that an
+// endpoint from the environment or from a configuration file is detected.
 //
-// Thread-safety: none. No other thread begins to listen in between.
+// Thread-safety: none. REQUIRES: no other thread opens a listening socket in between.
 class ListeningCheck {
  public:
-  // Remembers the sockets of now.
+  // Records the present listening sockets.
   ListeningCheck();
 
-  // Throws EndpointError unless one socket has been added and it has the port of the endpoint.
-  // Passes where the system does not tell.
+  // Throws EndpointError if a socket other than that of the endpoint was added. Without a /proc
+  // file system no socket is found and the check passes.
   void requireOnly(const Endpoint& endpoint) const;
 
  private:

@@ -13,11 +13,13 @@
 
 namespace orb {
 
-// Passes at most kLines lines of each period on. The first line that is left out is replaced with a
-// notice; the number of lines that were left out precedes the first line of a later period, or is
-// written by the destructor. A period begins with a line that follows the end of the last one.
+// Forwards at most kLines lines per period to a log function. In place of the first dropped line of
+// a period a notice is written. The number of dropped lines is written before the first line of a
+// later period, or by the destructor. A period begins with the first line after the end of the
+// previous period.
 //
-// Thread-safety: any thread. The log function is called by one thread at a time.
+// Thread-safety: any thread. The log function is called by one thread at a time, under the mutex.
+// An exception of the log function passes.
 class LogLimiter {
  public:
   using Time = std::chrono::steady_clock::time_point;
@@ -40,11 +42,11 @@ class LogLimiter {
   const LogFunction log_;
   const Clock clock_;
   std::mutex mutex_;
-  Time begin_;             // of the period; guarded by mutex_
-  std::size_t lines_ = 0;  // of the period, left out or not; guarded by mutex_
+  Time begin_;             // of the current period; guarded by mutex_
+  std::size_t lines_ = 0;  // of the current period, dropped lines included; guarded by mutex_
 };
 
-// A log function with a LogLimiter before it; null for null.
+// Returns a log function that writes through a LogLimiter; null for null.
 LogFunction limited(const LogFunction& log);
 
 }  // namespace orb

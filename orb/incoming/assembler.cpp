@@ -7,8 +7,8 @@ namespace orb {
 
 using giop::Type;
 
-Assembler::Taken Assembler::take(const char* bytes, std::size_t count, Time now) {
-  Taken taken;
+Assembler::Progress Assembler::take(const char* bytes, std::size_t count, Time now) {
+  Progress taken;
   while (taken.bytes < count && !complete_ && taken.valid && !taken.starved) {
     const char* const next = bytes + taken.bytes;
     const std::size_t left = count - taken.bytes;
@@ -34,7 +34,7 @@ Assembler::Request Assembler::release() {
   return request;
 }
 
-std::optional<Assembler::Time> Assembler::begun() const {
+std::optional<Assembler::Time> Assembler::incompleteSince() const {
   std::optional<Time> earliest;
   const auto consider = [&earliest](Time time) {
     earliest = earliest ? std::min(*earliest, time) : time;
@@ -61,13 +61,13 @@ std::size_t Assembler::takeHeader(const char* bytes, std::size_t count, bool& va
   return taken;
 }
 
-// 0: the budget is exhausted.
+// Returns the number of consumed bytes; 0 if the budget is exhausted.
 std::size_t Assembler::takeBody(const char* bytes, std::size_t count) {
   std::size_t step = std::min(count, remaining_);
   if (part_ && !part_->refused) {
     const std::size_t size = part_->bytes.size();
     if (size + remaining_ > part_->limit) {
-      step = std::min(step, kMaxHead - size);  // until the operation is known
+      step = std::min(step, kMaxHead - size);  // the operation is not known yet
     }
     step = part_->bytes.append(bytes, step);
   }
@@ -87,7 +87,7 @@ bool Assembler::beginMessage() {
     return beginRequest();
   }
   if (isFragment && header->minorVersion == 1) {
-    return continueRequest(0);  // they name no request, so there is one at most
+    return continueRequest(0);  // GIOP 1.1 fragments have no request id: one request at most
   }
   if ((!isFragment && header->type != Type::kCancelRequest) || remaining_ < giop::kRequestIdBytes) {
     return false;
@@ -104,7 +104,7 @@ bool Assembler::beginRequest() {
   return checkLimit();
 }
 
-// The message that begins is a fragment of the request, or cancels it.
+// Handles the header of a Fragment or CancelRequest message.
 bool Assembler::continueRequest(std::uint32_t id) {
   const auto found = open_.find(id);
   if (header_.type == Type::kCancelRequest || found == open_.end()) {
@@ -113,7 +113,7 @@ bool Assembler::continueRequest(std::uint32_t id) {
   }
   std::unique_ptr<Part> part = std::move(found->second);
   open_.erase(found);
-  // Joined fragments keep the alignment of numbers only in steps of 8 bytes after the header.
+  // Joined fragments keep the alignment of numbers only at multiples of 8 bytes after the header.
   const std::size_t aligned = part->first.minorVersion == 1 ? giop::kHeaderBytes % 8 : 0;
   if (header_.minorVersion != part->first.minorVersion ||
       header_.littleEndian != part->first.littleEndian ||
@@ -143,7 +143,7 @@ bool Assembler::checkLimit() {
     part_->parseAt = 2 * size;
     return couldGrow;
   }
-  // Decoded service contexts take many times their size.
+  // Decoded service contexts need many times their encoded size, so they must be small.
   if (large && head->isWhole) {
     part_->limit = limits_.messageBytes;
   }

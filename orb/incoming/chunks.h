@@ -1,4 +1,4 @@
-// Bytes that were received and are not read yet.
+// Queue of received bytes with a memory budget.
 
 #ifndef ORB_INCOMING_CHUNKS_H
 #define ORB_INCOMING_CHUNKS_H
@@ -12,26 +12,28 @@
 
 namespace orb {
 
-// The memory that long messages of all connections may take together while they arrive.
+// Limits the memory for incomplete long messages of all connections together.
 //
-// Thread-safety: any thread.
+// Thread-safety: any thread. No function fails.
 class ReceiveBudget {
  public:
   explicit ReceiveBudget(std::size_t bytes) : free_(bytes) {}
   ReceiveBudget(const ReceiveBudget&) = delete;
   ReceiveBudget& operator=(const ReceiveBudget&) = delete;
 
+  // Returns false, and reserves nothing, if fewer bytes are free.
   bool take(std::size_t bytes);
+  // Returns reserved bytes to the budget.
   void give(std::size_t bytes);
 
  private:
   std::atomic<std::size_t> free_;
 };
 
-// A queue of bytes that takes memory as they arrive and gives it back as they are read. Memory
-// beyond the first chunk is taken from a budget.
+// A queue of bytes that allocates memory chunk by chunk on append() and frees it on take(). Memory
+// beyond the first chunk is reserved in a budget.
 //
-// Thread-safety: none.
+// Thread-safety: none. append() throws std::bad_alloc.
 class Chunks {
  public:
   static constexpr std::size_t kChunk = 65536;
@@ -44,14 +46,15 @@ class Chunks {
 
   std::size_t size() const { return size_; }
 
-  // Returns how many of the bytes were appended: fewer when the budget is exhausted.
+  // Returns the number of appended bytes: less than `count` if the budget is exhausted.
   std::size_t append(const char* bytes, std::size_t count);
 
-  // Reads and removes up to so many bytes from the front; 0 when there are none.
+  // Moves up to `count` bytes from the front to `to`. Returns their number, 0 for an empty queue.
   std::size_t take(char* to, std::size_t count);
 
-  // The bytes from the front on that are contiguous: all of them up to kChunk, if none was taken.
+  // The contiguous bytes at the front: the first kChunk bytes, before the first take().
   std::string_view front() const;
+  // REQUIRES: not empty.
   char* data() { return chunks_.front().data(); }
 
   void clear();
@@ -62,9 +65,9 @@ class Chunks {
 
   ReceiveBudget* budget_;
   std::deque<std::string> chunks_;
-  std::size_t taken_ = 0;  // bytes of the first chunk that are gone
+  std::size_t taken_ = 0;  // removed bytes of the first chunk
   std::size_t size_ = 0;
-  std::size_t reserved_ = 0;  // of the budget
+  std::size_t reserved_ = 0;  // bytes reserved in the budget
 };
 
 }  // namespace orb

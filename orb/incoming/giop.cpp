@@ -13,7 +13,7 @@ constexpr std::size_t kSize = 8;
 constexpr unsigned kLittleEndianFlag = 1;
 constexpr unsigned kMoreFragmentsFlag = 2;
 
-constexpr unsigned kKeyTarget = 0;  // how a request of GIOP 1.2 names its object
+constexpr unsigned kKeyTarget = 0;  // kinds of targets in GIOP 1.2
 constexpr unsigned kReferenceTarget = 2;
 
 std::uint8_t octetAt(const char* bytes, std::size_t offset) {
@@ -26,8 +26,8 @@ void writeNumber(char* bytes, std::uint32_t value, bool littleEndian) {
   }
 }
 
-// Reads a message from its beginning on, from which numbers are aligned. After the end of the bytes
-// or a length beyond them, failed() is true and values mean nothing.
+// Reads a message from its first byte, to which numbers are aligned. After a read beyond the end,
+// failed() is true and all values are meaningless.
 class Reader {
  public:
   Reader(std::string_view bytes, bool littleEndian) : bytes_(bytes), littleEndian_(littleEndian) {
@@ -61,7 +61,7 @@ class Reader {
     return failed_ ? 0 : parseNumber(bytes_.data() + begin, littleEndian_);
   }
 
-  // A sequence of octets, or a text with its zero.
+  // A sequence of octets, or a string with its terminating zero.
   std::string_view octets() {
     const std::uint32_t count = number();
     const std::size_t begin = at_;
@@ -84,7 +84,7 @@ void skipServiceContexts(Reader& reader) {
   }
 }
 
-// The object of a request in GIOP 1.2: its key, one profile of its reference, or all of it.
+// Skips the target of a GIOP 1.2 request: an object key, a profile, or a reference.
 void skipTarget(Reader& reader) {
   const std::uint16_t kind = reader.shortNumber();
   if (kind == kReferenceTarget) {
@@ -199,7 +199,7 @@ bool isTargetKey(const Header& header, std::string_view begin) {
   Reader reader(begin, header.littleEndian);
   reader.number();
   if (header.type == Type::kRequest) {
-    reader.number();  // the octet of the response and the reserved ones
+    reader.number();  // response_flags and three reserved octets
   }
   const std::uint16_t kind = reader.shortNumber();
   return reader.failed() || kind == kKeyTarget;
@@ -218,11 +218,11 @@ std::string emptyRequest(std::uint8_t minorVersion, const RequestHead& head) {
     writer.octet(0);
   }
   if (minorVersion == 2) {
-    writer.number(0);  // the target is named by its key
+    writer.number(0);  // the target is an object key
   }
-  writer.number(0);  // the key
+  writer.number(0);  // an empty key
   writer.text(head.operation);
-  writer.number(0);  // the principal, or service contexts
+  writer.number(0);  // no principal (GIOP 1.0, 1.1) or no service contexts (1.2)
   return writer.message();
 }
 

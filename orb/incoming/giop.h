@@ -1,4 +1,4 @@
-// The parts of GIOP messages that must be known before the ORB reads a message.
+// Parser of the GIOP headers that the server reads before the ORB does.
 
 #ifndef ORB_INCOMING_GIOP_H
 #define ORB_INCOMING_GIOP_H
@@ -12,7 +12,7 @@
 namespace orb::giop {
 
 constexpr std::size_t kHeaderBytes = 12;
-// A fragment of GIOP 1.2 repeats the id of its request after the header.
+// In GIOP 1.2 the request id follows the header of a Fragment message.
 constexpr std::size_t kRequestIdBytes = 4;
 
 enum class Type : std::uint8_t {
@@ -31,34 +31,37 @@ struct Header {
   bool littleEndian = false;
   bool moreFragments = false;
   Type type = Type::kRequest;
-  std::size_t bodyBytes = 0;  // as declared, without the header
+  std::size_t bodyBytes = 0;  // declared size without the header
 };
 
-// No value: not the header of a message of GIOP 1.0, 1.1 or 1.2. REQUIRES: kHeaderBytes bytes.
+// Returns no value for bytes that are not a header of GIOP 1.0, 1.1 or 1.2.
+// REQUIRES: kHeaderBytes bytes.
 std::optional<Header> parseHeader(const char* bytes);
 
-// Turns the header of the first fragment into that of an unfragmented message of so many bytes,
-// header included. REQUIRES: a header that parseHeader accepts.
+// Turns the header of a first fragment into the header of an unfragmented message. `messageBytes`
+// includes the header. REQUIRES: a header that parseHeader() accepts.
 void rewriteHeader(char* header, std::size_t messageBytes);
 
 std::uint32_t parseNumber(const char* bytes, bool littleEndian);
 
 struct RequestHead {
   std::uint32_t id = 0;
-  std::uint8_t response = 0;  // the octet that says whether a reply is expected
+  std::uint8_t response = 0;  // the octet response_expected or response_flags
   std::string operation;
-  bool isWhole = false;  // false: the service contexts do not end within what was parsed
+  bool isWhole = false;  // false: the service contexts do not end within the parsed bytes
 };
 
-// The head of a request. `begin` is the beginning of the message, header included. No value: the
-// head does not end within it, or is malformed.
+// Parses the head of a request. `begin` is the beginning of the message, header included. Returns
+// no value if the head is malformed or does not end within `begin`.
 std::optional<RequestHead> parseRequestHead(const Header& header, std::string_view begin);
 
-// Whether a complete request or LocateRequest names its object by its key, the only way that every
-// ORB serves; GIOP 1.2 also has profiles and whole references. True when the message ends before.
+// Whether a complete Request or LocateRequest names its target by an object key. GIOP 1.2 also
+// allows profiles and references, which not every ORB supports. True if the message ends before the
+// target.
 bool isTargetKey(const Header& header, std::string_view begin);
 
-// A request without arguments for a nameless object, in place of one that is not to be decoded.
+// Returns a request without arguments for an empty object key. The ORB decodes this message in
+// place of a refused request.
 std::string emptyRequest(std::uint8_t minorVersion, const RequestHead& head);
 
 }  // namespace orb::giop

@@ -26,9 +26,9 @@ constexpr std::chrono::milliseconds kInterval{50};
 
 std::atomic<std::chrono::milliseconds> drainGrace{};
 
-// A request of which nothing was received yet holds up nobody, and a request in the state
-// WaitingForReply runs in a servant.
-bool isOnTheWire(const omni::GIOP_S& request) {
+// A request without a received byte blocks no thread, and a request in the state WaitingForReply
+// runs in a servant.
+bool isInTransfer(const omni::GIOP_S& request) {
   return request.state() == omni::IOP_S::RequestIsBeingProcessed ||
          request.state() == omni::IOP_S::ReplyIsBeingComposed;
 }
@@ -38,9 +38,9 @@ std::chrono::milliseconds milliseconds(const omni_time_t& time) {
                                                                std::chrono::nanoseconds(time.ns));
 }
 
-// The ORB sets the deadline of a request when its arguments begin to arrive, and again when its
-// reply begins to be sent.
-std::chrono::milliseconds timeOnTheWire(const omni::GIOP_S& request) {
+// The ORB sets the deadline of a request at the first byte of the arguments, and again at the first
+// byte of the reply.
+std::chrono::milliseconds transferTime(const omni::GIOP_S& request) {
   omni_time_t now;
   omni_thread::get_time(now);
   return milliseconds(now) - milliseconds(request.getDeadline()) +
@@ -66,7 +66,7 @@ bool anyRequest(omni::giopStrand& strand, Condition condition) {
   return false;
 }
 
-// An object that was never activated.
+// Returns a reference to an object that is not active.
 CORBA::Object_ptr probe(PortableServer::POA_ptr poa) {
   constexpr const char* kType = "IDL:omg.org/CORBA/Object:1.0";
   try {
@@ -77,7 +77,7 @@ CORBA::Object_ptr probe(PortableServer::POA_ptr poa) {
   }
 }
 
-// What the keys of all objects of a POA begin with: the id of the object follows.
+// Returns the common prefix of the keys of all objects of a POA, which the object id follows.
 ObjectKey keyPrefix(PortableServer::POA_ptr poa) {
   const CORBA::Object_var object = probe(poa);
   PortableServer::ObjectId_var id = poa->reference_to_id(object.in());
@@ -118,15 +118,16 @@ void Drain::run() {
   }
 }
 
-// The lists of connections and requests change only under the ORB's transport lock.
+// REQUIRES: mutex_ is not locked. The ORB changes its lists of connections and requests under its
+// transport lock.
 void Drain::shutDownStalled() {
   const std::chrono::milliseconds grace = drainGrace;
   const auto waited = std::chrono::duration_cast<std::chrono::milliseconds>(
       std::chrono::steady_clock::now() - begin_);
   const auto isStalled = [&](omni::GIOP_S& request) {
     const bool hasDeadline = request.getDeadline() > omni_time_t();
-    return isOnTheWire(request) && matches_(request) &&
-           (hasDeadline ? timeOnTheWire(request) : waited) >= grace;
+    return isInTransfer(request) && matches_(request) &&
+           (hasDeadline ? transferTime(request) : waited) >= grace;
   };
   std::vector<std::string> peers;
   {
@@ -152,7 +153,7 @@ void destroyPoa(PortableServer::POA_ptr poa) {
     return hasPrefix(request, prefix);
   });
   const PortableServer::POAManager_var manager = poa->the_POAManager();
-  // From its destruction on the POA answers OBJ_ADAPTER, so running requests end before.
+  // During its destruction the POA answers OBJ_ADAPTER, so the running requests must end before.
   manager->discard_requests(true);
   poa->destroy(true, true);
 }

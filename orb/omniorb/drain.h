@@ -1,4 +1,4 @@
-// The end of requests that wait for a client who does not read or does not send.
+// Ends requests that are blocked by their clients.
 
 #ifndef ORB_OMNIORB_DRAIN_H
 #define ORB_OMNIORB_DRAIN_H
@@ -18,23 +18,25 @@ OMNI_NAMESPACE_END(omni)
 
 namespace orb {
 
-// Sets how long a request may wait for its client while something waits for the request. For the
-// ORB that starts next.
+// Sets Options::drainGrace for the ORB that starts next.
 void setDrainGrace(std::chrono::milliseconds grace);
 
-// Unblocks requests on behalf of a thread that waits for them to end. While a Drain exists, its
-// thread shuts down every connection on which a matching request has been receiving its arguments
-// or sending its reply for longer than the grace period, counted from the first byte of arguments
-// or reply. Requests that run in a servant are left alone.
+// Unblocks the thread that owns a Drain and waits for requests to end. The Drain has a thread of
+// its own, which shuts down the connection of a matching request whose arguments or reply have been
+// in transfer for longer than the grace period. The time counts from the first byte of the
+// arguments or of the reply. Requests that run in a servant are not affected.
+//
+// Thread-safety: construct and destroy on one thread. The destructor ends the thread of the Drain.
+// The constructor throws std::system_error if no thread is available.
 class Drain {
  public:
-  // Called with the ORB's transport lock held: makes no calls to the ORB, and does not wait for
-  // anything that does.
+  // Selects requests. Runs under the ORB's transport lock, so the function must not call the ORB or
+  // wait for a thread that does.
   using Matches = std::function<bool(omni::GIOP_S&)>;
 
   enum class Others {
-    kLeft,    // only connections with a matching request are shut down
-    kClosed,  // after the grace period all of them are
+    kLeft,    // other connections stay open
+    kClosed,  // other connections are shut down after the grace period
   };
 
   explicit Drain(Matches matches, Others others = Others::kLeft);
@@ -49,7 +51,7 @@ class Drain {
   const Matches matches_;
   const Others others_;
   const std::chrono::steady_clock::time_point begin_ = std::chrono::steady_clock::now();
-  std::set<const void*> shutDown_;  // connections that were logged; of the thread
+  std::set<const void*> shutDown_;  // logged connections; used by the thread only
   std::mutex mutex_;
   std::condition_variable ended_;
   bool end_ = false;  // guarded by mutex_

@@ -1,4 +1,4 @@
-// What the ORB's exceptions mean.
+// Classification of the ORB's exceptions by their minor codes.
 
 #include "orb/orb.h"
 
@@ -24,7 +24,7 @@ bool isMessageTooLarge(const CORBA::SystemException& failure) {
     case omni::MARSHAL_MessageSizeExceedLimitOnClient:
     case omni::MARSHAL_MessageSizeExceedLimitOnServer:
     case omni::MARSHAL_MessageTooLong:
-    // In a message of several fragments the limit is met while a part of it is read.
+    // Raised in a message of several fragments when a value crosses the limit.
     case omni::MARSHAL_PassEndOfMessage:
     case omni::MARSHAL_SequenceIsTooLong:
     case omni::MARSHAL_StringIsTooLong:

@@ -6,7 +6,7 @@
 namespace orb {
 namespace {
 
-// The ORB's log function is a plain function without context, so its receiver is of the process.
+// Global, because the ORB's log function has no context argument.
 std::mutex logMutex;
 LogFunction logReceiver;  // guarded by logMutex
 

@@ -1,4 +1,4 @@
-// Where the ORB's own diagnostics go.
+// The receiver of the ORB's diagnostics, one per process.
 
 #ifndef ORB_OMNIORB_LOG_H
 #define ORB_OMNIORB_LOG_H
@@ -9,13 +9,13 @@
 
 namespace orb {
 
-// The ORB's log function: passes a message on to the receiver, without its line ends.
+// The ORB's log function: forwards a message without line ends to the receiver.
 void forwardLog(const char* message);
 
-// Passes a line of our own on to the receiver. Thread-safety: any thread.
+// Forwards a line to the receiver. Thread-safety: any thread; lines are written one at a time.
 void writeLog(const std::string& line);
 
-// Null: what the ORB says is dropped. Thread-safety: any thread.
+// Sets the receiver; null drops all lines. Thread-safety: any thread.
 void setLogReceiver(LogFunction log);
 
 }  // namespace orb

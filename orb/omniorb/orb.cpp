@@ -1,4 +1,4 @@
-// An ORB's life.
+// Start and end of an ORB.
 
 #include "orb/orb.h"
 
@@ -25,7 +25,7 @@ class RunningOrb {
     setDrainGrace(options.drainGrace);
   }
 
-  // Destruction takes the ORB's lists of connections away, so it comes after the Drain.
+  // The Drain reads the ORB's lists of connections, so destroy() follows the end of the Drain.
   ~RunningOrb() {
     {
       const Drain drain([](const omni::GIOP_S&) { return true; }, Drain::Others::kClosed);
@@ -54,7 +54,7 @@ class ClientOrb final : public Orb {
   RunningOrb orb_;
 };
 
-// The ORB's lines begin with its name.
+// Removes the ORB's name from a line of the ORB's log.
 std::string withoutPrefix(const std::string& line) {
   const std::string prefix = "omniORB: ";
   return line.compare(0, prefix.size(), prefix) == 0 ? line.substr(prefix.size()) : line;
@@ -100,26 +100,26 @@ std::unique_ptr<Orb> startClient(const Options& options) {
 
 std::unique_ptr<Server> startServer(const Options& options, const Endpoint& endpoint,
                                     const LogFunction& log) {
-  // What the ORB says of a start that fails is the reason of the exception, not a matter for the
-  // log.
-  std::vector<std::string> said;
-  setLogReceiver([&said](const std::string& line) { said.push_back(line); });
+  // If the start fails, the ORB's lines become the reason of the exception instead of log lines.
+  std::vector<std::string> startLines;
+  setLogReceiver([&startLines](const std::string& line) { startLines.push_back(line); });
   try {
     const ListeningCheck check;
     auto server = std::make_unique<ListeningOrb>(options, endpoint);
     check.requireOnly(server->endpoint());
     setLogReceiver(limited(log));
     if (log) {
-      std::for_each(said.begin(), said.end(), log);
+      std::for_each(startLines.begin(), startLines.end(), log);
     }
     return server;
   } catch (const CORBA::SystemException&) {
-    // The ORB starts to listen with its root POA; nothing else in the start can fail this way.
+    // The ORB listens when the root POA is created; no other step of the start fails with this
+    // type.
     setLogReceiver(nullptr);
     throw EndpointError("cannot listen on " + format(endpoint) +
-                        (said.empty() ? "" : ": " + withoutPrefix(said.front())));
+                        (startLines.empty() ? "" : ": " + withoutPrefix(startLines.front())));
   } catch (...) {
-    setLogReceiver(nullptr);  // it borrows `said`
+    setLogReceiver(nullptr);  // the receiver borrows startLines
     throw;
   }
 }

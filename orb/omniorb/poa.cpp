@@ -1,8 +1,8 @@
-// What only the ORB's own headers can tell about a POA.
+// State of a POA that only the ORB's internal headers reveal.
 
 #include "orb/orb.h"
 
-// Builds on the ORB's public headers without including them.
+// Needs the ORB's public headers, but does not include them.
 #include <omniORB4/internal/poaimpl.h>
 
 namespace orb {
@@ -11,8 +11,8 @@ bool isOrbsOwnPoa(PortableServer::POA_ptr poa) {
   return dynamic_cast<omni::omniOrbPOA*>(poa) != nullptr;
 }
 
-// The POA's own answer, _non_existent, changes only when the last request on the POA has ended. Its
-// parent no longer finds the POA as soon as the destruction begins.
+// _non_existent() of the POA changes only after the last request has ended. find_POA() of the
+// parent fails as soon as the destruction begins.
 bool isCleanupInProgress(PortableServer::POA_ptr poa) {
   try {
     const PortableServer::POA_var parent = poa->the_parent();

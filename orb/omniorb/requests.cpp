@@ -24,11 +24,11 @@
 namespace orb {
 namespace {
 
-// Like the log function, an interceptor is a plain function without context.
+// Global, because an interceptor has no context argument.
 std::shared_mutex observerMutex;
 RequestObserver requestObserver;  // guarded by observerMutex
 
-// The client whose request the thread received last.
+// The client of the latest request of the thread.
 thread_local std::string threadsPeer;
 
 // The numeric host of the ORB's address of a TCP peer.
@@ -36,7 +36,7 @@ std::string hostIn(const char* address) {
   return address == nullptr ? "" : parseEndpoint(withoutTransport(address)).host;
 }
 
-// The arguments of a refused request were not received.
+// The ORB received an empty substitute in place of a refused request, so nothing is dispatched.
 void throwIfRefused(omni::giopConnection* connection) {
   const auto* const limited = dynamic_cast<Connection*>(connection);
   if (limited != nullptr && limited->isRefused()) {
@@ -68,7 +68,7 @@ Request requestOf(omniCallHandle& call) {
   return request;
 }
 
-// Within an operation the ORB knows what the thread was called for.
+// omniCurrent has a call descriptor only within an operation.
 std::string currentPeer() {
   omniCurrent* const current = omniCurrent::get();
   // The thread owns the object: omniCurrent::get() attaches a new one to the thread.

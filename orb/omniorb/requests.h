@@ -1,4 +1,4 @@
-// The place where every request from outside passes.
+// Interception of requests from other processes.
 
 #ifndef ORB_OMNIORB_REQUESTS_H
 #define ORB_OMNIORB_REQUESTS_H
@@ -7,16 +7,16 @@
 
 namespace orb {
 
-// Lets the ORB show every request to this file, until the ORB is destroyed. The ORB's threads walk
-// its lists of interceptors without a lock, so nothing is added or removed while it listens.
+// Installs the interceptor of this file until the ORB is destroyed. The ORB reads its list of
+// interceptors without a lock, so the list must not change while the ORB listens.
 // REQUIRES: an ORB is initialised and does not listen yet.
 void interceptRequests();
 
-// What a guard may know of a request.
+// Returns the description of a request for a RequestGuard.
 Request requestOf(omniCallHandle& call);
 
-// Null ends the observation; returns when no call of the former observer is running.
-// Thread-safety: any thread.
+// Sets the observer; null removes the observer. Returns when no call of the former observer is
+// running. Thread-safety: any thread.
 void setRequestObserver(RequestObserver observer);
 
 }  // namespace orb

@@ -15,9 +15,9 @@
 namespace orb {
 namespace {
 
-// The ORB reads ORBNAME=VALUE, OMNIORB_CONFIG and OMNIORB_USEHOSTNAME, and offers no way to switch
-// that off. Settings of a list, as endPoint, would add to ours.
-void forgetSettingsOfTheEnvironment() {
+// The ORB reads ORBNAME=VALUE, OMNIORB_CONFIG and OMNIORB_USEHOSTNAME from the environment and has
+// no switch against it. A list setting such as endPoint would be added to the settings below.
+void removeSettingsFromEnvironment() {
   std::vector<std::string> names;
   for (char** entry = environ; *entry != nullptr; ++entry) {
     const std::string text = *entry;
@@ -32,11 +32,11 @@ void forgetSettingsOfTheEnvironment() {
 
 using Settings = std::vector<std::pair<std::string, std::string>>;
 
-// Requests of one connection that are served at the same time; further ones wait.
+// Maximum number of concurrent requests of one connection; further requests wait.
 constexpr std::size_t kRequestsPerConnection = 4;
 
-// Threads serve complete requests and nothing else. There are enough for every connection, so that
-// clients that do not read their replies hold up nobody.
+// A thread of the pool serves complete requests only. The pool has enough threads for every
+// connection, so that a client that does not read its replies delays no other client.
 void addServing(Settings& settings, const Options& options, const std::string& listenAt) {
   using std::chrono::seconds;
   const auto idle = std::chrono::ceil<seconds>(options.idleTimeout);
@@ -51,7 +51,7 @@ void addServing(Settings& settings, const Options& options, const std::string& l
   settings.emplace_back("endPoint", limitedEndpoint(options, listenAt));
 }
 
-// The ORB takes its settings as an array of name and value, ended by a null pair.
+// The ORB takes its settings as an array of name and value, terminated by a null pair.
 CORBA::ORB_ptr initWithSettings(const Settings& settings) {
   const auto table = std::make_unique<const char*[][2]>(settings.size() + 1);
   for (std::size_t i = 0; i < settings.size(); ++i) {
@@ -59,8 +59,8 @@ CORBA::ORB_ptr initWithSettings(const Settings& settings) {
     table[i][1] = settings[i].second.c_str();
   }
   omniORB::setLogFunction(forwardLog);
-  forgetSettingsOfTheEnvironment();
-  // Without a configuration file. The ORB keeps the pointer to its name.
+  removeSettingsFromEnvironment();
+  // An empty name disables the configuration file. The ORB keeps the pointers to the arguments.
   static char configFile[] = "-ORBconfigFile";
   static char none[] = "";
   char* argv[] = {none, configFile, none, nullptr};
@@ -72,24 +72,24 @@ CORBA::ORB_ptr initWithSettings(const Settings& settings) {
 
 CORBA::ORB_ptr initOrb(const Options& options, const std::string& listenAt) {
   const std::string maxMessage = std::to_string(options.maxMessageBytes);
-  // For connecting too, as long as the ORB has no time-out of its own for that.
+  // Limits connecting too, because no separate connect timeout is set.
   const std::string callTimeout = std::to_string(options.callTimeout.count());
   const std::string serveTimeout = std::to_string(options.serveTimeout.count());
   Settings settings = {
       {"giopMaxMsgSize", maxMessage},
       {"clientCallTimeOutPeriod", callTimeout},
       {"serverCallTimeOutPeriod", serveTimeout},
-      // Calls to one peer do not wait for each other: of two consumers in one process one may hang.
+      // Calls to one peer do not wait for each other: one of two consumers in a process may block.
       {"maxGIOPConnectionPerServer", "100"},
-      {"traceTime", "0"},      // whoever receives the log knows the time
+      {"traceTime", "0"},      // the receiver of the log adds the time
       {"traceThreadId", "0"},  // and the thread
 
       {"nativeCharCodeSet", "UTF-8"},
-      // Towards a peer that names none, as the object of a corbaloc does.
+      // Used for a peer whose reference names no code set, such as a corbaloc.
       {"defaultCharCodeSet", "UTF-8"},
   };
   if (listenAt.empty()) {
-    // A client listens too, but only if something of it is ever served.
+    // A client listens only when it activates an object.
     settings.emplace_back("endPoint", "giop:tcp:127.0.0.1:");
   } else {
     addServing(settings, options, listenAt);

@@ -1,4 +1,4 @@
-// The settings with which the ORB is started.
+// Initialisation of the ORB with its settings.
 
 #ifndef ORB_OMNIORB_SETTINGS_H
 #define ORB_OMNIORB_SETTINGS_H
@@ -9,8 +9,8 @@
 
 namespace orb {
 
-// A new ORB for the caller; listens at "HOST:PORT", or at a free port of the loopback interface
-// when that is empty. Throws CORBA::SystemException.
+// Returns a new ORB, owned by the caller. The ORB will listen at "HOST:PORT", or at a free port of
+// the loopback interface if `listenAt` is empty. Throws CORBA::SystemException.
 CORBA::ORB_ptr initOrb(const Options& options, const std::string& listenAt);
 
 }  // namespace orb

@@ -1,4 +1,4 @@
-// The size of values.
+// Encoded size of values.
 
 #include "orb/orb.h"
 
@@ -6,7 +6,7 @@
 
 namespace orb {
 
-// The counting stream takes its code sets from a memory stream, because it has no default ones.
+// A counting stream has no default code sets, so they are taken from a memory stream.
 std::size_t encodedBytes(const CORBA::Any& value) {
   const cdrMemoryStream codeSets;
   cdrCountingStream stream(codeSets.TCS_C(), codeSets.TCS_W());

@@ -21,8 +21,10 @@
 namespace orb {
 namespace {
 
-// Stands at a key for the servant that is published there, so that one servant can come and go
-// while the others of the same POA serve on.
+// The servant in the POA at a fixed key. Forwards requests to the published servant, so that a
+// servant can be replaced while other objects of the same POA stay in service.
+//
+// Thread-safety: any thread; open() and close() by one thread at a time.
 class Gate final : public PortableServer::ServantBase {
  public:
   void open(PortableServer::ServantBase* servant, RequestGuard guard) {
@@ -33,7 +35,7 @@ class Gate final : public PortableServer::ServantBase {
     type_ = servant->_mostDerivedRepoId();
   }
 
-  // Returns when no request is running.
+  // Rejects new requests and returns when no request is running.
   void close() {
     const PortableServer::ServantBase_var servant = refuse();
     waitUntilIdle();
@@ -41,32 +43,32 @@ class Gate final : public PortableServer::ServantBase {
   }
 
   _CORBA_Boolean _dispatch(omniCallHandle& call) override {
-    Passage passage(*this, call.iop_s());
-    const std::shared_ptr<void> token = admit(call, passage);
-    // First what its interface has, then what every object has.
-    return passage.servant->_dispatch(call) || passage.servant->omniServant::_dispatch(call);
+    RunningRequest running(*this, call.iop_s());
+    const std::shared_ptr<void> token = admit(call, running);
+    // The operations of the interface first, then the implicit operations of every object.
+    return running.servant->_dispatch(call) || running.servant->omniServant::_dispatch(call);
   }
 
-  // Of the servant that was there last: references that are made of this object carry it.
+  // The type of the latest servant, which new references to this object contain.
   const char* _mostDerivedRepoId() override {
     const std::lock_guard<std::mutex> lock(mutex_);
     return type_.c_str();
   }
 
-  // Calls from within the process come through here too.
+  // Null, so that local calls are dispatched by _dispatch() too.
   void* _ptrToInterface(const char*) override { return nullptr; }
 
  private:
-  // Counts as running from here on. The guard changes only while nothing is running.
-  struct Passage {
-    Passage(Gate& passed, omni::IOP_S* call) : gate(passed), request(call) {
+  // Registers a running request for its lifetime. While a request runs, guard_ does not change.
+  struct RunningRequest {
+    RunningRequest(Gate& passed, omni::IOP_S* call) : gate(passed), request(call) {
       const std::lock_guard<std::mutex> lock(gate.mutex_);
       gate.checkOpen();
       servant = gate.servant_;
       gate.running_.insert(this);
     }
 
-    ~Passage() {
+    ~RunningRequest() {
       const std::lock_guard<std::mutex> lock(gate.mutex_);
       gate.running_.erase(this);
       if (gate.running_.empty()) {
@@ -74,11 +76,11 @@ class Gate final : public PortableServer::ServantBase {
       }
     }
 
-    Passage(const Passage&) = delete;
-    Passage& operator=(const Passage&) = delete;
+    RunningRequest(const RunningRequest&) = delete;
+    RunningRequest& operator=(const RunningRequest&) = delete;
 
     Gate& gate;
-    omni::IOP_S* const request;  // null for a call from within the process
+    omni::IOP_S* const request;  // null for a local call
     PortableServer::ServantBase* servant = nullptr;
     bool admitted = false;  // guarded by the gate's mutex
   };
@@ -101,11 +103,11 @@ class Gate final : public PortableServer::ServantBase {
     idle_.wait(lock, isIdle);
   }
 
-  // False while the guard holds up the request.
+  // False while the guard blocks the request.
   bool waitsForItsClient(omni::GIOP_S& request) {
     const std::lock_guard<std::mutex> lock(mutex_);
-    return std::any_of(running_.begin(), running_.end(), [&request](const Passage* passage) {
-      return passage->request == &request && passage->admitted;
+    return std::any_of(running_.begin(), running_.end(), [&request](const RunningRequest* running) {
+      return running->request == &request && running->admitted;
     });
   }
 
@@ -115,16 +117,16 @@ class Gate final : public PortableServer::ServantBase {
     std::swap(guard, guard_);  // destroyed after the lock
   }
 
-  // A gate that was closed while the guard made the request wait does not let it through.
-  std::shared_ptr<void> admit(omniCallHandle& call, Passage& passage) {
+  // Rejects the request if the gate was closed while the guard blocked.
+  std::shared_ptr<void> admit(omniCallHandle& call, RunningRequest& running) {
     std::shared_ptr<void> token = guard_ ? guard_(requestOf(call)) : nullptr;
     const std::lock_guard<std::mutex> lock(mutex_);
     checkOpen();
-    passage.admitted = true;
+    running.admitted = true;
     return token;
   }
 
-  // REQUIRES: mutex_ is held.
+  // REQUIRES: mutex_ is locked.
   void checkOpen() const {
     if (servant_ == nullptr) {
       throw CORBA::TRANSIENT(omni::TRANSIENT_POANoResource, CORBA::COMPLETED_NO);
@@ -136,11 +138,11 @@ class Gate final : public PortableServer::ServantBase {
   PortableServer::ServantBase* servant_ = nullptr;  // guarded by mutex_, null while closed
   std::string type_;                                // guarded by mutex_, constant while open
   RequestGuard
-      guard_;  // changed under mutex_ while nothing is running, so that a request may read it
-  std::set<const Passage*> running_;  // guarded by mutex_
+      guard_;  // changes only under mutex_ while no request runs; a request reads it unlocked
+  std::set<const RunningRequest*> running_;  // guarded by mutex_
 };
 
-// In the POA whose object keys are the bare object ids, as corbaloc references have them.
+// An object in the POA whose object keys are the bare object ids, as a corbaloc needs.
 class InsObject final : public WellKnownObject {
  public:
   InsObject(CORBA::ORB_ptr orb, const std::string& key)
@@ -157,7 +159,7 @@ class InsObject final : public WellKnownObject {
     try {
       poa_->deactivate_object(id_.in());
     } catch (const CORBA::Exception&) {
-      // The ORB is going down already and has forgotten the object with its POA.
+      // The ORB has ended and has destroyed the POA.
     }
   }
 

@@ -1,4 +1,4 @@
-// Objects at keys of their own choosing.
+// Objects with fixed object keys.
 
 #ifndef ORB_OMNIORB_WELLKNOWN_H
 #define ORB_OMNIORB_WELLKNOWN_H
@@ -10,6 +10,7 @@
 
 namespace orb {
 
+// See Server::wellKnownObject().
 std::unique_ptr<WellKnownObject> makeWellKnownObject(CORBA::ORB_ptr orb, const std::string& key);
 
 }  // namespace orb

@@ -147,7 +147,7 @@ class IncomingTransport final : public TAO_IIOP_Transport {
     request_.reset();
     idleUntil_ = after(Clock::now(), connections_->options().idleTimeout);
     while (!connections_->isClosing()) {
-      const Assembler::Taken taken =
+      const Assembler::Progress taken =
           assembler_.take(buffer_.data() + begin_, end_ - begin_, Clock::now());
       begin_ += taken.bytes;
       if (assembler_.isComplete()) {
@@ -189,14 +189,14 @@ class IncomingTransport final : public TAO_IIOP_Transport {
   }
 
   bool giveUp() const {
-    if (assembler_.begun()) {
+    if (assembler_.incompleteSince()) {
       connections_->noteIncomplete();
     }
     return false;
   }
 
   std::optional<Clock::time_point> deadline() const {
-    const std::optional<Assembler::Time> begun = assembler_.begun();
+    const std::optional<Assembler::Time> begun = assembler_.incompleteSince();
     return begun ? after(*begun, connections_->options().serveTimeout) : idleUntil_;
   }
 

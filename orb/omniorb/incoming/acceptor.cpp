@@ -37,7 +37,7 @@ Acceptor::Outcome Acceptor::accept(int& accepted) {
   if (accepted >= 0) {
     return Outcome::kAccepted;
   }
-  // Other errors are those of a connection that is gone already.
+  // All other errors mean that the client has closed the connection.
   return isOutOfResources(errno) ? refuse() : Outcome::kNone;
 }
 

@@ -1,25 +1,25 @@
-// The listening socket.
+// Accepting connections on a listening socket.
 
 #ifndef ORB_OMNIORB_INCOMING_ACCEPTOR_H
 #define ORB_OMNIORB_INCOMING_ACCEPTOR_H
 
 namespace orb {
 
-// Accepts connections, also when file descriptors have run out: then a descriptor that is kept in
-// reserve serves to accept and close them, so that clients do not hang and the socket does not stay
-// readable.
+// Accepts connections, and refuses connections when the process has no file descriptor left. A
+// reserved descriptor is then used to accept and close a connection, so that its client does not
+// block and the listening socket does not stay readable.
 //
-// Thread-safety: none.
+// Thread-safety: none. Failures are returned as an Outcome.
 class Acceptor {
  public:
   enum class Outcome {
     kAccepted,
-    kNone,     // nobody waits
-    kRefused,  // no descriptor was left, the connection was closed
-    kFailed,   // no descriptor was left, the connection still waits
+    kNone,     // no connection is pending
+    kRefused,  // no descriptor was left; the connection was closed
+    kFailed,   // no descriptor was left; the connection is still pending
   };
 
-  // Owns the socket, which does not block. REQUIRES: it listens.
+  // Takes ownership of the socket. REQUIRES: a non-blocking socket that listens.
   explicit Acceptor(int socket);
   ~Acceptor();
   Acceptor(const Acceptor&) = delete;
@@ -27,7 +27,7 @@ class Acceptor {
 
   int socket() const { return socket_; }
 
-  // The accepted socket is the caller's.
+  // Stores the new socket in `accepted` for kAccepted; the caller owns the socket.
   Outcome accept(int& accepted);
 
  private:

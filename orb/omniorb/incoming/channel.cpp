@@ -131,15 +131,15 @@ std::optional<Channel::RefusedRequest> Channel::refusedRequest() const {
   return RefusedRequest{request->refused->operation, request->declaredBytes};
 }
 
-std::optional<Channel::Time> Channel::begun() const {
+std::optional<Channel::Time> Channel::incompleteSince() const {
   const std::lock_guard<std::mutex> lock(mutex_);
-  return selectable_ ? assembler_.begun() : std::nullopt;
+  return selectable_ ? assembler_.incompleteSince() : std::nullopt;
 }
 
-// What is left over from the last time goes first.
+// Assembles the rest of the previous call first.
 void Channel::receive(char* scratch, std::size_t scratchBytes, Time now, bool& starved) {
   const std::string rest = std::exchange(rest_, {});
-  Assembler::Taken taken = assemble(rest.data(), rest.size(), now);
+  Assembler::Progress taken = assemble(rest.data(), rest.size(), now);
   if (!isReady() && !taken.starved) {
     const ssize_t count = ::recv(socket_, scratch, scratchBytes, MSG_DONTWAIT);
     if (count > 0) {
@@ -151,8 +151,8 @@ void Channel::receive(char* scratch, std::size_t scratchBytes, Time now, bool& s
   starved = taken.starved;
 }
 
-Assembler::Taken Channel::assemble(const char* bytes, std::size_t count, Time now) {
-  const Assembler::Taken taken = assembler_.take(bytes, count, now);
+Assembler::Progress Channel::assemble(const char* bytes, std::size_t count, Time now) {
+  const Assembler::Progress taken = assembler_.take(bytes, count, now);
   rest_.assign(bytes + taken.bytes, count - taken.bytes);
   ended_ = ended_ || !taken.valid;
   return taken;

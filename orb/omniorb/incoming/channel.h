@@ -1,4 +1,4 @@
-// An incoming connection between the thread that reads from it and those that serve its requests.
+// Hand-over of requests from the reading thread to the serving threads.
 
 #ifndef ORB_OMNIORB_INCOMING_CHANNEL_H
 #define ORB_OMNIORB_INCOMING_CHANNEL_H
@@ -16,35 +16,39 @@
 
 namespace orb {
 
-// Wakes the reading thread.
+// Schedules work of the reading thread. An interface, so that tests of Channel need no epoll.
 //
-// Thread-safety: any thread; called under a channel's lock.
+// Thread-safety: any thread. Called under the lock of a channel.
 class Watcher {
  public:
   using Id = std::uint64_t;
 
   virtual ~Watcher() = default;
 
-  // Has the channel attended to once, when its socket is readable.
+  // Schedules one Channel::attend() when the socket becomes readable.
   virtual void watch(Id id, int socket) = 0;
 
-  // Has the channel attended to soon.
+  // Schedules one Channel::attend() now.
   virtual void attend(Id id) = 0;
 
  protected:
   Watcher() = default;
 };
 
-// A socket of which complete requests are read. While the channel is selectable the reading thread
-// receives and assembles; a complete request, or the end of the connection, makes the channel
-// ready and no longer selectable until a serving thread asks for the next request.
+// The receiving side of a connection. A channel is in one of two states:
+// - selectable: the reading thread receives bytes and assembles requests. A complete request, or
+// the
+//   end of the connection, ends this state and is reported to the serving side.
+// - not selectable: a serving thread reads the request, until setSelectable() requests the next
+// one.
 //
-// Thread-safety: any thread, but attend() from the reading thread alone.
+// Thread-safety: any thread; attend() by the reading thread only. Errors of the socket appear as
+// the end of the connection.
 class Channel {
  public:
   using Time = Assembler::Time;
 
-  // Owns the socket. REQUIRES: watcher, limits and budget outlive this.
+  // Takes ownership of the socket. REQUIRES: watcher, limits and budget outlive the channel.
   Channel(Watcher::Id id, int socket, Watcher& watcher, const RequestLimits& limits,
           ReceiveBudget& budget)
       : id_(id), socket_(socket), watcher_(watcher), assembler_(limits, budget) {}
@@ -54,23 +58,23 @@ class Channel {
 
   int socket() const { return socket_; }
 
-  // Serving threads.
+  // Functions for serving threads:
 
-  // Reads from the oldest complete request, and never beyond its end. Waits until the deadline when
-  // there is none; no deadline: without limit. 0: the deadline has passed; -1: the connection is at
-  // its end.
+  // Reads up to `count` bytes of the oldest complete request, and never beyond its end. Without a
+  // request, waits until the deadline, or forever without a deadline. Returns the number of bytes,
+  // 0 after the deadline, -1 at the end of the connection.
   int read(char* to, std::size_t count,
            std::optional<std::chrono::system_clock::time_point> deadline);
 
-  // Whether the request that was read last was refused for its size. For the thread that read it,
-  // before another thread may read from the channel.
+  // Whether the latest request was refused for its size. REQUIRES: called by the thread that read
+  // the request, before setSelectable().
   bool isRefused() const;
 
   void setSelectable();
 
-  // The calling thread serves the channel no longer. When it was to read on and did not make the
-  // channel selectable, the rest of its request cannot be read any more: the connection is shut
-  // down and ready, so that the serving side finds its end.
+  // The calling thread stops serving the channel. If the thread has begun to read and has not
+  // called setSelectable(), the rest of the request is lost: the connection is shut down, and its
+  // end is reported to the serving side.
   void leave();
 
   // Returns when no notification of the channel is running.
@@ -81,12 +85,13 @@ class Channel {
   // Ends the connection in both directions.
   void shutDown();
 
-  // The reading thread.
+  // Functions for the reading thread:
 
   enum class State { kWaiting, kReady, kStarved };
 
-  // Receives and assembles once. kReady: the serving side is to be notified, and finishNotification
-  // to be called then. kStarved: the memory for receiving is used up, attend again later.
+  // Receives and assembles once. After kReady the caller notifies the serving side, then calls
+  // finishNotification(). After kStarved the receive budget is exhausted and the caller retries
+  // later.
   State attend(char* scratch, std::size_t scratchBytes, Time now);
   void finishNotification();
 
@@ -98,13 +103,14 @@ class Channel {
   // The next request, if it was refused for its size.
   std::optional<RefusedRequest> refusedRequest() const;
 
-  // When the oldest incomplete message began, if the channel waits for the rest.
-  std::optional<Time> begun() const;
+  // Arrival time of the oldest incomplete message, if the channel waits for the rest.
+  std::optional<Time> incompleteSince() const;
 
  private:
   void shutDownLocked();
+  // Whether a request, or the end of the connection, can be reported.
   bool isReady() const { return assembler_.isComplete() || ended_ || shutDown_; }
-  Assembler::Taken assemble(const char* bytes, std::size_t count, Time now);
+  Assembler::Progress assemble(const char* bytes, std::size_t count, Time now);
   void receive(char* scratch, std::size_t scratchBytes, Time now, bool& starved);
 
   const Watcher::Id id_;
@@ -115,13 +121,13 @@ class Channel {
   std::condition_variable changed_;
   // Guarded by mutex_.
   Assembler assembler_;
-  std::string rest_;  // received and not assembled, because a request was complete
-  std::optional<Assembler::Request> current_;  // that is being read
-  bool refused_ = false;                       // the request that was read last
-  std::thread::id reader_;  // the thread that reads, until it makes the channel selectable
+  std::string rest_;                           // received bytes after a complete request
+  std::optional<Assembler::Request> current_;  // the request in read()
+  bool refused_ = false;                       // whether the latest request was refused
+  std::thread::id reader_;                     // the thread between read() and setSelectable()
   bool selectable_ = false;
-  bool notifying_ = false;
-  bool ended_ = false;  // nothing more is to be received
+  bool notifying_ = false;  // from kReady until finishNotification()
+  bool ended_ = false;      // end of the stream, or invalid bytes
   bool shutDown_ = false;
 };
 

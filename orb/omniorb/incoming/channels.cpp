@@ -11,7 +11,7 @@
 namespace orb {
 namespace {
 
-// Ids of what is no connection.
+// Ids of the descriptors that are not connections.
 constexpr Watcher::Id kListening = 0;
 constexpr Watcher::Id kWakeUp = 1;
 
@@ -54,7 +54,7 @@ void Channels::attend(Id id) {
 
 void Channels::wake() const {
   const std::uint64_t once = 1;
-  // The only failure is a counter that is at its end, which wakes as well.
+  // write() fails only for a counter at its maximum, and then the descriptor is readable anyway.
   static_cast<void>(!::write(wakeUp_, &once, sizeof once));
 }
 
@@ -128,7 +128,7 @@ void Channels::control(int operation, int socket, unsigned events, Id id) const 
   epoll_event event{};
   event.events = events;
   event.data.u64 = id;
-  // Fails only for a socket that is not watched, and for want of memory: then ADD.
+  // Fails for an unwatched socket and, on ADD, for lack of memory; the channel is then not watched.
   static_cast<void>(::epoll_ctl(epoll_, operation, socket, &event));
 }
 

@@ -1,4 +1,4 @@
-// All incoming connections of an endpoint.
+// The channels of an endpoint.
 
 #ifndef ORB_OMNIORB_INCOMING_CHANNELS_H
 #define ORB_OMNIORB_INCOMING_CHANNELS_H
@@ -22,26 +22,28 @@ namespace orb {
 struct ChannelLimits {
   RequestLimits requests;
   std::size_t connections = 0;
-  std::chrono::milliseconds requestTime{0};  // from a request's first byte to its last; 0: none
+  std::chrono::milliseconds requestTime{
+      0};  // from the first byte of a request to its last; 0: none
 };
 
-// The channels of the open connections, and what the reading thread waits for.
+// The channels of the open connections and the epoll instance of the reading thread.
 //
-// Thread-safety: any thread, but wait(), add() and listen() from the reading thread alone.
+// Thread-safety: any thread; wait(), add() and listen() by the reading thread only.
 class Channels final : public Watcher {
  public:
   struct Entry {
     std::shared_ptr<Channel> channel;
-    omni::giopConnection* connection = nullptr;  // lives at least as long as it is selectable
+    omni::giopConnection* connection = nullptr;  // borrowed, valid while selectable
   };
 
-  // What happened while the reading thread waited.
+  // The result of wait().
   struct Events {
-    bool incoming = false;  // connections can be accepted
+    bool incoming = false;  // a connection can be accepted
     std::vector<Id> toAttend;
   };
 
-  // Borrows the listening socket. Throws std::system_error.
+  // Borrows the listening socket. `budgetBytes` is the memory for incomplete requests of all
+  // channels. Throws std::system_error.
   Channels(const RequestLimits& limits, std::size_t budgetBytes, int listeningSocket);
   ~Channels() override;
   Channels(const Channels&) = delete;
@@ -50,24 +52,24 @@ class Channels final : public Watcher {
   void watch(Id id, int socket) override;
   void attend(Id id) override;
 
-  // Ends the present wait, or the next one.
+  // Makes the current call of wait(), or the next call, return.
   void wake() const;
 
   std::size_t size() const;
 
-  // Owns the socket from now on. Throws std::bad_alloc and leaves the socket to the caller then.
+  // Takes ownership of the socket. On std::bad_alloc the caller keeps the socket.
   std::pair<Watcher::Id, std::shared_ptr<Channel>> add(int socket);
   void connect(Id id, omni::giopConnection* connection);
   void remove(Id id);
 
-  // Empty: removed already.
+  // Returns an empty entry for a removed channel.
   Entry find(Id id) const;
   std::vector<std::pair<Id, Entry>> all() const;
 
   // Whether wait() reports incoming connections.
   void listen(bool on);
 
-  // Waits no longer than so many milliseconds; -1: without limit.
+  // Waits for events for at most `milliseconds`; -1: no limit.
   Events wait(int milliseconds);
 
  private:

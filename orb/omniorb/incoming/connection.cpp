@@ -38,13 +38,13 @@ char* ownAddress(int socket) {
   return omni::tcpSocket::addrToURI(general, kTransport);
 }
 
-bool isGoodbye(const void* bytes, std::size_t count) {
+bool isCloseConnection(const void* bytes, std::size_t count) {
   constexpr std::size_t kTypeOffset = 7;
   return count == giop::kHeaderBytes && static_cast<const char*>(bytes)[kTypeOffset] ==
                                             static_cast<char>(giop::Type::kCloseConnection);
 }
 
-// Whether there is room for writing before the deadline.
+// Returns false if the socket is not writable before the deadline.
 bool waitForRoom(int socket, const std::optional<SystemTime>& deadline) {
   using std::chrono::milliseconds;
   for (;;) {
@@ -76,7 +76,7 @@ Connection::~Connection() {
 
 int Connection::Send(void* bytes, std::size_t count, const omni_time_t& deadline) {
   const std::optional<SystemTime> end =
-      isGoodbye(bytes, count) ? SystemTime::min() : timeOf(deadline);
+      isCloseConnection(bytes, count) ? SystemTime::min() : timeOf(deadline);
   for (;;) {
     const ssize_t sent = ::send(channel_->socket(), bytes, count, MSG_DONTWAIT | MSG_NOSIGNAL);
     if (sent > 0) {
@@ -109,7 +109,7 @@ const char* Connection::peeraddress() {
 }
 
 void Connection::setSelectable(int now, _CORBA_Boolean /*dataInBuffer*/) {
-  constexpr int kThreadEnds = 2;  // the connection is to be watched if it is selectable
+  constexpr int kThreadEnds = 2;  // the ORB's code for a thread that stops serving
   if (now == kThreadEnds) {
     channel_->leave();
   } else {
@@ -122,10 +122,10 @@ void Connection::clearSelectable() {
 }
 
 _CORBA_Boolean Connection::isSelectable() {
-  return true;  // every socket is
+  return true;  // true for every socket
 }
 
-// Threads do not stay to watch a connection.
+// Serving threads do not wait for further requests.
 _CORBA_Boolean Connection::Peek() {
   return false;
 }

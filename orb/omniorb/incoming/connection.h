@@ -1,4 +1,4 @@
-// The ORB's view of an incoming connection.
+// The ORB's interface to a channel.
 
 #ifndef ORB_OMNIORB_INCOMING_CONNECTION_H
 #define ORB_OMNIORB_INCOMING_CONNECTION_H
@@ -16,14 +16,18 @@
 
 namespace orb {
 
-// Owned by the ORB, which deletes it when the connection is at its end.
+// An incoming connection: reads complete requests from a Channel and writes to its socket.
+//
+// Ownership: the ORB deletes the object at the end of the connection. Thread-safety: any thread, as
+// far as the ORB's interface allows. Errors are returned as -1, timeouts as 0.
 class Connection final : public omni::giopConnection {
  public:
-  // `released` is called by the destructor, and keeps alive what the channel refers to.
+  // The destructor calls `released`, whose captures keep alive the objects that the channel
+  // borrows.
   Connection(std::shared_ptr<Channel> channel, std::function<void()> released);
 
-  // Waits for room in the buffers of the connection no longer than until the deadline, and not at
-  // all to say goodbye: the ORB does that with its locks held.
+  // Waits for space in the socket buffer until the deadline. CloseConnection messages do not wait,
+  // because the ORB sends them under its locks.
   int Send(void* bytes, std::size_t count, const omni_time_t& deadline) override;
   int Recv(void* bytes, std::size_t count, const omni_time_t& deadline) override;
   void Shutdown() override;
@@ -34,7 +38,7 @@ class Connection final : public omni::giopConnection {
   _CORBA_Boolean isSelectable() override;
   _CORBA_Boolean Peek() override;
 
-  // Whether the request that is being dispatched was refused for its size.
+  // Whether the request in dispatch was refused for its size.
   bool isRefused() const { return channel_->isRefused(); }
 
  private:

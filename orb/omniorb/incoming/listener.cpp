@@ -16,8 +16,8 @@ namespace orb {
 namespace {
 
 constexpr const char* kTransport = "giop:tcp";
-// Received from one connection before the others have their turn: bounds the messages of the
-// shortest kind that they wait for.
+// Bytes received from one connection before the next connection is read. Small, because this number
+// bounds how many messages of minimal size the other connections wait for.
 constexpr std::size_t kScratchBytes = 4096;
 constexpr std::chrono::milliseconds kAcceptPause{100};
 constexpr std::chrono::milliseconds kStarvedPause{20};
@@ -39,7 +39,7 @@ const omni::orbServer::EndpointList* Listener::addresses() const {
   return &addresses_;
 }
 
-// The first address alone, whatever the ORB is configured to publish.
+// Publishes the first address only and ignores the publish settings of the ORB.
 _CORBA_Boolean Listener::publish(const omni::orbServer::PublishSpecs& /*specs*/,
                                  _CORBA_Boolean /*allSpecs*/, _CORBA_Boolean /*allEndpoints*/,
                                  omni::orbServer::EndpointList& published) {
@@ -82,7 +82,8 @@ _CORBA_Boolean Listener::Bind() {
 omni::giopConnection* Listener::AcceptAndMonitor(omni::giopConnection::notifyReadable_t notify,
                                                  void* cookie) {
   while (!poked_) {
-    const Channels::Events events = channels_->wait(patience(std::chrono::steady_clock::now()));
+    const Channels::Events events =
+        channels_->wait(millisecondsToNextTimer(std::chrono::steady_clock::now()));
     const Time now = std::chrono::steady_clock::now();
     for (const Watcher::Id id : events.toAttend) {
       attend(id, notify, cookie, now);
@@ -90,7 +91,7 @@ omni::giopConnection* Listener::AcceptAndMonitor(omni::giopConnection::notifyRea
     for (const Watcher::Id id : std::exchange(starved_, {})) {
       attend(id, notify, cookie, now);
     }
-    doWhatIsDue(now);
+    runTimers(now);
     if (events.incoming) {
       if (omni::giopConnection* const connection = accept(now)) {
         return connection;
@@ -169,31 +170,31 @@ void Listener::attend(Watcher::Id id, omni::giopConnection::notifyReadable_t not
   } else if (state == Channel::State::kStarved) {
     starved_.push_back(id);
   }
-  noteExpiry(entry.channel->begun());
+  scheduleExpiry(entry.channel->incompleteSince());
 }
 
-void Listener::noteExpiry(std::optional<Time> begun) {
-  if (begun && limits_.requestTime.count() > 0) {
-    const Time expiry = *begun + limits_.requestTime;
+void Listener::scheduleExpiry(std::optional<Time> incompleteSince) {
+  if (incompleteSince && limits_.requestTime.count() > 0) {
+    const Time expiry = *incompleteSince + limits_.requestTime;
     nextExpiry_ = nextExpiry_ ? std::min(*nextExpiry_, expiry) : expiry;
   }
 }
 
-// Shuts down the connections whose request takes too long.
+// Shuts down the connections whose request exceeds the request time.
 void Listener::expire(Time now) {
   nextExpiry_.reset();
   for (const auto& [id, entry] : channels_->all()) {
-    const std::optional<Time> begun = entry.channel->begun();
-    if (begun && *begun + limits_.requestTime <= now) {
+    const std::optional<Time> since = entry.channel->incompleteSince();
+    if (since && *since + limits_.requestTime <= now) {
       limitLog_.requestIncomplete(now);
       entry.channel->shutDown();
     } else {
-      noteExpiry(begun);
+      scheduleExpiry(since);
     }
   }
 }
 
-void Listener::doWhatIsDue(Time now) {
+void Listener::runTimers(Time now) {
   if (resumeAccept_ && *resumeAccept_ <= now) {
     resumeAccept_.reset();
     channels_->listen(true);
@@ -204,7 +205,7 @@ void Listener::doWhatIsDue(Time now) {
   limitLog_.endEpisodes(now);
 }
 
-int Listener::patience(Time now) const {
+int Listener::millisecondsToNextTimer(Time now) const {
   std::optional<Time> next;
   const auto consider = [&next](std::optional<Time> time) {
     if (time) {

@@ -24,13 +24,14 @@
 
 namespace orb {
 
-// One thread of the ORB runs AcceptAndMonitor and does all reading; it never waits for a client.
-// Further threads are only used while complete requests are served.
+// One thread of the ORB runs AcceptAndMonitor() and reads from all connections without blocking on
+// a client. Further threads only serve complete requests.
 //
-// Connections over the limit are closed when they are accepted, and connections whose request is
-// not complete in time are shut down. Each kind of refusal is logged at its beginning and its end.
+// A connection over the limit is closed after accept. A connection whose request is not complete
+// within the request time is shut down. LimitLog logs both.
 //
-// Owned by the ORB, which ends its life with Shutdown.
+// Ownership: the ORB owns the object and destroys it with Shutdown(). Thread-safety: Poke() on any
+// thread, all other functions as the ORB calls them.
 class Listener final : public omni::giopEndpoint {
  public:
   Listener(std::string address, const ChannelLimits& limits);
@@ -56,10 +57,10 @@ class Listener final : public omni::giopEndpoint {
   omni::giopConnection* admit(int socket, Time now);
   void attend(Watcher::Id id, omni::giopConnection::notifyReadable_t notify, void* cookie,
               Time now);
-  void noteExpiry(std::optional<Time> begun);
+  void scheduleExpiry(std::optional<Time> incompleteSince);
   void expire(Time now);
-  void doWhatIsDue(Time now);
-  int patience(Time now) const;
+  void runTimers(Time now);
+  int millisecondsToNextTimer(Time now) const;
 
   const std::string parameter_;
   const ChannelLimits limits_;
@@ -68,10 +69,10 @@ class Listener final : public omni::giopEndpoint {
   std::shared_ptr<Channels> channels_;
   std::atomic<bool> poked_{false};
 
-  // Of the thread in AcceptAndMonitor.
-  std::optional<Time> nextExpiry_;    // no request is incomplete for too long before
-  std::optional<Time> resumeAccept_;  // no value: connections are accepted
-  std::vector<Watcher::Id> starved_;  // to be attended to again
+  // Used by the thread in AcceptAndMonitor() only.
+  std::optional<Time> nextExpiry_;    // a lower bound of the times at which a request expires
+  std::optional<Time> resumeAccept_;  // end of a pause in accepting; no value: no pause
+  std::vector<Watcher::Id> starved_;  // channels to retry when the receive budget may have space
   LimitLog limitLog_{writeLog};
   std::string scratch_;
 };

@@ -18,7 +18,7 @@ namespace {
 
 constexpr const char* kType = "giop:limited";
 
-// Clients see TCP; only the listening side is of its own kind.
+// Delegates to the TCP transport of the ORB, except for listening endpoints.
 class Transport final : public omni::giopTransportImpl {
  public:
   Transport() : giopTransportImpl(kType) {}

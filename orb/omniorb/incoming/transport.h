@@ -9,8 +9,9 @@
 
 namespace orb {
 
-// The ORB's name of an endpoint at "HOST:PORT" that keeps to the limits of the options. Those of
-// the last call hold for endpoints that the ORB opens. Before the ORB is initialised.
+// Returns the ORB's name for an endpoint at "HOST:PORT" with the limits of the options. The limits
+// of the latest call apply to endpoints that the ORB opens. REQUIRES: the ORB is not initialised
+// yet.
 std::string limitedEndpoint(const Options& options, const std::string& listenAt);
 
 }  // namespace orb

@@ -139,14 +139,14 @@ TEST_F(ReceivingChannel, HasNoMessageThatBeganWhileARequestIsServed) {
   send(request_ + request_.substr(0, 3));
   channel_->setSelectable();
   EXPECT_EQ(State::kReady, attend());
-  EXPECT_EQ(std::nullopt, channel_->begun());
+  EXPECT_EQ(std::nullopt, channel_->incompleteSince());
   channel_->finishNotification();
   EXPECT_EQ(request_, read(10000));
   channel_->setSelectable();
   EXPECT_EQ(State::kWaiting, attend());
-  EXPECT_EQ(kNow, channel_->begun());
+  EXPECT_EQ(kNow, channel_->incompleteSince());
   channel_->clearSelectable();
-  EXPECT_EQ(std::nullopt, channel_->begun());
+  EXPECT_EQ(std::nullopt, channel_->incompleteSince());
 }
 
 TEST_F(ReceivingChannel, ClosesItsSocketAtItsEnd) {

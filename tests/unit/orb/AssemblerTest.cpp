@@ -49,7 +49,8 @@ class AssembledRequests : public testing::Test {
   std::vector<std::string> take(const std::string& bytes) {
     std::vector<std::string> complete;
     for (std::size_t at = 0; at < bytes.size() && valid_;) {
-      const Assembler::Taken taken = assembler_.take(bytes.data() + at, bytes.size() - at, kStart);
+      const Assembler::Progress taken =
+          assembler_.take(bytes.data() + at, bytes.size() - at, kStart);
       at += taken.bytes;
       valid_ = taken.valid;
       if (assembler_.isComplete()) {
@@ -109,7 +110,7 @@ TEST_F(AssembledRequests, AreForgottenWhenTheyAreCancelled) {
   EXPECT_EQ(Strings{}, take(request(1, "a", true).bytes() + cancellation(1).bytes() +
                             fragment(1, "1", true).bytes()));
   EXPECT_TRUE(valid_);
-  EXPECT_EQ(std::nullopt, assembler_.begun());
+  EXPECT_EQ(std::nullopt, assembler_.incompleteSince());
 }
 
 TEST_F(AssembledRequests, OverTheLimitAreRefusedByTheirHeader) {
@@ -140,7 +141,7 @@ TEST_F(AssembledRequests, AreRefusedForTheSumOfTheirFragments) {
   EXPECT_EQ(Strings{"refused a " + std::to_string(sum)},
             take(first + fragment(1, piece, false).bytes() + fragment(1, piece, false).bytes() +
                  fragment(1, piece, false).bytes()));
-  EXPECT_NE(std::nullopt, assembler_.begun()) << "its last fragment is to come";
+  EXPECT_NE(std::nullopt, assembler_.incompleteSince()) << "its last fragment is to come";
   EXPECT_EQ(Strings{request(2, "b", false).bytes()},
             take(fragment(1, piece, true).bytes() + request(2, "b", false).bytes()));
 }
@@ -189,7 +190,7 @@ TEST_F(AssembledRequests, TakeNoMemoryThatWasNotReceived) {
 TEST_F(AssembledRequests, WaitForMemoryOfTheOthers) {
   ASSERT_TRUE(budget_.take(kLargeLimit));
   const std::string bytes = request(1, "large", false).raw(std::string(200000, 'x')).bytes();
-  const Assembler::Taken taken = assembler_.take(bytes.data(), bytes.size(), kStart);
+  const Assembler::Progress taken = assembler_.take(bytes.data(), bytes.size(), kStart);
   EXPECT_TRUE(taken.starved);
   EXPECT_EQ(orb::Chunks::kChunk, taken.bytes);
   budget_.give(kLargeLimit);
@@ -207,7 +208,7 @@ TEST_F(AssembledRequests, GiveTheirMemoryBackWhenTheyAreRead) {
 TEST_F(AssembledRequests, GiveTheirMemoryBackWhenTheyAreRefused) {
   take(request(1, "large", true).bytes() + fragment(1, std::string(500000, 'x'), false).bytes() +
        fragment(1, std::string(600000, 'x'), false).bytes());
-  EXPECT_NE(std::nullopt, assembler_.begun()) << "its last fragment is to come";
+  EXPECT_NE(std::nullopt, assembler_.incompleteSince()) << "its last fragment is to come";
   EXPECT_TRUE(budget_.take(kLargeLimit));
 }
 
@@ -235,18 +236,18 @@ TEST_F(AssembledRequests, GiveTheirMemoryBackWhenOthersTakeTheirPlace) {
 }
 
 TEST_F(AssembledRequests, BeginWithTheirFirstByte) {
-  EXPECT_EQ(std::nullopt, assembler_.begun());
+  EXPECT_EQ(std::nullopt, assembler_.incompleteSince());
   const std::string first = request(1, "a", true).bytes();
   assembler_.take(first.data(), 1, kStart + seconds(1));
-  EXPECT_EQ(kStart + seconds(1), assembler_.begun());
+  EXPECT_EQ(kStart + seconds(1), assembler_.incompleteSince());
   assembler_.take(first.data() + 1, first.size() - 1, kStart + seconds(2));
-  EXPECT_EQ(kStart + seconds(1), assembler_.begun());
+  EXPECT_EQ(kStart + seconds(1), assembler_.incompleteSince());
   const std::string last = fragment(1, "1", true).bytes();
   assembler_.take(last.data(), last.size() - 1, kStart + seconds(3));
-  EXPECT_EQ(kStart + seconds(1), assembler_.begun());
+  EXPECT_EQ(kStart + seconds(1), assembler_.incompleteSince());
   assembler_.take(last.data() + last.size() - 1, 1, kStart + seconds(4));
   EXPECT_TRUE(assembler_.isComplete());
-  EXPECT_EQ(std::nullopt, assembler_.begun());
+  EXPECT_EQ(std::nullopt, assembler_.incompleteSince());
 }
 
 struct Invalid {

@@ -13,29 +13,29 @@ constexpr Episode::Time kStart{};
 
 TEST(Episode, BeginsWithItsFirstEventOnly) {
   Episode episode(seconds(10));
-  EXPECT_TRUE(episode.happened(kStart));
-  EXPECT_FALSE(episode.happened(kStart));
-  EXPECT_FALSE(episode.happened(kStart + seconds(20))) << "its end was not taken yet";
+  EXPECT_TRUE(episode.add(kStart));
+  EXPECT_FALSE(episode.add(kStart));
+  EXPECT_FALSE(episode.add(kStart + seconds(20))) << "its end was not taken yet";
 }
 
 TEST(Episode, IsOverAQuietWhileAfterItsLastEvent) {
   Episode episode(seconds(10));
   EXPECT_EQ(std::nullopt, episode.end());
-  episode.happened(kStart);
-  episode.happened(kStart + seconds(9));
+  episode.add(kStart);
+  episode.add(kStart + seconds(9));
   EXPECT_EQ(kStart + seconds(19), episode.end());
-  EXPECT_EQ(std::nullopt, episode.over(kStart + seconds(18)));
-  EXPECT_EQ(2U, episode.over(kStart + seconds(19)));
+  EXPECT_EQ(std::nullopt, episode.finish(kStart + seconds(18)));
+  EXPECT_EQ(2U, episode.finish(kStart + seconds(19)));
 }
 
 TEST(Episode, EndsOnceAndIsFollowedByAnother) {
   Episode episode(seconds(10));
-  EXPECT_EQ(std::nullopt, episode.over(kStart));
-  episode.happened(kStart);
-  EXPECT_EQ(1U, episode.over(kStart + seconds(10)));
-  EXPECT_EQ(std::nullopt, episode.over(kStart + seconds(30)));
-  EXPECT_TRUE(episode.happened(kStart + seconds(30)));
-  EXPECT_EQ(1U, episode.over(kStart + seconds(40)));
+  EXPECT_EQ(std::nullopt, episode.finish(kStart));
+  episode.add(kStart);
+  EXPECT_EQ(1U, episode.finish(kStart + seconds(10)));
+  EXPECT_EQ(std::nullopt, episode.finish(kStart + seconds(30)));
+  EXPECT_TRUE(episode.add(kStart + seconds(30)));
+  EXPECT_EQ(1U, episode.finish(kStart + seconds(40)));
 }
 
 }  // namespace
