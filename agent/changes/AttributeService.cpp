@@ -120,9 +120,7 @@ Outcome AttributeService::setUserLabel(const NVSList_T& name, std::string_view l
       if (isUnique && !text.empty()) {
         requireUnused(change.store(), key, text);
       }
-      LabelChange labelling = NetworkModel::prepareLabel(key, text);
-      change.store().setUserLabel(key, text);
-      change.model().show(labelling);
+      change.commit(NetworkModel::prepareLabel(key, text));
     };
   });
 }
@@ -130,7 +128,9 @@ Outcome AttributeService::setUserLabel(const NVSList_T& name, std::string_view l
 Outcome AttributeService::setOwner(const NVSList_T& name, std::string_view owner) {
   return change(name, [&](const ObjectKey& key) {
     requireText("owner", name, owner);
-    return [key, text = std::string(owner)](Change& change) { change.store().setOwner(key, text); };
+    return [key, text = std::string(owner)](Change& change) {
+      change.commit({OwnerChange{key, text}, {}});
+    };
   });
 }
 
@@ -138,7 +138,7 @@ Outcome AttributeService::setNativeName(const NVSList_T& name, std::string_view 
   return change(name, [&](const ObjectKey& key) {
     requireText("native name", name, nativeName);
     return [key, text = std::string(nativeName)](Change& change) {
-      change.rename(change.model().prepareRenaming(key, text), text);
+      change.commit(change.model().prepareRenaming(key, text));
     };
   });
 }
@@ -147,11 +147,11 @@ Outcome AttributeService::setAdditionalInfo(const NVSList_T& name, NVSList_T& pa
   return change(name, [&](const ObjectKey& key) {
     requirePairs(pairs, name);
     return [&, key, changes = copyOf(pairs)](Change& change) {
+      const InfoPairs merged = mergedInfo(change.store().additionalInfoOf(key), changes);
+      requireRoom(merged, name);
       NVSList_T stored;
-      change.store().mergeAdditionalInfo(key, changes, [&](const InfoPairs& merged) {
-        requireRoom(merged, name);
-        fill(stored, merged);
-      });
+      fill(stored, merged);
+      change.commit({InfoChange{key, changes}, {}});
       moveInto(pairs, stored);
     };
   });
@@ -159,11 +159,7 @@ Outcome AttributeService::setAdditionalInfo(const NVSList_T& name, NVSList_T& pa
 
 Outcome AttributeService::reset(const NVSList_T& name) {
   return change(name, [&](const ObjectKey& key) {
-    return [key](Change& change) {
-      LabelChange labelling = NetworkModel::prepareLabel(key, "");
-      change.store().removeAttributes(key);
-      change.model().show(labelling);
-    };
+    return [key](Change& change) { change.commit(NetworkModel::prepareAttributeRemoval(key)); };
   });
 }
 

@@ -47,10 +47,10 @@ class AttributeService {
   // the topology nodes whose name was another; nothing when there is none.
   Outcome setNativeName(const globaldefs::NVSList_T& name, std::string_view nativeName);
 
-  // Merges pairs into the stored ones, as NetworkStore::mergeAdditionalInfo, and replaces them by
-  // all that are then stored. A pair without a name, or two of one name, are kInvalidName; pairs
-  // that would make the stored ones larger than kMostInfoBytes are kTooMuch. The pairs are left
-  // alone after a failure.
+  // Merges pairs into the stored pairs, as mergedInfo(), and replaces the pairs by all pairs that
+  // are then stored. Codes: kInvalidName for a pair without a name and for two pairs of one name,
+  // kTooMuch if the stored pairs would become larger than kMostInfoBytes. After a failure the pairs
+  // are unchanged.
   Outcome setAdditionalInfo(const globaldefs::NVSList_T& name, globaldefs::NVSList_T& pairs);
 
   // Forgets user label, owner and additional information.

@@ -1,8 +1,32 @@
 #include "agent/changes/NetworkWriter.h"
 
 #include <utility>
+#include <variant>
+
+#include "platform/event/EventMgr.h"
 
 namespace agent {
+namespace {
+
+struct Event {
+  int id = 0;
+  std::vector<NS_DOMAIN::TopoNode_T> nodes;  // empty for a change without an event
+};
+
+Event eventOf(NetworkChange change) {
+  if (auto* const addition = std::get_if<NetworkAddition>(&change)) {
+    return {EVENT_TOPO_NODE_CREATED, std::move(addition->network.topoNodes)};
+  }
+  if (auto* const removal = std::get_if<NetworkRemoval>(&change)) {
+    return {EVENT_TOPO_NODE_DELETED, std::move(removal->nodes)};
+  }
+  if (auto* const renaming = std::get_if<NetworkRenaming>(&change)) {
+    return {EVENT_TOPO_NODE_CHANGED, std::move(renaming->nodes)};
+  }
+  return {};
+}
+
+}  // namespace
 
 NetworkWriter::NetworkWriter(NetworkStore& store, NetworkModel& model, RaiseEvent raise)
     : store_(store), model_(model), raise_(std::move(raise)) {}
@@ -73,24 +97,27 @@ NetworkWriter::Change::~Change() {
   writer_.leave();
 }
 
-void NetworkWriter::Change::rename(NetworkRenaming renaming, const std::string& name) {
-  if (renaming.records.empty()) {
+void NetworkWriter::Change::commit(PreparedChange change, const Cancellation& cancellation) {
+  const auto* const renaming = std::get_if<NetworkRenaming>(&change.change);
+  if (renaming != nullptr && renaming->records.empty()) {
     return;
   }
-  const std::uint64_t change = store().rename(renaming.records, name);
-  model().show(renaming);
-  raise(change, EVENT_TOPO_NODE_CHANGED, std::move(renaming.nodes));
+  const std::uint64_t number = writer_.store_.commit(change.change, cancellation);
+  writer_.model_.apply(change);
+  raise(number, std::move(change.change));
 }
 
-void NetworkWriter::Change::raise(std::uint64_t change, int eventId,
-                                  std::vector<NS_DOMAIN::TopoNode_T> nodes) noexcept {
-  if (nodes.empty() || !writer_.raise_) {
+// The change is committed, so whatever the listener throws is dropped.
+void NetworkWriter::Change::raise(std::uint64_t number, NetworkChange change) noexcept {
+  if (!writer_.raise_) {
     return;
   }
   try {
-    writer_.raise_(change, eventId, std::move(nodes));
+    if (auto event = eventOf(std::move(change)); !event.nodes.empty()) {
+      writer_.raise_(number, event.id, std::move(event.nodes));
+    }
   } catch (...) {
-    return;  // the change is made, and whoever asked for it is told so
+    return;
   }
 }
 

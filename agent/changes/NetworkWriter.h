@@ -13,11 +13,12 @@
 #include <string>
 #include <vector>
 
+#include "agent/base/Cancellation.h"
 #include "agent/model/NetworkModel.h"
+#include "agent/network/NetworkChange.h"
 #include "agent/store/NetworkStore.h"
 #include "agent/store/StoreCopy.h"
 #include "platform/domain/DomainRecords.h"
-#include "platform/event/EventMgr.h"
 
 namespace agent {
 
@@ -75,17 +76,18 @@ class NetworkWriter {
     Change(const Change&) = delete;
     Change& operator=(const Change&) = delete;
 
+    // For checks and for the preparation of the change.
     NetworkStore& store() { return writer_.store_; }
     NetworkModel& model() { return writer_.model_; }
 
-    // Makes a change of names that the model has prepared, with its event. Throws StoreError.
-    void rename(NetworkRenaming renaming, const std::string& name);
-
-    // Raises the event of the change with this number; nothing for no nodes.
-    void raise(std::uint64_t change, int eventId,
-               std::vector<NS_DOMAIN::TopoNode_T> nodes) noexcept;
+    // Commits the change to the store, applies the change to the model, and raises the event of the
+    // change unless the change affects no node. A renaming of no records is ignored. On failure
+    // nothing is changed: throws StoreError and Cancelled.
+    void commit(PreparedChange change, const Cancellation& cancellation = Cancellation::none());
 
    private:
+    void raise(std::uint64_t number, NetworkChange change) noexcept;
+
     NetworkWriter& writer_;
     std::unique_lock<std::mutex> lock_;
   };

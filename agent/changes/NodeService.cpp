@@ -207,14 +207,6 @@ void dropCarried(Network& network) {
   }
 }
 
-void add(NetworkWriter::Change& change, Network network, const Cancellation& cancellation) {
-  NetworkAddition addition = change.model().prepareAddition(std::move(network));
-  const std::uint64_t number =
-      change.store().add(addition.network, addition.shownElements, cancellation);
-  change.model().show(addition);
-  change.raise(number, EVENT_TOPO_NODE_CREATED, std::move(addition.network.topoNodes));
-}
-
 void requireNode(const NetworkModel& model, const std::string& id) {
   if (!model.hasTopoNode(id)) {
     refuse(kEntityNotFound, "no " + nodeNamed(id));
@@ -263,7 +255,7 @@ Outcome NodeService::create(const TopoNode_T& node) {
                      dropCarried(network);
                      NetworkWriter::Change change(writer_);
                      requirePlace(node, change.model());
-                     add(change, std::move(network), Cancellation::none());
+                     change.commit(change.model().prepareAddition(std::move(network)));
                    });
 }
 
@@ -273,12 +265,9 @@ Outcome NodeService::remove(const std::string& id, std::size_t& removed) {
                    [&] {
                      NetworkWriter::Change change(writer_);
                      requireNode(change.model(), id);
-                     NetworkRemoval removal = change.model().prepareRemoval(id);
-                     const std::uint64_t number = change.store().remove(
-                         removal.nodes, removal.objects, removal.hiddenElements);
-                     change.model().show(removal);
-                     removed = removal.nodes.size();
-                     change.raise(number, EVENT_TOPO_NODE_DELETED, std::move(removal.nodes));
+                     const std::size_t before = change.model().topoNodeCount();
+                     change.commit(change.model().prepareRemoval(id));
+                     removed = before - change.model().topoNodeCount();
                    });
 }
 
@@ -289,28 +278,28 @@ Outcome NodeService::rename(const std::string& id, std::string_view name) {
                      const std::string text(name);
                      NetworkWriter::Change change(writer_);
                      requireNode(change.model(), id);
-                     change.rename(change.model().prepareNodeRenaming(id, text), text);
+                     change.commit(change.model().prepareNodeRenaming(id, text));
                    });
 }
 
 Outcome NodeService::import(Network network, ImportSummary& summary) {
   summary = {};
-  return outcomeOf([] { return std::string("the import"); },
-                   [&] {
-                     requireText("ems", network.ems);
-                     requireSound(network);
-                     dropCarried(network);
-                     const ImportSummary counts = {
-                         network.topoNodes.size(), network.networkElements.size(),
-                         network.clockPositions.size(), network.clockLinks.size(),
-                         network.objectLabels.size()};
-                     NetworkWriter::Change change(writer_);
-                     cancellation_.throwIfRequested();
-                     Clashes(change.model()).refuseAny(network);
-                     requireParents(network, change.model());
-                     add(change, std::move(network), cancellation_);
-                     summary = counts;
-                   });
+  return outcomeOf(
+      [] { return std::string("the import"); },
+      [&] {
+        requireText("ems", network.ems);
+        requireSound(network);
+        dropCarried(network);
+        const ImportSummary counts = {network.topoNodes.size(), network.networkElements.size(),
+                                      network.clockPositions.size(), network.clockLinks.size(),
+                                      network.objectLabels.size()};
+        NetworkWriter::Change change(writer_);
+        cancellation_.throwIfRequested();
+        Clashes(change.model()).refuseAny(network);
+        requireParents(network, change.model());
+        change.commit(change.model().prepareAddition(std::move(network)), cancellation_);
+        summary = counts;
+      });
 }
 
 }  // namespace agent

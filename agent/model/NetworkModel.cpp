@@ -39,13 +39,6 @@ void count(NetworkLoad::Records& records, std::size_t texts) {
 
 NetworkModel::NetworkModel(Network network) : data_(std::move(network)) {}
 
-void NetworkModel::replace(Network network) {
-  NetworkTables data(std::move(network));  // made before the readers have to wait
-  const Writing lock(mutex_);
-  std::swap(data_, data);
-  ++version_;
-}
-
 std::string NetworkModel::ems() const {
   const Reading lock(mutex_);
   return data_.ems();
@@ -163,57 +156,46 @@ NetworkLoad NetworkModel::load() const {
   return load;
 }
 
-// Readers see nothing of the preparation, but it may move the entries of indexes.
-NetworkAddition NetworkModel::prepareAddition(Network network) {
-  NetworkAddition addition = data_.prepareAddition(std::move(network));
+// Readers do not see the preparation, but making room may move the entries of indexes.
+PreparedChange NetworkModel::prepareAddition(Network network) {
+  PreparedChange addition = data_.prepareAddition(std::move(network));
   const Writing lock(mutex_);
   data_.makeRoomFor(addition);
   return addition;
 }
 
-// Nobody else changes anything meanwhile, so reading needs no lock here.
-NetworkRemoval NetworkModel::prepareRemoval(const std::string& nodeId) const {
+// Only the one thread that changes the model prepares changes, so reading needs no lock here.
+PreparedChange NetworkModel::prepareRemoval(const std::string& nodeId) const {
   return data_.prepareRemoval(nodeId);
 }
 
-NetworkRenaming NetworkModel::prepareRenaming(const ObjectKey& key, const std::string& name) {
+PreparedChange NetworkModel::prepareRenaming(const ObjectKey& key, const std::string& name) {
   return data_.prepareRenaming(key, name);
 }
 
-NetworkRenaming NetworkModel::prepareNodeRenaming(const std::string& nodeId,
-                                                  const std::string& name) {
+PreparedChange NetworkModel::prepareNodeRenaming(const std::string& nodeId,
+                                                 const std::string& name) {
   return data_.prepareNodeRenaming(nodeId, name);
 }
 
-LabelChange NetworkModel::prepareLabel(const ObjectKey& key, const std::string& label) {
-  LabelChange change{key, {}};
+PreparedChange NetworkModel::prepareLabel(const ObjectKey& key, const std::string& label) {
+  LabelEffect effect{key, {}};
   if (!label.empty()) {
-    change.label.emplace(key, label);
+    effect.label.emplace(key, label);
   }
-  return change;
+  return {LabelChange{key, label}, std::move(effect)};
 }
 
-void NetworkModel::show(NetworkAddition& addition) noexcept {
-  const Writing lock(mutex_);
-  data_.add(addition);
-  ++version_;
+PreparedChange NetworkModel::prepareAttributeRemoval(const ObjectKey& key) {
+  return {AttributeRemoval{key}, LabelEffect{key, {}}};
 }
 
-void NetworkModel::show(NetworkRemoval& removal) noexcept {
+void NetworkModel::apply(PreparedChange& change) noexcept {
+  if (std::holds_alternative<std::monostate>(change.effect)) {
+    return;
+  }
   const Writing lock(mutex_);
-  data_.remove(removal);
-  ++version_;
-}
-
-void NetworkModel::show(NetworkRenaming& renaming) noexcept {
-  const Writing lock(mutex_);
-  data_.rename(renaming);
-  ++version_;
-}
-
-void NetworkModel::show(LabelChange& change) noexcept {
-  const Writing lock(mutex_);
-  data_.setLabel(change);
+  data_.apply(change);
   ++version_;
 }
 

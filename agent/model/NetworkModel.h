@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "agent/model/NetworkTables.h"
+#include "agent/model/PreparedChange.h"
 #include "agent/model/TurnstileMutex.h"
 #include "agent/network/ManagedObjects.h"
 #include "agent/network/Network.h"
@@ -40,9 +41,6 @@ class NetworkModel {
   explicit NetworkModel(Network network);
   NetworkModel(const NetworkModel&) = delete;
   NetworkModel& operator=(const NetworkModel&) = delete;
-
-  // Serves another network from here on.
-  void replace(Network network);
 
   std::string ems() const;
   std::size_t topoNodeCount() const;
@@ -76,21 +74,18 @@ class NetworkModel {
   // Rises with every change.
   std::uint64_t version() const { return version_.load(); }
 
-  // --- Changes, each prepared before it is made in the store and shown to readers afterwards: that
-  // can no longer fail. A prepared change is good until another one is shown. See NetworkTables.h
-  // for what is prepared.
+  // --- Changes. A change is prepared, then committed to the store, then applied: apply() cannot
+  // fail. A prepared change is valid until another change is applied. NetworkTables.h describes the
+  // preparation of additions, removals and renamings.
 
-  NetworkAddition prepareAddition(Network network);
-  NetworkRemoval prepareRemoval(const std::string& nodeId) const;
-  NetworkRenaming prepareRenaming(const ObjectKey& key, const std::string& name);
-  NetworkRenaming prepareNodeRenaming(const std::string& nodeId, const std::string& name);
-  // An empty label is none.
-  static LabelChange prepareLabel(const ObjectKey& key, const std::string& label);
+  PreparedChange prepareAddition(Network network);
+  PreparedChange prepareRemoval(const std::string& nodeId) const;
+  PreparedChange prepareRenaming(const ObjectKey& key, const std::string& name);
+  PreparedChange prepareNodeRenaming(const std::string& nodeId, const std::string& name);
+  static PreparedChange prepareLabel(const ObjectKey& key, const std::string& label);
+  static PreparedChange prepareAttributeRemoval(const ObjectKey& key);
 
-  void show(NetworkAddition& addition) noexcept;
-  void show(NetworkRemoval& removal) noexcept;
-  void show(NetworkRenaming& renaming) noexcept;
-  void show(LabelChange& change) noexcept;
+  void apply(PreparedChange& change) noexcept;
 
  private:
   mutable TurnstileMutex mutex_;

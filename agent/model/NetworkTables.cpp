@@ -5,6 +5,7 @@
 #include <unordered_map>
 
 #include "agent/base/Text.h"
+#include "agent/model/PreparedChange.h"
 
 namespace agent {
 namespace {
@@ -56,13 +57,47 @@ auto spliceTo(std::list<Record>& list, std::list<Record>& more) noexcept {
   return first;
 }
 
-void addName(NetworkRenaming& renaming, NamedRecord record, std::string& place,
-             const std::string& name) {
-  if (place != name) {
-    renaming.records.push_back(std::move(record));
-    renaming.names.emplace_back(&place, name);
+// Collects the records of a renaming. Records that have the name already are left out.
+class RenamingBuilder {
+ public:
+  explicit RenamingBuilder(const std::string& name) { renaming_.name = name; }
+
+  void add(NamedRecord record, std::string& place) {
+    if (place != renaming_.name) {
+      renaming_.records.push_back(std::move(record));
+      effect_.names.emplace_back(&place, renaming_.name);
+    }
   }
-}
+
+  void add(Node& node) {
+    NS_DOMAIN::TopoNode_T& record = node.record;
+    if (record.nativeName != renaming_.name) {
+      renaming_.nodes.push_back(record);
+      renaming_.nodes.back().nativeName = renaming_.name;
+    }
+    add({RecordList::kTopoNodes, record.nodeId}, record.nativeName);
+  }
+
+  void add(const NetworkTables::ObjectRecords& object) {
+    for (Node* node = object.nodes.first; node != nullptr; node = node->sameObject.next) {
+      add(*node);
+    }
+    if (object.element != nullptr) {
+      add({RecordList::kNetworkElements, std::to_string(object.element->number)},
+          object.element->name);
+    }
+    for (auto* position = object.firstPosition; position != nullptr;
+         position = position->nextOfObject) {
+      add({RecordList::kClockPositions, position->record.reference}, position->record.label);
+    }
+  }
+
+  PreparedChange take() { return {std::move(renaming_), std::move(effect_)}; }
+
+ private:
+  NetworkRenaming renaming_;
+  RenamingEffect effect_;
+};
 
 }  // namespace
 
@@ -175,28 +210,29 @@ NetworkTables::ObjectRecords* NetworkTables::recordsOf(const NumberedObject& obj
 
 // --- Adding.
 
-NetworkAddition NetworkTables::prepareAddition(Network network) const {
+PreparedChange NetworkTables::prepareAddition(Network network) const {
   NetworkAddition addition;
-  addition.tables = NetworkTables(network, Loose());
+  AdditionEffect effect;
+  effect.tables = NetworkTables(network, Loose());
   addition.network = std::move(network);
-  markShown(addition);
-  return addition;
+  markShown(addition, effect);
+  return {std::move(addition), std::move(effect)};
 }
 
-void NetworkTables::markShown(NetworkAddition& addition) const {
+void NetworkTables::markShown(NetworkAddition& addition, AdditionEffect& effect) const {
   salted::Set<std::int32_t> numbers;  // of the elements that get nodes
-  for (const Node& node : addition.tables.nodes_) {
+  for (const Node& node : effect.tables.nodes_) {
     if (node.shownAs && node.shownAs->type == kManagedElementType &&
         numbers.insert(node.shownAs->number).second) {
       NetworkElement* const known = valueIn(elementsByNumber_, node.shownAs->number);
       if (known != nullptr && !known->shown) {
         addition.shownElements.push_back(known->number);
-        addition.marked.push_back(known);
+        effect.marked.push_back(known);
       }
     }
   }
   auto stored = addition.network.networkElements.begin();
-  for (NetworkElement& element : addition.tables.elements_) {
+  for (NetworkElement& element : effect.tables.elements_) {
     const ObjectRecords* const known = recordsOf({kManagedElementType, element.number});
     const bool hasNode =
         (known != nullptr && known->nodeCount != 0) || numbers.count(element.number) != 0;
@@ -208,8 +244,8 @@ void NetworkTables::markShown(NetworkAddition& addition) const {
   }
 }
 
-void NetworkTables::makeRoomFor(const NetworkAddition& addition) {
-  const NetworkTables& more = addition.tables;
+void NetworkTables::makeRoomFor(const PreparedChange& addition) {
+  const NetworkTables& more = std::get<AdditionEffect>(addition.effect).tables;
   makeRoom(nodesById_, more.nodesById_.size());
   makeRoom(elementsByNumber_, more.elementsByNumber_.size());
   makeRoom(positionsByReference_, more.positionsByReference_.size());
@@ -217,7 +253,7 @@ void NetworkTables::makeRoomFor(const NetworkAddition& addition) {
   makeRoom(objects_, more.objects_.size());
 }
 
-void NetworkTables::add(NetworkAddition& addition) noexcept {
+void NetworkTables::add(AdditionEffect& addition) noexcept {
   absorb(addition.tables);
   for (NetworkElement* const element : addition.marked) {
     element->shown = element->shownForNode = true;
@@ -299,12 +335,13 @@ std::vector<NetworkTables::Node*> NetworkTables::subtree(const std::string& node
   return reversed;
 }
 
-NetworkRemoval NetworkTables::prepareRemoval(const std::string& nodeId) const {
+PreparedChange NetworkTables::prepareRemoval(const std::string& nodeId) const {
   NetworkRemoval removal;
-  removal.doomed = subtree(nodeId);
-  removal.nodes.reserve(removal.doomed.size());
+  RemovalEffect effect;
+  effect.doomed = subtree(nodeId);
+  removal.nodes.reserve(effect.doomed.size());
   std::unordered_map<const ObjectRecords*, std::size_t> lost;
-  for (Node* const node : removal.doomed) {
+  for (Node* const node : effect.doomed) {
     removal.nodes.push_back(node->record);
     if (node->record.nodeType == NS_DOMAIN::kTopoSubnetwork) {
       removal.objects.push_back({kTopoSubnetworkObjectType, node->record.nodeId});
@@ -313,14 +350,19 @@ NetworkRemoval NetworkTables::prepareRemoval(const std::string& nodeId) const {
       NetworkElement* const element = node->object->element;
       if (element != nullptr && element->shownForNode) {
         removal.hiddenElements.push_back(element->number);
-        removal.unmarked.push_back(element);
+        effect.unmarked.push_back(element);
       }
     }
   }
-  return removal;
+  for (const ObjectKey& object : removal.objects) {
+    if (labels_.count(object) != 0) {
+      effect.labels.push_back(object);
+    }
+  }
+  return {std::move(removal), std::move(effect)};
 }
 
-void NetworkTables::remove(NetworkRemoval& removal) noexcept {
+void NetworkTables::remove(RemovalEffect& removal) noexcept {
   for (Node* const node : removal.doomed) {
     untie(*node);
     removal.removed.splice(removal.removed.end(), nodes_, node->self);
@@ -328,11 +370,8 @@ void NetworkTables::remove(NetworkRemoval& removal) noexcept {
   for (NetworkElement* const element : removal.unmarked) {
     element->shown = element->shownForNode = false;
   }
-  for (const ObjectKey& object : removal.objects) {
-    const auto label = labels_.find(object);
-    if (label != labels_.end()) {
-      labels_.erase(label);
-    }
+  for (const ObjectKey& object : removal.labels) {
+    labels_.erase(object);
   }
 }
 
@@ -355,65 +394,43 @@ void NetworkTables::untie(Node& node) noexcept {
 
 // --- Renaming.
 
-void NetworkTables::addTo(NetworkRenaming& renaming, Node& node, const std::string& name) const {
-  if (node.record.nativeName != name) {
-    renaming.nodes.push_back(node.record);
-    renaming.nodes.back().nativeName = name;
-  }
-  addName(renaming, {RecordList::kTopoNodes, node.record.nodeId}, node.record.nativeName, name);
-}
-
-void NetworkTables::addTo(NetworkRenaming& renaming, const ObjectRecords& object,
-                          const std::string& name) const {
-  for (Node* node = object.nodes.first; node != nullptr; node = node->sameObject.next) {
-    addTo(renaming, *node, name);
-  }
-  if (object.element != nullptr) {
-    addName(renaming, {RecordList::kNetworkElements, std::to_string(object.element->number)},
-            object.element->name, name);
-  }
-  for (Position* position = object.firstPosition; position != nullptr;
-       position = position->nextOfObject) {
-    addName(renaming, {RecordList::kClockPositions, position->record.reference},
-            position->record.label, name);
-  }
-}
-
-NetworkRenaming NetworkTables::prepareRenaming(const ObjectKey& key, const std::string& name) {
-  NetworkRenaming renaming;
+PreparedChange NetworkTables::prepareRenaming(const ObjectKey& key, const std::string& name) {
+  RenamingBuilder renaming(name);
   if (!hasObject(key)) {
-    return renaming;
+    return renaming.take();
   }
   if (key.type == kTopoSubnetworkObjectType) {
-    addTo(renaming, *nodeAt(key.id), name);
+    renaming.add(*nodeAt(key.id));
   } else if (key.type == kClockLinkObjectType) {
     NS_DOMAIN::ClockTopoLinkInfo_T& link = *valueIn(linksById_, key.id);
-    addName(renaming, {RecordList::kClockLinks, link.linkId}, link.nativeName, name);
+    renaming.add({RecordList::kClockLinks, link.linkId}, link.nativeName);
   } else {
-    addTo(renaming, *recordsOf(*numberedObject(key)), name);
+    renaming.add(*recordsOf(*numberedObject(key)));
   }
-  return renaming;
+  return renaming.take();
 }
 
-NetworkRenaming NetworkTables::prepareNodeRenaming(const std::string& nodeId,
-                                                   const std::string& name) {
-  NetworkRenaming renaming;
+PreparedChange NetworkTables::prepareNodeRenaming(const std::string& nodeId,
+                                                  const std::string& name) {
+  RenamingBuilder renaming(name);
   Node& node = *nodeAt(nodeId);
   if (node.object != nullptr) {
-    addTo(renaming, *node.object, name);
+    renaming.add(*node.object);
   } else {
-    addTo(renaming, node, name);
+    renaming.add(node);
   }
-  return renaming;
+  return renaming.take();
 }
 
-void NetworkTables::rename(NetworkRenaming& renaming) noexcept {
+void NetworkTables::rename(RenamingEffect& renaming) noexcept {
   for (auto& [place, name] : renaming.names) {
     place->swap(name);
   }
 }
 
-void NetworkTables::setLabel(LabelChange& change) noexcept {
+// --- Labels, and all changes.
+
+void NetworkTables::setLabel(LabelEffect& change) noexcept {
   const auto known = labels_.find(change.key);
   if (change.label.empty()) {
     if (known != labels_.end()) {
@@ -423,6 +440,18 @@ void NetworkTables::setLabel(LabelChange& change) noexcept {
     known->second.swap(change.label.begin()->second);
   } else {
     labels_.merge(change.label);
+  }
+}
+
+void NetworkTables::apply(PreparedChange& change) noexcept {
+  if (auto* const addition = std::get_if<AdditionEffect>(&change.effect)) {
+    add(*addition);
+  } else if (auto* const removal = std::get_if<RemovalEffect>(&change.effect)) {
+    remove(*removal);
+  } else if (auto* const renaming = std::get_if<RenamingEffect>(&change.effect)) {
+    rename(*renaming);
+  } else if (auto* const label = std::get_if<LabelEffect>(&change.effect)) {
+    setLabel(*label);
   }
 }
 

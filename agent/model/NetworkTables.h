@@ -24,20 +24,16 @@
 
 #include "agent/network/ManagedObjects.h"
 #include "agent/network/Network.h"
+#include "agent/network/NetworkChange.h"
 #include "hash/SaltedHash.h"
 
 namespace agent {
 
-struct NetworkAddition;
-struct NetworkRemoval;
-
-// A change of names: of those records that had another one.
-struct NetworkRenaming {
-  std::vector<NamedRecord> records;
-  std::vector<NS_DOMAIN::TopoNode_T> nodes;  // those among them that are nodes, as they will be
-
-  std::vector<std::pair<std::string*, std::string>> names;  // where, and what is put there
-};
+struct PreparedChange;
+struct AdditionEffect;
+struct RemovalEffect;
+struct RenamingEffect;
+struct LabelEffect;
 
 struct KeyOrder {
   bool operator()(const ObjectKey& a, const ObjectKey& b) const {
@@ -45,12 +41,6 @@ struct KeyOrder {
   }
 };
 using Labels = std::map<ObjectKey, std::string, KeyOrder>;
-
-// A label that an object gets; none when it loses the one it has.
-struct LabelChange {
-  ObjectKey key;
-  Labels label;
-};
 
 // Thread-safety: none of its own.
 class NetworkTables {
@@ -122,29 +112,27 @@ class NetworkTables {
   bool hasLink(std::string_view id) const;
   bool hasObject(const ObjectKey& key) const;
 
-  // --- Preparing changes. Nothing but memory can fail unless it says otherwise.
+  // --- Preparing changes. Fails only for lack of memory unless a function says otherwise.
 
-  // Marks elements as shown that have nodes then: those of the network, and those that are there.
-  // REQUIRES: nothing of the network is there already.
-  NetworkAddition prepareAddition(Network network) const;
+  // Marks elements as shown that have nodes afterwards: elements of the network and elements that
+  // are in the tables. REQUIRES: the tables have no object of the network.
+  PreparedChange prepareAddition(Network network) const;
 
   // The second half of that preparation: moves entries of the indexes.
-  void makeRoomFor(const NetworkAddition& addition);
+  void makeRoomFor(const PreparedChange& addition);
 
-  // REQUIRES: the node is there. Throws std::runtime_error for one that is its own ancestor, as
-  // only a store can have it that somebody else has changed.
-  NetworkRemoval prepareRemoval(const std::string& nodeId) const;
+  // REQUIRES: the node exists. Throws std::runtime_error for a node that is its own ancestor, which
+  // only a manipulated store can contain.
+  PreparedChange prepareRemoval(const std::string& nodeId) const;
 
-  // Of every record of an object, or of a node and every record of the element that it is.
-  NetworkRenaming prepareRenaming(const ObjectKey& key, const std::string& name);
-  NetworkRenaming prepareNodeRenaming(const std::string& nodeId, const std::string& name);
+  // Renames every record of an object, or a node and every record of the element that the node
+  // shows. The change has no records if all have the name already.
+  PreparedChange prepareRenaming(const ObjectKey& key, const std::string& name);
+  PreparedChange prepareNodeRenaming(const std::string& nodeId, const std::string& name);
 
-  // --- Making them.
+  // --- Applying prepared changes.
 
-  void add(NetworkAddition& addition) noexcept;
-  void remove(NetworkRemoval& removal) noexcept;
-  void rename(NetworkRenaming& renaming) noexcept;
-  void setLabel(LabelChange& change) noexcept;
+  void apply(PreparedChange& change) noexcept;
 
  private:
   struct NumberedHash {
@@ -172,10 +160,12 @@ class NetworkTables {
   void tie(Position& position) noexcept;
   void tie(NetworkElement& element) noexcept;
   void untie(Node& node) noexcept;
-  void addTo(NetworkRenaming& renaming, Node& node, const std::string& name) const;
-  void addTo(NetworkRenaming& renaming, const ObjectRecords& object, const std::string& name) const;
+  void add(AdditionEffect& addition) noexcept;
+  void remove(RemovalEffect& removal) noexcept;
+  static void rename(RenamingEffect& renaming) noexcept;
+  void setLabel(LabelEffect& change) noexcept;
   std::vector<Node*> subtree(const std::string& nodeId) const;
-  void markShown(NetworkAddition& addition) const;
+  void markShown(NetworkAddition& addition, AdditionEffect& effect) const;
 
   std::string ems_;
   std::list<Node> nodes_;
@@ -190,26 +180,6 @@ class NetworkTables {
   salted::Map<std::string_view, Position*> positionsByReference_;
   salted::Map<std::string_view, NS_DOMAIN::ClockTopoLinkInfo_T*> linksById_;
   salted::Map<NumberedObject, ObjectRecords, NumberedHash> objects_;
-};
-
-// A network that is added to another.
-struct NetworkAddition {
-  Network network;                          // with its new marks
-  std::vector<std::int32_t> shownElements;  // those that are there already and get a mark
-
-  NetworkTables tables;
-  std::vector<NetworkElement*> marked;
-};
-
-// A node that goes, with everything below it.
-struct NetworkRemoval {
-  std::vector<NS_DOMAIN::TopoNode_T> nodes;  // each after everything below it
-  std::vector<ObjectKey> objects;            // those that lose their last node
-  std::vector<std::int32_t> hiddenElements;  // those that lose their mark
-
-  std::vector<NetworkTables::Node*> doomed;
-  std::vector<NetworkElement*> unmarked;
-  std::list<NetworkTables::Node> removed;  // what is left to be freed
 };
 
 }  // namespace agent

@@ -15,6 +15,8 @@
 #include <utility>
 
 #include "agent/base/Text.h"
+#include "agent/store/ChangeWriter.h"
+#include "agent/store/NetworkRows.h"
 #include "agent/store/Statements.h"
 #include "agent/store/StoreCopy.h"
 #include "agent/store/StoreGuard.h"
@@ -105,9 +107,6 @@ constexpr const char* kSchema = R"sql(
     next INTEGER NOT NULL
   ) STRICT;
 )sql";
-
-constexpr std::int32_t kShown = 1;
-constexpr std::int32_t kShownForNode = 2;
 
 bool isInMemory(const std::string& path) {
   return path == NetworkStore::kInMemory;
@@ -247,213 +246,6 @@ void prepare(const std::string& path, SQLite::Database& database,
   database.exec("PRAGMA journal_mode = WAL");
 }
 
-// The position after the last one of a table.
-std::int64_t nextPosition(SQLite::Database& database, const std::string& table) {
-  return valueOf(database, "SELECT coalesce(max(position), -1) + 1 FROM " + table);
-}
-
-// A prepared INSERT with a position before its other values, counted on from those that are there.
-class Inserter {
- public:
-  Inserter(SQLite::Database& database, const std::string& table, const char* values,
-           const Cancellation& cancellation)
-      : statement_(database, "INSERT INTO " + table + " VALUES " + values),
-        position_(nextPosition(database, table)),
-        cancellation_(cancellation) {}
-
-  // The position of what is inserted.
-  template <typename... Values>
-  std::int64_t insert(const Values&... values) {
-    cancellation_.throwIfRequested();
-    run(statement_, position_, values...);
-    return position_++;
-  }
-
- private:
-  SQLite::Statement statement_;
-  std::int64_t position_;
-  const Cancellation& cancellation_;
-};
-
-// Each list by itself. One that is empty costs no statement: most changes are of a single node.
-
-void storeTopoNodes(SQLite::Database& database, const Network& network,
-                    const Cancellation& cancellation) {
-  if (network.topoNodes.empty()) {
-    return;
-  }
-  Inserter nodes(database, "topo_node", "(?, ?, ?, ?, ?, ?, ?, ?)", cancellation);
-  SQLite::Statement attribute(database, "INSERT INTO topo_node_attribute VALUES (?, ?, ?, ?)");
-  for (const NS_DOMAIN::TopoNode_T& node : network.topoNodes) {
-    const std::int64_t position =
-        nodes.insert(node.nodeId, node.parentId, node.nativeName, node.nodeType, node.parentType,
-                     node.attribute3, node.attribute4);
-    std::int64_t place = 0;
-    for (const auto& [key, value] : node.extendedAttributes) {
-      run(attribute, position, place++, key, value);
-    }
-  }
-}
-
-std::int32_t shownValue(const NetworkElement& element) {
-  if (element.shownForNode) {
-    return kShownForNode;
-  }
-  return element.shown ? kShown : 0;
-}
-
-void storeNetworkElements(SQLite::Database& database, const Network& network,
-                          const Cancellation& cancellation) {
-  if (network.networkElements.empty()) {
-    return;
-  }
-  Inserter elements(database, "network_element", "(?, ?, ?, ?)", cancellation);
-  for (const NetworkElement& element : network.networkElements) {
-    elements.insert(element.number, element.name, shownValue(element));
-  }
-}
-
-void storeClockPositions(SQLite::Database& database, const Network& network,
-                         const Cancellation& cancellation) {
-  if (network.clockPositions.empty()) {
-    return;
-  }
-  Inserter positions(database, "clock_position", "(?, ?, ?, ?, ?)", cancellation);
-  for (const NS_DOMAIN::ClockPositionInfo_T& position : network.clockPositions) {
-    positions.insert(position.reference, position.label, position.value1, position.value2);
-  }
-}
-
-void storeClockLinks(SQLite::Database& database, const Network& network,
-                     const Cancellation& cancellation) {
-  if (network.clockLinks.empty()) {
-    return;
-  }
-  Inserter links(database, "clock_link", "(?, ?, ?, ?, ?)", cancellation);
-  for (const NS_DOMAIN::ClockTopoLinkInfo_T& link : network.clockLinks) {
-    links.insert(link.linkId, link.nativeName, link.aEndReference, link.zEndReference);
-  }
-}
-
-void storeLabels(SQLite::Database& database, const Network& network,
-                 const Cancellation& cancellation) {
-  if (network.objectLabels.empty()) {
-    return;
-  }
-  Inserter labels(database, "object_label", "(?, ?, ?, ?)", cancellation);
-  for (const ObjectLabel& label : network.objectLabels) {
-    labels.insert(label.type, label.id, label.label);
-  }
-}
-
-// Says that a network was loaded, and who manages it unless that is known.
-constexpr const char* kSetEms =
-    "INSERT INTO network VALUES (1, ?) "
-    "ON CONFLICT (only) DO UPDATE SET ems = excluded.ems WHERE ems = ''";
-
-void setShown(SQLite::Database& database, const std::vector<std::int32_t>& numbers,
-              std::int32_t shown) {
-  SQLite::Statement statement(database, "UPDATE network_element SET shown = ? WHERE number = ?");
-  for (const std::int32_t number : numbers) {
-    run(statement, shown, number);
-  }
-}
-
-void removeNodes(SQLite::Database& database, const std::vector<NS_DOMAIN::TopoNode_T>& nodes) {
-  SQLite::Statement statement(database, "DELETE FROM topo_node WHERE id = ?");
-  for (const NS_DOMAIN::TopoNode_T& node : nodes) {
-    run(statement, node.nodeId);
-  }
-}
-
-void removeAttributesOf(SQLite::Database& database, const std::vector<ObjectKey>& objects) {
-  for (const char* table : {"object_label", "object_owner", "object_info"}) {
-    SQLite::Statement statement(database,
-                                std::string("DELETE FROM ") + table + " WHERE type = ? AND id = ?");
-    for (const ObjectKey& object : objects) {
-      run(statement, object.type, object.id);
-    }
-  }
-}
-
-// Calls a function with every row of a query, in its order.
-template <typename UseRow>
-void forEachRow(SQLite::Database& database, const char* query, UseRow useRow) {
-  SQLite::Statement row(database, query);
-  while (row.executeStep()) {
-    useRow(row);
-  }
-}
-
-// Texts may be longer than their first NUL, which the conversion of a column minds and a char* not.
-std::string textOf(SQLite::Statement& row, int column) {
-  return row.getColumn(column).getString();
-}
-
-std::int32_t intOf(SQLite::Statement& row, int column) {
-  return row.getColumn(column).getInt();
-}
-
-void readTopoNodes(SQLite::Database& database, Network& network) {
-  salted::Map<std::int64_t, std::size_t> indexOf;  // by position
-  forEachRow(database,
-             "SELECT id, parent, name, type, parent_type, param3, param4, position FROM topo_node "
-             "ORDER BY position",
-             [&](SQLite::Statement& row) {
-               indexOf.emplace(row.getColumn(7).getInt64(), network.topoNodes.size());
-               NS_DOMAIN::TopoNode_T& node = network.topoNodes.emplace_back();
-               node.nodeId = textOf(row, 0);
-               node.parentId = textOf(row, 1);
-               node.nativeName = textOf(row, 2);
-               node.nodeType = row.getColumn(3).getUInt();
-               node.parentType = row.getColumn(4).getUInt();
-               node.attribute3 = intOf(row, 5);
-               node.attribute4 = intOf(row, 6);
-             });
-  forEachRow(database, "SELECT key, value, node FROM topo_node_attribute ORDER BY node, position",
-             [&](SQLite::Statement& row) {
-               NS_DOMAIN::TopoNode_T& node =
-                   network.topoNodes[indexOf.at(row.getColumn(2).getInt64())];
-               node.extendedAttributes.emplace_back(textOf(row, 0), textOf(row, 1));
-             });
-}
-
-void readNetworkElements(SQLite::Database& database, Network& network) {
-  forEachRow(database, "SELECT number, name, shown FROM network_element ORDER BY position",
-             [&](SQLite::Statement& row) {
-               const std::int32_t shown = intOf(row, 2);
-               network.networkElements.push_back(
-                   {intOf(row, 0), textOf(row, 1), shown != 0, shown == kShownForNode});
-             });
-}
-
-void readClock(SQLite::Database& database, Network& network) {
-  forEachRow(database,
-             "SELECT reference, label, value1, value2 FROM clock_position ORDER BY position",
-             [&](SQLite::Statement& row) {
-               NS_DOMAIN::ClockPositionInfo_T& position = network.clockPositions.emplace_back();
-               position.reference = textOf(row, 0);
-               position.label = textOf(row, 1);
-               position.value1 = intOf(row, 2);
-               position.value2 = intOf(row, 3);
-             });
-  forEachRow(database, "SELECT id, name, a_end, z_end FROM clock_link ORDER BY position",
-             [&](SQLite::Statement& row) {
-               NS_DOMAIN::ClockTopoLinkInfo_T& link = network.clockLinks.emplace_back();
-               link.linkId = textOf(row, 0);
-               link.nativeName = textOf(row, 1);
-               link.aEndReference = textOf(row, 2);
-               link.zEndReference = textOf(row, 3);
-             });
-}
-
-void readLabels(SQLite::Database& database, Network& network) {
-  forEachRow(database, "SELECT type, id, label FROM object_label ORDER BY position",
-             [&](SQLite::Statement& row) {
-               network.objectLabels.push_back({intOf(row, 0), textOf(row, 1), textOf(row, 2)});
-             });
-}
-
 }  // namespace
 
 StoreError::StoreError(const std::string& path, const std::string& reason)
@@ -498,33 +290,17 @@ void NetworkStore::load(const Network& network) {
   if (!isNew()) {
     throw StoreError(path_, "holds a network already");
   }
-  add(network, {});
-}
-
-std::uint64_t NetworkStore::add(const Network& network,
-                                const std::vector<std::int32_t>& shownElements,
-                                const Cancellation& cancellation) {
-  return guarded(path_, [&] {
+  guarded(path_, [&] {
     SQLite::Transaction transaction(*database_);
-    run(*database_, kSetEms, network.ems);
-    storeTopoNodes(*database_, network, cancellation);
-    storeNetworkElements(*database_, network, cancellation);
-    storeClockPositions(*database_, network, cancellation);
-    storeClockLinks(*database_, network, cancellation);
-    storeLabels(*database_, network, cancellation);
-    setShown(*database_, shownElements, kShownForNode);
-    return commitChange(*database_, transaction);
+    writeNetwork(*database_, network, Cancellation::none());
+    commitChange(*database_, transaction);
   });
 }
 
-std::uint64_t NetworkStore::remove(const std::vector<NS_DOMAIN::TopoNode_T>& nodes,
-                                   const std::vector<ObjectKey>& objects,
-                                   const std::vector<std::int32_t>& hiddenElements) {
+std::uint64_t NetworkStore::commit(const NetworkChange& change, const Cancellation& cancellation) {
   return guarded(path_, [&] {
     SQLite::Transaction transaction(*database_);
-    removeNodes(*database_, nodes);
-    removeAttributesOf(*database_, objects);
-    setShown(*database_, hiddenElements, 0);
+    std::visit(ChangeWriter(*database_, cancellation), change);
     return commitChange(*database_, transaction);
   });
 }
@@ -550,21 +326,44 @@ std::uint64_t NetworkStore::lastChange() {
   });
 }
 
+std::vector<std::string> NetworkStore::idsWithLabel(std::int32_t type, const std::string& label) {
+  return guarded(path_, [&] {
+    std::vector<std::string> ids;
+    forEachRow(
+        *database_, "SELECT id FROM object_label WHERE type = ? AND label = ?",
+        [&](SQLite::Statement& row) { ids.push_back(textAt(row, 0)); }, type, label);
+    return ids;
+  });
+}
+
+InfoPairs NetworkStore::additionalInfoOf(const ObjectKey& key) {
+  return guarded(path_, [&] {
+    InfoPairs pairs;
+    forEachRow(
+        *database_,
+        "SELECT name, value FROM object_info WHERE type = ? AND id = ? ORDER BY position",
+        [&](SQLite::Statement& row) { pairs.emplace_back(textAt(row, 0), textAt(row, 1)); },
+        key.type, key.id);
+    return pairs;
+  });
+}
+
+std::string NetworkStore::ownerOf(const ObjectKey& key) {
+  return guarded(path_, [&] {
+    std::string owner;
+    forEachRow(
+        *database_, "SELECT owner FROM object_owner WHERE type = ? AND id = ?",
+        [&](SQLite::Statement& row) { owner = textAt(row, 0); }, key.type, key.id);
+    return owner;
+  });
+}
+
 std::unique_ptr<StoreCopy> NetworkStore::beginCopy() {
   return std::make_unique<StoreCopy>(*database_, path_);
 }
 
 Network NetworkStore::read() {
-  return guarded(path_, [&] {
-    Network network;
-    forEachRow(*database_, "SELECT ems FROM network",
-               [&](SQLite::Statement& row) { network.ems = textOf(row, 0); });
-    readTopoNodes(*database_, network);
-    readNetworkElements(*database_, network);
-    readClock(*database_, network);
-    readLabels(*database_, network);
-    return network;
-  });
+  return guarded(path_, [&] { return readNetwork(*database_); });
 }
 
 }  // namespace agent

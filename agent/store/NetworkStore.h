@@ -19,6 +19,7 @@
 #include "agent/base/Cancellation.h"
 #include "agent/network/ManagedObjects.h"
 #include "agent/network/Network.h"
+#include "agent/network/NetworkChange.h"
 
 namespace SQLite {
 class Database;
@@ -33,9 +34,6 @@ class StoreError : public std::runtime_error {
  public:
   StoreError(const std::string& path, const std::string& reason);
 };
-
-// The additional information of an object: names and values, every name once.
-using InfoPairs = std::vector<std::pair<std::string, std::string>>;
 
 // The microseconds since 1970 by the clock of the system.
 std::uint64_t microsecondsNow();
@@ -94,44 +92,19 @@ class NetworkStore {
   // number is never given twice, also not by a new store that replaces this store.
   std::uint64_t lastChange();
 
-  // --- Changes of the network. Each call is one change, made as a whole or not at all, and returns
-  // the number of the change, which is part of it. Throw StoreError.
-
-  // Stores a network after the one that is there, in every list, and marks elements that are there
-  // as shown for a node. Its managing system counts where none has a name so far. The store ends
-  // being new. Throws StoreError also when an object of the network is there already, and
-  // Cancelled.
-  std::uint64_t add(const Network& network, const std::vector<std::int32_t>& shownElements,
-                    const Cancellation& cancellation = Cancellation::none());
-
-  // Removes nodes and what is kept of objects, and takes the marks of elements away. What is not
-  // there is passed over.
-  std::uint64_t remove(const std::vector<NS_DOMAIN::TopoNode_T>& nodes,
-                       const std::vector<ObjectKey>& objects,
-                       const std::vector<std::int32_t>& hiddenElements);
-
-  // --- What is kept of objects. That they exist is not asked. The changes are as above.
-
-  // An empty label or owner is none.
-  std::uint64_t setUserLabel(const ObjectKey& key, const std::string& label);
-  std::uint64_t setOwner(const ObjectKey& key, const std::string& owner);
-  std::string ownerOf(const ObjectKey& key);
+  // Commits a change as a whole or not at all, and returns its number. Throws StoreError, also if
+  // an object of an addition is stored already, and Cancelled.
+  std::uint64_t commit(const NetworkChange& change,
+                       const Cancellation& cancellation = Cancellation::none());
 
   // The ids of the objects of a type that have a label.
   std::vector<std::string> idsWithLabel(std::int32_t type, const std::string& label);
 
-  // Every pair in turn: an empty value removes the name, another one replaces the value of a name
-  // that is there, in its place, and a new name goes to the end. accept is shown what is then
-  // stored; when it throws, that passes and nothing is changed. It may be empty.
-  std::uint64_t mergeAdditionalInfo(const ObjectKey& key, const InfoPairs& changes,
-                                    const std::function<void(const InfoPairs&)>& accept = {});
+  // The additional information of an object, in its order.
   InfoPairs additionalInfoOf(const ObjectKey& key);
 
-  // Forgets user label, owner and additional information.
-  std::uint64_t removeAttributes(const ObjectKey& key);
-
-  // Gives records another name.
-  std::uint64_t rename(const std::vector<NamedRecord>& records, const std::string& name);
+  // The owner of an object.
+  std::string ownerOf(const ObjectKey& key);
 
  private:
   const std::string path_;  // as given, for messages

@@ -25,6 +25,22 @@ void run(SQLite::Database& database, const char* text, const Values&... values) 
   run(statement, values...);
 }
 
+// Calls a function with every row of a query, in its order.
+template <typename UseRow, typename... Values>
+void forEachRow(SQLite::Database& database, const char* query, UseRow useRow,
+                const Values&... values) {
+  SQLite::Statement row(database, query);
+  SQLite::bind(row, values...);
+  while (row.executeStep()) {
+    useRow(row);
+  }
+}
+
+// The whole text of a column: a char* would end at the first NUL of the text.
+inline std::string textAt(SQLite::Statement& row, int column) {
+  return row.getColumn(column).getString();
+}
+
 inline std::int64_t valueOf(SQLite::Database& database, const std::string& query) {
   return database.execAndGet(query).getInt64();
 }

@@ -68,12 +68,8 @@ NVSList_T link(const std::string& id) {
 // Store, model and service of an agent. Opening it again is what a restart does.
 class Host {
  public:
-  explicit Host(const std::string& path) : store_(path) {
-    if (store_.isNew()) {
-      store_.load(networkOfAllKinds());
-    }
-    model_.replace(store_.read());
-  }
+  explicit Host(const std::string& path)
+      : store_(path), model_(networkIn(store_, networkOfAllKinds())) {}
 
   NetworkStore& store() { return store_; }
   NetworkModel& model() { return model_; }
@@ -581,9 +577,7 @@ TEST(AttributeServiceRace, RefusesAnObjectThatTheChangeBeforeRemoved) {
     auto change = std::make_unique<agent::NetworkWriter::Change>(host.writer());
     support::Task setter([&] { return set(host.attributes()).code; });
     EXPECT_TRUE(setter.waits());
-    agent::NetworkRemoval removal = change->model().prepareRemoval("a");
-    change->store().remove(removal.nodes, removal.objects, removal.hiddenElements);
-    change->model().show(removal);
+    change->commit(change->model().prepareRemoval("a"));
     change.reset();
     EXPECT_EQ(agent::kEntityNotFound, setter.get());
     const agent::ObjectKey key = {agent::kTopoSubnetworkObjectType, "a"};

@@ -49,18 +49,22 @@ inline agent::Network networkOf(const agent::NetworkModel& model) {
   return network;
 }
 
+// The network of a store, which is loaded with a network if it is new.
+inline agent::Network networkIn(agent::NetworkStore& store, const agent::Network& network) {
+  if (store.isNew()) {
+    store.load(network);
+  }
+  return store.read();
+}
+
 // Opening one again on the same path is what a restart does.
 class ChangingHost {
  public:
-  ChangingHost(const std::string& path, const agent::Network& network) : store_(path) {
-    if (store_.isNew()) {
-      store_.load(network);
-    }
-    model_.replace(store_.read());
-  }
+  ChangingHost(const std::string& path, const agent::Network& network)
+      : store_(path), model_(networkIn(store_, network)) {}
 
   // A store without a network.
-  explicit ChangingHost(const std::string& path) : store_(path) { model_.replace(store_.read()); }
+  explicit ChangingHost(const std::string& path) : store_(path), model_(store_.read()) {}
 
   agent::NetworkStore& store() { return store_; }
   agent::NetworkModel& model() { return model_; }

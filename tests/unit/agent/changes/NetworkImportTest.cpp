@@ -309,9 +309,10 @@ TEST(CancelledImport, LeavesTheStoreAsItWas) {
   agent::NetworkStore store(agent::NetworkStore::kInMemory);
   store.load(wideNetwork(3));
   cancellation.request();
-  EXPECT_THROW(store.add(sampleNetwork(), {}, cancellation), agent::Cancelled);
+  EXPECT_THROW(store.commit(agent::NetworkAddition{sampleNetwork(), {}}, cancellation),
+               agent::Cancelled);
   EXPECT_EQ(describe(wideNetwork(3)), describe(store.read()));
-  store.add(sampleNetwork(), {});
+  store.commit(agent::NetworkAddition{sampleNetwork(), {}});
 }
 
 TEST(CancelledImport, ChangesNothingAndGivesTheTurnToTheNextChange) {

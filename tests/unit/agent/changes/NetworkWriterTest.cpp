@@ -275,8 +275,8 @@ TEST(NetworkWriter, CommitsWhileReadersKeepReading) {
   }
   const auto start = std::chrono::steady_clock::now();
   for (int i = 0; i < 50; ++i) {
-    agent::LabelChange change = NetworkModel::prepareLabel({54, "node 1"}, std::to_string(i));
-    model.show(change);
+    agent::PreparedChange change = NetworkModel::prepareLabel({54, "node 1"}, std::to_string(i));
+    model.apply(change);
   }
   const auto took = std::chrono::steady_clock::now() - start;
   stop = true;

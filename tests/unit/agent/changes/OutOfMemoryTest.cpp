@@ -141,7 +141,8 @@ TEST(NetworkModelMemory, PreparesNoAdditionWhileAReaderReads) {
   support::Task addition([&] {
     agent::Network more;
     more.networkElements.push_back({1, "an element", false});
-    return model.prepareAddition(more).tables.elements().size();
+    const agent::PreparedChange change = model.prepareAddition(more);
+    return std::get<agent::AdditionEffect>(change.effect).tables.elements().size();
   });
   EXPECT_TRUE(addition.waits());
   proceed.set_value();

@@ -88,16 +88,7 @@ TEST(NetworkModel, ServesClockObjectsInTheirOrder) {
   EXPECT_EQ("a", model.clockLinks()[1].linkId);
 }
 
-TEST(NetworkModel, ServesTheNetworkThatReplacedAnother) {
-  NetworkModel model(sampleNetwork());
-  model.replace(wideNetwork(3));
-  EXPECT_EQ(3U, model.topoNodeCount());
-  EXPECT_TRUE(model.hasTopoSubnetwork("node 2"));
-  EXPECT_FALSE(model.hasTopoSubnetwork("root"));
-  EXPECT_EQ("", model.labelOf(201, "z"));
-}
-
-TEST(NetworkModel, ShowsReadersOneNetworkOrTheOther) {
+TEST(NetworkModel, ShowsReadersAChangeAsAWhole) {
   NetworkModel model(wideNetwork(10));
   std::atomic<bool> stop{false};
   std::atomic<int> wrong{0};
@@ -113,8 +104,16 @@ TEST(NetworkModel, ShowsReadersOneNetworkOrTheOther) {
   for (int i = 0; i < 3; ++i) {
     readers.emplace_back(read);
   }
-  for (std::size_t i = 0; i < 50; ++i) {
-    model.replace(wideNetwork(i % 2 == 0 ? 20 : 10));
+  agent::Network tree = wideNetwork(10);
+  for (NS_DOMAIN::TopoNode_T& node : tree.topoNodes) {
+    node.nodeId.insert(0, "more ");
+    node.parentId.insert(0, node.parentId.empty() ? "" : "more ");
+  }
+  for (int i = 0; i < 25; ++i) {
+    agent::PreparedChange addition = model.prepareAddition(tree);
+    model.apply(addition);
+    agent::PreparedChange removal = model.prepareRemoval("more node 0");
+    model.apply(removal);
   }
   stop = true;
   for (std::thread& reader : readers) {

@@ -106,15 +106,15 @@ TEST(ViewSizes, FollowTheChangesOfTheNetwork) {
   EXPECT_EQ(0U, sizes.of(ViewKind::kNodes, false).records);
   Network network;
   network.topoNodes = {node("1", "a")};
-  agent::NetworkAddition addition = model.prepareAddition(std::move(network));
-  model.show(addition);
+  agent::PreparedChange addition = model.prepareAddition(std::move(network));
+  model.apply(addition);
   const ViewSize one = sizes.of(ViewKind::kNodes, false);
   EXPECT_EQ(1U, one.records);
-  agent::NetworkRenaming renaming = model.prepareNodeRenaming("1", std::string(1000, 'x'));
-  model.show(renaming);
+  agent::PreparedChange renaming = model.prepareNodeRenaming("1", std::string(1000, 'x'));
+  model.apply(renaming);
   EXPECT_LT(one.result + 900, sizes.of(ViewKind::kNodes, false).result);
-  agent::NetworkRemoval removal = model.prepareRemoval("1");
-  model.show(removal);
+  agent::PreparedChange removal = model.prepareRemoval("1");
+  model.apply(removal);
   EXPECT_EQ(0U, sizes.of(ViewKind::kNodes, false).records);
 }
 

@@ -22,8 +22,11 @@
 
 namespace {
 
+using agent::InfoChange;
+using agent::NetworkAddition;
 using agent::NetworkStore;
 using agent::ObjectKey;
+using agent::OwnerChange;
 using agent::StoreError;
 
 // What opening a store says; empty when it opens.
@@ -371,7 +374,7 @@ TEST_F(NetworkStoreTest, AddsANetworkAfterTheOneThatIsThere) {
   {
     NetworkStore store(path_);
     store.load(whole);
-    store.add(more, {7});
+    store.commit(NetworkAddition{more, {7}});
   }
   whole.topoNodes.insert(whole.topoNodes.end(), more.topoNodes.begin(), more.topoNodes.end());
   whole.networkElements.insert(whole.networkElements.end(), more.networkElements.begin(),
@@ -391,7 +394,7 @@ TEST_F(NetworkStoreTest, AddsAllOfANetworkOrNothing) {
   more.clockLinks.resize(1);
   more.clockLinks[0].linkId = "z";
   try {
-    store.add(more, {7});
+    store.commit(NetworkAddition{more, {7}});
     ADD_FAILURE() << "stored a duplicate id";
   } catch (const StoreError& error) {
     EXPECT_EQ(path_ + ": UNIQUE constraint failed: clock_link.id", error.what());
@@ -404,9 +407,10 @@ TEST_F(NetworkStoreTest, RemovesNodesWithTheirAttributesAndWhatIsKeptOfObjects) 
   {
     NetworkStore store(path_);
     store.load(network);
-    store.setOwner({201, "z"}, "me");
-    store.mergeAdditionalInfo({201, "z"}, {{"a", "1"}});
-    store.remove({network.topoNodes[3], network.topoNodes[1]}, {{201, "z"}, {1, "none"}}, {6});
+    store.commit(OwnerChange{{201, "z"}, "me"});
+    store.commit(InfoChange{{201, "z"}, {{"a", "1"}}});
+    store.commit(agent::NetworkRemoval{
+        {network.topoNodes[3], network.topoNodes[1]}, {{201, "z"}, {1, "none"}}, {6}});
     EXPECT_EQ("", store.ownerOf({201, "z"}));
     EXPECT_TRUE(store.additionalInfoOf({201, "z"}).empty());
   }
@@ -423,23 +427,24 @@ TEST_F(NetworkStoreTest, RemovesNodesWithTheirAttributesAndWhatIsKeptOfObjects) 
 
 TEST_F(NetworkStoreTest, NumbersEveryChange) {
   NetworkStore store(path_);
-  const std::uint64_t first = store.add(sampleNetwork(), {});
+  const std::uint64_t first = store.commit(NetworkAddition{sampleNetwork(), {}});
   const ObjectKey key{201, "z"};
-  EXPECT_EQ(first + 1, store.setUserLabel(key, "label"));
-  EXPECT_EQ(first + 2, store.setOwner(key, "me"));
-  EXPECT_EQ(first + 3, store.mergeAdditionalInfo(key, {{"a", "1"}}));
-  EXPECT_EQ(first + 4, store.rename({{agent::RecordList::kTopoNodes, "n"}}, "name"));
-  EXPECT_EQ(first + 5, store.removeAttributes(key));
-  EXPECT_EQ(first + 6, store.remove(sampleNetwork().topoNodes, {}, {}));
+  EXPECT_EQ(first + 1, store.commit(agent::LabelChange{key, "label"}));
+  EXPECT_EQ(first + 2, store.commit(OwnerChange{key, "me"}));
+  EXPECT_EQ(first + 3, store.commit(InfoChange{key, {{"a", "1"}}}));
+  EXPECT_EQ(first + 4, store.commit(agent::NetworkRenaming{
+                           {{agent::RecordList::kTopoNodes, "n"}}, "name", {}}));
+  EXPECT_EQ(first + 5, store.commit(agent::AttributeRemoval{key}));
+  EXPECT_EQ(first + 6, store.commit(agent::NetworkRemoval{sampleNetwork().topoNodes, {}, {}}));
   EXPECT_EQ(first + 6, store.lastChange());
 }
 
 TEST_F(NetworkStoreTest, GivesNoNumberToAChangeThatFails) {
   NetworkStore store(path_);
-  const std::uint64_t first = store.add(sampleNetwork(), {});
-  EXPECT_THROW(store.add(sampleNetwork(), {}), StoreError);
+  const std::uint64_t first = store.commit(NetworkAddition{sampleNetwork(), {}});
+  EXPECT_THROW(store.commit(NetworkAddition{sampleNetwork(), {}}), StoreError);
   EXPECT_EQ(first, store.lastChange());
-  EXPECT_EQ(first + 1, store.setOwner({201, "z"}, "me"));
+  EXPECT_EQ(first + 1, store.commit(OwnerChange{{201, "z"}, "me"}));
 }
 
 TEST_F(NetworkStoreTest, BeginsChangeNumbersWithTheTimeInMillisecondsAndRaisesThemAtEveryOpen) {
@@ -447,7 +452,7 @@ TEST_F(NetworkStoreTest, BeginsChangeNumbersWithTheTimeInMillisecondsAndRaisesTh
   {
     NetworkStore store(path_, [] { return 9999999U; });
     EXPECT_EQ(1236U, store.lastChange());
-    EXPECT_EQ(1237U, store.setOwner({201, "z"}, "me"));
+    EXPECT_EQ(1237U, store.commit(OwnerChange{{201, "z"}, "me"}));
   }
   EXPECT_EQ(1238U, NetworkStore(path_).lastChange());
 }
@@ -455,7 +460,7 @@ TEST_F(NetworkStoreTest, BeginsChangeNumbersWithTheTimeInMillisecondsAndRaisesTh
 TEST_F(NetworkStoreTest, GivesNoChangeNumberAgainAfterTheProcessWasKilled) {
   const int status = statusOfChild([&] {
     NetworkStore store(path_, [] { return 1000000U; });
-    store.setOwner({201, "z"}, "me");
+    store.commit(OwnerChange{{201, "z"}, "me"});
     raise(SIGKILL);
   });
   ASSERT_TRUE(wasKilledBy(status, SIGKILL));
@@ -564,7 +569,7 @@ TEST_F(NetworkStoreTest, SaysThatAStoreIsDamagedWhereItMeetsDamage) {
   support::damageStore(path_);
   NetworkStore store(path_);
   try {
-    store.add(wideNetwork(3), {});
+    store.commit(NetworkAddition{wideNetwork(3), {}});
     ADD_FAILURE() << "the damage is unnoticed";
   } catch (const StoreError& error) {
     EXPECT_EQ(path_ + ": is damaged", std::string(error.what()));

@@ -1,0 +1,50 @@
+// A change of the network with its effect on the tables of the model, prepared so that applying the
+// effect can no longer fail. Part of the model.
+
+#ifndef AGENT_MODEL_PREPAREDCHANGE_H
+#define AGENT_MODEL_PREPAREDCHANGE_H
+
+#include <list>
+#include <string>
+#include <utility>
+#include <variant>
+#include <vector>
+
+#include "agent/model/NetworkTables.h"
+#include "agent/network/NetworkChange.h"
+
+namespace agent {
+
+// The pointers of all effects point into the tables for which the effect is prepared.
+
+struct AdditionEffect {
+  NetworkTables tables;                 // of the added records
+  std::vector<NetworkElement*> marked;  // elements that get the mark
+};
+
+struct RemovalEffect {
+  std::vector<NetworkTables::Node*> doomed;
+  std::vector<NetworkElement*> unmarked;   // elements that lose their mark
+  std::vector<ObjectKey> labels;           // objects that lose their label
+  std::list<NetworkTables::Node> removed;  // the removed nodes, freed outside the lock
+};
+
+struct RenamingEffect {
+  std::vector<std::pair<std::string*, std::string>> names;  // each place and its new content
+};
+
+struct LabelEffect {
+  ObjectKey key;
+  Labels label;  // one label, or none to remove the label of the object
+};
+
+// Valid until another change is applied.
+struct PreparedChange {
+  NetworkChange change;
+  // std::monostate: the model does not show this kind of change.
+  std::variant<std::monostate, AdditionEffect, RemovalEffect, RenamingEffect, LabelEffect> effect;
+};
+
+}  // namespace agent
+
+#endif

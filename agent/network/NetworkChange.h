@@ -1,0 +1,78 @@
+// Changes of a network as plain values: what a store commits, what the model then shows, and what
+// the event of the change reports.
+
+#ifndef AGENT_NETWORK_NETWORKCHANGE_H
+#define AGENT_NETWORK_NETWORKCHANGE_H
+
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <variant>
+#include <vector>
+
+#include "agent/network/ManagedObjects.h"
+#include "agent/network/Network.h"
+
+namespace agent {
+
+// The additional information of an object: names and values, every name once.
+using InfoPairs = std::vector<std::pair<std::string, std::string>>;
+
+// Adds the lists of a network after the lists of the stored network, and marks stored elements as
+// shown for a node. The name of the managing system counts only if none is stored yet.
+struct NetworkAddition {
+  Network network;
+  std::vector<std::int32_t> shownElements;  // stored elements that get the mark
+};
+
+// Removes nodes, everything that is stored about objects, and marks of elements. A node, object or
+// element that is not stored is ignored.
+struct NetworkRemoval {
+  std::vector<NS_DOMAIN::TopoNode_T> nodes;  // each after everything below it
+  std::vector<ObjectKey> objects;            // of which nothing stays stored
+  std::vector<std::int32_t> hiddenElements;  // elements that lose their mark
+};
+
+// Gives records another name.
+struct NetworkRenaming {
+  std::vector<NamedRecord> records;
+  std::string name;
+  std::vector<NS_DOMAIN::TopoNode_T> nodes;  // the nodes among the records, with the new name
+};
+
+// --- Attributes of an object. The object need not exist.
+
+// An empty label removes the label.
+struct LabelChange {
+  ObjectKey key;
+  std::string label;
+};
+
+// An empty owner removes the owner.
+struct OwnerChange {
+  ObjectKey key;
+  std::string owner;
+};
+
+// Merges pairs into the additional information, as mergedInfo(). REQUIRES: every name once.
+struct InfoChange {
+  ObjectKey key;
+  InfoPairs pairs;
+};
+
+// Removes label, owner and additional information.
+struct AttributeRemoval {
+  ObjectKey key;
+};
+
+using NetworkChange = std::variant<NetworkAddition, NetworkRemoval, NetworkRenaming, LabelChange,
+                                   OwnerChange, InfoChange, AttributeRemoval>;
+
+// The additional information after a merge. An empty value removes the pair of its name, another
+// value replaces the stored value in place, and a new name is appended. REQUIRES: every name once
+// in each of the lists.
+InfoPairs mergedInfo(const InfoPairs& stored, const InfoPairs& changes);
+
+}  // namespace agent
+
+#endif

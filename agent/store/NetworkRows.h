@@ -1,0 +1,31 @@
+// The lists of a network as rows of the database. Part of the store.
+
+#ifndef AGENT_STORE_NETWORKROWS_H
+#define AGENT_STORE_NETWORKROWS_H
+
+#include <cstdint>
+
+#include "agent/base/Cancellation.h"
+#include "agent/network/Network.h"
+
+namespace SQLite {
+class Database;
+}
+
+namespace agent {
+
+// The value of the column shown of an element that is shown because of a node that it got at run
+// time.
+constexpr std::int32_t kShownForNode = 2;
+
+// Appends the rows of a network; the store is no longer new. REQUIRES: a transaction. Throws
+// SQLite::Exception and Cancelled.
+void writeNetwork(SQLite::Database& database, const Network& network,
+                  const Cancellation& cancellation);
+
+// Throws SQLite::Exception, and std::out_of_range for an attribute without a node.
+Network readNetwork(SQLite::Database& database);
+
+}  // namespace agent
+
+#endif
