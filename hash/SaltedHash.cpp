@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::size_t kWord = sizeof(std::uint64_t);
 
-// The system gives as few bytes at once whole or not at all.
+// getrandom returns a salt of this size completely or fails; a partial result is impossible.
 Salt randomSalt() {
   Salt salt{};
   while (::getrandom(salt.data(), sizeof salt, 0) != static_cast<ssize_t>(sizeof salt)) {
@@ -31,7 +31,8 @@ std::uint64_t rotated(std::uint64_t word, int bits) {
   return (word << bits) | (word >> (64 - bits));
 }
 
-// The state of SipHash, with the names of the paper by Aumasson and Bernstein.
+// The state of SipHash, with the names of the paper by Aumasson and Bernstein ("SipHash: a fast
+// short-input PRF").
 class Sip {
  public:
   explicit Sip(const Salt& salt)
@@ -75,7 +76,8 @@ class Sip {
   std::uint64_t v3_;
 };
 
-// Little-endian on the machines that this is built for; another order would only be another hash.
+// Reads the bytes in the machine's order; on a big-endian machine the hashes differ, which is
+// harmless, because a hash never leaves the process.
 std::uint64_t wordOf(const char* bytes, std::size_t count) {
   std::uint64_t word = 0;
   std::memcpy(&word, bytes, count);

@@ -1,11 +1,12 @@
-// Hash tables whose keys come from outside: from clients, from network files, from a store.
+// Hash tables for keys from clients, network files and stores.
 //
-// The tables of the standard library hash a number to itself and a text with a fixed seed, so a
-// client can choose keys that all fall into one bucket, and every lookup then walks all of them.
-// These hash with SipHash-2-4 under a random salt of the process, so nobody outside can choose
-// colliding keys. The order of iteration differs from run to run.
+// The standard library hashes a number to itself and a text with a fixed seed, so a client can
+// choose keys that all collide, and each lookup then takes time linear in the number of keys. Hash
+// uses SipHash-2-4 with a random salt, so a client cannot choose colliding keys. The order of
+// iteration differs in every process.
 //
-// Thread-safety: hashing from any thread; the tables are as those of the standard library.
+// Thread-safety: Hash may be used on any thread; the tables are as safe as the standard tables.
+// Errors: see Hash.
 
 #ifndef HASH_SALTEDHASH_H
 #define HASH_SALTEDHASH_H
@@ -23,12 +24,12 @@ namespace salted {
 
 using Salt = std::array<std::uint64_t, 2>;
 
-// SipHash-2-4 of a text.
+// Returns the SipHash-2-4 of a text.
 std::uint64_t sipHash(const Salt& salt, std::string_view text);
 
-// For the tables below. The first call takes the salt from the system, and throws
-// std::system_error when the system gives none. The operators are not noexcept on purpose: so
-// the standard library keeps each key's hash in the table instead of computing it again.
+// The hash function of the tables below. The first call in a process reads the salt from the
+// system, and throws std::system_error when getrandom fails. The operators are not noexcept, so the
+// standard library stores the hash of each key instead of computing the hash again.
 struct Hash {
   std::size_t operator()(std::string_view text) const;
   std::size_t operator()(std::uint64_t number) const;

@@ -9,7 +9,7 @@ namespace {
 
 using NS_SECURITY_SERVICE1::SecurityIF;
 
-// Who the delivering thread acts as.
+// The identity and the level that the handler sets for the delivery thread.
 constexpr const char* kAccessIdentity = "NT";
 constexpr int kAccessLevel = 1;
 
@@ -24,8 +24,8 @@ void takeAccess() {
 }
 
 void dispatch(int eventId, const std::vector<NS_DOMAIN::TopoNode_T>& nodes) {
-  // Makes the instance if there is none. The operations do not depend on it, so an event is not
-  // lost when it cannot be made.
+  // Makes the instance on first use. The operations are static, so the event is handled even when
+  // the instance cannot be made.
   TopoEventMgr::Instance();
   switch (eventId) {
     case EVENT_TOPO_NODE_CREATED:
@@ -42,12 +42,12 @@ void dispatch(int eventId, const std::vector<NS_DOMAIN::TopoNode_T>& nodes) {
   }
 }
 
-// What the log raises in turn is dropped: the event manager must never see an exception.
+// Drops exceptions of the log: the event manager must not see an exception.
 void logFailure(const topo::LogSite& site, const char* format, int eventId) noexcept {
   try {
     topo::logFormat(site, kLogError, format, eventId);
   } catch (...) {
-    // There is no one left to tell.
+    // The failure of the log cannot be logged.
   }
 }
 

@@ -1,4 +1,4 @@
-// The receiver of the platform's topology events.
+// The handler of the platform's topology events.
 
 #ifndef TOPOEVENT_CORBATOPOEVENTHANDLER_H
 #define TOPOEVENT_CORBATOPOEVENTHANDLER_H
@@ -7,11 +7,14 @@
 
 namespace NS_CORBA {
 
-// Turns events into notifications of the agent. Thread-safety: has no state; events may come from
-// several threads at once.
+// Sends a notification for each node of an event.
+//
+// Thread-safety: any thread; the handler has no state. Ownership: the service object owns the
+// handler; events are borrowed for the call. Errors: HandleEvent logs every exception.
 class CorbaTopoEventHandler final : public TEEventHandler {
  public:
-  // Always 0. No exception leaves it: a failure is logged and ends the event.
+  // Always returns 0. A failure ends the handling of the event; notifications of earlier nodes have
+  // been sent.
   int HandleEvent(int eventId, int source, const TEEvent& event) override;
 };
 

@@ -1,6 +1,7 @@
-// What the module remembers of labels in test mode, so that it reports a change only once.
+// Caches of node labels, which suppress repeated label notifications in test mode.
 //
-// Thread-safety: every operation from any thread; comparing and storing is one step.
+// Thread-safety: any thread; storeChange compares and stores under one lock.
+// Errors: a function that stores may throw std::bad_alloc and then changes nothing.
 
 #ifndef TOPOEVENT_NODELABELCACHE_H
 #define TOPOEVENT_NODELABELCACHE_H
@@ -16,18 +17,18 @@
 
 namespace topo {
 
-// Two parallel lists: identifiers of nodes, and the last known label of each. An identifier may
-// stand in them more than once; the first entry counts.
+// A list of node identifiers with their last known labels. When an identifier occurs several times,
+// the first entry counts.
 class NodeLabelCache {
  public:
-  // Adds an entry at the end. Both lists grow or, when memory is short, none.
+  // Appends an entry.
   void append(const std::string& identifier, const std::string& label);
 
-  // False when the first entry of the identifier has this label already. Otherwise that entry gets
-  // the label; an identifier without an entry is not added.
+  // Stores a label in the entry of an identifier. Returns false when the entry has this label
+  // already; returns true, and stores nothing, for an identifier without an entry.
   bool storeChange(const std::string& identifier, const std::string& label);
 
-  // Both lists as they stand.
+  // Copies of the identifiers and of the labels, in the order of the entries.
   std::vector<std::string> identifiers() const;
   std::vector<std::string> labels() const;
 
@@ -41,15 +42,14 @@ class NodeLabelCache {
 
   mutable std::mutex mutex_;
   std::deque<Entry> entries_;  // guarded by mutex_; an entry never moves
-  // Where the first entry of an identifier is, so that a burst of changes is no walk each. The keys
-  // are the identifiers of the entries. Guarded by mutex_.
+  // Index of the first entry of each identifier. The keys refer to the entries. Guarded by mutex_.
   salted::Map<std::string_view, std::size_t> first_;
 };
 
-// The label that was reported last, "" at first.
+// The label of the last reported change; "" initially.
 class LastReportedLabel {
  public:
-  // Stores a label; false when it was the last one already.
+  // Stores a label. Returns false when the label is the stored one.
   bool storeChange(const std::string& label);
 
  private:
@@ -57,7 +57,7 @@ class LastReportedLabel {
   std::string label_;  // guarded by mutex_
 };
 
-// One of each in a loaded module, until it is unloaded.
+// The caches of the module, which live until the module is unloaded.
 extern NodeLabelCache nodeLabelCache;
 extern LastReportedLabel lastReportedLabel;
 

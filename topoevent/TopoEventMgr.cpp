@@ -32,15 +32,15 @@ constexpr const char* kNothingToUnSubscribe =
 constexpr int kEvents[] = {EVENT_TOPO_NODE_CREATED, EVENT_TOPO_NODE_DELETED,
                            EVENT_TOPO_NODE_CHANGED};
 
-// What the platform wants with a subscription.
+// The `third` and `fourth` arguments of TEEventMgr::Subscribe.
 constexpr int kThirdArgument = 21;
 constexpr int kFourthArgument = 0;
 
 constexpr const char* kLabelAttribute = "nativeEMSName";
 
-// Guarded by ACE's lock of static objects. Goes with the module at the latest.
+// Guarded by ACE's lock of static objects. Deleted by CleanUp, or with the module.
 std::unique_ptr<TopoEventMgr> ownedInstance;
-// The same for everybody who asks without the lock.
+// A copy of ownedInstance.get(), for readers without the lock.
 std::atomic<TopoEventMgr*> instance{nullptr};
 
 void subscribe(TEEventHandler* handler) {
@@ -66,7 +66,7 @@ void unSubscribe(TEEventHandler* handler) {
   }
 }
 
-// A node that cannot be named is reported all the same, so nobody asks for the result.
+// Ignores the result: a node without a name is reported too.
 void fillName(globaldefs::NVSList_T& name, const TopoNode_T& node) {
   TopoManagementMgr::convertDomainToTmfObjName(name, node.nodeType, node.nodeId);
 }
@@ -79,7 +79,7 @@ Verdict judgeInTestMode(const TopoNode_T& node) {
   if (!topo::nodeLabelCache.storeChange(node.nodeId, node.nativeName)) {
     return Verdict::kEndEvent;
   }
-  // The cache knows empty labels too, the last reported one is never empty.
+  // nodeLabelCache stores empty labels, lastReportedLabel does not.
   const bool report =
       !node.nativeName.empty() && topo::lastReportedLabel.storeChange(node.nativeName);
   return report ? Verdict::kReport : Verdict::kSkipNode;
@@ -95,7 +95,7 @@ Verdict judge(const TopoNode_T& node) {
 void setLabel(notifications::NVList_T& attributes, const std::string& label) {
   notifications::NameAndAnyValue_T& attribute = topo::at(attributes, 0);
   attribute.name = topo::duplicate(kLabelAttribute);
-  attribute.value <<= label.c_str();  // copied; some ORBs put a null there when memory is short
+  attribute.value <<= label.c_str();  // copies; some ORBs store null when memory is short
   const char* copy = nullptr;
   if (!(attribute.value >>= copy) || copy == nullptr) {
     throw std::bad_alloc();
@@ -142,7 +142,7 @@ int TopoEventMgr::OnSubscibeEvent(TEEventHandler* pHandler) {
   try {
     subscribe(pHandler);
   } catch (...) {
-    // The module does without events; subscriptions that were made stay.
+    // The module works without events. Subscriptions made before the exception stay.
   }
   return 0;
 }
@@ -155,7 +155,7 @@ int TopoEventMgr::OnUnSubscibeEvent(TEEventHandler* pHandler) {
   try {
     unSubscribe(pHandler);
   } catch (...) {
-    // There is nothing else that could be done.
+    // The handler may stay subscribed; the module keeps the handler alive.
   }
   return 0;
 }

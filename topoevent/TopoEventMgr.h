@@ -1,7 +1,7 @@
-// The module's part in the platform's topology events: who gets them, and which notifications they
-// become.
+// Subscribes the module to the platform's topology events, and turns events into notifications.
 //
-// Thread-safety: every operation from any thread.
+// Thread-safety: any thread. Ownership: the module owns the instance; handlers and nodes are
+// borrowed.
 
 #ifndef TOPOEVENT_TOPOEVENTMGR_H
 #define TOPOEVENT_TOPOEVENTMGR_H
@@ -10,37 +10,39 @@
 
 #include "platform/event/EventMgr.h"
 
-// Has no data, so that its operations need no instance: they do their work also when Instance could
-// give none.
+// The operations are static, so they work even when Instance returns null.
 class TopoEventMgr {
  public:
-  // The one instance, made on first use. Null when there is none yet and ACE's lock of static
-  // objects cannot be taken.
+  // The instance, made on first use. Returns null when ACE's lock of static objects cannot be
+  // locked and there is no instance yet.
   static TopoEventMgr* Instance();
 
-  // Destroys the instance; the next use makes a new one. When the lock cannot be taken, the
-  // instance stays.
+  // Deletes the instance; the next Instance call makes a new instance. Does nothing when ACE's lock
+  // cannot be locked.
   static void CleanUp();
 
-  // Subscribe a handler to the three events, if the platform lets this process have events at all,
-  // and unsubscribe it from them, subscribed or not. The caller keeps the handler alive in between.
-  // Whatever the platform raises is dropped: without a subscription there are no events, that is
-  // all. Always 0.
+  // Subscribes a handler to the three events, when SecurityIF allows events. The caller keeps the
+  // handler alive until OnUnSubscibeEvent returns. Always returns 0: exceptions of the platform are
+  // dropped, and the module then works without events. Logs a null handler.
   static int OnSubscibeEvent(TEEventHandler* pHandler);
+
+  // Unsubscribes a handler from the three events, also when it was never subscribed. Result and
+  // errors as for OnSubscibeEvent.
   static int OnUnSubscibeEvent(TEEventHandler* pHandler);
 
-  // --- One notification for each node of an event, in order. Whatever raises an exception ends the
-  // --- event there: what was sent stays sent, and the exception passes. Always 0.
+  // --- Each function sends a notification for each node, in order, and returns 0. The first
+  // --- exception passes to the caller; the remaining nodes are not handled.
 
-  // The node with its name. All nodes of an event share one record, so that a field of which a node
-  // says nothing is that of the node before it.
+  // Sends object creations. The nodes share a record, so a field that the conversion of a node
+  // leaves unchanged has the value of the node before.
   static int notifyNodesCreated(const std::vector<NS_DOMAIN::TopoNode_T>& nodes);
 
-  // A node without a valid name is reported with as much of it as there is.
+  // Sends object deletions. A failed name conversion is ignored; the name may be partial.
   static int notifyNodesDeleted(const std::vector<NS_DOMAIN::TopoNode_T>& nodes);
 
-  // The changed label; nodes without a label are skipped. In test mode, a node whose label is known
-  // already ends the event, and a label that was the last one reported is not reported again.
+  // Sends attribute value changes of "nativeEMSName". Skips nodes without a label. In test mode, a
+  // node whose label is in nodeLabelCache ends the event, and the label of the last notification is
+  // not sent again.
   static int notifyNodeLabelsChanged(const std::vector<NS_DOMAIN::TopoNode_T>& nodes);
 };
 

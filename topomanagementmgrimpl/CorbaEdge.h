@@ -1,4 +1,4 @@
-// The edge between the module and the ORB.
+// The exception boundary between the module and the ORB.
 
 #ifndef TOPOMANAGEMENTMGRIMPL_CORBAEDGE_H
 #define TOPOMANAGEMENTMGRIMPL_CORBAEDGE_H
@@ -9,9 +9,9 @@
 
 namespace topo {
 
-// Runs a servant operation. ProcessingFailureException and CORBA system exceptions pass to the
-// client; anything else means that the platform is broken, and ends the process rather than being
-// reported to a client as if it were the client's failure.
+// Runs a servant operation. Passes ProcessingFailureException and CORBA system exceptions to the
+// ORB, which reports them to the client. Any other exception means that the platform is broken:
+// atCorbaEdge then ends the process. Thread-safety: any thread.
 template <typename Operation>
 auto atCorbaEdge(const Operation& operation) -> decltype(operation()) {
   try {

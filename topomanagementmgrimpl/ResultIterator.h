@@ -49,7 +49,7 @@ constexpr topo::LogSite kCleanupSite{kFile, 257};
 constexpr const char* kCleanup = "[Trait::createIterator]cleanup_in_progress is true.";
 
 // Logs the reason why there is no iterator, then throws the failure.
-inline void refuse(const topo::LogSite& site, const char* text) {
+inline void logAndThrow(const topo::LogSite& site, const char* text) {
   topo::logText(site, kLogError, text);
   ThrowException(ERR_TOPO_CONVERSION);
 }
@@ -285,9 +285,10 @@ struct TAIT {
 
     static void checkPoa(PortableServer::POA_ptr poa) {
       if (!orb::isOrbsOwnPoa(poa)) {
-        result_iterator::refuse(result_iterator::kForeignPoaSite, result_iterator::kForeignPoa);
+        result_iterator::logAndThrow(result_iterator::kForeignPoaSite,
+                                     result_iterator::kForeignPoa);
       } else if (orb::isCleanupInProgress(poa)) {
-        result_iterator::refuse(result_iterator::kCleanupSite, result_iterator::kCleanup);
+        result_iterator::logAndThrow(result_iterator::kCleanupSite, result_iterator::kCleanup);
       }
     }
   };

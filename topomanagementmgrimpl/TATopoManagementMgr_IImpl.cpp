@@ -27,7 +27,7 @@ using LinkIteratorTrait =
     TAIT<POA_topologicalLink::TopologicalLinkIterator_I, topologicalLink::TopologicalLinkList_T,
          topologicalLink::TopologicalLinkList_T_out>::Trait;
 
-// Runs a view of the business class and splits what it found.
+// Runs a view of TopoManagementMgr and returns its nodes as a first batch and an iterator.
 template <typename View>
 void answerView(const View& view, CORBA::ULong how_many, const NodeList_T_out& nodeList,
                 const NodeIterator_I_out& nodeIt) {
@@ -41,7 +41,7 @@ void answerView(const View& view, CORBA::ULong how_many, const NodeList_T_out& n
   NodeIteratorTrait::createIterator(nodes.release(), how_many, nodeList, nodeIt);
 }
 
-// --- Clock views. The domain query is guarded: whatever it raises becomes a failure code.
+// --- Clock views. Every exception of the domain query becomes a failure code.
 
 struct ClockFailure {
   topo::LogSite site;
@@ -57,7 +57,7 @@ constexpr ClockFailure kClockLinksFailed{
     "[TopoManagementMgr::getAllClockSourceViewlTopologicalLinks]: catch processException! "
     "errorCode = %d"};
 
-constexpr int kClockQueryKind = 10;  // what both clock queries are asked for
+constexpr int kClockQueryKind = 10;  // the `kind` argument of both clock queries
 
 template <typename Query>
 void runClockQuery(const Query& query, const ClockFailure& failed) {
@@ -71,7 +71,7 @@ void runClockQuery(const Query& query, const ClockFailure& failed) {
   }
 }
 
-// Reads clock records through one query of the domain, builds the list and splits it.
+// Runs a clock query, converts the result and returns it as a first batch and an iterator.
 template <typename Trait, typename Info, typename OutList, typename OutIterator>
 void answerClockView(void (NS_DOMAIN::TopoData::*query)(const int&,
                                                         NS_UTIL::REF_Impl<std::vector<Info>>*,
@@ -112,7 +112,7 @@ void TATopoManagementMgr_IImpl::setOwner(const globaldefs::NVSList_T& objectName
   topo::atCorbaEdge([&] { ThrowException(TECommonFunc::onSetOwner(objectName, owner)); });
 }
 
-// The lists leave operations out on purpose: clients know the manager by these seven.
+// Reports seven of the ten operations, on purpose: clients rely on exactly this list.
 void TATopoManagementMgr_IImpl::getCapabilities(common::CapabilityList_T_out capabilities) {
   topo::atCorbaEdge([&] {
     const std::vector<std::string> attributeOperations = {

@@ -1,10 +1,11 @@
 // The servant of the manager "TopoManagement".
 //
-// Thin: every operation checks its input where that is asked for, hands the work to the agent or to
-// the views, and turns failure codes into ProcessingFailureException.
+// Every operation calls the agent (common attributes, capabilities) or TopoManagementMgr (views),
+// and translates failure codes into ProcessingFailureException.
 //
-// Thread-safety: no state; every operation from any ORB thread. Lifetime by the servant's reference
-// count.
+// Thread-safety: any ORB thread; the servant has no state. Ownership: reference-counted; the agent
+// owns the creation reference. Errors: ProcessingFailureException and CORBA system exceptions reach
+// the client; any other exception ends the process.
 
 #ifndef TOPOMANAGEMENTMGRIMPL_TATOPOMANAGEMENTMGR_IIMPL_H
 #define TOPOMANAGEMENTMGRIMPL_TATOPOMANAGEMENTMGR_IIMPL_H
@@ -41,7 +42,7 @@ class TATopoManagementMgr_IImpl : public virtual POA_TopoManagementManager::Topo
       CORBA::ULong how_many, topologicalLink::TopologicalLinkList_T_out linkList,
       topologicalLink::TopologicalLinkIterator_I_out linkIt) override;
 
-  // For callers in the process: not part of the interface.
+  // Not an operation of the IDL interface: for callers in this process.
   void resetObject(const globaldefs::NVSList_T& objectName);
 
  protected:

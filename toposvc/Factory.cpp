@@ -1,4 +1,4 @@
-// The module's one exported symbol, in the form of an ACE service-object factory.
+// The only exported symbol of the module: an ACE service-object factory.
 
 #include <memory>
 
@@ -8,10 +8,10 @@
 
 namespace {
 
-// Destroys the service object; the loader gets this together with the object.
+// Deletes the service object. The factory passes this function to the loader.
 void destroyService(void* _p) {
   if (_p == nullptr) {
-    // Holds in every build; ACE_ASSERT vanishes from optimised ones.
+    // Not ACE_ASSERT, because a release build removes ACE_ASSERT.
     ACE_VERSIONED_NAMESPACE_NAME::__ace_assert("toposvc", 33, ACE_TEXT("_p != 0"));
   }
   delete static_cast<ACE_Service_Object*>(_p);
@@ -28,5 +28,5 @@ ACE_Service_Object* _make_zu_corba_topo(ACE_Service_Object_Exterminator* gobbler
   }
   auto service = std::make_unique<zu_corba_topo>();
   NS_BUNDLEMGR1::SetIFBuf("NULLServiceInterface", service->CreateInterface());
-  return service.release();  // the loader destroys it through the gobbler
+  return service.release();  // the loader calls destroyService
 }

@@ -1,4 +1,4 @@
-// Traces the beginning and the end of a servant's life.
+// Logs the construction and the destruction of a servant.
 
 #ifndef TOPOSVC_REFCOUNT_H
 #define TOPOSVC_REFCOUNT_H
@@ -7,14 +7,15 @@
 
 namespace NS_CORBA {
 
-// A servant with two log lines added. The counting is the servant base's own.
+// A servant class with two log lines. The servant base counts the references.
+// Thread-safety, ownership and errors: those of Servant.
 template <typename Servant>
 class RefCount : public Servant {
  public:
   RefCount() { topo::logText(kMadeSite, kLogTrace, "[ RefCount]  ref_count!"); }
 
  protected:
-  // Reached through the servant's reference count alone.
+  // Called by the last _remove_ref.
   ~RefCount() override {
     topo::logTextQuietly(kDestroyedSite, kLogTrace,
                          "[ ~RefCount]  Reference count associated object destroyed!");

@@ -5,7 +5,8 @@
 
 #include "platform/agent/AgentConfig.h"
 
-// Lives inside the manager's registration record; the agent never deletes it.
+// Thread-safety: any thread; no state. Ownership: part of the registration record of the service
+// object; the agent borrows the factory. Errors: see MgrFactory::create.
 class TOPONorthMgrFactory final : public NS_CORBA::MgrFactory {
  public:
   POA_common::Common_I* create() override;

@@ -24,23 +24,24 @@ using NS_CORBA::RefCount;
 using NS_CORBA::TATopoManagementMgr_IImpl;
 using NS_DOMAIN::TopoNode_T;
 
-// What the agent knows of the manager while it is registered.
+// The registration of the manager: the agent borrows both fields while the manager is registered.
 struct MgrRegistration {
   const char* name = "TopoManagement";
   TOPONorthMgrFactory factory;
 };
 
-// The record of the present registration, null while there is none.
+// The current registration; null when the manager is not registered.
 std::unique_ptr<MgrRegistration> registration;
 
-// The receiver of events that the last init made, null before the first one.
+// The event handler of the last init; null before the first init.
 std::unique_ptr<CorbaTopoEventHandler> eventHandler;
 
-// Receivers of earlier inits. One may still be subscribed, when no fini followed its init or when
-// the platform refused to unsubscribe it, so they live as long as the module.
+// The event handlers of earlier inits. An earlier handler may still be subscribed (no fini followed
+// its init, or UnSubscribe failed), so the handlers live as long as the module.
 std::vector<std::unique_ptr<CorbaTopoEventHandler>> earlierEventHandlers;
 
-// The creation reference is the caller's. Null, with errno ENOMEM, when memory is short.
+// The caller owns the creation reference. When memory is short, returns null and sets errno to
+// ENOMEM.
 POA_common::Common_I* makeServant() {
   auto* servant = new (std::nothrow) RefCount<TATopoManagementMgr_IImpl>;
   if (servant == nullptr) {
@@ -49,12 +50,12 @@ POA_common::Common_I* makeServant() {
   return servant;
 }
 
-// A manager that is not registered is no error.
+// Ignores every failure, as that of a manager that is not registered.
 void unregisterQuietly(const char* name) {
   try {
     CorbaBaseAgentConfig::Instance()->UnregisterMgr(name);
   } catch (...) {
-    // Nothing was there to withdraw.
+    // The manager is not registered, or the agent cannot be reached.
   }
 }
 
@@ -80,7 +81,7 @@ void unsubscribeFromEvents() {
   TopoEventMgr::CleanUp();
 }
 
-// What is in the cache from an earlier init stays in front.
+// Entries of an earlier init stay before the new entries.
 void seedNodeLabelCache() {
   topo::Holder<std::vector<TopoNode_T>> nodes;
   topo::GetCorbaDomain()->GetTopoData()->GetAllTopoNodes(nodes.get());
@@ -108,11 +109,11 @@ NS_BUNDLEMGR1::ServiceInterface* zu_corba_topo::CreateInterface() {
 
 int zu_corba_topo::init(int, ACE_TCHAR*[]) {
   auto record = std::make_unique<MgrRegistration>();
-  // An earlier load that went without fini may have left its registration behind.
+  // An earlier load without fini may have left its registration.
   unregisterQuietly(record->name);
   CorbaBaseAgentConfig::Instance()->RegisterMgr(record->name, &record->factory);
   PortableServer::Servant_var<POA_common::Common_I> servant = makeServant();
-  // The agent owns the servant from this call on, and decides what a null one means.
+  // The agent takes over the servant. A null servant is passed too; the agent handles it.
   CorbaAgentConfig::Instance()->RegisterServant(record->name, servant._retn());
   registration = std::move(record);
   subscribeToEvents();

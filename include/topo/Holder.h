@@ -1,4 +1,4 @@
-// Ownership of a domain query's result holder.
+// Owns the result holder of a domain query.
 
 #ifndef TOPO_HOLDER_H
 #define TOPO_HOLDER_H
@@ -7,11 +7,13 @@
 
 namespace topo {
 
-// Makes a holder with a count of one and releases it at the end of the scope, on every path.
+// Makes a holder with a reference count of 1, and calls Release at the end of the scope.
+// Thread-safety: none. Ownership: owns one reference. Errors: the constructor may throw
+// std::bad_alloc.
 template <typename T>
 class Holder {
  public:
-  // The holder destroys itself with its last release, which may be the platform's.
+  // Plain new: the last Release deletes the holder, in the module or in the platform.
   Holder() : holder_(new NS_UTIL::REF_Impl<T>) {}
   ~Holder() { holder_->Release(); }
 

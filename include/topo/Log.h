@@ -1,7 +1,8 @@
-// Log sites of the module.
+// Log calls of the module.
 //
-// The agent reports a message at the calling thread's log position, so every site first says where
-// it is.
+// The agent logs a message with the log position of the calling thread, so each function sets the
+// position first. Thread-safety: any thread. Ownership: texts are borrowed for the call.
+// Errors: exceptions of the log pass, except in logTextQuietly.
 
 #ifndef TOPO_LOG_H
 #define TOPO_LOG_H
@@ -12,11 +13,11 @@
 
 namespace topo {
 
-// Function names are never told.
+// The function name of every log position of the module.
 constexpr const char* kUnknownFunction = "unknown";
 
-// Where a message comes from. Operators' filters know some of these numbers, so where a number is
-// fixed it is a constant beside its text and does not follow the source.
+// The source position of a message. Operators filter for some of the line numbers: such a number is
+// a constant beside the text of the message, and stays the same when the source changes.
 struct LogSite {
   const char* file;
   std::int32_t line;
@@ -40,12 +41,12 @@ void logFormat(const LogSite& site, int level, const char* format, Arguments... 
   NS_CORBA::TaDebugWithPara(level, format, arguments...);
 }
 
-// For destructors: whatever the log raises is dropped.
+// For destructors: drops exceptions of the log.
 inline void logTextQuietly(const LogSite& site, int level, const char* text) noexcept {
   try {
     logText(site, level, text);
   } catch (...) {
-    // There is no one left to tell.
+    // The failure of the log cannot be logged.
   }
 }
 

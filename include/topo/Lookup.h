@@ -1,7 +1,9 @@
-// Finding the platform's service interfaces by name and type.
+// Finds the platform's service interfaces by name and type.
 //
-// Thread-safety: every function from any thread. A found interface stays valid while its bundle
-// leaves it published; it is looked up afresh for every use.
+// Thread-safety: any thread. Ownership: the publishing bundle owns an interface, which is valid
+// while it is published; callers look up the interface again for each use.
+// Errors: InterfaceNotExistException when no bundle offers the interface; any other failure ends
+// the process.
 
 #ifndef TOPO_LOOKUP_H
 #define TOPO_LOOKUP_H
@@ -18,7 +20,7 @@
 
 namespace topo {
 
-// The name under which an interface type is published.
+// The name under which bundles publish an interface type.
 template <typename Interface>
 struct ServiceName;
 
@@ -37,12 +39,12 @@ struct ServiceName<NS_SECURITY_SERVICE1::SecurityIF> {
   static constexpr const char* value = "SecurityIF";
 };
 
-// Null until the first lookup of the interface, then a placeholder for as long as the module is
-// loaded: the framework's mark that this module uses the interface.
+// Tells the framework that the module uses the interface: null until the first lookup, then a
+// placeholder until the module is unloaded.
 template <typename Interface>
 inline std::atomic<NS_BUNDLEMGR1::NULLServiceInterface*> placeholderSlot{nullptr};
 
-// Holds a framework mutex, if it could be taken at all.
+// Locks a framework mutex for a scope. A failed lock is not an error: see locked().
 class FrameworkLock {
  public:
   explicit FrameworkLock(ACE_mutex_t& mutex)
@@ -64,13 +66,13 @@ class FrameworkLock {
   const bool locked_;
 };
 
-// One lookup of one interface, built on the stack.
+// A lookup of an interface. Thread-safety: none; each lookup makes its own object.
 template <typename Interface>
 class ServiceInterfaceRef {
  public:
   ServiceInterfaceRef() { fillPlaceholderSlot(); }
 
-  // The interface; throws InterfaceNotExistException and nothing else.
+  // Returns the interface, never null. Throws InterfaceNotExistException only.
   Interface* get() {
     Interface* found = find();
     if (found == nullptr) {
@@ -80,25 +82,25 @@ class ServiceInterfaceRef {
   }
 
  private:
-  // The slot is filled without the mutex when that cannot be taken; the placeholder is one object
-  // whoever stores it.
+  // Fills the slot without the mutex when the mutex cannot be locked: every thread stores the same
+  // placeholder.
   void fillPlaceholderSlot() {
     if (placeholderSlot_.load(std::memory_order_acquire) != nullptr) {
       return;
     }
     const FrameworkLock lock(mutex_);
     if (placeholderSlot_.load(std::memory_order_relaxed) == nullptr) {
-      // Not on the heap: nothing of it may be left behind when the module is unmapped.
+      // Static: a heap object would leak when the module is unloaded.
       static NS_BUNDLEMGR1::NULLServiceInterface placeholder;
       placeholderSlot_.store(&placeholder, std::memory_order_release);
     }
   }
 
-  // Anything that the bundle manager throws ends the process: the lookup has one failure only.
+  // noexcept: an exception of the bundle manager ends the process.
   Interface* find() noexcept {
     buffer_ = NS_BUNDLEMGR1::CheckIFBuf(ServiceName<Interface>::value);
     NS_BUNDLEMGR1::ServiceInterface* published = buffer_ != nullptr ? buffer_->First() : nullptr;
-    // What is published under the name has the type that goes with the name.
+    // The name implies the type.
     return published != nullptr ? static_cast<Interface*>(published) : search(candidates());
   }
 
@@ -126,7 +128,7 @@ class ServiceInterfaceRef {
     return nullptr;
   }
 
-  // Later lookups find it in the buffer. REQUIRES: mutex_ is held.
+  // Later lookups use the buffer. REQUIRES: mutex_ is locked.
   void publish(Interface* found) {
     if (buffer_ != nullptr && buffer_->First() == nullptr) {
       buffer_->Append(found);
@@ -139,14 +141,13 @@ class ServiceInterfaceRef {
   std::atomic<NS_BUNDLEMGR1::NULLServiceInterface*>& placeholderSlot_ = placeholderSlot<Interface>;
 };
 
-// The interface of a type. Throws InterfaceNotExistException when no bundle offers it.
+// Returns the interface of a type.
 template <typename Interface>
 Interface* lookup() {
   return ServiceInterfaceRef<Interface>().get();
 }
 
-// The domain as the CORBA northbound sees it; every topology read goes through it. Throws
-// InterfaceNotExistException.
+// Returns the domain facet of the client "CORBA", which all domain queries of the module use.
 inline NS_DOMAIN::DomainFacet* GetCorbaDomain() {
   return lookup<NS_DOMAIN::DomainInterface>()->GetFacet("CORBA");
 }

@@ -1,4 +1,4 @@
-// A failed platform call that has no exception of its own yet.
+// Reports a failure code of a platform call as a ProcessException.
 
 #ifndef TOPO_PLATFORMFAILURE_H
 #define TOPO_PLATFORMFAILURE_H
@@ -10,8 +10,8 @@
 
 namespace topo {
 
-// Fills a fresh exception with the code of the failure and where it was met, and reports it to the
-// agent at that position. Throwing it is the caller's.
+// Fills an empty exception with a failure code, a log site and a message, and passes the exception
+// to NbiException. The caller throws the exception afterwards. Thread-safety: any thread.
 inline void reportFailure(ProcessException& failure, const LogSite& site, std::int32_t code,
                           const std::string& message) {
   failure.errorCode = code;

@@ -1,7 +1,11 @@
-// Building TMF records, the same on every ORB.
+// Builds TMF records, with the same result on every ORB.
 //
-// Strings and lists put into a record are owned by it. Lists are only sized with setLength, so that
-// an element nobody has written yet is always a fresh record.
+// REQUIRES: code of the module sizes lists with setLength only, so each new element is a fresh
+// record: empty texts, empty lists, zeros.
+//
+// Thread-safety: none; callers share no record between threads. Ownership: a record owns its texts
+// and lists. Errors: CORBA::BAD_PARAM for an index outside a list, std::bad_alloc when memory is
+// short.
 
 #ifndef TOPO_TMFRECORDS_H
 #define TOPO_TMFRECORDS_H
@@ -18,7 +22,7 @@
 
 namespace topo {
 
-// The mapping leaves numbers of a new record undefined; fresh records have zeros.
+// Sets the numbers of a record to 0; the C++ mapping leaves the numbers of a new record undefined.
 inline void clearNumbers(globaldefs::NameAndStringValue_T&) {}
 inline void clearNumbers(notifications::NameAndAnyValue_T&) {}
 
@@ -33,7 +37,7 @@ inline void clearNumbers(topologicalLink::TopologicalLink_T& link) {
   link.rate = 0;
 }
 
-// A copy for the caller. Throws bad_alloc when memory is short; some ORBs return null then.
+// Returns a copy, which the caller owns. Never null; some ORBs return null when memory is short.
 inline char* duplicate(const char* text) {
   char* const copy = CORBA::string_dup(text);
   if (copy == nullptr) {
@@ -42,7 +46,7 @@ inline char* duplicate(const char* text) {
   return copy;
 }
 
-// A record with empty texts, empty lists and zeros.
+// Returns a record with empty texts, empty lists and zeros.
 template <typename Record>
 Record freshRecord() {
   Record record;
@@ -50,7 +54,7 @@ Record freshRecord() {
   return record;
 }
 
-// The element at an index; CORBA::BAD_PARAM when the list is not that long.
+// Returns the element at an index.
 template <typename List>
 auto& at(List& list, CORBA::ULong index) {
   if (index >= list.length()) {
@@ -59,8 +63,8 @@ auto& at(List& list, CORBA::ULong index) {
   return list[index];
 }
 
-// Moves a list into a longer buffer of its own. An ORB's own growth may take more room than is
-// asked for, and may lose the new buffer when a record cannot be copied into it.
+// Copies a list into a new, longer buffer. Not left to the ORB, because some ORBs allocate more
+// than `length` records, or leak the new buffer when the copy of a record fails.
 template <typename List>
 void enlarge(List& list, CORBA::ULong length) {
   using Record = std::remove_reference_t<decltype(list[0])>;
@@ -78,10 +82,9 @@ void enlarge(List& list, CORBA::ULong length) {
   list.replace(length, length, buffer.release(), true);
 }
 
-// Sizes a list: elements that stay are kept, elements that come are fresh, and elements that are
-// cut off do not come back when the list grows again. Some ORBs keep the contents of cut-off
-// elements in the buffer, hence the resetting. Records that the list only borrows are left alone.
-// When memory is short the list stays as it was.
+// Sizes a list. Existing elements are kept and new elements are fresh. Some ORBs keep the contents
+// of removed elements in the buffer, so setLength resets elements when the list shrinks and when it
+// grows. A borrowed buffer is not written. When memory is short, the list does not change.
 template <typename List>
 void setLength(List& list, CORBA::ULong length) {
   using Record = std::remove_reference_t<decltype(list[0])>;
@@ -100,7 +103,7 @@ void setLength(List& list, CORBA::ULong length) {
   }
 }
 
-// Writes the pair at an index; CORBA::BAD_PARAM when the list is not that long.
+// Writes the pair at an index.
 inline void setPair(globaldefs::NVSList_T& list, CORBA::ULong index, const char* name,
                     const std::string& value) {
   globaldefs::NameAndStringValue_T& pair = at(list, index);
