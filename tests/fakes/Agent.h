@@ -1,4 +1,6 @@
-// The agent's side of the fakes: what it answers, and what it was handed.
+// The fake agent: its answers, and the objects that the module passed to the agent.
+//
+// Thread-safety: any thread, except that a test writes agent() before the calls that read it.
 
 #ifndef TESTS_FAKES_AGENT_H
 #define TESTS_FAKES_AGENT_H
@@ -16,23 +18,21 @@
 
 namespace fakes {
 
-// What the agent answers. Set by the test before calls are made, read by the fakes. Steps of
-// "CorbaBaseAgentConfig::Instance" and "CorbaAgentConfig::Instance" run without a line in the
-// journal.
+// The answers of the agent. Calls of "CorbaBaseAgentConfig::Instance" and
+// "CorbaAgentConfig::Instance" run planned steps but write no line in the journal.
 struct Agent {
   std::atomic<bool> testSwitch{false};
-  std::deque<bool> testSwitchAnswers;  // of the next calls, one thread only; then testSwitch
+  std::deque<bool> testSwitchAnswers;  // the next answers, before testSwitch; for one thread
   std::string emsName = "EMS-1";
 
-  std::string attributeErrorText;              // what onSetAdditionalInfo reports
-  globaldefs::NVSList_T storedAdditionalInfo;  // what it gives back, when not empty
-  bool returnStoredAdditionalInfo = false;
+  std::string attributeErrorText;              // the error text of onSetAdditionalInfo
+  globaldefs::NVSList_T storedAdditionalInfo;  // the in-place result of onSetAdditionalInfo,
+  bool returnStoredAdditionalInfo = false;     // when this is set
 };
 
 Agent& agent();
 
-// --- Managers and servants. The fake agent owns servants from RegisterServant on, also when that
-// --- raises something.
+// --- Managers and servants. RegisterServant takes over the servant, also when the call throws.
 
 // The factory registered under a name, or null.
 NS_CORBA::MgrFactory* registeredFactory(const std::string& name);
@@ -43,24 +43,24 @@ std::vector<POA_common::Common_I*> registeredServants();
 // Drops the agent's references to servants.
 void releaseServants();
 
-// --- Iterators. The fake agent owns an iterator servant from a successful add_Iterator on. Steps
-// planned for "add_Iterator late" run when the servant is registered.
+// --- Iterators. A successful add_Iterator takes over the servant, then runs the steps planned for
+// --- "add_Iterator late".
 
-// The POA that getIteratorPoa gives, nil at first.
+// Sets the result of getIteratorPoa; nil initially.
 void useIteratorPoa(PortableServer::POA_ptr poa);
 
-// The servants that are registered now, oldest first; each with a reference of its own.
+// The registered servants, oldest first; the caller owns a reference to each servant.
 std::vector<PortableServer::ServantBase_var> registeredIterators();
 
-// The servant that add_Iterator was last called with, for steps of that call; borrowed.
+// The argument of the last add_Iterator call, for steps of that call; borrowed.
 PortableServer::ServantBase* offeredIterator();
 
-// Ends every registered iterator as the agent's idle time-out does.
+// Deactivates every registered iterator, as the agent's idle timeout does.
 void endIterators();
 
 // --- Failures.
 
-// What NbiException was told about a failure.
+// The exception of an NbiException call.
 struct ReportedFailure {
   std::int32_t errorCode = 0;
   std::int32_t line = 0;

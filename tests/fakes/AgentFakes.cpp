@@ -1,4 +1,4 @@
-// The functions and singletons that the agent provides.
+// The functions and singletons of the agent's contracts.
 
 #include <cstdarg>
 #include <cstdio>
@@ -55,7 +55,7 @@ std::string printedTexts(const std::vector<std::string>& texts) {
   return result + "]";
 }
 
-// A servant that the POA does not know is no error, nor is a POA that is gone.
+// Ignores an unknown servant and a destroyed POA.
 void deactivate(PortableServer::POA_ptr poa, PortableServer::ServantBase* servant) {
   try {
     const PortableServer::ObjectId_var id = poa->servant_to_id(servant);
@@ -65,7 +65,7 @@ void deactivate(PortableServer::POA_ptr poa, PortableServer::ServantBase* servan
   }
 }
 
-// Takes a servant out of the list of iterators; false when it is not in it.
+// Removes a servant from the list of iterators. Returns false for an unknown servant.
 bool forgetIterator(PortableServer::ServantBase* servant) {
   const std::lock_guard<std::mutex> lock(mutex);
   for (auto it = state.iterators.begin(); it != state.iterators.end(); ++it) {

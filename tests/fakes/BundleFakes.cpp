@@ -118,7 +118,7 @@ void makeSharedMutexFail() {
   mutexFails = true;
 }
 
-// Unlocking succeeds for the holder alone.
+// Only the thread that has the mutex locked can unlock it.
 bool sharedMutexIsHeld() {
   if (pthread_mutex_unlock(&_g_actualmutex) != 0) {
     return false;

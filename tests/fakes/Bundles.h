@@ -1,4 +1,4 @@
-// The bundle manager's side of the fakes.
+// The fake bundle manager.
 
 #ifndef TESTS_FAKES_BUNDLES_H
 #define TESTS_FAKES_BUNDLES_H
@@ -9,7 +9,7 @@
 
 namespace fakes {
 
-// A service object that offers a given interface, which it owns, or none.
+// A service object with a given interface or null. Owns the interface.
 class Bundle final : public NS_BUNDLEMGR1::ServiceObjectBase {
  public:
   Bundle(const std::string& serviceName, NS_BUNDLEMGR1::ServiceInterface* offered);
@@ -17,24 +17,24 @@ class Bundle final : public NS_BUNDLEMGR1::ServiceObjectBase {
   NS_BUNDLEMGR1::ServiceInterface* CreateInterface() override;
 };
 
-// Publishes without a line in the journal.
+// Publishes an interface without a line in the journal.
 void publish(const std::string& name, NS_BUNDLEMGR1::ServiceInterface* interface);
 
-// The buffer of a name, made empty when there is none.
+// The buffer of a name; makes an empty buffer on the first call.
 NS_BUNDLEMGR1::InterfaceBuffer& openBuffer(const std::string& name);
 
 // Publishes the three fakes that the module looks up.
 void publishPlatform();
 
-// Replaces the shared mutex by one that the calling thread holds and that refuses to be taken
-// twice: on this thread every attempt to lock it fails. Until the reset, which must come from this
-// thread.
+// Replaces _g_actualmutex by a mutex that the calling thread has locked and that reports a second
+// lock as an error, so every lock on this thread fails. resetBundles, called on this thread, ends
+// the replacement.
 void makeSharedMutexFail();
 
-// Whether the calling thread still holds that mutex.
+// Whether the calling thread has that mutex locked.
 bool sharedMutexIsHeld();
 
-// Withdraws everything that is published and puts the mutex right. Service objects are the test's.
+// Removes every published interface and restores the mutex. The test owns the service objects.
 void resetBundles();
 
 }  // namespace fakes

@@ -1,4 +1,4 @@
-// The managed network that the fake domain delivers.
+// The fake domain: its interface and the managed network that its queries return.
 
 #ifndef TESTS_FAKES_DOMAIN_H
 #define TESTS_FAKES_DOMAIN_H
@@ -11,12 +11,12 @@
 
 namespace fakes {
 
-// What the domain holds. Set by the test before calls are made, read by the fakes.
+// The data of the domain. A test writes the data before the calls that read it.
 struct Network {
   std::vector<NS_DOMAIN::TopoNode_T> nodes;
-  std::vector<NS_DOMAIN::NEIndex> indexes;       // what GetNEIndexList answers for false
-  std::vector<NS_DOMAIN::NEIndex> shownIndexes;  // and for true
-  // What GetNEList answers whatever it is asked for; without it, one record an index.
+  std::vector<NS_DOMAIN::NEIndex> indexes;       // GetNEIndexList(false)
+  std::vector<NS_DOMAIN::NEIndex> shownIndexes;  // GetNEIndexList(true)
+  // The answer of GetNEList for all arguments. Without a value: elementRecord of each index.
   std::optional<std::vector<NS_DOMAIN::NE_T>> elements;
   std::vector<NS_DOMAIN::ClockPositionInfo_T> clockPositions;
   std::vector<NS_DOMAIN::ClockTopoLinkInfo_T> clockLinks;
@@ -24,7 +24,7 @@ struct Network {
 
 Network& network();
 
-// An element's index, and the record that GetNEList makes of it: named "NE-" and the number.
+// The index of an element, and its record, which has the name "NE-NUMBER".
 NS_DOMAIN::NEIndex index(std::int32_t number, std::int32_t first = 0);
 NS_DOMAIN::NE_T elementRecord(const NS_DOMAIN::NEIndex& of);
 std::vector<NS_DOMAIN::NEIndex> indexes(const std::vector<std::int32_t>& numbers);
@@ -32,14 +32,14 @@ std::vector<NS_DOMAIN::NEIndex> indexes(const std::vector<std::int32_t>& numbers
 NS_DOMAIN::TopoNode_T subnetwork(const std::string& id, const std::string& label = "");
 NS_DOMAIN::TopoNode_T element(const std::string& fdn, const std::string& label = "");
 
-// The interface whose facet, accessors and data are those of network(). Steps planned for a query
-// run after its data were delivered when they are planned as "<query> late".
+// The published interface, with the data of network(). A query runs the steps planned for
+// "QUERY late" after it has filled its holder.
 NS_DOMAIN::DomainInterface& domainInterface();
 
-// One more interface like it, for lookups among several; owned by the caller.
+// Makes another interface with the same data, for lookups among several. The caller owns it.
 NS_DOMAIN::DomainInterface* makeDomainInterface();
 
-// The facet that every such interface gives.
+// The facet of all these interfaces.
 NS_DOMAIN::DomainFacet& domainFacet();
 
 void resetDomain();

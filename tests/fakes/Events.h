@@ -1,6 +1,5 @@
-// The event manager of the fakes.
-//
-// Steps of "TEEventMgr::Instance" run without a line in the journal.
+// The fake event manager. Calls of "TEEventMgr::Instance" run planned steps but write no line in
+// the journal.
 
 #ifndef TESTS_FAKES_EVENTS_H
 #define TESTS_FAKES_EVENTS_H
@@ -11,13 +10,13 @@
 
 namespace fakes {
 
-// The handlers that are subscribed to an event, in the order of their subscription.
+// The handlers of an event, in the order of their subscription.
 std::vector<TEEventHandler*> subscribedTo(int eventId);
 
-// Delivers an event to them on the calling thread.
+// Calls the handlers of an event on the calling thread.
 void deliver(int eventId, const TEEvent& event);
 
-// The platform has no event manager from here on.
+// TEEventMgr::Instance returns null until resetEvents.
 void takeEventMgrAway();
 
 void resetEvents();

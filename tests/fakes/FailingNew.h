@@ -1,8 +1,7 @@
-// Makes operator new fail, counts the blocks that live, and fills new ones with bytes that are not
-// zero.
+// Makes operator new fail, counts allocated blocks, and fills new blocks with bytes other than 0.
 //
-// Linking the object library topo_failing_new replaces operator new and delete of the process.
-// Switch and count are per thread.
+// An executable that links the object library topo_failing_new has these operators new and delete.
+// Failures and counts are per thread.
 
 #ifndef TESTS_FAKES_FAILINGNEW_H
 #define TESTS_FAKES_FAILINGNEW_H
@@ -12,8 +11,8 @@
 
 namespace fakes {
 
-// While one lives, this thread's allocations fail with std::bad_alloc after the first `spared` ones
-// of at least `size` bytes.
+// For its scope, on this thread: allocations of at least `size` bytes throw std::bad_alloc, except
+// the first `spared` allocations.
 class FailingNew {
  public:
   explicit FailingNew(int spared, std::size_t size = 0);
@@ -21,12 +20,12 @@ class FailingNew {
   FailingNew(const FailingNew&) = delete;
   FailingNew& operator=(const FailingNew&) = delete;
 
-  // How many allocations have failed.
+  // The number of failed allocations.
   static int failures();
 };
 
-// While one lives, this thread calls a function before its next allocation of at least `size`
-// bytes, once. So a test can stop the thread in the middle of what allocates.
+// For its scope, on this thread: calls a function once, before the next allocation of at least
+// `size` bytes. So a test can stop the thread in the middle of an operation.
 class PausingNew {
  public:
   PausingNew(std::function<void()> pause, std::size_t size);
@@ -38,7 +37,7 @@ class PausingNew {
   std::function<void()> pause_;
 };
 
-// Blocks allocated less blocks freed by this thread since it began.
+// The blocks that this thread has allocated, less the blocks that it has freed.
 long liveBlocks();
 
 }  // namespace fakes

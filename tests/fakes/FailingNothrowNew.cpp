@@ -4,7 +4,7 @@
 
 namespace {
 
-// An empty range at first.
+// Initially an empty range.
 thread_local std::size_t firstFailing = 1;
 thread_local std::size_t lastFailing = 0;
 thread_local int failureCount = 0;
@@ -30,7 +30,7 @@ int FailingNothrowNew::failures() {
 
 }  // namespace fakes
 
-// Forwards to the throwing form, so that a memory checker's allocator stays in charge.
+// Calls the throwing form, so that a memory checker sees the allocation.
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
   if (size >= firstFailing && size <= lastFailing) {
     ++failureCount;

@@ -1,7 +1,7 @@
 // Makes the non-throwing operator new fail.
 //
-// Linking the object library topo_failing_nothrow_new replaces operator new(size, nothrow) of the
-// process. The switch is per thread.
+// An executable that links the object library topo_failing_nothrow_new has this
+// operator new(size, nothrow). Failures are per thread.
 
 #ifndef TESTS_FAKES_FAILINGNOTHROWNEW_H
 #define TESTS_FAKES_FAILINGNOTHROWNEW_H
@@ -10,7 +10,7 @@
 
 namespace fakes {
 
-// While one lives, this thread's non-throwing allocations of first to last bytes give null.
+// For its scope, on this thread: non-throwing allocations of `first` to `last` bytes return null.
 class FailingNothrowNew {
  public:
   FailingNothrowNew(std::size_t first, std::size_t last);
@@ -18,7 +18,7 @@ class FailingNothrowNew {
   FailingNothrowNew(const FailingNothrowNew&) = delete;
   FailingNothrowNew& operator=(const FailingNothrowNew&) = delete;
 
-  // How many allocations have failed.
+  // The number of failed allocations.
   static int failures();
 };
 

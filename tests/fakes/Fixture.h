@@ -1,4 +1,4 @@
-// Base of test fixtures that use the fakes.
+// Base classes of test fixtures that use the fakes.
 
 #ifndef TESTS_FAKES_FIXTURE_H
 #define TESTS_FAKES_FIXTURE_H
@@ -13,17 +13,17 @@
 
 namespace fakes {
 
-// Puts every fake into its initial state: nothing published, an empty network, no plans.
+// Resets every fake: no published interface, an empty network, no planned step.
 void resetAll();
 
-// Nothing of a test is left for the next one.
+// Resets the fakes before and after each test.
 class Fixture : public ::testing::Test {
  protected:
   Fixture() { resetAll(); }
   ~Fixture() override { resetAll(); }
 };
 
-// The same with the three platform interfaces published.
+// Also publishes the three interfaces that the module looks up.
 class PlatformFixture : public Fixture {
  protected:
   PlatformFixture() { publishPlatform(); }

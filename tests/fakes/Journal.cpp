@@ -19,7 +19,7 @@ struct Line {
 
 struct Plan {
   int calls = 0;
-  std::map<int, Step> steps;  // by the number of the call
+  std::map<int, Step> steps;  // number of the call -> step
   Step everyCall;
 };
 
@@ -27,7 +27,7 @@ std::mutex mutex;
 std::vector<Line>& journal = *new std::vector<Line>;                    // guarded by mutex
 std::map<std::string, Plan>& plans = *new std::map<std::string, Plan>;  // guarded by mutex
 
-// REQUIRES: mutex is held.
+// REQUIRES: mutex is locked.
 Step nextStep(const std::string& function) {
   Plan& plan = plans[function];
   const auto planned = plan.steps.find(++plan.calls);

@@ -1,10 +1,11 @@
-// What the fakes were asked for, and what a call is to do instead of its work.
+// The journal of the calls of all fakes, and the steps that a test plans for calls.
 //
-// Every faked function writes one line, "GetNEIndexList(true)", into one journal for the whole
-// process and then takes the step that a test has planned for it, if any. A planned step raises an
-// exception, gives a failure code, or does something in the middle of the call and returns 0.
+// Each call of a fake:
+//   1. writes a line, such as "GetNEIndexList(true)", in the journal of the process,
+//   2. runs the step that a test has planned for the call, if any,
+//   3. does its work, unless the step threw an exception or returned a failure code.
 //
-// Thread-safety: every function from any thread. Steps run without any lock held.
+// Thread-safety: any thread. Steps run without a lock.
 
 #ifndef TESTS_FAKES_JOURNAL_H
 #define TESTS_FAKES_JOURNAL_H
@@ -23,20 +24,20 @@ class Journal {
  public:
   static std::vector<std::string> lines();
 
-  // The lines of some functions only, in the order of the calls.
+  // The lines of some functions, in the order of the calls.
   static std::vector<std::string> linesOf(std::initializer_list<std::string> functions);
 
-  // How often a function was called.
+  // The number of calls of a function.
   static int count(const std::string& function);
 
-  // Forgets the lines; the numbering of planned steps goes on.
+  // Removes the lines. Does not restart the numbering of calls (onCall).
   static void clear();
 };
 
-// The result is the call's failure code; 0 lets the call do its work.
+// Returns the failure code of the call; after 0 the call does its work.
 using Step = std::function<CORBA::ULong()>;
 
-// Plans the step of the n-th call of a function, counted from 1 and from the last reset.
+// Plans the step of the n-th call of a function, counted from 1 after the last reset.
 void onCall(const std::string& function, int nth, Step step);
 
 // Plans the step of every call of a function.
@@ -53,11 +54,11 @@ Step giveCode(CORBA::ULong code);
 
 // --- For the fakes themselves.
 
-// Writes the line of a call and takes its step; the result is the step's, 0 when none is planned.
+// Writes the line of a call and runs its step. Returns the result of the step; 0 without a step.
 CORBA::ULong called(const std::string& function, const std::string& arguments,
                     const std::string& suffix = "");
 
-// Takes the step without writing a line, for functions that are called all the time.
+// Runs the step of a call without a line, for functions that are called very often.
 CORBA::ULong calledSilently(const std::string& function);
 
 std::string quoted(const std::string& text);
@@ -65,7 +66,7 @@ std::string quoted(const char* text);
 std::string printed(bool value);
 std::string printed(const globaldefs::NVSList_T& pairs);  // "[EMS=a, ManagedElement=5]"
 
-// Forgets lines, counts and plans.
+// Removes lines, counts and planned steps.
 void resetJournal();
 
 }  // namespace fakes

@@ -1,4 +1,4 @@
-// The CORBA utility interface of the fakes, and the class of FDNs: naming of managed objects.
+// The fake CorbaUtilInterface, and the class of FDNs.
 
 #ifndef TESTS_FAKES_NAMING_H
 #define TESTS_FAKES_NAMING_H
@@ -11,29 +11,29 @@
 
 namespace fakes {
 
-// What naming answers. Set by the test before calls are made, read by the fakes.
+// The answers of the interface. A test writes them before the calls that read them.
 struct Naming {
   int objectType = NS_CORBA::CorbaUtilInterface::kTopoSubnetworkType;
-  bool emptyTopoNodeNames = false;  // topology nodes are named by an empty list
-  std::string className;            // what GetMoc answers; empty: the class of the last term
-  std::string idOfName;             // what Name2Index finds; empty: the last value of the name
+  bool emptyTopoNodeNames = false;  // ConvertTopoNodeIdToName gives an empty list
+  std::string className;            // the answer of GetMoc; "": the class of the last term
+  std::string idOfName;             // the answer of Name2Index; "": the last value of the name
   NS_CORBA::ObjectLabelInfo labels;
   bool leaveLabelsAlone = false;  // GetObjectLabelInfo writes nothing
-  // The four texts that each call of GetObjectLabelInfo was given to fill.
+  // The content of the four texts at each call of GetObjectLabelInfo.
   std::vector<std::string> labelRequests;
   bool leaveNamesAlone = false;  // ConvertNEIndexToName writes nothing
-  std::int32_t addedToKey = 0;   // what ConvertNEIndexToName adds to the first field of its key
+  std::int32_t addedToKey = 0;   // ConvertNEIndexToName adds this to the first field of its key
 };
 
 Naming& naming();
 
-// The names that the conversions give, "[EMS=EMS-1, ManagedElement=5]" and so on. A conversion that
-// is planned to fail has written the EMS pair alone.
+// A name as the conversions make it, such as "[EMS=EMS-1, ManagedElement=5]". A conversion that a
+// step lets fail fills the EMS pair only.
 globaldefs::NVSList_T nameOf(const std::string& className, const std::string& value);
 
 NS_CORBA::CorbaUtilInterface& corbaUtil();
 
-// One more interface like it, for lookups among several; owned by the caller.
+// Makes another interface with the same answers, for lookups among several. The caller owns it.
 NS_CORBA::CorbaUtilInterface* makeCorbaUtil();
 
 void resetNaming();

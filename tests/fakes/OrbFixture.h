@@ -1,4 +1,4 @@
-// A running ORB with a POA for iterators, for tests of servants.
+// A running ORB with an iterator POA, for tests of servants.
 
 #ifndef TESTS_FAKES_ORBFIXTURE_H
 #define TESTS_FAKES_ORBFIXTURE_H
@@ -10,8 +10,8 @@
 
 namespace fakes {
 
-// A server ORB on a free port, and below its root POA one for iterators: transient, unique system
-// ids, implicit activation. Ended by the destructor.
+// A server ORB on a free port. Its root POA has a child POA for iterators: transient, unique system
+// ids, implicit activation. The destructor destroys the ORB.
 class RunningOrb {
  public:
   RunningOrb();
@@ -27,7 +27,7 @@ class RunningOrb {
   PortableServer::POA_var iteratorPoa_;
 };
 
-// The fake agent's iterators live on that POA.
+// Gives the fake agent the iterator POA of the ORB.
 class OrbFixture : public PlatformFixture {
  protected:
   OrbFixture() {

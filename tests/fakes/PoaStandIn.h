@@ -1,4 +1,4 @@
-// A POA that is not the ORB's own.
+// A POA that the ORB did not make.
 
 #ifndef TESTS_FAKES_POASTANDIN_H
 #define TESTS_FAKES_POASTANDIN_H
@@ -9,8 +9,8 @@
 
 namespace fakes {
 
-// Refuses whatever it is asked for with CORBA::NO_IMPLEMENT, and counts the references to it. The
-// owner keeps it until every reference is gone.
+// Throws CORBA::NO_IMPLEMENT from every operation, and counts the references to the POA. The object
+// must outlive every reference.
 class PoaStandIn {
  public:
   PoaStandIn();

@@ -1,4 +1,4 @@
-// The security interface of the fakes.
+// The fake SecurityIF.
 
 #ifndef TESTS_FAKES_SECURITY_H
 #define TESTS_FAKES_SECURITY_H
@@ -7,7 +7,7 @@
 
 namespace fakes {
 
-// What isEventAccessAllowed answers, true at first.
+// Sets the answer of isEventAccessAllowed; true initially.
 void allowEventAccess(bool allowed);
 
 NS_SECURITY_SERVICE1::SecurityIF& security();

@@ -1,12 +1,12 @@
-// ACE's lock of static objects: how it fails, and who waits for it.
+// ACE's lock of static objects: lets a test make the lock fail, and see a blocked thread.
 
 #ifndef TESTS_FAKES_STATICOBJECTLOCK_H
 #define TESTS_FAKES_STATICOBJECTLOCK_H
 
 namespace fakes {
 
-// While one lives, the thread that made it holds the lock and cannot take it once more, as it
-// otherwise could. For one thread at a time.
+// For its scope: the constructing thread has the lock, and a second lock on this thread fails
+// (normally the lock is recursive). Only one object may exist at a time.
 class FailingStaticObjectLock {
  public:
   FailingStaticObjectLock();
@@ -15,7 +15,7 @@ class FailingStaticObjectLock {
   FailingStaticObjectLock& operator=(const FailingStaticObjectLock&) = delete;
 };
 
-// Whether a thread is blocked at the lock.
+// Whether a thread waits for the lock.
 bool staticObjectLockIsWaitedFor();
 
 }  // namespace fakes

@@ -1,5 +1,5 @@
-// Splitting of domain names. Works as it does in production unless a test names the class; the
-// calls are in the journal.
+// Parsing of domain names: as in production, unless a test sets Naming::className. The calls are in
+// the journal.
 
 #include <algorithm>
 #include <cstdlib>

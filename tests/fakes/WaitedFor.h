@@ -1,4 +1,4 @@
-// Who waits for a mutex.
+// Detects threads that wait for a mutex.
 
 #ifndef TESTS_FAKES_WAITEDFOR_H
 #define TESTS_FAKES_WAITEDFOR_H
@@ -7,7 +7,7 @@
 
 namespace fakes {
 
-// Whether a thread is blocked at a mutex that another thread holds; the C library marks it so.
+// Whether a thread waits for a mutex. Reads the C library's state of the mutex.
 inline bool isWaitedFor(const pthread_mutex_t& mutex) {
   constexpr int kLockedWithWaiters = 2;
   return __atomic_load_n(&mutex.__data.__lock, __ATOMIC_SEQ_CST) == kLockedWithWaiters;

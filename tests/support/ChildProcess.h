@@ -1,4 +1,4 @@
-// Work that has to be done in another process.
+// Runs work in a child process.
 
 #ifndef TESTS_SUPPORT_CHILDPROCESS_H
 #define TESTS_SUPPORT_CHILDPROCESS_H
@@ -8,7 +8,7 @@
 
 #include <functional>
 
-// Runs work in a process of its own and says how that ended.
+// Forks, runs the work in the child, and returns the child's status as waitpid gives it.
 inline int statusOfChild(const std::function<void()>& work) {
   const pid_t child = fork();
   if (child == 0) {

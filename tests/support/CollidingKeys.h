@@ -1,5 +1,4 @@
-// Keys that all fall into one bucket of the standard library's hash tables, and what work on keys
-// costs.
+// Keys that all collide in the standard library's hash tables, and the cost of work on keys.
 
 #ifndef TESTS_SUPPORT_COLLIDINGKEYS_H
 #define TESTS_SUPPORT_COLLIDINGKEYS_H
@@ -14,7 +13,7 @@
 
 namespace support {
 
-// As many keys as a table of the standard library has buckets then, be it grown or made for them.
+// The number of buckets of a standard table with this many keys, whether grown or reserved.
 constexpr std::size_t kCollidingNumbers = 5087;
 
 // Multiples of the number of buckets.
@@ -26,9 +25,9 @@ inline std::vector<std::int32_t> collidingNumbers() {
   return numbers;
 }
 
-// UTF-8 texts without control characters, all of one length. After one of the two blocks the
-// standard library's hash differs from that after the other in its highest bit alone, whatever its
-// seed is, and the same block once more takes the difference away again.
+// UTF-8 texts of equal length, without control characters. The two blocks change the state of the
+// standard library's hash in the same way, except for the highest bit, whatever the seed is; the
+// same block again removes that difference.
 inline std::vector<std::string> collidingTexts(std::size_t count) {
   const std::string one = "Xd5eov\xd7\xb8";
   const std::string other = "XdxK\xd4\x90/*";
@@ -44,7 +43,7 @@ inline std::vector<std::string> collidingTexts(std::size_t count) {
   return texts;
 }
 
-// As many texts of the same length that do not collide.
+// As many texts of the same length, without collisions.
 inline std::vector<std::string> ordinaryTexts(std::size_t count) {
   std::vector<std::string> texts = collidingTexts(count);
   for (std::size_t i = 0; i < count; ++i) {
@@ -54,7 +53,7 @@ inline std::vector<std::string> ordinaryTexts(std::size_t count) {
   return texts;
 }
 
-// The processor time of this thread that some work takes, in seconds.
+// The processor time of this thread for some work, in seconds.
 template <typename Work>
 double costOf(Work work) {
   const auto start = processorTime();
@@ -62,8 +61,8 @@ double costOf(Work work) {
   return std::chrono::duration<double>(processorTime() - start).count();
 }
 
-// Whether work on hostile keys costs about as much as the same on ordinary ones. Keys that collide
-// in a table cost hundreds of times as much.
+// Whether work on hostile keys costs about as much as work on ordinary keys. Colliding keys cost
+// hundreds of times as much.
 inline bool isComparable(double hostile, double ordinary) {
   return hostile < 10 * ordinary + 0.02;
 }

@@ -1,4 +1,4 @@
-// A store with a damage that neither opening nor reading it meets.
+// Damages a store such that it can be opened and read, but not changed.
 
 #ifndef TESTS_SUPPORT_DAMAGEDSTORE_H
 #define TESTS_SUPPORT_DAMAGEDSTORE_H
@@ -10,8 +10,8 @@
 
 namespace support {
 
-// Overwrites the root of the index over the ids of topology nodes, which only changes use.
-// REQUIRES: nobody has the store open.
+// Overwrites the root page of the index of topology node ids; only changes read that index.
+// REQUIRES: the store is closed.
 inline void damageStore(const std::string& path) {
   long long page = 0;
   long long pageBytes = 0;

@@ -1,4 +1,4 @@
-// A pipe that nobody reads and that takes no further byte.
+// A full pipe without a reader.
 
 #ifndef TESTS_SUPPORT_FULLPIPE_H
 #define TESTS_SUPPORT_FULLPIPE_H
@@ -12,7 +12,7 @@
 
 namespace support {
 
-// Programs that are started while an object of this class lives inherit the writing end.
+// Programs started during the life of the object inherit the write end.
 class FullPipe {
  public:
   FullPipe() {
@@ -36,7 +36,7 @@ class FullPipe {
   int writer() const { return ends_[1]; }
   int reader() const { return ends_[0]; }
 
-  // A path by which a program that inherits the writing end opens it.
+  // The path with which a program opens the inherited write end.
   std::string path() const { return "/proc/self/fd/" + std::to_string(ends_[1]); }
 
  private:

@@ -1,4 +1,4 @@
-// A process that cannot start threads.
+// Lets the start of every thread fail.
 
 #ifndef TESTS_SUPPORT_NOTHREADS_H
 #define TESTS_SUPPORT_NOTHREADS_H
@@ -9,7 +9,7 @@
 
 namespace support {
 
-// No new thread can be started while an object of this class lives.
+// During the life of the object, no thread of the process can be started.
 class NoThreads {
  public:
   NoThreads() {

@@ -1,4 +1,4 @@
-// For tests of times: a process elsewhere on Earth.
+// Another time zone, for tests of times.
 
 #ifndef TESTS_SUPPORT_OTHERTIMEZONE_H
 #define TESTS_SUPPORT_OTHERTIMEZONE_H
@@ -8,7 +8,8 @@
 
 namespace support {
 
-// Local time is five hours behind UTC for as long as this lives. Thread-safety: no other thread.
+// During the life of the object, local time is five hours behind UTC. Thread-safety: the process
+// must have one thread.
 class OtherTimeZone {
  public:
   OtherTimeZone() {

@@ -47,7 +47,7 @@ std::string rest(std::FILE* file) {
   return text;
 }
 
-// Between fork and exec: only what is safe there.
+// Between fork and exec: async-signal-safe functions only.
 [[noreturn]] void become(const char* program, char* const* arguments, char* const* environment,
                          int out, int err, pid_t parent) {
   prctl(PR_SET_PDEATHSIG, SIGKILL);

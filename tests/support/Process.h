@@ -1,4 +1,4 @@
-// Real programs under test.
+// Runs programs.
 
 #ifndef TESTS_SUPPORT_PROCESS_H
 #define TESTS_SUPPORT_PROCESS_H
@@ -14,17 +14,16 @@ namespace support {
 
 struct Ended {
   int status = -1;  // the exit status; -1 when a signal ended the program
-  int signal = 0;   // the signal that ended it, or 0
+  int signal = 0;   // the signal that ended the program, or 0
   std::string out;
   std::string err;
 };
 
-// One running program. It is killed when this goes, and with the test process if that dies first.
-//
-// Thread-safety: none.
+// A running program. The destructor kills the program, and the kernel does when the test process
+// dies. Thread-safety: none.
 class Process {
  public:
-  // Starts it. NAME=VALUE in the environment is set on top of the test's own.
+  // Starts the program. Adds NAME=VALUE entries to the environment of the test.
   Process(const std::string& program, const std::vector<std::string>& arguments,
           const std::vector<std::string>& environment = {});
   ~Process();
@@ -34,15 +33,16 @@ class Process {
 
   pid_t pid() const { return pid_; }
 
-  // The next line of its standard output without the line feed; empty at the end of the output.
-  // REQUIRES: the output is not closed.
+  // The next line of standard output, without the line feed; "" at the end of the output.
+  // REQUIRES: closeOutput has not been called.
   std::string readLine();
 
   void closeOutput();  // the program's next write fails with EPIPE
 
   void send(int signal);
 
-  // Waits for its end. out has what readLine has not taken, nothing if the output was closed.
+  // Waits for the end of the program. Ended::out is the output that readLine has not returned; ""
+  // after closeOutput.
   Ended wait();
 
  private:

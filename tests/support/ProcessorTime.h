@@ -1,4 +1,4 @@
-// Processor time: what a computation costs, however busy the machine is.
+// Processor time: the cost of a computation, independent of the load of the machine.
 
 #ifndef TESTS_SUPPORT_PROCESSORTIME_H
 #define TESTS_SUPPORT_PROCESSORTIME_H
@@ -8,7 +8,7 @@
 
 namespace support {
 
-// What the calling thread has used since it began.
+// The processor time of the calling thread since its start.
 inline std::chrono::nanoseconds processorTime() {
   std::timespec time{};
   clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);

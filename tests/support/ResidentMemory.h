@@ -8,7 +8,7 @@
 
 namespace support {
 
-// The memory that a process has in use; 0 when there is no such process.
+// The resident memory of a process; 0 for an unknown process.
 inline long residentKib(pid_t pid) {
   std::ifstream status("/proc/" + std::to_string(pid) + "/status");
   for (std::string line; std::getline(status, line);) {

@@ -1,4 +1,4 @@
-// A naming service that only resolves.
+// A base for fake naming services.
 
 #ifndef TESTS_SUPPORT_RESOLVINGNAMES_H
 #define TESTS_SUPPORT_RESOLVINGNAMES_H
@@ -8,7 +8,7 @@
 
 namespace support {
 
-// Leaves resolve_str to the subclass and raises NO_IMPLEMENT for everything else.
+// Throws NO_IMPLEMENT from every operation but resolve_str, which the subclass implements.
 class ResolvingNames : public virtual POA_CosNaming::NamingContextExt {
  public:
   void bind(const CosNaming::Name&, CORBA::Object_ptr) override { unused(); }

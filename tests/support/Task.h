@@ -1,4 +1,4 @@
-// Work on a thread of its own, of which a test can tell whether it waits.
+// Runs a function on a new thread, and detects that the thread waits.
 
 #ifndef TESTS_SUPPORT_TASK_H
 #define TESTS_SUPPORT_TASK_H
@@ -17,17 +17,16 @@
 
 namespace support {
 
-// Whether a thread of this process sleeps in the kernel, so that it waits for something: a lock, a
-// condition, input. False for a thread that has ended.
+// Whether a thread of this process sleeps in the kernel: waits for a lock, a condition or input.
+// False for an ended thread.
 inline bool isAsleep(pid_t thread) {
   std::ifstream file("/proc/self/task/" + std::to_string(thread) + "/stat");
   const std::string text{std::istreambuf_iterator<char>(file), {}};
-  const std::size_t name = text.rfind(") ");  // the thread's name may hold anything
+  const std::size_t name = text.rfind(") ");  // the name of the thread may contain ") "
   return name != std::string::npos && text.compare(name + 2, 1, "S") == 0;
 }
 
-// A function that runs on a thread of its own. The destructor waits for its end.
-//
+// Runs a function on a new thread. The destructor waits for the end of the function.
 // Thread-safety: none.
 template <typename Function>
 class Task {
@@ -41,8 +40,7 @@ class Task {
     thread_ = thread.get_future().get();
   }
 
-  // Whether the function waits for something, in place of having ended. Returns as soon as it does
-  // one or the other, so that no time has to be guessed.
+  // Blocks until the function waits (returns true) or has ended (returns false).
   bool waits() {
     while (!isAsleep(thread_)) {
       if (result_.wait_for(std::chrono::seconds(0)) == std::future_status::ready) {
@@ -53,7 +51,7 @@ class Task {
     return true;
   }
 
-  // What the function returns or throws, once it has ended.
+  // Waits for the end of the function. Returns its result or throws its exception.
   std::invoke_result_t<Function> get() { return result_.get(); }
 
  private:

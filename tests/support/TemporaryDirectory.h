@@ -1,4 +1,4 @@
-// A directory of a test's own, removed with everything in it at the end of the scope.
+// A new, empty directory. The destructor removes the directory and its content.
 
 #ifndef TESTS_SUPPORT_TEMPORARYDIRECTORY_H
 #define TESTS_SUPPORT_TEMPORARYDIRECTORY_H
@@ -18,17 +18,17 @@ class TemporaryDirectory {
 
   const std::filesystem::path& path() const { return path_; }
 
-  // Where a file of that name is or would be.
+  // The path of a file in the directory; the file need not exist.
   std::string file(const std::string& name) const { return path_ / name; }
 
-  // Makes a file with a content and returns its path.
+  // Writes a file, replacing an earlier content, and returns its path.
   std::string write(const std::string& name, const std::string& content) const;
 
  private:
   std::filesystem::path path_;
 };
 
-// The whole content of a file; fails the caller with an exception when it cannot be read.
+// The content of a file. Throws std::runtime_error when the file cannot be read.
 std::string readFile(const std::filesystem::path& path);
 
 }  // namespace support

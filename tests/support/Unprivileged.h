@@ -1,4 +1,4 @@
-// Permissions do not bind root, so tests of them give up its privileges for a while.
+// Drops root privileges, for tests of file permissions.
 
 #ifndef TESTS_SUPPORT_UNPRIVILEGED_H
 #define TESTS_SUPPORT_UNPRIVILEGED_H
@@ -8,8 +8,8 @@
 #include <cstdlib>
 #include <filesystem>
 
-// In its scope the process acts as an ordinary user; for root that is the user nobody, who can
-// enter the directory given. REQUIRES: one thread.
+// For its scope, the process runs as an ordinary user. For root that is the user nobody, and the
+// constructor gives nobody access to `directory`. REQUIRES: the process has one thread.
 class Unprivileged {
  public:
   explicit Unprivileged(const std::filesystem::path& directory) {
@@ -26,7 +26,7 @@ class Unprivileged {
   Unprivileged(const Unprivileged&) = delete;
   Unprivileged& operator=(const Unprivileged&) = delete;
 
-  // False where even root may not become somebody else.
+  // False when root is not allowed to change the user.
   bool isInForce() const { return isInForce_; }
 
  private:

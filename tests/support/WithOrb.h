@@ -1,4 +1,4 @@
-// For tests that work with what an ORB must be there for: texts in an Any, among others.
+// A fixture for tests that need an ORB, for example to put a text into an Any.
 
 #ifndef TESTS_SUPPORT_WITHORB_H
 #define TESTS_SUPPORT_WITHORB_H
