@@ -1,4 +1,4 @@
-// Rounding of decimal texts, against whole numbers: the oracle divides and never sees a text.
+// Compares the rounding of decimal texts with an oracle that divides integers.
 
 #include <cstdint>
 #include <limits>
@@ -10,7 +10,7 @@
 
 namespace {
 
-// A number of the value `coefficient` times ten to the power of minus `places`.
+// The number coefficient * 10^-places.
 struct Number {
   std::int64_t coefficient;
   int places;
@@ -34,7 +34,7 @@ std::optional<std::int32_t> expected(const Number& number) {
   return static_cast<std::int32_t>(value);
 }
 
-// One of the many ways to write a number.
+// A random spelling of a number.
 std::string written(const Number& number, Random& random) {
   const bool negative = number.coefficient < 0;
   std::string digits = std::to_string(number.coefficient).substr(negative ? 1 : 0);
@@ -54,7 +54,7 @@ std::string written(const Number& number, Random& random) {
          digits.substr(point) + (exponent != 0 || random.number(0, 1) == 0 ? exponentText : "");
 }
 
-// Every size, and many halves.
+// Numbers of every size; many of them are halfway between two results.
 Number randomNumber(Random& random) {
   std::int64_t coefficient = 0;
   for (int digits = random.number(1, 14); digits > 0; --digits) {

@@ -10,7 +10,7 @@
 
 namespace {
 
-// The plain lists and the walk over both in step.
+// The oracle: two parallel lists with a linear search.
 class Oracle {
  public:
   void append(const std::string& identifier, const std::string& label) {

@@ -1,4 +1,4 @@
-// Plain loops that say what the module must find, and that it is measured against.
+// Plain loops as oracles for the module and as references for its benchmarks.
 
 #ifndef TESTS_PROPERTY_ORACLES_H
 #define TESTS_PROPERTY_ORACLES_H
@@ -14,7 +14,7 @@ namespace oracle {
 
 constexpr const char* kRoot = "QNMAP_PHY_SUBMAP";
 
-// TopoManagementMgr::indexesNotShown: the plain nested loop.
+// The oracle of TopoManagementMgr::indexesNotShown: a nested loop.
 inline std::vector<NS_DOMAIN::NEIndex> indexesNotShown(
     const std::vector<NS_DOMAIN::NEIndex>& all, const std::vector<NS_DOMAIN::NEIndex>& shown) {
   std::vector<NS_DOMAIN::NEIndex> remaining;
@@ -30,8 +30,8 @@ inline std::vector<NS_DOMAIN::NEIndex> indexesNotShown(
   return remaining;
 }
 
-// TopoManagementMgr::isBelowTopoSubnetwork: the plain walk, a search of the whole list at every
-// step. More steps than there are nodes mean that it goes round.
+// The oracle of TopoManagementMgr::isBelowTopoSubnetwork: a walk with a linear search at every
+// step. More steps than nodes mean a cycle.
 inline bool isBelow(const std::string& subnetworkId, const std::string& parentId,
                     const std::vector<NS_DOMAIN::TopoNode_T>& nodes) {
   std::string id = parentId;

@@ -25,14 +25,14 @@ TopoNode_T node(const std::string& id, const std::string& parentId) {
   return result;
 }
 
-// One of a few ids, now and then a root marker or the id of nobody.
+// One of a few ids; sometimes a root marker or an id without a node.
 std::string randomId(Random& random, int spread) {
   static const char* const kSpecial[] = {"", "0", "00", oracle::kRoot, "nobody", "NE=5"};
   const int number = random.number(-1, spread);
   return number >= 0 ? std::to_string(number + 1) : kSpecial[random.number(0, 5)];
 }
 
-// With few ids there are many duplicates, with many ids long chains; cycles with both.
+// Few ids give many duplicates, many ids give long chains; both give cycles.
 Nodes randomNodes(Random& random, int spread) {
   Nodes nodes;
   for (int left = random.number(0, 30); left > 0; --left) {
@@ -41,7 +41,7 @@ Nodes randomNodes(Random& random, int spread) {
   return nodes;
 }
 
-// A random tree whose nodes have different ids, with some of its parents cut or turned round.
+// A random tree with unique ids, in which some parents are removed or reversed.
 Nodes randomTree(Random& random) {
   const int size = random.number(1, 40);
   Nodes nodes;
@@ -60,7 +60,7 @@ Nodes randomTree(Random& random) {
   return nodes;
 }
 
-// Asks about every node of a network, and about ids that need not be anyone's.
+// Compares the answers for every node of a network, and for ids without a node.
 void expectTheOraclesAnswers(Random& random, const std::string& subnetworkId, const Nodes& nodes) {
   topo::ParentChains chains(subnetworkId, nodes);
   for (const TopoNode_T& each : nodes) {
@@ -70,7 +70,7 @@ void expectTheOraclesAnswers(Random& random, const std::string& subnetworkId, co
               expected)
         << each.parentId;
   }
-  // What the answers before have left behind changes nothing, whatever the order.
+  // Cached answers must not change later answers, in any order.
   for (int questions = 0; questions < 20; ++questions) {
     const std::string id = randomId(random, 30);
     ASSERT_EQ(chains.leadToSubnetwork(id), oracle::isBelow(subnetworkId, id, nodes)) << id;
@@ -99,9 +99,9 @@ TEST(TopoParentChainsProperty, EqualThePlainWalkThroughWoundedTrees) {
   }
 }
 
-// --- Chains so long that a walk from every node to the end would not come to its end.
+// --- Chains for which a full walk from every node would take too long.
 
-// Node n has the parent n - 1; node 1 has the given one.
+// Node n has the parent n - 1; node 1 has the given parent.
 Nodes longChain(const std::string& top) {
   Nodes nodes;
   nodes.reserve(kMany);
@@ -111,7 +111,7 @@ Nodes longChain(const std::string& top) {
   return nodes;
 }
 
-// How many nodes of a network are below a subnetwork.
+// The number of nodes below a subnetwork.
 int countBelow(const std::string& subnetworkId, const Nodes& nodes) {
   topo::ParentChains chains(subnetworkId, nodes);
   int below = 0;

@@ -1,4 +1,4 @@
-// Random cases that can be repeated.
+// Random test cases with a seed that repeats them.
 
 #ifndef TESTS_PROPERTY_RANDOM_H
 #define TESTS_PROPERTY_RANDOM_H
@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-// The environment variable TOPO_TEST_SEED gives the seed of another run.
+// Prints its seed. The environment variable TOPO_TEST_SEED sets the seed.
 class Random {
  public:
   Random() : seed_(chosenSeed()), engine_(seed_) {
@@ -21,7 +21,7 @@ class Random {
 
   unsigned seed() const { return seed_; }
 
-  // From first to last, both included.
+  // A number from first to last, inclusive.
   int number(int first, int last) {
     return std::uniform_int_distribution<int>(first, last)(engine_);
   }

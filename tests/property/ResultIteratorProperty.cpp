@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "tests/fakes/OrbFixture.h"
+#include "tests/fakes/Records.h"
 #include "tests/property/Random.h"
 #include "topomanagementmgrimpl/ResultIterator.h"
 
@@ -18,20 +19,14 @@ using TopoManagementManager::NodeList_T_var;
 
 using Trait =
     NS_CORBA::TAIT<POA_TopoManagementManager::NodeIterator_I, NodeList_T, NodeList_T_out>::Trait;
-using Texts = std::vector<std::string>;
+using Nodes = std::vector<fakes::NodeFields>;
 
-// A record with all that a client sees of it.
-std::string textOf(const Node_T& node) {
-  return fakes::printed(node.name) + node.nativeEMSName.in() + std::to_string(node.nodeType) +
-         std::to_string(node.nodeParam1) + fakes::printed(node.additionalInfo);
-}
-
-Texts textsOf(const NodeList_T& nodes) {
-  Texts texts;
-  for (CORBA::ULong i = 0; i < nodes.length(); ++i) {
-    texts.push_back(textOf(nodes[i]));
+Nodes nodesIn(const NodeList_T& list) {
+  Nodes nodes;
+  for (CORBA::ULong i = 0; i < list.length(); ++i) {
+    nodes.push_back(fakes::fieldsOf(list[i]));
   }
-  return texts;
+  return nodes;
 }
 
 std::unique_ptr<NodeList_T> randomNodes(Random& random, CORBA::ULong length) {
@@ -50,7 +45,7 @@ std::unique_ptr<NodeList_T> randomNodes(Random& random, CORBA::ULong length) {
   return nodes;
 }
 
-// Small sizes mostly, and now and then one that is larger than any list.
+// Mostly small sizes; sometimes a size larger than any list.
 CORBA::ULong randomSize(Random& random) {
   return random.number(0, 20) == 0 ? 0xFFFFFFFF : static_cast<CORBA::ULong>(random.number(0, 12));
 }
@@ -63,14 +58,14 @@ TEST_F(TopoResultIteratorProperty, DeliversThePlainListInWhateverBatches) {
     SCOPED_TRACE("round " + std::to_string(round) + " of seed " + std::to_string(random.seed()));
     const auto length = static_cast<CORBA::ULong>(random.number(0, 40));
     auto nodes = randomNodes(random, length);
-    const Texts expected = textsOf(*nodes);
+    const Nodes expected = nodesIn(*nodes);
 
     const CORBA::ULong firstSize = randomSize(random);
     NodeList_T_var batch;
     NodeIterator_I_var iterator;
     Trait::createIterator(nodes.release(), firstSize, NodeList_T_out(batch),
                           NodeIterator_I_out(iterator));
-    Texts delivered = textsOf(batch.in());
+    Nodes delivered = nodesIn(batch.in());
     ASSERT_EQ(delivered.size(), std::min<std::size_t>(firstSize, length));
     ASSERT_EQ(CORBA::is_nil(iterator), firstSize >= length);
     if (CORBA::is_nil(iterator)) {
@@ -84,8 +79,8 @@ TEST_F(TopoResultIteratorProperty, DeliversThePlainListInWhateverBatches) {
       more = iterator->next_n(size, NodeList_T_out(batch));
       ASSERT_EQ(batch->length(), std::min<std::size_t>(size, rest));
       ASSERT_EQ(more, size == 0 || size < rest);
-      const Texts texts = textsOf(batch.in());
-      delivered.insert(delivered.end(), texts.begin(), texts.end());
+      const Nodes next = nodesIn(batch.in());
+      delivered.insert(delivered.end(), next.begin(), next.end());
     }
     ASSERT_EQ(delivered, expected);
     ASSERT_TRUE(fakes::registeredIterators().empty());

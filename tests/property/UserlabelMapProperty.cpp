@@ -16,7 +16,7 @@ using Map = UserlabelMap<NS_DOMAIN::TopoNode_T>;
 
 constexpr const char* kAbsent = "(absent)";
 
-// Reads a file byte by byte and keeps every entry ever read, the last one of a key at the end.
+// The oracle: reads a file byte by byte and keeps every entry; the last entry of a key counts.
 class Oracle {
  public:
   void read(const std::string& content) {

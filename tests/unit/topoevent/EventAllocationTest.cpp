@@ -11,7 +11,7 @@ namespace {
 
 using fakes::FailingNew;
 
-constexpr std::size_t kLarge = 10000;  // bytes; no other block of these tests is that large
+constexpr std::size_t kLarge = 10000;  // bytes; larger than every other block of these tests
 
 TEST(TopoNodeLabelCacheAllocation, KeepsBothListsEquallyLongWhateverFails) {
   const std::string identifier(100, 'i');
@@ -31,10 +31,10 @@ TEST(TopoNodeLabelCacheAllocation, KeepsBothListsEquallyLongWhateverFails) {
     }
     ASSERT_EQ(cache.identifiers().size(), failed ? 1U : 2U);
     ASSERT_EQ(cache.labels().size(), cache.identifiers().size());
-    // What was not added is not known either.
+    // A failed append must not leave an index entry.
     ASSERT_TRUE(cache.storeChange(failed ? identifier : "other", label));
   }
-  EXPECT_GE(failures, 3);  // both texts, and what finds them
+  EXPECT_GE(failures, 3);  // the two texts and the index entry
   EXPECT_FALSE(cache.storeChange(identifier, label));
 }
 
@@ -55,7 +55,7 @@ TEST_F(TopoEventAllocation, LeavesNothingBehindWhateverTheSenderRaises) {
   event_.nodes[0].parentType = NS_DOMAIN::kTopoSubnetwork;
   const std::pair<int, const char*> senders[] = {
       {372, "OnObjectCreated"}, {373, "OnObjectDeleted"}, {374, "OnObjectAVC"}};
-  for (int run = 0; run < 2; ++run) {  // the first one for what is made on first use
+  for (int run = 0; run < 2; ++run) {  // the first run makes objects of first use
     for (const auto& [event, sender] : senders) {
       for (const int nth : {1, 2, 3}) {
         for (const fakes::Step& step :

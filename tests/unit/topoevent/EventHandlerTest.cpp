@@ -26,7 +26,7 @@ std::string unknownFailure(int event) {
          ")!\") at topoeventhandler:70 unknown";
 }
 
-// What is not the framework's exception.
+// Exceptions other than ProcessException.
 std::vector<fakes::Step> anyOtherFailure() {
   return {fakes::raiseRuntimeError("broken"), fakes::raiseBadAlloc(), fakes::raiseTransient(),
           []() -> CORBA::ULong { throw CORBA::BAD_PARAM(0, CORBA::COMPLETED_NO); },
@@ -44,7 +44,7 @@ class TopoEventHandler : public EventUnderTest {
     return lines;
   }
 
-  // The call of the sender that an event of one node leads to.
+  // The notification call for an event with one node.
   static const char* senderOf(int event) {
     switch (event) {
       case kCreated:

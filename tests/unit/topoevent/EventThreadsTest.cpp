@@ -1,4 +1,4 @@
-// Events on several threads at once.
+// Concurrent events on several threads.
 
 #include <map>
 #include <string>
@@ -20,7 +20,7 @@ constexpr int kRounds = 100;
 
 class TopoEventThreads : public EventUnderTest {
  protected:
-  // Runs work(number of the thread) on several threads.
+  // Runs work(thread number) on several threads.
   template <typename Work>
   static void onThreads(const Work& work) {
     std::vector<std::thread> threads;
@@ -32,7 +32,7 @@ class TopoEventThreads : public EventUnderTest {
     }
   }
 
-  // How many notifications of each kind were sent.
+  // The number of notifications of each kind.
   static std::map<std::string, int> kinds() {
     std::map<std::string, int> result;
     for (const Notification& sent : fakes::notificationsSent()) {
@@ -69,7 +69,7 @@ TEST_F(TopoEventThreads, ReportEveryNewLabelOnceInTestMode) {
     for (int round = 0; round < kRounds; ++round) {
       const auto node = subnetwork(own(number), number + "/" + std::to_string(round));
       handle(kChanged, {node});
-      handle(kChanged, {node});  // known by now
+      handle(kChanged, {node});  // the cache has this label
     }
   });
   EXPECT_EQ(fakes::notificationsSent().size(), static_cast<std::size_t>(kThreads * kRounds));
@@ -99,7 +99,7 @@ TEST_F(TopoEventThreads, HoldNoLockWhileANotificationIsSent) {
   fakes::agent().testSwitch = true;
   topo::nodeLabelCache.append(own("a"), "");
   bool delivered = false;
-  // Another thread's event goes through while the first one is with the sender.
+  // Handles an event on another thread while the first event is in the notification call.
   fakes::onCall("OnObjectAVC", 1, [&]() -> CORBA::ULong {
     std::thread other([&] { delivered = handle(kChanged, {subnetwork(own("a"), "B")}) == 0; });
     other.join();

@@ -32,10 +32,7 @@ TEST_F(TopoChangedLabels, AreReportedOneByOneInOrder) {
 
 TEST_F(TopoChangedLabels, AreReportedAsTheOneAttribute) {
   relabel({subnetwork("a", "the new label")});
-  const Notification sent = fakes::notificationsSent().at(0);
-  EXPECT_EQ(sent.kind, "changed");
-  EXPECT_EQ(fakes::printed(sent.objectName), "[EMS=EMS-1, TopoSubnetwork=a]");
-  EXPECT_EQ(printed(sent.attributes), "[nativeEMSName=the new label]");
+  EXPECT_EQ(changes(), (Changes{{"[EMS=EMS-1, TopoSubnetwork=a]", "the new label"}}));
 }
 
 TEST_F(TopoChangedLabels, CarryNothingElse) {
@@ -52,20 +49,19 @@ TEST_F(TopoChangedLabels, AreReportedAlsoForANodeThatCannotBeNamed) {
   TopoNode_T unknown = subnetwork("u", "U");
   unknown.nodeType = 3;
   relabel({subnetwork("a", "A"), subnetwork("b", "B"), unknown});
-  EXPECT_EQ(changes(),
-            (Lines{change("a", "A"), "[EMS=EMS-1] [nativeEMSName=B]", "[] [nativeEMSName=U]"}));
+  EXPECT_EQ(changes(), (Changes{change("a", "A"), {"[EMS=EMS-1]", "B"}, {"[]", "U"}}));
 }
 
 TEST_F(TopoChangedLabels, AreBytesWhateverTheyAre) {
   relabel({subnetwork("a", "\xc3\xa4 \xff\n")});
-  EXPECT_EQ(changes(), Lines{change("a", "\xc3\xa4 \xff\n")});
+  EXPECT_EQ(changes(), Changes{change("a", "\xc3\xa4 \xff\n")});
 }
 
 // --- Outside test mode.
 
 TEST_F(TopoChangedLabels, ThatAreEmptySkipTheNode) {
   relabel({subnetwork("a", "A"), subnetwork("b", ""), subnetwork("c", "C")});
-  EXPECT_EQ(changes(), (Lines{change("a", "A"), change("c", "C")}));
+  EXPECT_EQ(changes(), (Changes{change("a", "A"), change("c", "C")}));
   EXPECT_EQ(Journal::count("ConvertTopoNodeIdToName"), 2);
 }
 
@@ -91,7 +87,7 @@ class TopoChangedLabelsInTestMode : public EventUnderTest {
  protected:
   TopoChangedLabelsInTestMode() { fakes::agent().testSwitch = true; }
 
-  // Remembers a label of a node that is this test's own.
+  // Adds a node of this test to the cache.
   static void remember(const std::string& identifier, const std::string& label) {
     topo::nodeLabelCache.append(own(identifier), label);
   }
@@ -100,11 +96,11 @@ class TopoChangedLabelsInTestMode : public EventUnderTest {
     return subnetwork(own(identifier), label);
   }
 
-  static std::string ownChange(const std::string& identifier, const std::string& label) {
+  static LabelChange ownChange(const std::string& identifier, const std::string& label) {
     return change(own(identifier), label);
   }
 
-  // What is remembered of a node, the first entry of it.
+  // The label in the first cache entry of a node.
   static std::string remembered(const std::string& identifier) {
     const auto identifiers = topo::nodeLabelCache.identifiers();
     const auto labels = topo::nodeLabelCache.labels();
@@ -120,20 +116,20 @@ class TopoChangedLabelsInTestMode : public EventUnderTest {
 TEST_F(TopoChangedLabelsInTestMode, AreReportedAndRemembered) {
   remember("a", "A");
   EXPECT_EQ(relabel({node("a", "B")}), 0);
-  EXPECT_EQ(changes(), Lines{ownChange("a", "B")});
+  EXPECT_EQ(changes(), Changes{ownChange("a", "B")});
   EXPECT_EQ(remembered("a"), "B");
 }
 
 TEST_F(TopoChangedLabelsInTestMode, AreReportedForANodeThatIsNotRemembered) {
   relabel({node("a", "A")});
-  EXPECT_EQ(changes(), Lines{ownChange("a", "A")});
+  EXPECT_EQ(changes(), Changes{ownChange("a", "A")});
   EXPECT_EQ(remembered("a"), "(nothing)");
 }
 
 TEST_F(TopoChangedLabelsInTestMode, EndTheWholeEventWhenTheLabelIsKnown) {
   remember("b", "B");
   EXPECT_EQ(relabel({node("a", "A"), node("b", "B"), node("c", "C")}), 0);
-  EXPECT_EQ(changes(), Lines{ownChange("a", "A")});
+  EXPECT_EQ(changes(), Changes{ownChange("a", "A")});
   EXPECT_EQ(Journal::count("GetTestSwitch"), 2);
   EXPECT_EQ(Journal::count("ConvertTopoNodeIdToName"), 1);
 }
@@ -142,75 +138,75 @@ TEST_F(TopoChangedLabelsInTestMode, EndOneEventOnly) {
   remember("a", "A");
   relabel({node("a", "A"), node("b", "B")});
   relabel({node("b", "B")});
-  EXPECT_EQ(changes(), Lines{ownChange("b", "B")});
+  EXPECT_EQ(changes(), Changes{ownChange("b", "B")});
 }
 
 TEST_F(TopoChangedLabelsInTestMode, EndTheEventAtARepetitionOfAChange) {
   remember("a", "A");
   relabel({node("a", "B"), node("a", "B"), node("c", "C")});
-  EXPECT_EQ(changes(), Lines{ownChange("a", "B")});
+  EXPECT_EQ(changes(), Changes{ownChange("a", "B")});
 }
 
 TEST_F(TopoChangedLabelsInTestMode, AreComparedWithTheFirstEntryOfANode) {
   remember("a", "A");
   remember("a", "B");
   relabel({node("a", "B"), node("c", "C")});
-  EXPECT_EQ(changes(), (Lines{ownChange("a", "B"), ownChange("c", "C")}));
+  EXPECT_EQ(changes(), (Changes{ownChange("a", "B"), ownChange("c", "C")}));
 }
 
 TEST_F(TopoChangedLabelsInTestMode, ThatAreEmptySkipTheNode) {
   relabel({node("a", ""), node("b", "B")});
-  EXPECT_EQ(changes(), Lines{ownChange("b", "B")});
+  EXPECT_EQ(changes(), Changes{ownChange("b", "B")});
 }
 
 TEST_F(TopoChangedLabelsInTestMode, ThatAreEmptyAreRemembered) {
   remember("a", "A");
   relabel({node("a", ""), node("b", "B")});
   EXPECT_EQ(remembered("a"), "");
-  EXPECT_EQ(changes(), Lines{ownChange("b", "B")});
+  EXPECT_EQ(changes(), Changes{ownChange("b", "B")});
 }
 
 TEST_F(TopoChangedLabelsInTestMode, ThatAreEmptyEndTheEventWhenThatIsKnown) {
   remember("a", "");
   relabel({node("a", ""), node("b", "B")});
-  EXPECT_EQ(changes(), Lines{});
+  EXPECT_EQ(changes(), Changes{});
 }
 
 TEST_F(TopoChangedLabelsInTestMode, ThatAreEmptyAreNotTheLastOneReported) {
   relabel({node("a", "A"), node("b", ""), node("c", "A")});
-  EXPECT_EQ(changes(), Lines{ownChange("a", "A")});
+  EXPECT_EQ(changes(), Changes{ownChange("a", "A")});
 }
 
 TEST_F(TopoChangedLabelsInTestMode, AreReportedOnceForTwoNodesInARow) {
   remember("a", "old");
   remember("b", "old");
   relabel({node("a", "A"), node("b", "A"), node("c", "C")});
-  EXPECT_EQ(changes(), (Lines{ownChange("a", "A"), ownChange("c", "C")}));
+  EXPECT_EQ(changes(), (Changes{ownChange("a", "A"), ownChange("c", "C")}));
   EXPECT_EQ(remembered("b"), "A");
 }
 
 TEST_F(TopoChangedLabelsInTestMode, AreReportedOnceForTwoEventsInARow) {
   relabel({node("a", "A")});
   relabel({node("b", "A")});
-  EXPECT_EQ(changes(), Lines{ownChange("a", "A")});
+  EXPECT_EQ(changes(), Changes{ownChange("a", "A")});
 }
 
 TEST_F(TopoChangedLabelsInTestMode, AreReportedAgainAfterAnother) {
   relabel({node("a", "A"), node("b", "B"), node("c", "A")});
-  EXPECT_EQ(changes(), (Lines{ownChange("a", "A"), ownChange("b", "B"), ownChange("c", "A")}));
+  EXPECT_EQ(changes(), (Changes{ownChange("a", "A"), ownChange("b", "B"), ownChange("c", "A")}));
 }
 
 TEST_F(TopoChangedLabelsInTestMode, OutsideItAreNotTheLastOnesReported) {
   fakes::agent().testSwitchAnswers = {true, false, true};
   relabel({node("a", "A"), node("b", "B"), node("c", "A")});
-  EXPECT_EQ(changes(), (Lines{ownChange("a", "A"), ownChange("b", "B")}));
+  EXPECT_EQ(changes(), (Changes{ownChange("a", "A"), ownChange("b", "B")}));
 }
 
 TEST_F(TopoChangedLabelsInTestMode, FollowTheSwitchNodeByNode) {
   remember("a", "A");
   fakes::agent().testSwitchAnswers = {false, true};
   relabel({node("a", "A"), node("a", "A"), node("b", "B")});
-  EXPECT_EQ(changes(), Lines{ownChange("a", "A")});
+  EXPECT_EQ(changes(), Changes{ownChange("a", "A")});
   EXPECT_EQ(Journal::count("GetTestSwitch"), 2);
 }
 
@@ -228,7 +224,7 @@ TEST_F(TopoChangedLabelsInTestMode, StayRememberedWhenTheEventFails) {
   remember("c", "C");
   fakes::onCall("OnObjectAVC", 2, fakes::raiseTransient());
   EXPECT_EQ(handle(kChanged, {node("a", "1"), node("b", "2"), node("c", "3")}), 0);
-  EXPECT_EQ(changes(), Lines{ownChange("a", "1")});
+  EXPECT_EQ(changes(), Changes{ownChange("a", "1")});
   EXPECT_EQ(remembered("a"), "1");
   EXPECT_EQ(remembered("b"), "2");
   EXPECT_EQ(remembered("c"), "C");
@@ -237,12 +233,12 @@ TEST_F(TopoChangedLabelsInTestMode, StayRememberedWhenTheEventFails) {
 TEST_F(TopoChangedLabelsInTestMode, AreComparedByteForByte) {
   remember("a", "A");
   relabel({node("a", "a"), node("b", "a "), node("c", "A")});
-  EXPECT_EQ(changes(), (Lines{ownChange("a", "a"), ownChange("b", "a "), ownChange("c", "A")}));
+  EXPECT_EQ(changes(), (Changes{ownChange("a", "a"), ownChange("b", "a "), ownChange("c", "A")}));
 }
 
 TEST_F(TopoChangedLabelsInTestMode, OfElementsAreTreatedTheSame) {
   relabel({element("OS=1,NE=5", "N"), element("OS=1,NE=6", "N")});
-  EXPECT_EQ(changes(), Lines{"[EMS=EMS-1, ManagedElement=5] [nativeEMSName=N]"});
+  EXPECT_EQ(changes(), (Changes{{"[EMS=EMS-1, ManagedElement=5]", "N"}}));
 }
 
 }  // namespace

@@ -17,7 +17,7 @@ using Texts = std::vector<std::string>;
 
 constexpr int kThreads = 4;
 
-// Runs the same on several threads at once; how often it said true.
+// Runs a function on several threads at once. Returns the number of true results.
 int timesTrue(const std::function<bool()>& attempt) {
   std::atomic<int> ready{0};
   std::atomic<int> successes{0};
@@ -117,7 +117,7 @@ TEST_F(TopoNodeLabelCache, TakesABurstOfChangesOfManyNodes) {
   for (int i = 0; i < kNodes; ++i) {
     ASSERT_TRUE(cache_.storeChange("a topology node " + std::to_string(i), "new"));
   }
-  // A walk each would be 5,000,000,000 comparisons.
+  // With a linear search, this would be 5,000,000,000 comparisons.
   EXPECT_LT(support::processorTime() - begin, std::chrono::seconds(5));
   EXPECT_EQ(cache_.labels(), Texts(kNodes, "new"));
 }

@@ -24,7 +24,7 @@ using fakes::Journal;
 
 const Lines kUnSubscribed = {"UnSubscribe(372)", "UnSubscribe(373)", "UnSubscribe(374)"};
 
-// Whatever the platform may raise.
+// The exceptions that the platform may throw.
 std::vector<fakes::Step> anyFailure() {
   return {fakes::raiseProcessException(7), fakes::raiseInterfaceNotExist(),
           fakes::raiseRuntimeError("broken"), fakes::raiseBadAlloc(), fakes::raiseTransient()};
@@ -40,7 +40,7 @@ class TopoEventMgrTest : public fakes::PlatformFixture {
   NS_CORBA::CorbaTopoEventHandler handler_;
 };
 
-// --- The one instance.
+// --- The instance.
 
 using TopoEventMgrInstance = TopoEventMgrTest;
 
@@ -211,7 +211,7 @@ TEST_F(TopoEventSubscription, NeedsNoInstance) {
   EXPECT_EQ(fakes::subscribedTo(374), Handlers{&handler_});
 }
 
-// --- The end of it.
+// --- Unsubscription.
 
 using TopoEventUnSubscription = TopoEventMgrTest;
 

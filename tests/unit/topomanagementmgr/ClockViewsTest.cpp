@@ -6,6 +6,7 @@
 
 #include "platform/framework/ProcessException.h"
 #include "tests/fakes/Fixture.h"
+#include "tests/fakes/Records.h"
 #include "topo/TmfRecords.h"
 #include "topomanagementmgr/TopoManagementMgr.h"
 
@@ -13,7 +14,10 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
+using fakes::fieldsOf;
 using fakes::Journal;
+using fakes::LinkFields;
+using fakes::NodeFields;
 using fakes::printed;
 using NS_DOMAIN::ClockPositionInfo_T;
 using NS_DOMAIN::ClockTopoLinkInfo_T;
@@ -24,7 +28,7 @@ using TopoManagementManager::NodeList_T;
 
 const char* const kUtility = "CheckIFBuf(\"CorbaUtilInterface\")";
 
-// References, and the number that each means.
+// References and their object numbers.
 const std::vector<std::pair<std::string, std::string>>& references() {
   static const auto& pairs = *new std::vector<std::pair<std::string, std::string>>{
       {"NE=5", "5"},
@@ -71,20 +75,6 @@ ClockTopoLinkInfo_T clockLink(const std::string& id, const std::string& nativeNa
   return result;
 }
 
-// All that a client sees of a record.
-std::string textOf(const Node_T& node) {
-  return printed(node.name) + " " + node.nativeEMSName.in() + " " + std::to_string(node.nodeType) +
-         " " + std::to_string(node.nodeParam1) + " " + std::to_string(node.nodeParam2) + " " +
-         printed(node.relatedName) + " " + printed(node.additionalInfo);
-}
-
-std::string textOf(const TopologicalLink_T& link) {
-  return printed(link.name) + " " + link.userLabel.in() + " " + link.nativeEMSName.in() + " '" +
-         link.owner.in() + "' " + std::to_string(static_cast<int>(link.direction)) + " " +
-         std::to_string(link.rate) + " " + printed(link.aEndTP) + " " + printed(link.zEndTP) + " " +
-         printed(link.additionalInfo);
-}
-
 // --- Clock nodes.
 
 class TopoClockNodes : public fakes::PlatformFixture {
@@ -108,7 +98,8 @@ TEST_F(TopoClockNodes, CarryNameLabelAndValuesOfTheirPosition) {
   clock.value1 = 11;
   clock.value2 = -22;
   build({clock});
-  EXPECT_EQ(textOf(nodes_[0]), "[EMS=EMS-1, ManagedElement=5] Clock 5 0 11 -22 [] []");
+  EXPECT_EQ(fieldsOf(nodes_[0]),
+            (NodeFields{"[EMS=EMS-1, ManagedElement=5]", "Clock 5", 0, 11, -22}));
 }
 
 TEST_F(TopoClockNodes, CarryExtremeValues) {
@@ -116,7 +107,8 @@ TEST_F(TopoClockNodes, CarryExtremeValues) {
   clock.value1 = std::numeric_limits<std::int32_t>::max();
   clock.value2 = std::numeric_limits<std::int32_t>::min();
   build({clock});
-  EXPECT_EQ(textOf(nodes_[0]), "[EMS=EMS-1, ManagedElement=5]  0 2147483647 -2147483648 [] []");
+  EXPECT_EQ(fieldsOf(nodes_[0]),
+            (NodeFields{"[EMS=EMS-1, ManagedElement=5]", "", 0, clock.value1, clock.value2}));
 }
 
 TEST_F(TopoClockNodes, AreNoneForNoPositions) {
@@ -127,10 +119,10 @@ TEST_F(TopoClockNodes, AreNoneForNoPositions) {
 
 TEST_F(TopoClockNodes, KeepOrderAndDuplicates) {
   build({position("NE=7", "B"), position("NE=5", "A"), position("NE=7", "B"), position("", "C")});
-  EXPECT_EQ(textOf(nodes_[0]), "[EMS=EMS-1, ManagedElement=7] B 0 0 0 [] []");
-  EXPECT_EQ(textOf(nodes_[1]), "[EMS=EMS-1, ManagedElement=5] A 0 0 0 [] []");
-  EXPECT_EQ(textOf(nodes_[2]), textOf(nodes_[0]));
-  EXPECT_EQ(textOf(nodes_[3]), "[] C 0 0 0 [] []");
+  EXPECT_EQ(fieldsOf(nodes_[0]), (NodeFields{"[EMS=EMS-1, ManagedElement=7]", "B"}));
+  EXPECT_EQ(fieldsOf(nodes_[1]), (NodeFields{"[EMS=EMS-1, ManagedElement=5]", "A"}));
+  EXPECT_EQ(fieldsOf(nodes_[2]), fieldsOf(nodes_[0]));
+  EXPECT_EQ(fieldsOf(nodes_[3]), (NodeFields{"[]", "C"}));
 }
 
 TEST_F(TopoClockNodes, AreNamedAfterTheNumberBehindTheFirstEqualsSign) {
@@ -170,7 +162,7 @@ TEST_F(TopoClockNodes, HaveNoNameWithoutAnEqualsSign) {
     clock.value1 = 1;
     clock.value2 = 2;
     build({clock});
-    EXPECT_EQ(textOf(nodes_[0]), "[] Clock 0 1 2 [] []") << reference;
+    EXPECT_EQ(fieldsOf(nodes_[0]), (NodeFields{"[]", "Clock", 0, 1, 2})) << reference;
   }
   EXPECT_EQ(Journal::lines(), Lines{});
 }
@@ -200,8 +192,8 @@ TEST_F(TopoClockNodes, ShareOneKeyOfWhichTheNumberAloneIsWritten) {
 TEST_F(TopoClockNodes, KeepWhatAFailedConversionLeftInTheName) {
   fakes::onCall("ConvertNEIndexToName", 1, fakes::giveCode(9));
   build({position("NE=5", "A"), position("NE=6", "B")});
-  EXPECT_EQ(textOf(nodes_[0]), "[EMS=EMS-1] A 0 0 0 [] []");
-  EXPECT_EQ(textOf(nodes_[1]), "[EMS=EMS-1, ManagedElement=6] B 0 0 0 [] []");
+  EXPECT_EQ(fieldsOf(nodes_[0]), (NodeFields{"[EMS=EMS-1]", "A"}));
+  EXPECT_EQ(fieldsOf(nodes_[1]), (NodeFields{"[EMS=EMS-1, ManagedElement=6]", "B"}));
   EXPECT_EQ(Journal::linesOf({"TaDebug", "TaDebugWithPara", "NbiException"}), Lines{});
 }
 
@@ -223,7 +215,7 @@ TEST_F(TopoClockNodes, OverwriteEveryFieldOfTheList) {
   node.nodeType = 1;
   node.nodeParam1 = node.nodeParam2 = 99;
   build({position("none", "new")});
-  EXPECT_EQ(textOf(nodes_[0]), "[] new 0 0 0 [] []");
+  EXPECT_EQ(fieldsOf(nodes_[0]), (NodeFields{"[]", "new"}));
 }
 
 TEST_F(TopoClockNodes, CarryNoVendorInTestMode) {
@@ -242,7 +234,7 @@ TEST_F(TopoClockNodes, PassOnThatTheUtilityIsMissing) {
 TEST_F(TopoClockNodes, DoNotMindAMissingUtilityThatIsNotNeeded) {
   fakes::openBuffer("CorbaUtilInterface").Remove(&fakes::corbaUtil());
   build({position("none", "A")});
-  EXPECT_EQ(textOf(nodes_[0]), "[] A 0 0 0 [] []");
+  EXPECT_EQ(fieldsOf(nodes_[0]), (NodeFields{"[]", "A"}));
 }
 
 TEST_F(TopoClockNodes, PassOnWhatTheUtilityRaises) {
@@ -280,16 +272,16 @@ class TopoClockLinks : public fakes::PlatformFixture {
 
 TEST_F(TopoClockLinks, CarryNamesLabelsEndsAndType) {
   build({clockLink("L1", "ab/cd/ef", "NE=5", "NE=6")});
-  EXPECT_EQ(textOf(links_[0]),
-            "[EMS=EMS-1, ClockTopoLinkId=L1] Links:ab/cd/ef ab/cd/ef '' 0 0 "
-            "[EMS=EMS-1, ManagedElement=5] [EMS=EMS-1, ManagedElement=6] [TOPO_LINK_TYPE=ab]");
+  EXPECT_EQ(fieldsOf(links_[0]),
+            (LinkFields{"[EMS=EMS-1, ClockTopoLinkId=L1]", "Links:ab/cd/ef", "ab/cd/ef",
+                        "[EMS=EMS-1, ManagedElement=5]", "[EMS=EMS-1, ManagedElement=6]",
+                        "[TOPO_LINK_TYPE=ab]"}));
   EXPECT_EQ(links_[0].direction, globaldefs::CD_UNI);
 }
 
 TEST_F(TopoClockLinks, CarryEmptyTextsAndLists) {
   build({clockLink("")});
-  EXPECT_EQ(textOf(links_[0]),
-            "[EMS=EMS-1, ClockTopoLinkId=] Links:  '' 0 0 [] [] [TOPO_LINK_TYPE=]");
+  EXPECT_EQ(fieldsOf(links_[0]), (LinkFields{"[EMS=EMS-1, ClockTopoLinkId=]", "Links:"}));
 }
 
 TEST_F(TopoClockLinks, AreNoneForNoClockLinks) {
@@ -302,7 +294,7 @@ TEST_F(TopoClockLinks, KeepOrderAndDuplicates) {
   build({clockLink("2", "b"), clockLink("1", "a"), clockLink("2", "b")});
   EXPECT_EQ(printed(links_[0].name), "[EMS=EMS-1, ClockTopoLinkId=2]");
   EXPECT_EQ(printed(links_[1].name), "[EMS=EMS-1, ClockTopoLinkId=1]");
-  EXPECT_EQ(textOf(links_[2]), textOf(links_[0]));
+  EXPECT_EQ(fieldsOf(links_[2]), fieldsOf(links_[0]));
 }
 
 TEST_F(TopoClockLinks, AreNamedAfterTheirIdAsItStands) {
@@ -381,8 +373,8 @@ TEST_F(TopoClockLinks, StartEveryEndEmpty) {
 TEST_F(TopoClockLinks, AreLabelledWithTheStoredLabelAlone) {
   fakes::naming().labels.userLabel = "Stored";
   build({clockLink("1", "ab/cd")});
-  EXPECT_EQ(textOf(links_[0]),
-            "[EMS=EMS-1, ClockTopoLinkId=1] Stored ab/cd '' 0 0 [] [] [TOPO_LINK_TYPE=ab]");
+  EXPECT_EQ(fieldsOf(links_[0]), (LinkFields{"[EMS=EMS-1, ClockTopoLinkId=1]", "Stored", "ab/cd",
+                                             "[]", "[]", "[TOPO_LINK_TYPE=ab]"}));
 }
 
 TEST_F(TopoClockLinks, AreLabelledWithTheirNameWhenTheStoredLabelIsEmpty) {
@@ -466,8 +458,8 @@ TEST_F(TopoClockLinks, OverwriteEveryFieldOfTheList) {
   link.direction = globaldefs::CD_BI;
   link.rate = 99;
   build({clockLink("1", "new")});
-  EXPECT_EQ(textOf(links_[0]),
-            "[EMS=EMS-1, ClockTopoLinkId=1] Links:new new '' 0 0 [] [] [TOPO_LINK_TYPE=]");
+  EXPECT_EQ(fieldsOf(links_[0]),
+            (LinkFields{"[EMS=EMS-1, ClockTopoLinkId=1]", "Links:new", "new"}));
 }
 
 TEST_F(TopoClockLinks, PassOnThatTheUtilityIsMissing) {

@@ -36,7 +36,7 @@ NVSList_T somePair() {
   return pairs;
 }
 
-// The one log record, without its line, which is not fixed.
+// The single log record without its line number, which is not fixed.
 std::string loggedText() {
   const Lines lines = Journal::linesOf({"TaDebug", "TaDebugWithPara"});
   if (lines.size() != 1) {
@@ -50,7 +50,7 @@ std::string traced(const std::string& text) {
   return "TaDebugWithPara(3, \"" + text + "\") at topomanagementmgr unknown";
 }
 
-// Which conversions were called, with what.
+// The calls of the conversions.
 Lines conversions() {
   return Journal::linesOf({"ConvertNEIndexToName", "ConvertONEIndexToName", "ConvertOSIndexToName",
                            "ConvertTopoNodeIdToName"});
@@ -271,7 +271,7 @@ class TopoNodeConversion : public fakes::PlatformFixture {
     return TopoManagementMgr::convertDomainNodeToTmf(node_, domainNode);
   }
 
-  // Nothing from the label on has been written.
+  // The label and the fields after it are not written.
   void expectOldTail() {
     EXPECT_STREQ(node_.nativeEMSName.in(), "old label");
     EXPECT_EQ(node_.nodeParam1, 91);
@@ -570,7 +570,7 @@ TEST_F(TopoNodeListConversion, KeepsTheRelatedNameThatAFailedNodeLeft) {
             0U);
   EXPECT_EQ(labels(), (Lines{"A", "C", "D"}));
   EXPECT_EQ(printed(nodes_[0].relatedName), "[]");
-  EXPECT_EQ(printed(nodes_[1].relatedName), "[EMS=EMS-1]");  // what was written for B
+  EXPECT_EQ(printed(nodes_[1].relatedName), "[EMS=EMS-1]");  // the partial name of B
   EXPECT_EQ(printed(nodes_[2].relatedName), "[]");
 }
 

@@ -1,4 +1,4 @@
-// What a user label map does when memory is short.
+// The user label map when memory is short.
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-// The errors that a test's calls have logged.
+// Reads the logged errors.
 
 #ifndef TESTS_UNIT_TOPOMANAGEMENTMGR_LOGGEDERROR_H
 #define TESTS_UNIT_TOPOMANAGEMENTMGR_LOGGEDERROR_H
@@ -8,7 +8,8 @@
 
 #include "tests/fakes/Journal.h"
 
-// The one log record of level 1, without its line, which is not fixed; else how many there are.
+// The single log record of level 1 without its line number, which is not fixed; or, for another
+// number of records, that number.
 inline std::string loggedErrorWithoutLine() {
   std::vector<std::string> errors;
   for (const std::string& line : fakes::Journal::linesOf({"TaDebug", "TaDebugWithPara"})) {
@@ -23,7 +24,7 @@ inline std::string loggedErrorWithoutLine() {
   return errors[0].substr(0, colon) + errors[0].substr(errors[0].find(' ', colon));
 }
 
-// What it reads when an operation has caught a failure of the domain.
+// The log record of an operation that has caught a ProcessException of the domain.
 inline std::string caughtBy(const std::string& operation, const std::string& code) {
   return "TaDebugWithPara(1, \"[TopoManagementMgr::" + operation +
          "]: catch processException! errorCode = " + code + "\") at topomanagementmgr unknown";

@@ -6,6 +6,7 @@
 
 #include "platform/framework/ProcessException.h"
 #include "tests/fakes/Fixture.h"
+#include "tests/fakes/Records.h"
 #include "tests/unit/topomanagementmgr/LoggedError.h"
 #include "topomanagementmgr/TopoManagementMgr.h"
 
@@ -20,22 +21,19 @@ using fakes::network;
 using fakes::printed;
 using fakes::subnetwork;
 using NS_DOMAIN::TopoNode_T;
-using TopoManagementManager::Node_T;
 using TopoManagementManager::NodeList_T;
 
 constexpr const char* kVendorAlone = "[Vendor=KORVANE TECHNOLOGIES CO., LTD]";
 constexpr const char* kOperation = "getProtectSubnetworkViewInfo";
 
-// All that a client sees of a node but its additional information.
-Lines textsOf(const NodeList_T& nodes) {
-  Lines texts;
-  for (CORBA::ULong i = 0; i < nodes.length(); ++i) {
-    const Node_T& node = nodes[i];
-    texts.push_back(printed(node.name) + " " + node.nativeEMSName.in() + " " +
-                    std::to_string(node.nodeType) + " " + std::to_string(node.nodeParam1) + " " +
-                    std::to_string(node.nodeParam2) + " " + printed(node.relatedName));
+// The nodes of a list without their additional information.
+std::vector<fakes::NodeFields> nodesIn(const NodeList_T& list) {
+  std::vector<fakes::NodeFields> nodes;
+  for (CORBA::ULong i = 0; i < list.length(); ++i) {
+    nodes.push_back(fakes::fieldsOf(list[i]));
+    nodes.back().additionalInfo.clear();
   }
-  return texts;
+  return nodes;
 }
 
 Lines domainCalls() {
@@ -53,7 +51,7 @@ class TopoProtectSubnetworkView : public fakes::PlatformFixture {
     return nodes;
   }
 
-  // Two subnetworks, one in the other, and an element; elements 5, 6, 7, of which 6 is shown.
+  // A subnetwork in a subnetwork, and an element; elements 5, 6, 7, of which the topology shows 6.
   static void fillNetwork() {
     network().nodes = {subnetwork("a", "A"), subnetwork("b", "B"), element("NE=6", "Six")};
     network().nodes[0].extendedAttributes.emplace_back("key", "Hall4||3");
@@ -82,7 +80,7 @@ TEST_F(TopoProtectSubnetworkView, ShowsTheNodesOfTheTopoViewInTheSameOrder) {
   fillNetwork();
   EXPECT_EQ(view(), 0U);
   EXPECT_EQ(labels(), (Lines{"A", "B", "Six", "NE-5", "NE-7"}));
-  EXPECT_EQ(textsOf(nodes_), textsOf(topoView()));
+  EXPECT_EQ(nodesIn(nodes_), nodesIn(topoView()));
   for (CORBA::ULong i = 0; i < nodes_.length(); ++i) {
     EXPECT_EQ(nodes_[i].additionalInfo.length(), 0U);
   }
@@ -93,7 +91,7 @@ TEST_F(TopoProtectSubnetworkView, ShowsTheNodesOfTheTopoViewInTestModeToo) {
   fakes::agent().testSwitch = true;
   EXPECT_EQ(view(), 0U);
   EXPECT_EQ(labels(), (Lines{"A", "B", "Six"}));
-  EXPECT_EQ(textsOf(nodes_), textsOf(topoView()));
+  EXPECT_EQ(nodesIn(nodes_), nodesIn(topoView()));
 }
 
 TEST_F(TopoProtectSubnetworkView, GivesSubnetworksOnePairWhereTheTopoViewGivesSeven) {
@@ -125,7 +123,7 @@ TEST_F(TopoProtectSubnetworkView, IsEmptyForAnEmptyDomain) {
 TEST_F(TopoProtectSubnetworkView, LeavesOutNodesThatDoNotConvert) {
   fillNetwork();
   network().nodes[1].nodeType = 3;
-  fakes::onCall("ConvertNEIndexToName", 2, fakes::giveCode(9));  // the first one is Six
+  fakes::onCall("ConvertNEIndexToName", 2, fakes::giveCode(9));  // the first call is for Six
   EXPECT_EQ(view(), 0U);
   EXPECT_EQ(labels(), (Lines{"A", "Six", "NE-7"}));
   EXPECT_EQ(loggedErrorWithoutLine(), "0 errors");
@@ -287,7 +285,7 @@ TEST_F(TopoProtectSubnetworkView, KeepsNodesOfAQueryThatFailsLateWithoutACode) {
   fakes::onCall("GetAllTopoNodes late", 1, fakes::raiseProcessException(0));
   EXPECT_EQ(view(), 0U);
   EXPECT_EQ(labels(), (Lines{"A", "B", "Six"}));
-  EXPECT_EQ(Journal::count("GetTestSwitch"), 3);  // of the nodes alone
+  EXPECT_EQ(Journal::count("GetTestSwitch"), 3);  // by the conversion of the nodes only
 }
 
 TEST_F(TopoProtectSubnetworkView, PassesOnThatTheUtilityIsMissing) {

@@ -33,7 +33,7 @@ TopoNode_T withAttribute(TopoNode_T node, const std::string& value) {
   return node;
 }
 
-// The one log record of level 1, without its line, which is not fixed.
+// The single log record of level 1 without its line number, which is not fixed.
 std::string loggedError() {
   Lines errors;
   for (const std::string& line : Journal::linesOf({"TaDebug", "TaDebugWithPara"})) {
@@ -60,7 +60,7 @@ std::string baseInfoError(const std::string& code) {
          code + "\") at topomanagementmgr unknown";
 }
 
-// What the domain was asked for.
+// The calls of domain queries.
 Lines domainCalls() {
   return Journal::linesOf(
       {"GetFacet", "GetTopoData", "GetAllTopoNodes", "GetNEData", "GetNEIndexList", "GetNEList"});
@@ -78,14 +78,14 @@ class TopoSubnetworkView : public fakes::PlatformFixture {
  protected:
   CORBA::ULong view() { return TopoManagementMgr::getTopoSubnetworkViewInfo(nodes_); }
 
-  // Three nodes of the topology; elements 5, 6, 7, of which 6 is in the topology.
+  // Three topology nodes; elements 5, 6, 7, of which the topology shows 6.
   void fillNetwork() {
     network().nodes = {subnetwork("a", "A"), subnetwork("b", "B"), element("NE=6", "Six")};
     network().indexes = indexes({5, 6, 7});
     network().shownIndexes = indexes({6});
   }
 
-  // A view in test mode of one subnetwork with one extended attribute.
+  // Runs the view in test mode with one subnetwork that has one extended attribute.
   std::string placementInTestMode(const std::string& attribute) {
     network().nodes = {withAttribute(subnetwork("a"), attribute)};
     fakes::agent().testSwitch = true;
@@ -216,7 +216,7 @@ TEST_F(TopoSubnetworkView, LeavesOutNodesThatDoNotConvert) {
 
 TEST_F(TopoSubnetworkView, LeavesOutElementsThatDoNotConvert) {
   fillNetwork();
-  fakes::onCall("ConvertNEIndexToName", 2, fakes::giveCode(9));  // the first one is Six
+  fakes::onCall("ConvertNEIndexToName", 2, fakes::giveCode(9));  // the first call is for Six
   EXPECT_EQ(view(), 0U);
   EXPECT_EQ(labels(), (Lines{"A", "B", "Six", "NE-7"}));
 }
@@ -343,7 +343,7 @@ TEST_F(TopoSubnetworkView, DoesNotMindANodeWithoutANameOutsideTestMode) {
 
 TEST_F(TopoSubnetworkView, ReadsTheTestSwitchAfreshAtEveryUse) {
   network().nodes = {subnetwork("a")};
-  // Of the collection, of the view, of the node.
+  // By the collection, by the view, by the conversion of the node.
   fakes::agent().testSwitchAnswers = {false, false, false};
   view();
   EXPECT_EQ(Journal::count("GetTestSwitch"), 3);

@@ -13,7 +13,7 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-// What the map and the mutex below were used for, in order.
+// The calls of the map and of the mutex below, in order.
 Lines& steps() {
   static auto& lines = *new Lines;
   return lines;
@@ -25,7 +25,7 @@ class RecordingMutex {
   void unlock() { steps().emplace_back("unlock"); }
 };
 
-// Knows the label of one key.
+// A map with one key.
 class RecordingMap {
  public:
   explicit RecordingMap(const std::string& fileName) { steps().push_back("made of " + fileName); }

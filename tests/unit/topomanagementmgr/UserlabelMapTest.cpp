@@ -25,7 +25,7 @@ class TopoUserlabelMap : public ::testing::Test {
  protected:
   void write(const std::string& content) { dir_.write("labels.txt", content); }
 
-  // What a map finds under a key.
+  // The value of a key in a map.
   static std::string find(Map& map, const std::string& key) {
     std::string value = kAbsent;
     map.GetValue(value, key);
@@ -91,7 +91,7 @@ TEST_F(TopoUserlabelMap, HasNoEmptyKeyForALineFeedAtTheEnd) {
 
 // --- Read failures.
 
-// Delivers a text, then fails as the buffer of a file does.
+// Returns a text, then fails as the buffer of a file does.
 class BreakingBuffer : public std::streambuf {
  public:
   explicit BreakingBuffer(std::string text) : text_(std::move(text)) {}
@@ -111,7 +111,7 @@ class BreakingBuffer : public std::streambuf {
   bool wasRead_ = false;
 };
 
-// Lets a test read from a stream of its own.
+// Gives a test access to Merge.
 class MergingMap : public Map {
  public:
   using Map::Map;
@@ -129,7 +129,7 @@ TEST_F(TopoUserlabelMap, KeepsTheLinesBeforeAReadFailure) {
   EXPECT_EQ(find(map, "c;3"), kAbsent);
 }
 
-// The file opens for reading and writing; nothing is mapped where it begins.
+// The file can be opened for reading and writing, but its first page is not mapped.
 TEST_F(TopoUserlabelMap, IsNotDisturbedByAFileThatCannotBeRead) {
   const char* const unreadable = "/proc/self/mem";
   if (access(unreadable, R_OK | W_OK) != 0) {
@@ -233,7 +233,7 @@ TEST_F(TopoUserlabelMap, FindsNothingInADirectory) {
   EXPECT_EQ(find(map, "a"), kAbsent);
 }
 
-// A file of the system that may be opened for writing, and whose reading fails at once.
+// A system file that can be opened for writing and whose first read fails.
 constexpr const char* kUnreadable = "/proc/self/mem";
 
 bool isUnreadable() {
@@ -270,7 +270,7 @@ TEST_F(TopoUserlabelMap, IsDestroyedThroughItsDestructorAndHasNoOtherVirtualOper
   static_assert(std::has_virtual_destructor_v<Map>);
 }
 
-// Compiles only while the operations of the map are no virtual functions.
+// Compiles only while the operations of the map are not virtual.
 class MapWithOperationsOfItsOwn : public Map {
  public:
   using Map::Map;
@@ -288,7 +288,7 @@ TEST_F(TopoUserlabelMap, HasOrdinaryFunctionsForItsOperations) {
   EXPECT_EQ(find(map, "a"), "1");
 }
 
-// Runs a check as a user without special rights; true when it held.
+// Runs a check as a user without privileges. Returns its result.
 template <typename Check>
 bool holdsForAnOrdinaryUser(const Check& check) {
   constexpr uid_t kNobody = 65534;

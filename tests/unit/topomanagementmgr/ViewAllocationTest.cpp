@@ -17,7 +17,7 @@ using NS_DOMAIN::TopoNode_T;
 using TopoManagementManager::NodeList_T;
 
 constexpr int kMany = 1000;
-constexpr std::size_t kLarge = 7000;  // bytes; blocks for many records are larger, others are not
+constexpr std::size_t kLarge = 7000;  // bytes; only blocks for many records are larger
 
 class TopoViewAllocation : public fakes::PlatformFixture {
  protected:
@@ -39,7 +39,7 @@ class TopoViewAllocation : public fakes::PlatformFixture {
     TopoManagementMgr::getTopoSubnetworkViewBaseInfo(*nodes.get());
   }
 
-  // How many blocks a path leaves behind.
+  // The number of blocks that a path leaks.
   static long leftBehind(const std::function<void()>& path) {
     fakes::resetJournal();
     const long before = fakes::liveBlocks();
@@ -48,7 +48,7 @@ class TopoViewAllocation : public fakes::PlatformFixture {
     return fakes::liveBlocks() - before;
   }
 
-  // The same for a view with a step planned for one query.
+  // The same for a view in which one query runs a step.
   static long leftBehind(const std::function<void()>& view, const std::string& query, int nth,
                          const fakes::Step& step) {
     return leftBehind([&] {
@@ -56,9 +56,9 @@ class TopoViewAllocation : public fakes::PlatformFixture {
       try {
         view();
       } catch (const std::exception&) {
-        // Passed on, as it should be.
+        // Expected.
       } catch (const CORBA::Exception&) {
-        // The same.
+        // Expected.
       }
     });
   }
@@ -66,13 +66,13 @@ class TopoViewAllocation : public fakes::PlatformFixture {
 
 using TopoViewAllocationDeathTest = TopoViewAllocation;
 
-// In a process of its own, in which no view has asked for a label before.
+// The death test runs in a new process, in which no view has looked up a label.
 TEST_F(TopoViewAllocationDeathTest, MakesOneMapOfUserLabelsForAllViews) {
   testing::GTEST_FLAG(death_test_style) = "threadsafe";
   const auto askTwice = [] {
     fakes::agent().testSwitch = true;
     NodeList_T nodes;
-    TopoManagementMgr::getProtectSubnetworkViewInfo(nodes);  // for what else is made on first use
+    TopoManagementMgr::getProtectSubnetworkViewInfo(nodes);  // makes other objects of first use
     const long first = leftBehind(view);
     const long second = leftBehind(view);
     std::cerr << "left behind: " << first << ", then " << second << std::endl;
@@ -82,7 +82,7 @@ TEST_F(TopoViewAllocationDeathTest, MakesOneMapOfUserLabelsForAllViews) {
 }
 
 TEST_F(TopoViewAllocation, LeavesNothingBehind) {
-  leftBehind(view);  // once for what is made on first use
+  leftBehind(view);  // makes objects of first use
   EXPECT_EQ(leftBehind(view), 0);
   EXPECT_EQ(leftBehind(base), 0);
   fakes::agent().testSwitch = true;
@@ -118,7 +118,7 @@ TEST_F(TopoViewAllocation, LeavesNothingBehindWhenTheUtilityIsMissing) {
 
 TEST_F(TopoViewAllocation, PassesOnThatMemoryIsShortAndLeavesNothingBehind) {
   leftBehind(view);
-  // Every large block of the view is refused once.
+  // Lets each large allocation of the view fail once.
   int refusals = 0;
   for (bool refused = true; refused; ++refusals) {
     const int spared = refusals;

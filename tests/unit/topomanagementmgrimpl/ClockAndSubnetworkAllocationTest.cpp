@@ -69,28 +69,28 @@ class TopoClockAndSubnetworkAllocation : public fakes::PlatformFixture {
     servant_->getAllClockSourceViewlTopologicalLinks(howMany, links.out(), iterator.out());
   }
 
-  // The four operations of the servant, whole.
+  // Four complete operations of the servant.
   std::vector<Path> operations() {
     return {[this] { protectView(kAll); }, [this] { viewBelow(kAll); },
             [this] { clockNodes(kAll); }, [this] { clockLinks(kAll); }};
   }
 
-  // How many blocks a path leaves behind, whatever it raises.
+  // The number of blocks that a path leaks; the path may throw.
   long leftBehind(const Path& path) {
     forget();
     const long before = fakes::liveBlocks();
     try {
       path();
     } catch (const std::exception&) {
-      // Passed on, as it should be.
+      // Expected.
     } catch (const CORBA::Exception&) {
-      // The same.
+      // Expected.
     }
     forget();
     return fakes::liveBlocks() - before;
   }
 
-  // The same with a step planned for one call.
+  // The same with a step for one call.
   long leftBehind(const Path& path, const std::string& call, int nth, const fakes::Step& step) {
     return leftBehind([&] {
       fakes::onCall(call, nth, step);
@@ -98,7 +98,8 @@ class TopoClockAndSubnetworkAllocation : public fakes::PlatformFixture {
     });
   }
 
-  // Drops what the fakes keep of a call; ending an iterator writes into the journal.
+  // Clears the fakes after a call. The journal is last, because the end of an iterator writes a
+  // line.
   void forget() {
     fakes::resetAgent();
     fakes::resetJournal();
@@ -117,7 +118,7 @@ TEST_F(TopoClockAndSubnetworkAllocation, LeavesNothingBehind) {
   for (const bool testSwitch : {false, true}) {
     fakes::agent().testSwitch = testSwitch;
     for (const Path& operation : operations()) {
-      leftBehind(operation);  // once for what is made on first use
+      leftBehind(operation);  // makes objects of first use
       EXPECT_EQ(leftBehind(operation), 0);
     }
   }

@@ -1,10 +1,11 @@
-// The clock nodes and the clock links, as clients ask for them.
+// The clock views of the servant.
 
 #include <functional>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "tests/fakes/Failure.h"
 #include "tests/fakes/OrbFixture.h"
 #include "tests/unit/topomanagementmgrimpl/ServantUnderTest.h"
 
@@ -12,6 +13,7 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
+using fakes::failureOf;
 using fakes::Journal;
 using fakes::network;
 using globaldefs::ProcessingFailureException;
@@ -22,7 +24,7 @@ using TopoManagementManager::NodeIterator_I_var;
 using TopoManagementManager::NodeList_T;
 using TopoManagementManager::NodeList_T_var;
 
-// One of the two operations, with what differs between them.
+// One of the two operations, with the differences between them.
 struct ClockOperation {
   std::function<void(CORBA::ULong howMany)> call;
   std::string query;
@@ -32,7 +34,7 @@ struct ClockOperation {
 
 class TopoServantClocks : public fakes::OrbFixture {
  protected:
-  // Three of each.
+  // Three clock positions and three clock links.
   TopoServantClocks() {
     for (const char* number : {"1", "2", "3"}) {
       NS_DOMAIN::ClockPositionInfo_T position;
@@ -61,15 +63,6 @@ class TopoServantClocks : public fakes::OrbFixture {
              "getClockSourceSubnetworkViewInfo", "121"},
             {[this](CORBA::ULong howMany) { links(howMany); }, "GetClockTopoLinkList",
              "getAllClockSourceViewlTopologicalLinks", "144"}};
-  }
-
-  static std::string failureOf(const ClockOperation& operation) {
-    try {
-      operation.call(1);
-      return "none";
-    } catch (const ProcessingFailureException& failure) {
-      return std::to_string(failure.exceptionType) + " " + failure.errorReason.in();
-    }
   }
 
   static std::string logged(const ClockOperation& operation, const std::string& code) {
@@ -268,7 +261,7 @@ TEST_F(TopoServantClocks, LogAFailureOfTheDomainAndRaiseItsCode) {
                                     operation.query, operation.query + " late"}) {
       fakes::resetJournal();
       fakes::onCall(call, 1, fakes::raiseProcessException(77));
-      EXPECT_EQ(failureOf(operation), "9 thrown for 77") << call;
+      EXPECT_EQ(failureOf([&] { operation.call(1); }), fakes::thrownFor(77)) << call;
       EXPECT_EQ(failureCalls(), (Lines{logged(operation, "77"), "ThrowException(77)"})) << call;
       EXPECT_EQ(Journal::linesOf({"ConvertNEIndexToName", "add_Iterator"}), Lines{}) << call;
     }
@@ -279,7 +272,7 @@ TEST_F(TopoServantClocks, LogANegativeCodeAndRaiseItUnsigned) {
   for (const ClockOperation& operation : operations()) {
     fakes::resetJournal();
     fakes::onCall(operation.query, 1, fakes::raiseProcessException(-5));
-    EXPECT_EQ(failureOf(operation), "9 thrown for 4294967291");
+    EXPECT_EQ(failureOf([&] { operation.call(1); }), fakes::thrownFor(4294967291));
     EXPECT_EQ(failureCalls(), (Lines{logged(operation, "-5"), "ThrowException(4294967291)"}));
   }
 }
@@ -288,7 +281,7 @@ TEST_F(TopoServantClocks, LogAMissingDomainAndRaiseItsCode) {
   fakes::openBuffer("DomainInterface").Remove(&fakes::domainInterface());
   for (const ClockOperation& operation : operations()) {
     Journal::clear();
-    EXPECT_EQ(failureOf(operation), "9 thrown for 1092091908");
+    EXPECT_EQ(failureOf([&] { operation.call(1); }), fakes::thrownFor(1092091908));
     EXPECT_EQ(failureCalls(),
               (Lines{logged(operation, "1092091908"), "ThrowException(1092091908)"}));
   }
@@ -307,7 +300,7 @@ TEST_F(TopoServantClocks, RaiseOneCodeForAnyOtherFailureAndLogNothing) {
       for (const fakes::Step& step : steps) {
         fakes::resetJournal();
         fakes::onCall(call, 1, step);
-        EXPECT_EQ(failureOf(operation), "9 thrown for 1092092090") << call;
+        EXPECT_EQ(failureOf([&] { operation.call(1); }), fakes::thrownFor(1092092090)) << call;
         EXPECT_EQ(failureCalls(), Lines{"ThrowException(1092092090)"}) << call;
       }
     }
@@ -320,7 +313,7 @@ TEST_F(TopoServantClocks, GoOnWithoutRecordsAfterAFailureWithoutACode) {
          {std::string("GetFacet"), std::string("GetTopoData"), operation.query}) {
       fakes::resetJournal();
       fakes::onCall(call, 1, fakes::raiseProcessException(0));
-      EXPECT_EQ(failureOf(operation), "none") << call;
+      EXPECT_EQ(failureOf([&] { operation.call(1); }), std::nullopt) << call;
       EXPECT_EQ(failureCalls(), (Lines{logged(operation, "0"), "ThrowException(0)"})) << call;
     }
   }
@@ -356,13 +349,13 @@ TEST_F(TopoServantClocks, ReturnNeitherListNorIteratorWhenTheyFail) {
   EXPECT_TRUE(CORBA::is_nil(linkIterator_));
 }
 
-// --- Failures behind the query.
+// --- Failures after the query.
 
 TEST_F(TopoServantClocks, LetTheFailureOfTheIteratorPass) {
   for (const ClockOperation& operation : operations()) {
     fakes::resetJournal();
     fakes::onCall("add_Iterator", 1, fakes::giveCode(88));
-    EXPECT_EQ(failureOf(operation), "9 thrown for 88");
+    EXPECT_EQ(failureOf([&] { operation.call(1); }), fakes::thrownFor(88));
   }
   EXPECT_TRUE(CORBA::is_nil(nodeIterator_));
   EXPECT_TRUE(CORBA::is_nil(linkIterator_));

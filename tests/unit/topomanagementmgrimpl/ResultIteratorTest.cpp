@@ -15,7 +15,7 @@
 #include "tests/fakes/OrbFixture.h"
 #include "tests/fakes/PoaStandIn.h"
 
-// The two kinds of results. Their records have a native name, by which the tests know them apart.
+// The two record types. The tests identify a record by its native name.
 namespace kinds {
 
 struct Nodes {
@@ -106,8 +106,8 @@ class TopoResultIterator : public fakes::OrbFixture {
     return list.release();
   }
 
-  // As create, for a list of a class derived from List. The caller gets the first batch and
-  // releases it through that class.
+  // As create, for a list of a class derived from List. The caller gets the first batch and deletes
+  // the batch through that class.
   template <typename Derived, typename Base = Skeleton>
   std::unique_ptr<Derived> createOf(CORBA::ULong length, CORBA::ULong howMany) {
     List* records = nullptr;
@@ -125,7 +125,7 @@ class TopoResultIterator : public fakes::OrbFixture {
     Trait::createIterator(makeList(length), howMany, List_out(first_), Iterator_out(iterator_));
   }
 
-  // What the creation was refused with; "none" when it was not.
+  // The failure of a creation; "none" for a success.
   std::string refusal(CORBA::ULong length, CORBA::ULong howMany) {
     try {
       create(length, howMany);
@@ -137,7 +137,7 @@ class TopoResultIterator : public fakes::OrbFixture {
     }
   }
 
-  // The servant behind the iterator, with a reference of the test's own.
+  // The servant of the iterator, with a reference that the test owns.
   static Skeleton_var servant() {
     const auto iterators = fakes::registeredIterators();
     auto* found = dynamic_cast<Skeleton*>(iterators.at(0).in());
@@ -172,7 +172,7 @@ template <typename Kind>
 using TopoResultIteratorDeathTest = TopoResultIterator<Kind>;
 TYPED_TEST_SUITE(TopoResultIteratorDeathTest, Kinds);
 
-// --- Results that need no iterator.
+// --- Results without an iterator.
 
 TYPED_TEST(TopoResultIterator, GivesNeitherListNorIteratorForANullList) {
   typename TestFixture::List stale;
@@ -333,7 +333,7 @@ TYPED_TEST(TopoResultIterator, HasTheIteratorPoaForItsDefault) {
 
 TYPED_TEST(TopoResultIterator, IsHeldByTheAgentAndThePoaAlone) {
   this->create(5, 2);
-  EXPECT_EQ(this->servant()->_refcount_value(), 3U);  // the third is this test's
+  EXPECT_EQ(this->servant()->_refcount_value(), 3U);  // the test owns the third reference
 }
 
 // --- Batches.
@@ -456,7 +456,7 @@ TYPED_TEST(TopoResultIterator, GivesNoListWhenItsDeactivationFailed) {
   EXPECT_EQ(records, nullptr);
 }
 
-// A list of which a record cannot be reached when the test says so.
+// A list in which the access to the record `broken` throws.
 template <typename List>
 class FragileList : public List {
  public:
@@ -485,7 +485,7 @@ TYPED_TEST(TopoResultIterator, DeliversTheSameRecordsAgainWhenTheirCopyFailed) {
     return more;
   };
   Lines records;
-  for (const CORBA::ULong howMany : {2U, 4U}) {  // with and without records behind them
+  for (const CORBA::ULong howMany : {2U, 4U}) {  // with and without remaining records
     Fragile::broken = 2;
     EXPECT_THROW(fetch(howMany, records), CORBA::NO_MEMORY) << howMany;
     Fragile::broken = 0xFFFFFFFF;
@@ -497,7 +497,7 @@ TYPED_TEST(TopoResultIterator, DeliversTheSameRecordsAgainWhenTheirCopyFailed) {
   EXPECT_EQ(records, numbers(3, 5));
 }
 
-// Fetches batches until there are no more.
+// Fetches batches until the end.
 template <typename Next>
 Lines fetchAll(const Next& next) {
   Lines mine;
@@ -508,12 +508,12 @@ Lines fetchAll(const Next& next) {
       mine.insert(mine.end(), records.begin(), records.end());
     }
   } catch (const CORBA::OBJECT_NOT_EXIST&) {
-    // Another thread has fetched the last batch.
+    // Expected: another thread has fetched the last batch.
   }
   return mine;
 }
 
-// Runs fetchers at the same time; what all of them got, sorted.
+// Runs several fetchers at once. Returns the records of all fetchers, sorted.
 Lines fetchTogether(const std::vector<std::function<Lines()>>& fetchers) {
   std::atomic<std::size_t> waiting{fetchers.size()};
   std::vector<Lines> fetched(fetchers.size());
@@ -794,7 +794,7 @@ class TopoResultIteratorList : public TopoResultIterator<Kind> {
   using CountedServant = typename NS_CORBA::TAIT<typename Kind::Skeleton, Counted,
                                                  typename Kind::List_out>::Trait::Servant;
 
-  // The lists that are left when a creation has ended, one way or another, and so has its iterator.
+  // The live lists after a creation, successful or not, and after the end of its iterator.
   int listsLeft(CORBA::ULong howMany) {
     try {
       this->template createOf<Counted>(5, howMany);
@@ -876,7 +876,7 @@ class TopoResultIteratorPoaReference : public TopoResultIterator<Kind> {
   TopoResultIteratorPoaReference() { fakes::useIteratorPoa(poa_.get()); }
   ~TopoResultIteratorPoaReference() override { fakes::resetAgent(); }
 
-  // References to the POA beyond the fake agent's own.
+  // The references to the POA without the reference of the fake agent.
   int references() const { return poa_.references() - 1; }
 
   fakes::PoaStandIn poa_;
@@ -920,7 +920,7 @@ TYPED_TEST(TopoResultIteratorPoaReference, IsReleasedWhenTheLogOfTheConstruction
   EXPECT_EQ(this->references(), 0);
 }
 
-// --- The iterator's edge.
+// --- Exceptions at the CORBA edge.
 
 TYPED_TEST(TopoResultIterator, LetsSystemExceptionsOfTheDeactivationPass) {
   this->create(5, 2);

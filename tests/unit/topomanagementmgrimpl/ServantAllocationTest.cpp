@@ -28,7 +28,7 @@ class TopoServantAllocation : public fakes::PlatformFixture {
   TopoServantAllocation() { fakes::useIteratorPoa(poa_.get()); }
   ~TopoServantAllocation() override { fakes::resetAll(); }
 
-  // No iterator comes of it on this POA, but its servant stays registered.
+  // This POA is refused, so there is no iterator reference, but the servant stays registered.
   void makeIteratorServant() {
     auto list = std::make_unique<NodeList_T>();
     topo::setLength(*list, kMany);
@@ -112,7 +112,7 @@ TEST_F(TopoServantAllocation, ReleasesTheListOfAViewThatFailed) {
     fakes::resetJournal();
     return fakes::liveBlocks();
   };
-  blocksLeft();  // once for what is made on first use
+  blocksLeft();  // makes objects of first use
   const long before = blocksLeft();
   EXPECT_EQ(blocksLeft(), before);
 }

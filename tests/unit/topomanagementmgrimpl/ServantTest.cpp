@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "platform/agent/TECommonFunc.h"
+#include "tests/fakes/Failure.h"
 #include "tests/fakes/OrbFixture.h"
 #include "tests/unit/topomanagementmgrimpl/ServantUnderTest.h"
 #include "topo/TmfRecords.h"
@@ -14,6 +15,7 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
+using fakes::failureOf;
 using fakes::Journal;
 using fakes::network;
 using fakes::printed;
@@ -26,15 +28,6 @@ using TopoManagementManager::NodeList_T_var;
 
 using Operation = std::function<void()>;
 
-std::string failureOf(const Operation& operation) {
-  try {
-    operation();
-    return "none";
-  } catch (const ProcessingFailureException& failure) {
-    return std::to_string(failure.exceptionType) + " " + failure.errorReason.in();
-  }
-}
-
 // --- Common attributes.
 
 class TopoServantAttributes : public fakes::PlatformFixture {
@@ -45,7 +38,7 @@ class TopoServantAttributes : public fakes::PlatformFixture {
     topo::setPair(info_, 0, "k", "v");
   }
 
-  // Every operation that sets something, with the agent's function that does it.
+  // Every setter, with the function of the agent that it calls.
   std::vector<std::pair<std::string, Operation>> setters() {
     return {{"onSetUserLabel", [this] { servant_->setUserLabel(name_, "label", true); }},
             {"onSetOwner", [this] { servant_->setOwner(name_, "owner"); }},
@@ -113,14 +106,16 @@ TEST_F(TopoServantAttributes, RaiseWhatTheAgentMakesOfAFailureCode) {
   for (const auto& setter : setters()) {
     fakes::onCall(setter.first, 1, fakes::giveCode(4000000000));
     const bool withText = setter.first == "onSetAdditionalInfo";
-    EXPECT_EQ(failureOf(setter.second), withText ? "9 " : "9 thrown for 4000000000");
+    const fakes::Failure withoutReason = {globaldefs::EXCPT_UNABLE_TO_COMPLY, ""};
+    EXPECT_EQ(failureOf(setter.second), withText ? withoutReason : fakes::thrownFor(4000000000));
   }
 }
 
 TEST_F(TopoServantAttributes, HandTheErrorTextOfTheAdditionalInfoOn) {
   fakes::onCall("onSetAdditionalInfo", 1, fakes::giveCode(7));
   fakes::agent().attributeErrorText = "no such key";
-  EXPECT_EQ(failureOf([&] { servant_->setAdditionalInfo(name_, info_); }), "9 no such key");
+  EXPECT_EQ(failureOf([&] { servant_->setAdditionalInfo(name_, info_); }),
+            (fakes::Failure{globaldefs::EXCPT_UNABLE_TO_COMPLY, "no such key"}));
   EXPECT_EQ(Journal::linesOf({"ThrowException"}), Lines{"ThrowException(7, \"no such key\")"});
 }
 
@@ -198,7 +193,7 @@ TEST_F(TopoServantCapabilities, AreWhatTheAgentBuilds) {
 
 TEST_F(TopoServantCapabilities, AreTheSameWhateverTheAgentsState) {
   fakes::agent().testSwitch = true;
-  fakes::resetAll();  // nothing is published any more
+  fakes::resetAll();  // removes the published interfaces
   common::CapabilityList_T_var capabilities;
   servant_->getCapabilities(capabilities.out());
   EXPECT_EQ(Journal::lines(), Lines{expectedCall_});
@@ -272,7 +267,7 @@ TEST_F(TopoServantView, IsAnEmptyListForAnEmptyDomain) {
 
 TEST_F(TopoServantView, TurnsAFailureCodeIntoTheUserException) {
   fakes::onCall("GetAllTopoNodes", 1, fakes::raiseProcessException(77));
-  EXPECT_EQ(failureOf([&] { view(1); }), "1 constructed from 77");
+  EXPECT_EQ(failureOf([&] { view(1); }), fakes::constructedFrom(77));
   EXPECT_EQ(Journal::linesOf({"ConstructException", "ThrowException"}),
             Lines{"ConstructException(77)"});
 }
@@ -282,7 +277,7 @@ TEST_F(TopoServantView, ReturnsNeitherListNorIteratorWhenItFailsPartly) {
   fakes::onCall("GetNEList late", 1, fakes::raiseProcessException(77));
   NodeList_T* nodes = nullptr;
   EXPECT_EQ(failureOf([&] { servant_->getTopoSubnetworkViewInfo(1, nodes, iterator_.out()); }),
-            "1 constructed from 77");
+            fakes::constructedFrom(77));
   EXPECT_EQ(nodes, nullptr);
   EXPECT_TRUE(CORBA::is_nil(iterator_));
   EXPECT_EQ(Journal::linesOf({"getIteratorPoa", "add_Iterator"}), Lines{});
@@ -290,7 +285,7 @@ TEST_F(TopoServantView, ReturnsNeitherListNorIteratorWhenItFailsPartly) {
 
 TEST_F(TopoServantView, TurnsAMissingDomainIntoTheUserException) {
   fakes::openBuffer("DomainInterface").Remove(&fakes::domainInterface());
-  EXPECT_EQ(failureOf([&] { view(1); }), "1 constructed from 1092091908");
+  EXPECT_EQ(failureOf([&] { view(1); }), fakes::constructedFrom(1092091908));
 }
 
 TEST_F(TopoServantView, LetsSystemExceptionsPass) {
@@ -306,7 +301,7 @@ TEST_F(TopoServantView, LetsBadParamOfANamelessSubnetworkPass) {
 
 TEST_F(TopoServantView, LetsTheFailureOfTheIteratorPass) {
   fakes::onCall("add_Iterator", 1, fakes::giveCode(88));
-  EXPECT_EQ(failureOf([&] { view(1); }), "9 thrown for 88");
+  EXPECT_EQ(failureOf([&] { view(1); }), fakes::thrownFor(88));
   EXPECT_TRUE(CORBA::is_nil(iterator_));
 }
 
@@ -351,14 +346,14 @@ TEST(TopoServant, ServesTheInterfaceOfTheManager) {
   EXPECT_FALSE(servant->_is_a("IDL:TopoManagementManager/NodeIterator_I:1.0"));
 }
 
-// What a servant of the interface is without anything of its own.
+// A servant of the interface without data.
 class BareServant : public virtual POA_TopoManagementManager::TopoMgr_I {};
 
 TEST(TopoServant, HasNoData) {
   static_assert(sizeof(NS_CORBA::TATopoManagementMgr_IImpl) == sizeof(BareServant));
 }
 
-// Compiles only while the reset of the servant is no virtual function.
+// Compiles only while resetObject is not virtual.
 class ServantWithAResetOfItsOwn : public NS_CORBA::TATopoManagementMgr_IImpl {
  public:
   int resetObject(const NVSList_T&) { return 5; }

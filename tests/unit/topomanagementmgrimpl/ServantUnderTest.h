@@ -1,4 +1,4 @@
-// The servant as a test holds it.
+// The servant with a public destructor for tests.
 
 #ifndef TESTS_UNIT_TOPOMANAGEMENTMGRIMPL_SERVANTUNDERTEST_H
 #define TESTS_UNIT_TOPOMANAGEMENTMGRIMPL_SERVANTUNDERTEST_H

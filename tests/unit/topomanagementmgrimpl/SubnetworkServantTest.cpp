@@ -1,4 +1,4 @@
-// The protect subnetwork view and the view below one subnetwork, as clients ask for them.
+// The protect subnetwork view and the view below a subnetwork, through the servant.
 
 #include <functional>
 #include <iostream>
@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "tests/fakes/Failure.h"
 #include "tests/fakes/OrbFixture.h"
 #include "tests/unit/topomanagementmgrimpl/ServantUnderTest.h"
 
@@ -15,6 +16,7 @@ namespace {
 using Lines = std::vector<std::string>;
 using Operation = std::function<void(CORBA::ULong)>;
 
+using fakes::failureOf;
 using fakes::Journal;
 using fakes::network;
 using fakes::subnetwork;
@@ -47,15 +49,6 @@ class TopoServantSubnetworks : public fakes::OrbFixture {
   std::vector<std::pair<std::string, Operation>> views() {
     return {{"protect", [this](CORBA::ULong howMany) { protectView(howMany); }},
             {"below", [this](CORBA::ULong howMany) { viewBelow(howMany); }}};
-  }
-
-  static std::string failureOf(const std::function<void()>& operation) {
-    try {
-      operation();
-      return "none";
-    } catch (const ProcessingFailureException& failure) {
-      return std::to_string(failure.exceptionType) + " " + failure.errorReason.in();
-    }
   }
 
   static Lines labelsOf(const NodeList_T& nodes) {
@@ -130,7 +123,7 @@ TEST_F(TopoServantSubnetworks, LetTheFailureOfTheIteratorPass) {
   for (const auto& view : views()) {
     fakes::resetJournal();
     fakes::onCall("add_Iterator", 1, fakes::giveCode(88));
-    EXPECT_EQ(failureOf([&] { view.second(1); }), "9 thrown for 88") << view.first;
+    EXPECT_EQ(failureOf([&] { view.second(1); }), fakes::thrownFor(88)) << view.first;
     EXPECT_TRUE(CORBA::is_nil(iterator_)) << view.first;
   }
 }
@@ -175,14 +168,14 @@ TEST_F(TopoServantSubnetworks, MakeTheProtectViewOfTheseCalls) {
 
 TEST_F(TopoServantSubnetworks, TurnAFailureCodeOfTheProtectViewIntoTheUserException) {
   fakes::onCall("GetAllTopoNodes", 1, fakes::raiseProcessException(77));
-  EXPECT_EQ(failureOf([&] { protectView(1); }), "1 constructed from 77");
+  EXPECT_EQ(failureOf([&] { protectView(1); }), fakes::constructedFrom(77));
   EXPECT_EQ(Journal::linesOf({"ConstructException", "ThrowException"}),
             Lines{"ConstructException(77)"});
 }
 
 TEST_F(TopoServantSubnetworks, TurnANegativeCodeOfTheProtectViewIntoAnUnsignedOne) {
   fakes::onCall("GetAllTopoNodes", 1, fakes::raiseProcessException(-5));
-  EXPECT_EQ(failureOf([&] { protectView(1); }), "1 constructed from 4294967291");
+  EXPECT_EQ(failureOf([&] { protectView(1); }), fakes::constructedFrom(4294967291));
 }
 
 TEST_F(TopoServantSubnetworks, ReturnNeitherListNorIteratorWhenTheProtectViewFailsPartly) {
@@ -190,7 +183,7 @@ TEST_F(TopoServantSubnetworks, ReturnNeitherListNorIteratorWhenTheProtectViewFai
   fakes::onCall("GetNEList late", 1, fakes::raiseProcessException(77));
   NodeList_T* nodes = nullptr;
   EXPECT_EQ(failureOf([&] { servant_->getProtectSubnetworkViewInfo(1, nodes, iterator_.out()); }),
-            "1 constructed from 77");
+            fakes::constructedFrom(77));
   EXPECT_EQ(nodes, nullptr);
   EXPECT_TRUE(CORBA::is_nil(iterator_));
   EXPECT_EQ(Journal::linesOf({"getIteratorPoa", "add_Iterator"}), Lines{});
@@ -198,12 +191,12 @@ TEST_F(TopoServantSubnetworks, ReturnNeitherListNorIteratorWhenTheProtectViewFai
 
 TEST_F(TopoServantSubnetworks, TurnAMissingDomainOfTheProtectViewIntoTheUserException) {
   fakes::openBuffer("DomainInterface").Remove(&fakes::domainInterface());
-  EXPECT_EQ(failureOf([&] { protectView(1); }), "1 constructed from 1092091908");
+  EXPECT_EQ(failureOf([&] { protectView(1); }), fakes::constructedFrom(1092091908));
 }
 
 TEST_F(TopoServantSubnetworks, ReturnTheProtectViewOfAQueryThatFailsWithoutACode) {
   fakes::onCall("GetNEIndexList", 1, fakes::raiseProcessException(0));
-  EXPECT_EQ(failureOf([&] { protectView(4); }), "none");
+  EXPECT_EQ(failureOf([&] { protectView(4); }), std::nullopt);
   EXPECT_EQ(nodes_->length(), 4U);
   EXPECT_EQ(Journal::count("ConstructException"), 0);
 }
@@ -231,7 +224,7 @@ TEST_F(TopoServantSubnetworks, RefuseTheNameOfAnythingElseBeforeReadingTheTopolo
     NodeList_T* nodes = nullptr;
     EXPECT_EQ(
         failureOf([&] { servant_->getViewInfoByTopoSubnetwork(name_, 1, nodes, iterator_.out()); }),
-        "2 please input topoSubnetwork!");
+        (fakes::Failure{globaldefs::EXCPT_INVALID_INPUT, "please input topoSubnetwork!"}));
     EXPECT_EQ(nodes, nullptr);
     EXPECT_TRUE(CORBA::is_nil(iterator_));
     EXPECT_EQ(Journal::lines(), (Lines{"CheckIFBuf(\"CorbaUtilInterface\")",
@@ -253,7 +246,7 @@ TEST_F(TopoServantSubnetworks, RefuseInputWithTheExceptionTypeForIt) {
 TEST_F(TopoServantSubnetworks, TestNothingElseAboutTheName) {
   for (const auto& name : {globaldefs::NVSList_T(), fakes::nameOf("", "")}) {
     name_ = name;
-    EXPECT_EQ(failureOf([&] { viewBelow(9); }), "none");
+    EXPECT_EQ(failureOf([&] { viewBelow(9); }), std::nullopt);
   }
   EXPECT_EQ(Journal::linesOf({"GetObjectType", "Name2Index"}),
             (Lines{"GetObjectType([])", "Name2Index([])", "GetObjectType([EMS=EMS-1, =])",
@@ -262,10 +255,10 @@ TEST_F(TopoServantSubnetworks, TestNothingElseAboutTheName) {
 
 TEST_F(TopoServantSubnetworks, ReturnWhatWasCollectedBelowWhenTheDomainFails) {
   fakes::onCall("GetNEIndexList", 1, fakes::raiseProcessException(77));
-  EXPECT_EQ(failureOf([&] { viewBelow(9); }), "none");
+  EXPECT_EQ(failureOf([&] { viewBelow(9); }), std::nullopt);
   EXPECT_EQ(labelsOf(nodes_.in()), (Lines{"A", "B", "C"}));
   fakes::onCall("GetAllTopoNodes", 2, fakes::raiseProcessException(77));
-  EXPECT_EQ(failureOf([&] { viewBelow(9); }), "none");
+  EXPECT_EQ(failureOf([&] { viewBelow(9); }), std::nullopt);
   EXPECT_EQ(nodes_->length(), 0U);
   EXPECT_EQ(Journal::linesOf({"ConstructException", "ThrowException"}), Lines{});
 }
@@ -281,7 +274,7 @@ TEST_F(TopoServantSubnetworks, AnswerAboutASubnetworkThroughAReference) {
   orb().iteratorPoa()->deactivate_object(id.in());
 }
 
-// --- What passes, and what ends the process.
+// --- Exceptions that pass and exceptions that end the process.
 
 TEST_F(TopoServantSubnetworks, LetSystemExceptionsPass) {
   for (const auto& view : views()) {

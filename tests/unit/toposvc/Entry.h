@@ -1,4 +1,4 @@
-// The module's entry point, as a loader declares it.
+// The declaration of the module's entry point.
 
 #ifndef TESTS_UNIT_TOPOSVC_ENTRY_H
 #define TESTS_UNIT_TOPOSVC_ENTRY_H

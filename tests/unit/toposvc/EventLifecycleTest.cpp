@@ -1,4 +1,4 @@
-// What init and fini have to do with events, and with the labels remembered in test mode.
+// Events and cached labels in init and fini.
 
 #include <memory>
 #include <stdexcept>
@@ -24,7 +24,7 @@ using fakes::element;
 using fakes::Journal;
 using fakes::subnetwork;
 
-// What init does first in any mode.
+// The first calls of init in every mode.
 const Lines kInit = {"UnregisterMgr(\"TopoManagement\")",
                      "RegisterMgr(\"TopoManagement\")",
                      "TaDebug(3, \"[ RefCount]  ref_count!\") at toposvc:33 unknown",
@@ -68,7 +68,7 @@ class TopoServiceEvents : public fakes::OrbFixture {
 
   static Lines subscriptions() { return Journal::linesOf({"Subscribe", "UnSubscribe"}); }
 
-  // What was added to the lists since the test began.
+  // The cache entries that were added since the start of the test.
   Texts newIdentifiers() const { return added(topo::nodeLabelCache.identifiers()); }
   Texts newLabels() const { return added(topo::nodeLabelCache.labels()); }
 
@@ -145,7 +145,7 @@ TEST_F(TopoServiceEvents, AreNotSubscribedToWhenTheRegistrationFails) {
   }
 }
 
-// --- The end of it.
+// --- Unsubscription.
 
 TEST_F(TopoServiceEvents, AreUnsubscribedFromBehindTheManager) {
   init();
@@ -265,7 +265,7 @@ TEST_F(TopoServiceEvents, FindAHandlerThatCouldNotBeUnsubscribedAlive) {
   EXPECT_EQ(fakes::notificationsSent().size(), 2U);
 }
 
-// --- Labels remembered in test mode.
+// --- Cached labels in test mode.
 
 class TopoServiceLabels : public TopoServiceEvents {
  protected:
@@ -334,7 +334,7 @@ TEST_F(TopoServiceLabels, StayAfterFini) {
 }
 
 TEST_F(TopoServiceLabels, AreComparedWithThoseOfLaterEvents) {
-  // Identifiers of this test alone: an earlier init's entry of the same node would come first.
+  // Identifiers of this test only: an entry of an earlier init would count first.
   fakes::network().nodes = {subnetwork("compared", "old"), subnetwork("compared too", "same")};
   init();
   deliver(374, {subnetwork("compared", "new"), subnetwork("compared too", "same"),

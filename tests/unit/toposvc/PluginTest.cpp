@@ -1,4 +1,4 @@
-// The module as it is shipped: loaded at run time, with the fakes as its host.
+// The built .so, loaded at run time, with the fakes as the host.
 
 #include <dlfcn.h>
 
@@ -34,7 +34,7 @@ bool isMapped() {
   return false;
 }
 
-// The module in memory, with its service object while one is wanted.
+// The loaded module and its service object.
 class LoadedModule {
  public:
   LoadedModule() : library_(dlopen(kModule, RTLD_NOW | RTLD_LOCAL)) {
@@ -121,7 +121,7 @@ TEST_F(TopoPlugin, MayBeLoadedAgainWhenItWentWithoutFini) {
     module.object().init(0, nullptr);
     fakes::releaseServants();
   }
-  ASSERT_NE(fakes::registeredFactory(kManager), nullptr);  // dangling, never to be called
+  ASSERT_NE(fakes::registeredFactory(kManager), nullptr);  // a dangling pointer
   LoadedModule module;
   EXPECT_EQ(module.object().init(0, nullptr), 0);
   EXPECT_EQ(module.object().fini(), 0);
@@ -211,7 +211,7 @@ TEST_F(TopoPluginWithOrb, IsReallyUnmappedAfterItHasHandledEvents) {
   fakes::releaseServants();
   module.unload();
   EXPECT_FALSE(isMapped());
-  // What was sent is still readable.
+  // The notifications must not refer to the unloaded module.
   const TopoManagementManager::Node_T* node = nullptr;
   ASSERT_TRUE(fakes::notificationsSent().at(0).object >>= node);
 }

@@ -64,7 +64,7 @@ TEST_F(TopoRefCount, PassesOnWhatTheLogRaisesAtItsConstruction) {
   EXPECT_THROW(new Holder, std::runtime_error);
 }
 
-// --- The factory of such servants.
+// --- The factory of the servants.
 
 class TopoNorthMgrFactory : public fakes::Fixture {
  protected:

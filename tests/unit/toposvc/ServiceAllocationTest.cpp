@@ -1,4 +1,4 @@
-// What init of the service object does when memory is short, and what it leaves behind.
+// The service object when memory is short, and leaks of init.
 
 #include <new>
 #include <optional>
@@ -22,7 +22,7 @@ class TopoServiceAllocation : public fakes::PlatformFixture {
 
   int init() { return service_.init(0, nullptr); }
 
-  // Everything that an earlier init has left with the agent.
+  // Removes the registrations of an earlier init from the fake agent.
   void clear() {
     fakes::resetJournal();
     service_.fini();
@@ -30,7 +30,7 @@ class TopoServiceAllocation : public fakes::PlatformFixture {
     fakes::resetJournal();
   }
 
-  // The blocks that one init and its fini leave behind.
+  // The number of blocks that an init with its fini leaks.
   template <typename Prepare>
   long blocksLeft(const Prepare& prepare) {
     const long before = fakes::liveBlocks();

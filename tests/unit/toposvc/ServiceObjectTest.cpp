@@ -25,7 +25,7 @@ const char* const kDestroyed =
     "TaDebug(3, \"[ ~RefCount]  Reference count associated object destroyed!\") at toposvc:39 "
     "unknown";
 
-// What init does, in its order.
+// The calls of init, in order.
 const Lines kInit = {"UnregisterMgr(\"TopoManagement\")", "RegisterMgr(\"TopoManagement\")", kMade,
                      "RegisterServant(\"TopoManagement\", servant)"};
 
@@ -33,7 +33,7 @@ class TopoServiceObject : public fakes::Fixture {
  protected:
   TopoServiceObject() : service_(std::make_unique<zu_corba_topo>()) { Journal::clear(); }
 
-  // The registration is the module's, not the object's: it must not reach the next test.
+  // The registration belongs to the module, not to the object: fini keeps it from the next test.
   ~TopoServiceObject() override {
     fakes::resetJournal();
     service_->fini();
@@ -42,14 +42,14 @@ class TopoServiceObject : public fakes::Fixture {
   int init() { return asAceSeesIt().init(0, nullptr); }
   int fini() { return asAceSeesIt().fini(); }
 
-  // Through ACE's own view of the object.
+  // Through the ACE base class.
   ACE_Shared_Object& asAceSeesIt() { return *service_; }
 
   static Lines registrations() {
     return Journal::linesOf({"UnregisterMgr", "RegisterMgr", "RegisterServant"});
   }
 
-  // What fini does, without the events: their handler is the module's and may be an earlier test's.
+  // The calls of fini without those of events: the event handler may be that of an earlier test.
   static Lines finishing() {
     return Journal::linesOf({"ServiceObjectBase::fini", "UnregisterMgr", "~MgrFactory"});
   }
@@ -167,7 +167,7 @@ TEST_F(TopoServiceObject, ReplacesAManagerLeftBehindByAnEarlierLoad) {
 }
 
 TEST_F(TopoServiceObject, IgnoresThatThereIsNoStaleManager) {
-  // The agent refuses to forget a manager that it does not know.
+  // UnregisterMgr fails for an unknown manager.
   EXPECT_THROW(NS_CORBA::CorbaBaseAgentConfig::Instance()->UnregisterMgr(kManager),
                ProcessException);
   EXPECT_EQ(init(), 0);
@@ -330,7 +330,7 @@ TEST_F(TopoServiceObject, IgnoresThatTheAgentCannotBeReachedAtTheEnd) {
     fakes::resetJournal();
     init();
     Journal::clear();
-    fakes::onCall("CorbaBaseAgentConfig::Instance", 3, step);  // the first two are of init
+    fakes::onCall("CorbaBaseAgentConfig::Instance", 3, step);  // the first two calls are in init
     EXPECT_EQ(fini(), 0);
     EXPECT_EQ(finishing(), (Lines{"ServiceObjectBase::fini()", "~MgrFactory()"}));
   }

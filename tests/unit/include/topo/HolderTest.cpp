@@ -7,7 +7,7 @@
 
 namespace {
 
-// Counts its living objects.
+// Counts its live instances.
 struct Counted {
   static int living;
   Counted() { ++living; }

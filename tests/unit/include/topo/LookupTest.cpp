@@ -36,12 +36,12 @@ void emptySlot() {
   topo::placeholderSlot<Interface>.store(nullptr);
 }
 
-// As the slots are before any code of the module runs.
+// The slots before any code of the module runs.
 const bool slotsWereEmptyAtLoad = placeholder<DomainInterface>() == nullptr &&
                                   placeholder<CorbaUtilInterface>() == nullptr &&
                                   placeholder<SecurityIF>() == nullptr;
 
-// Whether the shared mutex is held by anybody, the caller included.
+// Whether any thread, including the caller, has the shared mutex locked.
 bool mutexIsTaken() {
   if (pthread_mutex_trylock(&_g_actualmutex) != 0) {
     return true;
@@ -68,7 +68,7 @@ class TopoLookup : public fakes::Fixture {
     emptySlot<SecurityIF>();
   }
 
-  // A service object that the bundle manager lists; null offers nothing.
+  // Adds a service object to the bundle manager; `offered` may be null.
   Bundle& load(const std::string& name, NS_BUNDLEMGR1::ServiceInterface* offered) {
     bundles_.push_back(std::make_unique<Bundle>(name, offered));
     bundles_.back()->RegistSvc();
@@ -81,7 +81,7 @@ class TopoLookup : public fakes::Fixture {
 
 using TopoLookupDeathTest = TopoLookup;
 
-// Which exception it was, the runtime says or not, as the optimiser likes.
+// The runtime names the exception in some builds only.
 constexpr const char* kTerminated = "terminate called";
 
 // --- Names.
@@ -189,7 +189,7 @@ TEST_F(TopoLookup, MakesOnePlaceholderForAnyNumberOfThreads) {
   EXPECT_NE(seen.front(), nullptr);
 }
 
-// Whether a thread is blocked at the shared mutex.
+// Whether a thread waits for the shared mutex.
 bool mutexIsWaitedFor() {
   return fakes::isWaitedFor(_g_actualmutex);
 }
@@ -272,7 +272,7 @@ TEST_F(TopoLookup, AnswersWithTheFirstEntryOfTheBuffer) {
   EXPECT_EQ(topo::lookup<CorbaUtilInterface>(), &fakes::corbaUtil());
 }
 
-// Whether the program is built to stop at a wrong cast.
+// Whether this build aborts on a cast to a wrong type.
 bool castsAreChecked() {
   return dlsym(RTLD_DEFAULT, "__ubsan_handle_dynamic_type_cache_miss_abort") != nullptr;
 }
@@ -298,7 +298,7 @@ TEST_F(TopoLookup, PrefersTheBufferToAServiceObjectThatMatches) {
 
 TEST_F(TopoLookup, TakesNoLockWhenTheBufferHasAnEntry) {
   fakes::publishPlatform();
-  topo::lookup<CorbaUtilInterface>();  // the placeholder is made under the mutex
+  topo::lookup<CorbaUtilInterface>();  // makes the placeholder, with the mutex locked
   std::promise<void> release;
   std::promise<void> taken;
   std::thread holder([&] {
@@ -358,7 +358,7 @@ TEST_F(TopoLookup, LetsTheServiceObjectListedFirstWin) {
   EXPECT_EQ(topo::lookup<CorbaUtilInterface>(), one);
   bundle.UnRegistSvc();
   EXPECT_EQ(topo::lookup<CorbaUtilInterface>(), other);
-  bundle.RegistSvc();  // now behind the other
+  bundle.RegistSvc();  // moves to the end of the list
   EXPECT_EQ(topo::lookup<CorbaUtilInterface>(), other);
 }
 

@@ -74,7 +74,7 @@ TEST(TmfSetLengthAllocation, LeavesAnEmptyListEmpty) {
   EXPECT_EQ(pairs.length(), 3U);
 }
 
-// Fresh blocks are filled, so that no number is zero by luck.
+// FailingNew fills new blocks, so a number is 0 only when the code sets it.
 TEST(TmfSetLengthAllocation, ClearsTheNumbersOfNewElements) {
   NodeList_T nodes = twoNodes();
   nodes[1].nodeParam1 = 5;

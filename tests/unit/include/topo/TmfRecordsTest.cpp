@@ -128,7 +128,7 @@ TEST(TmfNode, HasFieldsOfTheWidthsOfTheInterface) {
   static_assert(std::is_same_v<decltype(TopologicalLink_T::rate), CORBA::Short>);
 }
 
-// Whether the members that are given lie behind one another in memory.
+// Whether the members are in this order in memory.
 template <typename... Members>
 bool ascend(const Members&... members) {
   const std::vector<const char*> addresses = {
