@@ -40,9 +40,9 @@ struct KeyFormat : TAO_Root_POA {
   using TAO_Root_POA::transient_key_char;
 };
 
-// Whether the ORB can take a key of a POA to pieces, which it does without looking at its length.
-// All POAs of a server are transient.
-bool isWhole(const ObjectKey& key) {
+// Whether a key of a POA has the length that the ORB expects. The ORB parses the key without a
+// check of its length. All POAs of a server are transient.
+bool isComplete(const ObjectKey& key) {
   constexpr std::size_t kKinds = TAO_Root_POA::TAO_OBJECTKEY_PREFIX_SIZE;  // three octets
   constexpr std::size_t kCreationTime = 8;
   std::size_t least = kKinds + 3 + kCreationTime;
@@ -52,7 +52,7 @@ bool isWhole(const ObjectKey& key) {
   if (key[kKinds] == KeyFormat::non_root_key_char()) {
     least += TAO_Object_Adapter::transient_poa_name_size();
   }
-  least += ACE_Active_Map_Manager_Key::size();  // where to look for the object
+  least += ACE_Active_Map_Manager_Key::size();  // position in the active object map
   if (key[kKinds + 1] == KeyFormat::system_id_key_char()) {
     least += sizeof(CORBA::ULong);
   }
@@ -76,8 +76,8 @@ Request requestOf(TAO_ServerRequest& request) {
   return result;
 }
 
-// The ORB takes arguments that it could not decode for an error only when errno says so, and does
-// not set it itself.
+// The ORB treats arguments that it cannot decode as an error only if errno is set, but does not set
+// errno itself.
 void expectMalformedArguments() {
   errno = EBADMSG;
 }
@@ -105,7 +105,7 @@ CORBA::Object_ptr BareKeys::referenceTo(const std::string& key, const char* type
   return core_.create_object(core_.create_stub(type, profiles));
 }
 
-// The ORB asks adapters of lower priority first; its POAs have 0.
+// The ORB asks adapters in ascending order of priority; the POAs have priority 0.
 int BareKeys::priority() const {
   return -1;
 }
@@ -128,7 +128,7 @@ int BareKeys::dispatch(TAO::ObjectKey& key, TAO_ServerRequest& request,
   }
   const std::shared_ptr<Gate> gate = gates_->at(target);
   if (!gate) {
-    if (isOfAPoa(key) && !isWhole(target)) {
+    if (isOfAPoa(key) && !isComplete(target)) {
       throw CORBA::OBJECT_NOT_EXIST(CORBA::OMGVMCID | 2, CORBA::COMPLETED_NO);  // no POA
     }
     expectMalformedArguments();
@@ -146,16 +146,16 @@ CORBA::Object_ptr BareKeys::root() {
   return CORBA::Object::_nil();
 }
 
-// Calls to a bare key go through the network from within the process too: the ORB's shortcut knows
-// POAs alone. Nil leaves the reference to them.
+// Local calls to a fixed key use the network too, because collocated calls work with POAs only. Nil
+// leaves the reference to the POAs.
 CORBA::Object_ptr BareKeys::create_collocated_object(TAO_Stub* stub,
-                                                     const TAO_MProfile& /*of it*/) {
+                                                     const TAO_MProfile& /*profiles*/) {
   return initialize_collocated_object(stub) == 0 ? new CORBA::Object(stub, false)
                                                  : CORBA::Object::_nil();
 }
 
-// 0 says that nobody else need be asked. The POAs expect a key of theirs in every profile, which
-// whoever sends a reference need not have put there.
+// Returns 0 if no other adapter has to be asked. The POAs expect one of their keys in every
+// profile, but a client can send a reference with other profiles.
 CORBA::Long BareKeys::initialize_collocated_object(TAO_Stub* stub) {
   const TAO_MProfile& profiles = stub->base_profiles();
   for (TAO_PHandle i = 0; i < profiles.profile_count(); ++i) {
@@ -184,17 +184,17 @@ std::shared_ptr<Gate> Gates::at(const std::string& key) const {
   return found == gates_.end() ? nullptr : found->second;
 }
 
-// One request on its way.
-class Gate::Passage {
+// Registers a running request for its lifetime.
+class Gate::RunningRequest {
  public:
-  Passage(Gate& passed, const std::shared_ptr<Connection>& connection) : gate_(passed) {
+  RunningRequest(Gate& passed, const std::shared_ptr<Connection>& connection) : gate_(passed) {
     const std::lock_guard<std::mutex> lock(gate_.mutex_);
     gate_.checkOpen();
     servant = gate_.servant_;
     self_ = gate_.running_.insert(connection);
   }
 
-  ~Passage() {
+  ~RunningRequest() {
     const std::lock_guard<std::mutex> lock(gate_.mutex_);
     gate_.running_.erase(self_);
     if (gate_.running_.empty()) {
@@ -202,8 +202,8 @@ class Gate::Passage {
     }
   }
 
-  Passage(const Passage&) = delete;
-  Passage& operator=(const Passage&) = delete;
+  RunningRequest(const RunningRequest&) = delete;
+  RunningRequest& operator=(const RunningRequest&) = delete;
 
   PortableServer::ServantBase* servant = nullptr;
 
@@ -224,12 +224,12 @@ void Gate::close() {
   PortableServer::ServantBase* const servant = std::exchange(servant_, nullptr);
   for (const std::shared_ptr<Connection>& connection : running_) {
     if (connection) {
-      connection->hurry();
+      connection->beginDrain();
     }
   }
   idle_.wait(lock, [this] { return running_.empty(); });
   const RequestGuard guard = std::exchange(guard_, nullptr);
-  lock.unlock();  // servant and guard are dropped without it
+  lock.unlock();  // the destructors of servant and guard may call back
   if (servant != nullptr) {
     servant->_remove_ref();
   }
@@ -252,10 +252,10 @@ std::shared_ptr<void> Gate::admit(TAO_ServerRequest& request) {
 }
 
 void Gate::dispatch(TAO_ServerRequest& request) {
-  const Passage passage(*this, request.collocated() ? nullptr : servedRequest().connection);
+  const RunningRequest running(*this, request.collocated() ? nullptr : servedRequest().connection);
   const std::shared_ptr<void> token = admit(request);
   expectMalformedArguments();
-  passage.servant->_dispatch(request, nullptr);
+  running.servant->_dispatch(request, nullptr);
 }
 
 }  // namespace orb

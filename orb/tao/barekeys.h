@@ -1,4 +1,4 @@
-// Objects whose keys are texts of their own choosing, and the place where every request passes.
+// Objects with fixed keys, and the first dispatch step of every request.
 
 #ifndef ORB_TAO_BAREKEYS_H
 #define ORB_TAO_BAREKEYS_H
@@ -19,8 +19,10 @@ namespace orb {
 
 class Connection;
 
-// Stands at a key for the servant that is published there, so that one servant can come and go
-// while the others serve on.
+// Forwards requests for a key to the published servant, so that a servant can be replaced while
+// other objects stay in service.
+//
+// Thread-safety: any thread; open() and close() by one thread at a time.
 class Gate {
  public:
   Gate() = default;
@@ -29,43 +31,47 @@ class Gate {
 
   void open(PortableServer::ServantBase* servant, RequestGuard guard);
 
-  // Returns when no request is running. Clients that do not read are waited for no longer than
-  // Options::drainGrace.
+  // Rejects new requests and returns when no request is running. A client that does not read delays
+  // close() by at most Options::drainGrace.
   void close();
 
   void dispatch(TAO_ServerRequest& request);
 
  private:
-  class Passage;
-  using Running = std::multiset<std::shared_ptr<Connection>>;  // null: from within the process
+  class RunningRequest;
+  using Running = std::multiset<std::shared_ptr<Connection>>;  // null: a local call
 
-  // A gate that was closed while the guard made the request wait does not let it through.
+  // Runs the guard. Rejects the request if the gate was closed while the guard blocked.
   std::shared_ptr<void> admit(TAO_ServerRequest& request);
 
-  // REQUIRES: mutex_ is held.
+  // REQUIRES: mutex_ is locked.
   void checkOpen() const;
 
   std::mutex mutex_;
   std::condition_variable idle_;
   PortableServer::ServantBase* servant_ = nullptr;  // guarded by mutex_, null while closed
-  RequestGuard guard_;  // changed under mutex_ while nothing runs, so that a request may read it
-  Running running_;     // guarded by mutex_, a connection for each request
+  RequestGuard
+      guard_;        // changes only under mutex_ while no request runs; a request reads it unlocked
+  Running running_;  // guarded by mutex_; one connection per running request
 };
 
-// The gates by their keys; one a key at a time. Thread-safe.
+// The gates by key, at most one per key. Thread-safety: any thread.
 class Gates {
  public:
   void add(const std::string& key, std::shared_ptr<Gate> gate);
   void remove(const std::string& key);
-  std::shared_ptr<Gate> at(const std::string& key) const;  // null when there is none
+  std::shared_ptr<Gate> at(const std::string& key) const;  // null for an unknown key
 
  private:
   mutable std::shared_mutex mutex_;
   std::map<std::string, std::shared_ptr<Gate>> gates_;  // guarded by mutex_
 };
 
-// Stands before the ORB's POAs: sees each request from outside first, and serves those to bare
-// keys. The ORB owns it and destroys it with itself.
+// An object adapter of the ORB with priority over the POAs: observes each request from another
+// process, and dispatches requests to fixed keys.
+//
+// Ownership: the ORB owns and destroys the object. Thread-safety: any thread. dispatch() throws
+// CORBA system exceptions to the client.
 class BareKeys final : public TAO_Adapter {
  public:
   explicit BareKeys(TAO_ORB_Core& core);
@@ -73,10 +79,10 @@ class BareKeys final : public TAO_Adapter {
 
   void observeRequests(RequestObserver observer);
 
-  // May outlive the ORB.
+  // The result may outlive the ORB.
   std::shared_ptr<Gates> gates() { return gates_; }
 
-  // A reference to the object at a key, for the caller.
+  // Returns a reference to the object at a key, owned by the caller. Throws CORBA::INTERNAL.
   CORBA::Object_ptr referenceTo(const std::string& key, const char* type);
 
   void open() override {}

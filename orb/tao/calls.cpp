@@ -22,12 +22,12 @@ namespace orb {
 
 using std::chrono::milliseconds;
 
-// The time-out of calls in general, and those of single references. Each entry holds its reference,
-// so that no later one is mistaken for it; those that nobody else holds any more are dropped when
-// another is added.
+// The default timeout of calls and the timeouts of single references. The key of an entry is an
+// address, so each entry holds its reference to keep the address in use. An entry without other
+// owners of its reference is removed by the next set(). Thread-safety: any thread.
 class Timeouts {
  public:
-  void setForOthers(milliseconds timeout) { others_ = timeout; }
+  void setDefault(milliseconds timeout) { default_ = timeout; }
 
   void set(CORBA::Object_ptr reference, milliseconds timeout) {
     const std::unique_lock<std::shared_mutex> lock(mutex_);
@@ -40,7 +40,7 @@ class Timeouts {
   milliseconds of(TAO_Stub* stub) const {
     const std::shared_lock<std::shared_mutex> lock(mutex_);
     const auto found = entries_.find(stub);
-    return found == entries_.end() ? others_.load() : found->second.timeout;
+    return found == entries_.end() ? default_.load() : found->second.timeout;
   }
 
   void clear() {
@@ -61,12 +61,12 @@ class Timeouts {
     }
   }
 
-  std::atomic<milliseconds> others_{milliseconds(0)};
+  std::atomic<milliseconds> default_{milliseconds(0)};
   mutable std::shared_mutex mutex_;
   std::unordered_map<TAO_Stub*, Entry> entries_;  // guarded by mutex_
 };
 
-// Never destroyed: ORBs that end at exit come here.
+// Never destroyed, because an ORB may end at the exit of the process.
 ORB_ONE_PER_PROCESS Timeouts& timeouts();
 
 Timeouts& timeouts() {
@@ -76,7 +76,7 @@ Timeouts& timeouts() {
 
 namespace {
 
-// The ORB asks at the beginning of every call.
+// The ORB calls this hook at the beginning of every call.
 void beginCall(TAO_ORB_Core* /*core*/, TAO_Stub* stub, bool& limited, ACE_Time_Value& time) {
   lastCall() = {};
   const milliseconds timeout = timeouts().of(stub);
@@ -87,7 +87,7 @@ void beginCall(TAO_ORB_Core* /*core*/, TAO_Stub* stub, bool& limited, ACE_Time_V
   }
 }
 
-// Puts into the exception of a call what is known about it.
+// Replaces the exception of a call by a more specific exception, from lastCall().
 class CallObserver final : public PortableInterceptor::ClientRequestInterceptor,
                            public CORBA::LocalObject {
  public:
@@ -137,7 +137,7 @@ class Initializer final : public PortableInterceptor::ORBInitializer, public COR
 void installCallObserver() {
   const PortableInterceptor::ORBInitializer_var initializer = new Initializer;
   PortableInterceptor::register_orb_initializer(initializer.in());
-  // The analyzer does not see that both hold references: NOLINTNEXTLINE(clang-analyzer-cplusplus.*)
+  // The analyzer does not see that both own references: NOLINTNEXTLINE(clang-analyzer-cplusplus.*)
 }
 
 LastCall& lastCall() {
@@ -146,7 +146,7 @@ LastCall& lastCall() {
 }
 
 void setCallTimeout(TAO_ORB_Core& core, milliseconds timeout) {
-  timeouts().setForOthers(timeout);
+  timeouts().setDefault(timeout);
   core.set_timeout_hook(beginCall);
 }
 
@@ -154,7 +154,7 @@ void setCallTimeout(CORBA::Object_ptr reference, milliseconds timeout) {
   timeouts().set(reference, timeout);
 }
 
-void forgetCallTimeouts() {
+void clearCallTimeouts() {
   timeouts().clear();
 }
 

@@ -1,4 +1,4 @@
-// Calls to other processes: how long they may take, and what became of the last one.
+// Timeouts and causes of failures of outgoing calls.
 
 #ifndef ORB_TAO_CALLS_H
 #define ORB_TAO_CALLS_H
@@ -10,39 +10,41 @@
 class TAO_ORB_Core;
 class TAO_Transport;
 
-// Of what carries this mark there is one in the process, whatever libraries have this code in them:
-// the dynamic linker takes the same definition for all.
+// Marks a function whose definition is shared by all libraries of the process that contain this
+// code: with default visibility the dynamic linker selects one definition.
 #define ORB_ONE_PER_PROCESS __attribute__((visibility("default")))
 
 namespace orb {
 
-// Of the calling thread: what the ORB's exceptions do not tell. A call reads its own reply, so
-// whatever is read before it ends belongs to it.
+// The latest outgoing call of a thread, with details that are missing in the ORB's exceptions. A
+// call reads its own reply on its own thread, so all bytes read until the end of the call belong to
+// the call. Thread-safety: one object per thread.
 struct LastCall {
-  int attempts = 0;                    // to send the request, each on a connection
-  std::size_t requestBytes = 0;        // that the current attempt has written
-  TAO_Transport* transport = nullptr;  // that the thread reads from
-  bool reading = false;                // messages, from it
-  bool streamBroken = false;           // the transport can write nothing more
+  int attempts = 0;                    // attempts to send the request, each on a connection
+  std::size_t requestBytes = 0;        // bytes written by the current attempt
+  TAO_Transport* transport = nullptr;  // borrowed; the transport from which the thread reads
+  bool reading = false;                // the thread reads messages from the transport
+  bool streamBroken = false;           // the transport cannot write any more
   bool replyBegun = false;
-  bool tooLarge = false;           // what was read is over the size limit
-  std::int64_t bytesReceived = 0;  // held by buffers of messages that are being read
+  bool tooLarge = false;           // a received message is over the size limit
+  std::int64_t bytesReceived = 0;  // size of the buffers of incomplete messages
 };
 
 ORB_ONE_PER_PROCESS LastCall& lastCall();
 
-// The minor code of COMM_FAILURE when the connection ended within the reply.
-constexpr std::uint32_t kBrokenOff = 0x54410fff;  // the ORB's own codes end below
+// The minor code of COMM_FAILURE when the connection ended in the middle of the reply.
+constexpr std::uint32_t kBrokenOff = 0x54410fff;  // above the ORB's own codes
 
-// Has the exceptions of calls say what became of them, in every ORB of the process. Before the
-// first one starts.
+// Installs the interceptor that refines the exceptions of calls, for every ORB of the process.
+// REQUIRES: no ORB was started.
 void installCallObserver();
 
-// Of every call of an ORB from here on that has no time-out of its own; 0: none.
+// Sets the default timeout of the calls of an ORB; 0: no timeout.
 void setCallTimeout(TAO_ORB_Core& core, std::chrono::milliseconds timeout);
 
-// Before the ORB ends: time-outs hold their references.
-void forgetCallTimeouts();
+// Removes the timeouts of single references, each of which holds a reference to an object of the
+// ORB. Called before the end of the ORB.
+void clearCallTimeouts();
 
 }  // namespace orb
 

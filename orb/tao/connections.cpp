@@ -19,7 +19,7 @@ ServedRequest& servedRequest() {
   return request;
 }
 
-// A thread that serves a connection serves nothing else.
+// A thread serves one connection only.
 std::string currentPeer() {
   const std::shared_ptr<Connection>& connection = servedRequest().connection;
   return connection ? connection->peer() : "";
@@ -31,26 +31,26 @@ void Connection::stopReading() const {
   static_cast<void>(::shutdown(socket_, SHUT_RD));
 }
 
-void Connection::cut() const {
-  const linger atOnce{1, 0};  // reset when it is closed
-  static_cast<void>(setsockopt(socket_, SOL_SOCKET, SO_LINGER, &atOnce, sizeof atOnce));
+void Connection::reset() const {
+  const linger noLinger{1, 0};  // close() sends a reset
+  static_cast<void>(setsockopt(socket_, SOL_SOCKET, SO_LINGER, &noLinger, sizeof noLinger));
   static_cast<void>(::shutdown(socket_, SHUT_RDWR));
 }
 
-void Connection::hurry() {
+void Connection::beginDrain() {
   const std::lock_guard<std::mutex> lock(mutex_);
-  hurried_ = true;
+  draining_ = true;
 }
 
-bool Connection::isHurried() const {
+bool Connection::isDraining() const {
   const std::lock_guard<std::mutex> lock(mutex_);
-  return hurried_;
+  return draining_;
 }
 
 void Connection::beginRequest(const ObjectKey& target) {
   const std::lock_guard<std::mutex> lock(mutex_);
   target_ = target;
-  hurried_ = false;
+  draining_ = false;
 }
 
 ObjectKey Connection::target() const {
@@ -88,26 +88,26 @@ void Connections::remove(const std::shared_ptr<Connection>& connection) {
   removed_.notify_all();
 }
 
-void Connections::noteNoDescriptor() {
+void Connections::logNoDescriptor() {
   limitLog_.outOfDescriptors(count(), Clock::now());
 }
 
-void Connections::noteNoMemory() {
+void Connections::logNoMemory() {
   limitLog_.outOfMemory(Clock::now());
 }
 
-void Connections::noteIncomplete() {
+void Connections::logIncomplete() {
   limitLog_.requestIncomplete(Clock::now());
 }
 
-void Connections::noteUnread(const Connection& connection) const {
+void Connections::logUnread(const Connection& connection) const {
   if (log_) {
     log_("connection from " + format(connection.address()) +
          " is shut down: its client does not read or send");
   }
 }
 
-void Connections::noteTooLarge(const Connection& connection, const Assembler::Request& request) {
+void Connections::logTooLarge(const Connection& connection, const Assembler::Request& request) {
   limitLog_.requestTooLarge(request.refused->operation, request.declaredBytes, connection.peer(),
                             Clock::now());
 }
@@ -116,11 +116,11 @@ void Connections::endEpisodes() {
   limitLog_.endEpisodes(Clock::now());
 }
 
-void Connections::hurry(const std::function<bool(const ObjectKey&)>& concerns) {
+void Connections::drain(const std::function<bool(const ObjectKey&)>& matches) {
   const std::lock_guard<std::mutex> lock(mutex_);
   for (const auto& connection : connections_) {
-    if (concerns(connection->target())) {
-      connection->hurry();
+    if (matches(connection->target())) {
+      connection->beginDrain();
     }
   }
 }
@@ -130,7 +130,7 @@ void Connections::close() {
   closing_ = true;
   for (const auto& connection : connections_) {
     connection->stopReading();
-    connection->hurry();
+    connection->beginDrain();
   }
   removed_.wait(lock, [this] { return connections_.empty(); });
 }

@@ -1,4 +1,4 @@
-// The incoming connections of an ORB: how many there may be, and how they end.
+// The incoming connections of an ORB: their limit and their end.
 
 #ifndef ORB_TAO_CONNECTIONS_H
 #define ORB_TAO_CONNECTIONS_H
@@ -18,33 +18,33 @@
 
 namespace orb {
 
-// An open incoming connection, from its acceptance until its transport is destroyed.
+// An open incoming connection, from accept until the end of its transport.
 //
-// Thread-safety: any thread, while it is open.
+// Thread-safety: any thread, while the socket is open. The socket is borrowed. No function fails.
 class Connection {
  public:
-  // The socket is connected, and borrowed.
+  // REQUIRES: a connected socket.
   explicit Connection(int socket);
 
   int socket() const { return socket_; }
   const std::string& peer() const { return peer_.host; }  // a numeric address
   const Endpoint& address() const { return peer_; }
 
-  // Wakes the thread that waits for a request; a reply can still be sent.
+  // Wakes the thread that waits for a request. A reply can still be sent.
   void stopReading() const;
 
-  // Ends the connection in both directions at once; the peer may be stuck in sending or receiving.
-  void cut() const;
+  // Resets the connection, so that a peer that is blocked in sending or receiving sees its end.
+  void reset() const;
 
-  // Something waits for the reply to the present request from now on.
-  void hurry();
+  // Applies Options::drainGrace to the reply of the current request.
+  void beginDrain();
 
-  bool isHurried() const;
+  bool isDraining() const;
 
-  // A request to the object is served from now on.
+  // Begins a request to the object, without drain.
   void beginRequest(const ObjectKey& target);
 
-  // The object of the present request, or of the last one.
+  // The object of the current or latest request.
   ObjectKey target() const;
 
  private:
@@ -53,43 +53,45 @@ class Connection {
   mutable std::mutex mutex_;
   // Guarded by mutex_.
   ObjectKey target_;
-  bool hurried_ = false;
+  bool draining_ = false;
 };
 
-// The request that the calling thread serves, or served last.
+// The current or latest request of a thread that serves a connection.
 struct ServedRequest {
   std::shared_ptr<Connection> connection;
-  std::size_t bytes = 0;  // of the whole message
-  bool refused = false;   // for its size: what the ORB was given has no arguments
+  std::size_t bytes = 0;  // size of the whole message
+  bool refused = false;   // refused for its size: the ORB receives a request without arguments
 };
 
+// Returns the request of the calling thread.
 ServedRequest& servedRequest();
 
-// All incoming connections of an ORB.
+// All incoming connections of an ORB, with their limits and log lines.
 //
-// Thread-safety: any thread.
+// Ownership: shared by the ORB and its transports. Thread-safety: any thread. admit() throws
+// std::bad_alloc.
 class Connections {
  public:
   Connections(const Options& options, const LogFunction& log);
 
-  // Null when the limit is reached or the ORB ends; the socket stays the caller's.
+  // Adds a connection; the caller keeps the socket. Returns null when the limit is reached or the
+  // ORB is ending.
   std::shared_ptr<Connection> admit(int socket);
   void remove(const std::shared_ptr<Connection>& connection);
 
-  // What the log receives.
-  void noteNoDescriptor();
-  void noteNoMemory();
-  void noteIncomplete();
-  void noteUnread(const Connection& connection) const;
-  void noteTooLarge(const Connection& connection, const Assembler::Request& request);
+  // Log lines. All but logUnread() are grouped into episodes.
+  void logNoDescriptor();
+  void logNoMemory();
+  void logIncomplete();
+  void logUnread(const Connection& connection) const;
+  void logTooLarge(const Connection& connection, const Assembler::Request& request);
   void endEpisodes();
 
-  // Has something wait for the replies to requests for whose objects the predicate is true: they
-  // wait for their clients no longer than Options::drainGrace then.
-  void hurry(const std::function<bool(const ObjectKey&)>& concerns);
+  // Applies Options::drainGrace to the running requests to objects for which `matches` is true.
+  void drain(const std::function<bool(const ObjectKey&)>& matches);
 
-  // From here on no connection is admitted and no request is read. Returns when all connections
-  // have ended, which they do when their requests have.
+  // Stops admitting connections and reading requests. Returns when all requests and connections
+  // have ended.
   void close();
 
   bool isClosing() const;

@@ -1,4 +1,4 @@
-// What the ORB's system exceptions say.
+// Text and classification of the ORB's system exceptions by their minor codes.
 
 #include <tao/ORB_Constants.h>
 #include <tao/SystemException.h>
@@ -16,7 +16,8 @@ namespace orb {
 namespace {
 
 constexpr CORBA::ULong kVendor = 0xfffff000;
-constexpr CORBA::ULong kLocation = 0x00000f80;  // where in the ORB, in the ORB's own minor codes
+constexpr CORBA::ULong kLocation =
+    0x00000f80;  // the place of the failure, in the ORB's own minor codes
 constexpr CORBA::ULong kErrno = 0x0000007f;
 
 CORBA::ULong locationOf(const CORBA::SystemException& failure) {
@@ -31,7 +32,7 @@ bool isCommFailure(const CORBA::SystemException& failure) {
   return CORBA::COMM_FAILURE::_downcast(&failure) != nullptr;
 }
 
-// The ORB numbers the usual errors itself and takes the system's numbers for all others.
+// The ORB has its own numbers for common errors and uses errno values for all others.
 int errorOf(CORBA::ULong code) {
   static constexpr int kErrors[] = {0,      ETIMEDOUT,  ENFILE, EMFILE, EPIPE,        ECONNREFUSED,
                                     ENOENT, EBADF,      ENOSYS, EPERM,  EAFNOSUPPORT, EAGAIN,
@@ -40,7 +41,8 @@ int errorOf(CORBA::ULong code) {
   return code < std::size(kErrors) ? kErrors[code] : static_cast<int>(code);
 }
 
-// What a minor code of this ORB says, or one of the OMG's that it raises; empty for all others.
+// Returns a text for the minor codes of this ORB and for the OMG codes that the ORB raises; "" for
+// all other codes.
 std::string causeOf(const CORBA::SystemException& failure) {
   if (isTransient(failure) && failure.minor() == (CORBA::OMGVMCID | 2)) {
     return "no connection";

@@ -39,8 +39,8 @@ LatestConnections& latestConnections() {
 
 namespace {
 
-// From now until the time; no value: without limit. In the notation of poll().
-int remaining(std::optional<Clock::time_point> until) {
+// Returns the milliseconds until the time, for poll(); -1 without a value.
+int millisecondsUntil(std::optional<Clock::time_point> until) {
   if (!until) {
     return -1;
   }
@@ -52,8 +52,8 @@ std::optional<Clock::time_point> after(Clock::time_point begin, milliseconds tim
   return time.count() == 0 ? std::nullopt : std::optional(begin + time);
 }
 
-// Reads a connection for its thread. What a client sends is assembled first, so that the ORB never
-// waits for the rest of a message.
+// The transport of an incoming connection, used by the thread of the connection. Assembles requests
+// before the ORB reads them, so that the ORB never waits for the rest of a message.
 class IncomingTransport final : public TAO_IIOP_Transport {
  public:
   IncomingTransport(TAO_IIOP_Connection_Handler* handler, TAO_ORB_Core* core,
@@ -68,19 +68,19 @@ class IncomingTransport final : public TAO_IIOP_Transport {
     }
   }
 
-  // Whether the connection may be served. Once, when it is accepted.
+  // Registers the accepted connection. Returns false if the connection is refused.
   bool admit(int socket) {
     try {
       connection_ = connections_->admit(socket);
     } catch (const std::bad_alloc&) {
-      connections_->noteNoMemory();
+      connections_->logNoMemory();
     }
     return connection_ != nullptr;
   }
 
  private:
-  // Ends the connection when the time for a message, or for the next one, has passed.
-  ssize_t recv(char* to, std::size_t count, const ACE_Time_Value* /*longest*/) override {
+  // Ends the connection when a request is incomplete after serveTimeout, or after idleTimeout.
+  ssize_t recv(char* to, std::size_t count, const ACE_Time_Value* /*timeout*/) override {
     replyBegun_.reset();
     std::size_t taken = request_ ? request_->bytes.take(to, count) : 0;
     if (taken == 0 && receiveRequest()) {
@@ -89,11 +89,11 @@ class IncomingTransport final : public TAO_IIOP_Transport {
     if (taken > 0) {
       return static_cast<ssize_t>(taken);
     }
-    errno = ECONNRESET;  // not ETIME, after which the ORB would ask again
+    errno = ECONNRESET;  // after ETIME the ORB would retry
     return -1;
   }
 
-  // Ends the connection when the time for the reply has passed.
+  // Ends the connection when the reply is not sent within serveTimeout, or within drainGrace.
   ssize_t send(iovec* pieces, int count, std::size_t& sent, const ACE_Time_Value*) override {
     if (!replyBegun_) {
       replyBegun_ = Clock::now();
@@ -108,33 +108,34 @@ class IncomingTransport final : public TAO_IIOP_Transport {
         sent = static_cast<std::size_t>(written);
         return written;
       }
-      if (errno != EINTR && (errno != EAGAIN || !awaitSpace())) {
-        connection_->cut();
+      if (errno != EINTR && (errno != EAGAIN || !awaitWritable())) {
+        connection_->reset();
         errno = ECONNRESET;
         return -1;
       }
     }
   }
 
-  // Looks now and then whether the reply has become urgent.
-  bool awaitSpace() const {
-    constexpr milliseconds kLook{100};
+  // Polls isDraining(), because drain may begin while the thread waits.
+  bool awaitWritable() const {
+    constexpr milliseconds kPollInterval{100};
     const auto isLate = [](std::optional<Clock::time_point> until) {
       return until && *until <= Clock::now();
     };
     while (!isLate(after(*replyBegun_, connections_->options().serveTimeout))) {
-      if (awaitSocket(POLLOUT, Clock::now() + kLook)) {
+      if (awaitSocket(POLLOUT, Clock::now() + kPollInterval)) {
         return true;
       }
-      if (connection_->isHurried() && isLate(*replyBegun_ + connections_->options().drainGrace)) {
-        connections_->noteUnread(*connection_);
+      if (connection_->isDraining() && isLate(*replyBegun_ + connections_->options().drainGrace)) {
+        connections_->logUnread(*connection_);
         return false;
       }
     }
     return false;
   }
 
-  // Waits for the next whole request; false: the connection is at its end, or memory is.
+  // Waits for the next complete request. Returns false at the end of the connection and after a
+  // failed allocation.
   bool receiveRequest() {
     try {
       return assembleRequest();
@@ -152,27 +153,27 @@ class IncomingTransport final : public TAO_IIOP_Transport {
       begin_ += taken.bytes;
       if (assembler_.isComplete()) {
         request_ = assembler_.release();
-        noteRequest();
+        recordRequest();
         return true;
       }
-      if (!taken.valid || !(taken.starved ? awaitRelief() : fill())) {
+      if (!taken.valid || !(taken.starved ? awaitBudget() : receiveBytes())) {
         return false;
       }
     }
     return false;
   }
 
-  void noteRequest() {
+  void recordRequest() {
     servedRequest() = {connection_, request_->declaredBytes, request_->refused.has_value()};
     if (request_->refused) {
-      connections_->noteTooLarge(*connection_, *request_);
+      connections_->logTooLarge(*connection_, *request_);
     }
   }
 
-  // Receives what has arrived, or the first of what does.
-  bool fill() {
+  // Receives the available bytes, or waits for the first byte.
+  bool receiveBytes() {
     if (!awaitSocket(POLLIN, deadline())) {
-      return giveUp();
+      return timedOut();
     }
     const ssize_t count =
         ::recv(connection_->socket(), buffer_.data(), buffer_.size(), MSG_DONTWAIT);
@@ -181,46 +182,48 @@ class IncomingTransport final : public TAO_IIOP_Transport {
     return count > 0 || (count < 0 && (errno == EAGAIN || errno == EINTR));
   }
 
-  // Other connections use up the memory for receiving.
-  bool awaitRelief() {
+  // Pauses until other connections may have released receive memory.
+  bool awaitBudget() {
     constexpr int kPauseMilliseconds = 20;
     ::poll(nullptr, 0, kPauseMilliseconds);
-    return remaining(deadline()) != 0 || giveUp();
+    return millisecondsUntil(deadline()) != 0 || timedOut();
   }
 
-  bool giveUp() const {
+  // Logs an incomplete request. Returns false, for the end of the connection.
+  bool timedOut() const {
     if (assembler_.incompleteSince()) {
-      connections_->noteIncomplete();
+      connections_->logIncomplete();
     }
     return false;
   }
 
   std::optional<Clock::time_point> deadline() const {
-    const std::optional<Assembler::Time> begun = assembler_.incompleteSince();
-    return begun ? after(*begun, connections_->options().serveTimeout) : idleUntil_;
+    const std::optional<Assembler::Time> since = assembler_.incompleteSince();
+    return since ? after(*since, connections_->options().serveTimeout) : idleUntil_;
   }
 
-  // Whether the socket became ready, or failed, before the time.
+  // Whether the socket became ready, or failed, before `until`.
   bool awaitSocket(short event, std::optional<Clock::time_point> until) const {
     pollfd wait{connection_->socket(), event, 0};
     int ready = 0;
     do {
-      ready = ::poll(&wait, 1, remaining(until));
-    } while ((ready < 0 && errno == EINTR) || (ready == 0 && remaining(until) != 0));
+      ready = ::poll(&wait, 1, millisecondsUntil(until));
+    } while ((ready < 0 && errno == EINTR) || (ready == 0 && millisecondsUntil(until) != 0));
     return ready > 0;
   }
 
   const std::shared_ptr<Connections> connections_;
   std::shared_ptr<Connection> connection_;
   Assembler assembler_;
-  std::optional<Assembler::Request> request_;  // that the ORB is being given
-  std::array<char, 16384> buffer_;             // received
-  std::size_t begin_ = 0;                      // of what is not assembled yet
+  std::optional<Assembler::Request> request_;  // the request that the ORB reads
+  std::array<char, 16384> buffer_;             // received bytes
+  std::size_t begin_ = 0;                      // [begin_, end_): bytes that are not assembled yet
   std::size_t end_ = 0;
   std::optional<Clock::time_point> idleUntil_;
   std::optional<Clock::time_point> replyBegun_;
 };
 
+// The ORB's handler of an incoming connection, with an IncomingTransport in place of the ORB's.
 class IncomingHandler final : public TAO_IIOP_Connection_Handler {
  public:
   IncomingHandler(TAO_ORB_Core* core, std::shared_ptr<Connections> connections)
@@ -236,6 +239,7 @@ class IncomingHandler final : public TAO_IIOP_Connection_Handler {
   IncomingTransport* incoming_ = nullptr;
 };
 
+// Creates the handlers of accepted connections.
 class Creation final : public TAO_Creation_Strategy<TAO_IIOP_Connection_Handler> {
  public:
   Creation(TAO_ORB_Core* core, std::shared_ptr<Connections> connections)
@@ -246,8 +250,8 @@ class Creation final : public TAO_Creation_Strategy<TAO_IIOP_Connection_Handler>
       handler = new IncomingHandler(orb_core_, connections_);
       return 0;
     } catch (const std::bad_alloc&) {
-      constexpr int kPauseMilliseconds = 20;  // the ORB tries again at once
-      connections_->noteNoMemory();
+      constexpr int kPauseMilliseconds = 20;  // the ORB retries immediately
+      connections_->logNoMemory();
       ::poll(nullptr, 0, kPauseMilliseconds);
       return -1;
     }
@@ -259,7 +263,8 @@ class Creation final : public TAO_Creation_Strategy<TAO_IIOP_Connection_Handler>
 
 using AcceptStrategy = TAO_Accept_Strategy<TAO_IIOP_Connection_Handler, ACE_SOCK_ACCEPTOR>;
 
-// Closes at once what is beyond the limits: a descriptor is kept in reserve for that.
+// Accepts connections and closes connections beyond the limits. When the process has no descriptor
+// left, a reserved descriptor is used to accept and close a connection.
 class Acceptance final : public AcceptStrategy {
  public:
   Acceptance(TAO_ORB_Core* core, std::shared_ptr<Connections> connections)
@@ -268,7 +273,7 @@ class Acceptance final : public AcceptStrategy {
   ~Acceptance() override { ::close(reserve_); }
 
   int accept_svc_handler(TAO_IIOP_Connection_Handler* handler) override {
-    if (AcceptStrategy::accept_svc_handler(handler) == -1) {  // which destroys it
+    if (AcceptStrategy::accept_svc_handler(handler) == -1) {  // has destroyed the handler
       if (errno == EMFILE || errno == ENFILE) {
         refuseOne();
       }
@@ -279,7 +284,7 @@ class Acceptance final : public AcceptStrategy {
       return 0;
     }
     handler->transport()->remove_reference();
-    errno = 0;  // the ORB goes on accepting
+    errno = 0;  // the ORB continues to accept
     return -1;
   }
 
@@ -287,11 +292,11 @@ class Acceptance final : public AcceptStrategy {
   static int openReserve() { return ::open("/dev/null", O_RDONLY | O_CLOEXEC); }
 
   void refuseOne() {
-    connections_->noteNoDescriptor();
+    connections_->logNoDescriptor();
     if (reserve_ >= 0) {
       ::close(reserve_);
       ::close(::accept(get_handle(), nullptr, nullptr));
-      errno = 0;  // the ORB goes on accepting; otherwise it pauses
+      errno = 0;  // with an error the ORB would pause accepting
     }
     reserve_ = openReserve();
   }
@@ -300,7 +305,7 @@ class Acceptance final : public AcceptStrategy {
   int reserve_;
 };
 
-// Listens with the strategies above; the base knows the addresses.
+// Listens with the strategies above; the base class keeps the addresses.
 class IncomingAcceptor final : public TAO_IIOP_Acceptor {
  public:
   ~IncomingAcceptor() override { IncomingAcceptor::close(); }
@@ -309,7 +314,7 @@ class IncomingAcceptor final : public TAO_IIOP_Acceptor {
 
  private:
   int open_i(const ACE_INET_Addr& address, ACE_Reactor* reactor) override {
-    const std::shared_ptr<Connections> connections = ownConnections();
+    const std::shared_ptr<Connections> connections = currentConnections();
     creation_ = std::make_unique<Creation>(orb_core_, connections);
     acceptance_ = std::make_unique<Acceptance>(orb_core_, connections);
     concurrency_ = std::make_unique<CONCURRENCY_STRATEGY>(orb_core_);
@@ -324,7 +329,7 @@ class IncomingAcceptor final : public TAO_IIOP_Acceptor {
     }
     default_address_.set_port_number(own.get_port_number());
     static_cast<void>(acceptor_.acceptor().enable(ACE_CLOEXEC));
-    static_cast<void>(::listen(acceptor_.acceptor().get_handle(), SOMAXCONN));  // 5 until now
+    static_cast<void>(::listen(acceptor_.acceptor().get_handle(), SOMAXCONN));  // instead of 5
     return 0;
   }
 
@@ -347,7 +352,7 @@ void setConnections(std::shared_ptr<Connections> connections) {
   latest.connections = std::move(connections);
 }
 
-std::shared_ptr<Connections> ownConnections() {
+std::shared_ptr<Connections> currentConnections() {
   LatestConnections& latest = latestConnections();
   const std::lock_guard<std::mutex> lock(latest.mutex);
   return latest.connections;

@@ -1,4 +1,4 @@
-// IIOP as the server speaks it: connections are counted, and the ORB is given whole messages only.
+// The server side of IIOP: limits connections and passes only complete requests to the ORB.
 
 #ifndef ORB_TAO_INCOMING_H
 #define ORB_TAO_INCOMING_H
@@ -11,13 +11,14 @@
 
 namespace orb {
 
-// The connections of the ORB that starts next. Before it is initialised.
+// Sets the connections of the ORB that starts next; null after the end of the ORB.
+// REQUIRES: the ORB is not initialised.
 void setConnections(std::shared_ptr<Connections> connections);
 
-// Those of the ORB that started last; null before the first one.
-std::shared_ptr<Connections> ownConnections();
+// Returns the connections of the starting or running ORB; null without an ORB.
+std::shared_ptr<Connections> currentConnections();
 
-// In place of the ORB's own IIOP factory: connections out of the process are the ORB's own.
+// Returns a replacement of the ORB's IIOP factory. Outgoing connections are those of the ORB.
 std::unique_ptr<TAO_Protocol_Factory> makeProtocol();
 
 }  // namespace orb

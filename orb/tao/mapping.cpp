@@ -1,5 +1,5 @@
-// What the mapping's names stand for on this ORB: operators' agents are compiled against these
-// types, and the module's symbols carry them.
+// Checks the types that this ORB's mapping uses in the module's symbols. Agents of operators are
+// compiled against these types.
 
 #include <type_traits>
 

@@ -43,31 +43,31 @@ Limit& limit() {
 
 namespace {
 
-[[noreturn]] void refuse() {
+[[noreturn]] void throwTooLarge() {
   throw CORBA::MARSHAL(kMessageTooLarge, CORBA::COMPLETED_MAYBE);
 }
 
-// Buffers of messages that are being written. A message is a chain of them, so this stops a text
-// that is too large in one piece; the sum is MessageLimit's affair.
+// Allocates the buffers of outgoing messages. A message is a chain of buffers, so this class limits
+// a single large string; MessageLimit limits the sum.
 class OutgoingBuffers final : public ACE_New_Allocator {
  public:
   void* malloc(std::size_t bytes) override {
     if (bytes > limit().buffer) {
       lastCall().streamBroken = true;
-      refuse();
+      throwTooLarge();
     }
     void* const buffer = ACE_New_Allocator::malloc(bytes);
     if (buffer == nullptr) {
-      throw CORBA::NO_MEMORY(0, CORBA::COMPLETED_MAYBE);  // the ORB does not look
+      throw CORBA::NO_MEMORY(0, CORBA::COMPLETED_MAYBE);  // the ORB does not check for null
     }
     return buffer;
   }
 };
 
-// Buffers of messages that are being read, and of answers that are being written. The ORB does not
-// look whether it gets one, so what is over the limit ends its connection instead: nothing more
-// arrives, and whoever is handed a message that is complete by then refuses it. A buffer takes no
-// memory before it is filled.
+// Allocates the buffers of incoming messages and of replies. The ORB does not check for a null
+// buffer, so a buffer is allocated in any case; over the limit the connection is shut down, and
+// LastCall::tooLarge rejects a message that is already complete. A large buffer occupies no memory
+// before bytes are written.
 class IncomingBuffers final : public ACE_New_Allocator {
  public:
   void* malloc(std::size_t bytes) override {
@@ -75,7 +75,7 @@ class IncomingBuffers final : public ACE_New_Allocator {
     LastCall& call = lastCall();
     if (call.reading) {
       call.replyBegun = true;
-      // Buffers of fragments are up to twice as large as what is in them, and one more is for all.
+      // Buffers of fragments are up to twice as large as their contents, and one buffer joins them.
       if (bytes > limit().buffer || held(call) > 3 * limit().buffer) {
         call.tooLarge = true;
         end(*call.transport);
@@ -103,15 +103,15 @@ class IncomingBuffers final : public ACE_New_Allocator {
   }
 
  private:
-  // Before each buffer stands its size.
+  // The size of a buffer is stored in front of the buffer.
   static constexpr std::size_t kHeader = alignof(std::max_align_t);
-  static constexpr std::size_t kOverhead = 256;  // what the ORB keeps beside each buffer
+  static constexpr std::size_t kOverhead = 256;  // memory of the ORB per buffer
 
-  // Reset when it is closed: the peer may be stuck in sending.
+  // Resets the connection, because the peer may be blocked in sending.
   static void end(TAO_Transport& transport) {
     const ACE_HANDLE connection = transport.event_handler_i()->get_handle();
-    const linger atOnce{1, 0};
-    static_cast<void>(setsockopt(connection, SOL_SOCKET, SO_LINGER, &atOnce, sizeof atOnce));
+    const linger noLinger{1, 0};
+    static_cast<void>(setsockopt(connection, SOL_SOCKET, SO_LINGER, &noLinger, sizeof noLinger));
     static_cast<void>(::shutdown(connection, SHUT_RDWR));
   }
 
@@ -132,8 +132,9 @@ class IncomingBuffers final : public ACE_New_Allocator {
   }
 };
 
-// The ORB asks before it writes whether a message is to be sent in pieces. It is not, but it may be
-// over the limit. Of texts it asks without their length: the last one of a message is not measured.
+// The ORB calls fragment() before each write to ask whether to send a fragment. This class never
+// sends fragments, but measures the message. For strings the ORB does not pass the length, so the
+// last string of a message is not measured.
 class MessageLimit final : public TAO_GIOP_Fragmentation_Strategy {
  public:
   int fragment(TAO_OutputCDR& message, ACE_CDR::ULong /*alignment*/, ACE_CDR::ULong more) override {
@@ -144,11 +145,11 @@ class MessageLimit final : public TAO_GIOP_Fragmentation_Strategy {
     if (written + more <= limit().message) {
       return 0;
     }
-    refuse();
+    throwTooLarge();
   }
 
  private:
-  // The ORB asks before each number and text, so blocks that are full are only measured once.
+  // Called before each number and string, so the size of full blocks is computed only once.
   std::size_t writtenTo(const TAO_OutputCDR& message) {
     const ACE_Message_Block* const block = message.current();
     if (block == message.begin()) {
@@ -160,8 +161,8 @@ class MessageLimit final : public TAO_GIOP_Fragmentation_Strategy {
     return before_ + block->length();
   }
 
-  // The ORB writes a request anew as often as its connection ends before it is sent, which it does
-  // for ever when the peer refuses it.
+  // The ORB retries a request whenever the connection ends before the request is sent; without this
+  // limit the ORB retries forever if the peer refuses the request.
   static void countAttempt(std::size_t written) {
     constexpr int kMost = 10;
     LastCall& call = lastCall();
@@ -175,12 +176,13 @@ class MessageLimit final : public TAO_GIOP_Fragmentation_Strategy {
     }
   }
 
-  const ACE_Message_Block* current_ = nullptr;  // that the message is being written to
-  std::size_t before_ = 0;                      // bytes of the message in the blocks before it
+  const ACE_Message_Block* current_ = nullptr;  // the block in use, borrowed from the message
+  std::size_t before_ = 0;                      // bytes of the message in the earlier blocks
 };
 
-// Is told of each connection before it is read from: by its thread, or by the call that takes it.
-class Reading final : public TAO_LRU_Connection_Purging_Strategy {
+// Records in lastCall() the transport from which a thread is about to read. The ORB calls
+// update_item() before each read.
+class ReadObserver final : public TAO_LRU_Connection_Purging_Strategy {
  public:
   using TAO_LRU_Connection_Purging_Strategy::TAO_LRU_Connection_Purging_Strategy;
 
@@ -192,7 +194,7 @@ class Reading final : public TAO_LRU_Connection_Purging_Strategy {
 };
 
 class MessageResources final : public TAO_Default_Resource_Factory {
-  // A pointer that owns, of the kind that this version of the ORB uses.
+  // The owning pointer type of this version of the ORB.
   using Fragmentation =
       decltype(std::declval<const TAO_Default_Resource_Factory&>().create_fragmentation_strategy(
           nullptr, 0));
@@ -200,26 +202,27 @@ class MessageResources final : public TAO_Default_Resource_Factory {
  public:
   ACE_Allocator* input_cdr_buffer_allocator() override { return new IncomingBuffers; }
   TAO_Connection_Purging_Strategy* create_purging_strategy() override {
-    return new Reading(cache_maximum());
+    return new ReadObserver(cache_maximum());
   }
 
-  // Called by every ORB of the process.
+  // Called once per ORB of the process.
   int init_protocol_factories() override {
     if (get_protocol_factories()->size() > 0) {
       return 0;
     }
     auto item = std::make_unique<TAO_Protocol_Item>("TopoProtocol");
-    item->factory(makeProtocol().release(), 1);  // which the item owns
+    item->factory(makeProtocol().release(), 1);  // 1: the item owns the factory
     return get_protocol_factories()->insert(item.release());
   }
 
-  // The ORB refuses connections beyond this, and purges idle ones before it comes to that.
+  // The ORB refuses connections beyond this number and purges idle connections near it.
   int cache_maximum() const override {
     constexpr std::size_t kOutgoing = 4096;
-    return static_cast<int>(ownConnections()->options().maxConnections + kOutgoing);
+    return static_cast<int>(currentConnections()->options().maxConnections + kOutgoing);
   }
 
-  // Has the ORB copy what it takes out of a message: a few octets would hold all of it otherwise.
+  // Makes the ORB copy values out of a message. Otherwise a few octets would keep the whole message
+  // in memory.
   int input_cdr_allocator_type_locked() override { return 0; }
   ACE_Allocator* output_cdr_buffer_allocator() override { return new OutgoingBuffers; }
 

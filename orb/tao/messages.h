@@ -1,4 +1,4 @@
-// The size limit of GIOP messages, which this ORB does not have of its own.
+// A size limit of GIOP messages, which this ORB does not have.
 
 #ifndef ORB_TAO_MESSAGES_H
 #define ORB_TAO_MESSAGES_H
@@ -8,14 +8,15 @@
 
 namespace orb {
 
-// The minor code of MARSHAL for a message that is over the limit of the process that would send it.
-// The value is omniORB's (MARSHAL_MessageSizeExceedLimitOnServer), so that its clients understand.
+// The minor code of MARSHAL for a message over the limit of the sending process. The value is
+// omniORB's MARSHAL_MessageSizeExceedLimitOnServer, so that omniORB's clients can interpret it.
 constexpr std::uint32_t kMessageTooLarge = 0x4154000c;
 
-// Of every message in both directions, header included; for messages from here on.
+// Sets the size limit of later messages in both directions, header included. Thread-safety: any
+// thread.
 void limitMessages(std::size_t bytes);
 
-// Makes the limit a part of the ORB's configuration of this process. Before the first ORB starts.
+// Adds the limit to the ORB configuration of the process. REQUIRES: no ORB was started.
 void installMessageLimit();
 
 }  // namespace orb

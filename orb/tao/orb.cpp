@@ -1,4 +1,4 @@
-// An ORB's life.
+// Start and end of an ORB.
 
 #include "orb/orb.h"
 
@@ -32,13 +32,13 @@ ORB_ONE_PER_PROCESS void configureProcess();
 
 namespace {
 
-// How often the thread that accepts connections looks for other work.
+// How often the accepting thread ends episodes of the log.
 constexpr std::chrono::seconds kTick{1};
 
 }  // namespace
 
-// The ORB has one configuration for the process. Every connection has a thread of its own here and
-// a call its own connection, so that nobody waits for somebody else's slow peer.
+// Configures the ORB once per process. Every incoming connection has its own thread, and every
+// concurrent call its own connection, so that a slow peer delays no other peer.
 void configureProcess() {
   static std::once_flag once;
   std::call_once(once, [] {
@@ -62,17 +62,17 @@ CORBA::ORB_ptr initOrb(const Options& options, const Endpoint& listenAt,
   configureProcess();
   limitMessages(options.maxMessageBytes);
   setConnections(connections);
-  unsetenv("TAO_ORBENDPOINT");  // the ORB would listen there too
+  unsetenv("TAO_ORBENDPOINT");  // an additional endpoint to listen at
   std::vector<std::string> arguments = {
       "orb",
-      "-ORBIgnoreDefaultSvcConfFile",  // of the current folder
+      "-ORBIgnoreDefaultSvcConfFile",  // svc.conf in the current folder
       "-ORBDottedDecimalAddresses",
       "1",
-      "-ORBUseLocalMemoryPool",  // it searches, and gives nothing back
+      "-ORBUseLocalMemoryPool",  // slow, and never returns memory
       "0",
       "-ORBListenEndpoints",
       "iiop://" + format(listenAt),
-      "-ORBUseIMR",  // whatever TAO_USE_IMR says
+      "-ORBUseIMR",  // overrides TAO_USE_IMR
       "0",
   };
   std::vector<char*> argv;
@@ -95,7 +95,7 @@ class RunningOrb {
 
   ~RunningOrb() {
     connections_->close();
-    forgetCallTimeouts();
+    clearCallTimeouts();
     orb_->destroy();
     setConnections(nullptr);
   }
@@ -114,14 +114,14 @@ class RunningOrb {
 
 class ClientOrb final : public Orb {
  public:
-  // Listens only if something of it is ever served.
+  // Listens only when the client activates an object.
   explicit ClientOrb(const Options& options)
       : orb_(unlimited(options), {"127.0.0.1", 0}, nullptr) {}
 
   CORBA::ORB_ptr get() override { return orb_.get(); }
 
  private:
-  // The limit of requests is one of servers.
+  // maxRequestBytes applies to servers only.
   static Options unlimited(Options options) {
     options.maxRequestBytes = options.maxMessageBytes;
     return options;
@@ -130,6 +130,7 @@ class ClientOrb final : public Orb {
   RunningOrb orb_;
 };
 
+// See Server::wellKnownObject().
 class BareObject final : public WellKnownObject {
  public:
   BareObject(BareKeys& keys, std::string key)
@@ -150,7 +151,7 @@ class BareObject final : public WellKnownObject {
   void retire() override { gate_->close(); }
 
  private:
-  BareKeys& keys_;  // gone with the ORB, when nothing is published any more
+  BareKeys& keys_;  // owned by the ORB; used by publish() only, which requires a running ORB
   const std::shared_ptr<Gates> gates_;
   const std::string key_;
   const std::shared_ptr<Gate> gate_;
@@ -190,7 +191,7 @@ class ListeningOrb final : public Server {
   }
 
  private:
-  // Connections; each has a thread of its own from then on.
+  // Accepts connections. The ORB starts a thread for each connection.
   void accept() {
     try {
       while (!orb_.core().has_shutdown()) {
@@ -199,19 +200,20 @@ class ListeningOrb final : public Server {
         orb_.connections().endEpisodes();
       }
     } catch (const CORBA::Exception&) {
-      // The ORB has ended before this thread began, or in the middle of it.
+      // The ORB has ended before or during run().
     }
   }
 
   RunningOrb orb_;
-  BareKeys* const keys_;  // the ORB's
+  BareKeys* const keys_;  // owned by the ORB
   PortableServer::POA_var root_;
   Endpoint endpoint_;
   std::thread acceptor_;
 };
 
-// Empty for a host that has an address: the ORB does not tell this reason.
-std::string whyUnknown(const std::string& host) {
+// Returns the reason why a host name has no address; "" for a known host. The ORB does not report
+// this reason.
+std::string lookupFailure(const std::string& host) {
   addrinfo* found = nullptr;
   const int failure = getaddrinfo(host.c_str(), nullptr, nullptr, &found);
   if (failure != 0) {
@@ -227,11 +229,11 @@ std::unique_ptr<Orb> startClient(const Options& options) {
   return std::make_unique<ClientOrb>(options);
 }
 
-// This ORB says nothing unless it is asked for more; what ACE says goes to ACE's logger.
+// The log function receives no lines of this ORB, which writes diagnostics to ACE's logger.
 std::unique_ptr<Server> startServer(const Options& options, const Endpoint& endpoint,
                                     const LogFunction& log) {
   const std::string where = "cannot listen on " + format(endpoint) + ": ";
-  const std::string unknown = whyUnknown(endpoint.host);
+  const std::string unknown = lookupFailure(endpoint.host);
   if (!unknown.empty()) {
     throw EndpointError(where + unknown);
   }

@@ -1,4 +1,4 @@
-// What only the ORB's own headers can tell about a POA.
+// Functions on POAs that need the ORB's internal headers.
 
 #include <tao/PortableServer/Root_POA.h>
 
@@ -10,7 +10,7 @@
 namespace orb {
 namespace {
 
-// All keys of the POA's objects begin so.
+// Returns the common prefix of the keys of the POA's objects.
 ObjectKey keyPrefix(PortableServer::POA_ptr poa) {
   const CORBA::OctetSeq_var id = poa->id();
   return {reinterpret_cast<const char*>(id->get_buffer()), id->length()};
@@ -32,9 +32,9 @@ void destroyPoa(PortableServer::POA_ptr poa) {
   }
   const PortableServer::POAManager_var manager = poa->the_POAManager();
   manager->discard_requests(false);
-  if (const std::shared_ptr<Connections> connections = ownConnections()) {
+  if (const std::shared_ptr<Connections> connections = currentConnections()) {
     const ObjectKey prefix = keyPrefix(poa);
-    connections->hurry(
+    connections->drain(
         [&prefix](const ObjectKey& key) { return key.compare(0, prefix.size(), prefix) == 0; });
   }
   poa->destroy(true, true);

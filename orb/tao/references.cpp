@@ -1,4 +1,4 @@
-// What references are made of.
+// Addresses and keys in references.
 
 #include <tao/IIOP_Endpoint.h>
 #include <tao/IIOP_Profile.h>
@@ -12,7 +12,7 @@
 namespace orb {
 namespace {
 
-// Null for a nil reference and for one to an object of this process alone.
+// Returns null for nil and for a reference to a local object.
 TAO_Profile* firstProfile(CORBA::Object_ptr reference) {
   TAO_Stub* const stub = CORBA::is_nil(reference) ? nullptr : reference->_stubobj();
   return stub == nullptr ? nullptr : stub->base_profiles().get_profile(0);

@@ -1,4 +1,4 @@
-// The size of values.
+// Encoded size of values.
 
 #include "orb/orb.h"
 
