@@ -1,5 +1,5 @@
-// The agent's network: loading it, opening it again, and changing one node of it at run time. On
-// disk every change is durable before it counts as made; in memory there is no disk to wait for.
+// Loading a network into a store, opening the store again, and changing one node at run time. With
+// a store on disk every change is durable when the measured call returns.
 
 #include <benchmark/benchmark.h>
 
@@ -24,7 +24,7 @@ agent::Network network(const benchmark::State& state) {
   return tree(static_cast<std::size_t>(state.range(0)));
 }
 
-// Where stores are; every one is new.
+// The folder of the stores. Every store is new.
 class Stores {
  public:
   explicit Stores(Place place) : place_(place) {}
@@ -57,7 +57,7 @@ void ReadNetworkFile(benchmark::State& state) {
   countNodes(state);
 }
 
-// Into a new store, as on the first start.
+// Loads a network into a new store, as at the first start.
 void LoadNetwork(benchmark::State& state, Place place) {
   Stores stores(place);
   const agent::Network loaded = network(state);
@@ -70,7 +70,7 @@ void LoadNetwork(benchmark::State& state, Place place) {
   countNodes(state);
 }
 
-// From the store that is there, as on every later start.
+// Reads the network from an existing store, as at a restart.
 void OpenNetwork(benchmark::State& state) {
   Stores stores(Place::kDisk);
   const std::string path = stores.next();
@@ -112,7 +112,7 @@ NS_DOMAIN::TopoNode_T newNode() {
   return node;
 }
 
-// A change that failed would be a quick one.
+// Fails the benchmark when a change fails: failed changes are fast and would falsify the result.
 void require(benchmark::State& state, const agent::Outcome& outcome) {
   if (outcome.code != agent::kSuccess) {
     state.SkipWithError(outcome.reason.c_str());

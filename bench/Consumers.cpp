@@ -1,5 +1,5 @@
-// A process of consumers, so that notifications to them go over the loopback: prints their
-// references, one a line, and takes whatever is pushed until it is killed.
+// A separate process of consumers, so that notifications pass over the loopback. Prints the
+// references of the consumers, one on each line, and accepts notifications until it is killed.
 
 #include <unistd.h>
 

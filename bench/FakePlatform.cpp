@@ -7,7 +7,7 @@
 
 namespace bench {
 
-// The fakes are the process's.
+// The fakes are global, so this class has no state.
 class Platform::Parts {};
 
 Platform::Platform(agent::Network network) {

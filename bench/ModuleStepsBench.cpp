@@ -1,5 +1,5 @@
-// The two steps of the views that would take the square of the network's size if they were done
-// plainly, each beside the plain loop that the property tests compare it with.
+// The two algorithms that make views linear in the size of the network, each beside the plain loop
+// that is its oracle in the property tests.
 
 #include <benchmark/benchmark.h>
 
@@ -21,7 +21,7 @@ std::size_t sizeOf(const benchmark::State& state) {
   return static_cast<std::size_t>(state.range(0));
 }
 
-// --- The elements that the topology does not show: one in ten.
+// --- Elements that the topology does not show: one in ten.
 
 template <typename Exclude>
 void measureExclusion(benchmark::State& state, Exclude exclude) {
@@ -47,7 +47,7 @@ void IndexesNotShownByNestedLoop(benchmark::State& state) {
   measureExclusion(state, oracle::indexesNotShown);
 }
 
-// --- The nodes below a subnetwork: all of them.
+// --- Nodes below a subnetwork: all nodes.
 
 void measureChains(benchmark::State& state, const Nodes& nodes) {
   const std::string top = kTop;
@@ -90,7 +90,8 @@ void sizes(benchmark::internal::Benchmark* benchmark) {
   benchmark->Arg(1000)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
 }
 
-// The plain loops would be at it for minutes; through a long chain they take the cube of the size.
+// Sizes for the plain loops, which take the cube of the length of a chain: minutes for larger
+// sizes.
 void smallSizes(benchmark::internal::Benchmark* benchmark) {
   benchmark->Arg(1000)->Arg(10000)->Unit(benchmark::kMillisecond);
 }

@@ -1,4 +1,4 @@
-// The module's views, as the servant answers them in one batch.
+// The module's views, computed by the servant in one batch.
 
 #include <benchmark/benchmark.h>
 
@@ -23,7 +23,7 @@ std::size_t sizeOf(const benchmark::State& state) {
   return static_cast<std::size_t>(state.range(0));
 }
 
-// The view says how many records it has. One that failed would be a quick one.
+// Requires the number of records: a failed view is fast and would falsify the result.
 template <typename View>
 void measure(benchmark::State& state, agent::Network network, std::size_t expected, View view) {
   Platform platform(std::move(network));
@@ -61,7 +61,7 @@ void ProtectView(benchmark::State& state) {
   });
 }
 
-// All but the top itself.
+// All nodes except the top.
 void measureViewBelowTop(benchmark::State& state, agent::Network network) {
   const globaldefs::NVSList_T top = nameOf({{"EMS", kEms}, {"TopoSubnetwork", kTop}});
   measure(state, std::move(network), sizeOf(state) - 1, [&](ServantUnderTest& servant) {

@@ -1,4 +1,4 @@
-// The networks that are measured: of any size, the same every time.
+// Reproducible networks of any size.
 
 #ifndef BENCH_NETWORKS_H
 #define BENCH_NETWORKS_H
@@ -12,20 +12,20 @@ namespace bench {
 
 constexpr const char* kEms = "Bench";
 
-// Everything else is below this subnetwork, the first node of trees and chains.
+// The first node of trees and chains; all other nodes are below it.
 constexpr const char* kTop = "subnetwork-0";
 
-// One node in ten is a subnetwork, the nine after it are its elements; every subnetwork has up to
-// ten subnetworks. As deep as the decimal logarithm of its size. The topology shows all elements.
+// One node in ten is a subnetwork, followed by its nine elements; every subnetwork has up to ten
+// subnetworks. The depth is the decimal logarithm of the size. The topology shows all elements.
 agent::Network tree(std::size_t nodes);
 
-// Subnetworks, each below the one before: as deep as it is long.
+// A chain of subnetworks, each below the previous one.
 agent::Network chain(std::size_t nodes);
 
 // Clock positions, and a link from each to the next.
 agent::Network clock(std::size_t positions);
 
-// A network file in the native format that holds the nodes and nothing else.
+// A network file in the native format with these nodes and no other objects.
 std::string networkFile(const agent::Network& network);
 
 }  // namespace bench

@@ -1,5 +1,5 @@
-// Delivery of notifications: made, stamped, queued and pushed as structured events over the
-// loopback to consumers in another process. A push is over when the consumer has answered it.
+// Delivery of notifications: structured events are made, numbered, queued and pushed over the
+// loopback to consumers in another process. A push ends with the reply of the consumer.
 
 #include <benchmark/benchmark.h>
 
@@ -15,7 +15,7 @@
 namespace bench {
 namespace {
 
-constexpr int kBurst = 1000;  // less than a receiver's queue holds
+constexpr int kBurst = 1000;  // below the limit of a receiver's queue
 constexpr std::chrono::seconds kPatience{60};
 
 notifications::NVList_T newName() {
@@ -26,7 +26,7 @@ notifications::NVList_T newName() {
   return attributes;
 }
 
-// The agent's side, and the process of those who listen.
+// A notifier and the process of its consumers.
 class Delivery {
  public:
   Delivery(orb::Server& server, int subscribers)
@@ -39,7 +39,7 @@ class Delivery {
     }
   }
 
-  // Whether nothing waits any more.
+  // Whether all queues are empty.
   bool deliver(int count) {
     for (int i = 0; i < count; ++i) {
       notifier_.attributesChanged(name_, attributes_, false, nullptr);
@@ -47,7 +47,7 @@ class Delivery {
     return notifier_.flush(kPatience);
   }
 
-  // Whether so many subscribers have got all that was made.
+  // Whether this number of subscribers has received all notifications.
   bool reached(int subscribers) {
     const agent::NotifierStatus status = notifier_.status();
     bool all = status.receivers.length() == static_cast<CORBA::ULong>(subscribers);
@@ -73,7 +73,7 @@ class Delivery {
   agent::Notifier notifier_;
 };
 
-// Events count once for every subscriber who gets them.
+// An event counts once for every subscriber that receives it.
 void burst(benchmark::State& state, orb::Server& server) {
   const auto subscribers = static_cast<int>(state.range(0));
   Delivery delivery(server, subscribers);

@@ -1,5 +1,5 @@
-// What the module's views run on. There are two of them, one a program: the tests' fakes, which
-// note down every call, and the agent's own, which is what a view has in production.
+// The host of the measured module. Each program links one of two implementations: the tests' fakes,
+// which record every call, or the agent's definitions of the contracts, as in production.
 
 #ifndef BENCH_PLATFORM_H
 #define BENCH_PLATFORM_H
@@ -10,7 +10,8 @@
 
 namespace bench {
 
-// Publishes a domain with this network, and its naming, for as long as it lives. One at a time.
+// Publishes a domain with this network, and the utility for names. The destructor withdraws both.
+// One at a time.
 class Platform {
  public:
   explicit Platform(agent::Network network);
@@ -18,7 +19,7 @@ class Platform {
   Platform(const Platform&) = delete;
   Platform& operator=(const Platform&) = delete;
 
-  // Forgets what has piled up.
+  // Clears the records of the fakes.
   void tidy();
 
  private:

@@ -15,7 +15,7 @@ using TopoManagementManager::NodeIterator_I_var;
 using TopoManagementManager::NodeList_T_var;
 using TopoManagementManager::TopoMgr_I_var;
 
-// One agent at a time, with a network of the size that is asked for.
+// One agent at a time, with a network of the requested size.
 class Wire {
  public:
   const TopoMgr_I_var& managerOf(std::size_t nodes) {
@@ -38,7 +38,7 @@ class Wire {
   std::size_t nodes_ = 0;
 };
 
-// The whole view: the first batch, then the rest from the iterator, which its last batch ends.
+// Fetches a whole view: the first batch from the manager, the rest from the iterator.
 CORBA::ULong fetch(const TopoMgr_I_var& manager, CORBA::ULong batch) {
   NodeList_T_var nodes;
   NodeIterator_I_var iterator;
@@ -65,7 +65,7 @@ void wholeView(benchmark::State& state, Wire& wire) {
       benchmark::Counter(static_cast<double>(size), benchmark::Counter::kIsIterationInvariantRate);
 }
 
-// A call that delivers nothing: what a batch costs whatever is in it.
+// A call without records: the fixed cost of a batch.
 void emptyBatch(benchmark::State& state, Wire& wire) {
   NodeList_T_var nodes;
   NodeIterator_I_var iterator;

@@ -1,4 +1,4 @@
-// How the agent starts, stops, comes back, and refuses to start.
+// Start, stop and restart of the agent, and refused starts.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -33,7 +33,7 @@ using testing::UnorderedElementsAre;
 
 const std::string kBackbone = std::string(TOPO_NETWORKS) + "/backbone.json";
 
-// A loopback port that somebody listens on.
+// A loopback port in use.
 class TakenPort {
  public:
   TakenPort() : socket_(socket(AF_INET, SOCK_STREAM, 0)) {
@@ -61,7 +61,7 @@ class TakenPort {
 
 class AgentLife : public testing::Test {
  protected:
-  // Runs the agent where it must refuse, and returns its one line.
+  // Runs an agent whose start must fail; returns its line on standard error.
   std::string refusal(const std::vector<std::string>& arguments) {
     const Ended ended = runAgent(arguments);
     EXPECT_EQ(1, ended.status);
@@ -90,7 +90,7 @@ TEST_F(AgentLife, PrintsOneLineWithEndpointReferenceAndNumberOfNodesWhenReady) {
   EXPECT_EQ("", agent.stop(SIGTERM).out);
 }
 
-// Whether somebody listens at "HOST:PORT".
+// Whether a connection to "HOST:PORT" is accepted.
 bool isListenedOn(const std::string& endpoint) {
   sockaddr_in address{};
   address.sin_family = AF_INET;
@@ -150,14 +150,15 @@ TEST_F(AgentLife, TracesTheServantsLifeAtLogLevelThree) {
               HasSubstr("toposvc:39 [ ~RefCount]  Reference count associated object destroyed!"));
 }
 
-// Where a reference leads to. Its text may differ: padding in it need not be zero.
+// The address of a reference. The text of equal references may differ, because padding need not be
+// zero.
 std::pair<std::string, orb::ObjectKey> targetOf(const std::string& reference) {
   const auto client = orb::startClient({});
   const CORBA::Object_var object = client->get()->string_to_object(reference.c_str());
   return {orb::addressOf(object), orb::objectKeyOf(object)};
 }
 
-TEST_F(AgentLife, ComesBackAfterAKillWithTheSameNetworkAndTheSameReference) {
+TEST_F(AgentLife, RestartsAfterAKillWithTheSameNetworkAndReference) {
   const std::string endpoint = quietEndpoint();
   std::string reference;
   std::string view;
@@ -187,7 +188,7 @@ TEST_F(AgentLife, LoadsANetworkOnlyIntoANewStore) {
               HasSubstr("store " + store() + " holds a network already, " + other));
 }
 
-TEST_F(AgentLife, TakesEveryOptionFromAConfigurationFile) {
+TEST_F(AgentLife, ReadsEveryOptionFromAConfigurationFile) {
   const std::string config =
       directory_.write("agent.conf", "network = \"" + kBackbone +
                                          "\"\nems-name = \"from the file\"\ntest-switch = true\n");
@@ -197,7 +198,7 @@ TEST_F(AgentLife, TakesEveryOptionFromAConfigurationFile) {
   EXPECT_FALSE(view[0]["additionalInfo"].empty());
 }
 
-// The root of a naming service and the one name that agents take in it.
+// The root context of a naming service, and the name that agents bind in it.
 class BoundName {
  public:
   explicit BoundName(const NamingService& naming) {
@@ -213,7 +214,7 @@ class BoundName {
     return text.in();
   }
 
-  // Puts another object in the agent's place.
+  // Rebinds the agent's name to another object.
   void takeOver() { context_->rebind(name_, context_); }
 
  private:
@@ -222,7 +223,7 @@ class BoundName {
   CosNaming::Name name_;
 };
 
-TEST_F(AgentLife, IsFoundThroughTheNamingServiceUntilItStops) {
+TEST_F(AgentLife, IsBoundInTheNamingServiceUntilItStops) {
   const NamingService naming;
   RunningAgent agent({"--network", kBackbone, "--naming", naming.reference()});
   BoundName name(naming);
@@ -232,7 +233,7 @@ TEST_F(AgentLife, IsFoundThroughTheNamingServiceUntilItStops) {
   EXPECT_THROW(name.resolve(), CosNaming::NamingContext::NotFound);
 }
 
-TEST_F(AgentLife, TakesItsNameOverFromAnAgentThatWasKilled) {
+TEST_F(AgentLife, ReplacesTheNamingEntryOfAKilledAgent) {
   const NamingService naming;
   BoundName name(naming);
   {
@@ -245,7 +246,7 @@ TEST_F(AgentLife, TakesItsNameOverFromAnAgentThatWasKilled) {
   EXPECT_EQ(0, runTopoctl({"--agent", name.resolve(), "topo"}).status);
 }
 
-TEST_F(AgentLife, LeavesANameThatSomebodyElseHasTakenOver) {
+TEST_F(AgentLife, KeepsANamingEntryThatAnotherProcessHasRebound) {
   const NamingService naming;
   RunningAgent agent({"--naming", naming.reference()});
   BoundName name(naming);
@@ -276,7 +277,7 @@ TEST_F(AgentLife, RefusesAnIorFileThatIsAFolder) {
             refusal(onStore({"--ior-file", folder})));
 }
 
-TEST_F(AgentLife, LogsTheItemsThatItLeavesOutAtLevelThree) {
+TEST_F(AgentLife, LogsOmittedRecordsAtLevelThree) {
   const std::string odd = directory_.write(
       "odd.json", R"({"format":"topo-network/1","topoNodes":[{"id":"a","type":9}]})");
   RunningAgent agent({"--network", odd, "--log-level", "3"});
@@ -297,15 +298,15 @@ TEST_F(AgentLife, LogsWhyAnElementIsMissingAtLevelThree) {
                     HasSubstr(R"(no name for ManagedElement "-6": the number is negative)")));
 }
 
-// --- What ends with status 1 and one line.
+// --- Refused starts: status 1 and one line.
 
-TEST_F(AgentLife, RefusesANetworkFileThatIsNotThere) {
+TEST_F(AgentLife, RefusesAMissingNetworkFile) {
   EXPECT_THAT(refusal(onStore({"--network", directory_.file("none.json")})),
               HasSubstr(directory_.file("none.json") + ": "));
   EXPECT_FALSE(std::filesystem::exists(store()));
 }
 
-TEST_F(AgentLife, RefusesABadNetworkFileAndMakesNoStore) {
+TEST_F(AgentLife, RefusesAnInvalidNetworkFileAndCreatesNoStore) {
   const std::string bad = directory_.write(
       "bad.json", R"({"format":"topo-network/1","topoNodes":[{"id":"a","parent":"b"}]})");
   EXPECT_THAT(refusal(onStore({"--network", bad})), HasSubstr(bad + ": topoNodes[0].parent: "));
@@ -319,22 +320,22 @@ TEST_F(AgentLife, RefusesAPortInUse) {
                     HasSubstr("in use")));
 }
 
-TEST_F(AgentLife, RefusesAModuleThatIsNotThere) {
+TEST_F(AgentLife, RefusesAMissingModule) {
   EXPECT_EQ("topo-agentd: module /nowhere/module.so: no such file\n",
             refusal(onStore({"--module", "/nowhere/module.so"})));
 }
 
-TEST_F(AgentLife, RefusesAModuleThatIsNoLibrary) {
+TEST_F(AgentLife, RefusesAModuleThatIsNotALibrary) {
   const std::string text = directory_.write("text.so", "not a library");
   EXPECT_THAT(refusal(onStore({"--module", text})), HasSubstr("module " + text + ": "));
 }
 
-TEST_F(AgentLife, RefusesALibraryThatIsNoModule) {
+TEST_F(AgentLife, RefusesALibraryThatIsNotAModule) {
   EXPECT_THAT(refusal(onStore({"--module", TOPO_IDL})),
               EndsWith(": it has no _make_zu_corba_topo\n"));
 }
 
-TEST_F(AgentLife, RefusesAStoreThatIsNotThereAndMakesNone) {
+TEST_F(AgentLife, RefusesAMissingStoreAndCreatesNone) {
   EXPECT_EQ("topo-agentd: " + store() +
                 ": there is no store (--network FILE loads a network into a new store, --create "
                 "makes an empty one)\n",
@@ -342,7 +343,7 @@ TEST_F(AgentLife, RefusesAStoreThatIsNotThereAndMakesNone) {
   EXPECT_FALSE(std::filesystem::exists(store()));
 }
 
-TEST_F(AgentLife, MakesAnEmptyStoreOnRequestAndComesBackOnItWithoutOne) {
+TEST_F(AgentLife, CreatesAnEmptyStoreOnRequestAndReopensTheStore) {
   {
     RunningAgent agent({"--create"}, store());
     agent.stop(SIGTERM);
@@ -351,7 +352,7 @@ TEST_F(AgentLife, MakesAnEmptyStoreOnRequestAndComesBackOnItWithoutOne) {
   EXPECT_THAT(agent.readyLine(), EndsWith(", 0 nodes"));
 }
 
-TEST_F(AgentLife, KeepsTheStoreToItsOwner) {
+TEST_F(AgentLife, CreatesAStoreThatOnlyItsOwnerCanRead) {
   const RunningAgent agent({"--network", kBackbone}, store());
   std::vector<std::string> names;
   for (const auto& entry : std::filesystem::directory_iterator(directory_.path())) {
@@ -361,18 +362,18 @@ TEST_F(AgentLife, KeepsTheStoreToItsOwner) {
   EXPECT_THAT(names, UnorderedElementsAre("network.db", "network.db-wal"));
 }
 
-TEST_F(AgentLife, RefusesAStoreInAFolderThatIsNotThere) {
+TEST_F(AgentLife, RefusesAStoreInAMissingFolder) {
   const std::string path = directory_.file("none/network.db");
   EXPECT_THAT(refusal({"--endpoint", "127.0.0.1:0", "--store", path}), HasSubstr(path + ": "));
 }
 
-TEST_F(AgentLife, RefusesAStoreThatIsNoDatabase) {
+TEST_F(AgentLife, RefusesAStoreThatIsNotADatabase) {
   const std::string path = directory_.write("text.db", std::string(5000, 'x'));
   EXPECT_THAT(refusal({"--endpoint", "127.0.0.1:0", "--store", path}), HasSubstr(path + ": "));
   EXPECT_EQ(std::string(5000, 'x'), support::readFile(path));
 }
 
-// Moves a store away together with what lies beside it.
+// Moves a store away together with its -wal and -journal files.
 void moveAway(const std::string& store) {
   for (const char* const suffix : {"", "-wal", "-journal"}) {
     if (std::filesystem::exists(store + suffix)) {
@@ -381,7 +382,7 @@ void moveAway(const std::string& store) {
   }
 }
 
-TEST_F(AgentLife, ComesBackOnABackupThatReplacesItsStore) {
+TEST_F(AgentLife, ServesABackupThatReplacesItsStore) {
   const std::string backup = directory_.file("backup.db");
   json view;
   {
@@ -395,7 +396,7 @@ TEST_F(AgentLife, ComesBackOnABackupThatReplacesItsStore) {
     EXPECT_EQ(0, at({"backup", backup}).status);
     EXPECT_EQ(0, at({"node", "create", "after", "--name", "After"}).status);
     EXPECT_EQ(view.size() + 1, records(agent, {"topo"}).size());
-    agent.stop(SIGKILL);  // so that the log of the old store stays
+    agent.stop(SIGKILL);  // keeps the -wal file of the old store
   }
   ASSERT_TRUE(std::filesystem::exists(store() + "-wal"));
   moveAway(store());
@@ -404,7 +405,7 @@ TEST_F(AgentLife, ComesBackOnABackupThatReplacesItsStore) {
   EXPECT_EQ(view, records(restored, {"topo"}));
 }
 
-TEST_F(AgentLife, RefusesADamagedStoreUnlessToldNotToLook) {
+TEST_F(AgentLife, RefusesADamagedStoreUnlessTheCheckIsSkipped) {
   { RunningAgent agent({"--network", kBackbone}, store()); }
   support::damageStore(store());
   EXPECT_THAT(refusal({"--endpoint", "127.0.0.1:0", "--store", store()}),
@@ -418,7 +419,7 @@ TEST_F(AgentLife, RefusesAStoreThatAnotherAgentHasOpen) {
   EXPECT_FALSE(records(first, {"topo"}).empty());
 }
 
-TEST_F(AgentLife, RefusesANamingServiceThatIsNotThere) {
+TEST_F(AgentLife, RefusesAMissingNamingService) {
   std::string nobody;
   {
     const TakenPort port;
@@ -427,7 +428,7 @@ TEST_F(AgentLife, RefusesANamingServiceThatIsNotThere) {
   EXPECT_THAT(refusal(onStore({"--naming", nobody})), HasSubstr("naming service " + nobody + ": "));
 }
 
-TEST_F(AgentLife, RefusesANamingReferenceThatIsNone) {
+TEST_F(AgentLife, RefusesAnInvalidNamingReference) {
   EXPECT_THAT(refusal(onStore({"--naming", "nonsense"})), HasSubstr("naming service nonsense: "));
 }
 
@@ -437,7 +438,7 @@ TEST_F(AgentLife, RefusesAnIorFileThatCannotBeWritten) {
             refusal(onStore({"--ior-file", path})));
 }
 
-TEST_F(AgentLife, RefusesAConfigurationFileThatIsNotThere) {
+TEST_F(AgentLife, RefusesAMissingConfigurationFile) {
   EXPECT_THAT(refusal({"--config", directory_.file("none.conf")}), HasSubstr("none.conf"));
 }
 

@@ -1,4 +1,4 @@
-// How the agent stops while somebody keeps it waiting.
+// Stops of an agent that waits for another process.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -21,7 +21,7 @@ std::vector<std::string> somewhere(const std::vector<std::string>& more) {
   return all;
 }
 
-// Runs topo-agentd with redirections in the words of the shell.
+// Runs topo-agentd with redirections in shell syntax.
 support::Process startRedirected(const std::string& redirections,
                                  const std::vector<std::string>& more) {
   std::vector<std::string> arguments = {"-c", "exec \"$0\" \"$@\" " + redirections,
@@ -42,8 +42,8 @@ TEST(AgentStop, EndsAStartThatWaitsForANamingService) {
   EXPECT_EQ("", ended.out);
 }
 
-// The ORB looks the name up with a time-out of its own.
-TEST(AgentStop, EndsAStartInTheMiddleOfAStepThatTakesLong) {
+// The ORB resolves a corbaname with a timeout that the agent cannot interrupt.
+TEST(AgentStop, EndsAStartInTheMiddleOfALongStep) {
   orb_tests::SilentPeer naming;
   const std::string name = "corbaname:" + naming.address() + "#Other/Root";
   support::Process agent(ownPrograms().agent, somewhere({"--naming", name}));
@@ -54,7 +54,7 @@ TEST(AgentStop, EndsAStartInTheMiddleOfAStepThatTakesLong) {
   EXPECT_THAT(ended.err, HasSubstr("stopped in the middle of a step of the start"));
 }
 
-TEST(AgentStop, DoesNotWaitForWhoeverReadsStandardError) {
+TEST(AgentStop, DoesNotWaitForTheReaderOfStandardError) {
   const support::FullPipe unread;
   support::Process agent = startRedirected("2>" + unread.path(), {"--log-level", "3"});
   EXPECT_THAT(agent.readLine(), HasSubstr("topo-agentd ready"));
@@ -62,15 +62,15 @@ TEST(AgentStop, DoesNotWaitForWhoeverReadsStandardError) {
   EXPECT_EQ(0, agent.wait().status);
 }
 
-TEST(AgentStop, RefusesToStartThoughNobodyReadsStandardError) {
+TEST(AgentStop, EndsARefusedStartThoughStandardErrorIsNotRead) {
   const support::FullPipe unread;
   support::Process agent = startRedirected("2>" + unread.path(), {"--module", "/nowhere"});
   EXPECT_EQ(1, agent.wait().status);
 }
 
-TEST(AgentStop, ServesAndStopsThoughNobodyReadsStandardOutput) {
+TEST(AgentStop, ServesAndStopsThoughStandardOutputIsNotRead) {
   const support::FullPipe unread;
-  // What is standard error for the agent is read as standard output here.
+  // The test reads the agent's standard error as standard output of the shell.
   support::Process agent = startRedirected("2>&1 1>" + unread.path(), {});
   EXPECT_THAT(agent.readLine(), HasSubstr("standard output does not take the line: topo-agentd "
                                           "ready"));

@@ -1,4 +1,4 @@
-// Every operation of the manager and of both iterators, asked by topoctl from a process of its own.
+// Every operation of the manager and of both iterators, called by topoctl in a separate process.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -20,7 +20,7 @@ const std::string kBackbone = std::string(TOPO_NETWORKS) + "/backbone.json";
 
 class AllOperations : public testing::Test {
  protected:
-  // The commands that show a view, each with what it takes.
+  // The commands that print a view, with their arguments.
   static std::vector<std::vector<std::string>> views() {
     return {{"topo"}, {"protect"}, {"below", ""}, {"clocks"}, {"clock-links"}};
   }
@@ -38,12 +38,12 @@ class AllOperations : public testing::Test {
   }
 };
 
-// The subnetwork that the sample network hangs under.
+// The top subnetwork of the sample network.
 std::string topSubnetwork(const RunningAgent& agent) {
   return records(agent, {"topo"})[0]["name"].back()["value"];
 }
 
-TEST_F(AllOperations, GiveTheSameTextInEveryFormatWhateverTheBatchSize) {
+TEST_F(AllOperations, GiveTheSameTextForEveryBatchSizeInEachFormat) {
   const RunningAgent agent({"--network", kBackbone});
   const std::string subnetwork = topSubnetwork(agent);
   for (std::vector<std::string> command : views()) {
@@ -67,7 +67,7 @@ TEST_F(AllOperations, GiveTheSameTextInEveryFormatWhateverTheBatchSize) {
   }
 }
 
-TEST_F(AllOperations, GiveTheSameAnswersWhateverTheReferenceCameFrom) {
+TEST_F(AllOperations, GiveTheSameRepliesForEveryKindOfReference) {
   const NamingService naming;
   const RunningAgent agent({"--network", kBackbone, "--naming", naming.reference()});
   const std::string subnetwork = topSubnetwork(agent);
@@ -104,7 +104,7 @@ TEST_F(AllOperations, ShowTheProtectViewWithoutTheDescriptivePairs) {
   }
 }
 
-TEST_F(AllOperations, RefuseABelowOfAnythingThatIsNoSubnetworkAndTheAgentLivesOn) {
+TEST_F(AllOperations, RefuseTheViewBelowAnObjectThatIsNotASubnetwork) {
   const RunningAgent agent({"--network", kBackbone});
   const std::string ems = records(agent, {"topo"})[0]["name"][0]["value"];
   const std::vector<std::vector<std::string>> names = {
@@ -126,7 +126,7 @@ TEST_F(AllOperations, RefuseABelowOfAnythingThatIsNoSubnetworkAndTheAgentLivesOn
   EXPECT_FALSE(records(agent, {"topo"}).empty());
 }
 
-TEST_F(AllOperations, RefuseABelowOfNamesThatNoCommandLineHolds) {
+TEST_F(AllOperations, RefuseTheViewBelowNamesThatACommandLineCannotContain) {
   const RunningAgent agent({"--network", kBackbone, "--max-request", "100000000"});
   const auto client = orb::startClient({});
   const CORBA::Object_var object = client->get()->string_to_object(agent.reference().c_str());

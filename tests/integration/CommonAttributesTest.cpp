@@ -1,4 +1,4 @@
-// The common attributes over IIOP: set by a client, kept by the agent.
+// The common attributes over IIOP: set by a client, stored by the agent.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -79,7 +79,7 @@ void PrintTo(const ClockLink& link, std::ostream* out) {
        << link.linkType << '"';
 }
 
-// How a call fails.
+// The exception of a failed call.
 using Failure = std::pair<globaldefs::ExceptionType_T, std::string>;
 
 class ServedCommonAttributes : public testing::Test {
@@ -94,7 +94,7 @@ class ServedCommonAttributes : public testing::Test {
     manager_ = TopoMgr_I::_narrow(object);
   }
 
-  // Kills the agent at once and starts it again on what it left.
+  // Kills the agent and starts it again on the same store.
   void killAndRestart() {
     EXPECT_EQ(SIGKILL, agent_->stop(SIGKILL).signal);
     start();
@@ -111,7 +111,7 @@ class ServedCommonAttributes : public testing::Test {
     return {globaldefs::EXCPT_NOT_IMPLEMENTED, "did not fail"};
   }
 
-  // How every setter fails on one object; all alike.
+  // The failure of every setter on one object; requires that all fail alike.
   Failure failureOfEverySetter(const NVSList_T& name) {
     NVSList_T info = listOf({{"a", "1"}});
     const Failure failure = failureOf([&] { manager_->setOwner(name, "x"); });
@@ -205,14 +205,14 @@ TEST_F(ServedCommonAttributes, KeepAnOwner) {
   EXPECT_THAT(topoNames(), SizeIs(4));
 }
 
-TEST_F(ServedCommonAttributes, AreRefusedToUnknownObjects) {
+TEST_F(ServedCommonAttributes, AreRefusedForUnknownObjects) {
   EXPECT_EQ(Failure(globaldefs::EXCPT_ENTITY_NOT_FOUND, "no object {EMS=E, TopoSubnetwork=x}"),
             failureOfEverySetter(object("TopoSubnetwork", "x")));
   EXPECT_EQ(Failure(globaldefs::EXCPT_ENTITY_NOT_FOUND, "no object {EMS=E, OS=6}"),
             failureOfEverySetter(object("OS", "6")));
 }
 
-TEST_F(ServedCommonAttributes, AreRefusedToMalformedNames) {
+TEST_F(ServedCommonAttributes, AreRefusedForMalformedNames) {
   EXPECT_EQ(
       Failure(globaldefs::EXCPT_INVALID_INPUT, "malformed name {}: it has 0 pairs instead of 2"),
       failureOfEverySetter(NVSList_T()));
@@ -233,7 +233,7 @@ TEST_F(ServedCommonAttributes, AreRefusedInRequestsOverTheSizeLimit) {
   EXPECT_THAT(topoNames(), SizeIs(4));
 }
 
-TEST_F(ServedCommonAttributes, AreRefusedToHostileNamesAndTheAgentLivesOn) {
+TEST_F(ServedCommonAttributes, AreRefusedForHostileNamesAndTheAgentStaysInService) {
   start({"--max-request", "100000000"});
   EXPECT_EQ(globaldefs::EXCPT_INVALID_INPUT,
             failureOfEverySetter(listOf(Pairs(1000000, {"", ""}))).first);
@@ -255,7 +255,7 @@ TEST_F(ServedCommonAttributes, AreRefusedWhenAUniqueLabelIsInUse) {
       failureOf([&] { manager_->setUserLabel(object("ClockTopoLinkId", "k2"), "Trunk", true); }));
 }
 
-TEST_F(ServedCommonAttributes, AreRefusedWhenANameIsGivenTwice) {
+TEST_F(ServedCommonAttributes, AreRefusedForTwoPairsOfOneName) {
   EXPECT_EQ(Failure(globaldefs::EXCPT_INVALID_INPUT,
                     "the additional information of {EMS=E, TopoSubnetwork=core}: pair 2 gives "
                     "\"a\" a second time"),
@@ -264,7 +264,7 @@ TEST_F(ServedCommonAttributes, AreRefusedWhenANameIsGivenTwice) {
             }));
 }
 
-TEST_F(ServedCommonAttributes, KeepTheReasonsOfClientsApart) {
+TEST_F(ServedCommonAttributes, ReturnToEachClientItsOwnReason) {
   std::vector<std::thread> clients;
   std::atomic<int> wrong{0};
   for (int i = 0; i < 8; ++i) {

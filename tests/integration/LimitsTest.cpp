@@ -1,4 +1,4 @@
-// The agent and clients that take more than their share.
+// The limits of the agent for clients.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -40,7 +40,7 @@ std::ptrdiff_t threadsOf(pid_t pid) {
   return std::distance(begin(threads), end(threads));
 }
 
-// The agent by way of a script that runs a command of the shell first.
+// The agent, started by a script that runs a shell command first.
 Programs startedAfter(const std::string& command, const support::TemporaryDirectory& directory) {
   Programs programs = integration::ownPrograms();
   const std::string script = directory.write(
@@ -50,7 +50,7 @@ Programs startedAfter(const std::string& command, const support::TemporaryDirect
   return programs;
 }
 
-TEST(Limits, KeepTheAgentInServiceWhenFilesAreFew) {
+TEST(Limits, OfOpenFilesLeaveTheAgentInService) {
   const support::TemporaryDirectory directory;
   RunningAgent agent({"--network", kBackbone}, ":memory:", "127.0.0.1:0",
                      startedAfter("ulimit -n 128", directory));
@@ -60,7 +60,7 @@ TEST(Limits, KeepTheAgentInServiceWhenFilesAreFew) {
   }
   EXPECT_TRUE(isServed(clients.front()));
   EXPECT_TRUE(clients.back().isClosedByPeer());
-  // Some ORBs have a thread for each of the 64 connections that are admitted.
+  // Some ORBs have a thread for each of the 64 admitted connections.
   EXPECT_LT(threadsOf(agent.process().pid()), 64 + 30);
   clients.clear();
   const Ended ended = agent.stop(SIGTERM);
@@ -91,7 +91,7 @@ TEST(Limits, OfMemoryRefuseViewsAndLeaveTheAgentInService) {
   EXPECT_THAT(ended.err, HasSubstr("is refused: memory is short"));
 }
 
-TEST(Limits, HoldForTheSubscribersOfOneAddress) {
+TEST(Limits, ApplyToTheSubscribersOfOneAddress) {
   const RunningAgent agent({"--max-subscribers-per-peer", "1"});
   const integration::Watcher first(agent);
   integration::Watcher second(agent);
@@ -99,7 +99,7 @@ TEST(Limits, HoldForTheSubscribersOfOneAddress) {
   EXPECT_THAT(second.stop().err, HasSubstr("1 subscribers of address 127.0.0.1 already"));
 }
 
-TEST(Limits, HoldForTheMemoryOfAQueue) {
+TEST(Limits, ApplyToTheMemoryOfAQueue) {
   const RunningAgent agent({"--queue-memory", "65536", "--event-channel",
                             "corbaloc:iiop:1.2@" + integration::quietEndpoint() + "/Channel"});
   for (const char* const id : {"a", "b", "c"}) {
@@ -112,7 +112,7 @@ TEST(Limits, HoldForTheMemoryOfAQueue) {
   EXPECT_LE(1, status["receivers"][0]["queued"].get<int>()) << status;
 }
 
-TEST(Limits, HoldForConnections) {
+TEST(Limits, ApplyToConnections) {
   RunningAgent agent({"--network", kBackbone, "--max-connections", "2"});
   const RawClient first(endpointOf(agent));
   const RawClient second(endpointOf(agent));
@@ -122,7 +122,7 @@ TEST(Limits, HoldForConnections) {
   EXPECT_EQ(2, runTopoctl({"--ior-file", agent.iorFile(), "topo"}).status);
 }
 
-TEST(Limits, OfRequestsDoNotHoldForAnImport) {
+TEST(Limits, OfRequestsDoNotApplyToAnImport) {
   const support::TemporaryDirectory directory;
   const std::string file = directory.write(
       "more.json", R"({"format":"topo-network/1","topoNodes":[{"id":"more","name":"More"}]})" +
@@ -137,7 +137,7 @@ TEST(Limits, OfRequestsDoNotHoldForAnImport) {
   EXPECT_THAT(refused.err, HasSubstr("--max-request"));
 }
 
-TEST(Limits, OfTheMemoryHoldForAnImport) {
+TEST(Limits, OfMemoryApplyToAnImport) {
   const support::TemporaryDirectory directory;
   const std::string file = directory.write(
       "more.json", R"({"format":"topo-network/1","topoNodes":[{"id":"more","name":"More"}]})" +

@@ -85,7 +85,7 @@ class ChannelConsumer final : public POA_CosEventComm::PushConsumer {
   Inbox& inbox_;
 };
 
-// Tries until it succeeds; the last failure after half a minute.
+// Retries until the call succeeds; throws the last failure after 30 seconds.
 template <typename Work>
 auto eventually(Work work) -> decltype(work()) {
   const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
@@ -100,7 +100,7 @@ auto eventually(Work work) -> decltype(work()) {
   }
 }
 
-// A connection may be left from an agent that was there before.
+// A connection to a previous agent may still be open.
 template <typename Interface>
 typename Interface::_var_type narrow(const CORBA::Object_var& object) {
   return eventually([&] { return typename Interface::_var_type(Interface::_narrow(object)); });
@@ -218,7 +218,7 @@ DirectListener::~DirectListener() {
   try {
     subscription_->unsubscribe();
   } catch (const CORBA::SystemException&) {
-    // The agent has gone, or has dropped it.
+    // The agent has ended or has dropped the subscription.
   }
   poa_->deactivate_object(id_);
 }
@@ -253,7 +253,7 @@ EventService::EventService() : endpoint_(quietEndpoint()) {
   }
 }
 
-// The service keeps its port in its data from the first start on.
+// The service stores its port in its data at the first start.
 void EventService::start(bool first) {
   std::vector<std::string> arguments = {"-f",
                                         "-l",

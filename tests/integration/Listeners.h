@@ -1,4 +1,4 @@
-// Clients in the test process: of the agent's console and session, and of an event channel.
+// Clients in the test process, for the agent's console and session and for an event channel.
 
 #ifndef TESTS_INTEGRATION_LISTENERS_H
 #define TESTS_INTEGRATION_LISTENERS_H
@@ -21,12 +21,12 @@
 
 namespace integration {
 
-// What a test compares of a notification.
+// The parts of a notification that tests compare.
 struct Heard {
   std::string type;      // "NT_..."
-  std::uint64_t id = 0;  // 0 where there is none
+  std::uint64_t id = 0;  // 0 without an id
   std::string object;    // the last pair of its name, as "TopoSubnetwork=core"
-  std::string name;      // the native name that it tells: of a created node, or the new one
+  std::string name;      // the native name of the created node, or the new native name
   std::uint64_t firstLost = 0;
   std::uint64_t lastLost = 0;
   std::uint64_t lostCount = 0;
@@ -34,23 +34,23 @@ struct Heard {
 
 Heard readEvent(const CosNotification::StructuredEvent& event);
 
-// A filterable field; null when the event does not have it.
+// A filterable field; null when the event does not have the field.
 const CORBA::Any* field(const CosNotification::StructuredEvent& event, const std::string& name);
 
-// What has arrived. Thread-safety: any thread.
+// Received notifications. Thread-safety: any thread.
 class Inbox {
  public:
   void put(const CosNotification::StructuredEvent& event);
 
-  // Keeps whoever puts something waiting, and lets them go on.
+  // Blocks and unblocks the threads that add notifications.
   void hold();
   void release();
 
   std::vector<Heard> all();
   std::vector<CosNotification::StructuredEvent> events();
 
-  // Waits until something has arrived and a condition holds of all that has; an exception when that
-  // takes minutes.
+  // Waits until at least one notification has arrived and the condition is true for all of them.
+  // Throws an exception after minutes.
   std::vector<Heard> waitUntil(const std::function<bool(const std::vector<Heard>&)>& holds);
   std::vector<Heard> waitForCount(std::size_t count);
 
@@ -63,7 +63,7 @@ class Inbox {
   std::vector<CosNotification::StructuredEvent> events_;  // guarded by mutex_
 };
 
-// A process's way to agents. One at a time in a process.
+// The client ORB of a test. One at a time in a process.
 class Client {
  public:
   Client();
@@ -79,10 +79,10 @@ class Client {
   std::unique_ptr<orb::Server> server_;
 };
 
-// Waits until an agent has made so many notifications: it makes them after the changes.
+// Waits until the agent has made this number of notifications, which happens after the changes.
 void waitForNotifications(const TopoAgent::Console_I_var& console, std::uint64_t count);
 
-// Subscribes at an agent's session for as long as the agent lives.
+// A subscription at an agent's session that ends with the agent.
 class DirectListener {
  public:
   DirectListener(Client& client, const TopoAgent::Session_I_var& session,
@@ -119,7 +119,7 @@ class ChannelListener {
   PortableServer::ObjectId_var id_;
 };
 
-// A running event service with one channel, which it still has after a kill and a restart.
+// A running event service with one channel, which survives a kill and a restart.
 class EventService {
  public:
   EventService();
@@ -138,20 +138,20 @@ class EventService {
   std::unique_ptr<support::Process> process_;
 };
 
-// A running notification service with one channel, which is gone after a kill.
+// A running notification service with one channel, which does not survive a kill.
 class NotifyService {
  public:
-  // Whether this machine has one.
+  // Whether this machine has a notification service.
   static bool isInstalled();
 
   explicit NotifyService(Client& client);
 
-  // The channel as an event channel: its reference, and itself.
+  // The channel as an event channel: its reference as text, and as an object.
   std::string reference() const;
   const CosEventChannelAdmin::EventChannel_var& channel() const { return channel_; }
 
   void kill();
-  void restart();  // with another channel
+  void restart();  // creates a new channel
 
  private:
   void start();
@@ -162,7 +162,7 @@ class NotifyService {
   CosEventChannelAdmin::EventChannel_var channel_;
 };
 
-// A subnetwork for the console.
+// A subnetwork as an argument of the console's createNode.
 TopoAgent::NewNode_T subnetworkNode(const std::string& id, const std::string& parent,
                                     const std::string& name);
 

@@ -1,4 +1,4 @@
-// Many clients at once, and iterators that nobody comes back for.
+// Many concurrent clients, and abandoned iterators.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -30,7 +30,7 @@ using TopoManagementManager::TopoMgr_I_var;
 
 const std::string kBackbone = std::string(TOPO_NETWORKS) + "/backbone.json";
 
-// --- Views as texts, to compare answers by.
+// --- Views as texts, for comparison.
 
 std::string text(const globaldefs::NVSList_T& pairs) {
   std::string result;
@@ -58,7 +58,7 @@ std::string text(const List& list) {
   return result;
 }
 
-// The whole of a view, in batches.
+// A whole view, fetched in batches.
 template <typename List, typename Iterator, typename View>
 std::string fetch(const View& view, CORBA::ULong batch) {
   typename List::_var_type list;
@@ -80,7 +80,7 @@ globaldefs::NVSList_T subnetworkName(const TopoMgr_I_var& manager) {
   return nodes[0].name;
 }
 
-// What a client may ask, by number.
+// The requests of a client, by number.
 constexpr int kViews = 5;
 
 std::string ask(const TopoMgr_I_var& manager, int view, const globaldefs::NVSList_T& subnetwork,
@@ -134,7 +134,7 @@ std::chrono::seconds loadTime() {
   return std::chrono::seconds(seconds != nullptr ? std::atoi(seconds) : 5);
 }
 
-TEST_F(Load, SixteenClientsAtOnceAllGetTheRightAnswers) {
+TEST_F(Load, SixteenConcurrentClientsGetCorrectReplies) {
   RunningAgent agent({"--network", kBackbone});
   const TopoMgr_I_var manager = managerOf(agent);
   const globaldefs::NVSList_T subnetwork = subnetworkName(manager);
@@ -193,7 +193,7 @@ TEST_F(Load, OneIteratorUsedByManyThreadsDeliversEveryRecordOnce) {
             }
           }
         } catch (const CORBA::OBJECT_NOT_EXIST&) {
-          // Another thread has had the last batch.
+          // Another thread has received the last batch.
         }
       });
     }
@@ -216,7 +216,7 @@ std::size_t descriptors(pid_t pid) {
   return static_cast<std::size_t>(std::distance(begin(all), end(all)));
 }
 
-TEST_F(Load, TenThousandAbandonedIteratorsLeaveNothingBehind) {
+TEST_F(Load, TenThousandAbandonedIteratorsAreReclaimed) {
   constexpr int kIterators = 10000;
   const support::TemporaryDirectory directory;
   support::Process agent(
@@ -242,7 +242,7 @@ TEST_F(Load, TenThousandAbandonedIteratorsLeaveNothingBehind) {
     line = agent.readLine();
     ASSERT_FALSE(line.empty());
   } while (line.find(", 0 live") == std::string::npos);
-  // One more request is through when the agent has let go of the last iterator.
+  // The next request returns after the agent has released the last iterator.
   ask(manager, 0, {}, 1000);
   if (!kSanitized) {
     EXPECT_LT(residentKib(agent.pid()), memory + 30 * 1024);
@@ -252,7 +252,7 @@ TEST_F(Load, TenThousandAbandonedIteratorsLeaveNothingBehind) {
   EXPECT_EQ(0, agent.wait().status);
 }
 
-TEST_F(Load, TellsAClientThatTooManyIteratorsAreOpen) {
+TEST_F(Load, RefusesAViewWhenTooManyIteratorsAreOpen) {
   const RunningAgent agent({"--network", kBackbone, "--max-iterators", "2"});
   const TopoMgr_I_var manager = managerOf(agent);
   NodeList_T_var nodes;
@@ -286,8 +286,8 @@ std::string flatNetwork(const support::TemporaryDirectory& directory, int elemen
   return directory.write("flat.json", network.dump());
 }
 
-// The agent counts an iterator by an estimate, which is shown to be within a factor of two of what
-// the iterator takes.
+// The agent counts an estimate for each iterator. The test requires that the estimate is within a
+// factor of two of the real memory.
 TEST_F(Load, IteratorsTakeNoMoreMemoryThanTheirLimit) {
   constexpr int kElements = 5000;
   constexpr long kLimitKib = 32768;
@@ -325,8 +325,8 @@ TEST_F(Load, IteratorsTakeNoMoreMemoryThanTheirLimit) {
 }
 
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
-// The limit leaves room for few of the views.
-TEST_F(Load, FortyViewsAtOnceInALimitedAddressSpaceDoNotEndTheAgent) {
+// The limit admits few of the views at the same time.
+TEST_F(Load, FortyConcurrentViewsInALimitedAddressSpaceDoNotEndTheAgent) {
   const support::TemporaryDirectory directory;
   const std::string network = flatNetwork(directory, 10000);
   support::Process agent("/bin/sh",
@@ -352,7 +352,7 @@ TEST_F(Load, FortyViewsAtOnceInALimitedAddressSpaceDoNotEndTheAgent) {
       } catch (const CORBA::NO_RESOURCES&) {
         ++refused;
       } catch (const globaldefs::ProcessingFailureException&) {
-        ++refused;  // iterators have their share of the memory
+        ++refused;  // the limit of iterator memory is reached
       }
     });
   }

@@ -1,4 +1,4 @@
-// An agent on one ORB and a client on another: nobody notices.
+// An agent on one ORB and a client on another ORB: the results equal those of a pair on one ORB.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -26,7 +26,7 @@ const std::string kBackbone = std::string(TOPO_NETWORKS) + "/backbone.json";
 const std::string kOtherBuild = TOPO_OTHER_BUILD;
 const Words kFormats = {"table", "json", "csv"};
 
-// Two, three and four bytes a character, and a character of two code points.
+// Characters of two, three and four bytes, and a character of two code points.
 const Words kTexts = {"Zürich – Łódź", "Ωμέγα", "東京ネットワーク", "𝄞 𠀋", "e\u0301"};
 
 Programs otherPrograms() {
@@ -46,24 +46,24 @@ std::string joined(const Words& words) {
   return text;
 }
 
-// What a client says to an agent, command by command. Where the agent listens and where its
-// reference lies differ from run to run, and show in messages: they are spelt out as what they are.
+// The output of a client, command by command. Messages contain the endpoint of the agent and the
+// path of its IOR file, which differ between runs; the transcript replaces both by placeholders.
 class Dialogue {
  public:
   Dialogue(const Programs& programs, const Words& options)
       : programs_(programs), agent_(options, ":memory:", "127.0.0.1:0", programs) {}
 
-  // A command that must end with a status.
+  // Runs a command that must end with this status.
   void run(const Words& command, int status = 0) {
     runAt({"--ior-file", agent_.iorFile()}, command, status);
   }
 
-  // The same at another object of the agent.
+  // Runs the command against another object of the agent.
   void runAtKey(const std::string& key, const Words& command, int status) {
     runAt({"--agent", "corbaloc::" + agent_.endpoint() + "/" + key}, command, status);
   }
 
-  // Ends the agent, which must have nothing to complain of.
+  // Ends the agent and requires that it logged no error.
   void end() {
     const Ended ended = agent_.stop(SIGTERM);
     EXPECT_EQ(0, ended.status);
@@ -79,7 +79,7 @@ class Dialogue {
     said_.push_back(joined(command) + "\n" + known(ended.out) + known(ended.err));
   }
 
-  // Why an agent is not reachable each ORB says in its own words, to the end of the line.
+  // The reason of a failed connection, up to the end of the line, differs between ORBs.
   std::string known(std::string text) const {
     for (const std::string& own : {agent_.iorFile(), agent_.endpoint()}) {
       for (std::size_t at = 0; (at = text.find(own)) != std::string::npos;) {
@@ -99,7 +99,7 @@ class Dialogue {
   Words said_;
 };
 
-// Which of the two is of this build.
+// The program of this build; its peer is of the other build.
 enum class Own { kAgent, kClient };
 
 void PrintTo(Own own, std::ostream* out) {
@@ -123,7 +123,7 @@ class MixedOrbs : public testing::TestWithParam<Own> {
                                      : Programs{otherPrograms().agent, ownPrograms().client};
   }
 
-  // What is said is the same, byte for byte, whether agent and client have the same ORB or not.
+  // Requires the same transcript, byte for byte, for pairs on one ORB and on two ORBs.
   static void expectTheSame(const Words& options, const std::function<void(Dialogue&)>& talk) {
     Dialogue own(ownPrograms(), options);
     talk(own);
@@ -146,7 +146,7 @@ class MixedOrbs : public testing::TestWithParam<Own> {
 INSTANTIATE_TEST_SUITE_P(BothWays, MixedOrbs, testing::Values(Own::kAgent, Own::kClient),
                          testing::PrintToStringParamName());
 
-// --- Everything that can be asked.
+// --- Queries.
 
 void showViews(Dialogue& dialogue, const Words& options) {
   for (const Words& view :
@@ -155,7 +155,7 @@ void showViews(Dialogue& dialogue, const Words& options) {
   }
 }
 
-TEST_P(MixedOrbs, ShowTheSameViewsInEveryFormatWhateverTheBatchSize) {
+TEST_P(MixedOrbs, ShowTheSameViewsForEveryFormatAndBatchSize) {
   for (const Words& options : {Words{}, {"--test-switch"}}) {
     expectTheSame(Words{"--network", kBackbone} + options, [](Dialogue& dialogue) {
       for (const char* howMany : {"1", "7", "1000"}) {
@@ -177,7 +177,7 @@ TEST_P(MixedOrbs, ShowTheSameCapabilitiesAndStatusInEveryFormat) {
   });
 }
 
-TEST_P(MixedOrbs, ShowNothingAlikeWhereThereIsNothing) {
+TEST_P(MixedOrbs, ShowAnEmptyNetworkAlike) {
   expectTheSame({}, [](Dialogue& dialogue) {
     for (const std::string& format : kFormats) {
       for (const char* view : {"topo", "protect", "clocks", "clock-links"}) {
@@ -206,7 +206,7 @@ TEST_P(MixedOrbs, SetEveryAttributeAlike) {
   });
 }
 
-// --- Everything that can be changed.
+// --- Changes.
 
 TEST_P(MixedOrbs, ChangeTheNetworkAlike) {
   expectTheSame({"--ems-name", "E"}, [](Dialogue& dialogue) {
@@ -236,7 +236,7 @@ TEST_P(MixedOrbs, ImportAlike) {
   }
 }
 
-TEST_P(MixedOrbs, TurnTheTestSwitchAndReloadTheModuleAlike) {
+TEST_P(MixedOrbs, SetTheTestSwitchAndReloadTheModuleAlike) {
   expectTheSame({"--network", kBackbone}, [](Dialogue& dialogue) {
     for (const Words& command : {Words{"test-switch", "on"},
                                  {"module", "reload"},
@@ -249,9 +249,9 @@ TEST_P(MixedOrbs, TurnTheTestSwitchAndReloadTheModuleAlike) {
   });
 }
 
-// --- Everything that is refused.
+// --- Refused requests.
 
-TEST_P(MixedOrbs, RefuseAlikeWhatTheManagerRefuses) {
+TEST_P(MixedOrbs, RefuseInvalidRequestsToTheManagerAlike) {
   expectTheSame({"--network", kBackbone}, [](Dialogue& dialogue) {
     dialogue.run({"below", "none such"}, 3);
     dialogue.run({"below", "--name", "ÄÖ=ü", "--name", "=", "--name", "d=e"}, 3);
@@ -265,7 +265,7 @@ TEST_P(MixedOrbs, RefuseAlikeWhatTheManagerRefuses) {
   });
 }
 
-TEST_P(MixedOrbs, RefuseAlikeWhatTheConsoleRefuses) {
+TEST_P(MixedOrbs, RefuseInvalidRequestsToTheConsoleAlike) {
   const std::string broken = directory_.write("broken.json", R"({"format": "topo-network/1", )");
   const std::string unknown = directory_.write("ünknown.json", R"({"format": "topo-network/9"})");
   expectTheSame({"--network", kBackbone}, [&](Dialogue& dialogue) {
@@ -282,7 +282,7 @@ TEST_P(MixedOrbs, RefuseAlikeWhatTheConsoleRefuses) {
   });
 }
 
-TEST_P(MixedOrbs, EndAlikeAtObjectsThatAreOthersOrNone) {
+TEST_P(MixedOrbs, FailAlikeAtWrongAndMissingObjects) {
   expectTheSame({"--no-console"}, [](Dialogue& dialogue) {
     dialogue.run({"status"}, 2);
     dialogue.runAtKey("Nothing", {"topo"}, 2);
@@ -292,8 +292,8 @@ TEST_P(MixedOrbs, EndAlikeAtObjectsThatAreOthersOrNone) {
   });
 }
 
-// The agent's ORB decides whether it says that the answer is too large.
-TEST_P(MixedOrbs, SayWhatToRaiseWhenABatchIsOverTheAgentsLimit) {
+// The agent's ORB decides whether the client learns that the reply is too large.
+TEST_P(MixedOrbs, NameTheOptionToRaiseWhenABatchExceedsTheAgentsLimit) {
   json content = {{"format", "topo-network/1"}, {"topoNodes", json::array()}};
   for (int i = 0; i < 200; ++i) {
     content["topoNodes"].push_back({{"id", "n" + std::to_string(i)}, {"name", "a node"}});
@@ -322,7 +322,7 @@ json recordOf(const json& records, const std::string& id) {
   return {};
 }
 
-// Sends a text wherever one goes, and expects it back.
+// Sends a text in every text argument and expects the same text in the replies.
 void expectUnchanged(const Words& agent, const std::string& text, const Programs& programs) {
   const auto ask = [&](const Words& command) {
     const Ended ended = runTopoctl(agent + Words{"--format", "json"} + command, programs);
@@ -346,7 +346,7 @@ void expectUnchanged(const Words& agent, const std::string& text, const Programs
   EXPECT_THAT(refused.err, HasSubstr(id));
 }
 
-TEST_P(MixedOrbs, CarryTextsBeyondAsciiBothWaysUnchangedWhateverTheReferenceCameFrom) {
+TEST_P(MixedOrbs, TransportTextsBeyondAsciiUnchangedForEveryKindOfReference) {
   const Programs programs = mixedPrograms();
   const NamingService naming;
   const RunningAgent agent({"--test-switch", "--naming", naming.reference()},
@@ -368,7 +368,7 @@ void change(const RunningAgent& agent, const Programs& programs, const Words& co
   EXPECT_EQ(0, ended.status) << ended.err;
 }
 
-// With a node more at the end: what comes before it came once.
+// Creates one more node at the end, so that duplicates of earlier notifications would be seen.
 void makeChanges(const RunningAgent& agent, const Programs& programs) {
   change(agent, programs, {"node", "create", "top", "--name", "Top", "--params", "3,-4"});
   change(agent, programs, {"node", "create", "core", "--name", "Kern 核", "--parent", "top"});
@@ -378,7 +378,7 @@ void makeChanges(const RunningAgent& agent, const Programs& programs) {
   change(agent, programs, {"node", "create", "last", "--name", "Last"});
 }
 
-// What a watcher hears of the changes. Ids and times are the agent's own, and are left out.
+// The notifications of the changes, without ids and times, which differ between runs.
 std::vector<json> watched(const Programs& programs) {
   RunningAgent agent({"--ems-name", "E"}, ":memory:", "127.0.0.1:0", programs);
   Watcher watcher(agent, programs);
@@ -400,7 +400,7 @@ std::vector<json> watched(const Programs& programs) {
   return lines;
 }
 
-TEST_P(MixedOrbs, HearOfCreationRenameAndDeletionInOrderAndOnce) {
+TEST_P(MixedOrbs, NotifyCreationRenameAndDeletionOnceAndInOrder) {
   const std::vector<json> lines = watched(mixedPrograms());
   Words heard;
   for (const json& line : lines) {
@@ -415,7 +415,7 @@ TEST_P(MixedOrbs, HearOfCreationRenameAndDeletionInOrderAndOnce) {
   EXPECT_EQ(watched(otherPrograms()), lines);
 }
 
-// The lines for people, without the time that each begins with.
+// The lines for people, without the leading time.
 std::string watchedByPeople(const Programs& programs) {
   const RunningAgent agent({"--ems-name", "E"}, ":memory:", "127.0.0.1:0", programs);
   support::Process watch(programs.client, {"--ior-file", agent.iorFile(), "watch", "--count", "7"});
@@ -431,14 +431,14 @@ std::string watchedByPeople(const Programs& programs) {
   return timeless;
 }
 
-TEST_P(MixedOrbs, TellPeopleOfChangesAlike) {
+TEST_P(MixedOrbs, PrintTheSameLinesForPeople) {
   const std::string lines = watchedByPeople(mixedPrograms());
   EXPECT_THAT(lines, HasSubstr("Z  created  TopoSubnetwork core  \"Kern 核\"\n"));
   EXPECT_EQ(watchedByPeople(ownPrograms()), lines);
   EXPECT_EQ(watchedByPeople(otherPrograms()), lines);
 }
 
-TEST_P(MixedOrbs, HearOfWhatChangedWhileTheAgentWasAway) {
+TEST_P(MixedOrbs, PrintChangesMadeDuringADisconnection) {
   const Programs programs = mixedPrograms();
   const std::string endpoint = quietEndpoint();
   const std::string store = directory_.file("store.db");
@@ -467,7 +467,7 @@ TEST_P(MixedOrbs, HearOfWhatChangedWhileTheAgentWasAway) {
   EXPECT_EQ("Zürich 主", line["attributes"][0]["value"]);
   EXPECT_EQ("watching", json::parse(watch.readLine())["event"]);
   change(*agent, programs, {"node", "delete", "core"});
-  do {  // it may be told first what it has lost
+  do {  // a gap may precede the creation
     line = json::parse(watch.readLine());
   } while (line["event"] == "lost");
   EXPECT_EQ("deletion", line["event"]);

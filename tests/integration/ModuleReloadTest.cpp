@@ -1,4 +1,4 @@
-// The module comes into the process and leaves it without a trace.
+// Loading, unloading and reloading of the module in one process.
 
 #include <gtest/gtest.h>
 #if defined(__SANITIZE_ADDRESS__)
@@ -37,7 +37,7 @@ bool mapped() {
   return maps.find("libzu_corba_topo") != std::string::npos;
 }
 
-// A host with nothing in it but what the module needs to start.
+// A host with the minimum that the module needs to start.
 class ModuleHost {
  public:
   explicit ModuleHost(bool testSwitch = false)
@@ -62,7 +62,7 @@ class ModuleHost {
   agent::Northbound northbound_;
 };
 
-TEST(ModuleReload, LeavesTheProcessFiftyTimesAndServesInBetween) {
+TEST(ModuleReload, UnloadsFiftyTimesAndServesInBetween) {
   ModuleHost host;
   agent::ModuleLoader loader(TOPO_MODULE);
   for (int i = 0; i < kReloads; ++i) {
@@ -79,8 +79,8 @@ TEST(ModuleReload, LeavesTheProcessFiftyTimesAndServesInBetween) {
   EXPECT_FALSE(mapped());
 }
 
-// Loads where that fails. When an exception passes through it, the configurator loses what its
-// parser holds, some 100 bytes; the leak sanitizer does not look at that.
+// Loads a module whose load must fail. The Service Configurator leaks about 100 bytes of its parser
+// when an exception passes through it, so the leak sanitizer is disabled here.
 void expectNoLoad(agent::ModuleLoader& loader) {
 #if defined(__SANITIZE_ADDRESS__)
   const __lsan::ScopedDisabler unseen;
@@ -88,8 +88,8 @@ void expectNoLoad(agent::ModuleLoader& loader) {
   EXPECT_THROW(loader.load(), agent::ModuleError);
 }
 
-// With the test switch on, a start asks for the domain's nodes when all else is done: there is
-// none.
+// With the test switch on, the last step of init reads the nodes of the domain, which is not
+// published here.
 TEST(ModuleReload, UndoesAStartThatFailsAtItsEnd) {
   ModuleHost host(true);
   agent::SecurityService security(true);
@@ -116,7 +116,7 @@ TEST(ModuleReload, UndoesAStartThatFailsAtItsEnd) {
   EXPECT_FALSE(mapped());
 }
 
-// What an agent controls the module with.
+// The ModuleControl of an agent.
 class ModuleControls : public testing::Test {
  protected:
   using State = agent::ModuleControl::State;
@@ -129,7 +129,7 @@ class ModuleControls : public testing::Test {
                                 host_.northbound()};
 };
 
-TEST_F(ModuleControls, HaveTheModuleOutAndMissingAfterItsUnload) {
+TEST_F(ModuleControls, ReportAMissingModuleAfterItsUnload) {
   EXPECT_EQ(State::kMissing, control_.state());
   control_.load();
   EXPECT_EQ(State::kLoaded, control_.state());
@@ -141,7 +141,7 @@ TEST_F(ModuleControls, HaveTheModuleOutAndMissingAfterItsUnload) {
   EXPECT_EQ(1U, control_.loads());
 }
 
-TEST_F(ModuleControls, SayThatTheyReloadWhileAnEventIsWaitedFor) {
+TEST_F(ModuleControls, ReportAReloadWhileAnEventIsHandled) {
   control_.load();
   events::Blocked slow;
   host_.events().Subscribe(&slow.handler, events::kCreated, 0, 0);
@@ -172,7 +172,7 @@ TEST_F(ModuleControls, LeaveTheModuleServingWhenAReloadCannotBegin) {
   EXPECT_EQ(2U, control_.loads());
 }
 
-TEST_F(ModuleControls, TakeTurns) {
+TEST_F(ModuleControls, RunOneReloadAtATime) {
   control_.load();
   const auto reload = [this] {
     for (int i = 0; i < 10; ++i) {
@@ -187,7 +187,7 @@ TEST_F(ModuleControls, TakeTurns) {
   EXPECT_EQ(7U, host_.capabilities());
 }
 
-// A manager whose one operation lasts until it is told to end.
+// A manager with one operation that blocks until the test releases it.
 class SlowManager : public virtual POA_TopoManagementManager::TopoMgr_I {
  public:
   void getCapabilities(common::CapabilityList_T_out list) override {
@@ -222,7 +222,7 @@ class SlowManager : public virtual POA_TopoManagementManager::TopoMgr_I {
 TEST(ModuleReload, WaitsForARunningRequest) {
   ModuleHost host;
   host.northbound().open();
-  auto* servant = new SlowManager;  // the registry takes its reference over
+  auto* servant = new SlowManager;  // the registry takes over the reference
   servant->_add_ref();
   const PortableServer::ServantBase_var kept = servant;
   host.northbound().managers().serve("TopoManagement", servant);
@@ -260,10 +260,10 @@ TEST(ModuleReload, KeepsTheReferenceAndEndsIterators) {
   agent::Agent agent(options);
   agent.start();
   const std::string reference = agent.managerReference();
-  // In the agent's own process: the ORB is the one it runs.
+  // The agent runs in this process, so the client uses the agent's ORB.
   int argc = 0;
   const CORBA::ORB_var orb = CORBA::ORB_init(argc, nullptr);
-  // Address and key. The text may differ: padding in it need not be zero.
+  // Address and key. The text of equal references may differ, because padding need not be zero.
   const auto leadsTo = [&orb](const std::string& text) {
     const CORBA::Object_var object = orb->string_to_object(text.c_str());
     return orb::addressOf(object.in()) + '/' + orb::objectKeyOf(object.in());
@@ -285,7 +285,7 @@ TEST(ModuleReload, KeepsTheReferenceAndEndsIterators) {
   EXPECT_FALSE(mapped());
 }
 
-// A module that has subscribed and then finds nobody to ask is not told again why it cannot.
+// The security service disappears after the module has subscribed.
 TEST(EventsInProcess, ThatTheModuleCannotHandleAreLoggedAndViewsAreServed) {
   agent::Options options;
   options.store = ":memory:";
@@ -314,7 +314,7 @@ TEST(EventsInProcess, ThatTheModuleCannotHandleAreLoggedAndViewsAreServed) {
   TopoManagementManager::NodeIterator_I_var iterator;
   manager->getTopoSubnetworkViewInfo(10, nodes.out(), iterator.out());
   EXPECT_EQ(1U, nodes->length());
-  agent.stop();  // events are handled before the module goes
+  agent.stop();  // the module handles queued events before its unloading
   EXPECT_NE(std::string::npos,
             testing::internal::GetCapturedStderr().find("Handle Event Fail(eventid = 372)!"));
 }

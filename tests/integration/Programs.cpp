@@ -24,8 +24,8 @@ const Programs& ownPrograms() {
   return programs;
 }
 
-// A loopback endpoint that stays free while nobody of this test uses it: the system gives none
-// below 32768 to those who ask for any port. The process id keeps tests that run at once apart.
+// The port is below 32768, so the system never assigns it to a process that asks for any port. The
+// process id in the address separates tests that run at the same time.
 std::string quietEndpoint() {
   constexpr int kFirst = 20000;
   constexpr int kCount = 12000;

@@ -1,4 +1,4 @@
-// The agent and the client as users run them.
+// Processes of the agent, of the client and of CORBA services.
 
 #ifndef TESTS_INTEGRATION_PROGRAMS_H
 #define TESTS_INTEGRATION_PROGRAMS_H
@@ -13,21 +13,21 @@
 
 namespace integration {
 
-// The agent and the client that a test runs.
+// Paths of the agent and the client.
 struct Programs {
   std::string agent;
   std::string client;
 };
 
-// Those of this build.
+// The programs of this build.
 const Programs& ownPrograms();
 
-// A running topo-agentd on a free loopback port. What it keeps lies in a directory of the test's.
+// A running topo-agentd on a free loopback port. Its files are in a temporary directory.
 class RunningAgent {
  public:
-  // Starts it and waits until it is ready; an exception with its error text when it does not get
-  // there. Arguments come on top of the endpoint, the IOR file and an in-memory store. A store file
-  // that does not exist is created.
+  // Starts the agent and waits until it is ready. Throws an exception with the agent's error text
+  // when the start fails. The arguments are added to an endpoint, an IOR file and an in-memory
+  // store. A missing store file is created.
   explicit RunningAgent(const std::vector<std::string>& arguments,
                         const std::string& store = ":memory:",
                         const std::string& endpoint = "127.0.0.1:0",
@@ -36,12 +36,12 @@ class RunningAgent {
   const std::string& readyLine() const { return readyLine_; }
   std::string iorFile() const { return directory_.file("manager.ior"); }
   std::string endpoint() const;   // HOST:PORT
-  std::string corbaloc() const;   // its reference by name
-  std::string reference() const;  // its IOR
+  std::string corbaloc() const;   // the corbaloc of the manager
+  std::string reference() const;  // the IOR of the manager
 
   support::Process& process() { return process_; }
 
-  // Ends it with a signal.
+  // Ends the agent with a signal.
   support::Ended stop(int signal);
 
  private:
@@ -50,15 +50,15 @@ class RunningAgent {
   std::string readyLine_;
 };
 
-// A running topoctl watch. Its lines are records.
+// A running topoctl watch that prints JSON.
 class Watcher {
  public:
   explicit Watcher(const RunningAgent& agent, const Programs& programs = ownPrograms());
 
-  // The line that says that it watches.
+  // The "watching" line.
   const nlohmann::json& first() const { return first_; }
 
-  // The next line, null at the end; the next lines.
+  // The next line, or null at the end of the output; the next lines.
   nlohmann::json next();
   std::vector<nlohmann::json> next(std::size_t count);
 
@@ -69,7 +69,7 @@ class Watcher {
   const nlohmann::json first_;
 };
 
-// A loopback endpoint that stays free while nobody of this test uses it.
+// A loopback endpoint that no other process uses.
 std::string quietEndpoint();
 
 // A running naming service.
@@ -77,7 +77,7 @@ class NamingService {
  public:
   NamingService();
 
-  // Its root context, as an IOR and as a corbaname or corbaloc address (HOST:PORT).
+  // The root context as an IOR, and the address of the service (HOST:PORT).
   const std::string& reference() const { return reference_; }
   const std::string& endpoint() const { return endpoint_; }
 
@@ -88,7 +88,7 @@ class NamingService {
   std::string reference_;
 };
 
-// Sanitizers keep freed memory, to recognise its use, and take their time.
+// Sanitizers delay the release of memory and slow the programs down.
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 constexpr bool kSanitized = true;
 #else
@@ -97,13 +97,13 @@ constexpr bool kSanitized = false;
 
 using support::residentKib;
 
-// Runs topo-agentd where it is expected to refuse.
+// Runs a topo-agentd whose start must fail.
 support::Ended runAgent(const std::vector<std::string>& arguments);
 
 support::Ended runTopoctl(const std::vector<std::string>& arguments,
                           const Programs& programs = ownPrograms());
 
-// The records that a topoctl command prints as JSON; fails with an exception unless it ends with 0.
+// The records that a topoctl command prints as JSON. Throws unless the command ends with status 0.
 nlohmann::json records(const RunningAgent& agent, const std::vector<std::string>& arguments);
 
 }  // namespace integration

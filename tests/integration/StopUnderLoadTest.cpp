@@ -1,4 +1,4 @@
-// The agent reloads and stops while clients ask, do not read, or stop in the middle of a request.
+// Reload and stop while clients call, do not read replies, or stop in the middle of a request.
 
 #include <gtest/gtest.h>
 
@@ -36,7 +36,7 @@ std::string viewRequest() {
   return requestTo(object_key::kManager, "getTopoSubnetworkViewInfo").number(1000000).bytes();
 }
 
-// Asks again and again until the agent ends the connection.
+// Calls in a loop until the agent ends the connection.
 class Asking {
  public:
   explicit Asking(const orb::Endpoint& endpoint) : thread_([endpoint] { ask(endpoint); }) {}
@@ -72,7 +72,7 @@ TEST(StopUnderLoad, EndsCleanlyEachTime) {
   }
 }
 
-// Connections of clients that do not go on, each in the middle of a request to another object.
+// Connections of stalled clients, each in the middle of a request to a different object.
 class StalledClients {
  public:
   explicit StalledClients(const RunningAgent& agent) : endpoint_(endpointOf(agent)) {
@@ -91,7 +91,7 @@ class StalledClients {
   }
 
  private:
-  // The replies are many times what the buffers of the connection hold.
+  // The replies are many times larger than the buffers of the connection.
   void doNotRead() {
     constexpr int kReceiveBuffer = 4096;
     constexpr int kRequests = 2000;
@@ -112,7 +112,7 @@ class StalledClients {
   std::list<RawClient> clients_;
 };
 
-TEST(StalledClients, HoldUpNeitherReloadNorStop) {
+TEST(StalledClients, DelayNeitherReloadNorStopBeyondTheGracePeriod) {
   RunningAgent agent({"--network", kBackbone});
   const StalledClients clients(agent);
   const auto reload = Clock::now();

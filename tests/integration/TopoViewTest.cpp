@@ -1,4 +1,4 @@
-// A network file in, the topology view out over IIOP.
+// Loads network files and reads the views over IIOP.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -46,7 +46,7 @@ std::vector<std::string> zooNetworks() {
   return files;
 }
 
-// What the file itself says: one subnetwork, one for each country, one element for each node.
+// The expected records: one subnetwork, one for each country, one element for each node.
 std::size_t expectedRecords(const std::string& file) {
   pugi::xml_document document;
   document.load_file(file.c_str());
@@ -89,7 +89,7 @@ TEST(ZooNetworks, GiveOneRecordForTheGraphEachCountryAndEachNode) {
   }
 }
 
-TEST(ZooNetworks, GiveTheSameTextWhateverTheBatchSize) {
+TEST(ZooNetworks, GiveTheSameTextForEveryBatchSize) {
   const std::vector<std::string> files = zooNetworks();
   if (files.empty()) {
     GTEST_SKIP() << "no networks in " << TOPO_ZOO;
@@ -108,7 +108,7 @@ TEST(ZooNetworks, GiveTheSameTextWhateverTheBatchSize) {
   }
 }
 
-// --- Networks written for the purpose.
+// --- Networks made for these tests.
 
 class TopoView : public testing::Test {
  protected:
@@ -156,7 +156,7 @@ TEST_F(TopoView, ShowsTopologyNodesThenTheElementsThatTheTopologyDoesNotShow) {
                           record(elementName("E", 7), "Seven", 0, 100, 100, none)));
 }
 
-TEST_F(TopoView, ShowsWholeRecordsOfWhatLiesBelowASubnetworkAtAnyDepth) {
+TEST_F(TopoView, ShowsCompleteRecordsBelowASubnetworkAtAnyDepth) {
   const RunningAgent agent({"--network", network(threeNodesAndThreeElements())});
   const json west =
       record(subnetworkName("E", "west"), "West", 1, 1, -2, subnetworkName("E", "core"));
@@ -184,7 +184,7 @@ TEST_F(TopoView, CarriesDescriptivePairsAndNoFurtherElementsInTestMode) {
   EXPECT_THAT(view[2]["additionalInfo"], ElementsAre(pair("Vendor", vendor)));
 }
 
-TEST_F(TopoView, LeavesOutNodesOfATypeThatCannotBeTranslated) {
+TEST_F(TopoView, OmitsNodesOfUnknownTypes) {
   json content = threeNodesAndThreeElements();
   content["topoNodes"][1]["type"] = 4294967295U;
   const RunningAgent agent({"--network", network(content)});
@@ -196,7 +196,7 @@ TEST_F(TopoView, IsEmptyWithoutANetwork) {
   EXPECT_EQ(json::array(), records(agent, {"topo"}));
 }
 
-TEST_F(TopoView, NamesTheManagingSystemAsTheCommandLineSays) {
+TEST_F(TopoView, UsesTheEmsNameOfTheCommandLine) {
   const RunningAgent agent(
       {"--network", network(threeNodesAndThreeElements()), "--ems-name", "Zürich/1"});
   EXPECT_EQ(subnetworkName("Zürich/1", "core"), records(agent, {"topo"})[0]["name"]);
@@ -226,7 +226,7 @@ TEST_F(TopoView, ReportsTheSevenCapabilities) {
                   prefix + "getViewInfoByTopoSubnetwork", prefix + "getCapabilities"));
 }
 
-TEST_F(TopoView, SaysWhatToRaiseWhenABatchIsOverTheMessageLimit) {
+TEST_F(TopoView, NamesTheOptionToRaiseWhenABatchExceedsTheMessageLimit) {
   json content = {{"format", "topo-network/1"}, {"topoNodes", json::array()}};
   for (int i = 0; i < 200; ++i) {
     content["topoNodes"].push_back({{"id", "n" + std::to_string(i)}, {"name", "a node"}});
@@ -239,7 +239,7 @@ TEST_F(TopoView, SaysWhatToRaiseWhenABatchIsOverTheMessageLimit) {
   EXPECT_THAT(records(agent, {"--how-many", "10", "topo"}), SizeIs(200));
 }
 
-// --- A client of its own, for what topoctl does not offer.
+// --- A CORBA client, for calls that topoctl does not make.
 
 TEST_F(TopoView, EndsAnIteratorWithItsLastBatch) {
   const RunningAgent agent({"--network", network(threeNodesAndThreeElements())});
