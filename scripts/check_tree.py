@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 """Checks rules that the compiler does not check: include arrows, ORB names, unsalted hash tables, line ends,
-timeouts of tests, names of test suites.
+timeouts of tests, names of test suites, paths in documents.
 
 docs/architecture.md draws the arrows: a folder may include its own headers and those of the folders in its row of
 ALLOWED.
@@ -104,6 +104,9 @@ TEST_DEFINITION = re.compile(
     r"^[ \t]*(?:TEST|TEST_F|TEST_P|TYPED_TEST|TYPED_TEST_P)\(\s*(\w+)\s*,", re.MULTILINE)
 # One of these folders is built at a time, so suites in two of them never meet.
 ORB_TESTS = re.compile(r"^orb/\w+/tests$")
+# A path in backticks; a link to a file of the repository.
+NAMED_PATH = re.compile(r"`([\w./-]+(?:/|\.(?:h|cpp|idl|md|py|sh|txt)))`")
+LINK = re.compile(r"\]\((?!https?:)([^)#]+)")
 TEXT = {".supp", ".h", ".cpp", ".idl", ".py", ".sh", ".md", ".json", ".cmake", ".txt", ".map", ".hh", ""}
 
 
@@ -185,8 +188,32 @@ def suite_problems(names):
                 yield f"{name}: {first} has a test suite {suite} too"
 
 
+def link_problems(name, text):
+    for link in LINK.findall(text):
+        if not (ROOT / name).parent.joinpath(link).exists():
+            yield f"{name}: links to {link}, which does not exist"
+
+
+def path_problems(name, text, names):
+    """docs/architecture.md names a file by its path, or by its name alone after its folder."""
+    files = {path.rpartition("/")[2] for path in names}
+    for path in NAMED_PATH.findall(text):
+        if not (ROOT / path).exists() and not (ROOT / "tests" / path).exists() and path not in files:
+            yield f"{name}: names {path}, which does not exist"
+
+
+def document_problems(names):
+    for name in names:
+        if name == "README.md" or name.startswith("docs/") and name.endswith(".md"):
+            text = (ROOT / name).read_text(encoding="utf-8")
+            yield from link_problems(name, text)
+            if name == "docs/architecture.md":
+                yield from path_problems(name, text, names)
+
+
 def problems():
     yield from suite_problems(tracked())
+    yield from document_problems(tracked())
     for name in tracked():
         path = ROOT / name
         if path.suffix not in TEXT:
