@@ -18,10 +18,10 @@
 #include "agent/console/ConsoleServant.h"
 #include "agent/console/ImportAdmission.h"
 #include "agent/events/EventManager.h"
-#include "agent/host/CommonAttributes.h"
 #include "agent/host/DomainService.h"
 #include "agent/host/ObjectNaming.h"
 #include "agent/host/Publication.h"
+#include "agent/host/RunningAgent.h"
 #include "agent/host/SecurityService.h"
 #include "agent/model/NetworkModel.h"
 #include "agent/northbound/CosNamingEntry.h"
@@ -154,7 +154,6 @@ class Agent::Parts final : private AgentControl {
         naming_(emsName_, model_, [](const std::string& line) { log(kLogTraces, line); }),
         publishedNaming_("CorbaUtilInterface", naming_),
         attributes_(emsName_, writer_),
-        offeredAttributes_(attributes_),
         nodes_(writer_, stopping_),
         notifier_(
             *server_, notifierOptions(options),
@@ -272,7 +271,6 @@ class Agent::Parts final : private AgentControl {
   SecurityService security_{false};
   std::optional<Publication> publishedSecurity_;
   AttributeService attributes_;
-  const OfferedAttributes offeredAttributes_;
   Cancellation stopping_;
   NodeService nodes_;
   Backups backups_{writer_};
@@ -283,6 +281,7 @@ class Agent::Parts final : private AgentControl {
                            std::chrono::steady_clock::now};
   ViewSizes viewSizes_;
   Northbound northbound_;
+  const AgentRegistration registration_{{&northbound_, &events_, &notifier_, &attributes_}};
   ModuleControl module_;
   CORBA::Object_var manager_;  // the same after every reload
   std::optional<Served> session_;

@@ -4,6 +4,7 @@
 #include "agent/host/DomainService.h"
 #include "agent/host/ObjectNaming.h"
 #include "agent/host/Publication.h"
+#include "agent/host/RunningAgent.h"
 #include "agent/model/NetworkModel.h"
 #include "agent/northbound/Northbound.h"
 #include "bench/Networks.h"
@@ -25,6 +26,7 @@ class Platform::Parts {
   agent::ObjectNaming naming_{kEms, model_};
   const agent::Publication publishedNaming_{"CorbaUtilInterface", naming_};
   agent::Northbound northbound_{*server_, kEms, false};
+  const agent::AgentRegistration registration_{{&northbound_}};
 };
 
 Platform::Platform(agent::Network network) : parts_(std::make_unique<Parts>(std::move(network))) {}

@@ -4,24 +4,15 @@
 #include <unistd.h>
 
 #include <atomic>
-#include <cstdarg>
-#include <cstdio>
-#include <string_view>
-#include <vector>
 
 #include "agent/base/BackgroundLogger.h"
 #include "agent/base/Text.h"
 #include "agent/process/WriteWithin.h"
-#include "platform/agent/Logging.h"
 
 namespace agent {
 namespace {
 
 std::atomic<int> logLevel{kLogErrors};
-
-bool enabled(int level) {
-  return level <= logLevel.load(std::memory_order_relaxed);
-}
 
 spdlog::level::level_enum priorityOf(int level) {
   switch (level) {
@@ -54,33 +45,24 @@ spdlog::logger& logger() {
   return present == nullptr ? directLogger() : present->logger();
 }
 
-void write(int level, const NS_CORBA::LogPosition& position, std::string_view text) {
-  logger().log(priorityOf(level), position.file + ':' + std::to_string(position.line) + ' ' +
-                                      escaped(text, kLongestText));
-}
-
-// The length of what vsnprintf makes of a format is only known afterwards.
-std::string formatted(const char* format, std::va_list arguments) {
-  std::va_list again;
-  va_copy(again, arguments);
-  const int length = std::vsnprintf(nullptr, 0, format, arguments);
-  std::vector<char> text(length < 0 ? 1 : static_cast<std::size_t>(length) + 1);
-  if (length >= 0) {
-    std::vsnprintf(text.data(), text.size(), format, again);
-  }
-  va_end(again);
-  return text.data();
-}
-
 }  // namespace
 
 void setLogLevel(int level) {
   logLevel.store(level, std::memory_order_relaxed);
 }
 
+bool isLogged(int level) {
+  return level <= logLevel.load(std::memory_order_relaxed);
+}
+
 void log(int level, const std::string& text) {
-  if (enabled(level)) {
-    write(level, {"topo-agentd", "", 0}, text);
+  logAt(level, "topo-agentd", 0, text);
+}
+
+void logAt(int level, const std::string& file, int line, std::string_view text) {
+  if (isLogged(level)) {
+    logger().log(priorityOf(level),
+                 file + ':' + std::to_string(line) + ' ' + escaped(text, kLongestText));
   }
 }
 
@@ -94,34 +76,3 @@ bool flushLog(std::chrono::milliseconds patience) {
 }
 
 }  // namespace agent
-
-namespace NS_CORBA {
-
-LogPosition* GetTss() {
-  thread_local LogPosition position;
-  return &position;
-}
-
-void TaDebug(int level, const char* text) {
-  if (agent::enabled(level)) {
-    agent::write(level, *GetTss(), text);
-  }
-}
-
-void TaDebugWithPara(int level, const char* format, ...) {
-  if (!agent::enabled(level)) {
-    return;
-  }
-  std::va_list arguments;
-  va_start(arguments, format);
-  const std::string text = agent::formatted(format, arguments);
-  va_end(arguments);
-  agent::write(level, *GetTss(), text);
-}
-
-void NbiException(ProcessException& exception) {
-  TaDebugWithPara(kLogError, "platform failure %d: %s", exception.errorCode,
-                  exception.detail.str().c_str());
-}
-
-}  // namespace NS_CORBA

@@ -9,6 +9,7 @@
 
 #include <chrono>
 #include <string>
+#include <string_view>
 
 namespace agent {
 
@@ -19,8 +20,14 @@ constexpr int kLogTraces = 3;
 // Messages above this level are dropped. At first only errors are let through.
 void setLogLevel(int level);
 
-// Logs a message of the agent's own.
+// Whether messages of a level are written at present.
+bool isLogged(int level);
+
+// Logs a message of the agent, at the position topo-agentd:0.
 void log(int level, const std::string& text);
+
+// Logs a message at a position of its own.
+void logAt(int level, const std::string& file, int line, std::string_view text);
 
 // From here to the end of the process a thread of its own writes the log, so that no thread that
 // logs waits for whoever reads standard error. At most 1,000 lines wait for that thread; then the

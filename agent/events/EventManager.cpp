@@ -1,7 +1,6 @@
 #include "agent/events/EventManager.h"
 
 #include <algorithm>
-#include <atomic>
 #include <deque>
 #include <iterator>
 #include <list>
@@ -9,24 +8,13 @@
 #include <string>
 #include <utility>
 
-#include "platform/agent/Logging.h"
+#include "agent/base/Log.h"
 #include "platform/framework/ProcessException.h"
 
 namespace agent {
 namespace {
 
-std::atomic<EventManager*> theInstance{nullptr};
-
 constexpr int kSource = 0;  // every event's source
-
-// Logs an error of the event manager. Restores the thread's log position, which belongs to the
-// handler.
-void logError(const std::string& text) {
-  NS_CORBA::LogPosition& position = *NS_CORBA::GetTss();
-  const NS_CORBA::LogPosition before = std::exchange(position, {"topo-agentd", "", 0});
-  NS_CORBA::TaDebug(NS_CORBA::kLogError, text.c_str());
-  position = before;
-}
 
 // Calls the handler and logs an exception. Returns whether the handler returned. Destroys the
 // exception before it returns, because the exception's type may belong to the handler's module.
@@ -42,7 +30,7 @@ bool call(TEEventHandler& handler, int eventId, const TEEvent& event) {
   } catch (...) {
     reason = "unknown exception";
   }
-  logError("a handler of event " + std::to_string(eventId) + " failed: " + reason);
+  log(kLogErrors, "a handler of event " + std::to_string(eventId) + " failed: " + reason);
   return false;
 }
 
@@ -116,9 +104,7 @@ struct EventManager::Lane {
 };
 
 EventManager::EventManager(std::size_t queueLimit, ReportGap reportGap)
-    : queueLimit_(queueLimit), reportGap_(std::move(reportGap)) {
-  theInstance.store(this);
-}
+    : queueLimit_(queueLimit), reportGap_(std::move(reportGap)) {}
 
 EventManager::~EventManager() {
   {
@@ -133,7 +119,6 @@ EventManager::~EventManager() {
   for (std::thread& thread : ended_) {
     thread.join();
   }
-  theInstance.store(nullptr);
 }
 
 void EventManager::Subscribe(TEEventHandler* handler, int eventId, int /*third*/, int /*fourth*/) {
@@ -141,8 +126,8 @@ void EventManager::Subscribe(TEEventHandler* handler, int eventId, int /*third*/
   try {
     hasGap = addSubscription(*handler, eventId);
   } catch (const std::exception& failure) {
-    logError("a handler cannot subscribe to event " + std::to_string(eventId) + ": " +
-             failure.what());
+    log(kLogErrors,
+        "a handler cannot subscribe to event " + std::to_string(eventId) + ": " + failure.what());
     throw;
   }
   if (hasGap) {
@@ -239,8 +224,9 @@ void EventManager::queue(int eventId, std::vector<NS_DOMAIN::TopoNode_T> nodes) 
     unhandledGap_ = unhandledGap_ || !hasHandler;
   }
   if (overflowBegins) {
-    logError("a handler of event " + std::to_string(eventId) + " is too slow: " +
-             std::to_string(queueLimit_) + " events wait for it, older ones are dropped");
+    log(kLogErrors, "a handler of event " + std::to_string(eventId) +
+                        " is too slow: " + std::to_string(queueLimit_) +
+                        " events wait for it, older ones are dropped");
   }
 }
 
@@ -315,7 +301,3 @@ void EventManager::end(Lane& lane) noexcept {
 }
 
 }  // namespace agent
-
-TEEventMgr* TEEventMgr::Instance() {
-  return agent::theInstance.load();
-}

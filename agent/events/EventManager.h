@@ -21,7 +21,7 @@ namespace agent {
 
 // Each handler has a lane: a queue and a thread that hands the events to the handler, one at a time
 // and in the order of raising. Lanes do not wait for each other. An exception of a handler is
-// logged and ignored. TEEventMgr::Instance() is the one EventManager of the process, or null.
+// logged and ignored.
 //
 // Thread-safety: any thread.
 // Ownership: borrows the handlers, from Subscribe until the last UnSubscribe returns; owns the

@@ -1,64 +1,15 @@
-// The bundle manager: published interfaces and loaded service objects.
+// Defines platform/bundlemgr/BundleMgr.h: service objects and the list of them.
 
 #include "platform/bundlemgr/BundleMgr.h"
 
 #include <algorithm>
-#include <map>
-#include <memory>
-#include <mutex>
-#include <shared_mutex>
+
+#include "agent/host/InterfaceBuffers.h"
 
 namespace NS_BUNDLEMGR1 {
 namespace {
 
-ACE_mutex_t initializedMutex() {
-  ACE_mutex_t mutex;
-  ACE_OS::mutex_init(&mutex);
-  return mutex;
-}
-
-class BundleLock {
- public:
-  BundleLock() { ACE_OS::mutex_lock(&_g_actualmutex); }
-  ~BundleLock() { ACE_OS::mutex_unlock(&_g_actualmutex); }
-  BundleLock(const BundleLock&) = delete;
-  BundleLock& operator=(const BundleLock&) = delete;
-};
-
-// The buffers by name. A buffer never goes away, so that a pointer to one stays good.
-class InterfaceBuffers {
- public:
-  InterfaceBuffer* find(const std::string& name) const {
-    const std::shared_lock<std::shared_mutex> lock(mutex_);
-    const auto entry = buffers_.find(name);
-    return entry != buffers_.end() ? entry->second.get() : nullptr;
-  }
-
-  InterfaceBuffer* findOrMake(const std::string& name) {
-    const std::unique_lock<std::shared_mutex> lock(mutex_);
-    std::unique_ptr<InterfaceBuffer>& buffer = buffers_[name];
-    if (!buffer) {
-      buffer = std::make_unique<InterfaceBuffer>();
-    }
-    return buffer.get();
-  }
-
-  void removeEverywhere(const ServiceInterface* interface) {
-    const std::unique_lock<std::shared_mutex> lock(mutex_);
-    for (const auto& entry : buffers_) {
-      entry.second->Remove(interface);
-    }
-  }
-
- private:
-  mutable std::shared_mutex mutex_;
-  std::map<std::string, std::unique_ptr<InterfaceBuffer>> buffers_;  // guarded by mutex_
-};
-
-InterfaceBuffers& buffers() {
-  static InterfaceBuffers instance;
-  return instance;
-}
+using agent::BundleLock;
 
 // In the order of registration. Guarded by _g_actualmutex.
 std::vector<ServiceObjectBase*>& serviceObjects() {
@@ -67,21 +18,6 @@ std::vector<ServiceObjectBase*>& serviceObjects() {
 }
 
 }  // namespace
-
-ACE_mutex_t _g_actualmutex = initializedMutex();
-
-ServiceInterface::~ServiceInterface() = default;
-NULLServiceInterface::~NULLServiceInterface() = default;
-
-void SetIFBuf(const std::string& name, ServiceInterface* interface) {
-  InterfaceBuffer* buffer = buffers().findOrMake(name);
-  const BundleLock lock;
-  buffer->Append(interface);
-}
-
-InterfaceBuffer* CheckIFBuf(const std::string& name) {
-  return buffers().find(name);
-}
 
 ServiceObjectBase::ServiceObjectBase(const std::string& bundleName, const std::string& serviceName)
     : bundleName_(bundleName), serviceName_(serviceName) {}
@@ -113,7 +49,7 @@ ServiceInterface* ServiceObjectBase::GetInterface() {
 void ServiceObjectBase::RemoveInterface() {
   {
     const BundleLock lock;
-    buffers().removeEverywhere(interface_);
+    agent::InterfaceBuffers::instance().removeEverywhere(interface_);
   }
   delete interface_;
   interface_ = nullptr;

@@ -1,8 +1,7 @@
-// The key functions of the contracts that the agent's domain implements: type information of these
-// interfaces is emitted here, once in the process.
+// Defines platform/domain/DomainInterface.h: the key functions. DomainService implements the
+// interfaces.
 
 #include "platform/domain/DomainInterface.h"
-#include "platform/agent/CorbaUtilInterface.h"
 
 namespace NS_DOMAIN {
 
@@ -12,9 +11,3 @@ DomainFacet::~DomainFacet() = default;
 DomainInterface::~DomainInterface() = default;
 
 }  // namespace NS_DOMAIN
-
-namespace NS_CORBA {
-
-CorbaUtilInterface::~CorbaUtilInterface() = default;
-
-}  // namespace NS_CORBA

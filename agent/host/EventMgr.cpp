@@ -1,14 +1,13 @@
-// The key functions of the contracts of event handling: type information of these interfaces is
-// emitted here, once in the process.
+// Defines platform/event/EventMgr.h: the key functions and the instance. agent/events implements
+// the event manager.
 
 #include "platform/event/EventMgr.h"
-#include "platform/security/SecurityIF.h"
+
+#include "agent/host/RunningAgent.h"
 
 TEEventHandler::~TEEventHandler() = default;
 TEEventMgr::~TEEventMgr() = default;
 
-namespace NS_SECURITY_SERVICE1 {
-
-SecurityIF::~SecurityIF() = default;
-
-}  // namespace NS_SECURITY_SERVICE1
+TEEventMgr* TEEventMgr::Instance() {
+  return agent::runningAgent().events;
+}

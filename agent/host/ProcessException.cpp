@@ -1,4 +1,4 @@
-// Key functions of the framework's exceptions.
+// Defines platform/framework/ProcessException.h: the key functions.
 
 #include "platform/framework/ProcessException.h"
 

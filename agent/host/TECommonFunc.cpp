@@ -1,17 +1,16 @@
-#include "agent/host/CommonAttributes.h"
+// Defines platform/agent/TECommonFunc.h: the common attributes and the capability list.
 
-#include <atomic>
+#include "platform/agent/TECommonFunc.h"
+
 #include <string_view>
 
 #include "agent/base/FailureCodes.h"
 #include "agent/base/OperationResult.h"
 #include "agent/host/FailureReason.h"
-#include "platform/agent/TECommonFunc.h"
+#include "agent/host/RunningAgent.h"
 
 namespace agent {
 namespace {
-
-std::atomic<AttributeService*> offered{nullptr};
 
 // How the capability list speaks of an operation.
 constexpr const char* kSupported = "Supported";
@@ -24,7 +23,7 @@ std::string_view textOf(const char* text) {
 template <typename Change>
 Outcome outcomeOf(const char* operation, Change change) {
   explainFailure(kSuccess, "");
-  AttributeService* const service = offered.load();
+  AttributeService* const service = runningAgent().attributes;
   if (service == nullptr) {
     return {kNotImplemented, ""};
   }
@@ -49,14 +48,6 @@ void appendCapabilities(common::CapabilityList_T& capabilities,
 }
 
 }  // namespace
-
-OfferedAttributes::OfferedAttributes(AttributeService& service) {
-  offered.store(&service);
-}
-
-OfferedAttributes::~OfferedAttributes() {
-  offered.store(nullptr);
-}
 
 }  // namespace agent
 

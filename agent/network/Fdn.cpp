@@ -1,19 +1,16 @@
-#include "platform/util/UtilCommon.h"
+#include "agent/network/Fdn.h"
 
 #include <algorithm>
-#include <cstdint>
 #include <limits>
-#include <optional>
-#include <string_view>
 
-namespace NS_UTIL {
+namespace agent {
 namespace {
 
 constexpr char kTermSeparator = ',';
 
 struct Decimal {
-  std::int64_t value = 0;  // held to the limits of a signed 32-bit integer
-  bool isExact = true;     // not held
+  std::int64_t value = 0;  // clamped to the limits of a signed 32-bit integer
+  bool isExact = true;     // not clamped
   std::size_t digits = 0;
   std::size_t length = 0;  // sign and digits
 };
@@ -25,7 +22,7 @@ bool isDigit(char character) {
   return character >= '0' && character <= '9';
 }
 
-// An optional sign and the digits after it, at the start of a text.
+// An optional sign and the digits after the sign, at the start of a text.
 Decimal leadingDecimal(std::string_view text) {
   Decimal decimal;
   const bool isNegative = !text.empty() && text.front() == '-';
@@ -41,12 +38,7 @@ Decimal leadingDecimal(std::string_view text) {
   return decimal;
 }
 
-std::string_view classOf(std::string_view term) {
-  const std::size_t equals = term.find('=');
-  return equals == std::string_view::npos ? std::string_view() : term.substr(0, equals);
-}
-
-void addPart(std::map<std::string, std::string>& parts, std::string_view term) {
+void addPart(FdnParts& parts, std::string_view term) {
   const std::size_t equals = term.find('=');
   if (equals != std::string_view::npos) {
     parts.emplace(term.substr(0, equals), term.substr(equals + 1));
@@ -55,43 +47,33 @@ void addPart(std::map<std::string, std::string>& parts, std::string_view term) {
 
 }  // namespace
 
-UtilCommon* UtilCommon::Instance() {
-  static UtilCommon instance;
-  return &instance;
-}
-
-void UtilCommon::GetSpliteFDNData(std::map<std::string, std::string>& parts, const std::string& fdn,
-                                  const std::string& separator) {
+void splitFdn(FdnParts& parts, std::string_view fdn, std::string_view separator) {
   std::size_t start = 0;
-  std::size_t end = separator.empty() ? std::string::npos : fdn.find(separator);
-  while (end != std::string::npos) {
-    addPart(parts, std::string_view(fdn).substr(start, end - start));
+  std::size_t end = separator.empty() ? std::string_view::npos : fdn.find(separator);
+  while (end != std::string_view::npos) {
+    addPart(parts, fdn.substr(start, end - start));
     start = end + separator.size();
     end = fdn.find(separator, start);
   }
-  addPart(parts, std::string_view(fdn).substr(start));
+  addPart(parts, fdn.substr(start));
 }
 
-std::string UtilCommon::GetMoc(const std::string& fdn) {
-  return std::string(classOf(std::string_view(fdn).substr(fdn.rfind(kTermSeparator) + 1)));
+std::string_view classOfFdn(std::string_view fdn) {
+  const std::string_view term = fdn.substr(fdn.rfind(kTermSeparator) + 1);
+  const std::size_t equals = term.find('=');
+  return equals == std::string_view::npos ? std::string_view() : term.substr(0, equals);
 }
 
-bool UtilCommon::GetIntegerValueByName(const std::map<std::string, std::string>& parts,
-                                       const std::string& name, int& value) {
-  const auto part = parts.find(name);
-  if (part == parts.end()) {
-    return false;
+std::optional<std::int32_t> wholeNumber(std::string_view text) {
+  const Decimal decimal = leadingDecimal(text);
+  if (decimal.digits == 0 || !decimal.isExact || decimal.length != text.size()) {
+    return std::nullopt;
   }
-  const Decimal decimal = leadingDecimal(part->second);
-  if (decimal.digits == 0 || !decimal.isExact || decimal.length != part->second.size()) {
-    return false;
-  }
-  value = static_cast<int>(decimal.value);
-  return true;
+  return static_cast<std::int32_t>(decimal.value);
 }
 
-int Str2Int(const std::string& text) {
-  return static_cast<int>(leadingDecimal(text).value);
+std::int32_t leadingNumber(std::string_view text) {
+  return static_cast<std::int32_t>(leadingDecimal(text).value);
 }
 
-}  // namespace NS_UTIL
+}  // namespace agent

@@ -2,11 +2,10 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <map>
 
 #include "agent/base/Text.h"
+#include "agent/network/Fdn.h"
 #include "platform/agent/CorbaUtilInterface.h"
-#include "platform/util/UtilCommon.h"
 
 namespace agent {
 namespace {
@@ -94,7 +93,7 @@ std::string_view tmfClassOf(std::int32_t type) {
   return type == kClockLinkObjectType ? tmf::kClockLink : tmf::kTopoSubnetwork;
 }
 
-const NumberedClass& classOfFdn(const std::string& domainName) {
+const NumberedClass& numberedClassOf(std::string_view domainName) {
   for (const NumberedClass& known : kNumberedClasses) {
     if (known.domainName == domainName) {
       return known;
@@ -165,17 +164,17 @@ std::optional<NumberedObject> objectOfElementNode(const std::string& nodeId) {
   if (nodeId == NS_DOMAIN::kZeroId) {
     return std::nullopt;
   }
-  auto& util = *NS_UTIL::UtilCommon::Instance();
-  std::map<std::string, std::string> parts;
-  util.GetSpliteFDNData(parts, nodeId, ",");
+  FdnParts parts;
+  splitFdn(parts, nodeId, ",");
   if (parts.empty()) {
-    return ifNameable(kManagedElementType, NS_UTIL::Str2Int(nodeId));
+    return ifNameable(kManagedElementType, leadingNumber(nodeId));
   }
-  const std::string domainName = util.GetMoc(nodeId);
-  const NumberedClass& known = classOfFdn(domainName);
-  int number = known.missingNumber;
-  util.GetIntegerValueByName(parts, domainName, number);
-  return ifNameable(known.type, number);
+  const std::string domainName(classOfFdn(nodeId));
+  const NumberedClass& known = numberedClassOf(domainName);
+  const auto part = parts.find(domainName);
+  const auto number =
+      part == parts.end() ? std::optional<std::int32_t>() : wholeNumber(part->second);
+  return ifNameable(known.type, number.value_or(known.missingNumber));
 }
 
 std::optional<NumberedObject> objectOfClockReference(const std::string& reference) {

@@ -6,13 +6,9 @@
 #include <utility>
 
 #include "agent/base/Log.h"
-#include "platform/agent/AgentConfig.h"
-#include "platform/agent/TAIteratorHelper.h"
 
 namespace agent {
 namespace {
-
-std::atomic<Northbound*> theInstance{nullptr};
 
 // An iterator lives at most this much longer than its idle time-out asks for.
 constexpr std::chrono::milliseconds kLongestInterval{1000};
@@ -44,7 +40,6 @@ Northbound::Northbound(orb::Server& server, std::string emsName, bool testSwitch
       managers_(server, &guard_),
       refusedIterators_(std::chrono::steady_clock::now),
       interval_(intervalFor(limits)) {
-  theInstance.store(this);
   server_.observeRequests([this](const orb::ObjectKey& key) { iterators_.touch(key); });
   housekeeper_ = std::thread([this] { housekeep(); });
 }
@@ -57,7 +52,6 @@ Northbound::~Northbound() {
   }
   stop_.notify_one();
   housekeeper_.join();
-  theInstance.store(nullptr);
 }
 
 void Northbound::housekeep() {
@@ -100,10 +94,6 @@ FailureCode Northbound::addIterator(PortableServer::ServantBase* servant) {
   return code;
 }
 
-Northbound& Northbound::instance() {
-  return *theInstance.load();
-}
-
 void Northbound::open() {
   admission_.open();
   information_.open();
@@ -119,61 +109,3 @@ void Northbound::retire() {
 }
 
 }  // namespace agent
-
-namespace NS_CORBA {
-
-using agent::Northbound;
-
-MgrFactory::~MgrFactory() = default;
-
-CorbaBaseAgentConfig* CorbaBaseAgentConfig::Instance() {
-  static CorbaBaseAgentConfig instance;
-  return &instance;
-}
-
-void CorbaBaseAgentConfig::RegisterMgr(const char* name, MgrFactory* factory) {
-  Northbound::instance().managers().add(name, factory);
-}
-
-void CorbaBaseAgentConfig::UnregisterMgr(const char* name) {
-  Northbound::instance().managers().remove(name);
-}
-
-std::string CorbaBaseAgentConfig::EmsName() {
-  return Northbound::instance().emsName();
-}
-
-CorbaAgentConfig* CorbaAgentConfig::Instance() {
-  static CorbaAgentConfig instance;
-  return &instance;
-}
-
-void CorbaAgentConfig::RegisterServant(const char* name, POA_common::Common_I* servant) {
-  Northbound::instance().managers().serve(name, servant);
-}
-
-bool CorbaAgentConfig::GetTestSwitch() {
-  return Northbound::instance().testSwitch();
-}
-
-PortableServer::POA_ptr TAIteratorHelper::getIteratorPoa() {
-  return Northbound::instance().iterators().poa();
-}
-
-CORBA::ULong TAIteratorHelper::add_Iterator(PortableServer::ServantBase* servant) {
-  const agent::FailureCode code = Northbound::instance().addIterator(servant);
-  agent::IteratorRegistry& iterators = Northbound::instance().iterators();
-  agent::log(agent::kLogTraces, "result iterators: " + std::to_string(iterators.size()) + " live" +
-                                    (code == agent::kSuccess ? "" : ", one refused"));
-  return code;
-}
-
-void TAIteratorHelper::deactive_object(PortableServer::ServantBase* servant) {
-  agent::IteratorRegistry& iterators = Northbound::instance().iterators();
-  if (iterators.deactivate(servant)) {
-    agent::log(agent::kLogTraces,
-               "result iterators: " + std::to_string(iterators.size()) + " live");
-  }
-}
-
-}  // namespace NS_CORBA

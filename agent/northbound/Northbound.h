@@ -40,9 +40,6 @@ class Northbound {
   Northbound(const Northbound&) = delete;
   Northbound& operator=(const Northbound&) = delete;
 
-  // REQUIRES: there is one.
-  static Northbound& instance();
-
   // Gets ready for a module: iterators have their POA.
   void open();
 

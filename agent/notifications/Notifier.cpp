@@ -1,6 +1,5 @@
 #include "agent/notifications/Notifier.h"
 
-#include <atomic>
 #include <charconv>
 #include <cstring>
 #include <new>
@@ -14,12 +13,9 @@
 #include "agent/notifications/ChannelSink.h"
 #include "agent/notifications/ConsumerSink.h"
 #include "agent/notifications/SubscriptionServant.h"
-#include "platform/agent/TANotification.h"
 
 namespace agent {
 namespace {
-
-std::atomic<Notifier*> theInstance{nullptr};
 
 [[noreturn]] void refuse(globaldefs::ExceptionType_T type, const std::string& reason) {
   throw globaldefs::ProcessingFailureException(type, reason.c_str());
@@ -68,11 +64,9 @@ Notifier::Notifier(orb::Server& server, NotifierOptions options, NotificationIds
         std::move(settings), nullptr);
     channel_->start();
   }
-  theInstance.store(this);
 }
 
 Notifier::~Notifier() {
-  theInstance.store(nullptr);
   std::vector<std::shared_ptr<Receiver>> all;
   {
     const std::lock_guard<std::mutex> lock(mutex_);
@@ -97,10 +91,6 @@ Notifier::~Notifier() {
   for (const auto& receiver : all) {
     receiver->join();
   }
-}
-
-Notifier* Notifier::instance() {
-  return theInstance.load();
 }
 
 void Notifier::objectCreated(const globaldefs::NVSList_T& name, const CORBA::Any& object,
@@ -374,33 +364,3 @@ bool Notifier::flush(std::chrono::milliseconds longest) {
 }
 
 }  // namespace agent
-
-namespace NS_CORBA {
-
-using agent::Notifier;
-
-void TANotification::OnObjectCreated(const globaldefs::NVSList_T& objectName,
-                                     const CORBA::Any& object, bool edgePointRelated) {
-  if (Notifier* const notifier = Notifier::instance()) {
-    notifier->objectCreated(objectName, object, edgePointRelated);
-  }
-}
-
-void TANotification::OnObjectDeleted(const globaldefs::NVSList_T& objectName,
-                                     bool edgePointRelated) {
-  if (Notifier* const notifier = Notifier::instance()) {
-    notifier->objectDeleted(objectName, edgePointRelated);
-  }
-}
-
-// What the caller adds is the body of the event.
-void TANotification::OnObjectAVC(const globaldefs::NVSList_T& objectName,
-                                 const notifications::NVList_T& attributes, bool edgePointRelated,
-                                 const CORBA::Any& additional, bool hasAdditional) {
-  if (Notifier* const notifier = Notifier::instance()) {
-    notifier->attributesChanged(objectName, attributes, edgePointRelated,
-                                hasAdditional ? &additional : nullptr);
-  }
-}
-
-}  // namespace NS_CORBA

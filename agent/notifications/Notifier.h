@@ -73,10 +73,6 @@ class Notifier {
   Notifier(const Notifier&) = delete;
   Notifier& operator=(const Notifier&) = delete;
 
-  // The one that exists, which the contract's functions act on; null when there is none, and then
-  // they do nothing.
-  static Notifier* instance();
-
   void objectCreated(const globaldefs::NVSList_T& name, const CORBA::Any& object,
                      bool edgePointRelated);
   void objectDeleted(const globaldefs::NVSList_T& name, bool edgePointRelated);

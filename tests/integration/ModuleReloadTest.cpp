@@ -14,6 +14,7 @@
 #include "agent/bundle/ModuleLoader.h"
 #include "agent/events/EventManager.h"
 #include "agent/host/Publication.h"
+#include "agent/host/RunningAgent.h"
 #include "agent/host/SecurityService.h"
 #include "agent/northbound/Northbound.h"
 #include "idl/ObjectKeys.h"
@@ -60,6 +61,7 @@ class ModuleHost {
   std::unique_ptr<orb::Server> server_;
   agent::EventManager events_;
   agent::Northbound northbound_;
+  const agent::AgentRegistration registration_{{&northbound_, &events_}};
 };
 
 TEST(ModuleReload, UnloadsFiftyTimesAndServesInBetween) {

@@ -1,4 +1,4 @@
-// What the log lets through, and how a line of it looks.
+// Which messages the log writes, and how a line of the log looks.
 
 #include "agent/base/Log.h"
 
@@ -7,9 +7,6 @@
 
 #include <functional>
 #include <string>
-#include <thread>
-
-#include "platform/agent/Logging.h"
 
 namespace {
 
@@ -22,151 +19,61 @@ std::string head(const std::string& priority) {
          " \\[[0-9]+\\] ";
 }
 
-class AgentLog : public testing::Test {
+std::string loggedBy(const std::function<void()>& call) {
+  testing::internal::CaptureStderr();
+  call();
+  return testing::internal::GetCapturedStderr();
+}
+
+class Log : public testing::Test {
  protected:
-  AgentLog() {
-    agent::setLogLevel(agent::kLogTraces);
-    at("Here.cpp", 12);
-  }
-  ~AgentLog() override {
-    agent::setLogLevel(agent::kLogErrors);
-    at("", 0);
-  }
-
-  static void at(const std::string& file, int line) {
-    *NS_CORBA::GetTss() = NS_CORBA::LogPosition{file, "", line};
-  }
-
-  static std::string loggedBy(const std::function<void()>& call) {
-    testing::internal::CaptureStderr();
-    call();
-    return testing::internal::GetCapturedStderr();
-  }
+  Log() { agent::setLogLevel(agent::kLogTraces); }
+  ~Log() override { agent::setLogLevel(agent::kLogErrors); }
 };
 
-class AgentLogAtLevel : public AgentLog, public testing::WithParamInterface<int> {
+class LogAtLevel : public Log, public testing::WithParamInterface<int> {
  protected:
-  AgentLogAtLevel() { agent::setLogLevel(GetParam()); }
+  LogAtLevel() { agent::setLogLevel(GetParam()); }
 };
 
-TEST_P(AgentLogAtLevel, LetsTextsUpToItThrough) {
+TEST_P(LogAtLevel, WritesMessagesUpToTheLevel) {
   for (int level = 1; level <= 3; ++level) {
-    const std::string logged = loggedBy([&] { NS_CORBA::TaDebug(level, "a text"); });
-    EXPECT_EQ(level > GetParam(), logged.empty()) << level;
+    EXPECT_EQ(level <= GetParam(), agent::isLogged(level)) << level;
+    EXPECT_EQ(level > GetParam(), loggedBy([&] { agent::log(level, "a text"); }).empty()) << level;
+    EXPECT_EQ(level > GetParam(),
+              loggedBy([&] { agent::logAt(level, "Here.cpp", 12, "a text"); }).empty())
+        << level;
   }
 }
 
-TEST_P(AgentLogAtLevel, LetsFormattedTextsUpToItThrough) {
-  for (int level = 1; level <= 3; ++level) {
-    const std::string logged = loggedBy([&] { NS_CORBA::TaDebugWithPara(level, "%s", "a text"); });
-    EXPECT_EQ(level > GetParam(), logged.empty()) << level;
-  }
-}
+INSTANTIATE_TEST_SUITE_P(EveryLevel, LogAtLevel, testing::Values(1, 2, 3));
 
-TEST_P(AgentLogAtLevel, LetsMessagesOfTheAgentUpToItThrough) {
-  for (int level = 1; level <= 3; ++level) {
-    const std::string logged = loggedBy([&] { agent::log(level, "a text"); });
-    EXPECT_EQ(level > GetParam(), logged.empty()) << level;
-  }
-}
-
-INSTANTIATE_TEST_SUITE_P(EveryLevel, AgentLogAtLevel, testing::Values(1, 2, 3));
-
-TEST_F(AgentLog, WritesALineWithTimePriorityThreadAndPosition) {
-  EXPECT_THAT(loggedBy([] { NS_CORBA::TaDebug(1, "a text"); }),
+TEST_F(Log, WritesALineWithTimePriorityThreadAndPosition) {
+  EXPECT_THAT(loggedBy([] { agent::logAt(1, "Here.cpp", 12, "a text"); }),
               MatchesRegex(head("error") + "Here\\.cpp:12 a text\n"));
-  EXPECT_THAT(loggedBy([] { NS_CORBA::TaDebug(2, "a text"); }),
+  EXPECT_THAT(loggedBy([] { agent::logAt(2, "Here.cpp", 12, "a text"); }),
               MatchesRegex(head("info") + "Here\\.cpp:12 a text\n"));
-  EXPECT_THAT(loggedBy([] { NS_CORBA::TaDebug(3, "a text"); }),
+  EXPECT_THAT(loggedBy([] { agent::logAt(3, "Here.cpp", 12, "a text"); }),
               MatchesRegex(head("debug") + "Here\\.cpp:12 a text\n"));
 }
 
-TEST_F(AgentLog, WritesMessagesOfTheAgentAtAPositionOfTheirOwn) {
+TEST_F(Log, WritesMessagesOfTheAgentAtAFixedPosition) {
   EXPECT_THAT(loggedBy([] { agent::log(agent::kLogEvents, "a text"); }),
               MatchesRegex(head("info") + "topo-agentd:0 a text\n"));
-  EXPECT_EQ("Here.cpp", NS_CORBA::GetTss()->file);
 }
 
-TEST_F(AgentLog, FormatsArguments) {
-  EXPECT_THAT(loggedBy([] { NS_CORBA::TaDebugWithPara(1, "%s=%d (0x%08x) %%", "n", -5, 0xBAU); }),
-              MatchesRegex(head("error") + "Here\\.cpp:12 n=-5 \\(0x000000ba\\) %\n"));
-}
-
-TEST_F(AgentLog, FormatsLongArgumentsWhole) {
-  const std::string text(2000, 'x');
-  EXPECT_THAT(loggedBy([&] { NS_CORBA::TaDebugWithPara(1, "<%s>", text.c_str()); }),
-              HasSubstr("Here.cpp:12 <" + text + ">\n"));
-}
-
-TEST_F(AgentLog, TakesATextAsItIs) {
-  EXPECT_THAT(loggedBy([] { NS_CORBA::TaDebug(1, "100%s %n %d"); }),
-              HasSubstr("Here.cpp:12 100%s %n %d\n"));
-  EXPECT_THAT(loggedBy([] { NS_CORBA::TaDebugWithPara(1, "%s", "100%s %n %d"); }),
-              HasSubstr("Here.cpp:12 100%s %n %d\n"));
-}
-
-TEST_F(AgentLog, WritesOneLineWhateverTheTextHolds) {
-  EXPECT_THAT(loggedBy([] { NS_CORBA::TaDebug(1, "a\r\ntext\n{} %v\n"); }),
-              HasSubstr("Here.cpp:12 a\\x0d\\x0atext\\x0a{} %v\\x0a\n"));
-}
-
-TEST_F(AgentLog, EscapesWhatATerminalOrAReaderWouldObey) {
-  EXPECT_THAT(loggedBy([] { NS_CORBA::TaDebug(1, "\x1b[2J\u009b1m\x7f\u2028\u202e\xff\\x1b"); }),
-              HasSubstr("Here.cpp:12 \\x1b[2J\\xc2\\x9b1m\\x7f\\xe2\\x80\\xa8\\xe2\\x80\\xae\\xff"
-                        "\\\\x1b\n"));
-  EXPECT_THAT(loggedBy([] { NS_CORBA::TaDebugWithPara(1, "<%s>", "\x1b[2J"); }),
-              HasSubstr("Here.cpp:12 <\\x1b[2J>\n"));
+TEST_F(Log, EscapesHarmfulCharacters) {
   EXPECT_THAT(loggedBy([] { agent::log(1, std::string("a\0b\x1b", 4)); }),
               HasSubstr("topo-agentd:0 a\\x00b\\x1b\n"));
   EXPECT_THAT(loggedBy([] { agent::log(1, "Köln 😀"); }), HasSubstr("topo-agentd:0 Köln 😀\n"));
 }
 
-TEST_F(AgentLog, CutsWhatIsTooLongToRead) {
+TEST_F(Log, CutsALongText) {
   const std::string longest(3000, 'x');
-  EXPECT_THAT(loggedBy([&] { NS_CORBA::TaDebug(1, longest.c_str()); }),
-              HasSubstr("Here.cpp:12 " + longest + "\n"));
-  EXPECT_THAT(loggedBy([&] { NS_CORBA::TaDebug(1, (longest + "y").c_str()); }),
-              HasSubstr("Here.cpp:12 " + longest + "...\n"));
-}
-
-TEST_F(AgentLog, ReportsThePositionAsItStandsAtTheCall) {
-  at("There.cpp", 77);
-  EXPECT_THAT(loggedBy([] { NS_CORBA::TaDebug(1, "a text"); }), HasSubstr(" There.cpp:77 a text"));
-  NS_CORBA::GetTss()->line = 78;
-  EXPECT_THAT(loggedBy([] { NS_CORBA::TaDebug(1, "a text"); }), HasSubstr(" There.cpp:78 a text"));
-}
-
-TEST_F(AgentLog, HasOnePositionPerThread) {
-  NS_CORBA::LogPosition* const mine = NS_CORBA::GetTss();
-  EXPECT_EQ(mine, NS_CORBA::GetTss());
-  std::string logged;
-  std::thread([&] {
-    NS_CORBA::LogPosition* const other = NS_CORBA::GetTss();
-    EXPECT_NE(mine, other);
-    EXPECT_EQ("", other->file);
-    EXPECT_EQ("", other->function);
-    EXPECT_EQ(0, other->line);
-    at("Other.cpp", 5);
-    logged = loggedBy([] { NS_CORBA::TaDebug(1, "a text"); });
-  }).join();
-  EXPECT_THAT(logged, HasSubstr(" Other.cpp:5 a text"));
-  EXPECT_THAT(loggedBy([] { NS_CORBA::TaDebug(1, "a text"); }), HasSubstr(" Here.cpp:12 a text"));
-}
-
-TEST_F(AgentLog, ReportsAPlatformFailureAsAnError) {
-  agent::setLogLevel(agent::kLogErrors);
-  ProcessException failure;
-  failure.errorCode = 1234;
-  failure.detail << "no "
-                 << "table";
-  EXPECT_THAT(loggedBy([&] { NS_CORBA::NbiException(failure); }),
-              MatchesRegex(head("error") + "Here\\.cpp:12 platform failure 1234: no table\n"));
-}
-
-TEST_F(AgentLog, ReportsAPlatformFailureWithoutDetail) {
-  InterfaceNotExistException failure;
-  EXPECT_THAT(loggedBy([&] { NS_CORBA::NbiException(failure); }),
-              HasSubstr("Here.cpp:12 platform failure 1092091908: \n"));
+  EXPECT_THAT(loggedBy([&] { agent::log(1, longest); }),
+              HasSubstr("topo-agentd:0 " + longest + "\n"));
+  EXPECT_THAT(loggedBy([&] { agent::log(1, longest + "y"); }),
+              HasSubstr("topo-agentd:0 " + longest + "...\n"));
 }
 
 }  // namespace

@@ -3,8 +3,7 @@
 #include <mutex>
 #include <utility>
 
-#include "platform/agent/Logging.h"
-#include "platform/bundlemgr/ServiceInterface.h"
+#include "agent/base/Log.h"
 
 namespace {
 
@@ -18,26 +17,11 @@ std::vector<std::string> takeLogLines() {
   return std::exchange(lines, {});
 }
 
-namespace NS_CORBA {
+namespace agent {
 
-LogPosition* GetTss() {
-  static thread_local LogPosition position;
-  return &position;
-}
-
-void TaDebug(int level, const char* text) {
-  const LogPosition& position = *GetTss();
+void log(int level, const std::string& text) {
   const std::lock_guard<std::mutex> lock(linesMutex);
-  lines.push_back(std::to_string(level) + ' ' + position.file + ':' +
-                  std::to_string(position.line) + ' ' + text);
+  lines.push_back(std::to_string(level) + ' ' + text);
 }
 
-}  // namespace NS_CORBA
-
-ProcessException::~ProcessException() = default;
-
-namespace NS_BUNDLEMGR1 {
-
-ServiceInterface::~ServiceInterface() = default;
-
-}  // namespace NS_BUNDLEMGR1
+}  // namespace agent

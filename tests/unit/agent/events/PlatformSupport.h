@@ -1,4 +1,4 @@
-// What the agent's other folders provide, as far as event handling uses it.
+// Replaces the log of the agent in these tests.
 
 #ifndef TESTS_UNIT_AGENT_EVENTS_PLATFORMSUPPORT_H
 #define TESTS_UNIT_AGENT_EVENTS_PLATFORMSUPPORT_H
@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-// What was logged since the last call, by any thread: "LEVEL FILE:LINE TEXT".
+// The messages that any thread logged since the last call: "LEVEL TEXT".
 std::vector<std::string> takeLogLines();
 
 #endif

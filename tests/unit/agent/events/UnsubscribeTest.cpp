@@ -92,11 +92,13 @@ TEST(UnSubscribe, WaitsForTheRunningCallThoughOtherRegistrationsRemain) {
 // The handler is never idle, so that only the call that runs at that moment can be waited for.
 TEST(UnSubscribe, DoesNotWaitForLaterCalls) {
   Gate inside;
+  EventManager* running = nullptr;
   Recorder endless([&](int /*eventId*/, const TEEvent& /*event*/) {
-    static_cast<EventManager*>(TEEventMgr::Instance())->raise(kDeleted, {});
+    running->raise(kDeleted, {});
     inside.open();
   });
   EventManager manager;
+  running = &manager;
   subscribe(manager, endless, {kCreated, kDeleted});
   manager.raise(kDeleted, {});
   inside.pass();
@@ -147,11 +149,13 @@ TEST(UnSubscribe, TellsThatEventsWereLostWhenSomeWaited) {
 
 TEST(UnSubscribe, FromWithinTheHandlersCallDoesNotWait) {
   Gate done;
+  EventManager* running = nullptr;
   Recorder handler([&](int /*eventId*/, const TEEvent& /*event*/) {
-    unsubscribe(*TEEventMgr::Instance(), handler, {kCreated, kDeleted, kChanged});
+    unsubscribe(*running, handler, {kCreated, kDeleted, kChanged});
     done.open();
   });
   EventManager manager;
+  running = &manager;
   subscribe(manager, handler, {kCreated, kDeleted, kChanged});
   manager.raise(kCreated, node("a"));
   done.pass();
@@ -165,13 +169,15 @@ TEST(UnSubscribe, OnceMoreWaitsForACallThatHasUnsubscribedItsHandler) {
   Gate unsubscribed;
   Gate leave;
   std::atomic<bool> left{false};
+  EventManager* running = nullptr;
   Recorder handler([&](int /*eventId*/, const TEEvent& /*event*/) {
-    unsubscribe(*TEEventMgr::Instance(), handler, {kCreated});
+    unsubscribe(*running, handler, {kCreated});
     unsubscribed.open();
     leave.pass();
     left = true;
   });
   EventManager manager;
+  running = &manager;
   subscribe(manager, handler, {kCreated});
   manager.raise(kCreated, {});
   unsubscribed.pass();
@@ -193,11 +199,13 @@ TEST(UnSubscribe, FromWithinAnotherHandlersCallWaits) {
     leave.pass();
     left = true;
   });
+  EventManager* running = nullptr;
   Recorder second([&](int /*eventId*/, const TEEvent& /*event*/) {
-    unsubscribe(*TEEventMgr::Instance(), first, {kCreated});
+    unsubscribe(*running, first, {kCreated});
     EXPECT_TRUE(left);
   });
   EventManager manager;
+  running = &manager;
   subscribe(manager, first, {kCreated});
   subscribe(manager, second, {kDeleted});
   manager.raise(kCreated, {});
@@ -254,16 +262,18 @@ TEST(UnSubscribe, IsUndoneBySubscribingAgainWithoutASecondCallAtATime) {
   Gate leave;
   std::atomic<int> inside{0};
   std::atomic<bool> first{true};
+  EventManager* running = nullptr;
   Recorder handler([&](int /*eventId*/, const TEEvent& /*event*/) {
     EXPECT_EQ(1, ++inside);
     if (first.exchange(false)) {
-      unsubscribe(*TEEventMgr::Instance(), handler, {kCreated});
+      unsubscribe(*running, handler, {kCreated});
       unsubscribed.open();
       leave.pass();
     }
     --inside;
   });
   EventManager manager;
+  running = &manager;
   subscribe(manager, handler, {kCreated});
   manager.raise(kCreated, node("a"));
   unsubscribed.pass();

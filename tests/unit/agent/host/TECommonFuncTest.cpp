@@ -1,6 +1,6 @@
 // The setters of the contract: from their codes to the exceptions that clients see.
 
-#include "agent/host/CommonAttributes.h"
+#include "platform/agent/TECommonFunc.h"
 
 #include <gtest/gtest.h>
 #include <sys/resource.h>
@@ -10,8 +10,8 @@
 #include <thread>
 
 #include "agent/base/FailureCodes.h"
+#include "agent/host/RunningAgent.h"
 #include "platform/agent/Failures.h"
-#include "platform/agent/TECommonFunc.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace {
@@ -73,7 +73,7 @@ class CommonAttributes : public testing::Test {
   agent::NetworkModel model_{smallNetwork()};
   agent::NetworkWriter writer_{store_, model_};
   agent::AttributeService service_{"E", writer_};
-  const agent::OfferedAttributes offered_{service_};
+  const agent::AgentRegistration registration_{{nullptr, nullptr, nullptr, &service_}};
 
   const std::string noObject_ =
       textOf(globaldefs::EXCPT_ENTITY_NOT_FOUND, "no object {EMS=E, TopoSubnetwork=x}");
@@ -202,17 +202,6 @@ TEST_F(CommonAttributes, TellTheLogAndNotTheClientThatTheStoreFails) {
   };
   EXPECT_EXIT(fail(), testing::ExitedWithCode(0),
               "setOwner: \\{EMS=E, TopoSubnetwork=core\\}: .*store.db: ");
-}
-
-TEST(CommonAttributesWithoutAService, AreNotImplemented) {
-  NVSList_T info;
-  std::string reason = "old";
-  EXPECT_EQ(textOf(globaldefs::EXCPT_NOT_IMPLEMENTED,
-                   "not implemented" + codeText(agent::kNotImplemented)),
-            thrownFor(TECommonFunc::onSetOwner(subnetwork("core"), "")));
-  EXPECT_EQ(agent::kNotImplemented,
-            TECommonFunc::onSetAdditionalInfo(subnetwork("core"), info, reason));
-  EXPECT_EQ("", reason);
 }
 
 }  // namespace

@@ -2,8 +2,6 @@
 
 #include <utility>
 
-#include "platform/agent/TANotification.h"
-
 namespace notification_tests {
 
 void Consumer::push_structured_event(const CosNotification::StructuredEvent& event) {
@@ -37,7 +35,7 @@ void NotifierFixture::restart() {
 
 void NotifierFixture::publish(int count) {
   for (int i = 0; i < count; ++i) {
-    NS_CORBA::TANotification::OnObjectDeleted(objectName("TopoSubnetwork", "core"), true);
+    notifier_->objectDeleted(objectName("TopoSubnetwork", "core"), true);
   }
 }
 

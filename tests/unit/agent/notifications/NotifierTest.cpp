@@ -1,4 +1,4 @@
-// From the contract's functions to consumers, and what the session answers.
+// From the notifier to consumers, and the answers of the session.
 
 #include "agent/notifications/Notifier.h"
 
@@ -11,13 +11,11 @@
 #include <thread>
 
 #include "agent/notifications/SessionServant.h"
-#include "platform/agent/TANotification.h"
 #include "tests/unit/agent/notifications/Fixture.h"
 
 namespace {
 
 using namespace notification_tests;
-using NS_CORBA::TANotification;
 
 class Notifiers : public NotifierFixture {
  protected:
@@ -30,7 +28,7 @@ class Notifiers : public NotifierFixture {
   }
 };
 
-TEST_F(Notifiers, SendWhatTheContractIsTold) {
+TEST_F(Notifiers, SendEachKindOfNotification) {
   start();
   Record types;
   ServedConsumer consumer = makeConsumer([&](const CosNotification::StructuredEvent& event) {
@@ -41,10 +39,10 @@ TEST_F(Notifiers, SendWhatTheContractIsTold) {
   CORBA::Any body;
   body <<= "text";
   const auto name = objectName("TopoSubnetwork", "core");
-  TANotification::OnObjectCreated(name, body, true);
-  TANotification::OnObjectDeleted(name, false);
-  TANotification::OnObjectAVC(name, attribute("a", "b"), true, body, false);
-  TANotification::OnObjectAVC(name, attribute("a", "b"), false, body, true);
+  notifier_->objectCreated(name, body, true);
+  notifier_->objectDeleted(name, false);
+  notifier_->attributesChanged(name, attribute("a", "b"), true, nullptr);
+  notifier_->attributesChanged(name, attribute("a", "b"), false, &body);
   const std::string object = "objectName: name {EMS=E, TopoSubnetwork=core}, edgePointRelated: ";
   EXPECT_EQ(
       (Texts{
@@ -73,16 +71,6 @@ TEST_F(Notifiers, TellTheTimeOfTheirClock) {
   publish(1);
   EXPECT_EQ(Texts(2, "emsTime: string 20240229235958.7Z"), times.waitFor(2));
   notifier_.reset();
-}
-
-TEST_F(Notifiers, AreNotNeededByTheContract) {
-  EXPECT_EQ(nullptr, agent::Notifier::instance());
-  publish(1);
-  TANotification::OnObjectCreated({}, {}, true);
-  TANotification::OnObjectAVC({}, {}, true, {}, true);
-  start();
-  EXPECT_EQ(notifier_.get(), agent::Notifier::instance());
-  EXPECT_EQ(0U, notifier_->status().notifications);
 }
 
 TEST_F(Notifiers, TellWhatTheyMadeAndForWhom) {
@@ -249,7 +237,7 @@ TEST_F(Notifiers, DropTheOldestNotificationsBeyondTheMemoryOfTheQueue) {
   testing::internal::CaptureStderr();
   for (const std::size_t length : {20000, 20000, 20000, 100000}) {
     const std::string text(length, 'x');
-    TANotification::OnObjectAVC({}, attribute("label", text.c_str()), true, {}, false);
+    notifier_->attributesChanged({}, attribute("label", text.c_str()), true, nullptr);
   }
   testing::internal::GetCapturedStderr();
   EXPECT_EQ((Texts{"2 0 3"}), receivers());

@@ -1,0 +1,47 @@
+// Defines platform/agent/AgentConfig.h: registration of managers and configuration.
+
+#include "platform/agent/AgentConfig.h"
+
+#include "agent/host/RunningAgent.h"
+
+namespace NS_CORBA {
+
+MgrFactory::~MgrFactory() = default;
+
+CorbaBaseAgentConfig* CorbaBaseAgentConfig::Instance() {
+  static CorbaBaseAgentConfig instance;
+  return &instance;
+}
+
+void CorbaBaseAgentConfig::RegisterMgr(const char* name, MgrFactory* factory) {
+  agent::requiredNorthbound().managers().add(name, factory);
+}
+
+void CorbaBaseAgentConfig::UnregisterMgr(const char* name) {
+  agent::requiredNorthbound().managers().remove(name);
+}
+
+std::string CorbaBaseAgentConfig::EmsName() {
+  const agent::Northbound* const northbound = agent::runningAgent().northbound;
+  return northbound == nullptr ? std::string() : northbound->emsName();
+}
+
+CorbaAgentConfig* CorbaAgentConfig::Instance() {
+  static CorbaAgentConfig instance;
+  return &instance;
+}
+
+// The contract gives the creation reference away even when the call fails.
+void CorbaAgentConfig::RegisterServant(const char* name, POA_common::Common_I* servant) {
+  PortableServer::ServantBase_var owned = servant;
+  agent::ManagerRegistry& managers = agent::requiredNorthbound().managers();
+  owned._retn();
+  managers.serve(name, servant);
+}
+
+bool CorbaAgentConfig::GetTestSwitch() {
+  const agent::Northbound* const northbound = agent::runningAgent().northbound;
+  return northbound != nullptr && northbound->testSwitch();
+}
+
+}  // namespace NS_CORBA

@@ -1,0 +1,58 @@
+// The agent that the functions of include/platform act on.
+//
+// The contract has functions and singletons without a context of their own. They find the parts of
+// the agent here, and nowhere else in the agent is there a global pointer to a part.
+//
+// When no agent is registered, or when the registered agent has no such part, a function of the
+// contract fails as its header allows and never crashes:
+//   - a function with a failure code returns kNotImplemented, and takes over no reference,
+//   - a function that may throw throws a ProcessException with kNotImplemented,
+//   - a function that returns a pointer or a reference returns null or nil,
+//   - EmsName() is empty, GetTestSwitch() is false,
+//   - a notification is dropped.
+
+#ifndef AGENT_HOST_RUNNINGAGENT_H
+#define AGENT_HOST_RUNNINGAGENT_H
+
+#include "agent/changes/AttributeService.h"
+#include "agent/northbound/Northbound.h"
+#include "agent/notifications/Notifier.h"
+#include "platform/event/EventMgr.h"
+
+namespace agent {
+
+// Borrowed parts; null where there is no such part.
+struct RunningAgent {
+  Northbound* northbound = nullptr;
+  TEEventMgr* events = nullptr;
+  Notifier* notifier = nullptr;
+  AttributeService* attributes = nullptr;
+};
+
+// Registers an agent for as long as the registration lives. The parts outlive the registration.
+//
+// REQUIRES: one registration at a time; no function of the contract runs on another thread during
+// the construction or the destruction, so that the registration begins before a module is loaded
+// and ends after the module is unloaded.
+class AgentRegistration {
+ public:
+  explicit AgentRegistration(const RunningAgent& agent);
+  ~AgentRegistration();
+
+  AgentRegistration(const AgentRegistration&) = delete;
+  AgentRegistration& operator=(const AgentRegistration&) = delete;
+
+ private:
+  const RunningAgent agent_;
+};
+
+// The registered agent; without a registration all parts are null. Thread-safety: any thread.
+RunningAgent runningAgent();
+
+// The northbound side of the registered agent. Throws ProcessException (kNotImplemented) when there
+// is none.
+Northbound& requiredNorthbound();
+
+}  // namespace agent
+
+#endif
