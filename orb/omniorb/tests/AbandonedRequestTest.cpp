@@ -1,4 +1,4 @@
-// Requests that the ORB answers without having read them to their end.
+// Requests that the ORB rejects before it has read all bytes.
 
 #include <gtest/gtest.h>
 
@@ -11,7 +11,7 @@ namespace {
 
 using orb_tests::RawClient;
 
-// Finds no memory for the arguments of any request.
+// A servant that throws NO_MEMORY before the arguments are decoded.
 class OutOfMemory final : public POA_TopoManagementManager::NodeIterator_I {
  public:
   CORBA::Boolean _dispatch(omniCallHandle&) override { throw std::bad_alloc(); }
@@ -44,7 +44,7 @@ class AbandonedRequest : public testing::Test {
   CORBA::Object_var published_;
 };
 
-TEST_F(AbandonedRequest, EndsItsConnection) {
+TEST_F(AbandonedRequest, EndsTheConnection) {
   const RawClient client(server_->endpoint());
   ASSERT_TRUE(client.send(orb_tests::requestTo("Key", "getLength").bytes()));
   EXPECT_NE(std::string::npos, client.receive().find("NO_MEMORY"));

@@ -1,4 +1,4 @@
-// Connections when file descriptors have run out.
+// Accepting connections with and without free file descriptors.
 
 #include "orb/omniorb/incoming/acceptor.h"
 
@@ -13,7 +13,7 @@ namespace {
 using orb::Acceptor;
 using orb_tests::RawClient;
 
-// Lets the process open no more files than it has, as long as this lives.
+// Lowers the limit of open files to the present number, for the lifetime of the object.
 class NoDescriptors {
  public:
   NoDescriptors() {
@@ -31,7 +31,7 @@ class NoDescriptors {
   rlimit before_{};
 };
 
-class Listening : public testing::Test {
+class AcceptorTest : public testing::Test {
  protected:
   static int listen() {
     const int socket = ::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
@@ -54,7 +54,7 @@ class Listening : public testing::Test {
   int accepted_ = -1;
 };
 
-TEST_F(Listening, AcceptsWhoWaits) {
+TEST_F(AcceptorTest, AcceptsAPendingConnection) {
   EXPECT_EQ(Acceptor::Outcome::kNone, acceptor_.accept(accepted_));
   const RawClient client(endpoint());
   EXPECT_EQ(Acceptor::Outcome::kAccepted, acceptor_.accept(accepted_));
@@ -62,7 +62,7 @@ TEST_F(Listening, AcceptsWhoWaits) {
   EXPECT_TRUE(client.isClosedByPeer());
 }
 
-TEST_F(Listening, RefusesEachConnectionWhenDescriptorsHaveRunOut) {
+TEST_F(AcceptorTest, RefusesConnectionsWithoutFreeDescriptors) {
   const RawClient first(endpoint());
   const RawClient second(endpoint());
   {

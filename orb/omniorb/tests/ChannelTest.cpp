@@ -1,4 +1,4 @@
-// A connection between the thread that receives and the threads that serve.
+// Hand-over of requests from the reading thread to serving threads.
 
 #include "orb/omniorb/incoming/channel.h"
 
@@ -23,7 +23,7 @@ using State = Channel::State;
 
 constexpr Channel::Time kNow{};
 
-// Counts what the channel asks of the reading thread.
+// Counts the calls of the channel.
 class FakeWatcher final : public orb::Watcher {
  public:
   void watch(Id /*id*/, int /*socket*/) override { ++watches_; }
@@ -33,15 +33,15 @@ class FakeWatcher final : public orb::Watcher {
   std::atomic<int> attends_{0};
 };
 
-class ReceivingChannel : public testing::Test {
+class ChannelTest : public testing::Test {
  protected:
-  ReceivingChannel() {
+  ChannelTest() {
     int sockets[2] = {-1, -1};
     EXPECT_EQ(0, ::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, sockets));
     peer_ = sockets[0];
     channel_.emplace(2, sockets[1], watcher_, limits_, budget_);
   }
-  ~ReceivingChannel() override { ::close(peer_); }
+  ~ChannelTest() override { ::close(peer_); }
 
   void send(const std::string& bytes) const {
     ASSERT_EQ(static_cast<ssize_t>(bytes.size()), ::write(peer_, bytes.data(), bytes.size()));
@@ -64,7 +64,7 @@ class ReceivingChannel : public testing::Test {
   std::optional<Channel> channel_;
 };
 
-TEST_F(ReceivingChannel, IsReadyForEachOfTwoRequestsThatArriveTogether) {
+TEST_F(ChannelTest, ReportsEachOfTwoRequestsThatArriveTogether) {
   send(request_ + request_);
   channel_->setSelectable();
   EXPECT_EQ(State::kReady, attend());
@@ -77,19 +77,19 @@ TEST_F(ReceivingChannel, IsReadyForEachOfTwoRequestsThatArriveTogether) {
   EXPECT_EQ(request_, read(10000));
 }
 
-TEST_F(ReceivingChannel, ReceivesNothingUnlessItIsSelectable) {
+TEST_F(ChannelTest, ReceivesOnlyWhileSelectable) {
   send(request_);
   EXPECT_EQ(State::kWaiting, attend());
   EXPECT_EQ(0, watcher_.watches_);
   channel_->setSelectable();
   EXPECT_EQ(1, watcher_.watches_);
   channel_->setSelectable();
-  EXPECT_EQ(1, watcher_.watches_) << "it is selectable already";
+  EXPECT_EQ(1, watcher_.watches_) << "the channel was selectable already";
   EXPECT_EQ(State::kReady, attend());
   EXPECT_FALSE(channel_->isSelectable());
 }
 
-TEST_F(ReceivingChannel, IsClearedWhenItsNotificationIsFinished) {
+TEST_F(ChannelTest, ClearsSelectableAfterTheNotification) {
   for (int i = 0; i < 100; ++i) {
     send(request_);
     channel_->setSelectable();
@@ -110,7 +110,7 @@ TEST_F(ReceivingChannel, IsClearedWhenItsNotificationIsFinished) {
   }
 }
 
-TEST_F(ReceivingChannel, IsAttendedToWhenItIsShutDown) {
+TEST_F(ChannelTest, SchedulesWorkOnShutDown) {
   channel_->setSelectable();
   channel_->shutDown();
   EXPECT_EQ(1, watcher_.attends_);
@@ -119,7 +119,7 @@ TEST_F(ReceivingChannel, IsAttendedToWhenItIsShutDown) {
   EXPECT_EQ(-1, channel_->read(&byte, 1, std::nullopt));
 }
 
-TEST_F(ReceivingChannel, IsReadyAtTheEndOfTheConnection) {
+TEST_F(ChannelTest, ReportsTheEndOfTheConnection) {
   ::shutdown(peer_, SHUT_RDWR);
   channel_->setSelectable();
   EXPECT_EQ(State::kReady, attend());
@@ -127,7 +127,7 @@ TEST_F(ReceivingChannel, IsReadyAtTheEndOfTheConnection) {
   EXPECT_EQ(-1, channel_->read(&byte, 1, std::nullopt));
 }
 
-TEST_F(ReceivingChannel, IsReadyForTheEndAfterInvalidBytes) {
+TEST_F(ChannelTest, ReportsInvalidBytesAsTheEnd) {
   send("this is no request");
   channel_->setSelectable();
   EXPECT_EQ(State::kReady, attend());
@@ -135,7 +135,7 @@ TEST_F(ReceivingChannel, IsReadyForTheEndAfterInvalidBytes) {
   EXPECT_EQ(-1, channel_->read(&byte, 1, std::nullopt));
 }
 
-TEST_F(ReceivingChannel, HasNoMessageThatBeganWhileARequestIsServed) {
+TEST_F(ChannelTest, HasNoIncompleteMessageWhileARequestIsServed) {
   send(request_ + request_.substr(0, 3));
   channel_->setSelectable();
   EXPECT_EQ(State::kReady, attend());
@@ -149,7 +149,7 @@ TEST_F(ReceivingChannel, HasNoMessageThatBeganWhileARequestIsServed) {
   EXPECT_EQ(std::nullopt, channel_->incompleteSince());
 }
 
-TEST_F(ReceivingChannel, ClosesItsSocketAtItsEnd) {
+TEST_F(ChannelTest, ClosesTheSocketInTheDestructor) {
   channel_.reset();
   char byte = 0;
   EXPECT_EQ(0, ::recv(peer_, &byte, 1, MSG_DONTWAIT));

@@ -1,4 +1,4 @@
-// How long connections may stall while something waits for their requests.
+// The grace period of blocked connections.
 
 #include <gtest/gtest.h>
 
@@ -15,11 +15,12 @@
 namespace {
 
 using orb::Drain;
-using orb_tests::Lavish;
+using orb_tests::LargeReplies;
 using orb_tests::RawClient;
 using orb_tests::requestTo;
 
-constexpr std::size_t kReplyBytes = std::size_t{16} << 20;  // at least; of Lavish
+constexpr std::size_t kReplyBytes = std::size_t{16}
+                                    << 20;  // minimum size of a reply of LargeReplies
 
 class DrainGrace : public testing::Test {
  protected:
@@ -34,7 +35,7 @@ class DrainGrace : public testing::Test {
     published_ = object_->publish(servant_.in());
   }
 
-  // Returns when the reply, which does not fit into the connection, is being sent.
+  // Returns when the reply, which exceeds the socket buffers, is in transfer.
   void askWithoutReading(const RawClient& client) {
     ASSERT_TRUE(client.send(requestTo("Key", "next_n").number(1).bytes()));
     servant_->asked().wait();
@@ -44,7 +45,7 @@ class DrainGrace : public testing::Test {
     return client.send(requestTo("Key", "getLength").bytes()) && client.answer();
   }
 
-  // Whether the connection stays open for the whole reply.
+  // Whether the whole reply arrives before the end of the connection.
   static bool readsReply(const RawClient& client) {
     std::size_t bytes = 0;
     while (bytes < kReplyBytes) {
@@ -64,14 +65,14 @@ class DrainGrace : public testing::Test {
 
   std::mutex mutex_;
   std::vector<std::string> lines_;  // guarded by mutex_
-  const PortableServer::Servant_var<Lavish> servant_ = new Lavish;
+  const PortableServer::Servant_var<LargeReplies> servant_ = new LargeReplies;
   std::unique_ptr<orb::Server> server_;
   std::unique_ptr<orb::WellKnownObject> object_;
   CORBA::Object_var published_;
 };
 
-// Answers as it is told, and says when the Drain looks at a stalled request for the second time:
-// its first look at all connections is over by then.
+// A Drain::Matches with a fixed result. Reports the second check of a blocked request: the Drain
+// has completed its first pass over all connections then.
 class SecondLook {
  public:
   explicit SecondLook(bool matches) : matches_(matches) {}
@@ -91,7 +92,7 @@ class SecondLook {
   std::promise<void> second_;
 };
 
-TEST_F(DrainGrace, IsLeftToAMatchingRequest) {
+TEST_F(DrainGrace, DelaysTheEndOfAMatchingRequest) {
   serve(std::chrono::hours(1));
   const RawClient client(server_->endpoint());
   askWithoutReading(client);
@@ -102,7 +103,7 @@ TEST_F(DrainGrace, IsLeftToAMatchingRequest) {
   EXPECT_EQ(std::vector<std::string>(), lines());
 }
 
-TEST_F(DrainGrace, IsLeftToOtherConnections) {
+TEST_F(DrainGrace, DelaysTheEndOfOtherConnections) {
   serve(std::chrono::hours(1));
   const RawClient idle(server_->endpoint());
   ASSERT_TRUE(isServed(idle));
@@ -124,7 +125,7 @@ TEST_F(DrainGrace, EndsOtherConnectionsWithoutALogLine) {
   EXPECT_EQ(std::vector<std::string>(), lines());
 }
 
-TEST_F(DrainGrace, IsWithoutEndForRequestsThatDoNotMatch) {
+TEST_F(DrainGrace, KeepsRequestsThatDoNotMatch) {
   serve(std::chrono::milliseconds(1));
   const RawClient client(server_->endpoint());
   askWithoutReading(client);

@@ -1,15 +1,15 @@
-// What the ORB's minor codes mean, and what they say to people.
+// Classification and text of the ORB's minor codes.
 
 #include "tests/unit/orb/Verdicts.h"
 
 #include <gtest/gtest.h>
 
-// Builds on the ORB's public headers without including them.
+// Needs the ORB's public headers, but does not include them.
 #include <omniORB4/minorCode.h>
 
 namespace {
 
-TEST(OrbFailures, SayTheirNameAndThatOfTheirMinorCode) {
+TEST(OrbFailures, AreDescribedByNameAndMinorCode) {
   EXPECT_EQ("TRANSIENT (TRANSIENT_ConnectFailed): unreachable",
             verdictsOn<CORBA::TRANSIENT>(omni::TRANSIENT_ConnectFailed));
   EXPECT_EQ("OBJECT_NOT_EXIST (OBJECT_NOT_EXIST_NoMatch): unreachable",
@@ -17,26 +17,26 @@ TEST(OrbFailures, SayTheirNameAndThatOfTheirMinorCode) {
   EXPECT_EQ("NO_PERMISSION:", verdictsOn<CORBA::NO_PERMISSION>(0));
 }
 
-TEST(OrbFailures, OfConnectionsThatEndedAreUnreachable) {
+TEST(OrbFailures, OfClosedConnectionsAreUnreachable) {
   EXPECT_EQ("COMM_FAILURE (COMM_FAILURE_WaitingForReply): connection closed, unreachable",
             verdictsOn<CORBA::COMM_FAILURE>(omni::COMM_FAILURE_WaitingForReply));
   EXPECT_EQ("TRANSIENT (TRANSIENT_ConnectionClosed): connection closed, unreachable",
             verdictsOn<CORBA::TRANSIENT>(omni::TRANSIENT_ConnectionClosed));
 }
 
-TEST(OrbFailures, WithinAnAnswerAreNoneOfReachingTheAgent) {
+TEST(OrbFailures, WithinAReplyAreNotUnreachable) {
   EXPECT_EQ("COMM_FAILURE (COMM_FAILURE_UnMarshalResults): broken off, connection closed",
             verdictsOn<CORBA::COMM_FAILURE>(omni::COMM_FAILURE_UnMarshalResults));
 }
 
-TEST(OrbFailures, OfTimeHaveTwoNames) {
+TEST(OrbFailures, OfTimeoutsHaveTwoCodes) {
   EXPECT_EQ("TRANSIENT (TRANSIENT_CallTimedout): time-out, unreachable",
             verdictsOn<CORBA::TRANSIENT>(omni::TRANSIENT_CallTimedout));
   EXPECT_EQ("TIMEOUT (TIMEOUT_CallTimedOutOnClient): time-out, unreachable",
             verdictsOn<CORBA::TIMEOUT>(omni::TIMEOUT_CallTimedOutOnClient));
 }
 
-TEST(OrbFailures, OfSizeHaveManyNames) {
+TEST(OrbFailures, OfTheSizeLimitHaveManyCodes) {
   for (const CORBA::ULong minor :
        {omni::MARSHAL_MessageSizeExceedLimit, omni::MARSHAL_MessageSizeExceedLimitOnClient,
         omni::MARSHAL_MessageSizeExceedLimitOnServer, omni::MARSHAL_MessageTooLong,

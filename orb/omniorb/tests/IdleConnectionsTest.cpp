@@ -1,4 +1,4 @@
-// What connections cost that nobody uses.
+// The cost of idle connections.
 
 #include <gtest/gtest.h>
 
@@ -13,7 +13,7 @@ namespace {
 
 using orb_tests::RawClient;
 
-TEST(ManyConnections, TakeNoThreadsWhileTheyAreIdle) {
+TEST(ManyConnections, UseNoThreadsWhileIdle) {
   const auto server = orb::startServer(orb_tests::quickOptions(), {"127.0.0.1", 0}, nullptr);
   const auto object = server->wellKnownObject("Key");
   const PortableServer::ServantBase_var servant = new orb_tests::Answering(7);

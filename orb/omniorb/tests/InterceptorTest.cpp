@@ -1,7 +1,7 @@
-// The ORB's list of interceptors, which its threads walk without a lock.
+// The ORB's list of interceptors, which threads of the ORB read without a lock.
 
 #include <gtest/gtest.h>
-// The first includes what the others need.
+// The second header needs the first.
 #include <omniORB4/CORBA.h>
 
 #include <omniORB4/omniInterceptors.h>
@@ -17,7 +17,7 @@ namespace {
 
 using omni::omniInterceptorP;
 
-// The elements with what they call.
+// Returns the addresses of the list elements and of their functions.
 std::vector<std::pair<const void*, const void*>> requestInterceptors() {
   std::vector<std::pair<const void*, const void*>> all;
   for (const omniInterceptorP::elmT* element = omniInterceptorP::serverReceiveRequest;
@@ -37,7 +37,7 @@ TEST(Interceptors, DoNotChangeWhileAServerListens) {
   EXPECT_EQ(atStart, requestInterceptors());
 }
 
-TEST(Interceptors, AreAsManyForEveryServer) {
+TEST(Interceptors, HaveTheSameNumberForEveryServer) {
   const auto count = [] {
     const auto server = orb::startServer({}, {"127.0.0.1", 0}, nullptr);
     return requestInterceptors().size();

@@ -1,7 +1,7 @@
-// Where the ORB's lines go.
+// The receiver of the ORB's log lines.
 
 #include <gtest/gtest.h>
-// The first includes what the second needs.
+// The second header needs the first.
 #include <omniORB4/CORBA.h>
 
 #include <omniORB4/omniORB.h>
@@ -13,7 +13,7 @@
 
 namespace {
 
-TEST(OrbLog, OfARunningServerIsLimited) {
+TEST(OrbLog, OfARunningServerIsRateLimited) {
   std::atomic<int> lines{0};
   const auto server =
       orb::startServer({}, {"127.0.0.1", 0}, [&lines](const std::string&) { ++lines; });
@@ -23,7 +23,7 @@ TEST(OrbLog, OfARunningServerIsLimited) {
   EXPECT_EQ(21, lines);
 }
 
-// Overwrites what earlier calls left on the stack.
+// Overwrites the stack of earlier calls.
 __attribute__((noinline)) void scribble() {
   volatile char stack[16384];
   for (volatile char& byte : stack) {
@@ -31,14 +31,14 @@ __attribute__((noinline)) void scribble() {
   }
 }
 
-// The ORB itself refuses this size.
+// A size that the ORB rejects.
 void failToStart() {
   orb::Options options;
   options.maxMessageBytes = 1;
   EXPECT_THROW(orb::startServer(options, {"127.0.0.1", 0}, nullptr), orb::EndpointError);
 }
 
-TEST(OrbLogDeathTest, OfAFailedStartGoesNowhere) {
+TEST(OrbLogDeathTest, HasNoReceiverAfterAFailedStart) {
   testing::FLAGS_gtest_death_test_style = "threadsafe";
   EXPECT_EXIT(
       {

@@ -1,4 +1,4 @@
-// Requests to a POA that is being destroyed.
+// Requests during the destruction of a POA.
 
 #include <gmock/gmock.h>
 
@@ -14,7 +14,7 @@ using orb_tests::RawClient;
 using orb_tests::requestTo;
 using testing::HasSubstr;
 
-TEST(PoaDestruction, RefusesNewRequestsWithTransientWhileAnotherRuns) {
+TEST(PoaDestruction, RejectsNewRequestsWithTransientWhileAnotherRuns) {
   const auto server = orb::startServer(orb_tests::quickOptions(), {"127.0.0.1", 0}, nullptr);
   const PortableServer::POA_var poa =
       server->rootPoa()->create_POA("poa", PortableServer::POAManager::_nil(), CORBA::PolicyList());

@@ -1,4 +1,4 @@
-// Where settings of the ORB come from.
+// The sources of the settings of the ORB.
 
 #include <gtest/gtest.h>
 
@@ -10,7 +10,7 @@
 
 namespace {
 
-// An endpoint at which nobody can listen: a start that heeds it fails.
+// An endpoint without a listening address: a start with this setting fails.
 constexpr const char* kUnwanted = "giop:tcp:192.0.2.1:4711";
 
 TEST(Settings, OfTheEnvironmentAreIgnored) {

@@ -1,4 +1,4 @@
-// Settings that come from outside of the process.
+// Settings in the environment.
 
 #include <gtest/gtest.h>
 #include <stdlib.h>
@@ -11,7 +11,7 @@ namespace {
 using orb_tests::RawClient;
 
 TEST(Environment, AddsNoEndpoint) {
-  // A port that was free a moment ago.
+  // A port that was free when it was chosen.
   const std::uint16_t port =
       orb::startServer(orb_tests::quickOptions(), {"127.0.0.1", 0}, nullptr)->endpoint().port;
   setenv("TAO_ORBENDPOINT", ("iiop://127.0.0.1:" + std::to_string(port)).c_str(), 1);

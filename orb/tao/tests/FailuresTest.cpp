@@ -1,4 +1,4 @@
-// What the ORB's minor codes mean, and what they say to people.
+// Classification and text of the ORB's minor codes.
 
 #include <gtest/gtest.h>
 #include <tao/ORB_Constants.h>
@@ -17,7 +17,7 @@ CORBA::ULong own(CORBA::ULong location, CORBA::ULong error = 0) {
   return TAO::VMCID | location | error;
 }
 
-TEST(OrbFailures, OfTheOmgThatTheOrbRaisesAreSaidInWords) {
+TEST(OrbFailures, DescribeOmgCodesInWords) {
   EXPECT_EQ("TRANSIENT (requests are discarded): unreachable",
             verdictsOn<CORBA::TRANSIENT>(CORBA::OMGVMCID | 1));
   EXPECT_EQ("TRANSIENT (no connection): unreachable",
@@ -25,7 +25,7 @@ TEST(OrbFailures, OfTheOmgThatTheOrbRaisesAreSaidInWords) {
   EXPECT_EQ("TRANSIENT: unreachable", verdictsOn<CORBA::TRANSIENT>(CORBA::OMGVMCID | 3));
 }
 
-TEST(OrbFailures, ThatSayNothingMoreThanTheirName) {
+TEST(OrbFailures, WithoutAKnownCodeAreDescribedByName) {
   EXPECT_EQ("TRANSIENT: unreachable", verdictsOn<CORBA::TRANSIENT>(0));
   EXPECT_EQ("COMM_FAILURE: connection closed, unreachable", verdictsOn<CORBA::COMM_FAILURE>(0));
   EXPECT_EQ("TIMEOUT: time-out, unreachable", verdictsOn<CORBA::TIMEOUT>(0));
@@ -34,13 +34,13 @@ TEST(OrbFailures, ThatSayNothingMoreThanTheirName) {
   EXPECT_EQ("NO_PERMISSION:", verdictsOn<CORBA::NO_PERMISSION>(0));
 }
 
-TEST(OrbFailures, OfAnotherMakersCodesSayTheirNameAlone) {
+TEST(OrbFailures, OfOtherVendorsAreDescribedByName) {
   EXPECT_EQ("COMM_FAILURE: connection closed, unreachable",
             verdictsOn<CORBA::COMM_FAILURE>(0x41540000 | TAO_INVOCATION_SEND_REQUEST_MINOR_CODE));
   EXPECT_EQ("TIMEOUT: time-out, unreachable", verdictsOn<CORBA::TIMEOUT>(ECONNREFUSED));
 }
 
-TEST(OrbFailures, SayWhereInACallTheyHappened) {
+TEST(OrbFailures, DescribeTheStepOfTheCall) {
   EXPECT_EQ("COMM_FAILURE (the request was not sent): connection closed, unreachable",
             verdictsOn<CORBA::COMM_FAILURE>(own(TAO_INVOCATION_SEND_REQUEST_MINOR_CODE)));
   EXPECT_EQ("COMM_FAILURE (the connection ended before the answer): connection closed, unreachable",
@@ -53,7 +53,7 @@ TEST(OrbFailures, SayWhereInACallTheyHappened) {
             verdictsOn<CORBA::TIMEOUT>(own(TAO_TIMEOUT_RECV_MINOR_CODE)));
 }
 
-TEST(OrbFailures, OfThisOrbsOwnLayerSayWhatHappened) {
+TEST(OrbFailures, OfTheOrbLayerDescribeTheCause) {
   EXPECT_EQ("COMM_FAILURE (the connection ended within the answer): broken off, connection closed",
             verdictsOn<CORBA::COMM_FAILURE>(orb::kBrokenOff));
   EXPECT_EQ("MARSHAL (a message is over the size limit): message too large",
@@ -66,8 +66,8 @@ struct NumberedError {
   int error;
 };
 
-// The numbers of the ORB's manual; what it does not number comes as the system has it.
-TEST(OrbFailures, SayWhichErrorOfTheSystemTheyComeFrom) {
+// The numbers in the ORB's manual; other errors have their errno value.
+TEST(OrbFailures, DescribeTheSystemError) {
   const NumberedError errors[] = {
       {1, ETIMEDOUT},  {2, ENFILE},  {3, EMFILE},  {4, EPIPE},       {5, ECONNREFUSED},
       {6, ENOENT},     {7, EBADF},   {8, ENOSYS},  {9, EPERM},       {10, EAFNOSUPPORT},

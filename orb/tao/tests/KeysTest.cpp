@@ -1,4 +1,4 @@
-// Object keys that only look like those of a POA.
+// Malformed object keys with the prefix of POA keys.
 
 #include <gtest/gtest.h>
 
@@ -13,7 +13,7 @@ namespace {
 using orb_tests::RawClient;
 using orb_tests::requestTo;
 
-TEST(Keys, OfAPoaThatAreCutShortNameNoObject) {
+TEST(ObjectKeys, OfAPoaNameNoObjectWhenTruncated) {
   const auto server = orb::startServer(orb_tests::quickOptions(), {"127.0.0.1", 0}, nullptr);
   const PortableServer::POAManager_var manager = server->rootPoa()->the_POAManager();
   manager->activate();
@@ -30,7 +30,7 @@ TEST(Keys, OfAPoaThatAreCutShortNameNoObject) {
   EXPECT_EQ(7U, orb_tests::lengthOf(reference.in()));
 }
 
-TEST(Keys, OfAPersistentPoaNameNoObject) {
+TEST(ObjectKeys, OfAPersistentPoaNameNoObject) {
   const auto server = orb::startServer(orb_tests::quickOptions(), {"127.0.0.1", 0}, nullptr);
   const std::string lengthOfName = "\x7f\xff\xff\xff";
   const std::string key = std::string("\024\001\017\0NUP", 7) + lengthOfName + "name";

@@ -1,4 +1,4 @@
-// What becomes of calls whose answers are not what they should be.
+// Failures of calls with incomplete or missing replies.
 
 #include <gtest/gtest.h>
 
@@ -11,7 +11,7 @@ namespace {
 
 using orb_tests::Message;
 
-// Reads one request, sends what it was given, and ends the connection.
+// A server that reads one request, sends a fixed text, and closes the connection.
 class RawPeer {
  public:
   explicit RawPeer(std::string answer)
@@ -58,8 +58,8 @@ class RawPeer {
   std::thread thread_;
 };
 
-// How a call to a peer fails that answers so.
-class Answers : public testing::Test {
+// Calls a RawPeer and returns the classification of the failure.
+class BadReplies : public testing::Test {
  protected:
   template <typename Check>
   void expectOfCall(const std::string& answer, Check check) {
@@ -67,7 +67,7 @@ class Answers : public testing::Test {
     const CORBA::Object_var object = client_->get()->string_to_object(peer.corbaloc().c_str());
     try {
       object->_non_existent();
-      FAIL() << "there was an answer";
+      FAIL() << "the call succeeded";
     } catch (const CORBA::SystemException& failure) {
       check(failure);
     }
@@ -76,7 +76,7 @@ class Answers : public testing::Test {
   std::unique_ptr<orb::Orb> client_ = orb::startClient(orb_tests::quickOptions());
 };
 
-TEST_F(Answers, ThatBreakOffAreTold) {
+TEST_F(BadReplies, ReportsAConnectionThatEndsInTheReply) {
   Message reply(2, Message::Type::kReply, false);
   reply.number(2).number(0).raw(std::string(100000, '\0'));
   const std::string whole = reply.bytes();
@@ -87,7 +87,7 @@ TEST_F(Answers, ThatBreakOffAreTold) {
   });
 }
 
-TEST_F(Answers, ThatDoNotBeginAreNotBrokenOff) {
+TEST_F(BadReplies, ReportsAConnectionThatEndsBeforeTheReply) {
   expectOfCall("", [](const CORBA::SystemException& failure) {
     EXPECT_FALSE(orb::isBrokenOff(failure)) << orb::describe(failure);
     EXPECT_TRUE(orb::isUnreachable(failure)) << orb::describe(failure);

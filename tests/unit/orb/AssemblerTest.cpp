@@ -1,4 +1,4 @@
-// Requests in every way in which their bytes may arrive.
+// Assembly of requests from bytes that arrive in pieces.
 
 #include "orb/incoming/assembler.h"
 
@@ -20,7 +20,7 @@ constexpr Assembler::Time kStart{};
 constexpr std::size_t kLimit = 10000;
 constexpr std::size_t kLargeLimit = 1000000;
 
-// A request of GIOP 1.2 up to its arguments.
+// Returns the beginning of a GIOP 1.2 request, up to the arguments.
 Message request(std::uint32_t id, const std::string& operation, bool moreFragments) {
   Message message(2, Type::kRequest, moreFragments);
   message.number(id).octet(3).octet(0).octet(0).octet(0);
@@ -43,9 +43,9 @@ std::string content(Assembler::Request taken) {
   return bytes;
 }
 
-class AssembledRequests : public testing::Test {
+class AssemblerTest : public testing::Test {
  protected:
-  // Takes all of the bytes, and returns the requests that they complete.
+  // Passes all bytes to the assembler and returns the completed requests.
   std::vector<std::string> take(const std::string& bytes) {
     std::vector<std::string> complete;
     for (std::size_t at = 0; at < bytes.size() && valid_;) {
@@ -76,13 +76,13 @@ class AssembledRequests : public testing::Test {
 
 using Strings = std::vector<std::string>;
 
-TEST_F(AssembledRequests, AreSeparated) {
+TEST_F(AssemblerTest, SeparatesRequestsThatArriveTogether) {
   const std::string first = request(1, "a", false).bytes();
   const std::string second = requestTo("Key", "b").bytes();
   EXPECT_EQ((Strings{first, second}), take(first + second));
 }
 
-TEST_F(AssembledRequests, MayArriveByteByByte) {
+TEST_F(AssemblerTest, AcceptsRequestsByteByByte) {
   const std::string bytes = request(1, "a", false).raw("12345").bytes();
   for (std::size_t i = 0; i + 1 < bytes.size(); ++i) {
     EXPECT_EQ(Strings{}, take(bytes.substr(i, 1)));
@@ -90,14 +90,14 @@ TEST_F(AssembledRequests, MayArriveByteByByte) {
   EXPECT_EQ(Strings{bytes}, take(bytes.substr(bytes.size() - 1)));
 }
 
-TEST_F(AssembledRequests, AreJoinedFromFragments) {
+TEST_F(AssemblerTest, JoinsFragments) {
   const std::string pieces = request(1, "a", true).bytes() +
                              fragment(1, "12345678", false).bytes() +
                              fragment(1, "123", true).bytes();
   EXPECT_EQ(Strings{request(1, "a", false).raw("12345678123").bytes()}, take(pieces));
 }
 
-TEST_F(AssembledRequests, AreJoinedFromFragmentsThatTakeTurns) {
+TEST_F(AssemblerTest, JoinsInterleavedFragments) {
   const std::string pieces = request(1, "a", true).bytes() + request(2, "b", true).bytes() +
                              request(3, "c", false).bytes() + fragment(1, "1", true).bytes() +
                              fragment(2, "2", true).bytes();
@@ -106,14 +106,14 @@ TEST_F(AssembledRequests, AreJoinedFromFragmentsThatTakeTurns) {
             take(pieces));
 }
 
-TEST_F(AssembledRequests, AreForgottenWhenTheyAreCancelled) {
+TEST_F(AssemblerTest, DropsACancelledRequest) {
   EXPECT_EQ(Strings{}, take(request(1, "a", true).bytes() + cancellation(1).bytes() +
                             fragment(1, "1", true).bytes()));
   EXPECT_TRUE(valid_);
   EXPECT_EQ(std::nullopt, assembler_.incompleteSince());
 }
 
-TEST_F(AssembledRequests, OverTheLimitAreRefusedByTheirHeader) {
+TEST_F(AssemblerTest, RefusesAnOversizedRequestAfterItsHeader) {
   std::string bytes = request(1, "a", false).raw(std::string(20000, 'x')).bytes();
   const std::string refusal = "refused a " + std::to_string(bytes.size());
   EXPECT_EQ(Strings{refusal}, take(bytes.substr(0, 100)));
@@ -121,7 +121,7 @@ TEST_F(AssembledRequests, OverTheLimitAreRefusedByTheirHeader) {
   EXPECT_EQ(Strings{request(2, "b", false).bytes()}, take(bytes.substr(100)));
 }
 
-TEST_F(AssembledRequests, OverTheLimitAreRefusedInEveryVersion) {
+TEST_F(AssemblerTest, RefusesAnOversizedRequestInEveryVersion) {
   for (const char version : {'\0', '\1'}) {
     Message old(version, Type::kRequest, false);
     old.number(1).number(77).octets("context").number(9).octet(1);
@@ -134,19 +134,19 @@ TEST_F(AssembledRequests, OverTheLimitAreRefusedInEveryVersion) {
   }
 }
 
-TEST_F(AssembledRequests, AreRefusedForTheSumOfTheirFragments) {
+TEST_F(AssemblerTest, RefusesFragmentsWhoseSumIsOversized) {
   const std::string first = request(1, "a", true).bytes();
   const std::string piece(8000, 'x');
   const std::size_t sum = first.size() + 2 * piece.size();
   EXPECT_EQ(Strings{"refused a " + std::to_string(sum)},
             take(first + fragment(1, piece, false).bytes() + fragment(1, piece, false).bytes() +
                  fragment(1, piece, false).bytes()));
-  EXPECT_NE(std::nullopt, assembler_.incompleteSince()) << "its last fragment is to come";
+  EXPECT_NE(std::nullopt, assembler_.incompleteSince()) << "the last fragment has not arrived";
   EXPECT_EQ(Strings{request(2, "b", false).bytes()},
             take(fragment(1, piece, true).bytes() + request(2, "b", false).bytes()));
 }
 
-TEST_F(AssembledRequests, ForLargeOperationsMayBeLarger) {
+TEST_F(AssemblerTest, AcceptsLargerRequestsForLargeOperations) {
   const std::string bytes = request(1, "large", false).raw(std::string(500000, 'x')).bytes();
   EXPECT_EQ(Strings{bytes}, take(bytes));
   const std::string tooLarge =
@@ -154,12 +154,12 @@ TEST_F(AssembledRequests, ForLargeOperationsMayBeLarger) {
   EXPECT_EQ(Strings{"refused large " + std::to_string(tooLarge.size())}, take(tooLarge));
 }
 
-TEST_F(AssembledRequests, OverTheLimitMustSayTheirOperationEarly) {
+TEST_F(AssemblerTest, RejectsAnOversizedRequestWithALateOperation) {
   take(request(1, std::string(100000, 'x'), false).bytes());
   EXPECT_FALSE(valid_);
 }
 
-// A request for the large operation with so many service contexts, each of 16 bytes.
+// Returns a request for the large operation with `count` service contexts of 16 bytes.
 std::string largeWithContexts(std::uint32_t contexts) {
   Message message(2, Type::kRequest, false);
   message.number(1).octet(3).octet(0).octet(0).octet(0);
@@ -170,24 +170,24 @@ std::string largeWithContexts(std::uint32_t contexts) {
   return message.align(8).raw(std::string(200000, 'x')).bytes();
 }
 
-TEST_F(AssembledRequests, ForLargeOperationsMayHaveServiceContextsInTheirFirstChunk) {
+TEST_F(AssemblerTest, AcceptsServiceContextsInTheFirstChunkOfALargeOperation) {
   const std::string bytes = largeWithContexts(4000);
   EXPECT_EQ(Strings{}, take(bytes.substr(0, 200)));
   EXPECT_EQ(Strings{bytes}, take(bytes.substr(200)));
 }
 
-TEST_F(AssembledRequests, ForLargeOperationsAreRefusedForManyServiceContexts) {
+TEST_F(AssemblerTest, RefusesALargeOperationWithManyServiceContexts) {
   const std::string bytes = largeWithContexts(5000);
   EXPECT_EQ(Strings{"refused large " + std::to_string(bytes.size())}, take(bytes));
 }
 
-TEST_F(AssembledRequests, TakeNoMemoryThatWasNotReceived) {
+TEST_F(AssemblerTest, AllocatesNoMemoryForADeclaredSize) {
   const std::string bytes = request(1, "large", false).raw(std::string(900000, 'x')).bytes();
   take(bytes.substr(0, 70000));
   EXPECT_TRUE(budget_.take(kLargeLimit - 3 * orb::Chunks::kChunk));
 }
 
-TEST_F(AssembledRequests, WaitForMemoryOfTheOthers) {
+TEST_F(AssemblerTest, WaitsForTheReceiveBudget) {
   ASSERT_TRUE(budget_.take(kLargeLimit));
   const std::string bytes = request(1, "large", false).raw(std::string(200000, 'x')).bytes();
   const Assembler::Progress taken = assembler_.take(bytes.data(), bytes.size(), kStart);
@@ -197,7 +197,7 @@ TEST_F(AssembledRequests, WaitForMemoryOfTheOthers) {
   EXPECT_EQ(Strings{bytes.substr(0)}, take(bytes.substr(taken.bytes)));
 }
 
-TEST_F(AssembledRequests, GiveTheirMemoryBackWhenTheyAreRead) {
+TEST_F(AssemblerTest, FreesTheBudgetWhenARequestIsRead) {
   const std::string bytes = request(1, "large", false).raw(std::string(500000, 'x')).bytes();
   for (int i = 0; i < 5; ++i) {
     EXPECT_EQ(Strings{bytes}, take(bytes));
@@ -205,14 +205,14 @@ TEST_F(AssembledRequests, GiveTheirMemoryBackWhenTheyAreRead) {
   EXPECT_TRUE(budget_.take(kLargeLimit));
 }
 
-TEST_F(AssembledRequests, GiveTheirMemoryBackWhenTheyAreRefused) {
+TEST_F(AssemblerTest, FreesTheBudgetWhenARequestIsRefused) {
   take(request(1, "large", true).bytes() + fragment(1, std::string(500000, 'x'), false).bytes() +
        fragment(1, std::string(600000, 'x'), false).bytes());
-  EXPECT_NE(std::nullopt, assembler_.incompleteSince()) << "its last fragment is to come";
+  EXPECT_NE(std::nullopt, assembler_.incompleteSince()) << "the last fragment has not arrived";
   EXPECT_TRUE(budget_.take(kLargeLimit));
 }
 
-TEST_F(AssembledRequests, GiveTheirMemoryBackWhenTheirConnectionEnds) {
+TEST_F(AssemblerTest, FreesTheBudgetWhenTheConnectionEnds) {
   {
     Assembler other(limits_, budget_);
     const std::string bytes = request(1, "large", false).raw(std::string(500000, 'x')).bytes();
@@ -222,7 +222,7 @@ TEST_F(AssembledRequests, GiveTheirMemoryBackWhenTheirConnectionEnds) {
   EXPECT_TRUE(budget_.take(kLargeLimit));
 }
 
-TEST_F(AssembledRequests, GiveTheirMemoryBackWhenOthersTakeTheirPlace) {
+TEST_F(AssemblerTest, FreesTheBudgetWhenARequestIsReplaced) {
   const std::string bytes(4 * orb::Chunks::kChunk, 'x');
   {
     orb::Chunks chunks(budget_);
@@ -235,7 +235,7 @@ TEST_F(AssembledRequests, GiveTheirMemoryBackWhenOthersTakeTheirPlace) {
   EXPECT_TRUE(budget_.take(kLargeLimit));
 }
 
-TEST_F(AssembledRequests, BeginWithTheirFirstByte) {
+TEST_F(AssemblerTest, ReportsTheArrivalOfTheFirstByte) {
   EXPECT_EQ(std::nullopt, assembler_.incompleteSince());
   const std::string first = request(1, "a", true).bytes();
   assembler_.take(first.data(), 1, kStart + seconds(1));
@@ -255,7 +255,7 @@ struct Invalid {
   std::string bytes;
 };
 
-TEST(InvalidMessages, EndTheirConnection) {
+TEST(AssemblerInput, IsInvalidForMessagesThatViolateGiop) {
   const std::string good = request(1, "a", false).bytes();
   std::string magic = good;
   magic[0] = 'X';

@@ -1,4 +1,4 @@
-// Calls to one peer.
+// Concurrent calls to one peer.
 
 #include <gtest/gtest.h>
 
@@ -13,8 +13,8 @@ namespace {
 using orb_tests::lengthOf;
 using orb_tests::SilentPeer;
 
-// Each call has a connection of its own while the others wait for their answers.
-TEST(Calls, ToOnePeerDoNotWaitForEachOther) {
+// Each call uses a connection of its own while other calls wait for their replies.
+TEST(OutgoingCalls, DoNotWaitForOtherCallsToThePeer) {
   constexpr int kCalls = 12;
   const auto client = orb::startClient(orb_tests::quickOptions());
   std::vector<std::future<void>> calls;
@@ -31,7 +31,7 @@ TEST(Calls, ToOnePeerDoNotWaitForEachOther) {
       ++connections;
     }
     EXPECT_EQ(kCalls, connections);
-  }  // the peer ends all connections, and the calls with them
+  }  // the peer closes all connections, which ends the calls
   for (std::future<void>& call : calls) {
     call.get();
   }

@@ -1,4 +1,4 @@
-// Connections that clients open and do not use, or use badly.
+// Limits and timeouts of incoming connections.
 
 #include <gtest/gtest.h>
 
@@ -31,9 +31,9 @@ bool isServed(const RawClient& client) {
   return client.send(requestTo("Key", "getLength").bytes()) && client.answer();
 }
 
-class Connections : public testing::Test {
+class IncomingConnections : public testing::Test {
  protected:
-  explicit Connections(const orb::Options& options = tightOptions()) {
+  explicit IncomingConnections(const orb::Options& options = tightOptions()) {
     const orb::LogFunction log = [this](const std::string& line) {
       const std::lock_guard<std::mutex> lock(mutex_);
       log_ += line + '\n';
@@ -54,7 +54,7 @@ class Connections : public testing::Test {
     return count;
   }
 
-  // Connects until the server admits it, which it does when others are found to be closed.
+  // Connects repeatedly until the server, which has to notice closed connections, admits a client.
   bool isServedInTheEnd() {
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
     while (std::chrono::steady_clock::now() < end) {
@@ -73,7 +73,7 @@ class Connections : public testing::Test {
   CORBA::Object_var published_;
 };
 
-TEST_F(Connections, EndWhenAMessageIsNotCompleteInTime) {
+TEST_F(IncomingConnections, EndWhenARequestIsIncompleteAfterTheTimeout) {
   const std::string request = requestTo("Key", "getLength").bytes();
   const std::string beginning =
       Message(2, Message::Type::kRequest, true).number(1).align(8).bytes();
@@ -91,7 +91,7 @@ TEST_F(Connections, EndWhenAMessageIsNotCompleteInTime) {
   EXPECT_TRUE(isServedInTheEnd());
 }
 
-TEST_F(Connections, EndOneAfterTheOtherWhenTheirMessagesBeganOneAfterTheOther) {
+TEST_F(IncomingConnections, ExpireInTheOrderOfTheirRequests) {
   const RawClient first(server_->endpoint());
   ASSERT_TRUE(first.send("G"));
   const RawClient other(server_->endpoint());
@@ -105,7 +105,7 @@ TEST_F(Connections, EndOneAfterTheOtherWhenTheirMessagesBeganOneAfterTheOther) {
   EXPECT_TRUE(second.isClosedByPeer());
 }
 
-TEST_F(Connections, EndWhenAMessageAfterACompleteOneIsNotCompleteInTime) {
+TEST_F(IncomingConnections, EndWhenASecondRequestIsIncompleteAfterTheTimeout) {
   const RawClient client(server_->endpoint());
   const std::string request = requestTo("Key", "getLength").bytes();
   ASSERT_TRUE(client.send(request + request.substr(0, 20)));
@@ -113,7 +113,7 @@ TEST_F(Connections, EndWhenAMessageAfterACompleteOneIsNotCompleteInTime) {
   EXPECT_TRUE(client.isClosedByPeer());
 }
 
-TEST_F(Connections, EndWhenAMessageTricklesIn) {
+TEST_F(IncomingConnections, EndWhenARequestArrivesByteByByteBeyondTheTimeout) {
   const RawClient client(server_->endpoint());
   std::promise<void> closed;
   std::thread trickle([&client, end = closed.get_future()] {
@@ -128,16 +128,16 @@ TEST_F(Connections, EndWhenAMessageTricklesIn) {
   trickle.join();
 }
 
-TEST_F(Connections, StayWhenRequestsFollowEachOtherSlowerThanOneMayTake) {
+TEST_F(IncomingConnections, StayOpenBetweenRequestsLongerThanTheRequestTimeout) {
   const RawClient client(server_->endpoint());
   EXPECT_TRUE(isServed(client));
   const RawClient other(server_->endpoint());
   ASSERT_TRUE(other.send("G"));
-  EXPECT_TRUE(other.isClosedByPeer());  // later than a request may take
+  EXPECT_TRUE(other.isClosedByPeer());  // after the request timeout
   EXPECT_TRUE(isServed(client));
 }
 
-TEST_F(Connections, OverTheLimitAreClosedAtOnceAndLoggedOnce) {
+TEST_F(IncomingConnections, AreClosedAndLoggedOnceOverTheLimit) {
   std::list<RawClient> admitted;
   for (std::size_t i = 0; i < kMostConnections; ++i) {
     admitted.emplace_back(server_->endpoint());
@@ -159,15 +159,15 @@ orb::Options littleMemory() {
   return options;
 }
 
-class CrowdedConnections : public Connections {
+class CrowdedConnections : public IncomingConnections {
  protected:
-  CrowdedConnections() : Connections(littleMemory()) {}
+  CrowdedConnections() : IncomingConnections(littleMemory()) {}
 };
 
-TEST_F(CrowdedConnections, AreServedWhenTheMemoryForReceivingIsFreeAgain) {
+TEST_F(CrowdedConnections, AreServedAfterTheReceiveBudgetIsFree) {
   const std::string request = requestTo("Key", "_is_a").text(std::string(200000, 'x')).bytes();
   std::list<RawClient> clients;
-  for (int i = 0; i < 3; ++i) {  // together more than the server receives at the same time
+  for (int i = 0; i < 3; ++i) {  // together more than the receive budget
     clients.emplace_back(server_->endpoint());
     ASSERT_TRUE(clients.back().send(request.substr(0, request.size() - 10)));
   }
@@ -185,16 +185,16 @@ orb::Options shortIdleTime() {
   return options;
 }
 
-class IdleConnections : public Connections {
+class IdleConnections : public IncomingConnections {
  protected:
-  IdleConnections() : Connections(shortIdleTime()) {}
+  IdleConnections() : IncomingConnections(shortIdleTime()) {}
 };
 
-TEST_F(IdleConnections, AreClosed) {
+TEST_F(IdleConnections, AreClosedAfterTheIdleTimeout) {
   const RawClient silent(server_->endpoint());
   const RawClient served(server_->endpoint());
   ASSERT_TRUE(isServed(served));
-  EXPECT_TRUE(silent.isAnswered());  // with a message that says goodbye, or the end
+  EXPECT_TRUE(silent.isAnswered());  // a CloseConnection message, or the end
   EXPECT_TRUE(served.isAnswered());
 }
 

@@ -1,4 +1,4 @@
-// Objects, POAs and servers end although clients do not read or send.
+// The end of objects, POAs and servers while clients do not read or send.
 
 #include <gmock/gmock.h>
 
@@ -11,7 +11,7 @@
 
 namespace {
 
-using orb_tests::Lavish;
+using orb_tests::LargeReplies;
 using orb_tests::RawClient;
 using orb_tests::requestTo;
 using testing::ContainsRegex;
@@ -19,7 +19,7 @@ using testing::HasSubstr;
 
 constexpr std::chrono::seconds kMuchLessThanTheServeTimeout{20};
 
-class Drain : public testing::Test {
+class Draining : public testing::Test {
  protected:
   static orb::Options options() {
     orb::Options options;
@@ -27,8 +27,9 @@ class Drain : public testing::Test {
     return options;
   }
 
-  // Returns when the servant has been called. Its reply does not fit into the connection.
-  static void askWithoutReading(const RawClient& client, const std::string& key, Lavish* servant) {
+  // Returns after the call of the servant, whose reply does not fit into the socket buffers.
+  static void askWithoutReading(const RawClient& client, const std::string& key,
+                                LargeReplies* servant) {
     ASSERT_TRUE(client.send(requestTo(key, "next_n").number(1).bytes()));
     servant->asked().wait();
   }
@@ -48,7 +49,7 @@ class Drain : public testing::Test {
     }
   }
 
-  // True when the action takes no longer than it may.
+  // Whether the action ends within the grace period and a tolerance.
   template <typename Action>
   static bool isQuick(Action action) {
     const auto begin = std::chrono::steady_clock::now();
@@ -62,10 +63,10 @@ class Drain : public testing::Test {
   std::unique_ptr<orb::Server> server_ =
       orb::startServer(options(), {"127.0.0.1", 0}, [this](const std::string& line) { log(line); });
   std::unique_ptr<orb::WellKnownObject> object_ = server_->wellKnownObject("Key");
-  const PortableServer::Servant_var<Lavish> servant_ = new Lavish;
+  const PortableServer::Servant_var<LargeReplies> servant_ = new LargeReplies;
 };
 
-TEST_F(Drain, EndsTheReplyToAClientThatDoesNotRead) {
+TEST_F(Draining, EndsTheReplyToAClientThatDoesNotRead) {
   const CORBA::Object_var published = object_->publish(servant_.in());
   const RawClient client(server_->endpoint());
   askWithoutReading(client, "Key", servant_.in());
@@ -73,7 +74,7 @@ TEST_F(Drain, EndsTheReplyToAClientThatDoesNotRead) {
   EXPECT_EQ(1U, shutDownConnections());
 }
 
-TEST_F(Drain, EndsARequestWhoseArgumentsDoNotArrive) {
+TEST_F(Draining, EndsARequestWithIncompleteArguments) {
   const CORBA::Object_var published = object_->publish(servant_.in());
   const std::string whole = requestTo("Key", "_is_a").text(std::string(100000, 'x')).bytes();
   const RawClient client(server_->endpoint());
@@ -84,7 +85,7 @@ TEST_F(Drain, EndsARequestWhoseArgumentsDoNotArrive) {
   EXPECT_TRUE(isQuick([this] { object_->retire(); }));
 }
 
-// Its getLength runs until it is released, its next_n answers with more than a connection holds.
+// getLength() blocks until it is released; the reply of next_n() exceeds the socket buffers.
 class Blocking final : public POA_TopoManagementManager::NodeIterator_I {
  public:
   CORBA::Boolean next_n(CORBA::ULong count, TopoManagementManager::NodeList_T_out list) override {
@@ -97,15 +98,15 @@ class Blocking final : public POA_TopoManagementManager::NodeIterator_I {
   }
   void destroy() override {}
 
-  Lavish* lavish() { return lavish_.in(); }
+  LargeReplies* lavish() { return lavish_.in(); }
   std::promise<void> entered_;
   std::promise<void> released_;
 
  private:
-  const PortableServer::Servant_var<Lavish> lavish_ = new Lavish;
+  const PortableServer::Servant_var<LargeReplies> lavish_ = new LargeReplies;
 };
 
-TEST_F(Drain, WaitsForARequestThatRunsInItsServant) {
+TEST_F(Draining, WaitsForARequestInItsServant) {
   const PortableServer::Servant_var<Blocking> blocking = new Blocking;
   const CORBA::Object_var published = object_->publish(blocking.in());
   const RawClient patient(server_->endpoint());
@@ -122,7 +123,7 @@ TEST_F(Drain, WaitsForARequestThatRunsInItsServant) {
   EXPECT_EQ(1U, shutDownConnections());
 }
 
-TEST_F(Drain, LeavesARequestAloneThatItsGuardHoldsUp) {
+TEST_F(Draining, WaitsForARequestThatItsGuardBlocks) {
   std::promise<void> entered;
   std::promise<void> leave;
   const CORBA::Object_var published =
@@ -146,12 +147,12 @@ TEST_F(Drain, LeavesARequestAloneThatItsGuardHoldsUp) {
   EXPECT_EQ(1U, shutDownConnections());
 }
 
-TEST_F(Drain, LeavesRequestsToOtherObjectsAlone) {
+TEST_F(Draining, KeepsRequestsToOtherObjects) {
   const CORBA::Object_var published = object_->publish(servant_.in());
   const RawClient client(server_->endpoint());
   askWithoutReading(client, "Key", servant_.in());
   const auto otherObject = server_->wellKnownObject("Other");
-  const PortableServer::Servant_var<Lavish> otherServant = new Lavish;
+  const PortableServer::Servant_var<LargeReplies> otherServant = new LargeReplies;
   const CORBA::Object_var otherPublished = otherObject->publish(otherServant.in());
   const RawClient other(server_->endpoint());
   askWithoutReading(other, "Other", otherServant.in());
@@ -161,7 +162,7 @@ TEST_F(Drain, LeavesRequestsToOtherObjectsAlone) {
   EXPECT_EQ(2U, shutDownConnections());
 }
 
-TEST_F(Drain, EndsAPoaWhoseClientDoesNotRead) {
+TEST_F(Draining, EndsAPoaWithAClientThatDoesNotRead) {
   const CORBA::Object_var elsewhere = object_->publish(servant_.in());
   const RawClient unconcerned(server_->endpoint());
   askWithoutReading(unconcerned, "Key", servant_.in());
@@ -169,7 +170,7 @@ TEST_F(Drain, EndsAPoaWhoseClientDoesNotRead) {
       "poa", PortableServer::POAManager::_nil(), CORBA::PolicyList());
   const PortableServer::POAManager_var manager = poa->the_POAManager();
   manager->activate();
-  const PortableServer::Servant_var<Lavish> servant = new Lavish;
+  const PortableServer::Servant_var<LargeReplies> servant = new LargeReplies;
   const PortableServer::ObjectId_var id = poa->activate_object(servant.in());
   const CORBA::Object_var reference = poa->id_to_reference(id.in());
   const RawClient client(server_->endpoint());
@@ -179,7 +180,7 @@ TEST_F(Drain, EndsAPoaWhoseClientDoesNotRead) {
   EXPECT_THROW(orb::destroyPoa(poa.in()), CORBA::OBJECT_NOT_EXIST);
 }
 
-TEST_F(Drain, EndsAServerWhoseClientsDoNotRead) {
+TEST_F(Draining, EndsAServerWithClientsThatDoNotRead) {
   const PortableServer::POAManager_var manager = server_->rootPoa()->the_POAManager();
   manager->activate();
   const PortableServer::ObjectId_var id = server_->rootPoa()->activate_object(servant_.in());

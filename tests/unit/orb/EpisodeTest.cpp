@@ -1,4 +1,4 @@
-// Two log lines for any number of events.
+// Grouping of events into episodes.
 
 #include "orb/episode.h"
 
@@ -11,14 +11,14 @@ using std::chrono::seconds;
 
 constexpr Episode::Time kStart{};
 
-TEST(Episode, BeginsWithItsFirstEventOnly) {
+TEST(Episode, BeginsWithTheFirstEvent) {
   Episode episode(seconds(10));
   EXPECT_TRUE(episode.add(kStart));
   EXPECT_FALSE(episode.add(kStart));
-  EXPECT_FALSE(episode.add(kStart + seconds(20))) << "its end was not taken yet";
+  EXPECT_FALSE(episode.add(kStart + seconds(20))) << "finish() was not called yet";
 }
 
-TEST(Episode, IsOverAQuietWhileAfterItsLastEvent) {
+TEST(Episode, EndsAfterAQuietPeriod) {
   Episode episode(seconds(10));
   EXPECT_EQ(std::nullopt, episode.end());
   episode.add(kStart);
@@ -28,7 +28,7 @@ TEST(Episode, IsOverAQuietWhileAfterItsLastEvent) {
   EXPECT_EQ(2U, episode.finish(kStart + seconds(19)));
 }
 
-TEST(Episode, EndsOnceAndIsFollowedByAnother) {
+TEST(Episode, ReportsItsEndOnceBeforeTheNextEpisode) {
   Episode episode(seconds(10));
   EXPECT_EQ(std::nullopt, episode.finish(kStart));
   episode.add(kStart);

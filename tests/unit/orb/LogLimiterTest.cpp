@@ -32,7 +32,7 @@ class LogLimiterTest : public testing::Test {
 
 const char* const kNotice = "the ORB logs more than 20 lines in 10 s: further ones are left out";
 
-TEST_F(LogLimiterTest, PassesLinesOnUpToTheLimit) {
+TEST_F(LogLimiterTest, ForwardsLinesUpToTheLimit) {
   write(20);
   EXPECT_EQ(std::vector<std::string>(20, "line"), takeLines());
 }
@@ -44,7 +44,7 @@ TEST_F(LogLimiterTest, ReplacesFurtherLinesWithOneNotice) {
   EXPECT_THAT(takeLines(), ElementsAre(kNotice));
 }
 
-TEST_F(LogLimiterTest, CountsTheLinesLeftOutBeforeTheFirstLineOfTheNextPeriod) {
+TEST_F(LogLimiterTest, WritesTheNumberOfDroppedLinesInTheNextPeriod) {
   write(25);
   takeLines();
   now_ += LogLimiter::kPeriod - std::chrono::nanoseconds(1);
@@ -59,7 +59,7 @@ TEST_F(LogLimiterTest, CountsTheLinesLeftOutBeforeTheFirstLineOfTheNextPeriod) {
   EXPECT_THAT(takeLines(), ElementsAre(kNotice));
 }
 
-TEST_F(LogLimiterTest, BeginsAPeriodWithItsFirstLine) {
+TEST_F(LogLimiterTest, BeginsAPeriodWithTheFirstLine) {
   write(1);
   now_ += std::chrono::hours(1);
   write(1);
@@ -70,21 +70,21 @@ TEST_F(LogLimiterTest, BeginsAPeriodWithItsFirstLine) {
   EXPECT_THAT(takeLines(), ElementsAre(kNotice));
 }
 
-TEST_F(LogLimiterTest, CountsTheLinesLeftOutAtItsEnd) {
+TEST_F(LogLimiterTest, WritesTheNumberOfDroppedLinesInTheDestructor) {
   write(22);
   takeLines();
   limiter_.reset();
   EXPECT_THAT(takeLines(), ElementsAre("2 lines of the ORB were left out"));
 }
 
-TEST_F(LogLimiterTest, SaysNothingAtItsEndWhenNothingWasLeftOut) {
+TEST_F(LogLimiterTest, WritesNothingInTheDestructorWithoutDroppedLines) {
   write(20);
   takeLines();
   limiter_.reset();
   EXPECT_THAT(takeLines(), SizeIs(0));
 }
 
-TEST(LimitedLog, OfNothingIsNothing) {
+TEST(LimitedLog, IsNullForNull) {
   EXPECT_FALSE(orb::limited(nullptr));
 }
 

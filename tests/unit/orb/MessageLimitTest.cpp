@@ -1,4 +1,4 @@
-// Messages over the size limit, from clients that do not care and from our own.
+// The size limit of messages, for raw clients and for ORB clients.
 
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -15,12 +15,13 @@ using orb_tests::lengthOf;
 using orb_tests::Message;
 using orb_tests::RawClient;
 
-constexpr std::size_t kPiece = 8000;  // a multiple of 8, as all fragments but the last are
+constexpr std::size_t kPiece =
+    8000;  // a multiple of 8, as GIOP demands of all fragments but the last
 
-// The first part of a request whose argument is a text of so many bytes.
+// Returns the first part of a request with a string argument of `textBytes` bytes.
 std::string beginOfRequest(std::uint32_t textBytes) {
   Message message(2, Message::Type::kRequest, true);
-  message.number(1).octet(3).octet(0).octet(0).octet(0);  // id, a reply is expected
+  message.number(1).octet(3).octet(0).octet(0).octet(0);  // id, reply expected
   message.number(0).octets("Key").text("_is_a");
   message.number(0).align(8).number(textBytes);  // service contexts, argument
   return message.align(8).bytes();
@@ -33,8 +34,8 @@ std::string fragment(bool last) {
       .bytes();
 }
 
-// The address sanitizer keeps what is freed, and tells of the few bytes that ORBs themselves lose
-// when a request is refused or asks for a type.
+// True under the address sanitizer, which keeps freed memory and reports the few bytes that ORBs
+// leak when a request is refused or asks for a type.
 #if defined(__SANITIZE_ADDRESS__)
 constexpr bool kAddressesChecked = true;
 #else
@@ -69,9 +70,9 @@ class MessageLimit : public testing::Test {
   CORBA::Object_var published_;
 };
 
-TEST_F(MessageLimit, HoldsForFragmentsWithoutEnd) {
+TEST_F(MessageLimit, BoundsAnEndlessRowOfFragments) {
   if (kAddressesChecked) {
-    GTEST_SKIP() << "of the ORB's own memory";
+    GTEST_SKIP() << "measures the memory of the ORB";
   }
   const RawClient client(server_->endpoint());
   const long before = usedKib();
@@ -83,9 +84,9 @@ TEST_F(MessageLimit, HoldsForFragmentsWithoutEnd) {
   EXPECT_LT(usedKib() - before, kMostKib);
 }
 
-TEST_F(MessageLimit, HoldsForTinyFragmentsWithoutEnd) {
+TEST_F(MessageLimit, BoundsAnEndlessRowOfTinyFragments) {
   if (kAddressesChecked) {
-    GTEST_SKIP() << "of the ORB's own memory";
+    GTEST_SKIP() << "measures the memory of the ORB";
   }
   const RawClient client(server_->endpoint());
   const long before = usedKib();
@@ -101,12 +102,12 @@ TEST_F(MessageLimit, HoldsForTinyFragmentsWithoutEnd) {
   EXPECT_LT(usedKib() - before, kMostKib);
 }
 
-TEST_F(MessageLimit, TakesFragmentsUpToIt) {
+TEST_F(MessageLimit, AcceptsFragmentsUpToTheLimit) {
   if (kAddressesChecked) {
-    GTEST_SKIP() << "of the ORB's own memory";
+    GTEST_SKIP() << "measures the memory of the ORB";
   }
   const RawClient client(server_->endpoint());
-  for (int request = 0; request < 20; ++request) {  // over the limit together
+  for (int request = 0; request < 20; ++request) {  // their sum is over the limit
     ASSERT_TRUE(client.send(beginOfRequest(5 * kPiece - 8)));
     for (int i = 1; i <= 5; ++i) {
       ASSERT_TRUE(client.send(fragment(i == 5)));
@@ -115,16 +116,16 @@ TEST_F(MessageLimit, TakesFragmentsUpToIt) {
   }
 }
 
-TEST_F(MessageLimit, CountsOnlyWhatIsHeld) {
+TEST_F(MessageLimit, CountsOnlyAllocatedMemory) {
   const std::string elsewhere(30000, 'x');
   for (int i = 0; i < 20; ++i) {
     EXPECT_FALSE(published_->_is_a(elsewhere.c_str()));
   }
 }
 
-TEST_F(MessageLimit, RefusesWhatFragmentsAddUpTo) {
+TEST_F(MessageLimit, RefusesFragmentsWhoseSumIsOversized) {
   if (kAddressesChecked) {
-    GTEST_SKIP() << "of the ORB's own memory";
+    GTEST_SKIP() << "measures the memory of the ORB";
   }
   for (const int pieces : {9, 12, 17, 20, 33, 40, 100}) {
     const RawClient client(server_->endpoint());
@@ -137,22 +138,22 @@ TEST_F(MessageLimit, RefusesWhatFragmentsAddUpTo) {
   }
 }
 
-TEST_F(MessageLimit, HoldsForASizeThatCannotBe) {
+TEST_F(MessageLimit, BoundsAnImpossibleDeclaredSize) {
   if (kAddressesChecked) {
-    GTEST_SKIP() << "of the ORB's own memory";
+    GTEST_SKIP() << "measures the memory of the ORB";
   }
   const RawClient client(server_->endpoint());
   const long before = usedKib();
   std::string bytes = beginOfRequest(10);
   for (std::size_t i = 8; i < 12; ++i) {
-    bytes[i] = '\x7f';  // the size
+    bytes[i] = '\x7f';  // the declared size
   }
   client.send(bytes + std::string(1000000, 'x'));
   EXPECT_TRUE(serves());
   EXPECT_LT(usedKib() - before, kMostKib);
 }
 
-TEST_F(MessageLimit, RefusesAnArgumentBeforeItIsSent) {
+TEST_F(MessageLimit, RejectsAnOversizedArgumentBeforeSending) {
   const orb_tests::SilentPeer peer;
   const CORBA::Object_var object = server_->get()->string_to_object(peer.corbaloc().c_str());
   for (const std::size_t bytes : {std::size_t{200000}, std::size_t{3000000}}) {

@@ -20,7 +20,7 @@ class Poa : public testing::Test {
   std::unique_ptr<orb::Server> server_ = orb::startServer({}, {"127.0.0.1", 0}, nullptr);
 };
 
-TEST_F(Poa, IsInNoCleanupUntilItIsDestroyed) {
+TEST_F(Poa, IsInCleanupAfterItsDestruction) {
   const POA_var poa = make("a");
   EXPECT_TRUE(orb::isOrbsOwnPoa(poa.in()));
   EXPECT_FALSE(orb::isCleanupInProgress(poa.in()));
@@ -29,7 +29,7 @@ TEST_F(Poa, IsInNoCleanupUntilItIsDestroyed) {
   EXPECT_TRUE(orb::isCleanupInProgress(poa.in()));
 }
 
-TEST_F(Poa, IsInCleanupThoughAnotherHasTakenItsName) {
+TEST_F(Poa, IsInCleanupWhenAnotherPoaHasTheName) {
   const POA_var first = make("a");
   first->destroy(false, true);
   const POA_var second = make("a");
@@ -37,7 +37,7 @@ TEST_F(Poa, IsInCleanupThoughAnotherHasTakenItsName) {
   EXPECT_FALSE(orb::isCleanupInProgress(second.in()));
 }
 
-TEST_F(Poa, IsInCleanupWithItsParent) {
+TEST_F(Poa, IsInCleanupAfterTheDestructionOfItsParent) {
   const POA_var parent = make("a");
   const POA_var child =
       parent->create_POA("b", PortableServer::POAManager::_nil(), CORBA::PolicyList());

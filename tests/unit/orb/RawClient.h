@@ -1,4 +1,4 @@
-// A client that writes its requests itself, well or not.
+// A client that writes GIOP messages without an ORB.
 
 #ifndef TESTS_UNIT_ORB_RAWCLIENT_H
 #define TESTS_UNIT_ORB_RAWCLIENT_H
@@ -16,7 +16,7 @@
 
 namespace orb_tests {
 
-// A GIOP message, little-endian. Numbers are aligned from its beginning.
+// A little-endian GIOP message. Numbers are aligned to the beginning of the message.
 class Message {
  public:
   enum class Type : char { kRequest = 0, kReply = 1, kFragment = 7 };
@@ -51,7 +51,7 @@ class Message {
     return *this;
   }
 
-  // With its size in the header.
+  // Returns the message with its size in the header.
   std::string bytes() const {
     constexpr std::size_t kHeader = 12;
     Message whole = *this;
@@ -70,12 +70,12 @@ class Message {
   std::string bytes_;
 };
 
-// A GIOP 1.0 request, number 1, up to its parameters.
+// Returns a GIOP 1.0 request with id 1, up to the arguments.
 inline Message requestTo(const std::string& key, const std::string& operation) {
   return Message(0, Message::Type::kRequest, false)
       .number(0)  // service contexts
       .number(1)
-      .octet(1)  // a reply is expected
+      .octet(1)  // reply expected
       .octets(key)
       .text(operation)
       .number(0);  // principal
@@ -83,7 +83,7 @@ inline Message requestTo(const std::string& key, const std::string& operation) {
 
 class RawClient {
  public:
-  // A receive buffer of 0 bytes: as large as the system makes it.
+  // `receiveBuffer` in bytes; 0: the system's default.
   explicit RawClient(const orb::Endpoint& endpoint, int receiveBuffer = 0)
       : socket_(socket(AF_INET, SOCK_STREAM, 0)) {
     if (receiveBuffer > 0) {
@@ -93,14 +93,14 @@ class RawClient {
     address.sin_family = AF_INET;
     address.sin_port = htons(endpoint.port);
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    // A client that is not connected shows it at its first send or receive.
+    // If the connection fails, the first send or receive fails.
     static_cast<void>(connect(socket_, reinterpret_cast<sockaddr*>(&address), sizeof address));
   }
   ~RawClient() { close(socket_); }
   RawClient(const RawClient&) = delete;
   RawClient& operator=(const RawClient&) = delete;
 
-  // Whether the peer still took it.
+  // Returns false if the peer has closed the connection.
   bool send(const std::string& bytes) const {
     std::size_t sent = 0;
     while (sent < bytes.size()) {
@@ -113,23 +113,23 @@ class RawClient {
     return true;
   }
 
-  // Reads an answer; false when there is none.
+  // Reads a reply; returns false without a reply.
   bool answer() const { return receive().size() > 12; }
 
-  // Up to 4096 bytes of an answer; empty at the end of the connection, or when nothing comes.
+  // Returns up to 4096 bytes of a reply; "" at the end of the connection and after a timeout.
   std::string receive() const {
     char bytes[4096];
     const ssize_t count = isAnswered() ? recv(socket_, bytes, sizeof bytes, 0) : 0;
     return std::string(bytes, count > 0 ? static_cast<std::size_t>(count) : 0);
   }
 
-  // Waits for the end of the connection. REQUIRES: no answer is to come.
+  // Waits for the end of the connection. REQUIRES: no reply is pending.
   bool isClosedByPeer() const {
     char byte = 0;
     return isAnswered() && recv(socket_, &byte, 1, 0) <= 0;
   }
 
-  // Waits for an answer, or for the end of the connection.
+  // Waits for a reply or for the end of the connection.
   bool isAnswered() const {
     pollfd wait{socket_, POLLIN, 0};
     return poll(&wait, 1, 20000) == 1;

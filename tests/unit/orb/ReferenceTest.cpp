@@ -23,12 +23,12 @@ class Reference : public testing::Test {
       orb::startServer(orb_tests::quickOptions(), {"127.0.0.1", 0}, nullptr);
 };
 
-TEST_F(Reference, TellsItsAddress) {
+TEST_F(Reference, HasTheAddressOfItsText) {
   EXPECT_EQ("127.0.0.1:4711", orb::addressOf(parse("corbaloc:iiop:1.2@127.0.0.1:4711/Key")));
   EXPECT_EQ("", orb::addressOf(CORBA::Object::_nil()));
 }
 
-TEST_F(Reference, LeadsToTheObjectBesideIt) {
+TEST_F(Reference, GivesTheObjectAtAnotherKey) {
   const auto first = server_->wellKnownObject("First");
   const auto second = server_->wellKnownObject("Second");
   const PortableServer::ServantBase_var one = new Answering(1);
@@ -39,17 +39,17 @@ TEST_F(Reference, LeadsToTheObjectBesideIt) {
   EXPECT_EQ(2U, lengthOf(beside));
 }
 
-TEST_F(Reference, OfNothingHasNothingBesideIt) {
+TEST_F(Reference, ThrowsForAnotherKeyOfNil) {
   EXPECT_THROW(orb::objectBeside(server_->get(), CORBA::Object::_nil(), "Key"), CORBA::BAD_PARAM);
 }
 
-TEST_F(Reference, GivesUpACallAfterItsOwnTime) {
+TEST_F(Reference, EndsACallAfterItsTimeout) {
   const SilentPeer peer;
   const CORBA::Object_var object = parse(peer.corbaloc());
   orb::setCallTimeout(object, std::chrono::milliseconds(50));
   try {
     object->_non_existent();
-    FAIL() << "the peer has answered";
+    FAIL() << "the peer has replied";
   } catch (const CORBA::SystemException& failure) {
     EXPECT_TRUE(orb::isTimeout(failure)) << orb::describe(failure);
     EXPECT_FALSE(orb::isConnectionClosed(failure));
@@ -57,7 +57,7 @@ TEST_F(Reference, GivesUpACallAfterItsOwnTime) {
   }
 }
 
-TEST_F(Reference, ToNobodyIsNoTimeout) {
+TEST_F(Reference, ReportsARefusedConnectionAsUnreachable) {
   std::string corbaloc;
   {
     const SilentPeer peer;
@@ -65,21 +65,21 @@ TEST_F(Reference, ToNobodyIsNoTimeout) {
   }
   try {
     parse(corbaloc)->_non_existent();
-    FAIL() << "somebody has answered";
+    FAIL() << "the call succeeded";
   } catch (const CORBA::SystemException& failure) {
     EXPECT_FALSE(orb::isTimeout(failure)) << orb::describe(failure);
     EXPECT_TRUE(orb::isUnreachable(failure)) << orb::describe(failure);
   }
 }
 
-// Bytes that the process has allocated; 0 under sanitizers, which look for leaks themselves.
+// Returns the allocated bytes of the process; 0 under sanitizers, which detect leaks themselves.
 std::size_t allocatedBytes() {
   return mallinfo2().uordblks;
 }
 
-TEST_F(Reference, LeavesNothingBehindWhenItsAddressAndKeyWereAsked) {
+TEST_F(Reference, LeaksNoMemoryInAddressAndKey) {
   constexpr int kReferences = 2000;
-  // One object: a POA may remember each reference that it created.
+  // A single object, because a POA may keep each reference that it creates.
   const CORBA::Object_var object =
       server_->rootPoa()->create_reference("IDL:omg.org/CORBA/Object:1.0");
   const CORBA::String_var ior = server_->get()->object_to_string(object.in());

@@ -13,12 +13,12 @@ namespace {
 
 using orb::Request;
 using orb_tests::Answering;
-using orb_tests::Lavish;
+using orb_tests::LargeReplies;
 using orb_tests::lengthOf;
 using orb_tests::RawClient;
 using orb_tests::requestTo;
 
-class RequestGuard : public testing::Test {
+class RequestGuards : public testing::Test {
  protected:
   void publish(orb::RequestGuard guard) {
     published_ = object_->publish(servant_.in(), std::move(guard));
@@ -43,7 +43,7 @@ class RequestGuard : public testing::Test {
   CORBA::Object_var published_;
 };
 
-TEST_F(RequestGuard, SeesOperationPeerAndSizeOfARequest) {
+TEST_F(RequestGuards, ReceiveOperationPeerAndSize) {
   std::promise<Request> seen;
   publish([&seen](const Request& request) {
     seen.set_value(request);
@@ -58,24 +58,24 @@ TEST_F(RequestGuard, SeesOperationPeerAndSizeOfARequest) {
   EXPECT_EQ(getLength().size(), request.bytes);
 }
 
-TEST_F(RequestGuard, IsCalledBeforeTheArgumentsAreDecoded) {
+TEST_F(RequestGuards, RunBeforeTheArgumentsAreDecoded) {
   std::promise<std::string> operation;
   publish([&operation](const Request& request) {
     operation.set_value(request.operation);
     return nullptr;
   });
   const RawClient client(server_->endpoint());
-  ASSERT_TRUE(client.send(requestTo("Key", "next_n").bytes()));  // without its argument
+  ASSERT_TRUE(client.send(requestTo("Key", "next_n").bytes()));  // without the argument
   EXPECT_EQ("next_n", operation.get_future().get());
   EXPECT_NE(std::string::npos, client.receive().find("IDL:omg.org/CORBA/MARSHAL:1.0"));
 }
 
-TEST_F(RequestGuard, RefusesARequestWithItsException) {
+TEST_F(RequestGuards, RejectARequestWithTheirException) {
   publish([](const Request&) -> std::shared_ptr<void> {
     throw CORBA::NO_RESOURCES(0, CORBA::COMPLETED_NO);
   });
   answer_ = [] {
-    ADD_FAILURE() << "the servant is called";
+    ADD_FAILURE() << "the servant was called";
     return 0U;
   };
   EXPECT_THROW(lengthOf(published_), CORBA::NO_RESOURCES);
@@ -85,8 +85,8 @@ TEST_F(RequestGuard, RefusesARequestWithItsException) {
   EXPECT_NE(std::string::npos, answer.find("IDL:omg.org/CORBA/NO_RESOURCES:1.0")) << answer;
 }
 
-TEST_F(RequestGuard, KeepsItsTokenUntilTheReplyIsSent) {
-  const PortableServer::Servant_var<Lavish> lavish = new Lavish;
+TEST_F(RequestGuards, KeepTheTokenUntilTheReplyIsSent) {
+  const PortableServer::Servant_var<LargeReplies> servant = new LargeReplies;
   std::promise<void> gone;
   std::atomic<bool> alive{true};
   const auto destroy = [&](int* token) {
@@ -95,17 +95,17 @@ TEST_F(RequestGuard, KeepsItsTokenUntilTheReplyIsSent) {
     gone.set_value();
   };
   published_ = object_->publish(
-      lavish.in(), [&](const Request&) { return std::shared_ptr<void>(new int, destroy); });
+      servant.in(), [&](const Request&) { return std::shared_ptr<void>(new int, destroy); });
   {
     const RawClient client(server_->endpoint());
     ASSERT_TRUE(client.send(requestTo("Key", "next_n").number(1).bytes()));
     EXPECT_TRUE(client.isAnswered());
-    EXPECT_TRUE(alive);  // most of the reply does not fit into the connection
+    EXPECT_TRUE(alive);  // the reply exceeds the socket buffers
   }
   gone.get_future().wait();
 }
 
-TEST_F(RequestGuard, DropsItsTokenWhenTheOperationFails) {
+TEST_F(RequestGuards, ReleaseTheTokenWhenTheOperationFails) {
   std::weak_ptr<void> token;
   publish([&token](const Request&) {
     const auto made = std::make_shared<int>();
@@ -114,11 +114,11 @@ TEST_F(RequestGuard, DropsItsTokenWhenTheOperationFails) {
   });
   answer_ = []() -> CORBA::ULong { throw CORBA::NO_MEMORY(0, CORBA::COMPLETED_NO); };
   EXPECT_THROW(lengthOf(published_), CORBA::NO_MEMORY);
-  object_->retire();  // when nothing of the request is left
+  object_->retire();  // returns after the end of the request
   EXPECT_TRUE(token.expired());
 }
 
-TEST_F(RequestGuard, DoesNotLetThroughWhatItHeldUpUntilTheObjectWasRetired) {
+TEST_F(RequestGuards, CannotAdmitARequestAfterRetire) {
   std::promise<void> entered;
   std::promise<void> leave;
   publish([&, first = true](const Request&) mutable {
@@ -140,7 +140,7 @@ TEST_F(RequestGuard, DoesNotLetThroughWhatItHeldUpUntilTheObjectWasRetired) {
   EXPECT_TRUE(isTransient(client.receive()));
 }
 
-TEST_F(RequestGuard, IsForgottenWithTheServant) {
+TEST_F(RequestGuards, AreReleasedWithTheServant) {
   const auto watched = std::make_shared<int>();
   publish([watched](const Request&) { return watched; });
   EXPECT_EQ(2, watched.use_count());
@@ -150,7 +150,7 @@ TEST_F(RequestGuard, IsForgottenWithTheServant) {
   EXPECT_EQ(7U, lengthOf(published_));
 }
 
-TEST_F(RequestGuard, LeavesThePeerToTheServant) {
+TEST_F(RequestGuards, DoNotChangeCurrentPeer) {
   publish(nullptr);
   std::promise<std::string> peer;
   answer_ = [&peer] {

@@ -43,7 +43,7 @@ class RequestLimit : public testing::Test {
   CORBA::Object_var published_;
 };
 
-// The head of a request with the size that the whole of it is to have.
+// Returns the head of a request that declares a size.
 std::string declaring(std::uint32_t size) {
   std::string bytes = requestTo("Key", "getLength").bytes();
   for (std::size_t i = 0; i < 4; ++i) {
@@ -52,7 +52,7 @@ std::string declaring(std::uint32_t size) {
   return bytes;
 }
 
-// The system exception in a reply is MARSHAL, and says that a message was too large.
+// Whether the reply is a MARSHAL exception for which isMessageTooLarge() is true.
 bool isRefusal(const std::string& reply) {
   const std::string name = "CORBA/MARSHAL:1.0";
   const std::size_t found = reply.find(name);
@@ -66,7 +66,7 @@ bool isRefusal(const std::string& reply) {
   return orb::isMessageTooLarge(CORBA::MARSHAL(minor, CORBA::COMPLETED_NO));
 }
 
-// Of a request with an argument of so many bytes.
+// Sends a request with an argument of `bytes` bytes and returns the reply.
 std::string replyTo(const orb::Endpoint& endpoint, std::size_t bytes) {
   const RawClient client(endpoint);
   EXPECT_TRUE(
@@ -74,7 +74,7 @@ std::string replyTo(const orb::Endpoint& endpoint, std::size_t bytes) {
   return client.receive();
 }
 
-TEST_F(RequestLimit, HoldsBeforeTheRequestHasArrived) {
+TEST_F(RequestLimit, RefusesARequestByItsDeclaredSize) {
   const long before = support::residentKib(getpid());
   for (int i = 0; i < 3; ++i) {
     const RawClient client(server_->endpoint());
@@ -87,7 +87,7 @@ TEST_F(RequestLimit, HoldsBeforeTheRequestHasArrived) {
   EXPECT_NE(std::string::npos, lines_.front().find("getLength")) << lines_.front();
 }
 
-TEST_F(RequestLimit, LeavesTheConnectionInUse) {
+TEST_F(RequestLimit, KeepsTheConnection) {
   const RawClient client(server_->endpoint());
   const std::string request = declaring(70000);
   ASSERT_TRUE(client.send(request + std::string(70000 + 12 - request.size(), 'x')));
@@ -98,7 +98,7 @@ TEST_F(RequestLimit, LeavesTheConnectionInUse) {
   EXPECT_FALSE(isRefusal(reply));
 }
 
-TEST_F(RequestLimit, IsSaidToTheClient) {
+TEST_F(RequestLimit, IsReportedToTheClient) {
   for (const std::size_t bytes : {std::size_t{100000}, std::size_t{3000000}}) {
     EXPECT_TRUE(isRefusal(replyTo(server_->endpoint(), bytes))) << bytes;
   }
@@ -118,7 +118,7 @@ class LargeOperation : public RequestLimit {
   LargeOperation() : RequestLimit(largeTypeChecks()) {}
 };
 
-TEST_F(LargeOperation, HasTheLimitOfMessages) {
+TEST_F(LargeOperation, IsLimitedByTheMessageSize) {
   const std::string reply = replyTo(server_->endpoint(), 3000000);
   EXPECT_FALSE(reply.empty());
   EXPECT_FALSE(isRefusal(reply));

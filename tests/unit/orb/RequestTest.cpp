@@ -1,4 +1,4 @@
-// What requests show, and what they must not do.
+// Observation of requests, and malformed requests.
 
 #include <gtest/gtest.h>
 
@@ -44,7 +44,7 @@ class Requests : public testing::Test {
   std::vector<std::string> observed_;
 };
 
-// An octet sequence in hexadecimal digits.
+// Returns an octet sequence in hexadecimal digits.
 std::string hex(const std::string& bytes) {
   static const char* const kDigits = "0123456789abcdef";
   std::string text;
@@ -55,7 +55,7 @@ std::string hex(const std::string& bytes) {
   return text;
 }
 
-// The reference with a profile of a kind that nobody knows before its own.
+// Returns the reference with a profile of an unknown kind in front of its own profiles.
 std::string withUnknownProfile(CORBA::ORB_ptr orb, CORBA::Object_ptr object) {
   const CORBA::String_var text = orb->object_to_string(object);
   const std::string ior = text.in();
@@ -72,13 +72,13 @@ std::string withUnknownProfile(CORBA::ORB_ptr orb, CORBA::Object_ptr object) {
          ior.substr(4 + 2 * (count + 4));
 }
 
-TEST_F(Requests, MayCarryReferencesWithUnknownProfiles) {
+TEST_F(Requests, AcceptReferencesWithUnknownProfiles) {
   const CORBA::Object_var object =
       server_->get()->string_to_object(withUnknownProfile(server_->get(), published_.in()).c_str());
   EXPECT_EQ(7U, lengthOf(object.in()));
 }
 
-TEST_F(Requests, WithoutTheirArgumentsAreRefused) {
+TEST_F(Requests, AreRejectedWithoutArguments) {
   const PortableServer::ObjectId_var id = server_->rootPoa()->activate_object(servant_.in());
   const CORBA::Object_var reference = server_->rootPoa()->id_to_reference(id.in());
   for (const std::string& key : {std::string("Key"), orb::objectKeyOf(reference.in())}) {
@@ -88,7 +88,7 @@ TEST_F(Requests, WithoutTheirArgumentsAreRefused) {
   }
 }
 
-TEST_F(Requests, AreObservedWithTheirKeys) {
+TEST_F(Requests, AreObservedWithTheKeysOfTheirTargets) {
   const PortableServer::ServantBase_var other = new Answering(8);
   const PortableServer::ObjectId_var id = server_->rootPoa()->activate_object(other.in());
   const CORBA::Object_var reference = server_->rootPoa()->id_to_reference(id.in());
@@ -106,7 +106,7 @@ TEST_F(Requests, AreObservedWithTheirKeys) {
   EXPECT_EQ(2U, observed().size());
 }
 
-TEST_F(Requests, EndTheirObservationWhenNoneIsBeingObserved) {
+TEST_F(Requests, EndTheObservationAfterRunningObservers) {
   std::promise<void> entered;
   std::promise<void> leave;
   server_->observeRequests([&](const orb::ObjectKey&) {

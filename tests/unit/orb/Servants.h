@@ -1,4 +1,4 @@
-// Servants to call.
+// Servants for tests of the ORB.
 
 #ifndef TESTS_UNIT_ORB_SERVANTS_H
 #define TESTS_UNIT_ORB_SERVANTS_H
@@ -19,7 +19,7 @@ inline orb::Options quickOptions() {
   return options;
 }
 
-// Its getLength runs a function.
+// getLength() calls a function.
 class Answering final : public POA_TopoManagementManager::NodeIterator_I {
  public:
   using Function = std::function<CORBA::ULong()>;
@@ -38,8 +38,8 @@ class Answering final : public POA_TopoManagementManager::NodeIterator_I {
   const Function function_;
 };
 
-// Answers each batch with more than the buffers of a connection hold.
-class Lavish final : public POA_TopoManagementManager::NodeIterator_I {
+// Replies of next_n() exceed the socket buffers.
+class LargeReplies final : public POA_TopoManagementManager::NodeIterator_I {
  public:
   std::future<void> asked() { return asked_.get_future(); }
 

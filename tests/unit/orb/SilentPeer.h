@@ -1,4 +1,4 @@
-// A peer that takes connections and never answers.
+// A server that accepts connections and never replies.
 
 #ifndef TESTS_UNIT_ORB_SILENTPEER_H
 #define TESTS_UNIT_ORB_SILENTPEER_H
@@ -29,7 +29,7 @@ class SilentPeer {
     }
     port_ = ntohs(address.sin_port);
   }
-  // Refuses new connections before it ends those that it accepted.
+  // Closes the listening socket before the connections, so that no client can reconnect.
   ~SilentPeer() {
     ::close(socket_);
     for (const int connection : connections_) {
@@ -39,7 +39,7 @@ class SilentPeer {
   SilentPeer(const SilentPeer&) = delete;
   SilentPeer& operator=(const SilentPeer&) = delete;
 
-  // Waits until a client has connected and sent something.
+  // Waits until a client has connected and sent a byte.
   void waitForRequest() {
     connections_.push_back(::accept(socket_, nullptr, nullptr));
     char first = 0;
@@ -50,7 +50,7 @@ class SilentPeer {
 
   std::string address() const { return "iiop:1.2@127.0.0.1:" + std::to_string(port_); }
 
-  // Accepts a connection and keeps it open; false when none comes in time.
+  // Accepts a connection and keeps it open. Returns false if no client connects in time.
   bool accept(std::chrono::milliseconds patience) {
     pollfd wait{socket_, POLLIN, 0};
     if (::poll(&wait, 1, static_cast<int>(patience.count())) != 1) {

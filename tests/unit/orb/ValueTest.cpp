@@ -6,7 +6,7 @@
 
 namespace {
 
-class Value : public testing::Test {
+class EncodedBytes : public testing::Test {
  protected:
   static std::size_t encodedBytes(const std::string& text) {
     CORBA::Any value;
@@ -17,15 +17,15 @@ class Value : public testing::Test {
   const std::unique_ptr<orb::Orb> orb_ = orb::startClient({});
 };
 
-// The type takes some bytes, the length of a text four, its end one.
-TEST_F(Value, TakesTheBytesOfItsTypeAndItsText) {
+// The length of a string takes four bytes, the terminating zero takes one byte.
+TEST_F(EncodedBytes, CountTypeAndText) {
   EXPECT_LE(9U, encodedBytes(""));
   EXPECT_GE(32U, encodedBytes(""));
   EXPECT_EQ(encodedBytes("") + (std::size_t{1} << 20),
             encodedBytes(std::string(std::size_t{1} << 20, 'x')));
 }
 
-TEST_F(Value, OfAnotherValueCountsThatToo) {
+TEST_F(EncodedBytes, CountANestedValue) {
   CORBA::Any inner;
   inner <<= "text";
   CORBA::Any outer;
@@ -33,7 +33,7 @@ TEST_F(Value, OfAnotherValueCountsThatToo) {
   EXPECT_LT(orb::encodedBytes(inner), orb::encodedBytes(outer));
 }
 
-TEST_F(Value, OfNothingTakesItsTypeAlone) {
+TEST_F(EncodedBytes, CountOnlyTheTypeOfAnEmptyValue) {
   EXPECT_EQ(4U, orb::encodedBytes(CORBA::Any()));
 }
 

@@ -1,4 +1,4 @@
-// All that can be asked about a failed call, in one line.
+// All classifications of a failed call in one line.
 
 #ifndef TESTS_UNIT_ORB_VERDICTS_H
 #define TESTS_UNIT_ORB_VERDICTS_H
@@ -7,7 +7,7 @@
 
 #include "orb/orb.h"
 
-// "TEXT: WORD, WORD": what it says, and what is true of it.
+// Returns "TEXT: WORD, WORD", with the text of the failure and the classifications that are true.
 inline std::string verdictsOn(const CORBA::SystemException& failure) {
   std::string line = orb::describe(failure) + ":";
   const auto add = [&line](bool isSo, const char* word) {

@@ -12,9 +12,9 @@ using PortableServer::ServantBase_var;
 using TopoManagementManager::NodeIterator_I;
 using TopoManagementManager::NodeIterator_I_var;
 
-class WellKnownObject : public testing::Test {
+class WellKnownObjects : public testing::Test {
  protected:
-  // Through the wire's format at least: a reference that was made from text.
+  // A reference from text, so that the reference has passed its encoded form.
   CORBA::Object_var at(const std::string& key) {
     const std::string where = orb::format(server_->endpoint());
     return server_->get()->string_to_object(("corbaloc:iiop:1.2@" + where + "/" + key).c_str());
@@ -24,7 +24,7 @@ class WellKnownObject : public testing::Test {
       orb::startServer(orb_tests::quickOptions(), {"127.0.0.1", 0}, nullptr);
 };
 
-TEST_F(WellKnownObject, AnswersAtItsKey) {
+TEST_F(WellKnownObjects, AreAddressableByTheirKeys) {
   const auto object = server_->wellKnownObject("Key");
   const ServantBase_var servant = new Answering(7);
   const CORBA::Object_var published = object->publish(servant.in());
@@ -32,7 +32,7 @@ TEST_F(WellKnownObject, AnswersAtItsKey) {
   EXPECT_EQ(7U, lengthOf(published));
 }
 
-TEST_F(WellKnownObject, HasTheTypeOfItsServant) {
+TEST_F(WellKnownObjects, HaveTheTypesOfTheirServants) {
   const auto object = server_->wellKnownObject("Key");
   const ServantBase_var servant = new Answering(7);
   const CORBA::Object_var published = object->publish(servant.in());
@@ -45,12 +45,12 @@ TEST_F(WellKnownObject, HasTheTypeOfItsServant) {
   EXPECT_FALSE(at("Key")->_non_existent());
 }
 
-TEST_F(WellKnownObject, RaisesTransientUntilSomethingIsPublished) {
+TEST_F(WellKnownObjects, RaiseTransientWithoutAServant) {
   const auto object = server_->wellKnownObject("Key");
   EXPECT_THROW(lengthOf(at("Key")), CORBA::TRANSIENT);
 }
 
-TEST_F(WellKnownObject, RaisesTransientOnceItIsRetiredAndServesTheNextServant) {
+TEST_F(WellKnownObjects, ServeTheNextServantAfterRetire) {
   const auto object = server_->wellKnownObject("Key");
   const ServantBase_var first = new Answering(1);
   const CORBA::Object_var published = object->publish(first.in());
@@ -63,7 +63,7 @@ TEST_F(WellKnownObject, RaisesTransientOnceItIsRetiredAndServesTheNextServant) {
   EXPECT_EQ(2U, lengthOf(again));
 }
 
-TEST_F(WellKnownObject, IsRetiredTwiceWithoutHarm) {
+TEST_F(WellKnownObjects, IgnoreASecondRetire) {
   const auto object = server_->wellKnownObject("Key");
   const ServantBase_var servant = new Answering(1);
   const CORBA::Object_var published = object->publish(servant.in());
@@ -72,7 +72,7 @@ TEST_F(WellKnownObject, IsRetiredTwiceWithoutHarm) {
   EXPECT_THROW(lengthOf(published), CORBA::TRANSIENT);
 }
 
-TEST_F(WellKnownObject, WaitsForARunningRequestAndServesOthersMeanwhile) {
+TEST_F(WellKnownObjects, WaitForARunningRequestAndServeOtherObjects) {
   std::promise<void> entered;
   std::promise<void> leave;
   const auto slow = server_->wellKnownObject("Slow");
@@ -89,7 +89,7 @@ TEST_F(WellKnownObject, WaitsForARunningRequestAndServesOthersMeanwhile) {
   auto answer = std::async(std::launch::async, [&] { return lengthOf(slowObject); });
   entered.get_future().wait();
   auto retired = std::async(std::launch::async, [&] { slow->retire(); });
-  // It refuses already, while the request that is running has not ended.
+  // New requests are rejected while the running request has not ended.
   const auto refuses = [&] {
     try {
       at("Slow")->_non_existent();
@@ -107,8 +107,8 @@ TEST_F(WellKnownObject, WaitsForARunningRequestAndServesOthersMeanwhile) {
   retired.get();
 }
 
-// What a console does that reloads the module.
-TEST_F(WellKnownObject, IsRetiredFromWithinARequestToAnother) {
+// The console reloads the module in this way.
+TEST_F(WellKnownObjects, RetireWithinARequestToAnotherObject) {
   const auto manager = server_->wellKnownObject("Manager");
   const ServantBase_var servant = new Answering(1);
   const CORBA::Object_var managerObject = manager->publish(servant.in());
@@ -136,7 +136,7 @@ class Counted final : public POA_TopoManagementManager::NodeIterator_I {
   bool& gone_;
 };
 
-TEST_F(WellKnownObject, LetsGoOfItsServantWhenItIsRetired) {
+TEST_F(WellKnownObjects, ReleaseTheServantOnRetire) {
   bool gone = false;
   const auto object = server_->wellKnownObject("Key");
   ServantBase_var servant = new Counted(gone);
@@ -147,7 +147,7 @@ TEST_F(WellKnownObject, LetsGoOfItsServantWhenItIsRetired) {
   EXPECT_TRUE(gone);
 }
 
-TEST_F(WellKnownObject, IsGoneWithItsObject) {
+TEST_F(WellKnownObjects, DoNotExistAfterTheirDestruction) {
   {
     const auto object = server_->wellKnownObject("Key");
     const ServantBase_var servant = new Answering(1);
