@@ -10,7 +10,7 @@
 int main(int argc, char* argv[]) {
   topoctl::occupyStandardDescriptors();
   std::signal(SIGPIPE, SIG_IGN);  // a closed pipe is reported as a failed write
-  topoctl::Output out(STDOUT_FILENO);
+  topoctl::OutputStream out(STDOUT_FILENO);
   const char* const agent = std::getenv("TOPO_AGENT");
   return topoctl::run({argv + 1, argv + argc}, agent == nullptr ? "" : agent,
                       {out, std::cerr, isatty(STDERR_FILENO) == 1});

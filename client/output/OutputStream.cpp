@@ -42,7 +42,7 @@ void DescriptorBuffer::writeBuffered() {
   }
 }
 
-Output::Output(int descriptor) : std::ostream(nullptr), buffer_(descriptor) {
+OutputStream::OutputStream(int descriptor) : std::ostream(nullptr), buffer_(descriptor) {
   rdbuf(&buffer_);
   exceptions(std::ios::badbit);  // passes the exceptions of the buffer
 }

@@ -28,9 +28,9 @@ class DescriptorBuffer final : public std::streambuf {
 
 // A stream on a DescriptorBuffer, whose failures pass. The destructor does not flush.
 // Thread-safety: none.
-class Output final : public std::ostream {
+class OutputStream final : public std::ostream {
  public:
-  explicit Output(int descriptor);  // borrowed
+  explicit OutputStream(int descriptor);  // borrowed
 
  private:
   DescriptorBuffer buffer_;
