@@ -1,5 +1,6 @@
 #include "client/agent/CallFailure.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -16,15 +17,20 @@ namespace {
 
 using globaldefs::ExceptionType_T;
 
+testing::Matcher<CommandFailure> exitWithPrefix(int exitCode, const std::string& prefix) {
+  return testing::AllOf(testing::Field(&CommandFailure::exitCode, exitCode),
+                        testing::Field(&CommandFailure::line, testing::StartsWith(prefix)));
+}
+
 class CallFailures : public WithAgent {
  protected:
-  std::string failureAt(const std::string& reference) const {
+  CommandFailure failureAt(const std::string& reference) const {
     Options at = options("topo");
     at.access.reference = reference;
     return failureOf(at);
   }
 
-  std::string refusal(ExceptionType_T type, const std::string& reason) {
+  CommandFailure refusal(ExceptionType_T type, const std::string& reason) {
     script.onView = [=] { throw globaldefs::ProcessingFailureException(type, reason.c_str()); };
     return failureOf(options("topo"));
   }
@@ -34,33 +40,37 @@ class CallFailures : public WithAgent {
 
 TEST_F(CallFailures, NameTheExceptionTypeAndTheReason) {
   EXPECT_EQ(refusal(globaldefs::EXCPT_NOT_IMPLEMENTED, "later"),
-            "3 topoctl: the agent refused: EXCPT_NOT_IMPLEMENTED: later\n");
+            exitWith(3, "topoctl: the agent refused: EXCPT_NOT_IMPLEMENTED: later\n"));
   EXPECT_EQ(refusal(globaldefs::EXCPT_INVALID_INPUT, "no such subnetwork"),
-            "3 topoctl: the agent refused: EXCPT_INVALID_INPUT: no such subnetwork\n");
+            exitWith(3, "topoctl: the agent refused: EXCPT_INVALID_INPUT: no such subnetwork\n"));
   EXPECT_EQ(refusal(globaldefs::EXCPT_ENTITY_NOT_FOUND, "x"),
-            "3 topoctl: the agent refused: EXCPT_ENTITY_NOT_FOUND: x\n");
+            exitWith(3, "topoctl: the agent refused: EXCPT_ENTITY_NOT_FOUND: x\n"));
   EXPECT_EQ(refusal(globaldefs::EXCPT_USERLABEL_IN_USE, "y"),
-            "3 topoctl: the agent refused: EXCPT_USERLABEL_IN_USE: y\n");
+            exitWith(3, "topoctl: the agent refused: EXCPT_USERLABEL_IN_USE: y\n"));
 }
 
 TEST_F(CallFailures, NameTheExceptionTypeWithoutAReason) {
   EXPECT_EQ(refusal(globaldefs::EXCPT_ACCESS_DENIED, ""),
-            "3 topoctl: the agent refused: EXCPT_ACCESS_DENIED\n");
+            exitWith(3, "topoctl: the agent refused: EXCPT_ACCESS_DENIED\n"));
 }
 
 TEST_F(CallFailures, EscapeControlCharactersInTheReason) {
-  EXPECT_EQ(refusal(globaldefs::EXCPT_INTERNAL_ERROR, "two\nlines \x1b[31m \xff"),
-            "3 topoctl: the agent refused: EXCPT_INTERNAL_ERROR: two\\nlines \\x1b[31m \ufffd\n");
+  EXPECT_EQ(
+      refusal(globaldefs::EXCPT_INTERNAL_ERROR, "two\nlines \x1b[31m \xff"),
+      exitWith(3,
+               "topoctl: the agent refused: EXCPT_INTERNAL_ERROR: two\\nlines \\x1b[31m \ufffd\n"));
 }
 
 TEST_F(CallFailures, NameAnyOtherSystemException) {
   script.onView = [] { throw CORBA::NO_RESOURCES(); };
   EXPECT_EQ(failureOf(options("topo")),
-            "4 topoctl: a call to the agent at '" + agentReference() + "' failed: NO_RESOURCES\n");
+            exitWith(4, "topoctl: a call to the agent at '" + agentReference() +
+                            "' failed: NO_RESOURCES\n"));
 }
 
 TEST_F(CallFailures, NameAnObjectThatDoesNotExist) {
-  EXPECT_EQ(failureAt("corbaloc::" + address() + "/SomethingElse").substr(0, 12), "2 topoctl: t");
+  EXPECT_THAT(failureAt("corbaloc::" + address() + "/SomethingElse"),
+              exitWithPrefix(2, "topoctl: t"));
 }
 
 TEST_F(CallFailures, NameAnObjectOfAnotherType) {
@@ -68,50 +78,62 @@ TEST_F(CallFailures, NameAnObjectOfAnotherType) {
   const PortableServer::Servant_var<support::FakeNaming> naming = new support::FakeNaming;
   const CORBA::Object_var reference = other->publish(naming.in());
   EXPECT_EQ(failureAt("corbaloc::" + address() + "/Other"),
-            "4 topoctl: the object of the reference 'corbaloc::" + address() +
-                "/Other' is not a TopoMgr_I\n");
+            exitWith(4, "topoctl: the object of the reference 'corbaloc::" + address() +
+                            "/Other' is not a TopoMgr_I\n"));
   other->retire();
 }
 
 // ---- references
 
 TEST_F(CallFailures, ExplainAMalformedReference) {
-  EXPECT_EQ(failureAt(""),
-            "1 topoctl: the reference '' is malformed: it starts with none of IOR:, corbaloc:, "
-            "corbaname:\n");
-  EXPECT_EQ(failureAt("127.0.0.1:2810"),
-            "1 topoctl: the reference '127.0.0.1:2810' is malformed: it starts with none of IOR:, "
-            "corbaloc:, corbaname:\n");
-  EXPECT_EQ(failureAt("corbaloc::h:1/a b"),
-            "1 topoctl: the reference 'corbaloc::h:1/a b' is malformed: it contains white space or "
-            "control characters\n");
+  EXPECT_EQ(
+      failureAt(""),
+      exitWith(1,
+               "topoctl: the reference '' is malformed: it starts with none of IOR:, corbaloc:, "
+               "corbaname:\n"));
+  EXPECT_EQ(
+      failureAt("127.0.0.1:2810"),
+      exitWith(1,
+               "topoctl: the reference '127.0.0.1:2810' is malformed: it starts with none of IOR:, "
+               "corbaloc:, corbaname:\n"));
+  EXPECT_EQ(
+      failureAt("corbaloc::h:1/a b"),
+      exitWith(
+          1,
+          "topoctl: the reference 'corbaloc::h:1/a b' is malformed: it contains white space or "
+          "control characters\n"));
   EXPECT_EQ(failureAt("corbaname::h:1"),
-            "1 topoctl: the reference 'corbaname::h:1' is malformed: it has no #NAME\n");
-  EXPECT_EQ(failureAt("corbaname::h:1#"),
-            "1 topoctl: the reference 'corbaname::h:1#' is malformed: it has no #NAME\n");
-  EXPECT_EQ(failureAt("corbaname::h:1#a%00"),
-            "1 topoctl: the reference 'corbaname::h:1#a%00' is malformed: '%00' stands for no "
-            "character\n");
+            exitWith(1, "topoctl: the reference 'corbaname::h:1' is malformed: it has no #NAME\n"));
+  EXPECT_EQ(
+      failureAt("corbaname::h:1#"),
+      exitWith(1, "topoctl: the reference 'corbaname::h:1#' is malformed: it has no #NAME\n"));
+  EXPECT_EQ(
+      failureAt("corbaname::h:1#a%00"),
+      exitWith(1,
+               "topoctl: the reference 'corbaname::h:1#a%00' is malformed: '%00' stands for no "
+               "character\n"));
 }
 
 TEST_F(CallFailures, ExplainAReferenceThatTheOrbRejects) {
   for (const std::string reference :
        {"IOR:", "IOR:zz", "IOR:00", "corbaloc:", "corbaloc:nonsense", "corbaloc::h:port/X"}) {
-    const std::string expected = "1 topoctl: the reference '" + reference + "' is malformed: ";
-    EXPECT_EQ(failureAt(reference).substr(0, expected.size()), expected);
+    const std::string expected = "topoctl: the reference '" + reference + "' is malformed: ";
+    EXPECT_THAT(failureAt(reference), exitWithPrefix(1, expected));
   }
 }
 
 TEST_F(CallFailures, ExplainANilReference) {
-  EXPECT_EQ(failureAt("IOR:00000000000000010000000000000000"),
-            "1 topoctl: the reference 'IOR:00000000000000010000000000000000' is malformed: it is "
-            "nil\n");
+  EXPECT_EQ(
+      failureAt("IOR:00000000000000010000000000000000"),
+      exitWith(1,
+               "topoctl: the reference 'IOR:00000000000000010000000000000000' is malformed: it is "
+               "nil\n"));
 }
 
 TEST_F(CallFailures, ShortenALongReference) {
   const std::string reference = "IOR:" + std::string(1000, 'z');
-  const std::string expected = "1 topoctl: the reference '" + reference.substr(0, 100) + "...' is ";
-  EXPECT_EQ(failureAt(reference).substr(0, expected.size()), expected);
+  const std::string expected = "topoctl: the reference '" + reference.substr(0, 100) + "...' is ";
+  EXPECT_THAT(failureAt(reference), exitWithPrefix(1, expected));
 }
 
 // ---- IOR files
@@ -144,37 +166,41 @@ TEST_F(IorFiles, MayContainAnyFormOfReference) {
 }
 
 TEST_F(IorFiles, AreNamedWhenUnreadable) {
-  EXPECT_EQ(failureOf(withPath("/no/such/file")),
-            "1 topoctl: the IOR file '/no/such/file' cannot be read: No such file or directory\n");
+  EXPECT_EQ(
+      failureOf(withPath("/no/such/file")),
+      exitWith(
+          1, "topoctl: the IOR file '/no/such/file' cannot be read: No such file or directory\n"));
   EXPECT_EQ(failureOf(withPath("")),
-            "1 topoctl: the IOR file '' cannot be read: No such file or directory\n");
+            exitWith(1, "topoctl: the IOR file '' cannot be read: No such file or directory\n"));
   EXPECT_EQ(failureOf(withPath("/")),
-            "1 topoctl: the IOR file '/' cannot be read: Is a directory\n");
+            exitWith(1, "topoctl: the IOR file '/' cannot be read: Is a directory\n"));
 }
 
 TEST_F(IorFiles, AreNamedWhenEmpty) {
-  EXPECT_EQ(failureOf(withFile("")), "1 topoctl: the IOR file '" + path_ + "' is empty\n");
-  EXPECT_EQ(failureOf(withFile(" \n\n")), "1 topoctl: the IOR file '" + path_ + "' is empty\n");
+  EXPECT_EQ(failureOf(withFile("")),
+            exitWith(1, "topoctl: the IOR file '" + path_ + "' is empty\n"));
+  EXPECT_EQ(failureOf(withFile(" \n\n")),
+            exitWith(1, "topoctl: the IOR file '" + path_ + "' is empty\n"));
 }
 
 TEST_F(IorFiles, AreNamedWhenTheContentIsNoReference) {
-  const std::string holdsNone =
-      "1 topoctl: the IOR file '" + path_ + "' holds no object reference: ";
+  const std::string holdsNone = "topoctl: the IOR file '" + path_ + "' holds no object reference: ";
   EXPECT_EQ(failureOf(withFile("hello\n")),
-            holdsNone + "it starts with none of IOR:, corbaloc:, corbaname:\n");
+            exitWith(1, holdsNone + "it starts with none of IOR:, corbaloc:, corbaname:\n"));
   EXPECT_EQ(failureOf(withFile("IOR:00\nIOR:00\n")),
-            holdsNone + "it contains white space or control characters\n");
+            exitWith(1, holdsNone + "it contains white space or control characters\n"));
   EXPECT_EQ(failureOf(withFile(std::string("IOR:\0", 5))),
-            holdsNone + "it contains white space or control characters\n");
-  EXPECT_EQ(failureOf(withFile("IOR:garbage")).substr(0, holdsNone.size()), holdsNone);
+            exitWith(1, holdsNone + "it contains white space or control characters\n"));
+  EXPECT_THAT(failureOf(withFile("IOR:garbage")), exitWithPrefix(1, holdsNone));
   EXPECT_EQ(failureOf(withPath("/dev/zero")),
-            "1 topoctl: the IOR file '/dev/zero' is too long for an object reference\n");
+            exitWith(1, "topoctl: the IOR file '/dev/zero' is too long for an object reference\n"));
 }
 
 TEST_F(IorFiles, AreNamedWhenTheirAgentFails) {
   script.onView = [] { throw CORBA::TRANSIENT(); };
   EXPECT_EQ(failureOf(withFile(agentReference())),
-            "2 topoctl: the agent of the IOR file '" + path_ + "' is not reachable: TRANSIENT\n");
+            exitWith(2, "topoctl: the agent of the IOR file '" + path_ +
+                            "' is not reachable: TRANSIENT\n"));
 }
 
 // ---- names
@@ -223,22 +249,24 @@ TEST_F(CorbaNames, AreResolved) {
 }
 
 TEST_F(CorbaNames, AreReportedWhenNotBound) {
-  EXPECT_EQ(failureAt(reference("#Nothing")), "2 topoctl: the naming service of '" +
-                                                  reference("#Nothing") +
-                                                  "' has no object of the name 'Nothing'\n");
-  EXPECT_EQ(failureAt(reference("#nil")), "2 topoctl: the naming service of '" + reference("#nil") +
-                                              "' has no object of the name 'nil'\n");
+  EXPECT_EQ(failureAt(reference("#Nothing")),
+            exitWith(2, "topoctl: the naming service of '" + reference("#Nothing") +
+                            "' has no object of the name 'Nothing'\n"));
+  EXPECT_EQ(failureAt(reference("#nil")),
+            exitWith(2, "topoctl: the naming service of '" + reference("#nil") +
+                            "' has no object of the name 'nil'\n"));
 }
 
 TEST_F(CorbaNames, AreMalformedWhenTheNamingServiceRejectsThem) {
-  EXPECT_EQ(failureAt(reference("#a..b")), "1 topoctl: the reference '" + reference("#a..b") +
-                                               "' is malformed: 'a..b' is not a name\n");
+  EXPECT_EQ(failureAt(reference("#a..b")),
+            exitWith(1, "topoctl: the reference '" + reference("#a..b") +
+                            "' is malformed: 'a..b' is not a name\n"));
 }
 
 TEST_F(CorbaNames, NeedAReachableNamingService) {
-  EXPECT_EQ(failureAt(reference("/TopoManagement#x")), "4 topoctl: the naming service of '" +
-                                                           reference("/TopoManagement#x") +
-                                                           "' is not a NamingContextExt\n");
+  EXPECT_EQ(failureAt(reference("/TopoManagement#x")),
+            exitWith(4, "topoctl: the naming service of '" + reference("/TopoManagement#x") +
+                            "' is not a NamingContextExt\n"));
 }
 
 // ---- this process
@@ -252,22 +280,23 @@ TEST(LocalFailures, OfTheOutputEndWith5) {
 }
 
 template <typename Thrown>
-std::string translated(const Thrown& thrown) {
+CommandFailure translated(const Thrown& thrown) {
   try {
     throw thrown;
   } catch (...) {
     const Failure failure = currentFailure(AgentAccess());
-    return std::to_string(static_cast<int>(failure.code())) + " " + failure.what();
+    return {static_cast<int>(failure.code()), failure.what()};
   }
 }
 
 TEST(LocalFailures, OfAnyExceptionTypeAreTranslated) {
-  EXPECT_EQ(translated(std::bad_alloc()), "5 out of memory");
-  EXPECT_EQ(translated(std::runtime_error("something")), "5 something");
-  EXPECT_EQ(translated(42), "5 an unknown failure");
+  EXPECT_EQ(translated(std::bad_alloc()), exitWith(5, "out of memory"));
+  EXPECT_EQ(translated(std::runtime_error("something")), exitWith(5, "something"));
+  EXPECT_EQ(translated(42), exitWith(5, "an unknown failure"));
   EXPECT_EQ(translated(CosNaming::NamingContext::AlreadyBound()),
-            "4 a call to the agent at 'corbaloc::127.0.0.1:2810/TopoManagement' failed: "
-            "AlreadyBound");
+            exitWith(4,
+                     "a call to the agent at 'corbaloc::127.0.0.1:2810/TopoManagement' failed: "
+                     "AlreadyBound"));
 }
 
 }  // namespace

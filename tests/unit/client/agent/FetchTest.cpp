@@ -103,36 +103,40 @@ TEST_F(Fetch, DestroysTheIteratorAfterAnExceptionOfTheAgent) {
     throw globaldefs::ProcessingFailureException(globaldefs::EXCPT_INTERNAL_ERROR, "no more");
   };
   EXPECT_EQ(failureOf(options("topo", 2)),
-            "3 topoctl: the agent refused: EXCPT_INTERNAL_ERROR: no more\n");
+            exitWith(3, "topoctl: the agent refused: EXCPT_INTERNAL_ERROR: no more\n"));
   EXPECT_THAT(script.calls(), ElementsAre("topo(2)", "next_n(2)", "destroy"));
 }
 
 TEST_F(Fetch, DestroysTheIteratorAfterAFailedCall) {
   script.onNext = [] { throw CORBA::NO_MEMORY(); };
   EXPECT_EQ(failureOf(options("topo", 2)),
-            "4 topoctl: a call to the agent at '" + agentReference() + "' failed: NO_MEMORY\n");
+            exitWith(4, "topoctl: a call to the agent at '" + agentReference() +
+                            "' failed: NO_MEMORY\n"));
   EXPECT_THAT(script.calls(), ElementsAre("topo(2)", "next_n(2)", "destroy"));
 }
 
 TEST_F(Fetch, DoesNotDestroyAnUnreachableIterator) {
   script.onNext = [] { throw CORBA::TRANSIENT(); };
   EXPECT_EQ(failureOf(options("topo", 2)),
-            "2 topoctl: the agent at '" + agentReference() + "' is not reachable: TRANSIENT\n");
+            exitWith(2, "topoctl: the agent at '" + agentReference() +
+                            "' is not reachable: TRANSIENT\n"));
   EXPECT_THAT(script.calls(), ElementsAre("topo(2)", "next_n(2)"));
 }
 
 TEST_F(Fetch, FailsWhenTheIteratorDeliversNoRecord) {
   script.deliversNothing = true;
   EXPECT_EQ(failureOf(options("topo", 2)),
-            "4 topoctl: the iterator delivers nothing, yet says that more remains\n");
+            exitWith(4, "topoctl: the iterator delivers nothing, yet says that more remains\n"));
   EXPECT_THAT(script.calls(), ElementsAre("topo(2)", "next_n(2)", "destroy"));
 }
 
 TEST_F(Fetch, ReportsAnIteratorThatEndedEarlyAndPrintsNoRecord) {
   script.vanishes = true;
-  EXPECT_EQ(failureOf(options("topo", 2)),
-            "4 topoctl: the iterator ended early, after 4 records: the agent was restarted, or "
-            "dropped it because it was idle for too long\n");
+  EXPECT_EQ(
+      failureOf(options("topo", 2)),
+      exitWith(4,
+               "topoctl: the iterator ended early, after 4 records: the agent was restarted, or "
+               "dropped it because it was idle for too long\n"));
   EXPECT_THAT(script.calls(), ElementsAre("topo(2)", "next_n(2)"));
 }
 

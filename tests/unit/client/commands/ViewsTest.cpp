@@ -94,14 +94,15 @@ TEST_F(Views, ReportAnExceptionOfTheAgent) {
   };
   for (const char* const command : {"protect", "below", "clocks", "clock-links", "tree"}) {
     EXPECT_EQ(failureOf(viewOptions(command)),
-              "3 topoctl: the agent refused: EXCPT_INVALID_INPUT: no way\n");
+              exitWith(3, "topoctl: the agent refused: EXCPT_INVALID_INPUT: no way\n"));
   }
 }
 
 TEST_F(Views, OfLinksDestroyTheirIteratorAfterAFailure) {
   script.onNext = [] { throw CORBA::NO_MEMORY(); };
   EXPECT_EQ(failureOf(options("clock-links", 2)),
-            "4 topoctl: a call to the agent at '" + agentReference() + "' failed: NO_MEMORY\n");
+            exitWith(4, "topoctl: a call to the agent at '" + agentReference() +
+                            "' failed: NO_MEMORY\n"));
   EXPECT_THAT(script.calls(), ElementsAre("links(2)", "next_n(2)", "destroy"));
 }
 
@@ -178,13 +179,17 @@ TEST_F(Views, BelowASubnetworkNeedNoIteratorWhenThereIsOneNode) {
 
 TEST_F(Views, BelowASubnetworkFailWithoutAnEms) {
   script.nodes[0].name.length(0);
-  EXPECT_EQ(failureOf(below({{"TopoSubnetwork", "core"}}, false)),
-            "4 topoctl: the name of the agent's first node has no EMS; give the whole name with "
-            "--name\n");
+  EXPECT_EQ(
+      failureOf(below({{"TopoSubnetwork", "core"}}, false)),
+      exitWith(4,
+               "topoctl: the name of the agent's first node has no EMS; give the whole name with "
+               "--name\n"));
   script.nodes.length(0);
-  EXPECT_EQ(failureOf(below({{"TopoSubnetwork", "core"}}, false)),
-            "4 topoctl: the agent shows no node to learn the EMS name from; give the whole name "
-            "with --name\n");
+  EXPECT_EQ(
+      failureOf(below({{"TopoSubnetwork", "core"}}, false)),
+      exitWith(4,
+               "topoctl: the agent shows no node to learn the EMS name from; give the whole name "
+               "with --name\n"));
   EXPECT_THAT(script.calls(), ElementsAre("topo(1)", "destroy", "topo(1)"));
 }
 

@@ -9,6 +9,10 @@ namespace topoctl {
 
 std::unique_ptr<orb::Server> WithAgent::server_;
 
+void PrintTo(const CommandFailure& failure, std::ostream* out) {
+  *out << "exit code " << failure.exitCode << ", " << testing::PrintToString(failure.line);
+}
+
 void WithAgent::startServer(const orb::Options& options) {
   server_ = orb::startServer(options, {"127.0.0.1", 0}, [](const std::string&) {});
   const PortableServer::POAManager_var manager = server_->rootPoa()->the_POAManager();
@@ -54,16 +58,17 @@ std::string WithAgent::output(const Options& options) const {
   return out.str();
 }
 
-std::string WithAgent::failureOf(const Options& options) const {
+CommandFailure WithAgent::failureOf(const Options& options) const {
   std::ostringstream out;
   std::ostringstream err;
   try {
     execute(options, server_->get(), {out, err, false});
-    return "no failure";
+    ADD_FAILURE() << "the command succeeded";
+    return {0, ""};
   } catch (...) {
     EXPECT_EQ(out.str(), "");
     const int code = report(currentFailure(options.access), err);
-    return std::to_string(code) + " " + err.str();
+    return {code, err.str()};
   }
 }
 

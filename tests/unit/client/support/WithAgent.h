@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <iosfwd>
 #include <memory>
 #include <string>
 
@@ -13,6 +14,22 @@
 #include "tests/unit/client/support/FakeAgent.h"
 
 namespace topoctl {
+
+// The report of a failed command.
+struct CommandFailure {
+  int exitCode;
+  std::string line;  // of standard error
+};
+
+inline CommandFailure exitWith(int exitCode, const std::string& line) {
+  return {exitCode, line};
+}
+
+inline bool operator==(const CommandFailure& a, const CommandFailure& b) {
+  return a.exitCode == b.exitCode && a.line == b.line;
+}
+
+void PrintTo(const CommandFailure& failure, std::ostream* out);
 
 // Calls within this process bypass the network: they have no size limit and never fail to connect.
 // Tests of those failures run the program instead.
@@ -34,8 +51,8 @@ class WithAgent : public testing::Test {
   // Runs a command in this process and returns its output. Exceptions pass.
   std::string output(const Options& options) const;
 
-  // As the program reports it: the exit code and the line of a command that fails.
-  std::string failureOf(const Options& options) const;
+  // Runs a command that fails in this process. Fails the test when the command succeeds.
+  CommandFailure failureOf(const Options& options) const;
 
   Script script;
 

@@ -13,8 +13,8 @@ using KnownNodesTest = support::WithOrb;
 using Resync = support::WithOrb;
 
 using testing::ElementsAre;
+using testing::IsEmpty;
 using TopoManagementManager::Node_T;
-using Ids = std::vector<std::string>;
 
 Node_T nodeBelow(const std::string& id, const std::string& parent) {
   Node_T node = makeNode(id);
@@ -36,7 +36,7 @@ KnownNodes knownOf(const std::vector<Node_T>& nodes) {
   return known;
 }
 
-std::deque<Event> held(const std::vector<CosNotification::StructuredEvent>& received) {
+std::deque<Event> pending(const std::vector<CosNotification::StructuredEvent>& received) {
   std::deque<Event> events;
   for (const auto& event : received) {
     events.push_back(decode(event));
@@ -44,21 +44,45 @@ std::deque<Event> held(const std::vector<CosNotification::StructuredEvent>& rece
   return events;
 }
 
-// "+core", "-core", "core nativeEMSName"
-Ids told(const std::vector<Event>& events) {
-  Ids ids;
+// The parts of a synthetic event that the tests compare.
+struct Difference {
+  EventKind kind;
+  std::string node;
+  std::vector<std::string> attributes;
+};
+
+bool operator==(const Difference& a, const Difference& b) {
+  return a.kind == b.kind && a.node == b.node && a.attributes == b.attributes;
+}
+
+void PrintTo(const Difference& difference, std::ostream* out) {
+  *out << "kind " << static_cast<int>(difference.kind) << " of " << difference.node << ": "
+       << testing::PrintToString(difference.attributes);
+}
+
+Difference created(const std::string& node) {
+  return {EventKind::kCreation, node, {}};
+}
+
+Difference deleted(const std::string& node) {
+  return {EventKind::kDeletion, node, {}};
+}
+
+Difference changed(const std::string& node, const std::vector<std::string>& attributes) {
+  return {EventKind::kChange, node, attributes};
+}
+
+std::vector<Difference> differences(const std::vector<Event>& events) {
+  std::vector<Difference> result;
   for (const Event& event : events) {
     EXPECT_TRUE(event.isResync);
-    const std::string id = (*event.objectName)[1].value.in();
-    std::string line = event.kind == EventKind::kCreation   ? "+" + id
-                       : event.kind == EventKind::kDeletion ? "-" + id
-                                                            : id;
-    for (const ChangedAttribute& changed : event.attributes) {
-      line += " " + changed.name;
+    Difference difference{event.kind, (*event.objectName)[1].value.in(), {}};
+    for (const ChangedAttribute& attribute : event.attributes) {
+      difference.attributes.push_back(attribute.name);
     }
-    ids.push_back(line);
+    result.push_back(difference);
   }
-  return ids;
+  return result;
 }
 
 // The native name of a node; "" for an unknown node.
@@ -101,8 +125,8 @@ TEST_F(KnownNodesTest, ApplyEvents) {
 
 TEST_F(KnownNodesTest, ApplyEventsIdempotently) {
   const auto events =
-      held({creation("1", makeNode("a")), renaming("2", "a", "A"), deletion("3", "b"),
-            creation("4", makeNode("b")), renaming("5", "c", "C"), deletion("6", "a")});
+      pending({creation("1", makeNode("a")), renaming("2", "a", "A"), deletion("3", "b"),
+               creation("4", makeNode("b")), renaming("5", "c", "C"), deletion("6", "a")});
   KnownNodes once = knownOf({makeNode("b"), makeNode("c")});
   for (const Event& event : events) {
     once.apply(event);
@@ -111,7 +135,7 @@ TEST_F(KnownNodesTest, ApplyEventsIdempotently) {
   for (const Event& event : events) {
     twice.apply(event);
   }
-  EXPECT_EQ(told(resync(once, twice, {})), Ids());
+  EXPECT_THAT(differences(resync(once, twice, {})), IsEmpty());
   EXPECT_EQ(twice.size(), 2U);
 }
 
@@ -130,7 +154,7 @@ TEST_F(KnownNodesTest, IgnoreIncompleteEvents) {
                        {"other", std::string("x")}};
   known.apply(change);
   KnownNodes same = knownOf({makeNode("a")});
-  EXPECT_EQ(told(resync(known, same, {})), Ids());
+  EXPECT_THAT(differences(resync(known, same, {})), IsEmpty());
 }
 
 TEST_F(KnownNodesTest, IgnoreEventsOfOtherKinds) {
@@ -149,7 +173,7 @@ TEST_F(KnownNodesTest, ReplaceANodeOfTheSameNameInPlace) {
   known.apply(decode(creation("1", nodeNamed("a", "A"))));
   EXPECT_EQ(nameIn(known, "a"), "A");
   KnownNodes read;
-  EXPECT_THAT(told(resync(known, read, {})), ElementsAre("-a", "-b"));
+  EXPECT_THAT(differences(resync(known, read, {})), ElementsAre(deleted("a"), deleted("b")));
 }
 
 TEST_F(KnownNodesTest, ApplyChangesOfEveryField) {
@@ -162,9 +186,9 @@ TEST_F(KnownNodesTest, ApplyChangesOfEveryField) {
   change.attributes.push_back({"additionalInfo", globaldefs::NVSList_T()});
   known.apply(change);
   KnownNodes before = knownOf({makeNode("a")});
-  EXPECT_THAT(told(resync(known, before, {})),
-              ElementsAre("a nativeEMSName nodeType nodeParam1 nodeParam2 relatedName "
-                          "additionalInfo"));
+  EXPECT_THAT(differences(resync(known, before, {})),
+              ElementsAre(changed("a", {"nativeEMSName", "nodeType", "nodeParam1", "nodeParam2",
+                                        "relatedName", "additionalInfo"})));
 }
 
 // ---- differences
@@ -172,14 +196,15 @@ TEST_F(KnownNodesTest, ApplyChangesOfEveryField) {
 TEST_F(Resync, ReturnsNoEventForEqualViews) {
   const KnownNodes known = knownOf({makeNode("a"), nodeBelow("b", "a")});
   KnownNodes read = knownOf({nodeBelow("b", "a"), makeNode("a")});
-  EXPECT_EQ(told(resync(known, read, {})), Ids());
+  EXPECT_THAT(differences(resync(known, read, {})), IsEmpty());
 }
 
 TEST_F(Resync, ReturnsDeletionsCreationsAndChangesWithValues) {
   const KnownNodes known = knownOf({makeNode("a"), makeNode("b")});
   KnownNodes read = knownOf({nodeNamed("b", "B"), makeNode("c")});
   const auto events = resync(known, read, {});
-  EXPECT_THAT(told(events), ElementsAre("-a", "+c", "b nativeEMSName"));
+  EXPECT_THAT(differences(events),
+              ElementsAre(deleted("a"), created("c"), changed("b", {"nativeEMSName"})));
   EXPECT_STREQ(std::get<Node_T>(events[1].object).nativeEMSName, "name of c");
   EXPECT_EQ(std::get<std::string>(events[2].attributes[0].value), "B");
   EXPECT_EQ(events[0].notificationId, std::nullopt);
@@ -189,14 +214,14 @@ TEST_F(Resync, ReturnsDeletionsCreationsAndChangesWithValues) {
 TEST_F(Resync, OrdersChangesAsTheView) {
   std::vector<Node_T> before;
   std::vector<Node_T> after;
-  Ids wanted;
+  std::vector<Difference> wanted;
   for (int i = 20; i > 0; --i) {
     before.push_back(makeNode(std::to_string(i)));
     after.push_back(nodeNamed(std::to_string(i), "other"));
-    wanted.push_back(std::to_string(i) + " nativeEMSName");
+    wanted.push_back(changed(std::to_string(i), {"nativeEMSName"}));
   }
   KnownNodes read = knownOf(after);
-  EXPECT_EQ(told(resync(knownOf(before), read, {})), wanted);
+  EXPECT_EQ(differences(resync(knownOf(before), read, {})), wanted);
 }
 
 TEST_F(Resync, ReturnsChangesOfPairs) {
@@ -208,30 +233,36 @@ TEST_F(Resync, ReturnsChangesOfPairs) {
   };
   const KnownNodes known = knownOf({pairs("n", "v")});
   KnownNodes otherName = knownOf({pairs("m", "v")});
-  EXPECT_THAT(told(resync(known, otherName, {})), ElementsAre("a additionalInfo"));
+  EXPECT_THAT(differences(resync(known, otherName, {})),
+              ElementsAre(changed("a", {"additionalInfo"})));
   KnownNodes otherValue = knownOf({pairs("n", "w")});
-  EXPECT_THAT(told(resync(known, otherValue, {})), ElementsAre("a additionalInfo"));
+  EXPECT_THAT(differences(resync(known, otherValue, {})),
+              ElementsAre(changed("a", {"additionalInfo"})));
 }
 
 TEST_F(Resync, OrdersDeletionsChildrenFirst) {
   const KnownNodes known = knownOf({makeNode("top"), nodeBelow("leaf", "middle"),
                                     nodeBelow("middle", "top"), nodeBelow("other", "top")});
   KnownNodes read;
-  EXPECT_THAT(told(resync(known, read, {})), ElementsAre("-leaf", "-middle", "-other", "-top"));
+  EXPECT_THAT(differences(resync(known, read, {})),
+              ElementsAre(deleted("leaf"), deleted("middle"), deleted("other"), deleted("top")));
 }
 
 TEST_F(Resync, OrdersCreationsParentsFirst) {
   const KnownNodes known = knownOf({makeNode("top")});
   KnownNodes read = knownOf({nodeBelow("leaf", "middle"), nodeBelow("z", "top"), makeNode("top"),
                              nodeBelow("middle", "top"), nodeBelow("a", "top")});
-  EXPECT_THAT(told(resync(known, read, {})), ElementsAre("+z", "+middle", "+a", "+leaf"));
+  EXPECT_THAT(differences(resync(known, read, {})),
+              ElementsAre(created("z"), created("middle"), created("a"), created("leaf")));
 }
 
 TEST_F(Resync, TerminatesForCycles) {
   const KnownNodes known =
       knownOf({nodeBelow("a", "b"), nodeBelow("b", "c"), nodeBelow("c", "a"), nodeBelow("d", "d")});
   KnownNodes read;
-  EXPECT_THAT(told(resync(known, read, {})), testing::UnorderedElementsAre("-a", "-b", "-c", "-d"));
+  EXPECT_THAT(
+      differences(resync(known, read, {})),
+      testing::UnorderedElementsAre(deleted("a"), deleted("b"), deleted("c"), deleted("d")));
 }
 
 TEST_F(Resync, HandlesADeepChain) {
@@ -241,10 +272,10 @@ TEST_F(Resync, HandlesADeepChain) {
   }
   const KnownNodes known = knownOf(nodes);
   KnownNodes read;
-  const Ids ids = told(resync(known, read, {}));
-  EXPECT_EQ(ids.size(), 20000U);
-  EXPECT_EQ(ids.front(), "-19999");
-  EXPECT_EQ(ids.back(), "-0");
+  const auto deletions = differences(resync(known, read, {}));
+  EXPECT_EQ(deletions.size(), 20000U);
+  EXPECT_EQ(deletions.front(), deleted("19999"));
+  EXPECT_EQ(deletions.back(), deleted("0"));
 }
 
 // ---- pending events
@@ -252,19 +283,19 @@ TEST_F(Resync, HandlesADeepChain) {
 TEST_F(Resync, LeavesOutTheChangeOfAPendingEvent) {
   const KnownNodes known = knownOf({makeNode("gone"), makeNode("renamed")});
   KnownNodes read = knownOf({nodeNamed("renamed", "R"), makeNode("new")});
-  EXPECT_EQ(told(resync(known, read,
-                        held({creation("1", makeNode("new")), renaming("2", "renamed", "R"),
-                              deletion("3", "gone")}))),
-            Ids());
+  EXPECT_THAT(differences(resync(known, read,
+                                 pending({creation("1", makeNode("new")),
+                                          renaming("2", "renamed", "R"), deletion("3", "gone")}))),
+              IsEmpty());
 }
 
 TEST_F(Resync, LeavesOutTheChangeOfAPendingEventThatIsNewerThanTheView) {
   const KnownNodes known = knownOf({makeNode("gone"), makeNode("renamed")});
   KnownNodes read = known;
-  EXPECT_EQ(told(resync(known, read,
-                        held({creation("1", makeNode("new")), renaming("2", "renamed", "R"),
-                              deletion("3", "gone")}))),
-            Ids());
+  EXPECT_THAT(differences(resync(known, read,
+                                 pending({creation("1", makeNode("new")),
+                                          renaming("2", "renamed", "R"), deletion("3", "gone")}))),
+              IsEmpty());
   EXPECT_EQ(nameIn(read, "renamed"), "R");
   EXPECT_EQ(nameIn(read, "new"), "name of new");
   EXPECT_EQ(read.size(), 2U);
@@ -273,34 +304,36 @@ TEST_F(Resync, LeavesOutTheChangeOfAPendingEventThatIsNewerThanTheView) {
 TEST_F(Resync, ReturnsTheLostCreationOfANodeThatAPendingEventRenames) {
   const KnownNodes known;
   KnownNodes read = knownOf({makeNode("a")});
-  const auto events = resync(known, read, held({renaming("2", "a", "A")}));
-  EXPECT_THAT(told(events), ElementsAre("+a"));
+  const auto events = resync(known, read, pending({renaming("2", "a", "A")}));
+  EXPECT_THAT(differences(events), ElementsAre(created("a")));
   EXPECT_STREQ(std::get<Node_T>(events[0].object).nativeEMSName, "A");
 }
 
 TEST_F(Resync, ReturnsNoEventForANodeThatPendingEventsCreateAndDelete) {
   const KnownNodes known;
   for (KnownNodes read : {KnownNodes(), knownOf({makeNode("a")})}) {
-    EXPECT_EQ(told(resync(known, read, held({creation("1", makeNode("a")), deletion("2", "a")}))),
-              Ids());
+    EXPECT_THAT(differences(resync(known, read,
+                                   pending({creation("1", makeNode("a")), deletion("2", "a")}))),
+                IsEmpty());
     EXPECT_EQ(read.size(), 0U);
   }
 }
 
 TEST_F(Resync, ReturnsALostChangeBesideAPendingChange) {
   const KnownNodes known = knownOf({makeNode("a")});
-  Node_T changed = nodeNamed("a", "A");
-  changed.nodeParam1 = 1;
-  KnownNodes read = knownOf({changed});
-  EXPECT_THAT(told(resync(known, read, held({renaming("2", "a", "A")}))),
-              ElementsAre("a nodeParam1"));
+  Node_T node = nodeNamed("a", "A");
+  node.nodeParam1 = 1;
+  KnownNodes read = knownOf({node});
+  EXPECT_THAT(differences(resync(known, read, pending({renaming("2", "a", "A")}))),
+              ElementsAre(changed("a", {"nodeParam1"})));
 }
 
 // The view lacks the node, so a notification of its deletion was lost.
 TEST_F(Resync, ReturnsTheLostDeletionOfANodeThatAPendingEventRenames) {
   const KnownNodes known = knownOf({makeNode("a")});
   KnownNodes read;
-  EXPECT_THAT(told(resync(known, read, held({renaming("2", "a", "A")}))), ElementsAre("-a"));
+  EXPECT_THAT(differences(resync(known, read, pending({renaming("2", "a", "A")}))),
+              ElementsAre(deleted("a")));
 }
 
 }  // namespace

@@ -20,7 +20,62 @@ namespace {
 using std::chrono::milliseconds;
 using testing::ElementsAre;
 using testing::IsEmpty;
-using Lines = std::vector<std::string>;
+using Calls = std::vector<std::string>;
+
+// The parts of a printed line that the tests compare; empty when the line lacks them.
+struct Line {
+  std::string event;
+  std::string object;  // value of the last pair of the name
+  std::string id;
+  std::string firstLostId;
+  std::string lastLostId;
+  std::size_t nodes = 0;
+  bool isResync = false;
+};
+
+bool operator==(const Line& a, const Line& b) {
+  return a.event == b.event && a.object == b.object && a.id == b.id &&
+         a.firstLostId == b.firstLostId && a.lastLostId == b.lastLostId && a.nodes == b.nodes &&
+         a.isResync == b.isResync;
+}
+
+void PrintTo(const Line& line, std::ostream* out) {
+  *out << line.event << " object " << line.object << " id " << line.id << " lost "
+       << line.firstLostId << " to " << line.lastLostId << " nodes " << line.nodes << " resync "
+       << line.isResync;
+}
+
+Line eventLine(const std::string& event, const std::string& object = "",
+               const std::string& id = "") {
+  Line line;
+  line.event = event;
+  line.object = object;
+  line.id = id;
+  return line;
+}
+
+Line resyncLine(const std::string& event, const std::string& object) {
+  Line line = eventLine(event, object);
+  line.isResync = true;
+  return line;
+}
+
+Line lostLine(const std::string& first, const std::string& last) {
+  Line line = eventLine("lost");
+  line.firstLostId = first;
+  line.lastLostId = last;
+  return line;
+}
+
+Line watchingLine(std::size_t nodes) {
+  Line line = eventLine("watching");
+  line.nodes = nodes;
+  return line;
+}
+
+Line disconnectedLine() {
+  return eventLine("disconnected");
+}
 
 class WatcherTest : public WithAgent {
  protected:
@@ -65,14 +120,13 @@ class WatcherTest : public WithAgent {
     }
   }
 
-  // The lines printed since the previous call, shortened: "watching 2", "creation n0 #7",
-  // "deletion n0 resync".
-  Lines printed() {
+  // The lines printed since the previous call.
+  std::vector<Line> printed() {
     std::istringstream text(out_.str());
     out_.str("");
-    Lines lines;
+    std::vector<Line> lines;
     for (std::string line; std::getline(text, line);) {
-      lines.push_back(shorten(nlohmann::json::parse(line)));
+      lines.push_back(toLine(nlohmann::json::parse(line)));
     }
     return lines;
   }
@@ -80,9 +134,9 @@ class WatcherTest : public WithAgent {
   void breakOutput() { out_.setstate(std::ios::badbit); }
 
   // The calls to the agent since the previous call.
-  Lines calls() {
-    const Lines all = script.calls();
-    const Lines fresh(all.begin() + static_cast<std::ptrdiff_t>(seenCalls_), all.end());
+  Calls calls() {
+    const Calls all = script.calls();
+    const Calls fresh(all.begin() + static_cast<std::ptrdiff_t>(seenCalls_), all.end());
     seenCalls_ = all.size();
     return fresh;
   }
@@ -111,22 +165,18 @@ class WatcherTest : public WithAgent {
     nodes[nodes.length() - 1] = node;
   }
 
-  static std::string shorten(const nlohmann::json& line) {
-    std::string text = line["event"];
-    if (line.contains("nodes")) {
-      text += " " + line["nodes"].dump();
+  static Line toLine(const nlohmann::json& json) {
+    Line line;
+    line.event = json["event"];
+    line.nodes = json.value("nodes", std::size_t{0});
+    line.id = json.value("notificationId", "");
+    line.firstLostId = json.value("firstLostId", "");
+    line.lastLostId = json.value("lastLostId", "");
+    line.isResync = json.value("resync", false);
+    if (json.contains("objectName")) {
+      line.object = json["objectName"].back()["value"];
     }
-    if (line.contains("objectName")) {
-      text += " " + line["objectName"].back()["value"].get<std::string>();
-    }
-    if (line.contains("notificationId")) {
-      text += " #" + line["notificationId"].get<std::string>();
-    }
-    if (line.contains("lastLostId")) {
-      text += " " + line["firstLostId"].get<std::string>() + "-" +
-              line["lastLostId"].get<std::string>();
-    }
-    return text + (line.contains("resync") ? " resync" : "");
+    return line;
   }
 
   PortableServer::Servant_var<FakeSession> session_;
@@ -143,14 +193,14 @@ class WatcherTest : public WithAgent {
 TEST_F(WatcherTest, SubscribesBeforeReadingTheView) {
   start();
   EXPECT_THAT(calls(), ElementsAre("subscribe()", "topo(1000)"));
-  EXPECT_THAT(printed(), ElementsAre("watching 2"));
+  EXPECT_THAT(printed(), ElementsAre(watchingLine(2)));
 }
 
 TEST_F(WatcherTest, ReadsAViewInBatches) {
   access.howMany = 1;
   start();
   EXPECT_THAT(calls(), ElementsAre("subscribe()", "topo(1)", "next_n(1)"));
-  EXPECT_THAT(printed(), ElementsAre("watching 2"));
+  EXPECT_THAT(printed(), ElementsAre(watchingLine(2)));
 }
 
 TEST_F(WatcherTest, PrintsEventsThatArriveDuringTheFirstReadAfterTheRead) {
@@ -159,9 +209,10 @@ TEST_F(WatcherTest, PrintsEventsThatArriveDuringTheFirstReadAfterTheRead) {
     push(deletion("6", "n0"));
   };
   start();
-  EXPECT_THAT(printed(), ElementsAre("watching 2"));
+  EXPECT_THAT(printed(), ElementsAre(watchingLine(2)));
   step(2);
-  EXPECT_THAT(printed(), ElementsAre("creation a #5", "deletion n0 #6"));
+  EXPECT_THAT(printed(),
+              ElementsAre(eventLine("creation", "a", "5"), eventLine("deletion", "n0", "6")));
 }
 
 TEST_F(WatcherTest, StartThrowsWhenTheAgentFails) {
@@ -186,7 +237,8 @@ TEST_F(WatcherTest, PrintsEachEventOnce) {
   push(eventOf("NT_ALARM"));
   push(eventOf("NT_ALARM"));
   step(4);
-  EXPECT_THAT(printed(), ElementsAre("creation a #5", "change a #7", "other", "other"));
+  EXPECT_THAT(printed(), ElementsAre(eventLine("creation", "a", "5"), eventLine("change", "a", "7"),
+                                     eventLine("other"), eventLine("other")));
   step();
   EXPECT_THAT(printed(), IsEmpty());
 }
@@ -209,7 +261,8 @@ TEST_F(WatcherTest, IsDoneAfterCountEvents) {
   EXPECT_FALSE(watcher().isDone());
   step(2);
   EXPECT_TRUE(watcher().isDone());
-  EXPECT_THAT(printed(), ElementsAre("watching 2", "creation a #5", "creation b #6"));
+  EXPECT_THAT(printed(), ElementsAre(watchingLine(2), eventLine("creation", "a", "5"),
+                                     eventLine("creation", "b", "6")));
 }
 
 TEST_F(WatcherTest, PrintsAtMostCountEvents) {
@@ -220,7 +273,7 @@ TEST_F(WatcherTest, PrintsAtMostCountEvents) {
   push(lost("5", "7", 3));
   step();
   EXPECT_TRUE(watcher().isDone());
-  EXPECT_THAT(printed(), ElementsAre("lost 5-7", testing::EndsWith("resync")));
+  EXPECT_THAT(printed(), ElementsAre(lostLine("5", "7"), testing::Field(&Line::isResync, true)));
 }
 
 TEST_F(WatcherTest, ReadsNoViewOnceTheCountIsReached) {
@@ -245,7 +298,7 @@ TEST_F(WatcherTest, CountsEventsPrintedAtADisconnection) {
   };
   step();
   EXPECT_TRUE(watcher().isDone());
-  EXPECT_THAT(printed(), ElementsAre("lost 5-7", "deletion n0 #8"));
+  EXPECT_THAT(printed(), ElementsAre(lostLine("5", "7"), eventLine("deletion", "n0", "8")));
 }
 
 TEST_F(WatcherTest, CountsEventsPrintedAfterAReconnection) {
@@ -254,11 +307,11 @@ TEST_F(WatcherTest, CountsEventsPrintedAfterAReconnection) {
   printed();
   script.onPing = [] { throw CORBA::TRANSIENT(); };
   step();
-  EXPECT_THAT(printed(), ElementsAre("disconnected"));
+  EXPECT_THAT(printed(), ElementsAre(disconnectedLine()));
   removeNode(0);
   step();
   EXPECT_TRUE(watcher().isDone());
-  EXPECT_THAT(printed(), ElementsAre("deletion n0 resync"));
+  EXPECT_THAT(printed(), ElementsAre(resyncLine("deletion", "n0")));
 }
 
 TEST_F(WatcherTest, PrintsEventsThatArriveDuringAFailedReconnection) {
@@ -271,7 +324,7 @@ TEST_F(WatcherTest, PrintsEventsThatArriveDuringAFailedReconnection) {
     throw CORBA::TRANSIENT();
   };
   step();
-  EXPECT_THAT(printed(), ElementsAre("deletion n0 #8"));
+  EXPECT_THAT(printed(), ElementsAre(eventLine("deletion", "n0", "8")));
 }
 
 TEST_F(WatcherTest, ThrowsWhenTheOutputFailsAfterAReconnection) {
@@ -346,7 +399,7 @@ TEST_F(WatcherTest, RepeatsAPingOnceOverANewConnection) {
   closed = 3;
   step();
   EXPECT_THAT(calls(), ElementsAre("ping", "ping", "unsubscribe"));
-  EXPECT_THAT(printed(), ElementsAre("disconnected"));
+  EXPECT_THAT(printed(), ElementsAre(disconnectedLine()));
 }
 
 TEST_F(WatcherTest, SubscribesAgainAfterTheLastIdWhenTheAgentDroppedTheSubscription) {
@@ -363,7 +416,7 @@ TEST_F(WatcherTest, SubscribesAgainAfterTheLastIdWhenTheAgentDroppedTheSubscript
   EXPECT_THROW(former->push_structured_event(deletion("6", "n0")), CORBA::OBJECT_NOT_EXIST);
   push(deletion("7", "n1"));
   step(2);
-  EXPECT_THAT(printed(), ElementsAre("deletion n1 #7"));
+  EXPECT_THAT(printed(), ElementsAre(eventLine("deletion", "n1", "7")));
   EXPECT_THAT(calls(), ElementsAre("ping"));
 }
 
@@ -376,7 +429,8 @@ TEST_F(WatcherTest, AcceptsIdsThatRestartWithASubscription) {
   step();
   push(deletion("1", "n1"));
   step();
-  EXPECT_THAT(printed(), ElementsAre("watching 2", "deletion n0 #1000", "deletion n1 #1"));
+  EXPECT_THAT(printed(), ElementsAre(watchingLine(2), eventLine("deletion", "n0", "1000"),
+                                     eventLine("deletion", "n1", "1")));
 }
 
 // An agent reports no gap to a subscriber without a last id.
@@ -388,7 +442,7 @@ TEST_F(WatcherTest, ComparesTheViewsWhenDroppedBeforeTheFirstEvent) {
   addNode(makeNode("n2"));
   step();
   EXPECT_THAT(calls(), ElementsAre("subscribe()", "topo(1000)"));
-  EXPECT_THAT(printed(), ElementsAre("creation n2 resync"));
+  EXPECT_THAT(printed(), ElementsAre(resyncLine("creation", "n2")));
 }
 
 TEST_F(WatcherTest, SubscribesWithoutAnIdAtAnAgentThatRejectsTheLastId) {
@@ -401,7 +455,7 @@ TEST_F(WatcherTest, SubscribesWithoutAnIdAtAnAgentThatRejectsTheLastId) {
   session().rejectIdsAbove(10);
   step();
   EXPECT_THAT(calls(), ElementsAre("subscribe(1000)", "subscribe()", "topo(1000)"));
-  EXPECT_THAT(printed(), ElementsAre("creation n0 resync"));
+  EXPECT_THAT(printed(), ElementsAre(resyncLine("creation", "n0")));
 }
 
 // ---- lost events
@@ -416,8 +470,8 @@ TEST_F(WatcherTest, ComparesTheViewsAfterLostEvents) {
   push(lost("5", "7", 3));
   step();
   EXPECT_THAT(calls(), ElementsAre("topo(1000)"));
-  EXPECT_THAT(printed(), ElementsAre("lost 5-7", "deletion n0 resync", "creation n2 resync",
-                                     "change n1 resync"));
+  EXPECT_THAT(printed(), ElementsAre(lostLine("5", "7"), resyncLine("deletion", "n0"),
+                                     resyncLine("creation", "n2"), resyncLine("change", "n1")));
   session().drop();
   step();
   // The reported gap ends at id 7, so the next subscription starts after id 7.
@@ -436,7 +490,7 @@ TEST_F(WatcherTest, ComparesTheViewWithTheAppliedEvents) {
   printed();
   push(lost("8", "8", 1));
   step();
-  EXPECT_THAT(printed(), ElementsAre("lost 8-8"));
+  EXPECT_THAT(printed(), ElementsAre(lostLine("8", "8")));
 }
 
 TEST_F(WatcherTest, PrintsNoChangeTwiceThatArrivesDuringAComparison) {
@@ -451,12 +505,13 @@ TEST_F(WatcherTest, PrintsNoChangeTwiceThatArrivesDuringAComparison) {
   };
   step(3);
   EXPECT_THAT(printed(),
-              ElementsAre("lost 5-7", "creation n2 resync", "change n0 #8", "creation n3 #9"));
+              ElementsAre(lostLine("5", "7"), resyncLine("creation", "n2"),
+                          eventLine("change", "n0", "8"), eventLine("creation", "n3", "9")));
   script.onView = [] {};
   addNode(makeNode("n3"));
   push(lost("10", "10", 1));
   step();
-  EXPECT_THAT(printed(), ElementsAre("lost 10-10"));
+  EXPECT_THAT(printed(), ElementsAre(lostLine("10", "10")));
 }
 
 TEST_F(WatcherTest, ComparesAgainForLostEventsDuringAComparison) {
@@ -473,7 +528,8 @@ TEST_F(WatcherTest, ComparesAgainForLostEventsDuringAComparison) {
   };
   step(2);
   EXPECT_EQ(views, 2);
-  EXPECT_THAT(printed(), ElementsAre("lost 5-7", "lost 8-9", "creation n2 resync"));
+  EXPECT_THAT(printed(),
+              ElementsAre(lostLine("5", "7"), lostLine("8", "9"), resyncLine("creation", "n2")));
 }
 
 // ---- disconnections
@@ -487,7 +543,7 @@ TEST_F(WatcherTest, ReconnectsWhenTheAgentIsBack) {
   script.onPing = [] { throw CORBA::TRANSIENT(); };
   script.onSubscribe = [] { throw CORBA::TRANSIENT(); };
   step();
-  EXPECT_THAT(printed(), ElementsAre("disconnected"));
+  EXPECT_THAT(printed(), ElementsAre(disconnectedLine()));
   step(3);
   EXPECT_THAT(printed(), IsEmpty());
   script.onPing = [] {};
@@ -495,7 +551,7 @@ TEST_F(WatcherTest, ReconnectsWhenTheAgentIsBack) {
   removeNode(0);
   addNode(makeNode("n2"));
   step();
-  EXPECT_THAT(printed(), ElementsAre("creation n2 resync", "watching 2"));
+  EXPECT_THAT(printed(), ElementsAre(resyncLine("creation", "n2"), watchingLine(2)));
   EXPECT_THAT(calls(), ElementsAre("ping", "unsubscribe", "subscribe(5)", "subscribe(5)",
                                    "subscribe(5)", "subscribe(5)", "topo(1000)"));
 }
@@ -507,7 +563,7 @@ TEST_F(WatcherTest, RetriesWhileTheSessionObjectIsMissing) {
   step();
   publishedSession().retire();
   step();
-  EXPECT_THAT(printed(), ElementsAre("disconnected"));
+  EXPECT_THAT(printed(), ElementsAre(disconnectedLine()));
 }
 
 TEST_F(WatcherTest, PrintsReceivedEventsBeforeTheDisconnectedLine) {
@@ -520,11 +576,12 @@ TEST_F(WatcherTest, PrintsReceivedEventsBeforeTheDisconnectedLine) {
     throw CORBA::TRANSIENT();
   };
   step();
-  EXPECT_THAT(printed(), ElementsAre("lost 5-7", "deletion n0 #8", "lost 9-9", "disconnected"));
+  EXPECT_THAT(printed(), ElementsAre(lostLine("5", "7"), eventLine("deletion", "n0", "8"),
+                                     lostLine("9", "9"), disconnectedLine()));
   script.onView = [this] { push(deletion("10", "n1")); };
   removeNode(0);
   step();
-  EXPECT_THAT(printed(), ElementsAre("watching 1" /* n0 is known to be gone */));
+  EXPECT_THAT(printed(), ElementsAre(watchingLine(1) /* n0 is known to be gone */));
 }
 
 TEST_F(WatcherTest, UnsubscribesWhenTheViewCannotBeRead) {
@@ -536,7 +593,7 @@ TEST_F(WatcherTest, UnsubscribesWhenTheViewCannotBeRead) {
   calls();
   printed();
   step();
-  EXPECT_THAT(printed(), ElementsAre("lost 5-7", "disconnected"));
+  EXPECT_THAT(printed(), ElementsAre(lostLine("5", "7"), disconnectedLine()));
   step(2);
   EXPECT_THAT(calls(), ElementsAre("topo(1000)", "unsubscribe", "subscribe(7)", "topo(1000)",
                                    "unsubscribe", "subscribe(7)", "topo(1000)", "unsubscribe"));
@@ -551,7 +608,8 @@ TEST_F(WatcherTest, ReconnectsWhenTheAgentEndsTheSubscription) {
   const CosNotifyComm::StructuredPushConsumer_var consumer = session().consumer();
   consumer->disconnect_structured_push_consumer();
   step(3);
-  EXPECT_THAT(printed(), ElementsAre("deletion n0 #5", "disconnected", "watching 1"));
+  EXPECT_THAT(printed(),
+              ElementsAre(eventLine("deletion", "n0", "5"), disconnectedLine(), watchingLine(1)));
 }
 
 TEST_F(WatcherTest, DoublesTheRetryDelayUntilAReconnection) {
