@@ -3,9 +3,16 @@
 #include <algorithm>
 #include <utility>
 
+#include "orb/orb.h"
+
 namespace orb {
 
 using giop::Type;
+
+RequestLimits requestLimits(const Options& options) {
+  return {std::min(options.maxRequestBytes, options.maxMessageBytes), options.maxMessageBytes,
+          options.largeOperations};
+}
 
 Assembler::Progress Assembler::take(const char* bytes, std::size_t count, Time now) {
   Progress taken;

@@ -17,11 +17,16 @@
 
 namespace orb {
 
+struct Options;
+
 struct RequestLimits {
   std::size_t requestBytes = 0;  // largest request, header and fragments included
   std::size_t messageBytes = 0;  // largest request for one of the large operations
   std::vector<std::string> largeOperations;
 };
+
+// Returns the limits in the options; no request may exceed Options::maxMessageBytes.
+RequestLimits requestLimits(const Options& options);
 
 // Parses the bytes of one connection into complete requests with joined fragments. The ORB reads
 // complete requests only, so it never waits for the rest of a message and never allocates memory

@@ -2,7 +2,6 @@
 
 #include <sys/socket.h>
 
-#include <algorithm>
 #include <utility>
 
 #include "../addresses.h"
@@ -60,8 +59,7 @@ ObjectKey Connection::target() const {
 
 Connections::Connections(const Options& options, const LogFunction& log)
     : options_(options),
-      limits_{std::min(options.maxRequestBytes, options.maxMessageBytes), options.maxMessageBytes,
-              options.largeOperations},
+      limits_(requestLimits(options)),
       log_(log),
       limitLog_(log),
       budget_(options.maxMessageBytes) {}

@@ -16,7 +16,7 @@ STOP_SECONDS = 10
 
 
 class Failure(Exception):
-    """The agent did not withstand an attack. The text is the reason."""
+    """Raised when the agent fails under an attack. The text is the reason."""
 
 
 def require(condition, text):
@@ -25,7 +25,7 @@ def require(condition, text):
 
 
 class Lines(threading.Thread):
-    """Reads a stream to its end, so that its writer never waits."""
+    """Reads a stream to its end on a thread, so that its writer never blocks."""
 
     def __init__(self, stream):
         super().__init__(daemon=True)

@@ -1,4 +1,4 @@
-"""The attacks. Each starts agents of its own, raises Failure, or returns what the attack cost."""
+"""The attacks. Each attack starts its own agents, and raises Failure or returns a text with its cost."""
 
 import concurrent.futures
 import contextlib
@@ -38,14 +38,14 @@ def subscribe_arguments(host, port, key=b"nobody"):
 
 
 def closed_port():
-    """A port of the loopback on which nobody listens."""
+    """Returns a loopback port without a listening process."""
     with socket.socket() as probe:
         probe.bind(("127.0.0.1", 0))
         return probe.getsockname()[1]
 
 
 def is_closed(connection):
-    """Whether the peer has ended the connection; never waits."""
+    """Whether the peer has closed the connection. Does not block."""
     connection.setblocking(False)
     try:
         while True:
@@ -84,7 +84,7 @@ def stops_under_traffic(programs):
 
 
 def stalled_clients(agent):
-    """Connections in the middle of a request, and others that do not read a large reply."""
+    """Connections with incomplete requests, and connections that do not read a large reply."""
     whole = giop.request(MANAGER, TOPO_VIEW, how_many(0xFFFFFFFF))
     stalled = []
     for _ in range(5):
@@ -95,7 +95,7 @@ def stalled_clients(agent):
         deaf.settimeout(20)
         deaf.connect(agent.address)
         deaf.sendall(whole)
-        deaf.recv(1, socket.MSG_PEEK)  # the reply has begun
+        deaf.recv(1, socket.MSG_PEEK)  # waits for the first octet of the reply
         stalled += [half, deaf]
     return stalled
 
@@ -212,7 +212,7 @@ def stop_during_start(programs):
 
 
 def full_standard_error(programs):
-    """Thousands of log lines to a standard error that nobody reads, then SIGTERM."""
+    """Thousands of log lines to a standard error without a reader, then SIGTERM."""
     with Agent(programs, options=["--log-level", "3"]) as agent:
         # A second agent, whose standard error is a pipe without a reader.
         command = [str(programs / "topo-agentd"), "--endpoint", "127.0.0.1:0", "--log-level", "3",
@@ -433,7 +433,7 @@ def colliding_numbers(programs):
 
 
 def graphml_keys(programs):
-    """20,000 keys for the label of a node, and 20,000 nodes that use the last of them."""
+    """20,000 GraphML keys for the label of nodes, and 20,000 nodes with the last key."""
     keys = "".join(f'<key id="k{n}" for="node" attr.name="label"/>' for n in range(20000))
     nodes = "".join(f'<node id="n{n}"><data key="k19999">x</data></node>' for n in range(20000))
     with Agent(programs, network=small_network(0)) as agent:
@@ -492,7 +492,7 @@ def dead_subscribers(programs):
 
 
 def subscription_key(body):
-    """The object key in the reply to a subscription: the first profile's."""
+    """Returns the object key in the first profile of the reply to a subscription."""
     position = body.index(b"IDL:TopoAgent/Subscription_I")
     begin = body.index(b"127.0.0.1\0", position) + len("127.0.0.1") + 1
     begin += begin % 2  # the port
@@ -503,7 +503,7 @@ def subscription_key(body):
 
 
 def guessed_keys(programs):
-    """A client tries to end the subscription of another one by the keys next to its own."""
+    """A client guesses object keys next to its own, to end the subscription of another client."""
     with Agent(programs) as agent, socket.create_server(("127.0.0.1", 0)) as consumer:
         arguments = subscribe_arguments("127.0.0.1", consumer.getsockname()[1])
         _, other = giop.call(agent.address, SESSION, "subscribe", arguments)
@@ -517,7 +517,7 @@ def guessed_keys(programs):
 
 
 def log_injection(programs):
-    """A consumer whose host name has escape sequences, line ends and octets that are no UTF-8."""
+    """A consumer whose host name contains escape sequences, line ends and invalid UTF-8."""
     host = "x\x1b[2J\x1b]0;owned\x07\ny\u202e\u0085z".encode() + b"\xff\xc3("
     with Agent(programs, options=["--log-level", "3"]) as agent:
         giop.call(agent.address, SESSION, "subscribe", subscribe_arguments(host, 1))
@@ -550,7 +550,7 @@ def second_endpoint(programs):
 
 
 def send_until(address, end, first, repeated):
-    """One connection that sends a message, and then others without a pause."""
+    """Sends `first`, then `repeated` without a pause until `end`."""
     with contextlib.suppress(OSError), giop.connect(address, 5) as connection:
         connection.sendall(first)
         while time.monotonic() < end:
@@ -558,7 +558,7 @@ def send_until(address, end, first, repeated):
 
 
 def short_fragments(programs):
-    """100 connections send fragments that add nothing to their requests."""
+    """100 connections send empty fragments."""
     fragment = giop.header(4, giop.FRAGMENT, more=True) + struct.pack("<I", 1)
     message = giop.request(MANAGER, "_non_existent")[:40]
     begin = giop.header(len(message) - giop.HEADER_OCTETS, more=True)

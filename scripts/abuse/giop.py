@@ -1,4 +1,4 @@
-"""The least of GIOP 1.2 that an attack needs: requests, broken ones too, and references.
+"""Encoder and parser of the GIOP 1.2 messages that the attacks send, malformed messages included.
 
 Everything is little-endian. Positions in a message count from its first octet, so that an encoder
 starts where the header ends. The layout is that of chapter 9 of the OMG CORBA 3.3 standard, part 2.
@@ -44,7 +44,7 @@ class Encoder:
         self.data += value
 
     def string(self, value):
-        """A text in UTF-8, or octets as they are."""
+        """A string in UTF-8, or octets without conversion."""
         self.octets((value if isinstance(value, bytes) else value.encode()) + b"\0")
 
 
@@ -68,9 +68,9 @@ def request(key, operation, arguments=None, number=1, declared=None, contexts=1)
     """
     body = Encoder(HEADER_OCTETS)
     body.ulong(number)
-    body.octet(3)  # a reply is expected
+    body.octet(3)  # reply expected
     body.data += bytes(3)
-    body.ushort(0)  # the target is given by its key
+    body.ushort(0)  # the target is an object key
     body.octets(key)
     body.string(operation)
     body.ulong(contexts)
@@ -109,7 +109,7 @@ def read_octets(connection, count):
 
 
 def read_message(connection):
-    """The kind and the body of the next message, fragments put together."""
+    """Returns the type and the body of the next message, with joined fragments."""
     body = b""
     kind = None
     while True:
@@ -120,13 +120,13 @@ def read_message(connection):
             kind = head[7]
             body = piece
         else:
-            body += piece[4:]  # a fragment repeats the number of its request
+            body += piece[4:]  # a fragment begins with its request id
         if not head[6] & 2:
             return kind, body, order
 
 
 def reply_status(connection):
-    """How the next reply ends: NO_EXCEPTION, USER_EXCEPTION or SYSTEM_EXCEPTION; and its body."""
+    """Returns the status of the next reply (NO_EXCEPTION, USER_EXCEPTION or SYSTEM_EXCEPTION) and its body."""
     kind, body, order = read_message(connection)
     if kind != REPLY:
         raise ConnectionError(f"message kind {kind} in place of a reply")
@@ -134,7 +134,7 @@ def reply_status(connection):
 
 
 def exception_name(body):
-    """The last part of the repository id in a reply that carries an exception."""
+    """Returns the last part of the repository id of the exception in a reply."""
     begin = body.find(b"IDL:")
     if begin < 0:
         return "none"
@@ -146,7 +146,7 @@ def connect(address, timeout=30.0, source="127.0.0.1"):
 
 
 def call(address, key, operation, arguments=None, timeout=30.0):
-    """One request over a connection of its own."""
+    """Sends one request over a new connection."""
     with connect(address, timeout) as connection:
         connection.sendall(request(key, operation, arguments))
         return reply_status(connection)

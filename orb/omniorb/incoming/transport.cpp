@@ -8,7 +8,6 @@
 // clang-format on
 #include <omniORB4/omniURI.h>
 
-#include <algorithm>
 #include <utility>
 
 #include "listener.h"
@@ -50,8 +49,7 @@ class Transport final : public omni::giopTransportImpl {
 std::string limitedEndpoint(const Options& options, const std::string& listenAt) {
   static Transport transport;
   ChannelLimits limits;
-  limits.requests = {std::min(options.maxRequestBytes, options.maxMessageBytes),
-                     options.maxMessageBytes, options.largeOperations};
+  limits.requests = requestLimits(options);
   limits.connections = options.maxConnections;
   limits.requestTime = options.serveTimeout;
   transport.limit(std::move(limits));
