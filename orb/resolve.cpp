@@ -152,6 +152,9 @@ CORBA::Object_ptr resolve(CORBA::ORB_ptr orb, const std::string& reference,
     return parseCorbaloc(orb, text.substr(kCorbaloc.size()), timeout);
   }
   if (hasScheme(text, kIor)) {
+    if (text.size() == kIor.size()) {
+      throw MalformedReference("nothing follows IOR:");  // nil on some ORBs
+    }
     return parse(orb, std::string(kIor).append(text.substr(kIor.size())), timeout);
   }
   throw MalformedReference("it starts with none of IOR:, corbaloc:, corbaname:");

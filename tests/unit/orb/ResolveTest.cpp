@@ -131,9 +131,13 @@ TEST_F(Resolve, RejectsOtherSchemes) {
   }
 }
 
+TEST_F(Resolve, RejectsAnEmptyIor) {
+  EXPECT_EQ("nothing follows IOR:", reasonAgainst("IOR:"));
+}
+
 TEST_F(Resolve, RejectsATextThatTheOrbCannotRead) {
   for (const std::string reference :
-       {"IOR:", "IOR:zz", "corbaloc:", "corbaloc::h:port/X", "corbaname:x:y#z"}) {
+       {"IOR:zz", "corbaloc:", "corbaloc::h:port/X", "corbaname:x:y#z"}) {
     EXPECT_THAT(
         reasonAgainst(reference),
         testing::AnyOf(HasSubstr("BAD_PARAM"), HasSubstr("INV_OBJREF"), HasSubstr("MARSHAL")))
