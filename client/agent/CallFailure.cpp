@@ -33,14 +33,14 @@ constexpr std::array<const char*, 16> kExceptionTypes = {
 static_assert(kExceptionTypes.size() == globaldefs::EXCPT_USERLABEL_IN_USE + 1);
 
 // The ORB delivers only values of the enumeration.
-const char* nameOf(globaldefs::ExceptionType_T type) {
+const char* exceptionName(globaldefs::ExceptionType_T type) {
   return kExceptionTypes[static_cast<std::size_t>(type)];
 }
 
-Failure refusal(const globaldefs::ProcessingFailureException& refused) {
+Failure agentException(const globaldefs::ProcessingFailureException& refused) {
   const std::string reason = refused.errorReason.in();
   return Failure(ExitCode::kRefused, std::string("the agent refused: ") +
-                                         nameOf(refused.exceptionType) +
+                                         exceptionName(refused.exceptionType) +
                                          (reason.empty() ? "" : ": " + reason));
 }
 
@@ -49,14 +49,14 @@ std::string askForLess(const AgentAccess& access) {
          std::to_string(iteratorBatch(access.howMany)) + ")";
 }
 
-Failure tooLarge(const AgentAccess& access) {
+Failure messageTooLarge(const AgentAccess& access) {
   return Failure(ExitCode::kCallFailed, "a message is over the size limit: " + askForLess(access) +
                                             ", or raise --max-message of topoctl (now " +
                                             std::to_string(access.maxMessageBytes) +
                                             ") and of the agent, or --max-request of the agent");
 }
 
-Failure brokenOff(const AgentAccess& access) {
+Failure replyBrokenOff(const AgentAccess& access) {
   return Failure(ExitCode::kCallFailed,
                  "an answer of " + describeAgent(access) +
                      " broke off: the agent ended, or the answer is over the agent's size limit; " +
@@ -65,10 +65,10 @@ Failure brokenOff(const AgentAccess& access) {
 
 Failure callFailure(const CORBA::SystemException& failure, const AgentAccess& access) {
   if (orb::isMessageTooLarge(failure)) {
-    return tooLarge(access);
+    return messageTooLarge(access);
   }
   if (orb::isBrokenOff(failure)) {
-    return brokenOff(access);
+    return replyBrokenOff(access);
   }
   const std::string agent = describeAgent(access);
   if (orb::isUnreachable(failure)) {
@@ -86,7 +86,7 @@ Failure currentFailure(const AgentAccess& access) {
   } catch (const Failure& failure) {
     return failure;
   } catch (const globaldefs::ProcessingFailureException& refused) {
-    return refusal(refused);
+    return agentException(refused);
   } catch (const CORBA::SystemException& failure) {
     return callFailure(failure, access);
   } catch (const CORBA::Exception& failure) {

@@ -48,7 +48,7 @@ const RecordFields<ImportSummary_T>& importFields() {
 
 // ---- nodes
 
-TopoAgent::NodeKind_T kindOf(bool isElement) {
+TopoAgent::NodeKind_T nodeKind(bool isElement) {
   return isElement ? TopoAgent::NK_ELEMENT : TopoAgent::NK_SUBNETWORK;
 }
 
@@ -70,7 +70,7 @@ TopoAgent::Content_T* toContent(const std::string& bytes) {
   return content._retn();
 }
 
-[[noreturn]] void tooLarge(const Options& options) {
+[[noreturn]] void fileTooLarge(const Options& options) {
   throw Failure(ExitCode::kCallFailed,
                 "the file '" + options.arguments.file +
                     "' is over the size limit: raise --max-message of topoctl (now " +
@@ -83,7 +83,7 @@ ImportSummary_T sendNetwork(TopoAgent::Console_I_ptr console, const TopoAgent::C
     return console->importNetwork(options.arguments.file.c_str(), content);
   } catch (const CORBA::SystemException& failure) {
     if (orb::isMessageTooLarge(failure)) {
-      tooLarge(options);
+      fileTooLarge(options);
     }
     // The agent answered earlier calls on this connection, so the import itself closed it.
     if (orb::isConnectionClosed(failure)) {
@@ -103,9 +103,9 @@ PrintFunction createNode(TopoAgent::Console_I_ptr console, const Options& option
   TopoAgent::NewNode_T node;
   node.id = typed.id.c_str();
   node.parent = typed.parent.c_str();
-  node.parentKind = kindOf(typed.parentIsElement);
+  node.parentKind = nodeKind(typed.parentIsElement);
   node.name = typed.name.c_str();
-  node.kind = kindOf(typed.isElement);
+  node.kind = nodeKind(typed.isElement);
   node.nodeParam1 = typed.param1;
   node.nodeParam2 = typed.param2;
   node.attributes = toList(typed.attributes);
@@ -128,7 +128,7 @@ PrintFunction importNetwork(TopoAgent::Console_I_ptr console, const Options& opt
   const std::string& path = options.arguments.file;
   const std::string bytes = readNetworkFile(path, options.access.maxMessageBytes);
   if (bytes.size() > options.access.maxMessageBytes) {
-    tooLarge(options);
+    fileTooLarge(options);
   }
   const TopoAgent::Content_T_var content = toContent(bytes);
   const ImportSummary_T added = sendNetwork(console, content.in(), options);

@@ -31,7 +31,7 @@ constexpr std::array<const char*, 13> kObjectTypes = {
 };
 static_assert(kObjectTypes.size() == notifications::OT_AID + 1);
 
-EventKind kindOf(const CosNotification::EventType& type) {
+EventKind eventKind(const CosNotification::EventType& type) {
   if (std::string_view(type.domain_name.in()) != notification_layout::kDomain) {
     return EventKind::kOther;
   }
@@ -197,7 +197,7 @@ Value borrowedValue(const OwnedValue& own) {
 Event decode(const CosNotification::StructuredEvent& received) {
   Event event;
   const CosNotification::EventType& type = received.header.fixed_header.event_type;
-  event.kind = kindOf(type);
+  event.kind = eventKind(type);
   event.type = type.type_name.in();
   for (CORBA::ULong i = 0; i < received.filterable_data.length(); ++i) {
     const CosNotification::Property& property = received.filterable_data[i];

@@ -21,7 +21,7 @@ void appendSized(std::string& key, std::string_view text) {
 // ---- changes of attributes
 
 template <typename Number>
-void setNumber(const OwnedValue& value, Number& number) {
+void assignNumber(const OwnedValue& value, Number& number) {
   if (const auto* held = std::get_if<std::int64_t>(&value)) {
     number = static_cast<Number>(*held);
   } else if (const auto* positive = std::get_if<std::uint64_t>(&value)) {
@@ -29,27 +29,27 @@ void setNumber(const OwnedValue& value, Number& number) {
   }
 }
 
-void setPairs(const OwnedValue& value, NVSList_T& pairs) {
+void assignPairs(const OwnedValue& value, NVSList_T& pairs) {
   if (const auto* held = std::get_if<NVSList_T>(&value)) {
     pairs = *held;
   }
 }
 
-void setAttribute(Node_T& node, const ChangedAttribute& changed) {
+void assignAttribute(Node_T& node, const ChangedAttribute& changed) {
   const std::string& name = changed.name;
   const auto* text = std::get_if<std::string>(&changed.value);
   if (name == "nativeEMSName" && text != nullptr) {
     node.nativeEMSName = text->c_str();
   } else if (name == "nodeType") {
-    setNumber(changed.value, node.nodeType);
+    assignNumber(changed.value, node.nodeType);
   } else if (name == "nodeParam1") {
-    setNumber(changed.value, node.nodeParam1);
+    assignNumber(changed.value, node.nodeParam1);
   } else if (name == "nodeParam2") {
-    setNumber(changed.value, node.nodeParam2);
+    assignNumber(changed.value, node.nodeParam2);
   } else if (name == "relatedName") {
-    setPairs(changed.value, node.relatedName);
+    assignPairs(changed.value, node.relatedName);
   } else if (name == "additionalInfo") {
-    setPairs(changed.value, node.additionalInfo);
+    assignPairs(changed.value, node.additionalInfo);
   }
 }
 
@@ -283,7 +283,7 @@ void KnownNodes::change(const Event& event) {
     return;
   }
   for (const ChangedAttribute& changed : event.attributes) {
-    setAttribute(found->second.node, changed);
+    assignAttribute(found->second.node, changed);
   }
 }
 

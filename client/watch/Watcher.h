@@ -34,7 +34,8 @@ struct WatcherOptions {
 };
 
 // Prints each event, keeps a copy of the view, and compares the copy with a new view after a gap or
-// a new subscription. docs/topoctl.md ("When the agent goes away, or drops topoctl") has the rules.
+// a new subscription. docs/topoctl.md ("When the connection or the subscription ends") has the
+// rules.
 //
 // Thread-safety: one thread. Every function throws Failure (kLocal) when the output fails.
 class Watcher {
