@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Checks rules that the compiler does not check: include arrows, ORB names, unsalted hash tables, line ends,
-timeouts of tests, names of test suites, paths in documents.
+"""Checks rules that the compiler does not check: include arrows and paths, ORB names, unsalted hash tables, line
+ends, timeouts of tests, names of test suites, paths in documents.
 
 docs/architecture.md draws the arrows: a folder may include its own headers and those of the folders in its row of
 ALLOWED.
@@ -138,6 +138,16 @@ def include_problems(name, text):
             yield f"{name}:{number}: {folder} may not include {target}"
 
 
+def relative_include_problems(name, text):
+    """A quoted include begins at the root of the repository; only the layers of an ORB include their neighbours."""
+    if name.startswith("orb/"):
+        return
+    for number, line in enumerate(text.splitlines(), 1):
+        match = re.match(r'\s*#\s*include\s+"([^"]+)"', line)
+        if match and not (ROOT / match.group(1)).is_file() and ((ROOT / name).parent / match.group(1)).is_file():
+            yield f"{name}:{number}: an include that does not begin at the root of the repository"
+
+
 def orb_name_problems(name, text):
     if name.startswith(ORB_NAMES_ALLOWED):
         return
@@ -219,6 +229,7 @@ def problems():
         yield from line_end_problems(name, text)
         if path.suffix in {".h", ".cpp"}:
             yield from include_problems(name, text)
+            yield from relative_include_problems(name, text)
             yield from plain_table_problems(name, text)
         yield from orb_name_problems(name, text)
         yield from test_problems(name, text)

@@ -8,8 +8,8 @@
 #include <new>
 #include <optional>
 
-#include "Handlers.h"
 #include "tests/fakes/FailingNew.h"
+#include "tests/unit/agent/events/Handlers.h"
 
 namespace {
 
