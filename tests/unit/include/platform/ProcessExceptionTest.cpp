@@ -3,7 +3,6 @@
 #include <exception>
 #include <type_traits>
 
-#include "platform/agent/Failures.h"
 #include "platform/framework/ProcessException.h"
 #include "tests/fakes/Journal.h"
 
@@ -62,7 +61,7 @@ TEST(FrameworkProcessException, IsCopiedFromNonConstReferencesOnly) {
   static_assert(!std::is_constructible_v<ProcessException, const ProcessException&>);
 }
 
-TEST(FrameworkProcessException, WritesOnBehindTheTextsOfACopy) {
+TEST(FrameworkProcessException, AppendsToTheTextsOfACopy) {
   ProcessException original;
   fill(original);
   ProcessException copy(original);
@@ -107,12 +106,6 @@ TEST(FrameworkInterfaceNotExist, IsCaughtAsAProcessException) {
 TEST(FrameworkInterfaceNotExist, IsCaughtInAnotherLibraryThanItsThrower) {
   EXPECT_THROW(fakes::raiseInterfaceNotExist()(), InterfaceNotExistException);
   EXPECT_THROW(fakes::raiseProcessException(3)(), ProcessException);
-}
-
-TEST(TopoCodes, HaveTheConversionFailure) {
-  static_assert(std::is_same_v<decltype(NS_CORBA::ERR_TOPO_CONVERSION), const CORBA::ULong>);
-  EXPECT_EQ(NS_CORBA::ERR_TOPO_CONVERSION, 1092092090U);
-  EXPECT_EQ(NS_CORBA::ERR_TOPO_CONVERSION, 0x411800BAU);
 }
 
 }  // namespace
