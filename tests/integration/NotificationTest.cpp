@@ -153,7 +153,7 @@ TEST(Notification, ReachesTwoWatchersAndAnEventChannelInOrderAndOnce) {
   expectAllHear(listener, events.reference(), {}, json::array());
 }
 
-TEST(Notification, TellsTheVendorWithTheTestSwitchOn) {
+TEST(Notification, HasTheVendorWithTheTestSwitchOn) {
   Client client;
   const EventService events;
   ChannelListener listener(client, events.channel(client));
@@ -262,7 +262,7 @@ TEST(Notification, OfAnImportIsOneForEveryNodeInTheOrderOfTheFile) {
   EXPECT_THAT(again.err, HasSubstr("EXCPT_OBJECT_IN_USE"));
 }
 
-TEST(Notification, IsToldToOneWhoComesBackAsLost) {
+TEST(Notification, IsReportedAsLostToAReturningSubscriber) {
   Client client;
   RunningAgent agent({"--ems-name", "E"});
   const TopoAgent::Console_I_var console = client.console(agent);
@@ -331,7 +331,7 @@ TEST(Notification, ThatWaitsWhenTheAgentEndsIsSent) {
 
 // --- The console, by topoctl.
 
-TEST(TopoctlConsole, ChangesTheNetworkReloadsTheModuleAndSaysHowTheAgentIs) {
+TEST(TopoctlConsole, ChangesTheNetworkReloadsTheModuleAndShowsTheStatus) {
   const RunningAgent agent({"--ems-name", "E"});
   const Watcher watcher(agent);
   const auto run = [&](std::vector<std::string> command) {
@@ -412,7 +412,7 @@ TEST(EventChannel, PassesOnTheFieldsThatASubscriberGets) {
 
 // --- The event channel goes and comes back.
 
-TEST(EventChannel, ThatWasAwayHearsWhatItLost) {
+TEST(EventChannel, GetsAGapAfterAnOutage) {
   constexpr std::size_t kQueue = 10;
   constexpr int kMissed = 25;
   Client client;
@@ -454,7 +454,7 @@ TEST(EventChannel, ThatWasAwayHearsWhatItLost) {
   }
 }
 
-TEST(EventChannel, ThatIsNotThereDoesNotKeepTheAgentFromServing) {
+TEST(EventChannel, DoesNotKeepTheAgentFromServingWhenUnreachable) {
   Client client;
   RunningAgent agent(
       {"--ems-name", "E", "--event-channel", "corbaloc::" + quietEndpoint() + "/TopoEvents"});
@@ -570,7 +570,7 @@ std::map<std::string, json> readResync(support::Process& watch) {
   return resync;
 }
 
-TEST(TopoctlWatch, ComesBackWithTheAgentAndTellsWhatChangedMeanwhile) {
+TEST(TopoctlWatch, ReconnectsAndReportsTheChangesOfTheMeantime) {
   Client client;
   const support::TemporaryDirectory directory;
   const std::string endpoint = quietEndpoint();
@@ -608,7 +608,7 @@ TEST(TopoctlWatch, ComesBackWithTheAgentAndTellsWhatChangedMeanwhile) {
 }
 
 // It has heard nothing yet, so that it knows of no id.
-TEST(TopoctlWatch, ThatIsIdleNoticesARestartOfTheAgent) {
+TEST(TopoctlWatch, DetectsARestartOfTheAgentWhileIdle) {
   Client client;
   const std::string endpoint = quietEndpoint();
   const support::TemporaryDirectory directory;
@@ -629,7 +629,7 @@ TEST(TopoctlWatch, ThatIsIdleNoticesARestartOfTheAgent) {
   EXPECT_EQ(true, line["resync"]);
 }
 
-TEST(TopoctlWatch, ComesBackToAnAgentWhoseIdsAreLower) {
+TEST(TopoctlWatch, ReconnectsToAnAgentWithLowerIds) {
   Client client;
   const std::string endpoint = quietEndpoint();
   const support::TemporaryDirectory directory;
@@ -650,7 +650,7 @@ TEST(TopoctlWatch, ComesBackToAnAgentWhoseIdsAreLower) {
   EXPECT_EQ(true, line["resync"]);
 }
 
-TEST(TopoctlWatch, EndsWithCodeTwoWhenTheAgentIsNotThere) {
+TEST(TopoctlWatch, EndsWithCodeTwoWhenTheAgentIsUnreachable) {
   const support::Ended ended =
       runTopoctl({"--agent", "corbaloc::" + quietEndpoint() + "/TopoManagement", "watch"});
   EXPECT_EQ(2, ended.status);
@@ -658,7 +658,7 @@ TEST(TopoctlWatch, EndsWithCodeTwoWhenTheAgentIsNotThere) {
 
 // --- Access to events.
 
-TEST(EventAccess, ThatIsDeniedLeavesModulesWithoutEventsAndViewsServed) {
+TEST(EventAccess, LeavesModulesWithoutEventsButServesViewsWhenDenied) {
   Client client;
   for (const char* access : {"denied", "unknown"}) {
     SCOPED_TRACE(access);

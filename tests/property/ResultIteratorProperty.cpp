@@ -52,7 +52,7 @@ CORBA::ULong randomSize(Random& random) {
 
 class TopoResultIteratorProperty : public fakes::OrbFixture {};
 
-TEST_F(TopoResultIteratorProperty, DeliversThePlainListInWhateverBatches) {
+TEST_F(TopoResultIteratorProperty, DeliversThePlainListInBatchesOfAnySize) {
   Random random;
   for (int round = 0; round < 3000; ++round) {
     SCOPED_TRACE("round " + std::to_string(round) + " of seed " + std::to_string(random.seed()));

@@ -65,7 +65,7 @@ class Oracle {
   std::vector<std::pair<std::string, std::string>> entries_;
 };
 
-TEST(TopoUserlabelMapProperty, ReadsWhatThePlainReaderReads) {
+TEST(TopoUserlabelMapProperty, ReadsTheSameEntriesAsThePlainReader) {
   Random random;
   const support::TemporaryDirectory dir;
   for (int round = 0; round < 1500; ++round) {

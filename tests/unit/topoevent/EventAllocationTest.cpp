@@ -13,7 +13,7 @@ using fakes::FailingNew;
 
 constexpr std::size_t kLarge = 10000;  // bytes; larger than every other block of these tests
 
-TEST(TopoNodeLabelCacheAllocation, KeepsBothListsEquallyLongWhateverFails) {
+TEST(TopoNodeLabelCacheAllocation, KeepsBothListsEquallyLongAfterAnyFailedAllocation) {
   const std::string identifier(100, 'i');
   const std::string label(100, 'l');
   topo::NodeLabelCache cache;
@@ -48,7 +48,7 @@ class TopoEventAllocation : public fakes::OrbFixture {
   NS_CORBA::CorbaTopoEventHandler handler_;
 };
 
-TEST_F(TopoEventAllocation, LeavesNothingBehindWhateverTheSenderRaises) {
+TEST_F(TopoEventAllocation, LeaksNothingWhenANotificationCallThrows) {
   event_.nodes = {fakes::subnetwork("a topology node with a long id", "1"),
                   fakes::subnetwork("b", "2")};
   event_.nodes[0].parentId = "p";

@@ -215,7 +215,7 @@ TEST_F(TopoEventHandler, LogsAFailureOfAConversionOrOfTheSwitch) {
   }
 }
 
-TEST_F(TopoEventHandler, EndsTheEventAtAFailureAndKeepsWhatWasSent) {
+TEST_F(TopoEventHandler, EndsTheEventAtAFailureAndKeepsSentNotifications) {
   for (const int event : kEvents) {
     fakes::resetAgent();
     fakes::resetJournal();
@@ -251,7 +251,7 @@ TEST_F(TopoEventHandler, LetsNoExceptionOfTheLogOut) {
   }
 }
 
-TEST_F(TopoEventHandler, GoesOnWithTheNextEventAfterAFailure) {
+TEST_F(TopoEventHandler, HandlesTheNextEventAfterAFailure) {
   fakes::onCall("OnObjectDeleted", 1, fakes::raiseTransient());
   handle(kDeleted, {subnetwork("a")});
   handle(kDeleted, {subnetwork("b")});

@@ -52,7 +52,7 @@ TEST_F(TopoChangedLabels, AreReportedAlsoForANodeThatCannotBeNamed) {
   EXPECT_EQ(changes(), (Changes{change("a", "A"), {"[EMS=EMS-1]", "B"}, {"[]", "U"}}));
 }
 
-TEST_F(TopoChangedLabels, AreBytesWhateverTheyAre) {
+TEST_F(TopoChangedLabels, AreReportedByteForByte) {
   relabel({subnetwork("a", "\xc3\xa4 \xff\n")});
   EXPECT_EQ(changes(), Changes{change("a", "\xc3\xa4 \xff\n")});
 }
@@ -71,7 +71,7 @@ TEST_F(TopoChangedLabels, AreReportedAgainAndAgainOutsideTestMode) {
   EXPECT_EQ(changes().size(), 4U);
 }
 
-TEST_F(TopoChangedLabels, NeitherReadNorChangeWhatIsRememberedOutsideTestMode) {
+TEST_F(TopoChangedLabels, NeitherReadNorChangeTheCachesOutsideTestMode) {
   topo::nodeLabelCache.append(own("a"), "A");
   const auto before = topo::nodeLabelCache.labels();
   topo::lastReportedLabel.storeChange("B");

@@ -122,7 +122,7 @@ TEST_F(TopoNodeLabelCache, TakesABurstOfChangesOfManyNodes) {
   EXPECT_EQ(cache_.labels(), Texts(kNodes, "new"));
 }
 
-TEST_F(TopoNodeLabelCache, TellsOneOfSeveralThreadsThatTheLabelIsNew) {
+TEST_F(TopoNodeLabelCache, ReportsANewLabelToOneOfSeveralThreads) {
   cache_.append("a", "");
   for (int round = 1; round < 200; ++round) {
     const std::string label = std::to_string(round);
@@ -130,7 +130,7 @@ TEST_F(TopoNodeLabelCache, TellsOneOfSeveralThreadsThatTheLabelIsNew) {
   }
 }
 
-TEST_F(TopoNodeLabelCache, TellsOneOfSeveralThreadsOfEachOfManyNodes) {
+TEST_F(TopoNodeLabelCache, ReportsEachNewLabelToOneOfSeveralThreads) {
   constexpr int kNodes = 20000;
   Texts identifiers;
   for (int i = 0; i < kNodes; ++i) {
@@ -193,7 +193,7 @@ TEST_F(TopoLastReportedLabel, KnowsTheLastOneOnly) {
   EXPECT_TRUE(last_.storeChange("a"));
 }
 
-TEST_F(TopoLastReportedLabel, TellsOneOfSeveralThreadsThatTheLabelIsNew) {
+TEST_F(TopoLastReportedLabel, ReportsANewLabelToOneOfSeveralThreads) {
   for (int round = 1; round < 200; ++round) {
     const std::string label = std::to_string(round);
     ASSERT_EQ(timesTrue([&] { return last_.storeChange(label); }), 1);

@@ -172,7 +172,7 @@ TEST_F(TopoCreatedNodes, OfAnUnknownTypeAreReportedAsTheNodeBefore) {
   EXPECT_STREQ(createdNode(1).nativeEMSName.in(), "A");
 }
 
-TEST_F(TopoCreatedNodes, KeepWhatIsBehindAFailedStepFromTheNodeBefore) {
+TEST_F(TopoCreatedNodes, KeepTheFieldsAfterAFailedStepOfTheNodeBefore) {
   TopoNode_T first = below(subnetwork("a", "A"), "p");
   first.attribute3 = 3;
   first.attribute4 = 4;
@@ -190,7 +190,7 @@ TEST_F(TopoCreatedNodes, KeepWhatIsBehindAFailedStepFromTheNodeBefore) {
   EXPECT_EQ(carried.nodeParam2, 4);
 }
 
-TEST_F(TopoCreatedNodes, AreReportedWithWhatAFailedNameLeft) {
+TEST_F(TopoCreatedNodes, AreReportedWithThePartialNameOfAFailedConversion) {
   fakes::onEveryCall("ConvertTopoNodeIdToName", fakes::giveCode(9));
   create({subnetwork("a", "A")});
   EXPECT_EQ(fakes::printed(fakes::notificationsSent().at(0).objectName), "[EMS=EMS-1]");
@@ -214,7 +214,7 @@ TEST_F(TopoCreatedNodes, CarryTheVendorInTestMode) {
   }
 }
 
-TEST_F(TopoCreatedNodes, KeepTheVendorWhenTheSwitchGoesOffBetweenThem) {
+TEST_F(TopoCreatedNodes, KeepTheVendorWhenTheSwitchIsTurnedOffBetweenThem) {
   fakes::agent().testSwitchAnswers = {true, false};
   create({subnetwork("a"), subnetwork("b")});
   EXPECT_EQ(createdNode(1).additionalInfo.length(), 1U);

@@ -69,7 +69,7 @@ TEST_F(TopoEventMgrInstance, IsNullWhenItCannotBeMadeUnderTheLock) {
   EXPECT_NE(TopoEventMgr::Instance(), nullptr);
 }
 
-TEST_F(TopoEventMgrInstance, NeedsNoLockOnceItIsThere) {
+TEST_F(TopoEventMgrInstance, NeedsNoLockAfterItsCreation) {
   TopoEventMgr* const instance = TopoEventMgr::Instance();
   const fakes::FailingStaticObjectLock failing;
   EXPECT_EQ(TopoEventMgr::Instance(), instance);
@@ -190,7 +190,7 @@ TEST_F(TopoEventSubscription, IsNotMadeWhenTheQuestionForAccessFails) {
   }
 }
 
-TEST_F(TopoEventSubscription, KeepsWhatWasMadeBeforeAFailure) {
+TEST_F(TopoEventSubscription, KeepsTheSubscriptionsBeforeAFailure) {
   for (const fakes::Step& step : anyFailure()) {
     fakes::resetEvents();
     fakes::resetJournal();
@@ -251,7 +251,7 @@ TEST_F(TopoEventUnSubscription, RefusesANullHandler) {
   EXPECT_EQ(asked, 0);
 }
 
-TEST_F(TopoEventUnSubscription, DropsWhateverTheEventManagerRaises) {
+TEST_F(TopoEventUnSubscription, DropsExceptionsOfTheEventManager) {
   for (const fakes::Step& step : anyFailure()) {
     fakes::resetJournal();
     fakes::onCall("UnSubscribe", 2, step);

@@ -189,7 +189,7 @@ TEST_F(TopoClockNodes, ShareOneKeyOfWhichTheNumberAloneIsWritten) {
                    "ConvertNEIndexToName(0, 7)"}));
 }
 
-TEST_F(TopoClockNodes, KeepWhatAFailedConversionLeftInTheName) {
+TEST_F(TopoClockNodes, KeepThePartialNameOfAFailedConversion) {
   fakes::onCall("ConvertNEIndexToName", 1, fakes::giveCode(9));
   build({position("NE=5", "A"), position("NE=6", "B")});
   EXPECT_EQ(fieldsOf(nodes_[0]), (NodeFields{"[EMS=EMS-1]", "A"}));
@@ -237,7 +237,7 @@ TEST_F(TopoClockNodes, DoNotMindAMissingUtilityThatIsNotNeeded) {
   EXPECT_EQ(fieldsOf(nodes_[0]), (NodeFields{"[]", "A"}));
 }
 
-TEST_F(TopoClockNodes, PassOnWhatTheUtilityRaises) {
+TEST_F(TopoClockNodes, PassExceptionsOfTheUtility) {
   fakes::onCall("ConvertNEIndexToName", 1, fakes::raiseRuntimeError("broken"));
   EXPECT_THROW(TopoManagementMgr::buildClockSourceNodeList(nodes_, {position("NE=5")}),
                std::runtime_error);
@@ -297,14 +297,14 @@ TEST_F(TopoClockLinks, KeepOrderAndDuplicates) {
   EXPECT_EQ(fieldsOf(links_[2]), fieldsOf(links_[0]));
 }
 
-TEST_F(TopoClockLinks, AreNamedAfterTheirIdAsItStands) {
+TEST_F(TopoClockLinks, AreNamedAfterTheirUnchangedId) {
   for (const char* id : {"12", " 12", "x=12abc", "a/b", "=", "-1", "99999999999999999999"}) {
     build({clockLink(id, "n")});
     EXPECT_EQ(printed(links_[0].name), std::string("[EMS=EMS-1, ClockTopoLinkId=") + id + "]");
   }
 }
 
-TEST_F(TopoClockLinks, HaveTheTypeThatStandsBeforeTheFirstSlash) {
+TEST_F(TopoClockLinks, HaveTheTypeBeforeTheFirstSlash) {
   EXPECT_EQ(typeFor("ab/cd/ef"), "[TOPO_LINK_TYPE=ab]");
   EXPECT_EQ(typeFor("ab/"), "[TOPO_LINK_TYPE=ab]");
   EXPECT_EQ(typeFor("a b//c"), "[TOPO_LINK_TYPE=a b]");
@@ -346,7 +346,7 @@ TEST_F(TopoClockLinks, ShareOneKeyOfWhichTheNumberAloneIsWritten) {
                    "ConvertNEIndexToName(20, 7)", "ConvertNEIndexToName(0, 8)"}));
 }
 
-TEST_F(TopoClockLinks, KeepWhatAFailedConversionLeftInAnEnd) {
+TEST_F(TopoClockLinks, KeepThePartialEndNameOfAFailedConversion) {
   fakes::onCall("ConvertNEIndexToName", 1, fakes::giveCode(9));
   fakes::onCall("ConvertNEIndexToName", 4, fakes::giveCode(9));
   build({clockLink("1", "n", "NE=5", "NE=6"), clockLink("2", "n", "NE=7", "NE=8")});
@@ -468,7 +468,7 @@ TEST_F(TopoClockLinks, PassOnThatTheUtilityIsMissing) {
                InterfaceNotExistException);
 }
 
-TEST_F(TopoClockLinks, PassOnWhatThePlatformRaises) {
+TEST_F(TopoClockLinks, PassExceptionsOfThePlatform) {
   const std::vector<ClockTopoLinkInfo_T> one = {clockLink("1", "n", "NE=5", "NE=6")};
   for (const char* call : {"EmsName", "GetObjectLabelInfo", "ConvertNEIndexToName"}) {
     fakes::resetJournal();

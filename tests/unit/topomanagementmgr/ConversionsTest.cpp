@@ -139,7 +139,7 @@ TEST_F(TopoNameConversion, NamesAnElementWhosePartIsMissingByMinusOne) {
   EXPECT_EQ(conversions(), Lines{"ConvertNEIndexToName(0, -1)"});
 }
 
-TEST_F(TopoNameConversion, NamesAnElementWithoutAnyPartByMinusOneWhateverItsId) {
+TEST_F(TopoNameConversion, NamesAnElementWithoutAPartByMinusOne) {
   fakes::naming().className = "NE";
   EXPECT_EQ(convert(kFdn, "12"), 0U);
   EXPECT_EQ(Journal::count("Str2Int"), 0);
@@ -408,7 +408,7 @@ TEST_F(TopoNodeConversion, ReturnsTheCodeOfAFailedName) {
   EXPECT_EQ(loggedText(), "0 log records");
 }
 
-TEST_F(TopoNodeConversion, LeavesWhatWasWrittenBeforeAParentFailed) {
+TEST_F(TopoNodeConversion, KeepsTheFieldsBeforeAFailedParentName) {
   fakes::onCall("ConvertTopoNodeIdToName", 2, fakes::giveCode(22));
   TopoNode_T domainNode = subnetwork("map", "new label");
   domainNode.parentId = "parent";

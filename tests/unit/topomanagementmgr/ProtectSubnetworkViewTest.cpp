@@ -137,7 +137,7 @@ TEST_F(TopoProtectSubnetworkView, DoesNotMindASubnetworkWithoutAName) {
   EXPECT_EQ(labels(), Lines{"A"});
 }
 
-TEST_F(TopoProtectSubnetworkView, FollowsASwitchThatGoesOnDuringTheView) {
+TEST_F(TopoProtectSubnetworkView, FollowsASwitchThatIsTurnedOnDuringTheView) {
   network().nodes = {subnetwork("a", "A")};
   network().indexes = indexes({5});
   fakes::agent().testSwitchAnswers = {false, true, true};
@@ -148,7 +148,7 @@ TEST_F(TopoProtectSubnetworkView, FollowsASwitchThatGoesOnDuringTheView) {
   }
 }
 
-TEST_F(TopoProtectSubnetworkView, FollowsASwitchThatGoesOffDuringTheView) {
+TEST_F(TopoProtectSubnetworkView, FollowsASwitchThatIsTurnedOffDuringTheView) {
   network().nodes = {subnetwork("a", "A")};
   network().indexes = indexes({5});
   fakes::agent().testSwitchAnswers = {true, false};
@@ -157,7 +157,7 @@ TEST_F(TopoProtectSubnetworkView, FollowsASwitchThatGoesOffDuringTheView) {
   EXPECT_EQ(nodes_[0].additionalInfo.length(), 0U);
 }
 
-TEST_F(TopoProtectSubnetworkView, ReadsTheDomainAnewForEveryView) {
+TEST_F(TopoProtectSubnetworkView, ReadsTheDomainInEveryView) {
   network().nodes = {subnetwork("a", "A")};
   view();
   network().nodes = {subnetwork("b", "B")};
@@ -209,7 +209,7 @@ TEST_F(TopoProtectSubnetworkView, MakesTheseCallsInTestMode) {
                    "ConvertTopoNodeIdToName(\"a\")", "GetTestSwitch()"}));
 }
 
-TEST_F(TopoProtectSubnetworkView, AsksTheDomainForWhatTheTopoViewAsksFor) {
+TEST_F(TopoProtectSubnetworkView, MakesTheDomainQueriesOfTheTopoView) {
   fillNetwork();
   view();
   const Lines asked = domainCalls();
@@ -272,7 +272,7 @@ TEST_F(TopoProtectSubnetworkView, ReturnsTheCodeOfAMissingDomain) {
   EXPECT_EQ(loggedErrorWithoutLine(), caughtBy(kOperation, "1092091908"));
 }
 
-TEST_F(TopoProtectSubnetworkView, GoesOnWithWhatItHasWhenAQueryFailsWithoutACode) {
+TEST_F(TopoProtectSubnetworkView, SucceedsWithTheNodesSoFarWhenAQueryFailsWithoutACode) {
   fillNetwork();
   fakes::onCall("GetNEIndexList", 1, fakes::raiseProcessException(0));
   EXPECT_EQ(view(), 0U);

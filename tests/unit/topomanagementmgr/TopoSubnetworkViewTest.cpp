@@ -227,7 +227,7 @@ TEST_F(TopoSubnetworkView, AddsNoAttributesOutsideTestMode) {
   EXPECT_EQ(nodes_[0].additionalInfo.length(), 0U);
 }
 
-TEST_F(TopoSubnetworkView, ReadsTheDomainAnewForEveryView) {
+TEST_F(TopoSubnetworkView, ReadsTheDomainInEveryView) {
   network().nodes = {subnetwork("a", "A")};
   view();
   network().nodes = {subnetwork("b", "B")};
@@ -266,7 +266,7 @@ TEST_F(TopoSubnetworkView, GivesElementsTheVendorAloneInTestMode) {
   EXPECT_EQ(printed(nodes_[2].additionalInfo), std::string("[") + kVendor + "]");
 }
 
-TEST_F(TopoSubnetworkView, TellsLocationAndTypeApart) {
+TEST_F(TopoSubnetworkView, SplitsLocationAndType) {
   EXPECT_EQ(placementInTestMode("Hall4||3"), "Location=Hall4 TopoType=Ring");
 }
 
@@ -349,7 +349,7 @@ TEST_F(TopoSubnetworkView, ReadsTheTestSwitchAfreshAtEveryUse) {
   EXPECT_EQ(Journal::count("GetTestSwitch"), 3);
 }
 
-TEST_F(TopoSubnetworkView, FollowsASwitchThatGoesOnDuringTheView) {
+TEST_F(TopoSubnetworkView, FollowsASwitchThatIsTurnedOnDuringTheView) {
   network().nodes = {subnetwork("a", "A")};
   network().indexes = indexes({5});
   fakes::agent().testSwitchAnswers = {false, true, true, true};
@@ -359,7 +359,7 @@ TEST_F(TopoSubnetworkView, FollowsASwitchThatGoesOnDuringTheView) {
   EXPECT_EQ(nodes_[1].additionalInfo.length(), 1U);
 }
 
-TEST_F(TopoSubnetworkView, FollowsASwitchThatGoesOffDuringTheView) {
+TEST_F(TopoSubnetworkView, FollowsASwitchThatIsTurnedOffDuringTheView) {
   network().nodes = {subnetwork("a", "A")};
   network().indexes = indexes({5});
   fakes::agent().testSwitchAnswers = {true, false, false};
@@ -451,7 +451,7 @@ TEST_F(TopoNodeAttributes, AreNotLookedUpForElements) {
   EXPECT_EQ(nodes_[0].additionalInfo.length(), 0U);
 }
 
-TEST_F(TopoNodeAttributes, AreAppendedToWhatANodeAlreadyHas) {
+TEST_F(TopoNodeAttributes, AreAppendedToExistingPairs) {
   topo::setLength(nodes_[0].additionalInfo, 2);
   topo::setPair(nodes_[0].additionalInfo, 0, "n0", "v0");
   topo::setPair(nodes_[0].additionalInfo, 1, "n1", "v1");
@@ -475,7 +475,7 @@ TEST_F(TopoNodeAttributes, AreAddedToNodesOfTypeOneOnly) {
   }
 }
 
-TEST_F(TopoNodeAttributes, AreForSubnetworksWhateverTheDomainNodeAtThePositionIs) {
+TEST_F(TopoNodeAttributes, AreForSubnetworksWithAnyDomainNodeAtTheirPosition) {
   add({withAttribute(element("5"), "Hall||6")});
   EXPECT_STREQ(nodes_[0].additionalInfo[1].value.in(), "Hall");
 }
@@ -533,7 +533,7 @@ TEST_F(TopoSubnetworkView, ReturnsTheCodeOfAMissingDomain) {
   EXPECT_EQ(loggedError(), viewError("1092091908"));
 }
 
-TEST_F(TopoSubnetworkView, GoesOnWithWhatItHasWhenAQueryFailsWithoutACode) {
+TEST_F(TopoSubnetworkView, SucceedsWithTheNodesSoFarWhenAQueryFailsWithoutACode) {
   fillNetwork();
   fakes::onCall("GetNEIndexList", 1, fakes::raiseProcessException(0));
   EXPECT_EQ(view(), 0U);
@@ -632,7 +632,7 @@ TEST_F(TopoSubnetworkViewBase, MakesElementNodesOfNumberTypeAttributesAndName) {
   EXPECT_TRUE(node.extendedAttributes.empty());
 }
 
-TEST_F(TopoSubnetworkViewBase, AppendsToWhatTheHolderHas) {
+TEST_F(TopoSubnetworkViewBase, AppendsToTheContentOfTheHolder) {
   holder_->push_back(subnetwork("before"));
   network().nodes = {subnetwork("a")};
   EXPECT_EQ(base(), 0U);
@@ -674,7 +674,7 @@ TEST_F(TopoSubnetworkViewBase, ReturnsTheCodeOfEveryFailedQuery) {
   }
 }
 
-TEST_F(TopoSubnetworkViewBase, KeepsWhatWasCollectedBeforeAFailure) {
+TEST_F(TopoSubnetworkViewBase, KeepsTheNodesCollectedBeforeAFailure) {
   fillNetwork();
   fakes::onCall("GetNEList", 1, fakes::raiseProcessException(77));
   EXPECT_EQ(base(), 77U);

@@ -179,7 +179,7 @@ TEST_F(TopoUserlabelMap, KeepsTheLastValueOfAKeyThatLeftTheFile) {
   EXPECT_EQ(find("a"), "1");
 }
 
-TEST_F(TopoUserlabelMap, KeepsItsEntriesWhenTheFileIsGone) {
+TEST_F(TopoUserlabelMap, KeepsItsEntriesWhenTheFileIsDeleted) {
   write("a;1\n");
   EXPECT_EQ(find("a"), "1");
   std::filesystem::remove(fileName_);

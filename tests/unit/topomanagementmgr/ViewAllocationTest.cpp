@@ -81,7 +81,7 @@ TEST_F(TopoViewAllocationDeathTest, MakesOneMapOfUserLabelsForAllViews) {
   EXPECT_EXIT(askTwice(), testing::ExitedWithCode(0), "left behind: 1, then 0");
 }
 
-TEST_F(TopoViewAllocation, LeavesNothingBehind) {
+TEST_F(TopoViewAllocation, LeaksNothing) {
   leftBehind(view);  // makes objects of first use
   EXPECT_EQ(leftBehind(view), 0);
   EXPECT_EQ(leftBehind(base), 0);
@@ -91,7 +91,7 @@ TEST_F(TopoViewAllocation, LeavesNothingBehind) {
   EXPECT_EQ(leftBehind(base), 0);
 }
 
-TEST_F(TopoViewAllocation, LeavesNothingBehindWhenAQueryFails) {
+TEST_F(TopoViewAllocation, LeaksNothingWhenAQueryFails) {
   leftBehind(view);
   leftBehind(view, "GetAllTopoNodes", 1, fakes::raiseProcessException(7));
   for (const auto& build : {view, base}) {
@@ -108,7 +108,7 @@ TEST_F(TopoViewAllocation, LeavesNothingBehindWhenAQueryFails) {
   }
 }
 
-TEST_F(TopoViewAllocation, LeavesNothingBehindWhenTheUtilityIsMissing) {
+TEST_F(TopoViewAllocation, LeaksNothingWhenTheUtilityIsMissing) {
   leftBehind(view);
   fakes::openBuffer("CorbaUtilInterface").Remove(&fakes::corbaUtil());
   const auto missing = [] { EXPECT_THROW(view(), InterfaceNotExistException); };
@@ -116,7 +116,7 @@ TEST_F(TopoViewAllocation, LeavesNothingBehindWhenTheUtilityIsMissing) {
   EXPECT_EQ(leftBehind(missing), 0);
 }
 
-TEST_F(TopoViewAllocation, PassesOnThatMemoryIsShortAndLeavesNothingBehind) {
+TEST_F(TopoViewAllocation, PassesBadAllocAndLeaksNothing) {
   leftBehind(view);
   // Lets each large allocation of the view fail once.
   int refusals = 0;

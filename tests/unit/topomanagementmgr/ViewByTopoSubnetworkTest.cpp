@@ -113,7 +113,7 @@ TEST_F(TopoViewByTopoSubnetwork, ShowsEveryNodeBelowAtAnyDepth) {
   EXPECT_EQ(viewOf("S"), (Lines{"N1", "N2", "N3"}));
 }
 
-TEST_F(TopoViewByTopoSubnetwork, ShowsWhatIsBelowAnInnerSubnetwork) {
+TEST_F(TopoViewByTopoSubnetwork, ShowsTheNodesBelowAnInnerSubnetwork) {
   fillNetwork();
   EXPECT_EQ(viewOf("N1"), Lines{"N3"});
 }
@@ -186,7 +186,7 @@ TEST_F(TopoViewByTopoSubnetwork, FindsNothingBelowAnElementThatTheTopologyDoesNo
   EXPECT_EQ(viewOf(""), (Lines{"N1", "N2", "NE-5"}));
 }
 
-TEST_F(TopoViewByTopoSubnetwork, ShowsWhatHasNoParentForAnEmptyId) {
+TEST_F(TopoViewByTopoSubnetwork, ShowsNodesWithoutAParentForAnEmptyId) {
   fillNetwork();
   network().nodes.push_back(node("T", ""));
   network().nodes.push_back(node("U", "T"));
@@ -195,7 +195,7 @@ TEST_F(TopoViewByTopoSubnetwork, ShowsWhatHasNoParentForAnEmptyId) {
   EXPECT_EQ(labels(), (Lines{"T", "U", "NE-5"}));
 }
 
-TEST_F(TopoViewByTopoSubnetwork, ShowsWhatIsBelowTheRootMarkersWhenTheyAreAskedFor) {
+TEST_F(TopoViewByTopoSubnetwork, ShowsTheNodesBelowARequestedRootMarker) {
   network().nodes = {node("N1", "0"), node("N2", "N1"), node("N3", kRoot), node("N4", "N3")};
   EXPECT_EQ(viewOf("0"), (Lines{"N1", "N2"}));
   EXPECT_EQ(viewOf(kRoot), (Lines{"N3", "N4"}));
@@ -206,7 +206,7 @@ TEST_F(TopoViewByTopoSubnetwork, StopsAtARootMarkerThatIsANode) {
   EXPECT_EQ(viewOf("S"), Lines{kRoot});  // the conversion of the node "0" fails
 }
 
-TEST_F(TopoViewByTopoSubnetwork, GoesByTheFirstOfSeveralNodesWithOneId) {
+TEST_F(TopoViewByTopoSubnetwork, UsesTheFirstOfSeveralNodesWithOneId) {
   network().nodes = {node("D", "S"),   node("D", kRoot), node("N1", "D"),
                      node("E", kRoot), node("E", "S"),   node("N2", "E")};
   EXPECT_EQ(viewOf("S"), (Lines{"D", "N1", "E"}));
@@ -279,7 +279,7 @@ TEST_F(TopoViewByTopoSubnetwork, LeavesOutNodesThatDoNotConvert) {
   EXPECT_EQ(loggedErrorWithoutLine(), "0 errors");
 }
 
-TEST_F(TopoViewByTopoSubnetwork, ReplacesWhatTheListHeld) {
+TEST_F(TopoViewByTopoSubnetwork, ReplacesTheContentOfTheList) {
   fillNetwork();
   topo::setLength(nodes_, 7);
   EXPECT_EQ(viewOf("N1"), Lines{"N3"});
@@ -314,7 +314,7 @@ TEST_F(TopoViewByTopoSubnetwork, AsksForTheIndexListsInTestModeToo) {
                    "Name2Index([EMS=EMS-1, TopoSubnetwork=N2])"}));
 }
 
-TEST_F(TopoViewByTopoSubnetwork, GoesByTheIdThatTheUtilityGives) {
+TEST_F(TopoViewByTopoSubnetwork, UsesTheIdOfName2Index) {
   fillNetwork();
   fakes::naming().idOfName = "N1";
   EXPECT_EQ(viewOf("whatever"), Lines{"N3"});
@@ -353,7 +353,7 @@ TEST_F(TopoViewByTopoSubnetwork, ReportsTheFailureBeforeRaisingIt) {
             "ErrCode:7,Detail:TopoManagementMgr::getViewInfoByTopoSubnetwork, Name2Index Error!!");
 }
 
-TEST_F(TopoViewByTopoSubnetwork, ReportsTheFailureAtTheModulesPositionWhateverItWasBefore) {
+TEST_F(TopoViewByTopoSubnetwork, ReportsTheFailureAtTheModulesLogPosition) {
   fillNetwork();
   fakes::onCall("GetNEData", 1, fakes::raiseProcessException(3));  // sets the log position
   failureOf(7);
@@ -376,7 +376,7 @@ TEST_F(TopoViewByTopoSubnetwork, ShowsNothingWhenTheNameHasNoId) {
 
 // --- Other failures.
 
-TEST_F(TopoViewByTopoSubnetwork, GoesOnWithoutNodesWhenTheTopologyCannotBeRead) {
+TEST_F(TopoViewByTopoSubnetwork, SucceedsWithoutNodesWhenTheTopologyCannotBeRead) {
   fillNetwork();
   for (const char* query : {"GetFacet", "GetTopoData", "GetAllTopoNodes"}) {
     fakes::resetJournal();
@@ -387,7 +387,7 @@ TEST_F(TopoViewByTopoSubnetwork, GoesOnWithoutNodesWhenTheTopologyCannotBeRead) 
   }
 }
 
-TEST_F(TopoViewByTopoSubnetwork, GoesOnWithTheNodesThatWereCollected) {
+TEST_F(TopoViewByTopoSubnetwork, SucceedsWithTheNodesCollectedBeforeAFailure) {
   fillNetwork();
   network().indexes = indexes({5});
   for (const char* query : {"GetAllTopoNodes late", "GetNEData", "GetNEIndexList",
@@ -401,7 +401,7 @@ TEST_F(TopoViewByTopoSubnetwork, GoesOnWithTheNodesThatWereCollected) {
   }
 }
 
-TEST_F(TopoViewByTopoSubnetwork, GoesOnWhenTheDomainIsMissing) {
+TEST_F(TopoViewByTopoSubnetwork, SucceedsWithoutNodesWhenTheDomainIsMissing) {
   fakes::openBuffer("DomainInterface").Remove(&fakes::domainInterface());
   EXPECT_EQ(viewOf("S"), Lines{});
   EXPECT_EQ(loggedErrorWithoutLine(), caughtBy(kCollection, "1092091908"));
@@ -488,7 +488,7 @@ TEST(TopoParentChain, EndsAtAParentThatIsNoNode) {
   EXPECT_FALSE(isBelow("S", "A", {node("A", "B"), node("C", "S")}));
 }
 
-TEST(TopoParentChain, GoesByTheFirstOfSeveralNodesWithOneId) {
+TEST(TopoParentChain, UsesTheFirstOfSeveralNodesWithOneId) {
   EXPECT_TRUE(isBelow("S", "A", {node("A", "S"), node("A", kRoot)}));
   EXPECT_FALSE(isBelow("S", "A", {node("A", kRoot), node("A", "S")}));
 }
@@ -506,7 +506,7 @@ TEST(TopoParentChain, FindsASubnetworkInACycle) {
   EXPECT_TRUE(isBelow("B", "S", nodes));
 }
 
-TEST(TopoParentChain, DoesNotCareWhatKindOfNodesItPasses) {
+TEST(TopoParentChain, PassesNodesOfEveryType) {
   TopoNode_T unknown = node("A", "S");
   unknown.nodeType = 9;
   EXPECT_TRUE(isBelow("S", "A", {unknown}));

@@ -114,7 +114,7 @@ class TopoClockAndSubnetworkAllocation : public fakes::PlatformFixture {
 
 using TopoClockAndSubnetworkAllocationDeathTest = TopoClockAndSubnetworkAllocation;
 
-TEST_F(TopoClockAndSubnetworkAllocation, LeavesNothingBehind) {
+TEST_F(TopoClockAndSubnetworkAllocation, LeaksNothing) {
   for (const bool testSwitch : {false, true}) {
     fakes::agent().testSwitch = testSwitch;
     for (const Path& operation : operations()) {
@@ -124,7 +124,7 @@ TEST_F(TopoClockAndSubnetworkAllocation, LeavesNothingBehind) {
   }
 }
 
-TEST_F(TopoClockAndSubnetworkAllocation, LeavesNothingBehindOfAnIteratorThatIsRefused) {
+TEST_F(TopoClockAndSubnetworkAllocation, LeaksNothingWhenAnIteratorIsRefused) {
   const std::vector<Path> refused = {[this] { protectView(1); }, [this] { viewBelow(1); },
                                      [this] { clockNodes(1); }, [this] { clockLinks(1); }};
   for (const Path& operation : refused) {
@@ -134,7 +134,7 @@ TEST_F(TopoClockAndSubnetworkAllocation, LeavesNothingBehindOfAnIteratorThatIsRe
   }
 }
 
-TEST_F(TopoClockAndSubnetworkAllocation, LeavesNothingBehindWhenTheDomainFails) {
+TEST_F(TopoClockAndSubnetworkAllocation, LeaksNothingWhenTheDomainFails) {
   for (const Path& operation : operations()) {
     leftBehind(operation);
     for (const char* call :
@@ -151,7 +151,7 @@ TEST_F(TopoClockAndSubnetworkAllocation, LeavesNothingBehindWhenTheDomainFails) 
   }
 }
 
-TEST_F(TopoClockAndSubnetworkAllocation, LeavesNothingBehindWhenTheClockQueryRaisesAnything) {
+TEST_F(TopoClockAndSubnetworkAllocation, LeaksNothingWhenTheClockQueryThrows) {
   const Path nodes = [this] { clockNodes(kAll); };
   const Path links = [this] { clockLinks(kAll); };
   for (const auto& step : {fakes::raiseRuntimeError("broken"), fakes::raiseBadAlloc()}) {
@@ -162,7 +162,7 @@ TEST_F(TopoClockAndSubnetworkAllocation, LeavesNothingBehindWhenTheClockQueryRai
   }
 }
 
-TEST_F(TopoClockAndSubnetworkAllocation, LeavesNothingBehindWhenNamingFails) {
+TEST_F(TopoClockAndSubnetworkAllocation, LeaksNothingWhenNamingFails) {
   for (const Path& operation : operations()) {
     leftBehind(operation);
     for (const char* call : {"ConvertTopoNodeIdToName", "ConvertNEIndexToName",
@@ -175,14 +175,14 @@ TEST_F(TopoClockAndSubnetworkAllocation, LeavesNothingBehindWhenNamingFails) {
   }
 }
 
-TEST_F(TopoClockAndSubnetworkAllocation, LeavesNothingBehindWhenTheNameIsRefused) {
+TEST_F(TopoClockAndSubnetworkAllocation, LeaksNothingWhenTheNameIsRefused) {
   fakes::naming().objectType = 1;
   const Path refused = [this] { viewBelow(kAll); };
   leftBehind(refused);
   EXPECT_EQ(leftBehind(refused), 0);
 }
 
-TEST_F(TopoClockAndSubnetworkAllocation, LeavesNothingBehindOfAViewThatRaises) {
+TEST_F(TopoClockAndSubnetworkAllocation, LeaksNothingWhenAViewThrows) {
   const auto view = [this] {
     NodeList_T nodes;
     TopoManagementMgr::getViewInfoByTopoSubnetwork(nodes, name_);

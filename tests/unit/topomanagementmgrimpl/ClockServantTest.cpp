@@ -171,7 +171,7 @@ TEST_F(TopoServantClocks, ReturnEmptyListsWhenThereIsNothing) {
   }
 }
 
-TEST_F(TopoServantClocks, AskTheDomainAnewForEveryView) {
+TEST_F(TopoServantClocks, ReadTheDomainInEveryView) {
   nodes(9);
   network().clockPositions.resize(1);
   nodes(9);

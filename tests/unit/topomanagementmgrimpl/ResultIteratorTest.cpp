@@ -255,7 +255,7 @@ TYPED_TEST(TopoResultIterator, MayBeDestroyedWhileItIsBeingRegistered) {
             (Lines{"getIteratorPoa()", kHolderMade, "add_Iterator()", "deactive_object()"}));
 }
 
-TYPED_TEST(TopoResultIterator, LivesUntilItsCreationIsThroughThoughTheAgentGivesItUpAtOnce) {
+TYPED_TEST(TopoResultIterator, LivesUntilItsCreationEndsWhenTheAgentDropsItAtOnce) {
   fakes::onCall("add_Iterator late", 1, []() -> CORBA::ULong {
     fakes::endIterators();
     return 0;
@@ -284,7 +284,7 @@ class Unactivatable : public virtual Kind::Skeleton {
   }
 };
 
-TYPED_TEST(TopoResultIterator, LetsWhateverTheActivationRaisesPass) {
+TYPED_TEST(TopoResultIterator, PassesExceptionsOfTheActivation) {
   using Records = typename TestFixture::List;
   const auto raised = [this](auto failure) {
     fakes::resetJournal();
@@ -385,7 +385,7 @@ TYPED_TEST(TopoResultIterator, EndsWithABatchOfMoreThanTheRest) {
   EXPECT_EQ(Journal::count("deactive_object"), 1);
 }
 
-TYPED_TEST(TopoResultIterator, GoesOnAfterABatchOfOneLessThanTheRest) {
+TYPED_TEST(TopoResultIterator, ContinuesAfterABatchOfOneLessThanTheRest) {
   this->create(5, 2);
   Lines records;
   EXPECT_TRUE(this->next(this->iterator_, 2, records));
@@ -570,7 +570,7 @@ TYPED_TEST(TopoResultIterator, NeverDeliversARecordTwiceNorLosesOneInBatchesOfOn
 
 // --- The length.
 
-TYPED_TEST(TopoResultIterator, TellsTheRestBehindTheFirstBatch) {
+TYPED_TEST(TopoResultIterator, HasTheLengthOfTheRestAfterTheFirstBatch) {
   this->create(10, 3);
   EXPECT_EQ(this->iterator_->getLength(), 7U);
 }
@@ -614,7 +614,7 @@ TYPED_TEST(TopoResultIterator, AsksForDeactivationAgainWhenItIsDestroyedAfterIts
   EXPECT_EQ(Journal::count("deactive_object"), 2);
 }
 
-TYPED_TEST(TopoResultIterator, EndsWhenTheAgentGivesItUp) {
+TYPED_TEST(TopoResultIterator, EndsWhenTheAgentDropsIt) {
   this->create(5, 2);
   fakes::endIterators();
   EXPECT_EQ(Journal::lines().back(), kHolderDestroyed);
@@ -730,7 +730,7 @@ TYPED_TEST(TopoResultIterator, IsRefusedOnAPoaThatIsBeingTakenDown) {
   EXPECT_EQ(fakes::registeredIterators().size(), 1U);
 }
 
-TYPED_TEST(TopoResultIterator, IsRefusedWhetherThePoaIsGoneYetOrNot) {
+TYPED_TEST(TopoResultIterator, IsRefusedDuringAndAfterThePoasDestruction) {
   fakes::onCall("add_Iterator", 1, [this]() -> CORBA::ULong {
     this->orb().iteratorPoa()->destroy(false, false);
     return 0;

@@ -102,7 +102,7 @@ TEST_F(TopoServantAttributes, PassAnEmptyNameOn) {
   EXPECT_EQ(Journal::linesOf({"onSetOwner"}), Lines{"onSetOwner([], \"owner\")"});
 }
 
-TEST_F(TopoServantAttributes, RaiseWhatTheAgentMakesOfAFailureCode) {
+TEST_F(TopoServantAttributes, RaiseTheAgentsExceptionOfAFailureCode) {
   for (const auto& setter : setters()) {
     fakes::onCall(setter.first, 1, fakes::giveCode(4000000000));
     const bool withText = setter.first == "onSetAdditionalInfo";
@@ -183,7 +183,7 @@ TEST_F(TopoServantCapabilities, AreSevenOperationsInTwoGroups) {
   EXPECT_EQ(Journal::lines(), Lines{expectedCall_});
 }
 
-TEST_F(TopoServantCapabilities, AreWhatTheAgentBuilds) {
+TEST_F(TopoServantCapabilities, AreTheListThatTheAgentBuilds) {
   common::CapabilityList_T_var capabilities;
   servant_->getCapabilities(capabilities.out());
   ASSERT_EQ(capabilities->length(), 7U);
@@ -191,7 +191,7 @@ TEST_F(TopoServantCapabilities, AreWhatTheAgentBuilds) {
   EXPECT_STREQ(capabilities[6].value.in(), "supported");
 }
 
-TEST_F(TopoServantCapabilities, AreTheSameWhateverTheAgentsState) {
+TEST_F(TopoServantCapabilities, AreTheSameInEveryStateOfTheAgent) {
   fakes::agent().testSwitch = true;
   fakes::resetAll();  // removes the published interfaces
   common::CapabilityList_T_var capabilities;

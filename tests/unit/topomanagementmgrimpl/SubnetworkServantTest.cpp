@@ -253,7 +253,7 @@ TEST_F(TopoServantSubnetworks, TestNothingElseAboutTheName) {
                    "Name2Index([EMS=EMS-1, =])"}));
 }
 
-TEST_F(TopoServantSubnetworks, ReturnWhatWasCollectedBelowWhenTheDomainFails) {
+TEST_F(TopoServantSubnetworks, ReturnTheNodesCollectedBeforeTheDomainFails) {
   fakes::onCall("GetNEIndexList", 1, fakes::raiseProcessException(77));
   EXPECT_EQ(failureOf([&] { viewBelow(9); }), std::nullopt);
   EXPECT_EQ(labelsOf(nodes_.in()), (Lines{"A", "B", "C"}));
@@ -298,7 +298,7 @@ TEST_F(TopoServantSubnetworksDeathTest, EndTheProcessWhenTheUtilityIsMissing) {
   }
 }
 
-TEST_F(TopoServantSubnetworksDeathTest, EndTheProcessWhenTheUtilityGoesAfterTheCheck) {
+TEST_F(TopoServantSubnetworksDeathTest, EndTheProcessWhenTheUtilityIsWithdrawnAfterTheCheck) {
   fakes::onCall("GetAllTopoNodes", 1, [] {
     fakes::openBuffer("CorbaUtilInterface").Remove(&fakes::corbaUtil());
     return 0U;

@@ -360,7 +360,7 @@ TEST_F(TopoServiceLabels, CannotBeReadWithoutTheDomain) {
   EXPECT_EQ(newIdentifiers(), Texts{});
 }
 
-TEST_F(TopoServiceLabels, LetPassWhateverTheDomainRaises) {
+TEST_F(TopoServiceLabels, PassExceptionsOfTheDomain) {
   for (const char* call : {"GetFacet", "GetTopoData", "GetAllTopoNodes", "GetAllTopoNodes late"}) {
     fakes::resetAgent();
     fakes::resetJournal();
@@ -378,7 +378,7 @@ TEST_F(TopoServiceLabels, LetPassWhateverTheDomainRaises) {
   }
 }
 
-TEST_F(TopoServiceLabels, LetPassWhatTheSwitchRaises) {
+TEST_F(TopoServiceLabels, PassExceptionsOfTheSwitch) {
   fakes::onCall("GetTestSwitch", 1, fakes::raiseRuntimeError("broken"));
   EXPECT_THROW(init(), std::runtime_error);
   EXPECT_EQ(Journal::lines(), kInit);

@@ -99,13 +99,13 @@ TEST_F(TopoFactory, HandsBackTheDestroyFunctionBeforeAnythingCanFail) {
   EXPECT_NE(destroy_, nullptr);
 }
 
-TEST_F(TopoFactory, PassesOnWhatTheBaseRaises) {
+TEST_F(TopoFactory, PassesExceptionsOfTheBase) {
   fakes::onCall("ServiceObjectBase", 1, fakes::raiseProcessException(7));
   EXPECT_THROW(make(), ProcessException);
   EXPECT_EQ(Journal::count("SetIFBuf"), 0);
 }
 
-TEST_F(TopoFactory, ReleasesWhatItBuiltWhenPublishingFails) {
+TEST_F(TopoFactory, DeletesTheObjectWhenPublishingFails) {
   fakes::onCall("SetIFBuf", 1, fakes::raiseBadAlloc());
   EXPECT_THROW(make(), std::bad_alloc);
   EXPECT_EQ(Journal::linesOf({"~ServiceObjectBase", "~NULLServiceInterface"}),

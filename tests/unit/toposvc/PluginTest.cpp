@@ -115,7 +115,7 @@ TEST_F(TopoPlugin, MayBeLoadedAgainAndAgain) {
   }
 }
 
-TEST_F(TopoPlugin, MayBeLoadedAgainWhenItWentWithoutFini) {
+TEST_F(TopoPlugin, CanBeLoadedAgainAfterAnUnloadWithoutFini) {
   {
     LoadedModule module;
     module.object().init(0, nullptr);
@@ -128,14 +128,14 @@ TEST_F(TopoPlugin, MayBeLoadedAgainWhenItWentWithoutFini) {
   fakes::releaseServants();
 }
 
-TEST_F(TopoPlugin, WithdrawsItsPlaceholderWhenItGoes) {
+TEST_F(TopoPlugin, WithdrawsItsPlaceholderAtUnload) {
   LoadedModule module;
   EXPECT_NE(fakes::openBuffer("NULLServiceInterface").First(), nullptr);
   module.unload();
   EXPECT_EQ(fakes::openBuffer("NULLServiceInterface").First(), nullptr);
 }
 
-TEST_F(TopoPlugin, CatchesWhatTheHostThrows) {
+TEST_F(TopoPlugin, CatchesExceptionsOfTheHost) {
   fakes::onCall("GetAllTopoNodes", 1, fakes::raiseProcessException(77));
   LoadedModule module;
   module.object().init(0, nullptr);
@@ -158,7 +158,7 @@ TEST_F(TopoPlugin, FinishesWithoutAnInit) {
   EXPECT_EQ(Journal::lines(), std::vector<std::string>{"ServiceObjectBase::fini()"});
 }
 
-TEST_F(TopoPlugin, FinishesWhatAFailedInitHasNotDone) {
+TEST_F(TopoPlugin, ReversesAFailedInitInFini) {
   LoadedModule module;
   fakes::onCall("RegisterServant", 1, fakes::raiseProcessException(7));
   EXPECT_THROW(module.object().init(0, nullptr), ProcessException);
@@ -216,7 +216,7 @@ TEST_F(TopoPluginWithOrb, IsReallyUnmappedAfterItHasHandledEvents) {
   ASSERT_TRUE(fakes::notificationsSent().at(0).object >>= node);
 }
 
-TEST_F(TopoPluginWithOrb, LeavesNothingBehindWhenItGoesWithoutFiniAfterSeveralInits) {
+TEST_F(TopoPluginWithOrb, LeaksNothingAtAnUnloadWithoutFiniAfterSeveralInits) {
   fakes::network().nodes = {fakes::subnetwork("a", "A")};
   fakes::agent().testSwitch = true;
   {

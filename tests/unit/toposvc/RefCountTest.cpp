@@ -59,7 +59,7 @@ TEST_F(TopoRefCount, IsDestroyedThoughTheLogFails) {
   }
 }
 
-TEST_F(TopoRefCount, PassesOnWhatTheLogRaisesAtItsConstruction) {
+TEST_F(TopoRefCount, PassesExceptionsOfTheLogInTheConstructor) {
   fakes::onCall("TaDebug", 1, fakes::raiseRuntimeError("disk full"));
   EXPECT_THROW(new Holder, std::runtime_error);
 }

@@ -173,7 +173,7 @@ TEST_F(TopoServiceObject, IgnoresThatThereIsNoStaleManager) {
   EXPECT_EQ(init(), 0);
 }
 
-TEST_F(TopoServiceObject, IgnoresWhateverUnregisteringRaises) {
+TEST_F(TopoServiceObject, IgnoresExceptionsOfUnregistering) {
   for (const fakes::Step& step : {fakes::raiseRuntimeError("broken"), fakes::raiseBadAlloc(),
                                   fakes::raiseProcessException(7), fakes::raiseTransient()}) {
     fakes::resetAgent();
@@ -294,7 +294,7 @@ TEST_F(TopoServiceObject, LeavesTheServantToTheAgent) {
   EXPECT_EQ(fakes::registeredServants().at(0)->_refcount_value(), 1U);
 }
 
-TEST_F(TopoServiceObject, IgnoresWhateverUnregisteringRaisesAtTheEnd) {
+TEST_F(TopoServiceObject, IgnoresExceptionsOfUnregisteringInFini) {
   for (const fakes::Step& step : {fakes::raiseRuntimeError("broken"), fakes::raiseBadAlloc(),
                                   fakes::raiseProcessException(7), fakes::raiseTransient()}) {
     fakes::resetAgent();
@@ -336,7 +336,7 @@ TEST_F(TopoServiceObject, IgnoresThatTheAgentCannotBeReachedAtTheEnd) {
   }
 }
 
-TEST_F(TopoServiceObject, FinishesWithZeroWhateverItsBaseReturns) {
+TEST_F(TopoServiceObject, ReturnsZeroFromFiniForAnyResultOfItsBase) {
   init();
   fakes::onEveryCall("ServiceObjectBase::fini", fakes::giveCode(7));
   EXPECT_EQ(fini(), 0);

@@ -55,7 +55,7 @@ TEST_F(TopoLog, KnowsTheLevelsOfErrorsAndTraces) {
   EXPECT_EQ(NS_CORBA::kLogTrace, 3);
 }
 
-TEST_F(TopoLog, PassesOnWhatTheLogRaises) {
+TEST_F(TopoLog, PassesExceptionsOfTheLog) {
   fakes::onCall("TaDebug", 1, fakes::raiseRuntimeError("disk full"));
   EXPECT_THROW(topo::logText(kSite, 3, "text"), std::runtime_error);
 }
@@ -65,7 +65,7 @@ TEST_F(TopoLog, WritesQuietlyAsOtherwise) {
   EXPECT_EQ(fakes::Journal::lines(), Lines{"TaDebug(3, \"text\") at toposvc:33 unknown"});
 }
 
-TEST_F(TopoLog, SwallowsWhatTheLogRaisesWhenQuiet) {
+TEST_F(TopoLog, DropsExceptionsOfTheLogWhenQuiet) {
   for (const fakes::Step& step :
        {fakes::raiseRuntimeError("disk full"), fakes::raiseProcessException(3),
         fakes::raiseBadAlloc(), fakes::raiseTransient()}) {

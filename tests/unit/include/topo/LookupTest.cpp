@@ -155,7 +155,7 @@ TEST_F(TopoLookup, KeepsOnePlaceholderOverManyLookups) {
   }
 }
 
-TEST_F(TopoLookup, KeepsOnePlaceholderWhateverIsPublishedLater) {
+TEST_F(TopoLookup, KeepsThePlaceholderWhenAnInterfaceIsPublishedLater) {
   EXPECT_TRUE(isMissing<DomainInterface>());
   NULLServiceInterface* const first = placeholder<DomainInterface>();
   fakes::publishPlatform();
@@ -337,7 +337,7 @@ TEST_F(TopoLookup, FindsTheInterfaceOfAServiceObject) {
   EXPECT_EQ(topo::lookup<CorbaUtilInterface>(), offered);
 }
 
-TEST_F(TopoLookup, GoesThroughTheServiceObjectsInTheirOrder) {
+TEST_F(TopoLookup, SearchesTheServiceObjectsInTheirOrder) {
   CorbaUtilInterface* const first = fakes::makeCorbaUtil();
   load("nothing", nullptr);
   load("other", fakes::makeDomainInterface());
@@ -403,7 +403,7 @@ TEST_F(TopoLookup, SkipsTheWalkWhenTheMutexCannotBeTaken) {
   EXPECT_TRUE(fakes::sharedMutexIsHeld());
 }
 
-TEST_F(TopoLookup, AppendsWhatItFoundToAnEmptyBuffer) {
+TEST_F(TopoLookup, AppendsTheFoundInterfaceToAnEmptyBuffer) {
   CorbaUtilInterface* const offered = fakes::makeCorbaUtil();
   load("service", offered);
   NS_BUNDLEMGR1::InterfaceBuffer& buffer = fakes::openBuffer("CorbaUtilInterface");
@@ -535,7 +535,7 @@ TEST_F(TopoLookup, PassesOnThatTheDomainIsMissing) {
   EXPECT_EQ(fakes::Journal::count("GetFacet"), 0);
 }
 
-TEST_F(TopoLookup, PassesOnWhatTheFacetOperationRaises) {
+TEST_F(TopoLookup, PassesExceptionsOfTheFacetOperation) {
   fakes::publishPlatform();
   fakes::onCall("GetFacet", 1, fakes::raiseProcessException(5));
   EXPECT_THROW(topo::GetCorbaDomain(), ProcessException);

@@ -13,7 +13,7 @@ constexpr topo::LogSite kSite{"topomanagementmgr", 77};
 
 class TopoPlatformFailure : public fakes::Fixture {};
 
-TEST_F(TopoPlatformFailure, SaysWhatFailedAndWhere) {
+TEST_F(TopoPlatformFailure, HasTheFailureAndItsPosition) {
   ProcessException failure;
   topo::reportFailure(failure, kSite, 5, "message");
   EXPECT_EQ(failure.errorCode, 5);

@@ -99,7 +99,7 @@ TEST(TmfSetLengthAllocation, NeedsNoMemoryToShrink) {
   EXPECT_EQ(nodes.length(), 0U);
 }
 
-TEST(TmfSetLengthAllocation, ReleasesWhatCutOffRecordsHeld) {
+TEST(TmfSetLengthAllocation, ReleasesTheTextsOfRemovedRecords) {
   NodeList_T nodes = twoNodes();
   const long before = fakes::liveBlocks();
   topo::setLength(nodes, 1);

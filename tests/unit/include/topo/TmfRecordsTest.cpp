@@ -405,7 +405,7 @@ TEST(TmfSetPair, WritesCopiesOfBothTexts) {
   EXPECT_EQ(printed(pairs), "[Vendor=someone]");
 }
 
-TEST(TmfSetPair, ReplacesWhatThePairHeld) {
+TEST(TmfSetPair, ReplacesTheTextsOfThePair) {
   NVSList_T pairs = onePair("old", "old");
   topo::setPair(pairs, 0, "new", "");
   EXPECT_EQ(printed(pairs), "[new=]");
