@@ -29,7 +29,7 @@ ModuleControl::~ModuleControl() {
 }
 
 void ModuleControl::load() {
-  const std::lock_guard<std::mutex> lock(turn_);
+  const MutexLock lock(turn_);
   try {
     bringIn();
   } catch (...) {
@@ -39,7 +39,7 @@ void ModuleControl::load() {
 }
 
 void ModuleControl::reload() {
-  const std::lock_guard<std::mutex> lock(turn_);
+  const MutexLock lock(turn_);
   startExchange().get();
 }
 
@@ -73,7 +73,7 @@ void ModuleControl::exchange() {
 }
 
 void ModuleControl::unload() {
-  const std::lock_guard<std::mutex> lock(turn_);
+  const MutexLock lock(turn_);
   state_ = State::kMissing;
   takeOut();
 }

@@ -7,12 +7,12 @@
 #include <cstdint>
 #include <filesystem>
 #include <future>
-#include <mutex>
 
 #include "agent/bundle/ModuleLoader.h"
 #include "agent/changes/NetworkWriter.h"
 #include "agent/events/EventManager.h"
 #include "agent/northbound/Northbound.h"
+#include "sync/Mutex.h"
 
 namespace agent {
 
@@ -50,10 +50,12 @@ class ModuleControl {
   std::uint32_t loads() const { return loads_.load(); }
 
  private:
-  std::future<void> startExchange();
-  void exchange();
-  void bringIn();
-  void takeOut();
+  std::future<void> startExchange() REQUIRES(turn_);
+  // Runs on a thread of its own while the thread in reload() holds turn_ and waits for the result,
+  // which the analysis cannot follow.
+  void exchange() NO_THREAD_SAFETY_ANALYSIS;
+  void bringIn() REQUIRES(turn_);
+  void takeOut() REQUIRES(turn_);
 
   const char* const manager_;
   const std::filesystem::path module_;
@@ -61,8 +63,8 @@ class ModuleControl {
   EventManager& events_;
   Northbound& northbound_;
 
-  std::mutex turn_;
-  ModuleLoader loader_;  // guarded by turn_
+  Mutex turn_;
+  ModuleLoader loader_ GUARDED_BY(turn_);
   std::atomic<State> state_{State::kMissing};
   std::atomic<std::uint32_t> loads_{0};
 };

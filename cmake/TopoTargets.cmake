@@ -8,7 +8,8 @@ function(topo_own_code target)
     -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Wold-style-cast -Wcast-qual
     -Woverloaded-virtual -Wconversion -Werror)
   if(TOPO_TIDY)
-    set_target_properties(${target} PROPERTIES CXX_CLANG_TIDY "${TOPO_CLANG_TIDY}")
+    set_target_properties(${target} PROPERTIES CXX_CLANG_TIDY
+      "${TOPO_CLANG_TIDY};--extra-arg=-Wthread-safety")
   endif()
 endfunction()
 

@@ -21,7 +21,9 @@ def commands_for_clang(build, folder):
     """Removes options that clang does not know from the build's compile commands; writes and returns the commands."""
     commands = json.loads((build / "compile_commands.json").read_text())
     for command in commands:
-        command["command"] = command["command"].replace(" -fno-gnu-unique", "")
+        # -Wthread-safety: the analysis of sync/ThreadAnnotations.h.
+        command["command"] = (command["command"].replace(" -fno-gnu-unique", "")
+                              .replace(" -c ", " -Wthread-safety -c "))
     (folder / "compile_commands.json").write_text(json.dumps(commands))
     return commands
 

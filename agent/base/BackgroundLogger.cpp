@@ -11,6 +11,8 @@
 #include <string>
 #include <utility>
 
+#include "sync/Mutex.h"
+
 namespace agent {
 namespace {
 
@@ -57,13 +59,14 @@ class BackgroundLogger::Sink final : public LineSink<spdlog::details::null_mutex
       : LineSink(write), thread_(thread) {}
 
   std::uint64_t flushes() {
-    const std::lock_guard<std::mutex> lock(mutex_);
+    const MutexLock lock(mutex_);
     return flushes_;
   }
 
   bool waitForFlushAfter(std::uint64_t earlier, std::chrono::milliseconds patience) {
-    std::unique_lock<std::mutex> lock(mutex_);
-    return flushed_.wait_for(lock, patience, [&] { return flushes_ > earlier; });
+    MutexLock lock(mutex_);
+    return flushed_.wait_for(lock.native(), patience,
+                             [&]() REQUIRES(mutex_) { return flushes_ > earlier; });
   }
 
  protected:
@@ -73,7 +76,7 @@ class BackgroundLogger::Sink final : public LineSink<spdlog::details::null_mutex
   }
 
   void flush_() override {
-    const std::lock_guard<std::mutex> lock(mutex_);
+    const MutexLock lock(mutex_);
     ++flushes_;
     flushed_.notify_all();
   }
@@ -93,9 +96,9 @@ class BackgroundLogger::Sink final : public LineSink<spdlog::details::null_mutex
   spdlog::details::thread_pool& thread_;
   std::size_t reported_ = 0;
 
-  std::mutex mutex_;
+  Mutex mutex_;
   std::condition_variable flushed_;
-  std::uint64_t flushes_ = 0;  // guarded by mutex_
+  std::uint64_t flushes_ GUARDED_BY(mutex_) = 0;
 };
 
 BackgroundLogger::BackgroundLogger(const WriteLine& write, std::size_t mostWaiting)

@@ -20,7 +20,7 @@ void RefusalLog::refused(const std::string& text) noexcept {
 void RefusalLog::write(const std::string& text) {
   std::size_t unlogged = 0;
   {
-    const std::lock_guard<std::mutex> lock(mutex_);
+    const MutexLock lock(mutex_);
     const auto now = clock_();
     if (now >= end_) {
       end_ = now + interval_;

@@ -6,8 +6,9 @@
 #include <chrono>
 #include <cstddef>
 #include <functional>
-#include <mutex>
 #include <string>
+
+#include "sync/Mutex.h"
 
 namespace agent {
 
@@ -33,10 +34,10 @@ class RefusalLog {
   const std::size_t lines_;
   const std::chrono::seconds interval_;
 
-  std::mutex mutex_;
-  std::chrono::steady_clock::time_point end_;  // of the interval; guarded by mutex_
-  std::size_t logged_ = 0;                     // in the interval; guarded by mutex_
-  std::size_t unlogged_ = 0;                   // guarded by mutex_
+  Mutex mutex_;
+  std::chrono::steady_clock::time_point end_ GUARDED_BY(mutex_);  // of the interval
+  std::size_t logged_ GUARDED_BY(mutex_) = 0;                     // in the interval
+  std::size_t unlogged_ GUARDED_BY(mutex_) = 0;
 };
 
 }  // namespace agent

@@ -42,12 +42,12 @@ std::shared_ptr<void> ImportAdmission::admit(const orb::Request& request) {
 }
 
 std::size_t ImportAdmission::reserved() const {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   return reserved_;
 }
 
 bool ImportAdmission::reserve(std::size_t bytes) {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   if (!allows_(reserved_ + bytes)) {
     return false;
   }
@@ -56,7 +56,7 @@ bool ImportAdmission::reserve(std::size_t bytes) {
 }
 
 void ImportAdmission::release(std::size_t bytes) {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   reserved_ -= bytes;
 }
 

@@ -6,10 +6,10 @@
 #include <cstddef>
 #include <functional>
 #include <memory>
-#include <mutex>
 
 #include "agent/base/RefusalLog.h"
 #include "orb/orb.h"
+#include "sync/Mutex.h"
 
 namespace agent {
 
@@ -45,8 +45,8 @@ class ImportAdmission {
 
   const Allows allows_;
   RefusalLog log_;
-  mutable std::mutex mutex_;
-  std::size_t reserved_ = 0;  // guarded by mutex_
+  mutable Mutex mutex_;
+  std::size_t reserved_ GUARDED_BY(mutex_) = 0;
 };
 
 }  // namespace agent

@@ -3,6 +3,7 @@
 #include "platform/agent/AgentConfig.h"
 
 #include "agent/host/RunningAgent.h"
+#include "agent/northbound/Northbound.h"
 
 namespace NS_CORBA {
 

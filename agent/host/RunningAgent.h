@@ -14,12 +14,13 @@
 #ifndef AGENT_HOST_RUNNINGAGENT_H
 #define AGENT_HOST_RUNNINGAGENT_H
 
-#include "agent/changes/AttributeService.h"
-#include "agent/northbound/Northbound.h"
-#include "agent/notifications/Notifier.h"
-#include "platform/event/EventMgr.h"
+class TEEventMgr;
 
 namespace agent {
+
+class AttributeService;
+class Northbound;
+class Notifier;
 
 // Borrowed parts; null where there is no such part.
 struct RunningAgent {

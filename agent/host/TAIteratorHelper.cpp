@@ -7,6 +7,7 @@
 #include "agent/base/FailureCodes.h"
 #include "agent/base/Log.h"
 #include "agent/host/RunningAgent.h"
+#include "agent/northbound/Northbound.h"
 
 namespace NS_CORBA {
 namespace {

@@ -3,6 +3,7 @@
 #include "platform/agent/TANotification.h"
 
 #include "agent/host/RunningAgent.h"
+#include "agent/notifications/Notifier.h"
 
 namespace NS_CORBA {
 

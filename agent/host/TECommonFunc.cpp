@@ -6,6 +6,7 @@
 
 #include "agent/base/FailureCodes.h"
 #include "agent/base/OperationResult.h"
+#include "agent/changes/AttributeService.h"
 #include "agent/host/FailureReason.h"
 #include "agent/host/RunningAgent.h"
 

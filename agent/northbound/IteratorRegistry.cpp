@@ -39,7 +39,7 @@ void IteratorRegistry::open() {
   policies[0]->destroy();
   const PortableServer::POAManager_var manager = poa->the_POAManager();
   manager->activate();
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   poa_ = poa._retn();
 }
 
@@ -47,7 +47,7 @@ void IteratorRegistry::retire() {
   PortableServer::POA_var poa;
   Entries entries;
   {
-    const std::lock_guard<std::mutex> lock(mutex_);
+    const MutexLock lock(mutex_);
     poa = poa_._retn();
     entries.swap(entries_);
     byKey_.clear();
@@ -58,11 +58,11 @@ void IteratorRegistry::retire() {
     orb::destroyPoa(poa);
   }
   // A reclaim on another thread may still hold servants that it took before.
-  const std::lock_guard<std::mutex> reclaimed(reclaiming_);
+  const MutexLock reclaimed(reclaiming_);
 }
 
 PortableServer::POA_ptr IteratorRegistry::poa() {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   return POA::_duplicate(poa_);
 }
 
@@ -70,7 +70,7 @@ PortableServer::POA_ptr IteratorRegistry::poa() {
 // once.
 FailureCode IteratorRegistry::admit(ServantBase* servant, std::size_t bytes) {
   const TimePoint now = clock_();
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   if (CORBA::is_nil(poa_)) {
     return kInternalError;
   }
@@ -110,7 +110,7 @@ void IteratorRegistry::track(ServantBase* servant, const ObjectId& id, const orb
     creation->added_.push_back(servant);
   }
   const TimePoint now = clock_();
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   const auto entry = entries_.find(servant);
   if (entry != entries_.end()) {
     entry->second.key = key;
@@ -164,7 +164,7 @@ IteratorRegistry::Creation::~Creation() {
 
 void IteratorRegistry::finish(const Creation& creation) {
   const TimePoint now = clock_();
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   for (ServantBase* const servant : creation.added_) {
     const auto entry = entries_.find(servant);
     // Another servant may have come to the same address.
@@ -177,7 +177,7 @@ void IteratorRegistry::finish(const Creation& creation) {
 
 // The servant is null when it is unknown.
 IteratorRegistry::Ending IteratorRegistry::take(ServantBase* servant) {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   const auto entry = entries_.find(servant);
   if (entry == entries_.end()) {
     return {};
@@ -212,7 +212,7 @@ bool IteratorRegistry::deactivate(ServantBase* servant) {
 
 void IteratorRegistry::touch(const orb::ObjectKey& key) {
   const TimePoint now = clock_();
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   const auto servant = byKey_.find(key);
   if (servant != byKey_.end()) {
     entries_.at(servant->second).lastUse = now;
@@ -223,7 +223,7 @@ void IteratorRegistry::touch(const orb::ObjectKey& key) {
 // is null when there is none.
 IteratorRegistry::Ending IteratorRegistry::firstIdle(ServantBase* after) {
   const TimePoint last = clock_() - limits_.idleTimeout;
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   for (auto place = entries_.upper_bound(after); place != entries_.end(); ++place) {
     const Entry& entry = place->second;
     // A servant without an id is being added at this moment.
@@ -237,7 +237,7 @@ IteratorRegistry::Ending IteratorRegistry::firstIdle(ServantBase* after) {
 // An iterator stays registered until its deactivation was successful, so that one for which memory
 // was short is reclaimed later.
 std::size_t IteratorRegistry::reclaimIdle() {
-  const std::lock_guard<std::mutex> lock(reclaiming_);
+  const MutexLock lock(reclaiming_);
   std::size_t reclaimed = 0;
   ServantBase* after = nullptr;
   for (Ending idle = firstIdle(after); idle.servant.in() != nullptr; idle = firstIdle(after)) {
@@ -250,12 +250,12 @@ std::size_t IteratorRegistry::reclaimIdle() {
 }
 
 std::size_t IteratorRegistry::size() {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   return entries_.size();
 }
 
 std::size_t IteratorRegistry::bytes() {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   return bytes_;
 }
 

@@ -9,12 +9,12 @@
 #include <functional>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <unordered_map>
 #include <vector>
 
 #include "agent/base/FailureCodes.h"
 #include "orb/orb.h"
+#include "sync/Mutex.h"
 
 namespace agent {
 
@@ -124,14 +124,14 @@ class IteratorRegistry {
 
   // Held while idle iterators are deactivated and their servants released. Never taken with mutex_
   // held.
-  std::mutex reclaiming_;
+  Mutex reclaiming_;
 
-  std::mutex mutex_;
-  // Guarded by mutex_. No call to the ORB is made under it.
-  PortableServer::POA_var poa_;
-  Entries entries_;
-  std::size_t bytes_ = 0;  // of all entries
-  std::unordered_map<orb::ObjectKey, PortableServer::ServantBase*> byKey_;
+  Mutex mutex_;
+  // No call to the ORB is made with mutex_ held.
+  PortableServer::POA_var poa_ GUARDED_BY(mutex_);
+  Entries entries_ GUARDED_BY(mutex_);
+  std::size_t bytes_ GUARDED_BY(mutex_) = 0;  // of all entries
+  std::unordered_map<orb::ObjectKey, PortableServer::ServantBase*> byKey_ GUARDED_BY(mutex_);
 };
 
 }  // namespace agent

@@ -47,7 +47,7 @@ Northbound::Northbound(orb::Server& server, std::string emsName, bool testSwitch
 Northbound::~Northbound() {
   server_.observeRequests(nullptr);
   {
-    const std::lock_guard<std::mutex> lock(mutex_);
+    const MutexLock lock(mutex_);
     stopping_ = true;
   }
   stop_.notify_one();
@@ -55,8 +55,9 @@ Northbound::~Northbound() {
 }
 
 void Northbound::housekeep() {
-  std::unique_lock<std::mutex> lock(mutex_);
-  while (!stop_.wait_for(lock, interval_, [this] { return stopping_; })) {
+  MutexLock lock(mutex_);
+  while (
+      !stop_.wait_for(lock.native(), interval_, [this]() REQUIRES(mutex_) { return stopping_; })) {
     lock.unlock();
     reclaimIterators();
     lock.lock();

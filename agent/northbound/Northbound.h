@@ -6,7 +6,6 @@
 #include <atomic>
 #include <condition_variable>
 #include <functional>
-#include <mutex>
 #include <string>
 #include <thread>
 
@@ -17,6 +16,7 @@
 #include "agent/northbound/ViewAdmission.h"
 #include "agent/northbound/ViewSizes.h"
 #include "orb/orb.h"
+#include "sync/Mutex.h"
 
 namespace agent {
 
@@ -76,9 +76,9 @@ class Northbound {
 
   // Reclaims idle iterators once in a while.
   const std::chrono::milliseconds interval_;
-  std::mutex mutex_;
+  Mutex mutex_;
   std::condition_variable stop_;
-  bool stopping_ = false;  // guarded by mutex_
+  bool stopping_ GUARDED_BY(mutex_) = false;
   std::thread housekeeper_;
 };
 

@@ -32,7 +32,7 @@ void ViewAdmission::Pass::swap(Pass& other) noexcept {
 }
 
 void ViewAdmission::Pass::computed(std::size_t bytes) {
-  const std::lock_guard<std::mutex> lock(admission_->mutex_);
+  const MutexLock lock(admission_->mutex_);
   --admission_->computing_;
   admission_->computingBytes_ -= bytes_;
   admission_->bytes_ += bytes - bytes_;
@@ -42,7 +42,7 @@ void ViewAdmission::Pass::computed(std::size_t bytes) {
 }
 
 void ViewAdmission::release(std::size_t bytes, bool computing) {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   --inProgress_;
   bytes_ -= bytes;
   if (computing) {
@@ -53,7 +53,7 @@ void ViewAdmission::release(std::size_t bytes, bool computing) {
 }
 
 ViewAdmission::Pass ViewAdmission::admit(std::size_t bytes) {
-  std::unique_lock<std::mutex> lock(mutex_);
+  MutexLock lock(mutex_);
   const Decision decision = await(lock, bytes);
   callNext();
   if (decision == Decision::kClosed) {
@@ -70,12 +70,11 @@ ViewAdmission::Pass ViewAdmission::admit(std::size_t bytes) {
   return {*this, bytes};
 }
 
-ViewAdmission::Decision ViewAdmission::await(std::unique_lock<std::mutex>& lock,
-                                             std::size_t bytes) {
+ViewAdmission::Decision ViewAdmission::await(MutexLock& lock, std::size_t bytes) {
   Decision decision = Decision::kWaits;
   Waiter waiter;
   const auto place = waiting_.insert(waiting_.end(), &waiter);
-  waiter.turn.wait_for(lock, limits_.patience, [&] {
+  waiter.turn.wait_for(lock.native(), limits_.patience, [&]() REQUIRES(mutex_) {
     decision = closed_                       ? Decision::kClosed
                : waiting_.front() == &waiter ? decide(bytes)
                                              : Decision::kWaits;
@@ -85,7 +84,6 @@ ViewAdmission::Decision ViewAdmission::await(std::unique_lock<std::mutex>& lock,
   return decision;
 }
 
-// REQUIRES: mutex_ is held.
 ViewAdmission::Decision ViewAdmission::decide(std::size_t bytes) const {
   if (computing_ >= limits_.views || (inProgress_ > 0 && bytes > room())) {
     return Decision::kWaits;
@@ -96,7 +94,7 @@ ViewAdmission::Decision ViewAdmission::decide(std::size_t bytes) const {
   return inProgress_ > 0 ? Decision::kWaits : Decision::kNoMemory;
 }
 
-// What the views in progress leave of the limit. REQUIRES: mutex_ is held.
+// The bytes that the views in progress leave of the limit.
 std::size_t ViewAdmission::room() const {
   return bytes_ < limits_.memory ? limits_.memory - bytes_ : 0;
 }
@@ -107,7 +105,6 @@ void ViewAdmission::refuse(std::size_t bytes, Decision decision) {
   throw CORBA::NO_RESOURCES(0, CORBA::COMPLETED_NO);
 }
 
-// REQUIRES: mutex_ is held.
 void ViewAdmission::callNext() {
   if (!waiting_.empty()) {
     waiting_.front()->turn.notify_one();
@@ -115,7 +112,7 @@ void ViewAdmission::callNext() {
 }
 
 void ViewAdmission::close() {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   closed_ = true;
   for (Waiter* const waiter : waiting_) {
     waiter->turn.notify_one();
@@ -123,12 +120,12 @@ void ViewAdmission::close() {
 }
 
 void ViewAdmission::open() {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   closed_ = false;
 }
 
 std::size_t ViewAdmission::waiting() {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   return waiting_.size();
 }
 

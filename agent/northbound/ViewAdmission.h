@@ -10,10 +10,10 @@
 #include <functional>
 #include <list>
 #include <memory>
-#include <mutex>
 #include <utility>
 
 #include "agent/base/RefusalLog.h"
+#include "sync/Mutex.h"
 
 namespace agent {
 
@@ -91,11 +91,11 @@ class ViewAdmission {
 
   enum class Decision { kWaits, kRuns, kNoMemory, kClosed };
 
-  Decision await(std::unique_lock<std::mutex>& lock, std::size_t bytes);
-  Decision decide(std::size_t bytes) const;
+  Decision await(MutexLock& lock, std::size_t bytes) REQUIRES(mutex_);
+  Decision decide(std::size_t bytes) const REQUIRES(mutex_);
   [[noreturn]] void refuse(std::size_t bytes, Decision decision);
-  std::size_t room() const;
-  void callNext();
+  std::size_t room() const REQUIRES(mutex_);
+  void callNext() REQUIRES(mutex_);
   void release(std::size_t bytes, bool computing);
 
   const ViewLimits limits_;
@@ -103,14 +103,14 @@ class ViewAdmission {
   RefusalLog log_;
   const char* const subject_;
 
-  std::mutex mutex_;
-  // Guarded by mutex_.
-  std::list<Waiter*> waiting_;
-  std::size_t inProgress_ = 0;
-  std::size_t computing_ = 0;
-  std::size_t computingBytes_ = 0;  // that the views that are computed may still allocate
-  std::size_t bytes_ = 0;           // of all views in progress
-  bool closed_ = false;
+  Mutex mutex_;
+  std::list<Waiter*> waiting_ GUARDED_BY(mutex_);
+  std::size_t inProgress_ GUARDED_BY(mutex_) = 0;
+  std::size_t computing_ GUARDED_BY(mutex_) = 0;
+  std::size_t computingBytes_ GUARDED_BY(mutex_) =
+      0;                                      // that the views that are computed may still allocate
+  std::size_t bytes_ GUARDED_BY(mutex_) = 0;  // of all views in progress
+  bool closed_ GUARDED_BY(mutex_) = false;
 };
 
 // Keeps the pass of a view until the reply was sent. A token of orb::RequestGuard.

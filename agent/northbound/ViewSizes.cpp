@@ -81,7 +81,7 @@ ViewSize ViewSizes::of(ViewKind kind, bool testSwitch) {
 
 // Reads the model again after a change only.
 NetworkLoad ViewSizes::currentLoad() {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   const std::uint64_t version = model_.version();
   if (!load_ || version != version_) {
     load_ = model_.load();

@@ -5,11 +5,11 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <mutex>
 #include <optional>
 #include <string>
 
 #include "agent/model/NetworkModel.h"
+#include "sync/Mutex.h"
 
 namespace agent {
 
@@ -46,9 +46,9 @@ class ViewSizes {
   const NetworkModel& model_;
   const std::size_t emsBytes_;
 
-  std::mutex mutex_;
-  std::optional<NetworkLoad> load_;  // guarded by mutex_
-  std::uint64_t version_ = 0;        // of the model, for load_; guarded by mutex_
+  Mutex mutex_;
+  std::optional<NetworkLoad> load_ GUARDED_BY(mutex_);
+  std::uint64_t version_ GUARDED_BY(mutex_) = 0;  // of the model, for load_
 };
 
 }  // namespace agent

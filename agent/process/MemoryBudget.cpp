@@ -121,7 +121,7 @@ bool MemoryBudget::allows(std::size_t bytes) {
 }
 
 void MemoryBudget::releaseFreed() {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   const auto now = clock_();
   if (now >= nextRelease_) {
     release_();

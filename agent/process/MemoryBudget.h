@@ -7,7 +7,8 @@
 #include <cstddef>
 #include <functional>
 #include <limits>
-#include <mutex>
+
+#include "sync/Mutex.h"
 
 namespace agent {
 
@@ -45,8 +46,8 @@ class MemoryBudget {
   const Release release_;
   const Clock clock_;
 
-  std::mutex mutex_;
-  std::chrono::steady_clock::time_point nextRelease_;  // guarded by mutex_
+  Mutex mutex_;
+  std::chrono::steady_clock::time_point nextRelease_ GUARDED_BY(mutex_);
 };
 
 // The use of this process. The resident limit is the least of: `configured` (0: none), the limits

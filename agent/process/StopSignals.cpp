@@ -26,7 +26,7 @@ StopSignals::StopSignals(std::chrono::milliseconds patience, std::function<void(
 // A signal to the thread alone ends its wait for one.
 StopSignals::~StopSignals() {
   {
-    const std::lock_guard<std::mutex> lock(mutex_);
+    const MutexLock lock(mutex_);
     threadEnds_ = true;
     startEnded_ = true;
   }
@@ -36,33 +36,34 @@ StopSignals::~StopSignals() {
 }
 
 bool StopSignals::arrived() {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   return arrived_;
 }
 
 void StopSignals::startEnded() {
   {
-    const std::lock_guard<std::mutex> lock(mutex_);
+    const MutexLock lock(mutex_);
     startEnded_ = true;
   }
   changed_.notify_all();
 }
 
 void StopSignals::wait() {
-  std::unique_lock<std::mutex> lock(mutex_);
-  changed_.wait(lock, [this] { return arrived_; });
+  MutexLock lock(mutex_);
+  changed_.wait(lock.native(), [this]() REQUIRES(mutex_) { return arrived_; });
 }
 
 void StopSignals::takeSignal() {
   int signal = 0;
   sigwait(&signals_, &signal);
-  std::unique_lock<std::mutex> lock(mutex_);
+  MutexLock lock(mutex_);
   if (threadEnds_) {
     return;
   }
   arrived_ = true;
   changed_.notify_all();
-  const bool ended = changed_.wait_for(lock, patience_, [this] { return startEnded_; });
+  const bool ended = changed_.wait_for(lock.native(), patience_,
+                                       [this]() REQUIRES(mutex_) { return startEnded_; });
   lock.unlock();
   if (!ended) {
     onOverdue_();

@@ -7,8 +7,9 @@
 #include <condition_variable>
 #include <csignal>
 #include <functional>
-#include <mutex>
 #include <thread>
+
+#include "sync/Mutex.h"
 
 namespace agent {
 
@@ -45,11 +46,11 @@ class StopSignals {
   const std::function<void()> onOverdue_;
   const sigset_t signals_;
 
-  std::mutex mutex_;
+  Mutex mutex_;
   std::condition_variable changed_;
-  bool arrived_ = false;     // guarded by mutex_
-  bool startEnded_ = false;  // guarded by mutex_
-  bool threadEnds_ = false;  // guarded by mutex_
+  bool arrived_ GUARDED_BY(mutex_) = false;
+  bool startEnded_ GUARDED_BY(mutex_) = false;
+  bool threadEnds_ GUARDED_BY(mutex_) = false;
   std::thread thread_;
 };
 

@@ -11,6 +11,7 @@
 
 #include "agent/base/FailureCodes.h"
 #include "agent/events/EventManager.h"
+#include "agent/northbound/Northbound.h"
 #include "orb/idl/TopoManagementManager.h"
 #include "orb/orb.h"
 #include "platform/agent/AgentConfig.h"

@@ -10,6 +10,7 @@
 #include <thread>
 
 #include "agent/base/FailureCodes.h"
+#include "agent/changes/AttributeService.h"
 #include "agent/host/RunningAgent.h"
 #include "platform/agent/Failures.h"
 #include "tests/support/TemporaryDirectory.h"
