@@ -44,10 +44,6 @@ class Agent {
   // iterators end. REQUIRES: started. Throws ModuleError.
   void reloadModule();
 
-  // What modules find out from now on, in place of what the options say. REQUIRES: started, and no
-  // module looks at present.
-  void setEventAccess(EventAccess access);
-
  private:
   class Parts;
 

@@ -9,16 +9,10 @@
 #include <stdexcept>
 #include <string>
 
+#include "agent/host/EventAccess.h"
 #include "orb/orb.h"
 
 namespace agent {
-
-// What modules find out about their access to events.
-enum class EventAccess {
-  kAllowed,
-  kDenied,
-  kUnknown,  // there is no one to ask
-};
 
 struct Options {
   std::filesystem::path network;  // empty: none

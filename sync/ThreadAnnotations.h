@@ -1,7 +1,7 @@
 // Names for the attributes of clang's thread-safety analysis. Other compilers ignore them.
 //
-// The analysis reports a member that is used without its mutex, and a function that is called without
-// the mutex that the function requires. scripts/tidy.py runs the analysis.
+// The analysis reports a member that is used without its mutex, and a function that is called
+// without the mutex that the function requires. scripts/tidy.py runs the analysis.
 
 #ifndef SYNC_THREADANNOTATIONS_H
 #define SYNC_THREADANNOTATIONS_H

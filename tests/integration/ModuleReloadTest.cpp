@@ -297,7 +297,8 @@ TEST(EventsInProcess, ThatTheModuleCannotHandleAreLoggedAndViewsAreServed) {
   agent::Agent agent(options);
   testing::internal::CaptureStderr();
   agent.start();
-  agent.setEventAccess(agent::EventAccess::kUnknown);
+  NS_BUNDLEMGR1::InterfaceBuffer& access = *NS_BUNDLEMGR1::CheckIFBuf("SecurityIF");
+  access.Remove(access.First());
   int argc = 0;
   const CORBA::ORB_var orb = CORBA::ORB_init(argc, nullptr);
   const CORBA::Object_var object = orb->string_to_object(agent.managerReference().c_str());

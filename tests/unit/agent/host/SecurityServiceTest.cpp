@@ -1,51 +1,23 @@
-// Access control: the switch for events, and who a thread acts as.
+// Access control: the switch for events.
 
 #include "agent/host/SecurityService.h"
 
 #include <gtest/gtest.h>
 
-#include <thread>
-
 namespace {
 
-using agent::AccessContext;
 using agent::SecurityService;
 
-AccessContext accessOfANewThread() {
-  AccessContext access;
-  std::thread([&] { access = SecurityService::currentAccess(); }).join();
-  return access;
+TEST(SecurityService, AnswersAsItWasConstructed) {
+  EXPECT_TRUE(SecurityService(true).isEventAccessAllowed());
+  EXPECT_FALSE(SecurityService(false).isEventAccessAllowed());
 }
 
-TEST(SecurityService, AllowsEventsAsItWasToldUntilItIsToldOtherwise) {
-  SecurityService open(true);
-  SecurityService closed(false);
-  EXPECT_TRUE(open.isEventAccessAllowed());
-  EXPECT_FALSE(closed.isEventAccessAllowed());
-  open.allowEventAccess(false);
-  closed.allowEventAccess(true);
-  EXPECT_FALSE(open.isEventAccessAllowed());
-  EXPECT_TRUE(closed.isEventAccessAllowed());
-}
-
-TEST(SecurityService, KnowsNobodyOnAThreadThatHasNotSaidWhoItIs) {
-  EXPECT_EQ("", accessOfANewThread().identity);
-  EXPECT_EQ(0, accessOfANewThread().level);
-}
-
-TEST(SecurityService, KeepsAnAccessContextForEachThread) {
-  SecurityService service(true);
-  std::thread([&] {
-    service.setAccessIdentity("NT");
-    service.setAccessLevel(1);
-    EXPECT_EQ("NT", SecurityService::currentAccess().identity);
-    EXPECT_EQ(1, SecurityService::currentAccess().level);
-    EXPECT_EQ("", accessOfANewThread().identity);
-    EXPECT_EQ(0, accessOfANewThread().level);
-    service.setAccessIdentity("operator");
-    EXPECT_EQ("operator", SecurityService::currentAccess().identity);
-    EXPECT_EQ(1, SecurityService::currentAccess().level);
-  }).join();
+TEST(SecurityService, IgnoresIdentityAndLevel) {
+  SecurityService service(false);
+  service.setAccessIdentity("operator");
+  service.setAccessLevel(1);
+  EXPECT_FALSE(service.isEventAccessAllowed());
 }
 
 TEST(SecurityService, IsFoundBehindThePublishedInterface) {
