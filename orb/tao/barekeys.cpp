@@ -17,9 +17,9 @@
 #include <cerrno>
 #include <utility>
 
-#include "calls.h"
 #include "connections.h"
-#include "messages.h"
+#include "messagelimit.h"
+#include "outgoingcalls.h"
 
 namespace orb {
 namespace {

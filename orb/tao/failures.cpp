@@ -8,9 +8,9 @@
 #include <iterator>
 #include <string>
 
-#include "calls.h"
-#include "messages.h"
+#include "messagelimit.h"
 #include "orb/orb.h"
+#include "outgoingcalls.h"
 
 namespace orb {
 namespace {

@@ -18,7 +18,7 @@
 #include <optional>
 #include <utility>
 
-#include "calls.h"
+#include "outgoingcalls.h"
 
 namespace orb {
 

@@ -21,10 +21,10 @@
 #include "../addresses.h"
 #include "../listening.h"
 #include "barekeys.h"
-#include "calls.h"
 #include "connections.h"
 #include "incoming.h"
-#include "messages.h"
+#include "messagelimit.h"
+#include "outgoingcalls.h"
 
 namespace orb {
 

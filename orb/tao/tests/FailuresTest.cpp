@@ -7,8 +7,8 @@
 #include <cerrno>
 #include <cstring>
 
-#include "orb/tao/calls.h"
-#include "orb/tao/messages.h"
+#include "orb/tao/messagelimit.h"
+#include "orb/tao/outgoingcalls.h"
 #include "tests/unit/orb/Verdicts.h"
 
 namespace {

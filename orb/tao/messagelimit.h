@@ -1,7 +1,7 @@
 // A size limit of GIOP messages, which this ORB does not have.
 
-#ifndef ORB_TAO_MESSAGES_H
-#define ORB_TAO_MESSAGES_H
+#ifndef ORB_TAO_MESSAGELIMIT_H
+#define ORB_TAO_MESSAGELIMIT_H
 
 #include <cstddef>
 #include <cstdint>

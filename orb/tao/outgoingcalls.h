@@ -1,7 +1,7 @@
 // Timeouts and causes of failures of outgoing calls.
 
-#ifndef ORB_TAO_CALLS_H
-#define ORB_TAO_CALLS_H
+#ifndef ORB_TAO_OUTGOINGCALLS_H
+#define ORB_TAO_OUTGOINGCALLS_H
 
 #include <chrono>
 #include <cstddef>

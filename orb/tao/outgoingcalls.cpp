@@ -1,4 +1,4 @@
-#include "calls.h"
+#include "outgoingcalls.h"
 
 #include <ace/Time_Value.h>
 #include <tao/ORBInitializer_Registry.h>
@@ -15,7 +15,7 @@
 #include <shared_mutex>
 #include <unordered_map>
 
-#include "messages.h"
+#include "messagelimit.h"
 #include "orb/orb.h"
 
 namespace orb {

@@ -1,4 +1,4 @@
-#include "messages.h"
+#include "messagelimit.h"
 
 #include <ace/CDR_Base.h>
 #include <ace/Malloc_Allocator.h>
@@ -24,8 +24,8 @@
 #include <string>
 #include <utility>
 
-#include "calls.h"
 #include "incoming.h"
+#include "outgoingcalls.h"
 
 namespace orb {
 
