@@ -51,7 +51,8 @@ void fillRow(const Record& record, const RecordFields<Record>& fields, Rows::Row
   }
 }
 
-// A row for each record of the batches. Borrows the batches and the fields.
+// A row for each record of the batches. Borrows the batches and the fields. Thread-safety and
+// errors as Rows.
 template <typename List>
 class ListRows final : public Rows {
  public:
@@ -75,7 +76,7 @@ class ListRows final : public Rows {
   const RecordFields<Record>& fields_;
 };
 
-// One row. Borrows the record and the fields.
+// One row. Borrows the record and the fields. Thread-safety and errors as Rows.
 template <typename Record>
 class RecordRow final : public Rows {
  public:

@@ -12,8 +12,9 @@ namespace topoctl {
 // Calls a function in a separate thread at the first SIGINT or SIGTERM. The second signal kills the
 // process, in case the process hangs. A signal that is ignored at construction stays ignored.
 //
-// Owns its thread. REQUIRES: at most one instance in a process, constructed before any thread that
-// could receive the signals. The function must not throw. Throws std::system_error.
+// Thread-safety: constructed and destroyed by one thread. Owns its thread. REQUIRES: at most one
+// instance in a process, constructed before any thread that could receive the signals. The function
+// must not throw. Throws std::system_error.
 class StopSignals {
  public:
   explicit StopSignals(std::function<void()> onStop);
