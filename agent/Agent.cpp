@@ -60,18 +60,17 @@ class Agent::Parts final : private AgentControl {
         network_(openNetwork(options, store_)),
         emsName_(options.emsName.empty() ? network_.ems : options.emsName),
         model_(std::move(network_)),
-        writer_(*store_, model_,
-                [this](std::uint64_t /*change*/, int eventId,
-                       std::vector<NS_DOMAIN::TopoNode_T> nodes) {
-                  events_.raise(eventId, std::move(nodes));
-                }),
+        writer_(
+            *store_, model_,
+            [this](std::uint64_t change, int eventId, std::vector<NS_DOMAIN::TopoNode_T> nodes) {
+              events_.raise(change, eventId, std::move(nodes));
+            }),
         services_(emsName_, model_, options.eventAccess),
         attributes_(emsName_, writer_),
         nodes_(writer_, stopping_),
-        notifier_(
-            *server_, notifierOptions(options),
-            [this](std::uint64_t count) { return writer_.reserveNotificationIds(count); },
-            [] { return std::chrono::system_clock::now(); }),
+        notifier_(*server_, notifierOptions(options),
+                  ChangeNumbers{store_->lastChange(), EventManager::changeInProgress},
+                  [] { return std::chrono::system_clock::now(); }),
         memoryUse_(processMemory(options.memory)),
         memory_(
             memoryUse_, [] { malloc_trim(0); }, std::chrono::steady_clock::now),

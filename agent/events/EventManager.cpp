@@ -16,9 +16,20 @@ namespace {
 
 constexpr int kSource = 0;  // every event's source
 
+thread_local std::uint64_t changeOfThisThread = 0;
+
+// Sets the thread's change number during a call of a handler.
+class ChangeScope {
+ public:
+  explicit ChangeScope(std::uint64_t change) { changeOfThisThread = change; }
+  ~ChangeScope() { changeOfThisThread = 0; }
+  ChangeScope(const ChangeScope&) = delete;
+  ChangeScope& operator=(const ChangeScope&) = delete;
+};
+
 // Calls the handler and logs an exception. Returns whether the handler returned. Destroys the
 // exception before it returns, because the exception's type may belong to the handler's module.
-bool call(TEEventHandler& handler, int eventId, const TEEvent& event) {
+bool callAndLog(TEEventHandler& handler, int eventId, const TEEvent& event) {
   std::string reason;
   try {
     handler.HandleEvent(eventId, kSource, event);
@@ -36,7 +47,7 @@ bool call(TEEventHandler& handler, int eventId, const TEEvent& event) {
 
 bool handle(TEEventHandler& handler, int eventId, const TEEvent& event) noexcept {
   try {
-    return call(handler, eventId, event);
+    return callAndLog(handler, eventId, event);
   } catch (...) {
     return false;  // no memory for the log line
   }
@@ -46,6 +57,7 @@ bool handle(TEEventHandler& handler, int eventId, const TEEvent& event) noexcept
 
 // All queues share an event.
 struct EventManager::Queued {
+  std::uint64_t change;
   int eventId;
   std::uint64_t sequence;
   std::shared_ptr<const TEEvent> event;
@@ -187,9 +199,10 @@ void EventManager::UnSubscribe(TEEventHandler* handler, int eventId) {
   }
 }
 
-void EventManager::raise(int eventId, std::vector<NS_DOMAIN::TopoNode_T> nodes) {
+void EventManager::raise(std::uint64_t change, int eventId,
+                         std::vector<NS_DOMAIN::TopoNode_T> nodes) {
   try {
-    queue(eventId, std::move(nodes));
+    queue(change, eventId, std::move(nodes));
   } catch (...) {
     markGap(eventId);
     throw;
@@ -204,7 +217,8 @@ void EventManager::markGap(int eventId) noexcept {
   }
 }
 
-void EventManager::queue(int eventId, std::vector<NS_DOMAIN::TopoNode_T> nodes) {
+void EventManager::queue(std::uint64_t change, int eventId,
+                         std::vector<NS_DOMAIN::TopoNode_T> nodes) {
   const auto event = std::make_shared<const TEEvent>(TEEvent{std::move(nodes)});
   std::vector<Queued> evicted;  // destroyed after the lock is released
   bool overflowBegins = false;
@@ -215,7 +229,7 @@ void EventManager::queue(int eventId, std::vector<NS_DOMAIN::TopoNode_T> nodes) 
     for (const auto& [handler, lane] : lanes_) {
       if (lane->eventIds.count(eventId) != 0) {
         hasHandler = true;
-        lane->queue.push_back({eventId, raised_, event});
+        lane->queue.push_back({change, eventId, raised_, event});
         overflowBegins = lane->evictBeyond(queueLimit_, evicted) || overflowBegins;
         lane->work.notify_one();
       }
@@ -271,7 +285,7 @@ void EventManager::deliver(const std::shared_ptr<Lane>& lane) {
     if (hasGap) {
       reportGap();
     }
-    const bool returned = handle(lane->handler, next.eventId, *next.event);
+    const bool returned = call(lane->handler, next);
     next.event.reset();
     lock.lock();
     ++(returned ? delivered_ : failed_);
@@ -289,6 +303,15 @@ void EventManager::reportGap() const noexcept {
   } catch (...) {
     // Nobody can be notified of the failure.
   }
+}
+
+bool EventManager::call(TEEventHandler& handler, const Queued& event) noexcept {
+  const ChangeScope scope(event.change);
+  return handle(handler, event.eventId, *event.event);
+}
+
+std::uint64_t EventManager::changeInProgress() noexcept {
+  return changeOfThisThread;
 }
 
 // Last step of the lane's thread, which does not access the handler afterwards. Allocates nothing,

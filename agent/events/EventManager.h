@@ -71,10 +71,14 @@ class EventManager final : public TEEventMgr {
   // waits for that call. REQUIRES: no running call of the handler waits for the calling thread.
   void UnSubscribe(TEEventHandler* handler, int eventId) override;
 
-  // Queues an event for every handler that is subscribed to eventId. All handlers get events in the
-  // same order. Does not call or wait for a handler. Throws std::bad_alloc; a handler may then have
-  // a gap.
-  void raise(int eventId, std::vector<NS_DOMAIN::TopoNode_T> nodes);
+  // Queues the event of a change for every handler that is subscribed to eventId. All handlers get
+  // events in the same order. Does not call or wait for a handler. Throws std::bad_alloc; a handler
+  // may then have a gap.
+  void raise(std::uint64_t change, int eventId, std::vector<NS_DOMAIN::TopoNode_T> nodes);
+
+  // The number of the change whose event the calling thread hands to a handler; 0 outside of a
+  // handler's call.
+  static std::uint64_t changeInProgress() noexcept;
 
   // Waits until all events raised before this call are handled; false when the time is over first.
   // Does not wait for later events. REQUIRES: not called by a handler.
@@ -88,9 +92,10 @@ class EventManager final : public TEEventMgr {
 
   bool addSubscription(TEEventHandler& handler, int eventId);
   Lane& laneOf(TEEventHandler& handler);
-  void queue(int eventId, std::vector<NS_DOMAIN::TopoNode_T> nodes);
+  void queue(std::uint64_t change, int eventId, std::vector<NS_DOMAIN::TopoNode_T> nodes);
   void markGap(int eventId) noexcept;
   void deliver(const std::shared_ptr<Lane>& lane);
+  static bool call(TEEventHandler& handler, const Queued& event) noexcept;
   void end(Lane& lane) noexcept;
   void reportGap() const noexcept;
   bool handledUpTo(std::uint64_t sequence) const;

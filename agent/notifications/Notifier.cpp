@@ -17,18 +17,14 @@
 namespace agent {
 namespace {
 
-[[noreturn]] void refuse(globaldefs::ExceptionType_T type, const std::string& reason) {
-  throw globaldefs::ProcessingFailureException(type, reason.c_str());
-}
-
-// The longest reference of a consumer that is accepted, as bytes of an IOR.
+// Limit for a consumer's reference: bytes of the IOR.
 constexpr std::size_t kLongestReference = std::size_t{64} << 10;
 
-// Of the texts that tell operators where a consumer is.
+// Limit for a consumer's address in the log and the status: bytes.
 constexpr std::size_t kLongestName = 100;
 
-// The POA has a manager of its own, so that nothing of the rest of the agent waits for
-// subscriptions, and random ids, so that a client can end no subscription but its own.
+// The POA has its own manager, so that the rest of the agent does not wait for subscriptions, and
+// random object ids, so that a client cannot end the subscriptions of other clients.
 PortableServer::POA_ptr makePoa(PortableServer::POA_ptr root) {
   CORBA::PolicyList policies;
   policies.length(1);
@@ -48,12 +44,12 @@ std::string nameOf(CORBA::Object_ptr consumer) {
 
 }  // namespace
 
-Notifier::Notifier(orb::Server& server, NotifierOptions options, NotificationIds::Reserve reserve,
-                   Clock clock)
+Notifier::Notifier(orb::Server& server, NotifierOptions options, ChangeNumbers changes, Clock clock)
     : options_(std::move(options)),
       orb_(CORBA::ORB::_duplicate(server.get())),
+      changeInProgress_(std::move(changes.inProgress)),
       clock_(std::move(clock)),
-      ids_(std::move(reserve)),
+      ids_(changes.last, options_.ids),
       poa_(makePoa(server.rootPoa())) {
   if (!options_.channel.empty()) {
     Receiver::Settings settings = receiverSettings();
@@ -86,7 +82,7 @@ Notifier::~Notifier() {
   try {
     orb::destroyPoa(poa_);
   } catch (const CORBA::Exception&) {
-    // The ORB went down first and took the POA with it.
+    // The ORB was shut down before and has destroyed the POA.
   }
   for (const auto& receiver : all) {
     receiver->join();
@@ -108,14 +104,13 @@ void Notifier::attributesChanged(const globaldefs::NVSList_T& name,
   publish(attributeValueChange(name, attributes, edgePointRelated, body));
 }
 
-// Under one lock, so that the order of ids is that of every queue.
+// One lock for the id and the queues: every queue has the order of the ids.
 void Notifier::publish(std::unique_ptr<CosNotification::StructuredEvent> event) {
+  const std::uint64_t change = changeInProgress_();
   const std::lock_guard<std::mutex> lock(mutex_);
-  const std::optional<std::uint64_t> id = ids_.next();
+  const std::optional<std::uint64_t> id = ids_.next(change);
   if (!id) {
-    forEachLocked([this](Receiver& receiver) {
-      receiver.reportGap({ids_.last(), ids_.last(), 1});
-    });
+    reportExhaustionLocked();
     return;
   }
   const Notification notification = notificationLocked(*id, std::move(event));
@@ -123,7 +118,17 @@ void Notifier::publish(std::unique_ptr<CosNotification::StructuredEvent> event) 
   ++notifications_;
 }
 
-// When it fails, every receiver gets a gap in place of the notification.
+// Reports a notification for which its change has no id left. Logs one line a change.
+void Notifier::reportExhaustionLocked() {
+  const std::uint64_t id = ids_.last();
+  reportGapLocked({id, id, 1});
+  if (std::exchange(exhaustedId_, id) != id) {
+    log(kLogErrors, "a change has more than " + std::to_string(options_.ids.lastPosition - 1) +
+                        " notifications, the others are lost");
+  }
+}
+
+// On failure, reports a gap in place of the notification and throws.
 Notification Notifier::notificationLocked(std::uint64_t id,
                                           std::unique_ptr<CosNotification::StructuredEvent> event) {
   try {
@@ -131,15 +136,19 @@ Notification Notifier::notificationLocked(std::uint64_t id,
     const std::size_t bytes = estimatedBytes(*event);
     return {id, std::move(event), bytes};
   } catch (...) {
-    forEachLocked([id](Receiver& receiver) { receiver.reportGap({id, id, 1}); });
+    reportGapLocked({id, id, 1});
     throw;
   }
 }
 
 void Notifier::reportGap() {
   const std::lock_guard<std::mutex> lock(mutex_);
-  const std::uint64_t id = ids_.standIn();
-  forEachLocked([id](Receiver& receiver) { receiver.reportGap({id, id, 0}); });
+  const std::uint64_t id = ids_.nextForGap();
+  reportGapLocked({id, id, 0});
+}
+
+void Notifier::reportGapLocked(const Gap& gap) {
+  forEachLocked([&gap](Receiver& receiver) { receiver.reportGap(gap); });
 }
 
 void Notifier::forEachLocked(const std::function<void(Receiver&)>& visit) {
@@ -166,7 +175,7 @@ std::shared_ptr<Receiver> Notifier::makeReceiver(CosNotifyComm::StructuredPushCo
                                                  std::uint64_t number) {
   Receiver::Settings settings = receiverSettings();
   settings.name = nameOf(consumer);
-  // Subscribers log at level 1 alone.
+  // A subscriber logs at level 1 only.
   settings.log = [this](int, const std::string& text) { subscriberLog_.refused(text); };
   return std::make_shared<Receiver>(std::make_unique<ConsumerSink>(consumer, options_.pushTimeout),
                                     std::move(settings), [this, number] { end(number, true); });
@@ -177,61 +186,81 @@ std::uint64_t Notifier::nextNumber() {
   return ++lastNumber_;
 }
 
-TopoAgent::Subscription_I_ptr Notifier::subscribe(
+Result<TopoAgent::Subscription_I_var> Notifier::subscribe(
     CosNotifyComm::StructuredPushConsumer_ptr consumer, const std::string& lastNotificationId,
     const std::string& peer) {
-  checkReference(consumer);
-  joinEnded();
+  Outcome outcome = checkReference(consumer);
+  if (!outcome.ok()) {
+    return outcome;
+  }
+  destroyEnded();
   const std::uint64_t number = nextNumber();
   const std::shared_ptr<const PortableServer::ObjectId> object(randomObjectId());
-  const PortableServer::ServantBase_var servant = new SubscriptionServant(*this, number);
-  const auto receiver = makeReceiver(consumer, number);
-  admit(number, {receiver, object, peer}, lastNotificationId);
-  try {
-    poa_->activate_object_with_id(*object, servant.in());
-    const CORBA::Object_var reference = poa_->id_to_reference(*object);
-    receiver->start();
+  const Subscription subscription{makeReceiver(consumer, number), object, peer};
+  outcome = admit(number, subscription, lastNotificationId);
+  if (!outcome.ok()) {
+    return outcome;
+  }
+  const auto result = activate(number, subscription);
+  if (result.ok()) {
     log(kLogEvents, "subscriber " + nameOf(consumer) + " subscribes");
-    return TopoAgent::Subscription_I::_narrow(reference);
+  }
+  return result;
+}
+
+// Serves the subscription's object and starts the receiver's thread. On failure, ends the
+// subscription.
+Result<TopoAgent::Subscription_I_var> Notifier::activate(std::uint64_t number,
+                                                         const Subscription& subscription) {
+  try {
+    const PortableServer::ServantBase_var servant = new SubscriptionServant(*this, number);
+    poa_->activate_object_with_id(*subscription.object, servant.in());
+    const CORBA::Object_var reference = poa_->id_to_reference(*subscription.object);
+    subscription.receiver->start();
+    return TopoAgent::Subscription_I_var(TopoAgent::Subscription_I::_narrow(reference));
   } catch (const std::system_error& failure) {
     end(number, false);
-    refuse(globaldefs::EXCPT_CAPACITY_EXCEEDED,
-           std::string("no thread for another subscriber: ") + failure.what());
+    return Outcome{kTooMuch, std::string("no thread for another subscriber: ") + failure.what()};
   } catch (...) {
     end(number, false);
     throw;
   }
 }
 
-void Notifier::checkReference(CORBA::Object_ptr consumer) {
+Outcome Notifier::checkReference(CORBA::Object_ptr consumer) {
   if (CORBA::is_nil(consumer)) {
-    refuse(globaldefs::EXCPT_INVALID_INPUT, "the consumer is nil");
+    return {kInvalidInput, "the consumer is nil"};
   }
   const CORBA::String_var text = orb_->object_to_string(consumer);
   // "IOR:" and two digits a byte.
   if (std::strlen(text.in()) > 4 + 2 * kLongestReference) {
-    refuse(globaldefs::EXCPT_INVALID_INPUT, "the consumer's reference is longer than " +
-                                                std::to_string(kLongestReference) + " bytes");
+    return {kInvalidInput, "the consumer's reference is longer than " +
+                               std::to_string(kLongestReference) + " bytes"};
   }
+  return {};
 }
 
-// In one step with what the receiver misses: from here on it misses nothing.
-void Notifier::admit(std::uint64_t number, Subscription subscription,
-                     const std::string& lastNotificationId) {
+// One lock for the gap and the subscription: every later notification reaches the receiver.
+Outcome Notifier::admit(std::uint64_t number, Subscription subscription,
+                        const std::string& lastNotificationId) {
   const std::lock_guard<std::mutex> lock(mutex_);
   if (ending_) {
     throw CORBA::TRANSIENT(0, CORBA::COMPLETED_NO);
   }
-  const std::optional<Gap> gap = gapSince(lastNotificationId);
-  checkLimitsLocked(subscription.peer);
-  if (gap) {
-    subscription.receiver->beginWithGap(*gap);
+  const auto gap = gapSinceLocked(lastNotificationId);
+  Outcome outcome = gap.ok() ? checkLimitsLocked(subscription.peer) : gap.outcome();
+  if (!outcome.ok()) {
+    return outcome;
+  }
+  if (gap.value()) {
+    subscription.receiver->beginWithGap(*gap.value());
   }
   subscriptions_.emplace(number, std::move(subscription));
+  return {};
 }
 
-// Ended subscriptions count until their threads have ended, because they take as much.
-void Notifier::checkLimitsLocked(const std::string& peer) {
+// A subscription counts until the thread of its receiver has ended.
+Outcome Notifier::checkLimitsLocked(const std::string& peer) {
   std::size_t ofPeer = 0;
   std::size_t unanswered = 0;
   std::size_t unansweredOfPeer = 0;
@@ -244,40 +273,41 @@ void Notifier::checkLimitsLocked(const std::string& peer) {
       unansweredOfPeer += isOfPeer * isUnanswered;
     }
   }
-  const auto check = [](std::size_t present, std::size_t limit, const std::string& what) {
-    if (present >= limit) {
-      refuse(globaldefs::EXCPT_CAPACITY_EXCEEDED,
-             "there are " + std::to_string(limit) + " subscribers " + what);
-    }
+  struct Check {
+    std::size_t present;
+    std::size_t limit;
+    std::string subject;
   };
-  check(subscriptions_.size() + ended_.size(), options_.maxSubscribers, "already");
-  check(ofPeer, options_.maxSubscribersPerPeer, "of address " + peer + " already");
-  check(unanswered, options_.maxUnanswered, "whose consumers have not answered yet");
-  check(unansweredOfPeer, options_.maxUnansweredPerPeer,
-        "of address " + peer + " whose consumers have not answered yet");
+  const Check checks[] = {
+      {subscriptions_.size() + ended_.size(), options_.maxSubscribers, "already"},
+      {ofPeer, options_.maxSubscribersPerPeer, "of address " + peer + " already"},
+      {unanswered, options_.maxUnanswered, "whose consumers have not answered yet"},
+      {unansweredOfPeer, options_.maxUnansweredPerPeer,
+       "of address " + peer + " whose consumers have not answered yet"}};
+  for (const Check& check : checks) {
+    if (check.present >= check.limit) {
+      return {kTooMuch,
+              "there are " + std::to_string(check.limit) + " subscribers " + check.subject};
+    }
+  }
+  return {};
 }
 
-// REQUIRES: mutex_ is held.
-std::optional<Gap> Notifier::gapSince(const std::string& lastNotificationId) {
+Result<std::optional<Gap>> Notifier::gapSinceLocked(const std::string& lastNotificationId) {
   if (lastNotificationId.empty()) {
-    return std::nullopt;
+    return std::optional<Gap>();
   }
   const char* const end = lastNotificationId.data() + lastNotificationId.size();
   std::uint64_t id = 0;
   const auto [rest, error] = std::from_chars(lastNotificationId.data(), end, id);
+  const std::string subject = "the last notification id " + inQuotes(lastNotificationId);
   if (rest != end || error == std::errc::invalid_argument) {
-    refuse(globaldefs::EXCPT_INVALID_INPUT,
-           "the last notification id " + inQuotes(lastNotificationId) + " is no number");
+    return Outcome{kInvalidInput, subject + " is no number"};
   }
   if (error == std::errc::result_out_of_range || id > ids_.last()) {
-    refuse(globaldefs::EXCPT_INVALID_INPUT, "the last notification id " +
-                                                inQuotes(lastNotificationId) +
-                                                " is newer than any notification of this agent");
+    return Outcome{kInvalidInput, subject + " is newer than any notification of this agent"};
   }
-  if (id == ids_.last()) {
-    return std::nullopt;
-  }
-  return Gap{id + 1, ids_.last(), ids_.countSince(id)};
+  return ids_.gapSince(id);
 }
 
 bool Notifier::unsubscribe(std::uint64_t subscription) {
@@ -289,7 +319,7 @@ bool Notifier::isSubscribed(std::uint64_t subscription) {
   return subscriptions_.count(subscription) != 0;
 }
 
-// Does not wait for the receiver's thread, which may be the one that calls, and takes no memory.
+// Allocates no memory and does not wait for the receiver's thread, which may be the caller.
 bool Notifier::end(std::uint64_t number, bool dropped) {
   std::shared_ptr<const PortableServer::ObjectId> object;
   {
@@ -309,25 +339,25 @@ bool Notifier::end(std::uint64_t number, bool dropped) {
   return true;
 }
 
-// An object that stays active answers OBJECT_NOT_EXIST, as one that is not active.
+// Failures are harmless: an object that stays active answers OBJECT_NOT_EXIST, too.
 void Notifier::deactivate(const PortableServer::ObjectId& object) {
   try {
     poa_->deactivate_object(object);
   } catch (const CORBA::Exception&) {
-    // The POA is being destroyed, and its objects with it.
+    // The POA is being destroyed together with its objects.
   } catch (const std::bad_alloc&) {
     // The object stays active until the POA is destroyed.
   }
 }
 
-// Destroys receivers whose threads have ended; waits for no thread.
-void Notifier::joinEnded() {
-  Subscriptions over;
+// Destroys the receivers whose threads have ended, without waiting for a thread.
+void Notifier::destroyEnded() {
+  Subscriptions destroyed;  // after the lock is released
   const std::lock_guard<std::mutex> lock(mutex_);
   for (auto entry = ended_.begin(); entry != ended_.end();) {
     const auto present = entry++;
     if (present->second.receiver->ended()) {
-      over.insert(ended_.extract(present));
+      destroyed.insert(ended_.extract(present));
     }
   }
 }
@@ -356,11 +386,11 @@ bool Notifier::flush(std::chrono::milliseconds longest) {
       all.push_back(subscription.second.receiver);
     }
   }
-  bool sent = true;
+  bool drained = true;
   for (const auto& receiver : all) {
-    sent = receiver->waitUntilDrained(deadline) && sent;
+    drained = receiver->waitUntilDrained(deadline) && drained;
   }
-  return sent;
+  return drained;
 }
 
 }  // namespace agent

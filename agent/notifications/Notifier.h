@@ -1,4 +1,4 @@
-// Delivery of notifications: from the module's calls to whoever listens.
+// Delivers the module's notifications to the subscribers and to the event channel.
 
 #ifndef AGENT_NOTIFICATIONS_NOTIFIER_H
 #define AGENT_NOTIFICATIONS_NOTIFIER_H
@@ -14,8 +14,9 @@
 #include <string>
 #include <vector>
 
+#include "agent/base/OperationResult.h"
 #include "agent/base/RefusalLog.h"
-#include "agent/notifications/NotificationIds.h"
+#include "agent/notifications/IdSequence.h"
 #include "agent/notifications/Receiver.h"
 #include "orb/idl/TopoAgent.h"
 #include "orb/idl/globaldefs.h"
@@ -26,20 +27,20 @@
 namespace agent {
 
 struct NotifierOptions {
-  std::size_t queueLimit = 10000;  // notifications that wait for one receiver
-  // Estimated memory of the notifications that wait for one receiver.
-  std::size_t queueBytes = std::size_t{64} << 20;
+  std::size_t queueLimit = 10000;                  // notifications in the queue of one receiver
+  std::size_t queueBytes = std::size_t{64} << 20;  // their estimated memory
   std::size_t maxSubscribers = 1000;
   std::size_t maxSubscribersPerPeer = 100;
-  // New subscribers whose consumers have not answered yet.
+  // Subscribers whose consumers have not answered yet.
   std::size_t maxUnanswered = 200;
   std::size_t maxUnansweredPerPeer = 50;
-  std::string channel;  // an event channel's reference in any form; empty for none
-  std::chrono::milliseconds pushTimeout{3000};     // of one call to a receiver
-  std::chrono::milliseconds idleCheck{60000};      // a silent receiver is looked for this often
-  std::chrono::milliseconds firstBackOff{100};     // before the channel is tried again,
-  std::chrono::milliseconds longestBackOff{5000};  // doubling up to this
+  std::string channel;  // an event channel's reference in any form; empty for no channel
+  std::chrono::milliseconds pushTimeout{3000};     // of one remote call
+  std::chrono::milliseconds idleCheck{60000};      // longest time without a call to a receiver
+  std::chrono::milliseconds firstBackOff{100};     // between two attempts to reach the channel,
+  std::chrono::milliseconds longestBackOff{5000};  // doubled up to this
   Receiver::Wait wait = Receiver::waitFor;
+  IdSequence::Limits ids;
 };
 
 struct NotifierStatus {
@@ -48,60 +49,67 @@ struct NotifierStatus {
   TopoAgent::ReceiverStatusList_T receivers;  // the channel first
 };
 
-// Gives every notification an id and a place in the queue of each receiver: one order for all. Each
-// receiver has a thread of its own, so that none waits for another, and whoever makes a
-// notification waits for none.
+// The numbers of the changes that notifications are about.
+struct ChangeNumbers {
+  std::uint64_t last = 0;  // newest change before the notifier was made
+  // Returns the change that the calling thread handles, or IdSequence::kNoChange. Called by any
+  // thread.
+  std::function<std::uint64_t()> inProgress;
+};
+
+// Gives every notification an id and a place in the queue of each receiver: all receivers get the
+// notifications in the same order. Each receiver has its own thread. No function waits for a
+// receiver, except flush and the destructor.
 //
-// Thread-safety: any thread, also from within a consumer's push. Made and destroyed by one thread,
-// never from within a request or a push.
+// Thread-safety: any thread, also within a consumer's push. One thread constructs and destroys the
+// notifier, outside of requests and pushes.
+// Ownership: owns the receivers and the POA of the subscriptions; borrows the server.
+// Errors: a notification that cannot be made becomes a gap of every receiver, and the cause is
+// thrown.
 class Notifier {
  public:
   using Clock = std::function<std::chrono::system_clock::time_point()>;
 
-  // Starts the channel's thread; a channel that does not answer is no failure. The server outlives
-  // this object. Ids are reserved by one thread at a time, while nobody else can make notifications
-  // or subscribe: the reservation does not call back. The clock is asked by any thread. Throws what
-  // the first reservation throws.
-  Notifier(orb::Server& server, NotifierOptions options, NotificationIds::Reserve reserve,
-           Clock clock);
+  // Starts the channel's thread; an unavailable channel is no failure. Any thread may call the
+  // clock. REQUIRES: the server outlives the notifier.
+  Notifier(orb::Server& server, NotifierOptions options, ChangeNumbers changes, Clock clock);
 
-  // Ends all subscriptions, whose waiting notifications are not sent any more, and waits for the
-  // calls to receivers that are under way: one push time-out at most. REQUIRES: the session is
-  // not served any more, and nobody makes notifications.
+  // Ends all subscriptions, drops the queued notifications and waits for running calls to
+  // receivers: pushTimeout at most. REQUIRES: the session is not served any more, and no thread
+  // makes notifications.
   ~Notifier();
 
   Notifier(const Notifier&) = delete;
   Notifier& operator=(const Notifier&) = delete;
 
+  // Make a notification of the change in progress. Throw std::bad_alloc and CORBA exceptions.
   void objectCreated(const globaldefs::NVSList_T& name, const CORBA::Any& object,
                      bool edgePointRelated);
   void objectDeleted(const globaldefs::NVSList_T& name, bool edgePointRelated);
-  // The body is what remains of the event, or null.
+  // body: the remainder of the event's body, or null.
   void attributesChanged(const globaldefs::NVSList_T& name,
                          const notifications::NVList_T& attributes, bool edgePointRelated,
                          const CORBA::Any* body);
 
-  // There should have been notifications, nobody knows how many, but they were not made. Each
-  // receiver gets word of them in its place among the others.
+  // Reports to every receiver that an unknown number of notifications was never made.
   void reportGap();
 
-  // As TopoAgent::Session_I says; a new reference for the caller. A consumer that subscribes twice
-  // has two subscriptions and gets everything twice. An event may arrive before this returns. The
-  // receiver's thread asks the consumer whether it exists before it pushes, and drops it otherwise.
-  // The peer is the address that the limits per peer count. Throws
-  // globaldefs::ProcessingFailureException.
-  TopoAgent::Subscription_I_ptr subscribe(CosNotifyComm::StructuredPushConsumer_ptr consumer,
-                                          const std::string& lastNotificationId,
-                                          const std::string& peer);
+  // Implements TopoAgent::Session_I::subscribe; returns a new reference. A consumer that subscribes
+  // twice gets every event twice. An event may arrive before this returns. The receiver's thread
+  // checks that the consumer exists before its first push. peer: the client's address, for the
+  // limits per peer. Fails with kInvalidInput and kTooMuch; throws CORBA system exceptions.
+  Result<TopoAgent::Subscription_I_var> subscribe(
+      CosNotifyComm::StructuredPushConsumer_ptr consumer, const std::string& lastNotificationId,
+      const std::string& peer);
 
-  // False when there is no such subscription any more.
+  // Returns false when there is no such subscription.
   bool unsubscribe(std::uint64_t subscription);
   bool isSubscribed(std::uint64_t subscription);
 
   NotifierStatus status();
 
-  // Waits until everything that was made so far is sent, no longer than this; whether it is.
-  // Receivers that do not answer at present are not waited for, and then it is not.
+  // Waits until all receivers have got all notifications. Returns false when the time is over or a
+  // receiver is unavailable.
   bool flush(std::chrono::milliseconds longest);
 
  private:
@@ -113,33 +121,39 @@ class Notifier {
   using Subscriptions = std::map<std::uint64_t, Subscription>;
 
   void publish(std::unique_ptr<CosNotification::StructuredEvent> event);
+  void reportExhaustionLocked();
   Notification notificationLocked(std::uint64_t id,
                                   std::unique_ptr<CosNotification::StructuredEvent> event);
+  void reportGapLocked(const Gap& gap);
   void forEachLocked(const std::function<void(Receiver&)>& visit);
   Receiver::Settings receiverSettings() const;
   std::shared_ptr<Receiver> makeReceiver(CosNotifyComm::StructuredPushConsumer_ptr consumer,
                                          std::uint64_t number);
   std::uint64_t nextNumber();
-  void admit(std::uint64_t number, Subscription subscription,
-             const std::string& lastNotificationId);
-  void checkReference(CORBA::Object_ptr consumer);
-  void checkLimitsLocked(const std::string& peer);
-  std::optional<Gap> gapSince(const std::string& lastNotificationId);
+  Outcome checkReference(CORBA::Object_ptr consumer);
+  Outcome admit(std::uint64_t number, Subscription subscription,
+                const std::string& lastNotificationId);
+  Outcome checkLimitsLocked(const std::string& peer);
+  Result<std::optional<Gap>> gapSinceLocked(const std::string& lastNotificationId);
+  Result<TopoAgent::Subscription_I_var> activate(std::uint64_t number,
+                                                 const Subscription& subscription);
   bool end(std::uint64_t number, bool dropped);
   void deactivate(const PortableServer::ObjectId& object);
-  void joinEnded();
+  void destroyEnded();
 
   const NotifierOptions options_;
   const CORBA::ORB_var orb_;
+  const std::function<std::uint64_t()> changeInProgress_;
   const Clock clock_;
   RefusalLog subscriberLog_{std::chrono::steady_clock::now, 20, std::chrono::seconds(10)};
-  std::shared_ptr<Receiver> channel_;  // null when there is none
+  std::shared_ptr<Receiver> channel_;  // null without a channel
 
   std::mutex mutex_;
-  // Guarded by mutex_. No call to the ORB is made under it.
-  NotificationIds ids_;
+  // Guarded by mutex_, which is never held during a call of the ORB or of the disk.
+  IdSequence ids_;
+  std::uint64_t exhaustedId_ = 0;  // the gap id that was logged last
   Subscriptions subscriptions_;
-  Subscriptions ended_;  // their threads may still run
+  Subscriptions ended_;  // stopped receivers, whose threads may still run
   std::uint64_t lastNumber_ = 0;
   std::uint64_t notifications_ = 0;
   std::uint64_t dropped_ = 0;

@@ -4,17 +4,27 @@
 #include <new>
 
 namespace agent {
+namespace {
+
+globaldefs::ExceptionType_T typeOf(const Outcome& refusal) {
+  return refusal.code == kTooMuch ? globaldefs::EXCPT_CAPACITY_EXCEEDED
+                                  : globaldefs::EXCPT_INVALID_INPUT;
+}
+
+}  // namespace
 
 SessionServant::SessionServant(Notifier& notifier) : notifier_(notifier) {}
 
 TopoAgent::Subscription_I_ptr SessionServant::subscribe(
     CosNotifyComm::StructuredPushConsumer_ptr consumer, const char* lastNotificationId) {
   const std::string peer = orb::currentPeer();
+  Outcome refusal;
   try {
-    return notifier_.subscribe(consumer, lastNotificationId, peer);
-  } catch (const globaldefs::ProcessingFailureException& failure) {
-    logRefusal(peer, failure.errorReason.in());
-    throw;
+    auto subscription = notifier_.subscribe(consumer, lastNotificationId, peer);
+    if (subscription.ok()) {
+      return subscription.value()._retn();
+    }
+    refusal = subscription.outcome();
   } catch (const CORBA::SystemException& failure) {
     logRefusal(peer, orb::describe(failure));
     throw;
@@ -25,11 +35,13 @@ TopoAgent::Subscription_I_ptr SessionServant::subscribe(
     logRefusal(peer, failure.what());
     throw CORBA::INTERNAL(0, CORBA::COMPLETED_NO);
   }
+  logRefusal(peer, refusal.reason);
+  throw globaldefs::ProcessingFailureException(typeOf(refusal), refusal.reason.c_str());
 }
 
-void SessionServant::logRefusal(const std::string& peer, const std::string& why) {
+void SessionServant::logRefusal(const std::string& peer, const std::string& reason) {
   refusals_.refused("a subscription of " + (peer.empty() ? "this process" : peer) +
-                    " is refused: " + why);
+                    " is refused: " + reason);
 }
 
 }  // namespace agent

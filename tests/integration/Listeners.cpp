@@ -1,5 +1,7 @@
 #include "tests/integration/Listeners.h"
 
+#include <gtest/gtest.h>
+
 #include <chrono>
 #include <csignal>
 #include <stdexcept>
@@ -115,6 +117,15 @@ const CORBA::Any* field(const CosNotification::StructuredEvent& event, const std
     }
   }
   return nullptr;
+}
+
+void IdAccount::add(const Heard& event) {
+  const bool isGap = event.type == layout::kEventsLost;
+  EXPECT_LT(last_, isGap ? event.firstLost : event.id);
+  EXPECT_LE(event.firstLost, event.lastLost);
+  last_ = isGap ? event.lastLost : event.id;
+  received_ += isGap ? 0 : 1;
+  lost_ += event.lostCount;
 }
 
 Heard readEvent(const CosNotification::StructuredEvent& event) {

@@ -32,6 +32,24 @@ struct Heard {
   std::uint64_t lostCount = 0;
 };
 
+// Adds up the notifications and gaps of one receiver. Their ids must rise.
+class IdAccount {
+ public:
+  // last: the id of the notification before the first one that is added.
+  explicit IdAccount(std::uint64_t last) : last_(last) {}
+
+  void add(const Heard& event);
+
+  std::uint64_t last() const { return last_; }
+  std::uint64_t lost() const { return lost_; }
+  std::uint64_t total() const { return received_ + lost_; }
+
+ private:
+  std::uint64_t last_;
+  std::uint64_t received_ = 0;
+  std::uint64_t lost_ = 0;
+};
+
 Heard readEvent(const CosNotification::StructuredEvent& event);
 
 // A filterable field; null when the event does not have the field.

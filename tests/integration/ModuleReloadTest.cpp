@@ -147,7 +147,7 @@ TEST_F(ModuleControls, ReportAReloadWhileAnEventIsHandled) {
   control_.load();
   events::Blocked slow;
   host_.events().Subscribe(&slow.handler, events::kCreated, 0, 0);
-  host_.events().raise(events::kCreated, {});
+  host_.events().raise(1, events::kCreated, {});
   slow.waitUntilInside();
   std::future<void> reload = std::async(std::launch::async, [this] { control_.reload(); });
   while (control_.state() == State::kLoaded) {

@@ -288,7 +288,7 @@ TEST(Notification, IsReportedAsLostToAReturningSubscriber) {
   EXPECT_EQ(layout::kEventsLost, heard[0].type);
   EXPECT_EQ(last + 1, heard[0].firstLost);
   EXPECT_EQ(next, heard[0].lastLost);
-  EXPECT_EQ(next - last, heard[0].lostCount);
+  EXPECT_EQ(3U, heard[0].lostCount);
 }
 
 TEST(Notification, IdsGoOnRisingOverARestart) {
@@ -436,21 +436,14 @@ TEST(EventChannel, GetsAGapAfterAnOutage) {
   for (ChannelListener* each : {&listener, &second}) {
     const std::vector<Heard> heard = each->inbox().waitUntil(
         [](const std::vector<Heard>& all) { return all.back().name == "last"; });
-    std::uint64_t next = before + 1;
-    std::uint64_t lost = 0;
+    IdAccount account(before);
     for (auto event = heard.begin() + 1; event != heard.end(); ++event) {
-      if (event->type == layout::kEventsLost) {
-        EXPECT_EQ(next, event->firstLost);
-        EXPECT_EQ(event->lastLost - event->firstLost + 1, event->lostCount);
-        next = event->lastLost + 1;
-        lost += event->lostCount;
-      } else if (event->id + 1 != next) {  // one whose push broke off may come again
-        EXPECT_EQ(next, event->id);
-        next = event->id + 1;
+      if (event->id != account.last()) {  // a broken push may be repeated
+        account.add(*event);
       }
     }
-    EXPECT_EQ(before + kMissed + 1, next - 1);
-    EXPECT_LE(kMissed + 1 - kQueue - 1, lost);
+    EXPECT_EQ(kMissed + 1U, account.total());
+    EXPECT_LE(kMissed + 1 - kQueue - 1, account.lost());
   }
 }
 

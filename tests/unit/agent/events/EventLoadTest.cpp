@@ -10,6 +10,7 @@
 namespace {
 
 using agent::EventManager;
+using events::kChange;
 using events::kChanged;
 using events::kCreated;
 using events::kDeleted;
@@ -50,7 +51,7 @@ void raiseAll(EventManager& manager, std::size_t self) {
     std::vector<NS_DOMAIN::TopoNode_T> nodes(1);
     nodes.front().nodeType = static_cast<std::uint32_t>(self);
     nodes.front().attribute3 = i;
-    manager.raise(kCreated + i % 3, std::move(nodes));
+    manager.raise(kChange, kCreated + i % 3, std::move(nodes));
   }
 }
 

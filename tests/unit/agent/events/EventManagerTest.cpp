@@ -23,6 +23,8 @@ using agent::EventManager;
 using events::awaitStatus;
 using events::Blocked;
 using events::Gate;
+using events::Handled;
+using events::kChange;
 using events::kChanged;
 using events::kCreated;
 using events::kDeleted;
@@ -45,23 +47,24 @@ TEST_F(EventManagerTest, GivesAHandlerTheEventsThatItSubscribedTo) {
   Recorder handler;
   EventManager manager;
   subscribe(manager, handler, {kCreated, kChanged});
-  manager.raise(kCreated, node("a"));
-  manager.raise(kDeleted, node("b"));
-  manager.raise(kChanged, node("c"));
-  manager.raise(kChanged, {});
+  manager.raise(kChange, kCreated, node("a"));
+  manager.raise(kChange, kDeleted, node("b"));
+  manager.raise(kChange, kChanged, node("c"));
+  manager.raise(kChange, kChanged, {});
   EXPECT_TRUE(manager.flush(kLong));
-  EXPECT_THAT(handler.events(), ElementsAre("372 a", "374 c", "374 -"));
+  EXPECT_THAT(handler.events(),
+              ElementsAre(Handled{kCreated, "a"}, Handled{kChanged, "c"}, Handled{kChanged, "-"}));
 }
 
 TEST_F(EventManagerTest, GivesAHandlerAllItsEventsInTheOrderOfRaising) {
   Recorder handler;
   EventManager manager;
   subscribe(manager, handler, {kCreated, kDeleted, kChanged});
-  std::vector<std::string> expected;
+  std::vector<Handled> expected;
   for (int i = 0; i < 1000; ++i) {
     const int eventId = kCreated + i % 3;
-    manager.raise(eventId, node(std::to_string(i)));
-    expected.push_back(std::to_string(eventId) + ' ' + std::to_string(i));
+    manager.raise(kChange, eventId, node(std::to_string(i)));
+    expected.push_back({eventId, std::to_string(i)});
   }
   EXPECT_TRUE(manager.flush(kLong));
   EXPECT_EQ(expected, handler.events());
@@ -74,12 +77,38 @@ TEST_F(EventManagerTest, CallsAHandlerOnOneThreadThatIsNotTheRaisers) {
   });
   EventManager manager;
   subscribe(manager, handler, {kCreated, kDeleted});
-  manager.raise(kCreated, {});
-  manager.raise(kDeleted, {});
+  manager.raise(kChange, kCreated, {});
+  manager.raise(kChange, kDeleted, {});
   EXPECT_TRUE(manager.flush(kLong));
   ASSERT_EQ(2U, threads.size());
   EXPECT_EQ(threads[0], threads[1]);
   EXPECT_NE(std::this_thread::get_id(), threads[0]);
+}
+
+TEST_F(EventManagerTest, ReportsTheNumberOfTheChangeWhileAHandlerRuns) {
+  std::vector<std::uint64_t> changes;
+  Recorder failing([&](int /*eventId*/, const TEEvent& /*event*/) {
+    changes.push_back(EventManager::changeInProgress());
+    throw std::runtime_error("no luck");
+  });
+  std::atomic<std::uint64_t> atGap{kChange};
+  Blocked slow;
+  EventManager manager(1, [&] { atGap = EventManager::changeInProgress(); });
+  subscribe(manager, failing, {kCreated});
+  manager.raise(11, kCreated, {});
+  EXPECT_TRUE(manager.flush(kLong));
+  manager.raise(12, kCreated, {});
+  EXPECT_TRUE(manager.flush(kLong));
+  EXPECT_THAT(changes, ElementsAre(11U, 12U));
+  EXPECT_EQ(0U, EventManager::changeInProgress());
+  subscribe(manager, slow.handler, {kDeleted});
+  manager.raise(13, kDeleted, {});
+  slow.waitUntilInside();
+  manager.raise(14, kDeleted, {});
+  manager.raise(15, kDeleted, {});
+  slow.letGo();
+  EXPECT_TRUE(manager.flush(kLong));
+  EXPECT_EQ(0U, atGap);
 }
 
 TEST_F(EventManagerTest, GivesAllHandlersTheSameEvent) {
@@ -97,7 +126,7 @@ TEST_F(EventManagerTest, GivesAllHandlersTheSameEvent) {
   EventManager manager;
   subscribe(manager, first, {kCreated});
   subscribe(manager, second, {kCreated});
-  manager.raise(kCreated, node("a"));
+  manager.raise(kChange, kCreated, node("a"));
   EXPECT_TRUE(manager.flush(kLong));
   EXPECT_NE(nullptr, seen[0]);
   EXPECT_EQ(seen[0], seen[1]);
@@ -106,10 +135,10 @@ TEST_F(EventManagerTest, GivesAllHandlersTheSameEvent) {
 TEST_F(EventManagerTest, ForgetsEventsThatNobodySubscribedTo) {
   Recorder late;
   EventManager manager;
-  manager.raise(kCreated, node("a"));
+  manager.raise(kChange, kCreated, node("a"));
   EXPECT_TRUE(manager.flush(std::chrono::milliseconds::zero()));
   subscribe(manager, late, {kCreated});
-  manager.raise(kDeleted, node("b"));
+  manager.raise(kChange, kDeleted, node("b"));
   EXPECT_TRUE(manager.flush(kLong));
   EXPECT_THAT(late.events(), IsEmpty());
   EXPECT_EQ(0U, manager.status().queued);
@@ -122,13 +151,13 @@ TEST_F(EventManagerTest, KeepsOneRegistrationOfAHandlerThatSubscribesTwice) {
   EventManager manager;
   subscribe(manager, handler, {kCreated, kCreated});
   EXPECT_EQ(1U, manager.status().subscriptions);
-  manager.raise(kCreated, node("a"));
+  manager.raise(kChange, kCreated, node("a"));
   EXPECT_TRUE(manager.flush(kLong));
-  EXPECT_THAT(handler.events(), ElementsAre("372 a"));
+  EXPECT_THAT(handler.events(), ElementsAre(Handled{kCreated, "a"}));
   unsubscribe(manager, handler, {kCreated});
   EXPECT_EQ(0U, manager.status().subscriptions);
-  manager.raise(kCreated, node("b"));
-  EXPECT_THAT(handler.events(), ElementsAre("372 a"));
+  manager.raise(kChange, kCreated, node("b"));
+  EXPECT_THAT(handler.events(), ElementsAre(Handled{kCreated, "a"}));
 }
 
 TEST_F(EventManagerTest, LetsNobodyWaitForASlowHandler) {
@@ -144,15 +173,16 @@ TEST_F(EventManagerTest, LetsNobodyWaitForASlowHandler) {
   subscribe(manager, slow.handler, {kCreated});
   subscribe(manager, quick, {kCreated});
   subscribe(manager, last, {kCreated});
-  manager.raise(kCreated, node("a"));
+  manager.raise(kChange, kCreated, node("a"));
   slow.waitUntilInside();
-  manager.raise(kCreated, node("last"));
+  manager.raise(kChange, kCreated, node("last"));
   quickIsDone.pass();
-  EXPECT_THAT(slow.handler.events(), ElementsAre("372 a"));
+  EXPECT_THAT(slow.handler.events(), ElementsAre(Handled{kCreated, "a"}));
   slow.letGo();
   EXPECT_TRUE(manager.flush(kLong));
-  EXPECT_THAT(slow.handler.events(), ElementsAre("372 a", "372 last"));
-  EXPECT_THAT(quick.events(), ElementsAre("372 a", "372 last"));
+  EXPECT_THAT(slow.handler.events(),
+              ElementsAre(Handled{kCreated, "a"}, Handled{kCreated, "last"}));
+  EXPECT_THAT(quick.events(), ElementsAre(Handled{kCreated, "a"}, Handled{kCreated, "last"}));
 }
 
 TEST_F(EventManagerTest, GoesOnAfterAHandlersException) {
@@ -175,14 +205,16 @@ TEST_F(EventManagerTest, GoesOnAfterAHandlersException) {
   EventManager manager;
   subscribe(manager, failing, {kCreated, kDeleted});
   subscribe(manager, other, {kCreated});
-  manager.raise(kCreated, node("standard"));
-  manager.raise(kDeleted, node("platform"));
-  manager.raise(kCreated, node("other"));
-  manager.raise(kCreated, node("good"));
+  manager.raise(kChange, kCreated, node("standard"));
+  manager.raise(kChange, kDeleted, node("platform"));
+  manager.raise(kChange, kCreated, node("other"));
+  manager.raise(kChange, kCreated, node("good"));
   EXPECT_TRUE(manager.flush(kLong));
   EXPECT_THAT(failing.events(),
-              ElementsAre("372 standard", "373 platform", "372 other", "372 good"));
-  EXPECT_THAT(other.events(), ElementsAre("372 standard", "372 other", "372 good"));
+              ElementsAre(Handled{kCreated, "standard"}, Handled{kDeleted, "platform"},
+                          Handled{kCreated, "other"}, Handled{kCreated, "good"}));
+  EXPECT_THAT(other.events(), ElementsAre(Handled{kCreated, "standard"}, Handled{kCreated, "other"},
+                                          Handled{kCreated, "good"}));
   EXPECT_THAT(takeLogLines(),
               ElementsAre("1 a handler of event 372 failed: no luck",
                           "1 a handler of event 373 failed: platform failure 17 no domain",
@@ -199,7 +231,7 @@ TEST_F(EventManagerTest, KeepsNothingOfAHandlersException) {
   Recorder failing([&](int /*eventId*/, const TEEvent& /*event*/) { throw Failure{token}; });
   EventManager manager;
   subscribe(manager, failing, {kCreated});
-  manager.raise(kCreated, {});
+  manager.raise(kChange, kCreated, {});
   EXPECT_TRUE(manager.flush(kLong));
   EXPECT_EQ(1U, manager.status().failed);
   EXPECT_EQ(1, token.use_count());
@@ -210,22 +242,23 @@ TEST_F(EventManagerTest, LosesTheOldestEventsOfAHandlerWhoseQueueIsFull) {
   Recorder quick;
   EventManager manager(3);
   subscribe(manager, slow.handler, {kCreated, kDeleted});
-  manager.raise(kCreated, node("0"));
+  manager.raise(kChange, kCreated, node("0"));
   slow.waitUntilInside();
   for (const char* id : {"1", "2", "3"}) {
-    manager.raise(kCreated, node(id));
+    manager.raise(kChange, kCreated, node(id));
   }
   EXPECT_EQ(0U, manager.status().dropped);
   EXPECT_THAT(takeLogLines(), IsEmpty());
   subscribe(manager, quick, {kDeleted});
-  manager.raise(kDeleted, node("4"));
-  manager.raise(kCreated, node("5"));
+  manager.raise(kChange, kDeleted, node("4"));
+  manager.raise(kChange, kCreated, node("5"));
   awaitStatus(manager, &EventManager::Status::queued, std::size_t{3});
   EXPECT_EQ(2U, manager.status().dropped);
   slow.letGo();
   EXPECT_TRUE(manager.flush(kLong));
-  EXPECT_THAT(slow.handler.events(), ElementsAre("372 0", "372 3", "373 4", "372 5"));
-  EXPECT_THAT(quick.events(), ElementsAre("373 4"));
+  EXPECT_THAT(slow.handler.events(), ElementsAre(Handled{kCreated, "0"}, Handled{kCreated, "3"},
+                                                 Handled{kDeleted, "4"}, Handled{kCreated, "5"}));
+  EXPECT_THAT(quick.events(), ElementsAre(Handled{kDeleted, "4"}));
   EXPECT_EQ(5U, manager.status().delivered);
   EXPECT_EQ(2U, manager.status().dropped);
   EXPECT_EQ(0U, manager.status().queued);
@@ -237,11 +270,11 @@ TEST_F(EventManagerTest, BoundsTheQueueOfEveryHandler) {
   EventManager manager(1);
   subscribe(manager, first.handler, {kCreated});
   subscribe(manager, second.handler, {kCreated});
-  manager.raise(kCreated, node("0"));
+  manager.raise(kChange, kCreated, node("0"));
   first.waitUntilInside();
   second.waitUntilInside();
   for (const char* id : {"1", "2", "3"}) {
-    manager.raise(kCreated, node(id));
+    manager.raise(kChange, kCreated, node(id));
   }
   EXPECT_EQ(2U, manager.status().queued);
   EXPECT_EQ(4U, manager.status().dropped);
@@ -249,8 +282,8 @@ TEST_F(EventManagerTest, BoundsTheQueueOfEveryHandler) {
   first.letGo();
   second.letGo();
   EXPECT_TRUE(manager.flush(kLong));
-  EXPECT_THAT(first.handler.events(), ElementsAre("372 0", "372 3"));
-  EXPECT_THAT(second.handler.events(), ElementsAre("372 0", "372 3"));
+  EXPECT_THAT(first.handler.events(), ElementsAre(Handled{kCreated, "0"}, Handled{kCreated, "3"}));
+  EXPECT_THAT(second.handler.events(), ElementsAre(Handled{kCreated, "0"}, Handled{kCreated, "3"}));
 }
 
 // One is full and the other, whichever is looked at last, is not.
@@ -263,14 +296,14 @@ TEST_F(EventManagerTest, LogsThatAQueueIsFullWhateverTheOthersAre) {
     }
     Blocked& slow = handlers[firstIsSlow ? 0 : 1];
     subscribe(manager, slow.handler, {kDeleted});
-    manager.raise(kCreated, node("0"));
+    manager.raise(kChange, kCreated, node("0"));
     for (Blocked& each : handlers) {
       each.waitUntilInside();
     }
-    manager.raise(kDeleted, node("1"));
-    manager.raise(kDeleted, node("2"));
+    manager.raise(kChange, kDeleted, node("1"));
+    manager.raise(kChange, kDeleted, node("2"));
     EXPECT_THAT(takeLogLines(), IsEmpty());
-    manager.raise(kCreated, node("3"));
+    manager.raise(kChange, kCreated, node("3"));
     EXPECT_EQ(1U, takeLogLines().size());
     handlers[0].letGo();
     handlers[1].letGo();
@@ -282,15 +315,15 @@ TEST_F(EventManagerTest, RemembersWhatNobodyHeardThoughLaterEventsAreHeard) {
   int told = 0;
   Recorder handler;
   EventManager manager(EventManager::kDefaultQueueLimit, [&] { ++told; });
-  manager.raise(kCreated, node("unheard"));
+  manager.raise(kChange, kCreated, node("unheard"));
   EXPECT_EQ(0, told);
   subscribe(manager, handler, {kChanged});
   EXPECT_EQ(1, told);
-  manager.raise(kCreated, node("unheard"));
-  manager.raise(kChanged, node("heard"));
+  manager.raise(kChange, kCreated, node("unheard"));
+  manager.raise(kChange, kChanged, node("heard"));
   subscribe(manager, handler, {kDeleted});
   EXPECT_EQ(2, told);
-  manager.raise(kChanged, node("heard"));
+  manager.raise(kChange, kChanged, node("heard"));
   subscribe(manager, handler, {kCreated});
   EXPECT_EQ(2, told);
 }
@@ -304,22 +337,22 @@ TEST_F(EventManagerTest, MayBeAskedByWhoIsToldOfLostEvents) {
     ++told;
   });
   asked = &manager;
-  manager.raise(kCreated, node("unheard"));
+  manager.raise(kChange, kCreated, node("unheard"));
   subscribe(manager, slow.handler, {kCreated, kDeleted});
   EXPECT_EQ(1, told);
-  manager.raise(kCreated, node("0"));
+  manager.raise(kChange, kCreated, node("0"));
   slow.waitUntilInside();
-  manager.raise(kCreated, node("1"));
-  manager.raise(kCreated, node("2"));
+  manager.raise(kChange, kCreated, node("1"));
+  manager.raise(kChange, kCreated, node("2"));
   slow.letGo();
   EXPECT_TRUE(manager.flush(kLong));
   EXPECT_EQ(2, told);
   unsubscribe(manager, slow.handler, {kCreated, kDeleted});
   Blocked leaving;
   subscribe(manager, leaving.handler, {kCreated, kDeleted});
-  manager.raise(kCreated, node("3"));
+  manager.raise(kChange, kCreated, node("3"));
   leaving.waitUntilInside();
-  manager.raise(kDeleted, node("4"));
+  manager.raise(kChange, kDeleted, node("4"));
   std::thread letGo([&] {
     awaitStatus(manager, &EventManager::Status::queued, std::size_t{0});
     leaving.letGo();
@@ -340,14 +373,14 @@ TEST_F(EventManagerTest, TellsOfLostEventsOnceBeforeTheNextIsHandled) {
   });
   EventManager manager(1, [&] { told.emplace_back("lost"); });
   subscribe(manager, slow, {kCreated});
-  manager.raise(kCreated, node("0"));
+  manager.raise(kChange, kCreated, node("0"));
   inside.pass();
   for (const char* id : {"1", "2", "3"}) {
-    manager.raise(kCreated, node(id));
+    manager.raise(kChange, kCreated, node(id));
   }
   leave.open();
   EXPECT_TRUE(manager.flush(kLong));
-  manager.raise(kCreated, node("4"));
+  manager.raise(kChange, kCreated, node("4"));
   EXPECT_TRUE(manager.flush(kLong));
   EXPECT_THAT(told, ElementsAre("0", "lost", "3", "4"));
 }
@@ -357,25 +390,25 @@ TEST_F(EventManagerTest, TellsTheFirstWhoSubscribesAfterEventsThatNobodyHeard) {
   Recorder handler;
   EventManager manager(EventManager::kDefaultQueueLimit, [&] { ++told; });
   subscribe(manager, handler, {kChanged});
-  manager.raise(kChanged, node("heard"));
+  manager.raise(kChange, kChanged, node("heard"));
   EXPECT_TRUE(manager.flush(kLong));
   EXPECT_EQ(0, told);
-  manager.raise(kCreated, node("unheard"));
+  manager.raise(kChange, kCreated, node("unheard"));
   EXPECT_EQ(0, told);
   subscribe(manager, handler, {kCreated, kDeleted});
   EXPECT_EQ(1, told);
   EXPECT_EQ(0U, manager.status().dropped);
-  EXPECT_THAT(handler.events(), ElementsAre("374 heard"));
+  EXPECT_THAT(handler.events(), ElementsAre(Handled{kChanged, "heard"}));
 }
 
 TEST_F(EventManagerTest, GoesOnThoughNobodyCanBeToldOfLostEvents) {
   Recorder handler;
   EventManager manager(1, [] { throw std::bad_alloc(); });
-  manager.raise(kCreated, node("unheard"));
+  manager.raise(kChange, kCreated, node("unheard"));
   subscribe(manager, handler, {kCreated});
-  manager.raise(kCreated, node("heard"));
+  manager.raise(kChange, kCreated, node("heard"));
   EXPECT_TRUE(manager.flush(kLong));
-  EXPECT_THAT(handler.events(), ElementsAre("372 heard"));
+  EXPECT_THAT(handler.events(), ElementsAre(Handled{kCreated, "heard"}));
 }
 
 TEST_F(EventManagerTest, LogsOnceEachTimeThatAQueueBecomesTooFull) {
@@ -392,10 +425,10 @@ TEST_F(EventManagerTest, LogsOnceEachTimeThatAQueueBecomesTooFull) {
   EventManager manager(2);
   subscribe(manager, slow, {kCreated});
   for (std::size_t i = 0; i < 2; ++i) {
-    manager.raise(kCreated, node("block"));
+    manager.raise(kChange, kCreated, node("block"));
     inside[i].pass();
     for (const char* id : {"1", "2", "3", "4"}) {
-      manager.raise(kCreated, node(id));
+      manager.raise(kChange, kCreated, node(id));
     }
     EXPECT_THAT(takeLogLines(), ElementsAre("1 a handler of event 372 is too slow: 2 "
                                             "events wait for it, older ones are dropped"));
@@ -421,14 +454,14 @@ TEST_F(EventManagerTest, SaysWhenEventsAreNotHandledInTime) {
   Blocked slow;
   EventManager manager;
   subscribe(manager, slow.handler, {kCreated});
-  manager.raise(kCreated, node("a"));
+  manager.raise(kChange, kCreated, node("a"));
   slow.waitUntilInside();
   EXPECT_FALSE(manager.flush(std::chrono::milliseconds::zero()));  // one that is being handled
-  manager.raise(kCreated, node("b"));
+  manager.raise(kChange, kCreated, node("b"));
   EXPECT_FALSE(manager.flush(kShort));  // and one that waits
   slow.letGo();
   EXPECT_TRUE(manager.flush(kLong));
-  EXPECT_THAT(slow.handler.events(), ElementsAre("372 a", "372 b"));
+  EXPECT_THAT(slow.handler.events(), ElementsAre(Handled{kCreated, "a"}, Handled{kCreated, "b"}));
 }
 
 // The handler raises two events in each call: there is always one that waits.
@@ -436,13 +469,13 @@ TEST_F(EventManagerTest, DoesNotWaitForWhatIsRaisedMeanwhile) {
   EventManager* running = nullptr;
   Recorder endless([&running](int /*eventId*/, const TEEvent& /*event*/) {
     for (int i = 0; i < 2; ++i) {
-      running->raise(kCreated, {});
+      running->raise(kChange, kCreated, {});
     }
   });
   EventManager manager;
   running = &manager;
   subscribe(manager, endless, {kCreated});
-  manager.raise(kCreated, {});
+  manager.raise(kChange, kCreated, {});
   EXPECT_TRUE(manager.flush(kLong));
   EXPECT_FALSE(endless.events().empty());
   unsubscribe(manager, endless, {kCreated});
@@ -456,10 +489,10 @@ TEST_F(EventManagerTest, CountsWhatItDoes) {
   subscribe(manager, slow.handler, {kCreated, kDeleted});
   subscribe(manager, quick, {kCreated});
   EXPECT_EQ(3U, manager.status().subscriptions);
-  manager.raise(kCreated, {});
+  manager.raise(kChange, kCreated, {});
   slow.waitUntilInside();
-  manager.raise(kCreated, {});
-  manager.raise(kDeleted, {});
+  manager.raise(kChange, kCreated, {});
+  manager.raise(kChange, kDeleted, {});
   awaitStatus(manager, &EventManager::Status::delivered, std::uint64_t{2});
   EXPECT_EQ(2U, manager.status().queued);
   slow.letGo();
@@ -481,12 +514,12 @@ TEST_F(EventManagerTest, WaitsForRunningCallsAndDropsTheRestAtItsEnd) {
     left = true;
   });
   subscribe(*manager, handler, {kCreated});
-  manager->raise(kCreated, node("a"));
+  manager->raise(kChange, kCreated, node("a"));
   inside.pass();
-  manager->raise(kCreated, node("b"));
+  manager->raise(kChange, kCreated, node("b"));
   manager.reset();
   EXPECT_TRUE(left);
-  EXPECT_THAT(handler.events(), ElementsAre("372 a"));
+  EXPECT_THAT(handler.events(), ElementsAre(Handled{kCreated, "a"}));
 }
 
 }  // namespace

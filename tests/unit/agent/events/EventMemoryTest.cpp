@@ -14,6 +14,7 @@
 namespace {
 
 using agent::EventManager;
+using events::kChange;
 using events::kChanged;
 using events::kCreated;
 using events::kLong;
@@ -36,15 +37,15 @@ TEST(EventMemory, EventsWithoutMemoryAreToldAsLostBeforeTheNext) {
     auto nodes = node("a node with an id that needs memory");
     try {
       const fakes::FailingNew failing(failures);
-      manager.raise(kCreated, std::move(nodes));
+      manager.raise(kChange, kCreated, std::move(nodes));
     } catch (const std::bad_alloc&) {
       failed = true;
       ++failures;
     }
-    manager.raise(kChanged, node("of others"));
+    manager.raise(kChange, kChanged, node("of others"));
     EXPECT_TRUE(manager.flush(kLong));
     EXPECT_EQ(failures - (failed ? 1 : 0), told);
-    manager.raise(kCreated, node("next"));
+    manager.raise(kChange, kCreated, node("next"));
     EXPECT_TRUE(manager.flush(kLong));
     ASSERT_EQ(failures, told);
   }
@@ -62,7 +63,7 @@ TEST(EventMemoryDeathTest, AThreadWithoutMemoryEndsWithItsHandlersSubscription) 
     });
     EventManager manager;
     subscribe(manager, handler, {kCreated});
-    manager.raise(kCreated, node("n"));
+    manager.raise(kChange, kCreated, node("n"));
     manager.flush(kLong);
     unsubscribe(manager, handler, {kCreated});
     std::_Exit(0);

@@ -8,6 +8,7 @@
 #include <functional>
 #include <initializer_list>
 #include <mutex>
+#include <ostream>
 #include <string>
 #include <thread>
 #include <utility>
@@ -16,6 +17,9 @@
 #include "agent/events/EventManager.h"
 
 namespace events {
+
+// The change of events in tests where the number does not matter.
+constexpr std::uint64_t kChange = 7;
 
 constexpr int kCreated = 372;
 constexpr int kDeleted = 373;
@@ -68,7 +72,19 @@ class Gate {
   bool open_ = false;
 };
 
-// Writes down "ID NODE" for each event, then does what it was made for.
+// An event as a handler gets it. node: the id of the first node, "-" without nodes.
+struct Handled {
+  int eventId;
+  std::string node;
+};
+inline bool operator==(const Handled& left, const Handled& right) {
+  return left.eventId == right.eventId && left.node == right.node;
+}
+inline void PrintTo(const Handled& handled, std::ostream* out) {
+  *out << handled.eventId << ' ' << handled.node;
+}
+
+// Records each event, then runs the action.
 class Recorder final : public TEEventHandler {
  public:
   using Action = std::function<void(int eventId, const TEEvent& event)>;
@@ -79,7 +95,7 @@ class Recorder final : public TEEventHandler {
     {
       const std::lock_guard<std::mutex> lock(mutex_);
       const std::string name = event.nodes.empty() ? "-" : event.nodes.front().nodeId;
-      events_.push_back(std::to_string(eventId) + ' ' + name);
+      events_.push_back({eventId, name});
     }
     if (action_) {
       action_(eventId, event);
@@ -87,7 +103,7 @@ class Recorder final : public TEEventHandler {
     return 0;
   }
 
-  std::vector<std::string> events() const {
+  std::vector<Handled> events() const {
     const std::lock_guard<std::mutex> lock(mutex_);
     return events_;
   }
@@ -95,7 +111,7 @@ class Recorder final : public TEEventHandler {
  private:
   const Action action_;
   mutable std::mutex mutex_;
-  std::vector<std::string> events_;  // guarded by mutex_
+  std::vector<Handled> events_;  // guarded by mutex_
 };
 
 // Stays in its first call until it is let go.

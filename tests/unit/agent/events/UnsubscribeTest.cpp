@@ -16,6 +16,8 @@ using agent::EventManager;
 using events::awaitStatus;
 using events::Blocked;
 using events::Gate;
+using events::Handled;
+using events::kChange;
 using events::kChanged;
 using events::kCreated;
 using events::kDeleted;
@@ -34,9 +36,9 @@ TEST(UnSubscribe, OfARegistrationThatDoesNotExistIsNoError) {
   subscribe(manager, handler, {kDeleted});
   unsubscribe(manager, handler, {kCreated, kChanged});
   EXPECT_EQ(1U, manager.status().subscriptions);
-  manager.raise(kDeleted, node("a"));
+  manager.raise(kChange, kDeleted, node("a"));
   EXPECT_TRUE(manager.flush(kLong));
-  EXPECT_THAT(handler.events(), ElementsAre("373 a"));
+  EXPECT_THAT(handler.events(), ElementsAre(Handled{kDeleted, "a"}));
 }
 
 TEST(UnSubscribe, IsFollowedByNoCallForThatEvent) {
@@ -46,11 +48,11 @@ TEST(UnSubscribe, IsFollowedByNoCallForThatEvent) {
   subscribe(manager, handler, {kCreated, kDeleted});
   subscribe(manager, other, {kCreated});
   unsubscribe(manager, handler, {kCreated});
-  manager.raise(kCreated, node("a"));
-  manager.raise(kDeleted, node("b"));
+  manager.raise(kChange, kCreated, node("a"));
+  manager.raise(kChange, kDeleted, node("b"));
   EXPECT_TRUE(manager.flush(kLong));
-  EXPECT_THAT(handler.events(), ElementsAre("373 b"));
-  EXPECT_THAT(other.events(), ElementsAre("372 a"));
+  EXPECT_THAT(handler.events(), ElementsAre(Handled{kDeleted, "b"}));
+  EXPECT_THAT(other.events(), ElementsAre(Handled{kCreated, "a"}));
 }
 
 TEST(UnSubscribe, WaitsForTheRunningCall) {
@@ -64,7 +66,7 @@ TEST(UnSubscribe, WaitsForTheRunningCall) {
   });
   EventManager manager;
   subscribe(manager, handler, {kCreated});
-  manager.raise(kCreated, {});
+  manager.raise(kChange, kCreated, {});
   inside.pass();
   support::Task leaving([&] {
     unsubscribe(manager, handler, {kCreated});
@@ -80,7 +82,7 @@ TEST(UnSubscribe, WaitsForTheRunningCallThoughOtherRegistrationsRemain) {
   Blocked blocked;
   EventManager manager;
   subscribe(manager, blocked.handler, {kCreated, kDeleted});
-  manager.raise(kCreated, {});
+  manager.raise(kChange, kCreated, {});
   blocked.waitUntilInside();
   support::Task leaving([&] { unsubscribe(manager, blocked.handler, {kCreated}); });
   awaitStatus(manager, &EventManager::Status::subscriptions, std::size_t{1});
@@ -94,13 +96,13 @@ TEST(UnSubscribe, DoesNotWaitForLaterCalls) {
   Gate inside;
   EventManager* running = nullptr;
   Recorder endless([&](int /*eventId*/, const TEEvent& /*event*/) {
-    running->raise(kDeleted, {});
+    running->raise(kChange, kDeleted, {});
     inside.open();
   });
   EventManager manager;
   running = &manager;
   subscribe(manager, endless, {kCreated, kDeleted});
-  manager.raise(kDeleted, {});
+  manager.raise(kChange, kDeleted, {});
   inside.pass();
   unsubscribe(manager, endless, {kCreated});
   EXPECT_EQ(1U, manager.status().subscriptions);
@@ -111,18 +113,19 @@ TEST(UnSubscribe, DropsTheQueuedEventsOfThatIdentifierOnly) {
   Blocked blocked;
   EventManager manager;
   subscribe(manager, blocked.handler, {kCreated, kDeleted, kChanged});
-  manager.raise(kCreated, node("a"));
+  manager.raise(kChange, kCreated, node("a"));
   blocked.waitUntilInside();
-  manager.raise(kDeleted, node("b"));
-  manager.raise(kCreated, node("c"));
-  manager.raise(kChanged, node("d"));
-  manager.raise(kCreated, node("e"));
+  manager.raise(kChange, kDeleted, node("b"));
+  manager.raise(kChange, kCreated, node("c"));
+  manager.raise(kChange, kChanged, node("d"));
+  manager.raise(kChange, kCreated, node("e"));
   support::Task leaving([&] { unsubscribe(manager, blocked.handler, {kCreated}); });
   awaitStatus(manager, &EventManager::Status::queued, std::size_t{2});
   blocked.letGo();
   leaving.get();
   EXPECT_TRUE(manager.flush(kLong));
-  EXPECT_THAT(blocked.handler.events(), ElementsAre("372 a", "373 b", "374 d"));
+  EXPECT_THAT(blocked.handler.events(),
+              ElementsAre(Handled{kCreated, "a"}, Handled{kDeleted, "b"}, Handled{kChanged, "d"}));
   EXPECT_EQ(0U, manager.status().dropped);  // nobody misses them
 }
 
@@ -131,10 +134,10 @@ TEST(UnSubscribe, TellsThatEventsWereLostWhenSomeWaited) {
   Blocked slow;
   EventManager manager(EventManager::kDefaultQueueLimit, [&] { ++told; });
   subscribe(manager, slow.handler, {kCreated, kDeleted, kChanged});
-  manager.raise(kCreated, node("a"));
+  manager.raise(kChange, kCreated, node("a"));
   slow.waitUntilInside();
-  manager.raise(kDeleted, node("b"));
-  manager.raise(kDeleted, node("c"));
+  manager.raise(kChange, kDeleted, node("b"));
+  manager.raise(kChange, kDeleted, node("c"));
   std::thread letGo([&] {
     awaitStatus(manager, &EventManager::Status::queued, std::size_t{0});
     slow.letGo();
@@ -144,7 +147,7 @@ TEST(UnSubscribe, TellsThatEventsWereLostWhenSomeWaited) {
   EXPECT_EQ(1, told);
   unsubscribe(manager, slow.handler, {kCreated, kChanged});
   EXPECT_EQ(1, told);
-  EXPECT_THAT(slow.handler.events(), ElementsAre("372 a"));
+  EXPECT_THAT(slow.handler.events(), ElementsAre(Handled{kCreated, "a"}));
 }
 
 TEST(UnSubscribe, FromWithinTheHandlersCallDoesNotWait) {
@@ -157,11 +160,11 @@ TEST(UnSubscribe, FromWithinTheHandlersCallDoesNotWait) {
   EventManager manager;
   running = &manager;
   subscribe(manager, handler, {kCreated, kDeleted, kChanged});
-  manager.raise(kCreated, node("a"));
+  manager.raise(kChange, kCreated, node("a"));
   done.pass();
-  manager.raise(kDeleted, node("b"));
+  manager.raise(kChange, kDeleted, node("b"));
   EXPECT_TRUE(manager.flush(kLong));
-  EXPECT_THAT(handler.events(), ElementsAre("372 a"));
+  EXPECT_THAT(handler.events(), ElementsAre(Handled{kCreated, "a"}));
   EXPECT_EQ(0U, manager.status().subscriptions);
 }
 
@@ -179,7 +182,7 @@ TEST(UnSubscribe, OnceMoreWaitsForACallThatHasUnsubscribedItsHandler) {
   EventManager manager;
   running = &manager;
   subscribe(manager, handler, {kCreated});
-  manager.raise(kCreated, {});
+  manager.raise(kChange, kCreated, {});
   unsubscribed.pass();
   support::Task leaving([&] {
     unsubscribe(manager, handler, {kCreated});
@@ -208,14 +211,14 @@ TEST(UnSubscribe, FromWithinAnotherHandlersCallWaits) {
   running = &manager;
   subscribe(manager, first, {kCreated});
   subscribe(manager, second, {kDeleted});
-  manager.raise(kCreated, {});
+  manager.raise(kChange, kCreated, {});
   inside.pass();
-  manager.raise(kDeleted, {});
+  manager.raise(kChange, kDeleted, {});
   awaitStatus(manager, &EventManager::Status::subscriptions, std::size_t{1});
   EXPECT_FALSE(manager.flush(kShort));
   leave.open();
   EXPECT_TRUE(manager.flush(kLong));
-  EXPECT_THAT(second.events(), ElementsAre("373 -"));
+  EXPECT_THAT(second.events(), ElementsAre(Handled{kDeleted, "-"}));
 }
 
 // Says when the thread that it belongs to has ended, which it makes take a while.
@@ -235,7 +238,7 @@ TEST(UnSubscribe, EndsTheThreadWithTheLastRegistration) {
   Recorder handler([&](int /*eventId*/, const TEEvent& /*event*/) { threadEnd.flag = &ended; });
   EventManager manager;
   subscribe(manager, handler, {kCreated, kDeleted});
-  manager.raise(kCreated, {});
+  manager.raise(kChange, kCreated, {});
   EXPECT_TRUE(manager.flush(kLong));
   unsubscribe(manager, handler, {kCreated});
   EXPECT_FALSE(ended);
@@ -248,12 +251,12 @@ TEST(UnSubscribe, LetsAHandlerSubscribeAgain) {
   EventManager manager;
   for (const char* id : {"a", "b"}) {
     subscribe(manager, handler, {kCreated});
-    manager.raise(kCreated, node(id));
+    manager.raise(kChange, kCreated, node(id));
     EXPECT_TRUE(manager.flush(kLong));
     unsubscribe(manager, handler, {kCreated});
-    manager.raise(kCreated, node("nobody's"));
+    manager.raise(kChange, kCreated, node("nobody's"));
   }
-  EXPECT_THAT(handler.events(), ElementsAre("372 a", "372 b"));
+  EXPECT_THAT(handler.events(), ElementsAre(Handled{kCreated, "a"}, Handled{kCreated, "b"}));
 }
 
 // The call that has unsubscribed its handler is still running when the handler subscribes again.
@@ -275,15 +278,15 @@ TEST(UnSubscribe, IsUndoneBySubscribingAgainWithoutASecondCallAtATime) {
   EventManager manager;
   running = &manager;
   subscribe(manager, handler, {kCreated});
-  manager.raise(kCreated, node("a"));
+  manager.raise(kChange, kCreated, node("a"));
   unsubscribed.pass();
-  manager.raise(kCreated, node("nobody's"));
+  manager.raise(kChange, kCreated, node("nobody's"));
   subscribe(manager, handler, {kCreated});
-  manager.raise(kCreated, node("b"));
+  manager.raise(kChange, kCreated, node("b"));
   EXPECT_FALSE(manager.flush(kShort));
   leave.open();
   EXPECT_TRUE(manager.flush(kLong));
-  EXPECT_THAT(handler.events(), ElementsAre("372 a", "372 b"));
+  EXPECT_THAT(handler.events(), ElementsAre(Handled{kCreated, "a"}, Handled{kCreated, "b"}));
   unsubscribe(manager, handler, {kCreated});
 }
 

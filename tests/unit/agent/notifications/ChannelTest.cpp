@@ -51,7 +51,7 @@ class Channels : public NotifierFixture {
     start();
     publish(2);
     EXPECT_TRUE(eventually([this] { return !notifier_->flush(kPatience); }));
-    EXPECT_EQ((Texts{"channel 2 0 0 down"}), receivers());
+    EXPECT_EQ((ReceiverStates{downChannel(Queued{2}, Sent{0}, Lost{0})}), receivers());
     const auto begin = std::chrono::steady_clock::now();
     notifier_.reset();
     EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(2));
@@ -70,7 +70,7 @@ TEST_F(Channels, GetEveryEventInAnAny) {
   start();
   publish(3);
   EXPECT_EQ((Texts{"connect 1", "1: 1", "1: 2", "1: 3"}), pushes(4));
-  EXPECT_TRUE(becomes({"channel 0 3 0"}));
+  EXPECT_TRUE(becomes({channel(Queued{0}, Sent{3}, Lost{0})}));
   EXPECT_EQ(orb::format(server_->endpoint()),
             std::string(notifier_->status().receivers[0].receiver.in()));
   notifier_.reset();
@@ -80,16 +80,16 @@ TEST_F(Channels, GetEveryEventInAnAny) {
 TEST_F(Channels, AreConnectedBeforeThereIsAnEvent) {
   open();
   start();
-  EXPECT_TRUE(becomes({"channel 0 0 0"}));
+  EXPECT_TRUE(becomes({channel(Queued{0}, Sent{0}, Lost{0})}));
 }
 
 TEST_F(Channels, MayComeLaterThanTheAgent) {
   start();
   publish(5);
-  EXPECT_TRUE(becomes({"channel 3 0 2 down"}));
+  EXPECT_TRUE(becomes({downChannel(Queued{3}, Sent{0}, Lost{2})}));
   open();
   EXPECT_EQ((Texts{"connect 1", "1: lost 1-2 2", "1: 3", "1: 4", "1: 5"}), pushes(5));
-  EXPECT_TRUE(becomes({"channel 0 3 2"}));
+  EXPECT_TRUE(becomes({channel(Queued{0}, Sent{3}, Lost{2})}));
 }
 
 TEST_F(Channels, AreTriedAgainAfterThePausesOfTheOptions) {
@@ -115,14 +115,14 @@ TEST_F(Channels, GetWhatTheyMissedWhenTheyComeBack) {
   pushes(2);
   close();
   publish(1);
-  EXPECT_TRUE(becomes({"channel 1 1 0 down"}));
+  EXPECT_TRUE(becomes({downChannel(Queued{1}, Sent{1}, Lost{0})}));
   publish(6);
-  EXPECT_TRUE(becomes({"channel 4 1 3 down"}));
+  EXPECT_TRUE(becomes({downChannel(Queued{4}, Sent{1}, Lost{3})}));
   open();
   EXPECT_EQ(
       (Texts{"connect 1", "1: 1", "connect 2", "2: 2", "2: lost 3-5 3", "2: 6", "2: 7", "2: 8"}),
       pushes(8));
-  EXPECT_TRUE(becomes({"channel 0 5 3"}));
+  EXPECT_TRUE(becomes({channel(Queued{0}, Sent{5}, Lost{3})}));
 }
 
 TEST_F(Channels, GiveANewProxyForOneThatIsGone) {
@@ -162,11 +162,11 @@ TEST_F(Channels, GiveANewProxyForOneWhoseKeyIsAnotherObjects) {
   open();
   start();
   publish(1);
-  EXPECT_TRUE(becomes({"channel 0 1 0"}));
+  EXPECT_TRUE(becomes({channel(Queued{0}, Sent{1}, Lost{0})}));
   channel_.giveKeysOfProxiesAway();
   publish(2);
   EXPECT_EQ((Texts{"connect 1", "1: 1", "connect 2", "2: 2", "2: 3"}), pushes(5));
-  EXPECT_TRUE(becomes({"channel 0 3 0"}));
+  EXPECT_TRUE(becomes({channel(Queued{0}, Sent{3}, Lost{0})}));
 }
 
 TEST_F(Channels, DoNotStandStillForAnEventThatNoProxyKnowsHowToTake) {
@@ -181,7 +181,7 @@ TEST_F(Channels, DoNotStandStillForAnEventThatNoProxyKnowsHowToTake) {
   EXPECT_EQ((Texts{"connect 1", "1: 1", "connect 2", "2: 1", "connect 3", "3: 1", "connect 4",
                    "4: 1", "connect 5", "5: 1", "connect 6", "6: lost 1-1 1", "6: 2"}),
             pushes(13));
-  EXPECT_TRUE(becomes({"channel 0 1 1"}));
+  EXPECT_TRUE(becomes({channel(Queued{0}, Sent{1}, Lost{1})}));
 }
 
 TEST_F(Channels, GetAnEventAgainThatFailed) {
@@ -195,7 +195,7 @@ TEST_F(Channels, GetAnEventAgainThatFailed) {
   start();
   publish(2);
   EXPECT_EQ((Texts{"connect 1", "1: 1", "1: 1", "1: 1", "1: 2"}), pushes(5));
-  EXPECT_TRUE(becomes({"channel 0 2 0"}));
+  EXPECT_TRUE(becomes({channel(Queued{0}, Sent{2}, Lost{0})}));
 }
 
 TEST_F(Channels, DoNotStandStillForAnEventThatTheyNeverTake) {
@@ -209,7 +209,7 @@ TEST_F(Channels, DoNotStandStillForAnEventThatTheyNeverTake) {
   publish(2);
   EXPECT_EQ((Texts{"connect 1", "1: 1", "1: 1", "1: 1", "1: 1", "1: 1", "1: lost 1-1 1", "1: 2"}),
             pushes(8));
-  EXPECT_TRUE(becomes({"channel 0 1 1"}));
+  EXPECT_TRUE(becomes({channel(Queued{0}, Sent{1}, Lost{1})}));
 }
 
 // A closed connection is no reason to wait: the channel is there, and closes it again at the same
@@ -220,7 +220,7 @@ TEST_F(Channels, DoNotStandStillForAnEventAtWhichTheyAlwaysClose) {
   open();
   start();
   publish(2);
-  EXPECT_TRUE(becomes({"channel 0 1 1"}));
+  EXPECT_TRUE(becomes({channel(Queued{0}, Sent{1}, Lost{1})}));
   Texts requests(10, "closed");
   requests.insert(requests.end(), {"answered", "answered"});
   EXPECT_EQ(requests, peer.requests().all());
@@ -232,14 +232,16 @@ TEST_F(Channels, DelayNoSubscriber) {
   open();
   channel_.onPush([&](const std::string&) { gate.wait(); });
   start();
-  EXPECT_TRUE(becomes({"channel 0 0 0"}));
+  EXPECT_TRUE(becomes({channel(Queued{0}, Sent{0}, Lost{0})}));
   ServedConsumer consumer = makeConsumer();
   subscribe(consumer);
   publish(3);
   EXPECT_EQ((Texts{"1", "2", "3"}), consumer.received().waitFor(3));
-  EXPECT_TRUE(becomes({"channel 3 0 0", "0 3 0"}));
+  EXPECT_TRUE(
+      becomes({channel(Queued{3}, Sent{0}, Lost{0}), subscriber(Queued{0}, Sent{3}, Lost{0})}));
   gate.open();
-  EXPECT_TRUE(becomes({"channel 0 3 0", "0 3 0"}));
+  EXPECT_TRUE(
+      becomes({channel(Queued{0}, Sent{3}, Lost{0}), subscriber(Queued{0}, Sent{3}, Lost{0})}));
 }
 
 TEST_F(Channels, ThatAreAwayKeepNobodyFromWaitingForSubscribers) {
@@ -255,10 +257,13 @@ TEST_F(Channels, ThatAreAwayKeepNobodyFromWaitingForSubscribers) {
   ServedConsumer consumer =
       makeConsumer([&](const CosNotification::StructuredEvent&) { gate.wait(); });
   subscribe(consumer);
-  EXPECT_TRUE(becomes({"channel 0 0 0 down", "0 0 0"}));
+  EXPECT_TRUE(
+      becomes({downChannel(Queued{0}, Sent{0}, Lost{0}), subscriber(Queued{0}, Sent{0}, Lost{0})}));
   publish(3);
   EXPECT_FALSE(notifier_->flush(kPatience));
-  EXPECT_EQ((Texts{"channel 3 0 0 down", "0 3 0"}), receivers());
+  EXPECT_EQ((ReceiverStates{downChannel(Queued{3}, Sent{0}, Lost{0}),
+                            subscriber(Queued{0}, Sent{3}, Lost{0})}),
+            receivers());
   gate.open();
   notifier_.reset();
 }
@@ -273,7 +278,7 @@ TEST_F(Channels, GetAnEventAgainThatTheyDidNotAnswerInTime) {
   Texts requests(7, "ignored");
   requests.emplace_back("answered");
   EXPECT_EQ(requests, peer.requests().waitFor(8));
-  EXPECT_TRUE(becomes({"channel 0 1 0"}));
+  EXPECT_TRUE(becomes({channel(Queued{0}, Sent{1}, Lost{0})}));
 }
 
 TEST_F(Channels, GetAnEventOnceMoreWhenTheyClosedTheConnection) {
@@ -284,7 +289,7 @@ TEST_F(Channels, GetAnEventOnceMoreWhenTheyClosedTheConnection) {
   start();
   publish(2);
   EXPECT_EQ((Texts{"answered", "closed", "answered"}), peer.requests().waitFor(3));
-  EXPECT_TRUE(becomes({"channel 0 2 0"}));
+  EXPECT_TRUE(becomes({channel(Queued{0}, Sent{2}, Lost{0})}));
 }
 
 TEST_F(Channels, ThatAreSilentDoNotHoldUpTheEnd) {
@@ -336,7 +341,7 @@ TEST_F(Channels, ThatDoNotAnswerTheFarewellDoNotHoldUpTheEnd) {
   open();
   start();
   publish(1);
-  EXPECT_TRUE(becomes({"channel 0 1 0"}));
+  EXPECT_TRUE(becomes({channel(Queued{0}, Sent{1}, Lost{0})}));
   const auto begin = std::chrono::steady_clock::now();
   notifier_.reset();
   EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(3));
@@ -379,11 +384,11 @@ TEST_F(ChannelsWithAName, AreFoundAtTheirNewAddressWhenTheOldOneIsDead) {
   names_->leadTo({here_, there, there, here_});
   startWithProxyAt(*peer);
   publish(1);
-  EXPECT_TRUE(becomes({"channel 0 1 0"}));
+  EXPECT_TRUE(becomes({channel(Queued{0}, Sent{1}, Lost{0})}));
   peer.reset();
   publish(2);
   EXPECT_EQ((Texts{"connect 1", "1: 2", "1: 3"}), pushes(3));
-  EXPECT_TRUE(becomes({"channel 0 3 0"}));
+  EXPECT_TRUE(becomes({channel(Queued{0}, Sent{3}, Lost{0})}));
   EXPECT_EQ((Texts{here_, there, there, here_}), names_->resolved.all());
 }
 
@@ -442,7 +447,7 @@ TEST_F(ChannelsWithAName, KeepAProxyThatComesBackWhereTheirNameLeads) {
   EXPECT_EQ((Texts{"closed", "closed", "closed", "closed", "answered"}),
             peer.requests().waitFor(5));
   publish(1);
-  EXPECT_TRUE(becomes({"channel 0 1 0"}));
+  EXPECT_TRUE(becomes({channel(Queued{0}, Sent{1}, Lost{0})}));
   EXPECT_EQ(Texts{}, channel_.record.all());
   EXPECT_EQ((Texts{here_, peer.reference(), peer.reference()}), names_->resolved.all());
 }
@@ -455,7 +460,7 @@ TEST_F(ChannelsWithAName, KeepTheirProxyWhileTheirNameIsNotFound) {
   startWithProxyAt(peer);
   peer.requests().waitFor(3);
   publish(1);
-  EXPECT_TRUE(becomes({"channel 0 1 0"}));
+  EXPECT_TRUE(becomes({channel(Queued{0}, Sent{1}, Lost{0})}));
   EXPECT_EQ(Texts{}, channel_.record.all());
   EXPECT_EQ((Texts{here_, ""}), names_->resolved.all());
   EXPECT_THAT(testing::internal::GetCapturedStderr(),
@@ -471,7 +476,7 @@ TEST_F(ChannelsWithAName, KeepTheirProxyWhileNobodyAnswersAtTheNewAddress) {
   startWithProxyAt(peer);
   peer.requests().waitFor(3);
   publish(1);
-  EXPECT_TRUE(becomes({"channel 0 1 0"}));
+  EXPECT_TRUE(becomes({channel(Queued{0}, Sent{1}, Lost{0})}));
   EXPECT_EQ(Texts{}, channel_.record.all());
   EXPECT_EQ((Texts{here_, deaf}), names_->resolved.all());
 }
@@ -492,7 +497,7 @@ TEST_F(ChannelsWithAName, AreNotLookedForByAnotherReference) {
   startWithProxyAt(peer);
   peer.requests().waitFor(3);
   publish(1);
-  EXPECT_TRUE(becomes({"channel 0 1 0"}));
+  EXPECT_TRUE(becomes({channel(Queued{0}, Sent{1}, Lost{0})}));
   EXPECT_EQ(Texts{}, channel_.record.all());
 }
 

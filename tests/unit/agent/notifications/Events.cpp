@@ -1,6 +1,6 @@
 #include "tests/unit/agent/notifications/Events.h"
 
-#include <stdexcept>
+#include <ostream>
 
 #include "idl/NotificationLayout.h"
 
@@ -115,8 +115,38 @@ notifications::NVList_T attribute(const char* name, const char* value) {
   return attributes;
 }
 
+std::string idOf(std::uint64_t change, std::uint64_t position) {
+  return std::to_string(change << 20 | position);
+}
+
 agent::EventTime someTime() {
   return agent::EventTime(std::chrono::milliseconds(1709251198760));
+}
+
+bool operator==(const ReceiverState& left, const ReceiverState& right) {
+  return left.isChannel == right.isChannel && left.isConnected == right.isConnected &&
+         left.queued == right.queued && left.sent == right.sent && left.lost == right.lost;
+}
+
+void PrintTo(const ReceiverState& state, std::ostream* out) {
+  *out << (state.isChannel ? "channel" : "subscriber") << (state.isConnected ? "" : ", down")
+       << ", queued " << state.queued << ", sent " << state.sent << ", lost " << state.lost;
+}
+
+ReceiverState stateOf(const TopoAgent::ReceiverStatus_T& status) {
+  return {status.isChannel, status.isConnected, status.queued, status.sent, status.lost};
+}
+
+ReceiverState subscriber(Queued queued, Sent sent, Lost lost) {
+  return {false, true, queued.count, sent.count, lost.count};
+}
+
+ReceiverState channel(Queued queued, Sent sent, Lost lost) {
+  return {true, true, queued.count, sent.count, lost.count};
+}
+
+ReceiverState downChannel(Queued queued, Sent sent, Lost lost) {
+  return {true, false, queued.count, sent.count, lost.count};
 }
 
 void Gate::open() {
@@ -159,18 +189,6 @@ bool eventually(const std::function<bool()>& condition) {
     never.wait_for(lock, std::chrono::milliseconds(1));
   }
   return true;
-}
-
-std::function<std::uint64_t(std::uint64_t)> Reservation::function() {
-  return [this](std::uint64_t count) {
-    counts.push_back(count);
-    if (failing) {
-      throw std::runtime_error("disk full");
-    }
-    const std::uint64_t first = next;
-    next += count;
-    return first;
-  };
 }
 
 }  // namespace notification_tests

@@ -7,11 +7,13 @@
 #include <condition_variable>
 #include <cstdint>
 #include <functional>
+#include <iosfwd>
 #include <mutex>
 #include <string>
 #include <vector>
 
 #include "agent/notifications/StructuredEvents.h"
+#include "orb/idl/TopoAgent.h"
 #include "orb/idl/globaldefs.h"
 #include "orb/idl/notifications.h"
 #include "orb/notification.h"
@@ -34,8 +36,39 @@ globaldefs::NVSList_T objectName(const char* objectClass, const char* id);
 
 notifications::NVList_T attribute(const char* name, const char* value);
 
+// The id of a notification as a text.
+std::string idOf(std::uint64_t change, std::uint64_t position);
+
 // 2024-02-29 23:59:58.76 UTC.
 agent::EventTime someTime();
+
+// Status of a receiver, without its name.
+struct ReceiverState {
+  bool isChannel = false;
+  bool isConnected = true;
+  std::uint64_t queued = 0;
+  std::uint64_t sent = 0;
+  std::uint64_t lost = 0;
+};
+using ReceiverStates = std::vector<ReceiverState>;
+bool operator==(const ReceiverState& left, const ReceiverState& right);
+void PrintTo(const ReceiverState& state, std::ostream* out);
+
+ReceiverState stateOf(const TopoAgent::ReceiverStatus_T& status);
+
+// Numbers of notifications, to spell out an expected state.
+struct Queued {
+  std::uint64_t count;
+};
+struct Sent {
+  std::uint64_t count;
+};
+struct Lost {
+  std::uint64_t count;
+};
+ReceiverState subscriber(Queued queued, Sent sent, Lost lost);
+ReceiverState channel(Queued queued, Sent sent, Lost lost);
+ReceiverState downChannel(Queued queued, Sent sent, Lost lost);
 
 // Opens once, for all.
 class Gate {
@@ -66,16 +99,6 @@ class Record {
 
 // Whether it comes true before patience ends.
 bool eventually(const std::function<bool()>& condition);
-
-// Ids from 1 on, as long as it does not fail.
-class Reservation {
- public:
-  std::function<std::uint64_t(std::uint64_t)> function();
-
-  std::uint64_t next = 1;
-  bool failing = false;
-  std::vector<std::uint64_t> counts;
-};
 
 }  // namespace notification_tests
 

@@ -1,8 +1,25 @@
 #include "tests/unit/agent/notifications/Fixture.h"
 
+#include <ostream>
 #include <utility>
 
 namespace notification_tests {
+
+bool operator==(const Refusal& left, const Refusal& right) {
+  return left.code == right.code && left.reason == right.reason;
+}
+
+void PrintTo(const Refusal& refusal, std::ostream* out) {
+  *out << "code " << std::hex << refusal.code << ", " << refusal.reason;
+}
+
+Refusal invalidInput(const std::string& reason) {
+  return {agent::kInvalidInput, reason};
+}
+
+Refusal capacityExceeded(const std::string& reason) {
+  return {agent::kTooMuch, reason};
+}
 
 void Consumer::push_structured_event(const CosNotification::StructuredEvent& event) {
   received.add(briefly(event));
@@ -24,12 +41,16 @@ NotifierFixture::NotifierFixture()
 NotifierFixture::~NotifierFixture() = default;
 
 void NotifierFixture::start() {
-  notifier_ =
-      std::make_unique<agent::Notifier>(*server_, options_, reservation_.function(), someTime);
+  notifier_ = std::make_unique<agent::Notifier>(*server_, options_, changes(), someTime);
+}
+
+agent::ChangeNumbers NotifierFixture::changes() {
+  return {lastChange_, [this] { return change_.load(); }};
 }
 
 void NotifierFixture::restart() {
   notifier_.reset();
+  ++lastChange_;
   start();
 }
 
@@ -56,32 +77,33 @@ CosNotifyComm::StructuredPushConsumer_ptr NotifierFixture::consumerAt(
 TopoAgent::Subscription_I_var NotifierFixture::subscribe(const ServedConsumer& consumer,
                                                          const std::string& last,
                                                          const std::string& peer) {
-  return notifier_->subscribe(consumer.reference.in(), last, peer);
+  return subscribeAt(consumer.reference.in(), last, peer);
 }
 
-std::string NotifierFixture::refusal(CosNotifyComm::StructuredPushConsumer_ptr consumer,
-                                     const std::string& last, const std::string& peer) {
-  try {
-    const TopoAgent::Subscription_I_var subscription = notifier_->subscribe(consumer, last, peer);
-  } catch (const globaldefs::ProcessingFailureException& failure) {
-    return std::to_string(failure.exceptionType) + " " + failure.errorReason.in();
-  }
-  return "none";
+TopoAgent::Subscription_I_var NotifierFixture::subscribeAt(
+    CosNotifyComm::StructuredPushConsumer_ptr consumer, const std::string& last,
+    const std::string& peer) {
+  const auto result = notifier_->subscribe(consumer, last, peer);
+  EXPECT_TRUE(result.ok()) << result.outcome().reason;
+  return result.ok() ? result.value() : TopoAgent::Subscription_I_var();
 }
 
-Texts NotifierFixture::receivers() {
-  Texts texts;
+Refusal NotifierFixture::refusal(CosNotifyComm::StructuredPushConsumer_ptr consumer,
+                                 const std::string& last, const std::string& peer) {
+  const agent::Outcome outcome = notifier_->subscribe(consumer, last, peer).outcome();
+  return {outcome.code, outcome.reason};
+}
+
+ReceiverStates NotifierFixture::receivers() {
+  ReceiverStates states;
   const agent::NotifierStatus status = notifier_->status();
   for (CORBA::ULong i = 0; i < status.receivers.length(); ++i) {
-    const TopoAgent::ReceiverStatus_T& receiver = status.receivers[i];
-    texts.push_back(std::string(receiver.isChannel ? "channel " : "") +
-                    std::to_string(receiver.queued) + " " + std::to_string(receiver.sent) + " " +
-                    std::to_string(receiver.lost) + (receiver.isConnected ? "" : " down"));
+    states.push_back(stateOf(status.receivers[i]));
   }
-  return texts;
+  return states;
 }
 
-bool NotifierFixture::becomes(const Texts& wanted) {
+bool NotifierFixture::becomes(const ReceiverStates& wanted) {
   const bool came = eventually([&] { return receivers() == wanted; });
   EXPECT_EQ(wanted, receivers());
   return came;

@@ -7,6 +7,7 @@
 
 #include <atomic>
 #include <functional>
+#include <iosfwd>
 #include <memory>
 #include <string>
 
@@ -35,6 +36,18 @@ class Consumer final : public POA_CosNotifyComm::StructuredPushConsumer {
   const Hook hook_;
 };
 
+// The failed outcome of a subscription.
+struct Refusal {
+  std::uint32_t code = agent::kSuccess;
+  std::string reason;
+};
+bool operator==(const Refusal& left, const Refusal& right);
+void PrintTo(const Refusal& refusal, std::ostream* out);
+
+Refusal invalidInput(const std::string& reason);
+Refusal capacityExceeded(const std::string& reason);
+const Refusal kAccepted;
+
 // A reference counted servant and its reference.
 struct ServedConsumer {
   PortableServer::ServantBase_var owner;
@@ -49,9 +62,11 @@ class NotifierFixture : public testing::Test {
   NotifierFixture();
   ~NotifierFixture() override;
 
-  // Starts the agent's side.
+  // Makes the notifier; ids are 1, 2, 3 and so on.
   void start();
+  // Makes a new notifier after a further change; ids are idOf(1, 1) and so on.
   void restart();
+  agent::ChangeNumbers changes();
 
   void publish(int count);
 
@@ -63,20 +78,24 @@ class NotifierFixture : public testing::Test {
                                           const std::string& last = "",
                                           const std::string& peer = "peer");
 
-  // "TYPE REASON" of what subscribing is refused with; "none".
-  std::string refusal(CosNotifyComm::StructuredPushConsumer_ptr consumer, const std::string& last,
-                      const std::string& peer = "peer");
+  TopoAgent::Subscription_I_var subscribeAt(CosNotifyComm::StructuredPushConsumer_ptr consumer,
+                                            const std::string& last = "",
+                                            const std::string& peer = "peer");
 
-  // The receivers: "queued sent lost" each.
-  Texts receivers();
-  bool becomes(const Texts& wanted);
+  // Subscribes. Returns why the notifier refuses, or kAccepted.
+  Refusal refusal(CosNotifyComm::StructuredPushConsumer_ptr consumer, const std::string& last,
+                  const std::string& peer = "peer");
+
+  ReceiverStates receivers();
+  bool becomes(const ReceiverStates& wanted);
 
   static bool stands(TopoAgent::Subscription_I_ptr subscription);
 
   CORBA::ORB_ptr orb() { return server_->get(); }
 
   std::unique_ptr<orb::Server> server_;
-  Reservation reservation_;
+  std::uint64_t lastChange_ = 0;
+  std::atomic<std::uint64_t> change_{0};  // in progress
   agent::NotifierOptions options_;
   std::unique_ptr<agent::Notifier> notifier_;
 };

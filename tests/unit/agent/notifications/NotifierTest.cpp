@@ -75,7 +75,7 @@ TEST_F(Notifiers, TellTheTimeOfTheirClock) {
 
 TEST_F(Notifiers, TellWhatTheyMadeAndForWhom) {
   start();
-  EXPECT_EQ((Texts{}), receivers());
+  EXPECT_EQ(ReceiverStates{}, receivers());
   publish(2);
   const ServedConsumer consumer = makeConsumer();
   const auto subscription = subscribe(consumer);
@@ -84,10 +84,10 @@ TEST_F(Notifiers, TellWhatTheyMadeAndForWhom) {
   const agent::NotifierStatus status = notifier_->status();
   EXPECT_EQ(5U, status.notifications);
   EXPECT_EQ(0U, status.subscribersDropped);
-  EXPECT_EQ((Texts{"0 3 0"}), receivers());
+  EXPECT_EQ((ReceiverStates{subscriber(Queued{0}, Sent{3}, Lost{0})}), receivers());
   EXPECT_EQ(orb::format(server_->endpoint()), std::string(status.receivers[0].receiver.in()));
   subscription->unsubscribe();
-  EXPECT_EQ((Texts{}), receivers());
+  EXPECT_EQ(ReceiverStates{}, receivers());
 }
 
 TEST_F(Notifiers, KeepOneOrderForAllWhateverThreadsPublish) {
@@ -112,6 +112,20 @@ TEST_F(Notifiers, KeepOneOrderForAllWhateverThreadsPublish) {
   EXPECT_EQ(wanted, other.received().waitFor(wanted.size()));
 }
 
+TEST_F(Notifiers, MakeIdsOfChangeNumberAndPosition) {
+  start();
+  ServedConsumer consumer = makeConsumer();
+  subscribe(consumer);
+  change_ = 5;
+  publish(2);
+  change_ = 6;
+  publish(1);
+  change_ = 5;
+  publish(1);
+  EXPECT_EQ((Texts{idOf(5, 1), idOf(5, 2), idOf(6, 1), idOf(6, 2)}),
+            consumer.received().waitFor(4));
+}
+
 TEST_F(Notifiers, NeverGiveAnIdTwiceOverRestarts) {
   start();
   publish(1);
@@ -119,7 +133,7 @@ TEST_F(Notifiers, NeverGiveAnIdTwiceOverRestarts) {
   ServedConsumer consumer = makeConsumer();
   subscribe(consumer);
   publish(2);
-  EXPECT_EQ((Texts{"1001", "1002"}), consumer.received().waitFor(2));
+  EXPECT_EQ((Texts{idOf(1, 1), idOf(1, 2)}), consumer.received().waitFor(2));
 }
 
 TEST_F(Notifiers, TellNothingToANewConsumer) {
@@ -146,9 +160,11 @@ TEST_F(Notifiers, DoNotCountWhatARunBeforeMadeOrNot) {
   start();
   publish(5);
   restart();
-  EXPECT_EQ((Texts{"lost 6-1000 0", "1001"}), afterComingBackWith("5", 2));
-  EXPECT_EQ((Texts{"lost 1000-1001 0", "1002"}), afterComingBackWith("999", 2));
-  EXPECT_EQ((Texts{"lost 1001-1002 2", "1003"}), afterComingBackWith("1000", 2));
+  EXPECT_EQ((Texts{"lost 6-" + idOf(1, 0) + " 0", idOf(1, 1)}), afterComingBackWith("5", 2));
+  EXPECT_EQ((Texts{"lost " + idOf(1, 0) + "-" + idOf(1, 1) + " 0", idOf(1, 2)}),
+            afterComingBackWith(std::to_string((1 << 20) - 1), 2));
+  EXPECT_EQ((Texts{"lost " + idOf(1, 1) + "-" + idOf(1, 2) + " 2", idOf(1, 3)}),
+            afterComingBackWith(idOf(1, 0), 2));
 }
 
 // What comes after the word is what came while it subscribed.
@@ -176,21 +192,26 @@ TEST_F(Notifiers, RefuseIdsThatWereNeverGiven) {
   publish(2);
   const ServedConsumer consumer = makeConsumer();
   const auto refused = [&](const std::string& last) { return refusal(consumer.reference, last); };
-  const std::string invalid = std::to_string(globaldefs::EXCPT_INVALID_INPUT);
-  const std::string newer = " is newer than any notification of this agent";
-  EXPECT_EQ(invalid + " the last notification id \"3\"" + newer, refused("3"));
-  EXPECT_EQ(invalid + " the last notification id \"18446744073709551616\"" + newer,
-            refused("18446744073709551616"));
-  for (const char* text : {"-1", "+1", " 1", "1 ", "x", "0x1", "1.0", "18446744073709551616x"}) {
-    EXPECT_EQ(invalid + " the last notification id \"" + text + "\" is no number", refused(text));
+  const auto newer = [](const std::string& id) {
+    return invalidInput("the last notification id \"" + id +
+                        "\" is newer than any notification of this agent");
+  };
+  const auto noNumber = [](const std::string& id) {
+    return invalidInput("the last notification id \"" + id + "\" is no number");
+  };
+  for (const char* text : {"3", "18446744073709551616"}) {
+    EXPECT_EQ(newer(text), refused(text));
   }
-  EXPECT_EQ(invalid + " the last notification id \"1\\x0a\" is no number", refused("1\n"));
-  EXPECT_EQ((Texts{}), receivers());
+  for (const char* text : {"-1", "+1", " 1", "1 ", "x", "0x1", "1.0", "18446744073709551616x"}) {
+    EXPECT_EQ(noNumber(text), refused(text));
+  }
+  EXPECT_EQ(noNumber("1\\x0a"), refused("1\n"));
+  EXPECT_EQ(ReceiverStates{}, receivers());
 }
 
 TEST_F(Notifiers, RefuseNoConsumer) {
   start();
-  EXPECT_EQ(std::to_string(globaldefs::EXCPT_INVALID_INPUT) + " the consumer is nil",
+  EXPECT_EQ(invalidInput("the consumer is nil"),
             refusal(CosNotifyComm::StructuredPushConsumer::_nil(), ""));
 }
 
@@ -200,11 +221,9 @@ TEST_F(Notifiers, RefuseMoreConsumersThanMaySubscribe) {
   const ServedConsumer consumer = makeConsumer();
   const auto first = subscribe(consumer);
   subscribe(consumer);
-  EXPECT_EQ(
-      std::to_string(globaldefs::EXCPT_CAPACITY_EXCEEDED) + " there are 2 subscribers already",
-      refusal(consumer.reference, ""));
+  EXPECT_EQ(capacityExceeded("there are 2 subscribers already"), refusal(consumer.reference, ""));
   first->unsubscribe();
-  EXPECT_TRUE(eventually([&] { return refusal(consumer.reference, "") == "none"; }));
+  EXPECT_TRUE(eventually([&] { return refusal(consumer.reference, "") == kAccepted; }));
 }
 
 TEST_F(Notifiers, CountWhoUnsubscribedUntilItsCallHasEnded) {
@@ -217,11 +236,9 @@ TEST_F(Notifiers, CountWhoUnsubscribedUntilItsCallHasEnded) {
   publish(1);
   consumer.received().waitFor(1);
   subscription->unsubscribe();
-  EXPECT_EQ(
-      std::to_string(globaldefs::EXCPT_CAPACITY_EXCEEDED) + " there are 1 subscribers already",
-      refusal(consumer.reference, ""));
+  EXPECT_EQ(capacityExceeded("there are 1 subscribers already"), refusal(consumer.reference, ""));
   gate.open();
-  EXPECT_TRUE(eventually([&] { return refusal(consumer.reference, "") == "none"; }));
+  EXPECT_TRUE(eventually([&] { return refusal(consumer.reference, "") == kAccepted; }));
   notifier_.reset();
 }
 
@@ -240,7 +257,7 @@ TEST_F(Notifiers, DropTheOldestNotificationsBeyondTheMemoryOfTheQueue) {
     notifier_->attributesChanged({}, attribute("label", text.c_str()), true, nullptr);
   }
   testing::internal::GetCapturedStderr();
-  EXPECT_EQ((Texts{"2 0 3"}), receivers());
+  EXPECT_EQ((ReceiverStates{subscriber(Queued{2}, Sent{0}, Lost{3})}), receivers());
   gate.open();
   EXPECT_EQ((Texts{"1", "lost 2-3 2", "4", "lost 5-5 1"}), consumer.received().waitFor(4));
   notifier_.reset();
@@ -255,32 +272,32 @@ TEST_F(Notifiers, SendTwiceToAConsumerThatSubscribesTwice) {
   EXPECT_EQ((Texts{"1", "1"}), consumer.received().waitFor(2));
 }
 
-TEST_F(Notifiers, TellWhatIsMissedWhileNoIdsCanBeReserved) {
+TEST_F(Notifiers, ReportAGapForNotificationsWithoutAnIdOfTheirChange) {
+  options_.ids.lastPosition = 4;
   start();
-  Gate gate;
-  ServedConsumer consumer =
-      makeConsumer([&](const CosNotification::StructuredEvent&) { gate.wait(); });
-  subscribe(consumer);
-  reservation_.failing = true;
   testing::internal::CaptureStderr();
-  publish(1005);
+  ServedConsumer consumer = makeConsumer();
+  subscribe(consumer);
+  publish(3);
+  EXPECT_TRUE(notifier_->flush(kPatience));
+  publish(1);
+  EXPECT_TRUE(notifier_->flush(kPatience));
+  publish(1);
+  change_ = 1;
+  publish(1);
+  EXPECT_EQ((Texts{"1", "2", "3", "lost 4-4 1", "lost 4-4 1", idOf(1, 1)}),
+            consumer.received().waitFor(6));
+  EXPECT_EQ((ReceiverStates{subscriber(Queued{0}, Sent{4}, Lost{2})}), receivers());
+  EXPECT_EQ(4U, notifier_->status().notifications);
   const std::string log = testing::internal::GetCapturedStderr();
-  reservation_.failing = false;
-  publish(2);
-  gate.open();
-  const Texts texts = consumer.received().waitFor(1002);
-  ASSERT_EQ(1002U, texts.size());
-  EXPECT_EQ((Texts{"999", "lost 1000-1000 6", "1001", "1002"}),
-            Texts(texts.begin() + 998, texts.end()));
-  const std::string line = "no ids for notifications can be reserved: disk full";
+  const std::string line = "a change has more than 3 notifications, the others are lost";
   EXPECT_NE(std::string::npos, log.find(line));
   EXPECT_EQ(log.find(line), log.rfind(line));
-  notifier_.reset();
 }
 
 TEST_F(Notifiers, TellOfOneForWhichThereWasNoMemoryInItsPlace) {
   std::atomic<bool> failing{false};
-  notifier_ = std::make_unique<agent::Notifier>(*server_, options_, reservation_.function(), [&] {
+  notifier_ = std::make_unique<agent::Notifier>(*server_, options_, changes(), [&] {
     if (failing.exchange(false)) {
       throw std::bad_alloc();
     }
@@ -336,7 +353,8 @@ TEST_F(Notifiers, WaitUntilEverythingIsSentToEveryone) {
   subscribe(good);
   publish(1);
   good.received().waitFor(1);
-  EXPECT_TRUE(becomes({"1 0 0", "0 1 0"}));
+  EXPECT_TRUE(
+      becomes({subscriber(Queued{1}, Sent{0}, Lost{0}), subscriber(Queued{0}, Sent{1}, Lost{0})}));
   EXPECT_FALSE(notifier_->flush(std::chrono::milliseconds(1)));
   gate.open();
   EXPECT_TRUE(notifier_->flush(kPatience));
@@ -368,6 +386,16 @@ TEST_F(Sessions, Subscribe) {
   EXPECT_TRUE(stands(subscription));
   EXPECT_THROW(session_->subscribe(consumer.reference.in(), "x"),
                globaldefs::ProcessingFailureException);
+}
+
+TEST_F(Sessions, RaiseInvalidInputWithTheReasonOfTheRefusal) {
+  try {
+    session_->subscribe(CosNotifyComm::StructuredPushConsumer::_nil(), "");
+    ADD_FAILURE() << "subscribed";
+  } catch (const globaldefs::ProcessingFailureException& failure) {
+    EXPECT_EQ(globaldefs::EXCPT_INVALID_INPUT, failure.exceptionType);
+    EXPECT_STREQ("the consumer is nil", failure.errorReason.in());
+  }
 }
 
 TEST_F(Sessions, LogRefusedSubscriptionsAtALimitedRate) {

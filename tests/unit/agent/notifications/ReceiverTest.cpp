@@ -157,11 +157,14 @@ class Receivers : public support::WithOrb {
     return receiver_->waitUntilDrained(std::chrono::steady_clock::now() + kPatience);
   }
 
-  // "queued sent lost", and whether it is connected.
-  std::string status() {
-    const TopoAgent::ReceiverStatus_T status = receiver_->status();
-    return std::to_string(status.queued) + " " + std::to_string(status.sent) + " " +
-           std::to_string(status.lost) + (status.isConnected ? "" : " down");
+  ReceiverState status() { return stateOf(receiver_->status()); }
+
+  // Expected states.
+  ReceiverState up(Queued queued, Sent sent, Lost lost) const {
+    return settings_.isChannel ? channel(queued, sent, lost) : subscriber(queued, sent, lost);
+  }
+  static ReceiverState down(Queued queued, Sent sent, Lost lost) {
+    return downChannel(queued, sent, lost);
   }
 
   std::shared_ptr<Gate> holdBack(const std::string& event) {
@@ -179,7 +182,7 @@ TEST_F(Receivers, SendInOrder) {
   start();
   offer(1, 3);
   EXPECT_TRUE(sendsAll());
-  EXPECT_EQ("0 3 0", status());
+  EXPECT_EQ(up(Queued{0}, Sent{3}, Lost{0}), status());
   EXPECT_EQ((Texts{"connect", "1", "2", "3", "disconnect"}), calls());
 }
 
@@ -187,10 +190,10 @@ TEST_F(Receivers, SendWhatWasOfferedBeforeTheStart) {
   make();
   receiver_->beginWithGap({3, 9, 4});
   offer(10, 11);
-  EXPECT_EQ("2 0 0", status());
+  EXPECT_EQ(up(Queued{2}, Sent{0}, Lost{0}), status());
   receiver_->start();
   EXPECT_TRUE(sendsAll());
-  EXPECT_EQ("0 2 0", status());
+  EXPECT_EQ(up(Queued{0}, Sent{2}, Lost{0}), status());
   EXPECT_EQ((Texts{"connect", "lost 3-9 4", "10", "11", "disconnect"}), calls());
 }
 
@@ -200,10 +203,10 @@ TEST_F(Receivers, TellWhatOverflowedBeforeTheNextEvent) {
   offer(1, 1);
   script_.record.waitFor(2);
   offer(2, 9);
-  EXPECT_EQ("4 0 5", status());
+  EXPECT_EQ(up(Queued{4}, Sent{0}, Lost{5}), status());
   gate->open();
   EXPECT_TRUE(sendsAll());
-  EXPECT_EQ("0 4 5", status());
+  EXPECT_EQ(up(Queued{0}, Sent{4}, Lost{5}), status());
   EXPECT_EQ((Texts{"connect", "1", "lost 2-6 5", "7", "8", "9", "disconnect"}), calls());
 }
 
@@ -213,7 +216,7 @@ TEST_F(Receivers, CountNoWordAsAnEventThatWaits) {
   offer(1, 5);
   receiver_->start();
   script_.record.waitFor(2);
-  EXPECT_EQ("3 0 2", status());
+  EXPECT_EQ(up(Queued{3}, Sent{0}, Lost{2}), status());
   gate->open();
 }
 
@@ -241,7 +244,7 @@ TEST_F(Receivers, TellOfMissedOnesInTheirPlace) {
   offer(3, 3);
   receiver_->start();
   EXPECT_TRUE(sendsAll());
-  EXPECT_EQ("0 2 2", status());
+  EXPECT_EQ(up(Queued{0}, Sent{2}, Lost{2}), status());
   EXPECT_EQ((Texts{"connect", "1", "lost 2-2 2", "3", "disconnect"}), calls());
 }
 
@@ -261,7 +264,7 @@ TEST_F(Receivers, SendAgainWhatWasNotTaken) {
   make();
   offer(1, 3);
   receiver_->start();
-  EXPECT_TRUE(eventually([this] { return status() == "0 3 0"; }));
+  EXPECT_TRUE(eventually([this] { return status() == up(Queued{0}, Sent{3}, Lost{0}); }));
   EXPECT_EQ((Texts{"connect", "1", "2", "connect", "connect", "connect", "2", "3", "disconnect"}),
             calls());
 }
@@ -276,7 +279,7 @@ TEST_F(Receivers, MergeWordThatWasNotTakenWithMore) {
   script_.record.waitFor(2);
   offer(6, 6);
   gate->open();
-  EXPECT_TRUE(eventually([this] { return status() == "0 3 3"; }));
+  EXPECT_TRUE(eventually([this] { return status() == up(Queued{0}, Sent{3}, Lost{3}); }));
   EXPECT_EQ((Texts{"connect", "lost 1-2 2", "connect", "lost 1-3 3", "4", "5", "6", "disconnect"}),
             calls());
 }
@@ -289,7 +292,7 @@ TEST_F(Receivers, KeepWhatTheyHoldWhileTheRestOverflows) {
   offer(1, 1);
   script_.record.waitFor(2);
   offer(2, 10);
-  EXPECT_TRUE(eventually([this] { return status() == "4 0 6 down"; }));
+  EXPECT_TRUE(eventually([this] { return status() == down(Queued{4}, Sent{0}, Lost{6}); }));
 }
 
 TEST_F(Receivers, LeaveOutWhatIsRefusedAgainAndAgain) {
@@ -299,7 +302,7 @@ TEST_F(Receivers, LeaveOutWhatIsRefusedAgainAndAgain) {
   offer(1, 2);
   testing::internal::CaptureStderr();
   receiver_->start();
-  EXPECT_TRUE(eventually([this] { return status() == "0 1 1"; }));
+  EXPECT_TRUE(eventually([this] { return status() == up(Queued{0}, Sent{1}, Lost{1}); }));
   EXPECT_EQ((Texts{"connect", "1", "connect", "1", "connect", "1", "connect", "1", "connect", "1",
                    "connect", "1", "connect", "lost 1-1 1", "2", "disconnect"}),
             calls());
@@ -315,7 +318,7 @@ TEST_F(Receivers, LeaveOutANotificationAndThenTheWordOfIt) {
   offer(1, 2);
   testing::internal::CaptureStderr();
   receiver_->start();
-  EXPECT_TRUE(eventually([this] { return status() == "0 1 1"; }));
+  EXPECT_TRUE(eventually([this] { return status() == up(Queued{0}, Sent{1}, Lost{1}); }));
   Texts wanted;
   for (int i = 0; i < 10; ++i) {
     wanted.insert(wanted.end(), {"connect", i < 5 ? "1" : "lost 1-1 1"});
@@ -335,11 +338,11 @@ TEST_F(Receivers, TryAChannelAgainWhoseCallsThrow) {
   offer(1, 2);
   testing::internal::CaptureStderr();
   receiver_->start();
-  EXPECT_TRUE(eventually([this] { return status() == "0 2 0"; }));
+  EXPECT_TRUE(eventually([this] { return status() == up(Queued{0}, Sent{2}, Lost{0}); }));
   script_.setChecks({kThrows});
   EXPECT_TRUE(eventually([this] { return script_.nothingIsLeft(); }));
   offer(3, 3);
-  EXPECT_TRUE(eventually([this] { return status() == "0 3 0"; }));
+  EXPECT_TRUE(eventually([this] { return status() == up(Queued{0}, Sent{3}, Lost{0}); }));
   Texts calls = this->calls();
   calls.erase(std::remove(calls.begin(), calls.end(), "check"), calls.end());
   EXPECT_EQ((Texts{"connect", "connect", "1", "2", "connect", "2", "connect", "3", "disconnect"}),
@@ -356,7 +359,7 @@ TEST_F(Receivers, LeaveOutAnEventOverWhichAChannelThrowsAgainAndAgain) {
   make();
   offer(1, 2);
   receiver_->start();
-  EXPECT_TRUE(eventually([this] { return status() == "0 1 1"; }));
+  EXPECT_TRUE(eventually([this] { return status() == up(Queued{0}, Sent{1}, Lost{1}); }));
 }
 
 TEST_F(Receivers, AreDroppedWhenTheirSinkThrows) {
@@ -378,7 +381,7 @@ TEST_F(Receivers, CountTheRefusalsOfEachNotificationAlone) {
   make();
   offer(1, 2);
   receiver_->start();
-  EXPECT_TRUE(eventually([this] { return status() == "0 2 0"; }));
+  EXPECT_TRUE(eventually([this] { return status() == up(Queued{0}, Sent{2}, Lost{0}); }));
 }
 
 TEST_F(Receivers, LeaveOutWordOfLostOnesThatIsRefusedAgainAndAgain) {
@@ -388,7 +391,7 @@ TEST_F(Receivers, LeaveOutWordOfLostOnesThatIsRefusedAgainAndAgain) {
   receiver_->reportGap({1, 2, 2});
   offer(3, 3);
   receiver_->start();
-  EXPECT_TRUE(eventually([this] { return status() == "0 1 2"; }));
+  EXPECT_TRUE(eventually([this] { return status() == up(Queued{0}, Sent{1}, Lost{2}); }));
   Texts wanted;
   for (int i = 0; i < 5; ++i) {
     wanted.insert(wanted.end(), {"connect", "lost 1-2 2"});
@@ -403,7 +406,8 @@ TEST_F(Receivers, BeginWithTheFirstPauseAfterEverySuccess) {
   make();
   offer(1, 2);
   receiver_->start();
-  EXPECT_TRUE(eventually([this] { return status() == "0 2 0" && waits_.present() == 1; }));
+  EXPECT_TRUE(eventually(
+      [this] { return status() == up(Queued{0}, Sent{2}, Lost{0}) && waits_.present() == 1; }));
   using std::chrono::milliseconds;
   EXPECT_EQ((Waits::Lengths{milliseconds(1), milliseconds(2), milliseconds(1), kNever}),
             waits_.begun());
@@ -418,7 +422,7 @@ TEST_F(Receivers, ReportANotificationBeyondTheMemoryOfTheQueueAsLost) {
   script_.record.waitFor(2);
   offer(2, 5);
   receiver_->offer({6, agent::objectDeletion({}, false), 3});
-  EXPECT_EQ("3 0 3", status());
+  EXPECT_EQ(up(Queued{3}, Sent{0}, Lost{3}), status());
   gate->open();
   EXPECT_TRUE(sendsAll());
   EXPECT_EQ((Texts{"connect", "1", "lost 2-3 2", "4", "5", "lost 6-6 1", "disconnect"}), calls());
@@ -444,7 +448,7 @@ TEST_F(Receivers, LeaveOutARefusedEventOfAChannelWhileMemoryIsShort) {
   make();
   offer(1, 2);
   receiver_->start();
-  EXPECT_TRUE(eventually([this] { return status() == "0 1 1"; }));
+  EXPECT_TRUE(eventually([this] { return status() == up(Queued{0}, Sent{1}, Lost{1}); }));
 }
 
 TEST_F(Receivers, ReportThatTheirSinkIsGoneWhileMemoryIsShort) {
@@ -485,9 +489,9 @@ TEST_F(Receivers, AreDroppedWhenTheirSinkIsGone) {
   EXPECT_NE(std::string::npos,
             testing::internal::GetCapturedStderr().find(
                 "subscriber host:1 is dropped: it has gone, 2 notifications not sent"));
-  EXPECT_EQ("1 1 0", status());
+  EXPECT_EQ(up(Queued{1}, Sent{1}, Lost{0}), status());
   offer(4, 4);
-  EXPECT_EQ("1 1 0", status());
+  EXPECT_EQ(up(Queued{1}, Sent{1}, Lost{0}), status());
 }
 
 TEST_F(Receivers, LookForASilentSink) {
@@ -513,7 +517,7 @@ TEST_F(Receivers, SayOnceThatAChannelIsDownAndOnceThatItIsBack) {
   script_.connects = {kUnavailable, kUnavailable, kUnavailable};
   testing::internal::CaptureStderr();
   start();
-  EXPECT_TRUE(eventually([this] { return status() == "0 0 0"; }));
+  EXPECT_TRUE(eventually([this] { return status() == up(Queued{0}, Sent{0}, Lost{0}); }));
   calls();
   const std::string log = testing::internal::GetCapturedStderr();
   const std::string down =
@@ -530,9 +534,9 @@ TEST_F(Receivers, AreNotBackBeforeAPushIsTaken) {
   offer(1, 1);
   receiver_->start();
   script_.record.waitFor(2);
-  EXPECT_EQ("1 0 0 down", status());
+  EXPECT_EQ(down(Queued{1}, Sent{0}, Lost{0}), status());
   gate->open();
-  EXPECT_TRUE(eventually([this] { return status() == "0 1 0"; }));
+  EXPECT_TRUE(eventually([this] { return status() == up(Queued{0}, Sent{1}, Lost{0}); }));
 }
 
 TEST_F(Receivers, DoubleThePauseBetweenTwoTriesUpToTheLongest) {

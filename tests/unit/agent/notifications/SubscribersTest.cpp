@@ -19,11 +19,7 @@ class Subscribers : public NotifierFixture {
  protected:
   TopoAgent::Subscription_I_var subscribePeer(const WirePeer& peer) {
     const CosNotifyComm::StructuredPushConsumer_var consumer = consumerAt(peer.reference());
-    return notifier_->subscribe(consumer, "", "peer");
-  }
-
-  static std::string capacityExceeded(const std::string& what) {
-    return std::to_string(globaldefs::EXCPT_CAPACITY_EXCEEDED) + " there are " + what;
+    return subscribeAt(consumer);
   }
 
   std::uint64_t dropped() { return notifier_->status().subscribersDropped; }
@@ -54,7 +50,7 @@ TEST_F(Subscribers, GetEverythingInOrder) {
   subscribePeer(peer);
   publish(5);
   EXPECT_EQ(Texts(5, "answered"), peer.requests().waitFor(5));
-  EXPECT_TRUE(becomes({"0 5 0"}));
+  EXPECT_TRUE(becomes({subscriber(Queued{0}, Sent{5}, Lost{0})}));
 }
 
 TEST_F(Subscribers, WhoBlockDelayNobody) {
@@ -71,7 +67,8 @@ TEST_F(Subscribers, WhoBlockDelayNobody) {
     publish(1);
     EXPECT_EQ(std::to_string(id), good.received().waitFor(static_cast<std::size_t>(id)).back());
   }
-  EXPECT_TRUE(becomes({"3 0 3", "0 6 0"}));
+  EXPECT_TRUE(
+      becomes({subscriber(Queued{3}, Sent{0}, Lost{3}), subscriber(Queued{0}, Sent{6}, Lost{0})}));
   gate.open();
   EXPECT_EQ((Texts{"1", "lost 2-4 3", "5", "6"}), slow.received().waitFor(4));
   notifier_.reset();
@@ -100,7 +97,7 @@ TEST_F(Subscribers, WhoAreNotThereAreDropped) {
   start();
   const CosNotifyComm::StructuredPushConsumer_var nobody =
       consumerAt("corbaloc:iiop:1.2@127.0.0.1:" + std::to_string(deafPort()) + "/object");
-  const TopoAgent::Subscription_I_var lost = notifier_->subscribe(nobody, "", "peer");
+  const TopoAgent::Subscription_I_var lost = subscribeAt(nobody);
   EXPECT_TRUE(eventually([&] { return !stands(lost); }));
   EXPECT_EQ(1U, dropped());
 }
@@ -111,7 +108,7 @@ TEST_F(Subscribers, WhoClosedTheConnectionGetTheEventOnceMore) {
   const auto kept = subscribePeer(peer);
   publish(3);
   EXPECT_EQ((Texts{"answered", "closed", "answered", "answered"}), peer.requests().waitFor(4));
-  EXPECT_TRUE(becomes({"0 3 0"}));
+  EXPECT_TRUE(becomes({subscriber(Queued{0}, Sent{3}, Lost{0})}));
   EXPECT_TRUE(stands(kept));
 }
 
@@ -147,7 +144,7 @@ TEST_F(Subscribers, WhoUnsubscribeGetNothingMore) {
   consumer.received().waitFor(1);
   subscription->unsubscribe();
   EXPECT_FALSE(stands(subscription));
-  EXPECT_EQ((Texts{}), receivers());
+  EXPECT_EQ(ReceiverStates{}, receivers());
   gate.open();
   publish(1);
   notifier_.reset();
@@ -269,11 +266,11 @@ TEST_F(Subscribers, MayHaveNoMorePlacesThanThePeersLimit) {
   const ServedConsumer consumer = makeConsumer();
   subscribe(consumer, "", "10.0.0.1");
   const auto second = subscribe(consumer, "", "10.0.0.1");
-  EXPECT_EQ(capacityExceeded("2 subscribers of address 10.0.0.1 already"),
+  EXPECT_EQ(capacityExceeded("there are 2 subscribers of address 10.0.0.1 already"),
             refusal(consumer.reference, "", "10.0.0.1"));
-  EXPECT_EQ("none", refusal(consumer.reference, "", "10.0.0.2"));
+  EXPECT_EQ(kAccepted, refusal(consumer.reference, "", "10.0.0.2"));
   second->unsubscribe();
-  EXPECT_TRUE(eventually([&] { return refusal(consumer.reference, "", "10.0.0.1") == "none"; }));
+  EXPECT_TRUE(eventually([&] { return refusal(consumer.reference, "", "10.0.0.1") == kAccepted; }));
 }
 
 TEST_F(Subscribers, WhoDoNotAnswerHaveFewPlaces) {
@@ -282,15 +279,16 @@ TEST_F(Subscribers, WhoDoNotAnswerHaveFewPlaces) {
   start();
   auto silent = std::make_unique<WirePeer>("_non_existent", std::vector<Act>(99, Act::kIgnore));
   const CosNotifyComm::StructuredPushConsumer_var consumer = consumerAt(silent->reference());
-  EXPECT_EQ("none", refusal(consumer, "", "10.0.0.1"));
-  EXPECT_EQ("none", refusal(consumer, "", "10.0.0.1"));
+  EXPECT_EQ(kAccepted, refusal(consumer, "", "10.0.0.1"));
+  EXPECT_EQ(kAccepted, refusal(consumer, "", "10.0.0.1"));
   const std::string unanswered = "whose consumers have not answered yet";
-  EXPECT_EQ(capacityExceeded("2 subscribers of address 10.0.0.1 " + unanswered),
+  EXPECT_EQ(capacityExceeded("there are 2 subscribers of address 10.0.0.1 " + unanswered),
             refusal(consumer, "", "10.0.0.1"));
-  EXPECT_EQ("none", refusal(consumer, "", "10.0.0.2"));
-  EXPECT_EQ(capacityExceeded("3 subscribers " + unanswered), refusal(consumer, "", "10.0.0.3"));
+  EXPECT_EQ(kAccepted, refusal(consumer, "", "10.0.0.2"));
+  EXPECT_EQ(capacityExceeded("there are 3 subscribers " + unanswered),
+            refusal(consumer, "", "10.0.0.3"));
   silent.reset();
-  EXPECT_TRUE(eventually([&] { return refusal(consumer, "", "10.0.0.3") == "none"; }));
+  EXPECT_TRUE(eventually([&] { return refusal(consumer, "", "10.0.0.3") == kAccepted; }));
 }
 
 TEST_F(Subscribers, WhoAnswerFreeThePlaceOfThoseWhoDoNot) {
@@ -315,8 +313,8 @@ TEST_F(Subscribers, WithDeadReferencesDoNotKeepOthersOut) {
     refusal(nobody, "", "10.0.0.1");
   }
   const ServedConsumer consumer = makeConsumer();
-  EXPECT_TRUE(eventually([&] { return refusal(consumer.reference, "", "10.0.0.2") == "none"; }));
-  EXPECT_TRUE(becomes({"0 0 0"}));
+  EXPECT_TRUE(eventually([&] { return refusal(consumer.reference, "", "10.0.0.2") == kAccepted; }));
+  EXPECT_TRUE(becomes({subscriber(Queued{0}, Sent{0}, Lost{0})}));
   testing::internal::GetCapturedStderr();
 }
 
@@ -340,9 +338,8 @@ TEST_F(Subscribers, MayNotHaveALongReference) {
       consumerAt(place + std::string(65000, 'k'));
   const CosNotifyComm::StructuredPushConsumer_var longer =
       consumerAt(place + std::string(65536, 'k'));
-  EXPECT_EQ("none", refusal(shorter, ""));
-  EXPECT_EQ(std::to_string(globaldefs::EXCPT_INVALID_INPUT) +
-                " the consumer's reference is longer than 65536 bytes",
+  EXPECT_EQ(kAccepted, refusal(shorter, ""));
+  EXPECT_EQ(invalidInput("the consumer's reference is longer than 65536 bytes"),
             refusal(longer, ""));
 }
 
@@ -351,7 +348,7 @@ TEST_F(Subscribers, AreNamedByTheBeginningOfALongHostName) {
   testing::internal::CaptureStderr();
   const CosNotifyComm::StructuredPushConsumer_var consumer =
       consumerAt("corbaloc:iiop:1.2@" + std::string(60000, 'h') + ":1/object");
-  const TopoAgent::Subscription_I_var lost = notifier_->subscribe(consumer, "", "peer");
+  const TopoAgent::Subscription_I_var lost = subscribeAt(consumer);
   EXPECT_TRUE(eventually([&] { return !stands(lost); }));
   EXPECT_NE(std::string::npos, testing::internal::GetCapturedStderr().find(
                                    "subscriber " + std::string(100, 'h') + "... is dropped"));
@@ -390,7 +387,7 @@ TEST_F(Subscribers, AreNotHeldUpByTheEndOfOthers) {
     publish(1);
     subscription->unsubscribe();
   }
-  EXPECT_EQ((Texts{}), receivers());
+  EXPECT_EQ(ReceiverStates{}, receivers());
 }
 
 }  // namespace
