@@ -1,21 +1,22 @@
-// The texts by which a notification is read: names and types of the structured events that the
-// agent sends, in the layout of the public TMF (MTNM) interface.
+// The layout of the structured events that the agent sends: the layout of the public TMF (MTNM)
+// interface.
 //
-// An event's fixed header has the type (kDomain, one of the type names) and an empty event name.
-// Its filterable data are the fields below, in this order; what each holds:
-//   notificationId    string, a decimal number that rises from event to event
+// The fixed header contains the type (kDomain and one of the type names) and an empty event name.
+// The filterable data contain these fields, in this order:
+//   notificationId    string, a decimal number below 2^63 that rises from event to event, in steps
+//                     of any size: change number * 2^20 + position in the change
 //   objectName        globaldefs::NVSList_T
 //   objectType        notifications::ObjectType_T
-//   emsTime           string, when the event was made: UTC, yyyyMMddHHmmss.sZ (.s: tenths)
-//   neTime            string, empty: elements do not tell
+//   emsTime           string, time when the event was made: UTC, yyyyMMddHHmmss.sZ (.s: tenths)
+//   neTime            string, empty: network elements report no time
 //   edgePointRelated  boolean
-//   attributeList     notifications::NVList_T, in attribute value changes alone
-// The remainder of the body is the created object in an object creation and empty otherwise.
+//   attributeList     notifications::NVList_T, in attribute value changes only
+// The remainder of the body contains the created object in an object creation and is empty
+// otherwise.
 //
-// An event of the type kEventsLost tells one receiver that it missed events: it should read the
-// views again. It has no object; its filterable data are firstLostId and lastLostId (strings, the
-// range in which the missed ids lie), lostCount (unsigned long long, 0 when it is not known) and
-// emsTime.
+// An event of type kEventsLost reports a gap to one receiver, which should read the views again.
+// The filterable data contain firstLostId and lastLostId (strings, the range of the missed ids),
+// lostCount (unsigned long long, missed notifications; 0: unknown) and emsTime.
 
 #ifndef IDL_NOTIFICATIONLAYOUT_H
 #define IDL_NOTIFICATIONLAYOUT_H
