@@ -11,7 +11,7 @@
 #include "agent/changes/NodeService.h"
 #include "agent/formats/NetworkReader.h"
 #include "agent/model/NetworkModel.h"
-#include "agent/store/NetworkStore.h"
+#include "agent/store/sqlite/SqliteStore.h"
 #include "bench/Networks.h"
 #include "tests/support/TemporaryDirectory.h"
 

@@ -1,6 +1,6 @@
 // The store: what is kept, what is refused, and what a killed process leaves.
 
-#include "agent/store/NetworkStore.h"
+#include "agent/store/sqlite/SqliteStore.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
 #include <fcntl.h>

@@ -1,7 +1,7 @@
 // The lists of a network as rows of the database. Part of the store.
 
-#ifndef AGENT_STORE_NETWORKROWS_H
-#define AGENT_STORE_NETWORKROWS_H
+#ifndef AGENT_STORE_SQLITE_NETWORKROWS_H
+#define AGENT_STORE_SQLITE_NETWORKROWS_H
 
 #include <cstdint>
 

@@ -1,7 +1,7 @@
 // A consistent copy of a store, made while the store is used.
 
-#ifndef AGENT_STORE_STORECOPY_H
-#define AGENT_STORE_STORECOPY_H
+#ifndef AGENT_STORE_SQLITE_SQLITECOPY_H
+#define AGENT_STORE_SQLITE_SQLITECOPY_H
 
 #include <cstddef>
 #include <cstdint>

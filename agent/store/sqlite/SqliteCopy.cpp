@@ -1,4 +1,4 @@
-#include "agent/store/StoreCopy.h"
+#include "agent/store/sqlite/SqliteCopy.h"
 
 #include <SQLiteCpp/Backup.h>
 #include <SQLiteCpp/SQLiteCpp.h>
@@ -14,8 +14,8 @@
 #include <system_error>
 #include <utility>
 
-#include "agent/store/NetworkStore.h"
-#include "agent/store/StoreGuard.h"
+#include "agent/store/sqlite/SqliteErrors.h"
+#include "agent/store/sqlite/SqliteStore.h"
 
 namespace agent {
 namespace {

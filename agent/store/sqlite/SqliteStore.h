@@ -5,8 +5,8 @@
 //
 // Thread-safety: none; the owner serialises calls.
 
-#ifndef AGENT_STORE_NETWORKSTORE_H
-#define AGENT_STORE_NETWORKSTORE_H
+#ifndef AGENT_STORE_SQLITE_SQLITESTORE_H
+#define AGENT_STORE_SQLITE_SQLITESTORE_H
 
 #include <cstdint>
 #include <functional>

@@ -1,4 +1,4 @@
-#include "agent/store/NetworkStore.h"
+#include "agent/store/sqlite/SqliteStore.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
 #include <fcntl.h>
@@ -15,11 +15,11 @@
 #include <utility>
 
 #include "agent/base/Text.h"
-#include "agent/store/ChangeWriter.h"
-#include "agent/store/NetworkRows.h"
-#include "agent/store/Statements.h"
-#include "agent/store/StoreCopy.h"
-#include "agent/store/StoreGuard.h"
+#include "agent/store/sqlite/ChangeWriter.h"
+#include "agent/store/sqlite/NetworkRows.h"
+#include "agent/store/sqlite/RunStatement.h"
+#include "agent/store/sqlite/SqliteCopy.h"
+#include "agent/store/sqlite/SqliteErrors.h"
 #include "hash/SaltedHash.h"
 
 namespace agent {

@@ -1,4 +1,4 @@
-#include "agent/store/ChangeWriter.h"
+#include "agent/store/sqlite/ChangeWriter.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
 
@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "agent/store/NetworkRows.h"
-#include "agent/store/Statements.h"
+#include "agent/store/sqlite/NetworkRows.h"
+#include "agent/store/sqlite/RunStatement.h"
 
 namespace agent {
 namespace {

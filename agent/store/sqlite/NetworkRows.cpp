@@ -1,11 +1,11 @@
-#include "agent/store/NetworkRows.h"
+#include "agent/store/sqlite/NetworkRows.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
 
 #include <cstdint>
 #include <string>
 
-#include "agent/store/Statements.h"
+#include "agent/store/sqlite/RunStatement.h"
 #include "hash/SaltedHash.h"
 
 namespace agent {

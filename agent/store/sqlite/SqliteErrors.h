@@ -1,7 +1,7 @@
 // What SQLite throws becomes a StoreError. Part of the store.
 
-#ifndef AGENT_STORE_STOREGUARD_H
-#define AGENT_STORE_STOREGUARD_H
+#ifndef AGENT_STORE_SQLITE_SQLITEERRORS_H
+#define AGENT_STORE_SQLITE_SQLITEERRORS_H
 
 #include <SQLiteCpp/SQLiteCpp.h>
 #include <sqlite3.h>
@@ -9,7 +9,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "agent/store/NetworkStore.h"
+#include "agent/store/sqlite/SqliteStore.h"
 
 namespace agent {
 

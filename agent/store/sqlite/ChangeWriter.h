@@ -1,7 +1,7 @@
 // Writes changes of the network to the database. Part of the store.
 
-#ifndef AGENT_STORE_CHANGEWRITER_H
-#define AGENT_STORE_CHANGEWRITER_H
+#ifndef AGENT_STORE_SQLITE_CHANGEWRITER_H
+#define AGENT_STORE_SQLITE_CHANGEWRITER_H
 
 #include "agent/base/Cancellation.h"
 #include "agent/network/NetworkChange.h"

@@ -1,7 +1,7 @@
 // Runs statements with values and commits changes. Part of the store.
 
-#ifndef AGENT_STORE_STATEMENTS_H
-#define AGENT_STORE_STATEMENTS_H
+#ifndef AGENT_STORE_SQLITE_RUNSTATEMENT_H
+#define AGENT_STORE_SQLITE_RUNSTATEMENT_H
 
 #include <SQLiteCpp/SQLiteCpp.h>
 #include <SQLiteCpp/VariadicBind.h>
