@@ -29,7 +29,7 @@
 #include "agent/notifications/Notifier.h"
 #include "agent/notifications/SessionServant.h"
 #include "agent/process/MemoryBudget.h"
-#include "agent/store/sqlite/SqliteStore.h"
+#include "agent/store/NetworkStore.h"
 #include "idl/ObjectKeys.h"
 
 namespace agent {

@@ -4,6 +4,7 @@
 
 #include "agent/base/Log.h"
 #include "agent/formats/NetworkReader.h"
+#include "agent/store/sqlite/SqliteStore.h"
 
 namespace agent {
 namespace {
@@ -11,8 +12,8 @@ namespace {
 // A mistyped path must not start an agent that serves nothing.
 void requireStore(const Options& options) {
   const bool mayBeNew =
-      options.createStore || !options.network.empty() || options.store == NetworkStore::kInMemory;
-  if (!mayBeNew && !NetworkStore::exists(options.store)) {
+      options.createStore || !options.network.empty() || options.store == SqliteStore::kInMemory;
+  if (!mayBeNew && !SqliteStore::exists(options.store)) {
     throw StoreError(options.store,
                      "there is no store (--network FILE loads a network into a new store, --create "
                      "makes an empty one)");
@@ -23,12 +24,12 @@ void requireStore(const Options& options) {
 
 Network openNetwork(const Options& options, std::unique_ptr<NetworkStore>& store) {
   requireStore(options);
-  const bool load = !options.network.empty() && NetworkStore::needsNetwork(options.store);
+  const bool load = !options.network.empty() && SqliteStore::needsNetwork(options.store);
   Network network;
   if (load) {
     network = readNetworkFile(options.network);
   }
-  store = std::make_unique<NetworkStore>(options.store);
+  store = std::make_unique<SqliteStore>(options.store);
   if (options.checkStore) {
     store->check();
   }

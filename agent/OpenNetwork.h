@@ -7,7 +7,7 @@
 
 #include "agent/Options.h"
 #include "agent/network/Network.h"
-#include "agent/store/sqlite/SqliteStore.h"
+#include "agent/store/NetworkStore.h"
 
 namespace agent {
 

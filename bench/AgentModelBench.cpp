@@ -30,7 +30,7 @@ class Stores {
   explicit Stores(Place place) : place_(place) {}
 
   std::string next() {
-    return place_ == Place::kMemory ? agent::NetworkStore::kInMemory
+    return place_ == Place::kMemory ? agent::SqliteStore::kInMemory
                                     : directory_.file(std::to_string(++count_) + ".db");
   }
 
@@ -63,7 +63,7 @@ void LoadNetwork(benchmark::State& state, Place place) {
   const agent::Network loaded = network(state);
   for (auto each : state) {
     static_cast<void>(each);
-    agent::NetworkStore store(stores.next());
+    agent::SqliteStore store(stores.next());
     store.load(loaded);
     benchmark::DoNotOptimize(agent::NetworkModel(loaded).topoNodeCount());
   }
@@ -74,10 +74,10 @@ void LoadNetwork(benchmark::State& state, Place place) {
 void OpenNetwork(benchmark::State& state) {
   Stores stores(Place::kDisk);
   const std::string path = stores.next();
-  agent::NetworkStore(path).load(network(state));
+  agent::SqliteStore(path).load(network(state));
   for (auto each : state) {
     static_cast<void>(each);
-    agent::NetworkStore store(path);
+    agent::SqliteStore store(path);
     benchmark::DoNotOptimize(agent::NetworkModel(store.read()).topoNodeCount());
   }
   countNodes(state);
@@ -96,7 +96,7 @@ class Host {
 
  private:
   Stores stores_;
-  agent::NetworkStore store_;
+  agent::SqliteStore store_;
   agent::NetworkModel model_;
   agent::NetworkWriter writer_{store_, model_};
   agent::NodeService nodes_{writer_};

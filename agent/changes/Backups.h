@@ -13,7 +13,7 @@
 
 #include "agent/base/OperationResult.h"
 #include "agent/changes/NetworkWriter.h"
-#include "agent/store/sqlite/SqliteCopy.h"
+#include "agent/store/StoreCopy.h"
 
 namespace agent {
 

@@ -16,8 +16,8 @@
 #include "agent/base/Cancellation.h"
 #include "agent/model/NetworkModel.h"
 #include "agent/network/NetworkChange.h"
-#include "agent/store/sqlite/SqliteCopy.h"
-#include "agent/store/sqlite/SqliteStore.h"
+#include "agent/store/NetworkStore.h"
+#include "agent/store/StoreCopy.h"
 #include "platform/domain/DomainRecords.h"
 
 namespace agent {

@@ -17,6 +17,7 @@
 #include "agent/host/RunningAgent.h"
 #include "agent/host/SecurityService.h"
 #include "agent/northbound/Northbound.h"
+#include "agent/store/sqlite/SqliteStore.h"
 #include "idl/ObjectKeys.h"
 #include "orb/idl/TopoAgent.h"
 #include "orb/idl/TopoManagementManager.h"
@@ -124,7 +125,7 @@ class ModuleControls : public testing::Test {
   using State = agent::ModuleControl::State;
 
   ModuleHost host_;
-  agent::NetworkStore store_{agent::NetworkStore::kInMemory};
+  agent::SqliteStore store_{agent::SqliteStore::kInMemory};
   agent::NetworkModel model_{agent::Network()};
   agent::NetworkWriter writer_{store_, model_};
   agent::ModuleControl control_{"TopoManagement", TOPO_MODULE, writer_, host_.events(),

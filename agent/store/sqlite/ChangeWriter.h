@@ -1,4 +1,4 @@
-// Writes changes of the network to the database. Part of the store.
+// Writes changes of the network to the database. Part of the SQLite store.
 
 #ifndef AGENT_STORE_SQLITE_CHANGEWRITER_H
 #define AGENT_STORE_SQLITE_CHANGEWRITER_H

@@ -1,4 +1,4 @@
-// The lists of a network as rows of the database. Part of the store.
+// The lists of a network as rows of the database. Part of the SQLite store.
 
 #ifndef AGENT_STORE_SQLITE_NETWORKROWS_H
 #define AGENT_STORE_SQLITE_NETWORKROWS_H

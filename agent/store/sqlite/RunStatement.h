@@ -1,4 +1,4 @@
-// Runs statements with values and commits changes. Part of the store.
+// Runs statements with values and commits changes. Part of the SQLite store.
 
 #ifndef AGENT_STORE_SQLITE_RUNSTATEMENT_H
 #define AGENT_STORE_SQLITE_RUNSTATEMENT_H

@@ -28,7 +28,7 @@ constexpr off_t kVersionsOffset = 18;
 constexpr char kJournalVersions[] = {1, 1};
 
 std::string patternFor(const std::string& storePath) {
-  const std::filesystem::path beside = storePath == NetworkStore::kInMemory
+  const std::filesystem::path beside = storePath == SqliteStore::kInMemory
                                            ? std::filesystem::temp_directory_path() / "topo-agentd"
                                            : std::filesystem::absolute(storePath);
   return beside.string() + "-backup-XXXXXX";
@@ -36,7 +36,7 @@ std::string patternFor(const std::string& storePath) {
 
 }  // namespace
 
-StoreCopy::StoreCopy(SQLite::Database& store, std::string storePath)
+SqliteCopy::SqliteCopy(SQLite::Database& store, std::string storePath)
     : storePath_(std::move(storePath)) {
   try {
     guarded(storePath_, [&] {
@@ -52,14 +52,14 @@ StoreCopy::StoreCopy(SQLite::Database& store, std::string storePath)
   }
 }
 
-StoreCopy::~StoreCopy() {
+SqliteCopy::~SqliteCopy() {
   backup_.reset();
   copy_.reset();
   ::close(file_);
 }
 
 // The name is needed only until the database is open.
-void StoreCopy::openFile(const std::string& pattern) {
+void SqliteCopy::openFile(const std::string& pattern) {
   std::string name = pattern;
   file_ = ::mkostemp(name.data(), O_CLOEXEC);
   if (file_ < 0) {
@@ -74,7 +74,7 @@ void StoreCopy::openFile(const std::string& pattern) {
   ::unlink(name.c_str());
 }
 
-bool StoreCopy::step() {
+bool SqliteCopy::step() {
   return guarded(storePath_, [&] {
     if (backup_ && backup_->executeStep(kPagesOfStep) == SQLITE_DONE) {
       complete();
@@ -83,7 +83,7 @@ bool StoreCopy::step() {
   });
 }
 
-void StoreCopy::complete() {
+void SqliteCopy::complete() {
   backup_.reset();
   copy_.reset();
   struct stat status {};
@@ -95,8 +95,8 @@ void StoreCopy::complete() {
   size_ = static_cast<std::uint64_t>(status.st_size);
 }
 
-std::string StoreCopy::read(std::size_t mostBytes) {
-  std::string bytes(std::min<std::uint64_t>(mostBytes, bytesLeft()), '\0');
+std::string SqliteCopy::read(std::size_t maxBytes) {
+  std::string bytes(std::min<std::uint64_t>(maxBytes, bytesLeft()), '\0');
   const ssize_t count = ::pread(file_, bytes.data(), bytes.size(), static_cast<off_t>(read_));
   if (count < 0 || (count == 0 && !bytes.empty())) {
     throw StoreError(storePath_, "its copy: " + std::generic_category().message(errno));

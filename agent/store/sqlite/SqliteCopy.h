@@ -1,4 +1,4 @@
-// A consistent copy of a store, made while the store is used.
+// A copy of a SQLite store.
 
 #ifndef AGENT_STORE_SQLITE_SQLITECOPY_H
 #define AGENT_STORE_SQLITE_SQLITECOPY_H
@@ -8,6 +8,8 @@
 #include <memory>
 #include <string>
 
+#include "agent/store/StoreCopy.h"
+
 namespace SQLite {
 class Backup;
 class Database;
@@ -15,28 +17,19 @@ class Database;
 
 namespace agent {
 
-// Copies the store in steps to a file that has no name, so that nothing of it stays behind whatever
-// happens. A change of the store between two steps is in the copy too. The complete copy is what
-// the store was after the last step, and can be read once, from its beginning to its end.
-//
-// All functions throw StoreError when the disk fails. Borrows the store's database, which must
-// outlive the copy. Thread-safety: none; construction, steps and destruction take turns with
-// everything else that uses the store.
-class StoreCopy {
+// Copies the pages of the database to an unlinked temporary file. Borrows the database, which must
+// outlive the copy.
+class SqliteCopy final : public StoreCopy {
  public:
-  // The file is in the folder of the store, or among the temporary files for a store in memory.
-  StoreCopy(SQLite::Database& store, std::string storePath);
-  ~StoreCopy();
-  StoreCopy(const StoreCopy&) = delete;
-  StoreCopy& operator=(const StoreCopy&) = delete;
+  // The file is in the folder of the store; for a store in memory, in the folder of temporary
+  // files. Throws StoreError.
+  SqliteCopy(SQLite::Database& store, std::string storePath);
+  ~SqliteCopy() override;
 
-  // Copies about a megabyte. True when the copy is complete; false asks for another step.
-  bool step();
-
-  // REQUIRES for all of these: the copy is complete.
-  std::uint64_t size() const { return size_; }
-  std::uint64_t bytesLeft() const { return size_ - read_; }
-  std::string read(std::size_t mostBytes);
+  bool step() override;
+  std::uint64_t size() const override { return size_; }
+  std::uint64_t bytesLeft() const override { return size_ - read_; }
+  std::string read(std::size_t maxBytes) override;
 
  private:
   void openFile(const std::string& pattern);
@@ -45,7 +38,7 @@ class StoreCopy {
   const std::string storePath_;  // for messages
   int file_ = -1;
   std::unique_ptr<SQLite::Database> copy_;  // null when the copy is complete
-  std::unique_ptr<SQLite::Backup> backup_;  // the same
+  std::unique_ptr<SQLite::Backup> backup_;  // null when the copy is complete
   std::uint64_t size_ = 0;
   std::uint64_t read_ = 0;
 };

@@ -1,4 +1,4 @@
-// What SQLite throws becomes a StoreError. Part of the store.
+// Translates exceptions of SQLite to StoreError. Part of the SQLite store.
 
 #ifndef AGENT_STORE_SQLITE_SQLITEERRORS_H
 #define AGENT_STORE_SQLITE_SQLITEERRORS_H
@@ -9,11 +9,11 @@
 #include <stdexcept>
 #include <string>
 
-#include "agent/store/sqlite/SqliteStore.h"
+#include "agent/store/NetworkStore.h"
 
 namespace agent {
 
-inline std::string reasonOf(const SQLite::Exception& error) {
+inline std::string describe(const SQLite::Exception& error) {
   switch (error.getErrorCode()) {
     case SQLITE_BUSY:
       return "is in use by another process";
@@ -28,13 +28,13 @@ inline std::string reasonOf(const SQLite::Exception& error) {
   }
 }
 
-// Runs a piece of work; what SQLite throws in it leaves as StoreError.
+// Runs work and translates every exception of SQLite that it throws.
 template <typename Work>
 auto guarded(const std::string& path, Work work) -> decltype(work()) {
   try {
     return work();
   } catch (const SQLite::Exception& error) {
-    throw StoreError(path, reasonOf(error));
+    throw StoreError(path, describe(error));
   } catch (const std::out_of_range&) {
     throw StoreError(path, "has attributes of a node that is not there");
   }

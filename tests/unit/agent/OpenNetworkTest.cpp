@@ -1,6 +1,7 @@
 // The network that the agent starts with.
 
 #include "agent/OpenNetwork.h"
+#include "agent/store/sqlite/SqliteStore.h"
 
 #include <gtest/gtest.h>
 
@@ -15,6 +16,7 @@ namespace {
 using agent::NetworkStore;
 using agent::openNetwork;
 using agent::Options;
+using agent::SqliteStore;
 using agent::StoreError;
 
 class OpenedNetwork : public testing::Test {
@@ -59,7 +61,7 @@ TEST_F(OpenedNetwork, NeedsAStoreUnlessOneMayBeMade) {
 }
 
 TEST_F(OpenedNetwork, MayBeEmptyInMemory) {
-  options_.store = NetworkStore::kInMemory;
+  options_.store = SqliteStore::kInMemory;
   EXPECT_EQ("", refusal());
   EXPECT_TRUE(store_->isNew());
 }

@@ -19,6 +19,7 @@
 #include "tests/unit/agent/changes/ChangingHost.h"
 #include "tests/unit/agent/support/Names.h"
 #include "tests/unit/agent/support/NetworkFiles.h"
+#include "tests/unit/agent/support/StoredOwner.h"
 
 namespace {
 
@@ -26,6 +27,7 @@ using agent::AttributeService;
 using agent::NetworkModel;
 using agent::NetworkStore;
 using agent::Outcome;
+using agent::SqliteStore;
 using globaldefs::NVSList_T;
 
 agent::Network networkOfAllKinds() {
@@ -98,7 +100,7 @@ class Host {
   }
 
  private:
-  NetworkStore store_;
+  SqliteStore store_;
   NetworkModel model_;
   agent::NetworkWriter writer_{store_, model_};
   AttributeService service_{"E", writer_};
@@ -304,9 +306,9 @@ TEST_F(AttributeServiceTest, KeepsOwners) {
   expectDone(service().setOwner(element("9"), "first"));
   expectDone(service().setOwner(element("9"), ""));
   for (int i = 0; i < 2; ++i) {
-    EXPECT_EQ("Betrieb Köln", store().ownerOf({1, "NE=5"}));
-    EXPECT_EQ("", store().ownerOf({1, "NE=9"}));
-    EXPECT_EQ("", store().ownerOf({2, "ONE=6"}));
+    EXPECT_EQ("Betrieb Köln", storedOwner(store(), {1, "NE=5"}));
+    EXPECT_EQ("", storedOwner(store(), {1, "NE=9"}));
+    EXPECT_EQ("", storedOwner(store(), {2, "ONE=6"}));
     restart();
   }
 }
@@ -416,7 +418,7 @@ TEST_F(AttributeServiceTest, ForgetsAllButTheNativeNameWhenReset) {
   expectDone(service().reset(name));
   for (int i = 0; i < 2; ++i) {
     EXPECT_EQ("", model().labelOf(1, "NE=5"));
-    EXPECT_EQ("", store().ownerOf({1, "NE=5"}));
+    EXPECT_EQ("", storedOwner(store(), {1, "NE=5"}));
     EXPECT_EQ(Pairs{}, store().additionalInfoOf({1, "NE=5"}));
     EXPECT_EQ("native", model().clockPositions()[0].label);
     EXPECT_EQ("stays", model().labelOf(1, "NE=9"));
@@ -448,7 +450,7 @@ TEST_F(AttributeServiceTest, KeepsTextsThatAreHardToStore) {
   const std::string text = "'; DROP TABLE object_owner; --\n\t\xf0\x9f\x98\x80";
   expectDone(service().setOwner(subnetwork("core"), text));
   EXPECT_EQ((Pairs{{text, text}}), merged(subnetwork("core"), {{text, text}}));
-  EXPECT_EQ(text, store().ownerOf({54, "core"}));
+  EXPECT_EQ(text, storedOwner(store(), {54, "core"}));
 }
 
 // --- Disks and processes that fail.
@@ -467,7 +469,7 @@ TEST_F(AttributeServiceTest, LosesNothingWhenTheProcessIsKilledAfterAChange) {
   ASSERT_TRUE(wasKilledBy(status, SIGKILL));
   host_ = std::make_unique<Host>(path_);
   EXPECT_EQ("label", model().labelOf(201, "k1"));
-  EXPECT_EQ("owner", store().ownerOf({201, "k1"}));
+  EXPECT_EQ("owner", storedOwner(store(), {201, "k1"}));
   EXPECT_EQ("native", model().clockLinks()[0].nativeName);
   EXPECT_EQ((Pairs{{"a", "1"}}), merged(link("k1"), {}));
 }
@@ -499,7 +501,7 @@ TEST_F(AttributeServiceTest, ChangesNothingWhenTheStoreFailsAndGoesOnAfterwards)
   ASSERT_TRUE(WIFEXITED(status));
   EXPECT_EQ(0, WEXITSTATUS(status));
   host_ = std::make_unique<Host>(path_);
-  EXPECT_EQ("later", store().ownerOf({1, "NE=5"}));
+  EXPECT_EQ("later", storedOwner(store(), {1, "NE=5"}));
   EXPECT_EQ("", model().labelOf(1, "NE=5"));
 }
 
@@ -572,7 +574,7 @@ TEST(AttributeServiceRace, RefusesAnObjectThatTheChangeBeforeRemoved) {
       [&](AttributeService& attributes) { return attributes.setAdditionalInfo(name, info); },
       [&](AttributeService& attributes) { return attributes.reset(name); }};
   for (const Set& set : setters) {
-    ChangingHost host(NetworkStore::kInMemory);
+    ChangingHost host(SqliteStore::kInMemory);
     host.nodes().create(nodeOf("a", ""));
     auto change = std::make_unique<agent::NetworkWriter::Change>(host.writer());
     support::Task setter([&] { return set(host.attributes()).code; });
@@ -581,7 +583,7 @@ TEST(AttributeServiceRace, RefusesAnObjectThatTheChangeBeforeRemoved) {
     change.reset();
     EXPECT_EQ(agent::kEntityNotFound, setter.get());
     const agent::ObjectKey key = {agent::kTopoSubnetworkObjectType, "a"};
-    EXPECT_EQ("", host.store().ownerOf(key));
+    EXPECT_EQ("", storedOwner(host.store(), key));
     EXPECT_TRUE(host.store().additionalInfoOf(key).empty());
     EXPECT_EQ("", host.model().labelOf(key.type, key.id));
   }

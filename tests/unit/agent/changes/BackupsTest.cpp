@@ -17,9 +17,9 @@ namespace {
 
 using agent::Backups;
 using agent::Network;
-using agent::NetworkStore;
 using agent::NetworkWriter;
 using agent::Outcome;
+using agent::SqliteStore;
 using std::chrono::seconds;
 
 // Of some megabytes, so that copying takes several steps.
@@ -62,7 +62,7 @@ class BackupsTest : public testing::Test {
 
   // What a store with this content holds.
   std::string storedIn(const std::string& content) {
-    NetworkStore store(directory_.write("backup.db", content));
+    SqliteStore store(directory_.write("backup.db", content));
     store.check();
     return describe(store.read());
   }
@@ -77,7 +77,7 @@ class BackupsTest : public testing::Test {
 };
 
 TEST_F(BackupsTest, AreStores) {
-  for (const std::string& path : {path_, std::string(NetworkStore::kInMemory)}) {
+  for (const std::string& path : {path_, std::string(SqliteStore::kInMemory)}) {
     ChangingHost host(path, largeNetwork());
     Backups backups(host.writer());
     EXPECT_EQ(describe(host.store().read()), storedIn(fetched(backups)));
@@ -85,7 +85,7 @@ TEST_F(BackupsTest, AreStores) {
 }
 
 TEST_F(BackupsTest, HaveTheChangesThatComeBetweenTheSteps) {
-  for (const std::string& path : {path_, std::string(NetworkStore::kInMemory)}) {
+  for (const std::string& path : {path_, std::string(SqliteStore::kInMemory)}) {
     ChangingHost host(path, largeNetwork());
     auto copy = host.writer().beginCopy();
     ASSERT_FALSE(host.writer().continueCopy(*copy));

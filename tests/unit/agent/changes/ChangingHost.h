@@ -10,6 +10,7 @@
 
 #include "agent/changes/AttributeService.h"
 #include "agent/changes/NodeService.h"
+#include "agent/store/sqlite/SqliteStore.h"
 #include "tests/unit/agent/support/NetworkFiles.h"
 
 struct RaisedEvent {
@@ -96,7 +97,7 @@ class ChangingHost {
   }
 
  private:
-  agent::NetworkStore store_;
+  agent::SqliteStore store_;
   agent::NetworkModel model_;
   std::mutex mutex_;
   std::vector<RaisedEvent> events_;

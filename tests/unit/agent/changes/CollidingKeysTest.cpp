@@ -19,7 +19,7 @@ constexpr std::size_t kManyTexts = 8000;
 // Of importing a network, with the loading at the next start, which builds all tables anew.
 double costOfImport(const Network& network) {
   return support::costOf([&] {
-    ChangingHost host(agent::NetworkStore::kInMemory);
+    ChangingHost host(agent::SqliteStore::kInMemory);
     agent::ImportSummary summary;
     const agent::Outcome outcome = host.nodes().import(network, summary);
     EXPECT_EQ(agent::kSuccess, outcome.code) << outcome.reason;
@@ -106,7 +106,7 @@ TEST(CollidingKeys, OfLabelsCostACheckNoMore) {
 
 TEST(CollidingKeys, OfAdditionalInformationCostNoMore) {
   const auto cost = [](const std::vector<std::string>& names) {
-    ChangingHost host(agent::NetworkStore::kInMemory);
+    ChangingHost host(agent::SqliteStore::kInMemory);
     host.nodes().create(nodeOf("a", ""));
     Pairs pairs;
     for (const std::string& name : names) {

@@ -59,7 +59,7 @@ class NetworkImport : public testing::Test {
     EXPECT_EQ("", host_.events());
   }
 
-  ChangingHost host_{agent::NetworkStore::kInMemory, baseNetwork()};
+  ChangingHost host_{agent::SqliteStore::kInMemory, baseNetwork()};
   ImportSummary summary_;
 };
 
@@ -230,7 +230,7 @@ TEST_F(NetworkImport, NeverShowsAnElementTwice) {
 TEST_F(NetworkImport, TakesTheManagingSystemOnlyWhereThereWasNone) {
   expectImported(part(R"("ems": "other")"));
   EXPECT_EQ("E", host_.model().ems());
-  ChangingHost empty(agent::NetworkStore::kInMemory);
+  ChangingHost empty(agent::SqliteStore::kInMemory);
   EXPECT_EQ(agent::kSuccess, empty.nodes().import(part(R"("ems": "first")"), summary_).code);
   EXPECT_EQ(agent::kSuccess, empty.nodes().import(part(R"("ems": "second")"), summary_).code);
   EXPECT_EQ("first", empty.model().ems());
@@ -241,7 +241,7 @@ TEST_F(NetworkImport, TakesTheManagingSystemOnlyWhereThereWasNone) {
 TEST_F(NetworkImport, AddsAWholeGraphmlNetwork) {
   const std::string graph = R"(<graphml><graph><node id="a"/><node id="b"/>
                                <edge source="a" target="b"/></graph></graphml>)";
-  ChangingHost empty(agent::NetworkStore::kInMemory);
+  ChangingHost empty(agent::SqliteStore::kInMemory);
   const Outcome outcome =
       empty.nodes().import(agent::readNetwork("dir/zoo.graphml", graph), summary_);
   EXPECT_EQ(agent::kSuccess, outcome.code) << outcome.reason;
@@ -252,7 +252,7 @@ TEST_F(NetworkImport, AddsAWholeGraphmlNetwork) {
 }
 
 TEST_F(NetworkImport, AddsALargeNetworkToALargeOne) {
-  ChangingHost large(agent::NetworkStore::kInMemory, wideNetwork(50000));
+  ChangingHost large(agent::SqliteStore::kInMemory, wideNetwork(50000));
   Network more;
   for (int i = 0; i < 50000; ++i) {
     more.topoNodes.push_back(nodeOf("more " + std::to_string(i), "node " + std::to_string(i)));
@@ -306,7 +306,7 @@ TEST(CancelledImport, ReadsNoFurther) {
 
 TEST(CancelledImport, LeavesTheStoreAsItWas) {
   agent::Cancellation cancellation;
-  agent::NetworkStore store(agent::NetworkStore::kInMemory);
+  agent::SqliteStore store(agent::SqliteStore::kInMemory);
   store.load(wideNetwork(3));
   cancellation.request();
   EXPECT_THROW(store.commit(agent::NetworkAddition{sampleNetwork(), {}}, cancellation),
@@ -317,7 +317,7 @@ TEST(CancelledImport, LeavesTheStoreAsItWas) {
 
 TEST(CancelledImport, ChangesNothingAndGivesTheTurnToTheNextChange) {
   agent::Cancellation cancellation;
-  agent::NetworkStore store(agent::NetworkStore::kInMemory);
+  agent::SqliteStore store(agent::SqliteStore::kInMemory);
   agent::NetworkModel model;
   std::size_t events = 0;
   agent::NetworkWriter writer(store, model, [&](std::uint64_t, int, auto) { ++events; });

@@ -19,8 +19,8 @@
 namespace {
 
 using agent::NetworkModel;
-using agent::NetworkStore;
 using agent::NetworkWriter;
+using agent::SqliteStore;
 using namespace std::chrono_literals;
 
 void joinAll(std::vector<std::thread>& threads) {
@@ -30,7 +30,7 @@ void joinAll(std::vector<std::thread>& threads) {
 }
 
 TEST(NetworkWriter, RaisesAnEventWhenStoreAndModelHaveTheChange) {
-  NetworkStore store(NetworkStore::kInMemory);
+  SqliteStore store(SqliteStore::kInMemory);
   NetworkModel model;
   std::string seen;
   NetworkWriter writer(store, model, [&](std::uint64_t, int id, auto nodes) {
@@ -46,7 +46,7 @@ TEST(NetworkWriter, RaisesAnEventWhenStoreAndModelHaveTheChange) {
 }
 
 TEST(NetworkWriter, RaisesEachEventWithTheNumberOfItsChange) {
-  ChangingHost host(NetworkStore::kInMemory);
+  ChangingHost host(SqliteStore::kInMemory);
   const std::uint64_t before = host.store().lastChange();
   host.nodes().create(nodeOf("a", ""));
   host.nodes().create(nodeOf("a", ""));  // fails and takes no number
@@ -59,14 +59,14 @@ TEST(NetworkWriter, RaisesEachEventWithTheNumberOfItsChange) {
 }
 
 TEST(NetworkWriter, NeedsNobodyToListen) {
-  NetworkStore store(NetworkStore::kInMemory);
+  SqliteStore store(SqliteStore::kInMemory);
   NetworkModel model;
   NetworkWriter writer(store, model);
   EXPECT_EQ(agent::kSuccess, agent::NodeService(writer).create(nodeOf("a", "")).code);
 }
 
 TEST(NetworkWriter, MakesTheChangeThoughItsListenerFails) {
-  NetworkStore store(NetworkStore::kInMemory);
+  SqliteStore store(SqliteStore::kInMemory);
   NetworkModel model;
   NetworkWriter writer(store, model,
                        [](std::uint64_t, int, auto) { throw std::runtime_error("no room"); });
@@ -75,7 +75,7 @@ TEST(NetworkWriter, MakesTheChangeThoughItsListenerFails) {
 }
 
 TEST(NetworkWriter, KeepsChangesWaitingWhileItPauses) {
-  ChangingHost host(NetworkStore::kInMemory);
+  ChangingHost host(SqliteStore::kInMemory);
   auto pause = std::make_unique<NetworkWriter::Pause>(host.writer());
   support::Task change([&] { return host.nodes().create(nodeOf("a", "")).code; });
   EXPECT_TRUE(change.waits());
@@ -87,14 +87,14 @@ TEST(NetworkWriter, KeepsChangesWaitingWhileItPauses) {
 }
 
 TEST(NetworkWriter, GivesNotificationIdsWhileItPauses) {
-  ChangingHost host(NetworkStore::kInMemory);
+  ChangingHost host(SqliteStore::kInMemory);
   const NetworkWriter::Pause pause(host.writer());
   const std::uint64_t first = host.writer().reserveNotificationIds(10);
   EXPECT_EQ(first + 10, host.writer().reserveNotificationIds(1));
 }
 
 TEST(NetworkWriter, PausesUntilTheLastPauseEnds) {
-  ChangingHost host(NetworkStore::kInMemory);
+  ChangingHost host(SqliteStore::kInMemory);
   auto first = std::make_unique<NetworkWriter::Pause>(host.writer());
   auto second = std::make_unique<NetworkWriter::Pause>(host.writer());
   support::Task change([&] { return host.nodes().create(nodeOf("a", "")).code; });
@@ -106,7 +106,7 @@ TEST(NetworkWriter, PausesUntilTheLastPauseEnds) {
 }
 
 TEST(NetworkWriter, PausesOnlyWhenTheEventOfAChangeIsRaised) {
-  NetworkStore store(NetworkStore::kInMemory);
+  SqliteStore store(SqliteStore::kInMemory);
   NetworkModel model;
   std::promise<void> raising;
   std::promise<void> proceed;
@@ -129,7 +129,7 @@ TEST(NetworkWriter, PausesOnlyWhenTheEventOfAChangeIsRaised) {
 }
 
 TEST(NetworkWriter, GivesNotificationIdsBetweenChangesOnly) {
-  ChangingHost host(NetworkStore::kInMemory);
+  ChangingHost host(SqliteStore::kInMemory);
   auto change = std::make_unique<NetworkWriter::Change>(host.writer());
   support::Task first([&] { return host.writer().reserveNotificationIds(1); });
   EXPECT_TRUE(first.waits());
@@ -141,7 +141,7 @@ TEST(NetworkWriter, GivesNotificationIdsBetweenChangesOnly) {
 // waiting threads wakes up first is chance, so the pause has to win several times.
 TEST(NetworkWriter, PausesBeforeChangesThatWait) {
   for (int round = 0; round < 5; ++round) {
-    ChangingHost host(NetworkStore::kInMemory);
+    ChangingHost host(SqliteStore::kInMemory);
     auto current = std::make_unique<NetworkWriter::Change>(host.writer());
     const auto create = [&host](const std::string& id) {
       return support::Task([&host, id] { return host.nodes().create(nodeOf(id, "")).code; });
@@ -162,7 +162,7 @@ TEST(NetworkWriter, PausesBeforeChangesThatWait) {
 }
 
 TEST(NetworkWriter, PausesThoughChangesKeepComing) {
-  ChangingHost host(NetworkStore::kInMemory);
+  ChangingHost host(SqliteStore::kInMemory);
   host.nodes().create(nodeOf("a", ""));
   std::atomic<bool> stop{false};
   const auto keepRenaming = [&](const std::string& name) {
@@ -207,7 +207,7 @@ TEST(NetworkWriter, RaisesEventsInTheOrderOfCommits) {
     last = events.back().nodes.at(0).nativeName;
     EXPECT_EQ(last, networkOf(host.model()).topoNodes.at(0).nativeName);
   }
-  EXPECT_EQ(last, NetworkStore(path).read().topoNodes.at(0).nativeName);
+  EXPECT_EQ(last, SqliteStore(path).read().topoNodes.at(0).nativeName);
 }
 
 // One change of every kind, around a node that is made and removed; how many went wrong.

@@ -13,6 +13,7 @@
 #include "tests/support/TemporaryDirectory.h"
 #include "tests/unit/agent/changes/ChangingHost.h"
 #include "tests/unit/agent/support/Names.h"
+#include "tests/unit/agent/support/StoredOwner.h"
 
 namespace {
 
@@ -234,7 +235,7 @@ TEST_F(NodeServiceTest, StartsANetworkInANewStore) {
     EXPECT_EQ(agent::kSuccess, host.nodes().create(nodeOf("first", "")).code);
     EXPECT_FALSE(host.store().isNew());
   }
-  EXPECT_FALSE(agent::NetworkStore::needsNetwork(path));
+  EXPECT_FALSE(agent::SqliteStore::needsNetwork(path));
   EXPECT_EQ("ems \nnode first|||2|2|0|0\n", ChangingHost(path).seen());
 }
 
@@ -342,7 +343,7 @@ TEST_F(NodeServiceTest, ForgetsWhatIsStoredAboutARemovedObject) {
     for (const agent::ObjectKey& key :
          {agent::ObjectKey{54, "west"}, agent::ObjectKey{1, "NE=1"}}) {
       EXPECT_EQ("", model().labelOf(key.type, key.id));
-      EXPECT_EQ("", host_->store().ownerOf(key));
+      EXPECT_EQ("", storedOwner(host_->store(), key));
       EXPECT_TRUE(host_->store().additionalInfoOf(key).empty());
     }
     restart();
@@ -367,7 +368,7 @@ TEST_F(NodeServiceTest, RemovesAChainThatIsVeryDeep) {
     network.topoNodes.push_back(
         nodeOf("d" + std::to_string(i), i == 0 ? "" : "d" + std::to_string(i - 1)));
   }
-  ChangingHost host(agent::NetworkStore::kInMemory, network);
+  ChangingHost host(agent::SqliteStore::kInMemory, network);
   std::size_t removed = 0;
   EXPECT_EQ(agent::kSuccess, host.nodes().remove("d1", removed).code);
   EXPECT_EQ(199999U, removed);
@@ -383,7 +384,7 @@ TEST_F(NodeServiceTest, RemovesManyNodesOfOneObjectInTheirOwnTime) {
   for (int i = 0; i < 100000; ++i) {
     network.topoNodes.push_back(nodeOf("EQ=" + std::to_string(i) + ",NE=1", "top", kTopoElement));
   }
-  ChangingHost host(agent::NetworkStore::kInMemory, network);
+  ChangingHost host(agent::SqliteStore::kInMemory, network);
   std::size_t removed = 0;
   EXPECT_EQ(agent::kSuccess, host.nodes().remove("top", removed).code);
   EXPECT_EQ(100001U, removed);
@@ -393,7 +394,7 @@ TEST_F(NodeServiceTest, RemovesManyNodesOfOneObjectInTheirOwnTime) {
 TEST(NodeServiceOnADamagedStore, RefusesToRemoveWhatIsItsOwnAncestor) {
   agent::Network network;
   network.topoNodes = {nodeOf("a", "b"), nodeOf("b", "a"), nodeOf("c", "gone")};
-  ChangingHost host(agent::NetworkStore::kInMemory, network);
+  ChangingHost host(agent::SqliteStore::kInMemory, network);
   std::size_t removed = 0;
   const Outcome outcome = host.nodes().remove("a", removed);
   EXPECT_EQ(agent::kInternalError, outcome.code);

@@ -54,7 +54,7 @@ void expectAllOrNothing(ChangingHost& host, Change change) {
 class OutOfMemory : public testing::Test {
  protected:
   // So many nodes that some change has to make room in an index.
-  OutOfMemory() : host_(agent::NetworkStore::kInMemory, wideNetwork(13)) {}
+  OutOfMemory() : host_(agent::SqliteStore::kInMemory, wideNetwork(13)) {}
 
   ChangingHost host_;
 };

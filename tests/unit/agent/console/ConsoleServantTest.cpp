@@ -1,6 +1,7 @@
 // The console against a real store and model, and an agent that records what is asked of it.
 
 #include "agent/console/ConsoleServant.h"
+#include "agent/store/sqlite/SqliteStore.h"
 
 #include <gmock/gmock.h>
 
@@ -101,7 +102,7 @@ class AgentConsole : public testing::Test {
     return result;
   }
 
-  agent::NetworkStore store_{agent::NetworkStore::kInMemory};
+  agent::SqliteStore store_{agent::SqliteStore::kInMemory};
   agent::NetworkModel model_;
   agent::NetworkWriter writer_{store_, model_};
   agent::NodeService nodes_{writer_};

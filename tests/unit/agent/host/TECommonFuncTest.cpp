@@ -12,8 +12,10 @@
 #include "agent/base/FailureCodes.h"
 #include "agent/changes/AttributeService.h"
 #include "agent/host/RunningAgent.h"
+#include "agent/store/sqlite/SqliteStore.h"
 #include "platform/agent/Failures.h"
 #include "tests/support/TemporaryDirectory.h"
+#include "tests/unit/agent/support/StoredOwner.h"
 
 namespace {
 
@@ -70,7 +72,7 @@ class CommonAttributes : public testing::Test {
   CommonAttributes() { store_.load(smallNetwork()); }
 
   const support::TemporaryDirectory directory_;
-  agent::NetworkStore store_{directory_.file("store.db")};
+  agent::SqliteStore store_{directory_.file("store.db")};
   agent::NetworkModel model_{smallNetwork()};
   agent::NetworkWriter writer_{store_, model_};
   agent::AttributeService service_{"E", writer_};
@@ -87,7 +89,7 @@ TEST_F(CommonAttributes, AreKept) {
   EXPECT_EQ("none", thrownFor(TECommonFunc::onSetOwner(subnetwork("core"), "owner")));
   EXPECT_EQ("none", thrownFor(TECommonFunc::onSetNativeEMSName(subnetwork("core"), "native")));
   EXPECT_EQ("label", model_.labelOf(54, "core"));
-  EXPECT_EQ("owner", store_.ownerOf({54, "core"}));
+  EXPECT_EQ("owner", storedOwner(store_, {54, "core"}));
   EXPECT_EQ("native", store_.read().topoNodes.front().nativeName);
   EXPECT_EQ("none", thrownFor(TECommonFunc::resetObject(subnetwork("core"))));
   EXPECT_EQ("", model_.labelOf(54, "core"));

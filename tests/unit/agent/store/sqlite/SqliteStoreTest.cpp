@@ -24,15 +24,14 @@ namespace {
 
 using agent::InfoChange;
 using agent::NetworkAddition;
-using agent::NetworkStore;
-using agent::ObjectKey;
 using agent::OwnerChange;
+using agent::SqliteStore;
 using agent::StoreError;
 
 // What opening a store says; empty when it opens.
 std::string refusalOfStore(const std::string& path) {
   try {
-    const NetworkStore store(path);
+    const SqliteStore store(path);
   } catch (const StoreError& error) {
     return error.what();
   }
@@ -41,7 +40,7 @@ std::string refusalOfStore(const std::string& path) {
 
 std::string refusalOfQuestion(const std::string& path) {
   try {
-    NetworkStore::needsNetwork(path);
+    SqliteStore::needsNetwork(path);
   } catch (const StoreError& error) {
     return error.what();
   }
@@ -69,7 +68,7 @@ std::size_t filesIn(const support::TemporaryDirectory& directory) {
   return static_cast<std::size_t>(std::distance(begin(files), end(files)));
 }
 
-class NetworkStoreTest : public testing::Test {
+class SqliteStoreTest : public testing::Test {
  protected:
   // The place is refused, for opening and for asking, and nothing in its directory has changed.
   void expectRefused(const std::string& path, const std::string& reason) {
@@ -89,65 +88,44 @@ class NetworkStoreTest : public testing::Test {
   const std::string path_ = directory_.file("store.db");
 };
 
-TEST_F(NetworkStoreTest, IsNewUntilANetworkIsLoaded) {
-  NetworkStore store(path_);
-  EXPECT_TRUE(store.isNew());
-  EXPECT_EQ("ems \n", describe(store.read()));
-  store.load(sampleNetwork());
-  EXPECT_FALSE(store.isNew());
-}
-
-TEST_F(NetworkStoreTest, IsNoLongerNewAfterAnEmptyNetwork) {
-  NetworkStore store(path_);
-  store.load(agent::Network());
-  EXPECT_FALSE(store.isNew());
-}
-
-TEST_F(NetworkStoreTest, KeepsEveryFieldAndOrder) {
-  { NetworkStore(path_).load(sampleNetwork()); }
-  NetworkStore store(path_);
-  EXPECT_FALSE(store.isNew());
-  EXPECT_EQ(describe(sampleNetwork()), describe(store.read()));
-}
-
-TEST_F(NetworkStoreTest, KeepsTheSameInMemory) {
-  NetworkStore store(NetworkStore::kInMemory);
+TEST_F(SqliteStoreTest, KeepsTheSameInMemory) {
+  SqliteStore store(SqliteStore::kInMemory);
   EXPECT_TRUE(store.isNew());
   store.load(sampleNetwork());
   EXPECT_EQ(describe(sampleNetwork()), describe(store.read()));
-  EXPECT_TRUE(NetworkStore(":memory:").isNew());
-  EXPECT_TRUE(NetworkStore::needsNetwork(":memory:"));
+  EXPECT_TRUE(SqliteStore(":memory:").isNew());
+  EXPECT_TRUE(SqliteStore::needsNetwork(":memory:"));
 }
 
-TEST_F(NetworkStoreTest, StartsOnAnEmptyFile) {
+TEST_F(SqliteStoreTest, StartsOnAnEmptyFile) {
   directory_.write("store.db", "");
-  EXPECT_TRUE(NetworkStore::needsNetwork(path_));
-  EXPECT_TRUE(NetworkStore(path_).isNew());
+  EXPECT_TRUE(SqliteStore::needsNetwork(path_));
+  EXPECT_TRUE(SqliteStore(path_).isNew());
 }
 
-TEST_F(NetworkStoreTest, TakesThePathAsItIs) {
+TEST_F(SqliteStoreTest, TakesThePathAsItIs) {
   for (const char* name : {"file:a?mode=memory", "b%20c#d", ":memory:"}) {
     const std::string path = directory_.file(name);
-    { NetworkStore(path).load(sampleNetwork()); }
+    { SqliteStore(path).load(sampleNetwork()); }
     EXPECT_TRUE(std::filesystem::exists(path)) << name;
-    EXPECT_FALSE(NetworkStore::needsNetwork(path)) << name;
+    EXPECT_FALSE(SqliteStore::needsNetwork(path)) << name;
   }
 }
 
-TEST_F(NetworkStoreTest, SaysThatAMissingFileNeedsANetworkAndMakesNone) {
-  EXPECT_TRUE(NetworkStore::needsNetwork(path_));
+TEST_F(SqliteStoreTest, SaysThatAMissingFileNeedsANetworkAndMakesNone) {
+  EXPECT_TRUE(SqliteStore::needsNetwork(path_));
   EXPECT_EQ(0U, filesIn(directory_));
 }
 
-TEST_F(NetworkStoreTest, SaysWhetherAnExistingStoreNeedsANetwork) {
-  { NetworkStore store(path_); }
-  EXPECT_TRUE(NetworkStore::needsNetwork(path_));
-  { NetworkStore(path_).load(sampleNetwork()); }
-  EXPECT_FALSE(NetworkStore::needsNetwork(path_));
+TEST_F(SqliteStoreTest, SaysWhetherAnExistingStoreNeedsANetwork) {
+  { SqliteStore store(path_); }
+  EXPECT_TRUE(SqliteStore::needsNetwork(path_));
+  { SqliteStore(path_).load(sampleNetwork()); }
+  EXPECT_FALSE(SqliteStore::needsNetwork(path_));
 }
 
-TEST_F(NetworkStoreTest, RefusesToLoadASecondNetwork) {
-  NetworkStore store(path_);
+TEST_F(SqliteStoreTest, RefusesToLoadASecondNetwork) {
+  SqliteStore store(path_);
   store.load(sampleNetwork());
   try {
     store.load(wideNetwork(2));
@@ -158,10 +136,10 @@ TEST_F(NetworkStoreTest, RefusesToLoadASecondNetwork) {
   EXPECT_EQ(describe(sampleNetwork()), describe(store.read()));
 }
 
-TEST_F(NetworkStoreTest, StaysNewWhenALoadFails) {
+TEST_F(SqliteStoreTest, StaysNewWhenALoadFails) {
   agent::Network network = wideNetwork(3);
   network.topoNodes.push_back(network.topoNodes.front());
-  NetworkStore store(path_);
+  SqliteStore store(path_);
   try {
     store.load(network);
     ADD_FAILURE() << "stored a duplicate id";
@@ -176,9 +154,9 @@ TEST_F(NetworkStoreTest, StaysNewWhenALoadFails) {
 
 // The kernel ends the process when the log of the transaction outgrows a limit: in the middle of
 // it.
-TEST_F(NetworkStoreTest, StaysNewWhenTheProcessIsKilledInTheMiddleOfALoad) {
+TEST_F(SqliteStoreTest, StaysNewWhenTheProcessIsKilledInTheMiddleOfALoad) {
   const int status = statusOfChild([&] {
-    NetworkStore store(path_);
+    SqliteStore store(path_);
     const rlimit none{0, 0};
     const rlimit smallFiles{262144, 262144};
     setrlimit(RLIMIT_CORE, &none);
@@ -187,31 +165,31 @@ TEST_F(NetworkStoreTest, StaysNewWhenTheProcessIsKilledInTheMiddleOfALoad) {
   });
   ASSERT_TRUE(wasKilledBy(status, SIGXFSZ));
   ASSERT_TRUE(std::filesystem::exists(path_ + "-wal"));
-  EXPECT_TRUE(NetworkStore::needsNetwork(path_));
-  NetworkStore store(path_);
+  EXPECT_TRUE(SqliteStore::needsNetwork(path_));
+  SqliteStore store(path_);
   EXPECT_EQ("ems \n", describe(store.read()));
   store.load(sampleNetwork());
   EXPECT_EQ(describe(sampleNetwork()), describe(store.read()));
 }
 
-TEST_F(NetworkStoreTest, LosesNothingWhenTheProcessIsKilledAfterALoad) {
+TEST_F(SqliteStoreTest, LosesNothingWhenTheProcessIsKilledAfterALoad) {
   const int status = statusOfChild([&] {
-    NetworkStore store(path_);
+    SqliteStore store(path_);
     store.load(sampleNetwork());
     raise(SIGKILL);
   });
   ASSERT_TRUE(wasKilledBy(status, SIGKILL));
   ASSERT_NE(0U, std::filesystem::file_size(path_ + "-wal"));
-  EXPECT_FALSE(NetworkStore::needsNetwork(path_));
-  EXPECT_EQ(describe(sampleNetwork()), describe(NetworkStore(path_).read()));
+  EXPECT_FALSE(SqliteStore::needsNetwork(path_));
+  EXPECT_EQ(describe(sampleNetwork()), describe(SqliteStore(path_).read()));
 }
 
-TEST_F(NetworkStoreTest, IsOneFileAfterItWasClosed) {
-  { NetworkStore(path_).load(sampleNetwork()); }
+TEST_F(SqliteStoreTest, IsOneFileAfterItWasClosed) {
+  { SqliteStore(path_).load(sampleNetwork()); }
   EXPECT_EQ(1U, filesIn(directory_));
 }
 
-TEST_F(NetworkStoreTest, IsRefusedWhileAnotherProcessHasIt) {
+TEST_F(SqliteStoreTest, IsRefusedWhileAnotherProcessHasIt) {
   std::array<int, 2> opened{};
   std::array<int, 2> finish{};
   ASSERT_EQ(0, pipe(opened.data()));
@@ -219,7 +197,7 @@ TEST_F(NetworkStoreTest, IsRefusedWhileAnotherProcessHasIt) {
   const pid_t child = fork();
   if (child == 0) {
     close(finish[1]);
-    const NetworkStore store(path_);
+    const SqliteStore store(path_);
     char byte = 'x';
     const bool told = write(opened[1], &byte, 1) == 1;
     _exit(told && read(finish[0], &byte, 1) == 0 ? 0 : 1);
@@ -236,22 +214,22 @@ TEST_F(NetworkStoreTest, IsRefusedWhileAnotherProcessHasIt) {
   EXPECT_EQ("", refusalOfStore(path_));
 }
 
-TEST_F(NetworkStoreTest, IsRefusedWhileThisProcessHasItAndStaysLocked) {
-  NetworkStore store(path_);
+TEST_F(SqliteStoreTest, IsRefusedWhileThisProcessHasItAndStaysLocked) {
+  SqliteStore store(path_);
   expectRefused(path_, "is in use by another process");
   EXPECT_TRUE(isLockedForOthers(path_));
   store.load(sampleNetwork());
   EXPECT_EQ(describe(sampleNetwork()), describe(store.read()));
 }
 
-TEST_F(NetworkStoreTest, RefusesADatabaseOfAnotherProgram) {
+TEST_F(SqliteStoreTest, RefusesADatabaseOfAnotherProgram) {
   makeDatabase(path_, "CREATE TABLE music (title); INSERT INTO music VALUES ('Largo')");
   expectRefusedUntouched(path_, "is a database of another program");
   makeDatabase(path_, "PRAGMA application_id = 42");
   expectRefusedUntouched(path_, "is a database of another program");
 }
 
-TEST_F(NetworkStoreTest, LeavesTheLogOfAnotherProgramAlone) {
+TEST_F(SqliteStoreTest, LeavesTheLogOfAnotherProgramAlone) {
   const int status = statusOfChild([&] {
     SQLite::Database database(path_, SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
     database.exec("PRAGMA journal_mode = WAL; CREATE TABLE music (title)");
@@ -264,8 +242,8 @@ TEST_F(NetworkStoreTest, LeavesTheLogOfAnotherProgramAlone) {
   EXPECT_EQ(log, support::readFile(path_ + "-wal"));
 }
 
-TEST_F(NetworkStoreTest, RejectsEveryOtherSchemaVersion) {
-  { NetworkStore(path_).load(sampleNetwork()); }
+TEST_F(SqliteStoreTest, RejectsEveryOtherSchemaVersion) {
+  { SqliteStore(path_).load(sampleNetwork()); }
   for (const std::string version : {"0", "3", "5"}) {
     makeDatabase(path_, "PRAGMA journal_mode = DELETE; PRAGMA user_version = " + version);
     expectRefusedUntouched(path_,
@@ -273,31 +251,31 @@ TEST_F(NetworkStoreTest, RejectsEveryOtherSchemaVersion) {
   }
 }
 
-TEST_F(NetworkStoreTest, RefusesAFileThatIsNoDatabase) {
+TEST_F(SqliteStoreTest, RefusesAFileThatIsNoDatabase) {
   directory_.write("store.db", std::string(10000, 'x'));
   expectRefusedUntouched(path_, "is not a database");
   directory_.write("store.db", "hello");
   expectRefusedUntouched(path_, "is not a database");
 }
 
-TEST_F(NetworkStoreTest, RefusesADirectory) {
+TEST_F(SqliteStoreTest, RefusesADirectory) {
   expectRefused(directory_.path(), "Is a directory");
 }
 
-TEST_F(NetworkStoreTest, RefusesAMissingFolder) {
+TEST_F(SqliteStoreTest, RefusesAMissingFolder) {
   expectRefused(directory_.file("none/store.db"), "its folder does not exist");
 }
 
-TEST_F(NetworkStoreTest, RefusesADevice) {
+TEST_F(SqliteStoreTest, RefusesADevice) {
   expectRefused("/dev/null", "is not a regular file");
 }
 
-TEST_F(NetworkStoreTest, RefusesAnEmptyPath) {
+TEST_F(SqliteStoreTest, RefusesAnEmptyPath) {
   EXPECT_EQ("store: its file name is empty", refusalOfStore(""));
 }
 
-TEST_F(NetworkStoreTest, RefusesAFileThatMayOnlyBeRead) {
-  { NetworkStore(path_).load(sampleNetwork()); }
+TEST_F(SqliteStoreTest, RefusesAFileThatMayOnlyBeRead) {
+  { SqliteStore(path_).load(sampleNetwork()); }
   ASSERT_EQ(0, chmod(path_.c_str(), 0444));
   const Unprivileged unprivileged(directory_.path());
   if (!unprivileged.isInForce()) {
@@ -306,38 +284,38 @@ TEST_F(NetworkStoreTest, RefusesAFileThatMayOnlyBeRead) {
   expectRefusedUntouched(path_, "Permission denied");
 }
 
-TEST_F(NetworkStoreTest, IsThereOnceAFileHasContent) {
-  EXPECT_FALSE(NetworkStore::exists(path_));
+TEST_F(SqliteStoreTest, IsThereOnceAFileHasContent) {
+  EXPECT_FALSE(SqliteStore::exists(path_));
   directory_.write("store.db", "");
-  EXPECT_FALSE(NetworkStore::exists(path_));
-  { const NetworkStore store(path_); }
-  EXPECT_TRUE(NetworkStore::exists(path_));
-  EXPECT_FALSE(NetworkStore::exists(NetworkStore::kInMemory));
-  EXPECT_FALSE(NetworkStore::exists(""));
+  EXPECT_FALSE(SqliteStore::exists(path_));
+  { const SqliteStore store(path_); }
+  EXPECT_TRUE(SqliteStore::exists(path_));
+  EXPECT_FALSE(SqliteStore::exists(SqliteStore::kInMemory));
+  EXPECT_FALSE(SqliteStore::exists(""));
 }
 
-TEST_F(NetworkStoreTest, MakesFilesForTheirOwnerAlone) {
-  NetworkStore store(path_);
+TEST_F(SqliteStoreTest, MakesFilesForTheirOwnerAlone) {
+  SqliteStore store(path_);
   store.load(sampleNetwork());
   for (const std::string& file : {path_, path_ + "-wal"}) {
     EXPECT_EQ(0600, static_cast<int>(std::filesystem::status(file).permissions())) << file;
   }
 }
 
-TEST_F(NetworkStoreTest, KeepsThePermissionsOfAFileThatIsThere) {
+TEST_F(SqliteStoreTest, KeepsThePermissionsOfAFileThatIsThere) {
   directory_.write("store.db", "");
   std::filesystem::permissions(path_, static_cast<std::filesystem::perms>(0640));
-  const NetworkStore store(path_);
+  const SqliteStore store(path_);
   EXPECT_EQ(0640, static_cast<int>(std::filesystem::status(path_).permissions()));
 }
 
-TEST_F(NetworkStoreTest, RefusesASymbolicLinkToNothing) {
+TEST_F(SqliteStoreTest, RefusesASymbolicLinkToNothing) {
   std::filesystem::create_symlink(directory_.file("target"), path_);
   EXPECT_EQ(path_ + ": is a symbolic link to a file that does not exist", refusalOfStore(path_));
   EXPECT_FALSE(std::filesystem::exists(directory_.file("target")));
 }
 
-TEST_F(NetworkStoreTest, RefusesAFolderThatMayOnlyBeRead) {
+TEST_F(SqliteStoreTest, RefusesAFolderThatMayOnlyBeRead) {
   const std::string folder = directory_.file("folder");
   ASSERT_EQ(0, mkdir(folder.c_str(), 0555));
   const Unprivileged unprivileged(directory_.path());
@@ -347,48 +325,27 @@ TEST_F(NetworkStoreTest, RefusesAFolderThatMayOnlyBeRead) {
   EXPECT_EQ(folder + "/store.db: Permission denied", refusalOfStore(folder + "/store.db"));
 }
 
-TEST_F(NetworkStoreTest, RefusesAStoreWhoseTablesAreGone) {
-  { NetworkStore(path_).load(sampleNetwork()); }
+TEST_F(SqliteStoreTest, RefusesAStoreWhoseTablesAreGone) {
+  { SqliteStore(path_).load(sampleNetwork()); }
   makeDatabase(path_, "DROP TABLE network");
   EXPECT_EQ(path_ + ": no such table: network", refusalOfQuestion(path_));
 }
 
-TEST_F(NetworkStoreTest, KeepsEachRefusalOnOneLine) {
+TEST_F(SqliteStoreTest, KeepsEachRefusalOnOneLine) {
   EXPECT_EQ(directory_.path().string() + "/a\\x0ab/c: its folder does not exist",
             refusalOfStore(directory_.file("a\nb/c")));
 }
 
-TEST_F(NetworkStoreTest, KeepsAWriteAheadLog) {
-  { NetworkStore store(path_); }
+TEST_F(SqliteStoreTest, KeepsAWriteAheadLog) {
+  { SqliteStore store(path_); }
   SQLite::Database database(path_, SQLite::OPEN_READONLY);
   EXPECT_EQ("wal", database.execAndGet("PRAGMA journal_mode").getString());
 }
 
 // --- Changes of the network.
 
-TEST_F(NetworkStoreTest, AddsANetworkAfterTheOneThatIsThere) {
-  agent::Network more = wideNetwork(2);
-  more.ems = "other";
-  more.networkElements = {{9, "nine", true}, {10, "ten", true, true}};
-  agent::Network whole = sampleNetwork();
-  {
-    NetworkStore store(path_);
-    store.load(whole);
-    store.commit(NetworkAddition{more, {7}});
-  }
-  whole.topoNodes.insert(whole.topoNodes.end(), more.topoNodes.begin(), more.topoNodes.end());
-  whole.networkElements.insert(whole.networkElements.end(), more.networkElements.begin(),
-                               more.networkElements.end());
-  whole.networkElements[0].shown = true;
-  NetworkStore store(path_);
-  EXPECT_EQ(describe(whole), describe(store.read()));
-  EXPECT_TRUE(store.read().networkElements[0].shownForNode);
-  EXPECT_FALSE(store.read().networkElements[3].shownForNode);
-  EXPECT_TRUE(store.read().networkElements[4].shownForNode);
-}
-
-TEST_F(NetworkStoreTest, AddsAllOfANetworkOrNothing) {
-  NetworkStore store(path_);
+TEST_F(SqliteStoreTest, AddsAllOfANetworkOrNothing) {
+  SqliteStore store(path_);
   store.load(sampleNetwork());
   agent::Network more = wideNetwork(2);
   more.clockLinks.resize(1);
@@ -402,22 +359,20 @@ TEST_F(NetworkStoreTest, AddsAllOfANetworkOrNothing) {
   EXPECT_EQ(describe(sampleNetwork()), describe(store.read()));
 }
 
-TEST_F(NetworkStoreTest, RemovesNodesWithTheirAttributesAndWhatIsKeptOfObjects) {
+TEST_F(SqliteStoreTest, RemovesNodesWithTheirAttributesAndWhatIsKeptOfObjects) {
   agent::Network network = sampleNetwork();
   {
-    NetworkStore store(path_);
+    SqliteStore store(path_);
     store.load(network);
     store.commit(OwnerChange{{201, "z"}, "me"});
     store.commit(InfoChange{{201, "z"}, {{"a", "1"}}});
     store.commit(agent::NetworkRemoval{
         {network.topoNodes[3], network.topoNodes[1]}, {{201, "z"}, {1, "none"}}, {6}});
-    EXPECT_EQ("", store.ownerOf({201, "z"}));
-    EXPECT_TRUE(store.additionalInfoOf({201, "z"}).empty());
   }
   network.topoNodes = {network.topoNodes[0], network.topoNodes[2]};
   network.networkElements[2].shown = false;
   network.objectLabels.erase(network.objectLabels.begin());
-  EXPECT_EQ(describe(network), describe(NetworkStore(path_).read()));
+  EXPECT_EQ(describe(network), describe(SqliteStore(path_).read()));
   SQLite::Database database(path_, SQLite::OPEN_READWRITE);
   EXPECT_EQ(3, database.execAndGet("SELECT count(*) FROM topo_node_attribute").getInt());
   EXPECT_EQ("ok", database.execAndGet("PRAGMA integrity_check").getString());
@@ -425,105 +380,73 @@ TEST_F(NetworkStoreTest, RemovesNodesWithTheirAttributesAndWhatIsKeptOfObjects) 
 
 // --- Change numbers.
 
-TEST_F(NetworkStoreTest, NumbersEveryChange) {
-  NetworkStore store(path_);
-  const std::uint64_t first = store.commit(NetworkAddition{sampleNetwork(), {}});
-  const ObjectKey key{201, "z"};
-  EXPECT_EQ(first + 1, store.commit(agent::LabelChange{key, "label"}));
-  EXPECT_EQ(first + 2, store.commit(OwnerChange{key, "me"}));
-  EXPECT_EQ(first + 3, store.commit(InfoChange{key, {{"a", "1"}}}));
-  EXPECT_EQ(first + 4, store.commit(agent::NetworkRenaming{
-                           {{agent::RecordList::kTopoNodes, "n"}}, "name", {}}));
-  EXPECT_EQ(first + 5, store.commit(agent::AttributeRemoval{key}));
-  EXPECT_EQ(first + 6, store.commit(agent::NetworkRemoval{sampleNetwork().topoNodes, {}, {}}));
-  EXPECT_EQ(first + 6, store.lastChange());
-}
-
-TEST_F(NetworkStoreTest, GivesNoNumberToAChangeThatFails) {
-  NetworkStore store(path_);
-  const std::uint64_t first = store.commit(NetworkAddition{sampleNetwork(), {}});
-  EXPECT_THROW(store.commit(NetworkAddition{sampleNetwork(), {}}), StoreError);
-  EXPECT_EQ(first, store.lastChange());
-  EXPECT_EQ(first + 1, store.commit(OwnerChange{{201, "z"}, "me"}));
-}
-
-TEST_F(NetworkStoreTest, BeginsChangeNumbersWithTheTimeInMillisecondsAndRaisesThemAtEveryOpen) {
-  EXPECT_EQ(1235U, NetworkStore(path_, [] { return 1234567U; }).lastChange());
-  {
-    NetworkStore store(path_, [] { return 9999999U; });
-    EXPECT_EQ(1236U, store.lastChange());
-    EXPECT_EQ(1237U, store.commit(OwnerChange{{201, "z"}, "me"}));
-  }
-  EXPECT_EQ(1238U, NetworkStore(path_).lastChange());
-}
-
-TEST_F(NetworkStoreTest, GivesNoChangeNumberAgainAfterTheProcessWasKilled) {
+TEST_F(SqliteStoreTest, GivesNoChangeNumberAgainAfterTheProcessWasKilled) {
   const int status = statusOfChild([&] {
-    NetworkStore store(path_, [] { return 1000000U; });
+    SqliteStore store(path_, [] { return 1000000U; });
     store.commit(OwnerChange{{201, "z"}, "me"});
     raise(SIGKILL);
   });
   ASSERT_TRUE(wasKilledBy(status, SIGKILL));
-  EXPECT_EQ(1003U, NetworkStore(path_).lastChange());
+  EXPECT_EQ(1003U, SqliteStore(path_).lastChange());
 }
 
-TEST_F(NetworkStoreTest, RejectsAChangeThatHasNoNumberLeft) {
-  { NetworkStore store(path_); }
+TEST_F(SqliteStoreTest, RejectsAChangeThatHasNoNumberLeft) {
+  { SqliteStore store(path_); }
   makeDatabase(path_, "UPDATE last_change SET number = 9223372036854775806");
-  NetworkStore store(path_);
+  SqliteStore store(path_);
   EXPECT_THROW(store.load(sampleNetwork()), StoreError);
   EXPECT_TRUE(store.isNew());
 }
 
 // --- Notification ids.
 
-TEST_F(NetworkStoreTest, GivesEveryNotificationIdOnce) {
+TEST_F(SqliteStoreTest, GivesEveryNotificationIdOnce) {
   {
-    NetworkStore store(path_, [] { return 1000U; });
+    SqliteStore store(path_, [] { return 1000U; });
     EXPECT_EQ(1000U, store.reserveNotificationIds(5));
     EXPECT_EQ(1005U, store.reserveNotificationIds(0));
     EXPECT_EQ(1005U, store.reserveNotificationIds(1));
   }
-  EXPECT_EQ(1006U, NetworkStore(path_, [] { return 1U; }).reserveNotificationIds(1));
+  EXPECT_EQ(1006U, SqliteStore(path_, [] { return 1U; }).reserveNotificationIds(1));
 }
 
-TEST_F(NetworkStoreTest, GivesNoNotificationIdAgainAfterTheProcessWasKilled) {
+TEST_F(SqliteStoreTest, GivesNoNotificationIdAgainAfterTheProcessWasKilled) {
   const int status = statusOfChild([&] {
-    NetworkStore store(path_, [] { return 1000U; });
+    SqliteStore store(path_, [] { return 1000U; });
     store.reserveNotificationIds(64);
     raise(SIGKILL);
   });
   ASSERT_TRUE(wasKilledBy(status, SIGKILL));
-  EXPECT_EQ(1064U, NetworkStore(path_).reserveNotificationIds(1));
+  EXPECT_EQ(1064U, SqliteStore(path_).reserveNotificationIds(1));
 }
 
-TEST_F(NetworkStoreTest, BeginsNotificationIdsWithTheTimeWhenTheStoreIsMade) {
+TEST_F(SqliteStoreTest, BeginsNotificationIdsWithTheTimeWhenTheStoreIsMade) {
   const std::uint64_t before = agent::microsecondsNow();
   ASSERT_LT(1600000000000000U, before);
-  const std::uint64_t first = NetworkStore(NetworkStore::kInMemory).reserveNotificationIds(1);
+  const std::uint64_t first = SqliteStore(SqliteStore::kInMemory).reserveNotificationIds(1);
   EXPECT_LE(before, first);
   EXPECT_GE(agent::microsecondsNow(), first);
 }
 
-TEST_F(NetworkStoreTest, BeginsNotificationIdsWithZeroWhenTheClockDoes) {
-  NetworkStore store(path_, [] { return 0U; });
+TEST_F(SqliteStoreTest, BeginsNotificationIdsWithZeroWhenTheClockDoes) {
+  SqliteStore store(path_, [] { return 0U; });
   EXPECT_EQ(0U, store.reserveNotificationIds(1));
   EXPECT_EQ(1U, store.reserveNotificationIds(1));
 }
 
-TEST_F(NetworkStoreTest, GivesNoNotificationIdsBelowZero) {
-  { NetworkStore store(path_); }
+TEST_F(SqliteStoreTest, GivesNoNotificationIdsBelowZero) {
+  { SqliteStore store(path_); }
   {
     SQLite::Database database(path_, SQLite::OPEN_READWRITE);
     database.exec("UPDATE notification_id SET next = -5");
   }
-  NetworkStore store(path_);
+  SqliteStore store(path_);
   EXPECT_THROW(store.reserveNotificationIds(1), StoreError);
 }
 
-TEST_F(NetworkStoreTest, GivesNoMoreNotificationIdsThanThereAre) {
+TEST_F(SqliteStoreTest, GivesNoMoreNotificationIdsThanThereAre) {
   constexpr std::uint64_t kMost = 9223372036854775807U;
-  NetworkStore store(path_, [] { return kMost - 10; });
+  SqliteStore store(path_, [] { return kMost - 10; });
   for (const std::uint64_t count : {std::uint64_t{11}, kMost, ~std::uint64_t{0}}) {
     try {
       store.reserveNotificationIds(count);
@@ -534,40 +457,40 @@ TEST_F(NetworkStoreTest, GivesNoMoreNotificationIdsThanThereAre) {
     }
   }
   EXPECT_EQ(kMost - 10, store.reserveNotificationIds(10));
-  EXPECT_EQ(kMost, NetworkStore(NetworkStore::kInMemory, [] {
+  EXPECT_EQ(kMost, SqliteStore(SqliteStore::kInMemory, [] {
                      return ~std::uint64_t{0};
                    }).reserveNotificationIds(0));
 }
 
 std::string damageOf(const std::string& path) {
   try {
-    NetworkStore(path).check();
+    SqliteStore(path).check();
   } catch (const StoreError& error) {
     return error.what();
   }
   return {};
 }
 
-TEST_F(NetworkStoreTest, FindsNoDamageWhereThereIsNone) {
-  NetworkStore(path_).load(sampleNetwork());
+TEST_F(SqliteStoreTest, FindsNoDamageWhereThereIsNone) {
+  SqliteStore(path_).load(sampleNetwork());
   EXPECT_EQ("", damageOf(path_));
-  EXPECT_EQ("", damageOf(NetworkStore::kInMemory));
+  EXPECT_EQ("", damageOf(SqliteStore::kInMemory));
 }
 
-TEST_F(NetworkStoreTest, FindsDamageThatReadingDoesNotMeet) {
-  NetworkStore(path_).load(sampleNetwork());
+TEST_F(SqliteStoreTest, FindsDamageThatReadingDoesNotMeet) {
+  SqliteStore(path_).load(sampleNetwork());
   support::damageStore(path_);
-  EXPECT_EQ(describe(sampleNetwork()), describe(NetworkStore(path_).read()));
+  EXPECT_EQ(describe(sampleNetwork()), describe(SqliteStore(path_).read()));
   const std::string damage = damageOf(path_);
   const std::string expected = path_ + ": is damaged: ";
   EXPECT_EQ(expected, damage.substr(0, expected.size()));
   EXPECT_EQ(std::string::npos, damage.find("\\x0a"));
 }
 
-TEST_F(NetworkStoreTest, SaysThatAStoreIsDamagedWhereItMeetsDamage) {
-  NetworkStore(path_).load(sampleNetwork());
+TEST_F(SqliteStoreTest, SaysThatAStoreIsDamagedWhereItMeetsDamage) {
+  SqliteStore(path_).load(sampleNetwork());
   support::damageStore(path_);
-  NetworkStore store(path_);
+  SqliteStore store(path_);
   try {
     store.commit(NetworkAddition{wideNetwork(3), {}});
     ADD_FAILURE() << "the damage is unnoticed";
@@ -577,12 +500,12 @@ TEST_F(NetworkStoreTest, SaysThatAStoreIsDamagedWhereItMeetsDamage) {
 }
 
 // Here a trigger that reads what lies outside the tables.
-TEST_F(NetworkStoreTest, DoesNotTrustTheSchemaOfItsFile) {
-  NetworkStore(path_).load(sampleNetwork());
+TEST_F(SqliteStoreTest, DoesNotTrustTheSchemaOfItsFile) {
+  SqliteStore(path_).load(sampleNetwork());
   makeDatabase(path_,
                "CREATE TRIGGER other AFTER UPDATE ON last_change "
                "BEGIN SELECT * FROM pragma_user_version; END");
-  EXPECT_THROW(NetworkStore{path_}, StoreError);
+  EXPECT_THROW(SqliteStore{path_}, StoreError);
 }
 
 }  // namespace

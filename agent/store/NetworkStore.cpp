@@ -1,0 +1,10 @@
+#include "agent/store/NetworkStore.h"
+
+#include "agent/base/Text.h"
+
+namespace agent {
+
+StoreError::StoreError(const std::string& path, const std::string& reason)
+    : std::runtime_error(printable(path, 4096) + ": " + printable(reason)) {}
+
+}  // namespace agent

@@ -1,0 +1,78 @@
+// The stored network, as an interface. An engine implements the interface in a folder of its own.
+
+#ifndef AGENT_STORE_NETWORKSTORE_H
+#define AGENT_STORE_NETWORKSTORE_H
+
+#include <cstdint>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "agent/base/Cancellation.h"
+#include "agent/network/ManagedObjects.h"
+#include "agent/network/Network.h"
+#include "agent/network/NetworkChange.h"
+#include "agent/store/StoreCopy.h"
+
+namespace agent {
+
+// The store cannot be used. what() is one line, "PATH: REASON".
+class StoreError : public std::runtime_error {
+ public:
+  StoreError(const std::string& path, const std::string& reason);
+};
+
+// A change is durable when commit() has returned. A change whose commit() has not returned when the
+// process is killed is stored as a whole or not at all.
+//
+// All functions throw StoreError when the engine fails. Thread-safety: none; the owner serialises
+// the calls.
+class NetworkStore {
+ public:
+  NetworkStore() = default;
+  virtual ~NetworkStore() = default;
+  NetworkStore(const NetworkStore&) = delete;
+  NetworkStore& operator=(const NetworkStore&) = delete;
+
+  // Looks for damage in the whole store, in time linear in its size. Throws StoreError if there is
+  // any. Opening and reading a store notice only damage in the data that they use.
+  virtual void check() = 0;
+
+  // True until a network is loaded or added.
+  virtual bool isNew() = 0;
+
+  // Stores the first network, as a whole or not at all. Throws StoreError also if the store is not
+  // new, and if two objects of the network have the same id.
+  virtual void load(const Network& network) = 0;
+
+  // The stored network; an empty network if the store is new.
+  virtual Network read() = 0;
+
+  // The number of the last change. Numbers rise by one with each change, and by one when the store
+  // is opened. They begin with the milliseconds since 1970 at the time when the store is made, so
+  // that a new store that replaces this store gives no number of this store again.
+  virtual std::uint64_t lastChange() = 0;
+
+  // Commits a change as a whole or not at all, and returns the number of the change. Throws
+  // StoreError also if an object of an addition is stored already, and Cancelled.
+  virtual std::uint64_t commit(const NetworkChange& change, const Cancellation& cancellation) = 0;
+  std::uint64_t commit(const NetworkChange& change) { return commit(change, Cancellation::none()); }
+
+  // The ids of the objects of a type that have a label.
+  virtual std::vector<std::string> idsWithLabel(std::int32_t type, const std::string& label) = 0;
+
+  // The additional information of an object, in its order.
+  virtual InfoPairs additionalInfoOf(const ObjectKey& key) = 0;
+
+  // Begins a backup. The copy must not outlive the store.
+  virtual std::unique_ptr<StoreCopy> beginCopy() = 0;
+
+  // Returns the first of count successive numbers that no earlier call has returned, in this run or
+  // an earlier run.
+  virtual std::uint64_t reserveNotificationIds(std::uint64_t count) = 0;
+};
+
+}  // namespace agent
+
+#endif
