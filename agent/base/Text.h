@@ -24,6 +24,11 @@ std::string escaped(std::string_view text, std::size_t mostBytes);
 // The same between double quotes, and short: for quoting input.
 std::string inQuotes(std::string_view text);
 
+// The text; empty for null.
+inline std::string_view textOrEmpty(const char* text) {
+  return text == nullptr ? std::string_view() : std::string_view(text);
+}
+
 // The offset of the first byte that is no UTF-8; nothing when all of it is.
 std::optional<std::size_t> findInvalidUtf8(std::string_view text);
 

@@ -23,7 +23,7 @@ std::string_view textOf(const char* text) {
 }
 
 std::string ofObject(const char* attribute, const NVSList_T& name) {
-  return std::string("the ") + attribute + " of " + show(name);
+  return std::string("the ") + attribute + " of " + formatName(name);
 }
 
 void requireText(const char* attribute, const NVSList_T& name, std::string_view text) {
@@ -176,7 +176,7 @@ Outcome AttributeService::change(const NVSList_T& name, Prepare prepare) {
   } catch (Outcome& refusal) {
     return std::move(refusal);
   } catch (const std::exception& failure) {
-    return internalError([&] { return show(name); }, failure.what());
+    return internalError([&] { return formatName(name); }, failure.what());
   }
 }
 
@@ -184,10 +184,10 @@ ObjectKey AttributeService::resolve(const NVSList_T& name) const {
   std::string problem;
   const auto key = parseObjectName(name, ems_, problem);
   if (!key) {
-    refuse(kInvalidName, "malformed name " + show(name) + ": " + problem);
+    refuse(kInvalidName, "malformed name " + formatName(name) + ": " + problem);
   }
   if (findInvalidUtf8(key->id)) {
-    refuse(kInvalidName, "malformed name " + show(name) + ": it is not UTF-8");
+    refuse(kInvalidName, "malformed name " + formatName(name) + ": it is not UTF-8");
   }
   requireObject(*key, name);
   return *key;
@@ -195,7 +195,7 @@ ObjectKey AttributeService::resolve(const NVSList_T& name) const {
 
 void AttributeService::requireObject(const ObjectKey& key, const NVSList_T& name) const {
   if (!writer_.model().hasObject(key)) {
-    refuse(kEntityNotFound, "no object " + show(name));
+    refuse(kEntityNotFound, "no object " + formatName(name));
   }
 }
 
@@ -205,8 +205,8 @@ void AttributeService::requireUnused(NetworkStore& store, const ObjectKey& key,
   for (const std::string& id : store.idsWithLabel(key.type, label)) {
     const ObjectKey other{key.type, id};
     if (!(other == key) && writer_.model().hasObject(other)) {
-      refuse(kUserLabelInUse,
-             "the user label " + inQuotes(label) + " is already that of " + show(other, ems_));
+      refuse(kUserLabelInUse, "the user label " + inQuotes(label) + " is already that of " +
+                                  formatName(other, ems_));
     }
   }
 }

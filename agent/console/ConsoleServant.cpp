@@ -38,7 +38,7 @@ NS_DOMAIN::TopoNode_T domainNode(const TopoAgent::NewNode_T& node) {
   return result;
 }
 
-std::string_view textOf(const TopoAgent::Content_T& content) {
+std::string_view contentText(const TopoAgent::Content_T& content) {
   return {reinterpret_cast<const char*>(content.get_buffer()), content.length()};
 }
 
@@ -109,7 +109,8 @@ TopoAgent::ImportSummary_T ConsoleServant::importNetwork(const char* fileName,
                                                          const TopoAgent::Content_T& content) {
   ImportSummary summary;
   perform("importNetwork", [&] {
-    return nodes_.import(readNetwork(fileName, textOf(content), nodes_.cancellation()), summary);
+    return nodes_.import(readNetwork(fileName, contentText(content), nodes_.cancellation()),
+                         summary);
   });
   return {countOf(summary.topoNodes), countOf(summary.networkElements),
           countOf(summary.clockPositions), countOf(summary.clockLinks),

@@ -166,7 +166,7 @@ class GraphReader {
 
  private:
   void readGraph(const std::string& baseName) {
-    network_.ems = textOf(graph_, graphLabel_, "graph");
+    network_.ems = checkedData(graph_, graphLabel_, "graph");
     if (network_.ems.empty()) {
       network_.ems = checked(baseName, "file name");
     }
@@ -176,7 +176,7 @@ class GraphReader {
     addSubnetwork(network_.ems, network_.ems, NS_DOMAIN::kPhysicalRoot);
   }
 
-  std::string textOf(pugi::xml_node element, const DataKey& wanted, const std::string& place) {
+  std::string checkedData(pugi::xml_node element, const DataKey& wanted, const std::string& place) {
     std::string text = dataOf(element, wanted);
     texts_.take(text.size(), place);
     return checked(std::move(text), place + '.' + wanted.name);
@@ -215,12 +215,12 @@ class GraphReader {
 
     NS_DOMAIN::TopoNode_T& element = elements_.emplace_back();
     element.nodeId = elementId(number);
-    element.parentId = subnetworkOf(textOf(node, country_, place), place);
-    element.nativeName = textOf(node, nodeLabel_, place);
+    element.parentId = subnetworkOf(checkedData(node, country_, place), place);
+    element.nativeName = checkedData(node, nodeLabel_, place);
     element.nodeType = NS_DOMAIN::kTopoElement;
     element.parentType = NS_DOMAIN::kTopoSubnetwork;
-    element.attribute3 = degrees(textOf(node, longitude_, place), place + ".Longitude");
-    element.attribute4 = degrees(textOf(node, latitude_, place), place + ".Latitude");
+    element.attribute3 = degrees(checkedData(node, longitude_, place), place + ".Longitude");
+    element.attribute4 = degrees(checkedData(node, latitude_, place), place + ".Latitude");
     addRecords(number, element.nativeName);
   }
 
@@ -250,7 +250,7 @@ class GraphReader {
     const std::string place = "edge[" + index + ']';
     const std::size_t source = endOf(edge, "source", place);
     const std::size_t target = endOf(edge, "target", place);
-    const std::string type = textOf(edge, linkType_, place);
+    const std::string type = checkedData(edge, linkType_, place);
 
     NS_DOMAIN::ClockTopoLinkInfo_T& link = network_.clockLinks.emplace_back();
     const std::string& sourceName = elements_[source - 1].nativeName;

@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "agent/base/Text.h"
-#include "agent/formats/Field.h"
+#include "agent/formats/JsonField.h"
 #include "agent/network/NetworkError.h"
 
 namespace agent {
@@ -21,10 +21,10 @@ constexpr const char* kTopLevel = "top level";
 // run out of stack.
 constexpr std::size_t kMostNesting = 8;
 
-std::vector<std::pair<std::string, std::string>> attributesOf(const Field& list) {
+std::vector<std::pair<std::string, std::string>> attributesOf(const JsonField& list) {
   std::vector<std::pair<std::string, std::string>> attributes;
   for (std::size_t i = 0; i < list.size(); ++i) {
-    const Field pair = list.entry(i);
+    const JsonField pair = list.entry(i);
     pair.isListOf(2);
     attributes.emplace_back(pair.entry(0).text(), pair.entry(1).text());
   }
@@ -32,22 +32,22 @@ std::vector<std::pair<std::string, std::string>> attributesOf(const Field& list)
 }
 
 // Two numbers, both left out or both there.
-void readPair(const Field& list, std::int32_t& first, std::int32_t& second) {
+void readPair(const JsonField& list, std::int32_t& first, std::int32_t& second) {
   if (list.isListOf(2)) {
     first = list.entry(0).int32();
     second = list.entry(1).int32();
   }
 }
 
-std::string nonEmptyText(const Field& field) {
+std::string nonEmptyText(const JsonField& field) {
   std::string text = field.required().text();
   if (text.empty()) {
-    field.refuse("must not be empty");
+    field.throwRefusal("must not be empty");
   }
   return text;
 }
 
-void readTopoNode(const Field& field, Network& network) {
+void readTopoNode(const JsonField& field, Network& network) {
   NS_DOMAIN::TopoNode_T& node = network.topoNodes.emplace_back();
   node.nodeId = nonEmptyText(field.member("id"));
   node.parentId = field.member("parent").text();
@@ -58,21 +58,21 @@ void readTopoNode(const Field& field, Network& network) {
   node.extendedAttributes = attributesOf(field.member("attributes"));
 }
 
-void readNetworkElement(const Field& field, Network& network) {
+void readNetworkElement(const JsonField& field, Network& network) {
   NetworkElement& element = network.networkElements.emplace_back();
   element.number = field.member("number").required().int32();
   element.name = field.member("name").text();
   element.shown = field.member("shown").flag();
 }
 
-void readClockPosition(const Field& field, Network& network) {
+void readClockPosition(const JsonField& field, Network& network) {
   NS_DOMAIN::ClockPositionInfo_T& position = network.clockPositions.emplace_back();
   position.reference = field.member("reference").required().text();
   position.label = field.member("label").text();
   readPair(field.member("values"), position.value1, position.value2);
 }
 
-void readClockLink(const Field& field, Network& network) {
+void readClockLink(const JsonField& field, Network& network) {
   NS_DOMAIN::ClockTopoLinkInfo_T& link = network.clockLinks.emplace_back();
   link.linkId = field.member("id").required().text();
   link.nativeName = field.member("name").text();
@@ -80,7 +80,7 @@ void readClockLink(const Field& field, Network& network) {
   link.zEndReference = field.member("z").text();
 }
 
-void readObjectLabel(const Field& field, Network& network) {
+void readObjectLabel(const JsonField& field, Network& network) {
   ObjectLabel& label = network.objectLabels.emplace_back();
   label.type = field.member("type").int32();
   label.id = field.member("id").required().text();
@@ -91,7 +91,7 @@ void readObjectLabel(const Field& field, Network& network) {
 struct ListRule {
   std::string name;
   std::vector<std::string> fields;
-  void (*read)(const Field& entry, Network& network);
+  void (*read)(const JsonField& entry, Network& network);
 };
 
 const std::vector<ListRule>& listRules() {
@@ -203,12 +203,12 @@ class NetworkEvents final : public nlohmann::json_sax<Json> {
       throw Refusal{kTopLevel, "has the field " + inQuotes(name) + " twice"};
     }
     topField_ = name;
-    topPlace_ = Field(nullptr, topField_, &value_);
+    topPlace_ = JsonField(nullptr, topField_, &value_);
     rule_ = ruleOf(topField_);
   }
 
   // The place of the value that is being received: an entry of a list or a field of the whole.
-  Field place() const { return inList_ ? Field(&topPlace_, index_, &value_) : topPlace_; }
+  JsonField place() const { return inList_ ? JsonField(&topPlace_, index_, &value_) : topPlace_; }
 
   bool add(Json value) {
     put(std::move(value));
@@ -220,7 +220,7 @@ class NetworkEvents final : public nlohmann::json_sax<Json> {
 
   bool open(Json container) {
     if (open_.size() == kMostNesting) {
-      place().refuse("is nested too deeply");
+      place().throwRefusal("is nested too deeply");
     }
     open_.push_back(put(std::move(container)));
     return true;
@@ -238,7 +238,7 @@ class NetworkEvents final : public nlohmann::json_sax<Json> {
   // the innermost container grows.
   Json* put(Json value) {
     if (!inRoot_) {
-      Field(nullptr, kTopLevel, &value).requireFieldsAmong({});
+      JsonField(nullptr, kTopLevel, &value).requireFieldsAmong({});
     }
     if (open_.empty()) {
       value_ = std::move(value);
@@ -254,7 +254,7 @@ class NetworkEvents final : public nlohmann::json_sax<Json> {
 
   void deliver() {
     cancellation_.throwIfRequested();
-    const Field field = place();
+    const JsonField field = place();
     if (inList_) {
       field.requireFieldsAmong(rule_->fields);
       rule_->read(field, network_);
@@ -264,7 +264,7 @@ class NetworkEvents final : public nlohmann::json_sax<Json> {
     }
   }
 
-  void deliverTopField(const Field& field) {
+  void deliverTopField(const JsonField& field) {
     if (topField_ == "ems") {
       network_.ems = field.text();
     } else if (topField_ == "format") {
@@ -274,10 +274,10 @@ class NetworkEvents final : public nlohmann::json_sax<Json> {
     }
   }
 
-  void requireFormat(const Field& field) {
+  void requireFormat(const JsonField& field) {
     const std::string format = field.text();
     if (format != kFormat) {
-      field.refuse("must be " + inQuotes(kFormat) + ", not " + inQuotes(format));
+      field.throwRefusal("must be " + inQuotes(kFormat) + ", not " + inQuotes(format));
     }
     hasFormat_ = true;
   }
@@ -292,7 +292,7 @@ class NetworkEvents final : public nlohmann::json_sax<Json> {
   std::size_t index_ = 0;  // of the entry in that list
   std::string topField_;
   std::set<std::string> topFieldsSeen_;
-  Field topPlace_{nullptr, kTopLevel, nullptr};
+  JsonField topPlace_{nullptr, kTopLevel, nullptr};
   const ListRule* rule_ = nullptr;  // of topField_; null for a field that is no list
 
   Json value_;               // the value that is being received

@@ -19,12 +19,12 @@ namespace {
 constexpr std::string_view kByteOrderMark = "\xef\xbb\xbf";
 constexpr std::string_view kBlanks = " \t\r\n";
 
-[[noreturn]] void refuseFile(const std::string& reason) {
+[[noreturn]] void throwFileRefusal(const std::string& reason) {
   throw Refusal{"file", reason};
 }
 
-[[noreturn]] void refuseFile(int systemError) {
-  refuseFile(std::generic_category().message(systemError));
+[[noreturn]] void throwFileRefusal(int systemError) {
+  throwFileRefusal(std::generic_category().message(systemError));
 }
 
 // Devices and pipes may never end, so only files are read.
@@ -32,10 +32,10 @@ void requireRegularFile(const std::filesystem::path& file) {
   std::error_code error;
   const auto status = std::filesystem::status(file, error);
   if (std::filesystem::is_directory(status)) {
-    refuseFile(EISDIR);
+    throwFileRefusal(EISDIR);
   }
   if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
-    refuseFile("is not a regular file");
+    throwFileRefusal("is not a regular file");
   }
 }
 
@@ -47,7 +47,7 @@ std::string contentOf(const std::filesystem::path& file) {
   requireRegularFile(file);
   const std::unique_ptr<std::FILE, CloseFile> stream(std::fopen(file.c_str(), "rbe"));
   if (!stream) {
-    refuseFile(errno);
+    throwFileRefusal(errno);
   }
   std::string content;
   char block[65536];
@@ -55,7 +55,7 @@ std::string contentOf(const std::filesystem::path& file) {
     content.append(block, count);
   }
   if (std::ferror(stream.get()) != 0) {
-    refuseFile(errno);
+    throwFileRefusal(errno);
   }
   return content;
 }
@@ -78,7 +78,7 @@ Network parse(std::string_view content, const std::string& baseName, Check check
   }
   const std::size_t first = content.find_first_not_of(kBlanks);
   if (first == std::string_view::npos) {
-    refuseFile("is empty");
+    throwFileRefusal("is empty");
   }
   requireText(content);
   if (content[first] == '<') {

@@ -2,7 +2,7 @@
 
 #include "agent/base/FailureCodes.h"
 #include "agent/base/Text.h"
-#include "platform/framework/ProcessException.h"
+#include "agent/northbound/PlatformFailure.h"
 
 namespace agent {
 namespace {
@@ -20,13 +20,8 @@ void fill(NS_UTIL::REF_Impl<std::vector<Record>>& holder, NS_DOMAIN::IntHolder* 
 
 NS_DOMAIN::DomainFacet* DomainService::GetFacet(const std::string& client) {
   if (client != "CORBA") {
-    ProcessException failure;
-    failure.errorCode = kEntityNotFound;
-    failure.line = __LINE__;
-    failure.file << "DomainService.cpp";
-    failure.function << "GetFacet";
-    failure.detail << "the domain has no facet for the client " << inQuotes(client);
-    throw failure;
+    throwPlatformFailure(kEntityNotFound,
+                         "the domain has no facet for the client " + inQuotes(client));
   }
   return this;
 }

@@ -3,7 +3,7 @@
 #include <atomic>
 
 #include "agent/base/FailureCodes.h"
-#include "platform/framework/ProcessException.h"
+#include "agent/northbound/PlatformFailure.h"
 
 namespace agent {
 namespace {
@@ -28,10 +28,7 @@ RunningAgent runningAgent() {
 Northbound& requiredNorthbound() {
   Northbound* const northbound = runningAgent().northbound;
   if (northbound == nullptr) {
-    ProcessException failure;
-    failure.errorCode = kNotImplemented;
-    failure.detail << "no agent is running";
-    throw failure;
+    throwPlatformFailure(kNotImplemented, "no agent is running");
   }
   return *northbound;
 }

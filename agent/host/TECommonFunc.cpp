@@ -6,6 +6,7 @@
 
 #include "agent/base/FailureCodes.h"
 #include "agent/base/OperationResult.h"
+#include "agent/base/Text.h"
 #include "agent/changes/AttributeService.h"
 #include "agent/host/FailureReason.h"
 #include "agent/host/RunningAgent.h"
@@ -15,10 +16,6 @@ namespace {
 
 // How the capability list speaks of an operation.
 constexpr const char* kSupported = "Supported";
-
-std::string_view textOf(const char* text) {
-  return text == nullptr ? std::string_view() : std::string_view(text);
-}
 
 // Runs a change. The reason of an internal error goes to the log alone.
 template <typename Change>
@@ -59,20 +56,20 @@ using agent::AttributeService;
 CORBA::ULong TECommonFunc::onSetUserLabel(const globaldefs::NVSList_T& objectName,
                                           const char* userLabel, bool enforceUniqueness) {
   return agent::codeOf("setUserLabel", [&](AttributeService& service) {
-    return service.setUserLabel(objectName, agent::textOf(userLabel), enforceUniqueness);
+    return service.setUserLabel(objectName, agent::textOrEmpty(userLabel), enforceUniqueness);
   });
 }
 
 CORBA::ULong TECommonFunc::onSetOwner(const globaldefs::NVSList_T& objectName, const char* owner) {
   return agent::codeOf("setOwner", [&](AttributeService& service) {
-    return service.setOwner(objectName, agent::textOf(owner));
+    return service.setOwner(objectName, agent::textOrEmpty(owner));
   });
 }
 
 CORBA::ULong TECommonFunc::onSetNativeEMSName(const globaldefs::NVSList_T& objectName,
                                               const char* nativeEMSName) {
   return agent::codeOf("setNativeEMSName", [&](AttributeService& service) {
-    return service.setNativeName(objectName, agent::textOf(nativeEMSName));
+    return service.setNativeName(objectName, agent::textOrEmpty(nativeEMSName));
   });
 }
 

@@ -42,10 +42,6 @@ constexpr TextClass kTextClasses[] = {
     {tmf::kClockLink, kClockLinkObjectType, true},
 };
 
-std::string_view textOf(const char* text) {
-  return text == nullptr ? std::string_view() : std::string_view(text);
-}
-
 std::optional<ObjectKey> parseNumber(const NumberedClass& known, std::string_view value,
                                      std::string& problem) {
   if (!canonicalNumber(value)) {
@@ -80,7 +76,7 @@ std::optional<ObjectKey> parseObject(std::string_view objectClass, std::string_v
   return std::nullopt;
 }
 
-std::string showPair(std::string_view name, std::string_view value) {
+std::string formatPair(std::string_view name, std::string_view value) {
   return printable(name, kMostOfATextShown) + '=' + printable(value, kMostOfATextShown);
 }
 
@@ -115,29 +111,30 @@ std::optional<ObjectKey> parseObjectName(const globaldefs::NVSList_T& name, std:
     problem = "it has " + std::to_string(name.length()) + pairs + " instead of 2";
     return std::nullopt;
   }
-  if (textOf(name[0].name) != tmf::kEms) {
+  if (textOrEmpty(name[0].name) != tmf::kEms) {
     problem = "its first pair is not the \"EMS\"";
     return std::nullopt;
   }
-  if (textOf(name[0].value) != ems) {
+  if (textOrEmpty(name[0].value) != ems) {
     problem = "the \"EMS\" is not " + inQuotes(ems);
     return std::nullopt;
   }
-  return parseObject(textOf(name[1].name), textOf(name[1].value), problem);
+  return parseObject(textOrEmpty(name[1].name), textOrEmpty(name[1].value), problem);
 }
 
-std::string show(const globaldefs::NVSList_T& name) {
+std::string formatName(const globaldefs::NVSList_T& name) {
   std::string text = "{";
   for (CORBA::ULong i = 0; i < std::min(name.length(), kMostPairsShown); ++i) {
-    text += (i == 0 ? "" : ", ") + showPair(textOf(name[i].name), textOf(name[i].value));
+    text +=
+        (i == 0 ? "" : ", ") + formatPair(textOrEmpty(name[i].name), textOrEmpty(name[i].value));
   }
   return text + (name.length() > kMostPairsShown ? ", ...}" : "}");
 }
 
-std::string show(const ObjectKey& key, std::string_view ems) {
+std::string formatName(const ObjectKey& key, std::string_view ems) {
   const std::size_t start = numberedObject(key) ? key.id.find('=') + 1 : 0;
-  return '{' + showPair(tmf::kEms, ems) + ", " +
-         showPair(tmfClassOf(key.type), std::string_view(key.id).substr(start)) + '}';
+  return '{' + formatPair(tmf::kEms, ems) + ", " +
+         formatPair(tmfClassOf(key.type), std::string_view(key.id).substr(start)) + '}';
 }
 
 std::optional<NumberedObject> numberedObject(const ObjectKey& key) {

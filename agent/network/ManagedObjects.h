@@ -56,9 +56,9 @@ inline bool operator==(const ObjectKey& a, const ObjectKey& b) {
 std::optional<ObjectKey> parseObjectName(const globaldefs::NVSList_T& name, std::string_view ems,
                                          std::string& problem);
 
-// Names for messages, such as {EMS=E, OS=1}: harmless and short.
-std::string show(const globaldefs::NVSList_T& name);
-std::string show(const ObjectKey& key, std::string_view ems);
+// A name as a message quotes the name, such as {EMS=E, OS=1}: printable and short.
+std::string formatName(const globaldefs::NVSList_T& name);
+std::string formatName(const ObjectKey& key, std::string_view ems);
 
 // An object of one of the three classes with numbers.
 struct NumberedObject {

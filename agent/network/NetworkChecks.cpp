@@ -22,14 +22,14 @@ struct KeyHash : salted::Hash {
   }
 };
 
-std::string show(std::int32_t key) {
+std::string formatKey(std::int32_t key) {
   return std::to_string(key);
 }
-std::string show(std::string_view key) {
+std::string formatKey(std::string_view key) {
   return inQuotes(key);
 }
-std::string show(const LabelKey& key) {
-  return show(key.first) + ' ' + show(key.second);
+std::string formatKey(const LabelKey& key) {
+  return formatKey(key.first) + ' ' + formatKey(key.second);
 }
 
 // Where each key of a list stands.
@@ -45,8 +45,8 @@ Positions<Key> uniquePositions(const std::vector<Record>& records, const char* l
   for (std::size_t i = 0; i < records.size(); ++i) {
     const auto [known, isNew] = positions.emplace(keyOf(records[i]), i);
     if (!isNew) {
-      throw Refusal{placeOf(list, i, field),
-                    show(known->first) + " is already that of " + placeOf(list, known->second)};
+      throw Refusal{placeOf(list, i, field), formatKey(known->first) + " is already that of " +
+                                                 placeOf(list, known->second)};
     }
   }
   return positions;

@@ -4,17 +4,10 @@
 #include <utility>
 
 #include "agent/base/FailureCodes.h"
-#include "platform/framework/ProcessException.h"
+#include "agent/northbound/PlatformFailure.h"
 
 namespace agent {
 namespace {
-
-[[noreturn]] void refuse(const std::string& reason) {
-  ProcessException failure;
-  failure.errorCode = kInternalError;
-  failure.detail << reason;
-  throw failure;
-}
 
 std::shared_ptr<void> beginReply(const orb::Request&) {
   try {
@@ -31,19 +24,19 @@ ManagerRegistry::ManagerRegistry(orb::Server& server, const ViewGuard* guard)
 
 void ManagerRegistry::add(const std::string& name, NS_CORBA::MgrFactory* factory) {
   if (!factories_.emplace(name, factory).second) {
-    refuse("a manager \"" + name + "\" is registered already");
+    throwPlatformFailure(kInternalError, "a manager \"" + name + "\" is registered already");
   }
 }
 
 void ManagerRegistry::remove(const std::string& name) {
   if (factories_.erase(name) == 0) {
-    refuse("no manager \"" + name + "\" is registered");
+    throwPlatformFailure(kInternalError, "no manager \"" + name + "\" is registered");
   }
 }
 
 void ManagerRegistry::serve(const std::string& name, POA_common::Common_I* servant) {
   if (servant == nullptr) {
-    refuse("the manager \"" + name + "\" has no servant");
+    throwPlatformFailure(kInternalError, "the manager \"" + name + "\" has no servant");
   }
   PortableServer::ServantBase_var owned = servant;
   try {
@@ -52,7 +45,8 @@ void ManagerRegistry::serve(const std::string& name, POA_common::Common_I* serva
     publish(served, servant);
     served.servant = owned._retn();
   } catch (const CORBA::Exception& failure) {
-    refuse("the manager \"" + name + "\" cannot be served: " + failure._name());
+    throwPlatformFailure(kInternalError,
+                         "the manager \"" + name + "\" cannot be served: " + failure._name());
   }
 }
 

@@ -61,7 +61,7 @@ ViewAdmission::Pass ViewAdmission::admit(std::size_t bytes) {
   }
   if (decision != Decision::kRuns) {
     lock.unlock();
-    refuse(bytes, decision);
+    throwNoResources(bytes, decision);
   }
   ++inProgress_;
   ++computing_;
@@ -99,7 +99,7 @@ std::size_t ViewAdmission::room() const {
   return bytes_ < limits_.memory ? limits_.memory - bytes_ : 0;
 }
 
-void ViewAdmission::refuse(std::size_t bytes, Decision decision) {
+void ViewAdmission::throwNoResources(std::size_t bytes, Decision decision) {
   log_.refused(std::string(subject_) + " that needs " + inMegabytes(bytes) + " is refused: " +
                (decision == Decision::kNoMemory ? "memory is short" : "too many wait"));
   throw CORBA::NO_RESOURCES(0, CORBA::COMPLETED_NO);

@@ -93,7 +93,7 @@ class ViewAdmission {
 
   Decision await(MutexLock& lock, std::size_t bytes) REQUIRES(mutex_);
   Decision decide(std::size_t bytes) const REQUIRES(mutex_);
-  [[noreturn]] void refuse(std::size_t bytes, Decision decision);
+  [[noreturn]] void throwNoResources(std::size_t bytes, Decision decision);
   std::size_t room() const REQUIRES(mutex_);
   void callNext() REQUIRES(mutex_);
   void release(std::size_t bytes, bool computing);

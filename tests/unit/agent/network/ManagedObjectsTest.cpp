@@ -60,20 +60,20 @@ TEST(ManagedObjects, SaysWhatIsWrongWithAName) {
 }
 
 TEST(ManagedObjects, ShowsNamesShortAndHarmless) {
-  EXPECT_EQ("{}", agent::show(nameOf({})));
-  EXPECT_EQ("{EMS=E, OS=1}", agent::show(nameOf({{"EMS", "E"}, {"OS", "1"}})));
-  EXPECT_EQ("{a\\x0a=\\xff}", agent::show(nameOf({{"a\n", "\xff"}})));
-  EXPECT_EQ("{=, =, =, =, ...}", agent::show(nameOf(Pairs(1000000))));
+  EXPECT_EQ("{}", agent::formatName(nameOf({})));
+  EXPECT_EQ("{EMS=E, OS=1}", agent::formatName(nameOf({{"EMS", "E"}, {"OS", "1"}})));
+  EXPECT_EQ("{a\\x0a=\\xff}", agent::formatName(nameOf({{"a\n", "\xff"}})));
+  EXPECT_EQ("{=, =, =, =, ...}", agent::formatName(nameOf(Pairs(1000000))));
   EXPECT_EQ('{' + std::string(80, 'x') + "...=" + std::string(80, 'y') + "...}",
-            agent::show(nameOf({{longText('x'), longText('y')}})));
+            agent::formatName(nameOf({{longText('x'), longText('y')}})));
 }
 
 TEST(ManagedObjects, ShowsKeysAsTheirNames) {
-  EXPECT_EQ("{EMS=E, ManagedElement=5}", agent::show(ObjectKey{1, "NE=5"}, "E"));
-  EXPECT_EQ("{EMS=E, ONE=5}", agent::show(ObjectKey{2, "ONE=5"}, "E"));
-  EXPECT_EQ("{EMS=E, OS=5}", agent::show(ObjectKey{3, "OS=5"}, "E"));
-  EXPECT_EQ("{EMS=E, TopoSubnetwork=a=b}", agent::show(ObjectKey{54, "a=b"}, "E"));
-  EXPECT_EQ("{EMS=E, ClockTopoLinkId=a=b}", agent::show(ObjectKey{201, "a=b"}, "E"));
+  EXPECT_EQ("{EMS=E, ManagedElement=5}", agent::formatName(ObjectKey{1, "NE=5"}, "E"));
+  EXPECT_EQ("{EMS=E, ONE=5}", agent::formatName(ObjectKey{2, "ONE=5"}, "E"));
+  EXPECT_EQ("{EMS=E, OS=5}", agent::formatName(ObjectKey{3, "OS=5"}, "E"));
+  EXPECT_EQ("{EMS=E, TopoSubnetwork=a=b}", agent::formatName(ObjectKey{54, "a=b"}, "E"));
+  EXPECT_EQ("{EMS=E, ClockTopoLinkId=a=b}", agent::formatName(ObjectKey{201, "a=b"}, "E"));
 }
 
 TEST(ManagedObjects, ReadsElementNodesByTheClassOfTheLastTerm) {

@@ -1,4 +1,4 @@
-#include "agent/formats/Field.h"
+#include "agent/formats/JsonField.h"
 
 #include <algorithm>
 #include <limits>
@@ -42,7 +42,7 @@ bool isWithin(const Json& value) {
 
 }  // namespace
 
-std::string Field::path() const {
+std::string JsonField::path() const {
   const std::string before = parent_ == nullptr ? "" : parent_->path();
   if (name_.empty()) {
     return before + '[' + std::to_string(index_) + ']';
@@ -50,102 +50,102 @@ std::string Field::path() const {
   return before + (before.empty() ? "" : ".") + std::string(name_);
 }
 
-void Field::refuse(const std::string& reason) const {
+void JsonField::throwRefusal(const std::string& reason) const {
   throw Refusal{path(), reason};
 }
 
-void Field::refuseKind(const char* wanted) const {
-  refuse(std::string("must be ") + wanted + ", not " + kindOf(*value_));
+void JsonField::throwWrongKind(const char* wanted) const {
+  throwRefusal(std::string("must be ") + wanted + ", not " + kindOf(*value_));
 }
 
-const Field& Field::required() const {
+const JsonField& JsonField::required() const {
   if (!isPresent()) {
-    refuse("is missing");
+    throwRefusal("is missing");
   }
   return *this;
 }
 
-void Field::requireObject() const {
+void JsonField::requireObject() const {
   if (!value_->is_object()) {
-    refuseKind("an object");
+    throwWrongKind("an object");
   }
 }
 
-void Field::requireFieldsAmong(const std::vector<std::string>& names) const {
+void JsonField::requireFieldsAmong(const std::vector<std::string>& names) const {
   requireObject();
   for (const auto& item : value_->items()) {
     if (std::find(names.begin(), names.end(), item.key()) == names.end()) {
-      refuse("has the unknown field " + inQuotes(item.key()));
+      throwRefusal("has the unknown field " + inQuotes(item.key()));
     }
   }
 }
 
-Field Field::member(const char* name) const {
+JsonField JsonField::member(const char* name) const {
   const auto found = value_->find(name);
-  return Field(this, std::string_view(name), found == value_->end() ? nullptr : &*found);
+  return JsonField(this, std::string_view(name), found == value_->end() ? nullptr : &*found);
 }
 
-std::size_t Field::size() const {
+std::size_t JsonField::size() const {
   if (isPresent() && !value_->is_array()) {
-    refuseKind("a list");
+    throwWrongKind("a list");
   }
   return isPresent() ? value_->size() : 0;
 }
 
-bool Field::isListOf(std::size_t entries) const {
+bool JsonField::isListOf(std::size_t entries) const {
   const std::size_t found = size();
   if (isPresent() && found != entries) {
-    refuse("must have " + std::to_string(entries) + " entries, not " + std::to_string(found));
+    throwRefusal("must have " + std::to_string(entries) + " entries, not " + std::to_string(found));
   }
   return isPresent();
 }
 
-Field Field::entry(std::size_t index) const {
-  return Field(this, index, &(*value_)[index]);
+JsonField JsonField::entry(std::size_t index) const {
+  return JsonField(this, index, &(*value_)[index]);
 }
 
-std::string Field::text() const {
+std::string JsonField::text() const {
   if (!isPresent()) {
     return {};
   }
   if (!value_->is_string()) {
-    refuseKind("a text");
+    throwWrongKind("a text");
   }
   const auto& text = value_->get_ref<const std::string&>();
   if (text.find('\0') != std::string::npos) {
-    refuse("holds a NUL character");
+    throwRefusal("holds a NUL character");
   }
   return text;
 }
 
-bool Field::flag() const {
+bool JsonField::flag() const {
   if (isPresent() && !value_->is_boolean()) {
-    refuseKind("true or false");
+    throwWrongKind("true or false");
   }
   return isPresent() && value_->get<bool>();
 }
 
 template <typename Integer>
-Integer Field::number(Integer fallback) const {
+Integer JsonField::number(Integer fallback) const {
   if (!isPresent()) {
     return fallback;
   }
   if (!value_->is_number()) {
-    refuseKind("a whole number");
+    throwWrongKind("a whole number");
   }
   if (!isWithin<Integer>(*value_)) {
-    refuse("must be a whole number from " + std::to_string(std::numeric_limits<Integer>::min()) +
-           " to " + std::to_string(std::numeric_limits<Integer>::max()) + ", not " +
-           value_->dump());
+    throwRefusal("must be a whole number from " +
+                 std::to_string(std::numeric_limits<Integer>::min()) + " to " +
+                 std::to_string(std::numeric_limits<Integer>::max()) + ", not " + value_->dump());
   }
   return value_->get<Integer>();
 }
 
-std::int32_t Field::int32() const {
+std::int32_t JsonField::int32() const {
   return number<std::int32_t>(0);
 }
 
-std::uint32_t Field::uint32(std::uint32_t fallback) const {
+std::uint32_t JsonField::uint32(std::uint32_t fallback) const {
   return number(fallback);
 }
 

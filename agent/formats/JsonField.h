@@ -1,8 +1,8 @@
 // A cursor over a parsed JSON value that knows the path to it, so that each kind of check stands
 // once and every refusal names its place.
 
-#ifndef AGENT_FORMATS_FIELD_H
-#define AGENT_FORMATS_FIELD_H
+#ifndef AGENT_FORMATS_JSONFIELD_H
+#define AGENT_FORMATS_JSONFIELD_H
 
 #include <cstddef>
 #include <cstdint>
@@ -18,29 +18,29 @@ namespace agent {
 //
 // Borrows parent, name and value; paths are only put together when something is refused.
 // Thread-safety: none needed, nothing is ever changed.
-class Field {
+class JsonField {
  public:
-  Field(const Field* parent, std::string_view name, const nlohmann::json* value)
+  JsonField(const JsonField* parent, std::string_view name, const nlohmann::json* value)
       : parent_(parent), name_(name), value_(value) {}
-  Field(const Field* parent, std::size_t index, const nlohmann::json* value)
+  JsonField(const JsonField* parent, std::size_t index, const nlohmann::json* value)
       : parent_(parent), index_(index), value_(value) {}
 
   // Such as topoNodes[3].parent.
   std::string path() const;
-  [[noreturn]] void refuse(const std::string& reason) const;
+  [[noreturn]] void throwRefusal(const std::string& reason) const;
 
   bool isPresent() const { return value_ != nullptr; }
-  const Field& required() const;
+  const JsonField& required() const;
 
   // This is an object with no other fields than these.
   void requireFieldsAmong(const std::vector<std::string>& names) const;
-  Field member(const char* name) const;
+  JsonField member(const char* name) const;
 
   // The number of entries of this list, 0 when it was left out.
   std::size_t size() const;
   // Left out, or a list of exactly so many entries; true when it is there.
   bool isListOf(std::size_t entries) const;
-  Field entry(std::size_t index) const;
+  JsonField entry(std::size_t index) const;
 
   std::string text() const;
   bool flag() const;
@@ -48,13 +48,13 @@ class Field {
   std::uint32_t uint32(std::uint32_t fallback) const;
 
  private:
-  [[noreturn]] void refuseKind(const char* wanted) const;
+  [[noreturn]] void throwWrongKind(const char* wanted) const;
   void requireObject() const;
 
   template <typename Integer>
   Integer number(Integer fallback) const;
 
-  const Field* parent_;
+  const JsonField* parent_;
   std::string_view name_;  // empty for an entry of a list
   std::size_t index_ = 0;
   const nlohmann::json* value_;
