@@ -1,4 +1,4 @@
-// The agent put together: store, model, ORB, module.
+// The agent: assembles store, model, ORB and module.
 
 #ifndef AGENT_AGENT_H
 #define AGENT_AGENT_H
@@ -11,7 +11,8 @@
 
 namespace agent {
 
-// One in a process. Thread-safety: one thread; reloadModule from any.
+// One in a process. Thread-safety: one thread; reloadModule from any thread. Ownership: owns all
+// parts of the agent. Errors: as said at each function.
 class Agent {
  public:
   explicit Agent(Options options);
@@ -22,26 +23,26 @@ class Agent {
   Agent(const Agent&) = delete;
   Agent& operator=(const Agent&) = delete;
 
-  // Asked between the steps of a start, and during those that wait for somebody else.
+  // Called between the steps of a start, and while a step waits for another process.
   using StopRequested = std::function<bool()>;
 
-  // Opens the endpoint, the store and the module and begins to serve. Throws a std::exception whose
-  // text is one line, or a CORBA exception, when one of them cannot be used; nothing is then
-  // served. Returns false, and nothing is served, when the start is asked to stop before it is
-  // complete, whatever else fails then. An empty function never asks.
+  // Opens the endpoint, the store and the module and begins to serve. Throws a std::exception with
+  // one line of text, or a CORBA exception, when one of the three cannot be used. Returns false
+  // when stopRequested() was true before the end of the start, also after a failure. Without
+  // success nothing is served. An empty function never stops the start.
   bool start(const StopRequested& stopRequested = {});
 
-  // Withdraws everything that start made, in reverse. Does nothing when nothing was started.
+  // Undoes the start in reverse order. Does nothing without a start.
   void stop();
 
-  // What is served, and where. REQUIRES: started.
+  // The line that announces the endpoint and the network. REQUIRES: started.
   std::string readyLine();
 
   // The manager's object reference as text. REQUIRES: started.
   std::string managerReference();
 
-  // Takes the module out of the process and puts it in again. Clients see TRANSIENT in between, and
-  // iterators end. REQUIRES: started. Throws ModuleError.
+  // Unloads and loads the module. Clients get TRANSIENT during the reload, and iterators end.
+  // Throws ModuleError. REQUIRES: started.
   void reloadModule();
 
  private:

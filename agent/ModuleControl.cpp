@@ -10,7 +10,7 @@
 namespace agent {
 namespace {
 
-// How long a module may take for the events that wait for it when it is to go.
+// How long an unload waits until the module has handled the queued events.
 constexpr std::chrono::seconds kEventPatience{10};
 
 }  // namespace
@@ -43,8 +43,7 @@ void ModuleControl::reload() {
   startExchange().get();
 }
 
-// On another thread: a POA cannot be waited for from within a request, and the caller may be in
-// one.
+// On another thread: the caller may run within a request, which cannot wait for the end of a POA.
 std::future<void> ModuleControl::startExchange() {
   try {
     return std::async(std::launch::async, [this] { exchange(); });
@@ -54,8 +53,7 @@ std::future<void> ModuleControl::startExchange() {
   }
 }
 
-// While changes are paused nothing may wait for requests that serve a module: one of them may be a
-// change.
+// No step waits for requests while changes are paused: a waiting request may be a change.
 void ModuleControl::exchange() {
   std::optional<NetworkWriter::Pause> pause;
   try {
@@ -78,7 +76,7 @@ void ModuleControl::unload() {
   takeOut();
 }
 
-// After a failure some of it may be in.
+// After a failure the module may be loaded in part.
 void ModuleControl::bringIn() {
   northbound_.open();
   loader_.load();
@@ -89,7 +87,7 @@ void ModuleControl::bringIn() {
   state_ = State::kLoaded;
 }
 
-// Nothing of the module may be in use when it goes.
+// The module must not be in use when it is unloaded.
 void ModuleControl::takeOut() {
   northbound_.retire();
   if (!events_.flush(kEventPatience)) {

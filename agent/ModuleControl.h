@@ -1,4 +1,4 @@
-// The module's place in the agent: in, out, and in again.
+// Loading, reloading and unloading of the module in the running agent.
 
 #ifndef AGENT_MODULECONTROL_H
 #define AGENT_MODULECONTROL_H
@@ -16,12 +16,13 @@
 
 namespace agent {
 
-// Borrows everything, which must outlive it.
-// Thread-safety: any thread; load, reload and unload take turns. Not from within a request to the
-// manager or an iterator.
+// Thread-safety: any thread, but never within a request to the manager or an iterator; load, reload
+// and unload take turns.
+// Ownership: borrows the writer, the event manager and the northbound side, which outlive this
+// object. Errors: ModuleError, and CORBA exceptions from a reload.
 class ModuleControl {
  public:
-  // The name under which the module must serve a manager.
+  // manager: the object key at which the module must serve a manager.
   ModuleControl(const char* manager, std::filesystem::path module, NetworkWriter& writer,
                 EventManager& events, Northbound& northbound);
 
@@ -34,19 +35,19 @@ class ModuleControl {
   // Throws ModuleError.
   void load();
 
-  // Unloads and loads. Changes of the network wait meanwhile, so that every event finds a module
-  // that translates it. Throws ModuleError or a CORBA exception. The module is then missing, and
-  // another reload can load it; when the reload could not even begin, the module serves on.
+  // Unloads and loads. Changes of the network wait during the reload, so that a loaded module
+  // handles every event. After an exception the module is missing and another reload can load the
+  // module; when no thread could be started, the module continues to serve.
   void reload();
 
-  // Stops serving what came from the module, lets it handle the events that were raised, and takes
-  // it out. Does nothing when it is out.
+  // Stops serving the objects of the module, waits until the module has handled all raised events,
+  // and unloads the module. Does nothing when the module is not loaded.
   void unload();
 
   enum class State { kLoaded, kReloading, kMissing };
   State state() const { return state_.load(); }
 
-  // How many times it came in.
+  // The number of successful loads.
   std::uint32_t loads() const { return loads_.load(); }
 
  private:

@@ -1,4 +1,4 @@
-// Loggers that give each line to a function; one of them from a thread of its own.
+// Loggers that pass each line to a function, on the calling thread or on a thread of the logger.
 
 #ifndef AGENT_BASE_BACKGROUNDLOGGER_H
 #define AGENT_BASE_BACKGROUNDLOGGER_H
@@ -20,19 +20,20 @@ namespace agent {
 // Writes a whole line, line feed included. May block; must not throw.
 using WriteLine = std::function<void(std::string_view)>;
 
-// Writes each line before log returns, one at a time.
+// A logger that writes each line before log returns, one line at a time.
 std::unique_ptr<spdlog::logger> makeDirectLogger(const WriteLine& write);
 
-// Writes lines from a thread of its own, so that logging never waits for a line to be written. When
-// too many lines wait, each new one displaces the oldest; before the next line that is written
-// stands one that says how many were dropped.
+// Writes lines on a thread of its own, so that logging never waits for a write. When the queue is
+// full, each new line evicts the oldest line. A line with the number of dropped lines precedes the
+// next line that is written.
 //
-// Thread-safety: any thread.
+// Thread-safety: any thread. Ownership: owns the queue, the thread and the logger. Errors: a line
+// without memory is dropped.
 class BackgroundLogger {
  public:
   BackgroundLogger(const WriteLine& write, std::size_t mostWaiting);
 
-  // Waits until the lines that wait are written, for as long as that takes.
+  // Waits without a timeout until the queued lines are written.
   ~BackgroundLogger();
 
   BackgroundLogger(const BackgroundLogger&) = delete;
@@ -40,7 +41,7 @@ class BackgroundLogger {
 
   spdlog::logger& logger() { return *logger_; }
 
-  // Waits until every line logged before is written or dropped; false when that takes too long.
+  // Waits until every line logged before is written or dropped. Returns false after the timeout.
   bool flush(std::chrono::milliseconds patience);
 
  private:

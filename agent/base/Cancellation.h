@@ -1,4 +1,4 @@
-// A request to give up work that may take long, such as an import while the agent stops.
+// A request to cancel long work, such as an import while the agent stops.
 
 #ifndef AGENT_BASE_CANCELLATION_H
 #define AGENT_BASE_CANCELLATION_H
@@ -13,13 +13,14 @@ class Cancelled : public std::runtime_error {
   Cancelled() : std::runtime_error("cancelled, because the agent stops") {}
 };
 
-// The owner of the work requests the cancellation; the work looks for it at every record, so that
-// it ends within moments and undoes what it has begun.
+// The owner of the work requests the cancellation. The work checks for the request at every record,
+// and undoes its changes.
 //
-// Thread-safety: any thread.
+// Thread-safety: any thread. Ownership: outlives the work. Errors: throwIfRequested throws
+// Cancelled.
 class Cancellation {
  public:
-  // For work that nobody cancels.
+  // A cancellation that is never requested.
   static const Cancellation& none() {
     static const Cancellation never;
     return never;

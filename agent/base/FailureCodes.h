@@ -1,7 +1,7 @@
-// The failure codes of the agent: what its contracts return, and what its ProcessExceptions carry.
+// The failure codes of the agent, as return values of contract functions and in ProcessExceptions.
 //
-// They stay clear of 0x4118xxxx, where the platform's own codes are, and fit a signed 32-bit
-// integer. The northbound side knows which exception type each of them stands for.
+// The platform has the codes 0x4118xxxx. The codes of the agent are others, and fit a signed 32-bit
+// integer. host/Failures.cpp maps each code to an exception type.
 
 #ifndef AGENT_BASE_FAILURECODES_H
 #define AGENT_BASE_FAILURECODES_H

@@ -32,7 +32,8 @@ void writeToStandardError(std::string_view line) {
   writeWithin(STDERR_FILENO, line, kNoLimit);
 }
 
-// Neither is ever destroyed: threads of the ORB may log until the process is gone.
+// Never destroyed, and neither is the background logger: threads of the ORB may log until the
+// process ends.
 spdlog::logger& directLogger() {
   static spdlog::logger& logger = *makeDirectLogger(writeToStandardError).release();
   return logger;

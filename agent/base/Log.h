@@ -14,10 +14,10 @@
 namespace agent {
 
 constexpr int kLogErrors = 1;
-constexpr int kLogEvents = 2;  // what an operator wants to know about a healthy agent
+constexpr int kLogEvents = 2;  // events of a healthy agent, for operators
 constexpr int kLogTraces = 3;
 
-// Messages above this level are dropped. At first only errors are let through.
+// Messages above this level are dropped. The initial level is kLogErrors.
 void setLogLevel(int level);
 
 // Whether messages of a level are written at present.
@@ -29,13 +29,13 @@ void log(int level, const std::string& text);
 // Logs a message at a position of its own.
 void logAt(int level, const std::string& file, int line, std::string_view text);
 
-// From here to the end of the process a thread of its own writes the log, so that no thread that
-// logs waits for whoever reads standard error. At most 1,000 lines wait for that thread; then the
-// oldest line is dropped for each new one, and a line in the log says how many were. Call once,
-// before other threads log. Until then each message is written by the thread that logs it.
+// Starts a thread that writes the log until the end of the process, so that no other thread waits
+// for the reader of standard error. Before the call, each thread writes its own messages. The queue
+// holds 1,000 lines; a full queue drops its oldest lines and logs their number. Call once, before
+// other threads log.
 void logInBackground();
 
-// Waits until every message logged before is written; false when that takes too long.
+// Waits until every message logged before is written. Returns false after the timeout.
 bool flushLog(std::chrono::milliseconds patience);
 
 }  // namespace agent

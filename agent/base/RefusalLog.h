@@ -1,4 +1,4 @@
-// Log lines about refusals, which clients can cause as often as they like.
+// A rate limit for log lines about refusals, which clients can cause at any rate.
 
 #ifndef AGENT_BASE_REFUSALLOG_H
 #define AGENT_BASE_REFUSALLOG_H
@@ -12,19 +12,19 @@
 
 namespace agent {
 
-// Logs a limited number of refusals in an interval, and with the next one the number of those
-// before it that were not logged.
+// Logs a limited number of refusals in each interval. The first line of the next interval has the
+// number of refusals that were not logged.
 //
-// Thread-safety: any thread.
+// Thread-safety: any thread. Ownership: owns its counters only. Errors: refused never throws.
 class RefusalLog {
  public:
   using Clock = std::function<std::chrono::steady_clock::time_point()>;
 
-  // One refusal a minute unless told otherwise; one line at least.
+  // lines: at least 1.
   explicit RefusalLog(Clock clock, std::size_t lines = 1,
                       std::chrono::seconds interval = std::chrono::minutes(1));
 
-  // At level 1. Drops the line when there is no memory for it.
+  // Logs at level 1. Drops the line when memory is short.
   void refused(const std::string& text) noexcept;
 
  private:

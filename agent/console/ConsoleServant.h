@@ -1,4 +1,4 @@
-// The console: the agent's operator changes the network and the agent through it.
+// The console: operators change the network and control the agent.
 
 #ifndef AGENT_CONSOLE_CONSOLESERVANT_H
 #define AGENT_CONSOLE_CONSOLESERVANT_H
@@ -10,10 +10,10 @@
 
 namespace agent {
 
-// Every operation ends in an answer or a ProcessingFailureException; what broke within the agent is
-// in its log.
-//
-// Borrows what it works on. Thread-safety: any thread.
+// Thread-safety: any thread.
+// Ownership: borrows the services and the control, which outlive this servant.
+// Errors: every operation throws ProcessingFailureException alone; the cause of an internal error
+// is logged.
 class ConsoleServant final : public POA_TopoAgent::Console_I {
  public:
   ConsoleServant(NodeService& nodes, Backups& backups, AgentControl& control)

@@ -13,28 +13,30 @@
 
 namespace agent {
 
-// An import reserves memory from before its arguments are decoded until its reply was sent.
+// An import reserves memory before its arguments are decoded, and until its reply was sent.
 //
-// Thread-safety: any thread.
+// Thread-safety: any thread. Ownership: outlives the reservations. Errors: admit throws
+// CORBA::NO_RESOURCES and logs.
 class ImportAdmission {
  public:
   // Whether the process may allocate so many bytes more. Called from any thread.
   using Allows = std::function<bool(std::size_t bytes)>;
 
-  // What one byte of a file takes at most while it is read: nodes of XML and values of JSON that
-  // are written with two or three characters take the most.
+  // The most memory that one byte of a file takes while the file is read: XML nodes and JSON values
+  // of two or three characters take the most.
   static constexpr std::size_t kBytesOfByte = 40;
 
   ImportAdmission(Allows allows, RefusalLog::Clock clock);
   ImportAdmission(const ImportAdmission&) = delete;
   ImportAdmission& operator=(const ImportAdmission&) = delete;
 
-  // For a request to the console. Null for other operations; otherwise an object that gives the
-  // reserved memory back when it is destroyed, before this. Never waits. Throws NO_RESOURCES, and
-  // logs, when the process may not allocate what the imports in progress and this one need.
+  // The guard of the console's requests. Returns null for other operations than importNetwork, and
+  // otherwise a reservation, which the destructor of the returned object releases. Never waits.
+  // Throws NO_RESOURCES when the process may not allocate the memory of this import and of the
+  // imports in progress.
   std::shared_ptr<void> admit(const orb::Request& request);
 
-  // Bytes that the imports in progress need, whether or not they have allocated them yet.
+  // The bytes of all reservations.
   std::size_t reserved() const;
 
  private:

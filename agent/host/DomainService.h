@@ -1,4 +1,4 @@
-// The platform's domain data, served from the network model. Published as "DomainInterface".
+// The domain data of the platform, read from the network model. Published as "DomainInterface".
 
 #ifndef AGENT_HOST_DOMAINSERVICE_H
 #define AGENT_HOST_DOMAINSERVICE_H
@@ -11,7 +11,8 @@
 
 namespace agent {
 
-// Borrows the model, which must outlive it. Thread-safety: any thread; it has no state of its own.
+// Thread-safety: any thread; no state of its own. Ownership: borrows the model, which outlives this
+// object. Errors: ProcessException.
 class DomainService final : public NS_DOMAIN::DomainInterface,
                             private NS_DOMAIN::DomainFacet,
                             private NS_DOMAIN::TopoData,
@@ -19,7 +20,8 @@ class DomainService final : public NS_DOMAIN::DomainInterface,
  public:
   explicit DomainService(const NetworkModel& model) : model_(model) {}
 
-  // There is one facet, for "CORBA"; any other client gets a ProcessException (kEntityNotFound).
+  // The one facet, for the client "CORBA". Throws ProcessException (kEntityNotFound) for another
+  // client.
   NS_DOMAIN::DomainFacet* GetFacet(const std::string& client) override;
 
  private:

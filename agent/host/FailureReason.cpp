@@ -10,16 +10,16 @@ struct Explained {
   std::string reason;
 };
 
-thread_local Explained waiting;
+thread_local Explained pending;
 
 }  // namespace
 
 void explainFailure(CORBA::ULong code, const std::string& reason) {
-  waiting = {code, code == 0 ? std::string() : reason};
+  pending = {code, code == 0 ? std::string() : reason};
 }
 
 std::string takeReason(CORBA::ULong code) {
-  const Explained taken = std::exchange(waiting, {});
+  const Explained taken = std::exchange(pending, {});
   return taken.code == code ? taken.reason : std::string();
 }
 

@@ -1,7 +1,8 @@
-// Why a call failed that can return no more than a code.
+// The reason of a failed call whose return value is a code only.
 //
-// The reason waits on the thread of the call until the next failure is translated there. That of
-// another code, or a success, ends the wait: a reason never becomes that of another failure.
+// The reason is kept in a thread_local from the failing call until ConstructException(code) reads
+// the reason. Another code or a success clears the reason. Thread-safety: any thread; each thread
+// has one reason.
 
 #ifndef AGENT_HOST_FAILUREREASON_H
 #define AGENT_HOST_FAILUREREASON_H
@@ -12,10 +13,10 @@
 
 namespace agent {
 
-// In place of an earlier reason; code 0 stands for a success and leaves none.
+// Replaces an earlier reason. Code 0 is a success and clears the reason.
 void explainFailure(CORBA::ULong code, const std::string& reason);
 
-// Ends the wait. Empty when no reason was given, or that of another code.
+// Returns and clears the reason. Empty when there is no reason, or the reason of another code.
 std::string takeReason(CORBA::ULong code);
 
 }  // namespace agent

@@ -17,22 +17,23 @@
 
 namespace agent {
 
-// What GetObjectType says of a name that is none of this agent's, or that of a topology subnetwork
-// that is not there.
+// The result of GetObjectType for the name of another agent's object, and for the name of a
+// topology subnetwork that does not exist.
 constexpr int kNoObjectType = 0;
 
-// Every operation is total: any name, however long or malformed, is answered, with kInvalidName
-// where it has no meaning. Only topology subnetworks are looked up in the model; that an element or
-// a management system exists is not asked.
+// Every operation is total: a name of any length and form has an answer, kInvalidName for a name
+// without a meaning. GetObjectType looks topology subnetworks up in the model. No operation checks
+// that an element or a management system exists.
 //
-// Borrows the model, which must outlive it. Thread-safety: any thread.
+// Thread-safety: any thread. Ownership: borrows the model, which outlives this object. Errors:
+// failure codes.
 class ObjectNaming final : public NS_CORBA::CorbaUtilInterface {
  public:
-  // Receives one line for each object that has no name, on the thread of the call. Such an object
-  // is missing from the views.
+  // Receives one line for each object without a name, on the thread of the call. Views leave such
+  // an object out.
   using Unnamed = std::function<void(const std::string& line)>;
 
-  // ems: the value of the "EMS" pair of every name, which need not be the network's own.
+  // ems: the value of the "EMS" pair of every name; may differ from the name in the network.
   ObjectNaming(std::string ems, const NetworkModel& model, Unnamed unnamed = {});
 
   int GetObjectType(const globaldefs::NVSList_T& name) override;

@@ -1,4 +1,4 @@
-// A service interface of the agent's own, offered to modules.
+// The publication of a service interface for modules.
 
 #ifndef AGENT_HOST_PUBLICATION_H
 #define AGENT_HOST_PUBLICATION_H
@@ -7,8 +7,10 @@
 
 namespace agent {
 
-// The interface is published under a name for as long as this lives. Borrows it.
-// Thread-safety: made and ended while no module looks for it.
+// Publishes an interface under a name for as long as the Publication lives.
+//
+// Thread-safety: constructed and destroyed while no module looks for the interface. Ownership:
+// borrows the interface. Errors: std::bad_alloc.
 class Publication {
  public:
   Publication(const char* name, NS_BUNDLEMGR1::ServiceInterface& service)

@@ -1,4 +1,4 @@
-// An entry of this agent in a CORBA naming service.
+// The entry of the agent in a CORBA naming service.
 
 #ifndef AGENT_NORTHBOUND_COSNAMINGENTRY_H
 #define AGENT_NORTHBOUND_COSNAMINGENTRY_H
@@ -18,12 +18,15 @@ class NamingError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-// Bound by the constructor, unbound by the destructor unless somebody else has taken the name over.
-// The destructor waits for the naming service for at most 4 seconds.
+// The constructor binds the name. The destructor unbinds the name unless another object is bound by
+// now, and waits for the naming service for at most 4 seconds.
+//
+// Thread-safety: constructed and destroyed by one thread. Ownership: holds references to the naming
+// context and to the object. Errors: the constructor throws NamingError, the destructor none.
 class CosNamingEntry {
  public:
-  // The service as an object reference of any form. A service that does not answer within 2 seconds
-  // is asked again, for about 10 seconds in all, unless stopRequested. Throws NamingError.
+  // service: an object reference in any form. The constructor repeats a call without an answer
+  // after 2 seconds, for about 10 seconds in all, until stopRequested() is true.
   CosNamingEntry(CORBA::ORB_ptr orb, const std::string& service, const std::string& name,
                  CORBA::Object_ptr object, const std::function<bool()>& stopRequested);
   ~CosNamingEntry();

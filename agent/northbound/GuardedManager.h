@@ -1,4 +1,4 @@
-// The topology manager behind the admission of views.
+// The topology manager with admission of views.
 
 #ifndef AGENT_NORTHBOUND_GUARDEDMANAGER_H
 #define AGENT_NORTHBOUND_GUARDEDMANAGER_H
@@ -13,23 +13,25 @@
 
 namespace agent {
 
-// What guards the views of a manager, and setAdditionalInfo, whose reply has everything that is
-// stored. The latter waits for changes of the network, so it takes no place of a view.
+// The admissions of a manager's operations. setAdditionalInfo has an admission of its own: its
+// reply is large too, but the operation waits for changes of the network, and must not keep views
+// out.
 struct ViewGuard {
   ViewAdmission& admission;
   ViewAdmission& information;
   IteratorRegistry& iterators;
-  std::function<ViewSize(ViewKind)> sizeOf;  // of the network at this moment; from any thread
+  std::function<ViewSize(ViewKind)> sizeOf;  // of the current network; called from any thread
 };
 
-// Serves the operations of a manager of a module. Each view waits for its admission before the
-// module runs: the module ends the process when an allocation fails. Iterators that the module adds
-// during a view are not reclaimed before the view has ended.
+// Forwards the operations to the module's manager. Each view waits for its admission before the
+// module runs, because the module ends the process when an allocation fails. Iterators that the
+// module adds during a view are not reclaimed before the view has ended.
 //
 // Thread-safety: any thread.
+// Ownership: borrows the manager and the guard, which outlive this object.
+// Errors: exceptions of the module's manager pass; the admission throws NO_RESOURCES or TRANSIENT.
 class GuardedManager final : public virtual POA_TopoManagementManager::TopoMgr_I {
  public:
-  // Borrows manager and guard, which must outlive it.
   GuardedManager(POA_TopoManagementManager::TopoMgr_I& manager, const ViewGuard& guard)
       : manager_(manager), guard_(guard) {}
 
@@ -67,8 +69,8 @@ class GuardedManager final : public virtual POA_TopoManagementManager::TopoMgr_I
   const ViewGuard& guard_;
 };
 
-// What an iterator that this thread's view adds holds, in bytes: its records in the average size of
-// the records of the view. 0 outside of a view, and for a servant of another kind.
+// The bytes of the records in an iterator that the calling thread's view adds, estimated from the
+// average size of the view's records. 0 outside of a view, and for a servant of another kind.
 std::size_t iteratorBytes(PortableServer::ServantBase* servant);
 
 }  // namespace agent

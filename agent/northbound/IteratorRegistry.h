@@ -1,5 +1,5 @@
-// Housekeeping of result iterators: the POA on which they live, the references that keep them, the
-// limits in number and bytes, and the timeout of idle iterators.
+// Housekeeping of result iterators: their POA, their references, the limits in number and bytes,
+// and the timeout of idle iterators.
 
 #ifndef AGENT_NORTHBOUND_ITERATORREGISTRY_H
 #define AGENT_NORTHBOUND_ITERATORREGISTRY_H
@@ -20,12 +20,13 @@ namespace agent {
 
 struct IteratorLimits {
   std::chrono::milliseconds idleTimeout{300000};
-  std::size_t maximum = 1000;                 // that live at once
-  std::size_t memory = std::size_t{1} << 30;  // bytes, of all that live at once
+  std::size_t maximum = 1000;                 // registered iterators
+  std::size_t memory = std::size_t{1} << 30;  // bytes of all registered iterators
 };
 
-// Thread-safety: any thread; open and retire from one thread at a time, never from within a
-// request.
+// Thread-safety: any thread; open and retire from one thread at a time, never within a request.
+// Ownership: owns one reference to every registered servant until the servant is deactivated.
+// Errors: failure codes, as said at each function; open and retire throw CORBA exceptions.
 class IteratorRegistry {
  public:
   using TimePoint = std::chrono::steady_clock::time_point;
@@ -40,12 +41,12 @@ class IteratorRegistry {
   IteratorRegistry(const IteratorRegistry&) = delete;
   IteratorRegistry& operator=(const IteratorRegistry&) = delete;
 
-  // Makes the POA and lets requests in.
+  // Creates the POA, which accepts requests from then on.
   void open();
 
-  // Destroys the POA, waits until running requests have ended, and drops all iterators. New
-  // requests raise TRANSIENT until then and OBJECT_NOT_EXIST afterwards. Does nothing when the
-  // registry is not open.
+  // Destroys the POA, waits until running requests have ended, and releases all iterators. New
+  // requests raise TRANSIENT during the destruction and OBJECT_NOT_EXIST afterwards. Does nothing
+  // when the registry is not open.
   void retire();
 
   // A new reference to the POA for the caller; nil when the registry is not open.
@@ -59,14 +60,14 @@ class IteratorRegistry {
   //   - kInternalError: the registry is not open, or the servant cannot be activated.
   FailureCode add(PortableServer::ServantBase* servant, std::size_t bytes);
 
-  // Deactivates a servant and drops the reference to it; false for an unknown one, which is no
-  // error.
+  // Deactivates a servant and releases the reference to the servant. Returns false for an unknown
+  // servant.
   bool deactivate(PortableServer::ServantBase* servant);
 
-  // A request for an object arrives; if it is an iterator's, that has been used now.
+  // Restarts the idle time of the iterator with this key. Ignores the keys of other objects.
   void touch(const orb::ObjectKey& key);
 
-  // Deactivates all iterators that have not been used for the idle timeout; returns how many.
+  // Deactivates all iterators without a request during the idle timeout; returns the number.
   std::size_t reclaimIdle();
 
   // While a Creation lives, no iterator that its thread adds is reclaimed: the client has no
@@ -86,7 +87,7 @@ class IteratorRegistry {
     std::vector<PortableServer::ServantBase*> added_;  // not owned
   };
 
-  // How many live, and how many bytes they hold.
+  // The number of registered iterators, and the bytes of their records.
   std::size_t size();
   std::size_t bytes();
 

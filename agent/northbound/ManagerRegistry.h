@@ -1,4 +1,4 @@
-// The managers that modules register, and the servants that they are served by.
+// The registered managers and their servants.
 
 #ifndef AGENT_NORTHBOUND_MANAGERREGISTRY_H
 #define AGENT_NORTHBOUND_MANAGERREGISTRY_H
@@ -13,30 +13,31 @@
 
 namespace agent {
 
-// Thread-safety: one thread at a time, never from within a request.
+// Thread-safety: one thread at a time, never within a request.
+// Ownership: borrows the factories and the guard; owns the creation references of the servants.
+// Errors: ProcessException, as platform/agent/AgentConfig.h says.
 class ManagerRegistry {
  public:
-  // Topology managers are served behind the guard, which outlives this object; null: unguarded.
+  // Serves topology managers behind the guard, which outlives this object. Null: without a guard.
   explicit ManagerRegistry(orb::Server& server, const ViewGuard* guard = nullptr);
 
   ManagerRegistry(const ManagerRegistry&) = delete;
   ManagerRegistry& operator=(const ManagerRegistry&) = delete;
 
-  // Throw ProcessException, as the contract says.
   void add(const std::string& name, NS_CORBA::MgrFactory* factory);
   void remove(const std::string& name);
 
-  // Takes over the servant's creation reference and serves it at the key that is its name, in place
-  // of a servant that was there before. Throws ProcessException.
+  // Takes over the creation reference of the servant, also on failure. Serves the servant at the
+  // object key `name`, in place of an earlier servant.
   void serve(const std::string& name, POA_common::Common_I* servant);
 
-  // Stops serving: waits until running requests have ended, then drops every servant.
+  // Waits until running requests have ended, then releases every servant.
   void retire();
 
-  // The object that is served under a name, a new reference for the caller; nil when there is none.
+  // A new reference to the object at the key `name`; nil when no servant is served there.
   CORBA::Object_ptr reference(const std::string& name);
 
-  // Whether a manager of this name is registered and served.
+  // Whether a manager with this name is registered and has a servant.
   bool serving(const std::string& name) const;
 
  private:

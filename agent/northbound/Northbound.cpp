@@ -10,7 +10,7 @@
 namespace agent {
 namespace {
 
-// An iterator lives at most this much longer than its idle time-out asks for.
+// The interval of the housekeeper: an idle iterator outlives its timeout by at most one interval.
 constexpr std::chrono::milliseconds kLongestInterval{1000};
 constexpr std::chrono::milliseconds kShortestInterval{10};
 
@@ -64,12 +64,12 @@ void Northbound::housekeep() {
   }
 }
 
-// What fails for lack of memory is tried again the next time.
+// When memory is short, the next interval tries again.
 void Northbound::reclaimIterators() noexcept {
   try {
     const std::size_t reclaimed = iterators_.reclaimIdle();
     if (reclaimed > 0) {
-      malloc_trim(0);  // whole results came back, from many threads' arenas
+      malloc_trim(0);  // the records of an iterator come from the arenas of many threads
       log(kLogEvents, "reclaimed " + std::to_string(reclaimed) + " idle iterators, " +
                           std::to_string(iterators_.size()) + " live");
     }
@@ -78,8 +78,7 @@ void Northbound::reclaimIterators() noexcept {
   }
 }
 
-// Batches of iterators are copied without an admission, so there must be memory for a copy of
-// everything that the iterators hold.
+// The copy of a batch needs no admission. So a copy of all records in iterators must fit as well.
 bool Northbound::allows(std::size_t bytes) {
   return !views_.allows || views_.allows(bytes + iterators_.bytes());
 }
@@ -101,7 +100,8 @@ void Northbound::open() {
   iterators_.open();
 }
 
-// The managers before the iterators: their requests make iterators. Views that wait end first.
+// Waiting views end first. The managers retire before the iterators, because requests to a manager
+// create iterators.
 void Northbound::retire() {
   admission_.close();
   information_.close();

@@ -1,4 +1,4 @@
-// The northbound side of the agent: what the module's contracts act on.
+// The northbound side of the agent: managers, iterators and the admission of views.
 
 #ifndef AGENT_NORTHBOUND_NORTHBOUND_H
 #define AGENT_NORTHBOUND_NORTHBOUND_H
@@ -20,19 +20,25 @@
 
 namespace agent {
 
-// What the views of the manager may take.
+// The limits of the manager's views. The functions are called from any thread.
 struct ViewSetup {
   ViewLimits limits;
-  // The size of a view of the network at this moment; none: views need nothing.
+  // The size of a view of the current network. Empty: views need no memory.
   std::function<ViewSize(ViewKind, bool testSwitch)> sizeOf;
-  ViewAdmission::Allows allows;  // what the process may allocate; none: anything
+  // Whether the process may allocate so many bytes more. Empty: the process may allocate any
+  // number.
+  ViewAdmission::Allows allows;
 };
 
-// The functions and singletons of the contracts have no context of their own, so they act on the
-// one instance that exists while a module is loaded.
+// Serves the managers and iterators of the loaded module, and reclaims idle iterators on a thread
+// of its own. agent/host forwards the calls of the module to this object (host/RunningAgent.h).
+//
+// Thread-safety: any thread, except open and retire: one thread at a time, never within a request.
+// Ownership: borrows the server, which outlives this object; owns the registries and the thread.
+// Errors: open throws CORBA exceptions; the registries report errors as their headers say.
 class Northbound {
  public:
-  // The server outlives this object. The ems name is the value of the "EMS" pair of every TMF name.
+  // emsName: the value of the "EMS" pair of every TMF name.
   Northbound(orb::Server& server, std::string emsName, bool testSwitch,
              const IteratorLimits& limits = {}, ViewSetup views = {});
   ~Northbound();
@@ -40,11 +46,11 @@ class Northbound {
   Northbound(const Northbound&) = delete;
   Northbound& operator=(const Northbound&) = delete;
 
-  // Gets ready for a module: iterators have their POA.
+  // Opens the admissions and creates the POA of the iterators. Call before a module is loaded.
   void open();
 
-  // Stops serving everything that the module made and waits until nothing of it is in use, so that
-  // it can be unloaded. Not from within a request.
+  // Ends waiting views, stops serving the objects of the module, and waits until running requests
+  // have ended. Then the module can be unloaded.
   void retire();
 
   const std::string& emsName() const { return emsName_; }
@@ -55,7 +61,8 @@ class Northbound {
   ManagerRegistry& managers() { return managers_; }
   IteratorRegistry& iterators() { return iterators_; }
 
-  // Registers an iterator servant of this thread's view, as IteratorRegistry::add.
+  // Registers an iterator servant of the calling thread's view: IteratorRegistry::add with the size
+  // of the iterator. Logs a refusal.
   FailureCode addIterator(PortableServer::ServantBase* servant);
 
  private:
@@ -74,7 +81,7 @@ class Northbound {
   ManagerRegistry managers_;
   RefusalLog refusedIterators_;
 
-  // Reclaims idle iterators once in a while.
+  // The housekeeper thread reclaims idle iterators after each interval.
   const std::chrono::milliseconds interval_;
   Mutex mutex_;
   std::condition_variable stop_;

@@ -1,5 +1,5 @@
-// Admission of views, and of other operations with large replies: how many are computed at the same
-// time, and how much memory those in progress may take.
+// Admission of views, and of other operations with large replies: limits the number of views that
+// are computed at the same time and the memory of the views in progress.
 
 #ifndef AGENT_NORTHBOUND_VIEWADMISSION_H
 #define AGENT_NORTHBOUND_VIEWADMISSION_H
@@ -18,33 +18,34 @@
 namespace agent {
 
 struct ViewLimits {
-  std::size_t views = 4;                        // that are computed at the same time
+  std::size_t views = 4;                        // computed at the same time
   std::size_t memory = std::size_t{256} << 20;  // bytes, of all views in progress
-  std::chrono::milliseconds patience{20000};    // how long a view waits for its turn
+  std::chrono::milliseconds patience{20000};    // timeout of a waiting view
 };
 
-// A view is in progress from its admission until its reply was sent. Views wait in the order of
-// their arrival. The first that waits is admitted when
-//   - fewer than ViewLimits::views are computed, and
-//   - the views in progress and this one together need at most ViewLimits::memory, or no other is
-//   in
+// A view is in progress from its admission until its reply was sent. Views wait in a queue. The
+// view at the front of the queue is admitted when
+//   - fewer than ViewLimits::views views are being computed,
+//   - the front view and the views in progress need at most ViewLimits::memory, or no view is in
 //     progress, and
-//   - the process may allocate what the views that are computed and this one need.
+//   - the process may allocate the memory of the front view and of the views being computed.
 //
 // Thread-safety: any thread.
+// Ownership: owns its state only; outlives its passes.
+// Errors: admit throws CORBA system exceptions and logs a refusal.
 class ViewAdmission {
  public:
   // Whether the process may allocate so many bytes more. Called from any thread.
   using Allows = std::function<bool(std::size_t bytes)>;
 
-  // `subject` names in the log what is admitted; borrowed.
+  // `subject` stands for the view in log lines; borrowed.
   ViewAdmission(const ViewLimits& limits, Allows allows, RefusalLog::Clock clock,
                 const char* subject = "a view");
 
   ViewAdmission(const ViewAdmission&) = delete;
   ViewAdmission& operator=(const ViewAdmission&) = delete;
 
-  // The place of a view in progress, given back by the destructor. The admission outlives it.
+  // The admission of one view. The destructor ends the progress of the view.
   class Pass {
    public:
     Pass() = default;
@@ -57,7 +58,8 @@ class ViewAdmission {
     Pass& operator=(const Pass&) = delete;
     ~Pass();
 
-    // The view is computed and holds so many bytes until its reply was sent. REQUIRES: admitted.
+    // Ends the computation. The reply holds so many bytes until the reply was sent. REQUIRES: the
+    // pass was returned by admit.
     void computed(std::size_t bytes);
 
    private:
@@ -71,17 +73,17 @@ class ViewAdmission {
     bool computing_ = true;
   };
 
-  // Admits a view whose computation needs so many bytes. Waits for its turn. Throws
-  // CORBA::NO_RESOURCES when memory is short although no view is in progress or when the wait takes
-  // too long, CORBA::TRANSIENT when the admission is closed.
+  // Waits until a view that needs so many bytes is admitted. Throws CORBA::NO_RESOURCES after the
+  // timeout, or when memory is short and no view is in progress; CORBA::TRANSIENT when the
+  // admission is closed.
   Pass admit(std::size_t bytes);
 
-  // Ends the waits and refuses all views until the admission is opened again. Views in progress go
-  // on. Open at first.
+  // Refuses waiting and new views until the admission is opened again. Views in progress continue.
+  // A new admission is open.
   void close();
   void open();
 
-  // How many views wait.
+  // The number of waiting views.
   std::size_t waiting();
 
  private:
@@ -113,7 +115,8 @@ class ViewAdmission {
   bool closed_ GUARDED_BY(mutex_) = false;
 };
 
-// Keeps the pass of a view until the reply was sent. A token of orb::RequestGuard.
+// Owns the pass of a view until the reply was sent. A token of orb::RequestGuard. Thread-safety:
+// one thread at a time.
 class ViewReply {
  public:
   // A token for the request that this thread is about to serve.

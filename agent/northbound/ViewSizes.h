@@ -13,14 +13,14 @@
 
 namespace agent {
 
-// What the records of a view are made of.
+// The kind of the records of a view.
 enum class ViewKind { kNodes, kClockPositions, kClockLinks };
 
 // In bytes, allocation overhead included.
 struct ViewSize {
-  std::size_t records = 0;  // how many the whole view has at most
+  std::size_t records = 0;  // upper bound for the whole view
   std::size_t result = 0;   // of all records, as the module holds them for the client
-  std::size_t work = 0;     // of what the computation needs besides, freed at its end
+  std::size_t work = 0;     // needed during the computation only
 
   // The share of some records in the result; a record has the average size.
   std::size_t of(std::size_t count) const {
@@ -28,16 +28,17 @@ struct ViewSize {
   }
 };
 
-// Computes the sizes from the model: every record counts with the fixed size of its parts and with
-// its texts. A view below a subnetwork counts as the whole network.
+// Computes the sizes from the model: the fixed size and the texts of every record. A view below a
+// subnetwork counts as the whole network.
 //
-// Borrows the model, which must outlive it. Thread-safety: any thread.
+// Thread-safety: any thread. Ownership: borrows the model, which outlives this object. Errors: none
+// but std::bad_alloc.
 class ViewSizes {
  public:
-  // The ems name is in every name of a record.
+  // emsName is part of every name in a record.
   ViewSizes(const NetworkModel& model, const std::string& emsName);
 
-  // With the test switch on, records have additional information.
+  // With the test switch on, every record has additional information.
   ViewSize of(ViewKind kind, bool testSwitch);
 
  private:
