@@ -31,11 +31,6 @@ Event eventOf(NetworkChange change) {
 NetworkWriter::NetworkWriter(NetworkStore& store, NetworkModel& model, RaiseEvent raise)
     : store_(store), model_(model), raise_(std::move(raise)) {}
 
-std::uint64_t NetworkWriter::reserveNotificationIds(std::uint64_t count) {
-  const std::lock_guard<std::mutex> lock(mutex_);
-  return store_.reserveNotificationIds(count);
-}
-
 std::unique_ptr<StoreCopy> NetworkWriter::beginCopy() {
   const std::lock_guard<std::mutex> lock(mutex_);
   return store_.beginCopy();

@@ -42,10 +42,6 @@ class NetworkWriter {
 
   const NetworkModel& model() const { return model_; }
 
-  // As NetworkStore::reserveNotificationIds. Waits for a change that is under way, but for no
-  // pause.
-  std::uint64_t reserveNotificationIds(std::uint64_t count);
-
   // A copy of the store, its next step, and its end. Each waits for a change that is under way, but
   // for no pause; changes may come between them. continueCopy is true when the copy is complete.
   // The first two throw StoreError.

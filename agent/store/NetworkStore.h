@@ -67,10 +67,6 @@ class NetworkStore {
 
   // Begins a backup. The copy must not outlive the store.
   virtual std::unique_ptr<StoreCopy> beginCopy() = 0;
-
-  // Returns the first of count successive numbers that no earlier call has returned, in this run or
-  // an earlier run.
-  virtual std::uint64_t reserveNotificationIds(std::uint64_t count) = 0;
 };
 
 }  // namespace agent

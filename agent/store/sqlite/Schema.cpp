@@ -89,21 +89,14 @@ constexpr const char* kSchema = R"sql(
     only INTEGER PRIMARY KEY CHECK (only = 1),
     number INTEGER NOT NULL
   ) STRICT;
-  CREATE TABLE notification_id (
-    only INTEGER PRIMARY KEY CHECK (only = 1),
-    next INTEGER NOT NULL
-  ) STRICT;
 )sql";
 
 void createSchema(SQLite::Database& database, const SqliteStore::Clock& clock) {
   constexpr std::uint64_t kMost = std::numeric_limits<std::int64_t>::max();
-  constexpr std::uint64_t kMicroseconds = 1000;  // of a millisecond
   database.exec("PRAGMA application_id = " + std::to_string(kApplicationId));
   database.exec(kSchema);
   const auto now = static_cast<std::int64_t>(std::min(clock(), kMost));
-  run(database, "INSERT INTO notification_id VALUES (1, ?)", now);
-  run(database, "INSERT INTO last_change VALUES (1, ?)",
-      now / static_cast<std::int64_t>(kMicroseconds));
+  run(database, "INSERT INTO last_change VALUES (1, ?)", now);
   database.exec("PRAGMA user_version = " + std::to_string(kSchemaVersion));
 }
 

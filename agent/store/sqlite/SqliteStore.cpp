@@ -27,11 +27,11 @@ bool SqliteStore::needsNetwork(const std::string& path) {
   return !exists(path) || SqliteStore(path).isNew();
 }
 
-std::uint64_t microsecondsNow() {
-  using std::chrono::microseconds;
+std::uint64_t millisecondsNow() {
+  using std::chrono::milliseconds;
   const auto sinceEpoch = std::chrono::system_clock::now().time_since_epoch();
-  const auto count = std::chrono::duration_cast<microseconds>(sinceEpoch).count();
-  return static_cast<std::uint64_t>(std::max<microseconds::rep>(count, 0));
+  const auto count = std::chrono::duration_cast<milliseconds>(sinceEpoch).count();
+  return static_cast<std::uint64_t>(std::max<milliseconds::rep>(count, 0));
 }
 
 SqliteStore::SqliteStore(const std::string& path, const Clock& clock)
@@ -70,21 +70,6 @@ std::uint64_t SqliteStore::commit(const NetworkChange& change, const Cancellatio
     SQLite::Transaction transaction(*database_);
     std::visit(ChangeWriter(*database_, cancellation), change);
     return commitChange(*database_, transaction);
-  });
-}
-
-std::uint64_t SqliteStore::reserveNotificationIds(std::uint64_t count) {
-  return guarded(path_, [&] {
-    SQLite::Transaction transaction(*database_);
-    const std::int64_t first = valueOf(*database_, "SELECT next FROM notification_id");
-    constexpr auto kMost = static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max());
-    if (first < 0 || count > kMost - static_cast<std::uint64_t>(first)) {
-      throw StoreError(path_, "has no " + std::to_string(count) + " notification ids left");
-    }
-    run(*database_, "UPDATE notification_id SET next = ?",
-        first + static_cast<std::int64_t>(count));
-    transaction.commit();
-    return static_cast<std::uint64_t>(first);
   });
 }
 

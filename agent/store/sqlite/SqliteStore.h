@@ -17,8 +17,8 @@ class Database;
 
 namespace agent {
 
-// The microseconds since 1970 by the clock of the system.
-std::uint64_t microsecondsNow();
+// The milliseconds since 1970 by the clock of the system.
+std::uint64_t millisecondsNow();
 
 // Holds an exclusive lock on the database from the constructor to the destructor. Databases of
 // other programs are recognised and never changed. Thread-safety: as NetworkStore.
@@ -41,9 +41,9 @@ class SqliteStore final : public NetworkStore {
   // Opens the store, or makes an empty store if there is no file or an empty file. A new file is
   // accessible to its owner alone; a dangling symbolic link is refused. Throws StoreError if
   // another store object or process has the database open, and if the file is not a database, is a
-  // database of another program or schema version, or is not writable. The clock, in microseconds
+  // database of another program or schema version, or is not writable. The clock, in milliseconds
   // since 1970, is read once for a store that is made.
-  explicit SqliteStore(const std::string& path, const Clock& clock = microsecondsNow);
+  explicit SqliteStore(const std::string& path, const Clock& clock = millisecondsNow);
   ~SqliteStore() override;
 
   using NetworkStore::commit;
@@ -57,7 +57,6 @@ class SqliteStore final : public NetworkStore {
   std::vector<std::string> idsWithLabel(std::int32_t type, const std::string& label) override;
   InfoPairs additionalInfoOf(const ObjectKey& key) override;
   std::unique_ptr<StoreCopy> beginCopy() override;
-  std::uint64_t reserveNotificationIds(std::uint64_t count) override;
 
  private:
   const std::string path_;  // as given, for messages

@@ -86,13 +86,6 @@ TEST(NetworkWriter, KeepsChangesWaitingWhileItPauses) {
   EXPECT_EQ("372: a\n", host.events());
 }
 
-TEST(NetworkWriter, GivesNotificationIdsWhileItPauses) {
-  ChangingHost host(SqliteStore::kInMemory);
-  const NetworkWriter::Pause pause(host.writer());
-  const std::uint64_t first = host.writer().reserveNotificationIds(10);
-  EXPECT_EQ(first + 10, host.writer().reserveNotificationIds(1));
-}
-
 TEST(NetworkWriter, PausesUntilTheLastPauseEnds) {
   ChangingHost host(SqliteStore::kInMemory);
   auto first = std::make_unique<NetworkWriter::Pause>(host.writer());
@@ -126,15 +119,6 @@ TEST(NetworkWriter, PausesOnlyWhenTheEventOfAChangeIsRaised) {
   proceed.set_value();
   EXPECT_TRUE(pause.get());
   change.join();
-}
-
-TEST(NetworkWriter, GivesNotificationIdsBetweenChangesOnly) {
-  ChangingHost host(SqliteStore::kInMemory);
-  auto change = std::make_unique<NetworkWriter::Change>(host.writer());
-  support::Task first([&] { return host.writer().reserveNotificationIds(1); });
-  EXPECT_TRUE(first.waits());
-  change.reset();
-  EXPECT_LT(0U, first.get());
 }
 
 // A reload would starve otherwise while clients keep changing the network. Which of several
@@ -248,7 +232,6 @@ TEST(NetworkWriter, KeepsStoreAndModelAlikeUnderManyThreads) {
     changers.emplace_back([&, i] {
       for (int round = 0; round < 15; ++round) {
         wrong += changeEverything(host, "t" + std::to_string(i));
-        host.writer().reserveNotificationIds(3);
       }
     });
   }

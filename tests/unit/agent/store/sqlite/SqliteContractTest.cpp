@@ -11,7 +11,7 @@ namespace {
 using agent::SqliteStore;
 
 std::unique_ptr<agent::NetworkStore> openAt(const std::string& path, std::uint64_t now) {
-  return std::make_unique<SqliteStore>(path, [now] { return now * 1000; });
+  return std::make_unique<SqliteStore>(path, [now] { return now; });
 }
 
 std::unique_ptr<agent::NetworkStore> restoreAt(const std::string& path,

@@ -382,7 +382,7 @@ TEST_F(SqliteStoreTest, RemovesNodesWithTheirAttributesAndWhatIsKeptOfObjects) {
 
 TEST_F(SqliteStoreTest, GivesNoChangeNumberAgainAfterTheProcessWasKilled) {
   const int status = statusOfChild([&] {
-    SqliteStore store(path_, [] { return 1000000U; });
+    SqliteStore store(path_, [] { return 1000U; });
     store.commit(OwnerChange{{201, "z"}, "me"});
     raise(SIGKILL);
   });
@@ -396,70 +396,6 @@ TEST_F(SqliteStoreTest, RejectsAChangeThatHasNoNumberLeft) {
   SqliteStore store(path_);
   EXPECT_THROW(store.load(sampleNetwork()), StoreError);
   EXPECT_TRUE(store.isNew());
-}
-
-// --- Notification ids.
-
-TEST_F(SqliteStoreTest, GivesEveryNotificationIdOnce) {
-  {
-    SqliteStore store(path_, [] { return 1000U; });
-    EXPECT_EQ(1000U, store.reserveNotificationIds(5));
-    EXPECT_EQ(1005U, store.reserveNotificationIds(0));
-    EXPECT_EQ(1005U, store.reserveNotificationIds(1));
-  }
-  EXPECT_EQ(1006U, SqliteStore(path_, [] { return 1U; }).reserveNotificationIds(1));
-}
-
-TEST_F(SqliteStoreTest, GivesNoNotificationIdAgainAfterTheProcessWasKilled) {
-  const int status = statusOfChild([&] {
-    SqliteStore store(path_, [] { return 1000U; });
-    store.reserveNotificationIds(64);
-    raise(SIGKILL);
-  });
-  ASSERT_TRUE(wasKilledBy(status, SIGKILL));
-  EXPECT_EQ(1064U, SqliteStore(path_).reserveNotificationIds(1));
-}
-
-TEST_F(SqliteStoreTest, BeginsNotificationIdsWithTheTimeWhenTheStoreIsMade) {
-  const std::uint64_t before = agent::microsecondsNow();
-  ASSERT_LT(1600000000000000U, before);
-  const std::uint64_t first = SqliteStore(SqliteStore::kInMemory).reserveNotificationIds(1);
-  EXPECT_LE(before, first);
-  EXPECT_GE(agent::microsecondsNow(), first);
-}
-
-TEST_F(SqliteStoreTest, BeginsNotificationIdsWithZeroWhenTheClockDoes) {
-  SqliteStore store(path_, [] { return 0U; });
-  EXPECT_EQ(0U, store.reserveNotificationIds(1));
-  EXPECT_EQ(1U, store.reserveNotificationIds(1));
-}
-
-TEST_F(SqliteStoreTest, GivesNoNotificationIdsBelowZero) {
-  { SqliteStore store(path_); }
-  {
-    SQLite::Database database(path_, SQLite::OPEN_READWRITE);
-    database.exec("UPDATE notification_id SET next = -5");
-  }
-  SqliteStore store(path_);
-  EXPECT_THROW(store.reserveNotificationIds(1), StoreError);
-}
-
-TEST_F(SqliteStoreTest, GivesNoMoreNotificationIdsThanThereAre) {
-  constexpr std::uint64_t kMost = 9223372036854775807U;
-  SqliteStore store(path_, [] { return kMost - 10; });
-  for (const std::uint64_t count : {std::uint64_t{11}, kMost, ~std::uint64_t{0}}) {
-    try {
-      store.reserveNotificationIds(count);
-      ADD_FAILURE() << "gave " << count;
-    } catch (const StoreError& error) {
-      EXPECT_EQ(path_ + ": has no " + std::to_string(count) + " notification ids left",
-                error.what());
-    }
-  }
-  EXPECT_EQ(kMost - 10, store.reserveNotificationIds(10));
-  EXPECT_EQ(kMost, SqliteStore(SqliteStore::kInMemory, [] {
-                     return ~std::uint64_t{0};
-                   }).reserveNotificationIds(0));
 }
 
 std::string damageOf(const std::string& path) {
