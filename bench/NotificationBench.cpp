@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <memory>
+#include <stdexcept>
 #include <string>
 
 #include "agent/notifications/Notifier.h"
@@ -31,9 +32,8 @@ class Delivery {
  public:
   Delivery(orb::Server& server, int subscribers)
       : consumers_(TOPO_BENCH_CONSUMERS, {std::to_string(subscribers)}),
-        notifier_(
-            server, {}, [this](std::uint64_t count) { return (lastId_ += count) - count + 1; },
-            [] { return std::chrono::system_clock::now(); }) {
+        notifier_(server, {}, {0, [this] { return ++lastChange_; }},
+                  [] { return std::chrono::system_clock::now(); }) {
     for (int i = 0; i < subscribers; ++i) {
       subscribe(server.get(), consumers_.readLine());
     }
@@ -62,13 +62,15 @@ class Delivery {
     const CORBA::Object_var object = orb->string_to_object(reference.c_str());
     const CosNotifyComm::StructuredPushConsumer_var consumer =
         CosNotifyComm::StructuredPushConsumer::_narrow(object.in());
-    const TopoAgent::Subscription_I_var subscription =
-        notifier_.subscribe(consumer.in(), "", "bench");
+    const auto subscription = notifier_.subscribe(consumer.in(), "", "bench");
+    if (!subscription.ok()) {
+      throw std::runtime_error(subscription.outcome().reason);
+    }
   }
 
   const globaldefs::NVSList_T name_ = nameOf({{"EMS", "Bench"}, {"ManagedElement", "5"}});
   const notifications::NVList_T attributes_ = newName();
-  std::uint64_t lastId_ = 0;
+  std::uint64_t lastChange_ = 0;
   support::Process consumers_;
   agent::Notifier notifier_;
 };
