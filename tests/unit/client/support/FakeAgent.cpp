@@ -1,6 +1,7 @@
 #include "tests/unit/client/support/FakeAgent.h"
 
 #include <algorithm>
+#include <atomic>
 
 namespace topoctl {
 namespace {
@@ -43,6 +44,10 @@ class FakeIterator final : public virtual Records::Skeleton {
       : script_(script), poa_(PortableServer::POA::_duplicate(poa)), next_(next) {}
 
   CORBA::Boolean next_n(CORBA::ULong howMany, typename Records::ListOut list) override {
+    // The ORB may dispatch a request until the one that deactivated the object has ended.
+    if (deactivated_) {
+      throw CORBA::OBJECT_NOT_EXIST(0, CORBA::COMPLETED_NO);
+    }
     script_.record("next_n(" + std::to_string(howMany) + ")");
     script_.onNext();
     const CORBA::ULong rest = Records::of(script_).length() - next_;
@@ -65,6 +70,7 @@ class FakeIterator final : public virtual Records::Skeleton {
 
  private:
   void deactivate() {
+    deactivated_ = true;
     const PortableServer::ObjectId_var id = poa_->servant_to_id(this);
     poa_->deactivate_object(id.in());
   }
@@ -72,6 +78,7 @@ class FakeIterator final : public virtual Records::Skeleton {
   Script& script_;
   const PortableServer::POA_var poa_;
   CORBA::ULong next_;
+  std::atomic<bool> deactivated_{false};
 };
 
 // Returns the first batch, and an iterator for the remaining records.
