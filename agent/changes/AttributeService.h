@@ -30,8 +30,8 @@ class AttributeService {
   // one message, whose limit is 256 MiB unless the operator sets another.
   static constexpr std::size_t kMostInfoBytes = 16 * kMostTextBytes;
 
-  // What each of its pairs counts besides its texts: pairs of a few bytes take many times that in
-  // memory, and time at each change.
+  // Each pair counts with its texts and with these bytes, because a pair of two short texts takes
+  // many times the memory of the texts, and each change takes time for each pair.
   static constexpr std::size_t kPairBytes = 64;
 
   // ems: the value of the "EMS" pair of every name.

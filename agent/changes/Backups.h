@@ -1,4 +1,4 @@
-// Backups of the store for clients, who fetch them part by part.
+// Backups of the store. A client fetches a backup part by part.
 
 #ifndef AGENT_CHANGES_BACKUPS_H
 #define AGENT_CHANGES_BACKUPS_H
@@ -17,8 +17,8 @@
 
 namespace agent {
 
-// One backup at a time. It ends when its last part was fetched, when it failed, or when somebody
-// ends it; one of which no part was asked for kIdle makes way for the next.
+// One backup at a time. A backup ends after its last part, after a failure, and by end(). A backup
+// is idle when no part was fetched for kIdle; begin() ends an idle backup and starts a new one.
 //
 // Codes: kTooMuch while another backup is fetched, kEntityNotFound for a backup that has ended,
 // kInternalError for the disk.

@@ -28,10 +28,10 @@ namespace agent {
 // neither.
 class NetworkWriter {
  public:
-  // Told of every event, within the change that it is about: the change is committed and the model
-  // shows it. Must be quick, as one that only queues the event, must not call back into the writer
-  // or what uses it, and must not throw: what it throws is dropped, because the change is made.
-  // change is the number that the store has given the change (NetworkStore::lastChange).
+  // Receives the event of each change after the commit, when the model shows the change, and before
+  // the next change begins. change is the number of the change (NetworkStore::lastChange). The
+  // function queues the event and returns; it does not call the writer or the services that use the
+  // writer. Exceptions are ignored, because the change is committed already.
   using RaiseEvent = std::function<void(std::uint64_t change, int eventId,
                                         std::vector<NS_DOMAIN::TopoNode_T> nodes)>;
 

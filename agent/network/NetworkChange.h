@@ -1,5 +1,5 @@
-// Changes of a network as plain values: what a store commits, what the model then shows, and what
-// the event of the change reports.
+// Changes of a network as plain values. A store commits a change, the model then applies the
+// change, and the event of the change reports the affected nodes.
 
 #ifndef AGENT_NETWORK_NETWORKCHANGE_H
 #define AGENT_NETWORK_NETWORKCHANGE_H

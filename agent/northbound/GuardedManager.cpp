@@ -11,7 +11,7 @@ namespace {
 // What an iterator takes without its records.
 constexpr std::size_t kServant = 1024;
 
-// What a pair of texts takes besides its characters.
+// Memory of a pair of texts without the characters of the texts.
 constexpr std::size_t kPair = 80;
 
 // The view that a thread computes.
