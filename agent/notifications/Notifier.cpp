@@ -201,7 +201,7 @@ Result<TopoAgent::Subscription_I_var> Notifier::subscribe(
   if (!outcome.ok()) {
     return outcome;
   }
-  const auto result = activate(number, subscription);
+  Result<TopoAgent::Subscription_I_var> result = activate(number, subscription);
   if (result.ok()) {
     log(kLogEvents, "subscriber " + nameOf(consumer) + " subscribes");
   }
