@@ -120,13 +120,13 @@ EventManager::EventManager(std::size_t queueLimit, ReportGap reportGap)
 
 EventManager::~EventManager() {
   {
-    std::unique_lock<std::mutex> lock(mutex_);
+    MutexLock lock(mutex_);
     for (const auto& [handler, lane] : lanes_) {
       lane->eventIds.clear();
       lane->queue.clear();
       lane->work.notify_one();
     }
-    changed_.wait(lock, [this] { return lanes_.empty(); });
+    changed_.wait(lock.native(), [this]() REQUIRES(mutex_) { return lanes_.empty(); });
   }
   for (std::thread& thread : ended_) {
     thread.join();
@@ -149,13 +149,13 @@ void EventManager::Subscribe(TEEventHandler* handler, int eventId, int /*third*/
 
 // Returns whether events without a handler were raised since the last subscription.
 bool EventManager::addSubscription(TEEventHandler& handler, int eventId) {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   laneOf(handler).eventIds.insert(eventId);
   changed_.notify_all();  // an UnSubscribe that waits for the end of the lane returns
   return std::exchange(unhandledGap_, false);
 }
 
-// Finds or makes the lane of a handler. REQUIRES: mutex_ is held.
+// Finds or makes the lane of a handler.
 EventManager::Lane& EventManager::laneOf(TEEventHandler& handler) {
   const auto known = lanes_.find(&handler);
   if (known != lanes_.end()) {
@@ -176,7 +176,7 @@ void EventManager::UnSubscribe(TEEventHandler* handler, int eventId) {
   std::vector<Queued> withdrawn;  // destroyed after the lock is released
   std::list<std::thread> ended;
   {
-    std::unique_lock<std::mutex> lock(mutex_);
+    MutexLock lock(mutex_);
     const auto known = lanes_.find(handler);
     if (known != lanes_.end()) {
       const std::shared_ptr<Lane> lane = known->second;
@@ -184,7 +184,7 @@ void EventManager::UnSubscribe(TEEventHandler* handler, int eventId) {
       withdrawn = lane->withdraw(eventId);
       lane->work.notify_one();
       if (lane->thread.front().get_id() != std::this_thread::get_id()) {
-        changed_.wait(lock, [&lane, calls = lane->callsBegun] {
+        changed_.wait(lock.native(), [&lane, calls = lane->callsBegun] {
           return lane->ended || (lane->isSubscribed() && lane->callsEnded >= calls);
         });
       }
@@ -211,7 +211,7 @@ void EventManager::raise(std::uint64_t change, int eventId,
 
 // Reports a gap before the next event of every handler that is subscribed to this event.
 void EventManager::markGap(int eventId) noexcept {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   for (const auto& [handler, lane] : lanes_) {
     lane->hasGap = lane->hasGap || lane->eventIds.count(eventId) != 0;
   }
@@ -223,7 +223,7 @@ void EventManager::queue(std::uint64_t change, int eventId,
   std::vector<Queued> evicted;  // destroyed after the lock is released
   bool overflowBegins = false;
   {
-    const std::lock_guard<std::mutex> lock(mutex_);
+    const MutexLock lock(mutex_);
     ++raised_;
     bool hasHandler = false;
     for (const auto& [handler, lane] : lanes_) {
@@ -239,17 +239,17 @@ void EventManager::queue(std::uint64_t change, int eventId,
   }
   if (overflowBegins) {
     log(kLogErrors, "a handler of event " + std::to_string(eventId) +
-                        " is too slow: " + std::to_string(queueLimit_) +
-                        " events wait for it, older ones are dropped");
+                        " is too slow: its queue of " + std::to_string(queueLimit_) +
+                        " events is full, the oldest events are dropped");
   }
 }
 
 bool EventManager::flush(std::chrono::milliseconds atMost) {
-  std::unique_lock<std::mutex> lock(mutex_);
-  return changed_.wait_for(lock, atMost, [this, last = raised_] { return handledUpTo(last); });
+  MutexLock lock(mutex_);
+  return changed_.wait_for(lock.native(), atMost,
+                           [this, last = raised_]() REQUIRES(mutex_) { return handledUpTo(last); });
 }
 
-// REQUIRES: mutex_ is held.
 bool EventManager::handledUpTo(std::uint64_t sequence) const {
   return std::all_of(lanes_.begin(), lanes_.end(), [&](const auto& entry) {
     const Lane& lane = *entry.second;
@@ -259,7 +259,7 @@ bool EventManager::handledUpTo(std::uint64_t sequence) const {
 }
 
 EventManager::Status EventManager::status() const {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   Status status;
   for (const auto& [handler, lane] : lanes_) {
     status.subscriptions += lane->eventIds.size();
@@ -273,9 +273,9 @@ EventManager::Status EventManager::status() const {
 
 // The lane's thread.
 void EventManager::deliver(const std::shared_ptr<Lane>& lane) {
-  std::unique_lock<std::mutex> lock(mutex_);
+  MutexLock lock(mutex_);
   for (;;) {
-    lane->work.wait(lock, [&] { return !lane->isSubscribed() || !lane->queue.empty(); });
+    lane->work.wait(lock.native(), [&] { return !lane->isSubscribed() || !lane->queue.empty(); });
     if (!lane->isSubscribed()) {
       break;
     }
@@ -315,7 +315,7 @@ std::uint64_t EventManager::changeInProgress() noexcept {
 }
 
 // Last step of the lane's thread, which does not access the handler afterwards. Allocates nothing,
-// because the thread could not report a lack of memory. REQUIRES: mutex_ is held.
+// because the thread could not report a lack of memory.
 void EventManager::end(Lane& lane) noexcept {
   lane.ended = true;
   ended_.splice(ended_.end(), lane.thread);

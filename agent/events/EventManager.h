@@ -11,11 +11,11 @@
 #include <list>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <thread>
 #include <vector>
 
 #include "platform/event/EventMgr.h"
+#include "sync/Mutex.h"
 
 namespace agent {
 
@@ -63,8 +63,8 @@ class EventManager final : public TEEventMgr {
   // exception), subscribes nothing and throws std::system_error. REQUIRES: handler is not null.
   void Subscribe(TEEventHandler* handler, int eventId, int third, int fourth) override;
 
-  // Drops the queued events of this identifier and waits for a running call of the handler,
-  // whatever its event: after the last UnSubscribe no thread is inside the handler. The last
+  // Drops the queued events of this identifier and waits for a running call of the handler, even a
+  // call with another event: after the last UnSubscribe no thread is inside the handler. The last
   // UnSubscribe also ends the lane's thread.
   //
   // Does not wait when called by the handler itself. A second UnSubscribe by another thread then
@@ -91,29 +91,31 @@ class EventManager final : public TEEventMgr {
   struct Lane;
 
   bool addSubscription(TEEventHandler& handler, int eventId);
-  Lane& laneOf(TEEventHandler& handler);
+  Lane& laneOf(TEEventHandler& handler) REQUIRES(mutex_);
   void queue(std::uint64_t change, int eventId, std::vector<NS_DOMAIN::TopoNode_T> nodes);
   void markGap(int eventId) noexcept;
   void deliver(const std::shared_ptr<Lane>& lane);
   static bool call(TEEventHandler& handler, const Queued& event) noexcept;
-  void end(Lane& lane) noexcept;
+  void end(Lane& lane) noexcept REQUIRES(mutex_);
   void reportGap() const noexcept;
-  bool handledUpTo(std::uint64_t sequence) const;
+  bool handledUpTo(std::uint64_t sequence) const REQUIRES(mutex_);
 
   const std::size_t queueLimit_;
   const ReportGap reportGap_;
 
   // Not held during a call of a handler or of reportGap_.
-  mutable std::mutex mutex_;
+  mutable Mutex mutex_;
   std::condition_variable changed_;  // a call or a lane has ended
-  // Guarded by mutex_. A lane's thread removes the lane in its last step.
-  std::map<TEEventHandler*, std::shared_ptr<Lane>> lanes_;
-  std::list<std::thread> ended_;  // threads of removed lanes, to be joined
-  std::uint64_t raised_ = 0;      // sequence number of the last event
-  std::uint64_t delivered_ = 0;
-  std::uint64_t failed_ = 0;
-  std::uint64_t dropped_ = 0;
-  bool unhandledGap_ = false;  // events without a handler since the last subscription
+  // A lane's thread removes the lane in its last step.
+  std::map<TEEventHandler*, std::shared_ptr<Lane>> lanes_ GUARDED_BY(mutex_);
+  // Threads of removed lanes, to be joined.
+  std::list<std::thread> ended_ GUARDED_BY(mutex_);
+  std::uint64_t raised_ GUARDED_BY(mutex_) = 0;  // sequence number of the last event
+  std::uint64_t delivered_ GUARDED_BY(mutex_) = 0;
+  std::uint64_t failed_ GUARDED_BY(mutex_) = 0;
+  std::uint64_t dropped_ GUARDED_BY(mutex_) = 0;
+  // Events without a handler were raised since the last subscription.
+  bool unhandledGap_ GUARDED_BY(mutex_) = false;
 };
 
 }  // namespace agent

@@ -1,4 +1,4 @@
-// Many threads raise events while handlers come and go.
+// Many threads raise events while other threads subscribe and unsubscribe handlers.
 
 #include <gtest/gtest.h>
 
@@ -9,20 +9,16 @@
 
 namespace {
 
+using namespace events;
 using agent::EventManager;
-using events::kChange;
-using events::kChanged;
-using events::kCreated;
-using events::kDeleted;
-using events::kLong;
 
 constexpr std::size_t kRaisers = 3;
 constexpr std::int32_t kEventsEach = 2000;
 constexpr int kVisitors = 3;
 constexpr int kVisits = 100;
 
-// Events of one raiser must arrive in their order, one at a time. Without a lock on purpose:
-// checked by ThreadSanitizer.
+// Checks that the events of each raiser arrive in order, one at a time. Has no lock, so that
+// ThreadSanitizer reports concurrent calls.
 class Checker final : public TEEventHandler {
  public:
   Checker() { last_.fill(-1); }
@@ -36,7 +32,7 @@ class Checker final : public TEEventHandler {
     return 0;
   }
 
-  // REQUIRES: it is not subscribed any more.
+  // REQUIRES: the handler is not subscribed.
   bool inOrder() const { return inOrder_; }
   std::size_t count() const { return count_; }
 
@@ -55,21 +51,21 @@ void raiseAll(EventManager& manager, std::size_t self) {
   }
 }
 
-// The handler is gone after each visit: it must not be called then.
+// Destroys the handler after each visit: a later call would be a use after free.
 void visit(EventManager& manager) {
   for (int i = 0; i < kVisits; ++i) {
     Checker checker;
-    events::subscribe(manager, checker, {kCreated, kDeleted, kChanged});
+    subscribe(manager, checker, {kCreated, kDeleted, kChanged});
     std::this_thread::yield();
-    events::unsubscribe(manager, checker, {kCreated, kDeleted, kChanged});
+    unsubscribe(manager, checker, {kCreated, kDeleted, kChanged});
     EXPECT_TRUE(checker.inOrder());
   }
 }
 
-TEST(EventLoad, ReachesThoseWhoStayInOrderWhileOthersComeAndGo) {
+TEST(EventLoad, DeliversInOrderWhileOtherHandlersSubscribeAndUnsubscribe) {
   Checker resident;
   EventManager manager;
-  events::subscribe(manager, resident, {kCreated, kDeleted, kChanged});
+  subscribe(manager, resident, {kCreated, kDeleted, kChanged});
   std::vector<std::thread> threads;
   for (std::size_t i = 0; i < kRaisers; ++i) {
     threads.emplace_back([&manager, i] { raiseAll(manager, i); });
@@ -89,13 +85,13 @@ TEST(EventLoad, ReachesThoseWhoStayInOrderWhileOthersComeAndGo) {
   EXPECT_TRUE(manager.flush(kLong));
   EXPECT_EQ(0U, manager.status().queued);
   EXPECT_EQ(0U, manager.status().dropped);
-  events::unsubscribe(manager, resident, {kCreated, kDeleted, kChanged});
+  unsubscribe(manager, resident, {kCreated, kDeleted, kChanged});
   EXPECT_TRUE(resident.inOrder());
   EXPECT_EQ(kRaisers * kEventsEach, resident.count());
 }
 
-// One handler that several threads subscribe and unsubscribe at once.
-TEST(EventLoad, CallsAHandlerOneEventAtATimeWhoeverSubscribesIt) {
+// Several threads subscribe and unsubscribe one handler at the same time.
+TEST(EventLoad, CallsAHandlerOneEventAtATimeUnderConcurrentSubscriptions) {
   Checker shared;
   EventManager manager;
   std::vector<std::thread> threads;
@@ -103,8 +99,8 @@ TEST(EventLoad, CallsAHandlerOneEventAtATimeWhoeverSubscribesIt) {
   for (int i = 0; i < kVisitors; ++i) {
     threads.emplace_back([&manager, &shared] {
       for (int j = 0; j < kVisits; ++j) {
-        events::subscribe(manager, shared, {kCreated, kDeleted, kChanged});
-        events::unsubscribe(manager, shared, {kCreated, kDeleted, kChanged});
+        subscribe(manager, shared, {kCreated, kDeleted, kChanged});
+        unsubscribe(manager, shared, {kCreated, kDeleted, kChanged});
       }
     });
   }
@@ -115,22 +111,22 @@ TEST(EventLoad, CallsAHandlerOneEventAtATimeWhoeverSubscribesIt) {
   EXPECT_TRUE(shared.inOrder());
 }
 
-// Whoever waits for the end of a lane must notice that another thread has prevented it.
-TEST(EventLoad, NeverLeavesAnUnsubscriberWaitingWhenTheHandlerSubscribesAgain) {
+// The UnSubscribe waits for the end of the lane, which the Subscribe of the other thread prevents.
+TEST(EventLoad, UnSubscribeReturnsWhenTheHandlerSubscribesAgain) {
   EventManager manager;
   for (int i = 0; i < 500; ++i) {
     Checker checker;
-    events::subscribe(manager, checker, {kCreated});
+    subscribe(manager, checker, {kCreated});
     std::atomic<bool> go{false};
     std::thread other([&] {
       while (!go) {
       }
-      events::subscribe(manager, checker, {kDeleted});
+      subscribe(manager, checker, {kDeleted});
     });
     go = true;
-    events::unsubscribe(manager, checker, {kCreated});
+    unsubscribe(manager, checker, {kCreated});
     other.join();
-    events::unsubscribe(manager, checker, {kDeleted});
+    unsubscribe(manager, checker, {kDeleted});
     EXPECT_EQ(0U, manager.status().subscriptions);
   }
 }

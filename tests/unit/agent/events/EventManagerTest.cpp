@@ -1,4 +1,4 @@
-// Who gets which events, in which order, and what slow and failing handlers do to others.
+// Delivery of events: order, slow and failing handlers, overflow, gaps, flush.
 
 #include "agent/events/EventManager.h"
 
@@ -12,6 +12,7 @@
 #include <stdexcept>
 #include <system_error>
 
+#include "agent/base/Log.h"
 #include "platform/framework/ProcessException.h"
 #include "tests/support/NoThreads.h"
 #include "tests/unit/agent/events/Handlers.h"
@@ -19,31 +20,21 @@
 
 namespace {
 
+using namespace events;
 using agent::EventManager;
-using events::awaitStatus;
-using events::Blocked;
-using events::Gate;
-using events::Handled;
-using events::kChange;
-using events::kChanged;
-using events::kCreated;
-using events::kDeleted;
-using events::kLong;
-using events::kShort;
-using events::node;
-using events::Recorder;
-using events::subscribe;
-using events::unsubscribe;
 using testing::ElementsAre;
+using testing::Field;
 using testing::IsEmpty;
 using testing::StartsWith;
 
 class EventManagerTest : public testing::Test {
  protected:
   EventManagerTest() { takeLogLines(); }
+
+  static LogLine error(const std::string& text) { return {agent::kLogErrors, text}; }
 };
 
-TEST_F(EventManagerTest, GivesAHandlerTheEventsThatItSubscribedTo) {
+TEST_F(EventManagerTest, DeliversTheSubscribedEvents) {
   Recorder handler;
   EventManager manager;
   subscribe(manager, handler, {kCreated, kChanged});
@@ -56,7 +47,7 @@ TEST_F(EventManagerTest, GivesAHandlerTheEventsThatItSubscribedTo) {
               ElementsAre(Handled{kCreated, "a"}, Handled{kChanged, "c"}, Handled{kChanged, "-"}));
 }
 
-TEST_F(EventManagerTest, GivesAHandlerAllItsEventsInTheOrderOfRaising) {
+TEST_F(EventManagerTest, DeliversEventsInTheOrderOfRaising) {
   Recorder handler;
   EventManager manager;
   subscribe(manager, handler, {kCreated, kDeleted, kChanged});
@@ -70,7 +61,7 @@ TEST_F(EventManagerTest, GivesAHandlerAllItsEventsInTheOrderOfRaising) {
   EXPECT_EQ(expected, handler.events());
 }
 
-TEST_F(EventManagerTest, CallsAHandlerOnOneThreadThatIsNotTheRaisers) {
+TEST_F(EventManagerTest, CallsAHandlerOnOneThreadOfTheManager) {
   std::vector<std::thread::id> threads;
   Recorder handler([&](int /*eventId*/, const TEEvent& /*event*/) {
     threads.push_back(std::this_thread::get_id());
@@ -106,12 +97,12 @@ TEST_F(EventManagerTest, ReportsTheNumberOfTheChangeWhileAHandlerRuns) {
   slow.waitUntilInside();
   manager.raise(14, kDeleted, {});
   manager.raise(15, kDeleted, {});
-  slow.letGo();
+  slow.release();
   EXPECT_TRUE(manager.flush(kLong));
   EXPECT_EQ(0U, atGap);
 }
 
-TEST_F(EventManagerTest, GivesAllHandlersTheSameEvent) {
+TEST_F(EventManagerTest, SharesAnEventBetweenAllHandlers) {
   std::array<Gate, 2> reached;
   std::array<const TEEvent*, 2> seen{};
   const auto meet = [&](std::size_t self) {
@@ -132,7 +123,7 @@ TEST_F(EventManagerTest, GivesAllHandlersTheSameEvent) {
   EXPECT_EQ(seen[0], seen[1]);
 }
 
-TEST_F(EventManagerTest, ForgetsEventsThatNobodySubscribedTo) {
+TEST_F(EventManagerTest, DiscardsEventsWithoutASubscriber) {
   Recorder late;
   EventManager manager;
   manager.raise(kChange, kCreated, node("a"));
@@ -146,7 +137,7 @@ TEST_F(EventManagerTest, ForgetsEventsThatNobodySubscribedTo) {
   EXPECT_EQ(0U, manager.status().dropped);
 }
 
-TEST_F(EventManagerTest, KeepsOneRegistrationOfAHandlerThatSubscribesTwice) {
+TEST_F(EventManagerTest, CountsARepeatedSubscriptionOnce) {
   Recorder handler;
   EventManager manager;
   subscribe(manager, handler, {kCreated, kCreated});
@@ -160,7 +151,7 @@ TEST_F(EventManagerTest, KeepsOneRegistrationOfAHandlerThatSubscribesTwice) {
   EXPECT_THAT(handler.events(), ElementsAre(Handled{kCreated, "a"}));
 }
 
-TEST_F(EventManagerTest, LetsNobodyWaitForASlowHandler) {
+TEST_F(EventManagerTest, DoesNotDelayOtherHandlersForASlowHandler) {
   Blocked slow;
   Recorder quick;
   Gate quickIsDone;
@@ -178,14 +169,14 @@ TEST_F(EventManagerTest, LetsNobodyWaitForASlowHandler) {
   manager.raise(kChange, kCreated, node("last"));
   quickIsDone.pass();
   EXPECT_THAT(slow.handler.events(), ElementsAre(Handled{kCreated, "a"}));
-  slow.letGo();
+  slow.release();
   EXPECT_TRUE(manager.flush(kLong));
   EXPECT_THAT(slow.handler.events(),
               ElementsAre(Handled{kCreated, "a"}, Handled{kCreated, "last"}));
   EXPECT_THAT(quick.events(), ElementsAre(Handled{kCreated, "a"}, Handled{kCreated, "last"}));
 }
 
-TEST_F(EventManagerTest, GoesOnAfterAHandlersException) {
+TEST_F(EventManagerTest, ContinuesAfterAnExceptionOfAHandler) {
   Recorder failing([](int /*eventId*/, const TEEvent& event) {
     const std::string& kind = event.nodes.front().nodeId;
     if (kind == "standard") {
@@ -216,14 +207,14 @@ TEST_F(EventManagerTest, GoesOnAfterAHandlersException) {
   EXPECT_THAT(other.events(), ElementsAre(Handled{kCreated, "standard"}, Handled{kCreated, "other"},
                                           Handled{kCreated, "good"}));
   EXPECT_THAT(takeLogLines(),
-              ElementsAre("1 a handler of event 372 failed: no luck",
-                          "1 a handler of event 373 failed: platform failure 17 no domain",
-                          "1 a handler of event 372 failed: unknown exception"));
+              ElementsAre(error("a handler of event 372 failed: no luck"),
+                          error("a handler of event 373 failed: platform failure 17 no domain"),
+                          error("a handler of event 372 failed: unknown exception")));
   EXPECT_EQ(3U, manager.status().failed);
   EXPECT_EQ(4U, manager.status().delivered);
 }
 
-TEST_F(EventManagerTest, KeepsNothingOfAHandlersException) {
+TEST_F(EventManagerTest, DestroysTheExceptionOfAHandler) {
   const auto token = std::make_shared<int>(0);
   struct Failure {
     std::shared_ptr<int> token;
@@ -237,7 +228,7 @@ TEST_F(EventManagerTest, KeepsNothingOfAHandlersException) {
   EXPECT_EQ(1, token.use_count());
 }
 
-TEST_F(EventManagerTest, LosesTheOldestEventsOfAHandlerWhoseQueueIsFull) {
+TEST_F(EventManagerTest, EvictsTheOldestEventsOfAFullQueue) {
   Blocked slow;
   Recorder quick;
   EventManager manager(3);
@@ -254,7 +245,7 @@ TEST_F(EventManagerTest, LosesTheOldestEventsOfAHandlerWhoseQueueIsFull) {
   manager.raise(kChange, kCreated, node("5"));
   awaitStatus(manager, &EventManager::Status::queued, std::size_t{3});
   EXPECT_EQ(2U, manager.status().dropped);
-  slow.letGo();
+  slow.release();
   EXPECT_TRUE(manager.flush(kLong));
   EXPECT_THAT(slow.handler.events(), ElementsAre(Handled{kCreated, "0"}, Handled{kCreated, "3"},
                                                  Handled{kDeleted, "4"}, Handled{kCreated, "5"}));
@@ -279,15 +270,15 @@ TEST_F(EventManagerTest, BoundsTheQueueOfEveryHandler) {
   EXPECT_EQ(2U, manager.status().queued);
   EXPECT_EQ(4U, manager.status().dropped);
   EXPECT_EQ(1U, takeLogLines().size());
-  first.letGo();
-  second.letGo();
+  first.release();
+  second.release();
   EXPECT_TRUE(manager.flush(kLong));
   EXPECT_THAT(first.handler.events(), ElementsAre(Handled{kCreated, "0"}, Handled{kCreated, "3"}));
   EXPECT_THAT(second.handler.events(), ElementsAre(Handled{kCreated, "0"}, Handled{kCreated, "3"}));
 }
 
-// One is full and the other, whichever is looked at last, is not.
-TEST_F(EventManagerTest, LogsThatAQueueIsFullWhateverTheOthersAre) {
+// One queue overflows, the first or the second in the order of the manager.
+TEST_F(EventManagerTest, LogsAnOverflowWhileOtherQueuesHaveRoom) {
   for (const bool firstIsSlow : {true, false}) {
     std::array<Blocked, 2> handlers;
     EventManager manager(2);
@@ -305,73 +296,68 @@ TEST_F(EventManagerTest, LogsThatAQueueIsFullWhateverTheOthersAre) {
     EXPECT_THAT(takeLogLines(), IsEmpty());
     manager.raise(kChange, kCreated, node("3"));
     EXPECT_EQ(1U, takeLogLines().size());
-    handlers[0].letGo();
-    handlers[1].letGo();
+    handlers[0].release();
+    handlers[1].release();
     EXPECT_TRUE(manager.flush(kLong));
   }
 }
 
-TEST_F(EventManagerTest, RemembersWhatNobodyHeardThoughLaterEventsAreHeard) {
-  int told = 0;
+TEST_F(EventManagerTest, ReportsUnhandledEventsThatPrecedeHandledEvents) {
+  int gaps = 0;
   Recorder handler;
-  EventManager manager(EventManager::kDefaultQueueLimit, [&] { ++told; });
-  manager.raise(kChange, kCreated, node("unheard"));
-  EXPECT_EQ(0, told);
+  EventManager manager(EventManager::kDefaultQueueLimit, [&] { ++gaps; });
+  manager.raise(kChange, kCreated, node("unhandled"));
+  EXPECT_EQ(0, gaps);
   subscribe(manager, handler, {kChanged});
-  EXPECT_EQ(1, told);
-  manager.raise(kChange, kCreated, node("unheard"));
-  manager.raise(kChange, kChanged, node("heard"));
+  EXPECT_EQ(1, gaps);
+  manager.raise(kChange, kCreated, node("unhandled"));
+  manager.raise(kChange, kChanged, node("handled"));
   subscribe(manager, handler, {kDeleted});
-  EXPECT_EQ(2, told);
-  manager.raise(kChange, kChanged, node("heard"));
+  EXPECT_EQ(2, gaps);
+  manager.raise(kChange, kChanged, node("handled"));
   subscribe(manager, handler, {kCreated});
-  EXPECT_EQ(2, told);
+  EXPECT_EQ(2, gaps);
 }
 
-TEST_F(EventManagerTest, MayBeAskedByWhoIsToldOfLostEvents) {
+TEST_F(EventManagerTest, ReturnsTheStatusDuringAGapReport) {
   Blocked slow;
-  std::atomic<int> told{0};
-  const EventManager* asked = nullptr;
+  std::atomic<int> gaps{0};
+  const EventManager* reporting = nullptr;
   EventManager manager(1, [&] {
-    asked->status();
-    ++told;
+    reporting->status();
+    ++gaps;
   });
-  asked = &manager;
-  manager.raise(kChange, kCreated, node("unheard"));
+  reporting = &manager;
+  manager.raise(kChange, kCreated, node("unhandled"));
   subscribe(manager, slow.handler, {kCreated, kDeleted});
-  EXPECT_EQ(1, told);
+  EXPECT_EQ(1, gaps);
   manager.raise(kChange, kCreated, node("0"));
   slow.waitUntilInside();
   manager.raise(kChange, kCreated, node("1"));
   manager.raise(kChange, kCreated, node("2"));
-  slow.letGo();
+  slow.release();
   EXPECT_TRUE(manager.flush(kLong));
-  EXPECT_EQ(2, told);
+  EXPECT_EQ(2, gaps);
   unsubscribe(manager, slow.handler, {kCreated, kDeleted});
   Blocked leaving;
   subscribe(manager, leaving.handler, {kCreated, kDeleted});
   manager.raise(kChange, kCreated, node("3"));
   leaving.waitUntilInside();
   manager.raise(kChange, kDeleted, node("4"));
-  std::thread letGo([&] {
-    awaitStatus(manager, &EventManager::Status::queued, std::size_t{0});
-    leaving.letGo();
-  });
-  unsubscribe(manager, leaving.handler, {kDeleted});
-  letGo.join();
-  EXPECT_EQ(3, told);
+  unsubscribeDuringCall(manager, leaving, {kDeleted});
+  EXPECT_EQ(3, gaps);
 }
 
-TEST_F(EventManagerTest, TellsOfLostEventsOnceBeforeTheNextIsHandled) {
-  std::vector<std::string> told;
+TEST_F(EventManagerTest, ReportsOneGapBeforeTheNextEvent) {
+  std::vector<std::string> calls;
   Gate inside;
   Gate leave;
   Recorder slow([&](int /*eventId*/, const TEEvent& event) {
-    told.push_back(event.nodes.front().nodeId);
+    calls.push_back(event.nodes.front().nodeId);
     inside.open();
     leave.pass();
   });
-  EventManager manager(1, [&] { told.emplace_back("lost"); });
+  EventManager manager(1, [&] { calls.emplace_back("gap"); });
   subscribe(manager, slow, {kCreated});
   manager.raise(kChange, kCreated, node("0"));
   inside.pass();
@@ -382,36 +368,36 @@ TEST_F(EventManagerTest, TellsOfLostEventsOnceBeforeTheNextIsHandled) {
   EXPECT_TRUE(manager.flush(kLong));
   manager.raise(kChange, kCreated, node("4"));
   EXPECT_TRUE(manager.flush(kLong));
-  EXPECT_THAT(told, ElementsAre("0", "lost", "3", "4"));
+  EXPECT_THAT(calls, ElementsAre("0", "gap", "3", "4"));
 }
 
-TEST_F(EventManagerTest, TellsTheFirstWhoSubscribesAfterEventsThatNobodyHeard) {
-  int told = 0;
+TEST_F(EventManagerTest, ReportsUnhandledEventsAtTheNextSubscription) {
+  int gaps = 0;
   Recorder handler;
-  EventManager manager(EventManager::kDefaultQueueLimit, [&] { ++told; });
+  EventManager manager(EventManager::kDefaultQueueLimit, [&] { ++gaps; });
   subscribe(manager, handler, {kChanged});
-  manager.raise(kChange, kChanged, node("heard"));
+  manager.raise(kChange, kChanged, node("handled"));
   EXPECT_TRUE(manager.flush(kLong));
-  EXPECT_EQ(0, told);
-  manager.raise(kChange, kCreated, node("unheard"));
-  EXPECT_EQ(0, told);
+  EXPECT_EQ(0, gaps);
+  manager.raise(kChange, kCreated, node("unhandled"));
+  EXPECT_EQ(0, gaps);
   subscribe(manager, handler, {kCreated, kDeleted});
-  EXPECT_EQ(1, told);
+  EXPECT_EQ(1, gaps);
   EXPECT_EQ(0U, manager.status().dropped);
-  EXPECT_THAT(handler.events(), ElementsAre(Handled{kChanged, "heard"}));
+  EXPECT_THAT(handler.events(), ElementsAre(Handled{kChanged, "handled"}));
 }
 
-TEST_F(EventManagerTest, GoesOnThoughNobodyCanBeToldOfLostEvents) {
+TEST_F(EventManagerTest, DeliversEventsAfterAGapReportThatThrows) {
   Recorder handler;
   EventManager manager(1, [] { throw std::bad_alloc(); });
-  manager.raise(kChange, kCreated, node("unheard"));
+  manager.raise(kChange, kCreated, node("unhandled"));
   subscribe(manager, handler, {kCreated});
-  manager.raise(kChange, kCreated, node("heard"));
+  manager.raise(kChange, kCreated, node("handled"));
   EXPECT_TRUE(manager.flush(kLong));
-  EXPECT_THAT(handler.events(), ElementsAre(Handled{kCreated, "heard"}));
+  EXPECT_THAT(handler.events(), ElementsAre(Handled{kCreated, "handled"}));
 }
 
-TEST_F(EventManagerTest, LogsOnceEachTimeThatAQueueBecomesTooFull) {
+TEST_F(EventManagerTest, LogsEachOverflowOnce) {
   std::array<Gate, 2> inside;
   std::array<Gate, 2> leave;
   std::size_t calls = 0;
@@ -430,42 +416,44 @@ TEST_F(EventManagerTest, LogsOnceEachTimeThatAQueueBecomesTooFull) {
     for (const char* id : {"1", "2", "3", "4"}) {
       manager.raise(kChange, kCreated, node(id));
     }
-    EXPECT_THAT(takeLogLines(), ElementsAre("1 a handler of event 372 is too slow: 2 "
-                                            "events wait for it, older ones are dropped"));
+    EXPECT_THAT(takeLogLines(),
+                ElementsAre(error("a handler of event 372 is too slow: its queue of 2 events is "
+                                  "full, the oldest events are dropped")));
     leave[i].open();
     EXPECT_TRUE(manager.flush(kLong));
   }
   EXPECT_EQ(4U, manager.status().dropped);
 }
 
-TEST_F(EventManagerTest, LogsASubscriptionThatFails) {
+TEST_F(EventManagerTest, LogsAFailedSubscription) {
   Recorder handler;
   EventManager manager;
   {
     const support::NoThreads none;
     EXPECT_THROW(subscribe(manager, handler, {kCreated}), std::system_error);
   }
-  EXPECT_THAT(takeLogLines(),
-              ElementsAre(StartsWith("1 a handler cannot subscribe to event 372: ")));
+  EXPECT_THAT(
+      takeLogLines(),
+      ElementsAre(Field(&LogLine::text, StartsWith("a handler cannot subscribe to event 372: "))));
   EXPECT_EQ(0U, manager.status().subscriptions);
 }
 
-TEST_F(EventManagerTest, SaysWhenEventsAreNotHandledInTime) {
+TEST_F(EventManagerTest, FlushReturnsFalseAtTheTimeout) {
   Blocked slow;
   EventManager manager;
   subscribe(manager, slow.handler, {kCreated});
   manager.raise(kChange, kCreated, node("a"));
   slow.waitUntilInside();
-  EXPECT_FALSE(manager.flush(std::chrono::milliseconds::zero()));  // one that is being handled
+  EXPECT_FALSE(manager.flush(std::chrono::milliseconds::zero()));  // an event whose handler runs
   manager.raise(kChange, kCreated, node("b"));
-  EXPECT_FALSE(manager.flush(kShort));  // and one that waits
-  slow.letGo();
+  EXPECT_FALSE(manager.flush(kShort));  // a queued event
+  slow.release();
   EXPECT_TRUE(manager.flush(kLong));
   EXPECT_THAT(slow.handler.events(), ElementsAre(Handled{kCreated, "a"}, Handled{kCreated, "b"}));
 }
 
-// The handler raises two events in each call: there is always one that waits.
-TEST_F(EventManagerTest, DoesNotWaitForWhatIsRaisedMeanwhile) {
+// The handler raises two events in each call, so that its queue is never empty.
+TEST_F(EventManagerTest, FlushDoesNotWaitForLaterEvents) {
   EventManager* running = nullptr;
   Recorder endless([&running](int /*eventId*/, const TEEvent& /*event*/) {
     for (int i = 0; i < 2; ++i) {
@@ -481,7 +469,7 @@ TEST_F(EventManagerTest, DoesNotWaitForWhatIsRaisedMeanwhile) {
   unsubscribe(manager, endless, {kCreated});
 }
 
-TEST_F(EventManagerTest, CountsWhatItDoes) {
+TEST_F(EventManagerTest, CountsSubscriptionsAndEvents) {
   Blocked slow;
   Recorder quick;
   EventManager manager;
@@ -495,7 +483,7 @@ TEST_F(EventManagerTest, CountsWhatItDoes) {
   manager.raise(kChange, kDeleted, {});
   awaitStatus(manager, &EventManager::Status::delivered, std::uint64_t{2});
   EXPECT_EQ(2U, manager.status().queued);
-  slow.letGo();
+  slow.release();
   EXPECT_TRUE(manager.flush(kLong));
   EXPECT_EQ(5U, manager.status().delivered);
   EXPECT_EQ(0U, manager.status().queued);
@@ -503,13 +491,14 @@ TEST_F(EventManagerTest, CountsWhatItDoes) {
   EXPECT_EQ(0U, manager.status().dropped);
 }
 
-TEST_F(EventManagerTest, WaitsForRunningCallsAndDropsTheRestAtItsEnd) {
+TEST_F(EventManagerTest, DestructorWaitsForRunningCallsAndDropsQueuedEvents) {
   Gate inside;
   std::atomic<bool> left{false};
   auto manager = std::make_unique<EventManager>();
   Recorder handler([&, running = manager.get()](int /*eventId*/, const TEEvent& /*event*/) {
     inside.open();
-    awaitStatus(*running, &EventManager::Status::subscriptions, std::size_t{0});  // its end begins
+    awaitStatus(*running, &EventManager::Status::subscriptions,
+                std::size_t{0});  // the destructor has begun
     unsubscribe(*running, handler, {kCreated});
     left = true;
   });

@@ -1,4 +1,4 @@
-// Events for which there is no memory.
+// Delivery of events while memory is short.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -13,22 +13,15 @@
 
 namespace {
 
+using namespace events;
 using agent::EventManager;
-using events::kChange;
-using events::kChanged;
-using events::kCreated;
-using events::kLong;
-using events::node;
-using events::Recorder;
-using events::subscribe;
-using events::unsubscribe;
 
-// Raises with one allocation more at each time, until it works.
-TEST(EventMemory, EventsWithoutMemoryAreToldAsLostBeforeTheNext) {
+// Raises an event with one more successful allocation each time, until raise succeeds.
+TEST(EventMemory, ReportsAGapForAnEventWithoutMemory) {
   Recorder handler;
   Recorder other;
-  std::atomic<int> told{0};
-  EventManager manager(EventManager::kDefaultQueueLimit, [&] { ++told; });
+  std::atomic<int> gaps{0};
+  EventManager manager(EventManager::kDefaultQueueLimit, [&] { ++gaps; });
   subscribe(manager, handler, {kCreated});
   subscribe(manager, other, {kChanged});
   int failures = 0;
@@ -44,17 +37,17 @@ TEST(EventMemory, EventsWithoutMemoryAreToldAsLostBeforeTheNext) {
     }
     manager.raise(kChange, kChanged, node("of others"));
     EXPECT_TRUE(manager.flush(kLong));
-    EXPECT_EQ(failures - (failed ? 1 : 0), told);
+    EXPECT_EQ(failures - (failed ? 1 : 0), gaps);
     manager.raise(kChange, kCreated, node("next"));
     EXPECT_TRUE(manager.flush(kLong));
-    ASSERT_EQ(failures, told);
+    ASSERT_EQ(failures, gaps);
   }
   EXPECT_LT(0, failures);
   EXPECT_EQ(static_cast<std::size_t>(failures) + 2, handler.events().size());
 }
 
 // Allocations of the thread fail from the call of the handler to the end of the thread.
-TEST(EventMemoryDeathTest, AThreadWithoutMemoryEndsWithItsHandlersSubscription) {
+TEST(EventMemoryDeathTest, UnSubscribeEndsAThreadWithoutMemory) {
   testing::GTEST_FLAG(death_test_style) = "threadsafe";
   const auto subscribeAndEnd = [] {
     Recorder handler([](int, const TEEvent&) {

@@ -1,4 +1,4 @@
-// Handlers that do what a test says, and the events that they get.
+// Event handlers for tests, and helpers to subscribe and to wait.
 
 #ifndef TESTS_UNIT_AGENT_EVENTS_HANDLERS_H
 #define TESTS_UNIT_AGENT_EVENTS_HANDLERS_H
@@ -25,13 +25,13 @@ constexpr int kCreated = 372;
 constexpr int kDeleted = 373;
 constexpr int kChanged = 374;
 
-// Longer than anything takes unless it hangs.
+// Timeout of a wait that succeeds in a test that passes.
 constexpr std::chrono::milliseconds kLong{60000};
 
-// How long something is watched that must not happen; a test that passes waits in vain.
+// Timeout of a wait that fails in a test that passes.
 constexpr std::chrono::milliseconds kShort{30};
 
-// One node of that name.
+// One node with this id.
 inline std::vector<NS_DOMAIN::TopoNode_T> node(const std::string& id) {
   std::vector<NS_DOMAIN::TopoNode_T> nodes(1);
   nodes.front().nodeId = id;
@@ -52,7 +52,7 @@ inline void unsubscribe(TEEventMgr& manager, TEEventHandler& handler,
   }
 }
 
-// Closed at first, and never again once it is open.
+// Closed until open() is called; open from then on.
 class Gate {
  public:
   void open() {
@@ -72,7 +72,7 @@ class Gate {
   bool open_ = false;
 };
 
-// An event as a handler gets it. node: the id of the first node, "-" without nodes.
+// An event of a handler's call. node: the id of the first node, "-" without nodes.
 struct Handled {
   int eventId;
   std::string node;
@@ -114,7 +114,7 @@ class Recorder final : public TEEventHandler {
   std::vector<Handled> events_;  // guarded by mutex_
 };
 
-// Stays in its first call until it is let go.
+// A handler whose first call returns after release().
 class Blocked {
  public:
   Recorder handler{[this](int /*eventId*/, const TEEvent& /*event*/) {
@@ -122,24 +122,37 @@ class Blocked {
     leave_.pass();
   }};
 
-  // Also from its destructor: a failed test must not hang.
-  ~Blocked() { letGo(); }
+  // Releases the call, so that a failed test does not hang.
+  ~Blocked() { release(); }
 
   void waitUntilInside() { inside_.pass(); }
-  void letGo() { leave_.open(); }
+  void release() { leave_.open(); }
 
  private:
   Gate inside_;
   Gate leave_;
 };
 
-// Waits until a number of the manager's status is as expected; the test's time-out ends it.
+// Waits until a number of the manager's status has the expected value. Only the timeout of the test
+// limits the wait.
 template <typename Number>
 void awaitStatus(const agent::EventManager& manager, Number agent::EventManager::Status::*member,
                  Number expected) {
   while (manager.status().*member != expected) {
     std::this_thread::yield();
   }
+}
+
+// Unsubscribes a handler that is inside a call, and releases the call when the queue is empty.
+// REQUIRES: all queued events have these identifiers.
+inline void unsubscribeDuringCall(agent::EventManager& manager, Blocked& blocked,
+                                  std::initializer_list<int> eventIds) {
+  std::thread releasing([&] {
+    awaitStatus(manager, &agent::EventManager::Status::queued, std::size_t{0});
+    blocked.release();
+  });
+  unsubscribe(manager, blocked.handler, eventIds);
+  releasing.join();
 }
 
 }  // namespace events

@@ -8,11 +8,11 @@
 namespace {
 
 std::mutex linesMutex;
-std::vector<std::string> lines;  // guarded by linesMutex
+std::vector<LogLine> lines;  // guarded by linesMutex
 
 }  // namespace
 
-std::vector<std::string> takeLogLines() {
+std::vector<LogLine> takeLogLines() {
   const std::lock_guard<std::mutex> lock(linesMutex);
   return std::exchange(lines, {});
 }
@@ -21,7 +21,7 @@ namespace agent {
 
 void log(int level, const std::string& text) {
   const std::lock_guard<std::mutex> lock(linesMutex);
-  lines.push_back(std::to_string(level) + ' ' + text);
+  lines.push_back({level, text});
 }
 
 }  // namespace agent

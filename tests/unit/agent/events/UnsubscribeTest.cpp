@@ -1,4 +1,4 @@
-// How handlers leave: nobody is inside one that has unsubscribed, and nothing of it is kept.
+// UnSubscribe: waiting for running calls, queued events, threads, and new subscriptions.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -12,24 +12,11 @@
 
 namespace {
 
+using namespace events;
 using agent::EventManager;
-using events::awaitStatus;
-using events::Blocked;
-using events::Gate;
-using events::Handled;
-using events::kChange;
-using events::kChanged;
-using events::kCreated;
-using events::kDeleted;
-using events::kLong;
-using events::kShort;
-using events::node;
-using events::Recorder;
-using events::subscribe;
-using events::unsubscribe;
 using testing::ElementsAre;
 
-TEST(UnSubscribe, OfARegistrationThatDoesNotExistIsNoError) {
+TEST(UnSubscribe, IgnoresAnUnknownSubscription) {
   Recorder handler;
   EventManager manager;
   unsubscribe(manager, handler, {kCreated});
@@ -41,7 +28,7 @@ TEST(UnSubscribe, OfARegistrationThatDoesNotExistIsNoError) {
   EXPECT_THAT(handler.events(), ElementsAre(Handled{kDeleted, "a"}));
 }
 
-TEST(UnSubscribe, IsFollowedByNoCallForThatEvent) {
+TEST(UnSubscribe, StopsTheEventsOfTheIdentifier) {
   Recorder handler;
   Recorder other;
   EventManager manager;
@@ -78,7 +65,7 @@ TEST(UnSubscribe, WaitsForTheRunningCall) {
   leaving.get();
 }
 
-TEST(UnSubscribe, WaitsForTheRunningCallThoughOtherRegistrationsRemain) {
+TEST(UnSubscribe, WaitsForTheRunningCallWhileOtherSubscriptionsRemain) {
   Blocked blocked;
   EventManager manager;
   subscribe(manager, blocked.handler, {kCreated, kDeleted});
@@ -87,11 +74,11 @@ TEST(UnSubscribe, WaitsForTheRunningCallThoughOtherRegistrationsRemain) {
   support::Task leaving([&] { unsubscribe(manager, blocked.handler, {kCreated}); });
   awaitStatus(manager, &EventManager::Status::subscriptions, std::size_t{1});
   EXPECT_TRUE(leaving.waits());
-  blocked.letGo();
+  blocked.release();
   leaving.get();
 }
 
-// The handler is never idle, so that only the call that runs at that moment can be waited for.
+// The handler is never idle: its queue always has an event. UnSubscribe waits for one call only.
 TEST(UnSubscribe, DoesNotWaitForLaterCalls) {
   Gate inside;
   EventManager* running = nullptr;
@@ -109,7 +96,7 @@ TEST(UnSubscribe, DoesNotWaitForLaterCalls) {
   unsubscribe(manager, endless, {kDeleted});
 }
 
-TEST(UnSubscribe, DropsTheQueuedEventsOfThatIdentifierOnly) {
+TEST(UnSubscribe, DropsTheQueuedEventsOfTheIdentifierOnly) {
   Blocked blocked;
   EventManager manager;
   subscribe(manager, blocked.handler, {kCreated, kDeleted, kChanged});
@@ -121,36 +108,31 @@ TEST(UnSubscribe, DropsTheQueuedEventsOfThatIdentifierOnly) {
   manager.raise(kChange, kCreated, node("e"));
   support::Task leaving([&] { unsubscribe(manager, blocked.handler, {kCreated}); });
   awaitStatus(manager, &EventManager::Status::queued, std::size_t{2});
-  blocked.letGo();
+  blocked.release();
   leaving.get();
   EXPECT_TRUE(manager.flush(kLong));
   EXPECT_THAT(blocked.handler.events(),
               ElementsAre(Handled{kCreated, "a"}, Handled{kDeleted, "b"}, Handled{kChanged, "d"}));
-  EXPECT_EQ(0U, manager.status().dropped);  // nobody misses them
+  EXPECT_EQ(0U, manager.status().dropped);  // withdrawn events do not count
 }
 
-TEST(UnSubscribe, TellsThatEventsWereLostWhenSomeWaited) {
-  int told = 0;
+TEST(UnSubscribe, ReportsAGapForQueuedEvents) {
+  int gaps = 0;
   Blocked slow;
-  EventManager manager(EventManager::kDefaultQueueLimit, [&] { ++told; });
+  EventManager manager(EventManager::kDefaultQueueLimit, [&] { ++gaps; });
   subscribe(manager, slow.handler, {kCreated, kDeleted, kChanged});
   manager.raise(kChange, kCreated, node("a"));
   slow.waitUntilInside();
   manager.raise(kChange, kDeleted, node("b"));
   manager.raise(kChange, kDeleted, node("c"));
-  std::thread letGo([&] {
-    awaitStatus(manager, &EventManager::Status::queued, std::size_t{0});
-    slow.letGo();
-  });
-  unsubscribe(manager, slow.handler, {kDeleted});
-  letGo.join();
-  EXPECT_EQ(1, told);
+  unsubscribeDuringCall(manager, slow, {kDeleted});
+  EXPECT_EQ(1, gaps);
   unsubscribe(manager, slow.handler, {kCreated, kChanged});
-  EXPECT_EQ(1, told);
+  EXPECT_EQ(1, gaps);
   EXPECT_THAT(slow.handler.events(), ElementsAre(Handled{kCreated, "a"}));
 }
 
-TEST(UnSubscribe, FromWithinTheHandlersCallDoesNotWait) {
+TEST(UnSubscribe, DoesNotWaitWithinACallOfTheHandler) {
   Gate done;
   EventManager* running = nullptr;
   Recorder handler([&](int /*eventId*/, const TEEvent& /*event*/) {
@@ -168,7 +150,7 @@ TEST(UnSubscribe, FromWithinTheHandlersCallDoesNotWait) {
   EXPECT_EQ(0U, manager.status().subscriptions);
 }
 
-TEST(UnSubscribe, OnceMoreWaitsForACallThatHasUnsubscribedItsHandler) {
+TEST(UnSubscribe, ByAnotherThreadWaitsForACallThatUnsubscribed) {
   Gate unsubscribed;
   Gate leave;
   std::atomic<bool> left{false};
@@ -193,7 +175,7 @@ TEST(UnSubscribe, OnceMoreWaitsForACallThatHasUnsubscribedItsHandler) {
   leaving.get();
 }
 
-TEST(UnSubscribe, FromWithinAnotherHandlersCallWaits) {
+TEST(UnSubscribe, WaitsWithinACallOfAnotherHandler) {
   Gate inside;
   Gate leave;
   std::atomic<bool> left{false};
@@ -221,7 +203,7 @@ TEST(UnSubscribe, FromWithinAnotherHandlersCallWaits) {
   EXPECT_THAT(second.events(), ElementsAre(Handled{kDeleted, "-"}));
 }
 
-// Says when the thread that it belongs to has ended, which it makes take a while.
+// A thread-local whose destructor delays the end of its thread and then sets the flag.
 struct ThreadEnd {
   std::atomic<bool>* flag = nullptr;
   ~ThreadEnd() {
@@ -233,7 +215,7 @@ struct ThreadEnd {
 };
 thread_local ThreadEnd threadEnd;
 
-TEST(UnSubscribe, EndsTheThreadWithTheLastRegistration) {
+TEST(UnSubscribe, EndsTheThreadWithTheLastSubscription) {
   std::atomic<bool> ended{false};
   Recorder handler([&](int /*eventId*/, const TEEvent& /*event*/) { threadEnd.flag = &ended; });
   EventManager manager;
@@ -246,7 +228,7 @@ TEST(UnSubscribe, EndsTheThreadWithTheLastRegistration) {
   EXPECT_TRUE(ended);
 }
 
-TEST(UnSubscribe, LetsAHandlerSubscribeAgain) {
+TEST(UnSubscribe, AllowsANewSubscription) {
   Recorder handler;
   EventManager manager;
   for (const char* id : {"a", "b"}) {
@@ -254,13 +236,13 @@ TEST(UnSubscribe, LetsAHandlerSubscribeAgain) {
     manager.raise(kChange, kCreated, node(id));
     EXPECT_TRUE(manager.flush(kLong));
     unsubscribe(manager, handler, {kCreated});
-    manager.raise(kChange, kCreated, node("nobody's"));
+    manager.raise(kChange, kCreated, node("unhandled"));
   }
   EXPECT_THAT(handler.events(), ElementsAre(Handled{kCreated, "a"}, Handled{kCreated, "b"}));
 }
 
-// The call that has unsubscribed its handler is still running when the handler subscribes again.
-TEST(UnSubscribe, IsUndoneBySubscribingAgainWithoutASecondCallAtATime) {
+// The handler subscribes again while its call, which has unsubscribed the handler, still runs.
+TEST(UnSubscribe, FollowedBySubscribeNeverRunsTwoCallsAtOnce) {
   Gate unsubscribed;
   Gate leave;
   std::atomic<int> inside{0};
@@ -280,7 +262,7 @@ TEST(UnSubscribe, IsUndoneBySubscribingAgainWithoutASecondCallAtATime) {
   subscribe(manager, handler, {kCreated});
   manager.raise(kChange, kCreated, node("a"));
   unsubscribed.pass();
-  manager.raise(kChange, kCreated, node("nobody's"));
+  manager.raise(kChange, kCreated, node("unhandled"));
   subscribe(manager, handler, {kCreated});
   manager.raise(kChange, kCreated, node("b"));
   EXPECT_FALSE(manager.flush(kShort));
