@@ -24,11 +24,14 @@
 // A function whose caller does not hold the mutexes.
 #define EXCLUDES(...) SYNC_ATTRIBUTE(locks_excluded(__VA_ARGS__))
 
-// For the types in sync/Mutex.h.
+// For the types of mutexes and locks.
 #define CAPABILITY(kind) SYNC_ATTRIBUTE(capability(kind))
 #define SCOPED_CAPABILITY SYNC_ATTRIBUTE(scoped_lockable)
 #define ACQUIRES(...) SYNC_ATTRIBUTE(acquire_capability(__VA_ARGS__))
 #define RELEASES(...) SYNC_ATTRIBUTE(release_capability(__VA_ARGS__))
+#define ACQUIRES_SHARED(...) SYNC_ATTRIBUTE(acquire_shared_capability(__VA_ARGS__))
+#define RELEASES_SHARED(...) SYNC_ATTRIBUTE(release_shared_capability(__VA_ARGS__))
+#define ASSERTS_HELD(...) SYNC_ATTRIBUTE(assert_capability(__VA_ARGS__))
 
 // A function that the analysis cannot follow. A comment at the function says why.
 #define NO_THREAD_SAFETY_ANALYSIS SYNC_ATTRIBUTE(no_thread_safety_analysis)

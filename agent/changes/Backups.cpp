@@ -29,7 +29,7 @@ Backups::~Backups() {
 }
 
 Outcome Backups::begin(std::uint64_t& id) {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   if (copy_ && clock_() - lastUse_ < kIdle) {
     return {kTooMuch, "another backup is being fetched"};
   }
@@ -45,7 +45,7 @@ Outcome Backups::begin(std::uint64_t& id) {
 }
 
 Outcome Backups::next(std::uint64_t id, Part& part) {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   if (!copy_ || id != id_) {
     return {kEntityNotFound, "the backup has ended"};
   }
@@ -73,7 +73,7 @@ Backups::Part Backups::nextPart() {
 }
 
 void Backups::end(std::uint64_t id) {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   if (id == id_) {
     drop();
   }

@@ -8,12 +8,12 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <string>
 
 #include "agent/base/OperationResult.h"
 #include "agent/changes/NetworkWriter.h"
 #include "agent/store/StoreCopy.h"
+#include "sync/Mutex.h"
 
 namespace agent {
 
@@ -52,16 +52,16 @@ class Backups {
   void end(std::uint64_t id);
 
  private:
-  Part nextPart();
-  void drop();
+  Part nextPart() REQUIRES(mutex_);
+  void drop() REQUIRES(mutex_);
 
   NetworkWriter& writer_;
   const Clock clock_;
 
-  std::mutex mutex_;
-  std::unique_ptr<StoreCopy> copy_;  // null without a backup. This and the rest guarded by mutex_
-  std::uint64_t id_ = 0;
-  std::chrono::steady_clock::time_point lastUse_;
+  Mutex mutex_;
+  std::unique_ptr<StoreCopy> copy_ GUARDED_BY(mutex_);  // null without a backup
+  std::uint64_t id_ GUARDED_BY(mutex_) = 0;
+  std::chrono::steady_clock::time_point lastUse_ GUARDED_BY(mutex_);
 };
 
 }  // namespace agent

@@ -32,64 +32,57 @@ NetworkWriter::NetworkWriter(NetworkStore& store, NetworkModel& model, RaiseEven
     : store_(store), model_(model), raise_(std::move(raise)) {}
 
 std::unique_ptr<StoreCopy> NetworkWriter::beginCopy() {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   return store_.beginCopy();
 }
 
 bool NetworkWriter::continueCopy(StoreCopy& copy) {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   return copy.step();
 }
 
 void NetworkWriter::endCopy(std::unique_ptr<StoreCopy> copy) {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   copy.reset();
 }
 
-void NetworkWriter::enter() {
-  std::unique_lock<std::mutex> lock(gateMutex_);
-  gateMoved_.wait(lock, [this] { return pauses_ == 0 && !changing_; });
-  changing_ = true;
+NetworkWriter::Change::Turn::Turn(NetworkWriter& writer) : writer_(writer) {
+  MutexLock lock(writer_.gateMutex_);
+  writer_.gateMoved_.wait(lock.native(), [this]() REQUIRES(writer_.gateMutex_) {
+    return writer_.pauses_ == 0 && !writer_.changing_;
+  });
+  writer_.changing_ = true;
 }
 
-void NetworkWriter::leave() {
+NetworkWriter::Change::Turn::~Turn() {
   {
-    const std::lock_guard<std::mutex> lock(gateMutex_);
-    changing_ = false;
+    const MutexLock lock(writer_.gateMutex_);
+    writer_.changing_ = false;
   }
-  gateMoved_.notify_all();
-}
-
-void NetworkWriter::addPause() {
-  std::unique_lock<std::mutex> lock(gateMutex_);
-  ++pauses_;
-  gateMoved_.wait(lock, [this] { return !changing_; });
-}
-
-void NetworkWriter::endPause() {
-  {
-    const std::lock_guard<std::mutex> lock(gateMutex_);
-    --pauses_;
-  }
-  gateMoved_.notify_all();
+  writer_.gateMoved_.notify_all();
 }
 
 NetworkWriter::Pause::Pause(NetworkWriter& writer) : writer_(writer) {
-  writer_.addPause();
+  MutexLock lock(writer_.gateMutex_);
+  ++writer_.pauses_;
+  writer_.gateMoved_.wait(lock.native(),
+                          [this]() REQUIRES(writer_.gateMutex_) { return !writer_.changing_; });
 }
 
 NetworkWriter::Pause::~Pause() {
-  writer_.endPause();
+  {
+    const MutexLock lock(writer_.gateMutex_);
+    --writer_.pauses_;
+  }
+  writer_.gateMoved_.notify_all();
 }
 
-NetworkWriter::Change::Change(NetworkWriter& writer) : writer_(writer) {
-  writer_.enter();
-  lock_ = std::unique_lock<std::mutex>(writer_.mutex_);
-}
+NetworkWriter::Change::Change(NetworkWriter& writer)
+    : writer_(writer), turn_(writer), lock_(writer.mutex_) {}
 
-NetworkWriter::Change::~Change() {
-  lock_.unlock();
-  writer_.leave();
+NetworkStore& NetworkWriter::Change::store() {
+  writer_.mutex_.assertHeld();
+  return writer_.store_;
 }
 
 void NetworkWriter::Change::commit(PreparedChange change, const Cancellation& cancellation) {
@@ -97,12 +90,12 @@ void NetworkWriter::Change::commit(PreparedChange change, const Cancellation& ca
   if (renaming != nullptr && renaming->records.empty()) {
     return;
   }
-  const std::uint64_t number = writer_.store_.commit(change.change, cancellation);
+  const std::uint64_t number = store().commit(change.change, cancellation);
   writer_.model_.apply(change);
   raise(number, std::move(change.change));
 }
 
-// The change is committed, so whatever the listener throws is dropped.
+// The change is committed, so an exception of the listener cannot undo the change.
 void NetworkWriter::Change::raise(std::uint64_t number, NetworkChange change) noexcept {
   if (!writer_.raise_) {
     return;

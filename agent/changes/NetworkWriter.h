@@ -1,5 +1,5 @@
-// Everything that changes the network passes here, one change at a time: the store first, then the
-// model, then the event. So store and model say the same, and events come in the order of commits.
+// Commits every change of the network, one at a time: the store first, then the model, then the
+// event. So store and model agree, and events are raised in the order of the commits.
 
 #ifndef AGENT_CHANGES_NETWORKWRITER_H
 #define AGENT_CHANGES_NETWORKWRITER_H
@@ -9,7 +9,6 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
 
@@ -19,13 +18,13 @@
 #include "agent/store/NetworkStore.h"
 #include "agent/store/StoreCopy.h"
 #include "platform/domain/DomainRecords.h"
+#include "sync/Mutex.h"
 
 namespace agent {
 
-// Borrows store and model, which must outlive it; nobody else uses the store or changes the model
-// meanwhile.
-// Thread-safety: any thread. Changes wait for each other and for the disk, readers of the model for
-// neither.
+// Thread-safety: any thread. Changes wait for each other and for the disk; readers of the model
+// wait for neither. Ownership: borrows the store and the model, which outlive the writer; nothing
+// else uses the store or changes the model. Errors: StoreError and Cancelled, thrown.
 class NetworkWriter {
  public:
   // Receives the event of each change after the commit, when the model shows the change, and before
@@ -42,16 +41,16 @@ class NetworkWriter {
 
   const NetworkModel& model() const { return model_; }
 
-  // A copy of the store, its next step, and its end. Each waits for a change that is under way, but
-  // for no pause; changes may come between them. continueCopy is true when the copy is complete.
-  // The first two throw StoreError.
+  // Begins, continues and ends a copy of the store. Each call waits for the change in progress, but
+  // not for a pause. Changes may be committed between the calls. continueCopy returns true when the
+  // copy is complete.
   std::unique_ptr<StoreCopy> beginCopy();
   bool continueCopy(StoreCopy& copy);
   void endCopy(std::unique_ptr<StoreCopy> copy);
 
-  // Keeps changes waiting for as long as it lives; one that is under way ends first, its event
-  // included. A pause goes before changes that wait. Several may live at once, and any thread may
-  // end one.
+  // Blocks new changes until the Pause is destroyed. The constructor waits until the change in
+  // progress has ended and has raised its event. Waiting changes do not delay a pause. Several
+  // pauses may exist at the same time. Any thread may destroy a pause.
   class Pause {
    public:
     explicit Pause(NetworkWriter& writer);
@@ -63,47 +62,54 @@ class NetworkWriter {
     NetworkWriter& writer_;
   };
 
-  // The right to make one change, from the moment that no other is under way and nothing pauses
-  // them. REQUIRES: the thread has no other change and no pause.
+  // The exclusive right to make one change, from the constructor to the destructor. The constructor
+  // waits for the change in progress and for all pauses. REQUIRES: the thread has no other Change
+  // and no Pause.
   class Change {
    public:
     explicit Change(NetworkWriter& writer);
-    ~Change();
     Change(const Change&) = delete;
     Change& operator=(const Change&) = delete;
 
     // For checks and for the preparation of the change.
-    NetworkStore& store() { return writer_.store_; }
+    NetworkStore& store();
     NetworkModel& model() { return writer_.model_; }
 
     // Commits the change to the store, applies the change to the model, and raises the event of the
-    // change unless the change affects no node. A renaming of no records is ignored. On failure
-    // nothing is changed: throws StoreError and Cancelled.
+    // change unless the change affects no node. A renaming of no records is ignored. After a
+    // failure nothing is changed.
     void commit(PreparedChange change, const Cancellation& cancellation = Cancellation::none());
 
    private:
+    // Waits until there is no other turn and no pause.
+    class Turn {
+     public:
+      explicit Turn(NetworkWriter& writer);
+      ~Turn();
+      Turn(const Turn&) = delete;
+      Turn& operator=(const Turn&) = delete;
+
+     private:
+      NetworkWriter& writer_;
+    };
+
     void raise(std::uint64_t number, NetworkChange change) noexcept;
 
     NetworkWriter& writer_;
-    std::unique_lock<std::mutex> lock_;
+    const Turn turn_;
+    const MutexLock lock_;
   };
 
  private:
-  void enter();
-  void leave();
-  void addPause();
-  void endPause();
-
-  NetworkStore& store_;  // guarded by mutex_
-  NetworkModel& model_;  // changed under mutex_
-  const RaiseEvent raise_;
-
-  std::mutex gateMutex_;
+  Mutex gateMutex_;
   std::condition_variable gateMoved_;
-  bool changing_ = false;   // guarded by gateMutex_
-  std::size_t pauses_ = 0;  // guarded by gateMutex_
+  bool changing_ GUARDED_BY(gateMutex_) = false;
+  std::size_t pauses_ GUARDED_BY(gateMutex_) = 0;
 
-  std::mutex mutex_;  // held by the change that is under way; taken within the gate
+  Mutex mutex_;  // of the store; locked after gateMutex_ is released
+  NetworkStore& store_ GUARDED_BY(mutex_);
+  NetworkModel& model_;  // changed with mutex_ held, read by any thread
+  const RaiseEvent raise_;
 };
 
 }  // namespace agent

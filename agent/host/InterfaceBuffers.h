@@ -5,11 +5,10 @@
 
 #include <map>
 #include <memory>
-#include <mutex>
-#include <shared_mutex>
 #include <string>
 
 #include "platform/bundlemgr/ServiceInterface.h"
+#include "sync/Mutex.h"
 
 namespace agent {
 
@@ -39,8 +38,9 @@ class InterfaceBuffers {
   void removeEverywhere(const NS_BUNDLEMGR1::ServiceInterface* interface);
 
  private:
-  mutable std::shared_mutex mutex_;
-  std::map<std::string, std::unique_ptr<NS_BUNDLEMGR1::InterfaceBuffer>> buffers_;
+  mutable Mutex mutex_;
+  std::map<std::string, std::unique_ptr<NS_BUNDLEMGR1::InterfaceBuffer>> buffers_
+      GUARDED_BY(mutex_);
 };
 
 }  // namespace agent

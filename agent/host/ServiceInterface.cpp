@@ -15,13 +15,13 @@ InterfaceBuffers& InterfaceBuffers::instance() {
 }
 
 InterfaceBuffer* InterfaceBuffers::find(const std::string& name) const {
-  const std::shared_lock<std::shared_mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   const auto entry = buffers_.find(name);
   return entry != buffers_.end() ? entry->second.get() : nullptr;
 }
 
 InterfaceBuffer* InterfaceBuffers::findOrMake(const std::string& name) {
-  const std::unique_lock<std::shared_mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   std::unique_ptr<InterfaceBuffer>& buffer = buffers_[name];
   if (!buffer) {
     buffer = std::make_unique<InterfaceBuffer>();
@@ -30,7 +30,7 @@ InterfaceBuffer* InterfaceBuffers::findOrMake(const std::string& name) {
 }
 
 void InterfaceBuffers::removeEverywhere(const ServiceInterface* interface) {
-  const std::unique_lock<std::shared_mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   for (const auto& entry : buffers_) {
     entry.second->Remove(interface);
   }

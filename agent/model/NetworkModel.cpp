@@ -1,16 +1,11 @@
 #include "agent/model/NetworkModel.h"
 
-#include <mutex>
-#include <shared_mutex>
 #include <utility>
 
 #include "platform/agent/CorbaUtilInterface.h"
 
 namespace agent {
 namespace {
-
-using Reading = std::shared_lock<TurnstileMutex>;
-using Writing = std::unique_lock<TurnstileMutex>;
 
 std::size_t textsOf(const NS_DOMAIN::TopoNode_T& node) {
   std::size_t bytes = node.nodeId.size() + node.parentId.size() + node.nativeName.size();
@@ -40,12 +35,12 @@ void count(NetworkLoad::Records& records, std::size_t texts) {
 NetworkModel::NetworkModel(Network network) : data_(std::move(network)) {}
 
 std::string NetworkModel::ems() const {
-  const Reading lock(mutex_);
+  const ReadLock lock(mutex_);
   return data_.ems();
 }
 
 std::size_t NetworkModel::topoNodeCount() const {
-  const Reading lock(mutex_);
+  const ReadLock lock(mutex_);
   return data_.nodes().size();
 }
 
@@ -54,37 +49,37 @@ bool NetworkModel::hasTopoSubnetwork(const std::string& id) const {
 }
 
 bool NetworkModel::hasObject(const ObjectKey& key) const {
-  const Reading lock(mutex_);
+  const ReadLock lock(mutex_);
   return data_.hasObject(key);
 }
 
 bool NetworkModel::hasTopoNode(const std::string& id) const {
-  const Reading lock(mutex_);
+  const ReadLock lock(mutex_);
   return data_.node(id) != nullptr;
 }
 
 bool NetworkModel::hasNetworkElement(std::int32_t number) const {
-  const Reading lock(mutex_);
+  const ReadLock lock(mutex_);
   return data_.element(number) != nullptr;
 }
 
 bool NetworkModel::hasClockPosition(const std::string& reference) const {
-  const Reading lock(mutex_);
+  const ReadLock lock(mutex_);
   return data_.hasPosition(reference);
 }
 
 bool NetworkModel::hasClockLink(const std::string& id) const {
-  const Reading lock(mutex_);
+  const ReadLock lock(mutex_);
   return data_.hasLink(id);
 }
 
 bool NetworkModel::hasLabel(const ObjectKey& key) const {
-  const Reading lock(mutex_);
+  const ReadLock lock(mutex_);
   return data_.label(key) != nullptr;
 }
 
 void NetworkModel::appendTopoNodes(std::vector<NS_DOMAIN::TopoNode_T>& nodes) const {
-  const Reading lock(mutex_);
+  const ReadLock lock(mutex_);
   nodes.reserve(nodes.size() + data_.nodes().size());
   for (const NetworkTables::Node& node : data_.nodes()) {
     nodes.push_back(node.record);
@@ -92,7 +87,7 @@ void NetworkModel::appendTopoNodes(std::vector<NS_DOMAIN::TopoNode_T>& nodes) co
 }
 
 void NetworkModel::appendNEIndexes(std::vector<NS_DOMAIN::NEIndex>& indexes, bool onlyShown) const {
-  const Reading lock(mutex_);
+  const ReadLock lock(mutex_);
   for (const NetworkElement& element : data_.elements()) {
     if (element.shown || !onlyShown) {
       indexes.push_back({0, element.number});
@@ -102,7 +97,7 @@ void NetworkModel::appendNEIndexes(std::vector<NS_DOMAIN::NEIndex>& indexes, boo
 
 void NetworkModel::appendNEs(std::vector<NS_DOMAIN::NE_T>& elements,
                              const std::vector<NS_DOMAIN::NEIndex>& indexes) const {
-  const Reading lock(mutex_);
+  const ReadLock lock(mutex_);
   for (const NS_DOMAIN::NEIndex& index : indexes) {
     if (const NetworkElement* const known = data_.element(index.number)) {
       NS_DOMAIN::NE_T& element = elements.emplace_back();
@@ -114,7 +109,7 @@ void NetworkModel::appendNEs(std::vector<NS_DOMAIN::NE_T>& elements,
 }
 
 std::vector<NS_DOMAIN::ClockPositionInfo_T> NetworkModel::clockPositions() const {
-  const Reading lock(mutex_);
+  const ReadLock lock(mutex_);
   std::vector<NS_DOMAIN::ClockPositionInfo_T> positions;
   positions.reserve(data_.positions().size());
   for (const NetworkTables::Position& position : data_.positions()) {
@@ -124,19 +119,19 @@ std::vector<NS_DOMAIN::ClockPositionInfo_T> NetworkModel::clockPositions() const
 }
 
 std::vector<NS_DOMAIN::ClockTopoLinkInfo_T> NetworkModel::clockLinks() const {
-  const Reading lock(mutex_);
+  const ReadLock lock(mutex_);
   return {data_.links().begin(), data_.links().end()};
 }
 
 std::string NetworkModel::labelOf(std::int32_t type, const std::string& id) const {
-  const Reading lock(mutex_);
+  const ReadLock lock(mutex_);
   const std::string* const label = data_.label({type, id});
   return label == nullptr ? std::string() : *label;
 }
 
 NetworkLoad NetworkModel::load() const {
   NetworkLoad load;
-  const Reading lock(mutex_);
+  const ReadLock lock(mutex_);
   for (const NetworkTables::Node& node : data_.nodes()) {
     count(load.nodes, textsOf(node.record));
   }
@@ -156,25 +151,32 @@ NetworkLoad NetworkModel::load() const {
   return load;
 }
 
-// Readers do not see the preparation, but making room may move the entries of indexes.
+// Making room may move entries of the indexes, so the write lock keeps readers out.
 PreparedChange NetworkModel::prepareAddition(Network network) {
-  PreparedChange addition = data_.prepareAddition(std::move(network));
-  const Writing lock(mutex_);
+  PreparedChange addition = tablesFor(std::move(network));
+  const WriteLock lock(mutex_);
   data_.makeRoomFor(addition);
   return addition;
 }
 
-// Only the one thread that changes the model prepares changes, so reading needs no lock here.
+PreparedChange NetworkModel::tablesFor(Network network) const {
+  const ReadLock lock(mutex_);
+  return data_.prepareAddition(std::move(network));
+}
+
 PreparedChange NetworkModel::prepareRemoval(const std::string& nodeId) const {
+  const ReadLock lock(mutex_);
   return data_.prepareRemoval(nodeId);
 }
 
 PreparedChange NetworkModel::prepareRenaming(const ObjectKey& key, const std::string& name) {
+  const ReadLock lock(mutex_);
   return data_.prepareRenaming(key, name);
 }
 
 PreparedChange NetworkModel::prepareNodeRenaming(const std::string& nodeId,
                                                  const std::string& name) {
+  const ReadLock lock(mutex_);
   return data_.prepareNodeRenaming(nodeId, name);
 }
 
@@ -194,7 +196,7 @@ void NetworkModel::apply(PreparedChange& change) noexcept {
   if (std::holds_alternative<std::monostate>(change.effect)) {
     return;
   }
-  const Writing lock(mutex_);
+  const WriteLock lock(mutex_);
   data_.apply(change);
   ++version_;
 }

@@ -19,6 +19,7 @@
 #include "agent/network/ManagedObjects.h"
 #include "agent/network/Network.h"
 #include "platform/domain/DomainRecords.h"
+#include "sync/ThreadAnnotations.h"
 
 namespace agent {
 
@@ -88,8 +89,10 @@ class NetworkModel {
   void apply(PreparedChange& change) noexcept;
 
  private:
+  PreparedChange tablesFor(Network network) const;
+
   mutable TurnstileMutex mutex_;
-  NetworkTables data_;  // guarded by mutex_
+  NetworkTables data_ GUARDED_BY(mutex_);
   std::atomic<std::uint64_t> version_{0};
 };
 

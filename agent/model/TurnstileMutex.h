@@ -1,4 +1,4 @@
-// A reader-writer lock that lets writers through however many readers keep coming.
+// A reader-writer mutex that does not let readers starve writers, and its locks.
 
 #ifndef AGENT_MODEL_TURNSTILEMUTEX_H
 #define AGENT_MODEL_TURNSTILEMUTEX_H
@@ -6,33 +6,67 @@
 #include <mutex>
 #include <shared_mutex>
 
+#include "sync/ThreadAnnotations.h"
+
 namespace agent {
 
-// For std::unique_lock and std::shared_lock. Readers pass a turnstile, in which a writer stands
-// from when it comes until it goes: so it waits only for the readers that were there before it. A
-// thread that reads must not begin to read again.
-class TurnstileMutex {
+// Readers pass through a turnstile, which a writer blocks from the start of its wait until its
+// unlock. So a writer waits only for the readers that read before the writer came.
+//
+// Thread-safety: any thread. Not recursive: a thread that reads must not lock again, because a
+// waiting writer would block the second lock for ever. Errors: std::system_error.
+class CAPABILITY("mutex") TurnstileMutex {
  public:
-  void lock() {
+  void lock() ACQUIRES() {
     turnstile_.lock();
     mutex_.lock();
   }
 
-  void unlock() {
+  void unlock() RELEASES() {
     mutex_.unlock();
     turnstile_.unlock();
   }
 
-  void lock_shared() {
-    const std::lock_guard<std::mutex> passing(turnstile_);
+  void lock_shared() ACQUIRES_SHARED() {
+    const std::lock_guard<std::mutex> passage(turnstile_);
     mutex_.lock_shared();
   }
 
-  void unlock_shared() { mutex_.unlock_shared(); }
+  void unlock_shared() RELEASES_SHARED() { mutex_.unlock_shared(); }
 
  private:
   std::mutex turnstile_;
   std::shared_mutex mutex_;
+};
+
+// Holds a mutex for reading until the end of the scope. Borrows the mutex. Thread-safety: one
+// thread.
+class SCOPED_CAPABILITY ReadLock {
+ public:
+  explicit ReadLock(TurnstileMutex& mutex) ACQUIRES_SHARED(mutex) : mutex_(mutex) {
+    mutex_.lock_shared();
+  }
+  ~ReadLock() RELEASES() { mutex_.unlock_shared(); }
+
+  ReadLock(const ReadLock&) = delete;
+  ReadLock& operator=(const ReadLock&) = delete;
+
+ private:
+  TurnstileMutex& mutex_;
+};
+
+// Holds a mutex for writing until the end of the scope. Borrows the mutex. Thread-safety: one
+// thread.
+class SCOPED_CAPABILITY WriteLock {
+ public:
+  explicit WriteLock(TurnstileMutex& mutex) ACQUIRES(mutex) : mutex_(mutex) { mutex_.lock(); }
+  ~WriteLock() RELEASES() { mutex_.unlock(); }
+
+  WriteLock(const WriteLock&) = delete;
+  WriteLock& operator=(const WriteLock&) = delete;
+
+ private:
+  TurnstileMutex& mutex_;
 };
 
 }  // namespace agent
