@@ -82,6 +82,13 @@ void expectMalformedArguments() {
   errno = EBADMSG;
 }
 
+void dispatchTo(KeyGate& gate, TAO_ServerRequest& request) {
+  KeyGate::Pass pass(gate, request.collocated() ? nullptr : servedRequest().connection);
+  const std::shared_ptr<void> token = pass.admit([&request] { return requestOf(request); });
+  expectMalformedArguments();
+  pass.servant()->_dispatch(request, nullptr);
+}
+
 }  // namespace
 
 BareKeys::BareKeys(TAO_ORB_Core& core) : core_(core) {}
@@ -126,7 +133,7 @@ int BareKeys::dispatch(TAO::ObjectKey& key, TAO_ServerRequest& request,
       observer_(target);
     }
   }
-  const std::shared_ptr<Gate> gate = gates_->at(target);
+  const std::shared_ptr<KeyGate> gate = gates_->at(target);
   if (!gate) {
     if (isOfAPoa(key) && !isComplete(target)) {
       throw CORBA::OBJECT_NOT_EXIST(CORBA::OMGVMCID | 2, CORBA::COMPLETED_NO);  // no POA
@@ -134,7 +141,7 @@ int BareKeys::dispatch(TAO::ObjectKey& key, TAO_ServerRequest& request,
     expectMalformedArguments();
     return DS_MISMATCHED_KEY;
   }
-  gate->dispatch(request);
+  dispatchTo(*gate, request);
   return DS_OK;
 }
 
@@ -168,7 +175,7 @@ CORBA::Long BareKeys::initialize_collocated_object(TAO_Stub* stub) {
   return 1;
 }
 
-void Gates::add(const std::string& key, std::shared_ptr<Gate> gate) {
+void Gates::add(const std::string& key, std::shared_ptr<KeyGate> gate) {
   const std::unique_lock<std::shared_mutex> lock(mutex_);
   gates_.emplace(key, std::move(gate));
 }
@@ -178,84 +185,21 @@ void Gates::remove(const std::string& key) {
   gates_.erase(key);
 }
 
-std::shared_ptr<Gate> Gates::at(const std::string& key) const {
+std::shared_ptr<KeyGate> Gates::at(const std::string& key) const {
   const std::shared_lock<std::shared_mutex> lock(mutex_);
   const auto found = gates_.find(key);
   return found == gates_.end() ? nullptr : found->second;
 }
 
-// Registers a running request for its lifetime.
-class Gate::RunningRequest {
- public:
-  RunningRequest(Gate& passed, const std::shared_ptr<Connection>& connection) : gate_(passed) {
-    const std::lock_guard<std::mutex> lock(gate_.mutex_);
-    gate_.checkOpen();
-    servant = gate_.servant_;
-    self_ = gate_.running_.insert(connection);
-  }
-
-  ~RunningRequest() {
-    const std::lock_guard<std::mutex> lock(gate_.mutex_);
-    gate_.running_.erase(self_);
-    if (gate_.running_.empty()) {
-      gate_.idle_.notify_all();
-    }
-  }
-
-  RunningRequest(const RunningRequest&) = delete;
-  RunningRequest& operator=(const RunningRequest&) = delete;
-
-  PortableServer::ServantBase* servant = nullptr;
-
- private:
-  Gate& gate_;
-  Running::iterator self_;
-};
-
-void Gate::open(PortableServer::ServantBase* servant, RequestGuard guard) {
-  servant->_add_ref();
-  const std::lock_guard<std::mutex> lock(mutex_);
-  servant_ = servant;
-  guard_ = std::move(guard);
-}
-
-void Gate::close() {
-  std::unique_lock<std::mutex> lock(mutex_);
-  PortableServer::ServantBase* const servant = std::exchange(servant_, nullptr);
-  for (const std::shared_ptr<Connection>& connection : running_) {
-    if (connection) {
-      connection->beginDrain();
-    }
-  }
-  idle_.wait(lock, [this] { return running_.empty(); });
-  const RequestGuard guard = std::exchange(guard_, nullptr);
-  lock.unlock();  // the destructors of servant and guard may call back
-  if (servant != nullptr) {
-    servant->_remove_ref();
-  }
-}
-
-void Gate::checkOpen() const {
-  if (servant_ == nullptr) {
-    throw CORBA::TRANSIENT(CORBA::OMGVMCID | 1, CORBA::COMPLETED_NO);  // requests are discarded
-  }
-}
-
-std::shared_ptr<void> Gate::admit(TAO_ServerRequest& request) {
-  if (!guard_) {
+void closeGate(KeyGate& gate) {
+  gate.close([&gate] {
+    gate.forEachRunning([](const std::shared_ptr<Connection>& connection) {
+      if (connection) {
+        connection->beginDrain();
+      }
+    });
     return nullptr;
-  }
-  std::shared_ptr<void> token = guard_(requestOf(request));
-  const std::lock_guard<std::mutex> lock(mutex_);
-  checkOpen();
-  return token;
-}
-
-void Gate::dispatch(TAO_ServerRequest& request) {
-  const RunningRequest running(*this, request.collocated() ? nullptr : servedRequest().connection);
-  const std::shared_ptr<void> token = admit(request);
-  expectMalformedArguments();
-  running.servant->_dispatch(request, nullptr);
+  });
 }
 
 }  // namespace orb

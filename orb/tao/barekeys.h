@@ -5,66 +5,35 @@
 
 #include <tao/Adapter.h>
 
-#include <condition_variable>
 #include <map>
 #include <memory>
-#include <mutex>
-#include <set>
 #include <shared_mutex>
 #include <string>
 
+#include "../gate.h"
 #include "orb/orb.h"
 
 namespace orb {
 
 class Connection;
 
-// Forwards requests for a key to the published servant, so that a servant can be replaced while
-// other objects stay in service.
-//
-// Thread-safety: any thread; open() and close() by one thread at a time.
-class Gate {
- public:
-  Gate() = default;
-  Gate(const Gate&) = delete;
-  Gate& operator=(const Gate&) = delete;
+// The gate of a fixed key. A request is known by its connection, null for a local call.
+using KeyGate = Gate<std::shared_ptr<Connection>>;
 
-  void open(PortableServer::ServantBase* servant, RequestGuard guard);
-
-  // Rejects new requests and returns when no request is running. A client that does not read delays
-  // close() by at most Options::drainGrace.
-  void close();
-
-  void dispatch(TAO_ServerRequest& request);
-
- private:
-  class RunningRequest;
-  using Running = std::multiset<std::shared_ptr<Connection>>;  // null: a local call
-
-  // Runs the guard. Rejects the request if the gate was closed while the guard blocked.
-  std::shared_ptr<void> admit(TAO_ServerRequest& request);
-
-  // REQUIRES: mutex_ is locked.
-  void checkOpen() const;
-
-  std::mutex mutex_;
-  std::condition_variable idle_;
-  PortableServer::ServantBase* servant_ = nullptr;  // guarded by mutex_, null while closed
-  RequestGuard
-      guard_;        // changes only under mutex_ while no request runs; a request reads it unlocked
-  Running running_;  // guarded by mutex_; one connection per running request
-};
+// Closes the gate. A client that does not read delays the return by at most Options::drainGrace.
+// Thread-safety: as Gate::close().
+void closeGate(KeyGate& gate);
 
 // The gates by key, at most one per key. Thread-safety: any thread.
 class Gates {
  public:
-  void add(const std::string& key, std::shared_ptr<Gate> gate);
+  void add(const std::string& key, std::shared_ptr<KeyGate> gate);
   void remove(const std::string& key);
-  std::shared_ptr<Gate> at(const std::string& key) const;  // null for an unknown key
+  std::shared_ptr<KeyGate> at(const std::string& key) const;  // null for an unknown key
 
  private:
   mutable std::shared_mutex mutex_;
-  std::map<std::string, std::shared_ptr<Gate>> gates_;  // guarded by mutex_
+  std::map<std::string, std::shared_ptr<KeyGate>> gates_;  // guarded by mutex_
 };
 
 // An object adapter of the ORB with priority over the POAs: observes each request from another

@@ -134,12 +134,15 @@ class ClientOrb final : public Orb {
 class BareObject final : public WellKnownObject {
  public:
   BareObject(BareKeys& keys, std::string key)
-      : keys_(keys), gates_(keys.gates()), key_(std::move(key)), gate_(std::make_shared<Gate>()) {
+      : keys_(keys),
+        gates_(keys.gates()),
+        key_(std::move(key)),
+        gate_(std::make_shared<KeyGate>()) {
     gates_->add(key_, gate_);
   }
 
   ~BareObject() override {
-    gate_->close();
+    closeGate(*gate_);
     gates_->remove(key_);
   }
 
@@ -148,13 +151,13 @@ class BareObject final : public WellKnownObject {
     return keys_.referenceTo(key_, servant->_interface_repository_id());
   }
 
-  void retire() override { gate_->close(); }
+  void retire() override { closeGate(*gate_); }
 
  private:
   BareKeys& keys_;  // owned by the ORB; used by publish() only, which requires a running ORB
   const std::shared_ptr<Gates> gates_;
   const std::string key_;
-  const std::shared_ptr<Gate> gate_;
+  const std::shared_ptr<KeyGate> gate_;
 };
 
 class ListeningOrb final : public Server {
