@@ -9,16 +9,21 @@ namespace {
 
 constexpr std::size_t kMaxLoggedName = 64;  // of an operation, which clients choose freely
 
+// By kind; follows the number of refusals.
+constexpr std::array kSummaries = {" connections were refused",
+                                   " requests were refused for their size",
+                                   " connections were closed because of incomplete requests"};
+
 }  // namespace
 
 LimitLog::LimitLog(LogFunction log) : log_(std::move(log)) {}
 
 template <typename MakeLine>
-void LimitLog::add(Kind& kind, Time now, MakeLine makeLine) {
+void LimitLog::add(Kind kind, Time now, MakeLine makeLine) {
   bool begins = false;
   {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    begins = kind.episode.add(now);
+    const MutexLock lock(mutex_);
+    begins = episodes_[kind].add(now);
   }
   if (!begins || !log_) {
     return;
@@ -31,54 +36,54 @@ void LimitLog::add(Kind& kind, Time now, MakeLine makeLine) {
 }
 
 void LimitLog::tooManyConnections(std::size_t limit, Time now) {
-  add(connections_, now, [limit] {
+  add(kConnections, now, [limit] {
     return "connections are refused: " + std::to_string(limit) +
            " connections, the limit, are open";
   });
 }
 
 void LimitLog::outOfDescriptors(std::size_t open, Time now) {
-  add(connections_, now, [open] {
+  add(kConnections, now, [open] {
     return "connections are refused: no file descriptor is left, " + std::to_string(open) +
            " connections are open";
   });
 }
 
 void LimitLog::outOfMemory(Time now) {
-  add(connections_, now, [] { return std::string("connections are refused: no memory is left"); });
+  add(kConnections, now, [] { return std::string("connections are refused: no memory is left"); });
 }
 
 void LimitLog::requestTooLarge(const std::string& operation, std::size_t bytes,
                                const std::string& peer, Time now) {
-  add(requests_, now, [&] {
+  add(kRequests, now, [&] {
     return "a request of " + operation.substr(0, kMaxLoggedName) + ", " + std::to_string(bytes) +
            " bytes from " + peer + ", was refused for its size";
   });
 }
 
 void LimitLog::requestIncomplete(Time now) {
-  add(incomplete_, now,
+  add(kIncomplete, now,
       [] { return std::string("a connection was closed: its request was not complete in time"); });
 }
 
 void LimitLog::endEpisodes(Time now) {
-  for (Kind* const kind : {&connections_, &requests_, &incomplete_}) {
+  for (std::size_t kind = 0; kind < kKinds; ++kind) {
     std::optional<std::size_t> count;
     {
-      const std::lock_guard<std::mutex> lock(mutex_);
-      count = kind->episode.finish(now);
+      const MutexLock lock(mutex_);
+      count = episodes_[kind].finish(now);
     }
     if (count && log_) {
-      log_(std::to_string(*count) + kind->summary);
+      log_(std::to_string(*count) + kSummaries[kind]);
     }
   }
 }
 
 std::optional<LimitLog::Time> LimitLog::nextEnd() const {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   std::optional<Time> next;
-  for (const Kind* const kind : {&connections_, &requests_, &incomplete_}) {
-    if (const std::optional<Time> end = kind->episode.end()) {
+  for (const Episode& episode : episodes_) {
+    if (const std::optional<Time> end = episode.end()) {
       next = next ? std::min(*next, *end) : end;
     }
   }

@@ -3,13 +3,14 @@
 #ifndef ORB_LIMITLOG_H
 #define ORB_LIMITLOG_H
 
+#include <array>
 #include <cstddef>
-#include <mutex>
 #include <optional>
 #include <string>
 
 #include "episode.h"
 #include "orb/orb.h"
+#include "sync/Mutex.h"
 
 namespace orb {
 
@@ -41,20 +42,14 @@ class LimitLog {
   std::optional<Time> nextEnd() const;
 
  private:
-  struct Kind {
-    const char* summary;  // follows the number of refusals
-    Episode episode;
-  };
+  enum Kind { kConnections, kRequests, kIncomplete, kKinds };
 
   template <typename MakeLine>
-  void add(Kind& kind, Time now, MakeLine makeLine);
+  void add(Kind kind, Time now, MakeLine makeLine);
 
   const LogFunction log_;
-  mutable std::mutex mutex_;
-  // Guarded by mutex_.
-  Kind connections_{" connections were refused", Episode()};
-  Kind requests_{" requests were refused for their size", Episode()};
-  Kind incomplete_{" connections were closed because of incomplete requests", Episode()};
+  mutable Mutex mutex_;
+  std::array<Episode, kKinds> episodes_ GUARDED_BY(mutex_);  // by Kind
 };
 
 }  // namespace orb

@@ -14,7 +14,7 @@ LogLimiter::~LogLimiter() {
 
 void LogLimiter::write(const std::string& line) {
   const Time now = clock_();
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   if (lines_ > 0 && now >= begin_ + kPeriod) {
     writeSummary();
     lines_ = 0;

@@ -6,10 +6,10 @@
 #include <chrono>
 #include <cstddef>
 #include <functional>
-#include <mutex>
 #include <string>
 
 #include "orb/orb.h"
+#include "sync/Mutex.h"
 
 namespace orb {
 
@@ -37,13 +37,14 @@ class LogLimiter {
   void write(const std::string& line);
 
  private:
-  void writeSummary();
+  void writeSummary() REQUIRES(mutex_);
 
   const LogFunction log_;
   const Clock clock_;
-  std::mutex mutex_;
-  Time begin_;             // of the current period; guarded by mutex_
-  std::size_t lines_ = 0;  // of the current period, dropped lines included; guarded by mutex_
+  Mutex mutex_;
+  // Of the current period; lines_ includes dropped lines.
+  Time begin_ GUARDED_BY(mutex_);
+  std::size_t lines_ GUARDED_BY(mutex_) = 0;
 };
 
 // Returns a log function that writes through a LogLimiter; null for null.

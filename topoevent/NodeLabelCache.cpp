@@ -6,7 +6,7 @@ NodeLabelCache nodeLabelCache;
 LastReportedLabel lastReportedLabel;
 
 void NodeLabelCache::append(const std::string& identifier, const std::string& label) {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   entries_.push_back({identifier, label});
   try {
     first_.try_emplace(entries_.back().identifier, entries_.size() - 1);
@@ -17,7 +17,7 @@ void NodeLabelCache::append(const std::string& identifier, const std::string& la
 }
 
 bool NodeLabelCache::storeChange(const std::string& identifier, const std::string& label) {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   const auto found = first_.find(identifier);
   if (found == first_.end()) {
     return true;
@@ -39,7 +39,7 @@ std::vector<std::string> NodeLabelCache::labels() const {
 }
 
 std::vector<std::string> NodeLabelCache::column(std::string Entry::*text) const {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   std::vector<std::string> texts;
   texts.reserve(entries_.size());
   for (const Entry& entry : entries_) {
@@ -49,7 +49,7 @@ std::vector<std::string> NodeLabelCache::column(std::string Entry::*text) const 
 }
 
 bool LastReportedLabel::storeChange(const std::string& label) {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   if (label_ == label) {
     return false;
   }

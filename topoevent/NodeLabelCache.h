@@ -8,12 +8,12 @@
 
 #include <cstddef>
 #include <deque>
-#include <mutex>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "hash/SaltedHash.h"
+#include "sync/Mutex.h"
 
 namespace topo {
 
@@ -40,10 +40,10 @@ class NodeLabelCache {
 
   std::vector<std::string> column(std::string Entry::*text) const;
 
-  mutable std::mutex mutex_;
-  std::deque<Entry> entries_;  // guarded by mutex_; an entry never moves
-  // Index of the first entry of each identifier. The keys refer to the entries. Guarded by mutex_.
-  salted::Map<std::string_view, std::size_t> first_;
+  mutable Mutex mutex_;
+  std::deque<Entry> entries_ GUARDED_BY(mutex_);  // an entry never moves
+  // Index of the first entry of each identifier. The keys refer to the entries.
+  salted::Map<std::string_view, std::size_t> first_ GUARDED_BY(mutex_);
 };
 
 // The label of the last reported change; "" initially.
@@ -53,8 +53,8 @@ class LastReportedLabel {
   bool storeChange(const std::string& label);
 
  private:
-  std::mutex mutex_;
-  std::string label_;  // guarded by mutex_
+  Mutex mutex_;
+  std::string label_ GUARDED_BY(mutex_);
 };
 
 // The caches of the module, which live until the module is unloaded.

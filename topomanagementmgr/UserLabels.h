@@ -4,8 +4,9 @@
 #define TOPOMANAGEMENTMGR_USERLABELS_H
 
 #include <memory>
-#include <mutex>
 #include <string>
+
+#include "sync/Mutex.h"
 
 namespace topo {
 
@@ -14,7 +15,8 @@ namespace topo {
 // Thread-safety: any thread. The mutex is locked during the creation of the map, and during each
 // reload with its lookup. Ownership: owns the map, borrows the file name.
 // Errors: exceptions of the map pass.
-template <typename Map, typename Mutex = std::mutex>
+// Map: has the interface of UserlabelMap. Lock: locks a MapMutex for a scope.
+template <typename Map, typename MapMutex = Mutex, typename Lock = MutexLock>
 class UserLabels {
  public:
   constexpr explicit UserLabels(const char* fileName) : fileName_(fileName) {}
@@ -22,7 +24,7 @@ class UserLabels {
   // Reloads the map and returns the value of a key, "" for a missing key.
   std::string labelOf(const std::string& key) {
     std::string value;
-    const std::lock_guard<Mutex> lock(mutex_);
+    const Lock lock(mutex_);
     if (!map_) {
       map_ = std::make_unique<Map>(fileName_);
     }
@@ -32,8 +34,8 @@ class UserLabels {
 
  private:
   const char* const fileName_;
-  Mutex mutex_;
-  std::unique_ptr<Map> map_;  // guarded by mutex_; null until the first lookup
+  MapMutex mutex_;
+  std::unique_ptr<Map> map_ GUARDED_BY(mutex_);  // null until the first lookup
 };
 
 }  // namespace topo

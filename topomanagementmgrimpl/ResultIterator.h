@@ -12,12 +12,12 @@
 
 #include <cerrno>
 #include <memory>
-#include <mutex>
 #include <new>
 
 #include "orb/orb.h"
 #include "platform/agent/Failures.h"
 #include "platform/agent/TAIteratorHelper.h"
+#include "sync/Mutex.h"
 #include "topo/Log.h"
 #include "topo/TmfRecords.h"
 #include "topomanagementmgrimpl/CorbaEdge.h"
@@ -148,7 +148,7 @@ class TAIterator
   // failed copy changes nothing. A request between the last batch and the end of the deactivation
   // gets OBJECT_NOT_EXIST, as it does after the deactivation.
   bool fill(typename Trait::List& batch, CORBA::ULong how_many) {
-    const std::lock_guard<std::mutex> lock(mutex_);
+    const MutexLock lock(mutex_);
     if (finished_) {
       throw CORBA::OBJECT_NOT_EXIST(0, CORBA::COMPLETED_NO);
     }
@@ -162,8 +162,7 @@ class TAIterator
     return more;
   }
 
-  // REQUIRES: mutex_ is locked.
-  void copy(typename Trait::List& batch, CORBA::ULong count) {
+  void copy(typename Trait::List& batch, CORBA::ULong count) REQUIRES(mutex_) {
     topo::setLength(batch, count);
     for (CORBA::ULong i = 0; i < count; ++i) {
       topo::at(batch, i) = topo::at(*this->list, this->index + i);
@@ -175,14 +174,14 @@ class TAIterator
     try {
       destroy();
     } catch (...) {
-      const std::lock_guard<std::mutex> lock(mutex_);
+      const MutexLock lock(mutex_);
       finished_ = false;
       throw;
     }
   }
 
-  std::mutex mutex_;
-  bool finished_ = false;  // the last batch has been copied; guarded by mutex_
+  Mutex mutex_;
+  bool finished_ GUARDED_BY(mutex_) = false;  // the last batch has been copied
 };
 
 // Names the iterator of one kind of record: skeleton, list type and out type of the list. A member

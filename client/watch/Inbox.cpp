@@ -4,11 +4,9 @@
 
 namespace topoctl {
 
-using Lock = std::unique_lock<std::mutex>;
-
 bool Inbox::push(SubscriptionId subscription, Event event) {
-  Lock lock(mutex_);
-  changed_.wait(lock, [this, subscription] {
+  MutexLock lock(mutex_);
+  changed_.wait(lock.native(), [this, subscription]() REQUIRES(mutex_) {
     return !isCurrent(subscription) || events_.size() < capacity_;
   });
   if (!isCurrent(subscription)) {
@@ -34,7 +32,7 @@ void Inbox::rememberId(const Event& event) {
 }
 
 void Inbox::endSubscription(SubscriptionId subscription) {
-  const Lock lock(mutex_);
+  const MutexLock lock(mutex_);
   if (isCurrent(subscription)) {
     ended_ = true;
     changed_.notify_all();
@@ -42,7 +40,7 @@ void Inbox::endSubscription(SubscriptionId subscription) {
 }
 
 Inbox::SubscriptionId Inbox::startSubscription() {
-  const Lock lock(mutex_);
+  const MutexLock lock(mutex_);
   ++subscription_;
   ended_ = false;
   previousId_.reset();
@@ -51,13 +49,14 @@ Inbox::SubscriptionId Inbox::startSubscription() {
 }
 
 std::string Inbox::lastId() const {
-  const Lock lock(mutex_);
+  const MutexLock lock(mutex_);
   return lastId_;
 }
 
 Inbox::TakeResult Inbox::take(std::chrono::milliseconds timeout) {
-  Lock lock(mutex_);
-  changed_.wait_for(lock, timeout, [this] { return stopped_ || ended_ || !events_.empty(); });
+  MutexLock lock(mutex_);
+  changed_.wait_for(lock.native(), timeout,
+                    [this]() REQUIRES(mutex_) { return stopped_ || ended_ || !events_.empty(); });
   if (stopped_) {
     return {State::kStopped, {}};
   }
@@ -71,7 +70,7 @@ Inbox::TakeResult Inbox::take(std::chrono::milliseconds timeout) {
 }
 
 void Inbox::takeAll(std::deque<Event>& events, std::size_t limit) {
-  const Lock lock(mutex_);
+  const MutexLock lock(mutex_);
   while (!events_.empty() && events.size() < limit) {
     events.push_back(std::move(events_.front()));
     events_.pop_front();
@@ -80,17 +79,17 @@ void Inbox::takeAll(std::deque<Event>& events, std::size_t limit) {
 }
 
 void Inbox::waitForStop(std::chrono::milliseconds duration) {
-  Lock lock(mutex_);
-  changed_.wait_for(lock, duration, [this] { return stopped_; });
+  MutexLock lock(mutex_);
+  changed_.wait_for(lock.native(), duration, [this]() REQUIRES(mutex_) { return stopped_; });
 }
 
 bool Inbox::isStopped() const {
-  const Lock lock(mutex_);
+  const MutexLock lock(mutex_);
   return stopped_;
 }
 
 void Inbox::stop() {
-  const Lock lock(mutex_);
+  const MutexLock lock(mutex_);
   stopped_ = true;
   changed_.notify_all();
 }

@@ -8,11 +8,11 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
-#include <mutex>
 #include <optional>
 #include <string>
 
 #include "client/watch/Event.h"
+#include "sync/Mutex.h"
 
 namespace topoctl {
 
@@ -74,22 +74,21 @@ class Inbox {
   void stop();
 
  private:
-  bool isCurrent(SubscriptionId subscription) const {
+  bool isCurrent(SubscriptionId subscription) const REQUIRES(mutex_) {
     return !stopped_ && subscription == subscription_;
   }
-  void rememberId(const Event& event);
+  void rememberId(const Event& event) REQUIRES(mutex_);
 
   const std::size_t capacity_;
-  mutable std::mutex mutex_;
+  mutable Mutex mutex_;
   std::condition_variable changed_;
 
-  // All guarded by mutex_.
-  std::deque<Event> events_;
-  SubscriptionId subscription_ = 0;
-  bool ended_ = false;  // the agent has ended the current subscription
-  bool stopped_ = false;
-  std::optional<std::uint64_t> previousId_;  // of the current subscription
-  std::string lastId_;
+  std::deque<Event> events_ GUARDED_BY(mutex_);
+  SubscriptionId subscription_ GUARDED_BY(mutex_) = 0;
+  bool ended_ GUARDED_BY(mutex_) = false;  // the agent has ended the current subscription
+  bool stopped_ GUARDED_BY(mutex_) = false;
+  std::optional<std::uint64_t> previousId_ GUARDED_BY(mutex_);  // of the current subscription
+  std::string lastId_ GUARDED_BY(mutex_);
 };
 
 }  // namespace topoctl

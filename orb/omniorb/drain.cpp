@@ -102,7 +102,7 @@ Drain::Drain(Matches matches, Others others)
 
 Drain::~Drain() {
   {
-    const std::lock_guard<std::mutex> lock(mutex_);
+    const MutexLock lock(mutex_);
     end_ = true;
   }
   ended_.notify_one();
@@ -110,16 +110,15 @@ Drain::~Drain() {
 }
 
 void Drain::run() {
-  std::unique_lock<std::mutex> lock(mutex_);
-  while (!ended_.wait_for(lock, kInterval, [this] { return end_; })) {
+  MutexLock lock(mutex_);
+  while (!ended_.wait_for(lock.native(), kInterval, [this]() REQUIRES(mutex_) { return end_; })) {
     lock.unlock();
     shutDownStalled();
     lock.lock();
   }
 }
 
-// REQUIRES: mutex_ is not locked. The ORB changes its lists of connections and requests under its
-// transport lock.
+// The ORB changes its lists of connections and requests under its transport lock.
 void Drain::shutDownStalled() {
   const std::chrono::milliseconds grace = drainGrace;
   const auto waited = std::chrono::duration_cast<std::chrono::milliseconds>(

@@ -6,11 +6,11 @@
 #include <chrono>
 #include <condition_variable>
 #include <functional>
-#include <mutex>
 #include <set>
 #include <thread>
 
 #include "orb/orb.h"
+#include "sync/Mutex.h"
 
 OMNI_NAMESPACE_BEGIN(omni)
 class GIOP_S;
@@ -46,15 +46,15 @@ class Drain {
 
  private:
   void run();
-  void shutDownStalled();
+  void shutDownStalled() EXCLUDES(mutex_);
 
   const Matches matches_;
   const Others others_;
   const std::chrono::steady_clock::time_point begin_ = std::chrono::steady_clock::now();
   std::set<const void*> shutDown_;  // logged connections; used by the thread only
-  std::mutex mutex_;
+  Mutex mutex_;
   std::condition_variable ended_;
-  bool end_ = false;  // guarded by mutex_
+  bool end_ GUARDED_BY(mutex_) = false;
   std::thread thread_;
 };
 

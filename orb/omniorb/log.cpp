@@ -1,14 +1,15 @@
 #include "log.h"
 
-#include <mutex>
 #include <utility>
+
+#include "sync/Mutex.h"
 
 namespace orb {
 namespace {
 
 // Global, because the ORB's log function has no context argument.
-std::mutex logMutex;
-LogFunction logReceiver;  // guarded by logMutex
+Mutex logMutex;
+LogFunction logReceiver GUARDED_BY(logMutex);
 
 }  // namespace
 
@@ -21,14 +22,14 @@ void forwardLog(const char* message) {
 }
 
 void writeLog(const std::string& line) {
-  const std::lock_guard<std::mutex> lock(logMutex);
+  const MutexLock lock(logMutex);
   if (logReceiver) {
     logReceiver(line);
   }
 }
 
 void setLogReceiver(LogFunction log) {
-  const std::lock_guard<std::mutex> lock(logMutex);
+  const MutexLock lock(logMutex);
   logReceiver = std::move(log);
 }
 

@@ -37,23 +37,23 @@ void Connection::reset() const {
 }
 
 void Connection::beginDrain() {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   draining_ = true;
 }
 
 bool Connection::isDraining() const {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   return draining_;
 }
 
 void Connection::beginRequest(const ObjectKey& target) {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   target_ = target;
   draining_ = false;
 }
 
 ObjectKey Connection::target() const {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   return target_;
 }
 
@@ -67,7 +67,7 @@ Connections::Connections(const Options& options, const LogFunction& log)
 std::shared_ptr<Connection> Connections::admit(int socket) {
   const auto connection = std::make_shared<Connection>(socket);
   {
-    const std::lock_guard<std::mutex> lock(mutex_);
+    const MutexLock lock(mutex_);
     if (closing_) {
       return nullptr;
     }
@@ -81,7 +81,7 @@ std::shared_ptr<Connection> Connections::admit(int socket) {
 }
 
 void Connections::remove(const std::shared_ptr<Connection>& connection) {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   connections_.erase(connection);
   removed_.notify_all();
 }
@@ -115,7 +115,7 @@ void Connections::endEpisodes() {
 }
 
 void Connections::drain(const std::function<bool(const ObjectKey&)>& matches) {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   for (const auto& connection : connections_) {
     if (matches(connection->target())) {
       connection->beginDrain();
@@ -124,22 +124,22 @@ void Connections::drain(const std::function<bool(const ObjectKey&)>& matches) {
 }
 
 void Connections::close() {
-  std::unique_lock<std::mutex> lock(mutex_);
+  MutexLock lock(mutex_);
   closing_ = true;
   for (const auto& connection : connections_) {
     connection->stopReading();
     connection->beginDrain();
   }
-  removed_.wait(lock, [this] { return connections_.empty(); });
+  removed_.wait(lock.native(), [this]() REQUIRES(mutex_) { return connections_.empty(); });
 }
 
 bool Connections::isClosing() const {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   return closing_;
 }
 
 std::size_t Connections::count() const {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   return connections_.size();
 }
 

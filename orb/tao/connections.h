@@ -7,7 +7,6 @@
 #include <condition_variable>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <set>
 #include <string>
 #include <utility>
@@ -15,6 +14,7 @@
 #include "../incoming/assembler.h"
 #include "../limitlog.h"
 #include "orb/orb.h"
+#include "sync/Mutex.h"
 
 namespace orb {
 
@@ -50,10 +50,9 @@ class Connection {
  private:
   const int socket_;
   const Endpoint peer_;
-  mutable std::mutex mutex_;
-  // Guarded by mutex_.
-  ObjectKey target_;
-  bool draining_ = false;
+  mutable Mutex mutex_;
+  ObjectKey target_ GUARDED_BY(mutex_);
+  bool draining_ GUARDED_BY(mutex_) = false;
 };
 
 // The current or latest request of a thread that serves a connection.
@@ -109,11 +108,10 @@ class Connections {
   LimitLog limitLog_;
   ReceiveBudget budget_;
 
-  mutable std::mutex mutex_;
+  mutable Mutex mutex_;
   std::condition_variable removed_;
-  // Guarded by mutex_.
-  std::set<std::shared_ptr<Connection>> connections_;
-  bool closing_ = false;
+  std::set<std::shared_ptr<Connection>> connections_ GUARDED_BY(mutex_);
+  bool closing_ GUARDED_BY(mutex_) = false;
 };
 
 }  // namespace orb

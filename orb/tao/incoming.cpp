@@ -19,6 +19,7 @@
 #include <utility>
 
 #include "outgoingcalls.h"
+#include "sync/Mutex.h"
 
 namespace orb {
 
@@ -26,8 +27,8 @@ using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
 struct LatestConnections {
-  std::mutex mutex;
-  std::shared_ptr<Connections> connections;  // guarded by mutex
+  Mutex mutex;
+  std::shared_ptr<Connections> connections GUARDED_BY(mutex);
 };
 
 ORB_ONE_PER_PROCESS LatestConnections& latestConnections();
@@ -348,13 +349,13 @@ class Protocol final : public TAO_IIOP_Protocol_Factory {
 
 void setConnections(std::shared_ptr<Connections> connections) {
   LatestConnections& latest = latestConnections();
-  const std::lock_guard<std::mutex> lock(latest.mutex);
+  const MutexLock lock(latest.mutex);
   latest.connections = std::move(connections);
 }
 
 std::shared_ptr<Connections> currentConnections() {
   LatestConnections& latest = latestConnections();
-  const std::lock_guard<std::mutex> lock(latest.mutex);
+  const MutexLock lock(latest.mutex);
   return latest.connections;
 }
 

@@ -14,7 +14,7 @@ Channel::~Channel() {
 
 int Channel::read(char* to, std::size_t count,
                   std::optional<std::chrono::system_clock::time_point> deadline) {
-  std::unique_lock<std::mutex> lock(mutex_);
+  MutexLock lock(mutex_);
   reader_ = std::this_thread::get_id();
   for (;;) {
     if (shutDown_) {
@@ -34,20 +34,20 @@ int Channel::read(char* to, std::size_t count,
       return -1;
     }
     if (!deadline) {
-      changed_.wait(lock);
-    } else if (changed_.wait_until(lock, *deadline) == std::cv_status::timeout) {
+      changed_.wait(lock.native());
+    } else if (changed_.wait_until(lock.native(), *deadline) == std::cv_status::timeout) {
       return 0;
     }
   }
 }
 
 bool Channel::isRefused() const {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   return refused_;
 }
 
 void Channel::setSelectable() {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   reader_ = std::thread::id();
   if (selectable_) {
     return;
@@ -61,7 +61,7 @@ void Channel::setSelectable() {
 }
 
 void Channel::leave() {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   if (reader_ == std::this_thread::get_id()) {
     reader_ = std::thread::id();
     selectable_ = true;
@@ -70,18 +70,18 @@ void Channel::leave() {
 }
 
 void Channel::clearSelectable() {
-  std::unique_lock<std::mutex> lock(mutex_);
+  MutexLock lock(mutex_);
   selectable_ = false;
-  changed_.wait(lock, [this] { return !notifying_; });
+  changed_.wait(lock.native(), [this]() REQUIRES(mutex_) { return !notifying_; });
 }
 
 bool Channel::isSelectable() const {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   return selectable_;
 }
 
 void Channel::shutDown() {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   shutDownLocked();
 }
 
@@ -95,7 +95,7 @@ void Channel::shutDownLocked() {
 }
 
 Channel::State Channel::attend(char* scratch, std::size_t scratchBytes, Time now) {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   if (!selectable_) {
     return State::kWaiting;
   }
@@ -117,13 +117,13 @@ Channel::State Channel::attend(char* scratch, std::size_t scratchBytes, Time now
 }
 
 void Channel::finishNotification() {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   notifying_ = false;
   changed_.notify_all();
 }
 
 std::optional<Channel::RefusedRequest> Channel::refusedRequest() const {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   const Assembler::Request* const request = assembler_.complete();
   if (request == nullptr || !request->refused) {
     return std::nullopt;
@@ -132,7 +132,7 @@ std::optional<Channel::RefusedRequest> Channel::refusedRequest() const {
 }
 
 std::optional<Channel::Time> Channel::incompleteSince() const {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   return selectable_ ? assembler_.incompleteSince() : std::nullopt;
 }
 

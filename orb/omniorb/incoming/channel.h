@@ -7,12 +7,12 @@
 #include <condition_variable>
 #include <cstddef>
 #include <cstdint>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <thread>
 
 #include "../../incoming/assembler.h"
+#include "sync/Mutex.h"
 
 namespace orb {
 
@@ -37,8 +37,7 @@ class Watcher {
 
 // The receiving side of a connection. A channel is in one of two states:
 // - selectable: the reading thread receives bytes and assembles requests. A complete request, or
-// the
-//   end of the connection, ends this state and is reported to the serving side.
+//   the end of the connection, ends this state and is reported to the serving side.
 // - not selectable: a serving thread reads the request, until setSelectable() requests the next
 // one.
 //
@@ -107,28 +106,27 @@ class Channel {
   std::optional<Time> incompleteSince() const;
 
  private:
-  void shutDownLocked();
+  void shutDownLocked() REQUIRES(mutex_);
   // Whether a request, or the end of the connection, can be reported.
-  bool isReady() const { return assembler_.isComplete() || ended_ || shutDown_; }
-  Assembler::Progress assemble(const char* bytes, std::size_t count, Time now);
-  void receive(char* scratch, std::size_t scratchBytes, Time now, bool& starved);
+  bool isReady() const REQUIRES(mutex_) { return assembler_.isComplete() || ended_ || shutDown_; }
+  Assembler::Progress assemble(const char* bytes, std::size_t count, Time now) REQUIRES(mutex_);
+  void receive(char* scratch, std::size_t scratchBytes, Time now, bool& starved) REQUIRES(mutex_);
 
   const Watcher::Id id_;
   const int socket_;
   Watcher& watcher_;
 
-  mutable std::mutex mutex_;
+  mutable Mutex mutex_;
   std::condition_variable changed_;
-  // Guarded by mutex_.
-  Assembler assembler_;
-  std::string rest_;                           // received bytes after a complete request
-  std::optional<Assembler::Request> current_;  // the request in read()
-  bool refused_ = false;                       // whether the latest request was refused
-  std::thread::id reader_;                     // the thread between read() and setSelectable()
-  bool selectable_ = false;
-  bool notifying_ = false;  // from kReady until finishNotification()
-  bool ended_ = false;      // end of the stream, or invalid bytes
-  bool shutDown_ = false;
+  Assembler assembler_ GUARDED_BY(mutex_);
+  std::string rest_ GUARDED_BY(mutex_);  // received bytes after a complete request
+  std::optional<Assembler::Request> current_ GUARDED_BY(mutex_);  // the request in read()
+  bool refused_ GUARDED_BY(mutex_) = false;    // whether the latest request was refused
+  std::thread::id reader_ GUARDED_BY(mutex_);  // the thread between read() and setSelectable()
+  bool selectable_ GUARDED_BY(mutex_) = false;
+  bool notifying_ GUARDED_BY(mutex_) = false;  // from kReady until finishNotification()
+  bool ended_ GUARDED_BY(mutex_) = false;      // end of the stream, or invalid bytes
+  bool shutDown_ GUARDED_BY(mutex_) = false;
 };
 
 }  // namespace orb

@@ -46,7 +46,7 @@ void Channels::watch(Id id, int socket) {
 
 void Channels::attend(Id id) {
   {
-    const std::lock_guard<std::mutex> lock(mutex_);
+    const MutexLock lock(mutex_);
     toAttend_.push_back(id);
   }
   wake();
@@ -59,12 +59,12 @@ void Channels::wake() const {
 }
 
 std::size_t Channels::size() const {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   return entries_.size();
 }
 
 std::pair<Watcher::Id, std::shared_ptr<Channel>> Channels::add(int socket) {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   const Id id = ++lastId_;
   Entry& entry = entries_[id];
   try {
@@ -78,23 +78,23 @@ std::pair<Watcher::Id, std::shared_ptr<Channel>> Channels::add(int socket) {
 }
 
 void Channels::connect(Id id, omni::giopConnection* connection) {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   entries_[id].connection = connection;
 }
 
 void Channels::remove(Id id) {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   entries_.erase(id);
 }
 
 Channels::Entry Channels::find(Id id) const {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   const auto found = entries_.find(id);
   return found == entries_.end() ? Entry() : found->second;
 }
 
 std::vector<std::pair<Watcher::Id, Channels::Entry>> Channels::all() const {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   return {entries_.begin(), entries_.end()};
 }
 
@@ -118,7 +118,7 @@ Channels::Events Channels::wait(int milliseconds) {
       events.toAttend.push_back(id);
     }
   }
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   events.toAttend.insert(events.toAttend.end(), toAttend_.begin(), toAttend_.end());
   toAttend_.clear();
   return events;

@@ -7,11 +7,11 @@
 #include <cstddef>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <utility>
 #include <vector>
 
 #include "channel.h"
+#include "sync/Mutex.h"
 
 namespace omni {
 class giopConnection;
@@ -82,9 +82,9 @@ class Channels final : public Watcher {
   const int wakeUp_;
   Id lastId_;
 
-  mutable std::mutex mutex_;
-  std::map<Id, Entry> entries_;  // guarded by mutex_
-  std::vector<Id> toAttend_;     // guarded by mutex_
+  mutable Mutex mutex_;
+  std::map<Id, Entry> entries_ GUARDED_BY(mutex_);
+  std::vector<Id> toAttend_ GUARDED_BY(mutex_);
 };
 
 }  // namespace orb

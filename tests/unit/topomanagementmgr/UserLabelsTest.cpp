@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <mutex>
 #include <stdexcept>
 #include <vector>
 
@@ -45,7 +46,7 @@ class TopoUserLabels : public testing::Test {
  protected:
   TopoUserLabels() { steps().clear(); }
 
-  topo::UserLabels<RecordingMap, RecordingMutex> labels_{"file"};
+  topo::UserLabels<RecordingMap, RecordingMutex, std::lock_guard<RecordingMutex>> labels_{"file"};
 };
 
 TEST_F(TopoUserLabels, MakeTheirMapAndAskItWhileTheyHoldTheMutex) {
