@@ -21,7 +21,7 @@ enum class ExitCode {
 // Ends a run of topoctl with an exit code and a text. The text may contain bytes from the network;
 // report() makes them safe for a terminal.
 //
-// Thread-safety: as std::runtime_error. Construction throws std::bad_alloc.
+// Thread-safety: as std::runtime_error. Owns its text. Construction throws std::bad_alloc.
 class Failure : public std::runtime_error {
  public:
   Failure(ExitCode code, const std::string& text) : std::runtime_error(text), code_(code) {}

@@ -16,7 +16,7 @@ std::string readFile(const std::string& path, std::size_t limit);
 // and finish() renames NAME.part to NAME. The owner has read and write permission, other users have
 // no permission. Without finish() the destructor removes NAME.part.
 //
-// Thread-safety: none.
+// Thread-safety: none. Owns the open file and NAME.part. Errors: Failure, see each function.
 class NewFile {
  public:
   // Creates NAME.part. Throws Failure (kUsage) when NAME or NAME.part exists or cannot be created.

@@ -10,10 +10,10 @@
 namespace topoctl {
 
 // Buffers output to a file descriptor. Throws Failure (kLocal) when a write fails, and discards the
-// buffered output. Thread-safety: none.
+// buffered output. Thread-safety: none. Borrows the descriptor.
 class DescriptorBuffer final : public std::streambuf {
  public:
-  explicit DescriptorBuffer(int descriptor);  // borrowed
+  explicit DescriptorBuffer(int descriptor);
 
  protected:
   int_type overflow(int_type c) override;
@@ -26,11 +26,11 @@ class DescriptorBuffer final : public std::streambuf {
   std::array<char, 65536> buffer_;
 };
 
-// A stream on a DescriptorBuffer, whose failures pass. The destructor does not flush.
-// Thread-safety: none.
+// A stream on a DescriptorBuffer, whose Failures pass. The destructor does not flush.
+// Thread-safety: none. Borrows the descriptor.
 class OutputStream final : public std::ostream {
  public:
-  explicit OutputStream(int descriptor);  // borrowed
+  explicit OutputStream(int descriptor);
 
  private:
   DescriptorBuffer buffer_;

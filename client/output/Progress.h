@@ -10,10 +10,10 @@ namespace topoctl {
 
 // Overwrites the line with each update, and erases the line at the end.
 //
-// Thread-safety: none. Failures of the stream are ignored.
+// Thread-safety: none. Borrows the stream. Failures of the stream are ignored.
 class Progress {
  public:
-  // Borrows the stream. Writes nothing unless the stream is a terminal.
+  // Writes nothing unless the stream is a terminal.
   Progress(std::ostream& err, bool isTerminal);
   ~Progress();
   Progress(const Progress&) = delete;

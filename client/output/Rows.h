@@ -16,7 +16,8 @@ namespace topoctl {
 
 // The rows of a result and the names of their columns.
 //
-// Thread-safety: concurrent calls are safe. Exceptions of `visit` pass.
+// Thread-safety: concurrent calls are safe. Subclasses borrow the records.
+// Errors: exceptions of `visit` and std::bad_alloc pass.
 class Rows {
  public:
   using Row = std::vector<Value>;  // one value a field

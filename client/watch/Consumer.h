@@ -12,6 +12,8 @@ namespace topoctl {
 // Passes the notifications of one subscription to the inbox.
 //
 // Thread-safety: any thread of the ORB. Borrows the inbox, which must outlive the activation.
+// Errors: std::bad_alloc, which the agent sees as a CORBA system exception; see also
+// push_structured_event().
 class Consumer final : public virtual POA_CosNotifyComm::StructuredPushConsumer {
  public:
   Consumer(Inbox& inbox, Inbox::SubscriptionId subscription)

@@ -19,10 +19,10 @@ using Clock = std::function<TimePoint()>;
 
 // Flushes after every line. Throws Failure (kLocal) when the stream fails.
 //
-// Thread-safety: none.
+// Thread-safety: none. Borrows the stream.
 class EventLines {
  public:
-  // Borrows the stream. The clock gives the time of lines without a time of the agent.
+  // The clock gives the time of lines without a time of the agent.
   // REQUIRES: the format is table or json.
   EventLines(std::ostream& out, Format format, Clock clock);
 

@@ -10,7 +10,7 @@ namespace topoctl {
 
 // Doubles with every attempt until it reaches a maximum.
 //
-// Thread-safety: none. Never throws.
+// Thread-safety: none. A plain value. Never throws.
 class RetryDelay {
  public:
   RetryDelay(std::chrono::milliseconds first, std::chrono::milliseconds maximum)

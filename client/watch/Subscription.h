@@ -18,6 +18,7 @@ class Consumer;
 // At most one subscription at the agent, with a Consumer that pushes to the inbox.
 //
 // Thread-safety: one thread. Owns the consumer; borrows everything else.
+// Errors: Failure and the CORBA exceptions of the calls; see each function.
 class Subscription {
  public:
   // REQUIRES: the POA is active.

@@ -37,10 +37,10 @@ struct WatcherOptions {
 // a new subscription. docs/topoctl.md ("When the connection or the subscription ends") has the
 // rules.
 //
-// Thread-safety: one thread. Every function throws Failure (kLocal) when the output fails.
+// Thread-safety: one thread. Borrows the arguments of the constructor.
+// Errors: every function throws Failure (kLocal) when the output fails.
 class Watcher {
  public:
-  // Borrows everything.
   Watcher(Subscription& subscription, Inbox& inbox, EventLines& lines, RetryDelay& retryDelay,
           const WatcherOptions& options);
 
