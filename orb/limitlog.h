@@ -18,7 +18,9 @@ namespace orb {
 // because of an incomplete request. Each kind has an Episode, so that a flood of refusals takes two
 // lines. A line is dropped when its allocation fails.
 //
-// Thread-safety: any thread. No lock is held while the log function runs.
+// Thread-safety: any thread. Owns the log function, which runs without the mutex.
+// Errors: exceptions of the log function pass, except std::bad_alloc for the first line of an
+// episode.
 class LimitLog {
  public:
   using Time = Episode::Time;

@@ -13,7 +13,8 @@ namespace orb {
 // Compares the listening sockets of the process before and after the start of an ORB, so that an
 // endpoint from the environment or from a configuration file is detected.
 //
-// Thread-safety: none. REQUIRES: no other thread opens a listening socket in between.
+// Thread-safety: none. Owns its copy of the addresses. Errors: std::bad_alloc; see also
+// requireOnly(). REQUIRES: no other thread opens a listening socket in between.
 class ListeningCheck {
  public:
   // Records the present listening sockets.

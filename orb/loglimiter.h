@@ -19,7 +19,7 @@ namespace orb {
 // previous period.
 //
 // Thread-safety: any thread. The log function is called by one thread at a time, under the mutex.
-// An exception of the log function passes.
+// Owns its functions. An exception of the log function passes.
 class LogLimiter {
  public:
   using Time = std::chrono::steady_clock::time_point;

@@ -14,7 +14,7 @@ namespace orb {
 
 // Limits the memory for incomplete long messages of all connections together.
 //
-// Thread-safety: any thread. No function fails.
+// Thread-safety: any thread. Owns a number only. No function fails.
 class ReceiveBudget {
  public:
   explicit ReceiveBudget(std::size_t bytes) : free_(bytes) {}
@@ -33,7 +33,7 @@ class ReceiveBudget {
 // A queue of bytes that allocates memory chunk by chunk on append() and frees it on take(). Memory
 // beyond the first chunk is reserved in a budget.
 //
-// Thread-safety: none. append() throws std::bad_alloc.
+// Thread-safety: none. Owns its bytes, borrows the budget. append() throws std::bad_alloc.
 class Chunks {
  public:
   static constexpr std::size_t kChunk = 65536;

@@ -24,7 +24,8 @@ using KeyGate = Gate<std::shared_ptr<Connection>>;
 // Thread-safety: as Gate::close().
 void closeGate(KeyGate& gate);
 
-// The gates by key, at most one per key. Thread-safety: any thread.
+// The gates by key, at most one per key. Thread-safety: any thread. Ownership: shares the gates.
+// Errors: add() throws std::bad_alloc.
 class Gates {
  public:
   void add(const std::string& key, std::shared_ptr<KeyGate> gate);

@@ -62,6 +62,7 @@ struct Endpoint {
 std::string format(const Endpoint& endpoint);
 
 // startServer() cannot listen at the endpoint. what() names the endpoint and the cause.
+// Thread-safety, ownership and errors: as std::runtime_error.
 class EndpointError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
@@ -75,7 +76,7 @@ using LogFunction = std::function<void(const std::string&)>;
 //
 // A process has at most one Orb at a time. Strings are UTF-8 in memory and on the wire.
 // Thread-safety: get() is safe on any thread; the destructor runs on one thread, outside of any
-// request, and waits for running requests.
+// request, and waits for running requests. Errors: get() never throws.
 class Orb {
  public:
   virtual ~Orb() = default;
@@ -119,7 +120,8 @@ std::string currentPeer();
 //
 // Ownership: the caller owns the object, which may outlive the Server after retire(); the
 // destructor calls retire(). Thread-safety: publish() and retire() are called by one thread at a
-// time, and not within a request to the object itself.
+// time, and not within a request to the object itself. Errors: publish() throws
+// CORBA::SystemException; retire() throws std::system_error if a thread cannot be started.
 class WellKnownObject {
  public:
   virtual ~WellKnownObject() = default;
@@ -172,7 +174,8 @@ using RequestObserver = std::function<void(const ObjectKey&)>;
 // An ORB that also serves objects at an endpoint.
 //
 // Ownership: ORB and POA are borrowed until the Server is destroyed. Thread-safety: any thread,
-// except that observeRequests() is called by one thread at a time.
+// except that observeRequests() is called by one thread at a time. Errors: wellKnownObject() throws
+// CORBA::SystemException; every function may throw std::bad_alloc.
 class Server : public Orb {
  public:
   // Installs an observer in place of the present one; null removes the observer. Returns when no

@@ -12,13 +12,15 @@
 namespace orb {
 
 // The text is not an object reference. what() is a clause about the text: "it has no #NAME".
+// Thread-safety, ownership and errors: as std::runtime_error.
 class MalformedReference : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
 
 // The naming service of a corbaname answers, but gives no object. what() is a clause about the
-// naming service: "has no object of the name 'X'".
+// naming service: "has no object of the name 'X'". Thread-safety, ownership and errors: as
+// std::runtime_error.
 class NamingServiceError : public std::runtime_error {
  public:
   enum class Cause {

@@ -9,7 +9,7 @@ namespace orb {
 // reserved descriptor is then used to accept and close a connection, so that its client does not
 // block and the listening socket does not stay readable.
 //
-// Thread-safety: none. Failures are returned as an Outcome.
+// Thread-safety: none. Owns the listening socket. Failures are returned as an Outcome.
 class Acceptor {
  public:
   enum class Outcome {
@@ -19,7 +19,7 @@ class Acceptor {
     kFailed,   // no descriptor was left; the connection is still pending
   };
 
-  // Takes ownership of the socket. REQUIRES: a non-blocking socket that listens.
+  // REQUIRES: a non-blocking socket that listens.
   explicit Acceptor(int socket);
   ~Acceptor();
   Acceptor(const Acceptor&) = delete;

@@ -18,7 +18,8 @@ namespace orb {
 
 // Schedules work of the reading thread. An interface, so that tests of Channel need no epoll.
 //
-// Thread-safety: any thread. Called under the lock of a channel.
+// Thread-safety: any thread. Called under the lock of a channel. Borrows the sockets.
+// Errors: attend() may throw std::bad_alloc.
 class Watcher {
  public:
   using Id = std::uint64_t;
@@ -41,13 +42,14 @@ class Watcher {
 // - not selectable: a serving thread reads the request, until setSelectable() requests the next
 // one.
 //
-// Thread-safety: any thread; attend() by the reading thread only. Errors of the socket appear as
-// the end of the connection.
+// Thread-safety: any thread; attend() by the reading thread only. Ownership: owns the socket,
+// borrows watcher, limits and budget. Errors of the socket appear as the end of the connection;
+// std::bad_alloc passes.
 class Channel {
  public:
   using Time = Assembler::Time;
 
-  // Takes ownership of the socket. REQUIRES: watcher, limits and budget outlive the channel.
+  // REQUIRES: watcher, limits and budget outlive the channel.
   Channel(Watcher::Id id, int socket, Watcher& watcher, const RequestLimits& limits,
           ReceiveBudget& budget)
       : id_(id), socket_(socket), watcher_(watcher), assembler_(limits, budget) {}

@@ -29,6 +29,8 @@ struct ChannelLimits {
 // The channels of the open connections and the epoll instance of the reading thread.
 //
 // Thread-safety: any thread; wait(), add() and listen() by the reading thread only.
+// Ownership: shares the channels with the threads that serve them; borrows the listening socket and
+// the connections. Errors: functions that store an entry or return a list throw std::bad_alloc.
 class Channels final : public Watcher {
  public:
   struct Entry {
@@ -42,8 +44,7 @@ class Channels final : public Watcher {
     std::vector<Id> toAttend;
   };
 
-  // Borrows the listening socket. `budgetBytes` is the memory for incomplete requests of all
-  // channels. Throws std::system_error.
+  // `budgetBytes` is the memory for incomplete requests of all channels. Throws std::system_error.
   Channels(const RequestLimits& limits, std::size_t budgetBytes, int listeningSocket);
   ~Channels() override;
   Channels(const Channels&) = delete;

@@ -31,7 +31,8 @@ namespace orb {
 // within the request time is shut down. LimitLog logs both.
 //
 // Ownership: the ORB owns the object and destroys it with Shutdown(). Thread-safety: Poke() on any
-// thread, all other functions as the ORB calls them.
+// thread, all other functions as the ORB calls them. Errors: Bind() returns false; a connection
+// that cannot be admitted is closed.
 class Listener final : public omni::giopEndpoint {
  public:
   Listener(std::string address, const ChannelLimits& limits);

@@ -10,7 +10,7 @@
 namespace orb {
 
 // Counts its references; a subclass implements the operations of a POA. The owner destroys the
-// object after the last reference was released. Thread-safety: any thread.
+// object after the last reference was released. Thread-safety: any thread. No function fails.
 class ForeignPoa : public PortableServer::POA {
  public:
   // The number of references that were duplicated and not released.

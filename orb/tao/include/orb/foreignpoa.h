@@ -14,7 +14,7 @@ namespace orb {
 
 // Counts its references and creates no policies; a subclass implements the other operations of a
 // POA. The owner destroys the object after the last reference was released. Thread-safety: any
-// thread.
+// thread. No function fails.
 class ForeignPoa : public PortableServer::POA, public CORBA::LocalObject {
  public:
   // The number of references that were duplicated and not released.
