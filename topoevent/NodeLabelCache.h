@@ -1,6 +1,7 @@
 // Caches of node labels, which suppress repeated label notifications in test mode.
 //
-// Thread-safety: any thread; storeChange compares and stores under one lock.
+// Thread-safety: any thread; storeChange compares and stores under one lock. Ownership: the caches
+// own their texts.
 // Errors: a function that stores may throw std::bad_alloc and then changes nothing.
 
 #ifndef TOPOEVENT_NODELABELCACHE_H

@@ -1,7 +1,8 @@
 // Subscribes the module to the platform's topology events, and turns events into notifications.
 //
 // Thread-safety: any thread. Ownership: the module owns the instance; handlers and nodes are
-// borrowed.
+// borrowed. Errors: the notify functions pass exceptions on; the other functions drop the
+// exceptions of the platform.
 
 #ifndef TOPOEVENT_TOPOEVENTMGR_H
 #define TOPOEVENT_TOPOEVENTMGR_H

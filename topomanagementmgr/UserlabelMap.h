@@ -10,7 +10,8 @@
 // Every lookup reads the file again. An entry is never removed: a key that disappears from the file
 // keeps its last value.
 //
-// Thread-safety: none; the caller serialises the lookups (UserLabels). Errors: a file that cannot
+// Thread-safety: none; the caller serialises the lookups (UserLabels). Ownership: owns the entries;
+// the file belongs to the operator. Errors: a file that cannot
 // be read is not an error; the lookup then uses the entries of earlier reads. std::bad_alloc
 // passes.
 

@@ -58,7 +58,7 @@ inline void logAndThrow(const topo::LogSite& site, const char* text) {
 
 // Base of the iterator servant: owns the list and a reference to the POA, and logs a trace in the
 // constructor and in the destructor. Servant is the derived class.
-// Thread-safety: see TAIterator.
+// Thread-safety: see TAIterator. Errors: the constructor passes the exceptions of the log.
 template <typename Servant, typename ListPointer, typename PoaPointer>
 class RefCount_TwoParameter {
  public:

@@ -19,8 +19,8 @@ namespace NS_CORBA {
 // Makes a servant of a manager each time the agent needs a new servant.
 //
 // Thread-safety: the agent may call create on any thread. Ownership: the caller of RegisterMgr owns
-// the factory; the agent never deletes it. The host defines the destructor (key function, see
-// framework/ProcessException.h).
+// the factory; the agent never deletes the factory. Errors: create returns null. The host defines
+// the destructor (key function, see framework/ProcessException.h).
 class PLATFORM_API MgrFactory {
  public:
   // Returns a new servant with one reference, which the caller owns. When memory is short, returns
@@ -29,6 +29,10 @@ class PLATFORM_API MgrFactory {
   virtual ~MgrFactory();
 };
 
+// The registered managers, and the name of the managing system.
+//
+// Thread-safety and ownership: see above. Errors: ProcessException, see each function; every
+// function may throw std::bad_alloc.
 class PLATFORM_API CorbaBaseAgentConfig {
  public:
   static CorbaBaseAgentConfig* Instance();
@@ -45,6 +49,10 @@ class PLATFORM_API CorbaBaseAgentConfig {
   std::string EmsName();
 };
 
+// The registered servants, and the test switch.
+//
+// Thread-safety and ownership: see above. Errors: RegisterServant throws ProcessException; every
+// function may throw std::bad_alloc.
 class PLATFORM_API CorbaAgentConfig {
  public:
   static CorbaAgentConfig* Instance();

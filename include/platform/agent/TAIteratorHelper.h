@@ -1,7 +1,9 @@
 // The agent's housekeeping of result iterators: the POA of the iterators, limits on their number
 // and their idle time.
 //
-// Thread-safety: any thread.
+// Thread-safety: any thread. Ownership: each function says who releases which reference.
+// Errors: nil from getIteratorPoa, a failure code from add_Iterator; the functions may throw CORBA
+// system exceptions.
 
 #ifndef PLATFORM_AGENT_TAITERATORHELPER_H
 #define PLATFORM_AGENT_TAITERATORHELPER_H

@@ -14,7 +14,10 @@
 
 namespace NS_BUNDLEMGR1 {
 
-// Base class of every published interface. An owner deletes an interface through this class.
+// Base class of every published interface.
+//
+// Thread-safety and errors: the operations of a subclass say both. Ownership: the publishing bundle
+// owns the interface and deletes it through this class.
 class PLATFORM_API ServiceInterface {
  public:
   ServiceInterface() = default;
@@ -26,7 +29,8 @@ class PLATFORM_API ServiceInterface {
 // Marks classes that must not be derived from.
 class PLATFORM_API FinalClass {};
 
-// A placeholder for an interface, without operations.
+// A placeholder for an interface, without operations. Thread-safety: any thread; no state.
+// Ownership: as ServiceInterface. Errors: none.
 class PLATFORM_API NULLServiceInterface : public ServiceInterface, public FinalClass {
  public:
   NULLServiceInterface() = default;

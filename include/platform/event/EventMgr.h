@@ -21,24 +21,24 @@ struct TEEvent {
 // Receives events.
 //
 // Thread-safety: the event manager calls HandleEvent on a thread of its own, one event at a time
-// for each handler. Ownership: the subscriber owns the handler. The host defines the destructor
-// (key function, see framework/ProcessException.h).
+// for each handler. Ownership: the subscriber owns the handler. Errors: HandleEvent must not throw.
+// The host defines the destructor (key function, see framework/ProcessException.h).
 class PLATFORM_API TEEventHandler {
  public:
   // Called for each event that the handler has subscribed to. The event is borrowed for the call.
   // `source` belongs to the platform; the module ignores it. The event manager ignores the result.
-  // HandleEvent must not throw.
   virtual int HandleEvent(int eventId, int source, const TEEvent& event) = 0;
   virtual ~TEEventHandler();
 };
 
 // Delivers events to the subscribed handlers.
 //
-// Thread-safety: any thread. Errors: the functions may throw any exception; the module then works
-// without events.
+// Thread-safety: any thread. Ownership: the host owns the event manager; the event manager borrows
+// the handlers. Errors: the functions may throw any exception; the module then works without
+// events.
 class PLATFORM_API TEEventMgr {
  public:
-  // The event manager, or null when the host has none. The host owns the event manager.
+  // The event manager, or null when the host has none.
   static TEEventMgr* Instance();
 
   // Subscribes a handler to an event. The caller keeps the handler alive until UnSubscribe has

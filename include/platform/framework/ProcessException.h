@@ -7,7 +7,8 @@
 // type information of each class exists once in the process, and the module catches exceptions that
 // the host throws, and the reverse.
 //
-// Thread-safety: none; an exception belongs to the thread that handles it.
+// Thread-safety: none; an exception belongs to the thread that handles it. Ownership: an exception
+// owns its texts. Errors: the constructors may throw std::bad_alloc.
 
 #ifndef PLATFORM_FRAMEWORK_PROCESSEXCEPTION_H
 #define PLATFORM_FRAMEWORK_PROCESSEXCEPTION_H

@@ -1,6 +1,7 @@
 // The platform's access control for event handling. Published under the name "SecurityIF".
 //
-// Thread-safety: any thread. Errors: every call may throw ProcessException.
+// Thread-safety: any thread. Ownership: arguments are borrowed for the call. Errors: every call may
+// throw ProcessException.
 //
 // The host defines the destructor (key function, see framework/ProcessException.h).
 
