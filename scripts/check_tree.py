@@ -35,7 +35,7 @@ ALLOWED = {
     "agent/changes": {"agent/model", "agent/store", "agent/network", "agent/base", "hash",
                       "include/platform", "orb"},
     "agent/events": {"agent/base", "include/platform"},
-    "agent/notifications": {"agent/network", "agent/base", "orb"},
+    "agent/notifications": {"agent/network", "agent/base", "include/platform", "orb"},
     "agent/northbound": {"agent/model", "agent/base", "include/platform", "orb"},
     "agent/bundle": {"include/platform", "orb"},
     "agent/host": {"agent/changes", "agent/model", "agent/network", "agent/northbound",

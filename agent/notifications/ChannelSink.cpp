@@ -13,21 +13,22 @@ namespace {
 using CosEventChannelAdmin::EventChannel;
 using CosEventChannelAdmin::ProxyPushConsumer;
 
-// Of a channel that is told that the supplier ends, which is a courtesy.
-constexpr std::chrono::milliseconds kLongestFarewell{500};
+// Timeout of the disconnect call at the end, which the channel does not need.
+constexpr std::chrono::milliseconds kDisconnectTimeout{500};
 
+// Limit for the channel's reference in the log and the status: characters.
 constexpr std::size_t kLongestName = 100;
 
-// The channel cannot be used. One line.
+// The reason why the channel cannot be used, in one line.
 class ChannelError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
 
-// No further call once the receiver stops.
-void goOn(const NotificationSink::Stopping& stopping) {
+// Prevents further remote calls after the receiver has stopped.
+void throwIfStopping(const NotificationSink::Stopping& stopping) {
   if (stopping.load()) {
-    throw ChannelError("the agent ends");
+    throw ChannelError("the agent stops");
   }
 }
 
@@ -41,7 +42,7 @@ ChannelSink::ChannelSink(CORBA::ORB_ptr orb, std::string reference,
 
 CallOutcome ChannelSink::connect(const Stopping& stopping) {
   try {
-    if (!proxyIsThere(stopping)) {
+    if (!findProxy(stopping)) {
       obtainProxy(CORBA::Object_var(resolve()), stopping);
     }
     suspect_ = false;
@@ -53,23 +54,24 @@ CallOutcome ChannelSink::connect(const Stopping& stopping) {
   }
 }
 
-// Follows the channel to another address.
-bool ChannelSink::proxyIsThere(const Stopping& stopping) {
+// Checks a suspect proxy. Returns false when the sink needs a new proxy. When the proxy does not
+// answer and the naming service has the channel at another address, gets a proxy from there.
+bool ChannelSink::findProxy(const Stopping& stopping) {
   if (CORBA::is_nil(proxy_) || !suspect_) {
     return !CORBA::is_nil(proxy_);
   }
   try {
-    bool gone = false;
-    callWithRetry(stopping, [&] { gone = proxy_->_non_existent(); });
-    if (gone) {
+    bool isDeleted = false;
+    callWithRetry(stopping, [&] { isDeleted = proxy_->_non_existent(); });
+    if (isDeleted) {
       proxy_ = ProxyPushConsumer::_nil();
     }
-    return !gone;
+    return !isDeleted;
   } catch (const CORBA::SystemException& failure) {
     if (!orb::isCorbaname(reference_) || !orb::isUnreachable(failure)) {
       throw;
     }
-    const CORBA::Object_var channel = channelElsewhere(stopping);
+    const CORBA::Object_var channel = movedChannel(stopping);
     if (CORBA::is_nil(channel)) {
       throw;
     }
@@ -78,41 +80,42 @@ bool ChannelSink::proxyIsThere(const Stopping& stopping) {
   }
 }
 
-// Where the name leads if that is not where the proxy is; nil if it is, or if nobody knows.
-CORBA::Object_ptr ChannelSink::channelElsewhere(const Stopping& stopping) {
+// The channel in the naming service, if its address differs from the proxy's. Otherwise, and when
+// the naming service fails, nil: the failure of the proxy is then the better reason for the log.
+CORBA::Object_ptr ChannelSink::movedChannel(const Stopping& stopping) {
   try {
-    goOn(stopping);
+    throwIfStopping(stopping);
     CORBA::Object_var object = resolve();
     const std::string address = CORBA::is_nil(object) ? "" : orb::addressOf(object);
     if (!address.empty() && address != orb::addressOf(proxy_)) {
       return object._retn();
     }
   } catch (const ChannelError&) {
-    // That the proxy cannot be reached says more.
+    // Returns nil.
   } catch (const CORBA::Exception&) {
-    // As above.
+    // Returns nil.
   }
   return CORBA::Object::_nil();
 }
 
-// The proxy so far is kept until there is another.
+// Connects to a channel. On failure, keeps the present proxy.
 void ChannelSink::obtainProxy(CORBA::Object_ptr object, const Stopping& stopping) {
   if (CORBA::is_nil(object)) {
     throw ChannelError("the reference is nil");
   }
-  goOn(stopping);
+  throwIfStopping(stopping);
   const CosEventChannelAdmin::EventChannel_var channel = EventChannel::_narrow(object);
   if (CORBA::is_nil(channel)) {
-    throw ChannelError("the reference is not that of an event channel");
+    throw ChannelError("the reference does not refer to an event channel");
   }
-  limit(channel);
-  goOn(stopping);
+  setTimeout(channel);
+  throwIfStopping(stopping);
   const CosEventChannelAdmin::SupplierAdmin_var admin = channel->for_suppliers();
-  limit(admin);
-  goOn(stopping);
+  setTimeout(admin);
+  throwIfStopping(stopping);
   const CosEventChannelAdmin::ProxyPushConsumer_var proxy = admin->obtain_push_consumer();
-  limit(proxy);
-  goOn(stopping);
+  setTimeout(proxy);
+  throwIfStopping(stopping);
   proxy->connect_push_supplier(CosEventComm::PushSupplier::_nil());
   proxy_ = proxy;
 }
@@ -125,7 +128,7 @@ CallOutcome ChannelSink::push(const CosNotification::StructuredEvent& event,
     callWithRetry(stopping, [&] { proxy_->push(any); });
     return {};
   } catch (const CORBA::Exception& failure) {
-    return failed(failure);
+    return outcomeOf(failure);
   }
 }
 
@@ -134,29 +137,32 @@ CallOutcome ChannelSink::check(const Stopping& stopping) {
   return connect(stopping);
 }
 
-// What a push that failed says about the channel: nobody there, or nobody who knows us, or somebody
-// who does not want this event. One that does not know the operation may have the proxy's key by
-// now, but an event that every new proxy answers so must not wait for ever.
-CallOutcome ChannelSink::failed(const CORBA::Exception& failure) {
+// Classifies the failure of a push:
+//   - Disconnected or OBJECT_NOT_EXIST: the proxy is deleted; kUnavailable, with a new proxy next,
+//   - BAD_OPERATION: another object may have the proxy's key; a new proxy next, but kRejected,
+//     because an event at which every proxy raises BAD_OPERATION must not block the queue,
+//   - unreachable: kUnavailable,
+//   - any other failure, and a closed connection: kRejected, as the event may be the cause.
+CallOutcome ChannelSink::outcomeOf(const CORBA::Exception& failure) {
   suspect_ = true;
   const auto* const system = CORBA::SystemException::_downcast(&failure);
-  const bool another = CORBA::BAD_OPERATION::_downcast(&failure) != nullptr;
-  // Disconnected, or not there.
-  const bool gone = system == nullptr || CORBA::OBJECT_NOT_EXIST::_downcast(&failure) != nullptr;
-  if (another || gone) {
+  const bool isOtherObject = CORBA::BAD_OPERATION::_downcast(&failure) != nullptr;
+  const bool isDeleted =
+      system == nullptr || CORBA::OBJECT_NOT_EXIST::_downcast(&failure) != nullptr;
+  if (isOtherObject || isDeleted) {
     proxy_ = ProxyPushConsumer::_nil();
   }
   const bool unreachable =
-      gone || (orb::isUnreachable(*system) && !orb::isConnectionClosed(*system));
+      isDeleted || (orb::isUnreachable(*system) && !orb::isConnectionClosed(*system));
   return {unreachable ? CallOutcome::kUnavailable : CallOutcome::kRejected, reasonOf(failure)};
 }
 
 void ChannelSink::disconnect() {
   try {
-    orb::setCallTimeout(proxy_.in(), std::min(callTimeout_, kLongestFarewell));
+    orb::setCallTimeout(proxy_.in(), std::min(callTimeout_, kDisconnectTimeout));
     proxy_->disconnect_push_consumer();
   } catch (const CORBA::Exception&) {
-    // It finds out by itself.
+    // The channel notices the end of the supplier at its own checks.
   }
 }
 
@@ -170,7 +176,7 @@ CORBA::Object_ptr ChannelSink::resolve() {
   }
 }
 
-void ChannelSink::limit(CORBA::Object_ptr reference) const {
+void ChannelSink::setTimeout(CORBA::Object_ptr reference) const {
   if (!CORBA::is_nil(reference)) {
     orb::setCallTimeout(reference, callTimeout_);
   }

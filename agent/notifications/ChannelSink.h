@@ -1,4 +1,4 @@
-// An event channel of the CORBA event service.
+// The sink for an event channel of the CORBA event service.
 
 #ifndef AGENT_NOTIFICATIONS_CHANNELSINK_H
 #define AGENT_NOTIFICATIONS_CHANNELSINK_H
@@ -12,16 +12,21 @@
 
 namespace agent {
 
-// Pushes each event in an any. The reference is resolved anew whenever the channel does not know
-// its supplier any more, and a corbaname also when nobody answers where the proxy is: the channel
-// may be elsewhere by now. A proxy that is still there, or may come back there, is used on. Nothing
-// is for good.
+// Pushes each event, in an any, to a proxy of the channel. Gets a new proxy
+//   - when the channel has deleted the proxy: from the channel at the configured reference,
+//   - when the proxy is unreachable, the reference is a corbaname, and the name is bound to another
+//     address: from the channel at that address.
+// Otherwise keeps an unreachable proxy, because the channel may come back with the same proxies.
 //
-// The channel is given no supplier to call back: it need not reach the agent, and that it ended the
-// connection shows at the next push.
+// Connects without a supplier object: the channel need not reach the agent, and the next push
+// detects a disconnected proxy.
+//
+// Thread-safety: as NotificationSink.
+// Ownership: holds references to the ORB and to the proxy.
+// Errors: every failure is a CallOutcome; none is kFatal.
 class ChannelSink final : public NotificationSink {
  public:
-  // No call takes longer than the time-out, naming services of a corbaname included.
+  // reference: in any form. callTimeout: of each remote call, calls to a naming service included.
   ChannelSink(CORBA::ORB_ptr orb, std::string reference, std::chrono::milliseconds callTimeout);
 
   CallOutcome connect(const Stopping& stopping) override;
@@ -30,22 +35,23 @@ class ChannelSink final : public NotificationSink {
   CallOutcome check(const Stopping& stopping) override;
   void disconnect() override;
 
-  // Where a channel is, for messages; nothing is called.
+  // The name of a channel in the log and the status: its address, or the beginning of a reference
+  // without an address. Makes no remote call. Thread-safety: any thread.
   static std::string nameOf(CORBA::ORB_ptr orb, const std::string& reference);
 
  private:
   void obtainProxy(CORBA::Object_ptr object, const Stopping& stopping);
-  bool proxyIsThere(const Stopping& stopping);
-  CORBA::Object_ptr channelElsewhere(const Stopping& stopping);
-  CallOutcome failed(const CORBA::Exception& failure);
+  bool findProxy(const Stopping& stopping);
+  CORBA::Object_ptr movedChannel(const Stopping& stopping);
+  CallOutcome outcomeOf(const CORBA::Exception& failure);
   CORBA::Object_ptr resolve();
-  void limit(CORBA::Object_ptr reference) const;
+  void setTimeout(CORBA::Object_ptr reference) const;
 
   const CORBA::ORB_var orb_;
   const std::string reference_;
   const std::chrono::milliseconds callTimeout_;
-  CosEventChannelAdmin::ProxyPushConsumer_var proxy_;  // nil when it must be obtained
-  bool suspect_ = false;  // a call to the proxy failed since it was known to be there
+  CosEventChannelAdmin::ProxyPushConsumer_var proxy_;  // nil: the sink needs a new proxy
+  bool suspect_ = false;                               // the proxy must be checked before a push
 };
 
 }  // namespace agent

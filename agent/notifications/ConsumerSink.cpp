@@ -26,16 +26,16 @@ CallOutcome ConsumerSink::push(const CosNotification::StructuredEvent& event,
   }
 }
 
-// A consumer that answers at all is there.
+// Every answer but true proves that the consumer exists, also an exception.
 CallOutcome ConsumerSink::check(const Stopping& stopping) {
   try {
-    bool gone = false;
-    callWithRetry(stopping, [&] { gone = consumer_->_non_existent(); });
-    return gone ? CallOutcome{CallOutcome::kFatal, "the consumer does not exist any more"}
-                : CallOutcome{};
+    bool isDeleted = false;
+    callWithRetry(stopping, [&] { isDeleted = consumer_->_non_existent(); });
+    return isDeleted ? CallOutcome{CallOutcome::kFatal, "the consumer does not exist any more"}
+                     : CallOutcome{};
   } catch (const CORBA::SystemException& failure) {
-    const bool silent = orb::isUnreachable(failure) || orb::isConnectionClosed(failure);
-    return silent ? CallOutcome{CallOutcome::kFatal, orb::describe(failure)} : CallOutcome{};
+    const bool isUnanswered = orb::isUnreachable(failure) || orb::isConnectionClosed(failure);
+    return isUnanswered ? CallOutcome{CallOutcome::kFatal, orb::describe(failure)} : CallOutcome{};
   }
 }
 

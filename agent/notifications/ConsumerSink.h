@@ -1,4 +1,4 @@
-// A direct subscriber.
+// The sink for the consumer of one subscription.
 
 #ifndef AGENT_NOTIFICATIONS_CONSUMERSINK_H
 #define AGENT_NOTIFICATIONS_CONSUMERSINK_H
@@ -10,11 +10,16 @@
 
 namespace agent {
 
-// A call whose connection was closed is made once more: a consumer's ORB closes what it deems idle.
-// So an event may arrive twice; its id tells. Any other failure is for good.
+// Calls a consumer. Repeats a call once when the connection was closed, because ORBs close idle
+// connections. So an event may arrive twice, with the same id.
+//
+// Thread-safety: as NotificationSink.
+// Ownership: holds a reference to the consumer.
+// Errors: every failure of a push is kFatal, and so is a check of an unreachable or deleted
+// consumer.
 class ConsumerSink final : public NotificationSink {
  public:
-  // The time-out becomes that of the reference.
+  // Sets the timeout of the reference.
   ConsumerSink(CosNotifyComm::StructuredPushConsumer_ptr consumer,
                std::chrono::milliseconds callTimeout);
 

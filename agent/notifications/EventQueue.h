@@ -58,7 +58,7 @@ class EventQueue {
 
   bool empty() const { return !frontGap_ && entries_.empty(); }
 
-  // Of the notifications; gaps do not count.
+  // The number of notifications and the sum of their bytes. Gaps do not count.
   std::size_t size() const { return notifications_; }
   std::size_t bytes() const { return bytes_; }
 

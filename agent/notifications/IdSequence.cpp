@@ -61,8 +61,8 @@ void IdSequence::remember(std::uint64_t id) noexcept {
   last_ = id;
 }
 
-// Nothing before the gap with the id last_ can be counted. The gap of a last position may grow
-// later, so that the gap itself is not countable either.
+// Makes ids before last_, the id of a gap, uncountable. The gap of a last position may grow later,
+// so that its own id is uncountable, too.
 void IdSequence::forget() noexcept {
   history_.clear();
   countableFrom_ = isAtLastPosition() ? last_ + 1 : last_;
@@ -75,7 +75,7 @@ std::optional<Gap> IdSequence::gapSince(std::uint64_t id) const {
   return Gap{std::min(id + 1, last_), last_, countSince(id)};
 }
 
-// 0: unknown.
+// The number of notifications with an id above this id; 0 when unknown.
 std::uint64_t IdSequence::countSince(std::uint64_t id) const {
   if (id < countableFrom_) {
     return 0;

@@ -21,10 +21,10 @@ namespace agent {
 // 2248. The store gives every number once, so that ids are unique over restarts.
 //
 // Ids rise strictly. A notification of a change that is not newer than the last id's change, or of
-// no change, gets the next position of the last id's change. The last position of a change stands
-// for all notifications that find no other position: a gap.
+// no change, gets the next position of the last id's change. All notifications beyond the last
+// position of a change share the last position as the id of one gap.
 //
-// Remembers the ids of 131,072 changes at least, to count the notifications since an id.
+// Remembers the ids of at least 131,072 changes, to count the notifications since an id.
 //
 // Thread-safety: none.
 // Ownership: a plain value.

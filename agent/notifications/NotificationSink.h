@@ -10,7 +10,7 @@
 
 namespace agent {
 
-// The result of a remote call.
+// The result of a remote call. A plain value.
 struct CallOutcome {
   enum Kind {
     kDone,

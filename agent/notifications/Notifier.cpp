@@ -65,7 +65,7 @@ Notifier::Notifier(orb::Server& server, NotifierOptions options, ChangeNumbers c
 Notifier::~Notifier() {
   std::vector<std::shared_ptr<Receiver>> all;
   {
-    const std::lock_guard<std::mutex> lock(mutex_);
+    const MutexLock lock(mutex_);
     ending_ = true;
     subscriptions_.merge(ended_);
     for (auto& subscription : subscriptions_) {
@@ -107,7 +107,7 @@ void Notifier::attributesChanged(const globaldefs::NVSList_T& name,
 // One lock for the id and the queues: every queue has the order of the ids.
 void Notifier::publish(std::unique_ptr<CosNotification::StructuredEvent> event) {
   const std::uint64_t change = changeInProgress_();
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   const std::optional<std::uint64_t> id = ids_.next(change);
   if (!id) {
     reportExhaustionLocked();
@@ -142,7 +142,7 @@ Notification Notifier::notificationLocked(std::uint64_t id,
 }
 
 void Notifier::reportGap() {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   const std::uint64_t id = ids_.nextForGap();
   reportGapLocked({id, id, 0});
 }
@@ -182,7 +182,7 @@ std::shared_ptr<Receiver> Notifier::makeReceiver(CosNotifyComm::StructuredPushCo
 }
 
 std::uint64_t Notifier::nextNumber() {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   return ++lastNumber_;
 }
 
@@ -243,7 +243,7 @@ Outcome Notifier::checkReference(CORBA::Object_ptr consumer) {
 // One lock for the gap and the subscription: every later notification reaches the receiver.
 Outcome Notifier::admit(std::uint64_t number, Subscription subscription,
                         const std::string& lastNotificationId) {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   if (ending_) {
     throw CORBA::TRANSIENT(0, CORBA::COMPLETED_NO);
   }
@@ -315,7 +315,7 @@ bool Notifier::unsubscribe(std::uint64_t subscription) {
 }
 
 bool Notifier::isSubscribed(std::uint64_t subscription) {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   return subscriptions_.count(subscription) != 0;
 }
 
@@ -323,7 +323,7 @@ bool Notifier::isSubscribed(std::uint64_t subscription) {
 bool Notifier::end(std::uint64_t number, bool dropped) {
   std::shared_ptr<const PortableServer::ObjectId> object;
   {
-    const std::lock_guard<std::mutex> lock(mutex_);
+    const MutexLock lock(mutex_);
     auto subscription = subscriptions_.extract(number);
     if (subscription.empty()) {
       return false;
@@ -353,7 +353,7 @@ void Notifier::deactivate(const PortableServer::ObjectId& object) {
 // Destroys the receivers whose threads have ended, without waiting for a thread.
 void Notifier::destroyEnded() {
   Subscriptions destroyed;  // after the lock is released
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   for (auto entry = ended_.begin(); entry != ended_.end();) {
     const auto present = entry++;
     if (present->second.receiver->ended()) {
@@ -364,7 +364,7 @@ void Notifier::destroyEnded() {
 
 NotifierStatus Notifier::status() {
   NotifierStatus status;
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   status.notifications = notifications_;
   status.subscribersDropped = dropped_;
   status.receivers.length(
@@ -378,7 +378,7 @@ bool Notifier::flush(std::chrono::milliseconds longest) {
   const auto deadline = std::chrono::steady_clock::now() + longest;
   std::vector<std::shared_ptr<Receiver>> all;
   {
-    const std::lock_guard<std::mutex> lock(mutex_);
+    const MutexLock lock(mutex_);
     if (channel_) {
       all.push_back(channel_);
     }

@@ -9,7 +9,6 @@
 #include <functional>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -23,6 +22,7 @@
 #include "orb/idl/notifications.h"
 #include "orb/notification.h"
 #include "orb/orb.h"
+#include "sync/Mutex.h"
 
 namespace agent {
 
@@ -35,10 +35,11 @@ struct NotifierOptions {
   std::size_t maxUnanswered = 200;
   std::size_t maxUnansweredPerPeer = 50;
   std::string channel;  // an event channel's reference in any form; empty for no channel
-  std::chrono::milliseconds pushTimeout{3000};     // of one remote call
-  std::chrono::milliseconds idleCheck{60000};      // longest time without a call to a receiver
-  std::chrono::milliseconds firstBackOff{100};     // between two attempts to reach the channel,
-  std::chrono::milliseconds longestBackOff{5000};  // doubled up to this
+  std::chrono::milliseconds pushTimeout{3000};  // of one remote call
+  std::chrono::milliseconds idleCheck{60000};   // longest time without a call to a receiver
+  // Between two attempts to reach the channel: the first pause, and the limit for doubled pauses.
+  std::chrono::milliseconds firstBackOff{100};
+  std::chrono::milliseconds longestBackOff{5000};
   Receiver::Wait wait = Receiver::waitFor;
   IdSequence::Limits ids;
 };
@@ -91,7 +92,7 @@ class Notifier {
                          const notifications::NVList_T& attributes, bool edgePointRelated,
                          const CORBA::Any* body);
 
-  // Reports to every receiver that an unknown number of notifications was never made.
+  // Reports to every receiver a gap of unknown size, as for events that made no notification.
   void reportGap();
 
   // Implements TopoAgent::Session_I::subscribe; returns a new reference. A consumer that subscribes
@@ -108,8 +109,8 @@ class Notifier {
 
   NotifierStatus status();
 
-  // Waits until all receivers have got all notifications. Returns false when the time is over or a
-  // receiver is unavailable.
+  // Waits until all queues are empty and all calls have ended. Returns false at the timeout and
+  // when a receiver is unavailable.
   bool flush(std::chrono::milliseconds longest);
 
  private:
@@ -121,11 +122,12 @@ class Notifier {
   using Subscriptions = std::map<std::uint64_t, Subscription>;
 
   void publish(std::unique_ptr<CosNotification::StructuredEvent> event);
-  void reportExhaustionLocked();
+  void reportExhaustionLocked() REQUIRES(mutex_);
   Notification notificationLocked(std::uint64_t id,
-                                  std::unique_ptr<CosNotification::StructuredEvent> event);
-  void reportGapLocked(const Gap& gap);
-  void forEachLocked(const std::function<void(Receiver&)>& visit);
+                                  std::unique_ptr<CosNotification::StructuredEvent> event)
+      REQUIRES(mutex_);
+  void reportGapLocked(const Gap& gap) REQUIRES(mutex_);
+  void forEachLocked(const std::function<void(Receiver&)>& visit) REQUIRES(mutex_);
   Receiver::Settings receiverSettings() const;
   std::shared_ptr<Receiver> makeReceiver(CosNotifyComm::StructuredPushConsumer_ptr consumer,
                                          std::uint64_t number);
@@ -133,8 +135,8 @@ class Notifier {
   Outcome checkReference(CORBA::Object_ptr consumer);
   Outcome admit(std::uint64_t number, Subscription subscription,
                 const std::string& lastNotificationId);
-  Outcome checkLimitsLocked(const std::string& peer);
-  Result<std::optional<Gap>> gapSinceLocked(const std::string& lastNotificationId);
+  Outcome checkLimitsLocked(const std::string& peer) REQUIRES(mutex_);
+  Result<std::optional<Gap>> gapSinceLocked(const std::string& lastNotificationId) REQUIRES(mutex_);
   Result<TopoAgent::Subscription_I_var> activate(std::uint64_t number,
                                                  const Subscription& subscription);
   bool end(std::uint64_t number, bool dropped);
@@ -148,16 +150,17 @@ class Notifier {
   RefusalLog subscriberLog_{std::chrono::steady_clock::now, 20, std::chrono::seconds(10)};
   std::shared_ptr<Receiver> channel_;  // null without a channel
 
-  std::mutex mutex_;
-  // Guarded by mutex_, which is never held during a call of the ORB or of the disk.
-  IdSequence ids_;
-  std::uint64_t exhaustedId_ = 0;  // the gap id that was logged last
-  Subscriptions subscriptions_;
-  Subscriptions ended_;  // stopped receivers, whose threads may still run
-  std::uint64_t lastNumber_ = 0;
-  std::uint64_t notifications_ = 0;
-  std::uint64_t dropped_ = 0;
-  bool ending_ = false;
+  // Not held during a call of the ORB or of the disk.
+  Mutex mutex_;
+  IdSequence ids_ GUARDED_BY(mutex_);
+  std::uint64_t exhaustedId_ GUARDED_BY(mutex_) = 0;  // the gap id that was logged last
+  Subscriptions subscriptions_ GUARDED_BY(mutex_);
+  // Stopped receivers, whose threads may still run.
+  Subscriptions ended_ GUARDED_BY(mutex_);
+  std::uint64_t lastNumber_ GUARDED_BY(mutex_) = 0;
+  std::uint64_t notifications_ GUARDED_BY(mutex_) = 0;
+  std::uint64_t dropped_ GUARDED_BY(mutex_) = 0;
+  bool ending_ GUARDED_BY(mutex_) = false;
 
   const PortableServer::POA_var poa_;  // of the subscriptions
 };

@@ -6,8 +6,7 @@
 namespace agent {
 namespace {
 
-// A channel that rejects the same event this often does not get the event: events behind it must
-// not wait for ever.
+// After so many rejections by a channel, an event is discarded and no longer blocks the queue.
 constexpr int kMaxRejections = 5;
 
 bool isNotification(const std::optional<Delivery>& delivery) {
@@ -41,7 +40,7 @@ void Receiver::start() {
 void Receiver::offer(const Notification& notification) {
   bool overflowBegins = false;
   {
-    const std::lock_guard<std::mutex> lock(mutex_);
+    const MutexLock lock(mutex_);
     if (stopping_.load()) {
       return;
     }
@@ -66,7 +65,7 @@ void Receiver::beginWithGap(const Gap& gap) {
 }
 
 void Receiver::queueGap(const Gap& gap, std::uint64_t lost) {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   if (!stopping_.load()) {
     discarded_ += lost;
     queue_.reportGap(gap);
@@ -76,7 +75,7 @@ void Receiver::queueGap(const Gap& gap, std::uint64_t lost) {
 
 void Receiver::stop() {
   {
-    const std::lock_guard<std::mutex> lock(mutex_);
+    const MutexLock lock(mutex_);
     stopping_.store(true);
     queue_.clear();
   }
@@ -160,9 +159,10 @@ bool Receiver::connect() {
 }
 
 Receiver::Work Receiver::waitForWork() {
-  std::unique_lock<std::mutex> lock(mutex_);
-  settings_.wait(workArrived_, lock, settings_.idleCheck,
-                 [this] { return stopping_.load() || current_ || !queue_.empty(); });
+  MutexLock lock(mutex_);
+  settings_.wait(workArrived_, lock.native(), settings_.idleCheck, [this]() REQUIRES(mutex_) {
+    return stopping_.load() || current_ || !queue_.empty();
+  });
   if (stopping_.load()) {
     return Work::kStop;
   }
@@ -189,17 +189,23 @@ bool Receiver::deliverCurrent() {
   return continueAfter(outcome);
 }
 
-// Reads current_ without the mutex: only this thread writes current_.
 CallOutcome Receiver::pushCurrent() {
-  if (const auto* const gap = std::get_if<Gap>(&*current_)) {
+  const Delivery delivery = current();
+  if (const auto* const gap = std::get_if<Gap>(&delivery)) {
     const auto event = gapReport(*gap, settings_.clock());
     return sink_->push(*event, stopping_);
   }
-  return sink_->push(*std::get<Notification>(*current_).event, stopping_);
+  return sink_->push(*std::get<Notification>(delivery).event, stopping_);
 }
 
-// Makes a call and turns an exception, as of a lack of memory, into an outcome: kFatal for a
-// subscriber, whose client will subscribe again, and ofChannel for a channel.
+// REQUIRES: called by the receiver's thread between waitForWork and completeCurrent.
+Delivery Receiver::current() {
+  const MutexLock lock(mutex_);
+  return *current_;
+}
+
+// Makes a call and translates an exception, such as std::bad_alloc, into an outcome: kFatal for a
+// subscriber, because its client can subscribe again, and ofChannel for a channel.
 template <typename Call>
 CallOutcome Receiver::attempt(CallOutcome::Kind ofChannel, Call call) {
   const CallOutcome::Kind kind = settings_.isChannel ? ofChannel : CallOutcome::kFatal;
@@ -215,7 +221,7 @@ CallOutcome Receiver::attempt(CallOutcome::Kind ofChannel, Call call) {
 }
 
 void Receiver::completeCurrent() {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   if (isNotification(current_)) {
     ++delivered_;
   }
@@ -226,26 +232,27 @@ void Receiver::completeCurrent() {
   }
 }
 
-// Replaces a rejected notification by a gap. A rejected gap report is discarded without trace.
+// Replaces a rejected notification by a gap. A rejected gap report is discarded and only logged.
 void Receiver::discardCurrent(const std::string& reason) {
-  if (!isNotification(current_)) {
+  const Delivery rejected = current();
+  if (!isNotification(rejected)) {
     logLine(kLogErrors, [&] { return " rejects a gap report, which is discarded: " + reason; });
-    const std::lock_guard<std::mutex> lock(mutex_);
+    const MutexLock lock(mutex_);
     current_.reset();
     return;
   }
-  const std::uint64_t id = std::get<Notification>(*current_).id;
+  const std::uint64_t id = std::get<Notification>(rejected).id;
   logLine(kLogErrors, [&] {
     return " rejects notification " + std::to_string(id) + ", which is discarded: " + reason;
   });
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   current_ = Gap{id, id, 1};
   ++discarded_;
 }
 
 // An undelivered gap returns to the queue, where it grows with later evictions.
 void Receiver::requeueCurrentGap() {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   if (!current_ || isNotification(current_)) {
     return;
   }
@@ -269,15 +276,15 @@ bool Receiver::continueAfter(const CallOutcome& outcome) {
 }
 
 bool Receiver::backOff() {
-  std::unique_lock<std::mutex> lock(mutex_);
+  MutexLock lock(mutex_);
   const auto pause = std::exchange(backOff_, std::min(2 * backOff_, settings_.longestBackOff));
-  return !settings_.wait(workArrived_, lock, pause, [this] { return stopping_.load(); });
+  return !settings_.wait(workArrived_, lock.native(), pause, [this] { return stopping_.load(); });
 }
 
 void Receiver::drop(const char* reason) {
   std::uint64_t undelivered = 0;
   {
-    const std::lock_guard<std::mutex> lock(mutex_);
+    const MutexLock lock(mutex_);
     undelivered = undeliveredLocked();
   }
   logLine(kLogErrors, [&] {
@@ -308,7 +315,7 @@ void Receiver::markDown(const std::string& reason) {
 }
 
 Receiver::Link Receiver::exchangeLink(Link link) {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   if (link == Link::kDown) {
     drained_.notify_all();
   }
@@ -322,12 +329,12 @@ void Receiver::logLine(int level, Text text) const noexcept {
     const char* const kind = settings_.isChannel ? "event channel " : "subscriber ";
     settings_.log(level, kind + settings_.name + text());
   } catch (...) {
-    // The receiver's thread must survive.
+    // Without the line, the thread continues.
   }
 }
 
 bool Receiver::isDrained() {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   return isDrainedLocked();
 }
 
@@ -343,7 +350,7 @@ TopoAgent::ReceiverStatus_T Receiver::status() {
   TopoAgent::ReceiverStatus_T status;
   status.receiver = CORBA::string_dup(settings_.name.c_str());
   status.isChannel = settings_.isChannel;
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const MutexLock lock(mutex_);
   status.isConnected = !settings_.isChannel || link_ == Link::kUp;
   status.queued = static_cast<CORBA::ULong>(undeliveredLocked());
   status.sent = delivered_;
@@ -353,10 +360,11 @@ TopoAgent::ReceiverStatus_T Receiver::status() {
 
 bool Receiver::waitUntilDrained(std::chrono::steady_clock::time_point deadline) {
   using std::chrono::milliseconds;
-  std::unique_lock<std::mutex> lock(mutex_);
+  MutexLock lock(mutex_);
   const auto longest = std::chrono::ceil<milliseconds>(deadline - std::chrono::steady_clock::now());
-  settings_.wait(drained_, lock, longest,
-                 [this] { return stopping_.load() || link_ == Link::kDown || isDrainedLocked(); });
+  settings_.wait(drained_, lock.native(), longest, [this]() REQUIRES(mutex_) {
+    return stopping_.load() || link_ == Link::kDown || isDrainedLocked();
+  });
   return stopping_.load() || isDrainedLocked();
 }
 

@@ -1,4 +1,4 @@
-// One receiver of notifications: a queue, and a thread that empties the queue.
+// One receiver of notifications: a queue, and a thread that sends the queued notifications.
 
 #ifndef AGENT_NOTIFICATIONS_RECEIVER_H
 #define AGENT_NOTIFICATIONS_RECEIVER_H
@@ -20,11 +20,12 @@
 #include "agent/notifications/NotificationSink.h"
 #include "agent/notifications/StructuredEvents.h"
 #include "orb/idl/TopoAgent.h"
+#include "sync/Mutex.h"
 
 namespace agent {
 
-// Delivers notifications and gap reports to one sink, in order. An event channel is retried for
-// ever; a subscriber is dropped at its first fatal failure.
+// Delivers notifications and gap reports to one sink, in order. Retries an event channel without a
+// limit. Drops a subscriber at the first fatal failure.
 //
 // Thread-safety: any thread, except where a function says otherwise.
 // Ownership: owns the sink and the thread; shares the events.
@@ -81,8 +82,8 @@ class Receiver {
   // Clears the queue and asks the thread to end, without waiting for the thread.
   void stop();
 
-  // Waits until the thread has ended. REQUIRES: stop() was called; one thread at a time, and not
-  // the receiver's own.
+  // Waits until the thread has ended. REQUIRES: stop() was called; one caller at a time, never the
+  // receiver's own thread.
   void join();
 
   // Whether join() would return at once.
@@ -101,7 +102,7 @@ class Receiver {
   enum class Link { kNew, kUp, kDown };
   enum class Work { kDeliver, kCheck, kStop };
 
-  // Run by the thread. A result of false ends the thread.
+  // Called by the thread. A result of false ends the thread.
   void run();
   bool runOnceGuarded() noexcept;
   bool runOnce();
@@ -110,6 +111,7 @@ class Receiver {
   Work waitForWork();
   bool deliverCurrent();
   CallOutcome pushCurrent();
+  Delivery current();
   template <typename Call>
   CallOutcome attempt(CallOutcome::Kind ofChannel, Call call);
   void completeCurrent();
@@ -126,8 +128,8 @@ class Receiver {
   template <typename Text>
   void logLine(int level, Text text) const noexcept;
   bool isDrained();
-  bool isDrainedLocked() const;
-  std::uint64_t undeliveredLocked() const;
+  bool isDrainedLocked() const REQUIRES(mutex_);
+  std::uint64_t undeliveredLocked() const REQUIRES(mutex_);
 
   const Settings settings_;
   const OnDropped onDropped_;
@@ -142,16 +144,19 @@ class Receiver {
   std::atomic<bool> ended_{true};
   std::atomic<bool> answered_{false};
 
-  std::mutex mutex_;
+  // Not held during a call of the sink.
+  Mutex mutex_;
   std::condition_variable workArrived_;  // an entry in queue_, or stopping_
   std::condition_variable drained_;      // isDrainedLocked(), stopping_ or kDown
-  // Guarded by mutex_, which is never held during a call of the sink.
-  EventQueue queue_;
-  std::optional<Delivery> current_;  // taken from queue_, not yet delivered; set by the thread only
-  Link link_ = Link::kNew;
-  bool overflowing_ = false;     // queue_ has evicted notifications since it was last empty
-  std::uint64_t delivered_ = 0;  // notifications
-  std::uint64_t discarded_ = 0;  // lost notifications that queue_ has not evicted
+  EventQueue queue_ GUARDED_BY(mutex_);
+  // Taken from queue_, not yet delivered. Written by the receiver's thread alone.
+  std::optional<Delivery> current_ GUARDED_BY(mutex_);
+  Link link_ GUARDED_BY(mutex_) = Link::kNew;
+  // queue_ has evicted notifications since queue_ was last empty.
+  bool overflowing_ GUARDED_BY(mutex_) = false;
+  std::uint64_t delivered_ GUARDED_BY(mutex_) = 0;  // notifications
+  // Lost notifications that queue_ has not evicted.
+  std::uint64_t discarded_ GUARDED_BY(mutex_) = 0;
 
   std::thread thread_;
 };

@@ -10,10 +10,11 @@
 
 namespace agent {
 
-// The exception as one line for messages.
+// The exception as one line for the log. Thread-safety: any thread.
 std::string reasonOf(const CORBA::Exception& failure);
 
 // Makes a call. Repeats the call once when the connection was closed and `stopping` is not set.
+// Throws the exception of the last call. Thread-safety: any thread.
 template <typename Call>
 void callWithRetry(const NotificationSink::Stopping& stopping, Call call) {
   try {

@@ -3,15 +3,9 @@
 #include <exception>
 #include <new>
 
+#include "platform/agent/Failures.h"
+
 namespace agent {
-namespace {
-
-globaldefs::ExceptionType_T typeOf(const Outcome& refusal) {
-  return refusal.code == kTooMuch ? globaldefs::EXCPT_CAPACITY_EXCEEDED
-                                  : globaldefs::EXCPT_INVALID_INPUT;
-}
-
-}  // namespace
 
 SessionServant::SessionServant(Notifier& notifier) : notifier_(notifier) {}
 
@@ -36,7 +30,8 @@ TopoAgent::Subscription_I_ptr SessionServant::subscribe(
     throw CORBA::INTERNAL(0, CORBA::COMPLETED_NO);
   }
   logRefusal(peer, refusal.reason);
-  throw globaldefs::ProcessingFailureException(typeOf(refusal), refusal.reason.c_str());
+  NS_CORBA::ThrowException(refusal.code, refusal.reason);
+  return TopoAgent::Subscription_I::_nil();  // not reached: a refusal is never kSuccess
 }
 
 void SessionServant::logRefusal(const std::string& peer, const std::string& reason) {

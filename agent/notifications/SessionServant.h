@@ -1,4 +1,4 @@
-// The session, through which clients subscribe.
+// The CORBA object through which clients subscribe.
 
 #ifndef AGENT_NOTIFICATIONS_SESSIONSERVANT_H
 #define AGENT_NOTIFICATIONS_SESSIONSERVANT_H
@@ -12,9 +12,12 @@
 
 namespace agent {
 
-// Logs refused subscriptions, and translates failures of the notifier into CORBA exceptions.
+// Forwards subscriptions to the notifier, and logs refused subscriptions at a limited rate.
 //
-// Reference counted, as all servants. Stops being served before the notifier ends.
+// Thread-safety: any thread.
+// Ownership: borrows the notifier, which outlives every request to the servant.
+// Errors: ProcessingFailureException for a refusal, NO_MEMORY and INTERNAL for other failures;
+// CORBA system exceptions of the notifier pass.
 class SessionServant final : public POA_TopoAgent::Session_I {
  public:
   explicit SessionServant(Notifier& notifier);

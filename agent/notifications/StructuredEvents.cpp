@@ -14,13 +14,14 @@ namespace {
 
 namespace layout = notification_layout;
 
-// Where stamp() finds its fields.
+// Indexes of the fields that stamp() sets.
 constexpr CORBA::ULong kIdField = 0;
 constexpr CORBA::ULong kTimeField = 3;
 
-// Memory of an event: a part that every event has, a part for each attribute of its list (a value
-// has about five allocations), and a multiple of its encoded values, because short texts have an
-// allocation each.
+// The memory of an event is the sum of:
+//   - a fixed size,
+//   - a size for each attribute of the list: a value has about five allocations,
+//   - a multiple of the encoded values: each short text has an allocation.
 constexpr std::size_t kBytesOfAnyEvent = 1024;
 constexpr std::size_t kBytesOfAnAttribute = 256;
 constexpr std::size_t kBytesOfAnEncodedByte = 2;
@@ -35,7 +36,7 @@ std::unique_ptr<StructuredEvent> emptyEvent(const char* type) {
   return event;
 }
 
-// Appends a field; its value is for the caller to set.
+// Appends a field without a value. Returns the value for the caller to set.
 CORBA::Any& addField(StructuredEvent& event, const char* name) {
   CosNotification::FilterableEventBody& fields = event.filterable_data;
   const CORBA::ULong last = fields.length();

@@ -5,7 +5,7 @@ namespace agent {
 SubscriptionServant::SubscriptionServant(Notifier& notifier, std::uint64_t number)
     : notifier_(notifier), number_(number) {}
 
-// The object may outlive its subscription for a moment.
+// The object is deactivated after the end of its subscription, so that a request may come between.
 void SubscriptionServant::ping() {
   if (!notifier_.isSubscribed(number_)) {
     throw CORBA::OBJECT_NOT_EXIST(0, CORBA::COMPLETED_NO);

@@ -1,4 +1,4 @@
-// One subscription, as its client sees it.
+// The CORBA object of one subscription.
 
 #ifndef AGENT_NOTIFICATIONS_SUBSCRIPTIONSERVANT_H
 #define AGENT_NOTIFICATIONS_SUBSCRIPTIONSERVANT_H
@@ -10,7 +10,11 @@
 
 namespace agent {
 
-// The notifier waits for the requests to it before it ends.
+// Lets a client check and end a subscription.
+//
+// Thread-safety: any thread.
+// Ownership: borrows the notifier, whose destructor waits for running requests.
+// Errors: OBJECT_NOT_EXIST after the end of the subscription.
 class SubscriptionServant final : public POA_TopoAgent::Subscription_I {
  public:
   SubscriptionServant(Notifier& notifier, std::uint64_t number);

@@ -1,4 +1,4 @@
-// The event channel: found, lost and found again.
+// The event channel: connection, failures, reconnection and naming service.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -43,8 +43,9 @@ class Channels : public NotifierFixture {
 
   Texts pushes(std::size_t count) { return channel_.record.waitFor(count); }
 
-  // What the log says about a channel that cannot be used, which ends at once.
-  std::string complaintAbout(const std::string& reference) {
+  // Starts a notifier with an unusable channel. Returns the logged reason. Checks that the channel
+  // does not delay the destructor.
+  std::string reasonOfFailure(const std::string& reference) {
     options_.channel = reference;
     options_.firstBackOff = options_.longestBackOff = kNever;
     testing::internal::CaptureStderr();
@@ -65,7 +66,7 @@ class Channels : public NotifierFixture {
   FakeChannel channel_;
 };
 
-TEST_F(Channels, GetEveryEventInAnAny) {
+TEST_F(Channels, ReceiveEveryEventInAnAny) {
   open();
   start();
   publish(3);
@@ -77,13 +78,13 @@ TEST_F(Channels, GetEveryEventInAnAny) {
   EXPECT_EQ("disconnect 1", pushes(5).back());
 }
 
-TEST_F(Channels, AreConnectedBeforeThereIsAnEvent) {
+TEST_F(Channels, AreConnectedBeforeTheFirstEvent) {
   open();
   start();
   EXPECT_TRUE(becomes({channel(Queued{0}, Sent{0}, Lost{0})}));
 }
 
-TEST_F(Channels, MayComeLaterThanTheAgent) {
+TEST_F(Channels, MayStartAfterTheAgent) {
   start();
   publish(5);
   EXPECT_TRUE(becomes({downChannel(Queued{3}, Sent{0}, Lost{2})}));
@@ -92,7 +93,7 @@ TEST_F(Channels, MayComeLaterThanTheAgent) {
   EXPECT_TRUE(becomes({channel(Queued{0}, Sent{3}, Lost{2})}));
 }
 
-TEST_F(Channels, AreTriedAgainAfterThePausesOfTheOptions) {
+TEST_F(Channels, AreRetriedWithTheConfiguredBackOff) {
   using std::chrono::milliseconds;
   Waits waits{milliseconds(100)};
   options_.wait = waits.function();
@@ -108,7 +109,7 @@ TEST_F(Channels, AreTriedAgainAfterThePausesOfTheOptions) {
   notifier_.reset();
 }
 
-TEST_F(Channels, GetWhatTheyMissedWhenTheyComeBack) {
+TEST_F(Channels, ReceiveQueuedEventsAndGapsAfterAReconnect) {
   open();
   start();
   publish(1);
@@ -125,7 +126,7 @@ TEST_F(Channels, GetWhatTheyMissedWhenTheyComeBack) {
   EXPECT_TRUE(becomes({channel(Queued{0}, Sent{5}, Lost{3})}));
 }
 
-TEST_F(Channels, GiveANewProxyForOneThatIsGone) {
+TEST_F(Channels, ReplaceADeletedProxy) {
   open();
   start();
   publish(1);
@@ -135,7 +136,7 @@ TEST_F(Channels, GiveANewProxyForOneThatIsGone) {
   EXPECT_EQ((Texts{"connect 1", "1: 1", "connect 2", "2: 2"}), pushes(4));
 }
 
-TEST_F(Channels, GiveANewProxyForOneThatIsGoneWhileThereIsNoEvent) {
+TEST_F(Channels, ReplaceADeletedProxyWhileIdle) {
   options_.idleCheck = std::chrono::milliseconds(1);
   open();
   start();
@@ -144,7 +145,7 @@ TEST_F(Channels, GiveANewProxyForOneThatIsGoneWhileThereIsNoEvent) {
   EXPECT_EQ((Texts{"connect 1", "connect 2"}), pushes(2));
 }
 
-TEST_F(Channels, GiveANewProxyForOneThatIsDisconnected) {
+TEST_F(Channels, ReplaceADisconnectedProxy) {
   open();
   std::atomic<bool> first{true};
   channel_.onPush([&](const std::string&) {
@@ -158,18 +159,18 @@ TEST_F(Channels, GiveANewProxyForOneThatIsDisconnected) {
   notifier_.reset();
 }
 
-TEST_F(Channels, GiveANewProxyForOneWhoseKeyIsAnotherObjects) {
+TEST_F(Channels, ReplaceAProxyWhoseKeyBelongsToAnotherObject) {
   open();
   start();
   publish(1);
   EXPECT_TRUE(becomes({channel(Queued{0}, Sent{1}, Lost{0})}));
-  channel_.giveKeysOfProxiesAway();
+  channel_.reuseKeysOfProxies();
   publish(2);
   EXPECT_EQ((Texts{"connect 1", "1: 1", "connect 2", "2: 2", "2: 3"}), pushes(5));
   EXPECT_TRUE(becomes({channel(Queued{0}, Sent{3}, Lost{0})}));
 }
 
-TEST_F(Channels, DoNotStandStillForAnEventThatNoProxyKnowsHowToTake) {
+TEST_F(Channels, AreNotBlockedByAnEventThatEveryProxyAnswersWithBadOperation) {
   open();
   channel_.onPush([](const std::string& event) {
     if (event == "1") {
@@ -184,7 +185,7 @@ TEST_F(Channels, DoNotStandStillForAnEventThatNoProxyKnowsHowToTake) {
   EXPECT_TRUE(becomes({channel(Queued{0}, Sent{1}, Lost{1})}));
 }
 
-TEST_F(Channels, GetAnEventAgainThatFailed) {
+TEST_F(Channels, ReceiveAFailedEventAgain) {
   open();
   std::atomic<int> left{2};
   channel_.onPush([&](const std::string&) {
@@ -198,7 +199,7 @@ TEST_F(Channels, GetAnEventAgainThatFailed) {
   EXPECT_TRUE(becomes({channel(Queued{0}, Sent{2}, Lost{0})}));
 }
 
-TEST_F(Channels, DoNotStandStillForAnEventThatTheyNeverTake) {
+TEST_F(Channels, AreNotBlockedByAnEventThatAlwaysFails) {
   open();
   channel_.onPush([](const std::string& event) {
     if (event == "1") {
@@ -212,9 +213,8 @@ TEST_F(Channels, DoNotStandStillForAnEventThatTheyNeverTake) {
   EXPECT_TRUE(becomes({channel(Queued{0}, Sent{1}, Lost{1})}));
 }
 
-// A closed connection is no reason to wait: the channel is there, and closes it again at the same
-// event.
-TEST_F(Channels, DoNotStandStillForAnEventAtWhichTheyAlwaysClose) {
+// The channel closes the connection at every push of the same event.
+TEST_F(Channels, AreNotBlockedByAnEventThatAlwaysClosesTheConnection) {
   WirePeer peer("push", std::vector<WirePeer::Act>(10, WirePeer::Act::kClose));
   channel_.useProxy(peer.reference(), orb());
   open();
@@ -226,7 +226,7 @@ TEST_F(Channels, DoNotStandStillForAnEventAtWhichTheyAlwaysClose) {
   EXPECT_EQ(requests, peer.requests().all());
 }
 
-TEST_F(Channels, DelayNoSubscriber) {
+TEST_F(Channels, ThatBlockDelayNoSubscriber) {
   options_.queueLimit = 100;
   Gate gate;
   open();
@@ -244,7 +244,7 @@ TEST_F(Channels, DelayNoSubscriber) {
       becomes({channel(Queued{0}, Sent{3}, Lost{0}), subscriber(Queued{0}, Sent{3}, Lost{0})}));
 }
 
-TEST_F(Channels, ThatAreAwayKeepNobodyFromWaitingForSubscribers) {
+TEST_F(Channels, ThatAreUnavailableDoNotShortenAFlushOfSubscribers) {
   Gate gate;
   const auto flushing = std::this_thread::get_id();
   Waits waits(std::chrono::milliseconds(100), [&] {
@@ -268,7 +268,7 @@ TEST_F(Channels, ThatAreAwayKeepNobodyFromWaitingForSubscribers) {
   notifier_.reset();
 }
 
-TEST_F(Channels, GetAnEventAgainThatTheyDidNotAnswerInTime) {
+TEST_F(Channels, ReceiveAnEventAgainAfterATimeout) {
   options_.pushTimeout = std::chrono::milliseconds(100);
   WirePeer peer("push", std::vector<WirePeer::Act>(7, WirePeer::Act::kIgnore));
   channel_.useProxy(peer.reference(), orb());
@@ -281,8 +281,8 @@ TEST_F(Channels, GetAnEventAgainThatTheyDidNotAnswerInTime) {
   EXPECT_TRUE(becomes({channel(Queued{0}, Sent{1}, Lost{0})}));
 }
 
-TEST_F(Channels, GetAnEventOnceMoreWhenTheyClosedTheConnection) {
-  options_.firstBackOff = kNever;  // so that it is not tried again after a failure
+TEST_F(Channels, ReceiveAnEventAgainAfterAClosedConnection) {
+  options_.firstBackOff = kNever;  // a retry would exceed the timeout of the test
   WirePeer peer("push", {WirePeer::Act::kAnswer, WirePeer::Act::kClose});
   channel_.useProxy(peer.reference(), orb());
   open();
@@ -292,7 +292,7 @@ TEST_F(Channels, GetAnEventOnceMoreWhenTheyClosedTheConnection) {
   EXPECT_TRUE(becomes({channel(Queued{0}, Sent{2}, Lost{0})}));
 }
 
-TEST_F(Channels, ThatAreSilentDoNotHoldUpTheEnd) {
+TEST_F(Channels, ThatAreSilentDoNotDelayTheDestructor) {
   options_.pushTimeout = std::chrono::milliseconds(1000);
   WirePeer peer("_is_a", std::vector<WirePeer::Act>(9, WirePeer::Act::kIgnore));
   options_.channel = peer.reference();
@@ -304,7 +304,7 @@ TEST_F(Channels, ThatAreSilentDoNotHoldUpTheEnd) {
   EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(2000));
 }
 
-TEST_F(Channels, WhoseNamingServiceIsSilentDoNotHoldUpTheEnd) {
+TEST_F(Channels, WithASilentNamingServiceDoNotDelayTheDestructor) {
   options_.pushTimeout = std::chrono::milliseconds(1000);
   WirePeer peer("resolve_str", std::vector<WirePeer::Act>(9, WirePeer::Act::kIgnore));
   options_.channel = "corbaname:iiop:1.2@127.0.0.1:" + std::to_string(peer.port()) + "#channel";
@@ -315,7 +315,7 @@ TEST_F(Channels, WhoseNamingServiceIsSilentDoNotHoldUpTheEnd) {
   EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(2000));
 }
 
-TEST_F(Channels, ThatDoNotAnswerAStepInTimeAreTriedAgain) {
+TEST_F(Channels, AreRetriedWhenForSuppliersTimesOut) {
   options_.pushTimeout = std::chrono::milliseconds(100);
   WirePeer peer("for_suppliers", std::vector<WirePeer::Act>(9, WirePeer::Act::kIgnore));
   options_.channel = peer.reference();
@@ -324,7 +324,7 @@ TEST_F(Channels, ThatDoNotAnswerAStepInTimeAreTriedAgain) {
   notifier_.reset();
 }
 
-TEST_F(Channels, WhoseAdministratorDoesNotAnswerInTimeAreTriedAgain) {
+TEST_F(Channels, AreRetriedWhenObtainPushConsumerTimesOut) {
   options_.pushTimeout = std::chrono::milliseconds(100);
   WirePeer peer("obtain_push_consumer", std::vector<WirePeer::Act>(9, WirePeer::Act::kIgnore));
   channel_.useAdmin(peer.reference(), orb());
@@ -334,7 +334,7 @@ TEST_F(Channels, WhoseAdministratorDoesNotAnswerInTimeAreTriedAgain) {
   notifier_.reset();
 }
 
-TEST_F(Channels, ThatDoNotAnswerTheFarewellDoNotHoldUpTheEnd) {
+TEST_F(Channels, ThatDoNotAnswerTheDisconnectDoNotDelayTheDestructor) {
   options_.pushTimeout = kNever;
   WirePeer peer("disconnect_push_consumer", {WirePeer::Act::kIgnore});
   channel_.useProxy(peer.reference(), orb());
@@ -348,7 +348,7 @@ TEST_F(Channels, ThatDoNotAnswerTheFarewellDoNotHoldUpTheEnd) {
   EXPECT_EQ(Texts{"ignored"}, peer.requests().all());
 }
 
-// The first proxy is at another address than the channel, as one of before the channel moved.
+// The first proxy has another address than the channel, as after a move of the channel.
 class ChannelsWithAName : public Channels {
  protected:
   ChannelsWithAName()
@@ -366,7 +366,7 @@ class ChannelsWithAName : public Channels {
     namesPlace_->retire();
   }
 
-  // The proxies after the peer are the channel's own.
+  // Starts with a first proxy at the peer. Later proxies are those of the fake channel.
   void startWithProxyAt(const WirePeer& peer) {
     channel_.useProxyOnce(peer.reference(), orb());
     start();
@@ -378,10 +378,10 @@ class ChannelsWithAName : public Channels {
   const PortableServer::ServantBase_var namesOwner_;
 };
 
-TEST_F(ChannelsWithAName, AreFoundAtTheirNewAddressWhenTheOldOneIsDead) {
+TEST_F(ChannelsWithAName, AreFoundAtTheNewAddressWhenTheOldAddressIsUnreachable) {
   auto peer = std::make_unique<WirePeer>("push", std::vector<WirePeer::Act>());
   const std::string there = peer->reference();
-  names_->leadTo({here_, there, there, here_});
+  names_->bindTo({here_, there, there, here_});
   startWithProxyAt(*peer);
   publish(1);
   EXPECT_TRUE(becomes({channel(Queued{0}, Sent{1}, Lost{0})}));
@@ -392,12 +392,12 @@ TEST_F(ChannelsWithAName, AreFoundAtTheirNewAddressWhenTheOldOneIsDead) {
   EXPECT_EQ((Texts{here_, there, there, here_}), names_->resolved.all());
 }
 
-TEST_F(ChannelsWithAName, AreAskedForByTheNameThatTheirReferenceEscapes) {
+TEST_F(ChannelsWithAName, AreResolvedByTheUnescapedName) {
   const std::string service = options_.channel.substr(0, options_.channel.find('#'));
   const std::pair<const char*, const char*> names[] = {
       {"#a%20%2fb", "a /b"}, {"#%41", "A"},   {"#x%4ay", "xJy"}, {"#x%4Ay", "xJy"}, {"#a%4", "a%4"},
       {"#a%", "a%"},         {"#%zz", "%zz"}, {"#%4z", "%4z"},   {"#a#b", "a#b"}};
-  names_->leadTo({here_});
+  names_->bindTo({here_});
   Texts wanted;
   for (const auto& [escaped, name] : names) {
     options_.channel = service + escaped;
@@ -408,29 +408,29 @@ TEST_F(ChannelsWithAName, AreAskedForByTheNameThatTheirReferenceEscapes) {
   }
 }
 
-// The log and the status show them.
+// The name for the log and the status.
 TEST_F(ChannelsWithAName, AreNamedByTheBeginningOfALongReference) {
   const std::string longest = "corbaname:" + std::string(90, 'x');
   EXPECT_EQ(longest, agent::ChannelSink::nameOf(orb(), longest));
   EXPECT_EQ(longest + "...", agent::ChannelSink::nameOf(orb(), longest + "y"));
 }
 
-TEST_F(ChannelsWithAName, AreFoundAtTheirNewAddressWhenTheOldOneIsSilent) {
+TEST_F(ChannelsWithAName, AreFoundAtTheNewAddressWhenTheOldAddressTimesOut) {
   options_.pushTimeout = std::chrono::milliseconds(1000);
   options_.idleCheck = std::chrono::milliseconds(1);
   WirePeer peer("_non_existent", std::vector<WirePeer::Act>(9, WirePeer::Act::kIgnore));
-  names_->leadTo({here_});
+  names_->bindTo({here_});
   startWithProxyAt(peer);
   EXPECT_EQ((Texts{"connect 1"}), pushes(1));
   publish(1);
   EXPECT_EQ((Texts{"connect 1", "1: 1"}), pushes(2));
 }
 
-TEST_F(ChannelsWithAName, AreNotLookedForAtTheEnd) {
+TEST_F(ChannelsWithAName, AreNotResolvedDuringTheDestructor) {
   options_.pushTimeout = std::chrono::milliseconds(1000);
   options_.idleCheck = std::chrono::milliseconds(1);
   WirePeer peer("_non_existent", std::vector<WirePeer::Act>(9, WirePeer::Act::kIgnore));
-  names_->leadTo({here_});
+  names_->bindTo({here_});
   startWithProxyAt(peer);
   EXPECT_EQ("ignored", peer.requests().waitFor(1).at(0));
   const auto begin = std::chrono::steady_clock::now();
@@ -439,10 +439,10 @@ TEST_F(ChannelsWithAName, AreNotLookedForAtTheEnd) {
   EXPECT_EQ((Texts{here_}), names_->resolved.all());
 }
 
-TEST_F(ChannelsWithAName, KeepAProxyThatComesBackWhereTheirNameLeads) {
+TEST_F(ChannelsWithAName, KeepAnUnreachableProxyAtTheAddressOfTheName) {
   WirePeer peer("_non_existent", std::vector<WirePeer::Act>(4, WirePeer::Act::kClose));
   options_.idleCheck = std::chrono::milliseconds(1);
-  names_->leadTo({here_, peer.reference()});
+  names_->bindTo({here_, peer.reference()});
   startWithProxyAt(peer);
   EXPECT_EQ((Texts{"closed", "closed", "closed", "closed", "answered"}),
             peer.requests().waitFor(5));
@@ -452,10 +452,10 @@ TEST_F(ChannelsWithAName, KeepAProxyThatComesBackWhereTheirNameLeads) {
   EXPECT_EQ((Texts{here_, peer.reference(), peer.reference()}), names_->resolved.all());
 }
 
-TEST_F(ChannelsWithAName, KeepTheirProxyWhileTheirNameIsNotFound) {
+TEST_F(ChannelsWithAName, KeepAnUnreachableProxyWhileTheNameIsUnbound) {
   WirePeer peer("_non_existent", std::vector<WirePeer::Act>(2, WirePeer::Act::kClose));
   options_.idleCheck = std::chrono::milliseconds(1);
-  names_->leadTo({here_, ""});
+  names_->bindTo({here_, ""});
   testing::internal::CaptureStderr();
   startWithProxyAt(peer);
   peer.requests().waitFor(3);
@@ -468,29 +468,30 @@ TEST_F(ChannelsWithAName, KeepTheirProxyWhileTheirNameIsNotFound) {
                              testing::Not(testing::HasSubstr("no object of the name"))));
 }
 
-TEST_F(ChannelsWithAName, KeepTheirProxyWhileNobodyAnswersAtTheNewAddress) {
+TEST_F(ChannelsWithAName, KeepAnUnreachableProxyWhileTheNewAddressIsUnreachable) {
   WirePeer peer("_non_existent", std::vector<WirePeer::Act>(2, WirePeer::Act::kClose));
   options_.idleCheck = std::chrono::milliseconds(1);
-  const std::string deaf = "corbaloc:iiop:1.2@127.0.0.1:" + std::to_string(deafPort()) + "/Channel";
-  names_->leadTo({here_, deaf});
+  const std::string unreachable =
+      "corbaloc:iiop:1.2@127.0.0.1:" + std::to_string(closedPort()) + "/Channel";
+  names_->bindTo({here_, unreachable});
   startWithProxyAt(peer);
   peer.requests().waitFor(3);
   publish(1);
   EXPECT_TRUE(becomes({channel(Queued{0}, Sent{1}, Lost{0})}));
   EXPECT_EQ(Texts{}, channel_.record.all());
-  EXPECT_EQ((Texts{here_, deaf}), names_->resolved.all());
+  EXPECT_EQ((Texts{here_, unreachable}), names_->resolved.all());
 }
 
-TEST_F(ChannelsWithAName, AreNotLookedForWhileTheirProxyAnswers) {
+TEST_F(ChannelsWithAName, AreNotResolvedWhileTheProxyAnswers) {
   WirePeer peer("_non_existent", {});
   options_.idleCheck = std::chrono::milliseconds(1);
-  names_->leadTo({here_});
+  names_->bindTo({here_});
   startWithProxyAt(peer);
   peer.requests().waitFor(3);
   EXPECT_EQ((Texts{here_}), names_->resolved.all());
 }
 
-TEST_F(ChannelsWithAName, AreNotLookedForByAnotherReference) {
+TEST_F(ChannelsWithAName, AreNotResolvedWithoutACorbaname) {
   WirePeer peer("_non_existent", std::vector<WirePeer::Act>(2, WirePeer::Act::kClose));
   options_.channel = here_;
   options_.idleCheck = std::chrono::milliseconds(1);
@@ -501,44 +502,44 @@ TEST_F(ChannelsWithAName, AreNotLookedForByAnotherReference) {
   EXPECT_EQ(Texts{}, channel_.record.all());
 }
 
-TEST_F(Channels, ThatNobodyServesAreNoFailure) {
-  EXPECT_EQ(0U,
-            complaintAbout("corbaloc:iiop:1.2@127.0.0.1:" + std::to_string(deafPort()) + "/Channel")
-                .find("TRANSIENT"));
+TEST_F(Channels, AreUnavailableWhenUnreachable) {
+  EXPECT_EQ(0U, reasonOfFailure("corbaloc:iiop:1.2@127.0.0.1:" + std::to_string(closedPort()) +
+                                "/Channel")
+                    .find("TRANSIENT"));
 }
 
-TEST_F(Channels, WithoutAReadableReferenceAreNoFailure) {
-  EXPECT_EQ(0U, complaintAbout("no reference")
+TEST_F(Channels, AreUnavailableWithAMalformedReference) {
+  EXPECT_EQ(0U, reasonOfFailure("no reference")
                     .find("the reference is malformed: it starts with none of IOR:, corbaloc:, "));
 }
 
-TEST_F(Channels, WithACorbanameWithoutANameAreNoFailure) {
-  EXPECT_EQ(
-      0U,
-      complaintAbout("corbaname::127.0.0.1:1").find("the reference is malformed: it has no #NAME"));
+TEST_F(Channels, AreUnavailableWithACorbanameWithoutAName) {
+  EXPECT_EQ(0U, reasonOfFailure("corbaname::127.0.0.1:1")
+                    .find("the reference is malformed: it has no #NAME"));
 }
 
-TEST_F(ChannelsWithAName, ThatIsNotBoundAreNoFailure) {
-  names_->leadTo({""});
-  EXPECT_EQ(0U, complaintAbout(options_.channel)
+TEST_F(ChannelsWithAName, AreUnavailableWhileTheNameIsUnbound) {
+  names_->bindTo({""});
+  EXPECT_EQ(0U, reasonOfFailure(options_.channel)
                     .find("the naming service has no object of the name 'TopoEvents'"));
 }
 
-TEST_F(Channels, WithANilReferenceAreNoFailure) {
+TEST_F(Channels, AreUnavailableWithANilReference) {
   const CORBA::String_var nil = orb()->object_to_string(CORBA::Object::_nil());
-  EXPECT_EQ(0U, complaintAbout(nil.in()).find("the reference is nil"));
+  EXPECT_EQ(0U, reasonOfFailure(nil.in()).find("the reference is nil"));
 }
 
-TEST_F(Channels, MustBeChannels) {
+TEST_F(Channels, AreUnavailableWithAReferenceToAnotherType) {
   const ServedConsumer consumer = makeConsumer();
   const CORBA::String_var reference = orb()->object_to_string(consumer.reference);
-  EXPECT_EQ(0U,
-            complaintAbout(reference.in()).find("the reference is not that of an event channel"));
+  EXPECT_EQ(
+      0U, reasonOfFailure(reference.in()).find("the reference does not refer to an event channel"));
 }
 
-TEST_F(Channels, WithoutANamingServiceAreNoFailure) {
-  EXPECT_EQ(0U, complaintAbout("corbaname:iiop:127.0.0.1:" + std::to_string(deafPort()) + "#a/b.c")
-                    .find("TRANSIENT"));
+TEST_F(Channels, AreUnavailableWithoutANamingService) {
+  EXPECT_EQ(0U,
+            reasonOfFailure("corbaname:iiop:127.0.0.1:" + std::to_string(closedPort()) + "#a/b.c")
+                .find("TRANSIENT"));
 }
 
 }  // namespace

@@ -41,7 +41,7 @@ Texts drain(EventQueue& queue) {
   return all;
 }
 
-TEST(EventQueue, GivesWhatItGotInOrder) {
+TEST(EventQueue, ReturnsNotificationsInOrder) {
   EventQueue queue({3, kNoLimit});
   EXPECT_EQ("empty", next(queue));
   push(queue, 1, 3);
@@ -51,7 +51,7 @@ TEST(EventQueue, GivesWhatItGotInOrder) {
   EXPECT_EQ(0U, queue.evicted());
 }
 
-TEST(EventQueue, DropsTheOldestAndTellsInTheirPlace) {
+TEST(EventQueue, ReplacesTheOldestNotificationsByAGap) {
   EventQueue queue({3, kNoLimit});
   push(queue, 1, 10);
   EXPECT_EQ(3U, queue.size());
@@ -59,7 +59,7 @@ TEST(EventQueue, DropsTheOldestAndTellsInTheirPlace) {
   EXPECT_EQ((Texts{"lost 1-7 7", "8", "9", "10"}), drain(queue));
 }
 
-TEST(EventQueue, TellsOverflowsTogetherUntilTheyAreTaken) {
+TEST(EventQueue, MergesEvictionsUntilTheGapIsTaken) {
   EventQueue queue({2, kNoLimit});
   push(queue, 1, 3);
   push(queue, 4, 4);
@@ -69,7 +69,7 @@ TEST(EventQueue, TellsOverflowsTogetherUntilTheyAreTaken) {
   EXPECT_EQ(3U, queue.evicted());
 }
 
-TEST(EventQueue, SpansIdsThatWereNeverGiven) {
+TEST(EventQueue, SpansUnusedIdsWithAGap) {
   EventQueue queue({1, kNoLimit});
   push(queue, 3, 3);
   push(queue, 9, 9);
@@ -77,13 +77,13 @@ TEST(EventQueue, SpansIdsThatWereNeverGiven) {
   EXPECT_EQ((Texts{"lost 3-9 2", "20"}), drain(queue));
 }
 
-TEST(EventQueue, HasRoomForOneAtLeast) {
+TEST(EventQueue, HoldsAtLeastOneNotification) {
   EventQueue queue({0, kNoLimit});
   push(queue, 1, 2);
   EXPECT_EQ((Texts{"lost 1-1 1", "2"}), drain(queue));
 }
 
-TEST(EventQueue, TakesWordBackAndMergesIt) {
+TEST(EventQueue, MergesAReturnedGapWithLaterEvictions) {
   EventQueue queue({1, kNoLimit});
   push(queue, 1, 2);
   EXPECT_EQ("lost 1-1 1", next(queue));
@@ -94,7 +94,7 @@ TEST(EventQueue, TakesWordBackAndMergesIt) {
   EXPECT_EQ((Texts{"lost 1-3 3", "4"}), drain(queue));
 }
 
-TEST(EventQueue, KeepsWordOfMissedOnesInItsPlace) {
+TEST(EventQueue, KeepsReportedGapsInOrder) {
   EventQueue queue({3, kNoLimit});
   push(queue, 1, 2);
   queue.reportGap({3, 3, 1});
@@ -106,7 +106,7 @@ TEST(EventQueue, KeepsWordOfMissedOnesInItsPlace) {
   EXPECT_EQ((Texts{"lost 5-5 1"}), drain(queue));
 }
 
-TEST(EventQueue, MergesWordOfMissedOnesInTheirOrder) {
+TEST(EventQueue, MergesConsecutiveReportedGaps) {
   EventQueue queue({3, kNoLimit});
   push(queue, 1, 2);
   queue.reportGap({3, 3, 1});
@@ -114,7 +114,7 @@ TEST(EventQueue, MergesWordOfMissedOnesInTheirOrder) {
   EXPECT_EQ((Texts{"1", "2", "lost 3-6 4"}), drain(queue));
 }
 
-TEST(EventQueue, MergesWordOfMissedOnesIntoAnOverflow) {
+TEST(EventQueue, MergesReportedGapsWithEvictions) {
   EventQueue queue({2, kNoLimit});
   push(queue, 1, 1);
   queue.reportGap({2, 2, 5});
@@ -127,14 +127,14 @@ TEST(EventQueue, MergesWordOfMissedOnesIntoAnOverflow) {
   EXPECT_EQ(3U, queue.evicted());
 }
 
-TEST(EventQueue, DoesNotCountWhatIsNotKnown) {
+TEST(EventQueue, HasAnUnknownCountAfterAnUnknownGap) {
   EventQueue queue({1, kNoLimit});
   queue.reportGap({1, 10, 0});
   push(queue, 11, 12);
   EXPECT_EQ((Texts{"lost 1-11 0", "12"}), drain(queue));
 }
 
-TEST(EventQueue, DropsTheOldestUntilTheBytesFit) {
+TEST(EventQueue, EvictsTheOldestNotificationsUntilTheBytesFit) {
   EventQueue queue({100, 10});
   push(queue, 1, 4);
   queue.push({5, nullptr, 6});
@@ -147,7 +147,7 @@ TEST(EventQueue, DropsTheOldestUntilTheBytesFit) {
   EXPECT_EQ(0U, queue.bytes());
 }
 
-TEST(EventQueue, DropsANotificationThatIsLargerThanTheLimitAndKeepsTheOthers) {
+TEST(EventQueue, ReplacesAnOversizedNotificationByAGap) {
   EventQueue queue({100, 10});
   push(queue, 1, 2);
   queue.push({3, nullptr, 11});
@@ -192,7 +192,7 @@ TEST(EventQueue, KeepsAGapWhenMemoryIsShort) {
   EXPECT_EQ((Texts{"lost 1-" + std::to_string(id) + " 0"}), drain(queue));
 }
 
-TEST(EventQueue, IsEmptyWhenCleared) {
+TEST(EventQueue, IsEmptyAfterClear) {
   EventQueue queue({2, kNoLimit});
   push(queue, 1, 5);
   queue.clear();

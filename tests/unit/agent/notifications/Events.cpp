@@ -25,7 +25,7 @@ std::string pairs(const notifications::NVList_T& list) {
   return "[" + text + "]";
 }
 
-// With its type.
+// "TYPE VALUE".
 std::string valueOf(const CORBA::Any& value) {
   const char* text = nullptr;
   CORBA::ULongLong number = 0;

@@ -1,4 +1,4 @@
-// What the tests of notifications share: events as texts, names, and waiting.
+// Helpers for the tests of notifications: events as texts, names, states and waiting.
 
 #ifndef UNIT_AGENT_NOTIFICATIONS_EVENTS_H
 #define UNIT_AGENT_NOTIFICATIONS_EVENTS_H
@@ -22,13 +22,13 @@ namespace notification_tests {
 
 using Texts = std::vector<std::string>;
 
-// Longer than anything takes that goes well.
+// Timeout of a wait that succeeds in a test that passes.
 constexpr std::chrono::seconds kPatience{20};
 
-// All of an event: its header, then a line a field, then "body TYPE".
+// The whole event: a line for the header, a line for each field, and "body TYPE".
 Texts linesOf(const CosNotification::StructuredEvent& event);
 
-// "5" for notification 5, "lost 6-9 4" for word of four lost ones.
+// "5" for notification 5, "lost 6-9 4" for a gap of four notifications.
 std::string briefly(const CosNotification::StructuredEvent& event);
 
 // {EMS=E, CLASS=id}.
@@ -56,7 +56,7 @@ void PrintTo(const ReceiverState& state, std::ostream* out);
 
 ReceiverState stateOf(const TopoAgent::ReceiverStatus_T& status);
 
-// Numbers of notifications, to spell out an expected state.
+// Named numbers for the functions below.
 struct Queued {
   std::uint64_t count;
 };
@@ -66,15 +66,16 @@ struct Sent {
 struct Lost {
   std::uint64_t count;
 };
+// Expected states of receivers.
 ReceiverState subscriber(Queued queued, Sent sent, Lost lost);
 ReceiverState channel(Queued queued, Sent sent, Lost lost);
 ReceiverState downChannel(Queued queued, Sent sent, Lost lost);
 
-// Opens once, for all.
+// Closed until open() is called. Thread-safety: any thread.
 class Gate {
  public:
   void open();
-  // Whether it opened in time.
+  // Returns false when the gate does not open within kPatience.
   bool wait();
 
  private:
@@ -83,11 +84,11 @@ class Gate {
   bool open_ = false;
 };
 
-// Texts in the order in which they came.
+// A list of texts. Thread-safety: any thread.
 class Record {
  public:
   void add(const std::string& text);
-  // When there are so many, or too late.
+  // Waits for so many texts, for kPatience at most, and returns all texts.
   Texts waitFor(std::size_t count);
   Texts all();
 
@@ -97,7 +98,7 @@ class Record {
   Texts texts_;
 };
 
-// Whether it comes true before patience ends.
+// Waits until the condition is true. Returns false after kPatience.
 bool eventually(const std::function<bool()>& condition);
 
 }  // namespace notification_tests

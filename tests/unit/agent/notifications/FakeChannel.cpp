@@ -82,7 +82,7 @@ void FakeChannel::forgetProxies() {
   }
 }
 
-void FakeChannel::giveKeysOfProxiesAway() {
+void FakeChannel::reuseKeysOfProxies() {
   for (const PortableServer::ObjectId& proxy : takeProxies()) {
     poa_->deactivate_object(proxy);
     const PortableServer::ServantBase_var other = new Admin(*this);

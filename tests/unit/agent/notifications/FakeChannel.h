@@ -1,4 +1,4 @@
-// An event channel that can forget, refuse and vanish.
+// A fake event channel with failures on demand.
 
 #ifndef UNIT_AGENT_NOTIFICATIONS_FAKECHANNEL_H
 #define UNIT_AGENT_NOTIFICATIONS_FAKECHANNEL_H
@@ -14,43 +14,44 @@
 
 namespace notification_tests {
 
-// Its objects are reference counted and refer to this, so it outlives their requests.
+// Thread-safety: any thread, except useAdmin. The objects of the channel borrow the FakeChannel,
+// which outlives their requests.
 class FakeChannel {
  public:
   using Hook = std::function<void(const std::string& event)>;
 
-  // Serves its objects on this POA.
+  // Serves the objects of the channel on this POA.
   explicit FakeChannel(PortableServer::POA_ptr poa);
   ~FakeChannel();
 
   FakeChannel(const FakeChannel&) = delete;
   FakeChannel& operator=(const FakeChannel&) = delete;
 
-  // The channel, for serving it elsewhere.
+  // The servant of the channel, to be served at another place, too.
   PortableServer::ServantBase* servant() { return servant_.in(); }
 
-  // Its proxies cease to exist.
+  // Deactivates all proxies.
   void forgetProxies();
 
-  // As a channel that started again without them: their keys belong to other objects.
-  void giveKeysOfProxiesAway();
+  // Replaces all proxies by other objects with the same keys, as a restarted channel may do.
+  void reuseKeysOfProxies();
 
-  // Hands out this reference as its administrator of suppliers. REQUIRES: it is not served yet.
+  // Returns this reference as the supplier admin. REQUIRES: the channel is not served yet.
   void useAdmin(const std::string& reference, CORBA::ORB_ptr orb);
 
-  // Hands out this reference as its proxies.
+  // Returns this reference for every new proxy.
   void useProxy(const std::string& reference, CORBA::ORB_ptr orb);
 
-  // Hands out this reference as its next proxy, its own ones after that.
+  // Returns this reference for the next new proxy only.
   void useProxyOnce(const std::string& reference, CORBA::ORB_ptr orb);
 
-  // Is called within a push, after it is recorded.
+  // Sets a hook that is called during a push, after the record.
   void onPush(Hook hook);
 
   // "connect N", "N: EVENT", "disconnect N", where N counts proxies from 1.
   Record record;
 
-  // For its objects.
+  // Called by the objects of the channel.
   CosEventChannelAdmin::SupplierAdmin_ptr admin();
   CosEventChannelAdmin::ProxyPushConsumer_ptr makeProxy();
   void pushed(const std::string& proxy, const CORBA::Any& event);

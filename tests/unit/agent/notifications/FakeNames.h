@@ -1,4 +1,4 @@
-// A naming service of one name, which leads from place to place.
+// A fake naming service that resolves every name to a scripted list of references.
 
 #ifndef UNIT_AGENT_NOTIFICATIONS_FAKENAMES_H
 #define UNIT_AGENT_NOTIFICATIONS_FAKENAMES_H
@@ -15,18 +15,18 @@
 
 namespace notification_tests {
 
+// Thread-safety: any thread.
 class FakeNames final : public support::ResolvingNames {
  public:
   explicit FakeNames(CORBA::ORB_ptr orb) : orb_(CORBA::ORB::_duplicate(orb)) {}
 
-  // The references that the name leads to, one resolve each, and the last from then on; an empty
-  // one is not found.
-  void leadTo(std::deque<std::string> places) {
+  // The results of the next resolves; the last result is repeated. Empty: NotFound.
+  void bindTo(std::deque<std::string> places) {
     const std::lock_guard<std::mutex> lock(mutex_);
     places_ = std::move(places);
   }
 
-  // Where the name led, one text a resolve, and the name.
+  // The reference and the name of each resolve.
   Record resolved;
   Record asked;
 

@@ -104,12 +104,12 @@ ReceiverStates NotifierFixture::receivers() {
 }
 
 bool NotifierFixture::becomes(const ReceiverStates& wanted) {
-  const bool came = eventually([&] { return receivers() == wanted; });
+  const bool reached = eventually([&] { return receivers() == wanted; });
   EXPECT_EQ(wanted, receivers());
-  return came;
+  return reached;
 }
 
-bool NotifierFixture::stands(TopoAgent::Subscription_I_ptr subscription) {
+bool NotifierFixture::isSubscribed(TopoAgent::Subscription_I_ptr subscription) {
   try {
     subscription->ping();
     return true;

@@ -17,7 +17,7 @@
 
 namespace notification_tests {
 
-// Records what it gets, then does what the hook says.
+// Records each event, then calls the hook.
 class Consumer final : public POA_CosNotifyComm::StructuredPushConsumer {
  public:
   using Hook = std::function<void(const CosNotification::StructuredEvent&)>;
@@ -29,7 +29,7 @@ class Consumer final : public POA_CosNotifyComm::StructuredPushConsumer {
   void offer_change(const CosNotification::EventTypeSeq& added,
                     const CosNotification::EventTypeSeq& removed) override;
 
-  // Events, briefly.
+  // A text for each event, as of briefly().
   Record received;
 
  private:
@@ -62,15 +62,15 @@ class NotifierFixture : public testing::Test {
   NotifierFixture();
   ~NotifierFixture() override;
 
-  // Makes the notifier; ids are 1, 2, 3 and so on.
+  // Makes the notifier. The ids are 1, 2, 3 and so on.
   void start();
-  // Makes a new notifier after a further change; ids are idOf(1, 1) and so on.
+  // Makes a new notifier after a further change. The ids are idOf(1, 1) and so on.
   void restart();
   agent::ChangeNumbers changes();
 
   void publish(int count);
 
-  // A hook that needs what is in the test's body calls for the notifier's end there.
+  // A test whose hook refers to local variables destroys the notifier before the variables.
   ServedConsumer makeConsumer(Consumer::Hook hook = nullptr);
   CosNotifyComm::StructuredPushConsumer_ptr consumerAt(const std::string& reference);
 
@@ -82,14 +82,15 @@ class NotifierFixture : public testing::Test {
                                             const std::string& last = "",
                                             const std::string& peer = "peer");
 
-  // Subscribes. Returns why the notifier refuses, or kAccepted.
+  // Subscribes. Returns the refusal of the notifier, or kAccepted.
   Refusal refusal(CosNotifyComm::StructuredPushConsumer_ptr consumer, const std::string& last,
                   const std::string& peer = "peer");
 
   ReceiverStates receivers();
+  // Waits for these states of the receivers.
   bool becomes(const ReceiverStates& wanted);
 
-  static bool stands(TopoAgent::Subscription_I_ptr subscription);
+  static bool isSubscribed(TopoAgent::Subscription_I_ptr subscription);
 
   CORBA::ORB_ptr orb() { return server_->get(); }
 

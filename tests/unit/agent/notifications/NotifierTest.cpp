@@ -1,4 +1,4 @@
-// From the notifier to consumers, and the answers of the session.
+// Notifications from the notifier to consumers, refused subscriptions, and the session.
 
 #include "agent/notifications/Notifier.h"
 
@@ -19,8 +19,9 @@ using namespace notification_tests;
 
 class Notifiers : public NotifierFixture {
  protected:
-  // What a consumer gets that comes back with this id, once one more is published.
-  Texts afterComingBackWith(const std::string& last, std::size_t count) {
+  // Subscribes a consumer with this last id, publishes one notification, and returns the first
+  // events of the consumer.
+  Texts afterSubscribingWith(const std::string& last, std::size_t count) {
     ServedConsumer consumer = makeConsumer();
     subscribe(consumer, last);
     publish(1);
@@ -55,13 +56,13 @@ TEST_F(Notifiers, SendEachKindOfNotification) {
   notifier_.reset();
 }
 
-TEST(NotifierOptions, GiveAReceiverThreeSecondsAndRoomForTenThousand) {
+TEST(NotifierOptions, HaveTheDocumentedDefaults) {
   EXPECT_EQ(std::chrono::seconds(3), agent::NotifierOptions().pushTimeout);
   EXPECT_EQ(10000U, agent::NotifierOptions().queueLimit);
   EXPECT_EQ(64U << 20, agent::NotifierOptions().queueBytes);
 }
 
-TEST_F(Notifiers, TellTheTimeOfTheirClock) {
+TEST_F(Notifiers, StampNotificationsWithTheTimeOfTheClock) {
   start();
   publish(1);
   Record times;
@@ -73,7 +74,7 @@ TEST_F(Notifiers, TellTheTimeOfTheirClock) {
   notifier_.reset();
 }
 
-TEST_F(Notifiers, TellWhatTheyMadeAndForWhom) {
+TEST_F(Notifiers, CountNotificationsAndListReceivers) {
   start();
   EXPECT_EQ(ReceiverStates{}, receivers());
   publish(2);
@@ -90,7 +91,7 @@ TEST_F(Notifiers, TellWhatTheyMadeAndForWhom) {
   EXPECT_EQ(ReceiverStates{}, receivers());
 }
 
-TEST_F(Notifiers, KeepOneOrderForAllWhateverThreadsPublish) {
+TEST_F(Notifiers, DeliverOneOrderToAllSubscribersOfConcurrentNotifications) {
   start();
   ServedConsumer one = makeConsumer();
   ServedConsumer other = makeConsumer();
@@ -126,7 +127,7 @@ TEST_F(Notifiers, MakeIdsOfChangeNumberAndPosition) {
             consumer.received().waitFor(4));
 }
 
-TEST_F(Notifiers, NeverGiveAnIdTwiceOverRestarts) {
+TEST_F(Notifiers, NeverRepeatAnIdAfterARestart) {
   start();
   publish(1);
   restart();
@@ -136,39 +137,39 @@ TEST_F(Notifiers, NeverGiveAnIdTwiceOverRestarts) {
   EXPECT_EQ((Texts{idOf(1, 1), idOf(1, 2)}), consumer.received().waitFor(2));
 }
 
-TEST_F(Notifiers, TellNothingToANewConsumer) {
+TEST_F(Notifiers, ReportNoGapToANewSubscriber) {
   start();
   publish(3);
-  EXPECT_EQ((Texts{"4"}), afterComingBackWith("", 1));
+  EXPECT_EQ((Texts{"4"}), afterSubscribingWith("", 1));
 }
 
-TEST_F(Notifiers, TellNothingToAConsumerThatMissedNothing) {
+TEST_F(Notifiers, ReportNoGapSinceTheLastId) {
   start();
-  EXPECT_EQ((Texts{"1"}), afterComingBackWith("0", 1));
+  EXPECT_EQ((Texts{"1"}), afterSubscribingWith("0", 1));
   publish(2);
-  EXPECT_EQ((Texts{"4"}), afterComingBackWith("3", 1));
+  EXPECT_EQ((Texts{"4"}), afterSubscribingWith("3", 1));
 }
 
-TEST_F(Notifiers, TellAConsumerThatComesBackWhatItMissed) {
+TEST_F(Notifiers, ReportTheGapSinceTheLastNotificationId) {
   start();
   publish(5);
-  EXPECT_EQ((Texts{"lost 3-5 3", "6"}), afterComingBackWith("2", 2));
-  EXPECT_EQ((Texts{"lost 1-6 6", "7"}), afterComingBackWith("0", 2));
+  EXPECT_EQ((Texts{"lost 3-5 3", "6"}), afterSubscribingWith("2", 2));
+  EXPECT_EQ((Texts{"lost 1-6 6", "7"}), afterSubscribingWith("0", 2));
 }
 
-TEST_F(Notifiers, DoNotCountWhatARunBeforeMadeOrNot) {
+TEST_F(Notifiers, ReportAnUnknownCountSinceAnIdOfAnEarlierRun) {
   start();
   publish(5);
   restart();
-  EXPECT_EQ((Texts{"lost 6-" + idOf(1, 0) + " 0", idOf(1, 1)}), afterComingBackWith("5", 2));
+  EXPECT_EQ((Texts{"lost 6-" + idOf(1, 0) + " 0", idOf(1, 1)}), afterSubscribingWith("5", 2));
   EXPECT_EQ((Texts{"lost " + idOf(1, 0) + "-" + idOf(1, 1) + " 0", idOf(1, 2)}),
-            afterComingBackWith(std::to_string((1 << 20) - 1), 2));
+            afterSubscribingWith(std::to_string((1 << 20) - 1), 2));
   EXPECT_EQ((Texts{"lost " + idOf(1, 1) + "-" + idOf(1, 2) + " 2", idOf(1, 3)}),
-            afterComingBackWith(idOf(1, 0), 2));
+            afterSubscribingWith(idOf(1, 0), 2));
 }
 
-// What comes after the word is what came while it subscribed.
-TEST_F(Notifiers, MissNothingBetweenTheWordAndTheFirstEvent) {
+// The gap report covers the notifications up to the subscription; the next event follows.
+TEST_F(Notifiers, LoseNothingBetweenTheGapAndTheFirstNotification) {
   start();
   publish(1);
   std::thread publisher([this] { publish(2000); });
@@ -187,7 +188,7 @@ TEST_F(Notifiers, MissNothingBetweenTheWordAndTheFirstEvent) {
   publisher.join();
 }
 
-TEST_F(Notifiers, RefuseIdsThatWereNeverGiven) {
+TEST_F(Notifiers, RefuseMalformedAndFutureIds) {
   start();
   publish(2);
   const ServedConsumer consumer = makeConsumer();
@@ -209,13 +210,13 @@ TEST_F(Notifiers, RefuseIdsThatWereNeverGiven) {
   EXPECT_EQ(ReceiverStates{}, receivers());
 }
 
-TEST_F(Notifiers, RefuseNoConsumer) {
+TEST_F(Notifiers, RefuseANilConsumer) {
   start();
   EXPECT_EQ(invalidInput("the consumer is nil"),
             refusal(CosNotifyComm::StructuredPushConsumer::_nil(), ""));
 }
 
-TEST_F(Notifiers, RefuseMoreConsumersThanMaySubscribe) {
+TEST_F(Notifiers, RefuseSubscribersBeyondTheLimit) {
   options_.maxSubscribers = 2;
   start();
   const ServedConsumer consumer = makeConsumer();
@@ -226,7 +227,7 @@ TEST_F(Notifiers, RefuseMoreConsumersThanMaySubscribe) {
   EXPECT_TRUE(eventually([&] { return refusal(consumer.reference, "") == kAccepted; }));
 }
 
-TEST_F(Notifiers, CountWhoUnsubscribedUntilItsCallHasEnded) {
+TEST_F(Notifiers, CountASubscriberUntilItsLastCallHasEnded) {
   options_.maxSubscribers = 1;
   start();
   Gate gate;
@@ -242,7 +243,7 @@ TEST_F(Notifiers, CountWhoUnsubscribedUntilItsCallHasEnded) {
   notifier_.reset();
 }
 
-TEST_F(Notifiers, DropTheOldestNotificationsBeyondTheMemoryOfTheQueue) {
+TEST_F(Notifiers, EvictTheOldestNotificationsBeyondTheLimitOfBytes) {
   options_.queueBytes = std::size_t{64} << 10;
   start();
   Gate gate;
@@ -295,7 +296,7 @@ TEST_F(Notifiers, ReportAGapForNotificationsWithoutAnIdOfTheirChange) {
   EXPECT_EQ(log.find(line), log.rfind(line));
 }
 
-TEST_F(Notifiers, TellOfOneForWhichThereWasNoMemoryInItsPlace) {
+TEST_F(Notifiers, ReportAGapForANotificationWithoutMemory) {
   std::atomic<bool> failing{false};
   notifier_ = std::make_unique<agent::Notifier>(*server_, options_, changes(), [&] {
     if (failing.exchange(false)) {
@@ -314,7 +315,7 @@ TEST_F(Notifiers, TellOfOneForWhichThereWasNoMemoryInItsPlace) {
   notifier_.reset();
 }
 
-TEST_F(Notifiers, TellEveryoneOfWhatWasNeverMade) {
+TEST_F(Notifiers, ReportAnUnknownGapToAllReceivers) {
   start();
   ServedConsumer consumer = makeConsumer();
   ServedConsumer other = makeConsumer();
@@ -327,10 +328,10 @@ TEST_F(Notifiers, TellEveryoneOfWhatWasNeverMade) {
   EXPECT_EQ(wanted, consumer.received().waitFor(3));
   EXPECT_EQ(wanted, other.received().waitFor(3));
   EXPECT_EQ(2U, notifier_->status().notifications);
-  EXPECT_EQ((Texts{"lost 2-3 0", "4"}), afterComingBackWith("1", 2));
+  EXPECT_EQ((Texts{"lost 2-3 0", "4"}), afterSubscribingWith("1", 2));
 }
 
-TEST_F(Notifiers, WaitUntilEverythingIsSent) {
+TEST_F(Notifiers, FlushWaitsForQueuedNotifications) {
   start();
   Gate gate;
   ServedConsumer consumer =
@@ -344,7 +345,7 @@ TEST_F(Notifiers, WaitUntilEverythingIsSent) {
   EXPECT_EQ((Texts{"1", "2"}), consumer.received().all());
 }
 
-TEST_F(Notifiers, WaitUntilEverythingIsSentToEveryone) {
+TEST_F(Notifiers, FlushWaitsForEveryReceiver) {
   start();
   Gate gate;
   ServedConsumer slow = makeConsumer([&](const CosNotification::StructuredEvent&) { gate.wait(); });
@@ -364,6 +365,7 @@ TEST_F(Notifiers, WaitUntilEverythingIsSentToEveryone) {
 class Sessions : public Notifiers {
  protected:
   Sessions() : place_(server_->wellKnownObject("TopoAgentSession")) {
+    options_.maxSubscribers = 2;
     start();
     const PortableServer::ServantBase_var servant = new agent::SessionServant(*notifier_);
     const CORBA::Object_var published = place_->publish(servant.in());
@@ -383,7 +385,7 @@ TEST_F(Sessions, Subscribe) {
       session_->subscribe(consumer.reference.in(), "1");
   publish(1);
   EXPECT_EQ((Texts{"lost 2-2 1", "3"}), consumer.received().waitFor(2));
-  EXPECT_TRUE(stands(subscription));
+  EXPECT_TRUE(isSubscribed(subscription));
   EXPECT_THROW(session_->subscribe(consumer.reference.in(), "x"),
                globaldefs::ProcessingFailureException);
 }
@@ -395,6 +397,19 @@ TEST_F(Sessions, RaiseInvalidInputWithTheReasonOfTheRefusal) {
   } catch (const globaldefs::ProcessingFailureException& failure) {
     EXPECT_EQ(globaldefs::EXCPT_INVALID_INPUT, failure.exceptionType);
     EXPECT_STREQ("the consumer is nil", failure.errorReason.in());
+  }
+}
+
+TEST_F(Sessions, RaiseCapacityExceededWithTheReasonOfTheRefusal) {
+  const ServedConsumer consumer = makeConsumer();
+  const TopoAgent::Subscription_I_var first = session_->subscribe(consumer.reference.in(), "");
+  const TopoAgent::Subscription_I_var second = session_->subscribe(consumer.reference.in(), "");
+  try {
+    session_->subscribe(consumer.reference.in(), "");
+    ADD_FAILURE() << "subscribed";
+  } catch (const globaldefs::ProcessingFailureException& failure) {
+    EXPECT_EQ(globaldefs::EXCPT_CAPACITY_EXCEEDED, failure.exceptionType);
+    EXPECT_STREQ("there are 2 subscribers already", failure.errorReason.in());
   }
 }
 

@@ -1,4 +1,4 @@
-// The queue and the thread of a receiver, with a sink that does as it is told.
+// The queue and the thread of a receiver with a scripted sink.
 
 #include "agent/notifications/Receiver.h"
 
@@ -27,12 +27,14 @@ constexpr std::chrono::hours kNever{1};
 const CallOutcome kDone{};
 const CallOutcome kUnavailable{CallOutcome::kUnavailable, "no answer"};
 const CallOutcome kRejected{CallOutcome::kRejected, "too large"};
-const CallOutcome kFatal{CallOutcome::kFatal, "it has gone"};
-// A refusal. There is no memory on the receiver's thread until the next call of the sink.
+const CallOutcome kFatal{CallOutcome::kFatal, "it is deleted"};
+// A rejection, after which allocations of the receiver's thread fail until the next call of the
+// sink.
 const CallOutcome kStarves{CallOutcome::kRejected, "starves"};
-const CallOutcome kThrows{CallOutcome::kDone, "std::bad_alloc"};  // no outcome but that exception
+const CallOutcome kThrows{CallOutcome::kDone, "std::bad_alloc"};  // throws std::bad_alloc instead
 
-// Outlives the receiver and its sink.
+// The outcomes of the sink's calls, and a record of the calls. Thread-safety: any thread. Outlives
+// the receiver and its sink.
 struct Script {
   // The next outcome of a kind of call; kDone when none is left.
   CallOutcome next(std::vector<CallOutcome>& outcomes) {
@@ -58,7 +60,7 @@ struct Script {
     checks = std::move(outcomes);
   }
 
-  bool nothingIsLeft() {
+  bool isFinished() {
     const std::lock_guard<std::mutex> lock(mutex);
     return connects.empty() && pushes.empty() && checks.empty();
   }
@@ -67,7 +69,7 @@ struct Script {
   std::vector<CallOutcome> connects;
   std::vector<CallOutcome> pushes;
   std::vector<CallOutcome> checks;
-  std::map<std::string, std::shared_ptr<Gate>> gates;  // a push of this event waits for
+  std::map<std::string, std::shared_ptr<Gate>> gates;  // of pushes that wait
   Record record;                                       // every call
 };
 
@@ -130,7 +132,7 @@ class Receivers : public support::WithOrb {
 
   void make() {
     receiver_ = std::make_unique<Receiver>(std::make_unique<ScriptedSink>(script_), settings_,
-                                           [this] { gone_.open(); });
+                                           [this] { dropped_.open(); });
   }
 
   void start() {
@@ -146,14 +148,14 @@ class Receivers : public support::WithOrb {
     }
   }
 
-  // All calls to the sink, once the receiver has ended.
+  // Stops the receiver, waits for its end and returns all calls to the sink.
   Texts calls() {
     receiver_->stop();
     receiver_->join();
     return script_.record.all();
   }
 
-  bool sendsAll() {
+  bool drains() {
     return receiver_->waitUntilDrained(std::chrono::steady_clock::now() + kPatience);
   }
 
@@ -167,51 +169,51 @@ class Receivers : public support::WithOrb {
     return downChannel(queued, sent, lost);
   }
 
-  std::shared_ptr<Gate> holdBack(const std::string& event) {
+  std::shared_ptr<Gate> blockPush(const std::string& event) {
     return script_.gates[event] = std::make_shared<Gate>();
   }
 
   Script script_;
   Waits waits_{std::chrono::milliseconds(100)};
   Receiver::Settings settings_;
-  Gate gone_;
+  Gate dropped_;
   std::unique_ptr<Receiver> receiver_;
 };
 
-TEST_F(Receivers, SendInOrder) {
+TEST_F(Receivers, SendNotificationsInOrder) {
   start();
   offer(1, 3);
-  EXPECT_TRUE(sendsAll());
+  EXPECT_TRUE(drains());
   EXPECT_EQ(up(Queued{0}, Sent{3}, Lost{0}), status());
   EXPECT_EQ((Texts{"connect", "1", "2", "3", "disconnect"}), calls());
 }
 
-TEST_F(Receivers, SendWhatWasOfferedBeforeTheStart) {
+TEST_F(Receivers, SendNotificationsThatWereQueuedBeforeTheStart) {
   make();
   receiver_->beginWithGap({3, 9, 4});
   offer(10, 11);
   EXPECT_EQ(up(Queued{2}, Sent{0}, Lost{0}), status());
   receiver_->start();
-  EXPECT_TRUE(sendsAll());
+  EXPECT_TRUE(drains());
   EXPECT_EQ(up(Queued{0}, Sent{2}, Lost{0}), status());
   EXPECT_EQ((Texts{"connect", "lost 3-9 4", "10", "11", "disconnect"}), calls());
 }
 
-TEST_F(Receivers, TellWhatOverflowedBeforeTheNextEvent) {
-  const auto gate = holdBack("1");
+TEST_F(Receivers, SendAGapReportInThePlaceOfEvictedNotifications) {
+  const auto gate = blockPush("1");
   start();
   offer(1, 1);
   script_.record.waitFor(2);
   offer(2, 9);
   EXPECT_EQ(up(Queued{4}, Sent{0}, Lost{5}), status());
   gate->open();
-  EXPECT_TRUE(sendsAll());
+  EXPECT_TRUE(drains());
   EXPECT_EQ(up(Queued{0}, Sent{4}, Lost{5}), status());
   EXPECT_EQ((Texts{"connect", "1", "lost 2-6 5", "7", "8", "9", "disconnect"}), calls());
 }
 
-TEST_F(Receivers, CountNoWordAsAnEventThatWaits) {
-  const auto gate = holdBack("lost 1-2 2");
+TEST_F(Receivers, DoNotCountAGapReportAsQueued) {
+  const auto gate = blockPush("lost 1-2 2");
   make();
   offer(1, 5);
   receiver_->start();
@@ -220,9 +222,9 @@ TEST_F(Receivers, CountNoWordAsAnEventThatWaits) {
   gate->open();
 }
 
-TEST_F(Receivers, TellAnewWhatOverflowsWhileTheyTell) {
-  const auto first = holdBack("1");
-  const auto told = holdBack("lost 2-2 1");
+TEST_F(Receivers, SendAnotherGapReportForEvictionsDuringAGapReport) {
+  const auto first = blockPush("1");
+  const auto second = blockPush("lost 2-2 1");
   start();
   offer(1, 1);
   script_.record.waitFor(2);
@@ -230,34 +232,34 @@ TEST_F(Receivers, TellAnewWhatOverflowsWhileTheyTell) {
   first->open();
   script_.record.waitFor(3);
   offer(6, 7);
-  told->open();
-  EXPECT_TRUE(sendsAll());
+  second->open();
+  EXPECT_TRUE(drains());
   EXPECT_EQ((Texts{"connect", "1", "lost 2-2 1", "lost 3-4 2", "5", "6", "7", "disconnect"}),
             calls());
 }
 
-TEST_F(Receivers, TellOfMissedOnesInTheirPlace) {
+TEST_F(Receivers, SendReportedGapsInOrder) {
   make();
   offer(1, 1);
   receiver_->reportGap({2, 2, 1});
   receiver_->reportGap({2, 2, 1});
   offer(3, 3);
   receiver_->start();
-  EXPECT_TRUE(sendsAll());
+  EXPECT_TRUE(drains());
   EXPECT_EQ(up(Queued{0}, Sent{2}, Lost{2}), status());
   EXPECT_EQ((Texts{"connect", "1", "lost 2-2 2", "3", "disconnect"}), calls());
 }
 
-TEST_F(Receivers, TellOfMissedOnesAtOnce) {
+TEST_F(Receivers, SendAReportedGapWithoutWaitingForANotification) {
   start();
   offer(1, 1);
-  EXPECT_TRUE(sendsAll());
+  EXPECT_TRUE(drains());
   EXPECT_TRUE(eventually([this] { return waits_.present() == 1; }));
   receiver_->reportGap({2, 2, 1});
   EXPECT_EQ((Texts{"connect", "1", "lost 2-2 1"}), script_.record.waitFor(3));
 }
 
-TEST_F(Receivers, SendAgainWhatWasNotTaken) {
+TEST_F(Receivers, RepeatAPushToAnUnavailableChannel) {
   settings_.isChannel = true;
   script_.pushes = {kDone, kUnavailable};
   script_.connects = {kDone, kUnavailable, kUnavailable};
@@ -269,9 +271,9 @@ TEST_F(Receivers, SendAgainWhatWasNotTaken) {
             calls());
 }
 
-TEST_F(Receivers, MergeWordThatWasNotTakenWithMore) {
+TEST_F(Receivers, MergeAnUndeliveredGapWithLaterEvictions) {
   settings_.isChannel = true;
-  const auto gate = holdBack("lost 1-2 2");
+  const auto gate = blockPush("lost 1-2 2");
   script_.pushes = {kUnavailable};
   make();
   offer(1, 5);
@@ -284,7 +286,7 @@ TEST_F(Receivers, MergeWordThatWasNotTakenWithMore) {
             calls());
 }
 
-TEST_F(Receivers, KeepWhatTheyHoldWhileTheRestOverflows) {
+TEST_F(Receivers, DoNotEvictTheNotificationInDelivery) {
   settings_.isChannel = true;
   settings_.firstBackOff = settings_.longestBackOff = kNever;
   script_.pushes = {kUnavailable};
@@ -295,7 +297,7 @@ TEST_F(Receivers, KeepWhatTheyHoldWhileTheRestOverflows) {
   EXPECT_TRUE(eventually([this] { return status() == down(Queued{4}, Sent{0}, Lost{6}); }));
 }
 
-TEST_F(Receivers, LeaveOutWhatIsRefusedAgainAndAgain) {
+TEST_F(Receivers, DiscardANotificationAfterFiveRejections) {
   settings_.isChannel = true;
   script_.pushes = {kRejected, kUnavailable, kRejected, kRejected, kRejected, kRejected};
   make();
@@ -311,7 +313,7 @@ TEST_F(Receivers, LeaveOutWhatIsRefusedAgainAndAgain) {
                 "event channel host:1 rejects notification 1, which is discarded: too large"));
 }
 
-TEST_F(Receivers, LeaveOutANotificationAndThenTheWordOfIt) {
+TEST_F(Receivers, DiscardAlsoTheGapReportOfADiscardedNotification) {
   settings_.isChannel = true;
   script_.pushes = std::vector<CallOutcome>(10, kRejected);
   make();
@@ -329,7 +331,7 @@ TEST_F(Receivers, LeaveOutANotificationAndThenTheWordOfIt) {
                                    "rejects a gap report, which is discarded: too large"));
 }
 
-TEST_F(Receivers, TryAChannelAgainWhoseCallsThrow) {
+TEST_F(Receivers, RetryAChannelAfterAnException) {
   settings_.isChannel = true;
   settings_.idleCheck = std::chrono::milliseconds(1);
   script_.connects = {kThrows};
@@ -340,7 +342,7 @@ TEST_F(Receivers, TryAChannelAgainWhoseCallsThrow) {
   receiver_->start();
   EXPECT_TRUE(eventually([this] { return status() == up(Queued{0}, Sent{2}, Lost{0}); }));
   script_.setChecks({kThrows});
-  EXPECT_TRUE(eventually([this] { return script_.nothingIsLeft(); }));
+  EXPECT_TRUE(eventually([this] { return script_.isFinished(); }));
   offer(3, 3);
   EXPECT_TRUE(eventually([this] { return status() == up(Queued{0}, Sent{3}, Lost{0}); }));
   Texts calls = this->calls();
@@ -353,7 +355,7 @@ TEST_F(Receivers, TryAChannelAgainWhoseCallsThrow) {
           "event channel host:1 does not accept notifications, which stay queued: std::bad_alloc"));
 }
 
-TEST_F(Receivers, LeaveOutAnEventOverWhichAChannelThrowsAgainAndAgain) {
+TEST_F(Receivers, DiscardANotificationAfterFiveExceptions) {
   settings_.isChannel = true;
   script_.pushes = std::vector<CallOutcome>(5, kThrows);
   make();
@@ -362,20 +364,20 @@ TEST_F(Receivers, LeaveOutAnEventOverWhichAChannelThrowsAgainAndAgain) {
   EXPECT_TRUE(eventually([this] { return status() == up(Queued{0}, Sent{1}, Lost{1}); }));
 }
 
-TEST_F(Receivers, AreDroppedWhenTheirSinkThrows) {
+TEST_F(Receivers, DropASubscriberAfterAnException) {
   script_.pushes = {kDone, kThrows};
   make();
   offer(1, 3);
   testing::internal::CaptureStderr();
   receiver_->start();
-  EXPECT_TRUE(gone_.wait());
+  EXPECT_TRUE(dropped_.wait());
   EXPECT_EQ((Texts{"connect", "1", "2"}), calls());
   EXPECT_NE(std::string::npos,
             testing::internal::GetCapturedStderr().find(
                 "subscriber host:1 is dropped: std::bad_alloc, 2 notifications not sent"));
 }
 
-TEST_F(Receivers, CountTheRefusalsOfEachNotificationAlone) {
+TEST_F(Receivers, CountTheRejectionsOfEachNotificationSeparately) {
   settings_.isChannel = true;
   script_.pushes = {kRejected, kRejected, kRejected, kRejected, kDone, kRejected};
   make();
@@ -384,7 +386,7 @@ TEST_F(Receivers, CountTheRefusalsOfEachNotificationAlone) {
   EXPECT_TRUE(eventually([this] { return status() == up(Queued{0}, Sent{2}, Lost{0}); }));
 }
 
-TEST_F(Receivers, LeaveOutWordOfLostOnesThatIsRefusedAgainAndAgain) {
+TEST_F(Receivers, DiscardAGapReportAfterFiveRejections) {
   settings_.isChannel = true;
   script_.pushes = std::vector<CallOutcome>(5, kRejected);
   make();
@@ -400,7 +402,7 @@ TEST_F(Receivers, LeaveOutWordOfLostOnesThatIsRefusedAgainAndAgain) {
   EXPECT_EQ(wanted, calls());
 }
 
-TEST_F(Receivers, BeginWithTheFirstPauseAfterEverySuccess) {
+TEST_F(Receivers, ResetTheBackOffAfterASuccess) {
   settings_.isChannel = true;
   script_.pushes = {kUnavailable, kUnavailable, kDone, kUnavailable};
   make();
@@ -413,9 +415,9 @@ TEST_F(Receivers, BeginWithTheFirstPauseAfterEverySuccess) {
             waits_.begun());
 }
 
-TEST_F(Receivers, ReportANotificationBeyondTheMemoryOfTheQueueAsLost) {
+TEST_F(Receivers, ReportAGapForNotificationsBeyondTheLimitOfBytes) {
   settings_.queue.bytes = 2;
-  const auto gate = holdBack("1");
+  const auto gate = blockPush("1");
   testing::internal::CaptureStderr();
   start();
   offer(1, 1);
@@ -424,24 +426,24 @@ TEST_F(Receivers, ReportANotificationBeyondTheMemoryOfTheQueueAsLost) {
   receiver_->offer({6, agent::objectDeletion({}, false), 3});
   EXPECT_EQ(up(Queued{3}, Sent{0}, Lost{3}), status());
   gate->open();
-  EXPECT_TRUE(sendsAll());
+  EXPECT_TRUE(drains());
   EXPECT_EQ((Texts{"connect", "1", "lost 2-3 2", "4", "5", "lost 6-6 1", "disconnect"}), calls());
   EXPECT_EQ(1U, linesWith("subscriber host:1 does not keep up: its queue is full",
                           testing::internal::GetCapturedStderr()));
 }
 
-TEST_F(Receivers, LogThatTheirQueueIsFullAgainAfterItWasEmpty) {
+TEST_F(Receivers, LogEachOverflowOnce) {
   testing::internal::CaptureStderr();
   start();
   for (std::uint64_t id : {1, 2}) {
     receiver_->offer({id, nullptr, settings_.queue.bytes + 1});
-    EXPECT_TRUE(sendsAll());
+    EXPECT_TRUE(drains());
   }
   calls();
   EXPECT_EQ(2U, linesWith("its queue is full", testing::internal::GetCapturedStderr()));
 }
 
-TEST_F(Receivers, LeaveOutARefusedEventOfAChannelWhileMemoryIsShort) {
+TEST_F(Receivers, DiscardARejectedNotificationWhileMemoryIsShort) {
   settings_.isChannel = true;
   settings_.wait = Receiver::waitFor;  // the record of waits takes memory
   script_.pushes = std::vector<CallOutcome>(5, kStarves);
@@ -451,15 +453,15 @@ TEST_F(Receivers, LeaveOutARefusedEventOfAChannelWhileMemoryIsShort) {
   EXPECT_TRUE(eventually([this] { return status() == up(Queued{0}, Sent{1}, Lost{1}); }));
 }
 
-TEST_F(Receivers, ReportThatTheirSinkIsGoneWhileMemoryIsShort) {
+TEST_F(Receivers, DropASubscriberWhileMemoryIsShort) {
   script_.pushes = {{CallOutcome::kFatal, kStarves.reason}};
   make();
   offer(1, 1);
   receiver_->start();
-  EXPECT_TRUE(gone_.wait());
+  EXPECT_TRUE(dropped_.wait());
 }
 
-TEST_F(Receivers, SayWhetherTheirSinkHasAnswered) {
+TEST_F(Receivers, HaveAnsweredAfterTheFirstConnection) {
   settings_.isChannel = true;
   script_.connects = {kUnavailable};
   make();
@@ -469,40 +471,40 @@ TEST_F(Receivers, SayWhetherTheirSinkHasAnswered) {
   EXPECT_EQ((Texts{"connect", "connect", "disconnect"}), calls());
 }
 
-TEST_F(Receivers, HaveNotAnsweredBeforeTheirSinkHas) {
+TEST_F(Receivers, HaveNotAnsweredAfterAFailedConnection) {
   script_.connects = {kFatal};
   start();
-  EXPECT_TRUE(gone_.wait());
+  EXPECT_TRUE(dropped_.wait());
   EXPECT_FALSE(receiver_->hasAnswered());
 }
 
-TEST_F(Receivers, AreDroppedWhenTheirSinkIsGone) {
+TEST_F(Receivers, DropASubscriberAfterAFatalFailure) {
   script_.pushes = {kDone, kFatal};
   make();
   offer(1, 3);
   testing::internal::CaptureStderr();
   receiver_->start();
-  EXPECT_TRUE(gone_.wait());
-  EXPECT_TRUE(sendsAll());  // nothing is waited for any more
+  EXPECT_TRUE(dropped_.wait());
+  EXPECT_TRUE(drains());  // a dropped receiver counts as drained
   EXPECT_EQ((Texts{"connect", "1", "2"}), calls());
   EXPECT_TRUE(receiver_->ended());
   EXPECT_NE(std::string::npos,
             testing::internal::GetCapturedStderr().find(
-                "subscriber host:1 is dropped: it has gone, 2 notifications not sent"));
+                "subscriber host:1 is dropped: it is deleted, 2 notifications not sent"));
   EXPECT_EQ(up(Queued{1}, Sent{1}, Lost{0}), status());
   offer(4, 4);
   EXPECT_EQ(up(Queued{1}, Sent{1}, Lost{0}), status());
 }
 
-TEST_F(Receivers, LookForASilentSink) {
+TEST_F(Receivers, CheckAnIdleSink) {
   settings_.idleCheck = std::chrono::milliseconds(1);
   script_.checks = {kDone, kDone, kFatal};
   start();
-  EXPECT_TRUE(gone_.wait());
+  EXPECT_TRUE(dropped_.wait());
   EXPECT_EQ((Texts{"connect", "check", "check", "check"}), calls());
 }
 
-TEST_F(Receivers, ConnectAgainWhenASilentSinkDoesNotAnswer) {
+TEST_F(Receivers, ReconnectAfterAFailedCheck) {
   settings_.isChannel = true;
   settings_.idleCheck = std::chrono::milliseconds(1);
   script_.checks = {kUnavailable};
@@ -512,7 +514,7 @@ TEST_F(Receivers, ConnectAgainWhenASilentSinkDoesNotAnswer) {
   EXPECT_EQ((Texts{"connect", "check", "connect", "check"}), calls);
 }
 
-TEST_F(Receivers, SayOnceThatAChannelIsDownAndOnceThatItIsBack) {
+TEST_F(Receivers, LogTheFailureAndTheRecoveryOfAChannelOnce) {
   settings_.isChannel = true;
   script_.connects = {kUnavailable, kUnavailable, kUnavailable};
   testing::internal::CaptureStderr();
@@ -527,9 +529,9 @@ TEST_F(Receivers, SayOnceThatAChannelIsDownAndOnceThatItIsBack) {
   EXPECT_NE(std::string::npos, log.find("event channel host:1 answers again"));
 }
 
-TEST_F(Receivers, AreNotBackBeforeAPushIsTaken) {
+TEST_F(Receivers, AreDownUntilTheFirstPushSucceeds) {
   settings_.isChannel = true;
-  const auto gate = holdBack("1");
+  const auto gate = blockPush("1");
   make();
   offer(1, 1);
   receiver_->start();
@@ -539,7 +541,7 @@ TEST_F(Receivers, AreNotBackBeforeAPushIsTaken) {
   EXPECT_TRUE(eventually([this] { return status() == up(Queued{0}, Sent{1}, Lost{0}); }));
 }
 
-TEST_F(Receivers, DoubleThePauseBetweenTwoTriesUpToTheLongest) {
+TEST_F(Receivers, DoubleTheBackOffUpToItsLimit) {
   settings_.isChannel = true;
   settings_.firstBackOff = std::chrono::milliseconds(10);
   settings_.longestBackOff = std::chrono::milliseconds(70);
@@ -552,14 +554,14 @@ TEST_F(Receivers, DoubleThePauseBetweenTwoTriesUpToTheLongest) {
             waits_.begun());
 }
 
-TEST_F(Receivers, SayThatAChannelIsConnectedAndNothingOfASubscriber) {
+TEST_F(Receivers, LogTheConnectionOfAChannelOnly) {
   agent::setLogLevel(agent::kLogEvents);
   testing::internal::CaptureStderr();
   for (const bool isChannel : {true, false}) {
     settings_.isChannel = isChannel;
     start();
     offer(1, 3);
-    EXPECT_TRUE(sendsAll());
+    EXPECT_TRUE(drains());
     calls();
   }
   agent::setLogLevel(agent::kLogErrors);
@@ -570,18 +572,18 @@ TEST_F(Receivers, SayThatAChannelIsConnectedAndNothingOfASubscriber) {
   EXPECT_EQ(std::string::npos, log.find("subscriber"));
 }
 
-TEST_F(Receivers, StopAtOnceBetweenTwoTries) {
+TEST_F(Receivers, StopDuringABackOff) {
   settings_.isChannel = true;
   settings_.firstBackOff = settings_.longestBackOff = kNever;
   script_.connects = {kUnavailable};
   start();
   offer(1, 1);
-  EXPECT_FALSE(sendsAll());
+  EXPECT_FALSE(drains());
   EXPECT_EQ((Texts{"connect"}), calls());
 }
 
-TEST_F(Receivers, SendNothingMoreAfterAStop) {
-  const auto gate = holdBack("1");
+TEST_F(Receivers, SendNothingAfterAStop) {
+  const auto gate = blockPush("1");
   start();
   offer(1, 3);
   script_.record.waitFor(2);
@@ -592,12 +594,12 @@ TEST_F(Receivers, SendNothingMoreAfterAStop) {
   EXPECT_EQ((Texts{"connect", "1", "disconnect"}), calls());
 }
 
-TEST_F(Receivers, LetWhoWaitsForThemGoOnAfterAStop) {
-  const auto gate = holdBack("1");
+TEST_F(Receivers, StopWakesWaitingThreads) {
+  const auto gate = blockPush("1");
   start();
   offer(1, 1);
   script_.record.waitFor(2);
-  std::future<bool> sent = std::async(std::launch::async, [this] { return sendsAll(); });
+  std::future<bool> sent = std::async(std::launch::async, [this] { return drains(); });
   EXPECT_TRUE(eventually([this] { return waits_.present() == 1; }));
   receiver_->stop();
   EXPECT_EQ(std::future_status::ready, sent.wait_for(kPatience / 2));
@@ -605,8 +607,8 @@ TEST_F(Receivers, LetWhoWaitsForThemGoOnAfterAStop) {
   EXPECT_TRUE(sent.get());
 }
 
-TEST_F(Receivers, HaveNotEndedBeforeTheirCallHas) {
-  const auto gate = holdBack("1");
+TEST_F(Receivers, EndAfterTheRunningCall) {
+  const auto gate = blockPush("1");
   start();
   offer(1, 1);
   script_.record.waitFor(2);
@@ -618,8 +620,8 @@ TEST_F(Receivers, HaveNotEndedBeforeTheirCallHas) {
   EXPECT_TRUE(receiver_->ended());
 }
 
-TEST_F(Receivers, AreNotDroppedWhenTheyStopBefore) {
-  const auto gate = holdBack("1");
+TEST_F(Receivers, IgnoreAFatalFailureAfterAStop) {
+  const auto gate = blockPush("1");
   script_.pushes = {kFatal};
   start();
   offer(1, 1);
@@ -631,19 +633,19 @@ TEST_F(Receivers, AreNotDroppedWhenTheyStopBefore) {
   EXPECT_EQ("", testing::internal::GetCapturedStderr());
 }
 
-TEST_F(Receivers, MayEndWithoutAStart) {
+TEST_F(Receivers, AreDestroyedWithoutAStart) {
   make();
   EXPECT_TRUE(receiver_->ended());
   offer(1, 1);
 }
 
-TEST_F(Receivers, SayWhenTheTimeIsOver) {
-  const auto gate = holdBack("1");
+TEST_F(Receivers, WaitUntilDrainedReturnsFalseAtTheDeadline) {
+  const auto gate = blockPush("1");
   start();
   offer(1, 1);
   EXPECT_FALSE(receiver_->waitUntilDrained(std::chrono::steady_clock::now()));
   gate->open();
-  EXPECT_TRUE(sendsAll());
+  EXPECT_TRUE(drains());
 }
 
 }  // namespace

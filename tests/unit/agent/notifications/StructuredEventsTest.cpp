@@ -27,7 +27,7 @@ CORBA::Any text(const char* value) {
   return any;
 }
 
-TEST_F(StructuredEvents, OfACreationHoldTheObject) {
+TEST_F(StructuredEvents, OfACreationContainTheObject) {
   const auto event =
       agent::objectCreation(objectName("TopoSubnetwork", "core"), text("the object"), true);
   agent::stamp(*event, 17, someTime());
@@ -69,7 +69,7 @@ TEST_F(StructuredEvents, OfAChangeMayHaveABody) {
   EXPECT_EQ("body string more", linesOf(*event).back());
 }
 
-TEST_F(StructuredEvents, OfLostOnesTellTheRangeAndTheCount) {
+TEST_F(StructuredEvents, OfAGapContainTheRangeAndTheCount) {
   const auto event = agent::gapReport({4, 19, 12}, someTime());
   EXPECT_EQ((Texts{"tmf_mtnm NT_EVENTS_LOST '' 0", "firstLostId: string 4", "lastLostId: string 19",
                    "lostCount: ulonglong 12", "emsTime: string 20240229235958.7Z", "body nothing"}),
@@ -86,12 +86,12 @@ TEST_F(StructuredEvents, CutTheTimeToTenths) {
   EXPECT_EQ("19691231235959.9Z", at(-1));
 }
 
-TEST_F(StructuredEvents, TellTheTimeInUtc) {
+TEST_F(StructuredEvents, ContainTheTimeInUtc) {
   const support::OtherTimeZone zone;
   EXPECT_EQ("20240229235958.7Z", agent::emsTimeOf(someTime()));
 }
 
-TEST_F(StructuredEvents, TellTheTypeByTheClassOfTheLastPair) {
+TEST_F(StructuredEvents, HaveTheTypeOfTheClassInTheLastPair) {
   const auto typeOf = [](const char* objectClass) {
     return agent::objectTypeOf(objectName(objectClass, "1"));
   };
@@ -108,14 +108,14 @@ TEST_F(StructuredEvents, TellTheTypeByTheClassOfTheLastPair) {
   EXPECT_EQ(notifications::OT_MULTILAYER_SUBNETWORK, agent::objectTypeOf(longer));
 }
 
-TEST_F(StructuredEvents, OfAnObjectWithoutANameAreTheSystems) {
+TEST_F(StructuredEvents, WithoutANameHaveTheTypeOfTheSystem) {
   const auto event = agent::objectDeletion({}, false);
   EXPECT_EQ("objectName: name {}", linesOf(*event).at(2));
   EXPECT_EQ("objectType: type 0", linesOf(*event).at(3));
 }
 
-// Memory by the allocator's own account; sanitizers have none, and then there is nothing to
-// compare.
+// The memory of an event as the allocator counts it. 0 under sanitizers, whose allocators do not
+// count, so that the comparison then always succeeds.
 template <typename Make>
 std::size_t heapOf(Make make) {
   constexpr std::size_t kMany = 20;

@@ -1,4 +1,4 @@
-// Direct subscribers: good ones, slow ones, dead ones.
+// Subscribers: delivery, slow and failing consumers, checks while idle, limits.
 
 #include <gtest/gtest.h>
 
@@ -24,19 +24,20 @@ class Subscribers : public NotifierFixture {
 
   std::uint64_t dropped() { return notifier_->status().subscribersDropped; }
 
-  // Whether a consumer with this hook is dropped after its first event, and a second one is not.
+  // Expects that a consumer with this hook is dropped after its first event, with this reason in
+  // the log, and that another consumer stays.
   void expectDrop(Consumer::Hook hook, const std::string& why) {
     testing::internal::CaptureStderr();
     start();
     ServedConsumer bad = makeConsumer(std::move(hook));
     ServedConsumer good = makeConsumer();
-    const auto lost = subscribe(bad);
+    const auto ended = subscribe(bad);
     const auto kept = subscribe(good);
     publish(2);
-    EXPECT_TRUE(eventually([&] { return !stands(lost); }));
+    EXPECT_TRUE(eventually([&] { return !isSubscribed(ended); }));
     EXPECT_EQ((Texts{"1", "2"}), good.received().waitFor(2));
     EXPECT_EQ((Texts{"1"}), bad.received().all());
-    EXPECT_TRUE(stands(kept));
+    EXPECT_TRUE(isSubscribed(kept));
     EXPECT_EQ(1U, dropped());
     EXPECT_EQ(1U, receivers().size());
     const std::string log = testing::internal::GetCapturedStderr();
@@ -44,7 +45,7 @@ class Subscribers : public NotifierFixture {
   }
 };
 
-TEST_F(Subscribers, GetEverythingInOrder) {
+TEST_F(Subscribers, ReceiveNotificationsInOrder) {
   start();
   WirePeer peer(kPush, {});
   subscribePeer(peer);
@@ -53,7 +54,7 @@ TEST_F(Subscribers, GetEverythingInOrder) {
   EXPECT_TRUE(becomes({subscriber(Queued{0}, Sent{5}, Lost{0})}));
 }
 
-TEST_F(Subscribers, WhoBlockDelayNobody) {
+TEST_F(Subscribers, ThatBlockDelayNoOtherSubscriber) {
   options_.queueLimit = 2;
   start();
   Gate gate;
@@ -74,16 +75,16 @@ TEST_F(Subscribers, WhoBlockDelayNobody) {
   notifier_.reset();
 }
 
-TEST_F(Subscribers, WhoDoNotAnswerInTimeAreDropped) {
+TEST_F(Subscribers, AreDroppedAfterTheCallTimeout) {
   testing::internal::CaptureStderr();
   options_.pushTimeout = std::chrono::milliseconds(50);
   start();
   WirePeer peer(kPush, {Act::kIgnore});
   ServedConsumer good = makeConsumer();
-  const auto lost = subscribePeer(peer);
+  const auto ended = subscribePeer(peer);
   subscribe(good);
   publish(3);
-  EXPECT_TRUE(eventually([&] { return !stands(lost); }));
+  EXPECT_TRUE(eventually([&] { return !isSubscribed(ended); }));
   EXPECT_EQ((Texts{"ignored"}), peer.requests().all());
   EXPECT_EQ((Texts{"1", "2", "3"}), good.received().waitFor(3));
   EXPECT_EQ(1U, dropped());
@@ -93,49 +94,49 @@ TEST_F(Subscribers, WhoDoNotAnswerInTimeAreDropped) {
   EXPECT_NE(std::string::npos, log.find(", 3 notifications not sent")) << log;
 }
 
-TEST_F(Subscribers, WhoAreNotThereAreDropped) {
+TEST_F(Subscribers, AreDroppedWhenUnreachable) {
   start();
   const CosNotifyComm::StructuredPushConsumer_var nobody =
-      consumerAt("corbaloc:iiop:1.2@127.0.0.1:" + std::to_string(deafPort()) + "/object");
-  const TopoAgent::Subscription_I_var lost = subscribeAt(nobody);
-  EXPECT_TRUE(eventually([&] { return !stands(lost); }));
+      consumerAt("corbaloc:iiop:1.2@127.0.0.1:" + std::to_string(closedPort()) + "/object");
+  const TopoAgent::Subscription_I_var ended = subscribeAt(nobody);
+  EXPECT_TRUE(eventually([&] { return !isSubscribed(ended); }));
   EXPECT_EQ(1U, dropped());
 }
 
-TEST_F(Subscribers, WhoClosedTheConnectionGetTheEventOnceMore) {
+TEST_F(Subscribers, ReceiveTheEventAgainAfterAClosedConnection) {
   start();
   WirePeer peer(kPush, {Act::kAnswer, Act::kClose});
   const auto kept = subscribePeer(peer);
   publish(3);
   EXPECT_EQ((Texts{"answered", "closed", "answered", "answered"}), peer.requests().waitFor(4));
   EXPECT_TRUE(becomes({subscriber(Queued{0}, Sent{3}, Lost{0})}));
-  EXPECT_TRUE(stands(kept));
+  EXPECT_TRUE(isSubscribed(kept));
 }
 
-TEST_F(Subscribers, WhoCloseTheConnectionAgainAreDropped) {
+TEST_F(Subscribers, AreDroppedWhenTheRepeatedCallIsClosed) {
   start();
   WirePeer peer(kPush, {Act::kClose, Act::kClose});
-  const auto lost = subscribePeer(peer);
+  const auto ended = subscribePeer(peer);
   publish(1);
-  EXPECT_TRUE(eventually([&] { return !stands(lost); }));
+  EXPECT_TRUE(eventually([&] { return !isSubscribed(ended); }));
   EXPECT_EQ((Texts{"closed", "closed"}), peer.requests().all());
 }
 
-TEST_F(Subscribers, WhoAreDisconnectedAreDropped) {
+TEST_F(Subscribers, AreDroppedAfterDisconnected) {
   expectDrop([](const StructuredEvent&) { throw CosEventComm::Disconnected(); }, "Disconnected");
 }
 
-TEST_F(Subscribers, WhoDoNotExistAreDropped) {
+TEST_F(Subscribers, AreDroppedAfterObjectNotExist) {
   expectDrop([](const StructuredEvent&) { throw CORBA::OBJECT_NOT_EXIST(0, CORBA::COMPLETED_NO); },
              "OBJECT_NOT_EXIST");
 }
 
-TEST_F(Subscribers, WhoRaiseAnythingAreDropped) {
+TEST_F(Subscribers, AreDroppedAfterAnyException) {
   expectDrop([](const StructuredEvent&) { throw CORBA::NO_MEMORY(0, CORBA::COMPLETED_MAYBE); },
              "NO_MEMORY");
 }
 
-TEST_F(Subscribers, WhoUnsubscribeGetNothingMore) {
+TEST_F(Subscribers, ReceiveNothingAfterUnsubscribe) {
   start();
   Gate gate;
   ServedConsumer consumer = makeConsumer([&](const StructuredEvent&) { gate.wait(); });
@@ -143,7 +144,7 @@ TEST_F(Subscribers, WhoUnsubscribeGetNothingMore) {
   publish(3);
   consumer.received().waitFor(1);
   subscription->unsubscribe();
-  EXPECT_FALSE(stands(subscription));
+  EXPECT_FALSE(isSubscribed(subscription));
   EXPECT_EQ(ReceiverStates{}, receivers());
   gate.open();
   publish(1);
@@ -165,7 +166,7 @@ TEST_F(Subscribers, MayUnsubscribeWithinAPush) {
   publish(2);
   subscribed.open();
   EXPECT_TRUE(unsubscribed.wait());
-  EXPECT_FALSE(stands(subscription));
+  EXPECT_FALSE(isSubscribed(subscription));
   EXPECT_EQ(0U, dropped());
   notifier_.reset();
   EXPECT_EQ((Texts{"1"}), consumer.received().all());
@@ -186,7 +187,7 @@ TEST_F(Subscribers, MaySubscribeWithinAPush) {
   notifier_.reset();
 }
 
-TEST_F(Subscribers, UnsubscribeOnce) {
+TEST_F(Subscribers, UnsubscribeOnlyOnce) {
   start();
   const ServedConsumer consumer = makeConsumer();
   const auto subscription = subscribe(consumer);
@@ -194,7 +195,7 @@ TEST_F(Subscribers, UnsubscribeOnce) {
   EXPECT_THROW(subscription->unsubscribe(), CORBA::OBJECT_NOT_EXIST);
 }
 
-TEST_F(Subscribers, HaveNoObjectAfterwards) {
+TEST_F(Subscribers, HaveNoObjectAfterUnsubscribe) {
   start();
   const ServedConsumer consumer = makeConsumer();
   const auto subscription = subscribe(consumer);
@@ -203,7 +204,7 @@ TEST_F(Subscribers, HaveNoObjectAfterwards) {
   EXPECT_THROW(subscription->_is_a("IDL:Other:1.0"), CORBA::OBJECT_NOT_EXIST);
 }
 
-TEST_F(Subscribers, AreLoggedWhenTheySubscribe) {
+TEST_F(Subscribers, AreLoggedAtSubscription) {
   agent::setLogLevel(agent::kLogEvents);
   testing::internal::CaptureStderr();
   start();
@@ -215,17 +216,17 @@ TEST_F(Subscribers, AreLoggedWhenTheySubscribe) {
                 "subscriber " + orb::format(server_->endpoint()) + " subscribes"));
 }
 
-TEST_F(Subscribers, WhoHearNothingAreLookedFor) {
+TEST_F(Subscribers, AreCheckedWhileIdle) {
   options_.idleCheck = std::chrono::milliseconds(5);
   options_.pushTimeout = std::chrono::milliseconds(50);
   start();
   WirePeer peer("_non_existent", {Act::kAnswer, Act::kAnswer, Act::kIgnore});
-  const auto lost = subscribePeer(peer);
+  const auto ended = subscribePeer(peer);
   EXPECT_EQ((Texts{"answered", "answered", "ignored"}), peer.requests().waitFor(3));
-  EXPECT_TRUE(eventually([&] { return !stands(lost); }));
+  EXPECT_TRUE(eventually([&] { return !isSubscribed(ended); }));
 }
 
-TEST_F(Subscribers, WhoCloseTheConnectionWhileTheyHearNothingStay) {
+TEST_F(Subscribers, StayAfterOneClosedConnectionDuringACheck) {
   options_.idleCheck = std::chrono::milliseconds(5);
   start();
   WirePeer peer("_non_existent", {Act::kAnswer, Act::kClose});
@@ -233,19 +234,19 @@ TEST_F(Subscribers, WhoCloseTheConnectionWhileTheyHearNothingStay) {
   Texts asked = peer.requests().waitFor(4);
   asked.resize(4);
   EXPECT_EQ((Texts{"answered", "closed", "answered", "answered"}), asked);
-  EXPECT_TRUE(stands(kept));
+  EXPECT_TRUE(isSubscribed(kept));
 }
 
-TEST_F(Subscribers, WhoCloseTheConnectionTwiceWhileTheyHearNothingAreDropped) {
+TEST_F(Subscribers, AreDroppedAfterTwoClosedConnectionsDuringACheck) {
   options_.idleCheck = std::chrono::milliseconds(5);
   start();
   WirePeer peer("_non_existent", {Act::kAnswer, Act::kClose, Act::kClose});
-  const auto lost = subscribePeer(peer);
-  EXPECT_TRUE(eventually([&] { return !stands(lost); }));
+  const auto ended = subscribePeer(peer);
+  EXPECT_TRUE(eventually([&] { return !isSubscribed(ended); }));
   EXPECT_EQ((Texts{"answered", "closed", "closed"}), peer.requests().all());
 }
 
-TEST_F(Subscribers, WhoHearNothingAndDoNotExistAreDropped) {
+TEST_F(Subscribers, AreDroppedWhenACheckFindsNoConsumer) {
   options_.idleCheck = std::chrono::milliseconds(5);
   start();
   testing::internal::CaptureStderr();
@@ -255,12 +256,12 @@ TEST_F(Subscribers, WhoHearNothingAndDoNotExistAreDropped) {
   EXPECT_EQ((Texts{"1"}), consumer.received().waitFor(1));
   const PortableServer::ObjectId_var id = server_->rootPoa()->reference_to_id(consumer.reference);
   server_->rootPoa()->deactivate_object(id.in());
-  EXPECT_TRUE(eventually([&] { return !stands(subscription); }));
+  EXPECT_TRUE(eventually([&] { return !isSubscribed(subscription); }));
   EXPECT_NE(std::string::npos, testing::internal::GetCapturedStderr().find(
                                    "is dropped: the consumer does not exist any more"));
 }
 
-TEST_F(Subscribers, MayHaveNoMorePlacesThanThePeersLimit) {
+TEST_F(Subscribers, AreLimitedPerPeer) {
   options_.maxSubscribersPerPeer = 2;
   start();
   const ServedConsumer consumer = makeConsumer();
@@ -273,7 +274,7 @@ TEST_F(Subscribers, MayHaveNoMorePlacesThanThePeersLimit) {
   EXPECT_TRUE(eventually([&] { return refusal(consumer.reference, "", "10.0.0.1") == kAccepted; }));
 }
 
-TEST_F(Subscribers, WhoDoNotAnswerHaveFewPlaces) {
+TEST_F(Subscribers, AreLimitedUntilTheirConsumersAnswer) {
   options_.maxUnanswered = 3;
   options_.maxUnansweredPerPeer = 2;
   start();
@@ -291,7 +292,7 @@ TEST_F(Subscribers, WhoDoNotAnswerHaveFewPlaces) {
   EXPECT_TRUE(eventually([&] { return refusal(consumer, "", "10.0.0.3") == kAccepted; }));
 }
 
-TEST_F(Subscribers, WhoAnswerFreeThePlaceOfThoseWhoDoNot) {
+TEST_F(Subscribers, DoNotCountAsUnansweredAfterAnAnswer) {
   options_.maxUnanswered = 1;
   start();
   for (int i = 1; i <= 3; ++i) {
@@ -303,11 +304,11 @@ TEST_F(Subscribers, WhoAnswerFreeThePlaceOfThoseWhoDoNot) {
   EXPECT_EQ(3U, receivers().size());
 }
 
-TEST_F(Subscribers, WithDeadReferencesDoNotKeepOthersOut) {
+TEST_F(Subscribers, WithDeadReferencesDoNotBlockOtherSubscribers) {
   options_.maxSubscribers = 5;
   start();
   const CosNotifyComm::StructuredPushConsumer_var nobody =
-      consumerAt("corbaloc:iiop:1.2@127.0.0.1:" + std::to_string(deafPort()) + "/object");
+      consumerAt("corbaloc:iiop:1.2@127.0.0.1:" + std::to_string(closedPort()) + "/object");
   testing::internal::CaptureStderr();
   for (int i = 0; i < 50; ++i) {
     refusal(nobody, "", "10.0.0.1");
@@ -318,7 +319,7 @@ TEST_F(Subscribers, WithDeadReferencesDoNotKeepOthersOut) {
   testing::internal::GetCapturedStderr();
 }
 
-TEST_F(Subscribers, HaveKeysThatOthersCannotGuess) {
+TEST_F(Subscribers, HaveUnpredictableObjectKeys) {
   start();
   const ServedConsumer consumer = makeConsumer();
   const orb::ObjectKey one = orb::objectKeyOf(subscribe(consumer));
@@ -331,9 +332,9 @@ TEST_F(Subscribers, HaveKeysThatOthersCannotGuess) {
   EXPECT_LE(8U, different);  // of 16 random octets
 }
 
-TEST_F(Subscribers, MayNotHaveALongReference) {
+TEST_F(Subscribers, WithAReferenceOverTheLimitAreRefused) {
   start();
-  const std::string place = "corbaloc:iiop:1.2@127.0.0.1:" + std::to_string(deafPort()) + "/";
+  const std::string place = "corbaloc:iiop:1.2@127.0.0.1:" + std::to_string(closedPort()) + "/";
   const CosNotifyComm::StructuredPushConsumer_var shorter =
       consumerAt(place + std::string(65000, 'k'));
   const CosNotifyComm::StructuredPushConsumer_var longer =
@@ -348,8 +349,8 @@ TEST_F(Subscribers, AreNamedByTheBeginningOfALongHostName) {
   testing::internal::CaptureStderr();
   const CosNotifyComm::StructuredPushConsumer_var consumer =
       consumerAt("corbaloc:iiop:1.2@" + std::string(60000, 'h') + ":1/object");
-  const TopoAgent::Subscription_I_var lost = subscribeAt(consumer);
-  EXPECT_TRUE(eventually([&] { return !stands(lost); }));
+  const TopoAgent::Subscription_I_var ended = subscribeAt(consumer);
+  EXPECT_TRUE(eventually([&] { return !isSubscribed(ended); }));
   EXPECT_NE(std::string::npos, testing::internal::GetCapturedStderr().find(
                                    "subscriber " + std::string(100, 'h') + "... is dropped"));
 }
@@ -359,10 +360,10 @@ TEST_F(Subscribers, EndWithTheNotifier) {
   const ServedConsumer consumer = makeConsumer();
   const auto subscription = subscribe(consumer);
   notifier_.reset();
-  EXPECT_FALSE(stands(subscription));
+  EXPECT_FALSE(isSubscribed(subscription));
 }
 
-TEST_F(Subscribers, WhoDoNotAnswerHoldTheEndUpForOneTimeOutTogether) {
+TEST_F(Subscribers, ThatDoNotAnswerDelayTheDestructorByOneTimeout) {
   options_.pushTimeout = std::chrono::milliseconds(1000);
   start();
   std::vector<std::unique_ptr<WirePeer>> peers;
@@ -379,7 +380,7 @@ TEST_F(Subscribers, WhoDoNotAnswerHoldTheEndUpForOneTimeOutTogether) {
   EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(2500));
 }
 
-TEST_F(Subscribers, AreNotHeldUpByTheEndOfOthers) {
+TEST_F(Subscribers, AreNotDelayedByEndedSubscribers) {
   start();
   for (int i = 0; i < 50; ++i) {
     const ServedConsumer consumer = makeConsumer();

@@ -1,4 +1,4 @@
-// The waits of receivers, in place of those in real time.
+// Waits of receivers without real time.
 
 #ifndef UNIT_AGENT_NOTIFICATIONS_WAITS_H
 #define UNIT_AGENT_NOTIFICATIONS_WAITS_H
@@ -13,15 +13,15 @@
 
 namespace notification_tests {
 
-// Records how long each thread that finds its condition false would wait. A short wait times out at
-// once, a longer one lasts until its condition holds.
+// Records the length of each wait whose condition is false at first. A short wait times out at
+// once. A longer wait ends when its condition is true.
 //
 // Thread-safety: any thread; outlives the receivers.
 class Waits {
  public:
   using Lengths = std::vector<std::chrono::milliseconds>;
 
-  // The hook is called at the beginning of each wait, on its thread.
+  // The waiting thread calls the hook at the beginning of each wait.
   explicit Waits(std::chrono::milliseconds longestShort, std::function<void()> hook = nullptr);
 
   Waits(const Waits&) = delete;
@@ -31,7 +31,7 @@ class Waits {
 
   Lengths begun();
 
-  // How many threads are in a wait. A thread in a wait does not own the receiver's mutex.
+  // The number of waiting threads. A waiting thread does not own the receiver's mutex.
   int present();
 
  private:

@@ -12,7 +12,7 @@
 namespace notification_tests {
 namespace {
 
-// Of GIOP 1.2.
+// The layout of GIOP 1.2 messages.
 constexpr std::size_t kHeader = 12;
 constexpr std::size_t kFlags = 6;
 constexpr std::size_t kType = 7;
@@ -130,7 +130,7 @@ void WirePeer::run() {
   }
 }
 
-// One message; false when the connection is to be closed.
+// Serves one message. Returns false when the peer must close the connection.
 bool WirePeer::serve(int connection) {
   std::string message;
   if (!readAll(connection, message, kHeader) ||
@@ -161,7 +161,7 @@ WirePeer::Act WirePeer::actOn(const std::string& message) {
   return act;
 }
 
-std::uint16_t deafPort() {
+std::uint16_t closedPort() {
   const int listener = openListener();
   const std::uint16_t port = portOf(listener);
   close(listener);

@@ -1,4 +1,4 @@
-// A peer that speaks just enough GIOP to misbehave: objects of another process, without one.
+// A GIOP peer on a socket that answers, ignores or closes on request.
 
 #ifndef UNIT_AGENT_NOTIFICATIONS_WIREPEER_H
 #define UNIT_AGENT_NOTIFICATIONS_WIREPEER_H
@@ -13,20 +13,20 @@
 
 namespace notification_tests {
 
-// Listens on a free port of the loopback. Is every object and of every type; answers operations
-// with nothing.
+// Listens on a free port of the loopback. Every object key and type exists; every operation returns
+// an empty result. Thread-safety: any thread.
 class WirePeer {
  public:
   enum class Act { kAnswer, kClose, kIgnore };
 
-  // What it does to the first requests of the operation; all others are answered.
+  // acts: for the first requests of the operation. Answers all other requests.
   WirePeer(std::string operation, std::vector<Act> acts);
   ~WirePeer();
 
   WirePeer(const WirePeer&) = delete;
   WirePeer& operator=(const WirePeer&) = delete;
 
-  // Of an object there.
+  // A reference to an object of the peer.
   std::string reference() const;
   std::uint16_t port() const { return port_; }
 
@@ -39,7 +39,7 @@ class WirePeer {
   Act actOn(const std::string& message);
 
   const std::string operation_;
-  std::vector<Act> acts_;  // of the thread
+  std::vector<Act> acts_;  // used by the thread only
   Record requests_;
   int listener_ = -1;
   int wake_[2] = {-1, -1};
@@ -47,8 +47,8 @@ class WirePeer {
   std::thread thread_;
 };
 
-// A port of the loopback at which nobody listens.
-std::uint16_t deafPort();
+// A port of the loopback without a listener.
+std::uint16_t closedPort();
 
 }  // namespace notification_tests
 
