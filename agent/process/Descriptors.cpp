@@ -7,7 +7,7 @@
 namespace agent {
 namespace {
 
-// Enough for a thousand subscribers, the store and a few files; less is kept of a low limit.
+// Descriptors for a thousand subscribers, the store and a few files. A low limit reserves half.
 constexpr std::size_t kReserve = 1100;
 
 rlimit limits() {

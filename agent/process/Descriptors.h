@@ -1,4 +1,6 @@
-// The file descriptors of the process, and how many of them clients may have.
+// The limit of file descriptors, and its share for incoming connections.
+//
+// Thread-safety: any thread; raiseDescriptorLimit at start only. Errors: none.
 
 #ifndef AGENT_PROCESS_DESCRIPTORS_H
 #define AGENT_PROCESS_DESCRIPTORS_H
@@ -7,14 +9,14 @@
 
 namespace agent {
 
-// Raises the soft limit of file descriptors to the hard one; a failure leaves it as it is.
+// Raises the soft limit of file descriptors to the hard limit. A failure changes nothing.
 void raiseDescriptorLimit();
 
-// The soft limit of file descriptors at present.
+// The present soft limit of file descriptors.
 std::size_t descriptorLimit();
 
-// How many of the wanted incoming connections there may be at once, at least 1: what they leave of
-// the limit is enough for the store, files and outgoing connections.
+// The limit for incoming connections: `wanted`, reduced so that enough of `descriptors` remain for
+// the store, files and outgoing connections. At least 1.
 std::size_t connectionsWithin(std::size_t descriptors, std::size_t wanted);
 
 }  // namespace agent

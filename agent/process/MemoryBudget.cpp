@@ -21,7 +21,7 @@ namespace {
 
 constexpr std::chrono::seconds kReleaseInterval{1};
 
-// Whether so many bytes more leave an eighth of the limit free.
+// Whether an eighth of the limit stays free after an allocation of these bytes.
 bool fits(std::size_t limit, std::size_t used, std::size_t bytes) {
   if (limit == MemoryUse::kNoLimit) {
     return true;
@@ -43,14 +43,14 @@ std::size_t machineMemory() {
          static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
 }
 
-// The number in a file of a control group; kNoLimit for "max" and for a file that is not there.
+// The number in a file of a control group. kNoLimit for "max" and for a missing file.
 std::size_t numberIn(const std::filesystem::path& file) {
   std::ifstream in(file);
   std::size_t number = 0;
   return in >> number ? number : MemoryUse::kNoLimit;
 }
 
-// The least limit of a control group and of the groups above it.
+// The least limit of a control group and of its parent groups.
 std::size_t limitOfGroup(const std::filesystem::path& mount, std::filesystem::path group,
                          const std::string& file) {
   std::size_t limit = numberIn(mount / file);
@@ -60,7 +60,7 @@ std::size_t limitOfGroup(const std::filesystem::path& mount, std::filesystem::pa
   return limit;
 }
 
-// A line is NUMBER:CONTROLLERS:PATH; version 2 has no controllers.
+// Each line of the file is NUMBER:CONTROLLERS:PATH. The line of version 2 has no controllers.
 std::size_t groupLimit() {
   std::size_t limit = MemoryUse::kNoLimit;
   std::ifstream groups("/proc/self/cgroup");
@@ -78,7 +78,7 @@ std::size_t groupLimit() {
   return limit;
 }
 
-// /proc/self/statm, kept open so that it can be read when the process is out of descriptors.
+// /proc/self/statm. The file stays open, so that a read needs no new descriptor.
 class Pages {
  public:
   Pages() : file_(open("/proc/self/statm", O_RDONLY | O_CLOEXEC)) {}
@@ -129,7 +129,7 @@ void MemoryBudget::releaseFreed() {
   }
 }
 
-// Freed parts of the heap can be allocated again without new addresses.
+// Subtracts freed parts of the heap from the used addresses: an allocation can reuse these parts.
 MemoryBudget::Probe processMemory(std::size_t configured) {
   MemoryUse limits;
   limits.addressLimit = addressLimit();
@@ -154,9 +154,9 @@ void confineAddressSpace() {
   if (addressLimit() == MemoryUse::kNoLimit) {
     return;
   }
-  // An arena of its own for each thread would reserve 64 MiB.
+  // Each arena reserves 64 MiB, and by default most threads have an arena.
   mallopt(M_ARENA_MAX, 1);
-  // Large blocks leave no holes in the heap.
+  // Large blocks are mapped, so that freed blocks leave no holes in the heap.
   mallopt(M_MMAP_THRESHOLD, kLargeBlock);
   pthread_attr_t attributes;
   if (pthread_attr_init(&attributes) == 0) {

@@ -1,4 +1,4 @@
-// How much memory the process may take.
+// The memory limits of the process.
 
 #ifndef AGENT_PROCESS_MEMORYBUDGET_H
 #define AGENT_PROCESS_MEMORYBUDGET_H
@@ -12,7 +12,7 @@
 
 namespace agent {
 
-// Bytes. A limit of kNoLimit never refuses.
+// A plain value, in bytes. kNoLimit: there is no limit.
 struct MemoryUse {
   static constexpr std::size_t kNoLimit = std::numeric_limits<std::size_t>::max();
 
@@ -22,21 +22,23 @@ struct MemoryUse {
   std::size_t addresses = 0;
 };
 
-// Compares what a computation needs with the limits of the process. An eighth of a limit stays free
-// for everything that does not ask.
+// Compares the memory that a computation needs with the limits of the process. Reserves an eighth
+// of each limit for allocations without a check.
 //
 // Thread-safety: any thread.
+// Ownership: owns its functions, which any thread may call.
+// Errors: exceptions of the functions pass.
 class MemoryBudget {
  public:
   using Clock = std::function<std::chrono::steady_clock::time_point()>;
   using Probe = std::function<MemoryUse()>;
   using Release = std::function<void()>;
 
-  // The probe tells the use of this moment, release gives freed memory back to the system. Release
-  // is called once a second at most, because it looks at all of the heap.
+  // probe: returns the present use. release: returns freed memory to the system; called at most
+  // once a second, because a release examines the whole heap.
   MemoryBudget(Probe probe, Release release, Clock clock);
 
-  // Whether the process may allocate so many bytes more at this moment. Reserves nothing.
+  // Whether the process may allocate so many more bytes now. Reserves nothing.
   bool allows(std::size_t bytes);
 
  private:
@@ -50,13 +52,12 @@ class MemoryBudget {
   std::chrono::steady_clock::time_point nextRelease_ GUARDED_BY(mutex_);
 };
 
-// The use of this process. The resident limit is the least of: `configured` (0: none), the limits
-// of the control groups of the process, the memory of the machine. The limit of the address space
-// is RLIMIT_AS. The limits are read when this is called, the use by every call of the probe.
+// Returns a probe of this process. The resident limit is the least of `configured` (0: none), the
+// limits of the control groups of the process, and the memory of the machine. The limit of the
+// address space is RLIMIT_AS. processMemory reads the limits; each call of the probe reads the use.
 MemoryBudget::Probe processMemory(std::size_t configured);
 
-// Prepares the allocator and the threads of this process for a limited address space, which
-// allocation arenas and thread stacks would otherwise use up without being used themselves. Does
+// Reduces the address space that allocation arenas and thread stacks reserve without use. Does
 // nothing when the address space has no limit. REQUIRES: the process has one thread.
 void confineAddressSpace();
 

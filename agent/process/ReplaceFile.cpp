@@ -44,8 +44,7 @@ std::string randomDigits() {
   return digits.str();
 }
 
-// A file of an unpredictable name beside another one, removed unless it takes the other one's
-// place.
+// The new file, beside the file at `path`. The destructor removes a draft that was not renamed.
 class Draft {
  public:
   explicit Draft(const std::filesystem::path& path)
@@ -77,7 +76,7 @@ class Draft {
   bool renamed_ = false;
 };
 
-// Brings the names in a folder to disk. Some file systems have no such operation.
+// Writes the names in a folder to disk. EINVAL: the file system cannot sync folders.
 void syncFolder(const std::filesystem::path& folder) {
   const Descriptor descriptor(
       ::open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
@@ -86,7 +85,7 @@ void syncFolder(const std::filesystem::path& folder) {
 
 }  // namespace
 
-void replaceFile(const std::string& what, const std::filesystem::path& path,
+void replaceFile(const std::string& kind, const std::filesystem::path& path,
                  const std::string& content) {
   try {
     Draft draft(path);
@@ -94,7 +93,7 @@ void replaceFile(const std::string& what, const std::filesystem::path& path,
     draft.rename(path);
     syncFolder(path.parent_path());
   } catch (const std::system_error& failure) {
-    throw FileError(what + " " + path.string() +
+    throw FileError(kind + " " + path.string() +
                     ": cannot be written: " + failure.code().message());
   }
 }

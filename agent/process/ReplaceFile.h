@@ -1,4 +1,4 @@
-// Files that other programs read while the agent writes them.
+// Replaces files that other programs may be reading.
 
 #ifndef AGENT_PROCESS_REPLACEFILE_H
 #define AGENT_PROCESS_REPLACEFILE_H
@@ -9,20 +9,20 @@
 
 namespace agent {
 
-// A file cannot be written. One line.
+// The reason why a file cannot be written, in one line.
 class FileError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
 
-// Replaces a file, or makes it, in one step: a reader sees the old content or the new content, and
-// the new content is on disk when the call returns. The content goes into a new file of an
-// unpredictable name in the same folder, which is then renamed; a symbolic link at the path is
-// replaced, never followed. The file is readable by everybody whom the umask of the process allows.
+// Creates or replaces a file in one step: a reader sees the old content or the new content. The new
+// content is on disk when the function returns. Writes a draft with an unpredictable name in the
+// same folder, and renames the draft. Replaces a symbolic link at the path without following the
+// link. The mode of the file is 0644 without the bits of the umask.
 //
-// what names the kind of the file in a failure. Throws FileError; the file is then as it was,
-// unless only the folder could not be brought to disk.
-void replaceFile(const std::string& what, const std::filesystem::path& path,
+// kind: names the kind of the file in the reason of a failure. Thread-safety: any thread. Throws
+// FileError. The file is then unchanged, unless only the sync of the folder failed.
+void replaceFile(const std::string& kind, const std::filesystem::path& path,
                  const std::string& content);
 
 }  // namespace agent

@@ -23,7 +23,7 @@ StopSignals::StopSignals(std::chrono::milliseconds patience, std::function<void(
   thread_ = std::thread([this] { takeSignal(); });
 }
 
-// A signal to the thread alone ends its wait for one.
+// A signal to the thread ends its sigwait.
 StopSignals::~StopSignals() {
   {
     const MutexLock lock(mutex_);

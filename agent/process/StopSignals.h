@@ -1,4 +1,4 @@
-// The signals that the agent acts on.
+// The signals that stop the agent.
 
 #ifndef AGENT_PROCESS_STOPSIGNALS_H
 #define AGENT_PROCESS_STOPSIGNALS_H
@@ -13,15 +13,17 @@
 
 namespace agent {
 
-// Takes SIGINT and SIGTERM with a thread of its own. Both are blocked in the thread that makes this
-// object and in all threads that it starts later, so make it first. SIGHUP is ignored because the
-// agent has no log files to reopen; SIGPIPE is ignored because every write says by itself that its
-// reader is gone.
+// Receives SIGINT and SIGTERM on a thread. Blocks both signals in the constructing thread and in
+// all threads that the constructing thread starts later. Ignores SIGHUP, because the agent has no
+// log files to reopen, and SIGPIPE, because every write reports a closed reader as an error.
 //
-// A start that is asked to stop gives up at the end of its step. When it has not ended after
-// patience, the thread calls onOverdue, which is to end the process.
+// After a signal, a start ends at the end of its present step. When the start has not ended after
+// `patience`, the thread calls onOverdue, which ends the process.
 //
-// One at a time in a process. Thread-safety: any thread.
+// Thread-safety: any thread.
+// Ownership: owns the thread.
+// Errors: the constructor throws std::system_error; the other functions throw nothing.
+// REQUIRES: one object in the process, constructed before other threads.
 class StopSignals {
  public:
   StopSignals(std::chrono::milliseconds patience, std::function<void()> onOverdue);
@@ -30,13 +32,13 @@ class StopSignals {
   StopSignals(const StopSignals&) = delete;
   StopSignals& operator=(const StopSignals&) = delete;
 
-  // Whether a signal asked the agent to stop.
+  // Whether a signal has arrived.
   bool arrived();
 
-  // The start is over; onOverdue is not called from here on.
+  // Prevents calls of onOverdue from now on.
   void startEnded();
 
-  // Waits until a signal asks the agent to stop.
+  // Waits until a signal arrives.
   void wait();
 
  private:

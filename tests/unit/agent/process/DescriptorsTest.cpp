@@ -1,4 +1,4 @@
-// How many connections the file descriptors of the process allow.
+// The share of the file descriptors for incoming connections.
 
 #include "agent/process/Descriptors.h"
 
@@ -9,7 +9,7 @@ namespace {
 
 using agent::connectionsWithin;
 
-TEST(Descriptors, AllowWhatIsWantedWhenThereAreEnough) {
+TEST(Descriptors, AllowTheWantedConnectionsOfAHighLimit) {
   EXPECT_EQ(500U, connectionsWithin(1600, 500));
   EXPECT_EQ(500U, connectionsWithin(1000000, 500));
 }

@@ -1,4 +1,4 @@
-// What the process may still allocate.
+// The limits of memory and of addresses.
 
 #include "agent/process/MemoryBudget.h"
 
@@ -20,7 +20,7 @@ class Budget : public testing::Test {
  protected:
   MemoryUse use_;
   int releases_ = 0;
-  std::size_t released_ = 0;  // by each release
+  std::size_t released_ = 0;  // bytes of each release
   std::chrono::steady_clock::time_point now_{std::chrono::hours(1)};
   MemoryBudget budget_{[this] { return use_; },
                        [this] {
@@ -35,14 +35,14 @@ TEST_F(Budget, AllowsAnythingWithoutALimit) {
   EXPECT_EQ(0, releases_);
 }
 
-TEST_F(Budget, KeepsAnEighthOfTheResidentLimitFree) {
+TEST_F(Budget, ReservesAnEighthOfTheResidentLimit) {
   use_.residentLimit = 800;
   use_.resident = 100;
   EXPECT_TRUE(budget_.allows(600));
   EXPECT_FALSE(budget_.allows(601));
 }
 
-TEST_F(Budget, KeepsAnEighthOfTheAddressSpaceFree) {
+TEST_F(Budget, ReservesAnEighthOfTheAddressSpace) {
   use_.addressLimit = 800;
   use_.addresses = 100;
   EXPECT_TRUE(budget_.allows(600));
@@ -55,7 +55,7 @@ TEST_F(Budget, AllowsNothingWhenTheUseIsOverTheLimit) {
   EXPECT_FALSE(budget_.allows(1));
 }
 
-TEST_F(Budget, CountsMemoryThatTheAllocatorGivesBack) {
+TEST_F(Budget, CountsMemoryThatTheAllocatorReleases) {
   use_.residentLimit = 800;
   use_.resident = 600;
   released_ = 500;
@@ -63,7 +63,7 @@ TEST_F(Budget, CountsMemoryThatTheAllocatorGivesBack) {
   EXPECT_EQ(1, releases_);
 }
 
-TEST_F(Budget, AsksTheAllocatorOnceASecond) {
+TEST_F(Budget, ReleasesMemoryAtMostOnceASecond) {
   use_.residentLimit = 800;
   use_.resident = 700;
   EXPECT_FALSE(budget_.allows(1));
@@ -75,7 +75,7 @@ TEST_F(Budget, AsksTheAllocatorOnceASecond) {
   EXPECT_EQ(2, releases_);
 }
 
-TEST(ProcessMemory, HasAUseAndAtMostTheConfiguredLimit) {
+TEST(ProcessMemory, HasAtMostTheConfiguredLimit) {
   const MemoryUse use = agent::processMemory(1000000)();
   EXPECT_LE(use.residentLimit, 1000000U);
   EXPECT_LT(0U, use.resident);
@@ -91,7 +91,8 @@ TEST(ProcessMemory, IsLimitedByTheMachineWhenMoreIsConfigured) {
   EXPECT_EQ(limit, agent::processMemory(MemoryUse::kNoLimit - 1)().residentLimit);
 }
 
-// Limits the address space to more than the process can use, as long as this lives.
+// Sets a limit of the address space that the process cannot reach. The destructor restores the
+// limit.
 class LimitedAddresses {
  public:
   LimitedAddresses() {

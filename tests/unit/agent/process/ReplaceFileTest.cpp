@@ -1,4 +1,4 @@
-// Files that are replaced in one step.
+// Replacement of files in one step.
 
 #include "agent/process/ReplaceFile.h"
 
@@ -24,11 +24,11 @@ using support::readFile;
 using testing::ElementsAre;
 using testing::UnorderedElementsAre;
 
-std::function<int(int descriptor)> onSync;  // what fsync does; empty for the system's
+std::function<int(int descriptor)> onSync;  // replaces fsync unless empty
 
 }  // namespace
 
-// Replaces the C library's in this program.
+// Replaces fsync of the C library in this program.
 int fsync(int descriptor) {
   return onSync ? onSync(descriptor) : static_cast<int>(syscall(SYS_fsync, descriptor));
 }
@@ -47,8 +47,8 @@ class ReplacedFile : public testing::Test {
     return result;
   }
 
-  // What replacing a file says; empty when it succeeds.
-  static std::string refusal(const std::string& path) {
+  // The reason of a failed replacement; empty after success.
+  static std::string failureOf(const std::string& path) {
     try {
       replaceFile("note", path, "new");
     } catch (const agent::FileError& failure) {
@@ -67,7 +67,7 @@ TEST_F(ReplacedFile, HasTheNewContentAndLeavesNoDraft) {
   EXPECT_THAT(names(), UnorderedElementsAre("file"));
 }
 
-TEST_F(ReplacedFile, TakesThePlaceOfASymbolicLinkWithoutFollowingIt) {
+TEST_F(ReplacedFile, ReplacesASymbolicLink) {
   const std::string target = directory_.write("target", "untouched");
   std::filesystem::create_symlink(target, directory_.file("file"));
   replaceFile("note", directory_.file("file"), "new");
@@ -76,7 +76,7 @@ TEST_F(ReplacedFile, TakesThePlaceOfASymbolicLinkWithoutFollowingIt) {
   EXPECT_EQ("new", readFile(directory_.file("file")));
 }
 
-TEST_F(ReplacedFile, DoesNotUseALinkPlantedForItsDraft) {
+TEST_F(ReplacedFile, IgnoresALinkWithAGuessedNameOfTheDraft) {
   const std::string target = directory_.write("target", "untouched");
   std::filesystem::create_symlink(target, directory_.file("file.new"));
   replaceFile("note", directory_.file("file"), "new");
@@ -84,7 +84,7 @@ TEST_F(ReplacedFile, DoesNotUseALinkPlantedForItsDraft) {
   EXPECT_THAT(names(), UnorderedElementsAre("file", "file.new", "target"));
 }
 
-TEST_F(ReplacedFile, IsReadableByAllWhomTheUmaskAllows) {
+TEST_F(ReplacedFile, HasTheModeThatTheUmaskAllows) {
   const std::string path = directory_.file("file");
   for (const auto& [mask, expected] : {std::pair{0022, 0644}, std::pair{0027, 0640}}) {
     const mode_t before = ::umask(static_cast<mode_t>(mask));
@@ -94,42 +94,53 @@ TEST_F(ReplacedFile, IsReadableByAllWhomTheUmaskAllows) {
   }
 }
 
-TEST_F(ReplacedFile, StaysAsItWasWhenItCannotBeReplaced) {
+TEST_F(ReplacedFile, IsUnchangedWhenTheRenameFails) {
   const std::string folder = directory_.file("folder");
   std::filesystem::create_directory(folder);
-  EXPECT_EQ("note " + folder + ": cannot be written: Is a directory", refusal(folder));
+  EXPECT_EQ("note " + folder + ": cannot be written: Is a directory", failureOf(folder));
   EXPECT_THAT(names(), UnorderedElementsAre("folder"));
 }
 
-TEST_F(ReplacedFile, IsOnDiskBeforeItGetsItsNameAndItsNameAtTheEnd) {
+// A call of fsync: of a folder or of a file, and the content of the replaced file at that moment.
+struct Sync {
+  bool isFolder;
+  std::size_t bytes;  // of a file
+  std::string present;
+};
+bool operator==(const Sync& left, const Sync& right) {
+  return left.isFolder == right.isFolder && left.bytes == right.bytes &&
+         left.present == right.present;
+}
+
+TEST_F(ReplacedFile, IsSyncedBeforeTheRenameAndItsFolderAfterwards) {
   const std::string path = directory_.write("file", "old");
-  std::vector<std::string> synced;
+  std::vector<Sync> synced;
   onSync = [&](int descriptor) {
     struct stat status {};
     fstat(descriptor, &status);
-    const std::string what =
-        S_ISDIR(status.st_mode) ? "folder" : std::to_string(status.st_size) + " bytes";
-    synced.push_back(what + " beside " + readFile(path));
+    const bool isFolder = S_ISDIR(status.st_mode);
+    const std::size_t bytes = isFolder ? 0 : static_cast<std::size_t>(status.st_size);
+    synced.push_back({isFolder, bytes, readFile(path)});
     return 0;
   };
   replaceFile("note", path, "new");
-  EXPECT_THAT(synced, ElementsAre("3 bytes beside old", "folder beside new"));
+  EXPECT_THAT(synced, ElementsAre(Sync{false, 3, "old"}, Sync{true, 0, "new"}));
 }
 
-TEST_F(ReplacedFile, StaysAsItWasWhenItsContentCannotBeBroughtToDisk) {
+TEST_F(ReplacedFile, IsUnchangedWhenTheSyncFails) {
   const std::string path = directory_.write("file", "old");
   onSync = [](int) {
     errno = EIO;
     return -1;
   };
-  EXPECT_EQ("note " + path + ": cannot be written: Input/output error", refusal(path));
+  EXPECT_EQ("note " + path + ": cannot be written: Input/output error", failureOf(path));
   EXPECT_EQ("old", readFile(path));
   EXPECT_THAT(names(), UnorderedElementsAre("file"));
 }
 
-TEST_F(ReplacedFile, IsRefusedInAFolderThatIsNotThere) {
+TEST_F(ReplacedFile, IsRefusedInAMissingFolder) {
   const std::string path = directory_.file("none/file");
-  EXPECT_EQ("note " + path + ": cannot be written: No such file or directory", refusal(path));
+  EXPECT_EQ("note " + path + ": cannot be written: No such file or directory", failureOf(path));
 }
 
 TEST_F(ReplacedFile, MayHaveAPathWithoutAFolder) {

@@ -1,4 +1,4 @@
-// The signals that end the agent.
+// The signals that stop the agent.
 
 #include "agent/process/StopSignals.h"
 
@@ -20,7 +20,7 @@ void ignore() {}
 
 class StoppedBy : public testing::TestWithParam<int> {};
 
-TEST_P(StoppedBy, WakesWhoeverWaits) {
+TEST_P(StoppedBy, WakesTheWaitingThread) {
   StopSignals signals(hours(1), ignore);
   signals.startEnded();
   EXPECT_FALSE(signals.arrived());
@@ -31,21 +31,21 @@ TEST_P(StoppedBy, WakesWhoeverWaits) {
 
 INSTANTIATE_TEST_SUITE_P(Signals, StoppedBy, testing::Values(SIGINT, SIGTERM));
 
-TEST(StopSignals, IgnoreTheEndOfATerminalAndOfAReader) {
+TEST(StopSignals, IgnoreSighupAndSigpipe) {
   StopSignals signals(hours(1), ignore);
   ::kill(::getpid(), SIGHUP);
   ::kill(::getpid(), SIGPIPE);
   EXPECT_FALSE(signals.arrived());
 }
 
-TEST(StopSignals, EndAStartThatIsOverdue) {
+TEST(StopSignals, CallOnOverdueWhenAStartDoesNotEnd) {
   std::promise<void> overdue;
   StopSignals signals(milliseconds(1), [&overdue] { overdue.set_value(); });
   ::kill(::getpid(), SIGTERM);
   EXPECT_EQ(std::future_status::ready, overdue.get_future().wait_for(minutes(1)));
 }
 
-TEST(StopSignals, LetAStartThatEndsInTimeAlone) {
+TEST(StopSignals, DoNotCallOnOverdueAfterTheEndOfTheStart) {
   std::atomic<bool> overdue{false};
   {
     StopSignals signals(hours(1), [&overdue] { overdue = true; });
@@ -56,7 +56,7 @@ TEST(StopSignals, LetAStartThatEndsInTimeAlone) {
   EXPECT_FALSE(overdue);
 }
 
-TEST(StopSignals, MayGoInTheMiddleOfAStart) {
+TEST(StopSignals, DoNotCallOnOverdueAfterTheirDestruction) {
   std::atomic<bool> overdue{false};
   {
     StopSignals signals(hours(1), [&overdue] { overdue = true; });

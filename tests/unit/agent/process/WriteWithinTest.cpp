@@ -1,4 +1,4 @@
-// Tests of writeWithin on a pipe that nobody reads.
+// writeWithin on full pipes, slow and closed readers, and files.
 
 #include "agent/process/WriteWithin.h"
 
@@ -21,19 +21,19 @@ using agent::kNoLimit;
 using agent::writeWithin;
 using std::chrono::milliseconds;
 
-TEST(WriteWithin, GivesUpWhenAPipeStaysFull) {
+TEST(WriteWithin, FailsWhenAPipeStaysFull) {
   const support::FullPipe pipe;
   EXPECT_FALSE(writeWithin(pipe.writer(), "text", milliseconds(0)));
   EXPECT_FALSE(writeWithin(pipe.writer(), "text", milliseconds(1)));
 }
 
-TEST(WriteWithin, GivesUpOnAFullPipeThatDoesNotBlock) {
+TEST(WriteWithin, FailsWhenANonblockingPipeStaysFull) {
   const support::FullPipe pipe;
   ::fcntl(pipe.writer(), F_SETFL, O_NONBLOCK);
   EXPECT_FALSE(writeWithin(pipe.writer(), "text", milliseconds(1)));
 }
 
-TEST(WriteWithin, WritesAllToAReaderThatIsSlow) {
+TEST(WriteWithin, WritesTheWholeTextToASlowReader) {
   const support::FullPipe pipe;
   const int size = ::fcntl(pipe.writer(), F_GETPIPE_SZ);
   ::fcntl(pipe.writer(), F_SETFL, O_NONBLOCK);
@@ -51,7 +51,7 @@ TEST(WriteWithin, WritesAllToAReaderThatIsSlow) {
   EXPECT_EQ(text, read.substr(read.size() - text.size()));
 }
 
-TEST(WriteWithin, FailsWhenTheReaderIsGone) {
+TEST(WriteWithin, FailsWithoutAReader) {
   std::signal(SIGPIPE, SIG_IGN);
   std::array<int, 2> ends{};
   ASSERT_EQ(0, ::pipe(ends.data()));
