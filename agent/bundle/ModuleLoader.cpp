@@ -22,7 +22,7 @@ std::string symbolName() {
   return std::string("_make_") + kService;
 }
 
-// The linker's lines begin with the file, if they name it at all.
+// The error of the dynamic linker, with the file in front unless the linker names the file there.
 std::string dlerrorAbout(const std::string& file) {
   const std::string text = dlerror();
   return text.compare(0, file.size(), file) == 0 ? text : file + ": " + text;
@@ -35,8 +35,8 @@ Library open(const std::string& file, int flags) {
   return Library(dlopen(file.c_str(), RTLD_LAZY | RTLD_LOCAL | flags), dlclose);
 }
 
-// Opens the file for a look: what the dynamic linker says of it is the clearest reason there is.
-// The configurator would only print it.
+// Opens and closes the library, to get the error of the dynamic linker. The configurator prints
+// that error and returns no reason.
 void checkFile(const std::string& file) {
   const Library library = open(file, 0);
   if (!library) {
@@ -47,15 +47,15 @@ void checkFile(const std::string& file) {
   }
 }
 
-// The file's name as a directive can carry it. The configurator reads a quoted text up to the last
-// such quote of the line, so nothing else in the directive may be quoted.
+// The name of the file, quoted for a directive. The configurator reads up to the last such quote of
+// the line, so that the directive must not contain another quoted text.
 std::string quotedName(const std::string& file) {
   for (const char quote : {'"', '\''}) {
     if (file.find(quote) == std::string::npos) {
       return quote + file + quote;
     }
   }
-  throw ModuleError("module " + file + ": the name has both kinds of quotes in it");
+  throw ModuleError("module " + file + ": the name contains both kinds of quotes");
 }
 
 std::string describe(ProcessException& failure) {
@@ -63,12 +63,13 @@ std::string describe(ProcessException& failure) {
          (failure.detail.str().empty() ? "" : ": " + failure.detail.str());
 }
 
-// The configurator reports some failures by its result and all of them by not knowing the service.
+// The configurator reports only some failures by its result. After any failure, it does not have
+// the service.
 bool isLoaded() {
   return ACE_Service_Repository::instance()->find(kService) == 0;
 }
 
-// Processes a directive; the reason of its failure, empty when it succeeded.
+// Processes a directive. Returns the reason of a failure, or an empty text.
 std::string process(const std::string& directive) {
   try {
     return ACE_Service_Config::process_directive(directive.c_str()) == 0
@@ -81,13 +82,13 @@ std::string process(const std::string& directive) {
   } catch (const std::exception& failure) {
     return std::string("it failed: ") + failure.what();
   } catch (...) {
-    return "it failed with an exception of its own";
+    return "it failed with an exception of an unknown type";
   }
 }
 
-// A service whose init throws is destroyed by the configurator without its fini, and its library
-// stays open. What the init has left behind is of the library, so the fini of another service ends
-// it.
+// Cleans up after an init that threw: the configurator has destroyed the service without fini, and
+// has not closed the library. The state of a half-done init belongs to the library, not to the
+// service object, so that fini of a second service object releases the state.
 void undoFailedStart(const std::string& path) {
   const Library library = open(path, RTLD_NOLOAD);
   if (!library) {
@@ -103,7 +104,7 @@ void undoFailedStart(const std::string& path) {
 
 }  // namespace
 
-// Left to itself, the configurator keeps a library mapped that does not ask to be unmapped.
+// By default, the configurator unmaps only libraries that request unmapping.
 ModuleLoader::ModuleLoader(std::filesystem::path file) : file_(std::move(file)) {
   ACE_DLL_Manager::instance()->unload_policy(ACE_DLL_UNLOAD_POLICY_PER_PROCESS);
 }
@@ -140,7 +141,7 @@ void ModuleLoader::unload() noexcept {
     try {
       undoFailedStart(path_);
     } catch (...) {
-      // It stays as it is.
+      // The library stays mapped.
     }
   }
 }

@@ -9,15 +9,17 @@
 
 namespace agent {
 
-// The module cannot be loaded or does not start. One line, naming the file and the reason.
+// The reason why the module cannot be loaded or started, in one line with the file.
 class ModuleError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
 
-// One module file, loaded or not.
+// Loads and unloads one module file.
 //
 // Thread-safety: one thread at a time.
+// Ownership: the service configurator owns the service object and the mapped library.
+// Errors: load throws ModuleError; unload throws nothing.
 class ModuleLoader {
  public:
   explicit ModuleLoader(std::filesystem::path file);
@@ -28,22 +30,22 @@ class ModuleLoader {
   ModuleLoader(const ModuleLoader&) = delete;
   ModuleLoader& operator=(const ModuleLoader&) = delete;
 
-  // Maps the file, makes its service object and inits it. Throws ModuleError; whatever is mapped
-  // then is taken out by unload, under its condition.
+  // Maps the file, and creates and initialises its service object. Throws ModuleError. After a
+  // failure the file may still be mapped: call unload.
   void load();
 
-  // Finis and destroys the service object and unmaps the file. REQUIRES: nobody uses an object of
-  // the module any more: no request runs in it, no servant or iterator of it is left. Does nothing
-  // when nothing is loaded.
+  // Calls fini, destroys the service object and unmaps the file. Does nothing when nothing is
+  // loaded. REQUIRES: no request runs in the module, and no servant or iterator of the module
+  // exists.
   void unload() noexcept;
 
   bool loaded() const { return loaded_; }
 
  private:
   const std::filesystem::path file_;
-  std::string path_;  // as it was loaded
+  std::string path_;  // absolute, of the last load
   bool loaded_ = false;
-  bool failed_ = false;  // its start, so that something of it may be left
+  bool failed_ = false;  // the last load failed: the library may still be mapped
 };
 
 }  // namespace agent
