@@ -1,4 +1,4 @@
-// The agent as its console sees it.
+// The interface through which the console controls the agent.
 
 #ifndef AGENT_CONSOLE_AGENTCONTROL_H
 #define AGENT_CONSOLE_AGENTCONTROL_H
@@ -8,15 +8,16 @@
 namespace agent {
 
 // Thread-safety: any thread.
+// Ownership: borrowed; users never destroy an AgentControl.
+// Errors: every function may throw std::exceptions, whose text is one line, and CORBA exceptions.
 class AgentControl {
  public:
   virtual TopoAgent::Status_T status() = 0;
 
   virtual void setTestSwitch(bool on) = 0;
 
-  // Takes the module out and puts it in again; one reload after another. Throws a std::exception
-  // whose text is one line, or a CORBA exception, when that fails. Not from within a request to the
-  // manager or an iterator.
+  // Unloads and loads the module. Concurrent reloads run one after the other. REQUIRES: not called
+  // within a request to a manager or an iterator.
   virtual void reloadModule() = 0;
 
  protected:

@@ -51,17 +51,17 @@ TopoAgent::BackupPart_T tmfPart(const Backups::Part& part) {
   return result;
 }
 
-// Who gets the reason of an internal error. The log always gets the reason.
-enum class Reason { kForTheLog, kForTheClientToo };
+// The recipients of the reason of an internal error.
+enum class Reason { kLogOnly, kLogAndClient };
 
-// Throws the exception of a failure.
+// Throws the exception of a failed outcome. Returns after success.
 void raise(const char* operation, const Outcome& outcome, Reason reason) {
   const Outcome answer = logInternalError(operation, outcome);
   NS_CORBA::ThrowException(answer.code,
-                           reason == Reason::kForTheClientToo ? outcome.reason : answer.reason);
+                           reason == Reason::kLogAndClient ? outcome.reason : answer.reason);
 }
 
-// The outcome of a piece of work, whatever it throws.
+// Runs the work and translates every exception into an outcome.
 template <typename Work>
 Outcome outcomeOf(Work work) {
   try {
@@ -79,9 +79,9 @@ Outcome outcomeOf(Work work) {
   }
 }
 
-// Runs an operation up to its outcome, and raises that.
+// Runs an operation and raises the exception of a failed outcome.
 template <typename Work>
-void perform(const char* operation, Work work, Reason reason = Reason::kForTheLog) {
+void perform(const char* operation, Work work, Reason reason = Reason::kLogOnly) {
   raise(operation, outcomeOf(work), reason);
 }
 
@@ -120,7 +120,7 @@ TopoAgent::ImportSummary_T ConsoleServant::importNetwork(const char* fileName,
 CORBA::ULongLong ConsoleServant::beginBackup() {
   std::uint64_t id = 0;
   perform(
-      "beginBackup", [&] { return backups_.begin(id); }, Reason::kForTheClientToo);
+      "beginBackup", [&] { return backups_.begin(id); }, Reason::kLogAndClient);
   return id;
 }
 
@@ -134,7 +134,7 @@ TopoAgent::BackupPart_T* ConsoleServant::continueBackup(CORBA::ULongLong backup)
         result = new TopoAgent::BackupPart_T(tmfPart(part));
         return outcome;
       },
-      Reason::kForTheClientToo);
+      Reason::kLogAndClient);
   return result._retn();
 }
 
@@ -168,7 +168,7 @@ void ConsoleServant::reloadModule() {
         control_.reloadModule();
         return Outcome{};
       },
-      Reason::kForTheClientToo);
+      Reason::kLogAndClient);
 }
 
 }  // namespace agent

@@ -10,10 +10,12 @@
 
 namespace agent {
 
+// Forwards each operation to a service or to the agent, and translates failures.
+//
 // Thread-safety: any thread.
 // Ownership: borrows the services and the control, which outlive this servant.
-// Errors: every operation throws ProcessingFailureException alone; the cause of an internal error
-// is logged.
+// Errors: every operation throws only ProcessingFailureException; the cause of an internal error is
+// logged.
 class ConsoleServant final : public POA_TopoAgent::Console_I {
  public:
   ConsoleServant(NodeService& nodes, Backups& backups, AgentControl& control)

@@ -1,4 +1,4 @@
-// Admission of imports by the memory that reading their files takes.
+// Admission of imports by the memory that the parsing of their files needs.
 
 #ifndef AGENT_CONSOLE_IMPORTADMISSION_H
 #define AGENT_CONSOLE_IMPORTADMISSION_H
@@ -13,17 +13,18 @@
 
 namespace agent {
 
-// An import reserves memory before its arguments are decoded, and until its reply was sent.
+// Reserves memory for each import, before its arguments are decoded and until its reply was sent.
 //
-// Thread-safety: any thread. Ownership: outlives the reservations. Errors: admit throws
-// CORBA::NO_RESOURCES and logs.
+// Thread-safety: any thread.
+// Ownership: owns its counter; outlives the reservations.
+// Errors: admit throws CORBA::NO_RESOURCES, and logs refusals at a limited rate.
 class ImportAdmission {
  public:
   // Whether the process may allocate so many bytes more. Called from any thread.
   using Allows = std::function<bool(std::size_t bytes)>;
 
-  // The most memory that one byte of a file takes while the file is read: XML nodes and JSON values
-  // of two or three characters take the most.
+  // The most memory that the parser needs for one byte of a file. XML nodes and JSON values of two
+  // or three characters need the most.
   static constexpr std::size_t kBytesOfByte = 40;
 
   ImportAdmission(Allows allows, RefusalLog::Clock clock);
@@ -36,7 +37,7 @@ class ImportAdmission {
   // imports in progress.
   std::shared_ptr<void> admit(const orb::Request& request);
 
-  // The bytes of all reservations.
+  // The sum of all reservations in bytes.
   std::size_t reserved() const;
 
  private:

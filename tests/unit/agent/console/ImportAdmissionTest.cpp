@@ -1,4 +1,4 @@
-// Imports and the memory that reading their files takes.
+// Admission of imports by memory.
 
 #include "agent/console/ImportAdmission.h"
 
@@ -21,13 +21,13 @@ class Imports : public testing::Test {
                              std::chrono::steady_clock::now};
 };
 
-TEST_F(Imports, AreRefusedWhenReadingThemTakesMoreMemoryThanThereIs) {
+TEST_F(Imports, AreRefusedWhenMemoryIsShort) {
   EXPECT_THROW(admission_.admit(importOf(101)), CORBA::NO_RESOURCES);
   EXPECT_EQ(0U, admission_.reserved());
   EXPECT_NE(nullptr, admission_.admit(importOf(100)));
 }
 
-TEST_F(Imports, ShareTheMemoryUntilTheyHaveEnded) {
+TEST_F(Imports, ReserveMemoryUntilTheirEnd) {
   auto first = admission_.admit(importOf(60));
   EXPECT_EQ(60 * kFactor, admission_.reserved());
   EXPECT_THROW(admission_.admit(importOf(41)), CORBA::NO_RESOURCES);
@@ -38,7 +38,7 @@ TEST_F(Imports, ShareTheMemoryUntilTheyHaveEnded) {
   EXPECT_NE(nullptr, admission_.admit(importOf(60)));
 }
 
-TEST_F(Imports, AloneAreAdmittedByTheirSize) {
+TEST_F(Imports, AreTheOnlyRequestsThatReserveMemory) {
   free_ = 0;
   EXPECT_EQ(nullptr, admission_.admit({"createNode", "127.0.0.1", 1000}));
   EXPECT_THROW(admission_.admit(importOf(1)), CORBA::NO_RESOURCES);
