@@ -6,11 +6,13 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <future>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "agent/northbound/Northbound.h"
+#include "tests/support/Task.h"
 
 namespace {
 
@@ -331,6 +333,38 @@ TEST(NorthboundViews, KeepMemoryForACopyOfWhatTheIteratorsHold) {
   manager->getTopoSubnetworkViewInfo(0, list.out(), iterator.out());
   EXPECT_EQ(std::vector<std::size_t>{8400}, asked);
   northbound.retire();
+}
+
+TEST(NorthboundSetters, WaitingForTheirAdmissionAreRejectedByRetire) {
+  const auto server = orb::startServer({}, {"127.0.0.1", 0}, nullptr);
+  agent::ViewSetup setup;
+  setup.limits.views = 1;
+  agent::Northbound northbound(*server, "EMS", false, {}, setup);
+  northbound.open();
+  std::promise<void> runs;
+  std::promise<void> mayEnd;
+  auto* const servant = new NotingManager;
+  servant->inSetter = [&] {
+    runs.set_value();
+    mayEnd.get_future().wait();
+  };
+  northbound.managers().serve("A", servant);
+  const CORBA::Object_var reference = northbound.managers().reference("A");
+  const auto manager =
+      TopoManagementManager::TopoMgr_I_var(TopoManagementManager::TopoMgr_I::_narrow(reference));
+  const auto set = [&manager] {
+    globaldefs::NVSList_T information;
+    manager->setAdditionalInfo({}, information);
+  };
+  support::Task running(set);
+  runs.get_future().wait();
+  support::Task waiting(set);
+  EXPECT_TRUE(waiting.waits());
+  support::Task retiring([&northbound] { northbound.retire(); });
+  EXPECT_THROW(waiting.get(), CORBA::TRANSIENT);
+  mayEnd.set_value();
+  EXPECT_NO_THROW(running.get());
+  retiring.get();
 }
 
 }  // namespace

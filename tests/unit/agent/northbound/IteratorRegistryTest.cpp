@@ -271,6 +271,63 @@ TEST_F(IteratorHousekeeping, EndsACreationWhoseIteratorIsGone) {
   EXPECT_EQ(0U, registry_.size());
 }
 
+// The clock is read before the place is reserved and after the activation.
+TEST(IteratorActivation, BeginsTheIdleTime) {
+  const std::unique_ptr<orb::Server> server = orb::startServer({}, {"127.0.0.1", 0}, nullptr);
+  IteratorRegistry::TimePoint now{};
+  IteratorRegistry registry(server->rootPoa(), IteratorLimits{milliseconds(1000), 3, 1000}, [&] {
+    now += milliseconds(600);
+    return now;
+  });
+  registry.open();
+  ASSERT_EQ(agent::kSuccess, registry.add(new CountedServant(registry), 0));
+  EXPECT_EQ(0U, registry.reclaimIdle());
+}
+
+TEST(IteratorActivation, IsNotInterruptedByAReclaim) {
+  const std::unique_ptr<orb::Server> server = orb::startServer({}, {"127.0.0.1", 0}, nullptr);
+  IteratorRegistry::TimePoint now{};
+  std::function<void()> onClock;
+  IteratorRegistry registry(server->rootPoa(), IteratorLimits{milliseconds(1000), 3, 1000}, [&] {
+    if (onClock) {
+      std::exchange(onClock, nullptr)();
+    }
+    return now;
+  });
+  registry.open();
+  std::size_t reclaimed = 0;
+  onClock = [&] {
+    onClock = [&] {
+      now += milliseconds(1000);
+      reclaimed = registry.reclaimIdle();
+    };
+  };
+  ASSERT_EQ(agent::kSuccess, registry.add(new CountedServant(registry), 0));
+  EXPECT_EQ(0U, reclaimed);
+  EXPECT_EQ(1U, registry.size());
+}
+
+TEST_F(IteratorHousekeeping, RefusesAServantThatIsRegistered) {
+  CountedServant* const made = added(600);
+  EXPECT_EQ(agent::kInternalError, registry_.add(made, 400));
+  EXPECT_EQ(600U, registry_.bytes());
+  EXPECT_EQ(1U, registry_.size());
+}
+
+TEST_F(IteratorHousekeeping, KeepsTheIdleTimeOfAServantThatAnotherThreadAddedAgain) {
+  CountedServant* const made = servant();
+  {
+    IteratorRegistry::Creation creation(registry_);
+    made->_add_ref();
+    ASSERT_EQ(agent::kSuccess, registry_.add(made, 0));
+    ASSERT_TRUE(registry_.deactivate(made));
+    std::thread other([&] { EXPECT_EQ(agent::kSuccess, registry_.add(made, 0)); });
+    other.join();
+    now_ += milliseconds(1000);
+  }
+  EXPECT_EQ(1U, registry_.reclaimIdle());
+}
+
 // --- End.
 
 TEST_F(IteratorHousekeeping, RefusesIteratorsWhenItIsNotOpen) {
