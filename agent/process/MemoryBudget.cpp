@@ -61,18 +61,19 @@ std::size_t limitOfGroup(const std::filesystem::path& mount, std::filesystem::pa
 }
 
 // Each line of the file is NUMBER:CONTROLLERS:PATH. The line of version 2 has no controllers.
-std::size_t groupLimit() {
+std::size_t groupLimit(const std::filesystem::path& root) {
   std::size_t limit = MemoryUse::kNoLimit;
-  std::ifstream groups("/proc/self/cgroup");
+  const std::filesystem::path mount = root / "sys/fs/cgroup";
+  std::ifstream groups(root / "proc/self/cgroup");
   for (std::string line; std::getline(groups, line);) {
     const std::size_t controllers = line.find(':') + 1;
     const std::size_t path = line.find(':', controllers) + 1;
     const std::string names = line.substr(controllers, path - 1 - controllers);
     if (names.empty()) {
-      limit = std::min(limit, limitOfGroup("/sys/fs/cgroup", line.substr(path), "memory.max"));
+      limit = std::min(limit, limitOfGroup(mount, line.substr(path), "memory.max"));
     } else if (names == "memory") {
-      limit = std::min(
-          limit, limitOfGroup("/sys/fs/cgroup/memory", line.substr(path), "memory.limit_in_bytes"));
+      limit = std::min(limit,
+                       limitOfGroup(mount / "memory", line.substr(path), "memory.limit_in_bytes"));
     }
   }
   return limit;
@@ -130,10 +131,10 @@ void MemoryBudget::releaseFreed() {
 }
 
 // Subtracts freed parts of the heap from the used addresses: an allocation can reuse these parts.
-MemoryBudget::Probe processMemory(std::size_t configured) {
+MemoryBudget::Probe processMemory(std::size_t configured, const std::filesystem::path& root) {
   MemoryUse limits;
   limits.addressLimit = addressLimit();
-  limits.residentLimit = std::min(groupLimit(), machineMemory());
+  limits.residentLimit = std::min(groupLimit(root), machineMemory());
   if (configured != 0) {
     limits.residentLimit = std::min(limits.residentLimit, configured);
   }

@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <cstddef>
+#include <filesystem>
 #include <functional>
 #include <limits>
 
@@ -55,7 +56,8 @@ class MemoryBudget {
 // Returns a probe of this process. The resident limit is the least of `configured` (0: none), the
 // limits of the control groups of the process, and the memory of the machine. The limit of the
 // address space is RLIMIT_AS. processMemory reads the limits; each call of the probe reads the use.
-MemoryBudget::Probe processMemory(std::size_t configured);
+// `root` is the directory of the files of the control groups: proc/self/cgroup and sys/fs/cgroup.
+MemoryBudget::Probe processMemory(std::size_t configured, const std::filesystem::path& root = "/");
 
 // Reduces the address space that allocation arenas and thread stacks reserve without use. Does
 // nothing when the address space has no limit. REQUIRES: the process has one thread.

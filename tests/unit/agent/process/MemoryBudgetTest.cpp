@@ -6,9 +6,13 @@
 #include <malloc.h>
 #include <sys/resource.h>
 
+#include <filesystem>
 #include <memory>
+#include <string>
 #include <utility>
 #include <vector>
+
+#include "tests/support/TemporaryDirectory.h"
 
 namespace {
 
@@ -89,6 +93,49 @@ TEST(ProcessMemory, IsLimitedByTheMachineWithoutAConfiguredLimit) {
 TEST(ProcessMemory, IsLimitedByTheMachineWhenMoreIsConfigured) {
   const std::size_t limit = agent::processMemory(0)().residentLimit;
   EXPECT_EQ(limit, agent::processMemory(MemoryUse::kNoLimit - 1)().residentLimit);
+}
+
+// --- Control groups.
+
+class ControlGroups : public testing::Test {
+ protected:
+  static constexpr std::size_t kLeast = 1000;
+
+  void write(const std::string& file, const std::string& content) {
+    std::filesystem::create_directories(std::filesystem::path(root_.file(file)).parent_path());
+    root_.write(file, content);
+  }
+
+  std::size_t limit() const { return agent::processMemory(0, root_.path())().residentLimit; }
+
+  const support::TemporaryDirectory root_;
+};
+
+TEST_F(ControlGroups, LimitTheGroupOfTheProcess) {
+  write("proc/self/cgroup", "0::/service/agent\n");
+  write("sys/fs/cgroup/service/memory.max", "max\n");
+  write("sys/fs/cgroup/service/agent/memory.max", "1000\n");
+  EXPECT_EQ(kLeast, limit());
+}
+
+TEST_F(ControlGroups, LimitTheGroupsBelowThem) {
+  write("proc/self/cgroup", "0::/service/agent\n");
+  write("sys/fs/cgroup/service/memory.max", "1000\n");
+  write("sys/fs/cgroup/service/agent/memory.max", "2000\n");
+  EXPECT_EQ(kLeast, limit());
+}
+
+TEST_F(ControlGroups, LimitTheProcessByTheRootOfItsNamespace) {
+  write("proc/self/cgroup", "0::/\n");
+  write("sys/fs/cgroup/memory.max", "1000\n");
+  EXPECT_EQ(kLeast, limit());
+}
+
+TEST_F(ControlGroups, OfVersion1LimitByTheMemoryControllerOnly) {
+  write("proc/self/cgroup", "3:cpu:/other\n2:memory:/service\n");
+  write("sys/fs/cgroup/memory/other/memory.limit_in_bytes", "500\n");
+  write("sys/fs/cgroup/memory/service/memory.limit_in_bytes", "1000\n");
+  EXPECT_EQ(kLeast, limit());
 }
 
 // Sets a limit of the address space that the process cannot reach. The destructor restores the
