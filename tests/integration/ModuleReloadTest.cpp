@@ -155,7 +155,7 @@ TEST_F(ModuleControls, ReportAReloadWhileAnEventIsHandled) {
     std::this_thread::yield();
   }
   EXPECT_EQ(State::kReloading, control_.state());
-  slow.letGo();
+  slow.release();
   reload.get();
   EXPECT_EQ(State::kLoaded, control_.state());
   EXPECT_EQ(2U, control_.loads());
