@@ -1,5 +1,6 @@
 #include "agent/ModuleControl.h"
 
+#include <algorithm>
 #include <chrono>
 #include <future>
 #include <optional>
@@ -8,20 +9,16 @@
 #include "agent/base/Log.h"
 
 namespace agent {
-namespace {
-
-// How long an unload waits until the module has handled the queued events.
-constexpr std::chrono::seconds kEventPatience{10};
-
-}  // namespace
 
 ModuleControl::ModuleControl(const char* manager, std::filesystem::path module,
-                             NetworkWriter& writer, EventManager& events, Northbound& northbound)
+                             NetworkWriter& writer, EventManager& events, Northbound& northbound,
+                             std::chrono::milliseconds eventPatience)
     : manager_(manager),
       module_(std::move(module)),
       writer_(writer),
       events_(events),
       northbound_(northbound),
+      eventPatience_(eventPatience),
       loader_(module_) {}
 
 ModuleControl::~ModuleControl() {
@@ -33,7 +30,7 @@ void ModuleControl::load() {
   try {
     bringIn();
   } catch (...) {
-    takeOut();
+    takeOut(eventDeadline());
     throw;
   }
 }
@@ -55,17 +52,18 @@ std::future<void> ModuleControl::startExchange() {
 
 // No step waits for requests while changes are paused: a waiting request may be a change.
 void ModuleControl::exchange() {
+  const Deadline deadline = eventDeadline();
   std::optional<NetworkWriter::Pause> pause;
   try {
     state_ = State::kReloading;
     northbound_.retire();
     pause.emplace(writer_);
-    takeOut();
+    takeOut(deadline);
     bringIn();
   } catch (...) {
     state_ = State::kMissing;
     pause.reset();
-    takeOut();
+    takeOut(eventDeadline());
     throw;
   }
 }
@@ -73,7 +71,11 @@ void ModuleControl::exchange() {
 void ModuleControl::unload() {
   const MutexLock lock(turn_);
   state_ = State::kMissing;
-  takeOut();
+  takeOut(eventDeadline());
+}
+
+ModuleControl::Deadline ModuleControl::eventDeadline() const {
+  return std::chrono::steady_clock::now() + eventPatience_;
 }
 
 // After a failure the module may be loaded in part.
@@ -87,11 +89,15 @@ void ModuleControl::bringIn() {
   state_ = State::kLoaded;
 }
 
-// The module must not be in use when it is unloaded.
-void ModuleControl::takeOut() {
+// The module must not be in use when it is unloaded. The event manager reports events that the
+// module has not handled at the deadline as a gap.
+void ModuleControl::takeOut(Deadline deadline) {
   northbound_.retire();
-  if (!events_.flush(kEventPatience)) {
-    log(kLogErrors, "module " + module_.string() + ": it goes before it has handled its events");
+  const auto remaining = std::chrono::duration_cast<std::chrono::milliseconds>(
+      deadline - std::chrono::steady_clock::now());
+  if (!events_.flush(std::max(remaining, std::chrono::milliseconds::zero()))) {
+    log(kLogErrors,
+        "module " + module_.string() + " is unloaded before it has handled all queued events");
   }
   loader_.unload();
 }

@@ -4,6 +4,7 @@
 #define AGENT_MODULECONTROL_H
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <future>
@@ -22,9 +23,13 @@ namespace agent {
 // object. Errors: ModuleError, and CORBA exceptions from a reload.
 class ModuleControl {
  public:
+  static constexpr std::chrono::seconds kDefaultEventPatience{3};
+
   // manager: the object key at which the module must serve a manager.
+  // eventPatience: how long the module may handle queued events after a reload or an unload begins.
   ModuleControl(const char* manager, std::filesystem::path module, NetworkWriter& writer,
-                EventManager& events, Northbound& northbound);
+                EventManager& events, Northbound& northbound,
+                std::chrono::milliseconds eventPatience = kDefaultEventPatience);
 
   // Unloads.
   ~ModuleControl();
@@ -35,13 +40,14 @@ class ModuleControl {
   // Throws ModuleError.
   void load();
 
-  // Unloads and loads. Changes of the network wait during the reload, so that a loaded module
-  // handles every event. After an exception the module is missing and another reload can load the
-  // module; when no thread could be started, the module continues to serve.
+  // Unloads as unload() does, and loads. Changes of the network wait during the reload, so that a
+  // loaded module handles every later event. After an exception the module is missing and another
+  // reload can load the module; when no thread could be started, the module continues to serve.
   void reload();
 
-  // Stops serving the objects of the module, waits until the module has handled all raised events,
-  // and unloads the module. Does nothing when the module is not loaded.
+  // Stops serving the objects of the module, waits until the module has handled all raised events
+  // or the event patience is over, and unloads the module. Events that are left become a gap
+  // (EventManager::ReportGap). Does nothing when the module is not loaded.
   void unload();
 
   enum class State { kLoaded, kReloading, kMissing };
@@ -51,18 +57,22 @@ class ModuleControl {
   std::uint32_t loads() const { return loads_.load(); }
 
  private:
+  using Deadline = std::chrono::steady_clock::time_point;
+
   std::future<void> startExchange() REQUIRES(turn_);
   // Runs on a thread of its own while the thread in reload() holds turn_ and waits for the result,
   // which the analysis cannot follow.
   void exchange() NO_THREAD_SAFETY_ANALYSIS;
   void bringIn() REQUIRES(turn_);
-  void takeOut() REQUIRES(turn_);
+  void takeOut(Deadline deadline) REQUIRES(turn_);
+  Deadline eventDeadline() const;
 
   const char* const manager_;
   const std::filesystem::path module_;
   NetworkWriter& writer_;
   EventManager& events_;
   Northbound& northbound_;
+  const std::chrono::milliseconds eventPatience_;
 
   Mutex turn_;
   ModuleLoader loader_ GUARDED_BY(turn_);

@@ -53,6 +53,22 @@ bool handle(TEEventHandler& handler, int eventId, const TEEvent& event) noexcept
   }
 }
 
+// Moves the nodes into events of at most kMaxNodesPerEvent nodes, in the order of the nodes. No
+// nodes make one event without nodes.
+std::vector<std::shared_ptr<const TEEvent>> eventsOf(std::vector<NS_DOMAIN::TopoNode_T> nodes) {
+  constexpr auto kMaxNodes = static_cast<std::ptrdiff_t>(EventManager::kMaxNodesPerEvent);
+  std::vector<std::shared_ptr<const TEEvent>> events;
+  auto first = std::make_move_iterator(nodes.begin());
+  const auto end = std::make_move_iterator(nodes.end());
+  do {
+    const auto last = first + std::min(kMaxNodes, end - first);
+    events.push_back(
+        std::make_shared<const TEEvent>(TEEvent{std::vector<NS_DOMAIN::TopoNode_T>(first, last)}));
+    first = last;
+  } while (first != end);
+  return events;
+}
+
 }  // namespace
 
 // All queues share an event.
@@ -219,29 +235,39 @@ void EventManager::markGap(int eventId) noexcept {
 
 void EventManager::queue(std::uint64_t change, int eventId,
                          std::vector<NS_DOMAIN::TopoNode_T> nodes) {
-  const auto event = std::make_shared<const TEEvent>(TEEvent{std::move(nodes)});
+  const auto events = eventsOf(std::move(nodes));
   std::vector<Queued> evicted;  // destroyed after the lock is released
   bool overflowBegins = false;
   {
     const MutexLock lock(mutex_);
-    ++raised_;
-    bool hasHandler = false;
-    for (const auto& [handler, lane] : lanes_) {
-      if (lane->eventIds.count(eventId) != 0) {
-        hasHandler = true;
-        lane->queue.push_back({change, eventId, raised_, event});
-        overflowBegins = lane->evictBeyond(queueLimit_, evicted) || overflowBegins;
-        lane->work.notify_one();
-      }
+    for (const auto& event : events) {
+      const Queued entry = {change, eventId, ++raised_, event};
+      overflowBegins = queueLocked(entry, evicted) || overflowBegins;
     }
     dropped_ += evicted.size();
-    unhandledGap_ = unhandledGap_ || !hasHandler;
   }
   if (overflowBegins) {
     log(kLogErrors, "a handler of event " + std::to_string(eventId) +
                         " is too slow: its queue of " + std::to_string(queueLimit_) +
                         " events is full, the oldest events are dropped");
   }
+}
+
+// Adds an event to the queues of its handlers and evicts older events. Returns whether a queue
+// begins to overflow.
+bool EventManager::queueLocked(const Queued& entry, std::vector<Queued>& evicted) {
+  bool overflowBegins = false;
+  bool hasHandler = false;
+  for (const auto& [handler, lane] : lanes_) {
+    if (lane->eventIds.count(entry.eventId) != 0) {
+      hasHandler = true;
+      lane->queue.push_back(entry);
+      overflowBegins = lane->evictBeyond(queueLimit_, evicted) || overflowBegins;
+      lane->work.notify_one();
+    }
+  }
+  unhandledGap_ = unhandledGap_ || !hasHandler;
+  return overflowBegins;
 }
 
 bool EventManager::flush(std::chrono::milliseconds atMost) {

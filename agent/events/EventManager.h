@@ -31,6 +31,9 @@ class EventManager final : public TEEventMgr {
  public:
   static constexpr std::size_t kDefaultQueueLimit = 100000;
 
+  // Bounds the duration of one call of a handler, for which UnSubscribe waits.
+  static constexpr std::size_t kMaxNodesPerEvent = 1000;
+
   struct Status {
     std::size_t subscriptions = 0;  // pairs of handler and event identifier
     std::size_t queued = 0;         // sum over all queues
@@ -71,9 +74,10 @@ class EventManager final : public TEEventMgr {
   // waits for that call. REQUIRES: no running call of the handler waits for the calling thread.
   void UnSubscribe(TEEventHandler* handler, int eventId) override;
 
-  // Queues the event of a change for every handler that is subscribed to eventId. All handlers get
-  // events in the same order. Does not call or wait for a handler. Throws std::bad_alloc; a handler
-  // may then have a gap.
+  // Queues the event of a change for every handler that is subscribed to eventId. More than
+  // kMaxNodesPerEvent nodes become several events of the same change, in the order of the nodes and
+  // without other events between them. All handlers get events in the same order. Does not call or
+  // wait for a handler. Throws std::bad_alloc; a handler may then have a gap.
   void raise(std::uint64_t change, int eventId, std::vector<NS_DOMAIN::TopoNode_T> nodes);
 
   // The number of the change whose event the calling thread hands to a handler; 0 outside of a
@@ -93,6 +97,7 @@ class EventManager final : public TEEventMgr {
   bool addSubscription(TEEventHandler& handler, int eventId);
   Lane& laneOf(TEEventHandler& handler) REQUIRES(mutex_);
   void queue(std::uint64_t change, int eventId, std::vector<NS_DOMAIN::TopoNode_T> nodes);
+  bool queueLocked(const Queued& entry, std::vector<Queued>& evicted) REQUIRES(mutex_);
   void markGap(int eventId) noexcept;
   void deliver(const std::shared_ptr<Lane>& lane);
   static bool call(TEEventHandler& handler, const Queued& event) noexcept;

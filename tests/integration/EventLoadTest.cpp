@@ -493,6 +493,54 @@ TEST(ModuleReloadUnderLoad, LosesNoNotificationAndNoSubscriber) {
   EXPECT_EQ("", ended.err);
 }
 
+void import(const RunningAgent& agent, const std::string& prefix, int nodes) {
+  json network = {{"format", "topo-network/1"}, {"topoNodes", json::array()}};
+  for (int i = 0; i < nodes; ++i) {
+    network["topoNodes"].push_back({{"id", prefix + std::to_string(i)}});
+  }
+  const support::TemporaryDirectory directory;
+  const std::string file = directory.write("network.json", network.dump());
+  const support::Ended ended = runTopoctl({"--ior-file", agent.iorFile(), "import", file});
+  ASSERT_EQ(0, ended.status) << ended.err;
+}
+
+// Ids follow each other up to a gap. A gap without a number is for the events that the module has
+// not handled.
+void expectAllOrAGap(const std::vector<Heard>& heard, std::size_t nodes) {
+  ASSERT_FALSE(heard.empty());
+  for (std::size_t i = 1; i < heard.size() && heard[i].type != layout::kEventsLost; ++i) {
+    ASSERT_EQ(heard[i - 1].id + 1, heard[i].id);
+  }
+  if (heard.back().type == layout::kEventsLost) {
+    EXPECT_EQ(0U, heard.back().lostCount);
+    EXPECT_GT(nodes, heard.size() - 1);
+  } else {
+    EXPECT_EQ(nodes, heard.size());
+  }
+}
+
+TEST(ModuleReloadUnderLoad, AndStopAreInTimeRightAfterAnImport) {
+  using Clock = std::chrono::steady_clock;
+  constexpr int kNodes = kSanitized ? 2500 : 5000;
+  Client client;
+  RunningAgent agent({"--ems-name", "E", "--queue", "100000"});
+  DirectListener listener(client, client.session(agent));
+  const TopoAgent::Console_I_var console = client.console(agent);
+  import(agent, "a", kNodes);
+  const auto reload = Clock::now();
+  console->reloadModule();
+  EXPECT_LT(Clock::now() - reload, std::chrono::seconds(5));
+  console->createNode(subnetworkNode("after", "", ""));
+  std::vector<Heard> heard = listener.inbox().waitUntil(
+      [](const std::vector<Heard>& all) { return all.back().object == "TopoSubnetwork=after"; });
+  heard.pop_back();
+  expectAllOrAGap(heard, kNodes);
+  import(agent, "b", kNodes);
+  const auto stop = Clock::now();
+  EXPECT_EQ(0, agent.stop(SIGTERM).status);
+  EXPECT_LT(Clock::now() - stop, std::chrono::seconds(10));
+}
+
 TEST(ModuleReloadUnderLoad, ThatFailsLeavesAnAgentThatCanBeReloaded) {
   Client client;
   const support::TemporaryDirectory directory;

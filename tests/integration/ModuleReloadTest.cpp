@@ -22,6 +22,7 @@
 #include "orb/idl/TopoAgent.h"
 #include "orb/idl/TopoManagementManager.h"
 #include "platform/bundlemgr/ServiceInterface.h"
+#include "platform/security/SecurityIF.h"
 #include "tests/support/NoThreads.h"
 #include "tests/support/Task.h"
 #include "tests/support/TemporaryDirectory.h"
@@ -50,6 +51,9 @@ class ModuleHost {
   agent::EventManager& events() { return events_; }
   agent::Northbound& northbound() { return northbound_; }
 
+  // Gaps that the event manager has reported.
+  int gaps() const { return gaps_; }
+
   std::size_t capabilities() {
     const CORBA::Object_var object = northbound_.managers().reference("TopoManagement");
     const TopoMgr_I_var manager = TopoMgr_I::_narrow(object);
@@ -60,7 +64,8 @@ class ModuleHost {
 
  private:
   std::unique_ptr<orb::Server> server_;
-  agent::EventManager events_;
+  std::atomic<int> gaps_{0};
+  agent::EventManager events_{agent::EventManager::kDefaultQueueLimit, [this] { ++gaps_; }};
   agent::Northbound northbound_;
   const agent::AgentRegistration registration_{{&northbound_, &events_}};
 };
@@ -160,6 +165,42 @@ TEST_F(ModuleControls, ReportAReloadWhileAnEventIsHandled) {
   EXPECT_EQ(State::kLoaded, control_.state());
   EXPECT_EQ(2U, control_.loads());
   host_.events().UnSubscribe(&slow.handler, events::kCreated);
+}
+
+// Blocks the module in its first event.
+class BlockingSecurity final : public NS_SECURITY_SERVICE1::SecurityIF {
+ public:
+  bool isEventAccessAllowed() override { return true; }
+  void setAccessIdentity(const std::string& /*identity*/) override {
+    ++calls;
+    entered.open();
+    mayLeave.pass();
+  }
+  void setAccessLevel(const int& /*level*/) override {}
+
+  std::atomic<int> calls{0};
+  events::Gate entered;
+  events::Gate mayLeave;
+};
+
+TEST_F(ModuleControls, ReloadBetweenTwoEventsOfAChangeWhenThePatienceIsOver) {
+  using namespace std::chrono_literals;
+  BlockingSecurity security;
+  const agent::Publication published("SecurityIF", security);
+  agent::ModuleControl impatient("TopoManagement", TOPO_MODULE, writer_, host_.events(),
+                                 host_.northbound(), 0ms);
+  impatient.load();
+  host_.events().raise(1, events::kCreated,
+                       events::numberedNodes(3 * agent::EventManager::kMaxNodesPerEvent));
+  security.entered.pass();
+  std::future<void> reload = std::async(std::launch::async, [&] { impatient.reload(); });
+  events::awaitStatus(host_.events(), &agent::EventManager::Status::queued, std::size_t{0});
+  security.mayLeave.open();
+  reload.get();
+  EXPECT_EQ(State::kLoaded, impatient.state());
+  EXPECT_EQ(1, security.calls);
+  EXPECT_EQ(1, host_.gaps());
+  impatient.unload();
 }
 
 TEST_F(ModuleControls, LeaveTheModuleServingWhenAReloadCannotBegin) {

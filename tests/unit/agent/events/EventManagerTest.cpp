@@ -61,6 +61,46 @@ TEST_F(EventManagerTest, DeliversEventsInTheOrderOfRaising) {
   EXPECT_EQ(expected, handler.events());
 }
 
+// The nodes that a handler gets, and the size and the change of each event.
+struct Parts {
+  std::vector<std::string> nodes;
+  std::vector<std::size_t> sizes;
+  std::vector<std::uint64_t> changes;
+
+  void add(const TEEvent& event) {
+    for (const auto& node : event.nodes) {
+      nodes.push_back(node.nodeId);
+    }
+    sizes.push_back(event.nodes.size());
+    changes.push_back(EventManager::changeInProgress());
+  }
+};
+
+TEST_F(EventManagerTest, SplitsAnEventOfManyNodesIntoEventsOfTheSameChange) {
+  constexpr std::size_t kMax = EventManager::kMaxNodesPerEvent;
+  std::array<Parts, 2> seen;
+  Recorder first([&](int /*eventId*/, const TEEvent& event) { seen[0].add(event); });
+  Recorder second([&](int /*eventId*/, const TEEvent& event) { seen[1].add(event); });
+  EventManager manager;
+  subscribe(manager, first, {kCreated, kDeleted});
+  subscribe(manager, second, {kCreated, kDeleted});
+  manager.raise(11, kCreated, events::numberedNodes(2 * kMax + 1));
+  manager.raise(12, kDeleted, events::numberedNodes(kMax));
+  EXPECT_TRUE(manager.flush(kLong));
+  EXPECT_EQ(8U, manager.status().delivered);
+  std::vector<std::string> expected;
+  for (const std::size_t count : {2 * kMax + 1, kMax}) {
+    for (const auto& each : events::numberedNodes(count)) {
+      expected.push_back(each.nodeId);
+    }
+  }
+  for (const Parts& parts : seen) {
+    EXPECT_EQ(expected, parts.nodes);
+    EXPECT_THAT(parts.sizes, ElementsAre(kMax, kMax, 1U, kMax));
+    EXPECT_THAT(parts.changes, ElementsAre(11U, 11U, 11U, 12U));
+  }
+}
+
 TEST_F(EventManagerTest, CallsAHandlerOnOneThreadOfTheManager) {
   std::vector<std::thread::id> threads;
   Recorder handler([&](int /*eventId*/, const TEEvent& /*event*/) {

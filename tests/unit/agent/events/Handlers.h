@@ -38,6 +38,15 @@ inline std::vector<NS_DOMAIN::TopoNode_T> node(const std::string& id) {
   return nodes;
 }
 
+// Nodes with the ids 0, 1, 2 and so on.
+inline std::vector<NS_DOMAIN::TopoNode_T> numberedNodes(std::size_t count) {
+  std::vector<NS_DOMAIN::TopoNode_T> nodes(count);
+  for (std::size_t i = 0; i < count; ++i) {
+    nodes[i].nodeId = std::to_string(i);
+  }
+  return nodes;
+}
+
 inline void subscribe(TEEventMgr& manager, TEEventHandler& handler,
                       std::initializer_list<int> eventIds) {
   for (const int eventId : eventIds) {

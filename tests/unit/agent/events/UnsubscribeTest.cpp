@@ -132,6 +132,22 @@ TEST(UnSubscribe, ReportsAGapForQueuedEvents) {
   EXPECT_THAT(slow.handler.events(), ElementsAre(Handled{kCreated, "a"}));
 }
 
+TEST(UnSubscribe, BetweenTwoEventsOfAChangeReportsTheOthersAsAGap) {
+  std::atomic<int> gaps{0};
+  Blocked slow;
+  EventManager manager(EventManager::kDefaultQueueLimit, [&] { ++gaps; });
+  subscribe(manager, slow.handler, {kCreated});
+  manager.raise(kChange, kCreated, events::numberedNodes(3 * EventManager::kMaxNodesPerEvent));
+  slow.waitUntilInside();
+  support::Task leaving([&] { unsubscribe(manager, slow.handler, {kCreated}); });
+  awaitStatus(manager, &EventManager::Status::queued, std::size_t{0});
+  EXPECT_EQ(0, gaps);  // the notifications of the running call come first
+  slow.release();
+  leaving.get();
+  EXPECT_EQ(1, gaps);
+  EXPECT_THAT(slow.handler.events(), ElementsAre(Handled{kCreated, "0"}));
+}
+
 TEST(UnSubscribe, DoesNotWaitWithinACallOfTheHandler) {
   Gate done;
   EventManager* running = nullptr;
