@@ -40,15 +40,6 @@ using object_key::kManager;
 // How long a stop waits until queued notifications are sent.
 constexpr std::chrono::seconds kNotificationPatience{3};
 
-// Ends a start that stopRequested ends.
-struct StartStopped {};
-
-void requireNoStop(const Agent::StopRequested& stopRequested) {
-  if (stopRequested()) {
-    throw StartStopped();
-  }
-}
-
 }  // namespace
 
 // The parts, in the order of their dependencies; destroyed in reverse.
@@ -91,10 +82,15 @@ class Agent::Parts final : private AgentControl {
   Parts(const Parts&) = delete;
   Parts& operator=(const Parts&) = delete;
 
-  void start(const Options& options, const StopRequested& stopRequested) {
-    requireNoStop(stopRequested);
+  // Returns false when stopRequested() was true before the end of the start.
+  bool start(const Options& options, const StopRequested& stopRequested) {
+    if (stopRequested()) {
+      return false;
+    }
     module_.load();
-    requireNoStop(stopRequested);
+    if (stopRequested()) {
+      return false;
+    }
     manager_ = northbound_.managers().reference(kManager);
     session_.emplace(*server_, object_key::kSession, new SessionServant(notifier_));
     if (options.console) {
@@ -102,7 +98,7 @@ class Agent::Parts final : private AgentControl {
                        [this](const orb::Request& request) { return imports_.admit(request); });
     }
     publication_.emplace(*server_, manager_.in(), options, stopRequested);
-    requireNoStop(stopRequested);
+    return !stopRequested();
   }
 
   void reloadModule() override { module_.reload(); }
@@ -168,7 +164,9 @@ bool Agent::start(const StopRequested& stopRequested) {
   setLogLevel(options_.logLevel);
   try {
     auto parts = std::make_unique<Parts>(options_);
-    parts->start(options_, stop);
+    if (!parts->start(options_, stop)) {
+      return false;
+    }
     parts_ = std::move(parts);
     return true;
   } catch (...) {

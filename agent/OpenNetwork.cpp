@@ -1,6 +1,8 @@
 #include "agent/OpenNetwork.h"
 
+#include <filesystem>
 #include <string>
+#include <utility>
 
 #include "agent/base/Log.h"
 #include "agent/formats/NetworkReader.h"
@@ -9,7 +11,7 @@
 namespace agent {
 namespace {
 
-// A mistyped path must not start an agent that serves nothing.
+// Rejects a store that would be made by mistake, such as after a mistyped path.
 void requireStore(const Options& options) {
   const bool mayBeNew =
       options.createStore || !options.network.empty() || options.store == SqliteStore::kInMemory;
@@ -20,6 +22,14 @@ void requireStore(const Options& options) {
   }
 }
 
+Network readOrThrow(const std::filesystem::path& file) {
+  Result<Network> network = readNetworkFile(file);
+  if (!network.ok()) {
+    throw NetworkFileError(network.outcome().reason);
+  }
+  return std::move(network.value());
+}
+
 }  // namespace
 
 Network openNetwork(const Options& options, std::unique_ptr<NetworkStore>& store) {
@@ -27,7 +37,7 @@ Network openNetwork(const Options& options, std::unique_ptr<NetworkStore>& store
   const bool load = !options.network.empty() && SqliteStore::needsNetwork(options.store);
   Network network;
   if (load) {
-    network = readNetworkFile(options.network);
+    network = readOrThrow(options.network);
   }
   store = std::make_unique<SqliteStore>(options.store);
   if (options.checkStore) {

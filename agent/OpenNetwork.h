@@ -1,9 +1,10 @@
-// The network that the agent serves, and the store that keeps it.
+// Opens the store of the agent at its start.
 
 #ifndef AGENT_OPENNETWORK_H
 #define AGENT_OPENNETWORK_H
 
 #include <memory>
+#include <stdexcept>
 
 #include "agent/Options.h"
 #include "agent/network/Network.h"
@@ -11,13 +12,19 @@
 
 namespace agent {
 
-// Opens the store of the options and returns the network in it. A new store is loaded from the
-// network file of the options. The network file is read before a store is made, so that a bad
-// network file leaves nothing behind.
+// The network file of the options cannot be used. what() is one line, "FILE: PLACE: REASON".
+class NetworkFileError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+// Opens the store of the options and returns its network. A new store is loaded from the network
+// file of the options. The network file is read before the store is made, so that a bad network
+// file leaves no store behind.
 //
-// Throws StoreError when the store cannot be used, and when there is no store while the options
-// give no network file and do not ask for an empty store; NetworkError when the network file cannot
-// be used.
+// Thread-safety: one thread. Ownership: the caller owns the store. Errors: throws NetworkFileError;
+// throws StoreError when the store cannot be used, and when the store does not exist while the
+// options neither name a network file nor ask for an empty store.
 Network openNetwork(const Options& options, std::unique_ptr<NetworkStore>& store);
 
 }  // namespace agent

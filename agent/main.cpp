@@ -11,7 +11,7 @@
 #include "agent/Agent.h"
 #include "agent/Options.h"
 #include "agent/base/Log.h"
-#include "agent/base/Text.h"
+#include "agent/base/PrintableText.h"
 #include "agent/process/Descriptors.h"
 #include "agent/process/MemoryBudget.h"
 #include "agent/process/StopSignals.h"

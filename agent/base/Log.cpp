@@ -6,7 +6,7 @@
 #include <atomic>
 
 #include "agent/base/BackgroundLogger.h"
-#include "agent/base/Text.h"
+#include "agent/base/PrintableText.h"
 #include "agent/process/WriteWithin.h"
 
 namespace agent {

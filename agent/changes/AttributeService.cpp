@@ -5,7 +5,9 @@
 #include <utility>
 
 #include "agent/base/FailureCodes.h"
-#include "agent/base/Text.h"
+#include "agent/base/PrintableText.h"
+#include "agent/base/TextChecks.h"
+#include "agent/base/TextOrEmpty.h"
 #include "hash/SaltedHash.h"
 
 namespace agent {
@@ -14,29 +16,14 @@ namespace {
 using globaldefs::NVSList_T;
 using Change = NetworkWriter::Change;
 
-[[noreturn]] void refuse(std::uint32_t code, const std::string& reason) {
-  throw Outcome{code, reason};
-}
-
-std::string_view textOf(const char* text) {
-  return text == nullptr ? std::string_view() : std::string_view(text);
-}
-
-std::string ofObject(const char* attribute, const NVSList_T& name) {
+std::string subjectOf(const char* attribute, const NVSList_T& name) {
   return std::string("the ") + attribute + " of " + formatName(name);
 }
 
-void requireText(const char* attribute, const NVSList_T& name, std::string_view text) {
-  const std::string problem = problemWith(text);
-  if (!problem.empty()) {
-    refuse(kInvalidName, ofObject(attribute, name) + ' ' + problem);
-  }
-}
-
-// The names that were seen so far are borrowed.
+// Empty for a valid pair. Adds the name to the names seen so far, which borrow their texts.
 std::string problemWithPair(const globaldefs::NameAndStringValue_T& pair,
                             salted::Set<std::string_view>& seen) {
-  const std::string_view name = textOf(pair.name);
+  const std::string_view name = textOrEmpty(pair.name);
   if (name.empty()) {
     return "has no name";
   }
@@ -44,35 +31,36 @@ std::string problemWithPair(const globaldefs::NameAndStringValue_T& pair,
   if (!problem.empty()) {
     return "has a name that " + problem;
   }
-  problem = problemWith(textOf(pair.value));
+  problem = problemWith(textOrEmpty(pair.value));
   if (!problem.empty()) {
     return "has a value for " + inQuotes(name) + " that " + problem;
   }
   return seen.insert(name).second ? "" : "gives " + inQuotes(name) + " a second time";
 }
 
-// Before the texts are copied: there may be a million of them.
-void requirePairs(const NVSList_T& pairs, const NVSList_T& object) {
+// Checks the pairs before their texts are copied, because a list may have a million pairs.
+Outcome checkPairs(const NVSList_T& pairs, const NVSList_T& object) {
   salted::Set<std::string_view> seen;
   for (CORBA::ULong i = 0; i < pairs.length(); ++i) {
     const std::string problem = problemWithPair(pairs[i], seen);
     if (!problem.empty()) {
-      refuse(kInvalidName, ofObject("additional information", object) + ": pair " +
-                               std::to_string(i + 1) + ' ' + problem);
+      return {kInvalidName, subjectOf("additional information", object) + ": pair " +
+                                std::to_string(i + 1) + ' ' + problem};
     }
   }
+  return {};
 }
 
 InfoPairs copyOf(const NVSList_T& pairs) {
   InfoPairs copy;
   copy.reserve(pairs.length());
   for (CORBA::ULong i = 0; i < pairs.length(); ++i) {
-    copy.emplace_back(textOf(pairs[i].name), textOf(pairs[i].value));
+    copy.emplace_back(textOrEmpty(pairs[i].name), textOrEmpty(pairs[i].value));
   }
   return copy;
 }
 
-// Some ORBs give no text instead of an exception when memory is short.
+// Some ORBs return null instead of an exception when memory is short.
 char* duplicate(const std::string& text) {
   char* const copy = CORBA::string_dup(text.c_str());
   if (copy == nullptr) {
@@ -89,18 +77,19 @@ void fill(NVSList_T& list, const InfoPairs& pairs) {
   }
 }
 
-void requireRoom(const InfoPairs& pairs, const NVSList_T& object) {
+Outcome checkSize(const InfoPairs& pairs, const NVSList_T& object) {
   std::size_t bytes = 0;
   for (const auto& [name, value] : pairs) {
     bytes += AttributeService::kPairBytes + name.size() + value.size();
   }
   if (bytes > AttributeService::kMostInfoBytes) {
-    refuse(kTooMuch, ofObject("additional information", object) + " would have more than " +
-                         std::to_string(AttributeService::kMostInfoBytes) + " bytes");
+    return {kTooMuch, subjectOf("additional information", object) + " would have more than " +
+                          std::to_string(AttributeService::kMostInfoBytes) + " bytes"};
   }
+  return {};
 }
 
-// Without memory of its own.
+// Allocates nothing, so that a committed change cannot fail here.
 void moveInto(NVSList_T& list, NVSList_T& from) {
   const CORBA::ULong maximum = from.maximum();
   const CORBA::ULong length = from.length();
@@ -114,101 +103,124 @@ AttributeService::AttributeService(std::string ems, NetworkWriter& writer)
 
 Outcome AttributeService::setUserLabel(const NVSList_T& name, std::string_view label,
                                        bool isUnique) {
-  return change(name, [&](const ObjectKey& key) {
-    requireText("user label", name, label);
-    return [&, key, text = std::string(label)](Change& change) {
-      if (isUnique && !text.empty()) {
-        requireUnused(change.store(), key, text);
-      }
-      change.commit(NetworkModel::prepareLabel(key, text));
-    };
-  });
+  return change(
+      name, [&] { return checkText(subjectOf("user label", name), label); },
+      [&](const ObjectKey& key, Change& change) {
+        const std::string text(label);
+        Outcome checked;
+        if (isUnique && !text.empty()) {
+          checked = checkUnused(change.store(), key, text);
+        }
+        if (checked.ok()) {
+          change.commit(NetworkModel::prepareLabel(key, text));
+        }
+        return checked;
+      });
 }
 
 Outcome AttributeService::setOwner(const NVSList_T& name, std::string_view owner) {
-  return change(name, [&](const ObjectKey& key) {
-    requireText("owner", name, owner);
-    return [key, text = std::string(owner)](Change& change) {
-      change.commit({OwnerChange{key, text}, {}});
-    };
-  });
+  return change(
+      name, [&] { return checkText(subjectOf("owner", name), owner); },
+      [&](const ObjectKey& key, Change& change) {
+        change.commit({OwnerChange{key, std::string(owner)}, {}});
+        return Outcome();
+      });
 }
 
 Outcome AttributeService::setNativeName(const NVSList_T& name, std::string_view nativeName) {
-  return change(name, [&](const ObjectKey& key) {
-    requireText("native name", name, nativeName);
-    return [key, text = std::string(nativeName)](Change& change) {
-      change.commit(change.model().prepareRenaming(key, text));
-    };
-  });
+  return change(
+      name, [&] { return checkText(subjectOf("native name", name), nativeName); },
+      [&](const ObjectKey& key, Change& change) {
+        change.commit(change.model().prepareRenaming(key, std::string(nativeName)));
+        return Outcome();
+      });
 }
 
 Outcome AttributeService::setAdditionalInfo(const NVSList_T& name, NVSList_T& pairs) {
-  return change(name, [&](const ObjectKey& key) {
-    requirePairs(pairs, name);
-    return [&, key, changes = copyOf(pairs)](Change& change) {
-      const InfoPairs merged = mergedInfo(change.store().additionalInfoOf(key), changes);
-      requireRoom(merged, name);
+  InfoPairs changes;
+  const auto check = [&] {
+    Outcome checked = checkPairs(pairs, name);
+    if (checked.ok()) {
+      changes = copyOf(pairs);
+    }
+    return checked;
+  };
+  return change(name, check, [&](const ObjectKey& key, Change& change) {
+    const InfoPairs merged = mergedInfo(change.store().additionalInfoOf(key), changes);
+    Outcome checked = checkSize(merged, name);
+    if (checked.ok()) {
       NVSList_T stored;
       fill(stored, merged);
-      change.commit({InfoChange{key, changes}, {}});
+      change.commit({InfoChange{key, std::move(changes)}, {}});
       moveInto(pairs, stored);
-    };
+    }
+    return checked;
   });
 }
 
 Outcome AttributeService::reset(const NVSList_T& name) {
-  return change(name, [&](const ObjectKey& key) {
-    return [key](Change& change) { change.commit(NetworkModel::prepareAttributeRemoval(key)); };
-  });
+  return change(
+      name, [] { return Outcome(); },
+      [](const ObjectKey& key, Change& change) {
+        change.commit(NetworkModel::prepareAttributeRemoval(key));
+        return Outcome();
+      });
 }
 
-// Prepares a change, which needs no other to wait, and makes it. Failures of any kind end here.
-template <typename Prepare>
-Outcome AttributeService::change(const NVSList_T& name, Prepare prepare) {
+// Runs check() without the turn of a change, then apply(key, change) with the turn. Returns the
+// first failure; exceptions of the layers below become kInternalError.
+template <typename Check, typename Apply>
+Outcome AttributeService::change(const NVSList_T& name, Check check, Apply apply) {
   try {
-    const ObjectKey key = resolve(name);
-    const auto apply = prepare(key);
+    const Result<ObjectKey> key = resolve(name);
+    if (!key.ok()) {
+      return key.outcome();
+    }
+    if (Outcome checked = check(); !checked.ok()) {
+      return checked;
+    }
     Change change(writer_);
-    requireObject(key, name);  // another change may have removed it
-    apply(change);
-    return {};
-  } catch (Outcome& refusal) {
-    return std::move(refusal);
+    // An earlier change may have removed the object since resolve().
+    if (Outcome checked = checkExists(key.value(), name); !checked.ok()) {
+      return checked;
+    }
+    return apply(key.value(), change);
   } catch (const std::exception& failure) {
     return internalError([&] { return formatName(name); }, failure.what());
   }
 }
 
-ObjectKey AttributeService::resolve(const NVSList_T& name) const {
+Result<ObjectKey> AttributeService::resolve(const NVSList_T& name) const {
   std::string problem;
   const auto key = parseObjectName(name, ems_, problem);
   if (!key) {
-    refuse(kInvalidName, "malformed name " + formatName(name) + ": " + problem);
+    return Outcome{kInvalidName, "malformed name " + formatName(name) + ": " + problem};
   }
   if (findInvalidUtf8(key->id)) {
-    refuse(kInvalidName, "malformed name " + formatName(name) + ": it is not UTF-8");
+    return Outcome{kInvalidName, "malformed name " + formatName(name) + ": it is not UTF-8"};
   }
-  requireObject(*key, name);
+  if (Outcome checked = checkExists(*key, name); !checked.ok()) {
+    return checked;
+  }
   return *key;
 }
 
-void AttributeService::requireObject(const ObjectKey& key, const NVSList_T& name) const {
-  if (!writer_.model().hasObject(key)) {
-    refuse(kEntityNotFound, "no object " + formatName(name));
-  }
+Outcome AttributeService::checkExists(const ObjectKey& key, const NVSList_T& name) const {
+  return writer_.model().hasObject(key) ? Outcome()
+                                        : Outcome{kEntityNotFound, "no object " + formatName(name)};
 }
 
-// Labels may be stored of objects that are not there; those do not count.
-void AttributeService::requireUnused(NetworkStore& store, const ObjectKey& key,
-                                     const std::string& label) const {
+// Ignores the stored labels of objects that do not exist.
+Outcome AttributeService::checkUnused(NetworkStore& store, const ObjectKey& key,
+                                      const std::string& label) const {
   for (const std::string& id : store.idsWithLabel(key.type, label)) {
     const ObjectKey other{key.type, id};
     if (!(other == key) && writer_.model().hasObject(other)) {
-      refuse(kUserLabelInUse, "the user label " + inQuotes(label) + " is already that of " +
-                                  formatName(other, ems_));
+      return {kUserLabelInUse, "the user label " + inQuotes(label) + " is already that of " +
+                                   formatName(other, ems_)};
     }
   }
+  return {};
 }
 
 }  // namespace agent

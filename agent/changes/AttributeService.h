@@ -9,7 +9,7 @@
 #include <string_view>
 
 #include "agent/base/OperationResult.h"
-#include "agent/base/Text.h"
+#include "agent/base/TextChecks.h"
 #include "agent/changes/NetworkWriter.h"
 #include "agent/network/ManagedObjects.h"
 #include "orb/idl/globaldefs.h"
@@ -57,12 +57,12 @@ class AttributeService {
   Outcome reset(const globaldefs::NVSList_T& name);
 
  private:
-  template <typename Prepare>
-  Outcome change(const globaldefs::NVSList_T& name, Prepare prepare);
+  template <typename Check, typename Apply>
+  Outcome change(const globaldefs::NVSList_T& name, Check check, Apply apply);
 
-  ObjectKey resolve(const globaldefs::NVSList_T& name) const;
-  void requireObject(const ObjectKey& key, const globaldefs::NVSList_T& name) const;
-  void requireUnused(NetworkStore& store, const ObjectKey& key, const std::string& label) const;
+  Result<ObjectKey> resolve(const globaldefs::NVSList_T& name) const;
+  Outcome checkExists(const ObjectKey& key, const globaldefs::NVSList_T& name) const;
+  Outcome checkUnused(NetworkStore& store, const ObjectKey& key, const std::string& label) const;
 
   const std::string ems_;
   NetworkWriter& writer_;

@@ -1,14 +1,15 @@
 #include "agent/changes/NodeService.h"
 
 #include <exception>
+#include <initializer_list>
 #include <utility>
 #include <vector>
 
 #include "agent/base/FailureCodes.h"
-#include "agent/base/Text.h"
+#include "agent/base/PrintableText.h"
+#include "agent/base/TextChecks.h"
 #include "agent/changes/AttributeService.h"
 #include "agent/network/NetworkChecks.h"
-#include "agent/network/NetworkError.h"
 #include "hash/SaltedHash.h"
 
 namespace agent {
@@ -16,110 +17,129 @@ namespace {
 
 using NS_DOMAIN::TopoNode_T;
 
-[[noreturn]] void refuse(std::uint32_t code, const std::string& reason) {
-  throw Outcome{code, reason};
-}
-
 std::string nodeNamed(const std::string& id) {
   return "node " + inQuotes(id);
 }
 
-// Failures of any kind end here. The subject is a function that says what the change is about.
+// Runs work and translates exceptions of the layers below. subject() names the object of the
+// change.
 template <typename Subject, typename Work>
 Outcome outcomeOf(Subject subject, Work work) {
   try {
-    work();
-    return {};
-  } catch (Outcome& refusal) {
-    return std::move(refusal);
+    return work();
   } catch (const std::exception& failure) {
     return internalError(subject, failure.what());
   }
 }
 
-void requireText(const std::string& place, std::string_view text) {
-  const std::string problem = problemWith(text);
-  if (!problem.empty()) {
-    refuse(kInvalidName, place + ' ' + problem);
-  }
-}
-
-// --- Networks: what cannot stand in a file, however they were made.
-
-void requireTexts(const TopoNode_T& node, const std::string& place) {
-  requireText(place + ".id", node.nodeId);
-  requireText(place + ".parent", node.parentId);
-  requireText(place + ".name", node.nativeName);
-  for (const auto& [key, value] : node.extendedAttributes) {
-    requireText(place + ".attributes", key);
-    requireText(place + ".attributes", value);
-  }
-  if (node.nodeId.empty()) {
-    refuse(kInvalidName, place + ".id must not be empty");
-  }
-}
-
-void requireTexts(const NetworkElement& element, const std::string& place) {
-  requireText(place + ".name", element.name);
-}
-
-void requireTexts(const NS_DOMAIN::ClockPositionInfo_T& position, const std::string& place) {
-  requireText(place + ".reference", position.reference);
-  requireText(place + ".label", position.label);
-}
-
-void requireTexts(const NS_DOMAIN::ClockTopoLinkInfo_T& link, const std::string& place) {
-  requireText(place + ".id", link.linkId);
-  requireText(place + ".name", link.nativeName);
-  requireText(place + ".a", link.aEndReference);
-  requireText(place + ".z", link.zEndReference);
-}
-
-void requireTexts(const ObjectLabel& label, const std::string& place) {
-  requireText(place + ".id", label.id);
-  requireText(place + ".label", label.label);
-}
-
-// Calls a function with every record of a list and its place.
-template <typename Record, typename UseRecord>
-void forEachPlace(const std::vector<Record>& records, const char* list, UseRecord use) {
-  for (std::size_t i = 0; i < records.size(); ++i) {
-    use(records[i], i, list);
-  }
-}
-
-void requireSound(const Network& network) {
-  const auto require = [](const auto& record, std::size_t index, const char* list) {
-    requireTexts(record, placeOf(list, index));
+// Calls check(record, index, list) with the records of all lists until a check fails.
+template <typename Check>
+Outcome checkRecords(const Network& network, Check check) {
+  Outcome outcome;
+  const auto checkList = [&](const auto& records, const char* list) {
+    for (std::size_t i = 0; outcome.ok() && i < records.size(); ++i) {
+      outcome = check(records[i], i, list);
+    }
   };
-  forEachPlace(network.topoNodes, "topoNodes", require);
-  forEachPlace(network.networkElements, "networkElements", require);
-  forEachPlace(network.clockPositions, "clockPositions", require);
-  forEachPlace(network.clockLinks, "clockLinks", require);
-  forEachPlace(network.objectLabels, "objectLabels", require);
-  try {
-    checkPart(network);
-  } catch (const Refusal& refusal) {
-    refuse(kInvalidName, printable(refusal.place) + ": " + printable(refusal.reason));
-  }
+  checkList(network.topoNodes, "topoNodes");
+  checkList(network.networkElements, "networkElements");
+  checkList(network.clockPositions, "clockPositions");
+  checkList(network.clockLinks, "clockLinks");
+  checkList(network.objectLabels, "objectLabels");
+  return outcome;
 }
 
-// Refuses what the model has already. Its answers are good for as long as the change lasts.
-class Clashes {
- public:
-  explicit Clashes(const NetworkModel& model) : model_(model) {}
+// --- Checks of texts. Network files of the native format pass them, other sources may not.
 
-  void refuseAny(const Network& network) const {
-    const auto refuseThis = [this](const auto& record, std::size_t index, const char* list) {
-      if (isKnown(record)) {
-        refuse(kAlreadyExists, placeOf(list, index) + ": " + shown(record) + " exists already");
+// Checks the texts of one record; a failure names the record and the field.
+class TextChecker {
+ public:
+  TextChecker(const char* list, std::size_t index) : list_(list), index_(index) {}
+
+  Outcome check(const TopoNode_T& node) const {
+    Outcome outcome =
+        first({{".id", node.nodeId}, {".parent", node.parentId}, {".name", node.nativeName}});
+    for (auto pair = node.extendedAttributes.begin();
+         outcome.ok() && pair != node.extendedAttributes.end(); ++pair) {
+      outcome = first({{".attributes", pair->first}, {".attributes", pair->second}});
+    }
+    if (outcome.ok() && node.nodeId.empty()) {
+      return {kInvalidName, placeOf(list_, index_, ".id") + " must not be empty"};
+    }
+    return outcome;
+  }
+
+  Outcome check(const NetworkElement& element) const { return first({{".name", element.name}}); }
+
+  Outcome check(const NS_DOMAIN::ClockPositionInfo_T& position) const {
+    return first({{".reference", position.reference}, {".label", position.label}});
+  }
+
+  Outcome check(const NS_DOMAIN::ClockTopoLinkInfo_T& link) const {
+    return first({{".id", link.linkId},
+                  {".name", link.nativeName},
+                  {".a", link.aEndReference},
+                  {".z", link.zEndReference}});
+  }
+
+  Outcome check(const ObjectLabel& label) const {
+    return first({{".id", label.id}, {".label", label.label}});
+  }
+
+ private:
+  struct Field {
+    const char* name;
+    std::string_view text;
+  };
+
+  // The first failure.
+  Outcome first(std::initializer_list<Field> fields) const {
+    for (const Field& field : fields) {
+      const std::string problem = problemWith(field.text);
+      if (!problem.empty()) {
+        return {kInvalidName, placeOf(list_, index_, field.name) + ' ' + problem};
       }
-    };
-    forEachPlace(network.topoNodes, "topoNodes", refuseThis);
-    forEachPlace(network.networkElements, "networkElements", refuseThis);
-    forEachPlace(network.clockPositions, "clockPositions", refuseThis);
-    forEachPlace(network.clockLinks, "clockLinks", refuseThis);
-    forEachPlace(network.objectLabels, "objectLabels", refuseThis);
+    }
+    return {};
+  }
+
+  const char* const list_;
+  const std::size_t index_;
+};
+
+Outcome checkTexts(const Network& network) {
+  if (Outcome ems = checkText("ems", network.ems); !ems.ok()) {
+    return ems;
+  }
+  return checkRecords(network, [](const auto& record, std::size_t index, const char* list) {
+    return TextChecker(list, index).check(record);
+  });
+}
+
+Outcome checkNewNetwork(const Network& network) {
+  if (Outcome texts = checkTexts(network); !texts.ok()) {
+    return texts;
+  }
+  const Outcome relations = checkPart(network);
+  return relations.ok() ? Outcome() : Outcome{kInvalidName, relations.reason};
+}
+
+// --- Checks against the model. Their results are valid until the end of the change.
+
+// Finds records of a network that the model has already. Borrows the model.
+class Duplicates {
+ public:
+  explicit Duplicates(const NetworkModel& model) : model_(model) {}
+
+  Outcome check(const Network& network) const {
+    return checkRecords(
+        network, [this](const auto& record, std::size_t index, const char* list) -> Outcome {
+          if (!isKnown(record)) {
+            return {};
+          }
+          return {kAlreadyExists,
+                  placeOf(list, index) + ": " + description(record) + " exists already"};
+        });
   }
 
  private:
@@ -135,25 +155,25 @@ class Clashes {
   }
   bool isKnown(const ObjectLabel& label) const { return model_.hasLabel({label.type, label.id}); }
 
-  static std::string shown(const TopoNode_T& node) { return nodeNamed(node.nodeId); }
-  static std::string shown(const NetworkElement& element) {
+  static std::string description(const TopoNode_T& node) { return nodeNamed(node.nodeId); }
+  static std::string description(const NetworkElement& element) {
     return "network element " + std::to_string(element.number);
   }
-  static std::string shown(const NS_DOMAIN::ClockPositionInfo_T& position) {
+  static std::string description(const NS_DOMAIN::ClockPositionInfo_T& position) {
     return "clock position " + inQuotes(position.reference);
   }
-  static std::string shown(const NS_DOMAIN::ClockTopoLinkInfo_T& link) {
+  static std::string description(const NS_DOMAIN::ClockTopoLinkInfo_T& link) {
     return "clock link " + inQuotes(link.linkId);
   }
-  static std::string shown(const ObjectLabel& label) {
+  static std::string description(const ObjectLabel& label) {
     return "a label of the object " + std::to_string(label.type) + ' ' + inQuotes(label.id);
   }
 
   const NetworkModel& model_;
 };
 
-// Of every node that is neither a root nor below a node of the network itself.
-void requireParents(const Network& network, const NetworkModel& model) {
+// The parent of every node is a root marker, a node of the network or a node of the model.
+Outcome checkParents(const Network& network, const NetworkModel& model) {
   salted::Set<std::string_view> ids;
   ids.reserve(network.topoNodes.size());
   for (const TopoNode_T& node : network.topoNodes) {
@@ -162,19 +182,20 @@ void requireParents(const Network& network, const NetworkModel& model) {
   for (std::size_t i = 0; i < network.topoNodes.size(); ++i) {
     const std::string& parent = network.topoNodes[i].parentId;
     if (!isRootMarker(parent) && ids.count(parent) == 0 && !model.hasTopoNode(parent)) {
-      refuse(kEntityNotFound,
-             placeOf("topoNodes", i, ".parent") + ": " + inQuotes(parent) + " does not exist");
+      return {kEntityNotFound,
+              placeOf("topoNodes", i, ".parent") + ": " + inQuotes(parent) + " does not exist"};
     }
   }
+  return {};
 }
 
-// The records with what is kept of them, and nothing else.
-void dropCarried(TopoNode_T& node) {
+// Clears the fields that are not stored.
+void clearUnstored(TopoNode_T& node) {
   node.text4.clear();
   node.text5.clear();
 }
 
-void dropCarried(NS_DOMAIN::ClockPositionInfo_T& position) {
+void clearUnstored(NS_DOMAIN::ClockPositionInfo_T& position) {
   NS_DOMAIN::ClockPositionInfo_T kept;
   kept.reference = std::move(position.reference);
   kept.label = std::move(position.label);
@@ -183,7 +204,7 @@ void dropCarried(NS_DOMAIN::ClockPositionInfo_T& position) {
   position = std::move(kept);
 }
 
-void dropCarried(NS_DOMAIN::ClockTopoLinkInfo_T& link) {
+void clearUnstored(NS_DOMAIN::ClockTopoLinkInfo_T& link) {
   NS_DOMAIN::ClockTopoLinkInfo_T kept;
   kept.linkId = std::move(link.linkId);
   kept.nativeName = std::move(link.nativeName);
@@ -192,70 +213,92 @@ void dropCarried(NS_DOMAIN::ClockTopoLinkInfo_T& link) {
   link = std::move(kept);
 }
 
-void dropCarried(Network& network) {
+void clearUnstored(Network& network) {
   for (TopoNode_T& node : network.topoNodes) {
-    dropCarried(node);
+    clearUnstored(node);
   }
   for (NetworkElement& element : network.networkElements) {
     element.shownForNode = false;
   }
   for (NS_DOMAIN::ClockPositionInfo_T& position : network.clockPositions) {
-    dropCarried(position);
+    clearUnstored(position);
   }
   for (NS_DOMAIN::ClockTopoLinkInfo_T& link : network.clockLinks) {
-    dropCarried(link);
+    clearUnstored(link);
   }
 }
 
-void requireNode(const NetworkModel& model, const std::string& id) {
-  if (!model.hasTopoNode(id)) {
-    refuse(kEntityNotFound, "no " + nodeNamed(id));
-  }
+Outcome checkNodeExists(const NetworkModel& model, const std::string& id) {
+  return model.hasTopoNode(id) ? Outcome() : Outcome{kEntityNotFound, "no " + nodeNamed(id)};
 }
 
-void requireSound(const TopoNode_T& node) {
+Outcome checkNodeTexts(const TopoNode_T& node, const std::string& subject) {
+  Outcome outcome = checkText("the id of " + subject, node.nodeId);
+  const auto require = [&](const char* field, const std::string& text) {
+    if (outcome.ok()) {
+      outcome = checkText(field + subject, text);
+    }
+  };
+  require("the parent of ", node.parentId);
+  require("the name of ", node.nativeName);
+  for (const auto& [key, value] : node.extendedAttributes) {
+    require("an attribute of ", key);
+    require("an attribute of ", value);
+  }
+  return outcome;
+}
+
+Outcome checkNewNode(const TopoNode_T& node) {
   if (node.nodeId.empty()) {
-    refuse(kInvalidName, "the id of a node must not be empty");
+    return {kInvalidName, "the id of a node must not be empty"};
   }
   const std::string subject = nodeNamed(node.nodeId);
-  requireText("the id of " + subject, node.nodeId);
-  requireText("the parent of " + subject, node.parentId);
-  requireText("the name of " + subject, node.nativeName);
-  for (const auto& [key, value] : node.extendedAttributes) {
-    requireText("an attribute of " + subject, key);
-    requireText("an attribute of " + subject, value);
+  if (Outcome texts = checkNodeTexts(node, subject); !texts.ok()) {
+    return texts;
   }
   if (node.nodeType != NS_DOMAIN::kTopoElement && node.nodeType != NS_DOMAIN::kTopoSubnetwork) {
-    refuse(kInvalidName,
-           "the type of " + subject + " must be 1 or 2, not " + std::to_string(node.nodeType));
+    return {kInvalidName,
+            "the type of " + subject + " must be 1 or 2, not " + std::to_string(node.nodeType)};
   }
   if (node.parentId == node.nodeId && !isRootMarker(node.parentId)) {
-    refuse(kInvalidName, subject + " cannot be its own parent");
+    return {kInvalidName, subject + " cannot be its own parent"};
   }
+  return {};
 }
 
-void requirePlace(const TopoNode_T& node, const NetworkModel& model) {
+Outcome checkNewPlace(const TopoNode_T& node, const NetworkModel& model) {
   if (model.hasTopoNode(node.nodeId)) {
-    refuse(kAlreadyExists, nodeNamed(node.nodeId) + " exists already");
+    return {kAlreadyExists, nodeNamed(node.nodeId) + " exists already"};
   }
   if (!isRootMarker(node.parentId) && !model.hasTopoNode(node.parentId)) {
-    refuse(kEntityNotFound,
-           "no " + nodeNamed(node.parentId) + " to be the parent of " + nodeNamed(node.nodeId));
+    return {kEntityNotFound,
+            "no " + nodeNamed(node.parentId) + " to be the parent of " + nodeNamed(node.nodeId)};
   }
+  return {};
+}
+
+Outcome checkImport(const Network& network, const NetworkModel& model) {
+  Outcome outcome = Duplicates(model).check(network);
+  return outcome.ok() ? checkParents(network, model) : outcome;
 }
 
 }  // namespace
 
 Outcome NodeService::create(const TopoNode_T& node) {
   return outcomeOf([&] { return nodeNamed(node.nodeId); },
-                   [&] {
-                     requireSound(node);
+                   [&]() -> Outcome {
+                     if (Outcome checked = checkNewNode(node); !checked.ok()) {
+                       return checked;
+                     }
                      Network network;
                      network.topoNodes.push_back(node);
-                     dropCarried(network);
+                     clearUnstored(network);
                      NetworkWriter::Change change(writer_);
-                     requirePlace(node, change.model());
+                     if (Outcome checked = checkNewPlace(node, change.model()); !checked.ok()) {
+                       return checked;
+                     }
                      change.commit(change.model().prepareAddition(std::move(network)));
+                     return {};
                    });
 }
 
@@ -264,21 +307,30 @@ Outcome NodeService::remove(const std::string& id, std::size_t& removed) {
   return outcomeOf([&] { return nodeNamed(id); },
                    [&] {
                      NetworkWriter::Change change(writer_);
-                     requireNode(change.model(), id);
-                     const std::size_t before = change.model().topoNodeCount();
-                     change.commit(change.model().prepareRemoval(id));
-                     removed = before - change.model().topoNodeCount();
+                     Outcome checked = checkNodeExists(change.model(), id);
+                     if (checked.ok()) {
+                       const std::size_t before = change.model().topoNodeCount();
+                       change.commit(change.model().prepareRemoval(id));
+                       removed = before - change.model().topoNodeCount();
+                     }
+                     return checked;
                    });
 }
 
 Outcome NodeService::rename(const std::string& id, std::string_view name) {
   return outcomeOf([&] { return nodeNamed(id); },
                    [&] {
-                     requireText("the name of " + nodeNamed(id), name);
+                     Outcome checked = checkText("the name of " + nodeNamed(id), name);
+                     if (!checked.ok()) {
+                       return checked;
+                     }
                      const std::string text(name);
                      NetworkWriter::Change change(writer_);
-                     requireNode(change.model(), id);
-                     change.commit(change.model().prepareNodeRenaming(id, text));
+                     checked = checkNodeExists(change.model(), id);
+                     if (checked.ok()) {
+                       change.commit(change.model().prepareNodeRenaming(id, text));
+                     }
+                     return checked;
                    });
 }
 
@@ -287,18 +339,22 @@ Outcome NodeService::import(Network network, ImportSummary& summary) {
   return outcomeOf(
       [] { return std::string("the import"); },
       [&] {
-        requireText("ems", network.ems);
-        requireSound(network);
-        dropCarried(network);
+        Outcome checked = checkNewNetwork(network);
+        if (!checked.ok()) {
+          return checked;
+        }
+        clearUnstored(network);
         const ImportSummary counts = {network.topoNodes.size(), network.networkElements.size(),
                                       network.clockPositions.size(), network.clockLinks.size(),
                                       network.objectLabels.size()};
         NetworkWriter::Change change(writer_);
         cancellation_.throwIfRequested();
-        Clashes(change.model()).refuseAny(network);
-        requireParents(network, change.model());
-        change.commit(change.model().prepareAddition(std::move(network)), cancellation_);
-        summary = counts;
+        checked = checkImport(network, change.model());
+        if (checked.ok()) {
+          change.commit(change.model().prepareAddition(std::move(network)), cancellation_);
+          summary = counts;
+        }
+        return checked;
       });
 }
 

@@ -9,9 +9,7 @@
 
 #include "agent/base/FailureCodes.h"
 #include "agent/base/OperationResult.h"
-#include "agent/base/Text.h"
 #include "agent/formats/NetworkReader.h"
-#include "agent/network/NetworkError.h"
 #include "orb/orb.h"
 #include "platform/agent/Failures.h"
 
@@ -66,8 +64,6 @@ template <typename Work>
 Outcome outcomeOf(Work work) {
   try {
     return work();
-  } catch (const NetworkError& failure) {
-    return {kInvalidInput, failure.what()};
   } catch (const std::exception& failure) {
     return {kInternalError, failure.what()};
   } catch (const CORBA::SystemException& failure) {
@@ -109,8 +105,8 @@ TopoAgent::ImportSummary_T ConsoleServant::importNetwork(const char* fileName,
                                                          const TopoAgent::Content_T& content) {
   ImportSummary summary;
   perform("importNetwork", [&] {
-    return nodes_.import(readNetwork(fileName, contentText(content), nodes_.cancellation()),
-                         summary);
+    Result<Network> network = readNetwork(fileName, contentText(content), nodes_.cancellation());
+    return network.ok() ? nodes_.import(std::move(network.value()), summary) : network.outcome();
   });
   return {countOf(summary.topoNodes), countOf(summary.networkElements),
           countOf(summary.clockPositions), countOf(summary.clockLinks),

@@ -5,9 +5,10 @@
 #include <utility>
 #include <vector>
 
-#include "agent/base/Text.h"
+#include "agent/base/PrintableText.h"
+#include "agent/base/TextChecks.h"
 #include "agent/formats/Decimal.h"
-#include "agent/network/NetworkError.h"
+#include "agent/formats/ParseError.h"
 #include "hash/SaltedHash.h"
 
 namespace agent {
@@ -16,7 +17,7 @@ namespace {
 constexpr std::string_view kBlanks = " \t\r\n";
 
 // The parser would end a text at a reference to NUL, unseen.
-void refuseNulReferences(std::string_view text) {
+void rejectNulReferences(std::string_view text) {
   for (std::size_t at = text.find("&#"); at != std::string_view::npos;
        at = text.find("&#", at + 2)) {
     std::size_t digits = at + 2;
@@ -25,24 +26,25 @@ void refuseNulReferences(std::string_view text) {
     }
     const std::size_t end = text.find_first_not_of('0', digits);
     if (end != std::string_view::npos && end > digits && text[end] == ';') {
-      throw Refusal{linePlace(text, at), "holds a NUL character"};
+      throw ParseError(linePlace(text, at), "holds a NUL character");
     }
   }
 }
 
 void parse(pugi::xml_document& document, std::string_view text) {
-  refuseNulReferences(text);
+  rejectNulReferences(text);
   const auto result =
       document.load_buffer(text.data(), text.size(), pugi::parse_default, pugi::encoding_utf8);
   if (!result) {
-    throw Refusal{linePlace(text, static_cast<std::size_t>(result.offset)), result.description()};
+    throw ParseError(linePlace(text, static_cast<std::size_t>(result.offset)),
+                     result.description());
   }
 }
 
 // A text of the document, checked: references to characters can make bytes that are no UTF-8.
 std::string checked(std::string text, const std::string& place) {
   if (findInvalidUtf8(text)) {
-    throw Refusal{place, "is not UTF-8"};
+    throw ParseError(place, "is not UTF-8");
   }
   return text;
 }
@@ -95,8 +97,8 @@ class TextBudget {
 
   void take(std::size_t bytes, const std::string& place) {
     if (bytes > left_) {
-      throw Refusal{place, "repeats texts until they have more than " +
-                               std::to_string(kMostRepetition) + " times the size of the file"};
+      throw ParseError(place, "repeats texts until they have more than " +
+                                  std::to_string(kMostRepetition) + " times the size of the file");
     }
     left_ -= bytes;
   }
@@ -124,7 +126,7 @@ std::int32_t degrees(const std::string& text, const std::string& place) {
   }
   const auto thousandths = thousandthsOf(decimal);
   if (!thousandths) {
-    throw Refusal{place, inQuotes(text) + " is no usable number of degrees"};
+    throw ParseError(place, inQuotes(text) + " is no usable number of degrees");
   }
   return *thousandths;
 }
@@ -171,7 +173,7 @@ class GraphReader {
       network_.ems = checked(baseName, "file name");
     }
     if (isRootMarker(network_.ems)) {
-      throw Refusal{"graph.label", inQuotes(network_.ems) + " cannot be the id of a subnetwork"};
+      throw ParseError("graph.label", inQuotes(network_.ems) + " cannot be the id of a subnetwork");
     }
     addSubnetwork(network_.ems, network_.ems, NS_DOMAIN::kPhysicalRoot);
   }
@@ -209,7 +211,7 @@ class GraphReader {
     const std::size_t number = elements_.size() + 1;
     const std::string place = "node[" + std::to_string(elements_.size()) + ']';
     if (node.child("graph")) {
-      throw Refusal{place, "has a graph of its own, which is not supported"};
+      throw ParseError(place, "has a graph of its own, which is not supported");
     }
     requireNewId(node, place, number);
 
@@ -227,12 +229,12 @@ class GraphReader {
   void requireNewId(pugi::xml_node node, const std::string& place, std::size_t number) {
     const pugi::xml_attribute id = node.attribute("id");
     if (!id) {
-      throw Refusal{place + ".id", "is missing"};
+      throw ParseError(place + ".id", "is missing");
     }
     const auto [known, isNew] = numbers_.emplace(id.value(), number);
     if (!isNew) {
-      throw Refusal{place + ".id", inQuotes(id.value()) + " is already that of node[" +
-                                       std::to_string(known->second - 1) + ']'};
+      throw ParseError(place + ".id", inQuotes(id.value()) + " is already that of node[" +
+                                          std::to_string(known->second - 1) + ']');
     }
   }
 
@@ -266,11 +268,11 @@ class GraphReader {
   std::size_t endOf(pugi::xml_node edge, const char* end, const std::string& place) const {
     const pugi::xml_attribute id = edge.attribute(end);
     if (!id) {
-      throw Refusal{place + '.' + end, "is missing"};
+      throw ParseError(place + '.' + end, "is missing");
     }
     const auto found = numbers_.find(id.value());
     if (found == numbers_.end()) {
-      throw Refusal{place + '.' + end, inQuotes(id.value()) + " is no node of the graph"};
+      throw ParseError(place + '.' + end, inQuotes(id.value()) + " is no node of the graph");
     }
     return found->second;
   }
@@ -278,7 +280,7 @@ class GraphReader {
   void requireDistinctGraphId() const {
     for (const NS_DOMAIN::TopoNode_T& element : elements_) {
       if (element.nodeId == network_.ems) {
-        throw Refusal{"graph.label", inQuotes(network_.ems) + " is also the id of an element"};
+        throw ParseError("graph.label", inQuotes(network_.ems) + " is also the id of an element");
       }
     }
   }
@@ -304,12 +306,12 @@ class GraphReader {
 pugi::xml_node rootOf(const pugi::xml_document& document) {
   const pugi::xml_node root = document.document_element();
   if (std::strcmp(root.name(), "graphml") != 0) {
-    throw Refusal{"root element", "must be graphml, not " + inQuotes(root.name())};
+    throw ParseError("root element", "must be graphml, not " + inQuotes(root.name()));
   }
   const auto graphs = root.children("graph");
   const auto count = std::distance(graphs.begin(), graphs.end());
   if (count != 1) {
-    throw Refusal{"graphml", "must hold one graph, not " + std::to_string(count)};
+    throw ParseError("graphml", "must hold one graph, not " + std::to_string(count));
   }
   return root;
 }

@@ -1,5 +1,5 @@
-// Networks in GraphML, as network collections publish them (docs/formats.md). Part of the network
-// reader.
+// Reads networks in GraphML, the format of network collections (docs/formats.md). Part of the
+// network reader.
 
 #ifndef AGENT_FORMATS_GRAPHMLNETWORK_H
 #define AGENT_FORMATS_GRAPHMLNETWORK_H
@@ -12,8 +12,11 @@
 
 namespace agent {
 
-// The network that a GraphML text describes, which needs no check of its parts; baseName names a
-// graph without a label. Throws Refusal. REQUIRES: the text is valid UTF-8 without NUL.
+// Reads a network from GraphML. The result passes checkNetwork. baseName names a graph without a
+// label.
+//
+// Thread-safety: any thread. Errors: throws ParseError and Cancelled. REQUIRES: the text is valid
+// UTF-8 without NUL.
 Network readGraphmlNetwork(std::string_view text, const std::string& baseName,
                            const Cancellation& cancellation);
 

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <limits>
 
-#include "agent/base/Text.h"
-#include "agent/network/NetworkError.h"
+#include "agent/base/PrintableText.h"
+#include "agent/formats/ParseError.h"
 
 namespace agent {
 namespace {
@@ -50,24 +50,24 @@ std::string JsonField::path() const {
   return before + (before.empty() ? "" : ".") + std::string(name_);
 }
 
-void JsonField::throwRefusal(const std::string& reason) const {
-  throw Refusal{path(), reason};
+void JsonField::fail(const std::string& reason) const {
+  throw ParseError(path(), reason);
 }
 
-void JsonField::throwWrongKind(const char* wanted) const {
-  throwRefusal(std::string("must be ") + wanted + ", not " + kindOf(*value_));
+void JsonField::failKind(const char* wanted) const {
+  fail(std::string("must be ") + wanted + ", not " + kindOf(*value_));
 }
 
 const JsonField& JsonField::required() const {
   if (!isPresent()) {
-    throwRefusal("is missing");
+    fail("is missing");
   }
   return *this;
 }
 
 void JsonField::requireObject() const {
   if (!value_->is_object()) {
-    throwWrongKind("an object");
+    failKind("an object");
   }
 }
 
@@ -75,7 +75,7 @@ void JsonField::requireFieldsAmong(const std::vector<std::string>& names) const 
   requireObject();
   for (const auto& item : value_->items()) {
     if (std::find(names.begin(), names.end(), item.key()) == names.end()) {
-      throwRefusal("has the unknown field " + inQuotes(item.key()));
+      fail("has the unknown field " + inQuotes(item.key()));
     }
   }
 }
@@ -87,7 +87,7 @@ JsonField JsonField::member(const char* name) const {
 
 std::size_t JsonField::size() const {
   if (isPresent() && !value_->is_array()) {
-    throwWrongKind("a list");
+    failKind("a list");
   }
   return isPresent() ? value_->size() : 0;
 }
@@ -95,7 +95,7 @@ std::size_t JsonField::size() const {
 bool JsonField::isListOf(std::size_t entries) const {
   const std::size_t found = size();
   if (isPresent() && found != entries) {
-    throwRefusal("must have " + std::to_string(entries) + " entries, not " + std::to_string(found));
+    fail("must have " + std::to_string(entries) + " entries, not " + std::to_string(found));
   }
   return isPresent();
 }
@@ -109,18 +109,18 @@ std::string JsonField::text() const {
     return {};
   }
   if (!value_->is_string()) {
-    throwWrongKind("a text");
+    failKind("a text");
   }
   const auto& text = value_->get_ref<const std::string&>();
   if (text.find('\0') != std::string::npos) {
-    throwRefusal("holds a NUL character");
+    fail("holds a NUL character");
   }
   return text;
 }
 
 bool JsonField::flag() const {
   if (isPresent() && !value_->is_boolean()) {
-    throwWrongKind("true or false");
+    failKind("true or false");
   }
   return isPresent() && value_->get<bool>();
 }
@@ -131,12 +131,11 @@ Integer JsonField::number(Integer fallback) const {
     return fallback;
   }
   if (!value_->is_number()) {
-    throwWrongKind("a whole number");
+    failKind("a whole number");
   }
   if (!isWithin<Integer>(*value_)) {
-    throwRefusal("must be a whole number from " +
-                 std::to_string(std::numeric_limits<Integer>::min()) + " to " +
-                 std::to_string(std::numeric_limits<Integer>::max()) + ", not " + value_->dump());
+    fail("must be a whole number from " + std::to_string(std::numeric_limits<Integer>::min()) +
+         " to " + std::to_string(std::numeric_limits<Integer>::max()) + ", not " + value_->dump());
   }
   return value_->get<Integer>();
 }

@@ -1,5 +1,5 @@
-// A cursor over a parsed JSON value that knows the path to it, so that each kind of check stands
-// once and every refusal names its place.
+// A value of a parsed JSON document together with its path, so that every check of a value exists
+// once and every failure names its place. Part of the network reader.
 
 #ifndef AGENT_FORMATS_JSONFIELD_H
 #define AGENT_FORMATS_JSONFIELD_H
@@ -13,11 +13,10 @@
 
 namespace agent {
 
-// One value, or the place of one that was left out. Every accessor throws Refusal for a value of
-// the wrong kind, and gives the fallback for one that was left out.
+// A value, or the place of a missing value. An accessor returns its fallback for a missing value.
 //
-// Borrows parent, name and value; paths are only put together when something is refused.
-// Thread-safety: none needed, nothing is ever changed.
+// Thread-safety: any thread; immutable. Ownership: borrows parent, name and value, which outlive
+// the field. Errors: throws ParseError for a value of the wrong kind or range.
 class JsonField {
  public:
   JsonField(const JsonField* parent, std::string_view name, const nlohmann::json* value)
@@ -27,18 +26,19 @@ class JsonField {
 
   // Such as topoNodes[3].parent.
   std::string path() const;
-  [[noreturn]] void throwRefusal(const std::string& reason) const;
+  [[noreturn]] void fail(const std::string& reason) const;
 
   bool isPresent() const { return value_ != nullptr; }
   const JsonField& required() const;
 
-  // This is an object with no other fields than these.
+  // Fails unless the value is an object without other fields.
   void requireFieldsAmong(const std::vector<std::string>& names) const;
   JsonField member(const char* name) const;
 
-  // The number of entries of this list, 0 when it was left out.
+  // The number of entries of this list; 0 for a missing value.
   std::size_t size() const;
-  // Left out, or a list of exactly so many entries; true when it is there.
+
+  // True for a list of the given length, false for a missing value. Fails for any other value.
   bool isListOf(std::size_t entries) const;
   JsonField entry(std::size_t index) const;
 
@@ -48,7 +48,7 @@ class JsonField {
   std::uint32_t uint32(std::uint32_t fallback) const;
 
  private:
-  [[noreturn]] void throwWrongKind(const char* wanted) const;
+  [[noreturn]] void failKind(const char* wanted) const;
   void requireObject() const;
 
   template <typename Integer>

@@ -5,9 +5,9 @@
 #include <set>
 #include <utility>
 
-#include "agent/base/Text.h"
+#include "agent/base/PrintableText.h"
 #include "agent/formats/JsonField.h"
-#include "agent/network/NetworkError.h"
+#include "agent/formats/ParseError.h"
 
 namespace agent {
 namespace {
@@ -42,7 +42,7 @@ void readPair(const JsonField& list, std::int32_t& first, std::int32_t& second) 
 std::string nonEmptyText(const JsonField& field) {
   std::string text = field.required().text();
   if (text.empty()) {
-    field.throwRefusal("must not be empty");
+    field.fail("must not be empty");
   }
   return text;
 }
@@ -135,7 +135,7 @@ class NetworkEvents final : public nlohmann::json_sax<Json> {
 
   Network take() {
     if (!hasFormat_) {
-      throw Refusal{"format", "is missing"};
+      throw ParseError("format", "is missing");
     }
     return std::move(network_);
   }
@@ -159,7 +159,7 @@ class NetworkEvents final : public nlohmann::json_sax<Json> {
   bool key(string_t& name) override {
     if (!open_.empty()) {
       if (open_.back()->contains(name)) {
-        throw Refusal{place().path(), "has the field " + inQuotes(name) + " twice"};
+        throw ParseError(place().path(), "has the field " + inQuotes(name) + " twice");
       }
     } else {
       requireNewTopField(name);
@@ -190,17 +190,17 @@ class NetworkEvents final : public nlohmann::json_sax<Json> {
 
   bool parse_error(std::size_t bytesRead, const std::string&,
                    const nlohmann::detail::exception& error) override {
-    throw Refusal{linePlace(text_, bytesRead == 0 ? 0 : bytesRead - 1), reasonOf(error)};
+    throw ParseError(linePlace(text_, bytesRead == 0 ? 0 : bytesRead - 1), reasonOf(error));
   }
 
  private:
   void requireNewTopField(const std::string& name) {
     const auto& known = jsonNetworkFields().at("");
     if (std::find(known.begin(), known.end(), name) == known.end()) {
-      throw Refusal{kTopLevel, "has the unknown field " + inQuotes(name)};
+      throw ParseError(kTopLevel, "has the unknown field " + inQuotes(name));
     }
     if (!topFieldsSeen_.insert(name).second) {
-      throw Refusal{kTopLevel, "has the field " + inQuotes(name) + " twice"};
+      throw ParseError(kTopLevel, "has the field " + inQuotes(name) + " twice");
     }
     topField_ = name;
     topPlace_ = JsonField(nullptr, topField_, &value_);
@@ -220,7 +220,7 @@ class NetworkEvents final : public nlohmann::json_sax<Json> {
 
   bool open(Json container) {
     if (open_.size() == kMostNesting) {
-      place().throwRefusal("is nested too deeply");
+      place().fail("is nested too deeply");
     }
     open_.push_back(put(std::move(container)));
     return true;
@@ -277,7 +277,7 @@ class NetworkEvents final : public nlohmann::json_sax<Json> {
   void requireFormat(const JsonField& field) {
     const std::string format = field.text();
     if (format != kFormat) {
-      field.throwRefusal("must be " + inQuotes(kFormat) + ", not " + inQuotes(format));
+      field.fail("must be " + inQuotes(kFormat) + ", not " + inQuotes(format));
     }
     hasFormat_ = true;
   }

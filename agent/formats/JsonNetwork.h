@@ -13,12 +13,15 @@
 
 namespace agent {
 
-// The network that a text in the native format describes; what must hold between its parts is not
-// checked. Throws Refusal. REQUIRES: valid UTF-8.
+// Reads a network in the native format. Checks each record, but not the relations between records
+// (checkNetwork).
+//
+// Thread-safety: any thread. Errors: throws ParseError and Cancelled. REQUIRES: the text is valid
+// UTF-8.
 Network readJsonNetwork(std::string_view text, const Cancellation& cancellation);
 
-// Every field that the format knows: those of the whole under "", those of an entry of a list under
-// the list's name.
+// All fields of the format: the fields of the top level under "", the fields of the entries of a
+// list under the name of the list. Thread-safety: any thread.
 const std::map<std::string, std::vector<std::string>>& jsonNetworkFields();
 
 }  // namespace agent

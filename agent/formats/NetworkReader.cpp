@@ -7,10 +7,14 @@
 #include <string>
 #include <string_view>
 #include <system_error>
+#include <utility>
 
-#include "agent/base/Text.h"
+#include "agent/base/FailureCodes.h"
+#include "agent/base/PrintableText.h"
+#include "agent/base/TextChecks.h"
 #include "agent/formats/GraphmlNetwork.h"
 #include "agent/formats/JsonNetwork.h"
+#include "agent/formats/ParseError.h"
 #include "agent/network/NetworkChecks.h"
 
 namespace agent {
@@ -19,35 +23,38 @@ namespace {
 constexpr std::string_view kByteOrderMark = "\xef\xbb\xbf";
 constexpr std::string_view kBlanks = " \t\r\n";
 
-[[noreturn]] void throwFileRefusal(const std::string& reason) {
-  throw Refusal{"file", reason};
+Outcome unreadable(const std::string& reason) {
+  return invalidInput("file", reason);
 }
 
-[[noreturn]] void throwFileRefusal(int systemError) {
-  throwFileRefusal(std::generic_category().message(systemError));
+Outcome unreadable(int systemError) {
+  return unreadable(std::generic_category().message(systemError));
 }
 
-// Devices and pipes may never end, so only files are read.
-void requireRegularFile(const std::filesystem::path& file) {
+// A device or a pipe may never end, so only regular files are read.
+Outcome checkRegularFile(const std::filesystem::path& file) {
   std::error_code error;
   const auto status = std::filesystem::status(file, error);
   if (std::filesystem::is_directory(status)) {
-    throwFileRefusal(EISDIR);
+    return unreadable(EISDIR);
   }
   if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
-    throwFileRefusal("is not a regular file");
+    return unreadable("is not a regular file");
   }
+  return {};
 }
 
 struct CloseFile {
   void operator()(std::FILE* file) const { std::fclose(file); }
 };
 
-std::string contentOf(const std::filesystem::path& file) {
-  requireRegularFile(file);
+Result<std::string> contentOf(const std::filesystem::path& file) {
+  if (Outcome checked = checkRegularFile(file); !checked.ok()) {
+    return checked;
+  }
   const std::unique_ptr<std::FILE, CloseFile> stream(std::fopen(file.c_str(), "rbe"));
   if (!stream) {
-    throwFileRefusal(errno);
+    return unreadable(errno);
   }
   std::string content;
   char block[65536];
@@ -55,62 +62,83 @@ std::string contentOf(const std::filesystem::path& file) {
     content.append(block, count);
   }
   if (std::ferror(stream.get()) != 0) {
-    throwFileRefusal(errno);
+    return unreadable(errno);
   }
-  return content;
+  return Result<std::string>(std::move(content));
 }
 
-void requireText(std::string_view content) {
+Outcome checkText(std::string_view content) {
   if (const auto invalid = findInvalidUtf8(content)) {
-    throw Refusal{linePlace(content, *invalid), "is not UTF-8 here"};
+    return invalidInput(linePlace(content, *invalid), "is not UTF-8 here");
   }
   if (const std::size_t nul = content.find('\0'); nul != std::string_view::npos) {
-    throw Refusal{linePlace(content, nul), "holds a NUL character"};
+    return invalidInput(linePlace(content, nul), "holds a NUL character");
   }
+  return {};
 }
 
-using Check = void (*)(const Network&);
+using Check = Outcome (*)(const Network&);
 
-Network parse(std::string_view content, const std::string& baseName, Check check,
-              const Cancellation& cancellation) {
+// Throws ParseError and Cancelled.
+Result<Network> parse(std::string_view content, const std::string& baseName, Check check,
+                      const Cancellation& cancellation) {
   if (content.substr(0, kByteOrderMark.size()) == kByteOrderMark) {
     content.remove_prefix(kByteOrderMark.size());
   }
   const std::size_t first = content.find_first_not_of(kBlanks);
   if (first == std::string_view::npos) {
-    throwFileRefusal("is empty");
+    return unreadable("is empty");
   }
-  requireText(content);
+  if (Outcome checked = checkText(content); !checked.ok()) {
+    return checked;
+  }
   if (content[first] == '<') {
     return readGraphmlNetwork(content, baseName, cancellation);
   }
   Network network = readJsonNetwork(content, cancellation);
-  check(network);
-  return network;
+  if (Outcome checked = check(network); !checked.ok()) {
+    return checked;
+  }
+  return Result<Network>(std::move(network));
 }
 
-// Refusals leave as what is wrong with the file of a name.
+Outcome failureOf(const std::string& name, const std::string& reason) {
+  constexpr std::size_t kMostNameBytes = 4096;
+  return {kInvalidInput, printable(name, kMostNameBytes) + ": " + reason};
+}
+
+// Runs a reader and puts the name of the file before the reason of a failure.
 template <typename Read>
-Network readAs(const std::string& name, Read read) {
+Result<Network> readAs(const std::string& name, Read read) {
   try {
-    return read();
-  } catch (const Refusal& refusal) {
-    throw NetworkError(name, refusal.place, refusal.reason);
+    Result<Network> network = read();
+    if (network.ok()) {
+      return network;
+    }
+    return failureOf(name, network.outcome().reason);
+  } catch (const ParseError& failure) {
+    return failureOf(name, failure.what());
   } catch (const std::bad_alloc&) {
-    throw NetworkError(name, "file", "is too large for the memory there is");
+    return failureOf(name, "file: is too large for the memory there is");
+  } catch (const Cancelled& cancelled) {
+    return Outcome{kInternalError, cancelled.what()};
   }
 }
 
 }  // namespace
 
-Network readNetworkFile(const std::filesystem::path& file) {
-  return readAs(file.string(), [&] {
-    return parse(contentOf(file), file.stem().string(), checkNetwork, Cancellation::none());
+Result<Network> readNetworkFile(const std::filesystem::path& file) {
+  return readAs(file.string(), [&]() -> Result<Network> {
+    Result<std::string> content = contentOf(file);
+    if (!content.ok()) {
+      return content.outcome();
+    }
+    return parse(content.value(), file.stem().string(), checkNetwork, Cancellation::none());
   });
 }
 
-Network readNetwork(const std::string& name, std::string_view content,
-                    const Cancellation& cancellation) {
+Result<Network> readNetwork(const std::string& name, std::string_view content,
+                            const Cancellation& cancellation) {
   return readAs(name, [&] {
     return parse(content, std::filesystem::path(name).stem().string(), checkPart, cancellation);
   });

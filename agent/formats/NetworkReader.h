@@ -8,20 +8,24 @@
 #include <string_view>
 
 #include "agent/base/Cancellation.h"
+#include "agent/base/OperationResult.h"
 #include "agent/network/Network.h"
-#include "agent/network/NetworkError.h"
 
 namespace agent {
 
-// Reads and checks a whole file; its content says which format it has. Throws NetworkError for a
-// file that cannot be read, parsed or used; never crashes on one, however hostile. Any thread.
-Network readNetworkFile(const std::filesystem::path& file);
+// The readers select the format by the content. A hostile file fails like any other bad file.
+//
+// Thread-safety: any thread. Errors: kInvalidInput with one printable line, "FILE: PLACE: REASON";
+// the place is line:column, a path such as topoNodes[3].parent, or "file". kInternalError after a
+// cancellation.
 
-// The same for content that is to be added to a network: parents that are not in it may be there.
-// The name, of a file or anything else, is for messages and for a graph without a label. Throws
-// Cancelled too.
-Network readNetwork(const std::string& name, std::string_view content,
-                    const Cancellation& cancellation = Cancellation::none());
+// Reads and checks a whole network.
+Result<Network> readNetworkFile(const std::filesystem::path& file);
+
+// Reads and checks content that is to be added to another network, so that parents may be missing.
+// name: of a file or of anything else, for messages and for a graph without a label.
+Result<Network> readNetwork(const std::string& name, std::string_view content,
+                            const Cancellation& cancellation = Cancellation::none());
 
 }  // namespace agent
 

@@ -1,7 +1,7 @@
 #include "agent/host/DomainService.h"
 
 #include "agent/base/FailureCodes.h"
-#include "agent/base/Text.h"
+#include "agent/base/PrintableText.h"
 #include "agent/northbound/PlatformFailure.h"
 
 namespace agent {

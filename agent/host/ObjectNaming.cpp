@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "agent/base/FailureCodes.h"
-#include "agent/base/Text.h"
+#include "agent/base/PrintableText.h"
 
 namespace agent {
 namespace {

@@ -6,7 +6,7 @@
 
 #include "agent/base/FailureCodes.h"
 #include "agent/base/OperationResult.h"
-#include "agent/base/Text.h"
+#include "agent/base/TextOrEmpty.h"
 #include "agent/changes/AttributeService.h"
 #include "agent/host/FailureReason.h"
 #include "agent/host/RunningAgent.h"

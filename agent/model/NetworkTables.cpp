@@ -4,7 +4,6 @@
 #include <stdexcept>
 #include <unordered_map>
 
-#include "agent/base/Text.h"
 #include "agent/model/PreparedChange.h"
 
 namespace agent {

@@ -1,7 +1,9 @@
 #include "agent/network/Fdn.h"
 
 #include <algorithm>
+#include <charconv>
 #include <limits>
+#include <system_error>
 
 namespace agent {
 namespace {
@@ -74,6 +76,19 @@ std::optional<std::int32_t> wholeNumber(std::string_view text) {
 
 std::int32_t leadingNumber(std::string_view text) {
   return static_cast<std::int32_t>(leadingDecimal(text).value);
+}
+
+std::optional<std::int32_t> canonicalNumber(std::string_view text) {
+  const bool startsWell = !text.empty() && text.front() >= '0' && text.front() <= '9';
+  if (!startsWell || (text.front() == '0' && text.size() > 1)) {
+    return std::nullopt;
+  }
+  std::int32_t number = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (error != std::errc() || end != text.data() + text.size()) {
+    return std::nullopt;
+  }
+  return number;
 }
 
 }  // namespace agent

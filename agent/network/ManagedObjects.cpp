@@ -3,7 +3,8 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include "agent/base/Text.h"
+#include "agent/base/PrintableText.h"
+#include "agent/base/TextOrEmpty.h"
 #include "agent/network/Fdn.h"
 #include "platform/agent/CorbaUtilInterface.h"
 

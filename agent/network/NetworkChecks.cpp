@@ -6,8 +6,8 @@
 #include <utility>
 #include <vector>
 
-#include "agent/base/Text.h"
-#include "agent/network/NetworkError.h"
+#include "agent/base/FailureCodes.h"
+#include "agent/base/PrintableText.h"
 #include "hash/SaltedHash.h"
 
 namespace agent {
@@ -32,34 +32,41 @@ std::string formatKey(const LabelKey& key) {
   return formatKey(key.first) + ' ' + formatKey(key.second);
 }
 
-// Where each key of a list stands.
+// The position in its list of the record with each key.
 template <typename Key>
 using Positions = salted::Map<Key, std::size_t, KeyHash>;
 
-// Borrows the texts of the list.
+// Fills positions, which borrow the texts of the list. Fails for a key that two records have.
 template <typename Key, typename Record, typename KeyOf>
-Positions<Key> uniquePositions(const std::vector<Record>& records, const char* list,
-                               const char* field, KeyOf keyOf) {
-  Positions<Key> positions;
+Outcome findPositions(Positions<Key>& positions, const std::vector<Record>& records,
+                      const char* list, const char* field, KeyOf keyOf) {
   positions.reserve(records.size());
   for (std::size_t i = 0; i < records.size(); ++i) {
     const auto [known, isNew] = positions.emplace(keyOf(records[i]), i);
     if (!isNew) {
-      throw Refusal{placeOf(list, i, field), formatKey(known->first) + " is already that of " +
-                                                 placeOf(list, known->second)};
+      return invalidInput(
+          placeOf(list, i, field),
+          formatKey(known->first) + " is already that of " + placeOf(list, known->second));
     }
   }
-  return positions;
+  return {};
+}
+
+template <typename Key, typename Record, typename KeyOf>
+Outcome checkUnique(const std::vector<Record>& records, const char* list, const char* field,
+                    KeyOf keyOf) {
+  Positions<Key> positions;
+  return findPositions(positions, records, list, field, keyOf);
 }
 
 constexpr std::size_t kNoParent = static_cast<std::size_t>(-1);
 
-// Where parents may be.
 enum class Parents { kInNetwork, kElsewhereToo };
 
-// The position of every node's parent; kNoParent for a root and for a parent elsewhere.
-std::vector<std::size_t> parentsOf(const std::vector<NS_DOMAIN::TopoNode_T>& nodes,
-                                   const Positions<std::string_view>& positions, Parents allowed) {
+// The position of the parent of every node; kNoParent for a root and for a parent elsewhere.
+Result<std::vector<std::size_t>> parentsOf(const std::vector<NS_DOMAIN::TopoNode_T>& nodes,
+                                           const Positions<std::string_view>& positions,
+                                           Parents allowed) {
   std::vector<std::size_t> parents(nodes.size(), kNoParent);
   for (std::size_t i = 0; i < nodes.size(); ++i) {
     const std::string& parent = nodes[i].parentId;
@@ -70,52 +77,82 @@ std::vector<std::size_t> parentsOf(const std::vector<NS_DOMAIN::TopoNode_T>& nod
     if (found != positions.end()) {
       parents[i] = found->second;
     } else if (allowed == Parents::kInNetwork) {
-      throw Refusal{placeOf("topoNodes", i, ".parent"), inQuotes(parent) + " does not exist"};
+      return invalidInput(placeOf("topoNodes", i, ".parent"), inQuotes(parent) + " does not exist");
     }
   }
-  return parents;
+  return {std::move(parents)};
 }
 
-// Walks up from every node, each node once: a walk that meets its own trail has found a cycle, one
-// that meets an older trail goes where that went.
-void requireNoCycle(const std::vector<std::size_t>& parents) {
-  std::vector<std::size_t> trailOf(parents.size(), kNoParent);
+// Walks from every node to its ancestors, and marks each node with the start of its first walk. A
+// walk that meets a node with its own mark has found a cycle; a walk that meets another mark ends.
+Outcome checkAcyclic(const std::vector<std::size_t>& parents) {
+  std::vector<std::size_t> walkOf(parents.size(), kNoParent);
   for (std::size_t start = 0; start < parents.size(); ++start) {
     std::size_t node = start;
-    while (node != kNoParent && trailOf[node] == kNoParent) {
-      trailOf[node] = start;
+    while (node != kNoParent && walkOf[node] == kNoParent) {
+      walkOf[node] = start;
       node = parents[node];
     }
-    if (node != kNoParent && trailOf[node] == start) {
-      throw Refusal{placeOf("topoNodes", node, ".parent"), "makes the node its own ancestor"};
+    if (node != kNoParent && walkOf[node] == start) {
+      return invalidInput(placeOf("topoNodes", node, ".parent"), "makes the node its own ancestor");
     }
   }
+  return {};
 }
 
-void check(const Network& network, Parents allowed) {
-  const auto nodes = uniquePositions<std::string_view>(
-      network.topoNodes, "topoNodes", ".id",
-      [](const auto& node) { return std::string_view(node.nodeId); });
-  requireNoCycle(parentsOf(network.topoNodes, nodes, allowed));
-  uniquePositions<std::int32_t>(network.networkElements, "networkElements", ".number",
-                                [](const auto& element) { return element.number; });
-  uniquePositions<std::string_view>(
+Outcome checkNodes(const std::vector<NS_DOMAIN::TopoNode_T>& nodes, Parents allowed) {
+  Positions<std::string_view> positions;
+  Outcome unique = findPositions(positions, nodes, "topoNodes", ".id",
+                                 [](const auto& node) { return std::string_view(node.nodeId); });
+  if (!unique.ok()) {
+    return unique;
+  }
+  const auto parents = parentsOf(nodes, positions, allowed);
+  return parents.ok() ? checkAcyclic(parents.value()) : parents.outcome();
+}
+
+Outcome checkElements(const Network& network) {
+  return checkUnique<std::int32_t>(network.networkElements, "networkElements", ".number",
+                                   [](const auto& element) { return element.number; });
+}
+
+Outcome checkClockPositions(const Network& network) {
+  return checkUnique<std::string_view>(
       network.clockPositions, "clockPositions", ".reference",
       [](const auto& position) { return std::string_view(position.reference); });
-  uniquePositions<std::string_view>(network.clockLinks, "clockLinks", ".id",
-                                    [](const auto& link) { return std::string_view(link.linkId); });
-  uniquePositions<LabelKey>(network.objectLabels, "objectLabels", "",
-                            [](const auto& label) { return LabelKey(label.type, label.id); });
+}
+
+Outcome checkClockLinks(const Network& network) {
+  return checkUnique<std::string_view>(
+      network.clockLinks, "clockLinks", ".id",
+      [](const auto& link) { return std::string_view(link.linkId); });
+}
+
+Outcome checkLabels(const Network& network) {
+  return checkUnique<LabelKey>(network.objectLabels, "objectLabels", "",
+                               [](const auto& label) { return LabelKey(label.type, label.id); });
+}
+
+Outcome check(const Network& network, Parents allowed) {
+  Outcome outcome = checkNodes(network.topoNodes, allowed);
+  for (const auto checkList : {checkElements, checkClockPositions, checkClockLinks, checkLabels}) {
+    outcome = outcome.ok() ? checkList(network) : outcome;
+  }
+  return outcome;
 }
 
 }  // namespace
 
-void checkNetwork(const Network& network) {
-  check(network, Parents::kInNetwork);
+Outcome checkNetwork(const Network& network) {
+  return check(network, Parents::kInNetwork);
 }
 
-void checkPart(const Network& network) {
-  check(network, Parents::kElsewhereToo);
+Outcome checkPart(const Network& network) {
+  return check(network, Parents::kElsewhereToo);
+}
+
+Outcome invalidInput(const std::string& place, const std::string& reason) {
+  return {kInvalidInput, printable(place) + ": " + printable(reason)};
 }
 
 std::string placeOf(const char* list, std::size_t index, const char* field) {

@@ -8,8 +8,8 @@
 #include <utility>
 
 #include "agent/base/Log.h"
+#include "agent/base/PrintableText.h"
 #include "agent/base/RandomId.h"
-#include "agent/base/Text.h"
 #include "agent/notifications/ChannelSink.h"
 #include "agent/notifications/ConsumerSink.h"
 #include "agent/notifications/SubscriptionServant.h"

@@ -1,6 +1,6 @@
 #include "agent/store/NetworkStore.h"
 
-#include "agent/base/Text.h"
+#include "agent/base/PrintableText.h"
 
 namespace agent {
 

@@ -101,7 +101,7 @@ TEST(GraphmlNetwork, RoundsTheTextOfCoordinatesOfTheTopologyZoo) {
     GTEST_SKIP() << "no " << file;
   }
   std::multiset<std::int32_t> latitudes;
-  for (const auto& node : agent::readNetworkFile(file).topoNodes) {
+  for (const auto& node : valueOf(agent::readNetworkFile(file)).topoNodes) {
     latitudes.insert(node.attribute4);
   }
   EXPECT_EQ(1U, latitudes.count(32384));  // 32.3835 in the file
@@ -274,7 +274,7 @@ TEST(GraphmlNetwork, OfTheTopologyZooHasOneNodeForGraphCountriesAndNodes) {
     SCOPED_TRACE(entry.path().string());
     ++files;
     const std::string text = support::readFile(entry.path());
-    const agent::Network network = agent::readNetworkFile(entry.path());
+    const agent::Network network = valueOf(agent::readNetworkFile(entry.path()));
     std::set<std::string> ids;
     std::set<std::string> countries;
     for (const auto& node : network.topoNodes) {

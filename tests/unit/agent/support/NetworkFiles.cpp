@@ -1,25 +1,32 @@
 #include "tests/unit/agent/support/NetworkFiles.h"
 
 #include <sstream>
+#include <stdexcept>
+#include <utility>
 
 #include "agent/formats/NetworkReader.h"
 #include "tests/support/TemporaryDirectory.h"
 
+agent::Network valueOf(agent::Result<agent::Network> network) {
+  if (!network.ok()) {
+    throw std::runtime_error(network.outcome().reason);
+  }
+  return std::move(network.value());
+}
+
 agent::Network readText(const std::string& content, const std::string& name) {
   const support::TemporaryDirectory directory;
-  return agent::readNetworkFile(directory.write(name, content));
+  return valueOf(agent::readNetworkFile(directory.write(name, content)));
 }
 
 std::string refusalOf(const std::string& content, const std::string& name) {
   const support::TemporaryDirectory directory;
-  try {
-    agent::readNetworkFile(directory.write(name, content));
-  } catch (const agent::NetworkError& error) {
-    const std::string prefix = directory.path().string() + '/';
-    const std::string text = error.what();
-    return text.rfind(prefix, 0) == 0 ? text.substr(prefix.size()) : "without the file: " + text;
+  const std::string text = agent::readNetworkFile(directory.write(name, content)).outcome().reason;
+  const std::string prefix = directory.path().string() + '/';
+  if (text.empty()) {
+    return {};
   }
-  return {};
+  return text.rfind(prefix, 0) == 0 ? text.substr(prefix.size()) : "without the file: " + text;
 }
 
 std::string withFormat(const std::string& fields) {

@@ -5,12 +5,16 @@
 
 #include <string>
 
+#include "agent/base/OperationResult.h"
 #include "agent/network/Network.h"
 
-// Reads a file with a content, as network.json in a directory of its own.
+// The network of a reader that succeeded. Fails the test by an exception otherwise.
+agent::Network valueOf(agent::Result<agent::Network> network);
+
+// Reads a file with the given content and name.
 agent::Network readText(const std::string& content, const std::string& name = "network.json");
 
-// What the reader says to that file, without the directory; empty when it accepts it.
+// The reason why the reader rejects such a file, without the directory; empty for a valid file.
 std::string refusalOf(const std::string& content, const std::string& name = "network.json");
 
 // The native format around some fields: {"format":"topo-network/1",FIELDS}.

@@ -1,0 +1,22 @@
+#include "agent/network/Fdn.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using agent::canonicalNumber;
+
+TEST(CanonicalNumber, AcceptsDecimalDigits) {
+  EXPECT_EQ(0, canonicalNumber("0"));
+  EXPECT_EQ(7, canonicalNumber("7"));
+  EXPECT_EQ(2147483647, canonicalNumber("2147483647"));
+}
+
+TEST(CanonicalNumber, RejectsEveryOtherSpelling) {
+  for (const char* text : {"", "-1", "+1", "-0", "00", "01", " 1", "1 ", "1a", "0x1", "1.0",
+                           "2147483648", "99999999999999999999", "١"}) {
+    EXPECT_FALSE(canonicalNumber(text).has_value()) << text;
+  }
+}
+
+}  // namespace
