@@ -1,6 +1,5 @@
 #include "agent/ModuleControl.h"
 
-#include <algorithm>
 #include <chrono>
 #include <future>
 #include <optional>
@@ -50,14 +49,16 @@ std::future<void> ModuleControl::startExchange() {
   }
 }
 
-// No step waits for requests while changes are paused: a waiting request may be a change.
+// No step waits for requests while changes are paused: a waiting request may be a change. A change
+// that is still in progress at the deadline raises its event when the module is unloaded, which is
+// a gap, or loaded again.
 void ModuleControl::exchange() {
   const Deadline deadline = eventDeadline();
   std::optional<NetworkWriter::Pause> pause;
   try {
     state_ = State::kReloading;
     northbound_.retire();
-    pause.emplace(writer_);
+    pause.emplace(writer_, remainingTime(deadline));
     takeOut(deadline);
     bringIn();
   } catch (...) {
@@ -78,6 +79,11 @@ ModuleControl::Deadline ModuleControl::eventDeadline() const {
   return std::chrono::steady_clock::now() + eventPatience_;
 }
 
+std::chrono::milliseconds ModuleControl::remainingTime(Deadline deadline) {
+  const auto remaining = deadline - std::chrono::steady_clock::now();
+  return std::chrono::duration_cast<std::chrono::milliseconds>(remaining);
+}
+
 // After a failure the module may be loaded in part.
 void ModuleControl::bringIn() {
   northbound_.open();
@@ -93,9 +99,7 @@ void ModuleControl::bringIn() {
 // module has not handled at the deadline as a gap.
 void ModuleControl::takeOut(Deadline deadline) {
   northbound_.retire();
-  const auto remaining = std::chrono::duration_cast<std::chrono::milliseconds>(
-      deadline - std::chrono::steady_clock::now());
-  if (!events_.flush(std::max(remaining, std::chrono::milliseconds::zero()))) {
+  if (!events_.flush(remainingTime(deadline))) {
     log(kLogErrors,
         "module " + module_.string() + " is unloaded before it has handled all queued events");
   }

@@ -26,7 +26,8 @@ class ModuleControl {
   static constexpr std::chrono::seconds kDefaultEventPatience{3};
 
   // manager: the object key at which the module must serve a manager.
-  // eventPatience: how long the module may handle queued events after a reload or an unload begins.
+  // eventPatience: how long after the beginning of a reload or an unload the module may handle
+  // queued events, and a reload waits for the change in progress.
   ModuleControl(const char* manager, std::filesystem::path module, NetworkWriter& writer,
                 EventManager& events, Northbound& northbound,
                 std::chrono::milliseconds eventPatience = kDefaultEventPatience);
@@ -40,8 +41,8 @@ class ModuleControl {
   // Throws ModuleError.
   void load();
 
-  // Unloads as unload() does, and loads. Changes of the network wait during the reload, so that a
-  // loaded module handles every later event. After an exception the module is missing and another
+  // Unloads as unload() does, and loads. New changes of the network wait during the reload, so that
+  // a loaded module handles their events. After an exception the module is missing and another
   // reload can load the module; when no thread could be started, the module continues to serve.
   void reload();
 
@@ -66,6 +67,7 @@ class ModuleControl {
   void bringIn() REQUIRES(turn_);
   void takeOut(Deadline deadline) REQUIRES(turn_);
   Deadline eventDeadline() const;
+  static std::chrono::milliseconds remainingTime(Deadline deadline);
 
   const char* const manager_;
   const std::filesystem::path module_;

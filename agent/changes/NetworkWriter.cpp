@@ -62,11 +62,12 @@ NetworkWriter::Change::Turn::~Turn() {
   writer_.gateMoved_.notify_all();
 }
 
-NetworkWriter::Pause::Pause(NetworkWriter& writer) : writer_(writer) {
+NetworkWriter::Pause::Pause(NetworkWriter& writer, std::chrono::milliseconds atMost)
+    : writer_(writer) {
   MutexLock lock(writer_.gateMutex_);
   ++writer_.pauses_;
-  writer_.gateMoved_.wait(lock.native(),
-                          [this]() REQUIRES(writer_.gateMutex_) { return !writer_.changing_; });
+  writer_.gateMoved_.wait_for(lock.native(), atMost,
+                              [this]() REQUIRES(writer_.gateMutex_) { return !writer_.changing_; });
 }
 
 NetworkWriter::Pause::~Pause() {

@@ -4,6 +4,7 @@
 #ifndef AGENT_CHANGES_NETWORKWRITER_H
 #define AGENT_CHANGES_NETWORKWRITER_H
 
+#include <chrono>
 #include <condition_variable>
 #include <cstddef>
 #include <cstdint>
@@ -49,11 +50,12 @@ class NetworkWriter {
   void endCopy(std::unique_ptr<StoreCopy> copy);
 
   // Blocks new changes until the Pause is destroyed. The constructor waits until the change in
-  // progress has ended and has raised its event. Waiting changes do not delay a pause. Several
-  // pauses may exist at the same time. Any thread may destroy a pause.
+  // progress has ended and has raised its event. A change that takes longer than atMost continues
+  // and raises its event during the pause. Waiting changes do not delay a pause. Several pauses may
+  // exist at the same time. Any thread may destroy a pause.
   class Pause {
    public:
-    explicit Pause(NetworkWriter& writer);
+    Pause(NetworkWriter& writer, std::chrono::milliseconds atMost);
     ~Pause();
     Pause(const Pause&) = delete;
     Pause& operator=(const Pause&) = delete;

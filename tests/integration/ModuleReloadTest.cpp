@@ -203,6 +203,17 @@ TEST_F(ModuleControls, ReloadBetweenTwoEventsOfAChangeWhenThePatienceIsOver) {
   impatient.unload();
 }
 
+TEST_F(ModuleControls, ReloadBesideAChangeWhenThePatienceIsOver) {
+  using namespace std::chrono_literals;
+  agent::ModuleControl impatient("TopoManagement", TOPO_MODULE, writer_, host_.events(),
+                                 host_.northbound(), 0ms);
+  impatient.load();
+  const agent::NetworkWriter::Change change(writer_);
+  impatient.reload();
+  EXPECT_EQ(2U, impatient.loads());
+  impatient.unload();
+}
+
 TEST_F(ModuleControls, LeaveTheModuleServingWhenAReloadCannotBegin) {
   control_.load();
   {

@@ -110,7 +110,7 @@ TEST_F(BackupsTest, HaveNoChangesThatComeLater) {
 TEST_F(BackupsTest, AreMadeWhileChangesArePaused) {
   ChangingHost host(path_, wideNetwork(3));
   Backups backups(host.writer());
-  const NetworkWriter::Pause pause(host.writer());
+  const NetworkWriter::Pause pause(host.writer(), std::chrono::minutes(1));
   EXPECT_EQ(describe(wideNetwork(3)), storedIn(fetched(backups)));
 }
 

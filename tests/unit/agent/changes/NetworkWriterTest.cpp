@@ -76,7 +76,7 @@ TEST(NetworkWriter, MakesTheChangeThoughItsListenerFails) {
 
 TEST(NetworkWriter, KeepsChangesWaitingWhileItPauses) {
   ChangingHost host(SqliteStore::kInMemory);
-  auto pause = std::make_unique<NetworkWriter::Pause>(host.writer());
+  auto pause = std::make_unique<NetworkWriter::Pause>(host.writer(), 1min);
   support::Task change([&] { return host.nodes().create(nodeOf("a", "")).code; });
   EXPECT_TRUE(change.waits());
   EXPECT_FALSE(host.model().hasTopoNode("a"));  // readers do not wait
@@ -88,8 +88,8 @@ TEST(NetworkWriter, KeepsChangesWaitingWhileItPauses) {
 
 TEST(NetworkWriter, PausesUntilTheLastPauseEnds) {
   ChangingHost host(SqliteStore::kInMemory);
-  auto first = std::make_unique<NetworkWriter::Pause>(host.writer());
-  auto second = std::make_unique<NetworkWriter::Pause>(host.writer());
+  auto first = std::make_unique<NetworkWriter::Pause>(host.writer(), 1min);
+  auto second = std::make_unique<NetworkWriter::Pause>(host.writer(), 1min);
   support::Task change([&] { return host.nodes().create(nodeOf("a", "")).code; });
   EXPECT_TRUE(change.waits());
   first.reset();
@@ -112,13 +112,26 @@ TEST(NetworkWriter, PausesOnlyWhenTheEventOfAChangeIsRaised) {
   std::thread change([&] { agent::NodeService(writer).create(nodeOf("a", "")); });
   raising.get_future().wait();
   support::Task pause([&] {
-    const NetworkWriter::Pause paused(writer);
+    const NetworkWriter::Pause paused(writer, 1min);
     return raised.load();
   });
   EXPECT_TRUE(pause.waits());
   proceed.set_value();
   EXPECT_TRUE(pause.get());
   change.join();
+}
+
+TEST(NetworkWriter, PausesBesideAChangeThatTakesTooLong) {
+  ChangingHost host(SqliteStore::kInMemory);
+  auto current = std::make_unique<NetworkWriter::Change>(host.writer());
+  auto pause = std::make_unique<NetworkWriter::Pause>(host.writer(), 0ms);
+  support::Task next([&] { return host.nodes().create(nodeOf("a", "")).code; });
+  current->commit(current->model().prepareAddition(wideNetwork(1)));
+  current.reset();
+  EXPECT_TRUE(next.waits());
+  EXPECT_EQ(1U, host.model().topoNodeCount());
+  pause.reset();
+  EXPECT_EQ(agent::kSuccess, next.get());
 }
 
 // A reload would starve otherwise while clients keep changing the network. Which of several
@@ -135,7 +148,7 @@ TEST(NetworkWriter, PausesBeforeChangesThatWait) {
     auto c = create("c");
     EXPECT_TRUE(a.waits() && b.waits() && c.waits());
     support::Task pause([&host] {
-      const NetworkWriter::Pause paused(host.writer());
+      const NetworkWriter::Pause paused(host.writer(), 1min);
       return host.model().topoNodeCount();
     });
     EXPECT_TRUE(pause.waits());
@@ -160,7 +173,7 @@ TEST(NetworkWriter, PausesThoughChangesKeepComing) {
   auto first = keepRenaming("first");
   auto second = keepRenaming("second");
   for (int i = 0; i < 20; ++i) {
-    const NetworkWriter::Pause pause(host.writer());
+    const NetworkWriter::Pause pause(host.writer(), 1min);
     EXPECT_TRUE(first.waits() && second.waits());
     host.events();
     EXPECT_EQ("", host.events());
