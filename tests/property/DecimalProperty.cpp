@@ -66,7 +66,7 @@ Number randomNumber(Random& random) {
   return {random.number(0, 1) == 0 ? coefficient : -coefficient, random.number(0, 18)};
 }
 
-TEST(DecimalProperty, RoundsLikeWholeNumbers) {
+TEST(DecimalProperty, RoundsLikeIntegerDivision) {
   Random random;
   for (int round = 0; round < 20000; ++round) {
     const Number number = randomNumber(random);

@@ -1,5 +1,5 @@
-// Random changes of a network, compared with a plain list of nodes that knows no index: what
-// readers see, what the store holds, before and after a restart, and the events.
+// Applies random changes to a network and to a plain list of nodes without indexes. Compares the
+// model, the store before and after a restart, and the events with the list.
 
 #include <SQLiteCpp/SQLiteCpp.h>
 #include <gtest/gtest.h>
@@ -19,7 +19,7 @@ using agent::Network;
 using agent::NetworkElement;
 using NS_DOMAIN::TopoNode_T;
 
-// Every answer comes from a walk over whole lists.
+// The oracle: each function walks whole lists.
 class Reference {
  public:
   explicit Reference(Network network) : network_(std::move(network)) {}
@@ -119,7 +119,7 @@ class Reference {
     return agent::kSuccess;
   }
 
-  // The label of a subnetwork.
+  // Sets the user label of a subnetwork.
   std::uint32_t setLabel(const std::string& id, const std::string& label) {
     if (!has(id) || nodeAt(id).nodeType != NS_DOMAIN::kTopoSubnetwork) {
       return agent::kEntityNotFound;
@@ -146,7 +146,7 @@ class Reference {
                          [&](const TopoNode_T& node) { return node.nodeId == id; });
   }
 
-  // The number of the managed element that a node shows, -1 for none: ids are NE=N, EQ=1,NE=N.
+  // The number of the managed element of a node with the id NE=N or EQ=1,NE=N; -1 for other nodes.
   static std::int32_t elementOf(const TopoNode_T& node) {
     const auto at = node.nodeId.rfind("NE=");
     const bool isElement = node.nodeType == NS_DOMAIN::kTopoElement && at != std::string::npos;
@@ -158,7 +158,7 @@ class Reference {
                        [&](const TopoNode_T& node) { return elementOf(node) == number; });
   }
 
-  // No element of the first network has a node and is not shown.
+  // REQUIRES: each element of the first network that has a node is marked as shown.
   void markShown() {
     for (NetworkElement& element : network_.networkElements) {
       if (!element.shown && hasNodeOf(element.number)) {
@@ -225,7 +225,7 @@ std::string withoutLabels(Network network) {
   return describe(network);
 }
 
-// Host and reference in a small world of ids, so that changes meet each other.
+// The host and the oracle. The set of ids is small, so that many changes concern the same nodes.
 class World {
  public:
   World(Random& random, std::string path)
@@ -344,7 +344,8 @@ class World {
     ASSERT_EQ(code, host_->nodes().rename(id, name).code) << id;
   }
 
-  // Nodes in any order, below each other or what is there; never two of one id, nor in a circle.
+  // Imports nodes in random order with parents in the import or in the network. The import has
+  // neither duplicate ids nor cycles.
   void import() {
     Network more;
     more.ems = "other";
@@ -391,7 +392,7 @@ class World {
   std::string events_;
 };
 
-TEST(NetworkChangesProperty, AgreesWithAPlainListOfNodes) {
+TEST(NetworkChangesProperty, EqualsAPlainListOfNodes) {
   Random random;
   const support::TemporaryDirectory directory;
   for (int round = 0; round < 8; ++round) {

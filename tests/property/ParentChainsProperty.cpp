@@ -87,7 +87,7 @@ TEST(TopoParentChainsProperty, EqualThePlainWalkThroughRandomNetworks) {
   }
 }
 
-TEST(TopoParentChainsProperty, EqualThePlainWalkThroughWoundedTrees) {
+TEST(TopoParentChainsProperty, EqualThePlainWalkThroughDamagedTrees) {
   Random random;
   for (int round = 0; round < 2000; ++round) {
     SCOPED_TRACE("round " + std::to_string(round) + " of seed " + std::to_string(random.seed()));
@@ -121,7 +121,7 @@ int countBelow(const std::string& subnetworkId, const Nodes& nodes) {
   return below;
 }
 
-TEST(TopoLongParentChains, LeadToTheTopFromWhicheverEndTheyAreListed) {
+TEST(TopoLongParentChains, LeadToTheTopInEitherOrderOfTheNodes) {
   Nodes nodes = longChain("S");
   EXPECT_EQ(countBelow("S", nodes), kMany);
   std::reverse(nodes.begin(), nodes.end());
@@ -136,7 +136,7 @@ TEST(TopoLongParentChains, LeadToASubnetworkInTheMiddle) {
   EXPECT_EQ(countBelow(std::to_string(middle), nodes), kMany - middle);
 }
 
-TEST(TopoLongParentChains, LeadNowhereWhenTheyEndElsewhere) {
+TEST(TopoLongParentChains, LeadNowhereWithoutTheSubnetwork) {
   for (const char* top : {oracle::kRoot, "nobody"}) {
     Nodes nodes = longChain(top);
     EXPECT_EQ(countBelow("S", nodes), 0) << top;
@@ -145,7 +145,7 @@ TEST(TopoLongParentChains, LeadNowhereWhenTheyEndElsewhere) {
   }
 }
 
-TEST(TopoLongParentChains, LeadNowhereWhenTheyGoRound) {
+TEST(TopoLongParentChains, LeadNowhereInACycle) {
   for (const int top : {1, kMany / 2, kMany}) {
     Nodes nodes = longChain(std::to_string(top));
     EXPECT_EQ(countBelow("S", nodes), 0) << top;
@@ -154,7 +154,7 @@ TEST(TopoLongParentChains, LeadNowhereWhenTheyGoRound) {
   }
 }
 
-TEST(TopoLongParentChains, LeadThroughACycleThatHasTheSubnetworkInIt) {
+TEST(TopoLongParentChains, LeadToASubnetworkInACycle) {
   Nodes nodes = longChain(std::to_string(kMany));
   EXPECT_EQ(countBelow("1000", nodes), kMany);
   std::reverse(nodes.begin(), nodes.end());
