@@ -46,7 +46,7 @@ std::uint64_t idIn(const json& line, const char* name) {
   return std::stoull(line[name].get<std::string>());
 }
 
-// Does the same again and again on a thread of its own, until it is told to end.
+// Repeats a step on its own thread until end() is called. Thread-safety: one thread.
 class Repeating {
  public:
   explicit Repeating(const std::function<void()>& step)
@@ -62,7 +62,7 @@ class Repeating {
   Repeating(const Repeating&) = delete;
   Repeating& operator=(const Repeating&) = delete;
 
-  // How often it was done.
+  // Ends and joins the thread. Returns the number of executed steps.
   int end() {
     going_ = false;
     if (thread_.joinable()) {
@@ -77,7 +77,7 @@ class Repeating {
   std::thread thread_;
 };
 
-// --- A burst.
+// --- Bursts.
 
 void rename(const TopoAgent::Console_I_var& console, int times) {
   for (int i = 1; i <= times; ++i) {
@@ -85,7 +85,7 @@ void rename(const TopoAgent::Console_I_var& console, int times) {
   }
 }
 
-// A line of "topoctl watch" that is a notification or a gap; nothing for other lines.
+// Parses a line of "topoctl watch". Returns no value unless the line is a notification or a gap.
 std::optional<Heard> readLine(const json& line) {
   Heard heard;
   if (line["event"] == "lost") {
@@ -101,15 +101,15 @@ std::optional<Heard> readLine(const json& line) {
   return heard;
 }
 
-// The id of the only notification of a change, so many changes after that of another id.
+// The id of the only notification of the change that is `changes` changes after the change of `id`.
 std::uint64_t idAfter(std::uint64_t id, std::uint64_t changes) {
   return ((id >> 20) + changes) << 20 | 1;
 }
 
 class EventBurst : public testing::Test {
  protected:
-  // Of "core", whose creation and first renaming everybody hears; then one is stopped and one is
-  // killed.
+  // Creates and renames "core", and waits until each subscriber has received both notifications.
+  // Then stops one topoctl and kills the other.
   void stopOneAndKillOne() {
     ASSERT_EQ("watching", json::parse(stopped_.readLine())["event"]);
     ASSERT_EQ("watching", json::parse(killed_.readLine())["event"]);
@@ -122,8 +122,8 @@ class EventBurst : public testing::Test {
     killed_.send(SIGKILL);
   }
 
-  // The creation, the first renaming, and every other one.
-  void expectAllHeard(int renames) {
+  // Expects a creation and 1 + `renames` changes, without a gap between the ids.
+  void expectAllReceived(int renames) {
     const std::size_t expected = static_cast<std::size_t>(renames) + 2;
     const std::vector<Heard> heard = healthy_.inbox().waitForCount(expected);
     ASSERT_EQ(expected, heard.size());
@@ -143,7 +143,7 @@ class EventBurst : public testing::Test {
   std::uint64_t created_ = 0;
 };
 
-TEST_F(EventBurst, ReachesTheHealthyAndTellsTheStoppedWhatItLost) {
+TEST_F(EventBurst, ReachesAHealthySubscriberAndReportsAGapToAStoppedOne) {
   constexpr int kRenames = kSanitized ? 20000 : 100000;
   stopOneAndKillOne();
   const long memory = residentKib(agent_.process().pid());
@@ -159,7 +159,7 @@ TEST_F(EventBurst, ReachesTheHealthyAndTellsTheStoppedWhatItLost) {
   EXPECT_LT(10, queries.end());
   EXPECT_EQ(0, wrong);
   EXPECT_GT(std::chrono::seconds(10), longest);
-  expectAllHeard(kRenames);
+  expectAllReceived(kRenames);
   if (!kSanitized) {
     EXPECT_LT(residentKib(agent_.process().pid()), memory + 64 * 1024);
   }
@@ -182,7 +182,7 @@ TEST_F(EventBurst, ReachesTheHealthyAndTellsTheStoppedWhatItLost) {
   EXPECT_THAT(ended.err, testing::HasSubstr("is dropped: "));
 }
 
-TEST(QueueOfASlowSubscriber, OverflowsAndSaysSo) {
+TEST(QueueOfASlowSubscriber, OverflowsAndReportsAGap) {
   constexpr int kRenames = 50;
   constexpr std::size_t kQueue = 5;
   Client client;
@@ -208,8 +208,8 @@ TEST(QueueOfASlowSubscriber, OverflowsAndSaysSo) {
 
 // --- Kills.
 
-// What SQLite says of a store, and of the log that a kill has left beside it: of a copy, which the
-// check may recover.
+// The result of SQLite's checks of a store with its log. The checks run on a copy, because opening
+// a database recovers the log of a killed process.
 std::string integrityOf(const std::string& store) {
   const support::TemporaryDirectory directory;
   for (const char* suffix : {"", "-wal"}) {
@@ -236,8 +236,8 @@ class AgentKill : public testing::Test {
   static constexpr int kRounds = 10;
   static constexpr int kCreates = kSanitized ? 1000 : 10000;
 
-  // Creates until the agent is gone. It is killed at a different place of the creates in every
-  // round.
+  // Creates nodes on two threads and kills the agent after a number of creations that depends on
+  // the round. Returns when the agent has ended.
   void createUntilKilled(RunningAgent& agent, int round) {
     const int killAfter = kCreates / (kRounds + 1) * (round + 1);
     std::atomic<int> made{0};
@@ -251,7 +251,7 @@ class AgentKill : public testing::Test {
           }
         }
       } catch (const CORBA::SystemException&) {
-        // It is gone.
+        // The agent was killed.
       }
     };
     std::thread one(create, std::to_string(round) + "/0/");
@@ -291,7 +291,7 @@ class AgentKill : public testing::Test {
   std::uint64_t lastId_ = 0;
 };
 
-TEST_F(AgentKill, InTheMiddleOfCreatesLosesNoneThatWasAcknowledged) {
+TEST_F(AgentKill, DuringCreationsLosesNoAcknowledgedNode) {
   for (int round = 0; round < kRounds; ++round) {
     SCOPED_TRACE("round " + std::to_string(round));
     RunningAgent agent({"--ems-name", "E"}, store_);
@@ -315,25 +315,26 @@ TEST_F(AgentKill, InTheMiddleOfCreatesLosesNoneThatWasAcknowledged) {
 
 // --- Reloads.
 
-// Asks until it is told to end; notes what is neither an answer nor a clean refusal.
-class Asking {
+// Calls the manager until end() is called. Counts replies and clean rejections, and collects the
+// texts of all other results.
+class Caller {
  public:
-  Asking(Client& client, const RunningAgent& agent)
-      : manager_(client.manager(agent)), repeating_([this] { ask(); }) {}
+  Caller(Client& client, const RunningAgent& agent)
+      : manager_(client.manager(agent)), repeating_([this] { call(); }) {}
 
   void end() { repeating_.end(); }
 
-  int answers() const { return answers_; }
-  int refusals() const { return refusals_; }
-  const Texts& wrong() const { return wrong_; }  // once it has ended
+  int replies() const { return replies_; }
+  int rejections() const { return rejections_; }
+  const Texts& wrong() const { return wrong_; }  // REQUIRES: end() was called
 
  private:
-  void ask() {
+  void call() {
     try {
-      askOnce();
-      ++answers_;
+      callOnce();
+      ++replies_;
     } catch (const CORBA::TRANSIENT&) {
-      ++refusals_;
+      ++rejections_;
     } catch (const globaldefs::ProcessingFailureException& failure) {
       wrong_.emplace_back(failure.errorReason.in());
     } catch (const CORBA::SystemException& failure) {
@@ -347,53 +348,54 @@ class Asking {
     }
   }
 
-  void askOnce() {
+  void callOnce() {
     NodeList_T_var nodes;
     NodeIterator_I_var iterator;
     manager_->getTopoSubnetworkViewInfo(1, nodes.out(), iterator.out());
     expect(1, nodes->length());
-    manager_->setOwner(nodes[0].name, std::to_string(answers_).c_str());
+    manager_->setOwner(nodes[0].name, std::to_string(replies_).c_str());
     try {
       NodeList_T_var more;
       iterator->next_n(1000, more.out());
       expect(2, more->length());
     } catch (const CORBA::OBJECT_NOT_EXIST&) {
-      ++refusals_;  // it went with the module
+      ++rejections_;  // the module was unloaded
     } catch (const CORBA::OBJ_ADAPTER&) {
-      ++refusals_;  // its POA was just going
+      ++rejections_;  // the POA of the iterators was being destroyed
     }
   }
 
   const TopoMgr_I_var manager_;
-  std::atomic<int> answers_{0};
-  std::atomic<int> refusals_{0};
+  std::atomic<int> replies_{0};
+  std::atomic<int> rejections_{0};
   Texts wrong_;
   Repeating repeating_;
 };
 
-// Reloads while four clients ask.
+// Reloads the module while four clients call the manager.
 void reloadUnderLoad(Client& client, const RunningAgent& agent, int reloads) {
-  std::vector<std::unique_ptr<Asking>> clients;
+  std::vector<std::unique_ptr<Caller>> clients;
   for (int i = 0; i < 4; ++i) {
-    clients.push_back(std::make_unique<Asking>(client, agent));
+    clients.push_back(std::make_unique<Caller>(client, agent));
   }
   const TopoAgent::Console_I_var console = client.console(agent);
   for (int i = 0; i < reloads; ++i) {
     console->reloadModule();
   }
-  int answers = 0;
-  int refusals = 0;
-  for (const auto& asking : clients) {
-    asking->end();
-    EXPECT_THAT(asking->wrong(), testing::IsEmpty());
-    answers += asking->answers();
-    refusals += asking->refusals();
+  int replies = 0;
+  int rejections = 0;
+  for (const auto& caller : clients) {
+    caller->end();
+    EXPECT_THAT(caller->wrong(), testing::IsEmpty());
+    replies += caller->replies();
+    rejections += caller->rejections();
   }
-  EXPECT_LT(0, answers);
-  EXPECT_LT(0, refusals);
+  EXPECT_LT(0, replies);
+  EXPECT_LT(0, rejections);
 }
 
-// A topoctl that watches. What it prints is read all the time, so that it need not wait.
+// A "topoctl watch" whose output is read continuously on another thread, so that topoctl never
+// blocks in writing. Thread-safety: one thread.
 class Watched {
  public:
   explicit Watched(const RunningAgent& agent)
@@ -411,8 +413,8 @@ class Watched {
   Watched(const Watched&) = delete;
   Watched& operator=(const Watched&) = delete;
 
-  // Waits for a renaming to "end"; before it come those to 1, 2, 3 and so on, and nothing else. How
-  // many they are.
+  // Waits for the change of the name to "end". Expects that the lines before are changes to 1, 2, 3
+  // and so on. Returns the number of these lines.
   int expectRenames() {
     reader_.join();
     int renames = 0;
@@ -449,7 +451,7 @@ class Watched {
   std::thread reader_;
 };
 
-// Of the names 1, 2, 3 and so on.
+// Expects changes of the name to 1, 2, 3 and so on, and a subscription that is still valid.
 void expectRenames(DirectListener& listener, int renames) {
   const auto expected = static_cast<std::size_t>(renames);
   const std::vector<Heard> heard = listener.inbox().waitForCount(expected);
@@ -486,7 +488,7 @@ TEST(ModuleReloadUnderLoad, LosesNoNotificationAndNoSubscriber) {
   EXPECT_EQ(kReloads + 1U, status->moduleLoads);
   EXPECT_EQ(TopoAgent::MS_LOADED, status->moduleState);
   EXPECT_EQ(3U, status->subscriptions);
-  EXPECT_EQ(2U, status->receivers.length());  // both topoctl have unsubscribed
+  EXPECT_EQ(2U, status->receivers.length());  // both topoctl processes have unsubscribed
   EXPECT_EQ(3U, nodesSeen(client.manager(agent)));
   const support::Ended ended = agent.stop(SIGTERM);
   EXPECT_EQ(0, ended.status);
@@ -541,7 +543,7 @@ TEST(ModuleReloadUnderLoad, AndStopAreInTimeRightAfterAnImport) {
   EXPECT_LT(Clock::now() - stop, std::chrono::seconds(10));
 }
 
-TEST(ModuleReloadUnderLoad, ThatFailsLeavesAnAgentThatCanBeReloaded) {
+TEST(ModuleReloadUnderLoad, CanBeRepeatedAfterAFailure) {
   Client client;
   const support::TemporaryDirectory directory;
   const std::string module = directory.file("module.so");
@@ -552,7 +554,7 @@ TEST(ModuleReloadUnderLoad, ThatFailsLeavesAnAgentThatCanBeReloaded) {
   std::filesystem::rename(module, module + ".away");
   try {
     console->reloadModule();
-    FAIL() << "reloaded what is not there";
+    FAIL() << "a missing module is loaded";
   } catch (const globaldefs::ProcessingFailureException& failure) {
     EXPECT_THAT(failure.errorReason.in(), testing::HasSubstr("no such file"));
   }

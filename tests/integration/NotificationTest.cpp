@@ -1,4 +1,4 @@
-// What happens in a running agent reaches everybody who listens.
+// Delivery of notifications to watchers, subscribers and event channels.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -37,14 +37,14 @@ json nameOf(const std::string& id) {
   return {{{"name", "EMS"}, {"value", "E"}}, {{"name", "TopoSubnetwork"}, {"value", id}}};
 }
 
-// What is said of a node in its creation: no more than in the view.
+// A node as topoctl prints the node in a creation: the fields of the view.
 json createdNode(const std::string& id, const std::string& name, const json& parent,
                  const json& info) {
   return {{"name", nameOf(id)}, {"nativeEMSName", name}, {"nodeType", 1},         {"nodeParam1", 3},
           {"nodeParam2", -4},   {"relatedName", parent}, {"additionalInfo", info}};
 }
 
-// The fields that most tests compare of a notification.
+// The fields of a notification that most tests compare.
 struct Change {
   std::string type;    // one of the constants above
   std::string object;  // as Heard::object
@@ -112,9 +112,10 @@ void expectWatched(const std::vector<json>& lines, const std::vector<Heard>& hea
   EXPECT_EQ(json({{{"name", "nativeEMSName"}, {"value", "Kern"}}}), lines[2]["attributes"]);
 }
 
-// Two watchers and a consumer at an event channel, whose reference the agent has, hear the same.
-void expectAllHear(ChannelListener& channel, const std::string& reference,
-                   const std::vector<std::string>& options, const json& info) {
+// Starts an agent that publishes to the event channel at `reference`, changes the network, and
+// expects the same notifications at two watchers and at the consumer of the channel.
+void expectDeliveryToAll(ChannelListener& channel, const std::string& reference,
+                         const std::vector<std::string>& options, const json& info) {
   std::vector<std::string> arguments = {"--ems-name", "E", "--event-channel", reference};
   arguments.insert(arguments.end(), options.begin(), options.end());
   RunningAgent agent(arguments);
@@ -129,7 +130,7 @@ void expectAllHear(ChannelListener& channel, const std::string& reference,
   expectRisingIds(heard);
   expectWatched(first.next(5), heard, info);
   expectWatched(second.next(5), heard, info);
-  // Nothing came twice: the next is what is done now.
+  // A duplicate would arrive before the next notification.
   run(agent, {"node", "create", "last", "--name", "Last"});
   EXPECT_EQ("last", first.next()["objectName"][1]["value"]);
   EXPECT_EQ("last", second.next()["objectName"][1]["value"]);
@@ -141,7 +142,7 @@ void expectAllHear(ChannelListener& channel, const std::string& reference,
   EXPECT_EQ("", ended.err);
 }
 
-// What is said of a node's vendor with the test switch on.
+// The additional information of a subnetwork in test mode.
 json vendorInfo() {
   return {{{"name", "Vendor"}, {"value", "KORVANE TECHNOLOGIES CO., LTD"}}};
 }
@@ -150,17 +151,17 @@ TEST(Notification, ReachesTwoWatchersAndAnEventChannelInOrderAndOnce) {
   Client client;
   const EventService events;
   ChannelListener listener(client, events.channel(client));
-  expectAllHear(listener, events.reference(), {}, json::array());
+  expectDeliveryToAll(listener, events.reference(), {}, json::array());
 }
 
-TEST(Notification, HasTheVendorWithTheTestSwitchOn) {
+TEST(Notification, HasTheVendorInTestMode) {
   Client client;
   const EventService events;
   ChannelListener listener(client, events.channel(client));
-  expectAllHear(listener, events.reference(), {"--test-switch"}, vendorInfo());
+  expectDeliveryToAll(listener, events.reference(), {"--test-switch"}, vendorInfo());
 }
 
-TEST(Notification, OfALabelThatWasTheLastOneReportedIsLeftOutWithTheTestSwitchOn) {
+TEST(Notification, IsLeftOutInTestModeForTheLabelOfThePreviousOne) {
   Client client;
   RunningAgent agent({"--ems-name", "E", "--test-switch"});
   const TopoAgent::Console_I_var console = client.console(agent);
@@ -209,7 +210,7 @@ TEST(Notification, HasTheLayoutOfTheInterface) {
   }
 }
 
-TEST(Notification, OfALabelThatTheModuleKnowsIsLeftOutWithTheTestSwitchOn) {
+TEST(Notification, IsLeftOutInTestModeForACachedLabel) {
   Client client;
   const support::TemporaryDirectory directory;
   {
@@ -230,7 +231,7 @@ TEST(Notification, OfALabelThatTheModuleKnowsIsLeftOutWithTheTestSwitchOn) {
                           Change{kChanged, "TopoSubnetwork=core", "new"}));
 }
 
-TEST(Notification, FollowsASetterOfTheManager) {
+TEST(Notification, IsSentForASetterOfTheManager) {
   Client client;
   RunningAgent agent({"--ems-name", "E"});
   const TopoAgent::Console_I_var console = client.console(agent);
@@ -245,7 +246,7 @@ TEST(Notification, FollowsASetterOfTheManager) {
                           Change{kChanged, "TopoSubnetwork=core", "Nucleus"}));
 }
 
-TEST(Notification, OfAnImportIsOneForEveryNodeInTheOrderOfTheFile) {
+TEST(Notification, IsSentForEveryImportedNodeInTheOrderOfTheFile) {
   Client client;
   RunningAgent agent({"--ems-name", "E"});
   DirectListener listener(client, client.session(agent));
@@ -291,7 +292,7 @@ TEST(Notification, IsReportedAsLostToAReturningSubscriber) {
   EXPECT_EQ(3U, heard[0].lostCount);
 }
 
-TEST(Notification, IdsGoOnRisingOverARestart) {
+TEST(Notification, IdsRiseAcrossRestarts) {
   Client client;
   const support::TemporaryDirectory directory;
   std::uint64_t last = 0;
@@ -306,7 +307,7 @@ TEST(Notification, IdsGoOnRisingOverARestart) {
   }
 }
 
-TEST(Notification, ThatWaitsWhenTheAgentEndsIsSent) {
+TEST(Notification, IsSentFromTheQueueWhenTheAgentStops) {
   Client client;
   RunningAgent agent({"--ems-name", "E"});
   const TopoAgent::Console_I_var console = client.console(agent);
@@ -320,7 +321,7 @@ TEST(Notification, ThatWaitsWhenTheAgentEndsIsSent) {
       while (!console->_non_existent()) {
       }
     } catch (const CORBA::SystemException&) {
-      // The agent is about to end.
+      // The agent rejects requests before it ends.
     }
     listener.inbox().release();
   });
@@ -329,7 +330,7 @@ TEST(Notification, ThatWaitsWhenTheAgentEndsIsSent) {
   EXPECT_EQ(20U, listener.inbox().all().size());
 }
 
-// --- The console, by topoctl.
+// --- The console commands of topoctl.
 
 TEST(TopoctlConsole, ChangesTheNetworkReloadsTheModuleAndShowsTheStatus) {
   const RunningAgent agent({"--ems-name", "E"});
@@ -360,9 +361,9 @@ TEST(TopoctlConsole, ChangesTheNetworkReloadsTheModuleAndShowsTheStatus) {
   EXPECT_EQ(0, records(agent, {"status"})["topoNodes"]);
 }
 
-// --- An event channel passes events on.
+// --- Delivery through an event channel.
 
-// Names of fields, with their values where these are texts.
+// The fields of an event as NAME=VALUE, or NAME= for values of other types than text.
 std::vector<std::string> fieldTexts(const CosNotification::StructuredEvent& event) {
   std::vector<std::string> texts;
   for (const std::string& name : fieldNames(event)) {
@@ -389,7 +390,7 @@ void expectSameFields(const CosNotification::StructuredEvent& expected,
   EXPECT_TRUE(body->equivalent(expectedBody.in()));
 }
 
-// What a channel passes on is what a subscriber gets.
+// Expects that a consumer of the channel and a subscriber receive the same events.
 void expectSameEvents(Client& client, ChannelListener& listener, const std::string& channel) {
   RunningAgent agent({"--ems-name", "E", "--event-channel", channel});
   DirectListener direct(client, client.session(agent));
@@ -403,14 +404,14 @@ void expectSameEvents(Client& client, ChannelListener& listener, const std::stri
   }
 }
 
-TEST(EventChannel, PassesOnTheFieldsThatASubscriberGets) {
+TEST(EventChannel, DeliversTheFieldsOfASubscription) {
   Client client;
   EventService events;
   ChannelListener listener(client, events.channel(client));
   expectSameEvents(client, listener, events.reference());
 }
 
-// --- The event channel goes and comes back.
+// --- Outages of an event channel.
 
 TEST(EventChannel, GetsAGapAfterAnOutage) {
   constexpr std::size_t kQueue = 10;
@@ -447,7 +448,7 @@ TEST(EventChannel, GetsAGapAfterAnOutage) {
   }
 }
 
-TEST(EventChannel, DoesNotKeepTheAgentFromServingWhenUnreachable) {
+TEST(EventChannel, DoesNotBlockTheAgentWhenUnreachable) {
   Client client;
   RunningAgent agent(
       {"--ems-name", "E", "--event-channel", "corbaloc::" + quietEndpoint() + "/TopoEvents"});
@@ -461,9 +462,10 @@ TEST(EventChannel, DoesNotKeepTheAgentFromServingWhenUnreachable) {
   EXPECT_EQ(0, agent.stop(SIGTERM).status);
 }
 
-// --- A notification service passes events on as an event service does.
+// --- Delivery through a notification service.
 
-// A channel's name in a naming service, where it is found anew when the channel is another.
+// The entry of an event channel in a naming service. The agent resolves the entry again after a
+// failure.
 class ChannelName {
  public:
   explicit ChannelName(Client& client) {
@@ -485,7 +487,8 @@ class ChannelName {
   CosNaming::Name name_;
 };
 
-// Waits until the answer to a push is there: what was answered does not come again.
+// Waits until the channel has replied to this number of pushes. The agent does not repeat a push
+// that has a reply.
 void waitUntilSentToTheChannel(const TopoAgent::Console_I_var& console, std::uint64_t count) {
   const auto end = std::chrono::steady_clock::now() + std::chrono::minutes(4);
   while (TopoAgent::Status_T_var(console->getStatus())->receivers[0].sent < count) {
@@ -493,7 +496,7 @@ void waitUntilSentToTheChannel(const TopoAgent::Console_I_var& console, std::uin
   }
 }
 
-class ThroughANotificationService : public testing::Test {
+class NotificationService : public testing::Test {
  protected:
   void SetUp() override {
     if (!NotifyService::isInstalled()) {
@@ -506,22 +509,22 @@ class ThroughANotificationService : public testing::Test {
   std::optional<NotifyService> service_;
 };
 
-TEST_F(ThroughANotificationService, EventsArriveInOrderAndOnce) {
+TEST_F(NotificationService, DeliversEventsInOrderAndOnce) {
   ChannelListener listener(client_, service_->channel());
-  expectAllHear(listener, service_->reference(), {}, json::array());
+  expectDeliveryToAll(listener, service_->reference(), {}, json::array());
 }
 
-TEST_F(ThroughANotificationService, EventsTellTheVendorWithTheTestSwitchOn) {
+TEST_F(NotificationService, DeliversTheVendorInTestMode) {
   ChannelListener listener(client_, service_->channel());
-  expectAllHear(listener, service_->reference(), {"--test-switch"}, vendorInfo());
+  expectDeliveryToAll(listener, service_->reference(), {"--test-switch"}, vendorInfo());
 }
 
-TEST_F(ThroughANotificationService, EventsHaveTheFieldsThatASubscriberGets) {
+TEST_F(NotificationService, DeliversTheFieldsOfASubscription) {
   ChannelListener listener(client_, service_->channel());
   expectSameEvents(client_, listener, service_->reference());
 }
 
-TEST_F(ThroughANotificationService, EventsWaitUntilItsNewChannelHasTheNameOfTheOldOne) {
+TEST_F(NotificationService, DeliversQueuedEventsToARecreatedChannel) {
   ChannelName name(client_);
   name.bind(service_->channel());
   ChannelListener before(client_, service_->channel());
@@ -548,9 +551,9 @@ TEST_F(ThroughANotificationService, EventsWaitUntilItsNewChannelHasTheNameOfTheO
   EXPECT_EQ(1U, before.inbox().all().size());
 }
 
-// --- Watching an agent that goes away.
+// --- Watching an agent that ends.
 
-// What is printed as changed meanwhile, by event, until the watch goes on.
+// Reads lines up to the next "watching" line. Returns the lines of the resync by event.
 std::map<std::string, json> readResync(support::Process& watch) {
   std::map<std::string, json> resync;
   for (std::string event; event != "watching";) {
@@ -563,7 +566,7 @@ std::map<std::string, json> readResync(support::Process& watch) {
   return resync;
 }
 
-TEST(TopoctlWatch, ReconnectsAndReportsTheChangesOfTheMeantime) {
+TEST(TopoctlWatch, ReconnectsAndPrintsMissedChanges) {
   Client client;
   const support::TemporaryDirectory directory;
   const std::string endpoint = quietEndpoint();
@@ -576,7 +579,7 @@ TEST(TopoctlWatch, ReconnectsAndReportsTheChangesOfTheMeantime) {
   EXPECT_EQ("watching", json::parse(watch.readLine())["event"]);
   agent->stop(SIGKILL);
   EXPECT_EQ("disconnected", json::parse(watch.readLine())["event"]);
-  // Changed while nobody could hear of it: under another endpoint.
+  // Changes the network at another endpoint, which topoctl does not call.
   {
     RunningAgent elsewhere({"--ems-name", "E"}, store);
     client.console(elsewhere)->deleteNode("gone");
@@ -600,7 +603,7 @@ TEST(TopoctlWatch, ReconnectsAndReportsTheChangesOfTheMeantime) {
   EXPECT_EQ(0, watch.wait().status);
 }
 
-// It has heard nothing yet, so that it knows of no id.
+// topoctl has received no notification, so it subscribes again without an id.
 TEST(TopoctlWatch, DetectsARestartOfTheAgentWhileIdle) {
   Client client;
   const std::string endpoint = quietEndpoint();
@@ -651,7 +654,7 @@ TEST(TopoctlWatch, EndsWithCodeTwoWhenTheAgentIsUnreachable) {
 
 // --- Access to events.
 
-TEST(EventAccess, LeavesModulesWithoutEventsButServesViewsWhenDenied) {
+TEST(EventAccess, ServesViewsWithoutEventsWhenDenied) {
   Client client;
   for (const char* access : {"denied", "unknown"}) {
     SCOPED_TRACE(access);
@@ -669,7 +672,7 @@ TEST(EventAccess, LeavesModulesWithoutEventsButServesViewsWhenDenied) {
   }
 }
 
-TEST(EventAccess, IsThreeSubscriptionsWhenItIsAllowed) {
+TEST(EventAccess, HasThreeSubscriptionsWhenAllowed) {
   Client client;
   RunningAgent agent({});
   const TopoAgent::Status_T_var status = client.console(agent)->getStatus();
