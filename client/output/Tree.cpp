@@ -18,6 +18,8 @@ using TopoManagementManager::NodeList_T;
 
 constexpr std::string_view kIndentation = "  ";
 constexpr std::size_t kMaxIndentedLevel = 32;  // keeps the output of a deep tree small
+// The id of the physical root map, the parent of the top-level subnetworks in their names.
+constexpr std::string_view kPhysicalRoot = "QNMAP_PHY_SUBMAP";
 constexpr const char* kOrphansHeading =
     "Orphans (the parent is not in the view, or is below the node itself):\n";
 
@@ -82,17 +84,16 @@ class Tree {
  private:
   static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
 
-  // The physical root map is the parent of every network and never a node of a view.
+  // The physical root map is never a node of a view.
   static bool isRootMap(const NVSList_T& parent) {
     const CORBA::ULong length = parent.length();
-    return length > 0 && std::string_view(parent[length - 1].value.in()) == "QNMAP_PHY_SUBMAP";
+    return length > 0 && std::string_view(parent[length - 1].value.in()) == kPhysicalRoot;
   }
 
   void findParents() {
     salted::Map<const NVSList_T*, std::size_t, NameHash, NameEqual> numbers;
     for (std::size_t i = 0; i < nodes_.size(); ++i) {
-      numbers.emplace(&nodes_[i]->name,
-                      i);  // the first of several nodes with one name gets the children
+      numbers.emplace(&nodes_[i]->name, i);  // children belong to the first node of a name
     }
     for (const Node_T* node : nodes_) {
       const auto found = numbers.find(&node->relatedName);

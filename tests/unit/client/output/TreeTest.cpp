@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <sstream>
 
+#include "include/platform/domain/DomainRecords.h"
 #include "tests/support/CollidingKeys.h"
 #include "tests/unit/client/support/WithAgent.h"
 
@@ -61,7 +62,7 @@ TEST(Tree, IndentsChildrenInTheOrderReceived) {
 }
 
 TEST(Tree, DrawsChildrenOfThePhysicalRootMapAtTheTop) {
-  EXPECT_EQ(drawn({{"a", "QNMAP_PHY_SUBMAP"}, {"a1", "a"}, {"b", "nowhere"}}),
+  EXPECT_EQ(drawn({{"a", NS_DOMAIN::kPhysicalRoot}, {"a1", "a"}, {"b", "nowhere"}}),
             "the a [TopoSubnetwork a]\n"
             "  the a1 [TopoSubnetwork a1]\n" +
                 kHeading + "  the b [TopoSubnetwork b]\n");
