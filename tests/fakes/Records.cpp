@@ -39,6 +39,14 @@ void PrintTo(const NodeFields& node, std::ostream* out) {
        << ", relatedName " << node.relatedName << ", additionalInfo " << node.additionalInfo;
 }
 
+std::vector<std::string> labelsOf(const TopoManagementManager::NodeList_T& nodes) {
+  std::vector<std::string> labels;
+  for (CORBA::ULong i = 0; i < nodes.length(); ++i) {
+    labels.emplace_back(nodes[i].nativeEMSName.in());
+  }
+  return labels;
+}
+
 LinkFields fieldsOf(const topologicalLink::TopologicalLink_T& link) {
   return {printed(link.name),   link.userLabel.in(),  link.nativeEMSName.in(),
           printed(link.aEndTP), printed(link.zEndTP), printed(link.additionalInfo),

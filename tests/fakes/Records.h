@@ -5,6 +5,7 @@
 
 #include <ostream>
 #include <string>
+#include <vector>
 
 #include "orb/idl/TopoManagementManager.h"
 #include "orb/idl/topologicalLink.h"
@@ -25,6 +26,9 @@ struct NodeFields {
 NodeFields fieldsOf(const TopoManagementManager::Node_T& node);
 bool operator==(const NodeFields& left, const NodeFields& right);
 void PrintTo(const NodeFields& node, std::ostream* out);
+
+// The native names of the nodes of a list, in its order.
+std::vector<std::string> labelsOf(const TopoManagementManager::NodeList_T& nodes);
 
 // Every field of a link.
 struct LinkFields {

@@ -5,6 +5,7 @@
 #include "platform/agent/Failures.h"
 #include "platform/framework/ProcessException.h"
 #include "tests/fakes/Fixture.h"
+#include "tests/fakes/Records.h"
 #include "topo/TmfRecords.h"
 #include "topomanagementmgr/TopoManagementMgr.h"
 #include "topomanagementmgr/Vendor.h"
@@ -493,14 +494,6 @@ class TopoNodeListConversion : public fakes::PlatformFixture {
     return TopoManagementMgr::convertDomainNodesToTmf(nodes_, domainNodes);
   }
 
-  Lines labels() {
-    Lines result;
-    for (CORBA::ULong i = 0; i < nodes_.length(); ++i) {
-      result.emplace_back(nodes_[i].nativeEMSName.in());
-    }
-    return result;
-  }
-
   NodeList_T nodes_;
 };
 
@@ -525,31 +518,31 @@ TEST_F(TopoNodeListConversion, GivesAnEmptyListForNoNodes) {
 
 TEST_F(TopoNodeListConversion, ConvertsEveryNodeInOrder) {
   EXPECT_EQ(convert({subnetwork("a", "A"), element("1", "B"), subnetwork("c", "C")}), 0U);
-  EXPECT_EQ(labels(), (Lines{"A", "B", "C"}));
+  EXPECT_EQ(fakes::labelsOf(nodes_), (Lines{"A", "B", "C"}));
 }
 
 TEST_F(TopoNodeListConversion, LeavesOutANodeOfAnUnknownType) {
   EXPECT_EQ(convert({subnetwork("a", "A"), unknown("B"), element("3", "C")}), 0U);
-  EXPECT_EQ(labels(), (Lines{"A", "C"}));
+  EXPECT_EQ(fakes::labelsOf(nodes_), (Lines{"A", "C"}));
   EXPECT_EQ(printed(nodes_[1].name), "[EMS=EMS-1, ManagedElement=3]");
   EXPECT_EQ(loggedText(), traced(kTypeFailed));
 }
 
 TEST_F(TopoNodeListConversion, LeavesOutANodeWithAParentOfTypeZero) {
   EXPECT_EQ(convert({withParent(subnetwork("a", "A"), "p", 0), element("3", "C")}), 0U);
-  EXPECT_EQ(labels(), Lines{"C"});
+  EXPECT_EQ(fakes::labelsOf(nodes_), Lines{"C"});
   EXPECT_EQ(loggedText(), traced(kNameFailed));
 }
 
 TEST_F(TopoNodeListConversion, LeavesOutANodeWhoseNameIsRefused) {
   fakes::onCall("ConvertTopoNodeIdToName", 2, fakes::giveCode(31));
   EXPECT_EQ(convert({subnetwork("a", "A"), subnetwork("b", "B"), subnetwork("c", "C")}), 0U);
-  EXPECT_EQ(labels(), (Lines{"A", "C"}));
+  EXPECT_EQ(fakes::labelsOf(nodes_), (Lines{"A", "C"}));
 }
 
 TEST_F(TopoNodeListConversion, LeavesOutANodeWithTheIdZero) {
   EXPECT_EQ(convert({subnetwork("0", "A"), subnetwork("b", "B")}), 0U);
-  EXPECT_EQ(labels(), Lines{"B"});
+  EXPECT_EQ(fakes::labelsOf(nodes_), Lines{"B"});
   EXPECT_EQ(loggedText(), traced(kIdIsZero));
 }
 
@@ -560,7 +553,7 @@ TEST_F(TopoNodeListConversion, IsEmptyWhenEveryNodeFails) {
 
 TEST_F(TopoNodeListConversion, LeavesOutTheLastNode) {
   EXPECT_EQ(convert({subnetwork("a", "A"), unknown("B")}), 0U);
-  EXPECT_EQ(labels(), Lines{"A"});
+  EXPECT_EQ(fakes::labelsOf(nodes_), Lines{"A"});
 }
 
 TEST_F(TopoNodeListConversion, KeepsTheRelatedNameThatAFailedNodeLeft) {
@@ -568,7 +561,7 @@ TEST_F(TopoNodeListConversion, KeepsTheRelatedNameThatAFailedNodeLeft) {
   EXPECT_EQ(convert({subnetwork("a", "A"), withParent(subnetwork("b", "B"), "p", kTopoNodeId),
                      subnetwork("c", "C"), subnetwork("d", "D")}),
             0U);
-  EXPECT_EQ(labels(), (Lines{"A", "C", "D"}));
+  EXPECT_EQ(fakes::labelsOf(nodes_), (Lines{"A", "C", "D"}));
   EXPECT_EQ(printed(nodes_[0].relatedName), "[]");
   EXPECT_EQ(printed(nodes_[1].relatedName), "[EMS=EMS-1]");  // the partial name of B
   EXPECT_EQ(printed(nodes_[2].relatedName), "[]");

@@ -63,14 +63,6 @@ class TopoProtectSubnetworkView : public fakes::PlatformFixture {
     network().shownIndexes = indexes({6});
   }
 
-  Lines labels() {
-    Lines result;
-    for (CORBA::ULong i = 0; i < nodes_.length(); ++i) {
-      result.emplace_back(nodes_[i].nativeEMSName.in());
-    }
-    return result;
-  }
-
   NodeList_T nodes_;
 };
 
@@ -79,7 +71,7 @@ class TopoProtectSubnetworkView : public fakes::PlatformFixture {
 TEST_F(TopoProtectSubnetworkView, ShowsTheNodesOfTheTopoViewInTheSameOrder) {
   fillNetwork();
   EXPECT_EQ(view(), 0U);
-  EXPECT_EQ(labels(), (Lines{"A", "B", "Six", "NE-5", "NE-7"}));
+  EXPECT_EQ(fakes::labelsOf(nodes_), (Lines{"A", "B", "Six", "NE-5", "NE-7"}));
   EXPECT_EQ(nodesIn(nodes_), nodesIn(topoView()));
   for (CORBA::ULong i = 0; i < nodes_.length(); ++i) {
     EXPECT_EQ(nodes_[i].additionalInfo.length(), 0U);
@@ -90,7 +82,7 @@ TEST_F(TopoProtectSubnetworkView, ShowsTheNodesOfTheTopoViewInTestModeToo) {
   fillNetwork();
   fakes::agent().testSwitch = true;
   EXPECT_EQ(view(), 0U);
-  EXPECT_EQ(labels(), (Lines{"A", "B", "Six"}));
+  EXPECT_EQ(fakes::labelsOf(nodes_), (Lines{"A", "B", "Six"}));
   EXPECT_EQ(nodesIn(nodes_), nodesIn(topoView()));
 }
 
@@ -125,7 +117,7 @@ TEST_F(TopoProtectSubnetworkView, LeavesOutNodesThatDoNotConvert) {
   network().nodes[1].nodeType = 3;
   fakes::onCall("ConvertNEIndexToName", 2, fakes::giveCode(9));  // the first call is for Six
   EXPECT_EQ(view(), 0U);
-  EXPECT_EQ(labels(), (Lines{"A", "Six", "NE-7"}));
+  EXPECT_EQ(fakes::labelsOf(nodes_), (Lines{"A", "Six", "NE-7"}));
   EXPECT_EQ(loggedErrorWithoutLine(), "0 errors");
 }
 
@@ -134,7 +126,7 @@ TEST_F(TopoProtectSubnetworkView, DoesNotMindASubnetworkWithoutAName) {
   fakes::naming().emptyTopoNodeNames = true;
   fakes::agent().testSwitch = true;
   EXPECT_EQ(view(), 0U);
-  EXPECT_EQ(labels(), Lines{"A"});
+  EXPECT_EQ(fakes::labelsOf(nodes_), Lines{"A"});
 }
 
 TEST_F(TopoProtectSubnetworkView, FollowsASwitchThatIsTurnedOnDuringTheView) {
@@ -142,7 +134,7 @@ TEST_F(TopoProtectSubnetworkView, FollowsASwitchThatIsTurnedOnDuringTheView) {
   network().indexes = indexes({5});
   fakes::agent().testSwitchAnswers = {false, true, true};
   EXPECT_EQ(view(), 0U);
-  EXPECT_EQ(labels(), (Lines{"A", "NE-5"}));
+  EXPECT_EQ(fakes::labelsOf(nodes_), (Lines{"A", "NE-5"}));
   for (const CORBA::ULong i : {0U, 1U}) {
     EXPECT_EQ(printed(nodes_[i].additionalInfo), kVendorAlone);
   }
@@ -153,7 +145,7 @@ TEST_F(TopoProtectSubnetworkView, FollowsASwitchThatIsTurnedOffDuringTheView) {
   network().indexes = indexes({5});
   fakes::agent().testSwitchAnswers = {true, false};
   EXPECT_EQ(view(), 0U);
-  EXPECT_EQ(labels(), Lines{"A"});
+  EXPECT_EQ(fakes::labelsOf(nodes_), Lines{"A"});
   EXPECT_EQ(nodes_[0].additionalInfo.length(), 0U);
 }
 
@@ -162,7 +154,7 @@ TEST_F(TopoProtectSubnetworkView, ReadsTheDomainInEveryView) {
   view();
   network().nodes = {subnetwork("b", "B")};
   EXPECT_EQ(view(), 0U);
-  EXPECT_EQ(labels(), Lines{"B"});
+  EXPECT_EQ(fakes::labelsOf(nodes_), Lines{"B"});
   EXPECT_EQ(Journal::count("GetAllTopoNodes"), 2);
 }
 
@@ -222,7 +214,7 @@ TEST_F(TopoProtectSubnetworkView, DoesNotReadElementsWhenTheTopologyShowsThemAll
   fillNetwork();
   network().shownIndexes = indexes({7, 6, 5});
   EXPECT_EQ(view(), 0U);
-  EXPECT_EQ(labels(), (Lines{"A", "B", "Six"}));
+  EXPECT_EQ(fakes::labelsOf(nodes_), (Lines{"A", "B", "Six"}));
   EXPECT_EQ(Journal::count("GetNEData"), 1);
   EXPECT_EQ(Journal::count("GetNEList"), 0);
 }
@@ -276,7 +268,7 @@ TEST_F(TopoProtectSubnetworkView, SucceedsWithTheNodesSoFarWhenAQueryFailsWithou
   fillNetwork();
   fakes::onCall("GetNEIndexList", 1, fakes::raiseProcessException(0));
   EXPECT_EQ(view(), 0U);
-  EXPECT_EQ(labels(), (Lines{"A", "B", "Six"}));
+  EXPECT_EQ(fakes::labelsOf(nodes_), (Lines{"A", "B", "Six"}));
   EXPECT_EQ(loggedErrorWithoutLine(), caughtBy(kOperation, "0"));
 }
 
@@ -284,7 +276,7 @@ TEST_F(TopoProtectSubnetworkView, KeepsNodesOfAQueryThatFailsLateWithoutACode) {
   fillNetwork();
   fakes::onCall("GetAllTopoNodes late", 1, fakes::raiseProcessException(0));
   EXPECT_EQ(view(), 0U);
-  EXPECT_EQ(labels(), (Lines{"A", "B", "Six"}));
+  EXPECT_EQ(fakes::labelsOf(nodes_), (Lines{"A", "B", "Six"}));
   EXPECT_EQ(Journal::count("GetTestSwitch"), 3);  // by the conversion of the nodes only
 }
 

@@ -8,7 +8,9 @@
 
 #include "platform/framework/ProcessException.h"
 #include "tests/fakes/Fixture.h"
+#include "tests/fakes/Records.h"
 #include "tests/support/TemporaryDirectory.h"
+#include "tests/unit/topomanagementmgr/LoggedError.h"
 #include "topo/Holder.h"
 #include "topo/TmfRecords.h"
 #include "topomanagementmgr/TopoManagementMgr.h"
@@ -26,38 +28,14 @@ using fakes::subnetwork;
 using NS_DOMAIN::TopoNode_T;
 using TopoManagementManager::NodeList_T;
 
+// The view logs its failures under the name of the protect view.
+constexpr const char* kLoggedOperation = "getProtectSubnetworkViewInfo";
+constexpr const char* kCollection = "getTopoSubnetworkViewBaseInfo";
 constexpr const char* kVendor = "Vendor=KORVANE TECHNOLOGIES CO., LTD";
 
 TopoNode_T withAttribute(TopoNode_T node, const std::string& value) {
   node.extendedAttributes.emplace_back("key", value);
   return node;
-}
-
-// The single log record of level 1 without its line number, which is not fixed.
-std::string loggedError() {
-  Lines errors;
-  for (const std::string& line : Journal::linesOf({"TaDebug", "TaDebugWithPara"})) {
-    if (line.find("(1, ") != std::string::npos) {
-      errors.push_back(line);
-    }
-  }
-  if (errors.size() != 1) {
-    return std::to_string(errors.size()) + " errors";
-  }
-  const std::size_t colon = errors[0].rfind(':');
-  return errors[0].substr(0, colon) + errors[0].substr(errors[0].find(' ', colon));
-}
-
-std::string viewError(const std::string& code) {
-  return "TaDebugWithPara(1, \"[TopoManagementMgr::getProtectSubnetworkViewInfo]: catch "
-         "processException! errorCode = " +
-         code + "\") at topomanagementmgr unknown";
-}
-
-std::string baseInfoError(const std::string& code) {
-  return "TaDebugWithPara(1, \"[TopoManagementMgr::getTopoSubnetworkViewBaseInfo]: catch "
-         "processException! errorCode = " +
-         code + "\") at topomanagementmgr unknown";
 }
 
 // The calls of domain queries.
@@ -95,14 +73,6 @@ class TopoSubnetworkView : public fakes::PlatformFixture {
            "=" + info[3].value.in();
   }
 
-  Lines labels() {
-    Lines result;
-    for (CORBA::ULong i = 0; i < nodes_.length(); ++i) {
-      result.emplace_back(nodes_[i].nativeEMSName.in());
-    }
-    return result;
-  }
-
   NodeList_T nodes_;
 };
 
@@ -111,7 +81,7 @@ class TopoSubnetworkView : public fakes::PlatformFixture {
 TEST_F(TopoSubnetworkView, AppendsOneNodePerNetworkElementNotExcluded) {
   fillNetwork();
   EXPECT_EQ(view(), 0U);
-  EXPECT_EQ(labels(), (Lines{"A", "B", "Six", "NE-5", "NE-7"}));
+  EXPECT_EQ(fakes::labelsOf(nodes_), (Lines{"A", "B", "Six", "NE-5", "NE-7"}));
   for (const CORBA::ULong i : {3U, 4U}) {
     EXPECT_EQ(nodes_[i].nodeType, 0U);
     EXPECT_EQ(nodes_[i].nodeParam1, 100);
@@ -133,7 +103,7 @@ TEST_F(TopoSubnetworkView, WritesElementNumbersAsSignedDecimalText) {
 TEST_F(TopoSubnetworkView, LeavesOutElementZeroAndShowsNegativeOnes) {
   network().indexes = indexes({-5, 0, 7, -2147483647 - 1});
   EXPECT_EQ(view(), 0U);
-  EXPECT_EQ(labels(), (Lines{"NE--5", "NE-7", "NE--2147483648"}));
+  EXPECT_EQ(fakes::labelsOf(nodes_), (Lines{"NE--5", "NE-7", "NE--2147483648"}));
   EXPECT_EQ(printed(nodes_[0].name), "[EMS=EMS-1, ManagedElement=-5]");
   EXPECT_EQ(printed(nodes_[2].name), "[EMS=EMS-1, ManagedElement=-2147483648]");
   EXPECT_EQ(Journal::count("TaDebugWithPara"), 1);  // object id 0
@@ -166,7 +136,7 @@ TEST_F(TopoSubnetworkView, KeepsDuplicatesOfTheElementList) {
   network().indexes = indexes({5, 5, 6});
   network().shownIndexes = indexes({6, 6});
   EXPECT_EQ(view(), 0U);
-  EXPECT_EQ(labels(), (Lines{"NE-5", "NE-5"}));
+  EXPECT_EQ(fakes::labelsOf(nodes_), (Lines{"NE-5", "NE-5"}));
 }
 
 TEST_F(TopoSubnetworkView, MakesNodesOfTheElementsReceivedNotOfThoseAskedFor) {
@@ -175,7 +145,7 @@ TEST_F(TopoSubnetworkView, MakesNodesOfTheElementsReceivedNotOfThoseAskedFor) {
                         fakes::elementRecord(fakes::index(8))};
   EXPECT_EQ(view(), 0U);
   EXPECT_EQ(Journal::linesOf({"GetNEList"}), Lines{"GetNEList([0:5, 0:6, 0:7])"});
-  ASSERT_EQ(labels(), (Lines{"NE-9", "NE-8"}));
+  ASSERT_EQ(fakes::labelsOf(nodes_), (Lines{"NE-9", "NE-8"}));
   EXPECT_EQ(printed(nodes_[0].name), "[EMS=EMS-1, ManagedElement=9]");
   EXPECT_EQ(printed(nodes_[1].name), "[EMS=EMS-1, ManagedElement=8]");
 }
@@ -184,14 +154,14 @@ TEST_F(TopoSubnetworkView, AddsNothingWhenNoElementIsReceived) {
   fillNetwork();
   network().elements.emplace();
   EXPECT_EQ(view(), 0U);
-  EXPECT_EQ(labels(), (Lines{"A", "B", "Six"}));
+  EXPECT_EQ(fakes::labelsOf(nodes_), (Lines{"A", "B", "Six"}));
 }
 
 TEST_F(TopoSubnetworkView, DoesNotReadElementsWhenTheTopologyShowsThemAll) {
   fillNetwork();
   network().shownIndexes = indexes({7, 6, 5});
   EXPECT_EQ(view(), 0U);
-  EXPECT_EQ(labels(), (Lines{"A", "B", "Six"}));
+  EXPECT_EQ(fakes::labelsOf(nodes_), (Lines{"A", "B", "Six"}));
   EXPECT_EQ(domainCalls(), kTopoCalls + kIndexCalls);
 }
 
@@ -203,22 +173,22 @@ TEST_F(TopoSubnetworkView, IsEmptyForAnEmptyDomain) {
 TEST_F(TopoSubnetworkView, ShowsElementsOfADomainWithoutTopology) {
   network().indexes = indexes({5});
   EXPECT_EQ(view(), 0U);
-  EXPECT_EQ(labels(), Lines{"NE-5"});
+  EXPECT_EQ(fakes::labelsOf(nodes_), Lines{"NE-5"});
 }
 
 TEST_F(TopoSubnetworkView, LeavesOutNodesThatDoNotConvert) {
   fillNetwork();
   network().nodes[1].nodeType = 3;
   EXPECT_EQ(view(), 0U);
-  EXPECT_EQ(labels(), (Lines{"A", "Six", "NE-5", "NE-7"}));
-  EXPECT_EQ(loggedError(), "0 errors");
+  EXPECT_EQ(fakes::labelsOf(nodes_), (Lines{"A", "Six", "NE-5", "NE-7"}));
+  EXPECT_EQ(loggedErrorWithoutLine(), "0 errors");
 }
 
 TEST_F(TopoSubnetworkView, LeavesOutElementsThatDoNotConvert) {
   fillNetwork();
   fakes::onCall("ConvertNEIndexToName", 2, fakes::giveCode(9));  // the first call is for Six
   EXPECT_EQ(view(), 0U);
-  EXPECT_EQ(labels(), (Lines{"A", "B", "Six", "NE-7"}));
+  EXPECT_EQ(fakes::labelsOf(nodes_), (Lines{"A", "B", "Six", "NE-7"}));
 }
 
 TEST_F(TopoSubnetworkView, AddsNoAttributesOutsideTestMode) {
@@ -243,7 +213,7 @@ TEST_F(TopoSubnetworkView, AddsNoElementsInTestMode) {
   fillNetwork();
   fakes::agent().testSwitch = true;
   EXPECT_EQ(view(), 0U);
-  EXPECT_EQ(labels(), (Lines{"A", "B", "Six"}));
+  EXPECT_EQ(fakes::labelsOf(nodes_), (Lines{"A", "B", "Six"}));
   EXPECT_EQ(domainCalls(), kTopoCalls);
 }
 
@@ -315,7 +285,7 @@ TEST_F(TopoSubnetworkView, PairsNodesAndAttributesByPosition) {
                      withAttribute(subnetwork("c", "C"), "HallC||2")};
   fakes::agent().testSwitch = true;
   EXPECT_EQ(view(), 0U);
-  ASSERT_EQ(labels(), (Lines{"A", "C"}));
+  ASSERT_EQ(fakes::labelsOf(nodes_), (Lines{"A", "C"}));
   EXPECT_STREQ(nodes_[0].additionalInfo[2].value.in(), "HallA");
   EXPECT_STREQ(nodes_[1].additionalInfo[2].value.in(), "Dropped");
   EXPECT_STREQ(nodes_[1].additionalInfo[3].value.in(), "Net");
@@ -338,7 +308,7 @@ TEST_F(TopoSubnetworkView, DoesNotMindANodeWithoutANameOutsideTestMode) {
   network().nodes = {subnetwork("a", "A")};
   fakes::naming().emptyTopoNodeNames = true;
   EXPECT_EQ(view(), 0U);
-  EXPECT_EQ(labels(), Lines{"A"});
+  EXPECT_EQ(fakes::labelsOf(nodes_), Lines{"A"});
 }
 
 TEST_F(TopoSubnetworkView, ReadsTheTestSwitchAfreshAtEveryUse) {
@@ -354,7 +324,7 @@ TEST_F(TopoSubnetworkView, FollowsASwitchThatIsTurnedOnDuringTheView) {
   network().indexes = indexes({5});
   fakes::agent().testSwitchAnswers = {false, true, true, true};
   EXPECT_EQ(view(), 0U);
-  EXPECT_EQ(labels(), (Lines{"A", "NE-5"}));
+  EXPECT_EQ(fakes::labelsOf(nodes_), (Lines{"A", "NE-5"}));
   EXPECT_EQ(nodes_[0].additionalInfo.length(), 7U);
   EXPECT_EQ(nodes_[1].additionalInfo.length(), 1U);
 }
@@ -364,7 +334,7 @@ TEST_F(TopoSubnetworkView, FollowsASwitchThatIsTurnedOffDuringTheView) {
   network().indexes = indexes({5});
   fakes::agent().testSwitchAnswers = {true, false, false};
   EXPECT_EQ(view(), 0U);
-  EXPECT_EQ(labels(), Lines{"A"});
+  EXPECT_EQ(fakes::labelsOf(nodes_), Lines{"A"});
   EXPECT_EQ(nodes_[0].additionalInfo.length(), 0U);
 }
 
@@ -495,7 +465,7 @@ TEST_F(TopoSubnetworkView, ReturnsTheCodeOfEveryFailedQuery) {
     fakes::resetJournal();
     fakes::onCall(query, 1, fakes::raiseProcessException(77));
     EXPECT_EQ(view(), 77U) << query;
-    EXPECT_EQ(loggedError(), viewError("77")) << query;
+    EXPECT_EQ(loggedErrorWithoutLine(), caughtBy(kLoggedOperation, "77")) << query;
   }
 }
 
@@ -524,35 +494,35 @@ TEST_F(TopoSubnetworkView, ConvertsNothingWhenAQueryFailed) {
 TEST_F(TopoSubnetworkView, LogsTheCodeAsASignedNumber) {
   fakes::onCall("GetAllTopoNodes", 1, fakes::raiseProcessException(-5));
   EXPECT_EQ(view(), 4294967291U);
-  EXPECT_EQ(loggedError(), viewError("-5"));
+  EXPECT_EQ(loggedErrorWithoutLine(), caughtBy(kLoggedOperation, "-5"));
 }
 
 TEST_F(TopoSubnetworkView, ReturnsTheCodeOfAMissingDomain) {
   fakes::openBuffer("DomainInterface").Remove(&fakes::domainInterface());
   EXPECT_EQ(view(), 1092091908U);
-  EXPECT_EQ(loggedError(), viewError("1092091908"));
+  EXPECT_EQ(loggedErrorWithoutLine(), caughtBy(kLoggedOperation, "1092091908"));
 }
 
 TEST_F(TopoSubnetworkView, SucceedsWithTheNodesSoFarWhenAQueryFailsWithoutACode) {
   fillNetwork();
   fakes::onCall("GetNEIndexList", 1, fakes::raiseProcessException(0));
   EXPECT_EQ(view(), 0U);
-  EXPECT_EQ(labels(), (Lines{"A", "B", "Six"}));
-  EXPECT_EQ(loggedError(), viewError("0"));
+  EXPECT_EQ(fakes::labelsOf(nodes_), (Lines{"A", "B", "Six"}));
+  EXPECT_EQ(loggedErrorWithoutLine(), caughtBy(kLoggedOperation, "0"));
 }
 
 TEST_F(TopoSubnetworkView, KeepsNodesOfAQueryThatFailsLateWithoutACode) {
   fillNetwork();
   fakes::onCall("GetAllTopoNodes late", 1, fakes::raiseProcessException(0));
   EXPECT_EQ(view(), 0U);
-  EXPECT_EQ(labels(), (Lines{"A", "B", "Six"}));
+  EXPECT_EQ(fakes::labelsOf(nodes_), (Lines{"A", "B", "Six"}));
 }
 
 TEST_F(TopoSubnetworkView, PassesOnThatTheUtilityIsMissing) {
   fillNetwork();
   fakes::openBuffer("CorbaUtilInterface").Remove(&fakes::corbaUtil());
   EXPECT_THROW(view(), InterfaceNotExistException);
-  EXPECT_EQ(loggedError(), "0 errors");
+  EXPECT_EQ(loggedErrorWithoutLine(), "0 errors");
 }
 
 TEST_F(TopoSubnetworkView, PassesOnEveryOtherException) {
@@ -567,7 +537,7 @@ TEST_F(TopoSubnetworkView, PassesOnEveryOtherException) {
     fakes::resetJournal();
     fakes::onCall(query, 1, fakes::raiseTransient());
     EXPECT_THROW(view(), CORBA::TRANSIENT) << query;
-    EXPECT_EQ(loggedError(), "0 errors");
+    EXPECT_EQ(loggedErrorWithoutLine(), "0 errors");
   }
 }
 
@@ -670,7 +640,7 @@ TEST_F(TopoSubnetworkViewBase, ReturnsTheCodeOfEveryFailedQuery) {
     fakes::resetJournal();
     fakes::onCall(query, 1, fakes::raiseProcessException(77));
     EXPECT_EQ(base(), 77U) << query;
-    EXPECT_EQ(loggedError(), baseInfoError("77")) << query;
+    EXPECT_EQ(loggedErrorWithoutLine(), caughtBy(kCollection, "77")) << query;
   }
 }
 
@@ -686,13 +656,13 @@ TEST_F(TopoSubnetworkViewBase, ReturnsZeroForAFailureWithoutACode) {
   fakes::onCall("GetNEIndexList", 2, fakes::raiseProcessException(0));
   EXPECT_EQ(base(), 0U);
   EXPECT_EQ(ids(), (Lines{"a", "b", "NE=6"}));
-  EXPECT_EQ(loggedError(), baseInfoError("0"));
+  EXPECT_EQ(loggedErrorWithoutLine(), caughtBy(kCollection, "0"));
 }
 
 TEST_F(TopoSubnetworkViewBase, ReturnsTheCodeOfAMissingDomain) {
   fakes::openBuffer("DomainInterface").Remove(&fakes::domainInterface());
   EXPECT_EQ(base(), 1092091908U);
-  EXPECT_EQ(loggedError(), baseInfoError("1092091908"));
+  EXPECT_EQ(loggedErrorWithoutLine(), caughtBy(kCollection, "1092091908"));
 }
 
 TEST_F(TopoSubnetworkViewBase, PassesOnEveryOtherException) {
