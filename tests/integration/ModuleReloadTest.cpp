@@ -24,6 +24,7 @@
 #include "platform/bundlemgr/ServiceInterface.h"
 #include "platform/security/SecurityIF.h"
 #include "tests/support/NoThreads.h"
+#include "tests/support/RejectingManager.h"
 #include "tests/support/Task.h"
 #include "tests/support/TemporaryDirectory.h"
 #include "tests/unit/agent/events/Handlers.h"
@@ -243,7 +244,7 @@ TEST_F(ModuleControls, RunOneReloadAtATime) {
 }
 
 // A manager with one operation that blocks until the test releases it.
-class SlowManager : public virtual POA_TopoManagementManager::TopoMgr_I {
+class SlowManager : public support::RejectingManager {
  public:
   void getCapabilities(common::CapabilityList_T_out list) override {
     entered.set_value();
@@ -251,23 +252,6 @@ class SlowManager : public virtual POA_TopoManagementManager::TopoMgr_I {
     list = new common::CapabilityList_T;
     ended = true;
   }
-
-  void setNativeEMSName(const globaldefs::NVSList_T&, const char*) override {}
-  void setUserLabel(const globaldefs::NVSList_T&, const char*, CORBA::Boolean) override {}
-  void setOwner(const globaldefs::NVSList_T&, const char*) override {}
-  void setAdditionalInfo(const globaldefs::NVSList_T&, globaldefs::NVSList_T&) override {}
-  void getTopoSubnetworkViewInfo(CORBA::ULong, TopoManagementManager::NodeList_T_out,
-                                 TopoManagementManager::NodeIterator_I_out) override {}
-  void getProtectSubnetworkViewInfo(CORBA::ULong, TopoManagementManager::NodeList_T_out,
-                                    TopoManagementManager::NodeIterator_I_out) override {}
-  void getViewInfoByTopoSubnetwork(const globaldefs::NVSList_T&, CORBA::ULong,
-                                   TopoManagementManager::NodeList_T_out,
-                                   TopoManagementManager::NodeIterator_I_out) override {}
-  void getClockSourceSubnetworkViewInfo(CORBA::ULong, TopoManagementManager::NodeList_T_out,
-                                        TopoManagementManager::NodeIterator_I_out) override {}
-  void getAllClockSourceViewlTopologicalLinks(
-      CORBA::ULong, topologicalLink::TopologicalLinkList_T_out,
-      topologicalLink::TopologicalLinkIterator_I_out) override {}
 
   std::promise<void> entered;
   std::promise<void> mayEnd;

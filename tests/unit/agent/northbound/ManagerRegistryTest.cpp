@@ -12,47 +12,22 @@
 #include "agent/base/FailureCodes.h"
 #include "orb/idl/TopoManagementManager.h"
 #include "platform/framework/ProcessException.h"
+#include "tests/support/RejectingManager.h"
 
 namespace {
 
 using agent::ManagerRegistry;
 
 // A manager that counts how many of its kind live; its capability tells it from others.
-class CountedManager final : public virtual POA_TopoManagementManager::TopoMgr_I {
+class CountedManager final : public support::RejectingManager {
  public:
   explicit CountedManager(const std::string& capability = "") : capability_(capability) { ++live; }
 
-  void getTopoSubnetworkViewInfo(CORBA::ULong, TopoManagementManager::NodeList_T_out,
-                                 TopoManagementManager::NodeIterator_I_out) override {
-    throw CORBA::NO_IMPLEMENT();
-  }
-  void getProtectSubnetworkViewInfo(CORBA::ULong, TopoManagementManager::NodeList_T_out,
-                                    TopoManagementManager::NodeIterator_I_out) override {
-    throw CORBA::NO_IMPLEMENT();
-  }
-  void getViewInfoByTopoSubnetwork(const globaldefs::NVSList_T&, CORBA::ULong,
-                                   TopoManagementManager::NodeList_T_out,
-                                   TopoManagementManager::NodeIterator_I_out) override {
-    throw CORBA::NO_IMPLEMENT();
-  }
-  void getClockSourceSubnetworkViewInfo(CORBA::ULong, TopoManagementManager::NodeList_T_out,
-                                        TopoManagementManager::NodeIterator_I_out) override {
-    throw CORBA::NO_IMPLEMENT();
-  }
-  void getAllClockSourceViewlTopologicalLinks(
-      CORBA::ULong, topologicalLink::TopologicalLinkList_T_out,
-      topologicalLink::TopologicalLinkIterator_I_out) override {
-    throw CORBA::NO_IMPLEMENT();
-  }
-  void setNativeEMSName(const globaldefs::NVSList_T&, const char*) override {}
-  void setUserLabel(const globaldefs::NVSList_T&, const char*, CORBA::Boolean) override {}
-  void setOwner(const globaldefs::NVSList_T&, const char*) override {}
   void getCapabilities(common::CapabilityList_T_out capabilities) override {
     capabilities = new common::CapabilityList_T;
     capabilities->length(1);
     capabilities[0].name = CORBA::string_dup(capability_.c_str());
   }
-  void setAdditionalInfo(const globaldefs::NVSList_T&, globaldefs::NVSList_T&) override {}
 
   static std::atomic<int> live;
 
