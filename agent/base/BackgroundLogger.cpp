@@ -52,7 +52,7 @@ std::unique_ptr<spdlog::logger> makeDirectLogger(const WriteLine& write) {
   return logger;
 }
 
-// Called by the one thread of the pool, flushed and waitFor excepted.
+// The thread of the pool calls sink_it_() and flush_(); any thread may call the other functions.
 class BackgroundLogger::Sink final : public LineSink<spdlog::details::null_mutex> {
  public:
   Sink(const WriteLine& write, spdlog::details::thread_pool& thread)
@@ -82,7 +82,7 @@ class BackgroundLogger::Sink final : public LineSink<spdlog::details::null_mutex
   }
 
  private:
-  // A flush that was dropped counts as a line.
+  // The counter of the pool counts an evicted flush as a line.
   void reportDropped() {
     const std::size_t dropped = thread_.overrun_counter();
     if (dropped != reported_) {

@@ -1,4 +1,4 @@
-// Loggers that pass each line to a function, on the calling thread or on a thread of the logger.
+// Loggers that pass each line to a function, on the calling thread or on the thread of the logger.
 
 #ifndef AGENT_BASE_BACKGROUNDLOGGER_H
 #define AGENT_BASE_BACKGROUNDLOGGER_H
@@ -23,12 +23,11 @@ using WriteLine = std::function<void(std::string_view)>;
 // A logger that writes each line before log returns, one line at a time.
 std::unique_ptr<spdlog::logger> makeDirectLogger(const WriteLine& write);
 
-// Writes lines on a thread of its own, so that logging never waits for a write. When the queue is
-// full, each new line evicts the oldest line. A line with the number of dropped lines precedes the
-// next line that is written.
+// Writes lines on a separate thread, so that logging never waits for a write. In a full queue each
+// new line evicts the oldest line; the number of evicted lines is logged before the next line.
 //
-// Thread-safety: any thread. Ownership: owns the queue, the thread and the logger. Errors: a line
-// without memory is dropped.
+// Thread-safety: any thread. Ownership: owns the queue, the thread and the logger. Errors: a
+// line is dropped when memory is short.
 class BackgroundLogger {
  public:
   BackgroundLogger(const WriteLine& write, std::size_t mostWaiting);

@@ -8,19 +8,20 @@
 
 namespace agent {
 
+// A plain value. Thrown by Cancellation::throwIfRequested, and passed on by the cancelled work.
 class Cancelled : public std::runtime_error {
  public:
   Cancelled() : std::runtime_error("cancelled, because the agent stops") {}
 };
 
-// The owner of the work requests the cancellation. The work checks for the request at every record,
+// The owner of the work requests the cancellation. The work checks for the request at every record
 // and undoes its changes.
 //
-// Thread-safety: any thread. Ownership: outlives the work. Errors: throwIfRequested throws
-// Cancelled.
+// Thread-safety: any thread. Ownership: the work borrows the cancellation. Errors: throwIfRequested
+// throws Cancelled.
 class Cancellation {
  public:
-  // A cancellation that is never requested.
+  // Never requested.
   static const Cancellation& none() {
     static const Cancellation never;
     return never;
@@ -28,7 +29,6 @@ class Cancellation {
 
   void request() noexcept { requested_ = true; }
 
-  // Throws Cancelled.
   void throwIfRequested() const {
     if (requested_) {
       throw Cancelled();

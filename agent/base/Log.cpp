@@ -32,8 +32,8 @@ void writeToStandardError(std::string_view line) {
   writeWithin(STDERR_FILENO, line, kNoLimit);
 }
 
-// Never destroyed, and neither is the background logger: threads of the ORB may log until the
-// process ends.
+// The direct and the background logger are never destroyed, because threads of the ORB may log
+// until the process ends.
 spdlog::logger& directLogger() {
   static spdlog::logger& logger = *makeDirectLogger(writeToStandardError).release();
   return logger;

@@ -1,8 +1,8 @@
-// The agent's log, on standard error. One line a message: local time, level, thread, position,
-// text. In the text every control character, line separator, invisible character and byte that is
-// not UTF-8 is \xNN, and a backslash is doubled; a long text is cut.
+// The agent's log, on standard error. Every message is one line: local time, level, thread,
+// position, text. The text is cut after 3,000 bytes and escaped as by escaped() in PrintableText.h.
 //
-// Thread-safety: any thread.
+// Thread-safety: any thread. Ownership: the logger lives until the process ends. Errors:
+// std::bad_alloc; a failed write drops the message.
 
 #ifndef AGENT_BASE_LOG_H
 #define AGENT_BASE_LOG_H
@@ -20,19 +20,19 @@ constexpr int kLogTraces = 3;
 // Messages above this level are dropped. The initial level is kLogErrors.
 void setLogLevel(int level);
 
-// Whether messages of a level are written at present.
+// True if messages of this level are written.
 bool isLogged(int level);
 
-// Logs a message of the agent, at the position topo-agentd:0.
+// Logs at the position topo-agentd:0.
 void log(int level, const std::string& text);
 
-// Logs a message at a position of its own.
+// Logs at the position FILE:LINE.
 void logAt(int level, const std::string& file, int line, std::string_view text);
 
-// Starts a thread that writes the log until the end of the process, so that no other thread waits
-// for the reader of standard error. Before the call, each thread writes its own messages. The queue
-// holds 1,000 lines; a full queue drops its oldest lines and logs their number. Call once, before
-// other threads log.
+// Starts a thread that writes the log until the process ends, so that no other thread blocks on
+// standard error. Before the call, each thread writes its own messages. The queue holds 1,000
+// lines; a full queue evicts its oldest lines, and the log reports their number. REQUIRES: called
+// once, before other threads log.
 void logInBackground();
 
 // Waits until every message logged before is written. Returns false after the timeout.

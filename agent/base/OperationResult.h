@@ -1,5 +1,5 @@
-// Results of operations that may fail: Outcome for an operation without a value, Result for one
-// with a value. Operations return them and never throw them.
+// Results of operations that may fail: Outcome for an operation without a value, Result for an
+// operation with a value. Results are returned and never thrown.
 
 #ifndef AGENT_BASE_OPERATIONRESULT_H
 #define AGENT_BASE_OPERATIONRESULT_H
@@ -13,10 +13,8 @@
 
 namespace agent {
 
-// A FailureCode and, for every code but kSuccess, the reason in one short line. The reason of
-// kInternalError is for the log, every other reason is for the client.
-//
-// Thread-safety: a plain value.
+// A FailureCode and, after a failure, the reason in one short line. The reason of kInternalError is
+// for the log, every other reason is for the client. A plain value.
 struct Outcome {
   std::uint32_t code = kSuccess;
   std::string reason;
@@ -25,9 +23,7 @@ struct Outcome {
 };
 
 // The value of an operation, or the Outcome of its failure. Both convert to a Result, so that a
-// function returns either of them.
-//
-// Thread-safety: a plain value.
+// function returns either of the two. A plain value. Errors: none of its own.
 template <typename Value>
 class [[nodiscard]] Result {
  public:
@@ -49,8 +45,8 @@ class [[nodiscard]] Result {
   std::variant<Value, Outcome> content_;
 };
 
-// kInternalError with the reason "SUBJECT: REASON". The subject is a function that returns a text.
-// Without memory for the reason, the reason is empty.
+// kInternalError with the reason "SUBJECT: REASON", where subject() returns SUBJECT. The reason is
+// empty when memory is short.
 template <typename Subject>
 Outcome internalError(Subject subject, const char* reason) noexcept {
   try {
@@ -60,8 +56,8 @@ Outcome internalError(Subject subject, const char* reason) noexcept {
   }
 }
 
-// Prepares an outcome for a client. The reason of kInternalError is logged as "OPERATION: REASON"
-// and then removed. Every other outcome is returned as it is, and nothing is logged.
+// Prepares an outcome for a client: logs the reason of kInternalError as "OPERATION: REASON" and
+// removes the reason. Returns every other outcome unchanged.
 Outcome logInternalError(const char* operation, Outcome outcome);
 
 }  // namespace agent

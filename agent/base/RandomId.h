@@ -1,4 +1,4 @@
-// Object ids that a client cannot guess.
+// Unguessable object ids.
 
 #ifndef AGENT_BASE_RANDOMID_H
 #define AGENT_BASE_RANDOMID_H
@@ -7,9 +7,11 @@
 
 namespace agent {
 
-// A new object id of 128 bits from the random source of the operating system, for the caller. For
-// objects on a POA with user ids: a client that was not given a reference cannot make one. Throws
-// std::system_error when the random source fails. Thread-safety: any thread.
+// Returns an object id of 128 bits from the random source of the operating system. An object with
+// such an id on a POA with user ids is reachable only for clients that received its reference.
+//
+// Thread-safety: any thread. Ownership: the caller owns the id. Errors: throws std::system_error
+// when the random source fails.
 PortableServer::ObjectId* randomObjectId();
 
 }  // namespace agent

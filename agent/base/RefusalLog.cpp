@@ -13,7 +13,7 @@ void RefusalLog::refused(const std::string& text) noexcept {
   try {
     write(text);
   } catch (...) {
-    return;  // there is no memory for the line
+    return;  // no memory for the line
   }
 }
 

@@ -1,4 +1,4 @@
-// A rate limit for log lines about refusals, which clients can cause at any rate.
+// A rate limit for log lines about refused requests.
 
 #ifndef AGENT_BASE_REFUSALLOG_H
 #define AGENT_BASE_REFUSALLOG_H
@@ -12,8 +12,8 @@
 
 namespace agent {
 
-// Logs a limited number of refusals in each interval. The first line of the next interval has the
-// number of refusals that were not logged.
+// Logs a limited number of refusals in each interval, because clients can cause refusals at any
+// rate. The first line of the next interval contains the number of refusals that were not logged.
 //
 // Thread-safety: any thread. Ownership: owns its counters only. Errors: refused never throws.
 class RefusalLog {
