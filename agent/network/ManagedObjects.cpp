@@ -20,9 +20,9 @@ constexpr std::size_t kMostOfATextShown = 80;
 // A class of numbered objects.
 struct NumberedClass {
   std::string_view tmfName;
-  std::string_view domainName;  // the class of its FDNs
+  std::string_view domainName;  // the class in FDNs
   std::int32_t type;
-  int missingNumber;  // what an FDN without a usable number stands for
+  int missingNumber;  // the number of an FDN without a usable number; below 0: not nameable
 };
 
 constexpr NumberedClass kManagedElement = {tmf::kManagedElement, "NE", kManagedElementType, -1};

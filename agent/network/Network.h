@@ -1,8 +1,8 @@
-// A managed network as plain values: what a network file says, what a store keeps, what the model
-// serves. The order of every list is part of the value.
+// A managed network as plain values: the content of a network file, of a store and of the model.
+// The order of every list is part of the value.
 //
-// Of the platform's records only those fields carry data that a network file can set; the others
-// keep their defaults and are not stored.
+// Only the fields that a network file can set are used in the platform's records. The other fields
+// have their defaults and are not stored.
 
 #ifndef AGENT_NETWORK_NETWORK_H
 #define AGENT_NETWORK_NETWORK_H
@@ -15,7 +15,7 @@
 
 namespace agent {
 
-// Whether a parent id names no node of the network: no parent, or the physical root map.
+// True for a parent id that means no node of the network: "no parent", or the physical root map.
 inline bool isRootMarker(const std::string& parentId) {
   return NS_DOMAIN::hasNoParent(parentId) || parentId == NS_DOMAIN::kPhysicalRoot;
 }
@@ -23,21 +23,21 @@ inline bool isRootMarker(const std::string& parentId) {
 struct NetworkElement {
   std::int32_t number = 0;
   std::string name;
-  bool shown = false;         // the topology shows it already, as a node of its own
-  bool shownForNode = false;  // shown is set because it got a node at run time, and ends with that
+  bool shown = false;         // a topology node shows the element
+  bool shownForNode = false;  // shown was set for a node added at run time; ends with that node
 };
 
-// A stored label of an object; type and id together say which.
+// A stored label. type and id form the key of the object.
 struct ObjectLabel {
   std::int32_t type = 0;
   std::string id;
   std::string label;
 };
 
-// The lists of a network whose records have a name.
+// The lists of records with a name.
 enum class RecordList { kTopoNodes, kNetworkElements, kClockPositions, kClockLinks };
 
-// One record of a network, by the id that it has in its list; an element's number as text.
+// Identifies one record by its id in the list; the id of an element is its number as text.
 struct NamedRecord {
   RecordList list;
   std::string id;

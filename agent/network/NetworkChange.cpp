@@ -11,7 +11,7 @@ InfoPairs mergedInfo(const InfoPairs& stored, const InfoPairs& changes) {
   InfoPairs merged;
   merged.reserve(stored.size() + changes.size());
   merged = stored;
-  salted::Map<std::string_view, std::size_t> places;  // the names are borrowed from stored
+  salted::Map<std::string_view, std::size_t> places;  // borrows the names in stored
   places.reserve(stored.size());
   for (std::size_t i = 0; i < stored.size(); ++i) {
     places.emplace(stored[i].first, i);

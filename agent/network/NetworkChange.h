@@ -18,22 +18,22 @@ namespace agent {
 // The additional information of an object: names and values, every name once.
 using InfoPairs = std::vector<std::pair<std::string, std::string>>;
 
-// Adds the lists of a network after the lists of the stored network, and marks stored elements as
-// shown for a node. The name of the managing system counts only if none is stored yet.
+// Appends the lists of a network to the lists of the stored network, and marks stored elements as
+// shown for a node. The name of the managing system is used only if the store has no such name.
 struct NetworkAddition {
   Network network;
-  std::vector<std::int32_t> shownElements;  // stored elements that get the mark
+  std::vector<std::int32_t> shownElements;  // stored elements to mark
 };
 
-// Removes nodes, everything that is stored about objects, and marks of elements. A node, object or
-// element that is not stored is ignored.
+// Removes nodes, the stored attributes of objects, and marks of elements. Unknown nodes, objects
+// and elements are ignored.
 struct NetworkRemoval {
-  std::vector<NS_DOMAIN::TopoNode_T> nodes;  // each after everything below it
-  std::vector<ObjectKey> objects;            // of which nothing stays stored
+  std::vector<NS_DOMAIN::TopoNode_T> nodes;  // each node after its descendants
+  std::vector<ObjectKey> objects;            // objects that lose their attributes
   std::vector<std::int32_t> hiddenElements;  // elements that lose their mark
 };
 
-// Gives records another name.
+// Gives records a new name.
 struct NetworkRenaming {
   std::vector<NamedRecord> records;
   std::string name;
