@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::string_view kDigits = "0123456789";
 
-// Beyond every exponent that a text can make up for with its digits.
+// Larger than the number of digits of any text, so that no text can compensate this exponent.
 constexpr std::int64_t kHugeExponent = std::int64_t{1} << 48;
 
 // A decimal number without its sign: the value 0.DIGITS times ten to the power of `point`. The
@@ -40,7 +40,7 @@ std::int64_t valueOf(std::string_view digits) {
   return value;
 }
 
-// The exponent at the end of a number; nothing when something else is there.
+// The exponent at the end of a number: 0 for no text, empty for a malformed exponent.
 std::optional<std::int64_t> exponentIn(std::string_view text) {
   if (text.empty()) {
     return 0;
@@ -73,7 +73,7 @@ std::optional<Magnitude> parse(std::string_view text) {
   return number;
 }
 
-// To the nearest whole number, halves up. REQUIRES: its whole part has at most 18 digits.
+// Rounds to the nearest whole number, halves up. REQUIRES: the whole part has at most 18 digits.
 std::int64_t rounded(const Magnitude& number) {
   if (number.point < 0) {
     return 0;

@@ -1,4 +1,4 @@
-// Decimal numbers in texts. Stateless, any thread.
+// Decimal numbers in texts. Pure functions; thread-safety: any thread.
 
 #ifndef AGENT_FORMATS_DECIMAL_H
 #define AGENT_FORMATS_DECIMAL_H
@@ -9,12 +9,12 @@
 
 namespace agent {
 
-// Thousandths of a decimal number, rounded to the nearest, halves away from zero. A decimal number
-// is a minus sign or none, digits with at most one point among them, and an exponent (e or E, a
-// sign or none, digits) or none. Nothing for any other text, and for thousandths that a signed
-// 32-bit integer cannot hold.
+// The value of a decimal number in thousandths, rounded to the nearest, halves away from zero. A
+// decimal number is an optional minus sign, digits with at most one point, and an optional exponent
+// (e or E, an optional sign, digits). Empty for any other text, and for a value beyond a signed
+// 32-bit integer.
 //
-// Exact, however many digits there are, in time linear in the text.
+// The result is exact for any number of digits. Takes time linear in the text.
 std::optional<std::int32_t> thousandthsOf(std::string_view decimal);
 
 }  // namespace agent

@@ -16,7 +16,7 @@ namespace {
 
 constexpr std::string_view kBlanks = " \t\r\n";
 
-// The parser would end a text at a reference to NUL, unseen.
+// pugixml ends a text silently at a reference to NUL.
 void rejectNulReferences(std::string_view text) {
   for (std::size_t at = text.find("&#"); at != std::string_view::npos;
        at = text.find("&#", at + 2)) {
@@ -41,7 +41,7 @@ void parse(pugi::xml_document& document, std::string_view text) {
   }
 }
 
-// A text of the document, checked: references to characters can make bytes that are no UTF-8.
+// Fails for a text that is not UTF-8: a character reference can produce such bytes in a valid file.
 std::string checked(std::string text, const std::string& place) {
   if (findInvalidUtf8(text)) {
     throw ParseError(place, "is not UTF-8");
@@ -49,8 +49,7 @@ std::string checked(std::string text, const std::string& place) {
   return text;
 }
 
-// A kind of data: the keys that the file declares for it, borrowed from the document, and its
-// default.
+// A kind of data: the declared keys, which borrow the texts of the document, and the default value.
 struct DataKey {
   std::string name;
   salted::Set<std::string_view> keys;
@@ -79,7 +78,7 @@ DataKey dataKey(pugi::xml_node root, const std::string& domain, const std::strin
   return found;
 }
 
-// The data of one kind that an element carries; the first where there are several.
+// The first data of one kind in an element, or the default.
 std::string dataOf(pugi::xml_node element, const DataKey& wanted) {
   for (const pugi::xml_node data : element.children("data")) {
     if (wanted.keys.count(data.attribute("key").value()) != 0) {
@@ -89,8 +88,8 @@ std::string dataOf(pugi::xml_node element, const DataKey& wanted) {
   return wanted.fallback;
 }
 
-// Bounds the texts that a file makes by its size. A default, the label of the graph and the label
-// of a node each stand in the file once and in the network any number of times.
+// Limits the texts of a network to a multiple of the file size. A default value, the label of the
+// graph and the label of a node occur once in the file but any number of times in the network.
 class TextBudget {
  public:
   explicit TextBudget(std::size_t fileBytes) : left_(kSpareBytes + kMostRepetition * fileBytes) {}
@@ -118,7 +117,7 @@ std::string_view trimmed(std::string_view text) {
   return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
 }
 
-// Degrees in decimal; 0 for no text.
+// Thousandths of decimal degrees; 0 for no text.
 std::int32_t degrees(const std::string& text, const std::string& place) {
   const std::string_view decimal = trimmed(text);
   if (decimal.empty()) {
@@ -135,7 +134,7 @@ std::string elementId(std::size_t number) {
   return "NE=" + std::to_string(number);
 }
 
-// One pass over the nodes, then one over the edges, which may refer to any node.
+// Reads all nodes before the edges, because an edge may refer to any node.
 class GraphReader {
  public:
   GraphReader(pugi::xml_node root, const std::string& baseName, std::size_t fileBytes,
@@ -193,7 +192,7 @@ class GraphReader {
     node.parentType = NS_DOMAIN::kTopoSubnetwork;
   }
 
-  // The id of the subnetwork that a country's elements are in, made when it is first met.
+  // The id of the subnetwork of a country. Adds the subnetwork at the country's first node.
   std::string subnetworkOf(const std::string& country, const std::string& place) {
     texts_.take(network_.ems.size() + country.size(), place);
     if (country.empty()) {
@@ -238,7 +237,7 @@ class GraphReader {
     }
   }
 
-  // What else a node stands for: a network element and a clock position.
+  // Adds the network element and the clock position of a node.
   void addRecords(std::size_t number, const std::string& label) {
     network_.networkElements.push_back({static_cast<std::int32_t>(number), label, true});
     NS_DOMAIN::ClockPositionInfo_T& position = network_.clockPositions.emplace_back();
@@ -296,13 +295,13 @@ class GraphReader {
   const DataKey latitude_;
   const DataKey linkType_;
 
-  Network network_;                                  // its topoNodes: the subnetworks
-  std::vector<NS_DOMAIN::TopoNode_T> elements_;      // they follow the subnetworks in the end
+  Network network_;                                  // topoNodes has only subnetworks until read()
+  std::vector<NS_DOMAIN::TopoNode_T> elements_;      // appended to the subnetworks by read()
   salted::Map<std::string, std::string> countries_;  // name, subnetwork id
   salted::Map<std::string, std::size_t> numbers_;    // id in the file, element number
 };
 
-// The root element, with exactly one graph in it.
+// The root element. Fails unless the root has exactly one graph.
 pugi::xml_node rootOf(const pugi::xml_document& document) {
   const pugi::xml_node root = document.document_element();
   if (std::strcmp(root.name(), "graphml") != 0) {

@@ -35,7 +35,7 @@ bool isWithin(const Json& value) {
   if (value.is_number_unsigned()) {
     return value.get<std::uint64_t>() <= static_cast<std::uint64_t>(kMost);
   }
-  // Fractions, exponents and integers beyond 64 bits arrive as floating point.
+  // The parser gives fractions, exponents and integers beyond 64 bits as floating point.
   return value.is_number_integer() && value.get<std::int64_t>() >= kLeast &&
          value.get<std::int64_t>() <= kMost;
 }

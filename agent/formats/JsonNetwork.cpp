@@ -17,8 +17,8 @@ using Json = nlohmann::json;
 constexpr std::string_view kFormat = "topo-network/1";
 constexpr const char* kTopLevel = "top level";
 
-// Deeper than any field of the format, and shallow enough that nothing that handles values can
-// run out of stack.
+// Deeper than any field of the format, and small enough that recursion over a value cannot exhaust
+// the stack.
 constexpr std::size_t kMostNesting = 8;
 
 std::vector<std::pair<std::string, std::string>> attributesOf(const JsonField& list) {
@@ -31,7 +31,7 @@ std::vector<std::pair<std::string, std::string>> attributesOf(const JsonField& l
   return attributes;
 }
 
-// Two numbers, both left out or both there.
+// Reads a list of two numbers. A missing list changes nothing.
 void readPair(const JsonField& list, std::int32_t& first, std::int32_t& second) {
   if (list.isListOf(2)) {
     first = list.entry(0).int32();
@@ -87,7 +87,7 @@ void readObjectLabel(const JsonField& field, Network& network) {
   label.label = field.member("label").text();
 }
 
-// One list of the format: its name, the fields of its entries, and how an entry is read.
+// A list of the format: the name, the fields of an entry, and the reader of an entry.
 struct ListRule {
   std::string name;
   std::vector<std::string> fields;
@@ -116,7 +116,7 @@ const ListRule* ruleOf(const std::string& list) {
   return nullptr;
 }
 
-// The parser's reason without its own error number and place.
+// The parser's reason without the error number and the place.
 std::string reasonOf(const Json::exception& error) {
   std::string reason = error.what();
   reason.erase(0, reason.find("] ") + 2);
@@ -126,8 +126,8 @@ std::string reasonOf(const Json::exception& error) {
   return reason;
 }
 
-// Receives the parser's events and makes the network as they come: only one entry of a list is ever
-// held as a JSON value, so a large file needs little more memory than its network.
+// Builds the network while the parser reports values. Only one entry of a list exists as a JSON
+// value at a time, so a large file needs little more memory than its network.
 class NetworkEvents final : public nlohmann::json_sax<Json> {
  public:
   NetworkEvents(std::string_view text, const Cancellation& cancellation)
@@ -207,7 +207,7 @@ class NetworkEvents final : public nlohmann::json_sax<Json> {
     rule_ = ruleOf(topField_);
   }
 
-  // The place of the value that is being received: an entry of a list or a field of the whole.
+  // The place of the value that is being parsed: an entry of a list or a top-level field.
   JsonField place() const { return inList_ ? JsonField(&topPlace_, index_, &value_) : topPlace_; }
 
   bool add(Json value) {
@@ -234,8 +234,8 @@ class NetworkEvents final : public nlohmann::json_sax<Json> {
     return true;
   }
 
-  // Puts a value where it belongs. The result stays good while its container is open, because only
-  // the innermost container grows.
+  // Adds a value to the innermost open container. The returned pointer is valid until that
+  // container is closed, because only the innermost container grows.
   Json* put(Json value) {
     if (!inRoot_) {
       JsonField(nullptr, kTopLevel, &value).requireFieldsAmong({});
@@ -270,7 +270,7 @@ class NetworkEvents final : public nlohmann::json_sax<Json> {
     } else if (topField_ == "format") {
       requireFormat(field);
     } else {
-      static_cast<void>(field.size());  // not a list, or it would have been received as one
+      static_cast<void>(field.size());  // fails: lists are delivered by entries
     }
   }
 
@@ -295,8 +295,8 @@ class NetworkEvents final : public nlohmann::json_sax<Json> {
   JsonField topPlace_{nullptr, kTopLevel, nullptr};
   const ListRule* rule_ = nullptr;  // of topField_; null for a field that is no list
 
-  Json value_;               // the value that is being received
-  std::vector<Json*> open_;  // its containers that are not complete, outermost first
+  Json value_;               // the value that is being parsed
+  std::vector<Json*> open_;  // open containers in value_, outermost first
   std::string key_;          // of the next value in the innermost object
 };
 
