@@ -17,17 +17,18 @@
 
 namespace agent {
 
-// The store cannot be used. what() is one line, "PATH: REASON".
+// The store cannot be used. what() is one line, "PATH: REASON". A plain value.
 class StoreError : public std::runtime_error {
  public:
   StoreError(const std::string& path, const std::string& reason);
 };
 
-// A change is durable when commit() has returned. A change whose commit() has not returned when the
-// process is killed is stored as a whole or not at all.
+// Keeps a network. A change is durable when commit() has returned. If the process is killed during
+// commit(), the change is stored as a whole or not at all.
 //
-// All functions throw StoreError when the engine fails. Thread-safety: none; the owner serialises
-// the calls.
+// Thread-safety: none; the owner serialises the calls. Ownership: the store owns its connection to
+// the engine; arguments are borrowed for the call. Errors: every function throws StoreError when
+// the engine fails.
 class NetworkStore {
  public:
   NetworkStore() = default;
@@ -35,34 +36,34 @@ class NetworkStore {
   NetworkStore(const NetworkStore&) = delete;
   NetworkStore& operator=(const NetworkStore&) = delete;
 
-  // Looks for damage in the whole store, in time linear in its size. Throws StoreError if there is
-  // any. Opening and reading a store notice only damage in the data that they use.
+  // Throws StoreError if any part of the store is damaged. Takes time linear in the size of the
+  // store. All other functions detect damage only in the data that they use.
   virtual void check() = 0;
 
   // True until a network is loaded or added.
   virtual bool isNew() = 0;
 
-  // Stores the first network, as a whole or not at all. Throws StoreError also if the store is not
+  // Stores the first network, as a whole or not at all. Also throws StoreError if the store is not
   // new, and if two objects of the network have the same id.
   virtual void load(const Network& network) = 0;
 
   // The stored network; an empty network if the store is new.
   virtual Network read() = 0;
 
-  // The number of the last change. Numbers rise by one with each change, and by one when the store
-  // is opened. They begin with the milliseconds since 1970 at the time when the store is made, so
-  // that a new store that replaces this store gives no number of this store again.
+  // The number of the last change. The number rises by one with each change and with each opening
+  // of the store. The first number is the time of the store's creation in milliseconds since 1970,
+  // so that a store that replaces this store never repeats a number of this store.
   virtual std::uint64_t lastChange() = 0;
 
-  // Commits a change as a whole or not at all, and returns the number of the change. Throws
-  // StoreError also if an object of an addition is stored already, and Cancelled.
+  // Commits a change as a whole or not at all, and returns the number of the change. Also throws
+  // StoreError if an object of an addition is stored already; throws Cancelled.
   virtual std::uint64_t commit(const NetworkChange& change, const Cancellation& cancellation) = 0;
   std::uint64_t commit(const NetworkChange& change) { return commit(change, Cancellation::none()); }
 
   // The ids of the objects of a type that have a label.
   virtual std::vector<std::string> idsWithLabel(std::int32_t type, const std::string& label) = 0;
 
-  // The additional information of an object, in its order.
+  // The additional information of an object, in the stored order.
   virtual InfoPairs additionalInfoOf(const ObjectKey& key) = 0;
 
   // Begins a backup. The copy must not outlive the store.

@@ -9,12 +9,12 @@
 
 namespace agent {
 
-// The copy is made in steps. A change that is committed between two steps is in the copy too: the
-// complete copy is the store after the last step. A complete copy is read once, from its beginning
-// to its end, and leaves nothing on disk when it is destroyed.
+// The copy is made in steps and then read once from start to end. A change that is committed
+// between two steps is part of the copy: the complete copy equals the store after the last step.
 //
-// All functions throw StoreError when the disk fails. Thread-safety: none; all calls and the
-// destruction take turns with the other uses of the store.
+// Thread-safety: none; the owner of the store serialises all calls and the destruction with the
+// other uses of the store. Ownership: borrows the store; owns its file, which the destructor
+// removes. Errors: every function throws StoreError when the disk fails.
 class StoreCopy {
  public:
   StoreCopy() = default;

@@ -12,8 +12,10 @@ class Database;
 
 namespace agent {
 
-// A visitor of NetworkChange. Borrows the database and the cancellation. REQUIRES: a transaction,
-// which the caller commits. Throws SQLite::Exception and Cancelled.
+// A visitor of NetworkChange.
+//
+// Thread-safety: one thread. Ownership: borrows the database and the cancellation. Errors: throws
+// SQLite::Exception and Cancelled. REQUIRES: a transaction, which the caller commits.
 class ChangeWriter {
  public:
   ChangeWriter(SQLite::Database& database, const Cancellation& cancellation)

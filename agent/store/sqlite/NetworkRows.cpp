@@ -18,7 +18,7 @@ std::int64_t nextPosition(SQLite::Database& database, const std::string& table) 
   return valueOf(database, "SELECT coalesce(max(position), -1) + 1 FROM " + table);
 }
 
-// A prepared INSERT whose first value is a position, counted on from the last row of the table.
+// A prepared INSERT whose first value is the position after the last row of the table.
 class Inserter {
  public:
   Inserter(SQLite::Database& database, const std::string& table, const char* values,
@@ -41,7 +41,7 @@ class Inserter {
   const Cancellation& cancellation_;
 };
 
-// An empty list costs no statement: most changes add a single node.
+// An empty list prepares no statement, because most changes add a single node.
 
 void writeTopoNodes(SQLite::Database& database, const Network& network,
                     const Cancellation& cancellation) {

@@ -14,8 +14,7 @@ class Database;
 
 namespace agent {
 
-// The value of the column shown of an element that is shown because of a node that it got at run
-// time.
+// The value of the column `shown` for NetworkElement::shownForNode.
 constexpr std::int32_t kShownForNode = 2;
 
 // Appends the rows of a network; the store is no longer new. REQUIRES: a transaction. Throws

@@ -11,7 +11,7 @@
 
 namespace agent {
 
-// The statement is new or has been reset.
+// Runs a statement with values. REQUIRES: the statement is new or has been reset.
 template <typename... Values>
 void run(SQLite::Statement& statement, const Values&... values) {
   SQLite::bind(statement, values...);

@@ -22,8 +22,8 @@ namespace {
 
 constexpr int kPagesOfStep = 256;
 
-// Where the header of a database says how it is written and read; 1 stands for a rollback journal,
-// 2 for a write-ahead log. A copy has no log beside it.
+// The write and read versions in the header of a database: 1 is a rollback journal, 2 a write-ahead
+// log. A copy consists of one file without a log.
 constexpr off_t kVersionsOffset = 18;
 constexpr char kJournalVersions[] = {1, 1};
 

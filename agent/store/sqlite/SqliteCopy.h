@@ -17,8 +17,9 @@ class Database;
 
 namespace agent {
 
-// Copies the pages of the database to an unlinked temporary file. Borrows the database, which must
-// outlive the copy.
+// Copies the pages of the database to an unlinked temporary file.
+//
+// Thread-safety and errors: as StoreCopy. Ownership: borrows the database, which outlives the copy.
 class SqliteCopy final : public StoreCopy {
  public:
   // The file is in the folder of the store; for a store in memory, in the folder of temporary

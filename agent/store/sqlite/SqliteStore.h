@@ -20,29 +20,31 @@ namespace agent {
 // The milliseconds since 1970 by the clock of the system.
 std::uint64_t millisecondsNow();
 
-// Holds an exclusive lock on the database from the constructor to the destructor. Databases of
-// other programs are recognised and never changed. Thread-safety: as NetworkStore.
+// Holds an exclusive lock on the database from the constructor to the destructor. A database of
+// another program is rejected and never changed.
+//
+// Thread-safety and errors: as NetworkStore. Ownership: owns the connection to the database.
 class SqliteStore final : public NetworkStore {
  public:
   using Clock = std::function<std::uint64_t()>;
 
-  // The path of a store that lives as long as its object and is never on disk.
+  // The path of a store in memory, which is lost with the object.
   static constexpr const char* kInMemory = ":memory:";
 
   // True if the path is a file with content; false for kInMemory and for an empty path. Changes
   // nothing. Throws StoreError if the path cannot be used for a store.
   static bool exists(const std::string& path);
 
-  // True if a store opened at this path would be new. Creates nothing, so that a caller who then
-  // rejects the network leaves nothing behind. Throws StoreError as the constructor. REQUIRES: this
-  // process does not have the store open.
+  // True if a store opened at this path would be new. Creates no file, so that a caller can still
+  // reject the network. Throws StoreError as the constructor. REQUIRES: the store is not open in
+  // this process.
   static bool needsNetwork(const std::string& path);
 
-  // Opens the store, or makes an empty store if there is no file or an empty file. A new file is
-  // accessible to its owner alone; a dangling symbolic link is refused. Throws StoreError if
+  // Opens the store, or makes an empty store if the file is missing or empty. Only the user of the
+  // process can access a new file. A dangling symbolic link is rejected. Throws StoreError if
   // another store object or process has the database open, and if the file is not a database, is a
   // database of another program or schema version, or is not writable. The clock, in milliseconds
-  // since 1970, is read once for a store that is made.
+  // since 1970, is read once for a new store.
   explicit SqliteStore(const std::string& path, const Clock& clock = millisecondsNow);
   ~SqliteStore() override;
 
