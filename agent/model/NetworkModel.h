@@ -1,7 +1,4 @@
-// The managed network in memory: every read is served from here, none waits for disk.
-//
-// Results are copies. Thread-safety: any thread may read; readers do not wait for each other, and
-// hold no change up for longer than their own read takes. Changes are made by one thread at a time.
+// The managed network in memory, which answers every read without the disk.
 
 #ifndef AGENT_MODEL_NETWORKMODEL_H
 #define AGENT_MODEL_NETWORKMODEL_H
@@ -23,7 +20,7 @@
 
 namespace agent {
 
-// How much data the views of a network show.
+// The amount of data in the views of a network.
 struct NetworkLoad {
   struct Records {
     std::size_t count = 0;
@@ -31,11 +28,16 @@ struct NetworkLoad {
   };
 
   Records nodes;
-  Records elements;  // those that no node shows
+  Records elements;  // without elements that a node shows
   Records positions;
-  Records links;  // texts: with their labels
+  Records links;  // texts include the labels of the links
 };
 
+// Results are copies.
+//
+// Thread-safety: any thread may read; one thread at a time prepares and applies changes. Readers do
+// not wait for each other, and a change waits only for the reads in progress. Ownership: owns the
+// network. Errors: std::bad_alloc; apply() cannot fail.
 class NetworkModel {
  public:
   NetworkModel() = default;
@@ -56,23 +58,23 @@ class NetworkModel {
 
   void appendTopoNodes(std::vector<NS_DOMAIN::TopoNode_T>& nodes) const;
 
-  // All elements, or only those that the topology already shows.
+  // Appends all elements, or only the elements that a topology node shows.
   void appendNEIndexes(std::vector<NS_DOMAIN::NEIndex>& indexes, bool onlyShown) const;
 
-  // One record an index, in the order of the indexes; unknown numbers are left out.
+  // Appends one record for each known index, in the order of the indexes.
   void appendNEs(std::vector<NS_DOMAIN::NE_T>& elements,
                  const std::vector<NS_DOMAIN::NEIndex>& indexes) const;
 
   std::vector<NS_DOMAIN::ClockPositionInfo_T> clockPositions() const;
   std::vector<NS_DOMAIN::ClockTopoLinkInfo_T> clockLinks() const;
 
-  // The stored label of an object, empty where there is none.
+  // Empty for an object without a stored label.
   std::string labelOf(std::int32_t type, const std::string& id) const;
 
   // Takes time linear in the size of the network.
   NetworkLoad load() const;
 
-  // Rises with every change.
+  // Rises with every change that readers can see.
   std::uint64_t version() const { return version_.load(); }
 
   // --- Changes. A change is prepared, then committed to the store, then applied: apply() cannot

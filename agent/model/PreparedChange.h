@@ -1,5 +1,5 @@
-// A change of the network with its effect on the tables of the model, prepared so that applying the
-// effect can no longer fail. Part of the model.
+// A change of the network together with its prepared effect on the tables of the model. Applying a
+// prepared effect cannot fail. Part of the model.
 
 #ifndef AGENT_MODEL_PREPAREDCHANGE_H
 #define AGENT_MODEL_PREPAREDCHANGE_H
@@ -15,7 +15,7 @@
 
 namespace agent {
 
-// The pointers of all effects point into the tables for which the effect is prepared.
+// The pointers in an effect borrow from the tables that prepared the effect.
 
 struct AdditionEffect {
   NetworkTables tables;                 // of the added records
