@@ -16,44 +16,44 @@
 
 namespace agent {
 
-// A change that succeeded is in the store and in the model; any other has changed nothing.
+// Changes one attribute per call. After a success the change is in the store and in the model; a
+// failure changes nothing. Object names are the names of ManagedObjects.h.
 //
-// Names are those of ManagedObjects.h. One that is malformed ends in kInvalidName, one of nothing
-// in kEntityNotFound. Texts that are not UTF-8 or too long end in kInvalidName too.
-//
-// Borrows the writer, which must outlive it. Thread-safety: any thread.
+// Thread-safety: any thread. Ownership: borrows the writer, which outlives the service. Errors:
+// kInvalidName for a malformed name and for a text that is not UTF-8 or too long, kEntityNotFound
+// for an unknown object, kInternalError for store and memory.
 class AttributeService {
  public:
   static constexpr std::size_t kMostTextBytes = agent::kMostTextBytes;
 
-  // Of the names and values of one object's additional information: it goes back to the client in
-  // one message, whose limit is 256 MiB unless the operator sets another.
+  // The largest additional information of one object. A reply contains all of it, and the default
+  // limit of a message is 256 MiB.
   static constexpr std::size_t kMostInfoBytes = 16 * kMostTextBytes;
 
-  // Each pair counts with its texts and with these bytes, because a pair of two short texts takes
-  // many times the memory of the texts, and each change takes time for each pair.
+  // Added to the size of the texts of each pair in that limit, because a pair of short texts takes
+  // many times the memory of its texts, and each change takes time for each pair.
   static constexpr std::size_t kPairBytes = 64;
 
   // ems: the value of the "EMS" pair of every name.
   AttributeService(std::string ems, NetworkWriter& writer);
 
-  // An empty label is none. isUnique asks for kUserLabelInUse when another object of the same type
-  // has the label.
+  // An empty label removes the label. With isUnique, fails with kUserLabelInUse if another object
+  // of the same type has the label.
   Outcome setUserLabel(const globaldefs::NVSList_T& name, std::string_view label, bool isUnique);
 
+  // An empty owner removes the owner.
   Outcome setOwner(const globaldefs::NVSList_T& name, std::string_view owner);
 
-  // The name under which clients see the object, in every view. Raises EVENT_TOPO_NODE_CHANGED with
-  // the topology nodes whose name was another; nothing when there is none.
+  // Sets the name of the object in every view. Raises EVENT_TOPO_NODE_CHANGED with the topology
+  // nodes that get a different name; raises no event without such nodes.
   Outcome setNativeName(const globaldefs::NVSList_T& name, std::string_view nativeName);
 
-  // Merges pairs into the stored pairs, as mergedInfo(), and replaces the pairs by all pairs that
-  // are then stored. Codes: kInvalidName for a pair without a name and for two pairs of one name,
-  // kTooMuch if the stored pairs would become larger than kMostInfoBytes. After a failure the pairs
-  // are unchanged.
+  // Merges pairs into the stored pairs, as mergedInfo(), and replaces the pairs by the result. Also
+  // fails with kInvalidName for a pair without a name and for two pairs of one name, and with
+  // kTooMuch if the result is larger than kMostInfoBytes. A failure leaves the pairs unchanged.
   Outcome setAdditionalInfo(const globaldefs::NVSList_T& name, globaldefs::NVSList_T& pairs);
 
-  // Forgets user label, owner and additional information.
+  // Removes user label, owner and additional information.
   Outcome reset(const globaldefs::NVSList_T& name);
 
  private:

@@ -7,10 +7,10 @@
 namespace agent {
 namespace {
 
-// Steps of one call, each of about a megabyte.
+// The most steps in one call of next(). A step copies about a megabyte.
 constexpr int kStepsOfCall = 64;
 
-// Not a number that another run of the agent has given.
+// A random id, so that ids of an earlier run of the agent are unknown.
 std::uint64_t newId() {
   std::random_device random;
   return (std::uint64_t{random()} << 32) | random();

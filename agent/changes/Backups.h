@@ -17,13 +17,12 @@
 
 namespace agent {
 
-// One backup at a time. A backup ends after its last part, after a failure, and by end(). A backup
-// is idle when no part was fetched for kIdle; begin() ends an idle backup and starts a new one.
+// At most one backup exists at a time. A backup ends after its last part, after a failure, and by
+// end(). A backup is idle after kIdle without a call of next(); begin() ends an idle backup.
 //
-// Codes: kTooMuch while another backup is fetched, kEntityNotFound for a backup that has ended,
-// kInternalError for the disk.
-//
-// Borrows the writer, which must outlive it. Thread-safety: any thread.
+// Thread-safety: any thread. Ownership: borrows the writer, which outlives this object. Errors:
+// kTooMuch while another backup exists, kEntityNotFound for a backup that has ended, kInternalError
+// for the disk.
 class Backups {
  public:
   using Clock = std::function<std::chrono::steady_clock::time_point()>;
@@ -32,8 +31,8 @@ class Backups {
   static constexpr std::size_t kPartBytes = std::size_t{1} << 20;
 
   struct Part {
-    std::uint64_t size = 0;  // of the whole backup; 0 until it is known
-    std::string content;     // of at most kPartBytes; may be empty
+    std::uint64_t size = 0;  // of the whole backup; 0 until the copy is complete
+    std::string content;     // at most kPartBytes; may be empty
     bool isLast = false;
   };
 
@@ -44,8 +43,8 @@ class Backups {
 
   Outcome begin(std::uint64_t& id);
 
-  // Copies a part of the store as long as the copy is not complete, then reads the next part of the
-  // copy. Changes of the network wait for no more than a megabyte of copying.
+  // Continues the copy of the store, and reads the next part when the copy is complete. Until then
+  // the parts are empty. A change of the network waits for at most a megabyte of copying.
   Outcome next(std::uint64_t id, Part& part);
 
   // Does nothing when the backup has ended.

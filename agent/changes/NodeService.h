@@ -1,5 +1,4 @@
-// Changes of the managed network while it is served: nodes come, go and get other names, and whole
-// networks are added.
+// Changes of the served network: creates, removes and renames nodes, and imports whole networks.
 
 #ifndef AGENT_CHANGES_NODESERVICE_H
 #define AGENT_CHANGES_NODESERVICE_H
@@ -15,7 +14,7 @@
 
 namespace agent {
 
-// How many objects of each kind an import has added.
+// The number of added objects of each kind.
 struct ImportSummary {
   std::size_t topoNodes = 0;
   std::size_t networkElements = 0;
@@ -24,45 +23,44 @@ struct ImportSummary {
   std::size_t objectLabels = 0;
 };
 
-// A change that succeeded is in the store and in the model, and its event is raised; any other has
-// changed nothing. What can be is what can stand in a network file (docs/formats.md), with texts of
-// at most AttributeService::kMostTextBytes.
+// After a success the change is in the store and in the model, and its event is raised; a failure
+// changes nothing. A network can contain the same values as a network file (docs/formats.md), with
+// texts of at most AttributeService::kMostTextBytes.
 //
-// An element of the element list that gets a topology node is from then on marked as shown, so that
-// the topology does not show it twice. The mark ends with the last such node; one that a network
-// file has set stays.
+// An element of the element list that gets a topology node is marked as shown, so that the topology
+// does not show the element twice. The mark ends with the last such node. A mark from a network
+// file never ends.
 //
-// Codes: kInvalidName for input that nothing can be made of, kEntityNotFound for an id or a parent
-// that is not there, kAlreadyExists for what is there already, kInternalError for store and memory.
-//
-// Borrows the writer and the cancellation, which must outlive it. Thread-safety: any thread.
+// Thread-safety: any thread. Ownership: borrows the writer and the cancellation, which outlive the
+// service. Errors: kInvalidName for malformed input, kEntityNotFound for an unknown id or parent,
+// kAlreadyExists for a record that exists, kInternalError for store and memory.
 class NodeService {
  public:
-  // cancellation ends an import that is under way, which then has changed nothing.
+  // cancellation ends an import in progress, which then changes nothing.
   explicit NodeService(NetworkWriter& writer,
                        const Cancellation& cancellation = Cancellation::none())
       : writer_(writer), cancellation_(cancellation) {}
 
   const Cancellation& cancellation() const { return cancellation_; }
 
-  // Adds a node at the end of the list; an element (type 1) or a subnetwork (type 2). Fields that
-  // are carried only are not kept. Raises EVENT_TOPO_NODE_CREATED.
+  // Appends an element (type 1) or a subnetwork (type 2) to the list of nodes. Ignores the fields
+  // that are not stored (Network.h). Raises EVENT_TOPO_NODE_CREATED.
   Outcome create(const NS_DOMAIN::TopoNode_T& node);
 
-  // Removes a node with everything below it, and says how many nodes that were. Raises
-  // EVENT_TOPO_NODE_DELETED with each node after everything below it, siblings in the list's order.
-  // What is stored about a node's object (label, owner, additional information) goes with the last
-  // of the object's nodes.
+  // Removes a node with its descendants; removed is the number of removed nodes. Raises
+  // EVENT_TOPO_NODE_DELETED with each node after its descendants, siblings in the order of the
+  // list. The last node of an object takes the stored attributes of the object with it.
   Outcome remove(const std::string& id, std::size_t& removed);
 
-  // Gives a node another name, and so everything else that shows the same element. Raises
-  // EVENT_TOPO_NODE_CHANGED with every topology node whose name was another; nothing when there is
-  // none.
+  // Renames a node, and every other record of the element that the node shows. Raises
+  // EVENT_TOPO_NODE_CHANGED with the topology nodes that get a different name; raises no event
+  // without such nodes.
   Outcome rename(const std::string& id, std::string_view name);
 
-  // Adds a network, all of it or nothing, with its lists after those that are there. Parents may be
-  // nodes of either. The name of its managing system counts only where there was none before, and
-  // only from the next start. Raises EVENT_TOPO_NODE_CREATED with all its nodes, in their order.
+  // Appends the lists of a network to the lists of the served network, as a whole or not at all.
+  // Parents may be nodes of both networks. The name of the managing system is stored only if the
+  // store has no such name, and is used from the next start. Raises EVENT_TOPO_NODE_CREATED with
+  // all added nodes, in their order.
   Outcome import(Network network, ImportSummary& summary);
 
  private:
