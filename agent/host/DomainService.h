@@ -28,7 +28,7 @@ class DomainService final : public NS_DOMAIN::DomainInterface,
   NS_DOMAIN::TopoData* GetTopoData() override { return this; }
   NS_DOMAIN::NEData* GetNEData() override { return this; }
 
-  // The integer holders get the length of the list; they may be null.
+  // A count gets the length of the list and may be null.
   void GetAllTopoNodes(NS_DOMAIN::TopoNodeHolder* nodes) override;
   void GetClockPositionList(const int& kind, NS_DOMAIN::ClockPositionHolder* positions,
                             NS_DOMAIN::IntHolder* count) override;

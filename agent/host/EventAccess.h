@@ -5,7 +5,7 @@
 
 namespace agent {
 
-// The answer that modules get when they ask whether they may receive events.
+// The answer of "SecurityIF" to modules that ask for access to events.
 enum class EventAccess {
   kAllowed,
   kDenied,

@@ -16,7 +16,7 @@ namespace agent {
 // Replaces an earlier reason. Code 0 is a success and clears the reason.
 void explainFailure(CORBA::ULong code, const std::string& reason);
 
-// Returns and clears the reason. Empty when there is no reason, or the reason of another code.
+// Returns and clears the reason. Empty without a reason for this code.
 std::string takeReason(CORBA::ULong code);
 
 }  // namespace agent

@@ -1,4 +1,4 @@
-// The one place that knows which exception a failure code stands for.
+// Defines platform/agent/Failures.h: the only translation of failure codes to exceptions.
 
 #include "platform/agent/Failures.h"
 

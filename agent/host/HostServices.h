@@ -16,10 +16,10 @@
 namespace agent {
 
 // Publishes "DomainInterface", "CorbaUtilInterface" and "SecurityIF" for as long as this object
-// lives. Borrows the model.
+// lives.
 //
 // Thread-safety: constructed and destroyed while no module is loaded; the services take calls from
-// any thread.
+// any thread. Ownership: owns the services, borrows the model. Errors: std::bad_alloc.
 class HostServices {
  public:
   // emsName: the value of the "EMS" pair of every TMF name.

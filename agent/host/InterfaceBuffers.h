@@ -12,7 +12,8 @@
 
 namespace agent {
 
-// Holds the mutex that the bundle manager and all bundles share.
+// Locks the mutex that the bundle manager and all bundles share until the end of the scope. Not
+// recursive. Thread-safety: one thread. Ownership: borrows the mutex. Errors: none.
 class BundleLock {
  public:
   BundleLock() { ACE_OS::mutex_lock(&NS_BUNDLEMGR1::_g_actualmutex); }
@@ -22,14 +23,14 @@ class BundleLock {
   BundleLock& operator=(const BundleLock&) = delete;
 };
 
-// Owns the buffers. A buffer is never destroyed, so that pointers to a buffer stay valid.
-//
-// Thread-safety: any thread. The contents of a buffer are guarded by _g_actualmutex.
+// Thread-safety: any thread. The contents of a buffer are guarded by _g_actualmutex. Ownership:
+// owns the buffers and never destroys a buffer, so that pointers to a buffer stay valid. Errors:
+// std::bad_alloc.
 class InterfaceBuffers {
  public:
   static InterfaceBuffers& instance();
 
-  // Null when nothing was ever published under the name.
+  // Null when no interface was ever published under the name.
   NS_BUNDLEMGR1::InterfaceBuffer* find(const std::string& name) const;
 
   NS_BUNDLEMGR1::InterfaceBuffer* findOrMake(const std::string& name);

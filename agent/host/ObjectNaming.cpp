@@ -73,11 +73,11 @@ CORBA::ULong ObjectNaming::setName(globaldefs::NVSList_T& name, const char* obje
                                    const std::string& value) const {
   name.length(0);
   if (value.empty()) {
-    return refuseName(objectClass, value, "the id is empty");
+    return logUnnamed(objectClass, value, "the id is empty");
   }
-  // CORBA strings end at NUL, so an id with one in it would come back as another id.
+  // CORBA strings end at NUL, so an id that contains NUL would return as a different id.
   if (value.find('\0') != std::string::npos) {
-    return refuseName(objectClass, value, "the id holds a NUL character");
+    return logUnnamed(objectClass, value, "the id holds a NUL character");
   }
   name.length(2);
   setPair(name[0], tmf::kEms, ems_);
@@ -89,12 +89,12 @@ CORBA::ULong ObjectNaming::setNumberedName(globaldefs::NVSList_T& name, const ch
                                            std::int32_t number) const {
   if (number < 0) {
     name.length(0);
-    return refuseName(objectClass, std::to_string(number), "the number is negative");
+    return logUnnamed(objectClass, std::to_string(number), "the number is negative");
   }
   return setName(name, objectClass, std::to_string(number));
 }
 
-CORBA::ULong ObjectNaming::refuseName(const char* objectClass, const std::string& id,
+CORBA::ULong ObjectNaming::logUnnamed(const char* objectClass, const std::string& id,
                                       const char* why) const {
   if (unnamed_) {
     unnamed_(std::string("no name for ") + objectClass + ' ' + inQuotes(id) + ": " + why);

@@ -1,7 +1,7 @@
 // TMF names of the agent's objects, both ways. Published as "CorbaUtilInterface".
 //
-// Names and domain ids are those of ManagedObjects.h, without the links of the clock topology,
-// which the module names by itself.
+// Names and domain ids are described in ManagedObjects.h. The module itself names the links of the
+// clock topology.
 
 #ifndef AGENT_HOST_OBJECTNAMING_H
 #define AGENT_HOST_OBJECTNAMING_H
@@ -21,8 +21,8 @@ namespace agent {
 // topology subnetwork that does not exist.
 constexpr int kNoObjectType = 0;
 
-// Every operation is total: a name of any length and form has an answer, kInvalidName for a name
-// without a meaning. GetObjectType looks topology subnetworks up in the model. No operation checks
+// Names of any length and form are valid arguments; kInvalidName is the result for a name without a
+// meaning. GetObjectType looks topology subnetworks up in the model. No operation checks
 // that an element or a management system exists.
 //
 // Thread-safety: any thread. Ownership: borrows the model, which outlives this object. Errors:
@@ -46,7 +46,7 @@ class ObjectNaming final : public NS_CORBA::CorbaUtilInterface {
   CORBA::ULong ConvertOSIndexToName(globaldefs::NVSList_T& name, std::int32_t& number) override;
   CORBA::ULong ConvertTopoNodeIdToName(globaldefs::NVSList_T& name, const std::string& id) override;
 
-  // The id is left alone after a failure.
+  // A failure leaves the id unchanged.
   CORBA::ULong Name2Index(std::string& id, const globaldefs::NVSList_T& name) override;
 
   CORBA::ULong GetObjectLabelInfo(NS_CORBA::ObjectLabelInfo& info, const std::string& id,
@@ -58,7 +58,8 @@ class ObjectNaming final : public NS_CORBA::CorbaUtilInterface {
                        const std::string& value) const;
   CORBA::ULong setNumberedName(globaldefs::NVSList_T& name, const char* objectClass,
                                std::int32_t number) const;
-  CORBA::ULong refuseName(const char* objectClass, const std::string& id, const char* why) const;
+  // Returns kInvalidName.
+  CORBA::ULong logUnnamed(const char* objectClass, const std::string& id, const char* why) const;
 
   const std::string ems_;
   const NetworkModel& model_;

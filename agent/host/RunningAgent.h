@@ -1,7 +1,7 @@
-// The agent that the functions of include/platform act on.
+// The registered agent, on which the functions of include/platform act.
 //
-// The contract has functions and singletons without a context of their own. They find the parts of
-// the agent here, and nowhere else in the agent is there a global pointer to a part.
+// The functions and singletons of the contract have no context argument, so they find the parts of
+// the agent here. No other file of the agent has a global pointer to a part.
 //
 // When no agent is registered, or when the registered agent has no such part, a function of the
 // contract fails as its header allows and never crashes:
@@ -30,11 +30,11 @@ struct RunningAgent {
   AttributeService* attributes = nullptr;
 };
 
-// Registers an agent for as long as the registration lives. The parts outlive the registration.
+// Registers an agent for as long as the registration lives.
 //
-// REQUIRES: one registration at a time; no function of the contract runs on another thread during
-// the construction or the destruction, so that the registration begins before a module is loaded
-// and ends after the module is unloaded.
+// Thread-safety: constructed before a module is loaded and destroyed after the module is unloaded,
+// so that no function of the contract runs on another thread meanwhile. Ownership: borrows the
+// parts, which outlive the registration. Errors: none. REQUIRES: one registration at a time.
 class AgentRegistration {
  public:
   explicit AgentRegistration(const RunningAgent& agent);
@@ -47,11 +47,11 @@ class AgentRegistration {
   const RunningAgent agent_;
 };
 
-// The registered agent; without a registration all parts are null. Thread-safety: any thread.
+// Without a registration all parts are null. Thread-safety: any thread.
 RunningAgent runningAgent();
 
-// The northbound side of the registered agent. Throws ProcessException (kNotImplemented) when there
-// is none.
+// The northbound side of the registered agent. Throws ProcessException (kNotImplemented) without a
+// registered northbound side.
 Northbound& requiredNorthbound();
 
 }  // namespace agent

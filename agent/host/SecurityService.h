@@ -9,10 +9,10 @@
 
 namespace agent {
 
-// This agent grants or denies events to the whole process. So the identity and the level of a
-// thread change nothing and are not kept.
+// Grants or denies events to the whole process, so the identity and the level of a thread are
+// ignored.
 //
-// Thread-safety: any thread.
+// Thread-safety: any thread. Ownership: owns one constant only. Errors: none.
 class SecurityService final : public NS_SECURITY_SERVICE1::SecurityIF {
  public:
   explicit SecurityService(bool eventAccessAllowed) : eventAccessAllowed_(eventAccessAllowed) {}

@@ -14,10 +14,10 @@
 namespace agent {
 namespace {
 
-// How the capability list speaks of an operation.
+// The value of a supported operation in the capability list.
 constexpr const char* kSupported = "Supported";
 
-// Runs a change. The reason of an internal error goes to the log alone.
+// Runs a change. Only the log gets the reason of an internal error.
 template <typename Change>
 Outcome outcomeOf(const char* operation, Change change) {
   explainFailure(kSuccess, "");
