@@ -37,12 +37,12 @@ namespace {
 
 using object_key::kManager;
 
-// How long a stop waits until queued notifications are sent.
+// The longest wait of a stop for queued notifications.
 constexpr std::chrono::seconds kNotificationPatience{3};
 
 }  // namespace
 
-// The parts, in the order of their dependencies; destroyed in reverse.
+// The parts in the order of their dependencies, destroyed in the reverse order.
 class Agent::Parts final : private AgentControl {
  public:
   explicit Parts(const Options& options)

@@ -11,8 +11,10 @@
 
 namespace agent {
 
-// One in a process. Thread-safety: one thread; reloadModule from any thread. Ownership: owns all
-// parts of the agent. Errors: as said at each function.
+// At most one exists in a process.
+//
+// Thread-safety: one thread; reloadModule from any thread. Ownership: owns all parts of the agent.
+// Errors: start and reloadModule throw.
 class Agent {
  public:
   explicit Agent(Options options);
@@ -27,9 +29,9 @@ class Agent {
   using StopRequested = std::function<bool()>;
 
   // Opens the endpoint, the store and the module and begins to serve. Throws a std::exception with
-  // one line of text, or a CORBA exception, when one of the three cannot be used. Returns false
-  // when stopRequested() was true before the end of the start, also after a failure. Without
-  // success nothing is served. An empty function never stops the start.
+  // one line of text, or a CORBA exception, when one of the three cannot be used. Returns false if
+  // stopRequested() was true before the end of the start, even after a failure. After an exception
+  // or false nothing is served. An empty function never stops the start.
   bool start(const StopRequested& stopRequested = {});
 
   // Undoes the start in reverse order. Does nothing without a start.

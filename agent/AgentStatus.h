@@ -1,4 +1,4 @@
-// The status of the agent, as the console reports the status.
+// The status of the agent for the console.
 
 #ifndef AGENT_AGENTSTATUS_H
 #define AGENT_AGENTSTATUS_H

@@ -1,4 +1,4 @@
-// Where clients find the reference of the manager.
+// Publishes the reference of the manager for clients.
 
 #ifndef AGENT_MANAGERPUBLICATION_H
 #define AGENT_MANAGERPUBLICATION_H
@@ -14,13 +14,13 @@
 namespace agent {
 
 // Binds the manager in the naming service of the options and writes the IOR file of the options.
-// The destructor unbinds the manager; the IOR file stays.
+// The destructor unbinds the manager and leaves the IOR file.
 //
-// Thread-safety: constructed and destroyed by one thread.
+// Thread-safety: one thread. Ownership: owns the binding, borrows all arguments for the
+// constructor. Errors: the constructor throws NamingError and FileError.
 class ManagerPublication {
  public:
-  // stopRequested is asked while the naming service does not answer. Throws NamingError
-  // and FileError.
+  // Calls stopRequested() repeatedly while the naming service does not answer.
   ManagerPublication(orb::Server& server, CORBA::Object_ptr manager, const Options& options,
                      const std::function<bool()>& stopRequested);
 

@@ -39,13 +39,14 @@ void ModuleControl::reload() {
   startExchange().get();
 }
 
-// On another thread: the caller may run within a request, which cannot wait for the end of a POA.
+// Uses another thread, because a thread within a request cannot wait for the end of a POA.
 std::future<void> ModuleControl::startExchange() {
   try {
     return std::async(std::launch::async, [this] { exchange(); });
   } catch (const std::exception& failure) {
-    throw ModuleError("module " + module_.string() +
-                      ": no thread can be started to reload it, so it stays: " + failure.what());
+    throw ModuleError(
+        "module " + module_.string() +
+        ": no thread can be started to reload it, so it continues to serve: " + failure.what());
   }
 }
 

@@ -1,4 +1,4 @@
-// Loading, reloading and unloading of the module in the running agent.
+// Loads, reloads and unloads the module in the running agent.
 
 #ifndef AGENT_MODULECONTROL_H
 #define AGENT_MODULECONTROL_H
@@ -17,10 +17,11 @@
 
 namespace agent {
 
-// Thread-safety: any thread, but never within a request to the manager or an iterator; load, reload
-// and unload take turns.
-// Ownership: borrows the writer, the event manager and the northbound side, which outlive this
-// object. Errors: ModuleError, and CORBA exceptions from a reload.
+// load, reload and unload exclude each other.
+//
+// Thread-safety: any thread, but never within a request to the manager or an iterator. Ownership:
+// owns the loader; borrows the writer, the event manager and the northbound side, which outlive
+// this object. Errors: throws ModuleError; a reload also throws CORBA exceptions.
 class ModuleControl {
  public:
   static constexpr std::chrono::seconds kDefaultEventPatience{3};
@@ -38,7 +39,6 @@ class ModuleControl {
   ModuleControl(const ModuleControl&) = delete;
   ModuleControl& operator=(const ModuleControl&) = delete;
 
-  // Throws ModuleError.
   void load();
 
   // Unloads as unload() does, and loads. New changes of the network wait during the reload, so that
@@ -61,8 +61,8 @@ class ModuleControl {
   using Deadline = std::chrono::steady_clock::time_point;
 
   std::future<void> startExchange() REQUIRES(turn_);
-  // Runs on a thread of its own while the thread in reload() holds turn_ and waits for the result,
-  // which the analysis cannot follow.
+  // Runs on another thread while the thread in reload() holds turn_ and waits for the result. The
+  // analysis cannot follow that.
   void exchange() NO_THREAD_SAFETY_ANALYSIS;
   void bringIn() REQUIRES(turn_);
   void takeOut(Deadline deadline) REQUIRES(turn_);

@@ -12,7 +12,8 @@
 
 namespace agent {
 
-// The network file of the options cannot be used. what() is one line, "FILE: PLACE: REASON".
+// The network file of the options cannot be used. what() is one line, "FILE: PLACE: REASON". A
+// plain value.
 class NetworkFileError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;

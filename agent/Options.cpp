@@ -9,7 +9,7 @@
 namespace agent {
 namespace {
 
-// The module of this build: beside the executable, or in the lib folder beside the executable's.
+// The module beside the executable, or in the lib folder beside the folder of the executable.
 std::filesystem::path defaultModule() {
   const char* const file = "libzu_corba_topo.so";
   std::error_code status;
@@ -67,7 +67,7 @@ std::string checkSeconds(const std::string& text) {
              : "'" + text + "' is not a number of seconds";
 }
 
-// What is served, and where.
+// Options of the network, the store and the endpoint.
 void declareService(CLI::App& app, Options& options, std::string& endpoint) {
   app.set_version_flag("--version", std::string("topo-agentd ") + TOPO_VERSION);
   app.set_config("--config", "", "read options from this file (name = value, one a line)");
@@ -80,18 +80,18 @@ void declareService(CLI::App& app, Options& options, std::string& endpoint) {
                "make an empty store when there is none and --network gives no network");
   app.add_flag("!--skip-store-check", options.checkStore,
                "do not look for damage in the store at start");
-  app.add_option("--endpoint", endpoint, "where to listen; port 0 is any free one")
+  app.add_option("--endpoint", endpoint, "address to listen on; port 0 selects a free port")
       ->type_name("HOST:PORT")
       ->capture_default_str()
       ->check(checkEndpoint);
   app.add_option("--ior-file", options.iorFile, "write the manager's IOR here when ready to serve")
       ->type_name("PATH");
   app.add_option("--ems-name", options.emsName,
-                 "name of the managing system (default: the network's own)")
+                 "name of the managing system (default: the name in the network)")
       ->type_name("NAME");
   app.add_flag("--test-switch", options.testSwitch, "start with the test switch on");
   app.add_option("--module", options.module,
-                 "the module to load (default: the one beside topo-agentd)")
+                 "the module to load (default: the module beside topo-agentd)")
       ->type_name("PATH");
   app.add_option("--naming", options.naming,
                  "also bind TopoManagement in this CosNaming service (an object reference)")
@@ -105,29 +105,28 @@ const std::map<std::string, EventAccess>& eventAccessWords() {
   return words;
 }
 
-// Who hears of changes, and who may make them.
+// Options of events and of the console.
 void declareEvents(CLI::App& app, Options& options, std::string& eventAccess) {
   app.add_option("--event-channel", options.eventChannel,
                  "also push notifications to this CosEventChannelAdmin channel")
       ->type_name("REF");
   app.add_option("--event-access", eventAccess,
-                 "what modules are told about their access to events")
+                 "the answer to modules that ask for access to events")
       ->type_name("WORD")
       ->capture_default_str()
       ->check(CLI::IsMember(eventAccessWords()));
   app.add_flag("!--no-console", options.console, "serve no console");
 }
 
-// How much receivers of notifications may take.
+// Limits of the receivers of notifications.
 void declareReceivers(CLI::App& app, Options& options) {
   const CLI::Range counts(std::size_t{1}, std::size_t{1000000});
   app.add_option("--queue", options.queueLimit,
-                 "notifications that may wait for one receiver before its oldest are lost")
+                 "notifications in the queue of a receiver; a full queue drops its oldest")
       ->type_name("N")
       ->capture_default_str()
       ->check(CLI::Range(std::size_t{1}, std::size_t{10000000}));
-  app.add_option("--queue-memory", options.queueBytes,
-                 "memory of the notifications that may wait for one receiver")
+  app.add_option("--queue-memory", options.queueBytes, "memory of the queue of a receiver")
       ->type_name("BYTES")
       ->capture_default_str()
       ->check(CLI::Range(std::size_t{65536}, std::size_t{1} << 40));
@@ -157,17 +156,17 @@ void declareLimits(CLI::App& app, Options& options) {
       ->capture_default_str()
       ->check(CLI::Range(orb::kMinMaxMessageBytes, orb::kMaxMaxMessageBytes));
   app.add_option("--max-connections", options.maxConnections,
-                 "incoming connections that may be open at once")
+                 "incoming connections that are open at the same time")
       ->type_name("N")
       ->capture_default_str()
       ->check(CLI::Range(std::size_t{1}, std::size_t{100000}));
   app.add_option("--iterator-timeout", options.iteratorTimeoutSeconds,
-                 "seconds until an iterator that nobody asks is reclaimed")
+                 "seconds until an idle iterator is reclaimed")
       ->type_name("S")
       ->capture_default_str()
       ->check(CLI::Range(1.0, 1e6))
       ->check(checkSeconds);
-  app.add_option("--max-iterators", options.maxIterators, "iterators that may live at once")
+  app.add_option("--max-iterators", options.maxIterators, "iterators at the same time")
       ->type_name("N")
       ->capture_default_str()
       ->check(CLI::Range(std::size_t{1}, std::size_t{1000000}));
@@ -176,10 +175,9 @@ void declareLimits(CLI::App& app, Options& options) {
 constexpr std::size_t kMinMemory = std::size_t{1} << 20;
 constexpr std::size_t kMaxMemory = std::size_t{1} << 40;
 
-// What views and their results may take.
+// Limits of views and their results.
 void declareViewLimits(CLI::App& app, Options& options) {
-  app.add_option("--iterator-memory", options.iteratorMemory,
-                 "bytes that all iterators together may hold")
+  app.add_option("--iterator-memory", options.iteratorMemory, "bytes of all iterators")
       ->type_name("BYTES")
       ->capture_default_str()
       ->check(CLI::Range(kMinMemory, kMaxMemory));

@@ -14,20 +14,21 @@
 
 namespace agent {
 
+// The options with their defaults. A plain value.
 struct Options {
   std::filesystem::path network;  // empty: none
   std::string store = "./topo-agentd.db";
-  bool createStore = false;  // an empty store may be made
-  bool checkStore = true;    // for damage, before it is used
+  bool createStore = false;  // make an empty store if the store does not exist
+  bool checkStore = true;    // look for damage in the store at the start
   orb::Endpoint endpoint{"127.0.0.1", 2810};
   std::filesystem::path iorFile;  // empty: none
-  std::string emsName;            // empty: the network's own
+  std::string emsName;            // empty: the name in the network
   bool testSwitch = false;
   bool console = true;
   EventAccess eventAccess = EventAccess::kAllowed;
   std::string eventChannel;                        // empty: none
-  std::size_t queueLimit = 10000;                  // notifications that wait for one receiver
-  std::size_t queueBytes = std::size_t{64} << 20;  // memory of the notifications that wait for one
+  std::size_t queueLimit = 10000;                  // notifications in the queue of a receiver
+  std::size_t queueBytes = std::size_t{64} << 20;  // memory of the queue of a receiver
   std::size_t maxSubscribers = 1000;
   std::size_t maxSubscribersPerPeer = 100;
   std::filesystem::path module;
@@ -38,20 +39,20 @@ struct Options {
   std::size_t maxConnections = orb::kDefaultMaxConnections;
   double iteratorTimeoutSeconds = 300;
   std::size_t maxIterators = 1000;
-  std::size_t iteratorMemory = std::size_t{1} << 30;  // bytes that all iterators may hold
-  std::size_t maxViews = 4;                           // that are computed at the same time
-  std::size_t viewMemory = std::size_t{256} << 20;    // bytes that views in progress may take
-  std::size_t memory = 0;  // bytes that the process may take; 0: what the system allows
+  std::size_t iteratorMemory = std::size_t{1} << 30;  // bytes of all iterators
+  std::size_t maxViews = 4;                           // computed at the same time
+  std::size_t viewMemory = std::size_t{256} << 20;    // bytes of all views in progress
+  std::size_t memory = 0;  // bytes of the process; 0: the limit of the system
 };
 
-// The command line or the configuration file cannot be used. One line.
+// The command line or the configuration file cannot be used. what() is one line. A plain value.
 class UsageError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
 
-// Parses a command line; no value means that what was asked for (help, version) has been printed.
-// Throws UsageError.
+// Parses a command line. Empty after --help and --version, which print their text. Throws
+// UsageError. Thread-safety: one thread.
 std::optional<Options> parseOptions(int argc, const char* const argv[]);
 
 }  // namespace agent

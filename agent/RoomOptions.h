@@ -1,4 +1,4 @@
-// The options of the rooms, as the options of the program give them. Thread-safety: any thread.
+// Translates the options of the program to the options of the rooms. Thread-safety: any thread.
 
 #ifndef AGENT_ROOMOPTIONS_H
 #define AGENT_ROOMOPTIONS_H
@@ -12,7 +12,7 @@
 
 namespace agent {
 
-// Lowers the number of connections to what the limit of open files allows, and logs that.
+// Lowers the number of connections to the limit of open files, and logs a lowered number.
 orb::Options orbOptions(const Options& options);
 
 NotifierOptions notifierOptions(const Options& options);

@@ -20,10 +20,10 @@
 
 namespace {
 
-// How long a start may go on once it was asked to stop.
+// The timeout of a start after a request to stop.
 constexpr std::chrono::seconds kStartPatience{3};
 
-// How long the agent waits for whoever reads its standard output and standard error.
+// The timeout of a write to standard output and standard error.
 constexpr std::chrono::seconds kReaderPatience{1};
 
 constexpr std::size_t kLongestReason = 3000;
@@ -35,7 +35,7 @@ int fail(const std::string& reason) {
   return 1;
 }
 
-// Nothing is lost: the store is at rest, or SQLite undoes the transaction at the next start.
+// Loses no data: SQLite rolls an open transaction back at the next start.
 [[noreturn]] void leaveStart() {
   agent::log(agent::kLogErrors, "stopped in the middle of a step of the start");
   agent::flushLog(kReaderPatience);

@@ -13,9 +13,9 @@ namespace agent {
 // Thrown within agent/formats only, because the readers fail deep inside callbacks and recursion:
 // NetworkReader catches it and returns an Outcome.
 //
-// what() is one printable line, "PLACE: REASON". The place is line:column in content that is not
-// JSON or XML, a path such as topoNodes[3].parent for a bad value, and "file" for a file that
-// cannot be read.
+// A plain value. what() is one printable line, "PLACE: REASON". The place is line:column in content
+// that is not JSON or XML, a path such as topoNodes[3].parent for a bad value, and "file" for a
+// file that cannot be read.
 class ParseError : public std::runtime_error {
  public:
   ParseError(const std::string& place, const std::string& reason);
