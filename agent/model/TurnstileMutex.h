@@ -14,7 +14,8 @@ namespace agent {
 // unlock. So a writer waits only for the readers that read before the writer came.
 //
 // Thread-safety: any thread. Not recursive: a thread that reads must not lock again, because a
-// waiting writer would block the second lock for ever. Errors: std::system_error.
+// waiting writer would block the second lock for ever. Ownership: the locks borrow the mutex.
+// Errors: std::system_error.
 class CAPABILITY("mutex") TurnstileMutex {
  public:
   void lock() ACQUIRES() {
@@ -40,7 +41,7 @@ class CAPABILITY("mutex") TurnstileMutex {
 };
 
 // Holds a mutex for reading until the end of the scope. Borrows the mutex. Thread-safety: one
-// thread.
+// thread. Errors: std::system_error.
 class SCOPED_CAPABILITY ReadLock {
  public:
   explicit ReadLock(TurnstileMutex& mutex) ACQUIRES_SHARED(mutex) : mutex_(mutex) {
@@ -56,7 +57,7 @@ class SCOPED_CAPABILITY ReadLock {
 };
 
 // Holds a mutex for writing until the end of the scope. Borrows the mutex. Thread-safety: one
-// thread.
+// thread. Errors: std::system_error.
 class SCOPED_CAPABILITY WriteLock {
  public:
   explicit WriteLock(TurnstileMutex& mutex) ACQUIRES(mutex) : mutex_(mutex) { mutex_.lock(); }
