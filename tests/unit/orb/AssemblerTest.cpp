@@ -5,6 +5,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <ostream>
+#include <string>
+#include <vector>
 
 #include "tests/unit/orb/RawClient.h"
 
@@ -43,29 +46,59 @@ std::string content(Assembler::Request taken) {
   return bytes;
 }
 
+// A complete request, or the refused operation and the size of the original.
+struct Completed {
+  std::string bytes;
+  std::string refusedOperation;
+  std::size_t declaredBytes = 0;
+};
+
+bool operator==(const Completed& left, const Completed& right) {
+  return left.bytes == right.bytes && left.refusedOperation == right.refusedOperation &&
+         left.declaredBytes == right.declaredBytes;
+}
+
+void PrintTo(const Completed& request, std::ostream* out) {
+  *out << "request of " << request.bytes.size() << " bytes, refused operation \""
+       << request.refusedOperation << "\" of " << request.declaredBytes << " bytes";
+}
+
+using Requests = std::vector<Completed>;
+
+Requests complete(const std::vector<std::string>& all) {
+  Requests requests;
+  for (const std::string& bytes : all) {
+    requests.push_back({bytes, "", 0});
+  }
+  return requests;
+}
+
+Requests refused(const std::string& operation, std::size_t declaredBytes) {
+  return {{"", operation, declaredBytes}};
+}
+
 class AssemblerTest : public testing::Test {
  protected:
   // Passes all bytes to the assembler and returns the completed requests.
-  std::vector<std::string> take(const std::string& bytes) {
-    std::vector<std::string> complete;
+  Requests take(const std::string& bytes) {
+    Requests requests;
     for (std::size_t at = 0; at < bytes.size() && valid_;) {
       const Assembler::Progress taken =
           assembler_.take(bytes.data() + at, bytes.size() - at, kStart);
       at += taken.bytes;
       valid_ = taken.valid;
       if (assembler_.isComplete()) {
-        complete.push_back(contentOrRefusal(assembler_.release()));
+        requests.push_back(completed(assembler_.release()));
       } else if (taken.starved) {
         break;
       }
     }
-    return complete;
+    return requests;
   }
 
-  static std::string contentOrRefusal(Assembler::Request taken) {
-    return taken.refused
-               ? "refused " + taken.refused->operation + " " + std::to_string(taken.declaredBytes)
-               : content(std::move(taken));
+  static Completed completed(Assembler::Request taken) {
+    return taken.refused ? Completed{"", taken.refused->operation, taken.declaredBytes}
+                         : Completed{content(std::move(taken)), "", 0};
   }
 
   const orb::RequestLimits limits_{kLimit, kLargeLimit, {"large"}};
@@ -74,51 +107,49 @@ class AssemblerTest : public testing::Test {
   bool valid_ = true;
 };
 
-using Strings = std::vector<std::string>;
-
 TEST_F(AssemblerTest, SeparatesRequestsThatArriveTogether) {
   const std::string first = request(1, "a", false).bytes();
   const std::string second = requestTo("Key", "b").bytes();
-  EXPECT_EQ((Strings{first, second}), take(first + second));
+  EXPECT_EQ((complete({first, second})), take(first + second));
 }
 
 TEST_F(AssemblerTest, AcceptsRequestsByteByByte) {
   const std::string bytes = request(1, "a", false).raw("12345").bytes();
   for (std::size_t i = 0; i + 1 < bytes.size(); ++i) {
-    EXPECT_EQ(Strings{}, take(bytes.substr(i, 1)));
+    EXPECT_EQ(Requests{}, take(bytes.substr(i, 1)));
   }
-  EXPECT_EQ(Strings{bytes}, take(bytes.substr(bytes.size() - 1)));
+  EXPECT_EQ(complete({bytes}), take(bytes.substr(bytes.size() - 1)));
 }
 
 TEST_F(AssemblerTest, JoinsFragments) {
   const std::string pieces = request(1, "a", true).bytes() +
                              fragment(1, "12345678", false).bytes() +
                              fragment(1, "123", true).bytes();
-  EXPECT_EQ(Strings{request(1, "a", false).raw("12345678123").bytes()}, take(pieces));
+  EXPECT_EQ(complete({request(1, "a", false).raw("12345678123").bytes()}), take(pieces));
 }
 
 TEST_F(AssemblerTest, JoinsInterleavedFragments) {
   const std::string pieces = request(1, "a", true).bytes() + request(2, "b", true).bytes() +
                              request(3, "c", false).bytes() + fragment(1, "1", true).bytes() +
                              fragment(2, "2", true).bytes();
-  EXPECT_EQ((Strings{request(3, "c", false).bytes(), request(1, "a", false).raw("1").bytes(),
-                     request(2, "b", false).raw("2").bytes()}),
+  EXPECT_EQ((complete({request(3, "c", false).bytes(), request(1, "a", false).raw("1").bytes(),
+                       request(2, "b", false).raw("2").bytes()})),
             take(pieces));
 }
 
 TEST_F(AssemblerTest, DropsACancelledRequest) {
-  EXPECT_EQ(Strings{}, take(request(1, "a", true).bytes() + cancellation(1).bytes() +
-                            fragment(1, "1", true).bytes()));
+  EXPECT_EQ(Requests{}, take(request(1, "a", true).bytes() + cancellation(1).bytes() +
+                             fragment(1, "1", true).bytes()));
   EXPECT_TRUE(valid_);
   EXPECT_EQ(std::nullopt, assembler_.incompleteSince());
 }
 
 TEST_F(AssemblerTest, RefusesAnOversizedRequestAfterItsHeader) {
   std::string bytes = request(1, "a", false).raw(std::string(20000, 'x')).bytes();
-  const std::string refusal = "refused a " + std::to_string(bytes.size());
-  EXPECT_EQ(Strings{refusal}, take(bytes.substr(0, 100)));
+  const Requests refusal = refused("a", bytes.size());
+  EXPECT_EQ(refusal, take(bytes.substr(0, 100)));
   bytes += request(2, "b", false).bytes();
-  EXPECT_EQ(Strings{request(2, "b", false).bytes()}, take(bytes.substr(100)));
+  EXPECT_EQ(complete({request(2, "b", false).bytes()}), take(bytes.substr(100)));
 }
 
 TEST_F(AssemblerTest, RefusesAnOversizedRequestInEveryVersion) {
@@ -129,8 +160,7 @@ TEST_F(AssemblerTest, RefusesAnOversizedRequestInEveryVersion) {
       old.octet(0).octet(0).octet(0);
     }
     old.octets("Key").text("a").number(0).raw(std::string(20000, 'x'));
-    const std::string refusal = "refused a " + std::to_string(old.bytes().size());
-    EXPECT_EQ(Strings{refusal}, take(old.bytes()));
+    EXPECT_EQ(refused("a", old.bytes().size()), take(old.bytes()));
   }
 }
 
@@ -138,20 +168,20 @@ TEST_F(AssemblerTest, RefusesFragmentsWhoseSumIsOversized) {
   const std::string first = request(1, "a", true).bytes();
   const std::string piece(8000, 'x');
   const std::size_t sum = first.size() + 2 * piece.size();
-  EXPECT_EQ(Strings{"refused a " + std::to_string(sum)},
+  EXPECT_EQ(refused("a", sum),
             take(first + fragment(1, piece, false).bytes() + fragment(1, piece, false).bytes() +
                  fragment(1, piece, false).bytes()));
   EXPECT_NE(std::nullopt, assembler_.incompleteSince()) << "the last fragment has not arrived";
-  EXPECT_EQ(Strings{request(2, "b", false).bytes()},
+  EXPECT_EQ(complete({request(2, "b", false).bytes()}),
             take(fragment(1, piece, true).bytes() + request(2, "b", false).bytes()));
 }
 
 TEST_F(AssemblerTest, AcceptsLargerRequestsForLargeOperations) {
   const std::string bytes = request(1, "large", false).raw(std::string(500000, 'x')).bytes();
-  EXPECT_EQ(Strings{bytes}, take(bytes));
+  EXPECT_EQ(complete({bytes}), take(bytes));
   const std::string tooLarge =
       request(1, "large", false).raw(std::string(kLargeLimit, 'x')).bytes();
-  EXPECT_EQ(Strings{"refused large " + std::to_string(tooLarge.size())}, take(tooLarge));
+  EXPECT_EQ(refused("large", tooLarge.size()), take(tooLarge));
 }
 
 TEST_F(AssemblerTest, RejectsAnOversizedRequestWithALateOperation) {
@@ -172,13 +202,13 @@ std::string largeWithContexts(std::uint32_t contexts) {
 
 TEST_F(AssemblerTest, AcceptsServiceContextsInTheFirstChunkOfALargeOperation) {
   const std::string bytes = largeWithContexts(4000);
-  EXPECT_EQ(Strings{}, take(bytes.substr(0, 200)));
-  EXPECT_EQ(Strings{bytes}, take(bytes.substr(200)));
+  EXPECT_EQ(Requests{}, take(bytes.substr(0, 200)));
+  EXPECT_EQ(complete({bytes}), take(bytes.substr(200)));
 }
 
 TEST_F(AssemblerTest, RefusesALargeOperationWithManyServiceContexts) {
   const std::string bytes = largeWithContexts(5000);
-  EXPECT_EQ(Strings{"refused large " + std::to_string(bytes.size())}, take(bytes));
+  EXPECT_EQ(refused("large", bytes.size()), take(bytes));
 }
 
 TEST_F(AssemblerTest, AllocatesNoMemoryForADeclaredSize) {
@@ -194,13 +224,13 @@ TEST_F(AssemblerTest, WaitsForTheReceiveBudget) {
   EXPECT_TRUE(taken.starved);
   EXPECT_EQ(orb::Chunks::kChunk, taken.bytes);
   budget_.give(kLargeLimit);
-  EXPECT_EQ(Strings{bytes.substr(0)}, take(bytes.substr(taken.bytes)));
+  EXPECT_EQ(complete({bytes}), take(bytes.substr(taken.bytes)));
 }
 
 TEST_F(AssemblerTest, FreesTheBudgetWhenARequestIsRead) {
   const std::string bytes = request(1, "large", false).raw(std::string(500000, 'x')).bytes();
   for (int i = 0; i < 5; ++i) {
-    EXPECT_EQ(Strings{bytes}, take(bytes));
+    EXPECT_EQ(complete({bytes}), take(bytes));
   }
   EXPECT_TRUE(budget_.take(kLargeLimit));
 }
@@ -250,57 +280,68 @@ TEST_F(AssemblerTest, ReportsTheArrivalOfTheFirstByte) {
   EXPECT_EQ(std::nullopt, assembler_.incompleteSince());
 }
 
-struct Invalid {
-  const char* name;
-  std::string bytes;
+// --- Messages that violate GIOP.
+
+class AssemblerInput : public testing::Test {
+ protected:
+  static void expectInvalid(const std::string& bytes, const char* name) {
+    const orb::RequestLimits limits{kLimit, kLargeLimit, {}};
+    orb::ReceiveBudget budget{kLargeLimit};
+    Assembler assembler(limits, budget);
+    EXPECT_FALSE(assembler.take(bytes.data(), bytes.size(), kStart).valid) << name;
+  }
+
+  // A complete request with another value at an offset of its header.
+  static std::string requestWith(std::size_t offset, char value) {
+    std::string bytes = request(1, "a", false).bytes();
+    bytes[offset] = value;
+    return bytes;
+  }
+
+  const std::string begun_ = request(1, "a", true).bytes();  // a first fragment
 };
 
-TEST(AssemblerInput, IsInvalidForMessagesThatViolateGiop) {
-  const std::string good = request(1, "a", false).bytes();
-  std::string magic = good;
-  magic[0] = 'X';
-  std::string version = good;
-  version[5] = 3;
-  std::string type = good;
-  type[7] = 8;
+TEST_F(AssemblerInput, IsInvalidWithAnUnknownHeader) {
+  expectInvalid(requestWith(0, 'X'), "no GIOP");
+  expectInvalid(requestWith(5, 3), "a later version");
+  expectInvalid(requestWith(7, 8), "an unknown type");
+  expectInvalid(Message(2, Type::kReply, false).number(1).bytes(), "a reply");
+}
+
+TEST_F(AssemblerInput, IsInvalidForAFragmentThatDoesNotFitItsRequest) {
   std::string order = fragment(1, "1", true).bytes();
   order[6] = 0;
   std::reverse(order.begin() + 8, order.begin() + 12);   // the size
   std::reverse(order.begin() + 12, order.begin() + 16);  // the id
+  const std::string otherVersion = Message(1, Type::kFragment, false).raw("12345678").bytes();
+  const std::string odd = request(1, "a", true).raw("1").bytes();
+  expectInvalid(Message(2, Type::kFragment, false).bytes(), "a fragment without its request");
+  expectInvalid(begun_ + order, "a fragment of another byte order");
+  expectInvalid(request(0, "a", true).bytes() + otherVersion, "a fragment of another version");
+  expectInvalid(odd + fragment(1, "1", true).bytes(), "a fragment with unaligned numbers");
+}
+
+TEST_F(AssemblerInput, IsInvalidForTooManyIncompleteRequests) {
   std::string many;
   for (std::uint32_t id = 1; id <= 5; ++id) {
     many += request(id, "a", true).bytes();
   }
-  const std::string odd = request(1, "a", true).raw("1").bytes() + fragment(1, "1", true).bytes();
-  const std::string byProfile =
-      Message(2, Type::kRequest, false).number(1).number(3).number(1).number(0).octets("").bytes();
-  const std::string locateByReference =
-      Message(2, static_cast<Type>(3), false).number(1).number(2).number(0).bytes();
-  const std::string shortFragment = Message(1, Type::kFragment, false).raw("12345678").bytes();
+  expectInvalid(many, "five requests");
+  expectInvalid(begun_ + begun_, "the same request twice");
+}
+
+TEST_F(AssemblerInput, IsInvalidForATargetWithoutAnObjectKey) {
+  expectInvalid(
+      Message(2, Type::kRequest, false).number(1).number(3).number(1).number(0).octets("").bytes(),
+      "a request to a profile");
+  expectInvalid(Message(2, static_cast<Type>(3), false).number(1).number(2).number(0).bytes(),
+                "a locate request for a reference");
+}
+
+TEST_F(AssemblerInput, IsInvalidForALocateRequestOverTheLimit) {
   std::string locate = request(1, "a", false).raw(std::string(20000, 'x')).bytes();
   locate[7] = 3;
-  const std::vector<Invalid> all = {
-      {"no GIOP", magic},
-      {"a version to come", version},
-      {"an unknown type", type},
-      {"a reply", Message(2, Type::kReply, false).number(1).bytes()},
-      {"a fragment without its request", Message(2, Type::kFragment, false).bytes()},
-      {"a fragment of another byte order", request(1, "a", true).bytes() + order},
-      {"a fragment of another version", request(0, "a", true).bytes() + shortFragment},
-      {"a locate request over the limit", locate},
-      {"too many incomplete requests", many},
-      {"the same request twice", request(1, "a", true).bytes() + request(1, "a", true).bytes()},
-      {"numbers that fragments shift", odd},
-      {"a request to a profile", byProfile},
-      {"a search for a reference", locateByReference},
-  };
-  for (const Invalid& invalid : all) {
-    const orb::RequestLimits limits{kLimit, kLargeLimit, {}};
-    orb::ReceiveBudget budget{kLargeLimit};
-    Assembler assembler(limits, budget);
-    EXPECT_FALSE(assembler.take(invalid.bytes.data(), invalid.bytes.size(), kStart).valid)
-        << invalid.name;
-  }
+  expectInvalid(locate, "a locate request");
 }
 
 }  // namespace
