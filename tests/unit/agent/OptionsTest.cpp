@@ -103,48 +103,34 @@ TEST(AgentOptions, RefuseWhatIsNoEventAccessOrQueue) {
   EXPECT_THAT(refusal({"--queue", "x"}), HasSubstr("--queue"));
 }
 
-TEST(AgentOptions, AreTakenFromTheCommandLine) {
-  const auto options = parse({"--network",
-                              "net.json",
-                              "--store",
-                              ":memory:",
-                              "--create",
-                              "--skip-store-check",
-                              "--endpoint",
-                              "localhost:99",
-                              "--ior-file",
-                              "a.ior",
-                              "--ems-name",
-                              "Vendor/1",
-                              "--test-switch",
-                              "--module",
-                              "m.so",
-                              "--naming",
-                              "corbaloc::h:1/NameService",
-                              "--log-level",
-                              "2",
-                              "--max-message",
-                              "10000",
-                              "--max-request",
-                              "9000",
-                              "--max-connections",
-                              "8",
-                              "--iterator-timeout",
-                              "1.5",
-                              "--max-iterators",
-                              "7"});
+TEST(AgentOptions, OfFilesAreTakenFromTheCommandLine) {
+  const auto options = parse({"--network", "net.json", "--store", ":memory:", "--create",
+                              "--skip-store-check", "--ior-file", "a.ior", "--module", "m.so"});
   ASSERT_TRUE(options);
   EXPECT_EQ("net.json", options->network);
   EXPECT_EQ(":memory:", options->store);
   EXPECT_TRUE(options->createStore);
   EXPECT_FALSE(options->checkStore);
+  EXPECT_EQ("a.ior", options->iorFile);
+  EXPECT_EQ("m.so", options->module);
+}
+
+TEST(AgentOptions, OfNamesAndAddressesAreTakenFromTheCommandLine) {
+  const auto options = parse({"--endpoint", "localhost:99", "--ems-name", "Vendor/1",
+                              "--test-switch", "--naming", "corbaloc::h:1/NameService"});
+  ASSERT_TRUE(options);
   EXPECT_EQ("localhost", options->endpoint.host);
   EXPECT_EQ(99, options->endpoint.port);
-  EXPECT_EQ("a.ior", options->iorFile);
   EXPECT_EQ("Vendor/1", options->emsName);
   EXPECT_TRUE(options->testSwitch);
-  EXPECT_EQ("m.so", options->module);
   EXPECT_EQ("corbaloc::h:1/NameService", options->naming);
+}
+
+TEST(AgentOptions, OfLimitsAreTakenFromTheCommandLine) {
+  const auto options =
+      parse({"--log-level", "2", "--max-message", "10000", "--max-request", "9000",
+             "--max-connections", "8", "--iterator-timeout", "1.5", "--max-iterators", "7"});
+  ASSERT_TRUE(options);
   EXPECT_EQ(2, options->logLevel);
   EXPECT_EQ(10000U, options->maxMessageBytes);
   EXPECT_EQ(9000U, options->maxRequestBytes);
