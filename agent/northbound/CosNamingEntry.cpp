@@ -8,10 +8,10 @@ namespace agent {
 namespace {
 
 constexpr std::chrono::milliseconds kCallTimeout{2000};
-constexpr int kMostAttempts = 5;
+constexpr int kMaxAttempts = 5;
 
-NamingError failureOf(const std::string& service, const std::string& why) {
-  return NamingError("naming service " + service + ": " + why);
+NamingError failureOf(const std::string& service, const std::string& reason) {
+  return NamingError("naming service " + service + ": " + reason);
 }
 
 CosNaming::NamingContext_ptr resolveContext(CORBA::ORB_ptr orb, const std::string& service) {
@@ -40,7 +40,7 @@ CosNamingEntry::CosNamingEntry(CORBA::ORB_ptr orb, const std::string& service,
       bind(orb, service);
       return;
     } catch (const CORBA::SystemException& failure) {
-      if (!orb::isTimeout(failure) || attempt == kMostAttempts || stopRequested()) {
+      if (!orb::isTimeout(failure) || attempt == kMaxAttempts || stopRequested()) {
         throw failureOf(service, orb::describe(failure));
       }
     } catch (const CORBA::Exception& failure) {
@@ -49,7 +49,7 @@ CosNamingEntry::CosNamingEntry(CORBA::ORB_ptr orb, const std::string& service,
   }
 }
 
-// May be repeated: the second of two equal bindings changes nothing.
+// Idempotent: a call that timed out may have bound the name.
 void CosNamingEntry::bind(CORBA::ORB_ptr orb, const std::string& service) {
   context_ = resolveContext(orb, service);
   context_->rebind(name_, object_);

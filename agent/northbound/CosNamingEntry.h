@@ -12,17 +12,18 @@
 
 namespace agent {
 
-// The naming service cannot be reached or refuses the entry. One line.
+// The reason why the naming service has no entry, in one line. A plain value.
 class NamingError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
 
-// The constructor binds the name. The destructor unbinds the name unless another object is bound by
-// now, and waits for the naming service for at most 4 seconds.
+// The constructor binds the name. The destructor unbinds the name unless another agent has bound
+// the name to its own object, and waits for the naming service for at most 4 seconds.
 //
-// Thread-safety: constructed and destroyed by one thread. Ownership: holds references to the naming
-// context and to the object. Errors: the constructor throws NamingError, the destructor none.
+// Thread-safety: constructed and destroyed by one thread.
+// Ownership: holds references to the naming context and to the object.
+// Errors: the constructor throws NamingError; the destructor logs failures.
 class CosNamingEntry {
  public:
   // service: an object reference in any form. The constructor repeats a call without an answer

@@ -8,7 +8,7 @@
 namespace agent {
 namespace {
 
-// What an iterator takes without its records.
+// The memory of an iterator without its records.
 constexpr std::size_t kServant = 1024;
 
 // Memory of a pair of texts without the characters of the texts.
@@ -22,6 +22,7 @@ struct View {
 
 thread_local const View* threadsView = nullptr;
 
+// Sets the view of the thread while the module computes the view.
 class Computing {
  public:
   explicit Computing(const View& view) { threadsView = &view; }
@@ -48,7 +49,7 @@ ViewAdmission::Pass admit(ViewAdmission& admission, std::size_t bytes) {
 
 }  // namespace
 
-// A first batch that is not the whole result is a copy of its records.
+// The first batch counts in addition to the result: a partial batch is a copy of its records.
 template <typename List, typename Run>
 void GuardedManager::admitted(ViewKind kind, CORBA::ULong howMany, List& list, const Run& run) {
   const View view{guard_.sizeOf(kind), howMany};
@@ -84,7 +85,7 @@ void GuardedManager::getCapabilities(common::CapabilityList_T_out capabilities) 
 
 void GuardedManager::setAdditionalInfo(const globaldefs::NVSList_T& objectName,
                                        globaldefs::NVSList_T& additionalInfo) {
-  // At least one byte, so that a full admission lets nothing through.
+  // At least one byte: a full admission refuses also a request without information.
   ViewAdmission::Pass pass = admit(guard_.information, bytesOf(additionalInfo) + 1);
   manager_.setAdditionalInfo(objectName, additionalInfo);
   pass.computed(bytesOf(additionalInfo));
@@ -128,7 +129,8 @@ void GuardedManager::getAllClockSourceViewlTopologicalLinks(
            [&] { manager_.getAllClockSourceViewlTopologicalLinks(how_many, linkList, linkIt); });
 }
 
-// The iterator knows how many records it has left beyond the first batch, and keeps all of them.
+// The length of an iterator counts the records after the first batch. The iterator stores the
+// records of the first batch, too.
 std::size_t iteratorBytes(PortableServer::ServantBase* servant) {
   if (threadsView == nullptr) {
     return 0;

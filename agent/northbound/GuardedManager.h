@@ -13,9 +13,8 @@
 
 namespace agent {
 
-// The admissions of a manager's operations. setAdditionalInfo has an admission of its own: its
-// reply is large too, but the operation waits for changes of the network, and must not keep views
-// out.
+// The admissions of a manager's operations. A separate admission for setAdditionalInfo, which also
+// has large replies: the operation waits for changes of the network, and must not delay views.
 struct ViewGuard {
   ViewAdmission& admission;
   ViewAdmission& information;

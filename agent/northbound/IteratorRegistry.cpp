@@ -24,16 +24,17 @@ IteratorRegistry::~IteratorRegistry() {
   try {
     retire();
   } catch (const CORBA::Exception&) {
-    // The ORB went down first and took the POA with it.
+    // The shutdown of the ORB has already destroyed the POA.
   }
 }
 
 void IteratorRegistry::open() {
   CORBA::PolicyList policies;
   policies.length(1);
-  // Ids that the ORB assigns count up, so a client could address the iterators of others.
+  // The agent assigns random ids. Ids of the ORB are consecutive, so that a client could address
+  // the iterators of other clients.
   policies[0] = root_->create_id_assignment_policy(PortableServer::USER_ID);
-  // A POA manager of its own: iterators are held back or retired without the manager object.
+  // With a separate POA manager, iterators are held or retired independently of the manager object.
   PortableServer::POA_var poa =
       root_->create_POA("iterators", PortableServer::POAManager::_nil(), policies);
   policies[0]->destroy();
@@ -54,10 +55,10 @@ void IteratorRegistry::retire() {
     bytes_ = 0;
   }
   if (!CORBA::is_nil(poa)) {
-    // Clients see TRANSIENT from here to the end of the POA, and then that there is no such object.
+    // Requests raise TRANSIENT during the destruction, and OBJECT_NOT_EXIST afterwards.
     orb::destroyPoa(poa);
   }
-  // A reclaim on another thread may still hold servants that it took before.
+  // Waits for a reclaim on another thread, which may still own servants.
   const MutexLock reclaimed(reclaiming_);
 }
 
@@ -66,8 +67,7 @@ PortableServer::POA_ptr IteratorRegistry::poa() {
   return POA::_duplicate(poa_);
 }
 
-// Reserves place and bytes for the servant, so that the limits hold however many threads add at
-// once.
+// Reserves a place and bytes for the servant. So concurrent adds cannot exceed the limits together.
 FailureCode IteratorRegistry::admit(ServantBase* servant, std::size_t bytes) {
   const TimePoint now = clock_();
   const MutexLock lock(mutex_);
@@ -103,7 +103,7 @@ void IteratorRegistry::activate(ServantBase* servant) {
   }
 }
 
-// The servant can be reclaimed from here on, unless its thread is within a Creation.
+// From now on, the servant can be reclaimed, unless its thread has a Creation.
 void IteratorRegistry::track(ServantBase* servant, const ObjectId& id, const orb::ObjectKey& key) {
   Creation* const creation = threadsCreation;
   if (creation != nullptr) {
@@ -121,8 +121,8 @@ void IteratorRegistry::track(ServantBase* servant, const ObjectId& id, const orb
   }
 }
 
-// At a limit, iterators whose time is over make room at once. Room that another thread made in the
-// meantime counts too.
+// At a limit, reclaims idle iterators and tries once more, also when the reclaim found none:
+// another thread may have removed an iterator in the meantime.
 FailureCode IteratorRegistry::admitOrReclaim(ServantBase* servant, std::size_t bytes) {
   const FailureCode code = admit(servant, bytes);
   if (code != kTooManyIterators) {
@@ -149,7 +149,7 @@ FailureCode IteratorRegistry::add(ServantBase* servant, std::size_t bytes) {
     take(servant);
     throw;
   }
-  servant->_remove_ref();  // the caller's; the entry has one of its own
+  servant->_remove_ref();  // the creation reference; the entry has a second reference
   return kSuccess;
 }
 
@@ -167,7 +167,7 @@ void IteratorRegistry::finish(const Creation& creation) {
   const MutexLock lock(mutex_);
   for (ServantBase* const servant : creation.added_) {
     const auto entry = entries_.find(servant);
-    // Another servant may have come to the same address.
+    // The entry may belong to a later servant at the same address.
     if (entry != entries_.end() && entry->second.creation == &creation) {
       entry->second.creation = nullptr;
       entry->second.lastUse = now;
@@ -175,7 +175,7 @@ void IteratorRegistry::finish(const Creation& creation) {
   }
 }
 
-// The servant is null when it is unknown.
+// Removes the entry of a servant. Returns a null servant when there is no entry.
 IteratorRegistry::Ending IteratorRegistry::take(ServantBase* servant) {
   const MutexLock lock(mutex_);
   const auto entry = entries_.find(servant);
@@ -219,14 +219,13 @@ void IteratorRegistry::touch(const orb::ObjectKey& key) {
   }
 }
 
-// The first idle iterator whose servant is behind another in the order of the entries. The servant
-// is null when there is none.
+// The first idle iterator after `after` in the order of the entries, or a null servant.
 IteratorRegistry::Ending IteratorRegistry::firstIdle(ServantBase* after) {
   const TimePoint last = clock_() - limits_.idleTimeout;
   const MutexLock lock(mutex_);
   for (auto place = entries_.upper_bound(after); place != entries_.end(); ++place) {
     const Entry& entry = place->second;
-    // A servant without an id is being added at this moment.
+    // A servant without an id is not activated yet.
     if (entry.lastUse <= last && entry.id != nullptr && entry.creation == nullptr) {
       return {entry.servant, entry.id};
     }
@@ -234,8 +233,8 @@ IteratorRegistry::Ending IteratorRegistry::firstIdle(ServantBase* after) {
   return {};
 }
 
-// An iterator stays registered until its deactivation was successful, so that one for which memory
-// was short is reclaimed later.
+// Removes the entry after the deactivation: when memory is short, the entry stays for a later
+// reclaim.
 std::size_t IteratorRegistry::reclaimIdle() {
   const MutexLock lock(reclaiming_);
   std::size_t reclaimed = 0;

@@ -24,6 +24,8 @@ struct IteratorLimits {
   std::size_t memory = std::size_t{1} << 30;  // bytes of all registered iterators
 };
 
+// Registers, activates, reclaims and releases the iterators of the loaded module.
+//
 // Thread-safety: any thread; open and retire from one thread at a time, never within a request.
 // Ownership: owns one reference to every registered servant until the servant is deactivated.
 // Errors: failure codes, as said at each function; open and retire throw CORBA exceptions.
@@ -32,10 +34,10 @@ class IteratorRegistry {
   using TimePoint = std::chrono::steady_clock::time_point;
   using Clock = std::function<TimePoint()>;
 
-  // The root POA is the parent of the iterators' POA. The clock is asked from any thread.
+  // The root POA is the parent of the iterators' POA. Any thread may call the clock.
   IteratorRegistry(PortableServer::POA_ptr root, IteratorLimits limits, Clock clock);
 
-  // Retires.
+  // Calls retire().
   ~IteratorRegistry();
 
   IteratorRegistry(const IteratorRegistry&) = delete;
@@ -53,8 +55,8 @@ class IteratorRegistry {
   PortableServer::POA_ptr poa();
 
   // Takes over the servant's creation reference and activates the servant under a random object id.
-  // `bytes` is what the servant holds. Any other code than kSuccess leaves the reference with the
-  // caller, and so does an exception:
+  // bytes: the memory of the servant. After an exception, and with any code but kSuccess, the
+  // caller keeps the reference:
   //   - kTooManyIterators: the limit in number or in bytes is reached,
   //   - kTooMuch: the servant alone is over the limit in bytes,
   //   - kInternalError: the registry is not open, or the servant cannot be activated.
@@ -70,9 +72,9 @@ class IteratorRegistry {
   // Deactivates all iterators without a request during the idle timeout; returns the number.
   std::size_t reclaimIdle();
 
-  // While a Creation lives, no iterator that its thread adds is reclaimed: the client has no
-  // reference yet, and a servant that was deactivated could not make one. The idle time of the
-  // iterators begins at the end of the Creation. One a thread at a time.
+  // Prevents the reclaim of iterators that the thread adds during the lifetime of the Creation: the
+  // client has no reference yet, and a deactivated servant cannot make a reference. The idle time
+  // of the iterators begins at the end of the Creation. REQUIRES: one Creation a thread at a time.
   class Creation {
    public:
     explicit Creation(IteratorRegistry& registry);
@@ -98,8 +100,8 @@ class IteratorRegistry {
     PortableServer::ServantBase_var servant;
     std::size_t bytes = 0;
     ObjectId id;                         // null until the servant is activated
-    orb::ObjectKey key;                  // empty until then
-    const Creation* creation = nullptr;  // in which the servant was added, while that lives
+    orb::ObjectKey key;                  // empty until the servant is activated
+    const Creation* creation = nullptr;  // that prevents a reclaim, or null
     TimePoint lastUse;
   };
   using Entries = std::map<PortableServer::ServantBase*, Entry>;
@@ -123,12 +125,11 @@ class IteratorRegistry {
   const IteratorLimits limits_;
   const Clock clock_;
 
-  // Held while idle iterators are deactivated and their servants released. Never taken with mutex_
-  // held.
+  // Locked while idle iterators are deactivated and released. Locked before mutex_, never after.
   Mutex reclaiming_;
 
   Mutex mutex_;
-  // No call to the ORB is made with mutex_ held.
+  // mutex_ is not locked during a call of the ORB.
   PortableServer::POA_var poa_ GUARDED_BY(mutex_);
   Entries entries_ GUARDED_BY(mutex_);
   std::size_t bytes_ GUARDED_BY(mutex_) = 0;  // of all entries

@@ -13,12 +13,14 @@
 
 namespace agent {
 
+// Knows the registered managers by name, and serves their servants at the object key of the name.
+//
 // Thread-safety: one thread at a time, never within a request.
 // Ownership: borrows the factories and the guard; owns the creation references of the servants.
 // Errors: ProcessException, as platform/agent/AgentConfig.h says.
 class ManagerRegistry {
  public:
-  // Serves topology managers behind the guard, which outlives this object. Null: without a guard.
+  // guard: of topology managers; outlives this object. Null: no guard.
   explicit ManagerRegistry(orb::Server& server, const ViewGuard* guard = nullptr);
 
   ManagerRegistry(const ManagerRegistry&) = delete;
@@ -44,7 +46,7 @@ class ManagerRegistry {
   struct Served {
     std::unique_ptr<orb::WellKnownObject> object;
     PortableServer::ServantBase_var servant;
-    PortableServer::ServantBase_var guarded;  // serves the servant; null for an unguarded one
+    PortableServer::ServantBase_var guarded;  // forwards to the servant; null without a guard
     CORBA::Object_var reference;
   };
 

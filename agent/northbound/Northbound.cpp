@@ -64,7 +64,7 @@ void Northbound::housekeep() {
   }
 }
 
-// When memory is short, the next interval tries again.
+// An exception, such as std::bad_alloc, is dropped: the next interval tries again.
 void Northbound::reclaimIterators() noexcept {
   try {
     const std::size_t reclaimed = iterators_.reclaimIdle();
@@ -78,7 +78,7 @@ void Northbound::reclaimIterators() noexcept {
   }
 }
 
-// The copy of a batch needs no admission. So a copy of all records in iterators must fit as well.
+// A copy of all records in iterators must fit, too, because the copy of a batch has no admission.
 bool Northbound::allows(std::size_t bytes) {
   return !views_.allows || views_.allows(bytes + iterators_.bytes());
 }

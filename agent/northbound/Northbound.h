@@ -25,13 +25,13 @@ struct ViewSetup {
   ViewLimits limits;
   // The size of a view of the current network. Empty: views need no memory.
   std::function<ViewSize(ViewKind, bool testSwitch)> sizeOf;
-  // Whether the process may allocate so many bytes more. Empty: the process may allocate any
-  // number.
+  // Whether the process may allocate so many more bytes. Empty: always.
   ViewAdmission::Allows allows;
 };
 
-// Serves the managers and iterators of the loaded module, and reclaims idle iterators on a thread
-// of its own. agent/host forwards the calls of the module to this object (host/RunningAgent.h).
+// Serves the managers and iterators of the loaded module, and reclaims idle iterators on a
+// housekeeper thread. agent/host forwards the calls of the module to this object
+// (host/RunningAgent.h).
 //
 // Thread-safety: any thread, except open and retire: one thread at a time, never within a request.
 // Ownership: borrows the server, which outlives this object; owns the registries and the thread.
@@ -46,11 +46,11 @@ class Northbound {
   Northbound(const Northbound&) = delete;
   Northbound& operator=(const Northbound&) = delete;
 
-  // Opens the admissions and creates the POA of the iterators. Call before a module is loaded.
+  // Opens the admissions and creates the POA of the iterators. REQUIRES: no module is loaded.
   void open();
 
-  // Ends waiting views, stops serving the objects of the module, and waits until running requests
-  // have ended. Then the module can be unloaded.
+  // Refuses waiting views, stops serving the objects of the module, and waits for running requests.
+  // Afterwards the module can be unloaded.
   void retire();
 
   const std::string& emsName() const { return emsName_; }

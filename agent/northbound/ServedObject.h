@@ -10,11 +10,12 @@
 
 namespace agent {
 
-// Serves a servant from the construction to the destruction. Takes over the creation reference of
-// the servant. The server outlives this object.
+// Serves a servant from the construction to the destruction.
 //
-// Thread-safety: constructed and destroyed by one thread, never within a request. The constructor
-// throws a CORBA exception when the servant cannot be served.
+// Thread-safety: constructed and destroyed by one thread, never within a request.
+// Ownership: owns the creation reference of the servant; borrows the server, which outlives this
+// object.
+// Errors: the constructor throws a CORBA exception when the servant cannot be served.
 class ServedObject {
  public:
   // The guard admits every request before its arguments are decoded; an empty guard admits all.

@@ -94,7 +94,7 @@ ViewAdmission::Decision ViewAdmission::decide(std::size_t bytes) const {
   return inProgress_ > 0 ? Decision::kWaits : Decision::kNoMemory;
 }
 
-// The bytes that the views in progress leave of the limit.
+// The part of the limit that the views in progress do not use.
 std::size_t ViewAdmission::room() const {
   return bytes_ < limits_.memory ? limits_.memory - bytes_ : 0;
 }

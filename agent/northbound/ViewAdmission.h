@@ -35,10 +35,10 @@ struct ViewLimits {
 // Errors: admit throws CORBA system exceptions and logs a refusal.
 class ViewAdmission {
  public:
-  // Whether the process may allocate so many bytes more. Called from any thread.
+  // Whether the process may allocate so many more bytes. Called from any thread.
   using Allows = std::function<bool(std::size_t bytes)>;
 
-  // `subject` stands for the view in log lines; borrowed.
+  // subject: the name of a view in log lines; borrowed.
   ViewAdmission(const ViewLimits& limits, Allows allows, RefusalLog::Clock clock,
                 const char* subject = "a view");
 
@@ -58,8 +58,8 @@ class ViewAdmission {
     Pass& operator=(const Pass&) = delete;
     ~Pass();
 
-    // Ends the computation. The reply holds so many bytes until the reply was sent. REQUIRES: the
-    // pass was returned by admit.
+    // Ends the computation. bytes: the memory of the reply. REQUIRES: the pass was returned by
+    // admit.
     void computed(std::size_t bytes);
 
    private:
@@ -109,20 +109,23 @@ class ViewAdmission {
   std::list<Waiter*> waiting_ GUARDED_BY(mutex_);
   std::size_t inProgress_ GUARDED_BY(mutex_) = 0;
   std::size_t computing_ GUARDED_BY(mutex_) = 0;
-  std::size_t computingBytes_ GUARDED_BY(mutex_) =
-      0;                                      // that the views that are computed may still allocate
+  // Memory that the views being computed may still allocate.
+  std::size_t computingBytes_ GUARDED_BY(mutex_) = 0;
   std::size_t bytes_ GUARDED_BY(mutex_) = 0;  // of all views in progress
   bool closed_ GUARDED_BY(mutex_) = false;
 };
 
-// Owns the pass of a view until the reply was sent. A token of orb::RequestGuard. Thread-safety:
-// one thread at a time.
+// Owns the pass of a view until the reply was sent. A token of orb::RequestGuard.
+//
+// Thread-safety: one thread at a time.
+// Ownership: the ORB owns the token; a thread-local weak pointer refers to the token.
+// Errors: begin throws std::bad_alloc.
 class ViewReply {
  public:
   // A token for the request that this thread is about to serve.
   static std::shared_ptr<ViewReply> begin();
 
-  // Moves the pass into the token of this thread's request; drops it when there is none.
+  // Moves the pass into the token of this thread's request. Without a token, drops the pass.
   static void keep(ViewAdmission::Pass pass);
 
  private:

@@ -7,7 +7,7 @@
 namespace agent {
 namespace {
 
-// An allocation of a few bytes; what a text takes besides its characters.
+// An allocation of a few bytes; also the memory of a text without its characters.
 constexpr std::size_t kAllocation = 32;
 
 constexpr std::size_t kPair = sizeof(globaldefs::NameAndStringValue_T) + 2 * kAllocation;
@@ -17,11 +17,11 @@ std::size_t nameBytes(std::size_t emsBytes) {
   return kAllocation + 2 * kPair + emsBytes;
 }
 
-// The pairs that a node has with the test switch on, their texts included.
+// The pairs of a node with the test switch on, their texts included.
 constexpr std::size_t kAdditionalInfo = kAllocation + 7 * (kPair + kAllocation);
 
-// A list of the module that grows has up to three times the size of its records while they are
-// moved; a view below a subnetwork copies the nodes that it selects.
+// A growing list of the module needs up to three times the size of its records during a move. A
+// view below a subnetwork copies the selected nodes.
 constexpr std::size_t kWorkFactor = 3;
 
 std::size_t workOf(std::size_t count, std::size_t record, std::size_t texts) {
@@ -79,7 +79,7 @@ ViewSize ViewSizes::of(ViewKind kind, bool testSwitch) {
   return nodesView(load, emsBytes_, testSwitch);
 }
 
-// Reads the model again after a change only.
+// Reads the model only after a change.
 NetworkLoad ViewSizes::currentLoad() {
   const MutexLock lock(mutex_);
   const std::uint64_t version = model_.version();

@@ -19,10 +19,10 @@ enum class ViewKind { kNodes, kClockPositions, kClockLinks };
 // In bytes, allocation overhead included.
 struct ViewSize {
   std::size_t records = 0;  // upper bound for the whole view
-  std::size_t result = 0;   // of all records, as the module holds them for the client
+  std::size_t result = 0;   // of all records of the result
   std::size_t work = 0;     // needed during the computation only
 
-  // The share of some records in the result; a record has the average size.
+  // The memory of `count` records of average size.
   std::size_t of(std::size_t count) const {
     return records == 0 ? 0 : count * (result / records + 1);
   }
@@ -31,8 +31,9 @@ struct ViewSize {
 // Computes the sizes from the model: the fixed size and the texts of every record. A view below a
 // subnetwork counts as the whole network.
 //
-// Thread-safety: any thread. Ownership: borrows the model, which outlives this object. Errors: none
-// but std::bad_alloc.
+// Thread-safety: any thread.
+// Ownership: borrows the model, which outlives this object.
+// Errors: throws std::bad_alloc.
 class ViewSizes {
  public:
   // emsName is part of every name in a record.

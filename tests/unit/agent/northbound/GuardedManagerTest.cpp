@@ -1,5 +1,4 @@
-// The manager behind the admission of views: which operations are admitted, and what the iterators
-// count that a view makes.
+// The manager behind the admission of views: admitted operations, reservations, iterator sizes.
 
 #include "agent/northbound/GuardedManager.h"
 
@@ -8,6 +7,7 @@
 #include <functional>
 #include <future>
 #include <memory>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -34,25 +34,34 @@ using TopoManagementManager::NodeList_T;
 using TopoManagementManager::NodeList_T_out;
 using TopoManagementManager::NodeList_T_var;
 
-// A manager of a module: notes the calls, and does in a view what the test wants.
-class NotingManager final : public virtual POA_TopoManagementManager::TopoMgr_I {
+// A manager of a module that records the calls and runs the hooks of the test.
+class RecordingManager final : public virtual POA_TopoManagementManager::TopoMgr_I {
  public:
+  // A call with the arguments that identify the call; unused arguments keep their default.
+  struct Call {
+    std::string operation;
+    std::string text{};
+    bool unique = false;
+    CORBA::ULong pairs = 0;
+    CORBA::ULong howMany = 0;
+  };
+
   void setNativeEMSName(const globaldefs::NVSList_T&, const char* name) override {
-    calls.push_back(std::string("setNativeEMSName ") + name);
+    calls.push_back({"setNativeEMSName", name});
   }
   void setUserLabel(const globaldefs::NVSList_T&, const char* label,
                     CORBA::Boolean unique) override {
-    calls.push_back(std::string("setUserLabel ") + label + (unique ? " unique" : ""));
+    calls.push_back({"setUserLabel", label, unique});
   }
   void setOwner(const globaldefs::NVSList_T&, const char* owner) override {
-    calls.push_back(std::string("setOwner ") + owner);
+    calls.push_back({"setOwner", owner});
   }
   void getCapabilities(common::CapabilityList_T_out capabilities) override {
-    calls.emplace_back("getCapabilities");
+    calls.push_back({"getCapabilities"});
     capabilities = new common::CapabilityList_T;
   }
   void setAdditionalInfo(const globaldefs::NVSList_T&, globaldefs::NVSList_T& info) override {
-    calls.push_back("setAdditionalInfo " + std::to_string(info.length()));
+    calls.push_back({"setAdditionalInfo", "", false, info.length()});
     info.length(info.length() + storedPairs);
     if (inSetter) {
       inSetter();
@@ -60,35 +69,36 @@ class NotingManager final : public virtual POA_TopoManagementManager::TopoMgr_I 
   }
   void getTopoSubnetworkViewInfo(CORBA::ULong howMany, NodeList_T_out list,
                                  NodeIterator_I_out) override {
-    view<NodeList_T>("topo", howMany, list);
+    view<NodeList_T>("getTopoSubnetworkViewInfo", 0, howMany, list);
   }
   void getProtectSubnetworkViewInfo(CORBA::ULong howMany, NodeList_T_out list,
                                     NodeIterator_I_out) override {
-    view<NodeList_T>("protect", howMany, list);
+    view<NodeList_T>("getProtectSubnetworkViewInfo", 0, howMany, list);
   }
   void getViewInfoByTopoSubnetwork(const globaldefs::NVSList_T& name, CORBA::ULong howMany,
                                    NodeList_T_out list, NodeIterator_I_out) override {
-    view<NodeList_T>("below " + std::to_string(name.length()), howMany, list);
+    view<NodeList_T>("getViewInfoByTopoSubnetwork", name.length(), howMany, list);
   }
   void getClockSourceSubnetworkViewInfo(CORBA::ULong howMany, NodeList_T_out list,
                                         NodeIterator_I_out) override {
-    view<NodeList_T>("clock", howMany, list);
+    view<NodeList_T>("getClockSourceSubnetworkViewInfo", 0, howMany, list);
   }
   void getAllClockSourceViewlTopologicalLinks(CORBA::ULong howMany, TopologicalLinkList_T_out list,
                                               TopologicalLinkIterator_I_out) override {
-    view<topologicalLink::TopologicalLinkList_T>("links", howMany, list);
+    view<topologicalLink::TopologicalLinkList_T>("getAllClockSourceViewlTopologicalLinks", 0,
+                                                 howMany, list);
   }
 
-  std::vector<std::string> calls;
+  std::vector<Call> calls;
   std::function<void()> inView;
   std::function<void()> inSetter;  // setAdditionalInfo
   CORBA::ULong length = 0;         // of the list of a view
-  CORBA::ULong storedPairs = 0;    // that setAdditionalInfo adds to those of the request
+  CORBA::ULong storedPairs = 0;    // added by setAdditionalInfo to the pairs of the request
 
  private:
   template <typename List, typename ListOut>
-  void view(const std::string& name, CORBA::ULong howMany, ListOut& list) {
-    calls.push_back(name + " " + std::to_string(howMany));
+  void view(const char* operation, CORBA::ULong pairs, CORBA::ULong howMany, ListOut& list) {
+    calls.push_back({operation, "", false, pairs, howMany});
     list = new List;
     list.ptr()->length(length);
     if (inView) {
@@ -97,7 +107,17 @@ class NotingManager final : public virtual POA_TopoManagementManager::TopoMgr_I 
   }
 };
 
-// An iterator with some records left.
+bool operator==(const RecordingManager::Call& left, const RecordingManager::Call& right) {
+  return left.operation == right.operation && left.text == right.text &&
+         left.unique == right.unique && left.pairs == right.pairs && left.howMany == right.howMany;
+}
+
+void PrintTo(const RecordingManager::Call& call, std::ostream* out) {
+  *out << call.operation << " text '" << call.text << "' unique " << call.unique << " pairs "
+       << call.pairs << " howMany " << call.howMany;
+}
+
+// An iterator with a fixed number of remaining records.
 class FakeIterator final : public virtual POA_TopoManagementManager::NodeIterator_I {
  public:
   explicit FakeIterator(CORBA::ULong left) : left_(left) {}
@@ -117,7 +137,7 @@ class Guarded : public testing::Test {
 
   Guarded() {
     iterators_.open();
-    manager_ = new NotingManager;
+    manager_ = new RecordingManager;
     owner_ = manager_;
     guarded_ = new GuardedManager(*manager_, guard_);
     guardedOwner_ = guarded_;
@@ -137,7 +157,7 @@ class Guarded : public testing::Test {
     (guarded_->*operation)(7, list.out(), iterator.out());
   }
 
-  // Every view once, in the order of the interface.
+  // A call of each view, in the order of the interface.
   std::vector<std::function<void()>> allViews() {
     return {[this] { nodes(&GuardedManager::getTopoSubnetworkViewInfo); },
             [this] { nodes(&GuardedManager::getProtectSubnetworkViewInfo); },
@@ -177,7 +197,7 @@ class Guarded : public testing::Test {
                            kinds_.push_back(kind);
                            return ViewSize{10, 5000, 400};
                          }};
-  NotingManager* manager_ = nullptr;
+  RecordingManager* manager_ = nullptr;
   PortableServer::ServantBase_var owner_;
   GuardedManager* guarded_ = nullptr;
   PortableServer::ServantBase_var guardedOwner_;
@@ -185,7 +205,7 @@ class Guarded : public testing::Test {
 
 std::unique_ptr<orb::Server> Guarded::server_;
 
-TEST_F(Guarded, PassesEveryOperationToTheManager) {
+TEST_F(Guarded, ForwardsEveryOperationToTheManager) {
   globaldefs::NVSList_T name;
   globaldefs::NVSList_T info;
   info.length(3);
@@ -198,16 +218,17 @@ TEST_F(Guarded, PassesEveryOperationToTheManager) {
   for (const std::function<void()>& call : allViews()) {
     call();
   }
-  const std::vector<std::string> expected = {"setNativeEMSName a",
-                                             "setUserLabel b unique",
-                                             "setOwner c",
-                                             "getCapabilities",
-                                             "setAdditionalInfo 3",
-                                             "topo 7",
-                                             "protect 7",
-                                             "below 2 7",
-                                             "clock 7",
-                                             "links 7"};
+  const std::vector<RecordingManager::Call> expected = {
+      {"setNativeEMSName", "a"},
+      {"setUserLabel", "b", true},
+      {"setOwner", "c"},
+      {"getCapabilities"},
+      {"setAdditionalInfo", "", false, 3},
+      {"getTopoSubnetworkViewInfo", "", false, 0, 7},
+      {"getProtectSubnetworkViewInfo", "", false, 0, 7},
+      {"getViewInfoByTopoSubnetwork", "", false, 2, 7},
+      {"getClockSourceSubnetworkViewInfo", "", false, 0, 7},
+      {"getAllClockSourceViewlTopologicalLinks", "", false, 0, 7}};
   EXPECT_EQ(expected, manager_->calls);
 }
 
@@ -219,14 +240,14 @@ TEST_F(Guarded, RefusesEveryViewWithoutMemoryBeforeTheModuleRuns) {
   EXPECT_TRUE(manager_->calls.empty());
 }
 
-TEST_F(Guarded, ServesSettersWithoutMemoryForAView) {
+TEST_F(Guarded, ForwardsSettersWithoutAnAdmission) {
   free_ = 0;
   guarded_->setOwner({}, "c");
-  EXPECT_EQ(std::vector<std::string>{"setOwner c"}, manager_->calls);
+  EXPECT_EQ((std::vector<RecordingManager::Call>{{"setOwner", "c"}}), manager_->calls);
   EXPECT_TRUE(asked_.empty());
 }
 
-TEST_F(Guarded, AsksForTheSizeOfTheKindOfView) {
+TEST_F(Guarded, EstimatesEachViewByItsKind) {
   for (const std::function<void()>& call : allViews()) {
     call();
   }
@@ -246,7 +267,7 @@ TEST_F(Guarded, ReservesResultWorkAndFirstBatch) {
   EXPECT_GE(10410U, asked_.back());
 }
 
-TEST_F(Guarded, GivesTheReservationBackWhenAViewFails) {
+TEST_F(Guarded, ReleasesTheReservationOfAFailedView) {
   manager_->inView = [] { throw CORBA::INTERNAL(); };
   EXPECT_THROW(view(1), CORBA::INTERNAL);
   manager_->inView = nullptr;
@@ -260,8 +281,8 @@ TEST_F(Guarded, ComputesOneViewWhileTheReplyOfAnotherIsSent) {
   EXPECT_NO_THROW(view(10));
 }
 
-// A request of a few bytes is answered with everything that is stored.
-TEST_F(Guarded, RefusesAdditionalInformationWhileRepliesTakeTheMemory) {
+// A request of a few bytes may have a reply with all stored information.
+TEST_F(Guarded, RefusesAdditionalInformationWhileRepliesUseTheMemory) {
   globaldefs::NVSList_T info;
   {
     const std::shared_ptr<agent::ViewReply> reply = agent::ViewReply::begin();
@@ -274,7 +295,7 @@ TEST_F(Guarded, RefusesAdditionalInformationWhileRepliesTakeTheMemory) {
   EXPECT_NO_THROW(guarded_->setAdditionalInfo({}, info));
 }
 
-TEST_F(Guarded, GivesThePlaceBackWhenAdditionalInformationIsRefused) {
+TEST_F(Guarded, ReleasesThePlaceOfAFailedSetAdditionalInfo) {
   globaldefs::NVSList_T info;
   manager_->inSetter = [] { throw CORBA::INTERNAL(); };
   EXPECT_THROW(guarded_->setAdditionalInfo({}, info), CORBA::INTERNAL);
@@ -282,9 +303,9 @@ TEST_F(Guarded, GivesThePlaceBackWhenAdditionalInformationIsRefused) {
   EXPECT_NO_THROW(guarded_->setAdditionalInfo({}, info));
 }
 
-// --- Iterators that a view makes.
+// --- Iterators of a view.
 
-TEST_F(Guarded, CountsTheRecordsThatAnIteratorHolds) {
+TEST_F(Guarded, CountsTheRecordsOfAnIterator) {
   std::size_t bytes = 0;
   const PortableServer::ServantBase_var iterator = new FakeIterator(6);
   manager_->inView = [&] { bytes = agent::iteratorBytes(iterator.in()); };
@@ -300,7 +321,7 @@ TEST_F(Guarded, CountsNothingOutsideOfAView) {
   EXPECT_EQ(0U, agent::iteratorBytes(iterator.in()));
 }
 
-TEST_F(Guarded, KeepsTheIteratorsOfAViewUntilItsEnd) {
+TEST_F(Guarded, DoesNotReclaimIteratorsDuringTheirView) {
   manager_->inView = [this] {
     ASSERT_EQ(agent::kSuccess, iterators_.add(new FakeIterator(6), 0));
     now_ += milliseconds(1000);
@@ -311,8 +332,8 @@ TEST_F(Guarded, KeepsTheIteratorsOfAViewUntilItsEnd) {
   EXPECT_EQ(1U, iterators_.reclaimIdle());
 }
 
-// A batch of an iterator is a copy, which the module makes without an admission.
-TEST(NorthboundViews, KeepMemoryForACopyOfWhatTheIteratorsHold) {
+// The module copies a batch of an iterator without an admission.
+TEST(NorthboundViews, ReserveMemoryForACopyOfAllIterators) {
   const auto server = orb::startServer({}, {"127.0.0.1", 0}, nullptr);
   std::vector<std::size_t> asked;
   agent::ViewSetup setup;
@@ -323,7 +344,7 @@ TEST(NorthboundViews, KeepMemoryForACopyOfWhatTheIteratorsHold) {
   };
   agent::Northbound northbound(*server, "EMS", false, {}, setup);
   northbound.open();
-  northbound.managers().serve("A", new NotingManager);
+  northbound.managers().serve("A", new RecordingManager);
   ASSERT_EQ(agent::kSuccess, northbound.iterators().add(new FakeIterator(6), 3000));
   const CORBA::Object_var reference = northbound.managers().reference("A");
   const auto manager =
@@ -343,7 +364,7 @@ TEST(NorthboundSetters, WaitingForTheirAdmissionAreRejectedByRetire) {
   northbound.open();
   std::promise<void> runs;
   std::promise<void> mayEnd;
-  auto* const servant = new NotingManager;
+  auto* const servant = new RecordingManager;
   servant->inSetter = [&] {
     runs.set_value();
     mayEnd.get_future().wait();

@@ -1,4 +1,4 @@
-// The end of iterators that nobody asks for any more, on a clock of the test's own.
+// Registration, limits and reclaim of iterators, with an injected clock.
 
 #include "agent/northbound/IteratorRegistry.h"
 
@@ -23,7 +23,7 @@ using std::chrono::milliseconds;
 using TopoManagementManager::NodeIterator_I;
 using TopoManagementManager::NodeIterator_I_var;
 
-// An iterator servant that counts how many of its kind live.
+// An iterator servant that counts its instances.
 class CountedServant : public virtual POA_TopoManagementManager::NodeIterator_I {
  public:
   explicit CountedServant(IteratorRegistry& registry) : registry_(registry) { ++live; }
@@ -58,7 +58,7 @@ class IteratorHousekeeping : public testing::Test {
     EXPECT_EQ(0, CountedServant::live);
   }
 
-  // Its creation reference is the caller's.
+  // A new servant; the caller owns the creation reference.
   CountedServant* servant() { return new CountedServant(registry_); }
 
   CountedServant* added(std::size_t bytes = 0) {
@@ -67,7 +67,7 @@ class IteratorHousekeeping : public testing::Test {
     return made;
   }
 
-  // The failure code for a servant that holds so many bytes.
+  // The failure code for a servant of so many bytes.
   agent::FailureCode refusal(std::size_t bytes) {
     CountedServant* made = servant();
     const agent::FailureCode code = registry_.add(made, bytes);
@@ -76,7 +76,7 @@ class IteratorHousekeeping : public testing::Test {
     return code;
   }
 
-  // A servant together with its reference, as a client gets it.
+  // The reference of a new servant, and its object key.
   NodeIterator_I_var active(orb::ObjectKey& key) {
     NodeIterator_I_var reference = added()->_this();
     key = orb::objectKeyOf(reference);
@@ -102,7 +102,7 @@ class IteratorHousekeeping : public testing::Test {
 
 std::unique_ptr<orb::Server> IteratorHousekeeping::server_;
 
-TEST_F(IteratorHousekeeping, ReclaimsAnIteratorThatWasIdleForTheTimeout) {
+TEST_F(IteratorHousekeeping, ReclaimsAnIteratorAfterTheIdleTimeout) {
   orb::ObjectKey key;
   const NodeIterator_I_var iterator = active(key);
   now_ += milliseconds(999);
@@ -115,7 +115,7 @@ TEST_F(IteratorHousekeeping, ReclaimsAnIteratorThatWasIdleForTheTimeout) {
   EXPECT_EQ(0, CountedServant::live);
 }
 
-TEST_F(IteratorHousekeeping, CountsTheTimeFromTheLastRequest) {
+TEST_F(IteratorHousekeeping, CountsTheIdleTimeFromTheLastRequest) {
   orb::ObjectKey key;
   const NodeIterator_I_var iterator = active(key);
   now_ += milliseconds(900);
@@ -126,7 +126,7 @@ TEST_F(IteratorHousekeeping, CountsTheTimeFromTheLastRequest) {
   EXPECT_EQ(1U, registry_.reclaimIdle());
 }
 
-TEST_F(IteratorHousekeeping, ReclaimsOnlyTheIdle) {
+TEST_F(IteratorHousekeeping, ReclaimsOnlyIdleIterators) {
   orb::ObjectKey idleKey;
   orb::ObjectKey usedKey;
   const NodeIterator_I_var idle = active(idleKey);
@@ -146,7 +146,7 @@ TEST_F(IteratorHousekeeping, IgnoresRequestsForOtherObjects) {
   EXPECT_EQ(1U, registry_.reclaimIdle());
 }
 
-TEST_F(IteratorHousekeeping, IgnoresRequestsForIteratorsThatAreGone) {
+TEST_F(IteratorHousekeeping, IgnoresRequestsForRemovedIterators) {
   CountedServant* const made = added();
   const NodeIterator_I_var first = made->_this();
   const orb::ObjectKey deactivated = orb::objectKeyOf(first);
@@ -158,7 +158,7 @@ TEST_F(IteratorHousekeeping, IgnoresRequestsForIteratorsThatAreGone) {
   EXPECT_NO_THROW(registry_.touch(retired));
 }
 
-TEST_F(IteratorHousekeeping, RefusesIteratorsOverTheLimitAndLeavesThemWithTheCaller) {
+TEST_F(IteratorHousekeeping, RefusesIteratorsOverTheLimitInNumber) {
   CountedServant* first = added();
   added();
   added();
@@ -181,19 +181,19 @@ TEST_F(IteratorHousekeeping, RefusesIteratorsOverTheLimitInBytes) {
   added(600);
 }
 
-TEST_F(IteratorHousekeeping, RefusesAnIteratorThatAloneIsOverTheLimitInBytes) {
+TEST_F(IteratorHousekeeping, RefusesAnIteratorLargerThanTheLimitInBytes) {
   EXPECT_EQ(agent::kTooMuch, refusal(1001));
   added(1000);
 }
 
-TEST_F(IteratorHousekeeping, MakesRoomAtTheLimitInBytesByReclaimingIdleIterators) {
+TEST_F(IteratorHousekeeping, ReclaimsIdleIteratorsAtTheLimitInBytes) {
   added(1000);
   now_ += milliseconds(1000);
   added(1000);
   EXPECT_EQ(1U, registry_.size());
 }
 
-TEST_F(IteratorHousekeeping, HoldsNoBytesAfterItRetired) {
+TEST_F(IteratorHousekeeping, HasNoBytesAfterRetire) {
   added(1000);
   registry_.retire();
   EXPECT_EQ(0U, registry_.bytes());
@@ -201,7 +201,7 @@ TEST_F(IteratorHousekeeping, HoldsNoBytesAfterItRetired) {
   added(1000);
 }
 
-TEST_F(IteratorHousekeeping, KeepsNoPlaceForAServantThatCannotBeActivated) {
+TEST_F(IteratorHousekeeping, ReleasesThePlaceOfAServantThatCannotBeActivated) {
   CountedServant* servant = this->servant();
   const PortableServer::POA_var poa = registry_.poa();
   const PortableServer::ObjectId_var id = PortableServer::string_to_ObjectId("elsewhere");
@@ -215,7 +215,7 @@ TEST_F(IteratorHousekeeping, KeepsNoPlaceForAServantThatCannotBeActivated) {
 
 // --- Object ids.
 
-TEST_F(IteratorHousekeeping, GivesEveryIteratorARandomIdOf128Bits) {
+TEST_F(IteratorHousekeeping, AssignsRandomIdsOf128Bits) {
   const PortableServer::POA_var poa = registry_.poa();
   std::set<std::string> ids;
   for (int i = 0; i < 3; ++i) {
@@ -226,15 +226,15 @@ TEST_F(IteratorHousekeeping, GivesEveryIteratorARandomIdOf128Bits) {
   EXPECT_EQ(3U, ids.size());
 }
 
-TEST_F(IteratorHousekeeping, ActivatesNoServantThatWasNotAdded) {
+TEST_F(IteratorHousekeeping, DoesNotActivateServantsImplicitly) {
   const PortableServer::ServantBase_var unknown = servant();
   const PortableServer::POA_var poa = registry_.poa();
   EXPECT_THROW(poa->servant_to_id(unknown.in()), CORBA::UserException);
 }
 
-// --- Creation: the time between adding a servant and giving its reference to the client.
+// --- Creation: between the registration of a servant and the reply with its reference.
 
-TEST_F(IteratorHousekeeping, DoesNotReclaimAnIteratorWhileItsCreationLasts) {
+TEST_F(IteratorHousekeeping, DoesNotReclaimAnIteratorDuringItsCreation) {
   IteratorRegistry::Creation creation(registry_);
   CountedServant* made = added();
   now_ += milliseconds(1000);
@@ -255,7 +255,7 @@ TEST_F(IteratorHousekeeping, CountsTheIdleTimeFromTheEndOfTheCreation) {
   EXPECT_EQ(1U, registry_.reclaimIdle());
 }
 
-TEST_F(IteratorHousekeeping, ReclaimsWhatOtherThreadsAddedDuringACreation) {
+TEST_F(IteratorHousekeeping, ReclaimsIteratorsThatOtherThreadsAddedDuringACreation) {
   IteratorRegistry::Creation creation(registry_);
   std::thread other([this] { added(); });
   other.join();
@@ -263,7 +263,7 @@ TEST_F(IteratorHousekeeping, ReclaimsWhatOtherThreadsAddedDuringACreation) {
   EXPECT_EQ(1U, registry_.reclaimIdle());
 }
 
-TEST_F(IteratorHousekeeping, EndsACreationWhoseIteratorIsGone) {
+TEST_F(IteratorHousekeeping, EndsACreationAfterTheDeactivationOfItsIterator) {
   {
     IteratorRegistry::Creation creation(registry_);
     registry_.deactivate(added());
@@ -328,7 +328,7 @@ TEST_F(IteratorHousekeeping, KeepsTheIdleTimeOfAServantThatAnotherThreadAddedAga
   EXPECT_EQ(1U, registry_.reclaimIdle());
 }
 
-// --- End.
+// --- Deactivation and retire.
 
 TEST_F(IteratorHousekeeping, RefusesIteratorsWhenItIsNotOpen) {
   registry_.retire();
@@ -338,7 +338,7 @@ TEST_F(IteratorHousekeeping, RefusesIteratorsWhenItIsNotOpen) {
   refused->_remove_ref();
 }
 
-TEST_F(IteratorHousekeeping, TakesADeactivationTwice) {
+TEST_F(IteratorHousekeeping, IgnoresASecondDeactivation) {
   orb::ObjectKey key;
   const NodeIterator_I_var iterator = active(key);
   PortableServer::ServantBase* known = added();
@@ -348,7 +348,7 @@ TEST_F(IteratorHousekeeping, TakesADeactivationTwice) {
   EXPECT_TRUE(exists(iterator));
 }
 
-TEST_F(IteratorHousekeeping, DropsEverythingWhenItRetires) {
+TEST_F(IteratorHousekeeping, ReleasesAllServantsAndThePoaAtRetire) {
   orb::ObjectKey key;
   const NodeIterator_I_var iterator = active(key);
   added();
@@ -359,14 +359,14 @@ TEST_F(IteratorHousekeeping, DropsEverythingWhenItRetires) {
   EXPECT_FALSE(exists(iterator));
 }
 
-// A servant whose end lasts until it is told to.
-class SlowToEnd : public CountedServant {
+// A servant whose destructor waits for the test.
+class SlowServant : public CountedServant {
  public:
-  SlowToEnd(IteratorRegistry& registry, std::promise<void>& ending, std::future<void> mayEnd)
+  SlowServant(IteratorRegistry& registry, std::promise<void>& ending, std::future<void> mayEnd)
       : CountedServant(registry), ending_(ending), mayEnd_(std::move(mayEnd)) {}
 
  protected:
-  ~SlowToEnd() override {
+  ~SlowServant() override {
     ending_.set_value();
     mayEnd_.wait();
   }
@@ -376,24 +376,24 @@ class SlowToEnd : public CountedServant {
   std::future<void> mayEnd_;
 };
 
-TEST_F(IteratorHousekeeping, RetiresOnlyWhenAReclaimHasLetGoOfItsServants) {
+TEST_F(IteratorHousekeeping, RetireWaitsForARunningReclaim) {
   std::promise<void> ending;
   std::promise<void> mayEnd;
   ASSERT_EQ(agent::kSuccess,
-            registry_.add(new SlowToEnd(registry_, ending, mayEnd.get_future()), 0));
+            registry_.add(new SlowServant(registry_, ending, mayEnd.get_future()), 0));
   now_ += milliseconds(1000);
   std::future<std::size_t> reclaimed =
       std::async(std::launch::async, [&] { return registry_.reclaimIdle(); });
   ending.get_future().wait();
   std::future<void> retired = std::async(std::launch::async, [&] { registry_.retire(); });
-  // Retiring that does not wait is through long before this.
+  // A retire that does not wait returns much earlier.
   EXPECT_EQ(std::future_status::timeout, retired.wait_for(milliseconds(200)));
   mayEnd.set_value();
   retired.wait();
   EXPECT_EQ(1U, reclaimed.get());
 }
 
-TEST_F(IteratorHousekeeping, MakesRoomAtTheLimitByReclaimingWhatIsOverdue) {
+TEST_F(IteratorHousekeeping, ReclaimsIdleIteratorsAtTheLimitInNumber) {
   added();
   added();
   added();
@@ -402,9 +402,9 @@ TEST_F(IteratorHousekeeping, MakesRoomAtTheLimitByReclaimingWhatIsOverdue) {
   EXPECT_EQ(1U, registry_.size());
 }
 
-// The clock is asked by the first try and then by the reclaim, where another client ends an
-// iterator.
-TEST(IteratorLimit, CountsTheRoomThatAnotherThreadMadeDuringTheReclaim) {
+// The registry calls the clock at the first attempt and again in the reclaim, where another client
+// removes an iterator.
+TEST(IteratorLimit, AdmitsAnIteratorAfterAnotherThreadRemovedOneDuringTheReclaim) {
   const std::unique_ptr<orb::Server> server = orb::startServer({}, {"127.0.0.1", 0}, nullptr);
   std::function<void()> onClock;
   IteratorRegistry registry(server->rootPoa(), IteratorLimits{milliseconds(1000), 1, 1000}, [&] {
@@ -426,7 +426,7 @@ TEST(IteratorLimit, CountsTheRoomThatAnotherThreadMadeDuringTheReclaim) {
   EXPECT_EQ(1U, registry.size());
 }
 
-TEST_F(IteratorHousekeeping, HoldsTheLimitWhenThreadsAddAtOnce) {
+TEST_F(IteratorHousekeeping, EnforcesTheLimitForConcurrentAdds) {
   std::atomic<int> accepted{0};
   std::vector<std::thread> threads;
   for (int i = 0; i < 8; ++i) {

@@ -1,4 +1,4 @@
-// Managers by name, and the servants that serve them.
+// Registration of managers by name, and their servants.
 
 #include "agent/northbound/ManagerRegistry.h"
 
@@ -18,7 +18,7 @@ namespace {
 
 using agent::ManagerRegistry;
 
-// A manager that counts how many of its kind live; its capability tells it from others.
+// A manager that counts its instances. The capability identifies an instance.
 class CountedManager final : public support::RejectingManager {
  public:
   explicit CountedManager(const std::string& capability = "") : capability_(capability) { ++live; }
@@ -50,7 +50,7 @@ class Managers : public testing::Test {
     EXPECT_EQ(0, CountedManager::live);
   }
 
-  // The code of the refusal; 0 when nothing was refused.
+  // The code of a refusal; 0 without a refusal.
   static CORBA::ULong refusal(const std::function<void()>& call) {
     try {
       call();
@@ -66,7 +66,7 @@ class Managers : public testing::Test {
     return !CORBA::is_nil(reference);
   }
 
-  // What tells the manager that answers at a name.
+  // The capability of the manager that is served at a name.
   std::string answerOf(const std::string& name) {
     const CORBA::Object_var reference = registry_.reference(name);
     const auto manager =
@@ -82,13 +82,13 @@ class Managers : public testing::Test {
 
 std::unique_ptr<orb::Server> Managers::server_;
 
-TEST_F(Managers, RefuseASecondOfTheSameName) {
+TEST_F(Managers, RefuseASecondRegistrationOfAName) {
   EXPECT_EQ(0U, refusal([&] { registry_.add("A", nullptr); }));
   EXPECT_EQ(agent::kInternalError, refusal([&] { registry_.add("A", nullptr); }));
   EXPECT_EQ(0U, refusal([&] { registry_.add("B", nullptr); }));
 }
 
-TEST_F(Managers, RefuseTheRemovalOfAnUnknownOne) {
+TEST_F(Managers, RefuseTheRemovalOfAnUnknownName) {
   EXPECT_EQ(agent::kInternalError, refusal([&] { registry_.remove("A"); }));
   registry_.add("A", nullptr);
   EXPECT_EQ(agent::kInternalError, refusal([&] { registry_.remove("B"); }));
@@ -96,41 +96,41 @@ TEST_F(Managers, RefuseTheRemovalOfAnUnknownOne) {
   EXPECT_EQ(agent::kInternalError, refusal([&] { registry_.remove("A"); }));
 }
 
-TEST_F(Managers, TakeANameAgainAfterItsRemoval) {
+TEST_F(Managers, AcceptANameAgainAfterItsRemoval) {
   registry_.add("A", nullptr);
   registry_.remove("A");
   EXPECT_EQ(0U, refusal([&] { registry_.add("A", nullptr); }));
 }
 
-TEST_F(Managers, RefuseToServeWithoutAServant) {
+TEST_F(Managers, RefuseANullServant) {
   registry_.add("A", nullptr);
   EXPECT_EQ(agent::kInternalError, refusal([&] { registry_.serve("A", nullptr); }));
   EXPECT_FALSE(registry_.serving("A"));
   EXPECT_FALSE(published("A"));
 }
 
-TEST_F(Managers, GoOnServingWhenANullServantIsRefused) {
+TEST_F(Managers, ContinueToServeAfterARefusedNullServant) {
   registry_.serve("A", new CountedManager("first"));
   EXPECT_EQ(agent::kInternalError, refusal([&] { registry_.serve("A", nullptr); }));
   EXPECT_EQ("first", answerOf("A"));
 }
 
-TEST_F(Managers, DoNotServeWhenNeitherRegisteredNorPublished) {
+TEST_F(Managers, AreNotServingWhenNeitherRegisteredNorPublished) {
   EXPECT_FALSE(registry_.serving("A"));
 }
 
-TEST_F(Managers, DoNotServeWhenOnlyRegistered) {
+TEST_F(Managers, AreNotServingWhenOnlyRegistered) {
   registry_.add("A", nullptr);
   EXPECT_FALSE(registry_.serving("A"));
 }
 
-TEST_F(Managers, DoNotServeWhenOnlyPublished) {
+TEST_F(Managers, AreNotServingWhenOnlyPublished) {
   registry_.serve("A", new CountedManager);
   EXPECT_TRUE(published("A"));
   EXPECT_FALSE(registry_.serving("A"));
 }
 
-TEST_F(Managers, ServeWhenRegisteredAndPublished) {
+TEST_F(Managers, AreServingWhenRegisteredAndPublished) {
   registry_.add("A", nullptr);
   registry_.serve("A", new CountedManager);
   EXPECT_TRUE(registry_.serving("A"));
@@ -142,7 +142,7 @@ TEST_F(Managers, ServeWhenRegisteredAndPublished) {
   EXPECT_FALSE(registry_.serving("A"));
 }
 
-TEST_F(Managers, DoNotServeUnderTheNameOfAnother) {
+TEST_F(Managers, AreNotServingUnderTheNameOfAnotherManager) {
   registry_.add("A", nullptr);
   registry_.serve("B", new CountedManager);
   EXPECT_FALSE(registry_.serving("A"));
@@ -159,7 +159,7 @@ TEST_F(Managers, HaveAReferenceWhileTheyArePublished) {
   EXPECT_FALSE(published("A"));
 }
 
-TEST_F(Managers, AreServedAtTheKeyThatIsTheirName) {
+TEST_F(Managers, AreServedAtTheObjectKeyOfTheirName) {
   registry_.serve("A", new CountedManager);
   const CORBA::Object_var reference = registry_.reference("A");
   EXPECT_EQ("A", orb::objectKeyOf(reference));
@@ -173,7 +173,7 @@ TEST_F(Managers, ReplaceAndReleaseAnEarlierServant) {
   EXPECT_EQ("second", answerOf("A"));
 }
 
-TEST_F(Managers, ServeOnWhenAnotherIsReplaced) {
+TEST_F(Managers, AreNotAffectedByTheReplacementOfAnotherManager) {
   registry_.serve("A", new CountedManager("first"));
   registry_.serve("B", new CountedManager("other"));
   registry_.serve("A", new CountedManager("second"));
@@ -181,7 +181,7 @@ TEST_F(Managers, ServeOnWhenAnotherIsReplaced) {
   EXPECT_EQ("other", answerOf("B"));
 }
 
-TEST_F(Managers, ReleaseEveryServantWhenTheyRetire) {
+TEST_F(Managers, ReleaseEveryServantAtRetire) {
   registry_.serve("A", new CountedManager);
   registry_.serve("B", new CountedManager);
   EXPECT_EQ(2, CountedManager::live);
@@ -230,7 +230,7 @@ class GuardedManagers : public Managers {
   ManagerRegistry guarded_{*server_, &guard_};
 };
 
-TEST_F(GuardedManagers, RefuseViewsWithoutMemoryAndServeTheRest) {
+TEST_F(GuardedManagers, RefuseOnlyViewsWhenMemoryIsShort) {
   guarded_.serve("A", new CountedManager("first"));
   EXPECT_EQ("NO_IMPLEMENT", viewOf(manager()));
   free_ = 0;
@@ -247,14 +247,14 @@ TEST_F(GuardedManagers, KeepTheirTypeAndKey) {
   EXPECT_TRUE(reference->_is_a("IDL:TopoManagementManager/TopoMgr_I:1.0"));
 }
 
-TEST_F(GuardedManagers, ReleaseTheServantWhenTheyRetire) {
+TEST_F(GuardedManagers, ReleaseTheServantAtRetire) {
   guarded_.serve("A", new CountedManager);
   EXPECT_EQ(1, CountedManager::live);
   guarded_.retire();
   EXPECT_EQ(0, CountedManager::live);
 }
 
-TEST_F(Managers, ServeAgainAfterTheyRetired) {
+TEST_F(Managers, ServeAgainAfterRetire) {
   registry_.serve("A", new CountedManager("first"));
   registry_.retire();
   registry_.serve("A", new CountedManager("second"));

@@ -1,4 +1,4 @@
-// The northbound side without memory.
+// The northbound side while memory is short.
 
 #include <gtest/gtest.h>
 
@@ -15,10 +15,10 @@
 
 namespace {
 
-// Takes the memory of the thread that drops its last reference.
-class TakesMemory final : public virtual POA_TopoManagementManager::NodeIterator_I {
+// An iterator whose destructor makes later allocations of the calling thread fail.
+class FailingIterator final : public virtual POA_TopoManagementManager::NodeIterator_I {
  public:
-  explicit TakesMemory(std::promise<void>& gone) : gone_(gone) {}
+  explicit FailingIterator(std::promise<void>& destroyed) : destroyed_(destroyed) {}
 
   CORBA::Boolean next_n(CORBA::ULong, TopoManagementManager::NodeList_T_out) override {
     throw CORBA::NO_IMPLEMENT();
@@ -27,34 +27,34 @@ class TakesMemory final : public virtual POA_TopoManagementManager::NodeIterator
   void destroy() override {}
 
  protected:
-  ~TakesMemory() override {
+  ~FailingIterator() override {
     thread_local std::optional<fakes::FailingNew> failing;
     failing.emplace(0);
-    gone_.set_value();
+    destroyed_.set_value();
   }
 
  private:
-  std::promise<void>& gone_;
+  std::promise<void>& destroyed_;
 };
 
-// The thread that reclaims iterators logs what it has done.
+// The housekeeper thread reclaims the iterator and then logs a line without memory.
 void reclaimWithoutMemory() {
   agent::setLogLevel(agent::kLogEvents);
   const auto server = orb::startServer({}, {"127.0.0.1", 0}, nullptr);
-  std::promise<void> gone;
+  std::promise<void> destroyed;
   {
     agent::IteratorLimits limits;
     limits.idleTimeout = std::chrono::milliseconds(1);
     agent::Northbound northbound(*server, "EMS", false, limits);
     northbound.open();
-    northbound.iterators().add(new TakesMemory(gone), 0);
-    gone.get_future().wait();
+    northbound.iterators().add(new FailingIterator(destroyed), 0);
+    destroyed.get_future().wait();
     northbound.retire();
   }
   std::_Exit(0);
 }
 
-TEST(NorthboundDeathTest, GoesOnReclaimingIteratorsWhenMemoryIsShort) {
+TEST(NorthboundDeathTest, ContinuesToReclaimIteratorsWhenMemoryIsShort) {
   testing::GTEST_FLAG(death_test_style) = "threadsafe";
   EXPECT_EXIT(reclaimWithoutMemory(), testing::ExitedWithCode(0), "");
 }

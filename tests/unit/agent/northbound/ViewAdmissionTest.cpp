@@ -1,4 +1,4 @@
-// How many views run at the same time, and what happens when memory is short.
+// Admission of views: number, bytes, order of waiting, and close.
 
 #include "agent/northbound/ViewAdmission.h"
 
@@ -20,14 +20,14 @@ using agent::ViewLimits;
 using agent::ViewReply;
 using std::chrono::milliseconds;
 
-// Long enough for any wait that a test ends itself.
+// A timeout that no test reaches.
 constexpr milliseconds kPatience{60000};
 
 class Admission : public testing::Test {
  protected:
   static constexpr std::size_t kMegabyte = 1000000;
 
-  // A view that waits on a thread of its own; returns when it waits, or does not have to.
+  // Starts a view on a new thread. Returns when the view is waiting or admitted.
   std::future<ViewAdmission::Pass> waitingView(ViewAdmission& admission, std::size_t bytes) {
     const std::size_t before = admission.waiting();
     auto pass =
@@ -39,7 +39,7 @@ class Admission : public testing::Test {
     return pass;
   }
 
-  // A view that nobody calls is admitted only at the end of its patience.
+  // Whether a view is admitted by a notification, before the end of its patience.
   static bool isAdmittedInTime(std::future<ViewAdmission::Pass>& view) {
     return view.wait_for(kPatience / 3) == std::future_status::ready;
   }
@@ -55,10 +55,10 @@ class Admission : public testing::Test {
   }
 
   std::size_t free_ = 100 * kMegabyte;  // what the process may allocate
-  std::size_t asked_ = 0;               // what was last asked for
+  std::size_t asked_ = 0;               // bytes of the last question
 };
 
-TEST_F(Admission, ComputesNoMoreViewsAtTheSameTimeThanTheLimit) {
+TEST_F(Admission, LimitsTheNumberOfComputedViews) {
   ViewAdmission views = admission({2, 100 * kMegabyte, milliseconds(0)});
   ViewAdmission::Pass first = views.admit(1);
   const ViewAdmission::Pass second = views.admit(1);
@@ -67,14 +67,14 @@ TEST_F(Admission, ComputesNoMoreViewsAtTheSameTimeThanTheLimit) {
   const ViewAdmission::Pass third = views.admit(1);
 }
 
-TEST_F(Admission, GivesBackThePlaceOfAViewThatFailed) {
+TEST_F(Admission, ReleasesThePlaceOfAFailedView) {
   ViewAdmission views = admission({1, 10 * kMegabyte, milliseconds(0)});
   static_cast<void>(views.admit(10 * kMegabyte));
   const ViewAdmission::Pass next = views.admit(10 * kMegabyte);
   EXPECT_EQ(10 * kMegabyte, asked_);
 }
 
-TEST_F(Admission, LetsViewsWaitInTheOrderOfTheirArrival) {
+TEST_F(Admission, AdmitsWaitingViewsInTheOrderOfTheirArrival) {
   ViewAdmission views = admission({1, 100 * kMegabyte, kPatience});
   std::optional<ViewAdmission::Pass> running = views.admit(1);
   std::future<ViewAdmission::Pass> first = waitingView(views, 1);
@@ -88,7 +88,7 @@ TEST_F(Admission, LetsViewsWaitInTheOrderOfTheirArrival) {
   EXPECT_THROW(second.get(), CORBA::TRANSIENT);
 }
 
-TEST_F(Admission, AdmitsTheNextViewAfterOneThatGaveUp) {
+TEST_F(Admission, AdmitsTheNextViewAfterATimeout) {
   ViewAdmission views = admission({1, 100 * kMegabyte, milliseconds(0)});
   std::optional<ViewAdmission::Pass> running = views.admit(1);
   EXPECT_THROW(views.admit(1), CORBA::NO_RESOURCES);
@@ -97,7 +97,7 @@ TEST_F(Admission, AdmitsTheNextViewAfterOneThatGaveUp) {
   const ViewAdmission::Pass next = views.admit(1);
 }
 
-// A reply that its client does not read keeps its bytes, not a place among the computed views.
+// An unread reply counts in bytes, but not among the computed views.
 TEST_F(Admission, CountsTheBytesOfAViewUntilItsReplyWasSent) {
   ViewAdmission views = admission({2, 10 * kMegabyte, milliseconds(0)});
   std::optional<ViewAdmission::Pass> unread = views.admit(9 * kMegabyte);
@@ -108,7 +108,7 @@ TEST_F(Admission, CountsTheBytesOfAViewUntilItsReplyWasSent) {
   const ViewAdmission::Pass other = views.admit(5 * kMegabyte);
 }
 
-TEST_F(Admission, AdmitsAViewOverTheLimitInBytesWhenNoOtherIsInProgress) {
+TEST_F(Admission, AdmitsAnOversizedViewWhenNoOtherIsInProgress) {
   ViewAdmission views = admission({2, 10 * kMegabyte, milliseconds(0)});
   std::optional<ViewAdmission::Pass> large = views.admit(20 * kMegabyte);
   EXPECT_THROW(views.admit(1), CORBA::NO_RESOURCES);
@@ -119,24 +119,24 @@ TEST_F(Admission, AdmitsAViewOverTheLimitInBytesWhenNoOtherIsInProgress) {
 
 // --- Memory of the process.
 
-TEST_F(Admission, RefusesAViewAtOnceWhenMemoryIsShortAndNoneIsInProgress) {
+TEST_F(Admission, RefusesAViewAtOnceWhenMemoryIsShortAndNoViewIsInProgress) {
   ViewAdmission views = admission({2, 1000 * kMegabyte, kPatience});
   EXPECT_THROW(views.admit(101 * kMegabyte), CORBA::NO_RESOURCES);
   const ViewAdmission::Pass smaller = views.admit(100 * kMegabyte);
 }
 
-TEST_F(Admission, ReservesWhatViewsThatAreComputedMayStillAllocate) {
+TEST_F(Admission, ReservesMemoryForComputedViews) {
   ViewAdmission views = admission({3, 1000 * kMegabyte, milliseconds(0)});
   ViewAdmission::Pass first = views.admit(60 * kMegabyte);
   EXPECT_THROW(views.admit(60 * kMegabyte), CORBA::NO_RESOURCES);
   EXPECT_EQ(120 * kMegabyte, asked_);
-  // What a computed view allocated is in the use of the process.
+  // The use of the process includes the memory of a computed view.
   first.computed(60 * kMegabyte);
   const ViewAdmission::Pass second = views.admit(60 * kMegabyte);
   EXPECT_EQ(60 * kMegabyte, asked_);
 }
 
-TEST_F(Admission, LetsAViewWaitForMemoryThatAnotherViewReturns) {
+TEST_F(Admission, AdmitsAWaitingViewWhenAnotherReleasesMemory) {
   ViewAdmission views = admission({2, 1000 * kMegabyte, kPatience});
   std::optional<ViewAdmission::Pass> running = views.admit(60 * kMegabyte);
   std::future<ViewAdmission::Pass> waiting = waitingView(views, 60 * kMegabyte);
@@ -144,7 +144,7 @@ TEST_F(Admission, LetsAViewWaitForMemoryThatAnotherViewReturns) {
   EXPECT_TRUE(isAdmittedInTime(waiting));
 }
 
-TEST_F(Admission, LetsAViewWaitForAPlaceUntilAnotherIsComputed) {
+TEST_F(Admission, AdmitsAWaitingViewWhenAnotherIsComputed) {
   ViewAdmission views = admission({1, 100 * kMegabyte, kPatience});
   ViewAdmission::Pass running = views.admit(1);
   std::future<ViewAdmission::Pass> waiting = waitingView(views, 1);
@@ -152,7 +152,7 @@ TEST_F(Admission, LetsAViewWaitForAPlaceUntilAnotherIsComputed) {
   EXPECT_TRUE(isAdmittedInTime(waiting));
 }
 
-TEST_F(Admission, AdmitsEveryWaitingViewForWhichThereIsRoom) {
+TEST_F(Admission, AdmitsEveryWaitingViewThatFits) {
   ViewAdmission views = admission({2, 10 * kMegabyte, kPatience});
   std::optional<ViewAdmission::Pass> running = views.admit(10 * kMegabyte);
   std::future<ViewAdmission::Pass> first = waitingView(views, 1);
@@ -172,7 +172,7 @@ TEST_F(Admission, RefusesViewsWhileItIsClosed) {
   const ViewAdmission::Pass pass = views.admit(1);
 }
 
-TEST_F(Admission, EndsEveryWaitWhenItCloses) {
+TEST_F(Admission, CloseEndsEveryWait) {
   ViewAdmission views = admission({1, 10 * kMegabyte, kPatience});
   const ViewAdmission::Pass running = views.admit(1);
   std::vector<std::future<ViewAdmission::Pass>> waiting;

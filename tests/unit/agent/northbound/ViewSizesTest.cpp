@@ -1,5 +1,4 @@
-// What the agent believes that a view takes. That it is near the truth is shown with the real
-// module, in the tests with real programs.
+// Estimates of the memory of views. The integration tests compare the estimates with the module.
 
 #include "agent/northbound/ViewSizes.h"
 
@@ -45,7 +44,7 @@ TEST(ViewSizes, AreZeroWithoutRecords) {
   }
 }
 
-TEST(ViewSizes, CountNodesAndTheElementsThatNoNodeShows) {
+TEST(ViewSizes, CountNodesAndElementsWithoutANode) {
   Network network;
   network.topoNodes = {node("1", "a"), node("2", "b")};
   network.networkElements = {{1, "one", false, false}, {2, "two", true, false}};
@@ -118,7 +117,7 @@ TEST(ViewSizes, FollowTheChangesOfTheNetwork) {
   EXPECT_EQ(0U, sizes.of(ViewKind::kNodes, false).records);
 }
 
-TEST(ViewSizes, GiveEveryRecordTheAverageSize) {
+TEST(ViewSizes, AverageTheSizeOfTheRecords) {
   const ViewSize size{10, 5000, 0};
   EXPECT_EQ(0U, size.of(0));
   EXPECT_LE(1500U, size.of(3));
