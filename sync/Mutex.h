@@ -1,5 +1,5 @@
-// A mutex and its lock that clang's thread-safety analysis understands. The standard library's own
-// have no annotations.
+// A mutex and its lock with annotations for clang's thread-safety analysis. Those of the standard
+// library have none.
 //
 //   Mutex mutex_;
 //   std::condition_variable changed_;
@@ -15,7 +15,11 @@
 
 #include "sync/ThreadAnnotations.h"
 
-// Thread-safety: any thread. Not recursive.
+// A mutex that is not recursive.
+//
+// Thread-safety: any thread.
+// Ownership: owns the native mutex; outlives its locks.
+// Errors: throws nothing but std::system_error of a failed lock.
 class CAPABILITY("mutex") Mutex {
  public:
   Mutex() = default;
@@ -32,8 +36,11 @@ class CAPABILITY("mutex") Mutex {
   std::mutex native_;
 };
 
-// Holds a mutex until the end of its scope. May release the mutex and take the mutex again in
-// between. Borrows the mutex. Thread-safety: one thread.
+// Locks a mutex until the end of its scope. unlock() and lock() interrupt the lock.
+//
+// Thread-safety: one thread.
+// Ownership: borrows the mutex.
+// Errors: throws nothing but std::system_error of a failed lock.
 class SCOPED_CAPABILITY MutexLock {
  public:
   explicit MutexLock(Mutex& mutex) ACQUIRES(mutex) : lock_(mutex.native_) {}
@@ -42,13 +49,13 @@ class SCOPED_CAPABILITY MutexLock {
   MutexLock(const MutexLock&) = delete;
   MutexLock& operator=(const MutexLock&) = delete;
 
-  // REQUIRES: the mutex is not held.
+  // REQUIRES: the mutex is not locked.
   void lock() ACQUIRES() { lock_.lock(); }
 
-  // REQUIRES: the mutex is held.
+  // REQUIRES: the mutex is locked.
   void unlock() RELEASES() { lock_.unlock(); }
 
-  // For std::condition_variable, which holds the mutex again whenever it returns.
+  // For std::condition_variable, whose waits return with the mutex locked.
   std::unique_lock<std::mutex>& native() { return lock_; }
 
  private:

@@ -12,16 +12,16 @@
 #define SYNC_ATTRIBUTE(x)
 #endif
 
-// A member that is read and written with the mutex held alone.
+// A member that is read and written only with the mutex locked.
 #define GUARDED_BY(mutex) SYNC_ATTRIBUTE(guarded_by(mutex))
 
-// A pointer whose target is read and written with the mutex held alone.
+// A pointer whose target is read and written only with the mutex locked.
 #define PT_GUARDED_BY(mutex) SYNC_ATTRIBUTE(pt_guarded_by(mutex))
 
-// A function, or a lambda, whose caller holds the mutexes.
+// A function, or a lambda, whose caller has locked the mutexes.
 #define REQUIRES(...) SYNC_ATTRIBUTE(requires_capability(__VA_ARGS__))
 
-// A function whose caller does not hold the mutexes.
+// A function whose caller has not locked the mutexes.
 #define EXCLUDES(...) SYNC_ATTRIBUTE(locks_excluded(__VA_ARGS__))
 
 // For the types of mutexes and locks.
