@@ -9,7 +9,7 @@
 
 namespace agent {
 
-// The reason why the module cannot be loaded or started, in one line with the file.
+// The reason why the module cannot be loaded or started: one line with the file. A plain value.
 class ModuleError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;

@@ -20,7 +20,7 @@ namespace agent {
 // Errors: admit throws CORBA::NO_RESOURCES, and logs refusals at a limited rate.
 class ImportAdmission {
  public:
-  // Whether the process may allocate so many bytes more. Called from any thread.
+  // Whether the process may allocate so many more bytes. Called from any thread.
   using Allows = std::function<bool(std::size_t bytes)>;
 
   // The most memory that the parser needs for one byte of a file. XML nodes and JSON values of two

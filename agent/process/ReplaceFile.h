@@ -9,7 +9,7 @@
 
 namespace agent {
 
-// The reason why a file cannot be written, in one line.
+// The reason why a file cannot be written, in one line. A plain value.
 class FileError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
