@@ -59,7 +59,7 @@ class TopoEventHandler : public EventUnderTest {
 
 // --- Access and dispatch.
 
-TEST_F(TopoEventHandler, TakesAccessWithTwoLookupsBeforeAnythingElse) {
+TEST_F(TopoEventHandler, SetsTheAccessWithTwoLookupsFirst) {
   EXPECT_EQ(handle(kDeleted, {subnetwork("a")}), 0);
   Lines expected = access();
   expected.insert(expected.end(),
@@ -68,7 +68,7 @@ TEST_F(TopoEventHandler, TakesAccessWithTwoLookupsBeforeAnythingElse) {
   EXPECT_EQ(Journal::lines(), expected);
 }
 
-TEST_F(TopoEventHandler, TakesAccessForAnEventWithoutNodesAndSendsNothing) {
+TEST_F(TopoEventHandler, SetsTheAccessForAnEventWithoutNodesAndSendsNothing) {
   for (const int event : kEvents) {
     Journal::clear();
     EXPECT_EQ(handle(event, {}), 0);
@@ -76,7 +76,7 @@ TEST_F(TopoEventHandler, TakesAccessForAnEventWithoutNodesAndSendsNothing) {
   }
 }
 
-TEST_F(TopoEventHandler, TakesAccessForAnEventThatItDoesNotKnowAndIgnoresIt) {
+TEST_F(TopoEventHandler, SetsTheAccessForAnUnknownEventAndIgnoresTheEvent) {
   for (const int event : {375, 371, 0, -1}) {
     Journal::clear();
     EXPECT_EQ(handle(event, {subnetwork("a", "A")}), 0);
@@ -93,7 +93,7 @@ TEST_F(TopoEventHandler, SendsForEachEventANotificationOfItsKind) {
   }
 }
 
-TEST_F(TopoEventHandler, LooksNotAtTheSecondArgument) {
+TEST_F(TopoEventHandler, IgnoresTheSecondArgument) {
   TEEvent event;
   event.nodes = {subnetwork("a")};
   EXPECT_EQ(handler_.HandleEvent(kDeleted, 99, event), 0);
@@ -134,7 +134,7 @@ TEST_F(TopoEventHandler, LogsAMissingSecurityInterface) {
   }
 }
 
-TEST_F(TopoEventHandler, LogsThatTheSecurityInterfaceWentBetweenTheTwoCalls) {
+TEST_F(TopoEventHandler, LogsASecurityInterfaceThatDisappearsBetweenTheTwoCalls) {
   fakes::onCall("setAccessIdentity", 1, []() -> CORBA::ULong {
     fakes::resetBundles();
     return 0;
@@ -234,7 +234,7 @@ TEST_F(TopoEventHandler, LogsTheIdentifierOfAnyEvent) {
   EXPECT_EQ(logged(), Lines{failed(-3)});
 }
 
-TEST_F(TopoEventHandler, LetsNoExceptionOfTheLogOut) {
+TEST_F(TopoEventHandler, DropsExceptionsOfTheLog) {
   for (const fakes::Step& event : {fakes::raiseProcessException(7), fakes::raiseTransient()}) {
     for (const char* logCall : {"TaDebugWithPara", "GetTss"}) {
       std::vector<fakes::Step> steps = anyOtherFailure();

@@ -65,7 +65,7 @@ TEST_F(TopoChangedLabels, ThatAreEmptySkipTheNode) {
   EXPECT_EQ(Journal::count("ConvertTopoNodeIdToName"), 2);
 }
 
-TEST_F(TopoChangedLabels, AreReportedAgainAndAgainOutsideTestMode) {
+TEST_F(TopoChangedLabels, AreReportedRepeatedlyOutsideTestMode) {
   relabel({subnetwork("a", "A"), subnetwork("a", "A"), subnetwork("b", "A")});
   relabel({subnetwork("a", "A")});
   EXPECT_EQ(changes().size(), 4U);
@@ -113,14 +113,14 @@ class TopoChangedLabelsInTestMode : public EventUnderTest {
   }
 };
 
-TEST_F(TopoChangedLabelsInTestMode, AreReportedAndRemembered) {
+TEST_F(TopoChangedLabelsInTestMode, AreReportedAndCached) {
   remember("a", "A");
   EXPECT_EQ(relabel({node("a", "B")}), 0);
   EXPECT_EQ(changes(), Changes{ownChange("a", "B")});
   EXPECT_EQ(remembered("a"), "B");
 }
 
-TEST_F(TopoChangedLabelsInTestMode, AreReportedForANodeThatIsNotRemembered) {
+TEST_F(TopoChangedLabelsInTestMode, AreReportedForANodeThatIsNotCached) {
   relabel({node("a", "A")});
   EXPECT_EQ(changes(), Changes{ownChange("a", "A")});
   EXPECT_EQ(remembered("a"), "(nothing)");
@@ -159,20 +159,20 @@ TEST_F(TopoChangedLabelsInTestMode, ThatAreEmptySkipTheNode) {
   EXPECT_EQ(changes(), Changes{ownChange("b", "B")});
 }
 
-TEST_F(TopoChangedLabelsInTestMode, ThatAreEmptyAreRemembered) {
+TEST_F(TopoChangedLabelsInTestMode, ThatAreEmptyAreCached) {
   remember("a", "A");
   relabel({node("a", ""), node("b", "B")});
   EXPECT_EQ(remembered("a"), "");
   EXPECT_EQ(changes(), Changes{ownChange("b", "B")});
 }
 
-TEST_F(TopoChangedLabelsInTestMode, ThatAreEmptyEndTheEventWhenThatIsKnown) {
+TEST_F(TopoChangedLabelsInTestMode, ThatAreEmptyEndTheEventWhenTheEmptyLabelIsKnown) {
   remember("a", "");
   relabel({node("a", ""), node("b", "B")});
   EXPECT_EQ(changes(), Changes{});
 }
 
-TEST_F(TopoChangedLabelsInTestMode, ThatAreEmptyAreNotTheLastOneReported) {
+TEST_F(TopoChangedLabelsInTestMode, ThatAreEmptyAreNotStoredAsTheLastReported) {
   relabel({node("a", "A"), node("b", ""), node("c", "A")});
   EXPECT_EQ(changes(), Changes{ownChange("a", "A")});
 }
@@ -196,7 +196,7 @@ TEST_F(TopoChangedLabelsInTestMode, AreReportedAgainAfterAnother) {
   EXPECT_EQ(changes(), (Changes{ownChange("a", "A"), ownChange("b", "B"), ownChange("c", "A")}));
 }
 
-TEST_F(TopoChangedLabelsInTestMode, OutsideItAreNotTheLastOnesReported) {
+TEST_F(TopoChangedLabelsInTestMode, OutsideTestModeAreNotStoredAsTheLastReported) {
   fakes::agent().testSwitchAnswers = {true, false, true};
   relabel({node("a", "A"), node("b", "B"), node("c", "A")});
   EXPECT_EQ(changes(), (Changes{ownChange("a", "A"), ownChange("b", "B")}));
@@ -210,7 +210,7 @@ TEST_F(TopoChangedLabelsInTestMode, FollowTheSwitchNodeByNode) {
   EXPECT_EQ(Journal::count("GetTestSwitch"), 2);
 }
 
-TEST_F(TopoChangedLabelsInTestMode, AreRememberedBeforeTheNodeIsNamed) {
+TEST_F(TopoChangedLabelsInTestMode, AreCachedBeforeTheNodeIsNamed) {
   remember("a", "A");
   fakes::onCall("ConvertTopoNodeIdToName", 1, fakes::raiseRuntimeError("broken"));
   EXPECT_THROW(relabel({node("a", "B")}), std::runtime_error);
@@ -218,7 +218,7 @@ TEST_F(TopoChangedLabelsInTestMode, AreRememberedBeforeTheNodeIsNamed) {
   EXPECT_FALSE(topo::lastReportedLabel.storeChange("B"));
 }
 
-TEST_F(TopoChangedLabelsInTestMode, StayRememberedWhenTheEventFails) {
+TEST_F(TopoChangedLabelsInTestMode, StayCachedWhenTheEventFails) {
   remember("a", "A");
   remember("b", "B");
   remember("c", "C");

@@ -61,7 +61,7 @@ TEST_F(TopoNodeLabelCache, KeepsDuplicates) {
   EXPECT_EQ(cache_.labels(), (Texts{"A", "A"}));
 }
 
-TEST_F(TopoNodeLabelCache, SaysNoToTheLabelThatItKnows) {
+TEST_F(TopoNodeLabelCache, ReturnsFalseForTheStoredLabel) {
   cache_.append("a", "A");
   EXPECT_FALSE(cache_.storeChange("a", "A"));
 }
@@ -81,7 +81,7 @@ TEST_F(TopoNodeLabelCache, StoresAnEmptyLabelToo) {
   EXPECT_FALSE(cache_.storeChange("a", ""));
 }
 
-TEST_F(TopoNodeLabelCache, AddsNoNodeThatItDoesNotKnow) {
+TEST_F(TopoNodeLabelCache, AddsNoUnknownNode) {
   cache_.append("a", "A");
   EXPECT_TRUE(cache_.storeChange("b", "B"));
   EXPECT_TRUE(cache_.storeChange("b", "B"));
@@ -147,7 +147,7 @@ TEST_F(TopoNodeLabelCache, ReportsEachNewLabelToOneOfSeveralThreads) {
   EXPECT_EQ(changes, kNodes);
 }
 
-TEST_F(TopoNodeLabelCache, MayGrowOnSeveralThreads) {
+TEST_F(TopoNodeLabelCache, CanGrowOnSeveralThreads) {
   constexpr int kNodes = 5000;
   timesTrue([&] {
     for (int i = 0; i < kNodes; ++i) {
@@ -159,7 +159,7 @@ TEST_F(TopoNodeLabelCache, MayGrowOnSeveralThreads) {
   EXPECT_EQ(cache_.labels().size(), std::size_t{kThreads} * kNodes);
 }
 
-TEST_F(TopoNodeLabelCache, MayGrowWhileItIsAsked) {
+TEST_F(TopoNodeLabelCache, CanGrowDuringLookups) {
   cache_.append("a", "0");
   std::thread growing([this] {
     for (int i = 0; i < 2000; ++i) {
@@ -186,7 +186,7 @@ TEST_F(TopoLastReportedLabel, IsEmptyAtFirst) {
   EXPECT_TRUE(last_.storeChange("a"));
 }
 
-TEST_F(TopoLastReportedLabel, KnowsTheLastOneOnly) {
+TEST_F(TopoLastReportedLabel, StoresTheLastLabelOnly) {
   EXPECT_TRUE(last_.storeChange("a"));
   EXPECT_FALSE(last_.storeChange("a"));
   EXPECT_TRUE(last_.storeChange("b"));

@@ -68,7 +68,7 @@ TEST_F(TopoDeletedNodes, AreReportedAlsoWhenTheyCannotBeNamed) {
   EXPECT_EQ(names(), (Lines{"[EMS=EMS-1]", "[]", nameOf("b")}));
 }
 
-TEST_F(TopoDeletedNodes, HaveNothingOfTheNameBeforeThem) {
+TEST_F(TopoDeletedNodes, HaveNoPairOfThePreviousName) {
   TopoNode_T unknown = subnetwork("u");
   unknown.nodeType = kUnknownType;
   TopoEventMgr::notifyNodesDeleted({subnetwork("a"), unknown});
@@ -80,7 +80,7 @@ TEST_F(TopoDeletedNodes, AreReportedWithTheIdZeroToo) {
   EXPECT_EQ(names(), Lines{nameOf("0")});
 }
 
-TEST_F(TopoDeletedNodes, DependNotOnTheSwitch) {
+TEST_F(TopoDeletedNodes, DoNotDependOnTheTestSwitch) {
   TopoEventMgr::notifyNodesDeleted({subnetwork("a")});
   EXPECT_EQ(Journal::count("GetTestSwitch"), 0);
 }
@@ -133,7 +133,7 @@ TEST_F(TopoCreatedNodes, AreReportedInOrderEachWithItsOwnCopy) {
             "[EMS=EMS-1, ManagedElement=5]");
 }
 
-TEST_F(TopoCreatedNodes, HaveTheRelatedNameOfTheNodeBeforeWhenTheyHaveNoParent) {
+TEST_F(TopoCreatedNodes, HaveTheRelatedNameOfThePreviousNodeWhenTheyHaveNoParent) {
   for (const char* noParent : {"0", ""}) {
     fakes::resetAgent();
     create({below(subnetwork("a"), "p"), below(subnetwork("b"), noParent)});
@@ -142,7 +142,7 @@ TEST_F(TopoCreatedNodes, HaveTheRelatedNameOfTheNodeBeforeWhenTheyHaveNoParent) 
   }
 }
 
-TEST_F(TopoCreatedNodes, HaveNothingOfTheEventBefore) {
+TEST_F(TopoCreatedNodes, HaveNoFieldOfThePreviousEvent) {
   create({below(subnetwork("a"), "p")});
   create({below(subnetwork("b"), "0")});
   EXPECT_EQ(createdNode(1).relatedName.length(), 0U);
@@ -162,7 +162,7 @@ TEST_F(TopoCreatedNodes, BeginWithAFreshRecord) {
   EXPECT_EQ(carried.additionalInfo.length(), 0U);
 }
 
-TEST_F(TopoCreatedNodes, OfAnUnknownTypeAreReportedAsTheNodeBefore) {
+TEST_F(TopoCreatedNodes, OfAnUnknownTypeAreReportedAsThePreviousNode) {
   TopoNode_T unknown = subnetwork("u", "U");
   unknown.nodeType = kUnknownType;
   create({below(subnetwork("a", "A"), "p"), unknown});
@@ -172,7 +172,7 @@ TEST_F(TopoCreatedNodes, OfAnUnknownTypeAreReportedAsTheNodeBefore) {
   EXPECT_STREQ(createdNode(1).nativeEMSName.in(), "A");
 }
 
-TEST_F(TopoCreatedNodes, KeepTheFieldsAfterAFailedStepOfTheNodeBefore) {
+TEST_F(TopoCreatedNodes, KeepFieldsOfThePreviousNodeAfterAFailedStep) {
   TopoNode_T first = below(subnetwork("a", "A"), "p");
   first.attribute3 = 3;
   first.attribute4 = 4;
@@ -220,7 +220,7 @@ TEST_F(TopoCreatedNodes, KeepTheVendorWhenTheSwitchIsTurnedOffBetweenThem) {
   EXPECT_EQ(createdNode(1).additionalInfo.length(), 1U);
 }
 
-TEST_F(TopoCreatedNodes, AreNotRememberedInTestMode) {
+TEST_F(TopoCreatedNodes, AreNotCachedInTestMode) {
   fakes::agent().testSwitch = true;
   const auto before = topo::nodeLabelCache.identifiers();
   create({subnetwork(own("a"), "A")});

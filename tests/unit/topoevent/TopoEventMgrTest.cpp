@@ -82,7 +82,7 @@ TEST_F(TopoEventMgrInstance, StaysWhenItCannotBeCleanedUpUnderTheLock) {
   EXPECT_EQ(TopoEventMgr::Instance(), instance);
 }
 
-TEST_F(TopoEventMgrInstance, MayBeCleanedUpWhenThereIsNone) {
+TEST_F(TopoEventMgrInstance, AllowsACleanUpWithoutAnInstance) {
   TopoEventMgr::CleanUp();
   TopoEventMgr::CleanUp();
   EXPECT_NE(TopoEventMgr::Instance(), nullptr);
@@ -106,7 +106,7 @@ TEST_F(TopoEventMgrInstance, IsOneForAllThreads) {
   }
 }
 
-TEST_F(TopoEventMgrInstance, IsOneForAThreadThatFoundNoneWhileAnotherMadeIt) {
+TEST_F(TopoEventMgrInstance, IsSharedWithAThreadThatWaitedForItsCreation) {
   TopoEventMgr* theirs = nullptr;
   TopoEventMgr* ours = nullptr;
   std::atomic<bool> ended{false};
@@ -150,7 +150,7 @@ TEST_F(TopoEventSubscription, SubscribesTheHandlerItself) {
   }
 }
 
-TEST_F(TopoEventSubscription, IsNotMadeWithoutAccess) {
+TEST_F(TopoEventSubscription, IsSkippedWithoutAccess) {
   fakes::allowEventAccess(false);
   EXPECT_EQ(subscribe(), 0);
   EXPECT_EQ(Journal::lines(), (Lines{"CheckIFBuf(\"SecurityIF\")", "isEventAccessAllowed()"}));
@@ -175,13 +175,13 @@ TEST_F(TopoEventSubscription, FindsTheEventManagerBeforeItAsksForAccess) {
   }
 }
 
-TEST_F(TopoEventSubscription, IsNotMadeAndNotMissedWithoutTheSecurityInterface) {
+TEST_F(TopoEventSubscription, IsSkippedWithoutTheSecurityInterface) {
   fakes::resetBundles();
   EXPECT_EQ(subscribe(), 0);
   EXPECT_EQ(Journal::lines(), (Lines{"CheckIFBuf(\"SecurityIF\")", "GetServiceObjects()"}));
 }
 
-TEST_F(TopoEventSubscription, IsNotMadeWhenTheQuestionForAccessFails) {
+TEST_F(TopoEventSubscription, IsSkippedWhenTheAccessCheckFails) {
   for (const fakes::Step& step : anyFailure()) {
     fakes::resetJournal();
     fakes::onCall("isEventAccessAllowed", 1, step);
@@ -260,7 +260,7 @@ TEST_F(TopoEventUnSubscription, DropsExceptionsOfTheEventManager) {
   }
 }
 
-TEST_F(TopoEventUnSubscription, DropsThatThereIsNoEventManager) {
+TEST_F(TopoEventUnSubscription, DropsExceptionsOfTheInstanceFunction) {
   for (const fakes::Step& step : anyFailure()) {
     fakes::resetJournal();
     fakes::onCall("TEEventMgr::Instance", 1, step);

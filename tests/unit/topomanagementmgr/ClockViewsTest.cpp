@@ -174,7 +174,7 @@ TEST_F(TopoClockNodes, ConvertTheKeyOfZeroAndTheNumber) {
                    kUtility, "ConvertNEIndexToName(0, 0)"}));
 }
 
-TEST_F(TopoClockNodes, LookForTheUtilityOnceForEveryConversion) {
+TEST_F(TopoClockNodes, LookUpTheUtilityForEveryConversion) {
   build({position("NE=5"), position("none"), position("NE=6")});
   EXPECT_EQ(Journal::lines(), (Lines{kUtility, "ConvertNEIndexToName(0, 5)", kUtility,
                                      "ConvertNEIndexToName(0, 6)"}));
@@ -225,13 +225,13 @@ TEST_F(TopoClockNodes, CarryNoVendorInTestMode) {
   EXPECT_EQ(Journal::count("GetTestSwitch"), 0);
 }
 
-TEST_F(TopoClockNodes, PassOnThatTheUtilityIsMissing) {
+TEST_F(TopoClockNodes, ThrowWhenTheUtilityIsMissing) {
   fakes::openBuffer("CorbaUtilInterface").Remove(&fakes::corbaUtil());
   EXPECT_THROW(TopoManagementMgr::buildClockSourceNodeList(nodes_, {position("NE=5")}),
                InterfaceNotExistException);
 }
 
-TEST_F(TopoClockNodes, DoNotMindAMissingUtilityThatIsNotNeeded) {
+TEST_F(TopoClockNodes, IgnoreAMissingUtilityThatIsNotNeeded) {
   fakes::openBuffer("CorbaUtilInterface").Remove(&fakes::corbaUtil());
   build({position("none", "A")});
   EXPECT_EQ(fieldsOf(nodes_[0]), (NodeFields{"[]", "A"}));
@@ -462,7 +462,7 @@ TEST_F(TopoClockLinks, OverwriteEveryFieldOfTheList) {
             (LinkFields{"[EMS=EMS-1, ClockTopoLinkId=1]", "Links:new", "new"}));
 }
 
-TEST_F(TopoClockLinks, PassOnThatTheUtilityIsMissing) {
+TEST_F(TopoClockLinks, ThrowWhenTheUtilityIsMissing) {
   fakes::openBuffer("CorbaUtilInterface").Remove(&fakes::corbaUtil());
   EXPECT_THROW(TopoManagementMgr::buildClockTopoLinkList(links_, {clockLink("1")}),
                InterfaceNotExistException);

@@ -237,14 +237,14 @@ TEST_F(TopoNameConversion, RefusesAnyOtherType) {
   }
 }
 
-TEST_F(TopoNameConversion, LooksForTheUtilityAfreshEveryTime) {
+TEST_F(TopoNameConversion, LooksUpTheUtilityForEveryConversion) {
   convert(kFdn, "NE=5");
   convert(kFdn, "5");
   convert(kTopoNodeId, "map");
   EXPECT_EQ(Journal::linesOf({"CheckIFBuf"}), Lines(3, "CheckIFBuf(\"CorbaUtilInterface\")"));
 }
 
-TEST_F(TopoNameConversion, PassesOnThatTheUtilityIsMissing) {
+TEST_F(TopoNameConversion, ThrowsWhenTheUtilityIsMissing) {
   fakes::openBuffer("CorbaUtilInterface").Remove(&fakes::corbaUtil());
   EXPECT_THROW(convert(kFdn, "NE=5"), InterfaceNotExistException);
   EXPECT_THROW(convert(kFdn, "5"), InterfaceNotExistException);
@@ -465,7 +465,7 @@ TEST_F(TopoNodeConversion, ReadsTheTestSwitchAfreshForEveryNode) {
   EXPECT_EQ(node_.additionalInfo.length(), 0U);
 }
 
-TEST_F(TopoNodeConversion, PassesOnThatTheUtilityIsMissing) {
+TEST_F(TopoNodeConversion, ThrowsWhenTheUtilityIsMissing) {
   fakes::openBuffer("CorbaUtilInterface").Remove(&fakes::corbaUtil());
   EXPECT_THROW(convert(subnetwork("map")), InterfaceNotExistException);
 }
@@ -589,7 +589,7 @@ TEST_F(TopoNodeListConversion, GivesNoNodeTheVendorOutsideTestMode) {
   EXPECT_EQ(nodes_[1].additionalInfo.length(), 0U);
 }
 
-TEST_F(TopoNodeListConversion, PassesOnThatTheUtilityIsMissing) {
+TEST_F(TopoNodeListConversion, ThrowsWhenTheUtilityIsMissing) {
   fakes::openBuffer("CorbaUtilInterface").Remove(&fakes::corbaUtil());
   EXPECT_THROW(convert({subnetwork("a")}), InterfaceNotExistException);
 }

@@ -12,7 +12,7 @@
 
 namespace {
 
-TEST(TopoLabelAllocation, LetsTheFailureOfALongLinePassAndKeepsTheLinesBeforeIt) {
+TEST(TopoLabelAllocation, PassesTheFailureOfALongLineAndKeepsEarlierLines) {
   constexpr std::size_t kLong = 100000;  // bytes; more than the buffer of the stream
   const support::TemporaryDirectory dir;
   const std::string file = dir.file("labels.txt");
@@ -32,7 +32,7 @@ TEST(TopoLabelAllocation, LetsTheFailureOfALongLinePassAndKeepsTheLinesBeforeIt)
   EXPECT_EQ(value, "1");
 }
 
-TEST(TopoLabelAllocation, LetsTheFailureOfEveryAllocationPass) {
+TEST(TopoLabelAllocation, PassesTheFailureOfEveryAllocation) {
   const support::TemporaryDirectory dir;
   const std::string file = dir.file("labels.txt");
   const std::string key(100, 'k');

@@ -121,7 +121,7 @@ TEST_F(TopoProtectSubnetworkView, LeavesOutNodesThatDoNotConvert) {
   EXPECT_EQ(loggedErrorWithoutLine(), "0 errors");
 }
 
-TEST_F(TopoProtectSubnetworkView, DoesNotMindASubnetworkWithoutAName) {
+TEST_F(TopoProtectSubnetworkView, AcceptsASubnetworkWithoutAName) {
   network().nodes = {subnetwork("a", "A")};
   fakes::naming().emptyTopoNodeNames = true;
   fakes::agent().testSwitch = true;
@@ -280,7 +280,7 @@ TEST_F(TopoProtectSubnetworkView, KeepsNodesOfAQueryThatFailsLateWithoutACode) {
   EXPECT_EQ(Journal::count("GetTestSwitch"), 3);  // by the conversion of the nodes only
 }
 
-TEST_F(TopoProtectSubnetworkView, PassesOnThatTheUtilityIsMissing) {
+TEST_F(TopoProtectSubnetworkView, ThrowsWhenTheUtilityIsMissing) {
   fillNetwork();
   fakes::openBuffer("CorbaUtilInterface").Remove(&fakes::corbaUtil());
   EXPECT_THROW(view(), InterfaceNotExistException);

@@ -116,7 +116,7 @@ TEST_F(TopoSubnetworkView, AsksTheDomainInThisOrder) {
             (kTopoCalls + kIndexCalls + Lines{"GetNEData()", "GetNEList([0:5, 0:7])"}));
 }
 
-TEST_F(TopoSubnetworkView, LooksForTheDomainOnceAndReadsTheSwitchAfterTheTopology) {
+TEST_F(TopoSubnetworkView, LooksUpTheDomainOnceAndReadsTheSwitchAfterTheTopology) {
   fillNetwork();
   view();
   const Lines lines = Journal::lines();
@@ -304,7 +304,7 @@ TEST_F(TopoSubnetworkView, RaisesBadParamForASubnetworkWithoutAName) {
   EXPECT_THROW(view(), CORBA::BAD_PARAM);
 }
 
-TEST_F(TopoSubnetworkView, DoesNotMindANodeWithoutANameOutsideTestMode) {
+TEST_F(TopoSubnetworkView, AcceptsANodeWithoutANameOutsideTestMode) {
   network().nodes = {subnetwork("a", "A")};
   fakes::naming().emptyTopoNodeNames = true;
   EXPECT_EQ(view(), 0U);
@@ -345,7 +345,7 @@ TEST_F(TopoSubnetworkView, ReadsTheSwitchForItsAttributesBeforeItConverts) {
   EXPECT_EQ(nodes_[0].additionalInfo.length(), 1U);
 }
 
-TEST_F(TopoSubnetworkView, MakesNoFileForItsUserLabels) {
+TEST_F(TopoSubnetworkView, CreatesNoFileForItsUserLabels) {
   const support::TemporaryDirectory dir;
   const std::filesystem::path before = std::filesystem::current_path();
   std::filesystem::current_path(dir.path());
@@ -404,7 +404,7 @@ TEST_F(TopoNodeAttributes, TakeThreeValuesUnderTheLastNameValueAndTheirName) {
   EXPECT_EQ(asked_, (std::vector<std::string>{"auserLabel", "aSubnetworkBandWidth", "alayerRate"}));
 }
 
-TEST_F(TopoNodeAttributes, KeepNoValueOfTheNodeBefore) {
+TEST_F(TopoNodeAttributes, KeepNoValueOfThePreviousNode) {
   topo::setLength(nodes_, 2);
   nodes_[1].nodeType = 1;
   nodes_[1].name = fakes::nameOf("TopoSubnetwork", "b");
@@ -518,7 +518,7 @@ TEST_F(TopoSubnetworkView, KeepsNodesOfAQueryThatFailsLateWithoutACode) {
   EXPECT_EQ(fakes::labelsOf(nodes_), (Lines{"A", "B", "Six"}));
 }
 
-TEST_F(TopoSubnetworkView, PassesOnThatTheUtilityIsMissing) {
+TEST_F(TopoSubnetworkView, ThrowsWhenTheUtilityIsMissing) {
   fillNetwork();
   fakes::openBuffer("CorbaUtilInterface").Remove(&fakes::corbaUtil());
   EXPECT_THROW(view(), InterfaceNotExistException);

@@ -49,7 +49,7 @@ class TopoUserLabels : public testing::Test {
   topo::UserLabels<RecordingMap, RecordingMutex, std::lock_guard<RecordingMutex>> labels_{"file"};
 };
 
-TEST_F(TopoUserLabels, MakeTheirMapAndAskItWhileTheyHoldTheMutex) {
+TEST_F(TopoUserLabels, MakeAndSearchTheirMapWithTheMutexLocked) {
   EXPECT_EQ(steps(), Lines{});
   EXPECT_EQ(labels_.labelOf("known"), "label");
   EXPECT_EQ(steps(), (Lines{"lock", "made of file", "asked for known", "unlock"}));

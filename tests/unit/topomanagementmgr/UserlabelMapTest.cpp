@@ -130,7 +130,7 @@ TEST_F(TopoUserlabelMap, KeepsTheLinesBeforeAReadFailure) {
 }
 
 // The file can be opened for reading and writing, but its first page is not mapped.
-TEST_F(TopoUserlabelMap, IsNotDisturbedByAFileThatCannotBeRead) {
+TEST_F(TopoUserlabelMap, IgnoresAFileThatCannotBeRead) {
   const char* const unreadable = "/proc/self/mem";
   if (access(unreadable, R_OK | W_OK) != 0) {
     GTEST_SKIP() << "there is no such file here";
@@ -139,7 +139,7 @@ TEST_F(TopoUserlabelMap, IsNotDisturbedByAFileThatCannotBeRead) {
   EXPECT_EQ(find(map, "a"), kAbsent);
 }
 
-TEST_F(TopoUserlabelMap, LetsLaterLinesWin) {
+TEST_F(TopoUserlabelMap, UsesTheLastLineOfAKey) {
   write("a;1\nb;2\na;3\n");
   EXPECT_EQ(find("a"), "3");
 }
@@ -186,13 +186,13 @@ TEST_F(TopoUserlabelMap, KeepsItsEntriesWhenTheFileIsDeleted) {
   EXPECT_EQ(find("a"), "1");
 }
 
-TEST_F(TopoUserlabelMap, MakesAMissingFileEmptyAndFindsNothing) {
+TEST_F(TopoUserlabelMap, CreatesAMissingFileAndFindsNothing) {
   EXPECT_EQ(find("a"), kAbsent);
   ASSERT_TRUE(std::filesystem::exists(fileName_));
   EXPECT_EQ(std::filesystem::file_size(fileName_), 0U);
 }
 
-TEST_F(TopoUserlabelMap, ReadsAFileThatItMadeItselfOnceItIsFilled) {
+TEST_F(TopoUserlabelMap, ReadsTheFileThatItCreatedOnceTheFileIsFilled) {
   EXPECT_EQ(find("a"), kAbsent);
   write("a;1\n");
   EXPECT_EQ(find("a"), "1");
@@ -212,7 +212,7 @@ TEST_F(TopoUserlabelMap, FindsNothingInAnEmptyFile) {
   EXPECT_EQ(find(""), kAbsent);
 }
 
-TEST_F(TopoUserlabelMap, FindsNothingAndMakesNothingWithoutAFileName) {
+TEST_F(TopoUserlabelMap, FindsNothingAndCreatesNoFileWithoutAFileName) {
   const std::filesystem::path before = std::filesystem::current_path();
   std::filesystem::current_path(dir_.path());
   Map map("");
@@ -222,7 +222,7 @@ TEST_F(TopoUserlabelMap, FindsNothingAndMakesNothingWithoutAFileName) {
   EXPECT_TRUE(std::filesystem::is_empty(dir_.path()));
 }
 
-TEST_F(TopoUserlabelMap, FindsNothingWhereNoFileCanBeMade) {
+TEST_F(TopoUserlabelMap, FindsNothingWhenNoFileCanBeCreated) {
   Map map(dir_.file("missing/labels.txt"));
   EXPECT_EQ(find(map, "a"), kAbsent);
   EXPECT_TRUE(std::filesystem::is_empty(dir_.path()));

@@ -413,7 +413,7 @@ TEST_F(TopoViewByTopoSubnetwork, RaisesTheFailureOfTheNameAfterAFailedCollection
   EXPECT_EQ(loggedErrorWithoutLine(), caughtBy(kCollection, "77"));
 }
 
-TEST_F(TopoViewByTopoSubnetwork, PassesOnThatTheUtilityIsMissing) {
+TEST_F(TopoViewByTopoSubnetwork, ThrowsWhenTheUtilityIsMissing) {
   fillNetwork();
   fakes::openBuffer("CorbaUtilInterface").Remove(&fakes::corbaUtil());
   EXPECT_THROW(view("S"), InterfaceNotExistException);

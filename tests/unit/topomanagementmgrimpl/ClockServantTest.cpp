@@ -147,7 +147,7 @@ TEST_F(TopoServantClocks, GiveIteratorsThatCanBeEndedEarly) {
   EXPECT_TRUE(fakes::registeredIterators().empty());
 }
 
-TEST_F(TopoServantClocks, RejectNoBatchSize) {
+TEST_F(TopoServantClocks, AcceptEveryBatchSize) {
   nodes(0);
   EXPECT_EQ(nodes_->length(), 0U);
   ASSERT_FALSE(CORBA::is_nil(nodeIterator_));
@@ -246,7 +246,7 @@ TEST_F(TopoServantClocks, MakeTheIteratorLast) {
   }
 }
 
-TEST_F(TopoServantClocks, TellNothingOfASuccess) {
+TEST_F(TopoServantClocks, CallNoFailureFunctionOnSuccess) {
   for (const ClockOperation& operation : operations()) {
     operation.call(3);
   }
@@ -351,7 +351,7 @@ TEST_F(TopoServantClocks, ReturnNeitherListNorIteratorWhenTheyFail) {
 
 // --- Failures after the query.
 
-TEST_F(TopoServantClocks, LetTheFailureOfTheIteratorPass) {
+TEST_F(TopoServantClocks, PassTheFailureOfTheIterator) {
   for (const ClockOperation& operation : operations()) {
     fakes::resetJournal();
     fakes::onCall("add_Iterator", 1, fakes::giveCode(88));

@@ -12,7 +12,7 @@ TEST(TopoCorbaEdge, PassesTheResultOn) {
   topo::atCorbaEdge([] {});
 }
 
-TEST(TopoCorbaEdge, LetsTheUserExceptionPassUnchanged) {
+TEST(TopoCorbaEdge, PassesTheUserException) {
   const auto operation = [] {
     throw globaldefs::ProcessingFailureException(globaldefs::EXCPT_OBJECT_IN_USE, "in use");
   };
@@ -25,7 +25,7 @@ TEST(TopoCorbaEdge, LetsTheUserExceptionPassUnchanged) {
   }
 }
 
-TEST(TopoCorbaEdge, LetsSystemExceptionsPass) {
+TEST(TopoCorbaEdge, PassesSystemExceptions) {
   EXPECT_THROW(topo::atCorbaEdge(fakes::raiseTransient()), CORBA::TRANSIENT);
   EXPECT_THROW(topo::atCorbaEdge([] { throw CORBA::BAD_PARAM(); }), CORBA::BAD_PARAM);
 }
@@ -50,7 +50,7 @@ TEST(TopoCorbaEdgeDeathTest, EndsTheProcessForAnotherUserException) {
   EXPECT_DEATH(topo::atCorbaEdge([] { throw PortableServer::POA::WrongPolicy(); }), "WrongPolicy");
 }
 
-TEST(TopoCorbaEdgeDeathTest, EndsTheProcessForAnythingThatIsThrown) {
+TEST(TopoCorbaEdgeDeathTest, EndsTheProcessForAThrownNumber) {
   EXPECT_DEATH(topo::atCorbaEdge([] { throw 5; }), "int");
 }
 

@@ -84,7 +84,7 @@ TEST_F(TopoServantAttributes, SetAdditionalInfoWithAnErrorTextThatStartsEmpty) {
   EXPECT_EQ(printed(info_), "[k=v]");
 }
 
-TEST_F(TopoServantAttributes, GiveBackTheAdditionalInfoThatTheAgentUpdated) {
+TEST_F(TopoServantAttributes, ReturnTheAdditionalInfoThatTheAgentUpdated) {
   fakes::agent().returnStoredAdditionalInfo = true;
   fakes::agent().storedAdditionalInfo = fakes::nameOf("stored", "x");
   servant_->setAdditionalInfo(name_, info_);
@@ -97,7 +97,7 @@ TEST_F(TopoServantAttributes, ResetAnObject) {
             (Lines{"resetObject([EMS=EMS-1, TopoSubnetwork=a])", "ThrowException(0)"}));
 }
 
-TEST_F(TopoServantAttributes, PassAnEmptyNameOn) {
+TEST_F(TopoServantAttributes, PassAnEmptyName) {
   servant_->setOwner({}, "owner");
   EXPECT_EQ(Journal::linesOf({"onSetOwner"}), Lines{"onSetOwner([], \"owner\")"});
 }
@@ -111,7 +111,7 @@ TEST_F(TopoServantAttributes, RaiseTheAgentsExceptionOfAFailureCode) {
   }
 }
 
-TEST_F(TopoServantAttributes, HandTheErrorTextOfTheAdditionalInfoOn) {
+TEST_F(TopoServantAttributes, PassTheErrorTextOfTheAdditionalInfo) {
   fakes::onCall("onSetAdditionalInfo", 1, fakes::giveCode(7));
   fakes::agent().attributeErrorText = "no such key";
   EXPECT_EQ(failureOf([&] { servant_->setAdditionalInfo(name_, info_); }),
@@ -119,7 +119,7 @@ TEST_F(TopoServantAttributes, HandTheErrorTextOfTheAdditionalInfoOn) {
   EXPECT_EQ(Journal::linesOf({"ThrowException"}), Lines{"ThrowException(7, \"no such key\")"});
 }
 
-TEST_F(TopoServantAttributes, HandTheErrorTextOnAlsoForSuccess) {
+TEST_F(TopoServantAttributes, PassTheErrorTextOnSuccessToo) {
   fakes::agent().attributeErrorText = "a remark";
   servant_->setAdditionalInfo(name_, info_);
   EXPECT_EQ(Journal::linesOf({"ThrowException"}), Lines{"ThrowException(0, \"a remark\")"});
@@ -133,14 +133,14 @@ TEST_F(TopoServantAttributes, LogNothing) {
   EXPECT_EQ(Journal::linesOf({"TaDebug", "TaDebugWithPara", "NbiException"}), Lines{});
 }
 
-TEST_F(TopoServantAttributes, LookForNoServiceInterface) {
+TEST_F(TopoServantAttributes, LookUpNoServiceInterface) {
   for (const auto& setter : setters()) {
     setter.second();
   }
   EXPECT_EQ(Journal::count("CheckIFBuf"), 0);
 }
 
-TEST_F(TopoServantAttributes, LetSystemExceptionsPass) {
+TEST_F(TopoServantAttributes, PassSystemExceptions) {
   for (const auto& setter : setters()) {
     fakes::onCall(setter.first, 1, fakes::raiseTransient());
     EXPECT_THROW(setter.second(), CORBA::TRANSIENT) << setter.first;
@@ -249,7 +249,7 @@ TEST_F(TopoServantView, ReturnsTheRestThroughAnIterator) {
   EXPECT_STREQ(rest[0].nativeEMSName.in(), "C");
 }
 
-TEST_F(TopoServantView, RejectsNoBatchSize) {
+TEST_F(TopoServantView, AcceptsEveryBatchSize) {
   view(0);
   EXPECT_EQ(nodes_->length(), 0U);
   ASSERT_FALSE(CORBA::is_nil(iterator_));
@@ -288,18 +288,18 @@ TEST_F(TopoServantView, TurnsAMissingDomainIntoTheUserException) {
   EXPECT_EQ(failureOf([&] { view(1); }), fakes::constructedFrom(1092091908));
 }
 
-TEST_F(TopoServantView, LetsSystemExceptionsPass) {
+TEST_F(TopoServantView, PassesSystemExceptions) {
   fakes::onCall("GetAllTopoNodes", 1, fakes::raiseTransient());
   EXPECT_THROW(view(1), CORBA::TRANSIENT);
 }
 
-TEST_F(TopoServantView, LetsBadParamOfANamelessSubnetworkPass) {
+TEST_F(TopoServantView, PassesBadParamOfASubnetworkWithoutAName) {
   fakes::naming().emptyTopoNodeNames = true;
   fakes::agent().testSwitch = true;
   EXPECT_THROW(view(1), CORBA::BAD_PARAM);
 }
 
-TEST_F(TopoServantView, LetsTheFailureOfTheIteratorPass) {
+TEST_F(TopoServantView, PassesTheFailureOfTheIterator) {
   fakes::onCall("add_Iterator", 1, fakes::giveCode(88));
   EXPECT_EQ(failureOf([&] { view(1); }), fakes::thrownFor(88));
   EXPECT_TRUE(CORBA::is_nil(iterator_));

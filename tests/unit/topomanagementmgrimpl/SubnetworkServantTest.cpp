@@ -95,7 +95,7 @@ TEST_F(TopoServantSubnetworks, ReturnTheRestThroughAnIterator) {
   }
 }
 
-TEST_F(TopoServantSubnetworks, RejectNoBatchSize) {
+TEST_F(TopoServantSubnetworks, AcceptEveryBatchSize) {
   for (const auto& view : views()) {
     view.second(0);
     EXPECT_EQ(nodes_->length(), 0U) << view.first;
@@ -119,7 +119,7 @@ TEST_F(TopoServantSubnetworks, ReturnAnEmptyListForAnEmptyDomain) {
   }
 }
 
-TEST_F(TopoServantSubnetworks, LetTheFailureOfTheIteratorPass) {
+TEST_F(TopoServantSubnetworks, PassTheFailureOfTheIterator) {
   for (const auto& view : views()) {
     fakes::resetJournal();
     fakes::onCall("add_Iterator", 1, fakes::giveCode(88));
@@ -276,7 +276,7 @@ TEST_F(TopoServantSubnetworks, AnswerAboutASubnetworkThroughAReference) {
 
 // --- Exceptions that pass and exceptions that end the process.
 
-TEST_F(TopoServantSubnetworks, LetSystemExceptionsPass) {
+TEST_F(TopoServantSubnetworks, PassSystemExceptions) {
   for (const auto& view : views()) {
     for (const char* call : {"GetAllTopoNodes", "GetNEIndexList", "ConvertTopoNodeIdToName"}) {
       fakes::resetJournal();

@@ -84,7 +84,7 @@ class TopoServiceEvents : public fakes::OrbFixture {
 
 // --- Subscription.
 
-TEST_F(TopoServiceEvents, AreSubscribedToBehindTheRegistration) {
+TEST_F(TopoServiceEvents, AreSubscribedToAfterTheRegistration) {
   EXPECT_EQ(init(), 0);
   EXPECT_EQ(Journal::lines(), kInit);
 }
@@ -108,7 +108,7 @@ TEST_F(TopoServiceEvents, AreSubscribedToWithoutAnInstanceOfTheManager) {
   EXPECT_EQ(Journal::lines(), kInit);
 }
 
-TEST_F(TopoServiceEvents, AreNotMissedWithoutAccess) {
+TEST_F(TopoServiceEvents, AreNotRequiredWithoutAccess) {
   fakes::allowEventAccess(false);
   EXPECT_EQ(init(), 0);
   EXPECT_EQ(subscriptions(), Lines{});
@@ -116,7 +116,7 @@ TEST_F(TopoServiceEvents, AreNotMissedWithoutAccess) {
   EXPECT_NE(fakes::registeredFactory("TopoManagement"), nullptr);
 }
 
-TEST_F(TopoServiceEvents, AreNotMissedWhenTheSubscriptionFails) {
+TEST_F(TopoServiceEvents, AreNotRequiredWhenTheSubscriptionFails) {
   for (const char* call : {"TEEventMgr::Instance", "isEventAccessAllowed", "Subscribe"}) {
     for (const fakes::Step& step : anyFailure()) {
       fakes::resetAgent();
@@ -128,7 +128,7 @@ TEST_F(TopoServiceEvents, AreNotMissedWhenTheSubscriptionFails) {
   }
 }
 
-TEST_F(TopoServiceEvents, AreNotMissedWithoutTheSecurityInterface) {
+TEST_F(TopoServiceEvents, AreNotRequiredWithoutTheSecurityInterface) {
   fakes::resetBundles();
   EXPECT_EQ(init(), 0);
   EXPECT_EQ(subscriptions(), Lines{});
@@ -147,7 +147,7 @@ TEST_F(TopoServiceEvents, AreNotSubscribedToWhenTheRegistrationFails) {
 
 // --- Unsubscription.
 
-TEST_F(TopoServiceEvents, AreUnsubscribedFromBehindTheManager) {
+TEST_F(TopoServiceEvents, AreUnsubscribedFromAfterTheManager) {
   init();
   Journal::clear();
   EXPECT_EQ(fini(), 0);
@@ -171,7 +171,7 @@ TEST_F(TopoServiceEvents, AreUnsubscribedFromAlsoWhenThereWasNoAccess) {
   EXPECT_EQ(subscriptions(), kUnSubscribed);
 }
 
-TEST_F(TopoServiceEvents, AreUnsubscribedFromThoughTheManagerCannotBeWithdrawn) {
+TEST_F(TopoServiceEvents, AreUnsubscribedFromWhenTheManagerCannotBeUnregistered) {
   for (const char* call : {"UnregisterMgr", "CorbaBaseAgentConfig::Instance"}) {
     fakes::resetAgent();
     fakes::resetJournal();
@@ -190,7 +190,7 @@ TEST_F(TopoServiceEvents, LoseTheirManagerInFini) {
   EXPECT_EQ(TopoEventMgr::Instance(), nullptr);
 }
 
-TEST_F(TopoServiceEvents, LoseTheirManagerThoughUnsubscribingFails) {
+TEST_F(TopoServiceEvents, LoseTheirManagerWhenUnsubscribingFails) {
   for (const char* call : {"TEEventMgr::Instance", "UnSubscribe"}) {
     for (const fakes::Step& step : anyFailure()) {
       fakes::resetAgent();
@@ -212,7 +212,7 @@ TEST_F(TopoServiceEvents, KeepTheirManagerWhenTheLockFailsInFini) {
   EXPECT_EQ(fakes::subscribedTo(372), Handlers{});
 }
 
-TEST_F(TopoServiceEvents, AreUnsubscribedFromByEveryFiniBehindTheFirstInit) {
+TEST_F(TopoServiceEvents, AreUnsubscribedFromByEveryFiniAfterTheFirstInit) {
   init();
   fini();
   Journal::clear();
@@ -256,7 +256,7 @@ TEST_F(TopoServiceEvents, AreUnsubscribedFromForTheLastHandlerAlone) {
   EXPECT_EQ(fakes::notificationsSent().size(), 1U);
 }
 
-TEST_F(TopoServiceEvents, FindAHandlerThatCouldNotBeUnsubscribedAlive) {
+TEST_F(TopoServiceEvents, ReachAHandlerThatCouldNotBeUnsubscribed) {
   init();
   fakes::onEveryCall("UnSubscribe", fakes::raiseProcessException(7));
   fini();
@@ -276,7 +276,7 @@ class TopoServiceLabels : public TopoServiceEvents {
   }
 };
 
-TEST_F(TopoServiceLabels, AreReadOnceBehindTheSubscription) {
+TEST_F(TopoServiceLabels, AreReadOnceAfterTheSubscription) {
   EXPECT_EQ(init(), 0);
   EXPECT_EQ(Journal::lines(),
             joined(kInit, {"CheckIFBuf(\"DomainInterface\")", "GetFacet(\"CORBA\")",
@@ -384,7 +384,7 @@ TEST_F(TopoServiceLabels, PassExceptionsOfTheSwitch) {
   EXPECT_EQ(Journal::lines(), kInit);
 }
 
-TEST_F(TopoServiceLabels, LeaveEverythingToFiniWhenTheyCannotBeRead) {
+TEST_F(TopoServiceLabels, KeepTheRegistrationsForFiniWhenTheyCannotBeRead) {
   fakes::onCall("GetAllTopoNodes", 1, fakes::raiseProcessException(7));
   EXPECT_THROW(init(), ProcessException);
   Journal::clear();

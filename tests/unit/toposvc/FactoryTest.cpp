@@ -70,7 +70,7 @@ TEST_F(TopoFactory, RegistersNothingWithTheAgent) {
   EXPECT_TRUE(fakes::registeredServants().empty());
 }
 
-TEST_F(TopoFactory, HandsBackTheDestroyFunction) {
+TEST_F(TopoFactory, ReturnsTheDestroyFunction) {
   make();
   ASSERT_NE(destroy_, nullptr);
   Journal::clear();
@@ -79,7 +79,7 @@ TEST_F(TopoFactory, HandsBackTheDestroyFunction) {
   EXPECT_EQ(published(), nullptr);
 }
 
-TEST_F(TopoFactory, NeedsNoPlaceForTheDestroyFunction) {
+TEST_F(TopoFactory, AcceptsANullPointerForTheDestroyFunction) {
   ACE_Service_Object* const object = _make_zu_corba_topo(nullptr);
   ASSERT_NE(object, nullptr);
   delete object;
@@ -93,7 +93,7 @@ TEST_F(TopoFactory, MakesANewObjectEveryTime) {
   delete second;
 }
 
-TEST_F(TopoFactory, HandsBackTheDestroyFunctionBeforeAnythingCanFail) {
+TEST_F(TopoFactory, ReturnsTheDestroyFunctionBeforeAFailure) {
   fakes::onCall("ServiceObjectBase", 1, fakes::raiseRuntimeError("no base"));
   EXPECT_THROW(make(), std::runtime_error);
   EXPECT_NE(destroy_, nullptr);
@@ -113,7 +113,7 @@ TEST_F(TopoFactory, DeletesTheObjectWhenPublishingFails) {
   EXPECT_EQ(published(), nullptr);
 }
 
-TEST_F(TopoFactoryDeathTest, LetsTheDestroyFunctionRefuseANullPointer) {
+TEST_F(TopoFactoryDeathTest, EndsTheProcessWhenTheDestroyFunctionGetsNull) {
   make();
   EXPECT_DEATH(destroy_(nullptr), "toposvc.*33.*_p != 0");
 }

@@ -73,7 +73,7 @@ POA_TopoManagementManager::TopoMgr_I& registeredManager() {
 
 class TopoPlugin : public fakes::PlatformFixture {};
 
-TEST_F(TopoPlugin, IsReallyUnmappedAfterItsLife) {
+TEST_F(TopoPlugin, IsUnmappedAfterItsUnload) {
   ASSERT_FALSE(isMapped());
   LoadedModule module;
   EXPECT_TRUE(isMapped());
@@ -86,7 +86,7 @@ TEST_F(TopoPlugin, IsReallyUnmappedAfterItsLife) {
   EXPECT_FALSE(isMapped());
 }
 
-TEST_F(TopoPlugin, IsReallyUnmappedAfterItHasServedAView) {
+TEST_F(TopoPlugin, IsUnmappedAfterServingAView) {
   fakes::network().nodes = {fakes::subnetwork("a", "A")};
   fakes::agent().testSwitch = true;
   LoadedModule module;
@@ -104,7 +104,7 @@ TEST_F(TopoPlugin, IsReallyUnmappedAfterItHasServedAView) {
   EXPECT_FALSE(isMapped());
 }
 
-TEST_F(TopoPlugin, MayBeLoadedAgainAndAgain) {
+TEST_F(TopoPlugin, CanBeReloadedRepeatedly) {
   for (int i = 0; i < 5; ++i) {
     LoadedModule module;
     EXPECT_EQ(module.object().init(0, nullptr), 0);
@@ -128,7 +128,7 @@ TEST_F(TopoPlugin, CanBeLoadedAgainAfterAnUnloadWithoutFini) {
   fakes::releaseServants();
 }
 
-TEST_F(TopoPlugin, WithdrawsItsPlaceholderAtUnload) {
+TEST_F(TopoPlugin, RemovesItsPlaceholderAtUnload) {
   LoadedModule module;
   EXPECT_NE(fakes::openBuffer("NULLServiceInterface").First(), nullptr);
   module.unload();
@@ -170,7 +170,7 @@ TEST_F(TopoPlugin, ReversesAFailedInitInFini) {
 
 class TopoPluginWithOrb : public fakes::OrbFixture {};
 
-TEST_F(TopoPluginWithOrb, IsReallyUnmappedAfterItHadAnIterator) {
+TEST_F(TopoPluginWithOrb, IsUnmappedAfterServingAnIterator) {
   fakes::network().nodes = {fakes::subnetwork("a"), fakes::subnetwork("b")};
   LoadedModule module;
   module.object().init(0, nullptr);
@@ -196,7 +196,7 @@ void deliver(int event, const std::vector<NS_DOMAIN::TopoNode_T>& nodes) {
   fakes::deliver(event, carried);
 }
 
-TEST_F(TopoPluginWithOrb, IsReallyUnmappedAfterItHasHandledEvents) {
+TEST_F(TopoPluginWithOrb, IsUnmappedAfterHandlingEvents) {
   fakes::network().nodes = {fakes::subnetwork("a", "A"), fakes::subnetwork("b", "B")};
   fakes::agent().testSwitch = true;
   LoadedModule module;
@@ -228,7 +228,7 @@ TEST_F(TopoPluginWithOrb, LeaksNothingAtAnUnloadWithoutFiniAfterSeveralInits) {
   EXPECT_FALSE(isMapped());
 }
 
-TEST_F(TopoPluginWithOrb, SubscribesToNothingAndForgetsItsLabelsWhenItIsLoadedAgain) {
+TEST_F(TopoPluginWithOrb, HasNoSubscriptionsAndNoLabelsAfterAReload) {
   fakes::network().nodes = {fakes::subnetwork("a", "A")};
   fakes::agent().testSwitch = true;
   for (int i = 0; i < 2; ++i) {

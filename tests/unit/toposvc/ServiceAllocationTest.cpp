@@ -47,7 +47,7 @@ class TopoServiceAllocation : public fakes::PlatformFixture {
   zu_corba_topo service_;
 };
 
-TEST_F(TopoServiceAllocation, LetsFailuresOfTheSubscriptionPass) {
+TEST_F(TopoServiceAllocation, PassesFailuresOfTheSubscription) {
   for (const int spared : {0, 1}) {  // the handler; the instance of the event manager
     clear();
     std::optional<fakes::FailingNew> failing;

@@ -69,7 +69,7 @@ TEST_F(TopoServiceObject, DoesNothingToRegisterItself) {
   EXPECT_TRUE(NS_BUNDLEMGR1::BundleMgr::Instance()->GetServiceObjects().empty());
 }
 
-TEST_F(TopoServiceObject, OffersNothingAtFirst) {
+TEST_F(TopoServiceObject, HasNoInterfaceAtFirst) {
   EXPECT_EQ(service_->GetInterface(), nullptr);
 }
 
@@ -107,7 +107,7 @@ TEST_F(TopoServiceObject, RegistersManagerAndServantInThisOrder) {
             kInit);
 }
 
-TEST_F(TopoServiceObject, LooksAtNoArgument) {
+TEST_F(TopoServiceObject, IgnoresItsArguments) {
   EXPECT_EQ(service_->init(3, nullptr), 0);
 }
 
@@ -121,7 +121,7 @@ TEST_F(TopoServiceObject, RegistersAFactoryThatMakesServants) {
   servant->_remove_ref();
 }
 
-TEST_F(TopoServiceObject, HandsOverAServantWithOneReference) {
+TEST_F(TopoServiceObject, RegistersAServantWithOneReference) {
   init();
   ASSERT_EQ(fakes::registeredServants().size(), 1U);
   POA_common::Common_I* const servant = fakes::registeredServants().at(0);
@@ -147,7 +147,7 @@ TEST_F(TopoServiceObject, ReleasesTheServantWhenTheAgentCannotBeReached) {
   EXPECT_EQ(Journal::count("RegisterServant"), 0);
 }
 
-TEST_F(TopoServiceObject, NeverTouchesTheDomainOutsideTestMode) {
+TEST_F(TopoServiceObject, NeverQueriesTheDomainOutsideTestMode) {
   fakes::publishPlatform();
   init();
   EXPECT_EQ(Journal::linesOf({"CheckIFBuf", "GetServiceObjects", "GetFacet"}),
@@ -166,7 +166,7 @@ TEST_F(TopoServiceObject, ReplacesAManagerLeftBehindByAnEarlierLoad) {
                    "RegisterServant(\"TopoManagement\", servant)"}));
 }
 
-TEST_F(TopoServiceObject, IgnoresThatThereIsNoStaleManager) {
+TEST_F(TopoServiceObject, IgnoresAMissingStaleManager) {
   // UnregisterMgr fails for an unknown manager.
   EXPECT_THROW(NS_CORBA::CorbaBaseAgentConfig::Instance()->UnregisterMgr(kManager),
                ProcessException);
@@ -184,7 +184,7 @@ TEST_F(TopoServiceObject, IgnoresExceptionsOfUnregistering) {
   }
 }
 
-TEST_F(TopoServiceObject, IgnoresThatTheAgentCannotBeReachedToForgetAStaleManager) {
+TEST_F(TopoServiceObject, IgnoresAMissingAgentWhenItRemovesAStaleManager) {
   for (const fakes::Step& step : {fakes::raiseRuntimeError("broken"), fakes::raiseBadAlloc(),
                                   fakes::raiseProcessException(7), fakes::raiseTransient()}) {
     fakes::resetAgent();
@@ -196,7 +196,7 @@ TEST_F(TopoServiceObject, IgnoresThatTheAgentCannotBeReachedToForgetAStaleManage
   }
 }
 
-TEST_F(TopoServiceObject, PassesOnThatTheManagerIsRefused) {
+TEST_F(TopoServiceObject, PassesTheRefusalOfTheManager) {
   fakes::onCall("RegisterMgr", 1, fakes::raiseProcessException(7));
   EXPECT_THROW(init(), ProcessException);
   EXPECT_EQ(Journal::lines(), (Lines{"UnregisterMgr(\"TopoManagement\")",
@@ -209,7 +209,7 @@ TEST_F(TopoServiceObject, PassesOnAnyExceptionOfTheRegistration) {
   EXPECT_THROW(init(), std::runtime_error);
 }
 
-TEST_F(TopoServiceObject, PassesOnThatTheServantIsRefusedAndUndoesNothing) {
+TEST_F(TopoServiceObject, PassesTheRefusalOfTheServantAndUndoesNothing) {
   fakes::onCall("RegisterServant", 1, fakes::raiseProcessException(7));
   EXPECT_THROW(init(), ProcessException);
   EXPECT_EQ(registrations(),
@@ -250,7 +250,7 @@ TEST_F(TopoServiceObject, MayBeInitialisedAfterAFailedInit) {
   EXPECT_NE(fakes::registeredFactory(kManager), nullptr);
 }
 
-TEST_F(TopoServiceObject, HandsANullServantOverWhenMemoryIsShort) {
+TEST_F(TopoServiceObject, RegistersANullServantWhenMemoryIsShort) {
   constexpr std::size_t kServantSize =
       sizeof(NS_CORBA::RefCount<NS_CORBA::TATopoManagementMgr_IImpl>);
   int error = 0;
@@ -272,7 +272,7 @@ TEST_F(TopoServiceObject, HandsANullServantOverWhenMemoryIsShort) {
 
 // --- fini.
 
-TEST_F(TopoServiceObject, FinishesTheBaseFirstAndThenWithdrawsTheManager) {
+TEST_F(TopoServiceObject, CallsFiniOfItsBaseBeforeItUnregistersTheManager) {
   init();
   Journal::clear();
   EXPECT_EQ(fini(), 0);
@@ -307,7 +307,7 @@ TEST_F(TopoServiceObject, IgnoresExceptionsOfUnregisteringInFini) {
   }
 }
 
-TEST_F(TopoServiceObject, ReleasesItsRecordOnceTheManagerIsWithdrawn) {
+TEST_F(TopoServiceObject, ReleasesItsRecordAfterTheManagerIsUnregistered) {
   init();
   Journal::clear();
   EXPECT_EQ(fini(), 0);
@@ -315,7 +315,7 @@ TEST_F(TopoServiceObject, ReleasesItsRecordOnceTheManagerIsWithdrawn) {
                                 "~MgrFactory()"}));
 }
 
-TEST_F(TopoServiceObject, ReleasesItsRecordThoughTheManagerCannotBeWithdrawn) {
+TEST_F(TopoServiceObject, ReleasesItsRecordWhenTheManagerCannotBeUnregistered) {
   init();
   Journal::clear();
   fakes::onCall("UnregisterMgr", 2, fakes::raiseRuntimeError("broken"));
@@ -323,7 +323,7 @@ TEST_F(TopoServiceObject, ReleasesItsRecordThoughTheManagerCannotBeWithdrawn) {
   EXPECT_EQ(finishing().back(), "~MgrFactory()");
 }
 
-TEST_F(TopoServiceObject, IgnoresThatTheAgentCannotBeReachedAtTheEnd) {
+TEST_F(TopoServiceObject, IgnoresAMissingAgentInFini) {
   for (const fakes::Step& step : {fakes::raiseRuntimeError("broken"), fakes::raiseBadAlloc(),
                                   fakes::raiseProcessException(7), fakes::raiseTransient()}) {
     fakes::resetAgent();
@@ -343,7 +343,7 @@ TEST_F(TopoServiceObject, ReturnsZeroFromFiniForAnyResultOfItsBase) {
   EXPECT_EQ(fini(), 0);
 }
 
-TEST_F(TopoServiceObject, WithdrawsTheManagerOnlyOnce) {
+TEST_F(TopoServiceObject, UnregistersTheManagerOnlyOnce) {
   init();
   fini();
   Journal::clear();

@@ -43,7 +43,7 @@ TEST(TopoHolder, DestroysTheValueWhenAnExceptionPasses) {
   EXPECT_EQ(Counted::living, 0);
 }
 
-TEST(TopoHolder, LeavesTheValueToWhoeverKeepsAReference) {
+TEST(TopoHolder, LeavesTheValueToOtherOwnersOfAReference) {
   NS_UTIL::REF_Impl<Counted>* kept = nullptr;
   {
     topo::Holder<Counted> holder;

@@ -140,7 +140,7 @@ TEST_F(TopoLookup, FillsThePlaceholderWhenTheInterfaceIsMissing) {
   EXPECT_NE(placeholder<CorbaUtilInterface>(), nullptr);
 }
 
-TEST_F(TopoLookup, NeverAnswersWithThePlaceholder) {
+TEST_F(TopoLookup, NeverReturnsThePlaceholder) {
   EXPECT_TRUE(isMissing<CorbaUtilInterface>());
   EXPECT_TRUE(isMissing<CorbaUtilInterface>());
 }
@@ -214,7 +214,7 @@ TEST_F(TopoLookup, WaitsForTheMutexToFillAPlaceholder) {
   EXPECT_NE(placeholder<CorbaUtilInterface>(), nullptr);
 }
 
-TEST_F(TopoLookup, LeavesAPlaceholderThatCameWhileItWaited) {
+TEST_F(TopoLookup, KeepsAPlaceholderThatAnotherThreadStored) {
   fakes::publishPlatform();
   NULLServiceInterface other;
   ACE_OS::mutex_lock(&_g_actualmutex);
@@ -242,14 +242,14 @@ TEST_F(TopoLookup, FillsThePlaceholderBeforeItAsksForTheBuffer) {
   EXPECT_EQ(seen, placeholder<CorbaUtilInterface>());
 }
 
-TEST_F(TopoLookup, FillsThePlaceholderWithoutAMutexThatCannotBeTaken) {
+TEST_F(TopoLookup, FillsThePlaceholderWhenTheMutexCannotBeLocked) {
   fakes::publishPlatform();
   fakes::makeSharedMutexFail();
   EXPECT_EQ(topo::lookup<CorbaUtilInterface>(), &fakes::corbaUtil());
   EXPECT_NE(placeholder<CorbaUtilInterface>(), nullptr);
 }
 
-TEST_F(TopoLookup, LeavesAMutexThatItCouldNotTakeAsItIs) {
+TEST_F(TopoLookup, DoesNotUnlockAMutexThatItCouldNotLock) {
   fakes::publishPlatform();
   fakes::makeSharedMutexFail();
   topo::lookup<CorbaUtilInterface>();
@@ -257,7 +257,7 @@ TEST_F(TopoLookup, LeavesAMutexThatItCouldNotTakeAsItIs) {
   EXPECT_TRUE(fakes::sharedMutexIsHeld());
 }
 
-TEST_F(TopoLookup, GivesTheMutexBackAfterFillingThePlaceholder) {
+TEST_F(TopoLookup, UnlocksTheMutexAfterFillingThePlaceholder) {
   fakes::publishPlatform();
   topo::lookup<CorbaUtilInterface>();
   EXPECT_FALSE(mutexIsTaken());
@@ -265,7 +265,7 @@ TEST_F(TopoLookup, GivesTheMutexBackAfterFillingThePlaceholder) {
 
 // --- The published buffer.
 
-TEST_F(TopoLookup, AnswersWithTheFirstEntryOfTheBuffer) {
+TEST_F(TopoLookup, ReturnsTheFirstEntryOfTheBuffer) {
   const std::unique_ptr<CorbaUtilInterface> second(fakes::makeCorbaUtil());
   fakes::publish("CorbaUtilInterface", &fakes::corbaUtil());
   fakes::publish("CorbaUtilInterface", second.get());
@@ -315,13 +315,13 @@ TEST_F(TopoLookup, TakesNoLockWhenTheBufferHasAnEntry) {
   EXPECT_EQ(found.get(), &fakes::corbaUtil());
 }
 
-TEST_F(TopoLookup, AnswersFromTheBufferThoughTheMutexCannotBeTaken) {
+TEST_F(TopoLookup, ReturnsTheEntryOfTheBufferWhenTheMutexCannotBeLocked) {
   fakes::publishPlatform();
   fakes::makeSharedMutexFail();
   EXPECT_EQ(topo::lookup<DomainInterface>(), &fakes::domainInterface());
 }
 
-TEST_F(TopoLookup, LooksIntoTheBufferAfreshEveryTime) {
+TEST_F(TopoLookup, ReadsTheBufferForEveryLookup) {
   EXPECT_TRUE(isMissing<CorbaUtilInterface>());
   fakes::publish("CorbaUtilInterface", &fakes::corbaUtil());
   EXPECT_EQ(topo::lookup<CorbaUtilInterface>(), &fakes::corbaUtil());
@@ -350,7 +350,7 @@ TEST_F(TopoLookup, SearchesTheServiceObjectsInTheirOrder) {
                                             "GetInterface(\"other\")", "GetInterface(\"first\")"}));
 }
 
-TEST_F(TopoLookup, LetsTheServiceObjectListedFirstWin) {
+TEST_F(TopoLookup, PrefersTheFirstServiceObjectOfTheList) {
   CorbaUtilInterface* const one = fakes::makeCorbaUtil();
   CorbaUtilInterface* const other = fakes::makeCorbaUtil();
   Bundle& bundle = load("one", one);
@@ -362,7 +362,7 @@ TEST_F(TopoLookup, LetsTheServiceObjectListedFirstWin) {
   EXPECT_EQ(topo::lookup<CorbaUtilInterface>(), other);
 }
 
-TEST_F(TopoLookup, HoldsTheMutexDuringTheWalk) {
+TEST_F(TopoLookup, LocksTheMutexDuringTheSearch) {
   load("nothing", nullptr);
   load("service", fakes::makeCorbaUtil());
   std::vector<bool> taken;
@@ -374,7 +374,7 @@ TEST_F(TopoLookup, HoldsTheMutexDuringTheWalk) {
   EXPECT_EQ(taken, (std::vector<bool>{true, true}));
 }
 
-TEST_F(TopoLookup, GathersTheCandidatesBeforeItTakesTheMutex) {
+TEST_F(TopoLookup, CollectsTheCandidatesBeforeTheMutexIsLocked) {
   load("service", fakes::makeCorbaUtil());
   bool taken = true;
   fakes::onCall("GetServiceObjects", 1, [&]() -> CORBA::ULong {
@@ -385,7 +385,7 @@ TEST_F(TopoLookup, GathersTheCandidatesBeforeItTakesTheMutex) {
   EXPECT_FALSE(taken);
 }
 
-TEST_F(TopoLookup, GivesTheMutexBackAfterTheWalk) {
+TEST_F(TopoLookup, UnlocksTheMutexAfterTheSearch) {
   EXPECT_TRUE(isMissing<CorbaUtilInterface>());
   EXPECT_FALSE(mutexIsTaken());
   load("service", fakes::makeCorbaUtil());
@@ -393,7 +393,7 @@ TEST_F(TopoLookup, GivesTheMutexBackAfterTheWalk) {
   EXPECT_FALSE(mutexIsTaken());
 }
 
-TEST_F(TopoLookup, SkipsTheWalkWhenTheMutexCannotBeTaken) {
+TEST_F(TopoLookup, SkipsTheSearchWhenTheMutexCannotBeLocked) {
   load("service", fakes::makeCorbaUtil());
   fakes::makeSharedMutexFail();
   fakes::Journal::clear();
@@ -411,7 +411,7 @@ TEST_F(TopoLookup, AppendsTheFoundInterfaceToAnEmptyBuffer) {
   EXPECT_EQ(buffer.First(), offered);
 }
 
-TEST_F(TopoLookup, FindsItInTheBufferTheNextTime) {
+TEST_F(TopoLookup, FindsTheInterfaceInTheBufferTheNextTime) {
   CorbaUtilInterface* const offered = fakes::makeCorbaUtil();
   load("service", offered);
   fakes::openBuffer("CorbaUtilInterface");
@@ -421,7 +421,7 @@ TEST_F(TopoLookup, FindsItInTheBufferTheNextTime) {
   EXPECT_EQ(fakes::Journal::lines(), Lines{"CheckIFBuf(\"CorbaUtilInterface\")"});
 }
 
-TEST_F(TopoLookup, WalksEveryTimeWhenThereIsNoBuffer) {
+TEST_F(TopoLookup, SearchesEveryTimeWithoutABuffer) {
   load("service", fakes::makeCorbaUtil());
   topo::lookup<CorbaUtilInterface>();
   topo::lookup<CorbaUtilInterface>();
@@ -429,7 +429,7 @@ TEST_F(TopoLookup, WalksEveryTimeWhenThereIsNoBuffer) {
   EXPECT_EQ(NS_BUNDLEMGR1::CheckIFBuf("CorbaUtilInterface"), nullptr);
 }
 
-TEST_F(TopoLookup, LeavesABufferAloneThatWasFilledDuringTheLookup) {
+TEST_F(TopoLookup, KeepsABufferThatWasFilledDuringTheLookup) {
   CorbaUtilInterface* const offered = fakes::makeCorbaUtil();
   load("service", offered);
   NS_BUNDLEMGR1::InterfaceBuffer& buffer = fakes::openBuffer("CorbaUtilInterface");
@@ -495,7 +495,7 @@ TEST_F(TopoLookup, NeverLogs) {
   EXPECT_EQ(fakes::Journal::linesOf({"TaDebug", "TaDebugWithPara", "NbiException"}), Lines{});
 }
 
-TEST_F(TopoLookupDeathTest, EndsTheProcessWhenTheBufferCannotBeAskedFor) {
+TEST_F(TopoLookupDeathTest, EndsTheProcessWhenTheBufferLookupFails) {
   fakes::onCall("CheckIFBuf", 1, fakes::raiseRuntimeError("no buffers today"));
   EXPECT_DEATH(topo::lookup<CorbaUtilInterface>(), kTerminated);
 }
@@ -530,7 +530,7 @@ TEST_F(TopoLookup, GetsTheFacetOfTheCorbaNorthbound) {
             (Lines{"CheckIFBuf(\"DomainInterface\")", "GetFacet(\"CORBA\")"}));
 }
 
-TEST_F(TopoLookup, PassesOnThatTheDomainIsMissing) {
+TEST_F(TopoLookup, ThrowsWhenTheDomainIsMissing) {
   EXPECT_THROW(topo::GetCorbaDomain(), InterfaceNotExistException);
   EXPECT_EQ(fakes::Journal::count("GetFacet"), 0);
 }

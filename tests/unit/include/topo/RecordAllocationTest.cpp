@@ -32,13 +32,13 @@ void expectTwoNodes(const NodeList_T& nodes) {
   EXPECT_STREQ(nodes[1].name[0].value.in(), "value");
 }
 
-TEST(TmfTextAllocation, SaysThatThereIsNoMemory) {
+TEST(TmfTextAllocation, ThrowsBadAlloc) {
   const std::string text(kMany, 'x');
   const fakes::FailingNew failing(0, kMany);
   EXPECT_THROW(topo::duplicate(text.c_str()), std::bad_alloc);
 }
 
-TEST(TmfSetLengthAllocation, LeavesTheListAsItWasWhenThereIsNoBuffer) {
+TEST(TmfSetLengthAllocation, KeepsTheListWhenThereIsNoBuffer) {
   NodeList_T nodes = twoNodes();
   const long before = fakes::liveBlocks();
   {
@@ -50,7 +50,7 @@ TEST(TmfSetLengthAllocation, LeavesTheListAsItWasWhenThereIsNoBuffer) {
   expectTwoNodes(nodes);
 }
 
-TEST(TmfSetLengthAllocation, LeavesTheListAsItWasWhenACopyFails) {
+TEST(TmfSetLengthAllocation, KeepsTheListWhenACopyFails) {
   NodeList_T nodes = twoNodes();
   const long before = fakes::liveBlocks();
   for (int spared = 1; spared < 6; ++spared) {

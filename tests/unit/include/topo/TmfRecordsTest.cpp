@@ -329,7 +329,7 @@ TEST(TmfSetLength, UsesTheRoomThatAListWasMadeWith) {
   expectFresh(nodes[1]);
 }
 
-TEST(TmfSetLength, OwnsTheRecordsOfAListThatOnlyBorrowedThem) {
+TEST(TmfSetLength, OwnsTheRecordsOfAListThatBorrowedItsRecords) {
   Node_T borrowed[1];
   borrowed[0] = someNode("a");
   NodeList_T nodes(1, 1, borrowed, false);
@@ -339,7 +339,7 @@ TEST(TmfSetLength, OwnsTheRecordsOfAListThatOnlyBorrowedThem) {
   expectSome(borrowed[0], "a");
 }
 
-TEST(TmfSetLength, LeavesRecordsThatItOnlyBorrowedAlone) {
+TEST(TmfSetLength, KeepsBorrowedRecordsUnchanged) {
   Node_T borrowed[3];
   borrowed[0] = someNode("a");
   borrowed[1] = someNode("b");
