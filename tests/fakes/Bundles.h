@@ -9,7 +9,8 @@
 
 namespace fakes {
 
-// A service object with a given interface or null. Owns the interface.
+// A service object with a given interface or null. Owns the interface. Thread-safety and errors: as
+// the base.
 class Bundle final : public NS_BUNDLEMGR1::ServiceObjectBase {
  public:
   Bundle(const std::string& serviceName, NS_BUNDLEMGR1::ServiceInterface* offered);

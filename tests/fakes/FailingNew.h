@@ -12,7 +12,7 @@
 namespace fakes {
 
 // For its scope, on this thread: allocations of at least `size` bytes throw std::bad_alloc, except
-// the first `spared` allocations.
+// the first `spared` allocations. One object on a thread at a time. Owns nothing.
 class FailingNew {
  public:
   explicit FailingNew(int spared, std::size_t size = 0);
@@ -25,7 +25,8 @@ class FailingNew {
 };
 
 // For its scope, on this thread: calls a function once, before the next allocation of at least
-// `size` bytes. So a test can stop the thread in the middle of an operation.
+// `size` bytes. So a test can stop the thread in the middle of an operation. Exceptions of the
+// function pass. Owns the function.
 class PausingNew {
  public:
   PausingNew(std::function<void()> pause, std::size_t size);

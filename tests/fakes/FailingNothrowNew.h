@@ -11,6 +11,7 @@
 namespace fakes {
 
 // For its scope, on this thread: non-throwing allocations of `first` to `last` bytes return null.
+// One object on a thread at a time. Owns nothing.
 class FailingNothrowNew {
  public:
   FailingNothrowNew(std::size_t first, std::size_t last);

@@ -16,14 +16,16 @@ namespace fakes {
 // Resets every fake: no published interface, an empty network, no planned step.
 void resetAll();
 
-// Resets the fakes before and after each test.
+// Resets the fakes before and after each test. Thread-safety: the test thread only. Owns the state
+// of the fakes. Never fails.
 class Fixture : public ::testing::Test {
  protected:
   Fixture() { resetAll(); }
   ~Fixture() override { resetAll(); }
 };
 
-// Also publishes the three interfaces that the module looks up.
+// Also publishes the three interfaces that the module looks up. Thread-safety, ownership and
+// errors: as Fixture.
 class PlatformFixture : public Fixture {
  protected:
   PlatformFixture() { publishPlatform(); }

@@ -5,7 +5,7 @@
 //   2. runs the step that a test has planned for the call, if any,
 //   3. does its work, unless the step threw an exception or returned a failure code.
 //
-// Thread-safety: any thread. Steps run without a lock.
+// Thread-safety: any thread. Steps run without a lock. Ownership: the process owns lines and steps.
 
 #ifndef TESTS_FAKES_JOURNAL_H
 #define TESTS_FAKES_JOURNAL_H
@@ -20,6 +20,7 @@
 
 namespace fakes {
 
+// The journal of the process. Errors: std::bad_alloc.
 class Journal {
  public:
   static std::vector<std::string> lines();

@@ -11,7 +11,8 @@
 namespace fakes {
 
 // A server ORB on a free port. Its root POA has a child POA for iterators: transient, unique system
-// ids, implicit activation. The destructor destroys the ORB.
+// ids, implicit activation. The destructor destroys the ORB. Thread-safety: one thread. Owns ORB
+// and POA. Throws orb::EndpointError and CORBA exceptions.
 class RunningOrb {
  public:
   RunningOrb();
@@ -27,7 +28,8 @@ class RunningOrb {
   PortableServer::POA_var iteratorPoa_;
 };
 
-// Gives the fake agent the iterator POA of the ORB.
+// Gives the fake agent the iterator POA of the ORB. Thread-safety: the test thread only. Owns the
+// ORB. Errors: as RunningOrb.
 class OrbFixture : public PlatformFixture {
  protected:
   OrbFixture() {

@@ -10,7 +10,7 @@
 namespace fakes {
 
 // Throws CORBA::NO_IMPLEMENT from every operation, and counts the references to the POA. The object
-// must outlive every reference.
+// must outlive every reference. Thread-safety: any thread. Owns the POA.
 class PoaStandIn {
  public:
   PoaStandIn();

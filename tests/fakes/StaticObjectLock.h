@@ -6,7 +6,7 @@
 namespace fakes {
 
 // For its scope: the constructing thread has the lock, and a second lock on this thread fails
-// (normally the lock is recursive). Only one object may exist at a time.
+// (normally the lock is recursive). Only one object may exist at a time. Owns the lock.
 class FailingStaticObjectLock {
  public:
   FailingStaticObjectLock();

@@ -12,6 +12,8 @@
 
 namespace support {
 
+// Resolves the names in `bound`. Thread-safety: any thread of the ORB. Owns a reference to each
+// object. Errors: NotFound for other names, InvalidName for a name that contains "..".
 class FakeNaming final : public ResolvingNames {
  public:
   std::map<std::string, CORBA::Object_var> bound;  // constant while requests are served

@@ -12,7 +12,8 @@
 
 namespace support {
 
-// Programs started during the life of the object inherit the write end.
+// Programs started during the life of the object inherit the write end. Thread-safety: none. Owns
+// both ends. Throws std::runtime_error when there is no pipe.
 class FullPipe {
  public:
   FullPipe() {

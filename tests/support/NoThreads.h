@@ -9,7 +9,8 @@
 
 namespace support {
 
-// During the life of the object, no thread of the process can be started.
+// During the life of the object, no thread of the process can be started: std::thread throws
+// std::system_error. Thread-safety: one object at a time. Owns the saved attributes.
 class NoThreads {
  public:
   NoThreads() {

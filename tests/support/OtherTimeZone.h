@@ -9,7 +9,7 @@
 namespace support {
 
 // During the life of the object, local time is five hours behind UTC. Thread-safety: the process
-// must have one thread.
+// must have one thread. Owns the variable TZ of the environment. Never fails.
 class OtherTimeZone {
  public:
   OtherTimeZone() {

@@ -20,7 +20,8 @@ struct Ended {
 };
 
 // A running program. The destructor kills the program, and the kernel does when the test process
-// dies. Thread-safety: none.
+// dies. Thread-safety: none. Owns the program and its pipes. Errors: the functions throw
+// std::runtime_error.
 class Process {
  public:
   // Starts the program. Adds NAME=VALUE entries to the environment of the test.

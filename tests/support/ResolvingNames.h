@@ -9,6 +9,7 @@
 namespace support {
 
 // Throws NO_IMPLEMENT from every operation but resolve_str, which the subclass implements.
+// Thread-safety: any thread. Owns nothing.
 class ResolvingNames : public virtual POA_CosNaming::NamingContextExt {
  public:
   void bind(const CosNaming::Name&, CORBA::Object_ptr) override { unused(); }

@@ -27,7 +27,7 @@ inline bool isAsleep(pid_t thread) {
 }
 
 // Runs a function on a new thread. The destructor waits for the end of the function.
-// Thread-safety: none.
+// Thread-safety: none. Owns the thread and the function. Errors: see get().
 template <typename Function>
 class Task {
  public:

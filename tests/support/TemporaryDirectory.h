@@ -8,6 +8,8 @@
 
 namespace support {
 
+// Thread-safety: any thread. Owns the directory. Errors: the constructor throws
+// std::runtime_error.
 class TemporaryDirectory {
  public:
   TemporaryDirectory();

@@ -10,6 +10,8 @@
 
 // For its scope, the process runs as an ordinary user. For root that is the user nobody, and the
 // constructor gives nobody access to `directory`. REQUIRES: the process has one thread.
+// Borrows the directory. Errors: the constructor throws std::filesystem::filesystem_error; the
+// destructor aborts the process when it cannot restore the user.
 class Unprivileged {
  public:
   explicit Unprivileged(const std::filesystem::path& directory) {

@@ -11,6 +11,7 @@
 
 namespace support {
 
+// Thread-safety: the test thread only. Owns the ORB. Throws CORBA exceptions.
 class WithOrb : public testing::Test {
  private:
   const std::unique_ptr<orb::Orb> orb_ = orb::startClient({});
