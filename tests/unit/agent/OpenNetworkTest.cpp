@@ -48,7 +48,7 @@ class OpenedNetwork : public testing::Test {
   }();
 };
 
-TEST_F(OpenedNetwork, NeedsAStoreUnlessOneMayBeMade) {
+TEST_F(OpenedNetwork, RequiresAnExistingStoreWithoutCreate) {
   const std::string expected = path_ +
                                ": there is no store (--network FILE loads a network into "
                                "a new store, --create makes an empty one)";
@@ -66,7 +66,7 @@ TEST_F(OpenedNetwork, MayBeEmptyInMemory) {
   EXPECT_TRUE(store_->isNew());
 }
 
-TEST_F(OpenedNetwork, IsThatOfTheFileInANewStoreOnly) {
+TEST_F(OpenedNetwork, ComesFromTheFileOnlyForANewStore) {
   options_.network = networkFile("first");
   EXPECT_EQ("first", ems());
   store_.reset();
@@ -74,7 +74,7 @@ TEST_F(OpenedNetwork, IsThatOfTheFileInANewStoreOnly) {
   EXPECT_EQ("first", ems());
 }
 
-TEST_F(OpenedNetwork, IsThatOfTheFileInAStoreThatWasMadeEmpty) {
+TEST_F(OpenedNetwork, ComesFromTheFileForAnEmptyStore) {
   options_.createStore = true;
   EXPECT_EQ("", ems());
   store_.reset();
@@ -82,7 +82,7 @@ TEST_F(OpenedNetwork, IsThatOfTheFileInAStoreThatWasMadeEmpty) {
   EXPECT_EQ("first", ems());
 }
 
-TEST_F(OpenedNetwork, LeavesNoStoreBehindWhenItsFileCannotBeRead) {
+TEST_F(OpenedNetwork, CreatesNoStoreForABadNetworkFile) {
   options_.network = directory_.write("bad.json", "[");
   EXPECT_THROW(openNetwork(options_, store_), std::runtime_error);
   EXPECT_FALSE(std::filesystem::exists(path_));

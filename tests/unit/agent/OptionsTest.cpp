@@ -84,7 +84,7 @@ TEST(AgentOptions, LimitViewsAndIterators) {
   EXPECT_EQ(5000000U, options->memory);
 }
 
-TEST(AgentOptions, SayWhoHearsOfChangesAndWhoMakesThem) {
+TEST(AgentOptions, SetEventsAndConsole) {
   const auto options = parse({"--no-console", "--event-access", "denied", "--event-channel",
                               "corbaloc::h:1/C", "--queue", "5"});
   ASSERT_TRUE(options);
@@ -96,7 +96,7 @@ TEST(AgentOptions, SayWhoHearsOfChangesAndWhoMakesThem) {
   EXPECT_EQ(agent::EventAccess::kAllowed, parse({"--event-access", "allowed"})->eventAccess);
 }
 
-TEST(AgentOptions, RefuseWhatIsNoEventAccessOrQueue) {
+TEST(AgentOptions, RejectBadEventAccessAndQueues) {
   EXPECT_THAT(refusal({"--event-access", "maybe"}), HasSubstr("maybe"));
   EXPECT_THAT(refusal({"--event-access", "1"}), HasSubstr("--event-access"));
   EXPECT_THAT(refusal({"--queue", "0"}), HasSubstr("--queue"));
@@ -187,7 +187,7 @@ std::ostream& operator<<(std::ostream& out, const Limit& limit) {
 
 class NumericLimit : public testing::TestWithParam<Limit> {};
 
-TEST_P(NumericLimit, IsTheLastThatIsAccepted) {
+TEST_P(NumericLimit, IsTheLargestAcceptedValue) {
   EXPECT_EQ("", refusal({GetParam().option, GetParam().inside}));
   EXPECT_THAT(refusal({std::string(GetParam().option) + "=" + GetParam().outside}),
               HasSubstr(GetParam().option));
@@ -208,7 +208,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 class NumericOption : public testing::TestWithParam<std::string> {};
 
-TEST_P(NumericOption, TakesNumbersOnly) {
+TEST_P(NumericOption, AcceptsOnlyNumbers) {
   const std::string& option = GetParam();
   EXPECT_NE("", refusal({option + "=many"}));
   EXPECT_NE("", refusal({option + "=2x"}));
@@ -223,7 +223,7 @@ INSTANTIATE_TEST_SUITE_P(Options, NumericOption,
                                          "--max-iterators", "--iterator-memory", "--max-views",
                                          "--view-memory", "--memory"));
 
-TEST(AgentOptions, RefuseWhatTheyDoNotKnowInOneLine) {
+TEST(AgentOptions, RejectUnknownOptionsInOneLine) {
   EXPECT_THAT(refusal({"--colour"}), HasSubstr("--colour"));
   EXPECT_THAT(refusal({"--colour"}), HasSubstr(" (see topo-agentd --help)"));
   for (const std::string& text :
@@ -234,7 +234,7 @@ TEST(AgentOptions, RefuseWhatTheyDoNotKnowInOneLine) {
   }
 }
 
-TEST(AgentOptions, RefuseAConfigurationFileThatIsNotThere) {
+TEST(AgentOptions, RejectAMissingConfigurationFile) {
   EXPECT_THAT(refusal({"--config", "/nonexistent/agent.conf"}), HasSubstr("agent.conf"));
 }
 

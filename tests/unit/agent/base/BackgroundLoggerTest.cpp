@@ -75,7 +75,7 @@ TEST(BackgroundLogger, WritesEachLineInOrderFromAnotherThread) {
   EXPECT_NE(std::this_thread::get_id(), writer);
 }
 
-TEST(BackgroundLogger, NeverWaitsForAReaderThatHasStopped) {
+TEST(BackgroundLogger, NeverWaitsForABlockedReader) {
   Reader reader(true);
   std::optional<BackgroundLogger> logger(std::in_place, reader.taker(), 3);
   logger->logger().info("first");
@@ -119,7 +119,7 @@ TEST(BackgroundLogger, ReportsEachDroppedLineOnce) {
   EXPECT_THAT(reader.lines().back(), EndsWith("] later\n"));
 }
 
-TEST(BackgroundLogger, FlushesAtOnceWhenNothingWaits) {
+TEST(BackgroundLogger, FlushesAnEmptyQueueAtOnce) {
   Reader reader(false);
   BackgroundLogger logger(reader.taker(), 10);
   EXPECT_TRUE(logger.flush(kLong));

@@ -33,7 +33,7 @@ TEST_F(Refusals, AreLoggedOnceAMinute) {
   EXPECT_NE(std::string::npos, loggedBy("fourth").find("fourth (and 2 refusals before)"));
 }
 
-TEST_F(Refusals, AreCountedFromTheLastLineOn) {
+TEST_F(Refusals, AreCountedSinceTheLastLine) {
   loggedBy("first");
   loggedBy("second");
   now_ += seconds(60);

@@ -162,7 +162,7 @@ class AttributeServiceTest : public testing::Test {
 
 // --- Which objects there are.
 
-TEST_F(AttributeServiceTest, KnowsEveryKindOfObject) {
+TEST_F(AttributeServiceTest, AcceptsEveryTypeOfObject) {
   for (const NVSList_T& name : {subnetwork("core"), element("5"), element("8"), element("9"),
                                 element("11"), object("ONE", "6"), object("OS", "7"), link("k1")}) {
     for (const Outcome& outcome : everyOutcome(name)) {
@@ -171,7 +171,7 @@ TEST_F(AttributeServiceTest, KnowsEveryKindOfObject) {
   }
 }
 
-TEST_F(AttributeServiceTest, RefusesObjectsThatAreNotThere) {
+TEST_F(AttributeServiceTest, RejectsUnknownObjects) {
   expectEveryRefused(agent::kEntityNotFound, "no object {EMS=E, TopoSubnetwork=x}",
                      subnetwork("x"));
   expectEveryRefused(agent::kEntityNotFound, "no object {EMS=E, ManagedElement=6}", element("6"));
@@ -181,14 +181,14 @@ TEST_F(AttributeServiceTest, RefusesObjectsThatAreNotThere) {
                      link("ghost"));
 }
 
-TEST_F(AttributeServiceTest, TakesNoElementAndNoOtherNodeForASubnetwork) {
+TEST_F(AttributeServiceTest, AcceptsOnlySubnetworksAsSubnetworks) {
   expectEveryRefused(agent::kEntityNotFound, "no object {EMS=E, TopoSubnetwork=NE=5}",
                      subnetwork("NE=5"));
   expectEveryRefused(agent::kEntityNotFound, "no object {EMS=E, TopoSubnetwork=third}",
                      subnetwork("third"));
 }
 
-TEST_F(AttributeServiceTest, RefusesMalformedNames) {
+TEST_F(AttributeServiceTest, RejectsMalformedNames) {
   expectEveryRefused(agent::kInvalidName, "malformed name {}: it has 0 pairs instead of 2",
                      nameOf({}));
   expectEveryRefused(agent::kInvalidName, "malformed name {EMS=E}: it has 1 pair instead of 2",
@@ -224,7 +224,7 @@ TEST_F(AttributeServiceTest, SurvivesHostileNames) {
 
 // --- User labels.
 
-TEST_F(AttributeServiceTest, KeepsAUserLabelOfALinkWhereTheModuleLooksForIt) {
+TEST_F(AttributeServiceTest, StoresALinkLabelUnderTheKeyOfTheModule) {
   expectDone(service().setUserLabel(link("k1"), "Primär", false));
   const auto labelOf = [&](const std::string& id) {
     agent::ObjectNaming naming("E", model());
@@ -238,7 +238,7 @@ TEST_F(AttributeServiceTest, KeepsAUserLabelOfALinkWhereTheModuleLooksForIt) {
   EXPECT_EQ("Primär", labelOf("k1"));
 }
 
-TEST_F(AttributeServiceTest, KeepsUserLabelsByTypeAndId) {
+TEST_F(AttributeServiceTest, StoresUserLabelsByTypeAndId) {
   service().setUserLabel(subnetwork("core"), "a", false);
   service().setUserLabel(element("5"), "b", false);
   service().setUserLabel(object("ONE", "6"), "c", false);
@@ -260,7 +260,7 @@ TEST_F(AttributeServiceTest, ReplacesAUserLabel) {
   EXPECT_EQ("second", model().labelOf(201, "k1"));
 }
 
-TEST_F(AttributeServiceTest, RemovesAUserLabelWithAnEmptyOne) {
+TEST_F(AttributeServiceTest, RemovesAUserLabelForAnEmptyText) {
   service().setUserLabel(link("k1"), "first", false);
   expectDone(service().setUserLabel(link("k1"), "", true));
   EXPECT_EQ("", model().labelOf(201, "k1"));
@@ -269,7 +269,7 @@ TEST_F(AttributeServiceTest, RemovesAUserLabelWithAnEmptyOne) {
   EXPECT_TRUE(store().idsWithLabel(201, "first").empty());
 }
 
-TEST_F(AttributeServiceTest, RefusesAUserLabelInUseWhenAskedTo) {
+TEST_F(AttributeServiceTest, RejectsADuplicateLabelOnlyIfUniquenessIsEnforced) {
   service().setUserLabel(link("k1"), "Trunk", false);
   expectRefused(agent::kUserLabelInUse,
                 "the user label \"Trunk\" is already that of {EMS=E, ClockTopoLinkId=k1}",
@@ -279,7 +279,7 @@ TEST_F(AttributeServiceTest, RefusesAUserLabelInUseWhenAskedTo) {
   EXPECT_EQ("Trunk", model().labelOf(201, "k2"));
 }
 
-TEST_F(AttributeServiceTest, LetsAnObjectKeepItsOwnUniqueLabel) {
+TEST_F(AttributeServiceTest, AcceptsTheObjectsOwnUniqueLabelAgain) {
   service().setUserLabel(link("k1"), "Trunk", true);
   expectDone(service().setUserLabel(link("k1"), "Trunk", true));
 }
@@ -289,19 +289,19 @@ TEST_F(AttributeServiceTest, ComparesUniqueLabelsWithinAType) {
   expectDone(service().setUserLabel(subnetwork("core"), "Trunk", true));
 }
 
-TEST_F(AttributeServiceTest, LetsTheLabelOfNoObjectBeUsed) {
+TEST_F(AttributeServiceTest, IgnoresLabelsOfUnknownObjectsForUniqueness) {
   ASSERT_EQ("Ghost", model().labelOf(201, "ghost"));
   expectDone(service().setUserLabel(link("k1"), "Ghost", true));
 }
 
-TEST_F(AttributeServiceTest, LetsManyObjectsHaveNoLabel) {
+TEST_F(AttributeServiceTest, AcceptsEmptyLabelsForManyObjects) {
   expectDone(service().setUserLabel(link("k1"), "", true));
   expectDone(service().setUserLabel(link("k2"), "", true));
 }
 
 // --- Owners.
 
-TEST_F(AttributeServiceTest, KeepsOwners) {
+TEST_F(AttributeServiceTest, StoresOwners) {
   expectDone(service().setOwner(element("5"), "Betrieb Köln"));
   expectDone(service().setOwner(element("9"), "first"));
   expectDone(service().setOwner(element("9"), ""));
@@ -315,7 +315,7 @@ TEST_F(AttributeServiceTest, KeepsOwners) {
 
 // --- Native names.
 
-TEST_F(AttributeServiceTest, RenamesEveryRecordOfAnObjectAndNoOther) {
+TEST_F(AttributeServiceTest, RenamesOnlyTheRecordsOfTheObject) {
   expectDone(service().setNativeName(element("5"), "FÜNF"));
   expectDone(service().setNativeName(subnetwork("core"), ""));
   expectDone(service().setNativeName(object("ONE", "6"), "SIX"));
@@ -331,7 +331,7 @@ TEST_F(AttributeServiceTest, RenamesEveryRecordOfAnObjectAndNoOther) {
   }
 }
 
-TEST_F(AttributeServiceTest, RenamesAnElementThatOnlyTheClockKnows) {
+TEST_F(AttributeServiceTest, RenamesAnElementWithClockRecordsOnly) {
   expectDone(service().setNativeName(element("11"), "ELEVEN"));
   EXPECT_EQ("ELEVEN", model().clockPositions()[1].label);
   restart();
@@ -350,14 +350,14 @@ TEST_F(AttributeServiceTest, MergesAdditionalInformationByName) {
   EXPECT_EQ((Pairs{{"a", "2"}, {"0", "4"}, {"b", "5"}}), merged(name, {}));
 }
 
-TEST_F(AttributeServiceTest, KeepsTheInformationOfObjectsApart) {
+TEST_F(AttributeServiceTest, StoresInformationForEachObjectSeparately) {
   merged(element("5"), {{"a", "1"}});
   merged(element("9"), {{"a", "2"}});
   EXPECT_EQ((Pairs{{"a", "1"}}), merged(element("5"), {}));
   EXPECT_EQ(Pairs{}, merged(object("ONE", "6"), {}));
 }
 
-TEST_F(AttributeServiceTest, RefusesPairsThatCannotBeMerged) {
+TEST_F(AttributeServiceTest, RejectsPairsWithBadOrDuplicateNames) {
   const NVSList_T name = element("5");
   const std::string what = "the additional information of {EMS=E, ManagedElement=5}: ";
   merged(name, {{"kept", "1"}});
@@ -384,7 +384,7 @@ TEST_F(AttributeServiceTest, MergesManyPairs) {
 }
 
 // So that what is stored can be sent back.
-TEST_F(AttributeServiceTest, RefusesMoreInformationThanAnObjectMayHave) {
+TEST_F(AttributeServiceTest, RejectsInformationAboveTheSizeLimit) {
   const NVSList_T name = element("5");
   Pairs most;
   constexpr std::size_t kLongest =
@@ -408,7 +408,7 @@ TEST_F(AttributeServiceTest, RefusesMoreInformationThanAnObjectMayHave) {
 
 // --- Reset.
 
-TEST_F(AttributeServiceTest, ForgetsAllButTheNativeNameWhenReset) {
+TEST_F(AttributeServiceTest, RemovesAllAttributesButTheNativeNameOnReset) {
   const NVSList_T name = element("5");
   service().setUserLabel(name, "label", false);
   service().setOwner(name, "owner");
@@ -428,7 +428,7 @@ TEST_F(AttributeServiceTest, ForgetsAllButTheNativeNameWhenReset) {
 
 // --- Texts.
 
-TEST_F(AttributeServiceTest, RefusesTextsThatClientsCouldNotRead) {
+TEST_F(AttributeServiceTest, RejectsTextsThatAreNotUtf8OrContainNul) {
   expectRefused(agent::kInvalidName,
                 "the user label of {EMS=E, TopoSubnetwork=core} is not UTF-8 at byte 3",
                 service().setUserLabel(subnetwork("core"), "abc\xff", false));
@@ -440,13 +440,13 @@ TEST_F(AttributeServiceTest, RefusesTextsThatClientsCouldNotRead) {
                 service().setNativeName(subnetwork("core"), longText('x')));
 }
 
-TEST_F(AttributeServiceTest, TakesTextsOfUpToAMebibyte) {
+TEST_F(AttributeServiceTest, AcceptsTextsOfUpToAMebibyte) {
   const std::string text(AttributeService::kMostTextBytes, 'x');
   expectDone(service().setUserLabel(subnetwork("core"), text, true));
   EXPECT_EQ(text, model().labelOf(54, "core"));
 }
 
-TEST_F(AttributeServiceTest, KeepsTextsThatAreHardToStore) {
+TEST_F(AttributeServiceTest, StoresUnusualTextsUnchanged) {
   const std::string text = "'; DROP TABLE object_owner; --\n\t\xf0\x9f\x98\x80";
   expectDone(service().setOwner(subnetwork("core"), text));
   EXPECT_EQ((Pairs{{text, text}}), merged(subnetwork("core"), {{text, text}}));
@@ -455,7 +455,7 @@ TEST_F(AttributeServiceTest, KeepsTextsThatAreHardToStore) {
 
 // --- Disks and processes that fail.
 
-TEST_F(AttributeServiceTest, LosesNothingWhenTheProcessIsKilledAfterAChange) {
+TEST_F(AttributeServiceTest, KeepsChangesWhenTheProcessIsKilled) {
   host_.reset();
   const int status = statusOfChild([&] {
     Host host(path_);
@@ -480,7 +480,7 @@ void limitFileSize(rlim_t bytes) {
 }
 
 // In a process of its own, whose files may not grow for a while. Its status counts what is wrong.
-TEST_F(AttributeServiceTest, ChangesNothingWhenTheStoreFailsAndGoesOnAfterwards) {
+TEST_F(AttributeServiceTest, RecoversFromAFailureOfTheStore) {
   host_.reset();
   const int status = statusOfChild([&] {
     signal(SIGXFSZ, SIG_IGN);
@@ -514,7 +514,7 @@ void runAll(std::vector<std::thread>& threads) {
   threads.clear();
 }
 
-TEST_F(AttributeServiceTest, GivesOneOfManyThreadsAUniqueLabel) {
+TEST_F(AttributeServiceTest, LetsOneOfManyThreadsSetAUniqueLabel) {
   std::atomic<int> winners{0};
   std::vector<std::thread> threads;
   for (const char* number : {"5", "8", "9", "11"}) {
@@ -527,7 +527,7 @@ TEST_F(AttributeServiceTest, GivesOneOfManyThreadsAUniqueLabel) {
   EXPECT_EQ(1U, store().idsWithLabel(1, "mine").size());
 }
 
-TEST_F(AttributeServiceTest, KeepsStoreAndModelAlikeUnderManyThreads) {
+TEST_F(AttributeServiceTest, KeepsStoreAndModelEqualUnderManyThreads) {
   std::atomic<bool> stop{false};
   std::vector<std::thread> readers;
   for (int i = 0; i < 3; ++i) {
@@ -563,7 +563,7 @@ TEST_F(AttributeServiceTest, KeepsStoreAndModelAlikeUnderManyThreads) {
 }
 
 // Every setter finds its object, waits for the change that removes it, and must look again.
-TEST(AttributeServiceRace, RefusesAnObjectThatTheChangeBeforeRemoved) {
+TEST(AttributeServiceRace, RejectsAnObjectThatAConcurrentChangeRemoved) {
   const NVSList_T name = subnetwork("a");
   NVSList_T info = nameOf({{"n", "v"}});
   using Set = std::function<Outcome(AttributeService&)>;

@@ -84,7 +84,7 @@ TEST_F(BackupsTest, AreStores) {
   }
 }
 
-TEST_F(BackupsTest, HaveTheChangesThatComeBetweenTheSteps) {
+TEST_F(BackupsTest, ContainChangesThatAreCommittedBetweenSteps) {
   for (const std::string& path : {path_, std::string(SqliteStore::kInMemory)}) {
     ChangingHost host(path, largeNetwork());
     auto copy = host.writer().beginCopy();
@@ -97,7 +97,7 @@ TEST_F(BackupsTest, HaveTheChangesThatComeBetweenTheSteps) {
   }
 }
 
-TEST_F(BackupsTest, HaveNoChangesThatComeLater) {
+TEST_F(BackupsTest, ContainNoChangesAfterTheLastStep) {
   ChangingHost host(path_, largeNetwork());
   auto copy = host.writer().beginCopy();
   while (!host.writer().continueCopy(*copy)) {
@@ -114,7 +114,7 @@ TEST_F(BackupsTest, AreMadeWhileChangesArePaused) {
   EXPECT_EQ(describe(wideNetwork(3)), storedIn(fetched(backups)));
 }
 
-TEST_F(BackupsTest, LeaveNoFileBehindWheneverTheyEnd) {
+TEST_F(BackupsTest, RemoveTheirFileInEveryState) {
   ChangingHost host(path_, largeNetwork());
   const std::size_t before = files();
   Backups backups(host.writer());
@@ -128,7 +128,7 @@ TEST_F(BackupsTest, LeaveNoFileBehindWheneverTheyEnd) {
   EXPECT_EQ(before, files());
 }
 
-TEST_F(BackupsTest, RefuseAnotherWhileOneIsFetched) {
+TEST_F(BackupsTest, RejectASecondBackupDuringTheFirst) {
   ChangingHost host(path_, largeNetwork());
   seconds now{100000};
   Backups backups(host.writer(), [&] { return std::chrono::steady_clock::time_point(now); });
@@ -146,7 +146,7 @@ TEST_F(BackupsTest, RefuseAnotherWhileOneIsFetched) {
   EXPECT_EQ(agent::kSuccess, backups.next(first, part).code);
 }
 
-TEST_F(BackupsTest, MakeWayWhenNobodyFetchesThem) {
+TEST_F(BackupsTest, AreReplacedWhenIdle) {
   ChangingHost host(path_, largeNetwork());
   seconds now{100000};
   Backups backups(host.writer(), [&] { return std::chrono::steady_clock::time_point(now); });
@@ -160,7 +160,7 @@ TEST_F(BackupsTest, MakeWayWhenNobodyFetchesThem) {
   EXPECT_EQ(agent::kSuccess, backups.next(second, part).code);
 }
 
-TEST_F(BackupsTest, EndWhenTheyAreFetchedOrNotWanted) {
+TEST_F(BackupsTest, EndAfterTheLastPartAndByEnd) {
   ChangingHost host(path_, wideNetwork(3));
   Backups backups(host.writer());
   std::uint64_t id = 0;
@@ -189,7 +189,7 @@ void cutCopy(std::size_t bytes) {
   std::filesystem::resize_file(copy, bytes);
 }
 
-TEST_F(BackupsTest, EndWhenTheyCannotBeRead) {
+TEST_F(BackupsTest, EndAfterAFailedRead) {
   ChangingHost host(path_, largeNetwork());
   Backups backups(host.writer());
   std::uint64_t id = 0;
@@ -227,7 +227,7 @@ class FewDescriptors {
   rlimit before_{};
 };
 
-TEST_F(BackupsTest, LeaveNothingOpenOrBehindWhenDescriptorsRunOut) {
+TEST_F(BackupsTest, LeakNoFileOrDescriptorWhenDescriptorsRunOut) {
 #ifdef __SANITIZE_ADDRESS__
   GTEST_SKIP() << "the sanitizer opens a descriptor to check the type of an object";
 #endif
@@ -247,7 +247,7 @@ TEST_F(BackupsTest, LeaveNothingOpenOrBehindWhenDescriptorsRunOut) {
   EXPECT_EQ(agent::kSuccess, backups.begin(id).code);
 }
 
-TEST_F(BackupsTest, SayWhyTheyCannotBeMade) {
+TEST_F(BackupsTest, ReportTheReasonOfAFailedStart) {
   auto folder = std::make_unique<support::TemporaryDirectory>();
   ChangingHost host(folder->file("store.db"), wideNetwork(3));
   std::filesystem::remove_all(folder->path());

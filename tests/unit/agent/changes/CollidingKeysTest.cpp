@@ -58,11 +58,11 @@ Network networkOfElements(const std::vector<std::int32_t>& numbers) {
   return network;
 }
 
-TEST(CollidingKeys, OfElementsCostAnImportNoMore) {
+TEST(CollidingKeys, OfElementsDoNotSlowAnImport) {
   expectComparableImports(support::collidingNumbers(), ordinaryNumbers(), networkOfElements);
 }
 
-TEST(CollidingKeys, OfNodesCostAnImportNoMore) {
+TEST(CollidingKeys, OfNodesDoNotSlowAnImport) {
   expectComparableImportsOfTexts([](const std::vector<std::string>& ids) {
     Network network;
     for (const std::string& id : ids) {
@@ -72,7 +72,7 @@ TEST(CollidingKeys, OfNodesCostAnImportNoMore) {
   });
 }
 
-TEST(CollidingKeys, OfClockPositionsCostAnImportNoMore) {
+TEST(CollidingKeys, OfClockPositionsDoNotSlowAnImport) {
   expectComparableImportsOfTexts([](const std::vector<std::string>& references) {
     Network network;
     for (const std::string& reference : references) {
@@ -82,7 +82,7 @@ TEST(CollidingKeys, OfClockPositionsCostAnImportNoMore) {
   });
 }
 
-TEST(CollidingKeys, OfClockLinksCostAnImportNoMore) {
+TEST(CollidingKeys, OfClockLinksDoNotSlowAnImport) {
   expectComparableImportsOfTexts([](const std::vector<std::string>& ids) {
     Network network;
     for (const std::string& id : ids) {
@@ -92,7 +92,7 @@ TEST(CollidingKeys, OfClockLinksCostAnImportNoMore) {
   });
 }
 
-TEST(CollidingKeys, OfLabelsCostACheckNoMore) {
+TEST(CollidingKeys, OfLabelsDoNotSlowACheck) {
   const auto cost = [](const std::vector<std::string>& ids) {
     Network network;
     for (const std::string& id : ids) {
@@ -104,7 +104,7 @@ TEST(CollidingKeys, OfLabelsCostACheckNoMore) {
   EXPECT_PRED2(support::isComparable, cost(support::collidingTexts(kManyTexts)), usual);
 }
 
-TEST(CollidingKeys, OfAdditionalInformationCostNoMore) {
+TEST(CollidingKeys, OfAdditionalInformationDoNotSlowAMerge) {
   const auto cost = [](const std::vector<std::string>& names) {
     ChangingHost host(agent::SqliteStore::kInMemory);
     host.nodes().create(nodeOf("a", ""));
@@ -139,7 +139,7 @@ std::string graphmlOf(const std::vector<std::string>& texts) {
          "<graph edgedefault='directed'>" + nodes + "</graph></graphml>";
 }
 
-TEST(CollidingKeys, OfGraphmlCostNoMore) {
+TEST(CollidingKeys, OfGraphmlDoNotSlowTheReader) {
   const double usual = costOfGraphml(graphmlOf(support::ordinaryTexts(kManyTexts)));
   EXPECT_PRED2(support::isComparable, costOfGraphml(graphmlOf(support::collidingTexts(kManyTexts))),
                usual);

@@ -58,7 +58,7 @@ class NetworkImport : public testing::Test {
   ImportSummary summary_;
 };
 
-TEST_F(NetworkImport, AddsEveryListAfterWhatIsThere) {
+TEST_F(NetworkImport, AppendsEveryList) {
   expectImported(part(R"(
     "ems": "other",
     "topoNodes": [
@@ -84,14 +84,14 @@ TEST_F(NetworkImport, AddsEveryListAfterWhatIsThere) {
   EXPECT_EQ(1U, summary_.objectLabels);
 }
 
-TEST_F(NetworkImport, RaisesNothingForANetworkWithoutNodes) {
+TEST_F(NetworkImport, RaisesNoEventForANetworkWithoutNodes) {
   expectImported(part(R"("networkElements": [{"number": 3}])"));
   expectImported(Network());
   EXPECT_EQ("", host_.events());
   EXPECT_EQ(0U, summary_.networkElements);
 }
 
-TEST_F(NetworkImport, GivesEveryNewObjectItsName) {
+TEST_F(NetworkImport, MakesEveryNewObjectNameable) {
   expectImported(part(R"("topoNodes": [{"id": "x"}, {"id": "OS=4", "parent": "x", "type": 1}],
                          "clockPositions": [{"reference": "NE=30"}], "clockLinks": [{"id": "l"}])"));
   for (const agent::ObjectKey& key :
@@ -100,12 +100,12 @@ TEST_F(NetworkImport, GivesEveryNewObjectItsName) {
   }
 }
 
-TEST_F(NetworkImport, RefusesParentsThatAreNowhere) {
+TEST_F(NetworkImport, RejectsUnknownParents) {
   expectRefused(agent::kEntityNotFound, "topoNodes[1].parent: \"nowhere\" does not exist",
                 part(R"("topoNodes": [{"id": "x"}, {"id": "y", "parent": "nowhere"}])"));
 }
 
-TEST_F(NetworkImport, RefusesWhatIsThereAlready) {
+TEST_F(NetworkImport, RejectsDuplicatesOfServedRecords) {
   const auto expectClash = [this](const std::string& reason, const std::string& fields) {
     expectRefused(agent::kAlreadyExists, reason + " exists already", part(fields));
   };
@@ -121,7 +121,7 @@ TEST_F(NetworkImport, RefusesWhatIsThereAlready) {
               R"("objectLabels": [{"type": 201, "id": "none", "label": "x"}])");
 }
 
-TEST_F(NetworkImport, RefusesNetworksThatNoFileCouldHold) {
+TEST_F(NetworkImport, RejectsNetworksThatAFileCannotContain) {
   Network twice;
   twice.topoNodes = {nodeOf("x", ""), nodeOf("x", "")};
   expectRefused(agent::kInvalidName, "topoNodes[1].id: \"x\" is already that of topoNodes[0]",
@@ -152,7 +152,7 @@ TEST_F(NetworkImport, RefusesNetworksThatNoFileCouldHold) {
   expectRefused(agent::kInvalidName, "objectLabels[0].label is not UTF-8 at byte 0", label);
 }
 
-TEST_F(NetworkImport, RefusesAnyTextThatNoFileCouldHold) {
+TEST_F(NetworkImport, RejectsTextsThatAFileCannotContain) {
   const auto refuse = [this](const std::string& place, auto spoil) {
     Network network;
     network.topoNodes = {nodeOf("x", "core")};
@@ -188,7 +188,7 @@ TEST_F(NetworkImport, RefusesAnyTextThatNoFileCouldHold) {
   refuse("objectLabels[0].label", [&](Network& network) { network.objectLabels[0].label = bad; });
 }
 
-TEST_F(NetworkImport, KeepsNothingThatNoFileCanSet) {
+TEST_F(NetworkImport, ClearsFieldsThatAFileCannotSet) {
   Network network;
   network.topoNodes = {nodeOf("x", "")};
   network.topoNodes[0].text5 = "carried";
@@ -222,7 +222,7 @@ TEST_F(NetworkImport, NeverShowsAnElementTwice) {
   EXPECT_EQ("1 2 3 5 ", numbers);
 }
 
-TEST_F(NetworkImport, TakesTheManagingSystemOnlyWhereThereWasNone) {
+TEST_F(NetworkImport, StoresTheManagingSystemOnlyIfNoneIsStored) {
   expectImported(part(R"("ems": "other")"));
   EXPECT_EQ("E", host_.model().ems());
   ChangingHost empty(agent::SqliteStore::kInMemory);
@@ -246,7 +246,7 @@ TEST_F(NetworkImport, AddsAWholeGraphmlNetwork) {
                 valueOf(agent::readNetwork("zoo.graphml", graph)));
 }
 
-TEST_F(NetworkImport, AddsALargeNetworkToALargeOne) {
+TEST_F(NetworkImport, AddsALargeNetworkToALargeNetwork) {
   ChangingHost large(agent::SqliteStore::kInMemory, wideNetwork(50000));
   Network more;
   for (int i = 0; i < 50000; ++i) {
@@ -261,13 +261,13 @@ TEST_F(NetworkImport, AddsALargeNetworkToALargeOne) {
 
 // --- Reading what is to be imported.
 
-TEST(PartReader, LeavesParentsThatAreNotInTheContentToWhoeverImportsIt) {
+TEST(PartReader, AcceptsParentsOutsideOfTheContent) {
   const std::string content = withFormat(R"("topoNodes": [{"id": "x", "parent": "elsewhere"}])");
   EXPECT_EQ("", refusalOfPart(content));
   EXPECT_EQ("network.json: topoNodes[0].parent: \"elsewhere\" does not exist", refusalOf(content));
 }
 
-TEST(PartReader, ChecksEverythingElseAsForAFile) {
+TEST(PartReader, ChecksAllOtherRulesOfAFile) {
   EXPECT_EQ("part.json: topoNodes[1].id: \"x\" is already that of topoNodes[0]",
             refusalOfPart(withFormat(R"("topoNodes": [{"id": "x"}, {"id": "x"}])")));
   EXPECT_EQ("part.json: topoNodes[0].parent: makes the node its own ancestor",
@@ -278,7 +278,7 @@ TEST(PartReader, ChecksEverythingElseAsForAFile) {
   EXPECT_EQ("", refusalOfPart("\xef\xbb\xbf" + withFormat(R"("ems": "E")")));
 }
 
-TEST(PartReader, TakesAnyName) {
+TEST(PartReader, AcceptsAnyName) {
   for (const std::string& name : {std::string(), std::string("/"), std::string("\xff\0x", 3)}) {
     EXPECT_EQ("", refusalOfPart(withFormat(R"("ems": "E")"), name));
   }
@@ -301,7 +301,7 @@ TEST(CancelledImport, StopsReading) {
   }
 }
 
-TEST(CancelledImport, LeavesTheStoreAsItWas) {
+TEST(CancelledImport, LeavesTheStoreUnchanged) {
   agent::Cancellation cancellation;
   agent::SqliteStore store(agent::SqliteStore::kInMemory);
   store.load(wideNetwork(3));
@@ -312,7 +312,7 @@ TEST(CancelledImport, LeavesTheStoreAsItWas) {
   store.commit(agent::NetworkAddition{sampleNetwork(), {}});
 }
 
-TEST(CancelledImport, ChangesNothingAndGivesTheTurnToTheNextChange) {
+TEST(CancelledImport, ChangesNothingAndLetsTheNextChangeProceed) {
   agent::Cancellation cancellation;
   agent::SqliteStore store(agent::SqliteStore::kInMemory);
   agent::NetworkModel model;

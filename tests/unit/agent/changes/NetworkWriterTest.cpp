@@ -29,7 +29,7 @@ void joinAll(std::vector<std::thread>& threads) {
   }
 }
 
-TEST(NetworkWriter, RaisesAnEventWhenStoreAndModelHaveTheChange) {
+TEST(NetworkWriter, RaisesAnEventAfterStoreAndModelHaveTheChange) {
   SqliteStore store(SqliteStore::kInMemory);
   NetworkModel model;
   std::string seen;
@@ -58,14 +58,14 @@ TEST(NetworkWriter, RaisesEachEventWithTheNumberOfItsChange) {
   EXPECT_EQ(before + 3, events[1].change);
 }
 
-TEST(NetworkWriter, NeedsNobodyToListen) {
+TEST(NetworkWriter, WorksWithoutAListener) {
   SqliteStore store(SqliteStore::kInMemory);
   NetworkModel model;
   NetworkWriter writer(store, model);
   EXPECT_EQ(agent::kSuccess, agent::NodeService(writer).create(nodeOf("a", "")).code);
 }
 
-TEST(NetworkWriter, MakesTheChangeThoughItsListenerFails) {
+TEST(NetworkWriter, CommitsTheChangeIfTheListenerThrows) {
   SqliteStore store(SqliteStore::kInMemory);
   NetworkModel model;
   NetworkWriter writer(store, model,
@@ -74,7 +74,7 @@ TEST(NetworkWriter, MakesTheChangeThoughItsListenerFails) {
   EXPECT_TRUE(model.hasTopoNode("a"));
 }
 
-TEST(NetworkWriter, KeepsChangesWaitingWhileItPauses) {
+TEST(NetworkWriter, BlocksChangesDuringAPause) {
   ChangingHost host(SqliteStore::kInMemory);
   auto pause = std::make_unique<NetworkWriter::Pause>(host.writer(), 1min);
   support::Task change([&] { return host.nodes().create(nodeOf("a", "")).code; });
@@ -86,7 +86,7 @@ TEST(NetworkWriter, KeepsChangesWaitingWhileItPauses) {
   EXPECT_EQ("372: a\n", host.events());
 }
 
-TEST(NetworkWriter, PausesUntilTheLastPauseEnds) {
+TEST(NetworkWriter, BlocksChangesUntilTheLastPauseEnds) {
   ChangingHost host(SqliteStore::kInMemory);
   auto first = std::make_unique<NetworkWriter::Pause>(host.writer(), 1min);
   auto second = std::make_unique<NetworkWriter::Pause>(host.writer(), 1min);
@@ -136,7 +136,7 @@ TEST(NetworkWriter, PausesBesideAChangeThatTakesTooLong) {
 
 // A reload would starve otherwise while clients keep changing the network. Which of several
 // waiting threads wakes up first is chance, so the pause has to win several times.
-TEST(NetworkWriter, PausesBeforeChangesThatWait) {
+TEST(NetworkWriter, PausesBeforeWaitingChanges) {
   for (int round = 0; round < 5; ++round) {
     ChangingHost host(SqliteStore::kInMemory);
     auto current = std::make_unique<NetworkWriter::Change>(host.writer());
@@ -158,7 +158,7 @@ TEST(NetworkWriter, PausesBeforeChangesThatWait) {
   }
 }
 
-TEST(NetworkWriter, PausesThoughChangesKeepComing) {
+TEST(NetworkWriter, PausesUnderAStreamOfChanges) {
   ChangingHost host(SqliteStore::kInMemory);
   host.nodes().create(nodeOf("a", ""));
   std::atomic<bool> stop{false};
@@ -224,7 +224,7 @@ int changeEverything(ChangingHost& host, const std::string& own) {
 }
 
 // Changes of every kind at once, while others read and reserve.
-TEST(NetworkWriter, KeepsStoreAndModelAlikeUnderManyThreads) {
+TEST(NetworkWriter, KeepsStoreAndModelEqualUnderManyThreads) {
   const support::TemporaryDirectory directory;
   ChangingHost host(directory.file("store.db"), wideNetwork(50));
   std::atomic<bool> stop{false};
@@ -257,7 +257,7 @@ TEST(NetworkWriter, KeepsStoreAndModelAlikeUnderManyThreads) {
 }
 
 // The kernel's way with such locks is to let readers go first for as long as there are any.
-TEST(NetworkWriter, CommitsWhileReadersKeepReading) {
+TEST(NetworkWriter, CommitsUnderAStreamOfReads) {
   NetworkModel model(wideNetwork(2000));
   std::atomic<bool> stop{false};
   std::vector<std::thread> readers;

@@ -121,7 +121,7 @@ class NodeServiceTest : public testing::Test {
 
 // --- Creating.
 
-TEST_F(NodeServiceTest, CreatesANodeAtTheEndWithAllThatIsKept) {
+TEST_F(NodeServiceTest, AppendsANodeWithAllStoredFields) {
   TopoNode_T node = nodeOf("south", "core", kTopoSubnetwork, "Süden");
   node.parentType = 7;
   node.attribute3 = -2147483647;
@@ -151,7 +151,7 @@ TEST_F(NodeServiceTest, RaisesAnEventWithTheCreatedNode) {
   EXPECT_EQ("", events[0].nodes[0].text4);
 }
 
-TEST_F(NodeServiceTest, CreatesBelowWhatItHasCreatedAndBelowEveryRootMarker) {
+TEST_F(NodeServiceTest, CreatesBelowNewNodesAndEveryRootMarker) {
   expectDone(nodes().create(nodeOf("a", "core")));
   expectDone(nodes().create(nodeOf("NE=9", "a", kTopoElement)));
   expectDone(nodes().create(nodeOf("b", "")));
@@ -160,14 +160,14 @@ TEST_F(NodeServiceTest, CreatesBelowWhatItHasCreatedAndBelowEveryRootMarker) {
   EXPECT_EQ("372: a\n372: NE=9\n372: b\n372: c\n372: d\n", host_->events());
 }
 
-TEST_F(NodeServiceTest, CreatesANodeWithTheTextOfARootMarkerThatIsNobodysParent) {
+TEST_F(NodeServiceTest, CreatesANodeWithARootMarkerAsItsId) {
   expectDone(nodes().create(nodeOf("0", "")));
   expectDone(nodes().create(nodeOf("below", "0")));
   EXPECT_EQ(1U, remove("0"));
   EXPECT_EQ("below", ids().back());
 }
 
-TEST_F(NodeServiceTest, CreatesObjectsThatHaveAttributes) {
+TEST_F(NodeServiceTest, CreatesObjectsThatAcceptAttributes) {
   expectDone(nodes().create(nodeOf("south", "core")));
   expectDone(nodes().create(nodeOf("EQ=1,ONE=8", "south", kTopoElement)));
   for (const auto& [objectClass, value] : Pairs{{"TopoSubnetwork", "south"}, {"ONE", "8"}}) {
@@ -178,18 +178,18 @@ TEST_F(NodeServiceTest, CreatesObjectsThatHaveAttributes) {
   EXPECT_EQ("named", nameOfNode("EQ=1,ONE=8"));
 }
 
-TEST_F(NodeServiceTest, CreatesNoNodeTwice) {
+TEST_F(NodeServiceTest, RejectsADuplicateNode) {
   expectNotCreated(agent::kAlreadyExists, "node \"west\" exists already",
                    nodeOf("west", "core", kTopoElement));
   expectNotCreated(agent::kAlreadyExists, "node \"third\" exists already", nodeOf("third", "none"));
 }
 
-TEST_F(NodeServiceTest, CreatesNoNodeBelowOneThatIsNotThere) {
+TEST_F(NodeServiceTest, RejectsAnUnknownParent) {
   expectNotCreated(agent::kEntityNotFound, "no node \"n\\x0ane\" to be the parent of node \"a\"",
                    nodeOf("a", "n\nne"));
 }
 
-TEST_F(NodeServiceTest, CreatesNoNodeThatIsItsOwnParent) {
+TEST_F(NodeServiceTest, RejectsANodeThatIsItsOwnParent) {
   expectNotCreated(agent::kInvalidName, "node \"a\" cannot be its own parent", nodeOf("a", "a"));
 }
 
@@ -201,7 +201,7 @@ TEST_F(NodeServiceTest, CreatesOnlyElementsAndSubnetworks) {
   }
 }
 
-TEST_F(NodeServiceTest, RefusesTextsThatNoNetworkFileCouldHold) {
+TEST_F(NodeServiceTest, RejectsTextsThatAFileCannotContain) {
   const std::string nul("x\0y", 3);
   expectNotCreated(agent::kInvalidName, "the id of a node must not be empty", nodeOf("", "core"));
   expectNotCreated(agent::kInvalidName, "the id of node \"\\xff\" is not UTF-8 at byte 0",
@@ -221,7 +221,7 @@ TEST_F(NodeServiceTest, RefusesTextsThatNoNetworkFileCouldHold) {
   expectNotCreated(agent::kInvalidName, "an attribute of node \"a\" holds a NUL character", node);
 }
 
-TEST_F(NodeServiceTest, TakesTextsThatAreHardToStoreAndLongOnes) {
+TEST_F(NodeServiceTest, StoresUnusualAndLongTextsUnchanged) {
   const std::string hard = "'; DROP TABLE topo_node; --\n\t\xf0\x9f\x98\x80";
   expectDone(nodes().create(nodeOf(hard, "core", kTopoSubnetwork, std::string(1048576, 'x'))));
   expectDone(nodes().create(nodeOf("below", hard)));
@@ -241,7 +241,7 @@ TEST_F(NodeServiceTest, StartsANetworkInANewStore) {
 
 // --- The list of elements.
 
-TEST_F(NodeServiceTest, ShowsAListedElementOnceWhenItGetsANode) {
+TEST_F(NodeServiceTest, ShowsAListedElementOnceAfterItGetsANode) {
   ASSERT_FALSE(isShown(5));
   expectDone(nodes().create(nodeOf("EQ=2,NE=5", "core", kTopoElement)));
   EXPECT_TRUE(isShown(5));
@@ -253,7 +253,7 @@ TEST_F(NodeServiceTest, ShowsAListedElementOnceWhenItGetsANode) {
   EXPECT_FALSE(isShown(5));
 }
 
-TEST_F(NodeServiceTest, ShowsAnElementUntilItsLastNodeGoes) {
+TEST_F(NodeServiceTest, MarksAnElementUntilItsLastNodeIsRemoved) {
   expectDone(nodes().create(nodeOf("NE=5", "core", kTopoElement)));
   expectDone(nodes().create(nodeOf("5", "NE=5", kTopoElement)));
   expectDone(nodes().create(nodeOf("EQ=1,NE=5", "east", kTopoElement)));
@@ -263,7 +263,7 @@ TEST_F(NodeServiceTest, ShowsAnElementUntilItsLastNodeGoes) {
   EXPECT_FALSE(isShown(5));
 }
 
-TEST_F(NodeServiceTest, LeavesAnElementShownThatTheNetworkFileShows) {
+TEST_F(NodeServiceTest, KeepsTheMarkFromANetworkFile) {
   remove("NE=1");
   EXPECT_TRUE(isShown(1));
   expectDone(nodes().create(nodeOf("NE=1", "core", kTopoElement)));
@@ -271,7 +271,7 @@ TEST_F(NodeServiceTest, LeavesAnElementShownThatTheNetworkFileShows) {
   EXPECT_TRUE(isShown(1));
 }
 
-TEST_F(NodeServiceTest, ShowsNoElementForANodeOfAnotherClassOrType) {
+TEST_F(NodeServiceTest, MarksNoElementForANodeOfAnotherClassOrType) {
   for (const auto& node : {nodeOf("ONE=5", "", kTopoElement), nodeOf("OS=5", "", kTopoElement),
                            nodeOf("5", "", kTopoSubnetwork), nodeOf("NE=x", "", kTopoElement)}) {
     expectDone(nodes().create(node));
@@ -282,7 +282,7 @@ TEST_F(NodeServiceTest, ShowsNoElementForANodeOfAnotherClassOrType) {
 
 // --- Removing.
 
-TEST_F(NodeServiceTest, RemovesANodeWithEverythingBelowItFromTheBottomUp) {
+TEST_F(NodeServiceTest, RemovesANodeAfterItsDescendants) {
   expectDone(nodes().create(nodeOf("NE=4", "west", kTopoElement)));
   host_->events();
   EXPECT_EQ(8U, remove("core"));
@@ -292,7 +292,7 @@ TEST_F(NodeServiceTest, RemovesANodeWithEverythingBelowItFromTheBottomUp) {
   EXPECT_EQ((std::vector<std::string>{"QNMAP_PHY_SUBMAP"}), ids());
 }
 
-TEST_F(NodeServiceTest, RaisesAnEventWithTheRemovedNodesAsTheyWere) {
+TEST_F(NodeServiceTest, RaisesAnEventWithTheRecordsOfTheRemovedNodes) {
   remove("NE=3");
   const auto events = host_->takeEvents();
   ASSERT_EQ(1U, events.size());
@@ -301,12 +301,12 @@ TEST_F(NodeServiceTest, RaisesAnEventWithTheRemovedNodesAsTheyWere) {
   EXPECT_EQ("Three", events[0].nodes[0].nativeName);
 }
 
-TEST_F(NodeServiceTest, RemovesNothingBelowTheRootWithANodeThatBearsItsText) {
+TEST_F(NodeServiceTest, KeepsTheRootsWhenANodeWithARootMarkerAsIdIsRemoved) {
   EXPECT_EQ(1U, remove("QNMAP_PHY_SUBMAP"));
   EXPECT_EQ(7U, ids().size());
 }
 
-TEST_F(NodeServiceTest, RemovesNoNodeThatIsNotThere) {
+TEST_F(NodeServiceTest, RejectsTheRemovalOfAnUnknownNode) {
   std::size_t removed = 77;
   expectRefused(agent::kEntityNotFound, "no node \"none\"",
                 [&] { return nodes().remove("none", removed); });
@@ -317,7 +317,7 @@ TEST_F(NodeServiceTest, RemovesNoNodeThatIsNotThere) {
                 [&] { return nodes().remove("\xff", removed); });
 }
 
-TEST_F(NodeServiceTest, CreatesAgainWhatItHasRemoved) {
+TEST_F(NodeServiceTest, CreatesARemovedNodeAgain) {
   for (int i = 0; i < 3; ++i) {
     remove("west");
     expectDone(nodes().create(nodeOf("west", "core")));
@@ -326,7 +326,7 @@ TEST_F(NodeServiceTest, CreatesAgainWhatItHasRemoved) {
   }
 }
 
-TEST_F(NodeServiceTest, ForgetsWhatIsStoredAboutARemovedObject) {
+TEST_F(NodeServiceTest, RemovesTheAttributesOfARemovedObject) {
   const auto west = nameOf({{"EMS", "E"}, {"TopoSubnetwork", "west"}});
   const auto one = nameOf({{"EMS", "E"}, {"ManagedElement", "1"}});
   for (const auto& name : {west, one}) {
@@ -350,7 +350,7 @@ TEST_F(NodeServiceTest, ForgetsWhatIsStoredAboutARemovedObject) {
   }
 }
 
-TEST_F(NodeServiceTest, KeepsWhatIsStoredAboutAnObjectThatHasAnotherNode) {
+TEST_F(NodeServiceTest, KeepsTheAttributesOfAnObjectWithAnotherNode) {
   expectDone(nodes().create(nodeOf("EQ=1,NE=1", "east", kTopoElement)));
   const auto one = nameOf({{"EMS", "E"}, {"ManagedElement", "1"}});
   host_->attributes().setUserLabel(one, "label", false);
@@ -362,7 +362,7 @@ TEST_F(NodeServiceTest, KeepsWhatIsStoredAboutAnObjectThatHasAnotherNode) {
   EXPECT_EQ("", model().labelOf(1, "NE=1"));
 }
 
-TEST_F(NodeServiceTest, RemovesAChainThatIsVeryDeep) {
+TEST_F(NodeServiceTest, RemovesAVeryDeepChain) {
   agent::Network network;
   for (int i = 0; i < 200000; ++i) {
     network.topoNodes.push_back(
@@ -378,7 +378,7 @@ TEST_F(NodeServiceTest, RemovesAChainThatIsVeryDeep) {
   EXPECT_EQ("d1", events[0].nodes.back().nodeId);
 }
 
-TEST_F(NodeServiceTest, RemovesManyNodesOfOneObjectInTheirOwnTime) {
+TEST_F(NodeServiceTest, RemovesManyNodesOfOneObjectInLinearTime) {
   agent::Network network;
   network.topoNodes.push_back(nodeOf("top", ""));
   for (int i = 0; i < 100000; ++i) {
@@ -391,7 +391,7 @@ TEST_F(NodeServiceTest, RemovesManyNodesOfOneObjectInTheirOwnTime) {
 }
 
 // Nobody but a stranger's hand in the store can make one.
-TEST(NodeServiceOnADamagedStore, RefusesToRemoveWhatIsItsOwnAncestor) {
+TEST(NodeServiceOnADamagedStore, RejectsTheRemovalOfANodeInACycle) {
   agent::Network network;
   network.topoNodes = {nodeOf("a", "b"), nodeOf("b", "a"), nodeOf("c", "gone")};
   ChangingHost host(agent::SqliteStore::kInMemory, network);
@@ -418,7 +418,7 @@ TEST_F(NodeServiceTest, RenamesANode) {
   }
 }
 
-TEST_F(NodeServiceTest, RenamesEverythingThatShowsTheSameElement) {
+TEST_F(NodeServiceTest, RenamesAllRecordsOfTheElement) {
   expectDone(nodes().create(nodeOf("EQ=1,NE=1", "east", kTopoElement)));
   host_->events();
   expectDone(nodes().rename("NE=1", "Uno"));
@@ -445,12 +445,12 @@ TEST_F(NodeServiceTest, RelabelsEveryClockPositionOfAnElement) {
   }
 }
 
-TEST_F(NodeServiceTest, RenamesNodesOfOtherTypesToo) {
+TEST_F(NodeServiceTest, RenamesNodesOfOtherTypes) {
   expectDone(nodes().rename("third", "3"));
   EXPECT_EQ("374: third\n", host_->events());
 }
 
-TEST_F(NodeServiceTest, RaisesNothingWhenANodeHasTheNameAlready) {
+TEST_F(NodeServiceTest, RaisesNoEventForAnUnchangedName) {
   expectDone(nodes().rename("west", "West"));
   EXPECT_EQ("", host_->events());
   expectDone(nodes().rename("west", ""));
@@ -459,7 +459,7 @@ TEST_F(NodeServiceTest, RaisesNothingWhenANodeHasTheNameAlready) {
   EXPECT_EQ("", host_->events());
 }
 
-TEST_F(NodeServiceTest, RefusesNamesThatCannotBe) {
+TEST_F(NodeServiceTest, RejectsBadNamesAndUnknownNodes) {
   expectRefused(agent::kEntityNotFound, "no node \"none\"",
                 [&] { return nodes().rename("none", "x"); });
   expectRefused(agent::kInvalidName, "the name of node \"west\" is not UTF-8 at byte 0",
@@ -470,7 +470,7 @@ TEST_F(NodeServiceTest, RefusesNamesThatCannotBe) {
 
 // --- Native names that are set as attributes.
 
-TEST_F(NodeServiceTest, RaisesAnEventForANativeNameOfANodesObject) {
+TEST_F(NodeServiceTest, RaisesAnEventForTheNativeNameOfANode) {
   const auto setName = [&](const std::string& objectClass, const std::string& value,
                            const std::string& text) {
     const auto name = nameOf({{"EMS", "E"}, {objectClass, value}});
@@ -489,7 +489,7 @@ TEST_F(NodeServiceTest, RaisesAnEventForANativeNameOfANodesObject) {
 
 // --- Disks and processes that fail.
 
-TEST_F(NodeServiceTest, LosesNothingWhenTheProcessIsKilledAfterAChange) {
+TEST_F(NodeServiceTest, KeepsChangesWhenTheProcessIsKilled) {
   host_.reset();
   const int status = statusOfChild([&] {
     ChangingHost host(path_, agent::Network());
@@ -517,7 +517,7 @@ void limitFileSize(rlim_t bytes) {
 }
 
 // In a process of its own, whose files may not grow for a while. Its status counts what is wrong.
-TEST_F(NodeServiceTest, ChangesNothingWhenTheStoreFailsAndGoesOnAfterwards) {
+TEST_F(NodeServiceTest, RecoversFromAFailureOfTheStore) {
   host_.reset();
   const int status = statusOfChild([&] {
     signal(SIGXFSZ, SIG_IGN);

@@ -59,7 +59,7 @@ class OutOfMemory : public testing::Test {
   ChangingHost host_;
 };
 
-TEST_F(OutOfMemory, CreatesANodeOrDoesNot) {
+TEST_F(OutOfMemory, CreatesANodeOrChangesNothing) {
   for (int i = 0; i < 30; ++i) {
     auto node = nodeOf("a created node with a long id " + std::to_string(i), "node 1",
                        NS_DOMAIN::kTopoElement);
@@ -69,18 +69,18 @@ TEST_F(OutOfMemory, CreatesANodeOrDoesNot) {
   EXPECT_EQ(43U, host_.model().topoNodeCount());
 }
 
-TEST_F(OutOfMemory, RemovesNodesOrDoesNot) {
+TEST_F(OutOfMemory, RemovesNodesOrChangesNothing) {
   std::size_t removed = 0;
   expectAllOrNothing(host_, [&] { return host_.nodes().remove("node 0", removed); });
   EXPECT_EQ(13U, removed);
 }
 
-TEST_F(OutOfMemory, RenamesANodeOrDoesNot) {
+TEST_F(OutOfMemory, RenamesANodeOrChangesNothing) {
   expectAllOrNothing(
       host_, [&] { return host_.nodes().rename("node 1", "a name that needs memory of its own"); });
 }
 
-TEST_F(OutOfMemory, ImportsANetworkOrDoesNot) {
+TEST_F(OutOfMemory, ImportsANetworkOrChangesNothing) {
   const agent::Network more = sampleNetwork();
   agent::ImportSummary summary;
   expectAllOrNothing(host_, [&] {
@@ -93,14 +93,14 @@ TEST_F(OutOfMemory, ImportsANetworkOrDoesNot) {
   EXPECT_EQ(4U, summary.topoNodes);
 }
 
-TEST_F(OutOfMemory, SetsALabelOrDoesNot) {
+TEST_F(OutOfMemory, SetsALabelOrChangesNothing) {
   const auto name = nameOf({{"EMS", "E"}, {"TopoSubnetwork", "node 1"}});
   const std::string label = "a label that needs memory of its own";
   expectAllOrNothing(host_, [&] { return host_.attributes().setUserLabel(name, label, false); });
   EXPECT_EQ(label, host_.model().labelOf(54, "node 1"));
 }
 
-TEST_F(OutOfMemory, MergesInformationOrDoesNot) {
+TEST_F(OutOfMemory, MergesInformationOrChangesNothing) {
   const auto name = nameOf({{"EMS", "E"}, {"TopoSubnetwork", "node 1"}});
   const agent::ObjectKey key{54, "node 1"};
   const Pairs pairs = {{"a name that needs memory", "and a value that needs memory"}};

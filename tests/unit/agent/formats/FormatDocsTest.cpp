@@ -35,7 +35,7 @@ agent::Network backbone() {
   return valueOf(agent::readNetworkFile(kSource / "networks" / "backbone.json"));
 }
 
-TEST(Schema, HasTheFieldsThatTheReaderKnows) {
+TEST(Schema, HasTheFieldsOfTheReader) {
   const Json whole = schema();
   for (const auto& [list, fields] : agent::jsonNetworkFields()) {
     const Json& object = list.empty() ? whole : whole.at("properties").at(list).at("items");
@@ -44,7 +44,7 @@ TEST(Schema, HasTheFieldsThatTheReaderKnows) {
   }
 }
 
-TEST(Schema, RequiresWhatTheReaderRequires) {
+TEST(Schema, RequiresTheFieldsThatTheReaderRequires) {
   const Json whole = schema();
   const auto requiredOf = [&](const char* list) {
     return whole.at("properties").at(list).at("items").at("required");

@@ -71,7 +71,7 @@ TEST(GraphmlNetwork, BecomesSubnetworksElementsAndClockObjects) {
     <edge source="n0" target="n0"/>)"))));
 }
 
-TEST(GraphmlNetwork, IsNamedAfterItsFileWithoutALabel) {
+TEST(GraphmlNetwork, WithoutALabelIsNamedAfterTheFile) {
   EXPECT_EQ("ems my.net\nnode my.net|QNMAP_PHY_SUBMAP|my.net|2|2|0|0\n",
             describe(readText(graphml("<graph/>"), "my.net.graphml")));
   EXPECT_EQ("ems net\nnode net|QNMAP_PHY_SUBMAP|net|2|2|0|0\n",
@@ -108,7 +108,7 @@ TEST(GraphmlNetwork, RoundsTheTextOfCoordinatesOfTheTopologyZoo) {
   EXPECT_EQ(0U, latitudes.count(32383));
 }
 
-TEST(GraphmlNetwork, FindsDataThroughTheKeysThatTheFileDeclares) {
+TEST(GraphmlNetwork, FindsDataThroughTheDeclaredKeys) {
   const auto network = readText(R"(<graphml>
     <key id="d1" for="edge" attr.name="label"/><key id="d2" for="all" attr.name="label"/>
     <key id="d3" for="node" attr.name="Country"><default>Italia</default></key>
@@ -127,53 +127,53 @@ TEST(GraphmlNetwork, JoinsTheTextOfDataAroundCommentsAndSections) {
   EXPECT_EQ("A&B<C>", network.topoNodes[1].nativeName);
 }
 
-TEST(GraphmlNetwork, RefusesWhatIsNotXml) {
+TEST(GraphmlNetwork, RejectsContentThatIsNotXml) {
   EXPECT_EQ("net.graphml: 2:6: Start-end tags mismatch",
             refusalOf("<graphml>\n<a></b></graphml>", "net.graphml"));
 }
 
-TEST(GraphmlNetwork, RefusesATruncatedFile) {
+TEST(GraphmlNetwork, RejectsATruncatedFile) {
   EXPECT_EQ("net.graphml: 1:16: Start-end tags mismatch",
             refusalOf("<graphml><graph>", "net.graphml"));
 }
 
-TEST(GraphmlNetwork, RefusesAnotherRootElement) {
+TEST(GraphmlNetwork, RejectsAnotherRootElement) {
   EXPECT_EQ(R"(net.graphml: root element: must be graphml, not "html")",
             refusalOf("<html><graph/></html>", "net.graphml"));
 }
 
-TEST(GraphmlNetwork, RefusesAFileWithoutAGraph) {
+TEST(GraphmlNetwork, RejectsAFileWithoutAGraph) {
   EXPECT_EQ("net.graphml: graphml: must hold one graph, not 0",
             refusalOf(graphml(""), "net.graphml"));
 }
 
-TEST(GraphmlNetwork, RefusesSeveralGraphs) {
+TEST(GraphmlNetwork, RejectsSeveralGraphs) {
   EXPECT_EQ("net.graphml: graphml: must hold one graph, not 2",
             refusalOf(graphml("<graph/><graph/>"), "net.graphml"));
 }
 
-TEST(GraphmlNetwork, RefusesAGraphInsideANode) {
+TEST(GraphmlNetwork, RejectsAGraphInsideANode) {
   EXPECT_EQ("net.graphml: node[0]: has a graph of its own, which is not supported",
             refusalOfGraph("<node id='0'><graph/></node>"));
 }
 
-TEST(GraphmlNetwork, RefusesANodeWithoutId) {
+TEST(GraphmlNetwork, RejectsANodeWithoutId) {
   EXPECT_EQ("net.graphml: node[1].id: is missing", refusalOfGraph("<node id='0'/><node/>"));
 }
 
-TEST(GraphmlNetwork, RefusesADuplicateNodeId) {
+TEST(GraphmlNetwork, RejectsADuplicateNodeId) {
   EXPECT_EQ(R"(net.graphml: node[2].id: "0" is already that of node[0])",
             refusalOfGraph("<node id='0'/><node id='1'/><node id='0'/>"));
 }
 
-TEST(GraphmlNetwork, RefusesAnEdgeToAnUnknownNode) {
+TEST(GraphmlNetwork, RejectsAnEdgeToAnUnknownNode) {
   EXPECT_EQ(R"(net.graphml: edge[0].target: "7" is no node of the graph)",
             refusalOfGraph("<node id='0'/><edge source='0' target='7'/>"));
   EXPECT_EQ("net.graphml: edge[1].source: is missing",
             refusalOfGraph("<node id='0'/><edge source='0' target='0'/><edge target='0'/>"));
 }
 
-TEST(GraphmlNetwork, RefusesCoordinatesThatAreNoNumbers) {
+TEST(GraphmlNetwork, RejectsCoordinatesThatAreNotNumbers) {
   EXPECT_EQ(R"(net.graphml: node[1].Longitude: "east" is no usable number of degrees)",
             refusalOfLongitude("east"));
   EXPECT_EQ(R"(net.graphml: node[1].Longitude: "4.8N" is no usable number of degrees)",
@@ -184,7 +184,7 @@ TEST(GraphmlNetwork, RefusesCoordinatesThatAreNoNumbers) {
             refusalOfLongitude("-inf"));
 }
 
-TEST(GraphmlNetwork, RefusesCoordinatesBeyond32Bits) {
+TEST(GraphmlNetwork, RejectsCoordinatesBeyond32Bits) {
   EXPECT_EQ(R"(net.graphml: node[1].Longitude: "2147484" is no usable number of degrees)",
             refusalOfLongitude("2147484"));
   EXPECT_EQ(R"(net.graphml: node[1].Longitude: "1e999" is no usable number of degrees)",
@@ -193,30 +193,30 @@ TEST(GraphmlNetwork, RefusesCoordinatesBeyond32Bits) {
             refusalOfGraph("<node id='0'><data key='y'>-1e300</data></node>"));
 }
 
-TEST(GraphmlNetwork, RefusesAReferenceToNul) {
+TEST(GraphmlNetwork, RejectsAReferenceToNul) {
   EXPECT_EQ("net.graphml: 1:24: holds a NUL character",
             refusalOf("<graphml><graph id='a'>&#0;</graph></graphml>", "net.graphml"));
   EXPECT_NE("", refusalOfGraph("<node id='0'><data key='l'>a&#x00;b</data></node>"));
 }
 
-TEST(GraphmlNetwork, RefusesAReferenceToNoCharacter) {
+TEST(GraphmlNetwork, RejectsAReferenceToAnInvalidCharacter) {
   EXPECT_EQ("net.graphml: node[0].label: is not UTF-8",
             refusalOfGraph("<node id='0'><data key='l'>&#xD800;</data></node>"));
 }
 
-TEST(GraphmlNetwork, RefusesAGraphThatIsNamedLikeARoot) {
+TEST(GraphmlNetwork, RejectsAGraphWithTheNameOfARootMarker) {
   EXPECT_EQ(R"(0: graph.label: "0" cannot be the id of a subnetwork)",
             refusalOf(graphml("<graph/>"), "0"));
 }
 
-TEST(GraphmlNetwork, RefusesAGraphThatIsNamedLikeAnElement) {
+TEST(GraphmlNetwork, RejectsAGraphWithTheIdOfAnElement) {
   EXPECT_EQ(
       R"(net.graphml: graph.label: "NE=1" is also the id of an element)",
       refusalOf(graphml("<graph><data key='g'>NE=1</data><node id='0'/></graph>"), "net.graphml"));
 }
 
 // The text stands in the file once, and would stand in the network once a node or edge.
-TEST(GraphmlNetwork, RefusesToRepeatALongTextForEveryNode) {
+TEST(GraphmlNetwork, RejectsALongTextRepeatedForEveryNode) {
   std::string nodes;
   for (int i = 0; i < 1000; ++i) {
     nodes += "<node id='" + std::to_string(i) + "'/>";
@@ -237,7 +237,7 @@ TEST(GraphmlNetwork, RefusesToRepeatALongTextForEveryNode) {
   EXPECT_EQ(reason, refusal.substr(refusal.find("]: ") + 1));
 }
 
-TEST(GraphmlNetwork, RefusesToRepeatALongTextForEveryEdge) {
+TEST(GraphmlNetwork, RejectsALongTextRepeatedForEveryEdge) {
   std::string edges;
   for (int i = 0; i < 1000; ++i) {
     edges += "<edge source='0' target='0'/>";
@@ -247,7 +247,7 @@ TEST(GraphmlNetwork, RefusesToRepeatALongTextForEveryEdge) {
   EXPECT_EQ("net.graphml: edge[", refusal.substr(0, 18));
 }
 
-TEST(GraphmlNetwork, RefusesAFileNameThatCannotNameTheGraph) {
+TEST(GraphmlNetwork, RejectsAFileNameThatIsNotUtf8) {
   EXPECT_EQ("\\xff.graphml: file name: is not UTF-8",
             refusalOf(graphml("<graph/>"), "\xff.graphml"));
 }

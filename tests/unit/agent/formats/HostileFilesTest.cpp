@@ -27,18 +27,18 @@ std::string refusalOfFile(const std::filesystem::path& file) {
   return agent::readNetworkFile(file).outcome().reason;
 }
 
-TEST(NetworkReader, RefusesAFileThatDoesNotExist) {
+TEST(NetworkReader, RejectsAMissingFile) {
   const support::TemporaryDirectory directory;
   EXPECT_EQ(directory.file("none.json") + ": file: No such file or directory",
             refusalOfFile(directory.file("none.json")));
 }
 
-TEST(NetworkReader, RefusesADirectory) {
+TEST(NetworkReader, RejectsADirectory) {
   const support::TemporaryDirectory directory;
   EXPECT_EQ(directory.path().string() + ": file: Is a directory", refusalOfFile(directory.path()));
 }
 
-TEST(NetworkReader, RefusesADeviceAndAPipe) {
+TEST(NetworkReader, RejectsADeviceAndAPipe) {
   const support::TemporaryDirectory directory;
   ASSERT_EQ(0, mkfifo(directory.file("pipe").c_str(), 0600));
   EXPECT_EQ(directory.file("pipe") + ": file: is not a regular file",
@@ -46,7 +46,7 @@ TEST(NetworkReader, RefusesADeviceAndAPipe) {
   EXPECT_EQ("/dev/zero: file: is not a regular file", refusalOfFile("/dev/zero"));
 }
 
-TEST(NetworkReader, RefusesAFileWithoutPermission) {
+TEST(NetworkReader, RejectsAFileWithoutPermission) {
   const support::TemporaryDirectory directory;
   const std::string file = directory.write("secret.json", "{}");
   ASSERT_EQ(0, chmod(file.c_str(), 0));
@@ -57,33 +57,33 @@ TEST(NetworkReader, RefusesAFileWithoutPermission) {
   EXPECT_EQ(file + ": file: Permission denied", refusalOfFile(file));
 }
 
-TEST(NetworkReader, RefusesAFileThatFailsWhileItIsRead) {
+TEST(NetworkReader, RejectsAFileWithAReadError) {
   EXPECT_EQ("/proc/self/mem: file: Input/output error", refusalOfFile("/proc/self/mem"));
 }
 
-TEST(NetworkReader, RefusesAnEmptyFile) {
+TEST(NetworkReader, RejectsAnEmptyFile) {
   EXPECT_EQ("network.json: file: is empty", refusalOf(""));
   EXPECT_EQ("network.json: file: is empty", refusalOf(" \n\t\r\n"));
   EXPECT_EQ("network.json: file: is empty", refusalOf("\xef\xbb\xbf"));
 }
 
-TEST(NetworkReader, RefusesInvalidUtf8) {
+TEST(NetworkReader, RejectsInvalidUtf8) {
   EXPECT_EQ("network.json: 2:8: is not UTF-8 here", refusalOf("{\n\"ems\":\"\xff\"}"));
   EXPECT_EQ("network.json: 1:2: is not UTF-8 here", refusalOf("<\xc0\x80/>"));
   EXPECT_EQ("network.json: 1:1: is not UTF-8 here", refusalOf(std::string("\xff\xfe{\0", 4)));
 }
 
-TEST(NetworkReader, RefusesANulByte) {
+TEST(NetworkReader, RejectsANulByte) {
   EXPECT_EQ("network.json: 1:9: holds a NUL character",
             refusalOf(std::string("{\"ems\":\"\0\"}", 11)));
   EXPECT_EQ("network.json: 1:2: holds a NUL character", refusalOf(std::string("<\0/>", 4)));
 }
 
-TEST(NetworkReader, MakesTheNameOfTheFileHarmless) {
+TEST(NetworkReader, EscapesTheNameOfTheFile) {
   EXPECT_EQ("a\\x0ab: file: is empty", refusalOf("", "a\nb"));
 }
 
-TEST(NetworkReader, RefusesVeryDeepNestingOfLists) {
+TEST(NetworkReader, RejectsVeryDeepNestingOfLists) {
   EXPECT_EQ("network.json: topoNodes[0]: is nested too deeply",
             refusalOf(withFormat("\"topoNodes\":" + repeated("[", 1000000))));
   EXPECT_EQ("network.json: ems: is nested too deeply",
@@ -92,7 +92,7 @@ TEST(NetworkReader, RefusesVeryDeepNestingOfLists) {
             refusalOf(repeated("[", 1000000)));
 }
 
-TEST(NetworkReader, RefusesVeryDeepNestingOfObjects) {
+TEST(NetworkReader, RejectsVeryDeepNestingOfObjects) {
   EXPECT_EQ("network.json: topoNodes[0]: is nested too deeply",
             refusalOf(withFormat("\"topoNodes\":[" + repeated("{\"id\":", 1000000))));
 }
@@ -113,14 +113,14 @@ TEST(NetworkReader, SurvivesAVeryLongChainOfParents) {
   EXPECT_EQ(100000U, readText(withFormat("\"topoNodes\":[" + nodes + "]")).topoNodes.size());
 }
 
-TEST(NetworkReader, QuotesVeryLongTextsInPart) {
+TEST(NetworkReader, CutsLongTextsInReasons) {
   const std::string refusal =
       refusalOf(withFormat("\"topoNodes\":[{\"id\":\"a\",\"parent\":\"" + longText('x') + "\"}]"));
   EXPECT_EQ("network.json: topoNodes[0].parent: \"" + std::string(80, 'x') + "...\" does not exist",
             refusal);
 }
 
-TEST(NetworkReader, RefusesVeryLongNumbers) {
+TEST(NetworkReader, RejectsVeryLongNumbers) {
   EXPECT_EQ(
       "network.json: topoNodes[0].type: must be a whole number from 0 to 4294967295, not 1e+300",
       refusalOf(
@@ -141,7 +141,7 @@ void expectOneLineForEveryPrefix(const std::string& content) {
   EXPECT_EQ("", refusalOf(content));
 }
 
-TEST(NetworkReader, RefusesEveryTruncationOfAFile) {
+TEST(NetworkReader, RejectsEveryTruncationOfAFile) {
   expectOneLineForEveryPrefix(
       R"({"format":"topo-network/1","topoNodes":[{"id":"é","params":[1,-2]}],"ems":"\u00e9"})");
   expectOneLineForEveryPrefix(

@@ -31,7 +31,7 @@ TEST(JsonNetwork, ReadsEveryField) {
     "objectLabels": [{"type": 201, "id": "L", "label": "stored"}])"))));
 }
 
-TEST(JsonNetwork, GivesFieldsThatAreLeftOutTheirDefaults) {
+TEST(JsonNetwork, GivesMissingFieldsTheirDefaults) {
   const std::string expected =
       "ems \n"
       "node S|||2|2|0|0\n"
@@ -45,7 +45,7 @@ TEST(JsonNetwork, GivesFieldsThatAreLeftOutTheirDefaults) {
     "objectLabels": [{"id": "O"}])"))));
 }
 
-TEST(JsonNetwork, MayHoldNothingButItsFormat) {
+TEST(JsonNetwork, MayContainTheFormatOnly) {
   EXPECT_EQ("ems \n", describe(readText(R"({"format":"topo-network/1"})")));
 }
 
@@ -58,7 +58,7 @@ TEST(JsonNetwork, MayStartWithAByteOrderMarkAndBlanks) {
   EXPECT_EQ("ems \n", describe(readText("\xef\xbb\xbf \r\n\t{\"format\":\"topo-network/1\"}")));
 }
 
-TEST(JsonNetwork, IsKnownByItsContentWhateverTheNameOfTheFile) {
+TEST(JsonNetwork, IsRecognisedByItsContent) {
   EXPECT_EQ("ems \n", describe(readText(R"({"format":"topo-network/1"})", "network.graphml")));
 }
 
@@ -67,7 +67,7 @@ TEST(JsonNetwork, AcceptsEveryRootMarkerAsAParent) {
     {"id":"c","parent":"QNMAP_PHY_SUBMAP"})"));
 }
 
-TEST(JsonNetwork, AcceptsAParentThatStandsAfterItsChild) {
+TEST(JsonNetwork, AcceptsAParentAfterItsChild) {
   EXPECT_EQ("", refusalOfNodes(R"({"id":"child","parent":"parent"},{"id":"parent"})"));
 }
 
@@ -78,78 +78,78 @@ TEST(JsonNetwork, AcceptsTheLimitsOfEveryNumber) {
     "objectLabels":[{"id":"a","type":-2147483648},{"id":"a","type":2147483647}])")));
 }
 
-TEST(JsonNetwork, RefusesWhatIsNotJson) {
+TEST(JsonNetwork, RejectsContentThatIsNotJson) {
   EXPECT_EQ("network.json: 1:1: syntax error while parsing value - invalid literal; last read: 'h'",
             refusalOf("hello"));
 }
 
-TEST(JsonNetwork, NamesLineAndColumnOfASyntaxError) {
+TEST(JsonNetwork, ReportsLineAndColumnOfASyntaxError) {
   EXPECT_EQ(
       "network.json: 3:13: syntax error while parsing object - unexpected string literal; "
       "expected '}'",
       refusalOf("{\n\"format\": \"topo-network/1\",\n\"ems\":\"é\" \"x\"}"));
 }
 
-TEST(JsonNetwork, RefusesATruncatedFile) {
+TEST(JsonNetwork, RejectsATruncatedFile) {
   EXPECT_EQ(
       "network.json: 1:51: syntax error while parsing array - unexpected end of input; expected "
       "']'",
       refusalOf(R"({"format":"topo-network/1","topoNodes":[{"id":"a"})"));
 }
 
-TEST(JsonNetwork, RefusesTextAfterTheNetwork) {
+TEST(JsonNetwork, RejectsTextAfterTheNetwork) {
   EXPECT_EQ(
       "network.json: 1:28: syntax error while parsing value - unexpected '}'; expected end of "
       "input",
       refusalOf(R"({"format":"topo-network/1"}})"));
 }
 
-TEST(JsonNetwork, RefusesARootThatIsNoObject) {
+TEST(JsonNetwork, RejectsARootThatIsNotAnObject) {
   EXPECT_EQ("network.json: top level: must be an object, not a list", refusalOf("[1]"));
   EXPECT_EQ("network.json: top level: must be an object, not a number", refusalOf("5"));
   EXPECT_EQ("network.json: top level: must be an object, not null", refusalOf("null"));
 }
 
-TEST(JsonNetwork, RefusesAMissingFormat) {
+TEST(JsonNetwork, RejectsAMissingFormat) {
   EXPECT_EQ("network.json: format: is missing", refusalOf("{}"));
 }
 
-TEST(JsonNetwork, RefusesAnotherFormat) {
+TEST(JsonNetwork, RejectsAnotherFormat) {
   EXPECT_EQ(R"(network.json: format: must be "topo-network/1", not "topo-network/2")",
             refusalOf(R"({"format":"topo-network/2"})"));
 }
 
-TEST(JsonNetwork, RefusesAFormatThatIsNoText) {
+TEST(JsonNetwork, RejectsAFormatThatIsNotAString) {
   EXPECT_EQ("network.json: format: must be a text, not a number", refusalOf(R"({"format":1})"));
 }
 
-TEST(JsonNetwork, RefusesAnUnknownField) {
+TEST(JsonNetwork, RejectsAnUnknownField) {
   EXPECT_EQ(R"(network.json: top level: has the unknown field "topoNode")",
             refusalOf(withFormat(R"("topoNode":[])")));
   EXPECT_EQ(R"(network.json: topoNodes[1]: has the unknown field "nmae")",
             refusalOfNodes(R"({"id":"a"},{"id":"b","nmae":"x"})"));
 }
 
-TEST(JsonNetwork, RefusesAFieldThatStandsTwice) {
+TEST(JsonNetwork, RejectsADuplicateField) {
   EXPECT_EQ(R"(network.json: top level: has the field "ems" twice)",
             refusalOf(withFormat(R"("ems":"a","ems":"a")")));
   EXPECT_EQ(R"(network.json: topoNodes[0]: has the field "id" twice)",
             refusalOfNodes(R"({"id":"a","id":"b"})"));
 }
 
-TEST(JsonNetwork, RefusesAListThatIsNone) {
+TEST(JsonNetwork, RejectsAnObjectWhereAListIsExpected) {
   EXPECT_EQ("network.json: topoNodes: must be a list, not an object",
             refusalOf(withFormat(R"("topoNodes":{})")));
   EXPECT_EQ("network.json: clockLinks: must be a list, not null",
             refusalOf(withFormat(R"("clockLinks":null)")));
 }
 
-TEST(JsonNetwork, RefusesAnEntryThatIsNoObject) {
+TEST(JsonNetwork, RejectsAnEntryThatIsNotAnObject) {
   EXPECT_EQ("network.json: topoNodes[1]: must be an object, not a text",
             refusalOfNodes(R"({"id":"a"},"b")"));
 }
 
-TEST(JsonNetwork, RefusesAMissingRequiredField) {
+TEST(JsonNetwork, RejectsAMissingRequiredField) {
   EXPECT_EQ("network.json: topoNodes[0].id: is missing", refusalOfNodes("{}"));
   EXPECT_EQ("network.json: networkElements[0].number: is missing",
             refusalOf(withFormat(R"("networkElements":[{}])")));
@@ -161,7 +161,7 @@ TEST(JsonNetwork, RefusesAMissingRequiredField) {
             refusalOf(withFormat(R"("objectLabels":[{}])")));
 }
 
-TEST(JsonNetwork, RefusesATextThatIsNone) {
+TEST(JsonNetwork, RejectsANumberWhereAStringIsExpected) {
   EXPECT_EQ("network.json: ems: must be a text, not true or false",
             refusalOf(withFormat(R"("ems":true)")));
   EXPECT_EQ("network.json: topoNodes[0].id: must be a text, not a number",
@@ -170,16 +170,16 @@ TEST(JsonNetwork, RefusesATextThatIsNone) {
             refusalOfNodes(R"({"id":"a","parent":null})"));
 }
 
-TEST(JsonNetwork, RefusesAnEmptyNodeId) {
+TEST(JsonNetwork, RejectsAnEmptyNodeId) {
   EXPECT_EQ("network.json: topoNodes[0].id: must not be empty", refusalOfNodes(R"({"id":""})"));
 }
 
-TEST(JsonNetwork, RefusesANumberThatIsNone) {
+TEST(JsonNetwork, RejectsAStringWhereANumberIsExpected) {
   EXPECT_EQ("network.json: networkElements[0].number: must be a whole number, not a text",
             refusalOf(withFormat(R"("networkElements":[{"number":"1"}])")));
 }
 
-TEST(JsonNetwork, RefusesANumberBeyondSigned32Bits) {
+TEST(JsonNetwork, RejectsANumberBeyondSigned32Bits) {
   EXPECT_EQ(
       "network.json: networkElements[0].number: must be a whole number from -2147483648 to "
       "2147483647, not 2147483648",
@@ -190,7 +190,7 @@ TEST(JsonNetwork, RefusesANumberBeyondSigned32Bits) {
       refusalOfNodes(R"({"id":"a","params":[0,-2147483649]})"));
 }
 
-TEST(JsonNetwork, RefusesANumberBeyondUnsigned32Bits) {
+TEST(JsonNetwork, RejectsANumberBeyondUnsigned32Bits) {
   EXPECT_EQ(
       "network.json: topoNodes[0].type: must be a whole number from 0 to 4294967295, not "
       "4294967296",
@@ -200,30 +200,30 @@ TEST(JsonNetwork, RefusesANumberBeyondUnsigned32Bits) {
       refusalOfNodes(R"({"id":"a","parentType":-1})"));
 }
 
-TEST(JsonNetwork, RefusesANumberBeyond64Bits) {
+TEST(JsonNetwork, RejectsANumberBeyond64Bits) {
   EXPECT_EQ(
       "network.json: topoNodes[0].type: must be a whole number from 0 to 4294967295, not 1e+20",
       refusalOfNodes(R"({"id":"a","type":100000000000000000000})"));
 }
 
-TEST(JsonNetwork, RefusesANumberBeyondFloatingPoint) {
+TEST(JsonNetwork, RejectsANumberBeyondFloatingPoint) {
   EXPECT_EQ("network.json: 1:62: number overflow parsing '1e999'",
             refusalOfNodes(R"({"id":"a","type":1e999})"));
 }
 
-TEST(JsonNetwork, RefusesAFraction) {
+TEST(JsonNetwork, RejectsAFraction) {
   EXPECT_EQ(
       "network.json: clockPositions[0].values[0]: must be a whole number from -2147483648 to "
       "2147483647, not 1.5",
       refusalOf(withFormat(R"("clockPositions":[{"reference":"a","values":[1.5,0]}])")));
 }
 
-TEST(JsonNetwork, RefusesAFlagThatIsNone) {
+TEST(JsonNetwork, RejectsANumberWhereAFlagIsExpected) {
   EXPECT_EQ("network.json: networkElements[0].shown: must be true or false, not a number",
             refusalOf(withFormat(R"("networkElements":[{"number":1,"shown":1}])")));
 }
 
-TEST(JsonNetwork, RefusesAPairThatIsNone) {
+TEST(JsonNetwork, RejectsAListOfTheWrongLengthForAPair) {
   EXPECT_EQ("network.json: topoNodes[0].params: must have 2 entries, not 1",
             refusalOfNodes(R"({"id":"a","params":[1]})"));
   EXPECT_EQ("network.json: clockPositions[0].values: must have 2 entries, not 0",
@@ -236,62 +236,62 @@ TEST(JsonNetwork, RefusesAPairThatIsNone) {
             refusalOfNodes(R"({"id":"a","attributes":[["a",1]]})"));
 }
 
-TEST(JsonNetwork, RefusesADuplicateNodeId) {
+TEST(JsonNetwork, RejectsADuplicateNodeId) {
   EXPECT_EQ(R"(network.json: topoNodes[2].id: "a" is already that of topoNodes[0])",
             refusalOfNodes(R"({"id":"a"},{"id":"b"},{"id":"a"})"));
 }
 
-TEST(JsonNetwork, RefusesADuplicateElementNumber) {
+TEST(JsonNetwork, RejectsADuplicateElementNumber) {
   EXPECT_EQ("network.json: networkElements[1].number: 5 is already that of networkElements[0]",
             refusalOf(withFormat(R"("networkElements":[{"number":5},{"number":5}])")));
 }
 
-TEST(JsonNetwork, RefusesADuplicateClockReference) {
+TEST(JsonNetwork, RejectsADuplicateClockReference) {
   EXPECT_EQ(
       R"(network.json: clockPositions[1].reference: "p" is already that of clockPositions[0])",
       refusalOf(withFormat(R"("clockPositions":[{"reference":"p"},{"reference":"p"}])")));
 }
 
-TEST(JsonNetwork, RefusesADuplicateClockLinkId) {
+TEST(JsonNetwork, RejectsADuplicateClockLinkId) {
   EXPECT_EQ(R"(network.json: clockLinks[1].id: "l" is already that of clockLinks[0])",
             refusalOf(withFormat(R"("clockLinks":[{"id":"l"},{"id":"l"}])")));
 }
 
-TEST(JsonNetwork, RefusesTwoLabelsOfOneObject) {
+TEST(JsonNetwork, RejectsTwoLabelsOfOneObject) {
   EXPECT_EQ(R"(network.json: objectLabels[2]: 201 "o" is already that of objectLabels[0])",
             refusalOf(withFormat(R"("objectLabels":[{"type":201,"id":"o"},{"type":1,"id":"o"},
               {"type":201,"id":"o","label":"x"}])")));
 }
 
-TEST(JsonNetwork, RefusesAParentThatDoesNotExist) {
+TEST(JsonNetwork, RejectsAParentThatDoesNotExist) {
   EXPECT_EQ(R"(network.json: topoNodes[1].parent: "c" does not exist)",
             refusalOfNodes(R"({"id":"a"},{"id":"b","parent":"c"})"));
 }
 
-TEST(JsonNetwork, RefusesAParentCycle) {
+TEST(JsonNetwork, RejectsAParentCycle) {
   EXPECT_EQ("network.json: topoNodes[1].parent: makes the node its own ancestor",
             refusalOfNodes(R"({"id":"entry","parent":"a"},{"id":"a","parent":"b"},
               {"id":"b","parent":"a"})"));
 }
 
-TEST(JsonNetwork, RefusesANodeThatIsItsOwnParent) {
+TEST(JsonNetwork, RejectsANodeThatIsItsOwnParent) {
   EXPECT_EQ("network.json: topoNodes[0].parent: makes the node its own ancestor",
             refusalOfNodes(R"({"id":"a","parent":"a"})"));
 }
 
-TEST(JsonNetwork, RefusesANulInAText) {
+TEST(JsonNetwork, RejectsANulInAText) {
   EXPECT_EQ("network.json: topoNodes[0].name: holds a NUL character",
             refusalOfNodes(R"({"id":"a","name":"x\u0000y"})"));
 }
 
-TEST(JsonNetwork, RefusesHalfASurrogatePair) {
+TEST(JsonNetwork, RejectsHalfASurrogatePair) {
   EXPECT_EQ(
       "network.json: 2:14: syntax error while parsing value - invalid string: surrogate "
       "U+D800..U+DBFF must be followed by U+DC00..U+DFFF; last read: '\"\\ud800\"'",
       refusalOf("{\"format\":\"topo-network/1\",\n\"ems\":\"\\ud800\"}"));
 }
 
-TEST(JsonNetwork, KeepsHostileTextOutOfItsOneLine) {
+TEST(JsonNetwork, EscapesHostileTextInTheReason) {
   EXPECT_EQ(R"(network.json: topoNodes[0].parent: "a\x0ab\x1b[31m\xc2\x9b" does not exist)",
             refusalOfNodes(R"({"id":"a","parent":"a\nb\u001b[31m\u009b"})"));
 }

@@ -72,7 +72,7 @@ TEST(ServiceObjects, AreFoundByName) {
   EXPECT_EQ(nullptr, named("bundle"));
 }
 
-TEST(ServiceObjects, AreFoundInTheOrderOfTheirRegistrationWhenTheyShareAName) {
+TEST(ServiceObjects, WithOneNameAreFoundInTheOrderOfRegistration) {
   Service first("a");
   Service second("a");
   second.RegistSvc();
@@ -82,7 +82,7 @@ TEST(ServiceObjects, AreFoundInTheOrderOfTheirRegistrationWhenTheyShareAName) {
   EXPECT_EQ(&first, named("a"));
 }
 
-TEST(ServiceObjects, AreGoneOnceUnregistered) {
+TEST(ServiceObjects, AreNotFoundAfterTheyUnregister) {
   Service a("a");
   Service b("b");
   a.RegistSvc();
@@ -94,7 +94,7 @@ TEST(ServiceObjects, AreGoneOnceUnregistered) {
   EXPECT_THAT(listed(), ElementsAre(&b));
 }
 
-TEST(ServiceObjects, AreGoneOnceDestroyed) {
+TEST(ServiceObjects, AreNotFoundAfterTheirDestruction) {
   Service b("b");
   {
     Service a("a");
@@ -106,17 +106,17 @@ TEST(ServiceObjects, AreGoneOnceDestroyed) {
   EXPECT_THAT(listed(), ElementsAre(&b));
 }
 
-TEST(ServiceObjects, NeedNothingToInitAndFini) {
+TEST(ServiceObjects, InitAndFiniSucceedByDefault) {
   Service a("a");
   EXPECT_EQ(0, a.init(0, nullptr));
   EXPECT_EQ(0, a.fini());
 }
 
-TEST(Interfaces, HaveNoBufferUnderANameThatNobodyUsed) {
+TEST(Interfaces, HaveNoBufferUnderAnUnusedName) {
   EXPECT_EQ(nullptr, CheckIFBuf("bundle manager test, unused"));
 }
 
-TEST(Interfaces, AreOfferedFirstComeFirst) {
+TEST(Interfaces, AreFoundInTheOrderOfPublication) {
   const std::string name = "bundle manager test, first";
   Service a("a");
   Service b("b");
@@ -126,7 +126,7 @@ TEST(Interfaces, AreOfferedFirstComeFirst) {
   EXPECT_EQ(a.GetInterface(), CheckIFBuf(name)->First());
 }
 
-TEST(Interfaces, KeepTheirBufferForGood) {
+TEST(Interfaces, KeepTheirBufferAfterTheirRemoval) {
   const std::string name = "bundle manager test, kept";
   Service a("a");
   SetIFBuf(name, a.CreateInterface());
@@ -139,7 +139,7 @@ TEST(Interfaces, KeepTheirBufferForGood) {
   EXPECT_EQ(a.GetInterface(), buffer->First());
 }
 
-TEST(Interfaces, AreWithdrawnFromEveryBuffer) {
+TEST(Interfaces, AreRemovedFromEveryBuffer) {
   const std::string alone = "bundle manager test, alone";
   const std::string before = "bundle manager test, before";
   const std::string behind = "bundle manager test, behind";
@@ -165,7 +165,7 @@ TEST(Interfaces, AreWithdrawnFromEveryBuffer) {
   EXPECT_EQ(nullptr, CheckIFBuf(behind)->First());
 }
 
-TEST(Interfaces, AreRemovedTwiceWithoutHarm) {
+TEST(Interfaces, MayBeRemovedTwice) {
   Service a("a");
   a.RemoveInterface();
   a.CreateInterface();
@@ -174,7 +174,7 @@ TEST(Interfaces, AreRemovedTwiceWithoutHarm) {
   EXPECT_EQ(nullptr, a.GetInterface());
 }
 
-TEST(Interfaces, GoWithTheirServiceObject) {
+TEST(Interfaces, AreRemovedWithTheirServiceObject) {
   const std::string name = "bundle manager test, destroyed";
   {
     Service a("a");

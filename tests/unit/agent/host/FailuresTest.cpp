@@ -132,7 +132,7 @@ TEST(ExplainedFailure, IsRaisedWithItsExplanation) {
   EXPECT_EQ("no EMS in the name", failure->reason);
 }
 
-TEST(ExplainedFailure, GivesWayToTheTextOfTheCallerAndIsUsedUp) {
+TEST(ExplainedFailure, PrefersTheTextOfTheCallerAndIsConsumed) {
   agent::explainFailure(agent::kInvalidName, "no EMS in the name");
   const auto failure = raisedBy([] { NS_CORBA::ThrowException(agent::kInvalidName, "no room"); });
   ASSERT_TRUE(failure);
@@ -140,19 +140,19 @@ TEST(ExplainedFailure, GivesWayToTheTextOfTheCallerAndIsUsedUp) {
   EXPECT_EQ("malformed object name (code 1112801283)", constructed(agent::kInvalidName).reason);
 }
 
-TEST(ExplainedFailure, LendsItsExplanationToNoOtherCode) {
+TEST(ExplainedFailure, DoesNotExplainAnotherCode) {
   agent::explainFailure(agent::kInvalidName, "no EMS in the name");
   EXPECT_EQ("no such object (code 1112801284)", constructed(agent::kEntityNotFound).reason);
   EXPECT_EQ("malformed object name (code 1112801283)", constructed(agent::kInvalidName).reason);
 }
 
-TEST(ExplainedFailure, IsForgottenAfterASuccess) {
+TEST(ExplainedFailure, IsClearedByASuccess) {
   agent::explainFailure(agent::kInvalidName, "no EMS in the name");
   NS_CORBA::ThrowException(0);
   EXPECT_EQ("malformed object name (code 1112801283)", constructed(agent::kInvalidName).reason);
 }
 
-TEST(ExplainedFailure, IsThatOfItsThread) {
+TEST(ExplainedFailure, IsKeptPerThread) {
   agent::explainFailure(agent::kInvalidName, "no EMS in the name");
   std::string elsewhere;
   std::thread([&] { elsewhere = constructed(agent::kInvalidName).reason; }).join();

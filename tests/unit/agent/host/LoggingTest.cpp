@@ -85,25 +85,25 @@ TEST_F(ModuleLog, FormatsArguments) {
               MatchesRegex(head("error") + "Here\\.cpp:12 n=-5 \\(0x000000ba\\) %\n"));
 }
 
-TEST_F(ModuleLog, FormatsLongArgumentsWhole) {
+TEST_F(ModuleLog, FormatsLongArgumentsCompletely) {
   const std::string text(2000, 'x');
   EXPECT_THAT(loggedBy([&] { NS_CORBA::TaDebugWithPara(1, "<%s>", text.c_str()); }),
               HasSubstr("Here.cpp:12 <" + text + ">\n"));
 }
 
-TEST_F(ModuleLog, TakesATextAsItIs) {
+TEST_F(ModuleLog, DoesNotFormatAPlainText) {
   EXPECT_THAT(loggedBy([] { NS_CORBA::TaDebug(1, "100%s %n %d"); }),
               HasSubstr("Here.cpp:12 100%s %n %d\n"));
   EXPECT_THAT(loggedBy([] { NS_CORBA::TaDebugWithPara(1, "%s", "100%s %n %d"); }),
               HasSubstr("Here.cpp:12 100%s %n %d\n"));
 }
 
-TEST_F(ModuleLog, WritesOneLineWhateverTheTextHolds) {
+TEST_F(ModuleLog, WritesOneLineForAnyText) {
   EXPECT_THAT(loggedBy([] { NS_CORBA::TaDebug(1, "a\r\ntext\n{} %v\n"); }),
               HasSubstr("Here.cpp:12 a\\x0d\\x0atext\\x0a{} %v\\x0a\n"));
 }
 
-TEST_F(ModuleLog, EscapesWhatATerminalOrAReaderWouldObey) {
+TEST_F(ModuleLog, EscapesControlCharacters) {
   EXPECT_THAT(loggedBy([] { NS_CORBA::TaDebug(1, "\x1b[2J\u009b1m\x7f\u2028\u202e\xff\\x1b"); }),
               HasSubstr("Here.cpp:12 \\x1b[2J\\xc2\\x9b1m\\x7f\\xe2\\x80\\xa8\\xe2\\x80\\xae\\xff"
                         "\\\\x1b\n"));
@@ -111,7 +111,7 @@ TEST_F(ModuleLog, EscapesWhatATerminalOrAReaderWouldObey) {
               HasSubstr("Here.cpp:12 <\\x1b[2J>\n"));
 }
 
-TEST_F(ModuleLog, CutsWhatIsTooLongToRead) {
+TEST_F(ModuleLog, CutsLongTexts) {
   const std::string longest(3000, 'x');
   EXPECT_THAT(loggedBy([&] { NS_CORBA::TaDebug(1, longest.c_str()); }),
               HasSubstr("Here.cpp:12 " + longest + "\n"));
@@ -119,7 +119,7 @@ TEST_F(ModuleLog, CutsWhatIsTooLongToRead) {
               HasSubstr("Here.cpp:12 " + longest + "...\n"));
 }
 
-TEST_F(ModuleLog, ReportsThePositionAsItStandsAtTheCall) {
+TEST_F(ModuleLog, ReportsThePositionAtTheTimeOfTheCall) {
   at("There.cpp", 77);
   EXPECT_THAT(loggedBy([] { NS_CORBA::TaDebug(1, "a text"); }), HasSubstr(" There.cpp:77 a text"));
   NS_CORBA::GetTss()->line = 78;

@@ -91,7 +91,7 @@ TEST_F(NamingTest, HasNoNamesForNegativeNumbers) {
   }
 }
 
-TEST_F(NamingTest, HasNoNameForAnIdThatNoNameCanCarry) {
+TEST_F(NamingTest, HasNoNameForAnEmptyIdOrAnIdWithNul) {
   globaldefs::NVSList_T name = nameOf({{"old", "old"}});
   EXPECT_EQ(agent::kInvalidName, naming_.ConvertTopoNodeIdToName(name, ""));
   EXPECT_EQ(0U, name.length());
@@ -99,7 +99,7 @@ TEST_F(NamingTest, HasNoNameForAnIdThatNoNameCanCarry) {
   EXPECT_EQ(0U, name.length());
 }
 
-TEST_F(NamingTest, ReportsEachObjectThatHasNoName) {
+TEST_F(NamingTest, ReportsEachObjectWithoutAName) {
   std::vector<std::string> lines;
   agent::ObjectNaming naming("ems", model_,
                              [&lines](const std::string& line) { lines.push_back(line); });
@@ -123,7 +123,7 @@ TEST_F(NamingTest, TurnsNamesIntoDomainIds) {
   EXPECT_EQ("not in the model", indexOf(objectName("TopoSubnetwork", "not in the model")));
 }
 
-TEST_F(NamingTest, RefusesMalformedNamesAndLeavesTheIdAlone) {
+TEST_F(NamingTest, RejectsMalformedNamesAndKeepsTheId) {
   for (const auto& name : malformedNames()) {
     std::string id = "untouched";
     EXPECT_EQ(agent::kInvalidName, naming_.Name2Index(id, name));
@@ -136,7 +136,7 @@ TEST_F(NamingTest, AcceptsVeryLongIds) {
   EXPECT_EQ(id, indexOf(objectName("TopoSubnetwork", id)));
 }
 
-TEST_F(NamingTest, TakesElementsWithoutTextsAsEmptyOnes) {
+TEST_F(NamingTest, TreatsNullTextsAsEmpty) {
   globaldefs::NVSList_T name;
   name.length(2);
   std::string id;
@@ -144,13 +144,13 @@ TEST_F(NamingTest, TakesElementsWithoutTextsAsEmptyOnes) {
   EXPECT_EQ(agent::kNoObjectType, naming_.GetObjectType(name));
 }
 
-TEST_F(NamingTest, TypesASubnetworkOnlyWhenItExists) {
+TEST_F(NamingTest, GivesATypeToExistingSubnetworksOnly) {
   EXPECT_EQ(54, naming_.GetObjectType(objectName("TopoSubnetwork", "root")));
   EXPECT_EQ(0, naming_.GetObjectType(objectName("TopoSubnetwork", "nowhere")));
   EXPECT_EQ(0, naming_.GetObjectType(objectName("TopoSubnetwork", "NE=5")));  // an element
 }
 
-TEST_F(NamingTest, TypesOtherObjectsByTheirClass) {
+TEST_F(NamingTest, GivesOtherObjectsTheTypeOfTheirClass) {
   EXPECT_EQ(agent::kManagedElementType, naming_.GetObjectType(objectName("ManagedElement", "9")));
   EXPECT_EQ(agent::kOpticalElementType, naming_.GetObjectType(objectName("ONE", "9")));
   EXPECT_EQ(agent::kManagementSystemType, naming_.GetObjectType(objectName("OS", "9")));
@@ -169,7 +169,7 @@ TEST_F(NamingTest, FillsTheStoredLabel) {
   EXPECT_EQ("", info.label2 + info.label3 + info.label4);
 }
 
-TEST_F(NamingTest, FillsEmptyLabelsWhereNoneIsStored) {
+TEST_F(NamingTest, FillsAnEmptyLabelForAnObjectWithoutLabel) {
   NS_CORBA::ObjectLabelInfo info{"old", "old", "old", "old"};
   EXPECT_EQ(agent::kSuccess, naming_.GetObjectLabelInfo(info, "unknown", 201));
   EXPECT_EQ("", info.userLabel + info.label2 + info.label3 + info.label4);

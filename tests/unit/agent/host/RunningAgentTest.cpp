@@ -102,7 +102,7 @@ TEST(WithoutAnAgent, NotificationsAreDropped) {
   TANotification::OnObjectAVC({}, {}, true, {}, true);
 }
 
-TEST(RunningAgent, IsTheOneThatIsRegistered) {
+TEST(RunningAgent, IsTheRegisteredAgent) {
   agent::EventManager events;
   EXPECT_EQ(nullptr, TEEventMgr::Instance());
   {

@@ -84,7 +84,7 @@ class CommonAttributes : public testing::Test {
                                            .append(codeText(agent::kEntityNotFound));
 };
 
-TEST_F(CommonAttributes, AreKept) {
+TEST_F(CommonAttributes, AreStored) {
   EXPECT_EQ("none", thrownFor(TECommonFunc::onSetUserLabel(subnetwork("core"), "label", true)));
   EXPECT_EQ("none", thrownFor(TECommonFunc::onSetOwner(subnetwork("core"), "owner")));
   EXPECT_EQ("none", thrownFor(TECommonFunc::onSetNativeEMSName(subnetwork("core"), "native")));
@@ -95,7 +95,7 @@ TEST_F(CommonAttributes, AreKept) {
   EXPECT_EQ("", model_.labelOf(54, "core"));
 }
 
-TEST_F(CommonAttributes, HandTheStoredInformationBack) {
+TEST_F(CommonAttributes, ReturnTheStoredInformation) {
   NVSList_T info;
   info.length(1);
   setPair(info[0], "a", "1");
@@ -131,19 +131,19 @@ TEST_F(CommonAttributes, FailWithTheReasonOfAdditionalInformation) {
   EXPECT_EQ(genericNoObject_, thrownFor(code));
 }
 
-TEST_F(CommonAttributes, TakeMissingTextsForEmptyOnes) {
+TEST_F(CommonAttributes, TreatNullTextsAsEmpty) {
   EXPECT_EQ(0U, TECommonFunc::onSetUserLabel(subnetwork("core"), nullptr, true));
   EXPECT_EQ(0U, TECommonFunc::onSetOwner(subnetwork("core"), nullptr));
   EXPECT_EQ(0U, TECommonFunc::onSetNativeEMSName(subnetwork("core"), nullptr));
 }
 
-TEST_F(CommonAttributes, GiveAReasonAwayOnce) {
+TEST_F(CommonAttributes, GiveAReasonOnce) {
   const CORBA::ULong code = TECommonFunc::onSetOwner(subnetwork("x"), "");
   EXPECT_EQ(noObject_, thrownFor(code));
   EXPECT_EQ(genericNoObject_, thrownFor(code));
 }
 
-TEST_F(CommonAttributes, GiveTheirReasonToAConstructedExceptionToo) {
+TEST_F(CommonAttributes, GiveTheirReasonToAConstructedException) {
   const CORBA::ULong code = TECommonFunc::onSetOwner(subnetwork("x"), "");
   globaldefs::ProcessingFailureException failure;
   NS_CORBA::ConstructException(code, failure);
@@ -175,7 +175,7 @@ TEST_F(CommonAttributes, GiveNoReasonToAnotherThread) {
   EXPECT_EQ(noObject_, thrownFor(code));
 }
 
-TEST_F(CommonAttributes, PreferTheTextThatIsGiven) {
+TEST_F(CommonAttributes, PreferTheTextOfTheCaller) {
   const CORBA::ULong code = TECommonFunc::onSetOwner(subnetwork("x"), "");
   EXPECT_EQ(textOf(globaldefs::EXCPT_ENTITY_NOT_FOUND, "given"),
             thrownBy([&] { NS_CORBA::ThrowException(code, "given"); }));
@@ -192,7 +192,7 @@ TEST_F(CommonAttributes, AreAllSupported) {
 }
 
 // In a process of its own, whose files may not grow beyond what its log takes.
-TEST_F(CommonAttributes, TellTheLogAndNotTheClientThatTheStoreFails) {
+TEST_F(CommonAttributes, ReportAFailureOfTheStoreInTheLogOnly) {
   const auto fail = [&] {
     signal(SIGXFSZ, SIG_IGN);
     const rlimit small{4096, 4096};

@@ -37,22 +37,22 @@ TEST(UtilCommon, KeepsTheFirstOfSeveralTermsOfOneClass) {
   EXPECT_EQ((Parts{{"NE", "1"}}), split("NE=1,NE=2"));
 }
 
-TEST(UtilCommon, AddsToThePartsThatAreThere) {
+TEST(UtilCommon, AddsToExistingParts) {
   Parts parts{{"NE", "9"}, {"X", "y"}};
   UtilCommon::Instance()->GetSpliteFDNData(parts, "NE=1,OS=2", ",");
   EXPECT_EQ((Parts{{"NE", "9"}, {"X", "y"}, {"OS", "2"}}), parts);
 }
 
-TEST(UtilCommon, TakesAnFdnAsOneTermWithoutASeparator) {
+TEST(UtilCommon, TreatsAnFdnWithoutASeparatorAsOneTerm) {
   EXPECT_EQ((Parts{{"a", "b,c=d"}}), split("a=b,c=d", ""));
 }
 
-TEST(UtilCommon, TakesTheClassOfTheLastTerm) {
+TEST(UtilCommon, ReturnsTheClassOfTheLastTerm) {
   EXPECT_EQ("NE", UtilCommon::Instance()->GetMoc("OS=1,NE=5"));
   EXPECT_EQ("NE", UtilCommon::Instance()->GetMoc("NE="));
 }
 
-TEST(UtilCommon, KnowsNoClassWithoutAnEqualsSignInTheLastTerm) {
+TEST(UtilCommon, ReturnsNoClassForALastTermWithoutEqualsSign) {
   for (const char* fdn : {"", "12", "NE=5,x", "NE=5,", ",", "=5"}) {
     EXPECT_EQ("", UtilCommon::Instance()->GetMoc(fdn)) << fdn;
   }
@@ -68,13 +68,13 @@ TEST(UtilCommon, ReadsTheIntegerOfAPart) {
   EXPECT_EQ(2147483647, value);
 }
 
-TEST(UtilCommon, LeavesTheValueAloneWithoutThePart) {
+TEST(UtilCommon, KeepsTheValueWithoutThePart) {
   int value = -7;
   EXPECT_FALSE(UtilCommon::Instance()->GetIntegerValueByName({{"ONE", "5"}}, "NE", value));
   EXPECT_EQ(-7, value);
 }
 
-TEST(UtilCommon, LeavesTheValueAloneWhenThePartIsNoInteger) {
+TEST(UtilCommon, KeepsTheValueForAPartThatIsNotAnInteger) {
   int value = -7;
   for (const char* text : {"", "-", "x", "5x", " 5", "5 ", "1.5", "2147483648", "-2147483649"}) {
     EXPECT_FALSE(readsInteger(text, value)) << text;
@@ -82,7 +82,7 @@ TEST(UtilCommon, LeavesTheValueAloneWhenThePartIsNoInteger) {
   }
 }
 
-TEST(Str2Int, TakesTheLeadingDigits) {
+TEST(Str2Int, ReadsTheLeadingDigits) {
   EXPECT_EQ(12, Str2Int("12"));
   EXPECT_EQ(12, Str2Int("12abc"));
   EXPECT_EQ(12, Str2Int("12=13"));
@@ -97,7 +97,7 @@ TEST(Str2Int, IsZeroWithoutLeadingDigits) {
   }
 }
 
-TEST(Str2Int, IsHeldToTheLimitsOf32Bits) {
+TEST(Str2Int, IsClampedTo32Bits) {
   EXPECT_EQ(2147483647, Str2Int("2147483648"));
   EXPECT_EQ(-2147483647 - 1, Str2Int("-2147483649"));
   EXPECT_EQ(2147483647, Str2Int(std::string(1000, '9')));

@@ -50,7 +50,7 @@ TEST(NetworkModel, ListsAllElementsOrTheShownOnes) {
   EXPECT_EQ((std::vector<std::int32_t>{-5, 6}), numbersOf(shown));
 }
 
-TEST(NetworkModel, GivesElementsInTheOrderOfTheIndexesWithoutTheUnknown) {
+TEST(NetworkModel, ReturnsKnownElementsInTheOrderOfTheIndexes) {
   const NetworkModel model(sampleNetwork());
   std::vector<NS_DOMAIN::NE_T> elements;
   model.appendNEs(elements, {{0, 6}, {0, 99}, {3, 7}, {0, 6}});
@@ -62,7 +62,7 @@ TEST(NetworkModel, GivesElementsInTheOrderOfTheIndexesWithoutTheUnknown) {
   EXPECT_EQ(6, elements[2].number);
 }
 
-TEST(NetworkModel, KnowsOnlySubnetworksAsSubnetworks) {
+TEST(NetworkModel, FindsSubnetworksOnlyAmongSubnetworks) {
   const NetworkModel model(sampleNetwork());
   EXPECT_TRUE(model.hasTopoSubnetwork("root"));
   EXPECT_FALSE(model.hasTopoSubnetwork("NE=5"));  // an element
@@ -88,7 +88,7 @@ TEST(NetworkModel, ServesClockObjectsInTheirOrder) {
   EXPECT_EQ("a", model.clockLinks()[1].linkId);
 }
 
-TEST(NetworkModel, ShowsReadersAChangeAsAWhole) {
+TEST(NetworkModel, AppliesAChangeAtomically) {
   NetworkModel model(wideNetwork(10));
   std::atomic<bool> stop{false};
   std::atomic<int> wrong{0};
@@ -122,7 +122,7 @@ TEST(NetworkModel, ShowsReadersAChangeAsAWhole) {
   EXPECT_EQ(0, wrong);
 }
 
-TEST(NetworkModel, KnowsWhatIsInEveryList) {
+TEST(NetworkModel, FindsTheRecordsOfEveryList) {
   const NetworkModel model(sampleNetwork());
   EXPECT_TRUE(model.hasTopoNode("b\nb"));
   EXPECT_FALSE(model.hasTopoNode("none"));
@@ -136,7 +136,7 @@ TEST(NetworkModel, KnowsWhatIsInEveryList) {
   EXPECT_FALSE(model.hasLabel({200, "z"}));
 }
 
-TEST(NetworkModel, ShowsNothingOfWhatIsOnlyPrepared) {
+TEST(NetworkModel, HidesPreparedChangesFromReaders) {
   NetworkModel model(wideNetwork(3));
   model.prepareAddition(sampleNetwork());
   model.prepareRemoval("node 0");

@@ -38,7 +38,7 @@ std::string objectOfReference(const std::string& reference) {
   return describe(agent::objectOfClockReference(reference));
 }
 
-TEST(ManagedObjects, KnowsEveryClassOfNames) {
+TEST(ManagedObjects, ParseEveryClassOfNames) {
   EXPECT_EQ("1 NE=5", meaningOf("ManagedElement", "5"));
   EXPECT_EQ("2 ONE=0", meaningOf("ONE", "0"));
   EXPECT_EQ("3 OS=2147483647", meaningOf("OS", "2147483647"));
@@ -47,7 +47,7 @@ TEST(ManagedObjects, KnowsEveryClassOfNames) {
   EXPECT_EQ("201 ", meaningOf("ClockTopoLinkId", ""));
 }
 
-TEST(ManagedObjects, SaysWhatIsWrongWithAName) {
+TEST(ManagedObjects, ReportTheProblemOfAMalformedName) {
   EXPECT_EQ("it has 0 pairs instead of 2", meaningOf(Pairs{}));
   EXPECT_EQ("it has 1 pair instead of 2", meaningOf({{"EMS", "E"}}));
   EXPECT_EQ("it has 1000000 pairs instead of 2", meaningOf(Pairs(1000000, {"EMS", "E"})));
@@ -59,7 +59,7 @@ TEST(ManagedObjects, SaysWhatIsWrongWithAName) {
   EXPECT_EQ("the value of \"TopoSubnetwork\" is empty", meaningOf("TopoSubnetwork", ""));
 }
 
-TEST(ManagedObjects, ShowsNamesShortAndHarmless) {
+TEST(ManagedObjects, FormatNamesShortAndPrintable) {
   EXPECT_EQ("{}", agent::formatName(nameOf({})));
   EXPECT_EQ("{EMS=E, OS=1}", agent::formatName(nameOf({{"EMS", "E"}, {"OS", "1"}})));
   EXPECT_EQ("{a\\x0a=\\xff}", agent::formatName(nameOf({{"a\n", "\xff"}})));
@@ -68,7 +68,7 @@ TEST(ManagedObjects, ShowsNamesShortAndHarmless) {
             agent::formatName(nameOf({{longText('x'), longText('y')}})));
 }
 
-TEST(ManagedObjects, ShowsKeysAsTheirNames) {
+TEST(ManagedObjects, FormatKeysAsTheirNames) {
   EXPECT_EQ("{EMS=E, ManagedElement=5}", agent::formatName(ObjectKey{1, "NE=5"}, "E"));
   EXPECT_EQ("{EMS=E, ONE=5}", agent::formatName(ObjectKey{2, "ONE=5"}, "E"));
   EXPECT_EQ("{EMS=E, OS=5}", agent::formatName(ObjectKey{3, "OS=5"}, "E"));
@@ -76,7 +76,7 @@ TEST(ManagedObjects, ShowsKeysAsTheirNames) {
   EXPECT_EQ("{EMS=E, ClockTopoLinkId=a=b}", agent::formatName(ObjectKey{201, "a=b"}, "E"));
 }
 
-TEST(ManagedObjects, ReadsElementNodesByTheClassOfTheLastTerm) {
+TEST(ManagedObjects, DeriveElementNodesFromTheClassOfTheLastTerm) {
   EXPECT_EQ("1 5", objectOfNode("NE=5"));
   EXPECT_EQ("1 5", objectOfNode("ONE=6,NE=5"));
   EXPECT_EQ("2 6", objectOfNode("NE=5,ONE=6"));
@@ -86,7 +86,7 @@ TEST(ManagedObjects, ReadsElementNodesByTheClassOfTheLastTerm) {
   EXPECT_EQ("1 8", objectOfNode("8 and more"));
 }
 
-TEST(ManagedObjects, ReadsElementNodesWithoutAUsableNumberAsTheyAreShown) {
+TEST(ManagedObjects, DeriveElementNodesWithoutAUsableNumber) {
   EXPECT_EQ("none", objectOfNode("NE=x"));
   EXPECT_EQ("2 0", objectOfNode("ONE=x"));
   EXPECT_EQ("3 0", objectOfNode("OS="));
@@ -97,7 +97,7 @@ TEST(ManagedObjects, ReadsElementNodesWithoutAUsableNumberAsTheyAreShown) {
   EXPECT_EQ("1 0", objectOfNode("text"));
 }
 
-TEST(ManagedObjects, ReadsClockReferencesByTheNumberAfterTheSign) {
+TEST(ManagedObjects, DeriveClockReferencesFromTheNumberAfterTheEqualsSign) {
   EXPECT_EQ("1 5", objectOfReference("NE=5"));
   EXPECT_EQ("1 5", objectOfReference("anything=5"));
   EXPECT_EQ("1 0", objectOfReference("NE="));
@@ -105,7 +105,7 @@ TEST(ManagedObjects, ReadsClockReferencesByTheNumberAfterTheSign) {
   EXPECT_EQ("none", objectOfReference("NE=-5"));
 }
 
-TEST(ManagedObjects, HasNumbersForNumberedKeysOnly) {
+TEST(ManagedObjects, HaveNumbersOnlyInNumberedClasses) {
   EXPECT_EQ("1 5", describe(agent::numberedObject({1, "NE=5"})));
   EXPECT_EQ("2 5", describe(agent::numberedObject({2, "ONE=5"})));
   EXPECT_EQ("none", describe(agent::numberedObject({54, "NE=5"})));
@@ -116,7 +116,7 @@ TEST(ManagedObjects, HasNumbersForNumberedKeysOnly) {
   EXPECT_EQ("none", describe(agent::numberedObject({2, "NE=55"})));
 }
 
-TEST(NumberedObject, HasTheKeyThatMeansIt) {
+TEST(NumberedObject, HasTheInverseKey) {
   for (const char* id : {"NE=5", "NE=0", "NE=2147483647"}) {
     EXPECT_EQ((agent::ObjectKey{1, id}), agent::keyOf(*agent::numberedObject({1, id})));
   }

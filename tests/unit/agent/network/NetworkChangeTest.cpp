@@ -21,7 +21,7 @@ TEST(MergedInfo, RemovesTheNamesOfEmptyValues) {
   EXPECT_EQ((InfoPairs{{"b", "2"}}), mergedInfo({{"a", "1"}, {"b", "2"}}, {{"a", ""}, {"c", ""}}));
 }
 
-TEST(MergedInfo, KeepsWhatIsStoredWithoutChanges) {
+TEST(MergedInfo, KeepsThePairsWithoutChanges) {
   EXPECT_EQ((InfoPairs{{"a", "1"}}), mergedInfo({{"a", "1"}}, {}));
 }
 

@@ -88,7 +88,7 @@ class SqliteStoreTest : public testing::Test {
   const std::string path_ = directory_.file("store.db");
 };
 
-TEST_F(SqliteStoreTest, KeepsTheSameInMemory) {
+TEST_F(SqliteStoreTest, StoresEveryFieldInMemory) {
   SqliteStore store(SqliteStore::kInMemory);
   EXPECT_TRUE(store.isNew());
   store.load(sampleNetwork());
@@ -103,7 +103,7 @@ TEST_F(SqliteStoreTest, StartsOnAnEmptyFile) {
   EXPECT_TRUE(SqliteStore(path_).isNew());
 }
 
-TEST_F(SqliteStoreTest, TakesThePathAsItIs) {
+TEST_F(SqliteStoreTest, UsesThePathLiterally) {
   for (const char* name : {"file:a?mode=memory", "b%20c#d", ":memory:"}) {
     const std::string path = directory_.file(name);
     { SqliteStore(path).load(sampleNetwork()); }
@@ -112,19 +112,19 @@ TEST_F(SqliteStoreTest, TakesThePathAsItIs) {
   }
 }
 
-TEST_F(SqliteStoreTest, SaysThatAMissingFileNeedsANetworkAndMakesNone) {
+TEST_F(SqliteStoreTest, ReportsAMissingFileWithoutCreatingIt) {
   EXPECT_TRUE(SqliteStore::needsNetwork(path_));
   EXPECT_EQ(0U, filesIn(directory_));
 }
 
-TEST_F(SqliteStoreTest, SaysWhetherAnExistingStoreNeedsANetwork) {
+TEST_F(SqliteStoreTest, ReportsWhetherAnExistingStoreNeedsANetwork) {
   { SqliteStore store(path_); }
   EXPECT_TRUE(SqliteStore::needsNetwork(path_));
   { SqliteStore(path_).load(sampleNetwork()); }
   EXPECT_FALSE(SqliteStore::needsNetwork(path_));
 }
 
-TEST_F(SqliteStoreTest, RefusesToLoadASecondNetwork) {
+TEST_F(SqliteStoreTest, RejectsToLoadASecondNetwork) {
   SqliteStore store(path_);
   store.load(sampleNetwork());
   try {
@@ -172,7 +172,7 @@ TEST_F(SqliteStoreTest, StaysNewWhenTheProcessIsKilledInTheMiddleOfALoad) {
   EXPECT_EQ(describe(sampleNetwork()), describe(store.read()));
 }
 
-TEST_F(SqliteStoreTest, LosesNothingWhenTheProcessIsKilledAfterALoad) {
+TEST_F(SqliteStoreTest, KeepsALoadWhenTheProcessIsKilled) {
   const int status = statusOfChild([&] {
     SqliteStore store(path_);
     store.load(sampleNetwork());
@@ -189,7 +189,7 @@ TEST_F(SqliteStoreTest, IsOneFileAfterItWasClosed) {
   EXPECT_EQ(1U, filesIn(directory_));
 }
 
-TEST_F(SqliteStoreTest, IsRefusedWhileAnotherProcessHasIt) {
+TEST_F(SqliteStoreTest, IsLockedAgainstOtherProcesses) {
   std::array<int, 2> opened{};
   std::array<int, 2> finish{};
   ASSERT_EQ(0, pipe(opened.data()));
@@ -214,7 +214,7 @@ TEST_F(SqliteStoreTest, IsRefusedWhileAnotherProcessHasIt) {
   EXPECT_EQ("", refusalOfStore(path_));
 }
 
-TEST_F(SqliteStoreTest, IsRefusedWhileThisProcessHasItAndStaysLocked) {
+TEST_F(SqliteStoreTest, IsLockedAgainstASecondStoreOfThisProcess) {
   SqliteStore store(path_);
   expectRefused(path_, "is in use by another process");
   EXPECT_TRUE(isLockedForOthers(path_));
@@ -222,14 +222,14 @@ TEST_F(SqliteStoreTest, IsRefusedWhileThisProcessHasItAndStaysLocked) {
   EXPECT_EQ(describe(sampleNetwork()), describe(store.read()));
 }
 
-TEST_F(SqliteStoreTest, RefusesADatabaseOfAnotherProgram) {
+TEST_F(SqliteStoreTest, RejectsADatabaseOfAnotherProgram) {
   makeDatabase(path_, "CREATE TABLE music (title); INSERT INTO music VALUES ('Largo')");
   expectRefusedUntouched(path_, "is a database of another program");
   makeDatabase(path_, "PRAGMA application_id = 42");
   expectRefusedUntouched(path_, "is a database of another program");
 }
 
-TEST_F(SqliteStoreTest, LeavesTheLogOfAnotherProgramAlone) {
+TEST_F(SqliteStoreTest, NeverTouchesTheLogOfAnotherProgram) {
   const int status = statusOfChild([&] {
     SQLite::Database database(path_, SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
     database.exec("PRAGMA journal_mode = WAL; CREATE TABLE music (title)");
@@ -251,30 +251,30 @@ TEST_F(SqliteStoreTest, RejectsEveryOtherSchemaVersion) {
   }
 }
 
-TEST_F(SqliteStoreTest, RefusesAFileThatIsNoDatabase) {
+TEST_F(SqliteStoreTest, RejectsAFileThatIsNotADatabase) {
   directory_.write("store.db", std::string(10000, 'x'));
   expectRefusedUntouched(path_, "is not a database");
   directory_.write("store.db", "hello");
   expectRefusedUntouched(path_, "is not a database");
 }
 
-TEST_F(SqliteStoreTest, RefusesADirectory) {
+TEST_F(SqliteStoreTest, RejectsADirectory) {
   expectRefused(directory_.path(), "Is a directory");
 }
 
-TEST_F(SqliteStoreTest, RefusesAMissingFolder) {
+TEST_F(SqliteStoreTest, RejectsAMissingFolder) {
   expectRefused(directory_.file("none/store.db"), "its folder does not exist");
 }
 
-TEST_F(SqliteStoreTest, RefusesADevice) {
+TEST_F(SqliteStoreTest, RejectsADevice) {
   expectRefused("/dev/null", "is not a regular file");
 }
 
-TEST_F(SqliteStoreTest, RefusesAnEmptyPath) {
+TEST_F(SqliteStoreTest, RejectsAnEmptyPath) {
   EXPECT_EQ("store: its file name is empty", refusalOfStore(""));
 }
 
-TEST_F(SqliteStoreTest, RefusesAFileThatMayOnlyBeRead) {
+TEST_F(SqliteStoreTest, RejectsAReadOnlyFile) {
   { SqliteStore(path_).load(sampleNetwork()); }
   ASSERT_EQ(0, chmod(path_.c_str(), 0444));
   const Unprivileged unprivileged(directory_.path());
@@ -284,7 +284,7 @@ TEST_F(SqliteStoreTest, RefusesAFileThatMayOnlyBeRead) {
   expectRefusedUntouched(path_, "Permission denied");
 }
 
-TEST_F(SqliteStoreTest, IsThereOnceAFileHasContent) {
+TEST_F(SqliteStoreTest, ExistsOnceAFileHasContent) {
   EXPECT_FALSE(SqliteStore::exists(path_));
   directory_.write("store.db", "");
   EXPECT_FALSE(SqliteStore::exists(path_));
@@ -294,7 +294,7 @@ TEST_F(SqliteStoreTest, IsThereOnceAFileHasContent) {
   EXPECT_FALSE(SqliteStore::exists(""));
 }
 
-TEST_F(SqliteStoreTest, MakesFilesForTheirOwnerAlone) {
+TEST_F(SqliteStoreTest, CreatesFilesForTheirOwnerOnly) {
   SqliteStore store(path_);
   store.load(sampleNetwork());
   for (const std::string& file : {path_, path_ + "-wal"}) {
@@ -302,20 +302,20 @@ TEST_F(SqliteStoreTest, MakesFilesForTheirOwnerAlone) {
   }
 }
 
-TEST_F(SqliteStoreTest, KeepsThePermissionsOfAFileThatIsThere) {
+TEST_F(SqliteStoreTest, KeepsThePermissionsOfAnExistingFile) {
   directory_.write("store.db", "");
   std::filesystem::permissions(path_, static_cast<std::filesystem::perms>(0640));
   const SqliteStore store(path_);
   EXPECT_EQ(0640, static_cast<int>(std::filesystem::status(path_).permissions()));
 }
 
-TEST_F(SqliteStoreTest, RefusesASymbolicLinkToNothing) {
+TEST_F(SqliteStoreTest, RejectsADanglingSymbolicLink) {
   std::filesystem::create_symlink(directory_.file("target"), path_);
   EXPECT_EQ(path_ + ": is a symbolic link to a file that does not exist", refusalOfStore(path_));
   EXPECT_FALSE(std::filesystem::exists(directory_.file("target")));
 }
 
-TEST_F(SqliteStoreTest, RefusesAFolderThatMayOnlyBeRead) {
+TEST_F(SqliteStoreTest, RejectsAReadOnlyFolder) {
   const std::string folder = directory_.file("folder");
   ASSERT_EQ(0, mkdir(folder.c_str(), 0555));
   const Unprivileged unprivileged(directory_.path());
@@ -325,13 +325,13 @@ TEST_F(SqliteStoreTest, RefusesAFolderThatMayOnlyBeRead) {
   EXPECT_EQ(folder + "/store.db: Permission denied", refusalOfStore(folder + "/store.db"));
 }
 
-TEST_F(SqliteStoreTest, RefusesAStoreWhoseTablesAreGone) {
+TEST_F(SqliteStoreTest, RejectsAStoreWithoutTables) {
   { SqliteStore(path_).load(sampleNetwork()); }
   makeDatabase(path_, "DROP TABLE network");
   EXPECT_EQ(path_ + ": no such table: network", refusalOfQuestion(path_));
 }
 
-TEST_F(SqliteStoreTest, KeepsEachRefusalOnOneLine) {
+TEST_F(SqliteStoreTest, ReportsEveryFailureInOneLine) {
   EXPECT_EQ(directory_.path().string() + "/a\\x0ab/c: its folder does not exist",
             refusalOfStore(directory_.file("a\nb/c")));
 }
@@ -344,7 +344,7 @@ TEST_F(SqliteStoreTest, KeepsAWriteAheadLog) {
 
 // --- Changes of the network.
 
-TEST_F(SqliteStoreTest, AddsAllOfANetworkOrNothing) {
+TEST_F(SqliteStoreTest, AddsANetworkAsAWholeOrNotAtAll) {
   SqliteStore store(path_);
   store.load(sampleNetwork());
   agent::Network more = wideNetwork(2);
@@ -359,7 +359,7 @@ TEST_F(SqliteStoreTest, AddsAllOfANetworkOrNothing) {
   EXPECT_EQ(describe(sampleNetwork()), describe(store.read()));
 }
 
-TEST_F(SqliteStoreTest, RemovesNodesWithTheirAttributesAndWhatIsKeptOfObjects) {
+TEST_F(SqliteStoreTest, RemovesNodesAndTheAttributesOfTheirObjects) {
   agent::Network network = sampleNetwork();
   {
     SqliteStore store(path_);
@@ -380,7 +380,7 @@ TEST_F(SqliteStoreTest, RemovesNodesWithTheirAttributesAndWhatIsKeptOfObjects) {
 
 // --- Change numbers.
 
-TEST_F(SqliteStoreTest, GivesNoChangeNumberAgainAfterTheProcessWasKilled) {
+TEST_F(SqliteStoreTest, NeverRepeatsAChangeNumberAfterAKill) {
   const int status = statusOfChild([&] {
     SqliteStore store(path_, [] { return 1000U; });
     store.commit(OwnerChange{{201, "z"}, "me"});
@@ -390,7 +390,7 @@ TEST_F(SqliteStoreTest, GivesNoChangeNumberAgainAfterTheProcessWasKilled) {
   EXPECT_EQ(1003U, SqliteStore(path_).lastChange());
 }
 
-TEST_F(SqliteStoreTest, RejectsAChangeThatHasNoNumberLeft) {
+TEST_F(SqliteStoreTest, RejectsAChangeAfterTheLastNumber) {
   { SqliteStore store(path_); }
   makeDatabase(path_, "UPDATE last_change SET number = 9223372036854775806");
   SqliteStore store(path_);
@@ -407,13 +407,13 @@ std::string damageOf(const std::string& path) {
   return {};
 }
 
-TEST_F(SqliteStoreTest, FindsNoDamageWhereThereIsNone) {
+TEST_F(SqliteStoreTest, FindsNoDamageInAnIntactStore) {
   SqliteStore(path_).load(sampleNetwork());
   EXPECT_EQ("", damageOf(path_));
   EXPECT_EQ("", damageOf(SqliteStore::kInMemory));
 }
 
-TEST_F(SqliteStoreTest, FindsDamageThatReadingDoesNotMeet) {
+TEST_F(SqliteStoreTest, FindsDamageOutsideOfTheDataThatIsRead) {
   SqliteStore(path_).load(sampleNetwork());
   support::damageStore(path_);
   EXPECT_EQ(describe(sampleNetwork()), describe(SqliteStore(path_).read()));
@@ -423,7 +423,7 @@ TEST_F(SqliteStoreTest, FindsDamageThatReadingDoesNotMeet) {
   EXPECT_EQ(std::string::npos, damage.find("\\x0a"));
 }
 
-TEST_F(SqliteStoreTest, SaysThatAStoreIsDamagedWhereItMeetsDamage) {
+TEST_F(SqliteStoreTest, ReportsDamageInTheDataThatIsRead) {
   SqliteStore(path_).load(sampleNetwork());
   support::damageStore(path_);
   SqliteStore store(path_);
