@@ -16,9 +16,10 @@ namespace agent {
 //
 //   id = change << 20 | position
 //
-// The position counts the notifications of a change from 1. Change numbers begin with the
-// milliseconds since 1970 and rise by one a change, so that an id fits in 63 bits until the year
-// 2248. The store gives every number once, so that ids are unique over restarts.
+// The position counts the notifications of a change from 1. Every open of the store raises the
+// change number to the milliseconds since 1970 at least, and every change raises the number by one,
+// so that an id fits in 63 bits until the year 2248. The store gives every number once, so that ids
+// are unique over restarts and restored backups.
 //
 // Ids rise strictly. A notification of a change that is not newer than the last id's change, or of
 // no change, gets the next position of the last id's change. All notifications beyond the last

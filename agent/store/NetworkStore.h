@@ -50,9 +50,10 @@ class NetworkStore {
   // The stored network; an empty network if the store is new.
   virtual Network read() = 0;
 
-  // The number of the last change. The number rises by one with each change and with each opening
-  // of the store. The first number is the time of the store's creation in milliseconds since 1970,
-  // so that a store that replaces this store never repeats a number of this store.
+  // The number of the last change. Numbers rise by one with each change. Opening the store raises
+  // the number by one or to the milliseconds since 1970, whichever is higher. So a new store and a
+  // restored backup give no number again that this store has given, unless the store has had more
+  // than 1,000 changes a second since it was opened, or the clock was set back.
   virtual std::uint64_t lastChange() = 0;
 
   // Commits a change as a whole or not at all, and returns the number of the change. Also throws

@@ -1,5 +1,6 @@
 // Delivery of notifications to watchers, subscribers and event channels.
 
+#include <SQLiteCpp/SQLiteCpp.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -630,7 +631,9 @@ TEST(TopoctlWatch, ReconnectsToAnAgentWithLowerIds) {
   const std::string endpoint = quietEndpoint();
   const support::TemporaryDirectory directory;
   const std::vector<std::string> arguments = {"--ems-name", "E"};
-  { RunningAgent older(arguments, directory.file("older.db")); }
+  { RunningAgent ahead(arguments, directory.file("newer.db")); }
+  SQLite::Database(directory.file("newer.db"), SQLite::OPEN_READWRITE)
+      .exec("UPDATE last_change SET number = number + 1000000000");
   auto agent = std::make_unique<RunningAgent>(arguments, directory.file("newer.db"), endpoint);
   support::Process watch(TOPOCTL, {"--agent", agent->corbaloc(), "--format", "json", "watch"});
   EXPECT_EQ("watching", json::parse(watch.readLine())["event"]);

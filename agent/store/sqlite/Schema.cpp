@@ -91,13 +91,19 @@ constexpr const char* kSchema = R"sql(
   ) STRICT;
 )sql";
 
-void createSchema(SQLite::Database& database, const SqliteStore::Clock& clock) {
-  constexpr std::uint64_t kMost = std::numeric_limits<std::int64_t>::max();
+void createSchema(SQLite::Database& database) {
   database.exec("PRAGMA application_id = " + std::to_string(kApplicationId));
   database.exec(kSchema);
-  const auto now = static_cast<std::int64_t>(std::min(clock(), kMost));
-  run(database, "INSERT INTO last_change VALUES (1, ?)", now);
+  database.exec("INSERT INTO last_change VALUES (1, 0)");
   database.exec("PRAGMA user_version = " + std::to_string(kSchemaVersion));
+}
+
+// The clock makes the number higher than the numbers that were given after a restored backup; the
+// sum makes the number higher than all stored numbers when the clock was set back.
+void raiseLastChange(SQLite::Database& database, const SqliteStore::Clock& clock) {
+  constexpr std::uint64_t kMost = std::numeric_limits<std::int64_t>::max();
+  const auto now = static_cast<std::int64_t>(std::min(clock(), kMost));
+  run(database, "UPDATE last_change SET number = max(number + 1, ?)", now);
 }
 
 }  // namespace
@@ -124,10 +130,11 @@ void prepareSchema(const std::string& path, SQLite::Database& database,
   SQLite::Transaction transaction(database, SQLite::TransactionBehavior::EXCLUSIVE);
   if (valueOf(database, "PRAGMA application_id") == 0 &&
       valueOf(database, "SELECT count(*) FROM sqlite_schema") == 0) {
-    createSchema(database, clock);
+    createSchema(database);
   }
   requireOwnSchema(path, database);
-  commitChange(database, transaction);
+  raiseLastChange(database, clock);
+  transaction.commit();
   database.exec("PRAGMA journal_mode = WAL");
 }
 

@@ -43,8 +43,8 @@ class SqliteStore final : public NetworkStore {
   // Opens the store, or makes an empty store if the file is missing or empty. Only the user of the
   // process can access a new file. A dangling symbolic link is rejected. Throws StoreError if
   // another store object or process has the database open, and if the file is not a database, is a
-  // database of another program or schema version, or is not writable. The clock, in milliseconds
-  // since 1970, is read once for a new store.
+  // database of another program or schema version, or is not writable. The constructor reads the
+  // clock, in milliseconds since 1970, once.
   explicit SqliteStore(const std::string& path, const Clock& clock = millisecondsNow);
   ~SqliteStore() override;
 

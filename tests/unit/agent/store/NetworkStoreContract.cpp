@@ -209,13 +209,25 @@ TEST_P(NetworkStoreContract, GivesNoNumberToAChangeThatFails) {
   EXPECT_EQ(first + 1, store().commit(OwnerChange{kLink, "me"}));
 }
 
-TEST_P(NetworkStoreContract, BeginsNumbersWithTheTimeAndRaisesThemAtEveryOpen) {
-  EXPECT_EQ(kNow + 1, store().lastChange());
+TEST_P(NetworkStoreContract, RaisesTheNumberToTheTimeOrByOneAtEveryOpen) {
+  EXPECT_EQ(kNow, store().lastChange());
   reopen(kNow + 1000000);
-  EXPECT_EQ(kNow + 2, store().lastChange());
-  EXPECT_EQ(kNow + 3, store().commit(OwnerChange{kLink, "me"}));
+  EXPECT_EQ(kNow + 1000000, store().lastChange());
+  EXPECT_EQ(kNow + 1000001, store().commit(OwnerChange{kLink, "me"}));
+  reopen(kNow + 1000001);
+  EXPECT_EQ(kNow + 1000002, store().lastChange());
   reopen(kNow - 1000000);
-  EXPECT_EQ(kNow + 4, store().lastChange());
+  EXPECT_EQ(kNow + 1000003, store().lastChange());
+}
+
+TEST_P(NetworkStoreContract, GivesNoNumberAgainAfterTheRestoreOfABackup) {
+  const std::string backup = contentOf(*store().beginCopy());
+  std::uint64_t last = 0;
+  for (int i = 0; i < 3; ++i) {
+    last = store().commit(OwnerChange{kLink, std::to_string(i)});
+  }
+  const auto restored = GetParam().restore(directory_.file("copy"), backup, kNow + 1000);
+  EXPECT_LT(last, restored->lastChange());
 }
 
 // --- Copies.
@@ -226,7 +238,7 @@ TEST_P(NetworkStoreContract, CopiesTheStoreAfterTheLastStep) {
   store().commit(OwnerChange{kLink, "me"});
   const std::string content = contentOf(*copy);
   store().commit(NetworkRemoval{sampleNetwork().topoNodes, {kLink}, {}});
-  const auto restored = GetParam().restore(directory_.file("copy"), content);
+  const auto restored = GetParam().restore(directory_.file("copy"), content, kNow);
   EXPECT_EQ(describe(sampleNetwork()), describe(restored->read()));
   EXPECT_EQ("me", GetParam().ownerOf(*restored, kLink));
 }

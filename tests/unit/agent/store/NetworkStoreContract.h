@@ -15,14 +15,13 @@
 #include "tests/support/TemporaryDirectory.h"
 
 struct StoreEngine {
-  // Opens the store of a test at a path, or makes an empty store whose clock stands at the
-  // milliseconds since 1970.
+  // Opens the store of a test at a path, or makes an empty store. now: milliseconds since 1970.
   std::function<std::unique_ptr<agent::NetworkStore>(const std::string& path, std::uint64_t now)>
       open;
   std::function<std::string(agent::NetworkStore& store, const agent::ObjectKey& key)> ownerOf;
   // Opens a store with the content of a complete copy.
   std::function<std::unique_ptr<agent::NetworkStore>(const std::string& path,
-                                                     const std::string& content)>
+                                                     const std::string& content, std::uint64_t now)>
       restore;
 };
 

@@ -14,10 +14,10 @@ std::unique_ptr<agent::NetworkStore> openAt(const std::string& path, std::uint64
   return std::make_unique<SqliteStore>(path, [now] { return now; });
 }
 
-std::unique_ptr<agent::NetworkStore> restoreAt(const std::string& path,
-                                               const std::string& content) {
+std::unique_ptr<agent::NetworkStore> restoreAt(const std::string& path, const std::string& content,
+                                               std::uint64_t now) {
   std::ofstream(path, std::ios::binary) << content;
-  return std::make_unique<SqliteStore>(path);
+  return openAt(path, now);
 }
 
 INSTANTIATE_TEST_SUITE_P(Sqlite, NetworkStoreContract,
