@@ -18,6 +18,9 @@ namespace {
 
 using namespace notification_tests;
 
+using Act = WirePeer::Act;
+using Acts = WirePeer::Acts;
+
 constexpr std::chrono::hours kNever{1};
 
 class Channels : public NotifierFixture {
@@ -41,7 +44,7 @@ class Channels : public NotifierFixture {
     place_->retire();
   }
 
-  Texts pushes(std::size_t count) { return channel_.record.waitFor(count); }
+  ProxyCalls pushes(std::size_t count) { return channel_.record.waitFor(count); }
 
   // Starts a notifier with an unusable channel. Returns the logged reason. Checks that the channel
   // does not delay the destructor.
@@ -70,12 +73,14 @@ TEST_F(Channels, ReceiveEveryEventInAnAny) {
   open();
   start();
   publish(3);
-  EXPECT_EQ((Texts{"connect 1", "1: 1", "1: 2", "1: 3"}), pushes(4));
+  EXPECT_EQ(
+      (ProxyCalls{connected(1), pushed(1, event(1)), pushed(1, event(2)), pushed(1, event(3))}),
+      pushes(4));
   EXPECT_TRUE(becomes({channel(Queued{0}, Sent{3}, Lost{0})}));
   EXPECT_EQ(orb::format(server_->endpoint()),
             std::string(notifier_->status().receivers[0].receiver.in()));
   notifier_.reset();
-  EXPECT_EQ("disconnect 1", pushes(5).back());
+  EXPECT_EQ(disconnected(1), pushes(5).back());
 }
 
 TEST_F(Channels, AreConnectedBeforeTheFirstEvent) {
@@ -89,7 +94,9 @@ TEST_F(Channels, MayStartAfterTheAgent) {
   publish(5);
   EXPECT_TRUE(becomes({downChannel(Queued{3}, Sent{0}, Lost{2})}));
   open();
-  EXPECT_EQ((Texts{"connect 1", "1: lost 1-2 2", "1: 3", "1: 4", "1: 5"}), pushes(5));
+  EXPECT_EQ((ProxyCalls{connected(1), pushed(1, gap(1, 2, 2)), pushed(1, event(3)),
+                        pushed(1, event(4)), pushed(1, event(5))}),
+            pushes(5));
   EXPECT_TRUE(becomes({channel(Queued{0}, Sent{3}, Lost{2})}));
 }
 
@@ -120,9 +127,10 @@ TEST_F(Channels, ReceiveQueuedEventsAndGapsAfterAReconnect) {
   publish(6);
   EXPECT_TRUE(becomes({downChannel(Queued{4}, Sent{1}, Lost{3})}));
   open();
-  EXPECT_EQ(
-      (Texts{"connect 1", "1: 1", "connect 2", "2: 2", "2: lost 3-5 3", "2: 6", "2: 7", "2: 8"}),
-      pushes(8));
+  EXPECT_EQ((ProxyCalls{connected(1), pushed(1, event(1)), connected(2), pushed(2, event(2)),
+                        pushed(2, gap(3, 5, 3)), pushed(2, event(6)), pushed(2, event(7)),
+                        pushed(2, event(8))}),
+            pushes(8));
   EXPECT_TRUE(becomes({channel(Queued{0}, Sent{5}, Lost{3})}));
 }
 
@@ -133,7 +141,8 @@ TEST_F(Channels, ReplaceADeletedProxy) {
   pushes(2);
   channel_.forgetProxies();
   publish(1);
-  EXPECT_EQ((Texts{"connect 1", "1: 1", "connect 2", "2: 2"}), pushes(4));
+  EXPECT_EQ((ProxyCalls{connected(1), pushed(1, event(1)), connected(2), pushed(2, event(2))}),
+            pushes(4));
 }
 
 TEST_F(Channels, ReplaceADeletedProxyWhileIdle) {
@@ -142,20 +151,22 @@ TEST_F(Channels, ReplaceADeletedProxyWhileIdle) {
   start();
   pushes(1);
   channel_.forgetProxies();
-  EXPECT_EQ((Texts{"connect 1", "connect 2"}), pushes(2));
+  EXPECT_EQ((ProxyCalls{connected(1), connected(2)}), pushes(2));
 }
 
 TEST_F(Channels, ReplaceADisconnectedProxy) {
   open();
   std::atomic<bool> first{true};
-  channel_.onPush([&](const std::string&) {
+  channel_.onPush([&](const Delivered&) {
     if (first.exchange(false)) {
       throw CosEventComm::Disconnected();
     }
   });
   start();
   publish(2);
-  EXPECT_EQ((Texts{"connect 1", "1: 1", "connect 2", "2: 1", "2: 2"}), pushes(5));
+  EXPECT_EQ((ProxyCalls{connected(1), pushed(1, event(1)), connected(2), pushed(2, event(1)),
+                        pushed(2, event(2))}),
+            pushes(5));
   notifier_.reset();
 }
 
@@ -166,21 +177,25 @@ TEST_F(Channels, ReplaceAProxyWhoseKeyBelongsToAnotherObject) {
   EXPECT_TRUE(becomes({channel(Queued{0}, Sent{1}, Lost{0})}));
   channel_.reuseKeysOfProxies();
   publish(2);
-  EXPECT_EQ((Texts{"connect 1", "1: 1", "connect 2", "2: 2", "2: 3"}), pushes(5));
+  EXPECT_EQ((ProxyCalls{connected(1), pushed(1, event(1)), connected(2), pushed(2, event(2)),
+                        pushed(2, event(3))}),
+            pushes(5));
   EXPECT_TRUE(becomes({channel(Queued{0}, Sent{3}, Lost{0})}));
 }
 
 TEST_F(Channels, AreNotBlockedByAnEventThatEveryProxyAnswersWithBadOperation) {
   open();
-  channel_.onPush([](const std::string& event) {
-    if (event == "1") {
+  channel_.onPush([](const Delivered& pushed) {
+    if (pushed == event(1)) {
       throw CORBA::BAD_OPERATION(0, CORBA::COMPLETED_NO);
     }
   });
   start();
   publish(2);
-  EXPECT_EQ((Texts{"connect 1", "1: 1", "connect 2", "2: 1", "connect 3", "3: 1", "connect 4",
-                   "4: 1", "connect 5", "5: 1", "connect 6", "6: lost 1-1 1", "6: 2"}),
+  EXPECT_EQ((ProxyCalls{connected(1), pushed(1, event(1)), connected(2), pushed(2, event(1)),
+                        connected(3), pushed(3, event(1)), connected(4), pushed(4, event(1)),
+                        connected(5), pushed(5, event(1)), connected(6), pushed(6, gap(1, 1, 1)),
+                        pushed(6, event(2))}),
             pushes(13));
   EXPECT_TRUE(becomes({channel(Queued{0}, Sent{1}, Lost{1})}));
 }
@@ -188,41 +203,45 @@ TEST_F(Channels, AreNotBlockedByAnEventThatEveryProxyAnswersWithBadOperation) {
 TEST_F(Channels, ReceiveAFailedEventAgain) {
   open();
   std::atomic<int> left{2};
-  channel_.onPush([&](const std::string&) {
+  channel_.onPush([&](const Delivered&) {
     if (left-- > 0) {
       throw CORBA::NO_RESOURCES(0, CORBA::COMPLETED_MAYBE);
     }
   });
   start();
   publish(2);
-  EXPECT_EQ((Texts{"connect 1", "1: 1", "1: 1", "1: 1", "1: 2"}), pushes(5));
+  EXPECT_EQ((ProxyCalls{connected(1), pushed(1, event(1)), pushed(1, event(1)), pushed(1, event(1)),
+                        pushed(1, event(2))}),
+            pushes(5));
   EXPECT_TRUE(becomes({channel(Queued{0}, Sent{2}, Lost{0})}));
 }
 
 TEST_F(Channels, AreNotBlockedByAnEventThatAlwaysFails) {
   open();
-  channel_.onPush([](const std::string& event) {
-    if (event == "1") {
+  channel_.onPush([](const Delivered& pushed) {
+    if (pushed == event(1)) {
       throw CORBA::MARSHAL(0, CORBA::COMPLETED_NO);
     }
   });
   start();
   publish(2);
-  EXPECT_EQ((Texts{"connect 1", "1: 1", "1: 1", "1: 1", "1: 1", "1: 1", "1: lost 1-1 1", "1: 2"}),
+  EXPECT_EQ((ProxyCalls{connected(1), pushed(1, event(1)), pushed(1, event(1)), pushed(1, event(1)),
+                        pushed(1, event(1)), pushed(1, event(1)), pushed(1, gap(1, 1, 1)),
+                        pushed(1, event(2))}),
             pushes(8));
   EXPECT_TRUE(becomes({channel(Queued{0}, Sent{1}, Lost{1})}));
 }
 
 // The channel closes the connection at every push of the same event.
 TEST_F(Channels, AreNotBlockedByAnEventThatAlwaysClosesTheConnection) {
-  WirePeer peer("push", std::vector<WirePeer::Act>(10, WirePeer::Act::kClose));
+  WirePeer peer("push", Acts(10, Act::kClose));
   channel_.useProxy(peer.reference(), orb());
   open();
   start();
   publish(2);
   EXPECT_TRUE(becomes({channel(Queued{0}, Sent{1}, Lost{1})}));
-  Texts requests(10, "closed");
-  requests.insert(requests.end(), {"answered", "answered"});
+  Acts requests(10, Act::kClose);
+  requests.insert(requests.end(), {Act::kAnswer, Act::kAnswer});
   EXPECT_EQ(requests, peer.requests().all());
 }
 
@@ -230,13 +249,13 @@ TEST_F(Channels, ThatBlockDelayNoSubscriber) {
   options_.queueLimit = 100;
   Gate gate;
   open();
-  channel_.onPush([&](const std::string&) { gate.wait(); });
+  channel_.onPush([&](const Delivered&) { gate.wait(); });
   start();
   EXPECT_TRUE(becomes({channel(Queued{0}, Sent{0}, Lost{0})}));
   ServedConsumer consumer = makeConsumer();
   subscribe(consumer);
   publish(3);
-  EXPECT_EQ((Texts{"1", "2", "3"}), consumer.received().waitFor(3));
+  EXPECT_EQ((Deliveries{event(1), event(2), event(3)}), consumer.received().waitFor(3));
   EXPECT_TRUE(
       becomes({channel(Queued{3}, Sent{0}, Lost{0}), subscriber(Queued{0}, Sent{3}, Lost{0})}));
   gate.open();
@@ -270,35 +289,35 @@ TEST_F(Channels, ThatAreUnavailableDoNotShortenAFlushOfSubscribers) {
 
 TEST_F(Channels, ReceiveAnEventAgainAfterATimeout) {
   options_.pushTimeout = std::chrono::milliseconds(100);
-  WirePeer peer("push", std::vector<WirePeer::Act>(7, WirePeer::Act::kIgnore));
+  WirePeer peer("push", Acts(7, Act::kIgnore));
   channel_.useProxy(peer.reference(), orb());
   open();
   start();
   publish(1);
-  Texts requests(7, "ignored");
-  requests.emplace_back("answered");
+  Acts requests(7, Act::kIgnore);
+  requests.push_back(Act::kAnswer);
   EXPECT_EQ(requests, peer.requests().waitFor(8));
   EXPECT_TRUE(becomes({channel(Queued{0}, Sent{1}, Lost{0})}));
 }
 
 TEST_F(Channels, ReceiveAnEventAgainAfterAClosedConnection) {
   options_.firstBackOff = kNever;  // a retry would exceed the timeout of the test
-  WirePeer peer("push", {WirePeer::Act::kAnswer, WirePeer::Act::kClose});
+  WirePeer peer("push", {Act::kAnswer, Act::kClose});
   channel_.useProxy(peer.reference(), orb());
   open();
   start();
   publish(2);
-  EXPECT_EQ((Texts{"answered", "closed", "answered"}), peer.requests().waitFor(3));
+  EXPECT_EQ((Acts{Act::kAnswer, Act::kClose, Act::kAnswer}), peer.requests().waitFor(3));
   EXPECT_TRUE(becomes({channel(Queued{0}, Sent{2}, Lost{0})}));
 }
 
 TEST_F(Channels, ThatAreSilentDoNotDelayTheDestructor) {
   options_.pushTimeout = std::chrono::milliseconds(1000);
-  WirePeer peer("_is_a", std::vector<WirePeer::Act>(9, WirePeer::Act::kIgnore));
+  WirePeer peer("_is_a", Acts(9, Act::kIgnore));
   options_.channel = peer.reference();
   start();
   publish(1);
-  EXPECT_EQ("ignored", peer.requests().waitFor(1).at(0));
+  EXPECT_EQ(Act::kIgnore, peer.requests().waitFor(1).at(0));
   const auto begin = std::chrono::steady_clock::now();
   notifier_.reset();
   EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(2000));
@@ -306,10 +325,10 @@ TEST_F(Channels, ThatAreSilentDoNotDelayTheDestructor) {
 
 TEST_F(Channels, WithASilentNamingServiceDoNotDelayTheDestructor) {
   options_.pushTimeout = std::chrono::milliseconds(1000);
-  WirePeer peer("resolve_str", std::vector<WirePeer::Act>(9, WirePeer::Act::kIgnore));
+  WirePeer peer("resolve_str", Acts(9, Act::kIgnore));
   options_.channel = "corbaname:iiop:1.2@127.0.0.1:" + std::to_string(peer.port()) + "#channel";
   start();
-  EXPECT_EQ("ignored", peer.requests().waitFor(1).at(0));
+  EXPECT_EQ(Act::kIgnore, peer.requests().waitFor(1).at(0));
   const auto begin = std::chrono::steady_clock::now();
   notifier_.reset();
   EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(2000));
@@ -317,7 +336,7 @@ TEST_F(Channels, WithASilentNamingServiceDoNotDelayTheDestructor) {
 
 TEST_F(Channels, AreRetriedWhenForSuppliersTimesOut) {
   options_.pushTimeout = std::chrono::milliseconds(100);
-  WirePeer peer("for_suppliers", std::vector<WirePeer::Act>(9, WirePeer::Act::kIgnore));
+  WirePeer peer("for_suppliers", Acts(9, Act::kIgnore));
   options_.channel = peer.reference();
   start();
   EXPECT_LE(2U, peer.requests().waitFor(2).size());
@@ -326,7 +345,7 @@ TEST_F(Channels, AreRetriedWhenForSuppliersTimesOut) {
 
 TEST_F(Channels, AreRetriedWhenObtainPushConsumerTimesOut) {
   options_.pushTimeout = std::chrono::milliseconds(100);
-  WirePeer peer("obtain_push_consumer", std::vector<WirePeer::Act>(9, WirePeer::Act::kIgnore));
+  WirePeer peer("obtain_push_consumer", Acts(9, Act::kIgnore));
   channel_.useAdmin(peer.reference(), orb());
   open();
   start();
@@ -336,7 +355,7 @@ TEST_F(Channels, AreRetriedWhenObtainPushConsumerTimesOut) {
 
 TEST_F(Channels, ThatDoNotAnswerTheDisconnectDoNotDelayTheDestructor) {
   options_.pushTimeout = kNever;
-  WirePeer peer("disconnect_push_consumer", {WirePeer::Act::kIgnore});
+  WirePeer peer("disconnect_push_consumer", {Act::kIgnore});
   channel_.useProxy(peer.reference(), orb());
   open();
   start();
@@ -345,7 +364,7 @@ TEST_F(Channels, ThatDoNotAnswerTheDisconnectDoNotDelayTheDestructor) {
   const auto begin = std::chrono::steady_clock::now();
   notifier_.reset();
   EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(3));
-  EXPECT_EQ(Texts{"ignored"}, peer.requests().all());
+  EXPECT_EQ(Acts{Act::kIgnore}, peer.requests().all());
 }
 
 // The first proxy has another address than the channel, as after a move of the channel.
@@ -379,7 +398,7 @@ class ChannelsWithAName : public Channels {
 };
 
 TEST_F(ChannelsWithAName, AreFoundAtTheNewAddressWhenTheOldAddressIsUnreachable) {
-  auto peer = std::make_unique<WirePeer>("push", std::vector<WirePeer::Act>());
+  auto peer = std::make_unique<WirePeer>("push", Acts());
   const std::string there = peer->reference();
   names_->bindTo({here_, there, there, here_});
   startWithProxyAt(*peer);
@@ -387,7 +406,7 @@ TEST_F(ChannelsWithAName, AreFoundAtTheNewAddressWhenTheOldAddressIsUnreachable)
   EXPECT_TRUE(becomes({channel(Queued{0}, Sent{1}, Lost{0})}));
   peer.reset();
   publish(2);
-  EXPECT_EQ((Texts{"connect 1", "1: 2", "1: 3"}), pushes(3));
+  EXPECT_EQ((ProxyCalls{connected(1), pushed(1, event(2)), pushed(1, event(3))}), pushes(3));
   EXPECT_TRUE(becomes({channel(Queued{0}, Sent{3}, Lost{0})}));
   EXPECT_EQ((Texts{here_, there, there, here_}), names_->resolved.all());
 }
@@ -418,21 +437,21 @@ TEST_F(ChannelsWithAName, AreNamedByTheBeginningOfALongReference) {
 TEST_F(ChannelsWithAName, AreFoundAtTheNewAddressWhenTheOldAddressTimesOut) {
   options_.pushTimeout = std::chrono::milliseconds(1000);
   options_.idleCheck = std::chrono::milliseconds(1);
-  WirePeer peer("_non_existent", std::vector<WirePeer::Act>(9, WirePeer::Act::kIgnore));
+  WirePeer peer("_non_existent", Acts(9, Act::kIgnore));
   names_->bindTo({here_});
   startWithProxyAt(peer);
-  EXPECT_EQ((Texts{"connect 1"}), pushes(1));
+  EXPECT_EQ((ProxyCalls{connected(1)}), pushes(1));
   publish(1);
-  EXPECT_EQ((Texts{"connect 1", "1: 1"}), pushes(2));
+  EXPECT_EQ((ProxyCalls{connected(1), pushed(1, event(1))}), pushes(2));
 }
 
 TEST_F(ChannelsWithAName, AreNotResolvedDuringTheDestructor) {
   options_.pushTimeout = std::chrono::milliseconds(1000);
   options_.idleCheck = std::chrono::milliseconds(1);
-  WirePeer peer("_non_existent", std::vector<WirePeer::Act>(9, WirePeer::Act::kIgnore));
+  WirePeer peer("_non_existent", Acts(9, Act::kIgnore));
   names_->bindTo({here_});
   startWithProxyAt(peer);
-  EXPECT_EQ("ignored", peer.requests().waitFor(1).at(0));
+  EXPECT_EQ(Act::kIgnore, peer.requests().waitFor(1).at(0));
   const auto begin = std::chrono::steady_clock::now();
   notifier_.reset();
   EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(2000));
@@ -440,20 +459,20 @@ TEST_F(ChannelsWithAName, AreNotResolvedDuringTheDestructor) {
 }
 
 TEST_F(ChannelsWithAName, KeepAnUnreachableProxyAtTheAddressOfTheName) {
-  WirePeer peer("_non_existent", std::vector<WirePeer::Act>(4, WirePeer::Act::kClose));
+  WirePeer peer("_non_existent", Acts(4, Act::kClose));
   options_.idleCheck = std::chrono::milliseconds(1);
   names_->bindTo({here_, peer.reference()});
   startWithProxyAt(peer);
-  EXPECT_EQ((Texts{"closed", "closed", "closed", "closed", "answered"}),
+  EXPECT_EQ((Acts{Act::kClose, Act::kClose, Act::kClose, Act::kClose, Act::kAnswer}),
             peer.requests().waitFor(5));
   publish(1);
   EXPECT_TRUE(becomes({channel(Queued{0}, Sent{1}, Lost{0})}));
-  EXPECT_EQ(Texts{}, channel_.record.all());
+  EXPECT_EQ(ProxyCalls{}, channel_.record.all());
   EXPECT_EQ((Texts{here_, peer.reference(), peer.reference()}), names_->resolved.all());
 }
 
 TEST_F(ChannelsWithAName, KeepAnUnreachableProxyWhileTheNameIsUnbound) {
-  WirePeer peer("_non_existent", std::vector<WirePeer::Act>(2, WirePeer::Act::kClose));
+  WirePeer peer("_non_existent", Acts(2, Act::kClose));
   options_.idleCheck = std::chrono::milliseconds(1);
   names_->bindTo({here_, ""});
   testing::internal::CaptureStderr();
@@ -461,7 +480,7 @@ TEST_F(ChannelsWithAName, KeepAnUnreachableProxyWhileTheNameIsUnbound) {
   peer.requests().waitFor(3);
   publish(1);
   EXPECT_TRUE(becomes({channel(Queued{0}, Sent{1}, Lost{0})}));
-  EXPECT_EQ(Texts{}, channel_.record.all());
+  EXPECT_EQ(ProxyCalls{}, channel_.record.all());
   EXPECT_EQ((Texts{here_, ""}), names_->resolved.all());
   EXPECT_THAT(testing::internal::GetCapturedStderr(),
               testing::AllOf(testing::HasSubstr("which stay queued: "),
@@ -469,7 +488,7 @@ TEST_F(ChannelsWithAName, KeepAnUnreachableProxyWhileTheNameIsUnbound) {
 }
 
 TEST_F(ChannelsWithAName, KeepAnUnreachableProxyWhileTheNewAddressIsUnreachable) {
-  WirePeer peer("_non_existent", std::vector<WirePeer::Act>(2, WirePeer::Act::kClose));
+  WirePeer peer("_non_existent", Acts(2, Act::kClose));
   options_.idleCheck = std::chrono::milliseconds(1);
   const std::string unreachable =
       "corbaloc:iiop:1.2@127.0.0.1:" + std::to_string(closedPort()) + "/Channel";
@@ -478,7 +497,7 @@ TEST_F(ChannelsWithAName, KeepAnUnreachableProxyWhileTheNewAddressIsUnreachable)
   peer.requests().waitFor(3);
   publish(1);
   EXPECT_TRUE(becomes({channel(Queued{0}, Sent{1}, Lost{0})}));
-  EXPECT_EQ(Texts{}, channel_.record.all());
+  EXPECT_EQ(ProxyCalls{}, channel_.record.all());
   EXPECT_EQ((Texts{here_, unreachable}), names_->resolved.all());
 }
 
@@ -492,14 +511,14 @@ TEST_F(ChannelsWithAName, AreNotResolvedWhileTheProxyAnswers) {
 }
 
 TEST_F(ChannelsWithAName, AreNotResolvedWithoutACorbaname) {
-  WirePeer peer("_non_existent", std::vector<WirePeer::Act>(2, WirePeer::Act::kClose));
+  WirePeer peer("_non_existent", Acts(2, Act::kClose));
   options_.channel = here_;
   options_.idleCheck = std::chrono::milliseconds(1);
   startWithProxyAt(peer);
   peer.requests().waitFor(3);
   publish(1);
   EXPECT_TRUE(becomes({channel(Queued{0}, Sent{1}, Lost{0})}));
-  EXPECT_EQ(Texts{}, channel_.record.all());
+  EXPECT_EQ(ProxyCalls{}, channel_.record.all());
 }
 
 TEST_F(Channels, AreUnavailableWhenUnreachable) {

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
+
 #include "tests/fakes/FailingNew.h"
 #include "tests/unit/agent/notifications/Events.h"
 
@@ -10,7 +12,10 @@ namespace {
 using agent::EventQueue;
 using agent::Gap;
 using agent::Notification;
-using notification_tests::Texts;
+using notification_tests::Delivered;
+using notification_tests::Deliveries;
+using notification_tests::event;
+using notification_tests::gap;
 
 constexpr std::size_t kNoLimit = 1000;
 
@@ -21,32 +26,31 @@ void push(EventQueue& queue, std::uint64_t first, std::uint64_t last) {
   }
 }
 
-std::string next(EventQueue& queue) {
+std::optional<Delivered> next(EventQueue& queue) {
   const auto delivery = queue.take();
   if (!delivery) {
-    return "empty";
+    return std::nullopt;
   }
   if (const auto* const lost = std::get_if<Gap>(&*delivery)) {
-    return "lost " + std::to_string(lost->first) + "-" + std::to_string(lost->last) + " " +
-           std::to_string(lost->count);
+    return Delivered{0, *lost};
   }
-  return std::to_string(std::get<Notification>(*delivery).id);
+  return event(std::get<Notification>(*delivery).id);
 }
 
-Texts drain(EventQueue& queue) {
-  Texts all;
+Deliveries drain(EventQueue& queue) {
+  Deliveries all;
   while (!queue.empty()) {
-    all.push_back(next(queue));
+    all.push_back(next(queue).value_or(Delivered()));
   }
   return all;
 }
 
 TEST(EventQueue, ReturnsNotificationsInOrder) {
   EventQueue queue({3, kNoLimit});
-  EXPECT_EQ("empty", next(queue));
+  EXPECT_FALSE(next(queue));
   push(queue, 1, 3);
   EXPECT_EQ(3U, queue.size());
-  EXPECT_EQ((Texts{"1", "2", "3"}), drain(queue));
+  EXPECT_EQ((Deliveries{event(1), event(2), event(3)}), drain(queue));
   EXPECT_EQ(0U, queue.size());
   EXPECT_EQ(0U, queue.evicted());
 }
@@ -56,16 +60,16 @@ TEST(EventQueue, ReplacesTheOldestNotificationsByAGap) {
   push(queue, 1, 10);
   EXPECT_EQ(3U, queue.size());
   EXPECT_EQ(7U, queue.evicted());
-  EXPECT_EQ((Texts{"lost 1-7 7", "8", "9", "10"}), drain(queue));
+  EXPECT_EQ((Deliveries{gap(1, 7, 7), event(8), event(9), event(10)}), drain(queue));
 }
 
 TEST(EventQueue, MergesEvictionsUntilTheGapIsTaken) {
   EventQueue queue({2, kNoLimit});
   push(queue, 1, 3);
   push(queue, 4, 4);
-  EXPECT_EQ("lost 1-2 2", next(queue));
+  EXPECT_EQ(gap(1, 2, 2), next(queue));
   push(queue, 5, 5);
-  EXPECT_EQ((Texts{"lost 3-3 1", "4", "5"}), drain(queue));
+  EXPECT_EQ((Deliveries{gap(3, 3, 1), event(4), event(5)}), drain(queue));
   EXPECT_EQ(3U, queue.evicted());
 }
 
@@ -74,24 +78,24 @@ TEST(EventQueue, SpansUnusedIdsWithAGap) {
   push(queue, 3, 3);
   push(queue, 9, 9);
   push(queue, 20, 20);
-  EXPECT_EQ((Texts{"lost 3-9 2", "20"}), drain(queue));
+  EXPECT_EQ((Deliveries{gap(3, 9, 2), event(20)}), drain(queue));
 }
 
 TEST(EventQueue, HoldsAtLeastOneNotification) {
   EventQueue queue({0, kNoLimit});
   push(queue, 1, 2);
-  EXPECT_EQ((Texts{"lost 1-1 1", "2"}), drain(queue));
+  EXPECT_EQ((Deliveries{gap(1, 1, 1), event(2)}), drain(queue));
 }
 
 TEST(EventQueue, MergesAReturnedGapWithLaterEvictions) {
   EventQueue queue({1, kNoLimit});
   push(queue, 1, 2);
-  EXPECT_EQ("lost 1-1 1", next(queue));
+  EXPECT_EQ(gap(1, 1, 1), next(queue));
   queue.returnGap({1, 1, 1});
-  EXPECT_EQ("lost 1-1 1", next(queue));
+  EXPECT_EQ(gap(1, 1, 1), next(queue));
   push(queue, 3, 4);
   queue.returnGap({1, 1, 1});
-  EXPECT_EQ((Texts{"lost 1-3 3", "4"}), drain(queue));
+  EXPECT_EQ((Deliveries{gap(1, 3, 3), event(4)}), drain(queue));
 }
 
 TEST(EventQueue, KeepsReportedGapsInOrder) {
@@ -100,10 +104,10 @@ TEST(EventQueue, KeepsReportedGapsInOrder) {
   queue.reportGap({3, 3, 1});
   queue.reportGap({3, 3, 1});
   push(queue, 4, 4);
-  EXPECT_EQ((Texts{"1", "2", "lost 3-3 2", "4"}), drain(queue));
+  EXPECT_EQ((Deliveries{event(1), event(2), gap(3, 3, 2), event(4)}), drain(queue));
   queue.reportGap({5, 5, 1});
   EXPECT_FALSE(queue.empty());
-  EXPECT_EQ((Texts{"lost 5-5 1"}), drain(queue));
+  EXPECT_EQ((Deliveries{gap(5, 5, 1)}), drain(queue));
 }
 
 TEST(EventQueue, MergesConsecutiveReportedGaps) {
@@ -111,7 +115,7 @@ TEST(EventQueue, MergesConsecutiveReportedGaps) {
   push(queue, 1, 2);
   queue.reportGap({3, 3, 1});
   queue.reportGap({4, 6, 3});
-  EXPECT_EQ((Texts{"1", "2", "lost 3-6 4"}), drain(queue));
+  EXPECT_EQ((Deliveries{event(1), event(2), gap(3, 6, 4)}), drain(queue));
 }
 
 TEST(EventQueue, MergesReportedGapsWithEvictions) {
@@ -119,11 +123,11 @@ TEST(EventQueue, MergesReportedGapsWithEvictions) {
   push(queue, 1, 1);
   queue.reportGap({2, 2, 5});
   push(queue, 3, 4);
-  EXPECT_EQ((Texts{"lost 1-2 6", "3", "4"}), drain(queue));
+  EXPECT_EQ((Deliveries{gap(1, 2, 6), event(3), event(4)}), drain(queue));
   push(queue, 5, 5);
   queue.reportGap({6, 6, 5});
   push(queue, 7, 9);
-  EXPECT_EQ((Texts{"lost 5-7 7", "8", "9"}), drain(queue));
+  EXPECT_EQ((Deliveries{gap(5, 7, 7), event(8), event(9)}), drain(queue));
   EXPECT_EQ(3U, queue.evicted());
 }
 
@@ -131,7 +135,7 @@ TEST(EventQueue, HasAnUnknownCountAfterAnUnknownGap) {
   EventQueue queue({1, kNoLimit});
   queue.reportGap({1, 10, 0});
   push(queue, 11, 12);
-  EXPECT_EQ((Texts{"lost 1-11 0", "12"}), drain(queue));
+  EXPECT_EQ((Deliveries{gap(1, 11, 0), event(12)}), drain(queue));
 }
 
 TEST(EventQueue, EvictsTheOldestNotificationsUntilTheBytesFit) {
@@ -143,7 +147,7 @@ TEST(EventQueue, EvictsTheOldestNotificationsUntilTheBytesFit) {
   queue.push({6, nullptr, 3});
   EXPECT_EQ(10U, queue.bytes());
   EXPECT_EQ(3U, queue.evicted());
-  EXPECT_EQ((Texts{"lost 1-3 3", "4", "5", "6"}), drain(queue));
+  EXPECT_EQ((Deliveries{gap(1, 3, 3), event(4), event(5), event(6)}), drain(queue));
   EXPECT_EQ(0U, queue.bytes());
 }
 
@@ -154,9 +158,9 @@ TEST(EventQueue, ReplacesAnOversizedNotificationByAGap) {
   push(queue, 4, 4);
   EXPECT_EQ(3U, queue.bytes());
   EXPECT_EQ(1U, queue.evicted());
-  EXPECT_EQ((Texts{"1", "2", "lost 3-3 1", "4"}), drain(queue));
+  EXPECT_EQ((Deliveries{event(1), event(2), gap(3, 3, 1), event(4)}), drain(queue));
   queue.push({5, nullptr, 10});
-  EXPECT_EQ((Texts{"5"}), drain(queue));
+  EXPECT_EQ((Deliveries{event(5)}), drain(queue));
 }
 
 TEST(EventQueue, BecomesOneGapWhenMemoryIsShort) {
@@ -174,8 +178,7 @@ TEST(EventQueue, BecomesOneGapWhenMemoryIsShort) {
   EXPECT_EQ(0U, queue.bytes());
   EXPECT_EQ(id - 1, queue.evicted());
   push(queue, id + 1, id + 1);
-  const std::string count = std::to_string(id);
-  EXPECT_EQ((Texts{"lost 1-" + count + " " + count, std::to_string(id + 1)}), drain(queue));
+  EXPECT_EQ((Deliveries{gap(1, id, id), event(id + 1)}), drain(queue));
 }
 
 TEST(EventQueue, KeepsAGapWhenMemoryIsShort) {
@@ -189,7 +192,7 @@ TEST(EventQueue, KeepsAGapWhenMemoryIsShort) {
       queue.reportGap({id, id, 0});
     }
   }
-  EXPECT_EQ((Texts{"lost 1-" + std::to_string(id) + " 0"}), drain(queue));
+  EXPECT_EQ((Deliveries{gap(1, id, 0)}), drain(queue));
 }
 
 TEST(EventQueue, IsEmptyAfterClear) {
@@ -200,7 +203,7 @@ TEST(EventQueue, IsEmptyAfterClear) {
   EXPECT_EQ(0U, queue.size());
   EXPECT_EQ(0U, queue.bytes());
   push(queue, 6, 7);
-  EXPECT_EQ((Texts{"6", "7"}), drain(queue));
+  EXPECT_EQ((Deliveries{event(6), event(7)}), drain(queue));
 }
 
 }  // namespace

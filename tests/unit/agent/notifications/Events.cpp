@@ -1,5 +1,6 @@
 #include "tests/unit/agent/notifications/Events.h"
 
+#include <cstdlib>
 #include <ostream>
 
 #include "idl/NotificationLayout.h"
@@ -55,7 +56,8 @@ std::string valueOf(const CORBA::Any& value) {
   return code->kind() == CORBA::tk_null ? "nothing" : "something else";
 }
 
-std::string field(const CosNotification::StructuredEvent& event, const char* name) {
+// The number in a field, which is a text or an unsigned long long. 0 without such a field.
+std::uint64_t numberIn(const CosNotification::StructuredEvent& event, const char* name) {
   for (CORBA::ULong i = 0; i < event.filterable_data.length(); ++i) {
     const char* text = nullptr;
     CORBA::ULongLong number = 0;
@@ -64,13 +66,13 @@ std::string field(const CosNotification::StructuredEvent& event, const char* nam
       continue;
     }
     if (property.value >>= text) {
-      return text;
+      return std::strtoull(text, nullptr, 10);
     }
     if (property.value >>= number) {
-      return std::to_string(number);
+      return number;
     }
   }
-  return "none";
+  return 0;
 }
 
 }  // namespace
@@ -88,13 +90,36 @@ Texts linesOf(const CosNotification::StructuredEvent& event) {
   return lines;
 }
 
-std::string briefly(const CosNotification::StructuredEvent& event) {
-  namespace layout = notification_layout;
-  if (std::string(layout::kEventsLost) != event.header.fixed_header.event_type.type_name.in()) {
-    return field(event, layout::kNotificationId);
+bool operator==(const Delivered& left, const Delivered& right) {
+  return left.id == right.id && left.gap.first == right.gap.first &&
+         left.gap.last == right.gap.last && left.gap.count == right.gap.count;
+}
+
+void PrintTo(const Delivered& delivered, std::ostream* out) {
+  if (delivered.id != 0) {
+    *out << "event " << delivered.id;
+  } else {
+    *out << "gap from " << delivered.gap.first << " to " << delivered.gap.last << ", count "
+         << delivered.gap.count;
   }
-  return "lost " + field(event, layout::kFirstLostId) + "-" + field(event, layout::kLastLostId) +
-         " " + field(event, layout::kLostCount);
+}
+
+Delivered event(std::uint64_t id) {
+  return {id, {}};
+}
+
+Delivered gap(std::uint64_t first, std::uint64_t last, std::uint64_t count) {
+  return {0, {first, last, count}};
+}
+
+Delivered deliveredBy(const CosNotification::StructuredEvent& structured) {
+  namespace layout = notification_layout;
+  if (std::string(layout::kEventsLost) !=
+      structured.header.fixed_header.event_type.type_name.in()) {
+    return event(numberIn(structured, layout::kNotificationId));
+  }
+  return gap(numberIn(structured, layout::kFirstLostId), numberIn(structured, layout::kLastLostId),
+             numberIn(structured, layout::kLostCount));
 }
 
 globaldefs::NVSList_T objectName(const char* objectClass, const char* id) {
@@ -115,8 +140,8 @@ notifications::NVList_T attribute(const char* name, const char* value) {
   return attributes;
 }
 
-std::string idOf(std::uint64_t change, std::uint64_t position) {
-  return std::to_string(change << 20 | position);
+std::uint64_t idOf(std::uint64_t change, std::uint64_t position) {
+  return change << 20 | position;
 }
 
 agent::EventTime someTime() {
@@ -158,23 +183,6 @@ void Gate::open() {
 bool Gate::wait() {
   std::unique_lock<std::mutex> lock(mutex_);
   return opened_.wait_for(lock, kPatience, [this] { return open_; });
-}
-
-void Record::add(const std::string& text) {
-  const std::lock_guard<std::mutex> lock(mutex_);
-  texts_.push_back(text);
-  added_.notify_all();
-}
-
-Texts Record::waitFor(std::size_t count) {
-  std::unique_lock<std::mutex> lock(mutex_);
-  added_.wait_for(lock, kPatience, [&] { return texts_.size() >= count; });
-  return texts_;
-}
-
-Texts Record::all() {
-  const std::lock_guard<std::mutex> lock(mutex_);
-  return texts_;
 }
 
 bool eventually(const std::function<bool()>& condition) {

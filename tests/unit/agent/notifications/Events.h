@@ -10,8 +10,10 @@
 #include <iosfwd>
 #include <mutex>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "agent/notifications/Gap.h"
 #include "agent/notifications/StructuredEvents.h"
 #include "orb/idl/TopoAgent.h"
 #include "orb/idl/globaldefs.h"
@@ -28,16 +30,29 @@ constexpr std::chrono::seconds kPatience{20};
 // The whole event: a line for the header, a line for each field, and "body TYPE".
 Texts linesOf(const CosNotification::StructuredEvent& event);
 
-// "5" for notification 5, "lost 6-9 4" for a gap of four notifications.
-std::string briefly(const CosNotification::StructuredEvent& event);
+// An event of a receiver: a notification or a gap report.
+struct Delivered {
+  std::uint64_t id = 0;  // of a notification; 0 for a gap report
+  agent::Gap gap;        // of a gap report
+};
+using Deliveries = std::vector<Delivered>;
+bool operator==(const Delivered& left, const Delivered& right);
+void PrintTo(const Delivered& delivered, std::ostream* out);
+
+// Expected events.
+Delivered event(std::uint64_t id);
+Delivered gap(std::uint64_t first, std::uint64_t last, std::uint64_t count);
+
+// The id or the gap of a structured event.
+Delivered deliveredBy(const CosNotification::StructuredEvent& event);
 
 // {EMS=E, CLASS=id}.
 globaldefs::NVSList_T objectName(const char* objectClass, const char* id);
 
 notifications::NVList_T attribute(const char* name, const char* value);
 
-// The id of a notification as a text.
-std::string idOf(std::uint64_t change, std::uint64_t position);
+// The id of a notification.
+std::uint64_t idOf(std::uint64_t change, std::uint64_t position);
 
 // 2024-02-29 23:59:58.76 UTC.
 agent::EventTime someTime();
@@ -84,18 +99,32 @@ class Gate {
   bool open_ = false;
 };
 
-// A list of texts. Thread-safety: any thread.
+// A list of entries. Thread-safety: any thread.
+template <typename Entry>
 class Record {
  public:
-  void add(const std::string& text);
-  // Waits for so many texts, for kPatience at most, and returns all texts.
-  Texts waitFor(std::size_t count);
-  Texts all();
+  void add(Entry entry) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    entries_.push_back(std::move(entry));
+    added_.notify_all();
+  }
+
+  // Waits for so many entries, for kPatience at most, and returns all entries.
+  std::vector<Entry> waitFor(std::size_t count) {
+    std::unique_lock<std::mutex> lock(mutex_);
+    added_.wait_for(lock, kPatience, [&] { return entries_.size() >= count; });
+    return entries_;
+  }
+
+  std::vector<Entry> all() {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return entries_;
+  }
 
  private:
   std::mutex mutex_;
   std::condition_variable added_;
-  Texts texts_;
+  std::vector<Entry> entries_;  // guarded by mutex_
 };
 
 // Waits until the condition is true. Returns false after kPatience.

@@ -1,5 +1,6 @@
 #include "tests/unit/agent/notifications/FakeChannel.h"
 
+#include <ostream>
 #include <utility>
 
 #include "orb/notification.h"
@@ -9,17 +10,17 @@ namespace {
 
 class Proxy final : public POA_CosEventChannelAdmin::ProxyPushConsumer {
  public:
-  Proxy(FakeChannel& channel, std::string name) : channel_(channel), name_(std::move(name)) {}
+  Proxy(FakeChannel& channel, std::uint64_t number) : channel_(channel), number_(number) {}
 
   void connect_push_supplier(CosEventComm::PushSupplier_ptr /*supplier*/) override {
-    channel_.record.add("connect " + name_);
+    channel_.record.add(connected(number_));
   }
-  void push(const CORBA::Any& event) override { channel_.pushed(name_, event); }
-  void disconnect_push_consumer() override { channel_.record.add("disconnect " + name_); }
+  void push(const CORBA::Any& event) override { channel_.push(number_, event); }
+  void disconnect_push_consumer() override { channel_.record.add(disconnected(number_)); }
 
  private:
   FakeChannel& channel_;
-  const std::string name_;
+  const std::uint64_t number_;
 };
 
 class Admin final : public POA_CosEventChannelAdmin::SupplierAdmin {
@@ -52,6 +53,32 @@ class Channel final : public POA_CosEventChannelAdmin::EventChannel {
 };
 
 }  // namespace
+
+bool operator==(const ProxyCall& left, const ProxyCall& right) {
+  return left.kind == right.kind && left.proxy == right.proxy && left.event == right.event;
+}
+
+void PrintTo(const ProxyCall& call, std::ostream* out) {
+  *out << "proxy " << call.proxy << ": ";
+  if (call.kind == ProxyCall::kPush) {
+    *out << "push ";
+    PrintTo(call.event, out);
+  } else {
+    *out << (call.kind == ProxyCall::kConnect ? "connect" : "disconnect");
+  }
+}
+
+ProxyCall connected(std::uint64_t proxy) {
+  return {ProxyCall::kConnect, proxy, {}};
+}
+
+ProxyCall pushed(std::uint64_t proxy, const Delivered& event) {
+  return {ProxyCall::kPush, proxy, event};
+}
+
+ProxyCall disconnected(std::uint64_t proxy) {
+  return {ProxyCall::kDisconnect, proxy, {}};
+}
 
 FakeChannel::FakeChannel(PortableServer::POA_ptr poa)
     : poa_(PortableServer::POA::_duplicate(poa)), servant_(new Channel(*this)) {
@@ -117,7 +144,7 @@ void FakeChannel::useProxyOnce(const std::string& reference, CORBA::ORB_ptr orb)
 }
 
 CosEventChannelAdmin::ProxyPushConsumer_ptr FakeChannel::makeProxy() {
-  std::string name;
+  std::uint64_t number = 0;
   {
     const std::lock_guard<std::mutex> lock(mutex_);
     if (foreignOnce_) {
@@ -127,9 +154,9 @@ CosEventChannelAdmin::ProxyPushConsumer_ptr FakeChannel::makeProxy() {
     if (!CORBA::is_nil(foreign_)) {
       return CosEventChannelAdmin::ProxyPushConsumer::_duplicate(foreign_);
     }
-    name = std::to_string(++lastProxy_);
+    number = ++lastProxy_;
   }
-  const PortableServer::ServantBase_var proxy = new Proxy(*this, name);
+  const PortableServer::ServantBase_var proxy = new Proxy(*this, number);
   const PortableServer::ObjectId_var id = poa_->activate_object(proxy.in());
   {
     const std::lock_guard<std::mutex> lock(mutex_);
@@ -139,17 +166,17 @@ CosEventChannelAdmin::ProxyPushConsumer_ptr FakeChannel::makeProxy() {
   return CosEventChannelAdmin::ProxyPushConsumer::_narrow(reference);
 }
 
-void FakeChannel::pushed(const std::string& proxy, const CORBA::Any& event) {
+void FakeChannel::push(std::uint64_t proxy, const CORBA::Any& event) {
   const CosNotification::StructuredEvent* content = nullptr;
-  const std::string text = (event >>= content) ? briefly(*content) : "something else";
-  record.add(proxy + ": " + text);
+  const Delivered delivered = (event >>= content) ? deliveredBy(*content) : Delivered();
+  record.add(pushed(proxy, delivered));
   Hook hook;
   {
     const std::lock_guard<std::mutex> lock(mutex_);
     hook = hook_;
   }
   if (hook) {
-    hook(text);
+    hook(delivered);
   }
 }
 

@@ -3,7 +3,9 @@
 #ifndef UNIT_AGENT_NOTIFICATIONS_FAKECHANNEL_H
 #define UNIT_AGENT_NOTIFICATIONS_FAKECHANNEL_H
 
+#include <cstdint>
 #include <functional>
+#include <iosfwd>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -14,11 +16,28 @@
 
 namespace notification_tests {
 
+// A call of a proxy of the channel.
+struct ProxyCall {
+  enum Kind { kConnect, kPush, kDisconnect };
+
+  Kind kind;
+  std::uint64_t proxy;  // counts from 1
+  Delivered event;      // of a push
+};
+using ProxyCalls = std::vector<ProxyCall>;
+bool operator==(const ProxyCall& left, const ProxyCall& right);
+void PrintTo(const ProxyCall& call, std::ostream* out);
+
+// Expected calls.
+ProxyCall connected(std::uint64_t proxy);
+ProxyCall pushed(std::uint64_t proxy, const Delivered& event);
+ProxyCall disconnected(std::uint64_t proxy);
+
 // Thread-safety: any thread, except useAdmin. The objects of the channel borrow the FakeChannel,
 // which outlives their requests.
 class FakeChannel {
  public:
-  using Hook = std::function<void(const std::string& event)>;
+  using Hook = std::function<void(const Delivered& event)>;
 
   // Serves the objects of the channel on this POA.
   explicit FakeChannel(PortableServer::POA_ptr poa);
@@ -48,13 +67,13 @@ class FakeChannel {
   // Sets a hook that is called during a push, after the record.
   void onPush(Hook hook);
 
-  // "connect N", "N: EVENT", "disconnect N", where N counts proxies from 1.
-  Record record;
+  // An entry for each call of a proxy.
+  Record<ProxyCall> record;
 
   // Called by the objects of the channel.
   CosEventChannelAdmin::SupplierAdmin_ptr admin();
   CosEventChannelAdmin::ProxyPushConsumer_ptr makeProxy();
-  void pushed(const std::string& proxy, const CORBA::Any& event);
+  void push(std::uint64_t proxy, const CORBA::Any& event);
 
  private:
   CORBA::Object_ptr activate(PortableServer::ServantBase* servant);
@@ -66,7 +85,7 @@ class FakeChannel {
   std::mutex mutex_;
   // Guarded by mutex_.
   std::vector<PortableServer::ObjectId> proxies_;
-  std::size_t lastProxy_ = 0;
+  std::uint64_t lastProxy_ = 0;
   Hook hook_;
   CosEventChannelAdmin::ProxyPushConsumer_var foreign_;
   bool foreignOnce_ = false;

@@ -27,8 +27,8 @@ class FakeNames final : public support::ResolvingNames {
   }
 
   // The reference and the name of each resolve.
-  Record resolved;
-  Record asked;
+  Record<std::string> resolved;
+  Record<std::string> asked;
 
   CORBA::Object_ptr resolve_str(const char* name) override {
     asked.add(name);

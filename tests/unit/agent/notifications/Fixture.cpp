@@ -22,7 +22,7 @@ Refusal capacityExceeded(const std::string& reason) {
 }
 
 void Consumer::push_structured_event(const CosNotification::StructuredEvent& event) {
-  received.add(briefly(event));
+  received.add(deliveredBy(event));
   if (hook_) {
     hook_(event);
   }

@@ -29,8 +29,7 @@ class Consumer final : public POA_CosNotifyComm::StructuredPushConsumer {
   void offer_change(const CosNotification::EventTypeSeq& added,
                     const CosNotification::EventTypeSeq& removed) override;
 
-  // A text for each event, as of briefly().
-  Record received;
+  Record<Delivered> received;
 
  private:
   const Hook hook_;
@@ -54,7 +53,7 @@ struct ServedConsumer {
   Consumer* servant = nullptr;
   CosNotifyComm::StructuredPushConsumer_var reference;
 
-  Record& received() { return servant->received; }
+  Record<Delivered>& received() { return servant->received; }
 };
 
 class NotifierFixture : public testing::Test {

@@ -4,18 +4,17 @@
 
 #include <vector>
 
+#include "tests/unit/agent/notifications/Events.h"
+
 namespace {
 
 using agent::Gap;
 using agent::IdSequence;
+using notification_tests::idOf;
 
 using Ids = std::vector<std::uint64_t>;
 
 constexpr std::uint64_t kNoChange = IdSequence::kNoChange;
-
-std::uint64_t idOf(std::uint64_t change, std::uint64_t position) {
-  return change << 20 | position;
-}
 
 // Takes an id for one notification of each change.
 Ids take(IdSequence& sequence, const std::vector<std::uint64_t>& changes) {

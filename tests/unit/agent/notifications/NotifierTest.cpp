@@ -21,7 +21,7 @@ class Notifiers : public NotifierFixture {
  protected:
   // Subscribes a consumer with this last id, publishes one notification, and returns the first
   // events of the consumer.
-  Texts afterSubscribingWith(const std::string& last, std::size_t count) {
+  Deliveries afterSubscribingWith(const std::string& last, std::size_t count) {
     ServedConsumer consumer = makeConsumer();
     subscribe(consumer, last);
     publish(1);
@@ -31,7 +31,7 @@ class Notifiers : public NotifierFixture {
 
 TEST_F(Notifiers, SendEachKindOfNotification) {
   start();
-  Record types;
+  Record<std::string> types;
   ServedConsumer consumer = makeConsumer([&](const CosNotification::StructuredEvent& event) {
     const Texts lines = linesOf(event);
     types.add(lines.front() + " " + lines.at(2) + ", " + lines.at(6) + ", " + lines.back());
@@ -52,7 +52,7 @@ TEST_F(Notifiers, SendEachKindOfNotification) {
           "tmf_mtnm NT_ATTRIBUTE_VALUE_CHANGE '' 0 " + object + "boolean true, body nothing",
           "tmf_mtnm NT_ATTRIBUTE_VALUE_CHANGE '' 0 " + object + "boolean false, body string text"}),
       types.waitFor(4));
-  EXPECT_EQ((Texts{"1", "2", "3", "4"}), consumer.received().all());
+  EXPECT_EQ((Deliveries{event(1), event(2), event(3), event(4)}), consumer.received().all());
   notifier_.reset();
 }
 
@@ -65,7 +65,7 @@ TEST(NotifierOptions, HaveTheDocumentedDefaults) {
 TEST_F(Notifiers, StampNotificationsWithTheTimeOfTheClock) {
   start();
   publish(1);
-  Record times;
+  Record<std::string> times;
   ServedConsumer consumer = makeConsumer(
       [&](const CosNotification::StructuredEvent& event) { times.add(linesOf(event).at(4)); });
   subscribe(consumer, "0");
@@ -105,9 +105,9 @@ TEST_F(Notifiers, DeliverOneOrderToAllSubscribersOfConcurrentNotifications) {
   for (std::thread& thread : threads) {
     thread.join();
   }
-  Texts wanted;
-  for (int id = 1; id <= 2000; ++id) {
-    wanted.push_back(std::to_string(id));
+  Deliveries wanted;
+  for (std::uint64_t id = 1; id <= 2000; ++id) {
+    wanted.push_back(event(id));
   }
   EXPECT_EQ(wanted, one.received().waitFor(wanted.size()));
   EXPECT_EQ(wanted, other.received().waitFor(wanted.size()));
@@ -123,8 +123,9 @@ TEST_F(Notifiers, MakeIdsOfChangeNumberAndPosition) {
   publish(1);
   change_ = 5;
   publish(1);
-  EXPECT_EQ((Texts{idOf(5, 1), idOf(5, 2), idOf(6, 1), idOf(6, 2)}),
-            consumer.received().waitFor(4));
+  EXPECT_EQ(
+      (Deliveries{event(idOf(5, 1)), event(idOf(5, 2)), event(idOf(6, 1)), event(idOf(6, 2))}),
+      consumer.received().waitFor(4));
 }
 
 TEST_F(Notifiers, NeverRepeatAnIdAfterARestart) {
@@ -134,38 +135,38 @@ TEST_F(Notifiers, NeverRepeatAnIdAfterARestart) {
   ServedConsumer consumer = makeConsumer();
   subscribe(consumer);
   publish(2);
-  EXPECT_EQ((Texts{idOf(1, 1), idOf(1, 2)}), consumer.received().waitFor(2));
+  EXPECT_EQ((Deliveries{event(idOf(1, 1)), event(idOf(1, 2))}), consumer.received().waitFor(2));
 }
 
 TEST_F(Notifiers, ReportNoGapToANewSubscriber) {
   start();
   publish(3);
-  EXPECT_EQ((Texts{"4"}), afterSubscribingWith("", 1));
+  EXPECT_EQ((Deliveries{event(4)}), afterSubscribingWith("", 1));
 }
 
 TEST_F(Notifiers, ReportNoGapSinceTheLastId) {
   start();
-  EXPECT_EQ((Texts{"1"}), afterSubscribingWith("0", 1));
+  EXPECT_EQ((Deliveries{event(1)}), afterSubscribingWith("0", 1));
   publish(2);
-  EXPECT_EQ((Texts{"4"}), afterSubscribingWith("3", 1));
+  EXPECT_EQ((Deliveries{event(4)}), afterSubscribingWith("3", 1));
 }
 
 TEST_F(Notifiers, ReportTheGapSinceTheLastNotificationId) {
   start();
   publish(5);
-  EXPECT_EQ((Texts{"lost 3-5 3", "6"}), afterSubscribingWith("2", 2));
-  EXPECT_EQ((Texts{"lost 1-6 6", "7"}), afterSubscribingWith("0", 2));
+  EXPECT_EQ((Deliveries{gap(3, 5, 3), event(6)}), afterSubscribingWith("2", 2));
+  EXPECT_EQ((Deliveries{gap(1, 6, 6), event(7)}), afterSubscribingWith("0", 2));
 }
 
 TEST_F(Notifiers, ReportAnUnknownCountSinceAnIdOfAnEarlierRun) {
   start();
   publish(5);
   restart();
-  EXPECT_EQ((Texts{"lost 6-" + idOf(1, 0) + " 0", idOf(1, 1)}), afterSubscribingWith("5", 2));
-  EXPECT_EQ((Texts{"lost " + idOf(1, 0) + "-" + idOf(1, 1) + " 0", idOf(1, 2)}),
+  EXPECT_EQ((Deliveries{gap(6, idOf(1, 0), 0), event(idOf(1, 1))}), afterSubscribingWith("5", 2));
+  EXPECT_EQ((Deliveries{gap(idOf(1, 0), idOf(1, 1), 0), event(idOf(1, 2))}),
             afterSubscribingWith(std::to_string((1 << 20) - 1), 2));
-  EXPECT_EQ((Texts{"lost " + idOf(1, 1) + "-" + idOf(1, 2) + " 2", idOf(1, 3)}),
-            afterSubscribingWith(idOf(1, 0), 2));
+  EXPECT_EQ((Deliveries{gap(idOf(1, 1), idOf(1, 2), 2), event(idOf(1, 3))}),
+            afterSubscribingWith(std::to_string(idOf(1, 0)), 2));
 }
 
 // The gap report covers the notifications up to the subscription; the next event follows.
@@ -177,12 +178,10 @@ TEST_F(Notifiers, LoseNothingBetweenTheGapAndTheFirstNotification) {
     ServedConsumer consumer = makeConsumer();
     const auto subscription = subscribe(consumer, "0");
     publish(1);
-    const Texts texts = consumer.received().waitFor(2);
-    const std::string& lost = texts.at(0);
-    const std::size_t dash = lost.find('-');
-    const std::uint64_t last = std::stoull(lost.substr(dash + 1));
-    EXPECT_EQ("lost 1-" + std::to_string(last) + " " + std::to_string(last), lost);
-    EXPECT_EQ(std::to_string(last + 1), texts.at(1));
+    const Deliveries received = consumer.received().waitFor(2);
+    const std::uint64_t last = received.at(0).gap.last;
+    EXPECT_EQ(gap(1, last, last), received.at(0));
+    EXPECT_EQ(event(last + 1), received.at(1));
     subscription->unsubscribe();
   }
   publisher.join();
@@ -260,7 +259,8 @@ TEST_F(Notifiers, EvictTheOldestNotificationsBeyondTheLimitOfBytes) {
   testing::internal::GetCapturedStderr();
   EXPECT_EQ((ReceiverStates{subscriber(Queued{2}, Sent{0}, Lost{3})}), receivers());
   gate.open();
-  EXPECT_EQ((Texts{"1", "lost 2-3 2", "4", "lost 5-5 1"}), consumer.received().waitFor(4));
+  EXPECT_EQ((Deliveries{event(1), gap(2, 3, 2), event(4), gap(5, 5, 1)}),
+            consumer.received().waitFor(4));
   notifier_.reset();
 }
 
@@ -270,7 +270,7 @@ TEST_F(Notifiers, SendTwiceToAConsumerThatSubscribesTwice) {
   subscribe(consumer);
   subscribe(consumer);
   publish(1);
-  EXPECT_EQ((Texts{"1", "1"}), consumer.received().waitFor(2));
+  EXPECT_EQ((Deliveries{event(1), event(1)}), consumer.received().waitFor(2));
 }
 
 TEST_F(Notifiers, ReportAGapForNotificationsWithoutAnIdOfTheirChange) {
@@ -286,8 +286,9 @@ TEST_F(Notifiers, ReportAGapForNotificationsWithoutAnIdOfTheirChange) {
   publish(1);
   change_ = 1;
   publish(1);
-  EXPECT_EQ((Texts{"1", "2", "3", "lost 4-4 1", "lost 4-4 1", idOf(1, 1)}),
-            consumer.received().waitFor(6));
+  EXPECT_EQ(
+      (Deliveries{event(1), event(2), event(3), gap(4, 4, 1), gap(4, 4, 1), event(idOf(1, 1))}),
+      consumer.received().waitFor(6));
   EXPECT_EQ((ReceiverStates{subscriber(Queued{0}, Sent{4}, Lost{2})}), receivers());
   EXPECT_EQ(4U, notifier_->status().notifications);
   const std::string log = testing::internal::GetCapturedStderr();
@@ -310,7 +311,7 @@ TEST_F(Notifiers, ReportAGapForANotificationWithoutMemory) {
   failing = true;
   EXPECT_THROW(publish(1), std::bad_alloc);
   publish(1);
-  EXPECT_EQ((Texts{"1", "lost 2-2 1", "3"}), consumer.received().waitFor(3));
+  EXPECT_EQ((Deliveries{event(1), gap(2, 2, 1), event(3)}), consumer.received().waitFor(3));
   EXPECT_EQ(2U, notifier_->status().notifications);
   notifier_.reset();
 }
@@ -324,11 +325,11 @@ TEST_F(Notifiers, ReportAnUnknownGapToAllReceivers) {
   publish(1);
   notifier_->reportGap();
   publish(1);
-  const Texts wanted{"1", "lost 2-2 0", "3"};
+  const Deliveries wanted{event(1), gap(2, 2, 0), event(3)};
   EXPECT_EQ(wanted, consumer.received().waitFor(3));
   EXPECT_EQ(wanted, other.received().waitFor(3));
   EXPECT_EQ(2U, notifier_->status().notifications);
-  EXPECT_EQ((Texts{"lost 2-3 0", "4"}), afterSubscribingWith("1", 2));
+  EXPECT_EQ((Deliveries{gap(2, 3, 0), event(4)}), afterSubscribingWith("1", 2));
 }
 
 TEST_F(Notifiers, FlushWaitsForQueuedNotifications) {
@@ -342,7 +343,7 @@ TEST_F(Notifiers, FlushWaitsForQueuedNotifications) {
   EXPECT_FALSE(notifier_->flush(std::chrono::milliseconds(1)));
   gate.open();
   EXPECT_TRUE(notifier_->flush(kPatience));
-  EXPECT_EQ((Texts{"1", "2"}), consumer.received().all());
+  EXPECT_EQ((Deliveries{event(1), event(2)}), consumer.received().all());
 }
 
 TEST_F(Notifiers, FlushWaitsForEveryReceiver) {
@@ -384,7 +385,7 @@ TEST_F(Sessions, Subscribe) {
   const TopoAgent::Subscription_I_var subscription =
       session_->subscribe(consumer.reference.in(), "1");
   publish(1);
-  EXPECT_EQ((Texts{"lost 2-2 1", "3"}), consumer.received().waitFor(2));
+  EXPECT_EQ((Deliveries{gap(2, 2, 1), event(3)}), consumer.received().waitFor(2));
   EXPECT_TRUE(isSubscribed(subscription));
   EXPECT_THROW(session_->subscribe(consumer.reference.in(), "x"),
                globaldefs::ProcessingFailureException);

@@ -5,10 +5,13 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <future>
-#include <map>
 #include <new>
 #include <optional>
+#include <ostream>
+#include <utility>
+#include <vector>
 
 #include "agent/base/Log.h"
 #include "tests/fakes/FailingNew.h"
@@ -32,6 +35,36 @@ const CallOutcome kFatal{CallOutcome::kFatal, "it is deleted"};
 // sink.
 const CallOutcome kStarves{CallOutcome::kRejected, "starves"};
 const CallOutcome kThrows{CallOutcome::kDone, "std::bad_alloc"};  // throws std::bad_alloc instead
+
+// A call of the sink.
+struct SinkCall {
+  enum Kind { kConnect, kPush, kCheck, kDisconnect };
+
+  Kind kind;
+  Delivered event;  // of a push
+};
+using SinkCalls = std::vector<SinkCall>;
+
+bool operator==(const SinkCall& left, const SinkCall& right) {
+  return left.kind == right.kind && left.event == right.event;
+}
+
+void PrintTo(const SinkCall& call, std::ostream* out) {
+  constexpr std::array<const char*, 4> kNames{"connect", "push ", "check", "disconnect"};
+  *out << kNames.at(call.kind);
+  if (call.kind == SinkCall::kPush) {
+    PrintTo(call.event, out);
+  }
+}
+
+// Expected calls.
+const SinkCall kConnectCall{SinkCall::kConnect, {}};
+const SinkCall kCheckCall{SinkCall::kCheck, {}};
+const SinkCall kDisconnectCall{SinkCall::kDisconnect, {}};
+
+SinkCall pushOf(const Delivered& event) {
+  return {SinkCall::kPush, event};
+}
 
 // The outcomes of the sink's calls, and a record of the calls. Thread-safety: any thread. Outlives
 // the receiver and its sink.
@@ -60,6 +93,15 @@ struct Script {
     checks = std::move(outcomes);
   }
 
+  // Waits if a test blocks the push of this event.
+  void waitForGate(const Delivered& event) {
+    for (const auto& [blocked, gate] : gates) {
+      if (blocked == event) {
+        gate->wait();
+      }
+    }
+  }
+
   bool isFinished() {
     const std::lock_guard<std::mutex> lock(mutex);
     return connects.empty() && pushes.empty() && checks.empty();
@@ -69,8 +111,8 @@ struct Script {
   std::vector<CallOutcome> connects;
   std::vector<CallOutcome> pushes;
   std::vector<CallOutcome> checks;
-  std::map<std::string, std::shared_ptr<Gate>> gates;  // of pushes that wait
-  Record record;                                       // every call
+  std::vector<std::pair<Delivered, std::shared_ptr<Gate>>> gates;  // of pushes that wait
+  Record<SinkCall> record;                                         // every call
 };
 
 class ScriptedSink final : public agent::NotificationSink {
@@ -79,18 +121,16 @@ class ScriptedSink final : public agent::NotificationSink {
 
   CallOutcome connect(const Stopping& /*stopping*/) override {
     starving_.reset();
-    script_.record.add("connect");
+    script_.record.add(kConnectCall);
     return script_.next(script_.connects);
   }
 
   CallOutcome push(const CosNotification::StructuredEvent& event,
                    const Stopping& /*stopping*/) override {
     starving_.reset();
-    const std::string text = briefly(event);
-    script_.record.add(text);
-    if (script_.gates.count(text) != 0) {
-      script_.gates[text]->wait();
-    }
+    const Delivered delivered = deliveredBy(event);
+    script_.record.add(pushOf(delivered));
+    script_.waitForGate(delivered);
     CallOutcome outcome = script_.next(script_.pushes);
     if (outcome.reason == kStarves.reason) {
       starving_.emplace(0);
@@ -99,11 +139,11 @@ class ScriptedSink final : public agent::NotificationSink {
   }
 
   CallOutcome check(const Stopping& /*stopping*/) override {
-    script_.record.add("check");
+    script_.record.add(kCheckCall);
     return script_.next(script_.checks);
   }
 
-  void disconnect() override { script_.record.add("disconnect"); }
+  void disconnect() override { script_.record.add(kDisconnectCall); }
 
  private:
   Script& script_;
@@ -149,7 +189,7 @@ class Receivers : public support::WithOrb {
   }
 
   // Stops the receiver, waits for its end and returns all calls to the sink.
-  Texts calls() {
+  SinkCalls calls() {
     receiver_->stop();
     receiver_->join();
     return script_.record.all();
@@ -169,8 +209,9 @@ class Receivers : public support::WithOrb {
     return downChannel(queued, sent, lost);
   }
 
-  std::shared_ptr<Gate> blockPush(const std::string& event) {
-    return script_.gates[event] = std::make_shared<Gate>();
+  std::shared_ptr<Gate> blockPush(const Delivered& event) {
+    script_.gates.emplace_back(event, std::make_shared<Gate>());
+    return script_.gates.back().second;
   }
 
   Script script_;
@@ -185,7 +226,9 @@ TEST_F(Receivers, SendNotificationsInOrder) {
   offer(1, 3);
   EXPECT_TRUE(drains());
   EXPECT_EQ(up(Queued{0}, Sent{3}, Lost{0}), status());
-  EXPECT_EQ((Texts{"connect", "1", "2", "3", "disconnect"}), calls());
+  EXPECT_EQ((SinkCalls{kConnectCall, pushOf(event(1)), pushOf(event(2)), pushOf(event(3)),
+                       kDisconnectCall}),
+            calls());
 }
 
 TEST_F(Receivers, SendNotificationsThatWereQueuedBeforeTheStart) {
@@ -196,11 +239,13 @@ TEST_F(Receivers, SendNotificationsThatWereQueuedBeforeTheStart) {
   receiver_->start();
   EXPECT_TRUE(drains());
   EXPECT_EQ(up(Queued{0}, Sent{2}, Lost{0}), status());
-  EXPECT_EQ((Texts{"connect", "lost 3-9 4", "10", "11", "disconnect"}), calls());
+  EXPECT_EQ((SinkCalls{kConnectCall, pushOf(gap(3, 9, 4)), pushOf(event(10)), pushOf(event(11)),
+                       kDisconnectCall}),
+            calls());
 }
 
 TEST_F(Receivers, SendAGapReportInThePlaceOfEvictedNotifications) {
-  const auto gate = blockPush("1");
+  const auto gate = blockPush(event(1));
   start();
   offer(1, 1);
   script_.record.waitFor(2);
@@ -209,11 +254,13 @@ TEST_F(Receivers, SendAGapReportInThePlaceOfEvictedNotifications) {
   gate->open();
   EXPECT_TRUE(drains());
   EXPECT_EQ(up(Queued{0}, Sent{4}, Lost{5}), status());
-  EXPECT_EQ((Texts{"connect", "1", "lost 2-6 5", "7", "8", "9", "disconnect"}), calls());
+  EXPECT_EQ((SinkCalls{kConnectCall, pushOf(event(1)), pushOf(gap(2, 6, 5)), pushOf(event(7)),
+                       pushOf(event(8)), pushOf(event(9)), kDisconnectCall}),
+            calls());
 }
 
 TEST_F(Receivers, DoNotCountAGapReportAsQueued) {
-  const auto gate = blockPush("lost 1-2 2");
+  const auto gate = blockPush(gap(1, 2, 2));
   make();
   offer(1, 5);
   receiver_->start();
@@ -223,8 +270,8 @@ TEST_F(Receivers, DoNotCountAGapReportAsQueued) {
 }
 
 TEST_F(Receivers, SendAnotherGapReportForEvictionsDuringAGapReport) {
-  const auto first = blockPush("1");
-  const auto second = blockPush("lost 2-2 1");
+  const auto first = blockPush(event(1));
+  const auto second = blockPush(gap(2, 2, 1));
   start();
   offer(1, 1);
   script_.record.waitFor(2);
@@ -234,7 +281,8 @@ TEST_F(Receivers, SendAnotherGapReportForEvictionsDuringAGapReport) {
   offer(6, 7);
   second->open();
   EXPECT_TRUE(drains());
-  EXPECT_EQ((Texts{"connect", "1", "lost 2-2 1", "lost 3-4 2", "5", "6", "7", "disconnect"}),
+  EXPECT_EQ((SinkCalls{kConnectCall, pushOf(event(1)), pushOf(gap(2, 2, 1)), pushOf(gap(3, 4, 2)),
+                       pushOf(event(5)), pushOf(event(6)), pushOf(event(7)), kDisconnectCall}),
             calls());
 }
 
@@ -247,7 +295,9 @@ TEST_F(Receivers, SendReportedGapsInOrder) {
   receiver_->start();
   EXPECT_TRUE(drains());
   EXPECT_EQ(up(Queued{0}, Sent{2}, Lost{2}), status());
-  EXPECT_EQ((Texts{"connect", "1", "lost 2-2 2", "3", "disconnect"}), calls());
+  EXPECT_EQ((SinkCalls{kConnectCall, pushOf(event(1)), pushOf(gap(2, 2, 2)), pushOf(event(3)),
+                       kDisconnectCall}),
+            calls());
 }
 
 TEST_F(Receivers, SendAReportedGapWithoutWaitingForANotification) {
@@ -256,7 +306,8 @@ TEST_F(Receivers, SendAReportedGapWithoutWaitingForANotification) {
   EXPECT_TRUE(drains());
   EXPECT_TRUE(eventually([this] { return waits_.present() == 1; }));
   receiver_->reportGap({2, 2, 1});
-  EXPECT_EQ((Texts{"connect", "1", "lost 2-2 1"}), script_.record.waitFor(3));
+  EXPECT_EQ((SinkCalls{kConnectCall, pushOf(event(1)), pushOf(gap(2, 2, 1))}),
+            script_.record.waitFor(3));
 }
 
 TEST_F(Receivers, RepeatAPushToAnUnavailableChannel) {
@@ -267,13 +318,14 @@ TEST_F(Receivers, RepeatAPushToAnUnavailableChannel) {
   offer(1, 3);
   receiver_->start();
   EXPECT_TRUE(eventually([this] { return status() == up(Queued{0}, Sent{3}, Lost{0}); }));
-  EXPECT_EQ((Texts{"connect", "1", "2", "connect", "connect", "connect", "2", "3", "disconnect"}),
+  EXPECT_EQ((SinkCalls{kConnectCall, pushOf(event(1)), pushOf(event(2)), kConnectCall, kConnectCall,
+                       kConnectCall, pushOf(event(2)), pushOf(event(3)), kDisconnectCall}),
             calls());
 }
 
 TEST_F(Receivers, MergeAnUndeliveredGapWithLaterEvictions) {
   settings_.isChannel = true;
-  const auto gate = blockPush("lost 1-2 2");
+  const auto gate = blockPush(gap(1, 2, 2));
   script_.pushes = {kUnavailable};
   make();
   offer(1, 5);
@@ -282,7 +334,8 @@ TEST_F(Receivers, MergeAnUndeliveredGapWithLaterEvictions) {
   offer(6, 6);
   gate->open();
   EXPECT_TRUE(eventually([this] { return status() == up(Queued{0}, Sent{3}, Lost{3}); }));
-  EXPECT_EQ((Texts{"connect", "lost 1-2 2", "connect", "lost 1-3 3", "4", "5", "6", "disconnect"}),
+  EXPECT_EQ((SinkCalls{kConnectCall, pushOf(gap(1, 2, 2)), kConnectCall, pushOf(gap(1, 3, 3)),
+                       pushOf(event(4)), pushOf(event(5)), pushOf(event(6)), kDisconnectCall}),
             calls());
 }
 
@@ -305,8 +358,10 @@ TEST_F(Receivers, DiscardANotificationAfterFiveRejections) {
   testing::internal::CaptureStderr();
   receiver_->start();
   EXPECT_TRUE(eventually([this] { return status() == up(Queued{0}, Sent{1}, Lost{1}); }));
-  EXPECT_EQ((Texts{"connect", "1", "connect", "1", "connect", "1", "connect", "1", "connect", "1",
-                   "connect", "1", "connect", "lost 1-1 1", "2", "disconnect"}),
+  EXPECT_EQ((SinkCalls{kConnectCall, pushOf(event(1)), kConnectCall, pushOf(event(1)), kConnectCall,
+                       pushOf(event(1)), kConnectCall, pushOf(event(1)), kConnectCall,
+                       pushOf(event(1)), kConnectCall, pushOf(event(1)), kConnectCall,
+                       pushOf(gap(1, 1, 1)), pushOf(event(2)), kDisconnectCall}),
             calls());
   EXPECT_NE(std::string::npos,
             testing::internal::GetCapturedStderr().find(
@@ -321,11 +376,11 @@ TEST_F(Receivers, DiscardAlsoTheGapReportOfADiscardedNotification) {
   testing::internal::CaptureStderr();
   receiver_->start();
   EXPECT_TRUE(eventually([this] { return status() == up(Queued{0}, Sent{1}, Lost{1}); }));
-  Texts wanted;
+  SinkCalls wanted;
   for (int i = 0; i < 10; ++i) {
-    wanted.insert(wanted.end(), {"connect", i < 5 ? "1" : "lost 1-1 1"});
+    wanted.insert(wanted.end(), {kConnectCall, pushOf(i < 5 ? event(1) : gap(1, 1, 1))});
   }
-  wanted.insert(wanted.end(), {"connect", "2", "disconnect"});
+  wanted.insert(wanted.end(), {kConnectCall, pushOf(event(2)), kDisconnectCall});
   EXPECT_EQ(wanted, calls());
   EXPECT_NE(std::string::npos, testing::internal::GetCapturedStderr().find(
                                    "rejects a gap report, which is discarded: too large"));
@@ -345,9 +400,10 @@ TEST_F(Receivers, RetryAChannelAfterAnException) {
   EXPECT_TRUE(eventually([this] { return script_.isFinished(); }));
   offer(3, 3);
   EXPECT_TRUE(eventually([this] { return status() == up(Queued{0}, Sent{3}, Lost{0}); }));
-  Texts calls = this->calls();
-  calls.erase(std::remove(calls.begin(), calls.end(), "check"), calls.end());
-  EXPECT_EQ((Texts{"connect", "connect", "1", "2", "connect", "2", "connect", "3", "disconnect"}),
+  SinkCalls calls = this->calls();
+  calls.erase(std::remove(calls.begin(), calls.end(), kCheckCall), calls.end());
+  EXPECT_EQ((SinkCalls{kConnectCall, kConnectCall, pushOf(event(1)), pushOf(event(2)), kConnectCall,
+                       pushOf(event(2)), kConnectCall, pushOf(event(3)), kDisconnectCall}),
             calls);
   EXPECT_NE(
       std::string::npos,
@@ -371,7 +427,7 @@ TEST_F(Receivers, DropASubscriberAfterAnException) {
   testing::internal::CaptureStderr();
   receiver_->start();
   EXPECT_TRUE(dropped_.wait());
-  EXPECT_EQ((Texts{"connect", "1", "2"}), calls());
+  EXPECT_EQ((SinkCalls{kConnectCall, pushOf(event(1)), pushOf(event(2))}), calls());
   EXPECT_NE(std::string::npos,
             testing::internal::GetCapturedStderr().find(
                 "subscriber host:1 is dropped: std::bad_alloc, 2 notifications not sent"));
@@ -394,11 +450,11 @@ TEST_F(Receivers, DiscardAGapReportAfterFiveRejections) {
   offer(3, 3);
   receiver_->start();
   EXPECT_TRUE(eventually([this] { return status() == up(Queued{0}, Sent{1}, Lost{2}); }));
-  Texts wanted;
+  SinkCalls wanted;
   for (int i = 0; i < 5; ++i) {
-    wanted.insert(wanted.end(), {"connect", "lost 1-2 2"});
+    wanted.insert(wanted.end(), {kConnectCall, pushOf(gap(1, 2, 2))});
   }
-  wanted.insert(wanted.end(), {"connect", "3", "disconnect"});
+  wanted.insert(wanted.end(), {kConnectCall, pushOf(event(3)), kDisconnectCall});
   EXPECT_EQ(wanted, calls());
 }
 
@@ -417,7 +473,7 @@ TEST_F(Receivers, ResetTheBackOffAfterASuccess) {
 
 TEST_F(Receivers, ReportAGapForNotificationsBeyondTheLimitOfBytes) {
   settings_.queue.bytes = 2;
-  const auto gate = blockPush("1");
+  const auto gate = blockPush(event(1));
   testing::internal::CaptureStderr();
   start();
   offer(1, 1);
@@ -427,7 +483,9 @@ TEST_F(Receivers, ReportAGapForNotificationsBeyondTheLimitOfBytes) {
   EXPECT_EQ(up(Queued{3}, Sent{0}, Lost{3}), status());
   gate->open();
   EXPECT_TRUE(drains());
-  EXPECT_EQ((Texts{"connect", "1", "lost 2-3 2", "4", "5", "lost 6-6 1", "disconnect"}), calls());
+  EXPECT_EQ((SinkCalls{kConnectCall, pushOf(event(1)), pushOf(gap(2, 3, 2)), pushOf(event(4)),
+                       pushOf(event(5)), pushOf(gap(6, 6, 1)), kDisconnectCall}),
+            calls());
   EXPECT_EQ(1U, linesWith("subscriber host:1 does not keep up: its queue is full",
                           testing::internal::GetCapturedStderr()));
 }
@@ -468,7 +526,7 @@ TEST_F(Receivers, HaveAnsweredAfterTheFirstConnection) {
   EXPECT_FALSE(receiver_->hasAnswered());
   receiver_->start();
   EXPECT_TRUE(eventually([this] { return receiver_->hasAnswered(); }));
-  EXPECT_EQ((Texts{"connect", "connect", "disconnect"}), calls());
+  EXPECT_EQ((SinkCalls{kConnectCall, kConnectCall, kDisconnectCall}), calls());
 }
 
 TEST_F(Receivers, HaveNotAnsweredAfterAFailedConnection) {
@@ -486,7 +544,7 @@ TEST_F(Receivers, DropASubscriberAfterAFatalFailure) {
   receiver_->start();
   EXPECT_TRUE(dropped_.wait());
   EXPECT_TRUE(drains());  // a dropped receiver counts as drained
-  EXPECT_EQ((Texts{"connect", "1", "2"}), calls());
+  EXPECT_EQ((SinkCalls{kConnectCall, pushOf(event(1)), pushOf(event(2))}), calls());
   EXPECT_TRUE(receiver_->ended());
   EXPECT_NE(std::string::npos,
             testing::internal::GetCapturedStderr().find(
@@ -501,7 +559,7 @@ TEST_F(Receivers, CheckAnIdleSink) {
   script_.checks = {kDone, kDone, kFatal};
   start();
   EXPECT_TRUE(dropped_.wait());
-  EXPECT_EQ((Texts{"connect", "check", "check", "check"}), calls());
+  EXPECT_EQ((SinkCalls{kConnectCall, kCheckCall, kCheckCall, kCheckCall}), calls());
 }
 
 TEST_F(Receivers, ReconnectAfterAFailedCheck) {
@@ -509,9 +567,9 @@ TEST_F(Receivers, ReconnectAfterAFailedCheck) {
   settings_.idleCheck = std::chrono::milliseconds(1);
   script_.checks = {kUnavailable};
   start();
-  Texts calls = script_.record.waitFor(4);
+  SinkCalls calls = script_.record.waitFor(4);
   calls.resize(4);
-  EXPECT_EQ((Texts{"connect", "check", "connect", "check"}), calls);
+  EXPECT_EQ((SinkCalls{kConnectCall, kCheckCall, kConnectCall, kCheckCall}), calls);
 }
 
 TEST_F(Receivers, LogTheFailureAndTheRecoveryOfAChannelOnce) {
@@ -531,7 +589,7 @@ TEST_F(Receivers, LogTheFailureAndTheRecoveryOfAChannelOnce) {
 
 TEST_F(Receivers, AreDownUntilTheFirstPushSucceeds) {
   settings_.isChannel = true;
-  const auto gate = blockPush("1");
+  const auto gate = blockPush(event(1));
   make();
   offer(1, 1);
   receiver_->start();
@@ -579,11 +637,11 @@ TEST_F(Receivers, StopDuringABackOff) {
   start();
   offer(1, 1);
   EXPECT_FALSE(drains());
-  EXPECT_EQ((Texts{"connect"}), calls());
+  EXPECT_EQ((SinkCalls{kConnectCall}), calls());
 }
 
 TEST_F(Receivers, SendNothingAfterAStop) {
-  const auto gate = blockPush("1");
+  const auto gate = blockPush(event(1));
   start();
   offer(1, 3);
   script_.record.waitFor(2);
@@ -591,11 +649,11 @@ TEST_F(Receivers, SendNothingAfterAStop) {
   offer(4, 4);
   EXPECT_TRUE(receiver_->waitUntilDrained(std::chrono::steady_clock::now()));
   gate->open();
-  EXPECT_EQ((Texts{"connect", "1", "disconnect"}), calls());
+  EXPECT_EQ((SinkCalls{kConnectCall, pushOf(event(1)), kDisconnectCall}), calls());
 }
 
 TEST_F(Receivers, StopWakesWaitingThreads) {
-  const auto gate = blockPush("1");
+  const auto gate = blockPush(event(1));
   start();
   offer(1, 1);
   script_.record.waitFor(2);
@@ -608,7 +666,7 @@ TEST_F(Receivers, StopWakesWaitingThreads) {
 }
 
 TEST_F(Receivers, EndAfterTheRunningCall) {
-  const auto gate = blockPush("1");
+  const auto gate = blockPush(event(1));
   start();
   offer(1, 1);
   script_.record.waitFor(2);
@@ -621,7 +679,7 @@ TEST_F(Receivers, EndAfterTheRunningCall) {
 }
 
 TEST_F(Receivers, IgnoreAFatalFailureAfterAStop) {
-  const auto gate = blockPush("1");
+  const auto gate = blockPush(event(1));
   script_.pushes = {kFatal};
   start();
   offer(1, 1);
@@ -640,7 +698,7 @@ TEST_F(Receivers, AreDestroyedWithoutAStart) {
 }
 
 TEST_F(Receivers, WaitUntilDrainedReturnsFalseAtTheDeadline) {
-  const auto gate = blockPush("1");
+  const auto gate = blockPush(event(1));
   start();
   offer(1, 1);
   EXPECT_FALSE(receiver_->waitUntilDrained(std::chrono::steady_clock::now()));

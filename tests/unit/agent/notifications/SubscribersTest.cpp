@@ -11,6 +11,7 @@ namespace {
 using namespace notification_tests;
 
 using Act = WirePeer::Act;
+using Acts = WirePeer::Acts;
 using CosNotification::StructuredEvent;
 
 constexpr const char* kPush = "push_structured_event";
@@ -35,8 +36,8 @@ class Subscribers : public NotifierFixture {
     const auto kept = subscribe(good);
     publish(2);
     EXPECT_TRUE(eventually([&] { return !isSubscribed(ended); }));
-    EXPECT_EQ((Texts{"1", "2"}), good.received().waitFor(2));
-    EXPECT_EQ((Texts{"1"}), bad.received().all());
+    EXPECT_EQ((Deliveries{event(1), event(2)}), good.received().waitFor(2));
+    EXPECT_EQ((Deliveries{event(1)}), bad.received().all());
     EXPECT_TRUE(isSubscribed(kept));
     EXPECT_EQ(1U, dropped());
     EXPECT_EQ(1U, receivers().size());
@@ -50,7 +51,7 @@ TEST_F(Subscribers, ReceiveNotificationsInOrder) {
   WirePeer peer(kPush, {});
   subscribePeer(peer);
   publish(5);
-  EXPECT_EQ(Texts(5, "answered"), peer.requests().waitFor(5));
+  EXPECT_EQ(Acts(5, Act::kAnswer), peer.requests().waitFor(5));
   EXPECT_TRUE(becomes({subscriber(Queued{0}, Sent{5}, Lost{0})}));
 }
 
@@ -64,14 +65,14 @@ TEST_F(Subscribers, ThatBlockDelayNoOtherSubscriber) {
   subscribe(good);
   publish(1);
   slow.received().waitFor(1);
-  for (int id = 2; id <= 6; ++id) {
+  for (std::uint64_t id = 2; id <= 6; ++id) {
     publish(1);
-    EXPECT_EQ(std::to_string(id), good.received().waitFor(static_cast<std::size_t>(id)).back());
+    EXPECT_EQ(event(id), good.received().waitFor(id).back());
   }
   EXPECT_TRUE(
       becomes({subscriber(Queued{3}, Sent{0}, Lost{3}), subscriber(Queued{0}, Sent{6}, Lost{0})}));
   gate.open();
-  EXPECT_EQ((Texts{"1", "lost 2-4 3", "5", "6"}), slow.received().waitFor(4));
+  EXPECT_EQ((Deliveries{event(1), gap(2, 4, 3), event(5), event(6)}), slow.received().waitFor(4));
   notifier_.reset();
 }
 
@@ -85,8 +86,8 @@ TEST_F(Subscribers, AreDroppedAfterTheCallTimeout) {
   subscribe(good);
   publish(3);
   EXPECT_TRUE(eventually([&] { return !isSubscribed(ended); }));
-  EXPECT_EQ((Texts{"ignored"}), peer.requests().all());
-  EXPECT_EQ((Texts{"1", "2", "3"}), good.received().waitFor(3));
+  EXPECT_EQ((Acts{Act::kIgnore}), peer.requests().all());
+  EXPECT_EQ((Deliveries{event(1), event(2), event(3)}), good.received().waitFor(3));
   EXPECT_EQ(1U, dropped());
   const std::string log = testing::internal::GetCapturedStderr();
   EXPECT_NE(std::string::npos,
@@ -108,7 +109,8 @@ TEST_F(Subscribers, ReceiveTheEventAgainAfterAClosedConnection) {
   WirePeer peer(kPush, {Act::kAnswer, Act::kClose});
   const auto kept = subscribePeer(peer);
   publish(3);
-  EXPECT_EQ((Texts{"answered", "closed", "answered", "answered"}), peer.requests().waitFor(4));
+  EXPECT_EQ((Acts{Act::kAnswer, Act::kClose, Act::kAnswer, Act::kAnswer}),
+            peer.requests().waitFor(4));
   EXPECT_TRUE(becomes({subscriber(Queued{0}, Sent{3}, Lost{0})}));
   EXPECT_TRUE(isSubscribed(kept));
 }
@@ -119,7 +121,7 @@ TEST_F(Subscribers, AreDroppedWhenTheRepeatedCallIsClosed) {
   const auto ended = subscribePeer(peer);
   publish(1);
   EXPECT_TRUE(eventually([&] { return !isSubscribed(ended); }));
-  EXPECT_EQ((Texts{"closed", "closed"}), peer.requests().all());
+  EXPECT_EQ((Acts{Act::kClose, Act::kClose}), peer.requests().all());
 }
 
 TEST_F(Subscribers, AreDroppedAfterDisconnected) {
@@ -149,7 +151,7 @@ TEST_F(Subscribers, ReceiveNothingAfterUnsubscribe) {
   gate.open();
   publish(1);
   notifier_.reset();
-  EXPECT_EQ((Texts{"1"}), consumer.received().all());
+  EXPECT_EQ((Deliveries{event(1)}), consumer.received().all());
 }
 
 TEST_F(Subscribers, MayUnsubscribeWithinAPush) {
@@ -169,7 +171,7 @@ TEST_F(Subscribers, MayUnsubscribeWithinAPush) {
   EXPECT_FALSE(isSubscribed(subscription));
   EXPECT_EQ(0U, dropped());
   notifier_.reset();
-  EXPECT_EQ((Texts{"1"}), consumer.received().all());
+  EXPECT_EQ((Deliveries{event(1)}), consumer.received().all());
 }
 
 TEST_F(Subscribers, MaySubscribeWithinAPush) {
@@ -183,7 +185,7 @@ TEST_F(Subscribers, MaySubscribeWithinAPush) {
   subscribe(consumer);
   publish(1);
   EXPECT_TRUE(done.wait());
-  EXPECT_EQ((Texts{"lost 1-1 1"}), other.received().waitFor(1));
+  EXPECT_EQ((Deliveries{gap(1, 1, 1)}), other.received().waitFor(1));
   notifier_.reset();
 }
 
@@ -222,7 +224,7 @@ TEST_F(Subscribers, AreCheckedWhileIdle) {
   start();
   WirePeer peer("_non_existent", {Act::kAnswer, Act::kAnswer, Act::kIgnore});
   const auto ended = subscribePeer(peer);
-  EXPECT_EQ((Texts{"answered", "answered", "ignored"}), peer.requests().waitFor(3));
+  EXPECT_EQ((Acts{Act::kAnswer, Act::kAnswer, Act::kIgnore}), peer.requests().waitFor(3));
   EXPECT_TRUE(eventually([&] { return !isSubscribed(ended); }));
 }
 
@@ -231,9 +233,9 @@ TEST_F(Subscribers, StayAfterOneClosedConnectionDuringACheck) {
   start();
   WirePeer peer("_non_existent", {Act::kAnswer, Act::kClose});
   const auto kept = subscribePeer(peer);
-  Texts asked = peer.requests().waitFor(4);
+  Acts asked = peer.requests().waitFor(4);
   asked.resize(4);
-  EXPECT_EQ((Texts{"answered", "closed", "answered", "answered"}), asked);
+  EXPECT_EQ((Acts{Act::kAnswer, Act::kClose, Act::kAnswer, Act::kAnswer}), asked);
   EXPECT_TRUE(isSubscribed(kept));
 }
 
@@ -243,7 +245,7 @@ TEST_F(Subscribers, AreDroppedAfterTwoClosedConnectionsDuringACheck) {
   WirePeer peer("_non_existent", {Act::kAnswer, Act::kClose, Act::kClose});
   const auto ended = subscribePeer(peer);
   EXPECT_TRUE(eventually([&] { return !isSubscribed(ended); }));
-  EXPECT_EQ((Texts{"answered", "closed", "closed"}), peer.requests().all());
+  EXPECT_EQ((Acts{Act::kAnswer, Act::kClose, Act::kClose}), peer.requests().all());
 }
 
 TEST_F(Subscribers, AreDroppedWhenACheckFindsNoConsumer) {
@@ -253,7 +255,7 @@ TEST_F(Subscribers, AreDroppedWhenACheckFindsNoConsumer) {
   ServedConsumer consumer = makeConsumer();
   const auto subscription = subscribe(consumer);
   publish(1);
-  EXPECT_EQ((Texts{"1"}), consumer.received().waitFor(1));
+  EXPECT_EQ((Deliveries{event(1)}), consumer.received().waitFor(1));
   const PortableServer::ObjectId_var id = server_->rootPoa()->reference_to_id(consumer.reference);
   server_->rootPoa()->deactivate_object(id.in());
   EXPECT_TRUE(eventually([&] { return !isSubscribed(subscription); }));
@@ -278,7 +280,7 @@ TEST_F(Subscribers, AreLimitedUntilTheirConsumersAnswer) {
   options_.maxUnanswered = 3;
   options_.maxUnansweredPerPeer = 2;
   start();
-  auto silent = std::make_unique<WirePeer>("_non_existent", std::vector<Act>(99, Act::kIgnore));
+  auto silent = std::make_unique<WirePeer>("_non_existent", Acts(99, Act::kIgnore));
   const CosNotifyComm::StructuredPushConsumer_var consumer = consumerAt(silent->reference());
   EXPECT_EQ(kAccepted, refusal(consumer, "", "10.0.0.1"));
   EXPECT_EQ(kAccepted, refusal(consumer, "", "10.0.0.1"));
@@ -295,11 +297,11 @@ TEST_F(Subscribers, AreLimitedUntilTheirConsumersAnswer) {
 TEST_F(Subscribers, DoNotCountAsUnansweredAfterAnAnswer) {
   options_.maxUnanswered = 1;
   start();
-  for (int i = 1; i <= 3; ++i) {
+  for (std::uint64_t i = 1; i <= 3; ++i) {
     ServedConsumer consumer = makeConsumer();
     subscribe(consumer);
     publish(1);
-    EXPECT_EQ((Texts{std::to_string(i)}), consumer.received().waitFor(1));
+    EXPECT_EQ((Deliveries{event(i)}), consumer.received().waitFor(1));
   }
   EXPECT_EQ(3U, receivers().size());
 }
@@ -368,7 +370,7 @@ TEST_F(Subscribers, ThatDoNotAnswerDelayTheDestructorByOneTimeout) {
   start();
   std::vector<std::unique_ptr<WirePeer>> peers;
   for (int i = 0; i < 5; ++i) {
-    peers.push_back(std::make_unique<WirePeer>(kPush, std::vector<Act>(9, Act::kIgnore)));
+    peers.push_back(std::make_unique<WirePeer>(kPush, Acts(9, Act::kIgnore)));
     subscribePeer(*peers.back());
   }
   publish(1);

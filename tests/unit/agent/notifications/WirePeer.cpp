@@ -157,7 +157,7 @@ WirePeer::Act WirePeer::actOn(const std::string& message) {
     act = acts_.front();
     acts_.erase(acts_.begin());
   }
-  requests_.add(act == Act::kAnswer ? "answered" : act == Act::kClose ? "closed" : "ignored");
+  requests_.add(act);
   return act;
 }
 

@@ -18,6 +18,7 @@ namespace notification_tests {
 class WirePeer {
  public:
   enum class Act { kAnswer, kClose, kIgnore };
+  using Acts = std::vector<Act>;
 
   // acts: for the first requests of the operation. Answers all other requests.
   WirePeer(std::string operation, std::vector<Act> acts);
@@ -30,8 +31,8 @@ class WirePeer {
   std::string reference() const;
   std::uint16_t port() const { return port_; }
 
-  // The requests of the operation: "answered", "closed" or "ignored".
-  Record& requests() { return requests_; }
+  // An entry for each request of the operation.
+  Record<Act>& requests() { return requests_; }
 
  private:
   void run();
@@ -40,7 +41,7 @@ class WirePeer {
 
   const std::string operation_;
   std::vector<Act> acts_;  // used by the thread only
-  Record requests_;
+  Record<Act> requests_;
   int listener_ = -1;
   int wake_[2] = {-1, -1};
   std::uint16_t port_ = 0;
