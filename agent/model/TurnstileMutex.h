@@ -1,4 +1,5 @@
-// A reader-writer mutex that does not let readers starve writers, and its locks.
+// A reader-writer mutex that does not let readers starve writers. ReadLock and WriteLock of sync/
+// lock the mutex.
 
 #ifndef AGENT_MODEL_TURNSTILEMUTEX_H
 #define AGENT_MODEL_TURNSTILEMUTEX_H
@@ -6,7 +7,7 @@
 #include <mutex>
 #include <shared_mutex>
 
-#include "sync/ThreadAnnotations.h"
+#include "sync/SharedMutex.h"
 
 namespace agent {
 
@@ -38,36 +39,6 @@ class CAPABILITY("mutex") TurnstileMutex {
  private:
   std::mutex turnstile_;
   std::shared_mutex mutex_;
-};
-
-// Holds a mutex for reading until the end of the scope. Borrows the mutex. Thread-safety: one
-// thread. Errors: std::system_error.
-class SCOPED_CAPABILITY ReadLock {
- public:
-  explicit ReadLock(TurnstileMutex& mutex) ACQUIRES_SHARED(mutex) : mutex_(mutex) {
-    mutex_.lock_shared();
-  }
-  ~ReadLock() RELEASES() { mutex_.unlock_shared(); }
-
-  ReadLock(const ReadLock&) = delete;
-  ReadLock& operator=(const ReadLock&) = delete;
-
- private:
-  TurnstileMutex& mutex_;
-};
-
-// Holds a mutex for writing until the end of the scope. Borrows the mutex. Thread-safety: one
-// thread. Errors: std::system_error.
-class SCOPED_CAPABILITY WriteLock {
- public:
-  explicit WriteLock(TurnstileMutex& mutex) ACQUIRES(mutex) : mutex_(mutex) { mutex_.lock(); }
-  ~WriteLock() RELEASES() { mutex_.unlock(); }
-
-  WriteLock(const WriteLock&) = delete;
-  WriteLock& operator=(const WriteLock&) = delete;
-
- private:
-  TurnstileMutex& mutex_;
 };
 
 }  // namespace agent

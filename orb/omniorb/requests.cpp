@@ -13,11 +13,10 @@
 #include <omniORB4/internal/omniCurrent.h>
 // clang-format on
 
-#include <mutex>
-#include <shared_mutex>
 #include <utility>
 
 #include "../addresses.h"
+#include "../observerslot.h"
 #include "incoming/connection.h"
 #include "references.h"
 
@@ -25,8 +24,7 @@ namespace orb {
 namespace {
 
 // Global, because an interceptor has no context argument.
-std::shared_mutex observerMutex;
-RequestObserver requestObserver;  // guarded by observerMutex
+ObserverSlot requestObserver;
 
 // The client of the latest request of the thread.
 thread_local std::string threadsPeer;
@@ -47,11 +45,10 @@ void throwIfRefused(omni::giopConnection* connection) {
 CORBA::Boolean observeRequest(omni::omniInterceptors::serverReceiveRequest_T::info_T& info) {
   throwIfRefused(info.giop_s.strand().connection);
   threadsPeer = hostIn(info.peeraddress());
-  const std::shared_lock<std::shared_mutex> lock(observerMutex);
-  if (requestObserver) {
+  requestObserver.notify([&info] {
     const auto* key = reinterpret_cast<const char*>(info.giop_s.key());
-    requestObserver(ObjectKey(key, static_cast<std::size_t>(info.giop_s.keysize())));
-  }
+    return ObjectKey(key, static_cast<std::size_t>(info.giop_s.keysize()));
+  });
   return true;
 }
 
@@ -81,8 +78,7 @@ void interceptRequests() {
 }
 
 void setRequestObserver(RequestObserver observer) {
-  const std::unique_lock<std::shared_mutex> lock(observerMutex);
-  requestObserver = std::move(observer);
+  requestObserver.set(std::move(observer));
 }
 
 }  // namespace orb

@@ -96,8 +96,7 @@ BareKeys::BareKeys(TAO_ORB_Core& core) : core_(core) {}
 BareKeys::~BareKeys() = default;
 
 void BareKeys::observeRequests(RequestObserver observer) {
-  const std::unique_lock<std::shared_mutex> lock(observerMutex_);
-  observer_ = std::move(observer);
+  observer_.set(std::move(observer));
 }
 
 CORBA::Object_ptr BareKeys::referenceTo(const std::string& key, const char* type) {
@@ -128,10 +127,7 @@ int BareKeys::dispatch(TAO::ObjectKey& key, TAO_ServerRequest& request,
     if (const std::shared_ptr<Connection>& connection = servedRequest().connection) {
       connection->beginRequest(target);
     }
-    const std::shared_lock<std::shared_mutex> lock(observerMutex_);
-    if (observer_) {
-      observer_(target);
-    }
+    observer_.notify([&target]() -> const ObjectKey& { return target; });
   }
   const std::shared_ptr<KeyGate> gate = gates_->at(target);
   if (!gate) {
@@ -176,17 +172,17 @@ CORBA::Long BareKeys::initialize_collocated_object(TAO_Stub* stub) {
 }
 
 void Gates::add(const std::string& key, std::shared_ptr<KeyGate> gate) {
-  const std::unique_lock<std::shared_mutex> lock(mutex_);
+  const WriteLock lock(mutex_);
   gates_.emplace(key, std::move(gate));
 }
 
 void Gates::remove(const std::string& key) {
-  const std::unique_lock<std::shared_mutex> lock(mutex_);
+  const WriteLock lock(mutex_);
   gates_.erase(key);
 }
 
 std::shared_ptr<KeyGate> Gates::at(const std::string& key) const {
-  const std::shared_lock<std::shared_mutex> lock(mutex_);
+  const ReadLock lock(mutex_);
   const auto found = gates_.find(key);
   return found == gates_.end() ? nullptr : found->second;
 }

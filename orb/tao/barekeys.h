@@ -7,11 +7,12 @@
 
 #include <map>
 #include <memory>
-#include <shared_mutex>
 #include <string>
 
 #include "../gate.h"
+#include "../observerslot.h"
 #include "orb/orb.h"
+#include "sync/SharedMutex.h"
 
 namespace orb {
 
@@ -33,8 +34,8 @@ class Gates {
   std::shared_ptr<KeyGate> at(const std::string& key) const;  // null for an unknown key
 
  private:
-  mutable std::shared_mutex mutex_;
-  std::map<std::string, std::shared_ptr<KeyGate>> gates_;  // guarded by mutex_
+  mutable SharedMutex mutex_;
+  std::map<std::string, std::shared_ptr<KeyGate>> gates_ GUARDED_BY(mutex_);
 };
 
 // An object adapter of the ORB with priority over the POAs: observes each request from another
@@ -68,8 +69,7 @@ class BareKeys final : public TAO_Adapter {
  private:
   TAO_ORB_Core& core_;
   const std::shared_ptr<Gates> gates_ = std::make_shared<Gates>();
-  mutable std::shared_mutex observerMutex_;
-  RequestObserver observer_;  // guarded by observerMutex_
+  ObserverSlot observer_;
 };
 
 }  // namespace orb

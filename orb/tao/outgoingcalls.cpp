@@ -11,12 +11,11 @@
 #include <atomic>
 #include <cstring>
 #include <iterator>
-#include <mutex>
-#include <shared_mutex>
 #include <unordered_map>
 
 #include "messagelimit.h"
 #include "orb/orb.h"
+#include "sync/SharedMutex.h"
 
 namespace orb {
 
@@ -30,7 +29,7 @@ class Timeouts {
   void setDefault(milliseconds timeout) { default_ = timeout; }
 
   void set(CORBA::Object_ptr reference, milliseconds timeout) {
-    const std::unique_lock<std::shared_mutex> lock(mutex_);
+    const WriteLock lock(mutex_);
     dropUnused();
     Entry& entry = entries_[reference->_stubobj()];
     entry.timeout = timeout;
@@ -38,13 +37,13 @@ class Timeouts {
   }
 
   milliseconds of(TAO_Stub* stub) const {
-    const std::shared_lock<std::shared_mutex> lock(mutex_);
+    const ReadLock lock(mutex_);
     const auto found = entries_.find(stub);
     return found == entries_.end() ? default_.load() : found->second.timeout;
   }
 
   void clear() {
-    const std::unique_lock<std::shared_mutex> lock(mutex_);
+    const WriteLock lock(mutex_);
     entries_.clear();
   }
 
@@ -54,7 +53,7 @@ class Timeouts {
     milliseconds timeout{};
   };
 
-  void dropUnused() {
+  void dropUnused() REQUIRES(mutex_) {
     for (auto entry = entries_.begin(); entry != entries_.end();) {
       const bool unused = entry->second.reference->_refcount_value() == 1;
       entry = unused ? entries_.erase(entry) : std::next(entry);
@@ -62,8 +61,8 @@ class Timeouts {
   }
 
   std::atomic<milliseconds> default_{milliseconds(0)};
-  mutable std::shared_mutex mutex_;
-  std::unordered_map<TAO_Stub*, Entry> entries_;  // guarded by mutex_
+  mutable SharedMutex mutex_;
+  std::unordered_map<TAO_Stub*, Entry> entries_ GUARDED_BY(mutex_);
 };
 
 // Never destroyed, because an ORB may end at the exit of the process.
