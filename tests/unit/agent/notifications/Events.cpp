@@ -16,18 +16,19 @@ std::string pairs(const globaldefs::NVSList_T& list) {
   return "{" + text + "}";
 }
 
-std::string valueOf(const CORBA::Any& value);
+Value valueOf(const CORBA::Any& value);
 
 std::string pairs(const notifications::NVList_T& list) {
   std::string text;
   for (CORBA::ULong i = 0; i < list.length(); ++i) {
-    text += std::string(i == 0 ? "" : ", ") + list[i].name.in() + "=" + valueOf(list[i].value);
+    const Value value = valueOf(list[i].value);
+    text +=
+        std::string(i == 0 ? "" : ", ") + list[i].name.in() + "=" + value.type + " " + value.text;
   }
   return "[" + text + "]";
 }
 
-// "TYPE VALUE".
-std::string valueOf(const CORBA::Any& value) {
+Value valueOf(const CORBA::Any& value) {
   const char* text = nullptr;
   CORBA::ULongLong number = 0;
   CORBA::Boolean flag = false;
@@ -35,25 +36,25 @@ std::string valueOf(const CORBA::Any& value) {
   const globaldefs::NVSList_T* name = nullptr;
   const notifications::NVList_T* attributes = nullptr;
   if (value >>= text) {
-    return "string " + std::string(text);
+    return {"string", text};
   }
   if (value >>= number) {
-    return "ulonglong " + std::to_string(number);
+    return {"ulonglong", std::to_string(number)};
   }
   if (value >>= CORBA::Any::to_boolean(flag)) {
-    return flag ? "boolean true" : "boolean false";
+    return {"boolean", flag ? "true" : "false"};
   }
   if (value >>= type) {
-    return "type " + std::to_string(type);
+    return {"type", std::to_string(type)};
   }
   if (value >>= name) {
-    return "name " + pairs(*name);
+    return {"name", pairs(*name)};
   }
   if (value >>= attributes) {
-    return "attributes " + pairs(*attributes);
+    return {"attributes", pairs(*attributes)};
   }
   const CORBA::TypeCode_var code = value.type();
-  return code->kind() == CORBA::tk_null ? "nothing" : "something else";
+  return code->kind() == CORBA::tk_null ? kNoValue : Value{"other", ""};
 }
 
 // The number in a field, which is a text or an unsigned long long. 0 without such a field.
@@ -77,17 +78,62 @@ std::uint64_t numberIn(const CosNotification::StructuredEvent& event, const char
 
 }  // namespace
 
-Texts linesOf(const CosNotification::StructuredEvent& event) {
+bool operator==(const Value& left, const Value& right) {
+  return left.type == right.type && left.text == right.text;
+}
+
+void PrintTo(const Value& value, std::ostream* out) {
+  *out << value.type << " '" << value.text << "'";
+}
+
+bool operator==(const Field& left, const Field& right) {
+  return left.name == right.name && left.value == right.value;
+}
+
+void PrintTo(const Field& field, std::ostream* out) {
+  *out << field.name << ": ";
+  PrintTo(field.value, out);
+}
+
+Value EventParts::at(const std::string& field) const {
+  for (const Field& each : fields) {
+    if (each.name == field) {
+      return each.value;
+    }
+  }
+  return kNoValue;
+}
+
+bool operator==(const EventParts& left, const EventParts& right) {
+  return left.domain == right.domain && left.type == right.type && left.name == right.name &&
+         left.variableHeaders == right.variableHeaders && left.fields == right.fields &&
+         left.body == right.body;
+}
+
+void PrintTo(const EventParts& parts, std::ostream* out) {
+  *out << parts.domain << ' ' << parts.type << " '" << parts.name << "', variable headers "
+       << parts.variableHeaders << ", ";
+  for (const Field& field : parts.fields) {
+    PrintTo(field, out);
+    *out << ", ";
+  }
+  *out << "body ";
+  PrintTo(parts.body, out);
+}
+
+EventParts partsOf(const CosNotification::StructuredEvent& event) {
   const CosNotification::FixedEventHeader& header = event.header.fixed_header;
-  Texts lines{std::string(header.event_type.domain_name.in()) + " " +
-              header.event_type.type_name.in() + " '" + header.event_name.in() + "' " +
-              std::to_string(event.header.variable_header.length())};
+  EventParts parts{header.event_type.domain_name.in(),
+                   header.event_type.type_name.in(),
+                   header.event_name.in(),
+                   event.header.variable_header.length(),
+                   {},
+                   valueOf(event.remainder_of_body)};
   for (CORBA::ULong i = 0; i < event.filterable_data.length(); ++i) {
     const CosNotification::Property& property = event.filterable_data[i];
-    lines.push_back(std::string(property.name.in()) + ": " + valueOf(property.value));
+    parts.fields.push_back({property.name.in(), valueOf(property.value)});
   }
-  lines.push_back("body " + valueOf(event.remainder_of_body));
-  return lines;
+  return parts;
 }
 
 bool operator==(const Delivered& left, const Delivered& right) {

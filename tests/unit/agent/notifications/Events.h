@@ -27,8 +27,39 @@ using Texts = std::vector<std::string>;
 // Timeout of a wait that succeeds in a test that passes.
 constexpr std::chrono::seconds kPatience{20};
 
-// The whole event: a line for the header, a line for each field, and "body TYPE".
-Texts linesOf(const CosNotification::StructuredEvent& event);
+// The value of an any: the name of the type, such as "string", and the value as a text.
+struct Value {
+  std::string type;
+  std::string text;
+};
+bool operator==(const Value& left, const Value& right);
+void PrintTo(const Value& value, std::ostream* out);
+
+struct Field {
+  std::string name;
+  Value value;
+};
+bool operator==(const Field& left, const Field& right);
+void PrintTo(const Field& field, std::ostream* out);
+
+const Value kNoValue{"null", ""};
+
+// All parts of a structured event.
+struct EventParts {
+  std::string domain;
+  std::string type;
+  std::string name;
+  std::size_t variableHeaders = 0;
+  std::vector<Field> fields;
+  Value body;
+
+  // The value of a field, or kNoValue.
+  Value at(const std::string& field) const;
+};
+bool operator==(const EventParts& left, const EventParts& right);
+void PrintTo(const EventParts& parts, std::ostream* out);
+
+EventParts partsOf(const CosNotification::StructuredEvent& event);
 
 // An event of a receiver: a notification or a gap report.
 struct Delivered {

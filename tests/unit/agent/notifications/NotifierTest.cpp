@@ -8,7 +8,10 @@
 #include <atomic>
 #include <memory>
 #include <new>
+#include <ostream>
+#include <string>
 #include <thread>
+#include <vector>
 
 #include "agent/notifications/SessionServant.h"
 #include "tests/unit/agent/notifications/Fixture.h"
@@ -29,12 +32,33 @@ class Notifiers : public NotifierFixture {
   }
 };
 
+// The parts of an event that differ between the kinds of notifications.
+struct EventKind {
+  std::string type;
+  Value object;
+  Value edgePointRelated;
+  Value body;
+};
+
+bool operator==(const EventKind& left, const EventKind& right) {
+  return left.type == right.type && left.object == right.object &&
+         left.edgePointRelated == right.edgePointRelated && left.body == right.body;
+}
+
+void PrintTo(const EventKind& kind, std::ostream* out) {
+  *out << kind.type;
+  for (const Value& value : {kind.object, kind.edgePointRelated, kind.body}) {
+    *out << ", ";
+    PrintTo(value, out);
+  }
+}
+
 TEST_F(Notifiers, SendEachKindOfNotification) {
   start();
-  Record<std::string> types;
+  Record<EventKind> kinds;
   ServedConsumer consumer = makeConsumer([&](const CosNotification::StructuredEvent& event) {
-    const Texts lines = linesOf(event);
-    types.add(lines.front() + " " + lines.at(2) + ", " + lines.at(6) + ", " + lines.back());
+    const EventParts parts = partsOf(event);
+    kinds.add({parts.type, parts.at("objectName"), parts.at("edgePointRelated"), parts.body});
   });
   subscribe(consumer);
   CORBA::Any body;
@@ -44,14 +68,15 @@ TEST_F(Notifiers, SendEachKindOfNotification) {
   notifier_->objectDeleted(name, false);
   notifier_->attributesChanged(name, attribute("a", "b"), true, nullptr);
   notifier_->attributesChanged(name, attribute("a", "b"), false, &body);
-  const std::string object = "objectName: name {EMS=E, TopoSubnetwork=core}, edgePointRelated: ";
-  EXPECT_EQ(
-      (Texts{
-          "tmf_mtnm NT_OBJECT_CREATION '' 0 " + object + "boolean true, body string text",
-          "tmf_mtnm NT_OBJECT_DELETION '' 0 " + object + "boolean false, body nothing",
-          "tmf_mtnm NT_ATTRIBUTE_VALUE_CHANGE '' 0 " + object + "boolean true, body nothing",
-          "tmf_mtnm NT_ATTRIBUTE_VALUE_CHANGE '' 0 " + object + "boolean false, body string text"}),
-      types.waitFor(4));
+  const Value object{"name", "{EMS=E, TopoSubnetwork=core}"};
+  const Value yes{"boolean", "true"};
+  const Value no{"boolean", "false"};
+  const Value text{"string", "text"};
+  EXPECT_EQ((std::vector<EventKind>{{"NT_OBJECT_CREATION", object, yes, text},
+                                    {"NT_OBJECT_DELETION", object, no, kNoValue},
+                                    {"NT_ATTRIBUTE_VALUE_CHANGE", object, yes, kNoValue},
+                                    {"NT_ATTRIBUTE_VALUE_CHANGE", object, no, text}}),
+            kinds.waitFor(4));
   EXPECT_EQ((Deliveries{event(1), event(2), event(3), event(4)}), consumer.received().all());
   notifier_.reset();
 }
@@ -65,12 +90,13 @@ TEST(NotifierOptions, HaveTheDocumentedDefaults) {
 TEST_F(Notifiers, StampNotificationsWithTheTimeOfTheClock) {
   start();
   publish(1);
-  Record<std::string> times;
-  ServedConsumer consumer = makeConsumer(
-      [&](const CosNotification::StructuredEvent& event) { times.add(linesOf(event).at(4)); });
+  Record<Value> times;
+  ServedConsumer consumer = makeConsumer([&](const CosNotification::StructuredEvent& event) {
+    times.add(partsOf(event).at("emsTime"));
+  });
   subscribe(consumer, "0");
   publish(1);
-  EXPECT_EQ(Texts(2, "emsTime: string 20240229235958.7Z"), times.waitFor(2));
+  EXPECT_EQ(std::vector<Value>(2, {"string", "20240229235958.7Z"}), times.waitFor(2));
   notifier_.reset();
 }
 
