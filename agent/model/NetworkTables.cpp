@@ -18,16 +18,16 @@ void append(NetworkTables::Chain& chain, NetworkTables::Neighbours Node::*place,
   chain.last = &node;
 }
 
-void unlink(NetworkTables::Chain& chain, NetworkTables::Neighbours Node::*place,
-            Node& node) noexcept {
+void erase(NetworkTables::Chain& chain, NetworkTables::Neighbours Node::*place,
+           Node& node) noexcept {
   Node* const previous = (node.*place).previous;
   Node* const next = (node.*place).next;
   (previous == nullptr ? chain.first : (previous->*place).next) = next;
   (next == nullptr ? chain.last : (next->*place).previous) = previous;
 }
 
-// So that as many more entries need no memory. Grows by half at least: reserve() alone gives just
-// what it is asked for, and would move all entries at every few that come.
+// Reserves memory for `more` entries. Grows by half at least, because reserve() allocates exactly
+// the requested number of buckets, and a series of small additions would rehash again and again.
 template <typename Map>
 void makeRoom(Map& map, std::size_t more) {
   const std::size_t needed = map.size() + more;
@@ -48,7 +48,7 @@ std::optional<NumberedObject> objectOf(const NetworkElement& element) {
                             : std::optional(NumberedObject{kManagedElementType, element.number});
 }
 
-// Where the new entries begin.
+// Appends `more` to the list. Returns the first new entry.
 template <typename Record>
 auto spliceTo(std::list<Record>& list, std::list<Record>& more) noexcept {
   const auto first = more.empty() ? list.end() : more.begin();
@@ -100,11 +100,11 @@ class RenamingBuilder {
 
 }  // namespace
 
-NetworkTables::NetworkTables(Network network) : NetworkTables(std::move(network), Loose()) {
-  tieFrom(nodes_.begin(), elements_.begin(), positions_.begin());
+NetworkTables::NetworkTables(Network network) : NetworkTables(std::move(network), Unlinked()) {
+  linkFrom(nodes_.begin(), elements_.begin(), positions_.begin());
 }
 
-NetworkTables::NetworkTables(Network network, Loose) : ems_(std::move(network.ems)) {
+NetworkTables::NetworkTables(Network network, Unlinked) : ems_(std::move(network.ems)) {
   addNodes(network.topoNodes);
   addElements(network.networkElements);
   addClock(network.clockPositions, network.clockLinks);
@@ -122,7 +122,7 @@ void NetworkTables::addNodes(std::vector<NS_DOMAIN::TopoNode_T>& records) {
     nodesById_.emplace(node.record.nodeId, &node);
     if (node.record.nodeType == NS_DOMAIN::kTopoElement) {
       node.shownAs = objectOfElementNode(node.record.nodeId);
-      knowObject(node.shownAs);
+      addObject(node.shownAs);
     }
   }
 }
@@ -132,7 +132,7 @@ void NetworkTables::addElements(std::vector<NetworkElement>& records) {
   for (NetworkElement& record : records) {
     NetworkElement& element = elements_.emplace_back(std::move(record));
     elementsByNumber_.emplace(element.number, &element);
-    knowObject(objectOf(element));
+    addObject(objectOf(element));
   }
 }
 
@@ -144,7 +144,7 @@ void NetworkTables::addClock(std::vector<NS_DOMAIN::ClockPositionInfo_T>& positi
     position.record = std::move(record);
     positionsByReference_.emplace(position.record.reference, &position);
     position.shownAs = objectOfClockReference(position.record.reference);
-    knowObject(position.shownAs);
+    addObject(position.shownAs);
   }
   linksById_.reserve(links.size());
   for (NS_DOMAIN::ClockTopoLinkInfo_T& record : links) {
@@ -153,7 +153,7 @@ void NetworkTables::addClock(std::vector<NS_DOMAIN::ClockPositionInfo_T>& positi
   }
 }
 
-void NetworkTables::knowObject(const std::optional<NumberedObject>& object) {
+void NetworkTables::addObject(const std::optional<NumberedObject>& object) {
   if (object) {
     objects_.try_emplace(*object);
   }
@@ -212,14 +212,14 @@ NetworkTables::ObjectRecords* NetworkTables::recordsOf(const NumberedObject& obj
 PreparedChange NetworkTables::prepareAddition(Network network) const {
   NetworkAddition addition;
   AdditionEffect effect;
-  effect.tables = NetworkTables(network, Loose());
+  effect.tables = NetworkTables(network, Unlinked());
   addition.network = std::move(network);
   markShown(addition, effect);
   return {std::move(addition), std::move(effect)};
 }
 
 void NetworkTables::markShown(NetworkAddition& addition, AdditionEffect& effect) const {
-  salted::Set<std::int32_t> numbers;  // of the elements that get nodes
+  salted::Set<std::int32_t> numbers;  // of elements that get a node
   for (const Node& node : effect.tables.nodes_) {
     if (node.shownAs && node.shownAs->type == kManagedElementType &&
         numbers.insert(node.shownAs->number).second) {
@@ -273,18 +273,18 @@ void NetworkTables::absorb(NetworkTables& more) noexcept {
   const auto node = spliceTo(nodes_, more.nodes_);
   const auto element = spliceTo(elements_, more.elements_);
   const auto position = spliceTo(positions_, more.positions_);
-  tieFrom(node, element, position);
+  linkFrom(node, element, position);
 }
 
-void NetworkTables::tieFrom(std::list<Node>::iterator node,
-                            std::list<NetworkElement>::iterator element,
-                            std::list<Position>::iterator position) noexcept {
-  std::for_each(node, nodes_.end(), [this](Node& each) { tie(each); });
-  std::for_each(element, elements_.end(), [this](NetworkElement& each) { tie(each); });
-  std::for_each(position, positions_.end(), [this](Position& each) { tie(each); });
+void NetworkTables::linkFrom(std::list<Node>::iterator node,
+                             std::list<NetworkElement>::iterator element,
+                             std::list<Position>::iterator position) noexcept {
+  std::for_each(node, nodes_.end(), [this](Node& each) { link(each); });
+  std::for_each(element, elements_.end(), [this](NetworkElement& each) { link(each); });
+  std::for_each(position, positions_.end(), [this](Position& each) { link(each); });
 }
 
-void NetworkTables::tie(Node& node) noexcept {
+void NetworkTables::link(Node& node) noexcept {
   if (!isRootMarker(node.record.parentId)) {
     node.parent = nodeAt(node.record.parentId);
   }
@@ -298,13 +298,13 @@ void NetworkTables::tie(Node& node) noexcept {
   }
 }
 
-void NetworkTables::tie(NetworkElement& element) noexcept {
+void NetworkTables::link(NetworkElement& element) noexcept {
   if (const auto object = objectOf(element)) {
     recordsOf(*object)->element = &element;
   }
 }
 
-void NetworkTables::tie(Position& position) noexcept {
+void NetworkTables::link(Position& position) noexcept {
   if (position.shownAs) {
     ObjectRecords& object = *recordsOf(*position.shownAs);
     (object.lastPosition == nullptr ? object.firstPosition : object.lastPosition->nextOfObject) =
@@ -315,7 +315,7 @@ void NetworkTables::tie(Position& position) noexcept {
 
 // --- Removing.
 
-// Each node after everything below it.
+// The node and its descendants, each node after its descendants.
 std::vector<NetworkTables::Node*> NetworkTables::subtree(const std::string& nodeId) const {
   std::vector<Node*> reversed;
   std::vector<Node*> open = {nodeAt(nodeId)};
@@ -363,7 +363,7 @@ PreparedChange NetworkTables::prepareRemoval(const std::string& nodeId) const {
 
 void NetworkTables::remove(RemovalEffect& removal) noexcept {
   for (Node* const node : removal.doomed) {
-    untie(*node);
+    unlink(*node);
     removal.removed.splice(removal.removed.end(), nodes_, node->self);
   }
   for (NetworkElement* const element : removal.unmarked) {
@@ -374,16 +374,16 @@ void NetworkTables::remove(RemovalEffect& removal) noexcept {
   }
 }
 
-void NetworkTables::untie(Node& node) noexcept {
+void NetworkTables::unlink(Node& node) noexcept {
   const auto entry = nodesById_.find(node.record.nodeId);
   if (entry != nodesById_.end() && entry->second == &node) {
     nodesById_.erase(entry);
   }
   if (node.parent != nullptr) {
-    unlink(node.parent->children, &Node::siblings, node);
+    erase(node.parent->children, &Node::siblings, node);
   }
   if (node.object != nullptr) {
-    unlink(node.object->nodes, &Node::sameObject, node);
+    erase(node.object->nodes, &Node::sameObject, node);
     --node.object->nodeCount;
     if (node.object->isEmpty()) {
       objects_.erase(objects_.find(*node.shownAs));

@@ -1,12 +1,11 @@
-// The network as the model keeps it: its lists, and what makes their objects quick to find and to
-// change. Part of the model.
+// The records of the network, with indexes to find records and links between records. Part of the
+// model.
 //
-// Changes are made in two steps. What may fail is prepared beforehand, with nothing to be seen of
-// it; what then makes the change neither allocates nor throws. A prepared change is good until
-// another one is made.
+// A change has two steps. prepare...() does all work that can fail and changes no record. apply()
+// neither allocates nor throws. A prepared change is valid until another change is applied.
 //
-// A new record costs a constant time on average, a removed node the same, each whatever the size of
-// the network is.
+// Adding a record and removing a node take constant time on average, independent of the size of the
+// network.
 
 #ifndef AGENT_MODEL_NETWORKTABLES_H
 #define AGENT_MODEL_NETWORKTABLES_H
@@ -42,17 +41,24 @@ struct KeyOrder {
 };
 using Labels = std::map<ObjectKey, std::string, KeyOrder>;
 
-// Thread-safety: none of its own.
+// Nodes are members of two linked lists: the children of the parent, and the nodes of the object.
+// The links are part of the node, so that apply() needs no memory and a removal no search
+// (docs/adr/0006-linked-lists-in-the-model.md).
+//
+// Thread-safety: none; NetworkModel locks. Ownership: owns all records. Indexes and links point to
+// the records, whose addresses never change. Errors: std::bad_alloc, and as the functions say.
 class NetworkTables {
  public:
   struct ObjectRecords;
   struct Node;
 
+  // A node's place in a linked list.
   struct Neighbours {
     Node* previous = nullptr;
     Node* next = nullptr;
   };
 
+  // A linked list of nodes, in the order of nodes().
   struct Chain {
     Node* first = nullptr;
     Node* last = nullptr;
@@ -60,15 +66,14 @@ class NetworkTables {
 
   struct Node {
     NS_DOMAIN::TopoNode_T record;
-    std::optional<NumberedObject> shownAs;  // for an element that can be shown
-    std::list<Node>::iterator self{};
+    std::optional<NumberedObject> shownAs;  // the element; nothing without a valid number
+    std::list<Node>::iterator self{};       // in nodes()
 
-    // All of these in the order of the list.
-    Node* parent = nullptr;
+    Node* parent = nullptr;  // null for a root and for an unknown parent
     Chain children;
-    Neighbours siblings;    // in the children of the parent
-    Neighbours sameObject;  // in the nodes of the object
-    ObjectRecords* object = nullptr;
+    Neighbours siblings;              // in parent->children
+    ObjectRecords* object = nullptr;  // null without shownAs
+    Neighbours sameObject;            // in object->nodes
   };
 
   struct Position {
@@ -77,7 +82,7 @@ class NetworkTables {
     Position* nextOfObject = nullptr;
   };
 
-  // All records that clients see under the name of one element.
+  // All records of one element: clients see the records under the same name.
   struct ObjectRecords {
     Chain nodes;
     std::size_t nodeCount = 0;
@@ -103,7 +108,7 @@ class NetworkTables {
   const std::list<Position>& positions() const { return positions_; }
   const std::list<NS_DOMAIN::ClockTopoLinkInfo_T>& links() const { return links_; }
 
-  // Null for what is not there.
+  // Return null when there is no such object. The pointers are valid until a change is applied.
   const NS_DOMAIN::TopoNode_T* node(std::string_view id) const;
   const NetworkElement* element(std::int32_t number) const;
   const std::string* label(const ObjectKey& key) const;
@@ -112,13 +117,14 @@ class NetworkTables {
   bool hasLink(std::string_view id) const;
   bool hasObject(const ObjectKey& key) const;
 
-  // --- Preparing changes. Fails only for lack of memory unless a function says otherwise.
+  // --- Preparing changes. The functions throw std::bad_alloc, and as they say.
 
-  // Marks elements as shown that have nodes afterwards: elements of the network and elements that
-  // are in the tables. REQUIRES: the tables have no object of the network.
+  // The change also marks the elements that get a node as shown, new and present elements alike.
+  // REQUIRES: the tables have no object of the network.
   PreparedChange prepareAddition(Network network) const;
 
-  // The second half of that preparation: moves entries of the indexes.
+  // Second step of the preparation: reserves memory in the indexes. May move entries, so readers
+  // must be locked out.
   void makeRoomFor(const PreparedChange& addition);
 
   // REQUIRES: the node exists. Throws std::runtime_error for a node that is its own ancestor, which
@@ -141,25 +147,25 @@ class NetworkTables {
     }
   };
 
-  // Records with all that is needed to find them, but without what ties them to each other.
-  struct Loose {};
-  NetworkTables(Network network, Loose);
+  // Makes tables with indexes and without links, for an addition.
+  struct Unlinked {};
+  NetworkTables(Network network, Unlinked);
 
   void addNodes(std::vector<NS_DOMAIN::TopoNode_T>& records);
   void addElements(std::vector<NetworkElement>& records);
   void addClock(std::vector<NS_DOMAIN::ClockPositionInfo_T>& positions,
                 std::vector<NS_DOMAIN::ClockTopoLinkInfo_T>& links);
-  void knowObject(const std::optional<NumberedObject>& object);
+  void addObject(const std::optional<NumberedObject>& object);
   Node* nodeAt(std::string_view id) const;
   const ObjectRecords* recordsOf(const NumberedObject& object) const;
   ObjectRecords* recordsOf(const NumberedObject& object);
   void absorb(NetworkTables& more) noexcept;
-  void tieFrom(std::list<Node>::iterator node, std::list<NetworkElement>::iterator element,
-               std::list<Position>::iterator position) noexcept;
-  void tie(Node& node) noexcept;
-  void tie(Position& position) noexcept;
-  void tie(NetworkElement& element) noexcept;
-  void untie(Node& node) noexcept;
+  void linkFrom(std::list<Node>::iterator node, std::list<NetworkElement>::iterator element,
+                std::list<Position>::iterator position) noexcept;
+  void link(Node& node) noexcept;
+  void link(Position& position) noexcept;
+  void link(NetworkElement& element) noexcept;
+  void unlink(Node& node) noexcept;
   void add(AdditionEffect& addition) noexcept;
   void remove(RemovalEffect& removal) noexcept;
   static void rename(RenamingEffect& renaming) noexcept;
@@ -174,7 +180,7 @@ class NetworkTables {
   std::list<NS_DOMAIN::ClockTopoLinkInfo_T> links_;
   Labels labels_;
 
-  // The texts are borrowed from the records.
+  // The indexes. The keys point to texts of the records.
   salted::Map<std::string_view, Node*> nodesById_;
   salted::Map<std::int32_t, NetworkElement*> elementsByNumber_;
   salted::Map<std::string_view, Position*> positionsByReference_;
