@@ -108,7 +108,7 @@ class EventManager final : public TEEventMgr {
   const std::size_t queueLimit_;
   const ReportGap reportGap_;
 
-  // Not held during a call of a handler or of reportGap_.
+  // Not locked during a call of a handler or of reportGap_.
   mutable Mutex mutex_;
   std::condition_variable changed_;  // a call or a lane has ended
   // A lane's thread removes the lane in its last step.
