@@ -34,7 +34,8 @@ void IteratorRegistry::open() {
   // The agent assigns random ids. Ids of the ORB are consecutive, so that a client could address
   // the iterators of other clients.
   policies[0] = root_->create_id_assignment_policy(PortableServer::USER_ID);
-  // With a separate POA manager, iterators are held or retired independently of the manager object.
+  // With a separate POA manager, the agent holds or retires iterators independently of the manager
+  // object.
   PortableServer::POA_var poa =
       root_->create_POA("iterators", PortableServer::POAManager::_nil(), policies);
   policies[0]->destroy();
