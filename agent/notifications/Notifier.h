@@ -150,7 +150,7 @@ class Notifier {
   RefusalLog subscriberLog_{std::chrono::steady_clock::now, 20, std::chrono::seconds(10)};
   std::shared_ptr<Receiver> channel_;  // null without a channel
 
-  // Not held during a call of the ORB or of the disk.
+  // Not locked during a call of the ORB or of the disk.
   Mutex mutex_;
   IdSequence ids_ GUARDED_BY(mutex_);
   std::uint64_t exhaustedId_ GUARDED_BY(mutex_) = 0;  // the gap id that was logged last

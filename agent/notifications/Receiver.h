@@ -144,7 +144,7 @@ class Receiver {
   std::atomic<bool> ended_{true};
   std::atomic<bool> answered_{false};
 
-  // Not held during a call of the sink.
+  // Not locked during a call of the sink.
   Mutex mutex_;
   std::condition_variable workArrived_;  // an entry in queue_, or stopping_
   std::condition_variable drained_;      // isDrainedLocked(), stopping_ or kDown

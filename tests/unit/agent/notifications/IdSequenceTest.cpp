@@ -25,7 +25,7 @@ Ids take(IdSequence& sequence, const std::vector<std::uint64_t>& changes) {
   return taken;
 }
 
-// Takes all ids of a change but the last position, which stands for a gap.
+// Takes all ids of a change except the last position, the id of a gap.
 void exhaust(IdSequence& sequence, std::uint64_t change) {
   for (std::uint64_t position = 1; position < IdSequence::kLastPosition; ++position) {
     ASSERT_EQ(idOf(change, position), sequence.next(change));

@@ -97,9 +97,9 @@ TEST_F(Subscribers, AreDroppedAfterTheCallTimeout) {
 
 TEST_F(Subscribers, AreDroppedWhenUnreachable) {
   start();
-  const CosNotifyComm::StructuredPushConsumer_var nobody =
+  const CosNotifyComm::StructuredPushConsumer_var unreachable =
       consumerAt("corbaloc:iiop:1.2@127.0.0.1:" + std::to_string(closedPort()) + "/object");
-  const TopoAgent::Subscription_I_var ended = subscribeAt(nobody);
+  const TopoAgent::Subscription_I_var ended = subscribeAt(unreachable);
   EXPECT_TRUE(eventually([&] { return !isSubscribed(ended); }));
   EXPECT_EQ(1U, dropped());
 }
@@ -309,11 +309,11 @@ TEST_F(Subscribers, DoNotCountAsUnansweredAfterAnAnswer) {
 TEST_F(Subscribers, WithDeadReferencesDoNotBlockOtherSubscribers) {
   options_.maxSubscribers = 5;
   start();
-  const CosNotifyComm::StructuredPushConsumer_var nobody =
+  const CosNotifyComm::StructuredPushConsumer_var unreachable =
       consumerAt("corbaloc:iiop:1.2@127.0.0.1:" + std::to_string(closedPort()) + "/object");
   testing::internal::CaptureStderr();
   for (int i = 0; i < 50; ++i) {
-    refusal(nobody, "", "10.0.0.1");
+    refusal(unreachable, "", "10.0.0.1");
   }
   const ServedConsumer consumer = makeConsumer();
   EXPECT_TRUE(eventually([&] { return refusal(consumer.reference, "", "10.0.0.2") == kAccepted; }));
