@@ -4,11 +4,11 @@
 
 #include <atomic>
 #include <future>
-#include <mutex>
 #include <string>
 #include <vector>
 
 #include "orb/omniorb/drain.h"
+#include "tests/unit/orb/LogLines.h"
 #include "tests/unit/orb/RawClient.h"
 #include "tests/unit/orb/Servants.h"
 
@@ -27,10 +27,7 @@ class DrainGrace : public testing::Test {
   void serve(std::chrono::milliseconds grace) {
     orb::Options options;
     options.drainGrace = grace;
-    server_ = orb::startServer(options, {"127.0.0.1", 0}, [this](const std::string& line) {
-      const std::lock_guard<std::mutex> lock(mutex_);
-      lines_.push_back(line);
-    });
+    server_ = orb::startServer(options, {"127.0.0.1", 0}, log_.function());
     object_ = server_->wellKnownObject("Key");
     published_ = object_->publish(servant_.in());
   }
@@ -58,13 +55,7 @@ class DrainGrace : public testing::Test {
     return true;
   }
 
-  std::vector<std::string> lines() {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    return lines_;
-  }
-
-  std::mutex mutex_;
-  std::vector<std::string> lines_;  // guarded by mutex_
+  orb_tests::LogLines log_;
   const PortableServer::Servant_var<LargeReplies> servant_ = new LargeReplies;
   std::unique_ptr<orb::Server> server_;
   std::unique_ptr<orb::WellKnownObject> object_;
@@ -100,7 +91,7 @@ TEST_F(DrainGrace, DelaysTheEndOfAMatchingRequest) {
   const Drain drain([&look](omni::GIOP_S&) { return look(); });
   look.wait();
   EXPECT_TRUE(readsReply(client));
-  EXPECT_EQ(std::vector<std::string>(), lines());
+  EXPECT_EQ(std::vector<std::string>(), log_.all());
 }
 
 TEST_F(DrainGrace, DelaysTheEndOfOtherConnections) {
@@ -122,7 +113,7 @@ TEST_F(DrainGrace, EndsOtherConnectionsWithoutALogLine) {
   ASSERT_TRUE(isServed(idle));
   const Drain drain([](omni::GIOP_S&) { return true; }, Drain::Others::kClosed);
   EXPECT_TRUE(idle.isClosedByPeer());
-  EXPECT_EQ(std::vector<std::string>(), lines());
+  EXPECT_EQ(std::vector<std::string>(), log_.all());
 }
 
 TEST_F(DrainGrace, KeepsRequestsThatDoNotMatch) {

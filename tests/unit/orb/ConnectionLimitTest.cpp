@@ -5,9 +5,9 @@
 #include <atomic>
 #include <future>
 #include <list>
-#include <mutex>
 #include <thread>
 
+#include "tests/unit/orb/LogLines.h"
 #include "tests/unit/orb/RawClient.h"
 #include "tests/unit/orb/Servants.h"
 
@@ -34,24 +34,11 @@ bool isServed(const RawClient& client) {
 class IncomingConnections : public testing::Test {
  protected:
   explicit IncomingConnections(const orb::Options& options = tightOptions()) {
-    const orb::LogFunction log = [this](const std::string& line) {
-      const std::lock_guard<std::mutex> lock(mutex_);
-      log_ += line + '\n';
-    };
-    server_ = orb::startServer(options, {"127.0.0.1", 0}, log);
+    server_ = orb::startServer(options, {"127.0.0.1", 0}, log_.function());
     object_ = server_->wellKnownObject("Key");
     published_ = object_->publish(servant_.in());
     const PortableServer::POAManager_var manager = server_->rootPoa()->the_POAManager();
     manager->activate();
-  }
-
-  std::size_t timesLogged(const std::string& text) {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    std::size_t count = 0;
-    for (std::size_t at = log_.find(text); at != std::string::npos; at = log_.find(text, at + 1)) {
-      ++count;
-    }
-    return count;
   }
 
   // Connects repeatedly until the server, which has to notice closed connections, admits a client.
@@ -65,8 +52,7 @@ class IncomingConnections : public testing::Test {
     return false;
   }
 
-  std::mutex mutex_;
-  std::string log_;  // guarded by mutex_
+  orb_tests::LogLines log_;
   PortableServer::ServantBase_var servant_ = new Answering(7);
   std::unique_ptr<orb::Server> server_;
   std::unique_ptr<orb::WellKnownObject> object_;
@@ -86,7 +72,7 @@ TEST_F(IncomingConnections, EndWhenARequestIsIncompleteAfterTheTimeout) {
   for (const RawClient& client : clients) {
     EXPECT_TRUE(client.isClosedByPeer());
   }
-  EXPECT_EQ(1U, timesLogged("a connection was closed: its request was not complete in time"));
+  EXPECT_EQ(1, log_.count("a connection was closed: its request was not complete in time"));
   clients.clear();
   EXPECT_TRUE(isServedInTheEnd());
 }
@@ -147,7 +133,7 @@ TEST_F(IncomingConnections, AreClosedAndLoggedOnceOverTheLimit) {
     EXPECT_TRUE(RawClient(server_->endpoint()).isClosedByPeer());
   }
   EXPECT_TRUE(isServed(admitted.front()));
-  EXPECT_EQ(1U, timesLogged("connections are refused: 4 connections"));
+  EXPECT_EQ(1, log_.count("connections are refused: 4 connections"));
   admitted.clear();
   EXPECT_TRUE(isServedInTheEnd());
 }

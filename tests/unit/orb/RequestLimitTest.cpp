@@ -4,9 +4,9 @@
 #include <unistd.h>
 
 #include <cstring>
-#include <mutex>
 
 #include "tests/support/ResidentMemory.h"
+#include "tests/unit/orb/LogLines.h"
 #include "tests/unit/orb/RawClient.h"
 #include "tests/unit/orb/Servants.h"
 
@@ -26,17 +26,13 @@ orb::Options smallRequests() {
 class RequestLimit : public testing::Test {
  protected:
   explicit RequestLimit(const orb::Options& options = smallRequests())
-      : server_(orb::startServer(options, {"127.0.0.1", 0}, [this](const std::string& line) {
-          const std::lock_guard<std::mutex> lock(mutex_);
-          lines_.push_back(line);
-        })) {
+      : server_(orb::startServer(options, {"127.0.0.1", 0}, log_.function())) {
     published_ = object_->publish(servant_.in());
     const PortableServer::POAManager_var manager = server_->rootPoa()->the_POAManager();
     manager->activate();
   }
 
-  std::mutex mutex_;
-  std::vector<std::string> lines_;  // guarded by mutex_
+  orb_tests::LogLines log_;
   std::unique_ptr<orb::Server> server_;
   std::unique_ptr<orb::WellKnownObject> object_ = server_->wellKnownObject("Key");
   PortableServer::ServantBase_var servant_ = new Answering(7);
@@ -82,9 +78,9 @@ TEST_F(RequestLimit, RefusesARequestByItsDeclaredSize) {
     EXPECT_TRUE(isRefusal(client.receive()));
   }
   EXPECT_LT(support::residentKib(getpid()) - before, 20000);
-  const std::lock_guard<std::mutex> lock(mutex_);
-  ASSERT_EQ(1U, lines_.size());
-  EXPECT_NE(std::string::npos, lines_.front().find("getLength")) << lines_.front();
+  const std::vector<std::string> lines = log_.all();
+  ASSERT_EQ(1U, lines.size());
+  EXPECT_NE(std::string::npos, lines.front().find("getLength")) << lines.front();
 }
 
 TEST_F(RequestLimit, KeepsTheConnection) {
