@@ -25,7 +25,7 @@ class Reference {
   explicit Reference(Network network) : network_(std::move(network)) {}
 
   const Network& network() const { return network_; }
-  const std::string& events() const { return events_; }
+  const NodeEvents& events() const { return events_; }
 
   bool has(const std::string& id) const {
     for (const TopoNode_T& node : network_.topoNodes) {
@@ -48,7 +48,7 @@ class Reference {
     }
     network_.topoNodes.push_back(node);
     markShown();
-    events_ += "372: " + node.nodeId + '\n';
+    events_.push_back({EVENT_TOPO_NODE_CREATED, {node.nodeId}});
     return agent::kSuccess;
   }
 
@@ -57,13 +57,13 @@ class Reference {
     if (!has(id)) {
       return agent::kEntityNotFound;
     }
-    std::string event = "373:";
+    NodeEvent event{EVENT_TOPO_NODE_DELETED, {}};
     for (const TopoNode_T& node : below(id)) {
-      event += ' ' + node.nodeId;
+      event.nodes.push_back(node.nodeId);
       erase(node);
       ++removed;
     }
-    events_ += event + '\n';
+    events_.push_back(std::move(event));
     return agent::kSuccess;
   }
 
@@ -72,16 +72,16 @@ class Reference {
       return agent::kEntityNotFound;
     }
     const std::int32_t number = elementOf(nodeAt(id));
-    std::string event;
+    NodeEvent event{EVENT_TOPO_NODE_CHANGED, {}};
     for (TopoNode_T& node : network_.topoNodes) {
       const bool isOne = node.nodeId == id || (number >= 0 && elementOf(node) == number);
       if (isOne && node.nativeName != name) {
         node.nativeName = name;
-        event += ' ' + node.nodeId;
+        event.nodes.push_back(node.nodeId);
       }
     }
     renameElement(number, name);
-    events_ += event.empty() ? "" : "374:" + event + '\n';
+    addUnlessEmpty(std::move(event));
     return agent::kSuccess;
   }
 
@@ -111,11 +111,11 @@ class Reference {
       }
     }
     markShown();
-    std::string event;
+    NodeEvent event{EVENT_TOPO_NODE_CREATED, {}};
     for (const TopoNode_T& node : more.topoNodes) {
-      event += ' ' + node.nodeId;
+      event.nodes.push_back(node.nodeId);
     }
-    events_ += event.empty() ? "" : "372:" + event + '\n';
+    addUnlessEmpty(std::move(event));
     return agent::kSuccess;
   }
 
@@ -216,13 +216,19 @@ class Reference {
                  labels.end());
   }
 
+  void addUnlessEmpty(NodeEvent event) {
+    if (!event.nodes.empty()) {
+      events_.push_back(std::move(event));
+    }
+  }
+
   Network network_;
-  std::string events_;
+  NodeEvents events_;
 };
 
-std::string withoutLabels(Network network) {
+Network withoutLabels(Network network) {
   network.objectLabels.clear();
-  return describe(network);
+  return network;
 }
 
 // The host and the oracle. The set of ids is small, so that many changes concern the same nodes.
@@ -256,10 +262,10 @@ class World {
   }
 
   void check() {
-    const std::string expected = withoutLabels(reference_.network());
+    const Network expected = withoutLabels(reference_.network());
     ASSERT_EQ(expected, host_->seen());
     ASSERT_EQ(expected, host_->stored());
-    events_ += host_->events();
+    takeEvents();
     ASSERT_EQ(reference_.events(), events_);
     for (int i = 0; i < 12; ++i) {
       const std::string id = subnetworkId(i);
@@ -267,8 +273,13 @@ class World {
     }
   }
 
+  void takeEvents() {
+    const NodeEvents events = host_->events();
+    events_.insert(events_.end(), events.begin(), events.end());
+  }
+
   void restart() {
-    events_ += host_->events();
+    takeEvents();
     host_.reset();
     host_ = std::make_unique<ChangingHost>(path_, Network());
   }
@@ -389,7 +400,7 @@ class World {
   const std::string path_;
   Reference reference_;
   std::unique_ptr<ChangingHost> host_;
-  std::string events_;
+  NodeEvents events_;
 };
 
 TEST(NetworkChangesProperty, EqualsAPlainListOfNodes) {

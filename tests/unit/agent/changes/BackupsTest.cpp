@@ -60,11 +60,11 @@ class BackupsTest : public testing::Test {
     return all;
   }
 
-  // What a store with this content holds.
-  std::string storedIn(const std::string& content) {
+  // The network in a store with this content.
+  agent::Network storedIn(const std::string& content) {
     SqliteStore store(directory_.write("backup.db", content));
     store.check();
-    return describe(store.read());
+    return store.read();
   }
 
   std::size_t files() const {
@@ -80,7 +80,7 @@ TEST_F(BackupsTest, AreStores) {
   for (const std::string& path : {path_, std::string(SqliteStore::kInMemory)}) {
     ChangingHost host(path, largeNetwork());
     Backups backups(host.writer());
-    EXPECT_EQ(describe(host.store().read()), storedIn(fetched(backups)));
+    EXPECT_EQ(host.store().read(), storedIn(fetched(backups)));
   }
 }
 
@@ -93,7 +93,7 @@ TEST_F(BackupsTest, ContainChangesThatAreCommittedBetweenSteps) {
     host.nodes().create(nodeOf("new", "node 0"));
     std::size_t removed = 0;
     host.nodes().remove("node 999", removed);  // what is not
-    EXPECT_EQ(describe(host.store().read()), storedIn(complete(host, std::move(copy))));
+    EXPECT_EQ(host.store().read(), storedIn(complete(host, std::move(copy))));
   }
 }
 
@@ -102,7 +102,7 @@ TEST_F(BackupsTest, ContainNoChangesAfterTheLastStep) {
   auto copy = host.writer().beginCopy();
   while (!host.writer().continueCopy(*copy)) {
   }
-  const std::string before = describe(host.store().read());
+  const agent::Network before = host.store().read();
   host.nodes().rename("node 0", "renamed");
   EXPECT_EQ(before, storedIn(complete(host, std::move(copy))));
 }
@@ -111,7 +111,7 @@ TEST_F(BackupsTest, AreMadeWhileChangesArePaused) {
   ChangingHost host(path_, wideNetwork(3));
   Backups backups(host.writer());
   const NetworkWriter::Pause pause(host.writer(), std::chrono::minutes(1));
-  EXPECT_EQ(describe(wideNetwork(3)), storedIn(fetched(backups)));
+  EXPECT_EQ(wideNetwork(3), storedIn(fetched(backups)));
 }
 
 TEST_F(BackupsTest, RemoveTheirFileInEveryState) {

@@ -1,9 +1,13 @@
-// Store, model and the services that change them, with the events that they raise.
+// A store, a model, the services that change both, and the raised events.
 
 #ifndef TESTS_UNIT_AGENT_CHANGES_CHANGINGHOST_H
 #define TESTS_UNIT_AGENT_CHANGES_CHANGINGHOST_H
 
+#include <gtest/gtest.h>
+
+#include <cstdint>
 #include <mutex>
+#include <ostream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -11,6 +15,7 @@
 #include "agent/changes/AttributeService.h"
 #include "agent/changes/NodeService.h"
 #include "agent/store/sqlite/SqliteStore.h"
+#include "platform/event/EventMgr.h"
 #include "tests/unit/agent/support/NetworkFiles.h"
 
 struct RaisedEvent {
@@ -19,16 +24,31 @@ struct RaisedEvent {
   std::vector<NS_DOMAIN::TopoNode_T> nodes;
 };
 
-// Such as "372: a b".
-inline std::string describe(const RaisedEvent& event) {
-  std::string text = std::to_string(event.id) + ':';
-  for (const auto& node : event.nodes) {
-    text += ' ' + node.nodeId;
-  }
-  return text;
+// An event with the ids of its nodes, for expectations.
+struct NodeEvent {
+  int id;
+  std::vector<std::string> nodes;
+};
+
+inline bool operator==(const NodeEvent& left, const NodeEvent& right) {
+  return left.id == right.id && left.nodes == right.nodes;
 }
 
-// What readers of a model see, without its labels.
+inline void PrintTo(const NodeEvent& event, std::ostream* out) {
+  *out << event.id << testing::PrintToString(event.nodes);
+}
+
+using NodeEvents = std::vector<NodeEvent>;
+
+inline NodeEvent withIds(const RaisedEvent& event) {
+  NodeEvent result{event.id, {}};
+  for (const auto& node : event.nodes) {
+    result.nodes.push_back(node.nodeId);
+  }
+  return result;
+}
+
+// The network in a model as readers see the network, without labels.
 inline agent::Network networkOf(const agent::NetworkModel& model) {
   agent::Network network;
   network.ems = model.ems();
@@ -58,7 +78,7 @@ inline agent::Network networkIn(agent::NetworkStore& store, const agent::Network
   return store.read();
 }
 
-// Opening one again on the same path is what a restart does.
+// A second ChangingHost on the same path simulates a restart.
 class ChangingHost {
  public:
   ChangingHost(const std::string& path, const agent::Network& network)
@@ -79,21 +99,23 @@ class ChangingHost {
     return std::exchange(events_, {});
   }
 
-  // The same, one a line.
-  std::string events() {
-    std::string text;
+  // As takeEvents(), with the ids of the nodes only.
+  NodeEvents events() {
+    NodeEvents result;
     for (const RaisedEvent& event : takeEvents()) {
-      text += describe(event) + '\n';
+      result.push_back(withIds(event));
     }
-    return text;
+    return result;
   }
 
-  std::string seen() const { return describe(networkOf(model_)); }
+  // The network as readers of the model see the network, without labels.
+  agent::Network seen() const { return networkOf(model_); }
 
-  std::string stored() {
+  // The stored network, without labels.
+  agent::Network stored() {
     agent::Network network = store_.read();
     network.objectLabels.clear();
-    return describe(network);
+    return network;
   }
 
  private:
@@ -110,17 +132,5 @@ class ChangingHost {
   agent::NodeService nodes_{writer_};
   agent::AttributeService attributes_{"E", writer_};
 };
-
-inline NS_DOMAIN::TopoNode_T nodeOf(const std::string& id, const std::string& parent,
-                                    std::uint32_t type = NS_DOMAIN::kTopoSubnetwork,
-                                    const std::string& name = "") {
-  NS_DOMAIN::TopoNode_T node;
-  node.nodeId = id;
-  node.parentId = parent;
-  node.nativeName = name;
-  node.nodeType = type;
-  node.parentType = NS_DOMAIN::kTopoSubnetwork;
-  return node;
-}
 
 #endif

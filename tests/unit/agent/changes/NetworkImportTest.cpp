@@ -43,15 +43,15 @@ class NetworkImport : public testing::Test {
   }
 
   void expectRefused(std::uint32_t code, const std::string& reason, Network network) {
-    const std::string before = describe(host_.store().read());
+    const agent::Network before = host_.store().read();
     summary_.topoNodes = 77;
     const Outcome outcome = import(std::move(network));
     EXPECT_EQ(code, outcome.code);
     EXPECT_EQ(reason, outcome.reason);
     EXPECT_EQ(0U, summary_.topoNodes);
-    EXPECT_EQ(before, describe(host_.store().read()));
+    EXPECT_EQ(before, host_.store().read());
     EXPECT_EQ(host_.stored(), host_.seen());
-    EXPECT_EQ("", host_.events());
+    EXPECT_EQ(NodeEvents(), host_.events());
   }
 
   ChangingHost host_{agent::SqliteStore::kInMemory, baseNetwork()};
@@ -69,14 +69,20 @@ TEST_F(NetworkImport, AppendsEveryList) {
     "clockPositions": [{"reference": "NE=9", "label": "nine", "values": [3, 4]}],
     "clockLinks": [{"id": "l", "name": "SDH/l", "a": "NE=1", "z": "NE=9"}],
     "objectLabels": [{"type": 201, "id": "l", "label": "Branch"}])"));
-  EXPECT_EQ(
-      "ems E\nnode core||Core|2|2|0|0\nnode NE=1|core||1|2|0|0\n"
-      "node NE=9|new||1|2|1|2|k=v\nnode new|core|New|2|2|0|0\nnode kind|NE=1||9|2|0|0\n"
-      "element 1||1\nelement 2|Two|0\nelement 9|Nine|1\nelement -4||0\n"
-      "position NE=1||0|0\nposition NE=9|nine|3|4\nlink k|||\nlink l|SDH/l|NE=1|NE=9\n",
-      host_.seen());
+  Network expected;
+  expected.ems = "E";
+  expected.topoNodes = {nodeOf("core", "", 2, "Core"), nodeOf("NE=1", "core", 1),
+                        nodeOf("NE=9", "new", 1), nodeOf("new", "core", 2, "New"),
+                        nodeOf("kind", "NE=1", 9)};
+  expected.topoNodes[2].attribute3 = 1;
+  expected.topoNodes[2].attribute4 = 2;
+  expected.topoNodes[2].extendedAttributes = {{"k", "v"}};
+  expected.networkElements = {{1, "", true}, {2, "Two"}, {9, "Nine", true}, {-4, ""}};
+  expected.clockPositions = {positionOf("NE=1"), positionOf("NE=9", "nine", 3, 4)};
+  expected.clockLinks = {linkOf("k"), linkOf("l", "SDH/l", "NE=1", "NE=9")};
+  EXPECT_EQ(expected, host_.seen());
   EXPECT_EQ("Branch", host_.model().labelOf(201, "l"));
-  EXPECT_EQ("372: NE=9 new kind\n", host_.events());
+  EXPECT_EQ((NodeEvents{{EVENT_TOPO_NODE_CREATED, {"NE=9", "new", "kind"}}}), host_.events());
   EXPECT_EQ(3U, summary_.topoNodes);
   EXPECT_EQ(2U, summary_.networkElements);
   EXPECT_EQ(1U, summary_.clockPositions);
@@ -87,7 +93,7 @@ TEST_F(NetworkImport, AppendsEveryList) {
 TEST_F(NetworkImport, RaisesNoEventForANetworkWithoutNodes) {
   expectImported(part(R"("networkElements": [{"number": 3}])"));
   expectImported(Network());
-  EXPECT_EQ("", host_.events());
+  EXPECT_EQ(NodeEvents(), host_.events());
   EXPECT_EQ(0U, summary_.networkElements);
 }
 
@@ -240,7 +246,7 @@ TEST_F(NetworkImport, AddsAWholeGraphmlNetwork) {
   const Outcome outcome =
       empty.nodes().import(valueOf(agent::readNetwork("dir/zoo.graphml", graph)), summary_);
   EXPECT_EQ(agent::kSuccess, outcome.code) << outcome.reason;
-  EXPECT_EQ("372: zoo NE=1 NE=2\n", empty.events());
+  EXPECT_EQ((NodeEvents{{EVENT_TOPO_NODE_CREATED, {"zoo", "NE=1", "NE=2"}}}), empty.events());
   EXPECT_EQ(1U, summary_.clockLinks);
   expectRefused(agent::kAlreadyExists, "topoNodes[1]: node \"NE=1\" exists already",
                 valueOf(agent::readNetwork("zoo.graphml", graph)));
@@ -308,7 +314,7 @@ TEST(CancelledImport, LeavesTheStoreUnchanged) {
   cancellation.request();
   EXPECT_THROW(store.commit(agent::NetworkAddition{sampleNetwork(), {}}, cancellation),
                agent::Cancelled);
-  EXPECT_EQ(describe(wideNetwork(3)), describe(store.read()));
+  EXPECT_EQ(wideNetwork(3), store.read());
   store.commit(agent::NetworkAddition{sampleNetwork(), {}});
 }
 

@@ -32,7 +32,7 @@ void expectAllOrNothing(ChangingHost& host, Change change) {
   int failures = 0;
   for (int spared = 0;; ++spared) {
     ASSERT_LT(spared, 5000);
-    const std::string before = host.seen();
+    const agent::Network before = host.seen();
     host.takeEvents();
     const Outcome outcome = [&] {
       const fakes::FailingNew failing(spared);

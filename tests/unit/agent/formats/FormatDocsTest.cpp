@@ -1,4 +1,4 @@
-// What is published about the native format agrees with what the reader does.
+// Compares the schema and the description of the native format with the reader.
 
 #include <gtest/gtest.h>
 

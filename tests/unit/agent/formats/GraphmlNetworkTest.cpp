@@ -1,4 +1,4 @@
-// Networks in GraphML: the mapping, and what is refused with which line.
+// Networks in GraphML: the mapping, and the reason of each rejection.
 
 #include <gtest/gtest.h>
 
@@ -39,27 +39,27 @@ std::string refusalOfLongitude(const std::string& degrees) {
 }
 
 TEST(GraphmlNetwork, BecomesSubnetworksElementsAndClockObjects) {
-  const std::string expected =
-      "ems G\n"
-      "node G|QNMAP_PHY_SUBMAP|G|2|2|0|0\n"
-      "node G/Norge|G|Norge|2|2|0|0\n"
-      "node G/Danmark|G|Danmark|2|2|0|0\n"
-      "node NE=1|G/Norge|Oslo|1|2|10746|59913\n"
-      "node NE=2|G|Nowhere|1|2|0|0\n"
-      "node NE=3|G/Danmark|Ålborg|1|2|-9919|57048\n"
-      "node NE=4|G/Norge||1|2|0|0\n"
-      "element 1|Oslo|1\n"
-      "element 2|Nowhere|1\n"
-      "element 3|Ålborg|1\n"
-      "element 4||1\n"
-      "position NE=1|Oslo|0|0\n"
-      "position NE=2|Nowhere|0|0\n"
-      "position NE=3|Ålborg|0|0\n"
-      "position NE=4||0|0\n"
-      "link e0|OC-3/Oslo-Ålborg|NE=1|NE=3\n"
-      "link e1|link/-Oslo|NE=4|NE=1\n"
-      "link e2|link/Oslo-Oslo|NE=1|NE=1\n";
-  EXPECT_EQ(expected, describe(readText(graph(R"(
+  agent::Network expected;
+  expected.ems = "G";
+  expected.topoNodes = {nodeOf("G", NS_DOMAIN::kPhysicalRoot, 2, "G"),
+                        nodeOf("G/Norge", "G", 2, "Norge"),
+                        nodeOf("G/Danmark", "G", 2, "Danmark"),
+                        nodeOf("NE=1", "G/Norge", 1, "Oslo"),
+                        nodeOf("NE=2", "G", 1, "Nowhere"),
+                        nodeOf("NE=3", "G/Danmark", 1, "Ålborg"),
+                        nodeOf("NE=4", "G/Norge", 1)};
+  expected.topoNodes[3].attribute3 = 10746;
+  expected.topoNodes[3].attribute4 = 59913;
+  expected.topoNodes[5].attribute3 = -9919;
+  expected.topoNodes[5].attribute4 = 57048;
+  expected.networkElements = {
+      {1, "Oslo", true}, {2, "Nowhere", true}, {3, "Ålborg", true}, {4, "", true}};
+  expected.clockPositions = {positionOf("NE=1", "Oslo"), positionOf("NE=2", "Nowhere"),
+                             positionOf("NE=3", "Ålborg"), positionOf("NE=4")};
+  expected.clockLinks = {linkOf("e0", "OC-3/Oslo-Ålborg", "NE=1", "NE=3"),
+                         linkOf("e1", "link/-Oslo", "NE=4", "NE=1"),
+                         linkOf("e2", "link/Oslo-Oslo", "NE=1", "NE=1")};
+  EXPECT_EQ(expected, readText(graph(R"(
     <edge source="n0" target="n2"><data key="t">OC-3</data></edge>
     <node id="n0"><data key="c">Norge</data><data key="l">Oslo</data>
       <data key="x">10.74609</data><data key="y">59.91273</data></node>
@@ -68,14 +68,19 @@ TEST(GraphmlNetwork, BecomesSubnetworksElementsAndClockObjects) {
       <data key="x">-9.9187</data><data key="y"> 57.048 </data></node>
     <edge source="n3" target="n0"><data key="el">unused</data></edge>
     <node id="n3"><data key="c">Norge</data><data key="x"/></node>
-    <edge source="n0" target="n0"/>)"))));
+    <edge source="n0" target="n0"/>)")));
 }
 
 TEST(GraphmlNetwork, WithoutALabelIsNamedAfterTheFile) {
-  EXPECT_EQ("ems my.net\nnode my.net|QNMAP_PHY_SUBMAP|my.net|2|2|0|0\n",
-            describe(readText(graphml("<graph/>"), "my.net.graphml")));
-  EXPECT_EQ("ems net\nnode net|QNMAP_PHY_SUBMAP|net|2|2|0|0\n",
-            describe(readText(graphml(R"(<graph><data key="g"></data></graph>)"), "net.xml")));
+  const auto expected = [](const std::string& name) {
+    agent::Network network;
+    network.ems = name;
+    network.topoNodes = {nodeOf(name, NS_DOMAIN::kPhysicalRoot, 2, name)};
+    return network;
+  };
+  EXPECT_EQ(expected("my.net"), readText(graphml("<graph/>"), "my.net.graphml"));
+  EXPECT_EQ(expected("net"),
+            readText(graphml(R"(<graph><data key="g"></data></graph>)"), "net.xml"));
 }
 
 TEST(GraphmlNetwork, RoundsHalvesOfAThousandthAwayFromZero) {

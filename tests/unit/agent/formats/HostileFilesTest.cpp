@@ -1,4 +1,4 @@
-// Files that cannot be read, and files made to harm whoever reads them.
+// Unreadable files, and files that attack their reader.
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>

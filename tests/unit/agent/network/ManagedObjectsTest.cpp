@@ -1,4 +1,4 @@
-// What names mean, how they are shown, and which object a record is part of.
+// Parsing and formatting of names, and the object of each record.
 
 #include "agent/network/ManagedObjects.h"
 
@@ -9,54 +9,44 @@
 
 namespace {
 
+using agent::NumberedObject;
 using agent::ObjectKey;
 
-std::string describe(const ObjectKey& key) {
-  return std::to_string(key.type) + ' ' + key.id;
+Pairs nameWith(const std::string& objectClass, const std::string& value) {
+  return {{"EMS", "E"}, {objectClass, value}};
 }
 
-// The key of a name, or what is wrong with it.
-std::string meaningOf(const Pairs& pairs) {
+std::optional<ObjectKey> keyOfName(const std::string& objectClass, const std::string& value) {
   std::string problem;
-  const auto key = agent::parseObjectName(nameOf(pairs), "E", problem);
-  return key ? describe(*key) : problem;
+  return agent::parseObjectName(nameOf(nameWith(objectClass, value)), "E", problem);
 }
 
-std::string meaningOf(const std::string& objectClass, const std::string& value) {
-  return meaningOf({{"EMS", "E"}, {objectClass, value}});
-}
-
-std::string describe(const std::optional<agent::NumberedObject>& object) {
-  return object ? std::to_string(object->type) + ' ' + std::to_string(object->number) : "none";
-}
-
-std::string objectOfNode(const std::string& id) {
-  return describe(agent::objectOfElementNode(id));
-}
-
-std::string objectOfReference(const std::string& reference) {
-  return describe(agent::objectOfClockReference(reference));
+// The problem of a malformed name; empty for a valid name.
+std::string problemOf(const Pairs& pairs) {
+  std::string problem;
+  return agent::parseObjectName(nameOf(pairs), "E", problem) ? "" : problem;
 }
 
 TEST(ManagedObjects, ParseEveryClassOfNames) {
-  EXPECT_EQ("1 NE=5", meaningOf("ManagedElement", "5"));
-  EXPECT_EQ("2 ONE=0", meaningOf("ONE", "0"));
-  EXPECT_EQ("3 OS=2147483647", meaningOf("OS", "2147483647"));
-  EXPECT_EQ("54 a/b", meaningOf("TopoSubnetwork", "a/b"));
-  EXPECT_EQ("201 k", meaningOf("ClockTopoLinkId", "k"));
-  EXPECT_EQ("201 ", meaningOf("ClockTopoLinkId", ""));
+  EXPECT_EQ((ObjectKey{1, "NE=5"}), keyOfName("ManagedElement", "5"));
+  EXPECT_EQ((ObjectKey{2, "ONE=0"}), keyOfName("ONE", "0"));
+  EXPECT_EQ((ObjectKey{3, "OS=2147483647"}), keyOfName("OS", "2147483647"));
+  EXPECT_EQ((ObjectKey{54, "a/b"}), keyOfName("TopoSubnetwork", "a/b"));
+  EXPECT_EQ((ObjectKey{201, "k"}), keyOfName("ClockTopoLinkId", "k"));
+  EXPECT_EQ((ObjectKey{201, ""}), keyOfName("ClockTopoLinkId", ""));
 }
 
 TEST(ManagedObjects, ReportTheProblemOfAMalformedName) {
-  EXPECT_EQ("it has 0 pairs instead of 2", meaningOf(Pairs{}));
-  EXPECT_EQ("it has 1 pair instead of 2", meaningOf({{"EMS", "E"}}));
-  EXPECT_EQ("it has 1000000 pairs instead of 2", meaningOf(Pairs(1000000, {"EMS", "E"})));
-  EXPECT_EQ("its first pair is not the \"EMS\"", meaningOf({{"OS", "1"}, {"EMS", "E"}}));
-  EXPECT_EQ("the \"EMS\" is not \"E\"", meaningOf({{"EMS", "e"}, {"OS", "1"}}));
-  EXPECT_EQ("\"NE\" is no class of objects", meaningOf("NE", "1"));
-  EXPECT_EQ("the value of \"OS\" is no number of an object", meaningOf("OS", "01"));
-  EXPECT_EQ("the value of \"OS\" is no number of an object", meaningOf("OS", longText('1')));
-  EXPECT_EQ("the value of \"TopoSubnetwork\" is empty", meaningOf("TopoSubnetwork", ""));
+  EXPECT_EQ("it has 0 pairs instead of 2", problemOf(Pairs{}));
+  EXPECT_EQ("it has 1 pair instead of 2", problemOf({{"EMS", "E"}}));
+  EXPECT_EQ("it has 1000000 pairs instead of 2", problemOf(Pairs(1000000, {"EMS", "E"})));
+  EXPECT_EQ("its first pair is not the \"EMS\"", problemOf({{"OS", "1"}, {"EMS", "E"}}));
+  EXPECT_EQ("the \"EMS\" is not \"E\"", problemOf({{"EMS", "e"}, {"OS", "1"}}));
+  EXPECT_EQ("\"NE\" is no class of objects", problemOf(nameWith("NE", "1")));
+  EXPECT_EQ("the value of \"OS\" is no number of an object", problemOf(nameWith("OS", "01")));
+  EXPECT_EQ("the value of \"OS\" is no number of an object",
+            problemOf(nameWith("OS", longText('1'))));
+  EXPECT_EQ("the value of \"TopoSubnetwork\" is empty", problemOf(nameWith("TopoSubnetwork", "")));
 }
 
 TEST(ManagedObjects, FormatNamesShortAndPrintable) {
@@ -77,43 +67,43 @@ TEST(ManagedObjects, FormatKeysAsTheirNames) {
 }
 
 TEST(ManagedObjects, DeriveElementNodesFromTheClassOfTheLastTerm) {
-  EXPECT_EQ("1 5", objectOfNode("NE=5"));
-  EXPECT_EQ("1 5", objectOfNode("ONE=6,NE=5"));
-  EXPECT_EQ("2 6", objectOfNode("NE=5,ONE=6"));
-  EXPECT_EQ("3 7", objectOfNode("OS=7"));
-  EXPECT_EQ("1 8", objectOfNode("EQ=8"));
-  EXPECT_EQ("1 8", objectOfNode("8"));
-  EXPECT_EQ("1 8", objectOfNode("8 and more"));
+  EXPECT_EQ((NumberedObject{1, 5}), agent::objectOfElementNode("NE=5"));
+  EXPECT_EQ((NumberedObject{1, 5}), agent::objectOfElementNode("ONE=6,NE=5"));
+  EXPECT_EQ((NumberedObject{2, 6}), agent::objectOfElementNode("NE=5,ONE=6"));
+  EXPECT_EQ((NumberedObject{3, 7}), agent::objectOfElementNode("OS=7"));
+  EXPECT_EQ((NumberedObject{1, 8}), agent::objectOfElementNode("EQ=8"));
+  EXPECT_EQ((NumberedObject{1, 8}), agent::objectOfElementNode("8"));
+  EXPECT_EQ((NumberedObject{1, 8}), agent::objectOfElementNode("8 and more"));
 }
 
 TEST(ManagedObjects, DeriveElementNodesWithoutAUsableNumber) {
-  EXPECT_EQ("none", objectOfNode("NE=x"));
-  EXPECT_EQ("2 0", objectOfNode("ONE=x"));
-  EXPECT_EQ("3 0", objectOfNode("OS="));
-  EXPECT_EQ("none", objectOfNode("EQ=x"));
-  EXPECT_EQ("none", objectOfNode("NE=5,x"));
-  EXPECT_EQ("none", objectOfNode("-3"));
-  EXPECT_EQ("none", objectOfNode("0"));
-  EXPECT_EQ("1 0", objectOfNode("text"));
+  EXPECT_EQ(std::nullopt, agent::objectOfElementNode("NE=x"));
+  EXPECT_EQ((NumberedObject{2, 0}), agent::objectOfElementNode("ONE=x"));
+  EXPECT_EQ((NumberedObject{3, 0}), agent::objectOfElementNode("OS="));
+  EXPECT_EQ(std::nullopt, agent::objectOfElementNode("EQ=x"));
+  EXPECT_EQ(std::nullopt, agent::objectOfElementNode("NE=5,x"));
+  EXPECT_EQ(std::nullopt, agent::objectOfElementNode("-3"));
+  EXPECT_EQ(std::nullopt, agent::objectOfElementNode("0"));
+  EXPECT_EQ((NumberedObject{1, 0}), agent::objectOfElementNode("text"));
 }
 
 TEST(ManagedObjects, DeriveClockReferencesFromTheNumberAfterTheEqualsSign) {
-  EXPECT_EQ("1 5", objectOfReference("NE=5"));
-  EXPECT_EQ("1 5", objectOfReference("anything=5"));
-  EXPECT_EQ("1 0", objectOfReference("NE="));
-  EXPECT_EQ("none", objectOfReference("5"));
-  EXPECT_EQ("none", objectOfReference("NE=-5"));
+  EXPECT_EQ((NumberedObject{1, 5}), agent::objectOfClockReference("NE=5"));
+  EXPECT_EQ((NumberedObject{1, 5}), agent::objectOfClockReference("anything=5"));
+  EXPECT_EQ((NumberedObject{1, 0}), agent::objectOfClockReference("NE="));
+  EXPECT_EQ(std::nullopt, agent::objectOfClockReference("5"));
+  EXPECT_EQ(std::nullopt, agent::objectOfClockReference("NE=-5"));
 }
 
 TEST(ManagedObjects, HaveNumbersOnlyInNumberedClasses) {
-  EXPECT_EQ("1 5", describe(agent::numberedObject({1, "NE=5"})));
-  EXPECT_EQ("2 5", describe(agent::numberedObject({2, "ONE=5"})));
-  EXPECT_EQ("none", describe(agent::numberedObject({54, "NE=5"})));
-  EXPECT_EQ("none", describe(agent::numberedObject({1, ""})));
-  EXPECT_EQ("none", describe(agent::numberedObject({1, "NE=x"})));
-  EXPECT_EQ("none", describe(agent::numberedObject({1, "XX=5"})));
-  EXPECT_EQ("none", describe(agent::numberedObject({1, "NE:5"})));
-  EXPECT_EQ("none", describe(agent::numberedObject({2, "NE=55"})));
+  EXPECT_EQ((NumberedObject{1, 5}), agent::numberedObject({1, "NE=5"}));
+  EXPECT_EQ((NumberedObject{2, 5}), agent::numberedObject({2, "ONE=5"}));
+  EXPECT_EQ(std::nullopt, agent::numberedObject({54, "NE=5"}));
+  EXPECT_EQ(std::nullopt, agent::numberedObject({1, ""}));
+  EXPECT_EQ(std::nullopt, agent::numberedObject({1, "NE=x"}));
+  EXPECT_EQ(std::nullopt, agent::numberedObject({1, "XX=5"}));
+  EXPECT_EQ(std::nullopt, agent::numberedObject({1, "NE:5"}));
+  EXPECT_EQ(std::nullopt, agent::numberedObject({2, "NE=55"}));
 }
 
 TEST(NumberedObject, HasTheInverseKey) {

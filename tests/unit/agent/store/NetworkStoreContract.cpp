@@ -32,7 +32,7 @@ std::string contentOf(agent::StoreCopy& copy) {
 
 TEST_P(NetworkStoreContract, IsNewUntilANetworkIsLoaded) {
   EXPECT_TRUE(store().isNew());
-  EXPECT_EQ(describe(Network()), describe(store().read()));
+  EXPECT_EQ(Network(), store().read());
   store().load(Network());
   EXPECT_FALSE(store().isNew());
   reopen();
@@ -46,16 +46,16 @@ TEST_P(NetworkStoreContract, IsNotNewAfterAnAddition) {
 
 TEST_P(NetworkStoreContract, KeepsEveryFieldAndOrder) {
   store().load(sampleNetwork());
-  EXPECT_EQ(describe(sampleNetwork()), describe(store().read()));
+  EXPECT_EQ(sampleNetwork(), store().read());
   reopen();
-  EXPECT_EQ(describe(sampleNetwork()), describe(store().read()));
+  EXPECT_EQ(sampleNetwork(), store().read());
   EXPECT_NO_THROW(store().check());
 }
 
 TEST_P(NetworkStoreContract, RejectsASecondLoad) {
   store().load(sampleNetwork());
   EXPECT_THROW(store().load(wideNetwork(2)), StoreError);
-  EXPECT_EQ(describe(sampleNetwork()), describe(store().read()));
+  EXPECT_EQ(sampleNetwork(), store().read());
 }
 
 TEST_P(NetworkStoreContract, StaysNewWhenALoadFails) {
@@ -63,7 +63,7 @@ TEST_P(NetworkStoreContract, StaysNewWhenALoadFails) {
   network.topoNodes.push_back(network.topoNodes.front());
   EXPECT_THROW(store().load(network), StoreError);
   EXPECT_TRUE(store().isNew());
-  EXPECT_EQ(describe(Network()), describe(store().read()));
+  EXPECT_EQ(Network(), store().read());
 }
 
 TEST_P(NetworkStoreContract, AppendsAnAdditionToEveryList) {
@@ -79,7 +79,7 @@ TEST_P(NetworkStoreContract, AppendsAnAdditionToEveryList) {
   whole.networkElements[0].shown = true;
   reopen();
   const Network stored = store().read();
-  EXPECT_EQ(describe(whole), describe(stored));
+  EXPECT_EQ(whole, stored);
   EXPECT_TRUE(stored.networkElements[0].shownForNode);
   EXPECT_FALSE(stored.networkElements[3].shownForNode);
   EXPECT_TRUE(stored.networkElements[4].shownForNode);
@@ -91,7 +91,7 @@ TEST_P(NetworkStoreContract, RejectsAnAdditionOfAStoredObjectAsAWhole) {
   more.clockLinks.resize(1);
   more.clockLinks[0].linkId = "z";
   EXPECT_THROW(store().commit(NetworkAddition{more, {7}}), StoreError);
-  EXPECT_EQ(describe(sampleNetwork()), describe(store().read()));
+  EXPECT_EQ(sampleNetwork(), store().read());
 }
 
 TEST_P(NetworkStoreContract, ChangesNothingWhenAnAdditionIsCancelled) {
@@ -101,7 +101,7 @@ TEST_P(NetworkStoreContract, ChangesNothingWhenAnAdditionIsCancelled) {
                agent::Cancelled);
   EXPECT_TRUE(store().isNew());
   store().commit(NetworkAddition{sampleNetwork(), {}});
-  EXPECT_EQ(describe(sampleNetwork()), describe(store().read()));
+  EXPECT_EQ(sampleNetwork(), store().read());
 }
 
 TEST_P(NetworkStoreContract, RemovesNodesAttributesAndMarks) {
@@ -117,7 +117,7 @@ TEST_P(NetworkStoreContract, RemovesNodesAttributesAndMarks) {
   network.topoNodes = {network.topoNodes[0], network.topoNodes[2]};
   network.networkElements[2].shown = false;
   network.objectLabels.erase(network.objectLabels.begin());
-  EXPECT_EQ(describe(network), describe(store().read()));
+  EXPECT_EQ(network, store().read());
   EXPECT_NO_THROW(store().check());
 }
 
@@ -135,7 +135,7 @@ TEST_P(NetworkStoreContract, RenamesRecordsOfEveryList) {
   network.clockPositions[0].label = "new";
   network.clockLinks[0].nativeName = "new";
   reopen();
-  EXPECT_EQ(describe(network), describe(store().read()));
+  EXPECT_EQ(network, store().read());
 }
 
 TEST_P(NetworkStoreContract, ReplacesAndRemovesALabel) {
@@ -239,7 +239,7 @@ TEST_P(NetworkStoreContract, CopiesTheStoreAfterTheLastStep) {
   const std::string content = contentOf(*copy);
   store().commit(NetworkRemoval{sampleNetwork().topoNodes, {kLink}, {}});
   const auto restored = GetParam().restore(directory_.file("copy"), content, kNow);
-  EXPECT_EQ(describe(sampleNetwork()), describe(restored->read()));
+  EXPECT_EQ(sampleNetwork(), restored->read());
   EXPECT_EQ("me", GetParam().ownerOf(*restored, kLink));
 }
 

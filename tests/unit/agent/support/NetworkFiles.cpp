@@ -1,7 +1,7 @@
 #include "tests/unit/agent/support/NetworkFiles.h"
 
-#include <sstream>
 #include <stdexcept>
+#include <tuple>
 #include <utility>
 
 #include "agent/formats/NetworkReader.h"
@@ -39,9 +39,83 @@ std::string longText(char character) {
   return text;
 }
 
-std::string describe(const agent::Network& network) {
-  std::ostringstream out;
-  out << "ems " << network.ems << '\n';
+NS_DOMAIN::TopoNode_T nodeOf(const std::string& id, const std::string& parent, std::uint32_t type,
+                             const std::string& name) {
+  NS_DOMAIN::TopoNode_T node;
+  node.nodeId = id;
+  node.parentId = parent;
+  node.nativeName = name;
+  node.nodeType = type;
+  node.parentType = NS_DOMAIN::kTopoSubnetwork;
+  return node;
+}
+
+NS_DOMAIN::ClockPositionInfo_T positionOf(const std::string& reference, const std::string& label,
+                                          std::int32_t value1, std::int32_t value2) {
+  NS_DOMAIN::ClockPositionInfo_T position;
+  position.reference = reference;
+  position.label = label;
+  position.value1 = value1;
+  position.value2 = value2;
+  return position;
+}
+
+NS_DOMAIN::ClockTopoLinkInfo_T linkOf(const std::string& id, const std::string& name,
+                                      const std::string& aEnd, const std::string& zEnd) {
+  NS_DOMAIN::ClockTopoLinkInfo_T link;
+  link.linkId = id;
+  link.nativeName = name;
+  link.aEndReference = aEnd;
+  link.zEndReference = zEnd;
+  return link;
+}
+
+namespace NS_DOMAIN {
+
+bool operator==(const TopoNode_T& left, const TopoNode_T& right) {
+  const auto fields = [](const TopoNode_T& node) {
+    return std::tie(node.nodeId, node.parentId, node.nativeName, node.nodeType, node.parentType,
+                    node.attribute3, node.attribute4, node.extendedAttributes);
+  };
+  return fields(left) == fields(right);
+}
+
+bool operator==(const ClockPositionInfo_T& left, const ClockPositionInfo_T& right) {
+  const auto fields = [](const ClockPositionInfo_T& position) {
+    return std::tie(position.reference, position.label, position.value1, position.value2);
+  };
+  return fields(left) == fields(right);
+}
+
+bool operator==(const ClockTopoLinkInfo_T& left, const ClockTopoLinkInfo_T& right) {
+  const auto fields = [](const ClockTopoLinkInfo_T& link) {
+    return std::tie(link.linkId, link.nativeName, link.aEndReference, link.zEndReference);
+  };
+  return fields(left) == fields(right);
+}
+
+}  // namespace NS_DOMAIN
+
+namespace agent {
+
+bool operator==(const NetworkElement& left, const NetworkElement& right) {
+  return left.number == right.number && left.name == right.name && left.shown == right.shown;
+}
+
+bool operator==(const ObjectLabel& left, const ObjectLabel& right) {
+  return left.type == right.type && left.id == right.id && left.label == right.label;
+}
+
+bool operator==(const Network& left, const Network& right) {
+  return left.ems == right.ems && left.topoNodes == right.topoNodes &&
+         left.networkElements == right.networkElements &&
+         left.clockPositions == right.clockPositions && left.clockLinks == right.clockLinks &&
+         left.objectLabels == right.objectLabels;
+}
+
+void PrintTo(const Network& network, std::ostream* stream) {
+  std::ostream& out = *stream;
+  out << "\nems " << network.ems << '\n';
   for (const auto& node : network.topoNodes) {
     out << "node " << node.nodeId << '|' << node.parentId << '|' << node.nativeName << '|'
         << node.nodeType << '|' << node.parentType << '|' << node.attribute3 << '|'
@@ -65,8 +139,9 @@ std::string describe(const agent::Network& network) {
   for (const auto& label : network.objectLabels) {
     out << "label " << label.type << '|' << label.id << '|' << label.label << '\n';
   }
-  return out.str();
 }
+
+}  // namespace agent
 
 agent::Network sampleNetwork() {
   return readText(withFormat(R"(
