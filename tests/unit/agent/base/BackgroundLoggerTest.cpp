@@ -1,4 +1,4 @@
-// A log that is written by a thread of its own.
+// A logger that writes lines on a separate thread.
 
 #include "agent/base/BackgroundLogger.h"
 
@@ -24,7 +24,7 @@ using testing::HasSubstr;
 
 constexpr milliseconds kLong{60000};
 
-// Takes lines; the first one may take as long as the test wants.
+// Receives lines, and blocks in the first line until the test continues.
 class Reader {
  public:
   explicit Reader(bool blocks) {

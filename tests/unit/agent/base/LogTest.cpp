@@ -1,4 +1,4 @@
-// Which messages the log writes, and how a line of the log looks.
+// Levels of the log, and the format of its lines.
 
 #include "agent/base/Log.h"
 

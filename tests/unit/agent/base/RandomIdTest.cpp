@@ -1,4 +1,4 @@
-// Ids of objects that clients cannot guess.
+// Unguessable object ids.
 
 #include "agent/base/RandomId.h"
 
@@ -26,7 +26,7 @@ TEST(RandomObjectId, NeverRepeats) {
   }
 }
 
-// Each octet is drawn: one that never changes has the same value in all of 64 ids with a
+// Every octet is random: a random octet has the same value in all of 64 ids with a
 // probability of 2^-504.
 TEST(RandomObjectId, DrawsEveryOctet) {
   std::set<char> values[16];

@@ -1,4 +1,4 @@
-// How often refusals are logged.
+// The rate limit of logged refusals.
 
 #include "agent/base/RefusalLog.h"
 

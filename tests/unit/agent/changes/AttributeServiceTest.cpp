@@ -1,4 +1,4 @@
-// The common attributes: what is kept, what is refused and why.
+// The common attributes: stored values, and the codes and reasons of failures.
 
 #include "agent/changes/AttributeService.h"
 
@@ -67,7 +67,7 @@ NVSList_T link(const std::string& id) {
   return object("ClockTopoLinkId", id);
 }
 
-// Store, model and service of an agent. Opening it again is what a restart does.
+// Store, model and service of an agent. A second object on the same store simulates a restart.
 class Host {
  public:
   explicit Host(const std::string& path)
@@ -127,7 +127,7 @@ class AttributeServiceTest : public testing::Test {
     EXPECT_EQ(reason, outcome.reason);
   }
 
-  // The stored list after a merge of pairs; the reason in brackets when it is refused.
+  // The stored list after a merge of pairs; after a failure the reason in brackets.
   Pairs merged(const NVSList_T& name, const Pairs& pairs) {
     NVSList_T list = nameOf(pairs);
     const Outcome outcome = service().setAdditionalInfo(name, list);
@@ -383,7 +383,7 @@ TEST_F(AttributeServiceTest, MergesManyPairs) {
   EXPECT_EQ(pairs, merged(link("k1"), pairs));
 }
 
-// So that what is stored can be sent back.
+// The limit keeps a reply, which contains the whole information, within the size of a message.
 TEST_F(AttributeServiceTest, RejectsInformationAboveTheSizeLimit) {
   const NVSList_T name = element("5");
   Pairs most;
@@ -479,7 +479,7 @@ void limitFileSize(rlim_t bytes) {
   setrlimit(RLIMIT_FSIZE, &limit);
 }
 
-// In a process of its own, whose files may not grow for a while. Its status counts what is wrong.
+// Runs in a child process with a file size limit. The exit status is the number of failed checks.
 TEST_F(AttributeServiceTest, RecoversFromAFailureOfTheStore) {
   host_.reset();
   const int status = statusOfChild([&] {
@@ -562,7 +562,8 @@ TEST_F(AttributeServiceTest, KeepsStoreAndModelEqualUnderManyThreads) {
   EXPECT_EQ(100U, merged(link("k1"), {}).size());
 }
 
-// Every setter finds its object, waits for the change that removes it, and must look again.
+// Every setter finds the object, waits for the change that removes the object, and must check
+// again.
 TEST(AttributeServiceRace, RejectsAnObjectThatAConcurrentChangeRemoved) {
   const NVSList_T name = subnetwork("a");
   NVSList_T info = nameOf({{"n", "v"}});

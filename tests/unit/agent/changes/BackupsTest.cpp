@@ -1,4 +1,4 @@
-// Backups of a store that is in use.
+// Backups of a store in use.
 
 #include "agent/changes/Backups.h"
 
@@ -22,7 +22,7 @@ using agent::Outcome;
 using agent::SqliteStore;
 using std::chrono::seconds;
 
-// Of some megabytes, so that copying takes several steps.
+// A network of some megabytes, so that copying takes several steps.
 Network largeNetwork() {
   Network network = wideNetwork(1000);
   for (NS_DOMAIN::TopoNode_T& node : network.topoNodes) {
@@ -33,7 +33,7 @@ Network largeNetwork() {
 
 class BackupsTest : public testing::Test {
  protected:
-  // Everything that the backup gives, in parts of at most the size that it promises.
+  // The content of all parts. Checks the size of each part.
   std::string fetched(Backups& backups) {
     std::uint64_t id = 0;
     EXPECT_EQ(agent::kSuccess, backups.begin(id).code);
@@ -176,7 +176,7 @@ TEST_F(BackupsTest, EndAfterTheLastPartAndByEnd) {
   EXPECT_EQ(agent::kEntityNotFound, backups.next(id, part).code);
 }
 
-// Cuts the copy that a backup is read from.
+// Truncates the copy of a backup.
 void cutCopy(std::size_t bytes) {
   std::filesystem::path copy;
   for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
@@ -204,7 +204,7 @@ TEST_F(BackupsTest, EndAfterAFailedRead) {
   EXPECT_EQ(agent::kSuccess, backups.begin(id).code);
 }
 
-// Lets the process open a few more files at most, as long as this lives.
+// Limits the number of further files that the process can open, until the end of the scope.
 class FewDescriptors {
  public:
   explicit FewDescriptors(int more) {
@@ -216,7 +216,7 @@ class FewDescriptors {
   FewDescriptors(const FewDescriptors&) = delete;
   FewDescriptors& operator=(const FewDescriptors&) = delete;
 
-  // The next one; the lowest that is free.
+  // The lowest free descriptor.
   static int next() {
     const int descriptor = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
     ::close(descriptor);

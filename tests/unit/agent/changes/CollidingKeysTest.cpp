@@ -16,7 +16,7 @@ using agent::Network;
 constexpr std::size_t kTexts = 2000;
 constexpr std::size_t kManyTexts = 8000;
 
-// Of importing a network, with the loading at the next start, which builds all tables anew.
+// The cost of an import and of the load at the next start, which builds all tables.
 double costOfImport(const Network& network) {
   return support::costOf([&] {
     ChangingHost host(agent::SqliteStore::kInMemory);
@@ -145,7 +145,7 @@ TEST(CollidingKeys, OfGraphmlDoNotSlowTheReader) {
                usual);
 }
 
-// No data names any of the keys.
+// The data uses none of the declared keys.
 TEST(GraphmlKeys, DoNotSlowTheSearchForData) {
   const auto graphml = [](std::size_t keys, std::size_t data) {
     std::string text = "<graphml>";

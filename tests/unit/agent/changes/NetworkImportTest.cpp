@@ -1,4 +1,4 @@
-// Networks that are added to the one that is served.
+// Imports of networks into the served network.
 
 #include <gtest/gtest.h>
 

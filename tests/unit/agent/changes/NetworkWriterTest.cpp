@@ -1,4 +1,4 @@
-// One change at a time, its event in the order of commits, and what keeps changes waiting.
+// Serialised changes, the order of their events, and pauses.
 
 #include "agent/changes/NetworkWriter.h"
 
@@ -181,7 +181,7 @@ TEST(NetworkWriter, PausesUnderAStreamOfChanges) {
   stop = true;
 }
 
-// The name that readers see last is that of the last event, and every event has its own.
+// The last name in the model is the name in the last event, and every event has a different name.
 TEST(NetworkWriter, RaisesEventsInTheOrderOfCommits) {
   const support::TemporaryDirectory directory;
   const std::string path = directory.file("store.db");
@@ -207,7 +207,8 @@ TEST(NetworkWriter, RaisesEventsInTheOrderOfCommits) {
   EXPECT_EQ(last, SqliteStore(path).read().topoNodes.at(0).nativeName);
 }
 
-// One change of every kind, around a node that is made and removed; how many went wrong.
+// Makes one change of every kind around a new node, and removes the node. Returns the number of
+// failures.
 int changeEverything(ChangingHost& host, const std::string& own) {
   std::size_t removed = 0;
   agent::ImportSummary summary;
@@ -256,7 +257,7 @@ TEST(NetworkWriter, KeepsStoreAndModelEqualUnderManyThreads) {
   EXPECT_EQ(50U, host.model().topoNodeCount());
 }
 
-// The kernel's way with such locks is to let readers go first for as long as there are any.
+// A plain reader-writer lock of the system prefers readers and would starve the writer.
 TEST(NetworkWriter, CommitsUnderAStreamOfReads) {
   NetworkModel model(wideNetwork(2000));
   std::atomic<bool> stop{false};

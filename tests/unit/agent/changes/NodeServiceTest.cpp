@@ -1,4 +1,4 @@
-// Nodes that come, go and get other names while the network is served.
+// Creates, removes and renames nodes of the served network.
 
 #include "agent/changes/NodeService.h"
 
@@ -59,7 +59,7 @@ class NodeServiceTest : public testing::Test {
     EXPECT_EQ(host_->stored(), host_->seen());
   }
 
-  // Refused, and nothing has happened.
+  // Expects a failure without any effect.
   template <typename Change>
   void expectRefused(std::uint32_t code, const std::string& reason, Change change) {
     const agent::Network before = host_->seen();
@@ -75,7 +75,7 @@ class NodeServiceTest : public testing::Test {
     expectRefused(code, reason, [&] { return nodes().create(node); });
   }
 
-  // How many nodes went.
+  // The number of removed nodes.
   std::size_t remove(const std::string& id) {
     std::size_t removed = 77;
     expectDone(nodes().remove(id, removed));
@@ -397,7 +397,7 @@ TEST_F(NodeServiceTest, RemovesManyNodesOfOneObjectInLinearTime) {
   EXPECT_EQ(100001U, removed);
 }
 
-// Nobody but a stranger's hand in the store can make one.
+// Only a manipulated store can contain a cycle.
 TEST(NodeServiceOnADamagedStore, RejectsTheRemovalOfANodeInACycle) {
   agent::Network network;
   network.topoNodes = {nodeOf("a", "b"), nodeOf("b", "a"), nodeOf("c", "gone")};
@@ -524,7 +524,7 @@ void limitFileSize(rlim_t bytes) {
   setrlimit(RLIMIT_FSIZE, &limit);
 }
 
-// In a process of its own, whose files may not grow for a while. Its status counts what is wrong.
+// Runs in a child process with a file size limit. The exit status is the number of failed checks.
 TEST_F(NodeServiceTest, RecoversFromAFailureOfTheStore) {
   host_.reset();
   const int status = statusOfChild([&] {

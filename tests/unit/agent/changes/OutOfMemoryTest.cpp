@@ -1,4 +1,4 @@
-// Changes for which there is no memory: whichever allocation fails, store and model stay alike.
+// Changes without memory: store and model stay equal whichever allocation fails.
 
 #include <gtest/gtest.h>
 
@@ -53,7 +53,7 @@ void expectAllOrNothing(ChangingHost& host, Change change) {
 
 class OutOfMemory : public testing::Test {
  protected:
-  // So many nodes that some change has to make room in an index.
+  // Enough nodes that some change grows an index.
   OutOfMemory() : host_(agent::SqliteStore::kInMemory, wideNetwork(13)) {}
 
   ChangingHost host_;

@@ -16,7 +16,7 @@ TEST(Decimal, RoundsHalvesAwayFromZero) {
   EXPECT_EQ(-180000, thousandthsOf("-179.9999"));
 }
 
-// The nearest binary number to each is below the half.
+// The nearest binary number to each of these numbers is below the half.
 TEST(Decimal, RoundsHalvesWithoutAnExactBinaryForm) {
   EXPECT_EQ(32384, thousandthsOf("32.3835"));
   EXPECT_EQ(-32384, thousandthsOf("-32.3835"));

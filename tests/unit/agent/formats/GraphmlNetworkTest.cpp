@@ -220,7 +220,7 @@ TEST(GraphmlNetwork, RejectsAGraphWithTheIdOfAnElement) {
       refusalOf(graphml("<graph><data key='g'>NE=1</data><node id='0'/></graph>"), "net.graphml"));
 }
 
-// The text stands in the file once, and would stand in the network once a node or edge.
+// The file contains the text once, the network would contain the text for every node or edge.
 TEST(GraphmlNetwork, RejectsALongTextRepeatedForEveryNode) {
   std::string nodes;
   for (int i = 0; i < 1000; ++i) {
@@ -257,7 +257,7 @@ TEST(GraphmlNetwork, RejectsAFileNameThatIsNotUtf8) {
             refusalOf(graphml("<graph/>"), "\xff.graphml"));
 }
 
-// How often a tag stands in a file.
+// The number of occurrences of a tag.
 std::size_t countOf(const std::string& tag, const std::string& text) {
   std::size_t count = 0;
   for (auto at = text.find(tag); at != std::string::npos; at = text.find(tag, at + 1)) {

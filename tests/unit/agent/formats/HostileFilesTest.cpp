@@ -131,7 +131,7 @@ TEST(NetworkReader, RejectsVeryLongNumbers) {
   EXPECT_LT(refusal.size(), 600U);
 }
 
-// Every prefix of a file is refused in one line, or is complete.
+// Every prefix of a file is rejected in one line, or is complete.
 void expectOneLineForEveryPrefix(const std::string& content) {
   for (std::size_t length = 0; length < content.size(); ++length) {
     const std::string refusal = refusalOf(content.substr(0, length));
@@ -150,7 +150,7 @@ TEST(NetworkReader, RejectsEveryTruncationOfAFile) {
       "</graphml>");
 }
 
-// Random damage never gets further than a refusal in one line.
+// Random damage leads to a rejection in one line at worst.
 void expectNoHarmFromDamage(const std::string& content) {
   std::mt19937 random(20240229);
   for (int round = 0; round < 2000; ++round) {

@@ -19,7 +19,7 @@ using NS_BUNDLEMGR1::SetIFBuf;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-// An interface that counts how many of its kind live.
+// An interface that counts its live objects.
 class CountedInterface : public ServiceInterface {
  public:
   CountedInterface() { ++live; }

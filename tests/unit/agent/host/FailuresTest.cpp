@@ -1,4 +1,4 @@
-// Which exception and which reason stand for a failure code.
+// The exception and the reason of each failure code.
 
 #include "platform/agent/Failures.h"
 

@@ -1,4 +1,4 @@
-// TMF names and domain ids, both ways.
+// Conversion of TMF names to domain ids and back.
 
 #include "agent/host/ObjectNaming.h"
 

@@ -28,7 +28,7 @@ using NS_CORBA::TAIteratorHelper;
 using NS_CORBA::TANotification;
 using NS_CORBA::TECommonFunc;
 
-// A manager that counts how many servants of this type live.
+// A manager that counts its live servants.
 class CountedManager final : public virtual POA_common::Common_I {
  public:
   explicit CountedManager(int& alive) : alive_(alive) { ++alive_; }

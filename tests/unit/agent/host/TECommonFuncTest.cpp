@@ -191,7 +191,7 @@ TEST_F(CommonAttributes, AreAllSupported) {
   EXPECT_STREQ("Supported", list[CORBA::ULong{1}].value.in());
 }
 
-// In a process of its own, whose files may not grow beyond what its log takes.
+// Runs in a child process with a file size limit that only the log stays within.
 TEST_F(CommonAttributes, ReportAFailureOfTheStoreInTheLogOnly) {
   const auto fail = [&] {
     signal(SIGXFSZ, SIG_IGN);

@@ -1,4 +1,4 @@
-// The store: what is kept, what is refused, and what a killed process leaves.
+// The store in SQLite: durability, rejected files, and the state after a killed process.
 
 #include "agent/store/sqlite/SqliteStore.h"
 
@@ -28,7 +28,7 @@ using agent::OwnerChange;
 using agent::SqliteStore;
 using agent::StoreError;
 
-// What opening a store says; empty when it opens.
+// The reason why a store cannot be opened; empty for a store that opens.
 std::string refusalOfStore(const std::string& path) {
   try {
     const SqliteStore store(path);
@@ -52,7 +52,7 @@ void makeDatabase(const std::string& path, const std::string& statements) {
   database.exec(statements);
 }
 
-// Asks from a process that has no locks of its own.
+// Looks for a lock of the file from a child process, which has no locks of its parent.
 bool isLockedForOthers(const std::string& path) {
   const int status = statusOfChild([&] {
     struct flock lock {};
@@ -70,7 +70,7 @@ std::size_t filesIn(const support::TemporaryDirectory& directory) {
 
 class SqliteStoreTest : public testing::Test {
  protected:
-  // The place is refused, for opening and for asking, and nothing in its directory has changed.
+  // Expects that the constructor and needsNetwork() fail, and that the directory is unchanged.
   void expectRefused(const std::string& path, const std::string& reason) {
     const std::size_t before = filesIn(directory_);
     EXPECT_EQ(path + ": " + reason, refusalOfStore(path));
