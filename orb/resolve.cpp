@@ -5,6 +5,7 @@
 #include <charconv>
 #include <optional>
 #include <string_view>
+#include <utility>
 
 #include "orb/naming.h"
 
@@ -116,12 +117,16 @@ CORBA::Object_ptr lookUp(CORBA::Object_ptr service, const std::string& name,
   }
 }
 
-// The ORB could resolve a corbaname itself, but it uses another timeout and reports an unbound name
-// like a malformed reference.
-CORBA::Object_ptr resolveName(CORBA::ORB_ptr orb, std::string_view reference,
-                              std::chrono::milliseconds timeout) {
+// The parts of a corbaname.
+struct NamedObject {
+  CORBA::Object_var service;
+  std::string name;
+};
+
+NamedObject parseCorbaname(CORBA::ORB_ptr orb, std::string_view reference,
+                           std::chrono::milliseconds timeout) {
   const std::size_t hash = std::min(reference.find('#'), reference.size());
-  const std::string name = unescape(reference.substr(std::min(hash + 1, reference.size())));
+  std::string name = unescape(reference.substr(std::min(hash + 1, reference.size())));
   if (name.empty()) {
     throw MalformedReference("it has no #NAME");
   }
@@ -129,10 +134,32 @@ CORBA::Object_ptr resolveName(CORBA::ORB_ptr orb, std::string_view reference,
   if (location.find('/') == std::string::npos) {
     location += "/NameService";
   }
-  const CORBA::Object_var service = parseCorbaloc(orb, location, timeout);
-  CORBA::Object_var object = lookUp(service.in(), name, timeout);
+  return {parseCorbaloc(orb, location, timeout), std::move(name)};
+}
+
+// The ORB could resolve a corbaname itself, but it uses another timeout and reports an unbound name
+// like a malformed reference.
+CORBA::Object_ptr resolveName(CORBA::ORB_ptr orb, std::string_view reference,
+                              std::chrono::milliseconds timeout) {
+  const NamedObject named = parseCorbaname(orb, reference, timeout);
+  CORBA::Object_var object = lookUp(named.service.in(), named.name, timeout);
   setCallTimeout(object.in(), timeout);
   return object._retn();
+}
+
+// REQUIRES: not a corbaname.
+CORBA::Object_ptr parseDirect(CORBA::ORB_ptr orb, std::string_view text,
+                              std::chrono::milliseconds timeout) {
+  if (hasScheme(text, kCorbaloc)) {
+    return parseCorbaloc(orb, text.substr(kCorbaloc.size()), timeout);
+  }
+  if (hasScheme(text, kIor)) {
+    if (text.size() == kIor.size()) {
+      throw MalformedReference("nothing follows IOR:");  // nil on some ORBs
+    }
+    return parse(orb, std::string(kIor).append(text.substr(kIor.size())), timeout);
+  }
+  throw MalformedReference("it starts with none of IOR:, corbaloc:, corbaname:");
 }
 
 }  // namespace
@@ -145,19 +172,21 @@ bool isCorbaname(const std::string& reference) {
 CORBA::Object_ptr resolve(CORBA::ORB_ptr orb, const std::string& reference,
                           std::chrono::milliseconds timeout) {
   const std::string_view text = reference;
-  if (hasScheme(text, kCorbaname)) {
-    return resolveName(orb, text.substr(kCorbaname.size()), timeout);
+  return isCorbaname(reference) ? resolveName(orb, text.substr(kCorbaname.size()), timeout)
+                                : parseDirect(orb, text, timeout);
+}
+
+void checkReference(CORBA::ORB_ptr orb, const std::string& reference) {
+  const std::string_view text = reference;
+  constexpr std::chrono::milliseconds kUnused{1};
+  if (isCorbaname(reference)) {
+    parseCorbaname(orb, text.substr(kCorbaname.size()), kUnused);
+    return;
   }
-  if (hasScheme(text, kCorbaloc)) {
-    return parseCorbaloc(orb, text.substr(kCorbaloc.size()), timeout);
+  const CORBA::Object_var object = parseDirect(orb, text, kUnused);
+  if (CORBA::is_nil(object.in())) {
+    throw MalformedReference("it is the reference of no object");
   }
-  if (hasScheme(text, kIor)) {
-    if (text.size() == kIor.size()) {
-      throw MalformedReference("nothing follows IOR:");  // nil on some ORBs
-    }
-    return parse(orb, std::string(kIor).append(text.substr(kIor.size())), timeout);
-  }
-  throw MalformedReference("it starts with none of IOR:, corbaloc:, corbaname:");
 }
 
 }  // namespace orb

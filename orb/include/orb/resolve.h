@@ -56,6 +56,10 @@ bool isCorbaname(const std::string& reference);
 CORBA::Object_ptr resolve(CORBA::ORB_ptr orb, const std::string& reference,
                           std::chrono::milliseconds timeout);
 
+// Checks the form of a reference without a call. Throws MalformedReference for a text that
+// resolve() does not accept, and for the IOR of nil. Thread-safety: any thread.
+void checkReference(CORBA::ORB_ptr orb, const std::string& reference);
+
 }  // namespace orb
 
 #endif

@@ -124,6 +124,18 @@ TEST_F(Resolve, RejectsANameThatTheNamingServiceCannotRead) {
   EXPECT_EQ("'a..b' is not a name", reasonAgainst("corbaname::" + address_ + "#a..b"));
 }
 
+TEST_F(Resolve, ChecksTheFormOfAReferenceWithoutACall) {
+  const SilentPeer peer;
+  for (const std::string& good : {peer.corbaloc(), "corbaname:" + peer.address() + "#a..b"}) {
+    EXPECT_NO_THROW(orb::checkReference(server_->get(), good)) << good;
+  }
+  const CORBA::String_var nil = server_->get()->object_to_string(CORBA::Object::_nil());
+  for (const std::string bad : {"", "nonsense", "IOR:", "IOR:xyz", "corbaname::127.0.0.1:1",
+                                "corbaname::127.0.0.1:1#a%00", nil.in()}) {
+    EXPECT_THROW(orb::checkReference(server_->get(), bad), MalformedReference) << bad;
+  }
+}
+
 TEST_F(Resolve, RejectsOtherSchemes) {
   for (const std::string reference : {"", "nonsense", "file:///dev/null", "127.0.0.1:1"}) {
     EXPECT_EQ("it starts with none of IOR:, corbaloc:, corbaname:", reasonAgainst(reference))
