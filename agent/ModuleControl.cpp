@@ -36,7 +36,32 @@ void ModuleControl::load() {
 
 void ModuleControl::reload() {
   const MutexLock lock(turn_);
-  startExchange().get();
+  try {
+    loader_.prepare();
+    startExchange().get();
+    reportReload("");
+  } catch (const std::exception& failure) {
+    reportReload(failure.what());
+    throw;
+  } catch (const CORBA::Exception& failure) {
+    reportReload(std::string("the ORB failed with ") + failure._name());
+    throw;
+  }
+}
+
+void ModuleControl::reportReload(const std::string& error) {
+  const MutexLock lock(report_);
+  lastReloadError_ = error;
+}
+
+std::string ModuleControl::version() const {
+  const MutexLock lock(report_);
+  return version_;
+}
+
+std::string ModuleControl::lastReloadError() const {
+  const MutexLock lock(report_);
+  return lastReloadError_;
 }
 
 // Uses another thread, because a thread within a request cannot wait for the end of a POA.
@@ -91,6 +116,10 @@ void ModuleControl::bringIn() {
   loader_.load();
   if (!northbound_.managers().serving(manager_)) {
     throw ModuleError("module " + module_.string() + ": it does not serve " + manager_);
+  }
+  {
+    const MutexLock lock(report_);
+    version_ = loader_.version();
   }
   ++loads_;
   state_ = State::kLoaded;

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <future>
+#include <string>
 
 #include "agent/bundle/ModuleLoader.h"
 #include "agent/changes/NetworkWriter.h"
@@ -41,9 +42,10 @@ class ModuleControl {
 
   void load();
 
-  // Unloads as unload() does, and loads. New changes of the network wait during the reload, so that
-  // a loaded module handles their events. After an exception the module is missing and another
-  // reload can load the module; when no thread could be started, the module continues to serve.
+  // Copies and checks the file, unloads the module as unload() does, and loads the copy. Changes of
+  // the network wait during the exchange, so that a loaded module handles every later event. When
+  // the check fails or no thread can be started, the loaded module continues to serve. After
+  // another exception the module is missing, and another reload can load the module.
   void reload();
 
   // Stops serving the objects of the module, waits until the module has handled all raised events
@@ -57,6 +59,12 @@ class ModuleControl {
   // The number of successful loads.
   std::uint32_t loads() const { return loads_.load(); }
 
+  // The version of the module that was loaded last; "" before the first load.
+  std::string version() const;
+
+  // The reason of the last reload if that failed; "" after a successful load.
+  std::string lastReloadError() const;
+
  private:
   using Deadline = std::chrono::steady_clock::time_point;
 
@@ -68,6 +76,7 @@ class ModuleControl {
   void takeOut(Deadline deadline) REQUIRES(turn_);
   Deadline eventDeadline() const;
   static std::chrono::milliseconds remainingTime(Deadline deadline);
+  void reportReload(const std::string& error);
 
   const char* const manager_;
   const std::filesystem::path module_;
@@ -80,6 +89,10 @@ class ModuleControl {
   ModuleLoader loader_ GUARDED_BY(turn_);
   std::atomic<State> state_{State::kMissing};
   std::atomic<std::uint32_t> loads_{0};
+
+  mutable Mutex report_;
+  std::string version_ GUARDED_BY(report_);
+  std::string lastReloadError_ GUARDED_BY(report_);
 };
 
 }  // namespace agent

@@ -8,6 +8,8 @@
 
 namespace {
 
+[[gnu::used, gnu::section(".topo.version")]] constexpr char kVersion[] = TOPO_VERSION;
+
 // Deletes the service object. The factory passes this function to the loader.
 void destroyService(void* _p) {
   if (_p == nullptr) {

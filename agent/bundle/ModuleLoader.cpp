@@ -3,7 +3,7 @@
 #include <dlfcn.h>
 
 #include <memory>
-#include <system_error>
+#include <string>
 #include <utility>
 
 #include "ace/DLL_Manager.h"
@@ -22,29 +22,11 @@ std::string symbolName() {
   return std::string("_make_") + kService;
 }
 
-// The error of the dynamic linker, with the file in front unless the linker names the file there.
-std::string dlerrorAbout(const std::string& file) {
-  const std::string text = dlerror();
-  return text.compare(0, file.size(), file) == 0 ? text : file + ": " + text;
-}
-
 using Library = std::unique_ptr<void, int (*)(void*)>;
 using Factory = ACE_Service_Object*(ACE_Service_Object_Exterminator*);
 
 Library open(const std::string& file, int flags) {
   return Library(dlopen(file.c_str(), RTLD_LAZY | RTLD_LOCAL | flags), dlclose);
-}
-
-// Opens and closes the library, to get the error of the dynamic linker. The configurator prints
-// that error and returns no reason.
-void checkFile(const std::string& file) {
-  const Library library = open(file, 0);
-  if (!library) {
-    throw ModuleError("module " + dlerrorAbout(file));
-  }
-  if (dlsym(library.get(), symbolName().c_str()) == nullptr) {
-    throw ModuleError("module " + file + ": it has no " + symbolName());
-  }
 }
 
 // The name of the file, quoted for a directive. The configurator reads up to the last such quote of
@@ -113,13 +95,20 @@ ModuleLoader::~ModuleLoader() {
   unload();
 }
 
+void ModuleLoader::prepare() {
+  prepared_.reset();
+  auto copy = std::make_unique<ModuleCopy>(file_);
+  copy->check(symbolName());
+  prepared_ = std::move(copy);
+}
+
 void ModuleLoader::load() {
-  std::error_code status;
-  if (!std::filesystem::is_regular_file(file_, status)) {
-    throw ModuleError("module " + file_.string() + ": no such file");
+  if (!prepared_) {
+    prepare();
   }
-  path_ = std::filesystem::absolute(file_).string();
-  checkFile(path_);
+  const std::unique_ptr<ModuleCopy> copy = std::move(prepared_);
+  path_ = copy->path();
+  version_ = copy->version();
   std::string reason = process(std::string("dynamic ") + kService + " Service_Object * " +
                                quotedName(path_) + ":" + symbolName() + "()");
   loaded_ = true;
@@ -127,7 +116,7 @@ void ModuleLoader::load() {
     reason = "the service configurator does not know it";
   }
   failed_ = !reason.empty();
-  if (!reason.empty()) {
+  if (failed_) {
     throw ModuleError("module " + file_.string() + ": " + reason);
   }
 }

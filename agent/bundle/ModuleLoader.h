@@ -4,16 +4,13 @@
 #define AGENT_BUNDLE_MODULELOADER_H
 
 #include <filesystem>
-#include <stdexcept>
+#include <memory>
 #include <string>
 
-namespace agent {
+#include "agent/bundle/ModuleCopy.h"
+#include "agent/bundle/ModuleError.h"
 
-// The reason why the module cannot be loaded or started: one line with the file. A plain value.
-class ModuleError : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
+namespace agent {
 
 // Loads and unloads one module file.
 //
@@ -30,8 +27,13 @@ class ModuleLoader {
   ModuleLoader(const ModuleLoader&) = delete;
   ModuleLoader& operator=(const ModuleLoader&) = delete;
 
-  // Maps the file, and creates and initialises its service object. Throws ModuleError. After a
-  // failure the file may still be mapped: call unload.
+  // Copies the file for the next load() and checks the copy. A loaded module is not affected.
+  // Throws ModuleError when the file is missing, needs an undefined symbol, or has no factory; the
+  // next load() then makes a copy of its own.
+  void prepare();
+
+  // Maps the prepared copy, or a new copy, and creates and initialises its service object. Throws
+  // ModuleError. After a failure the copy may still be mapped: call unload. REQUIRES: not loaded.
   void load();
 
   // Calls fini, destroys the service object and unmaps the file. Does nothing when nothing is
@@ -41,9 +43,14 @@ class ModuleLoader {
 
   bool loaded() const { return loaded_; }
 
+  // The version of the loaded module. REQUIRES: loaded.
+  const std::string& version() const { return version_; }
+
  private:
   const std::filesystem::path file_;
-  std::string path_;  // absolute, of the last load
+  std::unique_ptr<ModuleCopy> prepared_;
+  std::string path_;     // of the mapped copy, which is removed from the disk
+  std::string version_;  // of the mapped copy
   bool loaded_ = false;
   bool failed_ = false;  // the last load failed: the library may still be mapped
 };

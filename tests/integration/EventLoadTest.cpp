@@ -543,6 +543,47 @@ TEST(ModuleReloadUnderLoad, AndStopAreInTimeRightAfterAnImport) {
   EXPECT_LT(Clock::now() - stop, std::chrono::seconds(10));
 }
 
+// Writes the content of `source` into the existing file `target`, as cp does.
+void overwrite(const std::string& target, const std::string& source) {
+  std::ofstream(target, std::ios::binary | std::ios::trunc) << support::readFile(source);
+}
+
+// The reason of the failed reload; empty after a successful reload.
+std::string reasonAgainstReload(TopoAgent::Console_I_ptr console) {
+  try {
+    console->reloadModule();
+    return "";
+  } catch (const globaldefs::ProcessingFailureException& failure) {
+    return failure.errorReason.in();
+  }
+}
+
+TEST(ModuleFile, MayBeOverwrittenWhileTheModuleServes) {
+  Client client;
+  const support::TemporaryDirectory directory;
+  const std::string module = directory.file("module.so");
+  std::filesystem::copy_file(TOPO_MODULE, module);
+  RunningAgent agent({"--ems-name", "E", "--module", module});
+  const TopoAgent::Console_I_var console = client.console(agent);
+  directory.write("module.so", std::string(100000, 'x'));
+  console->createNode(subnetworkNode("a", "", ""));
+  EXPECT_EQ(1U, nodesSeen(client.manager(agent)));
+  EXPECT_EQ("module " + module + ": invalid ELF header", reasonAgainstReload(console.in()));
+  overwrite(module, TOPO_IDL);
+  EXPECT_THAT(reasonAgainstReload(console.in()), testing::HasSubstr("it has no "));
+  EXPECT_EQ(1U, nodesSeen(client.manager(agent)));
+  TopoAgent::Status_T_var status = console->getStatus();
+  EXPECT_EQ(TopoAgent::MS_LOADED, status->moduleState);
+  EXPECT_EQ(1U, status->moduleLoads);
+  overwrite(module, TOPO_MODULE);
+  EXPECT_EQ("", reasonAgainstReload(console.in()));
+  status = console->getStatus();
+  EXPECT_EQ(2U, status->moduleLoads);
+  EXPECT_EQ(1U, nodesSeen(client.manager(agent)));
+  const support::Ended ended = agent.stop(SIGTERM);
+  EXPECT_EQ(0, ended.status) << ended.err;
+}
+
 TEST(ModuleReloadUnderLoad, CanBeRepeatedAfterAFailure) {
   Client client;
   const support::TemporaryDirectory directory;
@@ -551,18 +592,13 @@ TEST(ModuleReloadUnderLoad, CanBeRepeatedAfterAFailure) {
   RunningAgent agent({"--ems-name", "E", "--module", module});
   const TopoAgent::Console_I_var console = client.console(agent);
   DirectListener listener(client, client.session(agent));
-  std::filesystem::rename(module, module + ".away");
-  try {
-    console->reloadModule();
-    FAIL() << "a missing module is loaded";
-  } catch (const globaldefs::ProcessingFailureException& failure) {
-    EXPECT_THAT(failure.errorReason.in(), testing::HasSubstr("no such file"));
-  }
+  overwrite(module, TOPO_REFUSING_MODULE);
+  EXPECT_THAT(reasonAgainstReload(console.in()), testing::HasSubstr("module " + module + ": "));
   EXPECT_EQ(TopoAgent::MS_MISSING, TopoAgent::Status_T_var(console->getStatus())->moduleState);
   const CORBA::Object_var manager = client.object(agent.endpoint(), object_key::kManager);
   EXPECT_THROW(manager->_non_existent(), CORBA::TRANSIENT);
   console->createNode(subnetworkNode("meanwhile", "", ""));
-  std::filesystem::rename(module + ".away", module);
+  overwrite(module, TOPO_MODULE);
   console->reloadModule();
   EXPECT_EQ(1U, nodesSeen(client.manager(agent)));
   console->createNode(subnetworkNode("after", "", ""));

@@ -6,6 +6,7 @@
 #endif
 
 #include <atomic>
+#include <filesystem>
 #include <future>
 #include <thread>
 
@@ -23,6 +24,7 @@
 #include "orb/idl/TopoManagementManager.h"
 #include "platform/bundlemgr/ServiceInterface.h"
 #include "platform/security/SecurityIF.h"
+#include "tests/support/EnvironmentVariable.h"
 #include "tests/support/NoThreads.h"
 #include "tests/support/RejectingManager.h"
 #include "tests/support/Task.h"
@@ -85,6 +87,22 @@ TEST(ModuleReload, UnloadsFiftyTimesAndServesInBetween) {
     loader.unload();
     ASSERT_FALSE(host.northbound().managers().serving("TopoManagement"));
   }
+  EXPECT_FALSE(mapped());
+}
+
+TEST(ModuleReload, LeavesNoCopyOfTheModuleOnTheDisk) {
+  ModuleHost host;
+  const support::TemporaryDirectory directory;
+  const support::EnvironmentVariable place("TMPDIR", directory.path());
+  agent::ModuleLoader loader(TOPO_MODULE);
+  loader.prepare();
+  EXPECT_FALSE(std::filesystem::is_empty(directory.path()));
+  host.northbound().open();
+  loader.load();
+  EXPECT_TRUE(std::filesystem::is_empty(directory.path()));
+  EXPECT_EQ(7U, host.capabilities());
+  host.northbound().retire();
+  loader.unload();
   EXPECT_FALSE(mapped());
 }
 

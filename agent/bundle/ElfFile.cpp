@@ -1,0 +1,99 @@
+#include "agent/bundle/ElfFile.h"
+
+#include <link.h>
+
+#include <algorithm>
+
+#include <cstdint>
+#include <cstring>
+#include <fstream>
+#include <optional>
+
+namespace agent {
+namespace {
+
+constexpr std::size_t kLongestText = 100;
+
+// Reads values of trivial types at offsets. Every read may fail: the file is input from outside.
+class ElfReader {
+ public:
+  explicit ElfReader(const std::string& file) : stream_(file, std::ios::binary) {
+    stream_.seekg(0, std::ios::end);
+    size_ = stream_ ? static_cast<std::uint64_t>(stream_.tellg()) : 0;
+  }
+
+  std::uint64_t size() const { return size_; }
+
+  // The header of an ELF file of this machine's word size.
+  std::optional<ElfW(Ehdr)> header() {
+    constexpr unsigned char kClass = sizeof(void*) == 8 ? ELFCLASS64 : ELFCLASS32;
+    const auto header = read<ElfW(Ehdr)>(0);
+    const bool isElf = header && std::memcmp(header->e_ident, ELFMAG, SELFMAG) == 0 &&
+                       header->e_ident[EI_CLASS] == kClass;
+    return isElf ? header : std::nullopt;
+  }
+
+  std::optional<ElfW(Shdr)> section(const ElfW(Ehdr) & header, std::uint64_t index) {
+    if (header.e_shentsize != sizeof(ElfW(Shdr))) {
+      return std::nullopt;
+    }
+    return read<ElfW(Shdr)>(header.e_shoff + index * sizeof(ElfW(Shdr)));
+  }
+
+  // The bytes at the offset up to the first NUL, the limit, or the end of the file.
+  std::string text(std::uint64_t offset, std::uint64_t limit) {
+    std::string result(static_cast<std::size_t>(std::min<std::uint64_t>(limit, kLongestText)),
+                       '\0');
+    stream_.clear();
+    stream_.seekg(static_cast<std::streamoff>(std::min(offset, size_)));
+    stream_.read(result.data(), static_cast<std::streamsize>(result.size()));
+    result.resize(static_cast<std::size_t>(std::max<std::streamsize>(stream_.gcount(), 0)));
+    return result.substr(0, result.find('\0'));
+  }
+
+ private:
+  template <typename Value>
+  std::optional<Value> read(std::uint64_t offset) {
+    Value value{};
+    if (offset > size_ || size_ - offset < sizeof value) {
+      return std::nullopt;
+    }
+    stream_.clear();
+    stream_.seekg(static_cast<std::streamoff>(offset));
+    stream_.read(reinterpret_cast<char*>(&value), sizeof value);
+    return stream_ ? std::optional<Value>(value) : std::nullopt;
+  }
+
+  std::ifstream stream_;
+  std::uint64_t size_ = 0;
+};
+
+}  // namespace
+
+bool isTruncatedElf(const std::string& file) {
+  ElfReader reader(file);
+  const auto header = reader.header();
+  if (!header) {
+    return false;
+  }
+  const std::uint64_t sections = std::uint64_t{header->e_shentsize} * header->e_shnum;
+  return header->e_shoff > reader.size() || sections > reader.size() - header->e_shoff;
+}
+
+std::string elfSectionText(const std::string& file, const std::string& section) {
+  ElfReader reader(file);
+  const auto header = reader.header();
+  const auto names = header ? reader.section(*header, header->e_shstrndx) : std::nullopt;
+  if (!names) {
+    return "";
+  }
+  for (std::uint64_t i = 0; i < header->e_shnum; ++i) {
+    const auto found = reader.section(*header, i);
+    if (found && reader.text(names->sh_offset + found->sh_name, kLongestText) == section) {
+      return reader.text(found->sh_offset, found->sh_size);
+    }
+  }
+  return "";
+}
+
+}  // namespace agent

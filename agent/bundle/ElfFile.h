@@ -1,0 +1,23 @@
+// Facts about an ELF file that the dynamic linker does not report.
+
+#ifndef AGENT_BUNDLE_ELFFILE_H
+#define AGENT_BUNDLE_ELFFILE_H
+
+#include <string>
+
+namespace agent {
+
+// The functions accept any file and read only what they need. Thread-safety: any thread.
+
+// Whether the file is an ELF file whose end is missing, such as a file that is still being written.
+// The dynamic linker maps such a file, and a later access beyond its end raises SIGBUS. Linkers
+// write the section headers at the end of the file (System V ABI, "ELF Header").
+bool isTruncatedElf(const std::string& file);
+
+// The text in a section of the file, up to the first NUL and at most 100 bytes. Empty for a file
+// without the section, and for a file that is not an ELF file of this machine's word size.
+std::string elfSectionText(const std::string& file, const std::string& section);
+
+}  // namespace agent
+
+#endif

@@ -1,0 +1,91 @@
+#include "agent/bundle/ModuleCopy.h"
+
+#include <dlfcn.h>
+#include <stdlib.h>
+
+#include <cerrno>
+#include <memory>
+#include <system_error>
+
+#include "agent/bundle/ElfFile.h"
+#include "agent/bundle/ModuleError.h"
+#include "platform/bundlemgr/ModuleVersion.h"
+
+namespace agent {
+namespace {
+
+namespace fs = std::filesystem;
+
+ModuleError failureOf(const fs::path& original, const std::string& reason) {
+  return ModuleError("module " + original.string() + ": " + reason);
+}
+
+fs::path makeDirectory(const fs::path& original) {
+  std::error_code failure;
+  const fs::path parent = fs::temp_directory_path(failure);
+  std::string name = (parent / "topo-agentd-XXXXXX").string();
+  if (failure || mkdtemp(name.data()) == nullptr) {
+    const std::string reason = failure ? failure.message() : std::generic_category().message(errno);
+    throw failureOf(original, "no directory for a copy in " + parent.string() + ": " + reason);
+  }
+  return name;
+}
+
+// The text of the dynamic linker begins with the path of the copy if it names a file at all.
+std::string linkerError(const std::string& copy) {
+  const std::string text = dlerror();
+  const std::string prefix = copy + ": ";
+  return text.compare(0, prefix.size(), prefix) == 0 ? text.substr(prefix.size()) : text;
+}
+
+}  // namespace
+
+ModuleCopy::ModuleCopy(const fs::path& original) : original_(original) {
+  std::error_code failure;
+  if (!fs::is_regular_file(original_, failure)) {
+    throw failureOf(original_, "no such file");
+  }
+  directory_ = makeDirectory(original_);
+  path_ = (directory_ / original_.filename()).string();
+  try {
+    copy();
+  } catch (...) {
+    fs::remove_all(directory_, failure);
+    throw;
+  }
+}
+
+ModuleCopy::~ModuleCopy() {
+  std::error_code ignored;
+  fs::remove_all(directory_, ignored);
+}
+
+void ModuleCopy::copy() const {
+  std::error_code failure;
+  fs::copy_file(original_, path_, failure);
+  if (failure) {
+    throw failureOf(original_,
+                    "cannot be copied to " + directory_.string() + ": " + failure.message());
+  }
+}
+
+void ModuleCopy::check(const std::string& factory) const {
+  if (isTruncatedElf(path_)) {
+    throw failureOf(original_, "the end of the file is missing");
+  }
+  const std::unique_ptr<void, int (*)(void*)> library(dlopen(path_.c_str(), RTLD_NOW | RTLD_LOCAL),
+                                                      dlclose);
+  if (!library) {
+    throw failureOf(original_, linkerError(path_));
+  }
+  if (dlsym(library.get(), factory.c_str()) == nullptr) {
+    throw failureOf(original_, "it has no " + factory);
+  }
+}
+
+std::string ModuleCopy::version() const {
+  const std::string text = elfSectionText(path_, NS_BUNDLEMGR1::kVersionSection);
+  return text.empty() ? "unknown" : text;
+}
+
+}  // namespace agent

@@ -1,0 +1,59 @@
+// Facts about ELF files, damaged ones included.
+
+#include "agent/bundle/ElfFile.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "platform/bundlemgr/ModuleVersion.h"
+#include "tests/support/TemporaryDirectory.h"
+
+namespace {
+
+using agent::elfSectionText;
+using agent::isTruncatedElf;
+using support::TemporaryDirectory;
+
+TEST(ElfFile, HasTheVersionOfTheModule) {
+  EXPECT_EQ(TOPO_VERSION, elfSectionText(TOPO_MODULE, NS_BUNDLEMGR1::kVersionSection));
+}
+
+TEST(ElfFile, HasNoTextOfAMissingSection) {
+  EXPECT_EQ("", elfSectionText(TOPO_REFUSING_MODULE, NS_BUNDLEMGR1::kVersionSection));
+  EXPECT_EQ("", elfSectionText("/nowhere/module.so", NS_BUNDLEMGR1::kVersionSection));
+}
+
+TEST(ElfFile, IsTruncatedWhenTheLastByteIsMissing) {
+  const TemporaryDirectory directory;
+  const std::string whole = support::readFile(TOPO_REFUSING_MODULE);
+  EXPECT_FALSE(isTruncatedElf(TOPO_REFUSING_MODULE));
+  EXPECT_TRUE(isTruncatedElf(directory.write("m.so", whole.substr(0, whole.size() - 1))));
+  EXPECT_TRUE(isTruncatedElf(directory.write("m.so", whole.substr(0, 200))));
+}
+
+TEST(ElfFile, IsNotTruncatedWhenItIsNoElfFile) {
+  const TemporaryDirectory directory;
+  for (const std::string& content : {std::string(),
+                                     std::string("\x7f"
+                                                 "ELF"),
+                                     std::string(1000, 'x')}) {
+    EXPECT_FALSE(isTruncatedElf(directory.write("m.so", content)));
+    EXPECT_EQ("", elfSectionText(directory.write("m.so", content), ".topo.version"));
+  }
+}
+
+// Every byte of the header in turn has its largest value: offsets, sizes and counts are wrong.
+TEST(ElfFile, MayHaveADamagedHeader) {
+  const TemporaryDirectory directory;
+  const std::string whole = support::readFile(TOPO_MODULE);
+  for (std::size_t i = 0; i < 64; ++i) {
+    std::string damaged = whole;
+    damaged[i] = '\xff';
+    const std::string file = directory.write("m.so", damaged);
+    isTruncatedElf(file);
+    EXPECT_GE(100U, elfSectionText(file, ".topo.version").size());
+  }
+}
+
+}  // namespace
