@@ -1,10 +1,15 @@
 #include "agent/Options.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <charconv>
 #include <iostream>
 #include <map>
 #include <system_error>
+#include <utility>
+#include <vector>
+
+#include "agent/ConfigFile.h"
 
 namespace agent {
 namespace {
@@ -70,7 +75,6 @@ std::string checkSeconds(const std::string& text) {
 // Options of the network, the store and the endpoint.
 void declareService(CLI::App& app, Options& options, std::string& endpoint) {
   app.set_version_flag("--version", std::string("topo-agentd ") + TOPO_VERSION);
-  app.set_config("--config", "", "read options from this file (name = value, one a line)");
   app.add_option("--network", options.network, "load this network into the store when it is new")
       ->type_name("FILE");
   app.add_option("--store", options.store, "SQLite file, or :memory:")
@@ -196,32 +200,126 @@ void declareViewLimits(CLI::App& app, Options& options) {
       ->check(CLI::Range(kMinMemory, kMaxMemory));
 }
 
+// The options of the program, declared to CLI11.
+class CommandLine {
+ public:
+  CommandLine() {
+    declareService(app_, options_, endpoint_);
+    declareEvents(app_, options_, eventAccess_);
+    declareReceivers(app_, options_);
+    declareLimits(app_, options_);
+    declareViewLimits(app_, options_);
+    app_.add_option("--config", config_,
+                    "read options from this file, one NAME = VALUE on each line")
+        ->type_name("FILE");
+    app_.add_flag("--check-config", checkConfig_, "check the options and the file, and end");
+  }
+
+  // arguments: without the name of the program. Throws CLI::Error.
+  void parse(std::vector<std::string> arguments) {
+    std::reverse(arguments.begin(), arguments.end());  // as CLI11 takes a vector
+    app_.parse(std::move(arguments));
+  }
+
+  // REQUIRES: parse() has succeeded.
+  Options options() const {
+    Options result = options_;
+    result.checkOnly = checkConfig_;
+    result.endpoint = *parseEndpoint(endpoint_);
+    result.eventAccess = eventAccessWords().at(eventAccess_);
+    if (result.module.empty()) {
+      result.module = defaultModule();
+    }
+    return result;
+  }
+
+  // The names of the options that a configuration file may have, without their dashes.
+  std::vector<std::string> configNames() const {
+    std::vector<std::string> names;
+    for (const CLI::Option* option : app_.get_options()) {
+      const std::string name = option->get_single_name();
+      if (name != "help" && name != "version" && name != "config" && name != "check-config") {
+        names.push_back(name);
+      }
+    }
+    return names;
+  }
+
+  bool hasOption(const std::string& name) const {
+    return app_.get_option("--" + name)->count() > 0;
+  }
+  const std::string& config() const { return config_; }
+  CLI::App& app() { return app_; }
+
+ private:
+  CLI::App app_{"topo-agentd: serves a network's topology over CORBA", "topo-agentd"};
+  Options options_;
+  std::string endpoint_ = orb::format(options_.endpoint);
+  std::string eventAccess_ = "allowed";
+  std::string config_;
+  bool checkConfig_ = false;
+};
+
+std::string unknownName(const std::string& name, const std::vector<std::string>& known) {
+  const std::string similar = mostSimilarName(name, known);
+  return "there is no option '" + name + "'" +
+         (similar.empty() ? "" : ", did you mean '" + similar + "'?");
+}
+
+// The line as an argument of the command line. Throws UsageError.
+std::string toArgument(const ConfigLine& line, const std::vector<std::string>& known) {
+  if (std::find(known.begin(), known.end(), line.name) == known.end()) {
+    throw UsageError(unknownName(line.name, known));
+  }
+  std::string argument = "--" + line.name + "=" + line.value;
+  try {
+    CommandLine().parse({argument});
+  } catch (const CLI::Error& failure) {
+    throw UsageError(oneLine(failure.what()));
+  }
+  return argument;
+}
+
+// The lines of the configuration file as arguments, except for the options that the command line
+// has too. Throws UsageError.
+std::vector<std::string> configArguments(const CommandLine& commandLine) {
+  std::vector<std::string> result;
+  if (commandLine.config().empty()) {
+    return result;
+  }
+  const std::vector<std::string> known = commandLine.configNames();
+  for (const ConfigLine& line : readConfigFile(commandLine.config())) {
+    try {
+      std::string argument = toArgument(line, known);
+      if (!commandLine.hasOption(line.name)) {
+        result.push_back(std::move(argument));
+      }
+    } catch (const UsageError& failure) {
+      throw UsageError(commandLine.config() + ":" + std::to_string(line.number) + ": " +
+                       failure.what());
+    }
+  }
+  return result;
+}
+
 }  // namespace
 
 std::optional<Options> parseOptions(int argc, const char* const argv[]) {
-  CLI::App app("topo-agentd: serves a network's topology over CORBA", "topo-agentd");
-  Options options;
-  std::string endpoint = orb::format(options.endpoint);
-  declareService(app, options, endpoint);
-  std::string eventAccess = "allowed";
-  declareEvents(app, options, eventAccess);
-  declareReceivers(app, options);
-  declareLimits(app, options);
-  declareViewLimits(app, options);
+  const std::vector<std::string> given(argv + std::min(argc, 1), argv + argc);
+  CommandLine commandLine;
   try {
-    app.parse(argc, argv);
+    commandLine.parse(given);
   } catch (const CLI::Success& answered) {
-    app.exit(answered, std::cout, std::cerr);
+    commandLine.app().exit(answered, std::cout, std::cerr);
     return std::nullopt;
   } catch (const CLI::Error& failure) {
     throw UsageError(oneLine(failure.what()) + " (see topo-agentd --help)");
   }
-  options.endpoint = *parseEndpoint(endpoint);
-  options.eventAccess = eventAccessWords().at(eventAccess);
-  if (options.module.empty()) {
-    options.module = defaultModule();
-  }
-  return options;
+  std::vector<std::string> arguments = configArguments(commandLine);
+  arguments.insert(arguments.end(), given.begin(), given.end());
+  CommandLine complete;
+  complete.parse(std::move(arguments));
+  return complete.options();
 }
 
 }  // namespace agent

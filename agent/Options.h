@@ -16,6 +16,7 @@ namespace agent {
 
 // The options with their defaults. A plain value.
 struct Options {
+  bool checkOnly = false;         // check the options and end
   std::filesystem::path network;  // empty: none
   std::string store = "./topo-agentd.db";
   bool createStore = false;  // make an empty store if the store does not exist

@@ -9,6 +9,7 @@
 #include <string>
 
 #include "agent/Agent.h"
+#include "agent/OptionChecks.h"
 #include "agent/Options.h"
 #include "agent/base/Log.h"
 #include "agent/base/PrintableText.h"
@@ -42,9 +43,9 @@ int fail(const std::string& reason) {
   std::_Exit(0);
 }
 
-void announce(const std::string& readyLine) {
-  if (!agent::writeWithin(STDOUT_FILENO, readyLine + '\n', kReaderPatience)) {
-    agent::log(agent::kLogErrors, "standard output does not take the line: " + readyLine);
+void announce(const std::string& line) {
+  if (!agent::writeWithin(STDOUT_FILENO, line + '\n', kReaderPatience)) {
+    agent::log(agent::kLogErrors, "standard output does not take the line: " + line);
   }
 }
 
@@ -69,7 +70,10 @@ void serveUntilStopped(const agent::Options& options) {
 int main(int argc, char* argv[]) {
   try {
     const std::optional<agent::Options> options = agent::parseOptions(argc, argv);
-    if (options) {
+    if (options && options->checkOnly) {
+      agent::checkOptions(*options);
+      announce("the options are valid");
+    } else if (options) {
       serveUntilStopped(*options);
     }
     return 0;

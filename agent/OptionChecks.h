@@ -1,0 +1,21 @@
+// Checks of the options that need an ORB or the file system.
+
+#ifndef AGENT_OPTIONCHECKS_H
+#define AGENT_OPTIONCHECKS_H
+
+#include "agent/Options.h"
+#include "orb/corba.h"
+
+namespace agent {
+
+// Throws UsageError when --naming or --event-channel is not an object reference. Makes no call.
+void checkReferences(CORBA::ORB_ptr orb, const Options& options);
+
+// For --check-config: checks the references, that the module can be loaded, and that the network
+// file is readable. Starts and ends an ORB for that. Throws UsageError and ModuleError. REQUIRES:
+// the process has no ORB.
+void checkOptions(const Options& options);
+
+}  // namespace agent
+
+#endif
