@@ -10,6 +10,7 @@
 #include "agent/ManagerPublication.h"
 #include "agent/ModuleControl.h"
 #include "agent/OpenNetwork.h"
+#include "agent/OptionChecks.h"
 #include "agent/RoomOptions.h"
 #include "agent/base/Cancellation.h"
 #include "agent/base/Log.h"
@@ -40,14 +41,22 @@ using object_key::kManager;
 // The longest wait of a stop for queued notifications.
 constexpr std::chrono::seconds kNotificationPatience{3};
 
+std::unique_ptr<orb::Server> startServer(const Options& options) {
+  std::unique_ptr<orb::Server> server =
+      orb::startServer(orbOptions(options), options.endpoint,
+                       [](const std::string& line) { log(kLogErrors, line); });
+  checkReferences(server->get(), options);
+  return server;
+}
+
 }  // namespace
 
 // The parts in the order of their dependencies, destroyed in the reverse order.
 class Agent::Parts final : private AgentControl {
  public:
   explicit Parts(const Options& options)
-      : server_(orb::startServer(orbOptions(options), options.endpoint,
-                                 [](const std::string& line) { log(kLogErrors, line); })),
+      : options_(options),
+        server_(startServer(options)),
         network_(openNetwork(options, store_)),
         emsName_(options.emsName.empty() ? network_.ems : options.emsName),
         model_(std::move(network_)),
@@ -92,7 +101,8 @@ class Agent::Parts final : private AgentControl {
       return false;
     }
     manager_ = northbound_.managers().reference(kManager);
-    session_.emplace(*server_, object_key::kSession, new SessionServant(notifier_));
+    session_.emplace(*server_, object_key::kSession,
+                     new SessionServant(notifier_, tmfAccess(options.eventAccess)));
     if (options.console) {
       console_.emplace(*server_, object_key::kConsole, new ConsoleServant(nodes_, backups_, *this),
                        [this](const orb::Request& request) { return imports_.admit(request); });
@@ -104,6 +114,12 @@ class Agent::Parts final : private AgentControl {
   void reloadModule() override { module_.reload(); }
 
   std::string managerReference() { return referenceText(*server_, manager_.in()); }
+
+  std::string summary() {
+    return "endpoint " + orb::format(server_->endpoint()) + ", store " + options_.store + ", " +
+           std::to_string(model_.topoNodeCount()) + " nodes, module " + options_.module.string() +
+           " version " + module_.version();
+  }
 
   std::string readyLine() {
     const std::string endpoint = orb::format(server_->endpoint());
@@ -123,11 +139,14 @@ class Agent::Parts final : private AgentControl {
   }
 
   TopoAgent::Status_T status() override {
-    return agentStatus({module_, model_, events_, northbound_, notifier_});
+    return agentStatus({options_, emsName_, std::chrono::steady_clock::now() - started_, module_,
+                        model_, viewSizes_, events_, northbound_, notifier_});
   }
 
   void setTestSwitch(bool on) override { northbound_.setTestSwitch(on); }
 
+  const Options options_;
+  const std::chrono::steady_clock::time_point started_ = std::chrono::steady_clock::now();
   std::unique_ptr<orb::Server> server_;
   std::unique_ptr<NetworkStore> store_;
   Network network_;
@@ -168,6 +187,7 @@ bool Agent::start(const StopRequested& stopRequested) {
       return false;
     }
     parts_ = std::move(parts);
+    log(kLogEvents, "starts to serve: version " TOPO_VERSION ", " + parts_->summary());
     return true;
   } catch (...) {
     if (!stop()) {
@@ -178,7 +198,9 @@ bool Agent::start(const StopRequested& stopRequested) {
 }
 
 void Agent::stop() {
+  log(kLogEvents, "stops");
   parts_.reset();
+  log(kLogEvents, "has stopped");
 }
 
 std::string Agent::readyLine() {

@@ -3,10 +3,16 @@
 #ifndef AGENT_AGENTSTATUS_H
 #define AGENT_AGENTSTATUS_H
 
+#include <chrono>
+#include <string>
+
 #include "agent/ModuleControl.h"
+#include "agent/Options.h"
 #include "agent/events/EventManager.h"
+#include "agent/host/EventAccess.h"
 #include "agent/model/NetworkModel.h"
 #include "agent/northbound/Northbound.h"
+#include "agent/northbound/ViewSizes.h"
 #include "agent/notifications/Notifier.h"
 #include "orb/idl/TopoAgent.h"
 
@@ -14,12 +20,19 @@ namespace agent {
 
 // Borrowed for the call.
 struct StatusSources {
+  const Options& options;
+  const std::string& emsName;
+  std::chrono::steady_clock::duration uptime;
   const ModuleControl& module;
   const NetworkModel& model;
+  ViewSizes& viewSizes;
   const EventManager& events;
   Northbound& northbound;
   Notifier& notifier;
 };
+
+// As session and console report the access. Thread-safety: any thread.
+TopoAgent::EventAccess_T tmfAccess(EventAccess access);
 
 // A snapshot; the sources are read one after the other. Thread-safety: any thread.
 TopoAgent::Status_T agentStatus(const StatusSources& sources);

@@ -36,7 +36,7 @@ ALLOWED = {
                       "include/platform", "orb"},
     "agent/events": {"agent/base", "include/platform"},
     "agent/notifications": {"agent/network", "agent/base", "include/platform", "orb"},
-    "agent/northbound": {"agent/model", "agent/base", "include/platform", "orb"},
+    "agent/northbound": {"agent/model", "agent/network", "agent/base", "include/platform", "orb"},
     "agent/bundle": {"include/platform", "orb"},
     "agent/host": {"agent/changes", "agent/model", "agent/network", "agent/northbound",
                    "agent/notifications", "agent/base", "include/platform", "orb"},

@@ -2,12 +2,10 @@
 
 #include <utility>
 
-#include "agent/base/Log.h"
-
 namespace agent {
 
-RefusalLog::RefusalLog(Clock clock, std::size_t lines, std::chrono::seconds interval)
-    : clock_(std::move(clock)), lines_(lines), interval_(interval) {}
+RefusalLog::RefusalLog(Clock clock, std::size_t lines, std::chrono::seconds interval, int level)
+    : clock_(std::move(clock)), lines_(lines), interval_(interval), level_(level) {}
 
 void RefusalLog::refused(const std::string& text) noexcept {
   try {
@@ -33,7 +31,7 @@ void RefusalLog::write(const std::string& text) {
     ++logged_;
     unlogged = std::exchange(unlogged_, 0);
   }
-  log(kLogErrors,
+  log(level_,
       text + (unlogged == 0 ? "" : " (and " + std::to_string(unlogged) + " refusals before)"));
 }
 

@@ -8,6 +8,7 @@
 #include <functional>
 #include <string>
 
+#include "agent/base/Log.h"
 #include "sync/Mutex.h"
 
 namespace agent {
@@ -22,9 +23,10 @@ class RefusalLog {
 
   // lines: at least 1.
   explicit RefusalLog(Clock clock, std::size_t lines = 1,
-                      std::chrono::seconds interval = std::chrono::minutes(1));
+                      std::chrono::seconds interval = std::chrono::minutes(1),
+                      int level = kLogErrors);
 
-  // Logs at level 1. Drops the line when memory is short.
+  // Logs at the level of the constructor. Drops the line when memory is short.
   void refused(const std::string& text) noexcept;
 
  private:
@@ -33,6 +35,7 @@ class RefusalLog {
   const Clock clock_;
   const std::size_t lines_;
   const std::chrono::seconds interval_;
+  const int level_;
 
   Mutex mutex_;
   std::chrono::steady_clock::time_point end_ GUARDED_BY(mutex_);  // of the interval

@@ -8,7 +8,10 @@
 #include <utility>
 
 #include "agent/base/FailureCodes.h"
+#include "agent/base/Log.h"
 #include "agent/base/OperationResult.h"
+#include "agent/base/PrintableText.h"
+#include "agent/base/RequestLog.h"
 #include "agent/formats/NetworkReader.h"
 #include "orb/orb.h"
 #include "platform/agent/Failures.h"
@@ -55,6 +58,9 @@ enum class Reason { kLogOnly, kLogAndClient };
 // Throws the exception of a failed outcome. Returns after success.
 void raise(const char* operation, const Outcome& outcome, Reason reason) {
   const Outcome answer = logInternalError(operation, outcome);
+  if (!outcome.ok() && outcome.code != kInternalError) {
+    logRefusal(orb::currentPeer(), operation, outcome.reason);
+  }
   NS_CORBA::ThrowException(answer.code,
                            reason == Reason::kLogAndClient ? outcome.reason : answer.reason);
 }
@@ -81,6 +87,21 @@ void perform(const char* operation, Work work, Reason reason = Reason::kLogOnly)
   raise(operation, outcomeOf(work), reason);
 }
 
+// Performs an operation that changes something, and logs the change. The subject is a function that
+// returns a text.
+template <typename Subject, typename Work>
+void performChange(const char* operation, Subject subject, Work work,
+                   Reason reason = Reason::kLogOnly) {
+  perform(operation, work, reason);
+  if (isLogged(kLogEvents)) {
+    logChange(orb::currentPeer(), operation, subject());
+  }
+}
+
+std::string noSubject() {
+  return "";
+}
+
 CORBA::ULong countOf(std::size_t count) {
   return static_cast<CORBA::ULong>(count);
 }
@@ -88,26 +109,37 @@ CORBA::ULong countOf(std::size_t count) {
 }  // namespace
 
 void ConsoleServant::createNode(const TopoAgent::NewNode_T& node) {
-  perform("createNode", [&] { return nodes_.create(domainNode(node)); });
+  performChange(
+      "createNode", [&] { return inQuotes(node.id.in()); },
+      [&] { return nodes_.create(domainNode(node)); });
 }
 
 CORBA::ULong ConsoleServant::deleteNode(const char* id) {
   std::size_t removed = 0;
-  perform("deleteNode", [&] { return nodes_.remove(id, removed); });
+  performChange(
+      "deleteNode", [&] { return inQuotes(id) + ", " + std::to_string(removed) + " nodes"; },
+      [&] { return nodes_.remove(id, removed); });
   return countOf(removed);
 }
 
 void ConsoleServant::renameNode(const char* id, const char* name) {
-  perform("renameNode", [&] { return nodes_.rename(id, name); });
+  performChange(
+      "renameNode", [&] { return inQuotes(id) + " to " + inQuotes(name); },
+      [&] { return nodes_.rename(id, name); });
 }
 
 TopoAgent::ImportSummary_T ConsoleServant::importNetwork(const char* fileName,
                                                          const TopoAgent::Content_T& content) {
   ImportSummary summary;
-  perform("importNetwork", [&] {
-    Result<Network> network = readNetwork(fileName, contentText(content), nodes_.cancellation());
-    return network.ok() ? nodes_.import(std::move(network.value()), summary) : network.outcome();
-  });
+  performChange(
+      "importNetwork",
+      [&] { return inQuotes(fileName) + ", " + std::to_string(summary.topoNodes) + " nodes"; },
+      [&] {
+        Result<Network> network =
+            readNetwork(fileName, contentText(content), nodes_.cancellation());
+        return network.ok() ? nodes_.import(std::move(network.value()), summary)
+                            : network.outcome();
+      });
   return {countOf(summary.topoNodes), countOf(summary.networkElements),
           countOf(summary.clockPositions), countOf(summary.clockLinks),
           countOf(summary.objectLabels)};
@@ -142,10 +174,12 @@ void ConsoleServant::endBackup(CORBA::ULongLong backup) {
 }
 
 void ConsoleServant::setTestSwitch(CORBA::Boolean on) {
-  perform("setTestSwitch", [&] {
-    control_.setTestSwitch(on);
-    return Outcome{};
-  });
+  performChange(
+      "setTestSwitch", [&] { return std::string(on ? "on" : "off"); },
+      [&] {
+        control_.setTestSwitch(on);
+        return Outcome{};
+      });
 }
 
 TopoAgent::Status_T* ConsoleServant::getStatus() {
@@ -158,8 +192,8 @@ TopoAgent::Status_T* ConsoleServant::getStatus() {
 }
 
 void ConsoleServant::reloadModule() {
-  perform(
-      "reloadModule",
+  performChange(
+      "reloadModule", noSubject,
       [&] {
         control_.reloadModule();
         return Outcome{};

@@ -30,6 +30,19 @@ void count(NetworkLoad::Records& records, std::size_t texts) {
   records.texts += texts;
 }
 
+// Whether the module can name the node and its parent, so that the topology view has the node.
+bool isNamed(const NetworkTables::Node& node) {
+  const NS_DOMAIN::TopoNode_T& record = node.record;
+  const bool isElement = record.nodeType == NS_DOMAIN::kTopoElement;
+  if (record.nodeId == NS_DOMAIN::kZeroId ||
+      (isElement ? !node.shownAs : record.nodeType != NS_DOMAIN::kTopoSubnetwork)) {
+    return false;
+  }
+  return NS_DOMAIN::hasNoParent(record.parentId) ||
+         record.parentType == NS_DOMAIN::kTopoSubnetwork ||
+         (record.parentType == NS_DOMAIN::kTopoElement && objectOfElementNode(record.parentId));
+}
+
 }  // namespace
 
 NetworkModel::NetworkModel(Network network) : data_(std::move(network)) {}
@@ -134,10 +147,12 @@ NetworkLoad NetworkModel::load() const {
   const ReadLock lock(mutex_);
   for (const NetworkTables::Node& node : data_.nodes()) {
     count(load.nodes, textsOf(node.record));
+    load.nodes.named += isNamed(node) ? 1 : 0;
   }
   for (const NetworkElement& element : data_.elements()) {
     if (!element.shown) {
       count(load.elements, element.name.size());
+      load.elements.named += element.number > 0 ? 1 : 0;
     }
   }
   for (const NetworkTables::Position& position : data_.positions()) {

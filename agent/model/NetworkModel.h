@@ -25,6 +25,7 @@ struct NetworkLoad {
   struct Records {
     std::size_t count = 0;
     std::size_t texts = 0;  // bytes of all texts of the records
+    std::size_t named = 0;  // nodes and elements only: records that have a CORBA name
   };
 
   Records nodes;

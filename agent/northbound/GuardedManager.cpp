@@ -5,6 +5,11 @@
 #include <new>
 #include <utility>
 
+#include "agent/base/Log.h"
+#include "agent/base/RequestLog.h"
+#include "agent/network/ManagedObjects.h"
+#include "orb/orb.h"
+
 namespace agent {
 namespace {
 
@@ -39,6 +44,26 @@ std::size_t bytesOf(const globaldefs::NVSList_T& pairs) {
   return bytes;
 }
 
+// Runs a request and logs the reason of its refusal.
+template <typename Run>
+void logged(const char* operation, const Run& run) {
+  try {
+    run();
+  } catch (const globaldefs::ProcessingFailureException& refusal) {
+    logRefusal(orb::currentPeer(), operation, refusal.errorReason.in());
+    throw;
+  }
+}
+
+// Runs a request that changes an object, and logs the change or the refusal.
+template <typename Run>
+void loggedChange(const char* operation, const globaldefs::NVSList_T& objectName, const Run& run) {
+  logged(operation, run);
+  if (isLogged(kLogEvents)) {
+    logChange(orb::currentPeer(), operation, formatName(objectName));
+  }
+}
+
 ViewAdmission::Pass admit(ViewAdmission& admission, std::size_t bytes) {
   try {
     return admission.admit(bytes);
@@ -51,7 +76,8 @@ ViewAdmission::Pass admit(ViewAdmission& admission, std::size_t bytes) {
 
 // The first batch counts in addition to the result: a partial batch is a copy of its records.
 template <typename List, typename Run>
-void GuardedManager::admitted(ViewKind kind, CORBA::ULong howMany, List& list, const Run& run) {
+void GuardedManager::admitted(const char* operation, ViewKind kind, CORBA::ULong howMany,
+                              List& list, const Run& run) {
   const View view{guard_.sizeOf(kind), howMany};
   const std::size_t batch = std::min<std::size_t>(howMany, view.size.records);
   ViewAdmission::Pass pass =
@@ -59,7 +85,7 @@ void GuardedManager::admitted(ViewKind kind, CORBA::ULong howMany, List& list, c
   {
     const IteratorRegistry::Creation creation(guard_.iterators);
     const Computing computing(view);
-    run();
+    logged(operation, run);
   }
   pass.computed(list.ptr() == nullptr ? 0 : view.size.of(list.ptr()->length()));
   ViewReply::keep(std::move(pass));
@@ -67,16 +93,18 @@ void GuardedManager::admitted(ViewKind kind, CORBA::ULong howMany, List& list, c
 
 void GuardedManager::setNativeEMSName(const globaldefs::NVSList_T& objectName,
                                       const char* nativeEMSName) {
-  manager_.setNativeEMSName(objectName, nativeEMSName);
+  loggedChange("setNativeEMSName", objectName,
+               [&] { manager_.setNativeEMSName(objectName, nativeEMSName); });
 }
 
 void GuardedManager::setUserLabel(const globaldefs::NVSList_T& objectName, const char* userLabel,
                                   CORBA::Boolean enforceUniqueness) {
-  manager_.setUserLabel(objectName, userLabel, enforceUniqueness);
+  loggedChange("setUserLabel", objectName,
+               [&] { manager_.setUserLabel(objectName, userLabel, enforceUniqueness); });
 }
 
 void GuardedManager::setOwner(const globaldefs::NVSList_T& objectName, const char* owner) {
-  manager_.setOwner(objectName, owner);
+  loggedChange("setOwner", objectName, [&] { manager_.setOwner(objectName, owner); });
 }
 
 void GuardedManager::getCapabilities(common::CapabilityList_T_out capabilities) {
@@ -87,7 +115,8 @@ void GuardedManager::setAdditionalInfo(const globaldefs::NVSList_T& objectName,
                                        globaldefs::NVSList_T& additionalInfo) {
   // At least one byte: a full admission refuses also a request without information.
   ViewAdmission::Pass pass = admit(guard_.information, bytesOf(additionalInfo) + 1);
-  manager_.setAdditionalInfo(objectName, additionalInfo);
+  loggedChange("setAdditionalInfo", objectName,
+               [&] { manager_.setAdditionalInfo(objectName, additionalInfo); });
   pass.computed(bytesOf(additionalInfo));
   ViewReply::keep(std::move(pass));
 }
@@ -95,14 +124,14 @@ void GuardedManager::setAdditionalInfo(const globaldefs::NVSList_T& objectName,
 void GuardedManager::getTopoSubnetworkViewInfo(CORBA::ULong how_many,
                                                TopoManagementManager::NodeList_T_out nodeList,
                                                TopoManagementManager::NodeIterator_I_out nodeIt) {
-  admitted(ViewKind::kNodes, how_many, nodeList,
+  admitted("getTopoSubnetworkViewInfo", ViewKind::kNodes, how_many, nodeList,
            [&] { manager_.getTopoSubnetworkViewInfo(how_many, nodeList, nodeIt); });
 }
 
 void GuardedManager::getProtectSubnetworkViewInfo(
     CORBA::ULong how_many, TopoManagementManager::NodeList_T_out nodeList,
     TopoManagementManager::NodeIterator_I_out nodeIt) {
-  admitted(ViewKind::kNodes, how_many, nodeList,
+  admitted("getProtectSubnetworkViewInfo", ViewKind::kNodes, how_many, nodeList,
            [&] { manager_.getProtectSubnetworkViewInfo(how_many, nodeList, nodeIt); });
 }
 
@@ -110,7 +139,7 @@ void GuardedManager::getViewInfoByTopoSubnetwork(const globaldefs::NVSList_T& to
                                                  CORBA::ULong how_many,
                                                  TopoManagementManager::NodeList_T_out nodeList,
                                                  TopoManagementManager::NodeIterator_I_out nodeIt) {
-  admitted(ViewKind::kNodes, how_many, nodeList, [&] {
+  admitted("getViewInfoByTopoSubnetwork", ViewKind::kNodes, how_many, nodeList, [&] {
     manager_.getViewInfoByTopoSubnetwork(topoSubnetworkName, how_many, nodeList, nodeIt);
   });
 }
@@ -118,14 +147,14 @@ void GuardedManager::getViewInfoByTopoSubnetwork(const globaldefs::NVSList_T& to
 void GuardedManager::getClockSourceSubnetworkViewInfo(
     CORBA::ULong how_many, TopoManagementManager::NodeList_T_out nodeList,
     TopoManagementManager::NodeIterator_I_out nodeIt) {
-  admitted(ViewKind::kClockPositions, how_many, nodeList,
+  admitted("getClockSourceSubnetworkViewInfo", ViewKind::kClockPositions, how_many, nodeList,
            [&] { manager_.getClockSourceSubnetworkViewInfo(how_many, nodeList, nodeIt); });
 }
 
 void GuardedManager::getAllClockSourceViewlTopologicalLinks(
     CORBA::ULong how_many, topologicalLink::TopologicalLinkList_T_out linkList,
     topologicalLink::TopologicalLinkIterator_I_out linkIt) {
-  admitted(ViewKind::kClockLinks, how_many, linkList,
+  admitted("getAllClockSourceViewlTopologicalLinks", ViewKind::kClockLinks, how_many, linkList,
            [&] { manager_.getAllClockSourceViewlTopologicalLinks(how_many, linkList, linkIt); });
 }
 

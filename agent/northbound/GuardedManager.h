@@ -22,9 +22,9 @@ struct ViewGuard {
   std::function<ViewSize(ViewKind)> sizeOf;  // of the current network; called from any thread
 };
 
-// Forwards the operations to the module's manager. Each view waits for its admission before the
-// module runs, because the module ends the process when an allocation fails. Iterators that the
-// module adds during a view are not reclaimed before the view has ended.
+// Forwards the operations to the module's manager, and logs changes and refusals. Each view waits
+// for its admission before the module runs, because the module ends the process when an allocation
+// fails. Iterators that the module adds during a view are not reclaimed before the view has ended.
 //
 // Thread-safety: any thread.
 // Ownership: borrows the manager and the guard, which outlive this object.
@@ -62,7 +62,8 @@ class GuardedManager final : public virtual POA_TopoManagementManager::TopoMgr_I
 
  private:
   template <typename List, typename Run>
-  void admitted(ViewKind kind, CORBA::ULong howMany, List& list, const Run& run);
+  void admitted(const char* operation, ViewKind kind, CORBA::ULong howMany, List& list,
+                const Run& run);
 
   POA_TopoManagementManager::TopoMgr_I& manager_;
   const ViewGuard& guard_;

@@ -79,6 +79,11 @@ ViewSize ViewSizes::of(ViewKind kind, bool testSwitch) {
   return nodesView(load, emsBytes_, testSwitch);
 }
 
+std::size_t ViewSizes::topologyRecords(bool testSwitch) {
+  const NetworkLoad load = currentLoad();
+  return load.nodes.named + (testSwitch ? 0 : load.elements.named);
+}
+
 // Reads the model only after a change.
 NetworkLoad ViewSizes::currentLoad() {
   const MutexLock lock(mutex_);

@@ -42,6 +42,10 @@ class ViewSizes {
   // With the test switch on, every record has additional information.
   ViewSize of(ViewKind kind, bool testSwitch);
 
+  // The number of records of the topology view: the nodes and the elements without a node, except
+  // for records without a CORBA name. With the test switch on: the nodes only.
+  std::size_t topologyRecords(bool testSwitch);
+
  private:
   NetworkLoad currentLoad();
 

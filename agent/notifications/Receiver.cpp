@@ -302,8 +302,7 @@ void Receiver::markUp() {
   const Link before = exchangeLink(Link::kUp);
   if (settings_.isChannel && before != Link::kUp) {
     const bool isBack = before == Link::kDown;
-    logLine(isBack ? kLogErrors : kLogEvents,
-            [&] { return std::string(isBack ? " answers again" : " is connected"); });
+    logLine(kLogEvents, [&] { return std::string(isBack ? " answers again" : " is connected"); });
   }
 }
 

@@ -7,7 +7,8 @@
 
 namespace agent {
 
-SessionServant::SessionServant(Notifier& notifier) : notifier_(notifier) {}
+SessionServant::SessionServant(Notifier& notifier, TopoAgent::EventAccess_T eventAccess)
+    : notifier_(notifier), eventAccess_(eventAccess) {}
 
 TopoAgent::Subscription_I_ptr SessionServant::subscribe(
     CosNotifyComm::StructuredPushConsumer_ptr consumer, const char* lastNotificationId) {

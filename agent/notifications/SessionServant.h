@@ -20,16 +20,20 @@ namespace agent {
 // CORBA system exceptions of the notifier pass.
 class SessionServant final : public POA_TopoAgent::Session_I {
  public:
-  explicit SessionServant(Notifier& notifier);
+  // eventAccess: the answer of getEventAccess().
+  SessionServant(Notifier& notifier, TopoAgent::EventAccess_T eventAccess);
 
   TopoAgent::Subscription_I_ptr subscribe(CosNotifyComm::StructuredPushConsumer_ptr consumer,
                                           const char* lastNotificationId) override;
+
+  TopoAgent::EventAccess_T getEventAccess() override { return eventAccess_; }
 
  private:
   void logRefusal(const std::string& peer, const std::string& why);
 
   Notifier& notifier_;
-  RefusalLog refusals_{std::chrono::steady_clock::now, 20, std::chrono::seconds(10)};
+  const TopoAgent::EventAccess_T eventAccess_;
+  RefusalLog refusals_{std::chrono::steady_clock::now, 20, std::chrono::seconds(10), kLogTraces};
 };
 
 }  // namespace agent

@@ -22,19 +22,38 @@ constexpr const char* kReceivers = "receivers";
 constexpr std::array<const char*, 3> kModuleStates = {"MS_LOADED", "MS_RELOADING", "MS_MISSING"};
 static_assert(kModuleStates.size() == TopoAgent::MS_MISSING + 1);
 
+constexpr std::array<const char*, 3> kEventAccess = {"EA_ALLOWED", "EA_DENIED", "EA_UNKNOWN"};
+static_assert(kEventAccess.size() == TopoAgent::EA_UNKNOWN + 1);
+
 // The fields of the status except the receivers.
 const RecordFields<Status_T>& statusFields() {
   using Status = Status_T;
   static const RecordFields<Status> fields = {
-      // The ORB delivers only values of the enumeration.
+      {"agentVersion",
+       [](const Status& status) -> Value { return std::string_view(status.agentVersion.in()); }},
+      {"moduleVersion",
+       [](const Status& status) -> Value { return std::string_view(status.moduleVersion.in()); }},
+      {"uptimeSeconds",
+       [](const Status& status) -> Value { return std::uint64_t{status.uptimeSeconds}; }},
+      {"store", [](const Status& status) -> Value { return std::string_view(status.store.in()); }},
+      {"emsName",
+       [](const Status& status) -> Value { return std::string_view(status.emsName.in()); }},
+      // The ORB delivers only values of the enumerations.
       {"moduleState",
        [](const Status& status) -> Value {
          return std::string_view(kModuleStates[static_cast<std::size_t>(status.moduleState)]);
        }},
       {"moduleLoads",
        [](const Status& status) -> Value { return std::int64_t{status.moduleLoads}; }},
+      {"lastReloadError",
+       [](const Status& status) -> Value { return std::string_view(status.lastReloadError.in()); }},
+      {"eventAccess",
+       [](const Status& status) -> Value {
+         return std::string_view(kEventAccess[static_cast<std::size_t>(status.eventAccess)]);
+       }},
       {"testSwitch", [](const Status& status) -> Value { return bool{status.testSwitch}; }},
       {"topoNodes", [](const Status& status) -> Value { return std::int64_t{status.topoNodes}; }},
+      {"viewNodes", [](const Status& status) -> Value { return std::int64_t{status.viewNodes}; }},
       {"iterators", [](const Status& status) -> Value { return std::int64_t{status.iterators}; }},
       {"subscriptions",
        [](const Status& status) -> Value { return std::int64_t{status.subscriptions}; }},

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <csignal>
 #include <filesystem>
+#include <fstream>
 #include <stdexcept>
 
 #include "orb/idl/TopoManagementManager.h"
@@ -125,6 +126,15 @@ TEST_F(AgentLife, EndsCleanlyOnSigterm) {
   EXPECT_EQ("", ended.err);
 }
 
+TEST_F(AgentLife, LogsStartAndStopAtLevelTwo) {
+  RunningAgent agent({"--network", kBackbone, "--log-level", "2"}, store());
+  EXPECT_THAT(
+      agent.stop(SIGTERM).err,
+      testing::ContainsRegex("starts to serve: version [0-9.]+, endpoint 127.0.0.1:[0-9]+, store "
+                             ".*network.db, [0-9]+ nodes, module .*libzu_corba_topo.so version "
+                             "[0-9.]+\n.*stops\n.*has stopped\n"));
+}
+
 TEST_F(AgentLife, EndsCleanlyOnSigint) {
   RunningAgent agent({"--network", kBackbone});
   EXPECT_EQ(0, agent.stop(SIGINT).status);
@@ -182,7 +192,7 @@ TEST_F(AgentLife, LoadsANetworkOnlyIntoANewStore) {
   }
   const std::string other =
       directory_.write("other.json", R"({"format":"topo-network/1","topoNodes":[{"id":"x"}]})");
-  RunningAgent agent({"--network", other}, store());
+  RunningAgent agent({"--network", other, "--log-level", "2"}, store());
   EXPECT_LT(1U, records(agent, {"topo"}).size());
   EXPECT_THAT(agent.stop(SIGTERM).err,
               HasSubstr("store " + store() + " holds a network already, " + other));
@@ -268,6 +278,21 @@ TEST_F(AgentLife, ReplacesTheIorFileInOneStep) {
     EXPECT_EQ(0, agent.wait().status);
   }
   EXPECT_EQ("before\n", support::readFile(link));
+}
+
+TEST_F(AgentLife, RemovesItsIorFileAtACleanStop) {
+  RunningAgent agent({});
+  const std::string file = agent.iorFile();
+  EXPECT_TRUE(std::filesystem::exists(file));
+  agent.stop(SIGTERM);
+  EXPECT_FALSE(std::filesystem::exists(file));
+}
+
+TEST_F(AgentLife, LeavesAnIorFileOfAnotherProcess) {
+  RunningAgent agent({});
+  std::ofstream(agent.iorFile(), std::ios::trunc) << "IOR:00\n";
+  agent.stop(SIGTERM);
+  EXPECT_EQ("IOR:00\n", support::readFile(agent.iorFile()));
 }
 
 TEST_F(AgentLife, RefusesAnIorFileThatIsAFolder) {
@@ -428,8 +453,31 @@ TEST_F(AgentLife, RefusesAMissingNamingService) {
   EXPECT_THAT(refusal(onStore({"--naming", nobody})), HasSubstr("naming service " + nobody + ": "));
 }
 
-TEST_F(AgentLife, RefusesAnInvalidNamingReference) {
-  EXPECT_THAT(refusal(onStore({"--naming", "nonsense"})), HasSubstr("naming service nonsense: "));
+TEST_F(AgentLife, RefusesAMalformedReference) {
+  const std::string reason = "it starts with none of IOR:, corbaloc:, corbaname:\n";
+  EXPECT_EQ("topo-agentd: naming service nonsense: " + reason,
+            refusal(onStore({"--naming", "nonsense"})));
+  EXPECT_EQ("topo-agentd: event channel foo: " + reason,
+            refusal(onStore({"--event-channel", "foo"})));
+  EXPECT_EQ("topo-agentd: event channel corbaname::localhost:1: it has no #NAME\n",
+            refusal(onStore({"--event-channel", "corbaname::localhost:1"})));
+  EXPECT_FALSE(std::filesystem::exists(store()));
+}
+
+TEST_F(AgentLife, ChecksItsOptionsWithoutServing) {
+  const std::string config = directory_.write("agent.conf", "store = \"" + store() + "\"\n");
+  support::Process good(TOPO_AGENTD, {"--config", config, "--check-config"});
+  const Ended ended = good.wait();
+  EXPECT_EQ(0, ended.status);
+  EXPECT_EQ("the options are valid\n", ended.out);
+  EXPECT_EQ("", ended.err);
+  EXPECT_FALSE(std::filesystem::exists(store()));
+  EXPECT_EQ("topo-agentd: event channel foo: it starts with none of IOR:, corbaloc:, corbaname:\n",
+            refusal({"--check-config", "--event-channel", "foo"}));
+  EXPECT_EQ("topo-agentd: module /nowhere/m.so: no such file\n",
+            refusal({"--check-config", "--module", "/nowhere/m.so"}));
+  EXPECT_EQ("topo-agentd: /nowhere/n.json: No such file or directory\n",
+            refusal({"--check-config", "--network", "/nowhere/n.json"}));
 }
 
 TEST_F(AgentLife, RefusesAnIorFileThatCannotBeWritten) {

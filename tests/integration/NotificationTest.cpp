@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <filesystem>
 #include <optional>
 #include <ostream>
 #include <thread>
@@ -666,6 +667,9 @@ TEST(EventAccess, ServesViewsWithoutEventsWhenDenied) {
     client.console(agent)->createNode(subnetworkNode("core", "", "Core"));
     const TopoAgent::Status_T_var status = client.console(agent)->getStatus();
     EXPECT_EQ(0U, status->subscriptions);
+    EXPECT_EQ(access == std::string("denied") ? TopoAgent::EA_DENIED : TopoAgent::EA_UNKNOWN,
+              status->eventAccess);
+    EXPECT_EQ(status->eventAccess, client.session(agent)->getEventAccess());
     EXPECT_EQ(0U, status->notifications);
     EXPECT_EQ("Core", records(agent, {"topo"})[0]["nativeEMSName"]);
     EXPECT_TRUE(listener.inbox().all().empty());
@@ -680,6 +684,45 @@ TEST(EventAccess, HasThreeSubscriptionsWhenAllowed) {
   RunningAgent agent({});
   const TopoAgent::Status_T_var status = client.console(agent)->getStatus();
   EXPECT_EQ(3U, status->subscriptions);
+  EXPECT_EQ(TopoAgent::EA_ALLOWED, status->eventAccess);
+}
+
+// --- Status.
+
+// The network has elements without a node, elements with a node, and no node without a name.
+TEST(AgentStatus, CountsTheRecordsOfTheTopologyView) {
+  Client client;
+  const RunningAgent agent({"--network", std::string(TOPO_NETWORKS) + "/backbone.json"});
+  const TopoAgent::Console_I_var console = client.console(agent);
+  for (const bool testSwitch : {false, true}) {
+    console->setTestSwitch(testSwitch);
+    const TopoAgent::Status_T_var status = console->getStatus();
+    EXPECT_EQ(records(agent, {"topo"}).size(), status->viewNodes) << testSwitch;
+  }
+}
+
+TEST(AgentStatus, NamesVersionsStoreAndLastReloadError) {
+  Client client;
+  const support::TemporaryDirectory directory;
+  const std::string module = directory.file("module.so");
+  std::filesystem::copy_file(TOPO_MODULE, module);
+  const std::string store = directory.file("network.db");
+  const RunningAgent agent({"--ems-name", "E", "--module", module}, store);
+  const TopoAgent::Console_I_var console = client.console(agent);
+  TopoAgent::Status_T_var status = console->getStatus();
+  EXPECT_STRNE("", status->agentVersion);
+  EXPECT_STREQ(status->agentVersion, status->moduleVersion);
+  EXPECT_EQ(store, status->store.in());
+  EXPECT_STREQ("E", status->emsName);
+  EXPECT_STREQ("", status->lastReloadError);
+  std::filesystem::rename(module, module + ".away");
+  EXPECT_THROW(console->reloadModule(), globaldefs::ProcessingFailureException);
+  status = console->getStatus();
+  EXPECT_EQ("module " + module + ": no such file", status->lastReloadError.in());
+  std::filesystem::rename(module + ".away", module);
+  console->reloadModule();
+  status = console->getStatus();
+  EXPECT_STREQ("", status->lastReloadError);
 }
 
 }  // namespace

@@ -54,4 +54,12 @@ TEST_F(Refusals, AreLoggedAsOftenAsTheIntervalAllows) {
   EXPECT_EQ("", loggedBy(log, "sixth"));
 }
 
+TEST_F(Refusals, AreLoggedAtTheGivenLevel) {
+  agent::RefusalLog log([this] { return now_; }, 5, seconds(10), agent::kLogTraces);
+  EXPECT_EQ("", loggedBy(log, "first"));
+  agent::setLogLevel(agent::kLogTraces);
+  EXPECT_NE("", loggedBy(log, "second"));
+  agent::setLogLevel(agent::kLogErrors);
+}
+
 }  // namespace

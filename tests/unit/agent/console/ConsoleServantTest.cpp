@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "orb/orb.h"
+#include "tests/unit/agent/support/CapturedLog.h"
 
 namespace {
 
@@ -244,6 +245,31 @@ TEST_F(AgentConsole, SetsTheTestSwitch) {
   console_.setTestSwitch(true);
   console_.setTestSwitch(false);
   EXPECT_THAT(agent_.calls, ElementsAre("on", "off"));
+}
+
+TEST_F(AgentConsole, LogsChangesAtLevelTwo) {
+  support::CapturedLog log(agent::kLogEvents);
+  console_.createNode(newNode("a", ""));
+  console_.renameNode("a", "A");
+  console_.deleteNode("a");
+  console_.importNetwork("net.json",
+                         contentOf(R"({"format": "topo-network/1", "topoNodes": [{"id": "b"}]})"));
+  console_.setTestSwitch(true);
+  console_.reloadModule();
+  refusalOf([&] { console_.deleteNode("none"); });
+  const std::string text = log.text();
+  for (const char* line :
+       {"createNode \"a\"", "renameNode \"a\" to \"A\"", "deleteNode \"a\", 1 nodes",
+        "importNetwork \"net.json\", 1 nodes", "setTestSwitch on", "reloadModule"}) {
+    EXPECT_THAT(text, HasSubstr(std::string("this process: ") + line + "\n"));
+  }
+  EXPECT_THAT(text, Not(HasSubstr("none")));
+}
+
+TEST_F(AgentConsole, LogsRefusalsAtLevelThree) {
+  support::CapturedLog log(agent::kLogTraces);
+  refusalOf([&] { console_.deleteNode("none"); });
+  EXPECT_THAT(log.text(), HasSubstr("this process: deleteNode is refused: no node \"none\"\n"));
 }
 
 TEST_F(AgentConsole, ReturnsTheStatus) {

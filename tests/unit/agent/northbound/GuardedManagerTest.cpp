@@ -2,8 +2,10 @@
 
 #include "agent/northbound/GuardedManager.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <functional>
 #include <future>
 #include <memory>
@@ -13,6 +15,7 @@
 
 #include "agent/northbound/Northbound.h"
 #include "tests/support/Task.h"
+#include "tests/unit/agent/support/CapturedLog.h"
 
 namespace {
 
@@ -55,6 +58,9 @@ class RecordingManager final : public virtual POA_TopoManagementManager::TopoMgr
   }
   void setOwner(const globaldefs::NVSList_T&, const char* owner) override {
     calls.push_back({"setOwner", owner});
+    if (inSetter) {
+      inSetter();
+    }
   }
   void getCapabilities(common::CapabilityList_T_out capabilities) override {
     calls.push_back({"getCapabilities"});
@@ -91,7 +97,7 @@ class RecordingManager final : public virtual POA_TopoManagementManager::TopoMgr
 
   std::vector<Call> calls;
   std::function<void()> inView;
-  std::function<void()> inSetter;  // setAdditionalInfo
+  std::function<void()> inSetter;  // setOwner and setAdditionalInfo
   CORBA::ULong length = 0;         // of the list of a view
   CORBA::ULong storedPairs = 0;    // added by setAdditionalInfo to the pairs of the request
 
@@ -129,6 +135,16 @@ class FakeIterator final : public virtual POA_TopoManagementManager::NodeIterato
  private:
   const CORBA::ULong left_;
 };
+
+globaldefs::NVSList_T elementName() {
+  globaldefs::NVSList_T name;
+  name.length(2);
+  name[0].name = "EMS";
+  name[0].value = "E";
+  name[1].name = "ManagedElement";
+  name[1].value = "1";
+  return name;
+}
 
 class Guarded : public testing::Test {
  protected:
@@ -354,6 +370,40 @@ TEST(NorthboundViews, ReserveMemoryForACopyOfAllIterators) {
   manager->getTopoSubnetworkViewInfo(0, list.out(), iterator.out());
   EXPECT_EQ(std::vector<std::size_t>{8400}, asked);
   northbound.retire();
+}
+
+TEST_F(Guarded, LogsChangesAtLevelTwo) {
+  const globaldefs::NVSList_T name = elementName();
+  globaldefs::NVSList_T information;
+  support::CapturedLog log(agent::kLogEvents);
+  guarded_->setNativeEMSName(name, "n");
+  guarded_->setUserLabel(name, "l", true);
+  guarded_->setOwner(name, "o");
+  guarded_->setAdditionalInfo(name, information);
+  view(0);
+  const std::string text = log.text();
+  for (const char* operation :
+       {"setNativeEMSName", "setUserLabel", "setOwner", "setAdditionalInfo"}) {
+    EXPECT_THAT(text, testing::HasSubstr(std::string("this process: ") + operation +
+                                         " {EMS=E, ManagedElement=1}\n"));
+  }
+  EXPECT_EQ(4, std::count(text.begin(), text.end(), '\n'));
+}
+
+TEST_F(Guarded, LogsRefusalsAtLevelThreeAndPassesThem) {
+  const auto refuse = [] {
+    throw globaldefs::ProcessingFailureException(globaldefs::EXCPT_INVALID_INPUT, "no such name");
+  };
+  manager_->inSetter = refuse;
+  manager_->inView = refuse;
+  support::CapturedLog log(agent::kLogTraces);
+  EXPECT_THROW(guarded_->setOwner(elementName(), "o"), globaldefs::ProcessingFailureException);
+  EXPECT_THROW(view(0), globaldefs::ProcessingFailureException);
+  const std::string text = log.text();
+  EXPECT_THAT(text, testing::HasSubstr("this process: setOwner is refused: no such name\n"));
+  EXPECT_THAT(text, testing::HasSubstr(
+                        "this process: getTopoSubnetworkViewInfo is refused: no such name\n"));
+  EXPECT_THAT(text, testing::Not(testing::HasSubstr("ManagedElement")));
 }
 
 TEST(NorthboundSetters, WaitingForTheirAdmissionAreRejectedByRetire) {

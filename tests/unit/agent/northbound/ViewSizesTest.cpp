@@ -53,6 +53,28 @@ TEST(ViewSizes, CountNodesAndElementsWithoutANode) {
   EXPECT_EQ(3U, sizes.of(ViewKind::kNodes, false).records);
 }
 
+// The comments name the record that the view leaves out.
+TEST(ViewSizes, CountTheRecordsOfTheTopologyView) {
+  Network network;
+  network.topoNodes = {node("1", "a"),    node("2", "b"),   node("0", ""), node("3", ""),
+                       node("NE=-5", ""), node("NE=7", ""), node("4", ""), node("5", "")};
+  network.topoNodes[3].nodeType = 3;                        // neither element nor subnetwork
+  network.topoNodes[4].nodeType = NS_DOMAIN::kTopoElement;  // a negative number
+  network.topoNodes[5].nodeType = NS_DOMAIN::kTopoElement;
+  network.topoNodes[6].parentId = "NE=-5";  // a parent without a name
+  network.topoNodes[6].parentType = NS_DOMAIN::kTopoElement;
+  network.topoNodes[7].parentId = "NE=7";
+  network.topoNodes[7].parentType = NS_DOMAIN::kTopoElement;
+  network.networkElements = {{0, "zero", false, false},    // the number 0
+                             {-1, "minus", false, false},  // a negative number
+                             {8, "eight", false, false},
+                             {7, "seven", true, false}};  // shown as a node
+  const NetworkModel model(std::move(network));
+  ViewSizes sizes(model, "EMS");
+  EXPECT_EQ(4U, sizes.topologyRecords(true));
+  EXPECT_EQ(5U, sizes.topologyRecords(false));
+}
+
 TEST(ViewSizes, CountEveryTextOfARecord) {
   const std::string text(1000, 'x');
   Network shortTexts;

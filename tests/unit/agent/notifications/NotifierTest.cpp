@@ -15,6 +15,7 @@
 
 #include "agent/notifications/SessionServant.h"
 #include "tests/unit/agent/notifications/Fixture.h"
+#include "tests/unit/agent/support/CapturedLog.h"
 
 namespace {
 
@@ -394,7 +395,8 @@ class Sessions : public Notifiers {
   Sessions() : place_(server_->wellKnownObject("TopoAgentSession")) {
     options_.maxSubscribers = 2;
     start();
-    const PortableServer::ServantBase_var servant = new agent::SessionServant(*notifier_);
+    const PortableServer::ServantBase_var servant =
+        new agent::SessionServant(*notifier_, TopoAgent::EA_DENIED);
     const CORBA::Object_var published = place_->publish(servant.in());
     session_ = TopoAgent::Session_I::_narrow(published);
   }
@@ -415,6 +417,10 @@ TEST_F(Sessions, Subscribe) {
   EXPECT_TRUE(isSubscribed(subscription));
   EXPECT_THROW(session_->subscribe(consumer.reference.in(), "x"),
                globaldefs::ProcessingFailureException);
+}
+
+TEST_F(Sessions, ReturnTheAccessToEvents) {
+  EXPECT_EQ(TopoAgent::EA_DENIED, session_->getEventAccess());
 }
 
 TEST_F(Sessions, RaiseInvalidInputWithTheReasonOfTheRefusal) {
@@ -441,12 +447,12 @@ TEST_F(Sessions, RaiseCapacityExceededWithTheReasonOfTheRefusal) {
 }
 
 TEST_F(Sessions, LogRefusedSubscriptionsAtALimitedRate) {
-  testing::internal::CaptureStderr();
+  support::CapturedLog captured(agent::kLogTraces);
   for (int i = 0; i < 500; ++i) {
     EXPECT_THROW(session_->subscribe(CosNotifyComm::StructuredPushConsumer::_nil(), ""),
                  globaldefs::ProcessingFailureException);
   }
-  const std::string log = testing::internal::GetCapturedStderr();
+  const std::string log = captured.text();
   EXPECT_NE(std::string::npos,
             log.find("a subscription of this process is refused: the consumer is nil"));
   EXPECT_GE(100, std::count(log.begin(), log.end(), '\n'));

@@ -18,6 +18,7 @@
 #include "tests/support/WithOrb.h"
 #include "tests/unit/agent/notifications/Events.h"
 #include "tests/unit/agent/notifications/Waits.h"
+#include "tests/unit/agent/support/CapturedLog.h"
 
 namespace {
 
@@ -575,11 +576,11 @@ TEST_F(Receivers, ReconnectAfterAFailedCheck) {
 TEST_F(Receivers, LogTheFailureAndTheRecoveryOfAChannelOnce) {
   settings_.isChannel = true;
   script_.connects = {kUnavailable, kUnavailable, kUnavailable};
-  testing::internal::CaptureStderr();
+  support::CapturedLog captured(agent::kLogEvents);
   start();
   EXPECT_TRUE(eventually([this] { return status() == up(Queued{0}, Sent{0}, Lost{0}); }));
   calls();
-  const std::string log = testing::internal::GetCapturedStderr();
+  const std::string log = captured.text();
   const std::string down =
       "event channel host:1 does not accept notifications, which stay queued: no answer";
   EXPECT_NE(std::string::npos, log.find(down));

@@ -144,8 +144,8 @@ TEST_F(Console, PrintsTheStatus) {
   const Ended table = run({"status"});
   EXPECT_THAT(table.out, HasSubstr("moduleState         MS_RELOADING\n"));
   EXPECT_THAT(table.out, HasSubstr("\n\nreceiver "));
-  EXPECT_THAT(run({"status", "--format", "json"}).out, StartsWith("{\"moduleState\":"));
-  EXPECT_THAT(run({"status", "--format", "csv"}).out, StartsWith("name,value\r\nmoduleState,"));
+  EXPECT_THAT(run({"status", "--format", "json"}).out, StartsWith("{\"agentVersion\":"));
+  EXPECT_THAT(run({"status", "--format", "csv"}).out, StartsWith("name,value\r\nagentVersion,"));
 }
 
 TEST_F(Console, EndsWith3AndTheReasonOfTheAgent) {

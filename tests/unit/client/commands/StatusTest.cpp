@@ -18,10 +18,18 @@ std::string printed(const TopoAgent::Status_T& status, Format format) {
 TEST(Status, IsTwoTablesInTheTableFormat) {
   EXPECT_EQ(printed(makeStatus(), Format::kTable),
             "name                value\n"
+            "agentVersion        1.2\n"
+            "moduleVersion       3.4\n"
+            "uptimeSeconds       15\n"
+            "store               a.db\n"
+            "emsName             E\n"
             "moduleState         MS_RELOADING\n"
             "moduleLoads         1\n"
+            "lastReloadError     no file\n"
+            "eventAccess         EA_DENIED\n"
             "testSwitch          yes\n"
             "topoNodes           2\n"
+            "viewNodes           16\n"
             "iterators           3\n"
             "subscriptions       4\n"
             "eventsQueued        5\n"
@@ -36,8 +44,10 @@ TEST(Status, IsTwoTablesInTheTableFormat) {
 
 TEST(Status, IsOneObjectInJson) {
   EXPECT_EQ(printed(makeStatus(), Format::kJson),
-            R"({"moduleState":"MS_RELOADING","moduleLoads":1,"testSwitch":true,"topoNodes":2,)"
-            R"("iterators":3,"subscriptions":4,"eventsQueued":5,)"
+            R"({"agentVersion":"1.2","moduleVersion":"3.4","uptimeSeconds":15,"store":"a.db",)"
+            R"("emsName":"E","moduleState":"MS_RELOADING","moduleLoads":1,)"
+            R"("lastReloadError":"no file","eventAccess":"EA_DENIED","testSwitch":true,)"
+            R"("topoNodes":2,"viewNodes":16,"iterators":3,"subscriptions":4,"eventsQueued":5,)"
             R"("eventsDropped":18446744073709551615,"notifications":7,"subscribersDropped":8,)"
             R"("receivers":[)"
             R"({"receiver":"127.0.0.1:4711","isChannel":false,"isConnected":true,"queued":9,)"
@@ -51,8 +61,10 @@ TEST(Status, IsOneRecordAFieldInCsv) {
   TopoAgent::Status_T status = makeStatus();
   status.receivers.length(1);
   EXPECT_EQ(printed(status, Format::kCsv),
-            "name,value\r\nmoduleState,MS_RELOADING\r\nmoduleLoads,1\r\ntestSwitch,true\r\n"
-            "topoNodes,2\r\niterators,3\r\nsubscriptions,4\r\neventsQueued,5\r\n"
+            "name,value\r\nagentVersion,1.2\r\nmoduleVersion,3.4\r\nuptimeSeconds,15\r\n"
+            "store,a.db\r\nemsName,E\r\nmoduleState,MS_RELOADING\r\nmoduleLoads,1\r\n"
+            "lastReloadError,no file\r\neventAccess,EA_DENIED\r\ntestSwitch,true\r\n"
+            "topoNodes,2\r\nviewNodes,16\r\niterators,3\r\nsubscriptions,4\r\neventsQueued,5\r\n"
             "eventsDropped,18446744073709551615\r\nnotifications,7\r\nsubscribersDropped,8\r\n"
             "receivers.0.receiver,127.0.0.1:4711\r\nreceivers.0.isChannel,false\r\n"
             "receivers.0.isConnected,true\r\nreceivers.0.queued,9\r\nreceivers.0.sent,10\r\n"

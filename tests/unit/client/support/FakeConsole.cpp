@@ -15,7 +15,15 @@ std::string kindOf(TopoAgent::NodeKind_T kind) {
 
 TopoAgent::Status_T makeStatus() {
   TopoAgent::Status_T status;
+  status.agentVersion = "1.2";
+  status.moduleVersion = "3.4";
+  status.uptimeSeconds = 15;
+  status.store = "a.db";
+  status.emsName = "E";
   status.moduleState = TopoAgent::MS_RELOADING;
+  status.lastReloadError = "no file";
+  status.eventAccess = TopoAgent::EA_DENIED;
+  status.viewNodes = 16;
   status.moduleLoads = 1;
   status.testSwitch = true;
   status.topoNodes = 2;
