@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Sets up, builds, starts the agent on a sample network and prints its topology view.
 #   ./run.sh                    shows the view, stops the agent, ends with status 0
-#   ./run.sh --serve [NETWORK]  keeps the agent running until Ctrl-C
+#   ./run.sh --serve [NETWORK]  keeps the agent running until Ctrl-C; changes stay in ./NETWORK.db
 set -euo pipefail
 
 cd "$(dirname "${BASH_SOURCE[0]}")"
@@ -39,7 +39,7 @@ stop() {
 trap stop EXIT
 
 if $serve; then
-  store="$work/network.db"
+  store="./$(basename "${network%.*}").db"
   endpoint=127.0.0.1:2810
 else
   store=:memory:
@@ -63,6 +63,9 @@ done
 cat "$work/ready"
 
 if $serve; then
+  echo
+  echo "The network and its changes are in $store. The next start continues with this file;"
+  echo "remove the file to start from $network again."
   echo
   echo "In another terminal:"
   echo "  $bin/topoctl topo                 the topology view as a table"
