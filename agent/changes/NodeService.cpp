@@ -126,6 +126,27 @@ Outcome checkNewNetwork(const Network& network) {
 
 // --- Checks against the model. Their results are valid until the end of the change.
 
+// Fails for a node that clients would see as an object that they see a node of the model as.
+Outcome checkObject(const TopoNode_T& node, const NetworkModel& model, const std::string& place) {
+  if (node.nodeType != NS_DOMAIN::kTopoElement) {
+    return {};
+  }
+  const auto object = objectOfElementNode(node.nodeId);
+  const auto other = object ? model.nodeShownAs(*object) : std::nullopt;
+  if (!other) {
+    return {};
+  }
+  return {kAlreadyExists, place + problemWithSharedObject(node.nodeId, *object, nodeNamed(*other))};
+}
+
+Outcome checkObjects(const Network& network, const NetworkModel& model) {
+  Outcome outcome;
+  for (std::size_t i = 0; outcome.ok() && i < network.topoNodes.size(); ++i) {
+    outcome = checkObject(network.topoNodes[i], model, placeOf("topoNodes", i, ".id") + ": ");
+  }
+  return outcome;
+}
+
 // Finds records of a network that the model has already. Borrows the model.
 class Duplicates {
  public:
@@ -228,6 +249,10 @@ void clearUnstored(Network& network) {
   }
 }
 
+bool isElementOrSubnetwork(std::uint32_t type) {
+  return type == NS_DOMAIN::kTopoElement || type == NS_DOMAIN::kTopoSubnetwork;
+}
+
 Outcome checkNodeExists(const NetworkModel& model, const std::string& id) {
   return model.hasTopoNode(id) ? Outcome() : Outcome{kEntityNotFound, "no " + nodeNamed(id)};
 }
@@ -256,9 +281,12 @@ Outcome checkNewNode(const TopoNode_T& node) {
   if (Outcome texts = checkNodeTexts(node, subject); !texts.ok()) {
     return texts;
   }
-  if (node.nodeType != NS_DOMAIN::kTopoElement && node.nodeType != NS_DOMAIN::kTopoSubnetwork) {
+  if (!isElementOrSubnetwork(node.nodeType)) {
     return {kInvalidName,
             "the type of " + subject + " must be 1 or 2, not " + std::to_string(node.nodeType)};
+  }
+  if (node.nodeType == NS_DOMAIN::kTopoElement && !hasElementNumber(node.nodeId)) {
+    return {kInvalidName, "node " + problemWithElementId(node.nodeId)};
   }
   if (node.parentId == node.nodeId && !isRootMarker(node.parentId)) {
     return {kInvalidName, subject + " cannot be its own parent"};
@@ -266,9 +294,33 @@ Outcome checkNewNode(const TopoNode_T& node) {
   return {};
 }
 
+std::string kindOf(std::uint32_t type) {
+  return type == NS_DOMAIN::kTopoElement ? "an element" : "a subnetwork";
+}
+
+// Takes the type of the parent from a parent that is an element or a subnetwork. Fails for a
+// different type. REQUIRES: the parent exists or is a root marker.
+Outcome takeParentType(TopoNode_T& node, const NetworkModel& model) {
+  const auto parent = isRootMarker(node.parentId) ? std::nullopt : model.topoNode(node.parentId);
+  const bool isKnown = parent && isElementOrSubnetwork(parent->nodeType);
+  const std::uint32_t type = isKnown ? parent->nodeType : NS_DOMAIN::kTopoSubnetwork;
+  if (node.parentType == NodeService::kTypeOfParent) {
+    node.parentType = type;
+  }
+  if (isKnown && node.parentType != type) {
+    return {kInvalidName, "the parent of " + nodeNamed(node.nodeId) + ", " +
+                              nodeNamed(node.parentId) + ", is " + kindOf(type) + ", not " +
+                              kindOf(node.parentType)};
+  }
+  return {};
+}
+
 Outcome checkNewPlace(const TopoNode_T& node, const NetworkModel& model) {
   if (model.hasTopoNode(node.nodeId)) {
     return {kAlreadyExists, nodeNamed(node.nodeId) + " exists already"};
+  }
+  if (Outcome object = checkObject(node, model, "node "); !object.ok()) {
+    return object;
   }
   if (!isRootMarker(node.parentId) && !model.hasTopoNode(node.parentId)) {
     return {kEntityNotFound,
@@ -279,6 +331,7 @@ Outcome checkNewPlace(const TopoNode_T& node, const NetworkModel& model) {
 
 Outcome checkImport(const Network& network, const NetworkModel& model) {
   Outcome outcome = Duplicates(model).check(network);
+  outcome = outcome.ok() ? checkObjects(network, model) : outcome;
   return outcome.ok() ? checkParents(network, model) : outcome;
 }
 
@@ -294,11 +347,14 @@ Outcome NodeService::create(const TopoNode_T& node) {
                      network.topoNodes.push_back(node);
                      clearUnstored(network);
                      NetworkWriter::Change change(writer_);
-                     if (Outcome checked = checkNewPlace(node, change.model()); !checked.ok()) {
-                       return checked;
+                     Outcome checked = checkNewPlace(node, change.model());
+                     if (checked.ok()) {
+                       checked = takeParentType(network.topoNodes.front(), change.model());
                      }
-                     change.commit(change.model().prepareAddition(std::move(network)));
-                     return {};
+                     if (checked.ok()) {
+                       change.commit(change.model().prepareAddition(std::move(network)));
+                     }
+                     return checked;
                    });
 }
 

@@ -4,6 +4,7 @@
 #define AGENT_CHANGES_NODESERVICE_H
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -31,6 +32,9 @@ struct ImportSummary {
 // does not show the element twice. The mark ends with the last such node. A mark from a network
 // file never ends.
 //
+// A node that clients would see as the same object as another node, as NE=7 and a bare 7, is
+// refused with kAlreadyExists. A store that has such nodes is served.
+//
 // Thread-safety: any thread. Ownership: borrows the writer and the cancellation, which outlive the
 // service. Errors: kInvalidName for malformed input, kEntityNotFound for an unknown id or parent,
 // kAlreadyExists for a record that exists, kInternalError for store and memory.
@@ -43,8 +47,13 @@ class NodeService {
 
   const Cancellation& cancellation() const { return cancellation_; }
 
+  // A parentType that stands for the type of the parent node: element or subnetwork. Without such a
+  // parent it stands for a subnetwork.
+  static constexpr std::uint32_t kTypeOfParent = 0;
+
   // Appends an element (type 1) or a subnetwork (type 2) to the list of nodes. Ignores the fields
-  // that are not stored (Network.h). Raises EVENT_TOPO_NODE_CREATED.
+  // that are not stored (Network.h). Fails with kInvalidName for a parentType that is not the type
+  // of a parent that is an element or a subnetwork. Raises EVENT_TOPO_NODE_CREATED.
   Outcome create(const NS_DOMAIN::TopoNode_T& node);
 
   // Removes a node with its descendants; removed is the number of removed nodes. Raises

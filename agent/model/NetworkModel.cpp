@@ -91,6 +91,18 @@ bool NetworkModel::hasLabel(const ObjectKey& key) const {
   return data_.label(key) != nullptr;
 }
 
+std::optional<NS_DOMAIN::TopoNode_T> NetworkModel::topoNode(const std::string& id) const {
+  const ReadLock lock(mutex_);
+  const NS_DOMAIN::TopoNode_T* const node = data_.node(id);
+  return node == nullptr ? std::nullopt : std::optional(*node);
+}
+
+std::optional<std::string> NetworkModel::nodeShownAs(const NumberedObject& object) const {
+  const ReadLock lock(mutex_);
+  const NS_DOMAIN::TopoNode_T* const node = data_.nodeShownAs(object);
+  return node == nullptr ? std::nullopt : std::optional(node->nodeId);
+}
+
 void NetworkModel::appendTopoNodes(std::vector<NS_DOMAIN::TopoNode_T>& nodes) const {
   const ReadLock lock(mutex_);
   nodes.reserve(nodes.size() + data_.nodes().size());

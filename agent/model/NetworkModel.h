@@ -69,6 +69,12 @@ class NetworkModel {
   std::vector<NS_DOMAIN::ClockPositionInfo_T> clockPositions() const;
   std::vector<NS_DOMAIN::ClockTopoLinkInfo_T> clockLinks() const;
 
+  // The record of the topology node with an id, of any type.
+  std::optional<NS_DOMAIN::TopoNode_T> topoNode(const std::string& id) const;
+
+  // The id of the first topology node that clients see as an object.
+  std::optional<std::string> nodeShownAs(const NumberedObject& object) const;
+
   // Empty for an object without a stored label.
   std::string labelOf(std::int32_t type, const std::string& id) const;
 

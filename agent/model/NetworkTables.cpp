@@ -168,6 +168,12 @@ const NS_DOMAIN::TopoNode_T* NetworkTables::node(std::string_view id) const {
   return found == nullptr ? nullptr : &found->record;
 }
 
+const NS_DOMAIN::TopoNode_T* NetworkTables::nodeShownAs(const NumberedObject& object) const {
+  const ObjectRecords* const records = recordsOf(object);
+  const bool hasNode = records != nullptr && records->nodes.first != nullptr;
+  return hasNode ? &records->nodes.first->record : nullptr;
+}
+
 const NetworkElement* NetworkTables::element(std::int32_t number) const {
   return valueIn(elementsByNumber_, number);
 }

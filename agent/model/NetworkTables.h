@@ -110,6 +110,7 @@ class NetworkTables {
 
   // Return null when there is no such object. The pointers are valid until a change is applied.
   const NS_DOMAIN::TopoNode_T* node(std::string_view id) const;
+  const NS_DOMAIN::TopoNode_T* nodeShownAs(const NumberedObject& object) const;
   const NetworkElement* element(std::int32_t number) const;
   const std::string* label(const ObjectKey& key) const;
 
@@ -141,12 +142,6 @@ class NetworkTables {
   void apply(PreparedChange& change) noexcept;
 
  private:
-  struct NumberedHash {
-    std::size_t operator()(const NumberedObject& object) const {
-      return salted::Hash()(std::int64_t{object.number} * 4 + object.type);
-    }
-  };
-
   // Makes tables with indexes and without links, for an addition.
   struct Unlinked {};
   NetworkTables(Network network, Unlinked);
@@ -185,7 +180,7 @@ class NetworkTables {
   salted::Map<std::int32_t, NetworkElement*> elementsByNumber_;
   salted::Map<std::string_view, Position*> positionsByReference_;
   salted::Map<std::string_view, NS_DOMAIN::ClockTopoLinkInfo_T*> linksById_;
-  salted::Map<NumberedObject, ObjectRecords, NumberedHash> objects_;
+  salted::Map<NumberedObject, ObjectRecords, NumberedObjectHash> objects_;
 };
 
 }  // namespace agent

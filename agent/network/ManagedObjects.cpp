@@ -14,6 +14,7 @@ namespace {
 static_assert(kTopoSubnetworkObjectType == NS_CORBA::CorbaUtilInterface::kTopoSubnetworkType);
 static_assert(kClockLinkObjectType == NS_CORBA::CorbaUtilInterface::kClockTopoLinkType);
 
+constexpr std::string_view kTermSeparator = ",";
 constexpr CORBA::ULong kMostPairsShown = 4;
 constexpr std::size_t kMostOfATextShown = 80;
 
@@ -99,6 +100,12 @@ const NumberedClass& numberedClassOf(std::string_view domainName) {
   return kManagedElement;
 }
 
+// The number of the last class of an FDN, whose parts are given.
+std::optional<std::int32_t> numberIn(const FdnParts& parts, const std::string& fdn) {
+  const auto part = parts.find(std::string(classOfFdn(fdn)));
+  return part == parts.end() ? std::nullopt : wholeNumber(part->second);
+}
+
 std::optional<NumberedObject> ifNameable(std::int32_t type, std::int32_t number) {
   return number < 0 ? std::nullopt : std::optional(NumberedObject{type, number});
 }
@@ -133,9 +140,12 @@ std::string formatName(const globaldefs::NVSList_T& name) {
 }
 
 std::string formatName(const ObjectKey& key, std::string_view ems) {
+  return '{' + formatPair(tmf::kEms, ems) + ", " + formatObject(key) + '}';
+}
+
+std::string formatObject(const ObjectKey& key) {
   const std::size_t start = numberedObject(key) ? key.id.find('=') + 1 : 0;
-  return '{' + formatPair(tmf::kEms, ems) + ", " +
-         formatPair(tmfClassOf(key.type), std::string_view(key.id).substr(start)) + '}';
+  return formatPair(tmfClassOf(key.type), std::string_view(key.id).substr(start));
 }
 
 std::optional<NumberedObject> numberedObject(const ObjectKey& key) {
@@ -163,16 +173,18 @@ std::optional<NumberedObject> objectOfElementNode(const std::string& nodeId) {
     return std::nullopt;
   }
   FdnParts parts;
-  splitFdn(parts, nodeId, ",");
+  splitFdn(parts, nodeId, kTermSeparator);
   if (parts.empty()) {
     return ifNameable(kManagedElementType, leadingNumber(nodeId));
   }
-  const std::string domainName(classOfFdn(nodeId));
-  const NumberedClass& known = numberedClassOf(domainName);
-  const auto part = parts.find(domainName);
-  const auto number =
-      part == parts.end() ? std::optional<std::int32_t>() : wholeNumber(part->second);
-  return ifNameable(known.type, number.value_or(known.missingNumber));
+  const NumberedClass& known = numberedClassOf(classOfFdn(nodeId));
+  return ifNameable(known.type, numberIn(parts, nodeId).value_or(known.missingNumber));
+}
+
+bool hasElementNumber(const std::string& nodeId) {
+  FdnParts parts;
+  splitFdn(parts, nodeId, kTermSeparator);
+  return (parts.empty() ? wholeNumber(nodeId) : numberIn(parts, nodeId)).has_value();
 }
 
 std::optional<NumberedObject> objectOfClockReference(const std::string& reference) {

@@ -15,12 +15,14 @@
 #ifndef AGENT_NETWORK_MANAGEDOBJECTS_H
 #define AGENT_NETWORK_MANAGEDOBJECTS_H
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
 
 #include "agent/network/Network.h"
+#include "hash/SaltedHash.h"
 #include "orb/idl/globaldefs.h"
 
 namespace agent {
@@ -61,6 +63,9 @@ std::optional<ObjectKey> parseObjectName(const globaldefs::NVSList_T& name, std:
 std::string formatName(const globaldefs::NVSList_T& name);
 std::string formatName(const ObjectKey& key, std::string_view ems);
 
+// The printable class and value of an object, such as ManagedElement=7.
+std::string formatObject(const ObjectKey& key);
+
 // An object of one of the classes ManagedElement, ONE and OS.
 struct NumberedObject {
   std::int32_t type = 0;
@@ -70,6 +75,12 @@ struct NumberedObject {
 inline bool operator==(const NumberedObject& a, const NumberedObject& b) {
   return a.type == b.type && a.number == b.number;
 }
+
+struct NumberedObjectHash {
+  std::size_t operator()(const NumberedObject& object) const {
+    return salted::Hash()(std::int64_t{object.number} * 4 + object.type);
+  }
+};
 
 // Empty for the key of a subnetwork or a link.
 std::optional<NumberedObject> numberedObject(const ObjectKey& key);
@@ -81,6 +92,10 @@ ObjectKey keyOf(const NumberedObject& object);
 // the node's FDN decides; an unknown class or a bare number means a managed element. Empty for a
 // node that views leave out.
 std::optional<NumberedObject> objectOfElementNode(const std::string& nodeId);
+
+// Whether the id of an element node has a number: a bare id that is a decimal number as a whole, or
+// an FDN whose last class has a number. The number may be negative.
+bool hasElementNumber(const std::string& nodeId);
 
 // The managed element under whose name clients see a clock position. Empty for a position that
 // views leave out.

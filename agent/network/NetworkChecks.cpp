@@ -111,6 +111,29 @@ Outcome checkNodes(const std::vector<NS_DOMAIN::TopoNode_T>& nodes, Parents allo
   return parents.ok() ? checkAcyclic(parents.value()) : parents.outcome();
 }
 
+// No two nodes are shown as the same object, and every element has a number.
+Outcome checkObjects(const Network& network) {
+  const std::vector<NS_DOMAIN::TopoNode_T>& nodes = network.topoNodes;
+  salted::Map<NumberedObject, std::size_t, NumberedObjectHash> positions;
+  positions.reserve(nodes.size());
+  for (std::size_t i = 0; i < nodes.size(); ++i) {
+    if (nodes[i].nodeType != NS_DOMAIN::kTopoElement) {
+      continue;
+    }
+    const std::string& id = nodes[i].nodeId;
+    if (!hasElementNumber(id)) {
+      return invalidInput(placeOf("topoNodes", i, ".id"), problemWithElementId(id));
+    }
+    const auto object = objectOfElementNode(id);
+    const std::size_t first = object ? positions.emplace(*object, i).first->second : i;
+    if (first != i) {
+      return invalidInput(placeOf("topoNodes", i, ".id"),
+                          problemWithSharedObject(id, *object, placeOf("topoNodes", first)));
+    }
+  }
+  return {};
+}
+
 Outcome checkElements(const Network& network) {
   return checkUnique<std::int32_t>(network.networkElements, "networkElements", ".number",
                                    [](const auto& element) { return element.number; });
@@ -135,7 +158,8 @@ Outcome checkLabels(const Network& network) {
 
 Outcome check(const Network& network, Parents allowed) {
   Outcome outcome = checkNodes(network.topoNodes, allowed);
-  for (const auto checkList : {checkElements, checkClockPositions, checkClockLinks, checkLabels}) {
+  for (const auto checkList :
+       {checkObjects, checkElements, checkClockPositions, checkClockLinks, checkLabels}) {
     outcome = outcome.ok() ? checkList(network) : outcome;
   }
   return outcome;
@@ -153,6 +177,15 @@ Outcome checkPart(const Network& network) {
 
 Outcome invalidInput(const std::string& place, const std::string& reason) {
   return {kInvalidInput, printable(place) + ": " + printable(reason)};
+}
+
+std::string problemWithElementId(std::string_view nodeId) {
+  return inQuotes(nodeId) + " has no number, which the id of an element needs";
+}
+
+std::string problemWithSharedObject(std::string_view nodeId, const NumberedObject& object,
+                                    const std::string& other) {
+  return inQuotes(nodeId) + " is shown as " + formatObject(keyOf(object)) + ", as " + other + " is";
 }
 
 std::string placeOf(const char* list, std::size_t index, const char* field) {

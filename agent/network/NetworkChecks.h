@@ -8,18 +8,27 @@
 
 #include <cstddef>
 #include <string>
+#include <string_view>
 
 #include "agent/base/OperationResult.h"
+#include "agent/network/ManagedObjects.h"
 #include "agent/network/Network.h"
 
 namespace agent {
 
 // Succeeds if every id is unique in its list, the parent of every topology node is another node or
-// a root marker, and no node is its own ancestor.
+// a root marker, no node is its own ancestor, every node of the type element has a number in its
+// id, and clients see no two nodes as the same object.
 Outcome checkNetwork(const Network& network);
 
 // As checkNetwork(), for a network that is to be added to another network: a parent may be missing.
 Outcome checkPart(const Network& network);
+
+// The reasons to refuse a node of the type element: an id without a number, and an object that
+// another node is shown as.
+std::string problemWithElementId(std::string_view nodeId);
+std::string problemWithSharedObject(std::string_view nodeId, const NumberedObject& object,
+                                    const std::string& other);
 
 // kInvalidInput with the reason "PLACE: REASON", made printable.
 Outcome invalidInput(const std::string& place, const std::string& reason);

@@ -40,13 +40,16 @@ class Reference {
     if (node.parentId == node.nodeId && !agent::isRootMarker(node.parentId)) {
       return agent::kInvalidName;
     }
-    if (has(node.nodeId)) {
+    if (has(node.nodeId) || showsAKnownElement(node)) {
       return agent::kAlreadyExists;
     }
     if (!agent::isRootMarker(node.parentId) && !has(node.parentId)) {
       return agent::kEntityNotFound;
     }
     network_.topoNodes.push_back(node);
+    if (!agent::isRootMarker(node.parentId)) {
+      network_.topoNodes.back().parentType = nodeAt(node.parentId).nodeType;
+    }
     markShown();
     events_.push_back({EVENT_TOPO_NODE_CREATED, {node.nodeId}});
     return agent::kSuccess;
@@ -87,7 +90,7 @@ class Reference {
 
   std::uint32_t import(const Network& more) {
     for (const TopoNode_T& node : more.topoNodes) {
-      if (has(node.nodeId)) {
+      if (has(node.nodeId) || showsAKnownElement(node)) {
         return agent::kAlreadyExists;
       }
     }
@@ -140,17 +143,21 @@ class Reference {
     return {};
   }
 
- private:
-  TopoNode_T& nodeAt(const std::string& id) {
-    return *std::find_if(network_.topoNodes.begin(), network_.topoNodes.end(),
-                         [&](const TopoNode_T& node) { return node.nodeId == id; });
-  }
-
   // The number of the managed element of a node with the id NE=N or EQ=1,NE=N; -1 for other nodes.
   static std::int32_t elementOf(const TopoNode_T& node) {
     const auto at = node.nodeId.rfind("NE=");
     const bool isElement = node.nodeType == NS_DOMAIN::kTopoElement && at != std::string::npos;
     return isElement ? std::stoi(node.nodeId.substr(at + 3)) : -1;
+  }
+
+ private:
+  bool showsAKnownElement(const TopoNode_T& node) const {
+    return elementOf(node) >= 0 && hasNodeOf(elementOf(node));
+  }
+
+  TopoNode_T& nodeAt(const std::string& id) {
+    return *std::find_if(network_.topoNodes.begin(), network_.topoNodes.end(),
+                         [&](const TopoNode_T& node) { return node.nodeId == id; });
   }
 
   bool hasNodeOf(std::int32_t number) const {
@@ -295,7 +302,8 @@ class World {
     Network network;
     network.ems = "E";
     network.topoNodes = {nodeOf("s0", ""), nodeOf("s1", "s0"),
-                         nodeOf("NE=1", "s1", NS_DOMAIN::kTopoElement, "one"), nodeOf("0", "")};
+                         nodeOf("NE=1", "s1", NS_DOMAIN::kTopoElement, "one"), nodeOf("0", ""),
+                         nodeOf("EQ=1,NE=1", "s0", NS_DOMAIN::kTopoElement, "one again")};
     network.networkElements = {{1, "one", true}, {2, "two"}, {3, "three"}};
     network.clockPositions.resize(2);
     network.clockPositions[0].reference = "NE=1";
@@ -334,8 +342,9 @@ class World {
   }
 
   void create() {
-    const TopoNode_T node = someNode();
+    TopoNode_T node = someNode();
     const std::uint32_t code = reference_.create(node);
+    node.parentType = agent::NodeService::kTypeOfParent;
     ASSERT_EQ(code, host_->nodes().create(node).code) << node.nodeId << " below " << node.parentId;
   }
 
@@ -356,7 +365,7 @@ class World {
   }
 
   // Imports nodes in random order with parents in the import or in the network. The import has
-  // neither duplicate ids nor cycles.
+  // neither duplicate ids nor duplicate elements nor cycles.
   void import() {
     Network more;
     more.ems = "other";
@@ -364,7 +373,9 @@ class World {
       TopoNode_T node = someNode();
       const bool isTwice =
           std::any_of(more.topoNodes.begin(), more.topoNodes.end(), [&](const TopoNode_T& other) {
-            return other.nodeId == node.nodeId || other.parentId == node.nodeId;
+            return other.nodeId == node.nodeId || other.parentId == node.nodeId ||
+                   (Reference::elementOf(node) >= 0 &&
+                    Reference::elementOf(other) == Reference::elementOf(node));
           });
       if (!isTwice && node.parentId != node.nodeId) {
         const bool isFirst = random_.number(0, 1) == 0;

@@ -30,15 +30,16 @@ using agent::Outcome;
 using agent::SqliteStore;
 using globaldefs::NVSList_T;
 
+// Element 5 has three nodes, as only an older store can have.
 agent::Network networkOfAllKinds() {
-  return readText(withFormat(R"(
+  agent::Network network = readText(withFormat(R"(
     "ems": "other",
     "topoNodes": [
       {"id": "core", "name": "Core"},
       {"id": "west", "parent": "core", "name": "West"},
       {"id": "NE=5", "parent": "west", "name": "Five", "type": 1},
-      {"id": "EQ=1,NE=5", "parent": "core", "name": "Five again", "type": 1},
-      {"id": "5", "parent": "core", "name": "Bare five", "type": 1},
+      {"id": "NE=51", "parent": "core", "name": "Five again", "type": 1},
+      {"id": "NE=52", "parent": "core", "name": "Bare five", "type": 1},
       {"id": "ONE=6", "name": "Six", "type": 1},
       {"id": "OS=7", "name": "Seven", "type": 1},
       {"id": "EQ=8", "name": "Eight", "type": 1},
@@ -49,6 +50,9 @@ agent::Network networkOfAllKinds() {
       {"reference": "NE=5", "label": "Clock five"}, {"reference": "NE=11", "label": "Eleven"}],
     "clockLinks": [{"id": "k1", "name": "SDH/one"}, {"id": "k2", "name": "SDH/two"}],
     "objectLabels": [{"type": 201, "id": "ghost", "label": "Ghost"}])"));
+  network.topoNodes[3].nodeId = "EQ=1,NE=5";
+  network.topoNodes[4].nodeId = "5";
+  return network;
 }
 
 NVSList_T object(const std::string& objectClass, const std::string& value) {

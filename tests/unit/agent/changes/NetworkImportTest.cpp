@@ -127,6 +127,21 @@ TEST_F(NetworkImport, RejectsDuplicatesOfServedRecords) {
               R"("objectLabels": [{"type": 201, "id": "none", "label": "x"}])");
 }
 
+TEST_F(NetworkImport, RejectsASecondNodeOfAnElement) {
+  expectRefused(
+      agent::kAlreadyExists,
+      "topoNodes[1].id: \"EQ=2,NE=1\" is shown as ManagedElement=1, as node \"NE=1\" is",
+      part(R"("topoNodes": [{"id": "ONE=1", "type": 1}, {"id": "EQ=2,NE=1", "type": 1}])"));
+  Network twice;
+  twice.topoNodes = {nodeOf("NE=7", "", NS_DOMAIN::kTopoElement),
+                     nodeOf("7", "", NS_DOMAIN::kTopoElement)};
+  expectRefused(agent::kInvalidName,
+                "topoNodes[1].id: \"7\" is shown as ManagedElement=7, as topoNodes[0] is", twice);
+  twice.topoNodes = {nodeOf("x", "", NS_DOMAIN::kTopoElement)};
+  expectRefused(agent::kInvalidName,
+                "topoNodes[0].id: \"x\" has no number, which the id of an element needs", twice);
+}
+
 TEST_F(NetworkImport, RejectsNetworksThatAFileCannotContain) {
   Network twice;
   twice.topoNodes = {nodeOf("x", ""), nodeOf("x", "")};

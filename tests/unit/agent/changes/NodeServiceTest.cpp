@@ -48,6 +48,14 @@ class NodeServiceTest : public testing::Test {
   NodeService& nodes() { return host_->nodes(); }
   NetworkModel& model() { return host_->model(); }
 
+  // Serves the small network with one more node at its end, which only an older store can have.
+  void serveWith(const TopoNode_T& node) {
+    agent::Network network = smallNetwork();
+    network.topoNodes.push_back(node);
+    path_ = directory_.file("older.db");
+    host_ = std::make_unique<ChangingHost>(path_, network);
+  }
+
   void restart() {
     host_.reset();
     host_ = std::make_unique<ChangingHost>(path_, agent::Network());
@@ -115,7 +123,7 @@ class NodeServiceTest : public testing::Test {
   }
 
   const support::TemporaryDirectory directory_;
-  const std::string path_ = directory_.file("store.db");
+  std::string path_ = directory_.file("store.db");
   std::unique_ptr<ChangingHost> host_ = std::make_unique<ChangingHost>(path_, smallNetwork());
 };
 
@@ -123,7 +131,6 @@ class NodeServiceTest : public testing::Test {
 
 TEST_F(NodeServiceTest, AppendsANodeWithAllStoredFields) {
   TopoNode_T node = nodeOf("south", "core", kTopoSubnetwork, "Süden");
-  node.parentType = 7;
   node.attribute3 = -2147483647;
   node.attribute4 = 12;
   node.extendedAttributes = {{"location", "Hall||2"}, {"location", ""}};
@@ -182,9 +189,66 @@ TEST_F(NodeServiceTest, CreatesObjectsThatAcceptAttributes) {
 }
 
 TEST_F(NodeServiceTest, RejectsADuplicateNode) {
-  expectNotCreated(agent::kAlreadyExists, "node \"west\" exists already",
-                   nodeOf("west", "core", kTopoElement));
+  expectNotCreated(agent::kAlreadyExists, "node \"west\" exists already", nodeOf("west", "core"));
   expectNotCreated(agent::kAlreadyExists, "node \"third\" exists already", nodeOf("third", "none"));
+}
+
+TEST_F(NodeServiceTest, RejectsAnElementWithoutANumber) {
+  for (const std::string id :
+       {"foo", "7x", "", "NE=", "NE=x", "NE=5,rack", "5,EQ=", "4294967296"}) {
+    const std::string reason =
+        id.empty() ? "the id of a node must not be empty"
+                   : "node \"" + id + "\" has no number, which the id of an " + "element needs";
+    expectNotCreated(agent::kInvalidName, reason, nodeOf(id, "core", kTopoElement));
+  }
+  for (const std::string id : {"7", "-7", "+8", "0", "NE=-9", "NE=0", "EQ=4,ONE=010", "EQ=11"}) {
+    expectDone(nodes().create(nodeOf(id, "core", kTopoElement)));
+  }
+  expectDone(nodes().create(nodeOf("NE=x", "core")));
+}
+
+TEST_F(NodeServiceTest, RejectsASecondNodeOfAnElement) {
+  for (const std::string id : {"1", "01", "+1", "NE=01", "EQ=1,NE=1", "EQ=1"}) {
+    expectNotCreated(agent::kAlreadyExists,
+                     "node \"" + id + "\" is shown as ManagedElement=1, as node \"NE=1\" is",
+                     nodeOf(id, "core", kTopoElement));
+  }
+  for (const std::string id : {"ONE=1", "OS=1", "NE=-1", "EQ=-1"}) {
+    expectDone(nodes().create(nodeOf(id, "core", kTopoElement)));
+  }
+  expectDone(nodes().create(nodeOf("1", "core")));
+  remove("NE=1");
+  expectDone(nodes().create(nodeOf("01", "core", kTopoElement)));
+}
+
+TEST_F(NodeServiceTest, ServesAStoreWithSeveralNodesOfAnElement) {
+  serveWith(nodeOf("01", "east", kTopoElement, "One again"));
+  restart();
+  EXPECT_EQ("One again", nameOfNode("01"));
+  expectNotCreated(agent::kAlreadyExists,
+                   "node \"+1\" is shown as ManagedElement=1, as node \"NE=1\" is",
+                   nodeOf("+1", "core", kTopoElement));
+}
+
+TEST_F(NodeServiceTest, TakesTheTypeOfAParentFromTheParent) {
+  for (const auto& [parent, type] : std::vector<std::pair<std::string, std::uint32_t>>{
+           {"NE=1", 1}, {"core", 2}, {"third", 2}, {"", 2}, {"0", 2}}) {
+    TopoNode_T node = nodeOf("below " + parent, parent);
+    node.parentType = NodeService::kTypeOfParent;
+    expectDone(nodes().create(node));
+    EXPECT_EQ(type, model().topoNode(node.nodeId)->parentType) << parent;
+  }
+}
+
+TEST_F(NodeServiceTest, RejectsATypeThatTheParentDoesNotHave) {
+  expectNotCreated(agent::kInvalidName,
+                   "the parent of node \"a\", node \"NE=1\", is an element, not a subnetwork",
+                   nodeOf("a", "NE=1"));
+  TopoNode_T node = nodeOf("a", "core");
+  node.parentType = kTopoElement;
+  expectNotCreated(agent::kInvalidName,
+                   "the parent of node \"a\", node \"core\", is a subnetwork, not an element",
+                   node);
 }
 
 TEST_F(NodeServiceTest, RejectsAnUnknownParent) {
@@ -259,9 +323,13 @@ TEST_F(NodeServiceTest, ShowsAListedElementOnceAfterItGetsANode) {
 }
 
 TEST_F(NodeServiceTest, MarksAnElementUntilItsLastNodeIsRemoved) {
-  expectDone(nodes().create(nodeOf("NE=5", "core", kTopoElement)));
-  expectDone(nodes().create(nodeOf("5", "NE=5", kTopoElement)));
-  expectDone(nodes().create(nodeOf("EQ=1,NE=5", "east", kTopoElement)));
+  agent::Network network = smallNetwork();
+  network.networkElements[1].shown = network.networkElements[1].shownForNode = true;
+  network.topoNodes.push_back(nodeOf("NE=5", "core", kTopoElement));
+  network.topoNodes.push_back(nodeOf("5", "NE=5", kTopoElement));
+  network.topoNodes.push_back(nodeOf("EQ=1,NE=5", "east", kTopoElement));
+  path_ = directory_.file("older.db");
+  host_ = std::make_unique<ChangingHost>(path_, network);
   EXPECT_EQ(2U, remove("NE=5"));
   EXPECT_TRUE(isShown(5));
   remove("east");
@@ -278,7 +346,7 @@ TEST_F(NodeServiceTest, KeepsTheMarkFromANetworkFile) {
 
 TEST_F(NodeServiceTest, MarksNoElementForANodeOfAnotherClassOrType) {
   for (const auto& node : {nodeOf("ONE=5", "", kTopoElement), nodeOf("OS=5", "", kTopoElement),
-                           nodeOf("5", "", kTopoSubnetwork), nodeOf("NE=x", "", kTopoElement)}) {
+                           nodeOf("5", "", kTopoSubnetwork)}) {
     expectDone(nodes().create(node));
     EXPECT_FALSE(isShown(5)) << node.nodeId;
     remove(node.nodeId);
@@ -358,7 +426,7 @@ TEST_F(NodeServiceTest, RemovesTheAttributesOfARemovedObject) {
 }
 
 TEST_F(NodeServiceTest, KeepsTheAttributesOfAnObjectWithAnotherNode) {
-  expectDone(nodes().create(nodeOf("EQ=1,NE=1", "east", kTopoElement)));
+  serveWith(nodeOf("EQ=1,NE=1", "east", kTopoElement));
   const auto one = nameOf({{"EMS", "E"}, {"ManagedElement", "1"}});
   host_->attributes().setUserLabel(one, "label", false);
   remove("NE=1");
@@ -426,8 +494,7 @@ TEST_F(NodeServiceTest, RenamesANode) {
 }
 
 TEST_F(NodeServiceTest, RenamesAllRecordsOfTheElement) {
-  expectDone(nodes().create(nodeOf("EQ=1,NE=1", "east", kTopoElement)));
-  host_->events();
+  serveWith(nodeOf("EQ=1,NE=1", "east", kTopoElement));
   expectDone(nodes().rename("NE=1", "Uno"));
   EXPECT_EQ((NodeEvents{{EVENT_TOPO_NODE_CHANGED, {"NE=1", "EQ=1,NE=1"}}}), host_->events());
   EXPECT_EQ("Uno", nameOfNode("EQ=1,NE=1"));

@@ -248,6 +248,22 @@ TEST(JsonNetwork, RejectsADuplicateNodeId) {
             refusalOfNodes(R"({"id":"a"},{"id":"b"},{"id":"a"})"));
 }
 
+TEST(JsonNetwork, RejectsAnElementNodeWithoutANumber) {
+  EXPECT_EQ(
+      R"(network.json: topoNodes[1].id: "foo" has no number, which the id of an element needs)",
+      refusalOfNodes(R"({"id":"bar"},{"id":"foo","type":1})"));
+}
+
+TEST(JsonNetwork, RejectsTwoNodesOfOneElement) {
+  EXPECT_EQ(
+      R"(network.json: topoNodes[3].id: "7" is shown as ManagedElement=7, as topoNodes[1] is)",
+      refusalOfNodes(R"({"id":"ONE=7","type":1},{"id":"NE=7","type":1},{"id":"07"},
+                        {"id":"7","type":1})"));
+  EXPECT_EQ("", refusalOfNodes(R"({"id":"ONE=7","type":1},{"id":"OS=7","type":1},
+                                  {"id":"EQ=1,NE=8","type":1},{"id":"NE=-7","type":1},
+                                  {"id":"-7","type":1},{"id":"7","type":1},{"id":"07"})"));
+}
+
 TEST(JsonNetwork, RejectsADuplicateElementNumber) {
   EXPECT_EQ("network.json: networkElements[1].number: 5 is already that of networkElements[0]",
             refusalOf(withFormat(R"("networkElements":[{"number":5},{"number":5}])")));

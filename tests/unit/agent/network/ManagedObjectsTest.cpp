@@ -87,6 +87,16 @@ TEST(ManagedObjects, DeriveElementNodesWithoutAUsableNumber) {
   EXPECT_EQ((NumberedObject{1, 0}), agent::objectOfElementNode("text"));
 }
 
+TEST(ManagedObjects, FindsTheNumberInTheIdOfAnElement) {
+  for (const char* id : {"0", "7", "-7", "+7", "007", "2147483647", "NE=7", "=7", "EQ=x,NE=-1"}) {
+    EXPECT_TRUE(agent::hasElementNumber(id)) << id;
+  }
+  for (const char* id :
+       {"", "foo", "7x", " 7", "-", "2147483648", "NE=", "NE=7x", "NE=7,", "NE=7,x", "NE=x,NE=7"}) {
+    EXPECT_FALSE(agent::hasElementNumber(id)) << id;
+  }
+}
+
 TEST(ManagedObjects, DeriveClockReferencesFromTheNumberAfterTheEqualsSign) {
   EXPECT_EQ((NumberedObject{1, 5}), agent::objectOfClockReference("NE=5"));
   EXPECT_EQ((NumberedObject{1, 5}), agent::objectOfClockReference("anything=5"));
