@@ -19,8 +19,16 @@
 namespace agent {
 namespace {
 
+// NodeService refuses kTypeOfParent as the type of a node.
 std::uint32_t typeOf(TopoAgent::NodeKind_T kind) {
-  return kind == TopoAgent::NK_ELEMENT ? NS_DOMAIN::kTopoElement : NS_DOMAIN::kTopoSubnetwork;
+  switch (kind) {
+    case TopoAgent::NK_ELEMENT:
+      return NS_DOMAIN::kTopoElement;
+    case TopoAgent::NK_SUBNETWORK:
+      return NS_DOMAIN::kTopoSubnetwork;
+    default:
+      return NodeService::kTypeOfParent;
+  }
 }
 
 NS_DOMAIN::TopoNode_T domainNode(const TopoAgent::NewNode_T& node) {

@@ -15,13 +15,16 @@ struct TypedPair {
   std::string value;
 };
 
+// What a topology node is. kOfParent is for parents only: the kind that the parent has.
+enum class NodeKind { kSubnetwork, kElement, kOfParent };
+
 // A topology node as typed for the console.
 struct TypedNode {
   std::string id;
   std::string parent;  // an ID; empty: no parent
-  bool parentIsElement = false;
+  NodeKind parentKind = NodeKind::kOfParent;
   std::string name;
-  bool isElement = false;
+  NodeKind kind = NodeKind::kSubnetwork;
   std::int32_t param1 = 0;
   std::int32_t param2 = 0;
   std::vector<TypedPair> attributes;  // in order, names may repeat

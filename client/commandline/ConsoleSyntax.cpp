@@ -22,7 +22,8 @@ void addText(CLI::App& command, const char* name, const char* type, const char* 
 
 void addNodeOptions(CLI::App& command) {
   addText(command, kParent, "ID", "The node that it is below; none unless given");
-  addText(command, kParentKind, "KIND", "What the parent is: subnetwork (unless given) or element");
+  addText(command, kParentKind, "KIND",
+          "What the parent is: subnetwork or element; the agent knows unless given");
   addText(command, kName, "NAME", "The name that people see; must be given");
   addText(command, kKind, "KIND", "What it is: subnetwork (unless given) or element");
   addText(command, kParams, "A,B", "Its two numbers; 0,0 unless given");
@@ -37,12 +38,16 @@ std::string lastTyped(const CLI::App& command, const char* option, const char* o
   return typed.empty() ? otherwise : typed.back();
 }
 
-bool isElement(const CLI::App& command, const char* option) {
-  const std::string text = lastTyped(command, option, "subnetwork");
+NodeKind parseKind(const CLI::App& command, const char* option, NodeKind otherwise) {
+  const Words& typed = command.get_option(option)->results();
+  if (typed.empty()) {
+    return otherwise;
+  }
+  const std::string& text = typed.back();
   if (text != "subnetwork" && text != "element") {
     usageError(std::string(option) + ": '" + text + "' is neither subnetwork nor element");
   }
-  return text == "element";
+  return text == "element" ? NodeKind::kElement : NodeKind::kSubnetwork;
 }
 
 void readParams(const CLI::App& command, TypedNode& node) {
@@ -75,9 +80,9 @@ void readNewNode(const CLI::App& command, const Words& words, Arguments& argumen
   TypedNode& node = arguments.node;
   node.id = words.front();
   node.parent = lastTyped(command, kParent, "");
-  node.parentIsElement = isElement(command, kParentKind);
+  node.parentKind = parseKind(command, kParentKind, NodeKind::kOfParent);
   node.name = lastTyped(command, kName, "");
-  node.isElement = isElement(command, kKind);
+  node.kind = parseKind(command, kKind, NodeKind::kSubnetwork);
   readParams(command, node);
   for (const std::string& text : command.get_option(kAttribute)->results()) {
     node.attributes.push_back(splitPair(kAttribute, text, "NAME=VALUE"));

@@ -48,8 +48,16 @@ const RecordFields<ImportSummary_T>& importFields() {
 
 // ---- nodes
 
-TopoAgent::NodeKind_T nodeKind(bool isElement) {
-  return isElement ? TopoAgent::NK_ELEMENT : TopoAgent::NK_SUBNETWORK;
+TopoAgent::NodeKind_T toNodeKind(NodeKind kind) {
+  switch (kind) {
+    case NodeKind::kElement:
+      return TopoAgent::NK_ELEMENT;
+    case NodeKind::kSubnetwork:
+      return TopoAgent::NK_SUBNETWORK;
+    case NodeKind::kOfParent:
+      return TopoAgent::NK_OF_PARENT;
+  }
+  return TopoAgent::NK_OF_PARENT;
 }
 
 // ---- import
@@ -103,9 +111,9 @@ PrintFunction createNode(TopoAgent::Console_I_ptr console, const Options& option
   TopoAgent::NewNode_T node;
   node.id = typed.id.c_str();
   node.parent = typed.parent.c_str();
-  node.parentKind = nodeKind(typed.parentIsElement);
+  node.parentKind = toNodeKind(typed.parentKind);
   node.name = typed.name.c_str();
-  node.kind = nodeKind(typed.isElement);
+  node.kind = toNodeKind(typed.kind);
   node.nodeParam1 = typed.param1;
   node.nodeParam2 = typed.param2;
   node.attributes = toList(typed.attributes);

@@ -177,6 +177,32 @@ TEST_F(AgentConsole, CreatesAnElementBelowASubnetwork) {
   EXPECT_EQ(2U, nodes()[1].parentType);
 }
 
+TEST_F(AgentConsole, TakesTheKindOfAParentFromTheParent) {
+  TopoAgent::NewNode_T shelf = newNode("NE=1", "");
+  shelf.kind = TopoAgent::NK_ELEMENT;
+  console_.createNode(shelf);
+  TopoAgent::NewNode_T node = newNode("wk", "NE=1");
+  EXPECT_THAT(
+      refusalOf([&] { console_.createNode(node); }),
+      refused(globaldefs::EXCPT_INVALID_INPUT,
+              "the parent of node \"wk\", node \"NE=1\", is an element, not a subnetwork"));
+  node.parentKind = TopoAgent::NK_OF_PARENT;
+  console_.createNode(node);
+  node.id = "root";
+  node.parent = "";
+  console_.createNode(node);
+  ASSERT_EQ(3U, nodes().size());
+  EXPECT_EQ(1U, nodes()[1].parentType);
+  EXPECT_EQ(2U, nodes()[2].parentType);
+}
+
+TEST_F(AgentConsole, RejectsANodeOfTheKindOfItsParent) {
+  TopoAgent::NewNode_T node = newNode("wk", "");
+  node.kind = TopoAgent::NK_OF_PARENT;
+  EXPECT_THAT(refusalOf([&] { console_.createNode(node); }),
+              refused(globaldefs::EXCPT_INVALID_INPUT));
+}
+
 TEST_F(AgentConsole, RefusesANodeThatExists) {
   console_.createNode(newNode("core", ""));
   EXPECT_THAT(refusalOf([&] { console_.createNode(newNode("core", "")); }),

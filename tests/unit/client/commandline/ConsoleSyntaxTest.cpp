@@ -19,8 +19,8 @@ TEST(ConsoleSyntax, HasDefaultsForANewNode) {
   EXPECT_EQ(node.id, "core");
   EXPECT_EQ(node.name, "Core");
   EXPECT_EQ(node.parent, "");
-  EXPECT_FALSE(node.parentIsElement);
-  EXPECT_FALSE(node.isElement);
+  EXPECT_EQ(node.parentKind, NodeKind::kOfParent);
+  EXPECT_EQ(node.kind, NodeKind::kSubnetwork);
   EXPECT_EQ(node.param1, 0);
   EXPECT_EQ(node.param2, 0);
   EXPECT_TRUE(node.attributes.empty());
@@ -34,8 +34,8 @@ TEST(ConsoleSyntax, ReadsAllOptionsOfANewNode) {
           .node;
   EXPECT_EQ(node.id, "7");
   EXPECT_EQ(node.parent, "ring");
-  EXPECT_TRUE(node.parentIsElement);
-  EXPECT_TRUE(node.isElement);
+  EXPECT_EQ(node.parentKind, NodeKind::kElement);
+  EXPECT_EQ(node.kind, NodeKind::kElement);
   EXPECT_EQ(node.param1, -2147483647 - 1);
   EXPECT_EQ(node.param2, 2147483647);
   ASSERT_EQ(node.attributes.size(), 3U);
@@ -49,7 +49,7 @@ TEST(ConsoleSyntax, UsesTheLastOfARepeatedOption) {
                                  "nonsense", "--kind", "element"})
                              .node;
   EXPECT_EQ(node.name, "b");
-  EXPECT_TRUE(node.isElement);
+  EXPECT_EQ(node.kind, NodeKind::kElement);
 }
 
 TEST(ConsoleSyntax, AcceptsArgumentsLikeOptionsAfterTwoDashes) {

@@ -64,7 +64,7 @@ class Console : public WithAgent {
 
 TEST_F(Console, CreatesNodes) {
   EXPECT_EQ(silentCallOf({"node", "create", "core", "--name", "Core"}),
-            "create(core, subnetwork , Core, subnetwork, 0, 0)");
+            "create(core, kind-of , Core, subnetwork, 0, 0)");
   EXPECT_EQ(silentCallOf({"node", "create", "--parent", "7", "--parent-kind", "element", "--name",
                           "Z\u00fcrich", "--kind", "element", "--params", "-1,2", "--attribute",
                           "A=1", "--attribute", "A=x=y", "--", "-8"}),

@@ -8,6 +8,9 @@ namespace topoctl {
 namespace {
 
 std::string kindOf(TopoAgent::NodeKind_T kind) {
+  if (kind == TopoAgent::NK_OF_PARENT) {
+    return "kind-of";
+  }
   return kind == TopoAgent::NK_ELEMENT ? "element" : "subnetwork";
 }
 
