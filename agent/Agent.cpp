@@ -16,6 +16,7 @@
 #include "agent/base/Log.h"
 #include "agent/changes/AttributeService.h"
 #include "agent/changes/Backups.h"
+#include "agent/changes/InventoryService.h"
 #include "agent/changes/NetworkWriter.h"
 #include "agent/changes/NodeService.h"
 #include "agent/console/ConsoleServant.h"
@@ -68,6 +69,7 @@ class Agent::Parts final : private AgentControl {
         services_(emsName_, model_, options.eventAccess),
         attributes_(emsName_, writer_),
         nodes_(writer_, stopping_),
+        inventory_(writer_),
         notifier_(*server_, notifierOptions(options),
                   ChangeNumbers{store_->lastChange(), EventManager::changeInProgress},
                   [] { return std::chrono::system_clock::now(); }),
@@ -104,7 +106,8 @@ class Agent::Parts final : private AgentControl {
     session_.emplace(*server_, object_key::kSession,
                      new SessionServant(notifier_, tmfAccess(options.eventAccess)));
     if (options.console) {
-      console_.emplace(*server_, object_key::kConsole, new ConsoleServant(nodes_, backups_, *this),
+      console_.emplace(*server_, object_key::kConsole,
+                       new ConsoleServant(nodes_, inventory_, backups_, *this),
                        [this](const orb::Request& request) { return imports_.admit(request); });
     }
     publication_.emplace(*server_, manager_.in(), options, stopRequested);
@@ -158,6 +161,7 @@ class Agent::Parts final : private AgentControl {
   AttributeService attributes_;
   Cancellation stopping_;
   NodeService nodes_;
+  InventoryService inventory_;
   Backups backups_{writer_};
   Notifier notifier_;
   const MemoryBudget::Probe memoryUse_;

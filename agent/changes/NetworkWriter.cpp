@@ -23,6 +23,11 @@ Event eventOf(NetworkChange change) {
   if (auto* const renaming = std::get_if<NetworkRenaming>(&change)) {
     return {EVENT_TOPO_NODE_CHANGED, std::move(renaming->nodes)};
   }
+  if (auto* const update = std::get_if<RecordUpdate>(&change)) {
+    if (auto* const node = std::get_if<NS_DOMAIN::TopoNode_T>(&update->record)) {
+      return {EVENT_TOPO_NODE_CHANGED, {std::move(*node)}};
+    }
+  }
   return {};
 }
 

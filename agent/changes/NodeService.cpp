@@ -1,6 +1,5 @@
 #include "agent/changes/NodeService.h"
 
-#include <exception>
 #include <initializer_list>
 #include <utility>
 #include <vector>
@@ -9,6 +8,7 @@
 #include "agent/base/PrintableText.h"
 #include "agent/base/TextChecks.h"
 #include "agent/changes/AttributeService.h"
+#include "agent/changes/ServiceOutcome.h"
 #include "agent/network/NetworkChecks.h"
 #include "hash/SaltedHash.h"
 
@@ -19,17 +19,6 @@ using NS_DOMAIN::TopoNode_T;
 
 std::string nodeNamed(const std::string& id) {
   return "node " + inQuotes(id);
-}
-
-// Runs work and translates exceptions of the layers below. subject() names the object of the
-// change.
-template <typename Subject, typename Work>
-Outcome outcomeOf(Subject subject, Work work) {
-  try {
-    return work();
-  } catch (const std::exception& failure) {
-    return internalError(subject, failure.what());
-  }
 }
 
 // Calls check(record, index, list) with the records of all lists until a check fails.
@@ -315,6 +304,14 @@ Outcome takeParentType(TopoNode_T& node, const NetworkModel& model) {
   return {};
 }
 
+Outcome checkParent(const TopoNode_T& node, const NetworkModel& model) {
+  if (isRootMarker(node.parentId) || model.hasTopoNode(node.parentId)) {
+    return {};
+  }
+  return {kEntityNotFound,
+          "no " + nodeNamed(node.parentId) + " to be the parent of " + nodeNamed(node.nodeId)};
+}
+
 Outcome checkNewPlace(const TopoNode_T& node, const NetworkModel& model) {
   if (model.hasTopoNode(node.nodeId)) {
     return {kAlreadyExists, nodeNamed(node.nodeId) + " exists already"};
@@ -322,11 +319,73 @@ Outcome checkNewPlace(const TopoNode_T& node, const NetworkModel& model) {
   if (Outcome object = checkObject(node, model, "node "); !object.ok()) {
     return object;
   }
-  if (!isRootMarker(node.parentId) && !model.hasTopoNode(node.parentId)) {
-    return {kEntityNotFound,
-            "no " + nodeNamed(node.parentId) + " to be the parent of " + nodeNamed(node.nodeId)};
+  return checkParent(node, model);
+}
+
+// The node is not its own ancestor with its new parent.
+Outcome checkAncestors(const TopoNode_T& node, const NetworkModel& model) {
+  if (isRootMarker(node.parentId) || !model.isWithin(node.parentId, node.nodeId)) {
+    return {};
   }
-  return {};
+  if (node.parentId == node.nodeId) {
+    return {kInvalidName, nodeNamed(node.nodeId) + " cannot be its own parent"};
+  }
+  return {kInvalidName, nodeNamed(node.parentId) + " cannot be the parent of " +
+                            nodeNamed(node.nodeId) + ", which is above it"};
+}
+
+// Sets the parent of a node. Fails for a parent that is unknown, below the node or of another type.
+Outcome setParent(TopoNode_T& node, const std::string& parentId, std::uint32_t parentType,
+                  const NetworkModel& model) {
+  node.parentId = parentId;
+  node.parentType = parentType;
+  Outcome checked = checkParent(node, model);
+  checked = checked.ok() ? checkAncestors(node, model) : checked;
+  return checked.ok() ? takeParentType(node, model) : checked;
+}
+
+Outcome checkFields(const std::string& id, const NodeFields& fields) {
+  Outcome checked;
+  if (fields.attributes) {
+    for (const auto& [key, value] : *fields.attributes) {
+      for (const std::string_view text : {std::string_view(key), std::string_view(value)}) {
+        checked = checked.ok() ? checkText("an attribute of " + nodeNamed(id), text) : checked;
+      }
+    }
+  }
+  return checked;
+}
+
+void setFields(TopoNode_T& node, const NodeFields& fields) {
+  if (fields.params) {
+    node.attribute3 = fields.params->first;
+    node.attribute4 = fields.params->second;
+  }
+  if (fields.attributes) {
+    node.extendedAttributes = *fields.attributes;
+  }
+}
+
+// Whether a change can be seen in the fields that move() and change() set.
+bool isSame(const TopoNode_T& a, const TopoNode_T& b) {
+  return a.parentId == b.parentId && a.parentType == b.parentType && a.attribute3 == b.attribute3 &&
+         a.attribute4 == b.attribute4 && a.extendedAttributes == b.extendedAttributes;
+}
+
+// Commits the node that set(node, model) has changed, unless the node is as before.
+template <typename Set>
+Outcome updateNode(NetworkWriter& writer, const std::string& id, Set set) {
+  NetworkWriter::Change change(writer);
+  const auto before = change.model().topoNode(id);
+  if (!before) {
+    return {kEntityNotFound, "no " + nodeNamed(id)};
+  }
+  TopoNode_T after = *before;
+  Outcome checked = set(after, change.model());
+  if (checked.ok() && !isSame(*before, after)) {
+    change.commit(change.model().prepareUpdate(std::move(after)));
+  }
+  return checked;
 }
 
 Outcome checkImport(const Network& network, const NetworkModel& model) {
@@ -387,6 +446,35 @@ Outcome NodeService::rename(const std::string& id, std::string_view name) {
                        change.commit(change.model().prepareNodeRenaming(id, text));
                      }
                      return checked;
+                   });
+}
+
+Outcome NodeService::move(const std::string& id, const std::string& parentId,
+                          std::uint32_t parentType) {
+  return outcomeOf([&] { return nodeNamed(id); },
+                   [&] {
+                     Outcome checked = checkText("the parent of " + nodeNamed(id), parentId);
+                     if (!checked.ok()) {
+                       return checked;
+                     }
+                     return updateNode(writer_, id,
+                                       [&](TopoNode_T& node, const NetworkModel& model) {
+                                         return setParent(node, parentId, parentType, model);
+                                       });
+                   });
+}
+
+Outcome NodeService::change(const std::string& id, const NodeFields& fields) {
+  return outcomeOf([&] { return nodeNamed(id); },
+                   [&] {
+                     Outcome checked = checkFields(id, fields);
+                     if (!checked.ok()) {
+                       return checked;
+                     }
+                     return updateNode(writer_, id, [&](TopoNode_T& node, const NetworkModel&) {
+                       setFields(node, fields);
+                       return Outcome();
+                     });
                    });
 }
 

@@ -5,8 +5,11 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "agent/base/Cancellation.h"
 #include "agent/base/OperationResult.h"
@@ -22,6 +25,12 @@ struct ImportSummary {
   std::size_t clockPositions = 0;
   std::size_t clockLinks = 0;
   std::size_t objectLabels = 0;
+};
+
+// The fields that a change of a node replaces. An empty field stays as it is.
+struct NodeFields {
+  std::optional<std::pair<std::int32_t, std::int32_t>> params;
+  std::optional<std::vector<std::pair<std::string, std::string>>> attributes;
 };
 
 // After a success the change is in the store and in the model, and its event is raised; a failure
@@ -65,6 +74,15 @@ class NodeService {
   // EVENT_TOPO_NODE_CHANGED with the topology nodes that get a different name; raises no event
   // without such nodes.
   Outcome rename(const std::string& id, std::string_view name);
+
+  // Gives a node another parent, which is no descendant of the node; a root marker makes the node a
+  // root. parentType as for create(). The place in the list of nodes stays. Raises
+  // EVENT_TOPO_NODE_CHANGED with the node, unless the parent is the same.
+  Outcome move(const std::string& id, const std::string& parentId, std::uint32_t parentType);
+
+  // Replaces fields of a node. Raises EVENT_TOPO_NODE_CHANGED with the node, unless the fields are
+  // the same.
+  Outcome change(const std::string& id, const NodeFields& fields);
 
   // Appends the lists of a network to the lists of the served network, as a whole or not at all.
   // Parents may be nodes of both networks. The name of the managing system is stored only if the

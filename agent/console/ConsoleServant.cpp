@@ -1,35 +1,19 @@
 #include "agent/console/ConsoleServant.h"
 
 #include <algorithm>
-#include <exception>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
 
-#include "agent/base/FailureCodes.h"
-#include "agent/base/Log.h"
 #include "agent/base/OperationResult.h"
 #include "agent/base/PrintableText.h"
-#include "agent/base/RequestLog.h"
+#include "agent/console/ConsoleOperation.h"
+#include "agent/console/NodeRecords.h"
 #include "agent/formats/NetworkReader.h"
-#include "orb/orb.h"
-#include "platform/agent/Failures.h"
 
 namespace agent {
 namespace {
-
-// NodeService refuses kTypeOfParent as the type of a node.
-std::uint32_t typeOf(TopoAgent::NodeKind_T kind) {
-  switch (kind) {
-    case TopoAgent::NK_ELEMENT:
-      return NS_DOMAIN::kTopoElement;
-    case TopoAgent::NK_SUBNETWORK:
-      return NS_DOMAIN::kTopoSubnetwork;
-    default:
-      return NodeService::kTypeOfParent;
-  }
-}
 
 NS_DOMAIN::TopoNode_T domainNode(const TopoAgent::NewNode_T& node) {
   NS_DOMAIN::TopoNode_T result;
@@ -40,10 +24,7 @@ NS_DOMAIN::TopoNode_T domainNode(const TopoAgent::NewNode_T& node) {
   result.nodeType = typeOf(node.kind);
   result.attribute3 = node.nodeParam1;
   result.attribute4 = node.nodeParam2;
-  for (CORBA::ULong i = 0; i < node.attributes.length(); ++i) {
-    result.extendedAttributes.emplace_back(node.attributes[i].name.in(),
-                                           node.attributes[i].value.in());
-  }
+  result.extendedAttributes = domainPairs(node.attributes);
   return result;
 }
 
@@ -58,52 +39,6 @@ TopoAgent::BackupPart_T tmfPart(const Backups::Part& part) {
   std::copy(part.content.begin(), part.content.end(), result.content.get_buffer());
   result.isLast = part.isLast;
   return result;
-}
-
-// The recipients of the reason of an internal error.
-enum class Reason { kLogOnly, kLogAndClient };
-
-// Throws the exception of a failed outcome. Returns after success.
-void raise(const char* operation, const Outcome& outcome, Reason reason) {
-  const Outcome answer = logInternalError(operation, outcome);
-  if (!outcome.ok() && outcome.code != kInternalError) {
-    logRefusal(orb::currentPeer(), operation, outcome.reason);
-  }
-  NS_CORBA::ThrowException(answer.code,
-                           reason == Reason::kLogAndClient ? outcome.reason : answer.reason);
-}
-
-// Runs the work and translates every exception into an outcome.
-template <typename Work>
-Outcome outcomeOf(Work work) {
-  try {
-    return work();
-  } catch (const std::exception& failure) {
-    return {kInternalError, failure.what()};
-  } catch (const CORBA::SystemException& failure) {
-    return {kInternalError, orb::describe(failure)};
-  } catch (const CORBA::Exception& failure) {
-    return {kInternalError, failure._name()};
-  } catch (...) {
-    return {kInternalError, "an exception of an unknown type"};
-  }
-}
-
-// Runs an operation and raises the exception of a failed outcome.
-template <typename Work>
-void perform(const char* operation, Work work, Reason reason = Reason::kLogOnly) {
-  raise(operation, outcomeOf(work), reason);
-}
-
-// Performs an operation that changes something, and logs the change. The subject is a function that
-// returns a text.
-template <typename Subject, typename Work>
-void performChange(const char* operation, Subject subject, Work work,
-                   Reason reason = Reason::kLogOnly) {
-  perform(operation, work, reason);
-  if (isLogged(kLogEvents)) {
-    logChange(orb::currentPeer(), operation, subject());
-  }
 }
 
 std::string noSubject() {

@@ -25,6 +25,11 @@ std::size_t textsOf(const NS_DOMAIN::ClockTopoLinkInfo_T& link) {
          link.zEndReference.size() + link.text11.size() + link.text13.size();
 }
 
+template <typename Record>
+std::optional<Record> copyOf(const Record* record) {
+  return record == nullptr ? std::nullopt : std::optional(*record);
+}
+
 void count(NetworkLoad::Records& records, std::size_t texts) {
   ++records.count;
   records.texts += texts;
@@ -78,12 +83,12 @@ bool NetworkModel::hasNetworkElement(std::int32_t number) const {
 
 bool NetworkModel::hasClockPosition(const std::string& reference) const {
   const ReadLock lock(mutex_);
-  return data_.hasPosition(reference);
+  return data_.clockPosition(reference) != nullptr;
 }
 
 bool NetworkModel::hasClockLink(const std::string& id) const {
   const ReadLock lock(mutex_);
-  return data_.hasLink(id);
+  return data_.clockLink(id) != nullptr;
 }
 
 bool NetworkModel::hasLabel(const ObjectKey& key) const {
@@ -93,8 +98,28 @@ bool NetworkModel::hasLabel(const ObjectKey& key) const {
 
 std::optional<NS_DOMAIN::TopoNode_T> NetworkModel::topoNode(const std::string& id) const {
   const ReadLock lock(mutex_);
-  const NS_DOMAIN::TopoNode_T* const node = data_.node(id);
-  return node == nullptr ? std::nullopt : std::optional(*node);
+  return copyOf(data_.node(id));
+}
+
+std::optional<NetworkElement> NetworkModel::networkElement(std::int32_t number) const {
+  const ReadLock lock(mutex_);
+  return copyOf(data_.element(number));
+}
+
+std::optional<NS_DOMAIN::ClockPositionInfo_T> NetworkModel::clockPosition(
+    const std::string& reference) const {
+  const ReadLock lock(mutex_);
+  return copyOf(data_.clockPosition(reference));
+}
+
+std::optional<NS_DOMAIN::ClockTopoLinkInfo_T> NetworkModel::clockLink(const std::string& id) const {
+  const ReadLock lock(mutex_);
+  return copyOf(data_.clockLink(id));
+}
+
+bool NetworkModel::isWithin(const std::string& nodeId, const std::string& ancestorId) const {
+  const ReadLock lock(mutex_);
+  return data_.isWithin(nodeId, ancestorId);
 }
 
 std::optional<std::string> NetworkModel::nodeShownAs(const NumberedObject& object) const {
@@ -205,6 +230,31 @@ PreparedChange NetworkModel::prepareNodeRenaming(const std::string& nodeId,
                                                  const std::string& name) {
   const ReadLock lock(mutex_);
   return data_.prepareNodeRenaming(nodeId, name);
+}
+
+PreparedChange NetworkModel::prepareElementRenaming(std::int32_t number, const std::string& name) {
+  const ReadLock lock(mutex_);
+  return data_.prepareElementRenaming(number, name);
+}
+
+PreparedChange NetworkModel::prepareElementRemoval(std::int32_t number) const {
+  const ReadLock lock(mutex_);
+  return data_.prepareElementRemoval(number);
+}
+
+PreparedChange NetworkModel::preparePositionRemoval(const std::string& reference) const {
+  const ReadLock lock(mutex_);
+  return data_.preparePositionRemoval(reference);
+}
+
+PreparedChange NetworkModel::prepareLinkRemoval(const std::string& id) const {
+  const ReadLock lock(mutex_);
+  return data_.prepareLinkRemoval(id);
+}
+
+PreparedChange NetworkModel::prepareUpdate(AnyRecord record) const {
+  const ReadLock lock(mutex_);
+  return data_.prepareUpdate(std::move(record));
 }
 
 PreparedChange NetworkModel::prepareLabel(const ObjectKey& key, const std::string& label) {

@@ -69,8 +69,14 @@ class NetworkModel {
   std::vector<NS_DOMAIN::ClockPositionInfo_T> clockPositions() const;
   std::vector<NS_DOMAIN::ClockTopoLinkInfo_T> clockLinks() const;
 
-  // The record of the topology node with an id, of any type.
+  // The record with an id; empty without one. A topology node may have any type.
   std::optional<NS_DOMAIN::TopoNode_T> topoNode(const std::string& id) const;
+  std::optional<NetworkElement> networkElement(std::int32_t number) const;
+  std::optional<NS_DOMAIN::ClockPositionInfo_T> clockPosition(const std::string& reference) const;
+  std::optional<NS_DOMAIN::ClockTopoLinkInfo_T> clockLink(const std::string& id) const;
+
+  // As NetworkTables::isWithin.
+  bool isWithin(const std::string& nodeId, const std::string& ancestorId) const;
 
   // The id of the first topology node that clients see as an object.
   std::optional<std::string> nodeShownAs(const NumberedObject& object) const;
@@ -86,12 +92,17 @@ class NetworkModel {
 
   // --- Changes. A change is prepared, then committed to the store, then applied: apply() cannot
   // fail. A prepared change is valid until another change is applied. NetworkTables.h describes the
-  // preparation of additions, removals and renamings.
+  // functions of the same names.
 
   PreparedChange prepareAddition(Network network);
   PreparedChange prepareRemoval(const std::string& nodeId) const;
   PreparedChange prepareRenaming(const ObjectKey& key, const std::string& name);
   PreparedChange prepareNodeRenaming(const std::string& nodeId, const std::string& name);
+  PreparedChange prepareElementRenaming(std::int32_t number, const std::string& name);
+  PreparedChange prepareElementRemoval(std::int32_t number) const;
+  PreparedChange preparePositionRemoval(const std::string& reference) const;
+  PreparedChange prepareLinkRemoval(const std::string& id) const;
+  PreparedChange prepareUpdate(AnyRecord record) const;
   static PreparedChange prepareLabel(const ObjectKey& key, const std::string& label);
   static PreparedChange prepareAttributeRemoval(const ObjectKey& key);
 

@@ -26,6 +26,14 @@ void erase(NetworkTables::Chain& chain, NetworkTables::Neighbours Node::*place,
   (next == nullptr ? chain.last : (next->*place).previous) = previous;
 }
 
+void insertAfter(Node* before, NetworkTables::Chain& chain, NetworkTables::Neighbours Node::*place,
+                 Node& node) noexcept {
+  Node* const after = before == nullptr ? chain.first : (before->*place).next;
+  (before == nullptr ? chain.first : (before->*place).next) = &node;
+  (after == nullptr ? chain.last : (after->*place).previous) = &node;
+  node.*place = {before, after};
+}
+
 // Reserves memory for `more` entries. Grows by half at least, because reserve() allocates exactly
 // the requested number of buckets, and a series of small additions would rehash again and again.
 template <typename Map>
@@ -37,10 +45,12 @@ void makeRoom(Map& map, std::size_t more) {
   }
 }
 
+// The record of a key, null without one. The map has pointers or iterators.
 template <typename Map>
-auto valueIn(const Map& map, const typename Map::key_type& key) -> typename Map::mapped_type {
+auto recordIn(const Map& map, const typename Map::key_type& key)
+    -> decltype(&*map.find(key)->second) {
   const auto found = map.find(key);
-  return found == map.end() ? nullptr : found->second;
+  return found == map.end() ? nullptr : &*found->second;
 }
 
 std::optional<NumberedObject> objectOf(const NetworkElement& element) {
@@ -77,13 +87,16 @@ class RenamingBuilder {
     add({RecordList::kTopoNodes, record.nodeId}, record.nativeName);
   }
 
+  void add(NetworkElement& element) {
+    add({RecordList::kNetworkElements, std::to_string(element.number)}, element.name);
+  }
+
   void add(const NetworkTables::ObjectRecords& object) {
     for (Node* node = object.nodes.first; node != nullptr; node = node->sameObject.next) {
       add(*node);
     }
     if (object.element != nullptr) {
-      add({RecordList::kNetworkElements, std::to_string(object.element->number)},
-          object.element->name);
+      add(*object.element);
     }
     for (auto* position = object.firstPosition; position != nullptr;
          position = position->nextOfObject) {
@@ -130,8 +143,8 @@ void NetworkTables::addNodes(std::vector<NS_DOMAIN::TopoNode_T>& records) {
 void NetworkTables::addElements(std::vector<NetworkElement>& records) {
   elementsByNumber_.reserve(records.size());
   for (NetworkElement& record : records) {
-    NetworkElement& element = elements_.emplace_back(std::move(record));
-    elementsByNumber_.emplace(element.number, &element);
+    const NetworkElement& element = elements_.emplace_back(std::move(record));
+    elementsByNumber_.emplace(element.number, std::prev(elements_.end()));
     addObject(objectOf(element));
   }
 }
@@ -142,14 +155,15 @@ void NetworkTables::addClock(std::vector<NS_DOMAIN::ClockPositionInfo_T>& positi
   for (NS_DOMAIN::ClockPositionInfo_T& record : positions) {
     Position& position = positions_.emplace_back();
     position.record = std::move(record);
+    position.self = std::prev(positions_.end());
     positionsByReference_.emplace(position.record.reference, &position);
     position.shownAs = objectOfClockReference(position.record.reference);
     addObject(position.shownAs);
   }
   linksById_.reserve(links.size());
   for (NS_DOMAIN::ClockTopoLinkInfo_T& record : links) {
-    NS_DOMAIN::ClockTopoLinkInfo_T& link = links_.emplace_back(std::move(record));
-    linksById_.emplace(link.linkId, &link);
+    const Link& link = links_.emplace_back(std::move(record));
+    linksById_.emplace(link.linkId, std::prev(links_.end()));
   }
 }
 
@@ -160,7 +174,7 @@ void NetworkTables::addObject(const std::optional<NumberedObject>& object) {
 }
 
 NetworkTables::Node* NetworkTables::nodeAt(std::string_view id) const {
-  return valueIn(nodesById_, id);
+  return recordIn(nodesById_, id);
 }
 
 const NS_DOMAIN::TopoNode_T* NetworkTables::node(std::string_view id) const {
@@ -175,7 +189,7 @@ const NS_DOMAIN::TopoNode_T* NetworkTables::nodeShownAs(const NumberedObject& ob
 }
 
 const NetworkElement* NetworkTables::element(std::int32_t number) const {
-  return valueIn(elementsByNumber_, number);
+  return recordIn(elementsByNumber_, number);
 }
 
 const std::string* NetworkTables::label(const ObjectKey& key) const {
@@ -183,12 +197,14 @@ const std::string* NetworkTables::label(const ObjectKey& key) const {
   return found == labels_.end() ? nullptr : &found->second;
 }
 
-bool NetworkTables::hasPosition(std::string_view reference) const {
-  return positionsByReference_.count(reference) != 0;
+const NS_DOMAIN::ClockPositionInfo_T* NetworkTables::clockPosition(
+    std::string_view reference) const {
+  const Position* const found = recordIn(positionsByReference_, reference);
+  return found == nullptr ? nullptr : &found->record;
 }
 
-bool NetworkTables::hasLink(std::string_view id) const {
-  return linksById_.count(id) != 0;
+const NetworkTables::Link* NetworkTables::clockLink(std::string_view id) const {
+  return recordIn(linksById_, id);
 }
 
 bool NetworkTables::hasObject(const ObjectKey& key) const {
@@ -197,7 +213,7 @@ bool NetworkTables::hasObject(const ObjectKey& key) const {
     return found != nullptr && found->record.nodeType == NS_DOMAIN::kTopoSubnetwork;
   }
   if (key.type == kClockLinkObjectType) {
-    return hasLink(key.id);
+    return clockLink(key.id) != nullptr;
   }
   const auto object = numberedObject(key);
   return object && recordsOf(*object) != nullptr;
@@ -229,7 +245,7 @@ void NetworkTables::markShown(NetworkAddition& addition, AdditionEffect& effect)
   for (const Node& node : effect.tables.nodes_) {
     if (node.shownAs && node.shownAs->type == kManagedElementType &&
         numbers.insert(node.shownAs->number).second) {
-      NetworkElement* const known = valueIn(elementsByNumber_, node.shownAs->number);
+      NetworkElement* const known = recordIn(elementsByNumber_, node.shownAs->number);
       if (known != nullptr && !known->shown) {
         addition.shownElements.push_back(known->number);
         effect.marked.push_back(known);
@@ -291,6 +307,7 @@ void NetworkTables::linkFrom(std::list<Node>::iterator node,
 }
 
 void NetworkTables::link(Node& node) noexcept {
+  node.sequence = ++lastSequence_;
   if (!isRootMarker(node.record.parentId)) {
     node.parent = nodeAt(node.record.parentId);
   }
@@ -315,6 +332,7 @@ void NetworkTables::link(Position& position) noexcept {
     ObjectRecords& object = *recordsOf(*position.shownAs);
     (object.lastPosition == nullptr ? object.firstPosition : object.lastPosition->nextOfObject) =
         &position;
+    position.previousOfObject = object.lastPosition;
     object.lastPosition = &position;
   }
 }
@@ -359,12 +377,18 @@ PreparedChange NetworkTables::prepareRemoval(const std::string& nodeId) const {
       }
     }
   }
-  for (const ObjectKey& object : removal.objects) {
+  effect.labels = labelled(removal.objects);
+  return {std::move(removal), std::move(effect)};
+}
+
+std::vector<ObjectKey> NetworkTables::labelled(const std::vector<ObjectKey>& objects) const {
+  std::vector<ObjectKey> found;
+  for (const ObjectKey& object : objects) {
     if (labels_.count(object) != 0) {
-      effect.labels.push_back(object);
+      found.push_back(object);
     }
   }
-  return {std::move(removal), std::move(effect)};
+  return found;
 }
 
 void NetworkTables::remove(RemovalEffect& removal) noexcept {
@@ -391,10 +415,155 @@ void NetworkTables::unlink(Node& node) noexcept {
   if (node.object != nullptr) {
     erase(node.object->nodes, &Node::sameObject, node);
     --node.object->nodeCount;
-    if (node.object->isEmpty()) {
-      objects_.erase(objects_.find(*node.shownAs));
+    eraseIfEmpty(*node.shownAs);
+  }
+}
+
+void NetworkTables::eraseIfEmpty(const NumberedObject& object) noexcept {
+  const auto found = objects_.find(object);
+  if (found->second.isEmpty()) {
+    objects_.erase(found);
+  }
+}
+
+PreparedChange NetworkTables::prepareElementRemoval(std::int32_t number) const {
+  RecordRemoval removal{{RecordList::kNetworkElements, std::to_string(number)}, {}};
+  const auto element = elementsByNumber_.find(number)->second;
+  if (const auto object = objectOf(*element)) {
+    const ObjectRecords& records = *recordsOf(*object);
+    if (records.nodeCount == 0 && records.firstPosition == nullptr) {
+      removal.objects.push_back(keyOf(*object));
     }
   }
+  RecordRemovalEffect effect{element, labelled(removal.objects)};
+  return {std::move(removal), std::move(effect)};
+}
+
+PreparedChange NetworkTables::preparePositionRemoval(const std::string& reference) const {
+  RecordRemoval removal{{RecordList::kClockPositions, reference}, {}};
+  const Position& position = *recordIn(positionsByReference_, reference);
+  if (position.shownAs) {
+    const ObjectRecords& records = *recordsOf(*position.shownAs);
+    if (records.nodeCount == 0 && records.element == nullptr &&
+        records.firstPosition == records.lastPosition) {
+      removal.objects.push_back(keyOf(*position.shownAs));
+    }
+  }
+  RecordRemovalEffect effect{position.self, labelled(removal.objects)};
+  return {std::move(removal), std::move(effect)};
+}
+
+PreparedChange NetworkTables::prepareLinkRemoval(const std::string& id) const {
+  RecordRemoval removal{{RecordList::kClockLinks, id}, {{kClockLinkObjectType, id}}};
+  RecordRemovalEffect effect{linksById_.find(id)->second, labelled(removal.objects)};
+  return {std::move(removal), std::move(effect)};
+}
+
+void NetworkTables::remove(RecordRemovalEffect& removal) noexcept {
+  std::visit([this](auto record) { remove(record); }, removal.record);
+  for (const ObjectKey& object : removal.labels) {
+    labels_.erase(object);
+  }
+}
+
+void NetworkTables::remove(std::list<NetworkElement>::iterator element) noexcept {
+  if (const auto object = objectOf(*element)) {
+    recordsOf(*object)->element = nullptr;
+    eraseIfEmpty(*object);
+  }
+  elementsByNumber_.erase(element->number);
+  elements_.erase(element);
+}
+
+void NetworkTables::remove(std::list<Position>::iterator position) noexcept {
+  if (position->shownAs) {
+    ObjectRecords& object = *recordsOf(*position->shownAs);
+    Position* const previous = position->previousOfObject;
+    Position* const next = position->nextOfObject;
+    (previous == nullptr ? object.firstPosition : previous->nextOfObject) = next;
+    (next == nullptr ? object.lastPosition : next->previousOfObject) = previous;
+    eraseIfEmpty(*position->shownAs);
+  }
+  positionsByReference_.erase(position->record.reference);
+  positions_.erase(position);
+}
+
+void NetworkTables::remove(std::list<Link>::iterator link) noexcept {
+  linksById_.erase(link->linkId);
+  links_.erase(link);
+}
+
+// --- Updating.
+
+bool NetworkTables::isWithin(const std::string& nodeId, const std::string& ancestorId) const {
+  const Node* const ancestor = nodeAt(ancestorId);
+  std::size_t steps = 0;
+  for (const Node* node = nodeAt(nodeId); node != nullptr; node = node->parent) {
+    if (node == ancestor) {
+      return true;
+    }
+    if (++steps > nodes_.size()) {
+      throw std::runtime_error("a node above it is its own ancestor");
+    }
+  }
+  return false;
+}
+
+PreparedChange NetworkTables::prepareUpdate(AnyRecord record) const {
+  RecordUpdate update{record};
+  if (auto* const node = std::get_if<NS_DOMAIN::TopoNode_T>(&record)) {
+    return {std::move(update), nodeUpdate(std::move(*node))};
+  }
+  if (auto* const element = std::get_if<NetworkElement>(&record)) {
+    NetworkElement* const place = recordIn(elementsByNumber_, element->number);
+    return {std::move(update), ElementUpdate{place, std::move(*element)}};
+  }
+  if (auto* const position = std::get_if<NS_DOMAIN::ClockPositionInfo_T>(&record)) {
+    auto* const place = &recordIn(positionsByReference_, position->reference)->record;
+    return {std::move(update), PositionUpdate{place, std::move(*position)}};
+  }
+  auto& link = std::get<Link>(record);
+  Link* const place = recordIn(linksById_, link.linkId);
+  return {std::move(update), LinkUpdate{place, std::move(link)}};
+}
+
+NodeUpdate NetworkTables::nodeUpdate(NS_DOMAIN::TopoNode_T record) const {
+  Node* const node = nodeAt(record.nodeId);
+  Node* const parent = isRootMarker(record.parentId) ? nullptr : nodeAt(record.parentId);
+  Node* before = parent == nullptr ? nullptr : parent->children.last;
+  while (before != nullptr && before->sequence >= node->sequence) {
+    before = before->siblings.previous;
+  }
+  return {node, std::move(record), parent, before};
+}
+
+// The ids stay in their places, because the keys of the indexes borrow them.
+
+void NetworkTables::update(NodeUpdate& update) noexcept {
+  Node& node = *update.node;
+  if (node.parent != nullptr) {
+    erase(node.parent->children, &Node::siblings, node);
+  }
+  node.parent = update.parent;
+  if (node.parent != nullptr) {
+    insertAfter(update.before, node.parent->children, &Node::siblings, node);
+  }
+  std::swap(node.record, update.record);
+  node.record.nodeId.swap(update.record.nodeId);
+}
+
+void NetworkTables::update(ElementUpdate& update) noexcept {
+  std::swap(*update.place, update.record);
+}
+
+void NetworkTables::update(PositionUpdate& update) noexcept {
+  std::swap(*update.place, update.record);
+  update.place->reference.swap(update.record.reference);
+}
+
+void NetworkTables::update(LinkUpdate& update) noexcept {
+  std::swap(*update.place, update.record);
+  update.place->linkId.swap(update.record.linkId);
 }
 
 // --- Renaming.
@@ -407,7 +576,7 @@ PreparedChange NetworkTables::prepareRenaming(const ObjectKey& key, const std::s
   if (key.type == kTopoSubnetworkObjectType) {
     renaming.add(*nodeAt(key.id));
   } else if (key.type == kClockLinkObjectType) {
-    NS_DOMAIN::ClockTopoLinkInfo_T& link = *valueIn(linksById_, key.id);
+    Link& link = *recordIn(linksById_, key.id);
     renaming.add({RecordList::kClockLinks, link.linkId}, link.nativeName);
   } else {
     renaming.add(*recordsOf(*numberedObject(key)));
@@ -423,6 +592,17 @@ PreparedChange NetworkTables::prepareNodeRenaming(const std::string& nodeId,
     renaming.add(*node.object);
   } else {
     renaming.add(node);
+  }
+  return renaming.take();
+}
+
+PreparedChange NetworkTables::prepareElementRenaming(std::int32_t number, const std::string& name) {
+  RenamingBuilder renaming(name);
+  NetworkElement& element = *recordIn(elementsByNumber_, number);
+  if (const auto object = objectOf(element)) {
+    renaming.add(*recordsOf(*object));
+  } else {
+    renaming.add(element);
   }
   return renaming.take();
 }
@@ -455,6 +635,16 @@ void NetworkTables::apply(PreparedChange& change) noexcept {
     remove(*removal);
   } else if (auto* const renaming = std::get_if<RenamingEffect>(&change.effect)) {
     rename(*renaming);
+  } else if (auto* const record = std::get_if<RecordRemovalEffect>(&change.effect)) {
+    remove(*record);
+  } else if (auto* const node = std::get_if<NodeUpdate>(&change.effect)) {
+    update(*node);
+  } else if (auto* const element = std::get_if<ElementUpdate>(&change.effect)) {
+    update(*element);
+  } else if (auto* const position = std::get_if<PositionUpdate>(&change.effect)) {
+    update(*position);
+  } else if (auto* const link = std::get_if<LinkUpdate>(&change.effect)) {
+    update(*link);
   } else if (auto* const label = std::get_if<LabelEffect>(&change.effect)) {
     setLabel(*label);
   }

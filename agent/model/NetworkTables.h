@@ -32,6 +32,11 @@ struct PreparedChange;
 struct AdditionEffect;
 struct RemovalEffect;
 struct RenamingEffect;
+struct RecordRemovalEffect;
+struct NodeUpdate;
+struct ElementUpdate;
+struct PositionUpdate;
+struct LinkUpdate;
 struct LabelEffect;
 
 struct KeyOrder {
@@ -49,6 +54,8 @@ using Labels = std::map<ObjectKey, std::string, KeyOrder>;
 // the records, whose addresses never change. Errors: std::bad_alloc, and as the functions say.
 class NetworkTables {
  public:
+  using Link = NS_DOMAIN::ClockTopoLinkInfo_T;
+
   struct ObjectRecords;
   struct Node;
 
@@ -68,6 +75,7 @@ class NetworkTables {
     NS_DOMAIN::TopoNode_T record;
     std::optional<NumberedObject> shownAs;  // the element; nothing without a valid number
     std::list<Node>::iterator self{};       // in nodes()
+    std::uint64_t sequence = 0;             // rises along nodes()
 
     Node* parent = nullptr;  // null for a root and for an unknown parent
     Chain children;
@@ -79,6 +87,8 @@ class NetworkTables {
   struct Position {
     NS_DOMAIN::ClockPositionInfo_T record;
     std::optional<NumberedObject> shownAs;
+    std::list<Position>::iterator self{};
+    Position* previousOfObject = nullptr;
     Position* nextOfObject = nullptr;
   };
 
@@ -106,7 +116,7 @@ class NetworkTables {
   const std::list<Node>& nodes() const { return nodes_; }
   const std::list<NetworkElement>& elements() const { return elements_; }
   const std::list<Position>& positions() const { return positions_; }
-  const std::list<NS_DOMAIN::ClockTopoLinkInfo_T>& links() const { return links_; }
+  const std::list<Link>& links() const { return links_; }
 
   // Return null when there is no such object. The pointers are valid until a change is applied.
   const NS_DOMAIN::TopoNode_T* node(std::string_view id) const;
@@ -114,9 +124,13 @@ class NetworkTables {
   const NetworkElement* element(std::int32_t number) const;
   const std::string* label(const ObjectKey& key) const;
 
-  bool hasPosition(std::string_view reference) const;
-  bool hasLink(std::string_view id) const;
+  const NS_DOMAIN::ClockPositionInfo_T* clockPosition(std::string_view reference) const;
+  const Link* clockLink(std::string_view id) const;
   bool hasObject(const ObjectKey& key) const;
+
+  // Whether a node is another node or below it. REQUIRES: both exist. Throws std::runtime_error for
+  // a node that is its own ancestor, which only a manipulated store can contain.
+  bool isWithin(const std::string& nodeId, const std::string& ancestorId) const;
 
   // --- Preparing changes. The functions throw std::bad_alloc, and as they say.
 
@@ -136,6 +150,19 @@ class NetworkTables {
   // shows. The change has no records if all have the name already.
   PreparedChange prepareRenaming(const ObjectKey& key, const std::string& name);
   PreparedChange prepareNodeRenaming(const std::string& nodeId, const std::string& name);
+
+  // Renames an element and every record that clients see under its name. REQUIRES: it exists.
+  PreparedChange prepareElementRenaming(std::int32_t number, const std::string& name);
+
+  // Removes one record, and what is stored about its object when the object has no other record.
+  // REQUIRES: the record exists.
+  PreparedChange prepareElementRemoval(std::int32_t number) const;
+  PreparedChange preparePositionRemoval(const std::string& reference) const;
+  PreparedChange prepareLinkRemoval(const std::string& id) const;
+
+  // Replaces the record that has the id of the given record. REQUIRES: the record exists; a node
+  // keeps its type, its parent exists or is a root marker, and the parent is not below the node.
+  PreparedChange prepareUpdate(AnyRecord record) const;
 
   // --- Applying prepared changes.
 
@@ -161,25 +188,37 @@ class NetworkTables {
   void link(Position& position) noexcept;
   void link(NetworkElement& element) noexcept;
   void unlink(Node& node) noexcept;
+  void eraseIfEmpty(const NumberedObject& object) noexcept;
   void add(AdditionEffect& addition) noexcept;
   void remove(RemovalEffect& removal) noexcept;
+  void remove(RecordRemovalEffect& removal) noexcept;
+  void remove(std::list<NetworkElement>::iterator element) noexcept;
+  void remove(std::list<Position>::iterator position) noexcept;
+  void remove(std::list<Link>::iterator link) noexcept;
   static void rename(RenamingEffect& renaming) noexcept;
+  static void update(NodeUpdate& update) noexcept;
+  static void update(ElementUpdate& update) noexcept;
+  static void update(PositionUpdate& update) noexcept;
+  static void update(LinkUpdate& update) noexcept;
   void setLabel(LabelEffect& change) noexcept;
   std::vector<Node*> subtree(const std::string& nodeId) const;
+  std::vector<ObjectKey> labelled(const std::vector<ObjectKey>& objects) const;
+  NodeUpdate nodeUpdate(NS_DOMAIN::TopoNode_T record) const;
   void markShown(NetworkAddition& addition, AdditionEffect& effect) const;
 
   std::string ems_;
   std::list<Node> nodes_;
   std::list<NetworkElement> elements_;
   std::list<Position> positions_;
-  std::list<NS_DOMAIN::ClockTopoLinkInfo_T> links_;
+  std::list<Link> links_;
+  std::uint64_t lastSequence_ = 0;
   Labels labels_;
 
   // The indexes. The keys point to texts of the records.
   salted::Map<std::string_view, Node*> nodesById_;
-  salted::Map<std::int32_t, NetworkElement*> elementsByNumber_;
+  salted::Map<std::int32_t, std::list<NetworkElement>::iterator> elementsByNumber_;
   salted::Map<std::string_view, Position*> positionsByReference_;
-  salted::Map<std::string_view, NS_DOMAIN::ClockTopoLinkInfo_T*> linksById_;
+  salted::Map<std::string_view, std::list<Link>::iterator> linksById_;
   salted::Map<NumberedObject, ObjectRecords, NumberedObjectHash> objects_;
 };
 

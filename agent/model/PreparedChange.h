@@ -29,6 +29,35 @@ struct RemovalEffect {
   std::list<NetworkTables::Node> removed;  // the removed nodes, freed outside the lock
 };
 
+struct RecordRemovalEffect {
+  std::variant<std::list<NetworkElement>::iterator, std::list<NetworkTables::Position>::iterator,
+               std::list<NetworkTables::Link>::iterator>
+      record;
+  std::vector<ObjectKey> labels;  // objects that lose their label
+};
+
+struct NodeUpdate {
+  NetworkTables::Node* node;
+  NS_DOMAIN::TopoNode_T record;  // the new content
+  NetworkTables::Node* parent;   // the new parent
+  NetworkTables::Node* before;   // the sibling before the node, null for the first one
+};
+
+struct ElementUpdate {
+  NetworkElement* place;
+  NetworkElement record;
+};
+
+struct PositionUpdate {
+  NS_DOMAIN::ClockPositionInfo_T* place;
+  NS_DOMAIN::ClockPositionInfo_T record;
+};
+
+struct LinkUpdate {
+  NetworkTables::Link* place;
+  NetworkTables::Link record;
+};
+
 struct RenamingEffect {
   std::vector<std::pair<std::string*, std::string>> names;  // each place and its new content
 };
@@ -42,7 +71,9 @@ struct LabelEffect {
 struct PreparedChange {
   NetworkChange change;
   // std::monostate: the model does not show this kind of change.
-  std::variant<std::monostate, AdditionEffect, RemovalEffect, RenamingEffect, LabelEffect> effect;
+  std::variant<std::monostate, AdditionEffect, RemovalEffect, RenamingEffect, RecordRemovalEffect,
+               NodeUpdate, ElementUpdate, PositionUpdate, LinkUpdate, LabelEffect>
+      effect;
 };
 
 }  // namespace agent

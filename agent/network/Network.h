@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <string>
+#include <variant>
 #include <vector>
 
 #include "platform/domain/DomainRecords.h"
@@ -42,6 +43,10 @@ struct NamedRecord {
   RecordList list;
   std::string id;
 };
+
+// A record of one of these lists.
+using AnyRecord = std::variant<NS_DOMAIN::TopoNode_T, NetworkElement,
+                               NS_DOMAIN::ClockPositionInfo_T, NS_DOMAIN::ClockTopoLinkInfo_T>;
 
 struct Network {
   std::string ems;

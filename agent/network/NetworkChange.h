@@ -40,6 +40,17 @@ struct NetworkRenaming {
   std::vector<NS_DOMAIN::TopoNode_T> nodes;  // the nodes among the records, with the new name
 };
 
+// Removes one record that is no topology node. A record that is not stored is ignored.
+struct RecordRemoval {
+  NamedRecord record;
+  std::vector<ObjectKey> objects;  // of which nothing stays stored
+};
+
+// Replaces the stored record that has the id of this record. The place in its list stays.
+struct RecordUpdate {
+  AnyRecord record;
+};
+
 // --- Attributes of an object. The object need not exist.
 
 // An empty label removes the label.
@@ -65,8 +76,9 @@ struct AttributeRemoval {
   ObjectKey key;
 };
 
-using NetworkChange = std::variant<NetworkAddition, NetworkRemoval, NetworkRenaming, LabelChange,
-                                   OwnerChange, InfoChange, AttributeRemoval>;
+using NetworkChange =
+    std::variant<NetworkAddition, NetworkRemoval, NetworkRenaming, RecordRemoval, RecordUpdate,
+                 LabelChange, OwnerChange, InfoChange, AttributeRemoval>;
 
 // The additional information after a merge. An empty value removes the pair of its name, another
 // value replaces the stored value in place, and a new name is appended. REQUIRES: every name once

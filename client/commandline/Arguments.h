@@ -4,6 +4,7 @@
 #define CLIENT_COMMANDLINE_ARGUMENTS_H
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -13,6 +14,11 @@ namespace topoctl {
 struct TypedPair {
   std::string name;
   std::string value;
+};
+
+struct TypedNumbers {
+  std::int32_t first = 0;
+  std::int32_t second = 0;
 };
 
 // What a topology node is. kOfParent is for parents only: the kind that the parent has.
@@ -25,9 +31,19 @@ struct TypedNode {
   NodeKind parentKind = NodeKind::kOfParent;
   std::string name;
   NodeKind kind = NodeKind::kSubnetwork;
-  std::int32_t param1 = 0;
-  std::int32_t param2 = 0;
+  TypedNumbers params;
   std::vector<TypedPair> attributes;  // in order, names may repeat
+};
+
+// A record of the network as typed for the console. An empty field was not typed.
+struct TypedRecord {
+  std::string id;           // of a node, clock link or object; the reference of a clock position
+  std::int32_t number = 0;  // of an element; the type of an object
+  std::optional<std::string> name;  // or the label
+  std::optional<TypedNumbers> numbers;
+  std::optional<std::vector<TypedPair>> attributes;
+  std::optional<std::string> aEnd;
+  std::optional<std::string> zEnd;
 };
 
 // The attributes that `set` sets.
@@ -50,13 +66,16 @@ struct Arguments {
   TypedPair pair;       // of kInfo
   bool unique = false;  // the agent shall refuse a user label that another object has
 
-  // node create; node delete and node rename use the ID and the name only
+  // node create; the other commands of the group node use some of the fields
   TypedNode node;
+
+  // node change, and the commands of the groups element, clock-position, clock-link and label
+  TypedRecord record;
 
   // import, backup
   std::string file;  // path
 
-  // test-switch
+  // test-switch; element create: shown
   bool on = false;
 
   // watch

@@ -24,7 +24,7 @@ const std::vector<CommandSyntax>& commandSyntax() {
   static const std::vector<CommandSyntax> table = [] {
     std::vector<CommandSyntax> all;
     for (const std::vector<CommandSyntax>& part :
-         {managerSyntax(), watchSyntax(), consoleSyntax()}) {
+         {managerSyntax(), watchSyntax(), consoleSyntax(), recordSyntax()}) {
       all.insert(all.end(), part.begin(), part.end());
     }
     return all;
@@ -41,7 +41,11 @@ const CommandSyntax* findSyntax(const std::string& name) {
 
 const std::vector<Group>& commandGroups() {
   static const std::vector<Group> table = {
-      {"node", "Changes the topology: node create, node delete, node rename"},
+      {"node", "Changes the topology: create, delete, rename, move, change"},
+      {"element", "Changes network elements: create, rename, show, hide, delete"},
+      {"clock-position", "Changes clock positions: create, change, delete"},
+      {"clock-link", "Changes clock links: create, change, delete"},
+      {"label", "Changes stored labels: set, delete"},
       {"module", "The agent's module: module reload"},
   };
   return table;

@@ -74,6 +74,7 @@ TypedPair splitPair(const std::string& where, const std::string& text, const cha
 std::vector<CommandSyntax> managerSyntax();  // views, attributes, capabilities
 std::vector<CommandSyntax> watchSyntax();
 std::vector<CommandSyntax> consoleSyntax();
+std::vector<CommandSyntax> recordSyntax();
 
 }  // namespace topoctl
 

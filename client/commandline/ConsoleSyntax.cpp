@@ -1,10 +1,9 @@
 // The rows of the commands that call the agent's console.
 
 #include <CLI/CLI.hpp>
-#include <string_view>
 
-#include "client/base/Decimal.h"
 #include "client/commandline/CommandSyntax.h"
+#include "client/commandline/ReadOptions.h"
 
 namespace topoctl {
 namespace {
@@ -16,10 +15,6 @@ constexpr const char* kKind = "--kind";
 constexpr const char* kParams = "--params";
 constexpr const char* kAttribute = "--attribute";
 
-void addText(CLI::App& command, const char* name, const char* type, const char* help) {
-  command.add_option(name, CLI::callback_t(), help)->type_name(type)->take_last();
-}
-
 void addNodeOptions(CLI::App& command) {
   addText(command, kParent, "ID", "The node that it is below; none unless given");
   addText(command, kParentKind, "KIND",
@@ -27,49 +22,7 @@ void addNodeOptions(CLI::App& command) {
   addText(command, kName, "NAME", "The name that people see; must be given");
   addText(command, kKind, "KIND", "What it is: subnetwork (unless given) or element");
   addText(command, kParams, "A,B", "Its two numbers; 0,0 unless given");
-  command.add_option(kAttribute, CLI::callback_t(), "An attribute; once for each, in order")
-      ->type_name("NAME=VALUE")
-      ->take_all();
-}
-
-// The value of an option that was typed last, or `otherwise` without the option.
-std::string lastTyped(const CLI::App& command, const char* option, const char* otherwise) {
-  const Words& typed = command.get_option(option)->results();
-  return typed.empty() ? otherwise : typed.back();
-}
-
-NodeKind parseKind(const CLI::App& command, const char* option, NodeKind otherwise) {
-  const Words& typed = command.get_option(option)->results();
-  if (typed.empty()) {
-    return otherwise;
-  }
-  const std::string& text = typed.back();
-  if (text != "subnetwork" && text != "element") {
-    usageError(std::string(option) + ": '" + text + "' is neither subnetwork nor element");
-  }
-  return text == "element" ? NodeKind::kElement : NodeKind::kSubnetwork;
-}
-
-void readParams(const CLI::App& command, TypedNode& node) {
-  const std::string text = lastTyped(command, kParams, "0,0");
-  const std::string_view all = text;
-  const std::size_t comma = all.find(',');
-  const bool hasComma = comma != std::string_view::npos;
-  const auto first = parseDecimal<std::int32_t>(all.substr(0, comma));
-  const auto second = parseDecimal<std::int32_t>(hasComma ? all.substr(comma + 1) : "");
-  if (!first || !second) {
-    usageError(std::string(kParams) + ": '" + text +
-               "' is not A,B, two numbers from -2147483648 to 2147483647");
-  }
-  node.param1 = *first;
-  node.param2 = *second;
-}
-
-void requireWords(const char* command, const Words& words, std::size_t count,
-                  const char* whatIsMissing) {
-  if (words.size() < count) {
-    usageError(std::string(command) + ": " + whatIsMissing);
-  }
+  addPairs(command, kAttribute, "An attribute; once for each, in order");
 }
 
 void readNewNode(const CLI::App& command, const Words& words, Arguments& arguments) {
@@ -79,14 +32,12 @@ void readNewNode(const CLI::App& command, const Words& words, Arguments& argumen
   }
   TypedNode& node = arguments.node;
   node.id = words.front();
-  node.parent = lastTyped(command, kParent, "");
-  node.parentKind = parseKind(command, kParentKind, NodeKind::kOfParent);
-  node.name = lastTyped(command, kName, "");
-  node.kind = parseKind(command, kKind, NodeKind::kSubnetwork);
-  readParams(command, node);
-  for (const std::string& text : command.get_option(kAttribute)->results()) {
-    node.attributes.push_back(splitPair(kAttribute, text, "NAME=VALUE"));
-  }
+  node.parent = lastTyped(command, kParent).value_or("");
+  node.parentKind = readKind(command, kParentKind, NodeKind::kOfParent);
+  node.name = lastTyped(command, kName).value_or("");
+  node.kind = readKind(command, kKind, NodeKind::kSubnetwork);
+  node.params = readNumbers(command, kParams).value_or(TypedNumbers());
+  node.attributes = readPairs(command, kAttribute);
 }
 
 void readNode(const CLI::App&, const Words& words, Arguments& arguments) {

@@ -8,7 +8,7 @@ const std::vector<Command>& commands() {
   static const std::vector<Command> table = [] {
     std::vector<Command> all;
     for (const std::vector<Command>& part :
-         {managerCommands(), consoleCommands(), watchCommands()}) {
+         {managerCommands(), consoleCommands(), recordCommands(), watchCommands()}) {
       all.insert(all.end(), part.begin(), part.end());
     }
     return all;

@@ -13,6 +13,7 @@
 
 #include "client/commands/CommandContext.h"
 #include "client/output/PrintFunctions.h"
+#include "orb/idl/TopoAgent.h"
 
 namespace topoctl {
 
@@ -34,10 +35,17 @@ const std::vector<Command>& commands();
 // REQUIRES: findSyntax(name) != nullptr.
 const Command& commandNamed(const std::string& name);
 
+// Makes the calls of a command to the console.
+using ConsoleFunction = PrintFunction (*)(TopoAgent::Console_I_ptr, const Options&);
+
+// A command that connects to the console and calls `function`.
+CallFunction atConsole(ConsoleFunction function);
+
 // ---- the rows
 
 std::vector<Command> managerCommands();
 std::vector<Command> consoleCommands();
+std::vector<Command> recordCommands();
 std::vector<Command> watchCommands();
 
 }  // namespace topoctl

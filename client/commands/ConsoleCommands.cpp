@@ -8,6 +8,7 @@
 #include "client/base/File.h"
 #include "client/commands/Backup.h"
 #include "client/commands/Commands.h"
+#include "client/commands/NodeKinds.h"
 #include "client/commands/ObjectNames.h"
 #include "client/commands/Status.h"
 #include "client/output/PrintFunctions.h"
@@ -44,20 +45,6 @@ const RecordFields<ImportSummary_T>& importFields() {
        [](const Summary& added) -> Value { return std::int64_t{added.objectLabels}; }},
   };
   return fields;
-}
-
-// ---- nodes
-
-TopoAgent::NodeKind_T toNodeKind(NodeKind kind) {
-  switch (kind) {
-    case NodeKind::kElement:
-      return TopoAgent::NK_ELEMENT;
-    case NodeKind::kSubnetwork:
-      return TopoAgent::NK_SUBNETWORK;
-    case NodeKind::kOfParent:
-      return TopoAgent::NK_OF_PARENT;
-  }
-  return TopoAgent::NK_OF_PARENT;
 }
 
 // ---- import
@@ -114,8 +101,8 @@ PrintFunction createNode(TopoAgent::Console_I_ptr console, const Options& option
   node.parentKind = toNodeKind(typed.parentKind);
   node.name = typed.name.c_str();
   node.kind = toNodeKind(typed.kind);
-  node.nodeParam1 = typed.param1;
-  node.nodeParam2 = typed.param2;
+  node.nodeParam1 = typed.params.first;
+  node.nodeParam2 = typed.params.second;
   node.attributes = toList(typed.attributes);
   console->createNode(node);
   return printNothing;
@@ -153,7 +140,7 @@ PrintFunction reloadModule(TopoAgent::Console_I_ptr console, const Options&) {
   return printNothing;
 }
 
-using ConsoleFunction = PrintFunction (*)(TopoAgent::Console_I_ptr, const Options&);
+}  // namespace
 
 CallFunction atConsole(ConsoleFunction function) {
   return [function](const CommandContext& context) {
@@ -161,8 +148,6 @@ CallFunction atConsole(ConsoleFunction function) {
     return function(console.in(), context.options);
   };
 }
-
-}  // namespace
 
 std::vector<Command> consoleCommands() {
   return {

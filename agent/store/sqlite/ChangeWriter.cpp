@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <string>
+#include <variant>
 #include <vector>
 
 #include "agent/store/sqlite/NetworkRows.h"
@@ -43,6 +44,53 @@ const char* renameStatement(RecordList list) {
   }
 }
 
+const char* removeStatement(RecordList list) {
+  switch (list) {
+    case RecordList::kTopoNodes:
+      return "DELETE FROM topo_node WHERE id = ?";
+    case RecordList::kNetworkElements:
+      return "DELETE FROM network_element WHERE number = CAST(? AS INTEGER)";
+    case RecordList::kClockPositions:
+      return "DELETE FROM clock_position WHERE reference = ?";
+    default:
+      return "DELETE FROM clock_link WHERE id = ?";
+  }
+}
+
+void update(SQLite::Database& database, const NS_DOMAIN::TopoNode_T& node) {
+  run(database,
+      "UPDATE topo_node SET parent = ?, name = ?, type = ?, parent_type = ?, param3 = ?, "
+      "param4 = ? WHERE id = ?",
+      node.parentId, node.nativeName, node.nodeType, node.parentType, node.attribute3,
+      node.attribute4, node.nodeId);
+  run(database,
+      "DELETE FROM topo_node_attribute "
+      "WHERE node = (SELECT position FROM topo_node WHERE id = ?)",
+      node.nodeId);
+  SQLite::Statement insert(database,
+                           "INSERT INTO topo_node_attribute "
+                           "SELECT position, ?, ?, ? FROM topo_node WHERE id = ?");
+  std::int64_t place = 0;
+  for (const auto& [key, value] : node.extendedAttributes) {
+    run(insert, place++, key, value, node.nodeId);
+  }
+}
+
+void update(SQLite::Database& database, const NetworkElement& element) {
+  run(database, "UPDATE network_element SET name = ?, shown = ? WHERE number = ?", element.name,
+      shownValue(element), element.number);
+}
+
+void update(SQLite::Database& database, const NS_DOMAIN::ClockPositionInfo_T& position) {
+  run(database, "UPDATE clock_position SET label = ?, value1 = ?, value2 = ? WHERE reference = ?",
+      position.label, position.value1, position.value2, position.reference);
+}
+
+void update(SQLite::Database& database, const NS_DOMAIN::ClockTopoLinkInfo_T& link) {
+  run(database, "UPDATE clock_link SET name = ?, a_end = ?, z_end = ? WHERE id = ?",
+      link.nativeName, link.aEndReference, link.zEndReference, link.linkId);
+}
+
 void setShown(SQLite::Database& database, const std::vector<std::int32_t>& numbers,
               std::int32_t shown) {
   SQLite::Statement statement(database, "UPDATE network_element SET shown = ? WHERE number = ?");
@@ -52,7 +100,7 @@ void setShown(SQLite::Database& database, const std::vector<std::int32_t>& numbe
 }
 
 void removeNodes(SQLite::Database& database, const std::vector<NS_DOMAIN::TopoNode_T>& nodes) {
-  SQLite::Statement statement(database, "DELETE FROM topo_node WHERE id = ?");
+  SQLite::Statement statement(database, removeStatement(RecordList::kTopoNodes));
   for (const NS_DOMAIN::TopoNode_T& node : nodes) {
     run(statement, node.nodeId);
   }
@@ -94,6 +142,15 @@ void ChangeWriter::operator()(const NetworkRenaming& change) const {
   for (const NamedRecord& record : change.records) {
     run(database_, renameStatement(record.list), change.name, record.id);
   }
+}
+
+void ChangeWriter::operator()(const RecordRemoval& change) const {
+  run(database_, removeStatement(change.record.list), change.record.id);
+  removeAttributes(database_, change.objects);
+}
+
+void ChangeWriter::operator()(const RecordUpdate& change) const {
+  std::visit([this](const auto& record) { update(database_, record); }, change.record);
 }
 
 void ChangeWriter::operator()(const LabelChange& change) const {

@@ -61,13 +61,6 @@ void writeTopoNodes(SQLite::Database& database, const Network& network,
   }
 }
 
-std::int32_t shownValue(const NetworkElement& element) {
-  if (element.shownForNode) {
-    return kShownForNode;
-  }
-  return element.shown ? kShown : 0;
-}
-
 void writeNetworkElements(SQLite::Database& database, const Network& network,
                           const Cancellation& cancellation) {
   if (network.networkElements.empty()) {
@@ -182,6 +175,13 @@ void readLabels(SQLite::Database& database, Network& network) {
 }
 
 }  // namespace
+
+std::int32_t shownValue(const NetworkElement& element) {
+  if (element.shownForNode) {
+    return kShownForNode;
+  }
+  return element.shown ? kShown : 0;
+}
 
 void writeNetwork(SQLite::Database& database, const Network& network,
                   const Cancellation& cancellation) {

@@ -17,6 +17,9 @@ namespace agent {
 // The value of the column `shown` for NetworkElement::shownForNode.
 constexpr std::int32_t kShownForNode = 2;
 
+// The value of the column shown of an element.
+std::int32_t shownValue(const NetworkElement& element);
+
 // Appends the rows of a network; the store is no longer new. REQUIRES: a transaction. Throws
 // SQLite::Exception and Cancelled.
 void writeNetwork(SQLite::Database& database, const Network& network,

@@ -621,4 +621,97 @@ TEST_F(NodeServiceTest, RecoversFromAFailureOfTheStore) {
   EXPECT_EQ("a", ids().back());
 }
 
+// --- Moving and changing.
+
+TEST_F(NodeServiceTest, MovesANodeWithEverythingBelowIt) {
+  expectDone(nodes().move("west", "third", NodeService::kTypeOfParent));
+  const auto events = host_->takeEvents();
+  ASSERT_EQ(1U, events.size());
+  EXPECT_EQ((NodeEvent{EVENT_TOPO_NODE_CHANGED, {"west"}}), withIds(events[0]));
+  EXPECT_EQ("third", events[0].nodes[0].parentId);
+  restart();
+  EXPECT_EQ("third", model().topoNode("west")->parentId);
+  EXPECT_EQ(6U, remove("east"));
+}
+
+TEST_F(NodeServiceTest, TakesTheTypeOfTheNewParent) {
+  expectDone(nodes().move("NE=3", "NE=1", NodeService::kTypeOfParent));
+  EXPECT_EQ(1U, model().topoNode("NE=3")->parentType);
+  expectDone(nodes().move("NE=3", "", NodeService::kTypeOfParent));
+  EXPECT_EQ(2U, model().topoNode("NE=3")->parentType);
+  EXPECT_EQ((NodeEvents{{EVENT_TOPO_NODE_CHANGED, {"NE=3"}}, {EVENT_TOPO_NODE_CHANGED, {"NE=3"}}}),
+            host_->events());
+  expectRefused(agent::kInvalidName,
+                "the parent of node \"NE=3\", node \"core\", is a subnetwork, not an element",
+                [&] { return nodes().move("NE=3", "core", kTopoElement); });
+}
+
+// The order of siblings is the order of the list, before and after a restart.
+TEST_F(NodeServiceTest, PutsAMovedNodeBetweenItsSiblings) {
+  expectDone(nodes().create(nodeOf("last", "west")));
+  expectDone(nodes().move("NE=2", "west", NodeService::kTypeOfParent));
+  expectDone(nodes().move("east", "west", NodeService::kTypeOfParent));
+  expectDone(nodes().move("NE=1", "core", NodeService::kTypeOfParent));
+  expectDone(nodes().move("NE=1", "west", NodeService::kTypeOfParent));
+  host_->events();
+  ChangingHost copy(agent::SqliteStore::kInMemory, host_->store().read());
+  std::size_t removed = 0;
+  remove("core");
+  EXPECT_EQ(agent::kSuccess, copy.nodes().remove("core", removed).code);
+  const NodeEvents expected = {
+      {EVENT_TOPO_NODE_DELETED, {"NE=1", "third", "east", "NE=2", "NE=3", "last", "west", "core"}}};
+  EXPECT_EQ(expected, copy.events());
+  EXPECT_EQ(expected, host_->events());
+}
+
+TEST_F(NodeServiceTest, RejectsAMoveThatMakesACycle) {
+  const auto move = [this](const std::string& id, const std::string& parent) {
+    return [=] { return nodes().move(id, parent, NodeService::kTypeOfParent); };
+  };
+  expectRefused(agent::kInvalidName,
+                "node \"NE=1\" cannot be the parent of node \"core\", which is above it",
+                move("core", "NE=1"));
+  expectRefused(agent::kInvalidName, "node \"core\" cannot be its own parent",
+                move("core", "core"));
+  expectRefused(agent::kEntityNotFound, "no node \"x\" to be the parent of node \"core\"",
+                move("core", "x"));
+  expectRefused(agent::kEntityNotFound, "no node \"x\"", move("x", "core"));
+  expectRefused(agent::kInvalidName, "the parent of node \"core\" is not UTF-8 at byte 0",
+                move("core", "\xff"));
+}
+
+TEST_F(NodeServiceTest, ChangesParamsAndAttributes) {
+  agent::NodeFields fields;
+  fields.params = {-1, 2};
+  expectDone(nodes().change("west", fields));
+  fields.params.reset();
+  fields.attributes = Pairs{{"location", "Hall||2"}, {"location", ""}};
+  expectDone(nodes().change("west", fields));
+  EXPECT_EQ((NodeEvents{{EVENT_TOPO_NODE_CHANGED, {"west"}}, {EVENT_TOPO_NODE_CHANGED, {"west"}}}),
+            host_->events());
+  restart();
+  const TopoNode_T west = *model().topoNode("west");
+  EXPECT_EQ(-1, west.attribute3);
+  EXPECT_EQ(2, west.attribute4);
+  EXPECT_EQ(*fields.attributes, west.extendedAttributes);
+  fields.attributes->clear();
+  expectDone(nodes().change("west", fields));
+  EXPECT_TRUE(model().topoNode("west")->extendedAttributes.empty());
+}
+
+TEST_F(NodeServiceTest, RaisesNoEventForAChangeThatChangesNothing) {
+  expectDone(nodes().move("west", "core", NodeService::kTypeOfParent));
+  expectDone(nodes().change("west", {}));
+  expectDone(nodes().change("west", {std::make_pair(0, 0), agent::NodeFields().attributes}));
+  EXPECT_EQ(NodeEvents(), host_->events());
+}
+
+TEST_F(NodeServiceTest, RejectsFieldsThatCannotBeStored) {
+  agent::NodeFields fields;
+  fields.attributes = Pairs{{"key", "\xff"}};
+  expectRefused(agent::kInvalidName, "an attribute of node \"west\" is not UTF-8 at byte 0",
+                [&] { return nodes().change("west", fields); });
+  expectRefused(agent::kEntityNotFound, "no node \"x\"", [&] { return nodes().change("x", {}); });
+}
+
 }  // namespace

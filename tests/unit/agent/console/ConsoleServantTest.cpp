@@ -127,9 +127,10 @@ class AgentConsole : public testing::Test {
   agent::NetworkModel model_;
   agent::NetworkWriter writer_{store_, model_};
   agent::NodeService nodes_{writer_};
+  agent::InventoryService inventory_{writer_};
   RecordingAgent agent_;
   agent::Backups backups_{writer_};
-  agent::ConsoleServant console_{nodes_, backups_, agent_};
+  agent::ConsoleServant console_{nodes_, inventory_, backups_, agent_};
 };
 
 TEST_F(AgentConsole, CreatesASubnetworkWithAllItsAttributes) {
@@ -182,10 +183,9 @@ TEST_F(AgentConsole, TakesTheKindOfAParentFromTheParent) {
   shelf.kind = TopoAgent::NK_ELEMENT;
   console_.createNode(shelf);
   TopoAgent::NewNode_T node = newNode("wk", "NE=1");
-  EXPECT_THAT(
-      refusalOf([&] { console_.createNode(node); }),
-      refused(globaldefs::EXCPT_INVALID_INPUT,
-              "the parent of node \"wk\", node \"NE=1\", is an element, not a subnetwork"));
+  EXPECT_THAT(refusalOf([&] { console_.createNode(node); }),
+              refused(globaldefs::EXCPT_INVALID_INPUT,
+                      "the parent of node \"wk\", node \"NE=1\", is an element, not a subnetwork"));
   node.parentKind = TopoAgent::NK_OF_PARENT;
   console_.createNode(node);
   node.id = "root";
@@ -233,6 +233,82 @@ TEST_F(AgentConsole, RefusesToDeleteAndToRenameAMissingNode) {
   EXPECT_THAT(refusalOf([&] { console_.deleteNode("gone"); }),
               refused(globaldefs::EXCPT_ENTITY_NOT_FOUND, HasSubstr("gone")));
   EXPECT_THAT(refusalOf([&] { console_.renameNode("gone", "x"); }),
+              refused(globaldefs::EXCPT_ENTITY_NOT_FOUND));
+}
+
+TEST_F(AgentConsole, MovesAndChangesANode) {
+  console_.createNode(newNode("top", ""));
+  console_.createNode(newNode("core", ""));
+  console_.moveNode("core", "top", TopoAgent::NK_OF_PARENT);
+  TopoAgent::OptionalNumbers_T params;
+  params.length(1);
+  params[0].first = 3;
+  params[0].second = -4;
+  console_.changeNode("core", params, {});
+  TopoAgent::OptionalPairs_T attributes;
+  attributes.length(1);
+  attributes[0].length(1);
+  attributes[0][0].name = "location";
+  attributes[0][0].value = "Hall";
+  console_.changeNode("core", {}, attributes);
+  const NS_DOMAIN::TopoNode_T node = nodes()[1];
+  EXPECT_EQ("top", node.parentId);
+  EXPECT_EQ(3, node.attribute3);
+  EXPECT_EQ(-4, node.attribute4);
+  EXPECT_THAT(node.extendedAttributes, ElementsAre(std::make_pair("location", "Hall")));
+  EXPECT_THAT(refusalOf([&] { console_.moveNode("top", "core", TopoAgent::NK_OF_PARENT); }),
+              refused(globaldefs::EXCPT_INVALID_INPUT));
+}
+
+TEST_F(AgentConsole, ChangesElements) {
+  TopoAgent::Element_T element;
+  element.number = 5;
+  element.name = "Five";
+  element.isShown = false;
+  console_.createElement(element);
+  console_.renameElement(5, "Fünf");
+  console_.setElementShown(5, true);
+  EXPECT_EQ("Fünf", model_.networkElement(5)->name);
+  EXPECT_TRUE(model_.networkElement(5)->shown);
+  console_.deleteElement(5);
+  EXPECT_THAT(refusalOf([&] { console_.deleteElement(5); }),
+              refused(globaldefs::EXCPT_ENTITY_NOT_FOUND, "no network element 5"));
+}
+
+TEST_F(AgentConsole, ChangesClockPositionsAndLinks) {
+  TopoAgent::ClockPosition_T position;
+  position.reference = "NE=5";
+  position.label = "Five";
+  position.values.first = 1;
+  position.values.second = 2;
+  console_.createClockPosition(position);
+  TopoAgent::OptionalText_T text;
+  text.length(1);
+  text[0] = "new";
+  console_.changeClockPosition("NE=5", text, {});
+  EXPECT_EQ("new", model_.clockPositions()[0].label);
+  EXPECT_EQ(2, model_.clockPositions()[0].value2);
+  TopoAgent::ClockLink_T link;
+  link.id = "k";
+  link.name = "SDH/k";
+  link.aEnd = "NE=5";
+  link.zEnd = "NE=6";
+  console_.createClockLink(link);
+  console_.changeClockLink("k", {}, {}, text);
+  EXPECT_EQ("SDH/k", model_.clockLinks()[0].nativeName);
+  EXPECT_EQ("NE=5", model_.clockLinks()[0].aEndReference);
+  EXPECT_EQ("new", model_.clockLinks()[0].zEndReference);
+  console_.deleteClockPosition("NE=5");
+  console_.deleteClockLink("k");
+  EXPECT_TRUE(model_.clockPositions().empty());
+  EXPECT_TRUE(model_.clockLinks().empty());
+}
+
+TEST_F(AgentConsole, SetsAndDeletesLabels) {
+  console_.setLabel(201, "k", "Trunk");
+  EXPECT_EQ("Trunk", model_.labelOf(201, "k"));
+  console_.deleteLabel(201, "k");
+  EXPECT_THAT(refusalOf([&] { console_.deleteLabel(201, "k"); }),
               refused(globaldefs::EXCPT_ENTITY_NOT_FOUND));
 }
 

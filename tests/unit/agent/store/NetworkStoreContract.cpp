@@ -15,6 +15,8 @@ using agent::NetworkRenaming;
 using agent::ObjectKey;
 using agent::OwnerChange;
 using agent::RecordList;
+using agent::RecordRemoval;
+using agent::RecordUpdate;
 using agent::StoreError;
 
 const ObjectKey kLink{201, "z"};
@@ -136,6 +138,54 @@ TEST_P(NetworkStoreContract, RenamesRecordsOfEveryList) {
   network.clockLinks[0].nativeName = "new";
   reopen();
   EXPECT_EQ(network, store().read());
+}
+
+TEST_P(NetworkStoreContract, RemovesARecordOfEveryListWithAttributes) {
+  Network network = sampleNetwork();
+  store().load(network);
+  store().commit(OwnerChange{kLink, "me"});
+  store().commit(RecordRemoval{{RecordList::kNetworkElements, "-5"}, {}});
+  store().commit(RecordRemoval{{RecordList::kClockPositions, ""}, {}});
+  store().commit(RecordRemoval{{RecordList::kClockLinks, "z"}, {kLink}});
+  store().commit(RecordRemoval{{RecordList::kClockLinks, "unknown"}, {}});
+  reopen();
+  network.networkElements.erase(network.networkElements.begin() + 1);
+  network.clockPositions.pop_back();
+  network.clockLinks.erase(network.clockLinks.begin());
+  network.objectLabels.erase(network.objectLabels.begin());
+  EXPECT_EQ(network, store().read());
+  EXPECT_EQ("", GetParam().ownerOf(store(), kLink));
+  EXPECT_NO_THROW(store().check());
+}
+
+TEST_P(NetworkStoreContract, UpdatesARecordOfEveryListInItsPlace) {
+  Network network = sampleNetwork();
+  store().load(network);
+  NS_DOMAIN::TopoNode_T& node = network.topoNodes[0];
+  node.parentId = "a";
+  node.nativeName = "new";
+  node.nodeType = 4294967295U;
+  node.parentType = 9;
+  node.attribute3 = 7;
+  node.attribute4 = -8;
+  node.extendedAttributes = {{"x", ""}, {"", "y"}, {"x", "z"}};
+  NS_DOMAIN::TopoNode_T& plain = network.topoNodes[3];
+  plain.extendedAttributes.clear();
+  network.networkElements[0] = {7, "new", true, true};
+  network.clockPositions[0].label = "new";
+  network.clockPositions[0].value2 = -2147483647;
+  network.clockLinks[0].nativeName = "new";
+  network.clockLinks[0].aEndReference = "x";
+  network.clockLinks[0].zEndReference = "";
+  for (const agent::AnyRecord& record :
+       std::vector<agent::AnyRecord>{node, plain, network.networkElements[0],
+                                     network.clockPositions[0], network.clockLinks[0]}) {
+    store().commit(RecordUpdate{record});
+  }
+  reopen();
+  EXPECT_EQ(network, store().read());
+  EXPECT_TRUE(store().read().networkElements[0].shownForNode);
+  EXPECT_NO_THROW(store().check());
 }
 
 TEST_P(NetworkStoreContract, ReplacesAndRemovesALabel) {

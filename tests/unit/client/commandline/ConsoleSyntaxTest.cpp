@@ -21,8 +21,8 @@ TEST(ConsoleSyntax, HasDefaultsForANewNode) {
   EXPECT_EQ(node.parent, "");
   EXPECT_EQ(node.parentKind, NodeKind::kOfParent);
   EXPECT_EQ(node.kind, NodeKind::kSubnetwork);
-  EXPECT_EQ(node.param1, 0);
-  EXPECT_EQ(node.param2, 0);
+  EXPECT_EQ(node.params.first, 0);
+  EXPECT_EQ(node.params.second, 0);
   EXPECT_TRUE(node.attributes.empty());
 }
 
@@ -36,8 +36,8 @@ TEST(ConsoleSyntax, ReadsAllOptionsOfANewNode) {
   EXPECT_EQ(node.parent, "ring");
   EXPECT_EQ(node.parentKind, NodeKind::kElement);
   EXPECT_EQ(node.kind, NodeKind::kElement);
-  EXPECT_EQ(node.param1, -2147483647 - 1);
-  EXPECT_EQ(node.param2, 2147483647);
+  EXPECT_EQ(node.params.first, -2147483647 - 1);
+  EXPECT_EQ(node.params.second, 2147483647);
   ASSERT_EQ(node.attributes.size(), 3U);
   EXPECT_EQ(node.attributes[0].name, "Region");
   EXPECT_EQ(node.attributes[1].value, "a=b");

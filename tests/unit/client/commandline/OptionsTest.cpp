@@ -120,7 +120,10 @@ TEST(Options, RejectAnUnknownFormat) {
 
 const std::string kCommands =
     "the commands are: topo, protect, below, clocks, clock-links, tree, set, capabilities, watch, "
-    "node create, node delete, node rename, import, backup, test-switch, status, module reload";
+    "node create, node delete, node rename, import, backup, test-switch, status, module reload, "
+    "node move, node change, element create, element rename, element show, element hide, element "
+    "delete, clock-position create, clock-position change, clock-position delete, clock-link "
+    "create, clock-link change, clock-link delete, label set, label delete";
 
 TEST(Options, RejectAMissingUnknownOrSecondCommand) {
   EXPECT_EQ(usageError({}), "a command is missing; " + kCommands);

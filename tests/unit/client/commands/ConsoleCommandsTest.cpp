@@ -76,6 +76,55 @@ TEST_F(Console, RenamesNodes) {
   EXPECT_EQ(silentCallOf({"node", "rename", "--", "-core", ""}), "rename(-core, )");
 }
 
+TEST_F(Console, MovesAndChangesNodes) {
+  EXPECT_EQ(silentCallOf({"node", "move", "wk", "core"}), "move(wk, kind-of core)");
+  EXPECT_EQ(silentCallOf({"node", "move", "wk", "", "--parent-kind", "subnetwork"}),
+            "move(wk, subnetwork )");
+  EXPECT_EQ(silentCallOf({"node", "change", "wk", "--params", "1,-2"}), "change-node(wk, 1 -2, -)");
+  EXPECT_EQ(silentCallOf({"node", "change", "wk", "--attribute", "a=b", "--attribute", "a="}),
+            "change-node(wk, -, [a=b][a=])");
+  EXPECT_EQ(silentCallOf({"node", "change", "wk", "--no-attributes"}), "change-node(wk, -, )");
+}
+
+TEST_F(Console, ChangesElements) {
+  EXPECT_EQ(silentCallOf({"element", "create", "5"}), "create-element(5, , not shown)");
+  EXPECT_EQ(silentCallOf({"element", "create", "--name", "Five", "--shown", "--", "-5"}),
+            "create-element(-5, Five, shown)");
+  EXPECT_EQ(silentCallOf({"element", "rename", "5", "Fünf"}), "rename-element(5, Fünf)");
+  EXPECT_EQ(silentCallOf({"element", "show", "5"}), "show-element(5)");
+  EXPECT_EQ(silentCallOf({"element", "hide", "5"}), "hide-element(5)");
+  EXPECT_EQ(silentCallOf({"element", "delete", "5"}), "delete-element(5)");
+}
+
+TEST_F(Console, ChangesClockPositions) {
+  EXPECT_EQ(silentCallOf({"clock-position", "create", "NE=5"}), "create-position(NE=5, , 0 0)");
+  EXPECT_EQ(
+      silentCallOf({"clock-position", "create", "NE=5", "--label", "Five", "--values", "1,2"}),
+      "create-position(NE=5, Five, 1 2)");
+  EXPECT_EQ(silentCallOf({"clock-position", "change", "NE=5", "--label", ""}),
+            "change-position(NE=5, , -)");
+  EXPECT_EQ(silentCallOf({"clock-position", "change", "NE=5", "--values", "3,4"}),
+            "change-position(NE=5, -, 3 4)");
+  EXPECT_EQ(silentCallOf({"clock-position", "delete", "NE=5"}), "delete-position(NE=5)");
+}
+
+TEST_F(Console, ChangesClockLinks) {
+  EXPECT_EQ(silentCallOf({"clock-link", "create", "k"}), "create-link(k, , , )");
+  EXPECT_EQ(silentCallOf({"clock-link", "create", "k", "--name", "SDH/k", "--a-end", "NE=1",
+                          "--z-end", "NE=2"}),
+            "create-link(k, SDH/k, NE=1, NE=2)");
+  EXPECT_EQ(silentCallOf({"clock-link", "change", "k", "--z-end", "NE=3"}),
+            "change-link(k, -, -, NE=3)");
+  EXPECT_EQ(silentCallOf({"clock-link", "change", "k", "--name", "n", "--a-end", ""}),
+            "change-link(k, n, , -)");
+  EXPECT_EQ(silentCallOf({"clock-link", "delete", "k"}), "delete-link(k)");
+}
+
+TEST_F(Console, SetsAndDeletesLabels) {
+  EXPECT_EQ(silentCallOf({"label", "set", "201", "k", "Trunk"}), "set-label(201, k, Trunk)");
+  EXPECT_EQ(silentCallOf({"label", "delete", "--", "-1", "k"}), "delete-label(-1, k)");
+}
+
 TEST_F(Console, SetsTheTestSwitch) {
   EXPECT_EQ(silentCallOf({"test-switch", "on"}), "test-switch(on)");
   EXPECT_EQ(silentCallOf({"test-switch", "off"}), "test-switch(off)");

@@ -14,6 +14,19 @@ std::string kindOf(TopoAgent::NodeKind_T kind) {
   return kind == TopoAgent::NK_ELEMENT ? "element" : "subnetwork";
 }
 
+std::string textOf(const TopoAgent::Numbers_T& numbers) {
+  return std::to_string(numbers.first) + " " + std::to_string(numbers.second);
+}
+
+// "-" for a field that was not sent.
+std::string textOf(const TopoAgent::OptionalNumbers_T& field) {
+  return field.length() == 0 ? "-" : textOf(field[0]);
+}
+
+std::string textOf(const TopoAgent::OptionalText_T& field) {
+  return field.length() == 0 ? "-" : std::string(field[0].in());
+}
+
 }  // namespace
 
 TopoAgent::Status_T makeStatus() {
@@ -74,6 +87,80 @@ CORBA::ULong FakeConsole::deleteNode(const char* id) {
 
 void FakeConsole::renameNode(const char* id, const char* name) {
   call(std::string("rename(") + id + ", " + name + ")");
+}
+
+void FakeConsole::moveNode(const char* id, const char* parent, TopoAgent::NodeKind_T parentKind) {
+  call(std::string("move(") + id + ", " + kindOf(parentKind) + " " + parent + ")");
+}
+
+void FakeConsole::changeNode(const char* id, const TopoAgent::OptionalNumbers_T& params,
+                             const TopoAgent::OptionalPairs_T& attributes) {
+  std::string text = std::string("change-node(") + id + ", " + textOf(params) + ", ";
+  if (attributes.length() == 0) {
+    text += "-";
+  } else {
+    for (CORBA::ULong i = 0; i < attributes[0].length(); ++i) {
+      text +=
+          std::string("[") + attributes[0][i].name.in() + "=" + attributes[0][i].value.in() + "]";
+    }
+  }
+  call(text + ")");
+}
+
+void FakeConsole::createElement(const TopoAgent::Element_T& element) {
+  call("create-element(" + std::to_string(element.number) + ", " + element.name.in() + ", " +
+       (element.isShown ? "shown" : "not shown") + ")");
+}
+
+void FakeConsole::renameElement(CORBA::Long number, const char* name) {
+  call("rename-element(" + std::to_string(number) + ", " + name + ")");
+}
+
+void FakeConsole::setElementShown(CORBA::Long number, CORBA::Boolean isShown) {
+  call((isShown ? "show-element(" : "hide-element(") + std::to_string(number) + ")");
+}
+
+void FakeConsole::deleteElement(CORBA::Long number) {
+  call("delete-element(" + std::to_string(number) + ")");
+}
+
+void FakeConsole::createClockPosition(const TopoAgent::ClockPosition_T& position) {
+  call(std::string("create-position(") + position.reference.in() + ", " + position.label.in() +
+       ", " + textOf(position.values) + ")");
+}
+
+void FakeConsole::changeClockPosition(const char* reference, const TopoAgent::OptionalText_T& label,
+                                      const TopoAgent::OptionalNumbers_T& values) {
+  call(std::string("change-position(") + reference + ", " + textOf(label) + ", " + textOf(values) +
+       ")");
+}
+
+void FakeConsole::deleteClockPosition(const char* reference) {
+  call(std::string("delete-position(") + reference + ")");
+}
+
+void FakeConsole::createClockLink(const TopoAgent::ClockLink_T& link) {
+  call(std::string("create-link(") + link.id.in() + ", " + link.name.in() + ", " + link.aEnd.in() +
+       ", " + link.zEnd.in() + ")");
+}
+
+void FakeConsole::changeClockLink(const char* id, const TopoAgent::OptionalText_T& name,
+                                  const TopoAgent::OptionalText_T& aEnd,
+                                  const TopoAgent::OptionalText_T& zEnd) {
+  call(std::string("change-link(") + id + ", " + textOf(name) + ", " + textOf(aEnd) + ", " +
+       textOf(zEnd) + ")");
+}
+
+void FakeConsole::deleteClockLink(const char* id) {
+  call(std::string("delete-link(") + id + ")");
+}
+
+void FakeConsole::setLabel(CORBA::Long type, const char* id, const char* label) {
+  call("set-label(" + std::to_string(type) + ", " + id + ", " + label + ")");
+}
+
+void FakeConsole::deleteLabel(CORBA::Long type, const char* id) {
+  call("delete-label(" + std::to_string(type) + ", " + id + ")");
 }
 
 TopoAgent::ImportSummary_T FakeConsole::importNetwork(const char* fileName,

@@ -1,0 +1,66 @@
+// The frame of an operation of the console: exceptions and outcomes become the exceptions of the
+// IDL. Part of the console.
+
+#ifndef AGENT_CONSOLE_CONSOLEOPERATION_H
+#define AGENT_CONSOLE_CONSOLEOPERATION_H
+
+#include <exception>
+
+#include "agent/base/FailureCodes.h"
+#include "agent/base/Log.h"
+#include "agent/base/OperationResult.h"
+#include "agent/base/RequestLog.h"
+#include "orb/orb.h"
+#include "platform/agent/Failures.h"
+
+namespace agent {
+
+// The recipients of the reason of an internal error.
+enum class Reason { kLogOnly, kLogAndClient };
+
+// Throws the exception of a failed outcome. Returns after success.
+inline void raise(const char* operation, const Outcome& outcome, Reason reason) {
+  const Outcome answer = logInternalError(operation, outcome);
+  if (!outcome.ok() && outcome.code != kInternalError) {
+    logRefusal(orb::currentPeer(), operation, outcome.reason);
+  }
+  NS_CORBA::ThrowException(answer.code,
+                           reason == Reason::kLogAndClient ? outcome.reason : answer.reason);
+}
+
+// Runs the work and translates every exception into an outcome.
+template <typename Work>
+Outcome outcomeOf(Work work) {
+  try {
+    return work();
+  } catch (const std::exception& failure) {
+    return {kInternalError, failure.what()};
+  } catch (const CORBA::SystemException& failure) {
+    return {kInternalError, orb::describe(failure)};
+  } catch (const CORBA::Exception& failure) {
+    return {kInternalError, failure._name()};
+  } catch (...) {
+    return {kInternalError, "an exception of an unknown type"};
+  }
+}
+
+// Runs an operation and raises the exception of a failed outcome.
+template <typename Work>
+void perform(const char* operation, Work work, Reason reason = Reason::kLogOnly) {
+  raise(operation, outcomeOf(work), reason);
+}
+
+// Performs an operation that changes something, and logs the change. The subject is a function that
+// returns a text.
+template <typename Subject, typename Work>
+void performChange(const char* operation, Subject subject, Work work,
+                   Reason reason = Reason::kLogOnly) {
+  perform(operation, work, reason);
+  if (isLogged(kLogEvents)) {
+    logChange(orb::currentPeer(), operation, subject());
+  }
+}
+
+}  // namespace agent
+
+#endif

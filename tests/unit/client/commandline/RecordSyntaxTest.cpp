@@ -1,0 +1,70 @@
+// The arguments of the commands that change single records.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "client/commandline/Arguments.h"
+#include "tests/unit/client/commandline/ParseLine.h"
+
+namespace topoctl {
+namespace {
+
+using testing::HasSubstr;
+using Words = std::vector<std::string>;
+
+TEST(RecordSyntax, ReadsAMove) {
+  const TypedNode node = parsed({"node", "move", "wk", "NE=7", "--parent-kind", "element"}).node;
+  EXPECT_EQ(node.id, "wk");
+  EXPECT_EQ(node.parent, "NE=7");
+  EXPECT_EQ(node.parentKind, NodeKind::kElement);
+  EXPECT_EQ(parsed({"node", "move", "wk", ""}).node.parentKind, NodeKind::kOfParent);
+}
+
+TEST(RecordSyntax, ReadsOnlyTypedFields) {
+  const TypedRecord params = parsed({"node", "change", "wk", "--params", "1,2"}).record;
+  EXPECT_EQ(params.numbers->second, 2);
+  EXPECT_FALSE(params.attributes);
+  const TypedRecord none = parsed({"node", "change", "wk", "--no-attributes"}).record;
+  EXPECT_FALSE(none.numbers);
+  EXPECT_TRUE(none.attributes->empty());
+  const TypedRecord link = parsed({"clock-link", "change", "k", "--a-end", ""}).record;
+  EXPECT_EQ(*link.aEnd, "");
+  EXPECT_FALSE(link.name);
+  EXPECT_FALSE(link.zEnd);
+}
+
+TEST(RecordSyntax, ReadsNumbers) {
+  EXPECT_EQ(parsed({"element", "delete", "--", "-2147483648"}).record.number, -2147483647 - 1);
+  EXPECT_EQ(parsed({"label", "delete", "201", "k"}).record.number, 201);
+  for (const std::string number : {"", "x", "NE=5", "2147483648", "1.0", "+1"}) {
+    EXPECT_EQ(usageErrorOf({"element", "show", number}),
+              "element show: '" + number + "' is not a number from -2147483648 to 2147483647");
+  }
+}
+
+TEST(RecordSyntax, RejectsMissingArguments) {
+  EXPECT_EQ(usageErrorOf({"node", "move"}), "node move: an ID is missing");
+  EXPECT_EQ(usageErrorOf({"node", "move", "wk"}), "node move: a PARENT is missing");
+  EXPECT_EQ(usageErrorOf({"node", "change", "wk"}), "node change: an option is missing");
+  EXPECT_EQ(usageErrorOf({"element", "create"}), "element create: a NUMBER is missing");
+  EXPECT_EQ(usageErrorOf({"element", "rename", "5"}), "element rename: a NAME is missing");
+  EXPECT_EQ(usageErrorOf({"clock-position", "delete"}),
+            "clock-position delete: a REFERENCE is missing");
+  EXPECT_EQ(usageErrorOf({"clock-position", "change", "NE=5"}),
+            "clock-position change: an option is missing");
+  EXPECT_EQ(usageErrorOf({"clock-link", "create"}), "clock-link create: an ID is missing");
+  EXPECT_EQ(usageErrorOf({"clock-link", "change", "k"}), "clock-link change: an option is missing");
+  EXPECT_EQ(usageErrorOf({"label", "set"}), "label set: a TYPE is missing");
+  EXPECT_EQ(usageErrorOf({"label", "set", "201", "k"}), "label set: a LABEL is missing");
+}
+
+TEST(RecordSyntax, RejectsMalformedOptions) {
+  EXPECT_EQ(usageErrorOf({"clock-position", "create", "NE=5", "--values", "1"}),
+            "--values: '1' is not A,B, two numbers from -2147483648 to 2147483647");
+  EXPECT_EQ(usageErrorOf({"node", "change", "wk", "--attribute", "a=b", "--no-attributes"}),
+            "--attribute and --no-attributes exclude each other");
+  EXPECT_THAT(usageErrorOf({"element", "delete", "5", "x"}), HasSubstr("'x' is not expected here"));
+}
+
+}  // namespace
+}  // namespace topoctl
