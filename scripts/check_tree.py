@@ -97,8 +97,9 @@ PREFIXES = [
 ]
 
 ORB_NAME = re.compile(r"(?<![A-Za-z0-9_])(?:-D)?TAO_|ACE_TAO|(?<![A-Za-z])(?:lib)?omni", re.IGNORECASE)
-# The last three tell people or apt which packages there are, and what is looked for.
-ORB_NAMES_ALLOWED = ("orb/", "cmake/", "docs/", "README.md", "scripts/packages.txt",
+# examples/ has clients for the ORBs of Debian's packages. The last three tell people or apt which packages there
+# are, and what is looked for.
+ORB_NAMES_ALLOWED = ("orb/", "cmake/", "docs/", "examples/", "README.md", "scripts/packages.txt",
                      "scripts/check_tree.py")
 # Keys that come from outside need a salted table. Pointers and the agent's own object keys do not.
 ADDED_TEST = re.compile(r"add_test\(\s*NAME\s+(\S+)")
