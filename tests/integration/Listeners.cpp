@@ -271,6 +271,8 @@ void EventService::start(bool first) {
                                         directory_.path().string(),
                                         "-t",
                                         directory_.file("trace"),
+                                        "-ORBserverTransportRule",
+                                        "127.0.0.1 tcp",
                                         "-ORBendPointPublish",
                                         "giop:tcp:127.0.0.1:"};
   if (first) {

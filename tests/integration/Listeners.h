@@ -137,11 +137,13 @@ class ChannelListener {
   PortableServer::ObjectId_var id_;
 };
 
-// A running event service with one channel, which survives a kill and a restart.
+// A running event service with one channel, which survives a kill and a restart. The service has
+// the options of docs/operations.md and serves clients of the address 127.0.0.1 only.
 class EventService {
  public:
   EventService();
 
+  const std::string& endpoint() const { return endpoint_; }
   std::string reference() const { return "corbaloc::" + endpoint_ + "/TopoEvents"; }
   CosEventChannelAdmin::EventChannel_var channel(Client& client) const;
 

@@ -13,6 +13,7 @@
 #include "idl/NotificationLayout.h"
 #include "orb/naming.h"
 #include "tests/integration/Listeners.h"
+#include "tests/unit/orb/RawClient.h"
 
 namespace integration {
 namespace {
@@ -411,6 +412,19 @@ TEST(EventChannel, DeliversTheFieldsOfASubscription) {
   EventService events;
   ChannelListener listener(client, events.channel(client));
   expectSameEvents(client, listener, events.reference());
+}
+
+TEST(EventChannel, IsClosedToOtherAddressesWithTheDocumentedOptions) {
+  const EventService events;
+  const std::string port = events.endpoint().substr(events.endpoint().find(':') + 1);
+  const orb::Endpoint endpoint{"127.0.0.1", static_cast<std::uint16_t>(std::stoi(port))};
+  const std::string request = orb_tests::requestTo("TopoEvents", "_non_existent").bytes();
+  const orb_tests::RawClient local(endpoint);
+  local.send(request);
+  EXPECT_TRUE(local.answer());
+  const orb_tests::RawClient other(endpoint, 0, INADDR_LOOPBACK + 1);  // 127.0.0.2
+  other.send(request);
+  EXPECT_TRUE(other.isClosedByPeer());
 }
 
 // --- Outages of an event channel.

@@ -83,14 +83,20 @@ inline Message requestTo(const std::string& key, const std::string& operation) {
 
 class RawClient {
  public:
-  // `receiveBuffer` in bytes; 0: the system's default.
-  explicit RawClient(const orb::Endpoint& endpoint, int receiveBuffer = 0)
+  // `receiveBuffer` in bytes; 0: the system's default. `source`: the client's own IPv4
+  // address; INADDR_ANY: the system's choice.
+  explicit RawClient(const orb::Endpoint& endpoint, int receiveBuffer = 0,
+                     in_addr_t source = INADDR_ANY)
       : socket_(socket(AF_INET, SOCK_STREAM, 0)) {
     if (receiveBuffer > 0) {
       setsockopt(socket_, SOL_SOCKET, SO_RCVBUF, &receiveBuffer, sizeof receiveBuffer);
     }
     sockaddr_in address{};
     address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(source);
+    if (source != INADDR_ANY) {
+      static_cast<void>(bind(socket_, reinterpret_cast<sockaddr*>(&address), sizeof address));
+    }
     address.sin_port = htons(endpoint.port);
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     // If the connection fails, the first send or receive fails.
