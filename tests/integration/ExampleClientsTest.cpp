@@ -101,6 +101,14 @@ TEST_F(ExampleClients, CppClientWithoutUtf8AsDefaultCodeSetCannotSendATextBeyond
   EXPECT_EQ("DATA_CONVERSION\n", ended.err);
 }
 
+TEST_F(ExampleClients, CppClientWithoutUtf8AsDefaultCodeSetLosesTheReplyWithATextBeyondLatin1) {
+  runTopoctl({"--ior-file", agent_.iorFile(), "node", "rename", "Europe", "10 kΩ"});
+  const Ended ended = runCpp(agent_, {"list", "-ORBdefaultCharCodeSet", "ISO-8859-1"});
+  EXPECT_EQ(2, ended.status);
+  EXPECT_THAT(ended.err, HasSubstr("COMM_FAILURE"));
+  EXPECT_EQ(0, runCpp(agent_, {"list"}).status);
+}
+
 TEST_F(ExampleClients, CppClientPrintsTheReasonOfARefusal) {
   const Ended ended = runCpp(agent_, kSetMissing);
   EXPECT_EQ(3, ended.status);
