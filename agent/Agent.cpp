@@ -107,7 +107,7 @@ class Agent::Parts final : private AgentControl {
                      new SessionServant(notifier_, tmfAccess(options.eventAccess)));
     if (options.console) {
       console_.emplace(*server_, object_key::kConsole,
-                       new ConsoleServant(nodes_, inventory_, backups_, *this),
+                       new ConsoleServant(nodes_, inventory_, attributes_, backups_, *this),
                        [this](const orb::Request& request) { return imports_.admit(request); });
     }
     publication_.emplace(*server_, manager_.in(), options, stopRequested);

@@ -96,6 +96,15 @@ void moveInto(NVSList_T& list, NVSList_T& from) {
   list.replace(maximum, length, from.get_buffer(true), true);
 }
 
+NVSList_T withEms(const NVSList_T& pair, const std::string& ems) {
+  NVSList_T name;
+  name.length(2);
+  name[0].name = tmf::kEms;
+  name[0].value = duplicate(ems);
+  name[1] = pair[0];
+  return name;
+}
+
 }  // namespace
 
 AttributeService::AttributeService(std::string ems, NetworkWriter& writer)
@@ -165,6 +174,24 @@ Outcome AttributeService::reset(const NVSList_T& name) {
         change.commit(NetworkModel::prepareAttributeRemoval(key));
         return Outcome();
       });
+}
+
+Result<ObjectDetails> AttributeService::details(const NVSList_T& name) const {
+  try {
+    const NVSList_T whole = name.length() == 1 ? withEms(name, ems_) : name;
+    const Result<ObjectKey> key = resolve(whole);
+    if (!key.ok()) {
+      return key.outcome();
+    }
+    auto [owner, info] = writer_.attributesOf(key.value());
+    auto view = writer_.model().object(key.value());
+    if (!view) {
+      return checkExists(key.value(), whole);
+    }
+    return ObjectDetails{key.value(), std::move(*view), std::move(owner), std::move(info)};
+  } catch (const std::exception& failure) {
+    return internalError([&] { return formatName(name); }, failure.what());
+  }
 }
 
 // Runs check() without the turn of a change, then apply(key, change) with the turn. Returns the

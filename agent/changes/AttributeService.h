@@ -16,6 +16,14 @@
 
 namespace agent {
 
+// Everything that is stored about an object.
+struct ObjectDetails {
+  ObjectKey key;
+  ObjectView view;
+  std::string owner;
+  InfoPairs info;
+};
+
 // Changes one attribute per call. After a success the change is in the store and in the model; a
 // failure changes nothing. Object names are the names of ManagedObjects.h.
 //
@@ -55,6 +63,11 @@ class AttributeService {
 
   // Removes user label, owner and additional information.
   Outcome reset(const globaldefs::NVSList_T& name);
+
+  // The name of an object may lack the pair "EMS".
+  Result<ObjectDetails> details(const globaldefs::NVSList_T& name) const;
+
+  const std::string& ems() const { return ems_; }
 
  private:
   template <typename Check, typename Apply>

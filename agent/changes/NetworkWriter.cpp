@@ -2,6 +2,7 @@
 
 #include <utility>
 #include <variant>
+#include <vector>
 
 #include "platform/event/EventMgr.h"
 
@@ -10,22 +11,28 @@ namespace {
 
 struct Event {
   int id = 0;
-  std::vector<NS_DOMAIN::TopoNode_T> nodes;  // empty for a change without an event
+  std::vector<NS_DOMAIN::TopoNode_T> nodes;  // an event without nodes is not raised
 };
 
-Event eventOf(NetworkChange change) {
+// The events of a change, in their order.
+std::vector<Event> eventsOf(NetworkChange change) {
   if (auto* const addition = std::get_if<NetworkAddition>(&change)) {
-    return {EVENT_TOPO_NODE_CREATED, std::move(addition->network.topoNodes)};
+    return {{EVENT_TOPO_NODE_CREATED, std::move(addition->network.topoNodes)}};
   }
   if (auto* const removal = std::get_if<NetworkRemoval>(&change)) {
-    return {EVENT_TOPO_NODE_DELETED, std::move(removal->nodes)};
+    return {{EVENT_TOPO_NODE_DELETED, std::move(removal->nodes)}};
+  }
+  if (auto* const replacement = std::get_if<NetworkReplacement>(&change)) {
+    return {{EVENT_TOPO_NODE_DELETED, std::move(replacement->deletedNodes)},
+            {EVENT_TOPO_NODE_CREATED, std::move(replacement->createdNodes)},
+            {EVENT_TOPO_NODE_CHANGED, std::move(replacement->changedNodes)}};
   }
   if (auto* const renaming = std::get_if<NetworkRenaming>(&change)) {
-    return {EVENT_TOPO_NODE_CHANGED, std::move(renaming->nodes)};
+    return {{EVENT_TOPO_NODE_CHANGED, std::move(renaming->nodes)}};
   }
   if (auto* const update = std::get_if<RecordUpdate>(&change)) {
     if (auto* const node = std::get_if<NS_DOMAIN::TopoNode_T>(&update->record)) {
-      return {EVENT_TOPO_NODE_CHANGED, {std::move(*node)}};
+      return {{EVENT_TOPO_NODE_CHANGED, {std::move(*node)}}};
     }
   }
   return {};
@@ -35,6 +42,11 @@ Event eventOf(NetworkChange change) {
 
 NetworkWriter::NetworkWriter(NetworkStore& store, NetworkModel& model, RaiseEvent raise)
     : store_(store), model_(model), raise_(std::move(raise)) {}
+
+std::pair<std::string, InfoPairs> NetworkWriter::attributesOf(const ObjectKey& key) {
+  const MutexLock lock(mutex_);
+  return {store_.ownerOf(key), store_.additionalInfoOf(key)};
+}
 
 std::unique_ptr<StoreCopy> NetworkWriter::beginCopy() {
   const MutexLock lock(mutex_);
@@ -107,8 +119,10 @@ void NetworkWriter::Change::raise(std::uint64_t number, NetworkChange change) no
     return;
   }
   try {
-    if (auto event = eventOf(std::move(change)); !event.nodes.empty()) {
-      writer_.raise_(number, event.id, std::move(event.nodes));
+    for (Event& event : eventsOf(std::move(change))) {
+      if (!event.nodes.empty()) {
+        writer_.raise_(number, event.id, std::move(event.nodes));
+      }
     }
   } catch (...) {
     return;

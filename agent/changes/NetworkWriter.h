@@ -11,6 +11,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "agent/base/Cancellation.h"
@@ -28,10 +29,10 @@ namespace agent {
 // else uses the store or changes the model. Errors: StoreError and Cancelled, thrown.
 class NetworkWriter {
  public:
-  // Receives the event of each change after the commit, when the model shows the change, and before
-  // the next change begins. change is the number of the change (NetworkStore::lastChange). The
-  // function queues the event and returns; it does not call the writer or the services that use the
-  // writer. Exceptions are ignored, because the change is committed already.
+  // Receives the events of each change after the commit, when the model shows the change, and
+  // before the next change begins. change is the number of the change (NetworkStore::lastChange).
+  // The function queues the event and returns; it does not call the writer or the services that use
+  // the writer. Exceptions are ignored, because the change is committed already.
   using RaiseEvent = std::function<void(std::uint64_t change, int eventId,
                                         std::vector<NS_DOMAIN::TopoNode_T> nodes)>;
 
@@ -41,6 +42,10 @@ class NetworkWriter {
   NetworkWriter& operator=(const NetworkWriter&) = delete;
 
   const NetworkModel& model() const { return model_; }
+
+  // The owner and the additional information of an object, in the store. Waits for the change in
+  // progress, but not for a pause.
+  std::pair<std::string, InfoPairs> attributesOf(const ObjectKey& key);
 
   // Begins, continues and ends a copy of the store. Each call waits for the change in progress, but
   // not for a pause. Changes may be committed between the calls. continueCopy returns true when the

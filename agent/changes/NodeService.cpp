@@ -40,10 +40,11 @@ Outcome checkRecords(const Network& network, Check check) {
 
 // --- Checks of texts. Network files of the native format pass them, other sources may not.
 
-// Checks the texts of one record; a failure names the record and the field.
+// Checks the texts of one record; a failure names the place of the field. Borrows the places.
 class TextChecker {
  public:
-  TextChecker(const char* list, std::size_t index) : list_(list), index_(index) {}
+  TextChecker(const NetworkPlaces& places, const char* list, std::size_t index)
+      : places_(places), list_(list), index_(index) {}
 
   Outcome check(const TopoNode_T& node) const {
     Outcome outcome =
@@ -53,7 +54,7 @@ class TextChecker {
       outcome = first({{".attributes", pair->first}, {".attributes", pair->second}});
     }
     if (outcome.ok() && node.nodeId.empty()) {
-      return {kInvalidName, placeOf(list_, index_, ".id") + " must not be empty"};
+      return {kInvalidName, places_.of(list_, index_, ".id") + ": must not be empty"};
     }
     return outcome;
   }
@@ -86,30 +87,31 @@ class TextChecker {
     for (const Field& field : fields) {
       const std::string problem = problemWith(field.text);
       if (!problem.empty()) {
-        return {kInvalidName, placeOf(list_, index_, field.name) + ' ' + problem};
+        return {kInvalidName, places_.of(list_, index_, field.name) + ": " + problem};
       }
     }
     return {};
   }
 
+  const NetworkPlaces& places_;
   const char* const list_;
   const std::size_t index_;
 };
 
-Outcome checkTexts(const Network& network) {
-  if (Outcome ems = checkText("ems", network.ems); !ems.ok()) {
-    return ems;
+Outcome checkTexts(const Network& network, const NetworkPlaces& places) {
+  if (const std::string problem = problemWith(network.ems); !problem.empty()) {
+    return {kInvalidName, "ems: " + problem};
   }
-  return checkRecords(network, [](const auto& record, std::size_t index, const char* list) {
-    return TextChecker(list, index).check(record);
+  return checkRecords(network, [&](const auto& record, std::size_t index, const char* list) {
+    return TextChecker(places, list, index).check(record);
   });
 }
 
-Outcome checkNewNetwork(const Network& network) {
-  if (Outcome texts = checkTexts(network); !texts.ok()) {
+Outcome checkNewNetwork(const Network& network, const ImportOptions& options) {
+  if (Outcome texts = checkTexts(network, options.places); !texts.ok()) {
     return texts;
   }
-  const Outcome relations = checkPart(network);
+  const Outcome relations = options.replace ? checkNetwork(network) : checkPart(network);
   return relations.ok() ? Outcome() : Outcome{kInvalidName, relations.reason};
 }
 
@@ -128,18 +130,20 @@ Outcome checkObject(const TopoNode_T& node, const NetworkModel& model, const std
   return {kAlreadyExists, place + problemWithSharedObject(node.nodeId, *object, nodeNamed(*other))};
 }
 
-Outcome checkObjects(const Network& network, const NetworkModel& model) {
+Outcome checkObjects(const Network& network, const NetworkModel& model,
+                     const NetworkPlaces& places) {
   Outcome outcome;
   for (std::size_t i = 0; outcome.ok() && i < network.topoNodes.size(); ++i) {
-    outcome = checkObject(network.topoNodes[i], model, placeOf("topoNodes", i, ".id") + ": ");
+    outcome = checkObject(network.topoNodes[i], model, places.of("topoNodes", i, ".id") + ": ");
   }
   return outcome;
 }
 
-// Finds records of a network that the model has already. Borrows the model.
+// Finds records of a network that the model has already. Borrows the model and the places.
 class Duplicates {
  public:
-  explicit Duplicates(const NetworkModel& model) : model_(model) {}
+  Duplicates(const NetworkModel& model, const NetworkPlaces& places)
+      : model_(model), places_(places) {}
 
   Outcome check(const Network& network) const {
     return checkRecords(
@@ -148,7 +152,7 @@ class Duplicates {
             return {};
           }
           return {kAlreadyExists,
-                  placeOf(list, index) + ": " + description(record) + " exists already"};
+                  places_.of(list, index) + ": " + description(record) + " exists already"};
         });
   }
 
@@ -180,10 +184,12 @@ class Duplicates {
   }
 
   const NetworkModel& model_;
+  const NetworkPlaces& places_;
 };
 
 // The parent of every node is a root marker, a node of the network or a node of the model.
-Outcome checkParents(const Network& network, const NetworkModel& model) {
+Outcome checkParents(const Network& network, const NetworkModel& model,
+                     const NetworkPlaces& places) {
   salted::Set<std::string_view> ids;
   ids.reserve(network.topoNodes.size());
   for (const TopoNode_T& node : network.topoNodes) {
@@ -193,7 +199,7 @@ Outcome checkParents(const Network& network, const NetworkModel& model) {
     const std::string& parent = network.topoNodes[i].parentId;
     if (!isRootMarker(parent) && ids.count(parent) == 0 && !model.hasTopoNode(parent)) {
       return {kEntityNotFound,
-              placeOf("topoNodes", i, ".parent") + ": " + inQuotes(parent) + " does not exist"};
+              places.of("topoNodes", i, ".parent") + ": " + inQuotes(parent) + " does not exist"};
     }
   }
   return {};
@@ -388,10 +394,21 @@ Outcome updateNode(NetworkWriter& writer, const std::string& id, Set set) {
   return checked;
 }
 
-Outcome checkImport(const Network& network, const NetworkModel& model) {
-  Outcome outcome = Duplicates(model).check(network);
-  outcome = outcome.ok() ? checkObjects(network, model) : outcome;
-  return outcome.ok() ? checkParents(network, model) : outcome;
+Outcome checkAddition(const Network& network, const NetworkModel& model,
+                      const NetworkPlaces& places) {
+  Outcome outcome = Duplicates(model, places).check(network);
+  outcome = outcome.ok() ? checkObjects(network, model, places) : outcome;
+  return outcome.ok() ? checkParents(network, model, places) : outcome;
+}
+
+ImportSummary countsOf(const Network& network) {
+  return {network.topoNodes.size(), network.networkElements.size(), network.clockPositions.size(),
+          network.clockLinks.size(), network.objectLabels.size()};
+}
+
+PreparedChange prepareImport(Network network, NetworkModel& model, const ImportOptions& options) {
+  return options.replace ? model.prepareReplacement(std::move(network))
+                         : model.prepareAddition(std::move(network));
 }
 
 }  // namespace
@@ -478,28 +495,28 @@ Outcome NodeService::change(const std::string& id, const NodeFields& fields) {
                    });
 }
 
-Outcome NodeService::import(Network network, ImportSummary& summary) {
+Outcome NodeService::import(Network network, ImportSummary& summary, const ImportOptions& options) {
   summary = {};
-  return outcomeOf(
-      [] { return std::string("the import"); },
-      [&] {
-        Outcome checked = checkNewNetwork(network);
-        if (!checked.ok()) {
-          return checked;
-        }
-        clearUnstored(network);
-        const ImportSummary counts = {network.topoNodes.size(), network.networkElements.size(),
-                                      network.clockPositions.size(), network.clockLinks.size(),
-                                      network.objectLabels.size()};
-        NetworkWriter::Change change(writer_);
-        cancellation_.throwIfRequested();
-        checked = checkImport(network, change.model());
-        if (checked.ok()) {
-          change.commit(change.model().prepareAddition(std::move(network)), cancellation_);
-          summary = counts;
-        }
-        return checked;
-      });
+  return outcomeOf([] { return std::string("the import"); },
+                   [&] {
+                     Outcome checked = checkNewNetwork(network, options);
+                     if (!checked.ok()) {
+                       return checked;
+                     }
+                     clearUnstored(network);
+                     const ImportSummary counts = countsOf(network);
+                     NetworkWriter::Change change(writer_);
+                     cancellation_.throwIfRequested();
+                     if (!options.replace) {
+                       checked = checkAddition(network, change.model(), options.places);
+                     }
+                     if (checked.ok() && !options.dryRun) {
+                       change.commit(prepareImport(std::move(network), change.model(), options),
+                                     cancellation_);
+                     }
+                     summary = checked.ok() ? counts : ImportSummary();
+                     return checked;
+                   });
 }
 
 }  // namespace agent

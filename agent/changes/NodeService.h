@@ -15,6 +15,7 @@
 #include "agent/base/OperationResult.h"
 #include "agent/changes/NetworkWriter.h"
 #include "agent/network/Network.h"
+#include "agent/network/NetworkPlaces.h"
 
 namespace agent {
 
@@ -25,6 +26,12 @@ struct ImportSummary {
   std::size_t clockPositions = 0;
   std::size_t clockLinks = 0;
   std::size_t objectLabels = 0;
+};
+
+struct ImportOptions {
+  bool replace = false;  // the network replaces the served network
+  bool dryRun = false;   // checks and counts, and changes nothing
+  NetworkPlaces places;  // for failures
 };
 
 // The fields that a change of a node replaces. An empty field stays as it is.
@@ -88,7 +95,12 @@ class NodeService {
   // Parents may be nodes of both networks. The name of the managing system is stored only if the
   // store has no such name, and is used from the next start. Raises EVENT_TOPO_NODE_CREATED with
   // all added nodes, in their order.
-  Outcome import(Network network, ImportSummary& summary);
+  //
+  // With options.replace the network replaces the served network instead: it has the order and the
+  // marks of a first load. What is stored about an object (label, owner, additional information)
+  // goes with an object that the network does not have, and labels are those of the network. Raises
+  // EVENT_TOPO_NODE_DELETED, _CREATED and _CHANGED, in this order, with the nodes that differ.
+  Outcome import(Network network, ImportSummary& summary, const ImportOptions& options = {});
 
  private:
   NetworkWriter& writer_;

@@ -2,14 +2,17 @@
 
 #include <algorithm>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
 
+#include "agent/base/FailureCodes.h"
 #include "agent/base/OperationResult.h"
 #include "agent/base/PrintableText.h"
 #include "agent/console/ConsoleOperation.h"
 #include "agent/console/NodeRecords.h"
+#include "agent/console/ObjectDetails.h"
 #include "agent/formats/NetworkReader.h"
 
 namespace agent {
@@ -45,6 +48,32 @@ std::string noSubject() {
   return "";
 }
 
+std::optional<GraphmlNumbering> numberingOf(const TopoAgent::ImportOptions_T& options) {
+  return options.firstElement == 0
+             ? std::nullopt
+             : std::optional(GraphmlNumbering{std::int32_t{options.firstElement}});
+}
+
+// The reason of a failure that the file causes begins with the name of the file.
+Outcome importFile(NodeService& nodes, const char* fileName, std::string_view content,
+                   const TopoAgent::ImportOptions_T& options, ImportSummary& summary) {
+  constexpr std::size_t kMostNameBytes = 4096;
+  if (options.firstElement < 0) {
+    return {kInvalidInput, "the number of the first element must be from 1 to 2147483647"};
+  }
+  Result<PlacedNetwork> file =
+      readNetwork(fileName, content, numberingOf(options), nodes.cancellation());
+  if (!file.ok()) {
+    return file.outcome();
+  }
+  Outcome outcome = nodes.import(std::move(file.value().network), summary,
+                                 {options.replace, options.dryRun, std::move(file.value().places)});
+  if (!outcome.ok() && outcome.code != kInternalError) {
+    outcome.reason.insert(0, printable(fileName, kMostNameBytes) + ": ");
+  }
+  return outcome;
+}
+
 CORBA::ULong countOf(std::size_t count) {
   return static_cast<CORBA::ULong>(count);
 }
@@ -71,18 +100,36 @@ void ConsoleServant::renameNode(const char* id, const char* name) {
       [&] { return nodes_.rename(id, name); });
 }
 
-TopoAgent::ImportSummary_T ConsoleServant::importNetwork(const char* fileName,
-                                                         const TopoAgent::Content_T& content) {
+TopoAgent::ObjectDetails_T* ConsoleServant::getObject(const globaldefs::NVSList_T& name) {
+  TopoAgent::ObjectDetails_T_var result;
+  perform("getObject", [&] {
+    const Result<ObjectDetails> details = attributes_.details(name);
+    if (details.ok()) {
+      result = new TopoAgent::ObjectDetails_T(tmfDetails(details.value(), attributes_.ems()));
+    }
+    return details.outcome();
+  });
+  return result._retn();
+}
+
+TopoAgent::ImportSummary_T ConsoleServant::importNetwork(
+    const char* fileName, const TopoAgent::Content_T& content,
+    const TopoAgent::ImportOptions_T& options) {
   ImportSummary summary;
-  performChange(
-      "importNetwork",
-      [&] { return inQuotes(fileName) + ", " + std::to_string(summary.topoNodes) + " nodes"; },
-      [&] {
-        Result<Network> network =
-            readNetwork(fileName, contentText(content), nodes_.cancellation());
-        return network.ok() ? nodes_.import(std::move(network.value()), summary)
-                            : network.outcome();
-      });
+  const auto work = [&] {
+    return importFile(nodes_, fileName, contentText(content), options, summary);
+  };
+  if (options.dryRun) {
+    perform("importNetwork", work);
+  } else {
+    performChange(
+        "importNetwork",
+        [&] {
+          return inQuotes(fileName) + ", " + std::to_string(summary.topoNodes) + " nodes" +
+                 (options.replace ? ", in place of all" : "");
+        },
+        work);
+  }
   return {countOf(summary.topoNodes), countOf(summary.networkElements),
           countOf(summary.clockPositions), countOf(summary.clockLinks),
           countOf(summary.objectLabels)};

@@ -3,6 +3,7 @@
 #ifndef AGENT_CONSOLE_CONSOLESERVANT_H
 #define AGENT_CONSOLE_CONSOLESERVANT_H
 
+#include "agent/changes/AttributeService.h"
 #include "agent/changes/Backups.h"
 #include "agent/changes/InventoryService.h"
 #include "agent/changes/NodeService.h"
@@ -19,9 +20,13 @@ namespace agent {
 // logged.
 class ConsoleServant final : public POA_TopoAgent::Console_I {
  public:
-  ConsoleServant(NodeService& nodes, InventoryService& inventory, Backups& backups,
-                 AgentControl& control)
-      : nodes_(nodes), inventory_(inventory), backups_(backups), control_(control) {}
+  ConsoleServant(NodeService& nodes, InventoryService& inventory, AttributeService& attributes,
+                 Backups& backups, AgentControl& control)
+      : nodes_(nodes),
+        inventory_(inventory),
+        attributes_(attributes),
+        backups_(backups),
+        control_(control) {}
 
   void createNode(const TopoAgent::NewNode_T& node) override;
   CORBA::ULong deleteNode(const char* id) override;
@@ -44,8 +49,10 @@ class ConsoleServant final : public POA_TopoAgent::Console_I {
   void deleteClockLink(const char* id) override;
   void setLabel(CORBA::Long type, const char* id, const char* label) override;
   void deleteLabel(CORBA::Long type, const char* id) override;
+  TopoAgent::ObjectDetails_T* getObject(const globaldefs::NVSList_T& name) override;
   TopoAgent::ImportSummary_T importNetwork(const char* fileName,
-                                           const TopoAgent::Content_T& content) override;
+                                           const TopoAgent::Content_T& content,
+                                           const TopoAgent::ImportOptions_T& options) override;
   CORBA::ULongLong beginBackup() override;
   TopoAgent::BackupPart_T* continueBackup(CORBA::ULongLong backup) override;
   void endBackup(CORBA::ULongLong backup) override;
@@ -56,6 +63,7 @@ class ConsoleServant final : public POA_TopoAgent::Console_I {
  private:
   NodeService& nodes_;
   InventoryService& inventory_;
+  AttributeService& attributes_;
   Backups& backups_;
   AgentControl& control_;
 };

@@ -1,6 +1,7 @@
 #include "agent/formats/GraphmlNetwork.h"
 
 #include <cstring>
+#include <limits>
 #include <pugixml.hpp>
 #include <utility>
 #include <vector>
@@ -130,7 +131,7 @@ std::int32_t degrees(const std::string& text, const std::string& place) {
   return *thousandths;
 }
 
-std::string elementId(std::size_t number) {
+std::string elementId(std::int32_t number) {
   return "NE=" + std::to_string(number);
 }
 
@@ -138,8 +139,9 @@ std::string elementId(std::size_t number) {
 class GraphReader {
  public:
   GraphReader(pugi::xml_node root, const std::string& baseName, std::size_t fileBytes,
-              const Cancellation& cancellation)
+              std::optional<GraphmlNumbering> numbering, const Cancellation& cancellation)
       : cancellation_(cancellation),
+        numbering_(numbering),
         texts_(fileBytes),
         graph_(root.child("graph")),
         graphLabel_(dataKey(root, "graph", "label")),
@@ -151,7 +153,7 @@ class GraphReader {
     readGraph(baseName);
   }
 
-  Network read() {
+  PlacedNetwork read() {
     for (const pugi::xml_node node : graph_.children("node")) {
       addNode(node);
     }
@@ -162,7 +164,7 @@ class GraphReader {
     auto& nodes = network_.topoNodes;
     nodes.insert(nodes.end(), std::make_move_iterator(elements_.begin()),
                  std::make_move_iterator(elements_.end()));
-    return std::move(network_);
+    return {std::move(network_), NetworkPlaces::inGraphml(std::move(firstNodes_))};
   }
 
  private:
@@ -201,18 +203,19 @@ class GraphReader {
     std::string id = network_.ems + '/' + country;
     if (const auto [known, isNew] = countries_.emplace(country, id); isNew) {
       addSubnetwork(id, country, network_.ems);
+      firstNodes_.push_back(elements_.size() - 1);
     }
     return id;
   }
 
   void addNode(pugi::xml_node node) {
     cancellation_.throwIfRequested();
-    const std::size_t number = elements_.size() + 1;
-    const std::string place = "node[" + std::to_string(elements_.size()) + ']';
+    const std::string place = placeOf("node", elements_.size());
+    const std::int32_t number = nextNumber(place);
     if (node.child("graph")) {
       throw ParseError(place, "has a graph of its own, which is not supported");
     }
-    requireNewId(node, place, number);
+    requireNewId(node, place);
 
     NS_DOMAIN::TopoNode_T& element = elements_.emplace_back();
     element.nodeId = elementId(number);
@@ -225,21 +228,32 @@ class GraphReader {
     addRecords(number, element.nativeName);
   }
 
-  void requireNewId(pugi::xml_node node, const std::string& place, std::size_t number) {
+  // The number of the next element.
+  std::int32_t nextNumber(const std::string& place) const {
+    constexpr std::int64_t kMost = std::numeric_limits<std::int32_t>::max();
+    const std::int64_t first = numbering_ ? numbering_->firstElement : 1;
+    const std::int64_t number = first + static_cast<std::int64_t>(elements_.size());
+    if (number > kMost) {
+      throw ParseError(place, "its element would have a number over " + std::to_string(kMost));
+    }
+    return static_cast<std::int32_t>(number);
+  }
+
+  void requireNewId(pugi::xml_node node, const std::string& place) {
     const pugi::xml_attribute id = node.attribute("id");
     if (!id) {
       throw ParseError(place + ".id", "is missing");
     }
-    const auto [known, isNew] = numbers_.emplace(id.value(), number);
+    const auto [known, isNew] = indexes_.emplace(id.value(), elements_.size());
     if (!isNew) {
-      throw ParseError(place + ".id", inQuotes(id.value()) + " is already that of node[" +
-                                          std::to_string(known->second - 1) + ']');
+      throw ParseError(place + ".id", inQuotes(id.value()) + " is already that of " +
+                                          placeOf("node", known->second));
     }
   }
 
   // Adds the network element and the clock position of a node.
-  void addRecords(std::size_t number, const std::string& label) {
-    network_.networkElements.push_back({static_cast<std::int32_t>(number), label, true});
+  void addRecords(std::int32_t number, const std::string& label) {
+    network_.networkElements.push_back({number, label, true});
     NS_DOMAIN::ClockPositionInfo_T& position = network_.clockPositions.emplace_back();
     position.reference = elementId(number);
     position.label = label;
@@ -254,23 +268,24 @@ class GraphReader {
     const std::string type = checkedData(edge, linkType_, place);
 
     NS_DOMAIN::ClockTopoLinkInfo_T& link = network_.clockLinks.emplace_back();
-    const std::string& sourceName = elements_[source - 1].nativeName;
-    const std::string& targetName = elements_[target - 1].nativeName;
-    texts_.take(sourceName.size() + targetName.size(), place);
-    link.linkId = 'e' + index;
-    link.nativeName = (type.empty() ? "link" : type) + '/' + sourceName + '-' + targetName;
-    link.aEndReference = elementId(source);
-    link.zEndReference = elementId(target);
+    const NS_DOMAIN::TopoNode_T& a = elements_[source];
+    const NS_DOMAIN::TopoNode_T& z = elements_[target];
+    const std::string prefix = numbering_ ? network_.ems + '/' : "";
+    texts_.take(a.nativeName.size() + z.nativeName.size() + prefix.size(), place);
+    link.linkId = prefix + 'e' + index;
+    link.nativeName = (type.empty() ? "link" : type) + '/' + a.nativeName + '-' + z.nativeName;
+    link.aEndReference = a.nodeId;
+    link.zEndReference = z.nodeId;
   }
 
-  // The number of the element at one end of an edge.
+  // The index of the element at one end of an edge.
   std::size_t endOf(pugi::xml_node edge, const char* end, const std::string& place) const {
     const pugi::xml_attribute id = edge.attribute(end);
     if (!id) {
       throw ParseError(place + '.' + end, "is missing");
     }
-    const auto found = numbers_.find(id.value());
-    if (found == numbers_.end()) {
+    const auto found = indexes_.find(id.value());
+    if (found == indexes_.end()) {
       throw ParseError(place + '.' + end, inQuotes(id.value()) + " is no node of the graph");
     }
     return found->second;
@@ -285,6 +300,7 @@ class GraphReader {
   }
 
   const Cancellation& cancellation_;
+  const std::optional<GraphmlNumbering> numbering_;
   TextBudget texts_;
 
   const pugi::xml_node graph_;
@@ -298,7 +314,8 @@ class GraphReader {
   Network network_;                                  // topoNodes has only subnetworks until read()
   std::vector<NS_DOMAIN::TopoNode_T> elements_;      // appended to the subnetworks by read()
   salted::Map<std::string, std::string> countries_;  // name, subnetwork id
-  salted::Map<std::string, std::size_t> numbers_;    // id in the file, element number
+  salted::Map<std::string, std::size_t> indexes_;    // id in the file, index in elements_
+  std::vector<std::size_t> firstNodes_;              // of the countries, as indexes in elements_
 };
 
 // The root element. Fails unless the root has exactly one graph.
@@ -317,11 +334,12 @@ pugi::xml_node rootOf(const pugi::xml_document& document) {
 
 }  // namespace
 
-Network readGraphmlNetwork(std::string_view text, const std::string& baseName,
-                           const Cancellation& cancellation) {
+PlacedNetwork readGraphmlNetwork(std::string_view text, const std::string& baseName,
+                                 std::optional<GraphmlNumbering> numbering,
+                                 const Cancellation& cancellation) {
   pugi::xml_document document;
   parse(document, text);
-  return GraphReader(rootOf(document), baseName, text.size(), cancellation).read();
+  return GraphReader(rootOf(document), baseName, text.size(), numbering, cancellation).read();
 }
 
 }  // namespace agent

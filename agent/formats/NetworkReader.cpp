@@ -80,8 +80,9 @@ Outcome checkText(std::string_view content) {
 using Check = Outcome (*)(const Network&);
 
 // Throws ParseError and Cancelled.
-Result<Network> parse(std::string_view content, const std::string& baseName, Check check,
-                      const Cancellation& cancellation) {
+Result<PlacedNetwork> parse(std::string_view content, const std::string& baseName, Check check,
+                            std::optional<GraphmlNumbering> numbering,
+                            const Cancellation& cancellation) {
   if (content.substr(0, kByteOrderMark.size()) == kByteOrderMark) {
     content.remove_prefix(kByteOrderMark.size());
   }
@@ -93,13 +94,16 @@ Result<Network> parse(std::string_view content, const std::string& baseName, Che
     return checked;
   }
   if (content[first] == '<') {
-    return readGraphmlNetwork(content, baseName, cancellation);
+    return readGraphmlNetwork(content, baseName, numbering, cancellation);
+  }
+  if (numbering) {
+    return unreadable("is no GraphML, whose elements could be numbered");
   }
   Network network = readJsonNetwork(content, cancellation);
   if (Outcome checked = check(network); !checked.ok()) {
     return checked;
   }
-  return Result<Network>(std::move(network));
+  return PlacedNetwork{std::move(network), {}};
 }
 
 Outcome failureOf(const std::string& name, const std::string& reason) {
@@ -109,9 +113,9 @@ Outcome failureOf(const std::string& name, const std::string& reason) {
 
 // Runs a reader and puts the name of the file before the reason of a failure.
 template <typename Read>
-Result<Network> readAs(const std::string& name, Read read) {
+Result<PlacedNetwork> readAs(const std::string& name, Read read) {
   try {
-    Result<Network> network = read();
+    Result<PlacedNetwork> network = read();
     if (network.ok()) {
       return network;
     }
@@ -128,19 +132,26 @@ Result<Network> readAs(const std::string& name, Read read) {
 }  // namespace
 
 Result<Network> readNetworkFile(const std::filesystem::path& file) {
-  return readAs(file.string(), [&]() -> Result<Network> {
+  Result<PlacedNetwork> read = readAs(file.string(), [&]() -> Result<PlacedNetwork> {
     Result<std::string> content = contentOf(file);
     if (!content.ok()) {
       return content.outcome();
     }
-    return parse(content.value(), file.stem().string(), checkNetwork, Cancellation::none());
+    return parse(content.value(), file.stem().string(), checkNetwork, std::nullopt,
+                 Cancellation::none());
   });
+  if (!read.ok()) {
+    return read.outcome();
+  }
+  return std::move(read.value().network);
 }
 
-Result<Network> readNetwork(const std::string& name, std::string_view content,
-                            const Cancellation& cancellation) {
+Result<PlacedNetwork> readNetwork(const std::string& name, std::string_view content,
+                                  std::optional<GraphmlNumbering> numbering,
+                                  const Cancellation& cancellation) {
   return readAs(name, [&] {
-    return parse(content, std::filesystem::path(name).stem().string(), checkPart, cancellation);
+    return parse(content, std::filesystem::path(name).stem().string(), checkPart, numbering,
+                 cancellation);
   });
 }
 

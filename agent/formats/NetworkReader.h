@@ -4,12 +4,15 @@
 #define AGENT_FORMATS_NETWORKREADER_H
 
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <string_view>
 
 #include "agent/base/Cancellation.h"
 #include "agent/base/OperationResult.h"
+#include "agent/formats/GraphmlNetwork.h"
 #include "agent/network/Network.h"
+#include "agent/network/NetworkPlaces.h"
 
 namespace agent {
 
@@ -23,9 +26,11 @@ namespace agent {
 Result<Network> readNetworkFile(const std::filesystem::path& file);
 
 // Reads and checks content that is to be added to another network, so that parents may be missing.
-// name: of a file or of anything else, for messages and for a graph without a label.
-Result<Network> readNetwork(const std::string& name, std::string_view content,
-                            const Cancellation& cancellation = Cancellation::none());
+// name: of a file or of anything else, for messages and for a graph without a label. numbering: of
+// the elements of a graph; content of the native format is refused with a numbering.
+Result<PlacedNetwork> readNetwork(const std::string& name, std::string_view content,
+                                  std::optional<GraphmlNumbering> numbering = std::nullopt,
+                                  const Cancellation& cancellation = Cancellation::none());
 
 }  // namespace agent
 

@@ -117,6 +117,11 @@ std::optional<NS_DOMAIN::ClockTopoLinkInfo_T> NetworkModel::clockLink(const std:
   return copyOf(data_.clockLink(id));
 }
 
+std::optional<ObjectView> NetworkModel::object(const ObjectKey& key) const {
+  const ReadLock lock(mutex_);
+  return data_.object(key);
+}
+
 bool NetworkModel::isWithin(const std::string& nodeId, const std::string& ancestorId) const {
   const ReadLock lock(mutex_);
   return data_.isWithin(nodeId, ancestorId);
@@ -230,6 +235,11 @@ PreparedChange NetworkModel::prepareNodeRenaming(const std::string& nodeId,
                                                  const std::string& name) {
   const ReadLock lock(mutex_);
   return data_.prepareNodeRenaming(nodeId, name);
+}
+
+PreparedChange NetworkModel::prepareReplacement(Network network) const {
+  const ReadLock lock(mutex_);
+  return data_.prepareReplacement(std::move(network));
 }
 
 PreparedChange NetworkModel::prepareElementRenaming(std::int32_t number, const std::string& name) {

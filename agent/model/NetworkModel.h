@@ -81,6 +81,9 @@ class NetworkModel {
   // The id of the first topology node that clients see as an object.
   std::optional<std::string> nodeShownAs(const NumberedObject& object) const;
 
+  // Empty for an object that does not exist.
+  std::optional<ObjectView> object(const ObjectKey& key) const;
+
   // Empty for an object without a stored label.
   std::string labelOf(std::int32_t type, const std::string& id) const;
 
@@ -98,6 +101,7 @@ class NetworkModel {
   PreparedChange prepareRemoval(const std::string& nodeId) const;
   PreparedChange prepareRenaming(const ObjectKey& key, const std::string& name);
   PreparedChange prepareNodeRenaming(const std::string& nodeId, const std::string& name);
+  PreparedChange prepareReplacement(Network network) const;
   PreparedChange prepareElementRenaming(std::int32_t number, const std::string& name);
   PreparedChange prepareElementRemoval(std::int32_t number) const;
   PreparedChange preparePositionRemoval(const std::string& reference) const;

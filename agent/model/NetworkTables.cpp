@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <stdexcept>
 #include <unordered_map>
+#include <unordered_set>
 
 #include "agent/model/PreparedChange.h"
 
@@ -43,6 +44,13 @@ void makeRoom(Map& map, std::size_t more) {
       static_cast<float>(map.bucket_count()) * map.max_load_factor()) {
     map.reserve(std::max(needed, map.size() + map.size() / 2));
   }
+}
+
+// Whether all stored fields are the same.
+bool isSame(const NS_DOMAIN::TopoNode_T& a, const NS_DOMAIN::TopoNode_T& b) {
+  return a.nodeId == b.nodeId && a.parentId == b.parentId && a.nativeName == b.nativeName &&
+         a.nodeType == b.nodeType && a.parentType == b.parentType && a.attribute3 == b.attribute3 &&
+         a.attribute4 == b.attribute4 && a.extendedAttributes == b.extendedAttributes;
 }
 
 // The record of a key, null without one. The map has pointers or iterators.
@@ -217,6 +225,34 @@ bool NetworkTables::hasObject(const ObjectKey& key) const {
   }
   const auto object = numberedObject(key);
   return object && recordsOf(*object) != nullptr;
+}
+
+std::optional<ObjectView> NetworkTables::object(const ObjectKey& key) const {
+  if (!hasObject(key)) {
+    return std::nullopt;
+  }
+  ObjectView view;
+  if (const std::string* const text = label(key)) {
+    view.label = *text;
+  }
+  if (key.type == kTopoSubnetworkObjectType) {
+    view.nodes.push_back(nodeAt(key.id)->record);
+  } else if (key.type == kClockLinkObjectType) {
+    view.link = *clockLink(key.id);
+  } else {
+    const ObjectRecords& records = *recordsOf(*numberedObject(key));
+    for (const Node* node = records.nodes.first; node != nullptr; node = node->sameObject.next) {
+      view.nodes.push_back(node->record);
+    }
+    if (records.element != nullptr) {
+      view.element = *records.element;
+    }
+    for (const Position* position = records.firstPosition; position != nullptr;
+         position = position->nextOfObject) {
+      view.positions.push_back(position->record);
+    }
+  }
+  return view;
 }
 
 const NetworkTables::ObjectRecords* NetworkTables::recordsOf(const NumberedObject& object) const {
@@ -493,6 +529,87 @@ void NetworkTables::remove(std::list<Link>::iterator link) noexcept {
   links_.erase(link);
 }
 
+// --- Replacing.
+
+// All nodes, each after everything below it. Nodes below a cycle come last.
+std::vector<NetworkTables::Node*> NetworkTables::bottomUp() const {
+  std::vector<Node*> reversed;
+  std::unordered_set<const Node*> known;
+  const auto addWithChildren = [&](Node* root) {
+    std::vector<Node*> open = {root};
+    while (!open.empty()) {
+      Node* const node = open.back();
+      open.pop_back();
+      if (known.insert(node).second) {
+        reversed.push_back(node);
+        for (Node* child = node->children.first; child != nullptr; child = child->siblings.next) {
+          open.push_back(child);
+        }
+      }
+    }
+  };
+  for (const bool wantsRoots : {true, false}) {
+    for (auto node = nodes_.rbegin(); node != nodes_.rend(); ++node) {
+      if (!wantsRoots || node->parent == nullptr) {
+        addWithChildren(&*node->self);
+      }
+    }
+  }
+  std::reverse(reversed.begin(), reversed.end());
+  return reversed;
+}
+
+std::vector<ObjectKey> NetworkTables::objectsMissingIn(const NetworkTables& other) const {
+  std::vector<ObjectKey> missing;
+  const auto addMissing = [&](ObjectKey key) {
+    if (!other.hasObject(key)) {
+      missing.push_back(std::move(key));
+    }
+  };
+  for (const Node& node : nodes_) {
+    if (node.record.nodeType == NS_DOMAIN::kTopoSubnetwork) {
+      addMissing({kTopoSubnetworkObjectType, node.record.nodeId});
+    }
+  }
+  for (const auto& [object, records] : objects_) {
+    addMissing(keyOf(object));
+  }
+  for (const Link& link : links_) {
+    addMissing({kClockLinkObjectType, link.linkId});
+  }
+  return missing;
+}
+
+PreparedChange NetworkTables::prepareReplacement(Network network) const {
+  NetworkReplacement replacement;
+  ReplacementEffect effect{NetworkTables(network)};
+  NetworkTables& after = effect.tables;
+  if (!ems_.empty()) {
+    after.ems_ = ems_;
+  }
+  for (const Node* const node : bottomUp()) {
+    const NS_DOMAIN::TopoNode_T* const other = after.node(node->record.nodeId);
+    if (other == nullptr || other->nodeType != node->record.nodeType) {
+      replacement.deletedNodes.push_back(node->record);
+    }
+  }
+  for (const Node& node : after.nodes_) {
+    const NS_DOMAIN::TopoNode_T* const other = this->node(node.record.nodeId);
+    if (other == nullptr || other->nodeType != node.record.nodeType) {
+      replacement.createdNodes.push_back(node.record);
+    } else if (!isSame(*other, node.record)) {
+      replacement.changedNodes.push_back(node.record);
+    }
+  }
+  replacement.objects = objectsMissingIn(after);
+  replacement.network = std::move(network);
+  return {std::move(replacement), std::move(effect)};
+}
+
+void NetworkTables::replace(ReplacementEffect& replacement) noexcept {
+  std::swap(*this, replacement.tables);
+}
+
 // --- Updating.
 
 bool NetworkTables::isWithin(const std::string& nodeId, const std::string& ancestorId) const {
@@ -633,6 +750,8 @@ void NetworkTables::apply(PreparedChange& change) noexcept {
     add(*addition);
   } else if (auto* const removal = std::get_if<RemovalEffect>(&change.effect)) {
     remove(*removal);
+  } else if (auto* const replacement = std::get_if<ReplacementEffect>(&change.effect)) {
+    replace(*replacement);
   } else if (auto* const renaming = std::get_if<RenamingEffect>(&change.effect)) {
     rename(*renaming);
   } else if (auto* const record = std::get_if<RecordRemovalEffect>(&change.effect)) {

@@ -31,6 +31,7 @@ namespace agent {
 struct PreparedChange;
 struct AdditionEffect;
 struct RemovalEffect;
+struct ReplacementEffect;
 struct RenamingEffect;
 struct RecordRemovalEffect;
 struct NodeUpdate;
@@ -38,6 +39,15 @@ struct ElementUpdate;
 struct PositionUpdate;
 struct LinkUpdate;
 struct LabelEffect;
+
+// The records that clients see under the name of an object, and its label.
+struct ObjectView {
+  std::vector<NS_DOMAIN::TopoNode_T> nodes;
+  std::optional<NetworkElement> element;
+  std::vector<NS_DOMAIN::ClockPositionInfo_T> positions;
+  std::optional<NS_DOMAIN::ClockTopoLinkInfo_T> link;
+  std::string label;
+};
 
 struct KeyOrder {
   bool operator()(const ObjectKey& a, const ObjectKey& b) const {
@@ -127,6 +137,7 @@ class NetworkTables {
   const NS_DOMAIN::ClockPositionInfo_T* clockPosition(std::string_view reference) const;
   const Link* clockLink(std::string_view id) const;
   bool hasObject(const ObjectKey& key) const;
+  std::optional<ObjectView> object(const ObjectKey& key) const;
 
   // Whether a node is another node or below it. REQUIRES: both exist. Throws std::runtime_error for
   // a node that is its own ancestor, which only a manipulated store can contain.
@@ -150,6 +161,10 @@ class NetworkTables {
   // shows. The change has no records if all have the name already.
   PreparedChange prepareRenaming(const ObjectKey& key, const std::string& name);
   PreparedChange prepareNodeRenaming(const std::string& nodeId, const std::string& name);
+
+  // Replaces everything but the name of the managing system, unless the tables have none. Elements
+  // are marked as shown exactly as in the network. REQUIRES: the network passes checkNetwork().
+  PreparedChange prepareReplacement(Network network) const;
 
   // Renames an element and every record that clients see under its name. REQUIRES: it exists.
   PreparedChange prepareElementRenaming(std::int32_t number, const std::string& name);
@@ -192,6 +207,7 @@ class NetworkTables {
   void add(AdditionEffect& addition) noexcept;
   void remove(RemovalEffect& removal) noexcept;
   void remove(RecordRemovalEffect& removal) noexcept;
+  void replace(ReplacementEffect& replacement) noexcept;
   void remove(std::list<NetworkElement>::iterator element) noexcept;
   void remove(std::list<Position>::iterator position) noexcept;
   void remove(std::list<Link>::iterator link) noexcept;
@@ -202,6 +218,8 @@ class NetworkTables {
   static void update(LinkUpdate& update) noexcept;
   void setLabel(LabelEffect& change) noexcept;
   std::vector<Node*> subtree(const std::string& nodeId) const;
+  std::vector<Node*> bottomUp() const;
+  std::vector<ObjectKey> objectsMissingIn(const NetworkTables& other) const;
   std::vector<ObjectKey> labelled(const std::vector<ObjectKey>& objects) const;
   NodeUpdate nodeUpdate(NS_DOMAIN::TopoNode_T record) const;
   void markShown(NetworkAddition& addition, AdditionEffect& effect) const;

@@ -29,6 +29,10 @@ struct RemovalEffect {
   std::list<NetworkTables::Node> removed;  // the removed nodes, freed outside the lock
 };
 
+struct ReplacementEffect {
+  NetworkTables tables;  // the new tables, later the old tables, which are freed outside the lock
+};
+
 struct RecordRemovalEffect {
   std::variant<std::list<NetworkElement>::iterator, std::list<NetworkTables::Position>::iterator,
                std::list<NetworkTables::Link>::iterator>
@@ -71,8 +75,9 @@ struct LabelEffect {
 struct PreparedChange {
   NetworkChange change;
   // std::monostate: the model does not show this kind of change.
-  std::variant<std::monostate, AdditionEffect, RemovalEffect, RenamingEffect, RecordRemovalEffect,
-               NodeUpdate, ElementUpdate, PositionUpdate, LinkUpdate, LabelEffect>
+  std::variant<std::monostate, AdditionEffect, RemovalEffect, ReplacementEffect, RenamingEffect,
+               RecordRemovalEffect, NodeUpdate, ElementUpdate, PositionUpdate, LinkUpdate,
+               LabelEffect>
       effect;
 };
 

@@ -143,9 +143,17 @@ std::string formatName(const ObjectKey& key, std::string_view ems) {
   return '{' + formatPair(tmf::kEms, ems) + ", " + formatObject(key) + '}';
 }
 
-std::string formatObject(const ObjectKey& key) {
+std::string_view classOf(const ObjectKey& key) {
+  return tmfClassOf(key.type);
+}
+
+std::string_view valueOf(const ObjectKey& key) {
   const std::size_t start = numberedObject(key) ? key.id.find('=') + 1 : 0;
-  return formatPair(tmfClassOf(key.type), std::string_view(key.id).substr(start));
+  return std::string_view(key.id).substr(start);
+}
+
+std::string formatObject(const ObjectKey& key) {
+  return formatPair(classOf(key), valueOf(key));
 }
 
 std::optional<NumberedObject> numberedObject(const ObjectKey& key) {

@@ -63,6 +63,10 @@ std::optional<ObjectKey> parseObjectName(const globaldefs::NVSList_T& name, std:
 std::string formatName(const globaldefs::NVSList_T& name);
 std::string formatName(const ObjectKey& key, std::string_view ems);
 
+// The class and the value in the name of an object.
+std::string_view classOf(const ObjectKey& key);
+std::string_view valueOf(const ObjectKey& key);
+
 // The printable class and value of an object, such as ManagedElement=7.
 std::string formatObject(const ObjectKey& key);
 

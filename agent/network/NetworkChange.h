@@ -40,6 +40,19 @@ struct NetworkRenaming {
   std::vector<NS_DOMAIN::TopoNode_T> nodes;  // the nodes among the records, with the new name
 };
 
+// Replaces all lists of the stored network. The name of the managing system counts only if none is
+// stored yet.
+struct NetworkReplacement {
+  Network network;
+  std::vector<ObjectKey> objects;  // that the network does not have; nothing stays stored of them
+
+  // The difference between the topology nodes. A node that is an element before and a subnetwork
+  // afterwards, or the other way round, is deleted and created.
+  std::vector<NS_DOMAIN::TopoNode_T> deletedNodes;  // each after everything below it
+  std::vector<NS_DOMAIN::TopoNode_T> createdNodes;
+  std::vector<NS_DOMAIN::TopoNode_T> changedNodes;
+};
+
 // Removes one record that is no topology node. A record that is not stored is ignored.
 struct RecordRemoval {
   NamedRecord record;
@@ -76,9 +89,9 @@ struct AttributeRemoval {
   ObjectKey key;
 };
 
-using NetworkChange =
-    std::variant<NetworkAddition, NetworkRemoval, NetworkRenaming, RecordRemoval, RecordUpdate,
-                 LabelChange, OwnerChange, InfoChange, AttributeRemoval>;
+using NetworkChange = std::variant<NetworkAddition, NetworkRemoval, NetworkReplacement,
+                                   NetworkRenaming, RecordRemoval, RecordUpdate, LabelChange,
+                                   OwnerChange, InfoChange, AttributeRemoval>;
 
 // The additional information after a merge. An empty value removes the pair of its name, another
 // value replaces the stored value in place, and a new name is appended. REQUIRES: every name once

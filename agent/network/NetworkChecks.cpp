@@ -188,8 +188,4 @@ std::string problemWithSharedObject(std::string_view nodeId, const NumberedObjec
   return inQuotes(nodeId) + " is shown as " + formatObject(keyOf(object)) + ", as " + other + " is";
 }
 
-std::string placeOf(const char* list, std::size_t index, const char* field) {
-  return std::string(list) + '[' + std::to_string(index) + ']' + field;
-}
-
 }  // namespace agent

@@ -13,6 +13,7 @@
 #include "agent/base/OperationResult.h"
 #include "agent/network/ManagedObjects.h"
 #include "agent/network/Network.h"
+#include "agent/network/NetworkPlaces.h"
 
 namespace agent {
 
@@ -32,9 +33,6 @@ std::string problemWithSharedObject(std::string_view nodeId, const NumberedObjec
 
 // kInvalidInput with the reason "PLACE: REASON", made printable.
 Outcome invalidInput(const std::string& place, const std::string& reason);
-
-// The path of a record or of its field, such as topoNodes[3].parent.
-std::string placeOf(const char* list, std::size_t index, const char* field = "");
 
 }  // namespace agent
 

@@ -64,6 +64,9 @@ class NetworkStore {
   // The ids of the objects of a type that have a label.
   virtual std::vector<std::string> idsWithLabel(std::int32_t type, const std::string& label) = 0;
 
+  // Empty for an object without an owner.
+  virtual std::string ownerOf(const ObjectKey& key) = 0;
+
   // The additional information of an object, in the stored order.
   virtual InfoPairs additionalInfoOf(const ObjectKey& key) = 0;
 

@@ -75,6 +75,11 @@ struct Arguments {
   // import, backup
   std::string file;  // path
 
+  // import
+  bool replace = false;
+  bool dryRun = false;
+  std::int32_t firstElement = 0;  // 0: as in the file
+
   // test-switch; element create: shown
   bool on = false;
 

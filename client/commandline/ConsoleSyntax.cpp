@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "client/base/Decimal.h"
 #include "client/commandline/CommandSyntax.h"
 #include "client/commandline/ReadOptions.h"
 
@@ -14,6 +15,9 @@ constexpr const char* kName = "--name";
 constexpr const char* kKind = "--kind";
 constexpr const char* kParams = "--params";
 constexpr const char* kAttribute = "--attribute";
+constexpr const char* kReplace = "--replace";
+constexpr const char* kDryRun = "--dry-run";
+constexpr const char* kFirstElement = "--first-element";
 
 void addNodeOptions(CLI::App& command) {
   addText(command, kParent, "ID", "The node that it is below; none unless given");
@@ -52,9 +56,25 @@ void readNewName(const CLI::App&, const Words& words, Arguments& arguments) {
   arguments.node.name = words[1];
 }
 
-void readFileName(const CLI::App&, const Words& words, Arguments& arguments) {
+void addImportOptions(CLI::App& command) {
+  command.add_flag(kReplace, "Replaces the network instead of adding to it");
+  command.add_flag(kDryRun, "Checks and counts, and changes nothing");
+  addText(command, kFirstElement, "N", "Numbers the elements of a GraphML file from N");
+}
+
+void readImport(const CLI::App& command, const Words& words, Arguments& arguments) {
   requireWords("import", words, 1, "a FILE is missing");
   arguments.file = words.front();
+  arguments.replace = command.count(kReplace) > 0;
+  arguments.dryRun = command.count(kDryRun) > 0;
+  if (const auto typed = lastTyped(command, kFirstElement)) {
+    const auto number = parseDecimal<std::int32_t>(*typed);
+    if (!number || *number < 1) {
+      usageError(std::string(kFirstElement) + ": '" + *typed +
+                 "' is not a number from 1 to 2147483647");
+    }
+    arguments.firstElement = *number;
+  }
 }
 
 void readNewFileName(const CLI::App&, const Words& words, Arguments& arguments) {
@@ -82,7 +102,9 @@ std::vector<CommandSyntax> consoleSyntax() {
       {"node create", "Creates a topology node", {{id}, addNodeOptions, readNewNode}},
       {"node delete", "Deletes a topology node and what is below it", {{id}, nullptr, readNode}},
       {"node rename", "Gives a topology node another name", {{id, newName}, nullptr, readNewName}},
-      {"import", "Adds the network of a file to the agent's", {{file}, nullptr, readFileName}},
+      {"import",
+       "Adds the network of a file to the agent's",
+       {{file}, addImportOptions, readImport}},
       {"backup",
        "Writes a copy of the agent's store to a new file",
        {{newFile}, nullptr, readNewFileName}},

@@ -72,10 +72,19 @@ TopoAgent::Content_T* toContent(const std::string& bytes) {
                     std::to_string(options.access.maxMessageBytes) + ") and of the agent");
 }
 
+TopoAgent::ImportOptions_T importOptions(const Arguments& arguments) {
+  TopoAgent::ImportOptions_T options;
+  options.replace = arguments.replace;
+  options.dryRun = arguments.dryRun;
+  options.firstElement = arguments.firstElement;
+  return options;
+}
+
 ImportSummary_T sendNetwork(TopoAgent::Console_I_ptr console, const TopoAgent::Content_T& content,
                             const Options& options) {
   try {
-    return console->importNetwork(options.arguments.file.c_str(), content);
+    return console->importNetwork(options.arguments.file.c_str(), content,
+                                  importOptions(options.arguments));
   } catch (const CORBA::SystemException& failure) {
     if (orb::isMessageTooLarge(failure)) {
       fileTooLarge(options);

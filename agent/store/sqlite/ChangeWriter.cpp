@@ -144,6 +144,15 @@ void ChangeWriter::operator()(const NetworkRenaming& change) const {
   }
 }
 
+void ChangeWriter::operator()(const NetworkReplacement& change) const {
+  removeAttributes(database_, change.objects);
+  for (const char* const table :
+       {"topo_node", "network_element", "clock_position", "clock_link", "object_label"}) {
+    database_.exec(std::string("DELETE FROM ") + table);
+  }
+  writeNetwork(database_, change.network, cancellation_);
+}
+
 void ChangeWriter::operator()(const RecordRemoval& change) const {
   run(database_, removeStatement(change.record.list), change.record.id);
   removeAttributes(database_, change.objects);

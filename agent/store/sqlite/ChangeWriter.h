@@ -24,6 +24,7 @@ class ChangeWriter {
   void operator()(const NetworkAddition& change) const;
   void operator()(const NetworkRemoval& change) const;
   void operator()(const NetworkRenaming& change) const;
+  void operator()(const NetworkReplacement& change) const;
   void operator()(const RecordRemoval& change) const;
   void operator()(const RecordUpdate& change) const;
   void operator()(const LabelChange& change) const;

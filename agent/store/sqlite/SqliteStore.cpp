@@ -89,6 +89,16 @@ std::vector<std::string> SqliteStore::idsWithLabel(std::int32_t type, const std:
   });
 }
 
+std::string SqliteStore::ownerOf(const ObjectKey& key) {
+  return guarded(path_, [&] {
+    std::string owner;
+    forEachRow(
+        *database_, "SELECT owner FROM object_owner WHERE type = ? AND id = ?",
+        [&](SQLite::Statement& row) { owner = textAt(row, 0); }, key.type, key.id);
+    return owner;
+  });
+}
+
 InfoPairs SqliteStore::additionalInfoOf(const ObjectKey& key) {
   return guarded(path_, [&] {
     InfoPairs pairs;

@@ -57,6 +57,7 @@ class SqliteStore final : public NetworkStore {
   std::uint64_t lastChange() override;
   std::uint64_t commit(const NetworkChange& change, const Cancellation& cancellation) override;
   std::vector<std::string> idsWithLabel(std::int32_t type, const std::string& label) override;
+  std::string ownerOf(const ObjectKey& key) override;
   InfoPairs additionalInfoOf(const ObjectKey& key) override;
   std::unique_ptr<StoreCopy> beginCopy() override;
 

@@ -2,10 +2,15 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
+#include <stdexcept>
+#include <utility>
+
 #include "agent/base/FailureCodes.h"
 #include "agent/changes/NodeService.h"
 #include "agent/formats/NetworkReader.h"
 #include "tests/unit/agent/changes/ChangingHost.h"
+#include "tests/unit/agent/support/Names.h"
 
 namespace {
 
@@ -13,8 +18,14 @@ using agent::ImportSummary;
 using agent::Network;
 using agent::Outcome;
 
+Network partOf(const std::string& name, const std::string& content) {
+  auto read = agent::readNetwork(name, content);
+  return read.ok() ? std::move(read.value().network)
+                   : throw std::runtime_error(read.outcome().reason);
+}
+
 Network part(const std::string& fields) {
-  return valueOf(agent::readNetwork("part.json", withFormat(fields)));
+  return partOf("part.json", withFormat(fields));
 }
 
 // The reason why the reader rejects content of an import; empty for valid content.
@@ -152,25 +163,25 @@ TEST_F(NetworkImport, RejectsNetworksThatAFileCannotContain) {
   expectRefused(agent::kInvalidName, "topoNodes[0].parent: makes the node its own ancestor", cycle);
   Network nameless;
   nameless.topoNodes = {nodeOf("", "core")};
-  expectRefused(agent::kInvalidName, "topoNodes[0].id must not be empty", nameless);
+  expectRefused(agent::kInvalidName, "topoNodes[0].id: must not be empty", nameless);
   Network broken;
   broken.clockLinks.resize(2);
   broken.clockLinks[1].linkId = "x";
   broken.clockLinks[1].zEndReference = "\xff";
-  expectRefused(agent::kInvalidName, "clockLinks[1].z is not UTF-8 at byte 0", broken);
+  expectRefused(agent::kInvalidName, "clockLinks[1].z: is not UTF-8 at byte 0", broken);
   Network large;
   large.networkElements.push_back({4, longText('x')});
-  expectRefused(agent::kInvalidName, "networkElements[0].name has more than 1048576 bytes", large);
+  expectRefused(agent::kInvalidName, "networkElements[0].name: has more than 1048576 bytes", large);
   Network nul;
   nul.ems = std::string("\0", 1);
-  expectRefused(agent::kInvalidName, "ems holds a NUL character", nul);
+  expectRefused(agent::kInvalidName, "ems: holds a NUL character", nul);
   Network position;
   position.clockPositions.resize(1);
   position.clockPositions[0].label = "\xff";
-  expectRefused(agent::kInvalidName, "clockPositions[0].label is not UTF-8 at byte 0", position);
+  expectRefused(agent::kInvalidName, "clockPositions[0].label: is not UTF-8 at byte 0", position);
   Network label;
   label.objectLabels.push_back({1, "x", "\xff"});
-  expectRefused(agent::kInvalidName, "objectLabels[0].label is not UTF-8 at byte 0", label);
+  expectRefused(agent::kInvalidName, "objectLabels[0].label: is not UTF-8 at byte 0", label);
 }
 
 TEST_F(NetworkImport, RejectsTextsThatAFileCannotContain) {
@@ -185,7 +196,7 @@ TEST_F(NetworkImport, RejectsTextsThatAFileCannotContain) {
     network.clockLinks[0].linkId = "l";
     network.objectLabels.push_back({1, "x", "label"});
     spoil(network);
-    expectRefused(agent::kInvalidName, place + " is not UTF-8 at byte 0", network);
+    expectRefused(agent::kInvalidName, place + ": is not UTF-8 at byte 0", network);
   };
   const std::string bad = "\xff";
   refuse("topoNodes[0].id", [&](Network& network) { network.topoNodes[0].nodeId = bad; });
@@ -258,13 +269,12 @@ TEST_F(NetworkImport, AddsAWholeGraphmlNetwork) {
   const std::string graph = R"(<graphml><graph><node id="a"/><node id="b"/>
                                <edge source="a" target="b"/></graph></graphml>)";
   ChangingHost empty(agent::SqliteStore::kInMemory);
-  const Outcome outcome =
-      empty.nodes().import(valueOf(agent::readNetwork("dir/zoo.graphml", graph)), summary_);
+  const Outcome outcome = empty.nodes().import(partOf("dir/zoo.graphml", graph), summary_);
   EXPECT_EQ(agent::kSuccess, outcome.code) << outcome.reason;
   EXPECT_EQ((NodeEvents{{EVENT_TOPO_NODE_CREATED, {"zoo", "NE=1", "NE=2"}}}), empty.events());
   EXPECT_EQ(1U, summary_.clockLinks);
   expectRefused(agent::kAlreadyExists, "topoNodes[1]: node \"NE=1\" exists already",
-                valueOf(agent::readNetwork("zoo.graphml", graph)));
+                partOf("zoo.graphml", graph));
 }
 
 TEST_F(NetworkImport, AddsALargeNetworkToALargeNetwork) {
@@ -278,6 +288,167 @@ TEST_F(NetworkImport, AddsALargeNetworkToALargeNetwork) {
   std::size_t removed = 0;
   EXPECT_EQ(agent::kSuccess, large.nodes().remove("node 49999", removed).code);
   EXPECT_EQ(2U, removed);
+}
+
+// --- Dry runs, places, replacing.
+
+TEST_F(NetworkImport, ChangesNothingInADryRun) {
+  const Network before = host_.store().read();
+  agent::ImportOptions options;
+  options.dryRun = true;
+  for (const bool replace : {false, true}) {
+    options.replace = replace;
+    const Outcome outcome = host_.nodes().import(
+        part(R"("topoNodes": [{"id": "x"}], "clockLinks": [{"id": "l"}])"), summary_, options);
+    EXPECT_EQ(agent::kSuccess, outcome.code) << outcome.reason;
+    EXPECT_EQ(1U, summary_.topoNodes);
+    EXPECT_EQ(1U, summary_.clockLinks);
+  }
+  options.replace = false;
+  EXPECT_EQ(agent::kAlreadyExists,
+            host_.nodes().import(part(R"("topoNodes": [{"id": "core"}])"), summary_, options).code);
+  EXPECT_EQ(0U, summary_.topoNodes);
+  EXPECT_EQ(before, host_.store().read());
+  EXPECT_EQ(host_.stored(), host_.seen());
+  EXPECT_EQ(NodeEvents(), host_.events());
+}
+
+TEST_F(NetworkImport, NamesThePlacesOfAGraph) {
+  const std::string graph = R"(<graphml><key attr.name="Country" for="node" id="c"/>
+      <key attr.name="label" for="graph" id="l"/><graph><data key="l">core</data>
+      <node id="a"/><node id="b"><data key="c">X</data></node>
+      <edge source="a" target="b"/></graph></graphml>)";
+  const auto reasonIn = [&](const std::string& fields) {
+    ChangingHost host(agent::SqliteStore::kInMemory, readText(withFormat(fields)));
+    auto read = agent::readNetwork("zoo.graphml", graph);
+    agent::ImportOptions options;
+    options.places = std::move(read.value().places);
+    return host.nodes().import(std::move(read.value().network), summary_, options).reason;
+  };
+  EXPECT_EQ("", reasonIn(R"("ems": "E")"));
+  EXPECT_EQ("graph.label: node \"core\" exists already",
+            reasonIn(R"("topoNodes": [{"id": "core"}])"));
+  EXPECT_EQ("node[1].Country: node \"core/X\" exists already",
+            reasonIn(R"("topoNodes": [{"id": "core/X"}])"));
+  EXPECT_EQ("node[1]: \"NE=2\" is shown as ManagedElement=2, as node \"2\" is",
+            reasonIn(R"("topoNodes": [{"id": "2", "type": 1}])"));
+  EXPECT_EQ("node[1]: network element 2 exists already",
+            reasonIn(R"("networkElements": [{"number": 2}])"));
+  EXPECT_EQ("node[0]: clock position \"NE=1\" exists already",
+            reasonIn(R"("clockPositions": [{"reference": "NE=1"}])"));
+  EXPECT_EQ("edge[0]: clock link \"e0\" exists already",
+            reasonIn(R"("clockLinks": [{"id": "e0"}])"));
+}
+
+TEST_F(NetworkImport, FitsSeveralGraphsIntoOneNetwork) {
+  const std::string graph = R"(<graphml><graph><node id="a"/><node id="b"/>
+                               <edge source="a" target="b"/></graph></graphml>)";
+  ChangingHost empty(agent::SqliteStore::kInMemory);
+  EXPECT_EQ(agent::kSuccess, empty.nodes().import(partOf("one.graphml", graph), summary_).code);
+  auto two = agent::readNetwork("two.graphml", graph, agent::GraphmlNumbering{3});
+  const Outcome outcome = empty.nodes().import(std::move(two.value().network), summary_);
+  EXPECT_EQ(agent::kSuccess, outcome.code) << outcome.reason;
+  EXPECT_EQ((NodeEvents{{EVENT_TOPO_NODE_CREATED, {"one", "NE=1", "NE=2"}},
+                        {EVENT_TOPO_NODE_CREATED, {"two", "NE=3", "NE=4"}}}),
+            empty.events());
+  EXPECT_EQ(linkOf("two/e0", "link/-", "NE=3", "NE=4"), empty.seen().clockLinks.back());
+  auto last = agent::readNetwork("last.graphml", graph, agent::GraphmlNumbering{2147483647});
+  EXPECT_EQ("last.graphml: node[1]: its element would have a number over 2147483647",
+            last.outcome().reason);
+}
+
+class NetworkReplacement : public NetworkImport {
+ protected:
+  void replaceBy(Network network) {
+    agent::ImportOptions options;
+    options.replace = true;
+    const Outcome outcome = host_.nodes().import(std::move(network), summary_, options);
+    EXPECT_EQ(agent::kSuccess, outcome.code) << outcome.reason;
+    EXPECT_EQ(host_.stored(), host_.seen());
+  }
+};
+
+TEST_F(NetworkReplacement, MakesTheNetworkExactlyTheFile) {
+  Network network = part(R"(
+    "ems": "other",
+    "topoNodes": [{"id": "new", "parent": "core"}, {"id": "core", "name": "Kern"},
+                  {"id": "NE=2", "parent": "new", "type": 1}],
+    "networkElements": [{"number": 2, "name": "Zwei"}],
+    "clockPositions": [{"reference": "NE=2"}],
+    "clockLinks": [{"id": "l"}],
+    "objectLabels": [{"type": 201, "id": "l", "label": "L"}])");
+  replaceBy(network);
+  network.ems = "E";
+  EXPECT_EQ(network, host_.store().read());
+  EXPECT_EQ((NodeEvents{{EVENT_TOPO_NODE_DELETED, {"NE=1"}},
+                        {EVENT_TOPO_NODE_CREATED, {"new", "NE=2"}},
+                        {EVENT_TOPO_NODE_CHANGED, {"core"}}}),
+            host_.events());
+  EXPECT_EQ("L", host_.model().labelOf(201, "l"));
+  EXPECT_EQ("", host_.model().labelOf(201, "k"));
+  EXPECT_FALSE(host_.model().hasObject({1, "NE=1"}));
+  EXPECT_EQ(3U, summary_.topoNodes);
+}
+
+TEST_F(NetworkReplacement, RaisesTheEventsOfOneChange) {
+  replaceBy(part(R"("topoNodes": [{"id": "core", "name": "Kern"}, {"id": "new"}])"));
+  const auto events = host_.takeEvents();
+  ASSERT_EQ(3U, events.size());
+  EXPECT_EQ(events[0].change, events[2].change);
+  replaceBy(part(R"("topoNodes": [{"id": "new"}, {"id": "core", "name": "Kern"}])"));
+  EXPECT_EQ(NodeEvents(), host_.events());
+  EXPECT_EQ("new", host_.seen().topoNodes.front().nodeId);
+}
+
+TEST_F(NetworkReplacement, DeletesBottomUpAndCreatesANodeOfAnotherKindAnew) {
+  replaceBy(part(R"("topoNodes": [{"id": "NE=1"}])"));
+  EXPECT_EQ((NodeEvents{{EVENT_TOPO_NODE_DELETED, {"NE=1", "core"}},
+                        {EVENT_TOPO_NODE_CREATED, {"NE=1"}}}),
+            host_.events());
+  replaceBy(Network());
+  EXPECT_EQ((NodeEvents{{EVENT_TOPO_NODE_DELETED, {"NE=1"}}}), host_.events());
+  EXPECT_TRUE(host_.seen().topoNodes.empty());
+  EXPECT_FALSE(host_.store().isNew());
+}
+
+TEST_F(NetworkReplacement, KeepsTheAttributesOfObjectsThatRemain) {
+  const auto nameOfNode = [](const char* id) {
+    return nameOf({{"EMS", "E"}, {"TopoSubnetwork", id}});
+  };
+  globaldefs::NVSList_T info = nameOf({{"Region", "north"}});
+  host_.nodes().create(nodeOf("gone", ""));
+  for (const char* id : {"core", "gone"}) {
+    host_.attributes().setOwner(nameOfNode(id), "me");
+    host_.attributes().setUserLabel(nameOfNode(id), "label", false);
+    host_.attributes().setAdditionalInfo(nameOfNode(id), info);
+  }
+  replaceBy(part(R"("topoNodes": [{"id": "core"}])"));
+  EXPECT_EQ("me", host_.store().ownerOf({54, "core"}));
+  EXPECT_EQ(1U, host_.store().additionalInfoOf({54, "core"}).size());
+  EXPECT_EQ("", host_.model().labelOf(54, "core"));
+  EXPECT_EQ("", host_.store().ownerOf({54, "gone"}));
+  EXPECT_TRUE(host_.store().additionalInfoOf({54, "gone"}).empty());
+}
+
+TEST_F(NetworkReplacement, RejectsAParentThatIsOnlyInTheOldNetwork) {
+  agent::ImportOptions options;
+  options.replace = true;
+  const Network before = host_.store().read();
+  const Outcome outcome = host_.nodes().import(
+      part(R"("topoNodes": [{"id": "x", "parent": "core"}])"), summary_, options);
+  EXPECT_EQ("topoNodes[0].parent: \"core\" does not exist", outcome.reason);
+  EXPECT_EQ(before, host_.store().read());
+}
+
+// The model after a replacement works like the model of a restarted agent.
+TEST_F(NetworkReplacement, LeavesAModelThatCanBeChanged) {
+  replaceBy(part(R"("topoNodes": [{"id": "a"}, {"id": "NE=9", "parent": "a", "type": 1}])"));
+  EXPECT_EQ(agent::kSuccess, host_.nodes().create(nodeOf("b", "a")).code);
+  EXPECT_EQ(agent::kSuccess, host_.nodes().rename("NE=9", "Nine").code);
+  std::size_t removed = 0;
+  EXPECT_EQ(agent::kSuccess, host_.nodes().remove("a", removed).code);
+  EXPECT_EQ(3U, removed);
+  EXPECT_EQ(host_.stored(), host_.seen());
 }
 
 // --- Reading what is to be imported.
@@ -316,7 +487,8 @@ TEST(CancelledImport, StopsReading) {
                                              "<graphml><graph><node id='a'/></graph></graphml>",
                                              "<graphml><graph><edge/></graph></graphml>"};
   for (const std::string& content : contents) {
-    const Outcome outcome = agent::readNetwork("net", content, cancellation).outcome();
+    const Outcome outcome =
+        agent::readNetwork("net", content, std::nullopt, cancellation).outcome();
     EXPECT_EQ(agent::kInternalError, outcome.code) << content;
     EXPECT_EQ("cancelled, because the agent stops", outcome.reason) << content;
   }

@@ -7,6 +7,7 @@
 
 #include <cstring>
 #include <functional>
+#include <map>
 #include <new>
 #include <optional>
 #include <ostream>
@@ -113,6 +114,9 @@ TopoAgent::Content_T contentOf(const std::string& text) {
   return content;
 }
 
+// Options of an import: replace, dryRun, firstElement.
+const TopoAgent::ImportOptions_T kAdd = {false, false, 0};
+
 class AgentConsole : public testing::Test {
  protected:
   AgentConsole() { store_.load({}); }
@@ -128,9 +132,10 @@ class AgentConsole : public testing::Test {
   agent::NetworkWriter writer_{store_, model_};
   agent::NodeService nodes_{writer_};
   agent::InventoryService inventory_{writer_};
+  agent::AttributeService attributes_{"E", writer_};
   RecordingAgent agent_;
   agent::Backups backups_{writer_};
-  agent::ConsoleServant console_{nodes_, inventory_, backups_, agent_};
+  agent::ConsoleServant console_{nodes_, inventory_, attributes_, backups_, agent_};
 };
 
 TEST_F(AgentConsole, CreatesASubnetworkWithAllItsAttributes) {
@@ -326,7 +331,8 @@ TEST_F(AgentConsole, ImportsANetworkAndReturnsItsSummary) {
           "networkElements": [{"number": 1}, {"number": 2}, {"number": 3}],
           "clockPositions": [{"reference": "NE=1"}, {"reference": "NE=2"}],
           "clockLinks": [{"id": "l", "name": "SDH/l", "a": "NE=1", "z": "NE=2"}],
-          "objectLabels": [{"type": 201, "id": "l", "label": "main"}]})"));
+          "objectLabels": [{"type": 201, "id": "l", "label": "main"}]})"),
+                             kAdd);
   EXPECT_EQ(2U, summary.topoNodes);
   EXPECT_EQ(3U, summary.networkElements);
   EXPECT_EQ(2U, summary.clockPositions);
@@ -337,10 +343,138 @@ TEST_F(AgentConsole, ImportsANetworkAndReturnsItsSummary) {
 
 TEST_F(AgentConsole, RefusesAMalformedFileWithItsName) {
   EXPECT_THAT(
-      refusalOf([&] { console_.importNetwork("net.json", contentOf("{")); }),
+      refusalOf([&] { console_.importNetwork("net.json", contentOf("{"), kAdd); }),
       refused(globaldefs::EXCPT_INVALID_INPUT, AllOf(HasSubstr("net.json"), Not(HasSubstr("\n")))));
-  EXPECT_THAT(refusalOf([&] { console_.importNetwork("", contentOf("")); }),
+  EXPECT_THAT(refusalOf([&] { console_.importNetwork("", contentOf(""), kAdd); }),
               refused(globaldefs::EXCPT_INVALID_INPUT));
+}
+
+TEST_F(AgentConsole, ImportsDryOrInPlaceOfTheNetwork) {
+  console_.createNode(newNode("top", ""));
+  const auto content = contentOf(R"({"format": "topo-network/1", "topoNodes": [{"id": "a"}]})");
+  EXPECT_EQ(1U, console_.importNetwork("net.json", content, {false, true, 0}).topoNodes);
+  EXPECT_EQ(1U, nodes().size());
+  EXPECT_EQ(1U, console_.importNetwork("net.json", content, {true, false, 0}).topoNodes);
+  ASSERT_EQ(1U, nodes().size());
+  EXPECT_EQ("a", nodes()[0].nodeId);
+}
+
+TEST_F(AgentConsole, NumbersTheElementsOfAGraph) {
+  const auto graph = contentOf("<graphml><graph><node id='x'/></graph></graphml>");
+  console_.importNetwork("one.graphml", graph, kAdd);
+  console_.importNetwork("two.graphml", graph, {false, false, 100});
+  EXPECT_TRUE(model_.hasNetworkElement(1));
+  EXPECT_TRUE(model_.hasNetworkElement(100));
+  EXPECT_THAT(refusalOf([&] {
+                console_.importNetwork("three.graphml", graph, {false, false, -1});
+              }),
+              refused(globaldefs::EXCPT_INVALID_INPUT));
+  EXPECT_THAT(refusalOf([&] {
+                console_.importNetwork("net.json", contentOf("{}"), {false, false, 1});
+              }),
+              refused(globaldefs::EXCPT_INVALID_INPUT,
+                      "net.json: file: is no GraphML, whose elements could be numbered"));
+}
+
+TEST_F(AgentConsole, NamesFileAndPlaceOfAnImportThatClashes) {
+  const auto graph = contentOf("<graphml><graph><node id='x'/></graph></graphml>");
+  console_.importNetwork("one.graphml", graph, kAdd);
+  EXPECT_THAT(refusalOf([&] { console_.importNetwork("two.graphml", graph, kAdd); }),
+              refused(globaldefs::EXCPT_OBJECT_IN_USE,
+                      "two.graphml: node[0]: node \"NE=1\" exists already"));
+  EXPECT_THAT(refusalOf([&] {
+                console_.importNetwork("net.json", contentOf(R"({"format": "topo-network/1",
+            "topoNodes": [{"id": "b"}, {"id": "NE=01", "type": 1}]})"),
+                                       kAdd);
+              }),
+              refused(globaldefs::EXCPT_OBJECT_IN_USE,
+                      "net.json: topoNodes[1].id: \"NE=01\" is shown as ManagedElement=1, as node "
+                      "\"NE=1\" is"));
+}
+
+// --- Objects.
+
+std::map<std::string, std::string> pairsOf(const globaldefs::NVSList_T& list) {
+  std::map<std::string, std::string> pairs;
+  for (CORBA::ULong i = 0; i < list.length(); ++i) {
+    pairs.emplace(list[i].name.in(), list[i].value.in());
+  }
+  return pairs;
+}
+
+globaldefs::NVSList_T pair(const char* name, const char* value) {
+  globaldefs::NVSList_T list;
+  list.length(1);
+  list[0].name = name;
+  list[0].value = value;
+  return list;
+}
+
+TEST_F(AgentConsole, ReturnsEverythingThatIsStoredAboutAnElement) {
+  TopoAgent::NewNode_T node = newNode("NE=5", "");
+  node.kind = TopoAgent::NK_ELEMENT;
+  node.attributes = pair("location", "Hall");
+  console_.createNode(node);
+  console_.createElement({5, "Five", false});
+  console_.createClockPosition({"SSU=5", "Clock", {1, -2}});
+  globaldefs::NVSList_T info = pair("Region", "north");
+  globaldefs::NVSList_T name = pair("EMS", "E");
+  name.length(2);
+  name[1] = pair("ManagedElement", "5")[0];
+  attributes_.setUserLabel(name, "label", false);
+  attributes_.setOwner(name, "owner");
+  attributes_.setAdditionalInfo(name, info);
+  for (const globaldefs::NVSList_T& given : {name, pair("ManagedElement", "5")}) {
+    const TopoAgent::ObjectDetails_T_var details = console_.getObject(given);
+    EXPECT_EQ((std::map<std::string, std::string>{{"EMS", "E"}, {"ManagedElement", "5"}}),
+              pairsOf(details->name));
+    EXPECT_STREQ("label", details->userLabel);
+    EXPECT_STREQ("owner", details->owner);
+    EXPECT_EQ((std::map<std::string, std::string>{{"Region", "north"}}),
+              pairsOf(details->additionalInfo));
+    ASSERT_EQ(3U, details->records.length());
+    EXPECT_STREQ("topoNodes", details->records[0].list);
+    EXPECT_EQ((std::map<std::string, std::string>{{"id", "NE=5"},
+                                                  {"parent", ""},
+                                                  {"name", "a name"},
+                                                  {"type", "1"},
+                                                  {"parentType", "2"},
+                                                  {"params", "11,-12"}}),
+              pairsOf(details->records[0].fields));
+    EXPECT_EQ((std::map<std::string, std::string>{{"location", "Hall"}}),
+              pairsOf(details->records[0].attributes));
+    EXPECT_EQ(
+        (std::map<std::string, std::string>{{"number", "5"}, {"name", "Five"}, {"shown", "true"}}),
+        pairsOf(details->records[1].fields));
+    EXPECT_EQ((std::map<std::string, std::string>{
+                  {"reference", "SSU=5"}, {"label", "Clock"}, {"values", "1,-2"}}),
+              pairsOf(details->records[2].fields));
+  }
+}
+
+TEST_F(AgentConsole, ReturnsSubnetworksAndClockLinks) {
+  console_.createNode(newNode("core", ""));
+  console_.createClockLink({"k", "SDH/k", "NE=1", "NE=2"});
+  const TopoAgent::ObjectDetails_T_var core = console_.getObject(pair("TopoSubnetwork", "core"));
+  ASSERT_EQ(1U, core->records.length());
+  EXPECT_EQ("core", pairsOf(core->records[0].fields).at("id"));
+  const TopoAgent::ObjectDetails_T_var link = console_.getObject(pair("ClockTopoLinkId", "k"));
+  ASSERT_EQ(1U, link->records.length());
+  EXPECT_STREQ("clockLinks", link->records[0].list);
+  EXPECT_EQ((std::map<std::string, std::string>{
+                {"id", "k"}, {"name", "SDH/k"}, {"a", "NE=1"}, {"z", "NE=2"}}),
+            pairsOf(link->records[0].fields));
+}
+
+TEST_F(AgentConsole, RejectsTheNamesOfUnknownObjects) {
+  EXPECT_THAT(refusalOf([&] {
+                const TopoAgent::ObjectDetails_T_var details =
+                    console_.getObject(pair("ManagedElement", "5"));
+              }),
+              refused(globaldefs::EXCPT_ENTITY_NOT_FOUND, "no object {EMS=E, ManagedElement=5}"));
+  EXPECT_THAT(
+      refusalOf([&] { const TopoAgent::ObjectDetails_T_var details = console_.getObject({}); }),
+      refused(globaldefs::EXCPT_INVALID_INPUT));
 }
 
 TEST_F(AgentConsole, SetsTheTestSwitch) {
@@ -354,8 +488,8 @@ TEST_F(AgentConsole, LogsChangesAtLevelTwo) {
   console_.createNode(newNode("a", ""));
   console_.renameNode("a", "A");
   console_.deleteNode("a");
-  console_.importNetwork("net.json",
-                         contentOf(R"({"format": "topo-network/1", "topoNodes": [{"id": "b"}]})"));
+  console_.importNetwork(
+      "net.json", contentOf(R"({"format": "topo-network/1", "topoNodes": [{"id": "b"}]})"), kAdd);
   console_.setTestSwitch(true);
   console_.reloadModule();
   refusalOf([&] { console_.deleteNode("none"); });

@@ -12,6 +12,7 @@ using agent::Network;
 using agent::NetworkAddition;
 using agent::NetworkRemoval;
 using agent::NetworkRenaming;
+using agent::NetworkReplacement;
 using agent::ObjectKey;
 using agent::OwnerChange;
 using agent::RecordList;
@@ -140,6 +141,37 @@ TEST_P(NetworkStoreContract, RenamesRecordsOfEveryList) {
   EXPECT_EQ(network, store().read());
 }
 
+TEST_P(NetworkStoreContract, ReplacesTheWholeNetwork) {
+  store().load(sampleNetwork());
+  const ObjectKey kept{54, "root"};
+  for (const ObjectKey& key : {kLink, kept}) {
+    store().commit(OwnerChange{key, "me"});
+    store().commit(InfoChange{key, {{"a", "1"}}});
+  }
+  Network network = wideNetwork(3);
+  network.ems = "ignored";
+  network.networkElements = {{7, "seven", true}};
+  network.objectLabels = {{54, "root", "new"}};
+  store().commit(NetworkReplacement{network, {kLink}, {}, {}, {}});
+  reopen();
+  network.ems = sampleNetwork().ems;
+  EXPECT_EQ(network, store().read());
+  EXPECT_EQ("", store().ownerOf(kLink));
+  EXPECT_EQ("me", store().ownerOf(kept));
+  EXPECT_TRUE(store().additionalInfoOf(kLink).empty());
+  EXPECT_EQ(1U, store().additionalInfoOf(kept).size());
+  EXPECT_NO_THROW(store().check());
+}
+
+TEST_P(NetworkStoreContract, KeepsTheNetworkWhenAReplacementIsCancelled) {
+  store().load(sampleNetwork());
+  agent::Cancellation cancellation;
+  cancellation.request();
+  EXPECT_THROW(store().commit(NetworkReplacement{wideNetwork(2), {}, {}, {}, {}}, cancellation),
+               agent::Cancelled);
+  EXPECT_EQ(sampleNetwork(), store().read());
+}
+
 TEST_P(NetworkStoreContract, RemovesARecordOfEveryListWithAttributes) {
   Network network = sampleNetwork();
   store().load(network);
@@ -205,6 +237,8 @@ TEST_P(NetworkStoreContract, ReplacesAndRemovesAnOwner) {
   store().commit(OwnerChange{kLink, "second"});
   reopen();
   EXPECT_EQ("second", GetParam().ownerOf(store(), kLink));
+  EXPECT_EQ("second", store().ownerOf(kLink));
+  EXPECT_EQ("", store().ownerOf({54, "z"}));
   EXPECT_EQ("", GetParam().ownerOf(store(), {54, "z"}));
   store().commit(OwnerChange{kLink, ""});
   EXPECT_EQ("", GetParam().ownerOf(store(), kLink));

@@ -109,6 +109,19 @@ TEST(ConsoleSyntax, RejectsMissingArgumentsOfOtherCommands) {
   }
 }
 
+TEST(ConsoleSyntax, ReadsTheOptionsOfAnImport) {
+  const Arguments plain = parsed({"import", "f"});
+  EXPECT_FALSE(plain.replace || plain.dryRun);
+  EXPECT_EQ(plain.firstElement, 0);
+  const Arguments all = parsed({"import", "f", "--replace", "--dry-run", "--first-element", "7"});
+  EXPECT_TRUE(all.replace && all.dryRun);
+  EXPECT_EQ(all.firstElement, 7);
+  for (const std::string number : {"", "0", "-1", "x", "2147483648"}) {
+    EXPECT_EQ(usageErrorOf({"import", "f", "--first-element", number}),
+              "--first-element: '" + number + "' is not a number from 1 to 2147483647");
+  }
+}
+
 TEST(ConsoleSyntax, ReadsTheStateOfTheTestSwitch) {
   EXPECT_TRUE(parsed({"test-switch", "on"}).on);
   EXPECT_FALSE(parsed({"test-switch", "off"}).on);

@@ -156,6 +156,12 @@ TEST_F(Console, ImportsALocalFile) {
   EXPECT_EQ(script.lastCall(), "import(" + path + ", " + content + ")");
 }
 
+TEST_F(Console, SendsTheOptionsOfAnImport) {
+  std::ofstream(path, std::ios::binary) << "x";
+  EXPECT_EQ(run({"import", path, "--dry-run", "--replace", "--first-element", "100"}).status, 0);
+  EXPECT_EQ(script.lastCall(), "import(" + path + ", x, replace, dry-run, from 100)");
+}
+
 TEST_F(Console, EndsWith1WhenAFileCannotBeRead) {
   const auto errorOf = [this](const std::string& file) {
     const Ended ended = run({"import", file});

@@ -164,9 +164,12 @@ void FakeConsole::deleteLabel(CORBA::Long type, const char* id) {
 }
 
 TopoAgent::ImportSummary_T FakeConsole::importNetwork(const char* fileName,
-                                                      const TopoAgent::Content_T& content) {
+                                                      const TopoAgent::Content_T& content,
+                                                      const TopoAgent::ImportOptions_T& options) {
   const std::string bytes(content.get_buffer(), content.get_buffer() + content.length());
-  call(std::string("import(") + fileName + ", " + bytes + ")");
+  call(std::string("import(") + fileName + ", " + bytes + (options.replace ? ", replace" : "") +
+       (options.dryRun ? ", dry-run" : "") +
+       (options.firstElement == 0 ? "" : ", from " + std::to_string(options.firstElement)) + ")");
   TopoAgent::ImportSummary_T summary;
   summary.topoNodes = 1;
   summary.networkElements = 2;
@@ -174,6 +177,30 @@ TopoAgent::ImportSummary_T FakeConsole::importNetwork(const char* fileName,
   summary.clockLinks = 4;
   summary.objectLabels = 4294967295U;
   return summary;
+}
+
+TopoAgent::ObjectDetails_T* FakeConsole::getObject(const globaldefs::NVSList_T& name) {
+  std::string text = "get(";
+  for (CORBA::ULong i = 0; i < name.length(); ++i) {
+    text += std::string(i == 0 ? "" : ", ") + name[i].name.in() + "=" + name[i].value.in();
+  }
+  call(text + ")");
+  TopoAgent::ObjectDetails_T_var details = new TopoAgent::ObjectDetails_T;
+  details->name = name;
+  details->userLabel = "label";
+  details->owner = "owner";
+  details->additionalInfo.length(1);
+  details->additionalInfo[0].name = "Region";
+  details->additionalInfo[0].value = "north";
+  details->records.length(1);
+  details->records[0].list = "topoNodes";
+  details->records[0].fields.length(1);
+  details->records[0].fields[0].name = "id";
+  details->records[0].fields[0].value = "NE=5";
+  details->records[0].attributes.length(1);
+  details->records[0].attributes[0].name = "location";
+  details->records[0].attributes[0].value = "Hall";
+  return details._retn();
 }
 
 CORBA::ULongLong FakeConsole::beginBackup() {

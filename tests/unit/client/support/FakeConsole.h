@@ -38,7 +38,9 @@ class FakeConsole final : public virtual POA_TopoAgent::Console_I {
   void setLabel(CORBA::Long type, const char* id, const char* label) override;
   void deleteLabel(CORBA::Long type, const char* id) override;
   TopoAgent::ImportSummary_T importNetwork(const char* fileName,
-                                           const TopoAgent::Content_T& content) override;
+                                           const TopoAgent::Content_T& content,
+                                           const TopoAgent::ImportOptions_T& options) override;
+  TopoAgent::ObjectDetails_T* getObject(const globaldefs::NVSList_T& name) override;
   CORBA::ULongLong beginBackup() override;
   TopoAgent::BackupPart_T* continueBackup(CORBA::ULongLong backup) override;
   void endBackup(CORBA::ULongLong backup) override;
