@@ -93,199 +93,182 @@ auto link(const std::string& id) {
 // --- Network elements.
 
 Outcome InventoryService::createElement(const NetworkElement& newElement) {
-  const std::string subject = elementNamed(newElement.number);
-  return outcomeOf(
-      [&] { return subject; },
-      [&] {
-        Outcome checked = checkFields(subject, {{"name", newElement.name}});
-        if (!checked.ok()) {
-          return checked;
-        }
-        Network network;
-        network.networkElements.push_back({newElement.number, newElement.name, newElement.shown});
-        return addRecord(writer_, subject, element(newElement.number), std::move(network));
-      });
+  const auto subject = [&] { return elementNamed(newElement.number); };
+  return outcomeOf(subject, [&] {
+    Outcome checked = checkFields(subject(), {{"name", newElement.name}});
+    if (!checked.ok()) {
+      return checked;
+    }
+    Network network;
+    network.networkElements.push_back({newElement.number, newElement.name, newElement.shown});
+    return addRecord(writer_, subject(), element(newElement.number), std::move(network));
+  });
 }
 
 Outcome InventoryService::renameElement(std::int32_t number, std::string_view name) {
-  const std::string subject = elementNamed(number);
-  return outcomeOf([&] { return subject; },
-                   [&] {
-                     Outcome checked = checkFields(subject, {{"name", name}});
-                     if (!checked.ok()) {
-                       return checked;
-                     }
-                     return changeRecord(writer_, subject, element(number),
-                                         [&](NetworkModel& model, const NetworkElement&) {
-                                           return model.prepareElementRenaming(number,
-                                                                               std::string(name));
-                                         });
-                   });
+  const auto subject = [&] { return elementNamed(number); };
+  return outcomeOf(subject, [&] {
+    Outcome checked = checkFields(subject(), {{"name", name}});
+    if (!checked.ok()) {
+      return checked;
+    }
+    return changeRecord(writer_, subject(), element(number),
+                        [&](NetworkModel& model, const NetworkElement&) {
+                          return model.prepareElementRenaming(number, std::string(name));
+                        });
+  });
 }
 
 Outcome InventoryService::setElementShown(std::int32_t number, bool shown) {
-  const std::string subject = elementNamed(number);
-  return outcomeOf(
-      [&] { return subject; },
-      [&] {
-        return changeRecord(
-            writer_, subject, element(number), [&](NetworkModel& model, NetworkElement record) {
-              const bool hasNode = model.nodeShownAs({kManagedElementType, number}).has_value();
-              record.shown = shown || hasNode;
-              record.shownForNode = !shown && hasNode;
-              return model.prepareUpdate(std::move(record));
-            });
-      });
+  const auto subject = [&] { return elementNamed(number); };
+  return outcomeOf(subject, [&] {
+    return changeRecord(
+        writer_, subject(), element(number), [&](NetworkModel& model, NetworkElement record) {
+          const bool hasNode = model.nodeShownAs({kManagedElementType, number}).has_value();
+          record.shown = shown || hasNode;
+          record.shownForNode = !shown && hasNode;
+          return model.prepareUpdate(std::move(record));
+        });
+  });
 }
 
 Outcome InventoryService::removeElement(std::int32_t number) {
-  const std::string subject = elementNamed(number);
-  return outcomeOf([&] { return subject; },
-                   [&] {
-                     return changeRecord(writer_, subject, element(number),
-                                         [&](NetworkModel& model, const NetworkElement&) {
-                                           return model.prepareElementRemoval(number);
-                                         });
-                   });
+  const auto subject = [&] { return elementNamed(number); };
+  return outcomeOf(subject, [&] {
+    return changeRecord(writer_, subject(), element(number),
+                        [&](NetworkModel& model, const NetworkElement&) {
+                          return model.prepareElementRemoval(number);
+                        });
+  });
 }
 
 // --- Clock positions.
 
 Outcome InventoryService::createClockPosition(const ClockPositionInfo_T& newPosition) {
-  const std::string subject = positionNamed(newPosition.reference);
-  return outcomeOf(
-      [&] { return subject; },
-      [&] {
-        Outcome checked = checkFields(
-            subject, {{"reference", newPosition.reference}, {"label", newPosition.label}});
-        if (!checked.ok()) {
-          return checked;
-        }
-        Network network;
-        ClockPositionInfo_T& record = network.clockPositions.emplace_back();
-        record.reference = newPosition.reference;
-        record.label = newPosition.label;
-        record.value1 = newPosition.value1;
-        record.value2 = newPosition.value2;
-        return addRecord(writer_, subject, position(newPosition.reference), std::move(network));
-      });
+  const auto subject = [&] { return positionNamed(newPosition.reference); };
+  return outcomeOf(subject, [&] {
+    Outcome checked = checkFields(
+        subject(), {{"reference", newPosition.reference}, {"label", newPosition.label}});
+    if (!checked.ok()) {
+      return checked;
+    }
+    Network network;
+    ClockPositionInfo_T& record = network.clockPositions.emplace_back();
+    record.reference = newPosition.reference;
+    record.label = newPosition.label;
+    record.value1 = newPosition.value1;
+    record.value2 = newPosition.value2;
+    return addRecord(writer_, subject(), position(newPosition.reference), std::move(network));
+  });
 }
 
 Outcome InventoryService::changeClockPosition(const std::string& reference,
                                               const ClockPositionFields& fields) {
-  const std::string subject = positionNamed(reference);
-  return outcomeOf([&] { return subject; },
-                   [&] {
-                     Outcome checked = checkFields(subject, {{"label", textIn(fields.label)}});
-                     if (!checked.ok()) {
-                       return checked;
-                     }
-                     return changeRecord(writer_, subject, position(reference),
-                                         [&](NetworkModel& model, ClockPositionInfo_T record) {
-                                           record.label = fields.label.value_or(record.label);
-                                           if (fields.values) {
-                                             record.value1 = fields.values->first;
-                                             record.value2 = fields.values->second;
-                                           }
-                                           return model.prepareUpdate(std::move(record));
-                                         });
-                   });
+  const auto subject = [&] { return positionNamed(reference); };
+  return outcomeOf(subject, [&] {
+    Outcome checked = checkFields(subject(), {{"label", textIn(fields.label)}});
+    if (!checked.ok()) {
+      return checked;
+    }
+    return changeRecord(writer_, subject(), position(reference),
+                        [&](NetworkModel& model, ClockPositionInfo_T record) {
+                          record.label = fields.label.value_or(record.label);
+                          if (fields.values) {
+                            record.value1 = fields.values->first;
+                            record.value2 = fields.values->second;
+                          }
+                          return model.prepareUpdate(std::move(record));
+                        });
+  });
 }
 
 Outcome InventoryService::removeClockPosition(const std::string& reference) {
-  const std::string subject = positionNamed(reference);
-  return outcomeOf([&] { return subject; },
-                   [&] {
-                     return changeRecord(writer_, subject, position(reference),
-                                         [&](NetworkModel& model, const ClockPositionInfo_T&) {
-                                           return model.preparePositionRemoval(reference);
-                                         });
-                   });
+  const auto subject = [&] { return positionNamed(reference); };
+  return outcomeOf(subject, [&] {
+    return changeRecord(writer_, subject(), position(reference),
+                        [&](NetworkModel& model, const ClockPositionInfo_T&) {
+                          return model.preparePositionRemoval(reference);
+                        });
+  });
 }
 
 // --- Clock links.
 
 Outcome InventoryService::createClockLink(const ClockTopoLinkInfo_T& newLink) {
-  const std::string subject = linkNamed(newLink.linkId);
-  return outcomeOf([&] { return subject; },
-                   [&] {
-                     Outcome checked = checkFields(subject, {{"id", newLink.linkId},
-                                                             {"name", newLink.nativeName},
-                                                             {"A end", newLink.aEndReference},
-                                                             {"Z end", newLink.zEndReference}});
-                     if (!checked.ok()) {
-                       return checked;
-                     }
-                     Network network;
-                     ClockTopoLinkInfo_T& record = network.clockLinks.emplace_back();
-                     record.linkId = newLink.linkId;
-                     record.nativeName = newLink.nativeName;
-                     record.aEndReference = newLink.aEndReference;
-                     record.zEndReference = newLink.zEndReference;
-                     return addRecord(writer_, subject, link(newLink.linkId), std::move(network));
-                   });
+  const auto subject = [&] { return linkNamed(newLink.linkId); };
+  return outcomeOf(subject, [&] {
+    Outcome checked = checkFields(subject(), {{"id", newLink.linkId},
+                                              {"name", newLink.nativeName},
+                                              {"A end", newLink.aEndReference},
+                                              {"Z end", newLink.zEndReference}});
+    if (!checked.ok()) {
+      return checked;
+    }
+    Network network;
+    ClockTopoLinkInfo_T& record = network.clockLinks.emplace_back();
+    record.linkId = newLink.linkId;
+    record.nativeName = newLink.nativeName;
+    record.aEndReference = newLink.aEndReference;
+    record.zEndReference = newLink.zEndReference;
+    return addRecord(writer_, subject(), link(newLink.linkId), std::move(network));
+  });
 }
 
 Outcome InventoryService::changeClockLink(const std::string& id, const ClockLinkFields& fields) {
-  const std::string subject = linkNamed(id);
-  return outcomeOf([&] { return subject; },
-                   [&] {
-                     Outcome checked = checkFields(subject, {{"name", textIn(fields.name)},
-                                                             {"A end", textIn(fields.aEnd)},
-                                                             {"Z end", textIn(fields.zEnd)}});
-                     if (!checked.ok()) {
-                       return checked;
-                     }
-                     return changeRecord(
-                         writer_, subject, link(id),
-                         [&](NetworkModel& model, ClockTopoLinkInfo_T record) {
-                           record.nativeName = fields.name.value_or(record.nativeName);
-                           record.aEndReference = fields.aEnd.value_or(record.aEndReference);
-                           record.zEndReference = fields.zEnd.value_or(record.zEndReference);
-                           return model.prepareUpdate(std::move(record));
-                         });
-                   });
+  const auto subject = [&] { return linkNamed(id); };
+  return outcomeOf(subject, [&] {
+    Outcome checked = checkFields(subject(), {{"name", textIn(fields.name)},
+                                              {"A end", textIn(fields.aEnd)},
+                                              {"Z end", textIn(fields.zEnd)}});
+    if (!checked.ok()) {
+      return checked;
+    }
+    return changeRecord(writer_, subject(), link(id),
+                        [&](NetworkModel& model, ClockTopoLinkInfo_T record) {
+                          record.nativeName = fields.name.value_or(record.nativeName);
+                          record.aEndReference = fields.aEnd.value_or(record.aEndReference);
+                          record.zEndReference = fields.zEnd.value_or(record.zEndReference);
+                          return model.prepareUpdate(std::move(record));
+                        });
+  });
 }
 
 Outcome InventoryService::removeClockLink(const std::string& id) {
-  const std::string subject = linkNamed(id);
-  return outcomeOf([&] { return subject; },
-                   [&] {
-                     return changeRecord(writer_, subject, link(id),
-                                         [&](NetworkModel& model, const ClockTopoLinkInfo_T&) {
-                                           return model.prepareLinkRemoval(id);
-                                         });
-                   });
+  const auto subject = [&] { return linkNamed(id); };
+  return outcomeOf(subject, [&] {
+    return changeRecord(writer_, subject(), link(id),
+                        [&](NetworkModel& model, const ClockTopoLinkInfo_T&) {
+                          return model.prepareLinkRemoval(id);
+                        });
+  });
 }
 
 // --- Labels.
 
 Outcome InventoryService::setLabel(const ObjectKey& key, std::string_view label) {
-  const std::string subject = labelOf(key);
-  return outcomeOf([&] { return subject; },
-                   [&] {
-                     Outcome checked = checkFields(subject, {{"id", key.id}, {"text", label}});
-                     if (checked.ok() && label.empty()) {
-                       checked = {kInvalidName, "the text of the " + subject + " is empty"};
-                     }
-                     if (checked.ok()) {
-                       Change(writer_).commit(NetworkModel::prepareLabel(key, std::string(label)));
-                     }
-                     return checked;
-                   });
+  const auto subject = [&] { return labelOf(key); };
+  return outcomeOf(subject, [&] {
+    Outcome checked = checkFields(subject(), {{"id", key.id}, {"text", label}});
+    if (checked.ok() && label.empty()) {
+      checked = {kInvalidName, "the text of the " + subject() + " is empty"};
+    }
+    if (checked.ok()) {
+      Change(writer_).commit(NetworkModel::prepareLabel(key, std::string(label)));
+    }
+    return checked;
+  });
 }
 
 Outcome InventoryService::removeLabel(const ObjectKey& key) {
-  const std::string subject = labelOf(key);
-  return outcomeOf([&] { return subject; },
-                   [&]() -> Outcome {
-                     Change change(writer_);
-                     if (!change.model().hasLabel(key)) {
-                       return {kEntityNotFound, "no " + subject};
-                     }
-                     change.commit(NetworkModel::prepareLabel(key, ""));
-                     return {};
-                   });
+  const auto subject = [&] { return labelOf(key); };
+  return outcomeOf(subject, [&]() -> Outcome {
+    Change change(writer_);
+    if (!change.model().hasLabel(key)) {
+      return {kEntityNotFound, "no " + subject()};
+    }
+    change.commit(NetworkModel::prepareLabel(key, ""));
+    return {};
+  });
 }
 
 }  // namespace agent

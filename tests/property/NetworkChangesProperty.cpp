@@ -8,6 +8,7 @@
 #include <memory>
 
 #include "agent/base/FailureCodes.h"
+#include "agent/changes/InventoryService.h"
 #include "tests/property/Random.h"
 #include "tests/support/TemporaryDirectory.h"
 #include "tests/unit/agent/changes/ChangingHost.h"
@@ -123,6 +124,80 @@ class Reference {
   }
 
   // Sets the user label of a subnetwork.
+  std::uint32_t move(const std::string& id, const std::string& parent) {
+    if (!has(id)) {
+      return agent::kEntityNotFound;
+    }
+    const bool isRoot = agent::isRootMarker(parent);
+    if (!isRoot && !has(parent)) {
+      return agent::kEntityNotFound;
+    }
+    for (std::string at = parent; !agent::isRootMarker(at) && has(at); at = nodeAt(at).parentId) {
+      if (at == id) {
+        return agent::kInvalidName;
+      }
+    }
+    TopoNode_T moved = nodeAt(id);
+    moved.parentId = parent;
+    moved.parentType = isRoot ? NS_DOMAIN::kTopoSubnetwork : nodeAt(parent).nodeType;
+    if (!(moved == nodeAt(id))) {
+      nodeAt(id) = moved;
+      events_.push_back({EVENT_TOPO_NODE_CHANGED, {id}});
+    }
+    return agent::kSuccess;
+  }
+
+  std::uint32_t createElement(const NetworkElement& element) {
+    if (hasElement(element.number)) {
+      return agent::kAlreadyExists;
+    }
+    network_.networkElements.push_back(element);
+    markShown();
+    return agent::kSuccess;
+  }
+
+  std::uint32_t removeElement(std::int32_t number) {
+    if (!hasElement(number)) {
+      return agent::kEntityNotFound;
+    }
+    auto& elements = network_.networkElements;
+    elements.erase(
+        std::remove_if(elements.begin(), elements.end(),
+                       [&](const NetworkElement& element) { return element.number == number; }),
+        elements.end());
+    return agent::kSuccess;
+  }
+
+  void replace(Network network) {
+    Reference after(network);
+    network.ems = network_.ems;
+    NodeEvent deleted{EVENT_TOPO_NODE_DELETED, {}};
+    for (const TopoNode_T& root : network_.topoNodes) {
+      if (agent::isRootMarker(root.parentId)) {
+        for (const TopoNode_T& node : below(root.nodeId)) {
+          if (!after.hasOfType(node)) {
+            deleted.nodes.push_back(node.nodeId);
+          }
+        }
+      }
+    }
+    NodeEvent created{EVENT_TOPO_NODE_CREATED, {}};
+    NodeEvent changed{EVENT_TOPO_NODE_CHANGED, {}};
+    for (const TopoNode_T& node : network.topoNodes) {
+      if (!hasOfType(node)) {
+        created.nodes.push_back(node.nodeId);
+      } else if (!(nodeAt(node.nodeId) == node)) {
+        changed.nodes.push_back(node.nodeId);
+      }
+    }
+    for (NodeEvent& event : std::vector<NodeEvent>{deleted, created, changed}) {
+      if (!event.nodes.empty()) {
+        events_.push_back(std::move(event));
+      }
+    }
+    network_ = std::move(network);
+  }
+
   std::uint32_t setLabel(const std::string& id, const std::string& label) {
     if (!has(id) || nodeAt(id).nodeType != NS_DOMAIN::kTopoSubnetwork) {
       return agent::kEntityNotFound;
@@ -151,6 +226,18 @@ class Reference {
   }
 
  private:
+  bool hasElement(std::int32_t number) const {
+    return std::any_of(network_.networkElements.begin(), network_.networkElements.end(),
+                       [&](const NetworkElement& element) { return element.number == number; });
+  }
+
+  bool hasOfType(const TopoNode_T& node) const {
+    return std::any_of(network_.topoNodes.begin(), network_.topoNodes.end(),
+                       [&](const TopoNode_T& other) {
+                         return other.nodeId == node.nodeId && other.nodeType == node.nodeType;
+                       });
+  }
+
   bool showsAKnownElement(const TopoNode_T& node) const {
     return elementOf(node) >= 0 && hasNodeOf(elementOf(node));
   }
@@ -247,7 +334,7 @@ class World {
   }
 
   void change() {
-    switch (random_.number(0, 9)) {
+    switch (random_.number(0, 12)) {
       case 0:
       case 1:
       case 2:
@@ -263,6 +350,11 @@ class World {
         return setLabel();
       case 8:
         return setNativeName();
+      case 9:
+      case 10:
+        return move();
+      case 11:
+        return random_.number(0, 2) == 0 ? replace() : changeElements();
       default:
         return random_.number(0, 4) == 0 ? restart() : rename();
     }
@@ -389,6 +481,52 @@ class World {
     const std::uint32_t code = reference_.import(more);
     ASSERT_EQ(code, host_->nodes().import(more, summary).code);
     ASSERT_EQ(code == agent::kSuccess ? more.topoNodes.size() : 0, summary.topoNodes);
+  }
+
+  void move() {
+    const std::string id = someId();
+    const std::string parent = random_.number(0, 5) == 0 ? "" : someId();
+    const std::uint32_t code = reference_.move(id, parent);
+    ASSERT_EQ(code, host_->nodes().move(id, parent, agent::NodeService::kTypeOfParent).code)
+        << id << " below " << parent;
+  }
+
+  void changeElements() {
+    agent::InventoryService service(host_->writer());
+    const NetworkElement element = {random_.number(1, 8), someName(), random_.number(0, 1) == 0};
+    const std::uint32_t removed = reference_.removeElement(element.number);
+    ASSERT_EQ(removed, service.removeElement(element.number).code);
+    if (random_.number(0, 1) == 0) {
+      const std::uint32_t created = reference_.createElement(element);
+      ASSERT_EQ(created, service.createElement(element).code);
+    }
+  }
+
+  // The present network without some trees, with other names, a new node and no second node of an
+  // element.
+  void replace() {
+    Reference rest(reference_.network());
+    std::size_t removed = 0;
+    rest.remove(someId(), removed);
+    for (int number = 1; number <= 6; ++number) {
+      if (rest.has("NE=" + std::to_string(number))) {
+        rest.remove("EQ=1,NE=" + std::to_string(number), removed);
+      }
+    }
+    rest.rename(someId(), someName());
+    rest.create(someNode());
+    Network network = rest.network();
+    network.objectLabels.clear();
+    for (NetworkElement& element : network.networkElements) {
+      element.shownForNode = false;
+    }
+    network.ems = "other";
+    reference_.replace(network);
+    agent::ImportSummary summary;
+    agent::ImportOptions options;
+    options.replace = true;
+    const auto outcome = host_->nodes().import(std::move(network), summary, options);
+    ASSERT_EQ(agent::kSuccess, outcome.code) << outcome.reason;
   }
 
   void setLabel() {

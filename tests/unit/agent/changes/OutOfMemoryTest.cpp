@@ -5,6 +5,7 @@
 #include <future>
 
 #include "agent/base/FailureCodes.h"
+#include "agent/changes/InventoryService.h"
 #include "tests/fakes/FailingNew.h"
 #include "tests/support/Task.h"
 #include "tests/unit/agent/changes/ChangingHost.h"
@@ -61,7 +62,7 @@ class OutOfMemory : public testing::Test {
 
 TEST_F(OutOfMemory, CreatesANodeOrChangesNothing) {
   for (int i = 0; i < 30; ++i) {
-    auto node = nodeOf("a created node with a long id " + std::to_string(i), "node 1",
+    auto node = nodeOf("EQ=a rack with a long name,NE=" + std::to_string(i), "node 1",
                        NS_DOMAIN::kTopoElement);
     node.extendedAttributes = {{"an attribute with a long key", "and with a long value"}};
     expectAllOrNothing(host_, [&] { return host_.nodes().create(node); });
@@ -91,6 +92,61 @@ TEST_F(OutOfMemory, ImportsANetworkOrChangesNothing) {
     }
   });
   EXPECT_EQ(4U, summary.topoNodes);
+}
+
+TEST_F(OutOfMemory, ReplacesTheNetworkOrChangesNothing) {
+  const agent::Network network = sampleNetwork();
+  agent::ImportSummary summary;
+  agent::ImportOptions options;
+  options.replace = true;
+  expectAllOrNothing(host_, [&] {
+    try {
+      return host_.nodes().import(network, summary, options);
+    } catch (const std::bad_alloc&) {  // from the copy
+      return Outcome{agent::kInternalError, {}};
+    }
+  });
+  EXPECT_EQ(4U, host_.model().topoNodeCount());
+}
+
+TEST_F(OutOfMemory, MovesAndChangesANodeOrChangesNothing) {
+  const std::string parent = "a new parent with a long id";
+  ASSERT_EQ(agent::kSuccess, host_.nodes().create(nodeOf(parent, "node 2")).code);
+  agent::NodeFields fields;
+  fields.attributes = Pairs{{"an attribute with a long key", "and with a long value"}};
+  expectAllOrNothing(host_, [&] {
+    return host_.nodes().move("node 1", parent, agent::NodeService::kTypeOfParent);
+  });
+  expectAllOrNothing(host_, [&] { return host_.nodes().change("node 1", fields); });
+  std::size_t removed = 0;
+  EXPECT_EQ(agent::kSuccess, host_.nodes().remove("node 2", removed).code);
+  EXPECT_EQ(3U, removed);
+}
+
+TEST_F(OutOfMemory, ChangesAndRemovesOtherRecordsOrChangesNothing) {
+  agent::ImportSummary summary;
+  ASSERT_EQ(agent::kSuccess, host_.nodes().import(sampleNetwork(), summary).code);
+  agent::InventoryService service(host_.writer());
+  const std::string text = "a text that needs memory of its own";
+  const auto expect = [&](const auto& change) {
+    expectAllOrNothing(host_, [&] {
+      try {
+        return change();
+      } catch (const std::bad_alloc&) {  // from the arguments
+        return Outcome{agent::kInternalError, {}};
+      }
+    });
+  };
+  expect([&] { return service.createElement({99, text}); });
+  expect([&] { return service.renameElement(7, text); });
+  expect([&] { return service.setElementShown(7, true); });
+  expect([&] { return service.createClockPosition(positionOf(text, text)); });
+  expect([&] { return service.changeClockPosition("NE=7", {text, std::nullopt}); });
+  expect([&] { return service.createClockLink(linkOf(text, text)); });
+  expect([&] { return service.changeClockLink("z", {text, std::nullopt, text}); });
+  expect([&] { return service.removeClockLink("z"); });
+  expect([&] { return service.removeClockPosition(text); });
+  expect([&] { return service.removeElement(99); });
 }
 
 TEST_F(OutOfMemory, SetsALabelOrChangesNothing) {
