@@ -5,6 +5,7 @@
 #include <charconv>
 #include <optional>
 #include <string_view>
+#include <system_error>
 #include <utility>
 
 #include "orb/naming.h"
@@ -24,9 +25,35 @@ bool hasScheme(std::string_view reference, std::string_view scheme) {
          std::equal(scheme.begin(), scheme.end(), reference.begin(), equalsIgnoringCase);
 }
 
+bool isIiop(std::string_view address) {
+  return address.substr(0, 1) == ":" || address.substr(0, 5) == "iiop:";
+}
+
+// The ORBs reject a port out of range without a reason. REQUIRES: isIiop(address).
+void checkPort(std::string_view address) {
+  const std::size_t version = address.find('@');
+  const std::size_t host = version == std::string_view::npos ? address.find(':') : version;
+  address.remove_prefix(host + 1);
+  const std::size_t bracket = std::min(address.find(']'), address.size());
+  const std::size_t colon = address.find(':', bracket < address.size() ? bracket : 0);
+  if (colon == std::string_view::npos || colon + 1 == address.size()) {
+    return;  // the ORB's default port
+  }
+  const std::string_view port = address.substr(colon + 1);
+  std::uint16_t number = 0;
+  const auto [end, error] = std::from_chars(port.data(), port.data() + port.size(), number);
+  if (error != std::errc() || end != port.data() + port.size() || number == 0) {
+    throw MalformedReference("the port '" + std::string(port) +
+                             "' is not a number from 1 to 65535");
+  }
+}
+
 std::string withVersion(std::string_view address) {
-  const bool isIiop = address.substr(0, 1) == ":" || address.substr(0, 5) == "iiop:";
-  if (!isIiop || address.find('@') != std::string_view::npos) {
+  if (!isIiop(address)) {
+    return std::string(address);
+  }
+  checkPort(address);
+  if (address.find('@') != std::string_view::npos) {
     return std::string(address);
   }
   return "iiop:1.2@" + std::string(address.substr(address.find(':') + 1));

@@ -51,6 +51,33 @@ bool isConnectionClosed(const CORBA::SystemException& failure) {
           failure.minor() == omni::TRANSIENT_ConnectionClosed);
 }
 
+bool isNotConnected(const CORBA::SystemException& failure) {
+  return CORBA::TRANSIENT::_downcast(&failure) != nullptr &&
+         (failure.minor() == omni::TRANSIENT_ConnectFailed ||
+          failure.minor() == omni::TRANSIENT_NoUsableProfile);
+}
+
+// The codes of the switch are those of the calling ORB. All other codes come from the server.
+bool isRejected(const CORBA::SystemException& failure) {
+  if (CORBA::TRANSIENT::_downcast(&failure) == nullptr ||
+      failure.completed() != CORBA::COMPLETED_NO) {
+    return false;
+  }
+  switch (failure.minor()) {
+    case omni::TRANSIENT_NoUsableProfile:
+    case omni::TRANSIENT_RequestCancelled:
+    case omni::TRANSIENT_FailedOnForwarded:
+    case omni::TRANSIENT_ConnectFailed:
+    case omni::TRANSIENT_CallTimedout:
+    case omni::TRANSIENT_BiDirConnIsGone:
+    case omni::TRANSIENT_BiDirConnUsedWithNoPOA:
+    case omni::TRANSIENT_ConnectionClosed:
+      return false;
+    default:
+      return true;
+  }
+}
+
 bool isUnreachable(const CORBA::SystemException& failure) {
   if (isBrokenOff(failure)) {
     return false;

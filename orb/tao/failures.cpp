@@ -19,6 +19,7 @@ constexpr CORBA::ULong kVendor = 0xfffff000;
 constexpr CORBA::ULong kLocation =
     0x00000f80;  // the place of the failure, in the ORB's own minor codes
 constexpr CORBA::ULong kErrno = 0x0000007f;
+constexpr CORBA::ULong kNoUsableProfile = CORBA::OMGVMCID | 2;
 
 CORBA::ULong locationOf(const CORBA::SystemException& failure) {
   return (failure.minor() & kVendor) == TAO::VMCID ? failure.minor() & kLocation : 0;
@@ -44,7 +45,7 @@ int errorOf(CORBA::ULong code) {
 // Returns a text for the minor codes of this ORB and for the OMG codes that the ORB raises; "" for
 // all other codes.
 std::string causeOf(const CORBA::SystemException& failure) {
-  if (isTransient(failure) && failure.minor() == (CORBA::OMGVMCID | 2)) {
+  if (isNotConnected(failure)) {
     return "no connection";
   }
   if (isTransient(failure) && failure.minor() == (CORBA::OMGVMCID | 1)) {
@@ -96,6 +97,22 @@ bool isTimeout(const CORBA::SystemException& failure) {
 
 bool isConnectionClosed(const CORBA::SystemException& failure) {
   return isCommFailure(failure);
+}
+
+bool isNotConnected(const CORBA::SystemException& failure) {
+  return isTransient(failure) && failure.minor() == kNoUsableProfile;
+}
+
+// Of this ORB's own codes only those of a POA manager come from the server.
+bool isRejected(const CORBA::SystemException& failure) {
+  if (!isTransient(failure) || failure.completed() != CORBA::COMPLETED_NO) {
+    return false;
+  }
+  if ((failure.minor() & kVendor) == TAO::VMCID) {
+    const CORBA::ULong location = locationOf(failure);
+    return location == TAO_POA_DISCARDING || location == TAO_POA_HOLDING;
+  }
+  return failure.minor() != kNoUsableProfile;
 }
 
 bool isUnreachable(const CORBA::SystemException& failure) {

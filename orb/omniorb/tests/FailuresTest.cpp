@@ -10,7 +10,7 @@
 namespace {
 
 TEST(OrbFailures, AreDescribedByNameAndMinorCode) {
-  EXPECT_EQ("TRANSIENT (TRANSIENT_ConnectFailed): unreachable",
+  EXPECT_EQ("TRANSIENT (TRANSIENT_ConnectFailed): not connected, unreachable",
             verdictsOn<CORBA::TRANSIENT>(omni::TRANSIENT_ConnectFailed));
   EXPECT_EQ("OBJECT_NOT_EXIST (OBJECT_NOT_EXIST_NoMatch): unreachable",
             verdictsOn<CORBA::OBJECT_NOT_EXIST>(omni::OBJECT_NOT_EXIST_NoMatch));
@@ -34,6 +34,19 @@ TEST(OrbFailures, OfTimeoutsHaveTwoCodes) {
             verdictsOn<CORBA::TRANSIENT>(omni::TRANSIENT_CallTimedout));
   EXPECT_EQ("TIMEOUT (TIMEOUT_CallTimedOutOnClient): time-out, unreachable",
             verdictsOn<CORBA::TIMEOUT>(omni::TIMEOUT_CallTimedOutOnClient));
+}
+
+TEST(OrbFailures, OfAServerThatDoesNotServeTheObjectAreRejected) {
+  EXPECT_EQ("TRANSIENT (TRANSIENT_POANoResource): rejected, unreachable",
+            verdictsOn<CORBA::TRANSIENT>(CORBA::OMGVMCID | 1));
+  EXPECT_EQ("TRANSIENT: rejected, unreachable", verdictsOn<CORBA::TRANSIENT>(0));
+  const CORBA::TRANSIENT maybeExecuted(CORBA::OMGVMCID | 1, CORBA::COMPLETED_MAYBE);
+  EXPECT_FALSE(orb::isRejected(maybeExecuted));
+}
+
+TEST(OrbFailures, WithoutAnAddressToConnectToAreNotConnected) {
+  EXPECT_EQ("TRANSIENT (TRANSIENT_NoUsableProfile): not connected, unreachable",
+            verdictsOn<CORBA::TRANSIENT>(omni::TRANSIENT_NoUsableProfile));
 }
 
 TEST(OrbFailures, OfTheSizeLimitHaveManyCodes) {

@@ -18,20 +18,29 @@ CORBA::ULong own(CORBA::ULong location, CORBA::ULong error = 0) {
 }
 
 TEST(OrbFailures, DescribeOmgCodesInWords) {
-  EXPECT_EQ("TRANSIENT (requests are discarded): unreachable",
+  EXPECT_EQ("TRANSIENT (requests are discarded): rejected, unreachable",
             verdictsOn<CORBA::TRANSIENT>(CORBA::OMGVMCID | 1));
-  EXPECT_EQ("TRANSIENT (no connection): unreachable",
+  EXPECT_EQ("TRANSIENT (no connection): not connected, unreachable",
             verdictsOn<CORBA::TRANSIENT>(CORBA::OMGVMCID | 2));
-  EXPECT_EQ("TRANSIENT: unreachable", verdictsOn<CORBA::TRANSIENT>(CORBA::OMGVMCID | 3));
+  EXPECT_EQ("TRANSIENT: rejected, unreachable", verdictsOn<CORBA::TRANSIENT>(CORBA::OMGVMCID | 3));
 }
 
 TEST(OrbFailures, WithoutAKnownCodeAreDescribedByName) {
-  EXPECT_EQ("TRANSIENT: unreachable", verdictsOn<CORBA::TRANSIENT>(0));
+  EXPECT_EQ("TRANSIENT: rejected, unreachable", verdictsOn<CORBA::TRANSIENT>(0));
   EXPECT_EQ("COMM_FAILURE: connection closed, unreachable", verdictsOn<CORBA::COMM_FAILURE>(0));
   EXPECT_EQ("TIMEOUT: time-out, unreachable", verdictsOn<CORBA::TIMEOUT>(0));
   EXPECT_EQ("OBJECT_NOT_EXIST: unreachable", verdictsOn<CORBA::OBJECT_NOT_EXIST>(0));
   EXPECT_EQ("MARSHAL:", verdictsOn<CORBA::MARSHAL>(0));
   EXPECT_EQ("NO_PERMISSION:", verdictsOn<CORBA::NO_PERMISSION>(0));
+}
+
+TEST(OrbFailures, OfAPoaThatServesNoRequestsAreRejected) {
+  for (const CORBA::ULong location : {TAO_POA_DISCARDING, TAO_POA_HOLDING}) {
+    const CORBA::TRANSIENT failure(own(location, 1), CORBA::COMPLETED_NO);
+    EXPECT_TRUE(orb::isRejected(failure));
+    const CORBA::TRANSIENT maybeExecuted(own(location, 1), CORBA::COMPLETED_MAYBE);
+    EXPECT_FALSE(orb::isRejected(maybeExecuted));
+  }
 }
 
 TEST(OrbFailures, OfOtherVendorsAreDescribedByName) {

@@ -149,12 +149,23 @@ TEST_F(Resolve, RejectsAnEmptyIor) {
 
 TEST_F(Resolve, RejectsATextThatTheOrbCannotRead) {
   for (const std::string reference :
-       {"IOR:zz", "corbaloc:", "corbaloc::h:port/X", "corbaname:x:y#z"}) {
+       {"IOR:zz", "corbaloc:", "corbaloc:x:h:99999/X", "corbaname:x:y#z"}) {
     EXPECT_THAT(
         reasonAgainst(reference),
         testing::AnyOf(HasSubstr("BAD_PARAM"), HasSubstr("INV_OBJREF"), HasSubstr("MARSHAL")))
         << reference;
   }
+}
+
+TEST_F(Resolve, RejectsAPortOutOfRange) {
+  const auto text = [](const std::string& port) {
+    return "the port '" + port + "' is not a number from 1 to 65535";
+  };
+  EXPECT_EQ(text("99999"), reasonAgainst("corbaloc::127.0.0.1:99999/X"));
+  EXPECT_EQ(text("65536"), reasonAgainst("corbaloc:iiop:1.2@h:65536/X"));
+  EXPECT_EQ(text("0"), reasonAgainst("corbaloc:iiop:[::1]:0/X"));
+  EXPECT_EQ(text("port"), reasonAgainst("corbaloc::h:1,iiop:h:port/X"));
+  EXPECT_EQ(text("70000"), reasonAgainst("corbaname::h:70000#X"));
 }
 
 class ResolveError : public Resolve {

@@ -19,6 +19,8 @@ inline std::string verdictsOn(const CORBA::SystemException& failure) {
   add(orb::isBrokenOff(failure), "broken off");
   add(orb::isTimeout(failure), "time-out");
   add(orb::isConnectionClosed(failure), "connection closed");
+  add(orb::isNotConnected(failure), "not connected");
+  add(orb::isRejected(failure), "rejected");
   add(orb::isUnreachable(failure), "unreachable");
   return line;
 }
