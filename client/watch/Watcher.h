@@ -10,10 +10,10 @@
 #include <string>
 
 #include "client/base/AgentAccess.h"
+#include "client/base/RetryDelay.h"
 #include "client/watch/EventLines.h"
 #include "client/watch/Inbox.h"
 #include "client/watch/KnownNodes.h"
-#include "client/watch/RetryDelay.h"
 #include "client/watch/Subscription.h"
 
 namespace topoctl {

@@ -1,4 +1,4 @@
-#include "client/watch/RetryDelay.h"
+#include "client/base/RetryDelay.h"
 
 #include <gtest/gtest.h>
 

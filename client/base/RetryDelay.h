@@ -1,7 +1,7 @@
 // The time between attempts to reach an agent again.
 
-#ifndef CLIENT_WATCH_RETRYDELAY_H
-#define CLIENT_WATCH_RETRYDELAY_H
+#ifndef CLIENT_BASE_RETRYDELAY_H
+#define CLIENT_BASE_RETRYDELAY_H
 
 #include <algorithm>
 #include <chrono>
