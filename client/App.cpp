@@ -11,10 +11,11 @@
 namespace topoctl {
 namespace {
 
-PrintFunction call(const Options& options, CORBA::ORB_ptr orb, const Streams& streams) {
+PrintFunction call(const Options& options, CORBA::ORB_ptr orb, const Streams& streams,
+                   const RetryPolicy& retry) {
   Progress progress(streams.err, streams.errIsTerminal);
   const ProgressFunction update = [&progress](std::size_t records) { progress.update(records); };
-  return commandNamed(options.command).call({orb, options, update});
+  return commandNamed(options.command).call({orb, options, update, retry});
 }
 
 void runCommand(const Options& options, const Streams& streams) {
@@ -28,13 +29,14 @@ void runCommand(const Options& options, const Streams& streams) {
     return;
   }
   const auto orb = orb::startClient(orbOptions(options.access));
-  execute(options, orb->get(), streams);
+  execute(options, orb->get(), streams, RetryPolicy());
 }
 
 }  // namespace
 
-void execute(const Options& options, CORBA::ORB_ptr orb, const Streams& streams) {
-  const PrintFunction printResult = call(options, orb, streams);
+void execute(const Options& options, CORBA::ORB_ptr orb, const Streams& streams,
+             const RetryPolicy& retry) {
+  const PrintFunction printResult = call(options, orb, streams, retry);
   printResult(streams.out);
   flush(streams.out);
 }

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "client/agent/Reload.h"
 #include "client/commandline/Options.h"
 #include "orb/orb.h"
 
@@ -26,7 +27,8 @@ int run(const std::vector<std::string>& arguments, const std::string& agentOfEnv
 
 // Runs a command other than watch on a running ORB. Exceptions pass; `out` is empty then, unless
 // `out` itself failed. REQUIRES: the command of the options has a CallFunction.
-void execute(const Options& options, CORBA::ORB_ptr orb, const Streams& streams);
+void execute(const Options& options, CORBA::ORB_ptr orb, const Streams& streams,
+             const RetryPolicy& retry);
 
 }  // namespace topoctl
 

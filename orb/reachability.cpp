@@ -73,7 +73,7 @@ std::string whyNotConnected(const std::string& address, std::chrono::millisecond
     }
   }
   return error == ECONNREFUSED
-             ? address + " refuses connections"
+             ? "connection refused by " + address
              : "no connection to " + address + ": " + std::generic_category().message(error);
 }
 

@@ -63,6 +63,20 @@ Failure replyBrokenOff(const AgentAccess& access) {
                      askForLess(access) + ", or raise --max-message of the agent");
 }
 
+// A clause about the agent. callObject() has explained the failures of connecting already.
+std::string whyUnreachable(const CORBA::SystemException& failure, const AgentAccess& access) {
+  if (orb::isTimeout(failure)) {
+    return "did not answer " + describeTimeout(access);
+  }
+  if (orb::isRejected(failure)) {
+    return "answers, but does not serve the request now: it reloads its module, starts or stops";
+  }
+  if (orb::isConnectionClosed(failure)) {
+    return "closed the connection before it answered, and may have executed the request";
+  }
+  return "cannot be reached: " + orb::describe(failure);
+}
+
 Failure callFailure(const CORBA::SystemException& failure, const AgentAccess& access) {
   if (orb::isMessageTooLarge(failure)) {
     return messageTooLarge(access);
@@ -70,12 +84,12 @@ Failure callFailure(const CORBA::SystemException& failure, const AgentAccess& ac
   if (orb::isBrokenOff(failure)) {
     return replyBrokenOff(access);
   }
-  const std::string agent = describeAgent(access);
   if (orb::isUnreachable(failure)) {
-    return Failure(ExitCode::kUnreachable, agent + " is not reachable: " + orb::describe(failure));
+    return Failure(ExitCode::kUnreachable,
+                   describeAgent(access) + " " + whyUnreachable(failure, access));
   }
   return Failure(ExitCode::kCallFailed,
-                 "a call to " + agent + " failed: " + orb::describe(failure));
+                 "a call to " + describeAgent(access) + " failed: " + orb::describe(failure));
 }
 
 }  // namespace

@@ -2,11 +2,12 @@
 
 #include <algorithm>
 #include <cctype>
+#include <sstream>
 #include <system_error>
 
 #include "client/base/Failure.h"
 #include "client/base/File.h"
-#include "idl/ObjectKeys.h"
+#include "orb/reachability.h"
 #include "orb/resolve.h"
 
 namespace topoctl {
@@ -25,8 +26,11 @@ std::string shorten(const std::string& reference) {
 
 // The origin of the reference, for messages.
 std::string describeSource(const AgentAccess& access) {
-  return access.iorFile ? "the IOR file '" + *access.iorFile + "'"
-                        : "the reference '" + shorten(access.reference) + "'";
+  if (access.iorFile) {
+    return "the IOR file '" + *access.iorFile + "'";
+  }
+  return "the reference '" + shorten(access.reference) + "'" +
+         (access.isFromEnvironment ? " of $TOPO_AGENT" : "");
 }
 
 [[noreturn]] void badSource(const AgentAccess& access, const std::string& reason) {
@@ -71,6 +75,16 @@ void checkCharacters(const AgentAccess& access, const std::string& reference) {
   }
 }
 
+// Why no connection to the object can be made, as a clause.
+std::string reasonOf(CORBA::Object_ptr object, const AgentAccess& access) {
+  const std::string address = orb::addressOf(object);
+  const std::string reason =
+      address.empty() ? "" : orb::whyNotConnected(address, access.callTimeout);
+  return reason.empty() ? "no connection" : reason;
+}
+
+// ---- naming services
+
 [[noreturn]] void namingFailed(const AgentAccess& access, ExitCode code,
                                const std::string& reason) {
   throw Failure(code, "the naming service of '" + shorten(access.reference) + "' " + reason);
@@ -81,13 +95,35 @@ void checkCharacters(const AgentAccess& access, const std::string& reference) {
   namingFailed(access, notBound ? ExitCode::kUnreachable : ExitCode::kCallFailed, failure.what());
 }
 
-[[noreturn]] void namingFailed(const AgentAccess& access, const CORBA::SystemException& failure) {
-  const bool unreachable = orb::isUnreachable(failure);
-  namingFailed(access, unreachable ? ExitCode::kUnreachable : ExitCode::kCallFailed,
-               (unreachable ? "is not reachable: " : "failed: ") + orb::describe(failure));
+// The naming service itself as an object. REQUIRES: the reference is a valid corbaname.
+CORBA::Object_ptr namingServiceOf(CORBA::ORB_ptr orb, const AgentAccess& access,
+                                  const std::string& reference) {
+  const std::size_t scheme = reference.find(':');
+  const std::string location = reference.substr(scheme, reference.find('#') - scheme);
+  const bool hasKey = location.find('/') != std::string::npos;
+  return orb::resolve(orb, "corbaloc" + location + (hasKey ? "" : "/NameService"),
+                      access.callTimeout);
 }
 
-CORBA::Object_ptr resolve(CORBA::ORB_ptr orb, const AgentAccess& access) {
+[[noreturn]] void namingFailed(CORBA::ORB_ptr orb, const AgentAccess& access,
+                               const std::string& reference,
+                               const CORBA::SystemException& failure) {
+  if (orb::isNotConnected(failure)) {
+    const CORBA::Object_var service = namingServiceOf(orb, access, reference);
+    namingFailed(access, ExitCode::kUnreachable, "cannot be reached: " + reasonOf(service, access));
+  }
+  if (orb::isTimeout(failure)) {
+    namingFailed(access, ExitCode::kUnreachable, "did not answer " + describeTimeout(access));
+  }
+  if (CORBA::OBJECT_NOT_EXIST::_downcast(&failure) != nullptr) {
+    namingFailed(access, ExitCode::kUnreachable,
+                 "does not exist: the server at its address answers, but has no such object");
+  }
+  namingFailed(access, orb::isUnreachable(failure) ? ExitCode::kUnreachable : ExitCode::kCallFailed,
+               "failed: " + orb::describe(failure));
+}
+
+CORBA::Object_ptr resolveReference(CORBA::ORB_ptr orb, const AgentAccess& access) {
   const std::string reference = access.iorFile ? readIorFile(access) : access.reference;
   try {
     checkCharacters(access, reference);
@@ -101,29 +137,8 @@ CORBA::Object_ptr resolve(CORBA::ORB_ptr orb, const AgentAccess& access) {
   } catch (const orb::NamingServiceError& failure) {
     namingFailed(access, failure);
   } catch (const CORBA::SystemException& failure) {
-    namingFailed(access, failure);
+    namingFailed(orb, access, reference, failure);
   }
-}
-
-CORBA::Object_ptr resolveBeside(CORBA::ORB_ptr orb, const AgentAccess& access, const char* key) {
-  const CORBA::Object_var manager = resolve(orb, access);
-  try {
-    return orb::objectBeside(orb, manager, key);
-  } catch (const CORBA::BAD_PARAM&) {
-    badSource(access, "has no address");
-  }
-}
-
-template <typename Interface>
-typename Interface::_var_type connectBeside(CORBA::ORB_ptr orb, const AgentAccess& access,
-                                            const char* key, const char* type) {
-  const CORBA::Object_var object = resolveBeside(orb, access, key);
-  typename Interface::_var_type narrowed = Interface::_narrow(object);
-  if (CORBA::is_nil(narrowed)) {
-    throw Failure(ExitCode::kCallFailed, std::string("the object '") + key + "' beside that of " +
-                                             describeSource(access) + " is not a " + type);
-  }
-  return narrowed;
 }
 
 }  // namespace
@@ -137,26 +152,53 @@ orb::Options orbOptions(const AgentAccess& access) {
 }
 
 std::string describeAgent(const AgentAccess& access) {
-  return access.iorFile ? "the agent of the IOR file '" + *access.iorFile + "'"
-                        : "the agent at '" + shorten(access.reference) + "'";
-}
-
-TopoManagementManager::TopoMgr_I_var connectManager(CORBA::ORB_ptr orb, const AgentAccess& access) {
-  const CORBA::Object_var object = resolve(orb, access);
-  TopoManagementManager::TopoMgr_I_var manager = TopoManagementManager::TopoMgr_I::_narrow(object);
-  if (CORBA::is_nil(manager)) {
-    throw Failure(ExitCode::kCallFailed,
-                  "the object of " + describeSource(access) + " is not a TopoMgr_I");
+  if (access.iorFile) {
+    return "the agent of the IOR file '" + *access.iorFile + "'";
   }
-  return manager;
+  return "the agent at '" + shorten(access.reference) + "'" +
+         (access.isFromEnvironment ? " ($TOPO_AGENT)" : "");
 }
 
-TopoAgent::Console_I_var connectConsole(CORBA::ORB_ptr orb, const AgentAccess& access) {
-  return connectBeside<TopoAgent::Console_I>(orb, access, object_key::kConsole, "Console_I");
+std::string describeTimeout(const AgentAccess& access) {
+  if (access.callTimeout.count() == 0) {
+    return "in time";
+  }
+  std::ostringstream text;
+  text << "within " << static_cast<double>(access.callTimeout.count()) / 1000
+       << " seconds; raise --timeout";
+  return text.str();
 }
 
-TopoAgent::Session_I_var connectSession(CORBA::ORB_ptr orb, const AgentAccess& access) {
-  return connectBeside<TopoAgent::Session_I>(orb, access, object_key::kSession, "Session_I");
+CORBA::Object_ptr resolveTarget(CORBA::ORB_ptr orb, const AgentAccess& access,
+                                const Target& target) {
+  CORBA::Object_var manager = resolveReference(orb, access);
+  if (target.key == nullptr) {
+    return manager._retn();
+  }
+  try {
+    return orb::objectBeside(orb, manager, target.key);
+  } catch (const CORBA::BAD_PARAM&) {
+    badSource(access, "has no address");
+  }
+}
+
+void throwWrongType(const AgentAccess& access, const Target& target) {
+  const std::string object = target.key == nullptr
+                                 ? "the object of "
+                                 : "the object '" + std::string(target.key) + "' beside that of ";
+  throw Failure(ExitCode::kCallFailed,
+                object + describeSource(access) + " is not a " + target.type);
+}
+
+void throwIfExplained(const CORBA::SystemException& failure, CORBA::Object_ptr object,
+                      const AgentAccess& access, const Target& target) {
+  if (orb::isNotConnected(failure)) {
+    throw Failure(ExitCode::kUnreachable,
+                  describeAgent(access) + " cannot be reached: " + reasonOf(object, access));
+  }
+  if (CORBA::OBJECT_NOT_EXIST::_downcast(&failure) != nullptr) {
+    throw Failure(ExitCode::kUnreachable, describeAgent(access) + " " + target.missing);
+  }
 }
 
 }  // namespace topoctl

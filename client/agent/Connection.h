@@ -1,4 +1,4 @@
-// Resolves the references to the agent's objects. Thread-safety of all functions: any thread.
+// Connects to the objects of the agent. Thread-safety of all functions: any thread.
 
 #ifndef CLIENT_AGENT_CONNECTION_H
 #define CLIENT_AGENT_CONNECTION_H
@@ -6,8 +6,7 @@
 #include <string>
 
 #include "client/base/AgentAccess.h"
-#include "orb/idl/TopoAgent.h"
-#include "orb/idl/TopoManagementManager.h"
+#include "idl/ObjectKeys.h"
 #include "orb/orb.h"
 
 namespace topoctl {
@@ -18,16 +17,58 @@ orb::Options orbOptions(const AgentAccess& access);
 // "the agent at 'REF'" or "the agent of the IOR file 'PATH'", for messages.
 std::string describeAgent(const AgentAccess& access);
 
-// The connect functions resolve the reference of `access`, ask the object for its type and return a
-// reference that the caller owns. They throw Failure: kUsage for a malformed reference or an
-// unreadable file, kUnreachable when a naming service does not answer or does not know the name,
-// kCallFailed for an object of another type. CORBA exceptions of the call to the agent pass.
-TopoManagementManager::TopoMgr_I_var connectManager(CORBA::ORB_ptr orb, const AgentAccess& access);
+// "within N seconds; raise --timeout", for messages.
+std::string describeTimeout(const AgentAccess& access);
 
-// The console and the session have keys of their own on the first address of the manager's
-// reference; the manager itself is not called. A reference without an address is kUsage, too.
-TopoAgent::Console_I_var connectConsole(CORBA::ORB_ptr orb, const AgentAccess& access);
-TopoAgent::Session_I_var connectSession(CORBA::ORB_ptr orb, const AgentAccess& access);
+// An object of the agent. Borrows its texts, which are literals.
+struct Target {
+  const char* key;      // at the first address of the manager's reference; null: the manager itself
+  const char* type;     // the interface
+  const char* missing;  // what the agent does when it has no such object, after its name
+};
+
+inline constexpr Target kManager = {nullptr, "TopoMgr_I",
+                                    "answers, but has no object of this name"};
+inline constexpr Target kConsole = {object_key::kConsole, "Console_I",
+                                    "has no console: the agent was started with --no-console"};
+inline constexpr Target kSession = {object_key::kSession, "Session_I",
+                                    "answers, but sends no notifications to clients"};
+
+// ---- for callObject()
+
+// Returns the object without a call, except that a corbaname takes a call to the naming service.
+// The caller owns the result. Throws Failure: kUsage for a malformed reference, a reference without
+// an address or an unreadable file, kUnreachable when a naming service does not answer or does not
+// know the name.
+CORBA::Object_ptr resolveTarget(CORBA::ORB_ptr orb, const AgentAccess& access,
+                                const Target& target);
+
+[[noreturn]] void throwWrongType(const AgentAccess& access, const Target& target);
+
+// Throws Failure (kUnreachable) when the failure of a call to the object means that no connection
+// can be made or that the object does not exist; otherwise returns.
+void throwIfExplained(const CORBA::SystemException& failure, CORBA::Object_ptr object,
+                      const AgentAccess& access, const Target& target);
+
+// Resolves the target, asks the object for its type and returns the result of `call`, which gets a
+// reference that is valid for the call.
+//
+// Throws what resolveTarget() and throwIfExplained() throw, and Failure (kCallFailed) for an object
+// of another type; other exceptions of the calls pass.
+template <typename Interface, typename Call>
+auto callObject(CORBA::ORB_ptr orb, const AgentAccess& access, const Target& target, Call call) {
+  const CORBA::Object_var object = resolveTarget(orb, access, target);
+  try {
+    const typename Interface::_var_type narrowed = Interface::_narrow(object);
+    if (CORBA::is_nil(narrowed)) {
+      throwWrongType(access, target);
+    }
+    return call(narrowed.in());
+  } catch (const CORBA::SystemException& failure) {
+    throwIfExplained(failure, object, access, target);
+    throw;
+  }
+}
 
 }  // namespace topoctl
 

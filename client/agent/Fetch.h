@@ -46,6 +46,17 @@ class IteratorGuard {
   typename Iterator::_var_type iterator_;
 };
 
+// The agent has ended an iterator before its last batch. Thread-safety, ownership and errors: as
+// Failure.
+class IteratorEnded : public Failure {
+ public:
+  explicit IteratorEnded(std::size_t records)
+      : Failure(ExitCode::kCallFailed,
+                "the iterator ended early, after " + std::to_string(records) +
+                    " records: the agent was restarted, reloaded its module, or dropped the "
+                    "iterator because it was idle for too long") {}
+};
+
 template <typename List, typename Iterator>
 bool fetchBatch(typename Iterator::_ptr_type iterator, std::uint32_t howMany,
                 IteratorGuard<Iterator>& guard, Batches<List>& batches) {
@@ -60,10 +71,7 @@ bool fetchBatch(typename Iterator::_ptr_type iterator, std::uint32_t howMany,
     return more;
   } catch (const CORBA::OBJECT_NOT_EXIST&) {
     guard.forget();
-    throw Failure(ExitCode::kCallFailed, "the iterator ended early, after " +
-                                             std::to_string(batches.size()) +
-                                             " records: the agent was restarted, or dropped it "
-                                             "because it was idle for too long");
+    throw IteratorEnded(batches.size());
   } catch (const CORBA::SystemException& failure) {
     if (orb::isUnreachable(failure)) {
       guard.forget();  // a call of destroy() would wait for another timeout
@@ -74,8 +82,9 @@ bool fetchBatch(typename Iterator::_ptr_type iterator, std::uint32_t howMany,
 
 // Calls `first(n, list, iterator)`, the operation of a view with the _out arguments of the mapping,
 // with howMany, then the iterator with iteratorBatch(howMany) until the view ends. Calls `progress`
-// after every batch. Throws Failure (kCallFailed) when the iterator ends early; exceptions of the
-// calls pass. A failure destroys the iterator. Thread-safety: any thread.
+// after every batch. Throws IteratorEnded when the iterator ends early, and Failure (kCallFailed)
+// when the iterator delivers nothing; exceptions of the calls pass. A failure destroys the
+// iterator. Thread-safety: any thread.
 template <typename List, typename Iterator, typename First>
 Batches<List> fetchAll(std::uint32_t howMany, First first, const ProgressFunction& progress) {
   Batches<List> batches;

@@ -19,6 +19,7 @@ constexpr std::uint32_t kMinMaxMessage = 8192;                              // b
 
 struct AgentAccess {
   std::string reference = kDefaultAgent;    // IOR, corbaloc or corbaname; unused with an iorFile
+  bool isFromEnvironment = false;           // whether $TOPO_AGENT has the reference
   std::optional<std::string> iorFile;       // path of a file that contains the reference
   std::uint32_t howMany = kDefaultHowMany;  // records in the first reply of a view; 0: no record
   std::chrono::milliseconds callTimeout = kDefaultTimeout;  // 0: no limit

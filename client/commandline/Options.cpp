@@ -155,6 +155,7 @@ void readAgent(const CLI::App& app, const Typed& typed, const std::string& agent
     options.access.reference = typed.agent;
   } else if (!agentOfEnvironment.empty()) {
     options.access.reference = agentOfEnvironment;
+    options.access.isFromEnvironment = true;
   }
 }
 

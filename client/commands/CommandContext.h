@@ -4,6 +4,7 @@
 #define CLIENT_COMMANDS_COMMANDCONTEXT_H
 
 #include "client/agent/Fetch.h"
+#include "client/agent/Reload.h"
 #include "client/commandline/Options.h"
 #include "client/output/PrintFunctions.h"
 #include "orb/idl/TopoManagementManager.h"
@@ -16,6 +17,7 @@ struct CommandContext {
   CORBA::ORB_ptr orb;
   const Options& options;
   const ProgressFunction& progress;
+  const RetryPolicy& retry;  // of calls to the manager
 };
 
 // For a command that calls the manager. Borrows everything for the run.

@@ -153,8 +153,9 @@ PrintFunction reloadModule(TopoAgent::Console_I_ptr console, const Options&) {
 
 CallFunction atConsole(ConsoleFunction function) {
   return [function](const CommandContext& context) {
-    const auto console = connectConsole(context.orb, context.options.access);
-    return function(console.in(), context.options);
+    return callObject<TopoAgent::Console_I>(
+        context.orb, context.options.access, kConsole,
+        [&](TopoAgent::Console_I_ptr console) { return function(console, context.options); });
   };
 }
 

@@ -3,7 +3,6 @@
 #include <functional>
 #include <memory>
 
-#include "client/agent/Connection.h"
 #include "client/agent/Fetch.h"
 #include "client/commands/Commands.h"
 #include "client/commands/ObjectNames.h"
@@ -45,12 +44,15 @@ Batches<typename Records::List> fetchView(const ManagerContext& context, Prepare
       context.options.access.howMany, prepare(context), context.progress);
 }
 
-// A command that connects to the manager and calls `function` with a ManagerContext.
+// A command that connects to the manager and calls `function` with a ManagerContext. The function
+// runs again when it meets a reload of the module.
 template <typename Function>
 CallFunction atManager(Function function) {
   return [function](const CommandContext& context) {
-    const auto manager = connectManager(context.orb, context.options.access);
-    return function({manager.in(), context.options, context.progress});
+    return callManager(context.orb, context.options.access, context.retry,
+                       [&](TopoManagementManager::TopoMgr_I_ptr manager) -> PrintFunction {
+                         return function({manager, context.options, context.progress});
+                       });
   };
 }
 

@@ -1,6 +1,7 @@
 #include "client/watch/Subscription.h"
 
 #include <chrono>
+#include <utility>
 
 #include "client/agent/Connection.h"
 #include "client/agent/Fetch.h"
@@ -11,7 +12,6 @@ namespace {
 
 using TopoManagementManager::NodeIterator_I;
 using TopoManagementManager::NodeList_T;
-using TopoManagementManager::TopoMgr_I_var;
 
 constexpr std::chrono::milliseconds kUnsubscribeTimeout{2000};
 
@@ -33,8 +33,8 @@ TopoAgent::Subscription_I_ptr subscribeAfter(TopoAgent::Session_I_ptr session,
 }  // namespace
 
 Subscription::Subscription(CORBA::ORB_ptr orb, PortableServer::POA_ptr poa,
-                           const AgentAccess& access, Inbox& inbox)
-    : orb_(orb), poa_(poa), access_(access), inbox_(inbox) {}
+                           const AgentAccess& access, Inbox& inbox, RetryPolicy retry)
+    : orb_(orb), poa_(poa), access_(access), inbox_(inbox), retry_(std::move(retry)) {}
 
 Subscription::~Subscription() {
   stopReceiving();
@@ -43,11 +43,13 @@ Subscription::~Subscription() {
 void Subscription::subscribe() {
   stopReceiving();
   subscription_ = TopoAgent::Subscription_I::_nil();
-  const TopoAgent::Session_I_var session = connectSession(orb_, access_);
-  consumer_ = new Consumer(inbox_, inbox_.startSubscription());
-  const PortableServer::ObjectId_var id = poa_->activate_object(consumer_.in());
-  const CosNotifyComm::StructuredPushConsumer_var reference = consumer_->_this();
-  subscription_ = subscribeAfter(session, reference, inbox_.lastId());
+  subscription_ = callObject<TopoAgent::Session_I>(
+      orb_, access_, kSession, [this](TopoAgent::Session_I_ptr session) {
+        consumer_ = new Consumer(inbox_, inbox_.startSubscription());
+        const PortableServer::ObjectId_var id = poa_->activate_object(consumer_.in());
+        const CosNotifyComm::StructuredPushConsumer_var reference = consumer_->_this();
+        return subscribeAfter(session, reference, inbox_.lastId());
+      });
   if (CORBA::is_nil(subscription_)) {
     throw Failure(ExitCode::kCallFailed, "the agent gave no subscription");
   }
@@ -70,14 +72,16 @@ bool Subscription::isAlive() {
 }
 
 KnownNodes Subscription::readNodes() {
-  const TopoMgr_I_var manager = connectManager(orb_, access_);
-  const auto batches = fetchAll<NodeList_T, NodeIterator_I>(
-      access_.howMany,
-      [&manager](CORBA::ULong howMany, const TopoManagementManager::NodeList_T_out& list,
-                 const TopoManagementManager::NodeIterator_I_out& iterator) {
-        manager->getTopoSubnetworkViewInfo(howMany, list, iterator);
-      },
-      [](std::size_t) {});
+  const auto batches =
+      callManager(orb_, access_, retry_, [this](TopoManagementManager::TopoMgr_I_ptr manager) {
+        return fetchAll<NodeList_T, NodeIterator_I>(
+            access_.howMany,
+            [manager](CORBA::ULong howMany, const TopoManagementManager::NodeList_T_out& list,
+                      const TopoManagementManager::NodeIterator_I_out& iterator) {
+              manager->getTopoSubnetworkViewInfo(howMany, list, iterator);
+            },
+            [](std::size_t) {});
+      });
   KnownNodes nodes;
   batches.forEach([&nodes](const auto& node) { nodes.put(node); });
   return nodes;

@@ -5,6 +5,7 @@
 
 #include <memory>
 
+#include "client/agent/Reload.h"
 #include "client/base/AgentAccess.h"
 #include "client/watch/Inbox.h"
 #include "client/watch/KnownNodes.h"
@@ -23,7 +24,7 @@ class Subscription {
  public:
   // REQUIRES: the POA is active.
   Subscription(CORBA::ORB_ptr orb, PortableServer::POA_ptr poa, const AgentAccess& access,
-               Inbox& inbox);
+               Inbox& inbox, RetryPolicy retry);
 
   // Calls stopReceiving(); the agent is not called.
   ~Subscription();
@@ -33,7 +34,7 @@ class Subscription {
   // Resolves the agent's reference again and subscribes after the inbox's last id, or from the next
   // notification on when the agent does not know that id. In the second case the agent reports no
   // gap, so the caller must read the view. Notifications of an earlier subscription are rejected
-  // from now on. Throws the Failures of connectSession(), and kCallFailed when the agent returns a
+  // from now on. Throws the Failures of callObject(), and kCallFailed when the agent returns a
   // nil subscription; exceptions of the call pass.
   void subscribe();
 
@@ -41,7 +42,7 @@ class Subscription {
   // call pass. REQUIRES: subscribe() has succeeded.
   bool isAlive();
 
-  // Reads the topology subnetwork view. Throws the Failures of connectManager() and fetchAll();
+  // Reads the topology subnetwork view. Throws the Failures of callManager() and fetchAll();
   // exceptions of the calls pass.
   KnownNodes readNodes();
 
@@ -57,6 +58,7 @@ class Subscription {
   PortableServer::POA_ptr poa_;
   const AgentAccess& access_;
   Inbox& inbox_;
+  const RetryPolicy retry_;                         // of readNodes()
   PortableServer::Servant_var<Consumer> consumer_;  // nil: not receiving
   TopoAgent::Subscription_I_var subscription_;
 };

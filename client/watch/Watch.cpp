@@ -19,6 +19,16 @@ orb::Options consumerOptions(const AgentAccess& access) {
   return result;
 }
 
+// As the default policy, but an interrupted wait ends the repetitions.
+RetryPolicy retryUntilStopped(Inbox& inbox) {
+  RetryPolicy policy;
+  policy.wait = [&inbox](std::chrono::milliseconds delay) {
+    inbox.waitForStop(delay);
+    return !inbox.isStopped();
+  };
+  return policy;
+}
+
 }  // namespace
 
 void watch(const AgentAccess& access, const WatchOptions& options, std::ostream& out) {
@@ -27,7 +37,8 @@ void watch(const AgentAccess& access, const WatchOptions& options, std::ostream&
   const auto server = orb::startServer(consumerOptions(access), options.listen, nullptr);
   const PortableServer::POAManager_var manager = server->rootPoa()->the_POAManager();
   manager->activate();
-  Subscription subscription(server->get(), server->rootPoa(), access, inbox);
+  Subscription subscription(server->get(), server->rootPoa(), access, inbox,
+                            retryUntilStopped(inbox));
   EventLines lines(out, options.format, std::chrono::system_clock::now);
   const Intervals intervals;
   RetryDelay retryDelay(intervals.firstRetry, intervals.lastRetry);

@@ -23,7 +23,7 @@ TEST(Reachability, NamesAPortThatRefusesConnections) {
     const SilentPeer closed;
     address = "127.0.0.1:" + std::to_string(closed.port());
   }
-  EXPECT_EQ(orb::whyNotConnected(address, milliseconds(100)), address + " refuses connections");
+  EXPECT_EQ(orb::whyNotConnected(address, milliseconds(100)), "connection refused by " + address);
 }
 
 TEST(Reachability, NamesTheErrorOfTheSystem) {

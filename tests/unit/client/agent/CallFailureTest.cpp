@@ -69,8 +69,9 @@ TEST_F(CallFailures, NameAnyOtherSystemException) {
 }
 
 TEST_F(CallFailures, NameAnObjectThatDoesNotExist) {
-  EXPECT_THAT(failureAt("corbaloc::" + address() + "/SomethingElse"),
-              exitWithPrefix(2, "topoctl: t"));
+  const std::string reference = "corbaloc::" + address() + "/SomethingElse";
+  EXPECT_EQ(failureAt(reference), exitWith(2, "topoctl: the agent at '" + reference +
+                                                  "' answers, but has no object of this name\n"));
 }
 
 TEST_F(CallFailures, NameAnObjectOfAnotherType) {
@@ -83,7 +84,44 @@ TEST_F(CallFailures, NameAnObjectOfAnotherType) {
   other->retire();
 }
 
+TEST_F(CallFailures, TellAMissingAnswerFromARejectedRequest) {
+  const std::string agent = "topoctl: the agent at '" + agentReference() + "' ";
+  script.onView = [] { throw CORBA::TIMEOUT(); };
+  EXPECT_EQ(failureOf(options("topo")),
+            exitWith(2, agent + "did not answer within 30 seconds; raise --timeout\n"));
+  Options hasty = options("topo");
+  hasty.access.callTimeout = std::chrono::milliseconds(250);
+  EXPECT_EQ(failureOf(hasty),
+            exitWith(2, agent + "did not answer within 0.25 seconds; raise --timeout\n"));
+  script.onView = [] { throw CORBA::TRANSIENT(CORBA::OMGVMCID | 1, CORBA::COMPLETED_NO); };
+  EXPECT_EQ(
+      failureOf(options("topo")),
+      exitWith(2, agent + "answers, but does not serve the request now: it reloads its module, "
+                          "starts or stops\n"));
+}
+
 // ---- references
+
+TEST_F(CallFailures, NameTheEnvironmentAsTheSourceOfTheReference) {
+  Options at = options("topo");
+  at.access.reference = "nonsense";
+  at.access.isFromEnvironment = true;
+  EXPECT_EQ(failureOf(at),
+            exitWith(1,
+                     "topoctl: the reference 'nonsense' of $TOPO_AGENT is malformed: it starts "
+                     "with none of IOR:, corbaloc:, corbaname:\n"));
+  at.access.reference = "corbaloc::" + address() + "/SomethingElse";
+  EXPECT_EQ(failureOf(at), exitWith(2, "topoctl: the agent at '" + at.access.reference +
+                                           "' ($TOPO_AGENT) answers, but has no object of this "
+                                           "name\n"));
+}
+
+TEST_F(CallFailures, ExplainAPortOutOfRange) {
+  EXPECT_EQ(failureAt("corbaloc::127.0.0.1:99999/X"),
+            exitWith(1,
+                     "topoctl: the reference 'corbaloc::127.0.0.1:99999/X' is malformed: the port "
+                     "'99999' is not a number from 1 to 65535\n"));
+}
 
 TEST_F(CallFailures, ExplainAMalformedReference) {
   EXPECT_EQ(
@@ -197,10 +235,11 @@ TEST_F(IorFiles, AreNamedWhenTheContentIsNoReference) {
 }
 
 TEST_F(IorFiles, AreNamedWhenTheirAgentFails) {
-  script.onView = [] { throw CORBA::TRANSIENT(); };
+  script.onView = [] { throw CORBA::COMM_FAILURE(); };
   EXPECT_EQ(failureOf(withFile(agentReference())),
             exitWith(2, "topoctl: the agent of the IOR file '" + path_ +
-                            "' is not reachable: TRANSIENT\n"));
+                            "' closed the connection before it answered, and may have executed the "
+                            "request\n"));
 }
 
 // ---- names

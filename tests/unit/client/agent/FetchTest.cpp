@@ -85,7 +85,7 @@ TEST_F(Fetch, ReturnsNoRecordForAnEmptyView) {
 TEST_F(Fetch, ShowsItsProgressOnATerminalAndClearsIt) {
   std::ostringstream out;
   std::ostringstream err;
-  execute(options("topo", 2), server().get(), {out, err, true});
+  execute(options("topo", 2), server().get(), {out, err, true}, retry);
   EXPECT_EQ(err.str(), "\r 2 records\r 4 records\r 5 records\r" + std::string(10, ' ') + "\r");
   EXPECT_EQ(out.str(), output(options("topo", 2)));
 }
@@ -94,7 +94,8 @@ TEST_F(Fetch, ClearsTheProgressBeforeAFailure) {
   script.onNext = [] { throw CORBA::NO_MEMORY(); };
   std::ostringstream out;
   std::ostringstream err;
-  EXPECT_THROW(execute(options("topo", 2), server().get(), {out, err, true}), CORBA::NO_MEMORY);
+  EXPECT_THROW(execute(options("topo", 2), server().get(), {out, err, true}, retry),
+               CORBA::NO_MEMORY);
   EXPECT_EQ(err.str(), "\r 2 records\r" + std::string(10, ' ') + "\r");
 }
 
@@ -116,10 +117,10 @@ TEST_F(Fetch, DestroysTheIteratorAfterAFailedCall) {
 }
 
 TEST_F(Fetch, DoesNotDestroyAnUnreachableIterator) {
-  script.onNext = [] { throw CORBA::TRANSIENT(); };
+  script.onNext = [] { throw CORBA::TIMEOUT(); };
   EXPECT_EQ(failureOf(options("topo", 2)),
             exitWith(2, "topoctl: the agent at '" + agentReference() +
-                            "' is not reachable: TRANSIENT\n"));
+                            "' did not answer within 30 seconds; raise --timeout\n"));
   EXPECT_THAT(script.calls(), ElementsAre("topo(2)", "next_n(2)"));
 }
 
@@ -135,8 +136,8 @@ TEST_F(Fetch, ReportsAnIteratorThatEndedEarlyAndPrintsNoRecord) {
   EXPECT_EQ(
       failureOf(options("topo", 2)),
       exitWith(4,
-               "topoctl: the iterator ended early, after 4 records: the agent was restarted, or "
-               "dropped it because it was idle for too long\n"));
+               "topoctl: the iterator ended early, after 4 records: the agent was restarted, "
+               "reloaded its module, or dropped the iterator because it was idle for too long\n"));
   EXPECT_THAT(script.calls(), ElementsAre("topo(2)", "next_n(2)"));
 }
 

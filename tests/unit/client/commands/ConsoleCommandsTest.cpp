@@ -276,8 +276,8 @@ TEST_F(NoConsole, EndsWith2) {
   script.settle();
   const Ended ended = runProgram({"--agent", agentReference(), "status"});
   EXPECT_EQ(ended.status, 2);
-  EXPECT_THAT(ended.err,
-              StartsWith("topoctl: the agent at '" + agentReference() + "' is not reachable: "));
+  EXPECT_EQ(ended.err, "topoctl: the agent at '" + agentReference() +
+                           "' has no console: the agent was started with --no-console\n");
 }
 
 TEST_F(NoConsole, EndsWith4WhenTheObjectHasAnotherType) {

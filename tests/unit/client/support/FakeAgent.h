@@ -37,6 +37,7 @@ class Script {
   std::function<void()> onSubscribe = [] {};
   std::function<void()> onPing = [] {};
   std::function<void()> onConsole = [] {};
+  bool hasModule = true;         // false: the console says that the module is missing
   bool deliversNothing = false;  // the iterator returns empty batches
   bool vanishes = false;         // the iterator deactivates after its first batch
 

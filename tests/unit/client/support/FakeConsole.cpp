@@ -232,7 +232,11 @@ void FakeConsole::setTestSwitch(CORBA::Boolean on) {
 
 TopoAgent::Status_T* FakeConsole::getStatus() {
   call("status");
-  return new TopoAgent::Status_T(makeStatus());
+  TopoAgent::Status_T_var status = new TopoAgent::Status_T(makeStatus());
+  if (!script_.hasModule) {
+    status->moduleState = TopoAgent::MS_MISSING;
+  }
+  return status._retn();
 }
 
 void FakeConsole::reloadModule() {

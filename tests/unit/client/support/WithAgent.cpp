@@ -53,7 +53,7 @@ Options WithAgent::options(const std::string& command, std::uint32_t howMany) co
 std::string WithAgent::output(const Options& options) const {
   std::ostringstream out;
   std::ostringstream err;
-  execute(options, server_->get(), {out, err, false});
+  execute(options, server_->get(), {out, err, false}, retry);
   EXPECT_EQ(err.str(), "");
   return out.str();
 }
@@ -62,7 +62,7 @@ CommandFailure WithAgent::failureOf(const Options& options) const {
   std::ostringstream out;
   std::ostringstream err;
   try {
-    execute(options, server_->get(), {out, err, false});
+    execute(options, server_->get(), {out, err, false}, retry);
     ADD_FAILURE() << "the command succeeded";
     return {0, ""};
   } catch (...) {

@@ -9,6 +9,7 @@
 #include <memory>
 #include <string>
 
+#include "client/agent/Reload.h"
 #include "client/commandline/Options.h"
 #include "orb/orb.h"
 #include "tests/unit/client/support/FakeAgent.h"
@@ -55,8 +56,15 @@ class WithAgent : public testing::Test {
   CommandFailure failureOf(const Options& options) const;
 
   Script script;
+  RetryPolicy retry = withoutRetries();
 
  private:
+  static RetryPolicy withoutRetries() {
+    RetryPolicy policy;
+    policy.limit = policy.limit.zero();
+    return policy;
+  }
+
   static std::unique_ptr<orb::Server> server_;
 
   PortableServer::Servant_var<FakeManager> manager_;

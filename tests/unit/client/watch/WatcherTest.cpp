@@ -98,7 +98,7 @@ class WatcherTest : public WithAgent {
   void start(const RetryDelay& delay = {milliseconds(0), milliseconds(0)}) {
     retryDelay = std::make_unique<RetryDelay>(delay);
     subscription_ =
-        std::make_unique<Subscription>(server().get(), server().rootPoa(), access, inbox);
+        std::make_unique<Subscription>(server().get(), server().rootPoa(), access, inbox, retry);
     watcher_ = std::make_unique<Watcher>(*subscription_, inbox, eventLines_, *retryDelay,
                                          WatcherOptions{access, count, milliseconds(0)});
     watcher_->start();
