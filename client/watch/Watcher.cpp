@@ -11,7 +11,7 @@ namespace {
 // REQUIRES: called in a catch block.
 std::string failureOfAgent(const AgentAccess& access) {
   const Failure failure = currentFailure(access);
-  if (failure.code() == ExitCode::kLocal) {
+  if (failure.code() == ExitCode::kLocal || failure.code() == ExitCode::kOutputClosed) {
     throw failure;
   }
   return failure.what();
@@ -40,7 +40,10 @@ bool Watcher::isDone() const {
 
 void Watcher::step() {
   if (!connected_) {
-    reconnect();
+    inbox_.waitForStop(retryDelay_.next());
+    if (!inbox_.isStopped()) {
+      reconnect();
+    }
     return;
   }
   if (!pending_.empty()) {
@@ -82,24 +85,27 @@ void Watcher::process(const Event& event) {
   }
 }
 
-// Pings the agent, and subscribes again when the agent has dropped the subscription. Reads the
-// view, too: to a subscriber without a last id the agent reports no gap.
+// Pings the agent, and subscribes again at once when the agent has dropped the subscription.
 void Watcher::checkSubscription() {
   try {
-    if (!subscription_.isAlive()) {
-      subscription_.subscribe();
-      synchronize();
+    if (subscription_.isAlive()) {
+      return;
     }
   } catch (...) {
     disconnect(failureOfAgent(options_.access));
+    return;
   }
+  disconnect("the agent was restarted, or has dropped the subscription");
+  reconnect();
 }
 
 // Events that arrive during the read are printed later, so the differences leave their changes out.
 std::size_t Watcher::synchronize() {
-  KnownNodes read = subscription_.readNodes();
+  KnownNodes read = readNodes();
+  if (printGapsAtFront() && !isDone()) {
+    read = readNodes();  // the gap may be newer than the first read
+  }
   const std::size_t nodes = read.size();
-  inbox_.takeAll(pending_, kMaxWaiting);
   const std::vector<Event> differences = resync(known_, read, pending_);
   known_ = std::move(read);
   for (const Event& event : differences) {
@@ -109,6 +115,23 @@ std::size_t Watcher::synchronize() {
     }
   }
   return nodes;
+}
+
+// Reads the view, and takes the events that have arrived until the end of the read.
+KnownNodes Watcher::readNodes() {
+  KnownNodes read = subscription_.readNodes();
+  inbox_.takeAll(pending_, kMaxWaiting);
+  return read;
+}
+
+// Prints a gap before the differences that it explains. Returns true if there is a gap.
+bool Watcher::printGapsAtFront() {
+  bool any = false;
+  for (; !pending_.empty() && pending_.front().kind == EventKind::kLost; pending_.pop_front()) {
+    applyAndPrint(pending_.front());
+    any = true;
+  }
+  return any;
 }
 
 void Watcher::disconnect(const std::string& reason) {
@@ -131,10 +154,6 @@ void Watcher::printPending() {
 }
 
 void Watcher::reconnect() {
-  inbox_.waitForStop(retryDelay_.next());
-  if (inbox_.isStopped()) {
-    return;
-  }
   std::size_t nodes = 0;
   try {
     subscription_.subscribe();

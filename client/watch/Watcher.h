@@ -58,6 +58,8 @@ class Watcher {
   void process(const Event& event);
   void checkSubscription();
   std::size_t synchronize();  // returns the number of nodes in the view
+  KnownNodes readNodes();
+  bool printGapsAtFront();
   void disconnect(const std::string& reason);
   void printPending();
   void reconnect();

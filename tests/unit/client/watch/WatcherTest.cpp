@@ -416,7 +416,8 @@ TEST_F(WatcherTest, SubscribesAgainAfterTheLastIdWhenTheAgentDroppedTheSubscript
   EXPECT_THROW(former->push_structured_event(deletion("6", "n0")), CORBA::OBJECT_NOT_EXIST);
   push(deletion("7", "n1"));
   step(2);
-  EXPECT_THAT(printed(), ElementsAre(eventLine("deletion", "n1", "7")));
+  EXPECT_THAT(printed(),
+              ElementsAre(disconnectedLine(), watchingLine(1), eventLine("deletion", "n1", "7")));
   EXPECT_THAT(calls(), ElementsAre("ping"));
 }
 
@@ -429,8 +430,9 @@ TEST_F(WatcherTest, AcceptsIdsThatRestartWithASubscription) {
   step();
   push(deletion("1", "n1"));
   step();
-  EXPECT_THAT(printed(), ElementsAre(watchingLine(2), eventLine("deletion", "n0", "1000"),
-                                     eventLine("deletion", "n1", "1")));
+  EXPECT_THAT(printed(),
+              ElementsAre(watchingLine(2), eventLine("deletion", "n0", "1000"), disconnectedLine(),
+                          watchingLine(1), eventLine("deletion", "n1", "1")));
 }
 
 // An agent reports no gap to a subscriber without a last id.
@@ -442,7 +444,27 @@ TEST_F(WatcherTest, ComparesTheViewsWhenDroppedBeforeTheFirstEvent) {
   addNode(makeNode("n2"));
   step();
   EXPECT_THAT(calls(), ElementsAre("subscribe()", "topo(1000)"));
-  EXPECT_THAT(printed(), ElementsAre(resyncLine("creation", "n2")));
+  EXPECT_THAT(printed(),
+              ElementsAre(disconnectedLine(), resyncLine("creation", "n2"), watchingLine(3)));
+}
+
+// As after the death and the restart of the agent between two pings.
+TEST_F(WatcherTest, PrintsAGapBeforeTheDifferencesThatItExplains) {
+  start();
+  push(deletion("5", "n0"));
+  removeNode(0);
+  step();
+  printed();
+  session().drop();
+  addNode(makeNode("n2"));
+  script.onView = [this, views = 0]() mutable {
+    if (++views == 1) {
+      push(lost("6", "1048576", 0));
+    }
+  };
+  step();
+  EXPECT_THAT(printed(), ElementsAre(disconnectedLine(), lostLine("6", "1048576"),
+                                     resyncLine("creation", "n2"), watchingLine(2)));
 }
 
 TEST_F(WatcherTest, SubscribesWithoutAnIdAtAnAgentThatRejectsTheLastId) {
@@ -455,7 +477,8 @@ TEST_F(WatcherTest, SubscribesWithoutAnIdAtAnAgentThatRejectsTheLastId) {
   session().rejectIdsAbove(10);
   step();
   EXPECT_THAT(calls(), ElementsAre("subscribe(1000)", "subscribe()", "topo(1000)"));
-  EXPECT_THAT(printed(), ElementsAre(resyncLine("creation", "n0")));
+  EXPECT_THAT(printed(),
+              ElementsAre(disconnectedLine(), resyncLine("creation", "n0"), watchingLine(2)));
 }
 
 // ---- lost events
