@@ -2,11 +2,19 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <string_view>
 
 #include "client/base/Failure.h"
 
 namespace topoctl {
 namespace {
+
+constexpr std::string_view kSubnetworkPrefix = "TopoSubnetwork=";
+constexpr std::string_view kElementPrefix = "ManagedElement=";
+
+bool startsWith(std::string_view text, std::string_view prefix) {
+  return text.substr(0, prefix.size()) == prefix;
+}
 
 // The words as typed. The conversions of the library would interpret brackets.
 Words wordsOf(const CLI::App& command, const ArgumentSyntax& syntax) {
@@ -37,6 +45,17 @@ const CommandSyntax* findSyntax(const std::string& name) {
   const auto found = std::find_if(table.begin(), table.end(),
                                   [&name](const CommandSyntax& row) { return row.name == name; });
   return found == table.end() ? nullptr : &*found;
+}
+
+std::string usageOf(const CommandSyntax& command) {
+  std::string usage = std::string("usage: topoctl ") + command.name;
+  if (command.usage != nullptr) {
+    return usage + " " + command.usage;
+  }
+  for (const Place& place : command.arguments.places) {
+    usage += std::string(" ") + place.name;
+  }
+  return usage + (command.arguments.addOptions == nullptr ? "" : " [OPTION...]");
 }
 
 const std::vector<Group>& commandGroups() {
@@ -73,11 +92,27 @@ void addArguments(CLI::App& command, const ArgumentSyntax& syntax) {
   }
 }
 
+std::string nodeId(const std::string& typed) {
+  if (startsWith(typed, kSubnetworkPrefix)) {
+    return typed.substr(kSubnetworkPrefix.size());
+  }
+  if (startsWith(typed, kElementPrefix)) {
+    return "NE=" + typed.substr(kElementPrefix.size());
+  }
+  return typed;
+}
+
+TypedPair objectPair(const TypedPair& typed) {
+  return typed.name == "NE" ? TypedPair{"ManagedElement", typed.value} : typed;
+}
+
 Arguments readArguments(const CLI::App& command, const ArgumentSyntax& syntax) {
   Arguments arguments;
   if (syntax.read != nullptr) {
     syntax.read(command, wordsOf(command, syntax), arguments);
   }
+  arguments.node.id = nodeId(arguments.node.id);
+  arguments.node.parent = nodeId(arguments.node.parent);
   return arguments;
 }
 

@@ -41,10 +41,14 @@ struct CommandSyntax {
   ArgumentSyntax arguments;
   Formats formats = Formats::kAll;
   const char* whyNotOthers = nullptr;  // the reason in the usage error; null with kAll
+  const char* usage = nullptr;  // the arguments in a usage error; null: derived from the places
 };
 
 // In the order in which the help lists the commands.
 const std::vector<CommandSyntax>& commandSyntax();
+
+// "usage: topoctl NAME ARGUMENT...", with the options of the command alone.
+std::string usageOf(const CommandSyntax& command);
 
 // Null when no command has this name.
 const CommandSyntax* findSyntax(const std::string& name);
@@ -70,6 +74,13 @@ Arguments readArguments(const CLI::App& command, const ArgumentSyntax& syntax);
 // Splits `text` at its first '='. Without a '=' throws Failure (kUsage), whose text begins with
 // `where` and ends with `form`, such as "NAME=VALUE".
 TypedPair splitPair(const std::string& where, const std::string& text, const char* form);
+
+// The agent's id of a topology node: TopoSubnetwork=x is x, ManagedElement=5 is NE=5, and other
+// texts are ids.
+std::string nodeId(const std::string& typed);
+
+// The pair of a name that a client sees: NE=5 is ManagedElement=5.
+TypedPair objectPair(const TypedPair& typed);
 
 std::vector<CommandSyntax> managerSyntax();  // views, attributes, capabilities
 std::vector<CommandSyntax> watchSyntax();

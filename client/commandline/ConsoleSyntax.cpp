@@ -99,7 +99,13 @@ std::vector<CommandSyntax> consoleSyntax() {
   const Place newFile = {"FILE", "A new file on this machine"};
   const Place state = {"STATE", "on or off"};
   return {
-      {"node create", "Creates a topology node", {{id}, addNodeOptions, readNewNode}},
+      {"node create",
+       "Creates a topology node",
+       {{id}, addNodeOptions, readNewNode},
+       Formats::kAll,
+       nullptr,
+       "ID --name NAME [--parent ID] [--parent-kind KIND] [--kind KIND] [--params A,B] "
+       "[--attribute NAME=VALUE]..."},
       {"node delete", "Deletes a topology node and what is below it", {{id}, nullptr, readNode}},
       {"node rename", "Gives a topology node another name", {{id, newName}, nullptr, readNewName}},
       {"import",

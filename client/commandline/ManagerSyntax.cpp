@@ -41,7 +41,7 @@ void readSubnetwork(const CLI::App& command, const Words& words, Arguments& argu
     usageError("below: an ID is missing, or a whole name given with --name");
   }
   if (!arguments.isWholeName) {
-    arguments.object = {{"TopoSubnetwork", words.front()}};
+    arguments.object = {{"TopoSubnetwork", nodeId(words.front())}};
   }
 }
 
@@ -115,7 +115,7 @@ void readAttribute(const CLI::App& command, const Words& words, Arguments& argum
     usageError(where + ": --unique is for user-label alone");
   }
   if (!arguments.isWholeName) {
-    arguments.object = {splitPair(where + ": OBJECT", words[1], "CLASS=VALUE")};
+    arguments.object = {objectPair(splitPair(where + ": OBJECT", words[1], "CLASS=VALUE"))};
   }
   readValue(where, attribute, words.back(), arguments);
 }
@@ -140,12 +140,15 @@ std::vector<CommandSyntax> managerSyntax() {
   return {
       {"topo", "The topology subnetwork view: its nodes", noArguments},
       {"protect", "The protect subnetwork view: its nodes", noArguments},
-      {"below", "The nodes below a topology subnetwork", subnetwork},
+      {"below", "The nodes below a topology subnetwork", subnetwork, Formats::kAll, nullptr,
+       "ID | --name NAME=VALUE..."},
       {"clocks", "The clock source view: its nodes", noArguments},
       {"clock-links", "The clock source view: its topological links", noArguments},
       {"tree", "The topology subnetwork view as a tree by parents", noArguments, Formats::kTable,
        kWhyNoRecordsOfATree},
-      {"set", "Sets an attribute of an object: user-label, owner, native-name or info", attribute},
+      {"set", "Sets an attribute of an object: user-label, owner, native-name or info", attribute,
+       Formats::kAll, nullptr,
+       "ATTRIBUTE OBJECT VALUE [--unique], with --name NAME=VALUE... in place of OBJECT"},
       {"capabilities", "The operations that the agent's manager supports", noArguments},
   };
 }

@@ -18,6 +18,9 @@ namespace {
 // More than eleven days is a typing error; the limit also keeps the milliseconds in 32 bits.
 constexpr double kMaxTimeoutSeconds = 1000000;
 
+constexpr const char* kWide = "--wide";
+constexpr const char* kNoHeader = "--no-header";
+
 // The options as typed. The functions below read the numbers, because the library accepts other
 // notations than decimal and reports errors without the limits.
 struct Typed {
@@ -82,6 +85,8 @@ void addOptions(CLI::App& app, Typed& typed) {
   addOption(
       app, "--max-message", typed.maxMessage, "BYTES",
       "Largest message that is accepted, " + std::to_string(kDefaultMaxMessage) + " unless given");
+  app.add_flag(kWide, "Print whole cells of tables, even if lines are longer than the terminal");
+  app.add_flag(kNoHeader, "Print tables and csv without the line of the field names");
 }
 
 CLI::App& addSubcommand(CLI::App& app, const std::string& name, const std::string& help) {
@@ -103,14 +108,6 @@ void addCommands(CLI::App& app) {
   }
 }
 
-std::string commandNames() {
-  std::string names;
-  for (const CommandSyntax& command : commandSyntax()) {
-    names += (names.empty() ? "" : ", ") + std::string(command.name);
-  }
-  return names;
-}
-
 // The innermost subcommand of the command line, or the application when there is no subcommand.
 const CLI::App& innermost(const CLI::App& app) {
   const CLI::App* typed = &app;
@@ -130,17 +127,40 @@ std::string typedCommand(const CLI::App& app) {
   return name;
 }
 
+// The names of the commands of a group.
+std::string commandsOf(const std::string& group) {
+  std::string names;
+  for (const CommandSyntax& command : commandSyntax()) {
+    const std::string name = command.name;
+    if (name.rfind(group + " ", 0) == 0) {
+      names += (names.empty() ? "" : ", ") + name;
+    }
+  }
+  return names;
+}
+
+// How to use what was typed: a command, a group of commands, or topoctl.
+std::string usageOfTyped(const CLI::App& app) {
+  const std::string name = typedCommand(app);
+  if (const CommandSyntax* const command = findSyntax(name); command != nullptr) {
+    return usageOf(*command);
+  }
+  return name.empty() ? "\"topoctl --help\" lists the commands"
+                      : "the commands are: " + commandsOf(name);
+}
+
 void checkCommand(const CLI::App& app) {
+  const std::string name = typedCommand(app);
+  const bool isCommand = findSyntax(name) != nullptr;
   const std::vector<std::string> remaining = app.remaining(true);
   const auto unexpected = std::find_if(remaining.begin(), remaining.end(),
                                        [](const std::string& text) { return text != "--"; });
   if (unexpected != remaining.end()) {
-    usageError("'" + *unexpected + "' is not expected here; the commands are: " + commandNames());
+    const bool isOption = isCommand || unexpected->rfind('-', 0) == 0;
+    usageError("'" + *unexpected + (isOption ? "' is not expected here" : "' is not a command"));
   }
-  const std::string name = typedCommand(app);
-  if (findSyntax(name) == nullptr) {
-    usageError((name.empty() ? "" : name + ": ") +
-               "a command is missing; the commands are: " + commandNames());
+  if (!isCommand) {
+    usageError((name.empty() ? "" : name + ": ") + "a command is missing");
   }
 }
 
@@ -173,6 +193,8 @@ void readValues(const CLI::App& app, const Typed& typed, Options& options) {
     options.access.maxMessageBytes =
         parseUnsigned("--max-message", typed.maxMessage, kMinMaxMessage);
   }
+  options.wide = app.count(kWide) > 0;
+  options.table.header = app.count(kNoHeader) == 0;
 }
 
 void checkFormat(const CommandSyntax& command, Format format) {
@@ -191,6 +213,21 @@ void readCommand(const CLI::App& app, Options& options) {
   options.arguments = readArguments(innermost(app), command.arguments);
 }
 
+// The library's text for an option without its value says neither what is missing nor which values
+// are possible. It begins with the name of the option.
+std::string missingValue(const CLI::App& app, const CLI::ArgumentMismatch& error) {
+  const std::string text = error.what();
+  const std::string name = text.substr(0, text.find(':'));
+  for (const CLI::App* const each : {&innermost(app), &app}) {
+    if (const CLI::Option* const option = each->get_option_no_throw(name); option != nullptr) {
+      const std::string argument = option->get_option_text();
+      return name + ": " + (argument.empty() ? option->get_type_name() : argument) +
+             " is missing: " + option->get_description();
+    }
+  }
+  return text;
+}
+
 // Fills the variables of the options. Returns the text of --help or --version, otherwise "".
 std::string parse(CLI::App& app, const std::vector<std::string>& arguments) {
   try {
@@ -200,8 +237,20 @@ std::string parse(CLI::App& app, const std::vector<std::string>& arguments) {
     return app.help();
   } catch (const CLI::CallForVersion& version) {
     return std::string(version.what()) + "\n";
+  } catch (const CLI::ArgumentMismatch& error) {
+    usageError(missingValue(app, error));
   } catch (const CLI::ParseError& error) {
     usageError(error.what());
+  }
+}
+
+// Calls a function that reads the command line, and adds the usage to the text of its usage errors.
+template <typename Read>
+void explainingUsage(const CLI::App& app, Read read) {
+  try {
+    read();
+  } catch (const Failure& failure) {
+    usageError(failure.what() + ("; " + usageOfTyped(app)));
   }
 }
 
@@ -212,18 +261,18 @@ Options parseOptions(const std::vector<std::string>& arguments,
   CLI::App app("Shows what a topology agent manages.", "topoctl");
   app.set_version_flag("--version", "topoctl " TOPOCTL_VERSION, "Print the version and exit");
   app.require_subcommand(0, 1);
-  app.allow_extras();  // checkCommand() rejects them and lists the commands
+  app.allow_extras();  // checkCommand() rejects them
   Typed typed;
   addOptions(app, typed);
   addCommands(app);
 
   Options options;
-  options.notice = parse(app, arguments);
+  explainingUsage(app, [&] { options.notice = parse(app, arguments); });
   if (options.notice.empty()) {
-    checkCommand(app);
+    explainingUsage(app, [&] { checkCommand(app); });
     readAgent(app, typed, agentOfEnvironment, options);
     readValues(app, typed, options);
-    readCommand(app, options);
+    explainingUsage(app, [&] { readCommand(app, options); });
   }
   return options;
 }

@@ -53,9 +53,14 @@ ListenAddress parseListen(const std::string& typed) {
   if (rest.empty()) {
     return {host, 0};
   }
-  const auto port = parseDecimal<std::uint16_t>(rest.substr(1));
-  if (rest.front() != ':' || !port || (*port == 0 && rest != ":0")) {
+  const std::string text = rest.substr(1);
+  const bool isDecimal = !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
+  if (rest.front() != ':' || !isDecimal) {
     badListen(typed);
+  }
+  const auto port = parseDecimal<std::uint16_t>(text);
+  if (!port || (*port == 0 && text != "0")) {
+    usageError(std::string(kListen) + ": the port '" + text + "' is not a number from 0 to 65535");
   }
   return {host, *port};
 }
@@ -83,7 +88,8 @@ std::vector<CommandSyntax> watchSyntax() {
            "Prints what changes, until it is interrupted",
            {{}, addWatchOptions, readWatch},
            Formats::kTableAndJson,
-           "events of different kinds have no columns in common"}};
+           "events of different kinds have no columns in common",
+           "[--listen HOST[:PORT]] [--count N]"}};
 }
 
 }  // namespace topoctl

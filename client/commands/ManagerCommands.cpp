@@ -3,11 +3,13 @@
 #include <functional>
 #include <memory>
 
+#include "client/agent/CallFailure.h"
 #include "client/agent/Fetch.h"
 #include "client/commands/Commands.h"
 #include "client/commands/ObjectNames.h"
 #include "client/commands/SetAttribute.h"
 #include "client/output/PrintFunctions.h"
+#include "client/output/Table.h"
 #include "client/output/Tree.h"
 
 namespace topoctl {
@@ -60,7 +62,7 @@ template <typename Records>
 CallFunction view(Prepare<Records> prepare) {
   return atManager([prepare](const ManagerContext& context) {
     return listPrinter(fetchView<Records>(context, prepare), Records::fields(),
-                       context.options.format);
+                       context.options.style());
   });
 }
 
@@ -76,10 +78,23 @@ Operation<Nodes> protect(const ManagerContext& context) {
   };
 }
 
+// The agent's reason does not name the object.
+[[noreturn]] void refuseSubnetwork(const globaldefs::NVSList_T& name, const Failure& refusal) {
+  throw Failure(refusal.code(), refusal.what() + (" (there is no topology subnetwork {" +
+                                                  tableText(InfoPairs{&name}) + "})"));
+}
+
 Operation<Nodes> below(const ManagerContext& context) {
   return [&context, name = objectName(context)](CORBA::ULong howMany, const auto& list,
                                                 const auto& iterator) {
-    context.manager->getViewInfoByTopoSubnetwork(name, howMany, list, iterator);
+    try {
+      context.manager->getViewInfoByTopoSubnetwork(name, howMany, list, iterator);
+    } catch (const globaldefs::ProcessingFailureException& refusal) {
+      if (refusal.exceptionType != globaldefs::EXCPT_INVALID_INPUT) {
+        throw;
+      }
+      refuseSubnetwork(name, currentFailure(context.options.access));
+    }
   };
 }
 
@@ -103,7 +118,7 @@ PrintFunction tree(const ManagerContext& context) {
 PrintFunction capabilities(const ManagerContext& context) {
   common::CapabilityList_T_var list;
   context.manager->getCapabilities(list.out());
-  return pairPrinter(list._retn(), context.options.format);
+  return pairPrinter(list._retn(), context.options.style());
 }
 
 }  // namespace

@@ -85,8 +85,19 @@ TEST(ConsoleSyntax, RejectsMissingAndMalformedArgumentsOfANewNode) {
     EXPECT_EQ(errorOf({"--params", params}),
               "--params: '" + params + "' is not A,B, two numbers from -2147483648 to 2147483647");
   }
-  EXPECT_THAT(errorOf({"8"}), HasSubstr("'8' is not expected here; "));
-  EXPECT_THAT(errorOf({"--unique"}), HasSubstr("'--unique' is not expected here; "));
+  EXPECT_THAT(errorOf({"8"}), HasSubstr("'8' is not expected here"));
+  EXPECT_THAT(errorOf({"--unique"}), HasSubstr("'--unique' is not expected here"));
+}
+
+TEST(ConsoleSyntax, AcceptsTheSpellingOfObjectsInTables) {
+  const TypedNode node = parsed({"node", "create", "ManagedElement=7", "--name", "x", "--parent",
+                                 "TopoSubnetwork=a=b"})
+                             .node;
+  EXPECT_EQ(node.id, "NE=7");
+  EXPECT_EQ(node.parent, "a=b");
+  EXPECT_EQ(parsed({"node", "delete", "TopoSubnetwork=core"}).node.id, "core");
+  EXPECT_EQ(parsed({"node", "rename", "NE=7", "ManagedElement=8"}).node.id, "NE=7");
+  EXPECT_EQ(parsed({"node", "rename", "NE=7", "ManagedElement=8"}).node.name, "ManagedElement=8");
 }
 
 // ---- other commands
@@ -105,7 +116,7 @@ TEST(ConsoleSyntax, RejectsMissingArgumentsOfOtherCommands) {
                                                {"test-switch", "on", "x"},
                                                {"status", "x"},
                                                {"module", "reload", "x"}}) {
-    EXPECT_THAT(usageErrorOf(words), HasSubstr("'x' is not expected here; "));
+    EXPECT_THAT(usageErrorOf(words), HasSubstr("'x' is not expected here"));
   }
 }
 

@@ -67,14 +67,29 @@ TEST(ManagerSyntax, RejectsBelowWithoutExactlyOneSubnetwork) {
   EXPECT_EQ(usageErrorOf({"below"}), "below: an ID is missing, or a whole name given with --name");
   EXPECT_EQ(usageErrorOf({"below", "core", "--name", "EMS=e"}),
             "below: ID and --name exclude each other");
-  EXPECT_THAT(usageErrorOf({"below", "core", "edge"}), HasSubstr("'edge' is not expected here; "));
-  EXPECT_EQ(usageErrorOf({"below", "--name"}), "--name: 1 required NAME=VALUE missing");
+  EXPECT_THAT(usageErrorOf({"below", "core", "edge"}), HasSubstr("'edge' is not expected here"));
+  EXPECT_EQ(usageErrorOf({"below", "--name"}),
+            "--name: NAME=VALUE is missing: A pair of the whole name, sent as given; once for each "
+            "pair, in "
+            "order");
   EXPECT_EQ(usageErrorOf({"below", "--name", "core"}), "--name: 'core' is not NAME=VALUE");
   EXPECT_EQ(usageErrorOf({"below", "--name", ""}), "--name: '' is not NAME=VALUE");
   EXPECT_THAT(usageErrorOf({"below", "core", "--unique"}), HasSubstr("'--unique' is not expected"));
 }
 
+TEST(ManagerSyntax, AcceptsTheSpellingOfASubnetworkInTablesForBelow) {
+  EXPECT_THAT(objectOf(parsed({"below", "TopoSubnetwork=core"})),
+              ElementsAre("(TopoSubnetwork,core)"));
+  EXPECT_THAT(objectOf(parsed({"below", "--name", "TopoSubnetwork=TopoSubnetwork=core"})),
+              ElementsAre("(TopoSubnetwork,TopoSubnetwork=core)"));
+}
+
 // ---- set
+
+TEST(ManagerSyntax, AcceptsNeForAnElement) {
+  EXPECT_THAT(objectOf(parsed({"set", "owner", "NE=5", "ops"})), ElementsAre("(ManagedElement,5)"));
+  EXPECT_THAT(objectOf(parsed({"set", "owner", "--name", "NE=5", "ops"})), ElementsAre("(NE,5)"));
+}
 
 TEST(ManagerSyntax, ReadsAnAttributeAnObjectAndAValueForSet) {
   const std::vector<std::pair<const char*, Attribute>> attributes = {
@@ -155,7 +170,7 @@ TEST(ManagerSyntax, RejectsSetWithMalformedArguments) {
 TEST(ManagerSyntax, RejectsArgumentsOfCommandsWithoutArguments) {
   for (const char* const command :
        {"topo", "protect", "clocks", "clock-links", "tree", "capabilities"}) {
-    EXPECT_THAT(usageErrorOf({command, "core"}), HasSubstr("'core' is not expected here; "));
+    EXPECT_THAT(usageErrorOf({command, "core"}), HasSubstr("'core' is not expected here"));
     EXPECT_THAT(usageErrorOf({command, "--name", "A=B"}),
                 HasSubstr("'--name' is not expected here"));
   }

@@ -61,6 +61,8 @@ TEST(Options, ReadTheAgentFromTheEnvironmentUnlessAnOptionNamesTheAgent) {
   EXPECT_EQ(parsed({"--agent", "corbaloc::near:1/X"}, "corbaloc::far:1/X").access.reference,
             "corbaloc::near:1/X");
   EXPECT_EQ(parsed({"--ior-file", "/the/file"}, "corbaloc::far:1/X").access.iorFile, "/the/file");
+  EXPECT_TRUE(parsed({}, "corbaloc::far:1/X").access.isFromEnvironment);
+  EXPECT_FALSE(parsed({"--agent", "x"}, "corbaloc::far:1/X").access.isFromEnvironment);
 }
 
 TEST(Options, RejectTwoAgents) {
@@ -118,29 +120,38 @@ TEST(Options, RejectAnUnknownFormat) {
             "--format: 'JSON' is none of table, json, csv");
 }
 
-const std::string kCommands =
-    "the commands are: topo, protect, below, clocks, clock-links, tree, set, capabilities, watch, "
-    "node create, node delete, node rename, import, backup, test-switch, status, module reload, "
-    "node move, node change, element create, element rename, element show, element hide, element "
-    "delete, clock-position create, clock-position change, clock-position delete, clock-link "
-    "create, clock-link change, clock-link delete, label set, label delete";
+const std::string kHelp = "; \"topoctl --help\" lists the commands";
 
 TEST(Options, RejectAMissingUnknownOrSecondCommand) {
-  EXPECT_EQ(usageError({}), "a command is missing; " + kCommands);
-  EXPECT_EQ(usageError({"--format", "json"}), "a command is missing; " + kCommands);
-  EXPECT_EQ(usageError({"frobnicate"}), "'frobnicate' is not expected here; " + kCommands);
-  EXPECT_EQ(usageError({"topo", "capabilities"}),
-            "'capabilities' is not expected here; " + kCommands);
-  EXPECT_EQ(usageError({"topo", "topo"}), "'topo' is not expected here; " + kCommands);
+  EXPECT_EQ(usageError({}), "a command is missing" + kHelp);
+  EXPECT_EQ(usageError({"--format", "json"}), "a command is missing" + kHelp);
+  EXPECT_EQ(usageError({"frobnicate"}), "'frobnicate' is not a command" + kHelp);
+  EXPECT_EQ(usageError({"create", "x"}), "'create' is not a command" + kHelp);
+  for (const char* const second : {"capabilities", "topo"}) {
+    EXPECT_EQ(usageError({"topo", second}),
+              "'" + std::string(second) + "' is not expected here; usage: topoctl topo");
+  }
 }
 
 TEST(Options, RejectAGroupWithoutACommandOrWithAnUnknownCommand) {
-  EXPECT_EQ(usageError({"node"}), "node: a command is missing; " + kCommands);
-  EXPECT_EQ(usageError({"module", "--format", "json"}),
-            "module: a command is missing; " + kCommands);
-  EXPECT_EQ(usageError({"node", "frobnicate"}), "'frobnicate' is not expected here; " + kCommands);
-  EXPECT_EQ(usageError({"node", "topo"}), "'topo' is not expected here; " + kCommands);
-  EXPECT_EQ(usageError({"create", "x"}), "'create' is not expected here; " + kCommands);
+  const std::string commands = "; the commands are: module reload";
+  EXPECT_EQ(usageError({"module"}), "module: a command is missing" + commands);
+  EXPECT_EQ(usageError({"module", "--format", "json"}), "module: a command is missing" + commands);
+  EXPECT_EQ(usageError({"module", "frobnicate"}), "'frobnicate' is not a command" + commands);
+  EXPECT_EQ(usageError({"module", "topo"}), "'topo' is not a command" + commands);
+}
+
+TEST(Options, ShowTheUsageOfTheTypedCommandAlone) {
+  EXPECT_EQ(usageError({"backup"}), "backup: a FILE is missing; usage: topoctl backup FILE");
+  EXPECT_EQ(usageError({"below"}),
+            "below: an ID is missing, or a whole name given with --name; usage: topoctl below ID | "
+            "--name NAME=VALUE...");
+  EXPECT_THAT(
+      usageError({"node", "create", "7"}),
+      StartsWith("node create: --name is missing; usage: topoctl node create ID --name NAME "
+                 "[--parent ID] "));
+  EXPECT_EQ(usageError({"topo", "--how-many", "x"}),
+            "--how-many: 'x' is not a number from 0 to 4294967295");
 }
 
 TEST(Options, AreReadBeforeAndAfterACommandOfTwoWords) {
@@ -154,8 +165,20 @@ TEST(Options, AreReadBeforeAndAfterACommandOfTwoWords) {
 
 TEST(Options, RejectAnUnknownOptionAndAMissingValue) {
   EXPECT_EQ(usageError({"--frobnicate", "topo"}),
-            "'--frobnicate' is not expected here; " + kCommands);
-  EXPECT_EQ(usageError({"topo", "--how-many"}), "--how-many: 1 required TEXT missing");
+            "'--frobnicate' is not expected here; usage: topoctl topo");
+  EXPECT_EQ(usageError({"topo", "--format"}),
+            "--format: FORMAT is missing: table (unless given), json or csv; usage: topoctl topo");
+  EXPECT_THAT(usageError({"--timeout"}), StartsWith("--timeout: S is missing: Seconds that "));
+  EXPECT_THAT(usageError({"node", "create", "7", "--name"}),
+              StartsWith("--name: NAME is missing: "));
+}
+
+TEST(Options, ReadTheStyleOfTables) {
+  EXPECT_FALSE(parsed({}).wide);
+  EXPECT_TRUE(parsed({}).table.header);
+  const Options options = parseOptions({"--wide", "topo", "--no-header"}, "");
+  EXPECT_TRUE(options.wide);
+  EXPECT_FALSE(options.table.header);
 }
 
 TEST(Options, ReturnHelpAndVersionAsNotices) {

@@ -17,14 +17,15 @@ inline Arguments parsed(const std::vector<std::string>& words) {
   return parseOptions(words, "").arguments;
 }
 
-// The text of a usage error.
+// The text of a usage error, without the usage itself.
 inline std::string usageErrorOf(const std::vector<std::string>& words) {
   try {
     parseOptions(words, "");
     return "no error";
   } catch (const Failure& failure) {
     EXPECT_EQ(failure.code(), ExitCode::kUsage);
-    return failure.what();
+    const std::string text = failure.what();
+    return text.substr(0, text.find("; usage: "));
   }
 }
 

@@ -34,11 +34,17 @@ TEST(WatchSyntax, ReadsHostAndPort) {
 }
 
 TEST(WatchSyntax, RejectsOtherTextsAsHostAndPort) {
-  for (const std::string text :
-       {"", ":", ":4711", "host:", "host:x", "host:65536", "host:-1", "::1", "[::1", "[]",
-        "[::1]4711", "[::1]:", "a b", "host:1:2", "a/b"}) {
+  for (const std::string text : {"", ":", ":4711", "host:", "host:x", "host:-1", "::1", "[::1",
+                                 "[]", "[::1]4711", "[::1]:", "a b", "host:1:2", "a/b"}) {
     EXPECT_EQ(usageErrorOf({"watch", "--listen", text}),
               "--listen: '" + text + "' is not HOST or HOST:PORT, an IPv6 address in brackets");
+  }
+}
+
+TEST(WatchSyntax, NamesTheRangeOfThePort) {
+  for (const std::string port : {"65536", "99999", "00"}) {
+    EXPECT_EQ(usageErrorOf({"watch", "--listen", "127.0.0.1:" + port}),
+              "--listen: the port '" + port + "' is not a number from 0 to 65535");
   }
 }
 
@@ -59,7 +65,7 @@ TEST(WatchSyntax, AcceptsTableAndJsonOnly) {
 }
 
 TEST(WatchSyntax, RejectsArgumentsThatAreNotOptions) {
-  EXPECT_THAT(usageErrorOf({"watch", "core"}), HasSubstr("'core' is not expected here; "));
+  EXPECT_THAT(usageErrorOf({"watch", "core"}), HasSubstr("'core' is not expected here"));
   EXPECT_THAT(usageErrorOf({"topo", "--listen", "h"}),
               HasSubstr("'--listen' is not expected here"));
 }
