@@ -46,6 +46,7 @@ int run(const std::vector<std::string>& arguments, const std::string& agentOfEnv
   Options options;
   try {
     options = parseOptions(arguments, agentOfEnvironment);
+    options.table.width = options.wide ? 0 : streams.outColumns;
     runCommand(options, streams);
     return static_cast<int>(ExitCode::kDone);
   } catch (...) {

@@ -4,6 +4,7 @@
 #ifndef CLIENT_APP_H
 #define CLIENT_APP_H
 
+#include <cstddef>
 #include <iosfwd>
 #include <string>
 #include <vector>
@@ -18,6 +19,7 @@ struct Streams {
   std::ostream& out;
   std::ostream& err;
   bool errIsTerminal;
+  std::size_t outColumns = 0;  // of the terminal at `out`; 0: no terminal
 };
 
 // Parses the arguments as parseOptions() does, starts an ORB, runs the command and returns the exit

@@ -8,21 +8,21 @@
 namespace topoctl {
 namespace {
 
-TopoAgent::ModuleState_T moduleState(CORBA::ORB_ptr orb, const AgentAccess& access) {
-  return callObject<TopoAgent::Console_I>(
-      orb, access, kConsole, [](TopoAgent::Console_I_ptr console) {
-        const TopoAgent::Status_T_var status = console->getStatus();
-        return status->moduleState;
-      });
+TopoAgent::Status_T_var askConsole(CORBA::ORB_ptr orb, const AgentAccess& access) {
+  return callObject<TopoAgent::Console_I>(orb, access, kConsole,
+                                          [](TopoAgent::Console_I_ptr console) {
+                                            return TopoAgent::Status_T_var(console->getStatus());
+                                          });
 }
 
-bool isModuleMissing(CORBA::ORB_ptr orb, const AgentAccess& access) {
+// Null when there is no console, or when the console does not answer.
+TopoAgent::Status_T_var statusIfAny(CORBA::ORB_ptr orb, const AgentAccess& access) {
   try {
-    return moduleState(orb, access) == TopoAgent::MS_MISSING;
+    return askConsole(orb, access);
   } catch (const Failure&) {
-    return false;  // there is no console
+    return {};
   } catch (const CORBA::Exception&) {
-    return false;
+    return {};
   }
 }
 
@@ -43,12 +43,14 @@ bool Retry::waitForNext() {
 }
 
 void requireModule(CORBA::ORB_ptr orb, const AgentAccess& access) {
-  if (isModuleMissing(orb, access)) {
-    throw Failure(ExitCode::kUnreachable,
-                  describeAgent(access) +
-                      " has no module loaded: the log of the agent has the reason; load the module "
-                      "with \"topoctl module reload\"");
+  const TopoAgent::Status_T_var status = statusIfAny(orb, access);
+  if (status.operator->() == nullptr || status->moduleState != TopoAgent::MS_MISSING) {
+    return;
   }
+  const std::string error = status->lastReloadError.in();
+  throw Failure(ExitCode::kUnreachable, describeAgent(access) + " has no module loaded" +
+                                            (error.empty() ? "" : " (" + error + ")") +
+                                            "; load the module with \"topoctl module reload\"");
 }
 
 }  // namespace topoctl

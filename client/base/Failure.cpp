@@ -7,7 +7,9 @@
 namespace topoctl {
 
 int report(const Failure& failure, std::ostream& err) {
-  err << "topoctl: " + escapeControls(failure.what()) + "\n" << std::flush;
+  if (failure.code() != ExitCode::kOutputClosed) {
+    err << "topoctl: " + escapeControls(failure.what()) + "\n" << std::flush;
+  }
   return static_cast<int>(failure.code());
 }
 

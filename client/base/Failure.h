@@ -12,10 +12,11 @@ namespace topoctl {
 enum class ExitCode {
   kDone = 0,
   kUsage = 1,
-  kUnreachable = 2,  // the agent, or the naming service of a corbaname
-  kRefused = 3,      // the agent raised a ProcessingFailureException
-  kCallFailed = 4,   // any other CORBA failure
-  kLocal = 5,        // a failure of this process: output, memory, listening
+  kUnreachable = 2,     // the agent, or the naming service of a corbaname
+  kRefused = 3,         // the agent raised a ProcessingFailureException
+  kCallFailed = 4,      // any other CORBA failure
+  kLocal = 5,           // a failure of this process: output, memory, listening
+  kOutputClosed = 141,  // nobody reads the output any more; as shells report SIGPIPE
 };
 
 // Ends a run of topoctl with an exit code and a text. The text may contain bytes from the network;
@@ -32,8 +33,8 @@ class Failure : public std::runtime_error {
   ExitCode code_;
 };
 
-// Writes "topoctl: " and the text as one line, with control characters escaped. Returns the exit
-// code.
+// Writes "topoctl: " and the text as one line, with control characters escaped; nothing for
+// kOutputClosed, which ends any program behind a pipe silently. Returns the exit code.
 int report(const Failure& failure, std::ostream& err);
 
 }  // namespace topoctl

@@ -9,6 +9,7 @@ namespace topoctl {
 namespace {
 
 constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
+constexpr std::string_view kEllipsis = "\xE2\x80\xA6";
 
 struct Range {
   char32_t first;
@@ -124,6 +125,13 @@ void forEachSequence(std::string_view text, Visit visit) {
   }
 }
 
+std::size_t widthOf(const Decoded& decoded) {
+  if (isIn(kDoubleWidth, decoded.codePoint)) {
+    return 2;
+  }
+  return isIn(kZeroWidth, decoded.codePoint) ? 0 : 1;
+}
+
 std::string spellOut(char32_t control) {
   if (control == '\n') {
     return "\\n";
@@ -181,14 +189,39 @@ std::size_t displayWidth(std::string_view text) {
     return text.size();
   }
   std::size_t width = 0;
-  forEachSequence(text, [&width](const Decoded& decoded, std::string_view) {
-    if (isIn(kDoubleWidth, decoded.codePoint)) {
-      width += 2;
-    } else if (!isIn(kZeroWidth, decoded.codePoint)) {
-      width += 1;
+  forEachSequence(
+      text, [&width](const Decoded& decoded, std::string_view) { width += widthOf(decoded); });
+  return width;
+}
+
+std::string cutEnd(std::string_view text, std::size_t columns) {
+  if (displayWidth(text) <= columns) {
+    return std::string(text);
+  }
+  std::string result;
+  std::size_t width = 0;
+  forEachSequence(text, [&](const Decoded& decoded, std::string_view bytes) {
+    width += widthOf(decoded);
+    if (width < columns) {  // leaves a column for the ellipsis
+      result += bytes;
     }
   });
-  return width;
+  return result.append(kEllipsis);
+}
+
+std::string cutBegin(std::string_view text, std::size_t columns) {
+  std::size_t rest = displayWidth(text);
+  if (rest <= columns) {
+    return std::string(text);
+  }
+  std::string result(kEllipsis);
+  forEachSequence(text, [&](const Decoded& decoded, std::string_view bytes) {
+    if (rest < columns && (widthOf(decoded) > 0 || result.size() > kEllipsis.size())) {
+      result += bytes;
+    }
+    rest -= widthOf(decoded);
+  });
+  return result;
 }
 
 }  // namespace topoctl

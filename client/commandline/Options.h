@@ -15,9 +15,13 @@ namespace topoctl {
 struct Options {
   AgentAccess access;
   Format format = Format::kTable;
+  TableStyle table;
+  bool wide = false;    // the width of the terminal has no effect
   std::string command;  // the name of a row of commandSyntax(); empty with a notice
   Arguments arguments;  // of that command
   std::string notice;   // the text of --help or --version, printed instead of running a command
+
+  OutputStyle style() const { return {format, table}; }
 };
 
 // `arguments` are those after the program's name; `agentOfEnvironment` is the value of TOPO_AGENT,

@@ -45,7 +45,7 @@ PrintFunction backup(TopoAgent::Console_I_ptr console, const Options& options) {
   NewFile file(options.arguments.file);
   const CORBA::ULongLong id = console->beginBackup();
   try {
-    return recordPrinter(fetch(console, id, file), backupFields(), options.format);
+    return recordPrinter(fetch(console, id, file), backupFields(), options.style());
   } catch (...) {
     cancel(console, id);
     throw;

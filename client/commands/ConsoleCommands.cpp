@@ -119,7 +119,7 @@ PrintFunction createNode(TopoAgent::Console_I_ptr console, const Options& option
 
 PrintFunction deleteNode(TopoAgent::Console_I_ptr console, const Options& options) {
   const Deletion done = {console->deleteNode(options.arguments.node.id.c_str())};
-  return recordPrinter(done, deletionFields(), options.format);
+  return recordPrinter(done, deletionFields(), options.style());
 }
 
 PrintFunction renameNode(TopoAgent::Console_I_ptr console, const Options& options) {
@@ -136,7 +136,7 @@ PrintFunction importNetwork(TopoAgent::Console_I_ptr console, const Options& opt
   }
   const TopoAgent::Content_T_var content = toContent(bytes);
   const ImportSummary_T added = sendNetwork(console, content.in(), options);
-  return recordPrinter(added, importFields(), options.format);
+  return recordPrinter(added, importFields(), options.style());
 }
 
 PrintFunction setTestSwitch(TopoAgent::Console_I_ptr console, const Options& options) {

@@ -27,7 +27,7 @@ PrintFunction setNativeName(const ManagerContext& context, const NVSList_T& obje
 PrintFunction setInfo(const ManagerContext& context, const NVSList_T& object) {
   globaldefs::NVSList_T_var pairs = new NVSList_T(toList({context.options.arguments.pair}));
   context.manager->setAdditionalInfo(object, pairs.inout());
-  return pairPrinter(pairs._retn(), context.options.format);
+  return pairPrinter(pairs._retn(), context.options.style());
 }
 
 }  // namespace

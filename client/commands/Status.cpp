@@ -115,12 +115,12 @@ class FieldRows final : public Rows {
   const bool withReceivers_;
 };
 
-void printTables(const Status_T& status, std::ostream& out) {
-  printRows(FieldRows(status, false), Format::kTable, out);
+void printTables(const Status_T& status, const OutputStyle& style, std::ostream& out) {
+  printRows(FieldRows(status, false), style, out);
   out << '\n';
   Batches<ReceiverStatusList_T> receivers;
   receivers.add(new ReceiverStatusList_T(status.receivers));
-  printRows(ListRows<ReceiverStatusList_T>(receivers, receiverFields()), Format::kTable, out);
+  printRows(ListRows<ReceiverStatusList_T>(receivers, receiverFields()), style, out);
 }
 
 void printObject(const Status_T& status, std::ostream& out) {
@@ -135,22 +135,21 @@ void printObject(const Status_T& status, std::ostream& out) {
 
 }  // namespace
 
-void printStatus(const Status_T& status, Format format, std::ostream& out) {
-  switch (format) {
+void printStatus(const Status_T& status, const OutputStyle& style, std::ostream& out) {
+  switch (style.format) {
     case Format::kTable:
-      return printTables(status, out);
+      return printTables(status, style, out);
     case Format::kJson:
       return printObject(status, out);
     case Format::kCsv:
-      return printRows(FieldRows(status, true), Format::kCsv, out);
+      return printRows(FieldRows(status, true), style, out);
   }
 }
 
 PrintFunction status(TopoAgent::Console_I_ptr console, const Options& options) {
   const TopoAgent::Status_T_var received = console->getStatus();
   const auto shared = std::make_shared<const Status_T>(received.in());
-  return
-      [shared, format = options.format](std::ostream& out) { printStatus(*shared, format, out); };
+  return [shared, style = options.style()](std::ostream& out) { printStatus(*shared, style, out); };
 }
 
 }  // namespace topoctl

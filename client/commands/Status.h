@@ -14,7 +14,7 @@ namespace topoctl {
 // Exceptions of the call pass. Thread-safety of both functions: any thread.
 PrintFunction status(TopoAgent::Console_I_ptr console, const Options& options);
 
-void printStatus(const TopoAgent::Status_T& status, Format format, std::ostream& out);
+void printStatus(const TopoAgent::Status_T& status, const OutputStyle& style, std::ostream& out);
 
 }  // namespace topoctl
 

@@ -34,6 +34,9 @@ void DescriptorBuffer::writeBuffered() {
   setp(buffer_.data(), buffer_.data() + buffer_.size());
   while (next < end) {
     const ssize_t written = write(descriptor_, next, static_cast<std::size_t>(end - next));
+    if (written < 0 && errno == EPIPE) {
+      throw Failure(ExitCode::kOutputClosed, "the reader of the output has closed it");
+    }
     if (written < 0 && errno != EINTR) {
       throw Failure(ExitCode::kLocal,
                     std::string("the output cannot be written: ") + std::strerror(errno));

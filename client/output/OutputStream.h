@@ -9,8 +9,9 @@
 
 namespace topoctl {
 
-// Buffers output to a file descriptor. Throws Failure (kLocal) when a write fails, and discards the
-// buffered output. Thread-safety: none. Borrows the descriptor.
+// Buffers output to a file descriptor. When a write fails, discards the buffered output and throws
+// Failure: kOutputClosed when nobody reads a pipe any more, otherwise kLocal. Thread-safety: none.
+// Borrows the descriptor.
 class DescriptorBuffer final : public std::streambuf {
  public:
   explicit DescriptorBuffer(int descriptor);

@@ -25,28 +25,28 @@ inline void printNothing(std::ostream&) {}
 template <typename List>
 PrintFunction listPrinter(Batches<List> batches,
                           const RecordFields<typename ListRows<List>::Record>& fields,
-                          Format format) {
+                          const OutputStyle& style) {
   // Shared: a std::function must be copyable, but batches are not.
   const auto shared = std::make_shared<const Batches<List>>(std::move(batches));
-  return [shared, &fields, format](std::ostream& out) {
-    printRows(ListRows<List>(*shared, fields), format, out);
+  return [shared, &fields, style](std::ostream& out) {
+    printRows(ListRows<List>(*shared, fields), style, out);
   };
 }
 
 // Takes ownership of a list, such as the result of _retn().
 template <typename List>
-PrintFunction pairPrinter(List* list, Format format) {
+PrintFunction pairPrinter(List* list, const OutputStyle& style) {
   Batches<List> batches;
   batches.add(list);
-  return listPrinter(std::move(batches), pairFields(), format);
+  return listPrinter(std::move(batches), pairFields(), style);
 }
 
 // For a command whose result is always one record. Borrows the fields.
 template <typename Record>
 PrintFunction recordPrinter(const Record& record, const RecordFields<Record>& fields,
-                            Format format) {
-  return [record, &fields, format](std::ostream& out) {
-    printRecord(RecordRow<Record>(record, fields), format, out);
+                            const OutputStyle& style) {
+  return [record, &fields, style](std::ostream& out) {
+    printRecord(RecordRow<Record>(record, fields), style, out);
   };
 }
 

@@ -5,7 +5,6 @@
 #define CLIENT_OUTPUT_PRINTER_H
 
 #include <iosfwd>
-#include <string>
 
 #include "client/output/Format.h"
 #include "client/output/Rows.h"
@@ -13,13 +12,10 @@
 namespace topoctl {
 
 // Writes valid UTF-8 in every format, and in a table no control characters.
-void printRows(const Rows& rows, Format format, std::ostream& out);
+void printRows(const Rows& rows, const OutputStyle& style, std::ostream& out);
 
 // For a result that is always one record: json has an object instead of an array.
-void printRecord(const Rows& record, Format format, std::ostream& out);
-
-// A value as a cell of a table: of a name the last value, of information name=value; name=value.
-std::string tableText(const Value& value);
+void printRecord(const Rows& record, const OutputStyle& style, std::ostream& out);
 
 }  // namespace topoctl
 

@@ -1,5 +1,6 @@
 #include "client/output/Progress.h"
 
+#include <algorithm>
 #include <ostream>
 #include <string>
 
@@ -18,8 +19,9 @@ void Progress::update(std::size_t records) {
     return;
   }
   const std::string line = " " + std::to_string(records) + " records";
-  err_ << '\r' + line << std::flush;
-  width_ = line.size();
+  const std::string rest(width_ > line.size() ? width_ - line.size() : 0, ' ');
+  err_ << '\r' + line + rest << std::flush;
+  width_ = std::max(width_, line.size());
 }
 
 }  // namespace topoctl

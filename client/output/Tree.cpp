@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "client/base/Utf8.h"
+#include "client/output/Table.h"
 #include "hash/SaltedHash.h"
 
 namespace topoctl {
@@ -153,19 +154,11 @@ std::string indentation(std::size_t level) {
   return level > kMaxIndentedLevel ? text + "(" + std::to_string(level) + ") " : text;
 }
 
-std::string lastPair(const NVSList_T& name) {
-  if (name.length() == 0) {
-    return "[]";
-  }
-  const auto& pair = name[name.length() - 1];
-  return "[" + escapeControls(pair.name.in()) + " " + escapeControls(pair.value.in()) + "]";
-}
-
 void printBelow(const Tree& tree, std::size_t top, std::size_t topLevel, std::ostream& out) {
   tree.forEachBelow(top, [topLevel, &out](const Node_T& node, std::size_t level) {
     const std::string label = escapeControls(node.nativeEMSName.in());
-    out << indentation(topLevel + level) << label << (label.empty() ? "" : " ")
-        << lastPair(node.name) << '\n';
+    out << indentation(topLevel + level) << label << (label.empty() ? "" : " ") << "["
+        << tableText(NamePairs{&node.name}) << "]\n";
   });
 }
 

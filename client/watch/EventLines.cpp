@@ -10,7 +10,7 @@
 #include "client/base/Utf8.h"
 #include "client/output/Json.h"
 #include "client/output/OutputStream.h"
-#include "client/output/Printer.h"
+#include "client/output/Table.h"
 
 namespace topoctl {
 namespace {
@@ -125,13 +125,12 @@ std::string readableTime(const std::string& text) {
          text.substr(8, 2) + ":" + text.substr(10, 2) + ":" + text.substr(12);
 }
 
-// The class and the value in the last pair of the name.
+// CLASS=VALUE of the last pair of the name.
 std::string tableObject(const std::optional<NVSList_T>& name) {
   if (!name || name->length() == 0) {
     return "(no name)";
   }
-  const auto& pair = std::as_const(*name)[name->length() - 1];
-  return escapeControls(pair.name.in()) + " " + escapeControls(pair.value.in());
+  return tableText(NamePairs{&*name});
 }
 
 std::string quoted(const char* text) {
@@ -163,7 +162,8 @@ std::string tableLost(const Event& event) {
   const std::string range = escapeControls(event.firstLostId.value_or("?")) + " to " +
                             escapeControls(event.lastLostId.value_or("?"));
   const std::uint64_t count = event.lostCount.value_or(0);
-  return "notifications " + range + (count == 0 ? "" : " (" + std::to_string(count) + ")");
+  return (count == 0 ? "an unknown number of" : std::to_string(count)) + " notifications, ids " +
+         range;
 }
 
 std::string tableText(const Event& event) {

@@ -428,7 +428,7 @@ std::string watchedByPeople(const Programs& programs) {
 
 TEST_P(MixedOrbs, PrintTheSameLinesForPeople) {
   const std::string lines = watchedByPeople(mixedPrograms());
-  EXPECT_THAT(lines, HasSubstr("Z  created  TopoSubnetwork core  \"Kern 核\"\n"));
+  EXPECT_THAT(lines, HasSubstr("Z  created  TopoSubnetwork=core  \"Kern 核\"\n"));
   EXPECT_EQ(watchedByPeople(ownPrograms()), lines);
   EXPECT_EQ(watchedByPeople(otherPrograms()), lines);
 }

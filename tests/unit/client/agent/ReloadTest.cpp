@@ -153,7 +153,7 @@ TEST_F(Reload, FailsAtOnceWithoutAModule) {
   script.hasModule = false;
   EXPECT_EQ(failureOf(options("topo")),
             exitWith(2, "topoctl: the agent at '" + agentReference() +
-                            "' has no module loaded: the log of the agent has the reason; load the "
+                            "' has no module loaded (module x.so: cannot be read); load the "
                             "module with \"topoctl module reload\"\n"));
   EXPECT_THAT(delays, IsEmpty());
 }

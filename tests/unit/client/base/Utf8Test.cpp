@@ -42,5 +42,22 @@ TEST(Utf8, DisplayWidthCountsTerminalColumns) {
   EXPECT_EQ(displayWidth("\U0001F600"), 2U);
 }
 
+TEST(Utf8, CutsByDisplayWidth) {
+  EXPECT_EQ(cutEnd("plain", 5), "plain");
+  EXPECT_EQ(cutEnd("plain", 4), "pla\u2026");
+  EXPECT_EQ(cutBegin("plain", 5), "plain");
+  EXPECT_EQ(cutBegin("plain", 4), "\u2026ain");
+  EXPECT_EQ(cutEnd("plain", 1), "\u2026");
+  EXPECT_EQ(cutBegin("plain", 1), "\u2026");
+}
+
+TEST(Utf8, CutsNoCharacterInTwo) {
+  EXPECT_EQ(cutEnd("\u6771\u4eac\u90fd", 4), "\u6771\u2026");
+  EXPECT_EQ(cutBegin("\u6771\u4eac\u90fd", 4), "\u2026\u90fd");
+  EXPECT_EQ(cutEnd("au\u0308bcd", 3), "au\u0308\u2026");
+  EXPECT_EQ(cutBegin("abu\u0308c", 2), "\u2026c");
+  EXPECT_EQ(cutBegin("abu\u0308c", 3), "\u2026u\u0308c");
+}
+
 }  // namespace
 }  // namespace topoctl

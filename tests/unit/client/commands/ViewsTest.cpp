@@ -92,10 +92,26 @@ TEST_F(Views, ReportAnExceptionOfTheAgent) {
   script.onView = [] {
     throw globaldefs::ProcessingFailureException(globaldefs::EXCPT_INVALID_INPUT, "no way");
   };
-  for (const char* const command : {"protect", "below", "clocks", "clock-links", "tree"}) {
+  for (const char* const command : {"protect", "clocks", "clock-links", "tree"}) {
     EXPECT_EQ(failureOf(viewOptions(command)),
               exitWith(3, "topoctl: the agent refused: EXCPT_INVALID_INPUT: no way\n"));
   }
+}
+
+TEST_F(Views, BelowAnUnknownSubnetworkNameTheSubnetwork) {
+  script.onView = [] {
+    throw globaldefs::ProcessingFailureException(globaldefs::EXCPT_INVALID_INPUT, "please");
+  };
+  EXPECT_EQ(
+      failureOf(below({{"EMS", "e"}, {"TopoSubnetwork", "no\npe"}}, true)),
+      exitWith(3,
+               "topoctl: the agent refused: EXCPT_INVALID_INPUT: please (there is no topology "
+               "subnetwork {EMS=e; TopoSubnetwork=no\\npe})\n"));
+  script.onView = [] {
+    throw globaldefs::ProcessingFailureException(globaldefs::EXCPT_INTERNAL_ERROR, "no memory");
+  };
+  EXPECT_EQ(failureOf(viewOptions("below")),
+            exitWith(3, "topoctl: the agent refused: EXCPT_INTERNAL_ERROR: no memory\n"));
 }
 
 TEST_F(Views, OfLinksDestroyTheirIteratorAfterAFailure) {
@@ -152,13 +168,14 @@ TEST_F(LinkFormats, IncludeCsv) {
 }
 
 TEST_F(LinkFormats, IncludeATable) {
-  EXPECT_EQ(printed(Format::kTable),
-            "name  userLabel    nativeEMSName  owner          direction   rate  aEndTP  zEndTP  "
-            "additionalInfo\n"
-            "e0    label of e0  name of e0     ops                    1     -1  1       2       "
-            "Region=north\n"
-            "e1    label of e1  name of e1     Z\u00fcrich, \"ops\"          0  32767  1       2   "
-            "    Region=north\n");
+  EXPECT_EQ(
+      printed(Format::kTable),
+      "name                userLabel    nativeEMSName  owner          direction   rate  "
+      "aEndTP            zEndTP            additionalInfo\n"
+      "ClockTopoLinkId=e0  label of e0  name of e0     ops                    1     -1  "
+      "ManagedElement=1  ManagedElement=2  Region=north\n"
+      "ClockTopoLinkId=e1  label of e1  name of e1     Z\u00fcrich, \"ops\"          0  32767  "
+      "ManagedElement=1  ManagedElement=2  Region=north\n");
 }
 
 // ---- below

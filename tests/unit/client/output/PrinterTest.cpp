@@ -147,6 +147,13 @@ TEST(CsvPrinter, WritesOnlyTheHeaderForNoRecords) {
   EXPECT_EQ(printed(NodeList_T(), Format::kCsv), kCsvHeader);
 }
 
+TEST(CsvPrinter, OmitsTheHeader) {
+  Batches<NodeList_T> batches;
+  std::ostringstream out;
+  printRows(ListRows<NodeList_T>(batches, nodeFields()), {Format::kCsv, {false, 0}}, out);
+  EXPECT_EQ(out.str(), "");
+}
+
 TEST(CsvPrinter, QuotesCommasQuotesAndLineBreaks) {
   const auto line = [](const char* text) {
     return printed(listOf(nodeNamed(text)), Format::kCsv).substr(std::string(kCsvHeader).size());
@@ -187,51 +194,6 @@ TEST(CsvPrinter, WritesCapabilities) {
   capabilities[0].value = "Supported";
   EXPECT_EQ(printedCapabilities(capabilities, Format::kCsv),
             "name,value\r\ncommon::Common_I::setOwner,Supported\r\n");
-}
-
-// ---- table
-
-TEST(TablePrinter, AlignsColumnsAndPrintsTheLastValueOfNames) {
-  NodeList_T nodes = makeNodes(2);
-  nodes[1].nodeParam1 = 12345678;
-  nodes[1].nodeParam2 = 0;
-  EXPECT_EQ(printed(nodes, Format::kTable),
-            "name  nativeEMSName  nodeType  nodeParam1  nodeParam2  relatedName  additionalInfo\n"
-            "n0    name of n0            1          -7       47377  zurich       Region=north\n"
-            "n1    name of n1            1    12345678           0  zurich       Region=north\n");
-}
-
-TEST(TablePrinter, WritesOnlyTheHeaderForNoRecords) {
-  EXPECT_EQ(printed(NodeList_T(), Format::kTable),
-            "name  nativeEMSName  nodeType  nodeParam1  nodeParam2  relatedName  additionalInfo\n");
-}
-
-TEST(TablePrinter, AlignsByDisplayWidth) {
-  common::CapabilityList_T capabilities;
-  capabilities.length(4);
-  capabilities[0].name = "Zurich";
-  capabilities[1].name = "Z\u00fcrich";
-  capabilities[2].name = "\u6771\u4eac\u90fd";
-  capabilities[3].name = "Z\xfcrich";
-  for (CORBA::ULong i = 0; i < capabilities.length(); ++i) {
-    capabilities[i].value = "|";
-  }
-  EXPECT_EQ(printedCapabilities(capabilities, Format::kTable),
-            "name    value\n"
-            "Zurich  |\n"
-            "Z\u00fcrich  |\n"
-            "\u6771\u4eac\u90fd  |\n"
-            "Z\ufffdrich  |\n");
-}
-
-TEST(TablePrinter, EscapesControlCharacters) {
-  Node_T node = nodeNamed("\x1b[2J\n");
-  addInfo(node, "a\tb", "c\rd");
-  addInfo(node, "e", "f");
-  EXPECT_EQ(printed(listOf(node), Format::kTable),
-            "name  nativeEMSName  nodeType  nodeParam1  nodeParam2  relatedName  additionalInfo\n"
-            "      \\x1b[2J\\n             0           0           0               "
-            "a\\tb=c\\rd; e=f\n");
 }
 
 }  // namespace

@@ -19,6 +19,17 @@ TEST(Progress, OverwritesTheLineAndErasesTheLineAtTheEnd) {
   EXPECT_EQ(err.str(), "\r 3000 records\r 10000 records\r" + std::string(14, ' ') + "\r");
 }
 
+TEST(Progress, ErasesTheRestOfALongerLine) {
+  std::ostringstream err;
+  {
+    Progress progress(err, true);
+    progress.update(10000);
+    progress.update(2);
+    EXPECT_EQ(err.str(), "\r 10000 records\r 2 records    ");
+  }
+  EXPECT_EQ(err.str(), "\r 10000 records\r 2 records    \r" + std::string(14, ' ') + "\r");
+}
+
 TEST(Progress, WritesNothingWithoutATerminal) {
   std::ostringstream err;
   {

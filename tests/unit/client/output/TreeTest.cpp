@@ -53,19 +53,19 @@ std::string drawn(const std::vector<Member>& members) {
 
 TEST(Tree, IndentsChildrenInTheOrderReceived) {
   EXPECT_EQ(drawn({{"b2", "b"}, {"a", ""}, {"a1", "a"}, {"b", ""}, {"b1", "b"}, {"b2x", "b2"}}),
-            "the a [TopoSubnetwork a]\n"
-            "  the a1 [TopoSubnetwork a1]\n"
-            "the b [TopoSubnetwork b]\n"
-            "  the b2 [TopoSubnetwork b2]\n"
-            "    the b2x [TopoSubnetwork b2x]\n"
-            "  the b1 [TopoSubnetwork b1]\n");
+            "the a [TopoSubnetwork=a]\n"
+            "  the a1 [TopoSubnetwork=a1]\n"
+            "the b [TopoSubnetwork=b]\n"
+            "  the b2 [TopoSubnetwork=b2]\n"
+            "    the b2x [TopoSubnetwork=b2x]\n"
+            "  the b1 [TopoSubnetwork=b1]\n");
 }
 
 TEST(Tree, DrawsChildrenOfThePhysicalRootMapAtTheTop) {
   EXPECT_EQ(drawn({{"a", NS_DOMAIN::kPhysicalRoot}, {"a1", "a"}, {"b", "nowhere"}}),
-            "the a [TopoSubnetwork a]\n"
-            "  the a1 [TopoSubnetwork a1]\n" +
-                kHeading + "  the b [TopoSubnetwork b]\n");
+            "the a [TopoSubnetwork=a]\n"
+            "  the a1 [TopoSubnetwork=a1]\n" +
+                kHeading + "  the b [TopoSubnetwork=b]\n");
 }
 
 TEST(Tree, WritesNothingWithoutNodes) {
@@ -74,28 +74,28 @@ TEST(Tree, WritesNothingWithoutNodes) {
 
 TEST(Tree, DrawsOrphansWithTheirDescendants) {
   EXPECT_EQ(drawn({{"x1", "x"}, {"a", ""}, {"x", "gone"}, {"y", "gone"}}),
-            "the a [TopoSubnetwork a]\n" + kHeading +
-                "  the x [TopoSubnetwork x]\n"
-                "    the x1 [TopoSubnetwork x1]\n"
-                "  the y [TopoSubnetwork y]\n");
+            "the a [TopoSubnetwork=a]\n" + kHeading +
+                "  the x [TopoSubnetwork=x]\n"
+                "    the x1 [TopoSubnetwork=x1]\n"
+                "  the y [TopoSubnetwork=y]\n");
 }
 
 TEST(Tree, DrawsTheMembersOfACycleAsOrphans) {
   EXPECT_EQ(drawn({{"tail", "q"}, {"p", "q"}, {"q", "r"}, {"r", "p"}, {"self", "self"}}),
             kHeading +
-                "  the p [TopoSubnetwork p]\n"
-                "  the q [TopoSubnetwork q]\n"
-                "    the tail [TopoSubnetwork tail]\n"
-                "  the r [TopoSubnetwork r]\n"
-                "  the self [TopoSubnetwork self]\n");
+                "  the p [TopoSubnetwork=p]\n"
+                "  the q [TopoSubnetwork=q]\n"
+                "    the tail [TopoSubnetwork=tail]\n"
+                "  the r [TopoSubnetwork=r]\n"
+                "  the self [TopoSubnetwork=self]\n");
 }
 
 TEST(Tree, DrawsChildrenBelowTheFirstNodeOfTheirParentsName) {
   EXPECT_EQ(drawn({{"a", ""}, {"a", ""}, {"a1", "a"}, {"a", "a"}}),
-            "the a [TopoSubnetwork a]\n"
-            "  the a1 [TopoSubnetwork a1]\n"
-            "  the a [TopoSubnetwork a]\n"
-            "the a [TopoSubnetwork a]\n");
+            "the a [TopoSubnetwork=a]\n"
+            "  the a1 [TopoSubnetwork=a1]\n"
+            "  the a [TopoSubnetwork=a]\n"
+            "the a [TopoSubnetwork=a]\n");
 }
 
 TEST(Tree, ComparesWholeNames) {
@@ -103,10 +103,10 @@ TEST(Tree, ComparesWholeNames) {
   nodes[1].relatedName[0].value = "other";
   nodes[2].relatedName[1].name = "ManagedElement";
   nodes[3].relatedName.length(1);
-  EXPECT_EQ(drawn(nodes), "the a [TopoSubnetwork a]\n" + kHeading +
-                              "  the a1 [TopoSubnetwork a1]\n"
-                              "  the a2 [TopoSubnetwork a2]\n"
-                              "  the a3 [TopoSubnetwork a3]\n");
+  EXPECT_EQ(drawn(nodes), "the a [TopoSubnetwork=a]\n" + kHeading +
+                              "  the a1 [TopoSubnetwork=a1]\n"
+                              "  the a2 [TopoSubnetwork=a2]\n"
+                              "  the a3 [TopoSubnetwork=a3]\n");
 }
 
 TEST(Tree, EscapesControlCharacters) {
@@ -115,8 +115,8 @@ TEST(Tree, EscapesControlCharacters) {
   nodes[1].nativeEMSName = "";
   nodes[2].name.length(0);
   EXPECT_EQ(drawn(nodes),
-            "\\x1b[2J Z\u00fcrich \ufffd [TopoSubnetwork a\\nb]\n"
-            "[TopoSubnetwork c]\n"
+            "\\x1b[2J Z\u00fcrich \ufffd [TopoSubnetwork=a\\nb]\n"
+            "[TopoSubnetwork=c]\n"
             "the d []\n");
 }
 
@@ -131,9 +131,9 @@ std::vector<Member> chain(std::size_t length) {
 TEST(Tree, WritesTheLevelBeyondTheMaximumIndentation) {
   const std::string tree = drawn(chain(35));
   const std::string deepest(64, ' ');
-  EXPECT_THAT(tree, HasSubstr("\n" + deepest + "the n32 [TopoSubnetwork n32]\n" + deepest +
-                              "(33) the n33 [TopoSubnetwork n33]\n" + deepest +
-                              "(34) the n34 [TopoSubnetwork n34]\n"));
+  EXPECT_THAT(tree, HasSubstr("\n" + deepest + "the n32 [TopoSubnetwork=n32]\n" + deepest +
+                              "(33) the n33 [TopoSubnetwork=n33]\n" + deepest +
+                              "(34) the n34 [TopoSubnetwork=n34]\n"));
 }
 
 TEST(Tree, DrawsADeepChain) {
@@ -142,7 +142,7 @@ TEST(Tree, DrawsADeepChain) {
     const std::string tree = drawn(members);
     EXPECT_EQ(std::count(tree.begin(), tree.end(), '\n'), 100000);
     EXPECT_THAT(tree.substr(tree.size() - 200),
-                testing::EndsWith("(99999) the n99999 [TopoSubnetwork n99999]\n"))
+                testing::EndsWith("(99999) the n99999 [TopoSubnetwork=n99999]\n"))
         << isReversed;
     std::reverse(members.begin(), members.end());
   }

@@ -235,6 +235,7 @@ TopoAgent::Status_T* FakeConsole::getStatus() {
   TopoAgent::Status_T_var status = new TopoAgent::Status_T(makeStatus());
   if (!script_.hasModule) {
     status->moduleState = TopoAgent::MS_MISSING;
+    status->lastReloadError = "module x.so: cannot be read";
   }
   return status._retn();
 }

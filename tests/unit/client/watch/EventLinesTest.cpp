@@ -146,29 +146,31 @@ TEST_F(JsonEventLines, PrintTheStateOfTheConnection) {
 
 TEST_F(TableEventLines, PrintCreationsAndDeletions) {
   EXPECT_EQ(tableOf(creation("17", makeNode("core"))),
-            "2026-11-21 10:03:07.4Z  created  TopoSubnetwork core  \"name of core\"\n");
+            "2026-11-21 10:03:07.4Z  created  TopoSubnetwork=core  \"name of core\"\n");
   EXPECT_EQ(tableOf(deletion("18", "core")),
-            "2026-11-21 10:03:07.4Z  deleted  TopoSubnetwork core\n");
+            "2026-11-21 10:03:07.4Z  deleted  TopoSubnetwork=core\n");
 }
 
 TEST_F(TableEventLines, PrintChanges) {
   EXPECT_EQ(tableOf(renaming("19", "core", "Core 2")),
-            "2026-11-21 10:03:07.4Z  changed  TopoSubnetwork core  nativeEMSName=\"Core 2\"\n");
+            "2026-11-21 10:03:07.4Z  changed  TopoSubnetwork=core  nativeEMSName=\"Core 2\"\n");
   Event event;
   event.kind = EventKind::kChange;
   event.objectName = makeNode("core").name;
   event.attributes = {
       {"a", true}, {"b", std::int64_t{-1}}, {"c", makeNode("core").name}, {"d", {}}};
   EXPECT_EQ(lineOf(event, Format::kTable),
-            "2026-11-22 11:59:59.9Z  changed  TopoSubnetwork core  a=yes  b=-1  c=EMS=zurich; "
+            "2026-11-22 11:59:59.9Z  changed  TopoSubnetwork=core  a=yes  b=-1  c=EMS=zurich; "
             "TopoSubnetwork=core  d=?\n");
 }
 
 TEST_F(TableEventLines, PrintLostNotifications) {
-  EXPECT_EQ(tableOf(lost("5", "9", 3)), "2026-11-21 10:03:07.4Z  lost  notifications 5 to 9 (3)\n");
-  EXPECT_EQ(tableOf(lost("5", "9", 0)), "2026-11-21 10:03:07.4Z  lost  notifications 5 to 9\n");
+  EXPECT_EQ(tableOf(lost("5", "9", 3)),
+            "2026-11-21 10:03:07.4Z  lost  3 notifications, ids 5 to 9\n");
+  EXPECT_EQ(tableOf(lost("5", "9", 0)),
+            "2026-11-21 10:03:07.4Z  lost  an unknown number of notifications, ids 5 to 9\n");
   EXPECT_EQ(tableOf(eventOf("NT_EVENTS_LOST")),
-            "2026-11-22 11:59:59.9Z  lost  notifications ? to ?\n");
+            "2026-11-22 11:59:59.9Z  lost  an unknown number of notifications, ids ? to ?\n");
 }
 
 TEST_F(TableEventLines, PrintAnUnknownType) {
@@ -180,7 +182,7 @@ TEST_F(TableEventLines, EscapeControlCharactersInTexts) {
   auto received = renaming("19", "co\nre", "\x1b[31m");
   addData(received, "emsTime") <<= "now\r\n";
   EXPECT_EQ(tableOf(received),
-            "now\\r\\n  changed  TopoSubnetwork co\\nre  nativeEMSName=\"\\x1b[31m\"\n");
+            "now\\r\\n  changed  TopoSubnetwork=co\\nre  nativeEMSName=\"\\x1b[31m\"\n");
 }
 
 TEST_F(TableEventLines, EscapeControlCharactersInNames) {
@@ -189,7 +191,7 @@ TEST_F(TableEventLines, EscapeControlCharactersInNames) {
   addPair(event.objectName.emplace(), "Topo\nSubnetwork", "core");
   event.attributes = {{"na\nme", true}};
   EXPECT_EQ(lineOf(event, Format::kTable),
-            "2026-11-22 11:59:59.9Z  changed  Topo\\nSubnetwork core  na\\nme=yes\n");
+            "2026-11-22 11:59:59.9Z  changed  Topo\\nSubnetwork=core  na\\nme=yes\n");
   EXPECT_EQ(tableOf(eventOf("NT_\nALARM")),
             "2026-11-22 11:59:59.9Z  other  NT_\\nALARM  (no name)\n");
 }
@@ -204,7 +206,7 @@ TEST_F(TableEventLines, PrintACreatedLink) {
   link.nativeEMSName = "trunk";
   event.object = link;
   EXPECT_EQ(lineOf(event, Format::kTable),
-            "2026-11-22 11:59:59.9Z  created  ClockTopoLinkId l  \"trunk\"\n");
+            "2026-11-22 11:59:59.9Z  created  ClockTopoLinkId=l  \"trunk\"\n");
 }
 
 TEST_F(TableEventLines, PrintAnEmptyNameAsNoName) {
@@ -236,7 +238,7 @@ TEST_F(TableEventLines, MarkResyncEvents) {
   event.object = makeNode("core");
   event.isResync = true;
   EXPECT_EQ(lineOf(event, Format::kTable),
-            "2026-11-22 11:59:59.9Z  created  TopoSubnetwork core  \"name of core\"  (resync)\n");
+            "2026-11-22 11:59:59.9Z  created  TopoSubnetwork=core  \"name of core\"  (resync)\n");
 }
 
 TEST_F(TableEventLines, PrintTheStateOfTheConnection) {
