@@ -212,11 +212,19 @@ void EventLines::printWatching(std::size_t nodes) {
 }
 
 void EventLines::printDisconnected(const std::string& reason) {
+  printReason("disconnected", reason);
+}
+
+void EventLines::printSilent(const std::string& reason) {
+  printReason("silent", reason);
+}
+
+void EventLines::printReason(const char* kind, const std::string& reason) {
   const std::string time = stamp(clock_());
   if (format_ == Format::kJson) {
-    write(Json({{"event", "disconnected"}, {"reason", validUtf8(reason)}, {"time", time}}).dump());
+    write(Json({{"event", kind}, {"reason", validUtf8(reason)}, {"time", time}}).dump());
   } else {
-    write(tableLine(time, "disconnected  " + escapeControls(reason)));
+    write(tableLine(time, kind + std::string(kGap) + escapeControls(reason)));
   }
 }
 

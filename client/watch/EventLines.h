@@ -29,8 +29,10 @@ class EventLines {
   void printEvent(const Event& event);
   void printWatching(std::size_t nodes);
   void printDisconnected(const std::string& reason);
+  void printSilent(const std::string& reason);  // no notification will arrive
 
  private:
+  void printReason(const char* kind, const std::string& reason);
   void write(const std::string& line);
 
   std::ostream& out_;

@@ -48,6 +48,7 @@ void Subscription::subscribe() {
         consumer_ = new Consumer(inbox_, inbox_.startSubscription());
         const PortableServer::ObjectId_var id = poa_->activate_object(consumer_.in());
         const CosNotifyComm::StructuredPushConsumer_var reference = consumer_->_this();
+        eventAccess_ = session->getEventAccess();
         return subscribeAfter(session, reference, inbox_.lastId());
       });
   if (CORBA::is_nil(subscription_)) {

@@ -38,6 +38,9 @@ class Subscription {
   // nil subscription; exceptions of the call pass.
   void subscribe();
 
+  // Whether the agent makes notifications, as of the latest subscribe().
+  TopoAgent::EventAccess_T eventAccess() const { return eventAccess_; }
+
   // Pings the agent. Returns false when the agent has dropped the subscription. Exceptions of the
   // call pass. REQUIRES: subscribe() has succeeded.
   bool isAlive();
@@ -61,6 +64,7 @@ class Subscription {
   const RetryPolicy retry_;                         // of readNodes()
   PortableServer::Servant_var<Consumer> consumer_;  // nil: not receiving
   TopoAgent::Subscription_I_var subscription_;
+  TopoAgent::EventAccess_T eventAccess_ = TopoAgent::EA_ALLOWED;
 };
 
 }  // namespace topoctl

@@ -31,7 +31,22 @@ void Watcher::start() {
   subscription_.subscribe();
   known_ = subscription_.readNodes();
   connected_ = true;
-  lines_.printWatching(known_.size());
+  printWatching(known_.size());
+}
+
+void Watcher::printWatching(std::size_t nodes) {
+  lines_.printWatching(nodes);
+  switch (subscription_.eventAccess()) {
+    case TopoAgent::EA_ALLOWED:
+      return;
+    case TopoAgent::EA_DENIED:
+      return lines_.printSilent(
+          "no notification will arrive: the agent denies its module the access to events");
+    case TopoAgent::EA_UNKNOWN:
+      return lines_.printSilent(
+          "no notification will arrive: the agent has no security service that allows its module "
+          "the access to events");
+  }
 }
 
 bool Watcher::isDone() const {
@@ -166,7 +181,7 @@ void Watcher::reconnect() {
   }
   connected_ = true;
   if (!isDone()) {
-    lines_.printWatching(nodes);
+    printWatching(nodes);
   }
 }
 

@@ -54,6 +54,7 @@ class Watcher {
   bool isDone() const;
 
  private:
+  void printWatching(std::size_t nodes);
   void applyAndPrint(const Event& event);
   void process(const Event& event);
   void checkSubscription();

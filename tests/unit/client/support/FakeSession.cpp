@@ -37,6 +37,16 @@ TopoAgent::Subscription_I_ptr FakeSession::subscribe(
   return servant->_this();
 }
 
+TopoAgent::EventAccess_T FakeSession::getEventAccess() {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  return eventAccess_;
+}
+
+void FakeSession::setEventAccess(TopoAgent::EventAccess_T access) {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  eventAccess_ = access;
+}
+
 CosNotifyComm::StructuredPushConsumer_ptr FakeSession::consumer() {
   const std::lock_guard<std::mutex> lock(mutex_);
   return CosNotifyComm::StructuredPushConsumer::_duplicate(consumer_);

@@ -20,6 +20,10 @@ class FakeSession final : public virtual POA_TopoAgent::Session_I {
 
   TopoAgent::Subscription_I_ptr subscribe(CosNotifyComm::StructuredPushConsumer_ptr consumer,
                                           const char* lastNotificationId) override;
+  TopoAgent::EventAccess_T getEventAccess() override;
+
+  // What getEventAccess() answers from now on.
+  void setEventAccess(TopoAgent::EventAccess_T access);
 
   // Subscriptions after a higher id are rejected from now on, as by an agent that has never issued
   // the id.
@@ -38,6 +42,7 @@ class FakeSession final : public virtual POA_TopoAgent::Session_I {
   CosNotifyComm::StructuredPushConsumer_var consumer_;  // these are guarded by mutex_
   PortableServer::ObjectId_var subscription_;
   std::uint64_t newestId_ = ~std::uint64_t{0};
+  TopoAgent::EventAccess_T eventAccess_ = TopoAgent::EA_ALLOWED;
 };
 
 }  // namespace topoctl

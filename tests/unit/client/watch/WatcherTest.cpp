@@ -196,6 +196,14 @@ TEST_F(WatcherTest, SubscribesBeforeReadingTheView) {
   EXPECT_THAT(printed(), ElementsAre(watchingLine(2)));
 }
 
+TEST_F(WatcherTest, SaysThatNoNotificationWillArrive) {
+  for (const TopoAgent::EventAccess_T answer : {TopoAgent::EA_DENIED, TopoAgent::EA_UNKNOWN}) {
+    session().setEventAccess(answer);
+    start();
+    EXPECT_THAT(printed(), ElementsAre(watchingLine(2), eventLine("silent")));
+  }
+}
+
 TEST_F(WatcherTest, ReadsAViewInBatches) {
   access.howMany = 1;
   start();
