@@ -9,11 +9,9 @@
 namespace topoctl {
 namespace {
 
-constexpr std::string_view kSubnetworkPrefix = "TopoSubnetwork=";
-constexpr std::string_view kElementPrefix = "ManagedElement=";
-
-bool startsWith(std::string_view text, std::string_view prefix) {
-  return text.substr(0, prefix.size()) == prefix;
+// The text itself when it does not start with the prefix.
+std::string withoutPrefix(const std::string& text, std::string_view prefix) {
+  return text.rfind(prefix, 0) == 0 ? text.substr(prefix.size()) : text;
 }
 
 // The words as typed. The conversions of the library would interpret brackets.
@@ -93,13 +91,16 @@ void addArguments(CLI::App& command, const ArgumentSyntax& syntax) {
 }
 
 std::string nodeId(const std::string& typed) {
-  if (startsWith(typed, kSubnetworkPrefix)) {
-    return typed.substr(kSubnetworkPrefix.size());
-  }
-  if (startsWith(typed, kElementPrefix)) {
-    return "NE=" + typed.substr(kElementPrefix.size());
-  }
-  return typed;
+  const std::string number = withoutPrefix(typed, "ManagedElement=");
+  return number == typed ? withoutPrefix(typed, "TopoSubnetwork=") : "NE=" + number;
+}
+
+std::string elementNumber(const std::string& typed) {
+  return withoutPrefix(withoutPrefix(typed, "ManagedElement="), "NE=");
+}
+
+std::string clockLinkId(const std::string& typed) {
+  return withoutPrefix(typed, "ClockTopoLinkId=");
 }
 
 TypedPair objectPair(const TypedPair& typed) {

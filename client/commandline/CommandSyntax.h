@@ -79,6 +79,12 @@ TypedPair splitPair(const std::string& where, const std::string& text, const cha
 // texts are ids.
 std::string nodeId(const std::string& typed);
 
+// The number of ManagedElement=5 or NE=5 as a text; other texts unchanged.
+std::string elementNumber(const std::string& typed);
+
+// The agent's id of a clock link: ClockTopoLinkId=e3 is e3, and other texts are ids.
+std::string clockLinkId(const std::string& typed);
+
 // The pair of a name that a client sees: NE=5 is ManagedElement=5.
 TypedPair objectPair(const TypedPair& typed);
 

@@ -4,6 +4,7 @@
 #include <CLI/CLI.hpp>
 #include <cstdint>
 #include <limits>
+#include <optional>
 
 #include "client/base/Decimal.h"
 #include "client/commandline/CommandSyntax.h"
@@ -41,9 +42,7 @@ const std::string& wordAt(const CLI::App& command, const Words& words, std::size
   return words[index];
 }
 
-std::int32_t numberAt(const CLI::App& command, const Words& words, std::size_t index,
-                      const char* what) {
-  const std::string& word = wordAt(command, words, index, what);
+std::int32_t parseNumber(const CLI::App& command, const std::string& word) {
   const auto number = parseDecimal<std::int32_t>(word);
   if (!number) {
     usageError(nameOf(command) + ": '" + word + "' is not a number from -2147483648 to 2147483647");
@@ -73,7 +72,7 @@ void addChangeOptions(CLI::App& command) {
 
 void readChange(const CLI::App& command, const Words& words, Arguments& arguments) {
   TypedRecord& record = arguments.record;
-  record.id = wordAt(command, words, 0, "an ID");
+  record.id = nodeId(wordAt(command, words, 0, "an ID"));
   record.numbers = readNumbers(command, kParams);
   const std::vector<TypedPair> attributes = readPairs(command, kAttribute);
   const bool removesAll = command.count(kNoAttributes) > 0;
@@ -96,7 +95,8 @@ void addElementOptions(CLI::App& command) {
 }
 
 void readElement(const CLI::App& command, const Words& words, Arguments& arguments) {
-  arguments.record.number = numberAt(command, words, 0, "a NUMBER");
+  arguments.record.number =
+      parseNumber(command, elementNumber(wordAt(command, words, 0, "a NUMBER")));
 }
 
 void readNewElement(const CLI::App& command, const Words& words, Arguments& arguments) {
@@ -118,7 +118,7 @@ void addPositionOptions(CLI::App& command) {
 }
 
 void readReference(const CLI::App& command, const Words& words, Arguments& arguments) {
-  arguments.record.id = wordAt(command, words, 0, "a REFERENCE");
+  arguments.record.id = nodeId(wordAt(command, words, 0, "a REFERENCE"));
 }
 
 void readPosition(const CLI::App& command, const Words& words, Arguments& arguments) {
@@ -141,14 +141,20 @@ void addLinkOptions(CLI::App& command) {
 }
 
 void readLinkId(const CLI::App& command, const Words& words, Arguments& arguments) {
-  arguments.record.id = wordAt(command, words, 0, "an ID");
+  arguments.record.id = clockLinkId(wordAt(command, words, 0, "an ID"));
+}
+
+// The key of a clock position at an end of a link.
+std::optional<std::string> readEnd(const CLI::App& command, const char* option) {
+  const std::optional<std::string> typed = lastTyped(command, option);
+  return typed ? std::optional(nodeId(*typed)) : typed;
 }
 
 void readLink(const CLI::App& command, const Words& words, Arguments& arguments) {
   readLinkId(command, words, arguments);
   arguments.record.name = lastTyped(command, kName);
-  arguments.record.aEnd = lastTyped(command, kAEnd);
-  arguments.record.zEnd = lastTyped(command, kZEnd);
+  arguments.record.aEnd = readEnd(command, kAEnd);
+  arguments.record.zEnd = readEnd(command, kZEnd);
 }
 
 void readLinkChange(const CLI::App& command, const Words& words, Arguments& arguments) {
@@ -162,7 +168,7 @@ void readLinkChange(const CLI::App& command, const Words& words, Arguments& argu
 // ---- labels
 
 void readLabelled(const CLI::App& command, const Words& words, Arguments& arguments) {
-  arguments.record.number = numberAt(command, words, 0, "a TYPE");
+  arguments.record.number = parseNumber(command, wordAt(command, words, 0, "a TYPE"));
   arguments.record.id = wordAt(command, words, 1, "an ID");
 }
 

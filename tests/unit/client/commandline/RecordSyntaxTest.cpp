@@ -36,10 +36,26 @@ TEST(RecordSyntax, ReadsOnlyTypedFields) {
 TEST(RecordSyntax, ReadsNumbers) {
   EXPECT_EQ(parsed({"element", "delete", "--", "-2147483648"}).record.number, -2147483647 - 1);
   EXPECT_EQ(parsed({"label", "delete", "201", "k"}).record.number, 201);
-  for (const std::string number : {"", "x", "NE=5", "2147483648", "1.0", "+1"}) {
+  for (const std::string number : {"", "x", "OS=5", "2147483648", "1.0", "+1"}) {
     EXPECT_EQ(usageErrorOf({"element", "show", number}),
               "element show: '" + number + "' is not a number from -2147483648 to 2147483647");
   }
+}
+
+TEST(RecordSyntax, AcceptsTheSpellingOfObjectsInTables) {
+  for (const std::string element : {"7", "NE=7", "ManagedElement=7"}) {
+    EXPECT_EQ(parsed({"element", "show", element}).record.number, 7);
+  }
+  EXPECT_EQ(parsed({"node", "move", "ManagedElement=7", "TopoSubnetwork=wk"}).node.id, "NE=7");
+  EXPECT_EQ(parsed({"node", "move", "ManagedElement=7", "TopoSubnetwork=wk"}).node.parent, "wk");
+  EXPECT_EQ(parsed({"node", "change", "TopoSubnetwork=wk", "--params", "1,2"}).record.id, "wk");
+  EXPECT_EQ(parsed({"clock-position", "delete", "ManagedElement=7"}).record.id, "NE=7");
+  const TypedRecord link = parsed({"clock-link", "change", "ClockTopoLinkId=e3", "--a-end",
+                                   "ManagedElement=7", "--z-end", "NE=8"})
+                               .record;
+  EXPECT_EQ(link.id, "e3");
+  EXPECT_EQ(*link.aEnd, "NE=7");
+  EXPECT_EQ(*link.zEnd, "NE=8");
 }
 
 TEST(RecordSyntax, RejectsMissingArguments) {
