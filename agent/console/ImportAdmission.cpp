@@ -24,19 +24,28 @@ class ImportAdmission::Reservation {
 ImportAdmission::ImportAdmission(Allows allows, RefusalLog::Clock clock)
     : allows_(std::move(allows)), log_(std::move(clock)) {}
 
+// 0 for a request that needs no admission, and for a local call.
+std::size_t ImportAdmission::bytesFor(const orb::Request& request) {
+  if (request.operation == "importNetwork") {
+    return kBytesOfByte * request.bytes;
+  }
+  return request.operation == "getObject" && request.bytes > 0 ? kBytesOfDetails : 0;
+}
+
 std::shared_ptr<void> ImportAdmission::admit(const orb::Request& request) {
-  if (request.operation != "importNetwork" || request.bytes == 0) {
+  const std::size_t bytes = bytesFor(request);
+  if (bytes == 0) {
     return nullptr;
   }
   try {
-    auto reservation = std::make_shared<Reservation>(*this, kBytesOfByte * request.bytes);
+    auto reservation = std::make_shared<Reservation>(*this, bytes);
     if (reservation->isGranted()) {
       return reservation;
     }
-    log_.refused("an import of " + std::to_string(request.bytes) +
+    log_.refused(request.operation + " of " + std::to_string(request.bytes) +
                  " bytes is refused: memory is short");
   } catch (const std::bad_alloc&) {
-    log_.refused("an import is refused: memory is short");
+    log_.refused("a large request is refused: memory is short");
   }
   throw CORBA::NO_RESOURCES(0, CORBA::COMPLETED_NO);
 }

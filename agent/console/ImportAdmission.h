@@ -1,4 +1,5 @@
-// Admission of imports by the memory that the parsing of their files needs.
+// Admission of the console's large requests by the memory that they need: imports, whose files are
+// parsed, and getObject, whose reply may contain 16 MiB of additional information.
 
 #ifndef AGENT_CONSOLE_IMPORTADMISSION_H
 #define AGENT_CONSOLE_IMPORTADMISSION_H
@@ -13,7 +14,8 @@
 
 namespace agent {
 
-// Reserves memory for each import, before its arguments are decoded and until its reply was sent.
+// Reserves memory for each large request, before its arguments are decoded and until its reply was
+// sent.
 //
 // Thread-safety: any thread.
 // Ownership: owns its counter; outlives the reservations.
@@ -27,14 +29,17 @@ class ImportAdmission {
   // or three characters need the most.
   static constexpr std::size_t kBytesOfByte = 40;
 
+  // The memory for one reply of getObject: the details, the reply and its encoding.
+  static constexpr std::size_t kBytesOfDetails = std::size_t{64} << 20;
+
   ImportAdmission(Allows allows, RefusalLog::Clock clock);
   ImportAdmission(const ImportAdmission&) = delete;
   ImportAdmission& operator=(const ImportAdmission&) = delete;
 
-  // The guard of the console's requests. Returns null for other operations than importNetwork, and
-  // otherwise a reservation, which the destructor of the returned object releases. Never waits.
-  // Throws NO_RESOURCES when the process may not allocate the memory of this import and of the
-  // imports in progress.
+  // The guard of the console's requests. Returns null for other operations than importNetwork and
+  // getObject, and otherwise a reservation, which the destructor of the returned object releases.
+  // Never waits. Throws NO_RESOURCES when the process may not allocate the memory of this request
+  // and of the admitted requests in progress.
   std::shared_ptr<void> admit(const orb::Request& request);
 
   // The sum of all reservations in bytes.
@@ -43,6 +48,7 @@ class ImportAdmission {
  private:
   class Reservation;
 
+  static std::size_t bytesFor(const orb::Request& request);
   bool reserve(std::size_t bytes);
   void release(std::size_t bytes);
 

@@ -38,7 +38,20 @@ TEST_F(Imports, ReserveMemoryUntilTheirEnd) {
   EXPECT_NE(nullptr, admission_.admit(importOf(60)));
 }
 
-TEST_F(Imports, AreTheOnlyRequestsThatReserveMemory) {
+TEST_F(Imports, ShareTheMemoryWithRepliesOfGetObject) {
+  constexpr std::size_t kDetails = ImportAdmission::kBytesOfDetails;
+  const orb::Request get{"getObject", "127.0.0.1", 100};
+  free_ = 2 * kDetails;
+  auto first = admission_.admit(get);
+  EXPECT_EQ(kDetails, admission_.reserved());
+  const auto second = admission_.admit(get);
+  EXPECT_THROW(admission_.admit(get), CORBA::NO_RESOURCES);
+  EXPECT_THROW(admission_.admit(importOf(1)), CORBA::NO_RESOURCES);
+  first.reset();
+  EXPECT_NE(nullptr, admission_.admit(get));
+}
+
+TEST_F(Imports, AndGetObjectAreTheOnlyRequestsThatReserveMemory) {
   free_ = 0;
   EXPECT_EQ(nullptr, admission_.admit({"createNode", "127.0.0.1", 1000}));
   EXPECT_THROW(admission_.admit(importOf(1)), CORBA::NO_RESOURCES);
