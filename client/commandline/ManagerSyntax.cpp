@@ -120,6 +120,19 @@ void readAttribute(const CLI::App& command, const Words& words, Arguments& argum
   readValue(where, attribute, words.back(), arguments);
 }
 
+void readObject(const CLI::App& command, const Words& words, Arguments& arguments) {
+  readWholeName(command, arguments);
+  if (arguments.isWholeName && !words.empty()) {
+    usageError("get: OBJECT and --name exclude each other");
+  }
+  if (!arguments.isWholeName && words.empty()) {
+    usageError("get: an OBJECT is missing, or a whole name given with --name");
+  }
+  if (!arguments.isWholeName) {
+    arguments.object = {objectPair(splitPair("get: OBJECT", words.front(), "CLASS=VALUE"))};
+  }
+}
+
 const char* const kWhyNoRecordsOfATree =
     "a tree is drawn for people; topo has the same nodes as records";
 
@@ -137,6 +150,10 @@ std::vector<CommandSyntax> managerSyntax() {
        {"VALUE", "What to set; NAME=TEXT for info, where an empty TEXT removes"}},
       addAttributeOptions,
       readAttribute};
+  const ArgumentSyntax object = {
+      {{"OBJECT", "CLASS=VALUE, an object of the agent's own EMS; left out with --name"}},
+      addWholeName,
+      readObject};
   return {
       {"topo", "The topology subnetwork view: its nodes", noArguments},
       {"protect", "The protect subnetwork view: its nodes", noArguments},
@@ -149,6 +166,8 @@ std::vector<CommandSyntax> managerSyntax() {
       {"set", "Sets an attribute of an object: user-label, owner, native-name or info", attribute,
        Formats::kAll, nullptr,
        "ATTRIBUTE OBJECT VALUE [--unique], with --name NAME=VALUE... in place of OBJECT"},
+      {"get", "Everything that the agent keeps of an object", object, Formats::kAll, nullptr,
+       "OBJECT | --name NAME=VALUE..."},
       {"capabilities", "The operations that the agent's manager supports", noArguments},
   };
 }

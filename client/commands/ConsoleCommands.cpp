@@ -9,6 +9,7 @@
 #include "client/commands/Backup.h"
 #include "client/commands/Commands.h"
 #include "client/commands/NodeKinds.h"
+#include "client/commands/ObjectDetails.h"
 #include "client/commands/ObjectNames.h"
 #include "client/commands/Status.h"
 #include "client/output/PrintFunctions.h"
@@ -161,10 +162,15 @@ CallFunction atConsole(ConsoleFunction function) {
 
 std::vector<Command> consoleCommands() {
   return {
-      {"node create", atConsole(createNode)}, {"node delete", atConsole(deleteNode)},
-      {"node rename", atConsole(renameNode)}, {"import", atConsole(importNetwork)},
-      {"backup", atConsole(backup)},          {"test-switch", atConsole(setTestSwitch)},
-      {"status", atConsole(status)},          {"module reload", atConsole(reloadModule)},
+      {"node create", atConsole(createNode)},
+      {"node delete", atConsole(deleteNode)},
+      {"node rename", atConsole(renameNode)},
+      {"import", atConsole(importNetwork)},
+      {"backup", atConsole(backup)},
+      {"test-switch", atConsole(setTestSwitch)},
+      {"get", atConsole(getObject)},
+      {"status", atConsole(status)},
+      {"module reload", atConsole(reloadModule)},
   };
 }
 

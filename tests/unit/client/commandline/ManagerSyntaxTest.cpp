@@ -63,6 +63,14 @@ TEST(ManagerSyntax, AcceptsArgumentsLikeOptionsAfterTwoDashes) {
   }
 }
 
+TEST(ManagerSyntax, RejectsGetWithoutExactlyOneObject) {
+  EXPECT_EQ(usageErrorOf({"get"}), "get: an OBJECT is missing, or a whole name given with --name");
+  EXPECT_EQ(usageErrorOf({"get", "NE=5", "--name", "EMS=e"}),
+            "get: OBJECT and --name exclude each other");
+  EXPECT_EQ(usageErrorOf({"get", "5"}), "get: OBJECT: '5' is not CLASS=VALUE");
+  EXPECT_THAT(usageErrorOf({"get", "NE=5", "NE=6"}), HasSubstr("'NE=6' is not expected here"));
+}
+
 TEST(ManagerSyntax, RejectsBelowWithoutExactlyOneSubnetwork) {
   EXPECT_EQ(usageErrorOf({"below"}), "below: an ID is missing, or a whole name given with --name");
   EXPECT_EQ(usageErrorOf({"below", "core", "--name", "EMS=e"}),

@@ -195,6 +195,29 @@ TEST_F(Console, EndsWith4WhenAFileWithItsHeaderIsOverTheSizeLimit) {
   EXPECT_THAT(script.calls(), ElementsAre());
 }
 
+TEST_F(Console, PrintsEverythingThatTheAgentKeepsOfAnObject) {
+  const Ended table = run({"get", "NE=5"});
+  EXPECT_EQ(table.status, 0) << table.err;
+  EXPECT_EQ(script.lastCall(), "get(ManagedElement=5)");
+  EXPECT_EQ(table.out,
+            "name                             value\n"
+            "name                             ManagedElement=5\n"
+            "userLabel                        label\n"
+            "owner                            owner\n"
+            "additionalInfo.Region            north\n"
+            "topoNodes.0.id                   NE=5\n"
+            "topoNodes.0.attributes.location  Hall\n");
+  EXPECT_EQ(run({"get", "--name", "EMS=E", "--name", "OS=1", "--format", "json"}).out,
+            R"({"name":[{"name":"EMS","value":"E"},{"name":"OS","value":"1"}],"userLabel":"label",)"
+            R"("owner":"owner","additionalInfo":[{"name":"Region","value":"north"}],"records":)"
+            R"([{"list":"topoNodes","fields":{"id":"NE=5"},)"
+            R"("attributes":[{"name":"location","value":"Hall"}]}]})"
+            "\n");
+  EXPECT_EQ(script.lastCall(), "get(EMS=E, OS=1)");
+  EXPECT_THAT(run({"get", "TopoSubnetwork=a", "--format", "csv"}).out,
+              StartsWith("name,value\r\nname,"));
+}
+
 TEST_F(Console, PrintsTheStatus) {
   const Ended table = run({"status"});
   EXPECT_THAT(table.out, HasSubstr("moduleState         MS_RELOADING\n"));
