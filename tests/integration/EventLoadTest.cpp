@@ -10,6 +10,7 @@
 #include <csignal>
 #include <filesystem>
 #include <functional>
+#include <future>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -543,6 +544,25 @@ TEST(ModuleReloadUnderLoad, AndStopAreInTimeRightAfterAnImport) {
   EXPECT_LT(Clock::now() - stop, std::chrono::seconds(10));
 }
 
+// A reload rejects the first call of topoctl, or ends its iterator.
+TEST(ModuleReloadUnderLoad, DoesNotDisturbTopoctl) {
+  Client client;
+  RunningAgent agent({"--ems-name", "E"});
+  import(agent, "a", 50);
+  const TopoAgent::Console_I_var console = client.console(agent);
+  std::atomic<bool> reloaded{false};
+  const auto reloads = std::async(std::launch::async, [&] {
+    console->reloadModule();
+    console->reloadModule();
+    reloaded = true;
+  });
+  while (!reloaded) {
+    const support::Ended ended =
+        runTopoctl({"--ior-file", agent.iorFile(), "topo", "--how-many", "1"});
+    ASSERT_EQ(0, ended.status) << ended.err;
+  }
+}
+
 // Writes the content of `source` into the existing file `target`, as cp does.
 void overwrite(const std::string& target, const std::string& source) {
   std::ofstream(target, std::ios::binary | std::ios::trunc) << support::readFile(source);
@@ -597,6 +617,9 @@ TEST(ModuleReloadUnderLoad, CanBeRepeatedAfterAFailure) {
   EXPECT_EQ(TopoAgent::MS_MISSING, TopoAgent::Status_T_var(console->getStatus())->moduleState);
   const CORBA::Object_var manager = client.object(agent.endpoint(), object_key::kManager);
   EXPECT_THROW(manager->_non_existent(), CORBA::TRANSIENT);
+  const support::Ended topo = runTopoctl({"--ior-file", agent.iorFile(), "topo"});
+  EXPECT_EQ(2, topo.status);
+  EXPECT_THAT(topo.err, testing::HasSubstr(" has no module loaded (module " + module + ": "));
   console->createNode(subnetworkNode("meanwhile", "", ""));
   overwrite(module, TOPO_MODULE);
   console->reloadModule();
