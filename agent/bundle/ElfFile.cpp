@@ -51,7 +51,6 @@ class ElfReader {
     return result.substr(0, result.find('\0'));
   }
 
- private:
   template <typename Value>
   std::optional<Value> read(std::uint64_t offset) {
     Value value{};
@@ -64,9 +63,25 @@ class ElfReader {
     return stream_ ? std::optional<Value>(value) : std::nullopt;
   }
 
+ private:
   std::ifstream stream_;
   std::uint64_t size_ = 0;
 };
+
+// Whether the symbol table, one section of the file, defines the symbol.
+bool defines(ElfReader& reader, const ElfW(Shdr) & table, const ElfW(Shdr) & names,
+             const std::string& symbol) {
+  const std::uint64_t count =
+      std::min<std::uint64_t>(table.sh_size, reader.size()) / sizeof(ElfW(Sym));
+  for (std::uint64_t i = 0; i < count; ++i) {
+    const auto entry = reader.read<ElfW(Sym)>(table.sh_offset + i * sizeof(ElfW(Sym)));
+    if (entry && entry->st_shndx != SHN_UNDEF &&
+        reader.text(names.sh_offset + entry->st_name, kLongestText) == symbol) {
+      return true;
+    }
+  }
+  return false;
+}
 
 }  // namespace
 
@@ -94,6 +109,23 @@ std::string elfSectionText(const std::string& file, const std::string& section) 
     }
   }
   return "";
+}
+
+bool isElf(const std::string& file) {
+  return ElfReader(file).header().has_value();
+}
+
+bool definesSymbol(const std::string& file, const std::string& symbol) {
+  ElfReader reader(file);
+  const auto header = reader.header();
+  for (std::uint64_t i = 0; header && i < header->e_shnum; ++i) {
+    const auto table = reader.section(*header, i);
+    if (table && table->sh_type == SHT_DYNSYM) {
+      const auto names = reader.section(*header, table->sh_link);
+      return names && defines(reader, *table, *names, symbol);
+    }
+  }
+  return false;
 }
 
 }  // namespace agent

@@ -18,6 +18,13 @@ bool isTruncatedElf(const std::string& file);
 // without the section, and for a file that is not an ELF file of this machine's word size.
 std::string elfSectionText(const std::string& file, const std::string& section);
 
+// Whether the file is an ELF file of this machine's word size.
+bool isElf(const std::string& file);
+
+// Whether the dynamic symbol table of the file defines the symbol. False for a file that is not an
+// ELF file. Unlike dlopen, the function runs no code of the file.
+bool definesSymbol(const std::string& file, const std::string& symbol);
+
 }  // namespace agent
 
 #endif

@@ -69,17 +69,19 @@ void ModuleCopy::copy() const {
   }
 }
 
+// A library without the factory is rejected before the linker maps it: the constructors of a
+// library that is in the process already would run twice.
 void ModuleCopy::check(const std::string& factory) const {
   if (isTruncatedElf(path_)) {
     throw failureOf(original_, "the end of the file is missing");
+  }
+  if (isElf(path_) && !definesSymbol(path_, factory)) {
+    throw failureOf(original_, "it has no " + factory);
   }
   const std::unique_ptr<void, int (*)(void*)> library(dlopen(path_.c_str(), RTLD_NOW | RTLD_LOCAL),
                                                       dlclose);
   if (!library) {
     throw failureOf(original_, linkerError(path_));
-  }
-  if (dlsym(library.get(), factory.c_str()) == nullptr) {
-    throw failureOf(original_, "it has no " + factory);
   }
 }
 

@@ -25,8 +25,8 @@ class ModuleCopy {
 
   const std::string& path() const { return path_; }
 
-  // Maps and unmaps the copy. Throws unless the dynamic linker finds all symbols that the copy
-  // needs, and the copy defines `factory`.
+  // Throws unless the copy is complete and defines `factory`, and the dynamic linker finds all
+  // symbols that the copy needs. Maps and unmaps a copy that defines `factory`.
   void check(const std::string& factory) const;
 
   // The version that the copy contains (platform/bundlemgr/ModuleVersion.h); "unknown" without one.

@@ -11,7 +11,9 @@
 
 namespace {
 
+using agent::definesSymbol;
 using agent::elfSectionText;
+using agent::isElf;
 using agent::isTruncatedElf;
 using support::TemporaryDirectory;
 
@@ -22,6 +24,19 @@ TEST(ElfFile, HasTheVersionOfTheModule) {
 TEST(ElfFile, HasNoTextOfAMissingSection) {
   EXPECT_EQ("", elfSectionText(TOPO_REFUSING_MODULE, NS_BUNDLEMGR1::kVersionSection));
   EXPECT_EQ("", elfSectionText("/nowhere/module.so", NS_BUNDLEMGR1::kVersionSection));
+}
+
+TEST(ElfFile, DefinesItsExportedSymbolsOnly) {
+  EXPECT_TRUE(definesSymbol(TOPO_MODULE, "_make_zu_corba_topo"));
+  EXPECT_FALSE(definesSymbol(TOPO_MODULE, "_make_zu_corba_top"));
+  EXPECT_FALSE(definesSymbol(TOPO_MODULE, ""));
+  EXPECT_FALSE(definesSymbol(TOPO_IDL, "_make_zu_corba_topo"));
+  EXPECT_FALSE(definesSymbol("/nowhere/module.so", "_make_zu_corba_topo"));
+}
+
+TEST(ElfFile, DefinesNoSymbolThatItNeeds) {
+  EXPECT_TRUE(definesSymbol(TOPO_INCOMPLETE_MODULE, "_make_zu_corba_topo"));
+  EXPECT_FALSE(definesSymbol(TOPO_INCOMPLETE_MODULE, "undefinedInEveryLibrary"));
 }
 
 TEST(ElfFile, IsTruncatedWhenTheLastByteIsMissing) {
@@ -38,7 +53,9 @@ TEST(ElfFile, IsNotTruncatedWhenItIsNoElfFile) {
                                      std::string("\x7f"
                                                  "ELF"),
                                      std::string(1000, 'x')}) {
+    EXPECT_FALSE(isElf(directory.write("m.so", content)));
     EXPECT_FALSE(isTruncatedElf(directory.write("m.so", content)));
+    EXPECT_FALSE(definesSymbol(directory.write("m.so", content), "symbol"));
     EXPECT_EQ("", elfSectionText(directory.write("m.so", content), ".topo.version"));
   }
 }
@@ -46,12 +63,13 @@ TEST(ElfFile, IsNotTruncatedWhenItIsNoElfFile) {
 // Every byte of the header in turn has its largest value: offsets, sizes and counts are wrong.
 TEST(ElfFile, MayHaveADamagedHeader) {
   const TemporaryDirectory directory;
-  const std::string whole = support::readFile(TOPO_MODULE);
+  const std::string whole = support::readFile(TOPO_REFUSING_MODULE);
   for (std::size_t i = 0; i < 64; ++i) {
     std::string damaged = whole;
     damaged[i] = '\xff';
     const std::string file = directory.write("m.so", damaged);
     isTruncatedElf(file);
+    definesSymbol(file, "_make_zu_corba_topo");
     EXPECT_GE(100U, elfSectionText(file, ".topo.version").size());
   }
 }
