@@ -216,7 +216,7 @@ void readCommand(const CLI::App& app, Options& options) {
 // The library's text for an option without its value says neither what is missing nor which values
 // are possible. It begins with the name of the option.
 std::string missingValue(const CLI::App& app, const CLI::ArgumentMismatch& error) {
-  const std::string text = error.what();
+  std::string text = error.what();
   const std::string name = text.substr(0, text.find(':'));
   for (const CLI::App* const each : {&innermost(app), &app}) {
     if (const CLI::Option* const option = each->get_option_no_throw(name); option != nullptr) {
