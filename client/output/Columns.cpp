@@ -1,5 +1,6 @@
 #include "client/output/Columns.h"
 
+#include <algorithm>
 #include <array>
 #include <numeric>
 
@@ -52,6 +53,7 @@ std::vector<std::size_t> cutGroup(const std::vector<Column>& columns,
 
 std::vector<std::size_t> fitColumns(const std::vector<Column>& columns, std::size_t lineWidth) {
   std::vector<std::size_t> widths;
+  widths.reserve(columns.size());
   for (const Column& column : columns) {
     widths.push_back(column.width());
   }

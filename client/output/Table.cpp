@@ -99,7 +99,7 @@ class Table {
 
   // Cuts a name at its begin, because the value follows the class.
   std::string cellText(const Value& value, std::size_t width) const {
-    const std::string text = tableText(value);
+    std::string text = tableText(value);
     if (!cuts_ || isNumber(value)) {
       return text;
     }
