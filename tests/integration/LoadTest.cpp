@@ -334,7 +334,7 @@ TEST_F(Load, FortyConcurrentViewsInALimitedAddressSpaceDoNotEndTheAgent) {
   const support::TemporaryDirectory directory;
   const std::string network = flatNetwork(directory, 10000);
   support::Process agent("/bin/sh",
-                         {"-c", "ulimit -v 120000; exec " TOPO_AGENTD
+                         {"-c", "ulimit -v 160000; exec " TOPO_AGENTD
                                 " --endpoint 127.0.0.1:0 --store :memory: --network " +
                                     network + " --ior-file " + directory.file("manager.ior")});
   ASSERT_THAT(agent.readLine(), testing::HasSubstr("ready"));
