@@ -25,46 +25,57 @@ static_assert(kModuleStates.size() == TopoAgent::MS_MISSING + 1);
 constexpr std::array<const char*, 3> kEventAccess = {"EA_ALLOWED", "EA_DENIED", "EA_UNKNOWN"};
 static_assert(kEventAccess.size() == TopoAgent::EA_UNKNOWN + 1);
 
+// The value of a member of a record, by the type of the member.
+template <auto Member, typename Record>
+Value text(const Record& record) {
+  return std::string_view((record.*Member).in());
+}
+
+template <auto Member, typename Record>
+Value flag(const Record& record) {
+  return bool{record.*Member};
+}
+
+template <auto Member, typename Record>
+Value number(const Record& record) {
+  if constexpr (sizeof(record.*Member) > sizeof(CORBA::ULong)) {
+    return std::uint64_t{record.*Member};
+  } else {
+    return std::int64_t{record.*Member};
+  }
+}
+
+// The ORB delivers only values of the enumerations.
+Value moduleState(const Status_T& status) {
+  return std::string_view(kModuleStates[static_cast<std::size_t>(status.moduleState)]);
+}
+
+Value eventAccess(const Status_T& status) {
+  return std::string_view(kEventAccess[static_cast<std::size_t>(status.eventAccess)]);
+}
+
 // The fields of the status except the receivers.
 const RecordFields<Status_T>& statusFields() {
   using Status = Status_T;
   static const RecordFields<Status> fields = {
-      {"agentVersion",
-       [](const Status& status) -> Value { return std::string_view(status.agentVersion.in()); }},
-      {"moduleVersion",
-       [](const Status& status) -> Value { return std::string_view(status.moduleVersion.in()); }},
-      {"uptimeSeconds",
-       [](const Status& status) -> Value { return std::uint64_t{status.uptimeSeconds}; }},
-      {"store", [](const Status& status) -> Value { return std::string_view(status.store.in()); }},
-      {"emsName",
-       [](const Status& status) -> Value { return std::string_view(status.emsName.in()); }},
-      // The ORB delivers only values of the enumerations.
-      {"moduleState",
-       [](const Status& status) -> Value {
-         return std::string_view(kModuleStates[static_cast<std::size_t>(status.moduleState)]);
-       }},
-      {"moduleLoads",
-       [](const Status& status) -> Value { return std::int64_t{status.moduleLoads}; }},
-      {"lastReloadError",
-       [](const Status& status) -> Value { return std::string_view(status.lastReloadError.in()); }},
-      {"eventAccess",
-       [](const Status& status) -> Value {
-         return std::string_view(kEventAccess[static_cast<std::size_t>(status.eventAccess)]);
-       }},
-      {"testSwitch", [](const Status& status) -> Value { return bool{status.testSwitch}; }},
-      {"topoNodes", [](const Status& status) -> Value { return std::int64_t{status.topoNodes}; }},
-      {"viewNodes", [](const Status& status) -> Value { return std::int64_t{status.viewNodes}; }},
-      {"iterators", [](const Status& status) -> Value { return std::int64_t{status.iterators}; }},
-      {"subscriptions",
-       [](const Status& status) -> Value { return std::int64_t{status.subscriptions}; }},
-      {"eventsQueued",
-       [](const Status& status) -> Value { return std::int64_t{status.eventsQueued}; }},
-      {"eventsDropped",
-       [](const Status& status) -> Value { return std::uint64_t{status.eventsDropped}; }},
-      {"notifications",
-       [](const Status& status) -> Value { return std::uint64_t{status.notifications}; }},
-      {"subscribersDropped",
-       [](const Status& status) -> Value { return std::uint64_t{status.subscribersDropped}; }},
+      {"agentVersion", text<&Status::agentVersion>},
+      {"moduleVersion", text<&Status::moduleVersion>},
+      {"uptimeSeconds", number<&Status::uptimeSeconds>},
+      {"store", text<&Status::store>},
+      {"emsName", text<&Status::emsName>},
+      {"moduleState", moduleState},
+      {"moduleLoads", number<&Status::moduleLoads>},
+      {"lastReloadError", text<&Status::lastReloadError>},
+      {"eventAccess", eventAccess},
+      {"testSwitch", flag<&Status::testSwitch>},
+      {"topoNodes", number<&Status::topoNodes>},
+      {"viewNodes", number<&Status::viewNodes>},
+      {"iterators", number<&Status::iterators>},
+      {"subscriptions", number<&Status::subscriptions>},
+      {"eventsQueued", number<&Status::eventsQueued>},
+      {"eventsDropped", number<&Status::eventsDropped>},
+      {"notifications", number<&Status::notifications>},
+      {"subscribersDropped", number<&Status::subscribersDropped>},
   };
   return fields;
 }
@@ -72,13 +83,12 @@ const RecordFields<Status_T>& statusFields() {
 const RecordFields<ReceiverStatus_T>& receiverFields() {
   using Receiver = ReceiverStatus_T;
   static const RecordFields<Receiver> fields = {
-      {"receiver",
-       [](const Receiver& receiver) -> Value { return std::string_view(receiver.receiver.in()); }},
-      {"isChannel", [](const Receiver& receiver) -> Value { return bool{receiver.isChannel}; }},
-      {"isConnected", [](const Receiver& receiver) -> Value { return bool{receiver.isConnected}; }},
-      {"queued", [](const Receiver& receiver) -> Value { return std::int64_t{receiver.queued}; }},
-      {"sent", [](const Receiver& receiver) -> Value { return std::uint64_t{receiver.sent}; }},
-      {"lost", [](const Receiver& receiver) -> Value { return std::uint64_t{receiver.lost}; }},
+      {"receiver", text<&Receiver::receiver>},
+      {"isChannel", flag<&Receiver::isChannel>},
+      {"isConnected", flag<&Receiver::isConnected>},
+      {"queued", number<&Receiver::queued>},
+      {"sent", number<&Receiver::sent>},
+      {"lost", number<&Receiver::lost>},
   };
   return fields;
 }
