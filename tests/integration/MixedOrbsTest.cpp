@@ -79,8 +79,20 @@ class Dialogue {
     said_.push_back(joined(command) + "\n" + known(ended.out) + known(ended.err));
   }
 
-  // The text without the agent's address and IOR file, which differ between runs.
+  // Replaces the seconds in a status, in each output format.
+  static void maskUptime(std::string& text) {
+    const std::size_t field = text.find("uptimeSeconds");
+    if (field == std::string::npos) {
+      return;
+    }
+    const std::size_t begin = text.find_first_of("0123456789", field);
+    const std::size_t end = text.find_first_not_of("0123456789", begin);
+    text.replace(begin, end - begin, "SECONDS");
+  }
+
+  // The text without the agent's address, IOR file and uptime, which differ between runs.
   std::string known(std::string text) const {
+    maskUptime(text);
     for (const std::string& own : {agent_.iorFile(), agent_.endpoint()}) {
       for (std::size_t at = 0; (at = text.find(own)) != std::string::npos;) {
         text.replace(at, own.size(), "AGENT");
