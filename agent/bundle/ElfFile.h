@@ -7,7 +7,7 @@
 
 namespace agent {
 
-// The functions accept any file and read only what they need. Thread-safety: any thread.
+// The functions accept any file and read a few parts of the file. Thread-safety: any thread.
 
 // Whether the file is an ELF file whose end is missing, such as a file that is still being written.
 // The dynamic linker maps such a file, and a later access beyond its end raises SIGBUS. Linkers

@@ -97,9 +97,9 @@ class NodeService {
   // all added nodes, in their order.
   //
   // With options.replace the network replaces the served network instead: it has the order and the
-  // marks of a first load. What is stored about an object (label, owner, additional information)
-  // goes with an object that the network does not have, and labels are those of the network. Raises
-  // EVENT_TOPO_NODE_DELETED, _CREATED and _CHANGED, in this order, with the nodes that differ.
+  // marks of a first load. Owner and additional information are removed for objects that the
+  // network does not contain. The labels are those of the network. Raises EVENT_TOPO_NODE_DELETED,
+  // _CREATED and _CHANGED, in this order, with the nodes that differ.
   Outcome import(Network network, ImportSummary& summary, const ImportOptions& options = {});
 
  private:

@@ -24,7 +24,7 @@ std::string describeTimeout(const AgentAccess& access);
 struct Target {
   const char* key;      // at the first address of the manager's reference; null: the manager itself
   const char* type;     // the interface
-  const char* missing;  // what the agent does when it has no such object, after its name
+  const char* missing;  // the end of the error about an agent without the object
 };
 
 inline constexpr Target kManager = {nullptr, "TopoMgr_I",

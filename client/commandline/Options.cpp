@@ -213,8 +213,8 @@ void readCommand(const CLI::App& app, Options& options) {
   options.arguments = readArguments(innermost(app), command.arguments);
 }
 
-// The library's text for an option without its value says neither what is missing nor which values
-// are possible. It begins with the name of the option.
+// The error about an option without its value. The text of the library begins with the name of the
+// option, but names neither the value nor its possible forms.
 std::string missingValue(const CLI::App& app, const CLI::ArgumentMismatch& error) {
   std::string text = error.what();
   const std::string name = text.substr(0, text.find(':'));

@@ -33,7 +33,7 @@ std::string nameOf(const CLI::App& command) {
   usageError(nameOf(command) + ": " + what + " is missing");
 }
 
-// The word of a place. `what` says what the place has, such as "an ID".
+// The word of a place. `what` names the expected word for the error, such as "an ID".
 const std::string& wordAt(const CLI::App& command, const Words& words, std::size_t index,
                           const char* what) {
   if (words.size() <= index) {

@@ -435,7 +435,7 @@ TEST_F(SqliteStoreTest, ReportsDamageInTheDataThatIsRead) {
   }
 }
 
-// Here a trigger that reads what lies outside the tables.
+// The file has a trigger that reads data outside the tables of the store.
 TEST_F(SqliteStoreTest, DoesNotTrustTheSchemaOfItsFile) {
   SqliteStore(path_).load(sampleNetwork());
   makeDatabase(path_,
