@@ -1,11 +1,8 @@
-# The ORB that TOPO_ORB names. Defines:
-#   Orb::Orb            headers and libraries
-#   Orb::Internal       the ORB's internal headers, for orb/ only
-#   Orb::Notification   stubs and skeletons of the CORBA notification and event services
-#   ORB_IDL_COMPILER    its IDL compiler
-#   ORB_SERVICES_IDL    the folder with the IDL of the CORBA services
-# and the function
-#   orb_generated(NAME OUT VARIABLE)       the files that the compiler generates from NAME.idl in the folder OUT
-#   orb_idl_command(IDL OUT VARIABLE)      the command line of the compiler
+# The ORB that TOPO_ORB names, as users of the headers need it. Defines:
+#   Orb::Orb           headers, libraries and flags
+#   Orb::Notification  stubs and skeletons of the CORBA notification and event services; component Notification
+#   Orb_VERSION        its version
+#   Orb_ABI_VERSION    the part of the version that a binary depends on
+#   Orb_HINT           one sentence for a user whose machine has no such ORB
 include(FindPackageHandleStandardArgs)
 include("${CMAKE_CURRENT_LIST_DIR}/orb/${TOPO_ORB}.cmake")

@@ -7,11 +7,6 @@ if(TOPO_ORB STREQUAL "tao")
   if(NOT TAO_ROOT)
     message(FATAL_ERROR "TAO_ROOT is not set: say where TAO is with -DTAO_ROOT=DIR")
   endif()
-  # A source tree has ACE in the parent folder of TAO; a prefix has both in the same folders.
-  set(TOPO_TAO_ROOTS "${TAO_ROOT}")
-  if(EXISTS "${TAO_ROOT}/tao/corba.h")
-    list(APPEND TOPO_TAO_ROOTS "${TAO_ROOT}/..")
-  endif()
 endif()
 
 set(CMAKE_CXX_STANDARD 17)

@@ -1,18 +1,12 @@
 # TAO 2.x or 3.x with the ACE of the same release. See FindOrb.cmake and docs/building-on-tao.md.
-#
-# TAO_ROOT is the folder TAO of a built source tree (ACE_wrappers/TAO), or the prefix of an
-# installed TAO and ACE.
 
 # The search is limited to TAO_ROOT, so another ACE or TAO on the machine is never found.
+include("${CMAKE_CURRENT_LIST_DIR}/tao-roots.cmake")
 set(_orb_search HINTS ${TOPO_TAO_ROOTS} NO_DEFAULT_PATH)
 
 find_path(TAO_INCLUDE_DIR tao/corba.h ${_orb_search} PATH_SUFFIXES include)
 find_path(TAO_SERVICES_INCLUDE_DIR orbsvcs/CosNotifyComm.idl ${_orb_search}
   PATH_SUFFIXES orbsvcs include)
-find_program(ORB_IDL_COMPILER tao_idl ${_orb_search} PATH_SUFFIXES bin)
-find_program(TAO_GPERF ace_gperf ${_orb_search} PATH_SUFFIXES bin)
-find_path(ORB_SERVICES_IDL CosNotifyComm.idl HINTS "${TAO_SERVICES_INCLUDE_DIR}/orbsvcs"
-  NO_DEFAULT_PATH)
 
 # Each library precedes the libraries that it depends on.
 set(_orb_libraries
@@ -20,13 +14,28 @@ set(_orb_libraries
   TAO_AnyTypeCode TAO)
 set(_orb_services TAO_CosNotification_Skel TAO_CosNotification TAO_CosEvent_Skel TAO_CosEvent)
 set(_orb_found)
+set(Orb_Notification_FOUND TRUE)
 foreach(library IN LISTS _orb_libraries _orb_services)
   find_library(${library}_LIBRARY ${library} ${_orb_search} PATH_SUFFIXES lib lib64)
-  list(APPEND _orb_found ${library}_LIBRARY)
+  if(library IN_LIST _orb_libraries)
+    list(APPEND _orb_found ${library}_LIBRARY)
+  elseif(NOT ${library}_LIBRARY)
+    set(Orb_Notification_FOUND FALSE)
+  endif()
 endforeach()
 
-find_package_handle_standard_args(Orb REQUIRED_VARS
-  TAO_INCLUDE_DIR TAO_SERVICES_INCLUDE_DIR ORB_IDL_COMPILER ORB_SERVICES_IDL ${_orb_found})
+set(Orb_VERSION)
+if(EXISTS "${TAO_INCLUDE_DIR}/tao/Version.h")
+  file(STRINGS "${TAO_INCLUDE_DIR}/tao/Version.h" _orb_version REGEX "define TAO_VERSION ")
+  string(REGEX MATCH "[0-9.]+" Orb_VERSION "${_orb_version}")
+endif()
+set(Orb_ABI_VERSION "${Orb_VERSION}")
+set(Orb_HINT "TAO_ROOT must be its folder or prefix.")
+
+find_package_handle_standard_args(Orb
+  REQUIRED_VARS TAO_INCLUDE_DIR TAO_SERVICES_INCLUDE_DIR ${_orb_found}
+  VERSION_VAR Orb_VERSION
+  HANDLE_COMPONENTS)
 
 if(Orb_FOUND AND NOT TARGET Orb::Orb)
   get_filename_component(_orb_library_dir "${TAO_LIBRARY}" DIRECTORY)
@@ -44,29 +53,14 @@ if(Orb_FOUND AND NOT TARGET Orb::Orb)
   # dependencies too, but a DT_RUNPATH (the linker's default) for direct dependencies only.
   target_link_options(Orb::Orb INTERFACE
     "LINKER:-rpath-link,${_orb_library_dir}" LINKER:--disable-new-dtags)
+endif()
 
+if(Orb_FOUND AND Orb_Notification_FOUND AND NOT TARGET Orb::Notification)
   add_library(Orb::Notification INTERFACE IMPORTED)
-  target_include_directories(Orb::Notification SYSTEM INTERFACE "${ORB_SERVICES_IDL}")
+  # The generated headers of the services include each other without the folder orbsvcs.
+  target_include_directories(Orb::Notification SYSTEM INTERFACE "${TAO_SERVICES_INCLUDE_DIR}/orbsvcs")
   foreach(library IN LISTS _orb_services)
     target_link_libraries(Orb::Notification INTERFACE "${${library}_LIBRARY}")
   endforeach()
   target_link_libraries(Orb::Notification INTERFACE Orb::Orb)
-
-  add_library(Orb::Internal INTERFACE IMPORTED)  # nothing beyond the public headers
 endif()
-
-function(orb_generated name out variable)
-  set(${variable} "${out}/${name}C.cpp" "${out}/${name}S.cpp" PARENT_SCOPE)
-endfunction()
-
-# The IDL compiler's libraries may be outside of the system's path. Without gperf the compiler generates slower tables.
-function(orb_idl_command idl out variable)
-  get_filename_component(libraries "${TAO_LIBRARY}" DIRECTORY)
-  set(gperf)
-  if(TAO_GPERF)
-    set(gperf -g "${TAO_GPERF}")
-  endif()
-  set(${variable} "${CMAKE_COMMAND}" -E env "LD_LIBRARY_PATH=${libraries}:$ENV{LD_LIBRARY_PATH}"
-    "${ORB_IDL_COMPILER}" ${gperf} "-I${PROJECT_SOURCE_DIR}/idl" "-I${ORB_SERVICES_IDL}"
-    "-I${TAO_SERVICES_INCLUDE_DIR}" "-I${TAO_INCLUDE_DIR}" -o "${out}" "${idl}" PARENT_SCOPE)
-endfunction()

@@ -1,0 +1,15 @@
+# Sets TOPO_TAO_ROOTS, the folders of TAO and its ACE, in the order of the search.
+#
+# TAO_ROOT, a variable or an environment variable, is the folder TAO of a built source tree (ACE_wrappers/TAO), or
+# the prefix of an installed TAO and ACE. ACE_ROOT applies when neither has an ACE.
+
+set(_tao_root "${TAO_ROOT}")
+if(NOT _tao_root)
+  set(_tao_root "$ENV{TAO_ROOT}")
+endif()
+set(TOPO_TAO_ROOTS ${_tao_root})
+# A source tree has ACE in the parent folder of TAO; a prefix has both in the same folders.
+if(EXISTS "${_tao_root}/tao/corba.h")
+  list(APPEND TOPO_TAO_ROOTS "${_tao_root}/..")
+endif()
+list(APPEND TOPO_TAO_ROOTS ${ACE_ROOT} $ENV{ACE_ROOT})
