@@ -20,8 +20,10 @@ function(idl_library target)
   endforeach()
 
   add_library(${target} SHARED ${sources})
-  target_include_directories(${target} SYSTEM PUBLIC "${out}")
+  target_include_directories(${target} SYSTEM PUBLIC
+    "$<BUILD_INTERFACE:${out}>" "$<INSTALL_INTERFACE:$<INSTALL_PREFIX>/${TOPO_INSTALL_INCLUDEDIR}/generated>")
   target_link_libraries(${target} PUBLIC Orb::Orb)
+  target_compile_features(${target} PUBLIC cxx_std_17)
   target_compile_options(${target} PRIVATE -w)
   set_target_properties(${target} PROPERTIES CXX_CLANG_TIDY "")
 endfunction()

@@ -8,7 +8,7 @@
 #ifndef PLATFORM_AGENT_TAITERATORHELPER_H
 #define PLATFORM_AGENT_TAITERATORHELPER_H
 
-#include "orb/orb.h"
+#include "orb/corba.h"
 #include "platform/framework/Export.h"
 
 namespace NS_CORBA {
