@@ -14,14 +14,20 @@
 namespace agent {
 namespace {
 
-// The module beside the executable, or in the lib folder beside the folder of the executable.
+// The module beside the executable, in the lib folder of a build, or in its folder of an installed
+// tree. Every place is relative to the executable, so that a tree can be moved.
 std::filesystem::path defaultModule() {
-  const char* const file = "libzu_corba_topo.so";
   std::error_code status;
   const std::filesystem::path bin =
       std::filesystem::read_symlink("/proc/self/exe", status).parent_path();
-  const std::filesystem::path beside = bin / file;
-  return std::filesystem::exists(beside, status) ? beside : bin.parent_path() / "lib" / file;
+  std::filesystem::path module;
+  for (const char* const folder : {".", TOPO_INSTALLED_MODULE_FOLDER, "../lib"}) {
+    module = (bin / folder / "libzu_corba_topo.so").lexically_normal();
+    if (std::filesystem::exists(module, status)) {
+      break;
+    }
+  }
+  return module;
 }
 
 std::optional<std::uint16_t> parsePort(const std::string& text) {

@@ -19,9 +19,15 @@ set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/lib")
 set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/lib")
 
-# Programs find the project's libraries by a relative path, so the build folder can be moved.
+# Programs find the project's libraries by a relative path, so the build folder and the installed tree can be moved.
+# The folder of an ORB outside of the system's path is absolute.
 set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
-set(CMAKE_INSTALL_RPATH "$ORIGIN/../lib")
+set(CMAKE_INSTALL_RPATH_USE_LINK_PATH ON)
+
+# The installed tree: cmake/TopoInstall.cmake. The private folder has the module and the libraries of the agent.
+include(GNUInstallDirs)
+set(TOPO_INSTALL_INCLUDEDIR "${CMAKE_INSTALL_INCLUDEDIR}/topo-manager")
+set(TOPO_INSTALL_PRIVATEDIR "${CMAKE_INSTALL_LIBDIR}/topo-manager")
 
 if(NOT CMAKE_BUILD_TYPE)
   set(CMAKE_BUILD_TYPE Release CACHE STRING "" FORCE)
