@@ -1,57 +1,46 @@
 // platform/bundlemgr/, platform/framework/: service objects and published interfaces.
-
 #include <algorithm>
 #include <map>
 #include <mutex>
-
 #include "platform/bundlemgr/BundleMgr.h"
 #include "platform/framework/ProcessException.h"
 
+using namespace NS_BUNDLEMGR1;
+
 ProcessException::~ProcessException() = default;
 InterfaceNotExistException::~InterfaceNotExistException() = default;
+ServiceInterface::~ServiceInterface() = default;
+NULLServiceInterface::~NULLServiceInterface() = default;
 
-namespace NS_BUNDLEMGR1 {
-namespace {
-
-ACE_mutex_t initializedMutex() {
+ACE_mutex_t NS_BUNDLEMGR1::_g_actualmutex = [] {
   ACE_mutex_t mutex;
   ACE_OS::mutex_init(&mutex);
   return mutex;
-}
+}();
 
-class Lock {
- public:
+namespace {
+
+struct Lock {
   Lock() { ACE_OS::mutex_lock(&_g_actualmutex); }
   ~Lock() { ACE_OS::mutex_unlock(&_g_actualmutex); }
-  Lock(const Lock&) = delete;
-  Lock& operator=(const Lock&) = delete;
 };
 
 std::vector<ServiceObjectBase*> services;  // guarded by _g_actualmutex
 
-// Callers of CheckIFBuf may have locked _g_actualmutex, so the map has a mutex of its own.
-std::mutex buffersMutex;
+// The caller of CheckIFBuf may have locked _g_actualmutex, so the map has a mutex of its own.
+std::mutex mapMutex;
 std::map<std::string, InterfaceBuffer> buffers;  // a buffer is never removed
 
 }  // namespace
 
-ACE_mutex_t _g_actualmutex = initializedMutex();
-
-ServiceInterface::~ServiceInterface() = default;
-NULLServiceInterface::~NULLServiceInterface() = default;
-
-void SetIFBuf(const std::string& name, ServiceInterface* interface) {
-  InterfaceBuffer* buffer = nullptr;
-  {
-    const std::lock_guard<std::mutex> lock(buffersMutex);
-    buffer = &buffers[name];
-  }
+void NS_BUNDLEMGR1::SetIFBuf(const std::string& name, ServiceInterface* interface) {
   const Lock lock;
-  buffer->Append(interface);
+  const std::lock_guard mapLock(mapMutex);
+  buffers[name].Append(interface);
 }
 
-InterfaceBuffer* CheckIFBuf(const std::string& name) {
-  const std::lock_guard<std::mutex> lock(buffersMutex);
+InterfaceBuffer* NS_BUNDLEMGR1::CheckIFBuf(const std::string& name) {
+  const std::lock_guard mapLock(mapMutex);
   const auto found = buffers.find(name);
   return found == buffers.end() ? nullptr : &found->second;
 }
@@ -77,30 +66,18 @@ void ServiceObjectBase::UnRegistSvc() {
   services.erase(std::remove(services.begin(), services.end(), this), services.end());
 }
 
-const std::string& ServiceObjectBase::GetName() const {
-  return serviceName_;
-}
-
-ServiceInterface* ServiceObjectBase::GetInterface() {
-  return interface_;
-}
-
 void ServiceObjectBase::RemoveInterface() {
   const Lock lock;
-  const std::lock_guard<std::mutex> buffersLock(buffersMutex);
-  for (auto& entry : buffers) {
-    entry.second.Remove(interface_);
-  }
+  const std::lock_guard mapLock(mapMutex);
+  for (auto& entry : buffers) entry.second.Remove(interface_);
   delete interface_;
   interface_ = nullptr;
 }
 
-int ServiceObjectBase::init(int, ACE_TCHAR*[]) {
-  return 0;
-}
-int ServiceObjectBase::fini() {
-  return 0;
-}
+const std::string& ServiceObjectBase::GetName() const { return serviceName_; }
+ServiceInterface* ServiceObjectBase::GetInterface() { return interface_; }
+int ServiceObjectBase::init(int, ACE_TCHAR*[]) { return 0; }
+int ServiceObjectBase::fini() { return 0; }
 
 BundleMgr* BundleMgr::Instance() {
   static BundleMgr instance;
@@ -108,16 +85,12 @@ BundleMgr* BundleMgr::Instance() {
 }
 
 ServiceObjectBase* BundleMgr::GetServiceObject(const std::string& serviceName) {
-  const Lock lock;
-  const auto found = std::find_if(services.begin(), services.end(), [&](ServiceObjectBase* each) {
-    return each->GetName() == serviceName;
-  });
-  return found == services.end() ? nullptr : *found;
+  for (auto* service : GetServiceObjects())
+    if (service->GetName() == serviceName) return service;
+  return nullptr;
 }
 
 std::vector<ServiceObjectBase*> BundleMgr::GetServiceObjects() {
   const Lock lock;
   return services;
 }
-
-}  // namespace NS_BUNDLEMGR1

@@ -1,15 +1,17 @@
-// platform/event/: a queue of events, and the thread that delivers them.
-
+// platform/event/, platform/security/: a queue of events, and the thread that calls the handlers.
 #include <condition_variable>
 #include <deque>
+#include <mutex>
 #include <set>
+#include <thread>
 #include <utility>
-
 #include "Host.h"
 #include "platform/event/EventMgr.h"
+#include "platform/security/SecurityIF.h"
 
 TEEventHandler::~TEEventHandler() = default;
 TEEventMgr::~TEEventMgr() = default;
+NS_SECURITY_SERVICE1::SecurityIF::~SecurityIF() = default;
 
 namespace {
 
@@ -24,71 +26,64 @@ class EventManager final : public TEEventMgr {
     change([&] { subscriptions_.emplace(eventId, handler); });
   }
 
-  // Waits for a running call, unless the handler itself unsubscribes.
+  // Waits until the handler has returned, except when the handler itself unsubscribes.
   void UnSubscribe(TEEventHandler* handler, int eventId) override {
-    std::unique_lock<std::mutex> lock(mutex_);
-    subscriptions_.erase({eventId, handler});
-    waitUntil(lock, [&] { return running_ != handler; });
+    change([&] { subscriptions_.erase({eventId, handler}); });
+    wait([&] { return running_ != handler; });
   }
 
-  void raise(int eventId, TEEvent event) {
-    change([&] { queue_.emplace_back(eventId, std::move(event)); });
+  void raise(int eventId, const NS_DOMAIN::TopoNode_T& node) {
+    change([&] { queue_.push_back({eventId, node}); });
   }
 
   void drain() {
-    std::unique_lock<std::mutex> lock(mutex_);
-    waitUntil(lock, [this] { return queue_.empty() && running_ == nullptr; });
+    wait([this] { return queue_.empty() && running_ == nullptr; });
   }
 
   void forgetHandlers() {
-    std::unique_lock<std::mutex> lock(mutex_);
-    subscriptions_.clear();
-    waitUntil(lock, [this] { return running_ == nullptr; });
+    change([this] { subscriptions_.clear(); });
+    wait([this] { return running_ == nullptr; });
   }
 
  private:
   template <typename Change>
   void change(const Change& make) {
-    const std::lock_guard<std::mutex> lock(mutex_);
+    const std::lock_guard lock(mutex_);
     make();
     changed_.notify_all();
   }
 
   template <typename Condition>
-  void waitUntil(std::unique_lock<std::mutex>& lock, const Condition& condition) {
-    if (std::this_thread::get_id() != thread_.get_id()) {
-      changed_.wait(lock, condition);
-    }
+  void wait(const Condition& condition) {
+    std::unique_lock lock(mutex_);
+    if (std::this_thread::get_id() != thread_.get_id()) changed_.wait(lock, condition);
   }
 
   void deliver() {
-    std::unique_lock<std::mutex> lock(mutex_);
-    for (;;) {
-      changed_.wait(lock, [this] { return stopping_ || !queue_.empty(); });
-      if (stopping_) {
-        return;
+    std::unique_lock lock(mutex_);
+    while (!stopping_) {
+      if (queue_.empty()) {
+        changed_.wait(lock);
+        continue;
       }
-      const auto [eventId, event] = std::move(queue_.front());
-      for (const auto& [subscribedId, handler] : std::set<Subscription>(subscriptions_)) {
-        if (subscribedId == eventId && subscriptions_.count({eventId, handler}) != 0) {
-          running_ = handler;
-          lock.unlock();
-          handler->HandleEvent(eventId, 0, event);
-          lock.lock();
-          running_ = nullptr;
-        }
+      const auto [eventId, node] = queue_.front();
+      for (const auto& [subscribedId, handler] : std::set(subscriptions_)) {
+        if (subscribedId != eventId || subscriptions_.count({eventId, handler}) == 0) continue;
+        running_ = handler;
+        lock.unlock();  // no mutex is locked while a handler runs
+        handler->HandleEvent(eventId, 0, {{node}});
+        lock.lock();
+        running_ = nullptr;
       }
       queue_.pop_front();
       changed_.notify_all();
     }
   }
 
-  using Subscription = std::pair<int, TEEventHandler*>;
-
-  std::mutex mutex_;  // not locked during a call of a handler
+  std::mutex mutex_;
   std::condition_variable changed_;
-  std::set<Subscription> subscriptions_;
-  std::deque<std::pair<int, TEEvent>> queue_;
+  std::set<std::pair<int, TEEventHandler*>> subscriptions_;
+  std::deque<std::pair<int, NS_DOMAIN::TopoNode_T>> queue_;
   TEEventHandler* running_ = nullptr;
   bool stopping_ = false;
   std::thread thread_{[this] { deliver(); }};
@@ -99,20 +94,22 @@ EventManager& events() {
   return instance;
 }
 
+class Security final : public NS_SECURITY_SERVICE1::SecurityIF {
+  bool isEventAccessAllowed() override { return true; }
+  void setAccessIdentity(const std::string&) override {}
+  void setAccessLevel(const int&) override {}
+};
+
 }  // namespace
 
-TEEventMgr* TEEventMgr::Instance() {
-  return &events();
-}
-
+TEEventMgr* TEEventMgr::Instance() { return &events(); }
 void host::raiseEvent(int eventId, const NS_DOMAIN::TopoNode_T& node) {
-  events().raise(eventId, TEEvent{{node}});
+  events().raise(eventId, node);
 }
+void host::drainEvents() { events().drain(); }
+void host::forgetEventHandlers() { events().forgetHandlers(); }
 
-void host::drainEvents() {
-  events().drain();
-}
-
-void host::forgetEventHandlers() {
-  events().forgetHandlers();
+void host::publishSecurity() {
+  static Security security;
+  NS_BUNDLEMGR1::SetIFBuf("SecurityIF", &security);
 }

@@ -1,85 +1,41 @@
-// The parts of the host that several of its files use.
-
+// What the files of the host share.
 #ifndef HOST_H
 #define HOST_H
-
-#include <mutex>
 #include <string>
-#include <thread>
-#include <vector>
-
-#include "orb/idl/common.h"
-#include "orb/notification.h"
+#include "orb/idl/globaldefs.h"
 #include "platform/domain/DomainRecords.h"
 
 namespace host {
 
 constexpr const char* kEmsName = "Sample";
+constexpr CORBA::ULong kFailure = 1000;  // plus a globaldefs::ExceptionType_T: a failure code
 
-// Failure codes of this host. Failures.cpp says what a client receives.
-constexpr CORBA::ULong kNotSupported = 1;
-constexpr CORBA::ULong kInvalidName = 2;
-constexpr CORBA::ULong kNoSuchObject = 3;
-constexpr CORBA::ULong kTooManyIterators = 4;
+CORBA::ORB_ptr startOrb(int argc, char** argv);  // texts are UTF-8; one file for each ORB
 
-// A running ORB that serves requests. The destructor waits for running requests.
-class Orb {
- public:
-  Orb(int argc, char** argv);  // the arguments may contain options of the ORB
-  ~Orb();
-  CORBA::ORB_ptr get() { return orb_.in(); }
-  PortableServer::POA_ptr rootPoa() { return root_.in(); }
+// The POAs of the module's objects. Set while no request runs; nil while no module is loaded.
+extern PortableServer::POA_var managerPoa, iteratorPoa;
+std::string managerReference(CORBA::ORB_ptr orb);
 
- private:
-  CORBA::ORB_var orb_;
-  PortableServer::POA_var root_;
-  std::thread thread_;
-};
+// One thread that serves no request loads and unloads. After a failure nothing is loaded.
+void load(const std::string& file, PortableServer::POA_ptr root);
+void unload();
+void forgetManagers();       // drops the registration of a failed module
+void forgetEventHandlers();  // drops the subscriptions, and waits for a running handler
 
-// The start of the ORB with UTF-8 as the code set of all texts: one file for each ORB.
-CORBA::ORB_ptr startOrb(int argc, char** argv);
-
-// A POA for objects of the module. Open while a module is loaded. Any thread may call get.
-class ModulePoa {
- public:
-  // fixedIds: the caller chooses the object ids, and references stay valid after a reload.
-  void open(PortableServer::POA_ptr root, const char* name, bool fixedIds);
-  void close();  // rejects new requests, waits for running requests, drops the servants
-  PortableServer::POA_ptr get();  // a new reference; nil while closed
-
- private:
-  std::mutex mutex_;
-  PortableServer::POA_var poa_;
-};
-
-extern ModulePoa managerPoa;
-extern ModulePoa iteratorPoa;
-
-// Registration.cpp
-std::string managerReference(CORBA::ORB_ptr orb);  // throws std::runtime_error without a manager
-void forgetManagers();
-
-// Iterators.cpp
-void forgetIterators();
-
-// Events.cpp
-void raiseEvent(int eventId, const NS_DOMAIN::TopoNode_T& node);
-void drainEvents();          // waits until the handlers have handled all raised events
-void forgetEventHandlers();  // waits for a running handler
-
-// Domain.cpp. The operations throw std::runtime_error.
-void createNode(const std::string& id);
-void changeNode(const std::string& id, const std::string& name);
-void deleteNode(const std::string& id);
-bool hasSubnetwork(const std::string& id);
-
-// Notifications.cpp. A nil consumer: notifications are only logged.
-void setConsumer(CosNotifyComm::StructuredPushConsumer_ptr consumer);
-
-// Publishes the interfaces that the module looks up by name.
+// Publish the interfaces that the module looks up by name.
 void publishDomain();
 void publishNaming();
 void publishSecurity();
+
+// Change the network and raise the event.
+void createNode(const std::string& id);
+void changeNode(const std::string& id);
+void deleteNode(const std::string& id);
+bool hasSubnetwork(const std::string& id);
+
+void raiseEvent(int eventId, const NS_DOMAIN::TopoNode_T& node);
+void drainEvents();                            // waits until the handlers have handled all events
+void setConsumer(CORBA::Object_ptr consumer);  // of the notifications; set before load()
 
 }  // namespace host
 

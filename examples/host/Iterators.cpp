@@ -1,59 +1,25 @@
-// platform/agent/TAIteratorHelper.h: the iterators that hold the rest of large views.
-
-#include <map>
-
+// platform/agent/TAIteratorHelper.h: the iterators that contain the rest of large views. A host for
+// real clients limits their number, and ends an iterator that was not used for some minutes.
 #include "Host.h"
 #include "platform/agent/TAIteratorHelper.h"
 
-namespace {
-
-using PortableServer::ObjectId_var;
-using PortableServer::ServantBase;
-
-// A host for real clients also ends iterators that were not used for some minutes.
-constexpr std::size_t kMostIterators = 100;
-
-std::mutex mutex;
-std::map<ServantBase*, ObjectId_var> iterators;  // the POA owns the servants
-
-}  // namespace
-
-void host::forgetIterators() {
-  iteratorPoa.close();
-  const std::lock_guard<std::mutex> lock(mutex);
-  iterators.clear();
-}
-
-namespace NS_CORBA {
+using NS_CORBA::TAIteratorHelper, PortableServer::ObjectId_var, host::iteratorPoa;
 
 PortableServer::POA_ptr TAIteratorHelper::getIteratorPoa() {
-  return host::iteratorPoa.get();
+  return PortableServer::POA::_duplicate(iteratorPoa.in());
 }
 
-CORBA::ULong TAIteratorHelper::add_Iterator(ServantBase* servant) {
-  const PortableServer::POA_var poa = getIteratorPoa();
-  const std::lock_guard<std::mutex> lock(mutex);
-  if (CORBA::is_nil(poa.in()) || iterators.size() >= kMostIterators) {
-    return host::kTooManyIterators;  // the caller keeps its reference
-  }
-  iterators[servant] = poa->activate_object(servant);
-  servant->_remove_ref();  // the creation reference; the POA has a reference of its own
+// Drops the creation reference after a success. The POA has a reference of its own.
+CORBA::ULong TAIteratorHelper::add_Iterator(PortableServer::ServantBase* servant) try {
+  const ObjectId_var id = iteratorPoa->activate_object(servant);
+  servant->_remove_ref();
   return 0;
+} catch (const CORBA::Exception&) {
+  return host::kFailure + globaldefs::EXCPT_TOO_MANY_OPEN_ITERATORS;
 }
 
-void TAIteratorHelper::deactive_object(ServantBase* servant) {
-  const PortableServer::POA_var poa = getIteratorPoa();
-  ObjectId_var id;
-  {
-    const std::lock_guard<std::mutex> lock(mutex);
-    const auto found = iterators.find(servant);
-    if (CORBA::is_nil(poa.in()) || found == iterators.end()) {
-      return;
-    }
-    id = found->second;
-    iterators.erase(found);
-  }
-  poa->deactivate_object(id.in());
+void TAIteratorHelper::deactive_object(PortableServer::ServantBase* servant) try {
+  iteratorPoa->deactivate_object(ObjectId_var(iteratorPoa->servant_to_id(servant)).in());
+} catch (const CORBA::UserException&) {
+  // The servant was deactivated before.
 }
-
-}  // namespace NS_CORBA

@@ -1,89 +1,67 @@
-// platform/agent/TANotification.h: makes a structured event of each notification.
-
+// platform/agent/TANotification.h: pushes structured events.
 #include <ctime>
-
 #include "Host.h"
 #include "idl/NotificationLayout.h"
-#include "platform/agent/Logging.h"
+#include "orb/notification.h"
 #include "platform/agent/TANotification.h"
+
+using namespace notification_layout;
+using CosNotification::StructuredEvent, globaldefs::NVSList_T, NS_CORBA::TANotification;
+using CosNotifyComm::StructuredPushConsumer, CosNotifyComm::StructuredPushConsumer_var;
 
 namespace {
 
-namespace layout = notification_layout;
+StructuredPushConsumer_var consumer;
 
-CosNotifyComm::StructuredPushConsumer_var consumer;
-unsigned long lastId = 0;  // only the thread of the event manager sends notifications
-
-CORBA::Any& addField(CosNotification::StructuredEvent& event, const char* name) {
+CORBA::Any& addField(StructuredEvent& event, const char* name) {
   const CORBA::ULong last = event.filterable_data.length();
   event.filterable_data.length(last + 1);
   event.filterable_data[last].name = CORBA::string_dup(name);
   return event.filterable_data[last].value;
 }
 
-notifications::ObjectType_T typeOf(const globaldefs::NVSList_T& name) {
-  const bool isSubnetwork =
-      name.length() == 2 && name[1].name.in() == std::string("TopoSubnetwork");
-  return isSubnetwork ? notifications::OT_MULTILAYER_SUBNETWORK : notifications::OT_MANAGED_ELEMENT;
-}
-
-std::string now() {
+StructuredEvent makeEvent(const char* type, const NVSList_T& name, bool edgePointRelated) {
+  static unsigned long id = 0;
   const std::time_t seconds = std::time(nullptr);
   std::tm utc{};
-  char text[32];
-  std::strftime(text, sizeof text, "%Y%m%d%H%M%S.0Z", gmtime_r(&seconds, &utc));
-  return text;
-}
-
-CosNotification::StructuredEvent eventOf(const char* type, const globaldefs::NVSList_T& name,
-                                         bool edgePointRelated) {
-  CosNotification::StructuredEvent event;
-  event.header.fixed_header.event_type.domain_name = CORBA::string_dup(layout::kDomain);
+  char now[32];
+  std::strftime(now, sizeof now, "%Y%m%d%H%M%S.0Z", gmtime_r(&seconds, &utc));
+  StructuredEvent event;
+  event.header.fixed_header.event_type.domain_name = CORBA::string_dup(kDomain);
   event.header.fixed_header.event_type.type_name = CORBA::string_dup(type);
-  addField(event, layout::kNotificationId) <<= std::to_string(++lastId).c_str();
-  addField(event, layout::kObjectName) <<= name;
-  addField(event, layout::kObjectType) <<= typeOf(name);
-  addField(event, layout::kEmsTime) <<= now().c_str();
-  addField(event, layout::kNeTime) <<= "";
-  addField(event, layout::kEdgePointRelated) <<= CORBA::Any::from_boolean(edgePointRelated);
+  addField(event, kNotificationId) <<= std::to_string(++id).c_str();
+  addField(event, kObjectName) <<= name;
+  addField(event, kObjectType) <<= notifications::OT_MANAGED_ELEMENT;
+  addField(event, kEmsTime) <<= static_cast<const char*>(now);
+  addField(event, kNeTime) <<= "";
+  addField(event, kEdgePointRelated) <<= CORBA::Any::from_boolean(edgePointRelated);
   return event;
 }
 
-void push(const CosNotification::StructuredEvent& event) {
-  if (!CORBA::is_nil(consumer.in())) {
-    consumer->push_structured_event(event);
-  }
+void push(const StructuredEvent& event) {
+  if (!CORBA::is_nil(consumer.in())) consumer->push_structured_event(event);
 }
 
 }  // namespace
 
-void host::setConsumer(CosNotifyComm::StructuredPushConsumer_ptr receiver) {
-  consumer = CosNotifyComm::StructuredPushConsumer::_duplicate(receiver);
+void host::setConsumer(CORBA::Object_ptr object) {
+  consumer = StructuredPushConsumer::_unchecked_narrow(object);
 }
 
-namespace NS_CORBA {
-
-void TANotification::OnObjectCreated(const globaldefs::NVSList_T& objectName,
-                                     const CORBA::Any& object, bool edgePointRelated) {
-  auto event = eventOf(layout::kObjectCreation, objectName, edgePointRelated);
+void TANotification::OnObjectCreated(const NVSList_T& name, const CORBA::Any& object, bool edge) {
+  StructuredEvent event = makeEvent(kObjectCreation, name, edge);
   event.remainder_of_body = object;
   push(event);
 }
 
-void TANotification::OnObjectDeleted(const globaldefs::NVSList_T& objectName,
-                                     bool edgePointRelated) {
-  push(eventOf(layout::kObjectDeletion, objectName, edgePointRelated));
+void TANotification::OnObjectDeleted(const NVSList_T& name, bool edge) {
+  push(makeEvent(kObjectDeletion, name, edge));
 }
 
-void TANotification::OnObjectAVC(const globaldefs::NVSList_T& objectName,
-                                 const notifications::NVList_T& attributes, bool edgePointRelated,
-                                 const CORBA::Any& additional, bool hasAdditional) {
-  auto event = eventOf(layout::kAttributeValueChange, objectName, edgePointRelated);
-  addField(event, layout::kAttributeList) <<= attributes;
-  if (hasAdditional) {
-    event.remainder_of_body = additional;
-  }
+void TANotification::OnObjectAVC(const NVSList_T& name, const notifications::NVList_T& attributes,
+                                 bool edge, const CORBA::Any& additional, bool hasAdditional) {
+  StructuredEvent event = makeEvent(kAttributeValueChange, name, edge);
+  addField(event, kAttributeList) <<= attributes;
+  if (hasAdditional) event.remainder_of_body = additional;
   push(event);
 }
-
-}  // namespace NS_CORBA

@@ -1,78 +1,79 @@
-// A host for the module that is operated by lines on standard input.
-
+// A host that is operated by lines on standard input: see docs/embedding.md.
 #include <iostream>
+#include <map>
 #include <stdexcept>
-
-#include "Module.h"
-#include "platform/agent/AgentConfig.h"
+#include <thread>
+#include "Host.h"
 
 namespace {
 
-// Returns the answer to a request.
-std::string answer(const std::string& verb, const std::string& id, host::Module& module,
-                   host::Orb& orb) {
-  if (verb == "create") {
-    host::createNode(id);
-  } else if (verb == "change") {
-    host::changeNode(id, "new name of " + id);
-  } else if (verb == "delete") {
-    host::deleteNode(id);
-  } else if (verb == "unload") {
-    module.unload();
-  } else if (verb == "load") {
-    module.load();
-    return "ok " + host::managerReference(orb.get());
-  } else {
-    throw std::runtime_error("no such request");
+// An ORB that serves requests until the end of this object.
+struct RunningOrb {
+  RunningOrb(int argc, char** argv) : orb(host::startOrb(argc, argv)) {
+    const CORBA::Object_var object = orb->resolve_initial_references("RootPOA");
+    root = PortableServer::POA::_narrow(object.in());
+    const PortableServer::POAManager_var manager = root->the_POAManager();
+    manager->activate();
+    thread = std::thread([this] { orb->run(); });
   }
-  host::drainEvents();
-  return "ok";
+  ~RunningOrb() {
+    host::unload();
+    orb->shutdown(true);
+    thread.join();
+    orb->destroy();
+  }
+  const CORBA::ORB_var orb;
+  PortableServer::POA_var root;
+  std::thread thread;
+};
+
+std::string load(const char* module, RunningOrb& running) {
+  host::load(module, running.root.in());
+  return host::managerReference(running.orb.in());
 }
 
-void serve(host::Module& module, host::Orb& orb) {
-  for (std::string line; std::getline(std::cin, line) && line != "quit";) {
-    const std::size_t space = std::min(line.find(' '), line.size());
-    try {
-      std::cout << answer(line.substr(0, space), line.substr(std::min(space + 1, line.size())),
-                          module, orb)
-                << std::endl;
-    } catch (const std::exception& failure) {
-      std::cout << "failed " << failure.what() << std::endl;
-    }
+std::string answer(const std::string& line, const char* module, RunningOrb& running) {
+  static const std::map<std::string, void (*)(const std::string&)> changes = {
+      {"create", host::createNode}, {"change", host::changeNode}, {"delete", host::deleteNode}};
+  const std::string verb = line.substr(0, line.find(' '));
+  const std::string argument = line.substr(std::min(verb.size() + 1, line.size()));
+  if (verb == "load") return "ok " + load(module, running);
+  if (changes.count(verb) == 1) {
+    changes.at(verb)(argument);
+    host::drainEvents();
+  } else if (verb == "unload" || verb == "quit") {
+    host::unload();
+  } else {
+    return "failed unknown request";
   }
+  return "ok";
 }
 
 }  // namespace
 
 // sample-host MODULE [CONSUMER] [OPTION OF THE ORB...]
-// CONSUMER: the reference of a CosNotifyComm::StructuredPushConsumer that gets the notifications.
-int main(int argc, char** argv) {
-  if (argc < 2) {
-    std::cerr << "usage: sample-host MODULE [CONSUMER] [OPTION OF THE ORB...]\n";
-    return 2;
-  }
-  try {
-    host::Orb orb(argc, argv);
-    if (argc > 2 && argv[2][0] != '-') {
-      const CORBA::Object_var object = orb.get()->string_to_object(argv[2]);
-      const auto consumer = CosNotifyComm::StructuredPushConsumer::_unchecked_narrow(object.in());
-      host::setConsumer(consumer);
-      CORBA::release(consumer);
+// CONSUMER: the reference of a CosNotifyComm::StructuredPushConsumer for the notifications.
+int main(int argc, char** argv) try {
+  if (argc < 2) throw std::runtime_error("usage: sample-host MODULE [CONSUMER] [ORB OPTION...]");
+  RunningOrb running(argc, argv);
+  if (argc > 2 && argv[2][0] != '-')
+    host::setConsumer(CORBA::Object_var(running.orb->string_to_object(argv[2])).in());
+  host::publishDomain();
+  host::publishNaming();
+  host::publishSecurity();
+  std::cout << "ready " << load(argv[1], running) << std::endl;
+  for (std::string line; line != "quit" && std::getline(std::cin, line);) {
+    try {
+      std::cout << answer(line, argv[1], running) << std::endl;
+    } catch (const std::runtime_error& failure) {
+      std::cout << "failed " << failure.what() << std::endl;
     }
-    host::publishDomain();
-    host::publishNaming();
-    host::publishSecurity();
-    host::Module module(argv[1], orb);
-    module.load();
-    std::cout << "ready " << host::managerReference(orb.get()) << std::endl;
-    serve(module, orb);
-    std::cout << "ok" << std::endl;
-  } catch (const std::exception& failure) {
-    std::cerr << failure.what() << "\n";
-    return 1;
-  } catch (const CORBA::Exception& failure) {
-    std::cerr << "the ORB fails: " << failure._name() << "\n";
-    return 1;
   }
   return 0;
+} catch (const std::exception& failure) {
+  std::cerr << failure.what() << std::endl;
+  return 1;
+} catch (const CORBA::Exception& failure) {
+  std::cerr << failure._name() << std::endl;
+  return 1;
 }

@@ -1,16 +1,13 @@
-#include <tao/Codeset/Codeset.h>  // links the translation of code sets into the program
-
+#include <tao/Codeset/Codeset.h>  // links the conversion of code sets
+#include <vector>
 #include "Host.h"
 
 CORBA::ORB_ptr host::startOrb(int argc, char** argv) {
-  // 0x05010001 is UTF-8. Without the first option TAO takes all texts for ISO 8859-1.
-  const char* options[] = {"-ORBSvcConfDirective",
-                           "static Resource_Factory \"-ORBNativeCharCodeset 0x05010001\"",
-                           "-ORBListenEndpoints", "iiop://127.0.0.1:0"};
   std::vector<char*> all(argv, argv + argc);
-  for (const char* option : options) {
+  for (const char* option : {"-ORBSvcConfDirective",  // 0x05010001 is UTF-8
+                             "static Resource_Factory \"-ORBNativeCharCodeset 0x05010001\"",
+                             "-ORBListenEndpoints", "iiop://127.0.0.1:0"})
     all.push_back(const_cast<char*>(option));
-  }
   int count = static_cast<int>(all.size());
   all.push_back(nullptr);
   return CORBA::ORB_init(count, all.data());
