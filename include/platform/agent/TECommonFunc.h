@@ -1,10 +1,14 @@
 // The common attributes of managed objects and the capability list, which the agent keeps for all
 // managers.
 //
-// Thread-safety: any thread. Ownership: names and texts are borrowed for the call.
+// Thread-safety: any thread. Ownership: names and texts are borrowed for the call. Texts are UTF-8;
+// names and texts come from the client and may have any content.
 //
 // Errors: every setter returns 0 on success and otherwise a failure code for ThrowException. A
-// setter that returns 0 has stored the change.
+// setter that returns 0 has stored the change. The functions may raise CORBA exceptions, which
+// reach the client. They must not raise anything else: a ProcessException, std::bad_alloc or any
+// other exception ends the process. A client triggers the calls with the operation of the same
+// name.
 
 #ifndef PLATFORM_AGENT_TECOMMONFUNC_H
 #define PLATFORM_AGENT_TECOMMONFUNC_H
@@ -19,23 +23,32 @@ namespace NS_CORBA {
 
 class PLATFORM_API TECommonFunc {
  public:
-  // enforceUniqueness: fail when another object has this user label.
+  // Store one attribute of an object. enforceUniqueness: fail when another object has this user
+  // label.
+  // May raise: CORBA exceptions. Must not raise anything else: ends the process.
   static CORBA::ULong onSetUserLabel(const globaldefs::NVSList_T& objectName, const char* userLabel,
                                      bool enforceUniqueness);
   static CORBA::ULong onSetOwner(const globaldefs::NVSList_T& objectName, const char* owner);
   static CORBA::ULong onSetNativeEMSName(const globaldefs::NVSList_T& objectName,
                                          const char* nativeEMSName);
 
-  // May update additionalInfo in place. On failure, may set errorText to the reason.
+  // May update additionalInfo in place: the client gets the updated list. On failure, may set
+  // errorText to the reason.
+  // May raise: CORBA exceptions. Must not raise anything else: ends the process.
   static CORBA::ULong onSetAdditionalInfo(const globaldefs::NVSList_T& objectName,
                                           globaldefs::NVSList_T& additionalInfo,
                                           std::string& errorText);
 
-  // Removes the stored user label, owner and additional information of the object.
+  // Removes the stored user label, owner and additional information of the object. No operation of
+  // the IDL interface calls resetObject.
+  // May raise: CORBA exceptions. Must not raise anything else: ends the process.
   static CORBA::ULong resetObject(const globaldefs::NVSList_T& objectName);
 
   // Builds the capability list of a manager from the fully qualified names of its operations:
-  // attributeOperations change common attributes, otherOperations do not.
+  // attributeOperations change common attributes, otherOperations do not. Each operation is one
+  // capability, in this order: its name, and the value "Supported". `capabilities` must not be null
+  // afterwards.
+  // May raise: CORBA exceptions. Must not raise anything else: ends the process.
   static void onGetCapabilities(common::CapabilityList_T_out capabilities,
                                 const std::vector<std::string>& attributeOperations,
                                 const std::vector<std::string>& otherOperations);

@@ -5,8 +5,23 @@
 // Ownership: the platform owns facets and accessors, which are valid while the interface is
 // published. Result holders are borrowed for the call; a query that keeps a holder calls AddRef.
 //
-// Errors: every call may throw ProcessException. A result holder may then be partly filled; the
-// caller uses or drops that part.
+// Texts are UTF-8.
+//
+// Errors: every call, GetFacet and the accessors included, may raise ProcessException. A result
+// holder may then be partly filled. A client triggers the calls with every view; their exceptions
+// become
+//
+//   view                          ProcessException           CORBA exception   any other exception
+//   topo, protect subnetwork      exception of errorCode     reaches client    ends the process
+//   below a topo subnetwork       logged; the nodes that     reaches client    ends the process
+//                                 were read are the result
+//   clock nodes, clock links      exception of errorCode     ERR_TOPO_CONVERSION, for both
+//
+// With errorCode 0, the view continues with the records that were read. In test mode, init calls
+// GetAllTopoNodes; every exception leaves init.
+// Must not raise: anything but ProcessException and CORBA exceptions, std::bad_alloc included, out
+// of GetFacet, GetTopoData, GetAllTopoNodes, GetNEData, GetNEIndexList and GetNEList: ends the
+// process.
 //
 // The host defines the destructors (key functions, see framework/ProcessException.h).
 
@@ -36,14 +51,16 @@ class PLATFORM_API TopoData {
   virtual ~TopoData();
 
   // Appends every topology node, in the domain's order.
+  // May raise: ProcessException, CORBA exceptions. Must not raise anything else: ends the process.
   virtual void GetAllTopoNodes(TopoNodeHolder* nodes) = 0;
 
   // Appends the clock positions, in the domain's order. The module passes 10 in `kind` and never
-  // reads `count`.
+  // reads `count`. May raise: anything, see above.
   virtual void GetClockPositionList(const int& kind, ClockPositionHolder* positions,
                                     IntHolder* count) = 0;
 
-  // Appends the clock links, in the domain's order. `kind` and `count` as for the positions.
+  // Appends the clock links, in the domain's order. `kind` and `count` as for the positions. May
+  // raise: anything, see above.
   virtual void GetClockTopoLinkList(const int& kind, ClockTopoLinkHolder* links,
                                     IntHolder* count) = 0;
 };
@@ -55,13 +72,16 @@ class PLATFORM_API NEData {
 
   // Appends indexes of network elements. shown == false: all elements; shown == true: the elements
   // that the topology already shows as nodes.
+  // May raise: ProcessException, CORBA exceptions. Must not raise anything else: ends the process.
   virtual void GetNEIndexList(NEIndexHolder* indexes, const bool& shown) = 0;
 
   // Appends the record of the element of each index, in the order of the indexes.
+  // May raise: ProcessException, CORBA exceptions. Must not raise anything else: ends the process.
   virtual void GetNEList(NEHolder* elements, const std::vector<NEIndex>& indexes) = 0;
 };
 
 // The domain as seen by one client. The accessors are never null.
+// May raise: ProcessException, CORBA exceptions. Must not raise anything else: ends the process.
 class PLATFORM_API DomainFacet {
  public:
   virtual ~DomainFacet();
@@ -75,6 +95,7 @@ class PLATFORM_API DomainInterface : public NS_BUNDLEMGR1::ServiceInterface {
   ~DomainInterface() override;
 
   // The facet of a client, never null. The module asks for the client "CORBA".
+  // May raise: ProcessException, CORBA exceptions. Must not raise anything else: ends the process.
   virtual DomainFacet* GetFacet(const std::string& client) = 0;
 };
 

@@ -2,7 +2,8 @@
 // the module and the host share about them.
 //
 // Thread-safety and ownership: plain values, without shared state. The module reads the records,
-// and builds TopoNode_T records for network elements.
+// and builds TopoNode_T records for network elements. Texts are UTF-8; the module copies and
+// compares their bytes.
 //
 // Fields with a number in their name (text4, scalar3) are copied with the record; the module does
 // not read them.
@@ -40,10 +41,12 @@ struct TopoNode_T {
   std::string nativeName;  // the label in the management system
   std::string text4;
   std::string text5;
-  std::uint32_t nodeType = 0;    // kTopoElement or kTopoSubnetwork; the module drops other types
-  std::uint32_t parentType = 0;  // the domain type of the parent
-  std::int32_t attribute3 = 0;   // becomes nodeParam1 of the TMF node
-  std::int32_t attribute4 = 0;   // becomes nodeParam2 of the TMF node
+  std::uint32_t nodeType = 0;  // kTopoElement or kTopoSubnetwork; the module drops other types
+  // The domain type of the parent; kTopoSubnetwork below kPhysicalRoot. The views leave out a node
+  // that has a parent and neither kTopoElement nor kTopoSubnetwork here.
+  std::uint32_t parentType = 0;
+  std::int32_t attribute3 = 0;  // becomes nodeParam1 of the TMF node
+  std::int32_t attribute4 = 0;  // becomes nodeParam2 of the TMF node
   // Key and value. The first value of a subnetwork is LOCATION or LOCATION||TYPE.
   std::vector<std::pair<std::string, std::string>> extendedAttributes;
 };

@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
 #include <exception>
+#include <locale>
+#include <memory>
 #include <type_traits>
 
 #include "platform/framework/ProcessException.h"
@@ -78,6 +80,64 @@ TEST(FrameworkProcessException, KeepsEverythingWhenItIsThrownAndCopiedFromTheHan
   } catch (ProcessException& caught) {
     expectFilled(ProcessException(caught));
   }
+}
+
+TEST(FrameworkProcessException, IsDescribedByCodeAndDetail) {
+  ProcessException failure;
+  EXPECT_STREQ(failure.what(), "code 0");
+  failure.errorCode = -7;
+  EXPECT_STREQ(failure.what(), "code -7");
+  failure.detail << "no such name: "
+                 << "Zürich";
+  EXPECT_STREQ(failure.what(), "code -7: no such name: Zürich");
+}
+
+TEST(FrameworkProcessException, OwnsItsDescription) {
+  auto copied = std::make_unique<ProcessException>();
+  fill(*copied);
+  const char* const text = copied->what();
+  ProcessException copy(*copied);
+  copy.detail << "!";
+  EXPECT_STREQ(copy.what(), "code -7: ErrCode:7,Detail:no such name!");
+  EXPECT_STREQ(text, "code -7: ErrCode:7,Detail:no such name");
+  copied.reset();
+  EXPECT_STREQ(copy.what(), "code -7: ErrCode:7,Detail:no such name!");
+}
+
+TEST(FrameworkProcessException, KeepsItsDescriptionApartFromThatOfACopiedFormat) {
+  ProcessException source;
+  source.detail << "source";
+  source.what();
+  ProcessException target;
+  target.detail << "target";
+  target.what();
+  target.context.copyfmt(source.context);
+  target.context.imbue(std::locale::classic());
+  EXPECT_STREQ(target.what(), "code 0: target");
+  EXPECT_STREQ(source.what(), "code 0: source");
+}
+
+TEST(FrameworkProcessException, IsDescribedToHandlersOfStandardExceptions) {
+  try {
+    fakes::raiseProcessException(3)();
+    FAIL() << "no exception";
+  } catch (const std::exception& failure) {
+    EXPECT_STREQ(failure.what(), "code 3");
+  }
+}
+
+// Module and host may be compiled with different versions of the header.
+TEST(FrameworkProcessException, HasNoRoomForItsDescription) {
+  struct Layout : std::exception {
+    std::int32_t numbers[2];
+    std::ostringstream texts[4];
+  };
+  static_assert(sizeof(ProcessException) == sizeof(Layout));
+}
+
+TEST(FrameworkInterfaceNotExist, IsDescribedByItsCodeAndItsMeaning) {
+  EXPECT_STREQ(InterfaceNotExistException().what(),
+               "code 1092091908: no bundle publishes the service interface");
 }
 
 TEST(FrameworkInterfaceNotExist, CarriesItsCodeAndNoText) {
