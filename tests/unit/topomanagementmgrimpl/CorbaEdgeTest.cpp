@@ -38,6 +38,13 @@ TEST(TopoCorbaEdgeDeathTest, EndsTheProcessForTheFrameworksException) {
   EXPECT_DEATH(topo::atCorbaEdge(fakes::raiseProcessException(7)), "ProcessException");
 }
 
+TEST(TopoCorbaEdgeDeathTest, NamesTheCodeWhenItEndsTheProcess) {
+  const std::string code = "what\\(\\):  code ";
+  EXPECT_DEATH(topo::atCorbaEdge(fakes::raiseProcessException(7)), code + "7");
+  EXPECT_DEATH(topo::atCorbaEdge(fakes::raiseInterfaceNotExist()),
+               code + "1092091908: no bundle publishes the service interface");
+}
+
 TEST(TopoCorbaEdgeDeathTest, EndsTheProcessForAMissingInterface) {
   EXPECT_DEATH(topo::atCorbaEdge(fakes::raiseInterfaceNotExist()), "InterfaceNotExistException");
 }
