@@ -14,13 +14,17 @@ struct RunningOrb {
     root = PortableServer::POA::_narrow(object.in());
     const PortableServer::POAManager_var manager = root->the_POAManager();
     manager->activate();
-    thread = std::thread([this] { orb->run(); });
+    thread = std::thread([this] { run(); });
   }
   ~RunningOrb() {
     host::unload();
     orb->shutdown(true);
     thread.join();
+    host::setConsumer(CORBA::Object::_nil());
     orb->destroy();
+  }
+  void run() try { orb->run(); } catch (const CORBA::BAD_INV_ORDER&) {
+    // The ORB was shut down before.
   }
   const CORBA::ORB_var orb;
   PortableServer::POA_var root;
@@ -61,7 +65,8 @@ int main(int argc, char** argv) try {
   host::publishDomain();
   host::publishNaming();
   host::publishSecurity();
-  std::cout << "ready " << load(argv[1], running) << std::endl;
+  const std::string reference = load(argv[1], running);
+  std::cout << "ready " << reference << std::endl;
   for (std::string line; line != "quit" && std::getline(std::cin, line);) {
     try {
       std::cout << answer(line, argv[1], running) << std::endl;
