@@ -214,16 +214,23 @@ TopoManagementManager::TopoMgr_I_var Client::manager(const RunningAgent& agent) 
   return narrow<TopoManagementManager::TopoMgr_I>(object(agent.endpoint(), object_key::kManager));
 }
 
-DirectListener::DirectListener(Client& client, const TopoAgent::Session_I_var& session,
-                               const std::string& lastId)
+Consumer::Consumer(Client& client)
     : servant_(new DirectConsumer(inbox_)),
       poa_(PortableServer::POA::_duplicate(client.server().rootPoa())),
-      id_(poa_->activate_object(servant_.in())) {
-  const CORBA::Object_var object = poa_->id_to_reference(id_);
-  const auto consumer = CosNotifyComm::StructuredPushConsumer::_narrow(object);
-  const CosNotifyComm::StructuredPushConsumer_var owner = consumer;
-  subscription_ = session->subscribe(consumer, lastId.c_str());
+      id_(poa_->activate_object(servant_.in())) {}
+
+Consumer::~Consumer() {
+  poa_->deactivate_object(id_);
 }
+
+CosNotifyComm::StructuredPushConsumer_var Consumer::reference() const {
+  const CORBA::Object_var object = poa_->id_to_reference(id_);
+  return CosNotifyComm::StructuredPushConsumer::_narrow(object);
+}
+
+DirectListener::DirectListener(Client& client, const TopoAgent::Session_I_var& session,
+                               const std::string& lastId)
+    : consumer_(client), subscription_(session->subscribe(consumer_.reference(), lastId.c_str())) {}
 
 DirectListener::~DirectListener() {
   try {
@@ -231,7 +238,6 @@ DirectListener::~DirectListener() {
   } catch (const CORBA::SystemException&) {
     // The agent has ended or has dropped the subscription.
   }
-  poa_->deactivate_object(id_);
 }
 
 ChannelListener::ChannelListener(Client& client,

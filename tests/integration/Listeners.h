@@ -100,6 +100,24 @@ class Client {
 // Waits until the agent has made this number of notifications, which happens after the changes.
 void waitForNotifications(const TopoAgent::Console_I_var& console, std::uint64_t count);
 
+// An object of the client that receives structured events. REQUIRES: the client outlives it.
+class Consumer {
+ public:
+  explicit Consumer(Client& client);
+  ~Consumer();
+  Consumer(const Consumer&) = delete;
+  Consumer& operator=(const Consumer&) = delete;
+
+  CosNotifyComm::StructuredPushConsumer_var reference() const;
+  Inbox& inbox() { return inbox_; }
+
+ private:
+  Inbox inbox_;
+  PortableServer::ServantBase_var servant_;
+  PortableServer::POA_var poa_;
+  PortableServer::ObjectId_var id_;
+};
+
 // A subscription at an agent's session that ends with the agent.
 class DirectListener {
  public:
@@ -109,14 +127,11 @@ class DirectListener {
   DirectListener(const DirectListener&) = delete;
   DirectListener& operator=(const DirectListener&) = delete;
 
-  Inbox& inbox() { return inbox_; }
+  Inbox& inbox() { return consumer_.inbox(); }
   const TopoAgent::Subscription_I_var& subscription() const { return subscription_; }
 
  private:
-  Inbox inbox_;
-  PortableServer::ServantBase_var servant_;
-  PortableServer::POA_var poa_;
-  PortableServer::ObjectId_var id_;
+  Consumer consumer_;
   TopoAgent::Subscription_I_var subscription_;
 };
 

@@ -49,11 +49,12 @@ std::string rest(std::FILE* file) {
 
 // Between fork and exec: async-signal-safe functions only.
 [[noreturn]] void become(const char* program, char* const* arguments, char* const* environment,
-                         int out, int err, pid_t parent) {
+                         int in, int out, int err, pid_t parent) {
   prctl(PR_SET_PDEATHSIG, SIGKILL);
   if (getppid() != parent) {
     _exit(127);
   }
+  dup2(in, STDIN_FILENO);
   dup2(out, STDOUT_FILENO);
   dup2(err, STDERR_FILENO);
   sigset_t none;
@@ -66,25 +67,31 @@ std::string rest(std::FILE* file) {
 }  // namespace
 
 Process::Process(const std::string& program, const std::vector<std::string>& arguments,
-                 const std::vector<std::string>& environment)
-    : out_(nullptr, std::fclose), err_(std::tmpfile(), std::fclose) {
+                 const std::vector<std::string>& environment, Input input)
+    : in_(nullptr, std::fclose), out_(nullptr, std::fclose), err_(std::tmpfile(), std::fclose) {
   std::vector<std::string> all = {program};
   all.insert(all.end(), arguments.begin(), arguments.end());
   std::vector<std::string> variables = environmentWith(environment);
   const std::vector<char*> argumentPointers = pointers(all);
   const std::vector<char*> variablePointers = pointers(variables);
   std::array<int, 2> ends{};
-  if (!err_ || pipe2(ends.data(), O_CLOEXEC) != 0) {
+  std::array<int, 2> inputEnds{STDIN_FILENO, -1};
+  if (!err_ || pipe2(ends.data(), O_CLOEXEC) != 0 ||
+      (input == Input::kPipe && pipe2(inputEnds.data(), O_CLOEXEC) != 0)) {
     throw std::runtime_error("no pipe for " + program);
   }
   const pid_t parent = getpid();
   pid_ = fork();
   if (pid_ == 0) {
-    become(program.c_str(), argumentPointers.data(), variablePointers.data(), ends[1],
+    become(program.c_str(), argumentPointers.data(), variablePointers.data(), inputEnds[0], ends[1],
            fileno(err_.get()), parent);
   }
   close(ends[1]);
   out_.reset(fdopen(ends[0], "r"));
+  if (input == Input::kPipe) {
+    close(inputEnds[0]);
+    in_.reset(fdopen(inputEnds[1], "w"));
+  }
   if (pid_ < 0) {
     throw std::runtime_error("cannot start " + program);
   }
@@ -104,6 +111,15 @@ std::string Process::readLine() {
     line.push_back(static_cast<char>(c));
   }
   return line;
+}
+
+void Process::writeLine(const std::string& line) {
+  std::fputs((line + "\n").c_str(), in_.get());
+  std::fflush(in_.get());
+}
+
+void Process::closeInput() {
+  in_.reset();
 }
 
 void Process::closeOutput() {

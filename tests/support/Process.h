@@ -24,9 +24,11 @@ struct Ended {
 // std::runtime_error.
 class Process {
  public:
+  enum class Input { kOfTheTest, kPipe };  // standard input
+
   // Starts the program. Adds NAME=VALUE entries to the environment of the test.
   Process(const std::string& program, const std::vector<std::string>& arguments,
-          const std::vector<std::string>& environment = {});
+          const std::vector<std::string>& environment = {}, Input input = Input::kOfTheTest);
   ~Process();
 
   Process(const Process&) = delete;
@@ -37,6 +39,10 @@ class Process {
   // The next line of standard output, without the line feed; "" at the end of the output.
   // REQUIRES: closeOutput has not been called.
   std::string readLine();
+
+  // REQUIRES: Input::kPipe.
+  void writeLine(const std::string& line);
+  void closeInput();
 
   void closeOutput();  // the program's next write fails with EPIPE
 
@@ -51,6 +57,7 @@ class Process {
 
   pid_t pid_ = -1;
   bool ended_ = false;
+  File in_;  // null without a pipe
   File out_;
   File err_;
 };
