@@ -1,22 +1,26 @@
-# topo_tests(TARGET [TIMEOUT SECONDS] [LABELS LABEL...]): the tests of a GoogleTest executable, one ctest test each.
+# topo_tests(TARGET [TIMEOUT SECONDS] [LABELS LABEL...] [FIXTURES FIXTURE...]): the tests of a GoogleTest executable, one
+# ctest test each. FIXTURES: the fixtures that the tests require.
 #
 # All tests are registered here, so every test has a timeout and a hanging test fails. The default timeout
 # allows for sanitizers on a busy machine.
 set(TOPO_TEST_TIMEOUT 300)
 
 function(topo_tests target)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "" "TIMEOUT" "LABELS")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "TIMEOUT" "LABELS;FIXTURES")
   if(NOT arg_TIMEOUT)
     set(arg_TIMEOUT ${TOPO_TEST_TIMEOUT})
   endif()
-  set(labels)
+  set(properties)
   if(arg_LABELS)
-    set(labels LABELS ${arg_LABELS})
+    set(properties LABELS ${arg_LABELS})
+  endif()
+  if(arg_FIXTURES)
+    list(APPEND properties FIXTURES_REQUIRED ${arg_FIXTURES})
   endif()
   gtest_discover_tests(${target}
     DISCOVERY_MODE PRE_TEST
     DISCOVERY_TIMEOUT 60
-    PROPERTIES TIMEOUT ${arg_TIMEOUT} ${labels})
+    PROPERTIES TIMEOUT ${arg_TIMEOUT} ${properties})
 endfunction()
 
 # topo_unit_test(TARGET SOURCES... [LIBRARIES LIBRARY...]): a GoogleTest executable with topo_tests.
