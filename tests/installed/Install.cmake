@@ -23,6 +23,6 @@ endforeach()
 file(GLOB_RECURSE binaries "${PREFIX}/bin/*" "${PREFIX}/*.so")
 foreach(file IN LISTS binaries)
   execute_process(COMMAND objdump -p "${file}" OUTPUT_VARIABLE text COMMAND_ERROR_IS_FATAL ANY)
-  string(REGEX REPLACE "^[^\n]*\n[^\n]*\n" "" text "${text}")  # the name of the file
-  check_text("${text}" "${file}")
+  string(REGEX MATCHALL "(RPATH|RUNPATH) [^\n]*" run_path "${text}")
+  check_text("${run_path}" "${file}")
 endforeach()
