@@ -1,7 +1,9 @@
 // The topo subnetwork view and the protect subnetwork view: the query of the domain nodes, and the
 // additional information of subnetworks in test mode.
 
-#include "hash/SaltedHash.h"
+#include <algorithm>
+#include <iterator>
+
 #include "platform/agent/AgentConfig.h"
 #include "topo/Holder.h"
 #include "topo/Log.h"
@@ -45,6 +47,37 @@ CORBA::ULong runQuery(const Query& query, std::int32_t line, const char* failure
     topo::logFormat({kFile, line}, NS_CORBA::kLogError, failureText, failure.errorCode);
     return static_cast<CORBA::ULong>(failure.errorCode);
   }
+}
+
+// The platform usually delivers ascending numbers, so nothing is sorted then.
+std::vector<std::int32_t> sortedNumbers(const std::vector<NEIndex>& indexes) {
+  std::vector<std::int32_t> numbers;
+  numbers.reserve(indexes.size());
+  for (const NEIndex& index : indexes) {
+    numbers.push_back(index.number);
+  }
+  if (!std::is_sorted(numbers.begin(), numbers.end())) {
+    std::sort(numbers.begin(), numbers.end());
+  }
+  return numbers;
+}
+
+// The first of the sorted numbers that is not less than `number`. The search begins at `near`, the
+// result for another number: a step for ascending numbers, a binary search otherwise.
+std::vector<std::int32_t>::const_iterator firstNotLess(
+    const std::vector<std::int32_t>& numbers, std::vector<std::int32_t>::const_iterator near,
+    std::int32_t number) {
+  constexpr int kSteps = 4;
+  if (near == numbers.begin() || *std::prev(near) < number) {
+    for (int step = 0; step < kSteps; ++step, ++near) {
+      if (near == numbers.end() || *near >= number) {
+        return near;
+      }
+    }
+  } else {
+    return std::lower_bound(numbers.begin(), near, number);
+  }
+  return std::lower_bound(near, numbers.end(), number);
 }
 
 // The indexes of the network elements that the topology does not show.
@@ -153,14 +186,12 @@ void addAttributes(TopoManagementManager::Node_T& node, const Placement& placeme
 
 std::vector<NEIndex> TopoManagementMgr::indexesNotShown(const std::vector<NEIndex>& all,
                                                         const std::vector<NEIndex>& shown) {
-  salted::Set<std::int32_t> shownNumbers;
-  shownNumbers.reserve(shown.size());
-  for (const NEIndex& index : shown) {
-    shownNumbers.insert(index.number);
-  }
+  const std::vector<std::int32_t> numbers = sortedNumbers(shown);
   std::vector<NEIndex> remaining;
+  auto place = numbers.begin();
   for (const NEIndex& index : all) {
-    if (shownNumbers.count(index.number) == 0) {
+    place = firstNotLess(numbers, place, index.number);
+    if (place == numbers.end() || *place != index.number) {
       remaining.push_back(index);
     }
   }
