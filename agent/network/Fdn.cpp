@@ -1,6 +1,5 @@
 #include "agent/network/Fdn.h"
 
-#include <algorithm>
 #include <charconv>
 #include <limits>
 #include <system_error>
@@ -11,14 +10,10 @@ namespace {
 constexpr char kTermSeparator = ',';
 
 struct Decimal {
-  std::int64_t value = 0;  // clamped to the limits of a signed 32-bit integer
-  bool isExact = true;     // not clamped
-  std::size_t digits = 0;
+  std::int32_t value = 0;  // clamped to the limits of the type
+  bool isExact = false;    // there are digits, and the value is not clamped
   std::size_t length = 0;  // sign and digits
 };
-
-constexpr std::int64_t kLeast = std::numeric_limits<std::int32_t>::min();
-constexpr std::int64_t kMost = std::numeric_limits<std::int32_t>::max();
 
 bool isDigit(char character) {
   return character >= '0' && character <= '9';
@@ -26,17 +21,17 @@ bool isDigit(char character) {
 
 // An optional sign and the digits after the sign, at the start of a text.
 Decimal leadingDecimal(std::string_view text) {
+  // from_chars knows no plus sign.
+  const bool hasPlus = text.size() > 1 && text.front() == '+' && isDigit(text[1]);
+  const char* const start = text.data() + (hasPlus ? 1 : 0);
   Decimal decimal;
-  const bool isNegative = !text.empty() && text.front() == '-';
-  const bool hasSign = isNegative || (!text.empty() && text.front() == '+');
-  decimal.length = hasSign ? 1 : 0;
-  for (; decimal.length < text.size() && isDigit(text[decimal.length]); ++decimal.length) {
-    const int digit = text[decimal.length] - '0';
-    const std::int64_t next = decimal.value * 10 + (isNegative ? -digit : digit);
-    decimal.value = std::clamp(next, kLeast, kMost);
-    decimal.isExact = decimal.isExact && decimal.value == next;
-    ++decimal.digits;
+  const auto [end, error] = std::from_chars(start, text.data() + text.size(), decimal.value);
+  if (error == std::errc::result_out_of_range) {
+    decimal.value = *start == '-' ? std::numeric_limits<std::int32_t>::min()
+                                  : std::numeric_limits<std::int32_t>::max();
   }
+  decimal.isExact = error == std::errc();
+  decimal.length = static_cast<std::size_t>(end - text.data());
   return decimal;
 }
 
@@ -68,18 +63,18 @@ std::string_view classOfFdn(std::string_view fdn) {
 
 std::optional<std::int32_t> wholeNumber(std::string_view text) {
   const Decimal decimal = leadingDecimal(text);
-  if (decimal.digits == 0 || !decimal.isExact || decimal.length != text.size()) {
+  if (!decimal.isExact || decimal.length != text.size()) {
     return std::nullopt;
   }
-  return static_cast<std::int32_t>(decimal.value);
+  return decimal.value;
 }
 
 std::int32_t leadingNumber(std::string_view text) {
-  return static_cast<std::int32_t>(leadingDecimal(text).value);
+  return leadingDecimal(text).value;
 }
 
 std::optional<std::int32_t> canonicalNumber(std::string_view text) {
-  const bool startsWell = !text.empty() && text.front() >= '0' && text.front() <= '9';
+  const bool startsWell = !text.empty() && isDigit(text.front());
   if (!startsWell || (text.front() == '0' && text.size() > 1)) {
     return std::nullopt;
   }
