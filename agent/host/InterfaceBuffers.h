@@ -3,7 +3,7 @@
 #ifndef AGENT_HOST_INTERFACEBUFFERS_H
 #define AGENT_HOST_INTERFACEBUFFERS_H
 
-#include <map>
+#include <atomic>
 #include <memory>
 #include <string>
 
@@ -23,12 +23,18 @@ class BundleLock {
   BundleLock& operator=(const BundleLock&) = delete;
 };
 
-// Thread-safety: any thread. The contents of a buffer are guarded by _g_actualmutex. Ownership:
-// owns the buffers and never destroys a buffer, so that pointers to a buffer stay valid. Errors:
-// std::bad_alloc.
+// Thread-safety: any thread; find() takes no lock, because the module calls it for every name. The
+// contents of a buffer are guarded by _g_actualmutex. Ownership: owns the buffers, and destroys
+// them at the end of the process, so that pointers to a buffer stay valid. Errors: findOrMake()
+// throws std::bad_alloc.
 class InterfaceBuffers {
  public:
   static InterfaceBuffers& instance();
+
+  InterfaceBuffers() = default;
+  ~InterfaceBuffers();
+  InterfaceBuffers(const InterfaceBuffers&) = delete;
+  InterfaceBuffers& operator=(const InterfaceBuffers&) = delete;
 
   // Null when no interface was ever published under the name.
   NS_BUNDLEMGR1::InterfaceBuffer* find(const std::string& name) const;
@@ -39,9 +45,16 @@ class InterfaceBuffers {
   void removeEverywhere(const NS_BUNDLEMGR1::ServiceInterface* interface);
 
  private:
-  mutable Mutex mutex_;
-  std::map<std::string, std::unique_ptr<NS_BUNDLEMGR1::InterfaceBuffer>> buffers_
-      GUARDED_BY(mutex_);
+  // Constant but for the buffer, which has its own lock.
+  struct Entry {
+    std::string name;
+    std::unique_ptr<Entry> next;
+    NS_BUNDLEMGR1::InterfaceBuffer buffer;
+  };
+
+  Mutex mutex_;  // held by findOrMake()
+  // A list, newest entry first. The process publishes a handful of names.
+  std::atomic<Entry*> newest_{nullptr};
 };
 
 }  // namespace agent

@@ -2,6 +2,8 @@
 
 #include "platform/bundlemgr/ServiceInterface.h"
 
+#include <utility>
+
 #include "agent/host/InterfaceBuffers.h"
 
 namespace agent {
@@ -14,25 +16,37 @@ InterfaceBuffers& InterfaceBuffers::instance() {
   return instance;
 }
 
+InterfaceBuffers::~InterfaceBuffers() {
+  std::unique_ptr<Entry> entry(newest_.load());
+  while (entry) {
+    entry = std::move(entry->next);
+  }
+}
+
 InterfaceBuffer* InterfaceBuffers::find(const std::string& name) const {
-  const MutexLock lock(mutex_);
-  const auto entry = buffers_.find(name);
-  return entry != buffers_.end() ? entry->second.get() : nullptr;
+  Entry* entry = newest_.load(std::memory_order_acquire);
+  while (entry != nullptr && entry->name != name) {
+    entry = entry->next.get();
+  }
+  return entry != nullptr ? &entry->buffer : nullptr;
 }
 
 InterfaceBuffer* InterfaceBuffers::findOrMake(const std::string& name) {
   const MutexLock lock(mutex_);
-  std::unique_ptr<InterfaceBuffer>& buffer = buffers_[name];
-  if (!buffer) {
-    buffer = std::make_unique<InterfaceBuffer>();
+  if (InterfaceBuffer* const found = find(name)) {
+    return found;
   }
-  return buffer.get();
+  auto entry = std::make_unique<Entry>();
+  entry->name = name;
+  entry->next.reset(newest_.load(std::memory_order_relaxed));
+  newest_.store(entry.get(), std::memory_order_release);
+  return &entry.release()->buffer;
 }
 
 void InterfaceBuffers::removeEverywhere(const ServiceInterface* interface) {
-  const MutexLock lock(mutex_);
-  for (const auto& entry : buffers_) {
-    entry.second->Remove(interface);
+  for (Entry* entry = newest_.load(std::memory_order_acquire); entry != nullptr;
+       entry = entry->next.get()) {
+    entry->buffer.Remove(interface);
   }
 }
 

@@ -98,7 +98,10 @@ class ServiceInterfaceRef {
 
   // noexcept: an exception of the bundle manager ends the process.
   Interface* find() noexcept {
-    buffer_ = NS_BUNDLEMGR1::CheckIFBuf(ServiceName<Interface>::value);
+    // Static: the module looks interfaces up for every name, and the texts are too long for a
+    // string without an allocation.
+    static const std::string name(ServiceName<Interface>::value);
+    buffer_ = NS_BUNDLEMGR1::CheckIFBuf(name);
     NS_BUNDLEMGR1::ServiceInterface* published = buffer_ != nullptr ? buffer_->First() : nullptr;
     // The name implies the type.
     return published != nullptr ? static_cast<Interface*>(published) : search(candidates());
