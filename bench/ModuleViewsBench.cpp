@@ -6,7 +6,7 @@
 
 #include "bench/Networks.h"
 #include "bench/Platform.h"
-#include "tests/unit/agent/support/Names.h"
+#include "tests/support/Pairs.h"
 #include "tests/unit/topomanagementmgrimpl/ServantUnderTest.h"
 
 namespace bench {

@@ -10,8 +10,8 @@
 
 #include "agent/notifications/Notifier.h"
 #include "orb/orb.h"
+#include "tests/support/Pairs.h"
 #include "tests/support/Process.h"
-#include "tests/unit/agent/support/Names.h"
 
 namespace bench {
 namespace {

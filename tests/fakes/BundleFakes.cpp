@@ -8,9 +8,9 @@
 #include "ace/OS_NS_Thread.h"
 #include "platform/framework/ProcessException.h"
 #include "tests/fakes/Bundles.h"
+#include "tests/fakes/CorbaUtil.h"
 #include "tests/fakes/Domain.h"
 #include "tests/fakes/Journal.h"
-#include "tests/fakes/Naming.h"
 #include "tests/fakes/Security.h"
 
 ProcessException::~ProcessException() = default;

@@ -7,9 +7,9 @@
 
 #include "tests/fakes/Agent.h"
 #include "tests/fakes/Bundles.h"
+#include "tests/fakes/CorbaUtil.h"
 #include "tests/fakes/Domain.h"
 #include "tests/fakes/Journal.h"
-#include "tests/fakes/Naming.h"
 
 namespace fakes {
 

@@ -6,8 +6,8 @@
 #include <limits>
 
 #include "platform/util/UtilCommon.h"
+#include "tests/fakes/CorbaUtil.h"
 #include "tests/fakes/Journal.h"
-#include "tests/fakes/Naming.h"
 
 namespace {
 

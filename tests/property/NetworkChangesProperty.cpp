@@ -10,9 +10,9 @@
 #include "agent/base/FailureCodes.h"
 #include "agent/changes/InventoryService.h"
 #include "tests/property/Random.h"
+#include "tests/support/Pairs.h"
 #include "tests/support/TemporaryDirectory.h"
 #include "tests/unit/agent/changes/ChangingHost.h"
-#include "tests/unit/agent/support/Names.h"
 
 namespace {
 

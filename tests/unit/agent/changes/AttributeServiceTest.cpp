@@ -14,10 +14,10 @@
 #include "agent/base/FailureCodes.h"
 #include "agent/host/ObjectNaming.h"
 #include "tests/support/ChildProcess.h"
+#include "tests/support/Pairs.h"
 #include "tests/support/Task.h"
 #include "tests/support/TemporaryDirectory.h"
 #include "tests/unit/agent/changes/ChangingHost.h"
-#include "tests/unit/agent/support/Names.h"
 #include "tests/unit/agent/support/NetworkFiles.h"
 #include "tests/unit/agent/support/StoredOwner.h"
 

@@ -6,8 +6,8 @@
 #include "agent/formats/NetworkReader.h"
 #include "agent/network/NetworkChecks.h"
 #include "tests/support/CollidingKeys.h"
+#include "tests/support/Pairs.h"
 #include "tests/unit/agent/changes/ChangingHost.h"
-#include "tests/unit/agent/support/Names.h"
 
 namespace {
 

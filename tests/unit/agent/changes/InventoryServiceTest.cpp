@@ -8,9 +8,9 @@
 #include <sstream>
 
 #include "agent/base/FailureCodes.h"
+#include "tests/support/Pairs.h"
 #include "tests/support/TemporaryDirectory.h"
 #include "tests/unit/agent/changes/ChangingHost.h"
-#include "tests/unit/agent/support/Names.h"
 
 namespace {
 

@@ -9,8 +9,8 @@
 #include "agent/base/FailureCodes.h"
 #include "agent/changes/NodeService.h"
 #include "agent/formats/NetworkReader.h"
+#include "tests/support/Pairs.h"
 #include "tests/unit/agent/changes/ChangingHost.h"
-#include "tests/unit/agent/support/Names.h"
 
 namespace {
 

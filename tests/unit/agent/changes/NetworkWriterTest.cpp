@@ -11,10 +11,10 @@
 #include <thread>
 
 #include "agent/base/FailureCodes.h"
+#include "tests/support/Pairs.h"
 #include "tests/support/Task.h"
 #include "tests/support/TemporaryDirectory.h"
 #include "tests/unit/agent/changes/ChangingHost.h"
-#include "tests/unit/agent/support/Names.h"
 
 namespace {
 

@@ -7,9 +7,9 @@
 #include "agent/base/FailureCodes.h"
 #include "agent/changes/InventoryService.h"
 #include "tests/fakes/FailingNew.h"
+#include "tests/support/Pairs.h"
 #include "tests/support/Task.h"
 #include "tests/unit/agent/changes/ChangingHost.h"
-#include "tests/unit/agent/support/Names.h"
 
 namespace {
 

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "agent/base/FailureCodes.h"
-#include "tests/unit/agent/support/Names.h"
+#include "tests/support/Pairs.h"
 #include "tests/unit/agent/support/NetworkFiles.h"
 
 namespace {

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/unit/agent/support/Names.h"
+#include "tests/support/Pairs.h"
 #include "tests/unit/agent/support/NetworkFiles.h"
 
 namespace {

@@ -1,8 +1,8 @@
 #include <mutex>
 
 #include "tests/fakes/Agent.h"
+#include "tests/fakes/CorbaUtil.h"
 #include "tests/fakes/Journal.h"
-#include "tests/fakes/Naming.h"
 
 namespace NS_CORBA {
 

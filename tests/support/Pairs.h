@@ -1,7 +1,7 @@
 // Names of objects, and other lists of pairs, for tests.
 
-#ifndef TESTS_UNIT_AGENT_SUPPORT_NAMES_H
-#define TESTS_UNIT_AGENT_SUPPORT_NAMES_H
+#ifndef TESTS_SUPPORT_PAIRS_H
+#define TESTS_SUPPORT_PAIRS_H
 
 #include <string>
 #include <utility>

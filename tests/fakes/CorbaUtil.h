@@ -1,7 +1,7 @@
 // The fake CorbaUtilInterface, and the class of FDNs.
 
-#ifndef TESTS_FAKES_NAMING_H
-#define TESTS_FAKES_NAMING_H
+#ifndef TESTS_FAKES_CORBAUTIL_H
+#define TESTS_FAKES_CORBAUTIL_H
 
 #include <cstdint>
 #include <string>
