@@ -11,7 +11,7 @@
 
 namespace agent {
 
-// At most one exists in a process.
+// The running agent. A process has at most one.
 //
 // Thread-safety: one thread; reloadModule from any thread. Ownership: owns all parts of the agent.
 // Errors: start and reloadModule throw.

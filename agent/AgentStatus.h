@@ -18,7 +18,7 @@
 
 namespace agent {
 
-// Borrowed for the call.
+// The parts of the agent whose state the status reports; borrowed for the call.
 struct StatusSources {
   const Options& options;
   const std::string& emsName;
@@ -31,7 +31,7 @@ struct StatusSources {
   Notifier& notifier;
 };
 
-// As session and console report the access. Thread-safety: any thread.
+// The access to events in the form that session and console report. Thread-safety: any thread.
 TopoAgent::EventAccess_T tmfAccess(EventAccess access);
 
 // A snapshot; the sources are read one after the other. Thread-safety: any thread.
