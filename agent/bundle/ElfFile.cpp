@@ -68,7 +68,7 @@ class ElfReader {
   std::uint64_t size_ = 0;
 };
 
-// Whether the symbol table, one section of the file, defines the symbol.
+// Whether the symbol table in the section `table` defines the symbol.
 bool defines(ElfReader& reader, const ElfW(Shdr) & table, const ElfW(Shdr) & names,
              const std::string& symbol) {
   const std::uint64_t count =

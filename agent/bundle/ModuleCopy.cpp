@@ -69,8 +69,8 @@ void ModuleCopy::copy() const {
   }
 }
 
-// A library without the factory is rejected before the linker maps it: the constructors of a
-// library that is in the process already would run twice.
+// Looks for the factory before dlopen: dlopen would run the constructors of a wrong file, such as a
+// copy of a library that the process has loaded already.
 void ModuleCopy::check(const std::string& factory) const {
   if (isTruncatedElf(path_)) {
     throw failureOf(original_, "the end of the file is missing");

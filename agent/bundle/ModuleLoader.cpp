@@ -29,8 +29,8 @@ Library open(const std::string& file, int flags) {
   return Library(dlopen(file.c_str(), RTLD_LAZY | RTLD_LOCAL | flags), dlclose);
 }
 
-// The name of the file, quoted for a directive. The configurator reads up to the last such quote of
-// the line, so that the directive must not contain another quoted text.
+// The name of the file, quoted for a directive. The configurator ends the name at the last such
+// quote of the line, so the directive must not contain another quoted text.
 std::string quotedName(const std::string& file) {
   for (const char quote : {'"', '\''}) {
     if (file.find(quote) == std::string::npos) {
