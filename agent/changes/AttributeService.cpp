@@ -20,7 +20,8 @@ std::string subjectOf(const char* attribute, const NVSList_T& name) {
   return std::string("the ") + attribute + " of " + formatName(name);
 }
 
-// Empty for a valid pair. Adds the name to the names seen so far, which borrow their texts.
+// The reason to refuse a pair; empty for a valid pair. Adds the name of the pair to `seen`, which
+// borrows the text.
 std::string problemWithPair(const globaldefs::NameAndStringValue_T& pair,
                             salted::Set<std::string_view>& seen) {
   const std::string_view name = textOrEmpty(pair.name);
@@ -194,7 +195,7 @@ Result<ObjectDetails> AttributeService::details(const NVSList_T& name) const {
   }
 }
 
-// Runs check() without the turn of a change, then apply(key, change) with the turn. Returns the
+// Runs check() while other changes may run, then apply(key, change) within a Change. Returns the
 // first failure; exceptions of the layers below become kInternalError.
 template <typename Check, typename Apply>
 Outcome AttributeService::change(const NVSList_T& name, Check check, Apply apply) {

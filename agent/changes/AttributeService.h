@@ -57,8 +57,9 @@ class AttributeService {
   Outcome setNativeName(const globaldefs::NVSList_T& name, std::string_view nativeName);
 
   // Merges pairs into the stored pairs, as mergedInfo(), and replaces the pairs by the result. Also
-  // fails with kInvalidName for a pair without a name and for two pairs of one name, and with
-  // kTooMuch if the result is larger than kMostInfoBytes. A failure leaves the pairs unchanged.
+  // fails with kInvalidName for a pair without a name and for two pairs with the same name, and
+  // with kTooMuch if the result is larger than kMostInfoBytes. A failure leaves the pairs
+  // unchanged.
   Outcome setAdditionalInfo(const globaldefs::NVSList_T& name, globaldefs::NVSList_T& pairs);
 
   // Removes user label, owner and additional information.

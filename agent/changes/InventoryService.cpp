@@ -50,7 +50,8 @@ std::string_view textIn(const std::optional<std::string>& field) {
   return field ? std::string_view(*field) : std::string_view();
 }
 
-// Adds a network of one record. find(model) returns the record that has its id already, if any.
+// Adds a network of one record. find(model) returns the present record with the same id, or no
+// value.
 template <typename Find>
 Outcome addRecord(NetworkWriter& writer, const std::string& subject, Find find, Network network) {
   Change change(writer);
@@ -61,7 +62,8 @@ Outcome addRecord(NetworkWriter& writer, const std::string& subject, Find find, 
   return {};
 }
 
-// Commits what prepare(model, record) returns. find(model) returns the record.
+// Commits the change that prepare(model, record) returns. find(model) returns the record, or no
+// value.
 template <typename Find, typename Prepare>
 Outcome changeRecord(NetworkWriter& writer, const std::string& subject, Find find,
                      Prepare prepare) {

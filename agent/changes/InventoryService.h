@@ -17,8 +17,8 @@
 
 namespace agent {
 
-// The fields of a clock position or of a clock link that a change replaces. An empty field stays as
-// it is.
+// The fields of a clock position or of a clock link that a change replaces. A field without a value
+// stays unchanged.
 struct ClockPositionFields {
   std::optional<std::string> label;
   std::optional<std::pair<std::int32_t, std::int32_t>> values;
@@ -32,9 +32,9 @@ struct ClockLinkFields {
 
 // After a success the change is in the store and in the model; a failure changes nothing. A record
 // can contain the same values as in a network file (docs/formats.md), with texts of at most
-// kMostTextBytes. What is stored about an object (label, owner, additional information) is removed
-// with the last record of the object. No change raises an event, except a renaming of an element
-// that has topology nodes.
+// kMostTextBytes. The label, the owner and the additional information of an object are removed
+// together with the last record of the object. No change raises an event, except a renaming of an
+// element that has topology nodes.
 //
 // Thread-safety: any thread. Ownership: borrows the writer, which outlives the service. Errors:
 // kInvalidName for a text that cannot be stored, kEntityNotFound for an unknown record,
@@ -67,7 +67,8 @@ class InventoryService {
   Outcome changeClockLink(const std::string& id, const ClockLinkFields& fields);
   Outcome removeClockLink(const std::string& id);
 
-  // Stores the label of an object, which need not exist. The label is not empty.
+  // Stores the label of an object, which need not exist. Fails with kInvalidName for an empty
+  // label.
   Outcome setLabel(const ObjectKey& key, std::string_view label);
   Outcome removeLabel(const ObjectKey& key);
 

@@ -13,22 +13,22 @@
 
 namespace agent {
 
-// All functions: thread-safety: any thread. Errors: the reason of an Outcome about a network begins
-// with "PLACE: "; std::bad_alloc.
+// Thread-safety of all functions: any thread. Errors: the reason of an Outcome about a network
+// begins with "PLACE: "; std::bad_alloc.
 
 // A node as messages name it: node "ID".
 std::string nodeNamed(const std::string& id);
 
 enum class NetworkExtent { kPart, kWhole };
 
-// Checks the texts of all records and the relations between the records. The parents of a part may
-// be missing. Fails with kInvalidName.
+// Checks the texts of all records and the relations between the records. kPart: the network is to
+// be added to another network, so parents may be missing. Fails with kInvalidName.
 Outcome checkNewNetwork(const Network& network, const NetworkPlaces& places, NetworkExtent extent);
 
 // --- Checks against the model. Their results are valid until the end of the change.
 
-// Fails with kAlreadyExists for a node that clients would see as an object that they see a node of
-// the model as. The reason begins with `subject`.
+// Fails with kAlreadyExists when the node would have the same name for clients as a node of the
+// model, such as the nodes NE=7 and 7. The reason begins with `subject`.
 Outcome checkObject(const NS_DOMAIN::TopoNode_T& node, const NetworkModel& model,
                     const std::string& subject);
 

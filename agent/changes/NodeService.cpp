@@ -99,7 +99,7 @@ Outcome checkNewPlace(const TopoNode_T& node, const NetworkModel& model) {
   return checkParent(node, model);
 }
 
-// The node is not its own ancestor with its new parent.
+// Fails if the new parent of the node is the node itself or a descendant.
 Outcome checkAncestors(const TopoNode_T& node, const NetworkModel& model) {
   if (isRootMarker(node.parentId) || !model.isWithin(node.parentId, node.nodeId)) {
     return {};
@@ -143,13 +143,13 @@ void setFields(TopoNode_T& node, const NodeFields& fields) {
   }
 }
 
-// Whether a change can be seen in the fields that move() and change() set.
+// Whether two nodes are equal in all fields that move() and change() set.
 bool isSame(const TopoNode_T& a, const TopoNode_T& b) {
   return a.parentId == b.parentId && a.parentType == b.parentType && a.attribute3 == b.attribute3 &&
          a.attribute4 == b.attribute4 && a.extendedAttributes == b.extendedAttributes;
 }
 
-// Commits the node that set(node, model) has changed, unless the node is as before.
+// Commits the node that set(node, model) has changed, unless the node equals the present node.
 template <typename Set>
 Outcome updateNode(NetworkWriter& writer, const std::string& id, Set set) {
   NetworkWriter::Change change(writer);

@@ -34,7 +34,7 @@ struct ImportOptions {
   NetworkPlaces places;  // for failures
 };
 
-// The fields that a change of a node replaces. An empty field stays as it is.
+// The fields that a change of a node replaces. A field without a value stays unchanged.
 struct NodeFields {
   std::optional<std::pair<std::int32_t, std::int32_t>> params;
   std::optional<std::vector<std::pair<std::string, std::string>>> attributes;
@@ -42,14 +42,14 @@ struct NodeFields {
 
 // After a success the change is in the store and in the model, and its event is raised; a failure
 // changes nothing. A network can contain the same values as a network file (docs/formats.md), with
-// texts of at most AttributeService::kMostTextBytes.
+// texts of at most kMostTextBytes.
 //
 // An element of the element list that gets a topology node is marked as shown, so that the topology
 // does not show the element twice. The mark ends with the last such node. A mark from a network
 // file never ends.
 //
-// A node that clients would see as the same object as another node, as NE=7 and a bare 7, is
-// refused with kAlreadyExists. A store that has such nodes is served.
+// Two nodes must not have the same name for clients, as the nodes NE=7 and 7 have: the second node
+// is refused with kAlreadyExists. A store that already contains such nodes is served.
 //
 // Thread-safety: any thread. Ownership: borrows the writer and the cancellation, which outlive the
 // service. Errors: kInvalidName for malformed input, kEntityNotFound for an unknown id or parent,
@@ -63,13 +63,13 @@ class NodeService {
 
   const Cancellation& cancellation() const { return cancellation_; }
 
-  // A parentType that stands for the type of the parent node: element or subnetwork. Without such a
-  // parent it stands for a subnetwork.
+  // The parentType that means the type of the parent node; for a node without a parent, a
+  // subnetwork.
   static constexpr std::uint32_t kTypeOfParent = 0;
 
   // Appends an element (type 1) or a subnetwork (type 2) to the list of nodes. Ignores the fields
-  // that are not stored (Network.h). Fails with kInvalidName for a parentType that is not the type
-  // of a parent that is an element or a subnetwork. Raises EVENT_TOPO_NODE_CREATED.
+  // that are not stored (Network.h). Fails with kInvalidName when the parent is an element or a
+  // subnetwork and parentType is another type. Raises EVENT_TOPO_NODE_CREATED.
   Outcome create(const NS_DOMAIN::TopoNode_T& node);
 
   // Removes a node with its descendants; removed is the number of removed nodes. Raises
@@ -82,9 +82,10 @@ class NodeService {
   // without such nodes.
   Outcome rename(const std::string& id, std::string_view name);
 
-  // Gives a node another parent, which is no descendant of the node; a root marker makes the node a
-  // root. parentType as for create(). The place in the list of nodes stays. Raises
-  // EVENT_TOPO_NODE_CHANGED with the node, unless the parent is the same.
+  // Gives a node another parent. A root marker makes the node a root. Fails with kInvalidName when
+  // the parent is the node itself or a descendant, and for a parentType as create() does. The node
+  // keeps its place in the list of nodes. Raises EVENT_TOPO_NODE_CHANGED with the node, unless the
+  // parent is the same.
   Outcome move(const std::string& id, const std::string& parentId, std::uint32_t parentType);
 
   // Replaces fields of a node. Raises EVENT_TOPO_NODE_CHANGED with the node, unless the fields are
