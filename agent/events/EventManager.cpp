@@ -98,7 +98,7 @@ struct EventManager::Lane {
     return !std::exchange(overflowing, true);
   }
 
-  // Removes the oldest event, which the caller hands to the handler. REQUIRES: queue is not empty.
+  // Removes and returns the oldest event, for a call of the handler. REQUIRES: queue is not empty.
   Queued take() {
     Queued next = std::move(queue.front());
     queue.pop_front();

@@ -42,7 +42,7 @@ class EventManager final : public TEEventMgr {
     std::uint64_t dropped = 0;      // events evicted from full queues
   };
 
-  // Reports that a handler misses events, an unknown number. Called
+  // Reports a gap of unknown size: a handler does not get some events. Called
   //   - by the lane's thread, before the first event after the gap, when the handler's queue
   //     overflowed or memory for an event was short,
   //   - by the thread that unsubscribes a handler with queued events,

@@ -15,8 +15,8 @@
 
 namespace agent {
 
-// Numbers the elements of a graph from firstElement, which is 1 at least, instead of from 1. The
-// ids of the links begin with the id of the graph, so that several graphs fit into one network.
+// Numbers the elements of a graph from firstElement, at least 1, instead of from 1. The ids of the
+// links begin with the id of the graph, so that several graphs fit into one network.
 struct GraphmlNumbering {
   std::int32_t firstElement;
 };

@@ -35,7 +35,7 @@ class NotificationSink {
 
   virtual ~NotificationSink() = default;
 
-  // Prepares for pushes. Called again after a push or check that failed.
+  // Prepares for pushes. Called again after a failed push or check.
   virtual CallOutcome connect(const Stopping& stopping) = 0;
 
   // REQUIRES: connected.
