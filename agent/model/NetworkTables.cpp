@@ -531,7 +531,7 @@ void NetworkTables::remove(std::list<Link>::iterator link) noexcept {
 
 // --- Replacing.
 
-// All nodes, each after everything below it. Nodes below a cycle come last.
+// All nodes, each node after its descendants. Nodes below a cycle come last.
 std::vector<NetworkTables::Node*> NetworkTables::bottomUp() const {
   std::vector<Node*> reversed;
   std::unordered_set<const Node*> known;

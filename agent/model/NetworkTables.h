@@ -143,10 +143,10 @@ class NetworkTables {
   // a node that is its own ancestor, which only a manipulated store can contain.
   bool isWithin(const std::string& nodeId, const std::string& ancestorId) const;
 
-  // --- Preparing changes. The functions throw std::bad_alloc, and as they say.
+  // --- Preparing changes. All functions throw std::bad_alloc.
 
-  // The change also marks the elements that get a node as shown, new and present elements alike.
-  // REQUIRES: the tables have no object of the network.
+  // The change also marks each element that gets a node as shown, whether the element is new or
+  // present. REQUIRES: the tables have no object of the network.
   PreparedChange prepareAddition(Network network) const;
 
   // Second step of the preparation: reserves memory in the indexes. May move entries, so readers
@@ -158,19 +158,20 @@ class NetworkTables {
   PreparedChange prepareRemoval(const std::string& nodeId) const;
 
   // Renames every record of an object, or a node and every record of the element that the node
-  // shows. The change has no records if all have the name already.
+  // shows. The change leaves out records that have the name already.
   PreparedChange prepareRenaming(const ObjectKey& key, const std::string& name);
   PreparedChange prepareNodeRenaming(const std::string& nodeId, const std::string& name);
 
-  // Replaces everything but the name of the managing system, unless the tables have none. Elements
-  // are marked as shown exactly as in the network. REQUIRES: the network passes checkNetwork().
+  // Replaces all lists. Keeps the name of the managing system if the tables have one. Elements are
+  // marked as shown exactly as in the network. REQUIRES: the network passes checkNetwork().
   PreparedChange prepareReplacement(Network network) const;
 
-  // Renames an element and every record that clients see under its name. REQUIRES: it exists.
+  // Renames an element and every record that clients see under its name. REQUIRES: the element
+  // exists.
   PreparedChange prepareElementRenaming(std::int32_t number, const std::string& name);
 
-  // Removes one record, and what is stored about its object when the object has no other record.
-  // REQUIRES: the record exists.
+  // Removes one record. With the last record of an object, also removes the label, the owner and
+  // the additional information of the object. REQUIRES: the record exists.
   PreparedChange prepareElementRemoval(std::int32_t number) const;
   PreparedChange preparePositionRemoval(const std::string& reference) const;
   PreparedChange prepareLinkRemoval(const std::string& id) const;

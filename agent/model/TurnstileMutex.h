@@ -12,7 +12,7 @@
 namespace agent {
 
 // Readers pass through a turnstile, which a writer blocks from the start of its wait until its
-// unlock. So a writer waits only for the readers that read before the writer came.
+// unlock. So a writer waits only for read locks that are older than its wait.
 //
 // Thread-safety: any thread. Not recursive: a thread that reads must not lock again, because a
 // waiting writer would block the second lock for ever. Ownership: the locks borrow the mutex.
