@@ -23,16 +23,16 @@ void splitFdn(FdnParts& parts, std::string_view fdn, std::string_view separator)
 // The class of the last term; empty when the last term has no "=".
 std::string_view classOfFdn(std::string_view fdn);
 
-// The value of a text of an optional sign and decimal digits, within a signed 32-bit integer. Empty
-// for any other text.
+// Parses decimal digits with an optional sign. Empty for any other text, and for a value beyond a
+// signed 32-bit integer.
 std::optional<std::int32_t> wholeNumber(std::string_view text);
 
-// The value of the optional sign and decimal digits at the start of a text, clamped to a signed
-// 32-bit integer. 0 without digits.
+// Parses the decimal digits at the start of a text, with an optional sign, and ignores the rest.
+// Clamps the value to a signed 32-bit integer. 0 without digits.
 std::int32_t leadingNumber(std::string_view text);
 
-// The value of a text of decimal digits without sign and without leading zeros, within a signed
-// 32-bit integer. Empty for any other text, so that every number has one spelling.
+// As wholeNumber(), but also empty for a sign and for leading zeros, so that every number has
+// exactly one text.
 std::optional<std::int32_t> canonicalNumber(std::string_view text);
 
 }  // namespace agent

@@ -16,7 +16,8 @@
 
 namespace agent {
 
-// True for a parent id that means no node of the network: "no parent", or the physical root map.
+// True for a parent id that does not refer to a node of the network: "no parent", or the physical
+// root map.
 inline bool isRootMarker(const std::string& parentId) {
   return NS_DOMAIN::hasNoParent(parentId) || parentId == NS_DOMAIN::kPhysicalRoot;
 }

@@ -40,15 +40,15 @@ struct NetworkRenaming {
   std::vector<NS_DOMAIN::TopoNode_T> nodes;  // the nodes among the records, with the new name
 };
 
-// Replaces all lists of the stored network. The name of the managing system counts only if none is
-// stored yet.
+// Replaces all lists of the stored network. The name of the managing system is used only if the
+// store has no such name.
 struct NetworkReplacement {
   Network network;
-  std::vector<ObjectKey> objects;  // that the network does not have; nothing stays stored of them
+  std::vector<ObjectKey> objects;  // objects without a record, which lose their attributes
 
-  // The difference between the topology nodes. A node that is an element before and a subnetwork
-  // afterwards, or the other way round, is deleted and created.
-  std::vector<NS_DOMAIN::TopoNode_T> deletedNodes;  // each after everything below it
+  // The difference between the topology nodes. A node that changes its type between element and
+  // subnetwork is deleted and created.
+  std::vector<NS_DOMAIN::TopoNode_T> deletedNodes;  // each node after its descendants
   std::vector<NS_DOMAIN::TopoNode_T> createdNodes;
   std::vector<NS_DOMAIN::TopoNode_T> changedNodes;
 };
@@ -56,10 +56,11 @@ struct NetworkReplacement {
 // Removes one record that is no topology node. A record that is not stored is ignored.
 struct RecordRemoval {
   NamedRecord record;
-  std::vector<ObjectKey> objects;  // of which nothing stays stored
+  std::vector<ObjectKey> objects;  // objects that lose their attributes
 };
 
-// Replaces the stored record that has the id of this record. The place in its list stays.
+// Replaces the stored record that has the id of this record. The record keeps its place in the
+// list.
 struct RecordUpdate {
   AnyRecord record;
 };

@@ -111,7 +111,7 @@ Outcome checkNodes(const std::vector<NS_DOMAIN::TopoNode_T>& nodes, Parents allo
   return parents.ok() ? checkAcyclic(parents.value()) : parents.outcome();
 }
 
-// No two nodes are shown as the same object, and every element has a number.
+// Fails if two nodes have the same name for clients, or if an element node has no number.
 Outcome checkObjects(const Network& network) {
   const std::vector<NS_DOMAIN::TopoNode_T>& nodes = network.topoNodes;
   salted::Map<NumberedObject, std::size_t, NumberedObjectHash> positions;

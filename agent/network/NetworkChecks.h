@@ -19,14 +19,14 @@ namespace agent {
 
 // Succeeds if every id is unique in its list, the parent of every topology node is another node or
 // a root marker, no node is its own ancestor, every node of the type element has a number in its
-// id, and clients see no two nodes as the same object.
+// id, and no two nodes have the same name for clients.
 Outcome checkNetwork(const Network& network);
 
 // As checkNetwork(), for a network that is to be added to another network: a parent may be missing.
 Outcome checkPart(const Network& network);
 
-// The reasons to refuse a node of the type element: an id without a number, and an object that
-// another node is shown as.
+// The reasons to refuse a node of the type element: the id has no number; or the node `other` has
+// the same name for clients.
 std::string problemWithElementId(std::string_view nodeId);
 std::string problemWithSharedObject(std::string_view nodeId, const NumberedObject& object,
                                     const std::string& other);

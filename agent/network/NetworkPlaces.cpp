@@ -26,7 +26,7 @@ std::string NetworkPlaces::of(const char* list, std::size_t index, const char* f
   return placeOf(name == "clockLinks" ? "edge" : "node", index);
 }
 
-// The topology nodes are the graph, the countries, the elements.
+// The list of topology nodes has the graph, then the countries, then the elements.
 std::string NetworkPlaces::ofGraphmlNode(std::size_t index) const {
   if (index == 0) {
     return "graph.label";
