@@ -36,8 +36,8 @@ class NetworkStore {
   NetworkStore(const NetworkStore&) = delete;
   NetworkStore& operator=(const NetworkStore&) = delete;
 
-  // Throws StoreError if any part of the store is damaged. Takes time linear in the size of the
-  // store. All other functions detect damage only in the data that they use.
+  // Reads the whole store. Throws StoreError if any part is damaged; the other functions detect
+  // damage only in the data that they read.
   virtual void check() = 0;
 
   // True until a network is loaded or added.
@@ -50,10 +50,10 @@ class NetworkStore {
   // The stored network; an empty network if the store is new.
   virtual Network read() = 0;
 
-  // The number of the last change. Numbers rise by one with each change. Opening the store raises
-  // the number by one or to the milliseconds since 1970, whichever is higher. So a new store and a
-  // restored backup give no number again that this store has given, unless the store has had more
-  // than 1,000 changes a second since it was opened, or the clock was set back.
+  // The number of the last change. Each change raises the number by one. Opening the store raises
+  // the number to the milliseconds since 1970, but at least by one. So a number is never used
+  // twice, not even after the store was replaced by a new store or a backup. Exceptions: the clock
+  // was set back, or the replaced store had more than 1,000 changes a second since it was opened.
   virtual std::uint64_t lastChange() = 0;
 
   // Commits a change as a whole or not at all, and returns the number of the change. Also throws

@@ -15,11 +15,10 @@ namespace {
 constexpr std::int32_t kApplicationId = 0x746f706f;  // "topo", in the header of the file
 constexpr std::int32_t kSchemaVersion = 4;
 
-// A position gives an object its place in its list and is the key by which its rows are changed;
-// new objects follow the last one, and gaps mean nothing. The positions of the table object_info
-// order the pairs of an object. The one row of the table network says that a network was loaded.
-// The column shown of an element may be 2, for an element that is shown because of a node that it
-// got at run time.
+// The column position is the key of a row and the order of the rows. A new row gets a position
+// after the last row; gaps between positions have no meaning. In the table object_info, position
+// orders the pairs of an object. The table network has one row after a network was loaded. In the
+// table of elements, shown is 2 for NetworkElement::shownForNode.
 constexpr const char* kSchema = R"sql(
   CREATE TABLE network (
     only INTEGER PRIMARY KEY CHECK (only = 1),
@@ -98,8 +97,9 @@ void createSchema(SQLite::Database& database) {
   database.exec("PRAGMA user_version = " + std::to_string(kSchemaVersion));
 }
 
-// The clock makes the number higher than the numbers that were given after a restored backup; the
-// sum makes the number higher than all stored numbers when the clock was set back.
+// In a restored backup, the clock makes the number higher than the numbers that were used since the
+// backup was made. number + 1 makes the number higher than all stored numbers when the clock was
+// set back.
 void raiseLastChange(SQLite::Database& database, const SqliteStore::Clock& clock) {
   constexpr std::uint64_t kMost = std::numeric_limits<std::int64_t>::max();
   const auto now = static_cast<std::int64_t>(std::min(clock(), kMost));
