@@ -63,7 +63,8 @@ Failure replyBrokenOff(const AgentAccess& access) {
                      askForLess(access) + ", or raise --max-message of the agent");
 }
 
-// A clause about the agent. callObject() has explained the failures of connecting already.
+// A clause about an agent that cannot be reached. Failures to connect do not arrive here:
+// callObject() explains them.
 std::string whyUnreachable(const CORBA::SystemException& failure, const AgentAccess& access) {
   if (orb::isTimeout(failure)) {
     return "did not answer " + describeTimeout(access);

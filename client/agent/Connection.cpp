@@ -67,7 +67,8 @@ std::string readIorFile(const AgentAccess& access) {
   }
 }
 
-// Rejected although a NAME may hold spaces: white space comes from a wrong file or a wrong quote.
+// Rejects white space: it comes from a wrong file or a missing quote, although the NAME of a
+// corbaname could contain spaces.
 void checkCharacters(const AgentAccess& access, const std::string& reference) {
   if (std::any_of(reference.begin(), reference.end(),
                   [](char c) { return static_cast<unsigned char>(c) <= ' '; })) {

@@ -45,8 +45,8 @@ CORBA::Object_ptr resolveTarget(CORBA::ORB_ptr orb, const AgentAccess& access,
 
 [[noreturn]] void throwWrongType(const AgentAccess& access, const Target& target);
 
-// Throws Failure (kUnreachable) when the failure of a call to the object means that no connection
-// can be made or that the object does not exist; otherwise returns.
+// Throws Failure (kUnreachable) when `failure`, of a call to the object, means that no connection
+// can be made or that the object does not exist. Returns otherwise.
 void throwIfExplained(const CORBA::SystemException& failure, CORBA::Object_ptr object,
                       const AgentAccess& access, const Target& target);
 

@@ -33,8 +33,9 @@ class Failure : public std::runtime_error {
   ExitCode code_;
 };
 
-// Writes "topoctl: " and the text as one line, with control characters escaped; nothing for
-// kOutputClosed, which ends any program behind a pipe silently. Returns the exit code.
+// Writes "topoctl: " and the text as one line, with control characters escaped; writes nothing for
+// kOutputClosed, because programs in a pipe end silently when the reader has ended. Returns the
+// exit code.
 int report(const Failure& failure, std::ostream& err);
 
 }  // namespace topoctl

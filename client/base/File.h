@@ -12,9 +12,9 @@ namespace topoctl {
 // std::system_error.
 std::string readFile(const std::string& path, std::size_t limit);
 
-// A file that other processes see only when it is complete: the content is written to NAME.part,
-// and finish() renames NAME.part to NAME. The owner has read and write permission, other users have
-// no permission. Without finish() the destructor removes NAME.part.
+// Writes a new file so that other processes never see an incomplete file: writes the content to
+// NAME.part, and finish() renames NAME.part to NAME. The owner has read and write permission, other
+// users have no permission. Without finish() the destructor removes NAME.part.
 //
 // Thread-safety: none. Owns the open file and NAME.part. Errors: Failure, see each function.
 class NewFile {

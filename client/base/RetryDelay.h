@@ -23,7 +23,7 @@ class RetryDelay {
     return delay;
   }
 
-  // The next delay is the first one again.
+  // Restarts with the first delay.
   void reset() { next_ = first_; }
 
  private:

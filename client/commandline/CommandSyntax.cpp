@@ -81,7 +81,7 @@ TypedPair splitPair(const std::string& where, const std::string& text, const cha
 }
 
 void addArguments(CLI::App& command, const ArgumentSyntax& syntax) {
-  // Each place is an option of its own, so that "--" works anywhere among the places.
+  // Declares each place as a separate option, so that "--" can be typed between any two places.
   for (const Place& place : syntax.places) {
     command.add_option(place.name, CLI::callback_t(), place.help);
   }

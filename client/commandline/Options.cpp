@@ -50,7 +50,7 @@ std::chrono::milliseconds parseTimeout(const std::string& text) {
   if (!isNumber || std::signbit(seconds) || seconds > kMaxTimeoutSeconds) {
     usageError("--timeout: '" + text + "' is not a number of seconds from 0 to 1000000");
   }
-  // Rounded up: a timeout below a millisecond must not become 0, which means no limit.
+  // Rounds up, because a timeout below a millisecond must not become 0, the value for no limit.
   return std::chrono::milliseconds(static_cast<std::int64_t>(std::ceil(seconds * 1000)));
 }
 
@@ -139,7 +139,7 @@ std::string commandsOf(const std::string& group) {
   return names;
 }
 
-// How to use what was typed: a command, a group of commands, or topoctl.
+// The usage text of the typed command, of the typed group of commands, or of topoctl.
 std::string usageOfTyped(const CLI::App& app) {
   const std::string name = typedCommand(app);
   if (const CommandSyntax* const command = findSyntax(name); command != nullptr) {

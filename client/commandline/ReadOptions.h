@@ -20,10 +20,10 @@ void addText(CLI::App& command, const char* option, const char* type, const char
 // Declares an option with a pair NAME=VALUE, which may occur several times.
 void addPairs(CLI::App& command, const char* option, const char* help);
 
-// The value of an option that was typed last, empty without the option.
+// The last typed value of an option; empty if the option was not typed.
 std::optional<std::string> lastTyped(const CLI::App& command, const char* option);
 
-// `otherwise` without the option.
+// Returns `otherwise` if the option was not typed.
 NodeKind readKind(const CLI::App& command, const char* option, NodeKind otherwise);
 
 // Two numbers as A,B; empty without the option.

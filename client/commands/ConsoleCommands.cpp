@@ -90,7 +90,8 @@ ImportSummary_T sendNetwork(TopoAgent::Console_I_ptr console, const TopoAgent::C
     if (orb::isMessageTooLarge(failure)) {
       fileTooLarge(options);
     }
-    // The agent answered earlier calls on this connection, so the import itself closed it.
+    // The agent has answered earlier calls on the connection, so the cause of the closed connection
+    // is the import.
     if (orb::isConnectionClosed(failure)) {
       throw Failure(ExitCode::kCallFailed,
                     "the connection broke while the file '" + options.arguments.file +

@@ -36,7 +36,7 @@ template <typename Records>
 using Operation = std::function<void(CORBA::ULong, const typename Records::ListOut&,
                                      const typename Records::IteratorOut&)>;
 
-// A view's operation, made ready for a context.
+// Binds the operation of a view to a context.
 template <typename Records>
 using Prepare = Operation<Records> (*)(const ManagerContext&);
 

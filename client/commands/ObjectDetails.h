@@ -1,5 +1,5 @@
-// The command that prints everything that the agent keeps of an object. docs/topoctl.md describes
-// the output.
+// The command that prints everything that the agent stores about an object. docs/topoctl.md
+// describes the output.
 
 #ifndef CLIENT_COMMANDS_OBJECTDETAILS_H
 #define CLIENT_COMMANDS_OBJECTDETAILS_H

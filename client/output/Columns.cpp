@@ -13,7 +13,8 @@ constexpr std::size_t kShortestHeader = 5;
 
 enum class Group { kTexts, kNumbers, kFirst };
 
-// Columns of a group, which are cut to a minimum before columns of the next step are.
+// A step of fitting: cuts the columns of a group to a minimum. The steps follow in order until the
+// line fits.
 struct Step {
   Group group;
   std::size_t minimum;

@@ -60,7 +60,8 @@ void flush(std::ostream& out) {
 void occupyStandardDescriptors() {
   for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
     if (fcntl(descriptor, F_GETFD) < 0) {
-      // open() returns the lowest free descriptor; all lower ones are open.
+      // open() returns the lowest free descriptor, which is `descriptor`: all lower descriptors are
+      // open.
       open("/dev/null", descriptor == STDOUT_FILENO ? O_RDONLY : O_RDWR);
     }
   }

@@ -10,8 +10,8 @@
 namespace topoctl {
 
 // Buffers output to a file descriptor. When a write fails, discards the buffered output and throws
-// Failure: kOutputClosed when nobody reads a pipe any more, otherwise kLocal. Thread-safety: none.
-// Borrows the descriptor.
+// Failure: kOutputClosed when the reader of a pipe has ended, otherwise kLocal. Thread-safety:
+// none. Borrows the descriptor.
 class DescriptorBuffer final : public std::streambuf {
  public:
   explicit DescriptorBuffer(int descriptor);

@@ -7,9 +7,9 @@
 
 namespace topoctl {
 
-// Returns the columns of the terminal at the descriptor, or `columns` as a number when it is one.
-// Returns 0 for a descriptor that is no terminal. `columns` is the value of COLUMNS in the
-// environment; null: not set. Thread-safety: any thread.
+// Returns the number of columns of the terminal at the descriptor. A number in `columns` overrides
+// the number of the terminal. Returns 0 for a descriptor that is no terminal. `columns` is the
+// value of COLUMNS in the environment; null: not set. Thread-safety: any thread.
 std::size_t terminalWidth(int descriptor, const char* columns);
 
 }  // namespace topoctl

@@ -106,7 +106,7 @@ class Tree {
   }
 
   // Walks from every node to its ancestors until a node that an earlier walk visited. A walk that
-  // reaches a node of its own has found a cycle, whose members become orphans.
+  // returns to one of its nodes has found a cycle; the members of the cycle become orphans.
   void orphanCycles() {
     std::vector<std::size_t> walks(nodes_.size(), kNone);
     for (std::size_t start = 0; start < nodes_.size(); ++start) {

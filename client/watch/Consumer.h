@@ -29,7 +29,7 @@ class Consumer final : public virtual POA_CosNotifyComm::StructuredPushConsumer 
 
   void disconnect_structured_push_consumer() override { inbox_.endSubscription(subscription_); }
 
-  // Ignored: every event is printed, whether its type was offered or not.
+  // Does nothing: every event is printed, also an event of a type that was not offered.
   void offer_change(const CosNotification::EventTypeSeq&,
                     const CosNotification::EventTypeSeq&) override {}
 

@@ -16,8 +16,8 @@
 
 namespace topoctl {
 
-// A bounded queue of events. Events come from one subscription at a time: events of an earlier
-// subscription are rejected, but stay in the queue when they arrived in time.
+// A bounded queue of events. Events come from one subscription at a time: a new event of an earlier
+// subscription is rejected, but a queued event stays in the queue.
 //
 // Thread-safety: any thread. Owns its events. Functions throw std::bad_alloc only.
 class Inbox {

@@ -14,7 +14,8 @@
 
 namespace topoctl {
 
-// A key that is equal for equal names only, whatever texts the names contain.
+// A key for a name: two keys are equal if and only if the names are equal, for any texts in the
+// names.
 std::string keyOf(const globaldefs::NVSList_T& name);
 
 // A copy of the view in memory: filled from a read view, then updated by each event.

@@ -15,8 +15,8 @@ using TopoManagementManager::NodeList_T;
 
 constexpr std::chrono::milliseconds kUnsubscribeTimeout{2000};
 
-// An agent that has never issued the last id is not the agent of the earlier subscription: the
-// subscription is a new one for that agent.
+// An agent that rejects the last id never had the earlier subscription, so the subscription begins
+// without a last id.
 TopoAgent::Subscription_I_ptr subscribeAfter(TopoAgent::Session_I_ptr session,
                                              CosNotifyComm::StructuredPushConsumer_ptr consumer,
                                              const std::string& lastId) {

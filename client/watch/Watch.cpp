@@ -19,7 +19,7 @@ orb::Options consumerOptions(const AgentAccess& access) {
   return result;
 }
 
-// As the default policy, but an interrupted wait ends the repetitions.
+// The default policy with one difference: stop() ends the repetitions.
 RetryPolicy retryUntilStopped(Inbox& inbox) {
   RetryPolicy policy;
   policy.wait = [&inbox](std::chrono::milliseconds delay) {

@@ -114,7 +114,8 @@ void Watcher::checkSubscription() {
   reconnect();
 }
 
-// Events that arrive during the read are printed later, so the differences leave their changes out.
+// Events that arrive during the read are printed later, so the printed differences do not contain
+// the changes of these events.
 std::size_t Watcher::synchronize() {
   KnownNodes read = readNodes();
   if (printGapsAtFront() && !isDone()) {
