@@ -14,8 +14,8 @@
 namespace orb {
 
 // Admits requests to the published servant and counts the running ones, so that the servant can be
-// withdrawn while other objects of the ORB stay in service. Source is what the layer of an ORB
-// needs to know about a running request; a default-constructed Source stands for a local call.
+// withdrawn while other objects of the ORB stay in service. Source identifies a running request for
+// the layer of an ORB, such as by its connection; a default-constructed Source means a local call.
 //
 // Thread-safety: any thread; open() and close() by one thread at a time.
 // Ownership: holds a reference to the servant while open. A Pass borrows its gate.

@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::size_t kMaxLoggedName = 64;  // of an operation, which clients choose freely
 
-// By kind; follows the number of refusals.
+// The text after the number of refusals, for each Kind.
 constexpr std::array kSummaries = {" connections were refused",
                                    " requests were refused for their size",
                                    " connections were closed because of incomplete requests"};
@@ -31,7 +31,7 @@ void LimitLog::add(Kind kind, Time now, MakeLine makeLine) {
   try {
     log_(makeLine());
   } catch (const std::bad_alloc&) {
-    // The line about the end of the episode follows.
+    // Continues: the line at the end of the episode reports the number.
   }
 }
 

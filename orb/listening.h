@@ -20,8 +20,8 @@ class ListeningCheck {
   // Records the present listening sockets.
   ListeningCheck();
 
-  // Throws EndpointError if a socket other than that of the endpoint was added. Without a /proc
-  // file system no socket is found and the check passes.
+  // Throws EndpointError if the process listens on a new socket that does not belong to the
+  // endpoint. Without a /proc file system no socket is found and the check passes.
   void requireOnly(const Endpoint& endpoint) const;
 
  private:

@@ -195,7 +195,7 @@ bool isCorbaname(const std::string& reference) {
   return hasScheme(reference, kCorbaname);
 }
 
-// The ORBs take the schemes in one case alone.
+// Accepts a scheme in upper and lower case; the ORBs accept one case only.
 CORBA::Object_ptr resolve(CORBA::ORB_ptr orb, const std::string& reference,
                           std::chrono::milliseconds timeout) {
   const std::string_view text = reference;

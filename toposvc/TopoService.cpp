@@ -50,7 +50,7 @@ POA_common::Common_I* makeServant() {
   return servant;
 }
 
-// Ignores every failure, as that of a manager that is not registered.
+// Ignores every failure, such as the failure for a manager that is not registered.
 void unregisterQuietly(const char* name) {
   try {
     CorbaBaseAgentConfig::Instance()->UnregisterMgr(name);
