@@ -27,9 +27,9 @@ ModuleControl::~ModuleControl() {
 void ModuleControl::load() {
   const MutexLock lock(turn_);
   try {
-    bringIn();
+    loadAndServe();
   } catch (...) {
-    takeOut(eventDeadline());
+    retireAndUnload(eventDeadline());
     throw;
   }
 }
@@ -38,7 +38,7 @@ void ModuleControl::reload() {
   const MutexLock lock(turn_);
   try {
     loader_.prepare();
-    startExchange().get();
+    startReplacing().get();
     reportReload("");
   } catch (const std::exception& failure) {
     reportReload(failure.what());
@@ -64,10 +64,11 @@ std::string ModuleControl::lastReloadError() const {
   return lastReloadError_;
 }
 
-// Uses another thread, because a thread within a request cannot wait for the end of a POA.
-std::future<void> ModuleControl::startExchange() {
+// Uses another thread, because a thread that serves a request cannot wait for the destruction of a
+// POA.
+std::future<void> ModuleControl::startReplacing() {
   try {
-    return std::async(std::launch::async, [this] { exchange(); });
+    return std::async(std::launch::async, [this] { replaceModule(); });
   } catch (const std::exception& failure) {
     throw ModuleError(
         "module " + module_.string() +
@@ -75,22 +76,22 @@ std::future<void> ModuleControl::startExchange() {
   }
 }
 
-// No step waits for requests while changes are paused: a waiting request may be a change. A change
-// that is still in progress at the deadline raises its event when the module is unloaded, which is
-// a gap, or loaded again.
-void ModuleControl::exchange() {
+// retire() waits for running requests, so the call comes before the pause: a request may be a
+// change that waits for the end of the pause. A change that is in progress at the deadline
+// continues, and its event becomes a gap if the module is not loaded then.
+void ModuleControl::replaceModule() {
   const Deadline deadline = eventDeadline();
   std::optional<NetworkWriter::Pause> pause;
   try {
     state_ = State::kReloading;
     northbound_.retire();
     pause.emplace(writer_, remainingTime(deadline));
-    takeOut(deadline);
-    bringIn();
+    retireAndUnload(deadline);
+    loadAndServe();
   } catch (...) {
     state_ = State::kMissing;
     pause.reset();
-    takeOut(eventDeadline());
+    retireAndUnload(eventDeadline());
     throw;
   }
 }
@@ -98,7 +99,7 @@ void ModuleControl::exchange() {
 void ModuleControl::unload() {
   const MutexLock lock(turn_);
   state_ = State::kMissing;
-  takeOut(eventDeadline());
+  retireAndUnload(eventDeadline());
 }
 
 ModuleControl::Deadline ModuleControl::eventDeadline() const {
@@ -110,8 +111,8 @@ std::chrono::milliseconds ModuleControl::remainingTime(Deadline deadline) {
   return std::chrono::duration_cast<std::chrono::milliseconds>(remaining);
 }
 
-// After a failure the module may be loaded in part.
-void ModuleControl::bringIn() {
+// After a failure the module may be partly loaded.
+void ModuleControl::loadAndServe() {
   northbound_.open();
   loader_.load();
   if (!northbound_.managers().serving(manager_)) {
@@ -125,9 +126,9 @@ void ModuleControl::bringIn() {
   state_ = State::kLoaded;
 }
 
-// The module must not be in use when it is unloaded. The event manager reports events that the
-// module has not handled at the deadline as a gap.
-void ModuleControl::takeOut(Deadline deadline) {
+// REQUIRES of loader_.unload(): no request runs in the module. Events that the module has not
+// handled at the deadline become a gap.
+void ModuleControl::retireAndUnload(Deadline deadline) {
   northbound_.retire();
   if (!events_.flush(remainingTime(deadline))) {
     log(kLogErrors,

@@ -43,9 +43,9 @@ class ModuleControl {
   void load();
 
   // Copies and checks the file, unloads the module as unload() does, and loads the copy. Changes of
-  // the network wait during the exchange, so that a loaded module handles every later event. When
-  // the check fails or no thread can be started, the loaded module continues to serve. After
-  // another exception the module is missing, and another reload can load the module.
+  // the network wait during the reload, so that the new module handles the event of every later
+  // change. When the check fails or no thread can be started, the loaded module continues to serve.
+  // After another exception the module is missing, and another reload can load the module.
   void reload();
 
   // Stops serving the objects of the module, waits until the module has handled all raised events
@@ -62,18 +62,18 @@ class ModuleControl {
   // The version of the module that was loaded last; "" before the first load.
   std::string version() const;
 
-  // The reason of the last reload if that failed; "" after a successful load.
+  // The reason of the failure of the last reload; "" after a successful load.
   std::string lastReloadError() const;
 
  private:
   using Deadline = std::chrono::steady_clock::time_point;
 
-  std::future<void> startExchange() REQUIRES(turn_);
-  // Runs on another thread while the thread in reload() holds turn_ and waits for the result. The
-  // analysis cannot follow that.
-  void exchange() NO_THREAD_SAFETY_ANALYSIS;
-  void bringIn() REQUIRES(turn_);
-  void takeOut(Deadline deadline) REQUIRES(turn_);
+  std::future<void> startReplacing() REQUIRES(turn_);
+  // Runs on another thread while the thread in reload() holds turn_ and waits for the result, which
+  // the analysis cannot follow.
+  void replaceModule() NO_THREAD_SAFETY_ANALYSIS;
+  void loadAndServe() REQUIRES(turn_);
+  void retireAndUnload(Deadline deadline) REQUIRES(turn_);
   Deadline eventDeadline() const;
   static std::chrono::milliseconds remainingTime(Deadline deadline);
   void reportReload(const std::string& error);
