@@ -19,19 +19,19 @@ constexpr std::size_t kServant = 1024;
 // Memory of a pair of texts without the characters of the texts.
 constexpr std::size_t kPair = 80;
 
-// The view that a thread computes.
+// A view and the size of its first batch.
 struct View {
   ViewSize size;
   CORBA::ULong howMany = 0;  // records of the first batch
 };
 
-thread_local const View* threadsView = nullptr;
+thread_local const View* viewInProgress = nullptr;
 
 // Sets the view of the thread while the module computes the view.
 class Computing {
  public:
-  explicit Computing(const View& view) { threadsView = &view; }
-  ~Computing() { threadsView = nullptr; }
+  explicit Computing(const View& view) { viewInProgress = &view; }
+  ~Computing() { viewInProgress = nullptr; }
   Computing(const Computing&) = delete;
   Computing& operator=(const Computing&) = delete;
 };
@@ -161,7 +161,7 @@ void GuardedManager::getAllClockSourceViewlTopologicalLinks(
 // The length of an iterator counts the records after the first batch. The iterator stores the
 // records of the first batch, too.
 std::size_t iteratorBytes(PortableServer::ServantBase* servant) {
-  if (threadsView == nullptr) {
+  if (viewInProgress == nullptr) {
     return 0;
   }
   std::size_t left = 0;
@@ -173,7 +173,7 @@ std::size_t iteratorBytes(PortableServer::ServantBase* servant) {
   } else {
     return 0;
   }
-  return kServant + threadsView->size.of(left + threadsView->howMany);
+  return kServant + viewInProgress->size.of(left + viewInProgress->howMany);
 }
 
 }  // namespace agent

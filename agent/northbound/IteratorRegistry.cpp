@@ -13,7 +13,7 @@ using PortableServer::ServantBase_var;
 
 namespace {
 
-thread_local IteratorRegistry::Creation* threadsCreation = nullptr;
+thread_local IteratorRegistry::Creation* creationOfThread = nullptr;
 
 }  // namespace
 
@@ -106,7 +106,7 @@ void IteratorRegistry::activate(ServantBase* servant) {
 
 // From now on, the servant can be reclaimed, unless its thread has a Creation.
 void IteratorRegistry::track(ServantBase* servant, const ObjectId& id, const orb::ObjectKey& key) {
-  Creation* const creation = threadsCreation;
+  Creation* const creation = creationOfThread;
   if (creation != nullptr) {
     creation->added_.push_back(servant);
   }
@@ -155,11 +155,11 @@ FailureCode IteratorRegistry::add(ServantBase* servant, std::size_t bytes) {
 }
 
 IteratorRegistry::Creation::Creation(IteratorRegistry& registry) : registry_(registry) {
-  threadsCreation = this;
+  creationOfThread = this;
 }
 
 IteratorRegistry::Creation::~Creation() {
-  threadsCreation = nullptr;
+  creationOfThread = nullptr;
   registry_.finish(*this);
 }
 

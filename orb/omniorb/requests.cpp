@@ -27,7 +27,7 @@ namespace {
 ObserverSlot requestObserver;
 
 // The client of the latest request of the thread.
-thread_local std::string threadsPeer;
+thread_local std::string peerOfThread;
 
 // The numeric host of the ORB's address of a TCP peer.
 std::string hostIn(const char* address) {
@@ -44,7 +44,7 @@ void throwIfRefused(omni::giopConnection* connection) {
 
 CORBA::Boolean observeRequest(omni::omniInterceptors::serverReceiveRequest_T::info_T& info) {
   throwIfRefused(info.giop_s.strand().connection);
-  threadsPeer = hostIn(info.peeraddress());
+  peerOfThread = hostIn(info.peeraddress());
   requestObserver.notify([&info] {
     const auto* key = reinterpret_cast<const char*>(info.giop_s.key());
     return ObjectKey(key, static_cast<std::size_t>(info.giop_s.keysize()));
@@ -70,7 +70,7 @@ std::string currentPeer() {
   omniCurrent* const current = omniCurrent::get();
   // The thread owns the object: omniCurrent::get() attaches a new one to the thread.
   // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks)
-  return current != nullptr && current->callDescriptor() != nullptr ? threadsPeer : "";
+  return current != nullptr && current->callDescriptor() != nullptr ? peerOfThread : "";
 }
 
 void interceptRequests() {
