@@ -12,7 +12,7 @@
 namespace agent {
 namespace {
 
-std::optional<std::string> textOf(const TopoAgent::OptionalText_T& field) {
+std::optional<std::string> optionalText(const TopoAgent::OptionalText_T& field) {
   return field.length() == 0 ? std::nullopt : std::optional<std::string>(field[0].in());
 }
 
@@ -105,7 +105,7 @@ void ConsoleServant::changeClockPosition(const char* reference,
   performChange(
       "changeClockPosition", [&] { return inQuotes(reference); },
       [&] {
-        return inventory_.changeClockPosition(reference, {textOf(label), numbersOf(values)});
+        return inventory_.changeClockPosition(reference, {optionalText(label), numbersOf(values)});
       });
 }
 
@@ -127,7 +127,8 @@ void ConsoleServant::changeClockLink(const char* id, const TopoAgent::OptionalTe
   performChange(
       "changeClockLink", [&] { return inQuotes(id); },
       [&] {
-        return inventory_.changeClockLink(id, {textOf(name), textOf(aEnd), textOf(zEnd)});
+        return inventory_.changeClockLink(
+            id, {optionalText(name), optionalText(aEnd), optionalText(zEnd)});
       });
 }
 

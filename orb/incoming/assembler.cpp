@@ -154,10 +154,10 @@ bool Assembler::checkLimit() {
   if (large && head->isWhole) {
     part_->limit = limits_.messageBytes;
   }
-  return declared <= part_->limit || refuse(*head, declared);
+  return declared <= part_->limit || refuseRequest(*head, declared);
 }
 
-bool Assembler::refuse(const giop::RequestHead& head, std::size_t declared) {
+bool Assembler::refuseRequest(const giop::RequestHead& head, std::size_t declared) {
   const std::uint8_t version = part_->first.minorVersion;
   const std::string substitute = giop::emptyRequest(version, head);
   part_->bytes.clear();

@@ -96,7 +96,7 @@ class Assembler {
   bool beginRequest();
   bool continueRequest(std::uint32_t id);
   bool checkLimit();
-  bool refuse(const giop::RequestHead& head, std::size_t declared);
+  bool refuseRequest(const giop::RequestHead& head, std::size_t declared);
   bool isLarge(const std::string& operation) const;
   bool isMessageTaken() const { return headerTaken_ == headerLength_ && remaining_ == 0; }
   bool endMessage();

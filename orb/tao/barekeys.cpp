@@ -24,7 +24,7 @@
 namespace orb {
 namespace {
 
-std::string textOf(const TAO::ObjectKey& key) {
+std::string octetsOf(const TAO::ObjectKey& key) {
   return {reinterpret_cast<const char*>(key.get_buffer()), key.length()};
 }
 
@@ -118,7 +118,7 @@ int BareKeys::priority() const {
 
 int BareKeys::dispatch(TAO::ObjectKey& key, TAO_ServerRequest& request,
                        CORBA::Object_out /*forward*/) {
-  const ObjectKey target = textOf(key);
+  const ObjectKey target = octetsOf(key);
   lastCall().reading = false;
   if (!request.collocated()) {
     if (std::exchange(lastCall().tooLarge, false) || servedRequest().refused) {

@@ -38,10 +38,10 @@ Acceptor::Outcome Acceptor::accept(int& accepted) {
     return Outcome::kAccepted;
   }
   // All other errors mean that the client has closed the connection.
-  return isOutOfResources(errno) ? refuse() : Outcome::kNone;
+  return isOutOfResources(errno) ? refuseConnection() : Outcome::kNone;
 }
 
-Acceptor::Outcome Acceptor::refuse() {
+Acceptor::Outcome Acceptor::refuseConnection() {
   if (reserve_ < 0) {
     return Outcome::kFailed;
   }

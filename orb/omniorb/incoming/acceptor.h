@@ -31,7 +31,7 @@ class Acceptor {
   Outcome accept(int& accepted);
 
  private:
-  Outcome refuse();
+  Outcome refuseConnection();
 
   const int socket_;
   int reserve_;

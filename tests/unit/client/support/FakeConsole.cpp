@@ -14,16 +14,16 @@ std::string kindOf(TopoAgent::NodeKind_T kind) {
   return kind == TopoAgent::NK_ELEMENT ? "element" : "subnetwork";
 }
 
-std::string textOf(const TopoAgent::Numbers_T& numbers) {
+std::string format(const TopoAgent::Numbers_T& numbers) {
   return std::to_string(numbers.first) + " " + std::to_string(numbers.second);
 }
 
 // "-" for a field that was not sent.
-std::string textOf(const TopoAgent::OptionalNumbers_T& field) {
-  return field.length() == 0 ? "-" : textOf(field[0]);
+std::string format(const TopoAgent::OptionalNumbers_T& field) {
+  return field.length() == 0 ? "-" : format(field[0]);
 }
 
-std::string textOf(const TopoAgent::OptionalText_T& field) {
+std::string format(const TopoAgent::OptionalText_T& field) {
   return field.length() == 0 ? "-" : std::string(field[0].in());
 }
 
@@ -95,7 +95,7 @@ void FakeConsole::moveNode(const char* id, const char* parent, TopoAgent::NodeKi
 
 void FakeConsole::changeNode(const char* id, const TopoAgent::OptionalNumbers_T& params,
                              const TopoAgent::OptionalPairs_T& attributes) {
-  std::string text = std::string("change-node(") + id + ", " + textOf(params) + ", ";
+  std::string text = std::string("change-node(") + id + ", " + format(params) + ", ";
   if (attributes.length() == 0) {
     text += "-";
   } else {
@@ -126,12 +126,12 @@ void FakeConsole::deleteElement(CORBA::Long number) {
 
 void FakeConsole::createClockPosition(const TopoAgent::ClockPosition_T& position) {
   call(std::string("create-position(") + position.reference.in() + ", " + position.label.in() +
-       ", " + textOf(position.values) + ")");
+       ", " + format(position.values) + ")");
 }
 
 void FakeConsole::changeClockPosition(const char* reference, const TopoAgent::OptionalText_T& label,
                                       const TopoAgent::OptionalNumbers_T& values) {
-  call(std::string("change-position(") + reference + ", " + textOf(label) + ", " + textOf(values) +
+  call(std::string("change-position(") + reference + ", " + format(label) + ", " + format(values) +
        ")");
 }
 
@@ -147,8 +147,8 @@ void FakeConsole::createClockLink(const TopoAgent::ClockLink_T& link) {
 void FakeConsole::changeClockLink(const char* id, const TopoAgent::OptionalText_T& name,
                                   const TopoAgent::OptionalText_T& aEnd,
                                   const TopoAgent::OptionalText_T& zEnd) {
-  call(std::string("change-link(") + id + ", " + textOf(name) + ", " + textOf(aEnd) + ", " +
-       textOf(zEnd) + ")");
+  call(std::string("change-link(") + id + ", " + format(name) + ", " + format(aEnd) + ", " +
+       format(zEnd) + ")");
 }
 
 void FakeConsole::deleteClockLink(const char* id) {
