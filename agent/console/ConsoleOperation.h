@@ -15,17 +15,18 @@
 
 namespace agent {
 
-// The recipients of the reason of an internal error.
-enum class Reason { kLogOnly, kLogAndClient };
+// The recipients of the reason in an internal error.
+enum class ReasonRecipients { kLogOnly, kLogAndClient };
 
 // Throws the exception of a failed outcome. Returns after success.
-inline void raise(const char* operation, const Outcome& outcome, Reason reason) {
+inline void throwFailure(const char* operation, const Outcome& outcome,
+                         ReasonRecipients recipients) {
   const Outcome answer = logInternalError(operation, outcome);
   if (!outcome.ok() && outcome.code != kInternalError) {
     logRefusal(orb::currentPeer(), operation, outcome.reason);
   }
-  NS_CORBA::ThrowException(answer.code,
-                           reason == Reason::kLogAndClient ? outcome.reason : answer.reason);
+  NS_CORBA::ThrowException(
+      answer.code, recipients == ReasonRecipients::kLogAndClient ? outcome.reason : answer.reason);
 }
 
 // Runs the work and translates every exception into an outcome.
@@ -46,16 +47,17 @@ Outcome outcomeOf(Work work) {
 
 // Runs an operation and raises the exception of a failed outcome.
 template <typename Work>
-void perform(const char* operation, Work work, Reason reason = Reason::kLogOnly) {
-  raise(operation, outcomeOf(work), reason);
+void perform(const char* operation, Work work,
+             ReasonRecipients recipients = ReasonRecipients::kLogOnly) {
+  throwFailure(operation, outcomeOf(work), recipients);
 }
 
-// Performs an operation that changes something, and logs the change. The subject is a function that
-// returns a text.
+// Runs an operation that changes the network or the agent, and logs the change. subject() returns
+// the name of the changed object.
 template <typename Subject, typename Work>
 void performChange(const char* operation, Subject subject, Work work,
-                   Reason reason = Reason::kLogOnly) {
-  perform(operation, work, reason);
+                   ReasonRecipients recipients = ReasonRecipients::kLogOnly) {
+  perform(operation, work, recipients);
   if (isLogged(kLogEvents)) {
     logChange(orb::currentPeer(), operation, subject());
   }

@@ -138,7 +138,7 @@ TopoAgent::ImportSummary_T ConsoleServant::importNetwork(
 CORBA::ULongLong ConsoleServant::beginBackup() {
   std::uint64_t id = 0;
   perform(
-      "beginBackup", [&] { return backups_.begin(id); }, Reason::kLogAndClient);
+      "beginBackup", [&] { return backups_.begin(id); }, ReasonRecipients::kLogAndClient);
   return id;
 }
 
@@ -152,7 +152,7 @@ TopoAgent::BackupPart_T* ConsoleServant::continueBackup(CORBA::ULongLong backup)
         result = new TopoAgent::BackupPart_T(tmfPart(part));
         return outcome;
       },
-      Reason::kLogAndClient);
+      ReasonRecipients::kLogAndClient);
   return result._retn();
 }
 
@@ -188,7 +188,7 @@ void ConsoleServant::reloadModule() {
         control_.reloadModule();
         return Outcome{};
       },
-      Reason::kLogAndClient);
+      ReasonRecipients::kLogAndClient);
 }
 
 }  // namespace agent
