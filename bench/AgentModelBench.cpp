@@ -127,7 +127,7 @@ void CreateNode(benchmark::State& state, Place place) {
     static_cast<void>(each);
     require(state, host.nodes().create(node));
     state.PauseTiming();
-    host.nodes().remove(node.nodeId, removed);
+    require(state, host.nodes().remove(node.nodeId, removed));
     state.ResumeTiming();
   }
 }
@@ -139,7 +139,7 @@ void DeleteNode(benchmark::State& state, Place place) {
   for (auto each : state) {
     static_cast<void>(each);
     state.PauseTiming();
-    host.nodes().create(node);
+    require(state, host.nodes().create(node));
     state.ResumeTiming();
     require(state, host.nodes().remove(node.nodeId, removed));
   }

@@ -15,7 +15,7 @@ namespace agent {
 
 // A FailureCode and, after a failure, the reason in one short line. The reason of kInternalError is
 // for the log, every other reason is for the client. A plain value.
-struct Outcome {
+struct [[nodiscard]] Outcome {
   std::uint32_t code = kSuccess;
   std::string reason;
 

@@ -48,7 +48,7 @@ TEST(InternalError, IsTheOnlyFailureThatIsLogged) {
   testing::internal::CaptureStderr();
   const Outcome answer =
       agent::logInternalError("setOwner", {agent::kInvalidName, "malformed name"});
-  agent::logInternalError("setOwner", {});
+  EXPECT_TRUE(agent::logInternalError("setOwner", {}).ok());
   EXPECT_EQ("", testing::internal::GetCapturedStderr());
   EXPECT_EQ(agent::kInvalidName, answer.code);
   EXPECT_EQ("malformed name", answer.reason);

@@ -81,26 +81,26 @@ class Host {
   NetworkModel& model() { return model_; }
   AttributeService& service() { return service_; }
 
-  // The id and name of every record that clients see, from the model.
-  std::string names() const {
+  // The id and the name of every record in the model.
+  Pairs names() const {
     std::vector<NS_DOMAIN::TopoNode_T> nodes;
     std::vector<NS_DOMAIN::NE_T> elements;
     model_.appendTopoNodes(nodes);
     model_.appendNEs(elements, {{0, 5}, {0, 9}});
-    std::string text;
+    Pairs names;
     for (const auto& node : nodes) {
-      text += node.nodeId + ':' + node.nativeName + '\n';
+      names.emplace_back(node.nodeId, node.nativeName);
     }
     for (const auto& one : elements) {
-      text += std::to_string(one.number) + ':' + one.name + '\n';
+      names.emplace_back(std::to_string(one.number), one.name);
     }
     for (const auto& position : model_.clockPositions()) {
-      text += position.reference + ':' + position.label + '\n';
+      names.emplace_back(position.reference, position.label);
     }
     for (const auto& one : model_.clockLinks()) {
-      text += one.linkId + ':' + one.nativeName + '\n';
+      names.emplace_back(one.linkId, one.nativeName);
     }
-    return text;
+    return names;
   }
 
  private:
@@ -152,7 +152,7 @@ class AttributeServiceTest : public testing::Test {
   }
 
   void expectEveryRefused(std::uint32_t code, const std::string& reason, const NVSList_T& name) {
-    const std::string before = host_->names();
+    const Pairs before = host_->names();
     for (const Outcome& outcome : everyOutcome(name)) {
       expectRefused(code, reason, outcome);
     }
@@ -243,10 +243,10 @@ TEST_F(AttributeServiceTest, StoresALinkLabelUnderTheKeyOfTheModule) {
 }
 
 TEST_F(AttributeServiceTest, StoresUserLabelsByTypeAndId) {
-  service().setUserLabel(subnetwork("core"), "a", false);
-  service().setUserLabel(element("5"), "b", false);
-  service().setUserLabel(object("ONE", "6"), "c", false);
-  service().setUserLabel(object("OS", "7"), "d", false);
+  EXPECT_TRUE(service().setUserLabel(subnetwork("core"), "a", false).ok());
+  EXPECT_TRUE(service().setUserLabel(element("5"), "b", false).ok());
+  EXPECT_TRUE(service().setUserLabel(object("ONE", "6"), "c", false).ok());
+  EXPECT_TRUE(service().setUserLabel(object("OS", "7"), "d", false).ok());
   for (int i = 0; i < 2; ++i) {
     EXPECT_EQ("a", model().labelOf(54, "core"));
     EXPECT_EQ("b", model().labelOf(1, "NE=5"));
@@ -257,7 +257,7 @@ TEST_F(AttributeServiceTest, StoresUserLabelsByTypeAndId) {
 }
 
 TEST_F(AttributeServiceTest, ReplacesAUserLabel) {
-  service().setUserLabel(link("k1"), "first", false);
+  EXPECT_TRUE(service().setUserLabel(link("k1"), "first", false).ok());
   expectDone(service().setUserLabel(link("k1"), "second", false));
   EXPECT_EQ("second", model().labelOf(201, "k1"));
   restart();
@@ -265,7 +265,7 @@ TEST_F(AttributeServiceTest, ReplacesAUserLabel) {
 }
 
 TEST_F(AttributeServiceTest, RemovesAUserLabelForAnEmptyText) {
-  service().setUserLabel(link("k1"), "first", false);
+  EXPECT_TRUE(service().setUserLabel(link("k1"), "first", false).ok());
   expectDone(service().setUserLabel(link("k1"), "", true));
   EXPECT_EQ("", model().labelOf(201, "k1"));
   restart();
@@ -274,7 +274,7 @@ TEST_F(AttributeServiceTest, RemovesAUserLabelForAnEmptyText) {
 }
 
 TEST_F(AttributeServiceTest, RejectsADuplicateLabelOnlyIfUniquenessIsEnforced) {
-  service().setUserLabel(link("k1"), "Trunk", false);
+  EXPECT_TRUE(service().setUserLabel(link("k1"), "Trunk", false).ok());
   expectRefused(agent::kUserLabelInUse,
                 "the user label \"Trunk\" is already that of {EMS=E, ClockTopoLinkId=k1}",
                 service().setUserLabel(link("k2"), "Trunk", true));
@@ -284,12 +284,12 @@ TEST_F(AttributeServiceTest, RejectsADuplicateLabelOnlyIfUniquenessIsEnforced) {
 }
 
 TEST_F(AttributeServiceTest, AcceptsTheObjectsOwnUniqueLabelAgain) {
-  service().setUserLabel(link("k1"), "Trunk", true);
+  EXPECT_TRUE(service().setUserLabel(link("k1"), "Trunk", true).ok());
   expectDone(service().setUserLabel(link("k1"), "Trunk", true));
 }
 
 TEST_F(AttributeServiceTest, ComparesUniqueLabelsWithinAType) {
-  service().setUserLabel(link("k1"), "Trunk", true);
+  EXPECT_TRUE(service().setUserLabel(link("k1"), "Trunk", true).ok());
   expectDone(service().setUserLabel(subnetwork("core"), "Trunk", true));
 }
 
@@ -327,10 +327,22 @@ TEST_F(AttributeServiceTest, RenamesOnlyTheRecordsOfTheObject) {
   expectDone(service().setNativeName(element("9"), "NINE"));
   expectDone(service().setNativeName(link("k2"), "OTN/two"));
   for (int i = 0; i < 2; ++i) {
-    EXPECT_EQ(
-        "core:\nwest:West\nNE=5:FÜNF\nEQ=1,NE=5:FÜNF\n5:FÜNF\nONE=6:SIX\nOS=7:SEVEN\nEQ=8:Eight\n"
-        "third:Third\n5:FÜNF\n9:NINE\nNE=5:FÜNF\nNE=11:Eleven\nk1:SDH/one\nk2:OTN/two\n",
-        host_->names());
+    EXPECT_EQ((Pairs{{"core", ""},
+                     {"west", "West"},
+                     {"NE=5", "FÜNF"},
+                     {"EQ=1,NE=5", "FÜNF"},
+                     {"5", "FÜNF"},
+                     {"ONE=6", "SIX"},
+                     {"OS=7", "SEVEN"},
+                     {"EQ=8", "Eight"},
+                     {"third", "Third"},
+                     {"5", "FÜNF"},
+                     {"9", "NINE"},
+                     {"NE=5", "FÜNF"},
+                     {"NE=11", "Eleven"},
+                     {"k1", "SDH/one"},
+                     {"k2", "OTN/two"}}),
+              host_->names());
     restart();
   }
 }
@@ -414,11 +426,11 @@ TEST_F(AttributeServiceTest, RejectsInformationAboveTheSizeLimit) {
 
 TEST_F(AttributeServiceTest, RemovesAllAttributesButTheNativeNameOnReset) {
   const NVSList_T name = element("5");
-  service().setUserLabel(name, "label", false);
-  service().setOwner(name, "owner");
-  service().setNativeName(name, "native");
+  EXPECT_TRUE(service().setUserLabel(name, "label", false).ok());
+  EXPECT_TRUE(service().setOwner(name, "owner").ok());
+  EXPECT_TRUE(service().setNativeName(name, "native").ok());
   merged(name, {{"a", "1"}});
-  service().setUserLabel(element("9"), "stays", false);
+  EXPECT_TRUE(service().setUserLabel(element("9"), "stays", false).ok());
   expectDone(service().reset(name));
   for (int i = 0; i < 2; ++i) {
     EXPECT_EQ("", model().labelOf(1, "NE=5"));
@@ -464,10 +476,10 @@ TEST_F(AttributeServiceTest, KeepsChangesWhenTheProcessIsKilled) {
   const int status = statusOfChild([&] {
     Host host(path_);
     NVSList_T info = nameOf({{"a", "1"}});
-    host.service().setUserLabel(link("k1"), "label", true);
-    host.service().setOwner(link("k1"), "owner");
-    host.service().setNativeName(link("k1"), "native");
-    host.service().setAdditionalInfo(link("k1"), info);
+    EXPECT_TRUE(host.service().setUserLabel(link("k1"), "label", true).ok());
+    EXPECT_TRUE(host.service().setOwner(link("k1"), "owner").ok());
+    EXPECT_TRUE(host.service().setNativeName(link("k1"), "native").ok());
+    EXPECT_TRUE(host.service().setAdditionalInfo(link("k1"), info).ok());
     raise(SIGKILL);
   });
   ASSERT_TRUE(wasKilledBy(status, SIGKILL));
@@ -489,7 +501,7 @@ TEST_F(AttributeServiceTest, RecoversFromAFailureOfTheStore) {
   const int status = statusOfChild([&] {
     signal(SIGXFSZ, SIG_IGN);
     Host host(path_);
-    const std::string names = host.names();
+    const Pairs names = host.names();
     const std::string text(100000, 'x');
     limitFileSize(1000);
     const Outcome name = host.service().setNativeName(element("5"), text);
@@ -548,17 +560,17 @@ TEST_F(AttributeServiceTest, KeepsStoreAndModelEqualUnderManyThreads) {
       for (int round = 0; round < 25; ++round) {
         const std::string text = std::to_string(i) + '.' + std::to_string(round);
         NVSList_T info = nameOf({{text, text}});
-        service().setNativeName(element("5"), text);
-        service().setUserLabel(link("k1"), text, false);
-        service().setAdditionalInfo(link("k1"), info);
-        service().setOwner(subnetwork("none"), text);
+        EXPECT_TRUE(service().setNativeName(element("5"), text).ok());
+        EXPECT_TRUE(service().setUserLabel(link("k1"), text, false).ok());
+        EXPECT_TRUE(service().setAdditionalInfo(link("k1"), info).ok());
+        EXPECT_EQ(agent::kEntityNotFound, service().setOwner(subnetwork("none"), text).code);
       }
     });
   }
   runAll(writers);
   stop = true;
   runAll(readers);
-  const std::string names = host_->names();
+  const Pairs names = host_->names();
   const std::string label = model().labelOf(201, "k1");
   restart();
   EXPECT_EQ(names, host_->names());
@@ -580,7 +592,7 @@ TEST(AttributeServiceRace, RejectsAnObjectThatAConcurrentChangeRemoved) {
       [&](AttributeService& attributes) { return attributes.reset(name); }};
   for (const Set& set : setters) {
     ChangingHost host(SqliteStore::kInMemory);
-    host.nodes().create(nodeOf("a", ""));
+    EXPECT_TRUE(host.nodes().create(nodeOf("a", "")).ok());
     auto change = std::make_unique<agent::NetworkWriter::Change>(host.writer());
     support::Task setter([&] { return set(host.attributes()).code; });
     EXPECT_TRUE(setter.waits());

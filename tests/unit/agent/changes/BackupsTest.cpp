@@ -89,10 +89,10 @@ TEST_F(BackupsTest, ContainChangesThatAreCommittedBetweenSteps) {
     ChangingHost host(path, largeNetwork());
     auto copy = host.writer().beginCopy();
     ASSERT_FALSE(host.writer().continueCopy(*copy));
-    host.nodes().rename("node 0", "renamed");  // what is copied already
-    host.nodes().create(nodeOf("new", "node 0"));
+    EXPECT_TRUE(host.nodes().rename("node 0", "renamed").ok());  // in the copied part
+    EXPECT_TRUE(host.nodes().create(nodeOf("new", "node 0")).ok());
     std::size_t removed = 0;
-    host.nodes().remove("node 999", removed);  // what is not
+    EXPECT_TRUE(host.nodes().remove("node 999", removed).ok());  // in the remaining part
     EXPECT_EQ(host.store().read(), storedIn(complete(host, std::move(copy))));
   }
 }
@@ -103,7 +103,7 @@ TEST_F(BackupsTest, ContainNoChangesAfterTheLastStep) {
   while (!host.writer().continueCopy(*copy)) {
   }
   const agent::Network before = host.store().read();
-  host.nodes().rename("node 0", "renamed");
+  EXPECT_TRUE(host.nodes().rename("node 0", "renamed").ok());
   EXPECT_EQ(before, storedIn(complete(host, std::move(copy))));
 }
 
@@ -120,9 +120,9 @@ TEST_F(BackupsTest, RemoveTheirFileInEveryState) {
   Backups backups(host.writer());
   std::uint64_t id = 0;
   Backups::Part part;
-  backups.begin(id);
+  EXPECT_TRUE(backups.begin(id).ok());
   EXPECT_EQ(before, files());
-  backups.next(id, part);
+  EXPECT_TRUE(backups.next(id, part).ok());
   EXPECT_EQ(before, files());
   backups.end(id);
   EXPECT_EQ(before, files());
@@ -135,7 +135,7 @@ TEST_F(BackupsTest, RejectASecondBackupDuringTheFirst) {
   std::uint64_t first = 0;
   std::uint64_t second = 0;
   Backups::Part part;
-  backups.begin(first);
+  EXPECT_TRUE(backups.begin(first).ok());
   now += Backups::kIdle - seconds(1);
   EXPECT_EQ(agent::kTooMuch, backups.begin(second).code);
   EXPECT_EQ(agent::kSuccess, backups.next(first, part).code);
@@ -153,7 +153,7 @@ TEST_F(BackupsTest, AreReplacedWhenIdle) {
   std::uint64_t first = 0;
   std::uint64_t second = 0;
   Backups::Part part;
-  backups.begin(first);
+  EXPECT_TRUE(backups.begin(first).ok());
   now += Backups::kIdle;
   EXPECT_EQ(agent::kSuccess, backups.begin(second).code);
   EXPECT_EQ(agent::kEntityNotFound, backups.next(first, part).code);
@@ -165,8 +165,8 @@ TEST_F(BackupsTest, EndAfterTheLastPartAndByEnd) {
   Backups backups(host.writer());
   std::uint64_t id = 0;
   Backups::Part part;
-  backups.begin(id);
-  backups.next(id, part);
+  EXPECT_TRUE(backups.begin(id).ok());
+  EXPECT_TRUE(backups.next(id, part).ok());
   EXPECT_TRUE(part.isLast);
   EXPECT_EQ(agent::kEntityNotFound, backups.next(id, part).code);
   EXPECT_EQ(agent::kSuccess, backups.begin(id).code);
@@ -194,7 +194,7 @@ TEST_F(BackupsTest, EndAfterAFailedRead) {
   Backups backups(host.writer());
   std::uint64_t id = 0;
   Backups::Part part;
-  backups.begin(id);
+  EXPECT_TRUE(backups.begin(id).ok());
   while (part.content.empty()) {
     ASSERT_EQ(agent::kSuccess, backups.next(id, part).code);
   }

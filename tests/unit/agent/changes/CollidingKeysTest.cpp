@@ -107,7 +107,7 @@ TEST(CollidingKeys, OfLabelsDoNotSlowACheck) {
 TEST(CollidingKeys, OfAdditionalInformationDoNotSlowAMerge) {
   const auto cost = [](const std::vector<std::string>& names) {
     ChangingHost host(agent::SqliteStore::kInMemory);
-    host.nodes().create(nodeOf("a", ""));
+    EXPECT_TRUE(host.nodes().create(nodeOf("a", "")).ok());
     Pairs pairs;
     for (const std::string& name : names) {
       pairs.emplace_back(name, "");

@@ -7,6 +7,7 @@
 #include <atomic>
 #include <chrono>
 #include <future>
+#include <ostream>
 #include <stdexcept>
 #include <thread>
 
@@ -29,29 +30,48 @@ void joinAll(std::vector<std::thread>& threads) {
   }
 }
 
+// Whether the node of an event exists when the event is raised.
+struct StateAtEvent {
+  int eventId;
+  bool inModel;
+  bool inStore;
+
+  bool operator==(const StateAtEvent& other) const {
+    return eventId == other.eventId && inModel == other.inModel && inStore == other.inStore;
+  }
+};
+
+void PrintTo(const StateAtEvent& state, std::ostream* out) {
+  *out << "event " << state.eventId << ", in the model: " << state.inModel
+       << ", in the store: " << state.inStore;
+}
+
 TEST(NetworkWriter, RaisesAnEventAfterStoreAndModelHaveTheChange) {
   SqliteStore store(SqliteStore::kInMemory);
   NetworkModel model;
-  std::string seen;
+  std::vector<StateAtEvent> states;
   NetworkWriter writer(store, model, [&](std::uint64_t, int id, auto nodes) {
-    seen += std::to_string(id) + (model.hasTopoNode(nodes.at(0).nodeId) ? " there" : " gone") +
-            (store.read().topoNodes.empty() ? " gone;" : " there;");
+    states.push_back({id, model.hasTopoNode(nodes.at(0).nodeId), !store.read().topoNodes.empty()});
   });
   agent::NodeService nodes(writer);
   std::size_t removed = 0;
-  nodes.create(nodeOf("a", ""));
-  nodes.rename("a", "A");
-  nodes.remove("a", removed);
-  EXPECT_EQ("372 there there;374 there there;373 gone gone;", seen);
+  EXPECT_TRUE(nodes.create(nodeOf("a", "")).ok());
+  EXPECT_TRUE(nodes.rename("a", "A").ok());
+  EXPECT_TRUE(nodes.remove("a", removed).ok());
+  EXPECT_EQ((std::vector<StateAtEvent>{{EVENT_TOPO_NODE_CREATED, true, true},
+                                       {EVENT_TOPO_NODE_CHANGED, true, true},
+                                       {EVENT_TOPO_NODE_DELETED, false, false}}),
+            states);
 }
 
 TEST(NetworkWriter, RaisesEachEventWithTheNumberOfItsChange) {
   ChangingHost host(SqliteStore::kInMemory);
   const std::uint64_t before = host.store().lastChange();
-  host.nodes().create(nodeOf("a", ""));
-  host.nodes().create(nodeOf("a", ""));  // fails and takes no number
-  host.attributes().setOwner(nameOf({{"EMS", "E"}, {"TopoSubnetwork", "a"}}), "me");
-  host.nodes().rename("a", "A");
+  EXPECT_TRUE(host.nodes().create(nodeOf("a", "")).ok());
+  EXPECT_FALSE(host.nodes().create(nodeOf("a", "")).ok());  // gets no number
+  EXPECT_TRUE(
+      host.attributes().setOwner(nameOf({{"EMS", "E"}, {"TopoSubnetwork", "a"}}), "me").ok());
+  EXPECT_TRUE(host.nodes().rename("a", "A").ok());
   const std::vector<RaisedEvent> events = host.takeEvents();
   ASSERT_EQ(2U, events.size());
   EXPECT_EQ(before + 1, events[0].change);
@@ -109,7 +129,7 @@ TEST(NetworkWriter, PausesOnlyWhenTheEventOfAChangeIsRaised) {
     proceed.get_future().wait();
     raised = true;
   });
-  std::thread change([&] { agent::NodeService(writer).create(nodeOf("a", "")); });
+  std::thread change([&] { EXPECT_TRUE(agent::NodeService(writer).create(nodeOf("a", "")).ok()); });
   raising.get_future().wait();
   support::Task pause([&] {
     const NetworkWriter::Pause paused(writer, 1min);
@@ -121,7 +141,7 @@ TEST(NetworkWriter, PausesOnlyWhenTheEventOfAChangeIsRaised) {
   change.join();
 }
 
-TEST(NetworkWriter, PausesBesideAChangeThatTakesTooLong) {
+TEST(NetworkWriter, PausesDuringAChangeThatTakesTooLong) {
   ChangingHost host(SqliteStore::kInMemory);
   auto current = std::make_unique<NetworkWriter::Change>(host.writer());
   auto pause = std::make_unique<NetworkWriter::Pause>(host.writer(), 0ms);
@@ -134,8 +154,8 @@ TEST(NetworkWriter, PausesBesideAChangeThatTakesTooLong) {
   EXPECT_EQ(agent::kSuccess, next.get());
 }
 
-// A reload would starve otherwise while clients keep changing the network. Which of several
-// waiting threads wakes up first is chance, so the pause has to win several times.
+// Without precedence over waiting changes, a reload would starve while clients change the network.
+// The order in which waiting threads wake up is random, so the test has several rounds.
 TEST(NetworkWriter, PausesBeforeWaitingChanges) {
   for (int round = 0; round < 5; ++round) {
     ChangingHost host(SqliteStore::kInMemory);
@@ -160,12 +180,12 @@ TEST(NetworkWriter, PausesBeforeWaitingChanges) {
 
 TEST(NetworkWriter, PausesUnderAStreamOfChanges) {
   ChangingHost host(SqliteStore::kInMemory);
-  host.nodes().create(nodeOf("a", ""));
+  EXPECT_TRUE(host.nodes().create(nodeOf("a", "")).ok());
   std::atomic<bool> stop{false};
   const auto keepRenaming = [&](const std::string& name) {
     return support::Task([&, name] {
       for (int round = 0; !stop; ++round) {
-        host.nodes().rename("a", name + std::to_string(round));
+        EXPECT_TRUE(host.nodes().rename("a", name + std::to_string(round)).ok());
       }
       return 0;
     });
@@ -188,13 +208,14 @@ TEST(NetworkWriter, RaisesEventsInTheOrderOfCommits) {
   std::string last;
   {
     ChangingHost host(path);
-    host.nodes().create(nodeOf("a", ""));
+    EXPECT_TRUE(host.nodes().create(nodeOf("a", "")).ok());
     host.events();
     std::vector<std::thread> changers;
     for (int i = 0; i < 4; ++i) {
       changers.emplace_back([&, i] {
         for (int round = 0; round < 50; ++round) {
-          host.nodes().rename("a", std::to_string(i) + '.' + std::to_string(round));
+          EXPECT_TRUE(
+              host.nodes().rename("a", std::to_string(i) + '.' + std::to_string(round)).ok());
         }
       });
     }
@@ -224,7 +245,7 @@ int changeEverything(ChangingHost& host, const std::string& own) {
   return wrong + (removed != 3 ? 1 : 0);
 }
 
-// Changes of every kind at once, while others read and reserve.
+// Makes changes of every kind on several threads, while other threads read and pause.
 TEST(NetworkWriter, KeepsStoreAndModelEqualUnderManyThreads) {
   const support::TemporaryDirectory directory;
   ChangingHost host(directory.file("store.db"), wideNetwork(50));

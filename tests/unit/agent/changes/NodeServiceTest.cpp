@@ -406,9 +406,9 @@ TEST_F(NodeServiceTest, RemovesTheAttributesOfARemovedObject) {
   const auto one = nameOf({{"EMS", "E"}, {"ManagedElement", "1"}});
   for (const auto& name : {west, one}) {
     auto info = nameOf({{"a", "1"}});
-    host_->attributes().setUserLabel(name, "label", false);
-    host_->attributes().setOwner(name, "owner");
-    host_->attributes().setAdditionalInfo(name, info);
+    EXPECT_TRUE(host_->attributes().setUserLabel(name, "label", false).ok());
+    EXPECT_TRUE(host_->attributes().setOwner(name, "owner").ok());
+    EXPECT_TRUE(host_->attributes().setAdditionalInfo(name, info).ok());
   }
   remove("west");
   EXPECT_EQ(agent::kEntityNotFound, host_->attributes().setOwner(west, "x").code);
@@ -428,7 +428,7 @@ TEST_F(NodeServiceTest, RemovesTheAttributesOfARemovedObject) {
 TEST_F(NodeServiceTest, KeepsTheAttributesOfAnObjectWithAnotherNode) {
   serveWith(nodeOf("EQ=1,NE=1", "east", kTopoElement));
   const auto one = nameOf({{"EMS", "E"}, {"ManagedElement", "1"}});
-  host_->attributes().setUserLabel(one, "label", false);
+  EXPECT_TRUE(host_->attributes().setUserLabel(one, "label", false).ok());
   remove("NE=1");
   EXPECT_EQ("label", model().labelOf(1, "NE=1"));
   remove("EQ=1,NE=1");
@@ -510,11 +510,11 @@ TEST_F(NodeServiceTest, RelabelsEveryClockPositionOfAnElement) {
   expectDone(nodes().import(more, summary));
   expectDone(nodes().rename("NE=1", "Uno"));
   for (int i = 0; i < 2; ++i) {
-    std::string labels;
+    Pairs labels;
     for (const auto& position : model().clockPositions()) {
-      labels += position.reference + ' ' + position.label + ';';
+      labels.emplace_back(position.reference, position.label);
     }
-    EXPECT_EQ("NE=1 Uno;SSU=1 Uno;SEC=1 Uno;NE=2 ;", labels);
+    EXPECT_EQ((Pairs{{"NE=1", "Uno"}, {"SSU=1", "Uno"}, {"SEC=1", "Uno"}, {"NE=2", ""}}), labels);
     restart();
   }
 }
@@ -572,10 +572,10 @@ TEST_F(NodeServiceTest, KeepsChangesWhenTheProcessIsKilled) {
     agent::ImportSummary summary;
     agent::Network more;
     more.topoNodes.push_back(nodeOf("imported", "created"));
-    host.nodes().create(nodeOf("created", "core"));
-    host.nodes().rename("core", "CORE");
-    host.nodes().remove("west", removed);
-    host.nodes().import(more, summary);
+    EXPECT_TRUE(host.nodes().create(nodeOf("created", "core")).ok());
+    EXPECT_TRUE(host.nodes().rename("core", "CORE").ok());
+    EXPECT_TRUE(host.nodes().remove("west", removed).ok());
+    EXPECT_TRUE(host.nodes().import(more, summary).ok());
     raise(SIGKILL);
   });
   ASSERT_TRUE(wasKilledBy(status, SIGKILL));

@@ -15,8 +15,8 @@ namespace {
 
 using agent::Outcome;
 
-// Every label that the store has is in the model, and one that the model has of a node in the
-// store.
+// Expects that the model has every stored label, and that "node 1" has a label in the model only if
+// it has a stored label.
 void expectLabelsAlike(ChangingHost& host) {
   bool isStored = false;
   for (const agent::ObjectLabel& label : host.store().read().objectLabels) {
@@ -26,8 +26,8 @@ void expectLabelsAlike(ChangingHost& host) {
   ASSERT_EQ(isStored, host.model().hasLabel({54, "node 1"}));
 }
 
-// Tries a change with one allocation more at each time, until it works. Each time either nothing
-// has happened or all of it.
+// Repeats a change with one more successful allocation each time, until the change succeeds.
+// Expects that a failed change changes nothing.
 template <typename Change>
 void expectAllOrNothing(ChangingHost& host, Change change) {
   int failures = 0;
