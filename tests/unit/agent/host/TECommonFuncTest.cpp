@@ -1,4 +1,5 @@
-// The setters of the contract: from their codes to the exceptions that clients see.
+// The setters of the contract: their failure codes, and the exceptions that clients get for the
+// codes.
 
 #include "platform/agent/TECommonFunc.h"
 
@@ -7,6 +8,9 @@
 
 #include <csignal>
 #include <functional>
+#include <optional>
+#include <ostream>
+#include <string>
 #include <thread>
 
 #include "agent/base/FailureCodes.h"
@@ -45,22 +49,32 @@ NVSList_T subnetwork(const std::string& id) {
   return name;
 }
 
-// "TYPE REASON" of what a failure becomes for a client, or "none".
-std::string thrownBy(const std::function<void()>& work) {
+// The exception that a failure becomes for a client.
+struct Thrown {
+  globaldefs::ExceptionType_T type = globaldefs::EXCPT_INTERNAL_ERROR;
+  std::string reason;
+
+  bool operator==(const Thrown& other) const {
+    return type == other.type && reason == other.reason;
+  }
+};
+
+void PrintTo(const Thrown& thrown, std::ostream* out) {
+  *out << "type " << thrown.type << ", reason " << thrown.reason;
+}
+
+// The exception of the work; no value if the work throws nothing.
+std::optional<Thrown> thrownBy(const std::function<void()>& work) {
   try {
     work();
   } catch (const globaldefs::ProcessingFailureException& failure) {
-    return std::to_string(failure.exceptionType) + ' ' + failure.errorReason.in();
+    return Thrown{failure.exceptionType, failure.errorReason.in()};
   }
-  return "none";
+  return std::nullopt;
 }
 
-std::string thrownFor(CORBA::ULong code) {
+std::optional<Thrown> thrownFor(CORBA::ULong code) {
   return thrownBy([&] { NS_CORBA::ThrowException(code); });
-}
-
-std::string textOf(globaldefs::ExceptionType_T type, const std::string& reason) {
-  return std::to_string(type) + ' ' + reason;
 }
 
 std::string codeText(CORBA::ULong code) {
@@ -78,20 +92,23 @@ class CommonAttributes : public testing::Test {
   agent::AttributeService service_{"E", writer_};
   const agent::AgentRegistration registration_{{nullptr, nullptr, nullptr, &service_}};
 
-  const std::string noObject_ =
-      textOf(globaldefs::EXCPT_ENTITY_NOT_FOUND, "no object {EMS=E, TopoSubnetwork=x}");
-  const std::string genericNoObject_ = textOf(globaldefs::EXCPT_ENTITY_NOT_FOUND, "no such object")
-                                           .append(codeText(agent::kEntityNotFound));
+  const Thrown noObject_{globaldefs::EXCPT_ENTITY_NOT_FOUND, "no object {EMS=E, TopoSubnetwork=x}"};
+  const Thrown genericNoObject_{globaldefs::EXCPT_ENTITY_NOT_FOUND,
+                                "no such object" + codeText(agent::kEntityNotFound)};
+  const Thrown internalError_{globaldefs::EXCPT_INTERNAL_ERROR,
+                              "internal error" + codeText(agent::kInternalError)};
 };
 
 TEST_F(CommonAttributes, AreStored) {
-  EXPECT_EQ("none", thrownFor(TECommonFunc::onSetUserLabel(subnetwork("core"), "label", true)));
-  EXPECT_EQ("none", thrownFor(TECommonFunc::onSetOwner(subnetwork("core"), "owner")));
-  EXPECT_EQ("none", thrownFor(TECommonFunc::onSetNativeEMSName(subnetwork("core"), "native")));
+  EXPECT_EQ(std::nullopt,
+            thrownFor(TECommonFunc::onSetUserLabel(subnetwork("core"), "label", true)));
+  EXPECT_EQ(std::nullopt, thrownFor(TECommonFunc::onSetOwner(subnetwork("core"), "owner")));
+  EXPECT_EQ(std::nullopt,
+            thrownFor(TECommonFunc::onSetNativeEMSName(subnetwork("core"), "native")));
   EXPECT_EQ("label", model_.labelOf(54, "core"));
   EXPECT_EQ("owner", storedOwner(store_, {54, "core"}));
   EXPECT_EQ("native", store_.read().topoNodes.front().nativeName);
-  EXPECT_EQ("none", thrownFor(TECommonFunc::resetObject(subnetwork("core"))));
+  EXPECT_EQ(std::nullopt, thrownFor(TECommonFunc::resetObject(subnetwork("core"))));
   EXPECT_EQ("", model_.labelOf(54, "core"));
 }
 
@@ -115,11 +132,11 @@ TEST_F(CommonAttributes, FailWithATypeAndAReason) {
   EXPECT_EQ(noObject_, thrownFor(TECommonFunc::onSetNativeEMSName(subnetwork("x"), "")));
   EXPECT_EQ(noObject_, thrownFor(TECommonFunc::resetObject(subnetwork("x"))));
   EXPECT_EQ(
-      textOf(globaldefs::EXCPT_INVALID_INPUT, "malformed name {}: it has 0 pairs instead of 2"),
+      (Thrown{globaldefs::EXCPT_INVALID_INPUT, "malformed name {}: it has 0 pairs instead of 2"}),
       thrownFor(TECommonFunc::onSetOwner(NVSList_T(), "")));
   TECommonFunc::onSetUserLabel(subnetwork("core"), "label", true);
-  EXPECT_EQ(textOf(globaldefs::EXCPT_USERLABEL_IN_USE,
-                   "the user label \"label\" is already that of {EMS=E, TopoSubnetwork=core}"),
+  EXPECT_EQ((Thrown{globaldefs::EXCPT_USERLABEL_IN_USE,
+                    "the user label \"label\" is already that of {EMS=E, TopoSubnetwork=core}"}),
             thrownFor(TECommonFunc::onSetUserLabel(subnetwork("west"), "label", true)));
 }
 
@@ -152,9 +169,7 @@ TEST_F(CommonAttributes, GiveTheirReasonToAConstructedException) {
 
 TEST_F(CommonAttributes, GiveNoReasonToAnotherFailure) {
   const CORBA::ULong code = TECommonFunc::onSetOwner(subnetwork("x"), "");
-  EXPECT_EQ(
-      textOf(globaldefs::EXCPT_INTERNAL_ERROR, "internal error" + codeText(agent::kInternalError)),
-      thrownFor(agent::kInternalError));
+  EXPECT_EQ(internalError_, thrownFor(agent::kInternalError));
   EXPECT_EQ(genericNoObject_, thrownFor(code));
 }
 
@@ -169,7 +184,7 @@ TEST_F(CommonAttributes, GiveNoReasonToAFailureAfterASuccess) {
 
 TEST_F(CommonAttributes, GiveNoReasonToAnotherThread) {
   const CORBA::ULong code = TECommonFunc::onSetOwner(subnetwork("x"), "");
-  std::string other;
+  std::optional<Thrown> other;
   std::thread([&] { other = thrownFor(code); }).join();
   EXPECT_EQ(genericNoObject_, other);
   EXPECT_EQ(noObject_, thrownFor(code));
@@ -177,7 +192,7 @@ TEST_F(CommonAttributes, GiveNoReasonToAnotherThread) {
 
 TEST_F(CommonAttributes, PreferTheTextOfTheCaller) {
   const CORBA::ULong code = TECommonFunc::onSetOwner(subnetwork("x"), "");
-  EXPECT_EQ(textOf(globaldefs::EXCPT_ENTITY_NOT_FOUND, "given"),
+  EXPECT_EQ((Thrown{globaldefs::EXCPT_ENTITY_NOT_FOUND, "given"}),
             thrownBy([&] { NS_CORBA::ThrowException(code, "given"); }));
 }
 
@@ -197,11 +212,8 @@ TEST_F(CommonAttributes, ReportAFailureOfTheStoreInTheLogOnly) {
     signal(SIGXFSZ, SIG_IGN);
     const rlimit small{4096, 4096};
     setrlimit(RLIMIT_FSIZE, &small);
-    const std::string thrown = thrownFor(TECommonFunc::onSetOwner(subnetwork("core"), "owner"));
-    exit(thrown == textOf(globaldefs::EXCPT_INTERNAL_ERROR,
-                          "internal error" + codeText(agent::kInternalError))
-             ? 0
-             : 1);
+    exit(thrownFor(TECommonFunc::onSetOwner(subnetwork("core"), "owner")) == internalError_ ? 0
+                                                                                            : 1);
   };
   EXPECT_EXIT(fail(), testing::ExitedWithCode(0),
               "setOwner: \\{EMS=E, TopoSubnetwork=core\\}: .*store.db: ");
