@@ -7,7 +7,6 @@
 
 #include <cstring>
 #include <functional>
-#include <map>
 #include <new>
 #include <optional>
 #include <ostream>
@@ -16,6 +15,7 @@
 #include <vector>
 
 #include "orb/orb.h"
+#include "tests/support/Pairs.h"
 #include "tests/unit/agent/support/CapturedLog.h"
 
 namespace {
@@ -201,7 +201,7 @@ TEST_F(AgentConsole, TakesTheKindOfAParentFromTheParent) {
   EXPECT_EQ(2U, nodes()[2].parentType);
 }
 
-TEST_F(AgentConsole, RejectsANodeOfTheKindOfItsParent) {
+TEST_F(AgentConsole, RejectsTheKindOfTheParentAsTheKindOfANode) {
   TopoAgent::NewNode_T node = newNode("wk", "");
   node.kind = TopoAgent::NK_OF_PARENT;
   EXPECT_THAT(refusalOf([&] { console_.createNode(node); }),
@@ -349,7 +349,7 @@ TEST_F(AgentConsole, RefusesAMalformedFileWithItsName) {
               refused(globaldefs::EXCPT_INVALID_INPUT));
 }
 
-TEST_F(AgentConsole, ImportsDryOrInPlaceOfTheNetwork) {
+TEST_F(AgentConsole, ImportsWithDryRunAndWithReplace) {
   console_.createNode(newNode("top", ""));
   const auto content = contentOf(R"({"format": "topo-network/1", "topoNodes": [{"id": "a"}]})");
   EXPECT_EQ(1U, console_.importNetwork("net.json", content, {false, true, 0}).topoNodes);
@@ -394,82 +394,70 @@ TEST_F(AgentConsole, NamesFileAndPlaceOfAnImportThatClashes) {
 
 // --- Objects.
 
-std::map<std::string, std::string> pairsOf(const globaldefs::NVSList_T& list) {
-  std::map<std::string, std::string> pairs;
-  for (CORBA::ULong i = 0; i < list.length(); ++i) {
-    pairs.emplace(list[i].name.in(), list[i].value.in());
-  }
-  return pairs;
+// Expects a record of a list with these fields.
+void expectRecord(const char* list, const Pairs& fields, const TopoAgent::ObjectRecord_T& record) {
+  EXPECT_STREQ(list, record.list);
+  EXPECT_EQ(fields, pairsOf(record.fields));
 }
 
-globaldefs::NVSList_T pair(const char* name, const char* value) {
-  globaldefs::NVSList_T list;
-  list.length(1);
-  list[0].name = name;
-  list[0].value = value;
-  return list;
+// Expects the object of ReturnsEverythingThatIsStoredAboutAnElement.
+void expectElementFive(const TopoAgent::ObjectDetails_T& details) {
+  EXPECT_EQ((Pairs{{"EMS", "E"}, {"ManagedElement", "5"}}), pairsOf(details.name));
+  EXPECT_STREQ("label", details.userLabel);
+  EXPECT_STREQ("owner", details.owner);
+  EXPECT_EQ((Pairs{{"Region", "north"}}), pairsOf(details.additionalInfo));
+  ASSERT_EQ(3U, details.records.length());
+  expectRecord("topoNodes",
+               {{"id", "NE=5"},
+                {"parent", ""},
+                {"name", "a name"},
+                {"type", "1"},
+                {"parentType", "2"},
+                {"params", "11,-12"}},
+               details.records[0]);
+  EXPECT_EQ((Pairs{{"location", "Hall"}}), pairsOf(details.records[0].attributes));
+  expectRecord("networkElements", {{"number", "5"}, {"name", "Five"}, {"shown", "true"}},
+               details.records[1]);
+  expectRecord("clockPositions", {{"reference", "SSU=5"}, {"label", "Clock"}, {"values", "1,-2"}},
+               details.records[2]);
 }
 
 TEST_F(AgentConsole, ReturnsEverythingThatIsStoredAboutAnElement) {
   TopoAgent::NewNode_T node = newNode("NE=5", "");
   node.kind = TopoAgent::NK_ELEMENT;
-  node.attributes = pair("location", "Hall");
+  node.attributes = nameOf({{"location", "Hall"}});
   console_.createNode(node);
   console_.createElement({5, "Five", false});
   console_.createClockPosition({"SSU=5", "Clock", {1, -2}});
-  globaldefs::NVSList_T info = pair("Region", "north");
-  globaldefs::NVSList_T name = pair("EMS", "E");
-  name.length(2);
-  name[1] = pair("ManagedElement", "5")[0];
-  attributes_.setUserLabel(name, "label", false);
-  attributes_.setOwner(name, "owner");
-  attributes_.setAdditionalInfo(name, info);
-  for (const globaldefs::NVSList_T& given : {name, pair("ManagedElement", "5")}) {
+  const globaldefs::NVSList_T name = nameOf({{"EMS", "E"}, {"ManagedElement", "5"}});
+  globaldefs::NVSList_T info = nameOf({{"Region", "north"}});
+  EXPECT_TRUE(attributes_.setUserLabel(name, "label", false).ok());
+  EXPECT_TRUE(attributes_.setOwner(name, "owner").ok());
+  EXPECT_TRUE(attributes_.setAdditionalInfo(name, info).ok());
+  for (const globaldefs::NVSList_T& given : {name, nameOf({{"ManagedElement", "5"}})}) {
     const TopoAgent::ObjectDetails_T_var details = console_.getObject(given);
-    EXPECT_EQ((std::map<std::string, std::string>{{"EMS", "E"}, {"ManagedElement", "5"}}),
-              pairsOf(details->name));
-    EXPECT_STREQ("label", details->userLabel);
-    EXPECT_STREQ("owner", details->owner);
-    EXPECT_EQ((std::map<std::string, std::string>{{"Region", "north"}}),
-              pairsOf(details->additionalInfo));
-    ASSERT_EQ(3U, details->records.length());
-    EXPECT_STREQ("topoNodes", details->records[0].list);
-    EXPECT_EQ((std::map<std::string, std::string>{{"id", "NE=5"},
-                                                  {"parent", ""},
-                                                  {"name", "a name"},
-                                                  {"type", "1"},
-                                                  {"parentType", "2"},
-                                                  {"params", "11,-12"}}),
-              pairsOf(details->records[0].fields));
-    EXPECT_EQ((std::map<std::string, std::string>{{"location", "Hall"}}),
-              pairsOf(details->records[0].attributes));
-    EXPECT_EQ(
-        (std::map<std::string, std::string>{{"number", "5"}, {"name", "Five"}, {"shown", "true"}}),
-        pairsOf(details->records[1].fields));
-    EXPECT_EQ((std::map<std::string, std::string>{
-                  {"reference", "SSU=5"}, {"label", "Clock"}, {"values", "1,-2"}}),
-              pairsOf(details->records[2].fields));
+    expectElementFive(details);
   }
 }
 
 TEST_F(AgentConsole, ReturnsSubnetworksAndClockLinks) {
   console_.createNode(newNode("core", ""));
   console_.createClockLink({"k", "SDH/k", "NE=1", "NE=2"});
-  const TopoAgent::ObjectDetails_T_var core = console_.getObject(pair("TopoSubnetwork", "core"));
+  const TopoAgent::ObjectDetails_T_var core =
+      console_.getObject(nameOf({{"TopoSubnetwork", "core"}}));
   ASSERT_EQ(1U, core->records.length());
-  EXPECT_EQ("core", pairsOf(core->records[0].fields).at("id"));
-  const TopoAgent::ObjectDetails_T_var link = console_.getObject(pair("ClockTopoLinkId", "k"));
+  EXPECT_STREQ("core", core->records[0].fields[0].value);
+  const TopoAgent::ObjectDetails_T_var link =
+      console_.getObject(nameOf({{"ClockTopoLinkId", "k"}}));
   ASSERT_EQ(1U, link->records.length());
-  EXPECT_STREQ("clockLinks", link->records[0].list);
-  EXPECT_EQ((std::map<std::string, std::string>{
-                {"id", "k"}, {"name", "SDH/k"}, {"a", "NE=1"}, {"z", "NE=2"}}),
-            pairsOf(link->records[0].fields));
+  expectRecord("clockLinks", {{"id", "k"}, {"name", "SDH/k"}, {"a", "NE=1"}, {"z", "NE=2"}},
+               link->records[0]);
 }
 
 TEST_F(AgentConsole, RejectsTheNamesOfUnknownObjects) {
   EXPECT_THAT(refusalOf([&] {
                 const TopoAgent::ObjectDetails_T_var details =
-                    console_.getObject(pair("ManagedElement", "5"));
+                    console_.getObject(nameOf({{"ManagedElement", "5"}}));
               }),
               refused(globaldefs::EXCPT_ENTITY_NOT_FOUND, "no object {EMS=E, ManagedElement=5}"));
   EXPECT_THAT(
