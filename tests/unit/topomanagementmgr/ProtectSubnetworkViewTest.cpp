@@ -1,10 +1,7 @@
-#include <new>
-#include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
 
-#include "platform/framework/ProcessException.h"
 #include "tests/fakes/Fixture.h"
 #include "tests/fakes/Records.h"
 #include "tests/unit/topomanagementmgr/LoggedError.h"
@@ -24,7 +21,6 @@ using NS_DOMAIN::TopoNode_T;
 using TopoManagementManager::NodeList_T;
 
 constexpr const char* kVendorAlone = "[Vendor=KORVANE TECHNOLOGIES CO., LTD]";
-constexpr const char* kOperation = "getProtectSubnetworkViewInfo";
 
 // The nodes of a list without their additional information.
 std::vector<fakes::NodeFields> nodesIn(const NodeList_T& list) {
@@ -217,91 +213,6 @@ TEST_F(TopoProtectSubnetworkView, DoesNotReadElementsWhenTheTopologyShowsThemAll
   EXPECT_EQ(fakes::labelsOf(nodes_), (Lines{"A", "B", "Six"}));
   EXPECT_EQ(Journal::count("GetNEData"), 1);
   EXPECT_EQ(Journal::count("GetNEList"), 0);
-}
-
-// --- Failures.
-
-TEST_F(TopoProtectSubnetworkView, ReturnsTheCodeOfEveryFailedQuery) {
-  fillNetwork();
-  for (const char* query :
-       {"GetFacet", "GetTopoData", "GetAllTopoNodes", "GetAllTopoNodes late", "GetNEData",
-        "GetNEIndexList", "GetNEIndexList late", "GetNEList", "GetNEList late"}) {
-    fakes::resetJournal();
-    fakes::onCall(query, 1, fakes::raiseProcessException(77));
-    EXPECT_EQ(view(), 77U) << query;
-    EXPECT_EQ(loggedErrorWithoutLine(), caughtBy(kOperation, "77")) << query;
-  }
-}
-
-TEST_F(TopoProtectSubnetworkView, ReturnsTheCodeOfEverySecondQuery) {
-  fillNetwork();
-  for (const char* query : {"GetNEData", "GetNEIndexList", "GetNEIndexList late"}) {
-    fakes::resetJournal();
-    fakes::onCall(query, 2, fakes::raiseProcessException(78));
-    EXPECT_EQ(view(), 78U) << query;
-    EXPECT_EQ(loggedErrorWithoutLine(), caughtBy(kOperation, "78")) << query;
-    EXPECT_EQ(Journal::count("GetNEList"), 0) << query;
-  }
-}
-
-TEST_F(TopoProtectSubnetworkView, ConvertsNothingWhenAQueryFailed) {
-  fillNetwork();
-  fakes::onCall("GetNEList", 1, fakes::raiseProcessException(77));
-  view();
-  EXPECT_EQ(nodes_.length(), 0U);
-  EXPECT_EQ(Journal::count("ConvertTopoNodeIdToName"), 0);
-}
-
-TEST_F(TopoProtectSubnetworkView, LogsTheCodeAsASignedNumber) {
-  fakes::onCall("GetAllTopoNodes", 1, fakes::raiseProcessException(-5));
-  EXPECT_EQ(view(), 4294967291U);
-  EXPECT_EQ(loggedErrorWithoutLine(), caughtBy(kOperation, "-5"));
-}
-
-TEST_F(TopoProtectSubnetworkView, ReturnsTheCodeOfAMissingDomain) {
-  fakes::openBuffer("DomainInterface").Remove(&fakes::domainInterface());
-  EXPECT_EQ(view(), 1092091908U);
-  EXPECT_EQ(loggedErrorWithoutLine(), caughtBy(kOperation, "1092091908"));
-}
-
-TEST_F(TopoProtectSubnetworkView, SucceedsWithTheNodesSoFarWhenAQueryFailsWithoutACode) {
-  fillNetwork();
-  fakes::onCall("GetNEIndexList", 1, fakes::raiseProcessException(0));
-  EXPECT_EQ(view(), 0U);
-  EXPECT_EQ(fakes::labelsOf(nodes_), (Lines{"A", "B", "Six"}));
-  EXPECT_EQ(loggedErrorWithoutLine(), caughtBy(kOperation, "0"));
-}
-
-TEST_F(TopoProtectSubnetworkView, KeepsNodesOfAQueryThatFailsLateWithoutACode) {
-  fillNetwork();
-  fakes::onCall("GetAllTopoNodes late", 1, fakes::raiseProcessException(0));
-  EXPECT_EQ(view(), 0U);
-  EXPECT_EQ(fakes::labelsOf(nodes_), (Lines{"A", "B", "Six"}));
-  EXPECT_EQ(Journal::count("GetTestSwitch"), 3);  // by the conversion of the nodes only
-}
-
-TEST_F(TopoProtectSubnetworkView, ThrowsWhenTheUtilityIsMissing) {
-  fillNetwork();
-  fakes::openBuffer("CorbaUtilInterface").Remove(&fakes::corbaUtil());
-  EXPECT_THROW(view(), InterfaceNotExistException);
-  EXPECT_EQ(loggedErrorWithoutLine(), "0 errors");
-}
-
-TEST_F(TopoProtectSubnetworkView, PassesOnEveryOtherException) {
-  fillNetwork();
-  for (const char* call : {"GetFacet", "GetTopoData", "GetAllTopoNodes", "GetNEIndexList",
-                           "GetNEList", "ConvertTopoNodeIdToName"}) {
-    fakes::resetJournal();
-    fakes::onCall(call, 1, fakes::raiseRuntimeError("broken"));
-    EXPECT_THROW(view(), std::runtime_error) << call;
-    fakes::resetJournal();
-    fakes::onCall(call, 1, fakes::raiseBadAlloc());
-    EXPECT_THROW(view(), std::bad_alloc) << call;
-    fakes::resetJournal();
-    fakes::onCall(call, 1, fakes::raiseTransient());
-    EXPECT_THROW(view(), CORBA::TRANSIENT) << call;
-    EXPECT_EQ(loggedErrorWithoutLine(), "0 errors");
-  }
 }
 
 }  // namespace

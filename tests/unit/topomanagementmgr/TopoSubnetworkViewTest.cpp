@@ -1,12 +1,10 @@
 #include <filesystem>
 #include <map>
-#include <new>
 #include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
 
-#include "platform/framework/ProcessException.h"
 #include "tests/fakes/Fixture.h"
 #include "tests/fakes/Records.h"
 #include "tests/support/TemporaryDirectory.h"
@@ -28,8 +26,6 @@ using fakes::subnetwork;
 using NS_DOMAIN::TopoNode_T;
 using TopoManagementManager::NodeList_T;
 
-// The view logs its failures under the name of the protect view.
-constexpr const char* kLoggedOperation = "getProtectSubnetworkViewInfo";
 constexpr const char* kCollection = "getTopoSubnetworkViewBaseInfo";
 constexpr const char* kVendor = "Vendor=KORVANE TECHNOLOGIES CO., LTD";
 
@@ -454,91 +450,6 @@ TEST_F(TopoNodeAttributes, MakeRoomBeforeTheNameIsLookedAt) {
   nodes_[0].name.length(0);
   EXPECT_THROW(add({subnetwork("a")}), CORBA::BAD_PARAM);
   EXPECT_EQ(nodes_[0].additionalInfo.length(), 6U);
-}
-
-// --- Failures.
-
-TEST_F(TopoSubnetworkView, ReturnsTheCodeOfEveryFailedQuery) {
-  fillNetwork();
-  for (const char* query :
-       {"GetFacet", "GetTopoData", "GetAllTopoNodes", "GetNEData", "GetNEIndexList", "GetNEList"}) {
-    fakes::resetJournal();
-    fakes::onCall(query, 1, fakes::raiseProcessException(77));
-    EXPECT_EQ(view(), 77U) << query;
-    EXPECT_EQ(loggedErrorWithoutLine(), caughtBy(kLoggedOperation, "77")) << query;
-  }
-}
-
-TEST_F(TopoSubnetworkView, ReturnsTheCodeOfTheSecondIndexList) {
-  fillNetwork();
-  fakes::onCall("GetNEIndexList", 2, fakes::raiseProcessException(78));
-  EXPECT_EQ(view(), 78U);
-  EXPECT_EQ(Journal::count("GetNEList"), 0);
-}
-
-TEST_F(TopoSubnetworkView, ReturnsTheCodeOfTheSecondAccessor) {
-  fillNetwork();
-  fakes::onCall("GetNEData", 2, fakes::raiseProcessException(79));
-  EXPECT_EQ(view(), 79U);
-  EXPECT_EQ(Journal::count("GetNEList"), 0);
-}
-
-TEST_F(TopoSubnetworkView, ConvertsNothingWhenAQueryFailed) {
-  fillNetwork();
-  fakes::onCall("GetNEList", 1, fakes::raiseProcessException(77));
-  view();
-  EXPECT_EQ(nodes_.length(), 0U);
-  EXPECT_EQ(Journal::count("ConvertTopoNodeIdToName"), 0);
-}
-
-TEST_F(TopoSubnetworkView, LogsTheCodeAsASignedNumber) {
-  fakes::onCall("GetAllTopoNodes", 1, fakes::raiseProcessException(-5));
-  EXPECT_EQ(view(), 4294967291U);
-  EXPECT_EQ(loggedErrorWithoutLine(), caughtBy(kLoggedOperation, "-5"));
-}
-
-TEST_F(TopoSubnetworkView, ReturnsTheCodeOfAMissingDomain) {
-  fakes::openBuffer("DomainInterface").Remove(&fakes::domainInterface());
-  EXPECT_EQ(view(), 1092091908U);
-  EXPECT_EQ(loggedErrorWithoutLine(), caughtBy(kLoggedOperation, "1092091908"));
-}
-
-TEST_F(TopoSubnetworkView, SucceedsWithTheNodesSoFarWhenAQueryFailsWithoutACode) {
-  fillNetwork();
-  fakes::onCall("GetNEIndexList", 1, fakes::raiseProcessException(0));
-  EXPECT_EQ(view(), 0U);
-  EXPECT_EQ(fakes::labelsOf(nodes_), (Lines{"A", "B", "Six"}));
-  EXPECT_EQ(loggedErrorWithoutLine(), caughtBy(kLoggedOperation, "0"));
-}
-
-TEST_F(TopoSubnetworkView, KeepsNodesOfAQueryThatFailsLateWithoutACode) {
-  fillNetwork();
-  fakes::onCall("GetAllTopoNodes late", 1, fakes::raiseProcessException(0));
-  EXPECT_EQ(view(), 0U);
-  EXPECT_EQ(fakes::labelsOf(nodes_), (Lines{"A", "B", "Six"}));
-}
-
-TEST_F(TopoSubnetworkView, ThrowsWhenTheUtilityIsMissing) {
-  fillNetwork();
-  fakes::openBuffer("CorbaUtilInterface").Remove(&fakes::corbaUtil());
-  EXPECT_THROW(view(), InterfaceNotExistException);
-  EXPECT_EQ(loggedErrorWithoutLine(), "0 errors");
-}
-
-TEST_F(TopoSubnetworkView, PassesOnEveryOtherException) {
-  fillNetwork();
-  for (const char* query : {"GetAllTopoNodes", "GetNEIndexList", "GetNEList"}) {
-    fakes::resetJournal();
-    fakes::onCall(query, 1, fakes::raiseRuntimeError("broken"));
-    EXPECT_THROW(view(), std::runtime_error) << query;
-    fakes::resetJournal();
-    fakes::onCall(query, 1, fakes::raiseBadAlloc());
-    EXPECT_THROW(view(), std::bad_alloc) << query;
-    fakes::resetJournal();
-    fakes::onCall(query, 1, fakes::raiseTransient());
-    EXPECT_THROW(view(), CORBA::TRANSIENT) << query;
-    EXPECT_EQ(loggedErrorWithoutLine(), "0 errors");
-  }
 }
 
 // --- The base of the view.
