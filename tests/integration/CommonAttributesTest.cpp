@@ -14,6 +14,7 @@
 #include "orb/idl/TopoManagementManager.h"
 #include "orb/orb.h"
 #include "tests/integration/Programs.h"
+#include "tests/support/Pairs.h"
 
 namespace integration {
 namespace {
@@ -27,8 +28,6 @@ using testing::SizeIs;
 using TopoManagementManager::TopoMgr_I;
 using TopoManagementManager::TopoMgr_I_var;
 
-using Pairs = std::vector<std::pair<std::string, std::string>>;
-
 constexpr const char* kNetwork = R"({
   "format": "topo-network/1", "ems": "E",
   "topoNodes": [
@@ -40,29 +39,12 @@ constexpr const char* kNetwork = R"({
   "clockLinks": [{"id": "k1", "name": "SDH/one", "a": "NE=6", "z": "NE=6"},
                  {"id": "k2", "name": "SDH/two", "a": "NE=6", "z": "NE=6"}]})";
 
-NVSList_T listOf(const Pairs& pairs) {
-  NVSList_T list;
-  list.length(static_cast<CORBA::ULong>(pairs.size()));
-  for (CORBA::ULong i = 0; i < list.length(); ++i) {
-    list[i].name = CORBA::string_dup(pairs[i].first.c_str());
-    list[i].value = CORBA::string_dup(pairs[i].second.c_str());
-  }
-  return list;
-}
-
-Pairs pairsOf(const NVSList_T& list) {
-  Pairs pairs;
-  for (CORBA::ULong i = 0; i < list.length(); ++i) {
-    pairs.emplace_back(list[i].name.in(), list[i].value.in());
-  }
-  return pairs;
-}
-
 NVSList_T object(const std::string& objectClass, const std::string& value) {
-  return listOf({{"EMS", "E"}, {objectClass, value}});
+  return nameOf({{"EMS", "E"}, {objectClass, value}});
 }
 
-// The texts of a clock link that a client can set, and the one that follows from them.
+// The texts of a clock link that a client can set, and the link type, which follows from the native
+// name.
 struct ClockLink {
   std::string userLabel;
   std::string nativeName;
@@ -111,9 +93,10 @@ class ServedCommonAttributes : public testing::Test {
     return {globaldefs::EXCPT_NOT_IMPLEMENTED, "did not fail"};
   }
 
-  // The failure of every setter on one object; requires that all fail alike.
+  // Calls every setter for one object. Requires that all setters fail with the same failure, and
+  // returns the failure.
   Failure failureOfEverySetter(const NVSList_T& name) {
-    NVSList_T info = listOf({{"a", "1"}});
+    NVSList_T info = nameOf({{"a", "1"}});
     const Failure failure = failureOf([&] { manager_->setOwner(name, "x"); });
     EXPECT_EQ(failure, failureOf([&] { manager_->setUserLabel(name, "x", true); }));
     EXPECT_EQ(failure, failureOf([&] { manager_->setNativeEMSName(name, "x"); }));
@@ -122,7 +105,7 @@ class ServedCommonAttributes : public testing::Test {
   }
 
   Pairs merged(const NVSList_T& name, const Pairs& pairs) {
-    NVSList_T info = listOf(pairs);
+    NVSList_T info = nameOf(pairs);
     manager_->setAdditionalInfo(name, info);
     return pairsOf(info);
   }
@@ -236,7 +219,7 @@ TEST_F(ServedCommonAttributes, AreRefusedInRequestsOverTheSizeLimit) {
 TEST_F(ServedCommonAttributes, AreRefusedForHostileNamesAndTheAgentStaysInService) {
   start({"--max-request", "100000000"});
   EXPECT_EQ(globaldefs::EXCPT_INVALID_INPUT,
-            failureOfEverySetter(listOf(Pairs(1000000, {"", ""}))).first);
+            failureOfEverySetter(nameOf(Pairs(1000000, {"", ""}))).first);
   EXPECT_EQ(globaldefs::EXCPT_ENTITY_NOT_FOUND,
             failureOfEverySetter(object("TopoSubnetwork", std::string(10000000, 'x'))).first);
   const NVSList_T name = object("TopoSubnetwork", "core");
