@@ -27,7 +27,7 @@ NS_BUNDLEMGR1::InterfaceBuffer& openBuffer(const std::string& name);
 // Publishes the three fakes that the module looks up.
 void publishPlatform();
 
-// Replaces _g_actualmutex by a mutex that the calling thread has locked and that reports a second
+// Replaces _g_actualmutex by a mutex that the calling thread has locked. The mutex reports a second
 // lock as an error, so every lock on this thread fails. resetBundles, called on this thread, ends
 // the replacement.
 void makeSharedMutexFail();

@@ -11,8 +11,8 @@
 
 namespace fakes {
 
-// The answers of the interface. A test writes them before the calls that read them.
-struct Naming {
+// The answers of the interface. A test writes the answers before the calls.
+struct CorbaUtilAnswers {
   int objectType = NS_CORBA::CorbaUtilInterface::kTopoSubnetworkType;
   bool emptyTopoNodeNames = false;  // ConvertTopoNodeIdToName gives an empty list
   std::string className;            // the answer of GetMoc; "": the class of the last term
@@ -25,18 +25,19 @@ struct Naming {
   std::int32_t addedToKey = 0;   // ConvertNEIndexToName adds this to the first field of its key
 };
 
-Naming& naming();
+CorbaUtilAnswers& corbaUtilAnswers();
 
-// A name as the conversions make it, such as "[EMS=EMS-1, ManagedElement=5]". A conversion that a
-// step lets fail fills the EMS pair only.
+// The name that a conversion returns, such as "[EMS=EMS-1, ManagedElement=5]". A conversion that
+// fails by onCall() returns the EMS pair only.
 globaldefs::NVSList_T nameOf(const std::string& className, const std::string& value);
 
 NS_CORBA::CorbaUtilInterface& corbaUtil();
 
-// Makes another interface with the same answers, for lookups among several. The caller owns it.
+// Makes another interface with the same answers, for lookups among several interfaces. The caller
+// owns the result.
 NS_CORBA::CorbaUtilInterface* makeCorbaUtil();
 
-void resetNaming();
+void resetCorbaUtil();
 
 }  // namespace fakes
 

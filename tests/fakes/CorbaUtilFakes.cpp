@@ -15,7 +15,7 @@ namespace {
 
 using NS_CORBA::DomainObjectKey;
 
-Naming& answers = *new Naming;
+CorbaUtilAnswers& answers = *new CorbaUtilAnswers;
 
 void setPair(globaldefs::NVSList_T& name, CORBA::ULong at, const std::string& pairName,
              const std::string& value) {
@@ -103,7 +103,7 @@ class FakeCorbaUtil final : public NS_CORBA::CorbaUtilInterface {
 
 }  // namespace
 
-Naming& naming() {
+CorbaUtilAnswers& corbaUtilAnswers() {
   return answers;
 }
 
@@ -122,8 +122,8 @@ NS_CORBA::CorbaUtilInterface* makeCorbaUtil() {
   return new FakeCorbaUtil;
 }
 
-void resetNaming() {
-  answers = Naming();
+void resetCorbaUtil() {
+  answers = CorbaUtilAnswers();
 }
 
 }  // namespace fakes

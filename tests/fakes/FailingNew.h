@@ -38,7 +38,7 @@ class PausingNew {
   std::function<void()> pause_;
 };
 
-// The blocks that this thread has allocated, less the blocks that it has freed.
+// The number of blocks that this thread has allocated minus the number of blocks that it has freed.
 long liveBlocks();
 
 }  // namespace fakes

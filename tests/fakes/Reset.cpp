@@ -7,7 +7,7 @@ void resetAll() {
   resetAgent();
   resetBundles();
   resetDomain();
-  resetNaming();
+  resetCorbaUtil();
   resetEvents();
   resetJournal();
 }

@@ -5,8 +5,8 @@
 
 namespace fakes {
 
-// For its scope: the constructing thread has the lock, and a second lock on this thread fails
-// (normally the lock is recursive). Only one object may exist at a time. Owns the lock.
+// Locks the lock for its scope, so that a second lock on the constructing thread fails, although
+// the lock is normally recursive. Only one object may exist at a time. Owns the lock.
 class FailingStaticObjectLock {
  public:
   FailingStaticObjectLock();

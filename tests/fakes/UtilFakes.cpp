@@ -1,5 +1,5 @@
-// Parsing of domain names: as in production, unless a test sets Naming::className. The calls are in
-// the journal.
+// Parsing of domain names: as in production, unless a test sets CorbaUtilAnswers::className. The
+// calls are in the journal.
 
 #include <algorithm>
 #include <cstdlib>
@@ -54,8 +54,8 @@ void UtilCommon::GetSpliteFDNData(std::map<std::string, std::string>& parts, con
 
 std::string UtilCommon::GetMoc(const std::string& fdn) {
   called("GetMoc", quoted(fdn));
-  if (!fakes::naming().className.empty()) {
-    return fakes::naming().className;
+  if (!fakes::corbaUtilAnswers().className.empty()) {
+    return fakes::corbaUtilAnswers().className;
   }
   const std::size_t comma = fdn.rfind(',');
   const std::string last = comma == std::string::npos ? fdn : fdn.substr(comma + 1);

@@ -202,7 +202,7 @@ class BlockingSecurity final : public NS_SECURITY_SERVICE1::SecurityIF {
   events::Gate mayLeave;
 };
 
-TEST_F(ModuleControls, ReloadBetweenTwoEventsOfAChangeWhenThePatienceIsOver) {
+TEST_F(ModuleControls, ReloadBetweenTwoEventsOfAChangeAfterTheEventPatience) {
   using namespace std::chrono_literals;
   BlockingSecurity security;
   const agent::Publication published("SecurityIF", security);
@@ -222,7 +222,7 @@ TEST_F(ModuleControls, ReloadBetweenTwoEventsOfAChangeWhenThePatienceIsOver) {
   impatient.unload();
 }
 
-TEST_F(ModuleControls, ReloadBesideAChangeWhenThePatienceIsOver) {
+TEST_F(ModuleControls, ReloadDuringAChangeAfterTheEventPatience) {
   using namespace std::chrono_literals;
   agent::ModuleControl impatient("TopoManagement", TOPO_MODULE, writer_, host_.events(),
                                  host_.northbound(), 0ms);

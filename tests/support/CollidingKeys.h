@@ -25,9 +25,9 @@ inline std::vector<std::int32_t> collidingNumbers() {
   return numbers;
 }
 
-// UTF-8 texts of equal length, without control characters. The two blocks change the state of the
-// standard library's hash in the same way, except for the highest bit, whatever the seed is; the
-// same block again removes that difference.
+// UTF-8 texts of equal length, without control characters. For every seed, the two blocks change
+// the state of the standard library's hash equally except for the highest bit. A second block of
+// the same kind changes the highest bit back.
 inline std::vector<std::string> collidingTexts(std::size_t count) {
   const std::string one = "Xd5eov\xd7\xb8";
   const std::string other = "XdxK\xd4\x90/*";

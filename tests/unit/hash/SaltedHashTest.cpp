@@ -53,7 +53,7 @@ TEST(SaltedHash, DependsOnTheSalt) {
   EXPECT_NE(salted::sipHash({1, 2}, "text"), salted::sipHash({3, 2}, "text"));
 }
 
-TEST(SaltedHash, UsesASaltThatNobodyOutsideKnows) {
+TEST(SaltedHash, UsesARandomSalt) {
   EXPECT_NE(salted::sipHash({0, 0}, "text"), salted::Hash()("text"));
 }
 

@@ -39,7 +39,7 @@ TEST_F(LimitLogTest, CountsAllReasonsToRefuseAConnectionTogether) {
                                   "2 connections were refused"));
 }
 
-TEST_F(LimitLogTest, CountsEachKindAlone) {
+TEST_F(LimitLogTest, CountsEachKindSeparately) {
   log_.requestTooLarge("import", 70000, "127.0.0.1", begin_);
   log_.requestIncomplete(begin_ + std::chrono::seconds(1));
   EXPECT_EQ(end_, log_.nextEnd());

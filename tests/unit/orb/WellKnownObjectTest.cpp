@@ -14,7 +14,7 @@ using TopoManagementManager::NodeIterator_I_var;
 
 class WellKnownObjects : public testing::Test {
  protected:
-  // A reference from text, so that the reference has passed its encoded form.
+  // A reference made from a text, as a client makes the reference.
   CORBA::Object_var at(const std::string& key) {
     const std::string where = orb::format(server_->endpoint());
     return server_->get()->string_to_object(("corbaloc:iiop:1.2@" + where + "/" + key).c_str());

@@ -65,7 +65,7 @@ class EventUnderTest : public fakes::OrbFixture {
     return *node;
   }
 
-  // The label changes that were sent. Every notification must be a change of "nativeEMSName" alone.
+  // The label changes that were sent. Expects that every notification changes "nativeEMSName" only.
   static Changes changes() {
     Changes result;
     for (const fakes::Notification& sent : fakes::notificationsSent()) {

@@ -30,12 +30,12 @@ TEST_F(TopoChangedLabels, AreReportedOneByOneInOrder) {
                    "OnObjectAVC([EMS=EMS-1, TopoSubnetwork=a], true, false)"}));
 }
 
-TEST_F(TopoChangedLabels, AreReportedAsTheOneAttribute) {
+TEST_F(TopoChangedLabels, AreReportedAsTheOnlyAttribute) {
   relabel({subnetwork("a", "the new label")});
   EXPECT_EQ(changes(), (Changes{{"[EMS=EMS-1, TopoSubnetwork=a]", "the new label"}}));
 }
 
-TEST_F(TopoChangedLabels, CarryNothingElse) {
+TEST_F(TopoChangedLabels, HaveNoOtherContent) {
   relabel({subnetwork("a", "A")});
   const Notification sent = fakes::notificationsSent().at(0);
   EXPECT_TRUE(sent.edgePointRelated);

@@ -111,7 +111,7 @@ TEST_F(TopoClockNodes, CarryExtremeValues) {
             (NodeFields{"[EMS=EMS-1, ManagedElement=5]", "", 0, clock.value1, clock.value2}));
 }
 
-TEST_F(TopoClockNodes, AreNoneForNoPositions) {
+TEST_F(TopoClockNodes, AreEmptyWithoutPositions) {
   topo::setLength(nodes_, 3);
   build({});
   EXPECT_EQ(Journal::lines(), Lines{});
@@ -180,8 +180,8 @@ TEST_F(TopoClockNodes, LookUpTheUtilityForEveryConversion) {
                                      "ConvertNEIndexToName(0, 6)"}));
 }
 
-TEST_F(TopoClockNodes, ShareOneKeyOfWhichTheNumberAloneIsWritten) {
-  fakes::naming().addedToKey = 10;
+TEST_F(TopoClockNodes, ShareOneKeyAndWriteOnlyItsNumber) {
+  fakes::corbaUtilAnswers().addedToKey = 10;
   build({position("NE=5"), position("none"), position("NE=6")});
   build({position("NE=7")});
   EXPECT_EQ(Journal::linesOf({"ConvertNEIndexToName"}),
@@ -199,7 +199,7 @@ TEST_F(TopoClockNodes, KeepThePartialNameOfAFailedConversion) {
 
 TEST_F(TopoClockNodes, StartEveryNameEmpty) {
   fakes::onCall("ConvertNEIndexToName", 2, [] {
-    fakes::naming().leaveNamesAlone = true;
+    fakes::corbaUtilAnswers().leaveNamesAlone = true;
     return 9U;
   });
   build({position("NE=5"), position("NE=6")});
@@ -279,12 +279,12 @@ TEST_F(TopoClockLinks, CarryNamesLabelsEndsAndType) {
   EXPECT_EQ(links_[0].direction, globaldefs::CD_UNI);
 }
 
-TEST_F(TopoClockLinks, CarryEmptyTextsAndLists) {
+TEST_F(TopoClockLinks, CopyEmptyTextsAndLists) {
   build({clockLink("")});
   EXPECT_EQ(fieldsOf(links_[0]), (LinkFields{"[EMS=EMS-1, ClockTopoLinkId=]", "Links:"}));
 }
 
-TEST_F(TopoClockLinks, AreNoneForNoClockLinks) {
+TEST_F(TopoClockLinks, AreEmptyWithoutClockLinks) {
   topo::setLength(links_, 3);
   build({});
   EXPECT_EQ(Journal::lines(), Lines{});
@@ -310,7 +310,7 @@ TEST_F(TopoClockLinks, HaveTheTypeBeforeTheFirstSlash) {
   EXPECT_EQ(typeFor("a b//c"), "[TOPO_LINK_TYPE=a b]");
 }
 
-TEST_F(TopoClockLinks, HaveAnEmptyTypeWithoutOne) {
+TEST_F(TopoClockLinks, HaveAnEmptyTypeWithoutASlash) {
   for (const char* nativeName : {"", "ab", "/", "/ab", "//", "ab\\cd"}) {
     EXPECT_EQ(typeFor(nativeName), "[TOPO_LINK_TYPE=]") << nativeName;
   }
@@ -337,8 +337,8 @@ TEST_F(TopoClockLinks, HaveAnEmptyEndWithoutAnEqualsSign) {
   EXPECT_EQ(Journal::count("ConvertNEIndexToName"), 2);
 }
 
-TEST_F(TopoClockLinks, ShareOneKeyOfWhichTheNumberAloneIsWritten) {
-  fakes::naming().addedToKey = 10;
+TEST_F(TopoClockLinks, ShareOneKeyAndWriteOnlyItsNumber) {
+  fakes::corbaUtilAnswers().addedToKey = 10;
   build({clockLink("1", "n", "NE=5", "NE=6"), clockLink("2", "n", "none", "NE=7")});
   build({clockLink("3", "n", "NE=8", "none")});
   EXPECT_EQ(Journal::linesOf({"ConvertNEIndexToName"}),
@@ -359,7 +359,7 @@ TEST_F(TopoClockLinks, KeepThePartialEndNameOfAFailedConversion) {
 
 TEST_F(TopoClockLinks, StartEveryEndEmpty) {
   fakes::onCall("ConvertNEIndexToName", 2, [] {
-    fakes::naming().leaveNamesAlone = true;
+    fakes::corbaUtilAnswers().leaveNamesAlone = true;
     return 9U;
   });
   build({clockLink("1", "n", "NE=5", "NE=6"), clockLink("2", "n", "NE=7", "none")});
@@ -370,48 +370,48 @@ TEST_F(TopoClockLinks, StartEveryEndEmpty) {
 
 // --- Labels of clock links.
 
-TEST_F(TopoClockLinks, AreLabelledWithTheStoredLabelAlone) {
-  fakes::naming().labels.userLabel = "Stored";
+TEST_F(TopoClockLinks, AreLabelledWithTheStoredLabelOnly) {
+  fakes::corbaUtilAnswers().labels.userLabel = "Stored";
   build({clockLink("1", "ab/cd")});
   EXPECT_EQ(fieldsOf(links_[0]), (LinkFields{"[EMS=EMS-1, ClockTopoLinkId=1]", "Stored", "ab/cd",
                                              "[]", "[]", "[TOPO_LINK_TYPE=ab]"}));
 }
 
 TEST_F(TopoClockLinks, AreLabelledWithTheirNameWhenTheStoredLabelIsEmpty) {
-  fakes::naming().labels = {"", "second", "third", "fourth"};
+  fakes::corbaUtilAnswers().labels = {"", "second", "third", "fourth"};
   EXPECT_EQ(labelsOfThree(), (Lines{"Links:a", "Links:b", "Links:c"}));
 }
 
 TEST_F(TopoClockLinks, KeepAStoredLabelOfBlanks) {
-  fakes::naming().labels.userLabel = " ";
+  fakes::corbaUtilAnswers().labels.userLabel = " ";
   EXPECT_EQ(labelsOfThree(), (Lines{" ", " ", " "}));
 }
 
-TEST_F(TopoClockLinks, HaveEachALabelOfTheirOwn) {
+TEST_F(TopoClockLinks, HaveSeparateLabels) {
   fakes::onCall("GetObjectLabelInfo", 2, [] {
-    fakes::naming().labels.userLabel = "Stored";
+    fakes::corbaUtilAnswers().labels.userLabel = "Stored";
     return 0U;
   });
   fakes::onCall("GetObjectLabelInfo", 3, [] {
-    fakes::naming().labels.userLabel = "";
+    fakes::corbaUtilAnswers().labels.userLabel = "";
     return 0U;
   });
   EXPECT_EQ(labelsOfThree(), (Lines{"Links:a", "Stored", "Links:c"}));
 }
 
 TEST_F(TopoClockLinks, AskForEveryLabelWithAnEmptyRecord) {
-  fakes::naming().labels = {"Stored", "second", "third", "fourth"};
+  fakes::corbaUtilAnswers().labels = {"Stored", "second", "third", "fourth"};
   fakes::onCall("GetObjectLabelInfo", 2, [] {
-    fakes::naming().leaveLabelsAlone = true;
+    fakes::corbaUtilAnswers().leaveLabelsAlone = true;
     return 0U;
   });
   EXPECT_EQ(labelsOfThree(), (Lines{"Stored", "Links:b", "Links:c"}));
   const std::string empty = "'' '' '' ''";
-  EXPECT_EQ(fakes::naming().labelRequests, (Lines{empty, empty, empty}));
+  EXPECT_EQ(fakes::corbaUtilAnswers().labelRequests, (Lines{empty, empty, empty}));
 }
 
 TEST_F(TopoClockLinks, TakeTheLabelOfACallThatFails) {
-  fakes::naming().labels.userLabel = "Stored";
+  fakes::corbaUtilAnswers().labels.userLabel = "Stored";
   fakes::onEveryCall("GetObjectLabelInfo", fakes::giveCode(9));
   EXPECT_EQ(labelsOfThree(), (Lines{"Stored", "Stored", "Stored"}));
   EXPECT_EQ(Journal::linesOf({"TaDebug", "TaDebugWithPara", "NbiException"}), Lines{});

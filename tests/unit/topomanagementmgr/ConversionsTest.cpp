@@ -37,7 +37,7 @@ NVSList_T somePair() {
   return pairs;
 }
 
-// The single log record without its line number, which is not fixed.
+// The only log record, without its line number, which is not fixed.
 std::string loggedText() {
   const Lines lines = Journal::linesOf({"TaDebug", "TaDebugWithPara"});
   if (lines.size() != 1) {
@@ -133,7 +133,7 @@ TEST_F(TopoNameConversion, NamesAnFdnWithoutAClassButWithPartsByMinusOne) {
 }
 
 TEST_F(TopoNameConversion, NamesAnElementWhosePartIsMissingByMinusOne) {
-  fakes::naming().className = "NE";
+  fakes::corbaUtilAnswers().className = "NE";
   EXPECT_EQ(convert(kFdn, "OS=1,RACK=8"), 0U);
   EXPECT_EQ(Journal::linesOf({"GetIntegerValueByName", "Str2Int"}),
             Lines{"GetIntegerValueByName(\"NE\")"});
@@ -141,14 +141,14 @@ TEST_F(TopoNameConversion, NamesAnElementWhosePartIsMissingByMinusOne) {
 }
 
 TEST_F(TopoNameConversion, NamesAnElementWithoutAPartByMinusOne) {
-  fakes::naming().className = "NE";
+  fakes::corbaUtilAnswers().className = "NE";
   EXPECT_EQ(convert(kFdn, "12"), 0U);
   EXPECT_EQ(Journal::count("Str2Int"), 0);
   EXPECT_EQ(conversions(), Lines{"ConvertNEIndexToName(0, -1)"});
 }
 
 TEST_F(TopoNameConversion, NamesAnOpticalElementWhosePartIsMissingByZero) {
-  fakes::naming().className = "ONE";
+  fakes::corbaUtilAnswers().className = "ONE";
   EXPECT_EQ(convert(kFdn, "OS=1,NE=5"), 0U);
   EXPECT_EQ(convert(kFdn, "12"), 0U);
   EXPECT_EQ(Journal::count("Str2Int"), 0);
@@ -156,7 +156,7 @@ TEST_F(TopoNameConversion, NamesAnOpticalElementWhosePartIsMissingByZero) {
 }
 
 TEST_F(TopoNameConversion, NamesAManagementSystemWhosePartIsMissingByZero) {
-  fakes::naming().className = "OS";
+  fakes::corbaUtilAnswers().className = "OS";
   EXPECT_EQ(convert(kFdn, "ONE=6,NE=5"), 0U);
   EXPECT_EQ(convert(kFdn, "12"), 0U);
   EXPECT_EQ(Journal::count("Str2Int"), 0);
@@ -164,7 +164,7 @@ TEST_F(TopoNameConversion, NamesAManagementSystemWhosePartIsMissingByZero) {
 }
 
 TEST_F(TopoNameConversion, NamesAnyOtherClassWhosePartIsMissingByMinusOne) {
-  fakes::naming().className = "RACK";
+  fakes::corbaUtilAnswers().className = "RACK";
   EXPECT_EQ(convert(kFdn, "OS=1,NE=5"), 0U);
   EXPECT_EQ(convert(kFdn, "12"), 0U);
   EXPECT_EQ(conversions(), (Lines{"ConvertNEIndexToName(0, -1)", "ConvertNEIndexToName(0, 12)"}));
@@ -452,7 +452,7 @@ TEST_F(TopoNodeConversion, AddsTheVendorToElementsToo) {
   EXPECT_EQ(printed(fresh.additionalInfo), "[Vendor=KORVANE TECHNOLOGIES CO., LTD]");
 }
 
-TEST_F(TopoNodeConversion, LeavesTheAdditionalInfoAloneOutsideTestMode) {
+TEST_F(TopoNodeConversion, LeavesTheAdditionalInfoUnchangedOutsideTestMode) {
   EXPECT_EQ(convert(subnetwork("map")), 0U);
   EXPECT_EQ(printed(node_.additionalInfo), "[old=old]");
 }
@@ -567,7 +567,7 @@ TEST_F(TopoNodeListConversion, KeepsTheRelatedNameThatAFailedNodeLeft) {
   EXPECT_EQ(printed(nodes_[2].relatedName), "[]");
 }
 
-TEST_F(TopoNodeListConversion, WritesANewParentOverTheOneThatAFailedNodeLeft) {
+TEST_F(TopoNodeListConversion, ReplacesTheParentThatAFailedNodeLeftInTheRecord) {
   fakes::onCall("ConvertTopoNodeIdToName", 2, fakes::giveCode(41));
   EXPECT_EQ(convert({withParent(subnetwork("b", "B"), "p", kTopoNodeId),
                      withParent(subnetwork("c", "C"), "q", kTopoNodeId)}),

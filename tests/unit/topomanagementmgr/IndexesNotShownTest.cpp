@@ -37,7 +37,7 @@ TEST(TopoIndexesNotShown, KeepsAllWhenNothingIsShown) {
   EXPECT_EQ(remaining({1, 2}, {}), (Numbers{1, 2}));
 }
 
-TEST(TopoIndexesNotShown, IsEmptyWhenThereIsNothing) {
+TEST(TopoIndexesNotShown, IsEmptyWithoutIndexes) {
   EXPECT_EQ(remaining({}, {1}), Numbers{});
   EXPECT_EQ(remaining({}, {}), Numbers{});
 }
@@ -46,7 +46,7 @@ TEST(TopoIndexesNotShown, DistinguishesNegativeNumbers) {
   EXPECT_EQ(remaining({-1, 1, 0}, {1}), (Numbers{-1, 0}));
 }
 
-TEST(TopoIndexesNotShown, ComparesTheNumberAloneAndCarriesTheRest) {
+TEST(TopoIndexesNotShown, ComparesOnlyTheNumberAndCopiesTheOtherField) {
   const std::vector<NEIndex> result = TopoManagementMgr::indexesNotShown(
       {fakes::index(5, 8), fakes::index(6, 9)}, {fakes::index(6, 0)});
   ASSERT_EQ(result.size(), 1U);

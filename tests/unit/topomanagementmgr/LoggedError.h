@@ -8,8 +8,8 @@
 
 #include "tests/fakes/Journal.h"
 
-// The single log record of level 1 without its line number, which is not fixed; or, for another
-// number of records, that number.
+// The log record of level 1 without its line number, which is not fixed. Returns "N errors" when
+// there is not exactly one record.
 inline std::string loggedErrorWithoutLine() {
   std::vector<std::string> errors;
   for (const std::string& line : fakes::Journal::linesOf({"TaDebug", "TaDebugWithPara"})) {

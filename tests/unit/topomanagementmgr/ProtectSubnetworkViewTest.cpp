@@ -119,7 +119,7 @@ TEST_F(TopoProtectSubnetworkView, LeavesOutNodesThatDoNotConvert) {
 
 TEST_F(TopoProtectSubnetworkView, AcceptsASubnetworkWithoutAName) {
   network().nodes = {subnetwork("a", "A")};
-  fakes::naming().emptyTopoNodeNames = true;
+  fakes::corbaUtilAnswers().emptyTopoNodeNames = true;
   fakes::agent().testSwitch = true;
   EXPECT_EQ(view(), 0U);
   EXPECT_EQ(fakes::labelsOf(nodes_), Lines{"A"});

@@ -96,7 +96,7 @@ TEST_F(TopoSubnetworkView, WritesElementNumbersAsSignedDecimalText) {
             (Lines{"GetMoc(\"5\")", "GetMoc(\"-12\")", "GetMoc(\"2147483647\")"}));
 }
 
-TEST_F(TopoSubnetworkView, LeavesOutElementZeroAndShowsNegativeOnes) {
+TEST_F(TopoSubnetworkView, LeavesOutElementZeroAndShowsNegativeNumbers) {
   network().indexes = indexes({-5, 0, 7, -2147483647 - 1});
   EXPECT_EQ(view(), 0U);
   EXPECT_EQ(fakes::labelsOf(nodes_), (Lines{"NE--5", "NE-7", "NE--2147483648"}));
@@ -135,7 +135,7 @@ TEST_F(TopoSubnetworkView, KeepsDuplicatesOfTheElementList) {
   EXPECT_EQ(fakes::labelsOf(nodes_), (Lines{"NE-5", "NE-5"}));
 }
 
-TEST_F(TopoSubnetworkView, MakesNodesOfTheElementsReceivedNotOfThoseAskedFor) {
+TEST_F(TopoSubnetworkView, MakesNodesOfTheReceivedElements) {
   network().indexes = indexes({5, 6, 7});
   network().elements = {fakes::elementRecord(fakes::index(9)),
                         fakes::elementRecord(fakes::index(8))};
@@ -224,7 +224,7 @@ TEST_F(TopoSubnetworkView, GivesSubnetworksSevenPairsInTestMode) {
   }
 }
 
-TEST_F(TopoSubnetworkView, GivesElementsTheVendorAloneInTestMode) {
+TEST_F(TopoSubnetworkView, GivesElementsOnlyTheVendorInTestMode) {
   fillNetwork();
   network().nodes[2] = withAttribute(network().nodes[2], "Hall4||3");
   fakes::agent().testSwitch = true;
@@ -243,7 +243,7 @@ TEST_F(TopoSubnetworkView, CallsAnyOtherCodeUnknown) {
   }
 }
 
-TEST_F(TopoSubnetworkView, KnowsAllTopologyTypes) {
+TEST_F(TopoSubnetworkView, RecognisesAllTopologyTypes) {
   const Lines names = {"Net",          "Tree",        "Star", "Ring",
                        "SingleDevice", "Point2Point", "Line", "Hybrid"};
   for (std::size_t code = 0; code < names.size(); ++code) {
@@ -258,7 +258,7 @@ TEST_F(TopoSubnetworkView, TakesAnAttributeWithoutSeparatorAsTheLocation) {
   EXPECT_EQ(placementInTestMode(""), "Location= TopoType=");
 }
 
-TEST_F(TopoSubnetworkView, TakesASeparatorAloneAsAnUnknownType) {
+TEST_F(TopoSubnetworkView, TreatsASeparatorWithoutATypeAsAnUnknownType) {
   EXPECT_EQ(placementInTestMode("||"), "Location= TopoType=Unknown");
 }
 
@@ -295,14 +295,14 @@ TEST_F(TopoSubnetworkView, IsEmptyForAnEmptyDomainInTestMode) {
 
 TEST_F(TopoSubnetworkView, RaisesBadParamForASubnetworkWithoutAName) {
   network().nodes = {subnetwork("a")};
-  fakes::naming().emptyTopoNodeNames = true;
+  fakes::corbaUtilAnswers().emptyTopoNodeNames = true;
   fakes::agent().testSwitch = true;
   EXPECT_THROW(view(), CORBA::BAD_PARAM);
 }
 
 TEST_F(TopoSubnetworkView, AcceptsANodeWithoutANameOutsideTestMode) {
   network().nodes = {subnetwork("a", "A")};
-  fakes::naming().emptyTopoNodeNames = true;
+  fakes::corbaUtilAnswers().emptyTopoNodeNames = true;
   EXPECT_EQ(view(), 0U);
   EXPECT_EQ(fakes::labelsOf(nodes_), Lines{"A"});
 }

@@ -157,7 +157,7 @@ TEST_F(TopoUserlabelMap, ReadsLongLines) {
   EXPECT_EQ(find("a"), value);
 }
 
-TEST_F(TopoUserlabelMap, LeavesTheTextAloneWhenTheKeyIsAbsent) {
+TEST_F(TopoUserlabelMap, LeavesTheTextUnchangedWhenTheKeyIsAbsent) {
   write("a;b\n");
   std::string value = "before";
   map_.GetValue(value, "x");

@@ -260,7 +260,7 @@ TEST_F(TopoViewByTopoSubnetwork, MakesTheSameNodesAsTheProtectView) {
   }
 }
 
-TEST_F(TopoViewByTopoSubnetwork, GivesNodesTheVendorAloneInTestMode) {
+TEST_F(TopoViewByTopoSubnetwork, GivesNodesOnlyTheVendorInTestMode) {
   fillNetwork();
   fakes::agent().testSwitch = true;
   EXPECT_EQ(viewOf("N1"), Lines{"N3"});
@@ -316,7 +316,7 @@ TEST_F(TopoViewByTopoSubnetwork, AsksForTheIndexListsInTestModeToo) {
 
 TEST_F(TopoViewByTopoSubnetwork, UsesTheIdOfName2Index) {
   fillNetwork();
-  fakes::naming().idOfName = "N1";
+  fakes::corbaUtilAnswers().idOfName = "N1";
   EXPECT_EQ(viewOf("whatever"), Lines{"N3"});
 }
 

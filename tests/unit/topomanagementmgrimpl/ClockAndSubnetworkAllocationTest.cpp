@@ -176,7 +176,7 @@ TEST_F(TopoClockAndSubnetworkAllocation, LeaksNothingWhenNamingFails) {
 }
 
 TEST_F(TopoClockAndSubnetworkAllocation, LeaksNothingWhenTheNameIsRefused) {
-  fakes::naming().objectType = 1;
+  fakes::corbaUtilAnswers().objectType = 1;
   const Path refused = [this] { viewBelow(kAll); };
   leftBehind(refused);
   EXPECT_EQ(leftBehind(refused), 0);

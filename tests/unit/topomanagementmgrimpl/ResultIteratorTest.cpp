@@ -125,7 +125,7 @@ class TopoResultIterator : public fakes::OrbFixture {
     Trait::createIterator(makeList(length), howMany, List_out(first_), Iterator_out(iterator_));
   }
 
-  // The failure of a creation; "none" for a success.
+  // The failure of a creation; "none" after a success.
   std::string refusal(CORBA::ULong length, CORBA::ULong howMany) {
     try {
       create(length, howMany);
@@ -331,7 +331,7 @@ TYPED_TEST(TopoResultIterator, HasTheIteratorPoaForItsDefault) {
   EXPECT_STREQ(name.in(), "iterators");
 }
 
-TYPED_TEST(TopoResultIterator, IsHeldByTheAgentAndThePoaAlone) {
+TYPED_TEST(TopoResultIterator, IsReferencedByTheAgentAndThePoaOnly) {
   this->create(5, 2);
   EXPECT_EQ(this->servant()->_refcount_value(), 3U);  // the test owns the third reference
 }
@@ -621,7 +621,7 @@ TYPED_TEST(TopoResultIterator, EndsWhenTheAgentDropsIt) {
   EXPECT_THROW(this->iterator_->getLength(), CORBA::OBJECT_NOT_EXIST);
 }
 
-TYPED_TEST(TopoResultIterator, LivesAsLongAsSomebodyHoldsAReference) {
+TYPED_TEST(TopoResultIterator, LivesUntilTheLastReferenceIsReleased) {
   this->create(5, 2);
   {
     const auto servant = this->servant();
@@ -889,7 +889,7 @@ TYPED_TEST(TopoResultIteratorPoaReference, IsNotTakenWhenEverythingFits) {
   EXPECT_EQ(this->references(), 0);
 }
 
-TYPED_TEST(TopoResultIteratorPoaReference, IsTheServantsAlone) {
+TYPED_TEST(TopoResultIteratorPoaReference, IsKeptByTheServantOnly) {
   this->refusal(5, 2);
   EXPECT_EQ(this->references(), 1);
 }

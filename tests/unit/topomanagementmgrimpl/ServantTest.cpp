@@ -294,7 +294,7 @@ TEST_F(TopoServantView, PassesSystemExceptions) {
 }
 
 TEST_F(TopoServantView, PassesBadParamOfASubnetworkWithoutAName) {
-  fakes::naming().emptyTopoNodeNames = true;
+  fakes::corbaUtilAnswers().emptyTopoNodeNames = true;
   fakes::agent().testSwitch = true;
   EXPECT_THROW(view(1), CORBA::BAD_PARAM);
 }

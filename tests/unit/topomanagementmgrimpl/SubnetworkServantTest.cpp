@@ -220,7 +220,7 @@ TEST_F(TopoServantSubnetworks, AskForTheTypeOfTheNameFirst) {
 TEST_F(TopoServantSubnetworks, RefuseTheNameOfAnythingElseBeforeReadingTheTopology) {
   for (const int type : {0, 53, 55, -54, 201}) {
     fakes::resetJournal();
-    fakes::naming().objectType = type;
+    fakes::corbaUtilAnswers().objectType = type;
     NodeList_T* nodes = nullptr;
     EXPECT_EQ(
         failureOf([&] { servant_->getViewInfoByTopoSubnetwork(name_, 1, nodes, iterator_.out()); }),
@@ -233,7 +233,7 @@ TEST_F(TopoServantSubnetworks, RefuseTheNameOfAnythingElseBeforeReadingTheTopolo
 }
 
 TEST_F(TopoServantSubnetworks, RefuseInputWithTheExceptionTypeForIt) {
-  fakes::naming().objectType = 1;
+  fakes::corbaUtilAnswers().objectType = 1;
   try {
     viewBelow(1);
     FAIL() << "nothing was raised";
@@ -243,7 +243,7 @@ TEST_F(TopoServantSubnetworks, RefuseInputWithTheExceptionTypeForIt) {
   }
 }
 
-TEST_F(TopoServantSubnetworks, TestNothingElseAboutTheName) {
+TEST_F(TopoServantSubnetworks, CheckNothingElseInTheName) {
   for (const auto& name : {globaldefs::NVSList_T(), fakes::nameOf("", "")}) {
     name_ = name;
     EXPECT_EQ(failureOf([&] { viewBelow(9); }), std::nullopt);

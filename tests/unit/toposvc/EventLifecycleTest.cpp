@@ -246,7 +246,7 @@ TEST_F(TopoServiceEvents, GoToBothHandlersAfterTwoInitsWithoutAFini) {
   EXPECT_EQ(fakes::notificationsSent().size(), 2U);
 }
 
-TEST_F(TopoServiceEvents, AreUnsubscribedFromForTheLastHandlerAlone) {
+TEST_F(TopoServiceEvents, AreUnsubscribedFromForTheLastHandlerOnly) {
   init();
   const Handlers first = fakes::subscribedTo(372);
   init();

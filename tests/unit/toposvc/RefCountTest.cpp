@@ -32,7 +32,7 @@ TEST_F(TopoRefCount, TracesBothEndsOfAServantsLife) {
   EXPECT_EQ(Journal::lines(), (Lines{kMade, kDestroyed}));
 }
 
-TEST_F(TopoRefCount, AddsNothingToTheServant) {
+TEST_F(TopoRefCount, DoesNotChangeTheSizeOfTheServant) {
   static_assert(sizeof(Holder) == sizeof(TATopoManagementMgr_IImpl));
   static_assert(std::is_base_of_v<TATopoManagementMgr_IImpl, Holder>);
 }

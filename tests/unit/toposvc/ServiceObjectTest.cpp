@@ -33,7 +33,7 @@ class TopoServiceObject : public fakes::Fixture {
  protected:
   TopoServiceObject() : service_(std::make_unique<zu_corba_topo>()) { Journal::clear(); }
 
-  // The registration belongs to the module, not to the object: fini keeps it from the next test.
+  // Calls fini, because the registration of the module would affect the next test.
   ~TopoServiceObject() override {
     fakes::resetJournal();
     service_->fini();
@@ -49,7 +49,7 @@ class TopoServiceObject : public fakes::Fixture {
     return Journal::linesOf({"UnregisterMgr", "RegisterMgr", "RegisterServant"});
   }
 
-  // The calls of fini without those of events: the event handler may be that of an earlier test.
+  // The calls of fini except the event calls, which depend on the event handler of an earlier test.
   static Lines finishing() {
     return Journal::linesOf({"ServiceObjectBase::fini", "UnregisterMgr", "~MgrFactory"});
   }
@@ -63,7 +63,7 @@ TEST_F(TopoServiceObject, HasTheNameOfTheService) {
   EXPECT_EQ(service_->GetName(), "zu_corba_topo");
 }
 
-TEST_F(TopoServiceObject, DoesNothingToRegisterItself) {
+TEST_F(TopoServiceObject, DoesNotRegisterItself) {
   service_->RegistSvc();
   EXPECT_EQ(Journal::lines(), Lines{});
   EXPECT_TRUE(NS_BUNDLEMGR1::BundleMgr::Instance()->GetServiceObjects().empty());

@@ -66,7 +66,7 @@ TEST(Formats, DescribeEveryField) {
   }
 }
 
-TEST(Formats, HaveExamplesThatCanBeRead) {
+TEST(Formats, HaveReadableExamples) {
   const std::string text = support::readFile(kSource / "docs" / "formats.md");
   const support::TemporaryDirectory directory;
   int examples = 0;

@@ -25,7 +25,7 @@ class CapturedLog {
   CapturedLog(const CapturedLog&) = delete;
   CapturedLog& operator=(const CapturedLog&) = delete;
 
-  // The lines so far. Ends the capture.
+  // Ends the capture and returns the captured lines.
   std::string text() {
     if (isCapturing_) {
       isCapturing_ = false;

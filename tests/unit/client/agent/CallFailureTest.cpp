@@ -84,7 +84,7 @@ TEST_F(CallFailures, NameAnObjectOfAnotherType) {
   other->retire();
 }
 
-TEST_F(CallFailures, TellAMissingAnswerFromARejectedRequest) {
+TEST_F(CallFailures, DistinguishAMissingAnswerFromARejectedRequest) {
   const std::string agent = "topoctl: the agent at '" + agentReference() + "' ";
   script.onView = [] { throw CORBA::TIMEOUT(); };
   EXPECT_EQ(failureOf(options("topo")),

@@ -127,7 +127,7 @@ TEST_F(Reload, NeverRepeatsAChangeThatMayHaveBeenExecuted) {
   EXPECT_THAT(delays, IsEmpty());
 }
 
-TEST_F(Reload, GivesUpAfterFiveSeconds) {
+TEST_F(Reload, FailsAfterFiveSeconds) {
   script.onView = reject;
   EXPECT_EQ(failureOf(options("topo")),
             exitWith(2, "topoctl: the agent at '" + agentReference() +
@@ -141,7 +141,7 @@ TEST_F(Reload, GivesUpAfterFiveSeconds) {
   EXPECT_THAT(delays, Each(Le(milliseconds(500))));
 }
 
-TEST_F(Reload, GivesUpWhenTheWaitIsInterrupted) {
+TEST_F(Reload, FailsWhenTheWaitIsInterrupted) {
   script.onView = reject;
   retry.wait = [](milliseconds) { return false; };
   EXPECT_EQ(failureOf(options("topo")).exitCode, 2);

@@ -141,7 +141,7 @@ TEST(Options, RejectAGroupWithoutACommandOrWithAnUnknownCommand) {
   EXPECT_EQ(usageError({"module", "topo"}), "'topo' is not a command" + commands);
 }
 
-TEST(Options, ShowTheUsageOfTheTypedCommandAlone) {
+TEST(Options, ShowOnlyTheUsageOfTheTypedCommand) {
   EXPECT_EQ(usageError({"backup"}), "backup: a FILE is missing; usage: topoctl backup FILE");
   EXPECT_EQ(usageError({"below"}),
             "below: an ID is missing, or a whole name given with --name; usage: topoctl below ID | "

@@ -110,7 +110,7 @@ TEST(Table, EscapesControlCharacters) {
             "a\\tb=c\\rd; e=f\n");
 }
 
-TEST(Table, WithoutALimitALongTextWidensItsOwnRowAlone) {
+TEST(Table, WithoutALimitALongTextWidensOnlyItsOwnRow) {
   const std::string text(500, 'x');
   EXPECT_EQ(printedPairs({"a", text, "b"}), "name" + std::string(58, ' ') + "value\na" +
                                                 std::string(61, ' ') + "|\n" + text + "  |\nb" +

@@ -22,7 +22,7 @@ class FakeSession final : public virtual POA_TopoAgent::Session_I {
                                           const char* lastNotificationId) override;
   TopoAgent::EventAccess_T getEventAccess() override;
 
-  // What getEventAccess() answers from now on.
+  // Sets the answer of later calls of getEventAccess().
   void setEventAccess(TopoAgent::EventAccess_T access);
 
   // Subscriptions after a higher id are rejected from now on, as by an agent that has never issued

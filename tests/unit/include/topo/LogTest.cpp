@@ -50,7 +50,7 @@ TEST_F(TopoLog, SetsThePositionOfTheCallingThreadOnly) {
   EXPECT_EQ(NS_CORBA::GetTss()->line, 33);
 }
 
-TEST_F(TopoLog, KnowsTheLevelsOfErrorsAndTraces) {
+TEST_F(TopoLog, HasTheLevelsOfErrorsAndTraces) {
   EXPECT_EQ(NS_CORBA::kLogError, 1);
   EXPECT_EQ(NS_CORBA::kLogTrace, 3);
 }

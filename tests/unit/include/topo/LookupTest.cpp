@@ -469,7 +469,7 @@ TEST_F(TopoLookup, GivesEveryThreadTheSameInterface) {
 
 // --- Failures.
 
-TEST_F(TopoLookup, ReportsAMissingInterfaceByItsCodeAlone) {
+TEST_F(TopoLookup, ReportsAMissingInterfaceByItsCodeOnly) {
   try {
     topo::lookup<CorbaUtilInterface>();
     FAIL() << "nothing is published";

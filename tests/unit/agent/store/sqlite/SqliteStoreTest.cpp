@@ -52,7 +52,7 @@ void makeDatabase(const std::string& path, const std::string& statements) {
   database.exec(statements);
 }
 
-// Looks for a lock of the file from a child process, which has no locks of its parent.
+// Checks for a lock of the file in a child process, which does not inherit the locks of its parent.
 bool isLockedForOthers(const std::string& path) {
   const int status = statusOfChild([&] {
     struct flock lock {};
@@ -152,8 +152,8 @@ TEST_F(SqliteStoreTest, StaysNewWhenALoadFails) {
   EXPECT_EQ(sampleNetwork(), store.read());
 }
 
-// The kernel ends the process when the log of the transaction outgrows a limit: in the middle of
-// it.
+// The kernel kills the process in the middle of the transaction, when the log exceeds the file size
+// limit.
 TEST_F(SqliteStoreTest, StaysNewWhenTheProcessIsKilledInTheMiddleOfALoad) {
   const int status = statusOfChild([&] {
     SqliteStore store(path_);
