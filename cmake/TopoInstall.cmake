@@ -12,7 +12,7 @@ set(data "${CMAKE_INSTALL_DATADIR}/topo-manager")
 file(RELATIVE_PATH bin_to_lib "${CMAKE_INSTALL_FULL_BINDIR}" "${CMAKE_INSTALL_FULL_LIBDIR}")
 set_target_properties(topo-agentd topoctl PROPERTIES
   INSTALL_RPATH "$ORIGIN/${bin_to_lib};$ORIGIN/${bin_to_lib}/topo-manager")
-set_target_properties(zu_corba_topo topo_agent topo_agent_idl PROPERTIES
+set_target_properties(zu_corba_topo topo_agent topo_agent_idl topo_host_defaults PROPERTIES
   INSTALL_RPATH "$ORIGIN;$ORIGIN/..")
 
 # module
@@ -26,6 +26,8 @@ install(TARGETS zu_corba_topo EXPORT TopoManagerTargets
 # sdk: files are included as they are in this repository; the ORB's generated headers through their wrappers.
 set(orb_headers "orb/${TOPO_ORB}/include/orb")
 install(TARGETS topo_platform EXPORT TopoManagerTargets)
+set_target_properties(topo_host_defaults PROPERTIES EXPORT_NAME host_defaults)
+install(TARGETS topo_host_defaults EXPORT TopoManagerTargets COMPONENT module)
 install(DIRECTORY include/platform DESTINATION "${TOPO_INSTALL_INCLUDEDIR}" COMPONENT sdk
   FILES_MATCHING PATTERN "*.h")
 install(FILES "${orb_headers}/corba.h" "${orb_headers}/notification.h"

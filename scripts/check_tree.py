@@ -18,8 +18,10 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent
 ALLOWED = {
     "hash": set(),
     "sync": set(),
+    "fdn": set(),
     "orb": {"idl"},
     "include/platform": {"orb"},
+    "host_defaults": {"fdn", "include/platform"},
     "include/topo": {"include/platform", "orb"},
     "topomanagementmgr": {"hash", "include/topo", "include/platform", "orb"},
     "topomanagementmgrimpl": {"topomanagementmgr", "include/topo", "include/platform", "orb"},
@@ -27,7 +29,7 @@ ALLOWED = {
     "toposvc": {"topoevent", "topomanagementmgrimpl", "include/topo", "include/platform"},
     "agent/process": set(),
     "agent/base": {"agent/process", "orb"},
-    "agent/network": {"agent/base", "hash", "include/platform", "orb"},
+    "agent/network": {"agent/base", "fdn", "hash", "include/platform", "orb"},
     "agent/formats": {"agent/network", "agent/base", "hash"},
     "agent/store": {"agent/network", "agent/base"},
     "agent/store/sqlite": {"agent/store", "agent/network", "agent/base", "hash"},
@@ -64,6 +66,8 @@ USED_BY_ALL = {"sync"}
 PREFIXES = [
     ("hash/", "hash"),
     ("sync/", "sync"),
+    ("fdn/", "fdn"),
+    ("host_defaults/", "host_defaults"),
     ("platform/", "include/platform"),
     ("topo/", "include/topo"),
     ("orb/", "orb"),

@@ -7,8 +7,6 @@
 
 namespace NS_CORBA {
 
-MgrFactory::~MgrFactory() = default;
-
 CorbaBaseAgentConfig* CorbaBaseAgentConfig::Instance() {
   static CorbaBaseAgentConfig instance;
   return &instance;

@@ -5,7 +5,7 @@
 
 #include "agent/base/PrintableText.h"
 #include "agent/base/TextOrEmpty.h"
-#include "agent/network/Fdn.h"
+#include "fdn/Fdn.h"
 #include "platform/agent/CorbaUtilInterface.h"
 
 namespace agent {
@@ -46,7 +46,7 @@ constexpr TextClass kTextClasses[] = {
 
 std::optional<ObjectKey> parseNumber(const NumberedClass& known, std::string_view value,
                                      std::string& problem) {
-  if (!canonicalNumber(value)) {
+  if (!fdn::canonicalNumber(value)) {
     problem = "the value of " + inQuotes(known.tmfName) + " is no number of an object";
     return std::nullopt;
   }
@@ -101,9 +101,9 @@ const NumberedClass& numberedClassOf(std::string_view domainName) {
 }
 
 // The number of the last class of an FDN, whose parts are given.
-std::optional<std::int32_t> numberIn(const FdnParts& parts, const std::string& fdn) {
-  const auto part = parts.find(std::string(classOfFdn(fdn)));
-  return part == parts.end() ? std::nullopt : wholeNumber(part->second);
+std::optional<std::int32_t> numberIn(const fdn::FdnParts& parts, const std::string& fdn) {
+  const auto part = parts.find(std::string(fdn::classOfFdn(fdn)));
+  return part == parts.end() ? std::nullopt : fdn::wholeNumber(part->second);
 }
 
 std::optional<NumberedObject> ifNameable(std::int32_t type, std::int32_t number) {
@@ -160,7 +160,7 @@ std::optional<NumberedObject> numberedObject(const ObjectKey& key) {
   for (const NumberedClass& known : kNumberedClasses) {
     const std::string prefix = std::string(known.domainName) + "=";
     if (known.type == key.type && key.id.compare(0, prefix.size(), prefix) == 0) {
-      const auto number = canonicalNumber(std::string_view(key.id).substr(prefix.size()));
+      const auto number = fdn::canonicalNumber(std::string_view(key.id).substr(prefix.size()));
       return number ? ifNameable(key.type, *number) : std::nullopt;
     }
   }
@@ -180,19 +180,19 @@ std::optional<NumberedObject> objectOfElementNode(const std::string& nodeId) {
   if (nodeId == NS_DOMAIN::kZeroId) {
     return std::nullopt;
   }
-  FdnParts parts;
-  splitFdn(parts, nodeId, kTermSeparator);
+  fdn::FdnParts parts;
+  fdn::splitFdn(parts, nodeId, kTermSeparator);
   if (parts.empty()) {
-    return ifNameable(kManagedElementType, leadingNumber(nodeId));
+    return ifNameable(kManagedElementType, fdn::leadingNumber(nodeId));
   }
-  const NumberedClass& known = numberedClassOf(classOfFdn(nodeId));
+  const NumberedClass& known = numberedClassOf(fdn::classOfFdn(nodeId));
   return ifNameable(known.type, numberIn(parts, nodeId).value_or(known.missingNumber));
 }
 
 bool hasElementNumber(const std::string& nodeId) {
-  FdnParts parts;
-  splitFdn(parts, nodeId, kTermSeparator);
-  return (parts.empty() ? wholeNumber(nodeId) : numberIn(parts, nodeId)).has_value();
+  fdn::FdnParts parts;
+  fdn::splitFdn(parts, nodeId, kTermSeparator);
+  return (parts.empty() ? fdn::wholeNumber(nodeId) : numberIn(parts, nodeId)).has_value();
 }
 
 std::optional<NumberedObject> objectOfClockReference(const std::string& reference) {

@@ -1,8 +1,8 @@
 // FDNs (full distinguished names) of the domain, and the numbers in them. An FDN is a list of
 // CLASS=value terms with a separator, usually ",". Pure functions; thread-safety: any thread.
 
-#ifndef AGENT_NETWORK_FDN_H
-#define AGENT_NETWORK_FDN_H
+#ifndef FDN_FDN_H
+#define FDN_FDN_H
 
 #include <cstdint>
 #include <map>
@@ -10,7 +10,7 @@
 #include <string>
 #include <string_view>
 
-namespace agent {
+namespace fdn {
 
 // The value of each class of an FDN.
 using FdnParts = std::map<std::string, std::string>;
@@ -35,6 +35,6 @@ std::int32_t leadingNumber(std::string_view text);
 // exactly one text.
 std::optional<std::int32_t> canonicalNumber(std::string_view text);
 
-}  // namespace agent
+}  // namespace fdn
 
 #endif

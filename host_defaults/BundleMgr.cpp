@@ -4,12 +4,12 @@
 
 #include <algorithm>
 
-#include "agent/host/InterfaceBuffers.h"
+#include "host_defaults/InterfaceBuffers.h"
 
 namespace NS_BUNDLEMGR1 {
 namespace {
 
-using agent::BundleLock;
+using host_defaults::BundleLock;
 
 // In the order of registration. Guarded by _g_actualmutex.
 std::vector<ServiceObjectBase*>& serviceObjects() {
@@ -49,7 +49,7 @@ ServiceInterface* ServiceObjectBase::GetInterface() {
 void ServiceObjectBase::RemoveInterface() {
   {
     const BundleLock lock;
-    agent::InterfaceBuffers::instance().removeEverywhere(interface_);
+    host_defaults::InterfaceBuffers::instance().removeEverywhere(interface_);
   }
   delete interface_;
   interface_ = nullptr;

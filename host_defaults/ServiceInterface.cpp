@@ -4,9 +4,9 @@
 
 #include <utility>
 
-#include "agent/host/InterfaceBuffers.h"
+#include "host_defaults/InterfaceBuffers.h"
 
-namespace agent {
+namespace host_defaults {
 
 using NS_BUNDLEMGR1::InterfaceBuffer;
 using NS_BUNDLEMGR1::ServiceInterface;
@@ -50,7 +50,7 @@ void InterfaceBuffers::removeEverywhere(const ServiceInterface* interface) {
   }
 }
 
-}  // namespace agent
+}  // namespace host_defaults
 
 namespace NS_BUNDLEMGR1 {
 namespace {
@@ -65,17 +65,14 @@ ACE_mutex_t initializedMutex() {
 
 ACE_mutex_t _g_actualmutex = initializedMutex();
 
-ServiceInterface::~ServiceInterface() = default;
-NULLServiceInterface::~NULLServiceInterface() = default;
-
 void SetIFBuf(const std::string& name, ServiceInterface* interface) {
-  InterfaceBuffer* const buffer = agent::InterfaceBuffers::instance().findOrMake(name);
-  const agent::BundleLock lock;
+  InterfaceBuffer* const buffer = host_defaults::InterfaceBuffers::instance().findOrMake(name);
+  const host_defaults::BundleLock lock;
   buffer->Append(interface);
 }
 
 InterfaceBuffer* CheckIFBuf(const std::string& name) {
-  return agent::InterfaceBuffers::instance().find(name);
+  return host_defaults::InterfaceBuffers::instance().find(name);
 }
 
 }  // namespace NS_BUNDLEMGR1

@@ -1,7 +1,7 @@
 // The interface buffers of the process by name, which both contract headers of bundlemgr/ use.
 
-#ifndef AGENT_HOST_INTERFACEBUFFERS_H
-#define AGENT_HOST_INTERFACEBUFFERS_H
+#ifndef HOST_DEFAULTS_INTERFACEBUFFERS_H
+#define HOST_DEFAULTS_INTERFACEBUFFERS_H
 
 #include <atomic>
 #include <memory>
@@ -10,7 +10,7 @@
 #include "platform/bundlemgr/ServiceInterface.h"
 #include "sync/Mutex.h"
 
-namespace agent {
+namespace host_defaults {
 
 // Locks the mutex that the bundle manager and all bundles share until the end of the scope. Not
 // recursive. Thread-safety: one thread. Ownership: borrows the mutex. Errors: none.
@@ -57,6 +57,6 @@ class InterfaceBuffers {
   std::atomic<Entry*> newest_{nullptr};
 };
 
-}  // namespace agent
+}  // namespace host_defaults
 
 #endif

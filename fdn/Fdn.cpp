@@ -1,10 +1,10 @@
-#include "agent/network/Fdn.h"
+#include "fdn/Fdn.h"
 
 #include <charconv>
 #include <limits>
 #include <system_error>
 
-namespace agent {
+namespace fdn {
 namespace {
 
 constexpr char kTermSeparator = ',';
@@ -86,4 +86,4 @@ std::optional<std::int32_t> canonicalNumber(std::string_view text) {
   return number;
 }
 
-}  // namespace agent
+}  // namespace fdn

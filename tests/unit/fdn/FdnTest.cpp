@@ -1,10 +1,10 @@
-#include "agent/network/Fdn.h"
+#include "fdn/Fdn.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
-using agent::canonicalNumber;
+using fdn::canonicalNumber;
 
 TEST(CanonicalNumber, AcceptsDecimalDigits) {
   EXPECT_EQ(0, canonicalNumber("0"));
