@@ -3,7 +3,6 @@
 #include <link.h>
 
 #include <algorithm>
-
 #include <cstdint>
 #include <cstring>
 #include <fstream>
@@ -33,6 +32,13 @@ class ElfReader {
     return isElf ? header : std::nullopt;
   }
 
+  std::optional<ElfW(Phdr)> segment(const ElfW(Ehdr) & header, std::uint64_t index) {
+    if (header.e_phentsize != sizeof(ElfW(Phdr))) {
+      return std::nullopt;
+    }
+    return read<ElfW(Phdr)>(header.e_phoff + index * sizeof(ElfW(Phdr)));
+  }
+
   std::optional<ElfW(Shdr)> section(const ElfW(Ehdr) & header, std::uint64_t index) {
     if (header.e_shentsize != sizeof(ElfW(Shdr))) {
       return std::nullopt;
@@ -51,10 +57,15 @@ class ElfReader {
     return result.substr(0, result.find('\0'));
   }
 
+  // Whether the file ends before the end of the range.
+  bool endsBefore(std::uint64_t offset, std::uint64_t length) const {
+    return offset > size_ || length > size_ - offset;
+  }
+
   template <typename Value>
   std::optional<Value> read(std::uint64_t offset) {
     Value value{};
-    if (offset > size_ || size_ - offset < sizeof value) {
+    if (endsBefore(offset, sizeof value)) {
       return std::nullopt;
     }
     stream_.clear();
@@ -91,8 +102,17 @@ bool isTruncatedElf(const std::string& file) {
   if (!header) {
     return false;
   }
-  const std::uint64_t sections = std::uint64_t{header->e_shentsize} * header->e_shnum;
-  return header->e_shoff > reader.size() || sections > reader.size() - header->e_shoff;
+  if (reader.endsBefore(header->e_shoff, std::uint64_t{header->e_shentsize} * header->e_shnum)) {
+    return true;
+  }
+  for (std::uint64_t i = 0; i < header->e_phnum; ++i) {
+    const auto segment = reader.segment(*header, i);
+    if (segment && segment->p_type == PT_LOAD &&
+        reader.endsBefore(segment->p_offset, segment->p_filesz)) {
+      return true;
+    }
+  }
+  return false;
 }
 
 std::string elfSectionText(const std::string& file, const std::string& section) {

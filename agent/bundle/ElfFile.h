@@ -10,8 +10,9 @@ namespace agent {
 // The functions accept any file and read a few parts of the file. Thread-safety: any thread.
 
 // Whether the file is an ELF file whose end is missing, such as a file that is still being written.
-// The dynamic linker maps such a file, and a later access beyond its end raises SIGBUS. Linkers
-// write the section headers at the end of the file (System V ABI, "ELF Header").
+// The dynamic linker maps such a file, and a later access beyond its end raises SIGBUS. The file
+// must contain all loaded segments and the section headers, which linkers write at the end of the
+// file (System V ABI, "ELF Header").
 bool isTruncatedElf(const std::string& file);
 
 // The text in a section of the file, up to the first NUL and at most 100 bytes. Empty for a file

@@ -4,6 +4,7 @@
 #include <stdlib.h>
 
 #include <cerrno>
+#include <cstdint>
 #include <memory>
 #include <system_error>
 
@@ -16,19 +17,42 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr std::uintmax_t kLargestModule = std::uintmax_t{256} << 20;
+
 ModuleError failureOf(const fs::path& original, const std::string& reason) {
   return ModuleError("module " + original.string() + ": " + reason);
 }
 
+// The directory of temporary files as POSIX defines it, even if it does not exist.
+fs::path temporaryFiles() {
+  const char* const place = getenv("TMPDIR");
+  return place != nullptr && *place != '\0' ? place : "/tmp";
+}
+
 fs::path makeDirectory(const fs::path& original) {
-  std::error_code failure;
-  const fs::path parent = fs::temp_directory_path(failure);
+  const fs::path parent = temporaryFiles();
   std::string name = (parent / "topo-agentd-XXXXXX").string();
-  if (failure || mkdtemp(name.data()) == nullptr) {
-    const std::string reason = failure ? failure.message() : std::generic_category().message(errno);
-    throw failureOf(original, "no directory for a copy in " + parent.string() + ": " + reason);
+  if (mkdtemp(name.data()) == nullptr) {
+    throw failureOf(original, "no directory for a copy in " + parent.string() + ": " +
+                                  std::generic_category().message(errno));
   }
   return name;
+}
+
+// The limit keeps the copy of a wrong file from filling the disk.
+void requireModuleFile(const fs::path& original) {
+  std::error_code failure;
+  const fs::file_status status = fs::status(original, failure);
+  if (!fs::exists(status)) {
+    throw failureOf(original, "no such file");
+  }
+  if (!fs::is_regular_file(status)) {
+    throw failureOf(original, "is not a regular file");
+  }
+  if (const std::uintmax_t size = fs::file_size(original, failure);
+      !failure && size > kLargestModule) {
+    throw failureOf(original, "is larger than 256 MiB");
+  }
 }
 
 // The text of the dynamic linker begins with the path of the copy if it names a file at all.
@@ -41,16 +65,14 @@ std::string linkerError(const std::string& copy) {
 }  // namespace
 
 ModuleCopy::ModuleCopy(const fs::path& original) : original_(original) {
-  std::error_code failure;
-  if (!fs::is_regular_file(original_, failure)) {
-    throw failureOf(original_, "no such file");
-  }
+  requireModuleFile(original_);
   directory_ = makeDirectory(original_);
   path_ = (directory_ / original_.filename()).string();
   try {
     copy();
   } catch (...) {
-    fs::remove_all(directory_, failure);
+    std::error_code ignored;
+    fs::remove_all(directory_, ignored);
     throw;
   }
 }

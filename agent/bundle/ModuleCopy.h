@@ -14,7 +14,8 @@ namespace agent {
 //
 // Thread-safety: one thread at a time. Ownership: owns the directory; the destructor removes the
 // directory, which does not affect a mapping of the copy. Errors: the constructor and check() throw
-// ModuleError, whose text names the original.
+// ModuleError, whose text names the original. The constructor accepts regular files of at most 256
+// MiB.
 class ModuleCopy {
  public:
   explicit ModuleCopy(const std::filesystem::path& original);

@@ -29,15 +29,18 @@ Library open(const std::string& file, int flags) {
   return Library(dlopen(file.c_str(), RTLD_LAZY | RTLD_LOCAL | flags), dlclose);
 }
 
-// The name of the file, quoted for a directive. The configurator ends the name at the last such
+// The path of the copy, quoted for a directive. The configurator ends the name at the last such
 // quote of the line, so the directive must not contain another quoted text.
-std::string quotedName(const std::string& file) {
+std::string quotedName(const std::string& copy) {
+  if (copy.find('\n') != std::string::npos) {
+    throw ModuleError("module " + copy + ": the name contains a line break");
+  }
   for (const char quote : {'"', '\''}) {
-    if (file.find(quote) == std::string::npos) {
-      return quote + file + quote;
+    if (copy.find(quote) == std::string::npos) {
+      return quote + copy + quote;
     }
   }
-  throw ModuleError("module " + file + ": the name contains both kinds of quotes");
+  throw ModuleError("module " + copy + ": the name contains both kinds of quotes");
 }
 
 std::string describe(ProcessException& failure) {
@@ -99,6 +102,7 @@ void ModuleLoader::prepare() {
   prepared_.reset();
   auto copy = std::make_unique<ModuleCopy>(file_);
   copy->check(symbolName());
+  quotedName(copy->path());  // rejects a name that load() cannot use
   prepared_ = std::move(copy);
 }
 

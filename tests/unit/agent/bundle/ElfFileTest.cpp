@@ -3,7 +3,9 @@
 #include "agent/bundle/ElfFile.h"
 
 #include <gtest/gtest.h>
+#include <link.h>
 
+#include <cstring>
 #include <string>
 
 #include "platform/bundlemgr/ModuleVersion.h"
@@ -45,6 +47,19 @@ TEST(ElfFile, IsTruncatedWhenTheLastByteIsMissing) {
   EXPECT_FALSE(isTruncatedElf(TOPO_REFUSING_MODULE));
   EXPECT_TRUE(isTruncatedElf(directory.write("m.so", whole.substr(0, whole.size() - 1))));
   EXPECT_TRUE(isTruncatedElf(directory.write("m.so", whole.substr(0, 200))));
+}
+
+// `strip --strip-section-headers` leaves no section headers at the end of a file.
+TEST(ElfFile, IsTruncatedWhenASegmentIsMissing) {
+  const TemporaryDirectory directory;
+  std::string file = support::readFile(TOPO_REFUSING_MODULE);
+  ElfW(Ehdr) header;
+  std::memcpy(&header, file.data(), sizeof header);
+  header.e_shoff = 0;
+  header.e_shnum = 0;
+  std::memcpy(file.data(), &header, sizeof header);
+  EXPECT_FALSE(isTruncatedElf(directory.write("m.so", file)));
+  EXPECT_TRUE(isTruncatedElf(directory.write("m.so", file.substr(0, file.size() / 4))));
 }
 
 TEST(ElfFile, IsNotTruncatedWhenItIsNoElfFile) {

@@ -68,8 +68,17 @@ TEST(ModuleCopy, AcceptsAFileWithTheFactory) {
 TEST(ModuleCopy, RejectsAMissingFileAndADirectory) {
   const TemporaryDirectory directory;
   EXPECT_EQ("module /nowhere/module.so: no such file", reasonAgainst("/nowhere/module.so"));
-  const std::string path = directory.path();
-  EXPECT_EQ("module " + path + ": no such file", reasonAgainst(path));
+  for (const std::string& path : {directory.path().string(), std::string("/dev/zero")}) {
+    EXPECT_EQ("module " + path + ": is not a regular file", reasonAgainst(path));
+  }
+}
+
+TEST(ModuleCopy, RejectsAFileThatIsTooLargeToCopy) {
+  const TemporaryDirectory directory;
+  const std::string file = directory.write("module.so", "");
+  const std::uintmax_t largest = std::uintmax_t{256} << 20;
+  std::filesystem::resize_file(file, largest + 1);
+  EXPECT_EQ("module " + file + ": is larger than 256 MiB", reasonAgainst(file));
 }
 
 TEST(ModuleCopy, RejectsAFileThatIsNoLibraryAndNamesTheOriginalOnly) {
@@ -104,8 +113,9 @@ TEST(ModuleCopy, NamesADirectoryOfTemporaryFilesThatCannotBeUsed) {
   const TemporaryDirectory directory;
   const std::string original = directory.write("module.so", "old");
   const support::EnvironmentVariable place("TMPDIR", directory.file("none"));
-  const std::string reason = reasonAgainst(original);
-  EXPECT_THAT(reason, StartsWith("module " + original + ": no directory for a copy in "));
+  EXPECT_EQ("module " + original + ": no directory for a copy in " + directory.file("none") +
+                ": No such file or directory",
+            reasonAgainst(original));
 }
 
 }  // namespace
