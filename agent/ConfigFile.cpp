@@ -1,6 +1,5 @@
 #include "agent/ConfigFile.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cerrno>
 #include <fstream>
@@ -15,6 +14,7 @@ namespace agent {
 namespace {
 
 constexpr std::size_t kLargestFile = std::size_t{1} << 20;
+constexpr const char* kBlanks = " \t\r\f\v";
 
 std::string readText(const std::filesystem::path& file) {
   std::error_code status;
@@ -37,27 +37,68 @@ std::string readText(const std::filesystem::path& file) {
   return text;
 }
 
-bool isBlankOrComment(const std::string& trimmed) {
-  return trimmed.empty() || trimmed.front() == '#' || trimmed.front() == ';';
+bool isBlankOrComment(const std::string& line) {
+  return line.empty() || line.front() == '#' || line.front() == ';';
 }
 
-// The parser of CLI11 silently skips lines of one or two characters and reports no line numbers,
-// so the parser gets one line at a time.
-ConfigLine parseLine(const std::string& trimmed) {
-  if (trimmed.front() == '[') {
-    throw UsageError("a section; each line is NAME = VALUE");
+std::string trimmed(const std::string& text) {
+  const std::size_t first = text.find_first_not_of(kBlanks);
+  return first == std::string::npos
+             ? ""
+             : text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
+}
+
+// The text up to the closing quote. REQUIRES: the text begins with a quote.
+std::string quotedValue(const std::string& name, const std::string& text) {
+  const std::size_t end = text.find(text.front(), 1);
+  if (end == std::string::npos) {
+    throw UsageError("the value of '" + name + "' has no closing quote");
   }
-  std::istringstream stream(trimmed);
-  const std::vector<CLI::ConfigItem> items = CLI::ConfigTOML().from_config(stream);
-  if (items.size() != 1 || items[0].name.empty()) {
-    throw UsageError("'" + trimmed + "' is not NAME = VALUE");
+  const std::string rest = trimmed(text.substr(end + 1));
+  if (!rest.empty() && rest.front() != '#') {
+    throw UsageError("text follows the closing quote of the value of '" + name + "'");
   }
-  const CLI::ConfigItem& item = items[0];
-  if (item.inputs.size() != 1) {
-    throw UsageError("'" + item.fullname() +
+  return text.substr(1, end - 1);
+}
+
+// The text up to a comment.
+std::string bareValue(const std::string& name, const std::string& text) {
+  const std::string value = trimmed(text.substr(0, text.find('#')));
+  if (value.find_first_of(std::string(kBlanks) + ",") != std::string::npos) {
+    throw UsageError("'" + name +
                      "' has more than one value; put a value with spaces or commas in quotes");
   }
-  return {0, item.fullname(), item.inputs[0]};
+  return value;
+}
+
+// text: what follows the equals sign.
+std::string parseValue(const std::string& name, const std::string& text) {
+  const bool isQuoted = !text.empty() && (text.front() == '"' || text.front() == '\'');
+  std::string value = isQuoted ? quotedValue(name, text) : bareValue(name, text);
+  if (value.empty()) {
+    throw UsageError("'" + name + "' has no value");
+  }
+  return value;
+}
+
+// The parser of CLI11 does not know the line numbers, skips short lines, and cuts a quoted value at
+// a '#'.
+ConfigLine parseLine(const std::string& line) {
+  if (line.find('\0') != std::string::npos) {
+    throw UsageError("a NUL character");
+  }
+  if (line.front() == '[') {
+    throw UsageError("a section; each line is NAME = VALUE");
+  }
+  const std::size_t equals = line.find('=');
+  const std::string name = trimmed(line.substr(0, std::min(equals, line.find('#'))));
+  if (name.empty() || name.find_first_of(kBlanks) != std::string::npos) {
+    throw UsageError("'" + line + "' is not NAME = VALUE");
+  }
+  if (equals == std::string::npos) {
+    return {0, name, std::nullopt};
+  }
+  return {0, name, parseValue(name, trimmed(line.substr(equals + 1)))};
 }
 
 // Levenshtein distance: insertions, deletions and replacements of single characters, row by row.
@@ -83,7 +124,7 @@ std::vector<ConfigLine> readConfigFile(const std::filesystem::path& file) {
   std::map<std::string, std::size_t> lineOf;
   std::string line;
   for (std::size_t number = 1; std::getline(text, line); ++number) {
-    CLI::detail::trim(line);
+    line = trimmed(line);
     if (isBlankOrComment(line)) {
       continue;
     }

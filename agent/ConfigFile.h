@@ -5,21 +5,24 @@
 
 #include <cstddef>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace agent {
 
-// One line `NAME = VALUE`. A line with a NAME alone has the value "true".
+// One line `NAME = VALUE`, or NAME alone for a flag.
 struct ConfigLine {
   std::size_t number = 0;  // of the line in the file, from 1
   std::string name;
-  std::string value;
+  std::optional<std::string> value;
 };
 
-// Reads a configuration file. Skips empty lines and comments, which begin with # or ;. Removes the
-// quotes around a value. Throws UsageError "FILE:LINE: REASON" for any other line and for a
-// repeated name, and "FILE: REASON" for a file that cannot be read or is larger than 1 MiB.
+// Reads a configuration file. Skips empty lines, lines that begin with # or ;, and the text from a
+// # after a value. A value in double or single quotes may contain every character but the quote and
+// line breaks; the result has no quotes. Throws UsageError "FILE:LINE: REASON" for any other line
+// and for a repeated name, and "FILE: REASON" for a file that cannot be read or is larger than
+// 1 MiB.
 // Thread-safety: any thread.
 std::vector<ConfigLine> readConfigFile(const std::filesystem::path& file);
 

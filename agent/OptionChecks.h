@@ -8,12 +8,13 @@
 
 namespace agent {
 
-// Throws UsageError when --naming or --event-channel is not an object reference. Makes no call.
+// Throws UsageError when --naming or --event-channel is not an object reference. Makes no call. The
+// error of an option of the configuration file begins with the file and the line, here and below.
 void checkReferences(CORBA::ORB_ptr orb, const Options& options);
 
 // For --check-config: checks the references, that the module can be loaded, and that the network
-// file is readable. Starts and ends an ORB for that. Throws UsageError and ModuleError. REQUIRES:
-// the process has no ORB.
+// file is readable. Starts and ends an ORB for that. Throws UsageError. REQUIRES: the process has
+// no ORB.
 void checkOptions(const Options& options);
 
 }  // namespace agent

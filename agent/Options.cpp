@@ -277,7 +277,7 @@ std::string toArgument(const ConfigLine& line, const std::vector<std::string>& k
   if (std::find(known.begin(), known.end(), line.name) == known.end()) {
     throw UsageError(unknownName(line.name, known));
   }
-  std::string argument = "--" + line.name + "=" + line.value;
+  std::string argument = "--" + line.name + (line.value ? "=" + *line.value : "");
   try {
     CommandLine().parse({argument});
   } catch (const CLI::Error& failure) {
@@ -286,23 +286,29 @@ std::string toArgument(const ConfigLine& line, const std::vector<std::string>& k
   return argument;
 }
 
-// The lines of the configuration file as arguments, except for the options that the command line
-// has too. Throws UsageError.
-std::vector<std::string> configArguments(const CommandLine& commandLine) {
-  std::vector<std::string> result;
+// The lines of a configuration file, without the options that the command line has too.
+struct ConfigArguments {
+  std::vector<std::string> arguments;
+  std::map<std::string, std::string> lines;  // as Options::configLines
+};
+
+// Throws UsageError.
+ConfigArguments configArguments(const CommandLine& commandLine) {
+  ConfigArguments result;
   if (commandLine.config().empty()) {
     return result;
   }
   const std::vector<std::string> known = commandLine.configNames();
   for (const ConfigLine& line : readConfigFile(commandLine.config())) {
+    const std::string place = commandLine.config() + ":" + std::to_string(line.number) + ": ";
     try {
       std::string argument = toArgument(line, known);
       if (!commandLine.hasOption(line.name)) {
-        result.push_back(std::move(argument));
+        result.arguments.push_back(std::move(argument));
+        result.lines[line.name] = place;
       }
     } catch (const UsageError& failure) {
-      throw UsageError(commandLine.config() + ":" + std::to_string(line.number) + ": " +
-                       failure.what());
+      throw UsageError(place + failure.what());
     }
   }
   return result;
@@ -321,11 +327,13 @@ std::optional<Options> parseOptions(int argc, const char* const argv[]) {
   } catch (const CLI::Error& failure) {
     throw UsageError(oneLine(failure.what()) + " (see topo-agentd --help)");
   }
-  std::vector<std::string> arguments = configArguments(commandLine);
-  arguments.insert(arguments.end(), given.begin(), given.end());
+  ConfigArguments config = configArguments(commandLine);
+  config.arguments.insert(config.arguments.end(), given.begin(), given.end());
   CommandLine complete;
-  complete.parse(std::move(arguments));
-  return complete.options();
+  complete.parse(std::move(config.arguments));
+  Options options = complete.options();
+  options.configLines = std::move(config.lines);
+  return options;
 }
 
 }  // namespace agent

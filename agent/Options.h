@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <filesystem>
+#include <map>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -44,6 +45,9 @@ struct Options {
   std::size_t maxViews = 4;                           // computed at the same time
   std::size_t viewMemory = std::size_t{256} << 20;    // bytes of all views in progress
   std::size_t memory = 0;  // bytes of the process; 0: the limit of the system
+
+  // The options that the configuration file sets, by their names; "FILE:LINE: " of each.
+  std::map<std::string, std::string> configLines;
 };
 
 // The command line or the configuration file cannot be used. what() is one line. A plain value.

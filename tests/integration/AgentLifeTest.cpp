@@ -480,6 +480,28 @@ TEST_F(AgentLife, ChecksItsOptionsWithoutServing) {
             refusal({"--check-config", "--network", "/nowhere/n.json"}));
 }
 
+TEST_F(AgentLife, NamesTheLineOfAConfigurationFileWhoseValueFailsACheck) {
+  const std::string folder = directory_.path();
+  for (const auto& [line, reason] : std::vector<std::pair<std::string, std::string>>{
+           {"naming = foo", "naming service foo: it starts with none of "},
+           {"event-channel = foo", "event channel foo: it starts with none of "},
+           {"module = \"/nowhere/m.so\"", "module /nowhere/m.so: no such file\n"},
+           {"network = \"" + folder + "\"", folder + ": is not a regular file\n"}}) {
+    const std::string config = directory_.write("agent.conf", "queue = 5\n" + line + "\n");
+    EXPECT_THAT(refusal({"--check-config", "--config", config}),
+                StartsWith("topo-agentd: " + config + ":2: " + reason));
+  }
+}
+
+// No directive of the service configurator can contain these names.
+TEST_F(AgentLife, RefusesAModuleWhoseNameTheConfiguratorCannotRead) {
+  for (const std::string name : {"a'\".so", "a\n.so"}) {
+    const std::string file = directory_.file(name);
+    std::filesystem::copy_file(TOPO_MODULE, file);
+    EXPECT_THAT(refusal({"--check-config", "--module", file}), HasSubstr(": the name contains "));
+  }
+}
+
 TEST_F(AgentLife, RefusesAnIorFileThatCannotBeWritten) {
   const std::string path = directory_.file("none/manager.ior");
   EXPECT_EQ("topo-agentd: IOR file " + path + ": cannot be written: No such file or directory\n",

@@ -73,7 +73,7 @@ class ConfigFile : public testing::Test {
 TEST_F(ConfigFile, GivesNamesAndValuesWithTheirLines) {
   EXPECT_THAT(read("# comment\n\nstore = \"a b.db\"\n ; comment\nqueue=5\r\n  test-switch\n"),
               ElementsAre(IsLine(3, "store", "a b.db"), IsLine(5, "queue", "5"),
-                          IsLine(6, "test-switch", "true")));
+                          IsLine(6, "test-switch", std::nullopt)));
   EXPECT_THAT(read(""), testing::IsEmpty());
 }
 
@@ -81,12 +81,40 @@ TEST_F(ConfigFile, MayHaveACommentAfterAValue) {
   EXPECT_THAT(read("store = a # here\n"), ElementsAre(IsLine(1, "store", "a")));
 }
 
+TEST_F(ConfigFile, MayHaveAnyCharacterInQuotes) {
+  EXPECT_THAT(
+      read("store = \"a # b, c.db\" # here\nems-name = 'a \"b\" = \\c'\nior-file=\"a#b\"#c\n"),
+      ElementsAre(IsLine(1, "store", "a # b, c.db"), IsLine(2, "ems-name", "a \"b\" = \\c"),
+                  IsLine(3, "ior-file", "a#b")));
+}
+
+TEST_F(ConfigFile, RejectsUnbalancedQuotes) {
+  EXPECT_EQ("agent.conf:1: the value of 'store' has no closing quote", refusal("store = \"a.db\n"));
+  EXPECT_EQ("agent.conf:1: the value of 'store' has no closing quote",
+            refusal("store = 'a.db\"\n"));
+  EXPECT_EQ("agent.conf:1: the value of 'store' has no closing quote", refusal("store = \"\n"));
+  EXPECT_EQ("agent.conf:2: text follows the closing quote of the value of 'store'",
+            refusal("\nstore = \"a\"b\"\n"));
+}
+
+TEST_F(ConfigFile, RejectsAnEmptyValue) {
+  for (const std::string value : {"", "   ", "\"\"", "''", "# comment"}) {
+    EXPECT_EQ("agent.conf:1: 'no-console' has no value", refusal("no-console = " + value + "\n"));
+  }
+}
+
+TEST_F(ConfigFile, RejectsNulCharacters) {
+  EXPECT_EQ("agent.conf:2: a NUL character",
+            refusal(std::string("queue = 5\nstore = \"a\0b\"\n", 24)));
+}
+
 TEST_F(ConfigFile, MayEndWithoutANewline) {
   EXPECT_THAT(read("queue = 5"), ElementsAre(IsLine(1, "queue", "5")));
 }
 
-TEST_F(ConfigFile, RejectsShortLinesThatAreNoOptions) {
-  EXPECT_EQ("agent.conf:2: 'x' is not NAME = VALUE", refusal("queue = 5\nx\n"));
+TEST_F(ConfigFile, RejectsLinesThatAreNoOptions) {
+  EXPECT_EQ("agent.conf:2: there is no option 'x'", refusalOfOptions("queue = 5\nx\n"));
+  EXPECT_EQ("agent.conf:2: 'queue 5' is not NAME = VALUE", refusal("store=a\nqueue 5\n"));
   EXPECT_EQ("agent.conf:1: '=' is not NAME = VALUE", refusal("=\n"));
   EXPECT_EQ("agent.conf:1: '= 55' is not NAME = VALUE", refusal("= 55\n"));
 }
@@ -150,6 +178,12 @@ TEST_F(ConfigFile, NamesTheLineOfAnInvalidValue) {
   EXPECT_EQ("agent.conf:1: --endpoint: 'here' is not HOST:PORT",
             refusalOfOptions("endpoint = here\n"));
   EXPECT_THAT(refusalOfOptions("no-console = perhaps\n"), StartsWith("agent.conf:1: "));
+}
+
+TEST_F(ConfigFile, RejectsAnOptionWithoutAValue) {
+  EXPECT_THAT(refusalOfOptions("queue = 5\nstore\n"),
+              testing::AllOf(StartsWith("agent.conf:2: --store: "), HasSubstr("PATH")));
+  EXPECT_THAT(refusalOfOptions("endpoint # none\n"), StartsWith("agent.conf:1: --endpoint: "));
 }
 
 TEST_F(ConfigFile, SetsOptionsAndFlags) {
