@@ -83,18 +83,28 @@ void syncFolder(const std::filesystem::path& folder) {
   require(::fsync(descriptor.get()) == 0 || errno == EINVAL);
 }
 
+// Whether the path, with links followed, is a device, a pipe or a socket. A rename to such a path
+// would remove it from the system: with /dev/null, every program would suffer.
+bool isSpecialFile(const std::filesystem::path& path) {
+  std::error_code ignored;
+  return std::filesystem::is_other(std::filesystem::status(path, ignored));
+}
+
 }  // namespace
 
 void replaceFile(const std::string& kind, const std::filesystem::path& path,
                  const std::string& content) {
+  const std::string prefix = kind + " " + path.string() + ": cannot be written: ";
+  if (isSpecialFile(path)) {
+    throw FileError(prefix + "it is not a regular file");
+  }
   try {
     Draft draft(path);
     draft.write(content);
     draft.rename(path);
     syncFolder(path.parent_path());
   } catch (const std::system_error& failure) {
-    throw FileError(kind + " " + path.string() +
-                    ": cannot be written: " + failure.code().message());
+    throw FileError(prefix + failure.code().message());
   }
 }
 

@@ -18,7 +18,8 @@ class FileError : public std::runtime_error {
 // Creates or replaces a file in one step: a reader sees the old content or the new content. The new
 // content is on disk when the function returns. Writes a draft with an unpredictable name in the
 // same folder, and renames the draft. Replaces a symbolic link at the path without following the
-// link. The mode of the file is 0644 without the bits of the umask.
+// link, and refuses a device, a pipe or a socket. The mode of the file is 0644 without the bits of
+// the umask.
 //
 // kind: names the kind of the file in the reason of a failure. Thread-safety: any thread. Throws
 // FileError. The file is then unchanged, unless only the sync of the folder failed.

@@ -94,6 +94,17 @@ TEST_F(ReplacedFile, HasTheModeThatTheUmaskAllows) {
   }
 }
 
+TEST_F(ReplacedFile, IsNoDeviceOrPipe) {
+  const std::string pipe = directory_.file("pipe");
+  ASSERT_EQ(0, mkfifo(pipe.c_str(), 0600));
+  std::filesystem::create_symlink(pipe, directory_.file("link"));
+  for (const std::string& path : {pipe, directory_.file("link")}) {
+    EXPECT_EQ("note " + path + ": cannot be written: it is not a regular file", failureOf(path));
+  }
+  EXPECT_TRUE(std::filesystem::is_fifo(pipe));
+  EXPECT_THAT(names(), UnorderedElementsAre("pipe", "link"));
+}
+
 TEST_F(ReplacedFile, IsUnchangedWhenTheRenameFails) {
   const std::string folder = directory_.file("folder");
   std::filesystem::create_directory(folder);
