@@ -30,6 +30,15 @@ TopoAgent::Subscription_I_ptr subscribeAfter(TopoAgent::Session_I_ptr session,
   }
 }
 
+// An agent of an earlier version has no getEventAccess: assumes that its module has the access.
+TopoAgent::EventAccess_T eventAccessOf(TopoAgent::Session_I_ptr session) {
+  try {
+    return session->getEventAccess();
+  } catch (const CORBA::BAD_OPERATION&) {
+    return TopoAgent::EA_ALLOWED;
+  }
+}
+
 }  // namespace
 
 Subscription::Subscription(CORBA::ORB_ptr orb, PortableServer::POA_ptr poa,
@@ -48,7 +57,7 @@ void Subscription::subscribe() {
         consumer_ = new Consumer(inbox_, inbox_.startSubscription());
         const PortableServer::ObjectId_var id = poa_->activate_object(consumer_.in());
         const CosNotifyComm::StructuredPushConsumer_var reference = consumer_->_this();
-        eventAccess_ = session->getEventAccess();
+        eventAccess_ = eventAccessOf(session);
         return subscribeAfter(session, reference, inbox_.lastId());
       });
   if (CORBA::is_nil(subscription_)) {

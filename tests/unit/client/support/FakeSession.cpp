@@ -39,12 +39,20 @@ TopoAgent::Subscription_I_ptr FakeSession::subscribe(
 
 TopoAgent::EventAccess_T FakeSession::getEventAccess() {
   const std::lock_guard<std::mutex> lock(mutex_);
-  return eventAccess_;
+  if (!eventAccess_) {
+    throw CORBA::BAD_OPERATION();
+  }
+  return *eventAccess_;
 }
 
 void FakeSession::setEventAccess(TopoAgent::EventAccess_T access) {
   const std::lock_guard<std::mutex> lock(mutex_);
   eventAccess_ = access;
+}
+
+void FakeSession::removeEventAccess() {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  eventAccess_.reset();
 }
 
 CosNotifyComm::StructuredPushConsumer_ptr FakeSession::consumer() {

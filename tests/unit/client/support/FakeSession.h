@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <mutex>
+#include <optional>
 
 #include "orb/idl/TopoAgent.h"
 #include "orb/notification.h"
@@ -25,6 +26,9 @@ class FakeSession final : public virtual POA_TopoAgent::Session_I {
   // Sets the answer of later calls of getEventAccess().
   void setEventAccess(TopoAgent::EventAccess_T access);
 
+  // From now on the session has no operation getEventAccess, as in an agent of an earlier version.
+  void removeEventAccess();
+
   // Subscriptions after a higher id are rejected from now on, as by an agent that has never issued
   // the id.
   void rejectIdsAbove(std::uint64_t id);
@@ -42,7 +46,7 @@ class FakeSession final : public virtual POA_TopoAgent::Session_I {
   CosNotifyComm::StructuredPushConsumer_var consumer_;  // these are guarded by mutex_
   PortableServer::ObjectId_var subscription_;
   std::uint64_t newestId_ = ~std::uint64_t{0};
-  TopoAgent::EventAccess_T eventAccess_ = TopoAgent::EA_ALLOWED;
+  std::optional<TopoAgent::EventAccess_T> eventAccess_ = TopoAgent::EA_ALLOWED;
 };
 
 }  // namespace topoctl

@@ -204,6 +204,13 @@ TEST_F(WatcherTest, SaysThatNoNotificationWillArrive) {
   }
 }
 
+TEST_F(WatcherTest, WatchesASessionWithoutGetEventAccess) {
+  session().removeEventAccess();
+  start();
+  EXPECT_THAT(calls(), ElementsAre("subscribe()", "topo(1000)"));
+  EXPECT_THAT(printed(), ElementsAre(watchingLine(2)));
+}
+
 TEST_F(WatcherTest, ReadsAViewInBatches) {
   access.howMany = 1;
   start();
