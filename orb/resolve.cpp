@@ -174,6 +174,23 @@ CORBA::Object_ptr resolveName(CORBA::ORB_ptr orb, std::string_view reference,
   return object._retn();
 }
 
+bool isHostAndPort(std::string_view text) {
+  const std::size_t colon = text.rfind(':');
+  return colon != std::string_view::npos && colon > 0 && colon + 1 < text.size() &&
+         text.find_first_not_of("0123456789", colon + 1) == std::string_view::npos;
+}
+
+// HOST:PORT is the most frequent mistake: names a wrong port, and the form of an address.
+[[noreturn]] void throwNoScheme(std::string_view text) {
+  std::string reason = "it starts with none of IOR:, corbaloc:, corbaname:";
+  if (isHostAndPort(text)) {
+    const std::string address = ":" + std::string(text);
+    checkPort(address);
+    reason += "; write corbaloc:" + address + "/KEY for the object KEY at this address";
+  }
+  throw MalformedReference(reason);
+}
+
 // REQUIRES: not a corbaname.
 CORBA::Object_ptr parseDirect(CORBA::ORB_ptr orb, std::string_view text,
                               std::chrono::milliseconds timeout) {
@@ -186,7 +203,7 @@ CORBA::Object_ptr parseDirect(CORBA::ORB_ptr orb, std::string_view text,
     }
     return parse(orb, std::string(kIor).append(text.substr(kIor.size())), timeout);
   }
-  throw MalformedReference("it starts with none of IOR:, corbaloc:, corbaname:");
+  throwNoScheme(text);
 }
 
 }  // namespace

@@ -137,9 +137,20 @@ TEST_F(Resolve, ChecksTheFormOfAReferenceWithoutACall) {
 }
 
 TEST_F(Resolve, RejectsOtherSchemes) {
-  for (const std::string reference : {"", "nonsense", "file:///dev/null", "127.0.0.1:1"}) {
+  for (const std::string reference :
+       {"", "nonsense", "file:///dev/null", ":1", "host:", "host:x"}) {
     EXPECT_EQ("it starts with none of IOR:, corbaloc:, corbaname:", reasonAgainst(reference))
         << reference;
+  }
+}
+
+TEST_F(Resolve, ShowsTheFormOfAnAddress) {
+  EXPECT_EQ(
+      "it starts with none of IOR:, corbaloc:, corbaname:; write corbaloc::127.0.0.1:1/KEY for "
+      "the object KEY at this address",
+      reasonAgainst("127.0.0.1:1"));
+  for (const std::string host : {"127.0.0.1", "[::1]", "host"}) {
+    EXPECT_EQ("the port '99999' is not a number from 1 to 65535", reasonAgainst(host + ":99999"));
   }
 }
 

@@ -131,9 +131,16 @@ TEST_F(CallFailures, ExplainAMalformedReference) {
                "corbaname:\n"));
   EXPECT_EQ(
       failureAt("127.0.0.1:2810"),
+      exitWith(
+          1,
+          "topoctl: the reference '127.0.0.1:2810' is malformed: it starts with none of IOR:, "
+          "corbaloc:, corbaname:; write corbaloc::127.0.0.1:2810/KEY for the object KEY at this "
+          "address\n"));
+  EXPECT_EQ(
+      failureAt("127.0.0.1:99999"),
       exitWith(1,
-               "topoctl: the reference '127.0.0.1:2810' is malformed: it starts with none of IOR:, "
-               "corbaloc:, corbaname:\n"));
+               "topoctl: the reference '127.0.0.1:99999' is malformed: the port '99999' is not "
+               "a number from 1 to 65535\n"));
   EXPECT_EQ(
       failureAt("corbaloc::h:1/a b"),
       exitWith(
