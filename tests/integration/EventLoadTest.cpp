@@ -578,61 +578,75 @@ std::string reasonAgainstReload(TopoAgent::Console_I_ptr console) {
   }
 }
 
-TEST(ModuleFile, MayBeOverwrittenWhileTheModuleServes) {
-  Client client;
+// Copies the module to the file and returns the file.
+std::string copyOfModule(const std::string& file) {
+  std::filesystem::copy_file(TOPO_MODULE, file);
+  return file;
+}
+
+// An agent, and a client of it, with a module file that a test replaces.
+struct AgentWithOwnModule {
+  std::size_t nodesSeen() { return integration::nodesSeen(client.manager(agent)); }
+  std::string reasonAgainstReload() { return integration::reasonAgainstReload(console.in()); }
+
+  void expectCleanStop() {
+    const support::Ended ended = agent.stop(SIGTERM);
+    EXPECT_EQ(0, ended.status) << ended.err;
+  }
+
   const support::TemporaryDirectory directory;
-  const std::string module = directory.file("module.so");
-  std::filesystem::copy_file(TOPO_MODULE, module);
-  RunningAgent agent({"--ems-name", "E", "--module", module});
+  const std::string module = copyOfModule(directory.file("module.so"));
+  Client client;
+  RunningAgent agent{{"--ems-name", "E", "--module", module}};
   const TopoAgent::Console_I_var console = client.console(agent);
-  directory.write("module.so", std::string(100000, 'x'));
-  console->createNode(subnetworkNode("a", "", ""));
-  EXPECT_EQ(1U, nodesSeen(client.manager(agent)));
-  EXPECT_EQ("module " + module + ": invalid ELF header", reasonAgainstReload(console.in()));
-  overwrite(module, TOPO_IDL);
-  EXPECT_THAT(reasonAgainstReload(console.in()), testing::HasSubstr("it has no "));
-  EXPECT_EQ(1U, nodesSeen(client.manager(agent)));
-  TopoAgent::Status_T_var status = console->getStatus();
+};
+
+TEST(ModuleFile, MayBeOverwrittenWhileTheModuleServes) {
+  AgentWithOwnModule served;
+  served.directory.write("module.so", std::string(100000, 'x'));
+  served.console->createNode(subnetworkNode("a", "", ""));
+  EXPECT_EQ(1U, served.nodesSeen());
+  EXPECT_EQ("module " + served.module + ": invalid ELF header", served.reasonAgainstReload());
+  overwrite(served.module, TOPO_IDL);
+  EXPECT_THAT(served.reasonAgainstReload(), testing::HasSubstr("it has no "));
+  EXPECT_EQ(1U, served.nodesSeen());
+  TopoAgent::Status_T_var status = served.console->getStatus();
   EXPECT_EQ(TopoAgent::MS_LOADED, status->moduleState);
   EXPECT_EQ(1U, status->moduleLoads);
-  overwrite(module, TOPO_MODULE);
-  EXPECT_EQ("", reasonAgainstReload(console.in()));
-  status = console->getStatus();
+  overwrite(served.module, TOPO_MODULE);
+  EXPECT_EQ("", served.reasonAgainstReload());
+  status = served.console->getStatus();
   EXPECT_EQ(2U, status->moduleLoads);
-  EXPECT_EQ(1U, nodesSeen(client.manager(agent)));
-  const support::Ended ended = agent.stop(SIGTERM);
-  EXPECT_EQ(0, ended.status) << ended.err;
+  EXPECT_EQ(1U, served.nodesSeen());
+  served.expectCleanStop();
 }
 
 TEST(ModuleReloadUnderLoad, CanBeRepeatedAfterAFailure) {
-  Client client;
-  const support::TemporaryDirectory directory;
-  const std::string module = directory.file("module.so");
-  std::filesystem::copy_file(TOPO_MODULE, module);
-  RunningAgent agent({"--ems-name", "E", "--module", module});
-  const TopoAgent::Console_I_var console = client.console(agent);
-  DirectListener listener(client, client.session(agent));
-  overwrite(module, TOPO_REFUSING_MODULE);
-  EXPECT_THAT(reasonAgainstReload(console.in()), testing::HasSubstr("module " + module + ": "));
-  EXPECT_EQ(TopoAgent::MS_MISSING, TopoAgent::Status_T_var(console->getStatus())->moduleState);
-  const CORBA::Object_var manager = client.object(agent.endpoint(), object_key::kManager);
+  AgentWithOwnModule served;
+  DirectListener listener(served.client, served.client.session(served.agent));
+  const std::string prefix = "module " + served.module + ": ";
+  overwrite(served.module, TOPO_REFUSING_MODULE);
+  EXPECT_THAT(served.reasonAgainstReload(), testing::HasSubstr(prefix));
+  EXPECT_EQ(TopoAgent::MS_MISSING,
+            TopoAgent::Status_T_var(served.console->getStatus())->moduleState);
+  const CORBA::Object_var manager =
+      served.client.object(served.agent.endpoint(), object_key::kManager);
   EXPECT_THROW(manager->_non_existent(), CORBA::TRANSIENT);
-  const support::Ended topo = runTopoctl({"--ior-file", agent.iorFile(), "topo"});
+  const support::Ended topo = runTopoctl({"--ior-file", served.agent.iorFile(), "topo"});
   EXPECT_EQ(2, topo.status);
-  EXPECT_THAT(topo.err, testing::HasSubstr(" has no module loaded (module " + module + ": "));
-  console->createNode(subnetworkNode("meanwhile", "", ""));
-  overwrite(module, TOPO_MODULE);
-  console->reloadModule();
-  EXPECT_EQ(1U, nodesSeen(client.manager(agent)));
-  console->createNode(subnetworkNode("after", "", ""));
+  EXPECT_THAT(topo.err, testing::HasSubstr(" has no module loaded (" + prefix));
+  served.console->createNode(subnetworkNode("meanwhile", "", ""));
+  overwrite(served.module, TOPO_MODULE);
+  served.console->reloadModule();
+  EXPECT_EQ(1U, served.nodesSeen());
+  served.console->createNode(subnetworkNode("after", "", ""));
   const std::vector<Heard> heard = listener.inbox().waitForCount(2);
   EXPECT_EQ(layout::kEventsLost, heard[0].type);
   EXPECT_EQ(heard[0].lastLost, heard[0].firstLost);
   EXPECT_EQ(0U, heard[0].lostCount);
   EXPECT_EQ("TopoSubnetwork=after", heard[1].object);
   EXPECT_LT(heard[0].lastLost, heard[1].id);
-  const support::Ended ended = agent.stop(SIGTERM);
-  EXPECT_EQ(0, ended.status) << ended.err;
+  served.expectCleanStop();
 }
 
 }  // namespace
