@@ -14,6 +14,7 @@ fi
 
 python3 scripts/check_tree.py
 python3 scripts/check_behaviour.py
+python3 scripts/check_guide.py
 
 # clang-tidy on our own code; .clang-tidy gives a reason for each disabled check.
 cmake --preset dev >/dev/null

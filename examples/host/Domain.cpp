@@ -8,17 +8,11 @@
 
 using namespace NS_DOMAIN;
 
-TopoData::~TopoData() = default;
-NEData::~NEData() = default;
-DomainFacet::~DomainFacet() = default;
-DomainInterface::~DomainInterface() = default;
-
 namespace {
 
 TopoNode_T makeNode(const std::string& id, const std::string& parent, const std::string& name) {
-  const bool isElement = id.find('=') != std::string::npos;  // such as NE=1
-  return {id, parent, name, "", "", isElement ? kTopoElement : kTopoSubnetwork, kTopoSubnetwork,
-          0,  0,      {}};
+  const auto type = id.find('=') != std::string::npos ? kTopoElement : kTopoSubnetwork;
+  return {id, parent, name, "", "", type, kTopoSubnetwork, 0, 0, {}};
 }
 
 std::mutex mutex;
@@ -32,23 +26,21 @@ auto find(const std::string& id) {
 }
 
 auto existing(const std::string& id) {
-  const auto node = find(id);
-  return node != nodes.end() ? node : throw std::runtime_error("there is no node " + id);
+  return find(id) != nodes.end() ? find(id) : throw std::runtime_error("there is no node " + id);
 }
 
-// Threads of the ORB call the functions. A function may throw a ProcessException only.
-class Domain final : public DomainInterface, DomainFacet, TopoData, NEData {
+// Threads of the ORB call the functions, which may throw ProcessException.
+struct Domain final : DomainInterface, DomainFacet, TopoData, NEData {
   DomainFacet* GetFacet(const std::string&) override { return this; }
   TopoData* GetTopoData() override { return this; }
   NEData* GetNEData() override { return this; }
   void GetAllTopoNodes(TopoNodeHolder* result) override {
     const std::lock_guard lock(mutex);
-    result->Value() = nodes;
+    result->Value().insert(result->Value().end(), nodes.begin(), nodes.end());
   }
-  // Element 1 is a node of the topology; element 4 is not.
   void GetNEIndexList(NEIndexHolder* indexes, const bool& shown) override {
-    indexes->Value() = {{0, 1}};
-    if (!shown) indexes->Value().push_back({0, 4});
+    indexes->Value().push_back({0, 1});
+    if (!shown) indexes->Value().push_back({0, 4});  // is in no node of the topology
   }
   void GetNEList(NEHolder* elements, const std::vector<NEIndex>& indexes) override {
     for (const NEIndex& index : indexes)
@@ -57,12 +49,11 @@ class Domain final : public DomainInterface, DomainFacet, TopoData, NEData {
   // The network has no clocks.
   void GetClockPositionList(const int&, ClockPositionHolder*, IntHolder*) override {}
   void GetClockTopoLinkList(const int&, ClockTopoLinkHolder*, IntHolder*) override {}
-};
+} domain;
 
 }  // namespace
 
-// The events are raised in the order of the changes, so the mutex is locked until an event is
-// queued.
+// The mutex stays locked until the event is queued, so events have the order of the changes.
 void host::createNode(const std::string& id) {
   const std::lock_guard lock(mutex);
   if (id.empty() || find(id) != nodes.end()) throw std::runtime_error("the id cannot be used");
@@ -87,7 +78,4 @@ bool host::hasSubnetwork(const std::string& id) {
   return find(id) != nodes.end() && find(id)->nodeType == kTopoSubnetwork;
 }
 
-void host::publishDomain() {
-  static Domain domain;
-  NS_BUNDLEMGR1::SetIFBuf("DomainInterface", &domain);
-}
+void host::publishDomain() { NS_BUNDLEMGR1::SetIFBuf("DomainInterface", &domain); }

@@ -9,10 +9,6 @@
 #include "platform/event/EventMgr.h"
 #include "platform/security/SecurityIF.h"
 
-TEEventHandler::~TEEventHandler() = default;
-TEEventMgr::~TEEventMgr() = default;
-NS_SECURITY_SERVICE1::SecurityIF::~SecurityIF() = default;
-
 namespace {
 
 class EventManager final : public TEEventMgr {
@@ -21,25 +17,20 @@ class EventManager final : public TEEventMgr {
     change([this] { stopping_ = true; });
     thread_.join();
   }
-
   void Subscribe(TEEventHandler* handler, int eventId, int, int) override {
     change([&] { subscriptions_.emplace(eventId, handler); });
   }
-
   // Waits until the handler has returned, except when the handler itself unsubscribes.
   void UnSubscribe(TEEventHandler* handler, int eventId) override {
     change([&] { subscriptions_.erase({eventId, handler}); });
     wait([&] { return running_ != handler; });
   }
-
   void raise(int eventId, const NS_DOMAIN::TopoNode_T& node) {
     change([&] { queue_.push_back({eventId, node}); });
   }
-
   void drain() {
-    wait([this] { return queue_.empty() && running_ == nullptr; });
+    wait([this] { return queue_.empty(); });
   }
-
   void forgetHandlers() {
     change([this] { subscriptions_.clear(); });
     wait([this] { return running_ == nullptr; });
@@ -52,20 +43,14 @@ class EventManager final : public TEEventMgr {
     make();
     changed_.notify_all();
   }
-
   template <typename Condition>
   void wait(const Condition& condition) {
     std::unique_lock lock(mutex_);
     if (std::this_thread::get_id() != thread_.get_id()) changed_.wait(lock, condition);
   }
-
   void deliver() {
     std::unique_lock lock(mutex_);
-    while (!stopping_) {
-      if (queue_.empty()) {
-        changed_.wait(lock);
-        continue;
-      }
+    while (changed_.wait(lock, [this] { return stopping_ || !queue_.empty(); }), !stopping_) {
       const auto [eventId, node] = queue_.front();
       for (const auto& [subscribedId, handler] : std::set(subscriptions_)) {
         if (subscribedId != eventId || subscriptions_.count({eventId, handler}) == 0) continue;
@@ -74,6 +59,7 @@ class EventManager final : public TEEventMgr {
         handler->HandleEvent(eventId, 0, {{node}});
         lock.lock();
         running_ = nullptr;
+        changed_.notify_all();
       }
       queue_.pop_front();
       changed_.notify_all();
@@ -83,33 +69,24 @@ class EventManager final : public TEEventMgr {
   std::mutex mutex_;
   std::condition_variable changed_;
   std::set<std::pair<int, TEEventHandler*>> subscriptions_;
-  std::deque<std::pair<int, NS_DOMAIN::TopoNode_T>> queue_;
+  std::deque<std::pair<int, NS_DOMAIN::TopoNode_T>> queue_;  // the first event is being delivered
   TEEventHandler* running_ = nullptr;
   bool stopping_ = false;
   std::thread thread_{[this] { deliver(); }};
 };
 
-EventManager& events() {
-  static EventManager instance;
-  return instance;
-}
-
-class Security final : public NS_SECURITY_SERVICE1::SecurityIF {
+struct Security final : NS_SECURITY_SERVICE1::SecurityIF {
   bool isEventAccessAllowed() override { return true; }
   void setAccessIdentity(const std::string&) override {}
   void setAccessLevel(const int&) override {}
-};
+} security;
+
+EventManager events;
 
 }  // namespace
 
-TEEventMgr* TEEventMgr::Instance() { return &events(); }
-void host::raiseEvent(int eventId, const NS_DOMAIN::TopoNode_T& node) {
-  events().raise(eventId, node);
-}
-void host::drainEvents() { events().drain(); }
-void host::forgetEventHandlers() { events().forgetHandlers(); }
-
-void host::publishSecurity() {
-  static Security security;
-  NS_BUNDLEMGR1::SetIFBuf("SecurityIF", &security);
-}
+TEEventMgr* TEEventMgr::Instance() { return &events; }
+void host::raiseEvent(int id, const NS_DOMAIN::TopoNode_T& node) { events.raise(id, node); }
+void host::drainEvents() { events.drain(); }
+void host::forgetEventHandlers() { events.forgetHandlers(); }
+void host::publishSecurity() { NS_BUNDLEMGR1::SetIFBuf("SecurityIF", &security); }

@@ -2,6 +2,7 @@
 #ifndef HOST_H
 #define HOST_H
 #include <string>
+#include "orb/corba.h"
 #include "orb/idl/globaldefs.h"
 #include "platform/domain/DomainRecords.h"
 

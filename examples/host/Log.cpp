@@ -1,7 +1,6 @@
 // platform/agent/Logging.h: the log, on standard error.
 #include <cstdarg>
 #include <cstdio>
-#include <iostream>
 #include "platform/agent/Logging.h"
 
 NS_CORBA::LogPosition* NS_CORBA::GetTss() {
@@ -10,8 +9,8 @@ NS_CORBA::LogPosition* NS_CORBA::GetTss() {
 }
 
 void NS_CORBA::TaDebug(int level, const char* text) {
-  const std::string position = GetTss()->file + ":" + std::to_string(GetTss()->line);
-  if (level <= kLogError) std::cerr << position + " " + text + "\n";
+  if (level <= kLogError)
+    std::fprintf(stderr, "%s:%d %s\n", GetTss()->file.c_str(), GetTss()->line, text);
 }
 
 void NS_CORBA::TaDebugWithPara(int level, const char* format, ...) {
@@ -23,4 +22,4 @@ void NS_CORBA::TaDebugWithPara(int level, const char* format, ...) {
   TaDebug(level, text);
 }
 
-void NS_CORBA::NbiException(ProcessException& e) { TaDebug(kLogError, e.detail.str().c_str()); }
+void NS_CORBA::NbiException(ProcessException& failure) { TaDebug(kLogError, failure.what()); }

@@ -1,9 +1,9 @@
 // Loads and unloads the module through the ACE Service Configurator.
+#include <stdexcept>
 #include "Host.h"
 #include "ace/DLL_Manager.h"
 #include "ace/Service_Config.h"
 #include "ace/Service_Repository.h"
-#include "platform/framework/ProcessException.h"
 
 using PortableServer::POA, PortableServer::POA_ptr, PortableServer::POA_var;
 
@@ -17,8 +17,6 @@ bool isLoaded() { return ACE_Service_Repository::instance()->find("zu_corba_topo
 std::string process(const std::string& directive) try {
   const int result = ACE_Service_Config::process_directive(directive.c_str());
   return result == 0 && isLoaded() ? "" : "run with ACE_DEBUG=1 for the reason";
-} catch (ProcessException& failure) {
-  return "code " + std::to_string(failure.errorCode) + " " + failure.detail.str();
 } catch (const std::exception& failure) {
   return failure.what();
 } catch (const CORBA::Exception& failure) {

@@ -5,8 +5,6 @@
 using namespace NS_CORBA;
 using globaldefs::NVSList_T;
 
-CorbaUtilInterface::~CorbaUtilInterface() = default;
-
 namespace {
 
 constexpr CORBA::ULong kInvalid = host::kFailure + globaldefs::EXCPT_INVALID_INPUT;
@@ -21,8 +19,8 @@ CORBA::ULong setName(NVSList_T& name, const char* objectClass, const std::string
   return 0;
 }
 
-// Threads of the ORB call the functions. An exception of a function ends the process.
-class Naming final : public CorbaUtilInterface {
+// Threads of the ORB call the functions, which must not throw.
+struct Naming final : CorbaUtilInterface {
   int GetObjectType(const NVSList_T& name) override {
     std::string id;
     return Name2Index(id, name) == 0 && host::hasSubnetwork(id) ? kTopoSubnetworkType : 0;
@@ -46,13 +44,9 @@ class Naming final : public CorbaUtilInterface {
     id = objectClass == "TopoSubnetwork" ? value : prefix + value;
     return 0;
   }
-  // No object has a label.
   CORBA::ULong GetObjectLabelInfo(ObjectLabelInfo&, const std::string&, int) override { return 0; }
-};
+} naming;
 
 }  // namespace
 
-void host::publishNaming() {
-  static Naming naming;
-  NS_BUNDLEMGR1::SetIFBuf("CorbaUtilInterface", &naming);
-}
+void host::publishNaming() { NS_BUNDLEMGR1::SetIFBuf("CorbaUtilInterface", &naming); }

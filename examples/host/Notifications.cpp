@@ -7,11 +7,10 @@
 
 using namespace notification_layout;
 using CosNotification::StructuredEvent, globaldefs::NVSList_T, NS_CORBA::TANotification;
-using CosNotifyComm::StructuredPushConsumer, CosNotifyComm::StructuredPushConsumer_var;
 
 namespace {
 
-StructuredPushConsumer_var consumer;
+CosNotifyComm::StructuredPushConsumer_var consumer;
 
 CORBA::Any& addField(StructuredEvent& event, const char* name) {
   const CORBA::ULong last = event.filterable_data.length();
@@ -22,10 +21,9 @@ CORBA::Any& addField(StructuredEvent& event, const char* name) {
 
 StructuredEvent makeEvent(const char* type, const NVSList_T& name, bool edgePointRelated) {
   static unsigned long id = 0;
-  const std::time_t seconds = std::time(nullptr);
-  std::tm utc{};
-  char now[32];
-  std::strftime(now, sizeof now, "%Y%m%d%H%M%S.0Z", gmtime_r(&seconds, &utc));
+  const std::time_t time = std::time(nullptr);
+  char now[32] = "";
+  std::strftime(now, sizeof now, "%Y%m%d%H%M%S.0Z", std::gmtime(&time));
   StructuredEvent event;
   event.header.fixed_header.event_type.domain_name = CORBA::string_dup(kDomain);
   event.header.fixed_header.event_type.type_name = CORBA::string_dup(type);
@@ -45,7 +43,7 @@ void push(const StructuredEvent& event) {
 }  // namespace
 
 void host::setConsumer(CORBA::Object_ptr object) {
-  consumer = StructuredPushConsumer::_unchecked_narrow(object);
+  consumer = CosNotifyComm::StructuredPushConsumer::_unchecked_narrow(object);
 }
 
 void TANotification::OnObjectCreated(const NVSList_T& name, const CORBA::Any& object, bool edge) {

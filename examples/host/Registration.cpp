@@ -8,8 +8,6 @@
 using namespace NS_CORBA;
 using PortableServer::ObjectId_var, PortableServer::string_to_ObjectId;
 
-MgrFactory::~MgrFactory() = default;
-
 namespace {
 
 std::map<std::string, MgrFactory*> factories;  // the module owns the factories
@@ -21,12 +19,20 @@ std::map<std::string, MgrFactory*> factories;  // the module owns the factories
   throw failure;
 }
 
+template <typename Config>
+Config* instanceOf() {
+  static Config instance;
+  return &instance;
+}
+
 }  // namespace
 
 CorbaBaseAgentConfig* CorbaBaseAgentConfig::Instance() {
-  static CorbaBaseAgentConfig instance;
-  return &instance;
+  return instanceOf<CorbaBaseAgentConfig>();
 }
+CorbaAgentConfig* CorbaAgentConfig::Instance() { return instanceOf<CorbaAgentConfig>(); }
+std::string CorbaBaseAgentConfig::EmsName() { return host::kEmsName; }
+bool CorbaAgentConfig::GetTestSwitch() { return false; }
 
 void CorbaBaseAgentConfig::RegisterMgr(const char* name, MgrFactory* factory) {
   if (!factories.emplace(name, factory).second) fail("the name of a manager is in use");
@@ -36,25 +42,14 @@ void CorbaBaseAgentConfig::UnregisterMgr(const char* name) {
   if (factories.erase(name) == 0) fail("no manager has this name");
 }
 
-std::string CorbaBaseAgentConfig::EmsName() { return host::kEmsName; }
-
-CorbaAgentConfig* CorbaAgentConfig::Instance() {
-  static CorbaAgentConfig instance;
-  return &instance;
-}
-
 // Drops the creation reference in any case. The POA has a reference of its own.
-void CorbaAgentConfig::RegisterServant(const char* name, POA_common::Common_I* servant) {
+void CorbaAgentConfig::RegisterServant(const char* name, POA_common::Common_I* servant) try {
   if (servant == nullptr) fail("there is no servant");
   const PortableServer::ServantBase_var owned = servant;
-  try {
-    host::managerPoa->activate_object_with_id(ObjectId_var(string_to_ObjectId(name)).in(), servant);
-  } catch (const CORBA::Exception& failure) {
-    fail(failure._name());
-  }
+  host::managerPoa->activate_object_with_id(ObjectId_var(string_to_ObjectId(name)).in(), servant);
+} catch (const CORBA::Exception& failure) {
+  fail(failure._name());
 }
-
-bool CorbaAgentConfig::GetTestSwitch() { return false; }
 
 std::string host::managerReference(CORBA::ORB_ptr orb) {
   if (factories.empty()) throw std::runtime_error("no manager is registered");

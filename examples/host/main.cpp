@@ -12,8 +12,7 @@ struct RunningOrb {
   RunningOrb(int argc, char** argv) : orb(host::startOrb(argc, argv)) {
     const CORBA::Object_var object = orb->resolve_initial_references("RootPOA");
     root = PortableServer::POA::_narrow(object.in());
-    const PortableServer::POAManager_var manager = root->the_POAManager();
-    manager->activate();
+    PortableServer::POAManager_var(root->the_POAManager())->activate();
     thread = std::thread([this] { run(); });
   }
   ~RunningOrb() {
@@ -24,7 +23,7 @@ struct RunningOrb {
     orb->destroy();
   }
   void run() try { orb->run(); } catch (const CORBA::BAD_INV_ORDER&) {
-    // The ORB was shut down before.
+    // The ORB was shut down before the call.
   }
   const CORBA::ORB_var orb;
   PortableServer::POA_var root;
@@ -40,16 +39,14 @@ std::string answer(const std::string& line, const char* module, RunningOrb& runn
   static const std::map<std::string, void (*)(const std::string&)> changes = {
       {"create", host::createNode}, {"change", host::changeNode}, {"delete", host::deleteNode}};
   const std::string verb = line.substr(0, line.find(' '));
-  const std::string argument = line.substr(std::min(verb.size() + 1, line.size()));
   if (verb == "load") return "ok " + load(module, running);
-  if (changes.count(verb) == 1) {
-    changes.at(verb)(argument);
-    host::drainEvents();
-  } else if (verb == "unload" || verb == "quit") {
+  if (verb == "unload" || verb == "quit") {
     host::unload();
-  } else {
-    return "failed unknown request";
+    return "ok";
   }
+  if (changes.count(verb) == 0) return "failed unknown request";
+  changes.at(verb)(line.substr(std::min(verb.size() + 1, line.size())));
+  host::drainEvents();
   return "ok";
 }
 
@@ -67,13 +64,11 @@ int main(int argc, char** argv) try {
   host::publishSecurity();
   const std::string reference = load(argv[1], running);
   std::cout << "ready " << reference << std::endl;
-  for (std::string line; line != "quit" && std::getline(std::cin, line);) {
-    try {
+  for (std::string line; line != "quit" && std::getline(std::cin, line);) try {
       std::cout << answer(line, argv[1], running) << std::endl;
     } catch (const std::runtime_error& failure) {
       std::cout << "failed " << failure.what() << std::endl;
     }
-  }
   return 0;
 } catch (const std::exception& failure) {
   std::cerr << failure.what() << std::endl;

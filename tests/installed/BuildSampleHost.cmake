@@ -27,7 +27,8 @@ file(REMOVE_RECURSE "${failing}")
 file(COPY "${sample}/" DESTINATION "${failing}")
 replace("${failing}/Registration.cpp" "GetTestSwitch() { return false; }" "GetTestSwitch() { return true; }")
 replace("${failing}/Domain.cpp" "#include <mutex>" "#include <mutex>\n#include \"platform/framework/ProcessException.h\"")
-replace("${failing}/Domain.cpp" "result->Value() = nodes;"
+set(read "result->Value().insert(")
+replace("${failing}/Domain.cpp" "${read}"
   "static int calls = 0;
     if (++calls == 2) {
       ProcessException failure;
@@ -35,5 +36,5 @@ replace("${failing}/Domain.cpp" "result->Value() = nodes;"
       failure.detail << \"no network\";
       throw failure;
     }
-    result->Value() = nodes;")
+    ${read}")
 build("${failing}" "${OUT}/failing")
