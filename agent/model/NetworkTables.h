@@ -1,8 +1,9 @@
 // The records of the network, with indexes to find records and links between records. Part of the
 // model.
 //
-// A change has two steps. prepare...() does all work that can fail and changes no record. apply()
-// neither allocates nor throws. A prepared change is valid until another change is applied.
+// A change has two steps. prepare...() does all work that can fail and changes no record
+// (PrepareChange.cpp). apply() neither allocates nor throws (ApplyChange.cpp). A prepared change is
+// valid until another change is applied.
 //
 // Adding a record and removing a node take constant time on average, independent of the size of the
 // network.
