@@ -22,8 +22,12 @@ struct RunningOrb {
     host::setConsumer(CORBA::Object::_nil());
     orb->destroy();
   }
-  void run() try { orb->run(); } catch (const CORBA::BAD_INV_ORDER&) {
-    // The ORB was shut down before the call.
+  void run() {
+    try {
+      orb->run();
+    } catch (const CORBA::BAD_INV_ORDER&) {
+      // The ORB was shut down before the call.
+    }
   }
   const CORBA::ORB_var orb;
   PortableServer::POA_var root;
@@ -64,11 +68,13 @@ int main(int argc, char** argv) try {
   host::publishSecurity();
   const std::string reference = load(argv[1], running);
   std::cout << "ready " << reference << std::endl;
-  for (std::string line; line != "quit" && std::getline(std::cin, line);) try {
+  for (std::string line; line != "quit" && std::getline(std::cin, line);) {
+    try {
       std::cout << answer(line, argv[1], running) << std::endl;
     } catch (const std::runtime_error& failure) {
       std::cout << "failed " << failure.what() << std::endl;
     }
+  }
   return 0;
 } catch (const std::exception& failure) {
   std::cerr << failure.what() << std::endl;
