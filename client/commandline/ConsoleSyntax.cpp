@@ -24,9 +24,32 @@ void addNodeOptions(CLI::App& command) {
   addText(command, kParentKind, "KIND",
           "What the parent is: subnetwork or element; the agent knows unless given");
   addText(command, kName, "NAME", "The name that people see; must be given");
-  addText(command, kKind, "KIND", "What it is: subnetwork (unless given) or element");
+  addText(
+      command, kKind, "KIND",
+      "What it is: subnetwork or element; unless given, as the class in ID says, or a subnetwork");
   addText(command, kParams, "A,B", "Its two numbers; 0,0 unless given");
   addPairs(command, kAttribute, "An attribute; once for each, in order");
+}
+
+// The kind that an ID in the spelling of tables contains.
+std::optional<NodeKind> spelledKind(const std::string& id) {
+  if (id.rfind("ManagedElement=", 0) == 0) {
+    return NodeKind::kElement;
+  }
+  if (id.rfind("TopoSubnetwork=", 0) == 0) {
+    return NodeKind::kSubnetwork;
+  }
+  return std::nullopt;
+}
+
+NodeKind readNewKind(const CLI::App& command, const std::string& id) {
+  const std::optional<NodeKind> spelled = spelledKind(id);
+  const NodeKind kind = readKind(command, kKind, spelled.value_or(NodeKind::kSubnetwork));
+  if (spelled && kind != *spelled) {
+    usageError("--kind: '" + id + "' is not the name of " +
+               (kind == NodeKind::kElement ? "an element" : "a subnetwork"));
+  }
+  return kind;
 }
 
 void readNewNode(const CLI::App& command, const Words& words, Arguments& arguments) {
@@ -39,7 +62,7 @@ void readNewNode(const CLI::App& command, const Words& words, Arguments& argumen
   node.parent = lastTyped(command, kParent).value_or("");
   node.parentKind = readKind(command, kParentKind, NodeKind::kOfParent);
   node.name = lastTyped(command, kName).value_or("");
-  node.kind = readKind(command, kKind, NodeKind::kSubnetwork);
+  node.kind = readNewKind(command, node.id);
   node.params = readNumbers(command, kParams).value_or(TypedNumbers());
   node.attributes = readPairs(command, kAttribute);
 }

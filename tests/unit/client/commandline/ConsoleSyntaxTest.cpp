@@ -100,6 +100,21 @@ TEST(ConsoleSyntax, AcceptsTheSpellingOfObjectsInTables) {
   EXPECT_EQ(parsed({"node", "rename", "NE=7", "ManagedElement=8"}).node.name, "ManagedElement=8");
 }
 
+TEST(ConsoleSyntax, TakesTheKindOfANewNodeFromItsName) {
+  const auto kindOf = [](const std::string& id) {
+    return parsed({"node", "create", id, "--name", "x"}).node.kind;
+  };
+  EXPECT_EQ(NodeKind::kElement, kindOf("ManagedElement=7"));
+  EXPECT_EQ(NodeKind::kSubnetwork, kindOf("TopoSubnetwork=7"));
+  EXPECT_EQ(NodeKind::kSubnetwork, kindOf("NE=7"));
+  EXPECT_EQ(
+      "--kind: 'ManagedElement=7' is not the name of a subnetwork",
+      usageErrorOf({"node", "create", "ManagedElement=7", "--name", "x", "--kind", "subnetwork"}));
+  EXPECT_EQ(
+      "--kind: 'TopoSubnetwork=7' is not the name of an element",
+      usageErrorOf({"node", "create", "TopoSubnetwork=7", "--name", "x", "--kind", "element"}));
+}
+
 // ---- other commands
 
 TEST(ConsoleSyntax, RejectsMissingArgumentsOfOtherCommands) {
