@@ -1,5 +1,5 @@
 # The installed tree, described in docs/sdk.md. It can be moved. Its components:
-#   module   the module, and the library of its interface
+#   module   the module, and the libraries that the module and other agents use
 #   sdk      headers, IDL and the CMake package TopoManager, for the developers of an agent; needs module
 #   agent    topo-agentd and topoctl; needs module
 #   doc      the documents
@@ -19,15 +19,14 @@ set_target_properties(zu_corba_topo topo_agent topo_agent_idl topo_host_defaults
 set_target_properties(topo_idl PROPERTIES EXPORT_NAME idl)
 set_target_properties(topo_platform PROPERTIES EXPORT_NAME platform)
 set_target_properties(zu_corba_topo PROPERTIES EXPORT_NAME module)
-install(TARGETS topo_idl EXPORT TopoManagerTargets COMPONENT module)
+set_target_properties(topo_host_defaults PROPERTIES EXPORT_NAME host_defaults)
+install(TARGETS topo_idl topo_host_defaults EXPORT TopoManagerTargets COMPONENT module)
 install(TARGETS zu_corba_topo EXPORT TopoManagerTargets
   LIBRARY DESTINATION "${TOPO_INSTALL_PRIVATEDIR}" COMPONENT module)
 
 # sdk: files are included as they are in this repository; the ORB's generated headers through their wrappers.
 set(orb_headers "orb/${TOPO_ORB}/include/orb")
 install(TARGETS topo_platform EXPORT TopoManagerTargets)
-set_target_properties(topo_host_defaults PROPERTIES EXPORT_NAME host_defaults)
-install(TARGETS topo_host_defaults EXPORT TopoManagerTargets COMPONENT module)
 install(DIRECTORY include/platform DESTINATION "${TOPO_INSTALL_INCLUDEDIR}" COMPONENT sdk
   FILES_MATCHING PATTERN "*.h")
 install(FILES "${orb_headers}/corba.h" "${orb_headers}/notification.h"

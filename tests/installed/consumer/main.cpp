@@ -1,4 +1,5 @@
-// Uses the stubs and a contract, so that the program links and runs with the installed library.
+// Uses the stubs and a default definition of a contract, so that the program links and runs with
+// the installed libraries.
 
 #include <iostream>
 #include <string>
@@ -19,6 +20,11 @@ int main() {
   any <<= name;
   const globaldefs::NVSList_T* read = nullptr;
   if (!(any >>= read) || (*read)[0].name.in() != std::string("EMS")) {
+    return 1;
+  }
+  ProcessException failure;
+  failure.errorCode = 7;
+  if (failure.what() != std::string("code 7")) {
     return 1;
   }
   std::cout << "built on " << USED_ORB << " and ACE " << USED_ACE << '\n';
