@@ -24,6 +24,24 @@ Words wordsOf(const CLI::App& command, const ArgumentSyntax& syntax) {
   return words;
 }
 
+// " [--FLAG] [--OPTION TYPE] [--LIST TYPE]..." for the options of the command alone.
+std::string usageOfOptions(const ArgumentSyntax& syntax) {
+  if (syntax.addOptions == nullptr) {
+    return "";
+  }
+  CLI::App command;
+  command.set_help_flag();
+  syntax.addOptions(command);
+  std::string usage;
+  for (const CLI::Option* option : command.get_options()) {
+    const bool isFlag = option->get_items_expected_max() == 0;
+    const bool isList = option->get_multi_option_policy() == CLI::MultiOptionPolicy::TakeAll;
+    usage += " [" + option->get_name() + (isFlag ? "" : " " + option->get_type_name()) + "]" +
+             (isList ? "..." : "");
+  }
+  return usage;
+}
+
 }  // namespace
 
 const std::vector<CommandSyntax>& commandSyntax() {
@@ -53,7 +71,7 @@ std::string usageOf(const CommandSyntax& command) {
   for (const Place& place : command.arguments.places) {
     usage += std::string(" ") + place.name;
   }
-  return usage + (command.arguments.addOptions == nullptr ? "" : " [OPTION...]");
+  return usage + usageOfOptions(command.arguments);
 }
 
 const std::vector<Group>& commandGroups() {

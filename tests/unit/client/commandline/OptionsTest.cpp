@@ -154,6 +154,17 @@ TEST(Options, ShowOnlyTheUsageOfTheTypedCommand) {
             "--how-many: 'x' is not a number from 0 to 4294967295");
 }
 
+TEST(Options, ShowTheOptionsOfTheTypedCommandInItsUsage) {
+  EXPECT_EQ(usageError({"node", "change", "7"}),
+            "node change: an option is missing; usage: topoctl node change ID [--params A,B] "
+            "[--attribute NAME=VALUE]... [--no-attributes]");
+  EXPECT_EQ(usageError({"import"}),
+            "import: a FILE is missing; usage: topoctl import FILE [--replace] [--dry-run] "
+            "[--first-element N]");
+  EXPECT_EQ(usageError({"clock-link", "delete"}),
+            "clock-link delete: an ID is missing; usage: topoctl clock-link delete ID");
+}
+
 TEST(Options, AreReadBeforeAndAfterACommandOfTwoWords) {
   for (const auto& options : {parseOptions({"--format", "csv", "module", "reload"}, ""),
                               parseOptions({"module", "--format", "csv", "reload"}, ""),
