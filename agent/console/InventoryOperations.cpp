@@ -83,7 +83,7 @@ void ConsoleServant::renameElement(CORBA::Long number, const char* name) {
 
 void ConsoleServant::setElementShown(CORBA::Long number, CORBA::Boolean isShown) {
   performChange(
-      "setElementShown", [&] { return std::to_string(number); },
+      "setElementShown", [&] { return std::to_string(number) + (isShown ? " yes" : " no"); },
       [&] { return inventory_.setElementShown(number, isShown); });
 }
 

@@ -490,6 +490,21 @@ TEST_F(AgentConsole, LogsChangesAtLevelTwo) {
   EXPECT_THAT(text, Not(HasSubstr("none")));
 }
 
+TEST_F(AgentConsole, LogsChangesOfRecordsAtLevelTwo) {
+  support::CapturedLog log(agent::kLogEvents);
+  console_.createNode(newNode("a", ""));
+  console_.createNode(newNode("b", ""));
+  console_.moveNode("b", "a", TopoAgent::NK_OF_PARENT);
+  console_.createElement({5, "Five", false});
+  console_.setElementShown(5, true);
+  console_.setElementShown(5, false);
+  const std::string text = log.text();
+  for (const char* line : {"moveNode \"b\" below \"a\"", "createElement 5", "setElementShown 5 yes",
+                           "setElementShown 5 no"}) {
+    EXPECT_THAT(text, HasSubstr(std::string("this process: ") + line + "\n"));
+  }
+}
+
 TEST_F(AgentConsole, LogsRefusalsAtLevelThree) {
   support::CapturedLog log(agent::kLogTraces);
   refusalOf([&] { console_.deleteNode("none"); });
