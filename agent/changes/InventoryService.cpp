@@ -4,8 +4,8 @@
 #include <utility>
 
 #include "agent/base/FailureCodes.h"
-#include "agent/base/PrintableText.h"
 #include "agent/base/TextChecks.h"
+#include "agent/changes/RecordNames.h"
 #include "agent/changes/ServiceOutcome.h"
 
 namespace agent {
@@ -14,22 +14,6 @@ namespace {
 using NS_DOMAIN::ClockPositionInfo_T;
 using NS_DOMAIN::ClockTopoLinkInfo_T;
 using Change = NetworkWriter::Change;
-
-std::string elementNamed(std::int32_t number) {
-  return "network element " + std::to_string(number);
-}
-
-std::string positionNamed(const std::string& reference) {
-  return "clock position " + inQuotes(reference);
-}
-
-std::string linkNamed(const std::string& id) {
-  return "clock link " + inQuotes(id);
-}
-
-std::string labelOf(const ObjectKey& key) {
-  return "label of the object " + std::to_string(key.type) + ' ' + inQuotes(key.id);
-}
 
 struct Field {
   const char* name;
@@ -248,7 +232,7 @@ Outcome InventoryService::removeClockLink(const std::string& id) {
 // --- Labels.
 
 Outcome InventoryService::setLabel(const ObjectKey& key, std::string_view label) {
-  const auto subject = [&] { return labelOf(key); };
+  const auto subject = [&] { return labelNamed(key); };
   return outcomeOf(subject, [&] {
     Outcome checked = checkFields(subject(), {{"id", key.id}, {"text", label}});
     if (checked.ok() && label.empty()) {
@@ -262,7 +246,7 @@ Outcome InventoryService::setLabel(const ObjectKey& key, std::string_view label)
 }
 
 Outcome InventoryService::removeLabel(const ObjectKey& key) {
-  const auto subject = [&] { return labelOf(key); };
+  const auto subject = [&] { return labelNamed(key); };
   return outcomeOf(subject, [&]() -> Outcome {
     Change change(writer_);
     if (!change.model().hasLabel(key)) {

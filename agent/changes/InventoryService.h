@@ -50,8 +50,8 @@ class InventoryService {
   // EVENT_TOPO_NODE_CHANGED with the topology nodes that get a different name.
   Outcome renameElement(std::int32_t number, std::string_view name);
 
-  // Declares whether the topology shows the element as a node of its own. An element with a
-  // topology node remains shown until its last node is removed.
+  // Declares whether the topology shows the element as a separate node. An element with a topology
+  // node remains shown until its last node is removed.
   Outcome setElementShown(std::int32_t number, bool shown);
 
   // The topology nodes and clock positions of the element remain.

@@ -7,6 +7,7 @@
 #include "agent/base/FailureCodes.h"
 #include "agent/base/PrintableText.h"
 #include "agent/base/TextChecks.h"
+#include "agent/changes/RecordNames.h"
 #include "agent/network/ManagedObjects.h"
 #include "agent/network/NetworkChecks.h"
 #include "hash/SaltedHash.h"
@@ -145,16 +146,16 @@ class Duplicates {
 
   static std::string description(const TopoNode_T& node) { return nodeNamed(node.nodeId); }
   static std::string description(const NetworkElement& element) {
-    return "network element " + std::to_string(element.number);
+    return elementNamed(element.number);
   }
   static std::string description(const NS_DOMAIN::ClockPositionInfo_T& position) {
-    return "clock position " + inQuotes(position.reference);
+    return positionNamed(position.reference);
   }
   static std::string description(const NS_DOMAIN::ClockTopoLinkInfo_T& link) {
-    return "clock link " + inQuotes(link.linkId);
+    return linkNamed(link.linkId);
   }
   static std::string description(const ObjectLabel& label) {
-    return "a label of the object " + std::to_string(label.type) + ' ' + inQuotes(label.id);
+    return "a " + labelNamed({label.type, label.id});
   }
 
   const NetworkModel& model_;
@@ -204,10 +205,6 @@ void clearUnstored(NS_DOMAIN::ClockTopoLinkInfo_T& link) {
 }
 
 }  // namespace
-
-std::string nodeNamed(const std::string& id) {
-  return "node " + inQuotes(id);
-}
 
 Outcome checkNewNetwork(const Network& network, const NetworkPlaces& places, NetworkExtent extent) {
   if (Outcome texts = checkTexts(network, places); !texts.ok()) {

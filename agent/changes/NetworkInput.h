@@ -16,13 +16,10 @@ namespace agent {
 // Thread-safety of all functions: any thread. Errors: the reason of an Outcome about a network
 // begins with "PLACE: "; std::bad_alloc.
 
-// A node as messages name it: node "ID".
-std::string nodeNamed(const std::string& id);
-
 enum class NetworkExtent { kPart, kWhole };
 
-// Checks the texts of all records and the relations between the records. kPart: the network is to
-// be added to another network, so parents may be missing. Fails with kInvalidName.
+// Checks the texts of all records and the relations between the records. kPart: an addition to
+// another network, so parents may be missing. Fails with kInvalidName.
 Outcome checkNewNetwork(const Network& network, const NetworkPlaces& places, NetworkExtent extent);
 
 // --- Checks against the model. Their results are valid until the end of the change.

@@ -7,6 +7,7 @@
 #include "agent/base/TextChecks.h"
 #include "agent/changes/AttributeService.h"
 #include "agent/changes/NetworkInput.h"
+#include "agent/changes/RecordNames.h"
 #include "agent/changes/ServiceOutcome.h"
 #include "agent/network/NetworkChecks.h"
 

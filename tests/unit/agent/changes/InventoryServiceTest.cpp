@@ -169,7 +169,7 @@ TEST_F(InventoryServiceTest, CreatesChangesAndRemovesAClockPosition) {
   EXPECT_EQ(NodeEvents(), host_->events());
 }
 
-// A record that is removed and created again goes to the end of the linked list of its object.
+// A record that is removed and created again is the last entry in the linked list of its object.
 TEST_F(InventoryServiceTest, RenamesTheClockPositionsThatRemain) {
   expectDone(service().createClockPosition(positionOf("SEC=1", "Third")));
   for (const std::string reference : {"SSU=1", "NE=1"}) {

@@ -451,7 +451,7 @@ TEST_F(NetworkReplacement, LeavesAModelThatCanBeChanged) {
   EXPECT_EQ(host_.stored(), host_.seen());
 }
 
-// --- Reading what is to be imported.
+// --- Reading imported files.
 
 TEST(PartReader, AcceptsParentsOutsideOfTheContent) {
   const std::string content = withFormat(R"("topoNodes": [{"id": "x", "parent": "elsewhere"}])");
