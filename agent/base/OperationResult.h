@@ -23,7 +23,7 @@ struct [[nodiscard]] Outcome {
 };
 
 // The value of an operation, or the Outcome of its failure. Both convert to a Result, so that a
-// function returns either of the two. A plain value. Errors: none of its own.
+// function returns either of the two. A plain value.
 template <typename Value>
 class [[nodiscard]] Result {
  public:

@@ -25,9 +25,9 @@ namespace agent {
 // Reads and checks a whole network.
 Result<Network> readNetworkFile(const std::filesystem::path& file);
 
-// Reads and checks content that is to be added to another network, so that parents may be missing.
-// name: of a file or of anything else, for messages and for a graph without a label. numbering: of
-// the elements of a graph; content of the native format is refused with a numbering.
+// Reads and checks content for an addition to another network: parents may be missing. name: of a
+// file or of anything else, for messages and for a graph without a label. numbering: of the
+// elements of a graph; content of the native format is refused with a numbering.
 Result<PlacedNetwork> readNetwork(const std::string& name, std::string_view content,
                                   std::optional<GraphmlNumbering> numbering = std::nullopt,
                                   const Cancellation& cancellation = Cancellation::none());

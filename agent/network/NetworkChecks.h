@@ -22,7 +22,7 @@ namespace agent {
 // id, and no two nodes have the same name for clients.
 Outcome checkNetwork(const Network& network);
 
-// As checkNetwork(), for a network that is to be added to another network: a parent may be missing.
+// As checkNetwork(), but for an addition to another network: a parent may be missing.
 Outcome checkPart(const Network& network);
 
 // The reasons to refuse a node of the type element: the id has no number; or the node `other` has

@@ -16,7 +16,7 @@ namespace agent {
 //   - when the channel has deleted the proxy: from the channel at the configured reference,
 //   - when the proxy is unreachable, the reference is a corbaname, and the name is bound to another
 //     address: from the channel at that address.
-// Otherwise keeps an unreachable proxy, because the channel may come back with the same proxies.
+// Otherwise keeps an unreachable proxy, because a restarted channel may have the same proxies.
 //
 // Connects without a supplier object: the channel need not reach the agent, and the next push
 // detects a disconnected proxy.

@@ -40,7 +40,7 @@ class EventQueue {
 
   explicit EventQueue(Limits limits);
 
-  // Appends a notification. A notification that alone exceeds the limit of bytes becomes a gap and
+  // Appends a notification. A notification that is larger than the limit of bytes becomes a gap and
   // evicts nothing.
   void push(Notification notification);
 

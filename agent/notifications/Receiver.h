@@ -149,7 +149,7 @@ class Receiver {
   std::condition_variable workArrived_;  // an entry in queue_, or stopping_
   std::condition_variable drained_;      // isDrainedLocked(), stopping_ or kDown
   EventQueue queue_ GUARDED_BY(mutex_);
-  // Taken from queue_, not yet delivered. Written by the receiver's thread alone.
+  // Taken from queue_, not yet delivered. Only the receiver's thread writes current_.
   std::optional<Delivery> current_ GUARDED_BY(mutex_);
   Link link_ GUARDED_BY(mutex_) = Link::kNew;
   // queue_ has evicted notifications since queue_ was last empty.

@@ -45,7 +45,7 @@ void stamp(CosNotification::StructuredEvent& event, std::uint64_t id, EventTime 
 // exception.
 std::size_t estimatedBytes(const CosNotification::StructuredEvent& event);
 
-// Makes the event NT_EVENTS_LOST with its time. The event has no id of its own.
+// Makes the event NT_EVENTS_LOST with its time. The event has no id.
 std::unique_ptr<CosNotification::StructuredEvent> gapReport(const Gap& gap, EventTime time);
 
 }  // namespace agent

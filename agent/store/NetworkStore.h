@@ -1,4 +1,4 @@
-// The stored network, as an interface. An engine implements the interface in a folder of its own.
+// The stored network, as an interface. Each engine implements the interface in a separate folder.
 
 #ifndef AGENT_STORE_NETWORKSTORE_H
 #define AGENT_STORE_NETWORKSTORE_H

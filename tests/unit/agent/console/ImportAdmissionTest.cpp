@@ -16,7 +16,7 @@ orb::Request importOf(std::size_t bytes) {
 
 class Imports : public testing::Test {
  protected:
-  std::size_t free_ = 100 * kFactor;  // what the process may allocate
+  std::size_t free_ = 100 * kFactor;  // bytes that the process may allocate
   ImportAdmission admission_{[this](std::size_t bytes) { return bytes <= free_; },
                              std::chrono::steady_clock::now};
 };

@@ -83,7 +83,7 @@ TEST(Formats, HaveReadableExamples) {
 
 TEST(Backbone, HasSubnetworksFourDeep) {
   const agent::Network network = backbone();
-  std::map<std::string, int> depths;  // parents stand before their children
+  std::map<std::string, int> depths;  // parents precede their children
   for (const auto& node : network.topoNodes) {
     if (node.nodeType == NS_DOMAIN::kTopoSubnetwork) {
       depths[node.nodeId] = depths[node.parentId] + 1;

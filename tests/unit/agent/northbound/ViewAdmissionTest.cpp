@@ -54,7 +54,7 @@ class Admission : public testing::Test {
             std::chrono::steady_clock::now};
   }
 
-  std::size_t free_ = 100 * kMegabyte;  // what the process may allocate
+  std::size_t free_ = 100 * kMegabyte;  // bytes that the process may allocate
   std::size_t asked_ = 0;               // bytes of the last question
 };
 
