@@ -26,8 +26,8 @@ class CAPABILITY("mutex") Mutex {
   Mutex(const Mutex&) = delete;
   Mutex& operator=(const Mutex&) = delete;
 
-  // For the analysis alone, in a function whose object has locked the mutex in its constructor.
-  // REQUIRES: the thread holds the mutex.
+  // Has an effect on the analysis only. For functions of an object whose constructor has locked the
+  // mutex. REQUIRES: the thread holds the mutex.
   void assertHeld() const ASSERTS_HELD() {}
 
  private:

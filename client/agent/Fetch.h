@@ -17,7 +17,7 @@ namespace topoctl {
 // Receives the number of records that have arrived so far.
 using ProgressFunction = std::function<void(std::size_t)>;
 
-// Destroys the agent's iterator when the scope ends early. Holds a reference of its own to the
+// Destroys the agent's iterator when the scope ends early. Owns a separate reference to the
 // iterator. Thread-safety: none. The destructor ignores failures of the call.
 template <typename Iterator>
 class IteratorGuard {

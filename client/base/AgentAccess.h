@@ -1,4 +1,4 @@
-// The options of the command line that say which agent topoctl calls and within which limits.
+// The options of the command line for the agent to call and the limits of the calls.
 
 #ifndef CLIENT_BASE_AGENTACCESS_H
 #define CLIENT_BASE_AGENTACCESS_H

@@ -20,9 +20,9 @@ std::string escapeControls(std::string_view text);
 // combining marks. REQUIRES: the text is a result of escapeControls().
 std::size_t displayWidth(std::string_view text);
 
-// Returns the text when it has at most `columns` terminal columns. Otherwise replaces its end or
-// its begin by an ellipsis, so that at most `columns` remain. REQUIRES: the text is a result of
-// escapeControls(), and columns > 0.
+// Returns the text when it has at most `columns` terminal columns. Otherwise an ellipsis replaces
+// the end or the begin of the text, so that at most `columns` columns remain. REQUIRES: the text is
+// a result of escapeControls(), and columns > 0.
 std::string cutEnd(std::string_view text, std::size_t columns);
 std::string cutBegin(std::string_view text, std::size_t columns);
 

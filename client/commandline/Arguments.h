@@ -21,7 +21,8 @@ struct TypedNumbers {
   std::int32_t second = 0;
 };
 
-// What a topology node is. kOfParent is for parents only: the kind that the parent has.
+// The kind of a topology node. kOfParent, for the kind of a parent only: the agent takes the kind
+// from the parent.
 enum class NodeKind { kSubnetwork, kElement, kOfParent };
 
 // A topology node as typed for the console.

@@ -47,13 +47,13 @@ struct CommandSyntax {
 // In the order in which the help lists the commands.
 const std::vector<CommandSyntax>& commandSyntax();
 
-// "usage: topoctl NAME ARGUMENT...", with the options of the command alone.
+// "usage: topoctl NAME ARGUMENT...", with the options of the command only.
 std::string usageOf(const CommandSyntax& command);
 
 // Null when no command has this name.
 const CommandSyntax* findSyntax(const std::string& name);
 
-// The first word of commands with two words.
+// The first word of the commands that have two words, such as "node".
 struct Group {
   const char* name;
   const char* help;

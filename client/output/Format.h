@@ -14,7 +14,7 @@ struct TableStyle {
   std::size_t width = 0;  // columns of the terminal, within which each line is cut; 0: no limit
 };
 
-// A format alone has the default style.
+// Converts from a format, with the default style.
 struct OutputStyle {
   OutputStyle(Format chosen, TableStyle style = {}) : format(chosen), table(style) {}
 

@@ -29,7 +29,7 @@ struct ChangedAttribute {
 };
 
 // A member is empty when the agent did not send the part, or sent a value of another type. A plain
-// value: no thread-safety of its own.
+// value: no thread-safety.
 struct Event {
   EventKind kind = EventKind::kOther;
   std::string type;  // "NT_..."

@@ -237,8 +237,8 @@ bool isConnectionClosed(const CORBA::SystemException& failure);
 // No connection to the server could be made, so the call was not sent.
 bool isNotConnected(const CORBA::SystemException& failure);
 
-// The server answered that it does not serve the object at present, as a WellKnownObject without a
-// servant does. The servant has not executed the call, so a retry is safe and may succeed.
+// The server answered that the object is temporarily not served, as a WellKnownObject without a
+// servant answers. The servant has not executed the call, so a retry is safe and may succeed.
 bool isRejected(const CORBA::SystemException& failure);
 
 // No object answers at the reference: no connection, no reply in time, or no such object.

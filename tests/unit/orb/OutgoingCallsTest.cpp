@@ -13,7 +13,7 @@ namespace {
 using orb_tests::lengthOf;
 using orb_tests::SilentPeer;
 
-// Each call uses a connection of its own while other calls wait for their replies.
+// Each call uses a separate connection while other calls wait for their replies.
 TEST(OutgoingCalls, DoNotWaitForOtherCallsToThePeer) {
   constexpr int kCalls = 12;
   const auto client = orb::startClient(orb_tests::quickOptions());

@@ -55,7 +55,7 @@ std::string hex(const std::string& bytes) {
   return text;
 }
 
-// Returns the reference with a profile of an unknown kind in front of its own profiles.
+// Returns the reference with a profile of an unknown kind before the other profiles.
 std::string withUnknownProfile(CORBA::ORB_ptr orb, CORBA::Object_ptr object) {
   const CORBA::String_var text = orb->object_to_string(object);
   const std::string ior = text.in();
