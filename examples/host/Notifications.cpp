@@ -19,11 +19,15 @@ CORBA::Any& addField(StructuredEvent& event, const char* name) {
   return event.filterable_data[last].value;
 }
 
-StructuredEvent makeEvent(const char* type, const NVSList_T& name, bool edgePointRelated) {
+// Either pointer may be null.
+void send(const char* type, const NVSList_T& name, bool edgePointRelated,
+          const notifications::NVList_T* attributes, const CORBA::Any* body) {
+  if (CORBA::is_nil(consumer.in())) return;
   static unsigned long id = 0;
   const std::time_t time = std::time(nullptr);
+  std::tm utc{};
   char now[32] = "";
-  std::strftime(now, sizeof now, "%Y%m%d%H%M%S.0Z", std::gmtime(&time));
+  std::strftime(now, sizeof now, "%Y%m%d%H%M%S.0Z", gmtime_r(&time, &utc));
   StructuredEvent event;
   event.header.fixed_header.event_type.domain_name = CORBA::string_dup(kDomain);
   event.header.fixed_header.event_type.type_name = CORBA::string_dup(type);
@@ -33,11 +37,9 @@ StructuredEvent makeEvent(const char* type, const NVSList_T& name, bool edgePoin
   addField(event, kEmsTime) <<= static_cast<const char*>(now);
   addField(event, kNeTime) <<= "";
   addField(event, kEdgePointRelated) <<= CORBA::Any::from_boolean(edgePointRelated);
-  return event;
-}
-
-void push(const StructuredEvent& event) {
-  if (!CORBA::is_nil(consumer.in())) consumer->push_structured_event(event);
+  if (attributes != nullptr) addField(event, kAttributeList) <<= *attributes;
+  if (body != nullptr) event.remainder_of_body = *body;
+  consumer->push_structured_event(event);
 }
 
 }  // namespace
@@ -47,19 +49,14 @@ void host::setConsumer(CORBA::Object_ptr object) {
 }
 
 void TANotification::OnObjectCreated(const NVSList_T& name, const CORBA::Any& object, bool edge) {
-  StructuredEvent event = makeEvent(kObjectCreation, name, edge);
-  event.remainder_of_body = object;
-  push(event);
+  send(kObjectCreation, name, edge, nullptr, &object);
 }
 
 void TANotification::OnObjectDeleted(const NVSList_T& name, bool edge) {
-  push(makeEvent(kObjectDeletion, name, edge));
+  send(kObjectDeletion, name, edge, nullptr, nullptr);
 }
 
 void TANotification::OnObjectAVC(const NVSList_T& name, const notifications::NVList_T& attributes,
                                  bool edge, const CORBA::Any& additional, bool hasAdditional) {
-  StructuredEvent event = makeEvent(kAttributeValueChange, name, edge);
-  addField(event, kAttributeList) <<= attributes;
-  if (hasAdditional) event.remainder_of_body = additional;
-  push(event);
+  send(kAttributeValueChange, name, edge, &attributes, hasAdditional ? &additional : nullptr);
 }

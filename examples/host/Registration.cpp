@@ -19,18 +19,13 @@ std::map<std::string, MgrFactory*> factories;  // the module owns the factories
   throw failure;
 }
 
-template <typename Config>
-Config* instanceOf() {
-  static Config instance;
-  return &instance;
-}
+CorbaBaseAgentConfig baseConfig;
+CorbaAgentConfig config;
 
 }  // namespace
 
-CorbaBaseAgentConfig* CorbaBaseAgentConfig::Instance() {
-  return instanceOf<CorbaBaseAgentConfig>();
-}
-CorbaAgentConfig* CorbaAgentConfig::Instance() { return instanceOf<CorbaAgentConfig>(); }
+CorbaBaseAgentConfig* CorbaBaseAgentConfig::Instance() { return &baseConfig; }
+CorbaAgentConfig* CorbaAgentConfig::Instance() { return &config; }
 std::string CorbaBaseAgentConfig::EmsName() { return host::kEmsName; }
 bool CorbaAgentConfig::GetTestSwitch() { return false; }
 
