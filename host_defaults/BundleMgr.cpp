@@ -11,7 +11,7 @@ namespace {
 
 using host_defaults::BundleLock;
 
-// In the order of registration. Guarded by _g_actualmutex.
+// In the order in which they were added. Guarded by _g_actualmutex.
 std::vector<ServiceObjectBase*>& serviceObjects() {
   static std::vector<ServiceObjectBase*> instance;
   return instance;
@@ -20,7 +20,9 @@ std::vector<ServiceObjectBase*>& serviceObjects() {
 }  // namespace
 
 ServiceObjectBase::ServiceObjectBase(const std::string& bundleName, const std::string& serviceName)
-    : bundleName_(bundleName), serviceName_(serviceName) {}
+    : bundleName_(bundleName), serviceName_(serviceName) {
+  ServiceObjectBase::RegistSvc();
+}
 
 ServiceObjectBase::~ServiceObjectBase() {
   ServiceObjectBase::UnRegistSvc();
@@ -29,7 +31,10 @@ ServiceObjectBase::~ServiceObjectBase() {
 
 void ServiceObjectBase::RegistSvc() {
   const BundleLock lock;
-  serviceObjects().push_back(this);
+  std::vector<ServiceObjectBase*>& objects = serviceObjects();
+  if (std::find(objects.begin(), objects.end(), this) == objects.end()) {
+    objects.push_back(this);
+  }
 }
 
 void ServiceObjectBase::UnRegistSvc() {

@@ -66,6 +66,14 @@ void withdraw(const ServiceInterface* interface) {
   }
 }
 
+// A service object that is in the list keeps its place.
+void list(ServiceObjectBase* service) {
+  const std::lock_guard<std::mutex> lock(mutex);
+  if (std::find(services.begin(), services.end(), service) == services.end()) {
+    services.push_back(service);
+  }
+}
+
 void forget(const ServiceObjectBase* service) {
   const std::lock_guard<std::mutex> lock(mutex);
   services.erase(std::remove(services.begin(), services.end(), service), services.end());
@@ -186,6 +194,7 @@ std::vector<ServiceObjectBase*> BundleMgr::GetServiceObjects() {
 ServiceObjectBase::ServiceObjectBase(const std::string& bundleName, const std::string& serviceName)
     : bundleName_(bundleName), serviceName_(serviceName) {
   called("ServiceObjectBase", quoted(bundleName) + ", " + quoted(serviceName));
+  fakes::list(this);
 }
 
 ServiceObjectBase::~ServiceObjectBase() {
@@ -205,8 +214,7 @@ const std::string& ServiceObjectBase::GetName() const {
 
 void ServiceObjectBase::RegistSvc() {
   called("RegistSvc", quoted(serviceName_));
-  const std::lock_guard<std::mutex> lock(fakes::mutex);
-  fakes::services.push_back(this);
+  fakes::list(this);
 }
 
 ServiceInterface* ServiceObjectBase::GetInterface() {

@@ -48,45 +48,59 @@ ServiceObjectBase* named(const std::string& name) {
   return BundleMgr::Instance()->GetServiceObject(name);
 }
 
-TEST(ServiceObjects, AreListedInTheOrderOfTheirRegistration) {
-  Service a("a");
+TEST(ServiceObjects, AreListedInTheOrderOfTheirConstruction) {
+  EXPECT_THAT(listed(), IsEmpty());
   Service b("b");
   Service c("c");
-  EXPECT_THAT(listed(), IsEmpty());
-  b.RegistSvc();
-  c.RegistSvc();
-  a.RegistSvc();
+  Service a("a");
   EXPECT_THAT(listed(), ElementsAre(&b, &c, &a));
+}
+
+// As the service object of the module does.
+class ServiceWithoutRegistration final : public Service {
+ public:
+  using Service::Service;
+  void RegistSvc() override {}
+};
+
+TEST(ServiceObjects, AreListedWithoutARegistrationOfTheirOwn) {
+  ServiceWithoutRegistration a("a");
+  a.RegistSvc();
+  EXPECT_THAT(listed(), ElementsAre(&a));
+  EXPECT_EQ(&a, named("a"));
+}
+
+TEST(ServiceObjects, AreListedOnceForSeveralRegistrations) {
+  Service a("a");
+  Service b("b");
+  a.RegistSvc();
+  EXPECT_THAT(listed(), ElementsAre(&a, &b));
+  a.UnRegistSvc();
+  a.RegistSvc();
+  EXPECT_THAT(listed(), ElementsAre(&b, &a));
 }
 
 TEST(ServiceObjects, AreFoundByName) {
   Service a("a");
   Service b("b");
   EXPECT_EQ("a", a.GetName());
-  EXPECT_EQ(nullptr, named("a"));
-  a.RegistSvc();
-  b.RegistSvc();
   EXPECT_EQ(&a, named("a"));
   EXPECT_EQ(&b, named("b"));
   EXPECT_EQ(nullptr, named("c"));
   EXPECT_EQ(nullptr, named("bundle"));
 }
 
-TEST(ServiceObjects, WithOneNameAreFoundInTheOrderOfRegistration) {
+TEST(ServiceObjects, WithOneNameAreFoundInTheOrderOfConstruction) {
   Service first("a");
   Service second("a");
-  second.RegistSvc();
-  first.RegistSvc();
-  EXPECT_EQ(&second, named("a"));
-  second.UnRegistSvc();
   EXPECT_EQ(&first, named("a"));
+  first.UnRegistSvc();
+  EXPECT_EQ(&second, named("a"));
 }
 
 TEST(ServiceObjects, AreNotFoundAfterTheyUnregister) {
   Service a("a");
   Service b("b");
-  a.RegistSvc();
-  b.RegistSvc();
   a.UnRegistSvc();
   EXPECT_EQ(nullptr, named("a"));
   EXPECT_THAT(listed(), ElementsAre(&b));
@@ -98,9 +112,7 @@ TEST(ServiceObjects, AreNotFoundAfterTheirDestruction) {
   Service b("b");
   {
     Service a("a");
-    a.RegistSvc();
-    b.RegistSvc();
-    EXPECT_THAT(listed(), ElementsAre(&a, &b));
+    EXPECT_THAT(listed(), ElementsAre(&b, &a));
   }
   EXPECT_EQ(nullptr, named("a"));
   EXPECT_THAT(listed(), ElementsAre(&b));

@@ -57,6 +57,8 @@ class TopoEventHandler : public EventUnderTest {
   }
 };
 
+using TopoEventHandlerDeathTest = TopoEventHandler;
+
 // --- Access and dispatch.
 
 TEST_F(TopoEventHandler, SetsTheAccessWithTwoLookupsFirst) {
@@ -248,6 +250,15 @@ TEST_F(TopoEventHandler, DropsExceptionsOfTheLog) {
         EXPECT_EQ(result, 0);
       }
     }
+  }
+}
+
+TEST_F(TopoEventHandlerDeathTest, EndsTheProcessForAnExceptionOfTheBundleManager) {
+  ::testing::FLAGS_gtest_death_test_style = "threadsafe";
+  for (const fakes::Step& failure :
+       {fakes::raiseProcessException(7), fakes::raiseRuntimeError("no buffers today")}) {
+    fakes::onCall("CheckIFBuf", 1, failure);
+    EXPECT_DEATH(handle(kCreated, {subnetwork("a", "A")}), "terminate called");
   }
 }
 

@@ -84,6 +84,8 @@ class TopoServiceEvents : public fakes::OrbFixture {
 
 // --- Subscription.
 
+using TopoServiceEventsDeathTest = TopoServiceEvents;
+
 TEST_F(TopoServiceEvents, AreSubscribedToAfterTheRegistration) {
   EXPECT_EQ(init(), 0);
   EXPECT_EQ(Journal::lines(), kInit);
@@ -132,6 +134,11 @@ TEST_F(TopoServiceEvents, AreNotRequiredWithoutTheSecurityInterface) {
   fakes::resetBundles();
   EXPECT_EQ(init(), 0);
   EXPECT_EQ(subscriptions(), Lines{});
+}
+
+TEST_F(TopoServiceEventsDeathTest, EndTheProcessInInitForAnExceptionOfTheBundleManager) {
+  fakes::onCall("CheckIFBuf", 1, fakes::raiseRuntimeError("no buffers today"));
+  EXPECT_DEATH(init(), "terminate called");
 }
 
 TEST_F(TopoServiceEvents, AreNotSubscribedToWhenTheRegistrationFails) {

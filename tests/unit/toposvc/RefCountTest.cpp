@@ -96,6 +96,11 @@ TEST_F(TopoNorthMgrFactory, GivesNullAndAnErrorNumberWhenMemoryIsShort) {
   EXPECT_EQ(Journal::lines(), Lines{});
 }
 
+TEST_F(TopoNorthMgrFactory, PassesExceptionsOfTheLog) {
+  fakes::onCall("TaDebug", 1, fakes::raiseRuntimeError("disk full"));
+  EXPECT_THROW(factory_.create(), std::runtime_error);
+}
+
 TEST_F(TopoNorthMgrFactory, HasNoData) {
   static_assert(sizeof(TOPONorthMgrFactory) == sizeof(NS_CORBA::MgrFactory));
   static_assert(std::is_base_of_v<NS_CORBA::MgrFactory, TOPONorthMgrFactory>);

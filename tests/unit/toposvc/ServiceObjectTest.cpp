@@ -63,7 +63,14 @@ TEST_F(TopoServiceObject, HasTheNameOfTheService) {
   EXPECT_EQ(service_->GetName(), "zu_corba_topo");
 }
 
+TEST_F(TopoServiceObject, IsListedByTheConstructorOfItsBase) {
+  EXPECT_EQ(NS_BUNDLEMGR1::BundleMgr::Instance()->GetServiceObject("zu_corba_topo"),
+            service_.get());
+}
+
 TEST_F(TopoServiceObject, DoesNotRegisterItself) {
+  service_->UnRegistSvc();
+  Journal::clear();
   service_->RegistSvc();
   EXPECT_EQ(Journal::lines(), Lines{});
   EXPECT_TRUE(NS_BUNDLEMGR1::BundleMgr::Instance()->GetServiceObjects().empty());
@@ -341,6 +348,21 @@ TEST_F(TopoServiceObject, ReturnsZeroFromFiniForAnyResultOfItsBase) {
   fakes::onEveryCall("ServiceObjectBase::fini", fakes::giveCode(7));
   EXPECT_EQ(fini(), 0);
   EXPECT_EQ(fini(), 0);
+}
+
+TEST_F(TopoServiceObject, PassesAnExceptionOfTheFiniOfItsBaseAndUndoesNothing) {
+  init();
+  Journal::clear();
+  fakes::onCall("ServiceObjectBase::fini", 1, fakes::raiseRuntimeError("broken"));
+  EXPECT_THROW(fini(), std::runtime_error);
+  EXPECT_EQ(Journal::lines(), Lines{"ServiceObjectBase::fini()"});
+}
+
+TEST_F(TopoServiceObject, PassesExceptionsOfTheLogWhenItMakesTheServantAndUndoesNothing) {
+  fakes::onCall("TaDebug", 1, fakes::raiseRuntimeError("disk full"));
+  EXPECT_THROW(init(), std::runtime_error);
+  EXPECT_EQ(registrations(),
+            (Lines{"UnregisterMgr(\"TopoManagement\")", "RegisterMgr(\"TopoManagement\")"}));
 }
 
 TEST_F(TopoServiceObject, UnregistersTheManagerOnlyOnce) {

@@ -68,10 +68,9 @@ class TopoLookup : public fakes::Fixture {
     emptySlot<SecurityIF>();
   }
 
-  // Adds a service object to the bundle manager; `offered` may be null.
+  // Makes a service object, which the bundle manager lists; `offered` may be null.
   Bundle& load(const std::string& name, NS_BUNDLEMGR1::ServiceInterface* offered) {
     bundles_.push_back(std::make_unique<Bundle>(name, offered));
-    bundles_.back()->RegistSvc();
     return *bundles_.back();
   }
 
