@@ -43,11 +43,6 @@ std::string quotedName(const std::string& copy) {
   throw ModuleError("module " + copy + ": the name contains both kinds of quotes");
 }
 
-std::string describe(ProcessException& failure) {
-  return "it failed with code " + std::to_string(failure.errorCode) +
-         (failure.detail.str().empty() ? "" : ": " + failure.detail.str());
-}
-
 // The configurator reports only some failures by its result. After any failure, it does not have
 // the service.
 bool isLoaded() {
@@ -60,8 +55,8 @@ std::string process(const std::string& directive) {
     return ACE_Service_Config::process_directive(directive.c_str()) == 0
                ? ""
                : "the service configurator refused it";
-  } catch (ProcessException& failure) {
-    return describe(failure);
+  } catch (const ProcessException& failure) {
+    return std::string("it failed with ") + failure.what();
   } catch (const CORBA::Exception& failure) {
     return std::string("it failed with ") + failure._name();
   } catch (const std::exception& failure) {

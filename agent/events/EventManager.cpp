@@ -9,7 +9,6 @@
 #include <utility>
 
 #include "agent/base/Log.h"
-#include "platform/framework/ProcessException.h"
 
 namespace agent {
 namespace {
@@ -34,8 +33,6 @@ bool callAndLog(TEEventHandler& handler, int eventId, const TEEvent& event) {
   try {
     handler.HandleEvent(eventId, kSource, event);
     return true;
-  } catch (const ProcessException& failure) {
-    reason = "platform failure " + std::to_string(failure.errorCode) + ' ' + failure.detail.str();
   } catch (const std::exception& failure) {
     reason = failure.what();
   } catch (...) {

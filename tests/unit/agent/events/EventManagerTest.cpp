@@ -248,7 +248,7 @@ TEST_F(EventManagerTest, ContinuesAfterAnExceptionOfAHandler) {
                                           Handled{kCreated, "good"}));
   EXPECT_THAT(takeLogLines(),
               ElementsAre(error("a handler of event 372 failed: no luck"),
-                          error("a handler of event 373 failed: platform failure 17 no domain"),
+                          error("a handler of event 373 failed: code 17: no domain"),
                           error("a handler of event 372 failed: unknown exception")));
   EXPECT_EQ(3U, manager.status().failed);
   EXPECT_EQ(4U, manager.status().delivered);
