@@ -1,9 +1,11 @@
 #!/usr/bin/env bash
 # Sets up, builds, starts the agent on a sample network and prints its topology view.
 #   ./run.sh                    shows the view, stops the agent, ends with status 0
-#   ./run.sh --serve [NETWORK]  keeps the agent running until Ctrl-C; changes stay in ./NETWORK.db
+#   ./run.sh --serve [NETWORK]  keeps the agent running until Ctrl-C; changes stay in NETWORK.db
+#                               beside this script
 set -euo pipefail
 
+caller=$PWD
 cd "$(dirname "${BASH_SOURCE[0]}")"
 network=networks/backbone.json
 serve=false
@@ -17,8 +19,8 @@ case "${1:-}" in
   "") ;;
   --serve)
     serve=true
-    network=${2:-$network}
     [ "$#" -le 2 ] || usage
+    [ "$#" -lt 2 ] || network=$(cd "$caller" && realpath -- "$2")
     ;;
   *) usage ;;
 esac
@@ -39,7 +41,7 @@ stop() {
 trap stop EXIT
 
 if $serve; then
-  store="./$(basename "${network%.*}").db"
+  store="$PWD/$(basename "${network%.*}").db"
   endpoint=127.0.0.1:2810
 else
   store=:memory:

@@ -44,17 +44,17 @@ class RunScript : public testing::Test {
 };
 
 TEST_F(RunScript, NamesTheStoreOfAServedNetwork) {
-  support::Process serve("/bin/bash", {script(), "--serve", "networks/mine.json"});
+  const std::string network = std::filesystem::current_path() / "mine.json";
+  const std::string store = directory_.file("mine.db");
+  support::Process serve("/bin/bash", {script(), "--serve", "mine.json"});
   std::string printed;
   for (std::string line; line != "Ctrl-C stops the agent."; printed += line + "\n") {
     line = serve.readLine();
     ASSERT_FALSE(line.empty() && printed.size() > 10000) << printed;
   }
-  EXPECT_THAT(printed,
-              HasSubstr("The network and its changes are in ./mine.db. The next start continues"));
-  EXPECT_THAT(
-      argumentsOfTheAgent(),
-      HasSubstr("--network networks/mine.json --store ./mine.db --endpoint 127.0.0.1:2810"));
+  EXPECT_THAT(printed, HasSubstr("The network and its changes are in " + store + ". "));
+  EXPECT_THAT(argumentsOfTheAgent(), HasSubstr("--network " + network + " --store " + store +
+                                               " --endpoint 127.0.0.1:2810"));
   serve.send(SIGTERM);
   EXPECT_EQ(0, serve.wait().status);
 }
