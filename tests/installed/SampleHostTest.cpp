@@ -132,11 +132,22 @@ TEST_F(SampleHosts, MapTheModuleOnceAfterTwentyReloads) {
   for (int i = 0; i < 20; ++i) {
     ASSERT_EQ(host.ask("unload"), "ok");
     ASSERT_EQ(host.mappings(), 0U);
-    ASSERT_EQ(host.ask("load"), "ok " + host.ready().substr(6));
+    ASSERT_THAT(host.ask("load"), StartsWith("ok IOR:"));
   }
   EXPECT_EQ(host.mappings(), once);
   EXPECT_EQ(host.ask("create NE=9"), "ok");
   EXPECT_EQ(host.consumer().inbox().waitForCount(1).size(), 1U);
+}
+
+TEST_F(SampleHosts, KeepTheReferenceOfTheManagerDuringAReload) {
+  SampleHost host(TOPO_SAMPLE_HOST);
+  const TopoManagementManager::TopoMgr_I_var manager = host.manager();
+  common::CapabilityList_T_var capabilities;
+  ASSERT_EQ(host.ask("unload"), "ok");
+  EXPECT_THROW(manager->getCapabilities(capabilities), CORBA::OBJECT_NOT_EXIST);
+  ASSERT_THAT(host.ask("load"), StartsWith("ok IOR:"));
+  manager->getCapabilities(capabilities);
+  EXPECT_GT(capabilities->length(), 0U);
 }
 
 TEST_F(SampleHosts, RecoverFromAFailedInit) {
