@@ -1,5 +1,7 @@
 #include "agent/host/DomainService.h"
 
+#include <iterator>
+
 #include "agent/base/FailureCodes.h"
 #include "agent/base/PrintableText.h"
 #include "agent/northbound/PlatformFailure.h"
@@ -7,13 +9,15 @@
 namespace agent {
 namespace {
 
+// Appends the records to the holder, and stores their number unless count is null.
 template <typename Record>
-void fill(NS_UTIL::REF_Impl<std::vector<Record>>& holder, NS_DOMAIN::IntHolder* count,
-          std::vector<Record> records) {
-  holder.Value() = std::move(records);
+void append(NS_UTIL::REF_Impl<std::vector<Record>>& holder, NS_DOMAIN::IntHolder* count,
+            std::vector<Record> records) {
   if (count != nullptr) {
-    count->Value() = static_cast<int>(holder.Value().size());
+    count->Value() = static_cast<int>(records.size());
   }
+  holder.Value().insert(holder.Value().end(), std::make_move_iterator(records.begin()),
+                        std::make_move_iterator(records.end()));
 }
 
 }  // namespace
@@ -32,12 +36,12 @@ void DomainService::GetAllTopoNodes(NS_DOMAIN::TopoNodeHolder* nodes) {
 
 void DomainService::GetClockPositionList(const int&, NS_DOMAIN::ClockPositionHolder* positions,
                                          NS_DOMAIN::IntHolder* count) {
-  fill(*positions, count, model_.clockPositions());
+  append(*positions, count, model_.clockPositions());
 }
 
 void DomainService::GetClockTopoLinkList(const int&, NS_DOMAIN::ClockTopoLinkHolder* links,
                                          NS_DOMAIN::IntHolder* count) {
-  fill(*links, count, model_.clockLinks());
+  append(*links, count, model_.clockLinks());
 }
 
 void DomainService::GetNEIndexList(NS_DOMAIN::NEIndexHolder* indexes, const bool& shown) {
