@@ -58,6 +58,9 @@ ALLOWED = {
     "client/commands": {"client/base", "client/commandline", "client/agent", "client/output",
                         "client/watch", "orb"},
     "client": {"client/commandline", "client/agent", "client/output", "client/commands", "orb"},
+    "conformance/shared": {"orb"},
+    "conformance/probe": {"conformance/shared", "include/platform", "orb"},
+    "conformance": {"conformance/shared", "client/agent", "client/base", "orb"},
 }
 
 USED_BY_ALL = {"sync"}
@@ -98,6 +101,9 @@ PREFIXES = [
     ("client/watch/", "client/watch"),
     ("client/commands/", "client/commands"),
     ("client/", "client"),
+    ("conformance/shared/", "conformance/shared"),
+    ("conformance/probe/", "conformance/probe"),
+    ("conformance/", "conformance"),
 ]
 
 ORB_NAME = re.compile(r"(?<![A-Za-z0-9_])(?:-D)?TAO_|ACE_TAO|(?<![A-Za-z])(?:lib)?omni", re.IGNORECASE)

@@ -1,0 +1,87 @@
+// The process of a host that topo-conformance has started.
+
+#ifndef CONFORMANCE_HOSTPROCESS_H
+#define CONFORMANCE_HOSTPROCESS_H
+
+#include <sys/types.h>
+
+#include <chrono>
+#include <cstdio>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace conformance {
+
+// A running program with pipes to its standard input and output. The program leads a process group
+// of its own. The destructor kills the group, and the kernel kills the program when
+// topo-conformance dies.
+//
+// Thread-safety: none. Owns the process, its pipes, and a temporary file with its standard error.
+// Errors: the constructor throws std::system_error. A program that cannot be executed ends with
+// status 127.
+class HostProcess {
+ public:
+  using Milliseconds = std::chrono::milliseconds;
+
+  // Entries NAME=VALUE replace or extend the environment. REQUIRES: the command is not empty.
+  HostProcess(const std::vector<std::string>& command, const std::vector<std::string>& environment);
+  ~HostProcess();
+
+  HostProcess(const HostProcess&) = delete;
+  HostProcess& operator=(const HostProcess&) = delete;
+
+  pid_t pid() const { return pid_; }
+
+  // The next line of standard output without the line feed. Empty after the timeout and at the end
+  // of the output.
+  std::optional<std::string> readLine(Milliseconds timeout);
+
+  // Writes to standard input. False when the host does not take the line within the timeout.
+  bool writeLine(const std::string& line, Milliseconds timeout);
+
+  void closeInput() { in_.reset(); }
+  void send(int signal) const;
+
+  // Whether the program has ended, or ends within the time.
+  bool endsWithin(Milliseconds time);
+
+  bool endedWell() const { return ended_ && status_ == 0; }
+
+  // "it ended with status 1" or "signal 11 ended it", with the last line of standard error.
+  // REQUIRES: endsWithin has returned true.
+  std::string describeEnd() const;
+
+ private:
+  // A file descriptor that is closed with its owner.
+  class Descriptor {
+   public:
+    explicit Descriptor(int value = -1) : value_(value) {}
+    ~Descriptor() { reset(); }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+
+    int get() const { return value_; }
+    void reset(int value = -1);
+
+   private:
+    int value_;
+  };
+
+  void start(const std::vector<std::string>& command, const std::vector<std::string>& environment);
+  std::optional<std::string> takeLine();
+  std::string lastErrorLine() const;
+
+  pid_t pid_ = -1;
+  Descriptor in_;   // the end that this process writes
+  Descriptor out_;  // the end that this process reads
+  std::unique_ptr<std::FILE, int (*)(std::FILE*)> err_;
+  std::string read_;  // of the output, not returned yet
+  bool ended_ = false;
+  int status_ = 0;  // as waitpid gives it
+};
+
+}  // namespace conformance
+
+#endif

@@ -1,0 +1,60 @@
+#include "conformance/Options.h"
+
+#include <CLI/CLI.hpp>
+#include <sstream>
+
+namespace conformance {
+namespace {
+
+void describe(CLI::App& app, Options& options, int& seconds) {
+  app.footer(
+      "Start a host: topo-conformance [OPTIONS] -- HOST ARGUMENTS...\n"
+      "Check a running host: topo-conformance [OPTIONS] --agent REFERENCE\n"
+      "In ARGUMENTS \"{module}\" is the path of the module that the host has to load.\n"
+      "Exit status: 0 all checks have passed, 1 a rule is broken, 2 the checks could not be run.");
+  app.add_option("--module", options.module, "the module; default: the installed module")
+      ->type_name("PATH");
+  app.add_option("--probe", options.probe, "the probe module; default: the installed probe")
+      ->type_name("PATH");
+  app.add_flag("--console", options.usesConsole,
+               "operate the host through its console, as topo-agentd has, instead of its input");
+  app.add_option("--agent", options.agent, "check a running host: the reference of its manager")
+      ->type_name("REFERENCE");
+  app.add_option("--timeout", seconds, "limit of each step of a check; default 20")
+      ->type_name("SECONDS")
+      ->check(CLI::Range(1, 3600));
+  app.add_option("host", options.command, "the command that starts the host")->type_name("");
+  app.set_version_flag("--version", "topo-conformance " TOPO_VERSION);
+}
+
+void requireOneHost(const Options& options) {
+  if (options.agent.empty() == options.command.empty()) {
+    throw UsageError("give either the command of a host, after --, or --agent REFERENCE");
+  }
+}
+
+}  // namespace
+
+Options parseOptions(int argc, const char* const argv[], const DefaultPaths& defaults) {
+  Options options;
+  options.module = defaults.module;
+  options.probe = defaults.probe;
+  int seconds = static_cast<int>(options.timeout.count());
+  CLI::App app("Checks that a host of the module keeps the contracts", "topo-conformance");
+  describe(app, options, seconds);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::Success& request) {
+    std::ostringstream out;
+    app.exit(request, out, out);
+    options.notice = out.str();
+    return options;
+  } catch (const CLI::ParseError& failure) {
+    throw UsageError(failure.what());
+  }
+  options.timeout = std::chrono::seconds(seconds);
+  requireOneHost(options);
+  return options;
+}
+
+}  // namespace conformance

@@ -1,0 +1,41 @@
+// The part of a run in which the host has loaded the probe module.
+
+#ifndef CONFORMANCE_PROBESTAGE_H
+#define CONFORMANCE_PROBESTAGE_H
+
+#include <set>
+#include <string>
+#include <vector>
+
+#include "conformance/Runner.h"
+
+namespace conformance {
+
+// Runs the rules of the probe and the checks that need the probe.
+//
+// Thread-safety: none. Borrows its arguments; `directory` is for files of the probe. Errors: none;
+// failures are results.
+class ProbeStage {
+ public:
+  ProbeStage(Context& context, Runner& runner, Report& report, std::string directory);
+
+  void run();
+
+ private:
+  bool start();
+  void runInitRules();
+  void runRules();
+  void runFiniRules();
+  std::vector<Result> readReport() const;
+  std::vector<std::string> environment() const;
+
+  Context& context_;
+  Runner& runner_;
+  Report& report_;
+  const std::string directory_;
+  std::set<std::string> fatalRules_;  // init rules that have ended the host's process
+};
+
+}  // namespace conformance
+
+#endif

@@ -1,0 +1,49 @@
+#include "conformance/Report.h"
+
+#include <ostream>
+
+#include "client/base/Utf8.h"
+#include "conformance/shared/ProbeProtocol.h"
+
+namespace conformance {
+namespace {
+
+const char* nameOf(Outcome outcome) {
+  switch (outcome) {
+    case Outcome::kPass:
+      return probe::kPass;
+    case Outcome::kFail:
+      return probe::kFail;
+    case Outcome::kSkip:
+      break;
+  }
+  return probe::kSkip;
+}
+
+}  // namespace
+
+std::string format(const Result& result) {
+  std::string line = std::string(nameOf(result.outcome)) + "  " + result.rule + "  " + result.text;
+  if (!result.reason.empty()) {
+    line += " (" + result.reason + ")";
+  }
+  return topoctl::escapeControls(line);
+}
+
+void Report::add(const Result& result) {
+  std::size_t& count = result.outcome == Outcome::kPass   ? passed_
+                       : result.outcome == Outcome::kFail ? failed_
+                                                          : skipped_;
+  ++count;
+  out_ << format(result) << std::endl;  // a reader sees each line at once
+}
+
+void Report::finish() {
+  out_ << passed_ << " passed, " << failed_ << " failed, " << skipped_ << " skipped" << std::endl;
+}
+
+int Report::exitStatus() const {
+  return failed_ == 0 ? kAllPassed : kRuleBroken;
+}
+
+}  // namespace conformance

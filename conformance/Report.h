@@ -1,0 +1,47 @@
+// The output of a run: one line for each check, a line with the counts, and the exit status.
+
+#ifndef CONFORMANCE_REPORT_H
+#define CONFORMANCE_REPORT_H
+
+#include <cstddef>
+#include <iosfwd>
+#include <string>
+
+#include "conformance/shared/Verdict.h"
+
+namespace conformance {
+
+// Exit statuses of the program.
+constexpr int kAllPassed = 0;
+constexpr int kRuleBroken = 1;
+constexpr int kNotRun = 2;  // usage, or the host cannot be started
+
+// "pass  RULE  TEXT"; for FAIL and skip followed by " (REASON)". One line without control
+// characters.
+std::string format(const Result& result);
+
+// Prints results as they arrive.
+//
+// Thread-safety: none. Borrows the stream. Errors: those of the stream are ignored.
+class Report {
+ public:
+  explicit Report(std::ostream& out) : out_(out) {}
+
+  void add(const Result& result);
+
+  // Prints the line with the counts.
+  void finish();
+
+  // kRuleBroken after a failure, otherwise kAllPassed.
+  int exitStatus() const;
+
+ private:
+  std::ostream& out_;
+  std::size_t passed_ = 0;
+  std::size_t failed_ = 0;
+  std::size_t skipped_ = 0;
+};
+
+}  // namespace conformance
+
+#endif

@@ -1,0 +1,84 @@
+#include "conformance/Run.h"
+
+#include <stdlib.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <ostream>
+#include <system_error>
+
+#include "conformance/ProbeStage.h"
+#include "conformance/Receiver.h"
+#include "conformance/Report.h"
+#include "conformance/Runner.h"
+
+namespace conformance {
+namespace {
+
+// A new directory for files that the probe reads and writes. The destructor removes the directory.
+class TemporaryDirectory {
+ public:
+  TemporaryDirectory() {
+    std::string path =
+        (std::filesystem::temp_directory_path() / "topo-conformance-XXXXXX").string();
+    if (mkdtemp(path.data()) == nullptr) {
+      throw std::system_error(errno, std::generic_category(), "no temporary directory");
+    }
+    path_ = path;
+  }
+  ~TemporaryDirectory() {
+    std::error_code ignored;
+    std::filesystem::remove_all(path_, ignored);
+  }
+  TemporaryDirectory(const TemporaryDirectory&) = delete;
+  TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
+
+  const std::string& path() const { return path_; }
+
+ private:
+  std::string path_;
+};
+
+void runChecks(Context& context, Report& report, const std::string& directory) {
+  Runner runner(context, report);
+  for (const Check& check : checks()) {
+    if (check.plugin == Plugin::kModule) {
+      runner.run(check);
+    }
+  }
+  if (context.host.isOwn()) {
+    ProbeStage(context, runner, report, directory).run();
+  } else {
+    report.add({Outcome::kSkip, "probe.load", "the functions of the contracts keep their promises",
+                "only for a host that topo-conformance starts"});
+  }
+}
+
+}  // namespace
+
+int run(const Options& options, std::ostream& out, std::ostream& err) {
+  try {
+    orb::Options orbOptions;
+    orbOptions.callTimeout = options.timeout;
+    const auto server = orb::startServer(orbOptions, {"127.0.0.1", 0}, nullptr);
+    const PortableServer::POAManager_var manager = server->rootPoa()->the_POAManager();
+    manager->activate();
+    const TemporaryDirectory directory;
+    Receiver receiver(*server);
+    const CORBA::String_var consumer = server->get()->object_to_string(receiver.reference());
+    Host host(options, *server, consumer.in());
+    Context context = {host, receiver, *server, options.timeout, directory.path() + "/fail-init"};
+    host.require(Plugin::kModule);
+    Report report(out);
+    runChecks(context, report, directory.path());
+    report.finish();
+    return report.exitStatus();
+  } catch (const CORBA::Exception& failure) {
+    err << "topo-conformance: the ORB fails: " << failure._name() << std::endl;
+  } catch (const std::exception& failure) {
+    err << "topo-conformance: " << failure.what() << std::endl;
+  }
+  return kNotRun;
+}
+
+}  // namespace conformance

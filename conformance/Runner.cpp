@@ -1,0 +1,64 @@
+#include "conformance/Runner.h"
+
+namespace conformance {
+namespace {
+
+// A dying process may still close its connections before it ends.
+constexpr std::chrono::milliseconds kDeath{1000};
+
+void fail(Result& result, const std::string& reason) {
+  result.outcome = Outcome::kFail;
+  result.reason = reason;
+}
+
+}  // namespace
+
+void Runner::conclude(Result& result, const std::function<void(Context&)>& check, Plugin plugin) {
+  bool& startFailed = startFailed_[plugin == Plugin::kProbe ? 1 : 0];
+  try {
+    if (startFailed) {
+      throw Skipped("the host does not start");
+    }
+    context_.host.require(plugin);
+    check(context_);
+  } catch (const Skipped& reason) {
+    result.outcome = Outcome::kSkip;
+    result.reason = reason.what();
+  } catch (const StartFailed& failure) {
+    startFailed = true;
+    fail(result, failure.what());
+  } catch (const globaldefs::ProcessingFailureException& refusal) {
+    fail(result, std::string("the host refuses the call: ") + refusal.errorReason.in());
+  } catch (const CORBA::SystemException& failure) {
+    fail(result, orb::isTimeout(failure) ? "the host does not answer within the timeout"
+                                         : "the call fails with " + orb::describe(failure));
+    if (orb::isTimeout(failure)) {
+      context_.host.kill();
+    }
+  } catch (const std::exception& failure) {
+    fail(result, failure.what());
+  }
+}
+
+void Runner::explainEnd(Result& result) {
+  const bool failed = result.outcome == Outcome::kFail;
+  if (context_.host.endsWithin(failed ? kDeath : std::chrono::milliseconds(0))) {
+    fail(result, "the process of the host has ended during the check: " +
+                     context_.host.describeEnd() + (failed ? "; " + result.reason : std::string()));
+    context_.host.kill();
+  }
+}
+
+Result Runner::run(const std::string& rule, const std::string& text, Plugin plugin,
+                   const std::function<void(Context&)>& check) {
+  Result result = {Outcome::kPass, rule, text, ""};
+  const bool ran = context_.host.pid() != 0;
+  conclude(result, check, plugin);
+  if (ran || context_.host.pid() != 0) {
+    explainEnd(result);
+  }
+  report_.add(result);
+  return result;
+}
+
+}  // namespace conformance

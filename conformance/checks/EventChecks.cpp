@@ -1,0 +1,180 @@
+#include <string>
+#include <vector>
+
+#include "conformance/Records.h"
+#include "conformance/checks/OperatorChecks.h"
+#include "conformance/checks/Views.h"
+#include "idl/NotificationLayout.h"
+#include "idl/ObjectKeys.h"
+
+namespace conformance {
+namespace {
+
+namespace layout = notification_layout;
+
+using TopoManagementManager::Node_T;
+
+// Lets the notifications of the host reach the receiver.
+class Subscription {
+ public:
+  explicit Subscription(Context& context) {
+    context.receiver.clear();
+    if (context.host.feedsConsumer()) {
+      return;
+    }
+    try {
+      subscribe(context);
+    } catch (const CORBA::OBJECT_NOT_EXIST&) {
+      throw Skipped(std::string("the host has no session at the key ") + object_key::kSession +
+                    " and no {consumer} in its command");
+    }
+  }
+
+  ~Subscription() {
+    try {
+      if (!CORBA::is_nil(subscription_.in())) {
+        subscription_->unsubscribe();
+      }
+    } catch (const CORBA::Exception&) {
+      // The host has ended.
+    }
+  }
+
+  Subscription(const Subscription&) = delete;
+  Subscription& operator=(const Subscription&) = delete;
+
+ private:
+  void subscribe(Context& context) {
+    const CORBA::Object_var object = context.host.objectBeside(object_key::kSession);
+    const TopoAgent::Session_I_var session = TopoAgent::Session_I::_narrow(object.in());
+    require(!CORBA::is_nil(session.in()), "the session is not a Session_I");
+    if (session->getEventAccess() != TopoAgent::EA_ALLOWED) {
+      throw Skipped("the host does not let the module receive events");
+    }
+    subscription_ = session->subscribe(context.receiver.reference(), "");
+  }
+
+  TopoAgent::Subscription_I_var subscription_;
+};
+
+// A topology subnetwork that exists until the end of the check.
+class TemporaryNode {
+ public:
+  TemporaryNode(Context& context, const std::string& id)
+      : context_(context),
+        id_(id),
+        name_(objectName(emsOf(context.manager()), "TopoSubnetwork", id)) {
+    context_.host.op().create(id_);
+  }
+
+  ~TemporaryNode() {
+    try {
+      remove();
+    } catch (const std::exception&) {
+      // The host has ended, or refuses; the check has failed already.
+    }
+  }
+
+  TemporaryNode(const TemporaryNode&) = delete;
+  TemporaryNode& operator=(const TemporaryNode&) = delete;
+
+  void remove() {
+    if (exists_) {
+      exists_ = false;
+      context_.host.op().remove(id_);
+    }
+  }
+
+  const std::string& id() const { return id_; }
+  const globaldefs::NVSList_T& name() const { return name_; }
+
+ private:
+  Context& context_;
+  const std::string id_;
+  const globaldefs::NVSList_T name_;
+  bool exists_ = true;
+};
+
+// The native name of the node in the topology view.
+std::string nativeNameOf(Context& context, const globaldefs::NVSList_T& name) {
+  for (const Node_T& node : readTopology(context.manager())) {
+    if (toText(node.name) == toText(name)) {
+      return node.nativeEMSName.in();
+    }
+  }
+  throw Broken("the topology view does not have the created node \"" + toText(name) + '"');
+}
+
+Notification nextAbout(Context& context, const TemporaryNode& node) {
+  const auto taken = context.receiver.takeUntil(toText(node.name()), context.timeout);
+  require(!taken.empty(), "no notification about the node \"" + toText(node.name()) + "\" arrives");
+  return taken.back();
+}
+
+void requireType(const Notification& notification, const char* type) {
+  require(notification.type == type,
+          "a notification has the type " + notification.type + ", not " + type);
+}
+
+}  // namespace
+
+void checkCreation(Context& context) {
+  const Subscription subscription(context);
+  const TemporaryNode node(context, "conformance creation");
+  const Notification notification = nextAbout(context, node);
+  requireType(notification, layout::kObjectCreation);
+  require(notification.hasNode, "the notification of a creation has no Node_T");
+  require(notification.name == nativeNameOf(context, node.name()),
+          "the node of the notification has another native name than the view");
+}
+
+void checkChange(Context& context) {
+  const Subscription subscription(context);
+  const TemporaryNode node(context, "conformance change");
+  nextAbout(context, node);
+  context.host.op().change(node.id());
+  const Notification notification = nextAbout(context, node);
+  requireType(notification, layout::kAttributeValueChange);
+  require(notification.attribute == "nativeEMSName",
+          "the only attribute of the notification is not nativeEMSName");
+  require(notification.name == nativeNameOf(context, node.name()),
+          "the notification has another native name than the view");
+}
+
+void checkDeletion(Context& context) {
+  const Subscription subscription(context);
+  TemporaryNode node(context, "conformance deletion");
+  nextAbout(context, node);
+  node.remove();
+  requireType(nextAbout(context, node), layout::kObjectDeletion);
+}
+
+// A handler of an earlier load that is still subscribed would add a second notification.
+void checkEventsAfterReload(Context& context) {
+  const Subscription subscription(context);
+  context.host.reload();
+  const TemporaryNode first(context, "conformance reload 1");
+  const TemporaryNode second(context, "conformance reload 2");
+  const auto taken = context.receiver.takeUntil(toText(second.name()), context.timeout);
+  int count = 0;
+  for (const Notification& notification : taken) {
+    count += notification.object == toText(first.name()) ? 1 : 0;
+  }
+  require(!taken.empty() && count == 1,
+          "an event after a reload makes " + std::to_string(count) + " notifications, not 1");
+}
+
+void checkUtf8(Context& context) {
+  const TemporaryNode node(context, "conformance München Ω 漢字");
+  nativeNameOf(context, node.name());
+  const std::string text = "Zürich Ω 漢字";
+  try {
+    context.manager()->setNativeEMSName(node.name(), text.c_str());
+  } catch (const globaldefs::ProcessingFailureException&) {
+    return;  // a host need not support the setter
+  }
+  const std::string shown = nativeNameOf(context, node.name());
+  require(shown == text, "the view shows \"" + shown + "\" for \"" + text + '"');
+}
+
+}  // namespace conformance

@@ -1,0 +1,92 @@
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+#include "conformance/HostProtocol.h"
+#include "conformance/Records.h"
+#include "conformance/checks/OperatorChecks.h"
+#include "conformance/checks/Views.h"
+
+namespace conformance {
+namespace {
+
+constexpr int kReloads = 20;
+
+std::vector<std::string> topologyTexts(Context& context) {
+  std::vector<std::string> texts;
+  for (const auto& node : readTopology(context.manager())) {
+    texts.push_back(toText(node));
+  }
+  return texts;
+}
+
+// How many different files with the plug-in the process maps.
+std::size_t mappedFiles(Context& context) {
+  std::ifstream file("/proc/" + std::to_string(context.host.pid()) + "/maps");
+  require(file.is_open(), "the memory map of the host's process cannot be read");
+  const std::string maps{std::istreambuf_iterator<char>(file), {}};
+  return countMappedFiles(maps, context.host.pluginFile());
+}
+
+void skipUnlessOwn(Context& context) {
+  if (!context.host.isOwn()) {
+    throw Skipped("only for a host that topo-conformance starts");
+  }
+}
+
+}  // namespace
+
+void checkBoundSymbols(Context& context) {
+  skipUnlessOwn(context);
+  context.host.start(Plugin::kModule, {"LD_BIND_NOW=1"});
+}
+
+void checkReloads(Context& context) {
+  const auto before = topologyTexts(context);
+  for (int i = 0; i < kReloads; ++i) {
+    context.host.reload();
+    require(topologyTexts(context) == before,
+            "the topology view has changed after reload " + std::to_string(i + 1));
+  }
+}
+
+void checkIteratorAfterReload(Context& context) {
+  CORBA::ULong left = 0;
+  const TopoManagementManager::NodeIterator_I_var iterator = openIterator(context.manager(), left);
+  context.host.reload();
+  try {
+    TopoManagementManager::NodeList_T_var batch;
+    iterator->next_n(1, batch.out());
+  } catch (const CORBA::OBJECT_NOT_EXIST&) {
+    return;
+  }
+  throw Broken("the iterator still answers after a reload");
+}
+
+// The console of an agent reloads only. Then one file must be mapped: a reload that leaves the old
+// one adds a second file, or keeps the one file with the old state.
+void checkNothingMapped(Context& context) {
+  skipUnlessOwn(context);
+  std::size_t expected = 0;
+  try {
+    context.host.op().unload();
+  } catch (const Skipped&) {
+    expected = 1;
+    context.host.reload();
+  }
+  const std::size_t mapped = mappedFiles(context);
+  if (expected == 0) {
+    context.host.load();
+  }
+  require(mapped == expected,
+          std::to_string(mapped) + " files " + context.host.pluginFile() + " are mapped after " +
+              (expected == 0 ? "an unload" : "a reload") + ", not " + std::to_string(expected));
+}
+
+void checkEnd(Context& context) {
+  skipUnlessOwn(context);
+  require(context.host.stop(), "the host does not end with status 0 on request");
+}
+
+}  // namespace conformance

@@ -1,0 +1,40 @@
+// topo-conformance: checks that a host of the module keeps the contracts.
+
+#include <csignal>
+#include <filesystem>
+#include <iostream>
+#include <string>
+
+#include "conformance/Options.h"
+#include "conformance/Report.h"
+#include "conformance/Run.h"
+
+namespace {
+
+// The file below the lib folder beside the folder of this program.
+std::string installed(const std::string& file) {
+  namespace fs = std::filesystem;
+  std::error_code status;
+  const fs::path lib =
+      fs::read_symlink("/proc/self/exe", status).parent_path().parent_path() / "lib";
+  const fs::path inFolder = lib / "topo-manager" / file;
+  return fs::exists(inFolder, status) ? inFolder : lib / file;
+}
+
+}  // namespace
+
+int main(int argc, char* argv[]) {
+  std::signal(SIGPIPE, SIG_IGN);  // a host that has ended does not end this program
+  try {
+    const conformance::Options options = conformance::parseOptions(
+        argc, argv, {installed("libzu_corba_topo.so"), installed("libtopo_conformance_probe.so")});
+    if (!options.notice.empty()) {
+      std::cout << options.notice;
+      return conformance::kAllPassed;
+    }
+    return conformance::run(options, std::cout, std::cerr);
+  } catch (const conformance::UsageError& failure) {
+    std::cerr << "topo-conformance: " << failure.what() << "\nRun with --help for the options.\n";
+    return conformance::kNotRun;
+  }
+}
