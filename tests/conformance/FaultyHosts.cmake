@@ -1,0 +1,58 @@
+# One host for each mistake: name, rule that names the mistake, file of the sample host, good text, bad text.
+
+# Definitions of the program take the place of those of topo_host_defaults.
+set(include_host "#include \"Host.h\"\n")
+faulty_host(does_not_list_service_objects bundle.constructor Registration.cpp "${include_host}"
+  "${include_host}#include \"platform/bundlemgr/BundleMgr.h\"\nvoid NS_BUNDLEMGR1::ServiceObjectBase::RegistSvc() {}\n")
+faulty_host(keeps_interfaces bundle.base Registration.cpp "${include_host}"
+  "${include_host}#include \"platform/bundlemgr/BundleMgr.h\"\nvoid NS_BUNDLEMGR1::ServiceObjectBase::RemoveInterface() {}\n")
+faulty_host(reads_no_numbers texts.numbers Registration.cpp "${include_host}"
+  "${include_host}#include \"platform/util/UtilCommon.h\"\nint NS_UTIL::Str2Int(const std::string&) { return 0; }\n")
+
+faulty_host(publishes_no_naming bundle.interfaces Naming.cpp
+  "NS_BUNDLEMGR1::SetIFBuf(\"CorbaUtilInterface\", &naming);" "")
+
+faulty_host(raises_for_a_malformed_name naming.raises-nothing Naming.cpp
+  "!= host::kEmsName) return kInvalid;" "!= host::kEmsName) throw ProcessException();")
+faulty_host(calls_every_name_a_subnetwork naming.types Naming.cpp
+  "&& host::hasSubnetwork(id) ? kTopoSubnetworkType" "? kTopoSubnetworkType")
+faulty_host(keeps_a_stale_name naming.cleared Naming.cpp
+  "name.length(id.empty() || id[0] == '-' ? 0 : 2);  // no name for a negative number\n  if (name.length() == 0) return kInvalid;"
+  "if (id.empty() || id[0] == '-') return kInvalid;\n  name.length(2);")
+faulty_host(sorts_elements_wrongly domain.elements Domain.cpp
+  "for (const NEIndex& index : indexes)"
+  "for (const NEIndex& index : std::vector<NEIndex>(indexes.rbegin(), indexes.rend()))")
+
+faulty_host(raises_a_platform_exception_for_codes failures.type Failures.cpp
+  "throw exception;" "throw ProcessException();")
+faulty_host(raises_for_success failures.success Failures.cpp "if (code == 0) return;" "")
+faulty_host(ignores_the_text_of_a_failure failures.text Failures.cpp
+  "if (!text.empty()) exception.errorReason" "if (text == \"never\") exception.errorReason")
+
+faulty_host(accepts_a_name_in_use registration.twice Registration.cpp
+  "if (!factories.emplace(name, factory).second) fail(\"the name of a manager is in use\");"
+  "factories[name] = factory;")
+faulty_host(crashes_for_a_null_servant registration.null Registration.cpp
+  "if (servant == nullptr) fail(\"there is no servant\");" "if (servant == nullptr) abort();")
+faulty_host(leaks_servants registration.reference Registration.cpp
+  "const PortableServer::ServantBase_var owned = servant;" "")
+
+faulty_host(does_not_wait_for_a_handler event.unsubscribe-waits Events.cpp
+  "wait([&] { return running_ != handler; });" "")
+faulty_host(keeps_subscriptions event.unsubscribe-ends Events.cpp
+  "change([&] { subscriptions_.erase({eventId, handler}); });" "")
+faulty_host(reports_a_deletion_as_a_change event.contents Domain.cpp
+  "raiseEvent(EVENT_TOPO_NODE_DELETED" "raiseEvent(EVENT_TOPO_NODE_CHANGED")
+faulty_host(keeps_handlers_of_a_failed_init reload.failed-init Module.cpp
+  "forgetEventHandlers();" "")
+faulty_host(never_unmaps_the_module reload.mapped Module.cpp
+  "ACE_DLL_Manager::instance()->unload_policy(ACE_DLL_UNLOAD_POLICY_PER_PROCESS);" "")
+
+faulty_host(shares_the_log_position log.position Log.cpp
+  "thread_local LogPosition position;" "static LogPosition position;")
+faulty_host(never_ends_iterators iterators.destroy Iterators.cpp "iteratorPoa->deactivate_object" "(void)")
+faulty_host(lacks_a_function link.symbols Log.cpp "void NS_CORBA::NbiException("
+  "using namespace NS_CORBA;\nvoid unused(")
+faulty_host(hangs_in_reset attributes.raise-nothing Attributes.cpp
+  "CORBA::ULong TECommonFunc::resetObject(const NVSList_T&) {"
+  "CORBA::ULong TECommonFunc::resetObject(const NVSList_T&) { for (;;) pause();")

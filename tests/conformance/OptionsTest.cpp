@@ -1,0 +1,52 @@
+#include "conformance/Options.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <vector>
+
+namespace {
+
+using conformance::Options;
+using conformance::UsageError;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+Options parse(std::vector<const char*> arguments) {
+  arguments.insert(arguments.begin(), "topo-conformance");
+  return conformance::parseOptions(static_cast<int>(arguments.size()), arguments.data(),
+                                   {"module.so", "probe.so"});
+}
+
+TEST(ConformanceOptions, TakeTheCommandOfTheHost) {
+  const Options options = parse({"--timeout", "3", "--", "host", "--console", "{module}"});
+  EXPECT_THAT(options.command, ElementsAre("host", "--console", "{module}"));
+  EXPECT_EQ(options.timeout.count(), 3);
+  EXPECT_FALSE(options.usesConsole);
+  EXPECT_EQ(options.module, "module.so");
+  EXPECT_EQ(options.probe, "probe.so");
+}
+
+TEST(ConformanceOptions, TakeTheReferenceOfARunningHost) {
+  const Options options = parse({"--agent", "corbaloc::h:1/K", "--module", "m"});
+  EXPECT_EQ(options.agent, "corbaloc::h:1/K");
+  EXPECT_EQ(options.module, "m");
+}
+
+TEST(ConformanceOptions, NeedExactlyOneHost) {
+  EXPECT_THROW(parse({}), UsageError);
+  EXPECT_THROW(parse({"--console"}), UsageError);
+  EXPECT_THROW(parse({"--agent", "x", "--", "host"}), UsageError);
+}
+
+TEST(ConformanceOptions, RejectUnknownOptionsAndTimeouts) {
+  EXPECT_THROW(parse({"--no-such-option", "--", "host"}), UsageError);
+  EXPECT_THROW(parse({"--timeout", "0", "--", "host"}), UsageError);
+  EXPECT_THROW(parse({"--timeout", "x", "--", "host"}), UsageError);
+}
+
+TEST(ConformanceOptions, HelpNamesThePlaceholder) {
+  EXPECT_THAT(parse({"--help"}).notice, HasSubstr("{module}"));
+}
+
+}  // namespace
