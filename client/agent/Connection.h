@@ -29,8 +29,10 @@ struct Target {
 
 inline constexpr Target kManager = {nullptr, "TopoMgr_I",
                                     "answers, but has no object of this name"};
-inline constexpr Target kConsole = {object_key::kConsole, "Console_I",
-                                    "has no console: the agent was started with --no-console"};
+inline constexpr Target kConsole = {
+    object_key::kConsole, "Console_I",
+    "answers, but has no console: it was started with --no-console, "
+    "or it is another host than topo-agentd"};
 inline constexpr Target kSession = {object_key::kSession, "Session_I",
                                     "answers, but sends no notifications to clients"};
 

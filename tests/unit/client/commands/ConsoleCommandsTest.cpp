@@ -293,14 +293,28 @@ TEST_F(StrictConsole, EndsWith4WhenAFileIsOverTheAgentsLimit) {
   EXPECT_THAT(script.calls(), ElementsAre());
 }
 
+// A manager without a console beside it, as every host but topo-agentd serves it.
 class NoConsole : public WithAgent {};
 
-TEST_F(NoConsole, EndsWith2) {
+TEST_F(NoConsole, IsReportedByEveryCommandOfTheConsole) {
   script.settle();
-  const Ended ended = runProgram({"--agent", agentReference(), "status"});
-  EXPECT_EQ(ended.status, 2);
-  EXPECT_EQ(ended.err, "topoctl: the agent at '" + agentReference() +
-                           "' has no console: the agent was started with --no-console\n");
+  const std::vector<std::vector<std::string>> commands = {
+      {"status"}, {"module", "reload"}, {"node", "delete", "a"}};
+  for (const std::vector<std::string>& command : commands) {
+    std::vector<std::string> line = {"--agent", agentReference()};
+    line.insert(line.end(), command.begin(), command.end());
+    const Ended ended = runProgram(line);
+    EXPECT_EQ(ended.status, 2) << command.front();
+    EXPECT_EQ(ended.err, "topoctl: the agent at '" + agentReference() +
+                             "' answers, but has no console: it was started with --no-console, or "
+                             "it is another host than topo-agentd\n")
+        << command.front();
+  }
+}
+
+TEST_F(NoConsole, IsNotNeededByCommandsOfTheManager) {
+  script.settle();
+  EXPECT_EQ(runProgram({"--agent", agentReference(), "topo"}).status, 0);
 }
 
 TEST_F(NoConsole, EndsWith4WhenTheObjectHasAnotherType) {
