@@ -30,9 +30,9 @@ namespace NS_BUNDLEMGR1 {
 // thread. GetInterface alone may be called on any thread, with _g_actualmutex locked.
 // Ownership: the loader owns the service object and deletes it; the service object owns its
 // interface.
-// Errors: see each function. After an init that threw, the registrations before the exception
-// stay. They belong to the loaded library, not to the object: a fini of any service object of the
-// same load reverses them.
+// Errors: see each function. After an init that threw, the loader deletes the object without a call
+// of fini, and the registrations before the exception stay. They belong to the loaded library, not
+// to the object: a fini of any service object of the same load reverses them.
 class PLATFORM_API ServiceObjectBase : public ACE_Service_Object {
  public:
   // Appends the object to the bundle manager's list of service objects. Not left to RegistSvc,
