@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "orb/orb.h"
+#include "tests/unit/orb/Servants.h"
 
 namespace {
 
@@ -44,6 +45,20 @@ TEST_F(Poa, IsInCleanupAfterTheDestructionOfItsParent) {
   EXPECT_FALSE(orb::isCleanupInProgress(child.in()));
   parent->destroy(false, true);
   EXPECT_TRUE(orb::isCleanupInProgress(child.in()));
+}
+
+// So housekeeping of servants must not look for the id of a deactivated servant.
+TEST_F(Poa, ActivatesADeactivatedServantWhenItsIdIsAskedForAndActivationIsImplicit) {
+  PortableServer::POA_ptr root = server_->rootPoa();
+  CORBA::PolicyList policies(1);
+  policies.length(1);
+  policies[0] = root->create_implicit_activation_policy(PortableServer::IMPLICIT_ACTIVATION);
+  const POA_var poa = root->create_POA("implicit", PortableServer::POAManager::_nil(), policies);
+  const PortableServer::Servant_var<orb_tests::Answering> servant = new orb_tests::Answering(0U);
+  const PortableServer::ObjectId_var first = poa->activate_object(servant.in());
+  poa->deactivate_object(first.in());
+  const PortableServer::ObjectId_var second = poa->servant_to_id(servant.in());
+  EXPECT_EQ(poa->id_to_servant(second.in()), servant.in());
 }
 
 }  // namespace
