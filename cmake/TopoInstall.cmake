@@ -1,6 +1,6 @@
 # The installed tree, described in docs/sdk.md. It can be moved. Its components:
 #   module   the module, and the libraries that the module and other agents use
-#   sdk      headers, IDL and the CMake package TopoManager, for the developers of an agent; needs module
+#   sdk      headers, IDL, topo-conformance and the CMake package TopoManager, for the developers of an agent; needs module
 #   agent    topo-agentd and topoctl; needs module
 #   doc      the documents
 include(CMakePackageConfigHelpers)
@@ -10,9 +10,9 @@ set(data "${CMAKE_INSTALL_DATADIR}/topo-manager")
 
 # Programs and libraries find the libraries of this project from their own folders.
 file(RELATIVE_PATH bin_to_lib "${CMAKE_INSTALL_FULL_BINDIR}" "${CMAKE_INSTALL_FULL_LIBDIR}")
-set_target_properties(topo-agentd topoctl PROPERTIES
+set_target_properties(topo-agentd topoctl topo-conformance PROPERTIES
   INSTALL_RPATH "$ORIGIN/${bin_to_lib};$ORIGIN/${bin_to_lib}/topo-manager")
-set_target_properties(zu_corba_topo topo_agent topo_agent_idl topo_host_defaults PROPERTIES
+set_target_properties(zu_corba_topo topo_agent topo_agent_idl topo_host_defaults topo_conformance_probe PROPERTIES
   INSTALL_RPATH "$ORIGIN;$ORIGIN/..")
 
 # module
@@ -38,6 +38,11 @@ install(DIRECTORY "${PROJECT_BINARY_DIR}/idl/generated" DESTINATION "${TOPO_INST
 install(FILES idl/NotificationLayout.h idl/ObjectKeys.h DESTINATION "${TOPO_INSTALL_INCLUDEDIR}/idl" COMPONENT sdk)
 install(DIRECTORY idl DESTINATION "${data}" COMPONENT sdk FILES_MATCHING PATTERN "*.idl")
 install(DIRECTORY examples DESTINATION "${data}" COMPONENT sdk PATTERN build EXCLUDE)
+
+# sdk: the conformance test, which calls the console and the session of an agent that has them.
+install(TARGETS topo-conformance topo_conformance_probe topo_agent_idl
+  RUNTIME COMPONENT sdk
+  LIBRARY DESTINATION "${TOPO_INSTALL_PRIVATEDIR}" COMPONENT sdk)
 
 # sdk: the package. An ORB is found as by the build.
 set(idl_folder "${data}/idl")

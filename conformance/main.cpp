@@ -11,14 +11,14 @@
 
 namespace {
 
-// The file below the lib folder beside the folder of this program.
+// The file in its folder of an installed tree, or in the lib folder of a build. Both places are
+// relative to this program.
 std::string installed(const std::string& file) {
   namespace fs = std::filesystem;
   std::error_code status;
-  const fs::path lib =
-      fs::read_symlink("/proc/self/exe", status).parent_path().parent_path() / "lib";
-  const fs::path inFolder = lib / "topo-manager" / file;
-  return fs::exists(inFolder, status) ? inFolder : lib / file;
+  const fs::path bin = fs::read_symlink("/proc/self/exe", status).parent_path();
+  const fs::path inTree = (bin / TOPO_INSTALLED_MODULE_FOLDER / file).lexically_normal();
+  return fs::exists(inTree, status) ? inTree : (bin / "../lib" / file).lexically_normal();
 }
 
 }  // namespace
