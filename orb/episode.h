@@ -13,7 +13,7 @@ namespace orb {
 // first event and a line with the number of events at the end. An episode ends after a quiet period
 // without events.
 //
-// Thread-safety: none. Holds no resources; no function fails.
+// Thread-safety: none. Owns numbers only. No function fails.
 class Episode {
  public:
   using Time = std::chrono::steady_clock::time_point;

@@ -33,7 +33,8 @@ class Gate {
   Gate(const Gate&) = delete;
   Gate& operator=(const Gate&) = delete;
 
-  // Counts a request as running for the lifetime of the object. Thread-safety: one thread.
+  // Counts a request as running for the lifetime of the object. Thread-safety: one thread. Borrows
+  // the gate. The constructor throws CORBA::TRANSIENT while the gate is closed, and std::bad_alloc.
   class Pass {
    public:
     Pass(Gate& gate, Source source) : gate_(gate) {

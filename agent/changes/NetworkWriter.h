@@ -57,7 +57,8 @@ class NetworkWriter {
   // Blocks new changes until the Pause is destroyed. The constructor waits until the change in
   // progress has ended and has raised its event. A change that takes longer than atMost continues
   // and raises its event during the pause. Waiting changes do not delay a pause. Several pauses may
-  // exist at the same time. Any thread may destroy a pause.
+  // exist at the same time. Thread-safety: any thread may destroy a pause. Ownership: borrows the
+  // writer. Errors: none.
   class Pause {
    public:
     Pause(NetworkWriter& writer, std::chrono::milliseconds atMost);
@@ -70,8 +71,9 @@ class NetworkWriter {
   };
 
   // The exclusive right to make one change, from the constructor to the destructor. The constructor
-  // waits for the change in progress and for all pauses. REQUIRES: the thread has no other Change
-  // and no Pause.
+  // waits for the change in progress and for all pauses. Thread-safety: one thread. Ownership:
+  // borrows the writer. Errors: commit() throws StoreError and Cancelled. REQUIRES: the thread has
+  // no other Change and no Pause.
   class Change {
    public:
     explicit Change(NetworkWriter& writer);

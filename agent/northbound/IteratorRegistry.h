@@ -74,7 +74,8 @@ class IteratorRegistry {
 
   // Prevents the reclaim of iterators that the thread adds during the lifetime of the Creation: the
   // client has no reference yet, and a deactivated servant cannot make a reference. The idle time
-  // of the iterators begins at the end of the Creation. REQUIRES: one Creation a thread at a time.
+  // of the iterators begins at the end of the Creation. Thread-safety: one thread. Ownership:
+  // borrows the registry and the servants. Errors: none. REQUIRES: one Creation a thread at a time.
   class Creation {
    public:
     explicit Creation(IteratorRegistry& registry);

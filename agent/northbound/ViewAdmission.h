@@ -45,7 +45,9 @@ class ViewAdmission {
   ViewAdmission(const ViewAdmission&) = delete;
   ViewAdmission& operator=(const ViewAdmission&) = delete;
 
-  // The admission of one view. The destructor ends the progress of the view.
+  // The admission of one view. The destructor ends the progress of the view. Thread-safety: one
+  // thread at a time. Ownership: borrows the admission, which outlives the pass; a moved pass is
+  // empty. Errors: none.
   class Pass {
    public:
     Pass() = default;
