@@ -45,7 +45,7 @@ Network openNetwork(const Options& options, std::unique_ptr<NetworkStore>& store
   }
   if (!load) {
     if (!options.network.empty()) {
-      log(kLogEvents, "store " + options.store + " holds a network already, " +
+      log(kLogEvents, "store " + options.store + " contains a network already, " +
                           options.network.string() + " is not loaded");
     }
     return store->read();

@@ -45,7 +45,7 @@ int fail(const std::string& reason) {
 
 void announce(const std::string& line) {
   if (!agent::writeWithin(STDOUT_FILENO, line + '\n', kReaderPatience)) {
-    agent::log(agent::kLogErrors, "standard output does not take the line: " + line);
+    agent::log(agent::kLogErrors, "standard output cannot be written: " + line);
   }
 }
 

@@ -19,7 +19,7 @@ std::string problemWith(std::string_view text) {
     return "has more than " + std::to_string(kMostTextBytes) + " bytes";
   }
   if (text.find('\0') != std::string_view::npos) {
-    return "holds a NUL character";
+    return "contains a NUL character";
   }
   const auto invalid = findInvalidUtf8(text);
   return invalid ? "is not UTF-8 at byte " + std::to_string(*invalid) : std::string();

@@ -112,7 +112,7 @@ void ModuleLoader::load() {
                                quotedName(path_) + ":" + symbolName() + "()");
   loaded_ = true;
   if (reason.empty() && !isLoaded()) {
-    reason = "the service configurator does not know it";
+    reason = "the service configurator has not loaded it";
   }
   failed_ = !reason.empty();
   if (failed_) {

@@ -27,7 +27,7 @@ void rejectNulReferences(std::string_view text) {
     }
     const std::size_t end = text.find_first_not_of('0', digits);
     if (end != std::string_view::npos && end > digits && text[end] == ';') {
-      throw ParseError(linePlace(text, at), "holds a NUL character");
+      throw ParseError(linePlace(text, at), "contains a NUL character");
     }
   }
 }
@@ -126,7 +126,7 @@ std::int32_t degrees(const std::string& text, const std::string& place) {
   }
   const auto thousandths = thousandthsOf(decimal);
   if (!thousandths) {
-    throw ParseError(place, inQuotes(text) + " is no usable number of degrees");
+    throw ParseError(place, inQuotes(text) + " is not a number of degrees within the limits");
   }
   return *thousandths;
 }
@@ -213,7 +213,7 @@ class GraphReader {
     const std::string place = placeOf("node", elements_.size());
     const std::int32_t number = nextNumber(place);
     if (node.child("graph")) {
-      throw ParseError(place, "has a graph of its own, which is not supported");
+      throw ParseError(place, "contains another graph, which is not supported");
     }
     requireNewId(node, place);
 
@@ -234,7 +234,7 @@ class GraphReader {
     const std::int64_t first = numbering_ ? numbering_->firstElement : 1;
     const std::int64_t number = first + static_cast<std::int64_t>(elements_.size());
     if (number > kMost) {
-      throw ParseError(place, "its element would have a number over " + std::to_string(kMost));
+      throw ParseError(place, "the number of its element would be above " + std::to_string(kMost));
     }
     return static_cast<std::int32_t>(number);
   }
@@ -327,7 +327,7 @@ pugi::xml_node rootOf(const pugi::xml_document& document) {
   const auto graphs = root.children("graph");
   const auto count = std::distance(graphs.begin(), graphs.end());
   if (count != 1) {
-    throw ParseError("graphml", "must hold one graph, not " + std::to_string(count));
+    throw ParseError("graphml", "must contain one graph, not " + std::to_string(count));
   }
   return root;
 }

@@ -113,7 +113,7 @@ std::string JsonField::text() const {
   }
   const auto& text = value_->get_ref<const std::string&>();
   if (text.find('\0') != std::string::npos) {
-    fail("holds a NUL character");
+    fail("contains a NUL character");
   }
   return text;
 }

@@ -72,7 +72,7 @@ Outcome checkText(std::string_view content) {
     return invalidInput(linePlace(content, *invalid), "is not UTF-8 here");
   }
   if (const std::size_t nul = content.find('\0'); nul != std::string_view::npos) {
-    return invalidInput(linePlace(content, nul), "holds a NUL character");
+    return invalidInput(linePlace(content, nul), "contains a NUL character");
   }
   return {};
 }
@@ -97,7 +97,7 @@ Result<PlacedNetwork> parse(std::string_view content, const std::string& baseNam
     return readGraphmlNetwork(content, baseName, numbering, cancellation);
   }
   if (numbering) {
-    return unreadable("is no GraphML, whose elements could be numbered");
+    return unreadable("is not GraphML, the only format whose elements can be numbered");
   }
   Network network = readJsonNetwork(content, cancellation);
   if (Outcome checked = check(network); !checked.ok()) {
@@ -123,7 +123,7 @@ Result<PlacedNetwork> readAs(const std::string& name, Read read) {
   } catch (const ParseError& failure) {
     return failureOf(name, failure.what());
   } catch (const std::bad_alloc&) {
-    return failureOf(name, "file: is too large for the memory there is");
+    return failureOf(name, "file: is too large for the available memory");
   } catch (const Cancelled& cancelled) {
     return Outcome{kInternalError, cancelled.what()};
   }

@@ -20,7 +20,7 @@ constexpr Meaning kMeanings[] = {
     {agent::kInvalidInput, globaldefs::EXCPT_INVALID_INPUT, "invalid input"},
     {agent::kEntityNotFound, globaldefs::EXCPT_ENTITY_NOT_FOUND, "no such object"},
     {agent::kAlreadyExists, globaldefs::EXCPT_OBJECT_IN_USE, "the object exists already"},
-    {agent::kTooMuch, globaldefs::EXCPT_CAPACITY_EXCEEDED, "more than can be kept"},
+    {agent::kTooMuch, globaldefs::EXCPT_CAPACITY_EXCEEDED, "a limit of number or size is reached"},
     {agent::kUserLabelInUse, globaldefs::EXCPT_USERLABEL_IN_USE, "user label in use"},
     {agent::kTooManyIterators, globaldefs::EXCPT_TOO_MANY_OPEN_ITERATORS,
      "too many open iterators"},

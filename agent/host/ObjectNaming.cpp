@@ -77,7 +77,7 @@ CORBA::ULong ObjectNaming::setName(globaldefs::NVSList_T& name, const char* obje
   }
   // CORBA strings end at NUL, so an id that contains NUL would return as a different id.
   if (value.find('\0') != std::string::npos) {
-    return logUnnamed(objectClass, value, "the id holds a NUL character");
+    return logUnnamed(objectClass, value, "the id contains a NUL character");
   }
   name.length(2);
   setPair(name[0], tmf::kEms, ems_);

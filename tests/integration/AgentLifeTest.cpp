@@ -196,7 +196,7 @@ TEST_F(AgentLife, LoadsANetworkOnlyIntoANewStore) {
   RunningAgent agent({"--network", other, "--log-level", "2"}, store());
   EXPECT_LT(1U, records(agent, {"topo"}).size());
   EXPECT_THAT(agent.stop(SIGTERM).err,
-              HasSubstr("store " + store() + " holds a network already, " + other));
+              HasSubstr("store " + store() + " contains a network already, " + other));
 }
 
 TEST_F(AgentLife, ReadsEveryOptionFromAConfigurationFile) {

@@ -72,7 +72,7 @@ TEST(AgentStop, ServesAndStopsThoughStandardOutputIsNotRead) {
   const support::FullPipe unread;
   // The test reads the agent's standard error as standard output of the shell.
   support::Process agent = startRedirected("2>&1 1>" + unread.path(), {});
-  EXPECT_THAT(agent.readLine(), HasSubstr("standard output does not take the line: topo-agentd "
+  EXPECT_THAT(agent.readLine(), HasSubstr("standard output cannot be written: topo-agentd "
                                           "ready"));
   agent.send(SIGTERM);
   EXPECT_EQ(0, agent.wait().status);

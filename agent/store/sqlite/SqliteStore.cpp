@@ -56,7 +56,7 @@ bool SqliteStore::isNew() {
 
 void SqliteStore::load(const Network& network) {
   if (!isNew()) {
-    throw StoreError(path_, "holds a network already");
+    throw StoreError(path_, "contains a network already");
   }
   guarded(path_, [&] {
     SQLite::Transaction transaction(*database_);

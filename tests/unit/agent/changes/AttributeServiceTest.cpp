@@ -449,7 +449,7 @@ TEST_F(AttributeServiceTest, RejectsTextsThatAreNotUtf8OrContainNul) {
                 "the user label of {EMS=E, TopoSubnetwork=core} is not UTF-8 at byte 3",
                 service().setUserLabel(subnetwork("core"), "abc\xff", false));
   expectRefused(agent::kInvalidName,
-                "the owner of {EMS=E, TopoSubnetwork=core} holds a NUL character",
+                "the owner of {EMS=E, TopoSubnetwork=core} contains a NUL character",
                 service().setOwner(subnetwork("core"), std::string_view("a\0b", 3)));
   expectRefused(agent::kInvalidName,
                 "the native name of {EMS=E, TopoSubnetwork=core} has more than 1048576 bytes",

@@ -174,7 +174,7 @@ TEST_F(NetworkImport, RejectsNetworksThatAFileCannotContain) {
   expectRefused(agent::kInvalidName, "networkElements[0].name: has more than 1048576 bytes", large);
   Network nul;
   nul.ems = std::string("\0", 1);
-  expectRefused(agent::kInvalidName, "ems: holds a NUL character", nul);
+  expectRefused(agent::kInvalidName, "ems: contains a NUL character", nul);
   Network position;
   position.clockPositions.resize(1);
   position.clockPositions[0].label = "\xff";
@@ -353,7 +353,7 @@ TEST_F(NetworkImport, FitsSeveralGraphsIntoOneNetwork) {
             empty.events());
   EXPECT_EQ(linkOf("two/e0", "link/-", "NE=3", "NE=4"), empty.seen().clockLinks.back());
   auto last = agent::readNetwork("last.graphml", graph, agent::GraphmlNumbering{2147483647});
-  EXPECT_EQ("last.graphml: node[1]: its element would have a number over 2147483647",
+  EXPECT_EQ("last.graphml: node[1]: the number of its element would be above 2147483647",
             last.outcome().reason);
 }
 

@@ -273,11 +273,11 @@ TEST_F(NodeServiceTest, RejectsTextsThatAFileCannotContain) {
   expectNotCreated(agent::kInvalidName, "the id of a node must not be empty", nodeOf("", "core"));
   expectNotCreated(agent::kInvalidName, "the id of node \"\\xff\" is not UTF-8 at byte 0",
                    nodeOf("\xff", "core"));
-  expectNotCreated(agent::kInvalidName, "the id of node \"x\\x00y\" holds a NUL character",
+  expectNotCreated(agent::kInvalidName, "the id of node \"x\\x00y\" contains a NUL character",
                    nodeOf(nul, "core"));
   expectNotCreated(agent::kInvalidName, "the parent of node \"a\" is not UTF-8 at byte 1",
                    nodeOf("a", "c\xc0"));
-  expectNotCreated(agent::kInvalidName, "the name of node \"a\" holds a NUL character",
+  expectNotCreated(agent::kInvalidName, "the name of node \"a\" contains a NUL character",
                    nodeOf("a", "core", kTopoSubnetwork, nul));
   expectNotCreated(agent::kInvalidName, "the name of node \"a\" has more than 1048576 bytes",
                    nodeOf("a", "core", kTopoSubnetwork, std::string(1048577, 'x')));
@@ -285,7 +285,8 @@ TEST_F(NodeServiceTest, RejectsTextsThatAFileCannotContain) {
   node.extendedAttributes = {{"fine", "fine"}, {"k\xff", ""}};
   expectNotCreated(agent::kInvalidName, "an attribute of node \"a\" is not UTF-8 at byte 1", node);
   node.extendedAttributes = {{"k", nul}};
-  expectNotCreated(agent::kInvalidName, "an attribute of node \"a\" holds a NUL character", node);
+  expectNotCreated(agent::kInvalidName, "an attribute of node \"a\" contains a NUL character",
+                   node);
 }
 
 TEST_F(NodeServiceTest, StoresUnusualAndLongTextsUnchanged) {

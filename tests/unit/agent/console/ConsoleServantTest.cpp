@@ -369,11 +369,12 @@ TEST_F(AgentConsole, NumbersTheElementsOfAGraph) {
                 console_.importNetwork("three.graphml", graph, {false, false, -1});
               }),
               refused(globaldefs::EXCPT_INVALID_INPUT));
-  EXPECT_THAT(refusalOf([&] {
-                console_.importNetwork("net.json", contentOf("{}"), {false, false, 1});
-              }),
-              refused(globaldefs::EXCPT_INVALID_INPUT,
-                      "net.json: file: is no GraphML, whose elements could be numbered"));
+  EXPECT_THAT(
+      refusalOf([&] {
+        console_.importNetwork("net.json", contentOf("{}"), {false, false, 1});
+      }),
+      refused(globaldefs::EXCPT_INVALID_INPUT,
+              "net.json: file: is not GraphML, the only format whose elements can be numbered"));
 }
 
 TEST_F(AgentConsole, NamesFileAndPlaceOfAnImportThatClashes) {

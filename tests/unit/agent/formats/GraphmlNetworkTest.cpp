@@ -148,17 +148,17 @@ TEST(GraphmlNetwork, RejectsAnotherRootElement) {
 }
 
 TEST(GraphmlNetwork, RejectsAFileWithoutAGraph) {
-  EXPECT_EQ("net.graphml: graphml: must hold one graph, not 0",
+  EXPECT_EQ("net.graphml: graphml: must contain one graph, not 0",
             refusalOf(graphml(""), "net.graphml"));
 }
 
 TEST(GraphmlNetwork, RejectsSeveralGraphs) {
-  EXPECT_EQ("net.graphml: graphml: must hold one graph, not 2",
+  EXPECT_EQ("net.graphml: graphml: must contain one graph, not 2",
             refusalOf(graphml("<graph/><graph/>"), "net.graphml"));
 }
 
 TEST(GraphmlNetwork, RejectsAGraphInsideANode) {
-  EXPECT_EQ("net.graphml: node[0]: has a graph of its own, which is not supported",
+  EXPECT_EQ("net.graphml: node[0]: contains another graph, which is not supported",
             refusalOfGraph("<node id='0'><graph/></node>"));
 }
 
@@ -179,27 +179,33 @@ TEST(GraphmlNetwork, RejectsAnEdgeToAnUnknownNode) {
 }
 
 TEST(GraphmlNetwork, RejectsCoordinatesThatAreNotNumbers) {
-  EXPECT_EQ(R"(net.graphml: node[1].Longitude: "east" is no usable number of degrees)",
-            refusalOfLongitude("east"));
-  EXPECT_EQ(R"(net.graphml: node[1].Longitude: "4.8N" is no usable number of degrees)",
-            refusalOfLongitude("4.8N"));
-  EXPECT_EQ(R"(net.graphml: node[1].Longitude: "nan" is no usable number of degrees)",
+  EXPECT_EQ(
+      R"(net.graphml: node[1].Longitude: "east" is not a number of degrees within the limits)",
+      refusalOfLongitude("east"));
+  EXPECT_EQ(
+      R"(net.graphml: node[1].Longitude: "4.8N" is not a number of degrees within the limits)",
+      refusalOfLongitude("4.8N"));
+  EXPECT_EQ(R"(net.graphml: node[1].Longitude: "nan" is not a number of degrees within the limits)",
             refusalOfLongitude("nan"));
-  EXPECT_EQ(R"(net.graphml: node[1].Longitude: "-inf" is no usable number of degrees)",
-            refusalOfLongitude("-inf"));
+  EXPECT_EQ(
+      R"(net.graphml: node[1].Longitude: "-inf" is not a number of degrees within the limits)",
+      refusalOfLongitude("-inf"));
 }
 
 TEST(GraphmlNetwork, RejectsCoordinatesBeyond32Bits) {
-  EXPECT_EQ(R"(net.graphml: node[1].Longitude: "2147484" is no usable number of degrees)",
-            refusalOfLongitude("2147484"));
-  EXPECT_EQ(R"(net.graphml: node[1].Longitude: "1e999" is no usable number of degrees)",
-            refusalOfLongitude("1e999"));
-  EXPECT_EQ(R"(net.graphml: node[0].Latitude: "-1e300" is no usable number of degrees)",
-            refusalOfGraph("<node id='0'><data key='y'>-1e300</data></node>"));
+  EXPECT_EQ(
+      R"(net.graphml: node[1].Longitude: "2147484" is not a number of degrees within the limits)",
+      refusalOfLongitude("2147484"));
+  EXPECT_EQ(
+      R"(net.graphml: node[1].Longitude: "1e999" is not a number of degrees within the limits)",
+      refusalOfLongitude("1e999"));
+  EXPECT_EQ(
+      R"(net.graphml: node[0].Latitude: "-1e300" is not a number of degrees within the limits)",
+      refusalOfGraph("<node id='0'><data key='y'>-1e300</data></node>"));
 }
 
 TEST(GraphmlNetwork, RejectsAReferenceToNul) {
-  EXPECT_EQ("net.graphml: 1:24: holds a NUL character",
+  EXPECT_EQ("net.graphml: 1:24: contains a NUL character",
             refusalOf("<graphml><graph id='a'>&#0;</graph></graphml>", "net.graphml"));
   EXPECT_NE("", refusalOfGraph("<node id='0'><data key='l'>a&#x00;b</data></node>"));
 }

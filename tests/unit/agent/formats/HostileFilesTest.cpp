@@ -74,9 +74,9 @@ TEST(NetworkReader, RejectsInvalidUtf8) {
 }
 
 TEST(NetworkReader, RejectsANulByte) {
-  EXPECT_EQ("network.json: 1:9: holds a NUL character",
+  EXPECT_EQ("network.json: 1:9: contains a NUL character",
             refusalOf(std::string("{\"ems\":\"\0\"}", 11)));
-  EXPECT_EQ("network.json: 1:2: holds a NUL character", refusalOf(std::string("<\0/>", 4)));
+  EXPECT_EQ("network.json: 1:2: contains a NUL character", refusalOf(std::string("<\0/>", 4)));
 }
 
 TEST(NetworkReader, EscapesTheNameOfTheFile) {

@@ -303,7 +303,7 @@ TEST(JsonNetwork, RejectsANodeThatIsItsOwnParent) {
 }
 
 TEST(JsonNetwork, RejectsANulInAText) {
-  EXPECT_EQ("network.json: topoNodes[0].name: holds a NUL character",
+  EXPECT_EQ("network.json: topoNodes[0].name: contains a NUL character",
             refusalOfNodes(R"({"id":"a","name":"x\u0000y"})"));
 }
 

@@ -100,7 +100,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Case{"AlreadyExists", agent::kAlreadyExists, globaldefs::EXCPT_OBJECT_IN_USE,
                          "the object exists already (code 1112801287)"},
                     Case{"TooMuch", agent::kTooMuch, globaldefs::EXCPT_CAPACITY_EXCEEDED,
-                         "more than can be kept (code 1112801288)"},
+                         "a limit of number or size is reached (code 1112801288)"},
                     Case{"InvalidInput", agent::kInvalidInput, globaldefs::EXCPT_INVALID_INPUT,
                          "invalid input (code 1112801289)"},
                     Case{"ConversionFailed", 0x411800BA, globaldefs::EXCPT_INTERNAL_ERROR,

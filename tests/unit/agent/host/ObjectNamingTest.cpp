@@ -111,7 +111,7 @@ TEST_F(NamingTest, ReportsEachObjectWithoutAName) {
   const std::vector<std::string> expected = {
       R"(no name for ManagedElement "-5": the number is negative)",
       R"(no name for TopoSubnetwork "": the id is empty)",
-      R"(no name for TopoSubnetwork "a\x00b": the id holds a NUL character)"};
+      R"(no name for TopoSubnetwork "a\x00b": the id contains a NUL character)"};
   EXPECT_EQ(expected, lines);
 }
 

@@ -131,7 +131,7 @@ TEST_F(SqliteStoreTest, RejectsToLoadASecondNetwork) {
     store.load(wideNetwork(2));
     ADD_FAILURE() << "loaded twice";
   } catch (const StoreError& error) {
-    EXPECT_EQ(path_ + ": holds a network already", error.what());
+    EXPECT_EQ(path_ + ": contains a network already", error.what());
   }
   EXPECT_EQ(sampleNetwork(), store.read());
 }
