@@ -220,6 +220,12 @@ CORBA::Object_ptr resolve(CORBA::ORB_ptr orb, const std::string& reference,
                                 : parseDirect(orb, text, timeout);
 }
 
+CORBA::Object_ptr namingServiceOf(CORBA::ORB_ptr orb, const std::string& reference,
+                                  std::chrono::milliseconds timeout) {
+  const std::string_view text = reference;
+  return parseCorbaname(orb, text.substr(kCorbaname.size()), timeout).service._retn();
+}
+
 void checkReference(CORBA::ORB_ptr orb, const std::string& reference) {
   const std::string_view text = reference;
   constexpr std::chrono::milliseconds kUnused{1};

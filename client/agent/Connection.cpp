@@ -96,21 +96,11 @@ std::string reasonOf(CORBA::Object_ptr object, const AgentAccess& access) {
   namingFailed(access, notBound ? ExitCode::kUnreachable : ExitCode::kCallFailed, failure.what());
 }
 
-// The naming service itself as an object. REQUIRES: the reference is a valid corbaname.
-CORBA::Object_ptr namingServiceOf(CORBA::ORB_ptr orb, const AgentAccess& access,
-                                  const std::string& reference) {
-  const std::size_t scheme = reference.find(':');
-  const std::string location = reference.substr(scheme, reference.find('#') - scheme);
-  const bool hasKey = location.find('/') != std::string::npos;
-  return orb::resolve(orb, "corbaloc" + location + (hasKey ? "" : "/NameService"),
-                      access.callTimeout);
-}
-
 [[noreturn]] void namingFailed(CORBA::ORB_ptr orb, const AgentAccess& access,
                                const std::string& reference,
                                const CORBA::SystemException& failure) {
   if (orb::isNotConnected(failure)) {
-    const CORBA::Object_var service = namingServiceOf(orb, access, reference);
+    const CORBA::Object_var service = orb::namingServiceOf(orb, reference, access.callTimeout);
     namingFailed(access, ExitCode::kUnreachable, "cannot be reached: " + reasonOf(service, access));
   }
   if (orb::isTimeout(failure)) {

@@ -56,6 +56,12 @@ bool isCorbaname(const std::string& reference);
 CORBA::Object_ptr resolve(CORBA::ORB_ptr orb, const std::string& reference,
                           std::chrono::milliseconds timeout);
 
+// Returns the naming service of a corbaname, owned by the caller. Makes no call. The call timeout
+// of the object is `timeout`. Thread-safety: any thread. Throws MalformedReference. REQUIRES:
+// isCorbaname(reference).
+CORBA::Object_ptr namingServiceOf(CORBA::ORB_ptr orb, const std::string& reference,
+                                  std::chrono::milliseconds timeout);
+
 // Checks the form of a reference without a call. Throws MalformedReference for a text that
 // resolve() does not accept, and for the IOR of nil. Thread-safety: any thread.
 void checkReference(CORBA::ORB_ptr orb, const std::string& reference);

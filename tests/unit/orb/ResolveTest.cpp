@@ -136,6 +136,16 @@ TEST_F(Resolve, ChecksTheFormOfAReferenceWithoutACall) {
   }
 }
 
+TEST_F(Resolve, GivesTheNamingServiceOfACorbanameWithoutACall) {
+  const SilentPeer peer;
+  for (const std::string& reference :
+       {"corbaname:" + peer.address() + "#a", "CORBANAME:" + peer.address() + "/Names#a"}) {
+    const CORBA::Object_var service = orb::namingServiceOf(server_->get(), reference, kTimeout);
+    EXPECT_EQ(orb::addressOf(service), peer.address().substr(peer.address().rfind('@') + 1))
+        << reference;
+  }
+}
+
 TEST_F(Resolve, RejectsOtherSchemes) {
   for (const std::string reference :
        {"", "nonsense", "file:///dev/null", ":1", "host:", "host:x"}) {
