@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 """Checks rules that the compiler does not check: include arrows and paths, ORB names, unsalted hash tables, line
-ends, timeouts of tests, names of test suites, paths in documents.
+ends, timeouts of tests, names of test suites, folders of unit tests, paths in documents.
 
 docs/architecture.md draws the arrows: a folder may include its own headers and those of the folders in its row of
 ALLOWED.
@@ -233,6 +233,15 @@ def suite_problems(names):
                 yield f"{name}: {first} has a test suite {suite} too"
 
 
+def mirror_problems(names):
+    """A folder of tests/unit has the path of the tested folder; support/ has what its tests share."""
+    folders = {name.rpartition("/")[0] for name in names if name.startswith("tests/unit/") and name.endswith(".cpp")}
+    for folder in sorted(folders):
+        source = folder.removeprefix("tests/unit/")
+        if not (ROOT / source).is_dir() and not source.endswith("/support"):
+            yield f"{folder}: there is no folder {source}"
+
+
 def link_problems(name, text):
     for link in LINK.findall(text):
         if not (ROOT / name).parent.joinpath(link).exists():
@@ -258,6 +267,7 @@ def document_problems(names):
 
 def problems():
     yield from suite_problems(tracked())
+    yield from mirror_problems(tracked())
     yield from document_problems(tracked())
     yield from unused_arrow_problems(tracked())
     for name in tracked():
