@@ -107,17 +107,16 @@ PREFIXES = [
 ]
 
 ORB_NAME = re.compile(r"(?<![A-Za-z0-9_])(?:-D)?TAO_|ACE_TAO|(?<![A-Za-z])(?:lib)?omni", re.IGNORECASE)
-# examples/ has clients for the ORBs of Debian's packages. The last three tell people or apt which packages there
-# are, and what is looked for.
+# Documents, packages and examples name the ORBs for users; this script names them to find them.
 ORB_NAMES_ALLOWED = ("orb/", "cmake/", "docs/", "examples/", "README.md", "scripts/packages.txt",
                      "scripts/check_tree.py")
-# Keys that come from outside need a salted table. Pointers and the agent's own object keys do not.
 ADDED_TEST = re.compile(r"add_test\(\s*NAME\s+(\S+)")
+# Keys that come from outside need a salted table. Pointers and the agent's own object keys do not.
 PLAIN_TABLE = re.compile(r"std::unordered_(?:map|set)<(?!(?:const )?[\w:]+\*)")
 PLAIN_TABLES_ALLOWED = ("hash/", "tests/", "bench/", "agent/northbound/IteratorRegistry.h")
 TEST_DEFINITION = re.compile(
     r"^[ \t]*(?:TEST|TEST_F|TEST_P|TYPED_TEST|TYPED_TEST_P)\(\s*(\w+)\s*,", re.MULTILINE)
-# One of these folders is built at a time, so suites in two of them never meet.
+# Only one of these folders is built, so two of them may have the same suite.
 ORB_TESTS = re.compile(r"^orb/\w+/tests$")
 # A path in backticks; a link to a file of the repository.
 NAMED_PATH = re.compile(r"`([\w./-]+(?:/|\.(?:h|cpp|idl|md|py|sh|txt)))`")
