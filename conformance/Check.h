@@ -14,7 +14,7 @@
 
 namespace conformance {
 
-// What a check works with.
+// The host and the tools that a check uses. Borrowed for the run.
 struct Context {
   Host& host;
   Receiver& receiver;

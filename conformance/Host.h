@@ -47,7 +47,7 @@ class Host {
   // REQUIRES: isOwn for the probe.
   void require(Plugin plugin);
 
-  // Starts the host anew, with NAME=VALUE entries in its environment.
+  // Restarts the host, with NAME=VALUE entries in its environment.
   void start(Plugin plugin, const std::vector<std::string>& environment = {});
 
   // Asks the host to end, and kills it after the timeout. Returns whether the process ended with

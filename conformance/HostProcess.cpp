@@ -51,7 +51,7 @@ std::vector<std::string> environmentWith(const std::vector<std::string>& additio
   return all;
 }
 
-// What the child needs after the fork, where it must not allocate.
+// The data of the child after the fork. The child must not allocate memory.
 struct Image {
   char* const* arguments;
   char* const* environment;

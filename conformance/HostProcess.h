@@ -54,7 +54,7 @@ class HostProcess {
   std::string describeEnd() const;
 
  private:
-  // A file descriptor that is closed with its owner.
+  // Owns a file descriptor and closes it in the destructor. Thread-safety: none. Never fails.
   class Descriptor {
    public:
     explicit Descriptor(int value = -1) : value_(value) {}

@@ -8,7 +8,7 @@
 namespace conformance {
 namespace {
 
-// The text behind the prefix and one space; "" when the line is the prefix alone.
+// The text after the prefix and one space; "" when the line equals the prefix.
 std::optional<std::string> textAfter(const std::string& line, const std::string& prefix) {
   if (line == prefix) {
     return "";

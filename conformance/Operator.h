@@ -19,8 +19,8 @@ class OperationFailed : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-// Thread-safety: none. Errors: OperationFailed; Skipped for an operation that this kind of host
-// does not have.
+// Operates a host. Thread-safety: none. Ownership: borrows the host. Errors: OperationFailed;
+// Skipped for an operation that this kind of host does not have.
 class Operator {
  public:
   virtual ~Operator() = default;

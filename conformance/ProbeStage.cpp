@@ -93,7 +93,8 @@ void ProbeStage::runFiniRules() {
     report_.add({Outcome::kFail, std::string(probe::kFiniPrefix) + "fini",
                  "the host calls fini before it ends", "fini was not called"});
   }
-  // Failed inits and reloads have reports of their own; the end of the host is the last.
+  // Each failed init, each reload and the end of the host have a separate report; the last report
+  // counts.
   std::map<std::string, Result> last;
   for (const Result& result : results) {
     last[result.rule] = result;

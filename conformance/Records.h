@@ -1,4 +1,4 @@
-// What the checks ask of the records of views. Pure functions; thread-safety: any thread.
+// Predicates on the records of views, for the checks. Pure functions; thread-safety: any thread.
 
 #ifndef CONFORMANCE_RECORDS_H
 #define CONFORMANCE_RECORDS_H

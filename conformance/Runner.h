@@ -17,8 +17,8 @@ class Runner {
   Runner(Context& context, Report& report) : context_(context), report_(report) {}
 
   // Starts the host when it does not run with the plug-in, runs the check and reports the result. A
-  // check that ends the host's process or gets no answer has failed, and the next check starts the
-  // host anew. Returns the result.
+  // check that ends the host's process or gets no answer has failed, and the next check restarts
+  // the host. Returns the result.
   Result run(const std::string& rule, const std::string& text, Plugin plugin,
              const std::function<void(Context&)>& check);
 

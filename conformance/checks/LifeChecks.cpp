@@ -21,7 +21,7 @@ std::vector<std::string> topologyTexts(Context& context) {
   return texts;
 }
 
-// How many different files with the plug-in the process maps.
+// The number of different files with the plug-in that the process maps.
 std::size_t mappedFiles(Context& context) {
   std::ifstream file("/proc/" + std::to_string(context.host.pid()) + "/maps");
   require(file.is_open(), "the memory map of the host's process cannot be read");
@@ -64,8 +64,8 @@ void checkIteratorAfterReload(Context& context) {
   throw Broken("the iterator still answers after a reload");
 }
 
-// The console of an agent reloads only. Then one file must be mapped: a reload that leaves the old
-// one adds a second file, or keeps the one file with the old state.
+// The console of an agent can only reload. After a reload exactly one file must be mapped. A reload
+// that does not unmap the old file adds a second file, or keeps the old file with its state.
 void checkNothingMapped(Context& context) {
   skipUnlessOwn(context);
   std::size_t expected = 0;

@@ -107,7 +107,8 @@ Interface& required(const char* name) {
   return *found;
 }
 
-// A holder of a query's result, which the destructor releases.
+// Owns the holder of a query's result, and releases the holder in the destructor. Thread-safety:
+// one thread. Errors: std::bad_alloc.
 template <typename Holder>
 class QueryResult {
  public:

@@ -14,7 +14,7 @@ namespace {
 using globaldefs::NVSList_T;
 using NS_CORBA::TANotification;
 
-// An exception only drops the notification.
+// Runs a call that may throw: the module then drops the notification.
 template <typename Call>
 void tolerantly(Call call) {
   try {

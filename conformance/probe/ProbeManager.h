@@ -9,7 +9,7 @@
 namespace conformance::probe {
 
 // setAdditionalInfo runs a command (ProbeProtocol.h); getProtectSubnetworkViewInfo returns an
-// iterator that is registered as the module registers its own. The views have no records.
+// iterator, and registers the iterator in the way of the module. The views have no records.
 //
 // Thread-safety: any thread of the ORB. Ownership: reference-counted. Errors:
 // ProcessingFailureException for unknown commands and for failures of the host.
@@ -46,7 +46,8 @@ class ProbeManager final : public virtual POA_TopoManagementManager::TopoMgr_I {
   ~ProbeManager() override;
 };
 
-// Answers getLength with 42, and has no records. Ownership and thread-safety: as ProbeManager.
+// Answers getLength with 42, and has no records. Ownership, thread-safety and errors: as
+// ProbeManager.
 class ProbeIterator final : public virtual POA_TopoManagementManager::NodeIterator_I {
  public:
   explicit ProbeIterator(PortableServer::POA_ptr poa);
@@ -66,7 +67,8 @@ class ProbeIterator final : public virtual POA_TopoManagementManager::NodeIterat
   const PortableServer::POA_var poa_;
 };
 
-// Makes managers. Thread-safety: any thread; no state.
+// Makes managers, which the caller owns. Thread-safety: any thread; no state. Errors:
+// std::bad_alloc.
 class ProbeFactory final : public NS_CORBA::MgrFactory {
  public:
   POA_common::Common_I* create() override { return new ProbeManager; }

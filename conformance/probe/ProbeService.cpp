@@ -22,8 +22,8 @@ constexpr std::int32_t kFailure = 7;
 
 const ProbeService* currentService = nullptr;
 
-// The state belongs to the library, as that of the module: fini of a second service object releases
-// what a failed init has left.
+// The state belongs to the library, as in the module: after a failed init, fini of a second service
+// object releases the state.
 ProbeFactory factory;
 
 void unregisterQuietly() {

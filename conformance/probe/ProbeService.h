@@ -1,5 +1,5 @@
-// The service object of the probe: what the module does in init and fini, and the rules that the
-// probe checks there.
+// The service object of the probe: performs the steps of the module in init and fini, and checks
+// rules there.
 
 #ifndef CONFORMANCE_PROBE_PROBESERVICE_H
 #define CONFORMANCE_PROBE_PROBESERVICE_H

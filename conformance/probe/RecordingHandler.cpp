@@ -9,8 +9,8 @@ namespace {
 constexpr int kEventIds[] = {EVENT_TOPO_NODE_CREATED, EVENT_TOPO_NODE_DELETED,
                              EVENT_TOPO_NODE_CHANGED};
 
-// How long HandleEvent runs after another thread has begun to unsubscribe: an UnSubscribe that does
-// not wait returns within this time.
+// The time that HandleEvent runs after another thread has begun to unsubscribe. An UnSubscribe that
+// does not wait returns within this time.
 constexpr std::chrono::milliseconds kHandling{200};
 
 }  // namespace

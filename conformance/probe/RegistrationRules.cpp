@@ -15,7 +15,7 @@ using NS_CORBA::CorbaBaseAgentConfig;
 
 constexpr const char* kName = "topo-conformance";
 
-// A manager under a name of its own.
+// A manager under a name that the module does not use.
 class Registration {
  public:
   Registration() {
@@ -79,7 +79,7 @@ void nullServantsAreRefused() {
                  [] { CorbaAgentConfig::Instance()->RegisterServant(kName, nullptr); });
 }
 
-// The second servant takes the place of the first, or is refused: one of them is left.
+// The second servant replaces the first servant, or is refused: one of both servants is left.
 void servantsBelongToTheHost() {
   const Registration registration;
   const int before = ProbeManager::count();

@@ -9,8 +9,8 @@
 
 namespace conformance::probe {
 
-// One rule of the contracts. `check` throws Broken or Skipped; any other exception is one that the
-// host must not raise.
+// One rule of the contracts. `check` throws Broken or Skipped; the host must not raise any other
+// exception.
 struct Rule {
   const char* id;
   const char* text;

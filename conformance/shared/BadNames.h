@@ -1,4 +1,4 @@
-// Names that no host accepts, for calls that must refuse them.
+// Names that every host must refuse.
 
 #ifndef CONFORMANCE_SHARED_BADNAMES_H
 #define CONFORMANCE_SHARED_BADNAMES_H

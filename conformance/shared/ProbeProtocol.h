@@ -1,4 +1,4 @@
-// How topo-conformance and the probe module talk to each other.
+// The protocol between topo-conformance and the probe module.
 //
 // The probe serves as the manager "TopoManagement". A call of setAdditionalInfo with the object
 // name (kCommandPair, COMMAND) runs a command on the thread of the request; the additional
