@@ -71,7 +71,7 @@ std::string bareValue(const std::string& name, const std::string& text) {
   return value;
 }
 
-// text: what follows the equals sign.
+// text: the text after the equals sign.
 std::string parseValue(const std::string& name, const std::string& text) {
   const bool isQuoted = !text.empty() && (text.front() == '"' || text.front() == '\'');
   std::string value = isQuoted ? quotedValue(name, text) : bareValue(name, text);

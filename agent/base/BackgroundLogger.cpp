@@ -38,7 +38,7 @@ class LineSink : public spdlog::sinks::base_sink<Mutex> {
 
 void configure(spdlog::logger& logger) {
   logger.set_pattern("%Y-%m-%d %H:%M:%S.%f %l [%t] %v");
-  logger.set_level(spdlog::level::trace);  // the callers decide what is logged
+  logger.set_level(spdlog::level::trace);  // the callers check the level
   // By default a failure is printed on standard error, which may block.
   logger.set_error_handler([](const std::string&) {});
 }

@@ -29,7 +29,7 @@ class ModuleLoader {
 
   // Copies the file for the next load() and checks the copy. A loaded module is not affected.
   // Throws ModuleError when the file is missing, needs an undefined symbol, has no factory, or has
-  // a name that the service configurator cannot read; the next load() then makes a copy of its own.
+  // a name that the service configurator cannot read; the next load() then makes a new copy.
   void prepare();
 
   // Maps the prepared copy, or a new copy, and creates and initialises its service object. Throws

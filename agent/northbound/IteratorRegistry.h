@@ -58,7 +58,7 @@ class IteratorRegistry {
   // bytes: the memory of the servant. After an exception, and with any code but kSuccess, the
   // caller keeps the reference:
   //   - kTooManyIterators: the limit in number or in bytes is reached,
-  //   - kTooMuch: the servant alone is over the limit in bytes,
+  //   - kTooMuch: the servant is larger than the limit in bytes,
   //   - kInternalError: the registry is not open, or the servant cannot be activated.
   FailureCode add(PortableServer::ServantBase* servant, std::size_t bytes);
 

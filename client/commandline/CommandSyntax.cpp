@@ -24,7 +24,7 @@ Words wordsOf(const CLI::App& command, const ArgumentSyntax& syntax) {
   return words;
 }
 
-// " [--FLAG] [--OPTION TYPE] [--LIST TYPE]..." for the options of the command alone.
+// " [--FLAG] [--OPTION TYPE] [--LIST TYPE]..." for the options of the command only.
 std::string usageOfOptions(const ArgumentSyntax& syntax) {
   if (syntax.addOptions == nullptr) {
     return "";

@@ -39,7 +39,7 @@ struct ServiceName<NS_SECURITY_SERVICE1::SecurityIF> {
   static constexpr const char* value = "SecurityIF";
 };
 
-// Tells the framework that the module uses the interface: null until the first lookup, then a
+// Declares to the framework that the module uses the interface: null until the first lookup, then a
 // placeholder until the module is unloaded.
 template <typename Interface>
 inline std::atomic<NS_BUNDLEMGR1::NULLServiceInterface*> placeholderSlot{nullptr};

@@ -1,4 +1,4 @@
-// run.sh, with stand-ins for the programs and for the scripts that install and build.
+// Tests of run.sh with fake programs and fake scripts for installing and building.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-// What becomes of exceptions of the host during a request, for each function of the contracts that
+// The handling of exceptions of the host during a request, for each function of the contracts that
 // the servant calls. Other files test the functions of TECommonFunc.h, deactive_object and the
 // lookup of interfaces.
 
