@@ -93,13 +93,13 @@ void ProbeStage::runFiniRules() {
     report_.add({Outcome::kFail, std::string(probe::kFiniPrefix) + "fini",
                  "the host calls fini before it ends", "fini was not called"});
   }
-  // Each failed init, each reload and the end of the host have a separate report; the last report
-  // counts.
-  std::map<std::string, Result> last;
+  // fini runs at each reload and at the end of the host. A failure of one run counts.
+  std::map<std::string, Result> worst;
   for (const Result& result : results) {
-    last[result.rule] = result;
+    Result& known = worst.emplace(result.rule, result).first->second;
+    known = result.outcome == Outcome::kFail ? result : known;
   }
-  for (const auto& entry : last) {
+  for (const auto& entry : worst) {
     report_.add(entry.second);
   }
 }

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "conformance/checks/ClientChecks.h"
@@ -11,6 +12,8 @@ namespace {
 using TopoManagementManager::NodeIterator_I_var;
 using TopoManagementManager::NodeList_T_var;
 
+constexpr std::chrono::milliseconds kPollInterval{10};
+
 // A host may deactivate the servant after its reply.
 void requireEnded(TopoManagementManager::NodeIterator_I_ptr iterator,
                   std::chrono::milliseconds timeout, const char* cause) {
@@ -19,6 +22,7 @@ void requireEnded(TopoManagementManager::NodeIterator_I_ptr iterator,
     while (std::chrono::steady_clock::now() < deadline) {
       NodeList_T_var batch;
       iterator->next_n(0, batch.out());
+      std::this_thread::sleep_for(kPollInterval);
     }
   } catch (const CORBA::OBJECT_NOT_EXIST&) {
     return;

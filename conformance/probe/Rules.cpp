@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <fstream>
+#include <iterator>
 #include <string>
 
 #include "conformance/probe/Calls.h"
@@ -9,6 +10,81 @@
 
 namespace conformance::probe {
 namespace {
+
+constexpr Rule kInitRules[] = {
+    {"bundle.constructor", "the constructor of ServiceObjectBase adds the object to the list",
+     constructorListsTheObject},
+    {"registration.unknown", "UnregisterMgr returns or raises for an unknown name",
+     unknownManagersAreIgnored},
+    {"registration.twice", "RegisterMgr refuses a name in use", managersCannotBeRegisteredTwice},
+    {"registration.null", "RegisterServant refuses a null servant", nullServantsAreRefused},
+    {"registration.reference", "the host drops the reference of a servant that it does not serve",
+     servantsBelongToTheHost},
+};
+
+constexpr Rule kRequestRules[] = {
+    {"bundle.interfaces", "DomainInterface and CorbaUtilInterface are published",
+     interfacesArePublished},
+    {"bundle.buffers", "CheckIFBuf finds what SetIFBuf has published, the first one first",
+     buffersKeepTheOrder},
+    {"bundle.lock", "CheckIFBuf works while _g_actualmutex is locked", buffersAreFoundUnderTheLock},
+    {"bundle.base", "ServiceObjectBase lists the object, and deletes its interface",
+     baseListsAndDeletes},
+    {"naming.raises-nothing", "CorbaUtilInterface raises nothing for a malformed name",
+     badNamesRaiseNothing},
+    {"naming.numbers", "CorbaUtilInterface raises nothing for unknown and negative numbers",
+     unknownNumbersRaiseNothing},
+    {"naming.cleared", "a failed conversion clears the name and does not write the key",
+     failedConversionsClearTheName},
+    {"naming.types", "GetObjectType is 54 for the existing topology subnetworks only",
+     typesTellSubnetworks},
+    {"naming.subnetworks", "Name2Index is the inverse of ConvertTopoNodeIdToName",
+     subnetworkNamesRoundTrip},
+    {"naming.elements", "names of network elements are EMS and ManagedElement",
+     elementNamesRoundTrip},
+    {"naming.roots", "the root marker of the domain has a name", rootMarkersHaveNames},
+    {"naming.labels", "GetObjectLabelInfo raises nothing for an unknown object",
+     labelsOfUnknownObjects},
+    {"domain.facet", "GetFacet and its accessors never return null", facetIsComplete},
+    {"domain.appends", "queries append to the holder", queriesAppend},
+    {"domain.parents", "the parents of the nodes have no cycle", parentsHaveNoCycle},
+    {"domain.elements", "GetNEList returns one record for each index, in their order",
+     elementsFollowTheIndexes},
+    {"domain.shown", "GetNEIndexList(true) is a part of GetNEIndexList(false)",
+     shownElementsAreElements},
+    {"domain.clocks", "clock references have the form TEXT=NUMBER", clockReferencesHaveNumbers},
+    {"failures.success", "ThrowException returns for code 0", successRaisesNothing},
+    {"failures.type", "ThrowException raises ProcessingFailureException for every other code",
+     failuresHaveTheUserException},
+    {"failures.module", "the codes of the module become EXCPT_INTERNAL_ERROR",
+     codesOfTheModuleAreInternalErrors},
+    {"failures.text", "the text of ThrowException replaces the reason", textsReplaceTheReason},
+    {"failures.reason", "ConstructException fills type and reason of every code",
+     constructedFailuresHaveAReason},
+    {"attributes.raise-nothing", "TECommonFunc returns a code and raises nothing",
+     settersRaiseNothing},
+    {"attributes.names", "TECommonFunc refuses unknown and malformed names", settersRefuseBadNames},
+    {"attributes.operations", "onGetCapabilities lists both lists in order as Supported",
+     capabilitiesListEveryOperation},
+    {"configuration.ems", "EmsName raises nothing, and is the EMS of the names", emsNameIsNotEmpty},
+    {"configuration.switch", "GetTestSwitch raises nothing", testSwitchCanBeRead},
+    {"iterator.poa", "getIteratorPoa returns the POA of the iterators", iteratorPoaExists},
+    {"iterator.unknown", "deactive_object ignores an unknown servant", unknownIteratorsAreIgnored},
+    {"notification.content", "TANotification takes any content", notificationsTakeAnyContent},
+    {"log.position", "GetTss returns one position for each thread", everyThreadHasAPosition},
+    {"log.calls", "log calls return for every level, format and length", logCallsReturn},
+    {"security.calls", "SecurityIF answers or raises", securityServiceAnswers},
+    {"event.unknown", "UnSubscribe ignores a subscription that does not exist",
+     unknownSubscriptionsAreIgnored},
+    {"texts.split", "GetSpliteFDNData splits names into class and value", namesAreSplit},
+    {"texts.class", "GetMoc returns the class of the last term", classesAreFound},
+    {"texts.numbers", "GetIntegerValueByName and Str2Int read decimal numbers", numbersAreRead},
+};
+
+constexpr Rule kFiniRules[] = {
+    {"unload.servants", "no servant of the module exists when fini is called", noServantIsLeft},
+    {"unload.iterators", "no iterator of the module exists when fini is called", noIteratorIsLeft},
+};
 
 const char* nameOf(Outcome outcome) {
   return outcome == Outcome::kPass ? kPass : outcome == Outcome::kFail ? kFail : kSkip;
@@ -40,91 +116,17 @@ bool isLeftOut(const Rule& rule) {
 }  // namespace
 
 const RuleTable& initRules() {
-  static const RuleTable table = {
-      {"bundle.constructor", "the constructor of ServiceObjectBase adds the object to the list",
-       constructorListsTheObject},
-      {"registration.unknown", "UnregisterMgr returns or raises for an unknown name",
-       unknownManagersAreIgnored},
-      {"registration.twice", "RegisterMgr refuses a name in use", managersCannotBeRegisteredTwice},
-      {"registration.null", "RegisterServant refuses a null servant", nullServantsAreRefused},
-      {"registration.reference", "the host drops the reference of a servant that it does not serve",
-       servantsBelongToTheHost},
-  };
+  static const RuleTable table(std::begin(kInitRules), std::end(kInitRules));
   return table;
 }
 
 const RuleTable& requestRules() {
-  static const RuleTable table = {
-      {"bundle.interfaces", "DomainInterface and CorbaUtilInterface are published",
-       interfacesArePublished},
-      {"bundle.buffers", "CheckIFBuf finds what SetIFBuf has published, the first one first",
-       buffersKeepTheOrder},
-      {"bundle.lock", "CheckIFBuf works while _g_actualmutex is locked",
-       buffersAreFoundUnderTheLock},
-      {"bundle.base", "ServiceObjectBase lists the object, and deletes its interface",
-       baseListsAndDeletes},
-      {"naming.raises-nothing", "CorbaUtilInterface raises nothing for a malformed name",
-       badNamesRaiseNothing},
-      {"naming.numbers", "CorbaUtilInterface raises nothing for unknown and negative numbers",
-       unknownNumbersRaiseNothing},
-      {"naming.cleared", "a failed conversion clears the name and does not write the key",
-       failedConversionsClearTheName},
-      {"naming.types", "GetObjectType is 54 for the existing topology subnetworks only",
-       typesTellSubnetworks},
-      {"naming.subnetworks", "Name2Index is the inverse of ConvertTopoNodeIdToName",
-       subnetworkNamesRoundTrip},
-      {"naming.elements", "names of network elements are EMS and ManagedElement",
-       elementNamesRoundTrip},
-      {"naming.roots", "the root marker of the domain has a name", rootMarkersHaveNames},
-      {"naming.labels", "GetObjectLabelInfo raises nothing for an unknown object",
-       labelsOfUnknownObjects},
-      {"domain.facet", "GetFacet and its accessors never return null", facetIsComplete},
-      {"domain.appends", "queries append to the holder", queriesAppend},
-      {"domain.parents", "the parents of the nodes have no cycle", parentsHaveNoCycle},
-      {"domain.elements", "GetNEList returns one record for each index, in their order",
-       elementsFollowTheIndexes},
-      {"domain.shown", "GetNEIndexList(true) is a part of GetNEIndexList(false)",
-       shownElementsAreElements},
-      {"domain.clocks", "clock references have the form TEXT=NUMBER", clockReferencesHaveNumbers},
-      {"failures.success", "ThrowException returns for code 0", successRaisesNothing},
-      {"failures.type", "ThrowException raises ProcessingFailureException for every other code",
-       failuresHaveTheUserException},
-      {"failures.module", "the codes of the module become EXCPT_INTERNAL_ERROR",
-       codesOfTheModuleAreInternalErrors},
-      {"failures.text", "the text of ThrowException replaces the reason", textsReplaceTheReason},
-      {"failures.reason", "ConstructException fills type and reason of every code",
-       constructedFailuresHaveAReason},
-      {"attributes.raise-nothing", "TECommonFunc returns a code and raises nothing",
-       settersRaiseNothing},
-      {"attributes.names", "TECommonFunc refuses unknown and malformed names",
-       settersRefuseBadNames},
-      {"attributes.operations", "onGetCapabilities lists both lists in order as Supported",
-       capabilitiesListEveryOperation},
-      {"configuration.ems", "EmsName raises nothing, and is the EMS of the names",
-       emsNameIsNotEmpty},
-      {"configuration.switch", "GetTestSwitch raises nothing", testSwitchCanBeRead},
-      {"iterator.poa", "getIteratorPoa returns the POA of the iterators", iteratorPoaExists},
-      {"iterator.unknown", "deactive_object ignores an unknown servant",
-       unknownIteratorsAreIgnored},
-      {"notification.content", "TANotification takes any content", notificationsTakeAnyContent},
-      {"log.position", "GetTss returns one position for each thread", everyThreadHasAPosition},
-      {"log.calls", "log calls return for every level, format and length", logCallsReturn},
-      {"security.calls", "SecurityIF answers or raises", securityServiceAnswers},
-      {"event.unknown", "UnSubscribe ignores a subscription that does not exist",
-       unknownSubscriptionsAreIgnored},
-      {"texts.split", "GetSpliteFDNData splits names into class and value", namesAreSplit},
-      {"texts.class", "GetMoc returns the class of the last term", classesAreFound},
-      {"texts.numbers", "GetIntegerValueByName and Str2Int read decimal numbers", numbersAreRead},
-  };
+  static const RuleTable table(std::begin(kRequestRules), std::end(kRequestRules));
   return table;
 }
 
 const RuleTable& finiRules() {
-  static const RuleTable table = {
-      {"unload.servants", "no servant of the module exists when fini is called", noServantIsLeft},
-      {"unload.iterators", "no iterator of the module exists when fini is called",
-       noIteratorIsLeft},
-  };
+  static const RuleTable table(std::begin(kFiniRules), std::end(kFiniRules));
   return table;
 }
 

@@ -19,6 +19,7 @@ faulty_host(calls_every_name_a_subnetwork naming.types Naming.cpp
 faulty_host(keeps_a_stale_name naming.cleared Naming.cpp
   "name.length(id.empty() || id[0] == '-' ? 0 : 2);  // no name for a negative number\n  if (name.length() == 0) return kInvalid;"
   "if (id.empty() || id[0] == '-') return kInvalid;\n  name.length(2);")
+faulty_host(stores_texts_that_are_not_utf8 views.records Domain.cpp "\"München\"" "\"M\\xfc\" \"nchen\"")
 faulty_host(sorts_elements_wrongly domain.elements Domain.cpp
   "for (const NEIndex& index : indexes)"
   "for (const NEIndex& index : std::vector<NEIndex>(indexes.rbegin(), indexes.rend()))")

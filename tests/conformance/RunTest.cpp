@@ -110,6 +110,10 @@ struct FaultyHost {
   std::string rule;
 };
 
+void PrintTo(const FaultyHost& host, std::ostream* out) {
+  *out << host.rule;
+}
+
 std::vector<FaultyHost> faultyHosts() {
   std::vector<FaultyHost> hosts;
   std::istringstream entries(TOPO_FAULTY_HOSTS);
