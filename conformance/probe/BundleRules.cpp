@@ -114,17 +114,18 @@ void buffersAreFoundUnderTheLock() {
 void baseListsAndDeletes() {
   const std::string name = newBufferName();
   int deletions = 0;
+  const std::vector<ServiceObjectBase*> others = BundleMgr::Instance()->GetServiceObjects();
   auto object = std::make_unique<ListedObject>(deletions);
-  const ServiceObjectBase* const address = object.get();
   object->RegistSvc();
-  require(isListed(address), "GetServiceObjects does not return the object exactly once");
+  require(isListed(object.get()), "GetServiceObjects does not return the object exactly once");
   SetIFBuf(name, object->CreateInterface());
   {
     const Lock lock;
     require(object->GetInterface() != nullptr, "GetInterface is null after CreateInterface");
   }
   object.reset();
-  require(!isListed(address), "a deleted service object is still listed");
+  require(BundleMgr::Instance()->GetServiceObjects() == others,
+          "a deleted service object is still listed");
   require(deletions == 1, "the interface of a deleted service object was deleted " +
                               std::to_string(deletions) + " times");
   require(CheckIFBuf(name)->First() == nullptr, "a deleted interface is still published");

@@ -4,7 +4,6 @@
 #include <mutex>
 #include <set>
 #include <thread>
-#include <utility>
 #include "Host.h"
 #include "platform/event/EventMgr.h"
 #include "platform/security/SecurityIF.h"

@@ -10,13 +10,3 @@ void NS_CORBA::ConstructException(CORBA::ULong code, ProcessingFailureException&
       own ? ExceptionType_T(code - host::kFailure) : globaldefs::EXCPT_INTERNAL_ERROR;
   exception.errorReason = CORBA::string_dup(("failure " + std::to_string(code)).c_str());
 }
-
-void NS_CORBA::ThrowException(CORBA::ULong code) { ThrowException(code, ""); }
-
-void NS_CORBA::ThrowException(CORBA::ULong code, const std::string& text) {
-  if (code == 0) return;
-  ProcessingFailureException exception;
-  ConstructException(code, exception);
-  if (!text.empty()) exception.errorReason = CORBA::string_dup(text.c_str());
-  throw exception;
-}

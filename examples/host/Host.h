@@ -1,6 +1,5 @@
 // What the files of the host share.
-#ifndef HOST_H
-#define HOST_H
+#pragma once
 #include <string>
 #include "orb/corba.h"
 #include "orb/idl/globaldefs.h"
@@ -39,5 +38,3 @@ void drainEvents();                            // waits until the handlers have 
 void setConsumer(CORBA::Object_ptr consumer);  // of the notifications; set before load()
 
 }  // namespace host
-
-#endif

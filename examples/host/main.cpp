@@ -66,8 +66,7 @@ int main(int argc, char** argv) try {
   host::publishDomain();
   host::publishNaming();
   host::publishSecurity();
-  const std::string reference = load(argv[1], running);
-  std::cout << "ready " << reference << std::endl;
+  std::cout << "ready " + load(argv[1], running) << std::endl;
   for (std::string line; line != "quit" && std::getline(std::cin, line);) {
     try {
       std::cout << answer(line, argv[1], running) << std::endl;
@@ -75,7 +74,6 @@ int main(int argc, char** argv) try {
       std::cout << "failed " << failure.what() << std::endl;
     }
   }
-  return 0;
 } catch (const std::exception& failure) {
   std::cerr << failure.what() << std::endl;
   return 1;

@@ -24,11 +24,12 @@ faulty_host(sorts_elements_wrongly domain.elements Domain.cpp
   "for (const NEIndex& index : indexes)"
   "for (const NEIndex& index : std::vector<NEIndex>(indexes.rbegin(), indexes.rend()))")
 
-faulty_host(raises_a_platform_exception_for_codes failures.type Failures.cpp
-  "throw exception;" "throw ProcessException();")
-faulty_host(raises_for_success failures.success Failures.cpp "if (code == 0) return;" "")
-faulty_host(ignores_the_text_of_a_failure failures.text Failures.cpp
-  "if (!text.empty()) exception.errorReason" "if (text == \"never\") exception.errorReason")
+set(throw "${include_host}#include \"platform/agent/Failures.h\"\nvoid NS_CORBA::ThrowException(CORBA::ULong code, const std::string& text) {\n  globaldefs::ProcessingFailureException failure;\n  ConstructException(code, failure);\n")
+faulty_host(raises_a_platform_exception_for_codes failures.type Registration.cpp "${include_host}"
+  "${throw}if (code != 0) throw ProcessException();\n}\n")
+faulty_host(raises_for_success failures.success Registration.cpp "${include_host}" "${throw}throw failure;\n}\n")
+faulty_host(ignores_the_text_of_a_failure failures.text Registration.cpp "${include_host}"
+  "${throw}if (code != 0) throw failure;\n}\n")
 
 faulty_host(accepts_a_name_in_use registration.twice Registration.cpp
   "if (!factories.emplace(name, factory).second) fail(\"the name of a manager is in use\");"
@@ -49,11 +50,11 @@ faulty_host(keeps_handlers_of_a_failed_init reload.failed-init Module.cpp
 faulty_host(never_unmaps_the_module reload.mapped Module.cpp
   "ACE_DLL_Manager::instance()->unload_policy(ACE_DLL_UNLOAD_POLICY_PER_PROCESS);" "")
 
-faulty_host(shares_the_log_position log.position Log.cpp
-  "thread_local LogPosition position;" "static LogPosition position;")
+faulty_host(shares_the_log_position log.position Registration.cpp "${include_host}"
+  "${include_host}#include \"platform/agent/Logging.h\"\nNS_CORBA::LogPosition* NS_CORBA::GetTss() {\nstatic LogPosition position;\nreturn &position;\n}\n")
 faulty_host(never_ends_iterators iterators.destroy Iterators.cpp "iteratorPoa->deactivate_object" "(void)")
-faulty_host(lacks_a_function link.symbols Log.cpp "void NS_CORBA::NbiException("
-  "using namespace NS_CORBA;\nvoid unused(")
+faulty_host(lacks_a_function link.symbols Attributes.cpp "CORBA::ULong TECommonFunc::resetObject("
+  "CORBA::ULong unused(")
 faulty_host(hangs_in_reset attributes.raise-nothing Attributes.cpp
   "CORBA::ULong TECommonFunc::resetObject(const NVSList_T&) {"
   "CORBA::ULong TECommonFunc::resetObject(const NVSList_T&) { for (;;) pause();")
