@@ -59,8 +59,8 @@ std::vector<std::size_t> fitColumns(const std::vector<Column>& columns, std::siz
     widths.push_back(column.width());
   }
   for (const Step& step : kSteps) {
-    for (std::size_t limit = lineWidth; lineWidthOf(widths) > lineWidth && limit >= step.minimum;
-         --limit) {
+    for (std::size_t limit = std::max(lineWidth, step.minimum);
+         lineWidthOf(widths) > lineWidth && limit >= step.minimum; --limit) {
       widths = cutGroup(columns, std::move(widths), step.group, limit);
     }
   }
