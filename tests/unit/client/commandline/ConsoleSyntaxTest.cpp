@@ -142,6 +142,8 @@ TEST(ConsoleSyntax, ReadsTheOptionsOfAnImport) {
   const Arguments all = parsed({"import", "f", "--replace", "--dry-run", "--first-element", "7"});
   EXPECT_TRUE(all.replace && all.dryRun);
   EXPECT_EQ(all.firstElement, 7);
+  EXPECT_FALSE(parsed({"import", "f", "--dry-run"}).replace);
+  EXPECT_FALSE(parsed({"import", "f", "--replace"}).dryRun);
   for (const std::string number : {"", "0", "-1", "x", "2147483648"}) {
     EXPECT_EQ(usageErrorOf({"import", "f", "--first-element", number}),
               "--first-element: '" + number + "' is not a number from 1 to 2147483647");

@@ -97,6 +97,8 @@ TEST(ManagerSyntax, AcceptsTheSpellingOfASubnetworkInTablesForBelow) {
 TEST(ManagerSyntax, AcceptsNeForAnElement) {
   EXPECT_THAT(objectOf(parsed({"set", "owner", "NE=5", "ops"})), ElementsAre("(ManagedElement,5)"));
   EXPECT_THAT(objectOf(parsed({"set", "owner", "--name", "NE=5", "ops"})), ElementsAre("(NE,5)"));
+  EXPECT_THAT(objectOf(parsed({"get", "NE=5"})), ElementsAre("(ManagedElement,5)"));
+  EXPECT_THAT(objectOf(parsed({"get", "--name", "NE=5"})), ElementsAre("(NE,5)"));
 }
 
 TEST(ManagerSyntax, ReadsAnAttributeAnObjectAndAValueForSet) {

@@ -33,6 +33,16 @@ TEST(RecordSyntax, ReadsOnlyTypedFields) {
   EXPECT_FALSE(link.zEnd);
 }
 
+TEST(RecordSyntax, AcceptsAnyOptionOfAChangeAlone) {
+  const TypedRecord position =
+      parsed({"clock-position", "change", "NE=5", "--values", "1,2"}).record;
+  EXPECT_EQ(position.numbers->first, 1);
+  EXPECT_FALSE(position.name);
+  EXPECT_EQ(*parsed({"clock-position", "change", "NE=5", "--label", "L"}).record.name, "L");
+  EXPECT_EQ(*parsed({"clock-link", "change", "k", "--name", "N"}).record.name, "N");
+  EXPECT_EQ(*parsed({"clock-link", "change", "k", "--z-end", "SSU=8"}).record.zEnd, "SSU=8");
+}
+
 TEST(RecordSyntax, ReadsNumbers) {
   EXPECT_EQ(parsed({"element", "delete", "--", "-2147483648"}).record.number, -2147483647 - 1);
   EXPECT_EQ(parsed({"label", "delete", "201", "k"}).record.number, 201);

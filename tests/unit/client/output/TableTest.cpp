@@ -3,7 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdint>
+#include <functional>
 #include <sstream>
+#include <string_view>
 #include <vector>
 
 #include "client/base/Utf8.h"
@@ -78,6 +81,28 @@ TEST(Table, AlignsColumnsAndShowsTheClassOfObjects) {
 TEST(Table, HasOnlyTheHeaderWithoutRecords) {
   EXPECT_EQ(printed(NodeList_T()),
             "name  nativeEMSName  nodeType  nodeParam1  nodeParam2  relatedName  additionalInfo\n");
+}
+
+TEST(Table, CutsItsHeaderAsTextsWithoutRecords) {
+  EXPECT_EQ(printed(NodeList_T(), within(20)),
+            "name  nativeE\u2026  nodeType  nodePar\u2026  nodePar\u2026  related\u2026  "
+            "additio\u2026\n");
+}
+
+// A column of texts and numbers.
+class MixedRows final : public Rows {
+ public:
+  std::vector<std::string_view> fieldNames() const override { return {"name", "value"}; }
+  void forEach(const std::function<void(const Row&)>& visit) const override {
+    visit({std::string_view("a"), std::string_view("text")});
+    visit({std::string_view("b"), std::int64_t{7}});
+  }
+};
+
+TEST(Table, AlignsNumbersAmongTextsAsTexts) {
+  std::ostringstream out;
+  printTable(MixedRows(), {}, out);
+  EXPECT_EQ(out.str(), "name  value\na     text\nb     7\n");
 }
 
 TEST(Table, OmitsTheHeader) {
