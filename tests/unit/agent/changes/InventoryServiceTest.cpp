@@ -5,6 +5,9 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "agent/base/FailureCodes.h"
 #include "tests/support/Pairs.h"
@@ -123,6 +126,15 @@ TEST_F(InventoryServiceTest, HidesAnElementWithItsLastNode) {
   EXPECT_FALSE(host_->model().networkElement(1)->shown);
 }
 
+TEST_F(InventoryServiceTest, ShowsAnElementThatWasDeclaredAsShownWithoutItsLastNode) {
+  expectDone(service().setElementShown(1, false));
+  expectDone(service().setElementShown(1, true));
+  restart();
+  std::size_t removed = 0;
+  expectDone(host_->nodes().remove("NE=1", removed));
+  EXPECT_TRUE(host_->model().networkElement(1)->shown);
+}
+
 TEST_F(InventoryServiceTest, RemovesAnElementAndKeepsItsOtherRecords) {
   expectDone(service().removeElement(1));
   EXPECT_EQ(NodeEvents(), host_->events());
@@ -151,13 +163,15 @@ TEST_F(InventoryServiceTest, RejectsDuplicateAndUnknownElements) {
 
 TEST_F(InventoryServiceTest, CreatesChangesAndRemovesAClockPosition) {
   ClockPositionInfo_T created = positionOf("NE=9", "Nine");
+  created.value1 = 9;
+  created.value2 = 99;
   created.text4 = "not stored";
   expectDone(service().createClockPosition(created));
   EXPECT_EQ("", host_->model().clockPosition("NE=9")->text4);
   expectDone(service().changeClockPosition("NE=9", {"New", std::nullopt}));
   expectDone(service().changeClockPosition("SSU=1", {std::nullopt, std::make_pair(-1, 2)}));
   expected_.clockPositions = {positionOf("NE=1", "One"), positionOf("SSU=1", "Clock one", -1, 2),
-                              positionOf("NE=4", "Four", 4, 44), positionOf("NE=9", "New")};
+                              positionOf("NE=4", "Four", 4, 44), positionOf("NE=9", "New", 9, 99)};
   expectNetwork();
   for (const std::string reference : {"SSU=1", "NE=9", "NE=1"}) {
     expectDone(service().removeClockPosition(reference));
@@ -267,6 +281,32 @@ TEST_F(InventoryServiceTest, RejectsEmptyAndUnknownLabels) {
                 service().setLabel({201, "k"}, ""));
   expectRefused(agent::kEntityNotFound, "no label of the object 201 \"l\"",
                 service().removeLabel({201, "l"}));
+}
+
+TEST_F(InventoryServiceTest, RejectsInvalidUtf8InEveryText) {
+  const auto expectInvalid = [this](const std::string& text, const Outcome& outcome) {
+    expectRefused(agent::kInvalidName, "the " + text + " is not UTF-8 at byte 0", outcome);
+  };
+  expectInvalid("reference of clock position \"\\xff\"",
+                service().createClockPosition(positionOf("\xff", "")));
+  expectInvalid("label of clock position \"p\"",
+                service().createClockPosition(positionOf("p", "\xff")));
+  for (const auto& [name, field] :
+       std::vector<std::pair<std::string, std::string ClockTopoLinkInfo_T::*>>{
+           {"name", &ClockTopoLinkInfo_T::nativeName},
+           {"A end", &ClockTopoLinkInfo_T::aEndReference},
+           {"Z end", &ClockTopoLinkInfo_T::zEndReference}}) {
+    ClockTopoLinkInfo_T link = linkOf("m", "");
+    link.*field = "\xff";
+    expectInvalid(name + " of clock link \"m\"", service().createClockLink(link));
+  }
+  expectInvalid("id of clock link \"\\xff\"", service().createClockLink(linkOf("\xff", "")));
+  expectInvalid("name of clock link \"k\"",
+                service().changeClockLink("k", {"\xff", std::nullopt, std::nullopt}));
+  expectInvalid("A end of clock link \"k\"",
+                service().changeClockLink("k", {std::nullopt, "\xff", std::nullopt}));
+  expectInvalid("id of label of the object 201 \"\\xff\"", service().setLabel({201, "\xff"}, "x"));
+  expectInvalid("text of label of the object 201 \"k\"", service().setLabel({201, "k"}, "\xff"));
 }
 
 // --- Undoing an import.

@@ -505,6 +505,42 @@ TEST(CancelledImport, LeavesTheStoreUnchanged) {
   store.commit(agent::NetworkAddition{sampleNetwork(), {}});
 }
 
+// A store whose commit takes until the cancellation is requested.
+class BusyStore final : public agent::NetworkStore {
+ public:
+  explicit BusyStore(agent::Cancellation& requested) : requested_(requested) {}
+
+  void check() override {}
+  bool isNew() override { return false; }
+  void load(const Network&) override {}
+  Network read() override { return {}; }
+  std::uint64_t lastChange() override { return 0; }
+  std::uint64_t commit(const agent::NetworkChange&, const agent::Cancellation& received) override {
+    requested_.request();
+    received.throwIfRequested();
+    return 1;
+  }
+  std::vector<std::string> idsWithLabel(std::int32_t, const std::string&) override { return {}; }
+  std::string ownerOf(const agent::ObjectKey&) override { return ""; }
+  agent::InfoPairs additionalInfoOf(const agent::ObjectKey&) override { return {}; }
+  std::unique_ptr<agent::StoreCopy> beginCopy() override { return nullptr; }
+
+ private:
+  agent::Cancellation& requested_;
+};
+
+TEST(CancelledImport, StopsWriting) {
+  agent::Cancellation cancellation;
+  BusyStore store(cancellation);
+  agent::NetworkModel model;
+  agent::NetworkWriter writer(store, model, nullptr);
+  agent::NodeService nodes(writer, cancellation);
+  agent::ImportSummary summary;
+  EXPECT_EQ("the import: cancelled, because the agent stops",
+            nodes.import(wideNetwork(3), summary).reason);
+  EXPECT_EQ(0U, model.topoNodeCount());
+}
+
 TEST(CancelledImport, ChangesNothingAndLetsTheNextChangeProceed) {
   agent::Cancellation cancellation;
   agent::SqliteStore store(agent::SqliteStore::kInMemory);

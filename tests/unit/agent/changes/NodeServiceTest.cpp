@@ -240,6 +240,17 @@ TEST_F(NodeServiceTest, TakesTheTypeOfAParentFromTheParent) {
   }
 }
 
+TEST_F(NodeServiceTest, AcceptsAnyTypeForTheParentOfARoot) {
+  TopoNode_T node = nodeOf("a", "");
+  node.parentType = kTopoElement;
+  expectDone(nodes().create(node));
+  EXPECT_EQ(kTopoElement, model().topoNode("a")->parentType);
+  expectDone(nodes().move("a", "", kTopoSubnetwork));
+  EXPECT_EQ(kTopoSubnetwork, model().topoNode("a")->parentType);
+  EXPECT_EQ((NodeEvents{{EVENT_TOPO_NODE_CREATED, {"a"}}, {EVENT_TOPO_NODE_CHANGED, {"a"}}}),
+            host_->events());
+}
+
 TEST_F(NodeServiceTest, RejectsATypeThatTheParentDoesNotHave) {
   expectNotCreated(agent::kInvalidName,
                    "the parent of node \"a\", node \"NE=1\", is an element, not a subnetwork",
@@ -700,6 +711,17 @@ TEST_F(NodeServiceTest, ChangesParamsAndAttributes) {
   EXPECT_TRUE(model().topoNode("west")->extendedAttributes.empty());
 }
 
+TEST_F(NodeServiceTest, ChangesEachOfTheParams) {
+  agent::NodeFields fields;
+  for (const auto& params : {std::make_pair(1, 0), std::make_pair(1, 2)}) {
+    fields.params = params;
+    expectDone(nodes().change("west", fields));
+    EXPECT_EQ((NodeEvents{{EVENT_TOPO_NODE_CHANGED, {"west"}}}), host_->events());
+  }
+  EXPECT_EQ(1, model().topoNode("west")->attribute3);
+  EXPECT_EQ(2, model().topoNode("west")->attribute4);
+}
+
 TEST_F(NodeServiceTest, RaisesNoEventForAChangeThatChangesNothing) {
   expectDone(nodes().move("west", "core", NodeService::kTypeOfParent));
   expectDone(nodes().change("west", {}));
@@ -709,7 +731,7 @@ TEST_F(NodeServiceTest, RaisesNoEventForAChangeThatChangesNothing) {
 
 TEST_F(NodeServiceTest, RejectsFieldsThatCannotBeStored) {
   agent::NodeFields fields;
-  fields.attributes = Pairs{{"key", "\xff"}};
+  fields.attributes = Pairs{{"key", "\xff"}, {"next", "valid"}};
   expectRefused(agent::kInvalidName, "an attribute of node \"west\" is not UTF-8 at byte 0",
                 [&] { return nodes().change("west", fields); });
   expectRefused(agent::kEntityNotFound, "no node \"x\"", [&] { return nodes().change("x", {}); });
