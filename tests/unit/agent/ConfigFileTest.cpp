@@ -213,6 +213,9 @@ TEST(MostSimilarName, DiffersInAtMostAThird) {
   EXPECT_EQ("queue-memory", mostSimilarName("queue_memory", names));
   EXPECT_EQ("store", mostSimilarName("storre", names));
   EXPECT_EQ("", mostSimilarName("stxxx", names));
+  EXPECT_EQ("abc", mostSimilarName("abx", {"abc"}));
+  EXPECT_EQ("abc", mostSimilarName("abcd", {"abc"}));
+  EXPECT_EQ("abc", mostSimilarName("abx", {"abc", "abd"}));
   EXPECT_EQ("", mostSimilarName("", names));
   EXPECT_EQ("", mostSimilarName(std::string(1000000, 'q'), names));
 }

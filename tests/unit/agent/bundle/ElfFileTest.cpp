@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <link.h>
 
+#include <cstddef>
 #include <cstring>
 #include <string>
 
@@ -73,6 +74,22 @@ TEST(ElfFile, IsNotTruncatedWhenItIsNoElfFile) {
     EXPECT_FALSE(definesSymbol(directory.write("m.so", content), "symbol"));
     EXPECT_EQ("", elfSectionText(directory.write("m.so", content), ".topo.version"));
   }
+}
+
+TEST(ElfFile, IsNoElfFileWithAnotherWordSize) {
+  const TemporaryDirectory directory;
+  std::string other = support::readFile(TOPO_MODULE);
+  other[EI_CLASS] = sizeof(void*) == 8 ? ELFCLASS32 : ELFCLASS64;
+  EXPECT_FALSE(isElf(directory.write("m.so", other)));
+}
+
+TEST(ElfFile, HasNoSectionsWhenTheirHeadersHaveAnotherSize) {
+  const TemporaryDirectory directory;
+  std::string other = support::readFile(TOPO_MODULE);
+  ++other[offsetof(ElfW(Ehdr), e_shentsize)];
+  const std::string file = directory.write("m.so", other);
+  EXPECT_EQ("", elfSectionText(file, NS_BUNDLEMGR1::kVersionSection));
+  EXPECT_FALSE(definesSymbol(file, "_make_zu_corba_topo"));
 }
 
 // Every byte of the header in turn has its largest value: offsets, sizes and counts are wrong.

@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <string>
 
@@ -65,6 +66,11 @@ TEST(ModuleCopy, AcceptsAFileWithTheFactory) {
   EXPECT_EQ("", reasonAgainst(TOPO_REFUSING_MODULE));
 }
 
+TEST(ModuleCopy, HasTheVersionOfTheFile) {
+  EXPECT_EQ(TOPO_VERSION, ModuleCopy(TOPO_MODULE).version());
+  EXPECT_EQ("unknown", ModuleCopy(TOPO_REFUSING_MODULE).version());
+}
+
 TEST(ModuleCopy, RejectsAMissingFileAndADirectory) {
   const TemporaryDirectory directory;
   EXPECT_EQ("module /nowhere/module.so: no such file", reasonAgainst("/nowhere/module.so"));
@@ -116,6 +122,29 @@ TEST(ModuleCopy, NamesADirectoryOfTemporaryFilesThatCannotBeUsed) {
   EXPECT_EQ("module " + original + ": no directory for a copy in " + directory.file("none") +
                 ": No such file or directory",
             reasonAgainst(original));
+}
+
+// A directory in which a directory can be made, but no file in that directory: the path of the file
+// would exceed PATH_MAX.
+std::filesystem::path deepDirectory(const std::filesystem::path& root) {
+  constexpr std::size_t kLength = 4070;
+  std::string path = root.string();
+  while (path.size() < kLength) {
+    path += '/' + std::string(std::min<std::size_t>(kLength - path.size(), 200), 'd');
+  }
+  std::filesystem::create_directories(path);
+  return path;
+}
+
+TEST(ModuleCopy, LeavesNothingWhenTheFileCannotBeCopied) {
+  const TemporaryDirectory directory;
+  const std::string original = directory.write("module.so", "old");
+  const std::filesystem::path deep = deepDirectory(directory.path());
+  const support::EnvironmentVariable place("TMPDIR", deep);
+  const std::string reason = reasonAgainst(original);
+  EXPECT_THAT(reason, StartsWith("module " + original + ": cannot be copied to " + deep.string()));
+  EXPECT_THAT(reason, HasSubstr(": File name too long"));
+  EXPECT_TRUE(std::filesystem::is_empty(deep));
 }
 
 }  // namespace

@@ -383,6 +383,9 @@ TEST_F(AgentConsole, NamesFileAndPlaceOfAnImportThatClashes) {
   EXPECT_THAT(refusalOf([&] { console_.importNetwork("two.graphml", graph, kAdd); }),
               refused(globaldefs::EXCPT_OBJECT_IN_USE,
                       "two.graphml: node[0]: node \"NE=1\" exists already"));
+  EXPECT_THAT(refusalOf([&] { console_.importNetwork("a\nb.graphml", graph, kAdd); }),
+              refused(globaldefs::EXCPT_OBJECT_IN_USE,
+                      "a\\x0ab.graphml: node[0]: node \"NE=1\" exists already"));
   EXPECT_THAT(refusalOf([&] {
                 console_.importNetwork("net.json", contentOf(R"({"format": "topo-network/1",
             "topoNodes": [{"id": "b"}, {"id": "NE=01", "type": 1}]})"),
@@ -504,6 +507,16 @@ TEST_F(AgentConsole, LogsChangesOfRecordsAtLevelTwo) {
                            "setElementShown 5 no"}) {
     EXPECT_THAT(text, HasSubstr(std::string("this process: ") + line + "\n"));
   }
+}
+
+TEST_F(AgentConsole, LogsAReplacementAndNoDryRun) {
+  support::CapturedLog log(agent::kLogEvents);
+  const auto content = contentOf(R"({"format": "topo-network/1", "topoNodes": [{"id": "b"}]})");
+  console_.importNetwork("dry.json", content, {false, true, 0});
+  console_.importNetwork("net.json", content, {true, false, 0});
+  const std::string text = log.text();
+  EXPECT_THAT(text, HasSubstr("importNetwork \"net.json\", 1 nodes, in place of all\n"));
+  EXPECT_THAT(text, Not(HasSubstr("dry.json")));
 }
 
 TEST_F(AgentConsole, LogsRefusalsAtLevelThree) {

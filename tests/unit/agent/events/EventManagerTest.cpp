@@ -465,6 +465,20 @@ TEST_F(EventManagerTest, LogsEachOverflowOnce) {
   EXPECT_EQ(4U, manager.status().dropped);
 }
 
+TEST_F(EventManagerTest, LogsAnOverflowThatBeginsBeforeTheLastEventOfAChange) {
+  Blocked slow;
+  EventManager manager(1);
+  subscribe(manager, slow.handler, {kCreated});
+  manager.raise(kChange, kCreated, {});
+  slow.waitUntilInside();
+  manager.raise(kChange, kCreated, numberedNodes(3 * EventManager::kMaxNodesPerEvent));
+  EXPECT_THAT(takeLogLines(),
+              ElementsAre(error("a handler of event 372 is too slow: its queue of 1 events is "
+                                "full, the oldest events are dropped")));
+  EXPECT_EQ(2U, manager.status().dropped);
+  slow.release();
+}
+
 TEST_F(EventManagerTest, LogsAFailedSubscription) {
   Recorder handler;
   EventManager manager;
