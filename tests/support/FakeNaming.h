@@ -13,7 +13,8 @@
 namespace support {
 
 // Resolves the names in `bound`. Thread-safety: any thread of the ORB. Owns a reference to each
-// object. Errors: NotFound for other names, InvalidName for a name that contains "..".
+// object. Errors: NotFound for other names, InvalidName for a name that contains "..",
+// CannotProceed for a name in the context "elsewhere".
 class FakeNaming final : public ResolvingNames {
  public:
   std::map<std::string, CORBA::Object_var> bound;  // constant while requests are served
@@ -21,6 +22,9 @@ class FakeNaming final : public ResolvingNames {
   CORBA::Object_ptr resolve_str(const char* name) override {
     if (std::string(name).find("..") != std::string::npos) {
       throw CosNaming::NamingContext::InvalidName();
+    }
+    if (std::string(name).rfind("elsewhere/", 0) == 0) {
+      throw CosNaming::NamingContext::CannotProceed();
     }
     const auto found = bound.find(name);
     if (found == bound.end()) {

@@ -3,6 +3,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <string>
+
 #include "tests/unit/orb/SilentPeer.h"
 
 namespace {
@@ -34,6 +37,18 @@ TEST(Reachability, NamesTheErrorOfTheSystem) {
 TEST(Reachability, FindsNoReasonWhenTheServerAccepts) {
   const SilentPeer peer;
   EXPECT_EQ(orb::whyNotConnected("127.0.0.1:" + std::to_string(peer.port()), milliseconds(0)), "");
+}
+
+TEST(Reachability, EndsAtTheTimeout) {
+  const SilentPeer peer(0);
+  const std::string address = "127.0.0.1:" + std::to_string(peer.port());
+  EXPECT_EQ(orb::whyNotConnected(address, milliseconds(1000)), "");
+  const std::string reason = "no connection to " + address + ": Connection timed out";
+  EXPECT_EQ(orb::whyNotConnected(address, milliseconds(20)), reason);
+  // The timeout 0 stands for one second.
+  const auto begin = std::chrono::steady_clock::now();
+  EXPECT_EQ(orb::whyNotConnected(address, milliseconds(0)), reason);
+  EXPECT_GE(std::chrono::steady_clock::now() - begin, milliseconds(1000));
 }
 
 }  // namespace

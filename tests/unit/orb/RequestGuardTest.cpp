@@ -121,8 +121,9 @@ TEST_F(RequestGuards, ReleaseTheTokenWhenTheOperationFails) {
 TEST_F(RequestGuards, CannotAdmitARequestAfterRetire) {
   std::promise<void> entered;
   std::promise<void> leave;
-  publish([&, first = true](const Request&) mutable {
-    if (std::exchange(first, false)) {
+  std::atomic<int> runs{0};
+  publish([&](const Request&) {
+    if (++runs == 1) {
       entered.set_value();
       leave.get_future().wait();
     }
@@ -134,6 +135,9 @@ TEST_F(RequestGuards, CannotAdmitARequestAfterRetire) {
   auto retired = std::async(std::launch::async, [this] { object_->retire(); });
   while (!refusesNewRequests()) {
   }
+  const int runsBefore = runs;
+  EXPECT_TRUE(refusesNewRequests());
+  EXPECT_EQ(runsBefore, runs);  // the guard is not asked about a request that is rejected anyway
   EXPECT_EQ(std::future_status::timeout, retired.wait_for(std::chrono::seconds(0)));
   leave.set_value();
   retired.get();

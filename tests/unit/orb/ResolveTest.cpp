@@ -178,6 +178,13 @@ TEST_F(Resolve, RejectsATextThatTheOrbCannotRead) {
   }
 }
 
+TEST_F(Resolve, AcceptsAnAddressWithoutAPort) {
+  for (const std::string address : {":127.0.0.1", "iiop:127.0.0.1", "iiop:1.2@127.0.0.1"}) {
+    EXPECT_EQ("accepted", reasonAgainst("corbaloc::127.0.0.1:1," + address + "/X")) << address;
+  }
+  EXPECT_EQ("accepted", reasonAgainst("corbaloc::127.0.0.1:/X"));
+}
+
 TEST_F(Resolve, RejectsAPortOutOfRange) {
   const auto text = [](const std::string& port) {
     return "the port '" + port + "' is not a number from 1 to 65535";
@@ -186,6 +193,7 @@ TEST_F(Resolve, RejectsAPortOutOfRange) {
   EXPECT_EQ(text("65536"), reasonAgainst("corbaloc:iiop:1.2@h:65536/X"));
   EXPECT_EQ(text("0"), reasonAgainst("corbaloc:iiop:[::1]:0/X"));
   EXPECT_EQ(text("port"), reasonAgainst("corbaloc::h:1,iiop:h:port/X"));
+  EXPECT_EQ(text("28x"), reasonAgainst("corbaloc::h:28x/X"));
   EXPECT_EQ(text("70000"), reasonAgainst("corbaname::h:70000#X"));
 }
 
@@ -210,6 +218,11 @@ TEST_F(ResolveError, ReportsAnUnboundName) {
 TEST_F(ResolveError, ReportsANameThatIsBoundToNilAsUnbound) {
   EXPECT_EQ(NamingServiceError::Cause::kNotBound,
             raisedBy("corbaname::" + address_ + "#nil").cause());
+}
+
+TEST_F(ResolveError, ReportsANameBehindAnUnreachableContextAsUnbound) {
+  EXPECT_EQ(NamingServiceError::Cause::kNotBound,
+            raisedBy("corbaname::" + address_ + "#elsewhere/x").cause());
 }
 
 TEST_F(ResolveError, ReportsAnObjectThatIsNoNamingService) {

@@ -17,13 +17,14 @@ namespace orb_tests {
 
 class SilentPeer {
  public:
-  SilentPeer() : socket_(::socket(AF_INET, SOCK_STREAM, 0)) {
+  // With the backlog 0, a second client cannot connect before the first client is accepted.
+  explicit SilentPeer(int backlog = 64) : socket_(::socket(AF_INET, SOCK_STREAM, 0)) {
     sockaddr_in address{};
     address.sin_family = AF_INET;
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     socklen_t size = sizeof address;
     auto* const general = reinterpret_cast<sockaddr*>(&address);
-    if (::bind(socket_, general, size) != 0 || ::listen(socket_, 64) != 0 ||
+    if (::bind(socket_, general, size) != 0 || ::listen(socket_, backlog) != 0 ||
         ::getsockname(socket_, general, &size) != 0) {
       throw std::runtime_error("no socket");
     }
