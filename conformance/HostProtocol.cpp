@@ -2,6 +2,7 @@
 
 #include <set>
 #include <sstream>
+#include <utility>
 
 #include "conformance/shared/ProbeProtocol.h"
 
@@ -53,7 +54,7 @@ void conclude(std::vector<Result>& results, const std::vector<std::string>& part
 }  // namespace
 
 std::optional<std::string> referenceInReadyLine(const std::string& line) {
-  if (const auto reference = textAfter(line, "ready"); reference && !reference->empty()) {
+  if (auto reference = textAfter(line, "ready"); reference && !reference->empty()) {
     return reference;
   }
   const std::string mark = ", reference ";
@@ -102,7 +103,7 @@ std::vector<Result> parseProbeReport(const std::string& report, const std::strin
 }
 
 std::size_t countMappedFiles(const std::string& maps, const std::string& baseName) {
-  std::set<std::string> files;
+  std::set<std::pair<std::string, std::string>> files;
   std::istringstream lines(maps);
   for (std::string line; std::getline(lines, line);) {
     std::istringstream fields(line);
@@ -115,7 +116,7 @@ std::size_t countMappedFiles(const std::string& maps, const std::string& baseNam
       path.resize(path.size() - deleted.size());
     }
     if (path.substr(path.rfind('/') + 1) == baseName) {
-      files.insert(device + ' ' + inode);
+      files.emplace(device, inode);
     }
   }
   return files.size();

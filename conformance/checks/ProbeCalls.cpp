@@ -80,8 +80,8 @@ void checkEventContents(Context& context) {
 }
 
 void checkEventConcurrency(Context& context) {
-  constexpr int kNodes = 10;
-  for (int i = 0; i < kNodes; ++i) {
+  constexpr std::size_t kNodes = 10;
+  for (std::size_t i = 0; i < kNodes; ++i) {
     const std::string id = "conformance event " + std::to_string(i);
     context.host.op().create(id);
     context.host.op().remove(id);

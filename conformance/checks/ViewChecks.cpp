@@ -11,11 +11,11 @@ namespace conformance {
 namespace {
 
 using TopoManagementManager::Node_T;
-using TopoManagementManager::TopoMgr_I;
 
 template <typename Record>
 std::vector<std::string> texts(const std::vector<Record>& records) {
   std::vector<std::string> result;
+  result.reserve(records.size());
   for (const Record& record : records) {
     result.push_back(toText(record));
   }
