@@ -263,6 +263,27 @@ TEST_F(AgentConsole, MovesAndChangesANode) {
   EXPECT_THAT(node.extendedAttributes, ElementsAre(std::make_pair("location", "Hall")));
   EXPECT_THAT(refusalOf([&] { console_.moveNode("top", "core", TopoAgent::NK_OF_PARENT); }),
               refused(globaldefs::EXCPT_INVALID_INPUT));
+  EXPECT_THAT(refusalOf([&] { console_.moveNode("core", "top", TopoAgent::NK_ELEMENT); }),
+              refused(globaldefs::EXCPT_INVALID_INPUT));
+}
+
+TEST_F(AgentConsole, HidesAnElement) {
+  console_.createElement({5, "Five", true});
+  console_.setElementShown(5, false);
+  EXPECT_FALSE(model_.networkElement(5)->shown);
+}
+
+TEST_F(AgentConsole, EmptiesATextWithAnEmptyText) {
+  TopoAgent::ClockPosition_T position;
+  position.reference = "NE=5";
+  position.label = "Five";
+  position.values = {1, 2};
+  console_.createClockPosition(position);
+  TopoAgent::OptionalText_T empty;
+  empty.length(1);
+  empty[0] = "";
+  console_.changeClockPosition("NE=5", empty, {});
+  EXPECT_EQ("", model_.clockPosition("NE=5")->label);
 }
 
 TEST_F(AgentConsole, ChangesElements) {
