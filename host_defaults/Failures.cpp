@@ -1,8 +1,31 @@
-// Defines ThrowException of platform/agent/Failures.h; the host defines ConstructException.
+// Defines platform/agent/Failures.h. A host with failure codes of its own defines
+// ConstructException.
 
 #include "platform/agent/Failures.h"
 
+#include "platform/framework/ProcessException.h"
+
 namespace NS_CORBA {
+namespace {
+
+const char* reasonOf(CORBA::ULong code) {
+  switch (code) {
+    case ERR_TOPO_CONVERSION:
+      return "the result could not be converted or iterated";
+    case static_cast<CORBA::ULong>(InterfaceNotExistException::kInterfaceNotExist):
+      return "a platform service is missing";
+    default:
+      return "platform failure";
+  }
+}
+
+}  // namespace
+
+void ConstructException(CORBA::ULong code, globaldefs::ProcessingFailureException& exception) {
+  const std::string reason = std::string(reasonOf(code)) + " (code " + std::to_string(code) + ")";
+  exception.exceptionType = globaldefs::EXCPT_INTERNAL_ERROR;
+  exception.errorReason = CORBA::string_dup(reason.c_str());
+}
 
 void ThrowException(CORBA::ULong code) {
   ThrowException(code, "");
