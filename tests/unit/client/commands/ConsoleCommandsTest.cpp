@@ -206,12 +206,14 @@ TEST_F(Console, PrintsEverythingThatTheAgentKeepsOfAnObject) {
             "owner                            owner\n"
             "additionalInfo.Region            north\n"
             "topoNodes.0.id                   NE=5\n"
-            "topoNodes.0.attributes.location  Hall\n");
+            "topoNodes.0.attributes.location  Hall\n"
+            "topoNodes.1.id                   5\n");
   EXPECT_EQ(run({"get", "--name", "EMS=E", "--name", "OS=1", "--format", "json"}).out,
             R"({"name":[{"name":"EMS","value":"E"},{"name":"OS","value":"1"}],"userLabel":"label",)"
             R"("owner":"owner","additionalInfo":[{"name":"Region","value":"north"}],"records":)"
             R"([{"list":"topoNodes","fields":{"id":"NE=5"},)"
-            R"("attributes":[{"name":"location","value":"Hall"}]}]})"
+            R"("attributes":[{"name":"location","value":"Hall"}]},)"
+            R"({"list":"topoNodes","fields":{"id":"5"},"attributes":[]}]})"
             "\n");
   EXPECT_EQ(script.lastCall(), "get(EMS=E, OS=1)");
   EXPECT_THAT(run({"get", "TopoSubnetwork=a", "--format", "csv"}).out,

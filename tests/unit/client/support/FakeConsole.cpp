@@ -200,6 +200,11 @@ TopoAgent::ObjectDetails_T* FakeConsole::getObject(const globaldefs::NVSList_T& 
   details->records[0].attributes.length(1);
   details->records[0].attributes[0].name = "location";
   details->records[0].attributes[0].value = "Hall";
+  details->records.length(2);
+  details->records[1].list = "topoNodes";
+  details->records[1].fields.length(1);
+  details->records[1].fields[0].name = "id";
+  details->records[1].fields[0].value = "5";
   return details._retn();
 }
 
