@@ -30,9 +30,9 @@ def commands_for_clang(build, folder):
 
 def our_sources(build, commands):
     files = {pathlib.Path(command["file"]) for command in commands}
-    left_out = (build, ROOT / "tests", ROOT / "bench")
     return sorted(f for f in files
-                  if ROOT in f.parents and not any(folder in f.parents for folder in left_out))
+                  if ROOT in f.parents and build not in f.parents
+                  and not {"tests", "bench"} & set(f.relative_to(ROOT).parts))
 
 
 def context_digest():
