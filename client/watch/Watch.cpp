@@ -1,9 +1,9 @@
 #include "client/watch/Watch.h"
 
 #include "client/agent/Connection.h"
+#include "client/base/StopSignals.h"
 #include "client/watch/EventLines.h"
 #include "client/watch/Inbox.h"
-#include "client/watch/StopSignals.h"
 #include "client/watch/Subscription.h"
 #include "client/watch/Watcher.h"
 #include "orb/orb.h"

@@ -1,7 +1,7 @@
 // Ends a program by SIGINT or SIGTERM.
 
-#ifndef CLIENT_WATCH_STOPSIGNALS_H
-#define CLIENT_WATCH_STOPSIGNALS_H
+#ifndef CLIENT_BASE_STOPSIGNALS_H
+#define CLIENT_BASE_STOPSIGNALS_H
 
 #include <csignal>
 #include <functional>

@@ -1,4 +1,4 @@
-#include "client/watch/StopSignals.h"
+#include "client/base/StopSignals.h"
 
 #include <poll.h>
 #include <sys/eventfd.h>
