@@ -68,9 +68,13 @@ void Host::waitUntilReady() {
       throw StartFailed("the host did not become ready: " + process_->describeEnd());
     }
     if (!line) {
+      const bool isLate = std::chrono::steady_clock::now() >= deadline;
       process_.reset();
-      throw StartFailed("the host printed no line \"ready REFERENCE\" within " +
-                        std::to_string(options_.timeout.count()) + " s");
+      throw StartFailed("the host " +
+                        (isLate
+                             ? "printed no line \"ready REFERENCE\" within " +
+                                   std::to_string(options_.timeout.count()) + " s"
+                             : "closed its standard output before the line \"ready REFERENCE\""));
     }
     if (const auto reference = referenceInReadyLine(*line)) {
       refer(*reference);

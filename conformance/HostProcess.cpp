@@ -11,6 +11,7 @@
 #include <csignal>
 #include <system_error>
 #include <thread>
+#include <utility>
 
 namespace conformance {
 namespace {
@@ -19,6 +20,9 @@ using Clock = std::chrono::steady_clock;
 using Milliseconds = HostProcess::Milliseconds;
 
 constexpr Milliseconds kPollInterval{10};
+
+constexpr std::size_t kLongestLine = 1 << 20;  // longer lines are split
+constexpr long kLongestErrorLine = 64 << 10;   // of the standard error, the begin is cut
 
 [[noreturn]] void fail(const char* what) {
   throw std::system_error(errno, std::generic_category(), what);
@@ -151,8 +155,11 @@ HostProcess::~HostProcess() {
 
 std::optional<std::string> HostProcess::takeLine() {
   const std::size_t end = read_.find('\n');
-  if (end == std::string::npos) {
+  if (end == std::string::npos && read_.size() < kLongestLine) {
     return std::nullopt;
+  }
+  if (end == std::string::npos) {
+    return std::exchange(read_, {});
   }
   std::string line = read_.substr(0, end);
   read_.erase(0, end + 1);
@@ -161,7 +168,7 @@ std::optional<std::string> HostProcess::takeLine() {
 
 std::optional<std::string> HostProcess::readLine(Milliseconds timeout) {
   const auto deadline = Clock::now() + timeout;
-  for (;;) {
+  while (Clock::now() < deadline) {
     if (auto line = takeLine()) {
       return line;
     }
@@ -175,6 +182,7 @@ std::optional<std::string> HostProcess::readLine(Milliseconds timeout) {
     }
     read_.append(part.data(), static_cast<std::size_t>(count));
   }
+  return std::nullopt;
 }
 
 bool HostProcess::writeLine(const std::string& line, Milliseconds timeout) {
@@ -207,7 +215,9 @@ bool HostProcess::endsWithin(Milliseconds time) {
 std::string HostProcess::lastErrorLine() const {
   std::string last;
   std::string line;
-  std::rewind(err_.get());
+  if (std::fseek(err_.get(), -kLongestErrorLine, SEEK_END) != 0) {
+    std::rewind(err_.get());
+  }
   for (int c = std::fgetc(err_.get()); c != EOF; c = std::fgetc(err_.get())) {
     if (c != '\n') {
       line.push_back(static_cast<char>(c));

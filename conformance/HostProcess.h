@@ -34,8 +34,8 @@ class HostProcess {
 
   pid_t pid() const { return pid_; }
 
-  // The next line of standard output without the line feed. Empty after the timeout and at the end
-  // of the output.
+  // The next line of standard output without the line feed. Empty after the timeout, also while the
+  // program writes without pause, and at the end of the output. A line of more than 1 MiB is split.
   std::optional<std::string> readLine(Milliseconds timeout);
 
   // Writes to standard input. False when the host does not take the line within the timeout.
@@ -49,8 +49,8 @@ class HostProcess {
 
   bool endedWell() const { return ended_ && status_ == 0; }
 
-  // "it ended with status 1" or "signal 11 ended it", with the last line of standard error.
-  // REQUIRES: endsWithin has returned true.
+  // "it ended with status 1" or "signal 11 ended it", with the last line of standard error,
+  // at most its last 64 KiB. REQUIRES: endsWithin has returned true.
   std::string describeEnd() const;
 
  private:

@@ -20,14 +20,24 @@ const char* nameOf(Outcome outcome) {
   return probe::kSkip;
 }
 
+constexpr std::size_t kLongestText = 2000;
+
 }  // namespace
+
+std::string printable(const std::string& text) {
+  if (text.size() <= kLongestText) {
+    return topoctl::escapeControls(text);
+  }
+  return topoctl::escapeControls(text.substr(0, kLongestText / 2)) + "..." +
+         topoctl::escapeControls(text.substr(text.size() - kLongestText / 2));
+}
 
 std::string format(const Result& result) {
   std::string line = std::string(nameOf(result.outcome)) + "  " + result.rule + "  " + result.text;
   if (!result.reason.empty()) {
     line += " (" + result.reason + ")";
   }
-  return topoctl::escapeControls(line);
+  return printable(line);
 }
 
 void Report::add(const Result& result) {

@@ -16,8 +16,11 @@ constexpr int kAllPassed = 0;
 constexpr int kRuleBroken = 1;
 constexpr int kNotRun = 2;  // usage, or the host cannot be started
 
-// "pass  RULE  TEXT"; for FAIL and skip followed by " (REASON)". One line without control
-// characters.
+// The text on one line without control characters. The middle of a long text is left out.
+std::string printable(const std::string& text);
+
+// "pass  RULE  TEXT"; for FAIL and skip followed by " (REASON)". One printable
+// line.
 std::string format(const Result& result);
 
 // Prints results as they arrive.

@@ -1,5 +1,6 @@
 #include "conformance/Report.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <sstream>
@@ -9,6 +10,8 @@ namespace {
 using conformance::format;
 using conformance::Outcome;
 using conformance::Report;
+using testing::EndsWith;
+using testing::StartsWith;
 
 TEST(ConformanceReport, HasOneLineForEachCheckAndTheCounts) {
   std::ostringstream out;
@@ -26,6 +29,14 @@ TEST(ConformanceReport, HasOneLineForEachCheckAndTheCounts) {
 
 TEST(ConformanceReport, EscapesControlCharactersOfTheHost) {
   EXPECT_EQ(format({Outcome::kFail, "a", "b", "x\ny\x1b"}), "FAIL  a  b (x\\ny\\x1b)");
+}
+
+TEST(ConformanceReport, CutsTheMiddleOfALongText) {
+  const std::string text = "begin" + std::string(5000, 'x') + "end";
+  const std::string line = format({Outcome::kFail, "a", "b", text});
+  EXPECT_LE(line.size(), 2003U);
+  EXPECT_THAT(line, StartsWith("FAIL  a  b (begin"));
+  EXPECT_THAT(line, EndsWith("end)"));
 }
 
 TEST(ConformanceReport, HasStatus1AfterAFailureOnly) {
