@@ -29,14 +29,14 @@ class PipeOperator final : public Operator {
   std::string request(const std::string& line) {
     const auto deadline = std::chrono::steady_clock::now() + timeout_;
     if (!process_.writeLine(line, timeout_)) {
-      throw OperationFailed("the host does not read \"" + line + '"');
+      throw NoAnswer("the host does not read \"" + line + '"');
     }
     for (;;) {
       const auto rest = std::chrono::duration_cast<std::chrono::milliseconds>(
           deadline - std::chrono::steady_clock::now());
       const auto read = process_.readLine(rest);
       if (!read) {
-        throw OperationFailed("the host does not answer \"" + line + '"');
+        throw NoAnswer("the host does not answer \"" + line + '"');
       }
       const auto answer = parseAnswer(*read);
       if (answer && !answer->isOk) {

@@ -19,6 +19,13 @@ class OperationFailed : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+// The host has not read or not answered a request within the timeout. A late answer would be taken
+// for the answer to the next request, so the host cannot be operated any more. As OperationFailed.
+class NoAnswer : public OperationFailed {
+ public:
+  using OperationFailed::OperationFailed;
+};
+
 // Operates a host. Thread-safety: none. Ownership: borrows the host. Errors: OperationFailed;
 // Skipped for an operation that this kind of host does not have.
 class Operator {

@@ -14,6 +14,7 @@ void fail(Result& result, const std::string& reason) {
 }  // namespace
 
 void Runner::conclude(Result& result, const std::function<void(Context&)>& check, Plugin plugin) {
+  bool isStuck = false;
   bool& startFailed = startFailed_[plugin == Plugin::kProbe ? 1 : 0];
   try {
     if (startFailed) {
@@ -32,11 +33,15 @@ void Runner::conclude(Result& result, const std::function<void(Context&)>& check
   } catch (const CORBA::SystemException& failure) {
     fail(result, orb::isTimeout(failure) ? "the host does not answer within the timeout"
                                          : "the call fails with " + orb::describe(failure));
-    if (orb::isTimeout(failure)) {
-      context_.host.kill();
-    }
+    isStuck = orb::isTimeout(failure);
+  } catch (const NoAnswer& failure) {
+    fail(result, failure.what());
+    isStuck = true;
   } catch (const std::exception& failure) {
     fail(result, failure.what());
+  }
+  if (isStuck && !context_.host.endsWithin(kDeath)) {
+    context_.host.kill();
   }
 }
 

@@ -58,3 +58,7 @@ faulty_host(lacks_a_function link.symbols Attributes.cpp "CORBA::ULong TECommonF
 faulty_host(hangs_in_reset attributes.raise-nothing Attributes.cpp
   "CORBA::ULong TECommonFunc::resetObject(const NVSList_T&) {"
   "CORBA::ULong TECommonFunc::resetObject(const NVSList_T&) { for (;;) pause();")
+
+faulty_host(answers_late "" main.cpp
+  "std::cout << answer(line, argv[1], running) << std::endl;"
+  "const std::string text = answer(line, argv[1], running); sleep(line == \"change conformance change\" ? 7 : 0); std::cout << text << std::endl;")
