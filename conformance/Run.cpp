@@ -3,10 +3,14 @@
 #include <stdlib.h>
 
 #include <cerrno>
+#include <cstdlib>
 #include <filesystem>
 #include <ostream>
+#include <stdexcept>
 #include <system_error>
 
+#include "client/base/StopSignals.h"
+#include "conformance/Descendants.h"
 #include "conformance/ProbeStage.h"
 #include "conformance/Receiver.h"
 #include "conformance/Report.h"
@@ -26,18 +30,35 @@ class TemporaryDirectory {
     }
     path_ = path;
   }
-  ~TemporaryDirectory() {
-    std::error_code ignored;
-    std::filesystem::remove_all(path_, ignored);
-  }
+  ~TemporaryDirectory() { remove(); }
   TemporaryDirectory(const TemporaryDirectory&) = delete;
   TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
 
   const std::string& path() const { return path_; }
 
+  void remove() const {
+    std::error_code ignored;
+    std::filesystem::remove_all(path_, ignored);
+  }
+
  private:
   std::string path_;
 };
+
+void requireFile(const std::string& option, const std::string& path) {
+  std::error_code status;
+  if (!std::filesystem::is_regular_file(path, status)) {
+    throw std::runtime_error(option + ' ' + path + ": no such file");
+  }
+}
+
+// Called on the thread of the stop signals while the main thread runs a check.
+[[noreturn]] void stop(const TemporaryDirectory& directory, std::ostream& err) {
+  err << "topo-conformance: stopped by a signal" << std::endl;
+  Descendants::kill();
+  directory.remove();
+  std::_Exit(kNotRun);
+}
 
 void runChecks(Context& context, Report& report, const std::string& directory) {
   Runner runner(context, report);
@@ -58,12 +79,18 @@ void runChecks(Context& context, Report& report, const std::string& directory) {
 
 int run(const Options& options, std::ostream& out, std::ostream& err) {
   try {
+    if (options.agent.empty()) {
+      requireFile("--module", options.module);
+      requireFile("--probe", options.probe);
+    }
+    const TemporaryDirectory directory;
+    const topoctl::StopSignals signals([&directory, &err] { stop(directory, err); });
+    const Descendants descendants;
     orb::Options orbOptions;
     orbOptions.callTimeout = options.timeout;
     const auto server = orb::startServer(orbOptions, {"127.0.0.1", 0}, nullptr);
     const PortableServer::POAManager_var manager = server->rootPoa()->the_POAManager();
     manager->activate();
-    const TemporaryDirectory directory;
     Receiver receiver(*server);
     const CORBA::String_var consumer = server->get()->object_to_string(receiver.reference());
     Host host(options, *server, consumer.in());
@@ -76,7 +103,7 @@ int run(const Options& options, std::ostream& out, std::ostream& err) {
   } catch (const CORBA::Exception& failure) {
     err << "topo-conformance: the ORB fails: " << failure._name() << std::endl;
   } catch (const std::exception& failure) {
-    err << "topo-conformance: " << failure.what() << std::endl;
+    err << "topo-conformance: " << printable(failure.what()) << std::endl;
   }
   return kNotRun;
 }

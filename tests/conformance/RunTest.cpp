@@ -3,6 +3,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+
+#include <csignal>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <string>
@@ -16,7 +20,6 @@ namespace {
 using support::Ended;
 using testing::HasSubstr;
 using testing::MatchesRegex;
-using testing::Not;
 using testing::StartsWith;
 
 using Words = std::vector<std::string>;
@@ -91,7 +94,67 @@ TEST_F(Conformance, EndsWithStatus2ForAWrongCommandLine) {
   EXPECT_THAT(run.err, StartsWith("topo-conformance: give either the command of a host"));
 }
 
-// The host writes its process id and then waits for ever.
+TEST_F(Conformance, EndsWithStatus2ForAModuleOrProbeThatIsNoFile) {
+  for (const char* option : {"--module", "--probe"}) {
+    for (const char* path : {"/no/such/module.so", "/tmp", ""}) {
+      const Ended run = conformance({option, path, "--", "/bin/true"});
+      EXPECT_EQ(run.status, 2);
+      EXPECT_EQ(run.err,
+                "topo-conformance: " + std::string(option) + ' ' + path + ": no such file\n");
+    }
+  }
+}
+
+struct UnreadyHost {
+  std::string name;
+  std::string script;
+  std::string reason;
+};
+
+void PrintTo(const UnreadyHost& host, std::ostream* out) {
+  *out << host.script;
+}
+
+class ConformanceOfAnUnreadyHost : public Conformance,
+                                   public testing::WithParamInterface<UnreadyHost> {};
+
+TEST_P(ConformanceOfAnUnreadyHost, EndsWithOneBoundedLine) {
+  const Ended run = conformance({"--timeout", "1", "--", "/bin/sh", "-c", GetParam().script});
+  EXPECT_EQ(run.status, 2);
+  EXPECT_EQ(run.out, "");
+  EXPECT_THAT(run.err, StartsWith("topo-conformance: "));
+  EXPECT_THAT(run.err, HasSubstr(GetParam().reason));
+  EXPECT_EQ(run.err.find('\n'), run.err.size() - 1);
+  EXPECT_EQ(run.err.find('\x1b'), std::string::npos);
+  EXPECT_LT(run.err.size(), 2100U);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Hosts, ConformanceOfAnUnreadyHost,
+    testing::Values(
+        UnreadyHost{"WritesLinesWithoutPause", "exec yes", "within 1 s"},
+        UnreadyHost{"WritesALineWithoutEnd", "yes | tr -d '\\n'", "within 1 s"},
+        UnreadyHost{"ClosesItsOutput", "exec >&-; sleep 600", "closed its standard output"},
+        UnreadyHost{"LeavesAChildWithItsOutput", "sleep 600 & exit 4", "status 4"},
+        UnreadyHost{"IgnoresItsEnd", "trap '' TERM; sleep 600; sleep 600", "within 1 s"},
+        UnreadyHost{"HasALongReference",
+                    "printf 'ready IOR:'; yes | tr -d '\\n' | head -c 900000; echo; sleep 600",
+                    "the reference IOR:yy"},
+        UnreadyHost{"WritesMegabytesOfErrors",
+                    "yes | tr -d '\\n' | head -c 3000000 >&2; echo the end >&2; exit 3", "the end"},
+        UnreadyHost{"WritesControlCharacters", "printf '\\033[31mred' >&2; exit 3",
+                    "\\x1b[31mred"}),
+    [](const auto& host) { return host.param.name; });
+
+// Whether the process whose id is in the file sleeps. A dead process that its parent has not
+// fetched does not.
+bool sleeps(const std::string& pidFile) {
+  std::ifstream status("/proc/" + std::to_string(std::stoi(support::readFile(pidFile))) + "/stat");
+  std::string line;
+  std::getline(status, line);
+  return line.find(") S ") != std::string::npos;
+}
+
 TEST_F(Conformance, LeavesNoProcessOfAHostThatIsNeverReady) {
   const support::TemporaryDirectory directory;
   const std::string file = directory.file("pid");
@@ -99,10 +162,49 @@ TEST_F(Conformance, LeavesNoProcessOfAHostThatIsNeverReady) {
       {"--timeout", "1", "--", "/bin/sh", "-c", "sleep 600 & echo $! > " + file + "; wait"});
   EXPECT_EQ(run.status, 2);
   EXPECT_THAT(run.err, HasSubstr("printed no line \"ready REFERENCE\" within 1 s"));
-  std::ifstream status("/proc/" + std::to_string(std::stoi(support::readFile(file))) + "/stat");
-  std::string line;
-  std::getline(status, line);
-  EXPECT_THAT(line, Not(HasSubstr(") S "))) << "the process sleeps still";
+  EXPECT_FALSE(sleeps(file));
+}
+
+TEST_F(Conformance, LeavesNoProcessThatTheHostHasStartedInAnotherSession) {
+  const support::TemporaryDirectory directory;
+  const std::string file = directory.file("pid");
+  const Ended run =
+      conformance({"--timeout", "2", "--", "/bin/sh", "-c",
+                   "setsid /bin/sh -c 'echo $$ > " + file + "; exec sleep 600' & wait"});
+  EXPECT_EQ(run.status, 2);
+  EXPECT_FALSE(sleeps(file));
+}
+
+TEST_F(Conformance, LeavesNoProcessAndNoFileAfterAStopSignal) {
+  for (const int signal : {SIGINT, SIGTERM}) {
+    const support::TemporaryDirectory directory;
+    const std::string file = directory.file("pid");
+    const std::string mark = directory.file("mark");
+    std::filesystem::create_directory(directory.file("tmp"));
+    ASSERT_EQ(mkfifo(mark.c_str(), 0600), 0);
+    support::Process run(
+        TOPO_CONFORMANCE,
+        {"--", "/bin/sh", "-c",
+         "setsid /bin/sh -c 'echo $$ > " + file + "; echo > " + mark + "; exec sleep 600' & wait"},
+        {"TMPDIR=" + directory.file("tmp")});
+    support::readFile(mark);  // waits for the process in the other session
+    run.send(signal);
+    const Ended ended = run.wait();
+    EXPECT_EQ(ended.status, 2);
+    EXPECT_EQ(ended.err, "topo-conformance: stopped by a signal\n");
+    EXPECT_FALSE(sleeps(file));
+    EXPECT_TRUE(std::filesystem::is_empty(directory.file("tmp")));
+  }
+}
+
+// The host answers one request after the timeout. The late answer must not count for the next
+// request.
+TEST_F(Conformance, RestartsAHostThatDoesNotAnswerARequest) {
+  const Ended run = checkHost(TOPO_FAULTY_HOSTS_FOLDER "/faulty_host_answers_late");
+  EXPECT_EQ(run.status, 1);
+  EXPECT_THAT(run.out, HasSubstr("FAIL  events.changed  "));
+  EXPECT_THAT(run.out, HasSubstr("the host does not answer \"change conformance change\""));
+  EXPECT_THAT(lastLine(run.out), HasSubstr(" 1 failed, ")) << run.out;
 }
 
 struct FaultyHost {
