@@ -153,10 +153,14 @@ void checkIteratorLife(Context& context) {
   throw Broken("the iterator answers after deactive_object");
 }
 
+// The iterator that is open at the reload is for the rule unload.iterators.
 // Events after the failed init must not reach the handler that the init has subscribed: its code is
 // unmapped.
 void checkFailedInit(Context& context) {
   const std::string id = "conformance failed init";
+  TopoManagementManager::NodeList_T_var nodes;
+  TopoManagementManager::NodeIterator_I_var open;
+  context.manager()->getProtectSubnetworkViewInfo(1, nodes.out(), open.out());
   std::ofstream(context.failInitFile).put('\n');
   bool failed = false;
   try {

@@ -139,6 +139,23 @@ void elementNamesRoundTrip() {
   }
 }
 
+// The host may refuse numbers that its network does not have.
+void otherNamesHaveTheirClass() {
+  for (std::int32_t number = 0; number < 10; ++number) {
+    NVSList_T name;
+    NS_CORBA::DomainObjectKey key;
+    key.objectNumber = number;
+    if (quietly("ConvertONEIndexToName",
+                [&] { return naming().ConvertONEIndexToName(name, key); }) == 0) {
+      requireName(name, "ONE", std::to_string(number));
+    }
+    if (quietly("ConvertOSIndexToName",
+                [&] { return naming().ConvertOSIndexToName(name, number); }) == 0) {
+      requireName(name, "OS", std::to_string(number));
+    }
+  }
+}
+
 void rootMarkersHaveNames() {
   requireName(subnetworkName(NS_DOMAIN::kPhysicalRoot), "TopoSubnetwork", NS_DOMAIN::kPhysicalRoot);
 }

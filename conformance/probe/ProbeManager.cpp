@@ -50,9 +50,15 @@ void listRules(NVSList_T& answer) {
   }
 }
 
+// The second call is for a servant that is not active any more, as the module makes it.
 void dropIterator() {
   if (ProbeIterator* const iterator = latestIterator.exchange(nullptr)) {
-    NS_CORBA::TAIteratorHelper::deactive_object(iterator);
+    iterator->_add_ref();
+    const PortableServer::ServantBase_var owned = iterator;
+    for (int i = 0; i < 2; ++i) {
+      quietly("deactive_object",
+              [iterator] { NS_CORBA::TAIteratorHelper::deactive_object(iterator); });
+    }
   }
 }
 

@@ -42,6 +42,8 @@ constexpr Rule kRequestRules[] = {
      subnetworkNamesRoundTrip},
     {"naming.elements", "names of network elements are EMS and ManagedElement",
      elementNamesRoundTrip},
+    {"naming.others", "names of optical elements and systems are EMS and ONE or OS",
+     otherNamesHaveTheirClass},
     {"naming.roots", "the root marker of the domain has a name", rootMarkersHaveNames},
     {"naming.labels", "GetObjectLabelInfo raises nothing for an unknown object",
      labelsOfUnknownObjects},

@@ -69,6 +69,7 @@ void unknownNumbersRaiseNothing();
 void failedConversionsClearTheName();
 void subnetworkNamesRoundTrip();
 void elementNamesRoundTrip();
+void otherNamesHaveTheirClass();
 void typesTellSubnetworks();
 void rootMarkersHaveNames();
 void labelsOfUnknownObjects();

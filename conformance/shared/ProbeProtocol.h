@@ -33,7 +33,7 @@ constexpr const char* kUnsubscription = "unsubscription";
 constexpr const char* kSubscribe = "subscribe";
 // The largest number of handler calls that ran at the same time.
 constexpr const char* kConcurrency = "concurrency";
-// Asks the host to deactivate the iterator that getProtectSubnetworkViewInfo has returned.
+// Asks the host twice to deactivate the iterator that getProtectSubnetworkViewInfo has returned.
 constexpr const char* kDropIterator = "drop-iterator";
 // The number of the probe's iterator servants that exist.
 constexpr const char* kIterators = "iterators";

@@ -59,6 +59,45 @@ faulty_host(hangs_in_reset attributes.raise-nothing Attributes.cpp
   "CORBA::ULong TECommonFunc::resetObject(const NVSList_T&) {"
   "CORBA::ULong TECommonFunc::resetObject(const NVSList_T&) { for (;;) pause();")
 
+# Each ORB has an option of its own for the code set: 0x05010001 is UTF-8 too, and 0x00010001 is ISO 8859-1.
+file(READ "${sample}/${TOPO_ORB}/StartOrb.cpp" start_orb)
+if(start_orb MATCHES "0x05010001")
+  faulty_host(garbles_texts texts.utf8 ${TOPO_ORB}/StartOrb.cpp "0x05010001" "0x00010001")
+else()
+  faulty_host(garbles_texts texts.utf8 ${TOPO_ORB}/StartOrb.cpp "\"UTF-8\"" "\"ISO-8859-1\"")
+endif()
+faulty_host(keeps_the_manager unload.servants Module.cpp "destroyPoa(managerPoa);" "")
+faulty_host(keeps_iterators unload.iterators Module.cpp "destroyPoa(iteratorPoa);" "")
+faulty_host(has_no_poa_for_iterators iterator.poa Iterators.cpp
+  "PortableServer::POA::_duplicate(iteratorPoa.in())" "PortableServer::POA::_nil()")
+faulty_host(ends_with_a_failure host.end main.cpp
+  "if (verb == \"load\")" "if (verb == \"quit\") _exit(3);\n  if (verb == \"load\")")
+
+faulty_host(replaces_results domain.appends Domain.cpp
+  "result->Value().insert(" "result->Value().clear();\n    result->Value().insert(")
+faulty_host(has_a_cycle_of_parents domain.parents Domain.cpp
+  "makeNode(\"Europe\", kPhysicalRoot," "makeNode(\"Europe\", \"muc\",")
+faulty_host(shows_an_unknown_element domain.shown Domain.cpp "push_back({0, 1})" "push_back({0, shown ? 9 : 1})")
+
+faulty_host(names_elements_as_subnetworks naming.elements Naming.cpp
+  "\"ManagedElement\", std::to_string" "\"TopoSubnetwork\", std::to_string")
+faulty_host(names_systems_as_elements naming.others Naming.cpp
+  "\"OS\", std::to_string" "\"ManagedElement\", std::to_string")
+faulty_host(refuses_the_root_marker naming.roots Naming.cpp
+  "return setName(name, \"TopoSubnetwork\", id);"
+  "return setName(name, \"TopoSubnetwork\", id[0] == 'Q' ? \"\" : id);")
+faulty_host(returns_another_id naming.subnetworks Naming.cpp "? value :" "? value + '2' :")
+faulty_host(raises_for_a_negative_number naming.numbers Naming.cpp
+  "if (name.length() == 0) return kInvalid;" "if (name.length() == 0) throw ProcessException();")
+
+faulty_host(stores_labels_of_unknown_objects attributes.names Attributes.cpp
+  "onSetOwner(const NVSList_T&, const char*) { return kNo; }" "onSetOwner(const NVSList_T&, const char*) { return 0; }")
+faulty_host(writes_capabilities_in_lower_case attributes.operations Attributes.cpp "\"Supported\"" "\"supported\"")
+faulty_host(sends_no_record events.created Notifications.cpp
+  "edge, nullptr, &object);" "edge, nullptr, nullptr);")
+faulty_host(finds_no_classes texts.class Registration.cpp "${include_host}"
+  "${include_host}#include \"platform/util/UtilCommon.h\"\nstd::string NS_UTIL::UtilCommon::GetMoc(const std::string&) { return \"\"; }\n")
+
 faulty_host(answers_late "" main.cpp
   "std::cout << answer(line, argv[1], running) << std::endl;"
   "const std::string text = answer(line, argv[1], running); sleep(line == \"change conformance change\" ? 7 : 0); std::cout << text << std::endl;")
