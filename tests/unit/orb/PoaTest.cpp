@@ -58,7 +58,8 @@ TEST_F(Poa, ActivatesADeactivatedServantWhenItsIdIsAskedForAndActivationIsImplic
   const PortableServer::ObjectId_var first = poa->activate_object(servant.in());
   poa->deactivate_object(first.in());
   const PortableServer::ObjectId_var second = poa->servant_to_id(servant.in());
-  EXPECT_EQ(poa->id_to_servant(second.in()), servant.in());
+  const PortableServer::ServantBase_var found = poa->id_to_servant(second.in());
+  EXPECT_EQ(found.in(), servant.in());
 }
 
 }  // namespace
