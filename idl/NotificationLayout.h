@@ -6,7 +6,12 @@
 //   notificationId    string, a decimal number below 2^63 that rises from event to event, in steps
 //                     of any size: change number * 2^20 + position in the change
 //   objectName        globaldefs::NVSList_T
-//   objectType        notifications::ObjectType_T
+//   objectType        notifications::ObjectType_T, by the class of the object (the name of the last
+//                     pair of objectName):
+//                       ManagedElement, ONE   OT_MANAGED_ELEMENT
+//                       TopoSubnetwork        OT_MULTILAYER_SUBNETWORK
+//                       ClockTopoLinkId       OT_TOPOLOGICAL_LINK
+//                       OS, or an empty name  OT_EMS
 //   emsTime           string, time when the event was made: UTC, yyyyMMddHHmmss.sZ (.s: tenths)
 //   neTime            string, empty: network elements report no time
 //   edgePointRelated  boolean

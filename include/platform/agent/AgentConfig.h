@@ -24,6 +24,7 @@
 
 #include "orb/idl/common.h"
 #include "platform/framework/Export.h"
+#include "platform/framework/ProcessException.h"
 
 namespace NS_CORBA {
 
@@ -79,9 +80,11 @@ class PLATFORM_API CorbaAgentConfig {
   // May raise: anything during init. During a request and during an event: as GetTestSwitch.
   static CorbaAgentConfig* Instance();
 
-  // Serves a servant as the manager of this name, in place of an earlier servant of this name. The
-  // agent takes over the creation reference of the servant, also when the call fails: an agent that
-  // refuses the servant drops the reference. The servant is null when memory was short.
+  // Serves a servant as the manager of this name. While an earlier servant of the name is active,
+  // the agent deactivates the earlier servant first. When the new servant cannot be served, the
+  // earlier servant need not be restored. The agent takes over the creation reference of the
+  // servant, also when the call fails: an agent that refuses the servant drops the reference. The
+  // servant is null when memory was short.
   // May raise: ProcessException when the servant is null or cannot be served, and anything else;
   // init fails with the exception, and the manager stays registered.
   void RegisterServant(const char* name, POA_common::Common_I* servant);

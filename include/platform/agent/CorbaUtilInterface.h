@@ -62,13 +62,15 @@ class PLATFORM_API CorbaUtilInterface : public NS_BUNDLEMGR1::ServiceInterface {
 
   // The type of the object with this name, for a name of any content and length: the client of
   // getViewInfoByTopoSubnetwork chooses the name. Returns kTopoSubnetworkType only for a topology
-  // subnetwork that exists; for every other type the module refuses the name as invalid input.
+  // subnetwork that exists, and any other value, such as 0, for every other name: the module then
+  // refuses the name as invalid input. kPhysicalRoot is not a topology subnetwork.
   // May raise: CORBA exceptions. Must not raise anything else: ends the process.
   virtual int GetObjectType(const globaldefs::NVSList_T& name) = 0;
 
   // Fill the TMF name of the network element, optical network element or management system with
-  // this number. The module calls them for unknown and negative numbers too. They do not write the
-  // key: the module uses one key for all names of a clock view.
+  // this number. The module calls the functions for unknown and negative numbers too. An unknown
+  // number that is not negative may be converted; a negative number should fail. The functions do
+  // not write the key: the module uses one key for all names of a clock view.
   // May raise: CORBA exceptions. Must not raise anything else: ends the process, in every view.
   virtual CORBA::ULong ConvertNEIndexToName(globaldefs::NVSList_T& name, DomainObjectKey& key) = 0;
   virtual CORBA::ULong ConvertONEIndexToName(globaldefs::NVSList_T& name, DomainObjectKey& key) = 0;
@@ -85,7 +87,8 @@ class PLATFORM_API CorbaUtilInterface : public NS_BUNDLEMGR1::ServiceInterface {
 
   // Fills the domain id of the object with this name: the inverse of the conversions above. The
   // module calls Name2Index for a name that GetObjectType has just accepted as a
-  // kTopoSubnetworkType, and compares the id with the node ids of the domain, byte for byte.
+  // kTopoSubnetworkType, and compares the id with the node ids of the domain, byte for byte. For
+  // the name of an element, which the module does not pass, the id is the FDN: "NE=1", not "1".
   // Must not fail for such a name, also when the subnetwork has been deleted meanwhile: the module
   // turns a code other than 0 into a ProcessException, which ends the process. A client triggers
   // the call with getViewInfoByTopoSubnetwork.

@@ -4,6 +4,9 @@
 // Thread-safety: any thread. Ownership: names and texts are borrowed for the call. Texts are UTF-8;
 // names and texts come from the client and may have any content.
 //
+// When an object is deleted, the agent removes the stored attributes of the object, as resetObject
+// does: a later object with the same name starts without attributes.
+//
 // Errors: every setter returns 0 on success and otherwise a failure code for ThrowException. A
 // setter that returns 0 has stored the change. The functions may raise CORBA exceptions, which
 // reach the client. They must not raise anything else: a ProcessException, std::bad_alloc or any
@@ -23,8 +26,9 @@ namespace NS_CORBA {
 
 class PLATFORM_API TECommonFunc {
  public:
-  // Store one attribute of an object. enforceUniqueness: fail when another object has this user
-  // label.
+  // Store one attribute of an object. An empty text removes a user label or an owner.
+  // enforceUniqueness: fail when another object of the same class (the name of the second pair of
+  // the TMF name) has this user label. An empty user label is never refused for this reason.
   // May raise: CORBA exceptions. Must not raise anything else: ends the process.
   static CORBA::ULong onSetUserLabel(const globaldefs::NVSList_T& objectName, const char* userLabel,
                                      bool enforceUniqueness);

@@ -34,6 +34,7 @@
 #include "platform/bundlemgr/ServiceInterface.h"
 #include "platform/domain/DomainRecords.h"
 #include "platform/framework/Export.h"
+#include "platform/framework/ProcessException.h"
 #include "platform/util/RefImpl.h"
 
 namespace NS_DOMAIN {
@@ -54,8 +55,9 @@ class PLATFORM_API TopoData {
   // May raise: ProcessException, CORBA exceptions. Must not raise anything else: ends the process.
   virtual void GetAllTopoNodes(TopoNodeHolder* nodes) = 0;
 
-  // Appends the clock positions, in the domain's order. The module passes 10 in `kind` and never
-  // reads `count`. May raise: anything, see above.
+  // Appends the clock positions, in the domain's order. The module passes 10 in `kind`. `count` is
+  // never null; the query need not set its value, because the module never reads it. May raise:
+  // anything, see above.
   virtual void GetClockPositionList(const int& kind, ClockPositionHolder* positions,
                                     IntHolder* count) = 0;
 
@@ -75,7 +77,8 @@ class PLATFORM_API NEData {
   // May raise: ProcessException, CORBA exceptions. Must not raise anything else: ends the process.
   virtual void GetNEIndexList(NEIndexHolder* indexes, const bool& shown) = 0;
 
-  // Appends the record of the element of each index, in the order of the indexes.
+  // Appends the record of the element of each index, in the order of the indexes. Skips an index
+  // without an element: an element may have been deleted since GetNEIndexList.
   // May raise: ProcessException, CORBA exceptions. Must not raise anything else: ends the process.
   virtual void GetNEList(NEHolder* elements, const std::vector<NEIndex>& indexes) = 0;
 };

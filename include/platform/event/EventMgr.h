@@ -56,8 +56,10 @@ class PLATFORM_API TEEventMgr {
   static TEEventMgr* Instance();
 
   // Subscribes a handler to an event. The caller keeps the handler alive until UnSubscribe has
-  // returned. `third` and `fourth` belong to the platform; the module passes 21 and 0. May raise:
-  // anything; the subscriptions before the exception stay.
+  // returned. Another call with the same handler and event has no effect: the handler still gets
+  // each event once, and one UnSubscribe ends the subscription. `third` and `fourth` belong to the
+  // platform; the module passes 21 and 0. May raise: anything; the subscriptions before the
+  // exception stay.
   virtual void Subscribe(TEEventHandler* handler, int eventId, int third, int fourth) = 0;
 
   // Ends a subscription. Waits until a running HandleEvent call of the handler has returned, and
