@@ -19,6 +19,12 @@ CORBA::Any& addField(StructuredEvent& event, const char* name) {
   return event.filterable_data[last].value;
 }
 
+notifications::ObjectType_T typeOf(const NVSList_T& name) {
+  const std::string kind = name.length() == 2 ? name[1].name.in() : "";
+  if (kind == "ManagedElement" || kind == "ONE") return notifications::OT_MANAGED_ELEMENT;
+  return kind == "TopoSubnetwork" ? notifications::OT_MULTILAYER_SUBNETWORK : notifications::OT_EMS;
+}
+
 // Either pointer may be null.
 void send(const char* type, const NVSList_T& name, bool edgePointRelated,
           const notifications::NVList_T* attributes, const CORBA::Any* body) {
@@ -33,7 +39,7 @@ void send(const char* type, const NVSList_T& name, bool edgePointRelated,
   event.header.fixed_header.event_type.type_name = CORBA::string_dup(type);
   addField(event, kNotificationId) <<= std::to_string(++id).c_str();
   addField(event, kObjectName) <<= name;
-  addField(event, kObjectType) <<= notifications::OT_MANAGED_ELEMENT;
+  addField(event, kObjectType) <<= typeOf(name);
   addField(event, kEmsTime) <<= static_cast<const char*>(now);
   addField(event, kNeTime) <<= "";
   addField(event, kEdgePointRelated) <<= CORBA::Any::from_boolean(edgePointRelated);

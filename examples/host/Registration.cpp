@@ -19,6 +19,12 @@ std::map<std::string, MgrFactory*> factories;  // the module owns the factories
   throw failure;
 }
 
+// Ends the earlier servant of an id, if there is one.
+void deactivate(const PortableServer::ObjectId& id) try {
+  host::managerPoa->deactivate_object(id);
+} catch (const PortableServer::POA::ObjectNotActive&) {
+}
+
 CorbaBaseAgentConfig baseConfig;
 CorbaAgentConfig config;
 
@@ -41,7 +47,9 @@ void CorbaBaseAgentConfig::UnregisterMgr(const char* name) {
 void CorbaAgentConfig::RegisterServant(const char* name, POA_common::Common_I* servant) try {
   if (servant == nullptr) fail("there is no servant");
   const PortableServer::ServantBase_var owned = servant;
-  host::managerPoa->activate_object_with_id(ObjectId_var(string_to_ObjectId(name)).in(), servant);
+  const ObjectId_var id = string_to_ObjectId(name);
+  deactivate(id.in());
+  host::managerPoa->activate_object_with_id(id.in(), servant);
 } catch (const CORBA::Exception& failure) {
   fail(failure._name());
 }

@@ -17,8 +17,8 @@ faulty_host(raises_for_a_malformed_name naming.raises-nothing Naming.cpp
 faulty_host(calls_every_name_a_subnetwork naming.types Naming.cpp
   "&& host::hasSubnetwork(id) ? kTopoSubnetworkType" "? kTopoSubnetworkType")
 faulty_host(keeps_a_stale_name naming.cleared Naming.cpp
-  "name.length(id.empty() || id[0] == '-' ? 0 : 2);  // no name for a negative number\n  if (name.length() == 0) return kInvalid;"
-  "if (id.empty() || id[0] == '-') return kInvalid;\n  name.length(2);")
+  "name.length(id.empty() ? 0 : 2);\n  if (name.length() == 0) return kInvalid;"
+  "if (id.empty()) return kInvalid;\n  name.length(2);")
 faulty_host(stores_texts_that_are_not_utf8 views.records Domain.cpp "\"München\"" "\"M\\xfc\" \"nchen\"")
 faulty_host(sorts_elements_wrongly domain.elements Domain.cpp
   "for (const NEIndex& index : indexes)"
@@ -80,9 +80,9 @@ faulty_host(has_a_cycle_of_parents domain.parents Domain.cpp
 faulty_host(shows_an_unknown_element domain.shown Domain.cpp "push_back({0, 1})" "push_back({0, shown ? 9 : 1})")
 
 faulty_host(names_elements_as_subnetworks naming.elements Naming.cpp
-  "\"ManagedElement\", std::to_string" "\"TopoSubnetwork\", std::to_string")
+  "\"ManagedElement\", key" "\"TopoSubnetwork\", key")
 faulty_host(names_systems_as_elements naming.others Naming.cpp
-  "\"OS\", std::to_string" "\"ManagedElement\", std::to_string")
+  "\"OS\", number" "\"ManagedElement\", number")
 faulty_host(refuses_the_root_marker naming.roots Naming.cpp
   "return setName(name, \"TopoSubnetwork\", id);"
   "return setName(name, \"TopoSubnetwork\", id[0] == 'Q' ? \"\" : id);")

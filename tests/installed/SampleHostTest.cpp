@@ -125,6 +125,13 @@ TEST_F(SampleHosts, SendANotificationOfEachEvent) {
                           "NT_OBJECT_DELETION ManagedElement=9 "));
 }
 
+TEST_F(SampleHosts, NameASubnetworkWhoseIdBeginsWithAMinusSign) {
+  SampleHost host(TOPO_SAMPLE_HOST);
+  EXPECT_EQ(host.ask("create -1"), "ok");
+  EXPECT_THAT(describe(host.consumer().inbox().waitForCount(1)),
+              ElementsAre("NT_OBJECT_CREATION TopoSubnetwork=-1 node -1"));
+}
+
 TEST_F(SampleHosts, MapTheModuleOnceAfterTwentyReloads) {
   SampleHost host(TOPO_SAMPLE_HOST);
   const std::size_t once = host.mappings();
