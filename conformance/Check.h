@@ -21,6 +21,7 @@ struct Context {
   orb::Server& server;
   std::chrono::milliseconds timeout;  // of each step
   std::string failInitFile;           // while the file exists, the init of the probe fails
+  bool refusesEvents = false;         // a check has found that the module receives no events
 
   TopoManagementManager::TopoMgr_I_ptr manager() const { return host.manager(); }
 };

@@ -94,7 +94,8 @@ int run(const Options& options, std::ostream& out, std::ostream& err) {
     Receiver receiver(*server);
     const CORBA::String_var consumer = server->get()->object_to_string(receiver.reference());
     Host host(options, *server, consumer.in());
-    Context context = {host, receiver, *server, options.timeout, directory.path() + "/fail-init"};
+    Context context = {host, receiver, *server, options.timeout, directory.path() + "/fail-init",
+                       false};
     host.require(Plugin::kModule);
     Report report(out);
     runChecks(context, report, directory.path());

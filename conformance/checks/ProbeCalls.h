@@ -20,6 +20,10 @@ Pairs callProbe(Context& context, const std::string& command);
 // Checks a rule in the probe: throws Broken or Skipped with the probe's reason.
 void checkInProbe(Context& context, const std::string& rule);
 
+// Whether the host refuses events to the module: restarts the host with the probe. False when the
+// probe cannot be asked.
+bool refusesEvents(Context& context);
+
 // See Check::run.
 void checkEventContents(Context& context);
 void checkEventConcurrency(Context& context);

@@ -46,7 +46,7 @@ globaldefs::NVSList_T firstSubnetwork(TopoManagementManager::TopoMgr_I_ptr manag
 std::string emsOf(TopoManagementManager::TopoMgr_I_ptr manager);
 
 // An iterator of the topology view, which has `left` records, at least one. Throws Skipped when the
-// view is too small.
+// view is too small, and when the host refuses iterators.
 TopoManagementManager::NodeIterator_I_ptr openIterator(TopoManagementManager::TopoMgr_I_ptr manager,
                                                        CORBA::ULong& left);
 

@@ -91,6 +91,8 @@ void runCommand(const std::string& command, NVSList_T& answer) {
     dropIterator();
   } else if (command == kIterators) {
     append(answer, command, std::to_string(ProbeIterator::count()));
+  } else if (command == kEventAccess) {
+    append(answer, command, eventsAreAllowed() ? "allowed" : "refused");
   } else if (!runEventCommand(command, answer) && !checkRule(command, answer)) {
     refuse("the probe has no command " + command);
   }
@@ -114,12 +116,21 @@ void noRecords(NodeList_T_out& nodeList) {
   nodeList = new NodeList_T;
 }
 
+[[noreturn]] void refuseIterator(const std::string& reason) {
+  throw globaldefs::ProcessingFailureException(globaldefs::EXCPT_TOO_MANY_OPEN_ITERATORS,
+                                               reason.c_str());
+}
+
+// Raises EXCPT_TOO_MANY_OPEN_ITERATORS when the host refuses iterators.
 NodeIterator_I_ptr makeIterator() {
   const PortableServer::POA_var poa = NS_CORBA::TAIteratorHelper::getIteratorPoa();
+  if (CORBA::is_nil(poa.in())) {
+    refuseIterator("getIteratorPoa returns nil");
+  }
   PortableServer::Servant_var<ProbeIterator> servant = new ProbeIterator(poa.in());
   const CORBA::ULong code = NS_CORBA::TAIteratorHelper::add_Iterator(servant.in());
   if (code != 0) {
-    refuse("add_Iterator fails with code " + std::to_string(code));
+    refuseIterator("add_Iterator fails with code " + std::to_string(code));
   }
   latestIterator = servant._retn();  // the host owns the creation reference now
   return latestIterator.load()->_this();

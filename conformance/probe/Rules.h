@@ -92,6 +92,7 @@ void noIteratorIsLeft();
 // SecurityRules.cpp
 void securityServiceAnswers();
 void unknownSubscriptionsAreIgnored();
+bool eventsAreAllowed();  // no rule: the answer to kEventAccess
 
 // TextRules.cpp
 void namesAreSplit();

@@ -20,6 +20,16 @@ void securityServiceAnswers() {
   }
 }
 
+bool eventsAreAllowed() {
+  try {
+    auto* const security = published<NS_SECURITY_SERVICE1::SecurityIF>("SecurityIF");
+    return security != nullptr && security->isEventAccessAllowed() &&
+           TEEventMgr::Instance() != nullptr;
+  } catch (...) {
+    return false;  // the module then works without events
+  }
+}
+
 void unknownSubscriptionsAreIgnored() {
   TEEventMgr* const events = quietly("TEEventMgr::Instance", [] { return TEEventMgr::Instance(); });
   if (events == nullptr) {

@@ -38,6 +38,9 @@ constexpr const char* kDropIterator = "drop-iterator";
 // The number of the probe's iterator servants that exist.
 constexpr const char* kIterators = "iterators";
 
+// Whether the module may receive events: "allowed" or "refused".
+constexpr const char* kEventAccess = "event-access";
+
 // Names of outcomes.
 constexpr const char* kPass = "pass";
 constexpr const char* kFail = "FAIL";

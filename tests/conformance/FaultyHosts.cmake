@@ -68,8 +68,6 @@ else()
 endif()
 faulty_host(keeps_the_manager unload.servants Module.cpp "destroyPoa(managerPoa);" "")
 faulty_host(keeps_iterators unload.iterators Module.cpp "destroyPoa(iteratorPoa);" "")
-faulty_host(has_no_poa_for_iterators iterator.poa Iterators.cpp
-  "PortableServer::POA::_duplicate(iteratorPoa.in())" "PortableServer::POA::_nil()")
 faulty_host(ends_with_a_failure host.end main.cpp
   "if (verb == \"load\")" "if (verb == \"quit\") _exit(3);\n  if (verb == \"load\")")
 
@@ -101,3 +99,22 @@ faulty_host(finds_no_classes texts.class Registration.cpp "${include_host}"
 faulty_host(answers_late "" main.cpp
   "std::cout << answer(line, argv[1], running) << std::endl;"
   "const std::string text = answer(line, argv[1], running); sleep(line == \"change conformance change\" ? 7 : 0); std::cout << text << std::endl;")
+
+faulty_host(sends_every_notification_twice events.created Notifications.cpp
+  "consumer->push_structured_event(event);"
+  "consumer->push_structured_event(event); consumer->push_structured_event(event);")
+
+# Hosts that use the freedom of the contracts.
+allowed_host(has_the_test_switch "" Registration.cpp
+  "GetTestSwitch() { return false; }" "GetTestSwitch() { return true; }")
+allowed_host(does_not_implement_setters "names.setters texts.utf8 attributes.names" Attributes.cpp
+  "constexpr CORBA::ULong kNo = host::kFailure + globaldefs::EXCPT_NOT_IMPLEMENTED;"
+  "struct No { operator CORBA::ULong() const { throw CORBA::NO_IMPLEMENT(); } } kNo;")
+set(iterator_rules "views.batches iterators.length iterators.last-batch iterators.destroy iterators.keys reload.iterators iterator.life")
+allowed_host(has_no_poa_for_iterators "${iterator_rules} iterator.poa" Iterators.cpp
+  "PortableServer::POA::_duplicate(iteratorPoa.in())" "PortableServer::POA::_nil()")
+allowed_host(refuses_iterators "${iterator_rules}" Iterators.cpp
+  "const ObjectId_var id = iteratorPoa->activate_object(servant);"
+  "return host::kFailure + globaldefs::EXCPT_TOO_MANY_OPEN_ITERATORS;")
+allowed_host(refuses_events "events.created events.changed events.deleted reload.events" Events.cpp
+  "isEventAccessAllowed() override { return true; }" "isEventAccessAllowed() override { return false; }")

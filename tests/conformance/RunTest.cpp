@@ -207,18 +207,18 @@ TEST_F(Conformance, RestartsAHostThatDoesNotAnswerARequest) {
   EXPECT_THAT(lastLine(run.out), HasSubstr(" 1 failed, ")) << run.out;
 }
 
-struct FaultyHost {
+struct ChangedHost {
   std::string name;
-  std::string rule;
+  std::string rules;
 };
 
-void PrintTo(const FaultyHost& host, std::ostream* out) {
-  *out << host.rule;
+void PrintTo(const ChangedHost& host, std::ostream* out) {
+  *out << host.rules;
 }
 
-std::vector<FaultyHost> faultyHosts() {
-  std::vector<FaultyHost> hosts;
-  std::istringstream entries(TOPO_FAULTY_HOSTS);
+std::vector<ChangedHost> changedHosts(const char* list) {
+  std::vector<ChangedHost> hosts;
+  std::istringstream entries(list);
   for (std::string entry; std::getline(entries, entry, ',');) {
     const std::size_t colon = entry.find(':');
     hosts.push_back({entry.substr(0, colon), entry.substr(colon + 1)});
@@ -226,16 +226,33 @@ std::vector<FaultyHost> faultyHosts() {
   return hosts;
 }
 
-class ConformanceOf : public Conformance, public testing::WithParamInterface<FaultyHost> {};
+class ConformanceOf : public Conformance, public testing::WithParamInterface<ChangedHost> {};
 
 TEST_P(ConformanceOf, AFaultyHostFailsWithTheRuleThatItBreaks) {
   const Ended run =
       checkHost(std::string(TOPO_FAULTY_HOSTS_FOLDER) + "/faulty_host_" + GetParam().name);
   EXPECT_EQ(run.status, 1) << run.err;
-  EXPECT_THAT(run.out, HasSubstr("FAIL  " + GetParam().rule + "  "));
+  EXPECT_THAT(run.out, HasSubstr("FAIL  " + GetParam().rules + "  "));
 }
 
-INSTANTIATE_TEST_SUITE_P(Hosts, ConformanceOf, testing::ValuesIn(faultyHosts()),
+INSTANTIATE_TEST_SUITE_P(Hosts, ConformanceOf, testing::ValuesIn(changedHosts(TOPO_FAULTY_HOSTS)),
+                         [](const auto& host) { return host.param.name; });
+
+class ConformanceOfAnAllowed : public Conformance,
+                               public testing::WithParamInterface<ChangedHost> {};
+
+TEST_P(ConformanceOfAnAllowed, HostHasNoFailure) {
+  const Ended run =
+      checkHost(std::string(TOPO_FAULTY_HOSTS_FOLDER) + "/faulty_host_" + GetParam().name);
+  EXPECT_EQ(run.status, 0) << run.out << run.err;
+  std::istringstream rules(GetParam().rules);
+  for (std::string rule; rules >> rule;) {
+    EXPECT_THAT(run.out, HasSubstr("skip  " + rule + "  "));
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Hosts, ConformanceOfAnAllowed,
+                         testing::ValuesIn(changedHosts(TOPO_ALLOWED_HOSTS)),
                          [](const auto& host) { return host.param.name; });
 
 }  // namespace
