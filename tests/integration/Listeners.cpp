@@ -220,12 +220,12 @@ Consumer::Consumer(Client& client)
       id_(poa_->activate_object(servant_.in())) {}
 
 Consumer::~Consumer() {
-  poa_->deactivate_object(id_);
+  poa_->deactivate_object(id_.in());
 }
 
 CosNotifyComm::StructuredPushConsumer_var Consumer::reference() const {
-  const CORBA::Object_var object = poa_->id_to_reference(id_);
-  return CosNotifyComm::StructuredPushConsumer::_narrow(object);
+  const CORBA::Object_var object = poa_->id_to_reference(id_.in());
+  return CosNotifyComm::StructuredPushConsumer::_narrow(object.in());
 }
 
 DirectListener::DirectListener(Client& client, const TopoAgent::Session_I_var& session,
