@@ -65,6 +65,7 @@ done
 cat "$work/ready"
 
 if $serve; then
+  trap 'exit 0' INT TERM
   echo
   echo "The network and its changes are in $store. The next start continues with this file;"
   echo "remove the file to start from $network again."
@@ -74,7 +75,6 @@ if $serve; then
   echo "  $bin/topoctl --format json topo   the same as JSON"
   echo "  $bin/topoctl --help               everything else"
   echo "Ctrl-C stops the agent."
-  trap 'exit 0' INT TERM
   wait "$agent"
 else
   "$bin/topoctl" --ior-file "$work/manager.ior" topo

@@ -63,7 +63,7 @@ std::string quotedValue(const std::string& name, const std::string& text) {
 
 // The text up to a comment.
 std::string bareValue(const std::string& name, const std::string& text) {
-  const std::string value = trimmed(text.substr(0, text.find('#')));
+  std::string value = trimmed(text.substr(0, text.find('#')));
   if (value.find_first_of(std::string(kBlanks) + ",") != std::string::npos) {
     throw UsageError("'" + name +
                      "' has more than one value; put a value with spaces or commas in quotes");
