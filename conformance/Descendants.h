@@ -18,8 +18,8 @@ class Descendants {
   Descendants(const Descendants&) = delete;
   Descendants& operator=(const Descendants&) = delete;
 
-  // Kills the children of this process, and the descendants that become children by that. Returns
-  // when no child is left.
+  // Kills the children of this process. A process whose parent is killed becomes a child of this
+  // process and is killed too. Returns when no child is left.
   static void kill();
 };
 

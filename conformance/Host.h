@@ -1,4 +1,4 @@
-// The host that is checked: its process, its manager and its operator.
+// The host that is checked: the host's process, manager and operator.
 
 #ifndef CONFORMANCE_HOST_H
 #define CONFORMANCE_HOST_H

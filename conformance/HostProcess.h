@@ -49,8 +49,8 @@ class HostProcess {
 
   bool endedWell() const { return ended_ && status_ == 0; }
 
-  // "it ended with status 1" or "signal 11 ended it", with the last line of standard error,
-  // at most its last 64 KiB. REQUIRES: endsWithin has returned true.
+  // "it ended with status 1" or "signal 11 ended it", with the last line of the host's standard
+  // error, at most the last 64 KiB of the line. REQUIRES: endsWithin has returned true.
   std::string describeEnd() const;
 
  private:

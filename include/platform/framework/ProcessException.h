@@ -59,7 +59,7 @@ class PLATFORM_API ProcessException : public std::exception {
   // and detail. The text reflects the members at the time of the call. It belongs to the exception
   // and is valid until the next call, at most until the exception is destroyed.
   //
-  // Inline, so that a host that defines the destructors alone still links.
+  // Inline: a host that defines only the destructors links.
   const char* what() const noexcept override {
     try {
       return store(describe());
@@ -72,7 +72,8 @@ class PLATFORM_API ProcessException : public std::exception {
   std::int32_t line = 0;        // source line of the throw
   std::ostringstream file;      // source file of the throw
   std::ostringstream function;  // function of the throw
-  // For the platform; the module does not write it. Mutable, because it stores the text of what().
+  // For the platform; the module does not write to the stream. Mutable: what() stores its text
+  // here.
   mutable std::ostringstream context;
   std::ostringstream detail;  // a description of the failure, for operators
 

@@ -1,4 +1,4 @@
-// The default ConstructException. FailuresTest.cpp, in another program, defines one of its own.
+// The default ConstructException, in a program that defines no ConstructException.
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-// ThrowException, on the ConstructException of this program.
+// The default ThrowException, which calls the ConstructException that this program defines.
 
 #include "platform/agent/Failures.h"
 
