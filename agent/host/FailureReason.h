@@ -1,8 +1,8 @@
 // The reason of a failed call whose return value is a code only.
 //
-// The reason is kept in a thread_local from the failing call until ConstructException(code) reads
-// the reason. Another code or a success clears the reason. Thread-safety: any thread; each thread
-// has one reason.
+// The reason is kept in a thread_local from the failing call until ConstructException reads the
+// reason. ConstructException for another code and the next call of TECommonFunc clear the reason.
+// Thread-safety: any thread; each thread has one reason.
 
 #ifndef AGENT_HOST_FAILUREREASON_H
 #define AGENT_HOST_FAILUREREASON_H

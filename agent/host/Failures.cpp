@@ -1,4 +1,5 @@
-// Defines platform/agent/Failures.h: the only translation of failure codes to exceptions.
+// Defines ConstructException of platform/agent/Failures.h: the exception types and reasons of the
+// failure codes. ThrowException is that of host_defaults/, which calls ConstructException.
 
 #include "platform/agent/Failures.h"
 
@@ -52,23 +53,6 @@ void ConstructException(CORBA::ULong code, globaldefs::ProcessingFailureExceptio
   }
   exception.exceptionType = meaning.type;
   exception.errorReason = CORBA::string_dup(reason.c_str());
-}
-
-void ThrowException(CORBA::ULong code) {
-  ThrowException(code, "");
-}
-
-void ThrowException(CORBA::ULong code, const std::string& text) {
-  if (code == 0) {
-    agent::takeReason(code);
-    return;
-  }
-  globaldefs::ProcessingFailureException failure;
-  ConstructException(code, failure);
-  if (!text.empty()) {
-    failure.errorReason = CORBA::string_dup(text.c_str());
-  }
-  throw failure;
 }
 
 }  // namespace NS_CORBA

@@ -148,7 +148,7 @@ TEST(ExplainedFailure, DoesNotExplainAnotherCode) {
 
 TEST(ExplainedFailure, IsClearedByASuccess) {
   agent::explainFailure(agent::kInvalidName, "no EMS in the name");
-  NS_CORBA::ThrowException(0);
+  agent::explainFailure(0, "");
   EXPECT_EQ("malformed object name (code 1112801283)", constructed(agent::kInvalidName).reason);
 }
 

@@ -175,9 +175,6 @@ TEST_F(CommonAttributes, GiveNoReasonToAnotherFailure) {
 
 TEST_F(CommonAttributes, GiveNoReasonToAFailureAfterASuccess) {
   const CORBA::ULong code = TECommonFunc::onSetOwner(subnetwork("x"), "");
-  NS_CORBA::ThrowException(0);
-  EXPECT_EQ(genericNoObject_, thrownFor(code));
-  TECommonFunc::onSetOwner(subnetwork("x"), "");
   TECommonFunc::onSetOwner(subnetwork("core"), "");
   EXPECT_EQ(genericNoObject_, thrownFor(code));
 }
