@@ -49,20 +49,21 @@ bool isLoaded() {
   return ACE_Service_Repository::instance()->find(kService) == 0;
 }
 
-// Processes a directive. Returns the reason of a failure, or an empty text.
+// Processes a directive. Returns the reason of a failure, or an empty text. ModuleCopy::check has
+// rejected files that cannot be mapped or have no factory, so init is what fails: the configurator
+// passes its exceptions on, and returns an error when its result is -1.
 std::string process(const std::string& directive) {
   try {
-    return ACE_Service_Config::process_directive(directive.c_str()) == 0
-               ? ""
-               : "the service configurator refused it";
+    return ACE_Service_Config::process_directive(directive.c_str()) == 0 ? ""
+                                                                         : "its init returned -1";
   } catch (const ProcessException& failure) {
-    return std::string("it failed with ") + failure.what();
+    return std::string("its init failed with ") + failure.what();
   } catch (const CORBA::Exception& failure) {
-    return std::string("it failed with ") + failure._name();
+    return std::string("its init failed with ") + failure._name();
   } catch (const std::exception& failure) {
-    return std::string("it failed: ") + failure.what();
+    return std::string("its init failed: ") + failure.what();
   } catch (...) {
-    return "it failed with an exception of an unknown type";
+    return "its init failed with an exception of an unknown type";
   }
 }
 

@@ -626,7 +626,7 @@ TEST(ModuleReloadUnderLoad, CanBeRepeatedAfterAFailure) {
   DirectListener listener(served.client, served.client.session(served.agent));
   const std::string prefix = "module " + served.module + ": ";
   overwrite(served.module, TOPO_REFUSING_MODULE);
-  EXPECT_THAT(served.reasonAgainstReload(), testing::HasSubstr(prefix));
+  EXPECT_THAT(served.reasonAgainstReload(), testing::HasSubstr(prefix + "its init returned -1"));
   EXPECT_EQ(TopoAgent::MS_MISSING,
             TopoAgent::Status_T_var(served.console->getStatus())->moduleState);
   const CORBA::Object_var manager =
