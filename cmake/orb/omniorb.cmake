@@ -20,6 +20,8 @@ endif()
 string(REGEX MATCH "^[0-9]+\\.[0-9]+" Orb_ABI_VERSION "${Orb_VERSION}")
 set(Orb_HINT "Debian's package libomniorb4-dev has it.")
 
+set(Orb_Naming_FOUND TRUE)  # a part of omniORB's library
+
 find_package_handle_standard_args(Orb
   REQUIRED_VARS OMNIORB_LIBRARY OMNIORB_DYNAMIC_LIBRARY OMNIORB_THREAD_LIBRARY OMNIORB_INCLUDE_DIR
   VERSION_VAR Orb_VERSION
@@ -30,6 +32,11 @@ if(Orb_FOUND AND NOT TARGET Orb::Orb)
   target_include_directories(Orb::Orb SYSTEM INTERFACE "${OMNIORB_INCLUDE_DIR}")
   target_link_libraries(Orb::Orb INTERFACE
     "${OMNIORB_LIBRARY}" "${OMNIORB_DYNAMIC_LIBRARY}" "${OMNIORB_THREAD_LIBRARY}" Threads::Threads)
+endif()
+
+if(Orb_FOUND AND NOT TARGET Orb::Naming)
+  add_library(Orb::Naming INTERFACE IMPORTED)
+  target_link_libraries(Orb::Naming INTERFACE Orb::Orb)
 endif()
 
 if(Orb_FOUND AND Orb_Notification_FOUND AND NOT TARGET Orb::Notification)
