@@ -60,6 +60,7 @@ void Host::start(Plugin plugin, const std::vector<std::string>& environment) {
 
 void Host::waitUntilReady() {
   const auto deadline = std::chrono::steady_clock::now() + options_.timeout;
+  std::string last;
   for (;;) {
     const auto rest =
         std::chrono::duration_cast<Milliseconds>(deadline - std::chrono::steady_clock::now());
@@ -74,12 +75,14 @@ void Host::waitUntilReady() {
                         (isLate
                              ? "printed no line \"ready REFERENCE\" within " +
                                    std::to_string(options_.timeout.count()) + " s"
-                             : "closed its standard output before the line \"ready REFERENCE\""));
+                             : "closed its standard output before the line \"ready REFERENCE\"") +
+                        describeLastLine(last));
     }
     if (const auto reference = referenceInReadyLine(*line)) {
       refer(*reference);
       return;
     }
+    last = *line;
   }
 }
 
@@ -88,6 +91,11 @@ void Host::refer(const std::string& reference) {
     const CORBA::Object_var object =
         orb::resolve(server_.get(), reference, Milliseconds(options_.timeout));
     manager_ = TopoManagementManager::TopoMgr_I::_narrow(object.in());
+    if (!CORBA::is_nil(manager_.in()) && manager_->_non_existent()) {
+      throw StartFailed("the object of the reference does not exist: is the module loaded?");
+    }
+  } catch (const StartFailed&) {
+    throw;
   } catch (const std::runtime_error& failure) {
     throw StartFailed("the reference " + reference + ": " + failure.what());
   } catch (const CORBA::SystemException& failure) {

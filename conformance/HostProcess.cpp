@@ -229,6 +229,10 @@ std::string HostProcess::lastErrorLine() const {
   return line.empty() ? last : line;
 }
 
+std::string describeLastLine(const std::string& line) {
+  return line.empty() ? "" : "; its last line was \"" + line.substr(0, 200) + '"';
+}
+
 std::string HostProcess::describeEnd() const {
   const std::string line = lastErrorLine();
   const std::string how = WIFSIGNALED(status_)

@@ -82,6 +82,10 @@ class HostProcess {
   int status_ = 0;  // as waitpid gives it
 };
 
+// The end of a message about a missing line: "; its last line was "TEXT"", or "" without a line.
+// Thread-safety: any thread.
+std::string describeLastLine(const std::string& line);
+
 }  // namespace conformance
 
 #endif

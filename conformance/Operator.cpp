@@ -31,13 +31,15 @@ class PipeOperator final : public Operator {
     if (!process_.writeLine(line, timeout_)) {
       throw NoAnswer("the host does not read \"" + line + '"');
     }
+    std::string last;
     for (;;) {
       const auto rest = std::chrono::duration_cast<std::chrono::milliseconds>(
           deadline - std::chrono::steady_clock::now());
       const auto read = process_.readLine(rest);
       if (!read) {
-        throw NoAnswer("the host does not answer \"" + line + '"');
+        throw NoAnswer("the host does not answer \"" + line + '"' + describeLastLine(last));
       }
+      last = *read;
       const auto answer = parseAnswer(*read);
       if (answer && !answer->isOk) {
         throw OperationFailed("the host answers \"" + line + "\" with \"" + *read + '"');

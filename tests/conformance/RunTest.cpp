@@ -142,6 +142,8 @@ INSTANTIATE_TEST_SUITE_P(
                     "the reference IOR:yy"},
         UnreadyHost{"WritesMegabytesOfErrors",
                     "yes | tr -d '\\n' | head -c 3000000 >&2; echo the end >&2; exit 3", "the end"},
+        UnreadyHost{"IsReadyWithoutAReference", "echo 'ready '; exec sleep 600",
+                    "within 1 s; its last line was \"ready \""},
         UnreadyHost{"WritesControlCharacters", "printf '\\033[31mred' >&2; exit 3",
                     "\\x1b[31mred"}),
     [](const auto& host) { return host.param.name; });
