@@ -84,7 +84,7 @@ class RefCount_TwoParameter {
   const PortableServer::POA_var poa;
   CORBA::ULong index = 0;  // position of the next record to deliver; guarded by TAIterator::mutex_
   CORBA::ULong remaining;  // the result of getLength; constant after the first batch
-  ListPointer list;        // the complete result, owned; constant
+  ListPointer list;        // the complete result, owned; the records before `index` are empty
   bool activated = false;  // registered with the agent; constant after createIterator
 };
 
@@ -104,14 +104,14 @@ class TAIterator
  public:
   // Delivers the next how_many records, or fewer at the end. Returns whether records remain; the
   // last batch deactivates the servant. how_many == 0 delivers an empty list and returns true.
-  // When the copy or the deactivation fails, the next call delivers the same records again. Throws
+  // When the batch or the deactivation fails, the next call delivers the same records again. Throws
   // OBJECT_NOT_EXIST after the last batch.
   CORBA::Boolean next_n(CORBA::ULong how_many, typename Trait::OutList records) override {
     return topo::atCorbaEdge([&]() -> CORBA::Boolean {
       auto batch = std::make_unique<typename Trait::List>();
       const bool more = how_many == 0 || fill(*batch, how_many);
       if (!more) {
-        end();
+        end(*batch);
       }
       records = batch.release();
       return more;
@@ -144,9 +144,9 @@ class TAIterator
       : Base(wholeList, iteratorPoa) {}
   ~TAIterator() override = default;
 
-  // Copies the next batch. Returns whether records remain. `index` changes after the copy, so a
-  // failed copy changes nothing. A request between the last batch and the end of the deactivation
-  // gets OBJECT_NOT_EXIST, as it does after the deactivation.
+  // Moves the next batch out of the list. Returns whether records remain. `index` changes at the
+  // end, so a failure changes nothing. A request between the last batch and the end of the
+  // deactivation gets OBJECT_NOT_EXIST, as it does after the deactivation.
   bool fill(typename Trait::List& batch, CORBA::ULong how_many) {
     const MutexLock lock(mutex_);
     if (finished_) {
@@ -154,7 +154,7 @@ class TAIterator
     }
     const CORBA::ULong rest = this->list->length() - this->index;
     const bool more = how_many < rest;
-    copy(batch, more ? how_many : rest);
+    take(batch, more ? how_many : rest);
     if (more) {
       this->index += how_many;
     }
@@ -162,26 +162,41 @@ class TAIterator
     return more;
   }
 
-  void copy(typename Trait::List& batch, CORBA::ULong count) REQUIRES(mutex_) {
+  // Moves records, because each record is delivered once.
+  void take(typename Trait::List& batch, CORBA::ULong count) REQUIRES(mutex_) {
     topo::setLength(batch, count);
+    CORBA::ULong taken = 0;
+    try {
+      for (; taken < count; ++taken) {
+        topo::moveRecord(topo::at(*this->list, this->index + taken), topo::at(batch, taken));
+      }
+    } catch (...) {
+      putBack(batch, taken);
+      throw;
+    }
+  }
+
+  // The inverse of take().
+  void putBack(typename Trait::List& batch, CORBA::ULong count) REQUIRES(mutex_) {
     for (CORBA::ULong i = 0; i < count; ++i) {
-      topo::at(batch, i) = topo::at(*this->list, this->index + i);
+      topo::moveRecord(topo::at(batch, i), topo::at(*this->list, this->index + i));
     }
   }
 
   // Deactivates the servant after the last batch. When that fails, the batch can be fetched again.
-  void end() {
+  void end(typename Trait::List& batch) {
     try {
       destroy();
     } catch (...) {
       const MutexLock lock(mutex_);
+      putBack(batch, batch.length());
       finished_ = false;
       throw;
     }
   }
 
   Mutex mutex_;
-  bool finished_ GUARDED_BY(mutex_) = false;  // the last batch has been copied
+  bool finished_ GUARDED_BY(mutex_) = false;  // the last batch has been taken
 };
 
 // Names the iterator of one kind of record: skeleton, list type and out type of the list. A member

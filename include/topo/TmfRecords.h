@@ -14,6 +14,7 @@
 #include <new>
 #include <string>
 #include <type_traits>
+#include <utility>
 
 #include "orb/idl/TopoManagementManager.h"
 #include "orb/idl/globaldefs.h"
@@ -101,6 +102,41 @@ void setLength(List& list, CORBA::ULong length) {
   for (CORBA::ULong i = old; owned && i < length; ++i) {
     list[i] = freshRecord<Record>();
   }
+}
+
+// Moves the elements of a list into an empty list. Neither allocates nor throws.
+template <typename List>
+void moveElements(List& from, List& to) {
+  const CORBA::ULong length = from.length();
+  if (length != 0) {
+    const CORBA::ULong maximum = from.maximum();
+    const bool owned = from.release();
+    to.replace(maximum, length, from.get_buffer(owned), owned);
+  }
+}
+
+// Moves the texts, lists and numbers of a record into a fresh record. Neither allocates nor throws.
+inline void moveRecord(TopoManagementManager::Node_T& from, TopoManagementManager::Node_T& to) {
+  moveElements(from.name, to.name);
+  std::swap(from.nativeEMSName.inout(), to.nativeEMSName.inout());
+  to.nodeType = from.nodeType;
+  to.nodeParam1 = from.nodeParam1;
+  to.nodeParam2 = from.nodeParam2;
+  moveElements(from.relatedName, to.relatedName);
+  moveElements(from.additionalInfo, to.additionalInfo);
+}
+
+inline void moveRecord(topologicalLink::TopologicalLink_T& from,
+                       topologicalLink::TopologicalLink_T& to) {
+  moveElements(from.name, to.name);
+  std::swap(from.userLabel.inout(), to.userLabel.inout());
+  std::swap(from.nativeEMSName.inout(), to.nativeEMSName.inout());
+  std::swap(from.owner.inout(), to.owner.inout());
+  to.direction = from.direction;
+  to.rate = from.rate;
+  moveElements(from.aEndTP, to.aEndTP);
+  moveElements(from.zEndTP, to.zEndTP);
+  moveElements(from.additionalInfo, to.additionalInfo);
 }
 
 // Writes the pair at an index.

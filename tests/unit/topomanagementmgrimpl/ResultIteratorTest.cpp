@@ -367,6 +367,18 @@ TYPED_TEST(TopoResultIterator, DeliversCopiesThatOutliveIt) {
   EXPECT_EQ(recordsOf(batch.in()), numbers(1, 3));
 }
 
+TYPED_TEST(TopoResultIterator, HandsItsRecordsOutWithoutCopyingTexts) {
+  auto* const list = this->makeList(3);
+  const char* const name = (*list)[1].nativeEMSName.in();
+  const char* const value = (*list)[1].name[0].value.in();
+  TestFixture::Trait::createIterator(list, 1, typename TestFixture::List_out(this->first_),
+                                     typename TestFixture::Iterator_out(this->iterator_));
+  typename TestFixture::List_var batch;
+  EXPECT_TRUE(this->servant()->next_n(1, typename TestFixture::List_out(batch)));
+  EXPECT_EQ(batch[0].nativeEMSName.in(), name);
+  EXPECT_EQ(batch[0].name[0].value.in(), value);
+}
+
 TYPED_TEST(TopoResultIterator, EndsWithABatchOfExactlyTheRest) {
   this->create(5, 2);
   Lines records;
@@ -448,6 +460,18 @@ TYPED_TEST(TopoResultIterator, DeliversTheLastBatchAgainWhenItsDeactivationFaile
   EXPECT_TRUE(fakes::registeredIterators().empty());
 }
 
+TYPED_TEST(TopoResultIterator, DeliversWholeRecordsAgainWhenItsDeactivationFailed) {
+  this->create(3, 1);
+  fakes::onCall("deactive_object", 1, fakes::raiseTransient());
+  typename TestFixture::List_var batch;
+  const auto servant = this->servant();
+  EXPECT_THROW(servant->next_n(2, typename TestFixture::List_out(batch)), CORBA::TRANSIENT);
+  EXPECT_FALSE(servant->next_n(2, typename TestFixture::List_out(batch)));
+  EXPECT_EQ(fakes::printed(batch[0].name), "[Record=1]");
+  EXPECT_EQ(fakes::printed(batch[1].name), "[Record=2]");
+  EXPECT_EQ(recordsOf(batch.in()), numbers(1, 3));
+}
+
 TYPED_TEST(TopoResultIterator, GivesNoListWhenItsDeactivationFailed) {
   this->create(5, 2);
   fakes::onCall("deactive_object", 1, fakes::raiseTransient());
@@ -473,7 +497,7 @@ class FragileList : public List {
 template <typename List>
 CORBA::ULong FragileList<List>::broken = 0xFFFFFFFF;
 
-TYPED_TEST(TopoResultIterator, DeliversTheSameRecordsAgainWhenTheirCopyFailed) {
+TYPED_TEST(TopoResultIterator, DeliversTheSameRecordsAgainWhenABatchFailed) {
   using Fragile = FragileList<typename TestFixture::List>;
   const auto first = this->template createOf<Fragile>(5, 1);
   const auto servant = this->servant();

@@ -71,6 +71,18 @@ TopologicalLink_T someLink(const std::string& label) {
   return link;
 }
 
+void expectSome(const TopologicalLink_T& link, const std::string& label) {
+  EXPECT_EQ(printed(link.name), "[Name=" + label + "]");
+  EXPECT_EQ(link.userLabel.in(), label);
+  EXPECT_EQ(link.nativeEMSName.in(), label);
+  EXPECT_EQ(link.owner.in(), label);
+  EXPECT_EQ(link.direction, globaldefs::CD_BI);
+  EXPECT_EQ(link.rate, 7);
+  EXPECT_EQ(printed(link.aEndTP), "[A=" + label + "]");
+  EXPECT_EQ(printed(link.zEndTP), "[Z=" + label + "]");
+  EXPECT_EQ(printed(link.additionalInfo), "[Info=" + label + "]");
+}
+
 void expectFresh(const TopologicalLink_T& link) {
   EXPECT_EQ(link.name.length(), 0U);
   EXPECT_STREQ(link.userLabel.in(), "");
@@ -415,6 +427,43 @@ TEST(TmfSetPair, RaisesBadParamBeyondTheLength) {
   NVSList_T pairs = onePair("n", "v");
   EXPECT_THROW(topo::setPair(pairs, 1, "a", "b"), CORBA::BAD_PARAM);
   EXPECT_EQ(printed(pairs), "[n=v]");
+}
+
+// --- Moved records.
+
+TEST(MovedRecord, TakesTheContentsOfANode) {
+  Node_T from = someNode("A");
+  auto to = topo::freshRecord<Node_T>();
+  topo::moveRecord(from, to);
+  expectSome(to, "A");
+}
+
+TEST(MovedRecord, MayBeMovedBack) {
+  Node_T node = someNode("A");
+  auto other = topo::freshRecord<Node_T>();
+  topo::moveRecord(node, other);
+  topo::moveRecord(other, node);
+  expectSome(node, "A");
+}
+
+TEST(MovedRecord, TakesTheContentsOfALink) {
+  TopologicalLink_T from = someLink("A");
+  auto to = topo::freshRecord<TopologicalLink_T>();
+  topo::moveRecord(from, to);
+  expectSome(to, "A");
+}
+
+TEST(MovedRecord, RefersToABorrowedBufferWithoutOwningIt) {
+  NVSList_T pair = onePair("Name", "A");
+  auto from = topo::freshRecord<Node_T>();
+  from.name.replace(1, 1, pair.get_buffer(false), false);
+  {
+    auto to = topo::freshRecord<Node_T>();
+    topo::moveRecord(from, to);
+    EXPECT_FALSE(to.name.release());
+    EXPECT_EQ(printed(to.name), "[Name=A]");
+  }
+  EXPECT_EQ(printed(pair), "[Name=A]");
 }
 
 }  // namespace
