@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
-"""Checks that docs/embedding.md quotes the sample host.
+"""Checks that docs/embedding.md quotes files that the tests compile.
 
-A line that has only a path in backticks and a colon names a file of examples/host. The indented block after it must be
-a run of lines of that file; the common indentation of either may differ.
+A line that has only a path in backticks and a colon names a file of examples/host or examples/timeout. The
+indented block after it must be a run of lines of that file; the common indentation of either may differ.
 """
 
 import pathlib
@@ -14,7 +14,7 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent
 DOCUMENT = "docs/embedding.md"
 FEWEST = 10  # quotations; a document without any would pass otherwise
 
-QUOTED_FILE = re.compile(r"^`(examples/host/[\w./]+)`:$")
+QUOTED_FILE = re.compile(r"^`(examples/(?:host|timeout)/[\w./]+)`:$")
 
 
 def quotations(lines):
