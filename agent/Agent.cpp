@@ -1,7 +1,5 @@
 #include "agent/Agent.h"
 
-#include <malloc.h>
-
 #include <chrono>
 #include <optional>
 #include <utility>
@@ -30,6 +28,7 @@
 #include "agent/northbound/ViewSizes.h"
 #include "agent/notifications/Notifier.h"
 #include "agent/notifications/SessionServant.h"
+#include "agent/process/Heap.h"
 #include "agent/process/MemoryBudget.h"
 #include "agent/store/NetworkStore.h"
 #include "idl/ObjectKeys.h"
@@ -74,8 +73,7 @@ class Agent::Parts final : private AgentControl {
                   ChangeNumbers{store_->lastChange(), EventManager::changeInProgress},
                   [] { return std::chrono::system_clock::now(); }),
         memoryUse_(processMemory(options.memory)),
-        memory_(
-            memoryUse_, [] { malloc_trim(0); }, std::chrono::steady_clock::now),
+        memory_(memoryUse_, returnFreedMemory, std::chrono::steady_clock::now),
         viewSizes_(model_, emsName_),
         northbound_(*server_, emsName_, options.testSwitch, iteratorLimits(options, memoryUse_()),
                     viewSetup(options)),

@@ -16,6 +16,8 @@
 #include <tuple>
 #include <utility>
 
+#include "agent/process/Heap.h"
+
 namespace agent {
 namespace {
 
@@ -143,7 +145,7 @@ MemoryBudget::Probe processMemory(std::size_t configured, const std::filesystem:
     MemoryUse use = limits;
     std::tie(use.addresses, use.resident) = pages->read();
     if (use.addressLimit != MemoryUse::kNoLimit) {
-      use.addresses -= std::min(use.addresses, mallinfo2().fordblks);
+      use.addresses -= std::min(use.addresses, unallocatedBytes());
     }
     return use;
   };
@@ -155,7 +157,8 @@ void confineAddressSpace() {
   if (addressLimit() == MemoryUse::kNoLimit) {
     return;
   }
-  // Each arena reserves 64 MiB, and by default most threads have an arena.
+  // The C library gives most threads an arena of their own, and each arena reserves 64 MiB.
+  // tcmalloc ignores these two settings.
   mallopt(M_ARENA_MAX, 1);
   // Large blocks are mapped, so that freed blocks leave no holes in the heap.
   mallopt(M_MMAP_THRESHOLD, kLargeBlock);

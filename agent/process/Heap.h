@@ -1,0 +1,19 @@
+// The heap of the process: the heap of tcmalloc in a program that is linked with tcmalloc,
+// otherwise the heap of the C library. Thread-safety: any thread. Errors: none.
+
+#ifndef AGENT_PROCESS_HEAP_H
+#define AGENT_PROCESS_HEAP_H
+
+#include <cstddef>
+
+namespace agent {
+
+// Returns freed memory to the system. Examines the whole heap: milliseconds for a large heap.
+void returnFreedMemory();
+
+// The bytes of the heap's address space that are not allocated.
+std::size_t unallocatedBytes();
+
+}  // namespace agent
+
+#endif
