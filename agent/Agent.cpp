@@ -136,6 +136,7 @@ class Agent::Parts final : private AgentControl {
     setup.allows = [this](std::size_t bytes) {
       return memory_.allows(bytes + imports_.reserved());
     };
+    setup.returnFreedMemory = returnFreedMemory;
     return setup;
   }
 

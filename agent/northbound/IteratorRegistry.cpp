@@ -52,6 +52,7 @@ void IteratorRegistry::retire() {
     const MutexLock lock(mutex_);
     poa = poa_._retn();
     entries.swap(entries_);
+    ended_ += entries.size();
     byKey_.clear();
     bytes_ = 0;
   }
@@ -186,6 +187,7 @@ IteratorRegistry::Ending IteratorRegistry::take(ServantBase* servant) {
   Ending taken{entry->second.servant._retn(), std::move(entry->second.id)};
   byKey_.erase(entry->second.key);
   bytes_ -= entry->second.bytes;
+  ++ended_;
   entries_.erase(entry);
   return taken;
 }
@@ -252,6 +254,11 @@ std::size_t IteratorRegistry::reclaimIdle() {
 std::size_t IteratorRegistry::size() {
   const MutexLock lock(mutex_);
   return entries_.size();
+}
+
+std::uint64_t IteratorRegistry::ended() {
+  const MutexLock lock(mutex_);
+  return ended_;
 }
 
 std::size_t IteratorRegistry::bytes() {

@@ -6,6 +6,7 @@
 
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <memory>
@@ -94,6 +95,9 @@ class IteratorRegistry {
   std::size_t size();
   std::size_t bytes();
 
+  // The number of iterators that have ended since the start.
+  std::uint64_t ended();
+
  private:
   using ObjectId = std::shared_ptr<const PortableServer::ObjectId>;
 
@@ -134,6 +138,7 @@ class IteratorRegistry {
   PortableServer::POA_var poa_ GUARDED_BY(mutex_);
   Entries entries_ GUARDED_BY(mutex_);
   std::size_t bytes_ GUARDED_BY(mutex_) = 0;  // of all entries
+  std::uint64_t ended_ GUARDED_BY(mutex_) = 0;
   std::unordered_map<orb::ObjectKey, PortableServer::ServantBase*> byKey_ GUARDED_BY(mutex_);
 };
 

@@ -1,7 +1,5 @@
 #include "agent/northbound/Northbound.h"
 
-#include <malloc.h>
-
 #include <algorithm>
 #include <utility>
 
@@ -10,8 +8,9 @@
 namespace agent {
 namespace {
 
-// The interval of the housekeeper: an idle iterator outlives its timeout by at most one interval.
-constexpr std::chrono::milliseconds kLongestInterval{1000};
+// The interval of the housekeeper: an idle iterator outlives its timeout by at most one interval,
+// and freed memory is returned two intervals after the last view.
+constexpr std::chrono::milliseconds kLongestInterval{250};
 constexpr std::chrono::milliseconds kShortestInterval{10};
 
 std::chrono::milliseconds intervalFor(const IteratorLimits& limits) {
@@ -60,6 +59,7 @@ void Northbound::housekeep() {
       !stop_.wait_for(lock.native(), interval_, [this]() REQUIRES(mutex_) { return stopping_; })) {
     lock.unlock();
     reclaimIterators();
+    returnIdleMemory();
     lock.lock();
   }
 }
@@ -69,12 +69,19 @@ void Northbound::reclaimIterators() noexcept {
   try {
     const std::size_t reclaimed = iterators_.reclaimIdle();
     if (reclaimed > 0) {
-      malloc_trim(0);  // the records of an iterator come from the arenas of many threads
       log(kLogEvents, "reclaimed " + std::to_string(reclaimed) + " idle iterators, " +
                           std::to_string(iterators_.size()) + " live");
     }
   } catch (...) {
     return;
+  }
+}
+
+void Northbound::returnIdleMemory() {
+  const ViewAdmission::Load load = admission_.load();
+  const bool isDue = trim_.isDue(load.inProgress > 0, load.ended + iterators_.ended());
+  if (isDue && views_.returnFreedMemory) {
+    views_.returnFreedMemory();
   }
 }
 

@@ -11,6 +11,7 @@
 
 #include "agent/base/RefusalLog.h"
 #include "agent/northbound/GuardedManager.h"
+#include "agent/northbound/IdleTrim.h"
 #include "agent/northbound/IteratorRegistry.h"
 #include "agent/northbound/ManagerRegistry.h"
 #include "agent/northbound/ViewAdmission.h"
@@ -27,6 +28,9 @@ struct ViewSetup {
   std::function<ViewSize(ViewKind, bool testSwitch)> sizeOf;
   // Whether the process may allocate so many more bytes. Empty: always.
   ViewAdmission::Allows allows;
+  // Returns freed memory of the process to the system. Called on the housekeeper thread; throws
+  // nothing. Empty: freed memory is kept.
+  std::function<void()> returnFreedMemory;
 };
 
 // Serves the managers and iterators of the loaded module, and reclaims idle iterators on a
@@ -68,6 +72,7 @@ class Northbound {
  private:
   void housekeep();
   void reclaimIterators() noexcept;
+  void returnIdleMemory();
   bool allows(std::size_t bytes);
 
   orb::Server& server_;
@@ -81,11 +86,12 @@ class Northbound {
   ManagerRegistry managers_;
   RefusalLog refusedIterators_;
 
-  // The housekeeper thread reclaims idle iterators after each interval.
+  // The housekeeper thread reclaims idle iterators after each interval, and returns freed memory.
   const std::chrono::milliseconds interval_;
   Mutex mutex_;
   std::condition_variable stop_;
   bool stopping_ GUARDED_BY(mutex_) = false;
+  IdleTrim trim_;  // used by the housekeeper alone
   std::thread housekeeper_;
 };
 

@@ -44,6 +44,7 @@ void ViewAdmission::Pass::computed(std::size_t bytes) {
 void ViewAdmission::release(std::size_t bytes, bool computing) {
   const MutexLock lock(mutex_);
   --inProgress_;
+  ++ended_;
   bytes_ -= bytes;
   if (computing) {
     --computing_;
@@ -127,6 +128,11 @@ void ViewAdmission::open() {
 std::size_t ViewAdmission::waiting() {
   const MutexLock lock(mutex_);
   return waiting_.size();
+}
+
+ViewAdmission::Load ViewAdmission::load() {
+  const MutexLock lock(mutex_);
+  return {inProgress_, ended_};
 }
 
 std::shared_ptr<ViewReply> ViewReply::begin() {

@@ -7,6 +7,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <list>
 #include <memory>
@@ -88,6 +89,12 @@ class ViewAdmission {
   // The number of waiting views.
   std::size_t waiting();
 
+  struct Load {
+    std::size_t inProgress = 0;  // views in progress
+    std::uint64_t ended = 0;     // views that have ended since the start
+  };
+  Load load();
+
  private:
   struct Waiter {
     std::condition_variable turn;
@@ -110,6 +117,7 @@ class ViewAdmission {
   Mutex mutex_;
   std::list<Waiter*> waiting_ GUARDED_BY(mutex_);
   std::size_t inProgress_ GUARDED_BY(mutex_) = 0;
+  std::uint64_t ended_ GUARDED_BY(mutex_) = 0;
   std::size_t computing_ GUARDED_BY(mutex_) = 0;
   // Memory that the views being computed may still allocate.
   std::size_t computingBytes_ GUARDED_BY(mutex_) = 0;

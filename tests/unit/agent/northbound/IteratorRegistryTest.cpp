@@ -359,6 +359,16 @@ TEST_F(IteratorHousekeeping, ReleasesAllServantsAndThePoaAtRetire) {
   EXPECT_FALSE(exists(iterator));
 }
 
+TEST_F(IteratorHousekeeping, CountsEndedIterators) {
+  orb::ObjectKey key;
+  const NodeIterator_I_var iterator = active(key);
+  added();
+  registry_.deactivate(added());
+  EXPECT_EQ(1U, registry_.ended());
+  registry_.retire();
+  EXPECT_EQ(3U, registry_.ended());
+}
+
 // A servant whose destructor waits for the test.
 class SlowServant : public CountedServant {
  public:

@@ -1,4 +1,4 @@
-// The northbound side while memory is short.
+// The northbound side while memory is short, and while no view runs.
 
 #include <gtest/gtest.h>
 
@@ -57,6 +57,15 @@ void reclaimWithoutMemory() {
 TEST(NorthboundDeathTest, ContinuesToReclaimIteratorsWhenMemoryIsShort) {
   testing::GTEST_FLAG(death_test_style) = "threadsafe";
   EXPECT_EXIT(reclaimWithoutMemory(), testing::ExitedWithCode(0), "");
+}
+
+TEST(IdleNorthbound, ReturnsFreedMemory) {
+  std::promise<void> returned;
+  agent::ViewSetup setup;
+  setup.returnFreedMemory = [&returned] { returned.set_value(); };
+  const auto server = orb::startServer({}, {"127.0.0.1", 0}, nullptr);
+  const agent::Northbound northbound(*server, "EMS", false, {}, setup);
+  EXPECT_EQ(std::future_status::ready, returned.get_future().wait_for(std::chrono::seconds(20)));
 }
 
 }  // namespace

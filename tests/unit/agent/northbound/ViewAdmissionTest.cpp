@@ -108,6 +108,17 @@ TEST_F(Admission, CountsTheBytesOfAViewUntilItsReplyWasSent) {
   const ViewAdmission::Pass other = views.admit(5 * kMegabyte);
 }
 
+TEST_F(Admission, CountsViewsInProgressAndEndedViews) {
+  ViewAdmission views = admission({2, 10 * kMegabyte, milliseconds(0)});
+  std::optional<ViewAdmission::Pass> view = views.admit(1);
+  view->computed(1);
+  EXPECT_EQ(1U, views.load().inProgress);
+  EXPECT_EQ(0U, views.load().ended);
+  view.reset();
+  EXPECT_EQ(0U, views.load().inProgress);
+  EXPECT_EQ(1U, views.load().ended);
+}
+
 TEST_F(Admission, AdmitsAnOversizedViewWhenNoOtherIsInProgress) {
   ViewAdmission views = admission({2, 10 * kMegabyte, milliseconds(0)});
   std::optional<ViewAdmission::Pass> large = views.admit(20 * kMegabyte);
