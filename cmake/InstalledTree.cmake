@@ -2,6 +2,8 @@
 #   TOPO_INSTALLED_TREE     the prefix, with all components
 #   TOPO_CONSUMER_OPTIONS   arguments of cmake that configure a project of its own with find_package(TopoManager) as this
 #                           build was configured: generator, compiler, flags and the folders of the packages
+#   topo_fake_orb_version(FOLDER VERSION)   a folder of headers for the variable OMNIORB_INCLUDE_DIR or TAO_INCLUDE_DIR,
+#                           in which the ORB has that version
 
 set(TOPO_INSTALLED_TREE "${CMAKE_BINARY_DIR}/installed")
 
@@ -18,3 +20,8 @@ set(TOPO_CONSUMER_OPTIONS
 if(TOPO_ORB STREQUAL "tao")
   list(APPEND TOPO_CONSUMER_OPTIONS "-DTAO_ROOT=${TAO_ROOT}")
 endif()
+
+function(topo_fake_orb_version folder version)
+  file(WRITE "${folder}/omniORB4/acconfig.h" "#define PACKAGE_VERSION \"${version}\"\n")
+  file(WRITE "${folder}/tao/Version.h" "#define TAO_VERSION \"${version}\"\n")
+endfunction()
