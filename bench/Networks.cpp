@@ -39,20 +39,49 @@ void addElement(agent::Network& network, std::size_t number, std::size_t parent)
       {static_cast<std::int32_t>(number), network.topoNodes.back().nativeName, true});
 }
 
+// A tree whose top is the subnetwork of this number.
+void addTree(agent::Network& network, std::size_t top, std::size_t nodes) {
+  for (std::size_t i = 0; i < nodes; ++i) {
+    const std::size_t group = i / kFanOut;
+    if (i % kFanOut != 0) {
+      addElement(network, top * kFanOut + i, top + group);
+    } else if (group == 0) {
+      network.topoNodes.push_back(node(subnetworkId(top), "", NS_DOMAIN::kTopoSubnetwork));
+    } else {
+      network.topoNodes.push_back(subnetwork(top + group, top + (group - 1) / kFanOut));
+    }
+  }
+}
+
 }  // namespace
 
 agent::Network tree(std::size_t nodes) {
   agent::Network network;
   network.ems = kEms;
+  addTree(network, 0, nodes);
+  return network;
+}
+
+agent::Network chains(std::size_t nodes, std::size_t depth) {
+  agent::Network network;
+  network.ems = kEms;
   for (std::size_t i = 0; i < nodes; ++i) {
-    const std::size_t group = i / kFanOut;
-    if (i % kFanOut != 0) {
-      addElement(network, i, group);
-    } else {
-      network.topoNodes.push_back(subnetwork(group, group == 0 ? 0 : (group - 1) / kFanOut));
-    }
+    network.topoNodes.push_back(subnetwork(i, i % depth == 1 || depth == 1 ? 0 : i - 1));
   }
   return network;
+}
+
+agent::Network forest(std::size_t nodes) {
+  agent::Network network;
+  network.ems = kEms;
+  const std::size_t first = nodesBelowTopOfForest(nodes) + 1;
+  addTree(network, 0, first);
+  addTree(network, first / kFanOut + 1, nodes - first);
+  return network;
+}
+
+std::size_t nodesBelowTopOfForest(std::size_t nodes) {
+  return nodes * 9 / 10 - 1;
 }
 
 agent::Network chain(std::size_t nodes) {

@@ -22,6 +22,14 @@ agent::Network tree(std::size_t nodes);
 // A chain of subnetworks, each below the previous one.
 agent::Network chain(std::size_t nodes);
 
+// Chains of `depth` subnetworks below the first node, which counts as well. The last chain may be
+// shorter.
+agent::Network chains(std::size_t nodes, std::size_t depth);
+
+// Two trees: one of nine nodes in ten, and one of the others.
+agent::Network forest(std::size_t nodes);
+std::size_t nodesBelowTopOfForest(std::size_t nodes);
+
 // Clock positions, and a link from each to the next.
 agent::Network clock(std::size_t positions);
 

@@ -3,77 +3,12 @@
 
 #include <benchmark/benchmark.h>
 
-#include <chrono>
-#include <memory>
-#include <stdexcept>
-#include <string>
-
-#include "agent/notifications/Notifier.h"
-#include "orb/orb.h"
-#include "tests/support/Pairs.h"
-#include "tests/support/Process.h"
+#include "bench/Delivery.h"
 
 namespace bench {
 namespace {
 
 constexpr int kBurst = 1000;  // below the limit of a receiver's queue
-constexpr std::chrono::seconds kPatience{60};
-
-notifications::NVList_T newName() {
-  notifications::NVList_T attributes;
-  attributes.length(1);
-  attributes[0].name = CORBA::string_dup("nativeEMSName");
-  attributes[0].value <<= "Frankfurt am Main";
-  return attributes;
-}
-
-// A notifier and the process of its consumers.
-class Delivery {
- public:
-  Delivery(orb::Server& server, int subscribers)
-      : consumers_(TOPO_BENCH_CONSUMERS, {std::to_string(subscribers)}),
-        notifier_(server, {}, {0, [this] { return ++lastChange_; }},
-                  [] { return std::chrono::system_clock::now(); }) {
-    for (int i = 0; i < subscribers; ++i) {
-      subscribe(server.get(), consumers_.readLine());
-    }
-  }
-
-  // Whether all queues are empty.
-  bool deliver(int count) {
-    for (int i = 0; i < count; ++i) {
-      notifier_.attributesChanged(name_, attributes_, false, nullptr);
-    }
-    return notifier_.flush(kPatience);
-  }
-
-  // Whether this number of subscribers has received all notifications.
-  bool reached(int subscribers) {
-    const agent::NotifierStatus status = notifier_.status();
-    bool all = status.receivers.length() == static_cast<CORBA::ULong>(subscribers);
-    for (CORBA::ULong i = 0; i < status.receivers.length(); ++i) {
-      all = all && status.receivers[i].sent == status.notifications;
-    }
-    return all;
-  }
-
- private:
-  void subscribe(CORBA::ORB_ptr orb, const std::string& reference) {
-    const CORBA::Object_var object = orb->string_to_object(reference.c_str());
-    const CosNotifyComm::StructuredPushConsumer_var consumer =
-        CosNotifyComm::StructuredPushConsumer::_narrow(object.in());
-    const auto subscription = notifier_.subscribe(consumer.in(), "", "bench");
-    if (!subscription.ok()) {
-      throw std::runtime_error(subscription.outcome().reason);
-    }
-  }
-
-  const globaldefs::NVSList_T name_ = nameOf({{"EMS", "Bench"}, {"ManagedElement", "5"}});
-  const notifications::NVList_T attributes_ = newName();
-  std::uint64_t lastChange_ = 0;
-  support::Process consumers_;
-  agent::Notifier notifier_;
-};
 
 // An event counts once for every subscriber that receives it.
 void burst(benchmark::State& state, orb::Server& server) {

@@ -1,0 +1,26 @@
+#!/usr/bin/env bash
+# bench.sh [--list] [ROW...]: measures the speed of agent and module against the bare ORB (docs/benchmarks.md).
+#
+# Builds the release preset, measures every row (or the named rows), writes build/bench/results.json and the table of
+# docs/benchmarks.md. Ends with status 1 and the names of the rows that do not reach their thresholds, with status 2
+# when a row cannot be measured. Takes up to 20 minutes on an idle machine.
+#
+# TOPO_TAO_BUILD=DIR: a build folder of the preset tao. Without this variable the rows on TAO are skipped.
+set -euo pipefail
+
+cd "$(dirname "${BASH_SOURCE[0]}")"
+for word in "$@"; do
+  case "$word" in
+    --list | --help) exec python3 scripts/bench "$word" ;;
+  esac
+done
+
+scripts/setup.sh
+scripts/build.sh release bench_programs
+tao=()
+if [ -n "${TOPO_TAO_BUILD:-}" ]; then
+  cmake --build "$TOPO_TAO_BUILD" --target bench_programs >/dev/null
+  tao=(--bin-on-tao "$TOPO_TAO_BUILD/bin")
+fi
+exec python3 scripts/bench --bin build/release/bin "${tao[@]}" --output build/bench \
+  --document docs/benchmarks.md "$@"

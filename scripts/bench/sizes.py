@@ -1,0 +1,30 @@
+"""The sizes of a run. The thresholds apply to the default sizes; the tests run with small ones."""
+
+import dataclasses
+
+
+@dataclasses.dataclass(frozen=True)
+class Sizes:
+    nodes: int = 100_000
+    rounds: int = 7
+    seconds: float = 1.0  # of a measured rate
+
+    @property
+    def large(self):
+        return 10 * self.nodes
+
+    @property
+    def large_rounds(self):
+        return min(self.rounds, 5)
+
+    @property
+    def batch(self):
+        return max(self.nodes // 100, 1)
+
+    @property
+    def calls(self):
+        return max(self.nodes // 50, 1)
+
+    @property
+    def burst(self):
+        return max(self.nodes // 20, 1)
