@@ -29,8 +29,11 @@ set(orb_headers "orb/${TOPO_ORB}/include/orb")
 install(TARGETS topo_platform EXPORT TopoManagerTargets)
 install(DIRECTORY include/platform DESTINATION "${TOPO_INSTALL_INCLUDEDIR}" COMPONENT sdk
   FILES_MATCHING PATTERN "*.h")
-install(FILES "${orb_headers}/corba.h" "${orb_headers}/notification.h"
+install(FILES "${orb_headers}/corba.h" "${orb_headers}/hostorb.h" "${orb_headers}/notification.h"
   DESTINATION "${TOPO_INSTALL_INCLUDEDIR}/orb" COMPONENT sdk)
+install(FILES host_defaults/Module.h host_defaults/ModuleFile.h host_defaults/PlatformFailure.h
+  host_defaults/RunningOrb.h
+  DESTINATION "${TOPO_INSTALL_INCLUDEDIR}/host_defaults" COMPONENT sdk)
 install(DIRECTORY "${orb_headers}/idl" DESTINATION "${TOPO_INSTALL_INCLUDEDIR}/orb" COMPONENT sdk
   FILES_MATCHING PATTERN "*.h" PATTERN TopoAgent.h EXCLUDE)
 install(DIRECTORY "${PROJECT_BINARY_DIR}/idl/generated" DESTINATION "${TOPO_INSTALL_INCLUDEDIR}" COMPONENT sdk

@@ -1,8 +1,9 @@
 #!/usr/bin/env python3
-"""Checks that docs/embedding.md quotes files that the tests compile.
+"""Checks that docs/embedding.md quotes files that the tests compile, and that the sample host is short.
 
-A line that has only a path in backticks and a colon names a file of examples/host or examples/timeout. The
-indented block after it must be a run of lines of that file; the common indentation of either may differ.
+A line that has only a path in backticks and a colon names a file of examples/host, of examples/timeout, or of the code
+that the sample host uses. The indented block after it must be a run of lines of that file; the common indentation of
+either may differ.
 """
 
 import pathlib
@@ -13,8 +14,10 @@ import textwrap
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 DOCUMENT = "docs/embedding.md"
 FEWEST = 10  # quotations; a document without any would pass otherwise
+SAMPLE = "examples/host"
+MOST_LINES = 500  # of the sample host for all ORBs: a reader should be able to read all of it
 
-QUOTED_FILE = re.compile(r"^`(examples/(?:host|timeout)/[\w./]+)`:$")
+QUOTED_FILE = re.compile(r"^`((?:examples/(?:host|timeout)|host_defaults|orb)/[\w./]+)`:$")
 
 
 def quotations(lines):
@@ -53,8 +56,15 @@ def problems(text):
             yield f"{DOCUMENT}:{number}: {name} does not contain the quoted lines"
 
 
+def length_problems():
+    files = [file for ending in ("*.cpp", "*.h") for file in (ROOT / SAMPLE).rglob(ending)]
+    lines = sum(len(file.read_text(encoding="utf-8").splitlines()) for file in files)
+    if not 0 < lines <= MOST_LINES:
+        yield f"{SAMPLE}: has {lines} lines, and may have {MOST_LINES}"
+
+
 def main():
-    found = list(problems((ROOT / DOCUMENT).read_text(encoding="utf-8")))
+    found = list(problems((ROOT / DOCUMENT).read_text(encoding="utf-8"))) + list(length_problems())
     for problem in found:
         print(problem, file=sys.stderr)
     return 1 if found else 0

@@ -1,4 +1,4 @@
-// Loads and unloads the module through the ACE Service Configurator.
+// Loads and unloads private copies of the module.
 
 #ifndef AGENT_BUNDLE_MODULELOADER_H
 #define AGENT_BUNDLE_MODULELOADER_H
@@ -9,6 +9,7 @@
 
 #include "agent/bundle/ModuleCopy.h"
 #include "agent/bundle/ModuleError.h"
+#include "host_defaults/ModuleFile.h"
 
 namespace agent {
 
@@ -20,9 +21,6 @@ namespace agent {
 class ModuleLoader {
  public:
   explicit ModuleLoader(std::filesystem::path file);
-
-  // Unloads.
-  ~ModuleLoader();
 
   ModuleLoader(const ModuleLoader&) = delete;
   ModuleLoader& operator=(const ModuleLoader&) = delete;
@@ -41,18 +39,14 @@ class ModuleLoader {
   // exists.
   void unload() noexcept;
 
-  bool loaded() const { return loaded_; }
-
   // The version of the loaded module. REQUIRES: loaded.
   const std::string& version() const { return version_; }
 
  private:
   const std::filesystem::path file_;
   std::unique_ptr<ModuleCopy> prepared_;
-  std::string path_;     // of the mapped copy, which is removed from the disk
-  std::string version_;  // of the mapped copy
-  bool loaded_ = false;
-  bool failed_ = false;  // the last load failed: the library may still be mapped
+  std::string version_;  // of the mapped copy, which is removed from the disk
+  host_defaults::ModuleFile mapped_;
 };
 
 }  // namespace agent

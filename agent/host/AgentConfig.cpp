@@ -7,11 +7,6 @@
 
 namespace NS_CORBA {
 
-CorbaBaseAgentConfig* CorbaBaseAgentConfig::Instance() {
-  static CorbaBaseAgentConfig instance;
-  return &instance;
-}
-
 void CorbaBaseAgentConfig::RegisterMgr(const char* name, MgrFactory* factory) {
   agent::requiredNorthbound().managers().add(name, factory);
 }
@@ -23,11 +18,6 @@ void CorbaBaseAgentConfig::UnregisterMgr(const char* name) {
 std::string CorbaBaseAgentConfig::EmsName() {
   const agent::Northbound* const northbound = agent::runningAgent().northbound;
   return northbound == nullptr ? std::string() : northbound->emsName();
-}
-
-CorbaAgentConfig* CorbaAgentConfig::Instance() {
-  static CorbaAgentConfig instance;
-  return &instance;
 }
 
 // The contract gives the creation reference away even when the call fails.

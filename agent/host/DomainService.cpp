@@ -4,7 +4,7 @@
 
 #include "agent/base/FailureCodes.h"
 #include "agent/base/PrintableText.h"
-#include "agent/northbound/PlatformFailure.h"
+#include "host_defaults/PlatformFailure.h"
 
 namespace agent {
 namespace {
@@ -24,8 +24,8 @@ void append(NS_UTIL::REF_Impl<std::vector<Record>>& holder, NS_DOMAIN::IntHolder
 
 NS_DOMAIN::DomainFacet* DomainService::GetFacet(const std::string& client) {
   if (client != "CORBA") {
-    throwPlatformFailure(kEntityNotFound,
-                         "the domain has no facet for the client " + inQuotes(client));
+    host_defaults::throwPlatformFailure(
+        kEntityNotFound, "the domain has no facet for the client " + inQuotes(client));
   }
   return this;
 }

@@ -3,7 +3,7 @@
 #include <atomic>
 
 #include "agent/base/FailureCodes.h"
-#include "agent/northbound/PlatformFailure.h"
+#include "host_defaults/PlatformFailure.h"
 
 namespace agent {
 namespace {
@@ -28,7 +28,7 @@ RunningAgent runningAgent() {
 Northbound& requiredNorthbound() {
   Northbound* const northbound = runningAgent().northbound;
   if (northbound == nullptr) {
-    throwPlatformFailure(kNotImplemented, "no agent is running");
+    host_defaults::throwPlatformFailure(kNotImplemented, "no agent is running");
   }
   return *northbound;
 }

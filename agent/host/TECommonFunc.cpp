@@ -1,4 +1,4 @@
-// Defines platform/agent/TECommonFunc.h: the common attributes and the capability list.
+// Defines platform/agent/TECommonFunc.h but for the capability list: the common attributes.
 
 #include "platform/agent/TECommonFunc.h"
 
@@ -13,9 +13,6 @@
 
 namespace agent {
 namespace {
-
-// The value of a supported operation in the capability list.
-constexpr const char* kSupported = "Supported";
 
 // Runs a change. Only the log gets the reason of an internal error.
 template <typename Change>
@@ -33,16 +30,6 @@ CORBA::ULong codeOf(const char* operation, Change change) {
   const Outcome outcome = outcomeOf(operation, change);
   explainFailure(outcome.code, outcome.reason);
   return outcome.code;
-}
-
-void appendCapabilities(common::CapabilityList_T& capabilities,
-                        const std::vector<std::string>& operations) {
-  for (const std::string& operation : operations) {
-    const CORBA::ULong last = capabilities.length();
-    capabilities.length(last + 1);
-    capabilities[last].name = CORBA::string_dup(operation.c_str());
-    capabilities[last].value = CORBA::string_dup(kSupported);
-  }
 }
 
 }  // namespace
@@ -87,15 +74,6 @@ CORBA::ULong TECommonFunc::onSetAdditionalInfo(const globaldefs::NVSList_T& obje
 CORBA::ULong TECommonFunc::resetObject(const globaldefs::NVSList_T& objectName) {
   return agent::codeOf("resetObject",
                        [&](AttributeService& service) { return service.reset(objectName); });
-}
-
-void TECommonFunc::onGetCapabilities(common::CapabilityList_T_out capabilities,
-                                     const std::vector<std::string>& attributeOperations,
-                                     const std::vector<std::string>& otherOperations) {
-  common::CapabilityList_T_var list = new common::CapabilityList_T;
-  agent::appendCapabilities(list.inout(), attributeOperations);
-  agent::appendCapabilities(list.inout(), otherOperations);
-  capabilities = list._retn();
 }
 
 }  // namespace NS_CORBA

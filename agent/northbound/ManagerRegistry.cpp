@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "agent/base/FailureCodes.h"
-#include "agent/northbound/PlatformFailure.h"
+#include "host_defaults/PlatformFailure.h"
 
 namespace agent {
 namespace {
@@ -24,19 +24,22 @@ ManagerRegistry::ManagerRegistry(orb::Server& server, const ViewGuard* guard)
 
 void ManagerRegistry::add(const std::string& name, NS_CORBA::MgrFactory* factory) {
   if (!factories_.emplace(name, factory).second) {
-    throwPlatformFailure(kInternalError, "a manager \"" + name + "\" is registered already");
+    host_defaults::throwPlatformFailure(kInternalError,
+                                        "a manager \"" + name + "\" is registered already");
   }
 }
 
 void ManagerRegistry::remove(const std::string& name) {
   if (factories_.erase(name) == 0) {
-    throwPlatformFailure(kInternalError, "no manager \"" + name + "\" is registered");
+    host_defaults::throwPlatformFailure(kInternalError,
+                                        "no manager \"" + name + "\" is registered");
   }
 }
 
 void ManagerRegistry::serve(const std::string& name, POA_common::Common_I* servant) {
   if (servant == nullptr) {
-    throwPlatformFailure(kInternalError, "the manager \"" + name + "\" has no servant");
+    host_defaults::throwPlatformFailure(kInternalError,
+                                        "the manager \"" + name + "\" has no servant");
   }
   PortableServer::ServantBase_var owned = servant;
   try {
@@ -45,8 +48,8 @@ void ManagerRegistry::serve(const std::string& name, POA_common::Common_I* serva
     publish(served, servant);
     served.servant = owned._retn();
   } catch (const CORBA::Exception& failure) {
-    throwPlatformFailure(kInternalError,
-                         "the manager \"" + name + "\" cannot be served: " + failure._name());
+    host_defaults::throwPlatformFailure(
+        kInternalError, "the manager \"" + name + "\" cannot be served: " + failure._name());
   }
 }
 

@@ -30,10 +30,6 @@ class EventManager final : public TEEventMgr {
   void drain() {
     wait([this] { return queue_.empty(); });
   }
-  void forgetHandlers() {
-    change([this] { subscriptions_.clear(); });
-    wait([this] { return running_ == nullptr; });
-  }
 
  private:
   template <typename Change>
@@ -87,5 +83,4 @@ EventManager events;
 TEEventMgr* TEEventMgr::Instance() { return &events; }
 void host::raiseEvent(int id, const NS_DOMAIN::TopoNode_T& node) { events.raise(id, node); }
 void host::drainEvents() { events.drain(); }
-void host::forgetEventHandlers() { events.forgetHandlers(); }
 void host::publishSecurity() { NS_BUNDLEMGR1::SetIFBuf("SecurityIF", &security); }

@@ -3,15 +3,15 @@
 #include "Host.h"
 #include "platform/agent/TAIteratorHelper.h"
 
-using NS_CORBA::TAIteratorHelper, PortableServer::ObjectId_var, host::iteratorPoa;
+using NS_CORBA::TAIteratorHelper, PortableServer::ObjectId_var, host::module;
 
 PortableServer::POA_ptr TAIteratorHelper::getIteratorPoa() {
-  return PortableServer::POA::_duplicate(iteratorPoa.in());
+  return PortableServer::POA::_duplicate(module.iteratorPoa());
 }
 
 // Drops the creation reference after a success. The POA has a reference of its own.
 CORBA::ULong TAIteratorHelper::add_Iterator(PortableServer::ServantBase* servant) try {
-  const ObjectId_var id = iteratorPoa->activate_object(servant);
+  const ObjectId_var id = module.iteratorPoa()->activate_object(servant);
   servant->_remove_ref();
   return 0;
 } catch (const CORBA::Exception&) {
@@ -19,7 +19,8 @@ CORBA::ULong TAIteratorHelper::add_Iterator(PortableServer::ServantBase* servant
 }
 
 void TAIteratorHelper::deactive_object(PortableServer::ServantBase* servant) try {
-  iteratorPoa->deactivate_object(ObjectId_var(iteratorPoa->servant_to_id(servant)).in());
+  const ObjectId_var id = module.iteratorPoa()->servant_to_id(servant);
+  module.iteratorPoa()->deactivate_object(id.in());
 } catch (const CORBA::UserException&) {
   // The servant was deactivated before.
 }

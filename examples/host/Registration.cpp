@@ -1,9 +1,8 @@
 // platform/agent/AgentConfig.h: the manager of the module, and its servant.
 #include <map>
-#include <stdexcept>
 #include "Host.h"
+#include "host_defaults/PlatformFailure.h"
 #include "platform/agent/AgentConfig.h"
-#include "platform/framework/ProcessException.h"
 
 using namespace NS_CORBA;
 using PortableServer::ObjectId_var, PortableServer::string_to_ObjectId;
@@ -13,25 +12,17 @@ namespace {
 std::map<std::string, MgrFactory*> factories;  // the module owns the factories
 
 [[noreturn]] void fail(const char* reason) {
-  ProcessException failure;
-  failure.errorCode = host::kFailure + globaldefs::EXCPT_INTERNAL_ERROR;
-  failure.detail << reason;
-  throw failure;
+  host_defaults::throwPlatformFailure(host::kFailure + globaldefs::EXCPT_INTERNAL_ERROR, reason);
 }
 
 // Ends the earlier servant of an id, if there is one.
 void deactivate(const PortableServer::ObjectId& id) try {
-  host::managerPoa->deactivate_object(id);
+  host::module.managerPoa()->deactivate_object(id);
 } catch (const PortableServer::POA::ObjectNotActive&) {
 }
 
-CorbaBaseAgentConfig baseConfig;
-CorbaAgentConfig config;
-
 }  // namespace
 
-CorbaBaseAgentConfig* CorbaBaseAgentConfig::Instance() { return &baseConfig; }
-CorbaAgentConfig* CorbaAgentConfig::Instance() { return &config; }
 std::string CorbaBaseAgentConfig::EmsName() { return host::kEmsName; }
 bool CorbaAgentConfig::GetTestSwitch() { return false; }
 
@@ -49,16 +40,7 @@ void CorbaAgentConfig::RegisterServant(const char* name, POA_common::Common_I* s
   const PortableServer::ServantBase_var owned = servant;
   const ObjectId_var id = string_to_ObjectId(name);
   deactivate(id.in());
-  host::managerPoa->activate_object_with_id(id.in(), servant);
+  host::module.managerPoa()->activate_object_with_id(id.in(), servant);
 } catch (const CORBA::Exception& failure) {
   fail(failure._name());
 }
-
-std::string host::managerReference(CORBA::ORB_ptr orb) {
-  if (factories.empty()) throw std::runtime_error("no manager is registered");
-  const ObjectId_var id = string_to_ObjectId(factories.begin()->first.c_str());
-  const CORBA::Object_var object = managerPoa->id_to_reference(id.in());
-  return CORBA::String_var(orb->object_to_string(object.in())).in();
-}
-
-void host::forgetManagers() { factories.clear(); }

@@ -2,57 +2,50 @@
 #include <iostream>
 #include <map>
 #include <stdexcept>
-#include <thread>
 #include "Host.h"
+#include "host_defaults/RunningOrb.h"
+#include "idl/ObjectKeys.h"
+#include "orb/hostorb.h"
+
+host_defaults::Module host::module(host::drainEvents);
 
 namespace {
 
-// An ORB that serves requests until the end of this object.
-struct RunningOrb {
-  RunningOrb(int argc, char** argv) : orb(host::startOrb(argc, argv)) {
-    const CORBA::Object_var object = orb->resolve_initial_references("RootPOA");
-    root = PortableServer::POA::_narrow(object.in());
-    PortableServer::POAManager_var(root->the_POAManager())->activate();
-    thread = std::thread([this] { run(); });
+struct SampleHost {
+  SampleHost(int argc, char** argv)
+      : orb(orb::startHostOrb(argc, argv, "127.0.0.1:0")), file(argv[1]) {
+    if (argc > 2 && argv[2][0] != '-')
+      host::setConsumer(CORBA::Object_var(orb.get()->string_to_object(argv[2])).in());
+    host::publishDomain();
+    host::publishNaming();
+    host::publishSecurity();
   }
-  ~RunningOrb() {
-    host::unload();
-    orb->shutdown(true);
-    thread.join();
+  ~SampleHost() {
+    host::module.unload();
     host::setConsumer(CORBA::Object::_nil());
-    orb->destroy();
   }
-  void run() {
-    try {
-      orb->run();
-    } catch (const CORBA::BAD_INV_ORDER&) {
-      // The ORB was shut down before the call.
+  std::string load() {
+    host::module.load(file, orb.rootPoa());
+    const CORBA::Object_var manager = host::module.reference(object_key::kManager);
+    return CORBA::String_var(orb.get()->object_to_string(manager.in())).in();
+  }
+  std::string answer(const std::string& line) {
+    static const std::map<std::string, void (*)(const std::string&)> changes = {
+        {"create", host::createNode}, {"change", host::changeNode}, {"delete", host::deleteNode}};
+    const std::string verb = line.substr(0, line.find(' '));
+    if (verb == "load") return "ok " + load();
+    if (verb == "unload" || verb == "quit") {
+      host::module.unload();
+      return "ok";
     }
-  }
-  const CORBA::ORB_var orb;
-  PortableServer::POA_var root;
-  std::thread thread;
-};
-
-std::string load(const char* module, RunningOrb& running) {
-  host::load(module, running.root.in());
-  return host::managerReference(running.orb.in());
-}
-
-std::string answer(const std::string& line, const char* module, RunningOrb& running) {
-  static const std::map<std::string, void (*)(const std::string&)> changes = {
-      {"create", host::createNode}, {"change", host::changeNode}, {"delete", host::deleteNode}};
-  const std::string verb = line.substr(0, line.find(' '));
-  if (verb == "load") return "ok " + load(module, running);
-  if (verb == "unload" || verb == "quit") {
-    host::unload();
+    if (changes.count(verb) == 0) return "failed unknown request";
+    changes.at(verb)(line.substr(std::min(verb.size() + 1, line.size())));
+    host::drainEvents();
     return "ok";
   }
-  if (changes.count(verb) == 0) return "failed unknown request";
-  changes.at(verb)(line.substr(std::min(verb.size() + 1, line.size())));
-  host::drainEvents();
-  return "ok";
-}
+  host_defaults::RunningOrb orb;
+  const std::string file;
+};
 
 }  // namespace
 
@@ -60,16 +53,11 @@ std::string answer(const std::string& line, const char* module, RunningOrb& runn
 // CONSUMER: the reference of a CosNotifyComm::StructuredPushConsumer for the notifications.
 int main(int argc, char** argv) try {
   if (argc < 2) throw std::runtime_error("usage: sample-host MODULE [CONSUMER] [ORB OPTION...]");
-  RunningOrb running(argc, argv);
-  if (argc > 2 && argv[2][0] != '-')
-    host::setConsumer(CORBA::Object_var(running.orb->string_to_object(argv[2])).in());
-  host::publishDomain();
-  host::publishNaming();
-  host::publishSecurity();
-  std::cout << "ready " + load(argv[1], running) << std::endl;
+  SampleHost host(argc, argv);
+  std::cout << "ready " + host.load() << std::endl;
   for (std::string line; line != "quit" && std::getline(std::cin, line);) {
     try {
-      std::cout << answer(line, argv[1], running) << std::endl;
+      std::cout << host.answer(line) << std::endl;
     } catch (const std::runtime_error& failure) {
       std::cout << "failed " << failure.what() << std::endl;
     }

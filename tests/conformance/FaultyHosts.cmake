@@ -45,14 +45,14 @@ faulty_host(keeps_subscriptions event.unsubscribe-ends Events.cpp
   "change([&] { subscriptions_.erase({eventId, handler}); });" "")
 faulty_host(reports_a_deletion_as_a_change event.contents Domain.cpp
   "raiseEvent(EVENT_TOPO_NODE_DELETED" "raiseEvent(EVENT_TOPO_NODE_CHANGED")
-faulty_host(keeps_handlers_of_a_failed_init reload.failed-init Module.cpp
-  "forgetEventHandlers();" "")
-faulty_host(never_unmaps_the_module reload.mapped Module.cpp
-  "ACE_DLL_Manager::instance()->unload_policy(ACE_DLL_UNLOAD_POLICY_PER_PROCESS);" "")
+faulty_host(keeps_handlers_of_a_failed_init reload.failed-init main.cpp "${include_host}"
+  "${include_host}#include \"ace/DLL_Manager.h\"\n#include \"ace/Service_Config.h\"\nvoid host_defaults::ModuleFile::unload() noexcept {\n  ACE_Service_Config::process_directive(\"remove zu_corba_topo\");\n  if (state_ == State::kFailed) ACE_DLL_Manager::instance()->close_dll(path_.c_str());\n  state_ = State::kUnloaded;\n}\n")
+faulty_host(never_unmaps_the_module reload.mapped main.cpp "${include_host}"
+  "${include_host}host_defaults::ModuleFile::ModuleFile() {}\n")
 
 faulty_host(shares_the_log_position log.position Registration.cpp "${include_host}"
   "${include_host}#include \"platform/agent/Logging.h\"\nNS_CORBA::LogPosition* NS_CORBA::GetTss() {\nstatic LogPosition position;\nreturn &position;\n}\n")
-faulty_host(never_ends_iterators iterators.destroy Iterators.cpp "iteratorPoa->deactivate_object" "(void)")
+faulty_host(never_ends_iterators iterators.destroy Iterators.cpp "module.iteratorPoa()->deactivate_object" "(void)")
 faulty_host(lacks_a_function link.symbols Attributes.cpp "CORBA::ULong TECommonFunc::resetObject("
   "CORBA::ULong unused(")
 faulty_host(hangs_in_reset attributes.raise-nothing Attributes.cpp
@@ -60,14 +60,14 @@ faulty_host(hangs_in_reset attributes.raise-nothing Attributes.cpp
   "CORBA::ULong TECommonFunc::resetObject(const NVSList_T&) { for (;;) pause();")
 
 # Each ORB has an option of its own for the code set: 0x05010001 is UTF-8 too, and 0x00010001 is ISO 8859-1.
-file(READ "${sample}/${TOPO_ORB}/StartOrb.cpp" start_orb)
-if(start_orb MATCHES "0x05010001")
-  faulty_host(garbles_texts texts.utf8 ${TOPO_ORB}/StartOrb.cpp "0x05010001" "0x00010001")
-else()
-  faulty_host(garbles_texts texts.utf8 ${TOPO_ORB}/StartOrb.cpp "\"UTF-8\"" "\"ISO-8859-1\"")
-endif()
-faulty_host(keeps_the_manager unload.servants Module.cpp "destroyPoa(managerPoa);" "")
-faulty_host(keeps_iterators unload.iterators Module.cpp "destroyPoa(iteratorPoa);" "")
+file(READ "${PROJECT_SOURCE_DIR}/orb/${TOPO_ORB}/include/orb/hostorb.h" start_orb)
+string(REPLACE "\"UTF-8\"" "\"ISO-8859-1\"" start_orb "${start_orb}")
+string(REPLACE "Codeset 0x05010001" "Codeset 0x00010001" start_orb "${start_orb}")
+faulty_host(garbles_texts texts.utf8 main.cpp "#include \"orb/hostorb.h\"\n" "${start_orb}")
+faulty_host(keeps_the_manager unload.servants Registration.cpp
+  "const PortableServer::ServantBase_var owned = servant;"
+  "static PortableServer::ServantBase_var owned;\n  owned = servant;")
+faulty_host(keeps_iterators unload.iterators Iterators.cpp "servant->_remove_ref();" "")
 faulty_host(ends_with_a_failure host.end main.cpp
   "if (verb == \"load\")" "if (verb == \"quit\") _exit(3);\n  if (verb == \"load\")")
 
@@ -88,17 +88,21 @@ faulty_host(returns_another_id naming.subnetworks Naming.cpp "? value :" "? valu
 faulty_host(raises_for_a_negative_number naming.numbers Naming.cpp
   "if (name.length() == 0) return kInvalid;" "if (name.length() == 0) throw ProcessException();")
 
+set(include_attributes "#include \"platform/agent/TECommonFunc.h\"\n")
+set(capabilities "void NS_CORBA::TECommonFunc::onGetCapabilities(common::CapabilityList_T_out capabilities,\n    const std::vector<std::string>& some, const std::vector<std::string>& others) {\n  std::vector<std::string> all(some);\n  all.insert(all.end(), others.begin(), others.end());\n  auto* list = new common::CapabilityList_T;\n  list->length(all.size());\n  for (CORBA::ULong i = 0; i < all.size(); ++i) {\n    (*list)[i].name = CORBA::string_dup(all[i].c_str());\n")
+set(end_capabilities "  }\n  capabilities = list;\n}\n")
 faulty_host(stores_labels_of_unknown_objects attributes.names Attributes.cpp
   "onSetOwner(const NVSList_T&, const char*) { return kNo; }" "onSetOwner(const NVSList_T&, const char*) { return 0; }")
-faulty_host(writes_capabilities_in_lower_case attributes.operations Attributes.cpp "\"Supported\"" "\"supported\"")
+faulty_host(writes_capabilities_in_lower_case attributes.operations Attributes.cpp "${include_attributes}"
+  "${include_attributes}${capabilities}      (*list)[i].value = CORBA::string_dup(\"supported\");${end_capabilities}")
 faulty_host(sends_no_record events.created Notifications.cpp
   "edge, nullptr, &object);" "edge, nullptr, nullptr);")
 faulty_host(finds_no_classes texts.class Registration.cpp "${include_host}"
   "${include_host}#include \"platform/util/UtilCommon.h\"\nstd::string NS_UTIL::UtilCommon::GetMoc(const std::string&) { return \"\"; }\n")
 
 faulty_host(answers_late "" main.cpp
-  "std::cout << answer(line, argv[1], running) << std::endl;"
-  "const std::string text = answer(line, argv[1], running); sleep(line == \"change conformance change\" ? 7 : 0); std::cout << text << std::endl;")
+  "std::cout << host.answer(line) << std::endl;"
+  "const std::string text = host.answer(line); sleep(line == \"change conformance change\" ? 7 : 0); std::cout << text << std::endl;")
 
 faulty_host(sends_every_notification_twice events.created Notifications.cpp
   "consumer->push_structured_event(event);"
@@ -112,9 +116,9 @@ allowed_host(does_not_implement_setters "names.setters texts.utf8 attributes.nam
   "struct No { operator CORBA::ULong() const { throw CORBA::NO_IMPLEMENT(); } } kNo;")
 set(iterator_rules "views.batches iterators.length iterators.last-batch iterators.destroy iterators.keys reload.iterators iterator.life")
 allowed_host(has_no_poa_for_iterators "${iterator_rules} iterator.poa" Iterators.cpp
-  "PortableServer::POA::_duplicate(iteratorPoa.in())" "PortableServer::POA::_nil()")
+  "PortableServer::POA::_duplicate(module.iteratorPoa())" "PortableServer::POA::_nil()")
 allowed_host(refuses_iterators "${iterator_rules}" Iterators.cpp
-  "const ObjectId_var id = iteratorPoa->activate_object(servant);"
+  "const ObjectId_var id = module.iteratorPoa()->activate_object(servant);"
   "return host::kFailure + globaldefs::EXCPT_TOO_MANY_OPEN_ITERATORS;")
 allowed_host(refuses_events "events.created events.changed events.deleted reload.events" Events.cpp
   "isEventAccessAllowed() override { return true; }" "isEventAccessAllowed() override { return false; }")

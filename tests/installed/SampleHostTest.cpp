@@ -161,7 +161,8 @@ TEST_F(SampleHosts, RecoverFromAFailedInit) {
   SampleHost host(TOPO_FAILING_SAMPLE_HOST);
   const std::size_t once = host.mappings();
   EXPECT_EQ(host.ask("unload"), "ok");
-  EXPECT_EQ(host.ask("load"), "failed the module cannot be loaded: code 77: no network");
+  EXPECT_EQ(host.ask("load"),
+            "failed the module cannot be loaded: its init failed with code 77: no network");
   EXPECT_EQ(host.mappings(), 0U);
   EXPECT_EQ(host.ask("create NE=8"), "ok");  // no subscription of the unmapped module is left
   EXPECT_THAT(host.ask("load"), StartsWith("ok IOR:"));

@@ -1,0 +1,14 @@
+// What the module of these tests and the test program share.
+
+#ifndef TESTS_UNIT_HOST_DEFAULTS_JOURNALMODULE_H
+#define TESTS_UNIT_HOST_DEFAULTS_JOURNALMODULE_H
+
+#include "platform/framework/Export.h"
+
+// Defined by the test program. The module calls them in init, in fini and when a service object is
+// deleted.
+extern "C" PLATFORM_API void moduleInit();
+extern "C" PLATFORM_API void moduleFini();
+extern "C" PLATFORM_API void moduleDeleted();
+
+#endif
