@@ -3,6 +3,7 @@
 import argparse
 import os
 import pathlib
+import statistics
 import sys
 import tempfile
 import time
@@ -38,10 +39,10 @@ def measure(programs, suffix, rows, sizes, stores):
         if not names & wanted:
             continue
         begin = time.monotonic()
-        for name, value in group(bench).items():
+        for name, rounds in group(bench).items():
             if name in wanted:
-                values[name + suffix] = value
-                print(f"{name + suffix:32} {value:7.3g}", flush=True)
+                values[name + suffix] = statistics.median(rounds)
+                print(outcome.line_of(name + suffix, rounds), flush=True)
         print(f"  ({group.__name__}: {time.monotonic() - begin:.0f} s)", flush=True)
     return values
 

@@ -1,15 +1,14 @@
 """Measures the rows: rows that share their processes or their input are measured together.
 
-Every function returns the median for each of its rows. The sides of a ratio take turns, and a ratio is formed for
-each round.
+Every function returns the ratios of the rounds for each of its rows. The sides of a ratio take turns.
 """
 
-import statistics
+import contextlib
 import time
 
 import memory
 from programs import Agent, Program, run_rounds
-from results import median_ratio
+from results import ratios
 
 CLIENTS = 8
 
@@ -38,17 +37,17 @@ def calls(bench):
     with Agent(bench.programs, store) as agent, bench.echo(agent) as echo, \
             Program([bench.programs / "bench_http", agent.reference]) as http:
         servant, iterator, port = echo.read_line(), echo.read_line(), http.read_line()
-        times = bench.turns("bench_calls", {
-            "echo": f"view={servant}", "view": f"view={agent.reference}",
-            "walk": f"walk:{sizes.batch}={agent.reference}",
-            "echo links": f"links={servant}", "links": f"links={agent.reference}",
-            "ping": f"empty:{sizes.calls}={iterator}", "call": f"capabilities:{sizes.calls}={agent.reference}",
-            "json": f"json={port}"})
-    return {"view_over_echo_100k": median_ratio(times["view"], times["echo"]),
-            "iterate_over_single_100k": median_ratio(times["walk"], times["view"]),
-            "clock_links_over_echo_100k": median_ratio(times["links"], times["echo links"]),
-            "small_call_over_ping": median_ratio(times["call"], times["ping"]),
-            "http_json_over_corba_100k": median_ratio(times["json"], times["view"])}
+        views = bench.turns("bench_calls", {"echo": f"view={servant}", "view": f"view={agent.reference}",
+                                            "walk": f"walk:{sizes.batch}={agent.reference}"})
+        links = bench.turns("bench_calls", {"echo": f"links={servant}", "links": f"links={agent.reference}"})
+        small = bench.turns("bench_calls", {"ping": f"empty:{sizes.calls}={iterator}",
+                                            "call": f"capabilities:{sizes.calls}={agent.reference}"})
+        json = bench.turns("bench_calls", {"view": f"view={agent.reference}", "json": f"json={port}"})
+    return {"view_over_echo_100k": ratios(views["view"], views["echo"]),
+            "iterate_over_single_100k": ratios(views["walk"], views["view"]),
+            "clock_links_over_echo_100k": ratios(links["links"], links["echo"]),
+            "small_call_over_ping": ratios(small["call"], small["ping"]),
+            "http_json_over_corba_100k": ratios(json["json"], json["view"])}
 
 
 def large_calls(bench):
@@ -59,8 +58,8 @@ def large_calls(bench):
         times = bench.turns("bench_calls", {
             "echo": f"view={servant}", "view": f"view={agent.reference}",
             "walk": f"walk:{sizes.batch}={agent.reference}"}, sizes.large_rounds)
-    return {"view_over_echo_1m": median_ratio(times["view"], times["echo"]),
-            "iterate_over_single_1m": median_ratio(times["walk"], times["view"])}
+    return {"view_over_echo_1m": ratios(times["view"], times["echo"]),
+            "iterate_over_single_1m": ratios(times["walk"], times["view"])}
 
 
 def large_memory(bench):
@@ -76,8 +75,7 @@ def large_memory(bench):
             time.sleep(1)
             peaks.append((memory.peak(pid) - before) / size)
             after.append(memory.resident(pid) / before)
-    return {"peak_over_list_1m": statistics.median(peaks),
-            "memory_after_over_before_1m": statistics.median(after)}
+    return {"peak_over_list_1m": peaks, "memory_after_over_before_1m": after}
 
 
 def clients(bench):
@@ -89,21 +87,19 @@ def clients(bench):
             client.write_line(sizes.seconds)
         return sum(float(client.read_line()) for client in chosen)
 
-    with Agent(bench.programs, bench.stores.store(bench.programs, sizes.batch)) as agent:
-        running = [Program([bench.programs / "bench_rate", agent.reference]) for _ in range(CLIENTS)]
-        try:
-            rates = [(rate(running), rate(running[:1])) for _ in range(sizes.rounds + 1)]
-        finally:
-            for client in running:
-                client.__exit__()
-    return {"clients8_over_1": median_ratio(*zip(*rates[1:]))}
+    with contextlib.ExitStack() as stack:
+        agent = stack.enter_context(Agent(bench.programs, bench.stores.store(bench.programs, sizes.batch)))
+        running = [stack.enter_context(Program([bench.programs / "bench_rate", agent.reference]))
+                   for _ in range(CLIENTS)]
+        rates = [(rate(running), rate(running[:1])) for _ in range(sizes.rounds + 1)]
+    return {"clients8_over_1": ratios(*zip(*rates[1:]))}
 
 
 def events(bench):
     """Seconds for each event of a burst."""
     times = bench.turns("bench_events", {case: f"{case}:{bench.sizes.burst}" for case in ("raw", "one", "ten")})
-    return {"events_over_raw": median_ratio(times["raw"], times["one"]),
-            "events_10_over_1": median_ratio([10 * each for each in times["one"]], times["ten"])}
+    return {"events_over_raw": ratios(times["raw"], times["one"]),
+            "events_10_over_1": ratios([10 * each for each in times["one"]], times["ten"])}
 
 
 def module(bench):
@@ -118,12 +114,12 @@ def module(bench):
     times = bench.turns("bench_views", cases)
     large = bench.turns("bench_views", {"view": f"view:{n}", "large": f"view:{bench.sizes.large}"},
                         bench.sizes.large_rounds)
-    return {"view_scaling": median_ratio(large["large"], large["view"]),
-            "below_over_view_100k": median_ratio(times["below"], times["full"]),
-            "below_scaling_deep": median_ratio(times["deep"], times["less deep"]),
-            "below_plain_over_ours_20k": median_ratio(times["plain"], times["walk"]),
-            "exclusion_scaling": median_ratio(times["exclusion"], times["less exclusion"]),
-            "labels_over_plain_100k": median_ratio(times["labels"], times["no labels"])}
+    return {"view_scaling": ratios(large["large"], large["view"]),
+            "below_over_view_100k": ratios(times["below"], times["full"]),
+            "below_scaling_deep": ratios(times["deep"], times["less deep"]),
+            "below_plain_over_ours_20k": ratios(times["plain"], times["walk"]),
+            "exclusion_scaling": ratios(times["exclusion"], times["less exclusion"]),
+            "labels_over_plain_100k": ratios(times["labels"], times["no labels"])}
 
 
 def files(bench):
@@ -132,8 +128,8 @@ def files(bench):
     network = bench.stores.network(bench.sizes.nodes, links=0)
     times = bench.turns("bench_stores", {"start": f"start={store}", "read": f"read={store}",
                                          "import": f"import={network}", "insert": f"insert={store}"})
-    return {"start_over_read_100k": median_ratio(times["start"], times["read"]),
-            "import_over_insert_100k": median_ratio(times["import"], times["insert"])}
+    return {"start_over_read_100k": ratios(times["start"], times["read"]),
+            "import_over_insert_100k": ratios(times["import"], times["insert"])}
 
 
 # Which function measures which rows.

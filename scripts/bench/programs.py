@@ -1,7 +1,9 @@
 """The measured processes. Every process is a context manager, which ends the process."""
 
+import ctypes
 import os
 import select
+import signal
 import subprocess
 import tempfile
 import time
@@ -15,6 +17,12 @@ class Failure(Exception):
     """Raised when a program fails. The text is the reason."""
 
 
+def die_with_parent():
+    """Lets the kernel kill this process when the process that started it dies."""
+    pr_set_pdeathsig = 1
+    ctypes.CDLL(None).prctl(pr_set_pdeathsig, signal.SIGKILL)
+
+
 class Program:
     """A program whose output is read line by line."""
 
@@ -23,7 +31,8 @@ class Program:
         self.errors = tempfile.TemporaryFile()
         self.buffer = b""
         self.process = subprocess.Popen([str(word) for word in command], stdin=subprocess.PIPE,
-                                        stdout=subprocess.PIPE, stderr=self.errors, bufsize=0)
+                                        stdout=subprocess.PIPE, stderr=self.errors, bufsize=0,
+                                        preexec_fn=die_with_parent)
 
     def __enter__(self):
         return self
@@ -84,7 +93,7 @@ def run_rounds(command, warm_ups, rounds, cases, seconds=600):
     words = [*command, warm_ups, rounds, *cases]
     try:
         result = subprocess.run([str(word) for word in words], capture_output=True, text=True, timeout=seconds,
-                                check=False)
+                                check=False, preexec_fn=die_with_parent)
     except subprocess.TimeoutExpired:
         raise Failure(f"{command[0]}: not finished in {seconds} s") from None
     if result.returncode != 0:

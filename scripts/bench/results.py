@@ -9,9 +9,14 @@ BEGIN = "<!-- bench.sh writes the lines from here -->"
 END = "<!-- to here -->"
 
 
-def median_ratio(numerators, denominators):
-    """The median of the ratios of rounds. Raises ValueError for lists of different lengths."""
-    return statistics.median(a / b for a, b in zip(numerators, denominators, strict=True))
+def ratios(numerators, denominators):
+    """The ratio of each round. Raises ValueError for lists of different lengths."""
+    return [a / b for a, b in zip(numerators, denominators, strict=True)]
+
+
+def line_of(name, rounds):
+    """The median of a row for the eye, with the least and the greatest round."""
+    return f"{name:32} {statistics.median(rounds):7.3g}   ({min(rounds):.3g} to {max(rounds):.3g})"
 
 
 def missed(results, rows):

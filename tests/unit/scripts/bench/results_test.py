@@ -11,12 +11,15 @@ from rows import ROWS, Row, named
 
 
 class Ratios(unittest.TestCase):
-    def test_are_formed_for_each_round_before_the_median(self):
-        self.assertEqual(3, results.median_ratio([2, 9, 100], [2, 3, 1]))
+    def test_are_formed_for_each_round(self):
+        self.assertEqual([1, 3, 100], results.ratios([2, 9, 100], [2, 3, 1]))
 
     def test_of_rounds_that_differ_in_number_are_rejected(self):
         with self.assertRaises(ValueError):
-            results.median_ratio([1, 2], [1])
+            results.ratios([1, 2], [1])
+
+    def test_are_printed_as_their_median_and_range(self):
+        self.assertEqual("row 3 (1 to 100)", " ".join(results.line_of("row", [1, 3, 100]).split()))
 
 
 class Thresholds(unittest.TestCase):

@@ -92,7 +92,7 @@ class Runs(unittest.TestCase):
 
         def fake_group(bench):
             folders.append(bench.programs.name)
-            return {"small_call_over_ping": 1.5, "view_scaling": 10}
+            return {"small_call_over_ping": [9, 1.5, 1], "view_scaling": [10]}
 
         out = io.StringIO()
         options = argparse.Namespace(nodes=None, output=None, bin=pathlib.Path("/own"), bin_on_tao=folder)
