@@ -2,6 +2,8 @@
 #   TOPO_INSTALLED_TREE     the prefix, with all components
 #   TOPO_CONSUMER_OPTIONS   arguments of cmake that configure a project of its own with find_package(TopoManager) as this
 #                           build was configured: generator, compiler, flags and the folders of the packages
+#   TOPO_CONSUMER_FLAGS     options that the compiler must get from the package
+#   TOPO_WITHOUT_NOTIFICATION   an argument of cmake: the ORB has no stubs of the notification service
 #   topo_fake_orb_version(FOLDER VERSION)   a folder of headers for the variable OMNIORB_INCLUDE_DIR or TAO_INCLUDE_DIR,
 #                           in which the ORB has that version
 
@@ -17,8 +19,12 @@ set(TOPO_CONSUMER_OPTIONS
   "-DCMAKE_CXX_COMPILER_LAUNCHER=${CMAKE_CXX_COMPILER_LAUNCHER}"
   "-DCMAKE_CXX_FLAGS=${_flags}"
   "-DCMAKE_PREFIX_PATH=${TOPO_INSTALLED_TREE}")
+set(TOPO_CONSUMER_FLAGS)
+set(TOPO_WITHOUT_NOTIFICATION -DOMNIORB_SERVICES_INCLUDE_DIR=)
 if(TOPO_ORB STREQUAL "tao")
   list(APPEND TOPO_CONSUMER_OPTIONS "-DTAO_ROOT=${TAO_ROOT}")
+  set(TOPO_CONSUMER_FLAGS -fno-delete-null-pointer-checks)
+  set(TOPO_WITHOUT_NOTIFICATION -DTAO_CosNotification_LIBRARY=)
 endif()
 
 function(topo_fake_orb_version folder version)

@@ -1,8 +1,16 @@
-# Builds and runs the project PROJECT with the tree PREFIX in the folder OUT. BUILT_ON: the versions that it must print.
+# Builds and runs the project PROJECT with the tree PREFIX in the folder OUT. BUILT_ON: the versions that it must print;
+# FLAGS: options that the compiler must get from the package.
 
 string(REPLACE "," ";" options "${OPTIONS}")
 execute_process(COMMAND "${CMAKE_COMMAND}" ${options} "-DCMAKE_PREFIX_PATH=${PREFIX}" -S "${PROJECT}" -B "${OUT}"
   COMMAND_ERROR_IS_FATAL ANY)
+file(READ "${OUT}/compile_commands.json" commands)
+foreach(flag IN LISTS FLAGS)
+  string(FIND "${commands}" " ${flag} " position)
+  if(position EQUAL -1)
+    message(FATAL_ERROR "the compiler does not get ${flag}")
+  endif()
+endforeach()
 set(targets)
 if(TARGETS)
   set(targets --target ${TARGETS})
