@@ -1,5 +1,7 @@
 #include "topomanagementmgr/ParentChains.h"
 
+#include <algorithm>
+
 namespace topo {
 namespace {
 
@@ -12,45 +14,82 @@ bool isRootMarker(const std::string& id) {
 
 ParentChains::ParentChains(const std::string& subnetworkId,
                            const std::vector<NS_DOMAIN::TopoNode_T>& nodes)
-    : subnetworkId_(subnetworkId), nodes_(nodes), answers_(nodes.size(), Answer::kUnknown) {
-  first_.reserve(nodes.size());
-  for (std::size_t i = 0; i < nodes.size(); ++i) {
-    first_.emplace(nodes[i].nodeId, i);
+    : subnetworkId_(subnetworkId), nodes_(nodes) {
+  collectParents();
+  linkParents();
+}
+
+// The answer for nodes with this parent when the parent ends the chain, else kUnknown. Compares
+// with the subnetwork before the root markers: a subnetwork with the id "0" has children.
+ParentChains::Answer ParentChains::endOfChain(const std::string& parentId) const {
+  if (parentId == subnetworkId_) {
+    return Answer::kBelow;
+  }
+  return isRootMarker(parentId) ? Answer::kNotBelow : Answer::kUnknown;
+}
+
+void ParentChains::collectParents() {
+  parentOf_.reserve(nodes_.size());
+  const std::string* previous = nullptr;
+  for (const NS_DOMAIN::TopoNode_T& node : nodes_) {
+    // Nodes with the same parent usually follow each other.
+    if (previous != nullptr && *previous == node.parentId) {
+      parentOf_.push_back(parentOf_.back());
+      continue;
+    }
+    previous = &node.parentId;
+    const std::uint32_t parent = ids_.add(node.parentId);
+    if (parent == parents_.size()) {
+      parents_.push_back({endOfChain(node.parentId), kNone});
+      coarseIds_.add(node.parentId);
+    }
+    parentOf_.push_back(parent);
   }
 }
 
-// Compares with the subnetwork before the root markers: a subnetwork with the id "0" has children.
-ParentChains::Answer ParentChains::answerAt(const std::string& id, std::size_t& index) const {
-  if (id == subnetworkId_) {
-    return Answer::kBelow;
+void ParentChains::linkParents() {
+  for (std::size_t i = 0; i < nodes_.size(); ++i) {
+    const std::string& id = nodes_[i].nodeId;
+    const std::uint32_t parent = coarseIds_.mayContain(id) ? ids_.find(id) : kNone;
+    if (parent != kNone && parents_[parent].grandparent == kNone) {
+      parents_[parent].grandparent = parentOf_[i];
+    }
   }
-  if (isRootMarker(id)) {
-    return Answer::kNotBelow;
+  for (Parent& parent : parents_) {
+    if (parent.answer == Answer::kUnknown && parent.grandparent == kNone) {
+      parent.answer = Answer::kNotBelow;
+    }
   }
-  const auto node = first_.find(id);
-  if (node == first_.end()) {
-    return Answer::kNotBelow;
+}
+
+bool ParentChains::isBelowFor(std::uint32_t parent) {
+  std::vector<std::uint32_t> walked;
+  while (parents_[parent].answer == Answer::kUnknown) {
+    parents_[parent].answer = Answer::kWalking;
+    walked.push_back(parent);
+    parent = parents_[parent].grandparent;
   }
-  index = node->second;
-  // kWalking: the current walk has passed the node before, so the chain is a cycle.
-  return answers_[index] == Answer::kWalking ? Answer::kNotBelow : answers_[index];
+  // kWalking: this walk has passed the parent before, so the chain is a cycle.
+  const bool below = parents_[parent].answer == Answer::kBelow;
+  for (const std::uint32_t passed : walked) {
+    parents_[passed].answer = below ? Answer::kBelow : Answer::kNotBelow;
+  }
+  return below;
 }
 
 bool ParentChains::leadToSubnetwork(const std::string& parentId) {
-  std::vector<std::size_t> walked;
-  const std::string* id = &parentId;
-  std::size_t index = 0;
-  Answer answer = answerAt(*id, index);
-  while (answer == Answer::kUnknown) {
-    answers_[index] = Answer::kWalking;
-    walked.push_back(index);
-    id = &nodes_[index].parentId;
-    answer = answerAt(*id, index);
+  const std::uint32_t parent = ids_.find(parentId);
+  if (parent != kNone) {
+    return isBelowFor(parent);
   }
-  for (const std::size_t passed : walked) {
-    answers_[passed] = answer;
+  const Answer end = endOfChain(parentId);
+  if (end != Answer::kUnknown) {
+    return end == Answer::kBelow;
   }
-  return answer == Answer::kBelow;
+  const auto node =
+      std::find_if(nodes_.begin(), nodes_.end(),
+                   [&](const NS_DOMAIN::TopoNode_T& each) { return each.nodeId == parentId; });
+  return node != nodes_.end() && isBelow(static_cast<std::size_t>(node - nodes_.begin()));
 }
 
 }  // namespace topo

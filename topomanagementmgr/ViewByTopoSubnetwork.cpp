@@ -1,5 +1,7 @@
 // The view of the nodes below a topo subnetwork.
 
+#include <utility>
+
 #include "topo/Holder.h"
 #include "topo/Lookup.h"
 #include "topo/PlatformFailure.h"
@@ -26,14 +28,29 @@ std::string subnetworkIdOf(const globaldefs::NVSList_T& name) {
   return id;
 }
 
-void selectBelow(const std::string& subnetworkId, const std::vector<TopoNode_T>& all,
-                 std::vector<TopoNode_T>& selected) {
-  topo::ParentChains chains(subnetworkId, all);
-  for (const TopoNode_T& node : all) {
-    if (chains.leadToSubnetwork(node.parentId)) {
-      selected.push_back(node);
+// For each node whether the node is below the subnetwork.
+std::vector<bool> findBelow(const std::string& subnetworkId, const std::vector<TopoNode_T>& nodes) {
+  topo::ParentChains chains(subnetworkId, nodes);
+  std::vector<bool> below(nodes.size());
+  for (std::size_t i = 0; i < nodes.size(); ++i) {
+    below[i] = chains.isBelow(i);
+  }
+  return below;
+}
+
+// Removes all nodes that are not below the subnetwork. The others keep their order.
+void keepBelow(const std::string& subnetworkId, std::vector<TopoNode_T>& nodes) {
+  const std::vector<bool> below = findBelow(subnetworkId, nodes);
+  std::size_t kept = 0;
+  for (std::size_t i = 0; i < nodes.size(); ++i) {
+    if (below[i]) {
+      if (kept != i) {
+        nodes[kept] = std::move(nodes[i]);
+      }
+      ++kept;
     }
   }
+  nodes.resize(kept);
 }
 
 }  // namespace
@@ -46,10 +63,9 @@ bool TopoManagementMgr::isBelowTopoSubnetwork(const std::string& subnetworkId,
 
 CORBA::ULong TopoManagementMgr::getViewInfoByTopoSubnetwork(
     TopoManagementManager::NodeList_T& nodes, const globaldefs::NVSList_T& topoSubnetworkName) {
-  topo::Holder<std::vector<TopoNode_T>> all;
-  topo::Holder<std::vector<TopoNode_T>> selected;
+  topo::Holder<std::vector<TopoNode_T>> domainNodes;
   // getTopoSubnetworkViewBaseInfo has logged a failure; the view continues with the nodes so far.
-  static_cast<void>(getTopoSubnetworkViewBaseInfo(*all.get()));
-  selectBelow(subnetworkIdOf(topoSubnetworkName), *all, *selected);
-  return convertDomainNodesToTmf(nodes, *selected);
+  static_cast<void>(getTopoSubnetworkViewBaseInfo(*domainNodes.get()));
+  keepBelow(subnetworkIdOf(topoSubnetworkName), *domainNodes);
+  return convertDomainNodesToTmf(nodes, *domainNodes);
 }

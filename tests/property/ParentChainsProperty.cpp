@@ -63,8 +63,10 @@ Nodes randomTree(Random& random) {
 // Compares the answers for every node of a network, and for ids without a node.
 void expectTheOraclesAnswers(Random& random, const std::string& subnetworkId, const Nodes& nodes) {
   topo::ParentChains chains(subnetworkId, nodes);
-  for (const TopoNode_T& each : nodes) {
+  for (std::size_t i = 0; i < nodes.size(); ++i) {
+    const TopoNode_T& each = nodes[i];
     const bool expected = oracle::isBelow(subnetworkId, each.parentId, nodes);
+    ASSERT_EQ(chains.isBelow(i), expected) << each.parentId;
     ASSERT_EQ(chains.leadToSubnetwork(each.parentId), expected) << each.parentId;
     ASSERT_EQ(TopoManagementMgr::isBelowTopoSubnetwork(subnetworkId, each.parentId, nodes),
               expected)
@@ -115,8 +117,8 @@ Nodes longChain(const std::string& top) {
 int countBelow(const std::string& subnetworkId, const Nodes& nodes) {
   topo::ParentChains chains(subnetworkId, nodes);
   int below = 0;
-  for (const TopoNode_T& each : nodes) {
-    below += chains.leadToSubnetwork(each.parentId) ? 1 : 0;
+  for (std::size_t i = 0; i < nodes.size(); ++i) {
+    below += chains.isBelow(i) ? 1 : 0;
   }
   return below;
 }
