@@ -15,36 +15,34 @@ using NS_DOMAIN::ClockPositionInfo_T;
 using NS_DOMAIN::ClockTopoLinkInfo_T;
 using topologicalLink::TopologicalLink_T;
 
-// The TMF name of the network element of a reference TEXT=NUMBER; an empty name without "=". The
-// key belongs to the whole list; this function writes its number only.
-globaldefs::NVSList_T nameOfReference(const std::string& reference, DomainObjectKey& key) {
-  globaldefs::NVSList_T name;
+// Fills the TMF name of the network element of a reference TEXT=NUMBER; an empty name without "=".
+// The key belongs to the whole list; this function writes its number only.
+void setNameOfReference(globaldefs::NVSList_T& name, const std::string& reference,
+                        DomainObjectKey& key) {
+  topo::setLength(name, 0);
   const std::size_t separator = reference.find('=');
   if (separator != std::string::npos) {
     key.objectNumber =
         static_cast<std::int32_t>(std::strtoll(reference.c_str() + separator + 1, nullptr, 10));
     topo::lookup<CorbaUtilInterface>()->ConvertNEIndexToName(name, key);
   }
-  return name;
 }
 
 void fillNode(TopoManagementManager::Node_T& node, const ClockPositionInfo_T& position,
               DomainObjectKey& key) {
-  node.name = nameOfReference(position.reference, key);
+  setNameOfReference(node.name, position.reference, key);
   node.nativeEMSName = topo::duplicate(position.label.c_str());
   node.nodeParam1 = position.value1;
   node.nodeParam2 = position.value2;
   node.nodeType = 0;
-  node.relatedName = globaldefs::NVSList_T();
-  node.additionalInfo = globaldefs::NVSList_T();
+  topo::setLength(node.relatedName, 0);
+  topo::setLength(node.additionalInfo, 0);
 }
 
-globaldefs::NVSList_T nameOfLink(const std::string& linkId) {
-  globaldefs::NVSList_T name;
+void setNameOfLink(globaldefs::NVSList_T& name, const std::string& linkId) {
   topo::setLength(name, 2);
   topo::setPair(name, 0, "EMS", NS_CORBA::CorbaBaseAgentConfig::Instance()->EmsName());
   topo::setPair(name, 1, "ClockTopoLinkId", linkId);
-  return name;
 }
 
 // The stored label of a link, or else a default label.
@@ -56,25 +54,23 @@ std::string userLabelOf(const ClockTopoLinkInfo_T& clockLink) {
 }
 
 // The link type is the part of the native name before the first "/".
-globaldefs::NVSList_T linkTypeInfo(const std::string& nativeName) {
+void setLinkType(globaldefs::NVSList_T& info, const std::string& nativeName) {
   const std::size_t separator = nativeName.find('/');
-  globaldefs::NVSList_T info;
   topo::setLength(info, 1);
   topo::setPair(info, 0, "TOPO_LINK_TYPE",
                 separator == std::string::npos ? "" : nativeName.substr(0, separator));
-  return info;
 }
 
 void fillLink(TopologicalLink_T& link, const ClockTopoLinkInfo_T& clockLink, DomainObjectKey& key) {
-  link.name = nameOfLink(clockLink.linkId);
+  setNameOfLink(link.name, clockLink.linkId);
   link.userLabel = topo::duplicate(userLabelOf(clockLink).c_str());
   link.nativeEMSName = topo::duplicate(clockLink.nativeName.c_str());
   link.owner = topo::duplicate("");
   link.direction = globaldefs::CD_UNI;
   link.rate = 0;
-  link.aEndTP = nameOfReference(clockLink.aEndReference, key);
-  link.zEndTP = nameOfReference(clockLink.zEndReference, key);
-  link.additionalInfo = linkTypeInfo(clockLink.nativeName);
+  setNameOfReference(link.aEndTP, clockLink.aEndReference, key);
+  setNameOfReference(link.zEndTP, clockLink.zEndReference, key);
+  setLinkType(link.additionalInfo, clockLink.nativeName);
 }
 
 // Fills a record for each item, in order.
