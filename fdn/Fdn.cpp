@@ -1,5 +1,6 @@
 #include "fdn/Fdn.h"
 
+#include <algorithm>
 #include <charconv>
 #include <limits>
 #include <system_error>
@@ -21,17 +22,21 @@ bool isDigit(char character) {
 
 // An optional sign and the digits after the sign, at the start of a text.
 Decimal leadingDecimal(std::string_view text) {
-  // from_chars knows no plus sign.
-  const bool hasPlus = text.size() > 1 && text.front() == '+' && isDigit(text[1]);
-  const char* const start = text.data() + (hasPlus ? 1 : 0);
-  Decimal decimal;
-  const auto [end, error] = std::from_chars(start, text.data() + text.size(), decimal.value);
-  if (error == std::errc::result_out_of_range) {
-    decimal.value = *start == '-' ? std::numeric_limits<std::int32_t>::min()
-                                  : std::numeric_limits<std::int32_t>::max();
+  using Limits = std::numeric_limits<std::int32_t>;
+  const bool isNegative = !text.empty() && text.front() == '-';
+  const bool hasSign = isNegative || (!text.empty() && text.front() == '+');
+  const std::size_t start = hasSign ? 1 : 0;
+  const std::int64_t limit = isNegative ? -std::int64_t{Limits::min()} : Limits::max();
+  std::int64_t magnitude = 0;
+  std::size_t end = start;
+  for (; end < text.size() && isDigit(text[end]); ++end) {
+    magnitude = std::min(magnitude * 10 + (text[end] - '0'), limit + 1);
   }
-  decimal.isExact = error == std::errc();
-  decimal.length = static_cast<std::size_t>(end - text.data());
+  const std::int64_t clamped = std::min(magnitude, limit);
+  Decimal decimal;
+  decimal.value = static_cast<std::int32_t>(isNegative ? -clamped : clamped);
+  decimal.isExact = end > start && magnitude <= limit;
+  decimal.length = end;
   return decimal;
 }
 

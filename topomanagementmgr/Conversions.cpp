@@ -1,6 +1,7 @@
 // Converts domain records into TMF names and nodes.
 
 #include <map>
+#include <string_view>
 
 #include "platform/agent/AgentConfig.h"
 #include "platform/agent/Failures.h"
@@ -44,15 +45,16 @@ CORBA::ULong convertFdn(globaldefs::NVSList_T& name, const std::string& fdn) {
   Parts parts;
   NS_UTIL::UtilCommon::Instance()->GetSpliteFDNData(parts, fdn, ",");
   const std::string className = NS_UTIL::UtilCommon::Instance()->GetMoc(fdn);
-  if (className == "NE") {
+  const std::string_view known = className;  // compares without a call
+  if (known == "NE") {
     DomainObjectKey key{0, partNumber(parts, className, -1)};
     return topo::lookup<CorbaUtilInterface>()->ConvertNEIndexToName(name, key);
   }
-  if (className == "ONE") {
+  if (known == "ONE") {
     DomainObjectKey key{0, partNumber(parts, className, 0)};
     return topo::lookup<CorbaUtilInterface>()->ConvertONEIndexToName(name, key);
   }
-  if (className == "OS") {
+  if (known == "OS") {
     std::int32_t number = partNumber(parts, className, 0);
     return topo::lookup<CorbaUtilInterface>()->ConvertOSIndexToName(name, number);
   }
@@ -98,7 +100,7 @@ CORBA::ULong TopoManagementMgr::convertDomainNodeToTmf(TopoManagementManager::No
   if (!convertNodeType(node.nodeType, domainNode.nodeType)) {
     return conversionFailed(__LINE__, kTypeFailed);
   }
-  if (domainNode.nodeId == NS_DOMAIN::kZeroId) {
+  if (domainNode.nodeId == std::string_view(NS_DOMAIN::kZeroId)) {
     return conversionFailed(__LINE__, kIdIsZero);
   }
   CORBA::ULong code = convertDomainToTmfObjName(node.name, domainNode.nodeType, domainNode.nodeId);

@@ -104,6 +104,7 @@ void appendElements(DomainFacet* domain, const std::vector<NEIndex>& indexes,
                     std::vector<TopoNode_T>& nodes) {
   topo::Holder<std::vector<NE_T>> elements;
   domain->GetNEData()->GetNEList(elements.get(), indexes);
+  nodes.reserve(nodes.size() + elements->size());
   for (const NE_T& element : *elements) {
     nodes.push_back(elementNode(element));
   }
