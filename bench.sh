@@ -19,6 +19,8 @@ scripts/setup.sh
 scripts/build.sh release bench_programs
 tao=()
 if [ -n "${TOPO_TAO_BUILD:-}" ]; then
+  echo "build: $TOPO_TAO_BUILD"
+  cmake "$TOPO_TAO_BUILD" -DTOPO_BENCH=ON >/dev/null
   cmake --build "$TOPO_TAO_BUILD" --target bench_programs >/dev/null
   tao=(--bin-on-tao "$TOPO_TAO_BUILD/bin")
 fi

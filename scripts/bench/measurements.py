@@ -38,10 +38,12 @@ def calls(bench):
             Program([bench.programs / "bench_http", agent.reference]) as http:
         servant, iterator, port = echo.read_line(), echo.read_line(), http.read_line()
         views = bench.turns("bench_calls", {"echo": f"view={servant}", "view": f"view={agent.reference}",
-                                            "walk": f"walk:{sizes.batch}={agent.reference}"})
-        links = bench.turns("bench_calls", {"echo": f"links={servant}", "links": f"links={agent.reference}"})
+                                            "walk": f"walk:{sizes.batch}={agent.reference}"}, sizes.short_rounds)
+        links = bench.turns("bench_calls", {"echo": f"links={servant}", "links": f"links={agent.reference}"},
+                            sizes.short_rounds)
         small = bench.turns("bench_calls", {"ping": f"empty:{sizes.calls}={iterator}",
-                                            "call": f"capabilities:{sizes.calls}={agent.reference}"})
+                                            "call": f"capabilities:{sizes.calls}={agent.reference}"},
+                            sizes.short_rounds)
         json = bench.turns("bench_calls", {"view": f"view={agent.reference}", "json": f"json={port}"})
     return {"view_over_echo_100k": ratios(views["view"], views["echo"]),
             "iterate_over_single_100k": ratios(views["walk"], views["view"]),

@@ -14,6 +14,11 @@ class Sizes:
         return 10 * self.nodes
 
     @property
+    def short_rounds(self):
+        """Of measurements that take a fraction of a second."""
+        return 2 * self.rounds
+
+    @property
     def large_rounds(self):
         return min(self.rounds, 5)
 
