@@ -142,7 +142,7 @@ bool Host::endsWithin(Milliseconds time) {
   return process_ && process_->endsWithin(time);
 }
 
-std::string Host::describeEnd() const {
+std::string Host::describeEnd() {
   return process_->describeEnd();
 }
 

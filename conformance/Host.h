@@ -64,7 +64,7 @@ class Host {
 
   // Whether the process of the host has ended or ends within the time. False without a process.
   bool endsWithin(std::chrono::milliseconds time);
-  std::string describeEnd() const;  // REQUIRES: endsWithin has returned true
+  std::string describeEnd();  // REQUIRES: endsWithin has returned true
 
   // 0 without a process.
   pid_t pid() const { return process_ ? process_->pid() : 0; }

@@ -1,6 +1,5 @@
 #include "conformance/HostProcess.h"
 
-#include <fcntl.h>
 #include <poll.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
@@ -22,7 +21,6 @@ using Milliseconds = HostProcess::Milliseconds;
 constexpr Milliseconds kPollInterval{10};
 
 constexpr std::size_t kLongestLine = 1 << 20;  // longer lines are split
-constexpr long kLongestErrorLine = 64 << 10;   // of the standard error, the begin is cut
 
 [[noreturn]] void fail(const char* what) {
   throw std::system_error(errno, std::generic_category(), what);
@@ -63,6 +61,7 @@ struct Image {
   int in;
   int out;
   int err;
+  int result;  // gets the errno of a failed exec; closed by a successful one
   pid_t parent;
 };
 
@@ -80,7 +79,30 @@ struct Image {
   sigemptyset(&none);
   sigprocmask(SIG_SETMASK, &none, nullptr);
   execvpe(image.arguments[0], image.arguments, image.environment);
+  const int reason = errno;
+  [[maybe_unused]] const ssize_t written = write(image.result, &reason, sizeof reason);
   _exit(127);
+}
+
+// Waits for the exec of the child. Returns its errno, or 0 after a success.
+int resultOfExec(int descriptor) {
+  int reason = 0;
+  ssize_t count = -1;
+  do {
+    count = read(descriptor, &reason, sizeof reason);
+  } while (count < 0 && errno == EINTR);
+  return count == sizeof reason ? reason : 0;
+}
+
+// A script whose interpreter is missing fails as a missing program does.
+std::string describeExecFailure(const std::string& program, int reason) {
+  const bool hasFile = program.find('/') != std::string::npos && access(program.c_str(), F_OK) == 0;
+  if (reason == ENOENT && !hasFile) {
+    return "the program " + program + " does not exist";
+  }
+  return "the program " + program + " cannot be executed: " +
+         (reason == ENOENT ? "its interpreter does not exist"
+                           : std::generic_category().message(reason));
 }
 
 // Whether the descriptor is ready before the deadline.
@@ -100,19 +122,8 @@ bool waitFor(int descriptor, short events, Clock::time_point deadline) {
 
 }  // namespace
 
-void HostProcess::Descriptor::reset(int value) {
-  if (value_ >= 0) {
-    close(value_);
-  }
-  value_ = value;
-}
-
 HostProcess::HostProcess(const std::vector<std::string>& command,
-                         const std::vector<std::string>& environment)
-    : err_(std::tmpfile(), std::fclose) {
-  if (!err_) {
-    fail("a temporary file for the standard error of the host");
-  }
+                         const std::vector<std::string>& environment) {
   start(command, environment);
 }
 
@@ -122,20 +133,12 @@ void HostProcess::start(const std::vector<std::string>& command,
   std::vector<std::string> variables = environmentWith(environment);
   const std::vector<char*> argumentPointers = pointers(arguments);
   const std::vector<char*> variablePointers = pointers(variables);
-  std::array<int, 2> in{};
-  std::array<int, 2> out{};
-  if (pipe2(in.data(), O_CLOEXEC) != 0) {
-    fail("a pipe to the host");
-  }
-  const Descriptor readEnd(in[0]);
-  in_.reset(in[1]);
-  if (pipe2(out.data(), O_CLOEXEC) != 0) {
-    fail("a pipe from the host");
-  }
-  out_.reset(out[0]);
-  const Descriptor writeEnd(out[1]);
-  const Image image = {argumentPointers.data(), variablePointers.data(), readEnd.get(),
-                       writeEnd.get(),          fileno(err_.get()),      getpid()};
+  Pipe in("a pipe to the host");
+  Pipe out("a pipe from the host");
+  Pipe result("a pipe for the result of the start");
+  const Image image = {
+      argumentPointers.data(), variablePointers.data(), in.read.get(), out.write.get(),
+      err_.writeEnd(),         result.write.get(),      getpid()};
   pid_ = fork();
   if (pid_ == 0) {
     become(image);
@@ -144,10 +147,22 @@ void HostProcess::start(const std::vector<std::string>& command,
     fail("a process for the host");
   }
   setpgid(pid_, pid_);  // also here, so that a kill of the group never comes too early
+  in_.reset(in.write.release());
+  out_.reset(out.read.release());
+  err_.closeWriteEnd();
+  result.write.reset();
+  if (const int reason = resultOfExec(result.read.get()); reason != 0) {
+    kill();
+    throw NotExecuted(describeExecFailure(command.front(), reason));
+  }
 }
 
 HostProcess::~HostProcess() {
-  kill(-pid_, SIGKILL);
+  kill();
+}
+
+void HostProcess::kill() {
+  ::kill(-pid_, SIGKILL);
   if (!ended_) {
     waitpid(pid_, nullptr, 0);
   }
@@ -194,7 +209,7 @@ bool HostProcess::writeLine(const std::string& line, Milliseconds timeout) {
 
 void HostProcess::send(int signal) const {
   if (!ended_) {
-    kill(pid_, signal);
+    ::kill(pid_, signal);
   }
 }
 
@@ -212,33 +227,16 @@ bool HostProcess::endsWithin(Milliseconds time) {
   return true;
 }
 
-std::string HostProcess::lastErrorLine() const {
-  std::string last;
-  std::string line;
-  if (std::fseek(err_.get(), -kLongestErrorLine, SEEK_END) != 0) {
-    std::rewind(err_.get());
-  }
-  for (int c = std::fgetc(err_.get()); c != EOF; c = std::fgetc(err_.get())) {
-    if (c != '\n') {
-      line.push_back(static_cast<char>(c));
-    } else {
-      last = line.empty() ? last : line;
-      line.clear();
-    }
-  }
-  return line.empty() ? last : line;
-}
-
 std::string describeLastLine(const std::string& line) {
   return line.empty() ? "" : "; its last line was \"" + line.substr(0, 200) + '"';
 }
 
-std::string HostProcess::describeEnd() const {
-  const std::string line = lastErrorLine();
+std::string HostProcess::describeEnd() {
+  const std::string line = err_.reason();
   const std::string how = WIFSIGNALED(status_)
                               ? "signal " + std::to_string(WTERMSIG(status_)) + " ended it"
                               : "it ended with status " + std::to_string(WEXITSTATUS(status_));
-  return line.empty() ? how : how + ", last line of its standard error: " + line;
+  return line.empty() ? how : how + ", from its standard error: " + line;
 }
 
 }  // namespace conformance

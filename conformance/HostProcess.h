@@ -6,21 +6,28 @@
 #include <sys/types.h>
 
 #include <chrono>
-#include <cstdio>
-#include <memory>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "conformance/Descriptor.h"
+#include "conformance/ErrorTail.h"
+
 namespace conformance {
 
-// A running program with pipes to its standard input and output. The program leads a process group
-// of its own. The destructor kills the group, and the kernel kills the program when
+// The program does not exist or cannot be executed; what() has the reason. As std::runtime_error.
+class NotExecuted : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+// A running program with pipes to its standard input, output and error. The program leads a process
+// group of its own. The destructor kills the group, and the kernel kills the program when
 // topo-conformance dies.
 //
-// Thread-safety: none. Owns the process, its pipes, and a temporary file with its standard error.
-// Errors: the constructor throws std::system_error. A program that cannot be executed ends with
-// status 127.
+// Thread-safety: none. Owns the process and its pipes. Errors: the constructor throws NotExecuted
+// and std::system_error.
 class HostProcess {
  public:
   using Milliseconds = std::chrono::milliseconds;
@@ -49,34 +56,19 @@ class HostProcess {
 
   bool endedWell() const { return ended_ && status_ == 0; }
 
-  // "it ended with status 1" or "signal 11 ended it", with the last line of the host's standard
-  // error, at most the last 64 KiB of the line. REQUIRES: endsWithin has returned true.
-  std::string describeEnd() const;
+  // "it ended with status 1" or "signal 11 ended it", with ErrorTail::reason. REQUIRES: endsWithin
+  // has returned true.
+  std::string describeEnd();
 
  private:
-  // Owns a file descriptor and closes it in the destructor. Thread-safety: none. Never fails.
-  class Descriptor {
-   public:
-    explicit Descriptor(int value = -1) : value_(value) {}
-    ~Descriptor() { reset(); }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-
-    int get() const { return value_; }
-    void reset(int value = -1);
-
-   private:
-    int value_;
-  };
-
   void start(const std::vector<std::string>& command, const std::vector<std::string>& environment);
   std::optional<std::string> takeLine();
-  std::string lastErrorLine() const;
+  void kill();
 
   pid_t pid_ = -1;
   Descriptor in_;   // the end that this process writes
   Descriptor out_;  // the end that this process reads
-  std::unique_ptr<std::FILE, int (*)(std::FILE*)> err_;
+  ErrorTail err_;
   std::string read_;  // of the output, not returned yet
   bool ended_ = false;
   int status_ = 0;  // as waitpid gives it

@@ -3,7 +3,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <fstream>
 #include <string>
+
+#include "tests/support/TemporaryDirectory.h"
 
 namespace {
 
@@ -56,6 +60,50 @@ TEST(HostProcess, DescribesTheEndWithABoundedLastLineOfTheStandardError) {
   EXPECT_THAT(text, HasSubstr("it ended with status 3"));
   EXPECT_THAT(text, EndsWith("the end"));
   EXPECT_LT(text.size(), 70000U);
+}
+
+TEST(HostProcess, StoresTheStandardErrorInNoFile) {
+  HostProcess host({"/bin/sh", "-c",
+                    "ulimit -f 1; (yes | tr -d '\\n' | head -c 3000000; echo; echo the end) >&2; "
+                    "exit 3"},
+                   {});
+  ASSERT_TRUE(host.endsWithin(kLong));
+  EXPECT_EQ(host.describeEnd(), "it ended with status 3, from its standard error: the end");
+}
+
+TEST(HostProcess, PrefersTheLineWithAnUndefinedSymbolInTheDescriptionOfTheEnd) {
+  HostProcess host(
+      {"/bin/sh", "-c", "(echo a; echo 'x.so: undefined symbol: f'; echo b) >&2; exit 1"}, {});
+  ASSERT_TRUE(host.endsWithin(kLong));
+  EXPECT_THAT(host.describeEnd(), EndsWith("standard error: x.so: undefined symbol: f"));
+}
+
+TEST(HostProcess, EndsWhileAnotherProcessHasItsStandardError) {
+  HostProcess host({"/bin/sh", "-c", "(exec sleep 600) & echo last >&2; exit 3"}, {});
+  ASSERT_TRUE(host.endsWithin(kLong));
+  EXPECT_THAT(host.describeEnd(), EndsWith("last"));
+}
+
+std::string reasonOfNoStart(const std::string& program) {
+  try {
+    HostProcess({program}, {});
+  } catch (const conformance::NotExecuted& failure) {
+    return failure.what();
+  }
+  return "";
+}
+
+TEST(HostProcess, SaysWhyAProgramIsNotExecuted) {
+  const support::TemporaryDirectory directory;
+  std::ofstream(directory.file("script")) << "#!/no/such/interpreter\n";
+  std::filesystem::permissions(directory.file("script"), std::filesystem::perms::owner_all);
+  EXPECT_EQ(reasonOfNoStart("./nohost"), "the program ./nohost does not exist");
+  EXPECT_EQ(reasonOfNoStart("no-such-host"), "the program no-such-host does not exist");
+  EXPECT_EQ(reasonOfNoStart("/etc/passwd"),
+            "the program /etc/passwd cannot be executed: Permission denied");
+  EXPECT_EQ(reasonOfNoStart(directory.file("script")),
+            "the program " + directory.file("script") +
+                " cannot be executed: its interpreter does not exist");
 }
 
 }  // namespace
