@@ -22,6 +22,7 @@ struct Context {
   std::chrono::milliseconds timeout;  // of each step
   std::string failInitFile;           // while the file exists, the init of the probe fails
   bool refusesEvents = false;         // a check has found that the module receives no events
+  bool lacksConsumer = false;         // a check has found no way for notifications to arrive
 
   TopoManagementManager::TopoMgr_I_ptr manager() const { return host.manager(); }
 };

@@ -1,7 +1,10 @@
 #include "conformance/Options.h"
 
 #include <CLI/CLI.hpp>
+#include <regex>
 #include <sstream>
+
+#include "conformance/HostProtocol.h"
 
 namespace conformance {
 namespace {
@@ -10,7 +13,8 @@ void describe(CLI::App& app, Options& options, int& seconds) {
   app.footer(
       "Start a host: topo-conformance [OPTIONS] -- HOST ARGUMENTS...\n"
       "Check a running host: topo-conformance [OPTIONS] --agent REFERENCE\n"
-      "In ARGUMENTS \"{module}\" is the path of the module that the host has to load.\n"
+      "In ARGUMENTS \"{module}\" is the path of the module that the host has to load, and\n"
+      "\"{consumer}\" the reference of a consumer to which the host pushes its notifications.\n"
       "Exit status: 0 all checks have passed, 1 a rule is broken, 2 the checks could not be run.");
   app.add_option("--module", options.module, "the module; default: the installed module")
       ->type_name("PATH");
@@ -30,6 +34,27 @@ void describe(CLI::App& app, Options& options, int& seconds) {
 void requireOneHost(const Options& options) {
   if (options.agent.empty() == options.command.empty()) {
     throw UsageError("give either the command of a host, after --, or --agent REFERENCE");
+  }
+  if (options.usesConsole && !options.agent.empty()) {
+    throw UsageError(
+        "--console is for the command of a host: with --agent, a console is used when there is "
+        "one");
+  }
+}
+
+// A word in braces. "${WORD}" is left to a shell.
+void requireKnownPlaceholders(const std::vector<std::string>& command) {
+  const std::regex placeholder(R"(\{[A-Za-z_-]+\})");
+  for (const std::string& argument : command) {
+    for (std::sregex_iterator match(argument.begin(), argument.end(), placeholder), end;
+         match != end; ++match) {
+      const std::string word = match->str();
+      const bool isVariable = match->position() > 0 && argument[match->position() - 1] == '$';
+      if (!isVariable && word != kModulePlaceholder && word != kConsumerPlaceholder) {
+        throw UsageError("unknown placeholder " + word + " in the argument \"" + argument + "\": " +
+                         kModulePlaceholder + " and " + kConsumerPlaceholder + " are known");
+      }
+    }
   }
 }
 
@@ -54,6 +79,7 @@ Options parseOptions(int argc, const char* const argv[], const DefaultPaths& def
   }
   options.timeout = std::chrono::seconds(seconds);
   requireOneHost(options);
+  requireKnownPlaceholders(options.command);
   return options;
 }
 

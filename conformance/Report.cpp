@@ -1,6 +1,7 @@
 #include "conformance/Report.h"
 
 #include <ostream>
+#include <stdexcept>
 
 #include "client/base/Utf8.h"
 #include "conformance/shared/ProbeProtocol.h"
@@ -45,11 +46,20 @@ void Report::add(const Result& result) {
                        : result.outcome == Outcome::kFail ? failed_
                                                           : skipped_;
   ++count;
-  out_ << format(result) << std::endl;  // a reader sees each line at once
+  print(format(result));
 }
 
 void Report::finish() {
-  out_ << passed_ << " passed, " << failed_ << " failed, " << skipped_ << " skipped" << std::endl;
+  print(std::to_string(passed_) + " passed, " + std::to_string(failed_) + " failed, " +
+        std::to_string(skipped_) + " skipped");
+}
+
+// A reader sees each line at once.
+void Report::print(const std::string& line) {
+  out_ << line << std::endl;
+  if (!out_) {
+    throw std::runtime_error("the results cannot be written to the standard output");
+  }
 }
 
 int Report::exitStatus() const {

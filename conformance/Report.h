@@ -25,12 +25,16 @@ std::string format(const Result& result);
 
 // Prints results as they arrive.
 //
-// Thread-safety: none. Borrows the stream. Errors: those of the stream are ignored.
+// Thread-safety: none. Borrows the stream. Errors: std::runtime_error when the stream takes no
+// more.
 class Report {
  public:
   explicit Report(std::ostream& out) : out_(out) {}
 
   void add(const Result& result);
+
+  // Prints a line of its own.
+  void note(const std::string& text) { print(text); }
 
   // Prints the line with the counts.
   void finish();
@@ -39,6 +43,8 @@ class Report {
   int exitStatus() const;
 
  private:
+  void print(const std::string& line);
+
   std::ostream& out_;
   std::size_t passed_ = 0;
   std::size_t failed_ = 0;

@@ -94,11 +94,14 @@ int run(const Options& options, std::ostream& out, std::ostream& err) {
     Receiver receiver(*server);
     const CORBA::String_var consumer = server->get()->object_to_string(receiver.reference());
     Host host(options, *server, consumer.in());
-    Context context = {host, receiver, *server, options.timeout, directory.path() + "/fail-init",
-                       false};
+    Context context = {host,  receiver, *server, options.timeout, directory.path() + "/fail-init",
+                       false, false};
     host.require(Plugin::kModule);
     Report report(out);
     runChecks(context, report, directory.path());
+    if (context.lacksConsumer && host.isOwn()) {
+      report.note("notifications were not checked: add {consumer} to the arguments of the host");
+    }
     report.finish();
     return report.exitStatus();
   } catch (const CORBA::Exception& failure) {

@@ -31,6 +31,7 @@ class Subscription {
       subscribe(context);
     } catch (const CORBA::OBJECT_NOT_EXIST&) {
       throw Skipped(std::string("the host has no session at the key ") + object_key::kSession +
+      context.lacksConsumer = true;
                     " and no {consumer} in its command");
     }
   }

@@ -45,6 +45,27 @@ TEST(ConformanceOptions, RejectUnknownOptionsAndTimeouts) {
   EXPECT_THROW(parse({"--timeout", "x", "--", "host"}), UsageError);
 }
 
+std::string refusalOf(const std::vector<const char*>& arguments) {
+  try {
+    parse(arguments);
+  } catch (const UsageError& failure) {
+    return failure.what();
+  }
+  return "";
+}
+
+TEST(ConformanceOptions, RejectUnknownPlaceholders) {
+  EXPECT_EQ(refusalOf({"--", "host", "{modul}"}),
+            "unknown placeholder {modul} in the argument \"{modul}\": {module} and {consumer} are "
+            "known");
+  EXPECT_THAT(refusalOf({"--", "host", "{module}{Consumer}"}), HasSubstr("{Consumer}"));
+  EXPECT_EQ(refusalOf({"--", "host", "--module={module},{consumer}", "${HOME}", "{\"a\": 1}"}), "");
+}
+
+TEST(ConformanceOptions, RejectTheConsoleOfARunningHost) {
+  EXPECT_THAT(refusalOf({"--console", "--agent", "x"}), HasSubstr("--console"));
+}
+
 TEST(ConformanceOptions, HelpNamesThePlaceholder) {
   EXPECT_THAT(parse({"--help"}).notice, HasSubstr("{module}"));
 }

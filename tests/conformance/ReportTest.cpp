@@ -49,4 +49,12 @@ TEST(ConformanceReport, HasStatus1AfterAFailureOnly) {
   EXPECT_EQ(report.exitStatus(), 1);
 }
 
+TEST(ConformanceReport, ThrowsWhenTheStreamTakesNoMore) {
+  std::ostringstream out;
+  Report report(out);
+  out.setstate(std::ios::badbit);
+  EXPECT_THROW(report.add({Outcome::kPass, "a", "b", ""}), std::runtime_error);
+  EXPECT_THROW(report.finish(), std::runtime_error);
+}
+
 }  // namespace
