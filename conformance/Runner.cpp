@@ -15,19 +15,15 @@ void fail(Result& result, const std::string& reason) {
 
 void Runner::conclude(Result& result, const std::function<void(Context&)>& check, Plugin plugin) {
   bool isStuck = false;
-  bool& startFailed = startFailed_[plugin == Plugin::kProbe ? 1 : 0];
   try {
-    if (startFailed) {
-      throw Skipped("the host does not start");
-    }
-    context_.host.require(plugin);
+    start(plugin);
     check(context_);
   } catch (const Skipped& reason) {
     result.outcome = Outcome::kSkip;
     result.reason = reason.what();
   } catch (const StartFailed& failure) {
-    startFailed = true;
     fail(result, failure.what());
+    context_.host.kill();  // the reason has the end of the process
   } catch (const globaldefs::ProcessingFailureException& refusal) {
     fail(result, std::string("the host refuses the call: ") + refusal.errorReason.in());
   } catch (const CORBA::SystemException& failure) {
@@ -43,6 +39,17 @@ void Runner::conclude(Result& result, const std::function<void(Context&)>& check
   if (isStuck && !context_.host.endsWithin(kDeath)) {
     context_.host.kill();
   }
+}
+
+// Later checks need the same start: they are skipped after a failure.
+void Runner::start(Plugin plugin) {
+  bool& startFailed = startFailed_[plugin == Plugin::kProbe ? 1 : 0];
+  if (startFailed) {
+    throw Skipped("the host does not start");
+  }
+  startFailed = true;
+  context_.host.require(plugin);
+  startFailed = false;
 }
 
 void Runner::explainEnd(Result& result) {

@@ -25,6 +25,7 @@ class Runner {
   void run(const Check& check) { run(check.rule, check.text, check.plugin, check.run); }
 
  private:
+  void start(Plugin plugin);
   void conclude(Result& result, const std::function<void(Context&)>& check, Plugin plugin);
   void explainEnd(Result& result);
 

@@ -39,7 +39,9 @@ void skipUnlessOwn(Context& context) {
 
 void checkBoundSymbols(Context& context) {
   skipUnlessOwn(context);
-  context.host.start(Plugin::kModule, {"LD_BIND_NOW=1"});
+  // With ACE_DEBUG=1, ACE prints the reason of a failed load.
+  context.host.start(Plugin::kModule, {"LD_BIND_NOW=1", "ACE_DEBUG=1"});
+  context.host.stop();  // the other checks use the environment of the user
 }
 
 void checkReloads(Context& context) {

@@ -20,6 +20,7 @@ namespace {
 using support::Ended;
 using testing::HasSubstr;
 using testing::MatchesRegex;
+using testing::Not;
 using testing::StartsWith;
 
 using Words = std::vector<std::string>;
@@ -92,6 +93,36 @@ TEST_F(Conformance, EndsWithStatus2ForAWrongCommandLine) {
   const Ended run = conformance({});
   EXPECT_EQ(run.status, 2);
   EXPECT_THAT(run.err, StartsWith("topo-conformance: give either the command of a host"));
+  EXPECT_EQ(conformance({"--", "/bin/true", "{modul}"}).status, 2);
+}
+
+TEST_F(Conformance, EndsWithAFailureWhenItsOutputCannotBeWritten) {
+  const std::string program = TOPO_CONFORMANCE;
+  for (const std::string& arguments : {std::string("-- ") + TOPO_SAMPLE_HOST + " {module}",
+                                       std::string("--help"), std::string("--version")}) {
+    const Ended run = support::run("/bin/sh", {"-c", program + ' ' + arguments + " > /dev/full"});
+    EXPECT_EQ(run.status, 2) << arguments;
+  }
+}
+
+TEST_F(Conformance, SaysThatNotificationsWereNotChecked) {
+  const Ended run = conformance({"--timeout", "5", "--", TOPO_SAMPLE_HOST, "{module}"});
+  EXPECT_EQ(run.status, 0) << run.out << run.err;
+  EXPECT_THAT(run.out, HasSubstr("\nnotifications were not checked: add {consumer} "));
+  EXPECT_THAT(lastLine(run.out), HasSubstr(" 0 failed, "));
+}
+
+// A start with lazy binding succeeds, so the other rules are checked.
+TEST_F(Conformance, NamesTheUndefinedSymbolOnceAndChecksTheOtherRules) {
+  const Ended run = checkHost(TOPO_FAULTY_HOSTS_FOLDER "/faulty_host_lacks_a_function");
+  std::istringstream lines(run.out);
+  std::string line;
+  while (std::getline(lines, line) && line.find("link.symbols") == std::string::npos) {
+  }
+  EXPECT_THAT(line, MatchesRegex("FAIL  link\\.symbols  .*undefined symbol: .*resetObject.*"));
+  EXPECT_EQ(line.find("ended with status"), line.rfind("ended with status")) << line;
+  EXPECT_THAT(run.out, HasSubstr("\npass  views.interfaces  "));
+  EXPECT_THAT(run.out, Not(HasSubstr("the host does not start")));
 }
 
 TEST_F(Conformance, EndsWithStatus2ForAModuleOrProbeThatIsNoFile) {
