@@ -1,9 +1,12 @@
 #include "conformance/Host.h"
 
 #include <csignal>
+#include <fstream>
+#include <iterator>
 #include <utility>
 
 #include "conformance/HostProtocol.h"
+#include "conformance/shared/Verdict.h"
 #include "idl/ObjectKeys.h"
 #include "orb/resolve.h"
 
@@ -30,6 +33,13 @@ const std::string& Host::pathOf(Plugin plugin) const {
 std::string Host::pluginFile() const {
   const std::string& path = pathOf(plugin_);
   return path.substr(path.rfind('/') + 1);
+}
+
+std::size_t Host::mappedFiles() const {
+  std::ifstream file("/proc/" + std::to_string(pid()) + "/maps");
+  conformance::require(file.is_open(), "the memory map of the host's process cannot be read");
+  const std::string maps{std::istreambuf_iterator<char>(file), {}};
+  return countMappedFiles(maps, pluginFile());
 }
 
 void Host::require(Plugin plugin) {

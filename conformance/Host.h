@@ -72,6 +72,10 @@ class Host {
   // The base name of the plug-in that is loaded.
   std::string pluginFile() const;
 
+  // The number of different files with the plug-in that the process maps. Throws Broken when the
+  // map cannot be read. REQUIRES: isOwn.
+  std::size_t mappedFiles() const;
+
   TopoManagementManager::TopoMgr_I_ptr manager() const { return manager_.in(); }
   CORBA::Object_ptr objectBeside(const char* key) const;  // a new reference
   Operator& op() const { return *operator_; }

@@ -1,5 +1,6 @@
 #include "conformance/Receiver.h"
 
+#include "conformance/EventLayout.h"
 #include "conformance/Records.h"
 #include "idl/NotificationLayout.h"
 #include "orb/idl/TopoManagementManager.h"
@@ -9,17 +10,8 @@ namespace {
 
 namespace layout = notification_layout;
 
-const CORBA::Any* field(const CosNotification::StructuredEvent& event, const char* name) {
-  for (CORBA::ULong i = 0; i < event.filterable_data.length(); ++i) {
-    if (std::string(event.filterable_data[i].name.in()) == name) {
-      return &event.filterable_data[i].value;
-    }
-  }
-  return nullptr;
-}
-
 void readAttributes(const CosNotification::StructuredEvent& event, Notification& result) {
-  const CORBA::Any* const value = field(event, layout::kAttributeList);
+  const CORBA::Any* const value = fieldOf(event, layout::kAttributeList);
   const notifications::NVList_T* attributes = nullptr;
   const char* text = nullptr;
   if (value != nullptr && (*value >>= attributes) && attributes->length() == 1) {
@@ -30,8 +22,10 @@ void readAttributes(const CosNotification::StructuredEvent& event, Notification&
 
 Notification read(const CosNotification::StructuredEvent& event) {
   Notification result;
+  result.id = idOf(event);
+  result.layoutFault = layoutFaultOf(event);
   result.type = event.header.fixed_header.event_type.type_name.in();
-  const CORBA::Any* const name = field(event, layout::kObjectName);
+  const CORBA::Any* const name = fieldOf(event, layout::kObjectName);
   const globaldefs::NVSList_T* pairs = nullptr;
   if (name != nullptr && (*name >>= pairs)) {
     result.object = toText(*pairs);

@@ -19,11 +19,13 @@ namespace conformance {
 
 // The fields of a notification that the checks read.
 struct Notification {
-  std::string type;       // such as NT_OBJECT_CREATION
-  std::string object;     // the name, as "EMS=x TopoSubnetwork=y"
-  std::string name;       // the native name: of the created node, or the changed attribute
-  bool hasNode = false;   // the body has a Node_T
-  std::string attribute;  // the name of the only changed attribute, or ""
+  std::string type;         // such as NT_OBJECT_CREATION
+  std::string object;       // the name, as "EMS=x TopoSubnetwork=y"
+  std::string name;         // the native name: of the created node, or the changed attribute
+  bool hasNode = false;     // the body has a Node_T
+  std::string attribute;    // the name of the only changed attribute, or ""
+  long long id = -1;        // the notification id, -1 for a malformed one
+  std::string layoutFault;  // the first difference from NotificationLayout.h, or ""
 };
 
 // A consumer that stores notifications.

@@ -12,6 +12,7 @@ namespace conformance {
 // ViewChecks.cpp
 void checkInterfaces(Context& context);
 void checkWellFormedRecords(Context& context);
+void checkUniqueNames(Context& context);
 void checkBatches(Context& context);
 void checkProtectionView(Context& context);
 void checkViewBelow(Context& context);

@@ -5,6 +5,7 @@
 #include "conformance/checks/OperatorChecks.h"
 #include "conformance/checks/ProbeCalls.h"
 #include "conformance/checks/Refusals.h"
+#include "conformance/checks/TemporaryNode.h"
 #include "conformance/checks/Views.h"
 #include "idl/NotificationLayout.h"
 #include "idl/ObjectKeys.h"
@@ -30,8 +31,8 @@ class Subscription {
     try {
       subscribe(context);
     } catch (const CORBA::OBJECT_NOT_EXIST&) {
-      throw Skipped(std::string("the host has no session at the key ") + object_key::kSession +
       context.lacksConsumer = true;
+      throw Skipped(std::string("the host has no session at the key ") + object_key::kSession +
                     " and no {consumer} in its command");
     }
   }
@@ -87,44 +88,6 @@ void withNotifications(Context& context, void (*check)(Context&)) {
     throw Skipped(reason);
   }
 }
-
-// A topology subnetwork that exists until the end of the check.
-class TemporaryNode {
- public:
-  TemporaryNode(Context& context, const std::string& id)
-      : context_(context),
-        id_(id),
-        name_(objectName(emsOf(context.manager()), "TopoSubnetwork", id)) {
-    context_.host.op().create(id_);
-  }
-
-  ~TemporaryNode() {
-    try {
-      remove();
-    } catch (const std::exception&) {
-      // The host has ended, or refuses; the check has failed already.
-    }
-  }
-
-  TemporaryNode(const TemporaryNode&) = delete;
-  TemporaryNode& operator=(const TemporaryNode&) = delete;
-
-  void remove() {
-    if (exists_) {
-      exists_ = false;
-      context_.host.op().remove(id_);
-    }
-  }
-
-  const std::string& id() const { return id_; }
-  const globaldefs::NVSList_T& name() const { return name_; }
-
- private:
-  Context& context_;
-  const std::string id_;
-  const globaldefs::NVSList_T name_;
-  bool exists_ = true;
-};
 
 // The native name of the node in the topology view.
 std::string nativeNameOf(Context& context, const globaldefs::NVSList_T& name) {
@@ -182,6 +145,22 @@ void deletionIsNotified(Context& context) {
   requireType(nextAbout(context, node), layout::kObjectDeletion);
 }
 
+void notificationsHaveTheLayout(Context& context) {
+  TemporaryNode node(context, "conformance layout");
+  std::vector<Notification> notifications = {nextAbout(context, node)};
+  context.host.op().change(node.id());
+  notifications.push_back(nextAbout(context, node));
+  node.remove();
+  notifications.push_back(nextAbout(context, node));
+  long long previous = -1;
+  for (const Notification& notification : notifications) {
+    require(notification.layoutFault.empty(),
+            "in " + notification.type + ' ' + notification.layoutFault);
+    require(notification.id > previous, "the notification ids do not rise");
+    previous = notification.id;
+  }
+}
+
 // A handler of an earlier load that is still subscribed would add a second notification.
 void eventAfterReloadIsNotifiedOnce(Context& context) {
   context.host.reload();
@@ -211,6 +190,10 @@ void checkChange(Context& context) {
 
 void checkDeletion(Context& context) {
   withNotifications(context, deletionIsNotified);
+}
+
+void checkLayout(Context& context) {
+  withNotifications(context, notificationsHaveTheLayout);
 }
 
 void checkEventsAfterReload(Context& context) {

@@ -1,9 +1,6 @@
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
-#include "conformance/HostProtocol.h"
 #include "conformance/Records.h"
 #include "conformance/checks/OperatorChecks.h"
 #include "conformance/checks/Views.h"
@@ -19,14 +16,6 @@ std::vector<std::string> topologyTexts(Context& context) {
     texts.push_back(toText(node));
   }
   return texts;
-}
-
-// The number of different files with the plug-in that the process maps.
-std::size_t mappedFiles(Context& context) {
-  std::ifstream file("/proc/" + std::to_string(context.host.pid()) + "/maps");
-  require(file.is_open(), "the memory map of the host's process cannot be read");
-  const std::string maps{std::istreambuf_iterator<char>(file), {}};
-  return countMappedFiles(maps, context.host.pluginFile());
 }
 
 void skipUnlessOwn(Context& context) {
@@ -50,6 +39,17 @@ void checkReloads(Context& context) {
     context.host.reload();
     require(topologyTexts(context) == before,
             "the topology view has changed after reload " + std::to_string(i + 1));
+  }
+}
+
+void checkReferenceAfterReload(Context& context) {
+  const TopoManagementManager::TopoMgr_I_var old =
+      TopoManagementManager::TopoMgr_I::_duplicate(context.manager());
+  context.host.reload();
+  try {
+    readTopology(old.in());
+  } catch (const CORBA::OBJECT_NOT_EXIST&) {
+    throw Broken("the manager does not exist at its reference from before the reload");
   }
 }
 
@@ -77,7 +77,7 @@ void checkNothingMapped(Context& context) {
     expected = 1;
     context.host.reload();
   }
-  const std::size_t mapped = mappedFiles(context);
+  const std::size_t mapped = context.host.mappedFiles();
   if (expected == 0) {
     context.host.load();
   }

@@ -12,6 +12,7 @@ namespace conformance {
 // LifeChecks.cpp
 void checkBoundSymbols(Context& context);
 void checkReloads(Context& context);
+void checkReferenceAfterReload(Context& context);
 void checkIteratorAfterReload(Context& context);
 void checkNothingMapped(Context& context);
 void checkEnd(Context& context);
@@ -20,8 +21,13 @@ void checkEnd(Context& context);
 void checkCreation(Context& context);
 void checkChange(Context& context);
 void checkDeletion(Context& context);
+void checkLayout(Context& context);
 void checkEventsAfterReload(Context& context);
 void checkUtf8(Context& context);
+
+// AttributeChecks.cpp
+void checkUserLabel(Context& context);
+void checkAdditionalInfo(Context& context);
 
 }  // namespace conformance
 

@@ -68,6 +68,32 @@ void openIteratorIfPossible(Context& context) {
   }
 }
 
+// While this object exists, the init of the probe fails.
+class FailingInit {
+ public:
+  explicit FailingInit(const Context& context) : file_(context.failInitFile) {
+    std::ofstream(file_).put('\n');
+  }
+  ~FailingInit() { std::remove(file_.c_str()); }
+  FailingInit(const FailingInit&) = delete;
+  FailingInit& operator=(const FailingInit&) = delete;
+
+ private:
+  const std::string file_;
+};
+
+void reloadWithFailingInit(Context& context) {
+  const FailingInit failing(context);
+  try {
+    context.host.reload();
+  } catch (const NoAnswer&) {
+    throw;
+  } catch (const OperationFailed&) {
+    return;
+  }
+  throw Broken("the host reports a success for a module whose init raises an exception");
+}
+
 }  // namespace
 
 Pairs callProbe(Context& context, const std::string& command) {
@@ -194,20 +220,24 @@ void checkIteratorLife(Context& context) {
 void checkFailedInit(Context& context) {
   const std::string id = "conformance failed init";
   openIteratorIfPossible(context);
-  std::ofstream(context.failInitFile).put('\n');
-  bool failed = false;
-  try {
-    context.host.reload();
-  } catch (const OperationFailed&) {
-    failed = true;
-  }
-  std::remove(context.failInitFile.c_str());
-  require(failed, "the host reports a success for a module whose init raises an exception");
+  reloadWithFailingInit(context);
   context.host.op().create(id);
   context.host.op().remove(id);
   context.host.load();
   callProbe(context, probe::kEvents);
   checkEventContents(context);
+}
+
+void checkUnmappedAfterFailedInit(Context& context) {
+  reloadWithFailingInit(context);
+  try {
+    context.host.op().unload();
+  } catch (const Skipped&) {
+    // A console has no unload. After a failed reload nothing is loaded.
+  }
+  const std::size_t mapped = context.host.mappedFiles();
+  context.host.load();
+  require(mapped == 0, context.host.pluginFile() + " is mapped after a failed init and an unload");
 }
 
 }  // namespace conformance

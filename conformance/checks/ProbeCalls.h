@@ -31,6 +31,7 @@ void checkUnsubscription(Context& context);
 void checkNoEventAfterUnsubscription(Context& context);
 void checkIteratorLife(Context& context);
 void checkFailedInit(Context& context);
+void checkUnmappedAfterFailedInit(Context& context);
 
 }  // namespace conformance
 

@@ -39,6 +39,15 @@ void requireSameInBatches(const std::string& view, Read read) {
   });
 }
 
+template <typename Record>
+void requireUniqueNames(const std::string& view, const std::vector<Record>& records) {
+  std::set<std::string> names;
+  for (const Record& record : records) {
+    const std::string name = toText(record.name);
+    require(names.insert(name).second, view + " has the name \"" + name + "\" twice");
+  }
+}
+
 // The additional information may depend on the view.
 std::string withoutAdditionalInfo(Node_T node) {
   node.additionalInfo.length(0);
@@ -72,6 +81,13 @@ void checkWellFormedRecords(Context& context) {
   for (const auto& link : readLinks(context.manager(), kWholeView)) {
     requireWellFormed(link, ems);
   }
+}
+
+void checkUniqueNames(Context& context) {
+  for (const NamedView& view : nodeViews(context.manager())) {
+    requireUniqueNames(view.name, readNodes(view.read, kWholeView));
+  }
+  requireUniqueNames("the view of clock links", readLinks(context.manager(), kWholeView));
 }
 
 void checkBatches(Context& context) {

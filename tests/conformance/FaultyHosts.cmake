@@ -108,10 +108,29 @@ faulty_host(sends_every_notification_twice events.created Notifications.cpp
   "consumer->push_structured_event(event);"
   "consumer->push_structured_event(event); consumer->push_structured_event(event);")
 
+faulty_host(formats_the_time_otherwise events.layout Notifications.cpp "%Y%m%d%H%M%S.0Z" "%Y-%m-%d")
+faulty_host(sends_another_object_type events.layout Notifications.cpp
+  "kObjectType) <<= typeOf(name)" "kObjectType) <<= notifications::OT_AID")
+faulty_host(leaves_out_a_field events.layout Notifications.cpp "addField(event, kNeTime) <<= \"\";" "")
+faulty_host(accepts_a_label_in_use attributes.user-label Attributes.cpp
+  "onSetUserLabel(const NVSList_T&, const char*, bool) { return kNo; }"
+  "onSetUserLabel(const NVSList_T&, const char*, bool) { return 0; }")
+faulty_host(forgets_additional_information attributes.additional-info Attributes.cpp
+  "text = \"this host stores no additional information\";\n  return kNo;" "return 0;")
+faulty_host(shows_a_node_twice views.unique Domain.cpp
+  "nodes.begin(), nodes.end());\n  }" "nodes.begin(), nodes.end());\n    result->Value().push_back(nodes.back());\n  }")
+faulty_host(has_a_manager_for_one_load reload.reference main.cpp "${include_host}"
+  "${include_host}void host_defaults::Module::load(const std::string& path, PortableServer::POA_ptr root) try {\n  CORBA::PolicyList policies(1);\n  iteratorPoa_ = root->create_POA(\"iterators\", PortableServer::POAManager::_nil(), policies);\n  policies.length(1);\n  policies[0] = root->create_id_assignment_policy(PortableServer::USER_ID);\n  managerPoa_ = root->create_POA(\"managers\", PortableServer::POAManager::_nil(), policies);\n  for (auto* poa : {iteratorPoa_.in(), managerPoa_.in()})\n    PortableServer::POAManager_var(poa->the_POAManager())->activate();\n  file_.load(path);\n} catch (...) {\n  unload();\n  throw;\n}\n")
+faulty_host(keeps_the_library_of_a_failed_init reload.failed-init-mapped main.cpp "${include_host}"
+  "${include_host}#include \"ace/Service_Config.h\"\nvoid host_defaults::ModuleFile::unload() noexcept {\n  ACE_Service_Config::process_directive(\"remove zu_corba_topo\");\n  state_ = State::kUnloaded;\n}\n")
+faulty_host(reports_success_of_a_failed_init reload.failed-init main.cpp
+  "std::cout << \"failed \" << failure.what() << std::endl;"
+  "std::cout << \"ok corbaloc::127.0.0.1:1/TopoManagement\" << std::endl;")
+
 # Hosts that use the freedom of the contracts.
 allowed_host(has_the_test_switch "" Registration.cpp
   "GetTestSwitch() { return false; }" "GetTestSwitch() { return true; }")
-allowed_host(does_not_implement_setters "names.setters texts.utf8 attributes.names" Attributes.cpp
+allowed_host(does_not_implement_setters "names.setters texts.utf8 attributes.names attributes.user-label attributes.additional-info" Attributes.cpp
   "constexpr CORBA::ULong kNo = host::kFailure + globaldefs::EXCPT_NOT_IMPLEMENTED;"
   "struct No { operator CORBA::ULong() const { throw CORBA::NO_IMPLEMENT(); } } kNo;")
 set(iterator_rules "views.batches iterators.length iterators.last-batch iterators.destroy iterators.keys reload.iterators iterator.life")

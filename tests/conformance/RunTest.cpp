@@ -230,6 +230,15 @@ TEST_F(Conformance, LeavesNoProcessAndNoFileAfterAStopSignal) {
   }
 }
 
+// The probe's init succeeds again after a check of a failed init that ends early.
+TEST_F(Conformance, StartsTheHostAgainAfterAFailedInitThatIsNotReported) {
+  const Ended run =
+      checkHost(TOPO_FAULTY_HOSTS_FOLDER "/faulty_host_reports_success_of_a_failed_init");
+  EXPECT_THAT(run.out, HasSubstr("FAIL  reload.failed-init  "));
+  EXPECT_THAT(run.out, HasSubstr("FAIL  reload.failed-init-mapped  "));
+  EXPECT_THAT(run.out, Not(HasSubstr("did not become ready"))) << run.out;
+}
+
 // The host answers one request after the timeout. The late answer must not count for the next
 // request.
 TEST_F(Conformance, RestartsAHostThatDoesNotAnswerARequest) {
