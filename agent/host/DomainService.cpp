@@ -1,6 +1,7 @@
 #include "agent/host/DomainService.h"
 
 #include <iterator>
+#include <utility>
 
 #include "agent/base/FailureCodes.h"
 #include "agent/base/PrintableText.h"
@@ -16,8 +17,13 @@ void append(NS_UTIL::REF_Impl<std::vector<Record>>& holder, NS_DOMAIN::IntHolder
   if (count != nullptr) {
     count->Value() = static_cast<int>(records.size());
   }
-  holder.Value().insert(holder.Value().end(), std::make_move_iterator(records.begin()),
-                        std::make_move_iterator(records.end()));
+  std::vector<Record>& all = holder.Value();
+  if (all.empty()) {
+    all = std::move(records);
+  } else {
+    all.insert(all.end(), std::make_move_iterator(records.begin()),
+               std::make_move_iterator(records.end()));
+  }
 }
 
 }  // namespace

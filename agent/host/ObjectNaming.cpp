@@ -1,5 +1,7 @@
 #include "agent/host/ObjectNaming.h"
 
+#include <charconv>
+#include <cstring>
 #include <utility>
 
 #include "agent/base/FailureCodes.h"
@@ -8,9 +10,20 @@
 namespace agent {
 namespace {
 
-void setPair(globaldefs::NameAndStringValue_T& pair, const char* name, const std::string& value) {
-  pair.name = CORBA::string_dup(name);
-  pair.value = CORBA::string_dup(value.c_str());
+// As CORBA::string_dup, for a text of known length.
+char* duplicate(std::string_view text) {
+  char* const copy = CORBA::string_alloc(static_cast<CORBA::ULong>(text.size()));
+  if (copy != nullptr) {
+    std::memcpy(copy, text.data(), text.size());
+    copy[text.size()] = '\0';
+  }
+  return copy;
+}
+
+void setPair(globaldefs::NameAndStringValue_T& pair, std::string_view name,
+             std::string_view value) {
+  pair.name = duplicate(name);
+  pair.value = duplicate(value);
 }
 
 }  // namespace
@@ -44,6 +57,13 @@ CORBA::ULong ObjectNaming::ConvertOSIndexToName(globaldefs::NVSList_T& name, std
 
 CORBA::ULong ObjectNaming::ConvertTopoNodeIdToName(globaldefs::NVSList_T& name,
                                                    const std::string& id) {
+  if (id.empty()) {
+    return refuseName(name, tmf::kTopoSubnetwork, id, "the id is empty");
+  }
+  // CORBA strings end at NUL, so an id that contains NUL would return as a different id.
+  if (id.find('\0') != std::string::npos) {
+    return refuseName(name, tmf::kTopoSubnetwork, id, "the id contains a NUL character");
+  }
   return setName(name, tmf::kTopoSubnetwork, id);
 }
 
@@ -69,35 +89,30 @@ std::optional<ObjectKey> ObjectNaming::parse(const globaldefs::NVSList_T& name) 
   return key && key->type != kClockTopoLinkType ? std::move(key) : std::nullopt;
 }
 
-CORBA::ULong ObjectNaming::setName(globaldefs::NVSList_T& name, const char* objectClass,
-                                   const std::string& value) const {
-  name.length(0);
-  if (value.empty()) {
-    return logUnnamed(objectClass, value, "the id is empty");
-  }
-  // CORBA strings end at NUL, so an id that contains NUL would return as a different id.
-  if (value.find('\0') != std::string::npos) {
-    return logUnnamed(objectClass, value, "the id contains a NUL character");
-  }
-  name.length(2);
+CORBA::ULong ObjectNaming::setName(globaldefs::NVSList_T& name, std::string_view objectClass,
+                                   std::string_view value) const {
+  name.replace(2, 2, globaldefs::NVSList_T::allocbuf(2), true);
   setPair(name[0], tmf::kEms, ems_);
   setPair(name[1], objectClass, value);
   return kSuccess;
 }
 
-CORBA::ULong ObjectNaming::setNumberedName(globaldefs::NVSList_T& name, const char* objectClass,
+CORBA::ULong ObjectNaming::setNumberedName(globaldefs::NVSList_T& name,
+                                           std::string_view objectClass,
                                            std::int32_t number) const {
   if (number < 0) {
-    name.length(0);
-    return logUnnamed(objectClass, std::to_string(number), "the number is negative");
+    return refuseName(name, objectClass, std::to_string(number), "the number is negative");
   }
-  return setName(name, objectClass, std::to_string(number));
+  char digits[10];
+  const char* const end = std::to_chars(digits, digits + sizeof digits, number).ptr;
+  return setName(name, objectClass, {digits, static_cast<std::size_t>(end - digits)});
 }
 
-CORBA::ULong ObjectNaming::logUnnamed(const char* objectClass, const std::string& id,
-                                      const char* why) const {
+CORBA::ULong ObjectNaming::refuseName(globaldefs::NVSList_T& name, std::string_view objectClass,
+                                      const std::string& id, const char* why) const {
+  name.length(0);
   if (unnamed_) {
-    unnamed_(std::string("no name for ") + objectClass + ' ' + inQuotes(id) + ": " + why);
+    unnamed_("no name for " + std::string(objectClass) + ' ' + inQuotes(id) + ": " + why);
   }
   return kInvalidName;
 }

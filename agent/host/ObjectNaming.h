@@ -10,6 +10,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "agent/model/NetworkModel.h"
 #include "agent/network/ManagedObjects.h"
@@ -54,12 +55,13 @@ class ObjectNaming final : public NS_CORBA::CorbaUtilInterface {
 
  private:
   std::optional<ObjectKey> parse(const globaldefs::NVSList_T& name) const;
-  CORBA::ULong setName(globaldefs::NVSList_T& name, const char* objectClass,
-                       const std::string& value) const;
-  CORBA::ULong setNumberedName(globaldefs::NVSList_T& name, const char* objectClass,
+  CORBA::ULong setName(globaldefs::NVSList_T& name, std::string_view objectClass,
+                       std::string_view value) const;
+  CORBA::ULong setNumberedName(globaldefs::NVSList_T& name, std::string_view objectClass,
                                std::int32_t number) const;
-  // Returns kInvalidName.
-  CORBA::ULong logUnnamed(const char* objectClass, const std::string& id, const char* why) const;
+  // Empties the name, reports why the object has none, and returns kInvalidName.
+  CORBA::ULong refuseName(globaldefs::NVSList_T& name, std::string_view objectClass,
+                          const std::string& id, const char* why) const;
 
   const std::string ems_;
   const NetworkModel& model_;

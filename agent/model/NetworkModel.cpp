@@ -143,6 +143,7 @@ void NetworkModel::appendTopoNodes(std::vector<NS_DOMAIN::TopoNode_T>& nodes) co
 
 void NetworkModel::appendNEIndexes(std::vector<NS_DOMAIN::NEIndex>& indexes, bool onlyShown) const {
   const ReadLock lock(mutex_);
+  indexes.reserve(indexes.size() + data_.elements().size());
   for (const NetworkElement& element : data_.elements()) {
     if (element.shown || !onlyShown) {
       indexes.push_back({0, element.number});
@@ -153,6 +154,7 @@ void NetworkModel::appendNEIndexes(std::vector<NS_DOMAIN::NEIndex>& indexes, boo
 void NetworkModel::appendNEs(std::vector<NS_DOMAIN::NE_T>& elements,
                              const std::vector<NS_DOMAIN::NEIndex>& indexes) const {
   const ReadLock lock(mutex_);
+  elements.reserve(elements.size() + indexes.size());
   for (const NS_DOMAIN::NEIndex& index : indexes) {
     if (const NetworkElement* const known = data_.element(index.number)) {
       NS_DOMAIN::NE_T& element = elements.emplace_back();
@@ -175,7 +177,12 @@ std::vector<NS_DOMAIN::ClockPositionInfo_T> NetworkModel::clockPositions() const
 
 std::vector<NS_DOMAIN::ClockTopoLinkInfo_T> NetworkModel::clockLinks() const {
   const ReadLock lock(mutex_);
-  return {data_.links().begin(), data_.links().end()};
+  std::vector<NS_DOMAIN::ClockTopoLinkInfo_T> links;
+  links.reserve(data_.links().size());
+  for (const NS_DOMAIN::ClockTopoLinkInfo_T& link : data_.links()) {
+    links.push_back(link);
+  }
+  return links;
 }
 
 std::string NetworkModel::labelOf(std::int32_t type, const std::string& id) const {
