@@ -63,41 +63,62 @@ void NetworkTables::absorb(NetworkTables& more) noexcept {
   const auto node = spliceTo(nodes_, more.nodes_);
   const auto element = spliceTo(elements_, more.elements_);
   const auto position = spliceTo(positions_, more.positions_);
-  linkFrom(node, element, position);
+  findObjectsFrom(node, element, position);
+  linkFrom(node, position);
+}
+
+// Replaces references to objects of other tables.
+void NetworkTables::findObjectsFrom(std::list<Node>::iterator node,
+                                    std::list<NetworkElement>::iterator element,
+                                    std::list<Position>::iterator position) noexcept {
+  const auto find = [this](auto& record) {
+    record.object = record.shownAs ? recordsOf(*record.shownAs) : nullptr;
+  };
+  std::for_each(node, nodes_.end(), find);
+  std::for_each(position, positions_.end(), find);
+  for (; element != elements_.end(); ++element) {
+    if (const auto object = objectOf(*element)) {
+      recordsOf(*object)->element = &*element;
+    }
+  }
 }
 
 void NetworkTables::linkFrom(std::list<Node>::iterator node,
-                             std::list<NetworkElement>::iterator element,
                              std::list<Position>::iterator position) noexcept {
   std::for_each(node, nodes_.end(), [this](Node& each) { link(each); });
-  std::for_each(element, elements_.end(), [this](NetworkElement& each) { link(each); });
-  std::for_each(position, positions_.end(), [this](Position& each) { link(each); });
+  std::for_each(position, positions_.end(), [](Position& each) { link(each); });
+}
+
+// The parent of the previous node first: the children of a parent usually follow each other.
+NetworkTables::Node* NetworkTables::parentOf(const Node& node) const noexcept {
+  const std::string& parentId = node.record.parentId;
+  if (isRootMarker(parentId)) {
+    return nullptr;
+  }
+  if (node.self != nodes_.begin()) {
+    const Node& previous = *std::prev(node.self);
+    if (previous.parent != nullptr && previous.record.parentId == parentId) {
+      return previous.parent;
+    }
+  }
+  return nodeAt(parentId);
 }
 
 void NetworkTables::link(Node& node) noexcept {
   node.sequence = ++lastSequence_;
-  if (!isRootMarker(node.record.parentId)) {
-    node.parent = nodeAt(node.record.parentId);
-  }
+  node.parent = parentOf(node);
   if (node.parent != nullptr) {
     append(node.parent->children, &Node::siblings, node);
   }
-  if (node.shownAs) {
-    node.object = recordsOf(*node.shownAs);
+  if (node.object != nullptr) {
     append(node.object->nodes, &Node::sameObject, node);
     ++node.object->nodeCount;
   }
 }
 
-void NetworkTables::link(NetworkElement& element) noexcept {
-  if (const auto object = objectOf(element)) {
-    recordsOf(*object)->element = &element;
-  }
-}
-
 void NetworkTables::link(Position& position) noexcept {
-  if (position.shownAs) {
-    ObjectRecords& object = *recordsOf(*position.shownAs);
+  if (position.object != nullptr) {
+    ObjectRecords& object = *position.object;
     (object.lastPosition == nullptr ? object.firstPosition : object.lastPosition->nextOfObject) =
         &position;
     position.previousOfObject = object.lastPosition;
@@ -157,8 +178,8 @@ void NetworkTables::remove(std::list<NetworkElement>::iterator element) noexcept
 }
 
 void NetworkTables::remove(std::list<Position>::iterator position) noexcept {
-  if (position->shownAs) {
-    ObjectRecords& object = *recordsOf(*position->shownAs);
+  if (position->object != nullptr) {
+    ObjectRecords& object = *position->object;
     Position* const previous = position->previousOfObject;
     Position* const next = position->nextOfObject;
     (previous == nullptr ? object.firstPosition : previous->nextOfObject) = next;

@@ -1,5 +1,6 @@
 #include "agent/model/NetworkTables.h"
 
+#include <algorithm>
 #include <stdexcept>
 
 #include "agent/model/PreparedChange.h"
@@ -8,10 +9,12 @@
 namespace agent {
 
 NetworkTables::NetworkTables(Network network) : NetworkTables(std::move(network), Unlinked()) {
-  linkFrom(nodes_.begin(), elements_.begin(), positions_.begin());
+  linkFrom(nodes_.begin(), positions_.begin());
 }
 
 NetworkTables::NetworkTables(Network network, Unlinked) : ems_(std::move(network.ems)) {
+  objects_.reserve(std::max(
+      {network.topoNodes.size(), network.networkElements.size(), network.clockPositions.size()}));
   addNodes(network.topoNodes);
   addElements(network.networkElements);
   addClock(network.clockPositions, network.clockLinks);
@@ -29,7 +32,7 @@ void NetworkTables::addNodes(std::vector<NS_DOMAIN::TopoNode_T>& records) {
     nodesById_.emplace(node.record.nodeId, &node);
     if (node.record.nodeType == NS_DOMAIN::kTopoElement) {
       node.shownAs = objectOfElementNode(node.record.nodeId);
-      addObject(node.shownAs);
+      node.object = addObject(node.shownAs);
     }
   }
 }
@@ -37,9 +40,11 @@ void NetworkTables::addNodes(std::vector<NS_DOMAIN::TopoNode_T>& records) {
 void NetworkTables::addElements(std::vector<NetworkElement>& records) {
   elementsByNumber_.reserve(records.size());
   for (NetworkElement& record : records) {
-    const NetworkElement& element = elements_.emplace_back(std::move(record));
+    NetworkElement& element = elements_.emplace_back(std::move(record));
     elementsByNumber_.emplace(element.number, std::prev(elements_.end()));
-    addObject(objectOf(element));
+    if (ObjectRecords* const object = addObject(objectOf(element))) {
+      object->element = &element;
+    }
   }
 }
 
@@ -52,7 +57,7 @@ void NetworkTables::addClock(std::vector<NS_DOMAIN::ClockPositionInfo_T>& positi
     position.self = std::prev(positions_.end());
     positionsByReference_.emplace(position.record.reference, &position);
     position.shownAs = objectOfClockReference(position.record.reference);
-    addObject(position.shownAs);
+    position.object = addObject(position.shownAs);
   }
   linksById_.reserve(links.size());
   for (NS_DOMAIN::ClockTopoLinkInfo_T& record : links) {
@@ -61,10 +66,10 @@ void NetworkTables::addClock(std::vector<NS_DOMAIN::ClockPositionInfo_T>& positi
   }
 }
 
-void NetworkTables::addObject(const std::optional<NumberedObject>& object) {
-  if (object) {
-    objects_.try_emplace(*object);
-  }
+// Returns the records of the object, or null without an object.
+NetworkTables::ObjectRecords* NetworkTables::addObject(
+    const std::optional<NumberedObject>& object) {
+  return object ? &objects_.try_emplace(*object).first->second : nullptr;
 }
 
 NetworkTables::Node* NetworkTables::nodeAt(std::string_view id) const {

@@ -99,6 +99,7 @@ class NetworkTables {
     NS_DOMAIN::ClockPositionInfo_T record;
     std::optional<NumberedObject> shownAs;
     std::list<Position>::iterator self{};
+    ObjectRecords* object = nullptr;  // null without shownAs
     Position* previousOfObject = nullptr;
     Position* nextOfObject = nullptr;
   };
@@ -186,7 +187,8 @@ class NetworkTables {
   void apply(PreparedChange& change) noexcept;
 
  private:
-  // Makes tables with indexes and without links, for an addition.
+  // Makes tables with indexes, for an addition. The nodes and positions refer to their objects but
+  // are members of no linked list.
   struct Unlinked {};
   NetworkTables(Network network, Unlinked);
 
@@ -194,16 +196,17 @@ class NetworkTables {
   void addElements(std::vector<NetworkElement>& records);
   void addClock(std::vector<NS_DOMAIN::ClockPositionInfo_T>& positions,
                 std::vector<NS_DOMAIN::ClockTopoLinkInfo_T>& links);
-  void addObject(const std::optional<NumberedObject>& object);
+  ObjectRecords* addObject(const std::optional<NumberedObject>& object);
   Node* nodeAt(std::string_view id) const;
   const ObjectRecords* recordsOf(const NumberedObject& object) const;
   ObjectRecords* recordsOf(const NumberedObject& object);
   void absorb(NetworkTables& more) noexcept;
-  void linkFrom(std::list<Node>::iterator node, std::list<NetworkElement>::iterator element,
-                std::list<Position>::iterator position) noexcept;
+  void findObjectsFrom(std::list<Node>::iterator node, std::list<NetworkElement>::iterator element,
+                       std::list<Position>::iterator position) noexcept;
+  void linkFrom(std::list<Node>::iterator node, std::list<Position>::iterator position) noexcept;
+  Node* parentOf(const Node& node) const noexcept;
   void link(Node& node) noexcept;
-  void link(Position& position) noexcept;
-  void link(NetworkElement& element) noexcept;
+  static void link(Position& position) noexcept;
   void unlink(Node& node) noexcept;
   void eraseIfEmpty(const NumberedObject& object) noexcept;
   void add(AdditionEffect& addition) noexcept;

@@ -14,7 +14,7 @@ namespace {
 static_assert(kTopoSubnetworkObjectType == NS_CORBA::CorbaUtilInterface::kTopoSubnetworkType);
 static_assert(kClockLinkObjectType == NS_CORBA::CorbaUtilInterface::kClockTopoLinkType);
 
-constexpr std::string_view kTermSeparator = ",";
+constexpr char kTermSeparator = ',';
 constexpr CORBA::ULong kMostPairsShown = 4;
 constexpr std::size_t kMostOfATextShown = 80;
 
@@ -100,10 +100,27 @@ const NumberedClass& numberedClassOf(std::string_view domainName) {
   return kManagedElement;
 }
 
-// The number of the last class of an FDN, whose parts are given.
-std::optional<std::int32_t> numberIn(const fdn::FdnParts& parts, const std::string& fdn) {
-  const auto part = parts.find(std::string(fdn::classOfFdn(fdn)));
-  return part == parts.end() ? std::nullopt : fdn::wholeNumber(part->second);
+// The number in an FDN: the value of the first term with the class of the last term.
+struct FdnNumber {
+  bool hasClass = false;  // any term has a class
+  std::optional<std::int32_t> number;
+};
+
+FdnNumber numberIn(std::string_view fdn) {
+  const std::string_view lastClass = fdn::classOfFdn(fdn);
+  FdnNumber found;
+  for (std::size_t start = 0; start <= fdn.size();) {
+    const std::size_t end = std::min(fdn.find(kTermSeparator, start), fdn.size());
+    const std::string_view term = fdn.substr(start, end - start);
+    const std::size_t equals = term.find('=');
+    found.hasClass = found.hasClass || equals != std::string_view::npos;
+    if (equals != std::string_view::npos && term.substr(0, equals) == lastClass) {
+      found.number = fdn::wholeNumber(term.substr(equals + 1));
+      break;
+    }
+    start = end + 1;
+  }
+  return found;
 }
 
 std::optional<NumberedObject> ifNameable(std::int32_t type, std::int32_t number) {
@@ -180,19 +197,17 @@ std::optional<NumberedObject> objectOfElementNode(const std::string& nodeId) {
   if (nodeId == NS_DOMAIN::kZeroId) {
     return std::nullopt;
   }
-  fdn::FdnParts parts;
-  fdn::splitFdn(parts, nodeId, kTermSeparator);
-  if (parts.empty()) {
+  const FdnNumber found = numberIn(nodeId);
+  if (!found.hasClass) {
     return ifNameable(kManagedElementType, fdn::leadingNumber(nodeId));
   }
   const NumberedClass& known = numberedClassOf(fdn::classOfFdn(nodeId));
-  return ifNameable(known.type, numberIn(parts, nodeId).value_or(known.missingNumber));
+  return ifNameable(known.type, found.number.value_or(known.missingNumber));
 }
 
 bool hasElementNumber(const std::string& nodeId) {
-  fdn::FdnParts parts;
-  fdn::splitFdn(parts, nodeId, kTermSeparator);
-  return (parts.empty() ? fdn::wholeNumber(nodeId) : numberIn(parts, nodeId)).has_value();
+  const FdnNumber found = numberIn(nodeId);
+  return (found.hasClass ? found.number : fdn::wholeNumber(nodeId)).has_value();
 }
 
 std::optional<NumberedObject> objectOfClockReference(const std::string& reference) {
