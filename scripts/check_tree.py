@@ -32,7 +32,7 @@ ALLOWED = {
     "agent/network": {"agent/base", "fdn", "hash", "include/platform", "orb"},
     "agent/formats": {"agent/network", "agent/base", "hash"},
     "agent/store": {"agent/network", "agent/base"},
-    "agent/store/sqlite": {"agent/store", "agent/network", "agent/base", "hash"},
+    "agent/store/sqlite": {"agent/store", "agent/network", "agent/base"},
     "agent/model": {"agent/network", "hash", "include/platform"},
     "agent/changes": {"agent/model", "agent/store", "agent/network", "agent/base", "hash",
                       "include/platform", "orb"},

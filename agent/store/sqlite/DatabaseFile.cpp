@@ -108,8 +108,9 @@ std::unique_ptr<SQLite::Database> openDatabase(const std::string& path) {
   if (!isInMemory(path)) {
     prepareFile(path);
   }
-  return std::make_unique<SQLite::Database>(databaseName(path),
-                                            SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
+  // The owner of the store serialises the calls, so SQLite needs no mutex of its own.
+  return std::make_unique<SQLite::Database>(
+      databaseName(path), SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE | SQLite::OPEN_NOMUTEX);
 }
 
 }  // namespace agent

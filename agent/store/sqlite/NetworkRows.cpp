@@ -2,11 +2,13 @@
 
 #include <SQLiteCpp/SQLiteCpp.h>
 
+#include <algorithm>
 #include <cstdint>
+#include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "agent/store/sqlite/RunStatement.h"
-#include "hash/SaltedHash.h"
 
 namespace agent {
 namespace {
@@ -114,13 +116,20 @@ std::int32_t intAt(SQLite::Statement& row, int column) {
   return row.getColumn(column).getInt();
 }
 
+// Reserves memory for the rows of a table. Reads no index, which could be damaged.
+template <typename Record>
+void reserve(SQLite::Database& database, const std::string& table, std::vector<Record>& records) {
+  const std::int64_t rows = valueOf(database, "SELECT count(*) FROM " + table + " NOT INDEXED");
+  records.reserve(static_cast<std::size_t>(rows));
+}
+
 void readTopoNodes(SQLite::Database& database, Network& network) {
-  salted::Map<std::int64_t, std::size_t> indexOf;  // by position
+  std::vector<std::int64_t> positions;  // of the nodes, ascending
   forEachRow(database,
              "SELECT id, parent, name, type, parent_type, param3, param4, position FROM topo_node "
              "ORDER BY position",
              [&](SQLite::Statement& row) {
-               indexOf.emplace(row.getColumn(7).getInt64(), network.topoNodes.size());
+               positions.push_back(row.getColumn(7).getInt64());
                NS_DOMAIN::TopoNode_T& node = network.topoNodes.emplace_back();
                node.nodeId = textAt(row, 0);
                node.parentId = textAt(row, 1);
@@ -132,9 +141,13 @@ void readTopoNodes(SQLite::Database& database, Network& network) {
              });
   forEachRow(database, "SELECT key, value, node FROM topo_node_attribute ORDER BY node, position",
              [&](SQLite::Statement& row) {
-               NS_DOMAIN::TopoNode_T& node =
-                   network.topoNodes[indexOf.at(row.getColumn(2).getInt64())];
-               node.extendedAttributes.emplace_back(textAt(row, 0), textAt(row, 1));
+               const std::int64_t position = row.getColumn(2).getInt64();
+               const auto node = std::lower_bound(positions.begin(), positions.end(), position);
+               if (node == positions.end() || *node != position) {
+                 throw std::out_of_range("an attribute without a node");
+               }
+               network.topoNodes[static_cast<std::size_t>(node - positions.begin())]
+                   .extendedAttributes.emplace_back(textAt(row, 0), textAt(row, 1));
              });
 }
 
@@ -195,6 +208,10 @@ void writeNetwork(SQLite::Database& database, const Network& network,
 
 Network readNetwork(SQLite::Database& database) {
   Network network;
+  reserve(database, "topo_node", network.topoNodes);
+  reserve(database, "network_element", network.networkElements);
+  reserve(database, "clock_position", network.clockPositions);
+  reserve(database, "clock_link", network.clockLinks);
   forEachRow(database, "SELECT ems FROM network",
              [&](SQLite::Statement& row) { network.ems = textAt(row, 0); });
   readTopoNodes(database, network);

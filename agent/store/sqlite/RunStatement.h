@@ -8,13 +8,25 @@
 
 #include <cstdint>
 #include <string>
+#include <type_traits>
 
 namespace agent {
+
+// Binds a value without a copy: the value outlives the run of the statement.
+template <typename Value>
+void bindBorrowed(SQLite::Statement& statement, int place, const Value& value) {
+  if constexpr (std::is_same_v<Value, std::string>) {
+    statement.bindNoCopy(place, value);
+  } else {
+    statement.bind(place, value);
+  }
+}
 
 // Runs a statement with values. REQUIRES: the statement is new or has been reset.
 template <typename... Values>
 void run(SQLite::Statement& statement, const Values&... values) {
-  SQLite::bind(statement, values...);
+  int place = 0;
+  (bindBorrowed(statement, ++place, values), ...);
   statement.exec();
   statement.reset();
 }
