@@ -7,13 +7,13 @@
 //   - White space and carriage returns are part of key and value.
 //   - The last line of a key counts.
 //
-// Every lookup reads the file again. An entry is never removed: a key that disappears from the file
+// Every lookup reads the file again, unless the file is unchanged since the last complete reading
+// (FileStamp). An entry is never removed: a key that disappears from the file
 // keeps its last value.
 //
 // Thread-safety: none; the caller serialises the lookups (UserLabels). Ownership: owns the entries;
-// the file belongs to the operator. Errors: a file that cannot
-// be read is not an error; the lookup then uses the entries of earlier reads. std::bad_alloc
-// passes.
+// the file belongs to the operator. Errors: a file that cannot be read is not an error; the lookup
+// then uses the entries of earlier reads. std::bad_alloc passes.
 
 #ifndef TOPOMANAGEMENTMGR_USERLABELMAP_H
 #define TOPOMANAGEMENTMGR_USERLABELMAP_H
@@ -21,15 +21,20 @@
 #include <fstream>
 #include <istream>
 #include <map>
+#include <optional>
 #include <string>
 #include <utility>
+
+#include "topomanagementmgr/FileStamp.h"
 
 // Record: the type of the objects that the labels belong to. The data does not depend on it.
 template <typename Record>
 class UserlabelMap {
  public:
   // With an empty file name, the map stays empty and no file is created.
-  explicit UserlabelMap(std::string fileName) : fileName_(std::move(fileName)) {}
+  explicit UserlabelMap(std::string fileName,
+                        topo::FileStamp::Clock clock = topo::FileStamp::systemClock)
+      : fileName_(std::move(fileName)), clock_(clock) {}
   virtual ~UserlabelMap() = default;
 
   UserlabelMap(const UserlabelMap&) = delete;
@@ -45,20 +50,31 @@ class UserlabelMap {
   }
 
   // Merges the lines of the file into the entries. Creates a missing file. Does not read a file
-  // that cannot be opened for writing.
-  void LoadFile() {
+  // that cannot be opened for writing. Returns whether the file was read.
+  bool LoadFile() {
+    if (fileName_.empty()) {
+      return false;
+    }
+    const std::optional<topo::FileStamp> stamp = topo::FileStamp::of(fileName_, clock_);
+    if (stamp && read_ && *stamp == *read_) {
+      return false;
+    }
+    read_.reset();
     std::fstream file(fileName_, std::ios::in | std::ios::out);
     if (!file.is_open()) {
       file.open(fileName_, std::ios::in | std::ios::out | std::ios::app);
-      return;
+      return false;
     }
-    Merge(file);
+    if (Merge(file) && stamp && stamp->isSettled()) {
+      read_ = stamp;
+    }
+    return true;
   }
 
  protected:
-  // Merges the lines of a stream into the entries. A read failure ends the merge; the lines before
-  // the failure count.
-  void Merge(std::istream& lines) {
+  // Merges the lines of a stream into the entries. Returns whether all lines were read: a read
+  // failure ends the merge, and the lines before the failure count.
+  bool Merge(std::istream& lines) {
     // With badbit set here, the stream rethrows std::bad_alloc of its buffer.
     lines.exceptions(std::ios::badbit);
     try {
@@ -66,8 +82,9 @@ class UserlabelMap {
       while (std::getline(lines, line)) {
         store(line);
       }
+      return true;
     } catch (const std::ios_base::failure&) {
-      // The next lookup reads the file again.
+      return false;
     }
   }
 
@@ -85,7 +102,10 @@ class UserlabelMap {
   }
 
   const std::string fileName_;
+  const topo::FileStamp::Clock clock_;
   std::map<std::string, std::string> entries_;
+  // The file that was read last, when each later change of the file will give another stamp.
+  std::optional<topo::FileStamp> read_;
 };
 
 #endif

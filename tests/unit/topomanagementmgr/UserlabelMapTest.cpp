@@ -6,6 +6,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cstdint>
 #include <filesystem>
 #include <istream>
 #include <streambuf>
@@ -170,6 +171,55 @@ TEST_F(TopoUserlabelMap, ReadsTheFileAgainForEveryLookup) {
   write("a;2\nb;3\n");
   EXPECT_EQ(find("a"), "2");
   EXPECT_EQ(find("b"), "3");
+}
+
+// A clock that is ahead, so that all changes so far are long ago.
+std::int64_t nextHour() {
+  constexpr std::int64_t kHour = std::int64_t{3600} * 1000000000;
+  return topo::FileStamp::systemClock() + kHour;
+}
+
+TEST_F(TopoUserlabelMap, DoesNotReadAnUnchangedFileAgain) {
+  write("a;1\n");
+  Map map(fileName_, nextHour);
+  EXPECT_TRUE(map.LoadFile());
+  EXPECT_FALSE(map.LoadFile());
+  EXPECT_EQ(find(map, "a"), "1");
+}
+
+TEST_F(TopoUserlabelMap, ReadsAFileAgainThatHasChanged) {
+  write("a;1\n");
+  Map map(fileName_, nextHour);
+  EXPECT_EQ(find(map, "a"), "1");
+  write("a;1\nb;2\n");
+  EXPECT_EQ(find(map, "b"), "2");
+}
+
+TEST_F(TopoUserlabelMap, ReadsAFileWithTheSameSizeAndModificationTimeAgain) {
+  write("a;1\n");
+  Map map(fileName_, nextHour);
+  EXPECT_EQ(find(map, "a"), "1");
+  const auto modified = std::filesystem::last_write_time(fileName_);
+  dir_.write("other.txt", "a;2\n");
+  std::filesystem::last_write_time(dir_.file("other.txt"), modified);
+  std::filesystem::rename(dir_.file("other.txt"), fileName_);
+  EXPECT_EQ(find(map, "a"), "2");
+}
+
+TEST_F(TopoUserlabelMap, ReadsAFileAgainThatChangedShortlyBefore) {
+  write("a;1\n");
+  EXPECT_TRUE(map_.LoadFile());
+  EXPECT_TRUE(map_.LoadFile());
+}
+
+TEST_F(TopoUserlabelMap, ReadsAFileAgainThatWasMissingInBetween) {
+  write("a;1\n");
+  Map map(fileName_, nextHour);
+  EXPECT_TRUE(map.LoadFile());
+  std::filesystem::rename(fileName_, dir_.file("away.txt"));
+  EXPECT_FALSE(map.LoadFile());
+  std::filesystem::rename(dir_.file("away.txt"), fileName_);
+  EXPECT_TRUE(map.LoadFile());
 }
 
 TEST_F(TopoUserlabelMap, KeepsTheLastValueOfAKeyThatLeftTheFile) {
