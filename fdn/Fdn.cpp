@@ -30,7 +30,9 @@ Decimal leadingDecimal(std::string_view text) {
   std::int64_t magnitude = 0;
   std::size_t end = start;
   for (; end < text.size() && isDigit(text[end]); ++end) {
-    magnitude = std::min(magnitude * 10 + (text[end] - '0'), limit + 1);
+    if (magnitude <= limit) {
+      magnitude = magnitude * 10 + (text[end] - '0');
+    }
   }
   const std::int64_t clamped = std::min(magnitude, limit);
   Decimal decimal;
