@@ -42,6 +42,11 @@ void requireOneHost(const Options& options) {
   }
 }
 
+[[noreturn]] void refusePlaceholder(const std::string& word, const std::string& argument) {
+  throw UsageError("unknown placeholder " + word + " in the argument \"" + argument +
+                   "\": " + kModulePlaceholder + " and " + kConsumerPlaceholder + " are known");
+}
+
 // A word in braces. "${WORD}" is left to a shell.
 void requireKnownPlaceholders(const std::vector<std::string>& command) {
   const std::regex placeholder(R"(\{[A-Za-z_-]+\})");
@@ -51,8 +56,7 @@ void requireKnownPlaceholders(const std::vector<std::string>& command) {
       const std::string word = match->str();
       const bool isVariable = match->position() > 0 && argument[match->position() - 1] == '$';
       if (!isVariable && word != kModulePlaceholder && word != kConsumerPlaceholder) {
-        throw UsageError("unknown placeholder " + word + " in the argument \"" + argument + "\": " +
-                         kModulePlaceholder + " and " + kConsumerPlaceholder + " are known");
+        refusePlaceholder(word, argument);
       }
     }
   }

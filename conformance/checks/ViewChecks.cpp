@@ -44,7 +44,9 @@ void requireUniqueNames(const std::string& view, const std::vector<Record>& reco
   std::set<std::string> names;
   for (const Record& record : records) {
     const std::string name = toText(record.name);
-    require(names.insert(name).second, view + " has the name \"" + name + "\" twice");
+    if (!names.insert(name).second) {
+      throw Broken(view + " has the name \"" + name + "\" twice");
+    }
   }
 }
 
