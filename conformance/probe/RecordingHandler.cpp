@@ -13,6 +13,9 @@ constexpr int kEventIds[] = {EVENT_TOPO_NODE_CREATED, EVENT_TOPO_NODE_DELETED,
 // does not wait returns within this time.
 constexpr std::chrono::milliseconds kHandling{200};
 
+// The time in which a second call of HandleEvent at the same time begins.
+constexpr std::chrono::milliseconds kEntering{1};
+
 }  // namespace
 
 RecordingHandler::~RecordingHandler() {
@@ -31,10 +34,18 @@ void RecordingHandler::record(int eventId, const TEEvent& event) {
     ids += (ids.empty() ? "" : "\t") + node.nodeId;
   }
   events_.emplace_back(std::to_string(eventId), ids);
-  mostConcurrent_ = std::max(mostConcurrent_, ++running_);
+}
+
+void RecordingHandler::countCall() {
+  {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    mostConcurrent_ = std::max(mostConcurrent_, ++running_);
+  }
+  std::this_thread::sleep_for(kEntering);
 }
 
 int RecordingHandler::HandleEvent(int eventId, int, const TEEvent& event) {
+  countCall();
   std::unique_lock<std::mutex> lock(mutex_);
   record(eventId, event);
   if (isArmed_ && eventId == EVENT_TOPO_NODE_CREATED) {

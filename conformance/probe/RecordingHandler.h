@@ -40,6 +40,7 @@ class RecordingHandler final : public TEEventHandler {
   std::string unsubscription();
 
  private:
+  void countCall();
   void record(int eventId, const TEEvent& event);
   void unsubscribe();
   void join();

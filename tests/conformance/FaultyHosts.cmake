@@ -1,4 +1,4 @@
-# One host for each mistake: name, rule that names the mistake, file of the sample host, good text, bad text.
+# One host for each mistake: name, rules that the mistake breaks, file of the sample host, good text, bad text.
 
 # Definitions of the program take the place of those of topo_host_defaults.
 set(include_host "#include \"Host.h\"\n")
@@ -12,9 +12,9 @@ faulty_host(reads_no_numbers texts.numbers Registration.cpp "${include_host}"
 faulty_host(publishes_no_naming bundle.interfaces Naming.cpp
   "NS_BUNDLEMGR1::SetIFBuf(\"CorbaUtilInterface\", &naming);" "")
 
-faulty_host(raises_for_a_malformed_name naming.raises-nothing Naming.cpp
+faulty_host(raises_for_a_malformed_name "naming.raises-nothing names.malformed" Naming.cpp
   "!= host::kEmsName) return kInvalid;" "!= host::kEmsName) throw ProcessException();")
-faulty_host(calls_every_name_a_subnetwork naming.types Naming.cpp
+faulty_host(calls_every_name_a_subnetwork "naming.types names.known names.unknown" Naming.cpp
   "&& host::hasSubnetwork(id) ? kTopoSubnetworkType" "? kTopoSubnetworkType")
 faulty_host(keeps_a_stale_name naming.cleared Naming.cpp
   "name.length(id.empty() ? 0 : 2);\n  if (name.length() == 0) return kInvalid;"
@@ -52,7 +52,7 @@ faulty_host(never_unmaps_the_module reload.mapped main.cpp "${include_host}"
 
 faulty_host(shares_the_log_position log.position Registration.cpp "${include_host}"
   "${include_host}#include \"platform/agent/Logging.h\"\nNS_CORBA::LogPosition* NS_CORBA::GetTss() {\nstatic LogPosition position;\nreturn &position;\n}\n")
-faulty_host(never_ends_iterators iterators.destroy Iterators.cpp "module.iteratorPoa()->deactivate_object" "(void)")
+faulty_host(never_ends_iterators "iterators.last-batch iterators.destroy iterator.life" Iterators.cpp "module.iteratorPoa()->deactivate_object" "(void)")
 faulty_host(lacks_a_function link.symbols Attributes.cpp "CORBA::ULong TECommonFunc::resetObject("
   "CORBA::ULong unused(")
 faulty_host(hangs_in_reset attributes.raise-nothing Attributes.cpp
@@ -67,7 +67,7 @@ faulty_host(garbles_texts texts.utf8 main.cpp "#include \"orb/hostorb.h\"\n" "${
 faulty_host(keeps_the_manager unload.servants Registration.cpp
   "const PortableServer::ServantBase_var owned = servant;"
   "static PortableServer::ServantBase_var owned;\n  owned = servant;")
-faulty_host(keeps_iterators unload.iterators Iterators.cpp "servant->_remove_ref();" "")
+faulty_host(keeps_iterators "unload.iterators iterator.life" Iterators.cpp "servant->_remove_ref();" "")
 faulty_host(ends_with_a_failure host.end main.cpp
   "if (verb == \"load\")" "if (verb == \"quit\") _exit(3);\n  if (verb == \"load\")")
 
@@ -91,7 +91,7 @@ faulty_host(raises_for_a_negative_number naming.numbers Naming.cpp
 set(include_attributes "#include \"platform/agent/TECommonFunc.h\"\n")
 set(capabilities "void NS_CORBA::TECommonFunc::onGetCapabilities(common::CapabilityList_T_out capabilities,\n    const std::vector<std::string>& some, const std::vector<std::string>& others) {\n  std::vector<std::string> all(some);\n  all.insert(all.end(), others.begin(), others.end());\n  auto* list = new common::CapabilityList_T;\n  list->length(all.size());\n  for (CORBA::ULong i = 0; i < all.size(); ++i) {\n    (*list)[i].name = CORBA::string_dup(all[i].c_str());\n")
 set(end_capabilities "  }\n  capabilities = list;\n}\n")
-faulty_host(stores_labels_of_unknown_objects attributes.names Attributes.cpp
+faulty_host(stores_labels_of_unknown_objects "attributes.names names.setters" Attributes.cpp
   "onSetOwner(const NVSList_T&, const char*) { return kNo; }" "onSetOwner(const NVSList_T&, const char*) { return 0; }")
 faulty_host(writes_capabilities_in_lower_case attributes.operations Attributes.cpp "${include_attributes}"
   "${include_attributes}${capabilities}      (*list)[i].value = CORBA::string_dup(\"supported\");${end_capabilities}")
@@ -104,7 +104,7 @@ faulty_host(answers_late "" main.cpp
   "std::cout << host.answer(line) << std::endl;"
   "const std::string text = host.answer(line); sleep(line == \"change conformance change\" ? 7 : 0); std::cout << text << std::endl;")
 
-faulty_host(sends_every_notification_twice events.created Notifications.cpp
+faulty_host(sends_every_notification_twice "events.created events.changed events.deleted reload.events" Notifications.cpp
   "consumer->push_structured_event(event);"
   "consumer->push_structured_event(event); consumer->push_structured_event(event);")
 
@@ -126,6 +126,74 @@ faulty_host(keeps_the_library_of_a_failed_init reload.failed-init-mapped main.cp
 faulty_host(reports_success_of_a_failed_init reload.failed-init main.cpp
   "std::cout << \"failed \" << failure.what() << std::endl;"
   "std::cout << \"ok corbaloc::127.0.0.1:1/TopoManagement\" << std::endl;")
+
+set(include_buffers "${include_host}#include <map>\n#include \"platform/bundlemgr/ServiceInterface.h\"\nnamespace NS_BUNDLEMGR1 {\nstatic std::map<std::string, InterfaceBuffer> all;\n")
+faulty_host(finds_the_latest_interface bundle.buffers Registration.cpp "${include_host}"
+  "${include_buffers}void SetIFBuf(const std::string& name, ServiceInterface* interface) {\n  all[name].Remove(all[name].First());\n  all[name].Append(interface);\n}\nInterfaceBuffer* CheckIFBuf(const std::string& name) {\n  return all.count(name) ? &all[name] : nullptr;\n}\n}\n")
+# Ends the process instead of waiting for itself for ever.
+faulty_host(locks_the_bundle_manager bundle.lock Registration.cpp "${include_host}"
+  "${include_buffers}void SetIFBuf(const std::string& name, ServiceInterface* interface) { all[name].Append(interface); }\nInterfaceBuffer* CheckIFBuf(const std::string& name) {\n  if (ACE_OS::mutex_trylock(&_g_actualmutex) != 0) abort();\n  InterfaceBuffer* const found = all.count(name) ? &all[name] : nullptr;\n  ACE_OS::mutex_unlock(&_g_actualmutex);\n  return found;\n}\n}\n")
+
+faulty_host(ignores_the_domain_without_elements domain.facet Domain.cpp
+  "NEData* GetNEData() override { return this; }" "NEData* GetNEData() override { return nullptr; }")
+faulty_host(has_a_clock_without_a_number domain.clocks Domain.cpp
+  "GetClockPositionList(const int&, ClockPositionHolder*, IntHolder*) override {}"
+  "GetClockPositionList(const int&, ClockPositionHolder* result, IntHolder*) override {\n    result->Value().push_back({\"NE\", {}, 0, {}, \"clock\", 0, 0});\n  }")
+faulty_host(changes_the_order_of_its_nodes "views.batches views.protection reload.serves" Domain.cpp
+  "result->Value().insert("
+  "std::rotate(nodes.begin(), nodes.begin() + 1, nodes.end());\n    result->Value().insert(")
+faulty_host(renames_a_node_at_each_query "views.batches views.below" Domain.cpp
+  "result->Value().insert("
+  "nodes.back().nativeName += 'x';\n    result->Value().insert(")
+
+faulty_host(labels_unknown_objects naming.labels Naming.cpp
+  "GetObjectLabelInfo(ObjectLabelInfo&, const std::string&, int) override { return 0; }"
+  "GetObjectLabelInfo(ObjectLabelInfo& info, const std::string&, int) override {\n    info.userLabel = \"label\";\n    return 0;\n  }")
+
+faulty_host(has_no_internal_errors failures.module Failures.cpp
+  "globaldefs::EXCPT_INTERNAL_ERROR;" "globaldefs::EXCPT_ENTITY_NOT_FOUND;")
+faulty_host(gives_no_reason failures.reason Failures.cpp
+  "(\"failure \" + std::to_string(code)).c_str()" "\"\"")
+
+faulty_host(has_no_ems_name configuration.ems Registration.cpp "{ return host::kEmsName; }" "{ return \"\"; }")
+faulty_host(reads_the_switch_on_one_thread configuration.switch Registration.cpp
+  "GetTestSwitch() { return false; }"
+  "GetTestSwitch() {\n  if (gettid() != getpid()) throw ProcessException();\n  return false;\n}")
+faulty_host(knows_one_manager registration.unknown Registration.cpp
+  "if (factories.erase(name) == 0)"
+  "if (factories.erase(name) == 0 && name != std::string(\"TopoManagement\")) abort();\n  if (false)")
+faulty_host(loads_the_same_module_always probe.load main.cpp "file(argv[1])"
+  "file(std::string(argv[1], strrchr(argv[1], '/')) + \"/libzu_corba_topo.so\")")
+
+faulty_host(calls_a_handler_twice event.serial Events.cpp
+  "handler->HandleEvent(eventId, 0, {{node}});"
+  "std::thread other([&, id = eventId, &changed = node] { handler->HandleEvent(id, 0, {{changed}}); });\n        handler->HandleEvent(eventId, 0, {{node}});\n        other.join();")
+faulty_host(raises_for_an_unknown_subscription event.unknown Events.cpp
+  "change([&] { subscriptions_.erase({eventId, handler}); });"
+  "change([&] { if (subscriptions_.erase({eventId, handler}) == 0) throw ProcessException(); });")
+faulty_host(knows_one_identity security.calls Events.cpp
+  "setAccessLevel(const int&) override {}" "setAccessLevel(const int& level) override { if (level != 0) abort(); }")
+faulty_host(sends_every_notification_as_a_creation "events.changed events.deleted" Notifications.cpp
+  "CORBA::string_dup(type)" "CORBA::string_dup(kObjectCreation)")
+faulty_host(reads_names_without_pairs notification.content Notifications.cpp
+  "name.length() == 2 ? name[1].name.in() : \"\";" "name.length() != 0 ? name[1].name.in() : (abort(), \"\");")
+
+faulty_host(lists_attribute_operations_only attributes.capabilities Attributes.cpp "${include_attributes}"
+  "${include_attributes}${capabilities}      (*list)[i].value = CORBA::string_dup(\"Supported\");\n    if (i >= some.size()) (*list)[i].name = (*list)[0].name;${end_capabilities}")
+faulty_host(splits_no_names texts.split Registration.cpp "${include_host}"
+  "${include_host}#include \"platform/util/UtilCommon.h\"\nvoid NS_UTIL::UtilCommon::GetSpliteFDNData(\n    std::map<std::string, std::string>&, const std::string&, const std::string&) {}\n")
+faulty_host(cannot_log_long_texts log.calls Registration.cpp "${include_host}"
+  "${include_host}#include \"platform/agent/Logging.h\"\nvoid NS_CORBA::TaDebug(int, const char* text) { if (strlen(text) > 1000) abort(); }\n")
+
+faulty_host(never_activates_iterators "views.batches iterators.length" Iterators.cpp
+  "const ObjectId_var id = module.iteratorPoa()->activate_object(servant);" "servant->_add_ref();")
+faulty_host(raises_for_the_poa_of_iterators iterator.poa Iterators.cpp
+  "return PortableServer::POA::_duplicate(module.iteratorPoa());" "throw ProcessException();")
+faulty_host(raises_for_an_ended_iterator iterator.unknown Iterators.cpp
+  "} catch (const CORBA::UserException&) {" "} catch (const CORBA::UserException&) {\n  throw ProcessException();")
+faulty_host(has_a_poa_of_its_own_for_iterators "reload.iterators unload.iterators" Iterators.cpp
+  "using NS_CORBA::TAIteratorHelper, PortableServer::ObjectId_var, host::module;"
+  "using NS_CORBA::TAIteratorHelper, PortableServer::ObjectId_var;\n\nstruct {\n  PortableServer::POA_ptr iteratorPoa() {\n    static const PortableServer::POA_var own = [] {\n      const PortableServer::POA_var root = host::module.iteratorPoa()->the_parent();\n      const PortableServer::POAManager_var manager = root->the_POAManager();\n      return root->create_POA(\"own\", manager.in(), CORBA::PolicyList());\n    }();\n    return own.in();\n  }\n} module;\n")
 
 # Hosts that use the freedom of the contracts.
 allowed_host(has_the_test_switch "" Registration.cpp
