@@ -39,15 +39,23 @@ void requireSameInBatches(const std::string& view, Read read) {
   });
 }
 
+// The first name that several records have; "" when there is none.
 template <typename Record>
-void requireUniqueNames(const std::string& view, const std::vector<Record>& records) {
+std::string repeatedName(const std::vector<Record>& records) {
   std::set<std::string> names;
   for (const Record& record : records) {
-    const std::string name = toText(record.name);
-    if (!names.insert(name).second) {
-      throw Broken(view + " has the name \"" + name + "\" twice");
+    const auto [name, isNew] = names.insert(toText(record.name));
+    if (!isNew) {
+      return *name;
     }
   }
+  return "";
+}
+
+template <typename Record>
+void requireUniqueNames(const std::string& view, const std::vector<Record>& records) {
+  const std::string name = repeatedName(records);
+  require(name.empty(), view + " has the name \"" + name + "\" twice");
 }
 
 // The additional information may depend on the view.
