@@ -17,6 +17,7 @@ void run(const std::vector<std::string>& arguments, const MakeMeasurement& measu
     throw std::invalid_argument("usage: WARM_UPS ROUNDS CASE...");
   }
   std::vector<Measurement> measurements;
+  measurements.reserve(arguments.size() - 2);
   for (std::size_t i = 2; i < arguments.size(); ++i) {
     measurements.push_back(measurementOf(arguments[i]));
   }

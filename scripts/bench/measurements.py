@@ -43,7 +43,7 @@ def calls(bench):
                             sizes.short_rounds)
         small = bench.turns("bench_calls", {"ping": f"empty:{sizes.calls}={iterator}",
                                             "call": f"capabilities:{sizes.calls}={agent.reference}"},
-                            sizes.short_rounds)
+                            sizes.call_rounds)
         json = bench.turns("bench_calls", {"view": f"view={agent.reference}", "json": f"json={port}"})
     return {"view_over_echo_100k": ratios(views["view"], views["echo"]),
             "iterate_over_single_100k": ratios(views["walk"], views["view"]),

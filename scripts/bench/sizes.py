@@ -28,7 +28,12 @@ class Sizes:
 
     @property
     def calls(self):
-        return max(self.nodes // 50, 1)
+        """Small calls of one turn."""
+        return max(self.nodes // 500, 1)
+
+    @property
+    def call_rounds(self):
+        return 10 * self.rounds
 
     @property
     def burst(self):
