@@ -30,30 +30,48 @@ class Bench:
         return Program([self.programs / "bench_echo", agent.reference])
 
 
-def calls(bench):
-    """Calls of a client process to an agent and to a bare servant."""
+@contextlib.contextmanager
+def agent_and_echo(bench):
+    """The references of the managers of an agent and of a bare servant, and of an iterator of the servant."""
+    store = bench.stores.store(bench.programs, bench.sizes.nodes, links=bench.sizes.nodes)
+    with Agent(bench.programs, store) as agent, bench.echo(agent) as echo:
+        yield agent.reference, echo.read_line(), echo.read_line()
+
+
+def views(bench):
     sizes = bench.sizes
-    store = bench.stores.store(bench.programs, sizes.nodes, links=sizes.nodes)
-    with Agent(bench.programs, store) as agent, bench.echo(agent) as echo, \
-            Program([bench.programs / "bench_http", agent.reference]) as http:
-        servant, iterator, port = echo.read_line(), echo.read_line(), http.read_line()
-        views = bench.turns("bench_calls", {"echo": f"view={servant}", "view": f"view={agent.reference}",
-                                            "walk": f"walk:{sizes.batch}={agent.reference}"}, sizes.short_rounds)
-        links = bench.turns("bench_calls", {"echo": f"links={servant}", "links": f"links={agent.reference}"},
-                            sizes.short_rounds)
-        small = bench.turns("bench_calls", {"ping": f"empty:{sizes.calls}={iterator}",
-                                            "call": f"capabilities:{sizes.calls}={agent.reference}"},
-                            sizes.call_rounds)
-        json = bench.turns("bench_calls", {"view": f"view={agent.reference}", "json": f"json={port}"})
-    return {"view_over_echo_100k": ratios(views["view"], views["echo"]),
-            "iterate_over_single_100k": ratios(views["walk"], views["view"]),
-            "clock_links_over_echo_100k": ratios(links["links"], links["echo"]),
-            "small_call_over_ping": ratios(small["call"], small["ping"]),
-            "http_json_over_corba_100k": ratios(json["json"], json["view"])}
+    with agent_and_echo(bench) as (agent, servant, _):
+        times = bench.turns("bench_calls", {"echo": f"view={servant}", "view": f"view={agent}",
+                                            "walk": f"walk:{sizes.batch}={agent}"}, sizes.short_rounds)
+    return {"view_over_echo_100k": ratios(times["view"], times["echo"]),
+            "iterate_over_single_100k": ratios(times["walk"], times["view"])}
+
+
+def clock_links(bench):
+    with agent_and_echo(bench) as (agent, servant, _):
+        times = bench.turns("bench_calls", {"echo": f"links={servant}", "links": f"links={agent}"},
+                            bench.sizes.short_rounds)
+    return {"clock_links_over_echo_100k": ratios(times["links"], times["echo"])}
+
+
+def small_calls(bench):
+    sizes = bench.sizes
+    with agent_and_echo(bench) as (agent, _, iterator):
+        times = bench.turns("bench_calls", {"ping": f"empty:{sizes.calls}={iterator}",
+                                            "call": f"capabilities:{sizes.calls}={agent}"}, sizes.call_rounds)
+    return {"small_call_over_ping": ratios(times["call"], times["ping"])}
+
+
+def http(bench):
+    store = bench.stores.store(bench.programs, bench.sizes.nodes)
+    with Agent(bench.programs, store) as agent, \
+            Program([bench.programs / "bench_http", agent.reference]) as server:
+        times = bench.turns("bench_calls", {"view": f"view={agent.reference}", "json": f"json={server.read_line()}"})
+    return {"http_json_over_corba_100k": ratios(times["json"], times["view"])}
 
 
 def large_calls(bench):
-    """The same with the large network."""
+    """The same as views with the large network."""
     sizes = bench.sizes
     with Agent(bench.programs, bench.stores.store(bench.programs, sizes.large)) as agent, bench.echo(agent) as echo:
         servant = echo.read_line()
@@ -104,24 +122,15 @@ def events(bench):
             "events_10_over_1": ratios([10 * each for each in times["one"]], times["ten"])}
 
 
-def module(bench):
-    """The module in the process of the bench program."""
-    n = bench.sizes.nodes
-    depth = bench.sizes.batch
-    cases = {"full": f"view-forest:{n}", "below": f"below-forest:{n}",
-             "deep": f"below-deep:{2 * n}/{depth}", "less deep": f"below-deep:{n // 5}/{depth}",
-             "walk": f"below:{n // 5}", "plain": f"below-plain:{n // 5}",
-             "exclusion": f"exclude:{2 * n}", "less exclusion": f"exclude:{n // 5}",
-             "labels": f"labels:{n}", "no labels": f"no-labels:{n}"}
-    times = bench.turns("bench_views", cases)
-    large = bench.turns("bench_views", {"view": f"view:{n}", "large": f"view:{bench.sizes.large}"},
-                        bench.sizes.large_rounds)
-    return {"view_scaling": ratios(large["large"], large["view"]),
-            "below_over_view_100k": ratios(times["below"], times["full"]),
-            "below_scaling_deep": ratios(times["deep"], times["less deep"]),
-            "below_plain_over_ours_20k": ratios(times["plain"], times["walk"]),
-            "exclusion_scaling": ratios(times["exclusion"], times["less exclusion"]),
-            "labels_over_plain_100k": ratios(times["labels"], times["no labels"])}
+def in_process(row, numerator, denominator, is_large=False):
+    """A function that measures a row by two cases of bench_views. A case is formed from the sizes."""
+    def measure(bench):
+        sizes = bench.sizes
+        times = bench.turns("bench_views", {"one": numerator(sizes), "other": denominator(sizes)},
+                            sizes.large_rounds if is_large else None)
+        return {row: ratios(times["one"], times["other"])}
+    measure.__name__ = row
+    return measure, {row}
 
 
 def files(bench):
@@ -136,13 +145,20 @@ def files(bench):
 
 # Which function measures which rows.
 GROUPS = (
-    (calls, {"view_over_echo_100k", "iterate_over_single_100k", "clock_links_over_echo_100k", "small_call_over_ping",
-             "http_json_over_corba_100k"}),
-    (module, {"view_scaling", "below_over_view_100k", "below_scaling_deep", "below_plain_over_ours_20k",
-              "exclusion_scaling", "labels_over_plain_100k"}),
-    (files, {"start_over_read_100k", "import_over_insert_100k"}),
+    (views, {"view_over_echo_100k", "iterate_over_single_100k"}),
+    (clock_links, {"clock_links_over_echo_100k"}),
+    (small_calls, {"small_call_over_ping"}),
+    (http, {"http_json_over_corba_100k"}),
     (clients, {"clients8_over_1"}),
     (events, {"events_over_raw", "events_10_over_1"}),
+    (files, {"start_over_read_100k", "import_over_insert_100k"}),
+    in_process("view_scaling", lambda n: f"view:{n.large}", lambda n: f"view:{n.nodes}", is_large=True),
+    in_process("below_over_view_100k", lambda n: f"below-forest:{n.nodes}", lambda n: f"view-forest:{n.nodes}"),
+    in_process("below_scaling_deep", lambda n: f"below-deep:{2 * n.nodes}/{n.batch}",
+               lambda n: f"below-deep:{n.nodes // 5}/{n.batch}"),
+    in_process("below_plain_over_ours_20k", lambda n: f"below-plain:{n.nodes // 5}", lambda n: f"below:{n.nodes // 5}"),
+    in_process("exclusion_scaling", lambda n: f"exclude:{2 * n.nodes}", lambda n: f"exclude:{n.nodes // 5}"),
+    in_process("labels_over_plain_100k", lambda n: f"labels:{n.nodes}", lambda n: f"no-labels:{n.nodes}"),
     (large_memory, {"peak_over_list_1m", "memory_after_over_before_1m"}),
     (large_calls, {"view_over_echo_1m", "iterate_over_single_1m"}),
 )

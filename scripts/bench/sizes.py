@@ -29,11 +29,11 @@ class Sizes:
     @property
     def calls(self):
         """Small calls of one turn."""
-        return max(self.nodes // 500, 1)
+        return max(self.nodes // 100, 1)
 
     @property
     def call_rounds(self):
-        return 10 * self.rounds
+        return 4 * self.rounds
 
     @property
     def burst(self):
