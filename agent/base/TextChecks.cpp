@@ -2,16 +2,52 @@
 
 #include <utf8.h>
 
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
 #include "agent/base/FailureCodes.h"
 
 namespace agent {
 
-std::optional<std::size_t> findInvalidUtf8(std::string_view text) {
-  const auto invalid = utf8::find_invalid(text.begin(), text.end());
-  if (invalid == text.end()) {
-    return std::nullopt;
+namespace {
+
+bool isAscii(char character) {
+  return static_cast<unsigned char>(character) < 0x80;
+}
+
+// The first byte at or after `start` that is not ASCII, or the end of the text.
+std::size_t endOfAscii(std::string_view text, std::size_t start) {
+  constexpr std::uint64_t kHighBits = 0x8080808080808080;
+  std::uint64_t word = 0;
+  while (text.size() - start >= sizeof word) {
+    std::memcpy(&word, text.data() + start, sizeof word);
+    if ((word & kHighBits) != 0) {
+      break;
+    }
+    start += sizeof word;
   }
-  return static_cast<std::size_t>(invalid - text.begin());
+  while (start < text.size() && isAscii(text[start])) {
+    ++start;
+  }
+  return start;
+}
+
+}  // namespace
+
+// Checks each run of bytes that are not ASCII, because a character of UTF-8 has either one ASCII
+// byte or no ASCII byte.
+std::optional<std::size_t> findInvalidUtf8(std::string_view text) {
+  for (std::size_t start = endOfAscii(text, 0); start < text.size();) {
+    const auto run = text.begin() + static_cast<std::ptrdiff_t>(start);
+    const auto end = std::find_if(run, text.end(), isAscii);
+    if (const auto invalid = utf8::find_invalid(run, end); invalid != end) {
+      return static_cast<std::size_t>(invalid - text.begin());
+    }
+    start = endOfAscii(text, static_cast<std::size_t>(end - text.begin()));
+  }
+  return std::nullopt;
 }
 
 std::string problemWith(std::string_view text) {

@@ -73,9 +73,9 @@ void JsonField::requireObject() const {
 
 void JsonField::requireFieldsAmong(const std::vector<std::string>& names) const {
   requireObject();
-  for (const auto& item : value_->items()) {
-    if (std::find(names.begin(), names.end(), item.key()) == names.end()) {
-      fail("has the unknown field " + inQuotes(item.key()));
+  for (const auto& [name, value] : value_->get_ref<const Json::object_t&>()) {
+    if (std::find(names.begin(), names.end(), name) == names.end()) {
+      fail("has the unknown field " + inQuotes(name));
     }
   }
 }

@@ -145,7 +145,7 @@ class NetworkEvents final : public nlohmann::json_sax<Json> {
   bool number_integer(number_integer_t value) override { return add(value); }
   bool number_unsigned(number_unsigned_t value) override { return add(value); }
   bool number_float(number_float_t value, const string_t&) override { return add(value); }
-  bool string(string_t& value) override { return add(std::move(value)); }
+  bool string(string_t& value) override { return add(value); }  // the parser reuses the memory
   bool binary(binary_t& value) override { return add(std::move(value)); }
 
   bool start_object(std::size_t) override {
@@ -157,14 +157,15 @@ class NetworkEvents final : public nlohmann::json_sax<Json> {
   }
 
   bool key(string_t& name) override {
-    if (!open_.empty()) {
-      if (open_.back()->contains(name)) {
-        throw ParseError(place().path(), "has the field " + inQuotes(name) + " twice");
-      }
-    } else {
+    if (open_.empty()) {
       requireNewTopField(name);
+      return true;
     }
-    key_ = std::move(name);
+    const auto [member, isNew] = open_.back()->emplace(name, nullptr);
+    if (!isNew) {
+      throw ParseError(place().path(), "has the field " + inQuotes(name) + " twice");
+    }
+    member_ = &*member;
     return true;
   }
 
@@ -246,7 +247,8 @@ class NetworkEvents final : public nlohmann::json_sax<Json> {
     }
     Json& container = *open_.back();
     if (container.is_object()) {
-      return &(container[key_] = std::move(value));
+      *member_ = std::move(value);
+      return member_;
     }
     container.push_back(std::move(value));
     return &container.back();
@@ -297,7 +299,7 @@ class NetworkEvents final : public nlohmann::json_sax<Json> {
 
   Json value_;               // the value that is being parsed
   std::vector<Json*> open_;  // open containers in value_, outermost first
-  std::string key_;          // of the next value in the innermost object
+  Json* member_ = nullptr;   // the next value in the innermost object
 };
 
 }  // namespace
