@@ -1,5 +1,6 @@
 // Converts domain records into TMF names and nodes.
 
+#include <algorithm>
 #include <map>
 #include <string_view>
 
@@ -80,6 +81,24 @@ void markVendor(globaldefs::NVSList_T& additionalInfo) {
   topo::setPair(additionalInfo, 0, topo::kVendorName, topo::kVendorValue);
 }
 
+// Converts the nodes at the chosen positions. Returns 0.
+template <typename IsChosen>
+CORBA::ULong convertChosen(TopoManagementManager::NodeList_T& nodes,
+                           const std::vector<NS_DOMAIN::TopoNode_T>& domainNodes, std::size_t count,
+                           const IsChosen& isChosen) {
+  topo::setLength(nodes, static_cast<CORBA::ULong>(count));
+  CORBA::ULong converted = 0;
+  for (std::size_t i = 0; i < domainNodes.size(); ++i) {
+    // After a failure, the next node reuses the record without clearing it.
+    if (isChosen(i) && TopoManagementMgr::convertDomainNodeToTmf(topo::at(nodes, converted),
+                                                                 domainNodes[i]) == 0) {
+      ++converted;
+    }
+  }
+  topo::setLength(nodes, converted);
+  return 0;
+}
+
 }  // namespace
 
 CORBA::ULong TopoManagementMgr::convertDomainToTmfObjName(globaldefs::NVSList_T& name,
@@ -125,14 +144,12 @@ CORBA::ULong TopoManagementMgr::convertDomainNodeToTmf(TopoManagementManager::No
 CORBA::ULong TopoManagementMgr::convertDomainNodesToTmf(
     TopoManagementManager::NodeList_T& nodes,
     const std::vector<NS_DOMAIN::TopoNode_T>& domainNodes) {
-  topo::setLength(nodes, static_cast<CORBA::ULong>(domainNodes.size()));
-  CORBA::ULong converted = 0;
-  for (const NS_DOMAIN::TopoNode_T& domainNode : domainNodes) {
-    // After a failure, the next node reuses the record without clearing it.
-    if (convertDomainNodeToTmf(topo::at(nodes, converted), domainNode) == 0) {
-      ++converted;
-    }
-  }
-  topo::setLength(nodes, converted);
-  return 0;
+  return convertChosen(nodes, domainNodes, domainNodes.size(), [](std::size_t) { return true; });
+}
+
+CORBA::ULong TopoManagementMgr::convertDomainNodesToTmf(
+    TopoManagementManager::NodeList_T& nodes, const std::vector<NS_DOMAIN::TopoNode_T>& domainNodes,
+    const std::vector<bool>& chosen) {
+  const auto count = static_cast<std::size_t>(std::count(chosen.begin(), chosen.end(), true));
+  return convertChosen(nodes, domainNodes, count, [&](std::size_t i) { return chosen[i]; });
 }

@@ -17,6 +17,9 @@ ParentChains::ParentChains(const std::string& subnetworkId,
     : subnetworkId_(subnetworkId), nodes_(nodes) {
   collectParents();
   linkParents();
+  for (std::uint32_t parent = 0; parent < parents_.size(); ++parent) {
+    walk(parent);
+  }
 }
 
 // The answer for nodes with this parent when the parent ends the chain, else kUnknown. Compares
@@ -62,7 +65,7 @@ void ParentChains::linkParents() {
   }
 }
 
-bool ParentChains::isBelowFor(std::uint32_t parent) {
+void ParentChains::walk(std::uint32_t parent) {
   std::vector<std::uint32_t> walked;
   while (parents_[parent].answer == Answer::kUnknown) {
     parents_[parent].answer = Answer::kWalking;
@@ -70,14 +73,13 @@ bool ParentChains::isBelowFor(std::uint32_t parent) {
     parent = parents_[parent].grandparent;
   }
   // kWalking: this walk has passed the parent before, so the chain is a cycle.
-  const bool below = parents_[parent].answer == Answer::kBelow;
+  const Answer answer = isBelowFor(parent) ? Answer::kBelow : Answer::kNotBelow;
   for (const std::uint32_t passed : walked) {
-    parents_[passed].answer = below ? Answer::kBelow : Answer::kNotBelow;
+    parents_[passed].answer = answer;
   }
-  return below;
 }
 
-bool ParentChains::leadToSubnetwork(const std::string& parentId) {
+bool ParentChains::leadToSubnetwork(const std::string& parentId) const {
   const std::uint32_t parent = ids_.find(parentId);
   if (parent != kNone) {
     return isBelowFor(parent);

@@ -15,12 +15,12 @@
 
 namespace topo {
 
-// Follows the chain of parents of a node, and caches the answer of every parent on the chain. So
+// Follows the chain of every parent once, and stores the answer for every parent on the chain. So
 // the time for all nodes of a network is linear in the number of nodes.
 //
-// Thread-safety: none. Ownership: borrows the nodes and the id, which must outlive the object and
-// stay unchanged. Errors: every function may throw std::bad_alloc; the constructor also throws
-// std::system_error (see salted::Hash).
+// Thread-safety: constant after construction. Ownership: borrows the nodes and the id, which must
+// outlive the object and stay unchanged. Errors: the constructor throws std::bad_alloc, and every
+// function but isBelow() std::system_error (see salted::Hash).
 class ParentChains {
  public:
   ParentChains(const std::string& subnetworkId, const std::vector<NS_DOMAIN::TopoNode_T>& nodes);
@@ -29,11 +29,11 @@ class ParentChains {
 
   // Whether the node at an index is below the subnetwork. A parent that is not among the nodes, a
   // root marker and a cycle end the chain. When nodes have the same id, the first node counts.
-  bool isBelow(std::size_t node) { return isBelowFor(parentOf_[node]); }
+  bool isBelow(std::size_t node) const { return isBelowFor(parentOf_[node]); }
 
   // The same for a node with this parent, which need not be among the nodes. Takes time linear in
   // the number of nodes for an id that is no node's parent.
-  bool leadToSubnetwork(const std::string& parentId);
+  bool leadToSubnetwork(const std::string& parentId) const;
 
  private:
   enum class Answer : char { kUnknown, kWalking, kBelow, kNotBelow };
@@ -66,7 +66,8 @@ class ParentChains {
   void collectParents();
   void linkParents();
   Answer endOfChain(const std::string& parentId) const;
-  bool isBelowFor(std::uint32_t parent);
+  void walk(std::uint32_t parent);
+  bool isBelowFor(std::uint32_t parent) const { return parents_[parent].answer == Answer::kBelow; }
 
   const std::string& subnetworkId_;
   const std::vector<NS_DOMAIN::TopoNode_T>& nodes_;

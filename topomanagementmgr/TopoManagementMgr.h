@@ -63,6 +63,12 @@ class TopoManagementMgr {
       TopoManagementManager::NodeList_T& nodes,
       const std::vector<NS_DOMAIN::TopoNode_T>& domainNodes);
 
+  // The same for the nodes at the positions that are true in `chosen`, which has one entry for each
+  // domain node.
+  static CORBA::ULong convertDomainNodesToTmf(TopoManagementManager::NodeList_T& nodes,
+                                              const std::vector<NS_DOMAIN::TopoNode_T>& domainNodes,
+                                              const std::vector<bool>& chosen);
+
   // Returns the value of a key of the user label map, "" for a missing key.
   using LabelLookup = std::function<std::string(const std::string& key)>;
 

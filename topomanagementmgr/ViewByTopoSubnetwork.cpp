@@ -1,7 +1,5 @@
 // The view of the nodes below a topo subnetwork.
 
-#include <utility>
-
 #include "topo/Holder.h"
 #include "topo/Lookup.h"
 #include "topo/PlatformFailure.h"
@@ -30,27 +28,12 @@ std::string subnetworkIdOf(const globaldefs::NVSList_T& name) {
 
 // For each node whether the node is below the subnetwork.
 std::vector<bool> findBelow(const std::string& subnetworkId, const std::vector<TopoNode_T>& nodes) {
-  topo::ParentChains chains(subnetworkId, nodes);
+  const topo::ParentChains chains(subnetworkId, nodes);
   std::vector<bool> below(nodes.size());
   for (std::size_t i = 0; i < nodes.size(); ++i) {
     below[i] = chains.isBelow(i);
   }
   return below;
-}
-
-// Removes all nodes that are not below the subnetwork. The others keep their order.
-void keepBelow(const std::string& subnetworkId, std::vector<TopoNode_T>& nodes) {
-  const std::vector<bool> below = findBelow(subnetworkId, nodes);
-  std::size_t kept = 0;
-  for (std::size_t i = 0; i < nodes.size(); ++i) {
-    if (below[i]) {
-      if (kept != i) {
-        nodes[kept] = std::move(nodes[i]);
-      }
-      ++kept;
-    }
-  }
-  nodes.resize(kept);
 }
 
 }  // namespace
@@ -66,6 +49,6 @@ CORBA::ULong TopoManagementMgr::getViewInfoByTopoSubnetwork(
   topo::Holder<std::vector<TopoNode_T>> domainNodes;
   // getTopoSubnetworkViewBaseInfo has logged a failure; the view continues with the nodes so far.
   static_cast<void>(getTopoSubnetworkViewBaseInfo(*domainNodes.get()));
-  keepBelow(subnetworkIdOf(topoSubnetworkName), *domainNodes);
-  return convertDomainNodesToTmf(nodes, *domainNodes);
+  const std::string subnetworkId = subnetworkIdOf(topoSubnetworkName);
+  return convertDomainNodesToTmf(nodes, *domainNodes, findBelow(subnetworkId, *domainNodes));
 }
