@@ -1,10 +1,9 @@
-// A bare servant on the ORB and the allocator of the agent: the measure of what the ORB alone
-// takes.
+// A bare servant on the ORB and with the allocator of the agent, for the cost of the ORB alone.
 //
 //   bench_echo MANAGER
 //
 // Reads the topo subnetwork view and the clock links of a manager once, and serves an object of the
-// manager's interface. Its views return a copy of what was read, its other operations do nothing.
+// manager's interface. Views of the object return a copy of the lists, other operations do nothing.
 // Prints the references of the object and of an iterator, whose destroy() is the empty call, then
 // serves until standard input ends.
 
