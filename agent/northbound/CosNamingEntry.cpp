@@ -1,6 +1,6 @@
 #include "agent/northbound/CosNamingEntry.h"
 
-#include <chrono>
+#include <utility>
 
 #include "agent/base/Log.h"
 
@@ -27,35 +27,117 @@ CosNaming::NamingContext_ptr resolveContext(CORBA::ORB_ptr orb, const std::strin
   return context._retn();
 }
 
+CosNaming::Name nameOf(const std::string& id) {
+  CosNaming::Name name;
+  name.length(1);
+  name[0].id = CORBA::string_dup(id.c_str());
+  return name;
+}
+
 }  // namespace
 
-CosNamingEntry::CosNamingEntry(CORBA::ORB_ptr orb, const std::string& service,
-                               const std::string& name, CORBA::Object_ptr object,
-                               const std::function<bool()>& stopRequested)
-    : object_(CORBA::Object::_duplicate(object)) {
-  name_.length(1);
-  name_[0].id = CORBA::string_dup(name.c_str());
+CosNamingEntry::CosNamingEntry(CORBA::ORB_ptr orb, std::string service, const std::string& name,
+                               CORBA::Object_ptr object, const std::function<bool()>& stopRequested,
+                               std::chrono::milliseconds checkInterval)
+    : orb_(orb),
+      service_(std::move(service)),
+      nameText_(name),
+      checkInterval_(checkInterval),
+      name_(nameOf(name)),
+      object_(CORBA::Object::_duplicate(object)) {
+  bindFirst(stopRequested);
+  checks_ = std::thread([this] { checkUntilStop(); });
+}
+
+// A call that timed out may have bound the name, so the repeated call replaces a binding.
+void CosNamingEntry::bindFirst(const std::function<bool()>& stopRequested) {
   for (int attempt = 1;; ++attempt) {
     try {
-      bind(orb, service);
+      context_ = resolveContext(orb_, service_);
+      context_->rebind(name_, object_);
       return;
     } catch (const CORBA::SystemException& failure) {
       if (!orb::isTimeout(failure) || attempt == kMaxAttempts || stopRequested()) {
-        throw failureOf(service, orb::describe(failure));
+        throw failureOf(service_, orb::describe(failure));
       }
     } catch (const CORBA::Exception& failure) {
-      throw failureOf(service, "it refuses the name \"" + name + "\" with " + failure._name());
+      throw failureOf(service_,
+                      "it refuses the name \"" + nameText_ + "\" with " + failure._name());
     }
   }
 }
 
-// Idempotent: a call that timed out may have bound the name.
-void CosNamingEntry::bind(CORBA::ORB_ptr orb, const std::string& service) {
-  context_ = resolveContext(orb, service);
-  context_->rebind(name_, object_);
+void CosNamingEntry::checkUntilStop() {
+  MutexLock lock(mutex_);
+  while (!changed_.wait_for(lock.native(), checkInterval_,
+                            [this]() REQUIRES(mutex_) { return stopping_; })) {
+    lock.unlock();
+    check();
+    lock.lock();
+  }
+}
+
+// A failure, such as a naming service that is away, is left to the next check.
+void CosNamingEntry::check() noexcept {
+  try {
+    try {
+      checkOnce();
+      failed_ = false;
+    } catch (const NamingError& failure) {
+      logOnce(failure.what());
+    } catch (const CORBA::SystemException& failure) {
+      logOnce(failureOf(service_, orb::describe(failure)).what());
+    } catch (const CORBA::Exception& failure) {
+      logOnce(failureOf(service_, failure._name()).what());
+    }
+  } catch (...) {
+    return;  // no memory for a line of the log
+  }
+}
+
+// The first call after a restart of the service fails on the connection to the former process.
+void CosNamingEntry::checkOnce() {
+  try {
+    bindIfMissing();
+  } catch (const CORBA::SystemException& failure) {
+    if (!orb::isConnectionClosed(failure)) {
+      throw;
+    }
+    bindIfMissing();
+  }
+}
+
+// The service is resolved anew: after a restart its root context may be another object.
+void CosNamingEntry::bindIfMissing() {
+  context_ = resolveContext(orb_, service_);
+  try {
+    const CORBA::Object_var bound = context_->resolve(name_);
+    return;
+  } catch (const CosNaming::NamingContext::NotFound&) {
+    context_->bind(name_, object_);  // fails when another process has bound the name meanwhile
+  }
+  log(kLogErrors, "naming service " + service_ + " had lost the entry \"" + nameText_ +
+                      "\", which is bound again");
+}
+
+void CosNamingEntry::logOnce(const std::string& failure) {
+  if (!failed_) {
+    failed_ = true;
+    log(kLogErrors, failure);
+  }
+}
+
+void CosNamingEntry::stopChecks() {
+  {
+    const MutexLock lock(mutex_);
+    stopping_ = true;
+  }
+  changed_.notify_one();
+  checks_.join();
 }
 
 CosNamingEntry::~CosNamingEntry() {
+  stopChecks();
   try {
     const CORBA::Object_var bound = context_->resolve(name_);
     if (bound->_is_equivalent(object_)) {

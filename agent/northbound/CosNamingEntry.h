@@ -3,12 +3,16 @@
 #ifndef AGENT_NORTHBOUND_COSNAMINGENTRY_H
 #define AGENT_NORTHBOUND_COSNAMINGENTRY_H
 
+#include <chrono>
+#include <condition_variable>
 #include <functional>
 #include <stdexcept>
 #include <string>
+#include <thread>
 
 #include "orb/naming.h"
 #include "orb/orb.h"
+#include "sync/Mutex.h"
 
 namespace agent {
 
@@ -18,29 +22,55 @@ class NamingError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-// The constructor binds the name. The destructor unbinds the name unless another agent has bound
-// the name to its own object, and waits for the naming service for at most 4 seconds.
+// The constructor binds the name. Until the destructor, a thread checks the entry at every interval
+// and binds the name again when the naming service answers without the entry, for example after
+// a restart without data. An entry that another process has bound in the meantime is kept. The
+// destructor unbinds the name unless another process has bound the name to its own object; the
+// destructor waits for the naming service for at most 8 seconds: for the call of a check that is
+// in progress, and for two calls of its own.
 //
 // Thread-safety: constructed and destroyed by one thread.
-// Ownership: holds references to the naming context and to the object.
-// Errors: the constructor throws NamingError; the destructor logs failures.
+// Ownership: owns its thread; holds references to the naming context and to the object; borrows the
+// ORB.
+// Errors: the constructor throws NamingError, and std::system_error when no thread can be started;
+// the checks and the destructor log failures.
 class CosNamingEntry {
  public:
+  static constexpr std::chrono::milliseconds kDefaultCheckInterval{5000};
+
   // service: an object reference in any form. The constructor repeats a call without an answer
   // after 2 seconds, for about 10 seconds in all, until stopRequested() is true.
-  CosNamingEntry(CORBA::ORB_ptr orb, const std::string& service, const std::string& name,
-                 CORBA::Object_ptr object, const std::function<bool()>& stopRequested);
+  CosNamingEntry(CORBA::ORB_ptr orb, std::string service, const std::string& name,
+                 CORBA::Object_ptr object, const std::function<bool()>& stopRequested,
+                 std::chrono::milliseconds checkInterval = kDefaultCheckInterval);
   ~CosNamingEntry();
 
   CosNamingEntry(const CosNamingEntry&) = delete;
   CosNamingEntry& operator=(const CosNamingEntry&) = delete;
 
  private:
-  void bind(CORBA::ORB_ptr orb, const std::string& service);
+  void bindFirst(const std::function<bool()>& stopRequested);
+  void checkUntilStop();
+  void check() noexcept;
+  void checkOnce();
+  void bindIfMissing();
+  void logOnce(const std::string& failure);
+  void stopChecks();
 
-  CosNaming::NamingContext_var context_;
+  const CORBA::ORB_ptr orb_;
+  const std::string service_;
+  const std::string nameText_;
+  const std::chrono::milliseconds checkInterval_;
   CosNaming::Name name_;
-  CORBA::Object_var object_;
+  const CORBA::Object_var object_;
+  CosNaming::NamingContext_var context_;  // used by the constructor, then by the checks, then by
+                                          // the destructor
+  bool failed_ = false;                   // the last check failed, and its failure is in the log
+
+  Mutex mutex_;
+  std::condition_variable changed_;
+  bool stopping_ GUARDED_BY(mutex_) = false;
+  std::thread checks_;
 };
 
 }  // namespace agent

@@ -11,6 +11,7 @@
 #include <csignal>
 #include <filesystem>
 #include <fstream>
+#include <memory>
 #include <stdexcept>
 
 #include "orb/idl/TopoManagementManager.h"
@@ -265,6 +266,22 @@ TEST_F(AgentLife, KeepsANamingEntryThatAnotherProcessHasRebound) {
   const std::string other = name.resolve();
   EXPECT_EQ(0, agent.stop(SIGTERM).status);
   EXPECT_EQ(other, name.resolve());
+}
+
+TEST_F(AgentLife, IsBoundAgainInANamingServiceThatRestartsWithoutItsData) {
+  auto naming = std::make_unique<NamingService>();
+  const std::string endpoint = naming->endpoint();
+  support::Process agent(
+      "/bin/sh", {"-c", "exec " TOPO_AGENTD " --create --endpoint 127.0.0.1:0 --store " + store() +
+                            " --naming corbaloc:iiop:1.2@" + endpoint + "/NameService 2>&1"});
+  agent.readLine();  // the ready line
+  naming.reset();
+  naming = std::make_unique<NamingService>(endpoint);
+  std::string line = agent.readLine();
+  while (!line.empty() && line.find("is bound again") == std::string::npos) {
+    line = agent.readLine();
+  }
+  EXPECT_EQ(0, runTopoctl({"--agent", BoundName(*naming).resolve(), "topo"}).status) << line;
 }
 
 TEST_F(AgentLife, ReplacesTheIorFileInOneStep) {

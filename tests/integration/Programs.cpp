@@ -45,8 +45,10 @@ std::string quietEndpoint() {
   throw std::runtime_error("no free port");
 }
 
-NamingService::NamingService()
-    : endpoint_(quietEndpoint()),
+NamingService::NamingService() : NamingService(quietEndpoint()) {}
+
+NamingService::NamingService(const std::string& endpoint)
+    : endpoint_(endpoint),
       process_("/bin/sh", {"-c", "exec " TOPO_NAMING_SERVICE " -start 1 -nohostname -datadir " +
                                      directory_.path().string() +
                                      " -ORBendPoint giop:tcp:" + endpoint_ + " 2>&1"}) {

@@ -77,6 +77,9 @@ class NamingService {
  public:
   NamingService();
 
+  // An empty naming service at an endpoint whose former naming service has ended.
+  explicit NamingService(const std::string& endpoint);
+
   // The root context as an IOR, and the address of the service (HOST:PORT).
   const std::string& reference() const { return reference_; }
   const std::string& endpoint() const { return endpoint_; }
