@@ -116,6 +116,8 @@ class Agent::Parts final : private AgentControl {
 
   std::string managerReference() { return referenceText(*server_, manager_.in()); }
 
+  void checkAlive() { model_.topoNodeCount(); }
+
   std::string summary() {
     return "endpoint " + orb::format(server_->endpoint()) + ", store " + options_.store + ", " +
            std::to_string(model_.topoNodeCount()) + " nodes, module " + options_.module.string() +
@@ -212,6 +214,10 @@ std::string Agent::readyLine() {
 
 std::string Agent::managerReference() {
   return parts_->managerReference();
+}
+
+void Agent::checkAlive() {
+  parts_->checkAlive();
 }
 
 void Agent::reloadModule() {

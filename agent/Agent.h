@@ -13,8 +13,8 @@ namespace agent {
 
 // The running agent. A process has at most one.
 //
-// Thread-safety: one thread; reloadModule from any thread. Ownership: owns all parts of the agent.
-// Errors: start and reloadModule throw.
+// Thread-safety: one thread; reloadModule and checkAlive from any thread. Ownership: owns all parts
+// of the agent. Errors: start and reloadModule throw.
 class Agent {
  public:
   explicit Agent(Options options);
@@ -42,6 +42,10 @@ class Agent {
 
   // The manager's object reference as text. REQUIRES: started.
   std::string managerReference();
+
+  // Returns when the network can be read. A deadlock of the agent blocks the call. Throws
+  // std::bad_alloc. REQUIRES: started.
+  void checkAlive();
 
   // Unloads and loads the module. Clients get TRANSIENT during the reload, and iterators end.
   // Throws ModuleError. REQUIRES: started.

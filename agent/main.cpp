@@ -15,6 +15,7 @@
 #include "agent/base/PrintableText.h"
 #include "agent/process/Descriptors.h"
 #include "agent/process/MemoryBudget.h"
+#include "agent/process/ServiceManager.h"
 #include "agent/process/StopSignals.h"
 #include "agent/process/WriteWithin.h"
 #include "orb/orb.h"
@@ -58,8 +59,12 @@ void serveUntilStopped(const agent::Options& options) {
   const bool started = agent.start([&signals] { return signals.arrived(); });
   signals.startEnded();
   if (started) {
-    announce(agent.readyLine());
+    const std::string line = agent.readyLine();
+    announce(line);
+    agent::ServiceManager manager;
+    manager.ready(line, [&agent] { agent.checkAlive(); });
     signals.wait();
+    manager.stopping();
     agent.stop();
   }
   agent::flushLog(kReaderPatience);

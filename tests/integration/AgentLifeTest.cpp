@@ -19,6 +19,7 @@
 #include "orb/orb.h"
 #include "tests/integration/Programs.h"
 #include "tests/support/DamagedStore.h"
+#include "tests/support/NotifySocket.h"
 
 namespace integration {
 namespace {
@@ -284,6 +285,22 @@ TEST_F(AgentLife, IsBoundAgainInANamingServiceThatRestartsWithoutItsData) {
   EXPECT_EQ(0, runTopoctl({"--agent", BoundName(*naming).resolve(), "topo"}).status) << line;
 }
 
+TEST_F(AgentLife, ReportsItsStateToTheServiceManager) {
+  support::NotifySocket socket;
+  support::Process agent(TOPO_AGENTD, onStore({}),
+                         {"NOTIFY_SOCKET=" + socket.path(), "WATCHDOG_USEC=20000"});
+  EXPECT_EQ("READY=1\nSTATUS=" + agent.readLine(), socket.next());
+  EXPECT_EQ("WATCHDOG=1", socket.next());
+  EXPECT_EQ("WATCHDOG=1", socket.next());
+  agent.send(SIGTERM);
+  EXPECT_EQ(0, agent.wait().status);
+  std::string last;
+  for (std::string message = socket.arrived(); !message.empty(); message = socket.arrived()) {
+    last = message;
+  }
+  EXPECT_EQ("STOPPING=1", last);
+}
+
 TEST_F(AgentLife, ReplacesTheIorFileInOneStep) {
   const std::string file = directory_.write("manager.ior", "before\n");
   const std::string link = directory_.file("link");
@@ -504,6 +521,12 @@ TEST_F(AgentLife, RefusesAMalformedReference) {
   EXPECT_EQ("topo-agentd: event channel corbaname::localhost:1: it has no #NAME\n",
             refusal(onStore({"--event-channel", "corbaname::localhost:1"})));
   EXPECT_FALSE(std::filesystem::exists(store()));
+}
+
+TEST_F(AgentLife, AcceptsTheConfigurationFileOfThePackage) {
+  support::Process agent(TOPO_AGENTD,
+                         {"--config", TOPO_PACKAGING "/etc/agent.conf", "--check-config"});
+  EXPECT_EQ("the options are valid\n", agent.wait().out);
 }
 
 TEST_F(AgentLife, ChecksItsOptionsWithoutServing) {
