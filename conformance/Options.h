@@ -23,6 +23,7 @@ struct Options {
   bool usesConsole = false;          // the host is operated through its console
   std::string agent;                 // reference of a running host's manager, or ""
   std::chrono::seconds timeout{20};  // of each step of a check
+  std::vector<std::string> rules;    // the rules to check, empty for all rules
   std::string notice;                // help or version: print it and end
 };
 

@@ -16,6 +16,8 @@ namespace {
 constexpr const char* kUnfinished = "the process of the host has ended during the check";
 constexpr const char* kLoadRule = "probe.load";
 constexpr const char* kLoadText = "the host loads and serves another module at the same entry";
+constexpr const char* kFiniRule = "unload.fini";
+constexpr const char* kFiniText = "the host calls fini before it ends";
 
 bool isFiniRule(const Result& result) {
   return result.rule.compare(0, std::string(probe::kFiniPrefix).size(), probe::kFiniPrefix) == 0;
@@ -23,8 +25,13 @@ bool isFiniRule(const Result& result) {
 
 }  // namespace
 
-ProbeStage::ProbeStage(Context& context, Runner& runner, Report& report, std::string directory)
-    : context_(context), runner_(runner), report_(report), directory_(std::move(directory)) {}
+ProbeStage::ProbeStage(Context& context, Runner& runner, Report& report, const Selection& selection,
+                       std::string directory)
+    : context_(context),
+      runner_(runner),
+      report_(report),
+      selection_(selection),
+      directory_(std::move(directory)) {}
 
 std::vector<std::string> ProbeStage::environment() const {
   std::string skipped;
@@ -33,6 +40,7 @@ std::vector<std::string> ProbeStage::environment() const {
   }
   return {std::string(probe::kReportVariable) + "=" + directory_ + "/report",
           std::string(probe::kSkipVariable) + "=" + skipped,
+          std::string(probe::kOnlyVariable) + "=" + selection_.list(),
           std::string(probe::kFailVariable) + "=" + context_.failInitFile};
 }
 
@@ -78,6 +86,9 @@ void ProbeStage::runRules() {
     require(!rules.empty(), "the manager does not answer as the probe");
   });
   for (const auto& [rule, text] : rules) {
+    if (!selection_.has(rule)) {
+      continue;
+    }
     runner_.run(rule, text, Plugin::kProbe,
                 [&id = rule](Context& context) { checkInProbe(context, id); });
   }
@@ -89,9 +100,10 @@ void ProbeStage::runFiniRules() {
   results.erase(std::remove_if(results.begin(), results.end(),
                                [](const Result& result) { return !isFiniRule(result); }),
                 results.end());
-  if (results.empty()) {
-    report_.add({Outcome::kFail, std::string(probe::kFiniPrefix) + "fini",
-                 "the host calls fini before it ends", "fini was not called"});
+  if (selection_.has(kFiniRule)) {
+    report_.add(results.empty()
+                    ? Result{Outcome::kFail, kFiniRule, kFiniText, "fini was not called"}
+                    : Result{Outcome::kPass, kFiniRule, kFiniText, ""});
   }
   // fini runs at each reload and at the end of the host. A failure of one run counts.
   std::map<std::string, Result> worst;
@@ -111,7 +123,7 @@ void ProbeStage::run() {
   runInitRules();
   runRules();
   for (const Check& check : checks()) {
-    if (check.plugin == Plugin::kProbe) {
+    if (check.plugin == Plugin::kProbe && selection_.has(check.rule)) {
       runner_.run(check);
     }
   }

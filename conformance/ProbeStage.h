@@ -8,16 +8,18 @@
 #include <vector>
 
 #include "conformance/Runner.h"
+#include "conformance/Selection.h"
 
 namespace conformance {
 
-// Runs the rules of the probe and the checks that need the probe.
+// Runs the selected rules of the probe and the selected checks that need the probe.
 //
 // Thread-safety: none. Borrows its arguments; `directory` is for files of the probe. Errors: none;
 // failures are results.
 class ProbeStage {
  public:
-  ProbeStage(Context& context, Runner& runner, Report& report, std::string directory);
+  ProbeStage(Context& context, Runner& runner, Report& report, const Selection& selection,
+             std::string directory);
 
   void run();
 
@@ -32,6 +34,7 @@ class ProbeStage {
   Context& context_;
   Runner& runner_;
   Report& report_;
+  const Selection& selection_;
   const std::string directory_;
   std::set<std::string> fatalRules_;  // init rules that have ended the host's process
 };

@@ -46,6 +46,7 @@ void Report::add(const Result& result) {
                        : result.outcome == Outcome::kFail ? failed_
                                                           : skipped_;
   ++count;
+  rules_.insert(result.rule);
   print(format(result));
 }
 

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <iosfwd>
+#include <set>
 #include <string>
 
 #include "conformance/shared/Verdict.h"
@@ -42,10 +43,14 @@ class Report {
   // kRuleBroken after a failure, otherwise kAllPassed.
   int exitStatus() const;
 
+  // The rules with a result.
+  const std::set<std::string>& rules() const { return rules_; }
+
  private:
   void print(const std::string& line);
 
   std::ostream& out_;
+  std::set<std::string> rules_;
   std::size_t passed_ = 0;
   std::size_t failed_ = 0;
   std::size_t skipped_ = 0;

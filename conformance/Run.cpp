@@ -15,6 +15,7 @@
 #include "conformance/Receiver.h"
 #include "conformance/Report.h"
 #include "conformance/Runner.h"
+#include "conformance/Selection.h"
 
 namespace conformance {
 namespace {
@@ -60,18 +61,32 @@ void requireFile(const std::string& option, const std::string& path) {
   std::_Exit(kNotRun);
 }
 
-void runChecks(Context& context, Report& report, const std::string& directory) {
+void runChecks(Context& context, Report& report, const Selection& selection,
+               const std::string& directory) {
   Runner runner(context, report);
   for (const Check& check : checks()) {
-    if (check.plugin == Plugin::kModule) {
+    if (check.plugin == Plugin::kModule && selection.has(check.rule)) {
       runner.run(check);
     }
   }
+  if (!selection.needsProbe()) {
+    return;
+  }
   if (context.host.isOwn()) {
-    ProbeStage(context, runner, report, directory).run();
+    ProbeStage(context, runner, report, selection, directory).run();
   } else {
     report.add({Outcome::kSkip, "probe.load", "the functions of the contracts keep their promises",
                 "only for a host that topo-conformance starts"});
+  }
+}
+
+// A failure, such as that of probe.load, explains why other rules were not checked.
+void requireResults(const Report& report, const Selection& selection) {
+  const auto missing = selection.missing(report.rules());
+  if (!missing.empty() && report.exitStatus() == kAllPassed) {
+    throw std::runtime_error(
+        "the rule " + missing.front() +
+        " was not checked: the name is unknown, or the rule is not for this host");
   }
 }
 
@@ -98,11 +113,13 @@ int run(const Options& options, std::ostream& out, std::ostream& err) {
                        false, false};
     host.require(Plugin::kModule);
     Report report(out);
-    runChecks(context, report, directory.path());
+    const Selection selection(options.rules);
+    runChecks(context, report, selection, directory.path());
     if (context.lacksConsumer && host.isOwn()) {
       report.note("notifications were not checked: add {consumer} to the arguments of the host");
     }
     report.finish();
+    requireResults(report, selection);
     return report.exitStatus();
   } catch (const CORBA::Exception& failure) {
     err << "topo-conformance: the ORB fails: " << failure._name() << std::endl;

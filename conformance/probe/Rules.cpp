@@ -110,9 +110,14 @@ std::string onOneLine(std::string text) {
   return text;
 }
 
+// Whether the list of rules, separated by commas, has the rule.
+bool isIn(const std::string& list, const Rule& rule) {
+  return (',' + list + ',').find(std::string(",") + rule.id + ',') != std::string::npos;
+}
+
 bool isLeftOut(const Rule& rule) {
-  return (',' + variable(kSkipVariable)).find(std::string(",") + rule.id + ',') !=
-         std::string::npos;
+  const std::string only = variable(kOnlyVariable);
+  return isIn(variable(kSkipVariable), rule) || (!only.empty() && !isIn(only, rule));
 }
 
 }  // namespace

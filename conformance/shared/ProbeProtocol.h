@@ -54,6 +54,8 @@ constexpr const char* kFiniPrefix = "unload.";
 constexpr const char* kReportVariable = "TOPO_CONFORMANCE_REPORT";  // path of the report
 // Rules that init and fini leave out, separated by commas.
 constexpr const char* kSkipVariable = "TOPO_CONFORMANCE_SKIP";
+// The rules that init and fini check, separated by commas; all rules when empty.
+constexpr const char* kOnlyVariable = "TOPO_CONFORMANCE_ONLY";
 // While the file of this path exists, init fails at its end.
 constexpr const char* kFailVariable = "TOPO_CONFORMANCE_FAIL_INIT";
 

@@ -71,6 +71,9 @@ faulty_host(keeps_iterators "unload.iterators iterator.life" Iterators.cpp "serv
 faulty_host(ends_with_a_failure host.end main.cpp
   "if (verb == \"load\")" "if (verb == \"quit\") _exit(3);\n  if (verb == \"load\")")
 
+faulty_host(ends_without_fini unload.fini main.cpp
+  "if (verb == \"load\")" "if (verb == \"quit\") _exit(0);\n  if (verb == \"load\")")
+
 faulty_host(replaces_results domain.appends Domain.cpp
   "result->Value().insert(" "result->Value().clear();\n    result->Value().insert(")
 faulty_host(has_a_cycle_of_parents domain.parents Domain.cpp
@@ -102,7 +105,7 @@ faulty_host(finds_no_classes texts.class Registration.cpp "${include_host}"
 
 faulty_host(answers_late "" main.cpp
   "std::cout << host.answer(line) << std::endl;"
-  "const std::string text = host.answer(line); sleep(line == \"change conformance change\" ? 7 : 0); std::cout << text << std::endl;")
+  "const std::string text = host.answer(line); sleep(line == \"change conformance change\" ? 4 : 0); std::cout << text << std::endl;")
 
 faulty_host(sends_every_notification_twice "events.created events.changed events.deleted reload.events" Notifications.cpp
   "consumer->push_structured_event(event);"

@@ -33,6 +33,13 @@ TEST(ConformanceOptions, TakeTheReferenceOfARunningHost) {
   EXPECT_EQ(options.module, "m");
 }
 
+TEST(ConformanceOptions, TakeTheNamesOfRules) {
+  const Options options = parse({"--rule", "views.unique", "host.end", "--", "host", "{module}"});
+  EXPECT_THAT(options.rules, ElementsAre("views.unique", "host.end"));
+  EXPECT_THAT(options.command, ElementsAre("host", "{module}"));
+  EXPECT_THROW(parse({"--rule", "--", "host"}), UsageError);
+}
+
 TEST(ConformanceOptions, NeedExactlyOneHost) {
   EXPECT_THROW(parse({}), UsageError);
   EXPECT_THROW(parse({"--console"}), UsageError);

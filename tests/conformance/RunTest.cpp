@@ -8,6 +8,7 @@
 #include <csignal>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -18,6 +19,7 @@
 namespace {
 
 using support::Ended;
+using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::MatchesRegex;
 using testing::Not;
@@ -29,13 +31,39 @@ Ended conformance(const Words& arguments) {
   return support::run(TOPO_CONFORMANCE, arguments);
 }
 
+std::string faultyHost(const std::string& name) {
+  return TOPO_FAULTY_HOSTS_FOLDER "/faulty_host_" + name;
+}
+
 Ended checkHost(const std::string& program) {
   return conformance({"--timeout", "5", "--", program, "{module}", "{consumer}"});
+}
+
+Ended checkRules(const std::string& program, const Words& rules) {
+  Words arguments = {"--timeout", "3", "--rule"};
+  arguments.insert(arguments.end(), rules.begin(), rules.end());
+  arguments.insert(arguments.end(), {"--", program, "{module}", "{consumer}"});
+  return conformance(arguments);
+}
+
+Words words(const std::string& text) {
+  std::istringstream stream(text);
+  return Words(std::istream_iterator<std::string>(stream), {});
 }
 
 std::string lastLine(const std::string& text) {
   const std::string lines = text.substr(0, text.empty() ? 0 : text.size() - 1);
   return lines.substr(lines.rfind('\n') + 1);
+}
+
+// The rules of the output in their order.
+Words ruleLines(const std::string& out) {
+  Words rules;
+  std::istringstream lines(out);
+  for (std::string line; std::getline(lines, line) && line.substr(4, 2) == "  ";) {
+    rules.push_back(line.substr(6, line.find("  ", 6) - 6));
+  }
+  return rules;
 }
 
 // Sanitizers report the planted mistakes themselves.
@@ -114,7 +142,7 @@ TEST_F(Conformance, SaysThatNotificationsWereNotChecked) {
 
 // A start with lazy binding succeeds, so the other rules are checked.
 TEST_F(Conformance, NamesTheUndefinedSymbolOnceAndChecksTheOtherRules) {
-  const Ended run = checkHost(TOPO_FAULTY_HOSTS_FOLDER "/faulty_host_lacks_a_function");
+  const Ended run = checkHost(faultyHost("lacks_a_function"));
   std::istringstream lines(run.out);
   std::string line;
   while (std::getline(lines, line) && line.find("link.symbols") == std::string::npos) {
@@ -179,6 +207,26 @@ INSTANTIATE_TEST_SUITE_P(
                     "\\x1b[31mred"}),
     [](const auto& host) { return host.param.name; });
 
+TEST_F(Conformance, ChecksTheNamedRulesAndTheRulesThatTheyNeed) {
+  const Ended run = checkRules(TOPO_SAMPLE_HOST, {"unload.iterators", "host.end", "unload.fini"});
+  EXPECT_EQ(run.status, 0) << run.err;
+  EXPECT_THAT(ruleLines(run.out),
+              ElementsAre("host.end", "probe.load", "reload.failed-init", "unload.fini",
+                          "unload.iterators", "unload.servants"));
+}
+
+TEST_F(Conformance, DoesNotLoadTheProbeForRulesOfTheModule) {
+  const Ended run = checkRules(TOPO_SAMPLE_HOST, {"views.unique", "names.known"});
+  EXPECT_EQ(run.status, 0) << run.err;
+  EXPECT_THAT(ruleLines(run.out), ElementsAre("views.unique", "names.known"));
+}
+
+TEST_F(Conformance, EndsWithStatus2ForAnUnknownRule) {
+  const Ended run = checkRules(TOPO_SAMPLE_HOST, {"views.unique", "no.such-rule"});
+  EXPECT_EQ(run.status, 2);
+  EXPECT_THAT(run.err, StartsWith("topo-conformance: the rule no.such-rule was not checked: "));
+}
+
 // Whether the process whose id is in the file sleeps. A dead process that its parent has not
 // fetched does not.
 bool sleeps(const std::string& pidFile) {
@@ -232,8 +280,8 @@ TEST_F(Conformance, LeavesNoProcessAndNoFileAfterAStopSignal) {
 
 // The probe's init succeeds again after a check of a failed init that ends early.
 TEST_F(Conformance, StartsTheHostAgainAfterAFailedInitThatIsNotReported) {
-  const Ended run =
-      checkHost(TOPO_FAULTY_HOSTS_FOLDER "/faulty_host_reports_success_of_a_failed_init");
+  const Ended run = checkRules(faultyHost("reports_success_of_a_failed_init"),
+                               {"reload.failed-init", "reload.failed-init-mapped"});
   EXPECT_THAT(run.out, HasSubstr("FAIL  reload.failed-init  "));
   EXPECT_THAT(run.out, HasSubstr("FAIL  reload.failed-init-mapped  "));
   EXPECT_THAT(run.out, Not(HasSubstr("did not become ready"))) << run.out;
@@ -242,7 +290,7 @@ TEST_F(Conformance, StartsTheHostAgainAfterAFailedInitThatIsNotReported) {
 // The host answers one request after the timeout. The late answer must not count for the next
 // request.
 TEST_F(Conformance, RestartsAHostThatDoesNotAnswerARequest) {
-  const Ended run = checkHost(TOPO_FAULTY_HOSTS_FOLDER "/faulty_host_answers_late");
+  const Ended run = checkRules(faultyHost("answers_late"), {"events.changed", "events.deleted"});
   EXPECT_EQ(run.status, 1);
   EXPECT_THAT(run.out, HasSubstr("FAIL  events.changed  "));
   EXPECT_THAT(run.out, HasSubstr("the host does not answer \"change conformance change\""));
@@ -271,13 +319,14 @@ std::vector<ChangedHost> changedHosts(const char* list) {
 class ConformanceOf : public Conformance, public testing::WithParamInterface<ChangedHost> {};
 
 TEST_P(ConformanceOf, AFaultyHostFailsWithTheRulesThatItBreaks) {
-  const Ended run =
-      checkHost(std::string(TOPO_FAULTY_HOSTS_FOLDER) + "/faulty_host_" + GetParam().name);
+  const Words rules = words(GetParam().rules);
+  const Ended run = checkRules(faultyHost(GetParam().name), rules);
   EXPECT_EQ(run.status, 1) << run.err;
-  std::istringstream rules(GetParam().rules);
-  for (std::string rule; rules >> rule;) {
+  for (const std::string& rule : rules) {
     EXPECT_THAT(run.out, HasSubstr("FAIL  " + rule + "  "));
   }
+  EXPECT_THAT(lastLine(run.out), HasSubstr(' ' + std::to_string(rules.size()) + " failed, "))
+      << run.out;
 }
 
 INSTANTIATE_TEST_SUITE_P(Hosts, ConformanceOf, testing::ValuesIn(changedHosts(TOPO_FAULTY_HOSTS)),
@@ -287,11 +336,9 @@ class ConformanceOfAnAllowed : public Conformance,
                                public testing::WithParamInterface<ChangedHost> {};
 
 TEST_P(ConformanceOfAnAllowed, HostHasNoFailure) {
-  const Ended run =
-      checkHost(std::string(TOPO_FAULTY_HOSTS_FOLDER) + "/faulty_host_" + GetParam().name);
+  const Ended run = checkHost(faultyHost(GetParam().name));
   EXPECT_EQ(run.status, 0) << run.out << run.err;
-  std::istringstream rules(GetParam().rules);
-  for (std::string rule; rules >> rule;) {
+  for (const std::string& rule : words(GetParam().rules)) {
     EXPECT_THAT(run.out, HasSubstr("skip  " + rule + "  "));
   }
 }
