@@ -13,7 +13,8 @@ void fail(Result& result, const std::string& reason) {
 
 }  // namespace
 
-void Runner::conclude(Result& result, const std::function<void(Context&)>& check, Plugin plugin) {
+bool Runner::conclude(Result& result, const std::function<void(Context&)>& check, Plugin plugin) {
+  bool hasFailedCall = false;
   bool isStuck = false;
   try {
     start(plugin);
@@ -29,9 +30,11 @@ void Runner::conclude(Result& result, const std::function<void(Context&)>& check
   } catch (const CORBA::SystemException& failure) {
     fail(result, orb::isTimeout(failure) ? "the host does not answer within the timeout"
                                          : "the call fails with " + orb::describe(failure));
+    hasFailedCall = true;
     isStuck = orb::isTimeout(failure);
   } catch (const NoAnswer& failure) {
     fail(result, failure.what());
+    hasFailedCall = true;
     isStuck = true;
   } catch (const std::exception& failure) {
     fail(result, failure.what());
@@ -39,6 +42,7 @@ void Runner::conclude(Result& result, const std::function<void(Context&)>& check
   if (isStuck && !context_.host.endsWithin(kDeath)) {
     context_.host.kill();
   }
+  return hasFailedCall;
 }
 
 // Later checks need the same start: they are skipped after a failure.
@@ -52,9 +56,9 @@ void Runner::start(Plugin plugin) {
   startFailed = false;
 }
 
-void Runner::explainEnd(Result& result) {
+void Runner::explainEnd(Result& result, bool hasFailedCall) {
   const bool failed = result.outcome == Outcome::kFail;
-  if (context_.host.endsWithin(failed ? kDeath : std::chrono::milliseconds(0))) {
+  if (context_.host.endsWithin(hasFailedCall ? kDeath : std::chrono::milliseconds(0))) {
     fail(result, "the process of the host has ended during the check: " +
                      context_.host.describeEnd() + (failed ? "; " + result.reason : std::string()));
     context_.host.kill();
@@ -65,9 +69,9 @@ Result Runner::run(const std::string& rule, const std::string& text, Plugin plug
                    const std::function<void(Context&)>& check) {
   Result result = {Outcome::kPass, rule, text, ""};
   const bool ran = context_.host.pid() != 0;
-  conclude(result, check, plugin);
+  const bool hasFailedCall = conclude(result, check, plugin);
   if (ran || context_.host.pid() != 0) {
-    explainEnd(result);
+    explainEnd(result, hasFailedCall);
   }
   report_.add(result);
   return result;

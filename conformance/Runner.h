@@ -26,8 +26,9 @@ class Runner {
 
  private:
   void start(Plugin plugin);
-  void conclude(Result& result, const std::function<void(Context&)>& check, Plugin plugin);
-  void explainEnd(Result& result);
+  // Returns whether a call of the check has failed, as calls of a dying host do.
+  bool conclude(Result& result, const std::function<void(Context&)>& check, Plugin plugin);
+  void explainEnd(Result& result, bool hasFailedCall);
 
   Context& context_;
   Report& report_;

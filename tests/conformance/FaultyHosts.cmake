@@ -185,8 +185,9 @@ faulty_host(lists_attribute_operations_only attributes.capabilities Attributes.c
   "${include_attributes}${capabilities}      (*list)[i].value = CORBA::string_dup(\"Supported\");\n    if (i >= some.size()) (*list)[i].name = (*list)[0].name;${end_capabilities}")
 faulty_host(splits_no_names texts.split Registration.cpp "${include_host}"
   "${include_host}#include \"platform/util/UtilCommon.h\"\nvoid NS_UTIL::UtilCommon::GetSpliteFDNData(\n    std::map<std::string, std::string>&, const std::string&, const std::string&) {}\n")
+# Loses its connections before it dies.
 faulty_host(cannot_log_long_texts log.calls Registration.cpp "${include_host}"
-  "${include_host}#include \"platform/agent/Logging.h\"\nvoid NS_CORBA::TaDebug(int, const char* text) { if (strlen(text) > 1000) abort(); }\n")
+  "${include_host}#include <sys/socket.h>\n#include \"platform/agent/Logging.h\"\nvoid NS_CORBA::TaDebug(int, const char* text) {\n  if (strlen(text) <= 1000) return;\n  for (int file = 3; file < 100; ++file) shutdown(file, SHUT_RDWR);\n  usleep(300000);\n  abort();\n}\n")
 
 faulty_host(never_activates_iterators "views.batches iterators.length" Iterators.cpp
   "const ObjectId_var id = module.iteratorPoa()->activate_object(servant);" "servant->_add_ref();")

@@ -227,6 +227,12 @@ TEST_F(Conformance, EndsWithStatus2ForAnUnknownRule) {
   EXPECT_THAT(run.err, StartsWith("topo-conformance: the rule no.such-rule was not checked: "));
 }
 
+TEST_F(Conformance, ReportsTheSignalOfAHostThatDiesAfterItsConnections) {
+  const Ended run = checkRules(faultyHost("cannot_log_long_texts"), {"log.calls"});
+  EXPECT_THAT(run.out, HasSubstr("(the process of the host has ended during the check: signal 6 "
+                                 "ended it"));
+}
+
 // Whether the process whose id is in the file sleeps. A dead process that its parent has not
 // fetched does not.
 bool sleeps(const std::string& pidFile) {
