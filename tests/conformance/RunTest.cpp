@@ -10,6 +10,7 @@
 #include <fstream>
 #include <iterator>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -206,6 +207,28 @@ INSTANTIATE_TEST_SUITE_P(
         UnreadyHost{"WritesControlCharacters", "printf '\\033[31mred' >&2; exit 3",
                     "\\x1b[31mred"}),
     [](const auto& host) { return host.param.name; });
+
+// The IOR with another object key: the last name of the manager in the IOR is in the key.
+std::string withMissingObject(std::string ior) {
+  const std::string name = "546f706f4d616e6167656d656e74";  // "TopoManagement"
+  const std::size_t position = ior.rfind(name);
+  if (position == std::string::npos) {
+    throw std::runtime_error("the IOR does not have the key of the manager: " + ior);
+  }
+  return ior.replace(position, 2, "58");
+}
+
+// An IOR has the type of its object, so narrowing alone does not call the agent.
+TEST_F(Conformance, EndsWithStatus2ForAMissingObjectOfARunningAgent) {
+  const integration::RunningAgent agent({"--network", TOPO_NETWORKS "/backbone.json"});
+  for (const std::string& reference : {withMissingObject(agent.reference()),
+                                       "corbaloc:iiop:1.2@" + agent.endpoint() + "/NoSuchObject"}) {
+    const Ended run = conformance({"--agent", reference});
+    EXPECT_EQ(run.status, 2);
+    EXPECT_EQ(run.out, "");
+    EXPECT_THAT(run.err, StartsWith("topo-conformance: the "));
+  }
+}
 
 TEST_F(Conformance, ChecksTheNamedRulesAndTheRulesThatTheyNeed) {
   const Ended run = checkRules(TOPO_SAMPLE_HOST, {"unload.iterators", "host.end", "unload.fini"});
