@@ -44,7 +44,9 @@ struct Domain final : DomainInterface, DomainFacet, TopoData, NEData {
   }
   void GetNEList(NEHolder* elements, const std::vector<NEIndex>& indexes) override {
     for (const NEIndex& index : indexes)
-      elements->Value().push_back({0, index.number, {}, "router " + std::to_string(index.number)});
+      if (index.number == 1 || index.number == 4)
+        elements->Value().push_back(
+            {0, index.number, {}, "router " + std::to_string(index.number)});
   }
   // The network has no clocks.
   void GetClockPositionList(const int&, ClockPositionHolder*, IntHolder*) override {}
@@ -56,7 +58,8 @@ struct Domain final : DomainInterface, DomainFacet, TopoData, NEData {
 // The mutex stays locked until the event is queued, so events have the order of the changes.
 void host::createNode(const std::string& id) {
   const std::lock_guard lock(mutex);
-  if (id.empty() || find(id) != nodes.end()) throw std::runtime_error("the id cannot be used");
+  if (id.empty() || id == kZeroId || id == kPhysicalRoot || find(id) != nodes.end())
+    throw std::runtime_error("the id cannot be used");
   nodes.push_back(makeNode(id, "Europe", "node " + id));
   raiseEvent(EVENT_TOPO_NODE_CREATED, nodes.back());
 }

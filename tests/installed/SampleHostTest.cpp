@@ -180,6 +180,12 @@ TEST_F(SampleHosts, AnswerARequestThatFailsWithTheReason) {
   EXPECT_EQ(host.ask("reload"), "failed unknown request");
 }
 
+TEST_F(SampleHosts, RefuseIdsThatNoNodeMayHave) {
+  SampleHost host(TOPO_SAMPLE_HOST);
+  EXPECT_EQ(host.ask("create 0"), "failed the id cannot be used");
+  EXPECT_EQ(host.ask("create QNMAP_PHY_SUBMAP"), "failed the id cannot be used");
+}
+
 TEST_F(SampleHosts, EndWithStatus0AfterQuit) {
   SampleHost host(TOPO_SAMPLE_HOST);
   EXPECT_EQ(host.ask("quit"), "ok");
