@@ -66,16 +66,16 @@ void ParentChains::linkParents() {
 }
 
 void ParentChains::walk(std::uint32_t parent) {
-  std::vector<std::uint32_t> walked;
-  while (parents_[parent].answer == Answer::kUnknown) {
-    parents_[parent].answer = Answer::kWalking;
-    walked.push_back(parent);
-    parent = parents_[parent].grandparent;
+  std::uint32_t end = parent;
+  while (parents_[end].answer == Answer::kUnknown) {
+    parents_[end].answer = Answer::kWalking;
+    end = parents_[end].grandparent;
   }
   // kWalking: this walk has passed the parent before, so the chain is a cycle.
-  const Answer answer = isBelowFor(parent) ? Answer::kBelow : Answer::kNotBelow;
-  for (const std::uint32_t passed : walked) {
-    parents_[passed].answer = answer;
+  const Answer answer = isBelowFor(end) ? Answer::kBelow : Answer::kNotBelow;
+  while (parents_[parent].answer == Answer::kWalking) {
+    parents_[parent].answer = answer;
+    parent = parents_[parent].grandparent;
   }
 }
 

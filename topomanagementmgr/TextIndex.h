@@ -18,7 +18,7 @@ namespace topo {
 // where a table of the standard library follows a list of nodes through memory. The hash is salted,
 // so clients cannot choose colliding texts.
 //
-// Thread-safety: none. Ownership: borrows the texts. REQUIRES: fewer than 2^32 - 1 texts.
+// Thread-safety: none. Ownership: borrows the texts. REQUIRES: at most 3 * 2^30 texts.
 // Errors: add() may throw std::bad_alloc and then adds nothing; both functions throw
 // std::system_error (see salted::Hash).
 class TextIndex {
@@ -27,62 +27,76 @@ class TextIndex {
 
   // The number of a text; adds a new text.
   std::uint32_t add(std::string_view text) {
-    if (2 * (texts_.size() + 1) > slots_.size()) {
+    if (4 * (texts_.size() + 1) > 3 * slots_.size()) {
       grow();
     }
     const std::uint32_t hash = hashOf(text);
-    Slot& slot = slots_[placeOf(text, hash)];
-    if (slot.number == kNone) {
-      texts_.push_back(text);
-      slot = {hash, static_cast<std::uint32_t>(texts_.size() - 1)};
+    std::uint32_t& slot = slots_[placeOf(text, hash)];
+    if (slot == kFree) {
+      texts_.push_back({text, hash});
+      slot = slotOf(hash, texts_.size() - 1);
     }
-    return slot.number;
+    return numberIn(slot);
   }
 
   // kNone for a text that was not added.
   std::uint32_t find(std::string_view text) const {
-    return slots_.empty() ? kNone : slots_[placeOf(text, hashOf(text))].number;
+    if (slots_.empty()) {
+      return kNone;
+    }
+    const std::uint32_t slot = slots_[placeOf(text, hashOf(text))];
+    return slot == kFree ? kNone : numberIn(slot);
   }
 
  private:
-  struct Slot {
-    std::uint32_t hash = 0;
-    std::uint32_t number = kNone;  // kNone: the slot is free
+  struct Text {
+    std::string_view text;
+    std::uint32_t hash;
   };
+
+  static constexpr std::uint32_t kFree = 0;
+  static constexpr std::uint32_t kFirstSize = 64;
 
   static std::uint32_t hashOf(std::string_view text) {
     return static_cast<std::uint32_t>(salted::Hash()(text));
   }
 
+  // The low bits choose a slot; a slot contains the other bits of the hash.
+  std::uint32_t mask() const { return static_cast<std::uint32_t>(slots_.size() - 1); }
+
+  std::uint32_t slotOf(std::uint32_t hash, std::size_t number) const {
+    return (hash & ~mask()) | static_cast<std::uint32_t>(number + 1);
+  }
+
+  std::uint32_t numberIn(std::uint32_t slot) const { return (slot & mask()) - 1; }
+
+  bool contains(std::uint32_t slot, std::string_view text, std::uint32_t hash) const {
+    return ((slot ^ hash) & ~mask()) == 0 && texts_[numberIn(slot)].text == text;
+  }
+
   // The slot of a text, or the free slot for the text.
   std::size_t placeOf(std::string_view text, std::uint32_t hash) const {
-    const std::size_t mask = slots_.size() - 1;  // the size is a power of two
-    std::size_t place = hash & mask;
-    while (slots_[place].number != kNone &&
-           !(slots_[place].hash == hash && texts_[slots_[place].number] == text)) {
-      place = (place + 1) & mask;
+    std::uint32_t place = hash & mask();
+    while (slots_[place] != kFree && !contains(slots_[place], text, hash)) {
+      place = (place + 1) & mask();
     }
     return place;
   }
 
   void grow() {
-    constexpr std::size_t kFirstSize = 64;
-    std::vector<Slot> larger(slots_.empty() ? kFirstSize : 2 * slots_.size());
-    const std::size_t mask = larger.size() - 1;
-    for (const Slot& slot : slots_) {
-      if (slot.number != kNone) {
-        std::size_t place = slot.hash & mask;
-        while (larger[place].number != kNone) {
-          place = (place + 1) & mask;
-        }
-        larger[place] = slot;
-      }
-    }
+    std::vector<std::uint32_t> larger(slots_.empty() ? kFirstSize : 2 * slots_.size());
     slots_.swap(larger);
+    for (std::size_t number = 0; number < texts_.size(); ++number) {
+      std::uint32_t place = texts_[number].hash & mask();
+      while (slots_[place] != kFree) {
+        place = (place + 1) & mask();
+      }
+      slots_[place] = slotOf(texts_[number].hash, number);
+    }
   }
 
-  std::vector<std::string_view> texts_;  // by number
-  std::vector<Slot> slots_;              // at least twice as many as texts
+  std::vector<Text> texts_;           // by number
+  std::vector<std::uint32_t> slots_;  // at least a third more than texts; a power of two
 };
 
 }  // namespace topo
