@@ -1,5 +1,6 @@
 #include "conformance/Records.h"
 
+#include <map>
 #include <set>
 
 #include "client/base/Utf8.h"
@@ -48,6 +49,18 @@ std::string toText(const topologicalLink::TopologicalLink_T& link) {
          link.owner.in() + '\n' + std::to_string(static_cast<int>(link.direction)) + ' ' +
          std::to_string(link.rate) + '\n' + toText(link.aEndTP) + '\n' + toText(link.zEndTP) +
          '\n' + toText(link.additionalInfo);
+}
+
+std::vector<TopoManagementManager::Node_T> sampleOf(
+    const std::vector<TopoManagementManager::Node_T>& nodes, std::size_t limit) {
+  std::map<CORBA::ULong, std::size_t> counts;
+  std::vector<TopoManagementManager::Node_T> sample;
+  for (const auto& node : nodes) {
+    if (++counts[node.nodeType] <= limit) {
+      sample.push_back(node);
+    }
+  }
+  return sample;
 }
 
 bool isUtf8(const std::string& text) {

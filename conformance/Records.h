@@ -3,7 +3,9 @@
 #ifndef CONFORMANCE_RECORDS_H
 #define CONFORMANCE_RECORDS_H
 
+#include <cstddef>
 #include <string>
+#include <vector>
 
 #include "conformance/shared/Names.h"
 #include "orb/idl/TopoManagementManager.h"
@@ -14,6 +16,10 @@ namespace conformance {
 // All fields, for comparisons.
 std::string toText(const TopoManagementManager::Node_T& node);
 std::string toText(const topologicalLink::TopologicalLink_T& link);
+
+// The first `limit` nodes of each nodeType, in the order of the nodes.
+std::vector<TopoManagementManager::Node_T> sampleOf(
+    const std::vector<TopoManagementManager::Node_T>& nodes, std::size_t limit);
 
 // Whether the text is valid UTF-8.
 bool isUtf8(const std::string& text);

@@ -18,7 +18,7 @@ constexpr Check kChecks[] = {
     {"views.interfaces", "the manager is a TopoMgr_I and a Common_I", kModule, checkInterfaces},
     {"views.records", "names and texts of all views are well formed", kModule,
      checkWellFormedRecords},
-    {"views.unique", "a view has no name twice", kModule, checkUniqueNames},
+    {"views.unique", "a view of topology nodes has no name twice", kModule, checkUniqueNames},
     {"views.batches", "every view is the same in batches and in one reply", kModule, checkBatches},
     {"views.protection", "the protection view has the nodes of the topology view", kModule,
      checkProtectionView},

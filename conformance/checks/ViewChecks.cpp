@@ -39,23 +39,12 @@ void requireSameInBatches(const std::string& view, Read read) {
   });
 }
 
-// The first name that several records have; "" when there is none.
-template <typename Record>
-std::string repeatedName(const std::vector<Record>& records) {
+void requireUniqueNames(const NamedView& view) {
   std::set<std::string> names;
-  for (const Record& record : records) {
-    const auto [name, isNew] = names.insert(toText(record.name));
-    if (!isNew) {
-      return *name;
-    }
+  for (const Node_T& node : readNodes(view.read, kWholeView)) {
+    const auto [name, isNew] = names.insert(toText(node.name));
+    require(isNew, view.name + " has the name \"" + *name + "\" twice");
   }
-  return "";
-}
-
-template <typename Record>
-void requireUniqueNames(const std::string& view, const std::vector<Record>& records) {
-  const std::string name = repeatedName(records);
-  require(name.empty(), view + " has the name \"" + name + "\" twice");
 }
 
 // The additional information may depend on the view.
@@ -95,9 +84,10 @@ void checkWellFormedRecords(Context& context) {
 
 void checkUniqueNames(Context& context) {
   for (const NamedView& view : nodeViews(context.manager())) {
-    requireUniqueNames(view.name, readNodes(view.read, kWholeView));
+    if (view.hasUniqueNames) {
+      requireUniqueNames(view);
+    }
   }
-  requireUniqueNames("the view of clock links", readLinks(context.manager(), kWholeView));
 }
 
 void checkBatches(Context& context) {

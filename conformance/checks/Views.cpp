@@ -78,7 +78,8 @@ std::vector<NamedView> nodeViews(TopoMgr_I_ptr manager) {
            [manager](CORBA::ULong howMany, const NodeList_T_out& list,
                      const NodeIterator_I_out& iterator) {
              manager->getClockSourceSubnetworkViewInfo(howMany, list, iterator);
-           }},
+           },
+           false},
           {"the view below a subnetwork", viewBelow(manager, subnetwork)}};
 }
 

@@ -37,6 +37,7 @@ NodeView viewBelow(TopoManagementManager::TopoMgr_I_ptr manager,
 struct NamedView {
   std::string name;
   NodeView read;
+  bool hasUniqueNames = true;  // clock positions of one element share the name of the element
 };
 std::vector<NamedView> nodeViews(TopoManagementManager::TopoMgr_I_ptr manager);
 

@@ -93,7 +93,9 @@ void queriesAppend() {
   });
   requireAppends<NEIndexHolder>(
       "GetNEIndexList", [](NEIndexHolder* holder) { neData().GetNEIndexList(holder, false); });
-  requireAppends<NEHolder>("GetNEList", [](NEHolder* holder) { neData().GetNEList(holder, {}); });
+  const std::vector<NEIndex> all = indexes(false);
+  requireAppends<NEHolder>("GetNEList",
+                           [&all](NEHolder* holder) { neData().GetNEList(holder, all); });
 }
 
 void parentsHaveNoCycle() {

@@ -76,6 +76,8 @@ faulty_host(ends_without_fini unload.fini main.cpp
 
 faulty_host(replaces_results domain.appends Domain.cpp
   "result->Value().insert(" "result->Value().clear();\n    result->Value().insert(")
+faulty_host(replaces_elements domain.appends Domain.cpp
+  "for (const NEIndex& index : indexes)" "elements->Value().clear();\n    for (const NEIndex& index : indexes)")
 faulty_host(has_a_cycle_of_parents domain.parents Domain.cpp
   "makeNode(\"Europe\", kPhysicalRoot," "makeNode(\"Europe\", \"muc\",")
 faulty_host(shows_an_unknown_element domain.shown Domain.cpp "push_back({0, 1})" "push_back({0, shown ? 9 : 1})")
@@ -200,6 +202,9 @@ faulty_host(has_a_poa_of_its_own_for_iterators "reload.iterators unload.iterator
   "using NS_CORBA::TAIteratorHelper, PortableServer::ObjectId_var;\n\nstruct {\n  PortableServer::POA_ptr iteratorPoa() {\n    static const PortableServer::POA_var own = [] {\n      const PortableServer::POA_var root = host::module.iteratorPoa()->the_parent();\n      const PortableServer::POAManager_var manager = root->the_POAManager();\n      return root->create_POA(\"own\", manager.in(), CORBA::PolicyList());\n    }();\n    return own.in();\n  }\n} module;\n")
 
 # Hosts that use the freedom of the contracts.
+allowed_host(has_two_clocks_of_one_element "" Domain.cpp
+  "GetClockPositionList(const int&, ClockPositionHolder*, IntHolder*) override {}"
+  "GetClockPositionList(const int&, ClockPositionHolder* result, IntHolder*) override {\n    for (const char* label : {\"clock 1\", \"clock 2\"})\n      result->Value().push_back({\"NE=1\", {}, 0, {}, label, 0, 0});\n  }")
 allowed_host(has_the_test_switch "" Registration.cpp
   "GetTestSwitch() { return false; }" "GetTestSwitch() { return true; }")
 allowed_host(does_not_implement_setters "names.setters texts.utf8 attributes.names attributes.user-label attributes.additional-info" Attributes.cpp

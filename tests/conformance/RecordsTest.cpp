@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+#include <vector>
+
 #include "conformance/shared/Verdict.h"
 
 namespace {
@@ -43,6 +46,23 @@ TEST(ConformanceRecords, RejectAnUnknownNodeType) {
   TopoManagementManager::Node_T node = goodNode();
   node.nodeType = 2;
   EXPECT_THROW(requireWellFormed(node, "x"), Broken);
+}
+
+TEST(ConformanceRecords, SampleHasTheFirstNodesOfEachType) {
+  std::vector<TopoManagementManager::Node_T> nodes;
+  for (int i = 0; i < 50; ++i) {
+    TopoManagementManager::Node_T node = goodNode();
+    node.name = objectName("x", "TopoSubnetwork", std::to_string(i));
+    node.nodeType = i < 40 ? 1 : 0;
+    nodes.push_back(node);
+  }
+  const auto sample = conformance::sampleOf(nodes, 2);
+  std::string values;
+  for (const auto& node : sample) {
+    values += std::string(node.name[1].value.in()) + ' ';
+  }
+  EXPECT_EQ(values, "0 1 40 41 ");
+  EXPECT_EQ(conformance::sampleOf(nodes, 30).size(), 40U);
 }
 
 }  // namespace
