@@ -46,13 +46,18 @@ Library open(const std::string& path, int flags) {
   return Library(dlopen(path.c_str(), RTLD_LAZY | RTLD_LOCAL | flags), dlclose);
 }
 
-// The configurator has the same result for a file that is no module and for an init that returned
-// -1.
+// The configurator has the same result for a file that cannot be mapped, for a library without the
+// factory, and for an init that returned -1. It completes a name without a folder to the name of a
+// file, as the dynamic linker does not.
 std::string reasonOfRefusal(const std::string& path) {
   const Library library = open(path, 0);
-  return library && dlsym(library.get(), kFactory) != nullptr
-             ? "its init returned -1"
-             : "the service configurator refused it; ACE_DEBUG=1 shows the reason";
+  if (!library) {
+    return path.find('/') == std::string::npos
+               ? "the service configurator refused it; ACE_DEBUG=1 shows the reason"
+               : dlerror();
+  }
+  return dlsym(library.get(), kFactory) == nullptr ? std::string("it has no ") + kFactory
+                                                   : "its init returned -1";
 }
 
 // Returns the reason of a failure, or "". An exception of init passes through the configurator.
@@ -82,13 +87,15 @@ void removeService() noexcept {
 
 // Cleans up after an init that threw: the configurator has deleted the service object without fini,
 // and has not closed the library. What init did belongs to the library, not to the service object,
-// so fini of a second service object undoes it.
+// so fini of a second service object undoes it. A library without the factory is no module: the
+// process has mapped it for another purpose, and nothing is left to undo.
 void undoFailedInit(const std::string& path) {
   const Library library = open(path, RTLD_NOLOAD);
-  if (!library) {
+  void* const factory = library ? dlsym(library.get(), kFactory) : nullptr;
+  if (factory == nullptr) {
     return;
   }
-  const auto make = reinterpret_cast<Factory*>(dlsym(library.get(), kFactory));
+  const auto make = reinterpret_cast<Factory*>(factory);
   ACE_Service_Object_Exterminator destroy = nullptr;
   ACE_Service_Object* const service = make(&destroy);
   service->fini();

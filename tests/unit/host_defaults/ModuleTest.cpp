@@ -46,11 +46,11 @@ void moduleDeleted() {
 
 namespace {
 
-bool isMapped() {
+bool isMapped(const std::string& file = "libjournal_module.so") {
   std::ifstream maps("/proc/self/maps");
   std::string line;
   while (std::getline(maps, line)) {
-    if (line.find("libjournal_module.so") != std::string::npos) {
+    if (line.find(file) != std::string::npos) {
       return true;
     }
   }
@@ -139,9 +139,32 @@ TEST_F(ModuleFiles, NameTheExceptionOfInit) {
   EXPECT_EQ(reasonOfLoad(), "its init failed with an exception of an unknown type");
 }
 
-TEST_F(ModuleFiles, SayHowToSeeWhyAFileIsNoModule) {
-  EXPECT_THAT(reasonOfLoad("/nonexistent/libmodule.so"), HasSubstr("ACE_DEBUG=1"));
+TEST_F(ModuleFiles, SayWhyAFileCannotBeMapped) {
+  EXPECT_THAT(reasonOfLoad("/nonexistent/libmodule.so"),
+              HasSubstr("/nonexistent/libmodule.so: cannot open shared object file"));
   file_.unload();
+  EXPECT_THAT(reasonOfLoad("/"), HasSubstr("cannot read file data"));
+  file_.unload();
+  EXPECT_EQ(reasonOfLoad(), "");
+}
+
+// The dynamic linker cannot open a name that only the configurator completes to that of a file.
+TEST_F(ModuleFiles, SayHowToSeeWhyANameIsNoModule) {
+  EXPECT_THAT(reasonOfLoad("no_such_module"), HasSubstr("ACE_DEBUG=1"));
+}
+
+TEST_F(ModuleFiles, AreNoOtherLibraries) {
+  EXPECT_EQ(reasonOfLoad(TOPO_OTHER_LIBRARY), "it has no _make_zu_corba_topo");
+  file_.unload();
+  EXPECT_FALSE(isMapped("libtopo_agent_idl.so"));
+  EXPECT_EQ(reasonOfLoad(), "");
+}
+
+TEST_F(ModuleFiles, AreNoOtherLibrariesThatTheProcessHasMapped) {
+  ASSERT_TRUE(isMapped("libtopo_idl.so"));
+  EXPECT_EQ(reasonOfLoad(TOPO_MAPPED_LIBRARY), "it has no _make_zu_corba_topo");
+  file_.unload();
+  EXPECT_TRUE(isMapped("libtopo_idl.so"));
   EXPECT_EQ(reasonOfLoad(), "");
 }
 
