@@ -50,7 +50,7 @@ class PLATFORM_API ServiceObjectBase : public ACE_Service_Object {
   // anything.
   virtual void UnRegistSvc();
 
-  // The service name. The module does not call GetName.
+  // The service name. The module does not call GetName. Must not raise anything.
   virtual const std::string& GetName() const;
 
   // Appends the object to the list of service objects. Does nothing for an object that is in the

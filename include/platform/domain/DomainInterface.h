@@ -51,7 +51,8 @@ class PLATFORM_API TopoData {
  public:
   virtual ~TopoData();
 
-  // Appends every topology node, in the domain's order.
+  // Appends every topology node, in the domain's order. No two nodes have the same id. The parents
+  // must not form a cycle: the nodes of a cycle are below no subnetwork outside of the cycle.
   // May raise: ProcessException, CORBA exceptions. Must not raise anything else: ends the process.
   virtual void GetAllTopoNodes(TopoNodeHolder* nodes) = 0;
 

@@ -6,10 +6,13 @@
 //   call                           CORBA exception       ProcessException     any other exception
 //   load: factory, init            leaves the module, passes through the service configurator
 //   request: servant, iterator     reaches the client    ends the process     ends the process
-//   node query: DomainInterface    reaches the client    failure code         ends the process
+//   node query: DomainInterface    reaches the client    failure code (1)     ends the process
 //   clock query: DomainInterface   ERR_TOPO_CONVERSION   failure code         ERR_TOPO_CONVERSION
 //   event: HandleEvent             logged; the rest of the event is dropped
 //   lookup of an interface         ends the process, in each of the calls above
+//
+// (1) In the view below a subnetwork, the exception is logged, and the view continues with the
+// nodes that were read.
 //
 // "Ends the process" is std::terminate, before any reply: a client triggers the end with an
 // ordinary request. Each function of the contracts says what it may raise and what it must not
