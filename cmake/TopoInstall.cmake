@@ -28,7 +28,7 @@ install(TARGETS zu_corba_topo EXPORT TopoManagerTargets
 set(orb_headers "orb/${TOPO_ORB}/include/orb")
 install(TARGETS topo_platform EXPORT TopoManagerTargets)
 install(DIRECTORY include/platform DESTINATION "${TOPO_INSTALL_INCLUDEDIR}" COMPONENT sdk
-  FILES_MATCHING PATTERN "*.h")
+  FILES_MATCHING PATTERN "*.h" PATTERN README.md)
 install(FILES "${orb_headers}/corba.h" "${orb_headers}/hostorb.h" "${orb_headers}/notification.h"
   DESTINATION "${TOPO_INSTALL_INCLUDEDIR}/orb" COMPONENT sdk)
 install(FILES host_defaults/Module.h host_defaults/ModuleFile.h host_defaults/PlatformFailure.h
@@ -41,6 +41,9 @@ install(DIRECTORY "${PROJECT_BINARY_DIR}/idl/generated" DESTINATION "${TOPO_INST
 install(FILES idl/NotificationLayout.h idl/ObjectKeys.h DESTINATION "${TOPO_INSTALL_INCLUDEDIR}/idl" COMPONENT sdk)
 install(DIRECTORY idl DESTINATION "${data}" COMPONENT sdk FILES_MATCHING PATTERN "*.idl")
 install(DIRECTORY examples DESTINATION "${data}" COMPONENT sdk PATTERN build EXCLUDE)
+# To be read by the developers of a host that does not use topo_host_defaults.
+install(DIRECTORY host_defaults DESTINATION "${data}" COMPONENT sdk
+  FILES_MATCHING PATTERN "*.cpp" PATTERN InterfaceBuffers.h)
 
 # sdk: the conformance test, which calls the console and the session of an agent that has them.
 install(TARGETS topo-conformance topo_conformance_probe topo_agent_idl

@@ -18,6 +18,7 @@ set(doc share/doc/topo-manager)
 set(module_files "${LIBDIR}/libtopo_idl.so" "${LIBDIR}/libtopo_host_defaults.so" "${private}/libzu_corba_topo.so")
 
 set(sdk_files bin/topo-conformance "${private}/libtopo_agent_idl.so" "${private}/libtopo_conformance_probe.so"
+  "${headers}/platform/README.md" "${data}/host_defaults/InterfaceBuffers.h"
   "${headers}/orb/corba.h" "${headers}/orb/notification.h"
   "${headers}/idl/NotificationLayout.h" "${headers}/idl/ObjectKeys.h")
 all_of(sdk_files include/platform "${headers}/platform" "*.h")
@@ -25,6 +26,7 @@ all_of(sdk_files "${ORB_HEADERS}/idl" "${headers}/orb/idl" "*.h")
 list(REMOVE_ITEM sdk_files "${headers}/orb/idl/TopoAgent.h")
 all_of(sdk_files idl "${data}/idl" "*.idl")
 all_of(sdk_files examples "${data}/examples" "*")
+all_of(sdk_files host_defaults "${data}/host_defaults" "*.cpp")
 list(FILTER sdk_files EXCLUDE REGEX "/build/")  # of a developer who built an example in its folder
 
 set(agent_files bin/topo-agentd bin/topoctl "${private}/libtopo_agent.so" "${private}/libtopo_agent_idl.so")
