@@ -52,11 +52,12 @@ void requireFreeForOtherClasses(Context& context, const std::string& label) {
   }
 }
 
-// Sets one pair, and returns the values of all names of the returned list.
-std::multimap<std::string, std::string> setInfo(Context& context, const NVSList_T& name,
-                                                const std::string& pair, const std::string& value) {
+using Texts = std::multimap<std::string, std::string>;
+
+// Sets one pair, and returns the pairs of the reply.
+Texts setInfo(Context& context, const NVSList_T& name, const Texts::value_type& pair) {
   NVSList_T info;
-  append(info, pair, value);
+  append(info, pair.first, pair.second);
   try {
     skipIfNotSupported("setAdditionalInfo",
                        [&] { context.manager()->setAdditionalInfo(name, info); });
@@ -64,7 +65,7 @@ std::multimap<std::string, std::string> setInfo(Context& context, const NVSList_
     throw Skipped(std::string("the host refuses additional information: ") +
                   refusal.errorReason.in());
   }
-  std::multimap<std::string, std::string> pairs;
+  Texts pairs;
   for (CORBA::ULong i = 0; i < info.length(); ++i) {
     pairs.emplace(info[i].name.in(), info[i].value.in());
   }
@@ -87,19 +88,27 @@ void checkUserLabel(Context& context) {
   require(setsLabel(context, second.name(), label, true), "a removed label is still in use");
 }
 
+// A host may return the request unchanged, or update the list.
 void checkAdditionalInfo(Context& context) {
+  struct Step {
+    Texts::value_type pair;
+    Texts merged;
+  };
+  const Step steps[] = {{{"conformance 1", "x"}, {{"conformance 1", "x"}}},
+                        {{"conformance 2", "Ω"}, {{"conformance 1", "x"}, {"conformance 2", "Ω"}}},
+                        {{"conformance 1", "y"}, {{"conformance 1", "y"}, {"conformance 2", "Ω"}}}};
   const TemporaryNode node(context, "conformance information");
-  const std::multimap<std::string, std::string> first = {{"conformance 1", "x"}};
-  const std::multimap<std::string, std::string> both = {{"conformance 1", "x"},
-                                                        {"conformance 2", "Ω"}};
-  const std::multimap<std::string, std::string> changed = {{"conformance 1", "y"},
-                                                           {"conformance 2", "Ω"}};
-  require(setInfo(context, node.name(), "conformance 1", "x") == first,
-          "the first pair of a new object is not returned, or other pairs are");
-  require(setInfo(context, node.name(), "conformance 2", "Ω") == both,
-          "the returned list is not the stored pair and the new pair");
-  require(setInfo(context, node.name(), "conformance 1", "y") == changed,
-          "a pair of a known name does not replace the stored pair");
+  bool isMerged = true;
+  for (const Step& step : steps) {
+    const Texts reply = setInfo(context, node.name(), step.pair);
+    require(reply == step.merged || reply == Texts{step.pair},
+            "the reply for \"" + step.pair.first + '=' + step.pair.second +
+                "\" has neither the pairs of the request nor the merged pairs");
+    isMerged = isMerged && reply == step.merged;
+  }
+  if (!isMerged) {
+    throw Skipped("the host returns the pairs of the request, as it may");
+  }
 }
 
 }  // namespace conformance

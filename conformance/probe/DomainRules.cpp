@@ -14,6 +14,7 @@ using namespace NS_DOMAIN;
 namespace {
 
 constexpr int kKind = 10;  // as the module passes
+constexpr std::int32_t kUnknownElement = 2147483646;
 
 DomainFacet& facet() {
   auto& domain = required<DomainInterface>("DomainInterface");
@@ -118,13 +119,15 @@ void parentsHaveNoCycle() {
 
 void elementsFollowTheIndexes() {
   const std::vector<NEIndex> all = indexes(false);
-  std::vector<NEIndex> wanted(all.rbegin(), all.rend());
+  const std::vector<NEIndex> wanted(all.rbegin(), all.rend());
+  std::vector<NEIndex> asked = wanted;
+  asked.insert(asked.begin(), {0, kUnknownElement});
   QueryResult<NEHolder> result;
-  platformCall("GetNEList", [&] { neData().GetNEList(result.get(), wanted); });
+  platformCall("GetNEList", [&] { neData().GetNEList(result.get(), asked); });
   const std::vector<NE_T>& records = result.value();
   require(records.size() == wanted.size(), "GetNEList returns " + std::to_string(records.size()) +
                                                " records for " + std::to_string(wanted.size()) +
-                                               " indexes");
+                                               " elements and an unknown index");
   for (std::size_t i = 0; i < wanted.size(); ++i) {
     require(records[i].number == wanted[i].number,
             "record " + std::to_string(i + 1) + " is that of the element " +

@@ -35,6 +35,13 @@ std::string nameOf(CORBA::ULong code) {
   return "ThrowException(" + std::to_string(code) + ")";
 }
 
+ProcessingFailureException constructed(CORBA::ULong code, globaldefs::ExceptionType_T before) {
+  ProcessingFailureException failure;
+  failure.exceptionType = before;
+  quietly("ConstructException", [&] { NS_CORBA::ConstructException(code, failure); });
+  return failure;
+}
+
 }  // namespace
 
 void successRaisesNothing() {
@@ -66,15 +73,16 @@ void textsReplaceTheReason() {
   }
 }
 
+// A type that ConstructException does not set is that of before.
 void constructedFailuresHaveAReason() {
   for (const CORBA::ULong code : kCodes) {
-    ProcessingFailureException failure;
-    failure.exceptionType = globaldefs::EXCPT_NE_COMM_LOSS;
-    quietly("ConstructException", [&] { NS_CORBA::ConstructException(code, failure); });
-    require(failure.exceptionType != globaldefs::EXCPT_NE_COMM_LOSS,
-            "ConstructException(" + std::to_string(code) + ") sets no type");
+    const std::string name = "ConstructException(" + std::to_string(code) + ")";
+    const auto failure = constructed(code, globaldefs::EXCPT_NE_COMM_LOSS);
+    require(
+        failure.exceptionType == constructed(code, globaldefs::EXCPT_INTERNAL_ERROR).exceptionType,
+        name + " sets no type");
     require(failure.errorReason.in() != nullptr && failure.errorReason.in()[0] != '\0',
-            "ConstructException(" + std::to_string(code) + ") sets no reason");
+            name + " sets no reason");
     const auto thrown = failureOf(nameOf(code), [code] { ThrowException(code); });
     require(thrown.exceptionType == failure.exceptionType,
             nameOf(code) + " has another type than ConstructException");

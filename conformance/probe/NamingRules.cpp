@@ -13,6 +13,7 @@ namespace conformance::probe {
 namespace {
 
 using globaldefs::NVSList_T;
+using NS_CORBA::CorbaBaseAgentConfig;
 using NS_CORBA::CorbaUtilInterface;
 
 CorbaUtilInterface& naming() {
@@ -20,7 +21,7 @@ CorbaUtilInterface& naming() {
 }
 
 std::string ems() {
-  return NS_CORBA::CorbaBaseAgentConfig::Instance()->EmsName();
+  return CorbaBaseAgentConfig::Instance()->EmsName();
 }
 
 int typeOf(const NVSList_T& name) {
@@ -167,6 +168,15 @@ void labelsOfUnknownObjects() {
                                 CorbaUtilInterface::kClockTopoLinkType);
   });
   require(info.userLabel.empty(), "an unknown link has the label \"" + info.userLabel + '"');
+}
+
+void emsNameIsThatOfTheNames() {
+  const std::string own =
+      quietly("EmsName", [] { return CorbaBaseAgentConfig::Instance()->EmsName(); });
+  require(!own.empty(), "EmsName is empty");
+  const NVSList_T name = subnetworkName(subnetworkId());
+  require(name.length() != 0 && name[0].value.in() == own,
+          "EmsName is \"" + own + "\", but a name is \"" + shortText(name) + '"');
 }
 
 }  // namespace conformance::probe

@@ -91,12 +91,6 @@ void servantsBelongToTheHost() {
           "the host keeps the references of two servants for one manager");
 }
 
-void emsNameIsNotEmpty() {
-  const std::string ems =
-      quietly("EmsName", [] { return CorbaBaseAgentConfig::Instance()->EmsName(); });
-  require(!ems.empty(), "EmsName is empty");
-}
-
 void testSwitchCanBeRead() {
   quietly("GetTestSwitch", [] { CorbaAgentConfig::Instance()->GetTestSwitch(); });
 }

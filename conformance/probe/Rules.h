@@ -73,6 +73,7 @@ void otherNamesHaveTheirClass();
 void typesTellSubnetworks();
 void rootMarkersHaveNames();
 void labelsOfUnknownObjects();
+void emsNameIsThatOfTheNames();
 
 // NotificationRules.cpp
 void notificationsTakeAnyContent();
@@ -84,7 +85,6 @@ void unknownManagersAreIgnored();
 void managersCannotBeRegisteredTwice();
 void nullServantsAreRefused();
 void servantsBelongToTheHost();
-void emsNameIsNotEmpty();
 void testSwitchCanBeRead();
 void noServantIsLeft();
 void noIteratorIsLeft();

@@ -80,6 +80,9 @@ faulty_host(replaces_elements domain.appends Domain.cpp
   "for (const NEIndex& index : indexes)" "elements->Value().clear();\n    for (const NEIndex& index : indexes)")
 faulty_host(has_a_cycle_of_parents domain.parents Domain.cpp
   "makeNode(\"Europe\", kPhysicalRoot," "makeNode(\"Europe\", \"muc\",")
+faulty_host(has_a_node_with_the_id_0 domain.parents Domain.cpp "makeNode(\"OS=3\"," "makeNode(\"0\",")
+faulty_host(makes_records_of_unknown_elements domain.elements Domain.cpp
+  "if (index.number == 1 || index.number == 4)" "")
 faulty_host(shows_an_unknown_element domain.shown Domain.cpp "push_back({0, 1})" "push_back({0, shown ? 9 : 1})")
 
 faulty_host(names_elements_as_subnetworks naming.elements Naming.cpp
@@ -120,8 +123,9 @@ faulty_host(leaves_out_a_field events.layout Notifications.cpp "addField(event, 
 faulty_host(accepts_a_label_in_use attributes.user-label Attributes.cpp
   "onSetUserLabel(const NVSList_T&, const char*, bool) { return kNo; }"
   "onSetUserLabel(const NVSList_T&, const char*, bool) { return 0; }")
-faulty_host(forgets_additional_information attributes.additional-info Attributes.cpp
-  "text = \"this host stores no additional information\";\n  return kNo;" "return 0;")
+set(set_information "onSetAdditionalInfo(const NVSList_T&, NVSList_T&, std::string& text) {\n  text = \"this host stores no additional information\";\n  return kNo;")
+faulty_host(changes_additional_information attributes.additional-info Attributes.cpp "${set_information}"
+  "onSetAdditionalInfo(const NVSList_T&, NVSList_T& info, std::string&) {\n  info[0].value = CORBA::string_dup(\"other\");\n  return 0;")
 faulty_host(shows_a_node_twice views.unique Domain.cpp
   "nodes.begin(), nodes.end());\n  }" "nodes.begin(), nodes.end());\n    result->Value().push_back(nodes.back());\n  }")
 faulty_host(has_a_manager_for_one_load reload.reference main.cpp "${include_host}"
@@ -157,9 +161,11 @@ faulty_host(labels_unknown_objects naming.labels Naming.cpp
 
 faulty_host(has_no_internal_errors failures.module Failures.cpp
   "globaldefs::EXCPT_INTERNAL_ERROR;" "globaldefs::EXCPT_ENTITY_NOT_FOUND;")
+faulty_host(gives_no_type failures.reason Failures.cpp "exception.exceptionType =" "if (own) exception.exceptionType =")
 faulty_host(gives_no_reason failures.reason Failures.cpp
   "(\"failure \" + std::to_string(code)).c_str()" "\"\"")
 
+faulty_host(has_another_ems_name configuration.ems Registration.cpp "{ return host::kEmsName; }" "{ return \"other\"; }")
 faulty_host(has_no_ems_name configuration.ems Registration.cpp "{ return host::kEmsName; }" "{ return \"\"; }")
 faulty_host(reads_the_switch_on_one_thread configuration.switch Registration.cpp
   "GetTestSwitch() { return false; }"
@@ -202,6 +208,11 @@ faulty_host(has_a_poa_of_its_own_for_iterators "reload.iterators unload.iterator
   "using NS_CORBA::TAIteratorHelper, PortableServer::ObjectId_var;\n\nstruct {\n  PortableServer::POA_ptr iteratorPoa() {\n    static const PortableServer::POA_var own = [] {\n      const PortableServer::POA_var root = host::module.iteratorPoa()->the_parent();\n      const PortableServer::POAManager_var manager = root->the_POAManager();\n      return root->create_POA(\"own\", manager.in(), CORBA::PolicyList());\n    }();\n    return own.in();\n  }\n} module;\n")
 
 # Hosts that use the freedom of the contracts.
+allowed_host(has_a_default_type "" Failures.cpp
+  "own ? ExceptionType_T(code - host::kFailure) : globaldefs::EXCPT_INTERNAL_ERROR;"
+  "own ? ExceptionType_T(code - host::kFailure) : code == ERR_TOPO_CONVERSION || code == 0x41180004 ? globaldefs::EXCPT_INTERNAL_ERROR : globaldefs::EXCPT_NE_COMM_LOSS;")
+allowed_host(returns_the_additional_information_of_the_request attributes.additional-info Attributes.cpp "${set_information}"
+  "onSetAdditionalInfo(const NVSList_T& name, NVSList_T&, std::string&) {\n  const bool known = name.length() == 2 && name[0].value.in() == std::string(host::kEmsName) && name[1].name.in() == std::string(\"TopoSubnetwork\") && host::hasSubnetwork(name[1].value.in());\n  return known ? 0 : kNo;")
 allowed_host(has_two_clocks_of_one_element "" Domain.cpp
   "GetClockPositionList(const int&, ClockPositionHolder*, IntHolder*) override {}"
   "GetClockPositionList(const int&, ClockPositionHolder* result, IntHolder*) override {\n    for (const char* label : {\"clock 1\", \"clock 2\"})\n      result->Value().push_back({\"NE=1\", {}, 0, {}, label, 0, 0});\n  }")

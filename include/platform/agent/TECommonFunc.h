@@ -36,8 +36,9 @@ class PLATFORM_API TECommonFunc {
   static CORBA::ULong onSetNativeEMSName(const globaldefs::NVSList_T& objectName,
                                          const char* nativeEMSName);
 
-  // Merges the pairs into the stored list by name, and sets additionalInfo to the merged list: the
-  // client gets that list. On failure, may set errorText to the reason.
+  // Stores the pairs. May update additionalInfo in place: the client gets the updated list.
+  // topo-agentd returns the stored list, merged by name; an empty value removes a pair; names are
+  // different and not empty. On failure, may set errorText to the reason.
   // May raise: CORBA exceptions. Must not raise anything else: ends the process.
   static CORBA::ULong onSetAdditionalInfo(const globaldefs::NVSList_T& objectName,
                                           globaldefs::NVSList_T& additionalInfo,
