@@ -89,6 +89,7 @@ def large_memory(bench):
     for _ in range(bench.sizes.large_rounds):
         with Agent(bench.programs, store) as agent:
             pid = agent.process.pid
+            time.sleep(1)  # the agent returns the freed memory of its start
             before = memory.resident(pid)
             memory.reset_peak(pid)
             (size,), = bench.turns("bench_calls", {"bytes": f"bytes={agent.reference}"}, 1, warm_ups=0).values()
