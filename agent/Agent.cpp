@@ -1,6 +1,7 @@
 #include "agent/Agent.h"
 
 #include <chrono>
+#include <future>
 #include <optional>
 #include <utility>
 
@@ -57,11 +58,11 @@ class Agent::Parts final : private AgentControl {
   explicit Parts(const Options& options)
       : options_(options),
         server_(startServer(options)),
-        network_(openNetwork(options, store_)),
+        network_(openNetwork(options, store_, storeCheck_)),
         emsName_(options.emsName.empty() ? network_.ems : options.emsName),
         model_(std::move(network_)),
         writer_(
-            *store_, model_,
+            checkedStore(), model_,
             [this](std::uint64_t change, int eventId, std::vector<NS_DOMAIN::TopoNode_T> nodes) {
               events_.raise(change, eventId, std::move(nodes));
             }),
@@ -131,6 +132,14 @@ class Agent::Parts final : private AgentControl {
   }
 
  private:
+  // Waits for the check of the store. Throws StoreError for a damaged store.
+  NetworkStore& checkedStore() {
+    if (storeCheck_.valid()) {
+      storeCheck_.get();
+    }
+    return *store_;
+  }
+
   ViewSetup viewSetup(const Options& options) {
     ViewSetup setup;
     setup.limits = viewLimits(options, memoryUse_());
@@ -153,6 +162,7 @@ class Agent::Parts final : private AgentControl {
   const std::chrono::steady_clock::time_point started_ = std::chrono::steady_clock::now();
   std::unique_ptr<orb::Server> server_;
   std::unique_ptr<NetworkStore> store_;
+  std::future<void> storeCheck_;
   Network network_;
   const std::string emsName_;
   NetworkModel model_;

@@ -30,9 +30,22 @@ Network readOrThrow(const std::filesystem::path& file) {
   return std::move(network.value());
 }
 
+// Reads an existing store. A damaged store is reported by its check, whose reason is more precise.
+Network readOrCheck(NetworkStore& store, bool checkStore) {
+  try {
+    return store.read();
+  } catch (...) {
+    if (checkStore) {
+      store.check();
+    }
+    throw;
+  }
+}
+
 }  // namespace
 
-Network openNetwork(const Options& options, std::unique_ptr<NetworkStore>& store) {
+Network openNetwork(const Options& options, std::unique_ptr<NetworkStore>& store,
+                    std::future<void>& check) {
   requireStore(options);
   const bool load = !options.network.empty() && SqliteStore::needsNetwork(options.store);
   Network network;
@@ -40,15 +53,16 @@ Network openNetwork(const Options& options, std::unique_ptr<NetworkStore>& store
     network = readOrThrow(options.network);
   }
   store = std::make_unique<SqliteStore>(options.store);
-  if (options.checkStore) {
-    store->check();
-  }
   if (!load) {
     if (!options.network.empty()) {
       log(kLogEvents, "store " + options.store + " contains a network already, " +
                           options.network.string() + " is not loaded");
     }
-    return store->read();
+    network = readOrCheck(*store, options.checkStore);
+    if (options.checkStore) {
+      check = std::async([&opened = *store] { opened.check(); });
+    }
+    return network;
   }
   store->load(network);
   return network;

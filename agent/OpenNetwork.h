@@ -3,6 +3,7 @@
 #ifndef AGENT_OPENNETWORK_H
 #define AGENT_OPENNETWORK_H
 
+#include <future>
 #include <memory>
 #include <stdexcept>
 
@@ -23,10 +24,17 @@ class NetworkFileError : public std::runtime_error {
 // file of the options. The network file is read before the store is made, so that a bad network
 // file leaves no store behind.
 //
+// The check of an existing store for damage runs on another thread, so that the caller can use the
+// network meanwhile. `check` is its result, and remains without a state when no check runs. The
+// caller waits for the result before the caller uses the store, and destroys `check` before the
+// store.
+//
 // Thread-safety: one thread. Ownership: the caller owns the store. Errors: throws NetworkFileError;
 // throws StoreError when the store cannot be used, and when the store does not exist while the
-// options neither name a network file nor ask for an empty store.
-Network openNetwork(const Options& options, std::unique_ptr<NetworkStore>& store);
+// options neither name a network file nor ask for an empty store. `check` throws StoreError for a
+// damaged store.
+Network openNetwork(const Options& options, std::unique_ptr<NetworkStore>& store,
+                    std::future<void>& check);
 
 }  // namespace agent
 

@@ -14,6 +14,7 @@
 
 #include <csignal>
 #include <filesystem>
+#include <future>
 #include <map>
 #include <memory>
 #include <stdexcept>
@@ -168,7 +169,8 @@ double importSeconds(const std::string& network) {
   options.store = file.path();
   return secondsOf([&options] {
     std::unique_ptr<agent::NetworkStore> store;
-    agent::openNetwork(options, store);
+    std::future<void> check;
+    agent::openNetwork(options, store, check);
   });
 }
 

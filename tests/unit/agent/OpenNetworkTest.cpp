@@ -6,13 +6,16 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <future>
 #include <memory>
 #include <string>
 
+#include "tests/support/DamagedStore.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace {
 
+using agent::Network;
 using agent::NetworkStore;
 using agent::openNetwork;
 using agent::Options;
@@ -21,9 +24,18 @@ using agent::StoreError;
 
 class OpenedNetwork : public testing::Test {
  protected:
+  Network open() {
+    std::future<void> check;
+    Network network = openNetwork(options_, store_, check);
+    if (check.valid()) {
+      check.get();
+    }
+    return network;
+  }
+
   std::string refusal() {
     try {
-      openNetwork(options_, store_);
+      open();
     } catch (const StoreError& failure) {
       return failure.what();
     }
@@ -31,7 +43,7 @@ class OpenedNetwork : public testing::Test {
   }
 
   // The name of the managing system.
-  std::string ems() { return openNetwork(options_, store_).ems; }
+  std::string ems() { return open().ems; }
 
   std::string networkFile(const std::string& ems) const {
     return directory_.write(ems + ".json",
@@ -84,8 +96,39 @@ TEST_F(OpenedNetwork, ComesFromTheFileForAnEmptyStore) {
 
 TEST_F(OpenedNetwork, CreatesNoStoreForABadNetworkFile) {
   options_.network = directory_.write("bad.json", "[");
-  EXPECT_THROW(openNetwork(options_, store_), std::runtime_error);
+  EXPECT_THROW(open(), std::runtime_error);
   EXPECT_FALSE(std::filesystem::exists(path_));
+}
+
+TEST_F(OpenedNetwork, IsReadWhileAnotherThreadFindsTheDamageOfTheStore) {
+  options_.network = networkFile("first");
+  open();
+  store_.reset();
+  support::damageStore(path_);
+  std::future<void> check;
+  EXPECT_EQ("first", openNetwork(options_, store_, check).ems);
+  EXPECT_THROW(check.get(), StoreError);
+}
+
+TEST_F(OpenedNetwork, IsNotCheckedIfTheCheckIsSkipped) {
+  options_.network = networkFile("first");
+  open();
+  store_.reset();
+  support::damageStore(path_);
+  options_.checkStore = false;
+  EXPECT_EQ("", refusal());
+}
+
+TEST_F(OpenedNetwork, IsRefusedWithTheReasonOfTheCheckIfItCannotBeRead) {
+  options_.network = networkFile("first");
+  open();
+  store_.reset();
+  support::damageStore(path_, "topo_node");
+  const std::string expected = path_ + ": is damaged: ";
+  EXPECT_EQ(expected, refusal().substr(0, expected.size()));
+  store_.reset();
+  options_.checkStore = false;
+  EXPECT_EQ(path_ + ": is damaged", refusal());
 }
 
 }  // namespace
