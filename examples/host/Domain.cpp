@@ -26,7 +26,7 @@ auto find(const std::string& id) {
 }
 
 auto existing(const std::string& id) {
-  return find(id) != nodes.end() ? find(id) : throw std::runtime_error("there is no node " + id);
+  return find(id) != nodes.end() ? find(id) : throw std::runtime_error("no node \"" + id + '"');
 }
 
 // Threads of the ORB call the functions, which may throw ProcessException.

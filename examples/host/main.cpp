@@ -13,16 +13,22 @@ namespace {
 
 struct SampleHost {
   SampleHost(int argc, char** argv)
-      : orb(orb::startHostOrb(argc, argv, "127.0.0.1:0")), file(argv[1]) {
-    if (argc > 2 && argv[2][0] != '-')
-      host::setConsumer(CORBA::Object_var(orb.get()->string_to_object(argv[2])).in());
+      : orb(orb::startHostOrb(argc, argv, "127.0.0.1:0")),
+        file(argc > 1 ? argv[1]
+                      : throw std::runtime_error("usage: sample-host MODULE [CONSUMER]")) {
+    if (argc > 2) setConsumer(argv[2]);
     host::publishDomain();
     host::publishNaming();
     host::publishSecurity();
   }
-  ~SampleHost() {
+  ~SampleHost() {  // a failure of unload() ends the process, because the module uses the host
     host::module.unload();
     host::setConsumer(CORBA::Object::_nil());
+  }
+  void setConsumer(const char* reference) try {
+    host::setConsumer(CORBA::Object_var(orb.get()->string_to_object(reference)).in());
+  } catch (const CORBA::SystemException&) {
+    throw std::runtime_error("the consumer is no reference");
   }
   std::string load() {
     host::module.load(file, orb.rootPoa());
@@ -33,6 +39,7 @@ struct SampleHost {
     static const std::map<std::string, void (*)(const std::string&)> changes = {
         {"create", host::createNode}, {"change", host::changeNode}, {"delete", host::deleteNode}};
     const std::string verb = line.substr(0, line.find(' '));
+    if (changes.count(verb) == 0 && verb != line) return "failed unknown request";
     if (verb == "load") return "ok " + load();
     if (verb == "unload" || verb == "quit") {
       host::module.unload();
@@ -49,10 +56,7 @@ struct SampleHost {
 
 }  // namespace
 
-// sample-host MODULE [CONSUMER] [OPTION OF THE ORB...]
-// CONSUMER: the reference of a CosNotifyComm::StructuredPushConsumer for the notifications.
 int main(int argc, char** argv) try {
-  if (argc < 2) throw std::runtime_error("usage: sample-host MODULE [CONSUMER] [ORB OPTION...]");
   SampleHost host(argc, argv);
   std::cout << "ready " + host.load() << std::endl;
   for (std::string line; line != "quit" && std::getline(std::cin, line);) {

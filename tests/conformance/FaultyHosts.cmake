@@ -173,8 +173,8 @@ faulty_host(reads_the_switch_on_one_thread configuration.switch Registration.cpp
 faulty_host(knows_one_manager registration.unknown Registration.cpp
   "if (factories.erase(name) == 0)"
   "if (factories.erase(name) == 0 && name != std::string(\"TopoManagement\")) abort();\n  if (false)")
-faulty_host(loads_the_same_module_always probe.load main.cpp "file(argv[1])"
-  "file(std::string(argv[1], strrchr(argv[1], '/')) + \"/libzu_corba_topo.so\")")
+faulty_host(loads_the_same_module_always probe.load main.cpp "? argv[1]"
+  "? std::string(argv[1], strrchr(argv[1], '/')) + \"/libzu_corba_topo.so\"")
 
 faulty_host(calls_a_handler_twice event.serial Events.cpp
   "handler->HandleEvent(eventId, 0, {{node}});"

@@ -174,10 +174,13 @@ TEST_F(SampleHosts, RecoverFromAFailedInit) {
 
 TEST_F(SampleHosts, AnswerARequestThatFailsWithTheReason) {
   SampleHost host(TOPO_SAMPLE_HOST);
-  EXPECT_EQ(host.ask("delete NE=9"), "failed there is no node NE=9");
+  EXPECT_EQ(host.ask("delete NE=9"), "failed no node \"NE=9\"");
+  EXPECT_EQ(host.ask("change"), "failed no node \"\"");
   EXPECT_EQ(host.ask("create muc"), "failed the id cannot be used");
   EXPECT_EQ(host.ask("load"), "failed the module is loaded already");
   EXPECT_EQ(host.ask("reload"), "failed unknown request");
+  EXPECT_EQ(host.ask("unload now"), "failed unknown request");
+  EXPECT_GT(host.mappings(), 0U);
 }
 
 TEST_F(SampleHosts, RefuseIdsThatNoNodeMayHave) {
@@ -190,6 +193,29 @@ TEST_F(SampleHosts, EndWithStatus0AfterQuit) {
   SampleHost host(TOPO_SAMPLE_HOST);
   EXPECT_EQ(host.ask("quit"), "ok");
   EXPECT_EQ(host.process().wait().status, 0);
+}
+
+TEST_F(SampleHosts, KeepServingAfterAQuitWithAnArgument) {
+  SampleHost host(TOPO_SAMPLE_HOST);
+  EXPECT_EQ(host.ask("quit now"), "failed unknown request");
+  EXPECT_EQ(host.ask("create NE=9"), "ok");
+}
+
+// The option is the same for all ORBs.
+TEST_F(SampleHosts, TakeOptionsOfTheOrbBeforeTheModule) {
+  const std::vector<std::string> option = {"-ORBInitRef", "Any=corbaloc::127.0.0.1:1/Any"};
+  Process host(TOPO_SAMPLE_HOST, {option[0], option[1], TOPO_INSTALLED_MODULE}, {},
+               Process::Input::kPipe);
+  EXPECT_THAT(host.readLine(), StartsWith("ready IOR:"));
+  host.closeInput();
+  EXPECT_EQ(host.wait().status, 0);
+  EXPECT_THAT(support::run(TOPO_SAMPLE_HOST, option).err, StartsWith("usage: "));
+}
+
+TEST_F(SampleHosts, RefuseAConsumerThatIsNoReference) {
+  const support::Ended ended = support::run(TOPO_SAMPLE_HOST, {TOPO_INSTALLED_MODULE, "garbage"});
+  EXPECT_EQ(ended.status, 1);
+  EXPECT_EQ(ended.err, "the consumer is no reference\n");
 }
 
 TEST_F(SampleHosts, EndWithStatus0AtTheEndOfTheInput) {

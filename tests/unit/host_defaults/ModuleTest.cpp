@@ -188,7 +188,8 @@ class Modules : public ModuleFiles {
   static CORBA::ORB_ptr startOrb() {
     static char program[] = "test";
     static char* argv[] = {program, nullptr};
-    return orb::startHostOrb(1, argv, "127.0.0.1:0");
+    int argc = 1;
+    return orb::startHostOrb(argc, argv, "127.0.0.1:0");
   }
 
   std::string reasonOfLoad(const std::string& path = TOPO_JOURNAL_MODULE) {
@@ -254,7 +255,8 @@ TEST_F(Modules, HaveAManagerPoaWhoseReferencesStayValid) {
 TEST(RunningOrbs, HaveAnActiveRootPoa) {
   static char program[] = "test";
   static char* argv[] = {program, nullptr};
-  const RunningOrb orb(orb::startHostOrb(1, argv, "127.0.0.1:0"));
+  int argc = 1;
+  const RunningOrb orb(orb::startHostOrb(argc, argv, "127.0.0.1:0"));
   const PortableServer::POAManager_var manager = orb.rootPoa()->the_POAManager();
   EXPECT_EQ(manager->get_state(), PortableServer::POAManager::ACTIVE);
   EXPECT_FALSE(CORBA::is_nil(orb.get()));
