@@ -1,8 +1,8 @@
 #include "conformance/Options.h"
 
 #include <CLI/CLI.hpp>
-#include <regex>
 #include <sstream>
+#include <string_view>
 
 #include "conformance/HostProtocol.h"
 
@@ -50,15 +50,25 @@ void requireOneHost(const Options& options) {
                    "\": " + kModulePlaceholder + " and " + kConsumerPlaceholder + " are known");
 }
 
-// A word in braces. "${WORD}" is left to a shell.
+constexpr std::string_view kWordCharacters =
+    "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz_-";
+
+// The word in braces that begins at the position, braces included; "" without one.
+std::string bracedWord(const std::string& argument, std::size_t begin) {
+  const std::size_t end = argument.find_first_not_of(kWordCharacters, begin + 1);
+  const bool isWord = end != std::string::npos && end > begin + 1 && argument[end] == '}';
+  return isWord ? argument.substr(begin, end + 1 - begin) : "";
+}
+
+// "${WORD}" is left to a shell.
 void requireKnownPlaceholders(const std::vector<std::string>& command) {
-  const std::regex placeholder(R"(\{[A-Za-z_-]+\})");
   for (const std::string& argument : command) {
-    for (std::sregex_iterator match(argument.begin(), argument.end(), placeholder), end;
-         match != end; ++match) {
-      const std::string word = match->str();
-      const bool isVariable = match->position() > 0 && argument[match->position() - 1] == '$';
-      if (!isVariable && word != kModulePlaceholder && word != kConsumerPlaceholder) {
+    for (std::size_t at = argument.find('{'); at != std::string::npos;
+         at = argument.find('{', at + 1)) {
+      const std::string word = bracedWord(argument, at);
+      const bool isVariable = at > 0 && argument[at - 1] == '$';
+      if (!word.empty() && !isVariable && word != kModulePlaceholder &&
+          word != kConsumerPlaceholder) {
         refusePlaceholder(word, argument);
       }
     }
