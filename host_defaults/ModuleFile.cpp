@@ -42,13 +42,23 @@ bool isInRepository() {
   return ACE_Service_Repository::instance()->find(kService) == 0;
 }
 
+// The configurator completes a name without a dot: FOLDER/NAME to FOLDER/libNAME.so.
+std::string completed(const std::string& path) {
+  const std::size_t name = path.rfind('/') + 1;
+  return path.find('.', name) != std::string::npos
+             ? path
+             : path.substr(0, name) + "lib" + path.substr(name) + ".so";
+}
+
 Library open(const std::string& path, int flags) {
-  return Library(dlopen(path.c_str(), RTLD_LAZY | RTLD_LOCAL | flags), dlclose);
+  const int mode = RTLD_LAZY | RTLD_LOCAL | flags;
+  void* const library = dlopen(completed(path).c_str(), mode);
+  return Library(library != nullptr ? library : dlopen(path.c_str(), mode), dlclose);
 }
 
 // The configurator has the same result for a file that cannot be mapped, for a library without the
-// factory, and for an init that returned -1. It completes a name without a folder to the name of a
-// file, as the dynamic linker does not.
+// factory, and for an init that returned -1. For a name without a folder, the last error of the
+// dynamic linker may be that of another file than the configurator's.
 std::string reasonOfRefusal(const std::string& path) {
   const Library library = open(path, 0);
   if (!library) {

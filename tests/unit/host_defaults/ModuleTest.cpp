@@ -123,6 +123,21 @@ TEST_F(ModuleFiles, AreCleanedUpAfterAFailedInit) {
   EXPECT_EQ(reasonOfLoad(), "");
 }
 
+// FOLDER/NAME for FOLDER/libNAME.so, which the configurator completes.
+std::string shortNameOf(const std::string& path) {
+  const std::size_t prefix = path.rfind("/lib") + 1;
+  const std::size_t name = prefix + 3;
+  return path.substr(0, prefix) + path.substr(name, path.rfind('.') - name);
+}
+
+TEST_F(ModuleFiles, AreCleanedUpAfterAFailedInitUnderAShortName) {
+  failure = [] { throw std::runtime_error("no network"); };
+  EXPECT_EQ(reasonOfLoad(shortNameOf(TOPO_JOURNAL_MODULE)), "its init failed: no network");
+  file_.unload();
+  EXPECT_FALSE(isMapped());
+  EXPECT_THAT(journal, ElementsAre("init", "deleted", "fini", "deleted"));
+}
+
 TEST_F(ModuleFiles, NameTheExceptionOfInit) {
   failure = [] { throw CORBA::NO_RESOURCES(); };
   EXPECT_EQ(reasonOfLoad(), "its init failed with NO_RESOURCES");
@@ -170,6 +185,8 @@ TEST_F(ModuleFiles, AreNoOtherLibrariesThatTheProcessHasMapped) {
 
 TEST_F(ModuleFiles, NameTheResultOfInit) {
   EXPECT_EQ(reasonOfLoad(TOPO_REFUSING_MODULE), "its init returned -1");
+  file_.unload();
+  EXPECT_EQ(reasonOfLoad(shortNameOf(TOPO_REFUSING_MODULE)), "its init returned -1");
   file_.unload();
   EXPECT_EQ(reasonOfLoad(), "");
 }
