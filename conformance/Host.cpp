@@ -117,16 +117,38 @@ void Host::refer(const std::string& reference) {
   operator_ = makeOperator();
 }
 
+TopoAgent::Console_I_ptr Host::console() const {
+  try {
+    const CORBA::Object_var object = objectBeside(object_key::kConsole);
+    return TopoAgent::Console_I::_narrow(object.in());
+  } catch (const CORBA::SystemException&) {
+    return TopoAgent::Console_I::_nil();
+  }
+}
+
 std::unique_ptr<Operator> Host::makeOperator() {
   if (process_ && !options_.usesConsole) {
     return pipeOperator(*process_, Milliseconds(options_.timeout));
   }
-  try {
-    const CORBA::Object_var object = objectBeside(object_key::kConsole);
-    const TopoAgent::Console_I_var console = TopoAgent::Console_I::_narrow(object.in());
-    return CORBA::is_nil(console.in()) ? noOperator() : consoleOperator(console.in());
-  } catch (const CORBA::SystemException&) {
-    return noOperator();
+  const TopoAgent::Console_I_var found = console();
+  if (!CORBA::is_nil(found.in())) {
+    return consoleOperator(found.in());
+  }
+  if (process_) {
+    throw StartFailed("the host has no console: leave out --console");
+  }
+  return noOperator();
+}
+
+void Host::requireNoConsole() {
+  if (options_.usesConsole || hasAskedForConsole_ || CORBA::is_nil(manager_.in())) {
+    return;
+  }
+  hasAskedForConsole_ = true;
+  const TopoAgent::Console_I_var found = console();
+  if (!CORBA::is_nil(found.in())) {
+    throw WrongOperator(
+        "the host does not answer on its standard output, but it has a console: use --console");
   }
 }
 
@@ -167,6 +189,9 @@ bool Host::stop() {
     process_->closeInput();
   }
   const bool isOver = process_->endsWithin(Milliseconds(options_.timeout));
+  if (!isOver) {
+    requireNoConsole();
+  }
   const bool isWell = isOver && process_->endedWell();
   kill();
   return isWell;

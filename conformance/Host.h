@@ -23,12 +23,19 @@ class StartFailed : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+// The host is operated through its console, which the command line does not say. Ends the run. As
+// std::runtime_error.
+class WrongOperator : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
 enum class Plugin { kModule, kProbe };
 
 // Starts, restarts and ends the process of a host; for --agent only refers to a running host.
 //
 // Thread-safety: none. Owns the process; borrows options and server. Errors: StartFailed,
-// CORBA::SystemException.
+// WrongOperator, CORBA::SystemException.
 class Host {
  public:
   // consumer: the reference in place of {consumer} in the command.
@@ -51,8 +58,12 @@ class Host {
   void start(Plugin plugin, const std::vector<std::string>& environment = {});
 
   // Asks the host to end, and kills it after the timeout. Returns whether the process ended with
-  // status 0 on request; true without a process.
+  // status 0 on request; true without a process. Throws as requireNoConsole after the timeout.
   bool stop();
+
+  // Call after a request on the standard input of the host without an answer. Throws WrongOperator
+  // when the host has a console. Only the first call asks the host.
+  void requireNoConsole();
 
   // Ends the process at once.
   void kill();
@@ -88,6 +99,7 @@ class Host {
   const std::string& pathOf(Plugin plugin) const;
   void waitUntilReady();
   void refer(const std::string& reference);
+  TopoAgent::Console_I_ptr console() const;  // a new reference; nil when the host has none
   std::unique_ptr<Operator> makeOperator();
 
   const Options& options_;
@@ -98,6 +110,7 @@ class Host {
   Plugin plugin_ = Plugin::kModule;
   TopoManagementManager::TopoMgr_I_var manager_;
   std::unique_ptr<Operator> operator_;
+  bool hasAskedForConsole_ = false;
 };
 
 }  // namespace conformance

@@ -75,6 +75,13 @@ void requireKnownPlaceholders(const std::vector<std::string>& command) {
   }
 }
 
+void requireModulePlaceholder(const Options& options) {
+  if (options.agent.empty() && expand(options.command, kModulePlaceholder, "") == options.command) {
+    throw UsageError(std::string("the command of the host has no ") + kModulePlaceholder +
+                     ", so the host cannot load the module and the probe");
+  }
+}
+
 }  // namespace
 
 Options parseOptions(int argc, const char* const argv[], const DefaultPaths& defaults) {
@@ -97,6 +104,7 @@ Options parseOptions(int argc, const char* const argv[], const DefaultPaths& def
   options.timeout = std::chrono::seconds(seconds);
   requireOneHost(options);
   requireKnownPlaceholders(options.command);
+  requireModulePlaceholder(options);
   return options;
 }
 

@@ -60,6 +60,8 @@ bool ProbeStage::start() {
     try {
       context_.host.start(Plugin::kProbe);
       return true;
+    } catch (const WrongOperator&) {
+      throw;
     } catch (const std::exception& reason) {
       failure = reason.what();
     }

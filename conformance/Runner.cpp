@@ -19,6 +19,8 @@ bool Runner::conclude(Result& result, const std::function<void(Context&)>& check
   try {
     start(plugin);
     check(context_);
+  } catch (const WrongOperator&) {
+    throw;
   } catch (const Skipped& reason) {
     result.outcome = Outcome::kSkip;
     result.reason = reason.what();
@@ -33,6 +35,7 @@ bool Runner::conclude(Result& result, const std::function<void(Context&)>& check
     hasFailedCall = true;
     isStuck = orb::isTimeout(failure);
   } catch (const NoAnswer& failure) {
+    context_.host.requireNoConsole();
     fail(result, failure.what());
     hasFailedCall = true;
     isStuck = true;

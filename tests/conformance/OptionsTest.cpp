@@ -37,19 +37,19 @@ TEST(ConformanceOptions, TakeTheNamesOfRules) {
   const Options options = parse({"--rule", "views.unique", "host.end", "--", "host", "{module}"});
   EXPECT_THAT(options.rules, ElementsAre("views.unique", "host.end"));
   EXPECT_THAT(options.command, ElementsAre("host", "{module}"));
-  EXPECT_THROW(parse({"--rule", "--", "host"}), UsageError);
+  EXPECT_THROW(parse({"--rule", "--", "host", "{module}"}), UsageError);
 }
 
 TEST(ConformanceOptions, NeedExactlyOneHost) {
   EXPECT_THROW(parse({}), UsageError);
   EXPECT_THROW(parse({"--console"}), UsageError);
-  EXPECT_THROW(parse({"--agent", "x", "--", "host"}), UsageError);
+  EXPECT_THROW(parse({"--agent", "x", "--", "host", "{module}"}), UsageError);
 }
 
 TEST(ConformanceOptions, RejectUnknownOptionsAndTimeouts) {
-  EXPECT_THROW(parse({"--no-such-option", "--", "host"}), UsageError);
-  EXPECT_THROW(parse({"--timeout", "0", "--", "host"}), UsageError);
-  EXPECT_THROW(parse({"--timeout", "x", "--", "host"}), UsageError);
+  EXPECT_THROW(parse({"--no-such-option", "--", "host", "{module}"}), UsageError);
+  EXPECT_THROW(parse({"--timeout", "0", "--", "host", "{module}"}), UsageError);
+  EXPECT_THROW(parse({"--timeout", "x", "--", "host", "{module}"}), UsageError);
 }
 
 std::string refusalOf(const std::vector<const char*>& arguments) {
@@ -71,6 +71,12 @@ TEST(ConformanceOptions, RejectUnknownPlaceholders) {
 
 TEST(ConformanceOptions, RejectTheConsoleOfARunningHost) {
   EXPECT_THAT(refusalOf({"--console", "--agent", "x"}), HasSubstr("--console"));
+}
+
+TEST(ConformanceOptions, RejectACommandThatDoesNotPassTheModule) {
+  EXPECT_EQ(refusalOf({"--", "host", "{consumer}"}),
+            "the command of the host has no {module}, so the host cannot load the module and the "
+            "probe");
 }
 
 TEST(ConformanceOptions, HelpNamesThePlaceholder) {

@@ -110,11 +110,11 @@ TEST_F(Conformance, PassesTheSampleHost) {
 }
 
 TEST_F(Conformance, EndsWithStatus2WhenTheHostCannotBeStarted) {
-  const Ended missing = conformance({"--", "./nohost"});
+  const Ended missing = conformance({"--", "./nohost", "{module}"});
   EXPECT_EQ(missing.status, 2);
   EXPECT_EQ(missing.out, "");
   EXPECT_EQ(missing.err, "topo-conformance: the program ./nohost does not exist\n");
-  EXPECT_EQ(conformance({"--", "/bin/true"}).status, 2);
+  EXPECT_EQ(conformance({"--", "/bin/true", "{module}"}).status, 2);
   EXPECT_EQ(conformance({"--agent", "no reference"}).status, 2);
 }
 
@@ -157,7 +157,7 @@ TEST_F(Conformance, NamesTheUndefinedSymbolOnceAndChecksTheOtherRules) {
 TEST_F(Conformance, EndsWithStatus2ForAModuleOrProbeThatIsNoFile) {
   for (const char* option : {"--module", "--probe"}) {
     for (const char* path : {"/no/such/module.so", "/tmp", ""}) {
-      const Ended run = conformance({option, path, "--", "/bin/true"});
+      const Ended run = conformance({option, path, "--", "/bin/true", "{module}"});
       EXPECT_EQ(run.status, 2);
       EXPECT_EQ(run.err,
                 "topo-conformance: " + std::string(option) + ' ' + path + ": no such file\n");
@@ -179,7 +179,8 @@ class ConformanceOfAnUnreadyHost : public Conformance,
                                    public testing::WithParamInterface<UnreadyHost> {};
 
 TEST_P(ConformanceOfAnUnreadyHost, EndsWithOneBoundedLine) {
-  const Ended run = conformance({"--timeout", "1", "--", "/bin/sh", "-c", GetParam().script});
+  const Ended run =
+      conformance({"--timeout", "1", "--", "/bin/sh", "-c", GetParam().script, "{module}"});
   EXPECT_EQ(run.status, 2);
   EXPECT_EQ(run.out, "");
   EXPECT_THAT(run.err, StartsWith("topo-conformance: "));
@@ -256,6 +257,28 @@ TEST_F(Conformance, ReportsTheSignalOfAHostThatDiesAfterItsConnections) {
                                  "ended it"));
 }
 
+// Ends after the first request without an answer: a host that ignores its standard input would
+// fail with most rules.
+TEST_F(Conformance, EndsWithStatus2ForAnAgentWithAConsoleWithoutTheOption) {
+  for (const char* rule : {"events.created", "log.calls"}) {
+    const Ended run = conformance({"--rule", rule, "--timeout", "2", "--", TOPO_AGENTD,
+                                   "--endpoint", "127.0.0.1:0", "--store", ":memory:", "--network",
+                                   TOPO_NETWORKS "/backbone.json", "--module", "{module}"});
+    EXPECT_EQ(run.status, 2) << rule;
+    EXPECT_EQ(run.out, "");
+    EXPECT_EQ(run.err,
+              "topo-conformance: the host does not answer on its standard output, but it has a "
+              "console: use --console\n");
+  }
+}
+
+TEST_F(Conformance, EndsWithStatus2ForTheConsoleOfAHostWithoutOne) {
+  const Ended run = conformance({"--console", "--", TOPO_SAMPLE_HOST, "{module}"});
+  EXPECT_EQ(run.status, 2);
+  EXPECT_EQ(run.out, "");
+  EXPECT_EQ(run.err, "topo-conformance: the host has no console: leave out --console\n");
+}
+
 // Whether the process whose id is in the file sleeps. A dead process that its parent has not
 // fetched does not.
 bool sleeps(const std::string& pidFile) {
@@ -268,8 +291,8 @@ bool sleeps(const std::string& pidFile) {
 TEST_F(Conformance, LeavesNoProcessOfAHostThatIsNeverReady) {
   const support::TemporaryDirectory directory;
   const std::string file = directory.file("pid");
-  const Ended run = conformance(
-      {"--timeout", "1", "--", "/bin/sh", "-c", "sleep 600 & echo $! > " + file + "; wait"});
+  const Ended run = conformance({"--timeout", "1", "--", "/bin/sh", "-c",
+                                 "sleep 600 & echo $! > " + file + "; wait", "{module}"});
   EXPECT_EQ(run.status, 2);
   EXPECT_THAT(run.err, HasSubstr("printed no line \"ready REFERENCE\" within 1 s"));
   EXPECT_FALSE(sleeps(file));
@@ -278,9 +301,9 @@ TEST_F(Conformance, LeavesNoProcessOfAHostThatIsNeverReady) {
 TEST_F(Conformance, LeavesNoProcessThatTheHostHasStartedInAnotherSession) {
   const support::TemporaryDirectory directory;
   const std::string file = directory.file("pid");
-  const Ended run =
-      conformance({"--timeout", "2", "--", "/bin/sh", "-c",
-                   "setsid /bin/sh -c 'echo $$ > " + file + "; exec sleep 600' & wait"});
+  const Ended run = conformance(
+      {"--timeout", "2", "--", "/bin/sh", "-c",
+       "setsid /bin/sh -c 'echo $$ > " + file + "; exec sleep 600' & wait", "{module}"});
   EXPECT_EQ(run.status, 2);
   EXPECT_FALSE(sleeps(file));
 }
@@ -295,7 +318,8 @@ TEST_F(Conformance, LeavesNoProcessAndNoFileAfterAStopSignal) {
     support::Process run(
         TOPO_CONFORMANCE,
         {"--", "/bin/sh", "-c",
-         "setsid /bin/sh -c 'echo $$ > " + file + "; echo > " + mark + "; exec sleep 600' & wait"},
+         "setsid /bin/sh -c 'echo $$ > " + file + "; echo > " + mark + "; exec sleep 600' & wait",
+         "{module}"},
         {"TMPDIR=" + directory.file("tmp")});
     support::readFile(mark);  // waits for the process in the other session
     run.send(signal);
