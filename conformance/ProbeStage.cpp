@@ -14,8 +14,6 @@ namespace conformance {
 namespace {
 
 constexpr const char* kUnfinished = "the process of the host has ended during the check";
-constexpr const char* kLoadRule = "probe.load";
-constexpr const char* kLoadText = "the host loads and serves another module at the same entry";
 constexpr const char* kFiniRule = "unload.fini";
 constexpr const char* kFiniText = "the host calls fini before it ends";
 

@@ -12,6 +12,9 @@
 
 namespace conformance {
 
+constexpr const char* kLoadRule = "probe.load";
+constexpr const char* kLoadText = "the host loads and serves another module at the same entry";
+
 // Runs the selected rules of the probe and the selected checks that need the probe.
 //
 // Thread-safety: none. Borrows its arguments; `directory` is for files of the probe. Errors: none;

@@ -75,8 +75,8 @@ void runChecks(Context& context, Report& report, const Selection& selection,
   if (context.host.isOwn()) {
     ProbeStage(context, runner, report, selection, directory).run();
   } else {
-    report.add({Outcome::kSkip, "probe.load", "the functions of the contracts keep their promises",
-                "only for a host that topo-conformance starts"});
+    report.add(
+        {Outcome::kSkip, kLoadRule, kLoadText, "only for a host that topo-conformance starts"});
   }
 }
 
