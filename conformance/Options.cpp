@@ -26,7 +26,9 @@ void describe(CLI::App& app, Options& options, int& seconds) {
       ->type_name("REFERENCE");
   app.add_option("--rule", options.rules,
                  "check only these rules and the rules that they need; default: all rules")
-      ->type_name("NAME...");
+      ->delimiter(',')
+      ->allow_extra_args(false)
+      ->type_name("NAME,...");
   app.add_option("--timeout", seconds, "limit of each step of a check; default 20")
       ->type_name("SECONDS")
       ->check(CLI::Range(1, 3600));

@@ -34,10 +34,11 @@ TEST(ConformanceOptions, TakeTheReferenceOfARunningHost) {
 }
 
 TEST(ConformanceOptions, TakeTheNamesOfRules) {
-  const Options options = parse({"--rule", "views.unique", "host.end", "--", "host", "{module}"});
-  EXPECT_THAT(options.rules, ElementsAre("views.unique", "host.end"));
-  EXPECT_THAT(options.command, ElementsAre("host", "{module}"));
-  EXPECT_THROW(parse({"--rule", "--", "host", "{module}"}), UsageError);
+  const Options options = parse({"--rule", "views.unique,host.end", "--rule", "host.log", "--",
+                                 "host", "--option", "{module}"});
+  EXPECT_THAT(options.rules, ElementsAre("views.unique", "host.end", "host.log"));
+  EXPECT_THAT(options.command, ElementsAre("host", "--option", "{module}"));
+  EXPECT_THROW(parse({"--rule"}), UsageError);
 }
 
 TEST(ConformanceOptions, NeedExactlyOneHost) {

@@ -41,8 +41,10 @@ Ended checkHost(const std::string& program) {
 }
 
 Ended checkRules(const std::string& program, const Words& rules) {
-  Words arguments = {"--timeout", "3", "--rule"};
-  arguments.insert(arguments.end(), rules.begin(), rules.end());
+  Words arguments = {"--timeout", "3"};
+  for (const std::string& rule : rules) {
+    arguments.insert(arguments.end(), {"--rule", rule});
+  }
   arguments.insert(arguments.end(), {"--", program, "{module}", "{consumer}"});
   return conformance(arguments);
 }

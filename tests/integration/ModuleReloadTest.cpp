@@ -1,9 +1,6 @@
 // Loading, unloading and reloading of the module in one process.
 
 #include <gtest/gtest.h>
-#if defined(__SANITIZE_ADDRESS__)
-#include <sanitizer/lsan_interface.h>
-#endif
 
 #include <atomic>
 #include <filesystem>
@@ -25,6 +22,7 @@
 #include "platform/bundlemgr/ServiceInterface.h"
 #include "platform/security/SecurityIF.h"
 #include "tests/support/EnvironmentVariable.h"
+#include "tests/support/IgnoredLeaks.h"
 #include "tests/support/NoThreads.h"
 #include "tests/support/RejectingManager.h"
 #include "tests/support/Task.h"
@@ -106,12 +104,9 @@ TEST(ModuleReload, LeavesNoCopyOfTheModuleOnTheDisk) {
   EXPECT_FALSE(mapped());
 }
 
-// Loads a module whose load must fail. The Service Configurator leaks about 100 bytes of its parser
-// when an exception passes through it, so the leak sanitizer is disabled here.
+// Loads a module whose load must fail.
 void expectNoLoad(agent::ModuleLoader& loader) {
-#if defined(__SANITIZE_ADDRESS__)
-  const __lsan::ScopedDisabler unseen;
-#endif
+  const support::IgnoredLeaks parser;
   EXPECT_THROW(loader.load(), agent::ModuleError);
 }
 

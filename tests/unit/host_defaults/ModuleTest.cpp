@@ -14,6 +14,7 @@
 #include "host_defaults/RunningOrb.h"
 #include "orb/hostorb.h"
 #include "platform/framework/ProcessException.h"
+#include "tests/support/IgnoredLeaks.h"
 #include "tests/unit/host_defaults/JournalModule.h"
 
 namespace {
@@ -75,6 +76,7 @@ class ModuleFiles : public testing::Test {
   }
 
   std::string reasonOfLoad(const std::string& path = TOPO_JOURNAL_MODULE) {
+    const support::IgnoredLeaks parser;
     return reasonOf([&] { file_.load(path); });
   }
 
@@ -210,6 +212,7 @@ class Modules : public ModuleFiles {
   }
 
   std::string reasonOfLoad(const std::string& path = TOPO_JOURNAL_MODULE) {
+    const support::IgnoredLeaks parser;
     return reasonOf([&] { module_.load(path, orb_.rootPoa()); });
   }
 

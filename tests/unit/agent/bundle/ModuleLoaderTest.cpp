@@ -7,6 +7,7 @@
 #include <string>
 
 #include "tests/support/EnvironmentVariable.h"
+#include "tests/support/IgnoredLeaks.h"
 
 namespace {
 
@@ -14,6 +15,7 @@ namespace {
 std::string reasonAgainst(const std::string& file) {
   agent::ModuleLoader loader(file);
   try {
+    const support::IgnoredLeaks parser;
     loader.load();
     return "";
   } catch (const agent::ModuleError& failure) {
