@@ -8,10 +8,10 @@
 // does: a later object with the same name starts without attributes.
 //
 // Errors: every setter returns 0 on success and otherwise a failure code for ThrowException. A
-// setter that returns 0 has stored the change. A setter may refuse the name of an object that does
-// not exist. The functions may raise CORBA exceptions, which reach the client. They must not raise
-// anything else: a ProcessException, std::bad_alloc or any other exception ends the process. A
-// client triggers the calls with the operation of the same name.
+// setter that returns 0 has stored the change, so a setter refuses a name that no object has. The
+// functions may raise CORBA exceptions, which reach the client. They must not raise anything else:
+// a ProcessException, std::bad_alloc or any other exception ends the process. A client triggers
+// the calls with the operation of the same name.
 
 #ifndef PLATFORM_AGENT_TECOMMONFUNC_H
 #define PLATFORM_AGENT_TECOMMONFUNC_H
