@@ -258,7 +258,7 @@ TEST_F(TopoView, EndsAnIteratorWithItsLastBatch) {
   EXPECT_EQ(3U, iterator->getLength());
   EXPECT_FALSE(iterator->next_n(7, nodes.out()));
   EXPECT_EQ(1U, nodes->length());
-  EXPECT_THROW(iterator->getLength(), CORBA::OBJECT_NOT_EXIST);
+  EXPECT_THROW(iterator->next_n(1, nodes.out()), CORBA::OBJECT_NOT_EXIST);
 }
 
 }  // namespace
