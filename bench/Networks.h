@@ -26,7 +26,7 @@ agent::Network chain(std::size_t nodes);
 // shorter.
 agent::Network chains(std::size_t nodes, std::size_t depth);
 
-// Two trees: one of nine nodes in ten, and one of the others.
+// Two trees: the first has 90% of the nodes, the second has the other 10%.
 agent::Network forest(std::size_t nodes);
 std::size_t nodesBelowTopOfForest(std::size_t nodes);
 

@@ -27,8 +27,8 @@ class ErrorTail {
   int writeEnd() const { return pipe_.write.get(); }
   void closeWriteEnd() { pipe_.write.reset(); }
 
-  // Of the lines that the host has written so far: the last one with "undefined symbol", otherwise
-  // the last one that is not empty; "" without a line.
+  // Returns the last line with "undefined symbol"; without such a line, the last line that is not
+  // empty; without any line, "".
   std::string reason();
 
  private:

@@ -80,7 +80,8 @@ void runChecks(Context& context, Report& report, const Selection& selection,
   }
 }
 
-// A failure, such as that of probe.load, explains why other rules were not checked.
+// Throws when no rule is broken and a selected rule was not checked. After a broken rule, such as
+// probe.load, the output already gives the reason.
 void requireResults(const Report& report, const Selection& selection) {
   const auto missing = selection.missing(report.rules());
   if (!missing.empty() && report.exitStatus() == kAllPassed) {

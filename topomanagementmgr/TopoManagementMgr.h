@@ -63,8 +63,8 @@ class TopoManagementMgr {
       TopoManagementManager::NodeList_T& nodes,
       const std::vector<NS_DOMAIN::TopoNode_T>& domainNodes);
 
-  // The same for the nodes at the positions that are true in `chosen`, which has one entry for each
-  // domain node.
+  // Converts only the nodes whose entry in `chosen` is true. REQUIRES: `chosen` has one entry for
+  // each domain node.
   static CORBA::ULong convertDomainNodesToTmf(TopoManagementManager::NodeList_T& nodes,
                                               const std::vector<NS_DOMAIN::TopoNode_T>& domainNodes,
                                               const std::vector<bool>& chosen);

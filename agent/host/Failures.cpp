@@ -1,5 +1,5 @@
 // Defines ConstructException of platform/agent/Failures.h: the exception types and reasons of the
-// failure codes. ThrowException is that of host_defaults/, which calls ConstructException.
+// failure codes. host_defaults/ defines ThrowException, which calls ConstructException.
 
 #include "platform/agent/Failures.h"
 

@@ -26,8 +26,8 @@ class NamingError : public std::runtime_error {
 // and binds the name again when the naming service answers without the entry, for example after
 // a restart without data. An entry that another process has bound in the meantime is kept. The
 // destructor unbinds the name unless another process has bound the name to its own object; the
-// destructor waits for the naming service for at most 8 seconds: for the call of a check that is
-// in progress, and for two calls of its own.
+// destructor waits at most 4 seconds for a naming service that does not answer, and at most 10
+// seconds for a slow one: 5 calls of 2 seconds, 3 of them of a check in progress.
 //
 // Thread-safety: constructed and destroyed by one thread.
 // Ownership: owns its thread; holds references to the naming context and to the object; borrows the

@@ -73,7 +73,7 @@ void textsReplaceTheReason() {
   }
 }
 
-// A type that ConstructException does not set is that of before.
+// A type that ConstructException does not set keeps its earlier value.
 void constructedFailuresHaveAReason() {
   for (const CORBA::ULong code : kCodes) {
     const std::string name = "ConstructException(" + std::to_string(code) + ")";

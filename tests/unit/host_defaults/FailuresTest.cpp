@@ -1,4 +1,4 @@
-// The default ThrowException, which calls the ConstructException that this program defines.
+// Tests the default ThrowException with a ConstructException of this test program.
 
 #include "platform/agent/Failures.h"
 

@@ -1,4 +1,4 @@
-// What the module of these tests and the test program share.
+// The functions that the test program defines and the journal module calls.
 
 #ifndef TESTS_UNIT_HOST_DEFAULTS_JOURNALMODULE_H
 #define TESTS_UNIT_HOST_DEFAULTS_JOURNALMODULE_H

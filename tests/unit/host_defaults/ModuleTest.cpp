@@ -166,7 +166,7 @@ TEST_F(ModuleFiles, SayWhyAFileCannotBeMapped) {
   EXPECT_EQ(reasonOfLoad(), "");
 }
 
-// The dynamic linker cannot open a name that only the configurator completes to that of a file.
+// The configurator completes a bare name to a file name; the dynamic linker does not.
 TEST_F(ModuleFiles, SayHowToSeeWhyANameIsNoModule) {
   EXPECT_THAT(reasonOfLoad("no_such_module"), HasSubstr("ACE_DEBUG=1"));
 }
