@@ -29,6 +29,12 @@ std::string format(const Endpoint& endpoint) {
   return host + ":" + std::to_string(endpoint.port);
 }
 
+std::string format(const Peer& peer) {
+  const std::string address =
+      peer.transport == Peer::Transport::kUnix ? "a local socket" : peer.address;
+  return peer.subject.empty() ? address : address + " (" + peer.subject + ")";
+}
+
 Endpoint parseEndpoint(const std::string& address) {
   const std::size_t colon = address.rfind(':');
   std::string host = address.substr(0, colon);
@@ -36,6 +42,18 @@ Endpoint parseEndpoint(const std::string& address) {
     host = host.substr(1, host.size() - 2);
   }
   return {host, static_cast<std::uint16_t>(std::stoul(address.substr(colon + 1)))};
+}
+
+Peer peerOf(int socket) {
+  sockaddr_storage address{};
+  socklen_t size = sizeof address;
+  Peer peer;
+  peer.transport = ::getsockname(socket, reinterpret_cast<sockaddr*>(&address), &size) == 0 &&
+                           address.ss_family == AF_UNIX
+                       ? Peer::Transport::kUnix
+                       : Peer::Transport::kTcp;
+  peer.address = peerEndpoint(socket).host;
+  return peer;
 }
 
 Endpoint localEndpoint(int socket) {

@@ -16,6 +16,9 @@ Endpoint parseEndpoint(const std::string& address);
 Endpoint localEndpoint(int socket);
 Endpoint peerEndpoint(int socket);
 
+// The client of an accepted connection, kTcp or kUnix.
+Peer peerOf(int socket);
+
 }  // namespace orb
 
 #endif

@@ -23,7 +23,7 @@ inline void throwFailure(const char* operation, const Outcome& outcome,
                          ReasonRecipients recipients) {
   const Outcome answer = logInternalError(operation, outcome);
   if (!outcome.ok() && outcome.code != kInternalError) {
-    logRefusal(orb::currentPeer(), operation, outcome.reason);
+    logRefusal(orb::format(orb::currentPeer()), operation, outcome.reason);
   }
   NS_CORBA::ThrowException(
       answer.code, recipients == ReasonRecipients::kLogAndClient ? outcome.reason : answer.reason);
@@ -59,7 +59,7 @@ void performChange(const char* operation, Subject subject, Work work,
                    ReasonRecipients recipients = ReasonRecipients::kLogOnly) {
   perform(operation, work, recipients);
   if (isLogged(kLogEvents)) {
-    logChange(orb::currentPeer(), operation, subject());
+    logChange(orb::format(orb::currentPeer()), operation, subject());
   }
 }
 

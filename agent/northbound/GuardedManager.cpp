@@ -50,7 +50,7 @@ void logged(const char* operation, const Run& run) {
   try {
     run();
   } catch (const globaldefs::ProcessingFailureException& refusal) {
-    logRefusal(orb::currentPeer(), operation, refusal.errorReason.in());
+    logRefusal(orb::format(orb::currentPeer()), operation, refusal.errorReason.in());
     throw;
   }
 }
@@ -60,7 +60,7 @@ template <typename Run>
 void loggedChange(const char* operation, const globaldefs::NVSList_T& objectName, const Run& run) {
   logged(operation, run);
   if (isLogged(kLogEvents)) {
-    logChange(orb::currentPeer(), operation, formatName(objectName));
+    logChange(orb::format(orb::currentPeer()), operation, formatName(objectName));
   }
 }
 

@@ -12,7 +12,7 @@ SessionServant::SessionServant(Notifier& notifier, TopoAgent::EventAccess_T even
 
 TopoAgent::Subscription_I_ptr SessionServant::subscribe(
     CosNotifyComm::StructuredPushConsumer_ptr consumer, const char* lastNotificationId) {
-  const std::string peer = orb::currentPeer();
+  const std::string peer = orb::format(orb::currentPeer());
   Outcome refusal;
   try {
     auto subscription = notifier_.subscribe(consumer, lastNotificationId, peer);

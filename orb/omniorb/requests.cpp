@@ -13,12 +13,11 @@
 #include <omniORB4/internal/omniCurrent.h>
 // clang-format on
 
+#include <memory>
 #include <utility>
 
-#include "../addresses.h"
 #include "../observerslot.h"
 #include "incoming/connection.h"
-#include "references.h"
 
 namespace orb {
 namespace {
@@ -27,24 +26,19 @@ namespace {
 ObserverSlot requestObserver;
 
 // The client of the latest request of the thread.
-thread_local std::string peerOfThread;
-
-// The numeric host of the ORB's address of a TCP peer.
-std::string hostIn(const char* address) {
-  return address == nullptr ? "" : parseEndpoint(withoutTransport(address)).host;
-}
-
-// The ORB received an empty substitute in place of a refused request, so nothing is dispatched.
-void throwIfRefused(omni::giopConnection* connection) {
-  const auto* const limited = dynamic_cast<Connection*>(connection);
-  if (limited != nullptr && limited->isRefused()) {
-    throw CORBA::MARSHAL(omni::MARSHAL_MessageSizeExceedLimitOnServer, CORBA::COMPLETED_NO);
-  }
-}
+thread_local std::shared_ptr<const Peer> peerOfThread;
 
 CORBA::Boolean observeRequest(omni::omniInterceptors::serverReceiveRequest_T::info_T& info) {
-  throwIfRefused(info.giop_s.strand().connection);
-  peerOfThread = hostIn(info.peeraddress());
+  // Not a Connection: a client's connection that also carries calls from its server.
+  if (const auto* const incoming = dynamic_cast<Connection*>(info.giop_s.strand().connection)) {
+    if (incoming->isRefused()) {
+      // The ORB received an empty substitute for the request, so nothing is dispatched.
+      throw CORBA::MARSHAL(omni::MARSHAL_MessageSizeExceedLimitOnServer, CORBA::COMPLETED_NO);
+    }
+    peerOfThread = incoming->peer();
+  } else {
+    peerOfThread.reset();
+  }
   requestObserver.notify([&info] {
     const auto* key = reinterpret_cast<const char*>(info.giop_s.key());
     return ObjectKey(key, static_cast<std::size_t>(info.giop_s.keysize()));
@@ -57,8 +51,8 @@ CORBA::Boolean observeRequest(omni::omniInterceptors::serverReceiveRequest_T::in
 Request requestOf(omniCallHandle& call) {
   Request request;
   request.operation = call.operation_name();
-  request.peer = hostIn(call.peeraddress());
   if (call.iop_s() != nullptr) {
+    request.peer = peerOfThread ? *peerOfThread : Peer();
     auto* const stream = omni::giopStream::downcast(&call.iop_s()->getStream());
     request.bytes = stream->currentInputPtr() + stream->impl()->inputRemaining(stream);
   }
@@ -66,11 +60,12 @@ Request requestOf(omniCallHandle& call) {
 }
 
 // omniCurrent has a call descriptor only within an operation.
-std::string currentPeer() {
+Peer currentPeer() {
   omniCurrent* const current = omniCurrent::get();
   // The thread owns the object: omniCurrent::get() attaches a new one to the thread.
   // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks)
-  return current != nullptr && current->callDescriptor() != nullptr ? peerOfThread : "";
+  const bool inOperation = current != nullptr && current->callDescriptor() != nullptr;
+  return inOperation && peerOfThread ? *peerOfThread : Peer();
 }
 
 void interceptRequests() {

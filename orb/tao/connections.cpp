@@ -19,12 +19,13 @@ ServedRequest& servedRequest() {
 }
 
 // A thread serves one connection only.
-std::string currentPeer() {
+Peer currentPeer() {
   const std::shared_ptr<Connection>& connection = servedRequest().connection;
-  return connection ? connection->peer() : "";
+  return connection ? connection->peer() : Peer();
 }
 
-Connection::Connection(int socket) : socket_(socket), peer_(peerEndpoint(socket)) {}
+Connection::Connection(int socket)
+    : socket_(socket), address_(peerEndpoint(socket)), peer_(peerOf(socket)) {}
 
 void Connection::stopReading() const {
   static_cast<void>(::shutdown(socket_, SHUT_RD));
@@ -106,8 +107,8 @@ void Connections::logUnread(const Connection& connection) const {
 }
 
 void Connections::logTooLarge(const Connection& connection, const Assembler::Request& request) {
-  limitLog_.requestTooLarge(request.refused->operation, request.declaredBytes, connection.peer(),
-                            Clock::now());
+  limitLog_.requestTooLarge(request.refused->operation, request.declaredBytes,
+                            connection.peer().address, Clock::now());
 }
 
 void Connections::endEpisodes() {

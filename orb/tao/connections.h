@@ -27,8 +27,8 @@ class Connection {
   explicit Connection(int socket);
 
   int socket() const { return socket_; }
-  const std::string& peer() const { return peer_.host; }  // a numeric address
-  const Endpoint& address() const { return peer_; }
+  const Peer& peer() const { return peer_; }
+  const Endpoint& address() const { return address_; }
 
   // Wakes the thread that waits for a request. A reply can still be sent.
   void stopReading() const;
@@ -49,7 +49,8 @@ class Connection {
 
  private:
   const int socket_;
-  const Endpoint peer_;
+  const Endpoint address_;
+  const Peer peer_;
   mutable Mutex mutex_;
   ObjectKey target_ GUARDED_BY(mutex_);
   bool draining_ GUARDED_BY(mutex_) = false;

@@ -92,10 +92,25 @@ class Orb {
 // Starts an ORB for outgoing calls only. Throws CORBA::SystemException.
 std::unique_ptr<Orb> startClient(const Options& options);
 
+// The client of a request.
+struct Peer {
+  enum class Transport {
+    kLocal,  // a call from this process
+    kTcp,
+    kUnix,
+    kTls,
+  };
+
+  Transport transport = Transport::kLocal;
+  std::string address;       // numeric, without port; "" for kLocal and kUnix
+  std::string subject;       // subject of the verified certificate (RFC 4514); "" without one
+  std::size_t endpoint = 0;  // index of the server's endpoint that accepted the connection
+};
+
 // A request before it is dispatched to its servant.
 struct Request {
   std::string operation;  // the name on the wire, implicit operations such as "_is_a" included
-  std::string peer;       // numeric address of the client, without port; "" for a local call
+  Peer peer;
   std::size_t bytes = 0;  // size of the message as declared in its header, or of its first
                           // fragment; 0 for a local call
 };
@@ -108,9 +123,13 @@ struct Request {
 // Thread-safety: the ORB calls the guard on several threads at the same time.
 using RequestGuard = std::function<std::shared_ptr<void>(const Request&)>;
 
-// Returns the numeric address, without port, of the client whose request the calling thread serves.
-// Returns "" outside of a servant's operation and during a call from this process.
-std::string currentPeer();
+// Returns the client whose request the calling thread serves; a Peer of kLocal outside of a
+// servant's operation and during a call from this process.
+Peer currentPeer();
+
+// Returns the peer for messages: the address and the certificate's subject if there is one, such as
+// "192.0.2.1 (CN=operator)"; "a local socket" for kUnix, "" for kLocal.
+std::string format(const Peer& peer);
 
 // An object with a fixed object key, addressable as corbaloc::HOST:PORT/KEY.
 //

@@ -11,6 +11,7 @@
 #include <cstddef>
 #include <optional>
 
+#include "../../addresses.h"
 #include "../../incoming/giop.h"
 
 namespace orb {
@@ -67,7 +68,8 @@ Connection::Connection(std::shared_ptr<Channel> channel, std::function<void()> r
     : released_(std::move(released)),
       channel_(std::move(channel)),
       myAddress_(ownAddress(channel_->socket())),
-      peerAddress_(omni::tcpSocket::peerToURI(channel_->socket(), kTransport)) {}
+      peerAddress_(omni::tcpSocket::peerToURI(channel_->socket(), kTransport)),
+      peer_(std::make_shared<const Peer>(peerOf(channel_->socket()))) {}
 
 Connection::~Connection() {
   channel_->clearSelectable();

@@ -13,6 +13,7 @@
 #include <memory>
 
 #include "channel.h"
+#include "orb/orb.h"
 
 namespace orb {
 
@@ -38,6 +39,9 @@ class Connection final : public omni::giopConnection {
   _CORBA_Boolean isSelectable() override;
   _CORBA_Boolean Peek() override;
 
+  // Never null.
+  const std::shared_ptr<const Peer>& peer() const { return peer_; }
+
   // Whether the request in dispatch was refused for its size.
   bool isRefused() const { return channel_->isRefused(); }
 
@@ -48,6 +52,7 @@ class Connection final : public omni::giopConnection {
   const std::shared_ptr<Channel> channel_;
   const CORBA::String_var myAddress_;
   const CORBA::String_var peerAddress_;
+  const std::shared_ptr<const Peer> peer_;
 };
 
 }  // namespace orb

@@ -54,7 +54,10 @@ TEST_F(RequestGuards, ReceiveOperationPeerAndSize) {
   EXPECT_TRUE(client.answer());
   const Request request = seen.get_future().get();
   EXPECT_EQ("getLength", request.operation);
-  EXPECT_EQ("127.0.0.1", request.peer);
+  EXPECT_EQ(orb::Peer::Transport::kTcp, request.peer.transport);
+  EXPECT_EQ("127.0.0.1", request.peer.address);
+  EXPECT_EQ("", request.peer.subject);
+  EXPECT_EQ(0U, request.peer.endpoint);
   EXPECT_EQ(getLength().size(), request.bytes);
 }
 
@@ -156,15 +159,40 @@ TEST_F(RequestGuards, AreReleasedWithTheServant) {
 
 TEST_F(RequestGuards, DoNotChangeCurrentPeer) {
   publish(nullptr);
-  std::promise<std::string> peer;
-  answer_ = [&peer] {
-    peer.set_value(orb::currentPeer());
+  std::promise<orb::Peer> seen;
+  answer_ = [&seen] {
+    seen.set_value(orb::currentPeer());
     return 0U;
   };
   const RawClient client(server_->endpoint());
   ASSERT_TRUE(client.send(getLength()));
-  EXPECT_EQ("127.0.0.1", peer.get_future().get());
-  EXPECT_EQ("", orb::currentPeer());
+  const orb::Peer peer = seen.get_future().get();
+  EXPECT_EQ(orb::Peer::Transport::kTcp, peer.transport);
+  EXPECT_EQ("127.0.0.1", peer.address);
+  EXPECT_EQ(orb::Peer::Transport::kLocal, orb::currentPeer().transport);
+  EXPECT_EQ("", orb::currentPeer().address);
+}
+
+TEST_F(RequestGuards, SeeACallOfThisProcessAsALocalPeerOrOverTheLoopback) {
+  std::promise<Request> seen;
+  publish([&seen](const Request& request) {
+    seen.set_value(request);
+    return nullptr;
+  });
+  EXPECT_EQ(7U, lengthOf(published_));
+  // One of the ORBs makes local calls to a fixed key over the network.
+  const orb::Peer peer = seen.get_future().get().peer;
+  const bool local = peer.transport == orb::Peer::Transport::kLocal;
+  EXPECT_EQ(local ? "" : "127.0.0.1", peer.address);
+}
+
+TEST(FormatOfAPeer, NamesTheAddressAndTheCertificate) {
+  using Transport = orb::Peer::Transport;
+  EXPECT_EQ("", orb::format(orb::Peer()));
+  EXPECT_EQ("192.0.2.1", orb::format(orb::Peer{Transport::kTcp, "192.0.2.1", "", 0}));
+  EXPECT_EQ("a local socket", orb::format(orb::Peer{Transport::kUnix, "", "", 1}));
+  EXPECT_EQ("::1 (CN=operator,O=Net)",
+            orb::format(orb::Peer{Transport::kTls, "::1", "CN=operator,O=Net", 0}));
 }
 
 }  // namespace
