@@ -16,6 +16,10 @@ import sys
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 
+# The static analyzer examines at most this number of program states of a function. With its default of 225,000 it takes
+# two thirds of the time of all checks.
+ANALYZER_BUDGET = [f"--extra-arg={word}" for word in ("-Xclang", "-analyzer-config", "-Xclang", "max-nodes=20000")]
+
 
 def commands_for_clang(build, folder):
     """Removes options that clang does not know from the build's compile commands; writes and returns the commands."""
@@ -53,7 +57,7 @@ def check(passed, context, source):
     if mark.exists():
         return True, ""
     result = subprocess.run(
-        ["clang-tidy", "--quiet", "-p", str(passed), str(source)],
+        ["clang-tidy", "--quiet", "-p", str(passed), *ANALYZER_BUDGET, str(source)],
         capture_output=True, text=True, check=False)
     if result.returncode == 0:
         mark.touch()

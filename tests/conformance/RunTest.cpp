@@ -69,17 +69,7 @@ Words ruleLines(const std::string& out) {
   return rules;
 }
 
-// Sanitizers report the planted mistakes themselves.
-class Conformance : public testing::Test {
- protected:
-  void SetUp() override {
-    if (integration::kSanitized) {
-      GTEST_SKIP() << "topo-conformance is run in builds without sanitizers";
-    }
-  }
-};
-
-TEST_F(Conformance, PassesTheAgentThatItOperatesThroughTheConsole) {
+TEST(Conformance, PassesTheAgentThatItOperatesThroughTheConsole) {
   const Ended run = conformance({"--console", "--", TOPO_AGENTD, "--endpoint", "127.0.0.1:0",
                                  "--store", ":memory:", "--network", TOPO_NETWORKS "/backbone.json",
                                  "--module", "{module}"});
@@ -87,7 +77,7 @@ TEST_F(Conformance, PassesTheAgentThatItOperatesThroughTheConsole) {
   EXPECT_THAT(lastLine(run.out), MatchesRegex("[0-9]+ passed, 0 failed, 0 skipped"));
 }
 
-TEST_F(Conformance, PassesARunningAgentByReference) {
+TEST(Conformance, PassesARunningAgentByReference) {
   integration::RunningAgent agent({"--network", TOPO_NETWORKS "/backbone.json"});
   const Ended run = conformance({"--agent", agent.reference()});
   EXPECT_EQ(run.status, 0) << run.out << run.err;
@@ -96,7 +86,7 @@ TEST_F(Conformance, PassesARunningAgentByReference) {
   EXPECT_THAT(lastLine(run.out), HasSubstr(" 0 failed, "));
 }
 
-TEST_F(Conformance, SkipsWhatAnAgentWithoutAConsoleCannotDo) {
+TEST(Conformance, SkipsWhatAnAgentWithoutAConsoleCannotDo) {
   integration::RunningAgent agent({"--network", TOPO_NETWORKS "/backbone.json", "--no-console"});
   const Ended run = conformance({"--agent", agent.reference()});
   EXPECT_EQ(run.status, 0) << run.out << run.err;
@@ -105,13 +95,13 @@ TEST_F(Conformance, SkipsWhatAnAgentWithoutAConsoleCannotDo) {
   EXPECT_THAT(run.out, HasSubstr("(the host has no console)"));
 }
 
-TEST_F(Conformance, PassesTheSampleHost) {
+TEST(Conformance, PassesTheSampleHost) {
   const Ended run = checkHost(TOPO_SAMPLE_HOST);
   EXPECT_EQ(run.status, 0) << run.out << run.err;
   EXPECT_THAT(lastLine(run.out), HasSubstr(" 0 failed, "));
 }
 
-TEST_F(Conformance, EndsWithStatus2WhenTheHostCannotBeStarted) {
+TEST(Conformance, EndsWithStatus2WhenTheHostCannotBeStarted) {
   const Ended missing = conformance({"--", "./nohost", "{module}"});
   EXPECT_EQ(missing.status, 2);
   EXPECT_EQ(missing.out, "");
@@ -120,14 +110,14 @@ TEST_F(Conformance, EndsWithStatus2WhenTheHostCannotBeStarted) {
   EXPECT_EQ(conformance({"--agent", "no reference"}).status, 2);
 }
 
-TEST_F(Conformance, EndsWithStatus2ForAWrongCommandLine) {
+TEST(Conformance, EndsWithStatus2ForAWrongCommandLine) {
   const Ended run = conformance({});
   EXPECT_EQ(run.status, 2);
   EXPECT_THAT(run.err, StartsWith("topo-conformance: give either the command of a host"));
   EXPECT_EQ(conformance({"--", "/bin/true", "{modul}"}).status, 2);
 }
 
-TEST_F(Conformance, EndsWithAFailureWhenItsOutputCannotBeWritten) {
+TEST(Conformance, EndsWithAFailureWhenItsOutputCannotBeWritten) {
   const std::string program = TOPO_CONFORMANCE;
   for (const std::string& arguments : {std::string("-- ") + TOPO_SAMPLE_HOST + " {module}",
                                        std::string("--help"), std::string("--version")}) {
@@ -136,7 +126,7 @@ TEST_F(Conformance, EndsWithAFailureWhenItsOutputCannotBeWritten) {
   }
 }
 
-TEST_F(Conformance, SaysThatNotificationsWereNotChecked) {
+TEST(Conformance, SaysThatNotificationsWereNotChecked) {
   const Ended run = conformance({"--timeout", "5", "--", TOPO_SAMPLE_HOST, "{module}"});
   EXPECT_EQ(run.status, 0) << run.out << run.err;
   EXPECT_THAT(run.out, HasSubstr("\nnotifications were not checked: add {consumer} "));
@@ -144,7 +134,7 @@ TEST_F(Conformance, SaysThatNotificationsWereNotChecked) {
 }
 
 // A start with lazy binding succeeds, so the other rules are checked.
-TEST_F(Conformance, NamesTheUndefinedSymbolOnceAndChecksTheOtherRules) {
+TEST(Conformance, NamesTheUndefinedSymbolOnceAndChecksTheOtherRules) {
   const Ended run = checkHost(faultyHost("lacks_a_function"));
   std::istringstream lines(run.out);
   std::string line;
@@ -156,7 +146,7 @@ TEST_F(Conformance, NamesTheUndefinedSymbolOnceAndChecksTheOtherRules) {
   EXPECT_THAT(run.out, Not(HasSubstr("the host does not start")));
 }
 
-TEST_F(Conformance, EndsWithStatus2ForAModuleOrProbeThatIsNoFile) {
+TEST(Conformance, EndsWithStatus2ForAModuleOrProbeThatIsNoFile) {
   for (const char* option : {"--module", "--probe"}) {
     for (const char* path : {"/no/such/module.so", "/tmp", ""}) {
       const Ended run = conformance({option, path, "--", "/bin/true", "{module}"});
@@ -177,8 +167,7 @@ void PrintTo(const UnreadyHost& host, std::ostream* out) {
   *out << host.script;
 }
 
-class ConformanceOfAnUnreadyHost : public Conformance,
-                                   public testing::WithParamInterface<UnreadyHost> {};
+class ConformanceOfAnUnreadyHost : public testing::TestWithParam<UnreadyHost> {};
 
 TEST_P(ConformanceOfAnUnreadyHost, EndsWithOneBoundedLine) {
   const Ended run =
@@ -222,7 +211,7 @@ std::string withMissingObject(std::string ior) {
 }
 
 // An IOR has the type of its object, so narrowing alone does not call the agent.
-TEST_F(Conformance, EndsWithStatus2ForAMissingObjectOfARunningAgent) {
+TEST(Conformance, EndsWithStatus2ForAMissingObjectOfARunningAgent) {
   const integration::RunningAgent agent({"--network", TOPO_NETWORKS "/backbone.json"});
   for (const std::string& reference : {withMissingObject(agent.reference()),
                                        "corbaloc:iiop:1.2@" + agent.endpoint() + "/NoSuchObject"}) {
@@ -233,7 +222,7 @@ TEST_F(Conformance, EndsWithStatus2ForAMissingObjectOfARunningAgent) {
   }
 }
 
-TEST_F(Conformance, ChecksTheNamedRulesAndTheRulesThatTheyNeed) {
+TEST(Conformance, ChecksTheNamedRulesAndTheRulesThatTheyNeed) {
   const Ended run = checkRules(TOPO_SAMPLE_HOST, {"unload.iterators", "host.end", "unload.fini"});
   EXPECT_EQ(run.status, 0) << run.err;
   EXPECT_THAT(ruleLines(run.out),
@@ -241,19 +230,19 @@ TEST_F(Conformance, ChecksTheNamedRulesAndTheRulesThatTheyNeed) {
                           "unload.iterators", "unload.servants"));
 }
 
-TEST_F(Conformance, DoesNotLoadTheProbeForRulesOfTheModule) {
+TEST(Conformance, DoesNotLoadTheProbeForRulesOfTheModule) {
   const Ended run = checkRules(TOPO_SAMPLE_HOST, {"views.unique", "names.known"});
   EXPECT_EQ(run.status, 0) << run.err;
   EXPECT_THAT(ruleLines(run.out), ElementsAre("views.unique", "names.known"));
 }
 
-TEST_F(Conformance, EndsWithStatus2ForAnUnknownRule) {
+TEST(Conformance, EndsWithStatus2ForAnUnknownRule) {
   const Ended run = checkRules(TOPO_SAMPLE_HOST, {"views.unique", "no.such-rule"});
   EXPECT_EQ(run.status, 2);
   EXPECT_THAT(run.err, StartsWith("topo-conformance: the rule no.such-rule was not checked: "));
 }
 
-TEST_F(Conformance, ReportsTheSignalOfAHostThatDiesAfterItsConnections) {
+TEST(Conformance, ReportsTheSignalOfAHostThatDiesAfterItsConnections) {
   const Ended run = checkRules(faultyHost("cannot_log_long_texts"), {"log.calls"});
   EXPECT_THAT(run.out, HasSubstr("(the process of the host has ended during the check: signal 6 "
                                  "ended it"));
@@ -261,7 +250,7 @@ TEST_F(Conformance, ReportsTheSignalOfAHostThatDiesAfterItsConnections) {
 
 // Ends after the first request without an answer: a host that ignores its standard input would
 // fail with most rules.
-TEST_F(Conformance, EndsWithStatus2ForAnAgentWithAConsoleWithoutTheOption) {
+TEST(Conformance, EndsWithStatus2ForAnAgentWithAConsoleWithoutTheOption) {
   for (const char* rule : {"events.created", "log.calls"}) {
     const Ended run = conformance({"--rule", rule, "--timeout", "2", "--", TOPO_AGENTD,
                                    "--endpoint", "127.0.0.1:0", "--store", ":memory:", "--network",
@@ -274,7 +263,7 @@ TEST_F(Conformance, EndsWithStatus2ForAnAgentWithAConsoleWithoutTheOption) {
   }
 }
 
-TEST_F(Conformance, EndsWithStatus2ForTheConsoleOfAHostWithoutOne) {
+TEST(Conformance, EndsWithStatus2ForTheConsoleOfAHostWithoutOne) {
   const Ended run = conformance({"--console", "--", TOPO_SAMPLE_HOST, "{module}"});
   EXPECT_EQ(run.status, 2);
   EXPECT_EQ(run.out, "");
@@ -290,7 +279,7 @@ bool sleeps(const std::string& pidFile) {
   return line.find(") S ") != std::string::npos;
 }
 
-TEST_F(Conformance, LeavesNoProcessOfAHostThatIsNeverReady) {
+TEST(Conformance, LeavesNoProcessOfAHostThatIsNeverReady) {
   const support::TemporaryDirectory directory;
   const std::string file = directory.file("pid");
   const Ended run = conformance({"--timeout", "1", "--", "/bin/sh", "-c",
@@ -300,7 +289,7 @@ TEST_F(Conformance, LeavesNoProcessOfAHostThatIsNeverReady) {
   EXPECT_FALSE(sleeps(file));
 }
 
-TEST_F(Conformance, LeavesNoProcessThatTheHostHasStartedInAnotherSession) {
+TEST(Conformance, LeavesNoProcessThatTheHostHasStartedInAnotherSession) {
   const support::TemporaryDirectory directory;
   const std::string file = directory.file("pid");
   const Ended run = conformance(
@@ -310,7 +299,7 @@ TEST_F(Conformance, LeavesNoProcessThatTheHostHasStartedInAnotherSession) {
   EXPECT_FALSE(sleeps(file));
 }
 
-TEST_F(Conformance, LeavesNoProcessAndNoFileAfterAStopSignal) {
+TEST(Conformance, LeavesNoProcessAndNoFileAfterAStopSignal) {
   for (const int signal : {SIGINT, SIGTERM}) {
     const support::TemporaryDirectory directory;
     const std::string file = directory.file("pid");
@@ -334,7 +323,7 @@ TEST_F(Conformance, LeavesNoProcessAndNoFileAfterAStopSignal) {
 }
 
 // The probe's init succeeds again after a check of a failed init that ends early.
-TEST_F(Conformance, StartsTheHostAgainAfterAFailedInitThatIsNotReported) {
+TEST(Conformance, StartsTheHostAgainAfterAFailedInitThatIsNotReported) {
   const Ended run = checkRules(faultyHost("reports_success_of_a_failed_init"),
                                {"reload.failed-init", "reload.failed-init-mapped"});
   EXPECT_THAT(run.out, HasSubstr("FAIL  reload.failed-init  "));
@@ -344,7 +333,7 @@ TEST_F(Conformance, StartsTheHostAgainAfterAFailedInitThatIsNotReported) {
 
 // The host answers one request after the timeout. The late answer must not count for the next
 // request.
-TEST_F(Conformance, RestartsAHostThatDoesNotAnswerARequest) {
+TEST(Conformance, RestartsAHostThatDoesNotAnswerARequest) {
   const Ended run = checkRules(faultyHost("answers_late"), {"events.changed", "events.deleted"});
   EXPECT_EQ(run.status, 1);
   EXPECT_THAT(run.out, HasSubstr("FAIL  events.changed  "));
@@ -371,7 +360,7 @@ std::vector<ChangedHost> changedHosts(const char* list) {
   return hosts;
 }
 
-class ConformanceOf : public Conformance, public testing::WithParamInterface<ChangedHost> {};
+class ConformanceOf : public testing::TestWithParam<ChangedHost> {};
 
 TEST_P(ConformanceOf, AFaultyHostFailsWithTheRulesThatItBreaks) {
   const Words rules = words(GetParam().rules);
@@ -387,8 +376,7 @@ TEST_P(ConformanceOf, AFaultyHostFailsWithTheRulesThatItBreaks) {
 INSTANTIATE_TEST_SUITE_P(Hosts, ConformanceOf, testing::ValuesIn(changedHosts(TOPO_FAULTY_HOSTS)),
                          [](const auto& host) { return host.param.name; });
 
-class ConformanceOfAnAllowed : public Conformance,
-                               public testing::WithParamInterface<ChangedHost> {};
+class ConformanceOfAnAllowed : public testing::TestWithParam<ChangedHost> {};
 
 TEST_P(ConformanceOfAnAllowed, HostHasNoFailure) {
   const Ended run = checkHost(faultyHost(GetParam().name));
