@@ -50,10 +50,19 @@ void ParentChains::collectParents() {
   }
 }
 
+// The number of the node's id; kNone for a node that is no node's parent.
+std::uint32_t ParentChains::numberOf(std::size_t node) const {
+  const std::string& id = nodes_[node].nodeId;
+  // The next node is often a child. Its parent has been found, so the table need not be searched.
+  if (node + 1 < nodes_.size() && nodes_[node + 1].parentId == id) {
+    return parentOf_[node + 1];
+  }
+  return coarseIds_.mayContain(id) ? ids_.find(id) : kNone;
+}
+
 void ParentChains::linkParents() {
   for (std::size_t i = 0; i < nodes_.size(); ++i) {
-    const std::string& id = nodes_[i].nodeId;
-    const std::uint32_t parent = coarseIds_.mayContain(id) ? ids_.find(id) : kNone;
+    const std::uint32_t parent = numberOf(i);
     if (parent != kNone && parents_[parent].grandparent == kNone) {
       parents_[parent].grandparent = parentOf_[i];
     }

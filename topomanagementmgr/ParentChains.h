@@ -65,6 +65,7 @@ class ParentChains {
 
   void collectParents();
   void linkParents();
+  std::uint32_t numberOf(std::size_t node) const;
   Answer endOfChain(const std::string& parentId) const;
   void walk(std::uint32_t parent);
   bool isBelowFor(std::uint32_t parent) const { return parents_[parent].answer == Answer::kBelow; }

@@ -163,6 +163,12 @@ TEST(TopoLongParentChains, LeadToASubnetworkInACycle) {
   EXPECT_EQ(countBelow("1000", nodes), kMany);
 }
 
+// The child of the second node with the id "1" follows that node.
+TEST(TopoLongParentChains, LeadThroughTheFirstOfTwoNodesWithAnId) {
+  EXPECT_EQ(countBelow("S", {node("1", "S"), node("1", "nobody"), node("2", "1")}), 2);
+  EXPECT_EQ(countBelow("S", {node("1", "nobody"), node("1", "S"), node("2", "1")}), 1);
+}
+
 double costOfChains(const std::vector<std::string>& ids) {
   Nodes nodes;
   for (const std::string& id : ids) {
