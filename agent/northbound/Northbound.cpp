@@ -1,6 +1,7 @@
 #include "agent/northbound/Northbound.h"
 
 #include <algorithm>
+#include <chrono>
 #include <utility>
 
 #include "agent/base/Log.h"
@@ -9,7 +10,7 @@ namespace agent {
 namespace {
 
 // The interval of the housekeeper: an idle iterator outlives its timeout by at most one interval,
-// and freed memory is returned two intervals after the last view.
+// and freed memory is returned at most one interval later than IdleTrim requires.
 constexpr std::chrono::milliseconds kLongestInterval{250};
 constexpr std::chrono::milliseconds kShortestInterval{10};
 
@@ -79,7 +80,9 @@ void Northbound::reclaimIterators() noexcept {
 
 void Northbound::returnIdleMemory() {
   const ViewAdmission::Load load = admission_.load();
-  const bool isDue = trim_.isDue(load.inProgress > 0, load.ended + iterators_.ended());
+  const bool isDue = trim_.isDue(
+      {load.inProgress > 0, load.ended + iterators_.ended(), server_.openConnections() > 0},
+      std::chrono::steady_clock::now());
   if (isDue && views_.returnFreedMemory) {
     views_.returnFreedMemory();
   }

@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "log.h"
+#include "strands.h"
 
 namespace orb {
 namespace {
@@ -45,14 +46,6 @@ std::chrono::milliseconds transferTime(const omni::GIOP_S& request) {
   omni_thread::get_time(now);
   return milliseconds(now) - milliseconds(request.getDeadline()) +
          milliseconds(omni::orbParameters::serverCallTimeOutPeriod);
-}
-
-template <typename Act>
-void forEachStrand(Act act) {
-  for (omni::StrandList* link = omni::giopStrand::passive.next; link != &omni::giopStrand::passive;
-       link = link->next) {
-    act(*static_cast<omni::giopStrand*>(link));
-  }
 }
 
 template <typename Condition>

@@ -13,6 +13,7 @@
 #include "log.h"
 #include "requests.h"
 #include "settings.h"
+#include "strands.h"
 #include "wellknown.h"
 
 namespace orb {
@@ -81,6 +82,13 @@ class ListeningOrb final : public Server {
   PortableServer::POA_ptr rootPoa() override { return root_.in(); }
 
   Endpoint endpoint() override { return endpoint_; }
+
+  std::size_t openConnections() override {
+    std::size_t count = 0;
+    const omni_tracedmutex_lock lock(*omni::omniTransportLock);
+    forEachStrand([&count](const omni::giopStrand&) { ++count; });
+    return count;
+  }
 
   std::unique_ptr<WellKnownObject> wellKnownObject(const std::string& key) override {
     return makeWellKnownObject(orb_.get(), key);

@@ -78,6 +78,7 @@ class Connections {
   // ORB is ending.
   std::shared_ptr<Connection> admit(int socket);
   void remove(const std::shared_ptr<Connection>& connection);
+  std::size_t count() const;
 
   // Log lines. All but logUnread() are grouped into episodes.
   void logNoDescriptor();
@@ -101,8 +102,6 @@ class Connections {
   ReceiveBudget& budget() { return budget_; }
 
  private:
-  std::size_t count() const;
-
   const Options options_;
   const RequestLimits limits_;
   const LogFunction log_;

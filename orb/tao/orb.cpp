@@ -189,6 +189,8 @@ class ListeningOrb final : public Server {
 
   Endpoint endpoint() override { return endpoint_; }
 
+  std::size_t openConnections() override { return orb_.connections().count(); }
+
   std::unique_ptr<WellKnownObject> wellKnownObject(const std::string& key) override {
     return std::make_unique<BareObject>(*keys_, key);
   }

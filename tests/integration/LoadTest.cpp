@@ -217,7 +217,7 @@ std::size_t descriptors(pid_t pid) {
 }
 
 // Waits until the process has less resident memory: the agent returns freed memory to the system
-// half a second after the last view.
+// within five seconds after the last view.
 bool becomesSmallerThan(long kib, pid_t process) {
   const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
   while (residentKib(process) >= kib && std::chrono::steady_clock::now() < end) {

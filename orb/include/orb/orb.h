@@ -206,6 +206,10 @@ class Server : public Orb {
   // The endpoint in references of this server; for port 0 the port that the system chose.
   virtual Endpoint endpoint() = 0;
 
+  // The number of open incoming connections. The end of a connection is noticed when the system
+  // reports it.
+  virtual std::size_t openConnections() = 0;
+
   // REQUIRES: no other WellKnownObject has the key.
   virtual std::unique_ptr<WellKnownObject> wellKnownObject(const std::string& key) = 0;
 };

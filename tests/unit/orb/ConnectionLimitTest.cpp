@@ -52,6 +52,15 @@ class IncomingConnections : public testing::Test {
     return false;
   }
 
+  // Waits until the server has noticed the closed connections.
+  bool isOpenInTheEnd(std::size_t connections) {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    while (server_->openConnections() != connections && std::chrono::steady_clock::now() < end) {
+      std::this_thread::yield();
+    }
+    return server_->openConnections() == connections;
+  }
+
   orb_tests::LogLines log_;
   PortableServer::ServantBase_var servant_ = new Answering(7);
   std::unique_ptr<orb::Server> server_;
@@ -121,6 +130,20 @@ TEST_F(IncomingConnections, StayOpenBetweenRequestsLongerThanTheRequestTimeout) 
   ASSERT_TRUE(other.send("G"));
   EXPECT_TRUE(other.isClosedByPeer());  // after the request timeout
   EXPECT_TRUE(isServed(client));
+}
+
+TEST_F(IncomingConnections, AreCountedWhileTheyAreOpen) {
+  EXPECT_EQ(0, server_->openConnections());
+  std::list<RawClient> clients;
+  for (std::size_t i = 1; i <= 3; ++i) {
+    clients.emplace_back(server_->endpoint());
+    ASSERT_TRUE(isServed(clients.back()));
+    EXPECT_EQ(i, server_->openConnections());
+  }
+  clients.pop_front();
+  EXPECT_TRUE(isOpenInTheEnd(2));
+  clients.clear();
+  EXPECT_TRUE(isOpenInTheEnd(0));
 }
 
 TEST_F(IncomingConnections, AreClosedAndLoggedOnceOverTheLimit) {

@@ -9,9 +9,11 @@
 #include <string>
 
 #include "agent/base/Log.h"
+#include "agent/northbound/IdleTrim.h"
 #include "agent/northbound/Northbound.h"
 #include "orb/idl/TopoManagementManager.h"
 #include "tests/fakes/FailingNew.h"
+#include "tests/unit/orb/RawClient.h"
 
 namespace {
 
@@ -66,6 +68,23 @@ TEST(IdleNorthbound, ReturnsFreedMemory) {
   const auto server = orb::startServer({}, {"127.0.0.1", 0}, nullptr);
   const agent::Northbound northbound(*server, "EMS", false, {}, setup);
   EXPECT_EQ(std::future_status::ready, returned.get_future().wait_for(std::chrono::seconds(20)));
+}
+
+TEST(IdleNorthbound, KeepsFreedMemoryWhileAClientIsConnected) {
+  std::promise<void> returned;
+  agent::ViewSetup setup;
+  setup.returnFreedMemory = [&returned] { returned.set_value(); };
+  const auto server = orb::startServer({}, {"127.0.0.1", 0}, nullptr);
+  const PortableServer::POAManager_var manager = server->rootPoa()->the_POAManager();
+  manager->activate();
+  std::optional<orb_tests::RawClient> client(server->endpoint());
+  ASSERT_TRUE(client->send(orb_tests::requestTo("Key", "getLength").bytes()));
+  ASSERT_TRUE(client->answer());
+  const agent::Northbound northbound(*server, "EMS", false, {}, setup);
+  const std::future<void> end = returned.get_future();
+  EXPECT_EQ(std::future_status::timeout, end.wait_for(2 * agent::IdleTrim::kPauseWithoutClients));
+  client.reset();
+  EXPECT_EQ(std::future_status::ready, end.wait_for(std::chrono::seconds(20)));
 }
 
 }  // namespace
