@@ -1,11 +1,14 @@
 #include "agent/OpenNetwork.h"
 
+#include <cstddef>
 #include <filesystem>
 #include <string>
+#include <system_error>
 #include <utility>
 
 #include "agent/base/Log.h"
 #include "agent/formats/NetworkReader.h"
+#include "agent/process/Heap.h"
 #include "agent/store/sqlite/SqliteStore.h"
 
 namespace agent {
@@ -19,6 +22,18 @@ void requireStore(const Options& options) {
     throw StoreError(options.store,
                      "there is no store (--network FILE loads a network into a new store, --create "
                      "makes an empty one)");
+  }
+}
+
+// The memory for the records of a network, over the size of the file of the network.
+constexpr std::size_t kMemoryOverNetworkFile = 4;
+constexpr std::size_t kMemoryOverStore = 6;
+
+void useLargePagesFor(const std::filesystem::path& file, std::size_t memoryOverFile) {
+  std::error_code error;
+  const auto size = static_cast<std::size_t>(std::filesystem::file_size(file, error));
+  if (!error) {
+    useLargePages(size * memoryOverFile);
   }
 }
 
@@ -50,6 +65,7 @@ Network openNetwork(const Options& options, std::unique_ptr<NetworkStore>& store
   const bool load = !options.network.empty() && SqliteStore::needsNetwork(options.store);
   Network network;
   if (load) {
+    useLargePagesFor(options.network, kMemoryOverNetworkFile);
     network = readOrThrow(options.network);
   }
   store = std::make_unique<SqliteStore>(options.store);
@@ -58,6 +74,7 @@ Network openNetwork(const Options& options, std::unique_ptr<NetworkStore>& store
       log(kLogEvents, "store " + options.store + " contains a network already, " +
                           options.network.string() + " is not loaded");
     }
+    useLargePagesFor(options.store, kMemoryOverStore);
     network = readOrCheck(*store, options.checkStore);
     if (options.checkStore) {
       check = std::async([&opened = *store] { opened.check(); });

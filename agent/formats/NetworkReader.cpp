@@ -1,6 +1,9 @@
 #include "agent/formats/NetworkReader.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <cstddef>
+#include <cstdint>
 #include <cstdio>
 #include <memory>
 #include <new>
@@ -19,6 +22,9 @@
 
 namespace agent {
 namespace {
+
+// Most of the memory that is reserved before a file is read: a larger file may have holes.
+constexpr std::uintmax_t kMostReserved = std::uintmax_t{256} << 20;
 
 constexpr std::string_view kByteOrderMark = "\xef\xbb\xbf";
 constexpr std::string_view kBlanks = " \t\r\n";
@@ -57,6 +63,9 @@ Result<std::string> contentOf(const std::filesystem::path& file) {
     return unreadable(errno);
   }
   std::string content;
+  std::error_code error;
+  const std::uintmax_t size = std::filesystem::file_size(file, error);
+  content.reserve(error ? 0 : static_cast<std::size_t>(std::min(size, kMostReserved)));
   char block[65536];
   while (const std::size_t count = std::fread(block, 1, sizeof block, stream.get())) {
     content.append(block, count);

@@ -1,8 +1,13 @@
 #include "agent/process/Heap.h"
 
 #include <malloc.h>
+#include <sys/mman.h>
 
 #include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <memory>
+#include <vector>
 
 // tcmalloc's C interface. Null in a program without tcmalloc, which need not be installed.
 extern "C" {
@@ -12,6 +17,25 @@ extern "C" {
 
 namespace agent {
 namespace {
+
+constexpr std::size_t kLargePage = std::size_t{2} << 20;
+
+// tcmalloc writes a warning about each block of 1 GiB or more.
+constexpr std::size_t kMostBytesOfBlock = std::size_t{512} << 20;
+
+struct Free {
+  void operator()(void* block) const { std::free(block); }
+};
+using Block = std::unique_ptr<void, Free>;
+
+void adviseLargePages(void* block, std::size_t bytes) {
+  const auto start = reinterpret_cast<std::uintptr_t>(block);
+  const std::size_t unaligned = (kLargePage - start % kLargePage) % kLargePage;
+  if (unaligned < bytes) {
+    madvise(static_cast<char*>(block) + unaligned, (bytes - unaligned) / kLargePage * kLargePage,
+            MADV_HUGEPAGE);
+  }
+}
 
 std::size_t property(const char* name) {
   std::size_t value = 0;
@@ -34,6 +58,24 @@ std::size_t unallocatedBytes() {
   }
   const std::size_t heap = property("generic.heap_size");
   return heap - std::min(heap, property("generic.current_allocated_bytes"));
+}
+
+// tcmalloc keeps the address range of freed blocks for the next blocks, and the advice belongs to
+// the range.
+void useLargePages(std::size_t bytes) {
+  if (MallocExtension_ReleaseFreeMemory == nullptr) {
+    return;
+  }
+  std::vector<Block> blocks;
+  for (std::size_t left = bytes; left >= 2 * kLargePage;) {
+    const std::size_t size = std::min(left, kMostBytesOfBlock);
+    Block& block = blocks.emplace_back(std::malloc(size));
+    if (!block) {
+      break;
+    }
+    adviseLargePages(block.get(), size);
+    left -= size;
+  }
 }
 
 }  // namespace agent

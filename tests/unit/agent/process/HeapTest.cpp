@@ -2,12 +2,22 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cinttypes>
+#include <cstdint>
+#include <cstdio>
+#include <fstream>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "agent/process/MemoryBudget.h"
 
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)  // have heaps of their own
+
+extern "C" {
+[[gnu::weak]] void MallocExtension_ReleaseFreeMemory();
+}
 
 namespace {
 
@@ -39,6 +49,45 @@ TEST(Heap, ReturnsFreedBlocksToTheSystem) {
   const std::size_t before = memory().resident;
   agent::returnFreedMemory();
   EXPECT_LT(memory().resident, before - kBlock * kBlocks / 2);
+}
+
+// The number of blocks in ranges of the address space with the advice to use large pages.
+std::size_t countAdvised(const std::vector<std::unique_ptr<char[]>>& blocks) {
+  std::size_t count = 0;
+  std::uintptr_t start = 0;
+  std::uintptr_t end = 0;
+  std::ifstream maps("/proc/self/smaps");
+  for (std::string line; std::getline(maps, line);) {
+    if (std::sscanf(line.c_str(), "%" SCNxPTR "-%" SCNxPTR " ", &start, &end) == 2) {
+      continue;
+    }
+    if (line.rfind("VmFlags:", 0) == 0 && line.find(" hg") != std::string::npos) {
+      count += static_cast<std::size_t>(
+          std::count_if(blocks.begin(), blocks.end(), [start, end](const auto& block) {
+            const auto address = reinterpret_cast<std::uintptr_t>(block.get());
+            return address >= start && address < end;
+          }));
+    }
+  }
+  return count;
+}
+
+TEST(Heap, UsesLargePagesForTheNextBlocksOnly) {
+  if (MallocExtension_ReleaseFreeMemory == nullptr) {
+    GTEST_SKIP() << "needs tcmalloc";
+  }
+  agent::returnFreedMemory();
+  agent::useLargePages(kBlock * kBlocks / 2);
+  const auto all = blocks();
+  EXPECT_GT(countAdvised(all), kBlocks / 4);
+  EXPECT_LT(countAdvised(all), kBlocks * 3 / 4);
+}
+
+TEST(Heap, TakesNoMemoryForLargePagesInAdvance) {
+  const agent::MemoryBudget::Probe memory = agent::processMemory(0);
+  const std::size_t resident = memory().resident;
+  agent::useLargePages(std::size_t{1} << 30);
+  EXPECT_LT(memory().resident, resident + (std::size_t{16} << 20));
 }
 
 }  // namespace
