@@ -39,10 +39,11 @@ void NetworkTables::addNodes(std::vector<NS_DOMAIN::TopoNode_T>& records) {
 
 void NetworkTables::addElements(std::vector<NetworkElement>& records) {
   elementsByNumber_.reserve(records.size());
+  auto nextNode = nodes_.begin();
   for (NetworkElement& record : records) {
     NetworkElement& element = elements_.emplace_back(std::move(record));
     elementsByNumber_.emplace(element.number, std::prev(elements_.end()));
-    if (ObjectRecords* const object = addObject(objectOf(element))) {
+    if (ObjectRecords* const object = addObject(objectOf(element), nextNode)) {
       object->element = &element;
     }
   }
@@ -70,6 +71,23 @@ void NetworkTables::addClock(std::vector<NS_DOMAIN::ClockPositionInfo_T>& positi
 NetworkTables::ObjectRecords* NetworkTables::addObject(
     const std::optional<NumberedObject>& object) {
   return object ? &objects_.try_emplace(*object).first->second : nullptr;
+}
+
+// The same, but searches the nodes from `next` first, because elements usually have the order of
+// their nodes. Moves `next` behind the node of the object, or to the next node of an object.
+NetworkTables::ObjectRecords* NetworkTables::addObject(const std::optional<NumberedObject>& object,
+                                                       std::list<Node>::iterator& next) {
+  constexpr int kMostSteps = 4;
+  next =
+      std::find_if(next, nodes_.end(), [](const Node& node) { return node.shownAs.has_value(); });
+  auto node = next;
+  for (int step = 0; object && node != nodes_.end() && step < kMostSteps; ++step, ++node) {
+    if (node->shownAs == object) {
+      next = std::next(node);
+      return node->object;
+    }
+  }
+  return addObject(object);
 }
 
 NetworkTables::Node* NetworkTables::nodeAt(std::string_view id) const {

@@ -197,6 +197,8 @@ class NetworkTables {
   void addClock(std::vector<NS_DOMAIN::ClockPositionInfo_T>& positions,
                 std::vector<NS_DOMAIN::ClockTopoLinkInfo_T>& links);
   ObjectRecords* addObject(const std::optional<NumberedObject>& object);
+  ObjectRecords* addObject(const std::optional<NumberedObject>& object,
+                           std::list<Node>::iterator& next);
   Node* nodeAt(std::string_view id) const;
   const ObjectRecords* recordsOf(const NumberedObject& object) const;
   ObjectRecords* recordsOf(const NumberedObject& object);
