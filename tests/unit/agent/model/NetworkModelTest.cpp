@@ -40,6 +40,29 @@ TEST(NetworkModel, AppendsTheNodesInTheirOrder) {
   EXPECT_EQ(4U, model.topoNodeCount());
 }
 
+// The numbers of the elements are in the order of the nodes, with gaps, or in any order.
+TEST(NetworkModel, FindsTheNodeOfEveryElementInAnyOrder) {
+  agent::Network network;
+  for (const char* id : {"group", "NE=1", "NE=2", "group-2", "NE=3", "NE=4", "NE=5", "NE=6"}) {
+    NS_DOMAIN::TopoNode_T& node = network.topoNodes.emplace_back();
+    node.nodeId = id;
+    node.nodeType =
+        node.nodeId.front() == 'N' ? NS_DOMAIN::kTopoElement : NS_DOMAIN::kTopoSubnetwork;
+  }
+  const std::vector<std::int32_t> numbers = {1, 99, 3, 98, 2, 6, 5};
+  for (const std::int32_t number : numbers) {
+    network.networkElements.push_back({number, std::to_string(number), false, false});
+  }
+  const NetworkModel model(network);
+  for (const std::int32_t number : numbers) {
+    const auto object = model.object(agent::keyOf({agent::kManagedElementType, number}));
+    ASSERT_TRUE(object && object->element) << number;
+    EXPECT_EQ(number, object->element->number);
+    EXPECT_EQ(number < 90 ? 1U : 0U, object->nodes.size()) << number;
+  }
+  EXPECT_FALSE(model.object(agent::keyOf({agent::kManagedElementType, 4}))->element);
+}
+
 TEST(NetworkModel, ListsAllElementsOrTheShownOnes) {
   const NetworkModel model(sampleNetwork());
   std::vector<NS_DOMAIN::NEIndex> all;
