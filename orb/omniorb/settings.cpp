@@ -1,6 +1,11 @@
 #include "settings.h"
 
 #include <omniORB4/omniORB.h>
+// The ORB's internal headers do not include each other, so their order is fixed.
+// clang-format off
+#include <omniORB4/internal/giopStrand.h>
+#include <omniORB4/internal/giopStream.h>
+// clang-format on
 #include <unistd.h>
 
 #include <algorithm>
@@ -31,6 +36,22 @@ void removeSettingsFromEnvironment() {
 }
 
 using Settings = std::vector<std::pair<std::string, std::string>>;
+
+// Largest size of the buffers that messages are sent from, and of the fragments of a long reply.
+// With the ORB's default of 8 KiB a long reply needs four times as many system calls.
+constexpr std::size_t kBufferBytes = 32768;
+
+// The ORB checks the limit of a message when a buffer is full, so a buffer is not larger than the
+// limit. The ORB has no option for the size. The threads of a running ORB read the variable, so a
+// second ORB with the same size does not write it.
+void setBufferSize(std::size_t maxMessageBytes) {
+  constexpr std::size_t kAlignment = 8;  // of fragments
+  const auto size =
+      static_cast<CORBA::ULong>(std::min(kBufferBytes, maxMessageBytes) / kAlignment * kAlignment);
+  if (omni::giopStream::bufferSize != size) {
+    omni::giopStream::bufferSize = size;
+  }
+}
 
 // Maximum number of concurrent requests of one connection; further requests wait.
 constexpr std::size_t kRequestsPerConnection = 4;
@@ -71,6 +92,7 @@ CORBA::ORB_ptr initWithSettings(const Settings& settings) {
 }  // namespace
 
 CORBA::ORB_ptr initOrb(const Options& options, const std::string& listenAt) {
+  setBufferSize(options.maxMessageBytes);
   const std::string maxMessage = std::to_string(options.maxMessageBytes);
   // Limits connecting too, because no separate connect timeout is set.
   const std::string callTimeout = std::to_string(options.callTimeout.count());
