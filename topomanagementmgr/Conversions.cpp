@@ -1,6 +1,7 @@
 // Converts domain records into TMF names and nodes.
 
 #include <algorithm>
+#include <iterator>
 #include <map>
 #include <string_view>
 
@@ -43,8 +44,9 @@ int elementNumber(const Parts& parts, const std::string& className, const std::s
 // A missing number becomes -1 for network elements, and 0 for optical network elements and for
 // management systems: the platform's names depend on it.
 CORBA::ULong convertFdn(globaldefs::NVSList_T& name, const std::string& fdn) {
+  static const std::string separator(",");  // made once, not for every name
   Parts parts;
-  NS_UTIL::UtilCommon::Instance()->GetSpliteFDNData(parts, fdn, ",");
+  NS_UTIL::UtilCommon::Instance()->GetSpliteFDNData(parts, fdn, separator);
   const std::string className = NS_UTIL::UtilCommon::Instance()->GetMoc(fdn);
   const std::string_view known = className;  // compares without a call
   if (known == "NE") {
@@ -81,22 +83,52 @@ void markVendor(globaldefs::NVSList_T& additionalInfo) {
   topo::setPair(additionalInfo, 0, topo::kVendorName, topo::kVendorValue);
 }
 
-// Converts the nodes at the chosen positions. Returns 0.
-template <typename IsChosen>
-CORBA::ULong convertChosen(TopoManagementManager::NodeList_T& nodes,
-                           const std::vector<NS_DOMAIN::TopoNode_T>& domainNodes, std::size_t count,
-                           const IsChosen& isChosen) {
-  topo::setLength(nodes, static_cast<CORBA::ULong>(count));
-  CORBA::ULong converted = 0;
-  for (std::size_t i = 0; i < domainNodes.size(); ++i) {
-    // After a failure, the next node reuses the record without clearing it.
-    if (isChosen(i) && TopoManagementMgr::convertDomainNodeToTmf(topo::at(nodes, converted),
-                                                                 domainNodes[i]) == 0) {
-      ++converted;
+// Fills a list, one node after the other. Thread-safety: none. Borrows the list. Errors: as
+// convertDomainNodeToTmf.
+class ListConversion {
+ public:
+  ListConversion(TopoManagementManager::NodeList_T& nodes, std::size_t count) : nodes_(nodes) {
+    topo::setLength(nodes_, static_cast<CORBA::ULong>(count));
+  }
+
+  // After a failure, the next node reuses the record without clearing it. REQUIRES: fewer than
+  // `count` nodes were added.
+  void add(const NS_DOMAIN::TopoNode_T& domainNode) {
+    if (TopoManagementMgr::convertDomainNodeToTmf(topo::at(nodes_, converted_), domainNode) == 0) {
+      ++converted_;
     }
   }
-  topo::setLength(nodes, converted);
-  return 0;
+
+  // Removes the unused records. Returns 0.
+  CORBA::ULong finish() {
+    topo::setLength(nodes_, converted_);
+    return 0;
+  }
+
+ private:
+  TopoManagementManager::NodeList_T& nodes_;
+  CORBA::ULong converted_ = 0;
+};
+
+// Clears the vector and frees its memory.
+void freeNodes(std::vector<NS_DOMAIN::TopoNode_T>& domainNodes) {
+  std::vector<NS_DOMAIN::TopoNode_T>().swap(domainNodes);
+}
+
+// Moves the nodes into blocks, which can be freed one after the other.
+std::vector<std::vector<NS_DOMAIN::TopoNode_T>> takeBlocks(
+    std::vector<NS_DOMAIN::TopoNode_T>& domainNodes, std::size_t blockLength) {
+  std::vector<std::vector<NS_DOMAIN::TopoNode_T>> blocks;
+  const auto length = static_cast<std::ptrdiff_t>(blockLength);
+  auto begin = std::make_move_iterator(domainNodes.begin());
+  const auto end = std::make_move_iterator(domainNodes.end());
+  while (begin != end) {
+    const auto count = std::min(end - begin, length);
+    blocks.emplace_back(begin, begin + count);
+    begin += count;
+  }
+  freeNodes(domainNodes);
+  return blocks;
 }
 
 }  // namespace
@@ -144,12 +176,40 @@ CORBA::ULong TopoManagementMgr::convertDomainNodeToTmf(TopoManagementManager::No
 CORBA::ULong TopoManagementMgr::convertDomainNodesToTmf(
     TopoManagementManager::NodeList_T& nodes,
     const std::vector<NS_DOMAIN::TopoNode_T>& domainNodes) {
-  return convertChosen(nodes, domainNodes, domainNodes.size(), [](std::size_t) { return true; });
+  ListConversion conversion(nodes, domainNodes.size());
+  for (const NS_DOMAIN::TopoNode_T& domainNode : domainNodes) {
+    conversion.add(domainNode);
+  }
+  return conversion.finish();
+}
+
+CORBA::ULong TopoManagementMgr::convertAndReleaseDomainNodes(
+    TopoManagementManager::NodeList_T& nodes, std::vector<NS_DOMAIN::TopoNode_T>& domainNodes,
+    std::size_t blockLength) {
+  if (domainNodes.size() <= blockLength) {
+    return convertDomainNodesToTmf(nodes, domainNodes);
+  }
+  const std::size_t count = domainNodes.size();
+  std::vector<std::vector<NS_DOMAIN::TopoNode_T>> blocks = takeBlocks(domainNodes, blockLength);
+  ListConversion conversion(nodes, count);
+  for (std::vector<NS_DOMAIN::TopoNode_T>& block : blocks) {
+    for (const NS_DOMAIN::TopoNode_T& domainNode : block) {
+      conversion.add(domainNode);
+    }
+    freeNodes(block);
+  }
+  return conversion.finish();
 }
 
 CORBA::ULong TopoManagementMgr::convertDomainNodesToTmf(
     TopoManagementManager::NodeList_T& nodes, const std::vector<NS_DOMAIN::TopoNode_T>& domainNodes,
     const std::vector<bool>& chosen) {
   const auto count = static_cast<std::size_t>(std::count(chosen.begin(), chosen.end(), true));
-  return convertChosen(nodes, domainNodes, count, [&](std::size_t i) { return chosen[i]; });
+  ListConversion conversion(nodes, count);
+  for (std::size_t i = 0; i < domainNodes.size(); ++i) {
+    if (chosen[i]) {
+      conversion.add(domainNodes[i]);
+    }
+  }
+  return conversion.finish();
 }

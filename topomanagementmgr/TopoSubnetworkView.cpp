@@ -218,9 +218,11 @@ CORBA::ULong TopoManagementMgr::getTopoSubnetworkViewInfo(
   if (code != 0) {
     return code;
   }
-  const bool withAttributes = testSwitch();
+  if (!testSwitch()) {
+    return convertAndReleaseDomainNodes(nodes, *domainNodes);
+  }
   code = convertDomainNodesToTmf(nodes, *domainNodes);
-  if (code == 0 && withAttributes) {
+  if (code == 0) {
     addNodeAttributes(nodes, *domainNodes, labelOf);
   }
   return code;
@@ -231,7 +233,7 @@ CORBA::ULong TopoManagementMgr::getProtectSubnetworkViewInfo(
   topo::Holder<std::vector<TopoNode_T>> domainNodes;
   const CORBA::ULong code =
       runQuery([&] { collectNodes(*domainNodes.get()); }, __LINE__, kViewFailed);
-  return code != 0 ? code : convertDomainNodesToTmf(nodes, *domainNodes);
+  return code != 0 ? code : convertAndReleaseDomainNodes(nodes, *domainNodes);
 }
 
 CORBA::ULong TopoManagementMgr::getTopoSubnetworkViewBaseInfo(TopoNodeHolder& nodes) {

@@ -104,7 +104,7 @@ class ServiceInterfaceRef {
     buffer_ = NS_BUNDLEMGR1::CheckIFBuf(name);
     NS_BUNDLEMGR1::ServiceInterface* published = buffer_ != nullptr ? buffer_->First() : nullptr;
     // The name implies the type.
-    return published != nullptr ? static_cast<Interface*>(published) : search(candidates());
+    return published != nullptr ? static_cast<Interface*>(published) : search();
   }
 
   std::vector<NS_BUNDLEMGR1::ServiceObjectBase*> candidates() {
@@ -117,7 +117,10 @@ class ServiceInterfaceRef {
     return bundleMgr->GetServiceObjects();
   }
 
-  Interface* search(const std::vector<NS_BUNDLEMGR1::ServiceObjectBase*>& services) {
+  // Searches all candidates. Not inlined, so that a lookup that finds the name in a buffer takes
+  // few instructions.
+  [[gnu::noinline]] Interface* search() {
+    const std::vector<NS_BUNDLEMGR1::ServiceObjectBase*> services = candidates();
     const FrameworkLock lock(mutex_);
     if (!lock.locked()) {
       return nullptr;

@@ -14,6 +14,7 @@
 #include <array>
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -31,7 +32,7 @@ constexpr const char* kZeroId = "0";
 
 // Whether a node with this parent id has no parent.
 inline bool hasNoParent(const std::string& parentId) {
-  return parentId.empty() || parentId == kZeroId;
+  return parentId.empty() || parentId == std::string_view(kZeroId);
 }
 
 // A topology node: a subnetwork, or an element in a subnetwork.

@@ -521,6 +521,26 @@ TEST_F(TopoNodeListConversion, ConvertsEveryNodeInOrder) {
   EXPECT_EQ(fakes::labelsOf(nodes_), (Lines{"A", "B", "C"}));
 }
 
+TEST_F(TopoNodeListConversion, GivesTheSameListWhenItReleasesTheDomainNodes) {
+  std::vector<TopoNode_T> domainNodes;
+  for (int i = 0; i < 7; ++i) {
+    const std::string label = std::to_string(i);
+    domainNodes.push_back(i % 3 == 1 ? unknown(label) : subnetwork("node" + label, label));
+  }
+  Journal::clear();
+  EXPECT_EQ(convert(domainNodes), 0U);
+  const Lines journal = Journal::lines();
+  for (const std::size_t blockLength : {1U, 2U, 3U, 6U, 7U}) {
+    std::vector<TopoNode_T> released = domainNodes;
+    NodeList_T nodes;
+    Journal::clear();
+    EXPECT_EQ(TopoManagementMgr::convertAndReleaseDomainNodes(nodes, released, blockLength), 0U);
+    EXPECT_EQ(Journal::lines(), journal);
+    EXPECT_EQ(fakes::labelsOf(nodes), fakes::labelsOf(nodes_));
+    EXPECT_EQ(released.capacity() == 0, blockLength < domainNodes.size());
+  }
+}
+
 TEST_F(TopoNodeListConversion, LeavesOutANodeOfAnUnknownType) {
   EXPECT_EQ(convert({subnetwork("a", "A"), unknown("B"), element("3", "C")}), 0U);
   EXPECT_EQ(fakes::labelsOf(nodes_), (Lines{"A", "C"}));
