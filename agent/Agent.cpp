@@ -3,7 +3,9 @@
 #include <chrono>
 #include <future>
 #include <optional>
+#include <string>
 #include <utility>
+#include <vector>
 
 #include "agent/AgentStatus.h"
 #include "agent/ManagerPublication.h"
@@ -44,7 +46,7 @@ constexpr std::chrono::seconds kNotificationPatience{3};
 
 std::unique_ptr<orb::Server> startServer(const Options& options) {
   std::unique_ptr<orb::Server> server =
-      orb::startServer(orbOptions(options), options.endpoint,
+      orb::startServer(orbOptions(options), options.endpoints,
                        [](const std::string& line) { log(kLogErrors, line); });
   checkReferences(server->get(), options);
   return server;
@@ -126,9 +128,14 @@ class Agent::Parts final : private AgentControl {
   }
 
   std::string readyLine() {
-    const std::string endpoint = orb::format(server_->endpoint());
-    return "topo-agentd ready: endpoint " + endpoint + ", reference corbaloc:iiop:1.2@" + endpoint +
-           "/" + kManager + ", " + std::to_string(model_.topoNodeCount()) + " nodes";
+    const std::vector<orb::Endpoint>& endpoints = server_->endpoints();
+    std::string further;
+    for (std::size_t i = 1; i < endpoints.size(); ++i) {
+      further += (i == 1 ? ", also at " : " ") + orb::format(endpoints[i]);
+    }
+    return "topo-agentd ready: endpoint " + orb::format(endpoints.front()) + ", reference " +
+           orb::corbaloc(endpoints.front(), kManager) + ", " +
+           std::to_string(model_.topoNodeCount()) + " nodes" + further;
   }
 
  private:

@@ -118,7 +118,8 @@ std::size_t editDistance(const std::string& a, const std::string& b) {
 
 }  // namespace
 
-std::vector<ConfigLine> readConfigFile(const std::filesystem::path& file) {
+std::vector<ConfigLine> readConfigFile(const std::filesystem::path& file,
+                                       const std::set<std::string>& lists) {
   std::istringstream text(readText(file));
   std::vector<ConfigLine> result;
   std::map<std::string, std::size_t> lineOf;
@@ -132,7 +133,7 @@ std::vector<ConfigLine> readConfigFile(const std::filesystem::path& file) {
       ConfigLine parsed = parseLine(line);
       parsed.number = number;
       const auto [first, isNew] = lineOf.emplace(parsed.name, number);
-      if (!isNew) {
+      if (!isNew && lists.count(parsed.name) == 0) {
         throw UsageError("'" + parsed.name + "' is already in line " +
                          std::to_string(first->second));
       }

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <filesystem>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -21,10 +22,11 @@ struct ConfigLine {
 // Reads a configuration file. Skips empty lines, lines that begin with # or ;, and the text from a
 // # after a value. A value in double or single quotes may contain every character but the quote and
 // line breaks; the result has no quotes. Throws UsageError "FILE:LINE: REASON" for any other line
-// and for a repeated name, and "FILE: REASON" for a file that cannot be read or is larger than
-// 1 MiB.
+// and for a repeated name that is not in `lists`, and "FILE: REASON" for a file that cannot be read
+// or is larger than 1 MiB.
 // Thread-safety: any thread.
-std::vector<ConfigLine> readConfigFile(const std::filesystem::path& file);
+std::vector<ConfigLine> readConfigFile(const std::filesystem::path& file,
+                                       const std::set<std::string>& lists = {});
 
 // The name in `names` that is most similar to `name`: at most a third of the longer name differs.
 // Empty without such a name.

@@ -2,7 +2,6 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <charconv>
 #include <iostream>
 #include <map>
 #include <system_error>
@@ -30,37 +29,18 @@ std::filesystem::path defaultModule() {
   return module;
 }
 
-std::optional<std::uint16_t> parsePort(const std::string& text) {
-  std::uint16_t port = 0;
-  const char* const end = text.data() + text.size();
-  const std::from_chars_result result = std::from_chars(text.data(), end, port);
-  if (text.empty() || result.ec != std::errc() || result.ptr != end) {
-    return std::nullopt;
-  }
-  return port;
-}
-
-// HOST:PORT, or [HOST]:PORT for an IPv6 address.
-std::optional<orb::Endpoint> parseEndpoint(const std::string& text) {
-  const std::size_t colon = text.rfind(':');
-  if (colon == std::string::npos) {
-    return std::nullopt;
-  }
-  std::string host = text.substr(0, colon);
-  const std::optional<std::uint16_t> port = parsePort(text.substr(colon + 1));
-  const bool bracketed = host.size() > 2 && host.front() == '[' && host.back() == ']';
-  if (bracketed) {
-    host = host.substr(1, host.size() - 2);
-  }
-  if (!port || host.empty() ||
-      host.find_first_of(bracketed ? "[] " : "[]: ") != std::string::npos) {
-    return std::nullopt;
-  }
-  return orb::Endpoint{host, *port};
-}
-
+// The endpoint that --endpoint, or --publish, describes.
 std::string checkEndpoint(const std::string& text) {
-  return parseEndpoint(text) ? "" : "'" + text + "' is not HOST:PORT";
+  return orb::endpointFrom(text)
+             ? ""
+             : "'" + text + "' is not HOST:PORT, tcp:HOST:PORT, tls:HOST:PORT or unix:PATH";
+}
+
+std::string checkPublished(const std::string& text) {
+  const std::optional<orb::Endpoint> endpoint = orb::endpointFrom(text);
+  return endpoint && orb::format(*endpoint) == text && endpoint->port != 0
+             ? ""
+             : "'" + text + "' is not HOST:PORT";
 }
 
 std::string oneLine(std::string text) {
@@ -78,8 +58,16 @@ std::string checkSeconds(const std::string& text) {
              : "'" + text + "' is not a number of seconds";
 }
 
-// Options of the network, the store and the endpoint.
-void declareService(CLI::App& app, Options& options, std::string& endpoint) {
+constexpr const char* kDefaultEndpoint = "127.0.0.1:2810";
+
+// The values of --endpoint and --publish.
+struct EndpointTexts {
+  std::vector<std::string> endpoints;  // empty: the default
+  std::string publish;                 // empty: none
+};
+
+// Options of the network and the store.
+void declareService(CLI::App& app, Options& options) {
   app.set_version_flag("--version", std::string("topo-agentd ") + TOPO_VERSION);
   app.add_option("--network", options.network, "load this network into the store when it is new")
       ->type_name("FILE");
@@ -90,10 +78,6 @@ void declareService(CLI::App& app, Options& options, std::string& endpoint) {
                "make an empty store when there is none and --network gives no network");
   app.add_flag("!--skip-store-check", options.checkStore,
                "do not look for damage in the store at start");
-  app.add_option("--endpoint", endpoint, "address to listen on; port 0 selects a free port")
-      ->type_name("HOST:PORT")
-      ->capture_default_str()
-      ->check(checkEndpoint);
   app.add_option("--ior-file", options.iorFile, "write the manager's IOR here when ready to serve")
       ->type_name("PATH");
   app.add_option("--ems-name", options.emsName,
@@ -106,6 +90,20 @@ void declareService(CLI::App& app, Options& options, std::string& endpoint) {
   app.add_option("--naming", options.naming,
                  "also bind TopoManagement in this CosNaming service (an object reference)")
       ->type_name("REF");
+}
+
+// Options of the addresses.
+void declareEndpoints(CLI::App& app, EndpointTexts& texts) {
+  app.add_option("--endpoint", texts.endpoints,
+                 "address to listen on, may be given more than once; port 0 selects a free port")
+      ->type_name("[tcp:|tls:]HOST:PORT|unix:PATH")
+      ->default_str(kDefaultEndpoint)
+      ->allow_extra_args(false)
+      ->check(checkEndpoint);
+  app.add_option("--publish", texts.publish,
+                 "address in references, in place of that of the first endpoint of a host")
+      ->type_name("HOST:PORT")
+      ->check(checkPublished);
 }
 
 const std::map<std::string, EventAccess>& eventAccessWords() {
@@ -210,7 +208,8 @@ void declareViewLimits(CLI::App& app, Options& options) {
 class CommandLine {
  public:
   CommandLine() {
-    declareService(app_, options_, endpoint_);
+    declareService(app_, options_);
+    declareEndpoints(app_, endpoints_);
     declareEvents(app_, options_, eventAccess_);
     declareReceivers(app_, options_);
     declareLimits(app_, options_);
@@ -231,7 +230,7 @@ class CommandLine {
   Options options() const {
     Options result = options_;
     result.checkOnly = checkConfig_;
-    result.endpoint = *parseEndpoint(endpoint_);
+    setEndpoints(result);
     result.eventAccess = eventAccessWords().at(eventAccess_);
     if (result.module.empty()) {
       result.module = defaultModule();
@@ -258,9 +257,21 @@ class CommandLine {
   CLI::App& app() { return app_; }
 
  private:
+  void setEndpoints(Options& result) const {
+    if (!endpoints_.endpoints.empty()) {
+      result.endpoints.clear();
+    }
+    for (const std::string& text : endpoints_.endpoints) {
+      result.endpoints.push_back(*orb::endpointFrom(text));
+    }
+    if (!endpoints_.publish.empty()) {
+      result.publish = orb::endpointFrom(endpoints_.publish);
+    }
+  }
+
   CLI::App app_{"topo-agentd: serves a network's topology over CORBA", "topo-agentd"};
   Options options_;
-  std::string endpoint_ = orb::format(options_.endpoint);
+  EndpointTexts endpoints_;
   std::string eventAccess_ = "allowed";
   std::string config_;
   bool checkConfig_ = false;
@@ -299,7 +310,7 @@ ConfigArguments configArguments(const CommandLine& commandLine) {
     return result;
   }
   const std::vector<std::string> known = commandLine.configNames();
-  for (const ConfigLine& line : readConfigFile(commandLine.config())) {
+  for (const ConfigLine& line : readConfigFile(commandLine.config(), {"endpoint"})) {
     const std::string place = commandLine.config() + ":" + std::to_string(line.number) + ": ";
     try {
       std::string argument = toArgument(line, known);

@@ -9,6 +9,7 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "agent/host/EventAccess.h"
 #include "orb/orb.h"
@@ -22,9 +23,10 @@ struct Options {
   std::string store = "./topo-agentd.db";
   bool createStore = false;  // make an empty store if the store does not exist
   bool checkStore = true;    // look for damage in the store at the start
-  orb::Endpoint endpoint{"127.0.0.1", 2810};
-  std::filesystem::path iorFile;  // empty: none
-  std::string emsName;            // empty: the name in the network
+  std::vector<orb::Endpoint> endpoints{{"127.0.0.1", 2810}};  // at least one
+  std::optional<orb::Endpoint> publish;                       // as orb::Options::publish
+  std::filesystem::path iorFile;                              // empty: none
+  std::string emsName;                                        // empty: the name in the network
   bool testSwitch = false;
   bool console = true;
   EventAccess eventAccess = EventAccess::kAllowed;

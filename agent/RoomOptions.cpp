@@ -34,6 +34,7 @@ orb::Options orbOptions(const Options& options) {
   result.maxRequestBytes = options.maxRequestBytes;
   result.largeOperations = {"importNetwork"};
   result.maxConnections = connectionLimit(options);
+  result.publish = options.publish;
   return result;
 }
 

@@ -2,6 +2,7 @@
 
 #include <sys/socket.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <system_error>
 
@@ -21,6 +22,14 @@ std::string addressForMessage(const Endpoint& address) {
   return address.host.empty() ? "a local socket" : format(address);
 }
 
+std::string joined(const std::vector<Endpoint>& endpoints) {
+  std::string text;
+  for (const Endpoint& endpoint : endpoints) {
+    text += (text.empty() ? "" : ", ") + format(endpoint);
+  }
+  return text;
+}
+
 }  // namespace
 
 ListeningCheck::ListeningCheck() : before_(sockets()) {}
@@ -37,18 +46,22 @@ ListeningCheck::Sockets ListeningCheck::sockets() {
   return found;
 }
 
-void ListeningCheck::requireOnly(const Endpoint& endpoint) const {
-  const Sockets now = sockets();
-  std::size_t expected = 0;
-  for (const auto& [descriptor, address] : now) {
+void ListeningCheck::requireOnly(const std::vector<Endpoint>& endpoints) const {
+  std::vector<Endpoint> expected = endpoints;
+  for (const auto& [descriptor, address] : sockets()) {
     if (before_.count(descriptor) != 0) {
       continue;
     }
-    const bool isFirst = address.port == endpoint.port && ++expected == 1;
-    if (!isFirst) {
+    const auto found =
+        std::find_if(expected.begin(), expected.end(), [&at = address](const Endpoint& endpoint) {
+          return endpoint.transport == Transport::kUnix ? at.host == endpoint.host
+                                                        : at.port == endpoint.port;
+        });
+    if (found == expected.end()) {
       throw EndpointError("the ORB listens on " + addressForMessage(address) + " besides " +
-                          format(endpoint));
+                          joined(endpoints));
     }
+    expected.erase(found);
   }
 }
 

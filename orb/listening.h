@@ -5,6 +5,7 @@
 
 #include <map>
 #include <string>
+#include <vector>
 
 #include "orb/orb.h"
 
@@ -20,9 +21,10 @@ class ListeningCheck {
   // Records the present listening sockets.
   ListeningCheck();
 
-  // Throws EndpointError if the process listens on a new socket that does not belong to the
-  // endpoint. Without a /proc file system no socket is found and the check passes.
-  void requireOnly(const Endpoint& endpoint) const;
+  // Throws EndpointError if the process listens on a new socket that does not belong to one of the
+  // endpoints, one socket each. Without a /proc file system no socket is found and the check
+  // passes.
+  void requireOnly(const std::vector<Endpoint>& endpoints) const;
 
  private:
   using Sockets = std::map<int, Endpoint>;  // by file descriptor

@@ -3,6 +3,7 @@
 #include <netdb.h>
 #include <poll.h>
 #include <sys/socket.h>
+#include <sys/un.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -52,9 +53,26 @@ int tryToConnect(const addrinfo& candidate, std::chrono::milliseconds timeout) {
   return error;
 }
 
+std::string whyNotConnectedTo(const std::string& path) {
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  path.copy(address.sun_path, sizeof address.sun_path - 1);
+  const int socket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+  const bool connected =
+      ::connect(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+  const int error = connected ? 0 : errno;
+  ::close(socket);
+  return connected ? ""
+                   : "no connection to the socket " + path + ": " +
+                         std::generic_category().message(error);
+}
+
 }  // namespace
 
 std::string whyNotConnected(const std::string& address, std::chrono::milliseconds timeout) {
+  if (const auto given = endpointFrom(address); given && given->transport == Transport::kUnix) {
+    return whyNotConnectedTo(given->host);
+  }
   const Endpoint endpoint = parseEndpoint(address);
   addrinfo hints{};
   hints.ai_socktype = SOCK_STREAM;

@@ -7,6 +7,7 @@
 
 #include "client/base/Failure.h"
 #include "client/base/File.h"
+#include "idl/ObjectKeys.h"
 #include "orb/reachability.h"
 #include "orb/resolve.h"
 
@@ -114,10 +115,24 @@ std::string reasonOf(CORBA::Object_ptr object, const AgentAccess& access) {
                "failed: " + orb::describe(failure));
 }
 
+// The agent's manager at "unix:PATH", "tcp:HOST:PORT" or "tls:HOST:PORT"; other texts as they are.
+std::string expandEndpoint(const std::string& text) {
+  const std::string scheme = text.substr(0, text.find(':'));
+  if (scheme != "unix" && scheme != "tcp" && scheme != "tls") {
+    return text;
+  }
+  const std::optional<orb::Endpoint> endpoint = orb::endpointFrom(text);
+  if (!endpoint) {
+    throw orb::MalformedReference("it is not unix:PATH, tcp:HOST:PORT or tls:HOST:PORT");
+  }
+  return orb::corbaloc(*endpoint, object_key::kManager);
+}
+
 CORBA::Object_ptr resolveReference(CORBA::ORB_ptr orb, const AgentAccess& access) {
-  const std::string reference = access.iorFile ? readIorFile(access) : access.reference;
+  std::string reference = access.iorFile ? readIorFile(access) : access.reference;
   try {
     checkCharacters(access, reference);
+    reference = expandEndpoint(reference);
     CORBA::Object_var object = orb::resolve(orb, reference, access.callTimeout);
     if (CORBA::is_nil(object)) {
       malformed(access, "it is nil");

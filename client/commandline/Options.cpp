@@ -74,7 +74,8 @@ void addOption(CLI::App& app, const std::string& name, std::string& value, const
 
 void addOptions(CLI::App& app, Typed& typed) {
   addOption(app, "--agent", typed.agent, "REF",
-            std::string("The agent: IOR, corbaloc or corbaname; default $TOPO_AGENT, or ") +
+            std::string("The agent: IOR, corbaloc, corbaname, tcp:HOST:PORT, tls:HOST:PORT or "
+                        "unix:PATH; default $TOPO_AGENT, or ") +
                 kDefaultAgent);
   addOption(app, "--ior-file", typed.iorFile, "PATH", "Read the agent's reference from this file");
   addOption(app, "--how-many", typed.howMany, "N",

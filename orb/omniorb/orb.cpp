@@ -6,10 +6,10 @@
 #include <utility>
 #include <vector>
 
-#include "../addresses.h"
 #include "../listening.h"
 #include "../loglimiter.h"
 #include "drain.h"
+#include "incoming/serverstate.h"
 #include "log.h"
 #include "requests.h"
 #include "settings.h"
@@ -21,8 +21,8 @@ namespace {
 
 class RunningOrb {
  public:
-  RunningOrb(const Options& options, const std::string& listenAt)
-      : orb_(initOrb(options, listenAt)) {
+  RunningOrb(const Options& options, const std::shared_ptr<ServerState>& state)
+      : orb_(initOrb(options, state)) {
     setDrainGrace(options.drainGrace);
   }
 
@@ -47,7 +47,7 @@ class RunningOrb {
 
 class ClientOrb final : public Orb {
  public:
-  explicit ClientOrb(const Options& options) : orb_(options, "") {}
+  explicit ClientOrb(const Options& options) : orb_(options, nullptr) {}
 
   CORBA::ORB_ptr get() override { return orb_.get(); }
 
@@ -63,12 +63,11 @@ std::string withoutPrefix(const std::string& line) {
 
 class ListeningOrb final : public Server {
  public:
-  ListeningOrb(const Options& options, const Endpoint& endpoint) : orb_(options, format(endpoint)) {
+  ListeningOrb(const Options& options, std::shared_ptr<ServerState> state)
+      : state_(std::move(state)), orb_(options, state_) {
     interceptRequests();
     const CORBA::Object_var object = orb_.get()->resolve_initial_references("RootPOA");
     root_ = PortableServer::POA::_narrow(object);
-    const CORBA::Object_var probe = root_->create_reference("IDL:omg.org/CORBA/Object:1.0");
-    endpoint_ = parseEndpoint(addressOf(probe.in()));
   }
 
   ~ListeningOrb() override { ListeningOrb::observeRequests(nullptr); }
@@ -81,7 +80,7 @@ class ListeningOrb final : public Server {
 
   PortableServer::POA_ptr rootPoa() override { return root_.in(); }
 
-  Endpoint endpoint() override { return endpoint_; }
+  const std::vector<Endpoint>& endpoints() override { return state_->addresses.published(); }
 
   std::size_t openConnections() override {
     std::size_t count = 0;
@@ -95,8 +94,8 @@ class ListeningOrb final : public Server {
   }
 
  private:
+  const std::shared_ptr<ServerState> state_;
   RunningOrb orb_;
-  Endpoint endpoint_;
   PortableServer::POA_var root_;
 };
 
@@ -106,15 +105,21 @@ std::unique_ptr<Orb> startClient(const Options& options) {
   return std::make_unique<ClientOrb>(options);
 }
 
-std::unique_ptr<Server> startServer(const Options& options, const Endpoint& endpoint,
+std::unique_ptr<Server> startServer(const Options& options, const std::vector<Endpoint>& endpoints,
                                     const LogFunction& log) {
+  for (const Endpoint& endpoint : endpoints) {
+    if (endpoint.transport == Transport::kTls) {
+      throw EndpointError("cannot listen on " + format(endpoint) + ": TLS is not built in");
+    }
+  }
+  const auto state = std::make_shared<ServerState>(options, endpoints);
   // If the start fails, the ORB's lines become the reason of the exception instead of log lines.
   std::vector<std::string> startLines;
   setLogReceiver([&startLines](const std::string& line) { startLines.push_back(line); });
   try {
     const ListeningCheck check;
-    auto server = std::make_unique<ListeningOrb>(options, endpoint);
-    check.requireOnly(server->endpoint());
+    auto server = std::make_unique<ListeningOrb>(options, state);
+    check.requireOnly(state->addresses.bound());
     setLogReceiver(limited(log));
     if (log) {
       std::for_each(startLines.begin(), startLines.end(), log);
@@ -124,7 +129,8 @@ std::unique_ptr<Server> startServer(const Options& options, const Endpoint& endp
     // The ORB listens when the root POA is created; no other step of the start fails with this
     // type.
     setLogReceiver(nullptr);
-    throw EndpointError("cannot listen on " + format(endpoint) +
+    const std::size_t failed = std::min(state->addresses.bound().size(), endpoints.size() - 1);
+    throw EndpointError("cannot listen on " + format(endpoints[failed]) +
                         (startLines.empty() ? "" : ": " + withoutPrefix(startLines.front())));
   } catch (...) {
     setLogReceiver(nullptr);  // the receiver borrows startLines

@@ -1,36 +1,103 @@
-#include "references.h"
-
+#include <omniORB4/CORBA.h>
 #include <omniORB4/omniIOR.h>
 #include <omniORB4/omniORB.h>
+
+#include <string>
+#include <vector>
+
+#include "orb/orb.h"
 
 namespace orb {
 namespace {
 
-const std::string kTcp = "giop:tcp:";
+// An address of a reference in the ORB's notation, and in the notation of a corbaloc.
+struct Notation {
+  const char* own;
+  const char* corbaloc;
+  const char* end = "";  // follows the address in a corbaloc
+};
 
-// The first address of a reference in the ORB's notation; "" when the reference has none.
-std::string publishedAddress(CORBA::Object_ptr reference) {
+constexpr Notation kTcp{"giop:tcp:", "iiop:1.2@"};
+constexpr Notation kTls{"giop:ssl:", "ssliop:1.2@"};
+constexpr Notation kUnix{"giop:unix:", "omniunix:", ":"};
+
+// A reference without a TCP address has port 0 in place of it.
+bool hasNoPort(const std::string& address) {
+  return address.size() > 2 && address.compare(address.size() - 2, 2, ":0") == 0;
+}
+
+// The addresses of a reference in the ORB's notation.
+std::vector<std::string> addressesOf(CORBA::Object_ptr reference) {
+  std::vector<std::string> result;
   if (CORBA::is_nil(reference)) {
-    return "";
+    return result;
   }
   omniIOR* ior = reference->_PR_getobj()->_getIOR();
-  std::string address;
-  omni::giopAddressList& addresses = ior->getIORInfo()->addresses();
-  if (!addresses.empty()) {
-    address = addresses.front()->address();
+  for (const omni::giopAddress* address : ior->getIORInfo()->addresses()) {
+    const std::string text = address->address();
+    if (!hasNoPort(text)) {
+      result.push_back(text);
+    }
   }
   ior->release();
-  return address;
+  return result;
+}
+
+// The part of an address after its prefix; "" for another prefix.
+std::string withoutPrefix(const std::string& address, const std::string& prefix) {
+  return address.compare(0, prefix.size(), prefix) == 0 ? address.substr(prefix.size()) : "";
+}
+
+// An address in the notation of a corbaloc; "" for another transport.
+std::string corbalocAddress(const std::string& address) {
+  for (const Notation& notation : {kTcp, kTls, kUnix}) {
+    const std::string place = withoutPrefix(address, notation.own);
+    if (!place.empty()) {
+      return notation.corbaloc + place + notation.end;
+    }
+  }
+  return "";
 }
 
 }  // namespace
 
-std::string withoutTransport(const std::string& address) {
-  return address.compare(0, kTcp.size(), kTcp) == 0 ? address.substr(kTcp.size()) : "";
+std::string addressOf(CORBA::Object_ptr reference) {
+  for (const std::string& address : addressesOf(reference)) {
+    for (const Notation& notation : {kTcp, kTls}) {
+      std::string place = withoutPrefix(address, notation.own);
+      if (!place.empty()) {
+        return place;
+      }
+    }
+    const std::string path = withoutPrefix(address, kUnix.own);
+    if (!path.empty()) {
+      return format(Endpoint{path, 0, Transport::kUnix});
+    }
+  }
+  return "";
 }
 
-std::string addressOf(CORBA::Object_ptr reference) {
-  return withoutTransport(publishedAddress(reference));
+std::string corbaloc(const Endpoint& endpoint, const std::string& key) {
+  switch (endpoint.transport) {
+    case Transport::kUnix:
+      return "corbaloc:" + (kUnix.corbaloc + endpoint.host) + ":/" + key;
+    case Transport::kTls:
+      return "corbaloc:" + (kTls.corbaloc + format(endpoint)) + "/" + key;
+    default:
+      return "corbaloc:" + (kTcp.corbaloc + format(endpoint)) + "/" + key;
+  }
+}
+
+CORBA::Object_ptr objectBeside(CORBA::ORB_ptr orb, CORBA::Object_ptr reference,
+                               const std::string& key) {
+  std::string addresses;
+  for (const std::string& address : addressesOf(reference)) {
+    addresses += (addresses.empty() ? "" : ",") + corbalocAddress(address);
+  }
+  if (addresses.empty()) {
+    throw CORBA::BAD_PARAM(0, CORBA::COMPLETED_NO);
+  }
+  return orb->string_to_object(("corbaloc:" + addresses + "/" + key).c_str());
 }
 
 void setCallTimeout(CORBA::Object_ptr reference, std::chrono::milliseconds timeout) {

@@ -13,7 +13,6 @@
 #include <omniORB4/internal/omniCurrent.h>
 // clang-format on
 
-#include <memory>
 #include <utility>
 
 #include "../observerslot.h"
@@ -26,7 +25,7 @@ namespace {
 ObserverSlot requestObserver;
 
 // The client of the latest request of the thread.
-thread_local std::shared_ptr<const Peer> peerOfThread;
+thread_local Peer peerOfThread;
 
 CORBA::Boolean observeRequest(omni::omniInterceptors::serverReceiveRequest_T::info_T& info) {
   // Not a Connection: a client's connection that also carries calls from its server.
@@ -37,7 +36,7 @@ CORBA::Boolean observeRequest(omni::omniInterceptors::serverReceiveRequest_T::in
     }
     peerOfThread = incoming->peer();
   } else {
-    peerOfThread.reset();
+    peerOfThread = Peer();
   }
   requestObserver.notify([&info] {
     const auto* key = reinterpret_cast<const char*>(info.giop_s.key());
@@ -52,7 +51,7 @@ Request requestOf(omniCallHandle& call) {
   Request request;
   request.operation = call.operation_name();
   if (call.iop_s() != nullptr) {
-    request.peer = peerOfThread ? *peerOfThread : Peer();
+    request.peer = peerOfThread;
     auto* const stream = omni::giopStream::downcast(&call.iop_s()->getStream());
     request.bytes = stream->currentInputPtr() + stream->impl()->inputRemaining(stream);
   }
@@ -65,7 +64,7 @@ Peer currentPeer() {
   // The thread owns the object: omniCurrent::get() attaches a new one to the thread.
   // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks)
   const bool inOperation = current != nullptr && current->callDescriptor() != nullptr;
-  return inOperation && peerOfThread ? *peerOfThread : Peer();
+  return inOperation ? peerOfThread : Peer();
 }
 
 void interceptRequests() {

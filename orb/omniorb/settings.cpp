@@ -58,7 +58,8 @@ constexpr std::size_t kRequestsPerConnection = 4;
 
 // A thread of the pool serves complete requests only. The pool has enough threads for every
 // connection, so that a client that does not read its replies delays no other client.
-void addServing(Settings& settings, const Options& options, const std::string& listenAt) {
+void addServing(Settings& settings, const Options& options,
+                const std::shared_ptr<ServerState>& state) {
   using std::chrono::seconds;
   const auto idle = std::chrono::ceil<seconds>(options.idleTimeout);
   const auto scan = std::clamp(idle / 2, seconds(1), seconds(5));
@@ -69,7 +70,9 @@ void addServing(Settings& settings, const Options& options, const std::string& l
   settings.emplace_back("maxServerThreadPoolSize", std::to_string(threads));
   settings.emplace_back("inConScanPeriod", std::to_string(idle.count()));
   settings.emplace_back("scanGranularity", std::to_string(scan.count()));
-  settings.emplace_back("endPoint", limitedEndpoint(options, listenAt));
+  for (const std::string& endpoint : limitedEndpoints(state)) {
+    settings.emplace_back("endPoint", endpoint);
+  }
 }
 
 // The ORB takes its settings as an array of name and value, terminated by a null pair.
@@ -91,7 +94,7 @@ CORBA::ORB_ptr initWithSettings(const Settings& settings) {
 
 }  // namespace
 
-CORBA::ORB_ptr initOrb(const Options& options, const std::string& listenAt) {
+CORBA::ORB_ptr initOrb(const Options& options, const std::shared_ptr<ServerState>& state) {
   setBufferSize(options.maxMessageBytes);
   const std::string maxMessage = std::to_string(options.maxMessageBytes);
   // Limits connecting too, because no separate connect timeout is set.
@@ -110,11 +113,11 @@ CORBA::ORB_ptr initOrb(const Options& options, const std::string& listenAt) {
       // Used for a peer whose reference names no code set, such as a corbaloc.
       {"defaultCharCodeSet", "UTF-8"},
   };
-  if (listenAt.empty()) {
+  if (!state) {
     // A client listens only when it activates an object.
     settings.emplace_back("endPoint", "giop:tcp:127.0.0.1:");
   } else {
-    addServing(settings, options, listenAt);
+    addServing(settings, options, state);
   }
   return initWithSettings(settings);
 }

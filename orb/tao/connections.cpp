@@ -2,7 +2,9 @@
 
 #include <sys/socket.h>
 
+#include <algorithm>
 #include <utility>
+#include <vector>
 
 #include "../addresses.h"
 
@@ -24,8 +26,10 @@ Peer currentPeer() {
   return connection ? connection->peer() : Peer();
 }
 
-Connection::Connection(int socket)
-    : socket_(socket), address_(peerEndpoint(socket)), peer_(peerOf(socket)) {}
+Connection::Connection(int socket, std::size_t endpoint)
+    : socket_(socket),
+      address_(peerEndpoint(socket)),
+      peer_(peerOf(socket, Transport::kTcp, endpoint)) {}
 
 void Connection::stopReading() const {
   static_cast<void>(::shutdown(socket_, SHUT_RD));
@@ -63,10 +67,11 @@ Connections::Connections(const Options& options, const LogFunction& log)
       limits_(requestLimits(options)),
       log_(log),
       limitLog_(log),
-      budget_(options.maxMessageBytes) {}
+      budget_(options.maxMessageBytes),
+      addresses_(options.publish) {}
 
 std::shared_ptr<Connection> Connections::admit(int socket) {
-  const auto connection = std::make_shared<Connection>(socket);
+  const auto connection = std::make_shared<Connection>(socket, endpointOf(socket));
   {
     const MutexLock lock(mutex_);
     if (closing_) {
@@ -137,6 +142,15 @@ void Connections::close() {
 bool Connections::isClosing() const {
   const MutexLock lock(mutex_);
   return closing_;
+}
+
+// Returns the index of the endpoint that accepted the connection.
+std::size_t Connections::endpointOf(int socket) const {
+  const std::vector<Endpoint>& bound = addresses_.bound();
+  const auto found = std::find_if(
+      bound.begin(), bound.end(),
+      [own = localEndpoint(socket)](const Endpoint& each) { return each.port == own.port; });
+  return found == bound.end() ? 0 : static_cast<std::size_t>(found - bound.begin());
 }
 
 std::size_t Connections::count() const {

@@ -11,6 +11,7 @@
 #include <string>
 #include <utility>
 
+#include "../boundendpoints.h"
 #include "../incoming/assembler.h"
 #include "../limitlog.h"
 #include "orb/orb.h"
@@ -23,8 +24,8 @@ namespace orb {
 // Thread-safety: any thread, while the socket is open. The socket is borrowed. No function fails.
 class Connection {
  public:
-  // REQUIRES: a connected socket.
-  explicit Connection(int socket);
+  // REQUIRES: a connected socket. endpoint: the index of the endpoint that accepted it.
+  Connection(int socket, std::size_t endpoint);
 
   int socket() const { return socket_; }
   const Peer& peer() const { return peer_; }
@@ -97,16 +98,24 @@ class Connections {
 
   bool isClosing() const;
 
+  // Adds the address of the next endpoint that listens. Returns its address in references. Called
+  // by the thread that starts the ORB, before the first connection is accepted.
+  const Endpoint& addEndpoint(const Endpoint& endpoint) { return addresses_.add(endpoint); }
+  const BoundEndpoints& addresses() const { return addresses_; }
+
   const Options& options() const { return options_; }
   const RequestLimits& limits() const { return limits_; }
   ReceiveBudget& budget() { return budget_; }
 
  private:
+  std::size_t endpointOf(int socket) const;
+
   const Options options_;
   const RequestLimits limits_;
   const LogFunction log_;
   LimitLog limitLog_;
   ReceiveBudget budget_;
+  BoundEndpoints addresses_;
 
   mutable Mutex mutex_;
   std::condition_variable removed_;

@@ -325,13 +325,25 @@ class IncomingAcceptor final : public TAO_IIOP_Acceptor {
         acceptor_.acceptor().get_local_addr(own) == -1) {
       return -1;
     }
-    for (CORBA::ULong i = 0; i < endpoint_count_; ++i) {
-      addrs_[i].set_port_number(own.get_port_number(), 1);
-    }
+    publish(connections->addEndpoint({hosts_[0], own.get_port_number()}));
     default_address_.set_port_number(own.get_port_number());
     static_cast<void>(acceptor_.acceptor().enable(ACE_CLOEXEC));
     static_cast<void>(::listen(acceptor_.acceptor().get_handle(), SOMAXCONN));  // instead of 5
     return 0;
+  }
+
+  // Sets the address in references; drops the addresses of further interfaces if it is another one.
+  void publish(const Endpoint& address) {
+    if (address.host != hosts_[0]) {
+      for (; endpoint_count_ > 1; --endpoint_count_) {
+        CORBA::string_free(hosts_[endpoint_count_ - 1]);
+      }
+      CORBA::string_free(hosts_[0]);
+      hosts_[0] = CORBA::string_dup(address.host.c_str());
+    }
+    for (CORBA::ULong i = 0; i < endpoint_count_; ++i) {
+      addrs_[i].set_port_number(address.port, 1);
+    }
   }
 
   std::unique_ptr<Creation> creation_;

@@ -18,7 +18,6 @@
 #include <utility>
 #include <vector>
 
-#include "../addresses.h"
 #include "../listening.h"
 #include "barekeys.h"
 #include "connections.h"
@@ -57,7 +56,7 @@ void configureProcess() {
 
 namespace {
 
-CORBA::ORB_ptr initOrb(const Options& options, const Endpoint& listenAt,
+CORBA::ORB_ptr initOrb(const Options& options, const std::vector<Endpoint>& listenAt,
                        const std::shared_ptr<Connections>& connections) {
   configureProcess();
   limitMessages(options.maxMessageBytes);
@@ -70,11 +69,12 @@ CORBA::ORB_ptr initOrb(const Options& options, const Endpoint& listenAt,
       "1",
       "-ORBUseLocalMemoryPool",  // slow, and never returns memory
       "0",
-      "-ORBListenEndpoints",
-      "iiop://" + format(listenAt),
       "-ORBUseIMR",  // overrides TAO_USE_IMR
       "0",
   };
+  for (const Endpoint& endpoint : listenAt) {
+    arguments.insert(arguments.end(), {"-ORBListenEndpoints", "iiop://" + format(endpoint)});
+  }
   std::vector<char*> argv;
   argv.reserve(arguments.size() + 1);
   for (std::string& argument : arguments) {
@@ -89,7 +89,7 @@ CORBA::ORB_ptr initOrb(const Options& options, const Endpoint& listenAt,
 
 class RunningOrb {
  public:
-  RunningOrb(const Options& options, const Endpoint& listenAt, const LogFunction& log)
+  RunningOrb(const Options& options, const std::vector<Endpoint>& listenAt, const LogFunction& log)
       : connections_(std::make_shared<Connections>(options, log)),
         orb_(initOrb(options, listenAt, connections_)) {}
 
@@ -116,7 +116,7 @@ class ClientOrb final : public Orb {
  public:
   // Listens only when the client activates an object.
   explicit ClientOrb(const Options& options)
-      : orb_(unlimited(options), {"127.0.0.1", 0}, nullptr) {}
+      : orb_(unlimited(options), {{"127.0.0.1", 0}}, nullptr) {}
 
   CORBA::ORB_ptr get() override { return orb_.get(); }
 
@@ -162,13 +162,11 @@ class BareObject final : public WellKnownObject {
 
 class ListeningOrb final : public Server {
  public:
-  ListeningOrb(const Options& options, const Endpoint& endpoint, const LogFunction& log)
-      : orb_(options, endpoint, log), keys_(new BareKeys(orb_.core())) {
+  ListeningOrb(const Options& options, const std::vector<Endpoint>& at, const LogFunction& log)
+      : orb_(options, at, log), keys_(new BareKeys(orb_.core())) {
     orb_.core().adapter_registry().insert(keys_);
     const CORBA::Object_var object = orb_.get()->resolve_initial_references("RootPOA");
     root_ = PortableServer::POA::_narrow(object.in());
-    const CORBA::Object_var probe = root_->create_reference("IDL:omg.org/CORBA/Object:1.0");
-    endpoint_ = parseEndpoint(addressOf(probe.in()));
     acceptor_ = std::thread([this] { accept(); });
   }
 
@@ -187,7 +185,10 @@ class ListeningOrb final : public Server {
 
   PortableServer::POA_ptr rootPoa() override { return root_.in(); }
 
-  Endpoint endpoint() override { return endpoint_; }
+  const std::vector<Endpoint>& endpoints() override {
+    return orb_.connections().addresses().published();
+  }
+  const std::vector<Endpoint>& bound() { return orb_.connections().addresses().bound(); }
 
   std::size_t openConnections() override { return orb_.connections().count(); }
 
@@ -212,7 +213,6 @@ class ListeningOrb final : public Server {
   RunningOrb orb_;
   BareKeys* const keys_;  // owned by the ORB
   PortableServer::POA_var root_;
-  Endpoint endpoint_;
   std::thread acceptor_;
 };
 
@@ -235,20 +235,28 @@ std::unique_ptr<Orb> startClient(const Options& options) {
 }
 
 // The log function receives no lines of this ORB, which writes diagnostics to ACE's logger.
-std::unique_ptr<Server> startServer(const Options& options, const Endpoint& endpoint,
+std::unique_ptr<Server> startServer(const Options& options, const std::vector<Endpoint>& endpoints,
                                     const LogFunction& log) {
-  const std::string where = "cannot listen on " + format(endpoint) + ": ";
-  const std::string unknown = lookupFailure(endpoint.host);
-  if (!unknown.empty()) {
-    throw EndpointError(where + unknown);
+  std::string where;
+  for (const Endpoint& endpoint : endpoints) {
+    where += (where.empty() ? "" : ", ") + format(endpoint);
+    if (endpoint.transport != Transport::kTcp) {
+      throw EndpointError("cannot listen on " + format(endpoint) +
+                          ": this program was built without " +
+                          (endpoint.transport == Transport::kTls ? "TLS" : "Unix sockets"));
+    }
+    const std::string unknown = lookupFailure(endpoint.host);
+    if (!unknown.empty()) {
+      throw EndpointError("cannot listen on " + format(endpoint) + ": " + unknown);
+    }
   }
   try {
     const ListeningCheck check;
-    auto server = std::make_unique<ListeningOrb>(options, endpoint, log);
-    check.requireOnly(server->endpoint());
+    auto server = std::make_unique<ListeningOrb>(options, endpoints, log);
+    check.requireOnly(server->bound());
     return server;
   } catch (const CORBA::SystemException& failure) {
-    throw EndpointError(where + describe(failure));
+    throw EndpointError("cannot listen on " + where + ": " + describe(failure));
   }
 }
 

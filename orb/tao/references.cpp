@@ -29,6 +29,20 @@ std::string addressOf(CORBA::Object_ptr reference) {
   return endpoint == nullptr ? "" : format(Endpoint{endpoint->host(), endpoint->port()});
 }
 
+std::string corbaloc(const Endpoint& endpoint, const std::string& key) {
+  const char* const protocol = endpoint.transport == Transport::kTls ? "ssliop" : "iiop";
+  return "corbaloc:" + (protocol + (":1.2@" + format(endpoint))) + "/" + key;
+}
+
+CORBA::Object_ptr objectBeside(CORBA::ORB_ptr orb, CORBA::Object_ptr reference,
+                               const std::string& key) {
+  const std::string address = addressOf(reference);
+  if (address.empty()) {
+    throw CORBA::BAD_PARAM(0, CORBA::COMPLETED_NO);
+  }
+  return orb->string_to_object(("corbaloc:iiop:1.2@" + address + "/" + key).c_str());
+}
+
 ObjectKey objectKeyOf(CORBA::Object_ptr reference) {
   const TAO::ObjectKey& key = firstProfile(reference)->object_key();
   return {reinterpret_cast<const char*>(key.get_buffer()), key.length()};

@@ -17,6 +17,7 @@
 #include "orb/idl/TopoManagementManager.h"
 #include "orb/naming.h"
 #include "orb/orb.h"
+#include "orb/traits.h"
 #include "tests/integration/Programs.h"
 #include "tests/support/DamagedStore.h"
 #include "tests/support/NotifySocket.h"
@@ -92,6 +93,20 @@ TEST_F(AgentLife, PrintsOneLineWithEndpointReferenceAndNumberOfNodesWhenReady) {
               MatchesRegex("topo-agentd ready: endpoint 127.0.0.1:[0-9]+, reference "
                            "corbaloc:iiop:1.2@127.0.0.1:[0-9]+/TopoManagement, [0-9]+ nodes"));
   EXPECT_EQ("", agent.stop(SIGTERM).out);
+}
+
+TEST_F(AgentLife, ServesTopoctlOverAUnixSocket) {
+  if (!orb::kHasUnixSockets) {
+    GTEST_SKIP() << "the ORB has no Unix sockets";
+  }
+  const std::string endpoint = "unix:" + directory_.file("agent.sock");
+  RunningAgent agent({"--network", kBackbone, "--endpoint", endpoint});
+  EXPECT_THAT(agent.readyLine(), testing::EndsWith(" nodes, also at " + endpoint));
+  const Ended called =
+      support::Process(ownPrograms().client, {"--agent", endpoint, "capabilities"}).wait();
+  EXPECT_EQ(0, called.status) << called.err;
+  EXPECT_EQ("", agent.stop(SIGTERM).out);
+  EXPECT_FALSE(std::filesystem::exists(directory_.file("agent.sock")));
 }
 
 // Whether a connection to "HOST:PORT" is accepted.

@@ -306,7 +306,7 @@ TEST(ModuleReload, WithdrawsThePlaceholderInterface) {
 TEST(ModuleReload, KeepsTheReferenceAndEndsIterators) {
   agent::Options options;
   options.store = ":memory:";
-  options.endpoint.port = 0;
+  options.endpoints.front().port = 0;
   options.network = std::string(TOPO_NETWORKS) + "/backbone.json";
   options.module = TOPO_MODULE;
   agent::Agent agent(options);
@@ -341,7 +341,7 @@ TEST(ModuleReload, KeepsTheReferenceAndEndsIterators) {
 TEST(EventsInProcess, ThatTheModuleCannotHandleAreLoggedAndViewsAreServed) {
   agent::Options options;
   options.store = ":memory:";
-  options.endpoint.port = 0;
+  options.endpoints.front().port = 0;
   options.emsName = "E";
   options.module = TOPO_MODULE;
   agent::Agent agent(options);

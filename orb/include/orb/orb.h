@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -24,6 +25,20 @@ constexpr std::size_t kMaxMaxMessageBytes = 0x7fffffff;  // lengths in GIOP are 
 
 constexpr std::size_t kDefaultMaxRequestBytes = std::size_t{1024} * 1024;
 constexpr std::size_t kDefaultMaxConnections = 500;
+
+// How a client and a server are connected.
+enum class Transport {
+  kLocal,  // a call from this process
+  kTcp,
+  kUnix,
+  kTls,
+};
+
+struct Endpoint {
+  std::string host;        // a name or a numeric address; for kUnix the path of the socket
+  std::uint16_t port = 0;  // 0: the system chooses a free port; unused for kUnix
+  Transport transport = Transport::kTcp;
+};
 
 // Limits and timeouts of an ORB.
 struct Options {
@@ -51,15 +66,23 @@ struct Options {
   std::size_t maxConnections = kDefaultMaxConnections;
   // An incoming connection is closed after this time without a request. Rounded up to seconds.
   std::chrono::milliseconds idleTimeout{180000};
+  // Host and port in references in place of those of the first endpoint that is not a Unix socket;
+  // port 0: the port of that endpoint. For servers that clients reach at another address. The
+  // transport is unused.
+  std::optional<Endpoint> publish;
 };
 
-struct Endpoint {
-  std::string host;        // a name or a numeric address
-  std::uint16_t port = 0;  // 0: the system chooses a free port
-};
-
-// Returns "HOST:PORT", with brackets around an IPv6 address.
+// Returns "HOST:PORT", with brackets around an IPv6 address; "unix:PATH" for a Unix socket.
 std::string format(const Endpoint& endpoint);
+
+// Returns the endpoint for "HOST:PORT", "tcp:HOST:PORT", "tls:HOST:PORT", [HOST] for an IPv6
+// address, or "unix:PATH". A bare HOST:PORT has the transport `bare`. The PATH must be absolute and
+// without any of the characters ",:#%", which references cannot contain. No value for other texts.
+std::optional<Endpoint> endpointFrom(const std::string& text, Transport bare = Transport::kTcp);
+
+// Returns the corbaloc of the object with the key at an endpoint of a server, in the notation of
+// this ORB. Throws std::bad_alloc only.
+std::string corbaloc(const Endpoint& endpoint, const std::string& key);
 
 // startServer() cannot listen at the endpoint. what() names the endpoint and the cause.
 // Thread-safety, ownership and errors: as std::runtime_error.
@@ -94,12 +117,7 @@ std::unique_ptr<Orb> startClient(const Options& options);
 
 // The client of a request.
 struct Peer {
-  enum class Transport {
-    kLocal,  // a call from this process
-    kTcp,
-    kUnix,
-    kTls,
-  };
+  using Transport = orb::Transport;
 
   Transport transport = Transport::kLocal;
   std::string address;       // numeric, without port; "" for kLocal and kUnix
@@ -203,8 +221,12 @@ class Server : public Orb {
 
   virtual PortableServer::POA_ptr rootPoa() = 0;  // borrowed
 
-  // The endpoint in references of this server; for port 0 the port that the system chose.
-  virtual Endpoint endpoint() = 0;
+  // The endpoints in references of this server, in the order of startServer(); for port 0 the port
+  // that the system chose.
+  virtual const std::vector<Endpoint>& endpoints() = 0;
+
+  // The first of endpoints().
+  const Endpoint& endpoint() { return endpoints().front(); }
 
   // The number of open incoming connections. The end of a connection is noticed when the system
   // reports it.
@@ -214,13 +236,18 @@ class Server : public Orb {
   virtual std::unique_ptr<WellKnownObject> wellKnownObject(const std::string& key) = 0;
 };
 
-// Listens at the endpoint. Requests to a POA are served after its POA manager was activated.
+// Listens at the endpoints. Requests to a POA are served after its POA manager was activated.
 //
 // The log function may be null. When connections or requests are rejected because of a limit in the
 // options, the log receives a line at the first rejection and a line with the number of rejections
-// when they have ended. Throws EndpointError.
-std::unique_ptr<Server> startServer(const Options& options, const Endpoint& endpoint,
+// when they have ended. The limits apply to all endpoints together. Throws EndpointError, also for
+// a transport that this ORB does not have. REQUIRES: at least one endpoint.
+std::unique_ptr<Server> startServer(const Options& options, const std::vector<Endpoint>& endpoints,
                                     const LogFunction& log);
+inline std::unique_ptr<Server> startServer(const Options& options, const Endpoint& endpoint,
+                                           const LogFunction& log) {
+  return startServer(options, std::vector<Endpoint>{endpoint}, log);
+}
 
 // Returns the object key in requests to the reference. REQUIRES: an object of this process.
 ObjectKey objectKeyOf(CORBA::Object_ptr reference);

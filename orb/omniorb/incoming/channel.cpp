@@ -1,16 +1,9 @@
 #include "channel.h"
 
-#include <sys/socket.h>
-#include <unistd.h>
-
 #include <cerrno>
 #include <utility>
 
 namespace orb {
-
-Channel::~Channel() {
-  ::close(socket_);
-}
 
 int Channel::read(char* to, std::size_t count,
                   std::optional<std::chrono::system_clock::time_point> deadline) {
@@ -53,10 +46,10 @@ void Channel::setSelectable() {
     return;
   }
   selectable_ = true;
-  if (isReady() || !rest_.empty()) {
+  if (isReady() || hasReceived()) {
     watcher_.attend(id_);
   } else {
-    watcher_.watch(id_, socket_);
+    watcher_.watch(id_, socket());
   }
 }
 
@@ -87,7 +80,7 @@ void Channel::shutDown() {
 
 void Channel::shutDownLocked() {
   shutDown_ = true;
-  ::shutdown(socket_, SHUT_RDWR);
+  stream_->shutDown();
   changed_.notify_all();
   if (selectable_) {
     watcher_.attend(id_);
@@ -112,7 +105,11 @@ Channel::State Channel::attend(char* scratch, std::size_t scratchBytes, Time now
   if (starved) {
     return State::kStarved;
   }
-  watcher_.watch(id_, socket_);
+  if (hasReceived()) {
+    watcher_.attend(id_);
+  } else {
+    watcher_.watch(id_, socket());
+  }
   return State::kWaiting;
 }
 
@@ -141,7 +138,7 @@ void Channel::receive(char* scratch, std::size_t scratchBytes, Time now, bool& s
   const std::string rest = std::exchange(rest_, {});
   Assembler::Progress taken = assemble(rest.data(), rest.size(), now);
   if (!isReady() && !taken.starved) {
-    const ssize_t count = ::recv(socket_, scratch, scratchBytes, MSG_DONTWAIT);
+    const ssize_t count = stream_->receive(scratch, scratchBytes);
     if (count > 0) {
       taken = assemble(scratch, static_cast<std::size_t>(count), now);
     } else {

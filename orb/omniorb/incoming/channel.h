@@ -7,11 +7,14 @@
 #include <condition_variable>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <thread>
+#include <utility>
 
 #include "../../incoming/assembler.h"
+#include "stream.h"
 #include "sync/Mutex.h"
 
 namespace orb {
@@ -42,7 +45,7 @@ class Watcher {
 // - not selectable: a serving thread reads the request, until setSelectable() requests the next
 // one.
 //
-// Thread-safety: any thread; attend() by the reading thread only. Ownership: owns the socket,
+// Thread-safety: any thread; attend() by the reading thread only. Ownership: owns the stream,
 // borrows watcher, limits and budget. Errors of the socket appear as the end of the connection;
 // std::bad_alloc passes.
 class Channel {
@@ -50,14 +53,15 @@ class Channel {
   using Time = Assembler::Time;
 
   // REQUIRES: watcher, limits and budget outlive the channel.
-  Channel(Watcher::Id id, int socket, Watcher& watcher, const RequestLimits& limits,
-          ReceiveBudget& budget)
-      : id_(id), socket_(socket), watcher_(watcher), assembler_(limits, budget) {}
-  ~Channel();
+  Channel(Watcher::Id id, std::unique_ptr<Stream> stream, Watcher& watcher,
+          const RequestLimits& limits, ReceiveBudget& budget)
+      : id_(id), stream_(std::move(stream)), watcher_(watcher), assembler_(limits, budget) {}
+  ~Channel() = default;
   Channel(const Channel&) = delete;
   Channel& operator=(const Channel&) = delete;
 
-  int socket() const { return socket_; }
+  int socket() const { return stream_->socket(); }
+  Stream& stream() const { return *stream_; }
 
   // Functions for serving threads:
 
@@ -111,11 +115,13 @@ class Channel {
   void shutDownLocked() REQUIRES(mutex_);
   // Whether a request, or the end of the connection, can be reported.
   bool isReady() const REQUIRES(mutex_) { return assembler_.isComplete() || ended_ || shutDown_; }
+  // Whether attend() has work before the socket becomes readable.
+  bool hasReceived() const REQUIRES(mutex_) { return !rest_.empty() || stream_->hasReceived(); }
   Assembler::Progress assemble(const char* bytes, std::size_t count, Time now) REQUIRES(mutex_);
   void receive(char* scratch, std::size_t scratchBytes, Time now, bool& starved) REQUIRES(mutex_);
 
   const Watcher::Id id_;
-  const int socket_;
+  const std::unique_ptr<Stream> stream_;
   Watcher& watcher_;
 
   mutable Mutex mutex_;

@@ -7,6 +7,7 @@
 #include <array>
 #include <cerrno>
 #include <system_error>
+#include <utility>
 
 namespace orb {
 namespace {
@@ -24,9 +25,8 @@ int checked(int descriptor) {
 
 }  // namespace
 
-Channels::Channels(const RequestLimits& limits, std::size_t budgetBytes, int listeningSocket)
-    : limits_(limits),
-      budget_(budgetBytes),
+Channels::Channels(std::shared_ptr<ServerState> state, int listeningSocket)
+    : state_(std::move(state)),
       listeningSocket_(listeningSocket),
       epoll_(checked(::epoll_create1(EPOLL_CLOEXEC))),
       wakeUp_(checked(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))),
@@ -58,22 +58,20 @@ void Channels::wake() const {
   static_cast<void>(!::write(wakeUp_, &once, sizeof once));
 }
 
-std::size_t Channels::size() const {
-  const MutexLock lock(mutex_);
-  return entries_.size();
-}
-
-std::pair<Watcher::Id, std::shared_ptr<Channel>> Channels::add(int socket) {
+std::pair<Watcher::Id, std::shared_ptr<Channel>> Channels::add(std::unique_ptr<Stream> stream) {
+  const int socket = stream->socket();
   const MutexLock lock(mutex_);
   const Id id = ++lastId_;
   Entry& entry = entries_[id];
   try {
-    entry.channel = std::make_shared<Channel>(id, socket, *this, limits_, budget_);
+    entry.channel = std::make_shared<Channel>(id, std::move(stream), *this, state_->limits.requests,
+                                              state_->budget);
   } catch (...) {
     entries_.erase(id);
     throw;
   }
   control(EPOLL_CTL_ADD, socket, EPOLLONESHOT, id);
+  ++state_->connections;
   return {id, entry.channel};
 }
 
@@ -84,7 +82,7 @@ void Channels::connect(Id id, omni::giopConnection* connection) {
 
 void Channels::remove(Id id) {
   const MutexLock lock(mutex_);
-  entries_.erase(id);
+  state_->connections -= entries_.erase(id);
 }
 
 Channels::Entry Channels::find(Id id) const {

@@ -3,7 +3,6 @@
 #ifndef ORB_OMNIORB_INCOMING_CHANNELS_H
 #define ORB_OMNIORB_INCOMING_CHANNELS_H
 
-#include <chrono>
 #include <cstddef>
 #include <map>
 #include <memory>
@@ -11,6 +10,7 @@
 #include <vector>
 
 #include "channel.h"
+#include "serverstate.h"
 #include "sync/Mutex.h"
 
 namespace omni {
@@ -18,13 +18,6 @@ class giopConnection;
 }
 
 namespace orb {
-
-struct ChannelLimits {
-  RequestLimits requests;
-  std::size_t connections = 0;
-  std::chrono::milliseconds requestTime{
-      0};  // from the first byte of a request to its last; 0: none
-};
 
 // The channels of the open connections and the epoll instance of the reading thread.
 //
@@ -44,8 +37,8 @@ class Channels final : public Watcher {
     std::vector<Id> toAttend;
   };
 
-  // `budgetBytes` is the memory for incomplete requests of all channels. Throws std::system_error.
-  Channels(const RequestLimits& limits, std::size_t budgetBytes, int listeningSocket);
+  // Counts its channels in the connections of `state`. Throws std::system_error.
+  Channels(std::shared_ptr<ServerState> state, int listeningSocket);
   ~Channels() override;
   Channels(const Channels&) = delete;
   Channels& operator=(const Channels&) = delete;
@@ -56,10 +49,8 @@ class Channels final : public Watcher {
   // Makes the current call of wait(), or the next call, return.
   void wake() const;
 
-  std::size_t size() const;
-
-  // Takes ownership of the socket. On std::bad_alloc the caller keeps the socket.
-  std::pair<Watcher::Id, std::shared_ptr<Channel>> add(int socket);
+  // Takes ownership of the stream.
+  std::pair<Watcher::Id, std::shared_ptr<Channel>> add(std::unique_ptr<Stream> stream);
   void connect(Id id, omni::giopConnection* connection);
   void remove(Id id);
 
@@ -76,8 +67,7 @@ class Channels final : public Watcher {
  private:
   void control(int operation, int socket, unsigned events, Id id) const;
 
-  const RequestLimits limits_;
-  ReceiveBudget budget_;
+  const std::shared_ptr<ServerState> state_;
   const int listeningSocket_;
   const int epoll_;
   const int wakeUp_;

@@ -1,8 +1,6 @@
 #include "connection.h"
 
-#include <omniORB4/internal/tcpSocket.h>
 #include <poll.h>
-#include <sys/socket.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -10,6 +8,7 @@
 #include <climits>
 #include <cstddef>
 #include <optional>
+#include <string>
 
 #include "../../addresses.h"
 #include "../../incoming/giop.h"
@@ -19,8 +18,6 @@ namespace {
 
 using SystemTime = std::chrono::system_clock::time_point;
 
-constexpr const char* kTransport = "giop:tcp";
-
 std::optional<SystemTime> timeOf(const omni_time_t& deadline) {
   if (!deadline) {
     return std::nullopt;
@@ -29,14 +26,10 @@ std::optional<SystemTime> timeOf(const omni_time_t& deadline) {
       std::chrono::seconds(deadline.s) + std::chrono::nanoseconds(deadline.ns)));
 }
 
-char* ownAddress(int socket) {
-  sockaddr_storage address{};
-  socklen_t size = sizeof address;
-  auto* const general = reinterpret_cast<sockaddr*>(&address);
-  if (::getsockname(socket, general, &size) != 0) {
-    return CORBA::string_dup("giop:tcp:255.255.255.255:65535");
-  }
-  return omni::tcpSocket::addrToURI(general, kTransport);
+// An address in the ORB's notation. A client on a Unix socket has no address of its own.
+char* uri(const char* type, const Endpoint& own, const Endpoint& address) {
+  const std::string text = own.transport == Transport::kUnix ? own.host : format(address);
+  return CORBA::string_dup((std::string(type) + ":" + text).c_str());
 }
 
 bool isCloseConnection(const void* bytes, std::size_t count) {
@@ -64,12 +57,13 @@ bool waitForRoom(int socket, const std::optional<SystemTime>& deadline) {
 
 }  // namespace
 
-Connection::Connection(std::shared_ptr<Channel> channel, std::function<void()> released)
+Connection::Connection(std::shared_ptr<Channel> channel, const char* type,
+                       std::function<void()> released)
     : released_(std::move(released)),
       channel_(std::move(channel)),
-      myAddress_(ownAddress(channel_->socket())),
-      peerAddress_(omni::tcpSocket::peerToURI(channel_->socket(), kTransport)),
-      peer_(std::make_shared<const Peer>(peerOf(channel_->socket()))) {}
+      myAddress_(uri(type, localEndpoint(channel_->socket()), localEndpoint(channel_->socket()))),
+      peerAddress_(uri(type, localEndpoint(channel_->socket()), peerEndpoint(channel_->socket()))) {
+}
 
 Connection::~Connection() {
   channel_->clearSelectable();
@@ -80,7 +74,7 @@ int Connection::Send(void* bytes, std::size_t count, const omni_time_t& deadline
   const std::optional<SystemTime> end =
       isCloseConnection(bytes, count) ? SystemTime::min() : timeOf(deadline);
   for (;;) {
-    const ssize_t sent = ::send(channel_->socket(), bytes, count, MSG_DONTWAIT | MSG_NOSIGNAL);
+    const ssize_t sent = channel_->stream().send(bytes, count);
     if (sent > 0) {
       return static_cast<int>(std::min<ssize_t>(sent, INT_MAX));
     }

@@ -13,7 +13,6 @@
 #include <memory>
 
 #include "channel.h"
-#include "orb/orb.h"
 
 namespace orb {
 
@@ -25,7 +24,8 @@ class Connection final : public omni::giopConnection {
  public:
   // The destructor calls `released`, whose captures keep alive the objects that the channel
   // borrows.
-  Connection(std::shared_ptr<Channel> channel, std::function<void()> released);
+  // type: "giop:tcp", for the ORB's messages and rules.
+  Connection(std::shared_ptr<Channel> channel, const char* type, std::function<void()> released);
 
   // Waits for space in the socket buffer until the deadline. CloseConnection messages do not wait,
   // because the ORB sends them under its locks.
@@ -39,8 +39,8 @@ class Connection final : public omni::giopConnection {
   _CORBA_Boolean isSelectable() override;
   _CORBA_Boolean Peek() override;
 
-  // Never null.
-  const std::shared_ptr<const Peer>& peer() const { return peer_; }
+  // REQUIRES: a request was received.
+  const Peer& peer() const { return channel_->stream().peer(); }
 
   // Whether the request in dispatch was refused for its size.
   bool isRefused() const { return channel_->isRefused(); }
@@ -52,7 +52,6 @@ class Connection final : public omni::giopConnection {
   const std::shared_ptr<Channel> channel_;
   const CORBA::String_var myAddress_;
   const CORBA::String_var peerAddress_;
-  const std::shared_ptr<const Peer> peer_;
 };
 
 }  // namespace orb

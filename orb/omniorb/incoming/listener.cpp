@@ -1,11 +1,11 @@
 #include "listener.h"
 
 #include <omniORB4/internal/tcpSocket.h>
-#include <omniORB4/omniURI.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <climits>
+#include <cstring>
+#include <new>
 #include <system_error>
 #include <utility>
 
@@ -15,20 +15,45 @@
 namespace orb {
 namespace {
 
-constexpr const char* kTransport = "giop:tcp";
 // Bytes received from one connection before the next connection is read. Small, because this number
 // bounds how many messages of minimal size the other connections wait for.
 constexpr std::size_t kScratchBytes = 4096;
 constexpr std::chrono::milliseconds kAcceptPause{100};
 constexpr std::chrono::milliseconds kStarvedPause{20};
 
+// The ORB's name of a transport.
+const char* typeOf(Transport transport) {
+  switch (transport) {
+    case Transport::kUnix:
+      return "giop:unix";
+    case Transport::kTls:
+      return "giop:ssl";
+    default:
+      return "giop:tcp";
+  }
+}
+
+std::string pathOrAddress(const Endpoint& endpoint) {
+  return endpoint.transport == Transport::kUnix ? endpoint.host : format(endpoint);
+}
+
+// address: in the ORB's notation, "giop:tcp:HOST:PORT".
+Endpoint boundEndpoint(const char* address, const Endpoint& requested) {
+  if (requested.transport == Transport::kUnix) {
+    return requested;
+  }
+  Endpoint bound = parseEndpoint(address + std::strlen(typeOf(requested.transport)) + 1);
+  bound.transport = requested.transport;
+  return bound;
+}
+
 }  // namespace
 
-Listener::Listener(std::string address, const ChannelLimits& limits)
-    : parameter_(std::move(address)), limits_(limits), scratch_(kScratchBytes, '\0') {}
+Listener::Listener(std::shared_ptr<ServerState> state, std::size_t index)
+    : state_(std::move(state)), index_(index), scratch_(kScratchBytes, '\0') {}
 
 const char* Listener::type() const {
-  return kTransport;
+  return typeOf(endpoint().transport);
 }
 
 const char* Listener::address() const {
@@ -39,44 +64,66 @@ const omni::orbServer::EndpointList* Listener::addresses() const {
   return &addresses_;
 }
 
-// Publishes the first address only and ignores the publish settings of the ORB.
+// Publishes the first address only, or the address in the options, and ignores the publish settings
+// of the ORB.
 _CORBA_Boolean Listener::publish(const omni::orbServer::PublishSpecs& /*specs*/,
                                  _CORBA_Boolean /*allSpecs*/, _CORBA_Boolean /*allEndpoints*/,
                                  omni::orbServer::EndpointList& published) {
-  omni::orbServer::EndpointList all(published.length() + 1);
-  all.length(published.length() + 1);
-  for (CORBA::ULong i = 0; i < published.length(); ++i) {
+  const std::string text =
+      std::string(type()) + ":" + pathOrAddress(state_->addresses.published()[index_]);
+  const CORBA::ULong count = published.length();
+  omni::orbServer::EndpointList all(count + 1);
+  all.length(count + 1);
+  for (CORBA::ULong i = 0; i < count; ++i) {
     all[i] = published[i];
   }
-  all[published.length()] = addresses_[0];
+  all[count] = text.c_str();
   published = all;
-  return giopEndpoint::addToIOR(addresses_[0]);
+  return giopEndpoint::addToIOR(text.c_str());
 }
 
 _CORBA_Boolean Listener::Bind() {
-  CORBA::UShort firstPort = 0;
-  CORBA::UShort lastPort = 0;
-  const CORBA::String_var host =
-      omni::omniURI::extractHostPortRange(parameter_.c_str(), firstPort, lastPort);
-  char* boundHost = nullptr;
-  CORBA::UShort boundPort = 0;
-  const int socket = omni::tcpSocket::Bind(host, firstPort, lastPort, kTransport, boundHost,
-                                           boundPort, addresses_);
+  const int socket = endpoint().transport == Transport::kUnix ? bindToPath() : bindToHost();
   if (socket == RC_INVALID_SOCKET) {
     return false;
   }
-  CORBA::string_free(boundHost);
   omni::tcpSocket::setNonBlocking(socket);
   omni::tcpSocket::setCloseOnExec(socket);
   acceptor_.emplace(socket);
   try {
-    channels_ =
-        std::make_shared<Channels>(limits_.requests, 2 * limits_.requests.messageBytes, socket);
+    channels_ = std::make_shared<Channels>(state_, socket);
   } catch (const std::system_error& failure) {
     writeLog(failure.what());
     return false;
   }
+  state_->addresses.add(boundEndpoint(addresses_[0], endpoint()));
   return true;
+}
+
+int Listener::bindToHost() {
+  char* boundHost = nullptr;
+  CORBA::UShort boundPort = 0;
+  const int socket =
+      omni::tcpSocket::Bind(endpoint().host.c_str(), endpoint().port, endpoint().port, type(),
+                            boundHost, boundPort, addresses_);
+  if (socket != RC_INVALID_SOCKET) {
+    CORBA::string_free(boundHost);
+  }
+  return socket;
+}
+
+int Listener::bindToPath() {
+  const std::string& path = endpoint().host;
+  try {
+    const int socket = listenOnUnixSocket(path);
+    file_.emplace(path);
+    addresses_.length(1);
+    addresses_[0] = (std::string(type()) + ":" + path).c_str();
+    return socket;
+  } catch (const EndpointError& failure) {
+    writeLog(failure.what());
+    return RC_INVALID_SOCKET;
+  }
 }
 
 omni::giopConnection* Listener::AcceptAndMonitor(omni::giopConnection::notifyReadable_t notify,
@@ -114,7 +161,7 @@ omni::giopConnection* Listener::accept(Time now) {
   int socket = -1;
   switch (acceptor_->accept(socket)) {
     case Acceptor::Outcome::kAccepted:
-      return admit(socket, now);
+      return admit(Descriptor(socket), now);
     case Acceptor::Outcome::kNone:
       break;
     case Acceptor::Outcome::kFailed:
@@ -122,29 +169,32 @@ omni::giopConnection* Listener::accept(Time now) {
       channels_->listen(false);
       [[fallthrough]];
     case Acceptor::Outcome::kRefused:
-      limitLog_.outOfDescriptors(channels_->size(), now);
+      limitLog_.outOfDescriptors(state_->connections, now);
       break;
   }
   return nullptr;
 }
 
-omni::giopConnection* Listener::admit(int socket, Time now) {
-  if (channels_->size() >= limits_.connections) {
-    ::close(socket);
-    limitLog_.tooManyConnections(limits_.connections, now);
+std::unique_ptr<Stream> Listener::makeStream(Descriptor socket) const {
+  Peer peer = peerOf(socket.get(), endpoint().transport, index_);
+  return std::make_unique<Stream>(std::move(socket), std::move(peer));
+}
+
+omni::giopConnection* Listener::admit(Descriptor socket, Time now) {
+  if (state_->connections >= state_->limits.connections) {
+    limitLog_.tooManyConnections(state_->limits.connections, now);
     return nullptr;
   }
   std::pair<Watcher::Id, std::shared_ptr<Channel>> added;
   try {
-    added = channels_->add(socket);
+    added = channels_->add(makeStream(std::move(socket)));
   } catch (const std::bad_alloc&) {
-    ::close(socket);
     limitLog_.outOfMemory(now);
     return nullptr;
   }
   const auto release = [channels = channels_, id = added.first] { channels->remove(id); };
   try {
-    auto* const connection = new Connection(added.second, release);
+    auto* const connection = new Connection(added.second, type(), release);
     channels_->connect(added.first, connection);
     return connection;
   } catch (const std::bad_alloc&) {
@@ -174,8 +224,8 @@ void Listener::attend(Watcher::Id id, omni::giopConnection::notifyReadable_t not
 }
 
 void Listener::scheduleExpiry(std::optional<Time> incompleteSince) {
-  if (incompleteSince && limits_.requestTime.count() > 0) {
-    const Time expiry = *incompleteSince + limits_.requestTime;
+  if (incompleteSince && state_->limits.requestTime.count() > 0) {
+    const Time expiry = *incompleteSince + state_->limits.requestTime;
     nextExpiry_ = nextExpiry_ ? std::min(*nextExpiry_, expiry) : expiry;
   }
 }
@@ -185,7 +235,7 @@ void Listener::expire(Time now) {
   nextExpiry_.reset();
   for (const auto& [id, entry] : channels_->all()) {
     const std::optional<Time> since = entry.channel->incompleteSince();
-    if (since && *since + limits_.requestTime <= now) {
+    if (since && *since + state_->limits.requestTime <= now) {
       limitLog_.requestIncomplete(now);
       entry.channel->shutDown();
     } else {

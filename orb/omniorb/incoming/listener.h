@@ -18,9 +18,11 @@
 #include <vector>
 
 #include "../../limitlog.h"
+#include "../../unixsocket.h"
 #include "../log.h"
 #include "acceptor.h"
 #include "channels.h"
+#include "serverstate.h"
 
 namespace orb {
 
@@ -35,7 +37,8 @@ namespace orb {
 // that cannot be admitted is closed.
 class Listener final : public omni::giopEndpoint {
  public:
-  Listener(std::string address, const ChannelLimits& limits);
+  // For the endpoint of this index in the state.
+  Listener(std::shared_ptr<ServerState> state, std::size_t index);
 
   const char* type() const override;
   const char* address() const override;
@@ -54,8 +57,12 @@ class Listener final : public omni::giopEndpoint {
 
   ~Listener() override = default;
 
+  const Endpoint& endpoint() const { return state_->endpoints[index_]; }
+  int bindToHost();
+  int bindToPath();
   omni::giopConnection* accept(Time now);
-  omni::giopConnection* admit(int socket, Time now);
+  omni::giopConnection* admit(Descriptor socket, Time now);
+  std::unique_ptr<Stream> makeStream(Descriptor socket) const;
   void attend(Watcher::Id id, omni::giopConnection::notifyReadable_t notify, void* cookie,
               Time now);
   void scheduleExpiry(std::optional<Time> incompleteSince);
@@ -63,9 +70,10 @@ class Listener final : public omni::giopEndpoint {
   void runTimers(Time now);
   int millisecondsToNextTimer(Time now) const;
 
-  const std::string parameter_;
-  const ChannelLimits limits_;
+  const std::shared_ptr<ServerState> state_;
+  const std::size_t index_;
   omni::orbServer::EndpointList addresses_;
+  std::optional<SocketFile> file_;
   std::optional<Acceptor> acceptor_;
   std::shared_ptr<Channels> channels_;
   std::atomic<bool> poked_{false};

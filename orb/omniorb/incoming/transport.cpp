@@ -6,8 +6,8 @@
 #include <omniORB4/omniServer.h>
 #include <omniORB4/giopEndpoint.h>
 // clang-format on
-#include <omniORB4/omniURI.h>
 
+#include <cstdlib>
 #include <utility>
 
 #include "listener.h"
@@ -17,43 +17,42 @@ namespace {
 
 constexpr const char* kType = "giop:limited";
 
-// Delegates to the TCP transport of the ORB, except for listening endpoints.
-class Transport final : public omni::giopTransportImpl {
+// Makes the listening endpoints; a parameter is an index in ServerState::endpoints. References
+// contain addresses of the ORB's own transports.
+class Transports final : public omni::giopTransportImpl {
  public:
-  Transport() : giopTransportImpl(kType) {}
+  Transports() : giopTransportImpl(kType) {}
 
-  void limit(ChannelLimits limits) { limits_ = std::move(limits); }
+  void serve(std::shared_ptr<ServerState> state) { state_ = std::move(state); }
 
-  omni::giopEndpoint* toEndpoint(const char* address) override {
-    return isValid(address) ? new Listener(address, limits_) : nullptr;
+  omni::giopEndpoint* toEndpoint(const char* index) override {
+    return isValid(index) ? new Listener(state_, std::stoul(index)) : nullptr;
   }
-  omni::giopAddress* toAddress(const char* address) override { return tcp().toAddress(address); }
-  _CORBA_Boolean isValid(const char* address) override {
-    return omni::omniURI::validHostPortRange(address);
+  omni::giopAddress* toAddress(const char* /*address*/) override { return nullptr; }
+  _CORBA_Boolean isValid(const char* index) override {
+    return state_ && std::strtoul(index, nullptr, 10) < state_->endpoints.size();
   }
-  _CORBA_Boolean addToIOR(const char* address, omni::IORPublish* published) override {
-    return tcp().addToIOR(address, published);
+  _CORBA_Boolean addToIOR(const char* /*address*/, omni::IORPublish* /*to*/) override {
+    return false;
   }
   const omnivector<const char*>* getInterfaceAddress() override {
-    return tcp().getInterfaceAddress();
+    return str2Transport("giop:tcp:")->getInterfaceAddress();
   }
 
  private:
-  static omni::giopTransportImpl& tcp() { return *str2Transport("giop:tcp:"); }
-
-  ChannelLimits limits_;
+  std::shared_ptr<ServerState> state_;
 };
 
 }  // namespace
 
-std::string limitedEndpoint(const Options& options, const std::string& listenAt) {
-  static Transport transport;
-  ChannelLimits limits;
-  limits.requests = requestLimits(options);
-  limits.connections = options.maxConnections;
-  limits.requestTime = options.serveTimeout;
-  transport.limit(std::move(limits));
-  return std::string(kType) + ":" + listenAt;
+std::vector<std::string> limitedEndpoints(const std::shared_ptr<ServerState>& state) {
+  static Transports transports;
+  transports.serve(state);
+  std::vector<std::string> names;
+  for (std::size_t i = 0; i < state->endpoints.size(); ++i) {
+    names.push_back(std::string(kType) + ":" + std::to_string(i));
+  }
+  return names;
 }
 
 }  // namespace orb

@@ -39,7 +39,8 @@ class ChannelTest : public testing::Test {
     int sockets[2] = {-1, -1};
     EXPECT_EQ(0, ::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, sockets));
     peer_ = sockets[0];
-    channel_.emplace(2, sockets[1], watcher_, limits_, budget_);
+    channel_.emplace(2, std::make_unique<orb::Stream>(orb::Descriptor(sockets[1]), orb::Peer()),
+                     watcher_, limits_, budget_);
   }
   ~ChannelTest() override { ::close(peer_); }
 

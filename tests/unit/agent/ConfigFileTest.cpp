@@ -135,6 +135,13 @@ TEST_F(ConfigFile, RejectsARepeatedName) {
   EXPECT_EQ("agent.conf:3: 'queue' is already in line 1", refusal("queue = 5\n\nqueue = 6\n"));
 }
 
+TEST_F(ConfigFile, MayHaveSeveralEndpoints) {
+  EXPECT_EQ(2U, options("endpoint = \"127.0.0.1:0\"\nendpoint = \"unix:/a\"\n").endpoints.size());
+  const agent::Options given = options("endpoint = \"unix:/a\"\n", {"--endpoint", "host:12"});
+  ASSERT_EQ(1U, given.endpoints.size());
+  EXPECT_EQ("host", given.endpoints.front().host);
+}
+
 TEST_F(ConfigFile, MayHaveOneMebibyte) {
   const std::size_t largest = std::size_t{1} << 20;
   EXPECT_THAT(read(std::string(largest, '\n')), testing::IsEmpty());
@@ -175,8 +182,8 @@ TEST_F(ConfigFile, RejectsOptionsThatOnlyTheCommandLineMayHave) {
 TEST_F(ConfigFile, NamesTheLineOfAnInvalidValue) {
   EXPECT_THAT(refusalOfOptions("queue = 5\nlog-level = 9\n"),
               testing::AllOf(StartsWith("agent.conf:2: --log-level: "), HasSubstr("9")));
-  EXPECT_EQ("agent.conf:1: --endpoint: 'here' is not HOST:PORT",
-            refusalOfOptions("endpoint = here\n"));
+  EXPECT_THAT(refusalOfOptions("endpoint = here\n"),
+              StartsWith("agent.conf:1: --endpoint: 'here' is not HOST:PORT, "));
   EXPECT_THAT(refusalOfOptions("no-console = perhaps\n"), StartsWith("agent.conf:1: "));
 }
 

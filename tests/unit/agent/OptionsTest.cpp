@@ -37,8 +37,8 @@ TEST(AgentOptions, HaveDefaults) {
   ASSERT_TRUE(options);
   EXPECT_EQ("", options->network);
   EXPECT_EQ("./topo-agentd.db", options->store);
-  EXPECT_EQ("127.0.0.1", options->endpoint.host);
-  EXPECT_EQ(2810, options->endpoint.port);
+  EXPECT_EQ("127.0.0.1", options->endpoints.front().host);
+  EXPECT_EQ(2810, options->endpoints.front().port);
   EXPECT_EQ("", options->iorFile);
   EXPECT_EQ("", options->emsName);
   EXPECT_FALSE(options->testSwitch);
@@ -119,8 +119,8 @@ TEST(AgentOptions, OfNamesAndAddressesAreTakenFromTheCommandLine) {
   const auto options = parse({"--endpoint", "localhost:99", "--ems-name", "Vendor/1",
                               "--test-switch", "--naming", "corbaloc::h:1/NameService"});
   ASSERT_TRUE(options);
-  EXPECT_EQ("localhost", options->endpoint.host);
-  EXPECT_EQ(99, options->endpoint.port);
+  EXPECT_EQ("localhost", options->endpoints.front().host);
+  EXPECT_EQ(99, options->endpoints.front().port);
   EXPECT_EQ("Vendor/1", options->emsName);
   EXPECT_TRUE(options->testSwitch);
   EXPECT_EQ("corbaloc::h:1/NameService", options->naming);
@@ -154,8 +154,8 @@ class AcceptedEndpoint : public testing::TestWithParam<Accepted> {};
 TEST_P(AcceptedEndpoint, HasHostAndPort) {
   const auto options = parse({"--endpoint", GetParam().text});
   ASSERT_TRUE(options);
-  EXPECT_EQ(GetParam().host, options->endpoint.host);
-  EXPECT_EQ(GetParam().port, options->endpoint.port);
+  EXPECT_EQ(GetParam().host, options->endpoints.front().host);
+  EXPECT_EQ(GetParam().port, options->endpoints.front().port);
 }
 
 INSTANTIATE_TEST_SUITE_P(Endpoints, AcceptedEndpoint,
@@ -223,6 +223,23 @@ INSTANTIATE_TEST_SUITE_P(Options, NumericOption,
                                          "--max-iterators", "--iterator-memory", "--max-views",
                                          "--view-memory", "--memory"));
 
+TEST(AgentOptions, TakeSeveralEndpoints) {
+  const auto options = parse({"--endpoint", "tcp:127.0.0.1:0", "--endpoint", "unix:/run/a.sock",
+                              "--publish", "agent.example.net:2810"});
+  ASSERT_TRUE(options);
+  ASSERT_EQ(2U, options->endpoints.size());
+  EXPECT_EQ("127.0.0.1:0", orb::format(options->endpoints[0]));
+  EXPECT_EQ("unix:/run/a.sock", orb::format(options->endpoints[1]));
+  ASSERT_TRUE(options->publish);
+  EXPECT_EQ("agent.example.net:2810", orb::format(*options->publish));
+}
+
+TEST(AgentOptions, RejectAPublishedAddressWithoutAPort) {
+  for (const char* text : {"host", "host:0", "unix:/a", "tls:host:1"}) {
+    EXPECT_THAT(refusal({"--publish", text}), HasSubstr("is not HOST:PORT")) << text;
+  }
+}
+
 TEST(AgentOptions, RejectUnknownOptionsInOneLine) {
   EXPECT_THAT(refusal({"--colour"}), HasSubstr("--colour"));
   EXPECT_THAT(refusal({"--colour"}), HasSubstr(" (see topo-agentd --help)"));
@@ -243,14 +260,13 @@ TEST(AgentOptions, AnswerHelpOnStandardOutput) {
   const auto options = parse({"--help"});
   const std::string printed = testing::internal::GetCapturedStdout();
   EXPECT_FALSE(options);
-  for (const char* option : {"--version",         "--config",           "--network",
-                             "--store",           "--create",           "--skip-store-check",
-                             "--endpoint",        "--ior-file",         "--ems-name",
-                             "--test-switch",     "--module",           "--naming",
-                             "--log-level",       "--max-message",      "--max-request",
-                             "--max-connections", "--iterator-timeout", "--max-iterators",
-                             "--iterator-memory", "--max-views",        "--view-memory",
-                             "--memory"}) {
+  for (const char* option :
+       {"--version",          "--config",           "--network",         "--store",
+        "--create",           "--skip-store-check", "--endpoint",        "--ior-file",
+        "--ems-name",         "--test-switch",      "--module",          "--naming",
+        "--log-level",        "--max-message",      "--max-request",     "--max-connections",
+        "--iterator-timeout", "--max-iterators",    "--iterator-memory", "--max-views",
+        "--view-memory",      "--memory",           "--publish"}) {
     EXPECT_THAT(printed, HasSubstr(option));
   }
 }

@@ -7,6 +7,7 @@
 #include <netinet/in.h>
 #include <poll.h>
 #include <sys/socket.h>
+#include <sys/un.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -87,7 +88,14 @@ class RawClient {
   // address; INADDR_ANY: the system's choice.
   explicit RawClient(const orb::Endpoint& endpoint, int receiveBuffer = 0,
                      in_addr_t source = INADDR_ANY)
-      : socket_(socket(AF_INET, SOCK_STREAM, 0)) {
+      : socket_(socket(isPath(endpoint) ? AF_UNIX : AF_INET, SOCK_STREAM, 0)) {
+    if (isPath(endpoint)) {
+      sockaddr_un address{};
+      address.sun_family = AF_UNIX;
+      endpoint.host.copy(address.sun_path, sizeof address.sun_path - 1);
+      static_cast<void>(connect(socket_, reinterpret_cast<sockaddr*>(&address), sizeof address));
+      return;
+    }
     if (receiveBuffer > 0) {
       setsockopt(socket_, SOL_SOCKET, SO_RCVBUF, &receiveBuffer, sizeof receiveBuffer);
     }
@@ -142,6 +150,10 @@ class RawClient {
   }
 
  private:
+  static bool isPath(const orb::Endpoint& endpoint) {
+    return endpoint.transport == orb::Transport::kUnix;
+  }
+
   const int socket_;
 };
 

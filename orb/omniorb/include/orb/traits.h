@@ -12,6 +12,9 @@ constexpr bool kExactMessageLimit = true;
 // not, the connection ends in the middle of the reply.
 constexpr bool kRefusesLargeAnswers = false;
 
+// Whether a server can listen on a Unix socket.
+constexpr bool kHasUnixSockets = true;
+
 }  // namespace orb
 
 #endif

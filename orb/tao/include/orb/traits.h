@@ -18,6 +18,9 @@ constexpr bool kExactMessageLimit = false;
 // not, the connection ends in the middle of the reply.
 constexpr bool kRefusesLargeAnswers = true;
 
+// Whether a server can listen on a Unix socket.
+constexpr bool kHasUnixSockets = false;
+
 }  // namespace orb
 
 #endif
