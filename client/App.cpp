@@ -2,6 +2,7 @@
 
 #include <ostream>
 
+#include "client/Complete.h"
 #include "client/agent/CallFailure.h"
 #include "client/agent/Connection.h"
 #include "client/commands/Commands.h"
@@ -43,6 +44,10 @@ void execute(const Options& options, CORBA::ORB_ptr orb, const Streams& streams,
 
 int run(const std::vector<std::string>& arguments, const std::string& agentOfEnvironment,
         const Streams& streams) {
+  if (isCompletion(arguments)) {
+    complete(arguments, agentOfEnvironment, streams.out);
+    return static_cast<int>(ExitCode::kDone);
+  }
   Options options;
   try {
     options = parseOptions(arguments, agentOfEnvironment);

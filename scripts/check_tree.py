@@ -58,7 +58,7 @@ ALLOWED = {
                      "orb"},
     "client/commands": {"client/base", "client/commandline", "client/agent", "client/output",
                         "client/watch", "orb"},
-    "client": {"client/commandline", "client/agent", "client/output", "client/commands", "orb"},
+    "client": {"client/base", "client/commandline", "client/agent", "client/output", "client/commands", "orb"},
     "conformance/shared": {"orb"},
     "conformance/probe": {"conformance/shared", "include/platform", "orb"},
     "conformance": {"conformance/shared", "client/agent", "client/base", "orb"},

@@ -84,6 +84,9 @@ struct Arguments {
   // test-switch; element create: shown
   bool on = false;
 
+  // completion
+  std::string shell;  // bash or zsh
+
   // watch
   ListenAddress listen;     // where notifications are received
   std::uint32_t count = 0;  // notifications to print before the end; 0: no limit

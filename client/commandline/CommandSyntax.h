@@ -20,9 +20,32 @@ namespace topoctl {
 
 using Words = std::vector<std::string>;
 
+// What can be typed in a place or as the value of an option, for the completion. Those from kNode
+// on are objects of the agent.
+enum class Values {
+  kAny,
+  kAttribute,
+  kFile,
+  kFormat,
+  kKind,
+  kShell,
+  kSwitch,
+  kNode,
+  kSubnetwork,
+  kElement,
+  kClockPosition,
+  kClockLink,
+  kObject,  // of any class, as CLASS=VALUE
+};
+
+constexpr bool isObject(Values values) {
+  return values >= Values::kNode;
+}
+
 struct Place {
   const char* name;  // as the help shows it, without dashes
   const char* help;
+  Values values = Values::kAny;
 };
 
 struct ArgumentSyntax {
@@ -87,6 +110,9 @@ std::string clockLinkId(const std::string& typed);
 
 // The pair of a name that a client sees: NE=5 is ManagedElement=5.
 TypedPair objectPair(const TypedPair& typed);
+
+// The attributes that `set` sets.
+std::vector<std::string> attributeNames();
 
 std::vector<CommandSyntax> managerSyntax();  // views, attributes, capabilities
 std::vector<CommandSyntax> watchSyntax();

@@ -116,15 +116,16 @@ void readSwitch(const CLI::App&, const Words& words, Arguments& arguments) {
 }  // namespace
 
 std::vector<CommandSyntax> consoleSyntax() {
-  const Place id = {"ID", "The node's key in the agent"};
+  const Place newId = {"ID", "The node's key in the agent"};
+  const Place id = {"ID", "The node's key in the agent", Values::kNode};
   const Place newName = {"NAME", "The name that people see"};
-  const Place file = {"FILE", "A network file on this machine"};
-  const Place newFile = {"FILE", "A new file on this machine"};
-  const Place state = {"STATE", "on or off"};
+  const Place file = {"FILE", "A network file on this machine", Values::kFile};
+  const Place newFile = {"FILE", "A new file on this machine", Values::kFile};
+  const Place state = {"STATE", "on or off", Values::kSwitch};
   return {
       {"node create",
        "Creates a topology node",
-       {{id}, addNodeOptions, readNewNode},
+       {{newId}, addNodeOptions, readNewNode},
        Formats::kAll,
        nullptr,
        "ID --name NAME [--parent ID] [--parent-kind KIND] [--kind KIND] [--params A,B] "

@@ -59,24 +59,24 @@ constexpr std::array<AttributeSyntax, 4> kAttributes = {{
     {"info", Attribute::kInfo, true},
 }};
 
-std::string attributeNames() {
+std::string listOfAttributes() {
   std::string names;
-  for (const AttributeSyntax& attribute : kAttributes) {
-    names += (names.empty() ? "" : ", ") + std::string(attribute.name);
+  for (const std::string& name : attributeNames()) {
+    names += (names.empty() ? "" : ", ") + name;
   }
   return names;
 }
 
 const AttributeSyntax& attributeOf(const Words& words) {
   if (words.empty()) {
-    usageError("set: an attribute is missing; the attributes are: " + attributeNames());
+    usageError("set: an attribute is missing; the attributes are: " + listOfAttributes());
   }
   const auto* const found = std::find_if(
       kAttributes.begin(), kAttributes.end(),
       [&words](const AttributeSyntax& attribute) { return attribute.name == words.front(); });
   if (found == kAttributes.end()) {
     usageError("set: '" + words.front() +
-               "' is not an attribute; the attributes are: " + attributeNames());
+               "' is not an attribute; the attributes are: " + listOfAttributes());
   }
   return *found;
 }
@@ -133,25 +133,44 @@ void readObject(const CLI::App& command, const Words& words, Arguments& argument
   }
 }
 
+void readShell(const CLI::App&, const Words& words, Arguments& arguments) {
+  if (words.empty() || (words.front() != "bash" && words.front() != "zsh")) {
+    usageError(words.empty() ? "completion: bash or zsh is missing"
+                             : "completion: '" + words.front() + "' is neither bash nor zsh");
+  }
+  arguments.shell = words.front();
+}
+
 const char* const kWhyNoRecordsOfATree =
     "a tree is drawn for people; topo has the same nodes as records";
 
 }  // namespace
 
+std::vector<std::string> attributeNames() {
+  std::vector<std::string> names;
+  for (const AttributeSyntax& attribute : kAttributes) {
+    names.emplace_back(attribute.name);
+  }
+  return names;
+}
+
 std::vector<CommandSyntax> managerSyntax() {
   const ArgumentSyntax noArguments;
   const ArgumentSyntax subnetwork = {
-      {{"ID", "The subnetwork, as (TopoSubnetwork, ID) of the agent's own EMS"}},
+      {{"ID", "The subnetwork, as (TopoSubnetwork, ID) of the agent's own EMS",
+        Values::kSubnetwork}},
       addWholeName,
       readSubnetwork};
   const ArgumentSyntax attribute = {
-      {{"ATTRIBUTE", "user-label, owner, native-name or info"},
-       {"OBJECT", "CLASS=VALUE, an object of the agent's own EMS; left out with --name"},
+      {{"ATTRIBUTE", "user-label, owner, native-name or info", Values::kAttribute},
+       {"OBJECT", "CLASS=VALUE, an object of the agent's own EMS; left out with --name",
+        Values::kObject},
        {"VALUE", "What to set; NAME=TEXT for info, where an empty TEXT removes"}},
       addAttributeOptions,
       readAttribute};
   const ArgumentSyntax object = {
-      {{"OBJECT", "CLASS=VALUE, an object of the agent's own EMS; left out with --name"}},
+      {{"OBJECT", "CLASS=VALUE, an object of the agent's own EMS; left out with --name",
+        Values::kObject}},
       addWholeName,
       readObject};
   return {
@@ -168,6 +187,11 @@ std::vector<CommandSyntax> managerSyntax() {
        "ATTRIBUTE OBJECT VALUE [--unique], with --name NAME=VALUE... in place of OBJECT"},
       {"get", "Everything that the agent keeps of an object", object, Formats::kAll, nullptr,
        "OBJECT | --name NAME=VALUE..."},
+      {"completion",
+       "Prints a script for the shell that completes words of topoctl",
+       {{{"SHELL", "bash or zsh", Values::kShell}}, nullptr, readShell},
+       Formats::kTable,
+       "a script has no records"},
       {"capabilities", "The operations that the agent's manager supports", noArguments},
   };
 }

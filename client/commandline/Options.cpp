@@ -255,17 +255,31 @@ void explainingUsage(const CLI::App& app, Read read) {
   }
 }
 
-}  // namespace
+constexpr const char* kDescription = "Shows what a topology agent manages.";
+constexpr const char* kProgram = "topoctl";
 
-Options parseOptions(const std::vector<std::string>& arguments,
-                     const std::string& agentOfEnvironment) {
-  CLI::App app("Shows what a topology agent manages.", "topoctl");
+void declare(CLI::App& app, Typed& typed) {
   app.set_version_flag("--version", "topoctl " TOPOCTL_VERSION, "Print the version and exit");
   app.require_subcommand(0, 1);
   app.allow_extras();  // checkCommand() rejects them
-  Typed typed;
   addOptions(app, typed);
   addCommands(app);
+}
+
+}  // namespace
+
+void withParser(const std::function<void(const CLI::App& parser)>& use) {
+  CLI::App app(kDescription, kProgram);
+  Typed typed;
+  declare(app, typed);
+  use(app);
+}
+
+Options parseOptions(const std::vector<std::string>& arguments,
+                     const std::string& agentOfEnvironment) {
+  CLI::App app(kDescription, kProgram);
+  Typed typed;
+  declare(app, typed);
 
   Options options;
   explainingUsage(app, [&] { options.notice = parse(app, arguments); });

@@ -3,12 +3,17 @@
 #ifndef CLIENT_COMMANDLINE_OPTIONS_H
 #define CLIENT_COMMANDLINE_OPTIONS_H
 
+#include <functional>
 #include <string>
 #include <vector>
 
 #include "client/base/AgentAccess.h"
 #include "client/commandline/Arguments.h"
 #include "client/output/Format.h"
+
+namespace CLI {
+class App;
+}
 
 namespace topoctl {
 
@@ -28,6 +33,10 @@ struct Options {
 // empty when the variable is not set. Throws Failure (kUsage). Thread-safety: any thread.
 Options parseOptions(const std::vector<std::string>& arguments,
                      const std::string& agentOfEnvironment);
+
+// Calls `use` with the parser of command lines, which has parsed nothing. Thread-safety: any
+// thread.
+void withParser(const std::function<void(const CLI::App& parser)>& use);
 
 }  // namespace topoctl
 

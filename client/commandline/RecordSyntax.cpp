@@ -180,12 +180,17 @@ void readLabel(const CLI::App& command, const Words& words, Arguments& arguments
 }  // namespace
 
 std::vector<CommandSyntax> recordSyntax() {
-  const Place id = {"ID", "The node's key in the agent"};
-  const Place parent = {"PARENT", "The key of the new parent; '' makes the node a root"};
-  const Place number = {"NUMBER", "The number of the element"};
+  const Place id = {"ID", "The node's key in the agent", Values::kNode};
+  const Place parent = {"PARENT", "The key of the new parent; '' makes the node a root",
+                        Values::kNode};
+  const Place newNumber = {"NUMBER", "The number of the element"};
+  const Place number = {"NUMBER", "The number of the element", Values::kElement};
   const Place name = {"NAME", "The name that people see"};
-  const Place reference = {"REFERENCE", "The position's key in the agent, such as NE=5"};
-  const Place link = {"ID", "The link's key in the agent"};
+  const Place newReference = {"REFERENCE", "The position's key in the agent, such as NE=5"};
+  const Place reference = {"REFERENCE", "The position's key in the agent, such as NE=5",
+                           Values::kClockPosition};
+  const Place newLink = {"ID", "The link's key in the agent"};
+  const Place link = {"ID", "The link's key in the agent", Values::kClockLink};
   const Place type = {"TYPE", "The type of the object; 201 is a clock link"};
   const Place object = {"ID", "The key of the object in the agent"};
   const Place label = {"LABEL", "The user label"};
@@ -194,7 +199,7 @@ std::vector<CommandSyntax> recordSyntax() {
       {"node change", "Replaces fields of a node", {{id}, addChangeOptions, readChange}},
       {"element create",
        "Creates a network element",
-       {{number}, addElementOptions, readNewElement}},
+       {{newNumber}, addElementOptions, readNewElement}},
       {"element rename",
        "Gives a network element another name",
        {{number, name}, nullptr, readElementName}},
@@ -205,12 +210,12 @@ std::vector<CommandSyntax> recordSyntax() {
       {"element delete", "Deletes a network element", {{number}, nullptr, readElement}},
       {"clock-position create",
        "Creates a clock position",
-       {{reference}, addPositionOptions, readPosition}},
+       {{newReference}, addPositionOptions, readPosition}},
       {"clock-position change",
        "Replaces fields of a clock position",
        {{reference}, addPositionOptions, readPositionChange}},
       {"clock-position delete", "Deletes a clock position", {{reference}, nullptr, readReference}},
-      {"clock-link create", "Creates a clock link", {{link}, addLinkOptions, readLink}},
+      {"clock-link create", "Creates a clock link", {{newLink}, addLinkOptions, readLink}},
       {"clock-link change",
        "Replaces fields of a clock link",
        {{link}, addLinkOptions, readLinkChange}},

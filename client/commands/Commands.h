@@ -20,7 +20,7 @@ namespace topoctl {
 // Makes all calls of a command. Exceptions of the calls pass.
 using CallFunction = std::function<PrintFunction(const CommandContext&)>;
 
-// Starts a separate ORB and prints while the calls are made. Throws what CallFunction throws.
+// Prints while it runs, and starts a separate ORB for its calls. Throws what CallFunction throws.
 using StreamFunction = void (*)(const Options&, std::ostream& out);
 
 // Exactly one of the functions is set.

@@ -6,6 +6,7 @@
 #include "client/agent/CallFailure.h"
 #include "client/agent/Fetch.h"
 #include "client/commands/Commands.h"
+#include "client/commands/CompletionScript.h"
 #include "client/commands/ObjectNames.h"
 #include "client/commands/SetAttribute.h"
 #include "client/output/PrintFunctions.h"
@@ -132,6 +133,7 @@ std::vector<Command> managerCommands() {
       {"clock-links", view<Links>(clockLinks)},
       {"tree", atManager(tree)},
       {"set", atManager(setAttribute)},
+      {"completion", nullptr, printCompletionScript},
       {"capabilities", atManager(capabilities)},
   };
 }
