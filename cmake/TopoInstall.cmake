@@ -1,28 +1,31 @@
 # The installed tree, described in docs/sdk.md. It can be moved. Its components:
-#   module   the module, and the libraries that the module and other agents use
+#   module   the module, and the libraries that the module, agents and topo-conformance use
 #   sdk      headers, IDL, topo-conformance and the CMake package TopoManager, for the developers of an agent; needs module
-#   agent    topo-agentd and topoctl; needs module
+#   agent    topo-agentd; needs module
+#   topoctl  the client, with its own copies of two libraries, so that it can be installed alone
 #   doc      the documents
+# cmake/TopoPackages.cmake makes Debian packages of these components.
 include(CMakePackageConfigHelpers)
 
 set(package "${CMAKE_INSTALL_LIBDIR}/cmake/TopoManager")
 set(data "${CMAKE_INSTALL_DATADIR}/topo-manager")
+set(topoctl_libraries "${TOPO_INSTALL_PRIVATEDIR}/topoctl")
 
 # Programs and libraries find the libraries of this project from their own folders.
 file(RELATIVE_PATH bin_to_lib "${CMAKE_INSTALL_FULL_BINDIR}" "${CMAKE_INSTALL_FULL_LIBDIR}")
-set_target_properties(topo-agentd topoctl topo-conformance PROPERTIES
-  INSTALL_RPATH "$ORIGIN/${bin_to_lib};$ORIGIN/${bin_to_lib}/topo-manager")
+set_target_properties(topo-agentd topo-conformance PROPERTIES INSTALL_RPATH "$ORIGIN/${bin_to_lib}/topo-manager")
+set_target_properties(topoctl PROPERTIES INSTALL_RPATH "$ORIGIN/${bin_to_lib}/topo-manager/topoctl")
 set_target_properties(zu_corba_topo topo_agent topo_agent_idl topo_host_defaults topo_conformance_probe PROPERTIES
-  INSTALL_RPATH "$ORIGIN;$ORIGIN/..")
+  INSTALL_RPATH "$ORIGIN")
 
 # module
 set_target_properties(topo_idl PROPERTIES EXPORT_NAME idl)
 set_target_properties(topo_platform PROPERTIES EXPORT_NAME platform)
 set_target_properties(zu_corba_topo PROPERTIES EXPORT_NAME module)
 set_target_properties(topo_host_defaults PROPERTIES EXPORT_NAME host_defaults)
-install(TARGETS topo_idl topo_host_defaults EXPORT TopoManagerTargets COMPONENT module)
-install(TARGETS zu_corba_topo EXPORT TopoManagerTargets
+install(TARGETS zu_corba_topo topo_idl topo_host_defaults EXPORT TopoManagerTargets
   LIBRARY DESTINATION "${TOPO_INSTALL_PRIVATEDIR}" COMPONENT module)
+install(TARGETS topo_agent_idl LIBRARY DESTINATION "${TOPO_INSTALL_PRIVATEDIR}" COMPONENT module)
 
 # sdk: files are included as they are in this repository; the ORB's generated headers through their wrappers.
 set(orb_headers "orb/${TOPO_ORB}/include/orb")
@@ -46,7 +49,7 @@ install(DIRECTORY host_defaults DESTINATION "${data}" COMPONENT sdk
   FILES_MATCHING PATTERN "*.cpp" PATTERN InterfaceBuffers.h)
 
 # sdk: the conformance test, which calls the console and the session of an agent that has them.
-install(TARGETS topo-conformance topo_conformance_probe topo_agent_idl
+install(TARGETS topo-conformance topo_conformance_probe
   RUNTIME COMPONENT sdk
   LIBRARY DESTINATION "${TOPO_INSTALL_PRIVATEDIR}" COMPONENT sdk)
 
@@ -68,10 +71,14 @@ install(FILES ${orb_files} DESTINATION "${package}/orb" COMPONENT sdk)
 install(EXPORT TopoManagerTargets NAMESPACE Topo:: DESTINATION "${package}" COMPONENT sdk)
 
 # agent
-install(TARGETS topo-agentd topoctl topo_agent topo_agent_idl
+install(TARGETS topo-agentd topo_agent
   RUNTIME COMPONENT agent
   LIBRARY DESTINATION "${TOPO_INSTALL_PRIVATEDIR}" COMPONENT agent)
 install(DIRECTORY networks DESTINATION "${data}" COMPONENT agent)
+
+# topoctl
+install(TARGETS topoctl RUNTIME COMPONENT topoctl)
+install(TARGETS topo_idl topo_agent_idl LIBRARY DESTINATION "${topoctl_libraries}" COMPONENT topoctl)
 
 # doc
 install(FILES README.md DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/topo-manager" COMPONENT doc)

@@ -24,7 +24,8 @@ set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/lib")
 set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
 set(CMAKE_INSTALL_RPATH_USE_LINK_PATH ON)
 
-# The installed tree: cmake/TopoInstall.cmake. The private folder has the module and the libraries of the agent.
+# The installed tree: cmake/TopoInstall.cmake. The private folder has the module and all
+# libraries but those of topoctl.
 include(GNUInstallDirs)
 set(TOPO_INSTALL_INCLUDEDIR "${CMAKE_INSTALL_INCLUDEDIR}/topo-manager")
 set(TOPO_INSTALL_PRIVATEDIR "${CMAKE_INSTALL_LIBDIR}/topo-manager")

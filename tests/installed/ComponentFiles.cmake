@@ -15,9 +15,10 @@ set(headers include/topo-manager)
 set(data share/topo-manager)
 set(doc share/doc/topo-manager)
 
-set(module_files "${LIBDIR}/libtopo_idl.so" "${LIBDIR}/libtopo_host_defaults.so" "${private}/libzu_corba_topo.so")
+set(module_files "${private}/libtopo_idl.so" "${private}/libtopo_host_defaults.so" "${private}/libtopo_agent_idl.so"
+  "${private}/libzu_corba_topo.so")
 
-set(sdk_files bin/topo-conformance "${private}/libtopo_agent_idl.so" "${private}/libtopo_conformance_probe.so"
+set(sdk_files bin/topo-conformance share/man/man1/topo-conformance.1.gz "${private}/libtopo_conformance_probe.so"
   "${headers}/platform/README.md" "${data}/host_defaults/InterfaceBuffers.h"
   "${headers}/orb/corba.h" "${headers}/orb/notification.h"
   "${headers}/idl/NotificationLayout.h" "${headers}/idl/ObjectKeys.h")
@@ -29,8 +30,12 @@ all_of(sdk_files examples "${data}/examples" "*")
 all_of(sdk_files host_defaults "${data}/host_defaults" "*.cpp")
 list(FILTER sdk_files EXCLUDE REGEX "/build/")  # of a developer who built an example in its folder
 
-set(agent_files bin/topo-agentd bin/topoctl "${private}/libtopo_agent.so" "${private}/libtopo_agent_idl.so")
+set(agent_files bin/topo-agentd share/man/man8/topo-agentd.8.gz share/man/man5/topo-network.5.gz
+  "${private}/libtopo_agent.so")
 all_of(agent_files networks "${data}/networks" "*")
+
+set(topoctl_files bin/topoctl share/man/man1/topoctl.1.gz share/bash-completion/completions/topoctl
+  share/zsh/vendor-completions/_topoctl "${private}/topoctl/libtopo_idl.so" "${private}/topoctl/libtopo_agent_idl.so")
 
 set(doc_files "${doc}/README.md")
 all_of(doc_files docs "${doc}/docs" "*")
@@ -56,4 +61,5 @@ endfunction()
 check_component(module ${module_files})
 check_component(sdk ${sdk_files})
 check_component(agent ${agent_files})
+check_component(topoctl ${topoctl_files})
 check_component(doc ${doc_files})
