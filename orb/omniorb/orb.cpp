@@ -65,7 +65,7 @@ class ListeningOrb final : public Server {
  public:
   ListeningOrb(const Options& options, std::shared_ptr<ServerState> state)
       : state_(std::move(state)), orb_(options, state_) {
-    interceptRequests();
+    interceptRequests(options.requestMeter);
     const CORBA::Object_var object = orb_.get()->resolve_initial_references("RootPOA");
     root_ = PortableServer::POA::_narrow(object);
   }

@@ -13,6 +13,8 @@
 #include <omniORB4/internal/omniCurrent.h>
 // clang-format on
 
+#include <chrono>
+#include <optional>
 #include <utility>
 
 #include "../observerslot.h"
@@ -24,10 +26,46 @@ namespace {
 // Global, because an interceptor has no context argument.
 ObserverSlot requestObserver;
 
+// Global for the same reason. Written while no ORB listens.
+RequestMeter requestMeter;
+
 // The client of the latest request of the thread.
 thread_local Peer peerOfThread;
 
+using Clock = std::chrono::steady_clock;
+
+// The beginning of the request of the thread whose outcome is not known yet.
+thread_local std::optional<Clock::time_point> unfinished;
+
+void finishRequest(omni::GIOP_S& request, const CORBA::Exception* exception) {
+  if (!unfinished) {
+    return;  // a reply that cannot be encoded becomes an exception
+  }
+  FinishedRequest finished;
+  finished.operation = request.operation();
+  finished.duration = Clock::now() - *unfinished;
+  if (exception != nullptr) {
+    finished.exception = exception->_name();
+    finished.isSystemException = dynamic_cast<const CORBA::SystemException*>(exception) != nullptr;
+  }
+  unfinished.reset();
+  requestMeter(finished);
+}
+
+CORBA::Boolean finishWithReply(omni::omniInterceptors::serverSendReply_T::info_T& info) {
+  finishRequest(info.giop_s, nullptr);
+  return true;
+}
+
+CORBA::Boolean finishWithException(omni::omniInterceptors::serverSendException_T::info_T& info) {
+  finishRequest(info.giop_s, info.exception);
+  return true;
+}
+
 CORBA::Boolean observeRequest(omni::omniInterceptors::serverReceiveRequest_T::info_T& info) {
+  if (requestMeter) {
+    unfinished = Clock::now();
+  }
   // Not a Connection: a client's connection that also carries calls from its server.
   if (const auto* const incoming = dynamic_cast<Connection*>(info.giop_s.strand().connection)) {
     if (incoming->isRefused()) {
@@ -67,8 +105,14 @@ Peer currentPeer() {
   return inOperation ? peerOfThread : Peer();
 }
 
-void interceptRequests() {
-  omniORB::getInterceptors()->serverReceiveRequest.add(observeRequest);
+void interceptRequests(RequestMeter meter) {
+  requestMeter = std::move(meter);
+  omni::omniInterceptors* const interceptors = omniORB::getInterceptors();
+  interceptors->serverReceiveRequest.add(observeRequest);
+  if (requestMeter) {
+    interceptors->serverSendReply.add(finishWithReply);
+    interceptors->serverSendException.add(finishWithException);
+  }
 }
 
 void setRequestObserver(RequestObserver observer) {

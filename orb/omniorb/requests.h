@@ -7,10 +7,11 @@
 
 namespace orb {
 
-// Installs the interceptor of this file until the ORB is destroyed. The ORB reads its list of
-// interceptors without a lock, so the list must not change while the ORB listens.
+// Installs the interceptors of this file until the ORB is destroyed. The ORB reads its lists of
+// interceptors without a lock, so the lists must not change while the ORB listens. An empty meter
+// measures nothing.
 // REQUIRES: an ORB is initialised and does not listen yet.
-void interceptRequests();
+void interceptRequests(RequestMeter meter);
 
 // Returns the description of a request for a RequestGuard.
 Request requestOf(omniCallHandle& call);

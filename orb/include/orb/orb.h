@@ -40,6 +40,21 @@ struct Endpoint {
   Transport transport = Transport::kTcp;
 };
 
+// A request from another process whose outcome is known. A plain value.
+struct FinishedRequest {
+  const char* operation = "";       // the name on the wire; borrowed for the call
+  const char* exception = nullptr;  // the name of its type without scope; null: no exception
+  bool isSystemException = false;
+  // From the dispatch to the outcome. Excludes the transfer of the arguments. Includes the
+  // transfer of the reply on TAO only.
+  std::chrono::steady_clock::duration duration{0};
+};
+
+// Called at the end of every request from another process that expects a reply, requests to unknown
+// objects and rejected requests included. Runs on the thread of the request, on several threads at
+// the same time. Must not throw or block.
+using RequestMeter = std::function<void(const FinishedRequest&)>;
+
 // Limits and timeouts of an ORB.
 struct Options {
   std::size_t maxMessageBytes = kDefaultMaxMessageBytes;  // largest GIOP message, both directions
@@ -70,6 +85,8 @@ struct Options {
   // port 0: the port of that endpoint. For servers that clients reach at another address. The
   // transport is unused.
   std::optional<Endpoint> publish;
+  // Used until the Server is destroyed. Empty: requests are not measured, at no cost.
+  RequestMeter requestMeter;
 };
 
 // Returns "HOST:PORT", with brackets around an IPv6 address; "unix:PATH" for a Unix socket.
