@@ -1,5 +1,6 @@
 #include "agent/Agent.h"
 
+#include <atomic>
 #include <chrono>
 #include <future>
 #include <optional>
@@ -7,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "agent/AgentMetrics.h"
 #include "agent/AgentStatus.h"
 #include "agent/ManagerPublication.h"
 #include "agent/ModuleControl.h"
@@ -25,6 +27,8 @@
 #include "agent/events/EventManager.h"
 #include "agent/host/HostServices.h"
 #include "agent/host/RunningAgent.h"
+#include "agent/metrics/HttpEndpoint.h"
+#include "agent/metrics/RequestMetrics.h"
 #include "agent/model/NetworkModel.h"
 #include "agent/northbound/Northbound.h"
 #include "agent/northbound/ServedObject.h"
@@ -41,13 +45,27 @@ namespace {
 
 using object_key::kManager;
 
+constexpr const char* kPlainText = "text/plain; charset=utf-8";
+constexpr const char* kMetricsText = "text/plain; version=0.0.4; charset=utf-8";
+
 // The longest wait of a stop for queued notifications.
 constexpr std::chrono::seconds kNotificationPatience{3};
 
-std::unique_ptr<orb::Server> startServer(const Options& options) {
-  std::unique_ptr<orb::Server> server =
-      orb::startServer(orbOptions(options), options.endpoints,
-                       [](const std::string& line) { log(kLogErrors, line); });
+// Null without --metrics: requests are not measured then.
+std::unique_ptr<RequestMetrics> requestMetrics(const Options& options) {
+  return options.metrics ? std::make_unique<RequestMetrics>() : nullptr;
+}
+
+// metrics: null, or outlives the server.
+std::unique_ptr<orb::Server> startServer(const Options& options, RequestMetrics* metrics) {
+  orb::Options serverOptions = orbOptions(options);
+  if (metrics != nullptr) {
+    serverOptions.requestMeter = [metrics](const orb::FinishedRequest& request) {
+      metrics->count(request);
+    };
+  }
+  std::unique_ptr<orb::Server> server = orb::startServer(
+      serverOptions, options.endpoints, [](const std::string& line) { log(kLogErrors, line); });
   checkReferences(server->get(), options);
   return server;
 }
@@ -59,7 +77,8 @@ class Agent::Parts final : private AgentControl {
  public:
   explicit Parts(const Options& options)
       : options_(options),
-        server_(startServer(options)),
+        requestMetrics_(requestMetrics(options)),
+        server_(startServer(options, requestMetrics_.get())),
         network_(openNetwork(options, store_, storeCheck_)),
         emsName_(options.emsName.empty() ? network_.ems : options.emsName),
         model_(std::move(network_)),
@@ -83,6 +102,7 @@ class Agent::Parts final : private AgentControl {
         module_(kManager, options.module, writer_, events_, northbound_) {}
 
   ~Parts() {
+    health_.reset();
     stopping_.request();
     publication_.reset();
     console_.reset();
@@ -99,6 +119,10 @@ class Agent::Parts final : private AgentControl {
     if (stopRequested()) {
       return false;
     }
+    if (options.metrics) {
+      health_.emplace(*options.metrics, healthPages());
+      log(kLogEvents, "serves metrics on " + orb::format(health_->endpoint()));
+    }
     module_.load();
     if (stopRequested()) {
       return false;
@@ -112,6 +136,7 @@ class Agent::Parts final : private AgentControl {
                        [this](const orb::Request& request) { return imports_.admit(request); });
     }
     publication_.emplace(*server_, manager_.in(), options, stopRequested);
+    published_ = true;
     return !stopRequested();
   }
 
@@ -163,10 +188,38 @@ class Agent::Parts final : private AgentControl {
                         model_, viewSizes_, events_, northbound_, notifier_});
   }
 
+  std::string metricsPage() {
+    MetricFamilies families =
+        agentMetrics({*server_, module_, model_, writer_, events_, northbound_, notifier_});
+    for (prometheus::MetricFamily& family : requestMetrics_->collect()) {
+      families.push_back(std::move(family));
+    }
+    return metricsText(families);
+  }
+
+  HttpAnswer readyPage() {
+    const std::string reason = published_ ? reasonNotReady(module_, writer_) : "the agent starts";
+    return reason.empty() ? HttpAnswer{200, kPlainText, "ready\n"}
+                          : HttpAnswer{503, kPlainText, reason + "\n"};
+  }
+
+  HttpEndpoint::Pages healthPages() {
+    return {{"/metrics",
+             [this] {
+               return HttpAnswer{200, kMetricsText, metricsPage()};
+             }},
+            {"/ready", [this] { return readyPage(); }},
+            {"/live", [this] {
+               checkAlive();
+               return HttpAnswer{200, kPlainText, "alive\n"};
+             }}};
+  }
+
   void setTestSwitch(bool on) override { northbound_.setTestSwitch(on); }
 
   const Options options_;
   const std::chrono::steady_clock::time_point started_ = std::chrono::steady_clock::now();
+  const std::unique_ptr<RequestMetrics> requestMetrics_;
   std::unique_ptr<orb::Server> server_;
   std::unique_ptr<NetworkStore> store_;
   std::future<void> storeCheck_;
@@ -194,6 +247,8 @@ class Agent::Parts final : private AgentControl {
   std::optional<ServedObject> session_;
   std::optional<ServedObject> console_;
   std::optional<ManagerPublication> publication_;
+  std::atomic<bool> published_{false};
+  std::optional<HttpEndpoint> health_;  // with --metrics
 };
 
 Agent::Agent(Options options) : options_(std::move(options)) {}

@@ -43,6 +43,11 @@ std::string checkPublished(const std::string& text) {
              : "'" + text + "' is not HOST:PORT";
 }
 
+std::string checkMetrics(const std::string& text) {
+  const std::optional<orb::Endpoint> endpoint = orb::endpointFrom(text);
+  return endpoint && orb::format(*endpoint) == text ? "" : "'" + text + "' is not HOST:PORT";
+}
+
 std::string oneLine(std::string text) {
   for (char& c : text) {
     if (static_cast<unsigned char>(c) < ' ') {
@@ -149,6 +154,13 @@ void declareReceivers(CLI::App& app, Options& options) {
       ->check(counts);
 }
 
+void declareMetrics(CLI::App& app, std::string& metrics) {
+  app.add_option("--metrics", metrics,
+                 "serve /metrics for Prometheus, /live and /ready over HTTP at this address")
+      ->type_name("HOST:PORT")
+      ->check(checkMetrics);
+}
+
 void declareLimits(CLI::App& app, Options& options) {
   app.add_option("--log-level", options.logLevel, "1 errors, 2 events, 3 traces")
       ->type_name("N")
@@ -212,6 +224,7 @@ class CommandLine {
     declareEndpoints(app_, endpoints_);
     declareEvents(app_, options_, eventAccess_);
     declareReceivers(app_, options_);
+    declareMetrics(app_, metrics_);
     declareLimits(app_, options_);
     declareViewLimits(app_, options_);
     app_.add_option("--config", config_,
@@ -231,6 +244,9 @@ class CommandLine {
     Options result = options_;
     result.checkOnly = checkConfig_;
     setEndpoints(result);
+    if (!metrics_.empty()) {
+      result.metrics = orb::endpointFrom(metrics_);
+    }
     result.eventAccess = eventAccessWords().at(eventAccess_);
     if (result.module.empty()) {
       result.module = defaultModule();
@@ -272,6 +288,7 @@ class CommandLine {
   CLI::App app_{"topo-agentd: serves a network's topology over CORBA", "topo-agentd"};
   Options options_;
   EndpointTexts endpoints_;
+  std::string metrics_;
   std::string eventAccess_ = "allowed";
   std::string config_;
   bool checkConfig_ = false;

@@ -48,6 +48,8 @@ struct Options {
   std::size_t viewMemory = std::size_t{256} << 20;    // bytes of all views in progress
   std::size_t memory = 0;  // bytes of the process; 0: the limit of the system
 
+  std::optional<orb::Endpoint> metrics;  // of metrics and health; empty: none
+
   // The options that the configuration file sets, by their names; "FILE:LINE: " of each.
   std::map<std::string, std::string> configLines;
 };

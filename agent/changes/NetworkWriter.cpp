@@ -43,19 +43,56 @@ std::vector<Event> eventsOf(NetworkChange change) {
 NetworkWriter::NetworkWriter(NetworkStore& store, NetworkModel& model, RaiseEvent raise)
     : store_(store), model_(model), raise_(std::move(raise)) {}
 
+template <typename Call>
+auto NetworkWriter::counted(const Call& call) {
+  try {
+    return call();
+  } catch (const StoreError&) {
+    const MutexLock lock(failuresMutex_);
+    ++failures_.count;
+    throw;
+  }
+}
+
+NetworkWriter::StoreFailures NetworkWriter::storeFailures() const {
+  const MutexLock lock(failuresMutex_);
+  return failures_;
+}
+
+std::uint64_t NetworkWriter::commitToStore(const NetworkChange& change,
+                                           const Cancellation& cancellation) {
+  std::optional<std::chrono::steady_clock::time_point> failed;
+  const auto report = [this, &failed] {
+    const MutexLock lock(failuresMutex_);
+    failures_.commitFailed = failed;
+  };
+  try {
+    const std::uint64_t number =
+        counted([&]() REQUIRES(mutex_) { return store_.commit(change, cancellation); });
+    report();
+    return number;
+  } catch (const StoreError&) {
+    failed = std::chrono::steady_clock::now();
+    report();
+    throw;
+  }
+}
+
 std::pair<std::string, InfoPairs> NetworkWriter::attributesOf(const ObjectKey& key) {
   const MutexLock lock(mutex_);
-  return {store_.ownerOf(key), store_.additionalInfoOf(key)};
+  return counted([&]() REQUIRES(mutex_) {
+    return std::pair(store_.ownerOf(key), store_.additionalInfoOf(key));
+  });
 }
 
 std::unique_ptr<StoreCopy> NetworkWriter::beginCopy() {
   const MutexLock lock(mutex_);
-  return store_.beginCopy();
+  return counted([this]() REQUIRES(mutex_) { return store_.beginCopy(); });
 }
 
 bool NetworkWriter::continueCopy(StoreCopy& copy) {
   const MutexLock lock(mutex_);
-  return copy.step();
+  return counted([&copy] { return copy.step(); });
 }
 
 void NetworkWriter::endCopy(std::unique_ptr<StoreCopy> copy) {
@@ -108,7 +145,8 @@ void NetworkWriter::Change::commit(PreparedChange change, const Cancellation& ca
   if (renaming != nullptr && renaming->records.empty()) {
     return;
   }
-  const std::uint64_t number = store().commit(change.change, cancellation);
+  writer_.mutex_.assertHeld();
+  const std::uint64_t number = writer_.commitToStore(change.change, cancellation);
   writer_.model_.apply(change);
   raise(number, std::move(change.change));
 }

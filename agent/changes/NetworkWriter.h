@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -53,6 +54,16 @@ class NetworkWriter {
   std::unique_ptr<StoreCopy> beginCopy();
   bool continueCopy(StoreCopy& copy);
   void endCopy(std::unique_ptr<StoreCopy> copy);
+
+  // Failures of the store since the start.
+  struct StoreFailures {
+    std::uint64_t count = 0;
+    // Of the latest commit, when the commit failed; no value after a success.
+    std::optional<std::chrono::steady_clock::time_point> commitFailed;
+  };
+
+  // Waits for nothing.
+  StoreFailures storeFailures() const;
 
   // Blocks new changes until the Pause is destroyed. The constructor waits until the change in
   // progress has ended and has raised its event. A change that takes longer than atMost continues
@@ -110,6 +121,15 @@ class NetworkWriter {
   };
 
  private:
+  // Calls the function, and counts a StoreError, which passes.
+  template <typename Call>
+  auto counted(const Call& call);
+  std::uint64_t commitToStore(const NetworkChange& change, const Cancellation& cancellation)
+      REQUIRES(mutex_);
+
+  mutable Mutex failuresMutex_;  // locked last
+  StoreFailures failures_ GUARDED_BY(failuresMutex_);
+
   Mutex gateMutex_;
   std::condition_variable gateMoved_;
   bool changing_ GUARDED_BY(gateMutex_) = false;

@@ -65,6 +65,9 @@ class Northbound {
   ManagerRegistry& managers() { return managers_; }
   IteratorRegistry& iterators() { return iterators_; }
 
+  ViewAdmission::Load views() { return admission_.load(); }
+  ViewAdmission::Load informationRequests() { return information_.load(); }
+
   // Registers an iterator servant of the calling thread's view: IteratorRegistry::add with the size
   // of the iterator. Logs a refusal.
   FailureCode addIterator(PortableServer::ServantBase* servant);

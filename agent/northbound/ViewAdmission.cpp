@@ -61,6 +61,7 @@ ViewAdmission::Pass ViewAdmission::admit(std::size_t bytes) {
     throw CORBA::TRANSIENT(0, CORBA::COMPLETED_NO);
   }
   if (decision != Decision::kRuns) {
+    ++refused_;
     lock.unlock();
     throwNoResources(bytes, decision);
   }
@@ -132,7 +133,7 @@ std::size_t ViewAdmission::waiting() {
 
 ViewAdmission::Load ViewAdmission::load() {
   const MutexLock lock(mutex_);
-  return {inProgress_, ended_};
+  return {inProgress_, ended_, waiting_.size(), bytes_, refused_};
 }
 
 std::shared_ptr<ViewReply> ViewReply::begin() {

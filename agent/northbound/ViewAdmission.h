@@ -92,6 +92,9 @@ class ViewAdmission {
   struct Load {
     std::size_t inProgress = 0;  // views in progress
     std::uint64_t ended = 0;     // views that have ended since the start
+    std::size_t waiting = 0;     // views
+    std::size_t bytes = 0;       // memory of the views in progress
+    std::uint64_t refused = 0;   // views with NO_RESOURCES since the start
   };
   Load load();
 
@@ -118,6 +121,7 @@ class ViewAdmission {
   std::list<Waiter*> waiting_ GUARDED_BY(mutex_);
   std::size_t inProgress_ GUARDED_BY(mutex_) = 0;
   std::uint64_t ended_ GUARDED_BY(mutex_) = 0;
+  std::uint64_t refused_ GUARDED_BY(mutex_) = 0;
   std::size_t computing_ GUARDED_BY(mutex_) = 0;
   // Memory that the views being computed may still allocate.
   std::size_t computingBytes_ GUARDED_BY(mutex_) = 0;

@@ -1,5 +1,6 @@
 #include "agent/notifications/Notifier.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstring>
 #include <new>
@@ -148,6 +149,7 @@ void Notifier::reportGap() {
 }
 
 void Notifier::reportGapLocked(const Gap& gap) {
+  ++gaps_;
   forEachLocked([&gap](Receiver& receiver) { receiver.reportGap(gap); });
 }
 
@@ -329,6 +331,9 @@ bool Notifier::end(std::uint64_t number, bool dropped) {
       return false;
     }
     object = subscription.mapped().object;
+    const Receiver::Load load = subscription.mapped().receiver->load();
+    sentToEnded_ += load.sent;
+    lostByEnded_ += load.lost;
     subscription.mapped().receiver->stop();
     ended_.insert(std::move(subscription));
     if (dropped) {
@@ -372,6 +377,33 @@ NotifierStatus Notifier::status() {
   CORBA::ULong next = 0;
   forEachLocked([&](Receiver& receiver) { status.receivers[next++] = receiver.status(); });
   return status;
+}
+
+void ReceiversLoad::add(const Receiver::Load& receiver) {
+  ++receivers;
+  connected += receiver.isConnected ? 1 : 0;
+  queued += receiver.queued;
+  bytes += receiver.bytes;
+  longest = std::max(longest, receiver.queued);
+  sent += receiver.sent;
+  lost += receiver.lost;
+}
+
+NotifierLoad Notifier::load() {
+  NotifierLoad load;
+  const MutexLock lock(mutex_);
+  load.notifications = notifications_;
+  load.gaps = gaps_;
+  load.subscribersDropped = dropped_;
+  load.subscribers.sent = sentToEnded_;
+  load.subscribers.lost = lostByEnded_;
+  for (const auto& subscription : subscriptions_) {
+    load.subscribers.add(subscription.second.receiver->load());
+  }
+  if (channel_) {
+    load.channel.add(channel_->load());
+  }
+  return load;
 }
 
 bool Notifier::flush(std::chrono::milliseconds longest) {

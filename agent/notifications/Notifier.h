@@ -50,6 +50,28 @@ struct NotifierStatus {
   TopoAgent::ReceiverStatusList_T receivers;  // the channel first
 };
 
+// Sums over the receivers of one kind. Notifications of subscribers that have ended count as sent
+// and lost.
+struct ReceiversLoad {
+  std::size_t receivers = 0;
+  std::size_t connected = 0;
+  std::size_t queued = 0;   // notifications
+  std::size_t bytes = 0;    // estimated memory of the queues
+  std::size_t longest = 0;  // notifications in the longest queue
+  std::uint64_t sent = 0;
+  std::uint64_t lost = 0;
+
+  void add(const Receiver::Load& receiver);
+};
+
+struct NotifierLoad {
+  std::uint64_t notifications = 0;       // made since the start
+  std::uint64_t gaps = 0;                // reported to receivers since the start
+  std::uint64_t subscribersDropped = 0;  // since the start
+  ReceiversLoad subscribers;
+  ReceiversLoad channel;
+};
+
 // The numbers of the changes that notifications are about.
 struct ChangeNumbers {
   std::uint64_t last = 0;  // newest change before the notifier was made
@@ -108,6 +130,7 @@ class Notifier {
   bool isSubscribed(std::uint64_t subscription);
 
   NotifierStatus status();
+  NotifierLoad load();
 
   // Waits until all queues are empty and all calls have ended. Returns false at the timeout and
   // when a receiver is unavailable.
@@ -160,6 +183,9 @@ class Notifier {
   std::uint64_t lastNumber_ GUARDED_BY(mutex_) = 0;
   std::uint64_t notifications_ GUARDED_BY(mutex_) = 0;
   std::uint64_t dropped_ GUARDED_BY(mutex_) = 0;
+  std::uint64_t gaps_ GUARDED_BY(mutex_) = 0;
+  std::uint64_t sentToEnded_ GUARDED_BY(mutex_) = 0;
+  std::uint64_t lostByEnded_ GUARDED_BY(mutex_) = 0;
   bool ending_ GUARDED_BY(mutex_) = false;
 
   const PortableServer::POA_var poa_;  // of the subscriptions

@@ -345,15 +345,21 @@ std::uint64_t Receiver::undeliveredLocked() const {
   return queue_.size() + (isNotification(current_) ? 1 : 0);
 }
 
+Receiver::Load Receiver::load() {
+  const MutexLock lock(mutex_);
+  return {!settings_.isChannel || link_ == Link::kUp, undeliveredLocked(), queue_.bytes(),
+          delivered_, queue_.evicted() + discarded_};
+}
+
 TopoAgent::ReceiverStatus_T Receiver::status() {
+  const Load present = load();
   TopoAgent::ReceiverStatus_T status;
   status.receiver = CORBA::string_dup(settings_.name.c_str());
   status.isChannel = settings_.isChannel;
-  const MutexLock lock(mutex_);
-  status.isConnected = !settings_.isChannel || link_ == Link::kUp;
-  status.queued = static_cast<CORBA::ULong>(undeliveredLocked());
-  status.sent = delivered_;
-  status.lost = queue_.evicted() + discarded_;
+  status.isConnected = present.isConnected;
+  status.queued = static_cast<CORBA::ULong>(present.queued);
+  status.sent = present.sent;
+  status.lost = present.lost;
   return status;
 }
 

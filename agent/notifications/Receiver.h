@@ -94,6 +94,16 @@ class Receiver {
 
   TopoAgent::ReceiverStatus_T status();
 
+  // The numbers of status(), and the estimated memory of the queue.
+  struct Load {
+    bool isConnected = true;
+    std::size_t queued = 0;
+    std::size_t bytes = 0;
+    std::uint64_t sent = 0;
+    std::uint64_t lost = 0;
+  };
+  Load load();
+
   // Waits until the queue is empty and every call has ended. Returns false at the deadline, and at
   // once while the sink is unavailable.
   bool waitUntilDrained(std::chrono::steady_clock::time_point deadline);

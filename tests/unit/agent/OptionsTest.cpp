@@ -32,6 +32,13 @@ std::string refusal(const std::vector<std::string>& arguments) {
   }
 }
 
+TEST(AgentOptions, HaveAnAddressOfMetricsOnlyWhenAskedFor) {
+  EXPECT_FALSE(parse({})->metrics);
+  const auto options = parse({"--metrics", "127.0.0.1:9464"});
+  ASSERT_TRUE(options->metrics);
+  EXPECT_EQ("127.0.0.1:9464", orb::format(*options->metrics));
+}
+
 TEST(AgentOptions, HaveDefaults) {
   const auto options = parse({});
   ASSERT_TRUE(options);
@@ -266,7 +273,7 @@ TEST(AgentOptions, AnswerHelpOnStandardOutput) {
         "--ems-name",         "--test-switch",      "--module",          "--naming",
         "--log-level",        "--max-message",      "--max-request",     "--max-connections",
         "--iterator-timeout", "--max-iterators",    "--iterator-memory", "--max-views",
-        "--view-memory",      "--memory",           "--publish"}) {
+        "--view-memory",      "--memory",           "--publish",         "--metrics"}) {
     EXPECT_THAT(printed, HasSubstr(option));
   }
 }

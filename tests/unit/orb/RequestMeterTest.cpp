@@ -27,7 +27,7 @@ class RequestMeters : public testing::Test {
  protected:
   // Sends a request and returns what the meter was called with.
   Measured ask(const std::string& key, const std::string& operation) {
-    const RawClient client(server_->endpoint());
+    const RawClient client(server_->endpoints().front());
     EXPECT_TRUE(client.send(requestTo(key, operation).bytes()));
     EXPECT_TRUE(client.answer());
     return next();
@@ -103,7 +103,7 @@ TEST_F(RequestMeters, ReceiveRequestsToUnknownObjectsAndOperations) {
 
 TEST_F(RequestMeters, ReceiveARequestThatIsTooLarge) {
   const CORBA::Object_var published = object_->publish(servant_.in());
-  const RawClient client(server_->endpoint());
+  const RawClient client(server_->endpoints().front());
   ASSERT_TRUE(client.send(requestTo("Key", "getLength").octets(std::string(20000, 'x')).bytes()));
   EXPECT_TRUE(client.answer());
   EXPECT_EQ("MARSHAL", next().exception);
@@ -111,7 +111,7 @@ TEST_F(RequestMeters, ReceiveARequestThatIsTooLarge) {
 
 TEST_F(RequestMeters, DoNotReceiveARequestWithoutReply) {
   const CORBA::Object_var published = object_->publish(servant_.in());
-  const RawClient client(server_->endpoint());
+  const RawClient client(server_->endpoints().front());
   std::string oneway = requestTo("Key", "getLength").bytes();
   oneway[20] = 0;  // no reply expected
   ASSERT_TRUE(client.send(oneway));
