@@ -30,33 +30,51 @@ def arguments():
     return parser.parse_args()
 
 
+def ratios_of(group, names, bench):
+    """The rounds of these rows of a group. Raises Failure when a row cannot be measured."""
+    try:
+        measured = group(bench)
+    except (OSError, ValueError, ArithmeticError) as failure:  # of a program that ended too early
+        raise Failure(f"{type(failure).__name__}: {failure}") from failure
+    if not names <= measured.keys():
+        raise Failure("a row of the group has no rounds")
+    return {name: measured[name] for name in sorted(names)}
+
+
 def measure(programs, suffix, rows, sizes, stores):
-    """Measures the rows with the programs of one build. Raises Failure."""
+    """Measures the rows with the programs of one build. Returns the medians, and the names that cannot be measured."""
     wanted = {row.name for row in rows}
     bench = Bench(programs.resolve(), stores, sizes)
-    values = {}
+    values, failed = {}, []
     for group, names in GROUPS:
         if not names & wanted:
             continue
         begin = time.monotonic()
-        for name, rounds in group(bench).items():
-            if name in wanted:
+        try:
+            for name, rounds in ratios_of(group, names & wanted, bench).items():
                 values[name + suffix] = statistics.median(rounds)
                 print(outcome.line_of(name + suffix, rounds), flush=True)
+        except Failure as failure:
+            unmeasured = sorted(name + suffix for name in names & wanted)
+            print(f"bench: {', '.join(unmeasured)}: {failure}", file=sys.stderr)
+            failed += unmeasured
         print(f"  ({group.__name__}: {time.monotonic() - begin:.0f} s)", flush=True)
-    return values
+    return values, failed
 
 
 def measure_all(options, rows):
+    """Measures the rows on every ORB. Returns the medians, and the names that cannot be measured."""
     sizes = Sizes(options.nodes, 1, 0.02) if options.nodes else Sizes()
     with tempfile.TemporaryDirectory(prefix="topo-bench-", dir=options.output) as folder:
         stores = Stores(pathlib.Path(folder))
-        values = measure(options.bin, "", rows, sizes, stores)
+        values, failed = measure(options.bin, "", rows, sizes, stores)
         if options.bin_on_tao:
-            values.update(measure(options.bin_on_tao, SUFFIX_ON_TAO, rows, sizes, stores))
+            on_tao, failed_on_tao = measure(options.bin_on_tao, SUFFIX_ON_TAO, rows, sizes, stores)
+            values.update(on_tao)
+            failed += failed_on_tao
         else:
             print("bench: no build on TAO (TOPO_TAO_BUILD is not set): the rows on TAO are skipped")
-    return values
+    return values, failed
 
 
 def write(options, values):
@@ -80,17 +98,15 @@ def main():
     if options.output:
         options.output.mkdir(parents=True, exist_ok=True)
     os.sched_setaffinity(0, sorted(os.sched_getaffinity(0))[:PROCESSORS])
-    try:
-        values = measure_all(options, rows)
-    except Failure as failure:
-        print(f"bench: {failure}", file=sys.stderr)
-        return 2
+    values, failed = measure_all(options, rows)
     if options.output:
         write(options, values)
     short = [] if options.nodes else outcome.missed(values, rows)
     for line in short:
         print(f"falls short: {line}")
-    return 1 if short else 0
+    for name in failed:
+        print(f"not measured: {name}")
+    return 2 if failed else 1 if short else 0
 
 
 if __name__ == "__main__":

@@ -1,6 +1,7 @@
 import argparse
 import contextlib
 import io
+import json
 import pathlib
 import sys
 import tempfile
@@ -88,6 +89,7 @@ class Groups(unittest.TestCase):
 
 class Runs(unittest.TestCase):
     def measured(self, folder, rows=()):
+        """The medians, the folders of the programs and the output of a run."""
         folders = []
 
         def fake_group(bench):
@@ -98,8 +100,39 @@ class Runs(unittest.TestCase):
         options = argparse.Namespace(nodes=None, output=None, bin=pathlib.Path("/own"), bin_on_tao=folder)
         with mock.patch.object(bench_main, "GROUPS", [(fake_group, {"small_call_over_ping", "view_scaling"})]), \
                 contextlib.redirect_stdout(out):
-            values = bench_main.measure_all(options, named(rows))
+            values, failed = bench_main.measure_all(options, named(rows))
+        self.assertEqual([], failed)
         return values, folders, out.getvalue()
+
+    def measured_beside(self, broken):
+        """What a run returns when the group of view_scaling is broken, and its error output."""
+        def whole_group(_):
+            return {"small_call_over_ping": [1.5]}
+
+        options = argparse.Namespace(nodes=None, output=None, bin=pathlib.Path("/own"), bin_on_tao=None)
+        groups = [(broken, {"view_scaling"}), (whole_group, {"small_call_over_ping"})]
+        with mock.patch.object(bench_main, "GROUPS", groups), contextlib.redirect_stdout(io.StringIO()), \
+                contextlib.redirect_stderr(io.StringIO()) as errors:
+            return bench_main.measure_all(options, named([])), errors.getvalue()
+
+    def test_continue_after_a_row_that_cannot_be_measured(self):
+        def broken(_):
+            raise Failure("topo-agentd: no answer")
+
+        result, errors = self.measured_beside(broken)
+        self.assertEqual(({"small_call_over_ping": 1.5}, ["view_scaling"]), result)
+        self.assertEqual("bench: view_scaling: topo-agentd: no answer\n", errors)
+
+    def test_continue_after_a_program_that_ends_too_early(self):
+        def broken(_):
+            raise BrokenPipeError("the client has ended")
+
+        result, errors = self.measured_beside(broken)
+        self.assertEqual(["view_scaling"], result[1])
+        self.assertIn("view_scaling: BrokenPipeError: the client has ended", errors)
+
+    def test_report_a_row_that_its_group_leaves_out(self):
+        self.assertEqual(["view_scaling"], self.measured_beside(lambda _: {})[0][1])
 
     def test_without_a_build_on_tao_say_so_and_measure_the_rest(self):
         values, folders, out = self.measured(None)
@@ -117,9 +150,9 @@ class Runs(unittest.TestCase):
     def test_of_some_rows_return_no_other_rows(self):
         self.assertEqual({"view_scaling": 10}, self.measured(None, ["view_scaling"])[0])
 
-    def main(self, values, *words):
+    def main(self, values, *words, failed=()):
         with tempfile.TemporaryDirectory() as folder, contextlib.redirect_stdout(io.StringIO()) as out, \
-                mock.patch.object(bench_main, "measure_all", lambda *unused: values), \
+                mock.patch.object(bench_main, "measure_all", lambda *unused: (values, failed)), \
                 mock.patch.object(bench_main.os, "sched_setaffinity"), \
                 mock.patch.object(sys, "argv", ["bench", "--bin", folder, *words]):
             return bench_main.main(), out.getvalue()
@@ -130,6 +163,12 @@ class Runs(unittest.TestCase):
 
     def test_that_reach_their_thresholds_end_with_status_0(self):
         self.assertEqual((0, ""), self.main({"view_scaling": 10}))
+
+    def test_with_rows_that_cannot_be_measured_end_with_status_2_and_keep_the_others(self):
+        with tempfile.TemporaryDirectory() as folder:
+            self.assertEqual((2, "not measured: events_over_raw\n"),
+                             self.main({"view_scaling": 10}, "--output", folder, failed=["events_over_raw"]))
+            self.assertEqual({"view_scaling": 10}, json.loads((pathlib.Path(folder) / "results.json").read_text()))
 
     def test_of_small_sizes_are_not_judged(self):
         self.assertEqual((0, ""), self.main({"small_call_over_ping": 1.5}, "--nodes", "10"))
