@@ -3,17 +3,21 @@
 #ifndef TOPOMANAGEMENTMGR_FILESTAMP_H
 #define TOPOMANAGEMENTMGR_FILESTAMP_H
 
+#include <linux/magic.h>
 #include <sys/stat.h>
+#include <sys/vfs.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <ctime>
+#include <iterator>
 #include <optional>
 #include <string>
 
 namespace topo {
 
 // Identity, size and times of a regular file, and whether every later change gives another stamp.
-// On a network file system the stamp is as old as the attributes that the system caches.
+// A change through a memory mapping of the file counts when the system records it in the times.
 //
 // Thread-safety: a value without shared state. Ownership: owns nothing. Errors: none.
 class FileStamp {
@@ -37,6 +41,20 @@ class FileStamp {
   // False within 3 seconds after a change: a second change at once may keep all times, because file
   // systems round them, some to 2 seconds.
   bool isSettled() const { return isSettled_; }
+
+  // Whether the file system of a file records the time of each change at once. Other file systems
+  // change files of the system itself, or report times that were cached before a change by another
+  // machine.
+  static bool recordsEveryChange(const std::string& fileName) {
+    static constexpr std::int64_t kTypes[] = {
+        EXT4_SUPER_MAGIC,  // ext2 and ext3 too
+        XFS_SUPER_MAGIC,  BTRFS_SUPER_MAGIC, F2FS_SUPER_MAGIC, TMPFS_MAGIC, OVERLAYFS_SUPER_MAGIC,
+    };
+    struct statfs status {};
+    return ::statfs(fileName.c_str(), &status) == 0 &&
+           std::find(std::begin(kTypes), std::end(kTypes),
+                     static_cast<std::int64_t>(status.f_type)) != std::end(kTypes);
+  }
 
   friend bool operator==(const FileStamp& a, const FileStamp& b) {
     return a.device_ == b.device_ && a.inode_ == b.inode_ && a.size_ == b.size_ &&

@@ -7,9 +7,9 @@
 //   - White space and carriage returns are part of key and value.
 //   - The last line of a key counts.
 //
-// Every lookup reads the file again, unless the file is unchanged since the last complete reading
-// (FileStamp). An entry is never removed: a key that disappears from the file
-// keeps its last value.
+// Every lookup reads the file again, unless the file is on a local file system and unchanged since
+// the last complete reading (FileStamp). An entry is never removed: a key that disappears from the
+// file keeps its last value.
 //
 // Thread-safety: none; the caller serialises the lookups (UserLabels). Ownership: owns the entries;
 // the file belongs to the operator. Errors: a file that cannot be read is not an error; the lookup
@@ -65,7 +65,8 @@ class UserlabelMap {
       file.open(fileName_, std::ios::in | std::ios::out | std::ios::app);
       return false;
     }
-    if (Merge(file) && stamp && stamp->isSettled()) {
+    if (Merge(file) && stamp && stamp->isSettled() &&
+        topo::FileStamp::recordsEveryChange(fileName_)) {
       read_ = stamp;
     }
     return true;

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/prctl.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -210,6 +211,31 @@ TEST_F(TopoUserlabelMap, ReadsAFileAgainThatChangedShortlyBefore) {
   write("a;1\n");
   EXPECT_TRUE(map_.LoadFile());
   EXPECT_TRUE(map_.LoadFile());
+}
+
+// The name of this thread, as a file: the system changes its content, but not its times.
+class ThreadName {
+ public:
+  static constexpr const char* kFile = "/proc/self/comm";
+
+  ThreadName() { prctl(PR_GET_NAME, before_); }
+  ~ThreadName() { prctl(PR_SET_NAME, before_); }
+  ThreadName(const ThreadName&) = delete;
+  ThreadName& operator=(const ThreadName&) = delete;
+
+  static void set(const char* name) { prctl(PR_SET_NAME, name); }
+
+ private:
+  char before_[16] = {};
+};
+
+TEST_F(TopoUserlabelMap, ReadsAFileAgainWhoseTimesDoNotShowItsChanges) {
+  const ThreadName name;
+  ThreadName::set("a;1");
+  Map map(ThreadName::kFile, nextHour);
+  EXPECT_EQ(find(map, "a"), "1");
+  ThreadName::set("a;2");
+  EXPECT_EQ(find(map, "a"), "2");
 }
 
 TEST_F(TopoUserlabelMap, ReadsAFileAgainThatWasMissingInBetween) {
