@@ -65,8 +65,10 @@ class UserlabelMap {
       file.open(fileName_, std::ios::in | std::ios::out | std::ios::app);
       return false;
     }
+    // The name may have been given to another file between the stamp and the opening.
     if (Merge(file) && stamp && stamp->isSettled() &&
-        topo::FileStamp::recordsEveryChange(fileName_)) {
+        topo::FileStamp::recordsEveryChange(fileName_) &&
+        stamp == topo::FileStamp::of(fileName_, clock_)) {
       read_ = stamp;
     }
     return true;

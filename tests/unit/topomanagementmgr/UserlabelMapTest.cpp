@@ -7,8 +7,10 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <istream>
 #include <streambuf>
 #include <string>
@@ -248,6 +250,112 @@ TEST_F(TopoUserlabelMap, ReadsAFileAgainThatWasMissingInBetween) {
   EXPECT_TRUE(map.LoadFile());
 }
 
+// A clock that a test sets ahead, and that runs a step of the test first. FileStamp reads the clock
+// between the examination and the opening of a file.
+std::function<void()> stepBeforeClock;
+std::int64_t secondsAhead = 0;
+
+std::int64_t testClock() {
+  if (stepBeforeClock) {
+    std::exchange(stepBeforeClock, nullptr)();
+  }
+  return topo::FileStamp::systemClock() + secondsAhead * 1000000000;
+}
+
+// The file of the labels is a symbolic link to one of two other files.
+class TopoLinkedUserlabelMap : public TopoUserlabelMap {
+ protected:
+  TopoLinkedUserlabelMap() {
+    dir_.write("one.txt", "a;1\n");
+    dir_.write("two.txt", "a;2\n");
+    linkTo("one.txt");
+    secondsAhead = 3600;
+  }
+
+  void linkTo(const std::string& target) {
+    std::filesystem::remove(fileName_);
+    std::filesystem::create_symlink(dir_.file(target), fileName_);
+  }
+
+  Map linked_{fileName_, testClock};
+};
+
+TEST_F(TopoLinkedUserlabelMap, FollowsTheLink) {
+  EXPECT_EQ(find(linked_, "a"), "1");
+  linkTo("two.txt");
+  EXPECT_EQ(find(linked_, "a"), "2");
+  linkTo("one.txt");
+  EXPECT_EQ(find(linked_, "a"), "1");
+}
+
+TEST_F(TopoLinkedUserlabelMap, SeesEditsOfTheTarget) {
+  EXPECT_EQ(find(linked_, "a"), "1");
+  dir_.write("one.txt", "a;1\nb;3\n");
+  EXPECT_EQ(find(linked_, "b"), "3");
+}
+
+TEST_F(TopoLinkedUserlabelMap, ReadsTheFirstTargetAgainAfterATargetThatChangedShortlyBefore) {
+  EXPECT_EQ(find(linked_, "a"), "1");
+  linkTo("two.txt");
+  secondsAhead = 0;
+  EXPECT_EQ(find(linked_, "a"), "2");
+  linkTo("one.txt");
+  secondsAhead = 3600;
+  EXPECT_EQ(find(linked_, "a"), "1");
+}
+
+TEST_F(TopoLinkedUserlabelMap, ReadsTheTargetAgainThatWasAwayWhileTheFileWasOpened) {
+  stepBeforeClock = [this] { linkTo("two.txt"); };
+  EXPECT_EQ(find(linked_, "a"), "2");
+  linkTo("one.txt");
+  EXPECT_EQ(find(linked_, "a"), "1");
+}
+
+// The time of the last change of the file, which no program can set.
+std::int64_t changeTime(const std::string& fileName) {
+  struct stat status {};
+  EXPECT_EQ(stat(fileName.c_str(), &status), 0);
+  return std::int64_t{status.st_ctim.tv_sec} * 1000000000 + status.st_ctim.tv_nsec;
+}
+
+TEST_F(TopoUserlabelMap, SeesAnEditThatKeepsSizeAndModificationTime) {
+  write("a;1\n");
+  Map map(fileName_, nextHour);
+  EXPECT_EQ(find(map, "a"), "1");
+  const auto modified = std::filesystem::last_write_time(fileName_);
+  const std::int64_t changed = changeTime(fileName_);
+  do {  // until the next tick of the system's clock of files
+    write("a;2\n");
+    std::filesystem::last_write_time(fileName_, modified);
+  } while (changeTime(fileName_) == changed);
+  EXPECT_EQ(find(map, "a"), "2");
+}
+
+TEST_F(TopoUserlabelMap, ReadsAChangedFileAgainForThreeSeconds) {
+  write("a;1\n");
+  Map map(fileName_, testClock);
+  secondsAhead = 2;
+  EXPECT_TRUE(map.LoadFile());
+  EXPECT_TRUE(map.LoadFile());
+  secondsAhead = 3600;
+  EXPECT_TRUE(map.LoadFile());
+  EXPECT_FALSE(map.LoadFile());
+}
+
+TEST_F(TopoUserlabelMap, ReadsAChangedFileAgainWithAnOldModificationTime) {
+  write("a;1\n");
+  std::filesystem::last_write_time(
+      fileName_, std::filesystem::last_write_time(fileName_) - std::chrono::hours(1));
+  EXPECT_TRUE(map_.LoadFile());
+  EXPECT_TRUE(map_.LoadFile());
+}
+
+TEST_F(TopoUserlabelMap, ReadsADeviceForEveryLookup) {
+  Map map("/dev/null", nextHour);
+  EXPECT_TRUE(map.LoadFile());
+  EXPECT_TRUE(map.LoadFile());
+}
+
 TEST_F(TopoUserlabelMap, KeepsTheLastValueOfAKeyThatLeftTheFile) {
   write("a;1\nb;2\n");
   EXPECT_EQ(find("a"), "1");
@@ -333,6 +441,15 @@ TEST_F(TopoUserlabelMap, EndsQuietlyWhenReadingFailsAndKeepsItsEntries) {
   std::filesystem::remove(fileName_);
   write("a;2\n");
   EXPECT_EQ(find("a"), "2");
+}
+
+TEST_F(TopoUserlabelMap, ReadsAFileAgainWhoseReadingFailed) {
+  if (!isUnreadable()) {
+    GTEST_SKIP() << kUnreadable << " cannot be opened, or can be read";
+  }
+  Map map(kUnreadable, nextHour);
+  EXPECT_TRUE(map.LoadFile());
+  EXPECT_TRUE(map.LoadFile());
 }
 
 TEST_F(TopoUserlabelMap, LoadsWithoutALookupToo) {
