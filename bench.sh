@@ -15,6 +15,12 @@ for word in "$@"; do
   esac
 done
 
+if [ -n "${TOPO_TAO_BUILD:-}" ] && ! { grep -q '^TOPO_ORB:.*=tao$' "$TOPO_TAO_BUILD/CMakeCache.txt" &&
+  grep -q '^CMAKE_BUILD_TYPE:.*=RelWithDebInfo$' "$TOPO_TAO_BUILD/CMakeCache.txt"; } 2>/dev/null; then
+  echo "bench.sh: TOPO_TAO_BUILD: $TOPO_TAO_BUILD is not a build folder of the preset tao" >&2
+  exit 2
+fi
+
 scripts/setup.sh
 scripts/build.sh release bench_programs
 tao=()
