@@ -2,6 +2,8 @@
 
 #include <malloc.h>
 #include <sys/mman.h>
+#include <sys/resource.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdint>
@@ -37,6 +39,17 @@ void adviseLargePages(void* block, std::size_t bytes) {
   }
 }
 
+// tcmalloc never returns addresses to the system. Under a limit of the address space, the stacks of
+// threads and mapped files need the addresses.
+std::size_t mostAdvised() {
+  rlimit limit{};
+  if (getrlimit(RLIMIT_AS, &limit) != 0 || limit.rlim_cur != RLIM_INFINITY) {
+    return 0;
+  }
+  return static_cast<std::size_t>(sysconf(_SC_PHYS_PAGES)) *
+         static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+}
+
 std::size_t property(const char* name) {
   std::size_t value = 0;
   return MallocExtension_GetNumericProperty(name, &value) != 0 ? value : 0;
@@ -67,7 +80,7 @@ void useLargePages(std::size_t bytes) {
     return;
   }
   std::vector<Block> blocks;
-  for (std::size_t left = bytes; left >= 2 * kLargePage;) {
+  for (std::size_t left = std::min(bytes, mostAdvised()); left >= 2 * kLargePage;) {
     const std::size_t size = std::min(left, kMostBytesOfBlock);
     Block& block = blocks.emplace_back(std::malloc(size));
     if (!block) {

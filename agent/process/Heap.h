@@ -16,7 +16,8 @@ std::size_t unallocatedBytes();
 
 // Lets the next allocations, up to a number of bytes, use large pages of the system: the random
 // access to the records of a large network then needs fewer page faults and address translations.
-// Takes address space, no memory. Only tcmalloc's heap uses large pages.
+// Takes address space, no memory: at most as much as the machine has memory, and nothing when the
+// address space of the process is limited. Only tcmalloc's heap uses large pages.
 void useLargePages(std::size_t bytes);
 
 }  // namespace agent

@@ -19,4 +19,11 @@ TEST(CanonicalNumber, RejectsEveryOtherSpelling) {
   }
 }
 
+TEST(WholeNumber, RejectsNumbersBeyondTheLimitsThatBeginAsALimit) {
+  EXPECT_EQ(2147483647, fdn::wholeNumber("2147483647"));
+  EXPECT_FALSE(fdn::wholeNumber("21474836470").has_value());
+  EXPECT_EQ(-2147483647 - 1, fdn::wholeNumber("-2147483648"));
+  EXPECT_FALSE(fdn::wholeNumber("-21474836480").has_value());
+}
+
 }  // namespace

@@ -1,11 +1,14 @@
 #include "agent/process/Heap.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cinttypes>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <fstream>
 #include <memory>
 #include <string>
@@ -81,6 +84,37 @@ TEST(Heap, UsesLargePagesForTheNextBlocksOnly) {
   const auto all = blocks();
   EXPECT_GT(countAdvised(all), kBlocks / 4);
   EXPECT_LT(countAdvised(all), kBlocks * 3 / 4);
+}
+
+// Ends the process with status 0 if the heap takes fewer addresses than the machine has memory,
+// also for a file with holes that is larger than any memory.
+void useLargePagesOfAHugeFile() {
+  const agent::MemoryBudget::Probe memory = agent::processMemory(0);
+  const std::size_t addresses = memory().addresses;
+  agent::useLargePages(std::size_t{1} << 40);
+  const auto machine = static_cast<std::size_t>(sysconf(_SC_PHYS_PAGES)) *
+                       static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+  std::_Exit(memory().addresses <= addresses + machine + (std::size_t{64} << 20) ? 0 : 1);
+}
+
+TEST(HeapDeathTest, TakesNoMoreAddressesForLargePagesThanTheMachineHasMemory) {
+  testing::GTEST_FLAG(death_test_style) = "threadsafe";
+  EXPECT_EXIT(useLargePagesOfAHugeFile(), testing::ExitedWithCode(0), "");
+}
+
+// Ends the process with status 0 if the heap leaves a limited address space to the process.
+void useLargePagesOfALimitedAddressSpace() {
+  const agent::MemoryBudget::Probe memory = agent::processMemory(0);  // counts all addresses
+  const rlimit limit{rlim_t{1} << 40, rlim_t{1} << 40};
+  setrlimit(RLIMIT_AS, &limit);
+  const std::size_t addresses = memory().addresses;
+  agent::useLargePages(std::size_t{1} << 30);
+  std::_Exit(memory().addresses < addresses + (std::size_t{1} << 29) ? 0 : 1);
+}
+
+TEST(HeapDeathTest, TakesNoAddressesForLargePagesUnderALimit) {
+  testing::GTEST_FLAG(death_test_style) = "threadsafe";
+  EXPECT_EXIT(useLargePagesOfALimitedAddressSpace(), testing::ExitedWithCode(0), "");
 }
 
 TEST(Heap, TakesNoMemoryForLargePagesInAdvance) {
