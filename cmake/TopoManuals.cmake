@@ -17,11 +17,11 @@ function(compressed input output)
     VERBATIM)
 endfunction()
 
-# printed(OUTPUT COMMAND...): a file with the output of a command.
-function(printed output)
+# printed(OUTPUT PROGRAM COMMAND...): a file with the output of a command that runs a program of this build.
+function(printed output program)
   add_custom_command(OUTPUT "${output}"
     COMMAND sh -c "output=$1 && shift && \"$@\" >\"$output.part\" && mv \"$output.part\" \"$output\"" -- "${output}" ${ARGN}
-    DEPENDS topoctl topo-agentd topo-conformance packaging/man scripts/man_page.py
+    DEPENDS ${program} scripts/man_page.py "${PROJECT_SOURCE_DIR}/packaging/man/${program}.man"
     COMMENT "Making ${output}"
     VERBATIM)
 endfunction()
@@ -30,7 +30,7 @@ set(manual_pages)
 function(manual_page program section component)
   set(page "${manuals}/${program}.${section}")
   set(more "${PROJECT_SOURCE_DIR}/packaging/man/${program}.man")
-  printed("${page}" "${Python3_EXECUTABLE}" "${PROJECT_SOURCE_DIR}/scripts/man_page.py" "$<TARGET_FILE:${program}>"
+  printed("${page}" ${program} "${Python3_EXECUTABLE}" "${PROJECT_SOURCE_DIR}/scripts/man_page.py" "$<TARGET_FILE:${program}>"
     ${section} "${PROJECT_VERSION}" "${manual_date}" "${more}")
   compressed("${page}" "${page}.gz")
   install(FILES "${page}.gz" DESTINATION "${CMAKE_INSTALL_MANDIR}/man${section}" COMPONENT ${component})
@@ -45,7 +45,7 @@ compressed("${manuals}/topo-network.5" "${manuals}/topo-network.5.gz")
 install(FILES "${manuals}/topo-network.5.gz" DESTINATION "${CMAKE_INSTALL_MANDIR}/man5" COMPONENT agent)
 
 foreach(shell IN ITEMS bash zsh)
-  printed("${manuals}/completion.${shell}" "$<TARGET_FILE:topoctl>" completion ${shell})
+  printed("${manuals}/completion.${shell}" topoctl "$<TARGET_FILE:topoctl>" completion ${shell})
 endforeach()
 install(FILES "${manuals}/completion.bash" RENAME topoctl
   DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions" COMPONENT topoctl)

@@ -181,6 +181,23 @@ TEST_F(CompletionProgram, GivesZshWholeWordsWithTheirHelp) {
               StartsWith("words\ncapabilities\tcapabilities  -- The operations"));
 }
 
+TEST_F(CompletionProgram, OffersIdsInZshAsTheyAre) {
+  const std::string hostile = "a$(touch $TRAP) 'b\"";
+  addNode(hostile);
+  // Stubs of zsh's completion system: the offered words are the arguments after "--".
+  const support::Ended ended =
+      support::run("/usr/bin/env",
+                   {"zsh", "-f", "-c",
+                    "compdef() { }; compadd() { print -rl -- \"$@\" }; source \"$1\";"
+                    "words=(\"$TOPOCTL\" node delete a); CURRENT=4; PREFIX=a; _topoctl",
+                    "zsh", directory_.file("zsh.sh")},
+                   {"TOPOCTL=" TOPOCTL_PROGRAM, "TOPO_AGENT=" + agentReference(),
+                    "TRAP=" + directory_.file("trap")});
+  EXPECT_EQ(ended.err, "");
+  EXPECT_THAT(linesOf(ended.out), ElementsAre("-l", "-d", "shown", "--", hostile));
+  EXPECT_FALSE(std::filesystem::exists(directory_.file("trap")));
+}
+
 TEST_F(CompletionProgram, PrintsScriptsThatTheShellsAccept) {
   const support::Ended bash = support::run("/bin/bash", {"-n", directory_.file("bash.sh")});
   EXPECT_EQ(bash.status, 0) << bash.err;
