@@ -4,6 +4,8 @@
 
 #include <string>
 
+#include "tests/support/NoThreads.h"
+
 namespace {
 
 // Enough nodes for a check on another thread.
@@ -29,6 +31,39 @@ TEST(NetworkChecks, ReportsTheNodesOfALargeNetworkBeforeItsElements) {
             agent::checkNetwork(network).reason);
   network.topoNodes[5].parentId = "node-5";
   EXPECT_EQ("topoNodes[5].parent: makes the node its own ancestor",
+            agent::checkNetwork(network).reason);
+}
+
+TEST(NetworkChecks, FindsTheSharedIdOfTheFirstAndTheLastNodeOfALargeNetwork) {
+  agent::Network network = largeNetwork();
+  network.topoNodes.push_back(network.topoNodes.front());
+  EXPECT_EQ("topoNodes[10000].id: \"node-0\" is already that of topoNodes[0]",
+            agent::checkNetwork(network).reason);
+}
+
+TEST(NetworkChecks, AcceptsAParentElsewhereInALargePartOnly) {
+  agent::Network network = largeNetwork();
+  network.topoNodes[7].parentId = "elsewhere";
+  EXPECT_TRUE(agent::checkPart(network).ok());
+  EXPECT_EQ("topoNodes[7].parent: \"elsewhere\" does not exist",
+            agent::checkNetwork(network).reason);
+}
+
+TEST(NetworkChecks, CheckTheNodesOfALargeNetworkWithoutAnotherThread) {
+  agent::Network network = largeNetwork();
+  network.topoNodes[5].parentId = "node-5";
+  const support::NoThreads noThreads;
+  EXPECT_EQ("topoNodes[5].parent: makes the node its own ancestor",
+            agent::checkNetwork(network).reason);
+}
+
+TEST(NetworkChecks, ReportTheFirstListWithAProblemAndEveryListAfterALargeNetwork) {
+  agent::Network network = largeNetwork();
+  network.objectLabels = {{1, "id", "a"}, {1, "id", "b"}};
+  EXPECT_EQ("objectLabels[1]: 1 \"id\" is already that of objectLabels[0]",
+            agent::checkNetwork(network).reason);
+  network.clockLinks.resize(2);
+  EXPECT_EQ("clockLinks[1].id: \"\" is already that of clockLinks[0]",
             agent::checkNetwork(network).reason);
 }
 
