@@ -58,6 +58,7 @@ std::unique_ptr<RequestMetrics> requestMetrics(const Options& options) {
 
 // metrics: null, or outlives the server.
 std::unique_ptr<orb::Server> startServer(const Options& options, RequestMetrics* metrics) {
+  checkTls(options);
   orb::Options serverOptions = orbOptions(options);
   if (metrics != nullptr) {
     serverOptions.requestMeter = [metrics](const orb::FinishedRequest& request) {

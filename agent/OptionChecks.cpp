@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <filesystem>
 #include <memory>
@@ -55,6 +56,12 @@ void checkModule(const Options& options) {
   }
 }
 
+void requireTogether(bool one, bool other, const char* what, const char* needed) {
+  if (one && !other) {
+    throw UsageError(std::string(what) + " needs " + needed);
+  }
+}
+
 }  // namespace
 
 void checkReferences(CORBA::ORB_ptr orb, const Options& options) {
@@ -62,7 +69,36 @@ void checkReferences(CORBA::ORB_ptr orb, const Options& options) {
   checkReference(orb, placeOf(options, "event-channel"), "event channel", options.eventChannel);
 }
 
+void checkTls(const Options& options) {
+  const orb::TlsOptions& tls = options.tls;
+  const bool hasFile = !tls.certificate.empty() || !tls.key.empty() || !tls.authorities.empty() ||
+                       !tls.revoked.empty();
+  const auto isTls = [](const orb::Endpoint& endpoint) {
+    return endpoint.transport == orb::Transport::kTls;
+  };
+  const bool serves = std::any_of(options.endpoints.begin(), options.endpoints.end(), isTls);
+  if (!hasFile && !serves) {
+    return;
+  }
+  if (!orb::hasTls()) {
+    throw UsageError("this program was built without TLS");
+  }
+  requireTogether(serves, !tls.certificate.empty(), "a TLS endpoint", "--tls-cert");
+  requireTogether(!tls.certificate.empty(), !tls.key.empty(), "--tls-cert", "--tls-key");
+  requireTogether(!tls.key.empty(), !tls.certificate.empty(), "--tls-key", "--tls-cert");
+  requireTogether(!tls.revoked.empty(), !tls.authorities.empty(), "--tls-crl", "--tls-ca");
+  requireTogether(serves && tls.clients != orb::TlsOptions::Clients::kNone,
+                  !tls.authorities.empty(), "a TLS endpoint that verifies its clients",
+                  "--tls-ca, or --tls-clients none");
+  try {
+    orb::checkTls(tls);
+  } catch (const orb::TlsError& failure) {
+    throw UsageError(std::string("TLS: ") + failure.what());
+  }
+}
+
 void checkOptions(const Options& options) {
+  checkTls(options);
   const std::unique_ptr<orb::Orb> client = orb::startClient({});
   checkReferences(client->get(), options);
   checkNetwork(options);

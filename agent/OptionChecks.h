@@ -17,6 +17,9 @@ void checkReferences(CORBA::ORB_ptr orb, const Options& options);
 // no ORB.
 void checkOptions(const Options& options);
 
+// Checks the options of TLS and reads their files. Throws UsageError. Thread-safety: any thread.
+void checkTls(const Options& options);
+
 }  // namespace agent
 
 #endif

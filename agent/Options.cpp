@@ -100,7 +100,8 @@ void declareService(CLI::App& app, Options& options) {
 // Options of the addresses.
 void declareEndpoints(CLI::App& app, EndpointTexts& texts) {
   app.add_option("--endpoint", texts.endpoints,
-                 "address to listen on, may be given more than once; port 0 selects a free port")
+                 "address to listen on, may be given more than once; port 0 selects a free port; "
+                 "with --tls-cert a HOST:PORT means tls:")
       ->type_name("[tcp:|tls:]HOST:PORT|unix:PATH")
       ->default_str(kDefaultEndpoint)
       ->allow_extra_args(false)
@@ -109,6 +110,31 @@ void declareEndpoints(CLI::App& app, EndpointTexts& texts) {
                  "address in references, in place of that of the first endpoint of a host")
       ->type_name("HOST:PORT")
       ->check(checkPublished);
+}
+
+const std::map<std::string, orb::TlsOptions::Clients>& tlsClientsWords() {
+  using Clients = orb::TlsOptions::Clients;
+  static const std::map<std::string, Clients> words = {
+      {"required", Clients::kRequired}, {"optional", Clients::kOptional}, {"none", Clients::kNone}};
+  return words;
+}
+
+// Options of TLS.
+void declareTls(CLI::App& app, Options& options, std::string& clients) {
+  app.add_option("--tls-cert", options.tls.certificate,
+                 "serve TLS with this certificate, followed by its chain (PEM)")
+      ->type_name("FILE");
+  app.add_option("--tls-key", options.tls.key, "private key of the certificate (PEM)")
+      ->type_name("FILE");
+  app.add_option("--tls-ca", options.tls.authorities, "trusted certificate authorities (PEM)")
+      ->type_name("FILE");
+  app.add_option("--tls-crl", options.tls.revoked,
+                 "revocation lists of the certificate authorities (PEM)")
+      ->type_name("FILE");
+  app.add_option("--tls-clients", clients, "whether TLS clients need a certificate")
+      ->type_name("WORD")
+      ->capture_default_str()
+      ->check(CLI::IsMember(tlsClientsWords()));
 }
 
 const std::map<std::string, EventAccess>& eventAccessWords() {
@@ -222,6 +248,7 @@ class CommandLine {
   CommandLine() {
     declareService(app_, options_);
     declareEndpoints(app_, endpoints_);
+    declareTls(app_, options_, tlsClients_);
     declareEvents(app_, options_, eventAccess_);
     declareReceivers(app_, options_);
     declareMetrics(app_, metrics_);
@@ -273,12 +300,17 @@ class CommandLine {
   CLI::App& app() { return app_; }
 
  private:
+  // A HOST:PORT without a transport means TLS if there is a certificate.
   void setEndpoints(Options& result) const {
+    result.tls.clients = tlsClientsWords().at(tlsClients_);
+    const orb::Transport bare =
+        result.tls.certificate.empty() ? orb::Transport::kTcp : orb::Transport::kTls;
+    result.endpoints.front().transport = bare;
     if (!endpoints_.endpoints.empty()) {
       result.endpoints.clear();
     }
     for (const std::string& text : endpoints_.endpoints) {
-      result.endpoints.push_back(*orb::endpointFrom(text));
+      result.endpoints.push_back(*orb::endpointFrom(text, bare));
     }
     if (!endpoints_.publish.empty()) {
       result.publish = orb::endpointFrom(endpoints_.publish);
@@ -289,6 +321,7 @@ class CommandLine {
   Options options_;
   EndpointTexts endpoints_;
   std::string metrics_;
+  std::string tlsClients_ = "required";
   std::string eventAccess_ = "allowed";
   std::string config_;
   bool checkConfig_ = false;

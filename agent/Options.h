@@ -25,8 +25,9 @@ struct Options {
   bool checkStore = true;    // look for damage in the store at the start
   std::vector<orb::Endpoint> endpoints{{"127.0.0.1", 2810}};  // at least one
   std::optional<orb::Endpoint> publish;                       // as orb::Options::publish
-  std::filesystem::path iorFile;                              // empty: none
-  std::string emsName;                                        // empty: the name in the network
+  orb::TlsOptions tls;
+  std::filesystem::path iorFile;  // empty: none
+  std::string emsName;            // empty: the name in the network
   bool testSwitch = false;
   bool console = true;
   EventAccess eventAccess = EventAccess::kAllowed;

@@ -35,6 +35,9 @@ orb::Options orbOptions(const Options& options) {
   result.largeOperations = {"importNetwork"};
   result.maxConnections = connectionLimit(options);
   result.publish = options.publish;
+  result.tls = options.tls;
+  // Consumers are named by the addresses in their references, which no certificate contains.
+  result.tls.checkServerName = false;
   return result;
 }
 

@@ -10,9 +10,9 @@ namespace {
 constexpr std::size_t kMaxLoggedName = 64;  // of an operation, which clients choose freely
 
 // The text after the number of refusals, for each Kind.
-constexpr std::array kSummaries = {" connections were refused",
-                                   " requests were refused for their size",
-                                   " connections were closed because of incomplete requests"};
+constexpr std::array kSummaries = {
+    " connections were refused", " requests were refused for their size",
+    " connections were closed because of incomplete requests", " TLS handshakes failed"};
 
 }  // namespace
 
@@ -64,6 +64,10 @@ void LimitLog::requestTooLarge(const std::string& operation, std::size_t bytes,
 void LimitLog::requestIncomplete(Time now) {
   add(kIncomplete, now,
       [] { return std::string("a connection was closed: its request was not complete in time"); });
+}
+
+void LimitLog::handshakeFailed(const std::string& peer, const std::string& reason, Time now) {
+  add(kHandshakes, now, [&] { return "the TLS handshake of " + peer + " failed: " + reason; });
 }
 
 void LimitLog::endEpisodes(Time now) {

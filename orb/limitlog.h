@@ -14,9 +14,9 @@
 
 namespace orb {
 
-// Logs refused connections, requests over their size limit, and connections that were closed
-// because of an incomplete request. Each kind has an Episode, so that a flood of refusals takes two
-// lines. A line is dropped when its allocation fails.
+// Logs refused connections, requests over their size limit, connections that were closed because of
+// an incomplete request, and failed TLS handshakes. Each kind has an Episode, so that a flood of
+// refusals takes two lines. A line is dropped when its allocation fails.
 //
 // Thread-safety: any thread. Owns the log function, which runs without the mutex.
 // Errors: exceptions of the log function pass, except std::bad_alloc for the first line of an
@@ -37,6 +37,9 @@ class LimitLog {
                        Time now);
   void requestIncomplete(Time now);
 
+  // A TLS handshake failed; reason: a clause.
+  void handshakeFailed(const std::string& peer, const std::string& reason, Time now);
+
   // Logs the number of refusals of each episode that is over by now.
   void endEpisodes(Time now);
 
@@ -44,7 +47,7 @@ class LimitLog {
   std::optional<Time> nextEnd() const;
 
  private:
-  enum Kind { kConnections, kRequests, kIncomplete, kKinds };
+  enum Kind { kConnections, kRequests, kIncomplete, kHandshakes, kKinds };
 
   template <typename MakeLine>
   void add(Kind kind, Time now, MakeLine makeLine);

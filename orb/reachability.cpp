@@ -70,6 +70,10 @@ std::string whyNotConnectedTo(const std::string& path) {
 }  // namespace
 
 std::string whyNotConnected(const std::string& address, std::chrono::milliseconds timeout) {
+  const std::string tlsFailure = takeTlsFailure();
+  if (!tlsFailure.empty()) {
+    return "TLS with " + address + " failed: " + tlsFailure;
+  }
   if (const auto given = endpointFrom(address); given && given->transport == Transport::kUnix) {
     return whyNotConnectedTo(given->host);
   }

@@ -147,6 +147,36 @@ CORBA::Object_ptr resolveReference(CORBA::ORB_ptr orb, const AgentAccess& access
   }
 }
 
+// Throws Failure for files that cannot be used.
+orb::TlsOptions tlsOptions(const TlsFiles& files) {
+  orb::TlsOptions options;
+  options.certificate = files.certificate;
+  options.key = files.key;
+  options.authorities = files.authorities;
+  options.revoked = files.revoked;
+  if (files.certificate.empty() && files.authorities.empty()) {
+    return options;
+  }
+  if (!orb::hasTls()) {
+    throw Failure(ExitCode::kUsage, "this program was built without TLS");
+  }
+  try {
+    orb::checkTls(options);
+  } catch (const orb::TlsError& failure) {
+    throw Failure(ExitCode::kUsage, std::string("TLS: ") + failure.what());
+  }
+  return options;
+}
+
+// The reason why the TLS connection of a failed call ended, as a clause; "" without one.
+std::string tlsFailureOf(const CORBA::SystemException& failure, CORBA::Object_ptr object) {
+  if (CORBA::COMM_FAILURE::_downcast(&failure) == nullptr) {
+    return "";
+  }
+  const std::string reason = orb::takeTlsFailure();
+  return reason.empty() ? "" : "TLS with " + orb::addressOf(object) + " failed: " + reason;
+}
+
 }  // namespace
 
 orb::Options orbOptions(const AgentAccess& access) {
@@ -154,6 +184,7 @@ orb::Options orbOptions(const AgentAccess& access) {
   orb::Options options;
   options.callTimeout = access.callTimeout;
   options.maxMessageBytes = access.maxMessageBytes;
+  options.tls = tlsOptions(access.tls);
   return options;
 }
 
@@ -201,6 +232,11 @@ void throwIfExplained(const CORBA::SystemException& failure, CORBA::Object_ptr o
   if (orb::isNotConnected(failure)) {
     throw Failure(ExitCode::kUnreachable,
                   describeAgent(access) + " cannot be reached: " + reasonOf(object, access));
+  }
+  const std::string tlsFailure = tlsFailureOf(failure, object);
+  if (!tlsFailure.empty()) {
+    throw Failure(ExitCode::kUnreachable,
+                  describeAgent(access) + " cannot be reached: " + tlsFailure);
   }
   if (CORBA::OBJECT_NOT_EXIST::_downcast(&failure) != nullptr) {
     throw Failure(ExitCode::kUnreachable, describeAgent(access) + " " + target.missing);

@@ -17,6 +17,14 @@ constexpr std::chrono::milliseconds kDefaultTimeout{30000};
 constexpr std::size_t kDefaultMaxMessage = std::size_t{256} * 1024 * 1024;  // bytes
 constexpr std::uint32_t kMinMaxMessage = 8192;                              // bytes
 
+// PEM files for TLS; empty: none.
+struct TlsFiles {
+  std::string certificate;  // the own certificate
+  std::string key;
+  std::string authorities;  // certificates of the trusted authorities
+  std::string revoked;      // revocation lists
+};
+
 struct AgentAccess {
   std::string reference = kDefaultAgent;    // IOR, corbaloc or corbaname; unused with an iorFile
   bool isFromEnvironment = false;           // whether $TOPO_AGENT has the reference
@@ -24,6 +32,7 @@ struct AgentAccess {
   std::uint32_t howMany = kDefaultHowMany;  // records in the first reply of a view; 0: no record
   std::chrono::milliseconds callTimeout = kDefaultTimeout;  // 0: no limit
   std::size_t maxMessageBytes = kDefaultMaxMessage;         // of a message in either direction
+  TlsFiles tls;
 };
 
 // Records to request from an iterator in one call. An iterator answers a request for 0 records with

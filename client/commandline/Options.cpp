@@ -30,6 +30,7 @@ struct Typed {
   std::string format;
   std::string timeout;
   std::string maxMessage;
+  TlsFiles tls;
 };
 
 std::uint32_t parseUnsigned(const std::string& option, const std::string& text, std::uint32_t min) {
@@ -86,6 +87,13 @@ void addOptions(CLI::App& app, Typed& typed) {
   addOption(
       app, "--max-message", typed.maxMessage, "BYTES",
       "Largest message that is accepted, " + std::to_string(kDefaultMaxMessage) + " unless given");
+  addOption(app, "--tls-ca", typed.tls.authorities, "FILE",
+            "Certificate authorities that the agent's certificate is verified with (PEM)");
+  addOption(app, "--tls-cert", typed.tls.certificate, "FILE",
+            "Certificate to show to the agent, followed by its chain (PEM)");
+  addOption(app, "--tls-key", typed.tls.key, "FILE", "Private key of --tls-cert (PEM)");
+  addOption(app, "--tls-crl", typed.tls.revoked, "FILE",
+            "Revocation lists of the certificate authorities (PEM)");
   app.add_flag(kWide, "Print whole cells of tables, even if lines are longer than the terminal");
   app.add_flag(kNoHeader, "Print tables and csv without the line of the field names");
 }
@@ -180,6 +188,16 @@ void readAgent(const CLI::App& app, const Typed& typed, const std::string& agent
   }
 }
 
+void readTls(const TlsFiles& files, AgentAccess& access) {
+  if (files.certificate.empty() != files.key.empty()) {
+    usageError("--tls-cert and --tls-key need each other");
+  }
+  if (!files.revoked.empty() && files.authorities.empty()) {
+    usageError("--tls-crl needs --tls-ca");
+  }
+  access.tls = files;
+}
+
 void readValues(const CLI::App& app, const Typed& typed, Options& options) {
   if (app.count("--how-many") > 0) {
     options.access.howMany = parseUnsigned("--how-many", typed.howMany, 0);
@@ -194,6 +212,7 @@ void readValues(const CLI::App& app, const Typed& typed, Options& options) {
     options.access.maxMessageBytes =
         parseUnsigned("--max-message", typed.maxMessage, kMinMaxMessage);
   }
+  readTls(typed.tls, options.access);
   options.wide = app.count(kWide) > 0;
   options.table.header = app.count(kNoHeader) == 0;
 }

@@ -19,6 +19,14 @@ orb::Options consumerOptions(const AgentAccess& access) {
   return result;
 }
 
+// The agent pushes over TLS if topoctl has a certificate for it.
+orb::Endpoint listenAt(const AgentAccess& access, const WatchOptions& options) {
+  orb::Endpoint endpoint = options.listen;
+  const bool tls = !access.tls.certificate.empty() && !access.tls.authorities.empty();
+  endpoint.transport = tls ? orb::Transport::kTls : orb::Transport::kTcp;
+  return endpoint;
+}
+
 // The default policy with one difference: stop() ends the repetitions.
 RetryPolicy retryUntilStopped(Inbox& inbox) {
   RetryPolicy policy;
@@ -34,7 +42,7 @@ RetryPolicy retryUntilStopped(Inbox& inbox) {
 void watch(const AgentAccess& access, const WatchOptions& options, std::ostream& out) {
   Inbox inbox(kMaxWaiting);
   const StopSignals signals([&inbox] { inbox.stop(); });
-  const auto server = orb::startServer(consumerOptions(access), options.listen, nullptr);
+  const auto server = orb::startServer(consumerOptions(access), listenAt(access, options), nullptr);
   const PortableServer::POAManager_var manager = server->rootPoa()->the_POAManager();
   manager->activate();
   Subscription subscription(server->get(), server->rootPoa(), access, inbox,

@@ -8,6 +8,7 @@
 
 #include "../listening.h"
 #include "../loglimiter.h"
+#include "../tls.h"
 #include "drain.h"
 #include "incoming/serverstate.h"
 #include "log.h"
@@ -18,6 +19,14 @@
 
 namespace orb {
 namespace {
+
+// The context of an ORB's connections; also set for outgoing calls.
+std::shared_ptr<TlsContext> startTls(const Options& options) {
+  const bool configured = !options.tls.certificate.empty() || !options.tls.authorities.empty();
+  const auto context = configured ? std::make_shared<TlsContext>(options.tls) : nullptr;
+  setOutgoingTls(context);
+  return context;
+}
 
 class RunningOrb {
  public:
@@ -34,6 +43,7 @@ class RunningOrb {
     }
     orb_->destroy();
     setLogReceiver(nullptr);
+    setOutgoingTls(nullptr);
   }
 
   RunningOrb(const RunningOrb&) = delete;
@@ -89,6 +99,12 @@ class ListeningOrb final : public Server {
     return count;
   }
 
+  void reloadTls() override {
+    if (state_->tls) {
+      state_->tls->reload();
+    }
+  }
+
   std::unique_ptr<WellKnownObject> wellKnownObject(const std::string& key) override {
     return makeWellKnownObject(orb_.get(), key);
   }
@@ -102,17 +118,18 @@ class ListeningOrb final : public Server {
 }  // namespace
 
 std::unique_ptr<Orb> startClient(const Options& options) {
+  startTls(options);
   return std::make_unique<ClientOrb>(options);
 }
 
 std::unique_ptr<Server> startServer(const Options& options, const std::vector<Endpoint>& endpoints,
                                     const LogFunction& log) {
+  const auto state = std::make_shared<ServerState>(options, endpoints, startTls(options));
   for (const Endpoint& endpoint : endpoints) {
-    if (endpoint.transport == Transport::kTls) {
-      throw EndpointError("cannot listen on " + format(endpoint) + ": TLS is not built in");
+    if (endpoint.transport == Transport::kTls && options.tls.certificate.empty()) {
+      throw EndpointError("cannot listen on " + format(endpoint) + ": there is no certificate");
     }
   }
-  const auto state = std::make_shared<ServerState>(options, endpoints);
   // If the start fails, the ORB's lines become the reason of the exception instead of log lines.
   std::vector<std::string> startLines;
   setLogReceiver([&startLines](const std::string& line) { startLines.push_back(line); });

@@ -2,9 +2,11 @@
 #include <omniORB4/omniIOR.h>
 #include <omniORB4/omniORB.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
+#include "../tls.h"
 #include "orb/orb.h"
 
 namespace orb {
@@ -90,8 +92,18 @@ std::string corbaloc(const Endpoint& endpoint, const std::string& key) {
 
 CORBA::Object_ptr objectBeside(CORBA::ORB_ptr orb, CORBA::Object_ptr reference,
                                const std::string& key) {
+  // In a corbaloc every TLS address has the host of the first address, so TLS and TCP are not
+  // mixed.
+  std::vector<std::string> all = addressesOf(reference);
+  const char* const unwanted = isOutgoingTlsSet() ? kTcp.own : kTls.own;
+  const auto isUnwanted = [unwanted](const std::string& address) {
+    return !withoutPrefix(address, unwanted).empty();
+  };
+  if (!std::all_of(all.begin(), all.end(), isUnwanted)) {
+    all.erase(std::remove_if(all.begin(), all.end(), isUnwanted), all.end());
+  }
   std::string addresses;
-  for (const std::string& address : addressesOf(reference)) {
+  for (const std::string& address : all) {
     addresses += (addresses.empty() ? "" : ",") + corbalocAddress(address);
   }
   if (addresses.empty()) {

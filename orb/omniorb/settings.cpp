@@ -16,6 +16,7 @@
 
 #include "incoming/transport.h"
 #include "log.h"
+#include "outgoingtls.h"
 
 namespace orb {
 namespace {
@@ -83,6 +84,7 @@ CORBA::ORB_ptr initWithSettings(const Settings& settings) {
     table[i][1] = settings[i].second.c_str();
   }
   omniORB::setLogFunction(forwardLog);
+  installTls();
   removeSettingsFromEnvironment();
   // An empty name disables the configuration file. The ORB keeps the pointers to the arguments.
   static char configFile[] = "-ORBconfigFile";

@@ -229,6 +229,8 @@ class ListeningOrb final : public Server {
 
   std::size_t openConnections() override { return orb_.connections().count(); }
 
+  void reloadTls() override {}  // no TLS endpoint
+
   std::unique_ptr<WellKnownObject> wellKnownObject(const std::string& key) override {
     return std::make_unique<BareObject>(*keys_, key);
   }
@@ -266,6 +268,10 @@ std::string lookupFailure(const std::string& host) {
 }
 
 }  // namespace
+
+bool hasTls() {
+  return false;
+}
 
 std::unique_ptr<Orb> startClient(const Options& options) {
   return std::make_unique<ClientOrb>(options);

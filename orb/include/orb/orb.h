@@ -55,6 +55,41 @@ struct FinishedRequest {
 // the same time. Must not throw or block.
 using RequestMeter = std::function<void(const FinishedRequest&)>;
 
+// Certificates and keys of TLS, in PEM files.
+struct TlsOptions {
+  // Whether clients of TLS endpoints need a certificate.
+  enum class Clients {
+    kRequired,
+    kOptional,  // a client without a certificate is accepted, a client with a wrong one is not
+    kNone,      // no client is asked for a certificate
+  };
+
+  std::string certificate;  // the own certificate, followed by its chain; "": none
+  std::string key;          // private key of the certificate, not encrypted
+  std::string authorities;  // certificates of the trusted authorities; "": no peer is trusted
+  std::string revoked;      // revocation lists of all authorities of a chain; "": none is checked
+  Clients clients = Clients::kRequired;
+  // Whether the certificate of a server must contain the host of the reference to the server.
+  bool checkServerName = true;
+};
+
+// A file of TlsOptions cannot be used. what() names the file and the reason. Thread-safety,
+// ownership and errors: as std::runtime_error.
+class TlsError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+// Whether this ORB has TLS.
+bool hasTls();
+
+// Reads the files. Throws TlsError. Thread-safety: any thread.
+void checkTls(const TlsOptions& options);
+
+// Returns once why the latest TLS connection of the calling thread could not be used, as a clause;
+// "" without a failure. Thread-safety: any thread.
+std::string takeTlsFailure();
+
 // Limits and timeouts of an ORB.
 struct Options {
   std::size_t maxMessageBytes = kDefaultMaxMessageBytes;  // largest GIOP message, both directions
@@ -68,6 +103,8 @@ struct Options {
   // of the ORB waits for the request. After the grace period the connection of the request is shut
   // down. A request that runs in its servant is not affected.
   std::chrono::milliseconds drainGrace{2000};
+  // TLS of outgoing calls, to servers whose references demand TLS, and of TLS endpoints.
+  TlsOptions tls;
 
   // The options below apply to startServer() only.
 
@@ -129,7 +166,7 @@ class Orb {
   Orb() = default;
 };
 
-// Starts an ORB for outgoing calls only. Throws CORBA::SystemException.
+// Starts an ORB for outgoing calls only. Throws CORBA::SystemException and TlsError.
 std::unique_ptr<Orb> startClient(const Options& options);
 
 // The client of a request.
@@ -249,6 +286,10 @@ class Server : public Orb {
   // reports it.
   virtual std::size_t openConnections() = 0;
 
+  // Reads the files of Options::tls again, for later connections in both directions. Open
+  // connections stay as they are. Throws TlsError and keeps the former certificates then.
+  virtual void reloadTls() = 0;
+
   // REQUIRES: no other WellKnownObject has the key.
   virtual std::unique_ptr<WellKnownObject> wellKnownObject(const std::string& key) = 0;
 };
@@ -258,7 +299,8 @@ class Server : public Orb {
 // The log function may be null. When connections or requests are rejected because of a limit in the
 // options, the log receives a line at the first rejection and a line with the number of rejections
 // when they have ended. The limits apply to all endpoints together. Throws EndpointError, also for
-// a transport that this ORB does not have. REQUIRES: at least one endpoint.
+// a transport that this ORB does not have, and TlsError. REQUIRES: at least one endpoint; a
+// certificate for a TLS endpoint.
 std::unique_ptr<Server> startServer(const Options& options, const std::vector<Endpoint>& endpoints,
                                     const LogFunction& log);
 inline std::unique_ptr<Server> startServer(const Options& options, const Endpoint& endpoint,

@@ -58,11 +58,13 @@ void Channels::wake() const {
   static_cast<void>(!::write(wakeUp_, &once, sizeof once));
 }
 
-std::pair<Watcher::Id, std::shared_ptr<Channel>> Channels::add(std::unique_ptr<Stream> stream) {
+std::pair<Watcher::Id, std::shared_ptr<Channel>> Channels::add(std::unique_ptr<Stream> stream,
+                                                               Channel::Time now) {
   const int socket = stream->socket();
   const MutexLock lock(mutex_);
   const Id id = ++lastId_;
   Entry& entry = entries_[id];
+  entry.accepted = now;
   try {
     entry.channel = std::make_shared<Channel>(id, std::move(stream), *this, state_->limits.requests,
                                               state_->budget);

@@ -29,6 +29,7 @@ class Channels final : public Watcher {
   struct Entry {
     std::shared_ptr<Channel> channel;
     omni::giopConnection* connection = nullptr;  // borrowed, valid while selectable
+    Channel::Time accepted;
   };
 
   // The result of wait().
@@ -50,7 +51,8 @@ class Channels final : public Watcher {
   void wake() const;
 
   // Takes ownership of the stream.
-  std::pair<Watcher::Id, std::shared_ptr<Channel>> add(std::unique_ptr<Stream> stream);
+  std::pair<Watcher::Id, std::shared_ptr<Channel>> add(std::unique_ptr<Stream> stream,
+                                                       Channel::Time now);
   void connect(Id id, omni::giopConnection* connection);
   void remove(Id id);
 

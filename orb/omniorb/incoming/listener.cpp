@@ -11,6 +11,7 @@
 
 #include "../../addresses.h"
 #include "connection.h"
+#include "tlsstream.h"
 
 namespace orb {
 namespace {
@@ -177,7 +178,9 @@ omni::giopConnection* Listener::accept(Time now) {
 
 std::unique_ptr<Stream> Listener::makeStream(Descriptor socket) const {
   Peer peer = peerOf(socket.get(), endpoint().transport, index_);
-  return std::make_unique<Stream>(std::move(socket), std::move(peer));
+  return endpoint().transport == Transport::kTls
+             ? std::make_unique<TlsStream>(std::move(socket), std::move(peer), *state_->tls)
+             : std::make_unique<Stream>(std::move(socket), std::move(peer));
 }
 
 omni::giopConnection* Listener::admit(Descriptor socket, Time now) {
@@ -187,7 +190,7 @@ omni::giopConnection* Listener::admit(Descriptor socket, Time now) {
   }
   std::pair<Watcher::Id, std::shared_ptr<Channel>> added;
   try {
-    added = channels_->add(makeStream(std::move(socket)));
+    added = channels_->add(makeStream(std::move(socket)), now);
   } catch (const std::bad_alloc&) {
     limitLog_.outOfMemory(now);
     return nullptr;
@@ -196,6 +199,7 @@ omni::giopConnection* Listener::admit(Descriptor socket, Time now) {
   try {
     auto* const connection = new Connection(added.second, type(), release);
     channels_->connect(added.first, connection);
+    scheduleExpiry(expiryOf(channels_->find(added.first)));
     return connection;
   } catch (const std::bad_alloc&) {
     channels_->remove(added.first);
@@ -209,7 +213,11 @@ void Listener::attend(Watcher::Id id, omni::giopConnection::notifyReadable_t not
   if (!entry.channel) {
     return;
   }
+  const bool wasOpen = entry.channel->stream().isOpen();
   const Channel::State state = entry.channel->attend(scratch_.data(), scratch_.size(), now);
+  if (!wasOpen) {
+    logFailure(*entry.channel, now);
+  }
   if (state == Channel::State::kReady) {
     if (const auto refused = entry.channel->refusedRequest()) {
       limitLog_.requestTooLarge(refused->operation, refused->bytes,
@@ -220,27 +228,53 @@ void Listener::attend(Watcher::Id id, omni::giopConnection::notifyReadable_t not
   } else if (state == Channel::State::kStarved) {
     starved_.push_back(id);
   }
-  scheduleExpiry(entry.channel->incompleteSince());
+  scheduleExpiry(expiryOf(entry));
 }
 
-void Listener::scheduleExpiry(std::optional<Time> incompleteSince) {
-  if (incompleteSince && state_->limits.requestTime.count() > 0) {
-    const Time expiry = *incompleteSince + state_->limits.requestTime;
-    nextExpiry_ = nextExpiry_ ? std::min(*nextExpiry_, expiry) : expiry;
+void Listener::logFailure(const Channel& channel, Time now) {
+  const std::string failure = channel.stream().takeFailure();
+  if (!failure.empty()) {
+    limitLog_.handshakeFailed(peerEndpoint(channel.socket()).host, failure, now);
   }
 }
 
-// Shuts down the connections whose request exceeds the request time.
+// The time at which the handshake or the request of a connection has to be complete.
+std::optional<Listener::Time> Listener::expiryOf(const Channels::Entry& entry) const {
+  if (!entry.channel->stream().isOpen()) {
+    return entry.accepted + state_->limits.handshakeTime;
+  }
+  const std::optional<Time> since = entry.channel->incompleteSince();
+  const bool limited = since && state_->limits.requestTime.count() > 0;
+  return limited ? std::optional(*since + state_->limits.requestTime) : std::nullopt;
+}
+
+void Listener::scheduleExpiry(std::optional<Time> expiry) {
+  if (expiry) {
+    nextExpiry_ = nextExpiry_ ? std::min(*nextExpiry_, *expiry) : expiry;
+  }
+}
+
+// Shuts down the connections whose handshake or request exceeds its time.
 void Listener::expire(Time now) {
   nextExpiry_.reset();
   for (const auto& [id, entry] : channels_->all()) {
-    const std::optional<Time> since = entry.channel->incompleteSince();
-    if (since && *since + state_->limits.requestTime <= now) {
-      limitLog_.requestIncomplete(now);
+    const std::optional<Time> expiry = expiryOf(entry);
+    if (expiry && *expiry <= now) {
+      logExpiry(*entry.channel, now);
       entry.channel->shutDown();
     } else {
-      scheduleExpiry(since);
+      scheduleExpiry(expiry);
     }
+  }
+}
+
+// A failed handshake was logged already.
+void Listener::logExpiry(const Channel& channel, Time now) {
+  if (channel.stream().isOpen()) {
+    limitLog_.requestIncomplete(now);
+  } else if (!channel.stream().hasFailed()) {
+    limitLog_.handshakeFailed(peerEndpoint(channel.socket()).host, "it was not complete in time",
+                              now);
   }
 }
 

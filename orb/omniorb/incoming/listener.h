@@ -65,7 +65,10 @@ class Listener final : public omni::giopEndpoint {
   std::unique_ptr<Stream> makeStream(Descriptor socket) const;
   void attend(Watcher::Id id, omni::giopConnection::notifyReadable_t notify, void* cookie,
               Time now);
-  void scheduleExpiry(std::optional<Time> incompleteSince);
+  void logFailure(const Channel& channel, Time now);
+  void logExpiry(const Channel& channel, Time now);
+  std::optional<Time> expiryOf(const Channels::Entry& entry) const;
+  void scheduleExpiry(std::optional<Time> expiry);
   void expire(Time now);
   void runTimers(Time now);
   int millisecondsToNextTimer(Time now) const;

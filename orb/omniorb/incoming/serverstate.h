@@ -3,14 +3,17 @@
 #ifndef ORB_OMNIORB_INCOMING_SERVERSTATE_H
 #define ORB_OMNIORB_INCOMING_SERVERSTATE_H
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <cstddef>
+#include <memory>
 #include <utility>
 #include <vector>
 
 #include "../../boundendpoints.h"
 #include "../../incoming/assembler.h"
+#include "../../tls.h"
 #include "orb/orb.h"
 
 namespace orb {
@@ -20,22 +23,34 @@ struct ChannelLimits {
   std::size_t connections = 0;
   std::chrono::milliseconds requestTime{
       0};  // from the first byte of a request to its last; 0: none
+  std::chrono::milliseconds handshakeTime{0};
 };
+
+// The time for a TLS handshake: at most ten seconds.
+inline std::chrono::milliseconds handshakeTime(const Options& options) {
+  constexpr std::chrono::milliseconds kMost{10000};
+  return options.serveTimeout.count() == 0 ? kMost : std::min(kMost, options.serveTimeout);
+}
 
 // The options and limits of a server, and the results of its start.
 //
 // Thread-safety: the constants and the atomic members on any thread; `addresses` by
 // the thread that starts the ORB. Owns its values. Errors: the constructor throws std::bad_alloc.
 struct ServerState {
-  ServerState(const Options& options, std::vector<Endpoint> at)
-      : limits{requestLimits(options), options.maxConnections, options.serveTimeout},
+  // tls: null without a certificate.
+  ServerState(const Options& options, std::vector<Endpoint> at,
+              std::shared_ptr<TlsContext> tlsContext)
+      : limits{requestLimits(options), options.maxConnections, options.serveTimeout,
+               handshakeTime(options)},
         endpoints(std::move(at)),
+        tls(std::move(tlsContext)),
         budget(2 * limits.requests.messageBytes),
         addresses(options.publish) {}
 
   const ChannelLimits limits;
   const std::vector<Endpoint> endpoints;  // as requested
-  ReceiveBudget budget;                   // memory for incomplete requests of all connections
+  const std::shared_ptr<TlsContext> tls;
+  ReceiveBudget budget;  // memory for incomplete requests of all connections
   std::atomic<std::size_t> connections{0};
 
   BoundEndpoints addresses;  // written during the start

@@ -41,6 +41,8 @@ class Stream {
   // Returns once why the connection cannot be used, as a clause; "" without such a reason.
   virtual std::string takeFailure() { return ""; }
 
+  virtual bool hasFailed() const { return false; }
+
   // Ends the connection in both directions.
   virtual void shutDown();
 

@@ -247,6 +247,25 @@ TEST(AgentOptions, RejectAPublishedAddressWithoutAPort) {
   }
 }
 
+TEST(AgentOptions, MeanTlsByAHostWithACertificate) {
+  const auto isTls = [](const agent::Options& options, std::size_t endpoint) {
+    return options.endpoints.at(endpoint).transport == orb::Transport::kTls;
+  };
+  const auto options = parse({"--tls-cert", "c.pem", "--tls-key", "c.key", "--tls-ca", "ca.pem",
+                              "--tls-crl", "ca.crl", "--tls-clients", "optional", "--endpoint",
+                              "host:1", "--endpoint", "tcp:host:2"});
+  ASSERT_TRUE(options);
+  EXPECT_TRUE(isTls(*options, 0));
+  EXPECT_FALSE(isTls(*options, 1));
+  EXPECT_EQ("c.pem", options->tls.certificate);
+  EXPECT_EQ("c.key", options->tls.key);
+  EXPECT_EQ("ca.pem", options->tls.authorities);
+  EXPECT_EQ("ca.crl", options->tls.revoked);
+  EXPECT_EQ(orb::TlsOptions::Clients::kOptional, options->tls.clients);
+  EXPECT_TRUE(isTls(*parse({"--tls-cert", "c.pem"}), 0));
+  EXPECT_FALSE(isTls(*parse({}), 0));
+}
+
 TEST(AgentOptions, RejectUnknownOptionsInOneLine) {
   EXPECT_THAT(refusal({"--colour"}), HasSubstr("--colour"));
   EXPECT_THAT(refusal({"--colour"}), HasSubstr(" (see topo-agentd --help)"));
@@ -273,7 +292,9 @@ TEST(AgentOptions, AnswerHelpOnStandardOutput) {
         "--ems-name",         "--test-switch",      "--module",          "--naming",
         "--log-level",        "--max-message",      "--max-request",     "--max-connections",
         "--iterator-timeout", "--max-iterators",    "--iterator-memory", "--max-views",
-        "--view-memory",      "--memory",           "--publish",         "--metrics"}) {
+        "--view-memory",      "--memory",           "--publish",         "--metrics",
+        "--tls-cert",         "--tls-key",          "--tls-ca",          "--tls-crl",
+        "--tls-clients"}) {
     EXPECT_THAT(printed, HasSubstr(option));
   }
 }

@@ -88,7 +88,7 @@ class RawClient {
   // address; INADDR_ANY: the system's choice.
   explicit RawClient(const orb::Endpoint& endpoint, int receiveBuffer = 0,
                      in_addr_t source = INADDR_ANY)
-      : socket_(socket(isPath(endpoint) ? AF_UNIX : AF_INET, SOCK_STREAM, 0)) {
+      : socket_(::socket(isPath(endpoint) ? AF_UNIX : AF_INET, SOCK_STREAM, 0)) {
     if (isPath(endpoint)) {
       sockaddr_un address{};
       address.sun_family = AF_UNIX;
@@ -113,6 +113,8 @@ class RawClient {
   ~RawClient() { close(socket_); }
   RawClient(const RawClient&) = delete;
   RawClient& operator=(const RawClient&) = delete;
+
+  int socket() const { return socket_; }
 
   // Returns false if the peer has closed the connection.
   bool send(const std::string& bytes) const {

@@ -1,0 +1,117 @@
+#include "tlsstream.h"
+
+#include <openssl/err.h>
+#include <sys/socket.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <new>
+#include <utility>
+
+namespace orb {
+namespace {
+
+bool isWaiting(int error) {
+  return error == SSL_ERROR_WANT_READ || error == SSL_ERROR_WANT_WRITE;
+}
+
+int limited(std::size_t count) {
+  return static_cast<int>(std::min<std::size_t>(count, INT_MAX));
+}
+
+}  // namespace
+
+TlsStream::TlsStream(Descriptor socket, Peer peer, const TlsContext& context)
+    : Stream(std::move(socket), std::move(peer)), connection_(acceptingConnection(context)) {
+  if (!connection_ || SSL_set_fd(connection_.get(), this->socket()) != 1) {
+    throw std::bad_alloc();
+  }
+}
+
+ssize_t TlsStream::receive(char* to, std::size_t count) {
+  if (failed_) {
+    return dropBytes();
+  }
+  const MutexLock lock(mutex_);
+  ERR_clear_error();
+  if (!open_ && shakeHands() != Step::kDone) {
+    errno = EAGAIN;
+    return -1;
+  }
+  const int received = SSL_read(connection_.get(), to, limited(count));
+  if (received > 0) {
+    return received;
+  }
+  const int error = SSL_get_error(connection_.get(), received);
+  if (error == SSL_ERROR_ZERO_RETURN) {
+    return 0;
+  }
+  errno = isWaiting(error) ? EAGAIN : ECONNRESET;
+  return -1;
+}
+
+TlsStream::Step TlsStream::shakeHands() {
+  const int result = SSL_do_handshake(connection_.get());
+  if (result == 1) {
+    setSubject(verifiedSubject(*connection_));
+    open_ = true;
+    return Step::kDone;
+  }
+  if (isWaiting(SSL_get_error(connection_.get(), result))) {
+    return Step::kWaiting;
+  }
+  failure_ = handshakeFailure(*connection_);
+  failed_ = true;
+  ::shutdown(socket(), SHUT_WR);
+  return Step::kFailed;
+}
+
+// A close() with unread bytes would send a reset, which can overtake the alert.
+ssize_t TlsStream::dropBytes() {
+  char dropped[1024];
+  const ssize_t count = ::recv(socket(), dropped, sizeof dropped, MSG_DONTWAIT);
+  if (count <= 0) {
+    return count;
+  }
+  errno = EAGAIN;
+  return -1;
+}
+
+ssize_t TlsStream::send(const void* bytes, std::size_t count) {
+  const MutexLock lock(mutex_);
+  if (!open_) {
+    errno = EPIPE;
+    return -1;
+  }
+  ERR_clear_error();
+  const int sent = SSL_write(connection_.get(), bytes, limited(count));
+  if (sent > 0) {
+    return sent;
+  }
+  errno = isWaiting(SSL_get_error(connection_.get(), sent)) ? EAGAIN : ECONNRESET;
+  return -1;
+}
+
+bool TlsStream::hasReceived() const {
+  const MutexLock lock(mutex_);
+  return SSL_pending(connection_.get()) > 0;
+}
+
+std::string TlsStream::takeFailure() {
+  const MutexLock lock(mutex_);
+  return std::exchange(failure_, {});
+}
+
+void TlsStream::shutDown() {
+  {
+    const MutexLock lock(mutex_);
+    if (open_) {
+      ERR_clear_error();
+      SSL_shutdown(connection_.get());
+    }
+  }
+  Stream::shutDown();
+}
+
+}  // namespace orb
