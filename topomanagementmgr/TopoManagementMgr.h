@@ -66,10 +66,10 @@ class TopoManagementMgr {
   // A block of domain nodes takes 26 MB.
   static constexpr std::size_t kBlockLength = std::size_t{128} * 1024;
 
-  // As above. When there are more nodes than a block has, the function takes the nodes out of their
-  // vector and frees them in blocks, so that the domain nodes and a large list are never complete
-  // at the same time. Fewer nodes are not moved, because moving takes time. REQUIRES: blockLength
-  // is at least 1.
+  // Fills a list as convertDomainNodesToTmf does. A vector that is longer than a block is emptied:
+  // its nodes are freed in blocks, so that the domain nodes and a large list are never complete at
+  // the same time. A shorter vector does not change, because moving nodes takes time. REQUIRES:
+  // blockLength is at least 1.
   static CORBA::ULong convertAndReleaseDomainNodes(TopoManagementManager::NodeList_T& nodes,
                                                    std::vector<NS_DOMAIN::TopoNode_T>& domainNodes,
                                                    std::size_t blockLength = kBlockLength);

@@ -27,7 +27,8 @@ class IdleTrim {
     bool hasClients = false;  // a connection is open
   };
 
-  // Called at intervals. Returns true once after the start and once after the last end.
+  // Called at intervals. Returns true when freed memory should be returned: once in each pause, of
+  // which the first begins with the first call.
   bool isDue(const Activity& activity, Time now) {
     if (!pauseBegin_ || activity.inProgress || activity.ended != ended_) {
       pauseBegin_ = now;
@@ -44,7 +45,7 @@ class IdleTrim {
   }
 
  private:
-  std::optional<Time> pauseBegin_;  // the last call with a view since the call before it
+  std::optional<Time> pauseBegin_;  // the last call at which a view was running or had ended
   std::uint64_t ended_ = 0;
   bool isReturned_ = false;  // in the current pause
 };

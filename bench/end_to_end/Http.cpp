@@ -2,8 +2,8 @@
 //
 //   bench_http MANAGER
 //
-// Reads the view of a manager once. Every GET of /nodes converts a list like that of a view to
-// JSON. Prints the port, then serves until standard input ends.
+// Reads the view of a manager once. Every GET of /nodes converts the records of the view to JSON.
+// Prints the port, then serves until standard input ends.
 
 #include <httplib.h>
 

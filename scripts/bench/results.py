@@ -15,7 +15,7 @@ def ratios(numerators, denominators):
 
 
 def line_of(name, rounds):
-    """The median of a row for the eye, with the least and the greatest round."""
+    """The line that reports a row: the median, and the least and the greatest round."""
     return f"{name:32} {statistics.median(rounds):7.3g}   ({min(rounds):.3g} to {max(rounds):.3g})"
 
 

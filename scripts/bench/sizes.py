@@ -24,6 +24,7 @@ class Sizes:
 
     @property
     def batch(self):
+        """Records of a batch, nodes of the network of several clients, and depth of the deep chains."""
         return max(self.nodes // 100, 1)
 
     @property
@@ -37,4 +38,5 @@ class Sizes:
 
     @property
     def burst(self):
+        """Notifications of one turn."""
         return max(self.nodes // 20, 1)
