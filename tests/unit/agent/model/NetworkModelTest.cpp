@@ -63,6 +63,20 @@ TEST(NetworkModel, FindsTheNodeOfEveryElementInAnyOrder) {
   EXPECT_FALSE(model.object(agent::keyOf({agent::kManagedElementType, 4}))->element);
 }
 
+TEST(NetworkModel, FindsNoNodeOfAnotherClassWithTheNumberOfAnElement) {
+  agent::Network network;
+  for (const char* id : {"OS=1", "NE=1"}) {
+    NS_DOMAIN::TopoNode_T& node = network.topoNodes.emplace_back();
+    node.nodeId = id;
+    node.nodeType = NS_DOMAIN::kTopoElement;
+  }
+  network.networkElements.push_back({1, "one", false, false});
+  const NetworkModel model(network);
+  const auto object = model.object(agent::keyOf({agent::kManagedElementType, 1}));
+  ASSERT_TRUE(object && object->element);
+  EXPECT_EQ(1U, object->nodes.size());
+}
+
 TEST(NetworkModel, ListsAllElementsOrTheShownOnes) {
   const NetworkModel model(sampleNetwork());
   std::vector<NS_DOMAIN::NEIndex> all;
