@@ -106,7 +106,7 @@ Decoded decode(std::string_view text) {
   for (std::size_t i = 1; i < lead.length; ++i) {
     const unsigned char low = i == 1 ? lead.secondFirst : 0x80;
     const unsigned char high = i == 1 ? lead.secondLast : 0xBF;
-    const auto byte = i < text.size() ? static_cast<unsigned char>(text[i]) : 0;
+    const auto byte = i < text.size() ? static_cast<unsigned char>(text[i]) : std::uint8_t{0};
     if (byte < low || byte > high) {
       return {0, i, false};
     }

@@ -2,11 +2,15 @@
 
 #include <SQLiteCpp/SQLiteCpp.h>
 #include <fcntl.h>
+#include <sqlite3.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdint>
+#include <cstring>
 #include <filesystem>
+#include <string_view>
 #include <system_error>
 
 #include "agent/store/sqlite/Schema.h"
@@ -43,13 +47,38 @@ std::string uriPath(const std::string& path) {
   return escaped;
 }
 
+std::int64_t bigEndian(const unsigned char* bytes) {
+  return std::int64_t{bytes[0]} << 24 | bytes[1] << 16 | bytes[2] << 8 | bytes[3];
+}
+
+// Reads the header of the file. The header is valid at every moment, but after a kill the rest of
+// the file may be incomplete without the log or the journal beside it, which is not read.
+SchemaMark markOf(const std::string& path, SQLite::Database& database) {
+  constexpr std::string_view kMagic("SQLite format 3\0", 16);
+  constexpr std::size_t kVersionOffset = 60;
+  constexpr std::size_t kApplicationIdOffset = 68;
+  constexpr int kHeaderBytes = 100;
+  sqlite3_file* file = nullptr;
+  database.check(
+      sqlite3_file_control(database.getHandle(), "main", SQLITE_FCNTL_FILE_POINTER, &file));
+  unsigned char header[kHeaderBytes] = {};
+  const int code = file->pMethods->xRead(file, header, kHeaderBytes, 0);
+  if (code != SQLITE_OK && code != SQLITE_IOERR_SHORT_READ) {
+    throw SQLite::Exception(sqlite3_errstr(code), code);
+  }
+  if (code != SQLITE_OK || std::memcmp(header, kMagic.data(), kMagic.size()) != 0) {
+    throw StoreError(path, "is not a database");
+  }
+  return {bigEndian(&header[kApplicationIdOffset]), bigEndian(&header[kVersionOffset])};
+}
+
 // Opens the file as immutable: a normal open would already recover the journal of another program.
 // The file is not read with plain system calls because closing a descriptor of the file drops all
 // locks that this process has on the file; SQLite avoids that.
 void requireOwnDatabase(const std::string& path) {
   const std::string uri = "file:" + uriPath(databaseName(path)) + "?mode=ro&immutable=1";
   SQLite::Database database(uri, SQLite::OPEN_READONLY | SQLite::OPEN_URI);
-  requireOwnSchema(path, database);
+  requireOwnSchema(path, markOf(path, database));
 }
 
 // SQLite itself would make the file readable for everybody. Journals get the permissions of the

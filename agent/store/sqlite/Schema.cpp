@@ -108,13 +108,12 @@ void raiseLastChange(SQLite::Database& database, const SqliteStore::Clock& clock
 
 }  // namespace
 
-void requireOwnSchema(const std::string& path, SQLite::Database& database) {
-  if (valueOf(database, "PRAGMA application_id") != kApplicationId) {
+void requireOwnSchema(const std::string& path, const SchemaMark& mark) {
+  if (mark.applicationId != kApplicationId) {
     throw StoreError(path, "is a database of another program");
   }
-  const std::int64_t version = valueOf(database, "PRAGMA user_version");
-  if (version != kSchemaVersion) {
-    throw StoreError(path, "has the schema version " + std::to_string(version) +
+  if (mark.version != kSchemaVersion) {
+    throw StoreError(path, "has the schema version " + std::to_string(mark.version) +
                                ", this program reads version " + std::to_string(kSchemaVersion));
   }
 }
@@ -132,7 +131,8 @@ void prepareSchema(const std::string& path, SQLite::Database& database,
       valueOf(database, "SELECT count(*) FROM sqlite_schema") == 0) {
     createSchema(database);
   }
-  requireOwnSchema(path, database);
+  requireOwnSchema(
+      path, {valueOf(database, "PRAGMA application_id"), valueOf(database, "PRAGMA user_version")});
   raiseLastChange(database, clock);
   transaction.commit();
   database.exec("PRAGMA journal_mode = WAL");
