@@ -24,11 +24,14 @@ endfunction()
 function(topo_module_library target)
   topo_library(${target} ${ARGN})
   topo_hidden(${target})
+  # clang warns about a format that a function passes on.
+  target_compile_options(${target} PRIVATE $<$<CXX_COMPILER_ID:Clang>:-Wno-format-security>)
 endfunction()
 
 function(topo_hidden target)
   set_target_properties(${target} PROPERTIES
     CXX_VISIBILITY_PRESET hidden
     VISIBILITY_INLINES_HIDDEN ON)
-  target_compile_options(${target} PRIVATE -fno-gnu-unique)
+  # clang has no GNU unique symbols and does not know the option.
+  target_compile_options(${target} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique>)
 endfunction()

@@ -129,6 +129,20 @@ class RawClient {
     return true;
   }
 
+  // Ends the stream of requests; replies can still arrive.
+  void endSending() const { shutdown(socket_, SHUT_WR); }
+
+  // Reads and drops replies until the end of the connection; returns false after a timeout.
+  bool isDrained() const {
+    char bytes[4096];
+    while (isAnswered()) {
+      if (recv(socket_, bytes, sizeof bytes, 0) <= 0) {
+        return true;
+      }
+    }
+    return false;
+  }
+
   // Reads a reply; returns false without a reply.
   bool answer() const { return receive().size() > 12; }
 
