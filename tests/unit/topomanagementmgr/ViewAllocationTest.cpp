@@ -135,4 +135,43 @@ TEST_F(TopoViewAllocation, PassesBadAllocAndLeaksNothing) {
   EXPECT_GT(refusals, 5);
 }
 
+// The blocks that a view of one node more than a block of domain nodes allocates between two
+// conversions: its third and its last one. `each` becomes the number for one conversion.
+long allocatedWhileConverting(const std::function<void()>& view, long& each) {
+  constexpr int kCount = static_cast<int>(TopoManagementMgr::kBlockLength) + 1;
+  fakes::resetJournal();
+  fakes::network() = {};
+  fakes::network().nodes.assign(
+      kCount, fakes::subnetwork("node", "a label that needs a block of memory for its text"));
+  long second = 0;
+  long third = 0;
+  long last = 0;
+  const auto measureAt = [](int nth, long& blocks) {
+    fakes::onCall("ConvertTopoNodeIdToName", nth, [&blocks]() -> CORBA::ULong {
+      blocks = fakes::liveBlocks();
+      return 0;
+    });
+  };
+  measureAt(2, second);
+  measureAt(3, third);
+  measureAt(kCount, last);
+  view();
+  each = third - second;
+  return last - third;
+}
+
+TEST_F(TopoViewAllocation, FreesTheDomainNodesOfALargeViewWhileTheListGrows) {
+  constexpr long kLabels = static_cast<long>(TopoManagementMgr::kBlockLength);
+  const auto protectView = [] {
+    NodeList_T nodes;
+    TopoManagementMgr::getProtectSubnetworkViewInfo(nodes);
+  };
+  for (const auto& build : {std::function<void()>(view), std::function<void()>(protectView)}) {
+    long each = 0;
+    const long allocated = allocatedWhileConverting(build, each);
+    EXPECT_GT(each, 0);
+    EXPECT_LT(allocated, each * (kLabels - 2) - kLabels / 2);
+  }
+}
+
 }  // namespace
