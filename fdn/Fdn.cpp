@@ -42,16 +42,41 @@ Decimal leadingDecimal(std::string_view text) {
   return decimal;
 }
 
-void addPart(FdnParts& parts, std::string_view term) {
-  const std::size_t equals = term.find('=');
+// `equals` is the position of the first "=" of the term, or npos.
+void addPart(FdnParts& parts, std::string_view term, std::size_t equals) {
   if (equals != std::string_view::npos) {
     parts.emplace(term.substr(0, equals), term.substr(equals + 1));
   }
 }
 
+void addPart(FdnParts& parts, std::string_view term) {
+  addPart(parts, term, term.find('='));
+}
+
+// In one pass, because a view splits the FDN of every element, and FDNs are short.
+void splitAt(FdnParts& parts, std::string_view fdn, char separator) {
+  constexpr std::size_t kNone = std::string_view::npos;
+  std::size_t start = 0;
+  std::size_t equals = kNone;  // counts from the start of the term
+  for (std::size_t i = 0; i < fdn.size(); ++i) {
+    if (fdn[i] == separator) {
+      addPart(parts, fdn.substr(start, i - start), equals);
+      start = i + 1;
+      equals = kNone;
+    } else if (fdn[i] == '=' && equals == kNone) {
+      equals = i - start;
+    }
+  }
+  addPart(parts, fdn.substr(start), equals);
+}
+
 }  // namespace
 
 void splitFdn(FdnParts& parts, std::string_view fdn, std::string_view separator) {
+  if (separator.size() == 1) {
+    splitAt(parts, fdn, separator.front());
+    return;
+  }
   std::size_t start = 0;
   std::size_t end = separator.empty() ? std::string_view::npos : fdn.find(separator);
   while (end != std::string_view::npos) {
@@ -63,9 +88,14 @@ void splitFdn(FdnParts& parts, std::string_view fdn, std::string_view separator)
 }
 
 std::string_view classOfFdn(std::string_view fdn) {
-  const std::string_view term = fdn.substr(fdn.rfind(kTermSeparator) + 1);
-  const std::size_t equals = term.find('=');
-  return equals == std::string_view::npos ? std::string_view() : term.substr(0, equals);
+  std::size_t equals = std::string_view::npos;  // the first of the last term
+  std::size_t start = fdn.size();
+  for (; start > 0 && fdn[start - 1] != kTermSeparator; --start) {
+    if (fdn[start - 1] == '=') {
+      equals = start - 1;
+    }
+  }
+  return equals == std::string_view::npos ? std::string_view() : fdn.substr(start, equals - start);
 }
 
 std::optional<std::int32_t> wholeNumber(std::string_view text) {

@@ -1,7 +1,7 @@
 // Builds TMF records, with the same result on every ORB.
 //
-// REQUIRES: code of the module sizes lists with setLength only, so each new element is a fresh
-// record: empty texts, empty lists, zeros.
+// REQUIRES: code of the module sizes lists with setLength and setLengthToFill only, so each new
+// element is a fresh record: empty texts, empty lists, zeros.
 //
 // Thread-safety: none; callers share no record between threads. Ownership: a record owns its texts
 // and lists. Errors: CORBA::BAD_PARAM for an index outside a list, std::bad_alloc when memory is
@@ -64,8 +64,9 @@ auto& at(List& list, CORBA::ULong index) {
   return list[index];
 }
 
-// Copies a list into a new, longer buffer. Not left to the ORB, because some ORBs allocate more
-// than `length` records, or leak the new buffer when the copy of a record fails.
+// Copies a list into a new, longer buffer. The numbers of the new elements are undefined. Not left
+// to the ORB, because some ORBs allocate more than `length` records, or leak the new buffer when
+// the copy of a record fails.
 template <typename List>
 void enlarge(List& list, CORBA::ULong length) {
   using Record = std::remove_reference_t<decltype(list[0])>;
@@ -77,9 +78,6 @@ void enlarge(List& list, CORBA::ULong length) {
   for (CORBA::ULong i = 0; i < old; ++i) {
     buffer[i] = list[i];
   }
-  for (CORBA::ULong i = old; i < length; ++i) {
-    clearNumbers(buffer[i]);
-  }
   list.replace(length, length, buffer.release(), true);
 }
 
@@ -89,11 +87,14 @@ void enlarge(List& list, CORBA::ULong length) {
 template <typename List>
 void setLength(List& list, CORBA::ULong length) {
   using Record = std::remove_reference_t<decltype(list[0])>;
+  const CORBA::ULong old = list.length();
   if (length > list.maximum()) {
     enlarge(list, length);
+    for (CORBA::ULong i = old; i < length; ++i) {
+      clearNumbers(list[i]);
+    }
     return;
   }
-  const CORBA::ULong old = list.length();
   const bool owned = list.release();
   for (CORBA::ULong i = length; owned && i < old; ++i) {
     list[i] = freshRecord<Record>();
@@ -101,6 +102,18 @@ void setLength(List& list, CORBA::ULong length) {
   list.length(length);
   for (CORBA::ULong i = old; owned && i < length; ++i) {
     list[i] = freshRecord<Record>();
+  }
+}
+
+// As setLength, but the numbers of new elements may be undefined, which saves a pass over a large
+// list. REQUIRES: the caller sets the numbers of each element that remains, and removes the other
+// elements with setLength.
+template <typename List>
+void setLengthToFill(List& list, CORBA::ULong length) {
+  if (length > list.maximum()) {
+    enlarge(list, length);
+  } else {
+    setLength(list, length);
   }
 }
 
