@@ -44,8 +44,9 @@ auto spliceTo(std::list<Record>& list, std::list<Record>& more) noexcept {
 
 void NetworkTables::add(AdditionEffect& addition) noexcept {
   absorb(addition.tables);
-  for (NetworkElement* const element : addition.marked) {
+  for (Element* const element : addition.marked) {
     element->shown = element->shownForNode = true;
+    elementIndex_.update(element->place, *element);
   }
 }
 
@@ -63,13 +64,21 @@ void NetworkTables::absorb(NetworkTables& more) noexcept {
   const auto node = spliceTo(nodes_, more.nodes_);
   const auto element = spliceTo(elements_, more.elements_);
   const auto position = spliceTo(positions_, more.positions_);
+  indexFrom(element);
   findObjectsFrom(node, element, position);
   linkFrom(node, position);
 }
 
+// REQUIRES: the index has room for the elements.
+void NetworkTables::indexFrom(std::list<Element>::iterator element) noexcept {
+  for (; element != elements_.end(); ++element) {
+    element->place = elementIndex_.add(*element);
+  }
+}
+
 // Replaces references to objects of other tables.
 void NetworkTables::findObjectsFrom(std::list<Node>::iterator node,
-                                    std::list<NetworkElement>::iterator element,
+                                    std::list<Element>::iterator element,
                                     std::list<Position>::iterator position) noexcept {
   const auto find = [this](auto& record) {
     record.object = record.shownAs ? recordsOf(*record.shownAs) : nullptr;
@@ -131,8 +140,9 @@ void NetworkTables::remove(RemovalEffect& removal) noexcept {
     unlink(*node);
     removal.removed.splice(removal.removed.end(), nodes_, node->self);
   }
-  for (NetworkElement* const element : removal.unmarked) {
+  for (Element* const element : removal.unmarked) {
     element->shown = element->shownForNode = false;
+    elementIndex_.update(element->place, *element);
   }
   for (const ObjectKey& object : removal.labels) {
     labels_.erase(object);
@@ -168,13 +178,18 @@ void NetworkTables::remove(RecordRemovalEffect& removal) noexcept {
   }
 }
 
-void NetworkTables::remove(std::list<NetworkElement>::iterator element) noexcept {
+void NetworkTables::remove(std::list<Element>::iterator element) noexcept {
   if (const auto object = objectOf(*element)) {
     recordsOf(*object)->element = nullptr;
     eraseIfEmpty(*object);
   }
+  elementIndex_.remove(element->place);
   elementsByNumber_.erase(element->number);
   elements_.erase(element);
+  if (elementIndex_.isMostlyRemoved()) {
+    elementIndex_.clear();
+    indexFrom(elements_.begin());
+  }
 }
 
 void NetworkTables::remove(std::list<Position>::iterator position) noexcept {
@@ -214,7 +229,8 @@ void NetworkTables::update(NodeUpdate& update) noexcept {
 }
 
 void NetworkTables::update(ElementUpdate& update) noexcept {
-  std::swap(*update.place, update.record);
+  std::swap(static_cast<NetworkElement&>(*update.place), update.record);
+  elementIndex_.update(update.place->place, *update.place);
 }
 
 void NetworkTables::update(PositionUpdate& update) noexcept {

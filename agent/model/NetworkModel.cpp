@@ -143,12 +143,7 @@ void NetworkModel::appendTopoNodes(std::vector<NS_DOMAIN::TopoNode_T>& nodes) co
 
 void NetworkModel::appendNEIndexes(std::vector<NS_DOMAIN::NEIndex>& indexes, bool onlyShown) const {
   const ReadLock lock(mutex_);
-  indexes.reserve(indexes.size() + data_.elements().size());
-  for (const NetworkElement& element : data_.elements()) {
-    if (element.shown || !onlyShown) {
-      indexes.push_back({0, element.number});
-    }
-  }
+  data_.elementIndex().appendTo(indexes, onlyShown);
 }
 
 void NetworkModel::appendNEs(std::vector<NS_DOMAIN::NE_T>& elements,

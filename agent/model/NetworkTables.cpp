@@ -39,9 +39,12 @@ void NetworkTables::addNodes(std::vector<NS_DOMAIN::TopoNode_T>& records) {
 
 void NetworkTables::addElements(std::vector<NetworkElement>& records) {
   elementsByNumber_.reserve(records.size());
+  elementIndex_.makeRoom(records.size());
   auto nextNode = nodes_.begin();
   for (NetworkElement& record : records) {
-    NetworkElement& element = elements_.emplace_back(std::move(record));
+    Element& element = elements_.emplace_back();
+    static_cast<NetworkElement&>(element) = std::move(record);
+    element.place = elementIndex_.add(element);
     elementsByNumber_.emplace(element.number, std::prev(elements_.end()));
     if (ObjectRecords* const object = addObject(objectOf(element), nextNode)) {
       object->element = &element;

@@ -22,6 +22,7 @@
 #include <utility>
 #include <vector>
 
+#include "agent/model/ElementIndex.h"
 #include "agent/network/ManagedObjects.h"
 #include "agent/network/Network.h"
 #include "agent/network/NetworkChange.h"
@@ -104,11 +105,16 @@ class NetworkTables {
     Position* nextOfObject = nullptr;
   };
 
+  // A network element, with its place in elementIndex().
+  struct Element : NetworkElement {
+    ElementIndex::Place place = 0;
+  };
+
   // All records of one element: clients see the records under the same name.
   struct ObjectRecords {
     Chain nodes;
     std::size_t nodeCount = 0;
-    NetworkElement* element = nullptr;
+    Element* element = nullptr;
     Position* firstPosition = nullptr;
     Position* lastPosition = nullptr;
 
@@ -126,7 +132,8 @@ class NetworkTables {
 
   const std::string& ems() const { return ems_; }
   const std::list<Node>& nodes() const { return nodes_; }
-  const std::list<NetworkElement>& elements() const { return elements_; }
+  const std::list<Element>& elements() const { return elements_; }
+  const ElementIndex& elementIndex() const { return elementIndex_; }
   const std::list<Position>& positions() const { return positions_; }
   const std::list<Link>& links() const { return links_; }
 
@@ -203,7 +210,7 @@ class NetworkTables {
   const ObjectRecords* recordsOf(const NumberedObject& object) const;
   ObjectRecords* recordsOf(const NumberedObject& object);
   void absorb(NetworkTables& more) noexcept;
-  void findObjectsFrom(std::list<Node>::iterator node, std::list<NetworkElement>::iterator element,
+  void findObjectsFrom(std::list<Node>::iterator node, std::list<Element>::iterator element,
                        std::list<Position>::iterator position) noexcept;
   void linkFrom(std::list<Node>::iterator node, std::list<Position>::iterator position) noexcept;
   Node* parentOf(const Node& node) const noexcept;
@@ -211,16 +218,17 @@ class NetworkTables {
   static void link(Position& position) noexcept;
   void unlink(Node& node) noexcept;
   void eraseIfEmpty(const NumberedObject& object) noexcept;
+  void indexFrom(std::list<Element>::iterator element) noexcept;
   void add(AdditionEffect& addition) noexcept;
   void remove(RemovalEffect& removal) noexcept;
   void remove(RecordRemovalEffect& removal) noexcept;
   void replace(ReplacementEffect& replacement) noexcept;
-  void remove(std::list<NetworkElement>::iterator element) noexcept;
+  void remove(std::list<Element>::iterator element) noexcept;
   void remove(std::list<Position>::iterator position) noexcept;
   void remove(std::list<Link>::iterator link) noexcept;
   static void rename(RenamingEffect& renaming) noexcept;
   static void update(NodeUpdate& update) noexcept;
-  static void update(ElementUpdate& update) noexcept;
+  void update(ElementUpdate& update) noexcept;
   static void update(PositionUpdate& update) noexcept;
   static void update(LinkUpdate& update) noexcept;
   void setLabel(LabelEffect& change) noexcept;
@@ -233,15 +241,17 @@ class NetworkTables {
 
   std::string ems_;
   std::list<Node> nodes_;
-  std::list<NetworkElement> elements_;
+  std::list<Element> elements_;
   std::list<Position> positions_;
   std::list<Link> links_;
   std::uint64_t lastSequence_ = 0;
   Labels labels_;
 
+  ElementIndex elementIndex_;  // one entry for each element, in the order of elements_
+
   // The indexes. The keys point to texts of the records.
   salted::Map<std::string_view, Node*> nodesById_;
-  salted::Map<std::int32_t, std::list<NetworkElement>::iterator> elementsByNumber_;
+  salted::Map<std::int32_t, std::list<Element>::iterator> elementsByNumber_;
   salted::Map<std::string_view, Position*> positionsByReference_;
   salted::Map<std::string_view, std::list<Link>::iterator> linksById_;
   salted::Map<NumberedObject, ObjectRecords, NumberedObjectHash> objects_;

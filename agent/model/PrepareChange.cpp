@@ -93,7 +93,7 @@ void NetworkTables::markShown(NetworkAddition& addition, AdditionEffect& effect)
   for (const Node& node : effect.tables.nodes_) {
     if (node.shownAs && node.shownAs->type == kManagedElementType &&
         numbers.insert(node.shownAs->number).second) {
-      NetworkElement* const known = recordIn(elementsByNumber_, node.shownAs->number);
+      Element* const known = recordIn(elementsByNumber_, node.shownAs->number);
       if (known != nullptr && !known->shown) {
         addition.shownElements.push_back(known->number);
         effect.marked.push_back(known);
@@ -117,6 +117,7 @@ void NetworkTables::makeRoomFor(const PreparedChange& addition) {
   const NetworkTables& more = std::get<AdditionEffect>(addition.effect).tables;
   makeRoom(nodesById_, more.nodesById_.size());
   makeRoom(elementsByNumber_, more.elementsByNumber_.size());
+  elementIndex_.makeRoom(more.elements_.size());
   makeRoom(positionsByReference_, more.positionsByReference_.size());
   makeRoom(linksById_, more.linksById_.size());
   makeRoom(objects_, more.objects_.size());
@@ -153,7 +154,7 @@ PreparedChange NetworkTables::prepareRemoval(const std::string& nodeId) const {
       removal.objects.push_back({kTopoSubnetworkObjectType, node->record.nodeId});
     } else if (node->object != nullptr && ++lost[node->object] == node->object->nodeCount) {
       removal.objects.push_back(keyOf(*node->shownAs));
-      NetworkElement* const element = node->object->element;
+      Element* const element = node->object->element;
       if (element != nullptr && element->shownForNode) {
         removal.hiddenElements.push_back(element->number);
         effect.unmarked.push_back(element);
@@ -288,7 +289,7 @@ PreparedChange NetworkTables::prepareUpdate(AnyRecord record) const {
     return {std::move(update), nodeUpdate(std::move(*node))};
   }
   if (auto* const element = std::get_if<NetworkElement>(&record)) {
-    NetworkElement* const place = recordIn(elementsByNumber_, element->number);
+    Element* const place = recordIn(elementsByNumber_, element->number);
     return {std::move(update), ElementUpdate{place, std::move(*element)}};
   }
   if (auto* const position = std::get_if<NS_DOMAIN::ClockPositionInfo_T>(&record)) {

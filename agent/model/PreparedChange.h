@@ -18,15 +18,15 @@ namespace agent {
 // The pointers in an effect borrow from the tables that prepared the effect.
 
 struct AdditionEffect {
-  NetworkTables tables;                 // of the added records
-  std::vector<NetworkElement*> marked;  // elements that get the mark
+  NetworkTables tables;                         // of the added records
+  std::vector<NetworkTables::Element*> marked;  // elements that get the mark
 };
 
 struct RemovalEffect {
   std::vector<NetworkTables::Node*> doomed;
-  std::vector<NetworkElement*> unmarked;   // elements that lose their mark
-  std::vector<ObjectKey> labels;           // objects that lose their label
-  std::list<NetworkTables::Node> removed;  // the removed nodes, freed outside the lock
+  std::vector<NetworkTables::Element*> unmarked;  // elements that lose their mark
+  std::vector<ObjectKey> labels;                  // objects that lose their label
+  std::list<NetworkTables::Node> removed;         // the removed nodes, freed outside the lock
 };
 
 struct ReplacementEffect {
@@ -34,7 +34,8 @@ struct ReplacementEffect {
 };
 
 struct RecordRemovalEffect {
-  std::variant<std::list<NetworkElement>::iterator, std::list<NetworkTables::Position>::iterator,
+  std::variant<std::list<NetworkTables::Element>::iterator,
+               std::list<NetworkTables::Position>::iterator,
                std::list<NetworkTables::Link>::iterator>
       record;
   std::vector<ObjectKey> labels;  // objects that lose their label
@@ -48,7 +49,7 @@ struct NodeUpdate {
 };
 
 struct ElementUpdate {
-  NetworkElement* place;
+  NetworkTables::Element* place;
   NetworkElement record;
 };
 

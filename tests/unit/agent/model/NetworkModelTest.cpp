@@ -20,6 +20,12 @@ std::vector<std::int32_t> numbersOf(const std::vector<NS_DOMAIN::NEIndex>& index
   return numbers;
 }
 
+std::vector<std::int32_t> listed(const NetworkModel& model, bool onlyShown) {
+  std::vector<NS_DOMAIN::NEIndex> indexes;
+  model.appendNEIndexes(indexes, onlyShown);
+  return numbersOf(indexes);
+}
+
 TEST(NetworkModel, IsEmptyWithoutANetwork) {
   const NetworkModel model;
   EXPECT_EQ("", model.ems());
@@ -79,12 +85,80 @@ TEST(NetworkModel, FindsNoNodeOfAnotherClassWithTheNumberOfAnElement) {
 
 TEST(NetworkModel, ListsAllElementsOrTheShownOnes) {
   const NetworkModel model(sampleNetwork());
-  std::vector<NS_DOMAIN::NEIndex> all;
-  std::vector<NS_DOMAIN::NEIndex> shown;
-  model.appendNEIndexes(all, false);
-  model.appendNEIndexes(shown, true);
-  EXPECT_EQ((std::vector<std::int32_t>{7, -5, 6}), numbersOf(all));
-  EXPECT_EQ((std::vector<std::int32_t>{-5, 6}), numbersOf(shown));
+  EXPECT_EQ((std::vector<std::int32_t>{7, -5, 6}), listed(model, false));
+  EXPECT_EQ((std::vector<std::int32_t>{-5, 6}), listed(model, true));
+}
+
+class ListedElements : public testing::Test {
+ protected:
+  using Numbers = std::vector<std::int32_t>;
+
+  void apply(agent::PreparedChange change) { model_.apply(change); }
+
+  void expectListed(const Numbers& all, const Numbers& shown) const {
+    EXPECT_EQ(all, listed(model_, false));
+    EXPECT_EQ(shown, listed(model_, true));
+  }
+
+  static agent::Network withElements(const Numbers& numbers) {
+    agent::Network network;
+    for (const std::int32_t number : numbers) {
+      network.networkElements.push_back({number, std::to_string(number), false, false});
+    }
+    return network;
+  }
+
+  static agent::Network withNode(const std::string& id) {
+    agent::Network network;
+    NS_DOMAIN::TopoNode_T& node = network.topoNodes.emplace_back();
+    node.nodeId = id;
+    node.nodeType = NS_DOMAIN::kTopoElement;
+    return network;
+  }
+
+  NetworkModel model_{withElements({4, 1, 5, 2, 3})};
+};
+
+TEST_F(ListedElements, KeepTheirOrderWhenElementsAreRemoved) {
+  apply(model_.prepareElementRemoval(1));
+  expectListed({4, 5, 2, 3}, {});
+  apply(model_.prepareElementRemoval(4));
+  apply(model_.prepareElementRemoval(3));
+  expectListed({5, 2}, {});
+  apply(model_.prepareAddition(withElements({9, 8})));
+  expectListed({5, 2, 9, 8}, {});
+  apply(model_.prepareAddition(withNode("NE=8")));
+  apply(model_.prepareAddition(withNode("NE=2")));
+  expectListed({5, 2, 9, 8}, {2, 8});
+  apply(model_.prepareElementRemoval(5));
+  apply(model_.prepareElementRemoval(2));
+  apply(model_.prepareElementRemoval(9));
+  expectListed({8}, {8});
+  apply(model_.prepareElementRemoval(8));
+  expectListed({}, {});
+  apply(model_.prepareAddition(withElements({7})));
+  expectListed({7}, {});
+}
+
+TEST_F(ListedElements, AreShownWhileTheyHaveANode) {
+  apply(model_.prepareAddition(withNode("NE=5")));
+  expectListed({4, 1, 5, 2, 3}, {5});
+  apply(model_.prepareRemoval("NE=5"));
+  expectListed({4, 1, 5, 2, 3}, {});
+  agent::Network both = withNode("NE=6");
+  both.networkElements = withElements({6}).networkElements;
+  apply(model_.prepareAddition(both));
+  expectListed({4, 1, 5, 2, 3, 6}, {6});
+}
+
+TEST_F(ListedElements, HaveTheMarkOfTheirLatestRecord) {
+  apply(model_.prepareUpdate(agent::NetworkElement{2, "two", true, false}));
+  expectListed({4, 1, 5, 2, 3}, {2});
+  apply(model_.prepareUpdate(agent::NetworkElement{2, "two", false, false}));
+  expectListed({4, 1, 5, 2, 3}, {});
+  apply(model_.prepareReplacement(withElements({3, 2})));
+  apply(model_.prepareUpdate(agent::NetworkElement{2, "two", true, false}));
+  expectListed({3, 2}, {2});
 }
 
 TEST(NetworkModel, ReturnsKnownElementsInTheOrderOfTheIndexes) {
