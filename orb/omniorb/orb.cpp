@@ -80,7 +80,10 @@ class ListeningOrb final : public Server {
     root_ = PortableServer::POA::_narrow(object);
   }
 
-  ~ListeningOrb() override { ListeningOrb::observeRequests(nullptr); }
+  ~ListeningOrb() override {
+    ListeningOrb::observeRequests(nullptr);
+    setRequestCheck(nullptr);
+  }
 
   CORBA::ORB_ptr get() override { return orb_.get(); }
 
@@ -116,6 +119,10 @@ class ListeningOrb final : public Server {
 };
 
 }  // namespace
+
+void checkRequests(Server& /*the only one*/, RequestCheck check) {
+  setRequestCheck(std::move(check));
+}
 
 std::unique_ptr<Orb> startClient(const Options& options) {
   startTls(options);

@@ -17,14 +17,15 @@
 #include <optional>
 #include <utility>
 
-#include "../observerslot.h"
+#include "../callbackslot.h"
 #include "incoming/connection.h"
 
 namespace orb {
 namespace {
 
 // Global, because an interceptor has no context argument.
-ObserverSlot requestObserver;
+CallbackSlot<RequestCheck> requestCheck;
+CallbackSlot<RequestObserver> requestObserver;
 
 // Global for the same reason. Written while no ORB listens.
 RequestMeter requestMeter;
@@ -62,12 +63,26 @@ CORBA::Boolean finishWithException(omni::omniInterceptors::serverSendException_T
   return true;
 }
 
-CORBA::Boolean observeRequest(omni::omniInterceptors::serverReceiveRequest_T::info_T& info) {
+Request requestOf(omni::IOP_S& call, const char* operation) {
+  Request request;
+  request.operation = operation;
+  request.peer = peerOfThread;
+  auto* const stream = omni::giopStream::downcast(&call.getStream());
+  request.bytes = stream->currentInputPtr() + stream->impl()->inputRemaining(stream);
+  return request;
+}
+
+ObjectKey keyOf(omni::GIOP_S& call) {
+  return {reinterpret_cast<const char*>(call.key()), static_cast<std::size_t>(call.keysize())};
+}
+
+CORBA::Boolean interceptRequest(omni::omniInterceptors::serverReceiveRequest_T::info_T& info) {
   if (requestMeter) {
     unfinished = Clock::now();
   }
+  omni::GIOP_S& call = info.giop_s;
   // Not a Connection: a client's connection that also carries calls from its server.
-  if (const auto* const incoming = dynamic_cast<Connection*>(info.giop_s.strand().connection)) {
+  if (const auto* const incoming = dynamic_cast<Connection*>(call.strand().connection)) {
     if (incoming->isRefused()) {
       // The ORB received an empty substitute for the request, so nothing is dispatched.
       throw CORBA::MARSHAL(omni::MARSHAL_MessageSizeExceedLimitOnServer, CORBA::COMPLETED_NO);
@@ -76,23 +91,21 @@ CORBA::Boolean observeRequest(omni::omniInterceptors::serverReceiveRequest_T::in
   } else {
     peerOfThread = Peer();
   }
-  requestObserver.notify([&info] {
-    const auto* key = reinterpret_cast<const char*>(info.giop_s.key());
-    return ObjectKey(key, static_cast<std::size_t>(info.giop_s.keysize()));
+  requestCheck.with([&call](const RequestCheck& check) {
+    check(keyOf(call), requestOf(call, call.operation_name()));
   });
+  requestObserver.with([&call](const RequestObserver& observe) { observe(keyOf(call)); });
   return true;
 }
 
 }  // namespace
 
 Request requestOf(omniCallHandle& call) {
+  if (call.iop_s() != nullptr) {
+    return requestOf(*call.iop_s(), call.operation_name());
+  }
   Request request;
   request.operation = call.operation_name();
-  if (call.iop_s() != nullptr) {
-    request.peer = peerOfThread;
-    auto* const stream = omni::giopStream::downcast(&call.iop_s()->getStream());
-    request.bytes = stream->currentInputPtr() + stream->impl()->inputRemaining(stream);
-  }
   return request;
 }
 
@@ -108,7 +121,7 @@ Peer currentPeer() {
 void interceptRequests(RequestMeter meter) {
   requestMeter = std::move(meter);
   omni::omniInterceptors* const interceptors = omniORB::getInterceptors();
-  interceptors->serverReceiveRequest.add(observeRequest);
+  interceptors->serverReceiveRequest.add(interceptRequest);
   if (requestMeter) {
     interceptors->serverSendReply.add(finishWithReply);
     interceptors->serverSendException.add(finishWithException);
@@ -117,6 +130,10 @@ void interceptRequests(RequestMeter meter) {
 
 void setRequestObserver(RequestObserver observer) {
   requestObserver.set(std::move(observer));
+}
+
+void setRequestCheck(RequestCheck check) {
+  requestCheck.set(std::move(check));
 }
 
 }  // namespace orb

@@ -4,6 +4,7 @@
 #define ORB_OMNIORB_REQUESTS_H
 
 #include "orb/orb.h"
+#include "orb/requestcheck.h"
 
 namespace orb {
 
@@ -19,6 +20,9 @@ Request requestOf(omniCallHandle& call);
 // Sets the observer; null removes the observer. Returns when no call of the former observer is
 // running. Thread-safety: any thread.
 void setRequestObserver(RequestObserver observer);
+
+// As setRequestObserver(), for the check.
+void setRequestCheck(RequestCheck check);
 
 }  // namespace orb
 

@@ -95,6 +95,10 @@ BareKeys::BareKeys(TAO_ORB_Core& core) : core_(core) {}
 
 BareKeys::~BareKeys() = default;
 
+void BareKeys::checkRequests(RequestCheck check) {
+  check_.set(std::move(check));
+}
+
 void BareKeys::observeRequests(RequestObserver observer) {
   observer_.set(std::move(observer));
 }
@@ -127,7 +131,8 @@ int BareKeys::dispatch(TAO::ObjectKey& key, TAO_ServerRequest& request,
     if (const std::shared_ptr<Connection>& connection = servedRequest().connection) {
       connection->beginRequest(target);
     }
-    observer_.notify([&target]() -> const ObjectKey& { return target; });
+    check_.with([&](const RequestCheck& check) { check(target, requestOf(request)); });
+    observer_.with([&target](const RequestObserver& observe) { observe(target); });
   }
   const std::shared_ptr<KeyGate> gate = gates_->at(target);
   if (!gate) {

@@ -9,9 +9,10 @@
 #include <memory>
 #include <string>
 
+#include "../callbackslot.h"
 #include "../gate.h"
-#include "../observerslot.h"
 #include "orb/orb.h"
+#include "orb/requestcheck.h"
 #include "sync/SharedMutex.h"
 
 namespace orb {
@@ -38,8 +39,8 @@ class Gates {
   std::map<std::string, std::shared_ptr<KeyGate>> gates_ GUARDED_BY(mutex_);
 };
 
-// An object adapter of the ORB with priority over the POAs: observes each request from another
-// process, and dispatches requests to fixed keys.
+// An object adapter of the ORB with priority over the POAs: checks and observes each request from
+// another process, and dispatches requests to fixed keys.
 //
 // Ownership: the ORB owns and destroys the object. Thread-safety: any thread. dispatch() throws
 // CORBA system exceptions to the client.
@@ -48,6 +49,7 @@ class BareKeys final : public TAO_Adapter {
   explicit BareKeys(TAO_ORB_Core& core);
   ~BareKeys() override;
 
+  void checkRequests(RequestCheck check);
   void observeRequests(RequestObserver observer);
 
   // The result may outlive the ORB.
@@ -69,7 +71,8 @@ class BareKeys final : public TAO_Adapter {
  private:
   TAO_ORB_Core& core_;
   const std::shared_ptr<Gates> gates_ = std::make_shared<Gates>();
-  ObserverSlot observer_;
+  CallbackSlot<RequestCheck> check_;
+  CallbackSlot<RequestObserver> observer_;
 };
 
 }  // namespace orb

@@ -209,12 +209,15 @@ class ListeningOrb final : public Server {
 
   ~ListeningOrb() override {
     ListeningOrb::observeRequests(nullptr);
+    checkRequests(nullptr);
     orb_.connections().close();
     orb_.get()->shutdown(true);
     acceptor_.join();
   }
 
   CORBA::ORB_ptr get() override { return orb_.get(); }
+
+  void checkRequests(RequestCheck check) { keys_->checkRequests(std::move(check)); }
 
   void observeRequests(RequestObserver observer) override {
     keys_->observeRequests(std::move(observer));
@@ -271,6 +274,10 @@ std::string lookupFailure(const std::string& host) {
 
 bool hasTls() {
   return false;
+}
+
+void checkRequests(Server& server, RequestCheck check) {
+  static_cast<ListeningOrb&>(server).checkRequests(std::move(check));
 }
 
 std::unique_ptr<Orb> startClient(const Options& options) {
