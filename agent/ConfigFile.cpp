@@ -1,14 +1,12 @@
 #include "agent/ConfigFile.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <fstream>
 #include <map>
 #include <numeric>
 #include <sstream>
-#include <system_error>
 
 #include "agent/Options.h"
+#include "agent/process/ReadFile.h"
 
 namespace agent {
 namespace {
@@ -17,24 +15,11 @@ constexpr std::size_t kLargestFile = std::size_t{1} << 20;
 constexpr const char* kBlanks = " \t\r\f\v";
 
 std::string readText(const std::filesystem::path& file) {
-  std::error_code status;
-  if (std::filesystem::is_directory(file, status)) {
-    throw UsageError(file.string() + ": is a directory");
+  try {
+    return readFile(file, kLargestFile);
+  } catch (const FileError& failure) {
+    throw UsageError(failure.what());
   }
-  std::ifstream stream(file, std::ios::binary);
-  if (!stream) {
-    throw UsageError(file.string() + ": " + std::generic_category().message(errno));
-  }
-  std::string text(kLargestFile + 1, '\0');
-  stream.read(text.data(), static_cast<std::streamsize>(text.size()));
-  text.resize(static_cast<std::size_t>(stream.gcount()));
-  if (stream.bad()) {
-    throw UsageError(file.string() + ": cannot be read");
-  }
-  if (text.size() > kLargestFile) {
-    throw UsageError(file.string() + ": is larger than 1 MiB");
-  }
-  return text;
 }
 
 bool isBlankOrComment(const std::string& line) {

@@ -2,8 +2,10 @@
 
 #include <exception>
 #include <initializer_list>
+#include <utility>
 
 #include "agent/base/Log.h"
+#include "sync/SharedMutex.h"
 
 namespace agent {
 namespace {
@@ -25,7 +27,37 @@ void logRequest(int level, std::string_view peer,
   }
 }
 
+struct Recorder {
+  SharedMutex mutex;
+  RequestRecorder record GUARDED_BY(mutex);
+};
+
+Recorder& recorder() {
+  static Recorder recorder;
+  return recorder;
+}
+
 }  // namespace
+
+void setRequestRecorder(RequestRecorder record) {
+  Recorder& present = recorder();
+  const WriteLock lock(present.mutex);
+  present.record = std::move(record);
+}
+
+bool isRecorded() {
+  Recorder& present = recorder();
+  const ReadLock lock(present.mutex);
+  return present.record != nullptr;
+}
+
+void recordRequest(const RequestRecord& record) {
+  Recorder& present = recorder();
+  const ReadLock lock(present.mutex);
+  if (present.record) {
+    present.record(record);
+  }
+}
 
 void logChange(std::string_view peer, std::string_view operation,
                std::string_view subject) noexcept {

@@ -1,10 +1,13 @@
-// Log lines about single requests of clients, for operators.
+// Log lines and records about single requests of clients, for operators.
 
 #ifndef AGENT_BASE_REQUESTLOG_H
 #define AGENT_BASE_REQUESTLOG_H
 
+#include <functional>
 #include <string>
 #include <string_view>
+
+#include "orb/orb.h"
 
 namespace agent {
 
@@ -18,6 +21,35 @@ void logChange(std::string_view peer, std::string_view operation,
 // Logs "PEER: OPERATION is refused: REASON" at kLogTraces.
 void logRefusal(std::string_view peer, std::string_view operation,
                 std::string_view reason) noexcept;
+
+// A change, or a request that was refused, for the record of the operator.
+struct RequestRecord {
+  enum class Outcome {
+    kDone,     // the change is made
+    kFailed,   // the client was allowed to ask for the change; the reason says why it failed
+    kRefused,  // the client was not allowed to call the operation
+  };
+
+  orb::Peer peer;
+  std::string object;     // the key of the object, or a name for objects without a constant key
+  std::string operation;  // the name on the wire
+  std::string target;     // what has changed; "" for a refusal
+  Outcome outcome = Outcome::kDone;
+  std::string reason;  // "" for kDone
+};
+
+// Called on the threads of requests, on several threads at the same time. Must not block or throw.
+using RequestRecorder = std::function<void(const RequestRecord&)>;
+
+// Installs the recorder of the process in place of the present one; null removes the recorder.
+// Returns when no call of the former recorder is running. Thread-safety: any thread.
+void setRequestRecorder(RequestRecorder recorder);
+
+// Whether there is a recorder.
+bool isRecorded();
+
+// Passes a record to the recorder. Drops the record when there is no recorder.
+void recordRequest(const RequestRecord& record);
 
 }  // namespace agent
 

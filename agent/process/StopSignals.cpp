@@ -5,22 +5,24 @@
 namespace agent {
 namespace {
 
-sigset_t stopSignals() {
+sigset_t receivedSignals() {
   sigset_t signals;
   sigemptyset(&signals);
   sigaddset(&signals, SIGINT);
   sigaddset(&signals, SIGTERM);
+  sigaddset(&signals, SIGHUP);
   return signals;
 }
 
 }  // namespace
 
 StopSignals::StopSignals(std::chrono::milliseconds patience, std::function<void()> onOverdue)
-    : patience_(patience), onOverdue_(std::move(onOverdue)), signals_(stopSignals()) {
+    : patience_(patience), onOverdue_(std::move(onOverdue)), signals_(receivedSignals()) {
   pthread_sigmask(SIG_BLOCK, &signals_, nullptr);
-  std::signal(SIGHUP, SIG_IGN);
+  std::signal(SIGHUP, SIG_DFL);  // nohup(1) ignores the signal
   std::signal(SIGPIPE, SIG_IGN);
-  thread_ = std::thread([this] { takeSignal(); });
+  std::signal(SIGXFSZ, SIG_IGN);
+  thread_ = std::thread([this] { takeSignals(); });
 }
 
 // A signal to the thread ends its sigwait.
@@ -53,9 +55,24 @@ void StopSignals::wait() {
   changed_.wait(lock.native(), [this]() REQUIRES(mutex_) { return arrived_; });
 }
 
-void StopSignals::takeSignal() {
+void StopSignals::onHangup(std::function<void()> act) {
+  const MutexLock lock(hangupMutex_);
+  onHangup_ = std::move(act);
+}
+
+int StopSignals::nextSignal() const {
   int signal = 0;
   sigwait(&signals_, &signal);
+  return signal;
+}
+
+void StopSignals::takeSignals() {
+  while (nextSignal() == SIGHUP) {
+    const MutexLock lock(hangupMutex_);
+    if (onHangup_) {
+      onHangup_();
+    }
+  }
   MutexLock lock(mutex_);
   if (threadEnds_) {
     return;

@@ -1,4 +1,4 @@
-// The signals that stop the agent.
+// The signals that stop the agent, and SIGHUP.
 
 #ifndef AGENT_PROCESS_STOPSIGNALS_H
 #define AGENT_PROCESS_STOPSIGNALS_H
@@ -13,9 +13,9 @@
 
 namespace agent {
 
-// Receives SIGINT and SIGTERM on a thread. Blocks both signals in the constructing thread and in
-// all threads that the constructing thread starts later. Ignores SIGHUP, because the agent has no
-// log files to reopen, and SIGPIPE, because every write reports a closed reader as an error.
+// Receives SIGINT, SIGTERM and SIGHUP on a thread. Blocks the signals in the constructing thread
+// and in all threads that the constructing thread starts later. Ignores SIGPIPE and SIGXFSZ,
+// because every write reports a closed reader, and a file at its limit, as an error.
 //
 // After a signal, a start ends at the end of its present step. When the start has not ended after
 // `patience`, the thread calls onOverdue, which ends the process.
@@ -38,11 +38,17 @@ class StopSignals {
   // Prevents calls of onOverdue from now on.
   void startEnded();
 
-  // Waits until a signal arrives.
+  // Calls `act` on the thread at every later SIGHUP; an empty function ignores SIGHUP, as before
+  // the first call. Returns when no call of the former function is running. A stop signal that
+  // arrives during a call is taken after the call. `act` must not throw.
+  void onHangup(std::function<void()> act);
+
+  // Waits until a signal to stop arrives.
   void wait();
 
  private:
-  void takeSignal();
+  void takeSignals();
+  int nextSignal() const;
 
   const std::chrono::milliseconds patience_;
   const std::function<void()> onOverdue_;
@@ -53,6 +59,10 @@ class StopSignals {
   bool arrived_ GUARDED_BY(mutex_) = false;
   bool startEnded_ GUARDED_BY(mutex_) = false;
   bool threadEnds_ GUARDED_BY(mutex_) = false;
+
+  Mutex hangupMutex_;  // locked during a call
+  std::function<void()> onHangup_ GUARDED_BY(hangupMutex_);
+
   std::thread thread_;
 };
 

@@ -31,7 +31,32 @@ TEST_P(StoppedBy, WakesTheWaitingThread) {
 
 INSTANTIATE_TEST_SUITE_P(Signals, StoppedBy, testing::Values(SIGINT, SIGTERM));
 
-TEST(StopSignals, IgnoreSighupAndSigpipe) {
+TEST(StopSignals, CallTheFunctionAtEverySighup) {
+  std::promise<void> calls[2];
+  int count = 0;
+  StopSignals signals(hours(1), ignore);
+  signals.onHangup([&] { calls[count++].set_value(); });
+  for (std::promise<void>& call : calls) {
+    ::kill(::getpid(), SIGHUP);
+    EXPECT_EQ(std::future_status::ready, call.get_future().wait_for(minutes(1)));
+  }
+  EXPECT_FALSE(signals.arrived());
+}
+
+TEST(StopSignals, StopAfterASighup) {
+  std::promise<void> called;
+  StopSignals signals(hours(1), ignore);
+  signals.onHangup([&called] { called.set_value(); });
+  ::kill(::getpid(), SIGHUP);
+  called.get_future().wait();
+  signals.onHangup(nullptr);
+  signals.startEnded();
+  ::kill(::getpid(), SIGTERM);
+  signals.wait();
+  EXPECT_TRUE(signals.arrived());
+}
+
+TEST(StopSignals, IgnoreSighupWithoutAFunctionAndSigpipe) {
   StopSignals signals(hours(1), ignore);
   ::kill(::getpid(), SIGHUP);
   ::kill(::getpid(), SIGPIPE);

@@ -1,0 +1,92 @@
+#include "agent/access/AccessControl.h"
+
+#include <utility>
+
+#include "agent/base/PrintableText.h"
+#include "agent/base/RequestLog.h"
+#include "idl/PermissionMinors.h"
+
+namespace agent {
+namespace {
+
+constexpr std::size_t kLines = 20;
+constexpr std::chrono::seconds kInterval{10};
+
+const char* nameOf(Role role) {
+  switch (role) {
+    case Role::kRead:
+      return "read";
+    case Role::kWrite:
+      return "write";
+    case Role::kOperate:
+      break;
+  }
+  return "operate";
+}
+
+std::string missingRole(const std::optional<Role>& role) {
+  return role ? std::string("the client does not have the role ") + nameOf(*role)
+              : "the client has no role";
+}
+
+}  // namespace
+
+const char* nameOf(ObjectKind kind) {
+  switch (kind) {
+    case ObjectKind::kConsole:
+      return "the console";
+    case ObjectKind::kSession:
+      return "the session";
+    case ObjectKind::kNetwork:
+      break;
+  }
+  return "the network";
+}
+
+AccessControl::AccessControl(AccessRules rules, AccessSettings settings, RefusalLog::Clock clock)
+    : settings_(settings),
+      log_(std::move(clock), kLines, kInterval),
+      rules_(std::make_shared<const AccessRules>(std::move(rules))) {}
+
+void AccessControl::replaceRules(AccessRules rules) {
+  auto replacement = std::make_shared<const AccessRules>(std::move(rules));
+  const MutexLock lock(mutex_);
+  rules_ = std::move(replacement);
+}
+
+std::shared_ptr<const AccessRules> AccessControl::rules() const {
+  const MutexLock lock(mutex_);
+  return rules_;
+}
+
+void AccessControl::check(const orb::ObjectKey& key, const orb::Request& request) {
+  const ObjectKind kind = kindOf(key);
+  const std::optional<Refusal> refusal = refusalOf(kind, request);
+  if (!refusal) {
+    return;
+  }
+  log_.refused(orb::format(request.peer) + ": " + inQuotes(request.operation) + " of " +
+               nameOf(kind) + " is refused: " + refusal->reason);
+  recordRequest({request.peer, kind == ObjectKind::kNetwork ? nameOf(kind) : key, request.operation,
+                 "", RequestRecord::Outcome::kRefused, refusal->reason});
+  throw CORBA::NO_PERMISSION(static_cast<CORBA::ULong>(refusal->minor), CORBA::COMPLETED_NO);
+}
+
+std::optional<AccessControl::Refusal> AccessControl::refusalOf(ObjectKind kind,
+                                                               const orb::Request& request) const {
+  const Operation& operation = operationOf(kind, request.operation);
+  const Roles roles = rules()->rolesOf(request.peer);
+  if (operation.role ? !roles.has(*operation.role) : roles.empty()) {
+    return Refusal{permission_minor::kNoRole, missingRole(operation.role)};
+  }
+  if (kind != ObjectKind::kNetwork && settings_.consoleEndpoint &&
+      *settings_.consoleEndpoint != request.peer.endpoint) {
+    return Refusal{permission_minor::kOtherEndpoint, "another endpoint serves it"};
+  }
+  if (settings_.readOnly && operation.isChange) {
+    return Refusal{permission_minor::kReadOnly, "the agent is read-only"};
+  }
+  return std::nullopt;
+}
+
+}  // namespace agent

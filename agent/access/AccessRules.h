@@ -1,0 +1,74 @@
+// The rules that give roles to clients.
+
+#ifndef AGENT_ACCESS_ACCESSRULES_H
+#define AGENT_ACCESS_ACCESSRULES_H
+
+#include <cstddef>
+#include <filesystem>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "agent/access/AddressRange.h"
+#include "agent/access/Roles.h"
+#include "orb/orb.h"
+
+namespace agent {
+
+// An access file cannot be used. what() is "FILE:LINE: REASON" or "FILE: REASON".
+// Thread-safety, ownership and errors: as std::runtime_error.
+class AccessFileError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+// A list of rules. The first rule that matches a client gives the client's roles; a client without
+// a rule has no role. A client on TLS is judged by its certificate alone, wherever the client
+// connects from: rules for addresses never match such a client.
+//
+// Thread-safety, ownership and errors: a plain value.
+class AccessRules {
+ public:
+  // The rules without an access file: the plain loopback and Unix sockets have all roles, a
+  // verified certificate has kRead.
+  AccessRules();
+
+  // Reads an access file. Each line is a rule: the clients, and then their roles (read, write,
+  // operate), or the word none. The clients are one of:
+  //   subject "CN=noc,O=Operator"   a verified certificate with this subject (RFC 4514)
+  //   certificate                   every verified certificate
+  //   address 10.1.0.0/16           plain connections from these addresses
+  //   loopback                      plain connections from 127.0.0.0/8 and ::1
+  //   unix                          connections to a Unix socket
+  // A # outside of quotes begins a comment. Throws AccessFileError, also for a rule that an earlier
+  // line has already, for a file without rules, and for a file of more than 1 MiB.
+  static AccessRules read(const std::filesystem::path& file);
+
+  // A peer of kLocal has no roles: calls within the process need none.
+  Roles rolesOf(const orb::Peer& peer) const;
+
+ private:
+  enum class Kind { kSubject, kCertificate, kAddress, kLoopback, kUnix };
+
+  struct Rule {
+    Kind kind = Kind::kUnix;
+    std::string subject;
+    std::optional<AddressRange> range;
+    Roles roles;
+    std::size_t line = 0;  // in the file
+  };
+
+  class LineParser;
+
+  static bool matches(const Rule& rule, const orb::Peer& peer,
+                      const std::optional<IpAddress>& address);
+  static bool haveSameClients(const Rule& a, const Rule& b);
+  void add(Rule rule);
+
+  std::vector<Rule> rules_;
+};
+
+}  // namespace agent
+
+#endif
