@@ -89,7 +89,7 @@ TEST_F(TlsPrograms, RefuseAnAgentOfAnotherAuthority) {
   const RunningAgent agent(serving(server_));
   const Authority other(directory_, "other");
   expectRefusal(topoctl(agent, {"--tls-ca", other.file()}),
-                "failed: unable to get local issuer certificate");
+                "failed: self-signed certificate in certificate chain");
 }
 
 TEST_F(TlsPrograms, RefuseAnAgentAtAnotherAddress) {

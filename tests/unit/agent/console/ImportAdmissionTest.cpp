@@ -10,8 +10,10 @@ using agent::ImportAdmission;
 
 constexpr std::size_t kFactor = ImportAdmission::kBytesOfByte;
 
+const orb::Peer kClient{orb::Transport::kTcp, "127.0.0.1", "", 0};
+
 orb::Request importOf(std::size_t bytes) {
-  return {"importNetwork", "127.0.0.1", bytes};
+  return {"importNetwork", kClient, bytes};
 }
 
 class Imports : public testing::Test {
@@ -40,7 +42,7 @@ TEST_F(Imports, ReserveMemoryUntilTheirEnd) {
 
 TEST_F(Imports, ShareTheMemoryWithRepliesOfGetObject) {
   constexpr std::size_t kDetails = ImportAdmission::kBytesOfDetails;
-  const orb::Request get{"getObject", "127.0.0.1", 100};
+  const orb::Request get{"getObject", kClient, 100};
   free_ = 2 * kDetails;
   auto first = admission_.admit(get);
   EXPECT_EQ(kDetails, admission_.reserved());
@@ -53,7 +55,7 @@ TEST_F(Imports, ShareTheMemoryWithRepliesOfGetObject) {
 
 TEST_F(Imports, AndGetObjectAreTheOnlyRequestsThatReserveMemory) {
   free_ = 0;
-  EXPECT_EQ(nullptr, admission_.admit({"createNode", "127.0.0.1", 1000}));
+  EXPECT_EQ(nullptr, admission_.admit({"createNode", kClient, 1000}));
   EXPECT_THROW(admission_.admit(importOf(1)), CORBA::NO_RESOURCES);
 }
 
