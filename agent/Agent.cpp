@@ -53,7 +53,11 @@ constexpr std::chrono::seconds kNotificationPatience{3};
 
 // Null without --metrics: requests are not measured then.
 std::unique_ptr<RequestMetrics> requestMetrics(const Options& options) {
-  return options.metrics ? std::make_unique<RequestMetrics>() : nullptr;
+  std::unique_ptr<RequestMetrics> metrics;
+  if (options.metrics) {
+    metrics = std::make_unique<RequestMetrics>();
+  }
+  return metrics;
 }
 
 // metrics: null, or outlives the server.

@@ -85,7 +85,7 @@ void setPolicy(SSL_CTX& context) {
 
 std::shared_ptr<SSL_CTX> makeContext(const TlsOptions& options) {
   ERR_clear_error();
-  const std::shared_ptr<SSL_CTX> context(SSL_CTX_new(TLS_method()), SSL_CTX_free);
+  std::shared_ptr<SSL_CTX> context(SSL_CTX_new(TLS_method()), SSL_CTX_free);
   if (!context) {
     throw std::bad_alloc();
   }

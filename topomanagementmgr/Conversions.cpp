@@ -88,7 +88,7 @@ void markVendor(globaldefs::NVSList_T& additionalInfo) {
 class ListConversion {
  public:
   ListConversion(TopoManagementManager::NodeList_T& nodes, std::size_t count) : nodes_(nodes) {
-    topo::setLengthToFill(nodes_, static_cast<CORBA::ULong>(count));
+    topo::setLength(nodes_, static_cast<CORBA::ULong>(count), topo::NewNumbers::kUndefined);
   }
 
   // After a failure, the next node reuses the record without clearing it. REQUIRES: fewer than

@@ -67,8 +67,10 @@ std::uint64_t NetworkWriter::commitToStore(const NetworkChange& change,
     failures_.commitFailed = failed;
   };
   try {
-    const std::uint64_t number =
-        counted([&]() REQUIRES(mutex_) { return store_.commit(change, cancellation); });
+    const std::uint64_t number = counted([&] {
+      mutex_.assertHeld();
+      return store_.commit(change, cancellation);
+    });
     report();
     return number;
   } catch (const StoreError&) {
@@ -80,14 +82,18 @@ std::uint64_t NetworkWriter::commitToStore(const NetworkChange& change,
 
 std::pair<std::string, InfoPairs> NetworkWriter::attributesOf(const ObjectKey& key) {
   const MutexLock lock(mutex_);
-  return counted([&]() REQUIRES(mutex_) {
+  return counted([&] {
+    mutex_.assertHeld();
     return std::pair(store_.ownerOf(key), store_.additionalInfoOf(key));
   });
 }
 
 std::unique_ptr<StoreCopy> NetworkWriter::beginCopy() {
   const MutexLock lock(mutex_);
-  return counted([this]() REQUIRES(mutex_) { return store_.beginCopy(); });
+  return counted([this] {
+    mutex_.assertHeld();
+    return store_.beginCopy();
+  });
 }
 
 bool NetworkWriter::continueCopy(StoreCopy& copy) {

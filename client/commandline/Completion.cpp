@@ -23,7 +23,7 @@ Values valuesOf(const CLI::Option& option) {
   static const std::map<std::string, Values> kinds = {
       {"FORMAT", Values::kFormat}, {"KIND", Values::kKind}, {"PATH", Values::kFile},
       {"FILE", Values::kFile},     {"ID", Values::kNode},   {"REFERENCE", Values::kClockPosition}};
-  const std::string text = option.get_option_text();
+  const std::string& text = option.get_option_text();
   const auto found = kinds.find(text.empty() ? option.get_type_name() : text);
   return found == kinds.end() ? Values::kAny : found->second;
 }

@@ -148,6 +148,7 @@ const char* const kWhyNoRecordsOfATree =
 
 std::vector<std::string> attributeNames() {
   std::vector<std::string> names;
+  names.reserve(kAttributes.size());
   for (const AttributeSyntax& attribute : kAttributes) {
     names.emplace_back(attribute.name);
   }

