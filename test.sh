@@ -5,4 +5,5 @@ set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
 scripts/setup.sh
 scripts/build.sh release
-ctest --preset release -j "$(nproc)" "$@"
+# One test more than processors, because tests wait for processes and the disk.
+ctest --preset release -j "$(($(nproc) + 1))" "$@"
