@@ -221,7 +221,7 @@ void Listener::attend(Watcher::Id id, omni::giopConnection::notifyReadable_t not
   if (state == Channel::State::kReady) {
     if (const auto refused = entry.channel->refusedRequest()) {
       limitLog_.requestTooLarge(refused->operation, refused->bytes,
-                                peerEndpoint(entry.channel->socket()).host, now);
+                                entry.channel->stream().address(), now);
     }
     notify(cookie, entry.connection);
     entry.channel->finishNotification();
@@ -234,7 +234,7 @@ void Listener::attend(Watcher::Id id, omni::giopConnection::notifyReadable_t not
 void Listener::logFailure(const Channel& channel, Time now) {
   const std::string failure = channel.stream().takeFailure();
   if (!failure.empty()) {
-    limitLog_.handshakeFailed(peerEndpoint(channel.socket()).host, failure, now);
+    limitLog_.handshakeFailed(channel.stream().address(), failure, now);
   }
 }
 
@@ -273,8 +273,7 @@ void Listener::logExpiry(const Channel& channel, Time now) {
   if (channel.stream().isOpen()) {
     limitLog_.requestIncomplete(now);
   } else if (!channel.stream().hasFailed()) {
-    limitLog_.handshakeFailed(peerEndpoint(channel.socket()).host, "it was not complete in time",
-                              now);
+    limitLog_.handshakeFailed(channel.stream().address(), "it was not complete in time", now);
   }
 }
 

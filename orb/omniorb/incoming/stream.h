@@ -46,6 +46,10 @@ class Stream {
   // Ends the connection in both directions.
   virtual void shutDown();
 
+  // The numeric address of the client, also after the client has closed the connection; "" for a
+  // Unix socket.
+  const std::string& address() const { return peer_.address; }
+
   // The client. REQUIRES: isOpen().
   const Peer& peer() const { return peer_; }
 

@@ -81,7 +81,9 @@ TEST_F(RequestMeters, ReceiveTheNameOfASystemException) {
 
 TEST_F(RequestMeters, ReceiveTheNameOfAUserException) {
   const CORBA::Object_var published = object_->publish(servant_.in());
-  answer_ = []() -> CORBA::ULong { throw globaldefs::ProcessingFailureException(); };
+  answer_ = []() -> CORBA::ULong {
+    throw globaldefs::ProcessingFailureException(globaldefs::EXCPT_INTERNAL_ERROR, "");
+  };
   const Measured measured = ask("Key", "getLength");
   EXPECT_EQ("ProcessingFailureException", measured.exception);
   EXPECT_FALSE(measured.isSystemException);
