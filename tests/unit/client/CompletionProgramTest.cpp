@@ -90,24 +90,26 @@ TEST_F(CompletionProgram, AsksTheAgentForIds) {
 
 TEST_F(CompletionProgram, QuotesIdsSoThatBashReadsThemAsTheyAre) {
   const std::vector<std::string> ids = {"a b",
-                                        "a$(touch $TRAP)",
-                                        "a`touch $TRAP`",
-                                        "a;touch $TRAP",
-                                        "a'b",
-                                        "a\"b",
-                                        "a\\b",
-                                        "a|b>c<d&e",
-                                        "a*?[x]{1,2}",
-                                        "a#b~!c",
-                                        "a${HOME}b",
-                                        "aM\xc3\xbcnchen",
-                                        "a\xe4\xb8\xad"};
+                                        "b$(touch $TRAP)",
+                                        "c`touch $TRAP`",
+                                        "d;touch $TRAP",
+                                        "e'b",
+                                        "f\"b",
+                                        "g\\b",
+                                        "h|b>c<d&e",
+                                        "i*?[x]{1,2}",
+                                        "j#b~!c",
+                                        "k${HOME}b",
+                                        "lM\xc3\xbcnchen",
+                                        "m\xe4\xb8\xad"};
   for (const std::string& id : ids) {
-    script.nodes.length(0);
     addNode(id);
+  }
+  for (const std::string& id : ids) {
+    const std::string begin = id.substr(0, 1);
     for (const std::string open : {"", "'", "\""}) {
-      const std::string line = "topoctl node delete " + open + "a";
-      const auto found = offered(line, "a");
+      const std::string line = "topoctl node delete " + open + begin;
+      const auto found = offered(line, begin);
       ASSERT_EQ(found.size(), 1U) << id << " after " << line;
       EXPECT_THAT(wordsOf(open + found[0] + open), ElementsAre(id)) << line;
     }
