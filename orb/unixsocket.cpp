@@ -74,7 +74,7 @@ std::string folderOf(const std::string& path) {
 int listenOnUnixSocket(const std::string& path) {
   const sockaddr_un address = addressOf(path);
   Descriptor socket(newSocket());
-  // Locked, so that of two processes at their start neither replaces the socket of the other.
+  // The lock prevents that two starting processes replace each other's socket.
   const Descriptor folder(::open(folderOf(path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (folder.get() < 0 || ::flock(folder.get(), LOCK_EX) != 0) {
     throwError("its folder: ", errno);

@@ -9,9 +9,9 @@
 
 namespace orb {
 
-// Binds a socket to the path and listens. The rights of the new file are those that the umask
-// leaves; the rights of its folder decide who reaches it. A socket file on which no process
-// listens is replaced; every other file is kept. Returns the socket, owned by the caller.
+// Binds a socket to the path and listens. The umask sets the rights of the new file. The rights
+// of the folder decide which users can connect. A socket file on which no process listens is
+// replaced; every other file is kept. Returns the socket, owned by the caller.
 // Throws EndpointError, whose text is the reason without the path.
 int listenOnUnixSocket(const std::string& path);
 

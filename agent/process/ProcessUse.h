@@ -1,5 +1,5 @@
-// What this process uses of the system. Thread-safety: any thread. Errors: std::bad_alloc; a value
-// that the system does not tell is 0.
+// Memory, threads, descriptors and processor time of this process. Thread-safety: any thread.
+// Errors: std::bad_alloc; a value that the system does not report is 0.
 
 #ifndef AGENT_PROCESS_PROCESSUSE_H
 #define AGENT_PROCESS_PROCESSUSE_H

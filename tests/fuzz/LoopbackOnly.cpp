@@ -1,5 +1,6 @@
-// Replaces functions of the C library, so that the process calls no other process, whatever
-// addresses a fuzzed message has, and keeps the code of the module mapped.
+// Replaces functions of the C library: the process connects only to the port of allowOnlyPort() and
+// looks no host name up, also for the addresses in fuzzed messages. The code of the module stays
+// mapped.
 
 #include "tests/fuzz/LoopbackOnly.h"
 

@@ -51,7 +51,7 @@ class CompletionProgram : public WithAgent {
     script.settle();
   }
 
-  // What bash offers for a line, whose text from the last word break on is `replaced`.
+  // Returns the completions of bash for a line. replaced: the text after the last word break.
   std::vector<std::string> offered(const std::string& line, const std::string& replaced) {
     const support::Ended ended = support::run(
         "/bin/bash",

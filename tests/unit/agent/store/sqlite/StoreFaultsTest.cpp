@@ -115,7 +115,7 @@ class StoreFaults : public testing::TestWithParam<Fault> {
     return hasFailed;
   }
 
-  // Commits the changes; changes `expected` by those that the store accepts. Returns the networks
+  // Commits the changes, and applies the accepted changes to `expected`. Returns the networks
   // that the files can have after a kill: a change that failed may be complete in the log until the
   // next change.
   static std::vector<Network> commitAll(SqliteStore& store, Network& expected,
