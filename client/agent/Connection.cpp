@@ -239,7 +239,7 @@ void throwIfExplained(const CORBA::SystemException& failure, CORBA::Object_ptr o
                   describeAgent(access) + " cannot be reached: " + tlsFailure);
   }
   if (CORBA::OBJECT_NOT_EXIST::_downcast(&failure) != nullptr) {
-    throw Failure(ExitCode::kUnreachable, describeAgent(access) + " " + target.missing);
+    throw ObjectMissing(describeAgent(access) + " " + target.missing);
   }
 }
 

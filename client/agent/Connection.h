@@ -6,6 +6,7 @@
 #include <string>
 
 #include "client/base/AgentAccess.h"
+#include "client/base/Failure.h"
 #include "idl/ObjectKeys.h"
 #include "orb/orb.h"
 
@@ -36,6 +37,13 @@ inline constexpr Target kConsole = {
 inline constexpr Target kSession = {object_key::kSession, "Session_I",
                                     "answers, but sends no notifications to clients"};
 
+// The agent answers, but has no object at the key of the target. Thread-safety, ownership and
+// errors: as Failure.
+class ObjectMissing : public Failure {
+ public:
+  explicit ObjectMissing(const std::string& text) : Failure(ExitCode::kUnreachable, text) {}
+};
+
 // ---- for callObject()
 
 // Returns the object without a call, except that a corbaname takes a call to the naming service.
@@ -48,7 +56,7 @@ CORBA::Object_ptr resolveTarget(CORBA::ORB_ptr orb, const AgentAccess& access,
 [[noreturn]] void throwWrongType(const AgentAccess& access, const Target& target);
 
 // Throws Failure (kUnreachable) when `failure`, of a call to the object, means that no connection
-// can be made or that the object does not exist. Returns otherwise.
+// can be made or that the object does not exist (ObjectMissing). Returns otherwise.
 void throwIfExplained(const CORBA::SystemException& failure, CORBA::Object_ptr object,
                       const AgentAccess& access, const Target& target);
 

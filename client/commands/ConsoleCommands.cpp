@@ -170,7 +170,7 @@ std::vector<Command> consoleCommands() {
       {"backup", atConsole(backup)},
       {"test-switch", atConsole(setTestSwitch)},
       {"get", atConsole(getObject)},
-      {"status", atConsole(status)},
+      {"status", status},
       {"module reload", atConsole(reloadModule)},
   };
 }

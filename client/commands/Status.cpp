@@ -4,8 +4,11 @@
 #include <memory>
 #include <ostream>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "client/agent/Connection.h"
+#include "client/agent/Fetch.h"
 #include "client/agent/RecordFields.h"
 #include "client/output/Json.h"
 #include "client/output/Printer.h"
@@ -125,6 +128,96 @@ class FieldRows final : public Rows {
   const bool withReceivers_;
 };
 
+template <auto Member>
+Value partialText(const PartialStatus& status) {
+  return std::string_view(status.*Member);
+}
+
+const RecordFields<PartialStatus>& partialFields() {
+  using Status = PartialStatus;
+  static const RecordFields<Status> fields = {
+      {"missing", partialText<&Status::missing>},
+      {"eventAccess", partialText<&Status::eventAccess>},
+      {"viewNodes", number<&Status::viewNodes>},
+      {"clockNodes", number<&Status::clockNodes>},
+      {"clockLinks", number<&Status::clockLinks>},
+      {"capabilities", number<&Status::capabilities>},
+  };
+  return fields;
+}
+
+// A row with name and value for each field.
+class PartialRows final : public Rows {
+ public:
+  // Borrows the status.
+  explicit PartialRows(const PartialStatus& status) : status_(status) {}
+
+  std::vector<std::string_view> fieldNames() const override { return {"name", "value"}; }
+
+  void forEach(const std::function<void(const Row&)>& visit) const override {
+    for (const auto& field : partialFields()) {
+      visit({std::string_view(field.name), field.value(status_)});
+    }
+  }
+
+ private:
+  const PartialStatus& status_;
+};
+
+// The number of records of a view. `call` has the _out arguments of the view's operation. Fetches
+// one record at most.
+template <typename List, typename Iterator, typename Call>
+CORBA::ULong sizeOfView(Call call) {
+  typename List::_var_type list;
+  typename Iterator::_var_type iterator;
+  call(1, list.out(), iterator.out());
+  const IteratorGuard<Iterator> guard(iterator.in());
+  return list->length() + (CORBA::is_nil(iterator) ? 0 : iterator->getLength());
+}
+
+void askManager(TopoManagementManager::TopoMgr_I_ptr manager, PartialStatus& status) {
+  using topologicalLink::TopologicalLinkIterator_I;
+  using topologicalLink::TopologicalLinkList_T;
+  using TopoManagementManager::NodeIterator_I;
+  using TopoManagementManager::NodeList_T;
+  common::CapabilityList_T_var capabilities;
+  manager->getCapabilities(capabilities.out());
+  status.capabilities = capabilities->length();
+  status.viewNodes = sizeOfView<NodeList_T, NodeIterator_I>([&](auto&&... arguments) {
+    manager->getTopoSubnetworkViewInfo(std::forward<decltype(arguments)>(arguments)...);
+  });
+  status.clockNodes = sizeOfView<NodeList_T, NodeIterator_I>([&](auto&&... arguments) {
+    manager->getClockSourceSubnetworkViewInfo(std::forward<decltype(arguments)>(arguments)...);
+  });
+  status.clockLinks =
+      sizeOfView<TopologicalLinkList_T, TopologicalLinkIterator_I>([&](auto&&... arguments) {
+        manager->getAllClockSourceViewlTopologicalLinks(
+            std::forward<decltype(arguments)>(arguments)...);
+      });
+}
+
+PrintFunction partialStatus(const CommandContext& context, const std::string& missing) {
+  PartialStatus status;
+  status.missing = missing;
+  const AgentAccess& access = context.options.access;
+  callObject<TopoManagementManager::TopoMgr_I>(
+      context.orb, access, kManager,
+      [&status](TopoManagementManager::TopoMgr_I_ptr manager) { askManager(manager, status); });
+  try {
+    callObject<TopoAgent::Session_I>(
+        context.orb, access, kSession, [&status](TopoAgent::Session_I_ptr session) {
+          status.eventAccess = kEventAccess[static_cast<std::size_t>(session->getEventAccess())];
+        });
+  } catch (const ObjectMissing&) {
+    status.missing += "; the agent has no session";
+  } catch (const CORBA::NO_PERMISSION&) {
+    status.missing += "; the session refuses this client (NO_PERMISSION)";
+  }
+  return [status, style = context.options.style()](std::ostream& out) {
+    printPartialStatus(status, style, out);
+  };
+}
+
 void printTables(const Status_T& status, const OutputStyle& style, std::ostream& out) {
   printRows(FieldRows(status, false), style, out);
   out << '\n';
@@ -156,10 +249,29 @@ void printStatus(const Status_T& status, const OutputStyle& style, std::ostream&
   }
 }
 
-PrintFunction status(TopoAgent::Console_I_ptr console, const Options& options) {
-  const TopoAgent::Status_T_var received = console->getStatus();
-  const auto shared = std::make_shared<const Status_T>(received.in());
-  return [shared, style = options.style()](std::ostream& out) { printStatus(*shared, style, out); };
+PrintFunction status(const CommandContext& context) {
+  const OutputStyle style = context.options.style();
+  try {
+    return callObject<TopoAgent::Console_I>(
+        context.orb, context.options.access, kConsole,
+        [&style](TopoAgent::Console_I_ptr console) -> PrintFunction {
+          const TopoAgent::Status_T_var received = console->getStatus();
+          const auto shared = std::make_shared<const Status_T>(received.in());
+          return [shared, style](std::ostream& out) { printStatus(*shared, style, out); };
+        });
+  } catch (const ObjectMissing&) {
+    return partialStatus(context, "the agent has no console");
+  } catch (const CORBA::NO_PERMISSION&) {
+    return partialStatus(context, "the console refuses this client (NO_PERMISSION)");
+  }
+}
+
+void printPartialStatus(const PartialStatus& status, const OutputStyle& style, std::ostream& out) {
+  if (style.format == Format::kJson) {
+    out << toJson(status, partialFields()).dump() << '\n';
+  } else {
+    printRows(PartialRows(status), style, out);
+  }
 }
 
 }  // namespace topoctl

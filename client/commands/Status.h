@@ -4,15 +4,30 @@
 #define CLIENT_COMMANDS_STATUS_H
 
 #include <iosfwd>
+#include <string>
 
-#include "client/commandline/Options.h"
+#include "client/commands/CommandContext.h"
 #include "client/output/PrintFunctions.h"
 #include "orb/idl/TopoAgent.h"
 
 namespace topoctl {
 
-// Exceptions of the call pass. Thread-safety of both functions: any thread.
-PrintFunction status(TopoAgent::Console_I_ptr console, const Options& options);
+// What clients without the console see of the agent.
+struct PartialStatus {
+  std::string missing;      // the reason why the other fields of the status are missing
+  std::string eventAccess;  // as in Status_T; "" from an agent without a session
+  CORBA::ULong viewNodes = 0;
+  CORBA::ULong clockNodes = 0;
+  CORBA::ULong clockLinks = 0;
+  CORBA::ULong capabilities = 0;
+};
+
+// Asks the console. When the agent has no console, or refuses this client with NO_PERMISSION, asks
+// the manager and the session for a part of the status. Exceptions of the calls pass. Thread-safety
+// of all functions: any thread.
+PrintFunction status(const CommandContext& context);
+
+void printPartialStatus(const PartialStatus& status, const OutputStyle& style, std::ostream& out);
 
 void printStatus(const TopoAgent::Status_T& status, const OutputStyle& style, std::ostream& out);
 
