@@ -5,7 +5,7 @@
 
 #include <atomic>
 #include <cstddef>
-#include <deque>
+#include <list>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -64,8 +64,8 @@ class Chunks {
   void dropFront();
 
   ReceiveBudget* budget_;
-  std::deque<std::string> chunks_;
-  std::size_t taken_ = 0;  // removed bytes of the first chunk
+  std::list<std::string> chunks_;  // whose moves, unlike those of a deque, allocate nothing
+  std::size_t taken_ = 0;          // removed bytes of the first chunk
   std::size_t size_ = 0;
   std::size_t reserved_ = 0;  // bytes reserved in the budget
 };

@@ -1,6 +1,7 @@
 #include "channel.h"
 
 #include <cerrno>
+#include <new>
 #include <utility>
 
 namespace orb {
@@ -94,7 +95,11 @@ Channel::State Channel::attend(char* scratch, std::size_t scratchBytes, Time now
   }
   bool starved = false;
   if (!isReady()) {
-    receive(scratch, scratchBytes, now, starved);
+    try {
+      receive(scratch, scratchBytes, now, starved);
+    } catch (const std::bad_alloc&) {
+      ended_ = true;  // a part of the request is lost
+    }
   }
   if (isReady()) {
     selectable_ = false;
@@ -114,8 +119,17 @@ Channel::State Channel::attend(char* scratch, std::size_t scratchBytes, Time now
 }
 
 void Channel::finishNotification() {
+  endNotification(true);
+}
+
+void Channel::cancelNotification() {
+  endNotification(false);
+}
+
+void Channel::endNotification(bool isTaken) {
   const MutexLock lock(mutex_);
   notifying_ = false;
+  selectable_ = selectable_ || !isTaken;
   changed_.notify_all();
 }
 

@@ -22,7 +22,7 @@ namespace orb {
 // Schedules work of the reading thread. An interface, so that tests of Channel need no epoll.
 //
 // Thread-safety: any thread. Called under the lock of a channel. Borrows the sockets.
-// Errors: attend() may throw std::bad_alloc.
+// Errors: none.
 class Watcher {
  public:
   using Id = std::uint64_t;
@@ -46,8 +46,8 @@ class Watcher {
 // one.
 //
 // Thread-safety: any thread; attend() by the reading thread only. Ownership: owns the stream,
-// borrows watcher, limits and budget. Errors of the socket appear as the end of the connection;
-// std::bad_alloc passes.
+// borrows watcher, limits and budget. Errors of the socket, and a lack of memory while a request is
+// received, appear as the end of the connection. refusedRequest() throws std::bad_alloc.
 class Channel {
  public:
   using Time = Assembler::Time;
@@ -95,10 +95,12 @@ class Channel {
   enum class State { kWaiting, kReady, kStarved };
 
   // Receives and assembles once. After kReady the caller notifies the serving side, then calls
-  // finishNotification(). After kStarved the receive budget is exhausted and the caller retries
+  // finishNotification(), or cancelNotification() when the notification has failed and attend() is
+  // to be called again. After kStarved the receive budget is exhausted and the caller retries
   // later.
   State attend(char* scratch, std::size_t scratchBytes, Time now);
   void finishNotification();
+  void cancelNotification();
 
   struct RefusedRequest {
     std::string operation;
@@ -119,6 +121,7 @@ class Channel {
   bool hasReceived() const REQUIRES(mutex_) { return !rest_.empty() || stream_->hasReceived(); }
   Assembler::Progress assemble(const char* bytes, std::size_t count, Time now) REQUIRES(mutex_);
   void receive(char* scratch, std::size_t scratchBytes, Time now, bool& starved) REQUIRES(mutex_);
+  void endNotification(bool isTaken);
 
   const Watcher::Id id_;
   const std::unique_ptr<Stream> stream_;

@@ -6,6 +6,7 @@
 
 #include <array>
 #include <cerrno>
+#include <new>
 #include <system_error>
 #include <utility>
 
@@ -47,7 +48,11 @@ void Channels::watch(Id id, int socket) {
 void Channels::attend(Id id) {
   {
     const MutexLock lock(mutex_);
-    toAttend_.push_back(id);
+    try {
+      toAttend_.push_back(id);
+    } catch (const std::bad_alloc&) {
+      attendAll_ = true;
+    }
   }
   wake();
 }
@@ -103,10 +108,10 @@ void Channels::listen(bool on) {
 }
 
 Channels::Events Channels::wait(int milliseconds) {
-  std::array<epoll_event, 64> reported{};
+  Events events;
+  std::array<epoll_event, std::tuple_size<decltype(events.readable)>::value> reported{};
   const int count =
       ::epoll_wait(epoll_, reported.data(), static_cast<int>(reported.size()), milliseconds);
-  Events events;
   for (int i = 0; i < count; ++i) {
     const Id id = reported[static_cast<std::size_t>(i)].data.u64;
     if (id == kListening) {
@@ -115,13 +120,27 @@ Channels::Events Channels::wait(int milliseconds) {
       std::uint64_t wakes = 0;
       static_cast<void>(!::read(wakeUp_, &wakes, sizeof wakes));
     } else {
-      events.toAttend.push_back(id);
+      events.readable[events.readableCount++] = id;
     }
   }
   const MutexLock lock(mutex_);
-  events.toAttend.insert(events.toAttend.end(), toAttend_.begin(), toAttend_.end());
-  toAttend_.clear();
+  if (attendAll_) {
+    addAll();
+  }
+  events.toAttend.swap(toAttend_);
   return events;
+}
+
+// Without memory, the next call of wait() tries again.
+void Channels::addAll() {
+  try {
+    for (const auto& [id, entry] : entries_) {
+      toAttend_.push_back(id);
+    }
+    attendAll_ = false;
+  } catch (const std::bad_alloc&) {
+    wake();
+  }
 }
 
 void Channels::control(int operation, int socket, unsigned events, Id id) const {

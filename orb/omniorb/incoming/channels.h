@@ -3,6 +3,7 @@
 #ifndef ORB_OMNIORB_INCOMING_CHANNELS_H
 #define ORB_OMNIORB_INCOMING_CHANNELS_H
 
+#include <array>
 #include <cstddef>
 #include <map>
 #include <memory>
@@ -23,7 +24,7 @@ namespace orb {
 //
 // Thread-safety: any thread; wait(), add() and listen() by the reading thread only.
 // Ownership: shares the channels with the threads that serve them; borrows the listening socket and
-// the connections. Errors: functions that store an entry or return a list throw std::bad_alloc.
+// the connections. Errors: add() and all() throw std::bad_alloc.
 class Channels final : public Watcher {
  public:
   struct Entry {
@@ -32,10 +33,12 @@ class Channels final : public Watcher {
     Channel::Time accepted;
   };
 
-  // The result of wait().
+  // The result of wait(). Filled without an allocation, because the system reports an event once.
   struct Events {
     bool incoming = false;  // a connection can be accepted
-    std::vector<Id> toAttend;
+    std::array<Id, 64> readable{};
+    std::size_t readableCount = 0;
+    std::vector<Id> toAttend;  // of attend()
   };
 
   // Counts its channels in the connections of `state`. Throws std::system_error.
@@ -68,6 +71,7 @@ class Channels final : public Watcher {
 
  private:
   void control(int operation, int socket, unsigned events, Id id) const;
+  void addAll() REQUIRES(mutex_);
 
   const std::shared_ptr<ServerState> state_;
   const int listeningSocket_;
@@ -78,6 +82,7 @@ class Channels final : public Watcher {
   mutable Mutex mutex_;
   std::map<Id, Entry> entries_ GUARDED_BY(mutex_);
   std::vector<Id> toAttend_ GUARDED_BY(mutex_);
+  bool attendAll_ GUARDED_BY(mutex_) = false;  // toAttend_ is incomplete for lack of memory
 };
 
 }  // namespace orb

@@ -129,10 +129,14 @@ int Listener::bindToPath() {
 
 omni::giopConnection* Listener::AcceptAndMonitor(omni::giopConnection::notifyReadable_t notify,
                                                  void* cookie) {
+  // No exception passes, because after an exception the ORB never serves the endpoint again.
   while (!poked_) {
     const Channels::Events events =
         channels_->wait(millisecondsToNextTimer(std::chrono::steady_clock::now()));
     const Time now = std::chrono::steady_clock::now();
+    for (std::size_t i = 0; i < events.readableCount; ++i) {
+      attend(events.readable[i], notify, cookie, now);
+    }
     for (const Watcher::Id id : events.toAttend) {
       attend(id, notify, cookie, now);
     }
@@ -140,10 +144,8 @@ omni::giopConnection* Listener::AcceptAndMonitor(omni::giopConnection::notifyRea
       attend(id, notify, cookie, now);
     }
     runTimers(now);
-    if (events.incoming) {
-      if (omni::giopConnection* const connection = accept(now)) {
-        return connection;
-      }
+    if (omni::giopConnection* const connection = events.incoming ? accept(now) : nullptr) {
+      return connection;
     }
   }
   return nullptr;
@@ -158,7 +160,16 @@ void Listener::Shutdown() {
   delete this;
 }
 
+// Without memory for a connection or for its log line, the connection is closed.
 omni::giopConnection* Listener::accept(Time now) {
+  try {
+    return acceptOne(now);
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
+}
+
+omni::giopConnection* Listener::acceptOne(Time now) {
   int socket = -1;
   switch (acceptor_->accept(socket)) {
     case Acceptor::Outcome::kAccepted:
@@ -215,20 +226,30 @@ void Listener::attend(Watcher::Id id, omni::giopConnection::notifyReadable_t not
   }
   const bool wasOpen = entry.channel->stream().isOpen();
   const Channel::State state = entry.channel->attend(scratch_.data(), scratch_.size(), now);
-  if (!wasOpen) {
-    logFailure(*entry.channel, now);
-  }
-  if (state == Channel::State::kReady) {
-    if (const auto refused = entry.channel->refusedRequest()) {
-      limitLog_.requestTooLarge(refused->operation, refused->bytes,
-                                entry.channel->stream().address(), now);
+  try {
+    if (!wasOpen) {
+      logFailure(*entry.channel, now);
     }
-    notify(cookie, entry.connection);
-    entry.channel->finishNotification();
-  } else if (state == Channel::State::kStarved) {
-    starved_.push_back(id);
+    if (state == Channel::State::kReady) {
+      logRefused(*entry.channel, now);
+      notify(cookie, entry.connection);
+      entry.channel->finishNotification();
+    } else if (state == Channel::State::kStarved) {
+      starved_.push_back(id);
+    }
+  } catch (const std::bad_alloc&) {
+    if (state == Channel::State::kReady) {
+      entry.channel->cancelNotification();
+    }
+    channels_->attend(id);
   }
   scheduleExpiry(expiryOf(entry));
+}
+
+void Listener::logRefused(const Channel& channel, Time now) {
+  if (const auto refused = channel.refusedRequest()) {
+    limitLog_.requestTooLarge(refused->operation, refused->bytes, channel.stream().address(), now);
+  }
 }
 
 void Listener::logFailure(const Channel& channel, Time now) {
@@ -282,10 +303,14 @@ void Listener::runTimers(Time now) {
     resumeAccept_.reset();
     channels_->listen(true);
   }
-  if (nextExpiry_ && *nextExpiry_ <= now) {
-    expire(now);
+  try {
+    if (nextExpiry_ && *nextExpiry_ <= now) {
+      expire(now);
+    }
+    limitLog_.endEpisodes(now);
+  } catch (const std::bad_alloc&) {
+    nextExpiry_ = now + kStarvedPause;
   }
-  limitLog_.endEpisodes(now);
 }
 
 int Listener::millisecondsToNextTimer(Time now) const {

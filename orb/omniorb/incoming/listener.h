@@ -61,11 +61,13 @@ class Listener final : public omni::giopEndpoint {
   int bindToHost();
   int bindToPath();
   omni::giopConnection* accept(Time now);
+  omni::giopConnection* acceptOne(Time now);
   omni::giopConnection* admit(Descriptor socket, Time now);
   std::unique_ptr<Stream> makeStream(Descriptor socket) const;
   void attend(Watcher::Id id, omni::giopConnection::notifyReadable_t notify, void* cookie,
               Time now);
   void logFailure(const Channel& channel, Time now);
+  void logRefused(const Channel& channel, Time now);
   void logExpiry(const Channel& channel, Time now);
   std::optional<Time> expiryOf(const Channels::Entry& entry) const;
   void scheduleExpiry(std::optional<Time> expiry);

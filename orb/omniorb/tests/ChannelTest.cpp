@@ -78,6 +78,17 @@ TEST_F(ChannelTest, ReportsEachOfTwoRequestsThatArriveTogether) {
   EXPECT_EQ(request_, read(10000));
 }
 
+TEST_F(ChannelTest, ReportsARequestAgainAfterACancelledNotification) {
+  send(request_);
+  channel_->setSelectable();
+  EXPECT_EQ(State::kReady, attend());
+  channel_->cancelNotification();
+  EXPECT_TRUE(channel_->isSelectable());
+  EXPECT_EQ(State::kReady, attend());
+  channel_->finishNotification();
+  EXPECT_EQ(request_, read(10000));
+}
+
 TEST_F(ChannelTest, ReceivesOnlyWhileSelectable) {
   send(request_);
   EXPECT_EQ(State::kWaiting, attend());
