@@ -6,7 +6,8 @@
 #include <utility>
 
 #include "agent/base/PrintableText.h"
-#include "agent/formats/JsonField.h"
+#include "agent/formats/JsonTarget.h"
+#include "agent/formats/JsonValueReader.h"
 #include "agent/formats/ParseError.h"
 
 namespace agent {
@@ -17,92 +18,63 @@ using Json = nlohmann::json;
 constexpr std::string_view kFormat = "topo-network/1";
 constexpr const char* kTopLevel = "top level";
 
-// Deeper than any field of the format, and small enough that recursion over a value cannot exhaust
-// the stack.
-constexpr std::size_t kMostNesting = 8;
-
-std::vector<std::pair<std::string, std::string>> attributesOf(const JsonField& list) {
-  std::vector<std::pair<std::string, std::string>> attributes;
-  for (std::size_t i = 0; i < list.size(); ++i) {
-    const JsonField pair = list.entry(i);
-    pair.isListOf(2);
-    attributes.emplace_back(pair.entry(0).text(), pair.entry(1).text());
-  }
-  return attributes;
-}
-
-// Reads a list of two numbers. A missing list changes nothing.
-void readPair(const JsonField& list, std::int32_t& first, std::int32_t& second) {
-  if (list.isListOf(2)) {
-    first = list.entry(0).int32();
-    second = list.entry(1).int32();
-  }
-}
-
-std::string nonEmptyText(const JsonField& field) {
-  std::string text = field.required().text();
-  if (text.empty()) {
-    field.fail("must not be empty");
-  }
-  return text;
-}
-
-void readTopoNode(const JsonField& field, Network& network) {
+JsonTargets addTopoNode(Network& network) {
   NS_DOMAIN::TopoNode_T& node = network.topoNodes.emplace_back();
-  node.nodeId = nonEmptyText(field.member("id"));
-  node.parentId = field.member("parent").text();
-  node.nativeName = field.member("name").text();
-  node.nodeType = field.member("type").uint32(NS_DOMAIN::kTopoSubnetwork);
-  node.parentType = field.member("parentType").uint32(NS_DOMAIN::kTopoSubnetwork);
-  readPair(field.member("params"), node.attribute3, node.attribute4);
-  node.extendedAttributes = attributesOf(field.member("attributes"));
+  node.nodeType = NS_DOMAIN::kTopoSubnetwork;
+  node.parentType = NS_DOMAIN::kTopoSubnetwork;
+  return {JsonNonEmptyText{&node.nodeId},
+          &node.parentId,
+          &node.nativeName,
+          &node.nodeType,
+          &node.parentType,
+          JsonNumberPair{&node.attribute3, &node.attribute4},
+          &node.extendedAttributes};
 }
 
-void readNetworkElement(const JsonField& field, Network& network) {
+JsonTargets addNetworkElement(Network& network) {
   NetworkElement& element = network.networkElements.emplace_back();
-  element.number = field.member("number").required().int32();
-  element.name = field.member("name").text();
-  element.shown = field.member("shown").flag();
+  return {&element.number, &element.name, &element.shown};
 }
 
-void readClockPosition(const JsonField& field, Network& network) {
+JsonTargets addClockPosition(Network& network) {
   NS_DOMAIN::ClockPositionInfo_T& position = network.clockPositions.emplace_back();
-  position.reference = field.member("reference").required().text();
-  position.label = field.member("label").text();
-  readPair(field.member("values"), position.value1, position.value2);
+  return {&position.reference, &position.label, JsonNumberPair{&position.value1, &position.value2}};
 }
 
-void readClockLink(const JsonField& field, Network& network) {
+JsonTargets addClockLink(Network& network) {
   NS_DOMAIN::ClockTopoLinkInfo_T& link = network.clockLinks.emplace_back();
-  link.linkId = field.member("id").required().text();
-  link.nativeName = field.member("name").text();
-  link.aEndReference = field.member("a").text();
-  link.zEndReference = field.member("z").text();
+  return {&link.linkId, &link.nativeName, &link.aEndReference, &link.zEndReference};
 }
 
-void readObjectLabel(const JsonField& field, Network& network) {
+JsonTargets addObjectLabel(Network& network) {
   ObjectLabel& label = network.objectLabels.emplace_back();
-  label.type = field.member("type").int32();
-  label.id = field.member("id").required().text();
-  label.label = field.member("label").text();
+  return {&label.type, &label.id, &label.label};
 }
 
-// A list of the format: the name, the fields of an entry, and the reader of an entry.
+// A list of the format: the name, the fields of an entry, and the function that adds an entry with
+// default values and returns the targets of the fields.
 struct ListRule {
   std::string name;
-  std::vector<std::string> fields;
-  void (*read)(const JsonField& entry, Network& network);
+  std::vector<JsonFieldRule> fields;
+  JsonTargets (*add)(Network& network);
 };
 
 const std::vector<ListRule>& listRules() {
+  constexpr bool kRequired = true;
   static const std::vector<ListRule> rules = {
       {"topoNodes",
-       {"id", "parent", "name", "type", "parentType", "params", "attributes"},
-       readTopoNode},
-      {"networkElements", {"number", "name", "shown"}, readNetworkElement},
-      {"clockPositions", {"reference", "label", "values"}, readClockPosition},
-      {"clockLinks", {"id", "name", "a", "z"}, readClockLink},
-      {"objectLabels", {"type", "id", "label"}, readObjectLabel},
+       {{"id", kRequired},
+        {"parent"},
+        {"name"},
+        {"type"},
+        {"parentType"},
+        {"params"},
+        {"attributes"}},
+       addTopoNode},
+      {"networkElements", {{"number", kRequired}, {"name"}, {"shown"}}, addNetworkElement},
+      {"clockPositions", {{"reference", kRequired}, {"label"}, {"values"}}, addClockPosition},
+      {"clockLinks", {{"id", kRequired}, {"name"}, {"a"}, {"z"}}, addClockLink},
+      {"objectLabels", {{"type"}, {"id", kRequired}, {"label"}}, addObjectLabel},
   };
   return rules;
 }
@@ -126,8 +98,7 @@ std::string reasonOf(const Json::exception& error) {
   return reason;
 }
 
-// Builds the network while the parser reports values. Only one entry of a list exists as a JSON
-// value at a time, so a large file needs little more memory than its network.
+// Fills the records of a network while the parser reports values.
 class NetworkEvents final : public nlohmann::json_sax<Json> {
  public:
   NetworkEvents(std::string_view text, const Cancellation& cancellation)
@@ -145,44 +116,47 @@ class NetworkEvents final : public nlohmann::json_sax<Json> {
   bool number_integer(number_integer_t value) override { return add(value); }
   bool number_unsigned(number_unsigned_t value) override { return add(value); }
   bool number_float(number_float_t value, const string_t&) override { return add(value); }
-  bool string(string_t& value) override { return add(value); }  // the parser reuses the memory
-  bool binary(binary_t& value) override { return add(std::move(value)); }
+  bool string(string_t& value) override { return add(std::string_view(value)); }
+  bool binary(binary_t&) override { return false; }  // not part of a text
 
   bool start_object(std::size_t) override {
     if (!inRoot_) {
       inRoot_ = true;
-      return true;
+    } else if (inList_ && !value_.isOpen()) {
+      value_.openRecord(list_->fields, list_->add(network_));
+    } else {
+      value_.open(JsonContainer::kObject);
     }
-    return open(Json::object());
-  }
-
-  bool key(string_t& name) override {
-    if (open_.empty()) {
-      requireNewTopField(name);
-      return true;
-    }
-    const auto [member, isNew] = open_.back()->emplace(name, nullptr);
-    if (!isNew) {
-      throw ParseError(place().path(), "has the field " + inQuotes(name) + " twice");
-    }
-    member_ = &*member;
     return true;
   }
 
-  bool end_object() override { return open_.empty() || close(); }
+  bool key(string_t& name) override {
+    if (value_.isOpen()) {
+      value_.key(name);
+    } else {
+      startTopField(name);
+    }
+    return true;
+  }
+
+  bool end_object() override { return !value_.isOpen() || close(); }
 
   bool start_array(std::size_t) override {
-    const bool isList = inRoot_ && open_.empty() && !inList_ && rule_ != nullptr;
-    if (!isList) {
-      return open(Json::array());
+    if (!inRoot_) {
+      failRoot(refusalOf(JsonRecord(), JsonContainer::kList));
+    }
+    if (value_.isOpen() || inList_ || list_ == nullptr) {
+      value_.open(JsonContainer::kList);
+      return true;
     }
     inList_ = true;
     index_ = 0;
+    value_.startEntry(topField_, index_);
     return true;
   }
 
   bool end_array() override {
-    if (!open_.empty()) {
+    if (value_.isOpen()) {
       return close();
     }
     inList_ = false;
@@ -195,91 +169,65 @@ class NetworkEvents final : public nlohmann::json_sax<Json> {
   }
 
  private:
-  void requireNewTopField(const std::string& name) {
+  [[noreturn]] static void failRoot(const std::string& reason) {
+    throw ParseError(kTopLevel, reason);
+  }
+
+  void startTopField(const std::string& name) {
     const auto& known = jsonNetworkFields().at("");
     if (std::find(known.begin(), known.end(), name) == known.end()) {
-      throw ParseError(kTopLevel, "has the unknown field " + inQuotes(name));
+      failRoot("has the unknown field " + inQuotes(name));
     }
     if (!topFieldsSeen_.insert(name).second) {
-      throw ParseError(kTopLevel, "has the field " + inQuotes(name) + " twice");
+      failRoot("has the field " + inQuotes(name) + " twice");
     }
     topField_ = name;
-    topPlace_ = JsonField(nullptr, topField_, &value_);
-    rule_ = ruleOf(topField_);
+    list_ = ruleOf(name);
+    value_.start(topField_, topTarget());
   }
 
-  // The place of the value that is being parsed: an entry of a list or a top-level field.
-  JsonField place() const { return inList_ ? JsonField(&topPlace_, index_, &value_) : topPlace_; }
-
-  bool add(Json value) {
-    put(std::move(value));
-    if (open_.empty()) {
-      deliver();
+  JsonTarget topTarget() {
+    if (list_ != nullptr) {
+      return JsonRecordList();
     }
-    return true;
+    return topField_ == "ems" ? &network_.ems : &format_;
   }
 
-  bool open(Json container) {
-    if (open_.size() == kMostNesting) {
-      place().fail("is nested too deeply");
+  bool add(const JsonScalar& value) {
+    if (!inRoot_) {
+      failRoot(assign(JsonRecord(), value));
     }
-    open_.push_back(put(std::move(container)));
+    value_.scalar(value);
+    if (!value_.isOpen()) {
+      finishValue();
+    }
     return true;
   }
 
   bool close() {
-    open_.pop_back();
-    if (open_.empty()) {
-      deliver();
+    value_.close();
+    if (!value_.isOpen()) {
+      finishValue();
     }
     return true;
   }
 
-  // Adds a value to the innermost open container. The returned pointer is valid until that
-  // container is closed, because only the innermost container grows.
-  Json* put(Json value) {
-    if (!inRoot_) {
-      JsonField(nullptr, kTopLevel, &value).requireFieldsAmong({});
-    }
-    if (open_.empty()) {
-      value_ = std::move(value);
-      return &value_;
-    }
-    Json& container = *open_.back();
-    if (container.is_object()) {
-      *member_ = std::move(value);
-      return member_;
-    }
-    container.push_back(std::move(value));
-    return &container.back();
-  }
-
-  void deliver() {
+  void finishValue() {
     cancellation_.throwIfRequested();
-    const JsonField field = place();
+    value_.check();
     if (inList_) {
-      field.requireFieldsAmong(rule_->fields);
-      rule_->read(field, network_);
-      ++index_;
+      value_.startEntry(topField_, ++index_);
     } else {
-      deliverTopField(field);
+      requireFormat();
     }
   }
 
-  void deliverTopField(const JsonField& field) {
-    if (topField_ == "ems") {
-      network_.ems = field.text();
-    } else if (topField_ == "format") {
-      requireFormat(field);
-    } else {
-      static_cast<void>(field.size());  // fails: lists are delivered by entries
+  void requireFormat() {
+    if (topField_ != "format") {
+      return;
     }
-  }
-
-  void requireFormat(const JsonField& field) {
-    const std::string format = field.text();
-    if (format != kFormat) {
-      field.fail("must be " + inQuotes(kFormat) + ", not " + inQuotes(format));
+    if (format_ != kFormat) {
+      value_.fail("must be " + inQuotes(kFormat) + ", not " + inQuotes(format_));
     }
     hasFormat_ = true;
   }
@@ -287,6 +235,7 @@ class NetworkEvents final : public nlohmann::json_sax<Json> {
   const std::string_view text_;
   const Cancellation& cancellation_;
   Network network_;
+  std::string format_;
   bool hasFormat_ = false;
 
   bool inRoot_ = false;
@@ -294,12 +243,8 @@ class NetworkEvents final : public nlohmann::json_sax<Json> {
   std::size_t index_ = 0;  // of the entry in that list
   std::string topField_;
   std::set<std::string> topFieldsSeen_;
-  JsonField topPlace_{nullptr, kTopLevel, nullptr};
-  const ListRule* rule_ = nullptr;  // of topField_; null for a field that is no list
-
-  Json value_;               // the value that is being parsed
-  std::vector<Json*> open_;  // open containers in value_, outermost first
-  Json* member_ = nullptr;   // the next value in the innermost object
+  const ListRule* list_ = nullptr;  // of topField_; null for a field that is no list
+  JsonValueReader value_;           // the entry or the field that is being parsed
 };
 
 }  // namespace
@@ -316,7 +261,9 @@ const std::map<std::string, std::vector<std::string>>& jsonNetworkFields() {
     all[""] = {"format", "ems"};
     for (const ListRule& rule : listRules()) {
       all[""].push_back(rule.name);
-      all[rule.name] = rule.fields;
+      for (const JsonFieldRule& field : rule.fields) {
+        all[rule.name].emplace_back(field.name);
+      }
     }
     return all;
   }();

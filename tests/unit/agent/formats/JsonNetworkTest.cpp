@@ -243,6 +243,28 @@ TEST(JsonNetwork, RejectsAListOfTheWrongLengthForAPair) {
             refusalOfNodes(R"({"id":"a","attributes":[["a",1]]})"));
 }
 
+TEST(JsonNetwork, ReportsTheFirstFailureOfAnEntryInTheOrderOfTheFormat) {
+  EXPECT_EQ("network.json: topoNodes[0].id: is missing",
+            refusalOfNodes(R"({"type":"x","parent":5})"));
+  EXPECT_EQ("network.json: topoNodes[0].parent: must be a text, not a number",
+            refusalOfNodes(R"({"type":"x","parent":5,"id":"a"})"));
+  EXPECT_EQ(R"(network.json: topoNodes[0]: has the unknown field "y")",
+            refusalOfNodes(R"({"id":5,"z":1,"y":1})"));
+  EXPECT_EQ(R"(network.json: topoNodes[0]: has the field "z" twice)",
+            refusalOfNodes(R"({"id":5,"y":1,"z":1,"z":1})"));
+  EXPECT_EQ("network.json: topoNodes[0].params: must have 2 entries, not 3",
+            refusalOfNodes(R"({"id":"a","params":["x",1.5,0]})"));
+  EXPECT_EQ("network.json: topoNodes[0].attributes[1][1]: must be a text, not a number",
+            refusalOfNodes(R"({"id":"a","attributes":[["a","b"],[[],5],["a"]]})"));
+}
+
+TEST(JsonNetwork, ReportsASyntaxErrorBeforeAWrongFieldOfTheSameEntry) {
+  EXPECT_EQ(
+      "network.json: 1:49: syntax error while parsing object key - unexpected '}'; expected string "
+      "literal",
+      refusalOfNodes(R"({"id":5,})"));
+}
+
 TEST(JsonNetwork, RejectsADuplicateNodeId) {
   EXPECT_EQ(R"(network.json: topoNodes[2].id: "a" is already that of topoNodes[0])",
             refusalOfNodes(R"({"id":"a"},{"id":"b"},{"id":"a"})"));

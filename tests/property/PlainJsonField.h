@@ -1,8 +1,7 @@
-// A value of a parsed JSON document together with its path, so that every check of a value exists
-// once and every failure names its place. Part of the network reader.
+// A value of a parsed JSON document together with its path. Part of the oracle PlainJsonNetwork.
 
-#ifndef AGENT_FORMATS_JSONFIELD_H
-#define AGENT_FORMATS_JSONFIELD_H
+#ifndef TESTS_PROPERTY_PLAINJSONFIELD_H
+#define TESTS_PROPERTY_PLAINJSONFIELD_H
 
 #include <cstddef>
 #include <cstdint>
@@ -11,12 +10,12 @@
 #include <string_view>
 #include <vector>
 
-namespace agent {
+namespace plain {
 
 // A value, or the place of a missing value. An accessor returns its fallback for a missing value.
 //
 // Thread-safety: any thread; immutable. Ownership: borrows parent, name and value, which outlive
-// the field. Errors: throws ParseError for a value of the wrong kind or range.
+// the field. Errors: throws agent::ParseError for a value of the wrong kind or range.
 class JsonField {
  public:
   JsonField(const JsonField* parent, std::string_view name, const nlohmann::json* value)
@@ -60,6 +59,6 @@ class JsonField {
   const nlohmann::json* value_;
 };
 
-}  // namespace agent
+}  // namespace plain
 
 #endif

@@ -1,4 +1,4 @@
-#include "agent/formats/JsonField.h"
+#include "tests/property/PlainJsonField.h"
 
 #include <algorithm>
 #include <limits>
@@ -6,7 +6,7 @@
 #include "agent/base/PrintableText.h"
 #include "agent/formats/ParseError.h"
 
-namespace agent {
+namespace plain {
 namespace {
 
 using Json = nlohmann::json;
@@ -51,7 +51,7 @@ std::string JsonField::path() const {
 }
 
 void JsonField::fail(const std::string& reason) const {
-  throw ParseError(path(), reason);
+  throw agent::ParseError(path(), reason);
 }
 
 void JsonField::failKind(const char* wanted) const {
@@ -75,7 +75,7 @@ void JsonField::requireFieldsAmong(const std::vector<std::string>& names) const 
   requireObject();
   for (const auto& [name, value] : value_->get_ref<const Json::object_t&>()) {
     if (std::find(names.begin(), names.end(), name) == names.end()) {
-      fail("has the unknown field " + inQuotes(name));
+      fail("has the unknown field " + agent::inQuotes(name));
     }
   }
 }
@@ -148,4 +148,4 @@ std::uint32_t JsonField::uint32(std::uint32_t fallback) const {
   return number(fallback);
 }
 
-}  // namespace agent
+}  // namespace plain
