@@ -8,8 +8,6 @@
 #include <tao/Codeset/Codeset.h>
 #include <tao/ORB_Core.h>
 #include <tao/PortableServer/Root_POA.h>
-#include <tao/Request_Dispatcher.h>
-#include <tao/TAO_Server_Request.h>
 #include <tao/default_client.h>
 #include <tao/default_server.h>
 
@@ -25,6 +23,7 @@
 #include "connections.h"
 #include "incoming.h"
 #include "messagelimit.h"
+#include "metering.h"
 #include "outgoingcalls.h"
 
 namespace orb {
@@ -162,45 +161,13 @@ class BareObject final : public WellKnownObject {
   const std::shared_ptr<KeyGate> gate_;
 };
 
-// Measures the requests from other processes. Thread-safety: any thread. Ownership: the ORB owns
-// the dispatcher. Errors: exceptions of the request pass.
-class MeteredDispatcher final : public TAO_Request_Dispatcher {
- public:
-  explicit MeteredDispatcher(RequestMeter meter) : meter_(std::move(meter)) {}
-
-  void dispatch(TAO_ORB_Core* core, TAO_ServerRequest& request,
-                CORBA::Object_out forward) override {
-    if (request.collocated() || !request.response_expected()) {
-      TAO_Request_Dispatcher::dispatch(core, request, forward);
-      return;
-    }
-    const auto start = std::chrono::steady_clock::now();
-    FinishedRequest finished;
-    finished.operation = request.operation();
-    try {
-      TAO_Request_Dispatcher::dispatch(core, request, forward);
-    } catch (const CORBA::Exception& failure) {
-      finished.exception = failure._name();
-      finished.isSystemException = dynamic_cast<const CORBA::SystemException*>(&failure) != nullptr;
-      finished.duration = std::chrono::steady_clock::now() - start;
-      meter_(finished);
-      throw;
-    }
-    finished.duration = std::chrono::steady_clock::now() - start;
-    meter_(finished);
-  }
-
- private:
-  const RequestMeter meter_;
-};
-
 class ListeningOrb final : public Server {
  public:
   ListeningOrb(const Options& options, const std::vector<Endpoint>& at, const LogFunction& log)
       : orb_(options, at, log), keys_(new BareKeys(orb_.core())) {
     orb_.core().adapter_registry().insert(keys_);
     if (options.requestMeter) {
-      orb_.core().request_dispatcher(new MeteredDispatcher(options.requestMeter));
+      orb_.core().request_dispatcher(makeMeteredDispatcher(options.requestMeter).release());
     }
     const CORBA::Object_var object = orb_.get()->resolve_initial_references("RootPOA");
     root_ = PortableServer::POA::_narrow(object.in());

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "orb/orb.h"
+#include "orb/traits.h"
 
 namespace {
 
@@ -26,6 +27,12 @@ using Hosts = std::vector<std::string>;
 TEST(Destinations, AreTheHostsOfAReference) {
   EXPECT_EQ(Hosts{"192.0.2.1"}, hostsOf("corbaloc:iiop:1.2@192.0.2.1:9/Key"));
   EXPECT_EQ(Hosts{"consumer.example"}, hostsOf("corbaloc:iiop:1.2@consumer.example:9/Key"));
+}
+
+TEST(Destinations, MayBeIpv6Addresses) {
+  if (!orb::kHasIpv6) {
+    GTEST_SKIP() << "the ORB has no IPv6";
+  }
   EXPECT_EQ(Hosts{"2001:db8::1"}, hostsOf("corbaloc:iiop:1.2@[2001:db8::1]:9/Key"));
 }
 

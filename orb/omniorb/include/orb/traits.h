@@ -15,6 +15,9 @@ constexpr bool kRefusesLargeAnswers = false;
 // Whether a server can listen on a Unix socket.
 constexpr bool kHasUnixSockets = true;
 
+// Whether references can contain IPv6 addresses.
+constexpr bool kHasIpv6 = true;
+
 }  // namespace orb
 
 #endif

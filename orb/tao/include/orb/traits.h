@@ -3,6 +3,8 @@
 #ifndef ORB_TRAITS_H
 #define ORB_TRAITS_H
 
+#include <ace/config-all.h>
+
 namespace orb {
 
 // Whether the size limit applies to the exact number of octets of a message. On this ORB:
@@ -20,6 +22,13 @@ constexpr bool kRefusesLargeAnswers = true;
 
 // Whether a server can listen on a Unix socket.
 constexpr bool kHasUnixSockets = false;
+
+// Whether references can contain IPv6 addresses; decided by the build of the ORB.
+#ifdef ACE_HAS_IPV6
+constexpr bool kHasIpv6 = true;
+#else
+constexpr bool kHasIpv6 = false;
+#endif
 
 }  // namespace orb
 
