@@ -152,12 +152,8 @@ class StoreFaults : public testing::TestWithParam<Fault> {
   FaultyFiles files_;
 };
 
-// A fault at every call would take minutes; ThreadSanitizer makes each call five times slower.
-#if defined(__SANITIZE_THREAD__)
-constexpr int kStrideOfManyCalls = 997;
-#else
+// A fault at every call would take minutes.
 constexpr int kStrideOfManyCalls = 97;
-#endif
 
 TEST_P(StoreFaults, LoseNoChangeAndAddNone) {
   forEveryCall(1, [this](int number) { return runWithFaultAt(number, someChanges()); });
