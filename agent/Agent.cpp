@@ -15,6 +15,9 @@
 #include "agent/OpenNetwork.h"
 #include "agent/OptionChecks.h"
 #include "agent/RoomOptions.h"
+#include "agent/access/AccessControl.h"
+#include "agent/access/AuditLog.h"
+#include "agent/access/PushTargets.h"
 #include "agent/base/Cancellation.h"
 #include "agent/base/Log.h"
 #include "agent/changes/AttributeService.h"
@@ -39,6 +42,7 @@
 #include "agent/process/MemoryBudget.h"
 #include "agent/store/NetworkStore.h"
 #include "idl/ObjectKeys.h"
+#include "orb/requestcheck.h"
 
 namespace agent {
 namespace {
@@ -82,6 +86,9 @@ class Agent::Parts final : private AgentControl {
  public:
   explicit Parts(const Options& options)
       : options_(options),
+        audit_(openAudit(options)),
+        access_(accessRules(options), accessSettings(options), std::chrono::steady_clock::now),
+        pushTargets_(pushRanges(options)),
         requestMetrics_(requestMetrics(options)),
         server_(startServer(options, requestMetrics_.get())),
         network_(openNetwork(options, store_, storeCheck_)),
@@ -104,7 +111,14 @@ class Agent::Parts final : private AgentControl {
         viewSizes_(model_, emsName_),
         northbound_(*server_, emsName_, options.testSwitch, iteratorLimits(options, memoryUse_()),
                     viewSetup(options)),
-        module_(kManager, options.module, writer_, events_, northbound_) {}
+        module_(kManager, options.module, writer_, events_, northbound_) {
+    if (audit_) {
+      setRequestRecorder([this](const RequestRecord& record) { audit_->record(record); });
+    }
+    orb::checkRequests(*server_, [this](const orb::ObjectKey& key, const orb::Request& request) {
+      access_.check(key, request);
+    });
+  }
 
   ~Parts() {
     health_.reset();
@@ -114,6 +128,8 @@ class Agent::Parts final : private AgentControl {
     module_.unload();
     session_.reset();
     notifier_.flush(kNotificationPatience);
+    orb::checkRequests(*server_, nullptr);
+    setRequestRecorder(nullptr);
   }
 
   Parts(const Parts&) = delete;
@@ -134,7 +150,10 @@ class Agent::Parts final : private AgentControl {
     }
     manager_ = northbound_.managers().reference(kManager);
     session_.emplace(*server_, object_key::kSession,
-                     new SessionServant(notifier_, tmfAccess(options.eventAccess)));
+                     new SessionServant(notifier_, tmfAccess(options.eventAccess),
+                                        [this](CORBA::Object_ptr consumer, const orb::Peer& peer) {
+                                          return pushTargets_.refusalOf(consumer, peer);
+                                        }));
     if (options.console) {
       console_.emplace(*server_, object_key::kConsole,
                        new ConsoleServant(nodes_, inventory_, attributes_, backups_, *this),
@@ -150,6 +169,23 @@ class Agent::Parts final : private AgentControl {
   std::string managerReference() { return referenceText(*server_, manager_.in()); }
 
   void checkAlive() { model_.topoNodeCount(); }
+
+  void reloadFiles() {
+    if (audit_) {
+      audit_->reopen();
+    }
+    try {
+      access_.replaceRules(accessRules(options_));
+      log(kLogEvents, "follows the access file as it is now");
+    } catch (const UsageError& failure) {
+      log(kLogErrors, std::string("the access rules stay as they were: ") + failure.what());
+    }
+    try {
+      server_->reloadTls();
+    } catch (const orb::TlsError& failure) {
+      log(kLogErrors, std::string("the certificates stay as they were: ") + failure.what());
+    }
+  }
 
   std::string summary() {
     return "endpoint " + orb::format(server_->endpoint()) + ", store " + options_.store + ", " +
@@ -224,6 +260,10 @@ class Agent::Parts final : private AgentControl {
 
   const Options options_;
   const std::chrono::steady_clock::time_point started_ = std::chrono::steady_clock::now();
+  // Used by the server's requests.
+  const std::unique_ptr<AuditLog> audit_;  // null without --audit
+  AccessControl access_;
+  const PushTargets pushTargets_;
   const std::unique_ptr<RequestMetrics> requestMetrics_;
   std::unique_ptr<orb::Server> server_;
   std::unique_ptr<NetworkStore> store_;
@@ -295,6 +335,14 @@ std::string Agent::managerReference() {
 
 void Agent::checkAlive() {
   parts_->checkAlive();
+}
+
+void Agent::reloadFiles() noexcept {
+  try {
+    parts_->reloadFiles();
+  } catch (const std::exception&) {
+    // Memory is short: the former rules stay in use.
+  }
 }
 
 void Agent::reloadModule() {

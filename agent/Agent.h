@@ -13,8 +13,8 @@ namespace agent {
 
 // The running agent. A process has at most one.
 //
-// Thread-safety: one thread; reloadModule and checkAlive from any thread. Ownership: owns all parts
-// of the agent. Errors: start and reloadModule throw.
+// Thread-safety: one thread; reloadModule, checkAlive and reloadFiles from any thread. Ownership:
+// owns all parts of the agent. Errors: start and reloadModule throw.
 class Agent {
  public:
   explicit Agent(Options options);
@@ -46,6 +46,10 @@ class Agent {
   // Returns when the network can be read. A deadlock of the agent blocks the call. Throws
   // std::bad_alloc. REQUIRES: started.
   void checkAlive();
+
+  // Reads the access file and the certificates again, and reopens the audit log. After a failure,
+  // the former ones stay in use; the log has the reason. Throws nothing. REQUIRES: started.
+  void reloadFiles() noexcept;
 
   // Unloads and loads the module. Clients get TRANSIENT during the reload, and iterators end.
   // Throws ModuleError. REQUIRES: started.

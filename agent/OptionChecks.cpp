@@ -4,12 +4,14 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <filesystem>
 #include <memory>
 #include <string>
 #include <system_error>
 
 #include "agent/bundle/ModuleLoader.h"
+#include "agent/process/ReadFile.h"
 #include "orb/orb.h"
 #include "orb/resolve.h"
 
@@ -45,6 +47,20 @@ void checkNetwork(const Options& options) {
   }
   if (!std::filesystem::is_regular_file(options.network)) {
     throw UsageError(prefix + "is not a regular file");
+  }
+}
+
+// Creates no file.
+void checkAudit(const Options& options) {
+  if (options.audit.empty() || options.audit == "journal") {
+    return;
+  }
+  const std::filesystem::path file = options.audit;
+  const std::filesystem::path folder = file.has_parent_path() ? file.parent_path() : ".";
+  const bool exists = access(file.c_str(), F_OK) == 0;
+  if (access((exists ? file : folder).c_str(), W_OK) != 0) {
+    throw UsageError(placeOf(options, "audit") + "audit log " + file.string() + ": " +
+                     std::generic_category().message(errno));
   }
 }
 
@@ -97,10 +113,33 @@ void checkTls(const Options& options) {
   }
 }
 
+AccessRules accessRules(const Options& options) {
+  try {
+    return options.access.empty() ? AccessRules() : AccessRules::read(options.access);
+  } catch (const AccessFileError& failure) {
+    throw UsageError(placeOf(options, "access") + failure.what());
+  }
+}
+
+std::unique_ptr<AuditLog> openAudit(const Options& options) {
+  if (options.audit.empty()) {
+    return nullptr;
+  }
+  try {
+    return std::make_unique<AuditLog>(
+        options.audit == "journal" ? auditJournal() : auditFile(options.audit),
+        [] { return std::chrono::system_clock::now(); });
+  } catch (const FileError& failure) {
+    throw UsageError(placeOf(options, "audit") + "audit log " + failure.what());
+  }
+}
+
 void checkOptions(const Options& options) {
   checkTls(options);
   const std::unique_ptr<orb::Orb> client = orb::startClient({});
   checkReferences(client->get(), options);
+  accessRules(options);
+  checkAudit(options);
   checkNetwork(options);
   checkModule(options);
 }

@@ -3,7 +3,11 @@
 #ifndef AGENT_OPTIONCHECKS_H
 #define AGENT_OPTIONCHECKS_H
 
+#include <memory>
+
 #include "agent/Options.h"
+#include "agent/access/AccessRules.h"
+#include "agent/access/AuditLog.h"
 #include "orb/corba.h"
 
 namespace agent {
@@ -12,9 +16,15 @@ namespace agent {
 // error of an option of the configuration file begins with the file and the line, here and below.
 void checkReferences(CORBA::ORB_ptr orb, const Options& options);
 
-// For --check-config: checks the references, that the module can be loaded, and that the network
-// file is readable. Starts and ends an ORB for that. Throws UsageError. REQUIRES: the process has
-// no ORB.
+// Reads the file of --access; the default rules without the option. Throws UsageError.
+AccessRules accessRules(const Options& options);
+
+// Opens the record of --audit; null without the option. Throws UsageError.
+std::unique_ptr<AuditLog> openAudit(const Options& options);
+
+// For --check-config: checks the references, the access file, that the module can be loaded, and
+// that the network file is readable. Starts and ends an ORB for that. Throws UsageError. REQUIRES:
+// the process has no ORB.
 void checkOptions(const Options& options);
 
 // Checks the options of TLS and reads their files. Throws UsageError. Thread-safety: any thread.

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "agent/ConfigFile.h"
+#include "agent/access/AddressRange.h"
 
 namespace agent {
 namespace {
@@ -63,10 +64,41 @@ std::string checkSeconds(const std::string& text) {
              : "'" + text + "' is not a number of seconds";
 }
 
+std::string checkRange(const std::string& text) {
+  try {
+    AddressRange::parse(text);
+    return "";
+  } catch (const std::invalid_argument& problem) {
+    return problem.what();
+  }
+}
+
+// Options of the rights of clients.
+void declareAccess(CLI::App& app, Options& options) {
+  app.add_option(
+         "--access", options.access,
+         "the clients and their roles; read again on SIGHUP (default: the loopback and Unix "
+         "sockets have all roles, a verified certificate may read)")
+      ->type_name("FILE");
+  app.add_option("--audit", options.audit,
+                 "record changes and refusals, one JSON object a line, in this file (reopened on "
+                 "SIGHUP) or in the journal of systemd")
+      ->type_name("FILE|journal");
+  app.add_option("--push-to", options.pushTo,
+                 "also push notifications to consumers at these addresses (default: only to the "
+                 "address of the subscribing client); may be repeated")
+      ->type_name("RANGE")
+      ->delimiter(',')
+      ->allow_extra_args(false)
+      ->check(checkRange);
+  app.add_flag("--read-only", options.readOnly, "refuse every change");
+}
+
 constexpr const char* kDefaultEndpoint = "127.0.0.1:2810";
 
-// The values of --endpoint and --publish.
+// The values of --endpoint, --console-endpoint and --publish.
 struct EndpointTexts {
+  std::string console;                 // empty: none
   std::vector<std::string> endpoints;  // empty: the default
   std::string publish;                 // empty: none
 };
@@ -99,6 +131,11 @@ void declareService(CLI::App& app, Options& options) {
 
 // Options of the addresses.
 void declareEndpoints(CLI::App& app, EndpointTexts& texts) {
+  app.add_option("--console-endpoint", texts.console,
+                 "a further address to listen on, which alone serves the console and the session "
+                 "(default: every endpoint serves them)")
+      ->type_name("HOST:PORT|unix:PATH")
+      ->check(checkEndpoint);
   app.add_option("--endpoint", texts.endpoints,
                  "address to listen on, may be given more than once; port 0 selects a free port; "
                  "with --tls-cert a HOST:PORT means tls:")
@@ -249,6 +286,7 @@ class CommandLine {
     declareService(app_, options_);
     declareEndpoints(app_, endpoints_);
     declareTls(app_, options_, tlsClients_);
+    declareAccess(app_, options_);
     declareEvents(app_, options_, eventAccess_);
     declareReceivers(app_, options_);
     declareMetrics(app_, metrics_);
@@ -312,6 +350,10 @@ class CommandLine {
     for (const std::string& text : endpoints_.endpoints) {
       result.endpoints.push_back(*orb::endpointFrom(text, bare));
     }
+    if (!endpoints_.console.empty()) {
+      result.consoleEndpoint = result.endpoints.size();
+      result.endpoints.push_back(*orb::endpointFrom(endpoints_.console, bare));
+    }
     if (!endpoints_.publish.empty()) {
       result.publish = orb::endpointFrom(endpoints_.publish);
     }
@@ -360,7 +402,7 @@ ConfigArguments configArguments(const CommandLine& commandLine) {
     return result;
   }
   const std::vector<std::string> known = commandLine.configNames();
-  for (const ConfigLine& line : readConfigFile(commandLine.config(), {"endpoint"})) {
+  for (const ConfigLine& line : readConfigFile(commandLine.config(), {"endpoint", "push-to"})) {
     const std::string place = commandLine.config() + ":" + std::to_string(line.number) + ": ";
     try {
       std::string argument = toArgument(line, known);

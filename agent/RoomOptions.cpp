@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstddef>
+#include <iterator>
 #include <string>
 
 #include "agent/base/Log.h"
@@ -39,6 +40,20 @@ orb::Options orbOptions(const Options& options) {
   // Consumers are named by the addresses in their references, which no certificate contains.
   result.tls.checkServerName = false;
   return result;
+}
+
+AccessSettings accessSettings(const Options& options) {
+  AccessSettings result;
+  result.readOnly = options.readOnly;
+  result.consoleEndpoint = options.consoleEndpoint;
+  return result;
+}
+
+std::vector<AddressRange> pushRanges(const Options& options) {
+  std::vector<AddressRange> ranges;
+  std::transform(options.pushTo.begin(), options.pushTo.end(), std::back_inserter(ranges),
+                 AddressRange::parse);
+  return ranges;
 }
 
 NotifierOptions notifierOptions(const Options& options) {

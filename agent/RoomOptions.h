@@ -3,7 +3,10 @@
 #ifndef AGENT_ROOMOPTIONS_H
 #define AGENT_ROOMOPTIONS_H
 
+#include <vector>
+
 #include "agent/Options.h"
+#include "agent/access/AccessControl.h"
 #include "agent/northbound/IteratorRegistry.h"
 #include "agent/northbound/ViewAdmission.h"
 #include "agent/notifications/Notifier.h"
@@ -14,6 +17,11 @@ namespace agent {
 
 // Lowers the number of connections to the limit of open files, and logs a lowered number.
 orb::Options orbOptions(const Options& options);
+
+AccessSettings accessSettings(const Options& options);
+
+// REQUIRES: the texts are ranges, as parseOptions() checks.
+std::vector<AddressRange> pushRanges(const Options& options);
 
 NotifierOptions notifierOptions(const Options& options);
 

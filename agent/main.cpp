@@ -63,7 +63,9 @@ void serveUntilStopped(const agent::Options& options) {
     announce(line);
     agent::ServiceManager manager;
     manager.ready(line, [&agent] { agent.checkAlive(); });
+    signals.onHangup([&agent] { agent.reloadFiles(); });
     signals.wait();
+    signals.onHangup(nullptr);
     manager.stopping();
     agent.stop();
   }

@@ -47,7 +47,7 @@ ALLOWED = {
                    "agent/notifications", "agent/base", "host_defaults", "include/platform", "orb"},
     "agent/console": {"agent/changes", "agent/formats", "agent/base",
                       "include/platform", "orb"},
-    "agent": {"agent/console", "agent/host", "agent/bundle", "agent/northbound",
+    "agent": {"agent/access", "agent/console", "agent/host", "agent/bundle", "agent/northbound",
               "agent/notifications", "agent/events", "agent/changes", "agent/model", "agent/store",
               "agent/store/sqlite", "agent/formats", "agent/metrics", "agent/network", "agent/base",
               "agent/process",

@@ -5,11 +5,14 @@
 #define AGENT_CONSOLE_CONSOLEOPERATION_H
 
 #include <exception>
+#include <string>
+#include <utility>
 
 #include "agent/base/FailureCodes.h"
 #include "agent/base/Log.h"
 #include "agent/base/OperationResult.h"
 #include "agent/base/RequestLog.h"
+#include "idl/ObjectKeys.h"
 #include "orb/orb.h"
 #include "platform/agent/Failures.h"
 
@@ -52,12 +55,23 @@ void perform(const char* operation, Work work,
   throwFailure(operation, outcomeOf(work), recipients);
 }
 
-// Runs an operation that changes the network or the agent, and logs the change. subject() returns
-// the name of the changed object.
+// Records a change of the console, or its failure.
+inline void recordChange(const char* operation, std::string target, const Outcome& outcome) {
+  using Recorded = RequestRecord::Outcome;
+  recordRequest({orb::currentPeer(), object_key::kConsole, operation, std::move(target),
+                 outcome.ok() ? Recorded::kDone : Recorded::kFailed, outcome.reason});
+}
+
+// Runs an operation that changes the network or the agent, and logs and records the change.
+// subject() returns the name of the changed object.
 template <typename Subject, typename Work>
 void performChange(const char* operation, Subject subject, Work work,
                    ReasonRecipients recipients = ReasonRecipients::kLogOnly) {
-  perform(operation, work, recipients);
+  const Outcome outcome = outcomeOf(work);
+  if (isRecorded()) {
+    recordChange(operation, subject(), outcome);
+  }
+  throwFailure(operation, outcome, recipients);
   if (isLogged(kLogEvents)) {
     logChange(orb::format(orb::currentPeer()), operation, subject());
   }

@@ -8,6 +8,7 @@
 #include "agent/base/Log.h"
 #include "agent/base/RequestLog.h"
 #include "agent/network/ManagedObjects.h"
+#include "idl/ObjectKeys.h"
 #include "orb/orb.h"
 
 namespace agent {
@@ -55,10 +56,36 @@ void logged(const char* operation, const Run& run) {
   }
 }
 
-// Runs a request that changes an object, and logs the change or the refusal.
+void recordChange(const char* operation, const globaldefs::NVSList_T& objectName,
+                  const char* failure) {
+  if (isRecorded()) {
+    using Outcome = RequestRecord::Outcome;
+    recordRequest({orb::currentPeer(), object_key::kManager, operation, formatName(objectName),
+                   failure == nullptr ? Outcome::kDone : Outcome::kFailed,
+                   failure == nullptr ? "" : failure});
+  }
+}
+
+// Runs a request that changes an object, and records the change or its failure.
+template <typename Run>
+void recordedChange(const char* operation, const globaldefs::NVSList_T& objectName,
+                    const Run& run) {
+  try {
+    run();
+  } catch (const globaldefs::ProcessingFailureException& refusal) {
+    recordChange(operation, objectName, refusal.errorReason.in());
+    throw;
+  } catch (const CORBA::SystemException& failure) {
+    recordChange(operation, objectName, orb::describe(failure).c_str());
+    throw;
+  }
+  recordChange(operation, objectName, nullptr);
+}
+
+// Runs a request that changes an object, and logs and records the change or the refusal.
 template <typename Run>
 void loggedChange(const char* operation, const globaldefs::NVSList_T& objectName, const Run& run) {
-  logged(operation, run);
+  logged(operation, [&] { recordedChange(operation, objectName, run); });
   if (isLogged(kLogEvents)) {
     logChange(orb::format(orb::currentPeer()), operation, formatName(objectName));
   }

@@ -2,19 +2,25 @@
 
 #include <exception>
 #include <new>
+#include <utility>
 
+#include "agent/base/RequestLog.h"
+#include "idl/ObjectKeys.h"
+#include "idl/PermissionMinors.h"
 #include "platform/agent/Failures.h"
 
 namespace agent {
 
-SessionServant::SessionServant(Notifier& notifier, TopoAgent::EventAccess_T eventAccess)
-    : notifier_(notifier), eventAccess_(eventAccess) {}
+SessionServant::SessionServant(Notifier& notifier, TopoAgent::EventAccess_T eventAccess,
+                               ConsumerCheck check)
+    : notifier_(notifier), eventAccess_(eventAccess), check_(std::move(check)) {}
 
 TopoAgent::Subscription_I_ptr SessionServant::subscribe(
     CosNotifyComm::StructuredPushConsumer_ptr consumer, const char* lastNotificationId) {
   const std::string peer = orb::format(orb::currentPeer());
   Outcome refusal;
   try {
+    checkConsumer(consumer);
     auto subscription = notifier_.subscribe(consumer, lastNotificationId, peer);
     if (subscription.ok()) {
       return subscription.value()._retn();
@@ -33,6 +39,23 @@ TopoAgent::Subscription_I_ptr SessionServant::subscribe(
   logRefusal(peer, refusal.reason);
   NS_CORBA::ThrowException(refusal.code, refusal.reason);
   return TopoAgent::Subscription_I::_nil();  // not reached: a refusal is never kSuccess
+}
+
+// Throws NO_PERMISSION.
+void SessionServant::checkConsumer(CORBA::Object_ptr consumer) {
+  if (!check_ || CORBA::is_nil(consumer)) {
+    return;
+  }
+  const orb::Peer client = orb::currentPeer();
+  const std::string reason = check_(consumer, client);
+  if (reason.empty()) {
+    return;
+  }
+  recordRequest(
+      {client, object_key::kSession, "subscribe", "", RequestRecord::Outcome::kRefused, reason});
+  agent::logRefusal(orb::format(client), "subscribe", reason);
+  throw CORBA::NO_PERMISSION(static_cast<CORBA::ULong>(permission_minor::kPushAddress),
+                             CORBA::COMPLETED_NO);
 }
 
 void SessionServant::logRefusal(const std::string& peer, const std::string& reason) {

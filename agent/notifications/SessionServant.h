@@ -4,6 +4,7 @@
 #define AGENT_NOTIFICATIONS_SESSIONSERVANT_H
 
 #include <chrono>
+#include <functional>
 #include <string>
 
 #include "agent/base/RefusalLog.h"
@@ -12,16 +13,25 @@
 
 namespace agent {
 
-// Forwards subscriptions to the notifier, and logs refused subscriptions at a limited rate.
+// Forwards subscriptions to the notifier, and logs and records refused subscriptions; the log at a
+// limited rate.
 //
 // Thread-safety: any thread.
 // Ownership: borrows the notifier, which outlives every request to the servant.
-// Errors: ProcessingFailureException for a refusal, NO_MEMORY and INTERNAL for other failures;
+// Errors: NO_PERMISSION for a consumer to which the agent does not push, ProcessingFailureException
+// for another refusal, NO_MEMORY and INTERNAL for other failures;
 // CORBA system exceptions of the notifier pass.
 class SessionServant final : public POA_TopoAgent::Session_I {
  public:
-  // eventAccess: the answer of getEventAccess().
-  SessionServant(Notifier& notifier, TopoAgent::EventAccess_T eventAccess);
+  // Returns the reason why the agent does not push to the consumer of a client; "" if it does.
+  // Called on the threads of requests; may block. REQUIRES: the consumer is not nil.
+  using ConsumerCheck =
+      std::function<std::string(CORBA::Object_ptr consumer, const orb::Peer& client)>;
+
+  // eventAccess: the answer of getEventAccess(). Without a check, the agent pushes to every
+  // consumer.
+  SessionServant(Notifier& notifier, TopoAgent::EventAccess_T eventAccess,
+                 ConsumerCheck check = nullptr);
 
   TopoAgent::Subscription_I_ptr subscribe(CosNotifyComm::StructuredPushConsumer_ptr consumer,
                                           const char* lastNotificationId) override;
@@ -29,10 +39,12 @@ class SessionServant final : public POA_TopoAgent::Session_I {
   TopoAgent::EventAccess_T getEventAccess() override { return eventAccess_; }
 
  private:
+  void checkConsumer(CORBA::Object_ptr consumer);
   void logRefusal(const std::string& peer, const std::string& why);
 
   Notifier& notifier_;
   const TopoAgent::EventAccess_T eventAccess_;
+  const ConsumerCheck check_;
   RefusalLog refusals_{std::chrono::steady_clock::now, 20, std::chrono::seconds(10), kLogTraces};
 };
 

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "client/agent/Connection.h"
+#include "idl/PermissionMinors.h"
 #include "orb/idl/globaldefs.h"
 #include "orb/orb.h"
 
@@ -78,7 +79,26 @@ std::string whyUnreachable(const CORBA::SystemException& failure, const AgentAcc
   return "cannot be reached: " + orb::describe(failure);
 }
 
+// The reason of a NO_PERMISSION, by its minor code.
+std::string reasonOf(const CORBA::NO_PERMISSION& refused) {
+  switch (refused.minor()) {
+    case permission_minor::kNoRole:
+      return "this client does not have the role of the operation (--access of the agent)";
+    case permission_minor::kReadOnly:
+      return "the agent is read-only (--read-only of the agent)";
+    case permission_minor::kOtherEndpoint:
+      return "the console and the session have another endpoint (--console-endpoint of the agent)";
+    case permission_minor::kPushAddress:
+      return "the agent does not push to the address of this consumer (--push-to of the agent)";
+    default:
+      return "no permission";
+  }
+}
+
 Failure callFailure(const CORBA::SystemException& failure, const AgentAccess& access) {
+  if (const auto* const refused = CORBA::NO_PERMISSION::_downcast(&failure)) {
+    return Failure(ExitCode::kRefused, "the agent refused: " + reasonOf(*refused));
+  }
   if (orb::isMessageTooLarge(failure)) {
     return messageTooLarge(access);
   }

@@ -100,7 +100,8 @@ TEST_F(TlsPrograms, RefuseAnAgentAtAnotherAddress) {
 }
 
 TEST_F(TlsPrograms, PushOverTls) {
-  const RunningAgent agent(serving(server_));
+  const std::string access = directory_.write("access", "certificate read operate\n");
+  const RunningAgent agent(joined(serving(server_), {"--access", access}));
   const std::vector<std::string> at = {"--agent", "tls:" + agent.endpoint(), "--format", "json"};
   const std::vector<std::string> tls = tlsArguments(authority_, client_);
   support::Process watch(ownPrograms().client, joined(joined(at, tls), {"watch", "--count", "1"}));

@@ -110,6 +110,37 @@ TEST(AgentOptions, RejectBadEventAccessAndQueues) {
   EXPECT_THAT(refusal({"--queue", "x"}), HasSubstr("--queue"));
 }
 
+TEST(AgentOptions, SetTheRightsOfClients) {
+  EXPECT_TRUE(parse({})->access.empty());
+  EXPECT_FALSE(parse({})->readOnly);
+  const auto options = parse({"--access", "access.rules", "--read-only", "--audit", "journal"});
+  ASSERT_TRUE(options);
+  EXPECT_EQ("access.rules", options->access);
+  EXPECT_TRUE(options->readOnly);
+  EXPECT_EQ("journal", options->audit);
+}
+
+TEST(AgentOptions, TakeSeveralRangesOfConsumers) {
+  EXPECT_TRUE(parse({})->pushTo.empty());
+  const std::vector<std::string> expected = {"10.1.0.0/16", "2001:db8::1", "192.0.2.1"};
+  EXPECT_EQ(expected,
+            parse({"--push-to", "10.1.0.0/16,2001:db8::1", "--push-to", "192.0.2.1"})->pushTo);
+  EXPECT_THAT(refusal({"--push-to", "10.1.0.0/16", "--push-to", "10.1.0.1/16"}),
+              HasSubstr("--push-to: '10.1.0.1/16' has address bits after its prefix"));
+}
+
+TEST(AgentOptions, MayGiveTheConsoleAnEndpointOfItsOwn) {
+  EXPECT_FALSE(parse({})->consoleEndpoint);
+  const auto options = parse({"--endpoint", "10.1.2.3:99", "--console-endpoint", "127.0.0.1:98"});
+  ASSERT_TRUE(options);
+  ASSERT_EQ(2U, options->endpoints.size());
+  EXPECT_EQ(99, options->endpoints[0].port);
+  EXPECT_EQ(98, options->endpoints[1].port);
+  EXPECT_EQ(1U, options->consoleEndpoint);
+  EXPECT_EQ(1U, parse({"--console-endpoint", "127.0.0.1:98"})->consoleEndpoint);
+  EXPECT_THAT(refusal({"--console-endpoint", "98"}), HasSubstr("--console-endpoint"));
+}
+
 TEST(AgentOptions, OfFilesAreTakenFromTheCommandLine) {
   const auto options = parse({"--network", "net.json", "--store", ":memory:", "--create",
                               "--skip-store-check", "--ior-file", "a.ior", "--module", "m.so"});
@@ -294,7 +325,8 @@ TEST(AgentOptions, AnswerHelpOnStandardOutput) {
         "--iterator-timeout", "--max-iterators",    "--iterator-memory", "--max-views",
         "--view-memory",      "--memory",           "--publish",         "--metrics",
         "--tls-cert",         "--tls-key",          "--tls-ca",          "--tls-crl",
-        "--tls-clients"}) {
+        "--tls-clients",      "--access",           "--read-only",       "--audit",
+        "--push-to",          "--console-endpoint"}) {
     EXPECT_THAT(printed, HasSubstr(option));
   }
 }

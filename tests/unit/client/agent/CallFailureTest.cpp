@@ -9,6 +9,7 @@
 
 #include "client/App.h"
 #include "client/agent/Connection.h"
+#include "idl/PermissionMinors.h"
 #include "tests/support/FakeNaming.h"
 #include "tests/unit/client/support/WithAgent.h"
 
@@ -52,6 +53,25 @@ TEST_F(CallFailures, NameTheExceptionTypeAndTheReason) {
 TEST_F(CallFailures, NameTheExceptionTypeWithoutAReason) {
   EXPECT_EQ(refusal(globaldefs::EXCPT_ACCESS_DENIED, ""),
             exitWith(3, "topoctl: the agent refused: EXCPT_ACCESS_DENIED\n"));
+}
+
+TEST_F(CallFailures, NameTheReasonForWhichAClientHasNoPermission) {
+  const std::pair<unsigned long, std::string> reasons[] = {
+      {permission_minor::kNoRole,
+       "this client does not have the role of the operation (--access of the agent)"},
+      {permission_minor::kReadOnly, "the agent is read-only (--read-only of the agent)"},
+      {permission_minor::kOtherEndpoint,
+       "the console and the session have another endpoint (--console-endpoint of the agent)"},
+      {permission_minor::kPushAddress,
+       "the agent does not push to the address of this consumer (--push-to of the agent)"},
+      {0, "no permission"}};
+  for (const auto& [minor, reason] : reasons) {
+    script.onView = [code = static_cast<CORBA::ULong>(minor)] {
+      throw CORBA::NO_PERMISSION(code, CORBA::COMPLETED_NO);
+    };
+    EXPECT_EQ(failureOf(options("topo")),
+              exitWith(3, "topoctl: the agent refused: " + reason + "\n"));
+  }
 }
 
 TEST_F(CallFailures, EscapeControlCharactersInTheReason) {
