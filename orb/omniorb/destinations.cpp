@@ -1,13 +1,11 @@
-#include "orb/destinations.h"
+#include "destinations.h"
 
 #include <omniORB4/omniIOR.h>
 
 #include "../addresses.h"
 
 namespace orb {
-namespace {
 
-// address: in the ORB's notation, "giop:TRANSPORT:ADDRESS".
 Destination destinationIn(const std::string& address) {
   const auto after = [&address](const std::string& prefix) {
     return address.compare(0, prefix.size(), prefix) == 0 ? address.substr(prefix.size()) : "";
@@ -22,14 +20,17 @@ Destination destinationIn(const std::string& address) {
   return {isUnix ? Destination::Kind::kUnix : Destination::Kind::kOther, address};
 }
 
-}  // namespace
+std::vector<Destination> destinationsIn(const omniIOR& ior) {
+  std::vector<Destination> result;
+  for (const omni::giopAddress* const address : ior.getIORInfo()->addresses()) {
+    result.push_back(destinationIn(address->address()));
+  }
+  return result;
+}
 
 std::vector<Destination> destinationsOf(CORBA::Object_ptr reference) {
   omniIOR* const ior = reference->_PR_getobj()->_getIOR();
-  std::vector<Destination> result;
-  for (const omni::giopAddress* const address : ior->getIORInfo()->addresses()) {
-    result.push_back(destinationIn(address->address()));
-  }
+  std::vector<Destination> result = destinationsIn(*ior);
   ior->release();
   return result;
 }

@@ -9,6 +9,7 @@
 #include "../listening.h"
 #include "../loglimiter.h"
 #include "../tls.h"
+#include "checkedcalls.h"
 #include "drain.h"
 #include "incoming/serverstate.h"
 #include "log.h"
@@ -76,6 +77,7 @@ class ListeningOrb final : public Server {
   ListeningOrb(const Options& options, std::shared_ptr<ServerState> state)
       : state_(std::move(state)), orb_(options, state_) {
     interceptRequests(options.requestMeter);
+    interceptCalls();
     const CORBA::Object_var object = orb_.get()->resolve_initial_references("RootPOA");
     root_ = PortableServer::POA::_narrow(object);
   }

@@ -13,6 +13,7 @@
 #include <iterator>
 #include <unordered_map>
 
+#include "checkedcalls.h"
 #include "messagelimit.h"
 #include "orb/orb.h"
 #include "sync/SharedMutex.h"
@@ -102,7 +103,13 @@ class CallObserver final : public PortableInterceptor::ClientRequestInterceptor,
     }
   }
 
-  void receive_other(PortableInterceptor::ClientRequestInfo_ptr) override {}
+  // A call that is forwarded, or repeated on a new connection, begins again after this function.
+  void receive_other(PortableInterceptor::ClientRequestInfo_ptr call) override {
+    if (call->reply_status() == PortableInterceptor::LOCATION_FORWARD) {
+      const CORBA::Object_var target = call->forward_reference();
+      checkForward(target.in());
+    }
+  }
 
   void receive_exception(PortableInterceptor::ClientRequestInfo_ptr call) override {
     if (lastCall().streamBroken) {

@@ -1,0 +1,30 @@
+#include "orb/checkedcalls.h"
+
+#include "checkedcalls.h"
+
+namespace orb {
+namespace {
+
+thread_local const DestinationCheck* threadCheck = nullptr;
+
+}  // namespace
+
+void checkForward(CORBA::Object_ptr target) {
+  if (threadCheck == nullptr || CORBA::is_nil(target)) {
+    return;
+  }
+  for (const Destination& destination : destinationsOf(target)) {
+    (*threadCheck)(destination);
+  }
+}
+
+CheckedCalls::CheckedCalls(CORBA::Object_ptr /*reference*/,
+                           const DestinationCheck& check) noexcept {
+  threadCheck = &check;
+}
+
+CheckedCalls::~CheckedCalls() {
+  threadCheck = nullptr;
+}
+
+}  // namespace orb
