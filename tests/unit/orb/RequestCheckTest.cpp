@@ -6,6 +6,7 @@
 #include <future>
 #include <utility>
 
+#include "tests/unit/orb/Answers.h"
 #include "tests/unit/orb/RawClient.h"
 #include "tests/unit/orb/Servants.h"
 
@@ -94,6 +95,20 @@ TEST_F(RequestChecks, CoverTheObjectsOfPoasAndUnknownObjects) {
   orb::checkRequests(*server_, refuse);
   EXPECT_TRUE(isRefused(answerOf(key)));
   EXPECT_TRUE(isRefused(answerOf("NoSuchKey")));
+}
+
+// A LocateRequest has no operation.
+TEST_F(RequestChecks, AreNotCalledForLocateRequests) {
+  orb::checkRequests(*server_, refuse);
+  const RawClient client(server_->endpoint());
+  const std::string request =
+      orb_tests::Message(0, orb_tests::kLocateRequest, false).number(1).octets("Key").bytes();
+  ASSERT_TRUE(client.send(request));
+  const std::string answer = client.receive();
+  ASSERT_GT(answer.size(), 12U);
+  EXPECT_EQ(static_cast<char>(orb_tests::kLocateReply), answer[7]);
+  EXPECT_FALSE(isRefused(answer));
+  EXPECT_FALSE(called_);
 }
 
 TEST_F(RequestChecks, EndWithTheirRemoval) {
