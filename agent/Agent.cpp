@@ -151,8 +151,9 @@ class Agent::Parts final : private AgentControl {
     manager_ = northbound_.managers().reference(kManager);
     session_.emplace(*server_, object_key::kSession,
                      new SessionServant(notifier_, tmfAccess(options.eventAccess),
-                                        [this](CORBA::Object_ptr consumer, const orb::Peer& peer) {
-                                          return pushTargets_.refusalOf(consumer, peer);
+                                        [this](const std::vector<orb::Destination>& destinations,
+                                               const orb::Peer& client) {
+                                          return pushTargets_.refusalOf(destinations, client);
                                         }));
     if (options.console) {
       console_.emplace(*server_, object_key::kConsole,

@@ -32,10 +32,6 @@ bool isOfThisHost(const IpAddress& address) {
 
 }  // namespace
 
-std::string PushTargets::refusalOf(CORBA::Object_ptr consumer, const orb::Peer& client) const {
-  return refusalOf(orb::destinationsOf(consumer), client);
-}
-
 std::string PushTargets::refusalOf(const std::vector<orb::Destination>& destinations,
                                    const orb::Peer& client) const {
   if (destinations.empty()) {

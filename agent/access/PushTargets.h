@@ -25,11 +25,8 @@ class PushTargets {
  public:
   explicit PushTargets(std::vector<AddressRange> ranges) : ranges_(std::move(ranges)) {}
 
-  // Returns the reason why the agent does not push to the consumer; "" if it does. Looks host names
-  // up, and blocks meanwhile. REQUIRES: not nil.
-  std::string refusalOf(CORBA::Object_ptr consumer, const orb::Peer& client) const;
-
-  // As above, for the addresses of a reference.
+  // Returns the reason why the agent does not push to a consumer at these addresses; "" if it does.
+  // Looks host names up, and blocks meanwhile.
   std::string refusalOf(const std::vector<orb::Destination>& destinations,
                         const orb::Peer& client) const;
 

@@ -173,14 +173,14 @@ Receiver::Settings Notifier::receiverSettings() const {
   return settings;
 }
 
-std::shared_ptr<Receiver> Notifier::makeReceiver(CosNotifyComm::StructuredPushConsumer_ptr consumer,
-                                                 std::uint64_t number) {
+std::shared_ptr<Receiver> Notifier::makeReceiver(std::unique_ptr<NotificationSink> sink,
+                                                 std::string name, std::uint64_t number) {
   Receiver::Settings settings = receiverSettings();
-  settings.name = nameOf(consumer);
+  settings.name = std::move(name);
   // A subscriber logs at level 1 only.
   settings.log = [this](int, const std::string& text) { subscriberLog_.refused(text); };
-  return std::make_shared<Receiver>(std::make_unique<ConsumerSink>(consumer, options_.pushTimeout),
-                                    std::move(settings), [this, number] { end(number, true); });
+  return std::make_shared<Receiver>(std::move(sink), std::move(settings),
+                                    [this, number] { end(number, true); });
 }
 
 std::uint64_t Notifier::nextNumber() {
@@ -190,7 +190,7 @@ std::uint64_t Notifier::nextNumber() {
 
 Result<TopoAgent::Subscription_I_var> Notifier::subscribe(
     CosNotifyComm::StructuredPushConsumer_ptr consumer, const std::string& lastNotificationId,
-    const std::string& peer) {
+    const std::string& peer, orb::DestinationCheck destinations) {
   Outcome outcome = checkReference(consumer);
   if (!outcome.ok()) {
     return outcome;
@@ -198,7 +198,10 @@ Result<TopoAgent::Subscription_I_var> Notifier::subscribe(
   destroyEnded();
   const std::uint64_t number = nextNumber();
   const std::shared_ptr<const PortableServer::ObjectId> object(randomObjectId());
-  const Subscription subscription{makeReceiver(consumer, number), object, peer};
+  auto sink =
+      std::make_unique<ConsumerSink>(consumer, options_.pushTimeout, std::move(destinations));
+  const Subscription subscription{makeReceiver(std::move(sink), nameOf(consumer), number), object,
+                                  peer};
   outcome = admit(number, subscription, lastNotificationId);
   if (!outcome.ok()) {
     return outcome;

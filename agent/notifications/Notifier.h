@@ -17,6 +17,7 @@
 #include "agent/base/RefusalLog.h"
 #include "agent/notifications/IdSequence.h"
 #include "agent/notifications/Receiver.h"
+#include "orb/checkedcalls.h"
 #include "orb/idl/TopoAgent.h"
 #include "orb/idl/globaldefs.h"
 #include "orb/idl/notifications.h"
@@ -120,10 +121,11 @@ class Notifier {
   // Implements TopoAgent::Session_I::subscribe; returns a new reference. A consumer that subscribes
   // twice gets every event twice. An event may arrive before this returns. The receiver's thread
   // checks that the consumer exists before its first push. peer: the client's address, for the
-  // limits per peer. Fails with kInvalidInput and kTooMuch; throws CORBA system exceptions.
+  // limits per peer. destinations: see ConsumerSink; called on the receiver's thread. Fails with
+  // kInvalidInput and kTooMuch; throws CORBA system exceptions.
   Result<TopoAgent::Subscription_I_var> subscribe(
       CosNotifyComm::StructuredPushConsumer_ptr consumer, const std::string& lastNotificationId,
-      const std::string& peer);
+      const std::string& peer, orb::DestinationCheck destinations = nullptr);
 
   // Returns false when there is no such subscription.
   bool unsubscribe(std::uint64_t subscription);
@@ -152,7 +154,7 @@ class Notifier {
   void reportGapLocked(const Gap& gap) REQUIRES(mutex_);
   void forEachLocked(const std::function<void(Receiver&)>& visit) REQUIRES(mutex_);
   Receiver::Settings receiverSettings() const;
-  std::shared_ptr<Receiver> makeReceiver(CosNotifyComm::StructuredPushConsumer_ptr consumer,
+  std::shared_ptr<Receiver> makeReceiver(std::unique_ptr<NotificationSink> sink, std::string name,
                                          std::uint64_t number);
   std::uint64_t nextNumber();
   Outcome checkReference(CORBA::Object_ptr consumer);

@@ -10,6 +10,23 @@
 #include "platform/agent/Failures.h"
 
 namespace agent {
+namespace {
+
+// Throws NO_PERMISSION.
+void checkDestinations(const SessionServant::ConsumerCheck& check,
+                       const std::vector<orb::Destination>& destinations, const orb::Peer& client) {
+  const std::string reason = check(destinations, client);
+  if (reason.empty()) {
+    return;
+  }
+  recordRequest(
+      {client, object_key::kSession, "subscribe", "", RequestRecord::Outcome::kRefused, reason});
+  logRefusal(orb::format(client), "subscribe", reason);
+  throw CORBA::NO_PERMISSION(static_cast<CORBA::ULong>(permission_minor::kPushAddress),
+                             CORBA::COMPLETED_NO);
+}
+
+}  // namespace
 
 SessionServant::SessionServant(Notifier& notifier, TopoAgent::EventAccess_T eventAccess,
                                ConsumerCheck check)
@@ -20,8 +37,8 @@ TopoAgent::Subscription_I_ptr SessionServant::subscribe(
   const std::string peer = orb::format(orb::currentPeer());
   Outcome refusal;
   try {
-    checkConsumer(consumer);
-    auto subscription = notifier_.subscribe(consumer, lastNotificationId, peer);
+    auto subscription =
+        notifier_.subscribe(consumer, lastNotificationId, peer, checkConsumer(consumer));
     if (subscription.ok()) {
       return subscription.value()._retn();
     }
@@ -41,21 +58,16 @@ TopoAgent::Subscription_I_ptr SessionServant::subscribe(
   return TopoAgent::Subscription_I::_nil();  // not reached: a refusal is never kSuccess
 }
 
-// Throws NO_PERMISSION.
-void SessionServant::checkConsumer(CORBA::Object_ptr consumer) {
+// Returns the check of later calls. Throws NO_PERMISSION.
+orb::DestinationCheck SessionServant::checkConsumer(CORBA::Object_ptr consumer) {
   if (!check_ || CORBA::is_nil(consumer)) {
-    return;
+    return nullptr;
   }
   const orb::Peer client = orb::currentPeer();
-  const std::string reason = check_(consumer, client);
-  if (reason.empty()) {
-    return;
-  }
-  recordRequest(
-      {client, object_key::kSession, "subscribe", "", RequestRecord::Outcome::kRefused, reason});
-  agent::logRefusal(orb::format(client), "subscribe", reason);
-  throw CORBA::NO_PERMISSION(static_cast<CORBA::ULong>(permission_minor::kPushAddress),
-                             CORBA::COMPLETED_NO);
+  checkDestinations(check_, orb::destinationsOf(consumer), client);
+  return [check = check_, client](const orb::Destination& destination) {
+    checkDestinations(check, {destination}, client);
+  };
 }
 
 void SessionServant::logRefusal(const std::string& peer, const std::string& reason) {

@@ -6,6 +6,7 @@
 #include <chrono>
 #include <functional>
 #include <string>
+#include <vector>
 
 #include "agent/base/RefusalLog.h"
 #include "agent/notifications/Notifier.h"
@@ -23,13 +24,14 @@ namespace agent {
 // CORBA system exceptions of the notifier pass.
 class SessionServant final : public POA_TopoAgent::Session_I {
  public:
-  // Returns the reason why the agent does not push to the consumer of a client; "" if it does.
-  // Called on the threads of requests; may block. REQUIRES: the consumer is not nil.
-  using ConsumerCheck =
-      std::function<std::string(CORBA::Object_ptr consumer, const orb::Peer& client)>;
+  // Returns the reason why the agent does not push to a consumer of a client at these addresses;
+  // "" if it does. Called on the threads of requests and of receivers; may block.
+  using ConsumerCheck = std::function<std::string(const std::vector<orb::Destination>& destinations,
+                                                  const orb::Peer& client)>;
 
-  // eventAccess: the answer of getEventAccess(). Without a check, the agent pushes to every
-  // consumer.
+  // eventAccess: the answer of getEventAccess(). The check runs for the addresses of a consumer's
+  // reference, for those to which the consumer forwards calls, and for those of new connections.
+  // Without a check, the agent pushes to every consumer.
   SessionServant(Notifier& notifier, TopoAgent::EventAccess_T eventAccess,
                  ConsumerCheck check = nullptr);
 
@@ -39,7 +41,7 @@ class SessionServant final : public POA_TopoAgent::Session_I {
   TopoAgent::EventAccess_T getEventAccess() override { return eventAccess_; }
 
  private:
-  void checkConsumer(CORBA::Object_ptr consumer);
+  orb::DestinationCheck checkConsumer(CORBA::Object_ptr consumer);
   void logRefusal(const std::string& peer, const std::string& why);
 
   Notifier& notifier_;

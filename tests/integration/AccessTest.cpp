@@ -5,7 +5,9 @@
 
 #include <sys/resource.h>
 
+#include <chrono>
 #include <csignal>
+#include <future>
 #include <sstream>
 
 #include "agent/access/Operations.h"
@@ -13,7 +15,9 @@
 #include "idl/PermissionMinors.h"
 #include "orb/idl/TopoAgent.h"
 #include "tests/integration/Programs.h"
+#include "tests/unit/orb/Answers.h"
 #include "tests/unit/orb/RawClient.h"
+#include "tests/unit/orb/RawPeer.h"
 
 namespace integration {
 namespace {
@@ -169,6 +173,40 @@ TEST_F(Access, FollowsTheFileAfterSighup) {
   EXPECT_EQ(0, runUntil(0, agent, {"status"}).status);
 }
 
+// Sends a request many times. Returns false when a request has no answer.
+bool sendRequests(const orb::Endpoint& endpoint, const char* key, const char* operation) {
+  const orb_tests::RawClient client(endpoint);
+  for (int i = 0; i < 300; ++i) {
+    if (!client.send(orb_tests::requestTo(key, operation).bytes()) || !client.answer()) {
+      return false;
+    }
+  }
+  return true;
+}
+
+TEST_F(Access, FollowsTheFileWhileRequestsRun) {
+  RunningAgent agent({"--access", rules("loopback read\n")});
+  std::vector<std::future<bool>> clients;
+  for (const auto& [key, operation] :
+       {std::pair(object_key::kConsole, "getStatus"), std::pair(object_key::kConsole, "_is_a"),
+        std::pair(object_key::kSession, "getEventAccess"),
+        std::pair(object_key::kManager, "getCapabilities")}) {
+    clients.push_back(
+        std::async(std::launch::async, sendRequests, endpointOf(agent), key, operation));
+  }
+  for (int i = 0; i < 50; ++i) {
+    rules(i % 2 == 0 ? "loopback read operate\n" : "loopback read\n");
+    agent.process().send(SIGHUP);
+  }
+  for (std::future<bool>& client : clients) {
+    EXPECT_TRUE(client.get());
+  }
+  rules("loopback read operate\n");
+  agent.process().send(SIGHUP);
+  EXPECT_EQ(0, runUntil(0, agent, {"status"}).status);
+  EXPECT_EQ(0, agent.stop(SIGTERM).status);
+}
+
 TEST_F(Access, StaysAsItWasAfterSighupWithAMalformedFile) {
   const std::string file = rules("loopback read operate\n");
   RunningAgent agent({"--access", file});
@@ -197,23 +235,56 @@ TEST_F(Access, FileIsCheckedAtTheStart) {
             runAgent({"--config", config, "--check-config"}).err);
 }
 
+// A client that subscribes consumers. A process has at most one.
+class SubscribingClient {
+ public:
+  explicit SubscribingClient(const RunningAgent& agent) {
+    const CORBA::Object_var manager = orb()->string_to_object(agent.reference().c_str());
+    const CORBA::Object_var object = orb::objectBeside(orb(), manager.in(), object_key::kSession);
+    session_ = TopoAgent::Session_I::_narrow(object.in());
+  }
+
+  CORBA::ORB_ptr orb() const { return client_->get(); }
+
+  TopoAgent::Subscription_I_var subscribe(const std::string& consumer) const {
+    const CORBA::Object_var object = orb()->string_to_object(consumer.c_str());
+    const CosNotifyComm::StructuredPushConsumer_var reference =
+        CosNotifyComm::StructuredPushConsumer::_unchecked_narrow(object.in());
+    return session_->subscribe(reference.in(), "");
+  }
+
+ private:
+  const std::unique_ptr<orb::Orb> client_ = orb::startClient({});
+  TopoAgent::Session_I_var session_;
+};
+
+const std::string kOtherHost = "corbaloc:iiop:1.2@192.0.2.1:9/Consumer";
+const std::string kOtherHostRefused =
+    "the consumer is at \"192.0.2.1\", which is neither the address of its client nor in a "
+    "range of --push-to";
+
 // Subscribes a consumer at an address. Returns the minor code of NO_PERMISSION, 0 for a success.
 CORBA::ULong refusalToPush(const RunningAgent& agent, const std::string& address) {
-  const auto client = orb::startClient({});
-  const CORBA::Object_var manager = client->get()->string_to_object(agent.reference().c_str());
-  const CORBA::Object_var object =
-      orb::objectBeside(client->get(), manager.in(), object_key::kSession);
-  const TopoAgent::Session_I_var session = TopoAgent::Session_I::_narrow(object.in());
-  const CORBA::Object_var at =
-      client->get()->string_to_object(("corbaloc:iiop:1.2@" + address + ":9/Consumer").c_str());
-  const auto consumer = CosNotifyComm::StructuredPushConsumer::_unchecked_narrow(at.in());
-  const CosNotifyComm::StructuredPushConsumer_var owner = consumer;
+  const SubscribingClient client(agent);
   try {
-    const TopoAgent::Subscription_I_var subscription = session->subscribe(consumer, "");
+    client.subscribe("corbaloc:iiop:1.2@" + address + ":9/Consumer");
     return 0;
   } catch (const CORBA::NO_PERMISSION& refused) {
     return refused.minor();
   }
+}
+
+// Waits until the agent has ended the subscription. Returns false at the timeout.
+bool isEnded(const TopoAgent::Subscription_I_var& subscription) {
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+  while (std::chrono::steady_clock::now() < deadline) {
+    try {
+      subscription->ping();
+    } catch (const CORBA::OBJECT_NOT_EXIST&) {
+      return true;
+    }
+  }
+  return false;
 }
 
 TEST_F(Access, ToPushIsLimitedToTheAddressOfTheClient) {
@@ -225,10 +296,24 @@ TEST_F(Access, ToPushIsLimitedToTheAddressOfTheClient) {
   const json line = json::parse(support::readFile(audit));
   EXPECT_EQ("subscribe", line["operation"]);
   EXPECT_EQ("refused", line["outcome"]);
-  EXPECT_EQ(
-      "the consumer is at \"192.0.2.1\", which is neither the address of its client nor in a "
-      "range of --push-to",
-      line["reason"]);
+  EXPECT_EQ(kOtherHostRefused, line["reason"]);
+}
+
+TEST_F(Access, ToPushDoesNotFollowAConsumerToAnotherAddress) {
+  const std::string audit = directory_.file("audit");
+  RunningAgent agent({"--audit", audit});
+  {
+    const SubscribingClient client(agent);
+    const orb_tests::RawPeer consumer([&client](const std::string& request) {
+      return orb_tests::forwardTo(client.orb(), kOtherHost, request);
+    });
+    EXPECT_TRUE(isEnded(client.subscribe(consumer.corbaloc())));
+  }
+  agent.stop(SIGTERM);
+  const json line = json::parse(support::readFile(audit));
+  EXPECT_EQ("subscribe", line["operation"]);
+  EXPECT_EQ("refused", line["outcome"]);
+  EXPECT_EQ(kOtherHostRefused, line["reason"]);
 }
 
 TEST_F(Access, ToPushIsWidenedByARange) {
