@@ -227,7 +227,8 @@ class Agent::Parts final : private AgentControl {
 
   TopoAgent::Status_T status() override {
     return agentStatus({options_, emsName_, std::chrono::steady_clock::now() - started_, module_,
-                        model_, viewSizes_, events_, northbound_, notifier_});
+                        model_, viewSizes_, events_, northbound_, notifier_,
+                        audit_ ? audit_->status() : AuditStatus()});
   }
 
   std::string metricsPage() {

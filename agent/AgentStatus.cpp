@@ -54,6 +54,8 @@ TopoAgent::Status_T agentStatus(const StatusSources& sources) {
   status.notifications = notifier.notifications;
   status.subscribersDropped = notifier.subscribersDropped;
   status.receivers = notifier.receivers;
+  status.auditLost = sources.audit.lost;
+  status.auditFailure = sources.audit.failure.c_str();
   return status;
 }
 

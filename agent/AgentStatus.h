@@ -8,6 +8,7 @@
 
 #include "agent/ModuleControl.h"
 #include "agent/Options.h"
+#include "agent/access/AuditLog.h"
 #include "agent/events/EventManager.h"
 #include "agent/host/EventAccess.h"
 #include "agent/model/NetworkModel.h"
@@ -29,6 +30,7 @@ struct StatusSources {
   const EventManager& events;
   Northbound& northbound;
   Notifier& notifier;
+  AuditStatus audit;
 };
 
 // The access to events in the form that session and console report. Thread-safety: any thread.

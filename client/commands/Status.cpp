@@ -79,6 +79,8 @@ const RecordFields<Status_T>& statusFields() {
       {"eventsDropped", number<&Status::eventsDropped>},
       {"notifications", number<&Status::notifications>},
       {"subscribersDropped", number<&Status::subscribersDropped>},
+      {"auditLost", number<&Status::auditLost>},
+      {"auditFailure", text<&Status::auditFailure>},
   };
   return fields;
 }

@@ -7,6 +7,7 @@
 
 #include <chrono>
 #include <csignal>
+#include <filesystem>
 #include <future>
 #include <sstream>
 
@@ -377,12 +378,22 @@ TEST_F(Audit, RecordsSettersOfTheManager) {
 }
 
 TEST_F(Audit, LogsAFailureAndGoesOn) {
-  const std::string audit = directory_.file("audit");
+  // Only the audit log has the size of the limit.
+  const rlim_t size = rlim_t{1} << 20;
+  const std::string audit = directory_.write("audit", "");
+  std::filesystem::resize_file(audit, size);
   RunningAgent agent({"--audit", audit});
-  const rlimit none{0, 0};
-  ASSERT_EQ(0, ::prlimit(agent.process().pid(), RLIMIT_FSIZE, &none, nullptr));
+  const rlimit limit{size, size};
+  ASSERT_EQ(0, ::prlimit(agent.process().pid(), RLIMIT_FSIZE, &limit, nullptr));
+  EXPECT_EQ("", records(agent, {"status"})["auditFailure"]);
   EXPECT_EQ(0, run(agent, {"test-switch", "on"}).status);
   EXPECT_EQ(0, run(agent, {"test-switch", "off"}).status);
+  json status = records(agent, {"status"});
+  for (int i = 0; i < 100 && status["auditLost"] != 2; ++i) {
+    status = records(agent, {"status"});
+  }
+  EXPECT_EQ(2, status["auditLost"]);
+  EXPECT_EQ("File too large", status["auditFailure"]);
   const std::string log = agent.stop(SIGTERM).err;
   const std::string line = "the audit log cannot be written: File too large";
   EXPECT_NE(std::string::npos, log.find(line)) << log;

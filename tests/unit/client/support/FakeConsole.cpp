@@ -49,6 +49,8 @@ TopoAgent::Status_T makeStatus() {
   status.eventsDropped = 18446744073709551615ULL;
   status.notifications = 7;
   status.subscribersDropped = 8;
+  status.auditLost = 9;
+  status.auditFailure = "No space left on device";
   status.receivers.length(2);
   status.receivers[0].receiver = "127.0.0.1:4711";
   status.receivers[0].isChannel = false;
