@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "agent/process/ReadFile.h"
+#include "tests/support/PrivateJournal.h"
 #include "tests/support/TemporaryDirectory.h"
 #include "tests/unit/agent/support/CapturedLog.h"
 
@@ -367,6 +368,36 @@ TEST(AuditFile, ReturnsTheReasonOfAFailedWrite) {
   ::setrlimit(RLIMIT_FSIZE, former.get());
   std::signal(SIGXFSZ, handler);
   EXPECT_EQ("", sink.write("two"));
+}
+
+TEST(AuditJournal, HasAnEntryForAChange) {
+  support::runWithoutJournal([] {
+    const support::JournalSocket journal;
+    AuditLog log(auditJournal(), std::chrono::system_clock::now);
+    log.record({{Peer::Transport::kTls, "10.1.2.3", "CN=noc", 0},
+                "TopoAgentConsole",
+                "deleteNode",
+                "\"core\"",
+                Outcome::kDone,
+                ""});
+    const std::string entry = journal.next();
+    EXPECT_THAT(entry, testing::StartsWith("MESSAGE={\"time\":"));
+    EXPECT_THAT(entry, HasSubstr("\"operation\":\"deleteNode\""));
+    EXPECT_EQ("", log.status().failure);
+    log.reopen();
+  });
+}
+
+TEST(AuditJournal, ThatDoesNotRunCountsAsAFailure) {
+  support::runWithoutJournal([] {
+    support::CapturedLog captured(kLogErrors);
+    {
+      AuditLog log(auditJournal(), std::chrono::system_clock::now);
+      log.record({{}, "TopoAgentConsole", "deleteNode", "", Outcome::kDone, ""});
+    }
+    EXPECT_THAT(captured.text(),
+                HasSubstr("the audit log cannot be written: the journal does not run"));
+  });
 }
 
 }  // namespace
