@@ -35,6 +35,9 @@ const char* const kNoRole =
     "topoctl: the agent refused: this client does not have the role of the operation (--access of "
     "the agent)\n";
 
+// A command that needs the role operate.
+const std::vector<std::string> kOperate = {"test-switch", "off"};
+
 class Access : public testing::Test {
  protected:
   std::string rules(const std::string& text) const { return directory_.write("access", text); }
@@ -129,9 +132,10 @@ TEST_F(Access, OfAReaderExcludesChangesAndTheConsole) {
   const Ended label = run(agent, {"set", "user-label", "ManagedElement=1", "x"});
   EXPECT_EQ(3, label.status);
   EXPECT_EQ(kNoRole, label.err);
-  const Ended status = run(agent, {"status"});
-  EXPECT_EQ(3, status.status);
-  EXPECT_EQ(kNoRole, status.err);
+  const Ended testSwitch = run(agent, kOperate);
+  EXPECT_EQ(3, testSwitch.status);
+  EXPECT_EQ(kNoRole, testSwitch.err);
+  EXPECT_THAT(run(agent, {"status"}).out, HasSubstr("the console refuses this client"));
 }
 
 TEST_F(Access, ToAReadOnlyAgentExcludesEveryChange) {
@@ -159,19 +163,21 @@ TEST_F(Access, ToConsoleAndSessionMayHaveAnEndpointOfItsOwn) {
   const std::string line =
       "topoctl: the agent refused: the console and the session have another endpoint "
       "(--console-endpoint of the agent)\n";
-  EXPECT_EQ(line, runTopoctl(
-                      {"--agent", orb::corbaloc(endpointOf(agent), object_key::kManager), "status"})
-                      .err);
-  EXPECT_EQ(0, runTopoctl({"--agent", orb::corbaloc(own, object_key::kManager), "status"}).status);
+  const auto operateAt = [](const orb::Endpoint& endpoint) {
+    return runTopoctl(
+        {"--agent", orb::corbaloc(endpoint, object_key::kManager), "test-switch", "off"});
+  };
+  EXPECT_EQ(line, operateAt(endpointOf(agent)).err);
+  EXPECT_EQ(0, operateAt(own).status);
 }
 
 TEST_F(Access, FollowsTheFileAfterSighup) {
   const std::string file = rules("loopback read\n");
   RunningAgent agent({"--access", file});
-  EXPECT_EQ(3, run(agent, {"status"}).status);
+  EXPECT_EQ(3, run(agent, kOperate).status);
   rules("loopback read operate\n");
   agent.process().send(SIGHUP);
-  EXPECT_EQ(0, runUntil(0, agent, {"status"}).status);
+  EXPECT_EQ(0, runUntil(0, agent, kOperate).status);
 }
 
 // Sends a request many times. Returns false when a request has no answer.
@@ -204,7 +210,7 @@ TEST_F(Access, FollowsTheFileWhileRequestsRun) {
   }
   rules("loopback read operate\n");
   agent.process().send(SIGHUP);
-  EXPECT_EQ(0, runUntil(0, agent, {"status"}).status);
+  EXPECT_EQ(0, runUntil(0, agent, kOperate).status);
   EXPECT_EQ(0, agent.stop(SIGTERM).status);
 }
 
@@ -213,7 +219,7 @@ TEST_F(Access, StaysAsItWasAfterSighupWithAMalformedFile) {
   RunningAgent agent({"--access", file});
   rules("loopback all\n");
   agent.process().send(SIGHUP);
-  EXPECT_EQ(0, run(agent, {"status"}).status);
+  EXPECT_EQ(0, run(agent, kOperate).status);
   const Ended ended = agent.stop(SIGTERM);
   EXPECT_EQ(0, ended.status);
   EXPECT_THAT(ended.err, HasSubstr("the access rules stay as they were: " + file +
