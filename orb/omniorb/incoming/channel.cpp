@@ -54,6 +54,11 @@ void Channel::setSelectable() {
   }
 }
 
+bool Channel::isReading() const {
+  const MutexLock lock(mutex_);
+  return reader_ == std::this_thread::get_id();
+}
+
 void Channel::leave() {
   const MutexLock lock(mutex_);
   if (reader_ == std::this_thread::get_id()) {

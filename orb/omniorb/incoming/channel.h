@@ -77,6 +77,9 @@ class Channel {
 
   void setSelectable();
 
+  // Whether the calling thread has begun to read and has not called setSelectable().
+  bool isReading() const;
+
   // The calling thread stops serving the channel. If the thread has begun to read and has not
   // called setSelectable(), the rest of the request is lost: the connection is shut down, and its
   // end is reported to the serving side.

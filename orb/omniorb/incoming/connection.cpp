@@ -1,6 +1,13 @@
 #include "connection.h"
 
 #include <poll.h>
+// The ORB's internal headers do not include each other, so their order is fixed.
+// clang-format off
+#include <omniORB4/CORBA.h>
+#include <omniORB4/internal/giopStrand.h>
+#include <omniORB4/internal/giopStream.h>
+#include <omniORB4/internal/GIOP_S.h>
+// clang-format on
 
 #include <algorithm>
 #include <cerrno>
@@ -12,6 +19,7 @@
 
 #include "../../addresses.h"
 #include "../../incoming/giop.h"
+#include "../strands.h"
 
 namespace orb {
 namespace {
@@ -53,6 +61,29 @@ bool waitForRoom(int socket, const std::optional<SystemTime>& deadline) {
       return ready > 0;
     }
   }
+}
+
+// Deletes the requests of a strand that no thread serves.
+void deleteUnserved(omni::giopStrand& strand) {
+  for (omni::giopStreamList* link = strand.servers.next; link != &strand.servers;) {
+    auto* const request = static_cast<omni::GIOP_S*>(link);
+    link = link->next;
+    if (request->state() == omni::IOP_S::UnUsed) {
+      request->omni::giopStreamList::remove();
+      delete request;
+    }
+  }
+}
+
+// The ORB keeps a request that its thread has not read to the end, and the next thread, which
+// notices the end of the connection, would dispatch the request again.
+void deleteUnreadRequest(const omni::giopConnection& connection) {
+  const omni_tracedmutex_lock lock(*omni::omniTransportLock);
+  forEachStrand([&connection](omni::giopStrand& strand) {
+    if (strand.connection == &connection) {
+      deleteUnserved(strand);
+    }
+  });
 }
 
 }  // namespace
@@ -107,6 +138,9 @@ const char* Connection::peeraddress() {
 void Connection::setSelectable(int now, _CORBA_Boolean /*dataInBuffer*/) {
   constexpr int kThreadEnds = 2;  // the ORB's code for a thread that stops serving
   if (now == kThreadEnds) {
+    if (channel_->isReading()) {
+      deleteUnreadRequest(*this);
+    }
     channel_->leave();
   } else {
     channel_->setSelectable();
