@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Checks rules that the compiler does not check: include arrows and paths, ORB names, unsalted hash tables, line
-ends, timeouts of tests, names of test suites, folders of unit tests, paths in documents.
+"""Checks rules that the compiler does not check: include arrows and paths, ORB names, unsalted hash tables,
+clocks, line ends, timeouts of tests, names of test suites, folders of unit tests, paths in documents.
 
 docs/architecture.md draws the arrows: a folder may include its own headers and those of the folders in its row of
 ALLOWED.
@@ -120,6 +120,14 @@ ADDED_TEST = re.compile(r"add_test\(\s*NAME\s+(\S+)")
 # Keys that come from outside need a salted table. Pointers and the agent's own object keys do not.
 PLAIN_TABLE = re.compile(r"std::unordered_(?:map|set)<(?!(?:const )?[\w:]+\*)")
 PLAIN_TABLES_ALLOWED = ("hash/", "tests/", "bench/", "agent/northbound/IteratorRegistry.h")
+# Timeouts use the steady clock, so that a step of the time of day neither ends nor prolongs them. These files use the
+# time of day as a time stamp, as a number that rises over restarts, or because the ORB's deadlines are times of day.
+TIME_OF_DAY = re.compile(r"system_clock|CLOCK_REALTIME|gettimeofday|(?<![\w.>])(?:std::)?time\((?:nullptr|NULL|0|&)")
+TIME_OF_DAY_ALLOWED = (
+    "agent/Agent.cpp", "agent/OptionChecks.cpp", "agent/access/AuditLog.", "agent/notifications/Notifier.h",
+    "agent/notifications/StructuredEvents.", "agent/store/sqlite/SqliteStore.cpp", "client/watch/EventLines.h",
+    "client/watch/Watch.cpp", "orb/omniorb/incoming/channel.", "orb/omniorb/incoming/connection.cpp",
+    "topomanagementmgr/FileStamp.h")
 TEST_DEFINITION = re.compile(
     r"^[ \t]*(?:TEST|TEST_F|TEST_P|TYPED_TEST|TYPED_TEST_P)\(\s*(\w+)\s*,", re.MULTILINE)
 # Only one of these folders is built, so two of them may have the same suite.
@@ -207,6 +215,14 @@ def plain_table_problems(name, text):
             yield f"{name}:{number}: an unsalted hash table; see hash/SaltedHash.h"
 
 
+def clock_problems(name, text):
+    if folder_of(name) is None or "/tests/" in name or name.startswith(TIME_OF_DAY_ALLOWED):
+        return
+    for number, line in enumerate(text.splitlines(), 1):
+        if TIME_OF_DAY.search(line):
+            yield f"{name}:{number}: the time of day; see TIME_OF_DAY_ALLOWED in scripts/check_tree.py"
+
+
 def line_end_problems(name, text):
     if text and not text.endswith("\n"):
         yield f"{name}: does not end with a newline"
@@ -285,6 +301,7 @@ def problems():
             yield from include_problems(name, text)
             yield from relative_include_problems(name, text)
             yield from plain_table_problems(name, text)
+            yield from clock_problems(name, text)
         yield from orb_name_problems(name, text)
         yield from test_problems(name, text)
 
