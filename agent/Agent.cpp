@@ -128,7 +128,6 @@ class Agent::Parts final : private AgentControl {
     module_.unload();
     session_.reset();
     notifier_.flush(kNotificationPatience);
-    orb::checkRequests(*server_, nullptr);
     setRequestRecorder(nullptr);
   }
 
@@ -171,20 +170,16 @@ class Agent::Parts final : private AgentControl {
 
   void checkAlive() { model_.topoNodeCount(); }
 
+  // A part that fails keeps its former files, and the others are reloaded.
   void reloadFiles() {
     if (audit_) {
       audit_->reopen();
     }
-    try {
-      access_.replaceRules(accessRules(options_));
-      log(kLogEvents, "follows the access file as it is now");
-    } catch (const UsageError& failure) {
-      log(kLogErrors, std::string("the access rules stay as they were: ") + failure.what());
+    if (!options_.access.empty()) {
+      reload("access rules", [this] { access_.replaceRules(accessRules(options_)); });
     }
-    try {
-      server_->reloadTls();
-    } catch (const orb::TlsError& failure) {
-      log(kLogErrors, std::string("the certificates stay as they were: ") + failure.what());
+    if (!options_.tls.certificate.empty()) {
+      reload("TLS certificates", [this] { server_->reloadTls(); });
     }
   }
 
@@ -206,6 +201,16 @@ class Agent::Parts final : private AgentControl {
   }
 
  private:
+  template <typename Act>
+  static void reload(const std::string& what, const Act& act) {
+    try {
+      act();
+      log(kLogEvents, "uses the " + what + " as they are now");
+    } catch (const std::exception& failure) {
+      log(kLogErrors, "the " + what + " stay as they were: " + failure.what());
+    }
+  }
+
   // Waits for the check of the store. Throws StoreError for a damaged store.
   NetworkStore& checkedStore() {
     if (storeCheck_.valid()) {
@@ -343,7 +348,7 @@ void Agent::reloadFiles() noexcept {
   try {
     parts_->reloadFiles();
   } catch (const std::exception&) {
-    // Memory is short: the former rules stay in use.
+    // Memory is short: the former files stay in use.
   }
 }
 

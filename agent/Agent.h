@@ -47,8 +47,9 @@ class Agent {
   // std::bad_alloc. REQUIRES: started.
   void checkAlive();
 
-  // Reads the access file and the certificates again, and reopens the audit log. After a failure,
-  // the former ones stay in use; the log has the reason. Throws nothing. REQUIRES: started.
+  // Reads the access file and the files of TLS again, and reopens the audit log. A file that cannot
+  // be used leaves the former contents in use; the log has the reason. Throws nothing. REQUIRES:
+  // started.
   void reloadFiles() noexcept;
 
   // Unloads and loads the module. Clients get TRANSIENT during the reload, and iterators end.

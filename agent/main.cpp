@@ -59,11 +59,11 @@ void serveUntilStopped(const agent::Options& options) {
   const bool started = agent.start([&signals] { return signals.arrived(); });
   signals.startEnded();
   if (started) {
+    signals.onHangup([&agent] { agent.reloadFiles(); });
     const std::string line = agent.readyLine();
     announce(line);
     agent::ServiceManager manager;
     manager.ready(line, [&agent] { agent.checkAlive(); });
-    signals.onHangup([&agent] { agent.reloadFiles(); });
     signals.wait();
     signals.onHangup(nullptr);
     manager.stopping();
