@@ -123,7 +123,8 @@ void recordFailure(std::string reason) {
   }
 }
 
-// The server's certificate must contain the name or the address in the reference.
+// The server's certificate must contain the name or the address in the reference. The ORB sends a
+// name in the handshake, and connects to a numeric address as it is.
 void expectServer(SSL& connection) {
   X509_VERIFY_PARAM* const expected = SSL_get0_param(&connection);
   const char* const name = SSL_get_servername(&connection, TLSEXT_NAMETYPE_host_name);

@@ -108,6 +108,8 @@ CORBA::ORB_ptr initOrb(const Options& options, const std::shared_ptr<ServerState
       {"serverCallTimeOutPeriod", serveTimeout},
       // Calls to one peer do not wait for each other: one of two consumers in a process may block.
       {"maxGIOPConnectionPerServer", "100"},
+      // The ORB connects to the names of references, so that a certificate is checked for the name.
+      {"resolveNamesForTransportRules", "0"},
       {"traceTime", "0"},      // the receiver of the log adds the time
       {"traceThreadId", "0"},  // and the thread
 

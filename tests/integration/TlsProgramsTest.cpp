@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <csignal>
+#include <fstream>
 #include <string>
 #include <vector>
 
@@ -48,6 +50,25 @@ class TlsPrograms : public testing::Test {
                        const std::vector<std::string>& command = {"capabilities"}) {
     const std::vector<std::string> at = {"--agent", "tls:" + agent.endpoint()};
     return support::Process(ownPrograms().client, joined(joined(at, tls), command)).wait();
+  }
+
+  // Runs topoctl with another host than in the agent's ready line.
+  Ended topoctlAt(const std::string& host, const RunningAgent& agent) const {
+    const std::string port = agent.endpoint().substr(agent.endpoint().rfind(':'));
+    return support::Process(ownPrograms().client,
+                            joined({"--agent", "tls:" + host + port, "capabilities"},
+                                   tlsArguments(authority_, client_)))
+        .wait();
+  }
+
+  // Runs topoctl until its exit status is the expected one; the agent reads files on a thread.
+  static Ended topoctlUntil(int status, const RunningAgent& agent,
+                            const std::vector<std::string>& tls) {
+    Ended ended = topoctl(agent, tls);
+    for (int i = 0; i < 100 && ended.status != status; ++i) {
+      ended = topoctl(agent, tls);
+    }
+    return ended;
   }
 
   // topoctl cannot call the agent and says so in one line with this text.
@@ -120,6 +141,49 @@ TEST_F(TlsPrograms, ListenOnPlainEndpointsOnlyByName) {
   const Ended ended =
       support::Process(ownPrograms().client, {"--agent", "tcp:" + plain, "capabilities"}).wait();
   EXPECT_EQ(0, ended.status) << ended.err;
+}
+
+TEST_F(TlsPrograms, ReadTheirFilesAgainOnHangup) {
+  RunningAgent agent(joined(serving(server_), {"--tls-crl", authority_.revoked()}));
+  EXPECT_EQ(0, topoctl(agent, tlsArguments(authority_, client_)).status);
+  authority_.revoke(client_);
+  authority_.revoked();
+  agent.process().send(SIGHUP);
+  expectRefusal(topoctlUntil(2, agent, tlsArguments(authority_, client_)),
+                "failed: the other side answers 'certificate revoked'");
+}
+
+TEST_F(TlsPrograms, ReadEachFileAgainOnHangupWhenAnotherIsMalformed) {
+  const Certificate other = authority_.issue("other");
+  const std::string access = directory_.write("access", "certificate none\n");
+  const std::string revoked = authority_.revoked();
+  RunningAgent agent(joined(serving(server_), {"--tls-crl", revoked, "--access", access}));
+  directory_.write("access", "certificate all\n");
+  authority_.revoke(other);
+  authority_.revoked();
+  agent.process().send(SIGHUP);
+  EXPECT_EQ(2, topoctlUntil(2, agent, tlsArguments(authority_, other)).status);
+  directory_.write("access", "certificate read\n");
+  std::ofstream(revoked) << "no list\n";
+  agent.process().send(SIGHUP);
+  EXPECT_EQ(0, topoctlUntil(0, agent, tlsArguments(authority_, client_)).status);
+  const std::string log = agent.stop(SIGTERM).err;
+  EXPECT_THAT(log, HasSubstr("the access rules stay as they were: " + access + ":1: \"all\""));
+  EXPECT_THAT(log, HasSubstr("the TLS certificates stay as they were: " + revoked +
+                             ": holds no revocation list in PEM form"));
+}
+
+TEST_F(TlsPrograms, AcceptAnAgentOfTheNameInTheReference) {
+  const RunningAgent agent(
+      serving(authority_.issue("named", Authority::Validity::kToday, "localhost")));
+  const Ended ended = topoctlAt("localhost", agent);
+  EXPECT_EQ(0, ended.status) << ended.err;
+  expectRefusal(topoctlAt("127.0.0.1", agent), "failed: IP address mismatch");
+}
+
+TEST_F(TlsPrograms, RefuseAnAgentOfAnotherName) {
+  const RunningAgent agent(serving(server_));
+  expectRefusal(topoctlAt("localhost", agent), "failed: hostname mismatch");
 }
 
 TEST_F(TlsPrograms, NameAFileThatCannotBeUsed) {

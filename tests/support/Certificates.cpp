@@ -87,7 +87,9 @@ Certificate Authority::issue(const std::string& name, Validity validity, const s
   const long end = validity == Validity::kExpired ? -kDay / 2 : kDay / 2;
   const std::shared_ptr<X509> certificate = makeCertificate(name, *key, result.serial, -kDay, end);
   X509_set_issuer_name(certificate.get(), X509_get_subject_name(certificate_.get()));
-  addExtension(*certificate, *certificate_, NID_subject_alt_name, "IP:" + host);
+  const bool isAddress = host.find_first_not_of("0123456789.") == std::string::npos;
+  addExtension(*certificate, *certificate_, NID_subject_alt_name,
+               (isAddress ? "IP:" : "DNS:") + host);
   X509_sign(certificate.get(), key_.get(), EVP_sha256());
   const std::string file = name_ + "-" + name;
   result.certificate = writeCertificate(directory_, file + ".pem", *certificate);

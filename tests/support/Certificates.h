@@ -31,8 +31,8 @@ class Authority {
   // The path of the authority's own certificate.
   const std::string& file() const { return file_; }
 
-  // A certificate with the subject O=Tests, CN=name for clients and servers. `host` is the IP
-  // address of a server.
+  // A certificate with the subject O=Tests, CN=name for clients and servers. `host` is the IPv4
+  // address or the DNS name of a server.
   Certificate issue(const std::string& name, Validity validity = Validity::kToday,
                     const std::string& host = "127.0.0.1");
 
