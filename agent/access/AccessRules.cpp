@@ -17,6 +17,16 @@ constexpr std::string_view kBlanks = " \t\r\f\v";
 
 using Transport = orb::Peer::Transport;
 
+// A pipe could block the thread that receives the stop signals.
+void requireNoPipe(const std::filesystem::path& file) {
+  std::error_code ignored;
+  const std::filesystem::file_status status = std::filesystem::status(file, ignored);
+  if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status) &&
+      !std::filesystem::is_directory(status)) {
+    throw FileError(file.string() + ": is not a regular file");
+  }
+}
+
 }  // namespace
 
 // The words of one line. A function throws std::invalid_argument with a clause about the line.
@@ -133,6 +143,7 @@ AccessRules::AccessRules()
 AccessRules AccessRules::read(const std::filesystem::path& file) {
   std::istringstream text;
   try {
+    requireNoPipe(file);
     text.str(readFile(file, kLargestFile));
   } catch (const FileError& failure) {
     throw AccessFileError(failure.what());

@@ -131,7 +131,9 @@ int BareKeys::dispatch(TAO::ObjectKey& key, TAO_ServerRequest& request,
     if (const std::shared_ptr<Connection>& connection = servedRequest().connection) {
       connection->beginRequest(target);
     }
-    check_.with([&](const RequestCheck& check) { check(target, requestOf(request)); });
+    if (!request.deferred_reply()) {  // the ORB asks with a deferred reply for a LocateRequest
+      check_.with([&](const RequestCheck& check) { check(target, requestOf(request)); });
+    }
     observer_.with([&target](const RequestObserver& observe) { observe(target); });
   }
   const std::shared_ptr<KeyGate> gate = gates_->at(target);

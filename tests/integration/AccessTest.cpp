@@ -15,6 +15,7 @@
 #include "idl/ObjectKeys.h"
 #include "idl/PermissionMinors.h"
 #include "orb/idl/TopoAgent.h"
+#include "orb/idl/TopoManagementManager.h"
 #include "tests/integration/Programs.h"
 #include "tests/unit/orb/Answers.h"
 #include "tests/unit/orb/RawClient.h"
@@ -91,11 +92,20 @@ class Access : public testing::Test {
 
   static bool isRefusedAt(const orb::Endpoint& endpoint, const std::string& key,
                           const std::string& operation) {
-    const orb_tests::RawClient client(endpoint);
-    EXPECT_TRUE(client.send(orb_tests::requestTo(key, operation).bytes()));
-    const std::string answer = client.receive();
-    EXPECT_NE("", answer) << operation;
+    return isRefused(answerTo(endpoint, orb_tests::requestTo(key, operation).bytes()));
+  }
+
+  static bool isRefused(const std::string& answer) {
+    EXPECT_NE("", answer);
     return answer.find("IDL:omg.org/CORBA/NO_PERMISSION:1.0") != std::string::npos;
+  }
+
+  // source: the client's own address.
+  static std::string answerTo(const orb::Endpoint& endpoint, const std::string& request,
+                              in_addr_t source = INADDR_ANY) {
+    const orb_tests::RawClient client(endpoint, 0, source);
+    EXPECT_TRUE(client.send(request));
+    return client.receive();
   }
 
   const support::TemporaryDirectory directory_;
@@ -337,6 +347,67 @@ std::vector<json> linesOf(const std::string& file) {
     lines.push_back(json::parse(line));
   }
   return lines;
+}
+
+TEST_F(Access, OfAnUnknownClientExcludesTheIteratorsOfOthers) {
+  constexpr in_addr_t kOther = INADDR_LOOPBACK + 1;
+  const RunningAgent agent({"--network", kBackbone, "--access", rules("address 127.0.0.1 read\n")});
+  const std::unique_ptr<orb::Orb> client = orb::startClient({});
+  const CORBA::Object_var object = client->get()->string_to_object(agent.reference().c_str());
+  const TopoManagementManager::TopoMgr_I_var owner =
+      TopoManagementManager::TopoMgr_I::_narrow(object.in());
+  TopoManagementManager::NodeList_T_var nodes;
+  TopoManagementManager::NodeIterator_I_var iterator;
+  owner->getTopoSubnetworkViewInfo(1, nodes.out(), iterator.out());
+  const std::string request =
+      orb_tests::requestTo(orb::objectKeyOf(iterator.in()), "getLength").bytes();
+  EXPECT_TRUE(isRefused(answerTo(endpointOf(agent), request, kOther)));
+  EXPECT_FALSE(isRefused(answerTo(endpointOf(agent), request)));
+}
+
+TEST_F(Access, IsCheckedForAFragmentedRequest) {
+  const RunningAgent agent({"--access", rules("loopback read\n")});
+  orb_tests::Message first(1, orb_tests::Message::Type::kRequest, true);
+  first.number(0).number(1).octet(1).align(4).octets(object_key::kConsole).text("deleteNode");
+  first.number(0);                         // principal
+  while (first.bytes().size() % 8 != 4) {  // the end of the first fragment is aligned
+    first.number(0);
+  }
+  const orb_tests::Message last(1, orb_tests::Message::Type::kFragment, false);
+  EXPECT_TRUE(isRefused(answerTo(endpointOf(agent), first.bytes() + last.bytes())));
+}
+
+TEST_F(Access, ToTheConsoleIsNotWidenedByASimilarKey) {
+  const RunningAgent agent({"--console-endpoint", "127.0.0.1:0"});
+  const std::string console = object_key::kConsole;
+  for (const std::string& key :
+       {console + '\0', console + "/", "/" + console, std::string("topoagentconsole")}) {
+    const std::string answer =
+        answerTo(endpointOf(agent), orb_tests::requestTo(key, "getStatus").bytes());
+    EXPECT_THAT(answer, HasSubstr("IDL:omg.org/CORBA/OBJECT_NOT_EXIST:1.0")) << key;
+  }
+}
+
+TEST_F(Audit, RecordsRefusedRequestsWithoutAReply) {
+  const std::string audit = directory_.file("audit");
+  RunningAgent agent({"--audit", audit, "--access", rules("loopback read\n")});
+  const std::string oneway = orb_tests::Message(0, orb_tests::Message::Type::kRequest, false)
+                                 .number(0)
+                                 .number(1)
+                                 .octet(0)  // no reply expected
+                                 .octets(object_key::kConsole)
+                                 .text("setTestSwitch")
+                                 .number(0)
+                                 .octet(1)
+                                 .bytes();
+  const std::string answer = answerTo(
+      endpointOf(agent), oneway + orb_tests::requestTo(object_key::kManager, "_is_a").bytes());
+  EXPECT_FALSE(isRefused(answer));
+  agent.stop(SIGTERM);
+  const std::vector<json> lines = linesOf(audit);
+  ASSERT_EQ(1U, lines.size());
+  EXPECT_EQ("setTestSwitch", lines[0]["operation"]);
+  EXPECT_EQ("refused", lines[0]["outcome"]);
 }
 
 TEST_F(Audit, RecordsChangesFailuresAndRefusals) {

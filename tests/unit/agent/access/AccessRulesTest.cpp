@@ -156,6 +156,19 @@ TEST(AccessRules, RejectAFileWithoutRules) {
   EXPECT_THAT(problemOf("# nobody\n"), EndsWith(" there is no rule, so nobody would have access"));
 }
 
+TEST(AccessRules, RejectADevice) {
+  try {
+    AccessRules::read("/dev/null");
+    ADD_FAILURE() << "read";
+  } catch (const AccessFileError& failure) {
+    EXPECT_STREQ("/dev/null: is not a regular file", failure.what());
+  }
+}
+
+TEST(AccessRules, IgnoreTheCarriageReturnsOfAnEditor) {
+  EXPECT_EQ(kReader, parse("# a comment\r\nloopback read\r\n\r\n").rolesOf(plain("127.0.0.1")));
+}
+
 TEST(AccessRules, RejectAFileThatCannotBeRead) {
   const support::TemporaryDirectory directory;
   EXPECT_THROW(AccessRules::read(directory.file("missing")), AccessFileError);
