@@ -136,9 +136,9 @@ class AccessRules::LineParser {
 };
 
 AccessRules::AccessRules()
-    : rules_{{Kind::kLoopback, "", std::nullopt, Roles::all(), 0},
-             {Kind::kUnix, "", std::nullopt, Roles::all(), 0},
-             {Kind::kCertificate, "", std::nullopt, Roles().with(Role::kRead), 0}} {}
+    : rules_{{Kind::kLoopback, "", std::nullopt, Roles::all()},
+             {Kind::kUnix, "", std::nullopt, Roles::all()},
+             {Kind::kCertificate, "", std::nullopt, Roles().with(Role::kRead)}} {}
 
 AccessRules AccessRules::read(const std::filesystem::path& file) {
   std::istringstream text;
@@ -150,14 +150,14 @@ AccessRules AccessRules::read(const std::filesystem::path& file) {
   }
   AccessRules result;
   result.rules_.clear();
+  Lines lines;
   std::string line;
   for (std::size_t number = 1; std::getline(text, line); ++number) {
     try {
       LineParser parser(line);
       if (!parser.atEnd()) {
-        Rule rule = parser.rule();
-        rule.line = number;
-        result.add(std::move(rule));
+        result.rules_.push_back(parser.rule());
+        requireOtherClients(result.rules_.back(), number, lines);
       }
     } catch (const std::invalid_argument& problem) {
       throw AccessFileError(file.string() + ":" + std::to_string(number) + ": " + problem.what());
@@ -169,18 +169,13 @@ AccessRules AccessRules::read(const std::filesystem::path& file) {
   return result;
 }
 
-void AccessRules::add(Rule rule) {
-  for (const Rule& earlier : rules_) {
-    if (haveSameClients(earlier, rule)) {
-      throw std::invalid_argument("line " + std::to_string(earlier.line) +
-                                  " has a rule for the same clients");
-    }
+// Adds the line of the rule.
+void AccessRules::requireOtherClients(const Rule& rule, std::size_t line, Lines& lines) {
+  const auto [earlier, isFirst] = lines.try_emplace({rule.kind, rule.subject, rule.range}, line);
+  if (!isFirst) {
+    throw std::invalid_argument("line " + std::to_string(earlier->second) +
+                                " has a rule for the same clients");
   }
-  rules_.push_back(std::move(rule));
-}
-
-bool AccessRules::haveSameClients(const Rule& a, const Rule& b) {
-  return a.kind == b.kind && a.subject == b.subject && a.range == b.range;
 }
 
 Roles AccessRules::rolesOf(const orb::Peer& peer) const {

@@ -5,9 +5,11 @@
 
 #include <cstddef>
 #include <filesystem>
+#include <map>
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "agent/access/AddressRange.h"
@@ -56,15 +58,16 @@ class AccessRules {
     std::string subject;
     std::optional<AddressRange> range;
     Roles roles;
-    std::size_t line = 0;  // in the file
   };
+
+  // The lines of rules in a file, by their clients.
+  using Lines = std::map<std::tuple<Kind, std::string, std::optional<AddressRange>>, std::size_t>;
 
   class LineParser;
 
   static bool matches(const Rule& rule, const orb::Peer& peer,
                       const std::optional<IpAddress>& address);
-  static bool haveSameClients(const Rule& a, const Rule& b);
-  void add(Rule rule);
+  static void requireOtherClients(const Rule& rule, std::size_t line, Lines& lines);
 
   std::vector<Rule> rules_;
 };

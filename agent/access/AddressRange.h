@@ -6,6 +6,7 @@
 #include <array>
 #include <optional>
 #include <string>
+#include <tuple>
 
 namespace agent {
 
@@ -42,8 +43,9 @@ class AddressRange {
 
   bool contains(const IpAddress& address) const;
 
-  bool operator==(const AddressRange& other) const {
-    return first_ == other.first_ && bits_ == other.bits_;
+  // An order for containers.
+  bool operator<(const AddressRange& other) const {
+    return std::tie(first_.bytes_, bits_) < std::tie(other.first_.bytes_, other.bits_);
   }
 
  private:

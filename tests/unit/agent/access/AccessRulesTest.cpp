@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <ctime>
+
 #include "tests/support/TemporaryDirectory.h"
 
 namespace agent {
@@ -154,6 +156,18 @@ TEST(AccessRules, EscapeTheTextsOfAMalformedLine) {
 
 TEST(AccessRules, RejectAFileWithoutRules) {
   EXPECT_THAT(problemOf("# nobody\n"), EndsWith(" there is no rule, so nobody would have access"));
+}
+
+// A comparison of all pairs of rules would need more than 10 s of the processor.
+TEST(AccessRules, OfALargeFileAreReadQuickly) {
+  std::string text;
+  for (int i = 0; i < 40000; ++i) {
+    text += "address 10." + std::to_string(i >> 8) + "." + std::to_string(i & 255) + ".1 none\n";
+  }
+  const std::clock_t begin = std::clock();
+  EXPECT_EQ("40001: line 1 has a rule for the same clients",
+            problemOf(text + "address 10.0.0.1 read\n"));
+  EXPECT_LT(std::clock() - begin, 10 * CLOCKS_PER_SEC);
 }
 
 TEST(AccessRules, RejectADevice) {
