@@ -4,6 +4,7 @@
 #define AGENT_BASE_REQUESTLOG_H
 
 #include <functional>
+#include <new>
 #include <string>
 #include <string_view>
 
@@ -21,6 +22,17 @@ void logChange(std::string_view peer, std::string_view operation,
 // Logs "PEER: OPERATION is refused: REASON" at kLogTraces.
 void logRefusal(std::string_view peer, std::string_view operation,
                 std::string_view reason) noexcept;
+
+// Runs the steps that follow a change, such as its log line. When memory is short, the remaining
+// steps are left out: the change is made, and its client gets the reply of a success.
+template <typename Steps>
+void afterChange(const Steps& steps) {
+  try {
+    steps();
+  } catch (const std::bad_alloc&) {
+    // The change is more important than the steps.
+  }
+}
 
 // A change, or a request that was refused, for the record of the operator.
 struct RequestRecord {
@@ -50,6 +62,20 @@ bool isRecorded();
 
 // Passes a record to the recorder. Drops the record when there is no recorder.
 void recordRequest(const RequestRecord& record);
+
+// Records what make() returns. When make() has no memory, the record has only the outcome and a
+// reason: a change that is made neither fails nor disappears for lack of memory.
+template <typename Make>
+void recordWith(RequestRecord::Outcome outcome, const Make& make) {
+  RequestRecord record;
+  try {
+    record = make();
+  } catch (const std::bad_alloc&) {
+    record.outcome = outcome;
+    record.reason = "out of memory";  // needs no memory
+  }
+  recordRequest(record);
+}
 
 }  // namespace agent
 

@@ -5,8 +5,6 @@
 #define AGENT_CONSOLE_CONSOLEOPERATION_H
 
 #include <exception>
-#include <string>
-#include <utility>
 
 #include "agent/base/FailureCodes.h"
 #include "agent/base/Log.h"
@@ -56,10 +54,14 @@ void perform(const char* operation, Work work,
 }
 
 // Records a change of the console, or its failure.
-inline void recordChange(const char* operation, std::string target, const Outcome& outcome) {
+template <typename Subject>
+void recordChange(const char* operation, const Subject& subject, const Outcome& outcome) {
   using Recorded = RequestRecord::Outcome;
-  recordRequest({orb::currentPeer(), object_key::kConsole, operation, std::move(target),
-                 outcome.ok() ? Recorded::kDone : Recorded::kFailed, outcome.reason});
+  const Recorded recorded = outcome.ok() ? Recorded::kDone : Recorded::kFailed;
+  recordWith(recorded, [&] {
+    return RequestRecord{orb::currentPeer(), object_key::kConsole, operation, subject(),
+                         recorded,           outcome.reason};
+  });
 }
 
 // Runs an operation that changes the network or the agent, and logs and records the change.
@@ -69,12 +71,14 @@ void performChange(const char* operation, Subject subject, Work work,
                    ReasonRecipients recipients = ReasonRecipients::kLogOnly) {
   const Outcome outcome = outcomeOf(work);
   if (isRecorded()) {
-    recordChange(operation, subject(), outcome);
+    recordChange(operation, subject, outcome);
   }
   throwFailure(operation, outcome, recipients);
-  if (isLogged(kLogEvents)) {
-    logChange(orb::format(orb::currentPeer()), operation, subject());
-  }
+  afterChange([&] {
+    if (isLogged(kLogEvents)) {
+      logChange(orb::format(orb::currentPeer()), operation, subject());
+    }
+  });
 }
 
 }  // namespace agent

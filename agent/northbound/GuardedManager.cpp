@@ -56,13 +56,20 @@ void logged(const char* operation, const Run& run) {
   }
 }
 
+// failure: null after a success.
 void recordChange(const char* operation, const globaldefs::NVSList_T& objectName,
                   const char* failure) {
   if (isRecorded()) {
     using Outcome = RequestRecord::Outcome;
-    recordRequest({orb::currentPeer(), object_key::kManager, operation, formatName(objectName),
-                   failure == nullptr ? Outcome::kDone : Outcome::kFailed,
-                   failure == nullptr ? "" : failure});
+    const Outcome outcome = failure == nullptr ? Outcome::kDone : Outcome::kFailed;
+    recordWith(outcome, [&] {
+      return RequestRecord{orb::currentPeer(),
+                           object_key::kManager,
+                           operation,
+                           formatName(objectName),
+                           outcome,
+                           failure == nullptr ? "" : failure};
+    });
   }
 }
 
@@ -86,9 +93,11 @@ void recordedChange(const char* operation, const globaldefs::NVSList_T& objectNa
 template <typename Run>
 void loggedChange(const char* operation, const globaldefs::NVSList_T& objectName, const Run& run) {
   logged(operation, [&] { recordedChange(operation, objectName, run); });
-  if (isLogged(kLogEvents)) {
-    logChange(orb::format(orb::currentPeer()), operation, formatName(objectName));
-  }
+  afterChange([&] {
+    if (isLogged(kLogEvents)) {
+      logChange(orb::format(orb::currentPeer()), operation, formatName(objectName));
+    }
+  });
 }
 
 ViewAdmission::Pass admit(ViewAdmission& admission, std::size_t bytes) {

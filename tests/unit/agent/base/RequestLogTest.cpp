@@ -5,6 +5,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <new>
+#include <vector>
+
 #include "agent/base/Log.h"
 #include "tests/unit/agent/support/CapturedLog.h"
 
@@ -35,6 +38,21 @@ TEST(RequestLog, HasRefusalsAtLevelThree) {
   CapturedLog log(agent::kLogTraces);
   agent::logRefusal("10.0.0.1", "createNode", "no node");
   EXPECT_THAT(log.text(), HasSubstr("10.0.0.1: createNode is refused: no node\n"));
+}
+
+TEST(RequestLog, LosesTheLineOfAChangeWithoutMemory) {
+  EXPECT_NO_THROW(agent::afterChange([] { throw std::bad_alloc(); }));
+}
+
+TEST(RequestRecords, HaveTheOutcomeOfAChangeWithoutMemory) {
+  std::vector<agent::RequestRecord> records;
+  agent::setRequestRecorder([&](const agent::RequestRecord& record) { records.push_back(record); });
+  agent::recordWith(agent::RequestRecord::Outcome::kFailed,
+                    []() -> agent::RequestRecord { throw std::bad_alloc(); });
+  agent::setRequestRecorder(nullptr);
+  ASSERT_EQ(1U, records.size());
+  EXPECT_EQ(agent::RequestRecord::Outcome::kFailed, records[0].outcome);
+  EXPECT_EQ("out of memory", records[0].reason);
 }
 
 TEST(RequestLog, EscapesControlCharacters) {
