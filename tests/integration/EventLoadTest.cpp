@@ -1,6 +1,5 @@
-// Events under load: bursts, slow and dead subscribers, kills, and reloads of the module.
+// Events under load: bursts, slow and dead subscribers, and reloads of the module.
 
-#include <SQLiteCpp/SQLiteCpp.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -12,9 +11,7 @@
 #include <functional>
 #include <future>
 #include <memory>
-#include <mutex>
 #include <optional>
-#include <set>
 #include <thread>
 
 #include "idl/NotificationLayout.h"
@@ -205,113 +202,6 @@ TEST(QueueOfASlowSubscriber, OverflowsAndReportsAGap) {
   EXPECT_EQ(kRenames + 1U, account.total());
   EXPECT_LE(kRenames - kQueue - 2, account.lost());
   EXPECT_EQ(0, agent.stop(SIGTERM).status);
-}
-
-// --- Kills.
-
-// The result of SQLite's checks of a store with its log. The checks run on a copy, because opening
-// a database recovers the log of a killed process.
-std::string integrityOf(const std::string& store) {
-  const support::TemporaryDirectory directory;
-  for (const char* suffix : {"", "-wal"}) {
-    if (std::filesystem::exists(store + suffix)) {
-      std::filesystem::copy_file(store + suffix, directory.file(std::string("copy") + suffix));
-    }
-  }
-  SQLite::Database database(directory.file("copy"), SQLite::OPEN_READWRITE);
-  SQLite::Statement keys(database, "PRAGMA foreign_key_check");
-  return keys.executeStep() ? "a foreign key leads nowhere"
-                            : database.execAndGet("PRAGMA integrity_check").getString();
-}
-
-std::set<std::string> nodesOf(const RunningAgent& agent) {
-  std::set<std::string> ids;
-  for (const json& node : records(agent, {"topo"})) {
-    ids.insert(node["name"][1]["value"]);
-  }
-  return ids;
-}
-
-class AgentKill : public testing::Test {
- protected:
-  static constexpr int kRounds = 10;
-  static constexpr int kCreates = kSanitized ? 1000 : 10000;
-
-  // Creates nodes on two threads and kills the agent after a number of creations that depends on
-  // the round. Returns when the agent has ended.
-  void createUntilKilled(RunningAgent& agent, int round) {
-    const int killAfter = kCreates / (kRounds + 1) * (round + 1);
-    std::atomic<int> made{0};
-    const auto create = [&](const std::string& prefix) {
-      const TopoAgent::Console_I_var console = client_.console(agent);
-      try {
-        for (int i = 0; i < kCreates; ++i) {
-          createNode(console, prefix + std::to_string(i));
-          if (++made == killAfter) {
-            agent.process().send(SIGKILL);
-          }
-        }
-      } catch (const CORBA::SystemException&) {
-        // The agent was killed.
-      }
-    };
-    std::thread one(create, std::to_string(round) + "/0/");
-    create(std::to_string(round) + "/1/");
-    one.join();
-    agent.process().wait();
-    EXPECT_LE(killAfter, made);
-  }
-
-  void expectAcknowledgedNodes(const RunningAgent& agent) {
-    const std::set<std::string> present = nodesOf(agent);
-    for (const std::string& id : acknowledged_) {
-      ASSERT_EQ(1U, present.count(id)) << id;
-    }
-  }
-
-  void expectRisingIds(const std::vector<Heard>& all) {
-    for (const Heard& heard : all) {
-      ASSERT_LT(lastId_, heard.id);
-      lastId_ = heard.id;
-    }
-  }
-
-  const support::TemporaryDirectory directory_;
-  const std::string store_ = directory_.file("store.db");
-  Client client_;
-
- private:
-  void createNode(const TopoAgent::Console_I_var& console, const std::string& id) {
-    console->createNode(subnetworkNode(id, "", id));
-    const std::lock_guard<std::mutex> lock(mutex_);
-    acknowledged_.insert(id);
-  }
-
-  std::mutex mutex_;
-  std::set<std::string> acknowledged_;  // guarded by mutex_ while nodes are created
-  std::uint64_t lastId_ = 0;
-};
-
-TEST_F(AgentKill, DuringCreationsLosesNoAcknowledgedNode) {
-  for (int round = 0; round < kRounds; ++round) {
-    SCOPED_TRACE("round " + std::to_string(round));
-    RunningAgent agent({"--ems-name", "E"}, store_);
-    expectAcknowledgedNodes(agent);
-    DirectListener listener(client_, client_.session(agent));
-    client_.console(agent)->createNode(subnetworkNode(std::to_string(round), "", "heard"));
-    listener.inbox().waitForCount(1);
-    createUntilKilled(agent, round);
-    EXPECT_EQ("ok", integrityOf(store_));
-    expectRisingIds(listener.inbox().all());
-    ASSERT_FALSE(HasFailure());
-  }
-  RunningAgent agent({"--ems-name", "E"}, store_);
-  expectAcknowledgedNodes(agent);
-  DirectListener listener(client_, client_.session(agent));
-  client_.console(agent)->createNode(subnetworkNode("last", "", ""));
-  expectRisingIds(listener.inbox().waitForCount(1));
-  EXPECT_EQ(0, agent.stop(SIGTERM).status);
-  EXPECT_EQ("ok", integrityOf(store_));
 }
 
 // --- Reloads.
