@@ -1,6 +1,5 @@
 import os
 import pathlib
-import re
 import subprocess
 import sys
 import unittest
@@ -26,8 +25,7 @@ class Run(unittest.TestCase):
         for line in samples:
             self.assertRegex(line, r"^ +\d+\.\d s +\d+\.\d MiB +\d+ descriptors +\d+ threads  views \d+, ")
         self.assertLessEqual(seconds, float(samples[-1].split()[0]))
-        for client in re.findall(r"([a-z ]+) 0(?:,|$)", samples[-1]):
-            self.assertIn(client.strip(), ("stopped subscribers", "slow clients", "changes"))
+        self.assertRegex(samples[-1], r" [1-9]\d*(,|$)", "no client has done a round")
         self.assertRegex(verdict, "^soak: descriptors, threads are flat from .* to ")
 
     def test_refuses_what_is_no_number_of_hours(self):

@@ -1,0 +1,147 @@
+// Functions of the system that fail on request of a test. A program that has these definitions uses
+// them instead of those of its libraries, also in its libraries.
+
+#include <dlfcn.h>
+#include <pthread.h>
+#include <sys/syscall.h>
+#include <sys/time.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <ctime>
+#include <new>
+
+#include "orb/corba.h"
+#include "tests/integration/InjectedFaults.h"
+
+namespace {
+
+integration::InjectedFaults* faults = nullptr;
+
+// Where the ORB's library is mapped.
+const void* orbLibrary = nullptr;
+
+const void* libraryOf(const void* address) {
+  Dl_info info{};
+  return ::dladdr(address, &info) != 0 ? info.dli_fbase : nullptr;
+}
+
+// Before main, and before the first thread.
+[[gnu::constructor]] void mapFaults() {
+  if (const char* const path = std::getenv(integration::kInjectedFaultsVariable)) {
+    orbLibrary = libraryOf(reinterpret_cast<const void*>(&CORBA::ORB_init));
+    faults = integration::mapInjectedFaults(path);
+  }
+}
+
+// Sets errno when a call fails.
+bool diskFails() {
+  const int error = faults == nullptr ? 0 : faults->diskError.load();
+  if (error != 0) {
+    errno = error;
+  }
+  return error != 0;
+}
+
+// caller: the return address of operator new. Allocations of the ORB itself succeed: some ORBs do
+// not survive a failure while they read the header of a request.
+bool allocationFails(const void* caller) {
+  if (faults == nullptr || faults->failingAllocation.load() <= 0 ||
+      libraryOf(caller) == orbLibrary || faults->failingAllocation.fetch_sub(1) != 1) {
+    return false;
+  }
+  ++faults->failedAllocations;
+  return true;
+}
+
+// Returns null when the allocation fails.
+void* allocate(std::size_t size, const void* caller) {
+  return allocationFails(caller) ? nullptr : std::malloc(size != 0 ? size : 1);
+}
+
+void* allocateOrThrow(std::size_t size, const void* caller) {
+  void* const block = allocate(size, caller);
+  if (block == nullptr) {
+    throw std::bad_alloc();
+  }
+  return block;
+}
+
+long clockStep() {
+  return faults == nullptr ? 0 : faults->clockStep.load();
+}
+
+}  // namespace
+
+extern "C" {
+
+ssize_t pwrite64(int file, const void* bytes, std::size_t count, off64_t offset) {
+  return diskFails() ? -1 : ::syscall(SYS_pwrite64, file, bytes, count, offset);
+}
+
+int ftruncate64(int file, off64_t size) noexcept {
+  return diskFails() ? -1 : static_cast<int>(::syscall(SYS_ftruncate, file, size));
+}
+
+int fdatasync(int file) {
+  return diskFails() ? -1 : static_cast<int>(::syscall(SYS_fdatasync, file));
+}
+
+int clock_gettime(clockid_t clock, std::timespec* time) noexcept {
+  const auto result = static_cast<int>(::syscall(SYS_clock_gettime, clock, time));
+  if (result == 0 && clock == CLOCK_REALTIME) {
+    time->tv_sec += clockStep();
+  }
+  return result;
+}
+
+int gettimeofday(timeval* time, void* zone) noexcept {
+  const auto result = static_cast<int>(::syscall(SYS_gettimeofday, time, zone));
+  if (result == 0) {
+    time->tv_sec += clockStep();
+  }
+  return result;
+}
+
+// The deadline is a time of day with the step, and the kernel's clock has no step.
+int pthread_cond_timedwait(pthread_cond_t* condition, pthread_mutex_t* mutex,
+                           const std::timespec* deadline) {
+  std::timespec end = *deadline;
+  end.tv_sec -= clockStep();
+  return ::pthread_cond_clockwait(condition, mutex, CLOCK_REALTIME, &end);
+}
+
+}  // extern "C"
+
+void* operator new(std::size_t size) {
+  return allocateOrThrow(size, __builtin_return_address(0));
+}
+
+void* operator new[](std::size_t size) {
+  return allocateOrThrow(size, __builtin_return_address(0));
+}
+
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+  return allocate(size, __builtin_return_address(0));
+}
+
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
+  return allocate(size, __builtin_return_address(0));
+}
+
+void operator delete(void* block) noexcept {
+  std::free(block);
+}
+
+void operator delete(void* block, std::size_t) noexcept {
+  std::free(block);
+}
+
+void operator delete[](void* block) noexcept {
+  std::free(block);
+}
+
+void operator delete[](void* block, std::size_t) noexcept {
+  std::free(block);
+}
