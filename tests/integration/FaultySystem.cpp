@@ -7,30 +7,45 @@
 #include <sys/time.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
+#include <climits>
 #include <cstdlib>
+#include <cstring>
 #include <ctime>
 #include <new>
 
-#include "orb/corba.h"
 #include "tests/integration/InjectedFaults.h"
 
 namespace {
 
 integration::InjectedFaults* faults = nullptr;
 
-// Where the ORB's library is mapped.
-const void* orbLibrary = nullptr;
+// The folder that has the folders of the program and of its libraries. A plain array, because
+// operator new may run before and after the lifetime of other objects.
+std::array<char, PATH_MAX> buildFolder{};
 
-const void* libraryOf(const void* address) {
+void findBuildFolder() {
+  if (::readlink("/proc/self/exe", buildFolder.data(), buildFolder.size() - 1) < 0) {
+    std::abort();
+  }
+  for (int i = 0; i < 2; ++i) {
+    *std::strrchr(buildFolder.data(), '/') = '\0';
+  }
+}
+
+// Whether the code belongs to the agent, or to the C++ library, which allocates for the agent.
+bool isOwnCode(const void* address) {
   Dl_info info{};
-  return ::dladdr(address, &info) != 0 ? info.dli_fbase : nullptr;
+  return ::dladdr(address, &info) != 0 &&
+         (std::strncmp(info.dli_fname, buildFolder.data(), std::strlen(buildFolder.data())) == 0 ||
+          std::strstr(info.dli_fname, "/libstdc++") != nullptr);
 }
 
 // Before main, and before the first thread.
 [[gnu::constructor]] void mapFaults() {
   if (const char* const path = std::getenv(integration::kInjectedFaultsVariable)) {
-    orbLibrary = libraryOf(reinterpret_cast<const void*>(&CORBA::ORB_init));
+    findBuildFolder();
     faults = integration::mapInjectedFaults(path);
   }
 }
@@ -44,15 +59,11 @@ bool diskFails() {
   return error != 0;
 }
 
-// caller: the return address of operator new. Allocations of the ORB itself succeed: some ORBs do
+// caller: the return address of operator new. Allocations of other libraries succeed: some ORBs do
 // not survive a failure while they read the header of a request.
 bool allocationFails(const void* caller) {
-  if (faults == nullptr || faults->failingAllocation.load() <= 0 ||
-      libraryOf(caller) == orbLibrary || faults->failingAllocation.fetch_sub(1) != 1) {
-    return false;
-  }
-  ++faults->failedAllocations;
-  return true;
+  return faults != nullptr && faults->failingAllocation.load() > 0 && isOwnCode(caller) &&
+         faults->failingAllocation.fetch_sub(1) == 1;
 }
 
 // Returns null when the allocation fails.

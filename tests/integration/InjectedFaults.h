@@ -22,10 +22,9 @@ struct InjectedFaults {
   std::atomic<int> diskError;
 
   // The number of the operator new of the process, from now on, that throws std::bad_alloc: 1 for
-  // the next one. Counts down; a later allocation succeeds, and so do all allocations of the ORB.
+  // the next one. Counts down; a later allocation succeeds, and so do all allocations of
+  // libraries other than the agent's own ones and the C++ library.
   std::atomic<long> failingAllocation;
-
-  std::atomic<long> failedAllocations;
 
   // Seconds that are added to the time of day. Other clocks of the process are unaffected.
   std::atomic<long> clockStep;
