@@ -15,6 +15,7 @@
 
 #include <chrono>
 #include <optional>
+#include <string_view>
 #include <utility>
 
 #include "../callbackslot.h"
@@ -76,6 +77,15 @@ ObjectKey keyOf(omni::GIOP_S& call) {
   return {reinterpret_cast<const char*>(call.key()), static_cast<std::size_t>(call.keysize())};
 }
 
+// Whether a key names a POA without the suffix of the keys of transient POAs. The ORB expects the
+// suffix without a check; all POAs of a server are transient.
+bool isOfPoaWithoutSuffix(const ObjectKey& key) {
+  constexpr char kName = '\xff';
+  constexpr std::string_view kEnds("\xfe\0", 2);  // of the names: with and without a suffix
+  const std::size_t end = key.find_first_of(kEnds);
+  return (key[0] == kName || end == 0) && end != ObjectKey::npos && key[end] == '\0';
+}
+
 CORBA::Boolean interceptRequest(omni::omniInterceptors::serverReceiveRequest_T::info_T& info) {
   if (requestMeter) {
     unfinished = Clock::now();
@@ -94,6 +104,9 @@ CORBA::Boolean interceptRequest(omni::omniInterceptors::serverReceiveRequest_T::
   requestCheck.with([&call](const RequestCheck& check) {
     check(keyOf(call), requestOf(call, call.operation_name()));
   });
+  if (isOfPoaWithoutSuffix(keyOf(call))) {
+    throw CORBA::OBJECT_NOT_EXIST(omni::OBJECT_NOT_EXIST_NoMatch, CORBA::COMPLETED_NO);
+  }
   requestObserver.with([&call](const RequestObserver& observe) { observe(keyOf(call)); });
   return true;
 }

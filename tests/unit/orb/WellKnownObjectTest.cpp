@@ -2,6 +2,7 @@
 
 #include <future>
 
+#include "tests/unit/orb/RawClient.h"
 #include "tests/unit/orb/Servants.h"
 
 namespace {
@@ -158,6 +159,17 @@ TEST_F(WellKnownObjects, DoNotExistAfterTheirDestruction) {
   const ServantBase_var servant = new Answering(2);
   const CORBA::Object_var published = again->publish(servant.in());
   EXPECT_EQ(2U, lengthOf(at("Key")));
+}
+
+// Keys that begin as the keys of POAs do.
+TEST_F(WellKnownObjects, DoNotExistAtMalformedKeys) {
+  for (const std::string& key :
+       {std::string(1, '\0'), std::string("\xff\0", 2), std::string("\xff"), std::string("\xfe"),
+        std::string("\xfe\0\0", 3)}) {
+    const orb_tests::RawClient client(server_->endpoint());
+    ASSERT_TRUE(client.send(orb_tests::requestTo(key, "getLength").bytes()));
+    EXPECT_THAT(client.receive(), testing::HasSubstr("IDL:omg.org/CORBA/OBJECT_NOT_EXIST:1.0"));
+  }
 }
 
 }  // namespace
