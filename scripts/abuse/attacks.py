@@ -2,12 +2,14 @@
 
 import concurrent.futures
 import contextlib
+import itertools
 import json
 import resource
 import signal
 import socket
 import struct
 import subprocess
+import tempfile
 import threading
 import time
 
@@ -536,6 +538,35 @@ def log_injection(programs):
     return f"status {status}, {len(shown)} octets of log, all of them printable"
 
 
+def requests_without_a_role(programs):
+    """A client without a role sends every kind of request to every kind of key, whole and damaged."""
+    keys = [MANAGER, CONSOLE, SESSION, CONSOLE + b"\0", b"", b"\0", b"\xff", b"\xfe\0", b"INIT"]
+    operations = ["_is_a", "_non_existent", "_interface", "_component", "getCapabilities", "getStatus",
+                  "deleteNode", "reloadModule", "subscribe", "next_n", "", "x" * 100000]
+    stranger = "127.0.0.2"
+    refused = 0
+    with contextlib.ExitStack() as stack:
+        rules = stack.enter_context(tempfile.NamedTemporaryFile("w", suffix=".rules"))
+        rules.write("address 127.0.0.1 read operate\n")
+        rules.flush()
+        agent = stack.enter_context(Agent(programs, options=["--access", rules.name]))
+        for key, operation in itertools.product(keys, operations):
+            whole = giop.request(key, operation)
+            with giop.connect(agent.address, source=stranger) as connection:
+                connection.sendall(whole)
+                status, body = giop.reply_status(connection)
+                name = giop.exception_name(body)
+                require(name == "NO_PERMISSION", f"{operation[:20]} of {key} answers {status} {name}")
+                refused += 1
+            body = whole[giop.HEADER_OCTETS:giop.HEADER_OCTETS + len(whole) % 60]
+            with giop.connect(agent.address, source=stranger) as connection:
+                connection.sendall(giop.header(len(body)) + body)
+        served = agent.require_serving()
+        require(len(agent.log_text().splitlines()) < 200, "the log has a line for every request")
+        agent.stop()
+    return f"{refused} requests refused, another client is served in {served:.2f} s"
+
+
 def second_endpoint(programs):
     """Settings of the ORB in the environment that ask for another endpoint."""
     port = closed_port()
@@ -601,5 +632,6 @@ ATTACKS = [
     ("dead subscribers", dead_subscribers),
     ("guessed keys", guessed_keys),
     ("log injection", log_injection),
+    ("requests without a role", requests_without_a_role),
     ("second endpoint", second_endpoint),
 ]
