@@ -58,6 +58,9 @@ void StopSignals::wait() {
 void StopSignals::onHangup(std::function<void()> act) {
   const MutexLock lock(hangupMutex_);
   onHangup_ = std::move(act);
+  if (onHangup_ && std::exchange(missedHangup_, false)) {
+    onHangup_();
+  }
 }
 
 int StopSignals::nextSignal() const {
@@ -71,6 +74,8 @@ void StopSignals::takeSignals() {
     const MutexLock lock(hangupMutex_);
     if (onHangup_) {
       onHangup_();
+    } else {
+      missedHangup_ = true;
     }
   }
   MutexLock lock(mutex_);

@@ -38,9 +38,10 @@ class StopSignals {
   // Prevents calls of onOverdue from now on.
   void startEnded();
 
-  // Calls `act` on the thread at every later SIGHUP; an empty function ignores SIGHUP, as before
-  // the first call. Returns when no call of the former function is running. A stop signal that
-  // arrives during a call is taken after the call. `act` must not throw.
+  // Calls `act` on the thread at every later SIGHUP, and before it returns if a SIGHUP arrived
+  // without a function. An empty function ends the calls. Returns when no call of the former
+  // function is running. A stop signal that arrives during a call on the thread is taken after the
+  // call. `act` must not throw.
   void onHangup(std::function<void()> act);
 
   // Waits until a signal to stop arrives.
@@ -62,6 +63,7 @@ class StopSignals {
 
   Mutex hangupMutex_;  // locked during a call
   std::function<void()> onHangup_ GUARDED_BY(hangupMutex_);
+  bool missedHangup_ GUARDED_BY(hangupMutex_) = false;
 
   std::thread thread_;
 };

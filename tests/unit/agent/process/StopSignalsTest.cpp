@@ -8,6 +8,7 @@
 #include <atomic>
 #include <csignal>
 #include <future>
+#include <thread>
 
 namespace {
 
@@ -15,6 +16,7 @@ using agent::StopSignals;
 using std::chrono::hours;
 using std::chrono::milliseconds;
 using std::chrono::minutes;
+using std::chrono::seconds;
 
 void ignore() {}
 
@@ -54,6 +56,25 @@ TEST(StopSignals, StopAfterASighup) {
   ::kill(::getpid(), SIGTERM);
   signals.wait();
   EXPECT_TRUE(signals.arrived());
+}
+
+// Whether the process has not received a SIGHUP yet.
+bool isHangupPending() {
+  sigset_t pending;
+  sigpending(&pending);
+  return sigismember(&pending, SIGHUP) == 1;
+}
+
+TEST(StopSignals, CallTheFunctionForASighupOfTheStart) {
+  std::promise<void> called;
+  StopSignals signals(hours(1), ignore);
+  ::kill(::getpid(), SIGHUP);
+  while (isHangupPending()) {
+    std::this_thread::yield();
+  }
+  signals.onHangup([&called] { called.set_value(); });
+  EXPECT_EQ(std::future_status::ready, called.get_future().wait_for(seconds(20)));
+  signals.onHangup(nullptr);
 }
 
 TEST(StopSignals, IgnoreSighupWithoutAFunctionAndSigpipe) {
