@@ -123,9 +123,26 @@ void recordFailure(std::string reason) {
   }
 }
 
-// The server's certificate must contain the name or the address in the reference. The ORB sends a
-// name in the handshake, and connects to a numeric address as it is.
+bool isNumeric(const std::string& host) {
+  const std::unique_ptr<ASN1_OCTET_STRING, void (*)(ASN1_OCTET_STRING*)> address(
+      a2i_IPADDRESS(host.c_str()), ASN1_OCTET_STRING_free);
+  return address != nullptr;
+}
+
+// See expectHost().
+thread_local std::string expectedHost;
+
+void sendExpectedHost(SSL& connection) {
+  if (!expectedHost.empty() && !isNumeric(expectedHost)) {
+    SSL_ctrl(&connection, SSL_CTRL_SET_TLSEXT_HOSTNAME, TLSEXT_NAMETYPE_host_name,
+             expectedHost.data());
+  }
+}
+
+// The server's certificate must contain the name or the address in the reference. The ORB, or
+// sendExpectedHost(), sends a name in the handshake; the ORB connects to a numeric address as it is.
 void expectServer(SSL& connection) {
+  sendExpectedHost(connection);
   X509_VERIFY_PARAM* const expected = SSL_get0_param(&connection);
   const char* const name = SSL_get_servername(&connection, TLSEXT_NAMETYPE_host_name);
   if (name != nullptr) {
@@ -138,6 +155,7 @@ void expectServer(SSL& connection) {
 
 void beginOutgoing(SSL& connection) {
   latestFailure.clear();
+  SSL_set_verify(&connection, SSL_VERIFY_PEER, verifyOutgoing);
   const std::shared_ptr<TlsContext> context = outgoingContext();
   if (!context) {
     return;
@@ -178,6 +196,17 @@ std::shared_ptr<SSL_CTX> TlsContext::current() const {
 
 void checkTls(const TlsOptions& options) {
   makeContext(options);
+}
+
+std::shared_ptr<TlsContext> startTls(const TlsOptions& options) {
+  const bool configured = !options.certificate.empty() || !options.authorities.empty();
+  auto context = configured ? std::make_shared<TlsContext>(options) : nullptr;
+  setOutgoingTls(context);
+  return context;
+}
+
+void expectHost(const std::string& host) {
+  expectedHost = host;
 }
 
 void setOutgoingTls(std::shared_ptr<TlsContext> context) {

@@ -5,6 +5,8 @@
 
 #include <openssl/ssl.h>
 
+#include <algorithm>
+#include <chrono>
 #include <memory>
 #include <string>
 
@@ -36,6 +38,16 @@ class TlsContext {
   std::shared_ptr<SSL_CTX> context_ GUARDED_BY(mutex_);
 };
 
+// The time for a TLS handshake: at most ten seconds.
+inline std::chrono::milliseconds handshakeTime(const Options& options) {
+  constexpr std::chrono::milliseconds kMost{10000};
+  return options.serveTimeout.count() == 0 ? kMost : std::min(kMost, options.serveTimeout);
+}
+
+// Returns the context for the files of the options, and sets it for outgoing calls; null without
+// files. Throws TlsError.
+std::shared_ptr<TlsContext> startTls(const TlsOptions& options);
+
 // Sets the context of outgoing calls; null: no authority is trusted. Thread-safety: any thread.
 void setOutgoingTls(std::shared_ptr<TlsContext> context);
 
@@ -45,6 +57,10 @@ bool isOutgoingTlsSet();
 // Prepares the SSL_CTX of an ORB for its outgoing connections. They begin with the context of
 // setOutgoingTls(), and their failures are recorded for takeTlsFailure().
 void prepareOutgoing(SSL_CTX& context);
+
+// Sets the host in the reference for later handshakes of the calling thread, for an ORB that does
+// not put the host into the handshake itself.
+void expectHost(const std::string& host);
 
 // Callbacks of prepareOutgoing(), for an ORB that installs them itself.
 int verifyOutgoing(int ok, X509_STORE_CTX* chain);

@@ -21,14 +21,6 @@
 namespace orb {
 namespace {
 
-// The context of an ORB's connections; also set for outgoing calls.
-std::shared_ptr<TlsContext> startTls(const Options& options) {
-  const bool configured = !options.tls.certificate.empty() || !options.tls.authorities.empty();
-  auto context = configured ? std::make_shared<TlsContext>(options.tls) : nullptr;
-  setOutgoingTls(context);
-  return context;
-}
-
 class RunningOrb {
  public:
   RunningOrb(const Options& options, const std::shared_ptr<ServerState>& state)
@@ -127,13 +119,13 @@ void checkRequests(Server& /*the only one*/, RequestCheck check) {
 }
 
 std::unique_ptr<Orb> startClient(const Options& options) {
-  startTls(options);
+  startTls(options.tls);
   return std::make_unique<ClientOrb>(options);
 }
 
 std::unique_ptr<Server> startServer(const Options& options, const std::vector<Endpoint>& endpoints,
                                     const LogFunction& log) {
-  const auto state = std::make_shared<ServerState>(options, endpoints, startTls(options));
+  const auto state = std::make_shared<ServerState>(options, endpoints, startTls(options.tls));
   for (const Endpoint& endpoint : endpoints) {
     if (endpoint.transport == Transport::kTls && options.tls.certificate.empty()) {
       throw EndpointError("cannot listen on " + format(endpoint) + ": there is no certificate");

@@ -3,7 +3,6 @@
 #ifndef ORB_OMNIORB_INCOMING_SERVERSTATE_H
 #define ORB_OMNIORB_INCOMING_SERVERSTATE_H
 
-#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <cstddef>
@@ -25,12 +24,6 @@ struct ChannelLimits {
       0};  // from the first byte of a request to its last; 0: none
   std::chrono::milliseconds handshakeTime{0};
 };
-
-// The time for a TLS handshake: at most ten seconds.
-inline std::chrono::milliseconds handshakeTime(const Options& options) {
-  constexpr std::chrono::milliseconds kMost{10000};
-  return options.serveTimeout.count() == 0 ? kMost : std::min(kMost, options.serveTimeout);
-}
 
 // The options and limits of a server, and the results of its start.
 //

@@ -1,4 +1,4 @@
-#include "tlsstream.h"
+#include "tlssession.h"
 
 #include <openssl/err.h>
 #include <sys/socket.h>
@@ -22,14 +22,14 @@ int limited(std::size_t count) {
 
 }  // namespace
 
-TlsStream::TlsStream(Descriptor socket, Peer peer, const TlsContext& context)
-    : Stream(std::move(socket), std::move(peer)), connection_(acceptingConnection(context)) {
-  if (!connection_ || SSL_set_fd(connection_.get(), this->socket()) != 1) {
+TlsSession::TlsSession(int socket, const TlsContext& context)
+    : socket_(socket), connection_(acceptingConnection(context)) {
+  if (!connection_ || SSL_set_fd(connection_.get(), socket) != 1) {
     throw std::bad_alloc();
   }
 }
 
-ssize_t TlsStream::receive(char* to, std::size_t count) {
+ssize_t TlsSession::receive(char* to, std::size_t count) {
   if (failed_) {
     return dropBytes();
   }
@@ -51,10 +51,10 @@ ssize_t TlsStream::receive(char* to, std::size_t count) {
   return -1;
 }
 
-TlsStream::Step TlsStream::shakeHands() {
+TlsSession::Step TlsSession::shakeHands() {
   const int result = SSL_do_handshake(connection_.get());
   if (result == 1) {
-    setSubject(verifiedSubject(*connection_));
+    subject_ = verifiedSubject(*connection_);
     open_ = true;
     return Step::kDone;
   }
@@ -63,14 +63,14 @@ TlsStream::Step TlsStream::shakeHands() {
   }
   failure_ = handshakeFailure(*connection_);
   failed_ = true;
-  ::shutdown(socket(), SHUT_WR);
+  ::shutdown(socket_, SHUT_WR);
   return Step::kFailed;
 }
 
 // A close() with unread bytes would send a reset, which can overtake the alert.
-ssize_t TlsStream::dropBytes() {
+ssize_t TlsSession::dropBytes() const {
   char dropped[1024];
-  const ssize_t count = ::recv(socket(), dropped, sizeof dropped, MSG_DONTWAIT);
+  const ssize_t count = ::recv(socket_, dropped, sizeof dropped, MSG_DONTWAIT);
   if (count <= 0) {
     return count;
   }
@@ -78,7 +78,7 @@ ssize_t TlsStream::dropBytes() {
   return -1;
 }
 
-ssize_t TlsStream::send(const void* bytes, std::size_t count) {
+ssize_t TlsSession::send(const void* bytes, std::size_t count) {
   const MutexLock lock(mutex_);
   if (!open_) {
     errno = EPIPE;
@@ -93,25 +93,22 @@ ssize_t TlsStream::send(const void* bytes, std::size_t count) {
   return -1;
 }
 
-bool TlsStream::hasReceived() const {
+bool TlsSession::hasReceived() const {
   const MutexLock lock(mutex_);
   return SSL_pending(connection_.get()) > 0;
 }
 
-std::string TlsStream::takeFailure() {
+std::string TlsSession::takeFailure() {
   const MutexLock lock(mutex_);
   return std::exchange(failure_, {});
 }
 
-void TlsStream::shutDown() {
-  {
-    const MutexLock lock(mutex_);
-    if (open_) {
-      ERR_clear_error();
-      SSL_shutdown(connection_.get());
-    }
+void TlsSession::end() {
+  const MutexLock lock(mutex_);
+  if (open_) {
+    ERR_clear_error();
+    SSL_shutdown(connection_.get());
   }
-  Stream::shutDown();
 }
 
 }  // namespace orb
