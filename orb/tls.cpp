@@ -140,7 +140,8 @@ void sendExpectedHost(SSL& connection) {
 }
 
 // The server's certificate must contain the name or the address in the reference. The ORB, or
-// sendExpectedHost(), sends a name in the handshake; the ORB connects to a numeric address as it is.
+// sendExpectedHost(), sends a name in the handshake; the ORB connects to a numeric address as it
+// is.
 void expectServer(SSL& connection) {
   sendExpectedHost(connection);
   X509_VERIFY_PARAM* const expected = SSL_get0_param(&connection);

@@ -10,7 +10,7 @@ find_path(TAO_SERVICES_INCLUDE_DIR orbsvcs/CosNotifyComm.idl ${_orb_search}
 
 # Each library precedes the libraries that it depends on.
 set(_orb_libraries
-  TAO_PortableServer TAO_PI TAO_CodecFactory TAO_Codeset TAO_AnyTypeCode TAO)
+  TAO_Strategies TAO_PortableServer TAO_PI TAO_CodecFactory TAO_Codeset TAO_AnyTypeCode TAO)
 set(_orb_Naming TAO_CosNaming_Skel TAO_CosNaming)
 set(_orb_Notification TAO_CosNotification_Skel TAO_CosNotification TAO_CosEvent_Skel TAO_CosEvent)
 set(_orb_found)

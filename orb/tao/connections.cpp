@@ -26,10 +26,8 @@ Peer currentPeer() {
   return connection ? connection->peer() : Peer();
 }
 
-Connection::Connection(int socket, std::size_t endpoint)
-    : socket_(socket),
-      address_(peerEndpoint(socket)),
-      peer_(peerOf(socket, Transport::kTcp, endpoint)) {}
+Connection::Connection(int socket, Transport transport, std::size_t endpoint)
+    : socket_(socket), address_(peerEndpoint(socket)), peer_(peerOf(socket, transport, endpoint)) {}
 
 void Connection::stopReading() const {
   static_cast<void>(::shutdown(socket_, SHUT_RD));
@@ -62,16 +60,47 @@ ObjectKey Connection::target() const {
   return target_;
 }
 
-Connections::Connections(const Options& options, const LogFunction& log)
+Connections::UnixSocket::UnixSocket(const std::string& path)
+    : socket(listenOnUnixSocket(path)), file(path) {}
+
+Connections::Connections(const Options& options, std::vector<Endpoint> endpoints,
+                         std::shared_ptr<TlsContext> tls, const LogFunction& log)
     : options_(options),
+      endpoints_(std::move(endpoints)),
+      tls_(std::move(tls)),
       limits_(requestLimits(options)),
       log_(log),
       limitLog_(log),
       budget_(options.maxMessageBytes),
-      addresses_(options.publish) {}
+      addresses_(options.publish) {
+  listenOnUnixSockets();
+}
+
+void Connections::listenOnUnixSockets() {
+  for (const Endpoint& endpoint : endpoints_) {
+    if (endpoint.transport != Transport::kUnix) {
+      continue;
+    }
+    try {
+      if (endpoint.host.find_first_of(";|") != std::string::npos) {
+        throw EndpointError("the path contains one of the characters ;|");
+      }
+      unixSockets_.try_emplace(endpoint.host, endpoint.host);
+    } catch (const EndpointError& failure) {
+      throw EndpointError("cannot listen on " + format(endpoint) + ": " + failure.what());
+    }
+  }
+}
+
+int Connections::takeUnixSocket(const std::string& path) {
+  const auto found = unixSockets_.find(path);
+  return found == unixSockets_.end() ? -1 : found->second.socket.release();
+}
 
 std::shared_ptr<Connection> Connections::admit(int socket) {
-  const auto connection = std::make_shared<Connection>(socket, endpointOf(socket));
+  const std::size_t endpoint = endpointOf(socket);
+  const Transport transport = addresses_.bound()[endpoint].transport;
+  const auto connection = std::make_shared<Connection>(socket, transport, endpoint);
   {
     const MutexLock lock(mutex_);
     if (closing_) {
@@ -102,6 +131,10 @@ void Connections::logNoMemory() {
 
 void Connections::logIncomplete() {
   limitLog_.requestIncomplete(Clock::now());
+}
+
+void Connections::logHandshake(const Connection& connection, const std::string& reason) {
+  limitLog_.handshakeFailed(connection.peer().address, reason, Clock::now());
 }
 
 void Connections::logUnread(const Connection& connection) const {
@@ -137,6 +170,7 @@ void Connections::close() {
     connection->beginDrain();
   }
   removed_.wait(lock.native(), [this]() REQUIRES(mutex_) { return connections_.empty(); });
+  unixSockets_.clear();
 }
 
 bool Connections::isClosing() const {
@@ -147,9 +181,12 @@ bool Connections::isClosing() const {
 // Returns the index of the endpoint that accepted the connection.
 std::size_t Connections::endpointOf(int socket) const {
   const std::vector<Endpoint>& bound = addresses_.bound();
-  const auto found = std::find_if(
-      bound.begin(), bound.end(),
-      [own = localEndpoint(socket)](const Endpoint& each) { return each.port == own.port; });
+  const auto found =
+      std::find_if(bound.begin(), bound.end(), [own = localEndpoint(socket)](const Endpoint& each) {
+        return each.port == own.port &&
+               (own.transport == Transport::kUnix) == (each.transport == Transport::kUnix) &&
+               (own.transport != Transport::kUnix || each.host == own.host);
+      });
   return found == bound.end() ? 0 : static_cast<std::size_t>(found - bound.begin());
 }
 

@@ -6,14 +6,19 @@
 #include <chrono>
 #include <condition_variable>
 #include <functional>
+#include <map>
 #include <memory>
 #include <set>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "../boundendpoints.h"
+#include "../descriptor.h"
 #include "../incoming/assembler.h"
 #include "../limitlog.h"
+#include "../tls.h"
+#include "../unixsocket.h"
 #include "orb/orb.h"
 #include "sync/Mutex.h"
 
@@ -21,14 +26,20 @@ namespace orb {
 
 // An open incoming connection, from accept until the end of its transport.
 //
-// Thread-safety: any thread, while the socket is open. The socket is borrowed. No function fails.
+// Thread-safety: any thread, while the socket is open; peer() on the thread of the connection. The
+// socket is borrowed. No function fails.
 class Connection {
  public:
   // REQUIRES: a connected socket. endpoint: the index of the endpoint that accepted it.
-  Connection(int socket, std::size_t endpoint);
+  Connection(int socket, Transport transport, std::size_t endpoint);
 
   int socket() const { return socket_; }
   const Peer& peer() const { return peer_; }
+
+  // Sets the subject of the client's certificate. REQUIRES: called by the thread of the connection,
+  // before its first request.
+  void setSubject(std::string subject) { peer_.subject = std::move(subject); }
+
   const Endpoint& address() const { return address_; }
 
   // Wakes the thread that waits for a request. A reply can still be sent.
@@ -51,7 +62,7 @@ class Connection {
  private:
   const int socket_;
   const Endpoint address_;
-  const Peer peer_;
+  Peer peer_;
   mutable Mutex mutex_;
   ObjectKey target_ GUARDED_BY(mutex_);
   bool draining_ GUARDED_BY(mutex_) = false;
@@ -73,7 +84,10 @@ ServedRequest& servedRequest();
 // std::bad_alloc.
 class Connections {
  public:
-  Connections(const Options& options, const LogFunction& log);
+  // tls: null without a certificate. Listens on the Unix sockets among the endpoints; throws
+  // EndpointError.
+  Connections(const Options& options, std::vector<Endpoint> endpoints,
+              std::shared_ptr<TlsContext> tls, const LogFunction& log);
 
   // Adds a connection; the caller keeps the socket. Returns null when the limit is reached or the
   // ORB is ending.
@@ -85,6 +99,7 @@ class Connections {
   void logNoDescriptor();
   void logNoMemory();
   void logIncomplete();
+  void logHandshake(const Connection& connection, const std::string& reason);
   void logUnread(const Connection& connection) const;
   void logTooLarge(const Connection& connection, const Assembler::Request& request);
   void endEpisodes();
@@ -93,10 +108,16 @@ class Connections {
   void drain(const std::function<bool(const ObjectKey&)>& matches);
 
   // Stops admitting connections and reading requests. Returns when all requests and connections
-  // have ended.
+  // have ended. Removes the files of the Unix sockets.
   void close();
 
   bool isClosing() const;
+
+  // The endpoint that listens next. REQUIRES: addEndpoint() was not called for every endpoint.
+  const Endpoint& nextEndpoint() const { return endpoints_[addresses_.bound().size()]; }
+
+  // Returns the listening socket of a Unix endpoint; the caller owns the socket.
+  int takeUnixSocket(const std::string& path);
 
   // Adds the address of the next endpoint that listens. Returns its address in references. Called
   // by the thread that starts the ORB, before the first connection is accepted.
@@ -104,18 +125,30 @@ class Connections {
   const BoundEndpoints& addresses() const { return addresses_; }
 
   const Options& options() const { return options_; }
+  const std::shared_ptr<TlsContext>& tls() const { return tls_; }
   const RequestLimits& limits() const { return limits_; }
   ReceiveBudget& budget() { return budget_; }
 
  private:
+  struct UnixSocket {
+    explicit UnixSocket(const std::string& path);
+
+    Descriptor socket;
+    SocketFile file;
+  };
+
+  void listenOnUnixSockets();
   std::size_t endpointOf(int socket) const;
 
   const Options options_;
+  const std::vector<Endpoint> endpoints_;  // as requested
+  const std::shared_ptr<TlsContext> tls_;
   const RequestLimits limits_;
   const LogFunction log_;
   LimitLog limitLog_;
   ReceiveBudget budget_;
   BoundEndpoints addresses_;
+  std::map<std::string, UnixSocket> unixSockets_;  // by path; used by the start and the end
 
   mutable Mutex mutex_;
   std::condition_variable removed_;

@@ -1,23 +1,21 @@
 #include "orb/destinations.h"
 
-#include <tao/Endpoint.h>
-#include <tao/IIOP_Endpoint.h>
 #include <tao/Profile.h>
 #include <tao/Stub.h>
+
+#include "profiles.h"
 
 namespace orb {
 namespace {
 
-Destination destinationIn(TAO_Endpoint& endpoint) {
-  if (auto* const iiop = dynamic_cast<TAO_IIOP_Endpoint*>(&endpoint)) {
-    return {Destination::Kind::kIp, iiop->host()};
-  }
-  return {Destination::Kind::kOther, "transport " + std::to_string(endpoint.tag())};
+Destination destinationAt(const Endpoint& endpoint) {
+  return endpoint.transport == Transport::kUnix
+             ? Destination{Destination::Kind::kUnix, format(endpoint)}
+             : Destination{Destination::Kind::kIp, endpoint.host};
 }
 
 }  // namespace
 
-// A profile of an unknown kind has no endpoint.
 std::vector<Destination> destinationsOf(CORBA::Object_ptr reference) {
   std::vector<Destination> result;
   TAO_Stub* const stub = reference->_stubobj();
@@ -26,9 +24,8 @@ std::vector<Destination> destinationsOf(CORBA::Object_ptr reference) {
   }
   const TAO_MProfile& profiles = stub->base_profiles();
   for (TAO_PHandle i = 0; i < profiles.profile_count(); ++i) {
-    TAO_Profile* const profile = const_cast<TAO_Profile*>(profiles.get_profile(i));
-    for (TAO_Endpoint* each = profile->endpoint(); each != nullptr; each = each->next()) {
-      result.push_back(destinationIn(*each));
+    for (const Endpoint& each : endpointsIn(const_cast<TAO_Profile&>(*profiles.get_profile(i)))) {
+      result.push_back(destinationAt(each));
     }
   }
   return result;

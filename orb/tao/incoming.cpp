@@ -1,30 +1,24 @@
 #include "incoming.h"
 
-#include <fcntl.h>
-#include <poll.h>
-#include <sys/socket.h>
-#include <tao/Acceptor_Impl.h>
 #include <tao/IIOP_Acceptor.h>
 #include <tao/IIOP_Connection_Handler.h>
 #include <tao/IIOP_Factory.h>
+#include <tao/IIOP_Profile.h>
 #include <tao/IIOP_Transport.h>
-#include <tao/ORB_Core.h>
-#include <unistd.h>
+#include <tao/ORB_Constants.h>
+#include <tao/Thread_Lane_Resources.h>
 
-#include <algorithm>
-#include <array>
-#include <cerrno>
-#include <new>
-#include <optional>
+#include <memory>
+#include <string>
 #include <utility>
 
+#include "acceptance.h"
 #include "outgoingcalls.h"
+#include "profiles.h"
 #include "sync/Mutex.h"
+#include "transports.h"
 
 namespace orb {
-
-using Clock = std::chrono::steady_clock;
-using std::chrono::milliseconds;
 
 struct LatestConnections {
   Mutex mutex;
@@ -40,284 +34,36 @@ LatestConnections& latestConnections() {
 
 namespace {
 
-// Returns the milliseconds until the time, for poll(); -1 without a value.
-int millisecondsUntil(std::optional<Clock::time_point> until) {
-  if (!until) {
-    return -1;
-  }
-  const auto left = std::chrono::ceil<milliseconds>(*until - Clock::now());
-  return static_cast<int>(std::clamp<milliseconds::rep>(left.count(), 0, 1 << 30));
-}
-
-std::optional<Clock::time_point> after(Clock::time_point begin, milliseconds time) {
-  return time.count() == 0 ? std::nullopt : std::optional(begin + time);
-}
-
-// The transport of an incoming connection, used by the thread of the connection. Assembles requests
-// before the ORB reads them, so that the ORB never waits for the rest of a message.
-class IncomingTransport final : public TAO_IIOP_Transport {
- public:
-  IncomingTransport(TAO_IIOP_Connection_Handler* handler, TAO_ORB_Core* core,
-                    std::shared_ptr<Connections> connections)
-      : TAO_IIOP_Transport(handler, core),
-        connections_(std::move(connections)),
-        assembler_(connections_->limits(), connections_->budget()) {}
-
-  ~IncomingTransport() override {
-    if (connection_) {
-      connections_->remove(connection_);
-    }
-  }
-
-  // Registers the accepted connection. Returns false if the connection is refused.
-  bool admit(int socket) {
-    try {
-      connection_ = connections_->admit(socket);
-    } catch (const std::bad_alloc&) {
-      connections_->logNoMemory();
-    }
-    return connection_ != nullptr;
-  }
-
- private:
-  // Ends the connection when a request is incomplete after serveTimeout, or after idleTimeout.
-  ssize_t recv(char* to, std::size_t count, const ACE_Time_Value* /*timeout*/) override {
-    replyBegun_.reset();
-    std::size_t taken = request_ ? request_->bytes.take(to, count) : 0;
-    if (taken == 0 && receiveRequest()) {
-      taken = request_->bytes.take(to, count);
-    }
-    if (taken > 0) {
-      return static_cast<ssize_t>(taken);
-    }
-    errno = ECONNRESET;  // after ETIME the ORB would retry
-    return -1;
-  }
-
-  // Ends the connection when the reply is not sent within serveTimeout, or within drainGrace.
-  ssize_t send(iovec* pieces, int count, std::size_t& sent, const ACE_Time_Value*) override {
-    if (!replyBegun_) {
-      replyBegun_ = Clock::now();
-    }
-    msghdr message{};
-    message.msg_iov = pieces;
-    message.msg_iovlen = static_cast<std::size_t>(count);
-    for (;;) {
-      const ssize_t written =
-          ::sendmsg(connection_->socket(), &message, MSG_DONTWAIT | MSG_NOSIGNAL);
-      if (written >= 0) {
-        sent = static_cast<std::size_t>(written);
-        return written;
-      }
-      if (errno != EINTR && (errno != EAGAIN || !awaitWritable())) {
-        connection_->reset();
-        errno = ECONNRESET;
-        return -1;
-      }
-    }
-  }
-
-  // Polls isDraining(), because drain may begin while the thread waits.
-  bool awaitWritable() const {
-    constexpr milliseconds kPollInterval{100};
-    const auto isLate = [](std::optional<Clock::time_point> until) {
-      return until && *until <= Clock::now();
-    };
-    while (!isLate(after(*replyBegun_, connections_->options().serveTimeout))) {
-      if (awaitSocket(POLLOUT, Clock::now() + kPollInterval)) {
-        return true;
-      }
-      if (connection_->isDraining() && isLate(*replyBegun_ + connections_->options().drainGrace)) {
-        connections_->logUnread(*connection_);
-        return false;
-      }
-    }
-    return false;
-  }
-
-  // Waits for the next complete request. Returns false at the end of the connection and after a
-  // failed allocation.
-  bool receiveRequest() {
-    try {
-      return assembleRequest();
-    } catch (const std::bad_alloc&) {
-      return false;
-    }
-  }
-
-  bool assembleRequest() {
-    request_.reset();
-    idleUntil_ = after(Clock::now(), connections_->options().idleTimeout);
-    while (!connections_->isClosing()) {
-      const Assembler::Progress taken =
-          assembler_.take(buffer_.data() + begin_, end_ - begin_, Clock::now());
-      begin_ += taken.bytes;
-      if (assembler_.isComplete()) {
-        request_ = assembler_.release();
-        recordRequest();
-        return true;
-      }
-      if (!taken.valid || !(taken.starved ? awaitBudget() : receiveBytes())) {
-        return false;
-      }
-    }
-    return false;
-  }
-
-  void recordRequest() {
-    servedRequest() = {connection_, request_->declaredBytes, request_->refused.has_value()};
-    if (request_->refused) {
-      connections_->logTooLarge(*connection_, *request_);
-    }
-  }
-
-  // Receives the available bytes, or waits for the first byte.
-  bool receiveBytes() {
-    if (!awaitSocket(POLLIN, deadline())) {
-      return timedOut();
-    }
-    const ssize_t count =
-        ::recv(connection_->socket(), buffer_.data(), buffer_.size(), MSG_DONTWAIT);
-    begin_ = 0;
-    end_ = count > 0 ? static_cast<std::size_t>(count) : 0;
-    return count > 0 || (count < 0 && (errno == EAGAIN || errno == EINTR));
-  }
-
-  // Pauses until other connections may have released receive memory.
-  bool awaitBudget() {
-    constexpr int kPauseMilliseconds = 20;
-    ::poll(nullptr, 0, kPauseMilliseconds);
-    return millisecondsUntil(deadline()) != 0 || timedOut();
-  }
-
-  // Logs an incomplete request. Returns false, for the end of the connection.
-  bool timedOut() const {
-    if (assembler_.incompleteSince()) {
-      connections_->logIncomplete();
-    }
-    return false;
-  }
-
-  std::optional<Clock::time_point> deadline() const {
-    const std::optional<Assembler::Time> since = assembler_.incompleteSince();
-    return since ? after(*since, connections_->options().serveTimeout) : idleUntil_;
-  }
-
-  // Whether the socket became ready, or failed, before `until`.
-  bool awaitSocket(short event, std::optional<Clock::time_point> until) const {
-    pollfd wait{connection_->socket(), event, 0};
-    int ready = 0;
-    do {
-      ready = ::poll(&wait, 1, millisecondsUntil(until));
-    } while ((ready < 0 && errno == EINTR) || (ready == 0 && millisecondsUntil(until) != 0));
-    return ready > 0;
-  }
-
-  const std::shared_ptr<Connections> connections_;
-  std::shared_ptr<Connection> connection_;
-  Assembler assembler_;
-  std::optional<Assembler::Request> request_;  // the request that the ORB reads
-  std::array<char, 16384> buffer_;             // received bytes
-  std::size_t begin_ = 0;                      // [begin_, end_): bytes that are not assembled yet
-  std::size_t end_ = 0;
-  std::optional<Clock::time_point> idleUntil_;
-  std::optional<Clock::time_point> replyBegun_;
+struct Iiop {
+  using Handler = TAO_IIOP_Connection_Handler;
+  using Transport = TAO_IIOP_Transport;
+  using PeerAcceptor = ACE_SOCK_ACCEPTOR;
 };
 
-// The ORB's handler of an incoming connection, with an IncomingTransport in place of the ORB's.
-class IncomingHandler final : public TAO_IIOP_Connection_Handler {
- public:
-  IncomingHandler(TAO_ORB_Core* core, std::shared_ptr<Connections> connections)
-      : TAO_IIOP_Connection_Handler(core) {
-    const std::unique_ptr<TAO_Transport> ofTheOrb(transport());
-    incoming_ = new IncomingTransport(this, core, std::move(connections));  // the base deletes it
-    transport(incoming_);
-  }
-
-  IncomingTransport& incoming() { return *incoming_; }
-
- private:
-  IncomingTransport* incoming_ = nullptr;
-};
-
-// Creates the handlers of accepted connections.
-class Creation final : public TAO_Creation_Strategy<TAO_IIOP_Connection_Handler> {
- public:
-  Creation(TAO_ORB_Core* core, std::shared_ptr<Connections> connections)
-      : TAO_Creation_Strategy(core), connections_(std::move(connections)) {}
-
-  int make_svc_handler(TAO_IIOP_Connection_Handler*& handler) override {
-    try {
-      handler = new IncomingHandler(orb_core_, connections_);
-      return 0;
-    } catch (const std::bad_alloc&) {
-      constexpr int kPauseMilliseconds = 20;  // the ORB retries immediately
-      connections_->logNoMemory();
-      ::poll(nullptr, 0, kPauseMilliseconds);
-      return -1;
-    }
-  }
-
- private:
-  const std::shared_ptr<Connections> connections_;
-};
-
-using AcceptStrategy = TAO_Accept_Strategy<TAO_IIOP_Connection_Handler, ACE_SOCK_ACCEPTOR>;
-
-// Accepts connections and closes connections beyond the limits. When the process has no descriptor
-// left, a reserved descriptor is used to accept and close a connection.
-class Acceptance final : public AcceptStrategy {
- public:
-  Acceptance(TAO_ORB_Core* core, std::shared_ptr<Connections> connections)
-      : AcceptStrategy(core), connections_(std::move(connections)), reserve_(openReserve()) {}
-
-  ~Acceptance() override { ::close(reserve_); }
-
-  int accept_svc_handler(TAO_IIOP_Connection_Handler* handler) override {
-    if (AcceptStrategy::accept_svc_handler(handler) == -1) {  // has destroyed the handler
-      if (errno == EMFILE || errno == ENFILE) {
-        refuseOne();
-      }
-      return -1;
-    }
-    auto* const incoming = static_cast<IncomingHandler*>(handler);
-    if (incoming->incoming().admit(handler->get_handle())) {
-      return 0;
-    }
-    handler->transport()->remove_reference();
-    errno = 0;  // the ORB continues to accept
-    return -1;
-  }
-
- private:
-  static int openReserve() { return ::open("/dev/null", O_RDONLY | O_CLOEXEC); }
-
-  void refuseOne() {
-    connections_->logNoDescriptor();
-    if (reserve_ >= 0) {
-      ::close(reserve_);
-      ::close(::accept(get_handle(), nullptr, nullptr));
-      errno = 0;  // with an error the ORB would pause accepting
-    }
-    reserve_ = openReserve();
-  }
-
-  const std::shared_ptr<Connections> connections_;
-  int reserve_;
-};
-
-// Listens with the strategies above; the base class keeps the addresses.
+// Listens with the strategies above, with or without TLS; the base class keeps the addresses.
 class IncomingAcceptor final : public TAO_IIOP_Acceptor {
  public:
   ~IncomingAcceptor() override { IncomingAcceptor::close(); }
 
   int close() override { return acceptor_.close(); }
 
+  // A profile with TLS is a profile of its own.
+  int create_profile(const TAO::ObjectKey& key, TAO_MProfile& profiles,
+                     CORBA::Short priority) override {
+    if (!tls_) {
+      return TAO_IIOP_Acceptor::create_profile(key, profiles, priority);
+    }
+    auto* const made = new TAO_IIOP_Profile(hosts_[0], 0, key, addrs_[0], version_, orb_core_);
+    addOrbComponents(*made, *orb_core_);
+    addTlsComponent(*made, addrs_[0].get_port_number());
+    return giveProfile(profiles, decoded(made, *orb_core_));
+  }
+
  private:
   int open_i(const ACE_INET_Addr& address, ACE_Reactor* reactor) override {
     const std::shared_ptr<Connections> connections = currentConnections();
-    creation_ = std::make_unique<Creation>(orb_core_, connections);
-    acceptance_ = std::make_unique<Acceptance>(orb_core_, connections);
+    creation_ = std::make_unique<Creation<Iiop>>(orb_core_, connections);
+    acceptance_ = std::make_unique<Acceptance<Iiop>>(orb_core_, connections);
     concurrency_ = std::make_unique<CONCURRENCY_STRATEGY>(orb_core_);
     ACE_INET_Addr own;
     if (acceptor_.open(address, reactor, creation_.get(), acceptance_.get(), concurrency_.get(),
@@ -325,7 +71,9 @@ class IncomingAcceptor final : public TAO_IIOP_Acceptor {
         acceptor_.acceptor().get_local_addr(own) == -1) {
       return -1;
     }
-    publish(connections->addEndpoint({hosts_[0], own.get_port_number()}));
+    const Transport transport = connections->nextEndpoint().transport;
+    tls_ = transport == Transport::kTls;
+    publish(connections->addEndpoint({hosts_[0], own.get_port_number(), transport}));
     default_address_.set_port_number(own.get_port_number());
     static_cast<void>(acceptor_.acceptor().enable(ACE_CLOEXEC));
     static_cast<void>(::listen(acceptor_.acceptor().get_handle(), SOMAXCONN));  // instead of 5
@@ -346,8 +94,9 @@ class IncomingAcceptor final : public TAO_IIOP_Acceptor {
     }
   }
 
-  std::unique_ptr<Creation> creation_;
-  std::unique_ptr<Acceptance> acceptance_;
+  bool tls_ = false;
+  std::unique_ptr<Creation<Iiop>> creation_;
+  std::unique_ptr<Acceptance<Iiop>> acceptance_;
   std::unique_ptr<CONCURRENCY_STRATEGY> concurrency_;
   BASE_ACCEPTOR acceptor_{this};
 };
@@ -355,6 +104,11 @@ class IncomingAcceptor final : public TAO_IIOP_Acceptor {
 class Protocol final : public TAO_IIOP_Protocol_Factory {
  public:
   TAO_Acceptor* make_acceptor() override { return new IncomingAcceptor; }
+
+  TAO_Connector* make_connector() override {
+    TAO_Connector* const withTls = makeTlsConnector().release();
+    return withTls == nullptr ? TAO_IIOP_Protocol_Factory::make_connector() : withTls;
+  }
 };
 
 }  // namespace

@@ -26,6 +26,7 @@
 
 #include "incoming.h"
 #include "outgoingcalls.h"
+#include "transports.h"
 
 namespace orb {
 
@@ -210,9 +211,9 @@ class MessageResources final : public TAO_Default_Resource_Factory {
     if (get_protocol_factories()->size() > 0) {
       return 0;
     }
-    auto item = std::make_unique<TAO_Protocol_Item>("TopoProtocol");
-    item->factory(makeProtocol().release(), 1);  // 1: the item owns the factory
-    return get_protocol_factories()->insert(item.release());
+    return addProtocol("TopoProtocol", makeProtocol()) == 0
+               ? addProtocol("TopoUnixProtocol", makeUnixProtocol())
+               : -1;
   }
 
   // The ORB refuses connections beyond this number and purges idle connections near it.
@@ -229,6 +230,13 @@ class MessageResources final : public TAO_Default_Resource_Factory {
   Fragmentation create_fragmentation_strategy(TAO_Transport* /*transport*/,
                                               CORBA::ULong /*most*/) const override {
     return Fragmentation(new MessageLimit);
+  }
+
+ private:
+  int addProtocol(const char* name, std::unique_ptr<TAO_Protocol_Factory> factory) {
+    auto item = std::make_unique<TAO_Protocol_Item>(name);
+    item->factory(factory.release(), 1);  // 1: the item owns the factory
+    return get_protocol_factories()->insert(item.release());
   }
 };
 

@@ -8,6 +8,7 @@
 #include <tao/Codeset/Codeset.h>
 #include <tao/ORB_Core.h>
 #include <tao/PortableServer/Root_POA.h>
+#include <tao/ServerRequestInterceptor_Adapter.h>
 #include <tao/default_client.h>
 #include <tao/default_server.h>
 
@@ -19,12 +20,14 @@
 #include <vector>
 
 #include "../listening.h"
+#include "../tls.h"
 #include "barekeys.h"
 #include "connections.h"
 #include "incoming.h"
 #include "messagelimit.h"
 #include "metering.h"
 #include "outgoingcalls.h"
+#include "transports.h"
 
 namespace orb {
 
@@ -57,9 +60,26 @@ void configureProcess() {
 
 namespace {
 
+// An endpoint in the ORB's notation. The endpoints of TLS and TCP have one factory.
+std::string notation(const Endpoint& endpoint) {
+  return endpoint.transport == Transport::kUnix ? "uiop://" + endpoint.host
+                                                : "iiop://" + format(endpoint);
+}
+
+// Removes the interceptors of incoming requests, which SSLIOP adds: BareKeys dispatches requests
+// without them.
+void removeInterceptors(TAO_ORB_Core& core) {
+  if (TAO::ServerRequestInterceptor_Adapter* const all = core.serverrequestinterceptor_adapter()) {
+    all->destroy_interceptors();
+  }
+}
+
 CORBA::ORB_ptr initOrb(const Options& options, const std::vector<Endpoint>& listenAt,
                        const std::shared_ptr<Connections>& connections) {
   configureProcess();
+  if (isOutgoingTlsSet()) {
+    installTls();
+  }
   limitMessages(options.maxMessageBytes);
   setConnections(connections);
   unsetenv("TAO_ORBENDPOINT");  // an additional endpoint to listen at
@@ -74,7 +94,10 @@ CORBA::ORB_ptr initOrb(const Options& options, const std::vector<Endpoint>& list
       "0",
   };
   for (const Endpoint& endpoint : listenAt) {
-    arguments.insert(arguments.end(), {"-ORBListenEndpoints", "iiop://" + format(endpoint)});
+    arguments.insert(arguments.end(), {"-ORBListenEndpoints", notation(endpoint)});
+    if (endpoint.transport == Transport::kTls) {
+      arguments.insert(arguments.end(), {"-ORBUseSharedProfile", "0"});
+    }
   }
   std::vector<char*> argv;
   argv.reserve(arguments.size() + 1);
@@ -85,20 +108,22 @@ CORBA::ORB_ptr initOrb(const Options& options, const std::vector<Endpoint>& list
   argv.push_back(nullptr);
   CORBA::ORB_var orb = CORBA::ORB_init(argc, argv.data(), "topo");
   setCallTimeout(*orb->orb_core(), options.callTimeout);
+  removeInterceptors(*orb->orb_core());
   return orb._retn();
 }
 
 class RunningOrb {
  public:
-  RunningOrb(const Options& options, const std::vector<Endpoint>& listenAt, const LogFunction& log)
-      : connections_(std::make_shared<Connections>(options, log)),
-        orb_(initOrb(options, listenAt, connections_)) {}
+  RunningOrb(const Options& options, const std::vector<Endpoint>& listenAt,
+             std::shared_ptr<Connections> connections)
+      : connections_(std::move(connections)), orb_(initOrb(options, listenAt, connections_)) {}
 
   ~RunningOrb() {
     connections_->close();
     clearCallTimeouts();
     orb_->destroy();
     setConnections(nullptr);
+    setOutgoingTls(nullptr);
   }
 
   RunningOrb(const RunningOrb&) = delete;
@@ -115,13 +140,16 @@ class RunningOrb {
 
 class ClientOrb final : public Orb {
  public:
-  // Listens only when the client activates an object.
   explicit ClientOrb(const Options& options)
-      : orb_(unlimited(options), {{"127.0.0.1", 0}}, nullptr) {}
+      : orb_(options, kEndpoint,
+             std::make_shared<Connections>(unlimited(options), kEndpoint, nullptr, nullptr)) {}
 
   CORBA::ORB_ptr get() override { return orb_.get(); }
 
  private:
+  // The ORB listens only when the client activates an object.
+  inline static const std::vector<Endpoint> kEndpoint = {{"127.0.0.1", 0}};
+
   // maxRequestBytes applies to servers only.
   static Options unlimited(Options options) {
     options.maxRequestBytes = options.maxMessageBytes;
@@ -163,8 +191,9 @@ class BareObject final : public WellKnownObject {
 
 class ListeningOrb final : public Server {
  public:
-  ListeningOrb(const Options& options, const std::vector<Endpoint>& at, const LogFunction& log)
-      : orb_(options, at, log), keys_(new BareKeys(orb_.core())) {
+  ListeningOrb(const Options& options, const std::vector<Endpoint>& at,
+               std::shared_ptr<Connections> connections)
+      : orb_(options, at, std::move(connections)), keys_(new BareKeys(orb_.core())) {
     orb_.core().adapter_registry().insert(keys_);
     if (options.requestMeter) {
       orb_.core().request_dispatcher(makeMeteredDispatcher(options.requestMeter).release());
@@ -199,7 +228,11 @@ class ListeningOrb final : public Server {
 
   std::size_t openConnections() override { return orb_.connections().count(); }
 
-  void reloadTls() override {}  // no TLS endpoint
+  void reloadTls() override {
+    if (const std::shared_ptr<TlsContext>& tls = orb_.connections().tls()) {
+      tls->reload();
+    }
+  }
 
   std::unique_ptr<WellKnownObject> wellKnownObject(const std::string& key) override {
     return std::make_unique<BareObject>(*keys_, key);
@@ -237,17 +270,29 @@ std::string lookupFailure(const std::string& host) {
   return "";
 }
 
-}  // namespace
-
-bool hasTls() {
-  return false;
+// Throws EndpointError for an endpoint at which the ORB cannot listen.
+void checkEndpoint(const Endpoint& endpoint, const Options& options) {
+  std::string reason;
+  if (endpoint.transport == Transport::kTls && !hasTls()) {
+    reason = "this program was built without TLS";
+  } else if (endpoint.transport == Transport::kTls && options.tls.certificate.empty()) {
+    reason = "there is no certificate";
+  } else if (endpoint.transport != Transport::kUnix) {
+    reason = lookupFailure(endpoint.host);
+  }
+  if (!reason.empty()) {
+    throw EndpointError("cannot listen on " + format(endpoint) + ": " + reason);
+  }
 }
+
+}  // namespace
 
 void checkRequests(Server& server, RequestCheck check) {
   static_cast<ListeningOrb&>(server).checkRequests(std::move(check));
 }
 
 std::unique_ptr<Orb> startClient(const Options& options) {
+  startTls(options.tls);
   return std::make_unique<ClientOrb>(options);
 }
 
@@ -257,22 +302,17 @@ std::unique_ptr<Server> startServer(const Options& options, const std::vector<En
   std::string where;
   for (const Endpoint& endpoint : endpoints) {
     where += (where.empty() ? "" : ", ") + format(endpoint);
-    if (endpoint.transport != Transport::kTcp) {
-      throw EndpointError("cannot listen on " + format(endpoint) +
-                          ": this program was built without " +
-                          (endpoint.transport == Transport::kTls ? "TLS" : "Unix sockets"));
-    }
-    const std::string unknown = lookupFailure(endpoint.host);
-    if (!unknown.empty()) {
-      throw EndpointError("cannot listen on " + format(endpoint) + ": " + unknown);
-    }
+    checkEndpoint(endpoint, options);
   }
   try {
     const ListeningCheck check;
-    auto server = std::make_unique<ListeningOrb>(options, endpoints, log);
+    const auto connections =
+        std::make_shared<Connections>(options, endpoints, startTls(options.tls), log);
+    auto server = std::make_unique<ListeningOrb>(options, endpoints, connections);
     check.requireOnly(server->bound());
     return server;
   } catch (const CORBA::SystemException& failure) {
+    setConnections(nullptr);
     throw EndpointError("cannot listen on " + where + ": " + describe(failure));
   }
 }

@@ -17,7 +17,6 @@
 #include "orb/idl/TopoManagementManager.h"
 #include "orb/naming.h"
 #include "orb/orb.h"
-#include "orb/traits.h"
 #include "tests/integration/Programs.h"
 #include "tests/support/DamagedStore.h"
 #include "tests/support/NotifySocket.h"
@@ -96,9 +95,6 @@ TEST_F(AgentLife, PrintsOneLineWithEndpointReferenceAndNumberOfNodesWhenReady) {
 }
 
 TEST_F(AgentLife, ServesTopoctlOverAUnixSocket) {
-  if (!orb::kHasUnixSockets) {
-    GTEST_SKIP() << "the ORB has no Unix sockets";
-  }
   const std::string endpoint = "unix:" + directory_.file("agent.sock");
   RunningAgent agent({"--network", kBackbone, "--endpoint", endpoint});
   EXPECT_THAT(agent.readyLine(), testing::EndsWith(" nodes, also at " + endpoint));

@@ -12,9 +12,6 @@ constexpr bool kExactMessageLimit = true;
 // not, the connection ends in the middle of the reply.
 constexpr bool kRefusesLargeAnswers = false;
 
-// Whether a server can listen on a Unix socket.
-constexpr bool kHasUnixSockets = true;
-
 // Whether references can contain IPv6 addresses.
 constexpr bool kHasIpv6 = true;
 

@@ -20,9 +20,6 @@ constexpr bool kExactMessageLimit = false;
 // not, the connection ends in the middle of the reply.
 constexpr bool kRefusesLargeAnswers = true;
 
-// Whether a server can listen on a Unix socket.
-constexpr bool kHasUnixSockets = false;
-
 // Whether references can contain IPv6 addresses; decided by the build of the ORB.
 #ifdef ACE_HAS_IPV6
 constexpr bool kHasIpv6 = true;
