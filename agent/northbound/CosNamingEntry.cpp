@@ -1,5 +1,6 @@
 #include "agent/northbound/CosNamingEntry.h"
 
+#include <system_error>
 #include <utility>
 
 #include "agent/base/Log.h"
@@ -46,7 +47,12 @@ CosNamingEntry::CosNamingEntry(CORBA::ORB_ptr orb, std::string service, const st
       name_(nameOf(name)),
       object_(CORBA::Object::_duplicate(object)) {
   bindFirst(stopRequested);
-  checks_ = std::thread([this] { checkUntilStop(); });
+  try {
+    checks_ = std::thread([this] { checkUntilStop(); });
+  } catch (const std::system_error&) {
+    unbind();
+    throw;
+  }
 }
 
 // A call that timed out may have bound the name, so the repeated call replaces a binding.
@@ -136,8 +142,8 @@ void CosNamingEntry::stopChecks() {
   checks_.join();
 }
 
-CosNamingEntry::~CosNamingEntry() {
-  stopChecks();
+// Keeps a binding of another process. Logs a failure.
+void CosNamingEntry::unbind() {
   try {
     const CORBA::Object_var bound = context_->resolve(name_);
     if (bound->_is_equivalent(object_)) {
@@ -146,6 +152,11 @@ CosNamingEntry::~CosNamingEntry() {
   } catch (const CORBA::Exception& failure) {
     log(kLogErrors, std::string("the naming entry could not be removed: ") + failure._name());
   }
+}
+
+CosNamingEntry::~CosNamingEntry() {
+  stopChecks();
+  unbind();
 }
 
 }  // namespace agent

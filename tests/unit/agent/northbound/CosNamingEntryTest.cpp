@@ -12,7 +12,9 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <system_error>
 
+#include "tests/support/NoThreads.h"
 #include "tests/support/ResolvingNames.h"
 
 namespace {
@@ -187,6 +189,16 @@ TEST_F(CosNamingEntries, LogOneLineForAllFailedChecksInARow) {
   EXPECT_NE(std::string::npos, lines.find("naming service " + reference() +
                                           " had lost the entry \"Manager\", which is bound again"))
       << lines;
+}
+
+TEST_F(CosNamingEntries, AreRemovedWhenNoThreadCanBeStarted) {
+  bind();  // the ORB starts its threads
+  entry_.reset();
+  {
+    const support::NoThreads none;
+    EXPECT_THROW(bind(), std::system_error);
+  }
+  EXPECT_TRUE(CORBA::is_nil(names_->objectOf("Manager")));
 }
 
 TEST_F(CosNamingEntries, AreRefusedForAReferenceThatIsNoNamingContext) {
