@@ -9,6 +9,11 @@
 namespace conformance {
 namespace {
 
+// A validator of values: an option takes "--", which begins the command of the host, as its value.
+std::string problemWith(const std::string& value) {
+  return value == "--" ? "a value is missing before --" : "";
+}
+
 void describe(CLI::App& app, Options& options, int& seconds) {
   app.footer(
       "Start a host: topo-conformance [OPTIONS] -- HOST ARGUMENTS...\n"
@@ -17,18 +22,22 @@ void describe(CLI::App& app, Options& options, int& seconds) {
       "\"{consumer}\" the reference of a consumer to which the host pushes its notifications.\n"
       "Exit status: 0 all checks have passed, 1 a rule is broken, 2 the checks could not be run.");
   app.add_option("--module", options.module, "the module; default: the installed module")
-      ->type_name("PATH");
+      ->type_name("PATH")
+      ->check(problemWith);
   app.add_option("--probe", options.probe, "the probe module; default: the installed probe")
-      ->type_name("PATH");
+      ->type_name("PATH")
+      ->check(problemWith);
   app.add_flag("--console", options.usesConsole,
                "operate the host through its console, as topo-agentd has, instead of its input");
   app.add_option("--agent", options.agent, "check a running host: the reference of its manager")
-      ->type_name("REFERENCE");
+      ->type_name("REFERENCE")
+      ->check(problemWith);
   app.add_option("--rule", options.rules,
                  "check only these rules and the rules that they need; default: all rules")
       ->delimiter(',')
       ->allow_extra_args(false)
-      ->type_name("NAME,...");
+      ->type_name("NAME,...")
+      ->check(problemWith);
   app.add_option("--timeout", seconds, "limit of each step of a check; default 20")
       ->type_name("SECONDS")
       ->check(CLI::Range(1, 3600));

@@ -34,7 +34,7 @@ int main(int argc, char* argv[]) {
     }
     return conformance::run(options, std::cout, std::cerr);
   } catch (const conformance::UsageError& failure) {
-    std::cerr << "topo-conformance: " << failure.what() << "\nRun with --help for the options.\n";
+    std::cerr << "topo-conformance: " << failure.what() << '\n';
     return conformance::kNotRun;
   }
 }

@@ -70,6 +70,13 @@ TEST(ConformanceOptions, RejectUnknownPlaceholders) {
   EXPECT_EQ(refusalOf({"--", "host", "--module={module},{consumer}", "${HOME}", "{\"a\": 1}"}), "");
 }
 
+TEST(ConformanceOptions, RejectTheBeginOfTheCommandAsAValue) {
+  for (const char* option : {"--rule", "--module", "--probe", "--agent"}) {
+    EXPECT_EQ(refusalOf({option, "--", "host", "{module}"}),
+              std::string(option) + ": a value is missing before --");
+  }
+}
+
 TEST(ConformanceOptions, RejectTheConsoleOfARunningHost) {
   EXPECT_THAT(refusalOf({"--console", "--agent", "x"}), HasSubstr("--console"));
 }

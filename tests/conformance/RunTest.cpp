@@ -113,7 +113,9 @@ TEST(Conformance, EndsWithStatus2WhenTheHostCannotBeStarted) {
 TEST(Conformance, EndsWithStatus2ForAWrongCommandLine) {
   const Ended run = conformance({});
   EXPECT_EQ(run.status, 2);
-  EXPECT_THAT(run.err, StartsWith("topo-conformance: give either the command of a host"));
+  EXPECT_EQ(run.err,
+            "topo-conformance: give either the command of a host, after --, or --agent "
+            "REFERENCE\n");
   EXPECT_EQ(conformance({"--", "/bin/true", "{modul}"}).status, 2);
 }
 
