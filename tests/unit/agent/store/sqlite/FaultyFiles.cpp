@@ -2,6 +2,16 @@
 
 #include <sqlite3.h>
 
+#include <cstddef>
+#include <ostream>
+
+void PrintTo(const Fault& fault, std::ostream* out) {
+  constexpr const char* kCalls[] = {"Open",     "Delete", "Access", "Read", "Write",
+                                    "Truncate", "Sync",   "Size",   "Lock"};
+  *out << (fault.code == SQLITE_FULL ? "FullDisk" : kCalls[static_cast<std::size_t>(fault.call)])
+       << (fault.lasting ? "Lasting" : "Once");
+}
+
 namespace {
 
 // ---- the present fault

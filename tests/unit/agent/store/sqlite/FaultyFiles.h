@@ -3,6 +3,7 @@
 #ifndef TESTS_UNIT_AGENT_STORE_SQLITE_FAULTYFILES_H
 #define TESTS_UNIT_AGENT_STORE_SQLITE_FAULTYFILES_H
 
+#include <iosfwd>
 #include <string>
 
 // The calls of SQLite to its files that can fail.
@@ -13,6 +14,9 @@ struct Fault {
   int code;      // of SQLite, such as SQLITE_IOERR_READ
   bool lasting;  // until repair(); otherwise one call fails
 };
+
+// Prints the call and the duration, such as "WriteOnce".
+void PrintTo(const Fault& fault, std::ostream* out);
 
 // During the life of the object, SQLite opens all databases through it. A call that does not fail
 // reaches the file, except that sync does nothing.

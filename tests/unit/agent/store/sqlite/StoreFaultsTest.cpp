@@ -225,15 +225,7 @@ std::vector<Fault> allFaults() {
   return faults;
 }
 
-std::string nameOf(const testing::TestParamInfo<Fault>& info) {
-  constexpr const char* kCalls[] = {"Open",     "Delete", "Access", "Read", "Write",
-                                    "Truncate", "Sync",   "Size",   "Lock"};
-  const Fault& fault = info.param;
-  const char* const call =
-      fault.code == SQLITE_FULL ? "FullDisk" : kCalls[static_cast<std::size_t>(fault.call)];
-  return std::string(call) + (fault.lasting ? "Lasting" : "Once");
-}
-
-INSTANTIATE_TEST_SUITE_P(EveryCall, StoreFaults, testing::ValuesIn(allFaults()), nameOf);
+INSTANTIATE_TEST_SUITE_P(EveryCall, StoreFaults, testing::ValuesIn(allFaults()),
+                         testing::PrintToStringParamName());
 
 }  // namespace
