@@ -5,23 +5,20 @@
 
 #include <filesystem>
 #include <fstream>
-#include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "orb/unixsocket.h"
 #include "tests/support/TemporaryDirectory.h"
+#include "tests/unit/orb/EndpointFixture.h"
 #include "tests/unit/orb/RawClient.h"
-#include "tests/unit/orb/Servants.h"
 
 namespace {
 
 using orb::Endpoint;
 using orb::endpointFrom;
 using orb::Transport;
-using orb_tests::Answering;
 
 TEST(EndpointTexts, HaveATransportAndAnAddress) {
   const auto text = [](const std::string& given) {
@@ -47,39 +44,15 @@ TEST(EndpointTexts, RejectPathsThatReferencesCannotContain) {
   }
 }
 
-class Endpoints : public testing::Test {
+class Endpoints : public orb_tests::EndpointFixture {
  protected:
-  void start(const std::vector<Endpoint>& endpoints,
-             const orb::Options& options = orb_tests::quickOptions()) {
-    server_ = orb::startServer(options, endpoints, nullptr);
-    object_ = server_->wellKnownObject("Key");
-    published_ = object_->publish(servant_.in(), [this](const orb::Request& request) {
-      const std::lock_guard<std::mutex> lock(mutex_);
-      peer_ = request.peer;
-      return nullptr;
-    });
-    const PortableServer::POAManager_var manager = server_->rootPoa()->the_POAManager();
-    manager->activate();
-  }
-
   // Calls the object at an endpoint from this process, over the network.
   orb::Peer callAt(const Endpoint& endpoint) {
     const orb_tests::RawClient client(endpoint);
     EXPECT_TRUE(client.send(orb_tests::requestTo("Key", "getLength").bytes()));
     EXPECT_TRUE(client.answer());
-    const std::lock_guard<std::mutex> lock(mutex_);
-    return peer_;
+    return peer();
   }
-
-  std::string path() const { return (folder_.path() / "a.sock").string(); }
-
-  const support::TemporaryDirectory folder_;
-  const PortableServer::ServantBase_var servant_ = new Answering(7);
-  std::mutex mutex_;
-  orb::Peer peer_;
-  std::unique_ptr<orb::Server> server_;
-  std::unique_ptr<orb::WellKnownObject> object_;
-  CORBA::Object_var published_;
 };
 
 TEST_F(Endpoints, AreServedAtTheSameTimeAndNamedInThePeer) {

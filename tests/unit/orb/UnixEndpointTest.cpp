@@ -5,53 +5,29 @@
 
 #include <chrono>
 #include <filesystem>
-#include <memory>
-#include <mutex>
 #include <string>
 
 #include "orb/resolve.h"
 #include "orb/unixsocket.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/unit/orb/EndpointFixture.h"
 #include "tests/unit/orb/RawClient.h"
-#include "tests/unit/orb/Servants.h"
 
 namespace {
 
 using orb::Endpoint;
 using orb::Transport;
-using orb_tests::Answering;
 using orb_tests::RawClient;
 using orb_tests::requestTo;
 
-class UnixEndpoints : public testing::Test {
+class UnixEndpoints : public orb_tests::EndpointFixture {
  protected:
   UnixEndpoints() {
     orb::Options options = orb_tests::quickOptions();
     options.serveTimeout = std::chrono::milliseconds(300);
-    server_ = orb::startServer(options, {{"127.0.0.1", 0}, socket_}, nullptr);
-    object_ = server_->wellKnownObject("Key");
-    published_ = object_->publish(servant_.in(), [this](const orb::Request& request) {
-      const std::lock_guard<std::mutex> lock(mutex_);
-      peer_ = request.peer;
-      return nullptr;
-    });
-    const PortableServer::POAManager_var manager = server_->rootPoa()->the_POAManager();
-    manager->activate();
+    start({{"127.0.0.1", 0}, socket_}, options);
   }
 
-  orb::Peer peer() {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    return peer_;
-  }
-
-  const support::TemporaryDirectory folder_;
-  const Endpoint socket_{(folder_.path() / "a.sock").string(), 0, Transport::kUnix};
-  const PortableServer::ServantBase_var servant_ = new Answering(7);
-  std::mutex mutex_;
-  orb::Peer peer_;
-  std::unique_ptr<orb::Server> server_;
-  std::unique_ptr<orb::WellKnownObject> object_;
-  CORBA::Object_var published_;
+  const Endpoint socket_{path(), 0, Transport::kUnix};
 };
 
 TEST_F(UnixEndpoints, ServeRequestsAndNameTheTransport) {
