@@ -141,16 +141,19 @@ AccessRules::AccessRules()
              {Kind::kCertificate, "", std::nullopt, Roles().with(Role::kRead)}} {}
 
 AccessRules AccessRules::read(const std::filesystem::path& file) {
-  std::istringstream text;
   try {
     requireNoPipe(file);
-    text.str(readFile(file, kLargestFile));
+    return parse(file.string(), readFile(file, kLargestFile));
   } catch (const FileError& failure) {
     throw AccessFileError(failure.what());
   }
+}
+
+AccessRules AccessRules::parse(const std::string& name, const std::string& content) {
   AccessRules result;
   result.rules_.clear();
   Lines lines;
+  std::istringstream text(content);
   std::string line;
   for (std::size_t number = 1; std::getline(text, line); ++number) {
     try {
@@ -160,11 +163,11 @@ AccessRules AccessRules::read(const std::filesystem::path& file) {
         requireOtherClients(result.rules_.back(), number, lines);
       }
     } catch (const std::invalid_argument& problem) {
-      throw AccessFileError(file.string() + ":" + std::to_string(number) + ": " + problem.what());
+      throw AccessFileError(name + ":" + std::to_string(number) + ": " + problem.what());
     }
   }
   if (result.rules_.empty()) {
-    throw AccessFileError(file.string() + ": there is no rule, so nobody would have access");
+    throw AccessFileError(name + ": there is no rule, so nobody would have access");
   }
   return result;
 }

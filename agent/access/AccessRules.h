@@ -47,6 +47,9 @@ class AccessRules {
   // line has already, for a file without rules, and for a file of more than 1 MiB.
   static AccessRules read(const std::filesystem::path& file);
 
+  // As above, from the content of a file with this name.
+  static AccessRules parse(const std::string& name, const std::string& content);
+
   // A peer of kLocal has no roles: calls within the process need none.
   Roles rolesOf(const orb::Peer& peer) const;
 
