@@ -2,7 +2,6 @@
 
 #include <atomic>
 #include <chrono>
-#include <future>
 #include <optional>
 #include <string>
 #include <utility>
@@ -33,6 +32,7 @@
 #include "agent/metrics/HttpEndpoint.h"
 #include "agent/metrics/RequestMetrics.h"
 #include "agent/model/NetworkModel.h"
+#include "agent/network/NetworkSource.h"
 #include "agent/northbound/Northbound.h"
 #include "agent/northbound/ServedObject.h"
 #include "agent/northbound/ViewSizes.h"
@@ -91,9 +91,9 @@ class Agent::Parts final : private AgentControl {
         pushTargets_(pushRanges(options)),
         requestMetrics_(requestMetrics(options)),
         server_(startServer(options, requestMetrics_.get())),
-        network_(openNetwork(options, store_, storeCheck_)),
-        emsName_(options.emsName.empty() ? network_.ems : options.emsName),
-        model_(std::move(network_)),
+        network_(openNetwork(options, store_)),
+        model_(*network_),
+        emsName_(options.emsName.empty() ? model_.ems() : options.emsName),
         writer_(
             checkedStore(), model_,
             [this](std::uint64_t change, int eventId, std::vector<NS_DOMAIN::TopoNode_T> nodes) {
@@ -213,9 +213,8 @@ class Agent::Parts final : private AgentControl {
 
   // Waits for the check of the store. Throws StoreError for a damaged store.
   NetworkStore& checkedStore() {
-    if (storeCheck_.valid()) {
-      storeCheck_.get();
-    }
+    network_->finish();
+    network_.reset();
     return *store_;
   }
 
@@ -274,10 +273,9 @@ class Agent::Parts final : private AgentControl {
   const std::unique_ptr<RequestMetrics> requestMetrics_;
   std::unique_ptr<orb::Server> server_;
   std::unique_ptr<NetworkStore> store_;
-  std::future<void> storeCheck_;
-  Network network_;
-  const std::string emsName_;
+  std::unique_ptr<NetworkSource> network_;  // until its end
   NetworkModel model_;
+  const std::string emsName_;
   EventManager events_{EventManager::kDefaultQueueLimit, [this] { notifier_.reportGap(); }};
   NetworkWriter writer_;
   const HostServices services_;

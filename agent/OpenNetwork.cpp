@@ -9,6 +9,7 @@
 #include "agent/base/Log.h"
 #include "agent/formats/NetworkReader.h"
 #include "agent/process/Heap.h"
+#include "agent/store/StoreReading.h"
 #include "agent/store/sqlite/SqliteStore.h"
 
 namespace agent {
@@ -45,44 +46,25 @@ Network readOrThrow(const std::filesystem::path& file) {
   return std::move(network.value());
 }
 
-// Reads an existing store. A damaged store is reported by its check, whose reason is more precise.
-Network readOrCheck(NetworkStore& store, bool checkStore) {
-  try {
-    return store.read();
-  } catch (...) {
-    if (checkStore) {
-      store.check();
-    }
-    throw;
-  }
-}
-
 }  // namespace
 
-Network openNetwork(const Options& options, std::unique_ptr<NetworkStore>& store,
-                    std::future<void>& check) {
+std::unique_ptr<NetworkSource> openNetwork(const Options& options,
+                                           std::unique_ptr<NetworkStore>& store) {
   requireStore(options);
-  const bool load = !options.network.empty() && SqliteStore::needsNetwork(options.store);
-  Network network;
-  if (load) {
+  if (!options.network.empty() && SqliteStore::needsNetwork(options.store)) {
     useLargePagesFor(options.network, kMemoryOverNetworkFile);
-    network = readOrThrow(options.network);
+    Network network = readOrThrow(options.network);
+    store = std::make_unique<SqliteStore>(options.store);
+    store->load(network);
+    return std::make_unique<WholeNetwork>(std::move(network));
   }
   store = std::make_unique<SqliteStore>(options.store);
-  if (!load) {
-    if (!options.network.empty()) {
-      log(kLogEvents, "store " + options.store + " contains a network already, " +
-                          options.network.string() + " is not loaded");
-    }
-    useLargePagesFor(options.store, kMemoryOverStore);
-    network = readOrCheck(*store, options.checkStore);
-    if (options.checkStore) {
-      check = std::async([&opened = *store] { opened.check(); });
-    }
-    return network;
+  if (!options.network.empty()) {
+    log(kLogEvents, "store " + options.store + " contains a network already, " +
+                        options.network.string() + " is not loaded");
   }
-  store->load(network);
-  return network;
+  useLargePagesFor(options.store, kMemoryOverStore);
+  return std::make_unique<StoreReading>(*store, options.checkStore);
 }
 
 }  // namespace agent

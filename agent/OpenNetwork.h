@@ -3,12 +3,11 @@
 #ifndef AGENT_OPENNETWORK_H
 #define AGENT_OPENNETWORK_H
 
-#include <future>
 #include <memory>
 #include <stdexcept>
 
 #include "agent/Options.h"
-#include "agent/network/Network.h"
+#include "agent/network/NetworkSource.h"
 #include "agent/store/NetworkStore.h"
 
 namespace agent {
@@ -24,17 +23,16 @@ class NetworkFileError : public std::runtime_error {
 // file of the options. The network file is read before the store is made, so that a bad network
 // file leaves no store behind.
 //
-// The check of an existing store for damage runs on another thread, so that the caller can use the
-// network meanwhile. `check` is its result, and remains without a state when no check runs. The
-// caller waits for the result before the caller uses the store, and destroys `check` before the
-// store.
+// An existing store is read and checked for damage on another thread, so that the caller can take
+// the first records meanwhile. The caller calls finish() before the caller uses the store, and
+// destroys the network before the store.
 //
-// Thread-safety: one thread. Ownership: the caller owns the store. Errors: throws NetworkFileError;
-// throws StoreError when the store cannot be used, and when the store does not exist while the
-// options neither name a network file nor ask for an empty store. `check` throws StoreError for a
-// damaged store.
-Network openNetwork(const Options& options, std::unique_ptr<NetworkStore>& store,
-                    std::future<void>& check);
+// Thread-safety: one thread. Ownership: the caller owns the network and the store. Errors: throws
+// NetworkFileError; throws StoreError when the store cannot be used, and when the store does not
+// exist while the options neither name a network file nor ask for an empty store. The functions of
+// the network throw StoreError as StoreReading.
+std::unique_ptr<NetworkSource> openNetwork(const Options& options,
+                                           std::unique_ptr<NetworkStore>& store);
 
 }  // namespace agent
 

@@ -52,6 +52,8 @@ bool isNamed(const NetworkTables::Node& node) {
 
 NetworkModel::NetworkModel(Network network) : data_(std::move(network)) {}
 
+NetworkModel::NetworkModel(NetworkSource& source) : data_(source) {}
+
 std::string NetworkModel::ems() const {
   const ReadLock lock(mutex_);
   return data_.ems();

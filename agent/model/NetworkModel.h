@@ -15,6 +15,7 @@
 #include "agent/model/TurnstileMutex.h"
 #include "agent/network/ManagedObjects.h"
 #include "agent/network/Network.h"
+#include "agent/network/NetworkSource.h"
 #include "platform/domain/DomainRecords.h"
 #include "sync/ThreadAnnotations.h"
 
@@ -43,6 +44,9 @@ class NetworkModel {
  public:
   NetworkModel() = default;
   explicit NetworkModel(Network network);
+
+  // Takes all pieces of the source; passes on its exceptions.
+  explicit NetworkModel(NetworkSource& source);
   NetworkModel(const NetworkModel&) = delete;
   NetworkModel& operator=(const NetworkModel&) = delete;
 

@@ -12,19 +12,47 @@ NetworkTables::NetworkTables(Network network) : NetworkTables(std::move(network)
   linkFrom(nodes_.begin(), positions_.begin());
 }
 
-NetworkTables::NetworkTables(Network network, Unlinked) : ems_(std::move(network.ems)) {
-  objects_.reserve(std::max(
-      {network.topoNodes.size(), network.networkElements.size(), network.clockPositions.size()}));
-  addNodes(network.topoNodes);
-  addElements(network.networkElements);
-  addClock(network.clockPositions, network.clockLinks);
-  for (ObjectLabel& label : network.objectLabels) {
+NetworkTables::NetworkTables(Network network, Unlinked) {
+  reserve(sizesOf(network));
+  auto nextNode = nodes_.begin();
+  add(network, nextNode);
+}
+
+NetworkTables::NetworkTables(NetworkSource& source) {
+  reserve(source.sizes());
+  auto nextNode = nodes_.begin();
+  while (std::optional<Network> piece = source.next()) {
+    add(*piece, nextNode);
+  }
+  linkFrom(nodes_.begin(), positions_.begin());
+}
+
+// nextNode: where the search of the node of the first element begins, and of the first element of
+// the next piece.
+void NetworkTables::add(Network& piece, std::list<Node>::iterator& nextNode) {
+  ems_ += piece.ems;
+  const bool isFirst = nodes_.empty();
+  addNodes(piece.topoNodes);
+  if (isFirst) {
+    nextNode = nodes_.begin();
+  }
+  addElements(piece.networkElements, nextNode);
+  addClock(piece.clockPositions, piece.clockLinks);
+  for (ObjectLabel& label : piece.objectLabels) {
     labels_.emplace(ObjectKey{label.type, std::move(label.id)}, std::move(label.label));
   }
 }
 
+void NetworkTables::reserve(const NetworkSizes& sizes) {
+  objects_.reserve(std::max({sizes.nodes, sizes.elements, sizes.positions}));
+  nodesById_.reserve(sizes.nodes);
+  elementsByNumber_.reserve(sizes.elements);
+  elementIndex_.makeRoom(sizes.elements);
+  positionsByReference_.reserve(sizes.positions);
+  linksById_.reserve(sizes.links);
+}
+
 void NetworkTables::addNodes(std::vector<NS_DOMAIN::TopoNode_T>& records) {
-  nodesById_.reserve(records.size());
   for (NS_DOMAIN::TopoNode_T& record : records) {
     Node& node = nodes_.emplace_back();
     node.record = std::move(record);
@@ -37,10 +65,9 @@ void NetworkTables::addNodes(std::vector<NS_DOMAIN::TopoNode_T>& records) {
   }
 }
 
-void NetworkTables::addElements(std::vector<NetworkElement>& records) {
-  elementsByNumber_.reserve(records.size());
+void NetworkTables::addElements(std::vector<NetworkElement>& records,
+                                std::list<Node>::iterator& nextNode) {
   elementIndex_.makeRoom(records.size());
-  auto nextNode = nodes_.begin();
   for (NetworkElement& record : records) {
     Element& element = elements_.emplace_back();
     static_cast<NetworkElement&>(element) = std::move(record);
@@ -54,7 +81,6 @@ void NetworkTables::addElements(std::vector<NetworkElement>& records) {
 
 void NetworkTables::addClock(std::vector<NS_DOMAIN::ClockPositionInfo_T>& positions,
                              std::vector<NS_DOMAIN::ClockTopoLinkInfo_T>& links) {
-  positionsByReference_.reserve(positions.size());
   for (NS_DOMAIN::ClockPositionInfo_T& record : positions) {
     Position& position = positions_.emplace_back();
     position.record = std::move(record);
@@ -63,7 +89,6 @@ void NetworkTables::addClock(std::vector<NS_DOMAIN::ClockPositionInfo_T>& positi
     position.shownAs = objectOfClockReference(position.record.reference);
     position.object = addObject(position.shownAs);
   }
-  linksById_.reserve(links.size());
   for (NS_DOMAIN::ClockTopoLinkInfo_T& record : links) {
     const Link& link = links_.emplace_back(std::move(record));
     linksById_.emplace(link.linkId, std::prev(links_.end()));

@@ -26,6 +26,7 @@
 #include "agent/network/ManagedObjects.h"
 #include "agent/network/Network.h"
 #include "agent/network/NetworkChange.h"
+#include "agent/network/NetworkSource.h"
 #include "hash/SaltedHash.h"
 
 namespace agent {
@@ -125,6 +126,7 @@ class NetworkTables {
 
   NetworkTables() = default;
   explicit NetworkTables(Network network);
+  explicit NetworkTables(NetworkSource& source);
   NetworkTables(const NetworkTables&) = delete;
   NetworkTables& operator=(const NetworkTables&) = delete;
   NetworkTables(NetworkTables&&) = default;
@@ -199,8 +201,10 @@ class NetworkTables {
   struct Unlinked {};
   NetworkTables(Network network, Unlinked);
 
+  void reserve(const NetworkSizes& sizes);
+  void add(Network& piece, std::list<Node>::iterator& nextNode);
   void addNodes(std::vector<NS_DOMAIN::TopoNode_T>& records);
-  void addElements(std::vector<NetworkElement>& records);
+  void addElements(std::vector<NetworkElement>& records, std::list<Node>::iterator& nextNode);
   void addClock(std::vector<NS_DOMAIN::ClockPositionInfo_T>& positions,
                 std::vector<NS_DOMAIN::ClockTopoLinkInfo_T>& links);
   ObjectRecords* addObject(const std::optional<NumberedObject>& object);

@@ -4,6 +4,7 @@
 #define AGENT_STORE_NETWORKSTORE_H
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -13,6 +14,7 @@
 #include "agent/network/ManagedObjects.h"
 #include "agent/network/Network.h"
 #include "agent/network/NetworkChange.h"
+#include "agent/network/NetworkSource.h"
 #include "agent/store/StoreCopy.h"
 
 namespace agent {
@@ -47,8 +49,16 @@ class NetworkStore {
   // new, and if two objects of the network have the same id.
   virtual void load(const Network& network) = 0;
 
-  // The stored network; an empty network if the store is new.
-  virtual Network read() = 0;
+  // Calls `use` with the pieces of the stored network (NetworkSource.h); the network is empty if
+  // the store is new. An exception of `use` ends the reading and is passed on.
+  using UsePiece = std::function<void(Network piece)>;
+  virtual void read(const UsePiece& use) = 0;
+
+  // The stored network as a whole.
+  Network read();
+
+  // Takes constant time.
+  virtual NetworkSizes sizes() = 0;
 
   // The number of the last change. Each change raises the number by one. Opening the store raises
   // the number to the milliseconds since 1970, but at least by one. So a number is never used

@@ -14,7 +14,6 @@
 
 #include <csignal>
 #include <filesystem>
-#include <future>
 #include <map>
 #include <memory>
 #include <stdexcept>
@@ -169,8 +168,7 @@ double importSeconds(const std::string& network) {
   options.store = file.path();
   return secondsOf([&options] {
     std::unique_ptr<agent::NetworkStore> store;
-    std::future<void> check;
-    agent::openNetwork(options, store, check);
+    agent::openNetwork(options, store);
   });
 }
 

@@ -2,10 +2,12 @@
 
 #include <SQLiteCpp/SQLiteCpp.h>
 
-#include <algorithm>
+#include <cstddef>
 #include <cstdint>
+#include <exception>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "agent/store/sqlite/RunStatement.h"
@@ -116,21 +118,90 @@ std::int32_t intAt(SQLite::Statement& row, int column) {
   return row.getColumn(column).getInt();
 }
 
-// Reserves memory for the rows of a table. Reads no index, which could be damaged.
-template <typename Record>
-void reserve(SQLite::Database& database, const std::string& table, std::vector<Record>& records) {
-  const std::int64_t rows = valueOf(database, "SELECT count(*) FROM " + table + " NOT INDEXED");
-  records.reserve(static_cast<std::size_t>(rows));
-}
+// Collects records and passes them on in pieces.
+class PieceWriter {
+ public:
+  explicit PieceWriter(const NetworkStore::UsePiece& use) : use_(use) {}
 
-void readTopoNodes(SQLite::Database& database, Network& network) {
-  std::vector<std::int64_t> positions;  // of the nodes, ascending
+  void setEms(std::string ems) { piece_.ems = std::move(ems); }
+
+  // Appends a record without content to a list, and returns the record for the caller to fill.
+  template <typename Record>
+  Record& add(std::vector<Record> Network::*list) {
+    if (records_ == kRecordsOfPiece) {
+      pass();
+    }
+    std::vector<Record>& records = piece_.*list;
+    if (records.empty()) {
+      records.reserve(kRecordsOfPiece);
+    }
+    ++records_;
+    return records.emplace_back();
+  }
+
+  void pass() {
+    use_(std::exchange(piece_, {}));
+    records_ = 0;
+  }
+
+ private:
+  // The records of a piece fit into the cache of a processor.
+  static constexpr std::size_t kRecordsOfPiece = 512;
+
+  const NetworkStore::UsePiece& use_;
+  Network piece_;
+  std::size_t records_ = 0;
+};
+
+// The attributes of the nodes, read beside the nodes. A failure is kept until the end of the nodes,
+// because a failure of the nodes precedes it.
+class AttributeRows {
+ public:
+  explicit AttributeRows(SQLite::Database& database)
+      : row_(database, "SELECT node, key, value FROM topo_node_attribute ORDER BY node, position") {
+    step();
+  }
+
+  // Appends the attributes of the node at a position. REQUIRES: the positions of the calls rise.
+  void appendTo(NS_DOMAIN::TopoNode_T& node, std::int64_t position) {
+    while (hasRow_ && row_.getColumn(0).getInt64() == position) {
+      node.extendedAttributes.emplace_back(textAt(row_, 1), textAt(row_, 2));
+      step();
+    }
+  }
+
+  // REQUIRES: the attributes of every node are appended.
+  void throwFailure() const {
+    if (failure_) {
+      std::rethrow_exception(failure_);
+    }
+    if (hasRow_) {
+      throw std::out_of_range("an attribute without a node");
+    }
+  }
+
+ private:
+  void step() {
+    try {
+      hasRow_ = row_.executeStep();
+    } catch (const SQLite::Exception&) {
+      hasRow_ = false;
+      failure_ = std::current_exception();
+    }
+  }
+
+  SQLite::Statement row_;
+  bool hasRow_ = false;
+  std::exception_ptr failure_;
+};
+
+void readTopoNodes(SQLite::Database& database, PieceWriter& pieces) {
+  AttributeRows attributes(database);
   forEachRow(database,
              "SELECT id, parent, name, type, parent_type, param3, param4, position FROM topo_node "
              "ORDER BY position",
              [&](SQLite::Statement& row) {
-               positions.push_back(row.getColumn(7).getInt64());
-               NS_DOMAIN::TopoNode_T& node = network.topoNodes.emplace_back();
+               NS_DOMAIN::TopoNode_T& node = pieces.add(&Network::topoNodes);
                node.nodeId = textAt(row, 0);
                node.parentId = textAt(row, 1);
                node.nativeName = textAt(row, 2);
@@ -138,33 +209,25 @@ void readTopoNodes(SQLite::Database& database, Network& network) {
                node.parentType = row.getColumn(4).getUInt();
                node.attribute3 = intAt(row, 5);
                node.attribute4 = intAt(row, 6);
+               attributes.appendTo(node, row.getColumn(7).getInt64());
              });
-  forEachRow(database, "SELECT key, value, node FROM topo_node_attribute ORDER BY node, position",
-             [&](SQLite::Statement& row) {
-               const std::int64_t position = row.getColumn(2).getInt64();
-               const auto node = std::lower_bound(positions.begin(), positions.end(), position);
-               if (node == positions.end() || *node != position) {
-                 throw std::out_of_range("an attribute without a node");
-               }
-               network.topoNodes[static_cast<std::size_t>(node - positions.begin())]
-                   .extendedAttributes.emplace_back(textAt(row, 0), textAt(row, 1));
-             });
+  attributes.throwFailure();
 }
 
-void readNetworkElements(SQLite::Database& database, Network& network) {
+void readNetworkElements(SQLite::Database& database, PieceWriter& pieces) {
   forEachRow(database, "SELECT number, name, shown FROM network_element ORDER BY position",
              [&](SQLite::Statement& row) {
                const std::int32_t shown = intAt(row, 2);
-               network.networkElements.push_back(
-                   {intAt(row, 0), textAt(row, 1), shown != 0, shown == kShownForNode});
+               pieces.add(&Network::networkElements) = {intAt(row, 0), textAt(row, 1), shown != 0,
+                                                        shown == kShownForNode};
              });
 }
 
-void readClock(SQLite::Database& database, Network& network) {
+void readClock(SQLite::Database& database, PieceWriter& pieces) {
   forEachRow(database,
              "SELECT reference, label, value1, value2 FROM clock_position ORDER BY position",
              [&](SQLite::Statement& row) {
-               NS_DOMAIN::ClockPositionInfo_T& position = network.clockPositions.emplace_back();
+               NS_DOMAIN::ClockPositionInfo_T& position = pieces.add(&Network::clockPositions);
                position.reference = textAt(row, 0);
                position.label = textAt(row, 1);
                position.value1 = intAt(row, 2);
@@ -172,7 +235,7 @@ void readClock(SQLite::Database& database, Network& network) {
              });
   forEachRow(database, "SELECT id, name, a_end, z_end FROM clock_link ORDER BY position",
              [&](SQLite::Statement& row) {
-               NS_DOMAIN::ClockTopoLinkInfo_T& link = network.clockLinks.emplace_back();
+               NS_DOMAIN::ClockTopoLinkInfo_T& link = pieces.add(&Network::clockLinks);
                link.linkId = textAt(row, 0);
                link.nativeName = textAt(row, 1);
                link.aEndReference = textAt(row, 2);
@@ -180,11 +243,23 @@ void readClock(SQLite::Database& database, Network& network) {
              });
 }
 
-void readLabels(SQLite::Database& database, Network& network) {
+void readLabels(SQLite::Database& database, PieceWriter& pieces) {
   forEachRow(database, "SELECT type, id, label FROM object_label ORDER BY position",
              [&](SQLite::Statement& row) {
-               network.objectLabels.push_back({intAt(row, 0), textAt(row, 1), textAt(row, 2)});
+               pieces.add(&Network::objectLabels) = {intAt(row, 0), textAt(row, 1), textAt(row, 2)};
              });
+}
+
+// Most rows have the positions from 0 without gaps. A position beyond the size of the file can be
+// in a manipulated store.
+std::size_t sizeOf(SQLite::Database& database, const std::string& table) {
+  constexpr const char* kMostRows =
+      "(SELECT page_count * page_size / 16 FROM pragma_page_count, "
+      "pragma_page_size)";
+  const std::int64_t rows =
+      valueOf(database, "SELECT max(0, min(coalesce((SELECT max(position) FROM " + table +
+                            "), -1) + 1, " + kMostRows + "))");
+  return static_cast<std::size_t>(rows);
 }
 
 }  // namespace
@@ -206,19 +281,20 @@ void writeNetwork(SQLite::Database& database, const Network& network,
   writeLabels(database, network, cancellation);
 }
 
-Network readNetwork(SQLite::Database& database) {
-  Network network;
-  reserve(database, "topo_node", network.topoNodes);
-  reserve(database, "network_element", network.networkElements);
-  reserve(database, "clock_position", network.clockPositions);
-  reserve(database, "clock_link", network.clockLinks);
+void readNetwork(SQLite::Database& database, const NetworkStore::UsePiece& use) {
+  PieceWriter pieces(use);
   forEachRow(database, "SELECT ems FROM network",
-             [&](SQLite::Statement& row) { network.ems = textAt(row, 0); });
-  readTopoNodes(database, network);
-  readNetworkElements(database, network);
-  readClock(database, network);
-  readLabels(database, network);
-  return network;
+             [&](SQLite::Statement& row) { pieces.setEms(textAt(row, 0)); });
+  readTopoNodes(database, pieces);
+  readNetworkElements(database, pieces);
+  readClock(database, pieces);
+  readLabels(database, pieces);
+  pieces.pass();
+}
+
+NetworkSizes sizesOf(SQLite::Database& database) {
+  return {sizeOf(database, "topo_node"), sizeOf(database, "network_element"),
+          sizeOf(database, "clock_position"), sizeOf(database, "clock_link")};
 }
 
 }  // namespace agent

@@ -7,6 +7,8 @@
 
 #include "agent/base/Cancellation.h"
 #include "agent/network/Network.h"
+#include "agent/network/NetworkSource.h"
+#include "agent/store/NetworkStore.h"
 
 namespace SQLite {
 class Database;
@@ -25,8 +27,12 @@ std::int32_t shownValue(const NetworkElement& element);
 void writeNetwork(SQLite::Database& database, const Network& network,
                   const Cancellation& cancellation);
 
-// Throws SQLite::Exception, and std::out_of_range for an attribute without a node.
-Network readNetwork(SQLite::Database& database);
+// As NetworkStore::read(). Throws SQLite::Exception, and std::out_of_range for an attribute without
+// a node.
+void readNetwork(SQLite::Database& database, const NetworkStore::UsePiece& use);
+
+// Throws SQLite::Exception.
+NetworkSizes sizesOf(SQLite::Database& database);
 
 }  // namespace agent
 

@@ -115,8 +115,12 @@ std::unique_ptr<StoreCopy> SqliteStore::beginCopy() {
   return std::make_unique<SqliteCopy>(*database_, path_);
 }
 
-Network SqliteStore::read() {
-  return guarded(path_, [&] { return readNetwork(*database_); });
+void SqliteStore::read(const UsePiece& use) {
+  guarded(path_, [&] { readNetwork(*database_, use); });
+}
+
+NetworkSizes SqliteStore::sizes() {
+  return guarded(path_, [&] { return sizesOf(*database_); });
 }
 
 }  // namespace agent

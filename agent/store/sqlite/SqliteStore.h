@@ -49,11 +49,13 @@ class SqliteStore final : public NetworkStore {
   ~SqliteStore() override;
 
   using NetworkStore::commit;
+  using NetworkStore::read;
 
   void check() override;
   bool isNew() override;
   void load(const Network& network) override;
-  Network read() override;
+  void read(const UsePiece& use) override;
+  NetworkSizes sizes() override;
   std::uint64_t lastChange() override;
   std::uint64_t commit(const NetworkChange& change, const Cancellation& cancellation) override;
   std::vector<std::string> idsWithLabel(std::int32_t type, const std::string& label) override;

@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <future>
 #include <memory>
 #include <string>
 
@@ -16,6 +15,7 @@
 namespace {
 
 using agent::Network;
+using agent::NetworkSource;
 using agent::NetworkStore;
 using agent::openNetwork;
 using agent::Options;
@@ -24,12 +24,12 @@ using agent::StoreError;
 
 class OpenedNetwork : public testing::Test {
  protected:
+  // The first piece: these networks are small.
   Network open() {
-    std::future<void> check;
-    Network network = openNetwork(options_, store_, check);
-    if (check.valid()) {
-      check.get();
-    }
+    const std::unique_ptr<NetworkSource> source = openNetwork(options_, store_);
+    Network network = source->next().value();
+    EXPECT_FALSE(source->next());
+    source->finish();
     return network;
   }
 
@@ -105,9 +105,10 @@ TEST_F(OpenedNetwork, IsReadWhileAnotherThreadFindsTheDamageOfTheStore) {
   open();
   store_.reset();
   support::damageStore(path_);
-  std::future<void> check;
-  EXPECT_EQ("first", openNetwork(options_, store_, check).ems);
-  EXPECT_THROW(check.get(), StoreError);
+  const std::unique_ptr<NetworkSource> source = openNetwork(options_, store_);
+  EXPECT_EQ("first", source->next().value().ems);
+  EXPECT_FALSE(source->next());
+  EXPECT_THROW(source->finish(), StoreError);
 }
 
 TEST_F(OpenedNetwork, IsNotCheckedIfTheCheckIsSkipped) {

@@ -513,7 +513,8 @@ class BusyStore final : public agent::NetworkStore {
   void check() override {}
   bool isNew() override { return false; }
   void load(const Network&) override {}
-  Network read() override { return {}; }
+  void read(const UsePiece&) override {}
+  agent::NetworkSizes sizes() override { return {}; }
   std::uint64_t lastChange() override { return 0; }
   std::uint64_t commit(const agent::NetworkChange&, const agent::Cancellation& received) override {
     requested_.request();

@@ -34,6 +34,63 @@ TEST(NetworkModel, IsEmptyWithoutANetwork) {
   EXPECT_TRUE(model.clockLinks().empty());
 }
 
+// Each piece has one record.
+class NetworkInPieces final : public agent::NetworkSource {
+ public:
+  explicit NetworkInPieces(const agent::Network& network) : sizes_{1, 2, 1, 2} {
+    pieces_.emplace_back().ems = network.ems;
+    split(network, &agent::Network::topoNodes);
+    split(network, &agent::Network::networkElements);
+    split(network, &agent::Network::clockPositions);
+    split(network, &agent::Network::clockLinks);
+    split(network, &agent::Network::objectLabels);
+  }
+
+  agent::NetworkSizes sizes() const override { return sizes_; }
+  std::optional<agent::Network> next() override {
+    return next_ == pieces_.size() ? std::nullopt : std::optional(pieces_[next_++]);
+  }
+
+ private:
+  template <typename List>
+  void split(const agent::Network& network, List agent::Network::*list) {
+    for (const auto& record : network.*list) {
+      (pieces_.emplace_back().*list).push_back(record);
+    }
+  }
+
+  const agent::NetworkSizes sizes_;
+  std::vector<agent::Network> pieces_;
+  std::size_t next_ = 0;
+};
+
+TEST(NetworkModel, IsTheSameFromPieces) {
+  NetworkInPieces pieces(sampleNetwork());
+  const NetworkModel fromPieces(pieces);
+  const NetworkModel whole(sampleNetwork());
+  const agent::Network network = sampleNetwork();
+  EXPECT_EQ(whole.ems(), fromPieces.ems());
+  std::vector<NS_DOMAIN::TopoNode_T> nodes;
+  fromPieces.appendTopoNodes(nodes);
+  EXPECT_EQ(network.topoNodes, nodes);
+  EXPECT_EQ(listed(whole, true), listed(fromPieces, true));
+  EXPECT_EQ(listed(whole, false), listed(fromPieces, false));
+  EXPECT_EQ(network.clockPositions, fromPieces.clockPositions());
+  EXPECT_EQ(network.clockLinks, fromPieces.clockLinks());
+  for (const agent::ObjectLabel& label : network.objectLabels) {
+    EXPECT_EQ(label.label, fromPieces.labelOf(label.type, label.id));
+  }
+  for (const agent::NetworkElement& element : network.networkElements) {
+    const agent::ObjectKey key{agent::kManagedElementType, std::to_string(element.number)};
+    EXPECT_EQ(whole.object(key).has_value(), fromPieces.object(key).has_value());
+    if (const auto view = whole.object(key)) {
+      EXPECT_EQ(view->nodes, fromPieces.object(key)->nodes);
+      EXPECT_EQ(view->positions, fromPieces.object(key)->positions);
+      EXPECT_EQ(view->element.has_value(), fromPieces.object(key)->element.has_value());
+    }
+  }
+}
+
 TEST(NetworkModel, AppendsTheNodesInTheirOrder) {
   const NetworkModel model(sampleNetwork());
   std::vector<NS_DOMAIN::TopoNode_T> nodes(1);
