@@ -220,6 +220,16 @@ class Packages(unittest.TestCase):
         self.assertTrue(root.file(ENABLED).is_symlink())
         self.assertEqual(root.file("etc/passwd").read_text(encoding="utf-8"), accounts)
 
+    def test_have_a_service_that_can_list_the_addresses_of_the_host_and_write_a_log(self):
+        unit = self.unpack("topo-agent") / "lib/systemd/system" / UNIT
+        settings = dict(line.split("=", 1) for line in unit.read_text(encoding="utf-8").splitlines()
+                        if "=" in line and not line.startswith("#"))
+        # getifaddrs() asks the kernel over netlink.
+        self.assertEqual(set(settings["RestrictAddressFamilies"].split()),
+                         {"AF_INET", "AF_INET6", "AF_NETLINK", "AF_UNIX"})
+        self.assertEqual(settings["LogsDirectory"], "topo-agent")
+        self.assertEqual(settings["LogsDirectoryMode"], "0750")
+
     def test_keep_a_changed_configuration_in_an_upgrade(self):
         def new_default(content):
             with (content / CONF).open("a", encoding="utf-8") as conf:
