@@ -4,13 +4,14 @@
 
 #include "agent/base/PrintableText.h"
 #include "agent/base/RequestLog.h"
+#include "idl/ObjectKeys.h"
 #include "idl/PermissionMinors.h"
 
 namespace agent {
 namespace {
 
-constexpr std::size_t kLines = 20;
-constexpr std::chrono::seconds kInterval{10};
+constexpr std::size_t kLogLines = 20;  // refusals in an interval
+constexpr std::chrono::seconds kLogInterval{10};
 
 const char* nameOf(Role role) {
   switch (role) {
@@ -29,8 +30,7 @@ std::string missingRole(const std::optional<Role>& role) {
               : "the client has no role";
 }
 
-}  // namespace
-
+// The name of the object in the log: "the network" for managers, iterators and subscriptions.
 const char* nameOf(ObjectKind kind) {
   switch (kind) {
     case ObjectKind::kConsole:
@@ -43,9 +43,18 @@ const char* nameOf(ObjectKind kind) {
   return "the network";
 }
 
+// The keys of iterators and subscriptions are random.
+std::string recordedObject(const orb::ObjectKey& key) {
+  const bool isPublic =
+      key == object_key::kManager || key == object_key::kSession || key == object_key::kConsole;
+  return isPublic ? key : nameOf(ObjectKind::kNetwork);
+}
+
+}  // namespace
+
 AccessControl::AccessControl(AccessRules rules, AccessSettings settings, RefusalLog::Clock clock)
     : settings_(settings),
-      log_(std::move(clock), kLines, kInterval),
+      log_(std::move(clock), kLogLines, kLogInterval),
       rules_(std::make_shared<const AccessRules>(std::move(rules))) {}
 
 void AccessControl::replaceRules(AccessRules rules) {
@@ -67,8 +76,8 @@ void AccessControl::check(const orb::ObjectKey& key, const orb::Request& request
   }
   log_.refused(orb::format(request.peer) + ": " + inQuotes(request.operation) + " of " +
                nameOf(kind) + " is refused: " + refusal->reason);
-  recordRequest({request.peer, kind == ObjectKind::kNetwork ? nameOf(kind) : key, request.operation,
-                 "", RequestRecord::Outcome::kRefused, refusal->reason});
+  recordRequest({request.peer, recordedObject(key), request.operation, "",
+                 RequestRecord::Outcome::kRefused, refusal->reason});
   throw CORBA::NO_PERMISSION(static_cast<CORBA::ULong>(refusal->minor), CORBA::COMPLETED_NO);
 }
 

@@ -55,10 +55,6 @@ class AccessControl {
   std::shared_ptr<const AccessRules> rules_ GUARDED_BY(mutex_);
 };
 
-// The name of the object for messages: "the console", "the session", or "the network" for managers,
-// iterators and subscriptions.
-const char* nameOf(ObjectKind kind);
-
 }  // namespace agent
 
 #endif

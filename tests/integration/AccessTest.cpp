@@ -429,6 +429,7 @@ TEST_F(Audit, RecordsChangesFailuresAndRefusals) {
   EXPECT_NE("", lines[1]["reason"]);
   EXPECT_EQ("setUserLabel", lines[2]["operation"]);
   EXPECT_EQ("refused", lines[2]["outcome"]);
+  EXPECT_EQ("TopoManagement", lines[2]["object"]);
   for (const json& line : lines) {
     EXPECT_EQ("127.0.0.1", line["peer"]);
     EXPECT_EQ("tcp", line["transport"]);
