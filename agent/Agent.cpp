@@ -64,6 +64,11 @@ std::unique_ptr<RequestMetrics> requestMetrics(const Options& options) {
   return metrics;
 }
 
+// Without a certificate of its own, the agent verifies the servers that it calls.
+bool hasTlsFiles(const orb::TlsOptions& tls) {
+  return !tls.certificate.empty() || !tls.authorities.empty();
+}
+
 // metrics: null, or outlives the server.
 std::unique_ptr<orb::Server> startServer(const Options& options, RequestMetrics* metrics) {
   checkTls(options);
@@ -178,7 +183,7 @@ class Agent::Parts final : private AgentControl {
     if (!options_.access.empty()) {
       reload("access rules", [this] { access_.replaceRules(accessRules(options_)); });
     }
-    if (!options_.tls.certificate.empty()) {
+    if (hasTlsFiles(options_.tls)) {
       reload("TLS certificates", [this] { server_->reloadTls(); });
     }
   }

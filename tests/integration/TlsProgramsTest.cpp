@@ -173,6 +173,46 @@ TEST_F(TlsPrograms, ReadEachFileAgainOnHangupWhenAnotherIsMalformed) {
                              ": holds no revocation list in PEM form"));
 }
 
+TEST_F(TlsPrograms, ReadTheAuthoritiesOfOutgoingCallsAgainOnHangup) {
+  RunningAgent agent({"--tls-ca", authority_.file()});
+  std::ofstream(authority_.file()) << "no certificate\n";
+  agent.process().send(SIGHUP);
+  EXPECT_THAT(agent.stop(SIGTERM).err,
+              HasSubstr("the TLS certificates stay as they were: " + authority_.file()));
+}
+
+TEST_F(TlsPrograms, RefuseARevokedAgent) {
+  const RunningAgent agent(serving(server_));
+  authority_.revoke(server_);
+  expectRefusal(topoctl(agent, joined(tlsArguments(authority_, client_),
+                                      {"--tls-crl", authority_.revoked()})),
+                "failed: certificate revoked");
+}
+
+TEST_F(TlsPrograms, RefuseAClientOfAnotherAuthority) {
+  const RunningAgent agent(serving(server_));
+  Authority other(directory_, "other");
+  const Certificate stranger = other.issue("operator");
+  expectRefusal(topoctl(agent, tlsArguments(authority_, stranger)),
+                "failed: the other side answers 'unknown CA'");
+}
+
+TEST_F(TlsPrograms, JudgeAClientOnTheLoopbackByItsCertificate) {
+  const std::string audit = directory_.file("audit");
+  RunningAgent agent(joined(serving(server_), {"--audit", audit}));
+  const std::vector<std::string> tls = tlsArguments(authority_, client_);
+  EXPECT_EQ(3, topoctl(agent, tls, {"test-switch", "on"}).status);
+  EXPECT_EQ(0, topoctl(agent, tls).status);
+  agent.stop(SIGTERM);
+  std::ifstream lines(audit);
+  const nlohmann::json line = nlohmann::json::parse(lines);  // the only one
+  EXPECT_EQ("127.0.0.1", line["peer"]);
+  EXPECT_EQ("tls", line["transport"]);
+  EXPECT_EQ("CN=operator,O=Tests", line["certificate"]);
+  EXPECT_EQ("TopoAgentConsole", line["object"]);
+  EXPECT_EQ("refused", line["outcome"]);
+}
+
 TEST_F(TlsPrograms, AcceptAnAgentOfTheNameInTheReference) {
   const RunningAgent agent(
       serving(authority_.issue("named", Authority::Validity::kToday, "localhost")));
