@@ -18,6 +18,12 @@ void checkForward(CORBA::Object_ptr target) {
   }
 }
 
+void checkConnection(const std::string& address) {
+  if (threadCheck != nullptr) {
+    (*threadCheck)({Destination::Kind::kIp, address});
+  }
+}
+
 CheckedCalls::CheckedCalls(CORBA::Object_ptr /*reference*/,
                            const DestinationCheck& check) noexcept {
   threadCheck = &check;

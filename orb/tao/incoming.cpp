@@ -13,6 +13,7 @@
 #include <utility>
 
 #include "acceptance.h"
+#include "connector.h"
 #include "outgoingcalls.h"
 #include "profiles.h"
 #include "sync/Mutex.h"
@@ -106,8 +107,8 @@ class Protocol final : public TAO_IIOP_Protocol_Factory {
   TAO_Acceptor* make_acceptor() override { return new IncomingAcceptor; }
 
   TAO_Connector* make_connector() override {
-    TAO_Connector* const withTls = makeTlsConnector().release();
-    return withTls == nullptr ? TAO_IIOP_Protocol_Factory::make_connector() : withTls;
+    std::unique_ptr<TAO_Connector> withTls = makeTlsConnector();
+    return withTls ? withTls.release() : new CheckedConnector;
   }
 };
 

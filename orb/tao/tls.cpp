@@ -8,7 +8,6 @@
 #include <orbsvcs/SSLIOP/SSLIOP_Factory.h>
 #include <tao/Base_Transport_Property.h>
 #include <tao/CDR.h>
-#include <tao/IIOP_Connector.h>
 #include <tao/Profile.h>
 
 #include <algorithm>
@@ -20,6 +19,7 @@
 #include <vector>
 
 #include "../tls.h"
+#include "connector.h"
 #include "orb/orb.h"
 #include "profiles.h"
 #include "transports.h"
@@ -38,15 +38,15 @@ bool hasTlsEndpoint(TAO_Profile& profile) {
 // Connects with TLS to endpoints whose references demand TLS, and without TLS to all others. Only
 // references with TLS use the classes of SSLIOP, so calls without TLS cost what they cost without
 // this class.
-class Connector final : public TAO_IIOP_Connector {
+class TlsConnector final : public CheckedConnector {
  public:
   int open(TAO_ORB_Core* core) override {
-    return TAO_IIOP_Connector::open(core) == -1 ? -1 : secure_->open(core);
+    return CheckedConnector::open(core) == -1 ? -1 : secure_->open(core);
   }
 
   int close() override {
     secure_->close();
-    return TAO_IIOP_Connector::close();
+    return CheckedConnector::close();
   }
 
   TAO_Transport* connect(TAO::Profile_Transport_Resolver* resolver,
@@ -54,15 +54,16 @@ class Connector final : public TAO_IIOP_Connector {
                          ACE_Time_Value* timeout) override {
     const auto* const endpoint = dynamic_cast<TAO_SSLIOP_Endpoint*>(description->endpoint());
     if (endpoint == nullptr) {
-      return TAO_IIOP_Connector::connect(resolver, description, timeout);
+      return CheckedConnector::connect(resolver, description, timeout);
     }
+    check(endpoint->object_addr());
     expectHost(endpoint->iiop_endpoint()->host());
     return secure_->connect(resolver, description, timeout);
   }
 
   TAO_Profile* create_profile(TAO_InputCDR& encoded) override {
     TAO_InputCDR again(encoded);
-    TAO_Profile* const profile = TAO_IIOP_Connector::create_profile(encoded);
+    TAO_Profile* const profile = CheckedConnector::create_profile(encoded);
     if (profile == nullptr || !hasTlsEndpoint(*profile)) {
       return profile;
     }
@@ -71,12 +72,12 @@ class Connector final : public TAO_IIOP_Connector {
   }
 
   int check_prefix(const char* endpoint) override {
-    return TAO_IIOP_Connector::check_prefix(endpoint) == 0 ? 0 : secure_->check_prefix(endpoint);
+    return CheckedConnector::check_prefix(endpoint) == 0 ? 0 : secure_->check_prefix(endpoint);
   }
 
   TAO_Profile* corbaloc_scan(const char* text, std::size_t& size) override {
     return secure_->check_prefix(text) == 0 ? secure_->corbaloc_scan(text, size)
-                                            : TAO_IIOP_Connector::corbaloc_scan(text, size);
+                                            : CheckedConnector::corbaloc_scan(text, size);
   }
 
  private:
@@ -132,7 +133,7 @@ void installTls() {
 }
 
 std::unique_ptr<TAO_Connector> makeTlsConnector() {
-  return installed ? std::make_unique<Connector>() : nullptr;
+  return installed ? std::make_unique<TlsConnector>() : nullptr;
 }
 
 std::uint16_t tlsPortOf(TAO_Endpoint& endpoint) {

@@ -16,8 +16,7 @@ using DestinationCheck = std::function<void(const Destination&)>;
 // Checks the calls of the constructing thread through a reference, from the construction to the
 // destruction. The check is called
 // - for every address of a reference to which a server forwards a call, before the call goes there;
-// - for the numeric address of a new connection, before anything is sent. On TAO, new connections
-//   are not checked.
+// - for the numeric address of a new connection, before anything is sent.
 // A call that the check rejects fails with the exception of the check. The addresses of the
 // reference itself are not checked before the connection.
 //

@@ -21,23 +21,6 @@ class CheckedConnections : public testing::Test {
       orb::startServer(orb_tests::quickOptions(), {"127.0.0.1", 0}, nullptr);
 };
 
-// The ORB looks a host name up itself, so an earlier look-up proves nothing.
-TEST_F(CheckedConnections, SeeTheAddressOfAHostName) {
-  RawPeer peer([](const std::string& request) { return booleanReply(request, false); });
-  const CORBA::Object_var object =
-      server_->get()->string_to_object(peer.corbaloc("localhost").c_str());
-  std::vector<std::string> hosts;
-  const orb::DestinationCheck check = [&hosts](const Destination& destination) {
-    EXPECT_EQ(Destination::Kind::kIp, destination.kind);
-    hosts.push_back(destination.host);
-    throw CORBA::NO_PERMISSION(7, CORBA::COMPLETED_NO);
-  };
-  const CheckedCalls checked(object.in(), check);
-  EXPECT_THROW(object->_non_existent(), CORBA::NO_PERMISSION);
-  EXPECT_THAT(hosts, testing::ElementsAre("127.0.0.1"));
-  EXPECT_EQ(0, peer.requests());
-}
-
 TEST_F(CheckedConnections, RefuseAForwardedLocateRequest) {
   RawPeer target([](const std::string& request) { return booleanReply(request, true); },
                  "127.0.0.2");

@@ -1,0 +1,25 @@
+// Outgoing connections over TCP.
+
+#ifndef ORB_TAO_CONNECTOR_H
+#define ORB_TAO_CONNECTOR_H
+
+#include <ace/INET_Addr.h>
+#include <tao/IIOP_Connector.h>
+
+namespace orb {
+
+// Checks the numeric address of each new connection. Thread-safety, ownership and errors: as
+// TAO_Connector; exceptions of the check pass.
+class CheckedConnector : public TAO_IIOP_Connector {
+ protected:
+  // The ORB has looked the host of the endpoint up, and connects to the address that it found.
+  TAO_Transport* make_connection(TAO::Profile_Transport_Resolver* resolver,
+                                 TAO_Transport_Descriptor_Interface& description,
+                                 ACE_Time_Value* timeout) override;
+
+  static void check(const ACE_INET_Addr& address);
+};
+
+}  // namespace orb
+
+#endif
