@@ -22,7 +22,7 @@ namespace agent {
 // sizes() throw StoreError when the store cannot be read, finish() also for other damage.
 class StoreReading final : public NetworkSource {
  public:
-  static constexpr std::size_t kMostPieces = 32;
+  static constexpr std::size_t kMostPieces = 128;
 
   // Throws StoreError, and std::system_error when no thread can start. With `check`, a store that
   // cannot be read is reported by its check, whose reason is more precise.

@@ -114,8 +114,20 @@ constexpr const char* kSetEms =
     "INSERT INTO network VALUES (1, ?) "
     "ON CONFLICT (only) DO UPDATE SET ems = excluded.ems WHERE ems = ''";
 
-std::int32_t intAt(SQLite::Statement& row, int column) {
-  return row.getColumn(column).getInt();
+using Columns = std::vector<SQLite::Column>;
+
+// Calls a function with the columns of every row of a query, in its order. The columns are the same
+// objects for all rows, because making a column takes as long as reading its value.
+template <typename UseColumns>
+void forEachRecord(SQLite::Database& database, const char* query, UseColumns useColumns) {
+  SQLite::Statement row(database, query);
+  Columns columns;
+  while (row.executeStep()) {
+    while (columns.size() < static_cast<std::size_t>(row.getColumnCount())) {
+      columns.push_back(row.getColumn(static_cast<int>(columns.size())));
+    }
+    useColumns(columns);
+  }
 }
 
 // Collects records and passes them on in pieces.
@@ -197,57 +209,59 @@ class AttributeRows {
 
 void readTopoNodes(SQLite::Database& database, PieceWriter& pieces) {
   AttributeRows attributes(database);
-  forEachRow(database,
-             "SELECT id, parent, name, type, parent_type, param3, param4, position FROM topo_node "
-             "ORDER BY position",
-             [&](SQLite::Statement& row) {
-               NS_DOMAIN::TopoNode_T& node = pieces.add(&Network::topoNodes);
-               node.nodeId = textAt(row, 0);
-               node.parentId = textAt(row, 1);
-               node.nativeName = textAt(row, 2);
-               node.nodeType = row.getColumn(3).getUInt();
-               node.parentType = row.getColumn(4).getUInt();
-               node.attribute3 = intAt(row, 5);
-               node.attribute4 = intAt(row, 6);
-               attributes.appendTo(node, row.getColumn(7).getInt64());
-             });
+  forEachRecord(
+      database,
+      "SELECT id, parent, name, type, parent_type, param3, param4, position FROM topo_node "
+      "ORDER BY position",
+      [&](const Columns& row) {
+        NS_DOMAIN::TopoNode_T& node = pieces.add(&Network::topoNodes);
+        node.nodeId = row[0].getString();
+        node.parentId = row[1].getString();
+        node.nativeName = row[2].getString();
+        node.nodeType = row[3].getUInt();
+        node.parentType = row[4].getUInt();
+        node.attribute3 = row[5].getInt();
+        node.attribute4 = row[6].getInt();
+        attributes.appendTo(node, row[7].getInt64());
+      });
   attributes.throwFailure();
 }
 
 void readNetworkElements(SQLite::Database& database, PieceWriter& pieces) {
-  forEachRow(database, "SELECT number, name, shown FROM network_element ORDER BY position",
-             [&](SQLite::Statement& row) {
-               const std::int32_t shown = intAt(row, 2);
-               pieces.add(&Network::networkElements) = {intAt(row, 0), textAt(row, 1), shown != 0,
-                                                        shown == kShownForNode};
-             });
+  forEachRecord(database, "SELECT number, name, shown FROM network_element ORDER BY position",
+                [&](const Columns& row) {
+                  const std::int32_t shown = row[2].getInt();
+                  pieces.add(&Network::networkElements) = {row[0].getInt(), row[1].getString(),
+                                                           shown != 0, shown == kShownForNode};
+                });
 }
 
 void readClock(SQLite::Database& database, PieceWriter& pieces) {
-  forEachRow(database,
-             "SELECT reference, label, value1, value2 FROM clock_position ORDER BY position",
-             [&](SQLite::Statement& row) {
-               NS_DOMAIN::ClockPositionInfo_T& position = pieces.add(&Network::clockPositions);
-               position.reference = textAt(row, 0);
-               position.label = textAt(row, 1);
-               position.value1 = intAt(row, 2);
-               position.value2 = intAt(row, 3);
-             });
-  forEachRow(database, "SELECT id, name, a_end, z_end FROM clock_link ORDER BY position",
-             [&](SQLite::Statement& row) {
-               NS_DOMAIN::ClockTopoLinkInfo_T& link = pieces.add(&Network::clockLinks);
-               link.linkId = textAt(row, 0);
-               link.nativeName = textAt(row, 1);
-               link.aEndReference = textAt(row, 2);
-               link.zEndReference = textAt(row, 3);
-             });
+  forEachRecord(database,
+                "SELECT reference, label, value1, value2 FROM clock_position ORDER BY position",
+                [&](const Columns& row) {
+                  NS_DOMAIN::ClockPositionInfo_T& position = pieces.add(&Network::clockPositions);
+                  position.reference = row[0].getString();
+                  position.label = row[1].getString();
+                  position.value1 = row[2].getInt();
+                  position.value2 = row[3].getInt();
+                });
+  forEachRecord(database, "SELECT id, name, a_end, z_end FROM clock_link ORDER BY position",
+                [&](const Columns& row) {
+                  NS_DOMAIN::ClockTopoLinkInfo_T& link = pieces.add(&Network::clockLinks);
+                  link.linkId = row[0].getString();
+                  link.nativeName = row[1].getString();
+                  link.aEndReference = row[2].getString();
+                  link.zEndReference = row[3].getString();
+                });
 }
 
 void readLabels(SQLite::Database& database, PieceWriter& pieces) {
-  forEachRow(database, "SELECT type, id, label FROM object_label ORDER BY position",
-             [&](SQLite::Statement& row) {
-               pieces.add(&Network::objectLabels) = {intAt(row, 0), textAt(row, 1), textAt(row, 2)};
-             });
+  forEachRecord(database, "SELECT type, id, label FROM object_label ORDER BY position",
+                [&](const Columns& row) {
+                  pieces.add(&Network::objectLabels) = {row[0].getInt(), row[1].getString(),
+                                                        row[2].getString()};
+                });
 }
 
 // Most rows have the positions from 0 without gaps. A position beyond the size of the file can be

@@ -2,6 +2,7 @@
 
 #include "agent/store/StoreReading.h"
 
+#include <SQLiteCpp/SQLiteCpp.h>
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -158,6 +159,19 @@ TEST_F(StoreReadingTest, ReportsDamageAsReadingOnThisThreadDoes) {
     failures += answers.front().second.empty() ? 0 : 1;
   }
   EXPECT_LT(10, failures);
+}
+
+TEST_F(StoreReadingTest, RejectsAnAttributeWithoutANode) {
+  const std::string expected = path_ + ": has attributes of a node that is not there";
+  SQLite::Database(path_, SQLite::OPEN_READWRITE).exec("DELETE FROM topo_node WHERE position = 5");
+  for (const std::string position : {"-1", "5", "1000000"}) {
+    SQLite::Database database(path_, SQLite::OPEN_READWRITE);
+    database.exec("DELETE FROM topo_node_attribute WHERE key = 'stray'");
+    EXPECT_EQ("", plainAnswer(path_, true).second) << position;
+    database.exec("INSERT INTO topo_node_attribute VALUES (" + position + ", 0, 'stray', '')");
+    EXPECT_EQ(expected, plainAnswer(path_, true).second) << position;
+    EXPECT_EQ(expected, answerOfThread(path_, false).second) << position;
+  }
 }
 
 // A store whose network has no end.
