@@ -6,7 +6,7 @@ import dataclasses
 @dataclasses.dataclass(frozen=True)
 class Sizes:
     nodes: int = 100_000
-    rounds: int = 7
+    rounds: int = 15
     seconds: float = 1.0  # of a measured rate
 
     @property
