@@ -163,14 +163,16 @@ TEST_F(StoreReadingTest, ReportsDamageAsReadingOnThisThreadDoes) {
 
 TEST_F(StoreReadingTest, RejectsAnAttributeWithoutANode) {
   const std::string expected = path_ + ": has attributes of a node that is not there";
-  SQLite::Database(path_, SQLite::OPEN_READWRITE).exec("DELETE FROM topo_node WHERE position = 5");
+  const auto execute = [this](const std::string& statement) {
+    SQLite::Database(path_, SQLite::OPEN_READWRITE).exec(statement);
+  };
+  execute("DELETE FROM topo_node WHERE position = 5");
   for (const std::string position : {"-1", "5", "1000000"}) {
-    SQLite::Database database(path_, SQLite::OPEN_READWRITE);
-    database.exec("DELETE FROM topo_node_attribute WHERE key = 'stray'");
     EXPECT_EQ("", plainAnswer(path_, true).second) << position;
-    database.exec("INSERT INTO topo_node_attribute VALUES (" + position + ", 0, 'stray', '')");
+    execute("INSERT INTO topo_node_attribute VALUES (" + position + ", 0, 'stray', '')");
     EXPECT_EQ(expected, plainAnswer(path_, true).second) << position;
     EXPECT_EQ(expected, answerOfThread(path_, false).second) << position;
+    execute("DELETE FROM topo_node_attribute WHERE key = 'stray'");
   }
 }
 
