@@ -1,7 +1,9 @@
 #include "agent/access/PushTargets.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <optional>
+#include <tuple>
 
 #include "agent/base/PrintableText.h"
 #include "agent/process/OwnAddresses.h"
@@ -11,6 +13,30 @@ namespace {
 
 using Kind = orb::Destination::Kind;
 using Transport = orb::Peer::Transport;
+
+// A look-up of a name may take long, and a stop of the agent waits for the look-ups.
+constexpr std::size_t kMostAddresses = 100;
+constexpr std::ptrdiff_t kMostNames = 2;
+
+bool isName(const orb::Destination& destination) {
+  return destination.kind == Kind::kIp && !IpAddress::parse(destination.host);
+}
+
+bool isLess(const orb::Destination& a, const orb::Destination& b) {
+  return std::tie(a.kind, a.host) < std::tie(b.kind, b.host);
+}
+
+bool isSame(const orb::Destination& a, const orb::Destination& b) {
+  return a.kind == b.kind && a.host == b.host;
+}
+
+// The destinations without repetitions: a reference repeats a host for each transport.
+std::vector<orb::Destination> distinct(std::vector<orb::Destination> destinations) {
+  std::sort(destinations.begin(), destinations.end(), isLess);
+  destinations.erase(std::unique(destinations.begin(), destinations.end(), isSame),
+                     destinations.end());
+  return destinations;
+}
 
 bool isOnThisHost(const orb::Peer& client) {
   if (client.transport == Transport::kUnix || client.transport == Transport::kLocal) {
@@ -37,7 +63,16 @@ std::string PushTargets::refusalOf(const std::vector<orb::Destination>& destinat
   if (destinations.empty()) {
     return "the reference of the consumer has no address";
   }
-  for (const orb::Destination& destination : destinations) {
+  if (destinations.size() > kMostAddresses) {
+    return "the reference of the consumer has more than " + std::to_string(kMostAddresses) +
+           " addresses";
+  }
+  const std::vector<orb::Destination> hosts = distinct(destinations);
+  if (std::count_if(hosts.begin(), hosts.end(), isName) > kMostNames) {
+    return "the reference of the consumer has more than " + std::to_string(kMostNames) +
+           " host names";
+  }
+  for (const orb::Destination& destination : hosts) {
     std::string refusal = refusalOf(destination, client);
     if (!refusal.empty()) {
       return refusal;

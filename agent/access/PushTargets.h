@@ -18,7 +18,8 @@ namespace agent {
 //
 // A consumer may be at the address of its client. For a client on this host it may be at the
 // loopback, at an address of this host, and at a Unix socket. It may be at the addresses of the
-// configured ranges. Every address of the reference is checked, and every address of a host name.
+// configured ranges. Every address of the reference is checked, and every address of a host name. A
+// reference may have 100 addresses and two host names.
 //
 // Thread-safety: any thread. Ownership: owns the ranges. Errors: std::bad_alloc.
 class PushTargets {

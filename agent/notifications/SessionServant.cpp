@@ -65,8 +65,8 @@ orb::DestinationCheck SessionServant::checkConsumer(CORBA::Object_ptr consumer) 
   }
   const orb::Peer client = orb::currentPeer();
   checkDestinations(check_, orb::destinationsOf(consumer), client);
-  return [check = check_, client](const orb::Destination& destination) {
-    checkDestinations(check, {destination}, client);
+  return [check = check_, client](const std::vector<orb::Destination>& destinations) {
+    checkDestinations(check, destinations, client);
   };
 }
 

@@ -28,9 +28,7 @@ thread_local ThreadCheck threadCheck;
 // Runs before a connection is opened for the request.
 CORBA::Boolean checkRequest(omni::omniInterceptors::clientSendRequest_T::info_T& info) {
   if (threadCheck.check != nullptr && info.giop_c.ior() != threadCheck.addresses) {
-    for (const Destination& destination : destinationsIn(*info.giop_c.ior())) {
-      (*threadCheck.check)(destination);
-    }
+    (*threadCheck.check)(destinationsIn(*info.giop_c.ior()));
   }
   return true;
 }
@@ -40,7 +38,7 @@ CORBA::Boolean checkConnection(omni::omniInterceptors::clientOpenConnection_T::i
   if (threadCheck.check != nullptr) {
     omni::giopStrand& strand = info.giop_c.strand();
     try {
-      (*threadCheck.check)(destinationIn(strand.connection->peeraddress()));
+      (*threadCheck.check)({destinationIn(strand.connection->peeraddress())});
     } catch (...) {
       strand.state(omni::giopStrand::DYING);
       throw;

@@ -10,17 +10,14 @@ thread_local const DestinationCheck* threadCheck = nullptr;
 }  // namespace
 
 void checkForward(CORBA::Object_ptr target) {
-  if (threadCheck == nullptr || CORBA::is_nil(target)) {
-    return;
-  }
-  for (const Destination& destination : destinationsOf(target)) {
-    (*threadCheck)(destination);
+  if (threadCheck != nullptr && !CORBA::is_nil(target)) {
+    (*threadCheck)(destinationsOf(target));
   }
 }
 
 void checkConnection(const std::string& address) {
   if (threadCheck != nullptr) {
-    (*threadCheck)({Destination::Kind::kIp, address});
+    (*threadCheck)({Destination{Destination::Kind::kIp, address}});
   }
 }
 

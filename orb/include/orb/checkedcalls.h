@@ -4,18 +4,19 @@
 #define ORB_CHECKEDCALLS_H
 
 #include <functional>
+#include <vector>
 
 #include "orb/corba.h"
 #include "orb/destinations.h"
 
 namespace orb {
 
-// Throws a CORBA system exception for an address to which calls may not go.
-using DestinationCheck = std::function<void(const Destination&)>;
+// Throws a CORBA system exception when calls may not go to one of the addresses.
+using DestinationCheck = std::function<void(const std::vector<Destination>&)>;
 
 // Checks the calls of the constructing thread through a reference, from the construction to the
 // destruction. The check is called
-// - for every address of a reference to which a server forwards a call, before the call goes there;
+// - for the addresses of a reference to which a server forwards a call, before the call goes there;
 // - for the numeric address of a new connection, before anything is sent.
 // A call that the check rejects fails with the exception of the check. The addresses of the
 // reference itself are not checked before the connection.

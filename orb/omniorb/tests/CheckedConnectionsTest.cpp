@@ -31,8 +31,8 @@ TEST_F(CheckedConnections, RefuseAForwardedLocateRequest) {
   });
   const CORBA::Object_var object = server_->get()->string_to_object(forwarding.corbaloc().c_str());
   bool refused = false;
-  const orb::DestinationCheck check = [&refused](const Destination& destination) {
-    if (destination.host == "127.0.0.2") {
+  const orb::DestinationCheck check = [&refused](const std::vector<Destination>& destinations) {
+    if (destinations.at(0).host == "127.0.0.2") {
       refused = true;
       throw CORBA::NO_PERMISSION(7, CORBA::COMPLETED_NO);
     }

@@ -16,8 +16,8 @@ using orb_tests::booleanReply;
 using orb_tests::RawPeer;
 
 // Throws for the address of the peer to which calls are forwarded.
-void refuseForwards(const Destination& destination) {
-  if (destination.host == "127.0.0.2") {
+void refuseForwards(const std::vector<Destination>& destinations) {
+  if (destinations.at(0).host == "127.0.0.2") {
     throw CORBA::NO_PERMISSION(7, CORBA::COMPLETED_NO);
   }
 }
@@ -53,8 +53,8 @@ class CheckedCallsTest : public testing::Test {
 TEST_F(CheckedCallsTest, AreForwardedToAnAdmittedAddress) {
   const CORBA::Object_var object = this->object();
   std::vector<std::string> hosts;
-  const orb::DestinationCheck check = [&hosts](const Destination& destination) {
-    hosts.push_back(destination.host);
+  const orb::DestinationCheck check = [&hosts](const std::vector<Destination>& destinations) {
+    hosts.push_back(destinations.at(0).host);
   };
   const CheckedCalls checked(object.in(), check);
   EXPECT_FALSE(object->_non_existent());
@@ -95,9 +95,9 @@ TEST_F(CheckedCallsTest, AreCheckedForTheAddressOfAHostName) {
   const CORBA::Object_var object =
       server_->get()->string_to_object(peer.corbaloc("localhost").c_str());
   std::vector<std::string> hosts;
-  const orb::DestinationCheck check = [&hosts](const Destination& destination) {
-    EXPECT_EQ(Destination::Kind::kIp, destination.kind);
-    hosts.push_back(destination.host);
+  const orb::DestinationCheck check = [&hosts](const std::vector<Destination>& destinations) {
+    EXPECT_EQ(Destination::Kind::kIp, destinations.at(0).kind);
+    hosts.push_back(destinations.at(0).host);
     throw CORBA::NO_PERMISSION(7, CORBA::COMPLETED_NO);
   };
   const CheckedCalls checked(object.in(), check);

@@ -77,6 +77,16 @@ TEST(PushTarget, MayBeAHostNameOfAllowedAddresses) {
   EXPECT_EQ("the host \"a..b\" of the consumer is unknown", refusalOfHost("a..b", kRemote));
 }
 
+TEST(PushTarget, HasFewNamesAndAddresses) {
+  const Destination name{Kind::kIp, "localhost"};
+  EXPECT_EQ("", refusalOf({name, name, name}, kLoopback));
+  EXPECT_EQ("the reference of the consumer has more than 2 host names",
+            refusalOf({name, {Kind::kIp, "localhost."}, {Kind::kIp, "LOCALHOST"}}, kLoopback));
+  EXPECT_EQ("", refusalOf(std::vector<Destination>(100, {Kind::kIp, "127.0.0.1"}), kLoopback));
+  EXPECT_EQ("the reference of the consumer has more than 100 addresses",
+            refusalOf(std::vector<Destination>(101, {Kind::kIp, "127.0.0.1"}), kLoopback));
+}
+
 TEST(PushTarget, AtAUnixSocketIsForClientsOnThisHost) {
   const std::vector<Destination> socket = {{Kind::kUnix, "giop:unix:/run/consumer"}};
   EXPECT_EQ("", refusalOf(socket, kUnix));
