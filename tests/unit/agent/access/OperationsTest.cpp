@@ -115,6 +115,40 @@ TEST(Operations, ThatChangeNeedMoreThanTheRoleRead) {
   }
 }
 
+TEST(Operations, ThatAReadOnlyAgentServesAreTheseAlone) {
+  Names served;
+  for (const Operation& operation : operations()) {
+    if (!operation.isChange) {
+      served.insert(operation.name);
+    }
+  }
+  EXPECT_EQ((Names{"getTopoSubnetworkViewInfo",
+                   "getProtectSubnetworkViewInfo",
+                   "getViewInfoByTopoSubnetwork",
+                   "getClockSourceSubnetworkViewInfo",
+                   "getAllClockSourceViewlTopologicalLinks",
+                   "getCapabilities",
+                   "next_n",
+                   "getLength",
+                   "destroy",
+                   "ping",
+                   "unsubscribe",
+                   "subscribe",
+                   "getEventAccess",
+                   "getObject",
+                   "beginBackup",
+                   "continueBackup",
+                   "endBackup",
+                   "getStatus",
+                   "_is_a",
+                   "_non_existent",
+                   "_not_existent",
+                   "_interface",
+                   "_component",
+                   "_repository_id"}),
+            served);
+}
+
 TEST(Operations, KnowSessionAndConsoleByTheirKeys) {
   EXPECT_EQ(ObjectKind::kConsole, kindOf(object_key::kConsole));
   EXPECT_EQ(ObjectKind::kSession, kindOf(object_key::kSession));
