@@ -196,7 +196,7 @@ void AuditLog::reopen() {
 
 AuditStatus AuditLog::status() const {
   const MutexLock lock(mutex_);
-  return {lost_, failure_};
+  return {lost_, failure_.empty() ? reopenFailure_ : failure_};
 }
 
 void AuditLog::run() {
@@ -281,6 +281,8 @@ void AuditLog::reopenSink() {
   if (!failure.empty()) {
     log(kLogErrors, "the audit log cannot be reopened: " + failure);
   }
+  const MutexLock lock(mutex_);
+  reopenFailure_ = failure;
 }
 
 }  // namespace agent

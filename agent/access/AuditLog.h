@@ -42,7 +42,7 @@ struct AuditLimits {
 
 struct AuditStatus {
   std::uint64_t lost = 0;  // changes, failures and refusals without a line, since the start
-  std::string failure;     // of the last write; "" after a success
+  std::string failure;     // of the last write or else of the last reopening; "" after successes
 };
 
 // Writes a line for every change, and for failures and refusals at a limited rate for each peer. A
@@ -102,7 +102,8 @@ class AuditLog {
   std::map<std::string, Refusals> refusals_ GUARDED_BY(mutex_);  // by peer
   std::uint64_t unreported_ GUARDED_BY(mutex_) = 0;  // lost, and no line has their number yet
   std::uint64_t lost_ GUARDED_BY(mutex_) = 0;
-  std::string failure_ GUARDED_BY(mutex_);
+  std::string failure_ GUARDED_BY(mutex_);        // of the last write
+  std::string reopenFailure_ GUARDED_BY(mutex_);  // of the last reopening
   bool reopens_ GUARDED_BY(mutex_) = false;
   bool ends_ GUARDED_BY(mutex_) = false;
   std::thread thread_;

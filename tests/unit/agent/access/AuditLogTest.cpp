@@ -35,7 +35,7 @@ class FakeSink {
     return {[this](std::string_view line) { return write(line); },
             [this] {
               ++reopened;
-              return std::string();
+              return reopenFailure;
             }};
   }
 
@@ -76,6 +76,7 @@ class FakeSink {
   }
 
   std::atomic<int> reopened{0};
+  std::string reopenFailure;  // set before the log calls reopen
 
  private:
   std::string write(std::string_view line) {
@@ -299,6 +300,17 @@ TEST_F(AuditLogs, ReopenTheSink) {
   log_->reopen();
   end();
   EXPECT_EQ(1, sink_.reopened);
+}
+
+TEST_F(AuditLogs, ReportAFailedReopeningUntilItSucceeds) {
+  sink_.reopenFailure = "no such directory";
+  start();
+  log_->reopen();
+  log_->record(change());
+  sink_.awaitLines(1);  // written after the reopening
+  log_->record(change());
+  sink_.awaitLines(2);  // the status has the outcome of the first write
+  EXPECT_EQ("no such directory", log_->status().failure);
 }
 
 TEST(AuditFile, IsCreatedForItsOwnerAndGroup) {
