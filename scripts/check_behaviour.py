@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
-"""Checks that every test named in docs/behaviour.md exists.
+"""Checks that every test named in docs/behaviour.md and docs/security.md exists.
 
-The last cell of each table row names the tests of the behaviour as `Suite.Name`. The name of a typed test has no type.
+The last cell of each table row names the tests of the behaviour as `Suite.Name`; `Suite.*` names all tests of a suite.
+The name of a typed test has no type. A test with parameters may have the prefix of its instantiation and the suffix `/*`.
 """
 
 import pathlib
@@ -9,20 +10,22 @@ import re
 import sys
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
-DOCUMENT = "docs/behaviour.md"
+DOCUMENTS = ("docs/behaviour.md", "docs/security.md")
+FOLDERS = ("tests", "orb")
 
 DEFINITION = re.compile(
     r"^[ \t]*(?:TEST|TEST_F|TEST_P|TYPED_TEST|TYPED_TEST_P)\(\s*(\w+)\s*,\s*(\w+)\s*\)", re.MULTILINE)
 CELL_END = re.compile(r"(?<!\\)\|")  # "\|" is a bar within a cell
-NAMED = re.compile(r"`(\w+\.\w+)`")
+NAMED = re.compile(r"`(?:\w+/)?([A-Z]\w*)\.(\w+|\*)(?:/\*)?`")
 RULE = re.compile(r"\|[\s|:-]+")  # the line between a table's head and its rows
 
 
 def defined_tests():
-    tests = set()
-    for path in (ROOT / "tests").rglob("*.cpp"):
-        text = path.read_text(encoding="utf-8")
-        tests.update(f"{suite}.{name}" for suite, name in DEFINITION.findall(text))
+    """The names of the tests of each suite."""
+    tests = {}
+    for path in (path for folder in FOLDERS for path in (ROOT / folder).rglob("*.cpp")):
+        for suite, name in DEFINITION.findall(path.read_text(encoding="utf-8")):
+            tests.setdefault(suite, set()).update((name, "*"))
     return tests
 
 
@@ -35,21 +38,22 @@ def rows(text):
             yield number, CELL_END.split(line.strip())[-2]
 
 
-def problems(text, tests):
-    found = list(rows(text))
+def problems(document, tests):
+    found = list(rows((ROOT / document).read_text(encoding="utf-8")))
     if not found:
-        yield f"{DOCUMENT}: has no table"
+        yield f"{document}: has no table"
     for number, cell in found:
         named = NAMED.findall(cell)
         if not named:
-            yield f"{DOCUMENT}:{number}: names no test"
-        for test in named:
-            if test not in tests:
-                yield f"{DOCUMENT}:{number}: there is no test {test}"
+            yield f"{document}:{number}: names no test"
+        for suite, name in named:
+            if name not in tests.get(suite, ()):
+                yield f"{document}:{number}: there is no test {suite}.{name}"
 
 
 def main():
-    found = list(problems((ROOT / DOCUMENT).read_text(encoding="utf-8"), defined_tests()))
+    tests = defined_tests()
+    found = [problem for document in DOCUMENTS for problem in problems(document, tests)]
     for problem in found:
         print(problem, file=sys.stderr)
     return 1 if found else 0
