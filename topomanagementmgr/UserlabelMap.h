@@ -13,8 +13,7 @@
 //
 // Thread-safety: none; the caller serialises the lookups (UserLabels). Ownership: owns the entries;
 // the file belongs to the operator. Errors: a file that cannot be read is not an error; the lookup
-// then uses the entries of earlier reads. std::bad_alloc passes, and std::system_error of
-// salted::Hash.
+// then uses the entries of earlier reads. std::bad_alloc passes.
 
 #ifndef TOPOMANAGEMENTMGR_USERLABELMAP_H
 #define TOPOMANAGEMENTMGR_USERLABELMAP_H
@@ -24,10 +23,8 @@
 #include <map>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <utility>
 
-#include "hash/SaltedHash.h"
 #include "topomanagementmgr/FileStamp.h"
 
 // Record: the type of the objects that the labels belong to. The data does not depend on it.
@@ -46,9 +43,9 @@ class UserlabelMap {
   // Calls LoadFile, then assigns the value of a key. A missing key leaves `value` unchanged.
   void GetValue(std::string& value, const std::string& key) {
     LoadFile();
-    const auto entry = valuesByKey_.find(key);
-    if (entry != valuesByKey_.end()) {
-      value = *entry->second;
+    const auto entry = entries_.find(key);
+    if (entry != entries_.end()) {
+      value = entry->second;
     }
   }
 
@@ -101,23 +98,15 @@ class UserlabelMap {
       return;
     }
     if (separator == std::string::npos) {
-      store(line, line);
+      entries_[line] = line;
     } else {
-      store(line.substr(0, separator), line.substr(separator + 1));
+      entries_[line.substr(0, separator)] = line.substr(separator + 1);
     }
-  }
-
-  // An entry without an index entry, after std::bad_alloc, gets it when the file is read again.
-  void store(const std::string& key, std::string value) {
-    const auto entry = entries_.insert_or_assign(key, std::move(value)).first;
-    valuesByKey_.try_emplace(entry->first, &entry->second);
   }
 
   const std::string fileName_;
   const topo::FileStamp::Clock clock_;
   std::map<std::string, std::string> entries_;
-  // A lookup in a large file takes a third of the time of a search of the ordered entries.
-  salted::Map<std::string_view, const std::string*> valuesByKey_;
   // The file that was read last, when each later change of the file will give another stamp.
   std::optional<topo::FileStamp> read_;
 };
