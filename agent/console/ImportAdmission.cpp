@@ -4,7 +4,27 @@
 #include <string>
 #include <utility>
 
+#include "agent/base/RequestLog.h"
+#include "idl/ObjectKeys.h"
+
 namespace agent {
+namespace {
+
+// An import is a change, for the audit log. Its file name was not decoded.
+void recordRefusal(const orb::Request& request) {
+  if (request.operation == "importNetwork" && isRecorded()) {
+    recordWith(RequestRecord::Outcome::kFailed, [&request] {
+      return RequestRecord{request.peer,
+                           object_key::kConsole,
+                           request.operation,
+                           "",
+                           RequestRecord::Outcome::kFailed,
+                           "memory is short"};
+    });
+  }
+}
+
+}  // namespace
 
 class ImportAdmission::Reservation {
  public:
@@ -42,9 +62,11 @@ std::shared_ptr<void> ImportAdmission::admit(const orb::Request& request) {
     if (reservation->isGranted()) {
       return reservation;
     }
+    recordRefusal(request);
     log_.refused(request.operation + " of " + std::to_string(request.bytes) +
                  " bytes is refused: memory is short");
   } catch (const std::bad_alloc&) {
+    recordRefusal(request);
     log_.refused("a large request is refused: memory is short");
   }
   throw CORBA::NO_RESOURCES(0, CORBA::COMPLETED_NO);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <exception>
 #include <new>
 #include <utility>
 
@@ -85,6 +86,12 @@ void recordedChange(const char* operation, const globaldefs::NVSList_T& objectNa
   } catch (const CORBA::SystemException& failure) {
     recordChange(operation, objectName, orb::describe(failure).c_str());
     throw;
+  } catch (const std::exception& failure) {
+    recordChange(operation, objectName, failure.what());
+    throw;
+  } catch (...) {
+    recordChange(operation, objectName, "an exception of an unknown type");
+    throw;
   }
   recordChange(operation, objectName, nullptr);
 }
@@ -149,10 +156,12 @@ void GuardedManager::getCapabilities(common::CapabilityList_T_out capabilities) 
 
 void GuardedManager::setAdditionalInfo(const globaldefs::NVSList_T& objectName,
                                        globaldefs::NVSList_T& additionalInfo) {
-  // At least one byte: a full admission refuses also a request without information.
-  ViewAdmission::Pass pass = admit(guard_.information, bytesOf(additionalInfo) + 1);
-  loggedChange("setAdditionalInfo", objectName,
-               [&] { manager_.setAdditionalInfo(objectName, additionalInfo); });
+  ViewAdmission::Pass pass;
+  loggedChange("setAdditionalInfo", objectName, [&] {
+    // At least one byte: a full admission refuses also a request without information.
+    pass = admit(guard_.information, bytesOf(additionalInfo) + 1);
+    manager_.setAdditionalInfo(objectName, additionalInfo);
+  });
   pass.computed(bytesOf(additionalInfo));
   ViewReply::keep(std::move(pass));
 }

@@ -4,6 +4,10 @@
 
 #include <gtest/gtest.h>
 
+#include <vector>
+
+#include "agent/base/RequestLog.h"
+
 namespace {
 
 using agent::ImportAdmission;
@@ -27,6 +31,21 @@ TEST_F(Imports, AreRefusedWhenMemoryIsShort) {
   EXPECT_THROW(admission_.admit(importOf(101)), CORBA::NO_RESOURCES);
   EXPECT_EQ(0U, admission_.reserved());
   EXPECT_NE(nullptr, admission_.admit(importOf(100)));
+}
+
+TEST_F(Imports, ThatAreRefusedAreRecordedAsFailures) {
+  std::vector<agent::RequestRecord> records;
+  agent::setRequestRecorder(
+      [&records](const agent::RequestRecord& record) { records.push_back(record); });
+  EXPECT_THROW(admission_.admit(importOf(101)), CORBA::NO_RESOURCES);
+  free_ = 0;
+  EXPECT_THROW(admission_.admit({"getObject", kClient, 100}), CORBA::NO_RESOURCES);
+  agent::setRequestRecorder(nullptr);
+  ASSERT_EQ(1U, records.size());
+  EXPECT_EQ("importNetwork", records[0].operation);
+  EXPECT_EQ("127.0.0.1", records[0].peer.address);
+  EXPECT_EQ(agent::RequestRecord::Outcome::kFailed, records[0].outcome);
+  EXPECT_EQ("memory is short", records[0].reason);
 }
 
 TEST_F(Imports, ReserveMemoryUntilTheirEnd) {

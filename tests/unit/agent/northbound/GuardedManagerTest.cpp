@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "agent/base/RequestLog.h"
 #include "agent/northbound/Northbound.h"
 #include "tests/support/Task.h"
 #include "tests/unit/agent/support/CapturedLog.h"
@@ -404,6 +405,29 @@ TEST_F(Guarded, LogsRefusalsAtLevelThreeAndPassesThem) {
   EXPECT_THAT(text, testing::HasSubstr(
                         "this process: getTopoSubnetworkViewInfo is refused: no such name\n"));
   EXPECT_THAT(text, testing::Not(testing::HasSubstr("ManagedElement")));
+}
+
+TEST_F(Guarded, RecordsEveryFailureOfAChange) {
+  std::vector<agent::RequestRecord> records;
+  agent::setRequestRecorder(
+      [&records](const agent::RequestRecord& record) { records.push_back(record); });
+  manager_->inSetter = [] { throw 7; };
+  EXPECT_THROW(guarded_->setOwner(elementName(), "o"), int);
+  manager_->inSetter = nullptr;
+  {
+    const std::shared_ptr<agent::ViewReply> reply = agent::ViewReply::begin();
+    manager_->storedPairs = 1000;
+    globaldefs::NVSList_T info;
+    guarded_->setAdditionalInfo(elementName(), info);
+    EXPECT_THROW(guarded_->setAdditionalInfo(elementName(), info), CORBA::NO_RESOURCES);
+  }
+  agent::setRequestRecorder(nullptr);
+  ASSERT_EQ(3U, records.size());
+  EXPECT_EQ(agent::RequestRecord::Outcome::kFailed, records[0].outcome);
+  EXPECT_EQ("an exception of an unknown type", records[0].reason);
+  EXPECT_EQ(agent::RequestRecord::Outcome::kDone, records[1].outcome);
+  EXPECT_EQ(agent::RequestRecord::Outcome::kFailed, records[2].outcome);
+  EXPECT_EQ("setAdditionalInfo", records[2].operation);
 }
 
 TEST(NorthboundSetters, WaitingForTheirAdmissionAreRejectedByRetire) {
