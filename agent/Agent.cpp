@@ -72,6 +72,9 @@ bool hasTlsFiles(const orb::TlsOptions& tls) {
 // metrics: null, or outlives the server.
 std::unique_ptr<orb::Server> startServer(const Options& options, RequestMetrics* metrics) {
   checkTls(options);
+  if (!options.tls.certificate.empty() && options.tls.clients == orb::TlsOptions::Clients::kNone) {
+    log(kLogErrors, "--tls-clients none: no rule of access applies to a client on TLS");
+  }
   orb::Options serverOptions = orbOptions(options);
   if (metrics != nullptr) {
     serverOptions.requestMeter = [metrics](const orb::FinishedRequest& request) {
@@ -236,13 +239,14 @@ class Agent::Parts final : private AgentControl {
 
   TopoAgent::Status_T status() override {
     return agentStatus({options_, emsName_, std::chrono::steady_clock::now() - started_, module_,
-                        model_, viewSizes_, events_, northbound_, notifier_,
-                        audit_ ? audit_->status() : AuditStatus()});
+                        model_, viewSizes_, events_, northbound_, notifier_, auditStatus()});
   }
 
+  AuditStatus auditStatus() const { return audit_ ? audit_->status() : AuditStatus(); }
+
   std::string metricsPage() {
-    MetricFamilies families =
-        agentMetrics({*server_, module_, model_, writer_, events_, northbound_, notifier_});
+    MetricFamilies families = agentMetrics(
+        {*server_, module_, model_, writer_, events_, northbound_, notifier_, auditStatus().lost});
     for (prometheus::MetricFamily& family : requestMetrics_->collect()) {
       families.push_back(std::move(family));
     }

@@ -148,6 +148,9 @@ MetricFamilies agentMetrics(const MetricSources& sources) {
                           number(sources.server.openConnections())),
                     gauge("topo_nodes", "Topology nodes of the network.",
                           number(sources.model.topoNodeCount())),
+                    counter("topo_audit_lost_total",
+                            "Changes, failures and refusals without a line in the audit log.",
+                            number(sources.auditLost)),
                     counter("topo_store_errors_total", "Failed calls of the store.",
                             number(sources.writer.storeFailures().count))});
   append(families, viewMetrics(sources.northbound));

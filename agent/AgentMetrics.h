@@ -3,6 +3,7 @@
 #ifndef AGENT_AGENTMETRICS_H
 #define AGENT_AGENTMETRICS_H
 
+#include <cstdint>
 #include <string>
 
 #include "agent/ModuleControl.h"
@@ -25,6 +26,7 @@ struct MetricSources {
   const EventManager& events;
   Northbound& northbound;
   Notifier& notifier;
+  std::uint64_t auditLost = 0;  // AuditStatus::lost
 };
 
 // A snapshot of everything but the requests; the sources are read one after the other. Waits for no

@@ -145,7 +145,9 @@ TEST_F(Access, OfAReaderExcludesChangesAndTheConsole) {
   const Ended testSwitch = run(agent, kOperate);
   EXPECT_EQ(3, testSwitch.status);
   EXPECT_EQ(kNoRole, testSwitch.err);
-  EXPECT_THAT(run(agent, {"status"}).out, HasSubstr("the console refuses this client"));
+  const Ended status = run(agent, {"status"});
+  EXPECT_EQ(0, status.status) << status.err;
+  EXPECT_THAT(status.out, HasSubstr("the console refuses this client"));
 }
 
 TEST_F(Access, ToAReadOnlyAgentExcludesEveryChange) {

@@ -76,6 +76,9 @@ std::map<std::string, double> samplesOf(const std::string& text) {
 
 class Metrics : public testing::Test {
  protected:
+  // more: options of the agent.
+  explicit Metrics(const std::vector<std::string>& more = {}) : agent_(options(more)) {}
+
   std::map<std::string, double> scrape() const {
     const HttpReply reply = httpGet(port_, "/metrics");
     EXPECT_EQ(200, reply.status);
@@ -100,8 +103,26 @@ class Metrics : public testing::Test {
 
   const std::string address_ = integration::quietEndpoint();
   const std::uint16_t port_ = portOf(address_);
-  RunningAgent agent_{{"--network", kBackbone, "--metrics", address_}};
+  RunningAgent agent_;
+
+ private:
+  std::vector<std::string> options(const std::vector<std::string>& more) const {
+    std::vector<std::string> all = {"--network", kBackbone, "--metrics", address_};
+    all.insert(all.end(), more.begin(), more.end());
+    return all;
+  }
 };
+
+class MetricsOfAReadOnlyAgent : public Metrics {
+ protected:
+  MetricsOfAReadOnlyAgent() : Metrics({"--read-only"}) {}
+};
+
+TEST_F(MetricsOfAReadOnlyAgent, CountRefusedRequests) {
+  EXPECT_EQ(3, runTopoctl({"--ior-file", agent_.iorFile(), "test-switch", "on"}).status);
+  const std::string refused = requests("setTestSwitch", "NO_PERMISSION");
+  EXPECT_EQ(1, scrapeUntil(1, refused)[refused]);
+}
 
 TEST_F(Metrics, ReportTheStateOfTheAgent) {
   const std::map<std::string, double> samples = scrape();
@@ -113,6 +134,7 @@ TEST_F(Metrics, ReportTheStateOfTheAgent) {
   EXPECT_LT(3, samples.at("process_threads"));
   EXPECT_LT(3, samples.at("process_open_fds"));
   EXPECT_EQ(0, samples.at("topo_store_errors_total"));
+  EXPECT_EQ(0, samples.at("topo_audit_lost_total"));
   EXPECT_EQ(0, samples.at("topo_receivers{kind=\"subscriber\"}"));
   EXPECT_EQ(0, samples.at("topo_views_in_progress{kind=\"view\"}"));
 }

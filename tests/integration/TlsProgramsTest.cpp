@@ -213,6 +213,12 @@ TEST_F(TlsPrograms, JudgeAClientOnTheLoopbackByItsCertificate) {
   EXPECT_EQ("refused", line["outcome"]);
 }
 
+TEST_F(TlsPrograms, SayThatClientsWithoutCertificatesHaveNoRole) {
+  RunningAgent agent(joined(serving(server_), {"--tls-clients", "none"}));
+  EXPECT_EQ(3, topoctl(agent, {"--tls-ca", authority_.file()}).status);
+  EXPECT_THAT(agent.stop(SIGTERM).err, HasSubstr("no rule of access applies to a client on TLS"));
+}
+
 TEST_F(TlsPrograms, AcceptAnAgentOfTheNameInTheReference) {
   const RunningAgent agent(
       serving(authority_.issue("named", Authority::Validity::kToday, "localhost")));
