@@ -1,7 +1,9 @@
 #include "agent/Agent.h"
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
@@ -85,6 +87,13 @@ std::unique_ptr<orb::Server> startServer(const Options& options, RequestMetrics*
       serverOptions, options.endpoints, [](const std::string& line) { log(kLogErrors, line); });
   checkReferences(server->get(), options);
   return server;
+}
+
+// The largest file that an import accepts. Leaves room in the message for the header, the service
+// contexts and the name of the file.
+std::size_t largestImport(std::size_t maxMessageBytes) {
+  constexpr std::size_t kOthers = std::size_t{64} << 10;
+  return maxMessageBytes - std::min(maxMessageBytes, kOthers);
 }
 
 }  // namespace
@@ -271,6 +280,11 @@ class Agent::Parts final : private AgentControl {
              }}};
   }
 
+  ExportLimits exportLimits() {
+    return {largestImport(options_.maxMessageBytes),
+            [this](std::uint64_t storedBytes) { return imports_.admitExport(storedBytes); }};
+  }
+
   void setTestSwitch(bool on) override { northbound_.setTestSwitch(on); }
 
   const Options options_;
@@ -292,7 +306,7 @@ class Agent::Parts final : private AgentControl {
   Cancellation stopping_;
   NodeService nodes_;
   InventoryService inventory_;
-  Backups backups_{writer_};
+  Backups backups_{writer_, std::chrono::steady_clock::now, exportLimits()};
   Notifier notifier_;
   const MemoryBudget::Probe memoryUse_;
   MemoryBudget memory_;

@@ -44,7 +44,7 @@ void addConsole(std::vector<Operation>& table) {
   add(table, kKind, kInterface, Role::kOperate, kChange,
       {"setLabel", "deleteLabel", "importNetwork", "setTestSwitch", "reloadModule"});
   add(table, kKind, kInterface, Role::kOperate, !kChange,
-      {"getObject", "beginBackup", "continueBackup", "endBackup", "getStatus"});
+      {"getObject", "beginBackup", "beginExport", "continueBackup", "endBackup", "getStatus"});
 }
 
 // The operations that the ORB answers for every object. The console answers operators only.

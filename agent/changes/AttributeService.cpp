@@ -79,13 +79,9 @@ void fill(NVSList_T& list, const InfoPairs& pairs) {
 }
 
 Outcome checkSize(const InfoPairs& pairs, const NVSList_T& object) {
-  std::size_t bytes = 0;
-  for (const auto& [name, value] : pairs) {
-    bytes += AttributeService::kPairBytes + name.size() + value.size();
-  }
-  if (bytes > AttributeService::kMostInfoBytes) {
+  if (infoBytes(pairs) > kMostInfoBytes) {
     return {kTooMuch, subjectOf("additional information", object) + " would have more than " +
-                          std::to_string(AttributeService::kMostInfoBytes) + " bytes"};
+                          std::to_string(kMostInfoBytes) + " bytes"};
   }
   return {};
 }

@@ -32,16 +32,6 @@ struct ObjectDetails {
 // for an unknown object, kInternalError for store and memory.
 class AttributeService {
  public:
-  static constexpr std::size_t kMostTextBytes = agent::kMostTextBytes;
-
-  // The largest additional information of one object. A reply contains all of it, and the default
-  // limit of a message is 256 MiB.
-  static constexpr std::size_t kMostInfoBytes = 16 * kMostTextBytes;
-
-  // Added to the size of the texts of each pair in that limit, because a pair of short texts takes
-  // many times the memory of its texts, and each change takes time for each pair.
-  static constexpr std::size_t kPairBytes = 64;
-
   // ems: the value of the "EMS" pair of every name.
   AttributeService(std::string ems, NetworkWriter& writer);
 

@@ -20,28 +20,79 @@ std::string theBackup() {
   return "the backup";
 }
 
+// A complete text in the place of a copy of the store.
+class TextCopy final : public StoreCopy {
+ public:
+  explicit TextCopy(std::string text) : text_(std::move(text)) {}
+
+  bool step() override { return true; }
+  std::uint64_t size() const override { return text_.size(); }
+  std::uint64_t bytesLeft() const override { return text_.size() - position_; }
+  std::string read(std::size_t maxBytes) override {
+    std::string part = text_.substr(position_, maxBytes);
+    position_ += part.size();
+    return part;
+  }
+
+ private:
+  const std::string text_;
+  std::size_t position_ = 0;
+};
+
 }  // namespace
 
-Backups::Backups(NetworkWriter& writer, Clock clock) : writer_(writer), clock_(std::move(clock)) {}
+Backups::Backups(NetworkWriter& writer, Clock clock, ExportLimits limits)
+    : writer_(writer), clock_(std::move(clock)), limits_(std::move(limits)) {}
 
 Backups::~Backups() {
   drop();
 }
 
-Outcome Backups::begin(std::uint64_t& id) {
+// makeCopy assigns the new copy to its argument, or returns a failure.
+template <typename MakeCopy>
+Outcome Backups::start(std::uint64_t& id, const MakeCopy& makeCopy) {
   const MutexLock lock(mutex_);
   if (copy_ && clock_() - lastUse_ < kIdle) {
     return {kTooMuch, "another backup is being fetched"};
   }
   try {
     drop();
-    copy_ = writer_.beginCopy();
-    id = id_ = newId();
-    lastUse_ = clock_();
-    return {};
+    Outcome outcome = makeCopy(copy_);
+    if (outcome.ok()) {
+      id = id_ = newId();
+      lastUse_ = clock_();
+    }
+    return outcome;
   } catch (const std::exception& failure) {
     return internalError(theBackup, failure.what());
   }
+}
+
+Outcome Backups::begin(std::uint64_t& id) {
+  return start(id, [this](std::unique_ptr<StoreCopy>& copy) {
+    copy = writer_.beginCopy();
+    return Outcome();
+  });
+}
+
+Outcome Backups::beginExport(std::uint64_t& id, const Write& write) {
+  return start(id, [&](std::unique_ptr<StoreCopy>& copy) { return makeExport(copy, write); });
+}
+
+Outcome Backups::makeExport(std::unique_ptr<StoreCopy>& copy, const Write& write) {
+  const std::shared_ptr<void> reservation =
+      limits_.reserve ? limits_.reserve(writer_.storedBytes()) : nullptr;
+  if (limits_.reserve && reservation == nullptr) {
+    return {kTooMuch, "memory is short for an export (--memory)"};
+  }
+  std::string text = write(writer_.storedNetwork());
+  if (text.size() > limits_.bytes) {
+    return {kTooMuch, "the export has " + std::to_string(text.size()) +
+                          " bytes, but a restore accepts " + std::to_string(limits_.bytes) +
+                          " (--max-message)"};
+  }
+  copy = std::make_unique<TextCopy>(std::move(text));
+  return {};
 }
 
 Outcome Backups::next(std::uint64_t id, Part& part) {

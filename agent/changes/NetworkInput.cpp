@@ -72,6 +72,14 @@ class TextChecker {
     return first({{".id", label.id}, {".label", label.label}});
   }
 
+  Outcome check(const ObjectAttributes& object) const {
+    Outcome outcome = first({{".id", object.id}, {".owner", object.owner}});
+    for (auto pair = object.info.begin(); outcome.ok() && pair != object.info.end(); ++pair) {
+      outcome = first({{".info", pair->first}, {".info", pair->second}});
+    }
+    return outcome;
+  }
+
  private:
   struct Field {
     const char* name;
@@ -98,9 +106,15 @@ Outcome checkTexts(const Network& network, const NetworkPlaces& places) {
   if (const std::string problem = problemWith(network.ems); !problem.empty()) {
     return {kInvalidName, "ems: " + problem};
   }
-  return checkRecords(network, [&](const auto& record, std::size_t index, const char* list) {
-    return TextChecker(places, list, index).check(record);
-  });
+  Outcome outcome =
+      checkRecords(network, [&](const auto& record, std::size_t index, const char* list) {
+        return TextChecker(places, list, index).check(record);
+      });
+  const std::size_t objects = network.objectAttributes ? network.objectAttributes->size() : 0;
+  for (std::size_t i = 0; outcome.ok() && i < objects; ++i) {
+    outcome = TextChecker(places, "objectAttributes", i).check((*network.objectAttributes)[i]);
+  }
+  return outcome;
 }
 
 // --- Checks against the model. Their results are valid until the end of the change.
@@ -238,9 +252,6 @@ Outcome checkAddition(const Network& network, const NetworkModel& model,
 void clearUnstored(Network& network) {
   for (TopoNode_T& node : network.topoNodes) {
     clearUnstored(node);
-  }
-  for (NetworkElement& element : network.networkElements) {
-    element.shownForNode = false;
   }
   for (NS_DOMAIN::ClockPositionInfo_T& position : network.clockPositions) {
     clearUnstored(position);

@@ -88,6 +88,20 @@ std::pair<std::string, InfoPairs> NetworkWriter::attributesOf(const ObjectKey& k
   });
 }
 
+Network NetworkWriter::storedNetwork() {
+  const MutexLock lock(mutex_);
+  return counted([this]() REQUIRES(mutex_) {
+    Network network = store_.read();
+    network.objectAttributes = store_.attributes();
+    return network;
+  });
+}
+
+std::uint64_t NetworkWriter::storedBytes() {
+  const MutexLock lock(mutex_);
+  return counted([this]() REQUIRES(mutex_) { return store_.bytes(); });
+}
+
 std::unique_ptr<StoreCopy> NetworkWriter::beginCopy() {
   const MutexLock lock(mutex_);
   return counted([this] {

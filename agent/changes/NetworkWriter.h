@@ -48,6 +48,13 @@ class NetworkWriter {
   // progress, but not for a pause.
   std::pair<std::string, InfoPairs> attributesOf(const ObjectKey& key);
 
+  // The stored network with its objectAttributes. Waits for the change in progress, but not for a
+  // pause; changes wait for the call.
+  Network storedNetwork();
+
+  // The size of the stored data in bytes. Waits as storedNetwork().
+  std::uint64_t storedBytes();
+
   // Begins, continues and ends a copy of the store. Each call waits for the change in progress, but
   // not for a pause. Changes may be committed between the calls. continueCopy returns true when the
   // copy is complete.

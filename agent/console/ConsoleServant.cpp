@@ -13,6 +13,7 @@
 #include "agent/console/ConsoleOperation.h"
 #include "agent/console/NodeRecords.h"
 #include "agent/console/ObjectDetails.h"
+#include "agent/formats/JsonExport.h"
 #include "agent/formats/NetworkReader.h"
 
 namespace agent {
@@ -139,6 +140,14 @@ CORBA::ULongLong ConsoleServant::beginBackup() {
   std::uint64_t id = 0;
   perform(
       "beginBackup", [&] { return backups_.begin(id); }, ReasonRecipients::kLogAndClient);
+  return id;
+}
+
+CORBA::ULongLong ConsoleServant::beginExport() {
+  std::uint64_t id = 0;
+  perform(
+      "beginExport", [&] { return backups_.beginExport(id, writeJsonNetwork); },
+      ReasonRecipients::kLogAndClient);
   return id;
 }
 

@@ -54,6 +54,7 @@ class ConsoleServant final : public POA_TopoAgent::Console_I {
                                            const TopoAgent::Content_T& content,
                                            const TopoAgent::ImportOptions_T& options) override;
   CORBA::ULongLong beginBackup() override;
+  CORBA::ULongLong beginExport() override;
   TopoAgent::BackupPart_T* continueBackup(CORBA::ULongLong backup) override;
   void endBackup(CORBA::ULongLong backup) override;
   void setTestSwitch(CORBA::Boolean on) override;

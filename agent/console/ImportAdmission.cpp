@@ -58,8 +58,7 @@ std::shared_ptr<void> ImportAdmission::admit(const orb::Request& request) {
     return nullptr;
   }
   try {
-    auto reservation = std::make_shared<Reservation>(*this, bytes);
-    if (reservation->isGranted()) {
+    if (auto reservation = tryReserve(bytes)) {
       return reservation;
     }
     recordRefusal(request);
@@ -70,6 +69,21 @@ std::shared_ptr<void> ImportAdmission::admit(const orb::Request& request) {
     log_.refused("a large request is refused: memory is short");
   }
   throw CORBA::NO_RESOURCES(0, CORBA::COMPLETED_NO);
+}
+
+std::shared_ptr<void> ImportAdmission::admitExport(std::uint64_t storedBytes) {
+  auto reservation = tryReserve(kBytesOfByte * storedBytes);
+  if (reservation == nullptr) {
+    log_.refused("an export of a store of " + std::to_string(storedBytes) +
+                 " bytes is refused: memory is short");
+  }
+  return reservation;
+}
+
+// Null when the memory is not granted.
+std::shared_ptr<void> ImportAdmission::tryReserve(std::size_t bytes) {
+  auto reservation = std::make_shared<Reservation>(*this, bytes);
+  return reservation->isGranted() ? reservation : nullptr;
 }
 
 std::size_t ImportAdmission::reserved() const {

@@ -1,10 +1,11 @@
 // Admission of the console's large requests by the memory that they need: imports, whose files are
-// parsed, and getObject, whose reply may contain 16 MiB of additional information.
+// parsed, exports, and getObject, whose reply may contain 16 MiB of additional information.
 
 #ifndef AGENT_CONSOLE_IMPORTADMISSION_H
 #define AGENT_CONSOLE_IMPORTADMISSION_H
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <memory>
 
@@ -25,8 +26,8 @@ class ImportAdmission {
   // Whether the process may allocate so many more bytes. Called from any thread.
   using Allows = std::function<bool(std::size_t bytes)>;
 
-  // The most memory that the parser needs for one byte of a file. XML nodes and JSON values of two
-  // or three characters need the most.
+  // The most memory that the parser needs for one byte of a file, and an export for one byte of the
+  // store. XML nodes and JSON values of two or three characters need the most.
   static constexpr std::size_t kBytesOfByte = 40;
 
   // The memory for one reply of getObject: the details, the reply and its encoding.
@@ -42,6 +43,10 @@ class ImportAdmission {
   // and of the admitted requests in progress.
   std::shared_ptr<void> admit(const orb::Request& request);
 
+  // A reservation for the export of a store of so many bytes. Null when the process may not
+  // allocate the memory.
+  std::shared_ptr<void> admitExport(std::uint64_t storedBytes);
+
   // The sum of all reservations in bytes.
   std::size_t reserved() const;
 
@@ -49,6 +54,7 @@ class ImportAdmission {
   class Reservation;
 
   static std::size_t bytesFor(const orb::Request& request);
+  std::shared_ptr<void> tryReserve(std::size_t bytes);
   bool reserve(std::size_t bytes);
   void release(std::size_t bytes);
 

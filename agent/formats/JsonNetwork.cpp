@@ -16,6 +16,7 @@ namespace {
 using Json = nlohmann::json;
 
 constexpr std::string_view kFormat = "topo-network/1";
+constexpr const char* kObjectAttributes = "objectAttributes";
 constexpr const char* kTopLevel = "top level";
 
 JsonTargets addTopoNode(Network& network) {
@@ -33,7 +34,7 @@ JsonTargets addTopoNode(Network& network) {
 
 JsonTargets addNetworkElement(Network& network) {
   NetworkElement& element = network.networkElements.emplace_back();
-  return {&element.number, &element.name, &element.shown};
+  return {&element.number, &element.name, &element.shown, &element.shownForNode};
 }
 
 JsonTargets addClockPosition(Network& network) {
@@ -49,6 +50,12 @@ JsonTargets addClockLink(Network& network) {
 JsonTargets addObjectLabel(Network& network) {
   ObjectLabel& label = network.objectLabels.emplace_back();
   return {&label.type, &label.id, &label.label};
+}
+
+// REQUIRES: the network has the list.
+JsonTargets addObjectAttributes(Network& network) {
+  ObjectAttributes& object = network.objectAttributes.value().emplace_back();
+  return {&object.type, &object.id, &object.owner, &object.info};
 }
 
 // A list of the format: the name, the fields of an entry, and the function that adds an entry with
@@ -71,10 +78,13 @@ const std::vector<ListRule>& listRules() {
         {"params"},
         {"attributes"}},
        addTopoNode},
-      {"networkElements", {{"number", kRequired}, {"name"}, {"shown"}}, addNetworkElement},
+      {"networkElements",
+       {{"number", kRequired}, {"name"}, {"shown"}, {"shownForNode"}},
+       addNetworkElement},
       {"clockPositions", {{"reference", kRequired}, {"label"}, {"values"}}, addClockPosition},
       {"clockLinks", {{"id", kRequired}, {"name"}, {"a"}, {"z"}}, addClockLink},
       {"objectLabels", {{"type"}, {"id", kRequired}, {"label"}}, addObjectLabel},
+      {kObjectAttributes, {{"type"}, {"id", kRequired}, {"owner"}, {"info"}}, addObjectAttributes},
   };
   return rules;
 }
@@ -107,6 +117,9 @@ class NetworkEvents final : public nlohmann::json_sax<Json> {
   Network take() {
     if (!hasFormat_) {
       throw ParseError("format", "is missing");
+    }
+    for (NetworkElement& element : network_.networkElements) {
+      element.shown = element.shown || element.shownForNode;
     }
     return std::move(network_);
   }
@@ -180,6 +193,9 @@ class NetworkEvents final : public nlohmann::json_sax<Json> {
     }
     if (!topFieldsSeen_.insert(name).second) {
       failRoot("has the field " + inQuotes(name) + " twice");
+    }
+    if (name == kObjectAttributes) {
+      network_.objectAttributes.emplace();  // an empty list has a meaning
     }
     topField_ = name;
     list_ = ruleOf(name);

@@ -15,6 +15,7 @@ constexpr std::string_view kOperationNames[] = {
     "_is_a",
     "_non_existent",
     "beginBackup",
+    "beginExport",
     "changeClockLink",
     "changeClockPosition",
     "changeNode",

@@ -7,11 +7,15 @@
 #ifndef AGENT_NETWORK_NETWORK_H
 #define AGENT_NETWORK_NETWORK_H
 
+#include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
+#include <utility>
 #include <variant>
 #include <vector>
 
+#include "agent/base/TextChecks.h"
 #include "platform/domain/DomainRecords.h"
 
 namespace agent {
@@ -36,6 +40,34 @@ struct ObjectLabel {
   std::string label;
 };
 
+// Additional information: names and values.
+using InfoPairs = std::vector<std::pair<std::string, std::string>>;
+
+// Added to the size of the texts of each pair in infoBytes(), because a pair of short texts takes
+// many times the memory of its texts, and each change takes time for each pair.
+constexpr std::size_t kInfoPairBytes = 64;
+
+// The largest additional information of one object by infoBytes(). A reply contains all of it, and
+// the default limit of a message is 256 MiB.
+constexpr std::size_t kMostInfoBytes = 16 * kMostTextBytes;
+
+inline std::size_t infoBytes(const InfoPairs& pairs) {
+  std::size_t bytes = 0;
+  for (const auto& [name, value] : pairs) {
+    bytes += kInfoPairBytes + name.size() + value.size();
+  }
+  return bytes;
+}
+
+// The owner and the additional information of an object, which need not exist. type and id form the
+// key of the object.
+struct ObjectAttributes {
+  std::int32_t type = 0;
+  std::string id;
+  std::string owner;  // empty: none
+  InfoPairs info;     // every name once; no empty name or value
+};
+
 // The lists of records with a name.
 enum class RecordList { kTopoNodes, kNetworkElements, kClockPositions, kClockLinks };
 
@@ -56,6 +88,8 @@ struct Network {
   std::vector<NS_DOMAIN::ClockPositionInfo_T> clockPositions;
   std::vector<NS_DOMAIN::ClockTopoLinkInfo_T> clockLinks;
   std::vector<ObjectLabel> objectLabels;
+  // Only from a file with this list and for an export. No value: the store keeps its attributes.
+  std::optional<std::vector<ObjectAttributes>> objectAttributes;
 };
 
 }  // namespace agent

@@ -15,9 +15,6 @@
 
 namespace agent {
 
-// The additional information of an object: names and values, every name once.
-using InfoPairs = std::vector<std::pair<std::string, std::string>>;
-
 // Appends the lists of a network to the lists of the stored network, and marks stored elements as
 // shown for a node. The name of the managing system is used only if the store has no such name.
 struct NetworkAddition {
@@ -40,8 +37,9 @@ struct NetworkRenaming {
   std::vector<NS_DOMAIN::TopoNode_T> nodes;  // the nodes among the records, with the new name
 };
 
-// Replaces all lists of the stored network. The name of the managing system is used only if the
-// store has no such name.
+// Replaces all lists of the stored network. With objectAttributes, no other object keeps an owner
+// or additional information. The name of the managing system is used only if the store has no such
+// name.
 struct NetworkReplacement {
   Network network;
   std::vector<ObjectKey> objects;  // objects without a record, which lose their attributes

@@ -14,6 +14,8 @@
 namespace agent {
 namespace {
 
+constexpr const char* kObjectAttributes = "objectAttributes";
+
 using LabelKey = std::pair<std::int32_t, std::string_view>;
 
 struct KeyHash : salted::Hash {
@@ -157,6 +159,42 @@ Outcome checkLabels(const Network& network) {
                                [](const auto& label) { return LabelKey(label.type, label.id); });
 }
 
+// index: the position of the object in objectAttributes.
+Outcome checkInfo(const InfoPairs& info, std::size_t index) {
+  const std::string place = placeOf(kObjectAttributes, index, ".info");
+  if (infoBytes(info) > kMostInfoBytes) {
+    return invalidInput(place, "has more than " + std::to_string(kMostInfoBytes) + " bytes");
+  }
+  Positions<std::string_view> positions;
+  for (std::size_t i = 0; i < info.size(); ++i) {
+    const char* problem = "";
+    if (info[i].first.empty() || info[i].second.empty()) {
+      problem = "must have a name and a value";
+    } else if (!positions.emplace(info[i].first, i).second) {
+      problem = "has a name that is given twice";
+    }
+    if (*problem != '\0') {
+      return invalidInput(place + '[' + std::to_string(i) + ']', problem);
+    }
+  }
+  return {};
+}
+
+Outcome checkAttributes(const Network& network) {
+  if (!network.objectAttributes) {
+    return {};
+  }
+  const std::vector<ObjectAttributes>& objects = *network.objectAttributes;
+  for (std::size_t i = 0; i < objects.size(); ++i) {
+    Outcome outcome = checkInfo(objects[i].info, i);
+    if (!outcome.ok()) {
+      return outcome;
+    }
+  }
+  return checkUnique<LabelKey>(objects, kObjectAttributes, "",
+                               [](const auto& object) { return LabelKey(object.type, object.id); });
+}
+
 // Checks the nodes of a large network on another thread, because that check takes as long as the
 // checks of the other lists.
 Outcome check(const Network& network, Parents allowed) {
@@ -167,8 +205,8 @@ Outcome check(const Network& network, Parents allowed) {
       std::async(isLarge ? std::launch::async | std::launch::deferred : std::launch::deferred,
                  [&network, allowed] { return checkNodes(network.topoNodes, allowed); });
   Outcome outcome;
-  for (const auto checkList :
-       {checkObjects, checkElements, checkClockPositions, checkClockLinks, checkLabels}) {
+  for (const auto checkList : {checkObjects, checkElements, checkClockPositions, checkClockLinks,
+                               checkLabels, checkAttributes}) {
     outcome = outcome.ok() ? checkList(network) : outcome;
   }
   Outcome ofNodes = nodes.get();

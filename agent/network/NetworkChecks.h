@@ -19,7 +19,8 @@ namespace agent {
 
 // Succeeds if every id is unique in its list, the parent of every topology node is another node or
 // a root marker, no node is its own ancestor, every node of the type element has a number in its
-// id, and no two nodes have the same name for clients.
+// id, no two nodes have the same name for clients, and all additional information is as
+// described in Network.h.
 Outcome checkNetwork(const Network& network);
 
 // As checkNetwork(), but for an addition to another network: a parent may be missing.

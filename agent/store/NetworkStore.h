@@ -50,7 +50,8 @@ class NetworkStore {
   virtual void load(const Network& network) = 0;
 
   // Calls `use` with the pieces of the stored network (NetworkSource.h); the network is empty if
-  // the store is new. An exception of `use` ends the reading and is passed on.
+  // the store is new, and has no objectAttributes. An exception of `use` ends the reading and is
+  // passed on.
   using UsePiece = std::function<void(Network piece)>;
   virtual void read(const UsePiece& use) = 0;
 
@@ -79,6 +80,12 @@ class NetworkStore {
 
   // The additional information of an object, in the stored order.
   virtual InfoPairs additionalInfoOf(const ObjectKey& key) = 0;
+
+  // The objects that have an owner or additional information, in the order of their keys.
+  virtual std::vector<ObjectAttributes> attributes() = 0;
+
+  // The size of the stored data in bytes.
+  virtual std::uint64_t bytes() = 0;
 
   // Begins a backup. The copy must not outlive the store.
   virtual std::unique_ptr<StoreCopy> beginCopy() = 0;

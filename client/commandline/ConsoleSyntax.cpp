@@ -105,6 +105,18 @@ void readNewFileName(const CLI::App&, const Words& words, Arguments& arguments) 
   arguments.file = words.front();
 }
 
+void readExportName(const CLI::App&, const Words& words, Arguments& arguments) {
+  requireWords("export", words, 1, "a FILE is missing");
+  arguments.file = words.front();
+}
+
+// A restore is an import that replaces the network.
+void readRestore(const CLI::App&, const Words& words, Arguments& arguments) {
+  requireWords("restore", words, 1, "a FILE is missing");
+  arguments.file = words.front();
+  arguments.replace = true;
+}
+
 void readSwitch(const CLI::App&, const Words& words, Arguments& arguments) {
   requireWords("test-switch", words, 1, "on or off is missing");
   if (words.front() != "on" && words.front() != "off") {
@@ -138,6 +150,12 @@ std::vector<CommandSyntax> consoleSyntax() {
       {"backup",
        "Writes a copy of the agent's store to a new file",
        {{newFile}, nullptr, readNewFileName}},
+      {"export",
+       "Writes the agent's network, with all attributes, to a new network file",
+       {{newFile}, nullptr, readExportName}},
+      {"restore",
+       "Replaces the agent's network by an exported file",
+       {{file}, nullptr, readRestore}},
       {"test-switch", "Turns the agent's test switch on or off", {{state}, nullptr, readSwitch}},
       {"status", "How the agent is, and who receives its notifications", {}},
       {"module reload", "Takes the module out of the agent and puts it in again", {}},

@@ -39,17 +39,30 @@ Backup fetch(TopoAgent::Console_I_ptr console, CORBA::ULongLong id, NewFile& fil
   return done;
 }
 
-}  // namespace
+// Begins a backup or an export, and returns its id.
+using Begin = CORBA::ULongLong (*)(TopoAgent::Console_I_ptr);
 
-PrintFunction backup(TopoAgent::Console_I_ptr console, const Options& options) {
+PrintFunction fetchNew(TopoAgent::Console_I_ptr console, const Options& options, Begin begin) {
   NewFile file(options.arguments.file);
-  const CORBA::ULongLong id = console->beginBackup();
+  const CORBA::ULongLong id = begin(console);
   try {
     return recordPrinter(fetch(console, id, file), backupFields(), options.style());
   } catch (...) {
     cancel(console, id);
     throw;
   }
+}
+
+}  // namespace
+
+PrintFunction backup(TopoAgent::Console_I_ptr console, const Options& options) {
+  return fetchNew(console, options,
+                  [](TopoAgent::Console_I_ptr agent) { return agent->beginBackup(); });
+}
+
+PrintFunction exportNetwork(TopoAgent::Console_I_ptr console, const Options& options) {
+  return fetchNew(console, options,
+                  [](TopoAgent::Console_I_ptr agent) { return agent->beginExport(); });
 }
 
 }  // namespace topoctl

@@ -168,6 +168,8 @@ std::vector<Command> consoleCommands() {
       {"node rename", atConsole(renameNode)},
       {"import", atConsole(importNetwork)},
       {"backup", atConsole(backup)},
+      {"export", atConsole(exportNetwork)},
+      {"restore", atConsole(importNetwork)},
       {"test-switch", atConsole(setTestSwitch)},
       {"get", atConsole(getObject)},
       {"status", status},

@@ -34,7 +34,7 @@ using orb_tests::Message;
 constexpr std::array<std::string_view, 4> kKeys = {object_key::kManager, object_key::kConsole,
                                                    object_key::kSession, "unknown"};
 
-constexpr std::array<std::string_view, 46> kOperations = {
+constexpr std::array<std::string_view, 47> kOperations = {
     "_is_a",
     "_non_existent",
     "_interface",
@@ -81,6 +81,7 @@ constexpr std::array<std::string_view, 46> kOperations = {
     "ping",
     "unsubscribe",
     "unknown",
+    "beginExport",
 };
 
 // The module stays loaded: libFuzzer allows only a limited number of loaded files.

@@ -35,6 +35,7 @@ struct List {
 
 const Texts kTextValues = {R"("")", R"("a")", R"("\u00e9\n\"")",
                            R"("a text of many bytes, no two")"};
+const Texts kFlags = {"true", "false"};
 const Texts kNumbers = {"0", "-0", "1", "-1", "2147483647", "-2147483648"};
 const Texts kNaturals = {"0", "1", "2", "4294967295"};
 const Texts kNumberPairs = {"[0,0]", "[1,-1]", "[ 2147483647 , -2147483648 ]"};
@@ -51,12 +52,14 @@ const std::vector<List>& lists() {
         {"params", kNumberPairs},
         {"attributes", kTextPairs}}},
       {"networkElements",
-       {{"number", kNumbers}, {"name", kTextValues}, {"shown", {"true", "false"}}}},
+       {{"number", kNumbers}, {"name", kTextValues}, {"shown", kFlags}, {"shownForNode", kFlags}}},
       {"clockPositions",
        {{"reference", kTextValues}, {"label", kTextValues}, {"values", kNumberPairs}}},
       {"clockLinks",
        {{"id", kTextValues}, {"name", kTextValues}, {"a", kTextValues}, {"z", kTextValues}}},
       {"objectLabels", {{"type", kNumbers}, {"id", kTextValues}, {"label", kTextValues}}},
+      {"objectAttributes",
+       {{"type", kNumbers}, {"id", kTextValues}, {"owner", kTextValues}, {"info", kTextPairs}}},
   };
   return all;
 }

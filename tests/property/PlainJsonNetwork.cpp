@@ -67,6 +67,8 @@ void readNetworkElement(const JsonField& field, Network& network) {
   element.number = field.member("number").required().int32();
   element.name = field.member("name").text();
   element.shown = field.member("shown").flag();
+  element.shownForNode = field.member("shownForNode").flag();
+  element.shown = element.shown || element.shownForNode;
 }
 
 void readClockPosition(const JsonField& field, Network& network) {
@@ -91,6 +93,14 @@ void readObjectLabel(const JsonField& field, Network& network) {
   label.label = field.member("label").text();
 }
 
+void readObjectAttributes(const JsonField& field, Network& network) {
+  agent::ObjectAttributes& object = network.objectAttributes.value().emplace_back();
+  object.type = field.member("type").int32();
+  object.id = field.member("id").required().text();
+  object.owner = field.member("owner").text();
+  object.info = attributesOf(field.member("info"));
+}
+
 // A list of the format: the name, the fields of an entry, and the reader of an entry.
 struct ListRule {
   std::string name;
@@ -103,10 +113,11 @@ const std::vector<ListRule>& listRules() {
       {"topoNodes",
        {"id", "parent", "name", "type", "parentType", "params", "attributes"},
        readTopoNode},
-      {"networkElements", {"number", "name", "shown"}, readNetworkElement},
+      {"networkElements", {"number", "name", "shown", "shownForNode"}, readNetworkElement},
       {"clockPositions", {"reference", "label", "values"}, readClockPosition},
       {"clockLinks", {"id", "name", "a", "z"}, readClockLink},
       {"objectLabels", {"type", "id", "label"}, readObjectLabel},
+      {"objectAttributes", {"type", "id", "owner", "info"}, readObjectAttributes},
   };
   return rules;
 }
@@ -203,6 +214,9 @@ class NetworkEvents final : public nlohmann::json_sax<Json> {
     }
     if (!topFieldsSeen_.insert(name).second) {
       throw ParseError(kTopLevel, "has the field " + inQuotes(name) + " twice");
+    }
+    if (name == "objectAttributes") {
+      network_.objectAttributes.emplace();
     }
     topField_ = name;
     topPlace_ = JsonField(nullptr, topField_, &value_);

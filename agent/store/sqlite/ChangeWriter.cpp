@@ -150,6 +150,10 @@ void ChangeWriter::operator()(const NetworkReplacement& change) const {
        {"topo_node", "network_element", "clock_position", "clock_link", "object_label"}) {
     database_.exec(std::string("DELETE FROM ") + table);
   }
+  if (change.network.objectAttributes) {
+    database_.exec("DELETE FROM object_owner");
+    database_.exec("DELETE FROM object_info");
+  }
   writeNetwork(database_, change.network, cancellation_);
 }
 

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <exception>
+#include <map>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -106,6 +107,30 @@ void writeLabels(SQLite::Database& database, const Network& network,
   Inserter labels(database, "object_label", "(?, ?, ?, ?)", cancellation);
   for (const ObjectLabel& label : network.objectLabels) {
     labels.insert(label.type, label.id, label.label);
+  }
+}
+
+// Replaces the attributes of the objects of the list.
+void writeAttributes(SQLite::Database& database, const Network& network,
+                     const Cancellation& cancellation) {
+  if (!network.objectAttributes || network.objectAttributes->empty()) {
+    return;
+  }
+  SQLite::Statement removeOwner(database, "DELETE FROM object_owner WHERE type = ? AND id = ?");
+  SQLite::Statement removeInfo(database, "DELETE FROM object_info WHERE type = ? AND id = ?");
+  SQLite::Statement owner(database, "INSERT INTO object_owner VALUES (?, ?, ?)");
+  SQLite::Statement info(database, "INSERT INTO object_info VALUES (?, ?, ?, ?, ?)");
+  for (const ObjectAttributes& object : *network.objectAttributes) {
+    cancellation.throwIfRequested();
+    run(removeOwner, object.type, object.id);
+    run(removeInfo, object.type, object.id);
+    if (!object.owner.empty()) {
+      run(owner, object.type, object.id, object.owner);
+    }
+    std::int64_t position = 0;
+    for (const auto& [name, value] : object.info) {
+      run(info, object.type, object.id, position++, name, value);
+    }
   }
 }
 
@@ -293,6 +318,30 @@ void writeNetwork(SQLite::Database& database, const Network& network,
   writeClockPositions(database, network, cancellation);
   writeClockLinks(database, network, cancellation);
   writeLabels(database, network, cancellation);
+  writeAttributes(database, network, cancellation);
+}
+
+std::vector<ObjectAttributes> readAttributes(SQLite::Database& database) {
+  std::map<std::pair<std::int32_t, std::string>, ObjectAttributes> objects;
+  const auto objectAt = [&objects](SQLite::Statement& row) -> ObjectAttributes& {
+    const std::int32_t type = row.getColumn(0).getInt();
+    ObjectAttributes& object = objects[{type, textAt(row, 1)}];
+    object.type = type;
+    object.id = textAt(row, 1);
+    return object;
+  };
+  forEachRow(database, "SELECT type, id, owner FROM object_owner",
+             [&](SQLite::Statement& row) { objectAt(row).owner = textAt(row, 2); });
+  forEachRow(database, "SELECT type, id, name, value FROM object_info ORDER BY type, id, position",
+             [&](SQLite::Statement& row) {
+               objectAt(row).info.emplace_back(textAt(row, 2), textAt(row, 3));
+             });
+  std::vector<ObjectAttributes> result;
+  result.reserve(objects.size());
+  for (auto& entry : objects) {
+    result.push_back(std::move(entry.second));
+  }
+  return result;
 }
 
 void readNetwork(SQLite::Database& database, const NetworkStore::UsePiece& use) {

@@ -4,6 +4,7 @@
 #define AGENT_STORE_SQLITE_NETWORKROWS_H
 
 #include <cstdint>
+#include <vector>
 
 #include "agent/base/Cancellation.h"
 #include "agent/network/Network.h"
@@ -33,6 +34,10 @@ void readNetwork(SQLite::Database& database, const NetworkStore::UsePiece& use);
 
 // Throws SQLite::Exception.
 NetworkSizes sizesOf(SQLite::Database& database);
+
+// The objects that have an owner or additional information, in the order of their keys. Throws
+// SQLite::Exception.
+std::vector<ObjectAttributes> readAttributes(SQLite::Database& database);
 
 }  // namespace agent
 

@@ -111,6 +111,18 @@ InfoPairs SqliteStore::additionalInfoOf(const ObjectKey& key) {
   });
 }
 
+std::vector<ObjectAttributes> SqliteStore::attributes() {
+  return guarded(path_, [&] { return readAttributes(*database_); });
+}
+
+std::uint64_t SqliteStore::bytes() {
+  return guarded(path_, [&] {
+    const std::int64_t pages =
+        valueOf(*database_, "PRAGMA page_count") - valueOf(*database_, "PRAGMA freelist_count");
+    return static_cast<std::uint64_t>(pages * valueOf(*database_, "PRAGMA page_size"));
+  });
+}
+
 std::unique_ptr<StoreCopy> SqliteStore::beginCopy() {
   return std::make_unique<SqliteCopy>(*database_, path_);
 }

@@ -61,6 +61,8 @@ class SqliteStore final : public NetworkStore {
   std::vector<std::string> idsWithLabel(std::int32_t type, const std::string& label) override;
   std::string ownerOf(const ObjectKey& key) override;
   InfoPairs additionalInfoOf(const ObjectKey& key) override;
+  std::vector<ObjectAttributes> attributes() override;
+  std::uint64_t bytes() override;
   std::unique_ptr<StoreCopy> beginCopy() override;
 
  private:

@@ -137,6 +137,7 @@ TEST(Operations, ThatAReadOnlyAgentServesAreTheseAlone) {
                    "getEventAccess",
                    "getObject",
                    "beginBackup",
+                   "beginExport",
                    "continueBackup",
                    "endBackup",
                    "getStatus",

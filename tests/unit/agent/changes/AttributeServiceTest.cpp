@@ -403,8 +403,7 @@ TEST_F(AttributeServiceTest, MergesManyPairs) {
 TEST_F(AttributeServiceTest, RejectsInformationAboveTheSizeLimit) {
   const NVSList_T name = element("5");
   Pairs most;
-  constexpr std::size_t kLongest =
-      AttributeService::kMostTextBytes - AttributeService::kPairBytes - 1;
+  constexpr std::size_t kLongest = agent::kMostTextBytes - agent::kInfoPairBytes - 1;
   for (char c = 'a'; c < 'a' + 16; ++c) {
     most.emplace_back(std::string(1, c), std::string(kLongest, c));
   }
@@ -457,7 +456,7 @@ TEST_F(AttributeServiceTest, RejectsTextsThatAreNotUtf8OrContainNul) {
 }
 
 TEST_F(AttributeServiceTest, AcceptsTextsOfUpToAMebibyte) {
-  const std::string text(AttributeService::kMostTextBytes, 'x');
+  const std::string text(agent::kMostTextBytes, 'x');
   expectDone(service().setUserLabel(subnetwork("core"), text, true));
   EXPECT_EQ(text, model().labelOf(54, "core"));
 }

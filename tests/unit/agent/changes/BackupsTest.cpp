@@ -176,6 +176,63 @@ TEST_F(BackupsTest, EndAfterTheLastPartAndByEnd) {
   EXPECT_EQ(agent::kEntityNotFound, backups.next(id, part).code);
 }
 
+std::string nameOf(const Network& network) {
+  return network.ems + std::to_string(network.objectAttributes->size());
+}
+
+TEST_F(BackupsTest, ShareTheirPlaceWithExports) {
+  ChangingHost host(path_, wideNetwork(3));
+  Backups backups(host.writer());
+  std::uint64_t id = 0;
+  std::uint64_t other = 0;
+  Backups::Part part;
+  EXPECT_TRUE(backups.beginExport(id, nameOf).ok());
+  EXPECT_EQ(agent::kTooMuch, backups.begin(other).code);
+  EXPECT_TRUE(backups.next(id, part).ok());
+  EXPECT_EQ(wideNetwork(3).ems + "0", part.content);
+  EXPECT_EQ(part.content.size(), part.size);
+  EXPECT_TRUE(part.isLast);
+  EXPECT_EQ(agent::kEntityNotFound, backups.next(id, part).code);
+  EXPECT_TRUE(backups.begin(other).ok());
+}
+
+TEST_F(BackupsTest, ReserveMemoryWhileAnExportIsWritten) {
+  ChangingHost host(path_, wideNetwork(3));
+  auto memory = std::make_shared<int>();
+  std::uint64_t stored = 0;
+  Backups backups(host.writer(), std::chrono::steady_clock::now, {100, [&](std::uint64_t bytes) {
+                                                                    stored = bytes;
+                                                                    return memory;
+                                                                  }});
+  std::uint64_t id = 0;
+  long users = 0;
+  const auto write = [&](const Network&) {
+    users = memory.use_count();
+    return std::string(100, 'x');
+  };
+  EXPECT_TRUE(backups.beginExport(id, write).ok());
+  EXPECT_EQ(2, users);
+  EXPECT_EQ(1, memory.use_count());
+  EXPECT_EQ(host.store().bytes(), stored);
+  EXPECT_LT(0U, stored);
+  backups.end(id);
+  memory.reset();
+  const Outcome refusal = backups.beginExport(id, write);
+  EXPECT_EQ(agent::kTooMuch, refusal.code);
+  EXPECT_EQ("memory is short for an export (--memory)", refusal.reason);
+}
+
+TEST_F(BackupsTest, RefuseAnExportThatNoRestoreAccepts) {
+  ChangingHost host(path_, wideNetwork(3));
+  Backups backups(host.writer(), std::chrono::steady_clock::now, {100, nullptr});
+  std::uint64_t id = 0;
+  const Outcome refusal =
+      backups.beginExport(id, [](const Network&) { return std::string(101, 'x'); });
+  EXPECT_EQ(agent::kTooMuch, refusal.code);
+  EXPECT_EQ("the export has 101 bytes, but a restore accepts 100 (--max-message)", refusal.reason);
+  EXPECT_TRUE(backups.begin(id).ok());
+}
+
 // Truncates the copy of a backup.
 void cutCopy(std::size_t bytes) {
   std::filesystem::path copy;

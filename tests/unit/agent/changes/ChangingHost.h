@@ -63,7 +63,8 @@ inline agent::Network networkOf(const agent::NetworkModel& model) {
   for (const auto& element : elements) {
     const bool isShown = next < shown.size() && shown[next].number == element.number;
     next += isShown ? 1 : 0;
-    network.networkElements.push_back({element.number, element.name, isShown});
+    network.networkElements.push_back({element.number, element.name, isShown,
+                                       model.networkElement(element.number)->shownForNode});
   }
   network.clockPositions = model.clockPositions();
   network.clockLinks = model.clockLinks();

@@ -143,7 +143,7 @@ TEST_F(InventoryServiceTest, RemovesAnElementAndKeepsItsOtherRecords) {
   expectNetwork();
   expectDone(service().removeElement(-3));
   expectDone(service().createElement({1, "One again"}));
-  expected_.networkElements = {{2, "Two", false}, {1, "One again", true}};
+  expected_.networkElements = {{2, "Two", false}, {1, "One again", true, true}};
   expectNetwork();
 }
 

@@ -72,6 +72,16 @@ TEST_F(Imports, ShareTheMemoryWithRepliesOfGetObject) {
   EXPECT_NE(nullptr, admission_.admit(get));
 }
 
+TEST_F(Imports, ShareTheMemoryWithExports) {
+  auto running = admission_.admitExport(60);
+  EXPECT_EQ(60 * kFactor, admission_.reserved());
+  EXPECT_THROW(admission_.admit(importOf(41)), CORBA::NO_RESOURCES);
+  EXPECT_EQ(nullptr, admission_.admitExport(41));
+  EXPECT_EQ(60 * kFactor, admission_.reserved());
+  running.reset();
+  EXPECT_EQ(0U, admission_.reserved());
+}
+
 TEST_F(Imports, AndGetObjectAreTheOnlyRequestsThatReserveMemory) {
   free_ = 0;
   EXPECT_EQ(nullptr, admission_.admit({"createNode", kClient, 1000}));

@@ -55,6 +55,7 @@ TEST(Schema, RequiresTheFieldsThatTheReaderRequires) {
   EXPECT_EQ(Json({"reference"}), requiredOf("clockPositions"));
   EXPECT_EQ(Json({"id"}), requiredOf("clockLinks"));
   EXPECT_EQ(Json({"id"}), requiredOf("objectLabels"));
+  EXPECT_EQ(Json({"id"}), requiredOf("objectAttributes"));
 }
 
 TEST(Formats, DescribeEveryField) {

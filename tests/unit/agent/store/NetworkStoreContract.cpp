@@ -13,6 +13,7 @@ using agent::NetworkAddition;
 using agent::NetworkRemoval;
 using agent::NetworkRenaming;
 using agent::NetworkReplacement;
+using agent::ObjectAttributes;
 using agent::ObjectKey;
 using agent::OwnerChange;
 using agent::RecordList;
@@ -79,7 +80,7 @@ TEST_P(NetworkStoreContract, AppendsAnAdditionToEveryList) {
   whole.topoNodes.insert(whole.topoNodes.end(), more.topoNodes.begin(), more.topoNodes.end());
   whole.networkElements.insert(whole.networkElements.end(), more.networkElements.begin(),
                                more.networkElements.end());
-  whole.networkElements[0].shown = true;
+  whole.networkElements[0].shown = whole.networkElements[0].shownForNode = true;
   reopen();
   const Network stored = store().read();
   EXPECT_EQ(whole, stored);
@@ -160,6 +161,27 @@ TEST_P(NetworkStoreContract, ReplacesTheWholeNetwork) {
   EXPECT_EQ("me", store().ownerOf(kept));
   EXPECT_TRUE(store().additionalInfoOf(kLink).empty());
   EXPECT_EQ(1U, store().additionalInfoOf(kept).size());
+  EXPECT_NO_THROW(store().check());
+}
+
+TEST_P(NetworkStoreContract, ReplacesTheAttributesOfAllObjects) {
+  store().load(sampleNetwork());
+  const ObjectKey other{54, "root"};
+  store().commit(OwnerChange{kLink, "me"});
+  store().commit(InfoChange{other, {{"b", "2"}, {"a", "1"}}});
+  const std::vector<ObjectAttributes> before = {{54, "root", "", {{"b", "2"}, {"a", "1"}}},
+                                                {kLink.type, kLink.id, "me", {}}};
+  EXPECT_EQ(before, store().attributes());
+  Network network = wideNetwork(3);
+  network.objectAttributes = {{{1, "x", "you", {{"c", "3"}}}}};
+  store().commit(NetworkReplacement{network, {}, {}, {}, {}});
+  reopen();
+  EXPECT_EQ(*network.objectAttributes, store().attributes());
+  Network addition;
+  addition.objectAttributes = {{{1, "x", "", {{"d", "4"}}}, {1, "y", "z", {}}}};
+  store().commit(NetworkAddition{addition, {}});
+  EXPECT_EQ(*addition.objectAttributes, store().attributes());
+  EXPECT_LT(0U, store().bytes());
   EXPECT_NO_THROW(store().check());
 }
 

@@ -200,6 +200,8 @@ class EndlessStore final : public NetworkStore {
   std::vector<std::string> idsWithLabel(std::int32_t, const std::string&) override { return {}; }
   std::string ownerOf(const agent::ObjectKey&) override { return ""; }
   agent::InfoPairs additionalInfoOf(const agent::ObjectKey&) override { return {}; }
+  std::vector<agent::ObjectAttributes> attributes() override { return {}; }
+  std::uint64_t bytes() override { return 0; }
   std::unique_ptr<agent::StoreCopy> beginCopy() override { return nullptr; }
 
  private:

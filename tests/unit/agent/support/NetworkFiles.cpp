@@ -99,18 +99,24 @@ bool operator==(const ClockTopoLinkInfo_T& left, const ClockTopoLinkInfo_T& righ
 namespace agent {
 
 bool operator==(const NetworkElement& left, const NetworkElement& right) {
-  return left.number == right.number && left.name == right.name && left.shown == right.shown;
+  return left.number == right.number && left.name == right.name && left.shown == right.shown &&
+         left.shownForNode == right.shownForNode;
 }
 
 bool operator==(const ObjectLabel& left, const ObjectLabel& right) {
   return left.type == right.type && left.id == right.id && left.label == right.label;
 }
 
+bool operator==(const ObjectAttributes& left, const ObjectAttributes& right) {
+  return left.type == right.type && left.id == right.id && left.owner == right.owner &&
+         left.info == right.info;
+}
+
 bool operator==(const Network& left, const Network& right) {
   return left.ems == right.ems && left.topoNodes == right.topoNodes &&
          left.networkElements == right.networkElements &&
          left.clockPositions == right.clockPositions && left.clockLinks == right.clockLinks &&
-         left.objectLabels == right.objectLabels;
+         left.objectLabels == right.objectLabels && left.objectAttributes == right.objectAttributes;
 }
 
 void PrintTo(const Network& network, std::ostream* stream) {
@@ -126,7 +132,8 @@ void PrintTo(const Network& network, std::ostream* stream) {
     out << '\n';
   }
   for (const auto& element : network.networkElements) {
-    out << "element " << element.number << '|' << element.name << '|' << element.shown << '\n';
+    out << "element " << element.number << '|' << element.name << '|' << element.shown
+        << element.shownForNode << '\n';
   }
   for (const auto& position : network.clockPositions) {
     out << "position " << position.reference << '|' << position.label << '|' << position.value1

@@ -52,6 +52,7 @@ namespace agent {
 // Compare the fields that a network file can set.
 bool operator==(const NetworkElement& left, const NetworkElement& right);
 bool operator==(const ObjectLabel& left, const ObjectLabel& right);
+bool operator==(const ObjectAttributes& left, const ObjectAttributes& right);
 bool operator==(const Network& left, const Network& right);
 
 // Prints one record a line.

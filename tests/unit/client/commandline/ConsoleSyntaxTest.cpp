@@ -123,6 +123,8 @@ TEST(ConsoleSyntax, RejectsMissingArgumentsOfOtherCommands) {
   EXPECT_EQ(usageErrorOf({"node", "rename", "7"}), "node rename: a NAME is missing");
   EXPECT_EQ(usageErrorOf({"import"}), "import: a FILE is missing");
   EXPECT_EQ(usageErrorOf({"backup"}), "backup: a FILE is missing");
+  EXPECT_EQ(usageErrorOf({"export"}), "export: a FILE is missing");
+  EXPECT_EQ(usageErrorOf({"restore"}), "restore: a FILE is missing");
   EXPECT_EQ(usageErrorOf({"test-switch"}), "test-switch: on or off is missing");
   EXPECT_EQ(usageErrorOf({"test-switch", "ON"}), "test-switch: 'ON' is neither on nor off");
   for (const Words& words : std::vector<Words>{{"node", "delete", "7", "x"},

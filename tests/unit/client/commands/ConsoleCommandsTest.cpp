@@ -364,6 +364,19 @@ TEST_F(Console, BackupWritesTheAgentsStoreToANewFile) {
                                           "continue-backup(4711)", "continue-backup(4711)"));
 }
 
+TEST_F(Console, ExportWritesTheNetworkToANewFile) {
+  EXPECT_EQ(run({"export", path}).out, "bytes\n    7\n");
+  EXPECT_EQ(std::filesystem::file_size(path), 7U);
+  EXPECT_THAT(script.calls(), ElementsAre("begin-export()", "continue-backup(4712)",
+                                          "continue-backup(4712)", "continue-backup(4712)"));
+}
+
+TEST_F(Console, RestoreReplacesTheNetworkByAFile) {
+  std::ofstream(path) << "{}";
+  EXPECT_EQ(run({"restore", path}).status, 0);
+  EXPECT_THAT(script.calls(), ElementsAre("import(" + path + ", {}, replace)"));
+}
+
 TEST_F(Console, BackupKeepsAnExistingFile) {
   for (const std::string& existing : {path, path + ".part"}) {
     std::ofstream(existing) << "mine";

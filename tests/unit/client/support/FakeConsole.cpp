@@ -210,6 +210,12 @@ TopoAgent::ObjectDetails_T* FakeConsole::getObject(const globaldefs::NVSList_T& 
   return details._retn();
 }
 
+CORBA::ULongLong FakeConsole::beginExport() {
+  call("begin-export()");
+  backupParts_ = 0;
+  return 4712;
+}
+
 CORBA::ULongLong FakeConsole::beginBackup() {
   call("begin-backup()");
   backupParts_ = 0;

@@ -42,6 +42,7 @@ class FakeConsole final : public virtual POA_TopoAgent::Console_I {
                                            const TopoAgent::ImportOptions_T& options) override;
   TopoAgent::ObjectDetails_T* getObject(const globaldefs::NVSList_T& name) override;
   CORBA::ULongLong beginBackup() override;
+  CORBA::ULongLong beginExport() override;
   TopoAgent::BackupPart_T* continueBackup(CORBA::ULongLong backup) override;
   void endBackup(CORBA::ULongLong backup) override;
   void setTestSwitch(CORBA::Boolean on) override;
