@@ -66,7 +66,8 @@ std::unique_ptr<RequestMetrics> requestMetrics(const Options& options) {
   return metrics;
 }
 
-// Without a certificate of its own, the agent verifies the servers that it calls.
+// Whether any connection may use TLS. Without --tls-cert, --tls-ca verifies the servers of outgoing
+// calls.
 bool hasTlsFiles(const orb::TlsOptions& tls) {
   return !tls.certificate.empty() || !tls.authorities.empty();
 }
@@ -187,7 +188,7 @@ class Agent::Parts final : private AgentControl {
 
   void checkAlive() { model_.topoNodeCount(); }
 
-  // A part that fails keeps its former files, and the others are reloaded.
+  // A part that cannot be reloaded keeps its former files; the other parts are reloaded.
   void reloadFiles() {
     if (audit_) {
       audit_->reopen();
@@ -228,7 +229,8 @@ class Agent::Parts final : private AgentControl {
     }
   }
 
-  // Waits for the check of the store. Throws StoreError for a damaged store.
+  // Waits for the end of the reading and the check of the store. Throws StoreError for a damaged
+  // store.
   NetworkStore& checkedStore() {
     network_->finish();
     network_.reset();
@@ -289,14 +291,14 @@ class Agent::Parts final : private AgentControl {
 
   const Options options_;
   const std::chrono::steady_clock::time_point started_ = std::chrono::steady_clock::now();
-  // Used by the server's requests.
+  // Declared before the server, because the server's requests use them.
   const std::unique_ptr<AuditLog> audit_;  // null without --audit
   AccessControl access_;
   const PushTargets pushTargets_;
   const std::unique_ptr<RequestMetrics> requestMetrics_;
   std::unique_ptr<orb::Server> server_;
   std::unique_ptr<NetworkStore> store_;
-  std::unique_ptr<NetworkSource> network_;  // until its end
+  std::unique_ptr<NetworkSource> network_;  // null after checkedStore()
   NetworkModel model_;
   const std::string emsName_;
   EventManager events_{EventManager::kDefaultQueueLimit, [this] { notifier_.reportGap(); }};
@@ -369,7 +371,7 @@ void Agent::reloadFiles() noexcept {
   try {
     parts_->reloadFiles();
   } catch (const std::exception&) {
-    // Memory is short: the former files stay in use.
+    // Memory is short: files that were not reloaded stay in use.
   }
 }
 

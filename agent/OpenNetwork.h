@@ -23,14 +23,14 @@ class NetworkFileError : public std::runtime_error {
 // file of the options. The network file is read before the store is made, so that a bad network
 // file leaves no store behind.
 //
-// An existing store is read and checked for damage on another thread, so that the caller can take
-// the first records meanwhile. The caller calls finish() before the caller uses the store, and
+// Another thread reads an existing store and checks it for damage, so that the caller can use the
+// first records meanwhile. The caller calls finish() before the caller uses the store, and
 // destroys the network before the store.
 //
 // Thread-safety: one thread. Ownership: the caller owns the network and the store. Errors: throws
 // NetworkFileError; throws StoreError when the store cannot be used, and when the store does not
 // exist while the options neither name a network file nor ask for an empty store. The functions of
-// the network throw StoreError as StoreReading.
+// the network throw StoreError as those of StoreReading.
 std::unique_ptr<NetworkSource> openNetwork(const Options& options,
                                            std::unique_ptr<NetworkStore>& store);
 

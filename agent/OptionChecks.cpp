@@ -50,7 +50,7 @@ void checkNetwork(const Options& options) {
   }
 }
 
-// Creates no file.
+// Throws UsageError when the audit log cannot be written. Creates no file.
 void checkAudit(const Options& options) {
   if (options.audit.empty() || options.audit == "journal") {
     return;

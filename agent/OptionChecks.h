@@ -19,12 +19,12 @@ void checkReferences(CORBA::ORB_ptr orb, const Options& options);
 // Reads the file of --access; the default rules without the option. Throws UsageError.
 AccessRules accessRules(const Options& options);
 
-// Opens the record of --audit; null without the option. Throws UsageError.
+// Opens the audit log of --audit; null without the option. Throws UsageError.
 std::unique_ptr<AuditLog> openAudit(const Options& options);
 
-// For --check-config: checks the references, the access file, that the module can be loaded, and
-// that the network file is readable. Starts and ends an ORB for that. Throws UsageError. REQUIRES:
-// the process has no ORB.
+// For --check-config: checks the files of TLS, the references, the access file, that the audit log
+// can be written, that the network file is readable, and that the module can be loaded. Starts and
+// ends an ORB. Throws UsageError. REQUIRES: the process has no ORB.
 void checkOptions(const Options& options);
 
 // Checks the options of TLS and reads their files. Throws UsageError. Thread-safety: any thread.

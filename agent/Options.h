@@ -28,11 +28,11 @@ struct Options {
   orb::TlsOptions tls;
   std::filesystem::path iorFile;  // empty: none
   std::string emsName;            // empty: the name in the network
-  // Index of the endpoint that alone serves the console and the session.
+  // Index of the only endpoint that serves console and session; empty: every endpoint.
   std::optional<std::size_t> consoleEndpoint;
   std::filesystem::path access;     // empty: the default rules
   std::string audit;                // a file, "journal", or empty: none
-  std::vector<std::string> pushTo;  // ranges of consumers, besides the addresses of their clients
+  std::vector<std::string> pushTo;  // ranges of consumers, besides the client's own address
   bool readOnly = false;            // refuse every change
   bool testSwitch = false;
   bool console = true;

@@ -30,7 +30,7 @@ std::string missingRole(const std::optional<Role>& role) {
               : "the client has no role";
 }
 
-// The name of the object in the log: "the network" for managers, iterators and subscriptions.
+// The object in the log: "the network" for managers, iterators and subscriptions.
 const char* nameOf(ObjectKind kind) {
   switch (kind) {
     case ObjectKind::kConsole:
@@ -43,7 +43,8 @@ const char* nameOf(ObjectKind kind) {
   return "the network";
 }
 
-// The keys of iterators and subscriptions are random.
+// The object in the audit log: the key of a well-known object, or "the network". Other keys are
+// random, or the client has invented them.
 std::string recordedObject(const orb::ObjectKey& key) {
   const bool isPublic =
       key == object_key::kManager || key == object_key::kSession || key == object_key::kConsole;

@@ -17,7 +17,8 @@ constexpr std::string_view kBlanks = " \t\r\f\v";
 
 using Transport = orb::Peer::Transport;
 
-// A pipe could block the thread that receives the stop signals.
+// Rejects devices, pipes and sockets: the thread that receives the stop signals reads the file
+// after SIGHUP and must not block. readFile() reports missing files and folders.
 void requireNoPipe(const std::filesystem::path& file) {
   std::error_code ignored;
   const std::filesystem::file_status status = std::filesystem::status(file, ignored);
@@ -172,7 +173,8 @@ AccessRules AccessRules::parse(const std::string& name, const std::string& conte
   return result;
 }
 
-// Adds the line of the rule.
+// Throws std::invalid_argument if an earlier line has a rule for the same clients. Adds the line to
+// `lines` otherwise.
 void AccessRules::requireOtherClients(const Rule& rule, std::size_t line, Lines& lines) {
   const auto [earlier, isFirst] = lines.try_emplace({rule.kind, rule.subject, rule.range}, line);
   if (!isFirst) {

@@ -26,8 +26,8 @@ class AccessFileError : public std::runtime_error {
 };
 
 // A list of rules. The first rule that matches a client gives the client's roles; a client without
-// a rule has no role. A client on TLS is judged by its certificate alone, wherever the client
-// connects from: rules for addresses never match such a client.
+// a rule has no role. Only rules for certificates match a client on TLS; rules for addresses and
+// the loopback never match such a client.
 //
 // Thread-safety, ownership and errors: a plain value.
 class AccessRules {
@@ -39,7 +39,7 @@ class AccessRules {
   // Reads an access file. Each line is a rule: the clients, and then their roles (read, write,
   // operate), or the word none. The clients are one of:
   //   subject "CN=noc,O=Operator"   a verified certificate with this subject (RFC 4514)
-  //   certificate                   every verified certificate
+  //   certificate                   every verified certificate that has a subject
   //   address 10.1.0.0/16           plain connections from these addresses
   //   loopback                      plain connections from 127.0.0.0/8 and ::1
   //   unix                          connections to a Unix socket
@@ -47,7 +47,7 @@ class AccessRules {
   // line has already, for a file without rules, and for a file of more than 1 MiB.
   static AccessRules read(const std::filesystem::path& file);
 
-  // As above, from the content of a file with this name.
+  // As read(), from the content of an access file. name: the FILE in what() of failures.
   static AccessRules parse(const std::string& name, const std::string& content);
 
   // A peer of kLocal has no roles: calls within the process need none.
@@ -63,7 +63,7 @@ class AccessRules {
     Roles roles;
   };
 
-  // The lines of rules in a file, by their clients.
+  // The line of each rule of a file, by the clients of the rule.
   using Lines = std::map<std::tuple<Kind, std::string, std::optional<AddressRange>>, std::size_t>;
 
   class LineParser;

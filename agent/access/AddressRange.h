@@ -43,7 +43,7 @@ class AddressRange {
 
   bool contains(const IpAddress& address) const;
 
-  // An order for containers.
+  // An arbitrary order, for ordered containers.
   bool operator<(const AddressRange& other) const {
     return std::tie(first_.bytes_, bits_) < std::tie(other.first_.bytes_, other.bits_);
   }

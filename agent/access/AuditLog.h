@@ -42,7 +42,7 @@ struct AuditLimits {
 
 struct AuditStatus {
   std::uint64_t lost = 0;  // changes, failures and refusals without a line, since the start
-  std::string failure;     // of the last write or else of the last reopening; "" after successes
+  std::string failure;     // of the last write, or else of the last reopening; "" if neither failed
 };
 
 // Writes a line for every change, and for failures and refusals at a limited rate for each peer. A

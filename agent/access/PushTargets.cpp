@@ -14,7 +14,7 @@ namespace {
 using Kind = orb::Destination::Kind;
 using Transport = orb::Peer::Transport;
 
-// A look-up of a name may take long, and a stop of the agent waits for the look-ups.
+// The limits of a reference. A name server may be slow, and a stop of the agent waits for look-ups.
 constexpr std::size_t kMostAddresses = 100;
 constexpr std::ptrdiff_t kMostNames = 2;
 
@@ -30,7 +30,7 @@ bool isSame(const orb::Destination& a, const orb::Destination& b) {
   return a.kind == b.kind && a.host == b.host;
 }
 
-// The destinations without repetitions: a reference repeats a host for each transport.
+// The destinations without duplicates. A reference repeats a host for each transport.
 std::vector<orb::Destination> distinct(std::vector<orb::Destination> destinations) {
   std::sort(destinations.begin(), destinations.end(), isLess);
   destinations.erase(std::unique(destinations.begin(), destinations.end(), isSame),

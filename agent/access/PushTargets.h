@@ -16,10 +16,10 @@ namespace agent {
 // Decides whether a consumer may be at an address, because the reference of a consumer may point
 // anywhere: a client could make the agent connect to any host.
 //
-// A consumer may be at the address of its client. For a client on this host it may be at the
-// loopback, at an address of this host, and at a Unix socket. It may be at the addresses of the
-// configured ranges. Every address of the reference is checked, and every address of a host name. A
-// reference may have 100 addresses and two host names.
+// A consumer may be at the address of its client, and in the configured ranges. The consumer of a
+// client on this host may also be at the loopback, at an address of this host, and at a Unix
+// socket. Every address of the reference is checked, and every address of a host name. A reference
+// may have 100 addresses and two host names.
 //
 // Thread-safety: any thread. Ownership: owns the ranges. Errors: std::bad_alloc.
 class PushTargets {

@@ -23,18 +23,19 @@ void logChange(std::string_view peer, std::string_view operation,
 void logRefusal(std::string_view peer, std::string_view operation,
                 std::string_view reason) noexcept;
 
-// Runs the steps that follow a change, such as its log line. When memory is short, the remaining
-// steps are left out: the change is made, and its client gets the reply of a success.
+// Runs the steps that follow a change, such as the log line of the change. Skips the remaining
+// steps when memory is short: the change is complete, so its client receives a reply without an
+// exception.
 template <typename Steps>
 void afterChange(const Steps& steps) {
   try {
     steps();
   } catch (const std::bad_alloc&) {
-    // The change is more important than the steps.
+    // A complete change does not fail for lack of a log line.
   }
 }
 
-// A change, or a request that was refused, for the record of the operator.
+// A change, a failed change or a refused request, for the audit log.
 struct RequestRecord {
   enum class Outcome {
     kDone,     // the change is made
@@ -45,7 +46,7 @@ struct RequestRecord {
   orb::Peer peer;
   std::string object;     // the key of the object, or a name for objects without a constant key
   std::string operation;  // the name on the wire
-  std::string target;     // what has changed; "" for a refusal
+  std::string target;     // the object of the change; "" for a refusal
   Outcome outcome = Outcome::kDone;
   std::string reason;  // "" for kDone
 };
@@ -63,8 +64,8 @@ bool isRecorded();
 // Passes a record to the recorder. Drops the record when there is no recorder.
 void recordRequest(const RequestRecord& record);
 
-// Records what make() returns. When make() has no memory, the record has only the outcome and a
-// reason: a change that is made neither fails nor disappears for lack of memory.
+// Records the result of make(). When make() throws std::bad_alloc, the record has only the outcome
+// and a reason, so that a complete change neither fails nor lacks a record when memory is short.
 template <typename Make>
 void recordWith(RequestRecord::Outcome outcome, const Make& make) {
   RequestRecord record;
@@ -72,7 +73,7 @@ void recordWith(RequestRecord::Outcome outcome, const Make& make) {
     record = make();
   } catch (const std::bad_alloc&) {
     record.outcome = outcome;
-    record.reason = "out of memory";  // needs no memory
+    record.reason = "out of memory";  // so short that nothing is allocated
   }
   recordRequest(record);
 }

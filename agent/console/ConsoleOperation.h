@@ -53,7 +53,7 @@ void perform(const char* operation, Work work,
   throwFailure(operation, outcomeOf(work), recipients);
 }
 
-// Records a change of the console, or its failure.
+// Records a change by an operation of the console, or the failure of the change.
 template <typename Subject>
 void recordChange(const char* operation, const Subject& subject, const Outcome& outcome) {
   using Recorded = RequestRecord::Outcome;

@@ -45,7 +45,7 @@ class NetworkModel {
   NetworkModel() = default;
   explicit NetworkModel(Network network);
 
-  // Takes all pieces of the source; passes on its exceptions.
+  // Takes all pieces of the source. Exceptions of the source pass.
   explicit NetworkModel(NetworkSource& source);
   NetworkModel(const NetworkModel&) = delete;
   NetworkModel& operator=(const NetworkModel&) = delete;

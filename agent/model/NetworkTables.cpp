@@ -27,8 +27,8 @@ NetworkTables::NetworkTables(NetworkSource& source) {
   linkFrom(nodes_.begin(), positions_.begin());
 }
 
-// nextNode: where the search of the node of the first element begins, and of the first element of
-// the next piece.
+// nextNode: the node at which the search for the node of the next element begins. Advanced, for the
+// next piece.
 void NetworkTables::add(Network& piece, std::list<Node>::iterator& nextNode) {
   ems_ += piece.ems;
   const bool isFirst = nodes_.empty();

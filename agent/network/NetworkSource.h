@@ -1,4 +1,4 @@
-// A network that arrives in pieces, so that the records can be used before the last one is read.
+// A network that arrives in pieces, so that the first records are used while others are being read.
 
 #ifndef AGENT_NETWORK_NETWORKSOURCE_H
 #define AGENT_NETWORK_NETWORKSOURCE_H
@@ -24,7 +24,8 @@ inline NetworkSizes sizesOf(const Network& network) {
           network.clockLinks.size()};
 }
 
-// Thread-safety: one thread. Ownership: the caller owns the pieces. Errors: as the sources say.
+// Thread-safety: one thread. Ownership: the caller owns the pieces. Errors: see the derived
+// classes.
 class NetworkSource {
  public:
   NetworkSource() = default;
@@ -34,12 +35,13 @@ class NetworkSource {
 
   virtual NetworkSizes sizes() const = 0;
 
-  // The next piece, no value after the last one. The lists of the network are the lists of its
-  // pieces, joined; the first piece has the name of the managing system. No piece with a node
-  // follows a piece with a record of another list.
+  // The next piece; no value after the last piece. Each list of the network is the concatenation of
+  // the lists of the pieces. The first piece has the name of the managing system. No node follows a
+  // piece with records of other lists.
   virtual std::optional<Network> next() = 0;
 
-  // Waits for the end of all work on the network. Throws when the network must not be used.
+  // Waits for the end of the source's work, such as its use of a store. Throws when the network
+  // must not be used.
   virtual void finish() {}
 };
 

@@ -142,7 +142,7 @@ void CosNamingEntry::stopChecks() {
   checks_.join();
 }
 
-// Keeps a binding of another process. Logs a failure.
+// Removes the binding, unless another process has replaced it. Logs a failure.
 void CosNamingEntry::unbind() {
   try {
     const CORBA::Object_var bound = context_->resolve(name_);

@@ -32,8 +32,8 @@ class NamingError : public std::runtime_error {
 // Thread-safety: constructed and destroyed by one thread.
 // Ownership: owns its thread; holds references to the naming context and to the object; borrows the
 // ORB.
-// Errors: the constructor throws NamingError, and std::system_error when no thread can be started,
-// which removes the entry again; the checks and the destructor log failures.
+// Errors: the constructor throws NamingError. When no thread can be started, the constructor
+// removes the binding and throws std::system_error. The checks and the destructor log failures.
 class CosNamingEntry {
  public:
   static constexpr std::chrono::milliseconds kDefaultCheckInterval{5000};

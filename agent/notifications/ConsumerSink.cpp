@@ -12,8 +12,8 @@ using CosNotifyComm::StructuredPushConsumer;
 
 namespace {
 
-// Whether the agent does not push to the address. A consumer that answers with the same exception
-// ends its own subscription.
+// Whether the DestinationCheck has rejected an address. A consumer that replies with the same
+// exception and minor code ends its own subscription.
 bool isRefusedAddress(const CORBA::SystemException& failure) {
   const auto* const refused = CORBA::NO_PERMISSION::_downcast(&failure);
   return refused != nullptr && refused->minor() == permission_minor::kPushAddress;

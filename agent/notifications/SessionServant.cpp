@@ -12,7 +12,8 @@
 namespace agent {
 namespace {
 
-// Throws NO_PERMISSION.
+// Throws NO_PERMISSION, and records and logs the refusal, when the agent does not push to a
+// destination.
 void checkDestinations(const SessionServant::ConsumerCheck& check,
                        const std::vector<orb::Destination>& destinations, const orb::Peer& client) {
   const std::string reason = check(destinations, client);
@@ -58,7 +59,7 @@ TopoAgent::Subscription_I_ptr SessionServant::subscribe(
   return TopoAgent::Subscription_I::_nil();  // not reached: a refusal is never kSuccess
 }
 
-// Returns the check of later calls. Throws NO_PERMISSION.
+// Checks the addresses of the reference. Returns the check of later calls. Throws NO_PERMISSION.
 orb::DestinationCheck SessionServant::checkConsumer(CORBA::Object_ptr consumer) {
   if (!check_ || CORBA::is_nil(consumer)) {
     return nullptr;

@@ -14,8 +14,8 @@
 
 namespace agent {
 
-// Forwards subscriptions to the notifier, and logs and records refused subscriptions; the log at a
-// limited rate.
+// Forwards subscriptions to the notifier. Logs refused subscriptions, and records consumers to
+// which the agent does not push.
 //
 // Thread-safety: any thread.
 // Ownership: borrows the notifier, which outlives every request to the servant.
@@ -24,13 +24,14 @@ namespace agent {
 // CORBA system exceptions of the notifier pass.
 class SessionServant final : public POA_TopoAgent::Session_I {
  public:
-  // Returns the reason why the agent does not push to a consumer of a client at these addresses;
-  // "" if it does. Called on the threads of requests and of receivers; may block.
+  // Returns the reason why the agent does not push to a consumer at the destinations, subscribed by
+  // the client; "" if the agent does. Called on the threads of requests and of receivers; may
+  // block.
   using ConsumerCheck = std::function<std::string(const std::vector<orb::Destination>& destinations,
                                                   const orb::Peer& client)>;
 
-  // eventAccess: the answer of getEventAccess(). The check runs for the addresses of a consumer's
-  // reference, for those to which the consumer forwards calls, and for those of new connections.
+  // eventAccess: the result of getEventAccess(). The check runs for the addresses of a consumer's
+  // reference, of references to which the consumer forwards calls, and of new connections.
   // Without a check, the agent pushes to every consumer.
   SessionServant(Notifier& notifier, TopoAgent::EventAccess_T eventAccess,
                  ConsumerCheck check = nullptr);

@@ -38,10 +38,10 @@ class StopSignals {
   // Prevents calls of onOverdue from now on.
   void startEnded();
 
-  // Calls `act` on the thread at every later SIGHUP, and before it returns if a SIGHUP arrived
-  // without a function. An empty function ends the calls. Returns when no call of the former
-  // function is running. A stop signal that arrives during a call on the thread is taken after the
-  // call. `act` must not throw.
+  // Installs `act`, which the thread calls at every later SIGHUP; an empty function ends the calls.
+  // If a SIGHUP arrived while no function was installed, onHangup() itself calls `act` once.
+  // Returns when no call of the former function is running. A stop signal that arrives during a
+  // call by the thread is taken after the call. `act` must not throw.
   void onHangup(std::function<void()> act);
 
   // Waits until a signal to stop arrives.
