@@ -9,7 +9,8 @@
 namespace conformance {
 namespace {
 
-// A validator of values: an option takes "--", which begins the command of the host, as its value.
+// Returns the reason to refuse the value of an option; "" for a valid value. CLI11 takes the "--"
+// before the host's command for the value of an option without a value.
 std::string problemWith(const std::string& value) {
   return value == "--" ? "a value is missing before --" : "";
 }

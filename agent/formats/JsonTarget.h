@@ -1,5 +1,5 @@
-// The variables that take the values of a network file in the native format, and the checks of each
-// value. Part of the network reader.
+// Assigns single values of a network file in the native format to variables, and checks the values.
+// Part of the network reader.
 
 #ifndef AGENT_FORMATS_JSONTARGET_H
 #define AGENT_FORMATS_JSONTARGET_H
@@ -14,8 +14,9 @@
 
 namespace agent {
 
-// A value without entries or fields. The text is borrowed. The parser reports fractions, exponents
-// and integers beyond 64 bits as floating point, and non-negative integers as unsigned.
+// A JSON value that is neither a list nor an object. Borrows its text. The parser reports
+// fractions, exponents and integers beyond 64 bits as floating point, and non-negative integers as
+// unsigned.
 using JsonScalar =
     std::variant<std::nullptr_t, bool, std::int64_t, std::uint64_t, double, std::string_view>;
 
@@ -34,7 +35,7 @@ using JsonTextPairs = std::vector<std::pair<std::string, std::string>>;
 struct JsonRecord {};      // an object
 struct JsonRecordList {};  // a list of objects
 
-// The kind of value that a field takes, with the variable for the value. Borrows the variable.
+// The kind of value that a field must have, with the variable for the value. Borrows the variable.
 using JsonTarget =
     std::variant<JsonIgnored, std::string*, JsonNonEmptyText, bool*, std::int32_t*, std::uint32_t*,
                  JsonNumberPair, JsonTextPairs*, JsonTextPair, JsonRecord, JsonRecordList>;
@@ -44,7 +45,7 @@ using JsonTarget =
 // Assigns a value. Returns the reason to refuse the value; empty after an assignment.
 std::string assign(const JsonTarget& target, const JsonScalar& value);
 
-// The reason to refuse a container. REQUIRES: the target takes another kind of value.
+// Returns the reason to refuse a list or an object. REQUIRES: the target is of another kind.
 std::string refusalOf(const JsonTarget& target, JsonContainer container);
 
 }  // namespace agent

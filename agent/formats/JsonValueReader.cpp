@@ -83,7 +83,7 @@ void JsonValueReader::check() const {
   }
 }
 
-// Fails for an unknown field, and for a missing field that precedes the failure.
+// Throws for an unknown field, and for a missing field that precedes the failed field.
 void JsonValueReader::checkFields() const {
   if (!unknown_.empty()) {
     fail("has the unknown field " + inQuotes(*unknown_.begin()));
@@ -119,8 +119,8 @@ std::string JsonValueReader::path() const {
   return path;
 }
 
-// Most files have the fields of a record in the order of the rules, so the search begins behind the
-// previous field, and with the first field behind the last.
+// Most files have the fields of a record in the order of the rules, so the search begins after the
+// previous field, and continues with the first field after the last field.
 void JsonValueReader::selectField(const std::string& name) {
   std::size_t& position = frames_.back().position;
   const std::size_t count = fields_->size();
@@ -222,8 +222,8 @@ std::size_t JsonValueReader::currentField() const {
   return fields_ == nullptr || frames_.empty() ? 0 : frames_.front().position;
 }
 
-// Whether the failure precedes all failures of the current value. Such a value needs no check, so a
-// long list of wrong values takes no longer than a list of ignored values.
+// Whether a failure is known that precedes all failures of the current value. Then the value needs
+// no check, so a long list of wrong values takes no longer than a list of ignored values.
 bool JsonValueReader::isPreceded() const {
   return failure_ && failure_->field <= currentField();
 }
@@ -233,8 +233,8 @@ bool JsonValueReader::isInPairs() const {
   return frames_[frames_.size() - 2].kind == FrameKind::kPairs;
 }
 
-// Notes a failure of the current value. The second text of a pair of texts precedes the first, the
-// first number of a pair of numbers the second.
+// Keeps a failure of the current value, unless another failure precedes. If both values of a pair
+// fail, the first number of two numbers is reported, and the second text of two texts.
 void JsonValueReader::note(const std::string& reason) {
   if (isPreceded()) {
     return;

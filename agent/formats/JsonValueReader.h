@@ -1,5 +1,5 @@
-// Assigns one value of a network file, such as an entry of a list, while the JSON parser reports
-// its parts. Part of the network reader.
+// Reads one value of a network file, such as an entry of a list, from the events of the JSON
+// parser. Part of the network reader.
 
 #ifndef AGENT_FORMATS_JSONVALUEREADER_H
 #define AGENT_FORMATS_JSONVALUEREADER_H
@@ -28,12 +28,12 @@ constexpr std::size_t kMostJsonFields = 7;
 // The targets of the fields of a record, in the order of the fields.
 using JsonTargets = std::array<JsonTarget, kMostJsonFields>;
 
-// Keeps no value, only the names of the fields that no rule has, so the memory is bounded by the
-// size of the file.
+// Assigns the parts of a value to the variables of the targets, and keeps only the names of unknown
+// fields, so the size of the file bounds the memory.
 //
 // The caller reports the events of one value between start() and check(). A value that is nested
-// too deeply or has a field twice fails at once. Other failures are reported by check(), because a
-// syntax error in the same value precedes them.
+// too deeply or has a field twice fails at once. check() reports other failures, so that a syntax
+// error in the same value is reported instead.
 //
 // Thread-safety: none. Ownership: borrows names, rules and the variables of the targets until the
 // next start(). Errors: throws ParseError; the reader accepts no further event then.
@@ -54,11 +54,11 @@ class JsonValueReader {
 
   bool isOpen() const { return !frames_.empty(); }
 
-  // Fails with the first failure: an unknown field, in alphabetical order, precedes the fields of
+  // Throws for the first failure in this order: unknown fields alphabetically, then the fields of
   // the record in the order of their rules. REQUIRES: the value is complete.
   void check() const;
 
-  // Fails with the place of the value.
+  // Throws with the place of the value.
   [[noreturn]] void fail(const std::string& reason) const;
 
  private:
@@ -70,7 +70,7 @@ class JsonValueReader {
     std::size_t position;
   };
 
-  // The failure of a field. path: from the place of the value.
+  // The failure of a field. path: from the value to the failing part.
   struct Failure {
     std::size_t field;
     std::string path;
@@ -108,7 +108,7 @@ class JsonValueReader {
   JsonTextPairs* pairs_ = nullptr;  // of the open kPairs
   std::array<JsonTarget, 2> pair_;  // of the open kPair
   std::array<std::string, 2> texts_;
-  std::optional<Failure> pairFailure_;  // of the values of the open kPair; its length precedes them
+  std::optional<Failure> pairFailure_;  // of the values of the open kPair; a wrong length precedes
   std::optional<Failure> failure_;      // the first in the order of the fields
 };
 

@@ -49,16 +49,16 @@ class NetworkStore {
   // new, and if two objects of the network have the same id.
   virtual void load(const Network& network) = 0;
 
-  // Calls `use` with the pieces of the stored network (NetworkSource.h); the network is empty if
-  // the store is new, and has no objectAttributes. An exception of `use` ends the reading and is
-  // passed on.
+  // Calls `use` with the pieces of the stored network (NetworkSource::next()), which have no
+  // objectAttributes. The network of a new store is empty. An exception of `use` ends the reading and
+  // passes.
   using UsePiece = std::function<void(Network piece)>;
   virtual void read(const UsePiece& use) = 0;
 
   // The stored network as a whole.
   Network read();
 
-  // Takes constant time.
+  // Estimates the sizes of the stored network in constant time.
   virtual NetworkSizes sizes() = 0;
 
   // The number of the last change. Each change raises the number by one. Opening the store raises

@@ -67,7 +67,7 @@ void StoreReading::work() {
   }
 }
 
-// Throws Cancelled when nobody takes pieces any more.
+// Puts a piece into the queue. Throws Cancelled when the destructor has begun.
 void StoreReading::pass(Network piece) {
   MutexLock lock(mutex_);
   changed_.wait(lock.native(), [this]() REQUIRES(mutex_) {

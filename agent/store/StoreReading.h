@@ -14,18 +14,18 @@
 
 namespace agent {
 
-// The network of a store, while a thread reads the store and then checks it for damage. The thread
-// waits while kMostPieces pieces are not taken.
+// The network of a store in pieces, which a thread reads. The thread then checks the store for
+// damage. The thread waits while kMostPieces pieces are in the queue.
 //
-// Thread-safety: one thread takes the pieces. Ownership: borrows the store, which nobody else may
+// Thread-safety: one thread takes the pieces. Ownership: borrows the store, which no other code may
 // use until finish() or the destructor returns. The destructor ends the thread. Errors: next() and
 // sizes() throw StoreError when the store cannot be read, finish() also for other damage.
 class StoreReading final : public NetworkSource {
  public:
   static constexpr std::size_t kMostPieces = 128;
 
-  // Throws StoreError, and std::system_error when no thread can start. With `check`, a store that
-  // cannot be read is reported by its check, whose reason is more precise.
+  // Throws StoreError, and std::system_error when no thread can start. With `check`, a failed
+  // reading is followed by the check of the store, whose StoreError has a more precise reason.
   StoreReading(NetworkStore& store, bool check);
   ~StoreReading() override;
 

@@ -13,7 +13,7 @@ enum class ExitCode {
   kDone = 0,
   kUsage = 1,
   kUnreachable = 2,     // the agent, or the naming service of a corbaname
-  kRefused = 3,         // ProcessingFailureException or NO_PERMISSION
+  kRefused = 3,         // the agent raised a ProcessingFailureException or NO_PERMISSION
   kCallFailed = 4,      // any other CORBA failure
   kLocal = 5,           // a failure of this process: output, memory, listening
   kOutputClosed = 141,  // nobody reads the output any more; as shells report SIGPIPE

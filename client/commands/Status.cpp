@@ -166,8 +166,8 @@ class PartialRows final : public Rows {
   const PartialStatus& status_;
 };
 
-// The number of records of a view. `call` has the _out arguments of the view's operation. Fetches
-// one record at most.
+// Returns the number of records of a view. call: requests the view with the operation's arguments
+// (a count, a list and an iterator). Fetches one record at most.
 template <typename List, typename Iterator, typename Call>
 CORBA::ULong sizeOfView(Call call) {
   typename List::_var_type list;

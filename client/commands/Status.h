@@ -12,9 +12,9 @@
 
 namespace topoctl {
 
-// What clients without the console see of the agent.
+// The part of the status that a client without access to the console can request.
 struct PartialStatus {
-  std::string missing;      // the reason why the other fields of the status are missing
+  std::string missing;      // why the other fields of the status are missing
   std::string eventAccess;  // as in Status_T; "" from an agent without a session
   CORBA::ULong viewNodes = 0;
   CORBA::ULong clockNodes = 0;

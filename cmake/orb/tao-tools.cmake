@@ -11,7 +11,7 @@ if(OrbTools_FOUND AND NOT TARGET Orb::Internal)
   add_library(Orb::Internal INTERFACE IMPORTED)  # nothing beyond the public headers
 endif()
 
-# TLS of outgoing calls, where TAO was built with it. The libraries of OpenSSL belong to this build.
+# TLS of outgoing calls, if TAO was built with TLS. This build finds OpenSSL itself.
 set(_orb_tls_libraries TAO_SSLIOP TAO_Security TAO_PI_Server TAO_Valuetype TAO_Svc_Utils ACE_SSL)
 find_path(TAO_TLS_INCLUDE_DIR orbsvcs/SSLIOPC.h ${_orb_search} PATH_SUFFIXES orbsvcs include)
 set(_orb_tls "${TAO_TLS_INCLUDE_DIR}")

@@ -141,8 +141,8 @@ constexpr const char* kSetEms =
 
 using Columns = std::vector<SQLite::Column>;
 
-// Calls a function with the columns of every row of a query, in its order. The columns are the same
-// objects for all rows, because making a column takes as long as reading its value.
+// Calls a function with the columns of every row, in the order of the query. All rows share the
+// column objects, because the construction of a column takes as long as the reading of its value.
 template <typename UseColumns>
 void forEachRecord(SQLite::Database& database, const char* query, UseColumns useColumns) {
   SQLite::Statement row(database, query);
@@ -190,8 +190,8 @@ class PieceWriter {
   std::size_t records_ = 0;
 };
 
-// The attributes of the nodes, read beside the nodes. A failure is kept until the end of the nodes,
-// because a failure of the nodes precedes it.
+// Reads the attributes of the nodes in step with the nodes. A failure is thrown by throwFailure()
+// after the last node, so that a failure of the nodes is reported first.
 class AttributeRows {
  public:
   explicit AttributeRows(SQLite::Database& database)
@@ -199,7 +199,8 @@ class AttributeRows {
     step();
   }
 
-  // Appends the attributes of the node at a position. REQUIRES: the positions of the calls rise.
+  // Appends the attributes of the node at a position. REQUIRES: the position is greater than that
+  // of the call before.
   void appendTo(NS_DOMAIN::TopoNode_T& node, std::int64_t position) {
     while (hasRow_ && row_.getColumn(0).getInt64() == position) {
       node.extendedAttributes.emplace_back(textAt(row_, 1), textAt(row_, 2));
@@ -207,7 +208,8 @@ class AttributeRows {
     }
   }
 
-  // REQUIRES: the attributes of every node are appended.
+  // Throws std::out_of_range for an attribute without a node. REQUIRES: appendTo() was called for
+  // every node.
   void throwFailure() const {
     if (failure_) {
       std::rethrow_exception(failure_);
@@ -289,8 +291,9 @@ void readLabels(SQLite::Database& database, PieceWriter& pieces) {
                 });
 }
 
-// Most rows have the positions from 0 without gaps. A position beyond the size of the file can be
-// in a manipulated store.
+// Estimates the number of rows from the largest position: most tables have positions from 0 without
+// gaps. The size of the file limits the estimate, because a manipulated store can have any
+// position.
 std::size_t sizeOf(SQLite::Database& database, const std::string& table) {
   constexpr const char* kMostRows =
       "(SELECT page_count * page_size / 16 FROM pragma_page_count, "

@@ -28,11 +28,11 @@ std::int32_t shownValue(const NetworkElement& element);
 void writeNetwork(SQLite::Database& database, const Network& network,
                   const Cancellation& cancellation);
 
-// As NetworkStore::read(). Throws SQLite::Exception, and std::out_of_range for an attribute without
-// a node.
+// As NetworkStore::read(), but throws SQLite::Exception, and std::out_of_range for an attribute
+// without a node.
 void readNetwork(SQLite::Database& database, const NetworkStore::UsePiece& use);
 
-// Throws SQLite::Exception.
+// As NetworkStore::sizes(), but throws SQLite::Exception.
 NetworkSizes sizesOf(SQLite::Database& database);
 
 // The objects that have an owner or additional information, in the order of their keys. Throws
