@@ -139,9 +139,10 @@ void sendExpectedHost(SSL& connection) {
   }
 }
 
-// The server's certificate must contain the name or the address in the reference. The ORB, or
-// sendExpectedHost(), sends a name in the handshake; the ORB connects to a numeric address as it
-// is.
+// Sets the name or the address that the server's certificate must contain: the host in the
+// reference. A host name is sent in the handshake, by the ORB or by sendExpectedHost(). Without a
+// host name in the handshake, the reference has a numeric address, which is the address of the
+// connection.
 void expectServer(SSL& connection) {
   sendExpectedHost(connection);
   X509_VERIFY_PARAM* const expected = SSL_get0_param(&connection);

@@ -38,14 +38,14 @@ class TlsContext {
   std::shared_ptr<SSL_CTX> context_ GUARDED_BY(mutex_);
 };
 
-// The time for a TLS handshake: at most ten seconds.
+// The timeout of a TLS handshake: serveTimeout, but at most ten seconds.
 inline std::chrono::milliseconds handshakeTime(const Options& options) {
   constexpr std::chrono::milliseconds kMost{10000};
   return options.serveTimeout.count() == 0 ? kMost : std::min(kMost, options.serveTimeout);
 }
 
-// Returns the context for the files of the options, and sets it for outgoing calls; null without
-// files. Throws TlsError.
+// Makes the context for the files of the options, sets it for outgoing calls and returns it; null
+// without files. Throws TlsError.
 std::shared_ptr<TlsContext> startTls(const TlsOptions& options);
 
 // Sets the context of outgoing calls; null: no authority is trusted. Thread-safety: any thread.
@@ -58,8 +58,8 @@ bool isOutgoingTlsSet();
 // setOutgoingTls(), and their failures are recorded for takeTlsFailure().
 void prepareOutgoing(SSL_CTX& context);
 
-// Sets the host in the reference for later handshakes of the calling thread, for an ORB that does
-// not put the host into the handshake itself.
+// Sets the host of the reference that the calling thread calls next. For an ORB that does not send
+// the host name in the handshake.
 void expectHost(const std::string& host);
 
 // Callbacks of prepareOutgoing(), for an ORB that installs them itself.

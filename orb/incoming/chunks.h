@@ -64,7 +64,7 @@ class Chunks {
   void dropFront();
 
   ReceiveBudget* budget_;
-  std::list<std::string> chunks_;  // whose moves, unlike those of a deque, allocate nothing
+  std::list<std::string> chunks_;  // a move allocates nothing, unlike that of a deque
   std::size_t taken_ = 0;          // removed bytes of the first chunk
   std::size_t size_ = 0;
   std::size_t reserved_ = 0;  // bytes reserved in the budget

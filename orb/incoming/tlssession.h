@@ -17,7 +17,7 @@
 namespace orb {
 
 // Performs the handshake within receive(). After a failed handshake the client receives the alert,
-// and its further bytes are dropped until it closes the connection. No function blocks.
+// and further bytes are dropped until the client closes the connection. No function blocks.
 //
 // Thread-safety: any thread; receive() and hasReceived() by one thread at a time. Borrows the
 // socket. Errors of the socket appear in errno; the constructor throws std::bad_alloc.
@@ -40,7 +40,7 @@ class TlsSession {
   bool isOpen() const { return open_; }
   bool hasFailed() const { return failed_; }
 
-  // Returns once why the handshake failed, as a clause; "" without a failure.
+  // Returns and clears the reason of a failed handshake, as a clause; "" without a reason.
   std::string takeFailure();
 
   // The subject of the client's verified certificate; "" without one. REQUIRES: isOpen().

@@ -16,8 +16,7 @@
 namespace orb {
 namespace {
 
-// The check of a thread. The addresses of a call are those of the reference until a server forwards
-// the call.
+// The check of a thread. A request with other addresses than those of the reference is forwarded.
 struct ThreadCheck {
   const DestinationCheck* check = nullptr;
   const omniIOR* addresses = nullptr;
@@ -25,7 +24,7 @@ struct ThreadCheck {
 
 thread_local ThreadCheck threadCheck;
 
-// Runs before a connection is opened for the request.
+// Runs before a connection for the request is opened. Checks a forwarded request.
 CORBA::Boolean checkRequest(omni::omniInterceptors::clientSendRequest_T::info_T& info) {
   if (threadCheck.check != nullptr && info.giop_c.ior() != threadCheck.addresses) {
     (*threadCheck.check)(destinationsIn(*info.giop_c.ior()));
@@ -33,7 +32,8 @@ CORBA::Boolean checkRequest(omni::omniInterceptors::clientSendRequest_T::info_T&
   return true;
 }
 
-// Runs for every new connection. The ORB has no other hook for a LocateRequest that is forwarded.
+// Runs for every new connection, before the first request. The ORB has no other hook for a
+// forwarded LocateRequest.
 CORBA::Boolean checkConnection(omni::omniInterceptors::clientOpenConnection_T::info_T& info) {
   if (threadCheck.check != nullptr) {
     omni::giopStrand& strand = info.giop_c.strand();
@@ -58,7 +58,7 @@ void interceptCalls() {
 CheckedCalls::CheckedCalls(CORBA::Object_ptr reference, const DestinationCheck& check) noexcept {
   omniIOR* const ior = reference->_PR_getobj()->_getIOR();
   threadCheck = {&check, ior};
-  ior->release();  // the reference owns it, too
+  ior->release();  // the reference keeps the IOR alive
 }
 
 CheckedCalls::~CheckedCalls() {

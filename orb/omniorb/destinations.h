@@ -15,7 +15,7 @@ namespace orb {
 // address: in the ORB's notation, "giop:TRANSPORT:ADDRESS".
 Destination destinationIn(const std::string& address);
 
-// Thread-safety: any thread. Throws std::bad_alloc.
+// Returns the addresses of all profiles. Thread-safety: any thread. Throws std::bad_alloc.
 std::vector<Destination> destinationsIn(const omniIOR& ior);
 
 }  // namespace orb

@@ -77,11 +77,11 @@ ObjectKey keyOf(omni::GIOP_S& call) {
   return {reinterpret_cast<const char*>(call.key()), static_cast<std::size_t>(call.keysize())};
 }
 
-// Whether a key names a POA without the suffix of the keys of transient POAs. The ORB expects the
-// suffix without a check; all POAs of a server are transient.
+// Whether a key names a POA but lacks the suffix that the keys of transient POAs have. All POAs of
+// a server are transient, and the ORB does not check that the suffix is there.
 bool isOfPoaWithoutSuffix(const ObjectKey& key) {
   constexpr char kName = '\xff';
-  constexpr std::string_view kEnds("\xfe\0", 2);  // of the names: with and without a suffix
+  constexpr std::string_view kEnds("\xfe\0", 2);  // of the POA's name: with, and without a suffix
   const std::size_t end = key.find_first_of(kEnds);
   return (key[0] == kName || end == 0) && end != ObjectKey::npos && key[end] == '\0';
 }

@@ -21,7 +21,7 @@
 
 namespace orb {
 
-// A Kind names the ORB's classes of a transport: Handler, Transport and PeerAcceptor.
+// Kind: a struct that names the ORB's classes of a transport: Handler, Transport and PeerAcceptor.
 
 // The transport of an incoming connection, used by the thread of the connection.
 template <typename Kind>

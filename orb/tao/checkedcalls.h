@@ -1,4 +1,4 @@
-// Checks of outgoing calls.
+// The checks of CheckedCalls, called by the interceptor and the connectors.
 
 #ifndef ORB_TAO_CHECKEDCALLS_H
 #define ORB_TAO_CHECKEDCALLS_H
@@ -9,8 +9,8 @@
 
 namespace orb {
 
-// The functions throw the exception of the check of the calling thread, and std::bad_alloc.
-// Thread-safety: any thread.
+// The functions do nothing without a check of the calling thread. They throw the exception of the
+// check, and std::bad_alloc. Thread-safety: any thread.
 
 // Checks the addresses of a reference to which a call of the thread is forwarded.
 void checkForward(CORBA::Object_ptr target);

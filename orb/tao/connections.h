@@ -113,10 +113,11 @@ class Connections {
 
   bool isClosing() const;
 
-  // The endpoint that listens next. REQUIRES: addEndpoint() was not called for every endpoint.
+  // The requested endpoint of the next addEndpoint(). REQUIRES: addEndpoint() was called for fewer
+  // endpoints than were requested.
   const Endpoint& nextEndpoint() const { return endpoints_[addresses_.bound().size()]; }
 
-  // Returns the listening socket of a Unix endpoint; the caller owns the socket.
+  // Returns the listening socket of a Unix endpoint, -1 without one; the caller owns the socket.
   int takeUnixSocket(const std::string& path);
 
   // Adds the address of the next endpoint that listens. Returns its address in references. Called
@@ -148,7 +149,7 @@ class Connections {
   LimitLog limitLog_;
   ReceiveBudget budget_;
   BoundEndpoints addresses_;
-  std::map<std::string, UnixSocket> unixSockets_;  // by path; used by the start and the end
+  std::map<std::string, UnixSocket> unixSockets_;  // by path; used at the start and in close()
 
   mutable Mutex mutex_;
   std::condition_variable removed_;

@@ -12,7 +12,7 @@ namespace orb {
 // TAO_Connector; exceptions of the check pass.
 class CheckedConnector : public TAO_IIOP_Connector {
  protected:
-  // The ORB has looked the host of the endpoint up, and connects to the address that it found.
+  // Called after the ORB has looked up the host of the endpoint; connects to the found address.
   TAO_Transport* make_connection(TAO::Profile_Transport_Resolver* resolver,
                                  TAO_Transport_Descriptor_Interface& description,
                                  ACE_Time_Value* timeout) override;

@@ -41,14 +41,15 @@ struct Iiop {
   using PeerAcceptor = ACE_SOCK_ACCEPTOR;
 };
 
-// Listens with the strategies above, with or without TLS; the base class keeps the addresses.
+// Listens with the strategies of acceptance.h, with or without TLS. The base class has the
+// addresses.
 class IncomingAcceptor final : public TAO_IIOP_Acceptor {
  public:
   ~IncomingAcceptor() override { IncomingAcceptor::close(); }
 
   int close() override { return acceptor_.close(); }
 
-  // A profile with TLS is a profile of its own.
+  // The profile of a TLS endpoint has port 0; a component of the profile has the port of TLS.
   int create_profile(const TAO::ObjectKey& key, TAO_MProfile& profiles,
                      CORBA::Short priority) override {
     if (!tls_) {

@@ -11,7 +11,7 @@
 
 namespace orb {
 
-// Returns the first dispatch step of an ORB whose requests the meter receives.
+// Returns a dispatcher for an ORB, which calls the meter after each request.
 // REQUIRES: the meter is not empty.
 std::unique_ptr<TAO_Request_Dispatcher> makeMeteredDispatcher(RequestMeter meter);
 

@@ -1,4 +1,4 @@
-// The functions for TLS with a TAO that has no TLS.
+// Replaces tls.cpp when TAO was built without TLS.
 
 #include "orb/orb.h"
 #include "transports.h"

@@ -66,8 +66,8 @@ std::string notation(const Endpoint& endpoint) {
                                                 : "iiop://" + format(endpoint);
 }
 
-// Removes the interceptors of incoming requests, which SSLIOP adds: BareKeys dispatches requests
-// without them.
+// Removes the interceptors of incoming requests, which SSLIOP adds, because BareKeys dispatches
+// requests without interceptors.
 void removeInterceptors(TAO_ORB_Core& core) {
   if (TAO::ServerRequestInterceptor_Adapter* const all = core.serverrequestinterceptor_adapter()) {
     all->destroy_interceptors();

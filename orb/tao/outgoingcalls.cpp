@@ -103,7 +103,7 @@ class CallObserver final : public PortableInterceptor::ClientRequestInterceptor,
     }
   }
 
-  // A call that is forwarded, or repeated on a new connection, begins again after this function.
+  // Called before the ORB forwards a call, or repeats the call on a new connection.
   void receive_other(PortableInterceptor::ClientRequestInfo_ptr call) override {
     if (call->reply_status() == PortableInterceptor::LOCATION_FORWARD) {
       const CORBA::Object_var target = call->forward_reference();

@@ -44,8 +44,9 @@ std::uint16_t tlsPort(TAO_Profile& profile) {
 
 }  // namespace
 
-// A profile with TLS has a class of its own, whose endpoint() is no TAO_IIOP_Endpoint. The profile
-// of a corbaloc has no component.
+// A profile with TLS is of a class derived from TAO_IIOP_Profile, whose endpoint() is not a
+// TAO_IIOP_Endpoint. The profile of a corbaloc has no component, so the endpoint has the port of
+// TLS.
 std::vector<Endpoint> endpointsIn(TAO_Profile& profile) {
   std::vector<Endpoint> result;
   if (auto* const local = dynamic_cast<TAO_UIOP_Profile*>(&profile)) {

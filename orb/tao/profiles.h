@@ -1,4 +1,4 @@
-// The addresses in references.
+// The profiles of references, and their addresses.
 
 #ifndef ORB_TAO_PROFILES_H
 #define ORB_TAO_PROFILES_H
@@ -20,14 +20,14 @@ namespace orb {
 // The endpoints of a profile in their order; none for a profile of an unknown kind.
 std::vector<Endpoint> endpointsIn(TAO_Profile& profile);
 
-// Adds the type of the ORB and its code sets, as the ORB adds them to its own profiles.
+// Adds the components for the type of the ORB and the code sets, which the ORB's own profiles have.
 void addOrbComponents(TAO_Profile& profile, TAO_ORB_Core& core);
 
 // Adds the port of TLS. REQUIRES: a profile of IIOP.
 void addTlsComponent(TAO_Profile& profile, std::uint16_t port);
 
-// Returns the profile that the receiver of a reference with this profile has. Takes over the
-// profile; the caller owns the result. Null if the profile cannot be encoded.
+// Encodes and decodes a profile: returns the profile that a process with a received reference has.
+// Takes ownership of the profile; the caller owns the result. Null if encoding fails.
 TAO_Profile* decoded(TAO_Profile* profile, TAO_ORB_Core& core);
 
 // Adds a profile, or null, to the profiles, which own it. Returns 0, or -1 for an error.

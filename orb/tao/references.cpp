@@ -20,8 +20,8 @@ TAO_Profile* firstProfile(CORBA::Object_ptr reference) {
   return stub == nullptr ? nullptr : stub->base_profiles().get_profile(0);
 }
 
-// The first address of a reference that calls can use: with TLS, or without TLS, if the reference
-// has both.
+// Returns the first address of a reference. If the reference has addresses with and without TLS:
+// the first with TLS when outgoing calls have TLS, otherwise the first without TLS.
 std::optional<Endpoint> endpointOf(CORBA::Object_ptr reference) {
   TAO_Stub* const stub = CORBA::is_nil(reference) ? nullptr : reference->_stubobj();
   if (stub == nullptr) {

@@ -89,7 +89,7 @@ ssize_t RequestStream::send(iovec* pieces, int count, std::size_t& sent) {
   }
 }
 
-// With TLS one piece at a time: the ORB sends the rest with its next call.
+// Sends one piece of a TLS connection; the ORB sends the rest with the next call.
 ssize_t RequestStream::write(iovec* pieces, int count) {
   if (session_) {
     const iovec* const first =

@@ -19,7 +19,7 @@
 namespace orb {
 
 // Assembles requests before the ORB reads them, so that the ORB never waits for the rest of a
-// message. Registers its connection from admit() until the end of its life.
+// message. The connection is registered from admit() until the destructor.
 //
 // Thread-safety: none; used by the thread of the connection. Shares the connections, borrows the
 // socket. Errors: as described.
@@ -38,7 +38,7 @@ class RequestStream {
   ssize_t recv(char* to, std::size_t count);
 
   // As TAO_Transport::send(). Ends the connection when the reply is not sent within serveTimeout,
-  // or within drainGrace: -1 with ECONNRESET in errno.
+  // or, while the server drains, within drainGrace: -1 with ECONNRESET in errno.
   ssize_t send(iovec* pieces, int count, std::size_t& sent);
 
  private:

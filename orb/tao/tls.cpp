@@ -35,9 +35,8 @@ bool hasTlsEndpoint(TAO_Profile& profile) {
                      [](const Endpoint& each) { return each.transport == Transport::kTls; });
 }
 
-// Connects with TLS to endpoints whose references demand TLS, and without TLS to all others. Only
-// references with TLS use the classes of SSLIOP, so calls without TLS cost what they cost without
-// this class.
+// Connects with TLS to the endpoints of profiles with TLS, and without TLS to all others. Only
+// profiles with TLS use the classes of SSLIOP, so this class does not slow down calls without TLS.
 class TlsConnector final : public CheckedConnector {
  public:
   int open(TAO_ORB_Core* core) override {
@@ -104,8 +103,8 @@ void filterDiagnostics() {
   ACE_LOG_MSG->open(ACE_TEXT(""), ACE_Log_Msg::CUSTOM);
 }
 
-// The protection that SSLIOP itself demands of incoming requests is off, because the endpoints of
-// this program accept TLS connections themselves.
+// Switches off the protection that SSLIOP requires of incoming requests, because RequestStream, not
+// SSLIOP, accepts TLS connections.
 void initialiseSsliop() {
   static TAO::SSLIOP::Protocol_Factory factory;  // its initialisers belong to the process
   char protection[] = "-SSLNoProtection";
@@ -114,7 +113,7 @@ void initialiseSsliop() {
     throw CORBA::INITIALIZE(0, CORBA::COMPLETED_NO);
   }
   ACE_SSL_Context& context = *ACE_SSL_Context::instance();
-  SSL_CTX_set_cert_store(context.context(), X509_STORE_new());  // trusts nobody
+  SSL_CTX_set_cert_store(context.context(), X509_STORE_new());  // trusts no authority
   prepareOutgoing(*context.context());
   context.default_verify_mode(SSL_VERIFY_PEER);
   filterDiagnostics();

@@ -31,7 +31,7 @@ struct Uiop {
   using PeerAcceptor = ACE_LSOCK_ACCEPTOR;
 };
 
-// Accepts on the socket that listens already.
+// Accepts on the socket on which Connections already listens.
 class UnixAcceptance final : public Acceptance<Uiop> {
  public:
   using Acceptance<Uiop>::Acceptance;
@@ -67,10 +67,10 @@ class UnixAcceptor final : public TAO_Acceptor {
     return 0;
   }
 
-  // No server listens at a path that it did not choose.
+  // Fails: every Unix endpoint has a configured path.
   int open_default(TAO_ORB_Core*, ACE_Reactor*, int, int, const char*) override { return -1; }
 
-  // The file belongs to the connections.
+  // Keeps the file, which Connections removes.
   int close() override { return acceptor_.close(); }
 
   int create_profile(const TAO::ObjectKey& key, TAO_MProfile& profiles,
@@ -108,8 +108,8 @@ class UnixAcceptor final : public TAO_Acceptor {
   Base acceptor_{this};
 };
 
-// In a corbaloc "uiop:PATH|/KEY" the ORB takes "|" for a part of the path and adds another one
-// before the key.
+// Corrects the ORB, which takes the "|" of a corbaloc "uiop:PATH|/KEY" for a part of the path and
+// adds another "|" before the key.
 class UnixProfile final : public TAO_UIOP_Profile {
  public:
   using TAO_UIOP_Profile::TAO_UIOP_Profile;

@@ -1,4 +1,4 @@
-// A check of the addresses to which calls go.
+// A check of the addresses to which a thread calls.
 
 #ifndef ORB_CHECKEDCALLS_H
 #define ORB_CHECKEDCALLS_H

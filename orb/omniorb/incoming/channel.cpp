@@ -103,7 +103,7 @@ Channel::State Channel::attend(char* scratch, std::size_t scratchBytes, Time now
     try {
       receive(scratch, scratchBytes, now, starved);
     } catch (const std::bad_alloc&) {
-      ended_ = true;  // a part of the request is lost
+      ended_ = true;  // received bytes of a request are lost
     }
   }
   if (isReady()) {

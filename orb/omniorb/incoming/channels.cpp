@@ -131,7 +131,7 @@ Channels::Events Channels::wait(int milliseconds) {
   return events;
 }
 
-// Without memory, the next call of wait() tries again.
+// Adds every channel to toAttend_. When memory is short, the next call of wait() tries again.
 void Channels::addAll() {
   try {
     for (const auto& [id, entry] : entries_) {

@@ -33,12 +33,12 @@ class Channels final : public Watcher {
     Channel::Time accepted;
   };
 
-  // The result of wait(). Filled without an allocation, because the system reports an event once.
+  // The result of wait(). wait() allocates nothing, because the system reports an event only once.
   struct Events {
     bool incoming = false;  // a connection can be accepted
     std::array<Id, 64> readable{};
     std::size_t readableCount = 0;
-    std::vector<Id> toAttend;  // of attend()
+    std::vector<Id> toAttend;  // arguments of attend()
   };
 
   // Counts its channels in the connections of `state`. Throws std::system_error.

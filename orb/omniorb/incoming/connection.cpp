@@ -75,8 +75,8 @@ void deleteUnserved(omni::giopStrand& strand) {
   }
 }
 
-// The ORB keeps a request that its thread has not read to the end, and the next thread, which
-// notices the end of the connection, would dispatch the request again.
+// Deletes the request that the ending thread has not read to the end. The ORB keeps such a request,
+// and the thread that notices the end of the connection would dispatch the request again.
 void deleteUnreadRequest(const omni::giopConnection& connection) {
   const omni_tracedmutex_lock lock(*omni::omniTransportLock);
   forEachStrand([&connection](omni::giopStrand& strand) {

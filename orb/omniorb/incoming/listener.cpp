@@ -129,7 +129,7 @@ int Listener::bindToPath() {
 
 omni::giopConnection* Listener::AcceptAndMonitor(omni::giopConnection::notifyReadable_t notify,
                                                  void* cookie) {
-  // No exception passes, because after an exception the ORB never serves the endpoint again.
+  // Throws nothing, because after an exception the ORB never serves the endpoint again.
   while (!poked_) {
     const Channels::Events events =
         channels_->wait(millisecondsToNextTimer(std::chrono::steady_clock::now()));
@@ -160,7 +160,7 @@ void Listener::Shutdown() {
   delete this;
 }
 
-// Without memory for a connection or for its log line, the connection is closed.
+// Accepts a connection. Closes the connection when memory is short. Null without a connection.
 omni::giopConnection* Listener::accept(Time now) {
   try {
     return acceptOne(now);

@@ -12,7 +12,8 @@
 
 namespace orb {
 
-// Thread-safety, ownership and errors: as Stream. The constructor throws std::bad_alloc.
+// A stream whose bytes a TlsSession encrypts. Thread-safety, ownership and errors: as Stream. The
+// constructor throws std::bad_alloc.
 class TlsStream final : public Stream {
  public:
   TlsStream(Descriptor socket, Peer peer, const TlsContext& context)
