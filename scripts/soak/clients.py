@@ -17,7 +17,7 @@ TOPO_VIEW = "getTopoSubnetworkViewInfo"
 ALL = 0xFFFFFFFF
 SUBNETWORK = 1
 ABANDONED_ITERATORS = 5
-DEATH_PAUSE_SECONDS = 0.1  # so that the abandoned iterators that have not ended are few
+DEATH_PAUSE_SECONDS = 0.1  # limits the number of abandoned iterators
 CHANGES_OF_A_ROUND = 50
 
 
@@ -116,7 +116,7 @@ def watch(agent, ended):
 
 
 def stop_reading(agent, ended):
-    """Subscribes and is stopped, so that its queue fills until the agent drops it."""
+    """Subscribes and is stopped, so that the agent drops the subscriber when its queue is full."""
     with watching(agent) as process:
         ended.wait(1)
         process.send_signal(signal.SIGSTOP)

@@ -3,11 +3,11 @@
 import dataclasses
 import statistics
 
-# The growth that noise explains: a part of the first value, but at least the given number.
+# The growth that is tolerated as noise: a part of the first value, but at least the number for the value.
 TOLERATED_PART = 0.05
 TOLERATED = {"memory_mib": 8, "descriptors": 20, "threads": 15}
 
-# The memory of a shorter run still rises to its level: caches fill, and iterators wait for their time-out.
+# In a shorter run the memory still rises, because caches fill and abandoned iterators wait for their timeout.
 LEAST_SECONDS_OF_MEMORY = 300
 
 
@@ -29,7 +29,7 @@ def settled(samples, warm_up_seconds):
 
 
 def judged(samples):
-    """The values that samples of such a duration show, with their tolerated growth."""
+    """The values whose growth these samples can show, with the least tolerated growth. Memory needs a long run."""
     is_long = samples[-1].seconds - samples[0].seconds >= LEAST_SECONDS_OF_MEMORY
     return {name: least for name, least in TOLERATED.items() if is_long or name != "memory_mib"}
 

@@ -1,4 +1,4 @@
-// Access files.
+// Fuzzes the parser of access files and the matching of clients.
 
 #include <fuzzer/FuzzedDataProvider.h>
 
@@ -20,7 +20,7 @@ using agent::IpAddress;
 using fuzz::require;
 using Transport = orb::Peer::Transport;
 
-// Empty for a file that is refused.
+// Returns no value for a malformed file, and the reason.
 std::optional<AccessRules> rulesOf(const std::string& content, std::string& reason) {
   try {
     return AccessRules::parse("file", content);
@@ -48,7 +48,7 @@ std::vector<orb::Peer> peersWith(const std::string& address, const std::string& 
       peer(Transport::kUnix, "", "")};
 }
 
-// Clients that no rule may match.
+// Checks that clients that no rule may match have no roles.
 void checkClientsWithoutRoles(const AccessRules& rules, const std::string& address) {
   require(rules.rolesOf(peer(Transport::kTls, address, "")).empty(),
           "a client without a verified certificate has roles");
@@ -57,7 +57,7 @@ void checkClientsWithoutRoles(const AccessRules& rules, const std::string& addre
   require(rules.rolesOf(peer(Transport::kLocal, "", "")).empty(), "a local call has roles");
 }
 
-// Comments, blank lines and rules of later lines change no rule.
+// Checks that comments, blank lines and later rules do not change the result of a rule.
 void checkLines(const std::string& content, const AccessRules& rules,
                 const std::vector<orb::Peer>& peers) {
   std::string reason;

@@ -1,4 +1,4 @@
-// The rights of clients, checked by a running agent.
+// The roles of clients, the audit log and the limits of pushes, checked with a running agent.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -48,7 +48,8 @@ class Access : public testing::Test {
     return runTopoctl(arguments);
   }
 
-  // Runs the command until its exit status is the expected one; the agent reads files on a thread.
+  // Runs topoctl until it ends with the status, because the agent reloads files some time after
+  // SIGHUP.
   static Ended runUntil(int status, const RunningAgent& agent,
                         const std::vector<std::string>& arguments) {
     Ended ended = run(agent, arguments);
@@ -63,7 +64,7 @@ class Access : public testing::Test {
     return {"127.0.0.1", static_cast<std::uint16_t>(std::stoul(text.substr(text.rfind(':') + 1)))};
   }
 
-  // The second endpoint of the ready line.
+  // The second endpoint in the ready line.
   static orb::Endpoint secondEndpointOf(const RunningAgent& agent) {
     const std::string before = "also at 127.0.0.1:";
     const std::size_t begin = agent.readyLine().find(before);
@@ -84,7 +85,7 @@ class Access : public testing::Test {
     return object_key::kManager;
   }
 
-  // Sends a request without arguments. Whether the agent refuses it with NO_PERMISSION.
+  // Sends a request without arguments. Returns whether the agent raises NO_PERMISSION.
   static bool isRefused(const RunningAgent& agent, const std::string& key,
                         const std::string& operation) {
     return isRefusedAt(endpointOf(agent), key, operation);
@@ -100,7 +101,7 @@ class Access : public testing::Test {
     return answer.find("IDL:omg.org/CORBA/NO_PERMISSION:1.0") != std::string::npos;
   }
 
-  // source: the client's own address.
+  // source: the address from which the client connects.
   static std::string answerTo(const orb::Endpoint& endpoint, const std::string& request,
                               in_addr_t source = INADDR_ANY) {
     const orb_tests::RawClient client(endpoint, 0, source);
@@ -192,7 +193,7 @@ TEST_F(Access, FollowsTheFileAfterSighup) {
   EXPECT_EQ(0, runUntil(0, agent, kOperate).status);
 }
 
-// Sends a request many times. Returns false when a request has no answer.
+// Sends a request many times. Returns false when a request has no reply.
 bool sendRequests(const orb::Endpoint& endpoint, const char* key, const char* operation) {
   const orb_tests::RawClient client(endpoint);
   for (int i = 0; i < 300; ++i) {
@@ -458,7 +459,7 @@ TEST_F(Audit, RecordsSettersOfTheManager) {
 }
 
 TEST_F(Audit, LogsAFailureAndGoesOn) {
-  // Only the audit log has the size of the limit.
+  // The limit affects the audit log only, because no other file of the agent is as large.
   const rlim_t size = rlim_t{1} << 20;
   const std::string audit = directory_.write("audit", "");
   std::filesystem::resize_file(audit, size);

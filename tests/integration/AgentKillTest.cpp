@@ -1,5 +1,6 @@
-// SIGKILL at random moments while clients change the network: every acknowledged change is there
-// after the restart, and no other change is, except the one whose reply the kill has prevented.
+// SIGKILL at random moments while clients change the network. After the restart the store has every
+// acknowledged change. A change whose reply the kill prevented may be there, and no other change
+// is.
 
 #include <SQLiteCpp/SQLiteCpp.h>
 #include <gtest/gtest.h>
@@ -55,8 +56,8 @@ std::string integrityOf(const std::string& store) {
                             : database.execAndGet("PRAGMA integrity_check").getString();
 }
 
-// A client that changes nodes of its own, one change at a time, and records what the agent has
-// acknowledged. Thread-safety: one thread at a time.
+// A client that changes its own nodes, one change at a time, and keeps the acknowledged state of
+// the nodes. Thread-safety: one thread at a time.
 class Changer {
  public:
   Changer(std::string prefix, unsigned seed) : prefix_(std::move(prefix)), engine_(seed) {}
@@ -74,8 +75,8 @@ class Changer {
     }
   }
 
-  // After a restart: the last change without a reply is done if the agent has done it. Adds the
-  // nodes of this client to `expected`.
+  // Call after a restart. Adds the nodes of this client to `expected`. The change without a reply
+  // is expected if `seen` has the change.
   void addExpected(const Nodes& seen, Nodes& expected) {
     if (pending_) {
       const auto found = seen.find(pending_->id);

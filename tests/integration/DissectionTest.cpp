@@ -82,10 +82,10 @@ Words split(const std::string& text, char separator) {
   return parts;
 }
 
-// One line of text for each packet of a capture that the filter selects. giop-cosnaming is a
-// decoder of the naming service's messages, which tshark uses for all operations of the same names.
+// Returns one line with the fields of each packet that the filter selects. tshark would use the
+// decoder giop-cosnaming for every operation with the name of an operation of the naming service.
 Words dissected(const std::string& file, const std::string& filter, const Words& fields) {
-  // -2: the second pass knows the packets that are parts of a message.
+  // -2: with a second pass tshark knows which packets are parts of a message.
   Words arguments = {"-n", "-2", "-r", file, "-Y", filter, "-T", "fields"};
   arguments.insert(arguments.end(), {"--disable-protocol", "giop-cosnaming"});
   for (const std::string& field : fields) {
@@ -134,7 +134,7 @@ class Dissection : public testing::Test {
     return integration::runTopoctl(words).status;
   }
 
-  // The reply is a system exception.
+  // Calls an iterator that has ended; the reply is a system exception.
   static void callEndedIterator(const RunningAgent& agent) {
     const auto client = orb::startClient({});
     const CORBA::Object_var object = client->get()->string_to_object(agent.reference().c_str());
@@ -147,7 +147,7 @@ class Dissection : public testing::Test {
     EXPECT_THROW(iterator->getLength(), CORBA::OBJECT_NOT_EXIST);
   }
 
-  // Views in batches, changes, refusals by both kinds of exceptions, and notifications.
+  // Makes a session: views in batches, changes, both kinds of exceptions, and notifications.
   void callAll(const RunningAgent& agent) const {
     support::Process watcher(TOPOCTL, {"--ior-file", agent.iorFile(), "--format", "json", "watch",
                                        "--listen", address_});

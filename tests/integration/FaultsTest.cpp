@@ -39,7 +39,7 @@ Nodes nodesOf(const TopoMgr_I_var& manager) {
   return result;
 }
 
-// The type of a refusal, or -1 after a success.
+// Returns the type of the exception that refuses a request, or -1 after a success.
 template <typename Request>
 int refusalOf(Request request) {
   try {
@@ -127,7 +127,8 @@ TEST(FilesThatCannotGrow, RefuseChangesUntilTheyCan) {
 
 // --- Injected faults.
 
-// The file with the faults of a faulty_agent, which finds the file in its environment.
+// The file with the faults of a faulty_agent. The environment of the agent has the path of the
+// file.
 class Faults {
  public:
   Faults() : faults_(mapInjectedFaults(directory_.file("faults").c_str())) {
@@ -202,9 +203,10 @@ INSTANTIATE_TEST_SUITE_P(EveryError, FaultyDisk, testing::Values(ENOSPC, EROFS, 
 
 class FaultyMemory : public FaultyAgent {
  protected:
-  // Makes a request with a fault in one of its allocations: the first, the second and so on, until
-  // none of its allocations fails, or, with `most`, in this number of allocations at equal
-  // distances. The request gets the number of the allocation. Returns the failed requests.
+  // Makes a request many times, each time with a failure of a different allocation of the agent.
+  // `most` limits the number of requests, with equal distances between the allocations; 0: every
+  // allocation. The request gets the number of the allocation. Returns the number of failed
+  // requests.
   template <typename Request>
   int failEachAllocation(Request request, long most = 0) {
     const long count = allocationsOf([&] { request(0); });
@@ -223,7 +225,7 @@ class FaultyMemory : public FaultyAgent {
     return failures;
   }
 
-  // The allocations of the agent during a request that succeeds.
+  // Returns the number of allocations of the agent during a request that succeeds.
   template <typename Request>
   long allocationsOf(Request request) {
     constexpr long kMany = 1000000000;
@@ -233,9 +235,9 @@ class FaultyMemory : public FaultyAgent {
     return kMany - faults_->failingAllocation.exchange(0);
   }
 
-  // The agent closes a connection whose request it could not receive, and the client may notice
-  // this with its next request only. An agent that has ended is started again, as by the service
-  // manager.
+  // Connects to the agent again. The agent closes a connection when it cannot receive a request,
+  // and the client may notice only with the next request. An agent that has ended is started again,
+  // as the service manager does.
   void connect() {
     if (serves() || serves()) {
       return;
@@ -250,7 +252,7 @@ class FaultyMemory : public FaultyAgent {
     return outcomeOf([this] { changed_->manager->_non_existent(); }).empty();
   }
 
-  // Empty after a success.
+  // Returns the exception of a request; "" after a success.
   template <typename Request>
   static std::string outcomeOf(Request request) {
     try {
@@ -265,7 +267,7 @@ class FaultyMemory : public FaultyAgent {
     }
   }
 
-  int ends_ = 0;  // of the agent
+  int ends_ = 0;  // how often the agent has ended
 };
 
 TEST_F(FaultyMemory, FailsARequestAndChangesNothingOrAll) {
@@ -321,7 +323,7 @@ TEST_F(FaultyMemory, FailsAViewOrEndsTheAgentAndLosesNothing) {
   expectCleanStopAndNodes(expected);
 }
 
-// A stop without memory may end in any way.
+// The exit status of a stop without memory is not checked.
 TEST_F(FaultyMemory, LosesNoChangeInAStop) {
   Nodes expected;
   for (long number = 1; number < 60; number += 15) {

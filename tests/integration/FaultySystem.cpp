@@ -1,5 +1,5 @@
-// Functions of the system that fail on request of a test. A program that has these definitions uses
-// them instead of those of its libraries, also in its libraries.
+// Functions of the system that fail on request of a test. In a program with these definitions, the
+// libraries of the program call them, too.
 
 #include <dlfcn.h>
 #include <pthread.h>
@@ -21,8 +21,8 @@ namespace {
 
 integration::InjectedFaults* faults = nullptr;
 
-// The folder that has the folders of the program and of its libraries. A plain array, because
-// operator new may run before and after the lifetime of other objects.
+// The folder above the folders of the program and of its libraries. A plain array, because
+// operator new may run before and after the lifetime of objects with constructors.
 std::array<char, PATH_MAX> buildFolder{};
 
 void findBuildFolder() {
@@ -34,7 +34,8 @@ void findBuildFolder() {
   }
 }
 
-// Whether the code belongs to the agent, or to the C++ library, which allocates for the agent.
+// Whether the code at an address is in the agent, or in the C++ library, which allocates for the
+// agent.
 bool isOwnCode(const void* address) {
   Dl_info info{};
   return ::dladdr(address, &info) != 0 &&
@@ -42,7 +43,7 @@ bool isOwnCode(const void* address) {
           std::strstr(info.dli_fname, "/libstdc++") != nullptr);
 }
 
-// Before main, and before the first thread.
+// Runs before main(), and before the first thread.
 [[gnu::constructor]] void mapFaults() {
   if (const char* const path = std::getenv(integration::kInjectedFaultsVariable)) {
     findBuildFolder();
@@ -50,7 +51,7 @@ bool isOwnCode(const void* address) {
   }
 }
 
-// Sets errno when a call fails.
+// Returns whether a call to a file must fail, and sets errno.
 bool diskFails() {
   const int error = faults == nullptr ? 0 : faults->diskError.load();
   if (error != 0) {
@@ -59,8 +60,8 @@ bool diskFails() {
   return error != 0;
 }
 
-// caller: the return address of operator new. Allocations of other libraries succeed: some ORBs do
-// not survive a failure while they read the header of a request.
+// caller: the return address of operator new. Allocations of other libraries succeed, because some
+// ORBs do not survive a failure while the ORB reads the header of a request.
 bool allocationFails(const void* caller) {
   return faults != nullptr && faults->failingAllocation.load() > 0 && isOwnCode(caller) &&
          faults->failingAllocation.fetch_sub(1) == 1;
@@ -115,7 +116,7 @@ int gettimeofday(timeval* time, void* zone) noexcept {
   return result;
 }
 
-// The deadline is a time of day with the step, and the kernel's clock has no step.
+// Subtracts the step, because the deadline has the step and the kernel's clock does not.
 int pthread_cond_timedwait(pthread_cond_t* condition, pthread_mutex_t* mutex,
                            const std::timespec* deadline) {
   std::timespec end = *deadline;

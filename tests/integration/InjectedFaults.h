@@ -21,12 +21,12 @@ struct InjectedFaults {
   // The error (errno) of every write, truncation and synchronization of a file.
   std::atomic<int> diskError;
 
-  // The number of the operator new of the process, from now on, that throws std::bad_alloc: 1 for
-  // the next one. Counts down; a later allocation succeeds, and so do all allocations of
-  // libraries other than the agent's own ones and the C++ library.
+  // Which call of operator new throws std::bad_alloc: 1 for the next call. Every call subtracts 1;
+  // calls after the failure succeed. Only calls by the agent, its own libraries and the C++ library
+  // are counted; other libraries never fail.
   std::atomic<long> failingAllocation;
 
-  // Seconds that are added to the time of day. Other clocks of the process are unaffected.
+  // Seconds that are added to the time of day. The other clocks of the process do not change.
   std::atomic<long> clockStep;
 };
 static_assert(std::atomic<long>::is_always_lock_free && std::atomic<int>::is_always_lock_free);

@@ -52,7 +52,7 @@ class TlsPrograms : public testing::Test {
     return support::Process(ownPrograms().client, joined(joined(at, tls), command)).wait();
   }
 
-  // Runs topoctl with another host than in the agent's ready line.
+  // Runs topoctl with a host other than that of the agent's ready line.
   Ended topoctlAt(const std::string& host, const RunningAgent& agent) const {
     const std::string port = agent.endpoint().substr(agent.endpoint().rfind(':'));
     return support::Process(ownPrograms().client,
@@ -61,7 +61,8 @@ class TlsPrograms : public testing::Test {
         .wait();
   }
 
-  // Runs topoctl until its exit status is the expected one; the agent reads files on a thread.
+  // Runs topoctl until it ends with the status, because the agent reloads files some time after
+  // SIGHUP.
   static Ended topoctlUntil(int status, const RunningAgent& agent,
                             const std::vector<std::string>& tls) {
     Ended ended = topoctl(agent, tls);

@@ -1,4 +1,4 @@
-// A journal of systemd for a test, in a namespace of its own.
+// A socket in place of systemd's journal, in a mount namespace of the test.
 
 #ifndef TESTS_SUPPORT_PRIVATEJOURNAL_H
 #define TESTS_SUPPORT_PRIVATEJOURNAL_H
@@ -27,8 +27,8 @@ inline bool writeWhole(const char* file, const std::string& text) {
   return written == static_cast<ssize_t>(text.size());
 }
 
-// Gives the process an empty /run that no other process sees. Returns false if the system does not
-// allow it. REQUIRES: the process has one thread.
+// Mounts an empty /run that no other process sees. Returns false if the system does not allow the
+// mount. REQUIRES: the process has one thread.
 inline bool hidesRun() {
   const std::string user = "0 " + std::to_string(getuid()) + " 1";
   const std::string group = "0 " + std::to_string(getgid()) + " 1";
@@ -39,7 +39,7 @@ inline bool hidesRun() {
 }
 
 // Runs the work, which contains expectations, in a child process with an empty /run. Skips the test
-// if the system does not allow it.
+// if the system does not allow the mount.
 inline void runWithoutJournal(const std::function<void()>& work) {
   constexpr int kSkipped = 77;
   const int status = statusOfChild([&work] {

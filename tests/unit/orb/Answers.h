@@ -1,4 +1,4 @@
-// Answers of a RawPeer.
+// Replies for a RawPeer.
 
 #ifndef TESTS_UNIT_ORB_ANSWERS_H
 #define TESTS_UNIT_ORB_ANSWERS_H
@@ -15,7 +15,7 @@ namespace orb_tests {
 constexpr auto kLocateRequest = static_cast<Message::Type>(3);
 constexpr auto kLocateReply = static_cast<Message::Type>(4);
 
-// REQUIRES: a GIOP 1.2 message in the byte order of this host.
+// Returns the id of a request. REQUIRES: a GIOP 1.2 message in the byte order of this host.
 inline std::uint32_t idOf(const std::string& request) {
   std::uint32_t id = 0;
   std::memcpy(&id, request.data() + 12, sizeof id);

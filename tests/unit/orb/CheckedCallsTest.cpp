@@ -22,8 +22,8 @@ void refuseForwards(const std::vector<Destination>& destinations) {
   }
 }
 
-// Whether the object does not exist. The peers close a connection after each answer, which an ORB
-// may notice in the next call only.
+// Whether the object does not exist. The peers close a connection after each reply; an ORB may
+// notice the end only in the next call.
 bool isMissing(CORBA::Object_ptr object) {
   try {
     return object->_non_existent();
@@ -89,7 +89,7 @@ TEST_F(CheckedCallsTest, AreCheckedUntilTheEndOfTheScope) {
   EXPECT_EQ(1, target_.requests());
 }
 
-// The ORB looks a host name up itself, so an earlier look-up proves nothing.
+// The ORB looks the host name up again, so a check of an earlier look-up is not enough.
 TEST_F(CheckedCallsTest, AreCheckedForTheAddressOfAHostName) {
   RawPeer peer([](const std::string& request) { return booleanReply(request, false); });
   const CORBA::Object_var object =

@@ -54,7 +54,7 @@ class RawPeer {
   int connections() const { return connections_; }
   int requests() const { return requests_; }
 
-  // host: a name of the host of the peer.
+  // host: a name or an address of the peer's host.
   std::string corbaloc(const std::string& host) const {
     return "corbaloc:iiop:1.2@" + host + ":" + std::to_string(port_) + "/Key";
   }

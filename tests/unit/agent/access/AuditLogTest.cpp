@@ -76,7 +76,7 @@ class FakeSink {
   }
 
   std::atomic<int> reopened{0};
-  std::string reopenFailure;  // set before the log calls reopen
+  std::string reopenFailure;  // set while the log does not call reopen
 
  private:
   std::string write(std::string_view line) {

@@ -58,7 +58,7 @@ TEST(StopSignals, StopAfterASighup) {
   EXPECT_TRUE(signals.arrived());
 }
 
-// Whether the process has not received a SIGHUP yet.
+// Whether a SIGHUP of the process is pending.
 bool isHangupPending() {
   sigset_t pending;
   sigpending(&pending);

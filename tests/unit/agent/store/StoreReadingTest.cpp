@@ -75,7 +75,7 @@ Answer answerOf(const std::string& path, Reading reading) {
   return answer;
 }
 
-// On this thread: the check replaces the reason of a failed reading.
+// Reads on this thread. The reason of a failed reading is that of the check.
 Answer plainAnswer(const std::string& path, bool check) {
   return answerOf(path, [check](SqliteStore& store, Network& network) {
     try {
@@ -139,7 +139,7 @@ TEST_F(StoreReadingTest, EstimatesTheLengthsOfTheLists) {
   EXPECT_EQ(0U, none.nodes + none.elements + none.positions + none.links);
 }
 
-// One page in three is damaged in turn.
+// Damages every third page, one page in each round.
 TEST_F(StoreReadingTest, ReportsDamageAsReadingOnThisThreadDoes) {
   constexpr std::streamoff kPageBytes = 4096;
   const std::string damaged = directory_.file("damaged.db");
@@ -176,7 +176,7 @@ TEST_F(StoreReadingTest, RejectsAnAttributeWithoutANode) {
   }
 }
 
-// A store whose network has no end.
+// A store that returns pieces forever.
 class EndlessStore final : public NetworkStore {
  public:
   using NetworkStore::read;
