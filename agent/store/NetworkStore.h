@@ -50,8 +50,8 @@ class NetworkStore {
   virtual void load(const Network& network) = 0;
 
   // Calls `use` with the pieces of the stored network (NetworkSource::next()), which have no
-  // objectAttributes. The network of a new store is empty. An exception of `use` ends the reading and
-  // passes.
+  // objectAttributes. The network of a new store is empty. An exception of `use` ends the reading
+  // and passes.
   using UsePiece = std::function<void(Network piece)>;
   virtual void read(const UsePiece& use) = 0;
 
