@@ -20,7 +20,7 @@ std::string theBackup() {
   return "the backup";
 }
 
-// A complete text in the place of a copy of the store.
+// A text that clients fetch as a copy of the store.
 class TextCopy final : public StoreCopy {
  public:
   explicit TextCopy(std::string text) : text_(std::move(text)) {}
@@ -48,7 +48,8 @@ Backups::~Backups() {
   drop();
 }
 
-// makeCopy assigns the new copy to its argument, or returns a failure.
+// Begins a backup or an export. makeCopy: assigns the new copy to its argument, or returns a
+// failure.
 template <typename MakeCopy>
 Outcome Backups::start(std::uint64_t& id, const MakeCopy& makeCopy) {
   const MutexLock lock(mutex_);

@@ -1,4 +1,4 @@
-// Backups of the store, and exports of the network. A client fetches either part by part.
+// Backups of the store, and exports of the network. A client fetches both part by part.
 
 #ifndef AGENT_CHANGES_BACKUPS_H
 #define AGENT_CHANGES_BACKUPS_H
@@ -57,7 +57,7 @@ class Backups {
   Outcome begin(std::uint64_t& id);
 
   // Begins an export, which continues and ends as a backup does. The text of the export occupies
-  // memory until then. write: the export of a network.
+  // memory until the end. write: returns the text of a network.
   using Write = std::function<std::string(const Network&)>;
   Outcome beginExport(std::uint64_t& id, const Write& write);
 

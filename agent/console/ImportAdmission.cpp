@@ -10,7 +10,8 @@
 namespace agent {
 namespace {
 
-// An import is a change, for the audit log. Its file name was not decoded.
+// Records a refused import, because the audit log has every change. The file name is not decoded
+// yet.
 void recordRefusal(const orb::Request& request) {
   if (request.operation == "importNetwork" && isRecorded()) {
     recordWith(RequestRecord::Outcome::kFailed, [&request] {
@@ -80,7 +81,7 @@ std::shared_ptr<void> ImportAdmission::admitExport(std::uint64_t storedBytes) {
   return reservation;
 }
 
-// Null when the memory is not granted.
+// Returns null when the process may not allocate the memory.
 std::shared_ptr<void> ImportAdmission::tryReserve(std::size_t bytes) {
   auto reservation = std::make_shared<Reservation>(*this, bytes);
   return reservation->isGranted() ? reservation : nullptr;

@@ -88,7 +88,7 @@ struct Network {
   std::vector<NS_DOMAIN::ClockPositionInfo_T> clockPositions;
   std::vector<NS_DOMAIN::ClockTopoLinkInfo_T> clockLinks;
   std::vector<ObjectLabel> objectLabels;
-  // Only from a file with this list and for an export. No value: the store keeps its attributes.
+  // Read from a file with this list, or for an export. No value: stored attributes do not change.
   std::optional<std::vector<ObjectAttributes>> objectAttributes;
 };
 
