@@ -353,6 +353,7 @@ class CommandLine {
     if (!endpoints_.console.empty()) {
       result.consoleEndpoint = result.endpoints.size();
       result.endpoints.push_back(*orb::endpointFrom(endpoints_.console, bare));
+      result.endpoints.back().inReferences = false;
     }
     if (!endpoints_.publish.empty()) {
       result.publish = orb::endpointFrom(endpoints_.publish);

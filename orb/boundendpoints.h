@@ -24,7 +24,7 @@ class BoundEndpoints {
   const Endpoint& add(const Endpoint& endpoint) {
     bound_.push_back(endpoint);
     published_.push_back(endpoint);
-    if (publish_ && endpoint.transport != Transport::kUnix) {
+    if (publish_ && endpoint.inReferences && endpoint.transport != Transport::kUnix) {
       published_.back().host = publish_->host;
       published_.back().port = publish_->port == 0 ? endpoint.port : publish_->port;
       publish_.reset();

@@ -52,6 +52,9 @@ class IncomingAcceptor final : public TAO_IIOP_Acceptor {
   // The profile of a TLS endpoint has port 0; a component of the profile has the port of TLS.
   int create_profile(const TAO::ObjectKey& key, TAO_MProfile& profiles,
                      CORBA::Short priority) override {
+    if (!inReferences_) {
+      return 0;
+    }
     if (!tls_) {
       return TAO_IIOP_Acceptor::create_profile(key, profiles, priority);
     }
@@ -73,9 +76,12 @@ class IncomingAcceptor final : public TAO_IIOP_Acceptor {
         acceptor_.acceptor().get_local_addr(own) == -1) {
       return -1;
     }
-    const Transport transport = connections->nextEndpoint().transport;
-    tls_ = transport == Transport::kTls;
-    publish(connections->addEndpoint({hosts_[0], own.get_port_number(), transport}));
+    Endpoint bound = connections->nextEndpoint();
+    bound.host = hosts_[0];
+    bound.port = own.get_port_number();
+    tls_ = bound.transport == Transport::kTls;
+    inReferences_ = bound.inReferences;
+    publish(connections->addEndpoint(bound));
     default_address_.set_port_number(own.get_port_number());
     static_cast<void>(acceptor_.acceptor().enable(ACE_CLOEXEC));
     static_cast<void>(::listen(acceptor_.acceptor().get_handle(), SOMAXCONN));  // instead of 5
@@ -97,6 +103,7 @@ class IncomingAcceptor final : public TAO_IIOP_Acceptor {
   }
 
   bool tls_ = false;
+  bool inReferences_ = true;
   std::unique_ptr<Creation<Iiop>> creation_;
   std::unique_ptr<Acceptance<Iiop>> acceptance_;
   std::unique_ptr<CONCURRENCY_STRATEGY> concurrency_;

@@ -63,7 +63,7 @@ class UnixAcceptor final : public TAO_Acceptor {
         -1) {
       return -1;
     }
-    connections->addEndpoint({path, 0, Transport::kUnix});
+    inReferences_ = connections->addEndpoint(connections->nextEndpoint()).inReferences;
     return 0;
   }
 
@@ -75,6 +75,9 @@ class UnixAcceptor final : public TAO_Acceptor {
 
   int create_profile(const TAO::ObjectKey& key, TAO_MProfile& profiles,
                      CORBA::Short /*priority*/) override {
+    if (!inReferences_) {
+      return 0;
+    }
     const TAO_GIOP_Message_Version version(TAO_DEF_GIOP_MAJOR, TAO_DEF_GIOP_MINOR);
     auto* const profile = new TAO_UIOP_Profile(address_, key, version, core_);
     addOrbComponents(*profile, *core_);
@@ -101,6 +104,7 @@ class UnixAcceptor final : public TAO_Acceptor {
 
  private:
   TAO_ORB_Core* core_ = nullptr;
+  bool inReferences_ = true;
   ACE_UNIX_Addr address_;
   std::unique_ptr<Creation<Uiop>> creation_;
   std::unique_ptr<UnixAcceptance> acceptance_;

@@ -38,6 +38,8 @@ struct Endpoint {
   std::string host;        // a name or a numeric address; for kUnix the path of the socket
   std::uint16_t port = 0;  // 0: the system chooses a free port; unused for kUnix
   Transport transport = Transport::kTcp;
+  // Whether references to the objects of a server contain the endpoint. For startServer() only.
+  bool inReferences = true;
 };
 
 // A request from another process whose outcome is known. A plain value.
@@ -299,8 +301,8 @@ class Server : public Orb {
 // The log function may be null. When connections or requests are rejected because of a limit in the
 // options, the log receives a line at the first rejection and a line with the number of rejections
 // when they have ended. The limits apply to all endpoints together. Throws EndpointError, also for
-// a transport that this ORB does not have, and TlsError. REQUIRES: at least one endpoint; a
-// certificate for a TLS endpoint.
+// a transport that this ORB does not have, and TlsError. REQUIRES: at least one endpoint, the
+// first one in references; a certificate for a TLS endpoint.
 std::unique_ptr<Server> startServer(const Options& options, const std::vector<Endpoint>& endpoints,
                                     const LogFunction& log);
 inline std::unique_ptr<Server> startServer(const Options& options, const Endpoint& endpoint,

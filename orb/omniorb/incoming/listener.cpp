@@ -45,6 +45,7 @@ Endpoint boundEndpoint(const char* address, const Endpoint& requested) {
   }
   Endpoint bound = parseEndpoint(address + std::strlen(typeOf(requested.transport)) + 1);
   bound.transport = requested.transport;
+  bound.inReferences = requested.inReferences;
   return bound;
 }
 
@@ -70,6 +71,9 @@ const omni::orbServer::EndpointList* Listener::addresses() const {
 _CORBA_Boolean Listener::publish(const omni::orbServer::PublishSpecs& /*specs*/,
                                  _CORBA_Boolean /*allSpecs*/, _CORBA_Boolean /*allEndpoints*/,
                                  omni::orbServer::EndpointList& published) {
+  if (!endpoint().inReferences) {
+    return true;
+  }
   const std::string text =
       std::string(type()) + ":" + pathOrAddress(state_->addresses.published()[index_]);
   const CORBA::ULong count = published.length();

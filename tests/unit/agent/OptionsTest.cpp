@@ -137,6 +137,8 @@ TEST(AgentOptions, MayGiveTheConsoleAnEndpointOfItsOwn) {
   EXPECT_EQ(99, options->endpoints[0].port);
   EXPECT_EQ(98, options->endpoints[1].port);
   EXPECT_EQ(1U, options->consoleEndpoint);
+  EXPECT_TRUE(options->endpoints[0].inReferences);
+  EXPECT_FALSE(options->endpoints[1].inReferences);
   EXPECT_EQ(1U, parse({"--console-endpoint", "127.0.0.1:98"})->consoleEndpoint);
   EXPECT_THAT(refusal({"--console-endpoint", "98"}), HasSubstr("--console-endpoint"));
 }

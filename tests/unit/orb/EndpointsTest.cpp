@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "orb/destinations.h"
 #include "orb/unixsocket.h"
 #include "tests/support/TemporaryDirectory.h"
 #include "tests/unit/orb/EndpointFixture.h"
@@ -72,6 +73,26 @@ TEST_F(Endpoints, ShareTheLimitOfConnections) {
   ASSERT_TRUE(first.answer());
   const orb_tests::RawClient second(server_->endpoints()[1]);
   EXPECT_TRUE(second.isClosedByPeer());
+}
+
+TEST_F(Endpoints, MayBeAbsentFromReferences) {
+  Endpoint hidden{"127.0.0.1", 0};
+  hidden.inReferences = false;
+  Endpoint hiddenSocket{path(), 0, Transport::kUnix};
+  hiddenSocket.inReferences = false;
+  start({{"127.0.0.1", 0}, hidden, hiddenSocket});
+  EXPECT_EQ(orb::format(server_->endpoint()), orb::addressOf(published_.in()));
+  EXPECT_EQ(1U, orb::destinationsOf(published_.in()).size());
+  EXPECT_EQ(1U, callAt(server_->endpoints()[1]).endpoint);
+}
+
+TEST_F(Endpoints, ThatAreAbsentFromReferencesKeepTheirAddress) {
+  orb::Options options = orb_tests::quickOptions();
+  options.publish = Endpoint{"192.0.2.7", 1234};
+  Endpoint hidden{"127.0.0.1", 0};
+  hidden.inReferences = false;
+  start({{path(), 0, Transport::kUnix}, hidden}, options);
+  EXPECT_EQ("127.0.0.1", server_->endpoints()[1].host);
 }
 
 TEST_F(Endpoints, ThatFailAreNamed) {
