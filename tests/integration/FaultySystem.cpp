@@ -35,12 +35,16 @@ void findBuildFolder() {
 }
 
 // Whether the code at an address is in the agent, or in the C++ library, which allocates for the
-// agent.
+// agent. The libraries of stubs and skeletons are excluded: they run inside calls of the ORB.
 bool isOwnCode(const void* address) {
   Dl_info info{};
-  return ::dladdr(address, &info) != 0 &&
-         (std::strncmp(info.dli_fname, buildFolder.data(), std::strlen(buildFolder.data())) == 0 ||
-          std::strstr(info.dli_fname, "/libstdc++") != nullptr);
+  if (::dladdr(address, &info) == 0) {
+    return false;
+  }
+  const bool isBuilt =
+      std::strncmp(info.dli_fname, buildFolder.data(), std::strlen(buildFolder.data())) == 0;
+  const bool isGenerated = std::strstr(info.dli_fname, "_idl.so") != nullptr;
+  return (isBuilt && !isGenerated) || std::strstr(info.dli_fname, "/libstdc++") != nullptr;
 }
 
 // Runs before main(), and before the first thread.
@@ -61,7 +65,8 @@ bool diskFails() {
 }
 
 // caller: the return address of operator new. Allocations of other libraries succeed, because some
-// ORBs do not survive a failure while the ORB reads the header of a request.
+// ORBs do not survive a failure while the ORB reads the header of a request, or keep a mutex locked
+// when an object reference cannot be allocated.
 bool allocationFails(const void* caller) {
   return faults != nullptr && faults->failingAllocation.load() > 0 && isOwnCode(caller) &&
          faults->failingAllocation.fetch_sub(1) == 1;
