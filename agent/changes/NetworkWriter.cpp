@@ -90,7 +90,8 @@ std::pair<std::string, InfoPairs> NetworkWriter::attributesOf(const ObjectKey& k
 
 Network NetworkWriter::storedNetwork() {
   const MutexLock lock(mutex_);
-  return counted([this]() REQUIRES(mutex_) {
+  return counted([this] {
+    mutex_.assertHeld();
     Network network = store_.read();
     network.objectAttributes = store_.attributes();
     return network;
@@ -99,7 +100,10 @@ Network NetworkWriter::storedNetwork() {
 
 std::uint64_t NetworkWriter::storedBytes() {
   const MutexLock lock(mutex_);
-  return counted([this]() REQUIRES(mutex_) { return store_.bytes(); });
+  return counted([this] {
+    mutex_.assertHeld();
+    return store_.bytes();
+  });
 }
 
 std::unique_ptr<StoreCopy> NetworkWriter::beginCopy() {
