@@ -291,7 +291,7 @@ TEST_P(MixedOrbs, RefuseInvalidRequestsToTheConsoleAlike) {
 
 TEST_P(MixedOrbs, FailAlikeAtWrongAndMissingObjects) {
   expectTheSame({"--no-console"}, [](Dialogue& dialogue) {
-    dialogue.run({"status"}, 2);
+    dialogue.run({"test-switch", "on"}, 2);
     dialogue.runAtKey("Nothing", {"topo"}, 2);
     dialogue.runAtKey("TopoAgentSession", {"topo"}, 4);
     dialogue.run({"below", "core"}, 4);
