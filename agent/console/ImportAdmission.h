@@ -26,8 +26,8 @@ class ImportAdmission {
   // Whether the process may allocate so many more bytes. Called from any thread.
   using Allows = std::function<bool(std::size_t bytes)>;
 
-  // The most memory that the parser needs for one byte of a file, and an export for one byte of the
-  // store. XML nodes and JSON values of two or three characters need the most.
+  // The most memory that the parser needs for one byte of a file, or that an export needs for one
+  // byte of the store. XML nodes and JSON values of two or three characters need the most.
   static constexpr std::size_t kBytesOfByte = 40;
 
   // The memory for one reply of getObject: the details, the reply and its encoding.

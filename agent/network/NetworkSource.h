@@ -1,4 +1,4 @@
-// A network that arrives in pieces, so that the first records are used while others are being read.
+// A network in pieces. The owner uses the first pieces while a thread reads the next ones.
 
 #ifndef AGENT_NETWORK_NETWORKSOURCE_H
 #define AGENT_NETWORK_NETWORKSOURCE_H

@@ -64,7 +64,7 @@ class Chunks {
   void dropFront();
 
   ReceiveBudget* budget_;
-  std::list<std::string> chunks_;  // a move allocates nothing, unlike that of a deque
+  std::list<std::string> chunks_;  // a move of std::deque allocates
   std::size_t taken_ = 0;          // removed bytes of the first chunk
   std::size_t size_ = 0;
   std::size_t reserved_ = 0;  // bytes reserved in the budget

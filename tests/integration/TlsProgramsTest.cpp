@@ -52,7 +52,7 @@ class TlsPrograms : public testing::Test {
     return support::Process(ownPrograms().client, joined(joined(at, tls), command)).wait();
   }
 
-  // Runs topoctl with a host other than that of the agent's ready line.
+  // Runs topoctl with this host and the port of the agent's ready line.
   Ended topoctlAt(const std::string& host, const RunningAgent& agent) const {
     const std::string port = agent.endpoint().substr(agent.endpoint().rfind(':'));
     return support::Process(ownPrograms().client,
