@@ -58,9 +58,13 @@ void checkAudit(const Options& options) {
   const std::filesystem::path file = options.audit;
   const std::filesystem::path folder = file.has_parent_path() ? file.parent_path() : ".";
   const bool exists = access(file.c_str(), F_OK) == 0;
-  if (access((exists ? file : folder).c_str(), W_OK) != 0) {
+  int error = access((exists ? file : folder).c_str(), W_OK) == 0 ? 0 : errno;
+  if (std::error_code ignored; std::filesystem::is_directory(file, ignored)) {
+    error = EISDIR;
+  }
+  if (error != 0) {
     throw UsageError(placeOf(options, "audit") + "audit log " + file.string() + ": " +
-                     std::generic_category().message(errno));
+                     std::generic_category().message(error));
   }
 }
 

@@ -487,6 +487,8 @@ TEST_F(Audit, FileThatCannotBeOpenedPreventsTheStart) {
   EXPECT_EQ(1, ended.status);
   EXPECT_EQ("topo-agentd: audit log /nonexistent/audit: No such file or directory\n", ended.err);
   EXPECT_EQ(ended.err, runAgent({"--audit", "/nonexistent/audit", "--check-config"}).err);
+  EXPECT_EQ("topo-agentd: audit log /: Is a directory\n",
+            runAgent({"--audit", "/", "--check-config"}).err);
 }
 
 }  // namespace
